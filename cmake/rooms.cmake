@@ -1,0 +1,53 @@
+# Helpers that give every room, test and fuzz target the same flags.
+
+add_library(tenora_flags INTERFACE)
+target_include_directories(tenora_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
+target_compile_options(tenora_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+                                              -Wno-sign-conversion -Werror)
+if(TENORA_SANITIZE)
+  target_compile_options(tenora_flags INTERFACE -fsanitize=address,undefined
+                                                -fno-sanitize-recover=undefined
+                                                -fno-omit-frame-pointer)
+  target_link_options(tenora_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(TENORA_FUZZ)
+  target_compile_options(tenora_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# tenora_room(NAME SOURCES … LIBRARIES …): the static library of one folder under src/. Only the
+# rooms below it and the outside libraries it stands on are named as LIBRARIES.
+function(tenora_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_library(tenora_${name} STATIC ${ROOM_SOURCES})
+  target_link_libraries(tenora_${name} PUBLIC tenora_flags ${ROOM_LIBRARIES})
+endfunction()
+
+# tenora_test(NAME SOURCES … LIBRARIES …): one GoogleTest program for the folder of the same name.
+function(tenora_test name)
+  cmake_parse_arguments(TEST "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name}_test ${TEST_SOURCES})
+  target_link_libraries(${name}_test PRIVATE ${TEST_LIBRARIES} tenora_test_support
+                                             GTest::gmock GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name}_test)
+  set_tests_properties(${name} PROPERTIES
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TZ=UTC" TIMEOUT 300)
+endfunction()
+
+# tenora_fuzz(NAME SOURCES … LIBRARIES …): a libFuzzer program that starts from the kept corpus in
+# tests/fuzz/NAME and runs for a fixed short time.
+function(tenora_fuzz name)
+  cmake_parse_arguments(FUZZ "" "" "SOURCES;LIBRARIES" ${ARGN})
+  if(NOT TENORA_FUZZ)
+    return()
+  endif()
+  add_executable(fuzz_${name} ${FUZZ_SOURCES})
+  target_compile_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+  target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+  target_link_libraries(fuzz_${name} PRIVATE ${FUZZ_LIBRARIES})
+  set(scratch ${CMAKE_BINARY_DIR}/corpus/${name})
+  file(MAKE_DIRECTORY ${scratch})
+  add_test(NAME fuzz_${name}
+           COMMAND fuzz_${name} -max_total_time=15 -timeout=10 -rss_limit_mb=2048 -max_len=65536
+                   ${scratch} ${CMAKE_SOURCE_DIR}/tests/fuzz/${name})
+  set_tests_properties(fuzz_${name} PROPERTIES LABELS fuzz TIMEOUT 120)
+endfunction()

@@ -1,0 +1,62 @@
+// The rental database: where it lies, the one open connection, and the guarded record-set
+// operations through which every read goes. Each operation catches its own errors and reports them
+// under a fixed label through DataErrorReport; callers then see an empty result.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "data/program.h"
+#include "data/settings.h"
+#include "platform/query/engine.h"
+#include "platform/runtime/error.h"
+
+namespace tenora {
+
+using RecordsetPtr = std::unique_ptr<query::Recordset>;
+
+class Database {
+ public:
+  Database(const Platform& platform, Settings& settings)
+      : platform_(platform), settings_(settings) {}
+
+  void OpenDatabase();
+  void CloseDatabase();
+  bool IsOpen() const { return open_ != nullptr; }
+
+  // The folder under which templates and letters lie; decided at the first call and kept.
+  std::filesystem::path DataFolder();
+  // Set by the print commands: suppresses the data-folder warning.
+  void SetCommandMode() { command_mode_ = true; }
+
+  void CreateSet(RecordsetPtr& set, std::string_view sql, int type, int options);
+  bool DataEOF(const RecordsetPtr& set);
+  bool DataIsEmpty(const RecordsetPtr& set);
+  void MoveNext(const RecordsetPtr& set);
+  void DataClose(RecordsetPtr& set);
+
+  // "select FIELD as result from TABLE CLAUSE": the first row's value, or the default.
+  std::string LookupText(std::string_view field, std::string_view table, std::string_view clause,
+                         std::string_view default_text);
+  Date LookupDate(std::string_view field, std::string_view table, std::string_view clause,
+                  Date default_date);
+
+  // Shows a failed database operation and appends it to the month's error log.
+  void DataErrorReport(std::string_view label, const RuntimeError& error);
+
+  const Platform& platform() const { return platform_; }
+
+ private:
+  std::filesystem::path LocateDatabase();
+  std::filesystem::path DecideDataFolder();
+
+  Platform platform_;
+  Settings& settings_;
+  std::unique_ptr<query::Database> open_;
+  std::filesystem::path data_folder_;
+  bool command_mode_ = false;
+};
+
+}  // namespace tenora

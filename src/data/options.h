@@ -1,0 +1,36 @@
+// What the rental package's shared tables say about payments and outgoing mail.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "data/database.h"
+
+namespace tenora {
+
+class Options {
+ public:
+  explicit Options(Database& database) : database_(database) {}
+
+  std::int16_t WhatPaysFirst();           // read anew at every call
+  const std::string& RentGroup();         // kept after the first non-empty read
+  const std::string& ExtraChargeCodes();  // "('xydhgus','WATER')", kept after the first read
+  // Fills the fields below from the first row of the options table; without a row they stay.
+  void LoadOptions();
+
+  bool SmtpSend = false;
+  std::string SmtpAddress;
+  std::int16_t SmtpPort = 0;
+  bool SmtpSSL = false;
+  std::string SmtpUsername;
+  std::string SmtpPassword;
+  std::string SmtpSender;
+  std::string SmtpRecipient;
+
+ private:
+  Database& database_;
+  std::string rent_group_;
+  std::string extra_charge_codes_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,37 @@
+// The places and flags of this run that everything else hangs on.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace tenora {
+
+// The program folder, without a trailing separator: TENORA_HOME, else the executable's folder where
+// that holds property.mdb, else the user's data folder for Tenora.
+std::filesystem::path ProgramFolder();
+
+// What the library under the program finds in the machine.
+class Clock;
+class Dialogs;
+class Locale;
+namespace registry {
+class Registry;
+}
+namespace query {
+class Workspace;
+}
+namespace printing {
+class Printers;
+}
+
+// The parts main makes and hands down; all outlive the session.
+struct Platform {
+  const Clock& clock;
+  Dialogs& dialogs;
+  const Locale& locale;
+  registry::Registry& registry;
+  query::Workspace& workspace;
+  std::filesystem::path program_folder;
+};
+
+}  // namespace tenora

@@ -1,0 +1,113 @@
+// An Access-format file: Jet 3 (.mdb of 97), Jet 4 (.mdb of 2000 to 2003) or ACE (.accdb of 2007 to
+// 2019), opened for reading. The file is mapped, not copied. docs/access-format.md describes the
+// bytes.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/runtime/value.h"
+
+namespace tenora::access {
+
+enum class Format { kJet3, kJet4, kAce };
+
+enum class ColumnType : std::uint8_t {
+  kBoolean = 1,
+  kByte = 2,
+  kInteger = 3,  // 16 bits
+  kLong = 4,     // 32 bits
+  kCurrency = 5,
+  kSingle = 6,
+  kDouble = 7,
+  kDateTime = 8,
+  kBinary = 9,
+  kText = 10,
+  kOle = 11,
+  kMemo = 12,
+  kGuid = 15,
+  kDecimal = 16,
+  kComplex = 18,
+  kBigInt = 19,
+  kDateTimeExtended = 20,
+};
+
+struct Column {
+  std::string name;
+  ColumnType type = ColumnType::kText;
+  std::uint16_t number = 0;  // position in the null mask
+  bool fixed_length = false;
+  bool auto_number = false;
+  std::uint16_t length = 0;               // bytes
+  std::uint8_t precision = 0, scale = 0;  // of decimals
+};
+
+struct IndexColumn {
+  std::size_t column = 0;  // into Table::columns()
+  bool descending = false;
+};
+
+struct Index {
+  std::string name;
+  std::vector<IndexColumn> columns;
+  bool unique = false;
+  bool primary = false;
+};
+
+// Walks the rows of a table in the file's order. Deleted rows are passed over, overflow rows are
+// followed. A damaged page or row raises a RuntimeError that names file, table and page.
+class RowCursor {
+ public:
+  virtual ~RowCursor() = default;
+  // Moves to the next row, false behind the last one.
+  virtual bool Next() = 0;
+  // Fields of the current row, by position in Table::columns(). The typed readers convert nothing:
+  // call the one that fits the column's type. A null reads as 0, "" or empty.
+  virtual bool IsNull(std::size_t column) const = 0;
+  virtual bool Boolean(std::size_t column) const = 0;
+  virtual std::int64_t Integer(std::size_t column) const = 0;  // kByte to kLong, kBigInt, kComplex
+  virtual std::int64_t TenThousandths(std::size_t column) const = 0;  // kCurrency
+  virtual double Double(std::size_t column) const = 0;                // kSingle, kDouble, kDateTime
+  // kText, kMemo as UTF-8; kGuid as "{…}"; kDecimal as exact decimal text. The view lives until the
+  // next call on this cursor.
+  virtual std::string_view Text(std::size_t column) = 0;
+  virtual std::span<const std::byte> Bytes(std::size_t column) = 0;  // kBinary, kOle
+  // Any field as a Value: decimals as double, GUIDs as text, kDateTimeExtended as Date.
+  Value Field(std::size_t column);
+
+ protected:
+  virtual const std::vector<Column>& Columns() const = 0;
+};
+
+class Table {
+ public:
+  virtual ~Table() = default;
+  virtual const std::string& name() const = 0;
+  virtual const std::vector<Column>& columns() const = 0;  // in the order of the definition
+  virtual const std::vector<Index>& indexes() const = 0;
+  virtual std::int64_t row_count() const = 0;  // as the definition page says
+  virtual std::unique_ptr<RowCursor> Rows() const = 0;
+};
+
+class DatabaseFile {
+ public:
+  // Raises, with the engine's numbers and the file's name in the description: 3024 (no such file),
+  // 3051 (no permission), 3343 (not a database, zero bytes, a folder, truncated), 3031 (a password
+  // or an encoding that we do not read).
+  static std::shared_ptr<DatabaseFile> Open(const std::filesystem::path& path);
+  virtual ~DatabaseFile() = default;
+
+  virtual const std::filesystem::path& path() const = 0;
+  virtual Format format() const = 0;
+  // The user's tables, in the order of the catalogue; system and temporary ones are left out.
+  virtual std::vector<std::string> TableNames() const = 0;
+  // Any table by name, letter case ignored; null when there is none.
+  virtual const Table* FindTable(std::string_view name) const = 0;
+};
+
+}  // namespace tenora::access

@@ -1,0 +1,46 @@
+// Message boxes, input boxes and choosers: in a window, on a terminal or from a script.
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tenora {
+
+inline constexpr const char* kApplicationTitle = "Tenora Mail Merge Facility";
+
+enum class Buttons { kOk, kOkCancel, kYesNo };
+enum class Icon { kNone, kQuestion, kInformation, kExclamation, kCritical };
+enum class Answer { kOk, kCancel, kYes, kNo };
+
+struct MessageBox {
+  std::string text;
+  std::string title = kApplicationTitle;
+  Buttons buttons = Buttons::kOk;
+  Icon icon = Icon::kNone;
+  // The answer that Enter gives, and that a box nobody can see takes.
+  Answer default_answer = Answer::kOk;
+};
+
+class Dialogs {
+ public:
+  virtual ~Dialogs() = default;
+  virtual Answer Show(const MessageBox& box) = 0;
+  // What the user typed, none when cancelled.
+  virtual std::optional<std::string> AskText(const std::string& prompt,
+                                             const std::string& title = kApplicationTitle,
+                                             const std::string& default_answer = {}) = 0;
+  // Position of the chosen item, none when cancelled.
+  virtual std::optional<std::size_t> Choose(const std::string& title,
+                                            const std::vector<std::string>& items,
+                                            std::size_t default_item) = 0;
+
+  // An OK-only box without icon.
+  void Say(const std::string& text, const std::string& title = kApplicationTitle) {
+    Show(MessageBox{.text = text, .title = title});
+  }
+};
+
+}  // namespace tenora

@@ -1,0 +1,64 @@
+// The database engine: opens Access-format files, runs statements of the engine's SQL dialect over
+// them and hands out record sets. Queries run over an in-memory mirror that is kept while the file
+// on disk is unchanged; a table is brought in when a statement first names it.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/runtime/value.h"
+
+namespace tenora::query {
+
+// Record-set types and options, numbered as the engine does.
+inline constexpr int kForwardOnly = 8;
+inline constexpr int kReadOnly = 4;
+
+// Errors carry the engine's numbers, a source of "DAO.Database", "DAO.Workspace" or
+// "DAO.Recordset", and a description with the statement or name concerned.
+class Recordset {
+ public:
+  virtual ~Recordset() = default;
+  virtual bool EndOfFile() const = 0;
+  virtual bool BeginningOfFile() const = 0;  // with EndOfFile: the set holds no row
+  // Raises 3021 (No current record) behind the end.
+  virtual void MoveNext() = 0;
+  // A field of the current row by name, letter case ignored, the first of that name; raises 3265
+  // (Item not found in this collection) and 3021.
+  virtual Value Field(std::string_view name) const = 0;
+  virtual Value Field(std::size_t position) const = 0;
+  virtual const std::vector<std::string>& FieldNames() const = 0;
+  virtual void Close() = 0;
+};
+
+struct TableSummary {
+  std::string name;
+  std::int64_t rows = 0;
+};
+
+class Database {
+ public:
+  virtual ~Database() = default;
+  // The file's full path.
+  virtual const std::string& Name() const = 0;
+  // Raises 3061 (a name that is no column), 3078 (no such table), 3075 (syntax) or what reading the
+  // file raises. Only forward-only read-only sets exist; other types are read the same way.
+  virtual std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) = 0;
+  virtual std::vector<TableSummary> Tables() const = 0;
+};
+
+// The engine's default workspace. It keeps the mirrors of the files it has opened, so that opening
+// the same unchanged file again costs microseconds.
+class Workspace {
+ public:
+  virtual ~Workspace() = default;
+  static std::unique_ptr<Workspace> Create();
+  // Raises the errors of access::DatabaseFile::Open.
+  virtual std::unique_ptr<Database> OpenDatabase(const std::filesystem::path& path) = 0;
+};
+
+}  // namespace tenora::query

@@ -1,0 +1,183 @@
+// A rich-text document in memory: what the RTF reader makes, the writer writes and printing lays
+// out. Lengths are twips (1440 to the inch), text is UTF-8, positions count UTF-16 units.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace tenora::richtext {
+
+struct Font {
+  int number = 0;              // \fN
+  std::string name;            // UTF-8
+  std::string family = "nil";  // \fnil, \froman, \fswiss, …: the word behind "\f"
+  int charset = 0;             // \fcharsetN
+  int pitch = 0;               // \fprqN
+};
+
+struct Colour {
+  bool automatic = false;  // an entry without components
+  std::uint8_t red = 0, green = 0, blue = 0;
+
+  bool operator==(const Colour&) const = default;
+};
+
+enum class Underline { kNone, kSingle, kDouble, kDotted, kDash, kWords, kWave, kThick };
+enum class Script { kNormal, kSuper, kSub };
+
+struct CharFormat {
+  int font = 0;  // position in Document::fonts
+  int half_points = 24;
+  int colour = 0;     // position in Document::colours; 0 is automatic
+  int highlight = 0;  // position in Document::colours; 0 is none
+  int language = 0;   // \langN, 0 when the document names none
+  bool bold = false, italic = false, strike = false, hidden = false;
+  bool all_caps = false, small_caps = false;
+  bool protect = false;
+  Underline underline = Underline::kNone;
+  Script script = Script::kNormal;
+  int raise_half_points = 0;  // \up positive, \dn negative
+
+  bool operator==(const CharFormat&) const = default;
+};
+
+enum class Alignment { kLeft, kCentre, kRight, kJustified };
+
+struct TabStop {
+  enum class Kind { kLeft, kCentre, kRight, kDecimal, kBar };
+  int position = 0;
+  Kind kind = Kind::kLeft;
+  std::string leader;  // "dot", "hyph", "ul", "th", "eq": the word behind "\tl"; empty for none
+
+  bool operator==(const TabStop&) const = default;
+};
+
+struct Bullet {
+  enum class Kind {
+    kNone,
+    kBullet,
+    kDecimal,
+    kLowerLetter,
+    kUpperLetter,
+    kLowerRoman,
+    kUpperRoman
+  };
+  Kind kind = Kind::kNone;
+  int start = 1;
+  int indent = 0;             // \pnindent
+  std::string before, after;  // \pntxtb, \pntxta; the bullet character itself for kBullet
+
+  bool operator==(const Bullet&) const = default;
+};
+
+struct Border {
+  bool present = false;
+  int width = 0;   // twips
+  int colour = 0;  // position in Document::colours
+
+  bool operator==(const Border&) const = default;
+};
+
+struct ParagraphFormat {
+  Alignment alignment = Alignment::kLeft;
+  int left_indent = 0, right_indent = 0, first_indent = 0;  // first is relative to left
+  int space_before = 0, space_after = 0;
+  int line_spacing = 0;                // \slN: 0 automatic, negative exact, positive at least
+  bool line_spacing_multiple = false;  // \slmult1: line_spacing is in 240ths of a line
+  std::vector<TabStop> tabs;
+  Bullet bullet;
+  bool page_break_before = false, keep_together = false, keep_with_next = false;
+  bool right_to_left = false;
+  int shading = 0;  // position in Document::colours; 0 is none
+  Border top, bottom, left, right;
+
+  bool operator==(const ParagraphFormat&) const = default;
+};
+
+// A picture in the text. `source` is its whole RTF group, carried through as it came.
+struct Picture {
+  enum class Kind { kPng, kJpeg, kDib, kBitmap, kWmf, kEmf, kUnknown };
+  Kind kind = Kind::kUnknown;
+  int width = 0, height = 0;  // on paper, scaling applied
+  std::string bytes;  // decoded; without the file header for kDib and kWmf, as RTF holds them
+  std::string source;
+};
+
+// Anything the editor cannot edit (a field, an embedded object, a header, a drawing): carried
+// through verbatim. `shown` is what a reader sees in its place: a field's result, an object's
+// picture.
+struct Verbatim {
+  std::string source;
+  std::string shown_text;
+  std::shared_ptr<const Picture> shown_picture;
+};
+
+// Runs of equal format are joined. In text, "\t" is a tab, "\v" a line break inside the paragraph,
+// "\f" a page break. An object run takes one position, U+FFFC.
+struct Run {
+  CharFormat format;
+  std::string text;
+  std::variant<std::monostate, std::shared_ptr<const Picture>, std::shared_ptr<const Verbatim>>
+      object;
+};
+
+struct Paragraph {
+  ParagraphFormat format;
+  CharFormat mark;  // the format of the paragraph mark; decides the height of an empty paragraph
+  std::vector<Run> runs;
+};
+
+struct Table;
+using Block = std::variant<Paragraph, std::shared_ptr<Table>>;
+
+struct Cell {
+  enum class VerticalAlign { kTop, kCentre, kBottom };
+  enum class Merge { kNone, kFirst, kContinued };
+  int right_edge = 0;  // \cellx
+  VerticalAlign vertical_align = VerticalAlign::kTop;
+  Merge horizontal_merge = Merge::kNone, vertical_merge = Merge::kNone;
+  int shading = 0;  // position in Document::colours; 0 is none
+  Border top, bottom, left, right;
+  std::vector<Block> blocks;  // never empty
+};
+
+struct Row {
+  std::string
+      definition;     // from \trowd to the last \cellx, in canonical form but otherwise as it came
+  int left_edge = 0;  // \trleft
+  int half_gap = 0;   // \trgaph
+  int height = 0;     // \trrh: 0 automatic, positive at least, negative exact
+  bool header = false;  // \trhdr
+  Alignment alignment = Alignment::kLeft;
+  std::vector<Cell> cells;
+};
+
+struct Table {
+  std::vector<Row> rows;
+};
+
+struct PageSetup {
+  int width = 0, height = 0;  // \paperw, \paperh; 0 when the document names none
+  int left = 0, top = 0, right = 0, bottom = 0;
+  bool landscape = false;
+};
+
+struct Document {
+  int code_page = 1252;
+  int default_font = 0;  // position in fonts
+  int default_language = 0;
+  int default_tab = 720;
+  std::vector<Font> fonts;      // never empty
+  std::vector<Colour> colours;  // the first is automatic
+  PageSetup page;
+  std::string title;  // from the information group, empty when none
+  // Groups of the head that are carried through verbatim: list tables, style sheets that fields
+  // need, headers and footers, document properties.
+  std::vector<std::string> head_groups;
+  std::vector<Block> blocks;  // never empty
+};
+
+}  // namespace tenora::richtext

@@ -1,0 +1,28 @@
+// The current date and time.
+#pragma once
+
+#include <optional>
+
+#include "platform/runtime/date.h"
+
+namespace tenora {
+
+class Clock {
+ public:
+  // The machine's local time.
+  Clock() = default;
+  // A clock that stands still, for tests and demonstrations.
+  explicit Clock(Date fixed) : fixed_(fixed) {}
+  // Stands still at the time named by the environment variable TENORA_NOW ("2026-11-21 09:30:00"),
+  // else the machine's. Raises 13 (Type mismatch) when the variable holds no date.
+  static Clock FromEnvironment();
+
+  Date Now() const;
+  // Today at 00:00.
+  Date Today() const { return Now().DateOnly(); }
+
+ private:
+  std::optional<Date> fixed_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,144 @@
+#include "platform/runtime/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "platform/runtime/error.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int fd) : fd_(fd) {}
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  ~FileDescriptor() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+void WriteAll(int fd, std::string_view content, const std::filesystem::path& path) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(fd, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) throw FileError(errno, path);
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+// A file beside the target that is removed unless it is renamed in time.
+class ScratchFile {
+ public:
+  ScratchFile(const std::filesystem::path& target, std::string_view content) : target_(target) {
+    name_ = (target.parent_path() / ".tenora-XXXXXX").string();
+    const FileDescriptor fd(::mkstemp(name_.data()));
+    if (fd.get() < 0) {
+      const int reason = errno;
+      name_.clear();
+      throw FileError(reason, target);
+    }
+    try {
+      WriteAll(fd.get(), content, target);
+      const mode_t mask = ::umask(0);
+      ::umask(mask);
+      if (::fchmod(fd.get(), 0666 & ~mask) != 0 || ::fsync(fd.get()) != 0) {
+        throw FileError(errno, target);
+      }
+    } catch (...) {
+      ::unlink(name_.c_str());
+      throw;
+    }
+  }
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
+  ~ScratchFile() {
+    if (!name_.empty()) ::unlink(name_.c_str());
+  }
+
+  void Replace() {
+    if (::rename(name_.c_str(), target_.c_str()) != 0) throw FileError(errno, target_);
+    name_.clear();
+  }
+
+  bool TakeFreeName() const {
+    if (::link(name_.c_str(), target_.c_str()) == 0) return true;
+    if (errno == EEXIST) return false;
+    throw FileError(errno, target_);
+  }
+
+ private:
+  std::filesystem::path target_;
+  std::string name_;
+};
+
+}  // namespace
+
+RuntimeError FileError(int errno_value, const std::filesystem::path& path) {
+  switch (errno_value) {
+    case ENOENT:
+      return StandardError(error_number::kFileNotFound, path.string());
+    case ENOTDIR:
+      return StandardError(error_number::kPathNotFound, path.string());
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return StandardError(error_number::kPermissionDenied, path.string());
+    case ENOSPC:
+    case EDQUOT:
+      return StandardError(error_number::kDiskFull, path.string());
+    case EIO:
+      return StandardError(error_number::kDeviceIoError, path.string());
+    default:
+      return StandardError(error_number::kPathFileAccess,
+                           path.string() + " (" + std::strerror(errno_value) + ")");
+  }
+}
+
+std::filesystem::path NativePath(std::string_view path) {
+  std::string native(path);
+  for (char& c : native) {
+    if (c == '\\') c = '/';
+  }
+  return std::filesystem::path(native).lexically_normal();
+}
+
+std::string ReadWholeFile(const std::filesystem::path& path) {
+  const FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (fd.get() < 0) throw FileError(errno, path);
+  struct stat status {};
+  if (::fstat(fd.get(), &status) != 0) throw FileError(errno, path);
+  if (S_ISDIR(status.st_mode)) throw FileError(EISDIR, path);
+  std::string content;
+  std::size_t filled = 0;
+  content.resize(static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)) + 1);
+  for (;;) {
+    const ssize_t count = ::read(fd.get(), content.data() + filled, content.size() - filled);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) throw FileError(errno, path);
+    if (count == 0) break;
+    filled += static_cast<std::size_t>(count);
+    if (filled == content.size()) content.resize(content.size() * 2);
+  }
+  content.resize(filled);
+  return content;
+}
+
+void WriteWholeFile(const std::filesystem::path& path, std::string_view content) {
+  ScratchFile(path, content).Replace();
+}
+
+bool WriteNewFile(const std::filesystem::path& path, std::string_view content) {
+  return ScratchFile(path, content).TakeFreeName();
+}
+
+}  // namespace tenora

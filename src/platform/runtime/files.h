@@ -1,0 +1,30 @@
+// Whole files, and paths as the system's texts write them. Every error names the path.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace tenora {
+
+// A path with the backslashes of stored settings and message texts turned into the platform's
+// separators, doubled ones folded.
+std::filesystem::path NativePath(std::string_view path);
+
+// Raises 53 (File not found), 70 (Permission denied) or 75 (Path/File access error).
+std::string ReadWholeFile(const std::filesystem::path& path);
+
+// Writes the file whole or not at all: the text goes to a new file in the same folder, is synced
+// and then takes the name. Raises 61 (Disk full), 70, 75 or 76 (Path not found); the old file then
+// stays.
+void WriteWholeFile(const std::filesystem::path& path, std::string_view content);
+
+// As WriteWholeFile, but never replaces a file: false when the name is taken, also by a file that
+// another program creates at the same moment.
+bool WriteNewFile(const std::filesystem::path& path, std::string_view content);
+
+// The error for an errno value of a failed file operation on `path`.
+class RuntimeError;
+RuntimeError FileError(int errno_value, const std::filesystem::path& path);
+
+}  // namespace tenora

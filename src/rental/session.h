@@ -1,0 +1,32 @@
+// What the system keeps for the whole run, in one object that main makes and hands on, so that a
+// test can have two of them.
+#pragma once
+
+#include <string>
+
+#include "data/database.h"
+#include "data/options.h"
+#include "data/program.h"
+#include "data/settings.h"
+#include "rental/caches.h"
+
+namespace tenora {
+
+struct Session {
+  explicit Session(const Platform& parts)
+      : platform(parts), settings(parts), database(parts, settings), options(database) {}
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  Platform platform;
+  Settings settings;
+  Database database;
+  Options options;
+  Caches caches;
+  // The day up to which schedules are extended; the empty date (year 1899) means not set, and
+  // nothing sets it yet.
+  Date as_at_date;
+  std::string cheque_word = "Cheque";
+};
+
+}  // namespace tenora

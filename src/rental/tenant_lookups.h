@@ -1,0 +1,27 @@
+// The per-tenant queries behind the tenant merge. All need the open database of the session.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "rental/session.h"
+
+namespace tenora {
+
+// The next rent change from today on: its date as a long date, its rent as currency; empty for
+// none.
+std::string NextRentChangeDate(Session& session, std::string_view tenant_code);
+std::string NextRentChangeValue(Session& session, std::string_view tenant_code);
+
+// The next or the last inspection as a long date, with a medium time unless it is at midnight;
+// without any inspection the current date and time.
+std::string InspectionDate(Session& session, bool next, std::string_view tenant_code);
+
+// Fills the payment, balance and paid-to fields of one cached tenant; receipt number 0 means the
+// latest payment.
+void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_number);
+
+std::string OwnerNameOfProperty(Session& session, std::string_view property_code);
+
+}  // namespace tenora
