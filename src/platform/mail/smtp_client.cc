@@ -122,10 +122,11 @@ std::string Recipients(const Message& message) {
   return names;
 }
 
-// The client's last command word and the server's last answer, for the error text.
+// The command that the server answered with a refusal, and that answer, for the error text.
 struct Conversation {
   std::string command;
-  std::string answer;
+  std::string refused_command;
+  std::string refusal;
 };
 
 int Watch(CURL*, curl_infotype type, char* data, std::size_t size, void* user) {
@@ -134,7 +135,10 @@ int Watch(CURL*, curl_infotype type, char* data, std::size_t size, void* user) {
   line = line.substr(0, line.find_last_not_of("\r\n") + 1);
   // Only the command word is kept: what follows AUTH would hold the password.
   if (type == CURLINFO_HEADER_OUT) conversation.command = line.substr(0, line.find(' '));
-  if (type == CURLINFO_HEADER_IN) conversation.answer = line;
+  if (type == CURLINFO_HEADER_IN && (line.starts_with('4') || line.starts_with('5'))) {
+    conversation.refused_command = conversation.command;
+    conversation.refusal = line;
+  }
   return 0;
 }
 
@@ -154,8 +158,8 @@ int ErrorNumber(CURLcode code, const Conversation& conversation) {
     default:
       break;
   }
-  if (conversation.command == "RCPT") return smtp_error::kRecipientRefused;
-  if (conversation.command == "MAIL") return smtp_error::kSenderRefused;
+  if (conversation.refused_command == "RCPT") return smtp_error::kRecipientRefused;
+  if (conversation.refused_command == "MAIL") return smtp_error::kSenderRefused;
   return smtp_error::kNotSent;
 }
 
@@ -247,9 +251,7 @@ void SmtpClient::Send(const Server& server, const Message& message) {
   text += " Server " + server.host + ":" + std::to_string(server.port) + ", message to " +
           Recipients(message) + ": " +
           (detail[0] != '\0' ? detail.data() : curl_easy_strerror(code));
-  if (code != CURLE_OPERATION_TIMEDOUT && !conversation.answer.empty()) {
-    text += " (" + conversation.answer + ")";
-  }
+  if (!conversation.refusal.empty()) text += " (" + conversation.refusal + ")";
   throw RuntimeError(number, text, "CDO.Message");
 }
 

@@ -1,7 +1,6 @@
 // Sends messages to an SMTP server. One client keeps its connection for the messages that follow.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -11,7 +10,7 @@ namespace tenora::mail {
 
 struct Server {
   std::string host;
-  std::int16_t port = 25;
+  int port = 25;
   // Port 465: encrypted from the first byte; any other: STARTTLS, and nothing is sent without it.
   // Certificates are always verified, against the system's authorities.
   bool ssl = false;
