@@ -35,7 +35,7 @@ bool LeadsOut(const fs::path& relative) {
 std::vector<std::string> TemplateLibrary::Names(std::string_view folder) const {
   std::vector<std::string> names;
   for (const std::string& file : FileNames(data_folder_ / folder)) {
-    if (EndsWithNoCase(file, kExtension)) {
+    if (file.size() > kExtension.size() && EndsWithNoCase(file, kExtension)) {
       names.push_back(file.substr(0, file.size() - kExtension.size()));
     }
   }
