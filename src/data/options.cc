@@ -6,8 +6,8 @@
 namespace tenora {
 namespace {
 
-// No account has this code; it keeps the list of an "in" clause from being empty.
-constexpr std::string_view kDummyCode = "'xydhgus'";
+// No account has the code in it; it keeps the list of an "in" clause from being empty.
+const std::string kNoCodes = "('xydhgus')";
 
 }  // namespace
 
@@ -25,13 +25,15 @@ const std::string& Options::ExtraChargeCodes() {
   RecordsetPtr set;
   database_.CreateSet(set, "select gl_code from glcodes where type = 1 and pay_extra_charges <> 0",
                       query::kForwardOnly, query::kReadOnly);
-  std::string codes(kDummyCode);
+  // A failed read says nothing about the accounts: it is tried again at the next call.
+  if (!set) return kNoCodes;
+  std::string codes(kNoCodes, 0, kNoCodes.size() - 1);
   while (!database_.DataEOF(set)) {
     codes.append(",'").append(TextOf(set->Field("gl_code"))).append("'");
     database_.MoveNext(set);
   }
   database_.DataClose(set);
-  extra_charge_codes_ = std::string("(").append(codes).append(")");
+  extra_charge_codes_ = codes.append(")");
   return extra_charge_codes_;
 }
 
