@@ -15,13 +15,21 @@ namespace {
 
 void FillKnownFields(const MergeTarget& target, const std::string& sql, std::string_view prefix) {
   Database& database = target.session.database;
+  const std::size_t errors_before = database.ErrorsReported();
+  // A failed query has been shown; it ends the merge that called.
+  const auto check = [&] {
+    if (database.ErrorsReported() != errors_before) {
+      throw StandardError(error_number::kObjectNotSet, "custom_fields");
+    }
+  };
   RecordsetPtr fields;
   database.CreateSet(fields, sql, query::kForwardOnly, query::kReadOnly);
-  // The failed query has been reported; it ends the merge that called.
-  if (!fields) throw StandardError(error_number::kObjectNotSet);
-  for (; !database.DataEOF(fields); database.MoveNext(fields)) {
+  check();
+  while (!database.DataEOF(fields)) {
     ReplaceCode(target, std::string(prefix).append(TextOf(fields->Field("fieldcode"))),
                 TextOf(fields->Field("value")));
+    database.MoveNext(fields);
+    check();
   }
   database.DataClose(fields);
 }

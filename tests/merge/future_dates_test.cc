@@ -5,8 +5,7 @@
 namespace tenora {
 namespace {
 
-constexpr const char* kMessage =
-    "Error inserting future date.  Possible incorrect format";
+constexpr const char* kMessage = "Error inserting future date.  Possible incorrect format";
 
 class InsertFutureDatesTest : public test::MergeTest {};
 

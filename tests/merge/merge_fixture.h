@@ -18,9 +18,10 @@ class MergeTest : public testing::Test {
  protected:
   // Puts text into the letter as the source of one paragraph.
   void Letter(std::string_view source) {
-    editor_.SetTextRTF(std::string(R"({\rtf1\ansi\ansicpg1252\deff0{\fonttbl{\f0\fnil Arial;}}\pard )")
-                           .append(source)
-                           .append(R"(\par})"));
+    editor_.SetTextRTF(
+        std::string(R"({\rtf1\ansi\ansicpg1252\deff0{\fonttbl{\f0\fnil Arial;}}\pard )")
+            .append(source)
+            .append(R"(\par})"));
   }
   // What the letter shows, without the paragraph's end.
   std::string Shown() const {

@@ -11,13 +11,14 @@ class ReplaceCodeTest : public test::MergeTest {};
 TEST_F(ReplaceCodeTest, FillsEveryPlaceAndKeepsTheFormattingAroundIt) {
   Letter(R"(Dear <<Tenant Name>>, {\b <<Tenant Name>>} and \i\fs40 <<Tenant Name>>\i0 .)");
   ReplaceCode(target_, "Tenant Name", "Jane Smith");
-  EXPECT_THAT(editor_.TextRTF(),
-              testing::HasSubstr(R"(Dear Jane Smith, {\b Jane Smith} and \i\fs40 Jane Smith\i0 .)"));
+  EXPECT_THAT(
+      editor_.TextRTF(),
+      testing::HasSubstr(R"(Dear Jane Smith, {\b Jane Smith} and \i\fs40 Jane Smith\i0 .)"));
 }
 
 TEST_F(ReplaceCodeTest, LeavesWhatIsNotExactlyTheCode) {
-  for (const char* text : {"<<TENANT NAME>>", "<<tenant name>>", "<<Tenant Name >>", "<Tenant Name>",
-                           R"(<<Tenant {\b Name}>>)", "<<Prompt Message>>"}) {
+  for (const char* text : {"<<TENANT NAME>>", "<<tenant name>>", "<<Tenant Name >>",
+                           "<Tenant Name>", R"(<<Tenant {\b Name}>>)", "<<Prompt Message>>"}) {
     Letter(text);
     ReplaceCode(target_, "Tenant Name", "Jane");
     EXPECT_THAT(editor_.TextRTF(), testing::HasSubstr(text));

@@ -9,8 +9,8 @@ namespace tenora::test {
 
 std::vector<SampleRow> SampleTable(const std::string& table) {
   const ProcessResult exported =
-      RunProcess({"mdb-export", "-Q", "-d", "\x1F", "-R", "\x1E", "-T", "%Y-%m-%d", "-D", "%Y-%m-%d",
-                  SampleDatabase().string(), table});
+      RunProcess({"mdb-export", "-Q", "-d", "\x1F", "-R", "\x1E", "-T", "%Y-%m-%d", "-D",
+                  "%Y-%m-%d", SampleDatabase().string(), table});
   if (exported.status != 0) throw std::runtime_error("mdb-export: " + exported.errors);
   std::vector<std::string> lines = Split(exported.output, "\x1E");
   lines.pop_back();  // behind the last row
