@@ -3,6 +3,7 @@
 // under a fixed label through DataErrorReport; callers then see an empty result.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -22,6 +23,7 @@ class Database {
   Database(const Platform& platform, Settings& settings)
       : platform_(platform), settings_(settings) {}
 
+  // Where the settings say so and the file is there, on the server; else the program folder's own.
   void OpenDatabase();
   void CloseDatabase();
   bool IsOpen() const { return open_ != nullptr; }
@@ -37,25 +39,46 @@ class Database {
   void MoveNext(const RecordsetPtr& set);
   void DataClose(RecordsetPtr& set);
 
-  // "select FIELD as result from TABLE CLAUSE": the first row's value, or the default.
+  // "select FIELD as result from TABLE CLAUSE": the first row's value, or the default for a null or
+  // no row. A value that is no text or date raises 13.
   std::string LookupText(std::string_view field, std::string_view table, std::string_view clause,
                          std::string_view default_text);
   Date LookupDate(std::string_view field, std::string_view table, std::string_view clause,
                   Date default_date);
 
-  // Shows a failed database operation and appends it to the month's error log.
+  // Shows a failed database operation and appends it to the month's error log. Neither names the
+  // label: it tells a reader of the code which operation it was, and both texts are fixed.
   void DataErrorReport(std::string_view label, const RuntimeError& error);
+
+  // How many errors DataErrorReport has shown: a caller that must not go on with the empty result
+  // of a failed query compares before and after.
+  std::size_t ErrorsReported() const { return errors_reported_; }
 
   const Platform& platform() const { return platform_; }
 
  private:
+  // Runs one operation; an error is reported under its label.
+  template <typename Body>
+  void Reported(std::string_view label, Body&& body) {
+    try {
+      body();
+    } catch (...) {
+      DataErrorReport(label, CurrentError());
+    }
+  }
+
+  std::filesystem::path OwnDatabase() const;
+  std::filesystem::path StoredLocation();
   std::filesystem::path LocateDatabase();
   std::filesystem::path DecideDataFolder();
+  // The field's value in the first row, null when there is none.
+  Value Lookup(std::string_view field, std::string_view table, std::string_view clause);
 
   Platform platform_;
   Settings& settings_;
   std::unique_ptr<query::Database> open_;
   std::filesystem::path data_folder_;
+  std::size_t errors_reported_ = 0;
   bool command_mode_ = false;
 };
 
