@@ -95,6 +95,9 @@ std::string DraftFile(const Message& message) {
 
 }  // namespace
 
+NoMailClient::NoMailClient()
+    : RuntimeError(kCannotCreateObject, "Neither thunderbird nor xdg-open was found on the path") {}
+
 void ComposeInMailClient(const Message& message, const std::filesystem::path& scratch_folder) {
   if (const auto thunderbird = FindProgram("thunderbird")) {
     const std::filesystem::path body = WriteBody(scratch_folder, ".html", message.html);
@@ -105,8 +108,7 @@ void ComposeInMailClient(const Message& message, const std::filesystem::path& sc
   } else if (const auto opener = FindProgram("xdg-open")) {
     StartDetached(*opener, {WriteBody(scratch_folder, ".eml", DraftFile(message)).string()});
   } else {
-    throw RuntimeError(kCannotCreateObject,
-                       "Neither thunderbird nor xdg-open was found on the path");
+    throw NoMailClient();
   }
 }
 

@@ -16,23 +16,6 @@ namespace {
 constexpr std::size_t kBytesPerEncodedWord = 45;
 constexpr std::size_t kLongestPlainHeader = 60;
 
-std::string Base64(std::string_view bytes) {
-  constexpr std::string_view kAlphabet =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string result;
-  for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    std::uint32_t group = 0;
-    for (std::size_t k = 0; k < 3; ++k) {
-      group = (group << 8) | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
-    }
-    for (std::size_t k = 0; k < 4; ++k) {
-      const bool padding = i + k > bytes.size();
-      result += padding ? '=' : kAlphabet[(group >> (18 - 6 * k)) & 63];
-    }
-  }
-  return result;
-}
-
 // Line breaks and other control characters as blanks, broken UTF-8 as U+FFFD.
 std::string OneLine(std::string_view text) {
   std::string result;
@@ -101,6 +84,23 @@ std::string NewMessageId(const Address& from) {
 }
 
 }  // namespace
+
+std::string Base64(std::string_view bytes) {
+  constexpr std::string_view kAlphabet =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string result;
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    std::uint32_t group = 0;
+    for (std::size_t k = 0; k < 3; ++k) {
+      group = (group << 8) | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+    }
+    for (std::size_t k = 0; k < 4; ++k) {
+      const bool padding = i + k > bytes.size();
+      result += padding ? '=' : kAlphabet[(group >> (18 - 6 * k)) & 63];
+    }
+  }
+  return result;
+}
 
 std::string EncodeHeaderText(std::string_view text) {
   const std::string line = OneLine(text);

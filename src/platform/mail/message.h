@@ -36,4 +36,6 @@ std::vector<std::string> HeaderLines(const Message& message);
 // Text of a header as encoded words where it is not plain ASCII.
 std::string EncodeHeaderText(std::string_view text);
 
+std::string Base64(std::string_view bytes);
+
 }  // namespace tenora::mail
