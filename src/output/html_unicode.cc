@@ -50,7 +50,10 @@ std::string UnicodeEscapes::Reference(std::int32_t number) {
 }
 
 bool UnicodeEscapes::SkipFallback(Token& token) {
-  if (to_skip_ == 0) return false;
+  if (to_skip_ == 0) {
+    if (!token.IsWord("u")) high_surrogate_ = 0;
+    return false;
+  }
   switch (token.kind) {
     case Token::Kind::kOpenGroup:
     case Token::Kind::kCloseGroup:
@@ -61,6 +64,7 @@ bool UnicodeEscapes::SkipFallback(Token& token) {
         const char32_t skipped = TakeCodePoint(token.text);
         if (skipped != U'\r' && skipped != U'\n') --to_skip_;
       }
+      if (!token.text.empty()) high_surrogate_ = 0;
       return token.text.empty();
     default:
       --to_skip_;

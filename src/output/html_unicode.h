@@ -21,8 +21,9 @@ class UnicodeEscapes {
   // waits for the second, and for what is no character.
   std::string Reference(std::int32_t number);
 
-  // Takes what belongs to the last escape's fallback off the token; true when nothing of it is
-  // left. One character of text, one escape or one control word counts as one; a brace ends it.
+  // To be told of every token. Takes what belongs to the last escape's fallback off the token; true
+  // when nothing of it is left. One character of text, one escape or one control word counts as
+  // one; a brace ends it.
   bool SkipFallback(Token& token);
 
  private:
