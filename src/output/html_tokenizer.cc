@@ -25,6 +25,16 @@ std::size_t EndOfText(std::string_view source, std::size_t position) {
   return position;
 }
 
+// Behind the control token at `position`; only \binN needs more than its first two characters.
+std::size_t EndOfControl(std::string_view source, std::size_t position) {
+  if (source.substr(position + 1, kBinary.size()) != kBinary)
+    return std::min(position + 2, source.size());
+  Tokenizer tokens(source, position);
+  Token word;
+  tokens.Next(word);
+  return tokens.position();
+}
+
 }  // namespace
 
 std::int32_t ClampedNumber(std::string_view digits) {
@@ -103,16 +113,6 @@ void Tokenizer::TakeControlWord(Token& token) {
     end += std::min(count, source_.size() - end);
   }
   position_ = end;
-}
-
-// Behind the control token at `position`; only \binN needs more than its first two characters.
-static std::size_t EndOfControl(std::string_view source, std::size_t position) {
-  if (source.substr(position + 1, kBinary.size()) != kBinary)
-    return std::min(position + 2, source.size());
-  Tokenizer tokens(source, position);
-  Token word;
-  tokens.Next(word);
-  return tokens.position();
 }
 
 void Tokenizer::LeaveGroup() { position_ = EndOfGroup(source_, position_); }
