@@ -1,6 +1,7 @@
 #include "output/html_tables.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
 #include "output/html_characters.h"
@@ -21,22 +22,22 @@ bool IsEscaped(std::string_view source, std::size_t position) {
   return (position - start) % 2 == 1;
 }
 
-std::size_t FindControl(std::string_view source, std::string_view sign, std::size_t from = 0) {
-  std::size_t position = source.find(sign, from);
-  while (position != std::string_view::npos && IsEscaped(source, position))
-    position = source.find(sign, position + 1);
-  return position;
+// Whether `sign` at `position` is the whole of its control word, or ends in no letter itself.
+bool EndsWord(std::string_view source, std::size_t position, std::string_view sign) {
+  const std::size_t behind = position + sign.size();
+  return !IsLetter(sign.back()) || behind >= source.size() || !IsLetter(source[behind]);
 }
 
-std::size_t FindControlWord(std::string_view source, std::string_view word) {
-  std::size_t position = FindControl(source, word);
-  while (position != std::string_view::npos) {
-    const std::size_t behind = position + word.size();
-    const char next = behind < source.size() ? LowerAscii(source[behind]) : '\0';
-    if (next < 'a' || next > 'z') break;
-    position = FindControl(source, word, position + 1);
+// Position of the first `sign` that is no part of an escaped backslash or a longer word, or npos.
+std::size_t FindControl(std::string_view source, std::string_view sign) {
+  // Letters hold few of these and many backslashes: skipping ahead beats stopping at each.
+  const std::boyer_moore_horspool_searcher searcher(sign.begin(), sign.end());
+  for (auto from = source.begin();; ++from) {
+    from = std::search(from, source.end(), searcher);
+    if (from == source.end()) return std::string_view::npos;
+    const std::size_t position = from - source.begin();
+    if (!IsEscaped(source, position) && EndsWord(source, position, sign)) return position;
   }
-  return position;
 }
 
 // Position of the brace that opens the group around `position`, or npos.
@@ -88,7 +89,7 @@ bool HasControl(std::string_view source, std::string_view sign) {
 }
 
 std::string CutGroup(std::string& source, std::string_view word) {
-  const std::size_t position = FindControlWord(source, word);
+  const std::size_t position = FindControl(source, word);
   if (position == std::string::npos) return {};
   const std::size_t start = StartOfGroup(source, position);
   if (start == std::string::npos) return {};

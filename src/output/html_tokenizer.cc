@@ -11,8 +11,6 @@ namespace {
 
 constexpr std::string_view kBinary = "bin";
 
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
 constexpr auto kEndsText = [] {
   std::array<bool, 256> table{};
   table['\\'] = table['{'] = table['}'] = true;

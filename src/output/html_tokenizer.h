@@ -52,6 +52,8 @@ class Tokenizer {
 // source when it is never closed. Escaped braces and the bytes of \binN do not count.
 std::size_t EndOfGroup(std::string_view source, std::size_t position);
 
+inline bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
 // Decimal digits with an optional minus sign, kept within 32 bits; reading stops at anything else.
 std::int32_t ClampedNumber(std::string_view digits);
 
