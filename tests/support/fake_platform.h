@@ -39,7 +39,7 @@ class PlainLocale : public Locale {
   std::string CurrencyText(double amount) const override {
     std::string digits = FormatNumber(amount < 0 ? -amount : amount, "0.00");
     for (std::size_t i = digits.size() - 3; i > 3; i -= 3) digits.insert(i - 3, ",");
-    return (amount < 0 ? "-$" : "$") + digits;
+    return std::string(amount < 0 ? "-$" : "$").append(digits);
   }
   std::string Info(int type) const override {
     if (type == kCurrencyDigitsInfo) return currency_digits;
