@@ -74,6 +74,8 @@ class Database {
   std::unique_ptr<query::Database> open_;
   std::filesystem::path data_folder_;
   bool command_mode_ = false;
+  // The set whose last MoveNext failed: it counts as ended, so that no loop over it runs on.
+  const query::Recordset* stuck_ = nullptr;
 };
 
 }  // namespace tenora
