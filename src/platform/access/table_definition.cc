@@ -1,0 +1,84 @@
+#include "platform/access/table_definition.h"
+
+#include <algorithm>
+#include <string>
+
+namespace tenora::access {
+namespace {
+
+// The format's own limit is 255 columns with names of 64 characters and 32 indexes, which is less
+// than this many pages; a longer chain is a loop.
+constexpr std::size_t kMostPages = 64;
+constexpr std::size_t kMostColumns = 255;
+
+std::vector<std::byte> ReadChain(const PageFile& file, std::uint32_t first) {
+  std::vector<std::byte> bytes;
+  PageBuffer page;
+  std::uint32_t number = first;
+  for (std::size_t pages = 0; number != 0; ++pages) {
+    if (pages == kMostPages) throw Damage(first, "the table's definition does not end");
+    file.Read(number, page);
+    if (page.type() != PageType::kTableDefinition) {
+      throw Damage(number, "a table definition is expected here, the page's type is " +
+                               std::to_string(static_cast<int>(page.type())));
+    }
+    const std::size_t start = pages == 0 ? 0 : kTdefContinuation;
+    bytes.insert(bytes.end(), page.bytes.begin() + static_cast<std::ptrdiff_t>(start),
+                 page.bytes.begin() + static_cast<std::ptrdiff_t>(page.size));
+    number = Load32(&page.bytes[kTdefNextPage]);
+  }
+  return bytes;
+}
+
+void ReadColumns(const Layout& layout, const TextCodec& codec, std::size_t count,
+                 ByteReader& reader, TableDefinition& table) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::byte* record = reader.Take(layout.column_size).data();
+    Column& column = table.columns.emplace_back();
+    const std::uint8_t flags = Load8(record + layout.column_flags);
+    column.type = static_cast<ColumnType>(Load8(record));
+    column.number = Load16(record + layout.column_number);
+    column.fixed_length = (flags & kColumnFixed) != 0;
+    column.auto_number = (column.type == ColumnType::kLong && (flags & kColumnAutoNumber) != 0) ||
+                         (column.type == ColumnType::kGuid && (flags & kColumnAutoGuid) != 0);
+    column.length = Load16(record + layout.column_length);
+    if (column.type == ColumnType::kDecimal) {
+      column.precision = Load8(record + layout.column_precision);
+      column.scale = Load8(record + layout.column_scale);
+    }
+    table.places.push_back({Load16(record + layout.column_variable_index),
+                            Load16(record + layout.column_fixed_offset)});
+  }
+  for (Column& column : table.columns) column.name = ReadName(layout, codec, reader);
+}
+
+}  // namespace
+
+TableDefinition ReadTableDefinition(const PageFile& file, const TextCodec& codec,
+                                    std::uint32_t page) {
+  const Layout& layout = file.layout();
+  if (page == 0) throw Damage(0, "a table definition cannot be here");
+  const std::vector<std::byte> bytes = ReadChain(file, page);
+  TableDefinition table;
+  table.page = page;
+  table.row_count = Load32(&bytes[layout.tdef_rows]);
+  table.variable_columns = Load16(&bytes[layout.tdef_max_columns + 2]);
+  const std::size_t columns = Load16(&bytes[layout.tdef_max_columns + 4]);
+  const std::uint32_t logical = Load32(&bytes[layout.tdef_index_count]);
+  const std::uint32_t physical = Load32(&bytes[layout.tdef_index_count + 4]);
+  table.owned_pages = RowPointer::Load(&bytes[layout.tdef_owned_pages]);
+  table.free_pages = RowPointer::Load(&bytes[layout.tdef_free_pages]);
+  if (columns > kMostColumns) {
+    throw Damage(page, "a table cannot have " + std::to_string(columns) + " columns");
+  }
+  ByteReader reader(bytes, page, "the table's definition");
+  reader.Skip(layout.tdef_first_index);
+  reader.Skip(std::size_t{physical} * layout.index_head_size);
+  ReadColumns(layout, codec, columns, reader, table);
+  table.physical_indexes = ReadPhysicalIndexes(layout, physical, reader);
+  table.indexes =
+      ReadLogicalIndexes(layout, logical, codec, table.physical_indexes, table.columns, reader);
+  return table;
+}
+
+}  // namespace tenora::access

@@ -1,0 +1,46 @@
+// A table's definition: its columns, indexes and usage maps. It starts on a page of type 2 that the
+// catalogue names, and goes on in a chain of further ones (byte 4 of each names the next, the
+// content of the further ones starts at byte 8). In order:
+//
+//   the fixed part                           Layout::tdef_*
+//   a record for each physical index         Layout::index_head_size
+//   a record for each column                 Layout::column_*
+//   the name of each column
+//   physical indexes, logical indexes, index names
+//   for each long value column its number and two usage maps, ended by FFFF
+//
+// A deleted column's record is gone, but its place in the null mask and among the variable columns
+// of the rows stays: the other columns keep their numbers.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/access/index_definition.h"
+#include "platform/access/page_file.h"
+
+namespace tenora::access {
+
+// Where a column lies in a row.
+struct ColumnPlace {
+  std::uint16_t variable_index = 0;  // among the variable columns
+  std::uint16_t fixed_offset = 0;    // behind the row's column count
+};
+
+struct TableDefinition {
+  std::uint32_t page = 0;
+  std::uint32_t row_count = 0;
+  std::uint16_t variable_columns = 0;  // deleted ones included; 0: rows have no variable part
+  std::vector<Column> columns;
+  std::vector<ColumnPlace> places;  // one for each column
+  std::vector<PhysicalIndex> physical_indexes;
+  std::vector<Index> indexes;
+  RowPointer owned_pages;  // usage maps
+  RowPointer free_pages;
+};
+
+// Raises Damage for what cannot be a definition.
+TableDefinition ReadTableDefinition(const PageFile& file, const TextCodec& codec,
+                                    std::uint32_t page);
+
+}  // namespace tenora::access
