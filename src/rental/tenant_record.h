@@ -8,6 +8,9 @@
 
 namespace tenora {
 
+// The year by which the package's own data says "no date".
+inline constexpr int kNoDateYear = 1234;
+
 struct TenantRecord {
   std::string KeyName;      // the tenancy's name made safe for files and keys
   std::string DisplayName;  // KeyName, "(Closed) " in front of a closed one's
@@ -22,7 +25,7 @@ struct TenantRecord {
   Date StartDate;
   Date LastRentRise;
   std::string Email, HomePhone, WorkPhone, Mobile, Fax;
-  Date EndDate;
+  Date EndDate;  // of kNoDateYear: still running
   std::string PropertyCode;
   std::string WaterMeter;
   std::string TenantAddress1, TenantAddress2, TenantAddress3;
@@ -36,7 +39,7 @@ struct TenantRecord {
   std::string LastPaymentTender;
   std::string Reference;  // the tenancy's code
   Date PreviousPaidToDate;
-  Date RentReviewDate;  // year 1234: none
+  Date RentReviewDate;  // of kNoDateYear: none
 };
 
 }  // namespace tenora

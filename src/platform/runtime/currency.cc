@@ -11,13 +11,21 @@ namespace {
 // Products of two 64-bit counts need twice the width; both compilers we build with have it.
 __extension__ using Wide = __int128;
 
-// value / divisor rounded to the nearest whole number, halves to even; divisor is positive.
-Wide DivideHalfEven(Wide value, Wide divisor) {
+// value / divisor rounded to the nearest whole number; divisor is positive.
+Wide DivideRounded(Wide value, Wide divisor, Halves halves) {
   Wide quotient = value / divisor;
   const Wide remainder = value % divisor;
   const Wide twice = (remainder < 0 ? -remainder : remainder) * 2;
-  if (twice > divisor || (twice == divisor && quotient % 2 != 0)) quotient += value < 0 ? -1 : 1;
+  const bool half_goes_away = halves == Halves::kAwayFromZero || quotient % 2 != 0;
+  if (twice > divisor || (twice == divisor && half_goes_away)) quotient += value < 0 ? -1 : 1;
   return quotient;
+}
+
+Wide ScaledWide(Wide value, std::int64_t numerator, Wide denominator, Halves halves) {
+  if (denominator == 0) throw RuntimeError(11, "Division by zero");
+  const Wide product = value * numerator;
+  return denominator < 0 ? DivideRounded(-product, -denominator, halves)
+                         : DivideRounded(product, denominator, halves);
 }
 
 std::int64_t Narrow(Wide value) {
@@ -29,6 +37,11 @@ std::int64_t Narrow(Wide value) {
 }
 
 }  // namespace
+
+std::int64_t ScaledCount(std::int64_t value, std::int64_t numerator, std::int64_t denominator,
+                         Halves halves) {
+  return Narrow(ScaledWide(value, numerator, denominator, halves));
+}
 
 Currency Currency::FromDouble(double amount) {
   const double scaled = amount * static_cast<double>(kScale);
@@ -51,15 +64,18 @@ Currency Currency::operator-(Currency other) const {
 }
 
 Currency Currency::Scaled(std::int64_t numerator, std::int64_t denominator) const {
-  if (denominator == 0) throw RuntimeError(11, "Division by zero");
-  Wide product = Wide{count_} * numerator;
-  if (denominator < 0) product = -product;
-  const Wide divisor = denominator < 0 ? -Wide{denominator} : Wide{denominator};
-  return Currency(Narrow(DivideHalfEven(product, divisor)));
+  return Currency(ScaledCount(count_, numerator, denominator));
+}
+
+Currency Currency::Scaled(std::int64_t numerator, std::int64_t denominator, int decimals,
+                          Halves halves) const {
+  std::int64_t unit = 1;
+  for (int i = decimals; i < 4; ++i) unit *= 10;
+  return Currency(Narrow(ScaledWide(count_, numerator, Wide{denominator} * unit, halves) * unit));
 }
 
 Currency Currency::RoundedToCents() const {
-  return Currency(Narrow(DivideHalfEven(count_, 100) * 100));
+  return Currency(Narrow(DivideRounded(count_, 100, Halves::kToEven) * 100));
 }
 
 std::string Currency::ToText() const {

@@ -8,6 +8,14 @@
 
 namespace tenora {
 
+// Which way half of the last digit goes.
+enum class Halves { kToEven, kAwayFromZero };
+
+// value × numerator ÷ denominator, exact and then rounded once to a whole number. Raises 6
+// (Overflow) when the result does not fit, 11 when denominator is 0.
+std::int64_t ScaledCount(std::int64_t value, std::int64_t numerator, std::int64_t denominator,
+                         Halves halves = Halves::kToEven);
+
 class Currency {
  public:
   constexpr Currency() = default;
@@ -29,6 +37,9 @@ class Currency {
   // This amount times numerator over denominator, exact and then rounded to four decimals, halves
   // to even. Raises 6 (Overflow) when the result does not fit, 11 when denominator is 0.
   Currency Scaled(std::int64_t numerator, std::int64_t denominator) const;
+  // The same, rounded once to `decimals` (0 to 4).
+  Currency Scaled(std::int64_t numerator, std::int64_t denominator, int decimals,
+                  Halves halves = Halves::kToEven) const;
 
   // To two decimals, halves to even: 2.345 gives 2.34, 2.355 gives 2.36.
   Currency RoundedToCents() const;

@@ -32,6 +32,16 @@ TEST(Currency, ScalesExactlyAndRefusesOverflow) {
   EXPECT_THROW(Currency::FromDouble(std::nan("")), RuntimeError);
 }
 
+// Rounding first to four decimals and then to two would make 0.01 of the first.
+TEST(Currency, RoundsAScaledAmountOnce) {
+  const Currency amount = Currency::FromTenThousandths(499996);
+  EXPECT_EQ(amount.Scaled(1, 10000, 2, Halves::kAwayFromZero).ToText(), "0");
+  EXPECT_EQ(Currency::FromUnits(1).Scaled(1, 200, 2).ToText(), "0");
+  EXPECT_EQ(Currency::FromUnits(1).Scaled(1, 200, 2, Halves::kAwayFromZero).ToText(), "0.01");
+  EXPECT_EQ(Currency::FromUnits(-1).Scaled(1, 200, 2, Halves::kAwayFromZero).ToText(), "-0.01");
+  EXPECT_EQ(Currency::FromUnits(-1).Scaled(-3, 200, 2).ToText(), "0.02");
+}
+
 TEST(Currency, WritesPlainText) {
   const struct {
     std::int64_t count;

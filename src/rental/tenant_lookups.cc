@@ -1,0 +1,115 @@
+#include "rental/tenant_lookups.h"
+
+#include "data/sql_text.h"
+#include "platform/locale/locale.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/conversion.h"
+#include "rental/rent_account.h"
+
+namespace tenora {
+namespace {
+
+// A field of the first row, null when there is none.
+Value FirstValue(Database& database, const std::string& sql, std::string_view field) {
+  RecordsetPtr row;
+  database.CreateSet(row, sql, query::kForwardOnly, query::kReadOnly);
+  return database.DataIsEmpty(row) ? Value(Null()) : row->Field(field);
+}
+
+Value NextRentChange(Session& session, const std::string& field, std::string_view tenant_code) {
+  // No blank in front of "order": the statement is sent as it always was.
+  return FirstValue(session.database,
+                    "select top 1 " + field + " from rentchanges where tenantcode = '" +
+                        std::string(tenant_code) + "' and changedate>=" +
+                        SQLDateTime(session.platform.clock.Today()) + "order by changedate asc",
+                    field);
+}
+
+constexpr std::string_view kPaymentQuery =
+    "select top 1 recordnumber, tender, rent_weeks, date, amount, paid_to, [property code], tax "
+    "from revenues where ";
+
+std::string PaymentQuery(const TenantRecord& tenant, const std::string& rent_group,
+                         std::int32_t receipt_number) {
+  std::string sql(kPaymentQuery);
+  if (receipt_number != 0) return sql + "recordnumber = " + std::to_string(receipt_number);
+  return sql + "([revenue group] = '" + rent_group +
+         "' or [revenue group] in (select gl_code from glcodes where type = 1 and "
+         "pay_extra_charges <> 0)) and [property code] = '" +
+         tenant.PropertyCode + "' and tenant_code = '" + tenant.Reference +
+         "' order by date desc, recordnumber desc";
+}
+
+// Without a row the fields keep their values.
+void ReadPayment(Session& session, const std::string& sql, TenantRecord& tenant) {
+  RecordsetPtr row;
+  session.database.CreateSet(row, sql, query::kForwardOnly, query::kReadOnly);
+  if (session.database.DataIsEmpty(row)) return;
+  const Currency amount = ToCurrency(NullTo(row->Field("amount"), Value(Currency())));
+  const Currency tax = ToCurrency(NullTo(row->Field("tax"), Value(Currency())));
+  tenant.LastPaymentDate = ToDate(row->Field("date"));
+  tenant.LastPaymentAmount = amount.ToDouble();
+  tenant.LastPaymentNumber = ToInt32(row->Field("recordnumber"));
+  tenant.LastPaymentTax = tax.ToDouble();
+  tenant.LastPaymentExclusive = (amount - tax).ToDouble();
+  tenant.LastPaymentTender = TextOf(row->Field("tender"));
+}
+
+}  // namespace
+
+std::string NextRentChangeDate(Session& session, std::string_view tenant_code) {
+  const Value date = NextRentChange(session, "changedate", tenant_code);
+  return IsNull(date) ? "" : session.platform.locale.LongDate(ToDate(date));
+}
+
+std::string NextRentChangeValue(Session& session, std::string_view tenant_code) {
+  const Value rent = NextRentChange(session, "changevalue", tenant_code);
+  return IsNull(rent) ? "" : session.platform.locale.CurrencyText(ToDouble(rent));
+}
+
+std::string InspectionDate(Session& session, bool next, std::string_view tenant_code) {
+  const Clock& clock = session.platform.clock;
+  const Locale& locale = session.platform.locale;
+  std::string sql = "select top 1 inspection_date from insp_schedule where tenant_code = '" +
+                    std::string(tenant_code) + "' and inspection_date ";
+  sql += (next ? "> " : "<= ") + SQLDateTime(clock.Today());
+  sql += next ? " order by inspection_date" : " order by inspection_date desc";
+  const Date date =
+      ToDate(NullTo(FirstValue(session.database, sql, "inspection_date"), Value(clock.Now())));
+  const CalendarTime time = date.Calendar();
+  if (time.hour == 0 && time.minute == 0) return locale.LongDate(date);
+  return locale.LongDate(date) + " " + locale.MediumTime(date);
+}
+
+void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_number) {
+  Database& database = session.database;
+  const std::string rent_group = database.LookupText("rent_group", "Options", "", "");
+  const RentAccount account(session, tenant.Reference);
+  tenant.BalanceOwing = account.BalanceOwing().ToDouble();
+
+  const std::string latest_period =
+      " where tenant_code = '" + tenant.Reference + "' order by period_from desc";
+  tenant.LastPeriodFrom =
+      database.LookupDate("top 1 period_from", "rent_periods", latest_period, Date());
+  tenant.LastPeriodTo =
+      database.LookupDate("top 1 period_to", "rent_periods", latest_period, Date());
+
+  ReadPayment(session, PaymentQuery(tenant, rent_group, receipt_number), tenant);
+
+  const std::string latest_rent_payment = " where [revenue group] = '" + rent_group +
+                                          "' and [property code] = '" + tenant.PropertyCode +
+                                          "' and tenant_code = '" + tenant.Reference +
+                                          "' order by date desc, recordnumber desc";
+  const double rent_payment =
+      LeadingNumber(database.LookupText("top 1 amount", "revenues", latest_rent_payment, "0"));
+  tenant.PaidToDate = account.PaidToDate(0);
+  tenant.PreviousPaidToDate = account.PaidToDate(rent_payment);
+}
+
+std::string OwnerNameOfProperty(Session& session, std::string_view property_code) {
+  return session.database.LookupText(
+      "owner.name", "owner inner join property on owner.code = property.ownercode",
+      "Where property.code = '" + std::string(property_code) + "'", "");
+}
+
+}  // namespace tenora
