@@ -22,6 +22,7 @@ class Database {
   Database(const Platform& platform, Settings& settings)
       : platform_(platform), settings_(settings) {}
 
+  // Where the settings say so and the file is there, on the server; else the program folder's own.
   void OpenDatabase();
   void CloseDatabase();
   bool IsOpen() const { return open_ != nullptr; }
@@ -37,20 +38,36 @@ class Database {
   void MoveNext(const RecordsetPtr& set);
   void DataClose(RecordsetPtr& set);
 
-  // "select FIELD as result from TABLE CLAUSE": the first row's value, or the default.
+  // "select FIELD as result from TABLE CLAUSE": the first row's value, or the default for a null or
+  // no row. A value that is no text or date raises 13.
   std::string LookupText(std::string_view field, std::string_view table, std::string_view clause,
                          std::string_view default_text);
   Date LookupDate(std::string_view field, std::string_view table, std::string_view clause,
                   Date default_date);
 
-  // Shows a failed database operation and appends it to the month's error log.
+  // Shows a failed database operation and appends it to the month's error log. Neither names the
+  // label: it tells a reader of the code which operation it was, and both texts are fixed.
   void DataErrorReport(std::string_view label, const RuntimeError& error);
 
   const Platform& platform() const { return platform_; }
 
  private:
+  // Runs one operation; an error is reported under its label.
+  template <typename Body>
+  void Reported(std::string_view label, Body&& body) {
+    try {
+      body();
+    } catch (...) {
+      DataErrorReport(label, CurrentError());
+    }
+  }
+
+  std::filesystem::path OwnDatabase() const;
+  std::filesystem::path StoredLocation();
   std::filesystem::path LocateDatabase();
   std::filesystem::path DecideDataFolder();
+  // The field's value in the first row, null when there is none.
+  Value Lookup(std::string_view field, std::string_view table, std::string_view clause);
 
   Platform platform_;
   Settings& settings_;

@@ -12,10 +12,12 @@ class Options {
  public:
   explicit Options(Database& database) : database_(database) {}
 
-  std::int16_t WhatPaysFirst();           // read anew at every call
+  // Read anew at every call; raises 13 (Type mismatch) when the field holds no number.
+  std::int16_t WhatPaysFirst();
   const std::string& RentGroup();         // kept after the first non-empty read
   const std::string& ExtraChargeCodes();  // "('xydhgus','WATER')", kept after the first read
-  // Fills the fields below from the first row of the options table; without a row they stay.
+  // Fills the fields below from the first row of the options table; without a row they stay. A
+  // field that cannot be read is shown and keeps its value; the others are read.
   void LoadOptions();
 
   bool SmtpSend = false;

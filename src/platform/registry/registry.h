@@ -1,5 +1,6 @@
-// Two hives of keys with typed values, kept in files: the machine-wide one and the per-user one.
-// Several processes may read and write at once; every read sees the file as it is on disk.
+// Two hives of keys with typed values, kept in files: the machine-wide one and the per-user one;
+// docs/settings.md describes places and format. Several processes may read and write at once; every
+// read sees the file as it is on disk.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +20,9 @@ enum class ValueType : std::uint32_t { kText = 1, kDword = 4 };
 inline constexpr int kSuccess = 0;
 inline constexpr int kFileNotFound = 2;
 inline constexpr int kAccessDenied = 5;
+inline constexpr int kSharingViolation = 32;  // another program holds the hive for too long
+inline constexpr int kInvalidParameter = 87;
+inline constexpr int kDiskFull = 112;
 inline constexpr int kDamaged = 1015;
 
 struct StoredValue {

@@ -1,0 +1,167 @@
+#include "data/database.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "data/error_log.h"
+#include "data/sql_text.h"
+#include "platform/dialogs/dialogs.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kSection = "Settings";
+constexpr const char* kDatabaseName = "property.mdb";
+constexpr const char* kLineBreak = "\r\n";
+// Errors of this source are deliberately not described: the engine has shown them itself.
+constexpr std::string_view kSilentSource = "Microsoft JET Database Engine";
+
+bool IsFile(const fs::path& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
+}
+
+// Tries it with a file of our own, "test.txt" unless that name is taken: a file of the user's is
+// neither changed nor deleted.
+bool CanWriteIn(const fs::path& folder) {
+  std::string name = (folder / "test.txt").string();
+  int fd = ::open(name.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (fd < 0 && errno == EEXIST) {
+    name = (folder / "test-XXXXXX").string();
+    fd = ::mkostemp(name.data(), O_APPEND | O_CLOEXEC);
+  }
+  if (fd < 0) return false;
+  ::close(fd);
+  return ::unlink(name.c_str()) == 0;
+}
+
+// The folder a stored database path names: every "/property.mdb" is taken out, and what is then
+// empty is the root.
+fs::path FolderOf(const fs::path& database) {
+  const std::string folder =
+      ReplaceAllNoCase(database.string(), std::string("/").append(kDatabaseName), "");
+  return folder.empty() ? fs::path("/") : fs::path(folder);
+}
+
+}  // namespace
+
+void Database::OpenDatabase() {
+  Reported("Start ADO", [&] { open_ = platform_.workspace.OpenDatabase(LocateDatabase()); });
+}
+
+void Database::CloseDatabase() { open_.reset(); }
+
+fs::path Database::OwnDatabase() const { return platform_.program_folder / kDatabaseName; }
+
+fs::path Database::StoredLocation() {
+  return NativePath(settings_.GetSettingText(kSection, "DatabaseLocation", OwnDatabase().string()));
+}
+
+fs::path Database::LocateDatabase() {
+  const std::int32_t networkable = ToInt32(settings_.GetSettingText(kSection, "Networkable", "0"));
+  if (networkable == 0) return OwnDatabase();
+  const fs::path stored = StoredLocation();
+  if (IsFile(stored)) return stored;
+  platform_.dialogs.Say(std::string("Unable to access ")
+                            .append(kLineBreak)
+                            .append(stored.string())
+                            .append(kLineBreak)
+                            .append("Reverting back to ")
+                            .append(kLineBreak)
+                            .append(OwnDatabase().string()));
+  return OwnDatabase();
+}
+
+fs::path Database::DataFolder() {
+  if (data_folder_.empty()) data_folder_ = DecideDataFolder();
+  return data_folder_;
+}
+
+// Whatever goes wrong here only decides for the program folder.
+fs::path Database::DecideDataFolder() {
+  try {
+    if (ToDouble(settings_.GetSettingText(kSection, "Networkable", "0")) == 0) {
+      return platform_.program_folder;
+    }
+    const fs::path stored = StoredLocation();
+    if (!IsFile(stored)) return platform_.program_folder;
+    const fs::path candidate = FolderOf(stored);
+    if (CanWriteIn(candidate)) return candidate;
+    if (!command_mode_) {
+      platform_.dialogs.Say(
+          "We are unable to save files onto the server computer.  Files will be saved locally.");
+    }
+  } catch (const RuntimeError&) {
+  }
+  return platform_.program_folder;
+}
+
+void Database::CreateSet(RecordsetPtr& set, std::string_view sql, int type, int options) {
+  Reported("Data Create Set", [&] {
+    if (!open_) throw StandardError(error_number::kObjectNotSet);
+    set = open_->OpenRecordset(FixSQL(sql), type, options);
+  });
+}
+
+// A set that cannot tell counts as ended, so that no loop over it runs on.
+bool Database::DataEOF(const RecordsetPtr& set) {
+  bool ended = true;
+  if (set) Reported("Data EOF", [&] { ended = set->EndOfFile(); });
+  return ended;
+}
+
+bool Database::DataIsEmpty(const RecordsetPtr& set) {
+  bool empty = true;
+  if (set) Reported("Data Is Empty", [&] { empty = set->EndOfFile() && set->BeginningOfFile(); });
+  return empty;
+}
+
+void Database::MoveNext(const RecordsetPtr& set) {
+  if (set) Reported("Move Next", [&] { set->MoveNext(); });
+}
+
+void Database::DataClose(RecordsetPtr& set) {
+  if (set) Reported("Data Close", [&] { set->Close(); });
+  set.reset();
+}
+
+Value Database::Lookup(std::string_view field, std::string_view table, std::string_view clause) {
+  std::string sql("select ");
+  sql.append(field).append(" as result from ").append(table).append(" ").append(clause);
+  RecordsetPtr set;
+  CreateSet(set, sql, query::kForwardOnly, query::kReadOnly);
+  if (DataIsEmpty(set)) return Null{};
+  return set->Field("result");
+}
+
+std::string Database::LookupText(std::string_view field, std::string_view table,
+                                 std::string_view clause, std::string_view default_text) {
+  return ToText(NullTo(Lookup(field, table, clause), std::string(default_text)));
+}
+
+Date Database::LookupDate(std::string_view field, std::string_view table, std::string_view clause,
+                          Date default_date) {
+  return ToDate(NullTo(Lookup(field, table, clause), default_date));
+}
+
+void Database::DataErrorReport(std::string_view /*label*/, const RuntimeError& error) {
+  std::string message;
+  if (error.number() != 0 && error.source() != kSilentSource) {
+    const std::string gap = std::string(kLineBreak).append(kLineBreak);
+    message = open_ ? open_->Name() : std::string();
+    message.append(gap).append("General Errors...").append(gap);
+    message.append(ErrorText(error)).append(gap);
+  }
+  platform_.dialogs.Say(message);
+  AppendToErrorLog(platform_.program_folder, platform_.clock.Now(), message);
+}
+
+}  // namespace tenora

@@ -1,0 +1,28 @@
+#include "data/error_log.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "platform/runtime/format.h"
+
+namespace tenora {
+
+void AppendToErrorLog(const std::filesystem::path& program_folder, Date now,
+                      std::string_view message) {
+  std::error_code ignored;
+  std::filesystem::create_directories(program_folder, ignored);
+  const std::string name = std::string("err").append(FormatDate(now, "MMMYY")).append(".log");
+  std::string line = FormatDate(now, "DD/MM/YY hh:nn:ss");
+  line.append(" ").append(message).append("\r\n");
+  const int fd = ::open((program_folder / name).c_str(),
+                        O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
+  if (fd < 0) return;
+  if (::write(fd, line.data(), line.size()) < 0) {
+    // Ignored like every failure here.
+  }
+  ::close(fd);
+}
+
+}  // namespace tenora

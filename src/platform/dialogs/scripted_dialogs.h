@@ -1,0 +1,68 @@
+// The stand-in for a person: keeps every box it is shown and answers from a script.
+#pragma once
+
+#include <deque>
+#include <stdexcept>
+#include <variant>
+
+#include "platform/dialogs/dialogs.h"
+
+namespace tenora {
+
+// A question came for which the script has no answer, or one of another kind.
+class UnexpectedQuestion : public std::logic_error {
+ public:
+  using std::logic_error::logic_error;
+};
+
+struct ShownBox {
+  enum class Kind { kMessage, kText, kChoice };
+  Kind kind = Kind::kMessage;
+  std::string text = {};  // the message or the prompt; empty for a chooser
+  std::string title = {};
+  Buttons buttons = Buttons::kOk;
+  Icon icon = Icon::kNone;
+  std::string default_answer = {};      // of an input box
+  std::vector<std::string> items = {};  // of a chooser
+  std::size_t default_item = 0;
+};
+
+class ScriptedDialogs : public Dialogs {
+ public:
+  // Each appends one answer; questions take them in this order. An OK-only box is no question.
+  ScriptedDialogs& WillPress(Answer answer);
+  ScriptedDialogs& WillType(std::string text);
+  ScriptedDialogs& WillChoose(std::size_t position);
+  ScriptedDialogs& WillCancel();
+
+  // All raise UnexpectedQuestion where the script does not fit. The procedure asked may trap that
+  // error as any other, so it is kept in `unexpected` as well.
+  Answer Show(const MessageBox& box) override;
+  std::optional<std::string> AskText(const std::string& prompt, const std::string& title,
+                                     const std::string& default_answer) override;
+  std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
+                                    std::size_t default_item) override;
+
+  const std::vector<ShownBox>& shown() const { return shown_; }
+  // The texts of all boxes, in order.
+  std::vector<std::string> Texts() const;
+  const std::vector<std::string>& unexpected() const { return unexpected_; }
+  std::size_t answers_left() const { return answers_.size(); }
+  void ForgetShown() { shown_.clear(); }
+
+ private:
+  struct Cancel {};
+  struct Position {
+    std::size_t value;
+  };
+  using Scripted = std::variant<Cancel, Answer, std::string, Position>;
+
+  Scripted NextAnswer(const std::string& question);
+  [[noreturn]] void Refuse(const std::string& question, const char* why);
+
+  std::deque<Scripted> answers_;
+  std::vector<ShownBox> shown_;
+  std::vector<std::string> unexpected_;
+};
+
+}  // namespace tenora

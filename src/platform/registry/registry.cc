@@ -1,0 +1,149 @@
+#include "platform/registry/registry.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <optional>
+#include <utility>
+
+#include "platform/registry/hive_file.h"
+#include "platform/registry/hive_lock.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::registry {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kMachineFolder = "/etc/tenora";
+constexpr const char* kMachineFile = "machine.settings";
+constexpr const char* kUserFile = "user.settings";
+// Far beyond any settings file; a larger one is something else that took its name.
+constexpr std::uintmax_t kLargestFile = 16 * 1024 * 1024;
+
+int StatusOf(const RuntimeError& error) {
+  switch (error.number()) {
+    case error_number::kFileNotFound:
+      return kFileNotFound;
+    case error_number::kDiskFull:
+      return kDiskFull;
+    default:
+      return kAccessDenied;
+  }
+}
+
+// A missing file is an empty hive.
+int Load(const fs::path& path, HiveFile& hive) {
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (status.type() == fs::file_type::not_found) return kSuccess;
+  if (error) return kAccessDenied;
+  if (!fs::is_regular_file(status)) return kDamaged;
+  const std::uintmax_t size = fs::file_size(path, error);
+  if (!error && size > kLargestFile) return kDamaged;
+  try {
+    std::optional<HiveFile> parsed = HiveFile::Parse(ReadWholeFile(path));
+    if (!parsed) return kDamaged;
+    hive = *std::move(parsed);
+    return kSuccess;
+  } catch (const RuntimeError& failure) {
+    // Removed since it was looked at: an empty hive after all.
+    const int code = StatusOf(failure);
+    return code == kFileNotFound ? kSuccess : code;
+  }
+}
+
+fs::path HomeFolder() {
+  if (const char* home = std::getenv("HOME"); home != nullptr && *home == '/') return home;
+  const passwd* entry = ::getpwuid(::getuid());
+  return entry != nullptr && entry->pw_dir != nullptr ? entry->pw_dir : "/";
+}
+
+fs::path UserFolder() {
+  const char* configured = std::getenv("XDG_CONFIG_HOME");
+  // A relative path counts as unset.
+  const bool usable = configured != nullptr && *configured == '/';
+  return (usable ? fs::path(configured) : HomeFolder() / ".config") / "tenora";
+}
+
+class FileRegistry : public Registry {
+ public:
+  FileRegistry(fs::path machine_file, fs::path user_file)
+      : machine_file_(std::move(machine_file)), user_file_(std::move(user_file)) {}
+
+  int Query(Hive hive, std::string_view key, std::string_view name,
+            StoredValue& value) const override {
+    HiveFile contents;
+    const int status = Load(FileOf(hive), contents);
+    if (status != kSuccess) return status;
+    const StoredValue* found = contents.Find(key, name);
+    if (found == nullptr) return kFileNotFound;
+    value = *found;
+    return kSuccess;
+  }
+
+  int Set(Hive hive, std::string_view key, std::string_view name,
+          const StoredValue& value) override {
+    if (key.empty()) return kInvalidParameter;
+    if (value.type == ValueType::kDword && value.bytes.size() != 4) return kInvalidParameter;
+    const fs::path path = FileOf(hive);
+    std::error_code error;
+    fs::create_directories(path.parent_path(), error);
+    // Looked at before the lock is taken, so that a user without rights never waits for one.
+    if (::access(path.parent_path().c_str(), W_OK) != 0) return kAccessDenied;
+    const HiveLock lock(path);
+    if (lock.status() != kSuccess) return lock.status();
+    HiveFile contents;
+    const int status = Load(path, contents);
+    if (status != kSuccess) return status;
+    contents.Set(key, name, value);
+    return Replace(hive, path, contents);
+  }
+
+  fs::path FileOf(Hive hive) const override {
+    return hive == Hive::kLocalMachine ? machine_file_ : user_file_;
+  }
+
+ private:
+  // Replaces the file behind a link rather than the link, and keeps who may read it. A new
+  // machine-wide file can be read by everyone, whatever the first writer's umask.
+  static int Replace(Hive hive, const fs::path& path, const HiveFile& contents) {
+    std::error_code error;
+    const fs::path target = fs::weakly_canonical(path, error);
+    if (error) return kAccessDenied;
+    const fs::file_status old = fs::status(target, error);
+    try {
+      WriteWholeFile(target, contents.Text());
+    } catch (const RuntimeError& failure) {
+      return StatusOf(failure);
+    }
+    if (fs::is_regular_file(old)) {
+      fs::permissions(target, old.permissions(), error);
+    } else if (hive == Hive::kLocalMachine) {
+      fs::permissions(target, fs::perms::group_read | fs::perms::others_read, fs::perm_options::add,
+                      error);
+    }
+    return kSuccess;
+  }
+
+  fs::path machine_file_;
+  fs::path user_file_;
+};
+
+}  // namespace
+
+std::unique_ptr<Registry> Registry::Open(const fs::path& machine_folder,
+                                         const fs::path& user_folder) {
+  return std::make_unique<FileRegistry>(machine_folder / kMachineFile, user_folder / kUserFile);
+}
+
+std::unique_ptr<Registry> Registry::FromEnvironment() {
+  const char* both = std::getenv("TENORA_SETTINGS");
+  if (both != nullptr && *both != '\0') return Open(both, both);
+  return Open(kMachineFolder, UserFolder());
+}
+
+}  // namespace tenora::registry

@@ -1,0 +1,249 @@
+#include "data/database.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "data/fake_engine.h"
+#include "platform/runtime/conversion.h"
+#include "support/fake_platform.h"
+
+namespace tenora {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class DatabaseTest : public testing::Test {
+ protected:
+  void StoreLocation(const std::string& networkable, const std::string& location) {
+    settings_.SaveSettingText("Settings", "Networkable", networkable);
+    settings_.SaveSettingText("Settings", "DatabaseLocation", location);
+  }
+  std::filesystem::path MakeServer(const char* file = "property.mdb") {
+    std::filesystem::create_directories(server_);
+    WriteWholeFile(server_ / file, "x");
+    return server_ / file;
+  }
+  std::string Own() const { return (platform_.ProgramFolder() / "property.mdb").string(); }
+  std::string Log() const { return ReadWholeFile(platform_.ProgramFolder() / "errNov26.log"); }
+  std::string Described(const std::string& name, const std::string& error) const {
+    return name + "\r\n\r\nGeneral Errors...\r\n\r\n" + error + "\r\n\r\n";
+  }
+
+  test::FakeScript script_;
+  test::FakePlatform platform_{std::make_unique<test::FakeWorkspace>(script_)};
+  std::filesystem::path server_ = platform_.folder / "server";
+  Settings settings_{platform_.Parts()};
+  Database database_{platform_.Parts(), settings_};
+};
+
+constexpr const char* kCannotSave =
+    "We are unable to save files onto the server computer.  Files will be saved locally.";
+
+TEST_F(DatabaseTest, OpensTheProgramFoldersFileUnlessNetworked) {
+  StoreLocation("0", MakeServer());
+  database_.OpenDatabase();
+  EXPECT_THAT(script_.opened, ElementsAre(Own()));
+  EXPECT_TRUE(database_.IsOpen());
+  EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
+  database_.CloseDatabase();
+  EXPECT_FALSE(database_.IsOpen());
+}
+
+TEST_F(DatabaseTest, OpensTheServersFileAlsoWhenStoredWithBackslashes) {
+  StoreLocation("1", ReplaceAll(MakeServer(), "/", "\\"));
+  database_.OpenDatabase();
+  EXPECT_THAT(script_.opened, ElementsAre((server_ / "property.mdb").string()));
+  EXPECT_EQ(database_.DataFolder(), server_);
+  EXPECT_THAT(platform_.dialogs.Texts(), IsEmpty());
+  EXPECT_FALSE(std::filesystem::exists(server_ / "test.txt"));
+}
+
+TEST_F(DatabaseTest, RevertsToTheProgramFolderWithOneMessageWhenTheServersFileIsMissing) {
+  const std::string missing = (server_ / "property.mdb").string();
+  StoreLocation("1", missing);
+  database_.OpenDatabase();
+  EXPECT_THAT(script_.opened, ElementsAre(Own()));
+  EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
+  EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre("Unable to access \r\n" + missing +
+                                                     "\r\nReverting back to \r\n" + Own()));
+}
+
+TEST_F(DatabaseTest, ReportsANonNumericNetworkableUnderStartAdo) {
+  StoreLocation("yes", MakeServer());
+  database_.OpenDatabase();
+  EXPECT_FALSE(database_.IsOpen());
+  EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre(Described("", "13 - Type mismatch")));
+  EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());  // and no second message
+  EXPECT_EQ(platform_.dialogs.shown().size(), 1u);
+}
+
+TEST_F(DatabaseTest, ReportsWhatTheEngineRaisesWhileOpening) {
+  script_.open_error = RuntimeError(3024, "Could not find file 'x'.", "DAO.Workspace");
+  database_.OpenDatabase();
+  EXPECT_FALSE(database_.IsOpen());
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre(Described("", "3024 - Could not find file 'x'.")));
+  EXPECT_EQ(platform_.dialogs.shown()[0].title, "Tenora Mail Merge Facility");
+}
+
+TEST_F(DatabaseTest, DecidesTheDataFolderOnce) {
+  StoreLocation("1", MakeServer());
+  EXPECT_EQ(database_.DataFolder(), server_);
+  StoreLocation("0", "");
+  EXPECT_EQ(database_.DataFolder(), server_);
+}
+
+TEST_F(DatabaseTest, TakesEveryOccurrenceOfTheFileNameOutOfTheFolder) {
+  server_ = platform_.folder / "a/Property.mdb/b";
+  MakeServer("PROPERTY.MDB");
+  std::filesystem::create_directories(platform_.folder / "a/b");
+  StoreLocation("2", server_ / "PROPERTY.MDB");
+  EXPECT_EQ(database_.DataFolder(), platform_.folder / "a/b");
+}
+
+TEST_F(DatabaseTest, SavesLocallyWhenTheServersFolderTakesNoFiles) {
+  // A database under another name leaves its whole path as the folder, which is none.
+  StoreLocation("1", MakeServer("other.mdb"));
+  EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
+  EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
+  EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre(kCannotSave));
+
+  Database in_command_mode(platform_.Parts(), settings_);
+  in_command_mode.SetCommandMode();
+  EXPECT_EQ(in_command_mode.DataFolder(), platform_.ProgramFolder());
+  EXPECT_EQ(platform_.dialogs.shown().size(), 1u);
+}
+
+TEST_F(DatabaseTest, OpensFromAReadOnlyFolderButSavesLocally) {
+  if (::geteuid() == 0) GTEST_SKIP() << "the superuser can write everywhere";
+  StoreLocation("1", MakeServer());
+  std::filesystem::permissions(
+      server_, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  database_.OpenDatabase();
+  EXPECT_THAT(script_.opened, ElementsAre((server_ / "property.mdb").string()));
+  EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
+  EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre(kCannotSave));
+  std::filesystem::permissions(server_, std::filesystem::perms::owner_all);
+}
+
+TEST_F(DatabaseTest, KeepsAUsersTestFileWhenItTriesTheFolder) {
+  StoreLocation("1", MakeServer());
+  WriteWholeFile(server_ / "test.txt", "somebody's notes");
+  EXPECT_EQ(database_.DataFolder(), server_);
+  EXPECT_EQ(ReadWholeFile(server_ / "test.txt"), "somebody's notes");
+  int files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(server_)) files += entry.exists();
+  EXPECT_EQ(files, 2);
+}
+
+TEST_F(DatabaseTest, ReadsRowsThroughRepairedStatements) {
+  script_.results["select * from tenancy where name='O''Brien' and closed_yn=0"] = {
+      .fields = {"code"}, .rows = {{std::string("T1")}, {std::string("T2")}}};
+  database_.OpenDatabase();
+  RecordsetPtr set;
+  database_.CreateSet(set, "select * from tenancy where name='O'Brien' and closed_yn=false",
+                      query::kForwardOnly, query::kReadOnly);
+  EXPECT_EQ(script_.last_type, 8);
+  EXPECT_EQ(script_.last_options, 4);
+  std::string codes;
+  EXPECT_FALSE(database_.DataIsEmpty(set));
+  for (; !database_.DataEOF(set); database_.MoveNext(set)) codes += TextOf(set->Field("code"));
+  EXPECT_EQ(codes, "T1T2");
+  EXPECT_FALSE(database_.DataIsEmpty(set));
+  database_.DataClose(set);
+  EXPECT_FALSE(set);
+  EXPECT_EQ(script_.closed_sets, 1);
+  EXPECT_THAT(platform_.dialogs.Texts(), IsEmpty());
+}
+
+TEST_F(DatabaseTest, TakesAnEmptyHandleAsAnEmptySet) {
+  RecordsetPtr none;
+  EXPECT_TRUE(database_.DataEOF(none));
+  EXPECT_TRUE(database_.DataIsEmpty(none));
+  database_.MoveNext(none);
+  database_.DataClose(none);
+  EXPECT_THAT(platform_.dialogs.Texts(), IsEmpty());
+}
+
+TEST_F(DatabaseTest, ReportsEachFailureOnceAndLeavesTheCallerAnEmptyResult) {
+  const RuntimeError broken(3167, "Record is deleted.", "DAO.Recordset");
+  script_.results["broken"] = {.fields = {"a"},
+                               .rows = {{Null{}}},
+                               .move_error = broken,
+                               .close_error = broken,
+                               .end_error = broken};
+  RecordsetPtr set;
+  database_.CreateSet(set, "broken", query::kForwardOnly, query::kReadOnly);
+  EXPECT_FALSE(set);
+  database_.OpenDatabase();
+  database_.CreateSet(set, "missing", query::kForwardOnly, query::kReadOnly);
+  EXPECT_FALSE(set);
+  database_.CreateSet(set, "broken", query::kForwardOnly, query::kReadOnly);
+  ASSERT_TRUE(set);
+  EXPECT_TRUE(database_.DataEOF(set));
+  EXPECT_TRUE(database_.DataIsEmpty(set));
+  database_.MoveNext(set);
+  database_.DataClose(set);
+  EXPECT_FALSE(set);
+  const std::string deleted = Described(Own(), "3167 - Record is deleted.");
+  EXPECT_THAT(
+      platform_.dialogs.Texts(),
+      ElementsAre(Described("", "91 - Object variable or With block variable not set"),
+                  Described(Own(), "3078 - no such table"), deleted, deleted, deleted, deleted));
+}
+
+TEST_F(DatabaseTest, LooksUpTheFirstRowsValueOrTheDefault) {
+  const struct {
+    test::FakeResult result;
+    std::string text;
+  } cases[] = {
+      {{.fields = {"result"}, .rows = {{std::string("T1")}, {std::string("T2")}}}, "T1"},
+      {{.fields = {"result"}, .rows = {{12.5}}}, "12.5"},
+      {{.fields = {"result"}, .rows = {{std::string()}}}, ""},
+      {{.fields = {"result"}, .rows = {{Null{}}}}, "none"},
+      {{.fields = {"result"}}, "none"},
+      {{.open_error = RuntimeError(3061, "Too few parameters.", "DAO.Database")}, "none"},
+  };
+  database_.OpenDatabase();
+  const std::string sql = "select tenant_code as result from revenues where recordnumber=7";
+  for (const auto& c : cases) {
+    script_.results[sql] = c.result;
+    EXPECT_EQ(database_.LookupText("tenant_code", "revenues", "where recordnumber=7", "none"),
+              c.text);
+  }
+  EXPECT_EQ(platform_.dialogs.shown().size(), 1u);
+
+  const Date day = Date::FromCalendar(2026, 11, 15), fallback = Date::FromCalendar(2000, 1, 1);
+  const auto look_up = [&](Value value) {
+    script_.results[sql] = {.fields = {"result"}, .rows = {{value}}};
+    return database_.LookupDate("tenant_code", "revenues", "where recordnumber=7", fallback);
+  };
+  EXPECT_EQ(look_up(day), day);
+  EXPECT_EQ(look_up(std::string("15/11/2026")), day);
+  EXPECT_EQ(look_up(Null{}), fallback);
+  EXPECT_THROW(look_up(std::string("soon")), RuntimeError);
+}
+
+TEST_F(DatabaseTest, AppendsEveryReportToTheMonthsLog) {
+  database_.OpenDatabase();
+  database_.DataErrorReport("Execute SQL", RuntimeError(3075, "Syntax error", "DAO.Database"));
+  // This one source is not described: box and line stay empty.
+  database_.DataErrorReport("Execute SQL",
+                            RuntimeError(3075, "x", "Microsoft JET Database Engine"));
+  database_.DataErrorReport("Execute SQL", RuntimeError(0, "", "DAO.Database"));
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre(Described(Own(), "3075 - Syntax error"), "", ""));
+  EXPECT_EQ(Log(), "21/11/26 09:30:00 " + Described(Own(), "3075 - Syntax error") +
+                       "\r\n21/11/26 09:30:00 \r\n21/11/26 09:30:00 \r\n");
+}
+
+TEST_F(DatabaseTest, ReportsOnEvenWhenTheLogCannotBeWritten) {
+  std::filesystem::create_directory(platform_.ProgramFolder() / "errNov26.log");
+  database_.DataErrorReport("Execute SQL", RuntimeError(3075, "Syntax error", "DAO.Database"));
+  EXPECT_EQ(platform_.dialogs.shown().size(), 1u);
+}
+
+}  // namespace
+}  // namespace tenora
