@@ -145,7 +145,7 @@ inline constexpr std::uint8_t kIndexAscending = 0x01;
 inline constexpr std::uint8_t kIndexUnique = 0x01;
 inline constexpr std::uint8_t kLogicalPrimary = 0x01;
 
-inline constexpr std::uint16_t kRowDeleted = 0x8000;
+inline constexpr std::uint16_t kRowHidden = 0x8000;
 inline constexpr std::uint16_t kRowOverflow = 0x4000;
 inline constexpr std::uint16_t kRowOffset = 0x1FFF;
 

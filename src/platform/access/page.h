@@ -10,9 +10,9 @@
 //      …free space…
 //      last row … row 1, row 0                             <- ends at the end of the page
 //
-// A row ends where the row before it starts. The top bits of its offset say that it is deleted, or
-// that only a pointer to a row on another page is left here (an overflow row). The row pointed to
-// carries the deleted bit too, so that a walk over its own page passes it by.
+// A row ends where the row before it starts. The top bits of its offset are flags: 8000 the row is
+// not to be met on a walk over its page, 4000 only a pointer to a row on another page is left at
+// its start (an overflow row). The row pointed to has 8000, a deleted one has both.
 #pragma once
 
 #include <array>
@@ -60,8 +60,8 @@ class DataPage {
  public:
   struct Slot {
     Bytes bytes;
-    bool deleted = false;
-    bool overflow = false;
+    bool hidden = false;    // from a walk over the page
+    bool overflow = false;  // with `hidden`: deleted
   };
 
   // Raises Damage when the page is no data page or its offset table runs out of it.
@@ -77,7 +77,7 @@ class DataPage {
         row == 0 ? page_->size
                  : static_cast<std::size_t>(Load16(offsets_ + 2 * row - 2) & kRowOffset);
     if (start < first_row_ || start > end || end > page_->size) throw Outside(row);
-    return {Bytes(page_->bytes).subspan(start, end - start), (entry & kRowDeleted) != 0,
+    return {Bytes(page_->bytes).subspan(start, end - start), (entry & kRowHidden) != 0,
             (entry & kRowOverflow) != 0};
   }
 

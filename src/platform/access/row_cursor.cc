@@ -147,7 +147,7 @@ class TableCursor final : public RowCursor {
     for (;;) {
       while (slot_ < slots_) {
         const DataPage::Slot slot = DataPage(table_->file->layout(), page_).Row(slot_++);
-        if (slot.deleted) continue;
+        if (slot.hidden) continue;
         row_page_ = &page_;
         SetRow(slot.overflow ? FollowOverflow(slot.bytes) : slot.bytes);
         return true;
@@ -189,6 +189,7 @@ class TableCursor final : public RowCursor {
       row_page_ = &overflow_page_;
       const DataPage::Slot slot = data.Row(target.row);
       if (!slot.overflow) return slot.bytes;
+      if (slot.hidden) throw Damage(target.page, "an overflow row is deleted");
       pointer = slot.bytes;
     }
     throw Damage(row_page_->number, "an overflow row runs in a circle");

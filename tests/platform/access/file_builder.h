@@ -1,0 +1,105 @@
+// Builds small Access-format files byte by byte, for what the sample database does not have: Jet 3
+// and ACE, every column type, overflow rows, long values, deleted rows and columns, and damage. It
+// knows the format on its own and shares nothing with the reader.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace tenora::test {
+
+// A number as the file keeps it, low byte first.
+template <typename T>
+std::string Stored(T number) {
+  std::string bytes(sizeof number, '\0');
+  std::memcpy(bytes.data(), &number, sizeof number);
+  return bytes;
+}
+inline std::string Stored16(unsigned number) { return Stored(static_cast<std::uint16_t>(number)); }
+inline std::string Stored32(std::uint32_t number) { return Stored(number); }
+std::string Utf16(std::u16string_view text);
+// A pointer to a row of a page.
+std::string Pointer(std::uint32_t page, std::uint8_t row);
+// The twelve bytes of a long value; `kind` is 0x80000000 inline, 0x40000000 single, 0 a chain.
+std::string LongValueHead(std::uint32_t kind, std::size_t length, const std::string& pointer);
+
+struct BuiltColumn {
+  std::string name;
+  int type;
+  unsigned number;  // in the null mask
+  bool fixed;
+  unsigned place;  // offset of a fixed column, index of a variable one
+  unsigned length = 0;
+  unsigned flags = 0x02;
+  unsigned precision = 0, scale = 0;
+};
+
+struct BuiltIndex {
+  std::string name;
+  std::vector<std::pair<unsigned, bool>> columns;  // number, descending
+  bool unique = false, primary = false;
+};
+
+struct BuiltTable {
+  std::vector<BuiltColumn> columns;
+  unsigned max_columns = 0, variable_columns = 0;  // deleted ones included
+  std::vector<std::uint32_t> data_pages;
+  std::uint32_t row_count = 0;
+  std::vector<BuiltIndex> indexes;
+  bool indirect_map = false;
+};
+
+struct BuiltRow {
+  std::string bytes;
+  unsigned flags = 0;  // 0x8000 deleted, 0x4000 overflow
+};
+
+class FileBuilder {
+ public:
+  // Versions as in the file: 0 Jet 3, 1 Jet 4, 2 to 6 ACE.
+  explicit FileBuilder(int version, unsigned code_page = 1252);
+
+  bool jet3() const { return version_ == 0; }
+  std::size_t page_size() const { return jet3() ? 2048 : 4096; }
+
+  // The number of a new page, all zero.
+  std::uint32_t NewPage();
+  void SetPage(std::uint32_t page, const std::string& bytes);
+  // Text as a text column of this version stores it, uncompressed; Jet 3 takes the bytes.
+  std::string Text(const std::string& ascii) const;
+  // `present` has a bit for each column the row knows; a boolean's is its value.
+
+  std::string Row(const std::vector<bool>& present, const std::string& fixed,
+                  const std::vector<std::string>& variable) const;
+  // A row of a table that never had a variable column.
+  std::string FixedRow(const std::vector<bool>& present, const std::string& fixed) const;
+  void PutRows(std::uint32_t page, std::uint32_t owner, const std::vector<BuiltRow>& rows);
+  void PutLongValues(std::uint32_t page, const std::vector<std::string>& rows);
+  // The definition on `page` and as many further ones as it needs.
+  void PutDefinition(std::uint32_t page, const BuiltTable& table);
+  void AddToCatalogue(const std::string& name, std::uint32_t definition, int type = 1,
+                      std::uint32_t flags = 0);
+  // A password, or the key of an encoded file, in the header.
+  void SetHeader(std::size_t offset, const std::string& clear_bytes);
+
+  // The whole file; the builder is used up.
+  std::string Finish();
+
+ private:
+  std::string Count(std::size_t number) const;  // as wide as a row keeps it
+  std::string Name(const std::string& name) const;
+  std::string Pages(const std::vector<std::uint32_t>& pages, bool indirect);
+  std::string ColumnRecord(const BuiltColumn& column) const;
+  std::string IndexRecords(const BuiltTable& table) const;
+  std::string Header() const;
+
+  int version_;
+  std::string clear_header_;
+  std::vector<std::string> pages_;
+  std::vector<BuiltRow> maps_;  // on page 3
+  std::vector<BuiltRow> catalogue_;
+};
+
+}  // namespace tenora::test

@@ -1,0 +1,299 @@
+// Files that are damaged, locked, cut short or no databases at all.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <functional>
+#include <random>
+
+#include "platform/access/file_builder.h"
+#include "platform/access/memory_file.h"
+#include "platform/access/read_everything.h"
+#include "platform/access/showcase.h"
+#include "platform/runtime/files.h"
+#include "support/test_files.h"
+
+namespace tenora::access {
+namespace {
+
+using test::BuiltTable;
+using test::FileBuilder;
+using test::Pointer;
+using test::Stored16;
+using test::Stored32;
+using testing::HasSubstr;
+
+constexpr std::size_t kMostRows = 100000;
+
+std::vector<std::byte> BytesOf(const std::string& file) {
+  const auto* bytes = reinterpret_cast<const std::byte*>(file.data());
+  return {bytes, bytes + file.size()};
+}
+
+// Opens and reads all; the first error, "" without one. Any other exception is a fault.
+std::string ErrorOf(const std::string& file) {
+  try {
+    return test::ReadEverything(*OpenBytes(BytesOf(file), "bad.mdb"), kMostRows).first_error;
+  } catch (const RuntimeError& error) {
+    return ErrorText(error);
+  }
+}
+
+std::string OpenErrorOf(const std::filesystem::path& path) {
+  try {
+    DatabaseFile::Open(path);
+    return "";
+  } catch (const RuntimeError& error) {
+    return ErrorText(error);
+  }
+}
+
+TEST(OpeningADatabase, SaysWhatIsWrongWithThePath) {
+  const test::ScratchFolder scratch;
+  const std::string folder = scratch.path().string();
+  EXPECT_EQ(OpenErrorOf(scratch / "none.mdb"),
+            "3024 - Could not find file '" + folder + "/none.mdb'.");
+  EXPECT_EQ(OpenErrorOf(scratch.path()),
+            "3343 - Unrecognized database format '" + folder + "'. It is a folder.");
+  WriteWholeFile(scratch / "empty.mdb", "");
+  EXPECT_THAT(OpenErrorOf(scratch / "empty.mdb"), HasSubstr("zero bytes"));
+  EXPECT_THAT(OpenErrorOf(scratch / "empty.mdb" / "x.mdb"), HasSubstr("3024 - "));
+  EXPECT_THAT(OpenErrorOf("/dev/null"), HasSubstr("3343 - "));
+  WriteWholeFile(scratch / "secret.mdb", test::Showcase(1));
+  std::filesystem::permissions(scratch / "secret.mdb", std::filesystem::perms::none);
+  if (::geteuid() != 0) {
+    EXPECT_THAT(OpenErrorOf(scratch / "secret.mdb"), HasSubstr("3051 - "));
+  }
+}
+
+TEST(OpeningADatabase, RefusesWhatIsNoneThatIsRead) {
+  const std::string good = test::Showcase(1), ace = test::Showcase(4);
+  const auto with = [](std::string file, std::size_t at, const std::string& bytes) {
+    return file.replace(at, bytes.size(), bytes);
+  };
+  const auto locked = [](int version, std::size_t at, const std::string& clear) {
+    FileBuilder builder(version);
+    builder.SetHeader(at, clear);
+    return builder.Finish();
+  };
+  struct Case {
+    const char* what;
+    std::string file;
+    const char* error;
+  };
+  const std::vector<Case> cases{
+      {"text", "Dear tenant,\n" + std::string(9000, 'x'), "3343 - "},
+      {"another maker's file", with(good, 4, "MSISAM Database"), "3343 - "},
+      {"header only in part", good.substr(0, 100), "truncated at byte 100"},
+      {"cut within a page", good.substr(0, good.size() - 1), "truncated at byte "},
+      {"cut behind the header", good.substr(0, 4096), "page 2: the page lies behind the end"},
+      {"unknown version", with(ace, 0x14, "\x07"), "version 7 is not known"},
+      {"Jet with a version of ACE", with(good, 0x14, "\x02"), "version 2 is not known"},
+      {"Jet 3 password", locked(0, 0x42, "secret"), "3031 - Not a valid password. "},
+      {"Jet 4 password", locked(1, 0x42, "s"), "3031 - Not a valid password. "},
+      {"Jet 4 encoded", locked(1, 0x3E, "key!"), "encoded or encrypted"},
+      {"ACE encrypted", locked(5, 0x3E, "key!"), "encoded or encrypted"},
+      {"unknown code page", FileBuilder(0, 4711).Finish(), "code page 4711 is not known"},
+      {"catalogue's page is none", with(good, 2 * 4096, "\x01"), "table 'MSysObjects', page 2: "},
+  };
+  for (const Case& c : cases) {
+    const std::string error = ErrorOf(c.file);
+    EXPECT_THAT(error, HasSubstr(c.error)) << c.what;
+    EXPECT_THAT(error, HasSubstr("'bad.mdb'")) << c.what;
+  }
+}
+
+// A table of one long and one memo column on known pages, for damage to be put into.
+struct Victim {
+  FileBuilder builder{1};
+  std::uint32_t definition = builder.NewPage(), data = builder.NewPage(),
+                values = builder.NewPage();
+
+  std::string Row(const std::string& memo) const {
+    return builder.Row({true, true}, Stored32(1), {memo});
+  }
+  std::string Memo(std::uint32_t kind, std::size_t length, std::uint8_t row) const {
+    return Row(test::LongValueHead(kind, length, Pointer(values, row)));
+  }
+  std::string Finish() {
+    BuiltTable table;
+    table.columns = {{"id", 4, 0, true, 0, 4}, {"memo", 12, 1, false, 0}};
+    table.max_columns = 2;
+    table.variable_columns = 1;
+    table.data_pages = {data};
+    builder.PutDefinition(definition, table);
+    builder.AddToCatalogue("victim", definition);
+    return builder.Finish();
+  }
+};
+
+std::string ErrorOfRow(const std::function<std::string(Victim&)>& row, unsigned flags = 0) {
+  Victim victim;
+  victim.builder.PutRows(victim.data, victim.definition, {{row(victim), flags}});
+  return ErrorOf(victim.Finish());
+}
+
+TEST(DamagedRows, AreRefusedByFileTableAndPage) {
+  struct Case {
+    const char* what;
+    std::function<std::string(Victim&)> row;
+    const char* error;
+    unsigned flags = 0;
+  };
+  const std::vector<Case> cases{
+      {"empty", [](Victim&) { return std::string(); }, "too short for its column count"},
+      {"more columns than bytes", [](Victim&) { return Stored16(0xFFFF) + "abc"; },
+       "too short for 65535 columns"},
+      {"variable count beyond the row",
+       [](Victim& v) {
+         std::string row = v.Row("");
+         return row.replace(row.size() - 3, 2, Stored16(0x7FFF));
+       },
+       "too short for 32767 variable columns"},
+      {"end beyond the row",
+       [](Victim& v) {
+         std::string row = v.Row("");
+         return row.replace(row.size() - 7, 2, Stored16(0x7FFF));
+       },
+       "overlap"},
+      {"no room for the fixed column",
+       [](Victim& v) {
+         return v.builder.Row({true, false}, "", {""});
+       },
+       "fixed column"},
+      {"overflow to itself", [](Victim& v) { return Pointer(v.data, 0); }, "in a circle", 0x4000},
+      {"overflow to no page", [](Victim&) { return Pointer(0xFFFFFF, 0); }, "behind the end",
+       0x4000},
+      {"overflow to another table's page", [](Victim&) { return Pointer(4, 0); },
+       "belongs to the table", 0x4000},
+      {"overflow to no row", [](Victim& v) { return Pointer(v.data, 9); }, "row 9", 0x4000},
+      {"overflow without a pointer", [](Victim&) { return std::string("ab"); }, "too short",
+       0x4000},
+      {"memo longer than the file", [](Victim& v) { return v.Memo(0, 0x3FFFFFFF, 0); },
+       "more than the file holds"},
+      {"inline memo longer than its row", [](Victim& v) { return v.Memo(0x80000000, 10, 0); },
+       "longer than its row"},
+      {"memo on a page that is none", [](Victim& v) { return v.Memo(0x40000000, 10, 0); },
+       "a data page is expected"},
+      {"memo's head cut", [](Victim& v) { return v.Row("abc"); }, "head is too short"},
+  };
+  for (const Case& c : cases) {
+    const std::string error = ErrorOfRow(c.row, c.flags);
+    EXPECT_THAT(error, HasSubstr("3049 - Cannot open database 'bad.mdb'.")) << c.what;
+    EXPECT_THAT(error, HasSubstr("table 'victim', page ")) << c.what;
+    EXPECT_THAT(error, HasSubstr(c.error)) << c.what;
+  }
+}
+
+TEST(DamagedLongValues, DoNotRunInACircleOrEndEarly) {
+  const auto error = [](const std::vector<std::string>& pieces, std::size_t length) {
+    Victim victim;
+    victim.builder.PutLongValues(victim.values, pieces);
+    victim.builder.PutRows(victim.data, victim.definition, {{victim.Memo(0, length, 0)}});
+    return ErrorOf(victim.Finish());
+  };
+  const std::uint32_t values = Victim().values;
+  EXPECT_THAT(error({Pointer(values, 0) + "ab"}, 20000), HasSubstr("in a circle"));
+  EXPECT_THAT(error({Pointer(values, 1) + "ab", Pointer(values, 2), Pointer(values, 1)}, 20000),
+              HasSubstr("in a circle"));
+  EXPECT_THAT(error({Pointer(values, 1) + "ab", Stored32(0) + "cd"}, 6), HasSubstr("cut short"));
+  EXPECT_THAT(error({"ab"}, 6), HasSubstr("too short"));
+  EXPECT_EQ(error({Pointer(values, 1) + "ab", Stored32(0) + "cd"}, 4), "");
+}
+
+TEST(DamagedDefinitions, AreRefusedWithoutHugeWork) {
+  constexpr std::size_t kPage = 4096, kNext = 4, kColumns = 45, kLogical = 47, kPhysical = 51,
+                        kOwned = 55;
+  struct Case {
+    const char* what;
+    std::size_t at;
+    std::string bytes;
+    const char* error;
+  };
+  const std::uint32_t page = Victim().definition;
+  const std::vector<Case> cases{
+      {"chain in a circle", kNext, Stored32(page), "does not end"},
+      {"chain to another kind of page", kNext, Stored32(1), "a table definition is expected"},
+      {"too many columns", kColumns, Stored16(0xFFFF), "65535 columns"},
+      {"more columns than bytes", kColumns, Stored16(255), "ends too early"},
+      {"more logical indexes than bytes", kLogical, Stored32(0xFFFFFFFF), "ends too early"},
+      {"more indexes than bytes", kPhysical, Stored32(0xFFFFFFFF), "ends too early"},
+      {"usage map on no page", kOwned, Pointer(0xFFFFFF, 0), "behind the end"},
+      {"usage map in no row", kOwned, Pointer(3, 200), "row 200"},
+  };
+  for (const Case& c : cases) {
+    Victim victim;
+    victim.builder.PutRows(victim.data, victim.definition, {});
+    std::string file = victim.Finish();
+    file.replace(page * kPage + c.at, c.bytes.size(), c.bytes);
+    EXPECT_THAT(ErrorOf(file), HasSubstr(c.error)) << c.what;
+  }
+}
+
+TEST(AFileCutShortWhileOpen, RaisesInsteadOfEndingTheProcess) {
+  const test::ScratchFolder scratch;
+  std::filesystem::copy_file(test::SampleDatabase(), scratch / "cut.mdb");
+  const auto database = DatabaseFile::Open(scratch / "cut.mdb");
+  const auto rows = database->FindTable("rent_periods")->Rows();
+  ASSERT_TRUE(rows->Next());
+  std::filesystem::resize_file(scratch / "cut.mdb", 100 * 1024);
+  try {
+    while (rows->Next()) {
+    }
+    ADD_FAILURE() << "read on behind the end of the file";
+  } catch (const RuntimeError& error) {
+    EXPECT_THAT(ErrorText(error), HasSubstr("cut short while it was open"));
+    EXPECT_THAT(ErrorText(error), HasSubstr("table 'rent_periods'"));
+  }
+}
+
+TEST(AnyTruncation, GivesRowsOrAnError) {
+  for (const int version : {0, 1, 6}) {
+    const std::string good = test::Showcase(version);
+    for (std::size_t size = 0; size < good.size(); size += 509) {
+      EXPECT_NE(ErrorOf(good.substr(0, size)), "") << version << " at " << size;
+    }
+    for (std::size_t size = 0; size < good.size(); size += 2048) {
+      EXPECT_NE(ErrorOf(good.substr(0, size)), "") << version << " at " << size;
+    }
+  }
+}
+
+// Flips `flips` bytes in each of `rounds` copies; to pass is to come back without a crash, a hang
+// or an exception of another kind.
+void FlipBytes(const std::string& good, int rounds, int flips) {
+  std::mt19937 random(20261121);
+  const std::size_t clean =
+      test::ReadEverything(*OpenBytes(BytesOf(good), "good.mdb"), kMostRows).rows;
+  int refused = 0, differing = 0;
+  for (int round = 0; round < rounds; ++round) {
+    std::string bad = good;
+    for (int i = 0; i < flips; ++i) {
+      const std::size_t at = random() % good.size();
+      bad[at] = static_cast<char>(bad[at] ^ (1 + random() % 255));
+    }
+    try {
+      const auto counts = test::ReadEverything(*OpenBytes(BytesOf(bad), "bad.mdb"), kMostRows);
+      if (counts.first_error.empty() && counts.rows != clean) ++differing;
+      refused += !counts.first_error.empty();
+    } catch (const RuntimeError&) {
+      ++refused;
+    }
+  }
+  EXPECT_GT(refused, 0);
+  // A flip can delete a row by its flag, or drop a page from a usage map; more would mean that
+  // damage passes for the truth.
+  EXPECT_LT(differing, rounds / 5);
+}
+
+TEST(FlippedBytes, EndInRowsOrAnErrorInEveryVersion) {
+  for (const int version : {0, 1, 6}) FlipBytes(test::Showcase(version), 2000, 3);
+}
+
+TEST(FlippedBytes, EndInRowsOrAnErrorInTheSample) {
+  FlipBytes(ReadWholeFile(test::SampleDatabase()), 150, 40);
+}
+
+}  // namespace
+}  // namespace tenora::access

@@ -1,0 +1,44 @@
+// Reads all that a database gives, for tests and the fuzz target.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "platform/access/database_file.h"
+#include "platform/runtime/error.h"
+
+namespace tenora::test {
+
+struct ReadCounts {
+  std::size_t rows = 0;
+  std::size_t fields = 0;
+  std::string first_error;  // the rest is read nevertheless
+};
+
+// Stops after `most_rows`, so that a small hostile file cannot claim endless work.
+inline ReadCounts ReadEverything(const access::DatabaseFile& database, std::size_t most_rows) {
+  ReadCounts counts;
+  const auto attempt = [&](auto step) {
+    try {
+      return step();
+    } catch (const RuntimeError& error) {
+      if (counts.first_error.empty()) counts.first_error = ErrorText(error);
+      return decltype(step())();
+    }
+  };
+  for (const std::string& name : database.TableNames()) {
+    const access::Table* table = attempt([&] { return database.FindTable(name); });
+    if (table == nullptr) continue;
+    const auto rows = attempt([&] { return table->Rows(); });
+    while (rows != nullptr && counts.rows < most_rows && attempt([&] { return rows->Next(); })) {
+      ++counts.rows;
+      for (std::size_t i = 0; i < table->columns().size(); ++i) {
+        attempt([&] { return rows->Field(i); });
+        ++counts.fields;
+      }
+    }
+  }
+  return counts;
+}
+
+}  // namespace tenora::test
