@@ -60,6 +60,10 @@ BlockStrips Flow::NextParagraph(const richtext::Paragraph& paragraph) {
   place.number = NumberOf(paragraph.format);
   place.framed_above = block_ > 0 && FramedWith(paragraph, block_ - 1);
   place.framed_below = FramedWith(paragraph, block_ + 1);
+  if (place.framed_below) {
+    const auto& below = std::get<richtext::Paragraph>(blocks_[block_ + 1]);
+    place.space_below = paragraph.format.space_after + below.format.space_before;
+  }
   place.last_visible = depth_ == 0 && block_ + 1 == visible_blocks_;
   position_ += Length(paragraph);
   ++block_;

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kTwipsPerHalfPoint = 10;
 constexpr int kLargestHalfPoints = 3276;
+constexpr double kSmallCapitals = 0.8;  // their size to that of the others
 
 struct Substitute {
   std::string_view name;  // as documents write it; any longer name may follow
@@ -64,20 +65,19 @@ QString InstalledFamily(const richtext::Font& font) {
 
 }  // namespace
 
-const FontUse& Fonts::Use(const richtext::CharFormat& format, bool shaped) {
+const FontUse& Fonts::Use(const richtext::CharFormat& format, bool shaped, bool small) {
   const Key key{format.font,
                 format.half_points,
                 format.colour,
                 format.bold,
                 format.italic,
-                format.all_caps,
-                format.small_caps,
                 shaped,
+                small,
                 static_cast<int>(format.script),
                 format.raise_half_points};
   const auto found = uses_.find(key);
   if (found != uses_.end()) return found->second;
-  return uses_.emplace(key, Make(format, shaped)).first->second;
+  return uses_.emplace(key, Make(format, shaped, small)).first->second;
 }
 
 QColor Fonts::Colour(int position) const {
@@ -86,9 +86,10 @@ QColor Fonts::Colour(int position) const {
   return colour.automatic ? QColor(Qt::black) : QColor(colour.red, colour.green, colour.blue);
 }
 
-FontUse Fonts::Make(const richtext::CharFormat& format, bool shaped) {
+FontUse Fonts::Make(const richtext::CharFormat& format, bool shaped, bool small) {
   FontUse use;
   use.size = std::clamp(format.half_points, 2, kLargestHalfPoints) * kTwipsPerHalfPoint;
+  if (small) use.size *= kSmallCapitals;
   use.font.setFamily(Family(format.font));
   use.font.setPixelSize(static_cast<int>(use.size));
   use.font.setBold(format.bold);
@@ -96,11 +97,6 @@ FontUse Fonts::Make(const richtext::CharFormat& format, bool shaped) {
   use.font.setKerning(false);
   use.font.setHintingPreference(QFont::PreferNoHinting);
   if (!shaped) use.font.setStyleStrategy(QFont::PreferNoShaping);
-  if (format.all_caps) {
-    use.font.setCapitalization(QFont::AllUppercase);
-  } else if (format.small_caps) {
-    use.font.setCapitalization(QFont::SmallCaps);
-  }
   use.colour = Colour(format.colour);
   use.format.setFont(use.font);
   use.format.setForeground(use.colour);

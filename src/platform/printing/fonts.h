@@ -29,14 +29,15 @@ class Fonts {
 
   // `shaped` text has marks that must be placed on their letters; other text is set like the
   // classic control does it, without kerning and ligatures. The result lives as long as this.
-  const FontUse& Use(const richtext::CharFormat& format, bool shaped = false);
+  // `small` is the size of small capitals.
+  const FontUse& Use(const richtext::CharFormat& format, bool shaped = false, bool small = false);
   // Black for automatic.
   QColor Colour(int position) const;
 
  private:
-  using Key = std::tuple<int, int, int, bool, bool, bool, bool, bool, int, int>;
+  using Key = std::tuple<int, int, int, bool, bool, bool, bool, int, int>;
 
-  FontUse Make(const richtext::CharFormat& format, bool shaped);
+  FontUse Make(const richtext::CharFormat& format, bool shaped, bool small);
   const QString& Family(int font);
 
   const richtext::Document& document_;

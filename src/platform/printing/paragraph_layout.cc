@@ -42,6 +42,12 @@ bool HasMarks(const QString& text) {
                      [](QChar c) { return c.unicode() >= 0x300 && c.isMark(); });
 }
 
+// Letter by letter, so that every character keeps its position.
+QString Capitals(QString text) {
+  for (QChar& c : text) c = c.toUpper();
+  return text;
+}
+
 // The decimal point of a number: the last point or comma that is not a separator of thousands.
 qsizetype DecimalPoint(const QString& text) {
   const qsizetype point =
@@ -72,6 +78,10 @@ class ParagraphSetter {
   void CollectRun(const richtext::Run& run);
   void CollectText(const CharFormat& format, std::string_view utf8, bool one_position);
   void Append(const CharFormat& format, const QString& text, int position, bool one_position);
+  void AppendSmallCapitals(const CharFormat& format, const QString& text, int position,
+                           bool one_position);
+  void AppendFragment(const CharFormat& format, const QString& text, int position, bool small,
+                      bool one_position);
   void CloseText();
 
   // Placing them on lines.
@@ -184,12 +194,35 @@ void ParagraphSetter::CollectText(const CharFormat& format, std::string_view utf
 
 void ParagraphSetter::Append(const CharFormat& format, const QString& text, int position,
                              bool one_position) {
+  if (format.all_caps) {
+    AppendFragment(format, Capitals(text), position, false, one_position);
+  } else if (format.small_caps) {
+    AppendSmallCapitals(format, text, position, one_position);
+  } else {
+    AppendFragment(format, text, position, false, one_position);
+  }
+}
+
+void ParagraphSetter::AppendSmallCapitals(const CharFormat& format, const QString& text,
+                                          int position, bool one_position) {
+  for (qsizetype start = 0; start < text.size();) {
+    const bool small = text[start].isLower();
+    qsizetype next = start + 1;
+    while (next < text.size() && text[next].isLower() == small) ++next;
+    AppendFragment(format, Capitals(text.mid(start, next - start)),
+                   one_position ? position : position + int(start), small, one_position);
+    start = next;
+  }
+}
+
+void ParagraphSetter::AppendFragment(const CharFormat& format, const QString& text, int position,
+                                     bool small, bool one_position) {
   if (!open_) {
     open_ = std::make_shared<ShapedText>();
     open_text_.clear();
   }
   open_->fragments.push_back({static_cast<int>(open_text_.size()), static_cast<int>(text.size()),
-                              position, one_position, &format});
+                              position, small, one_position, &format});
   open_text_ += text;
 }
 
@@ -197,13 +230,14 @@ void ParagraphSetter::Append(const CharFormat& format, const QString& text, int 
 void ParagraphSetter::CloseText() {
   if (!open_) return;
   const bool shaped = HasMarks(open_text_);
-  Fonts& fonts = *typesetting_.fonts;
-  const FontUse& first = fonts.Use(*open_->fragments.front().format, shaped);
+  const auto use = [&](const Fragment& fragment) -> const FontUse& {
+    return typesetting_.fonts->Use(*fragment.format, shaped, fragment.small);
+  };
+  const FontUse& first = use(open_->fragments.front());
   const bool one_format =
       first.plain &&
-      std::all_of(open_->fragments.begin(), open_->fragments.end(), [&](const Fragment& fragment) {
-        return &fonts.Use(*fragment.format, shaped) == &first;
-      });
+      std::all_of(open_->fragments.begin(), open_->fragments.end(),
+                  [&](const Fragment& fragment) { return &use(fragment) == &first; });
   QTextLayout& layout = open_->layout;
   layout.setText(open_text_);
   layout.setFont(first.font);
@@ -212,8 +246,7 @@ void ParagraphSetter::CloseText() {
   if (!one_format) {
     QList<QTextLayout::FormatRange> ranges;
     for (const Fragment& fragment : open_->fragments) {
-      ranges.push_back(
-          {fragment.start, fragment.length, fonts.Use(*fragment.format, shaped).format});
+      ranges.push_back({fragment.start, fragment.length, use(fragment).format});
     }
     layout.setFormats(ranges);
   }
@@ -254,6 +287,7 @@ BlockStrips ParagraphSetter::Set() {
     lines_.back()->end = end;
     static_cast<TextLine&>(*lines_.front()).first_of_paragraph = !place_.framed_above;
     static_cast<TextLine&>(*lines_.back()).last_of_paragraph = !place_.framed_below;
+    static_cast<TextLine&>(*lines_.back()).frame_below = place_.space_below;
   }
   block.strips = std::move(lines_);
   block.keep_together = format_.keep_together;

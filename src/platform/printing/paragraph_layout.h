@@ -27,6 +27,7 @@ struct ParagraphPlace {
   int number = 1;    // in its list
   // Neighbours in the same frame share its lines.
   bool framed_above = false, framed_below = false;
+  double space_below = 0;  // to the neighbour in the same frame
   // Nothing visible follows: a page break at the paragraph's end makes no page.
   bool last_visible = false;
 };

@@ -31,7 +31,9 @@ PdfJob::PdfJob(const std::filesystem::path& folder, const std::string& title, co
   if (!painter_.begin(&*writer_)) throw FileError(EIO, folder);
 }
 
-PdfJob::~PdfJob() { painter_.end(); }
+PdfJob::~PdfJob() {
+  if (painter_.isActive()) painter_.end();
+}
 
 void PdfJob::NewPage() { writer_->newPage(); }
 

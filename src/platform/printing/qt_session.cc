@@ -1,7 +1,9 @@
 #include "platform/printing/qt_session.h"
 
 #include <QGuiApplication>
+#include <cstdio>
 #include <mutex>
+#include <optional>
 
 #include "platform/runtime/error.h"
 
@@ -10,13 +12,25 @@ namespace {
 
 // Printing shows no window: the offscreen platform starts faster than a real one and cannot fail
 // on a display that is named but unreachable.
-struct OffscreenApplication {
-  char name[7] = "tenora";
-  char option[10] = "-platform";
-  char platform[10] = "offscreen";
-  char* arguments[4] = {name, option, platform, nullptr};
-  int count = 3;
-  QGuiApplication application{count, arguments};
+class OffscreenApplication {
+ public:
+  OffscreenApplication() {
+    // Qt remarks on a missing run-time folder, which printing does not use.
+    const QtMessageHandler handler = qInstallMessageHandler(
+        [](QtMsgType type, const QMessageLogContext&, const QString& message) {
+          if (type == QtFatalMsg) std::fputs(qPrintable(message), stderr);
+        });
+    application_.emplace(count_, arguments_);
+    qInstallMessageHandler(handler);
+  }
+
+ private:
+  char name_[7] = "tenora";
+  char option_[10] = "-platform";
+  char platform_[10] = "offscreen";
+  char* arguments_[4] = {name_, option_, platform_, nullptr};
+  int count_ = 3;
+  std::optional<QGuiApplication> application_;
 };
 
 }  // namespace

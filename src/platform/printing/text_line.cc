@@ -107,7 +107,7 @@ void TextLine::DrawFrame(QPainter& painter, QPointF corner) const {
   const double left = corner.x() + frame->left - kFrameGapX;
   const double width = frame->right - frame->left + 2 * kFrameGapX;
   const double above = first_of_paragraph && frame->top_edge.width > 0 ? kFrameGapY : 0;
-  const double below = last_of_paragraph && frame->bottom_edge.width > 0 ? kFrameGapY : 0;
+  const double below = last_of_paragraph && frame->bottom_edge.width > 0 ? kFrameGapY : frame_below;
   const QRectF area(left, corner.y() - above, width, height + above + below);
   if (frame->shading.isValid()) painter.fillRect(area, frame->shading);
   const auto vertical = [&](const Frame::Edge& edge, double x) {

@@ -18,6 +18,7 @@ namespace tenora::printing {
 struct Fragment {
   int start = 0, length = 0;  // in the layout's text
   int position = 0;           // in the document
+  bool small = false;         // small capitals
   bool one_position = false;  // the whole fragment stands for one character of the document
   const richtext::CharFormat* format = nullptr;
 };
@@ -74,6 +75,7 @@ class TextLine : public Strip {
   std::vector<Piece> pieces;
   std::vector<double> bars;  // x of bar tabs
   std::shared_ptr<const Frame> frame;
+  double frame_below = 0;  // how far the frame goes on below, to a neighbour in the same frame
   bool first_of_paragraph = false, last_of_paragraph = false;
 
  private:
