@@ -108,13 +108,14 @@ void Database::CreateSet(RecordsetPtr& set, std::string_view sql, int type, int 
   Reported("Data Create Set", [&] {
     if (!open_) throw StandardError(error_number::kObjectNotSet);
     set = open_->OpenRecordset(FixSQL(sql), type, options);
+    if (stuck_ == set.get()) stuck_ = nullptr;
   });
 }
 
-// A set that cannot tell counts as ended, so that no loop over it runs on.
+// A set that cannot tell counts as ended too.
 bool Database::DataEOF(const RecordsetPtr& set) {
   bool ended = true;
-  if (set) Reported("Data EOF", [&] { ended = set->EndOfFile(); });
+  if (set && set.get() != stuck_) Reported("Data EOF", [&] { ended = set->EndOfFile(); });
   return ended;
 }
 
@@ -125,7 +126,12 @@ bool Database::DataIsEmpty(const RecordsetPtr& set) {
 }
 
 void Database::MoveNext(const RecordsetPtr& set) {
-  if (set) Reported("Move Next", [&] { set->MoveNext(); });
+  if (!set) return;
+  stuck_ = set.get();
+  Reported("Move Next", [&] {
+    set->MoveNext();
+    stuck_ = nullptr;
+  });
 }
 
 void Database::DataClose(RecordsetPtr& set) {

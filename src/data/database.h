@@ -80,6 +80,8 @@ class Database {
   std::filesystem::path data_folder_;
   std::size_t errors_reported_ = 0;
   bool command_mode_ = false;
+  // The set whose last MoveNext failed: it counts as ended, so that no loop over it runs on.
+  const query::Recordset* stuck_ = nullptr;
 };
 
 }  // namespace tenora

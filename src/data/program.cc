@@ -35,7 +35,7 @@ fs::path ProgramFolder() {
   // A relative path counts as unset.
   const bool usable = data != nullptr && *data == '/';
   const fs::path data_home = usable ? fs::path(data) : HomeFolder() / ".local/share";
-  return WithoutTrailingSeparator(data_home / "tenora");
+  return WithoutTrailingSeparator(data_home / "Tenora");
 }
 
 }  // namespace tenora

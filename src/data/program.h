@@ -7,7 +7,7 @@
 namespace tenora {
 
 // The program folder, without a trailing separator: TENORA_HOME, else the executable's folder where
-// that holds property.mdb, else the user's data folder for Tenora.
+// that holds property.mdb, else the user's data folder for Tenora (~/.local/share/Tenora).
 std::filesystem::path ProgramFolder();
 
 // What the library under the program finds in the machine.

@@ -23,6 +23,7 @@ using registry::ValueType;
 constexpr std::string_view kEmptyMarker = "vbNullString";
 constexpr std::string_view kProductKey = "SOFTWARE\\Tenora";
 constexpr std::size_t kLongestValue = 1024;  // characters
+constexpr int kStampAttempts = 5;
 
 std::string KeyOf(std::string_view section) {
   std::string key(kProductKey);
@@ -90,14 +91,24 @@ void Settings::SaveSettingText(std::string_view section, std::string_view key,
 
 bool Settings::MachineWideSettings() {
   if (location_ == Location::kUndecided) {
-    const std::string stamp = FormatDate(platform_.clock.Now(), "dd/mm/yy hh:nn:ss");
-    const std::string key = KeyOf("Test");
-    std::string read_back;
-    WriteRegistryValue(Hive::kLocalMachine, key, "Test", stamp);
-    ReadRegistryValue(Hive::kLocalMachine, key, "Test", read_back);
-    location_ = read_back == stamp ? Location::kMachineWide : Location::kPerUser;
+    location_ = StampReadsBack() ? Location::kMachineWide : Location::kPerUser;
   }
   return location_ == Location::kMachineWide;
+}
+
+bool Settings::StampReadsBack() {
+  const std::string stamp = FormatDate(platform_.clock.Now(), "dd/mm/yy hh:nn:ss");
+  const std::string key = KeyOf("Test");
+  // Another program's stamp may come between; so a few attempts.
+  for (int attempt = 0; attempt < kStampAttempts; ++attempt) {
+    std::string read_back;
+    const int status = WriteRegistryValue(Hive::kLocalMachine, key, "Test", stamp);
+    ReadRegistryValue(Hive::kLocalMachine, key, "Test", read_back);
+    // What cannot be written may still hold the same stamp from an earlier run.
+    if (status != registry::kSuccess) return false;
+    if (read_back == stamp) return true;
+  }
+  return false;
 }
 
 bool Settings::ReadRegistryValue(Hive hive, std::string_view key, std::string_view name,

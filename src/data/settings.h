@@ -35,6 +35,7 @@ class Settings {
  private:
   enum class Location { kUndecided = 0, kMachineWide = 1, kPerUser = 2 };
 
+  bool StampReadsBack();
   int Query(registry::Hive hive, std::string_view key, std::string_view name,
             registry::StoredValue& value);
   void TellOfDamage(registry::Hive hive);

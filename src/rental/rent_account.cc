@@ -21,10 +21,10 @@ Currency AmountOf(const query::Recordset& row, std::string_view column) {
 }
 
 RentPeriod StoredPeriod(const query::Recordset& row, Date from) {
-  const Currency rent = AmountOf(row, "rent_due").RoundedToCents();
+  const Currency rent = AmountOf(row, "rent_due");
   return RentPeriod{.PeriodFrom = from,
                     .PeriodTo = ToDate(row.Field("period_to")),
-                    .RentDue = rent.Absolute(),
+                    .RentDue = rent.RoundedToCents().Absolute(),
                     .ExtraCharges = AmountOf(row, "extra_charges"),
                     .Credit = rent < Currency()};
 }

@@ -204,6 +204,21 @@ TEST_F(DatabaseTest, ReportsEachFailureOnceAndLeavesTheCallerAnEmptyResult) {
                   Described(Own(), "3078 - no such table"), deleted, deleted, deleted, deleted));
 }
 
+TEST_F(DatabaseTest, EndsALoopWhoseSetCannotMoveOn) {
+  script_.results["torn"] = {.fields = {"a"},
+                             .rows = {{Null{}}, {Null{}}},
+                             .move_error = RuntimeError(3343, "Torn page.", "DAO.Recordset")};
+  database_.OpenDatabase();
+  for (int round = 1; round <= 2; ++round) {
+    RecordsetPtr set;
+    database_.CreateSet(set, "torn", query::kForwardOnly, query::kReadOnly);
+    int rows = 0;
+    for (; rows < 10 && !database_.DataEOF(set); database_.MoveNext(set)) ++rows;
+    EXPECT_EQ(rows, 1);
+    EXPECT_EQ(platform_.dialogs.shown().size(), round);
+  }
+}
+
 TEST_F(DatabaseTest, LooksUpTheFirstRowsValueOrTheDefault) {
   const struct {
     test::FakeResult result;

@@ -18,9 +18,9 @@ TEST(ProgramFolder, IsNamedByTheEnvironmentOrTheUsersData) {
       {"/srv/agency/", "/data", "/srv/agency"},
       {"/srv/x/../agency//", "/data", "/srv/agency"},
       {"/", "/data", "/"},
-      {"", "/data", "/data/tenora"},
-      {"", "/data/", "/data/tenora"},
-      {"", "relative", "/home/jo/.local/share/tenora"},
+      {"", "/data", "/data/Tenora"},
+      {"", "/data/", "/data/Tenora"},
+      {"", "relative", "/home/jo/.local/share/Tenora"},
   };
   const std::string old_home = std::getenv("HOME") ? std::getenv("HOME") : "/";
   ::setenv("HOME", "/home/jo", 1);

@@ -50,6 +50,35 @@ TEST_F(SettingsTest, FallsBackToTheUsersHiveSilentlyAndForTheWholeRun) {
   EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre());
 }
 
+// A machine-wide hive in which another program's stamp stands after each of the first writes.
+class ContendedRegistry : public registry::Registry {
+ public:
+  ContendedRegistry(Registry& real, int intrusions) : real_(real), intrusions_(intrusions) {}
+  int Query(Hive hive, std::string_view key, std::string_view name,
+            StoredValue& value) const override {
+    return real_.Query(hive, key, name, value);
+  }
+  int Set(Hive hive, std::string_view key, std::string_view name,
+          const StoredValue& value) override {
+    const int status = real_.Set(hive, key, name, value);
+    if (intrusions_-- > 0) real_.Set(hive, key, name, {ValueType::kText, "21/11/26 09:30:01"});
+    return status;
+  }
+  std::filesystem::path FileOf(Hive hive) const override { return real_.FileOf(hive); }
+
+ private:
+  Registry& real_;
+  int intrusions_;
+};
+
+TEST_F(SettingsTest, StaysMachineWideWhenAnotherProgramsStampComesBetween) {
+  ContendedRegistry contended(*platform_.registry, 2);
+  const Platform parts = platform_.Parts();
+  Settings settings(
+      {parts.clock, parts.dialogs, parts.locale, contended, parts.workspace, parts.program_folder});
+  EXPECT_TRUE(settings.MachineWideSettings());
+}
+
 TEST_F(SettingsTest, KeepsAnEmptyTextApartFromAnAbsentOne) {
   for (const bool machine_wide : {true, false}) {
     if (!machine_wide) platform_.MakeMachineHiveUnwritable();

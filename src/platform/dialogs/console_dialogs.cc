@@ -101,6 +101,8 @@ std::optional<std::string> ConsoleDialogs::ReadLine() {
   bool too_long = false;
   for (int c = input_.get(); c != '\n'; c = input_.get()) {
     if (c == std::istream::traits_type::eof()) {
+      // On a terminal the next question may be answered again.
+      input_.clear();
       // A last line without line break counts as a line.
       if (line.empty()) {
         output_ << std::endl;

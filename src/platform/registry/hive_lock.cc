@@ -14,7 +14,7 @@
 namespace tenora::registry {
 namespace {
 
-constexpr std::chrono::seconds kPatience(10);
+constexpr std::chrono::seconds kPatience(30);
 constexpr std::chrono::milliseconds kPause(2);
 
 int OpenLockFile(const std::filesystem::path& path, bool shared) {

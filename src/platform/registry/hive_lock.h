@@ -8,7 +8,7 @@ namespace tenora::registry {
 
 class HiveLock {
  public:
-  // Waits a few seconds for another holder. A shared lock file can be used by every user.
+  // Waits half a minute for another holder. A shared lock file can be used by every user.
   HiveLock(const std::filesystem::path& hive_file, bool shared);
   ~HiveLock();
   HiveLock(const HiveLock&) = delete;

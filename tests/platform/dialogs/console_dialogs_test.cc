@@ -82,6 +82,15 @@ TEST(ConsoleDialogs, ReadsTheNextAnswerBehindALineThatWasTooLong) {
   EXPECT_EQ(console.dialogs.AskText("2?", "T", ""), "second");
 }
 
+TEST(ConsoleDialogs, AsksAgainAfterAnEndOfInputOnATerminal) {
+  std::stringstream terminal;
+  std::ostringstream out;
+  ConsoleDialogs dialogs(terminal, out);
+  EXPECT_EQ(dialogs.AskText("1?", "T", ""), std::nullopt);
+  terminal << "second\n";
+  EXPECT_EQ(dialogs.AskText("2?", "T", ""), "second");
+}
+
 TEST(ConsoleDialogs, ChoosesByNumberAndAsksAgainOnlyAFewTimes) {
   const struct {
     std::string typed;
