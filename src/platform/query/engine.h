@@ -3,8 +3,11 @@
 // on disk is unchanged; a table is brought in when a statement first names it.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -56,9 +59,19 @@ class Database {
 class Workspace {
  public:
   virtual ~Workspace() = default;
-  static std::unique_ptr<Workspace> Create();
+  // `now` answers the functions now(), date() and time(); without it the machine's clock does. A
+  // statement that works longer than `time_limit` for one row is given up with 3059.
+  static std::unique_ptr<Workspace> Create(
+      std::function<Date()> now = {},
+      std::chrono::milliseconds time_limit = std::chrono::seconds(60));
   // Raises the errors of access::DatabaseFile::Open.
   virtual std::unique_ptr<Database> OpenDatabase(const std::filesystem::path& path) = 0;
 };
+
+// Writes the record set from its current row to its end, one row a line behind a line of names,
+// fields apart by tabs: booleans as -1 and 0, null as nothing, dates as "2026-11-21 14:30:00" (the
+// time left out at midnight), bytes in hexadecimal. A tab, line end or backslash inside a field is
+// written \t, \n, \r or \\.
+void PrintTabSeparated(Recordset& rows, std::ostream& out);
 
 }  // namespace tenora::query

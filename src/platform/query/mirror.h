@@ -1,0 +1,90 @@
+// The in-memory mirror of one state of a database file: its tables, as far as statements have named
+// them, and the SQLite connection that runs statements over them.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/access/database_file.h"
+#include "platform/query/file_state.h"
+#include "platform/query/functions.h"
+#include "platform/query/mirror_module.h"
+#include "platform/query/translator.h"
+
+namespace tenora::query {
+
+struct StatementDeleter {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using StatementPtr = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
+
+// A translated statement and its prepared forms that nobody uses just now.
+struct CachedPlan {
+  Plan plan;
+  std::vector<StatementPtr> idle;
+};
+
+struct MirrorSettings {
+  std::function<Date()> now;
+  std::chrono::milliseconds time_limit;  // for one step of a statement
+};
+
+class Mirror : private MirrorTables, private Catalogue {
+ public:
+  // Raises the errors of access::DatabaseFile::Open.
+  Mirror(const std::filesystem::path& path, const FileState& state, const MirrorSettings& settings);
+  ~Mirror() override;
+  Mirror(const Mirror&) = delete;
+  Mirror& operator=(const Mirror&) = delete;
+
+  const FileState& state() const { return state_; }
+  const access::DatabaseFile& file() const { return *file_; }
+
+  // A statement ready for its first step, and the plan it goes back to.
+  struct Ready {
+    std::shared_ptr<CachedPlan> plan;
+    StatementPtr statement;
+  };
+  // Raises the errors of Database::OpenRecordset.
+  Ready Prepare(std::string_view statement);
+  // Moves to the next row, false behind the last. `text` is the statement, for errors.
+  bool Step(sqlite3_stmt* statement, std::string_view text);
+  void GiveBack(Ready ready);
+
+ private:
+  MirrorTable* TableAt(std::size_t number) override;
+  Entry FindTable(std::string_view name) override;
+  std::unique_ptr<MirrorTable> Load(std::string_view name);
+
+  std::shared_ptr<CachedPlan> FindPlan(std::string_view statement,
+                                       const std::vector<Token>& tokens);
+  StatementPtr Compile(const Plan& plan, std::string_view statement);
+  void Bind(sqlite3_stmt* prepared, const Plan& plan, const std::vector<Token>& tokens) const;
+  [[noreturn]] void ThrowStepError(int status, std::string_view text);
+  void Configure();
+  static int Authorize(void* mirror, int action, const char* first, const char* second,
+                       const char* database, const char* trigger);
+  static int CheckProgress(void* mirror);
+
+  FileState state_;
+  std::filesystem::path path_;
+  std::shared_ptr<access::DatabaseFile> file_;
+  FunctionContext functions_;
+  std::chrono::milliseconds time_limit_;
+  std::chrono::steady_clock::time_point deadline_;
+  bool creating_table_ = false;
+  sqlite3* connection_ = nullptr;
+  std::vector<std::unique_ptr<MirrorTable>> tables_;
+  std::unordered_map<std::string, std::size_t> numbers_;                // by name in lower case
+  std::unordered_map<std::string, std::shared_ptr<CachedPlan>> plans_;  // by shape
+};
+
+}  // namespace tenora::query

@@ -1,0 +1,211 @@
+#include "platform/query/mirror_module.h"
+
+#include <charconv>
+#include <cmath>
+#include <memory>
+#include <string>
+
+#include "platform/query/collation.h"
+
+namespace tenora::query {
+namespace {
+
+struct VirtualTable : sqlite3_vtab {
+  MirrorTable* table = nullptr;
+};
+
+// Walks all rows, or those whose lookup column has a value.
+struct Cursor : sqlite3_vtab_cursor {
+  MirrorTable* table = nullptr;
+  RowNumber row = 0;
+  int lookup = -1;  // column, -1 for all rows
+  bool by_text = false;
+  std::int64_t integer = 0;
+  std::string text;
+};
+
+int Connect(sqlite3* connection, void* tables, int count, const char* const* arguments,
+            sqlite3_vtab** result, char** error) {
+  // Module, database and table name stand before the module's own argument.
+  constexpr int kNumberArgument = 3;
+  std::size_t number = 0;
+  const std::string_view digits = count > kNumberArgument ? arguments[kNumberArgument] : "";
+  std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  MirrorTable* const table = static_cast<MirrorTables*>(tables)->TableAt(number);
+  if (table == nullptr) {
+    *error = sqlite3_mprintf("no mirrored table %d", static_cast<int>(number));
+    return SQLITE_ERROR;
+  }
+  std::string declaration = "create table t(";
+  for (std::size_t i = 0; i < table->columns().size(); ++i) {
+    if (i > 0) declaration += ", ";
+    // Without a declared type SQLite converts nothing when it compares.
+    declaration += "c" + std::to_string(i);
+    if (table->columns()[i].type() == Type::kText)
+      declaration += std::string(" collate ") + kCollationName;
+  }
+  if (table->columns().empty()) declaration += "none";
+  const int status = sqlite3_declare_vtab(connection, (declaration + ")").c_str());
+  if (status != SQLITE_OK) return status;
+  auto created = std::make_unique<VirtualTable>();
+  created->table = table;
+  *result = created.release();
+  return SQLITE_OK;
+}
+
+int Disconnect(sqlite3_vtab* table) {
+  delete static_cast<VirtualTable*>(table);
+  return SQLITE_OK;
+}
+
+// Chooses the equality whose column tells rows apart best.
+int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
+  MirrorTable& table = *static_cast<VirtualTable*>(base)->table;
+  const double rows = table.rows();
+  int best = -1;
+  double best_rows = 0;
+  for (int i = 0; i < info->nConstraint; ++i) {
+    const auto& constraint = info->aConstraint[i];
+    if (constraint.usable == 0 || constraint.op != SQLITE_INDEX_CONSTRAINT_EQ) continue;
+    if (constraint.iColumn < 0) continue;
+    const auto column = static_cast<std::size_t>(constraint.iColumn);
+    if (!table.CanLookUp(column)) continue;
+    if (table.columns()[column].type() == Type::kText &&
+        std::string_view(sqlite3_vtab_collation(info, i)) != kCollationName)
+      continue;
+    const double found = table.RowsPerValue(column);
+    if (best >= 0 && found >= best_rows) continue;
+    best = i;
+    best_rows = found;
+  }
+  info->idxNum = -1;
+  info->estimatedRows = static_cast<sqlite3_int64>(rows);
+  info->estimatedCost = rows + 1;
+  if (best < 0) return SQLITE_OK;
+  info->idxNum = info->aConstraint[best].iColumn;
+  info->aConstraintUsage[best].argvIndex = 1;
+  info->aConstraintUsage[best].omit = 1;
+  info->estimatedRows = static_cast<sqlite3_int64>(best_rows);
+  info->estimatedCost = best_rows + 1;
+  return SQLITE_OK;
+}
+
+int OpenCursor(sqlite3_vtab* table, sqlite3_vtab_cursor** result) {
+  auto cursor = std::make_unique<Cursor>();
+  cursor->table = static_cast<VirtualTable*>(table)->table;
+  *result = cursor.release();
+  return SQLITE_OK;
+}
+
+int CloseCursor(sqlite3_vtab_cursor* cursor) {
+  delete static_cast<Cursor*>(cursor);
+  return SQLITE_OK;
+}
+
+// Sets the whole number to look for; false where no whole number equals the value.
+bool TakeInteger(Cursor& cursor, sqlite3_value* value) {
+  const int type = sqlite3_value_type(value);
+  if (type == SQLITE_FLOAT) {
+    const double number = sqlite3_value_double(value);
+    if (number != std::trunc(number) || !(std::abs(number) < 9e18)) return false;
+    cursor.integer = static_cast<std::int64_t>(number);
+    return true;
+  }
+  cursor.integer = sqlite3_value_int64(value);
+  return type == SQLITE_INTEGER;
+}
+
+int Filter(sqlite3_vtab_cursor* base, int column, const char*, int count, sqlite3_value** values) {
+  Cursor& cursor = *static_cast<Cursor*>(base);
+  cursor.lookup = count == 0 ? -1 : column;
+  cursor.row = 0;
+  if (cursor.lookup < 0) return SQLITE_OK;
+  cursor.row = kNoRow;
+  const auto lookup = static_cast<std::size_t>(column);
+  cursor.by_text = cursor.table->columns()[lookup].type() == Type::kText;
+  if (cursor.by_text) {
+    if (sqlite3_value_type(values[0]) != SQLITE_TEXT) return SQLITE_OK;
+    const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(values[0]));
+    cursor.text.assign(text, static_cast<std::size_t>(sqlite3_value_bytes(values[0])));
+    cursor.row = cursor.table->FirstMatch(lookup, cursor.text);
+  } else if (TakeInteger(cursor, values[0])) {
+    cursor.row = cursor.table->FirstMatch(lookup, cursor.integer);
+  }
+  return SQLITE_OK;
+}
+
+int Next(sqlite3_vtab_cursor* base) {
+  Cursor& cursor = *static_cast<Cursor*>(base);
+  if (cursor.lookup < 0) {
+    ++cursor.row;
+    return SQLITE_OK;
+  }
+  const auto lookup = static_cast<std::size_t>(cursor.lookup);
+  cursor.row = cursor.by_text ? cursor.table->NextMatch(lookup, cursor.row, cursor.text)
+                              : cursor.table->NextMatch(lookup, cursor.row, cursor.integer);
+  return SQLITE_OK;
+}
+
+int AtEnd(sqlite3_vtab_cursor* base) {
+  const Cursor& cursor = *static_cast<Cursor*>(base);
+  return cursor.row >= cursor.table->rows() ? 1 : 0;  // kNoRow is beyond every row
+}
+
+int ReadColumn(sqlite3_vtab_cursor* base, sqlite3_context* context, int index) {
+  const Cursor& cursor = *static_cast<Cursor*>(base);
+  const MirrorColumn& column = cursor.table->columns()[static_cast<std::size_t>(index)];
+  if (column.IsNull(cursor.row)) {
+    sqlite3_result_null(context);
+  } else if (column.type() == Type::kText) {
+    // The rows never change and outlive every statement: no copy.
+    const std::string_view text = column.Bytes(cursor.row);
+    sqlite3_result_text64(context, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  } else if (column.type() == Type::kBinary) {
+    const std::string_view bytes = column.Bytes(cursor.row);
+    sqlite3_result_blob64(context, bytes.data(), bytes.size(), SQLITE_STATIC);
+  } else if (column.type() == Type::kDouble) {
+    sqlite3_result_double(context, column.Double(cursor.row));
+  } else {
+    sqlite3_result_int64(context, column.Integer(cursor.row));
+  }
+  return SQLITE_OK;
+}
+
+int ReadRowId(sqlite3_vtab_cursor* base, sqlite3_int64* row) {
+  *row = static_cast<Cursor*>(base)->row;
+  return SQLITE_OK;
+}
+
+sqlite3_module MakeModule() {
+  sqlite3_module module{};
+  module.iVersion = 1;
+  module.xCreate = Connect;
+  module.xConnect = Connect;
+  module.xBestIndex = BestIndex;
+  module.xDisconnect = Disconnect;
+  module.xDestroy = Disconnect;
+  module.xOpen = OpenCursor;
+  module.xClose = CloseCursor;
+  module.xFilter = Filter;
+  module.xNext = Next;
+  module.xEof = AtEnd;
+  module.xColumn = ReadColumn;
+  module.xRowid = ReadRowId;
+  return module;
+}
+
+const sqlite3_module kModule = MakeModule();
+
+int Collate(void*, int left_size, const void* left, int right_size, const void* right) {
+  return CompareText({static_cast<const char*>(left), static_cast<std::size_t>(left_size)},
+                     {static_cast<const char*>(right), static_cast<std::size_t>(right_size)});
+}
+
+}  // namespace
+
+void RegisterMirrorModule(sqlite3* connection, MirrorTables& tables) {
+  sqlite3_create_collation_v2(connection, kCollationName, SQLITE_UTF8, nullptr, Collate, nullptr);
+  sqlite3_create_module_v2(connection, "mirror", &kModule, &tables, nullptr);
+}
+
+}  // namespace tenora::query

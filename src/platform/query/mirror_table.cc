@@ -1,0 +1,201 @@
+#include "platform/query/mirror_table.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <unordered_set>
+
+#include "platform/query/collation.h"
+
+namespace tenora::query {
+namespace {
+
+// A page of a file that lies about its row count must not make us reserve memory without end.
+constexpr std::int64_t kMostReservedRows = 1 << 20;
+
+std::uint64_t HashInteger(std::int64_t number) {
+  std::uint64_t hash = static_cast<std::uint64_t>(number) * 0x9E3779B97F4A7C15;
+  return hash ^ hash >> 32;
+}
+
+// A single-precision number as the double that reads the same: 7.1, not 7.0999999046.
+double FromSingle(double single) {
+  char digits[32];
+  const auto end =
+      std::to_chars(std::begin(digits), std::end(digits), static_cast<float>(single)).ptr;
+  double number = single;
+  std::from_chars(digits, end, number);
+  return number;
+}
+
+}  // namespace
+
+MirrorColumn::MirrorColumn(const access::Column& column, std::int64_t expected_rows)
+    : name_(column.name), column_type_(column.type), type_(TypeOf(column.type)) {
+  const auto rows =
+      static_cast<std::size_t>(std::clamp<std::int64_t>(expected_rows, 0, kMostReservedRows));
+  if (type_ == Type::kText || type_ == Type::kBinary)
+    ends_.reserve(rows);
+  else if (type_ == Type::kDouble)
+    doubles_.reserve(rows);
+  else
+    integers_.reserve(rows);
+}
+
+void MirrorColumn::AppendInteger(access::RowCursor& cursor, std::size_t column) {
+  switch (column_type_) {
+    case access::ColumnType::kBoolean:
+      integers_.push_back(cursor.Boolean(column) ? -1 : 0);
+      break;
+    case access::ColumnType::kCurrency:
+      integers_.push_back(cursor.TenThousandths(column));
+      break;
+    case access::ColumnType::kDateTime:
+      integers_.push_back(DateToSeconds(Date::FromSerial(cursor.Double(column))));
+      break;
+    case access::ColumnType::kDateTimeExtended: {
+      const Value value = cursor.Field(column);
+      const Date* date = std::get_if<Date>(&value);
+      integers_.push_back(date == nullptr ? 0 : DateToSeconds(*date));
+      break;
+    }
+    default:
+      integers_.push_back(cursor.Integer(column));
+  }
+}
+
+void MirrorColumn::AppendDouble(access::RowCursor& cursor, std::size_t column) {
+  if (column_type_ == access::ColumnType::kDecimal) {
+    const Value value = cursor.Field(column);
+    const double* number = std::get_if<double>(&value);
+    doubles_.push_back(number == nullptr ? 0 : *number);
+    return;
+  }
+  const double number = cursor.Double(column);
+  doubles_.push_back(column_type_ == access::ColumnType::kSingle ? FromSingle(number) : number);
+}
+
+void MirrorColumn::AppendBytes(std::string_view bytes) {
+  bytes_.append(bytes);
+  ends_.push_back(bytes_.size());
+}
+
+void MirrorColumn::Append(access::RowCursor& cursor, std::size_t column) {
+  if (cursor.IsNull(column)) {
+    nulls_.resize(rows_ + 1);
+    nulls_[rows_] = true;
+  }
+  ++rows_;
+  if (type_ == Type::kText) {
+    AppendBytes(cursor.Text(column));
+  } else if (type_ == Type::kBinary) {
+    const auto bytes = cursor.Bytes(column);
+    AppendBytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  } else if (type_ == Type::kDouble) {
+    AppendDouble(cursor, column);
+  } else {
+    AppendInteger(cursor, column);
+  }
+}
+
+void MirrorColumn::ShrinkToFit() {
+  nulls_.shrink_to_fit();
+  integers_.shrink_to_fit();
+  doubles_.shrink_to_fit();
+  bytes_.shrink_to_fit();
+  ends_.shrink_to_fit();
+}
+
+std::uint64_t MirrorColumn::Hash(RowNumber row) const {
+  return type_ == Type::kText ? HashText(Bytes(row)) : HashInteger(integers_[row]);
+}
+
+LookupIndex::LookupIndex(const MirrorColumn& column, RowNumber rows) : next_(rows, kNoRow) {
+  heads_.assign(std::bit_ceil(std::max<std::size_t>(rows, 1)), kNoRow);
+  for (RowNumber row = rows; row-- > 0;) {
+    if (column.IsNull(row)) continue;
+    RowNumber& head = heads_[column.Hash(row) & (heads_.size() - 1)];
+    next_[row] = head;
+    head = row;
+  }
+}
+
+MirrorTable::MirrorTable(const access::Table& table) : name_(table.name()) {
+  for (const access::Column& column : table.columns())
+    columns_.emplace_back(column, table.row_count());
+  const auto cursor = table.Rows();
+  while (cursor->Next()) {
+    for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].Append(*cursor, i);
+    ++rows_;
+  }
+  for (MirrorColumn& column : columns_) column.ShrinkToFit();
+  indexes_.resize(columns_.size());
+  rows_per_value_.resize(columns_.size());
+}
+
+bool MirrorTable::CanLookUp(std::size_t column) const {
+  const Type type = columns_[column].type();
+  return type != Type::kDouble && type != Type::kBinary;
+}
+
+double MirrorTable::RowsPerValue(std::size_t column) {
+  double& result = rows_per_value_[column];
+  if (result > 0) return result;
+  // Even samples over the table tell columns of few values from those of many.
+  constexpr RowNumber kSamples = 2048;
+  const RowNumber step = std::max<RowNumber>(rows_ / kSamples, 1);
+  std::unordered_set<std::uint64_t> values;
+  RowNumber samples = 0;
+  for (RowNumber row = 0; row < rows_ && rows_ - row >= step; row += step, ++samples)
+    if (!columns_[column].IsNull(row)) values.insert(columns_[column].Hash(row));
+  const double distinct = std::max<double>(static_cast<double>(values.size()), 1);
+  // Where half the samples or more differ, the values are taken to grow with the table.
+  const bool grows = distinct * 2 >= static_cast<double>(samples);
+  result = grows ? std::max(static_cast<double>(samples) / distinct, 1.0)
+                 : std::max(static_cast<double>(rows_) / distinct, 1.0);
+  return result;
+}
+
+const LookupIndex& MirrorTable::IndexOf(std::size_t column) {
+  std::optional<LookupIndex>& index = indexes_[column];
+  if (!index) index.emplace(columns_[column], rows_);
+  return *index;
+}
+
+namespace {
+
+template <typename Matches>
+RowNumber SkipTo(const LookupIndex& index, RowNumber row, const Matches& matches) {
+  while (row != kNoRow && !matches(row)) row = index.Next(row);
+  return row;
+}
+
+}  // namespace
+
+RowNumber MirrorTable::FirstMatch(std::size_t column, std::int64_t value) {
+  const LookupIndex& index = IndexOf(column);
+  return SkipTo(index, index.First(HashInteger(value)),
+                [&](RowNumber row) { return columns_[column].Integer(row) == value; });
+}
+
+RowNumber MirrorTable::FirstMatch(std::size_t column, std::string_view value) {
+  const LookupIndex& index = IndexOf(column);
+  return SkipTo(index, index.First(HashText(value)), [&](RowNumber row) {
+    return CompareText(columns_[column].Bytes(row), value) == 0;
+  });
+}
+
+RowNumber MirrorTable::NextMatch(std::size_t column, RowNumber row, std::int64_t value) const {
+  const LookupIndex& index = *indexes_[column];
+  return SkipTo(index, index.Next(row),
+                [&](RowNumber next) { return columns_[column].Integer(next) == value; });
+}
+
+RowNumber MirrorTable::NextMatch(std::size_t column, RowNumber row, std::string_view value) const {
+  const LookupIndex& index = *indexes_[column];
+  return SkipTo(index, index.Next(row), [&](RowNumber next) {
+    return CompareText(columns_[column].Bytes(next), value) == 0;
+  });
+}
+
+}  // namespace tenora::query

@@ -1,0 +1,18 @@
+// Reads a select statement of the engine's dialect.
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "platform/query/syntax.h"
+
+namespace tenora::query {
+
+// `tokens` come from ReadTokens(statement). A statement that is just a table's name selects all of
+// it. Raises 3075 (syntax), 3129 (not a statement), 3219 (a statement that selects nothing) and
+// 3360 (nested too deep).
+std::unique_ptr<Select> ParseStatement(std::string_view statement,
+                                       const std::vector<Token>& tokens);
+
+}  // namespace tenora::query

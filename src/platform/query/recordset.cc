@@ -1,0 +1,65 @@
+#include "platform/query/recordset.h"
+
+#include "platform/query/errors.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::query {
+
+MirrorRecordset::MirrorRecordset(std::shared_ptr<Mirror> mirror, std::string_view statement)
+    : mirror_(std::move(mirror)), text_(statement), ready_(mirror_->Prepare(statement)) {
+  for (const OutputColumn& column : ready_.plan->plan.columns) names_.push_back(column.name);
+  Advance();
+  empty_ = at_end_;
+}
+
+MirrorRecordset::~MirrorRecordset() { Close(); }
+
+void MirrorRecordset::Close() {
+  if (ready_.statement != nullptr) mirror_->GiveBack(std::move(ready_));
+  ready_ = {};
+}
+
+void MirrorRecordset::CheckOpen() const {
+  if (ready_.plan == nullptr)
+    throw RecordsetError(engine_error::kObjectClosed, "Object invalid or no longer set.");
+}
+
+void MirrorRecordset::Advance() { at_end_ = !mirror_->Step(ready_.statement.get(), text_); }
+
+bool MirrorRecordset::EndOfFile() const {
+  CheckOpen();
+  return at_end_;
+}
+
+bool MirrorRecordset::BeginningOfFile() const {
+  CheckOpen();
+  return empty_;
+}
+
+void MirrorRecordset::MoveNext() {
+  CheckOpen();
+  if (at_end_) throw RecordsetError(engine_error::kNoCurrentRecord, "No current record.");
+  Advance();
+}
+
+Value MirrorRecordset::Field(std::string_view name) const {
+  CheckOpen();
+  for (std::size_t i = 0; i < names_.size(); ++i)
+    if (EqualsNoCase(names_[i], name)) return Field(i);
+  throw RecordsetError(engine_error::kItemNotFound,
+                       "Item not found in this collection: '" + std::string(name) + "'.");
+}
+
+Value MirrorRecordset::Field(std::size_t position) const {
+  CheckOpen();
+  if (position >= names_.size())
+    throw RecordsetError(engine_error::kItemNotFound, "Item not found in this collection: number " +
+                                                          std::to_string(position) + ".");
+  if (at_end_) throw RecordsetError(engine_error::kNoCurrentRecord, "No current record.");
+  // One thread uses the connection, so that the value needs no protection while it is read.
+  sqlite3_value* const value =
+      sqlite3_column_value(ready_.statement.get(), static_cast<int>(position));
+  return ReadValue(value, ready_.plan->plan.columns[position].type);
+}
+
+}  // namespace tenora::query

@@ -1,0 +1,41 @@
+// A record set over a running statement.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/query/engine.h"
+#include "platform/query/mirror.h"
+
+namespace tenora::query {
+
+class MirrorRecordset : public Recordset {
+ public:
+  // Moves to the first row.
+  MirrorRecordset(std::shared_ptr<Mirror> mirror, std::string_view statement);
+  ~MirrorRecordset() override;
+  MirrorRecordset(const MirrorRecordset&) = delete;
+  MirrorRecordset& operator=(const MirrorRecordset&) = delete;
+
+  bool EndOfFile() const override;
+  bool BeginningOfFile() const override;
+  void MoveNext() override;
+  Value Field(std::string_view name) const override;
+  Value Field(std::size_t position) const override;
+  const std::vector<std::string>& FieldNames() const override { return names_; }
+  void Close() override;
+
+ private:
+  void CheckOpen() const;
+  void Advance();
+
+  std::shared_ptr<Mirror> mirror_;  // keeps the rows that a statement points to
+  std::string text_;
+  Mirror::Ready ready_;
+  std::vector<std::string> names_;
+  bool empty_ = false;
+  bool at_end_ = false;
+};
+
+}  // namespace tenora::query

@@ -1,0 +1,45 @@
+#include "platform/query/scope.h"
+
+#include "platform/runtime/text.h"
+
+namespace tenora::query {
+namespace {
+
+const ScopeColumn* FindColumn(const ScopeSource& source, std::string_view name) {
+  for (const ScopeColumn& column : source.columns)
+    if (EqualsNoCase(column.name, name)) return &column;
+  return nullptr;
+}
+
+}  // namespace
+
+const ScopeSource* Scope::FindSource(std::string_view name) const {
+  for (const ScopeSource& source : sources_)
+    if (EqualsNoCase(source.name, name)) return &source;
+  return nullptr;
+}
+
+Scope::Match Scope::Find(std::string_view qualifier, std::string_view name) const {
+  Match match;
+  for (const ScopeSource& source : sources_) {
+    if (!qualifier.empty() && !EqualsNoCase(source.name, qualifier)) continue;
+    const ScopeColumn* const column = FindColumn(source, name);
+    if (column == nullptr) continue;
+    if (match.column != nullptr) match.ambiguous = true;
+    match.column = column;
+  }
+  if (match.column == nullptr && outer_ != nullptr) {
+    match = outer_->Find(qualifier, name);
+    match.outer = true;
+  }
+  return match;
+}
+
+std::size_t Scope::CountSourcesWith(std::string_view name) const {
+  std::size_t count = 0;
+  for (const ScopeSource& source : sources_)
+    if (FindColumn(source, name) != nullptr) ++count;
+  return count;
+}
+
+}  // namespace tenora::query

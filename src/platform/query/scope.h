@@ -1,0 +1,47 @@
+// The names that an expression can use: the columns of the tables of a select, and of the selects
+// around it.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/query/storage.h"
+
+namespace tenora::query {
+
+struct ScopeColumn {
+  std::string name;
+  Type type = Type::kNull;
+  std::string sql = {};
+};
+
+struct ScopeSource {
+  std::string name;  // the alias, else the table's name
+  std::vector<ScopeColumn> columns = {};
+};
+
+class Scope {
+ public:
+  explicit Scope(const Scope* outer) : outer_(outer) {}
+
+  void Add(ScopeSource source) { sources_.push_back(std::move(source)); }
+  const std::vector<ScopeSource>& sources() const { return sources_; }
+  const ScopeSource* FindSource(std::string_view name) const;
+
+  struct Match {
+    const ScopeColumn* column = nullptr;
+    bool ambiguous = false;
+    bool outer = false;  // found in a select around this one
+  };
+  // Letter case is ignored; `qualifier` may be empty.
+  Match Find(std::string_view qualifier, std::string_view name) const;
+  // How many of the sources have a column of this name.
+  std::size_t CountSourcesWith(std::string_view name) const;
+
+ private:
+  const Scope* outer_;
+  std::vector<ScopeSource> sources_;
+};
+
+}  // namespace tenora::query

@@ -1,0 +1,23 @@
+#include "platform/query/translator.h"
+
+#include "platform/query/select_translator.h"
+
+namespace tenora::query {
+
+Plan Translate(const Select& select, std::string_view statement, Catalogue& catalogue) {
+  TranslationState state{.statement = statement, .catalogue = catalogue};
+  SelectTranslator translator(state);
+  SelectTranslator::Result result = translator.Translate(select, nullptr);
+  if (!state.unknown_names.empty()) {
+    std::string names;
+    for (const std::string& name : state.unknown_names) names += (names.empty() ? "" : ", ") + name;
+    state.Fail(engine_error::kTooFewParameters, "Too few parameters. Expected " +
+                                                    std::to_string(state.unknown_names.size()) +
+                                                    ". Unknown: " + names + ".");
+  }
+  return {.sql = std::move(result.sql),
+          .columns = std::move(result.columns),
+          .parameters = std::move(state.parameters)};
+}
+
+}  // namespace tenora::query

@@ -1,0 +1,47 @@
+// Turns a parsed statement of the engine's dialect into one that SQLite runs over the mirror.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/query/mirror_table.h"
+#include "platform/query/syntax.h"
+
+namespace tenora::query {
+
+struct OutputColumn {
+  std::string name;
+  Type type = Type::kNull;
+};
+
+// A literal of the statement, handed to SQLite as the parameter of the same position.
+struct Parameter {
+  std::size_t token = 0;  // the literal's place among the tokens
+  Type type = Type::kNull;
+};
+
+struct Plan {
+  std::string sql;
+  std::vector<OutputColumn> columns;
+  std::vector<Parameter> parameters;
+};
+
+// The tables that statements can name.
+class Catalogue {
+ public:
+  virtual ~Catalogue() = default;
+  struct Entry {
+    std::size_t number = 0;  // the table is t<number> in SQLite
+    const MirrorTable* table = nullptr;
+  };
+  // Brings the table into the mirror; `table` is null when the file has none of this name.
+  virtual Entry FindTable(std::string_view name) = 0;
+};
+
+// Raises 3061 (unknown names), 3078 (no such table), 3079 (ambiguous name), 3085 (unknown
+// function), 3122 and 3096 (misplaced aggregates), 3464 (types that cannot be compared), 3075 and
+// 3360.
+Plan Translate(const Select& select, std::string_view statement, Catalogue& catalogue);
+
+}  // namespace tenora::query
