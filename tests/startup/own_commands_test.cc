@@ -31,7 +31,7 @@ TEST_F(OwnCommands, TellAFailureFromAWrongCall) {
   const Case cases[] = {
       {{"query", database, "select * from nothing"}, 1, "3078 - "},
       {{"query", database, "select nothing from tenancy"}, 1, "3061 - "},
-      {{"query", database, "selec"}, 1, "3075 - "},
+      {{"query", database, "select from where"}, 1, "3075 - "},
       {{"query", database, "delete from tenancy"}, 1, " - "},
       {{"query", "/no/such.mdb", "select 1"}, 1, "3024 - "},
       {{"tables", "/etc/passwd"}, 1, "3343 - "},
