@@ -36,7 +36,7 @@ int RunMain(const std::vector<std::string>& arguments) {
   ConsoleDialogs dialogs(std::cin, std::cerr);
   const auto locale = MakeLocale();
   const auto registry = registry::Registry::FromEnvironment();
-  const auto workspace = query::Workspace::Create();
+  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
   Session session(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
   const CommandLine line = CommandLine::FromArguments(arguments);
   return Main(CommandParts{line, session, MakePrinters, std::cout});

@@ -8,7 +8,6 @@
 
 #include "platform/dialogs/terminal_text.h"
 #include "platform/query/engine.h"
-#include "platform/query/tab_separated.h"
 #include "platform/runtime/error.h"
 
 namespace tenora {

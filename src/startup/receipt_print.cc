@@ -55,12 +55,15 @@ class ReceiptCommand {
       : parts_(parts),
         session_(parts.session),
         dialogs_(parts.session.platform.dialogs),
-        letter_(parts.session) {}
+        letter_(parts.session),
+        errors_before_(parts.session.database.ErrorsReported()) {}
 
   bool Run();
 
  private:
   bool LoadRentalData();
+  // A failed query has been shown and reads as empty fields: such a letter is no receipt.
+  bool DatabaseFailed() const { return session_.database.ErrorsReported() != errors_before_; }
   bool BuildLetter();
   bool MergeLetter();
   bool Print();
@@ -72,6 +75,7 @@ class ReceiptCommand {
   Dialogs& dialogs_;
   frmLetter letter_;
   ReceiptParameters parameters_;
+  std::size_t errors_before_;
 };
 
 bool ReceiptCommand::Run() {
@@ -81,11 +85,8 @@ bool ReceiptCommand::Run() {
     return false;
   }
   session_.database.SetCommandMode();
-  const std::size_t errors_before = session_.database.ErrorsReported();
-  if (!LoadRentalData() || !BuildLetter()) return false;
-  // A failed query reads as empty fields, which the reporter has shown by now: such a letter is no
-  // receipt.
-  if (session_.database.ErrorsReported() != errors_before) return false;
+  if (!LoadRentalData() || DatabaseFailed()) return false;
+  if (!BuildLetter()) return false;
   letter_.InsertPrompts();
 
   bool done = true;
@@ -127,6 +128,7 @@ bool ReceiptCommand::BuildLetter() {
 
 bool ReceiptCommand::MergeLetter() {
   const TenantMergeOutcome outcome = letter_.InsertTenantDetails();
+  if (DatabaseFailed()) return false;
   if (outcome.error) {
     ShowError(dialogs_, kLabel, *outcome.error);
     return false;

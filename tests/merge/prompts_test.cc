@@ -45,7 +45,11 @@ TEST_F(InsertPromptsTest, StopsAtAMalformedPrompt) {
   const Case cases[] = {
       {"<<?abc?>> <<?ab?>> <<?later?>>", "x <<?ab?>> <<?later?>>", 1},
       {"<<?ab?>> <<?later?>>", "<<?ab?>> <<?later?>>", 0},
-      {"<<??>>", "<<??>>", 0},
+      {"<<?"
+       "?>>",
+       "<<?"
+       "?>>",
+       0},  // in two pieces: no trigraph
       {"<<?open <<FutureDate:1:Days>>", "<<?open <<FutureDate:1:Days>>", 0},
       {"?>> no start", "?>> no start", 0},
       {"<<?outer <<?inner?>> tail?>>", "x tail?>>", 1},

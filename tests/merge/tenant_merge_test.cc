@@ -110,7 +110,7 @@ TEST_F(InsertTenantDetailsTest, FillsEveryTenancyOfTheSampleAgency) {
   for (const auto& tenancy : tenancies) {
     const auto* property = Find(properties, "code", tenancy.at("Property Code"));
     if (property == nullptr) continue;
-    const auto* owner = Find(owners, "code", property->at("ownercode"));
+    const auto* owner = Find(owners, "Code", property->at("ownercode"));
     const std::string& code = tenancy.at("reference");
     const std::string& review = tenancy.at("RentReviewDate");
     EXPECT_EQ(
@@ -176,7 +176,8 @@ TEST_F(InsertTenantDetailsTest, DescribesTheReceiptsOwnPaymentAndNoBalances) {
 
 TEST_F(InsertTenantDetailsTest, FillsCustomFieldsAndRemovesTheRest) {
   LoadCaches();
-  const auto* plate = Find(test::SampleTable("custom_fields"), "fieldcode", "CarPlate");
+  const auto fields = test::SampleTable("custom_fields");
+  const auto* plate = Find(fields, "fieldcode", "CarPlate");
   ASSERT_NE(plate, nullptr);
   const std::string code = plate->at("parentcode");
   EXPECT_EQ(
@@ -221,9 +222,10 @@ TEST_F(InsertTenantDetailsTest, FindsTheTenancyByTheRecipientsName) {
 
 TEST_F(InsertTenantDetailsTest, TakesTheDayAfterTheCurrentPeriod) {
   LoadCaches();
+  const auto periods = test::SampleTable("rent_periods");
   for (const auto& tenancy : test::SampleTable("tenancy")) {
     std::string last;
-    for (const auto& period : test::SampleTable("rent_periods")) {
+    for (const auto& period : periods) {
       if (period.at("tenant_code") == tenancy.at("reference")) {
         last = std::max(last, period.at("period_to"));
       }
@@ -241,8 +243,8 @@ TEST_F(InsertTenantDetailsTest, TakesTheDayAfterTheCurrentPeriod) {
 
 TEST_F(InsertTenantDetailsTest, IssuesNoReceiptNumberOfABuilding) {
   LoadCaches();
+  const auto properties = test::SampleTable("property");
   for (const auto& tenancy : test::SampleTable("tenancy")) {
-    const auto properties = test::SampleTable("property");
     const auto* property = Find(properties, "code", tenancy.at("Property Code"));
     if (property == nullptr) continue;
     machine_.dialogs.ForgetShown();
