@@ -122,11 +122,18 @@ std::string EmailPictures::WithMarks(const richtext::Document& document, std::st
   return marked.append(source, copied);
 }
 
-std::string EmailPictures::WithTags(std::string html) const {
+std::string EmailPictures::WithTags(std::string_view html) const {
+  std::string tagged;
+  std::size_t copied = 0;
+  // The marks stand in the order of the pictures.
   for (std::size_t i = 0; i < image_tags.size(); ++i) {
-    html = ReplaceAll(std::move(html), HtmlMark(i), image_tags[i]);
+    const std::string mark = HtmlMark(i);
+    const std::size_t at = html.find(mark, copied);
+    if (at == std::string_view::npos) continue;
+    tagged.append(html.substr(copied, at - copied)).append(image_tags[i]);
+    copied = at + mark.size();
   }
-  return html;
+  return tagged.append(html.substr(copied));
 }
 
 }  // namespace tenora

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/mail/message.h"
@@ -17,7 +18,7 @@ struct EmailPictures {
   // Puts a mark that the HTML converter lets through in the place of each picture's group.
   std::string WithMarks(const richtext::Document& document, std::string source);
   // Puts the image tags in the place of the marks.
-  std::string WithTags(std::string html) const;
+  std::string WithTags(std::string_view html) const;
 };
 
 }  // namespace tenora

@@ -48,8 +48,10 @@ class FormatState {
       } else {
         words_[name] = "\\" + name;
       }
-    } else if (name == "f" || name == "fs" || name == "cf") {
+    } else if (name == "f" || name == "fs") {
       words_[name] = "\\" + name + std::string(word.parameter);
+    } else if (name == "cf") {
+      words_[kLast] = "\\cf" + std::string(word.parameter);
     }
   }
 
@@ -59,7 +61,16 @@ class FormatState {
     return all.empty() ? all : all + " ";
   }
 
+  // The colour word, which makes the converter take up a new font or size.
+  std::string ColourWord() const {
+    const auto colour = words_.find(kLast);
+    return colour == words_.end() ? std::string() : colour->second + " ";
+  }
+
  private:
+  // Behind all other kinds: the colour word has to follow the font and the size.
+  static constexpr const char* kLast = "~";
+
   std::map<std::string, std::string> words_;
 };
 
@@ -71,63 +82,69 @@ class Cutter {
     std::size_t at = 0;
     while (at < source_.size()) {
       const char c = source_[at];
-      if (c == '{') {
-        groups_.push_back(state_);
-        ++at;
-      } else if (c == '}') {
-        if (!groups_.empty()) {
-          state_ = groups_.back();
-          groups_.pop_back();
-        }
-        ++at;
-      } else if (c == '\\') {
+      if (c == '\\') {
         const ControlWord word = ReadControlWord(source_, at);
-        TakeWord(word, at);
+        TakeWord(word, source_.substr(at, word.end - at));
         at = word.end;
-      } else {
-        ++at;
+        continue;
       }
+      text_ += c;
+      if (c == '{') groups_.push_back(state_);
+      if (c == '}') LeaveGroup();
+      ++at;
     }
-    EndPiece(source_.size(), -1, -1);
+    EndPiece(-1, -1);
     return std::move(pieces_);
   }
 
  private:
-  void TakeWord(const ControlWord& word, std::size_t at) {
+  void TakeWord(const ControlWord& word, std::string_view written) {
     if (word.name == "trowd" && cell_ < 0) {
-      EndPiece(at, -1, -1);
-      BeginPiece(at);
+      EndPiece(-1, -1);
       ++rows_;
       cell_ = 0;
     } else if (word.name == "cell" && cell_ >= 0) {
-      EndPiece(at, rows_ - 1, cell_++);
-      BeginPiece(word.end);
+      EndPiece(rows_ - 1, cell_++);
     } else if (word.name == "row" && cell_ >= 0) {
       // What stands between the last cell and the end of the row is no text.
-      BeginPiece(word.end);
+      text_ = state_.Words();
       cell_ = -1;
+    } else if (word.name == "nestcell") {
+      text_ += "\\tab ";
+    } else if (word.name == "nestrow") {
+      text_ += "\\par ";
     } else {
+      text_ += written;
       state_.Take(word);
+      if (word.name == "pard") Restate();
+      if (word.name == "f" || word.name == "fs") text_ += state_.ColourWord();
     }
   }
 
-  void BeginPiece(std::size_t at) {
-    begin_ = at;
-    words_at_begin_ = state_.Words();
+  void LeaveGroup() {
+    if (groups_.empty()) return;
+    state_ = std::move(groups_.back());
+    groups_.pop_back();
+    Restate();
   }
 
-  void EndPiece(std::size_t at, int row, int cell) {
-    std::string text(source_.substr(begin_, at - begin_));
-    text = ReplaceAll(ReplaceAll(std::move(text), "\\nestcell", "\\tab"), "\\nestrow", "\\par");
-    pieces_.push_back({words_at_begin_ + text, row, cell});
+  // The converter forgets its formats at "}" and \pard; rich text keeps them.
+  void Restate() {
+    if (text_.ends_with(' ')) text_.pop_back();
+    text_ += state_.Words();
+    if (!text_.ends_with('}') && !text_.ends_with(' ')) text_ += ' ';
+  }
+
+  void EndPiece(int row, int cell) {
+    pieces_.push_back({std::move(text_), row, cell});
+    text_ = state_.Words();
   }
 
   std::string_view source_;
   FormatState state_;
   std::vector<FormatState> groups_;
   std::vector<LetterPiece> pieces_;
-  std::size_t begin_ = 0;
-  std::string words_at_begin_;
+  std::string text_;
   int rows_ = 0;
   int cell_ = -1;  // -1: outside tables
 };
