@@ -46,8 +46,8 @@ class Database {
   Date LookupDate(std::string_view field, std::string_view table, std::string_view clause,
                   Date default_date);
 
-  // Shows a failed database operation and appends it to the month's error log. Neither names the
-  // label: it tells a reader of the code which operation it was, and both texts are fixed.
+  // Shows a failed database operation and appends it to the month's error log. The label names the
+  // operation to the reader of the code only: neither the box nor the log line has room for it.
   void DataErrorReport(std::string_view label, const RuntimeError& error);
 
   // How many errors DataErrorReport has shown: a caller that must not go on with the empty result

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
 

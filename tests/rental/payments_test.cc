@@ -10,8 +10,6 @@
 namespace tenora {
 namespace {
 
-using testing::ElementsAre;
-
 const Date kToday = Date::FromCalendar(2026, 11, 21);
 const Date kFrom = Date::FromCalendar(2026, 11, 2);
 

@@ -5,8 +5,6 @@
 namespace tenora::test {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 

@@ -5,7 +5,6 @@
 namespace tenora::test {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 struct Made {

@@ -1,5 +1,6 @@
 // The rental room over the sample agency, against what an independent reader of the same file says.
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -125,8 +126,9 @@ struct Expected {
 std::map<std::string, Expected> ReadIndependently() {
   std::map<std::string, Expected> tenancies;
   for (const Row& row : Export("tenancy")) {
-    tenancies[row.at("reference")] = {.ended = DayOf(row.at("when ended")),
-                                      .property = row.at("Property Code")};
+    Expected& tenancy = tenancies[row.at("reference")];
+    tenancy.ended = DayOf(row.at("when ended"));
+    tenancy.property = row.at("Property Code");
   }
   for (const Row& row : Export("rent_periods")) {
     tenancies[row.at("tenant_code")].charges.push_back(
@@ -218,7 +220,7 @@ TEST_F(SampleRental, FillsATenancyFromItsOwnAndItsPropertysColumns) {
   EXPECT_EQ(tenant.RentReviewDate, Day(2027, 10, 21));
   EXPECT_EQ(tenant.PropertyCode, "PR00013");
   EXPECT_EQ(tenant.Email, "tenant8@example.test");
-  EXPECT_EQ(tenant.HomePhone, "09 5552142");
+  EXPECT_EQ(tenant.HomePhone, "09 5556141");
   EXPECT_EQ(tenant.WorkPhone, "09 5552482");
   EXPECT_EQ(tenant.Mobile, "027 5557212");
   EXPECT_EQ(tenant.IdNumber, "ID568500");

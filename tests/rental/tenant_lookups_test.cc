@@ -6,7 +6,6 @@ namespace tenora::test {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 class TenantLookups : public ScriptedRental {};

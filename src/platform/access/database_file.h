@@ -64,7 +64,9 @@ struct Index {
 };
 
 // Walks the rows of a table in the file's order. Deleted rows are passed over, overflow rows are
-// followed. A damaged page or row raises a RuntimeError that names file, table and page.
+// followed. A damaged page or row raises a RuntimeError that names file, table and page; 3049, or
+// 3043 when the system cannot read the page. After it, Next() goes on behind what is damaged. A
+// cursor may outlive its table and database. Columns must be positions in Table::columns().
 class RowCursor {
  public:
   virtual ~RowCursor() = default;
@@ -72,11 +74,12 @@ class RowCursor {
   virtual bool Next() = 0;
   // Fields of the current row, by position in Table::columns(). The typed readers convert nothing:
   // call the one that fits the column's type. A null reads as 0, "" or empty.
-  virtual bool IsNull(std::size_t column) const = 0;
+  virtual bool IsNull(std::size_t column) const = 0;  // never for a boolean
   virtual bool Boolean(std::size_t column) const = 0;
   virtual std::int64_t Integer(std::size_t column) const = 0;  // kByte to kLong, kBigInt, kComplex
   virtual std::int64_t TenThousandths(std::size_t column) const = 0;  // kCurrency
-  virtual double Double(std::size_t column) const = 0;                // kSingle, kDouble, kDateTime
+  // kSingle, kDouble; kDateTime and kDateTimeExtended as day count.
+  virtual double Double(std::size_t column) const = 0;
   // kText, kMemo as UTF-8; kGuid as "{…}"; kDecimal as exact decimal text. The view lives until the
   // next call on this cursor.
   virtual std::string_view Text(std::size_t column) = 0;
@@ -98,11 +101,12 @@ class Table {
   virtual std::unique_ptr<RowCursor> Rows() const = 0;
 };
 
+// For one thread at a time.
 class DatabaseFile {
  public:
   // Raises, with the engine's numbers and the file's name in the description: 3024 (no such file),
   // 3051 (no permission), 3343 (not a database, zero bytes, a folder, truncated), 3031 (a password
-  // or an encoding that we do not read).
+  // or an encoding that we do not read), 3049 and 3043 as a RowCursor for the catalogue.
   static std::shared_ptr<DatabaseFile> Open(const std::filesystem::path& path);
   virtual ~DatabaseFile() = default;
 
@@ -110,7 +114,8 @@ class DatabaseFile {
   virtual Format format() const = 0;
   // The user's tables, in the order of the catalogue; system and temporary ones are left out.
   virtual std::vector<std::string> TableNames() const = 0;
-  // Any table by name, letter case ignored; null when there is none.
+  // Any table by name, letter case ignored; null when there is none, as for one that is linked from
+  // another file. Raises as a RowCursor when its definition is damaged.
   virtual const Table* FindTable(std::string_view name) const = 0;
 };
 

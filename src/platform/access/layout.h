@@ -23,9 +23,8 @@ struct Layout {
 
   // Table definition, first page.
   std::size_t tdef_rows;
-  std::size_t tdef_table_type;
-  std::size_t tdef_max_columns;  // row and column counts follow: max, variable, present
-  std::size_t tdef_index_count;  // logical, then physical
+  std::size_t tdef_max_columns;  // most columns ever, variable ones, present ones
+  std::size_t tdef_index_count;  // of logical, then of physical ones
   std::size_t tdef_owned_pages;
   std::size_t tdef_free_pages;
   std::size_t tdef_first_index;  // behind the fixed part: one record per physical index
@@ -53,7 +52,6 @@ struct Layout {
 
   // Logical index record.
   std::size_t logical_size;
-  std::size_t logical_number;
   std::size_t logical_physical;
   std::size_t logical_type;
 };
@@ -64,7 +62,6 @@ inline constexpr Layout kJet3Layout{
     .data_row_offsets = 10,
     .row_count_size = 1,
     .tdef_rows = 12,
-    .tdef_table_type = 20,
     .tdef_max_columns = 21,
     .tdef_index_count = 27,
     .tdef_owned_pages = 35,
@@ -86,7 +83,6 @@ inline constexpr Layout kJet3Layout{
     .index_root = 34,
     .index_flags = 38,
     .logical_size = 20,
-    .logical_number = 0,
     .logical_physical = 4,
     .logical_type = 19,
 };
@@ -97,7 +93,6 @@ inline constexpr Layout kJet4Layout{
     .data_row_offsets = 14,
     .row_count_size = 2,
     .tdef_rows = 16,
-    .tdef_table_type = 40,
     .tdef_max_columns = 41,
     .tdef_index_count = 47,
     .tdef_owned_pages = 55,
@@ -119,7 +114,6 @@ inline constexpr Layout kJet4Layout{
     .index_root = 38,
     .index_flags = 46,
     .logical_size = 28,
-    .logical_number = 4,
     .logical_physical = 8,
     .logical_type = 23,
 };
@@ -132,7 +126,6 @@ inline constexpr const Layout& LayoutOf(Format format) {
 
 // The same in every format.
 inline constexpr std::size_t kTdefNextPage = 4;
-inline constexpr std::size_t kTdefLength = 8;
 inline constexpr std::size_t kTdefContinuation = 8;  // where a further definition page goes on
 inline constexpr std::size_t kIndexColumnSlots = 10;
 inline constexpr std::uint16_t kNoColumn = 0xFFFF;

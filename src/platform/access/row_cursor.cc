@@ -163,14 +163,18 @@ class TableCursor final : public RowCursor {
     slot_ = slots_ = 0;
     row_ = Row();
     table_->file->Read(number, page_);
-    // The map may hold pages of the table that are not for rows.
-    const bool other = page_.type() == PageType::kIndexNode ||
-                       page_.type() == PageType::kIndexLeaf || page_.owner() == kLongValueOwner;
-    if (other) return true;
+    if (IsForOtherUse(page_)) return true;
     const DataPage data(table_->file->layout(), page_);
     RequireOwner(page_);
     slots_ = data.row_count();
     return true;
+  }
+
+  // Among a table's own pages may be some that are not for rows, or not used yet.
+  static bool IsForOtherUse(const PageBuffer& page) {
+    const bool blank = page.type() == PageType::kHeader && page.owner() == 0;
+    return blank || page.type() == PageType::kIndexNode || page.type() == PageType::kIndexLeaf ||
+           page.owner() == kLongValueOwner;
   }
 
   void RequireOwner(const PageBuffer& page) const {

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "platform/query/collation.h"
@@ -23,6 +24,18 @@ struct Cursor : sqlite3_vtab_cursor {
   std::int64_t integer = 0;
   std::string text;
 };
+
+// SQLite's code cannot be left by an exception.
+template <typename Work>
+int Guarded(const Work& work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return SQLITE_NOMEM;
+  } catch (...) {
+    return SQLITE_ERROR;
+  }
+}
 
 int Connect(sqlite3* connection, void* tables, int count, const char* const* arguments,
             sqlite3_vtab** result, char** error) {
@@ -115,7 +128,7 @@ bool TakeInteger(Cursor& cursor, sqlite3_value* value) {
   return type == SQLITE_INTEGER;
 }
 
-int Filter(sqlite3_vtab_cursor* base, int column, const char*, int count, sqlite3_value** values) {
+int Filter(sqlite3_vtab_cursor* base, int column, int count, sqlite3_value** values) {
   Cursor& cursor = *static_cast<Cursor*>(base);
   cursor.lookup = count == 0 ? -1 : column;
   cursor.row = 0;
@@ -179,14 +192,25 @@ int ReadRowId(sqlite3_vtab_cursor* base, sqlite3_int64* row) {
 sqlite3_module MakeModule() {
   sqlite3_module module{};
   module.iVersion = 1;
-  module.xCreate = Connect;
-  module.xConnect = Connect;
-  module.xBestIndex = BestIndex;
+  const auto connect = [](sqlite3* connection, void* tables, int count,
+                          const char* const* arguments, sqlite3_vtab** result, char** error) {
+    return Guarded([&] { return Connect(connection, tables, count, arguments, result, error); });
+  };
+  module.xCreate = connect;
+  module.xConnect = connect;
+  module.xBestIndex = [](sqlite3_vtab* table, sqlite3_index_info* info) {
+    return Guarded([&] { return BestIndex(table, info); });
+  };
   module.xDisconnect = Disconnect;
   module.xDestroy = Disconnect;
-  module.xOpen = OpenCursor;
+  module.xOpen = [](sqlite3_vtab* table, sqlite3_vtab_cursor** result) {
+    return Guarded([&] { return OpenCursor(table, result); });
+  };
   module.xClose = CloseCursor;
-  module.xFilter = Filter;
+  module.xFilter = [](sqlite3_vtab_cursor* cursor, int column, const char*, int count,
+                      sqlite3_value** values) {
+    return Guarded([&] { return Filter(cursor, column, count, values); });
+  };
   module.xNext = Next;
   module.xEof = AtEnd;
   module.xColumn = ReadColumn;

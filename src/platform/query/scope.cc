@@ -27,19 +27,13 @@ Scope::Match Scope::Find(std::string_view qualifier, std::string_view name) cons
     if (column == nullptr) continue;
     if (match.column != nullptr) match.ambiguous = true;
     match.column = column;
+    match.source = &source;
   }
   if (match.column == nullptr && outer_ != nullptr) {
     match = outer_->Find(qualifier, name);
     match.outer = true;
   }
   return match;
-}
-
-std::size_t Scope::CountSourcesWith(std::string_view name) const {
-  std::size_t count = 0;
-  for (const ScopeSource& source : sources_)
-    if (FindColumn(source, name) != nullptr) ++count;
-  return count;
 }
 
 }  // namespace tenora::query

@@ -31,13 +31,12 @@ class Scope {
 
   struct Match {
     const ScopeColumn* column = nullptr;
+    const ScopeSource* source = nullptr;
     bool ambiguous = false;
     bool outer = false;  // found in a select around this one
   };
   // Letter case is ignored; `qualifier` may be empty.
   Match Find(std::string_view qualifier, std::string_view name) const;
-  // How many of the sources have a column of this name.
-  std::size_t CountSourcesWith(std::string_view name) const;
 
  private:
   const Scope* outer_;

@@ -1,6 +1,8 @@
 #include "platform/query/select_translator.h"
 
 #include <algorithm>
+#include <set>
+#include <unordered_map>
 
 #include "platform/query/mirror_module.h"
 #include "platform/runtime/text.h"
@@ -169,6 +171,17 @@ void SelectTranslator::AddItems(const Select& select, const Scope& scope,
   }
   if (items.empty())
     state_.Fail(engine_error::kSyntax, "Query must have at least one destination field.");
+  QualifyNames(items);
+}
+
+// Columns of one name from several tables are told apart by the tables' names.
+void SelectTranslator::QualifyNames(std::vector<Item>& items) {
+  std::unordered_map<std::string, std::set<std::string>> columns;  // by name: SQLite texts
+  for (const Item& item : items)
+    if (!item.source.empty()) columns[ToLower(item.name)].insert(item.fragment.sql);
+  for (Item& item : items)
+    if (!item.source.empty() && columns[ToLower(item.name)].size() > 1)
+      item.name = item.source + "." + item.name;
 }
 
 void SelectTranslator::AddAllColumns(const std::string& qualifier, const Scope& scope,
@@ -181,11 +194,10 @@ void SelectTranslator::AddAllColumns(const std::string& qualifier, const Scope& 
   for (const ScopeSource& source : scope.sources()) {
     if (!qualifier.empty() && !EqualsNoCase(source.name, qualifier)) continue;
     for (const ScopeColumn& column : source.columns) {
-      // Columns that several tables have are told apart by the table's name.
-      const bool shared = qualifier.empty() && scope.CountSourcesWith(column.name) > 1;
       Item item;
       item.fragment = {.sql = column.sql, .type = column.type, .column = true};
-      item.name = shared ? source.name + "." + column.name : column.name;
+      item.name = column.name;
+      item.source = source.name;
       items.push_back(std::move(item));
     }
   }
@@ -203,7 +215,9 @@ SelectTranslator::Item SelectTranslator::MakeItem(const SelectItem& item, const 
   result.name = "Expr" + std::to_string(kFirstUnnamed + position);
   if (item.expression->kind != ExpressionKind::kColumn) return result;
   const Scope::Match match = scope.Find(item.expression->qualifier, item.expression->name);
-  if (match.column != nullptr) result.name = match.column->name;
+  if (match.column == nullptr) return result;
+  result.name = match.column->name;
+  if (match.source != nullptr) result.source = match.source->name;
   return result;
 }
 

@@ -28,6 +28,7 @@ class SelectTranslator : public SubselectTranslator {
     Fragment fragment;
     std::string name;
     std::string alias = {};                  // as the statement gives it
+    std::string source = {};                 // of a column without alias: its table
     const Expression* expression = nullptr;  // null for the columns of *
   };
   // A select without its order, its items not yet put down.
@@ -48,6 +49,7 @@ class SelectTranslator : public SubselectTranslator {
   std::string TranslateGroup(const Select& select, const Scope& scope);
   void AddItems(const Select& select, const Scope& scope, ExpressionTranslator& expressions,
                 std::vector<Item>& items);
+  static void QualifyNames(std::vector<Item>& items);
   void AddAllColumns(const std::string& qualifier, const Scope& scope, std::vector<Item>& items);
   Item MakeItem(const SelectItem& item, const Scope& scope, ExpressionTranslator& expressions,
                 std::size_t position);

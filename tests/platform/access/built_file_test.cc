@@ -158,6 +158,24 @@ TEST_P(EveryVersion, ReadsADefinitionOverSeveralPages) {
   for (std::size_t i = 0; i < 200; ++i) EXPECT_EQ(rows->Integer(i), static_cast<int>(i));
 }
 
+// A bitmap page of Jet 3 covers 16352 pages: what lies behind is on the next one.
+TEST(UsageMaps, GoOnFromOneBitmapPageToTheNext) {
+  FileBuilder builder(0);
+  const auto definition = builder.NewPage(), near = builder.NewPage();
+  std::uint32_t far = near;
+  while (far < 16352 + 9) far = builder.NewPage();
+  BuiltTable table;
+  table.columns = {{"id", 4, 0, true, 0, 4}};
+  table.max_columns = 1;
+  table.data_pages = {near, far};
+  table.indirect_map = true;
+  builder.PutRows(near, definition, {{builder.FixedRow({true}, test::Stored32(1))}});
+  builder.PutRows(far, definition, {{builder.FixedRow({true}, test::Stored32(2))}});
+  builder.PutDefinition(definition, table);
+  builder.AddToCatalogue("spread", definition);
+  EXPECT_THAT(Texts(*OpenText(builder.Finish()), "spread", "id"), ElementsAre("1", "2"));
+}
+
 TEST(Catalogue, LeavesOutWhatIsNoTableOfTheUser) {
   FileBuilder builder(1);
   const auto definition = builder.NewPage();

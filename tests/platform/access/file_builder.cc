@@ -137,16 +137,25 @@ void FileBuilder::PutLongValues(std::uint32_t page, const std::vector<std::strin
 }
 
 std::string FileBuilder::Pages(const std::vector<std::uint32_t>& pages, bool indirect) {
-  std::string bits = Zeros(jet3() ? 128 : 64);
+  const std::size_t inline_bytes = jet3() ? 128 : 64, bitmap_bytes = page_size() - 4;
+  // An inline map starts at its first page, rounded down, to be unlike one that starts at 0.
+  const std::uint32_t first = indirect || pages.empty() ? 0 : pages.front() / 8 * 8;
+  const std::uint32_t last = pages.empty() ? 0 : pages.back();
+  std::string bits = Zeros(std::max<std::size_t>(inline_bytes, last / 8 + 1 - first / 8));
   for (const std::uint32_t page : pages) {
-    bits[page / 8] = static_cast<char>(bits[page / 8] | 1 << page % 8);
+    char& byte = bits[(page - first) / 8];
+    byte = static_cast<char>(byte | 1 << page % 8);
   }
   if (indirect) {
-    const std::uint32_t bitmap = NewPage();
-    SetPage(bitmap, Stored32(0x0105) + bits);
-    maps_.push_back({'\1' + Stored32(bitmap) + Zeros(bits.size())});
+    std::string map = "\1";
+    for (std::size_t at = 0; at < bits.size(); at += bitmap_bytes) {
+      const std::uint32_t bitmap = NewPage();
+      SetPage(bitmap, Stored32(0x0105) + bits.substr(at, bitmap_bytes));
+      map += Stored32(bitmap);
+    }
+    maps_.push_back({map + Zeros(inline_bytes)});
   } else {
-    maps_.push_back({'\0' + Stored32(0) + bits});
+    maps_.push_back({'\0' + Stored32(first) + bits});
   }
   return Pointer(kMaps, static_cast<std::uint8_t>(maps_.size() - 1));
 }

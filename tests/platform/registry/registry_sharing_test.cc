@@ -12,8 +12,8 @@ namespace tenora::registry {
 namespace {
 
 constexpr const char* kKey = "SOFTWARE\\Tenora\\Test";
-constexpr int kWriters = 8;
-constexpr int kValuesEach = 20;
+constexpr int kWriters = 6;
+constexpr int kValuesEach = 10;
 
 pid_t InAnotherProcess(const std::function<bool()>& work) {
   const pid_t child = ::fork();

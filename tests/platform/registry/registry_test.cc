@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
 
 #include "platform/runtime/files.h"
 #include "support/test_files.h"
@@ -128,7 +129,7 @@ TEST_F(RegistryTest, RefusesADamagedFileAndLeavesItAsItIs) {
   }
   damaged.push_back("Tenora settings, version 1\n\"n\" = \"no key\"\nEnd of settings\n");
   for (const std::string& text : damaged) {
-    WriteWholeFile(UserFile(), text);
+    std::ofstream(UserFile(), std::ios::binary | std::ios::trunc) << text;
     EXPECT_EQ(Read(Hive::kCurrentUser, kKey, "TopMargin"), "status 1015") << text;
     EXPECT_EQ(registry_->Set(Hive::kCurrentUser, kKey, "TopMargin", Text("1")), kDamaged) << text;
     EXPECT_EQ(ReadWholeFile(UserFile()), text);

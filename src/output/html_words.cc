@@ -1,0 +1,164 @@
+// What each control word does to the conversion.
+#include <algorithm>
+#include <iterator>
+
+#include "output/html_converter.h"
+
+namespace tenora::html {
+namespace {
+
+// One above HTML's own largest size; deliberate.
+constexpr std::int32_t kLargestSize = 8;
+constexpr std::int32_t kHalfPointsPerSize = 7;
+
+template <typename Entries>
+auto FindAction(const Entries& entries, std::string_view name) {
+  const auto* entry =
+      std::ranges::lower_bound(entries, name, {}, [](const auto& e) { return e.name; });
+  const bool found = entry != std::end(entries) && entry->name == name;
+  return found ? entry->action : nullptr;
+}
+
+}  // namespace
+
+// Every word that is in neither table is dropped: indents, languages, list numbers, \line too.
+void Converter::HandleWord(const Token& token) {
+  struct Plain {
+    std::string_view name;
+    void (*action)(Converter&);
+  };
+  static constexpr Plain kPlainWords[] = {
+      {"b", [](Converter& c) { c.codes_.Open(Tag::kBold); }},
+      {"bullet",
+       [](Converter& c) {
+         c.codes_.Close(Tag::kListItem);
+         c.codes_.Open(Tag::kListItem);
+       }},
+      {"i", [](Converter& c) { c.codes_.Open(Tag::kItalic); }},
+      {"nosupersub",
+       [](Converter& c) {
+         c.codes_.Close(Tag::kSub);
+         c.codes_.Close(Tag::kSuper);
+       }},
+      {"par", [](Converter& c) { c.EndParagraph(); }},
+      {"pard", [](Converter& c) { c.ResetParagraph(); }},
+      {"plain", [](Converter& c) { c.EndGroup(); }},
+      {"pnlvlblt", [](Converter& c) { c.codes_.Open(Tag::kListItem); }},
+      {"pntext", [](Converter& c) { c.StartListItem(); }},
+      {"pntxta", [](Converter& c) { c.skip_next_ = 1; }},
+      {"pntxtb", [](Converter& c) { c.skip_next_ = 1; }},
+      {"qc", [](Converter& c) { c.Align("center"); }},
+      {"qr", [](Converter& c) { c.Align("right"); }},
+      {"strike", [](Converter& c) { c.codes_.Open(Tag::kStrike); }},
+      {"sub", [](Converter& c) { c.codes_.Open(Tag::kSub); }},
+      {"super", [](Converter& c) { c.codes_.Open(Tag::kSuper); }},
+      {"tab", [](Converter& c) { c.WriteHtml("\t"); }},
+      {"ul", [](Converter& c) { c.codes_.Open(Tag::kUnderline); }},
+      {"ulnone", [](Converter& c) { c.codes_.Close(Tag::kUnderline); }},
+  };
+  struct Numbered {
+    std::string_view name;
+    void (*action)(Converter&, std::int32_t);
+  };
+  static constexpr auto kCloseAtZero = [](Converter& c, Tag tag, std::int32_t number) {
+    if (number == 0) c.codes_.Close(tag);
+  };
+  static constexpr Numbered kNumberedWords[] = {
+      {"b", [](Converter& c, std::int32_t n) { kCloseAtZero(c, Tag::kBold, n); }},
+      {"cf", [](Converter& c, std::int32_t n) { c.SetColour(n); }},
+      {"f", [](Converter& c, std::int32_t n) { c.SetFace(n); }},
+      {"fs", [](Converter& c, std::int32_t n) { c.SetSize(n); }},
+      {"i", [](Converter& c, std::int32_t n) { kCloseAtZero(c, Tag::kItalic, n); }},
+      {"strike", [](Converter& c, std::int32_t n) { kCloseAtZero(c, Tag::kStrike, n); }},
+      {"u", [](Converter& c, std::int32_t n) { c.WriteUnicode(n); }},
+      {"uc", [](Converter& c, std::int32_t n) { c.unicode_.SetFallbackLength(n); }},
+  };
+  static_assert(std::ranges::is_sorted(kPlainWords, {}, &Plain::name));
+  static_assert(std::ranges::is_sorted(kNumberedWords, {}, &Numbered::name));
+
+  if (const auto number = token.Number()) {
+    if (const auto action = FindAction(kNumberedWords, token.text)) action(*this, *number);
+  } else {
+    if (const auto action = FindAction(kPlainWords, token.text)) action(*this);
+  }
+}
+
+// Deliberately cancels the formatting from outside the group too; only a list item goes on.
+void Converter::EndGroup() {
+  codes_.EndGroup();
+  colour_ = face_ = {};
+  size_ = 0;
+  wrapper_.clear();
+}
+
+void Converter::EndParagraph() {
+  if (codes_.IsInForce(Tag::kListItem) || codes_.IsPending(Tag::kListItem)) {
+    codes_.Close(Tag::kListItem);
+  } else {
+    ++pending_breaks_;
+  }
+  at_line_start_ = at_paragraph_start_ = true;
+}
+
+// Deliberately cancels character formatting too.
+void Converter::ResetParagraph() {
+  if (!output_.empty() && pending_breaks_ == 0) WriteBreak("<Br>");
+  codes_.ResetParagraph();
+  // A list item that still waits was asked for by this paragraph's list text, which may reset the
+  // paragraph itself.
+  if (!list_document_ && codes_.IsInForce(Tag::kListItem)) codes_.Close(Tag::kListItem);
+  wrapper_.clear();
+  at_paragraph_start_ = true;
+}
+
+// The one word that writes a font tag, deliberately: face, size and \cf0 take effect with it.
+void Converter::SetColour(std::int32_t number) {
+  if (number == 0) {
+    colour_ = {};
+    return;
+  }
+  const std::string_view colour = colours_.Find(number);
+  if (colour.empty()) return;
+  colour_ = colour;
+  codes_.Reopen(Tag::kFont, FontString());
+}
+
+void Converter::SetSize(std::int32_t half_points) {
+  size_ = std::clamp(half_points / kHalfPointsPerSize, 1, kLargestSize);
+  if (size_ == options_.default_font_size) size_ = 0;
+}
+
+void Converter::SetFace(std::int32_t number) {
+  if (!options_.font_faces) return;
+  if (const std::string* face = fonts_.Find(number)) face_ = *face;
+}
+
+std::string Converter::FontString() const {
+  std::string tag = "<font";
+  if (!face_.empty()) tag.append(" face=\"").append(face_).append("\"");
+  if (!colour_.empty()) tag.append(" color=\"#").append(colour_).append("\"");
+  if (size_ != 0) tag.append(" size=").append(std::to_string(size_));
+  return tag + ">";
+}
+
+// Inside an aligned paragraph another alignment waits for the next paragraph's first text.
+void Converter::Align(std::string_view alignment) {
+  wrapper_ = "<table width=100%><tr><td align=\"";
+  wrapper_.append(alignment).append("\">");
+  if (!codes_.IsInForce(Tag::kWrapper)) codes_.Reopen(Tag::kWrapper, wrapper_);
+}
+
+// The alignment wrapper is left alone: it holds for this item as for the one before.
+void Converter::StartListItem() {
+  if (codes_.IsPending(Tag::kListItem)) return;
+  codes_.Close(Tag::kListItem);
+  codes_.Open(Tag::kListItem);
+}
+
+void Converter::WriteUnicode(std::int32_t number) {
+  if (!options_.unicode_references) return;
+  const std::string reference = unicode_.Reference(number);
+  if (!reference.empty()) WriteHtml(reference);
+}
+
+}  // namespace tenora::html

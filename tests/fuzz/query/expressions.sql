@@ -1,0 +1,1 @@
+select distinct iif(1 = 2 or not null is null, "a" & 'b''c', mid('x', 1)) as x, 2 ^ -1 mod 3 \ 2, (select count(*) from (select 1 as n) as t where n in (1, 2.5) and n between 0 and 1e3) union all select null, 1, sum(1) having 1 = 1 order by 1 desc

@@ -1,0 +1,137 @@
+// What is kept between statements and between opens.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/query/query_test_support.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+#include "support/test_files.h"
+
+namespace tenora::query {
+namespace {
+
+using ::testing::ElementsAre;
+
+constexpr std::string_view kFirstName = "select name from tenancy where reference = 'T00001'";
+
+class ChangedFile : public ::testing::Test {
+ protected:
+  ChangedFile() : path_(folder_ / "property.mdb") {
+    std::filesystem::copy_file(test::SampleDatabase(), path_);
+    std::filesystem::permissions(path_, std::filesystem::perms::owner_write,
+                                 std::filesystem::perm_options::add);
+  }
+
+  // Another program's write in place: same size, same inode.
+  void Rename(std::string_view from, std::string_view to) {
+    std::string content = ReadWholeFile(path_);
+    const std::size_t at = content.find(from);
+    ASSERT_NE(at, std::string::npos);
+    content.replace(at, from.size(), to);
+    const std::filesystem::file_time_type before = std::filesystem::last_write_time(path_);
+    std::FILE* const file = std::fopen(path_.c_str(), "r+b");
+    ASSERT_EQ(std::fwrite(content.data(), 1, content.size(), file), content.size());
+    std::fclose(file);
+    // Also where the file system's clock has not moved on since.
+    std::filesystem::last_write_time(path_, before + std::chrono::nanoseconds(1000000));
+  }
+
+  test::ScratchFolder folder_;
+  std::filesystem::path path_;
+  std::unique_ptr<Workspace> workspace_ = Workspace::Create();
+};
+
+TEST_F(ChangedFile, IsSeenAtTheNextOpen) {
+  const auto before = workspace_->OpenDatabase(path_);
+  EXPECT_THAT(RowsOf(*before, kFirstName), ElementsAre("Noor Whaanga"));
+  Rename("Noor Whaanga", "Nora Whaanga");
+  const auto after = workspace_->OpenDatabase(path_);
+  EXPECT_THAT(RowsOf(*after, kFirstName), ElementsAre("Nora Whaanga"));
+  EXPECT_THAT(RowsOf(*before, kFirstName), ElementsAre("Noor Whaanga"))
+      << "an open database keeps its own state";
+}
+
+TEST_F(ChangedFile, MayBeReplacedByAnother) {
+  const auto before = workspace_->OpenDatabase(path_);
+  std::filesystem::remove(path_);
+  EXPECT_THROW(workspace_->OpenDatabase(path_), RuntimeError);
+  std::filesystem::copy_file(test::SampleDatabase(), path_);
+  Rename("Noor Whaanga", "Nora Whaanga");
+  EXPECT_THAT(RowsOf(*workspace_->OpenDatabase(path_), kFirstName), ElementsAre("Nora Whaanga"));
+}
+
+TEST_F(ChangedFile, LeavesARunningRecordSetAlone) {
+  std::unique_ptr<Recordset> rows;
+  {
+    const auto database = workspace_->OpenDatabase(path_);
+    rows = database->OpenRecordset("select reference, name from tenancy", kForwardOnly, kReadOnly);
+  }
+  Rename("Noor Whaanga", "Nora Whaanga");
+  workspace_->OpenDatabase(path_);
+  workspace_.reset();
+  EXPECT_EQ(rows->Field("name"), Value(std::string("Noor Whaanga")));
+  std::size_t count = 0;
+  for (; !rows->EndOfFile(); rows->MoveNext()) ++count;
+  EXPECT_EQ(count, 42u);
+}
+
+TEST(Mirror, BindsEachStatementsOwnLiterals) {
+  SampleAgency agency;
+  const auto name = [&](const std::string& code) {
+    return agency.Rows("select code from property where code = '" + code + "'");
+  };
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_THAT(name("PR00001"), ElementsAre("PR00001"));
+    EXPECT_THAT(name("PR00002"), ElementsAre("PR00002"));
+    EXPECT_THAT(agency.Rows("select top 1 code from property order by 1"), ElementsAre("PR00001"));
+    EXPECT_THAT(agency.Rows("select top 2 code from property order by 1"),
+                ElementsAre("PR00001", "PR00002"));
+    EXPECT_EQ(agency.ErrorNumber("select code from property where code = 5"), 3464);
+  }
+  // Two sets of one shape run side by side.
+  const auto open = [&](const char* type) {
+    return agency.database().OpenRecordset(
+        std::string("select gl_code from glcodes where type = ") + type, kForwardOnly, kReadOnly);
+  };
+  const auto first = open("201"), second = open("203");
+  EXPECT_EQ(second->Field(std::size_t{0}), Value(std::string("INSURE")));
+  first->MoveNext();
+  EXPECT_EQ(first->Field(std::size_t{0}), Value(std::string("REPAIR")));
+}
+
+TEST(Mirror, LooksRowsUpWhateverTheTypeOfTheColumn) {
+  SampleAgency agency;
+  const struct {
+    const char* sql;
+    const char* count;
+  } kCases[] = {
+      {"select count(*) from revenues where recordnumber = 17", "1"},
+      {"select count(*) from revenues where recordnumber = 17.0", "1"},
+      {"select count(*) from revenues where recordnumber = 17.5", "0"},
+      {"select count(*) from revenues where tenant_code = 't00001  '", "103"},
+      {"select count(*) from revenues where tenant_code = null", "0"},
+      {"select count(*) from tenancy where closed_yn = true", "5"},
+      {"select count(*) from tenancy where closed_yn = 1", "0"},
+      {"select count(*) from revenues where date = #11/14/2026# and amount = 27", "1"},
+      {"select count(*) from revenues a inner join revenues b on a.recordnumber = b.recordnumber",
+       "1646"},
+      {"select count(*) from tenancy where [property code] in ('pr00022', 'PR00020')", "8"},
+  };
+  for (const auto& c : kCases) EXPECT_THAT(agency.Rows(c.sql), ElementsAre(c.count)) << c.sql;
+}
+
+TEST(Database, ListsItsTables) {
+  SampleAgency agency;
+  std::vector<std::string> tables;
+  for (const TableSummary& table : agency.database().Tables())
+    tables.push_back(table.name + " " + std::to_string(table.rows));
+  EXPECT_THAT(tables, ::testing::UnorderedElementsAre(
+                          "owner 12", "property 25", "tenancy 42", "glcodes 8", "revenues 1646",
+                          "rent_periods 1750", "rentchanges 14", "insp_schedule 68",
+                          "custom_fields 48", "options 1"));
+  EXPECT_EQ(agency.database().Name(), test::SampleDatabase().string());
+}
+
+}  // namespace
+}  // namespace tenora::query

@@ -1,0 +1,52 @@
+#include "platform/query/query_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include "support/test_files.h"
+
+namespace tenora::query {
+
+std::vector<std::string> RowsOf(Database& database, std::string_view sql) {
+  std::vector<std::string> rows;
+  const auto set = database.OpenRecordset(sql, kForwardOnly, kReadOnly);
+  for (; !set->EndOfFile(); set->MoveNext()) {
+    std::string row;
+    for (std::size_t i = 0; i < set->FieldNames().size(); ++i) {
+      const Value value = set->Field(i);
+      if (i > 0) row.push_back('|');
+      row += IsNull(value) ? "null" : TextOf(value);
+    }
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+SampleAgency::SampleAgency()
+    : workspace_(Workspace::Create([] { return Date::FromCalendar(2026, 11, 21, 9, 30); })),
+      database_(workspace_->OpenDatabase(test::SampleDatabase())) {}
+
+Value SampleAgency::Single(std::string_view sql) {
+  const auto set = database_->OpenRecordset(sql, kForwardOnly, kReadOnly);
+  return set->Field(std::size_t{0});
+}
+
+RuntimeError SampleAgency::Error(std::string_view sql) {
+  try {
+    Rows(sql);
+  } catch (const RuntimeError& error) {
+    return error;
+  }
+  ADD_FAILURE() << "no error from: " << sql;
+  return RuntimeError(0, "");
+}
+
+int SampleAgency::ErrorNumber(std::string_view sql) {
+  try {
+    Rows(sql);
+  } catch (const RuntimeError& error) {
+    return error.number();
+  }
+  return 0;
+}
+
+}  // namespace tenora::query
