@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "platform/printing/positions.h"
+#include "platform/printing/symbol_fonts.h"
 #include "platform/printing/text_line.h"
 #include "platform/runtime/text.h"
 
@@ -77,7 +78,7 @@ class ParagraphSetter {
   void CollectListMark();
   void CollectRun(const richtext::Run& run);
   void CollectText(const CharFormat& format, std::string_view utf8, bool one_position);
-  void Append(const CharFormat& format, const QString& text, int position, bool one_position);
+  void Append(const CharFormat& format, const QString& source, int position, bool one_position);
   void AppendSmallCapitals(const CharFormat& format, const QString& text, int position,
                            bool one_position);
   void AppendFragment(const CharFormat& format, const QString& text, int position, bool small,
@@ -93,6 +94,7 @@ class ParagraphSetter {
   void Place(const BreakItem& item, bool last);
   void Put(double width, decltype(Piece::content) content);
   void Grow(double ascent, double descent, double leading);
+  void GrowByRaised(const ShapedText& text, const QTextLine& line);
   void Align();
   void Mirror();
   double LineHeight(double natural) const;
@@ -137,7 +139,7 @@ void ParagraphSetter::CollectListMark() {
   const CharFormat& format =
       paragraph_.runs.empty() ? paragraph_.mark : paragraph_.runs.front().format;
   const std::string mark = ListMark(format_.bullet, place_.number);
-  Append(format, QString::fromStdString(mark), position_, true);
+  Append(format, UnicodeBullet(QString::fromStdString(mark)), position_, true);
   CloseText();
   const double start = left_ + format_.first_indent;
   const double target = format_.first_indent < 0 ? left_ : start + format_.bullet.indent;
@@ -192,8 +194,10 @@ void ParagraphSetter::CollectText(const CharFormat& format, std::string_view utf
   }
 }
 
-void ParagraphSetter::Append(const CharFormat& format, const QString& text, int position,
+void ParagraphSetter::Append(const CharFormat& format, const QString& source, int position,
                              bool one_position) {
+  const QString text =
+      WithUnicodeSymbols(source, SymbolFontOf(typesetting_.fonts->NameOf(format.font)));
   if (format.all_caps) {
     AppendFragment(format, Capitals(text), position, false, one_position);
   } else if (format.small_caps) {
@@ -365,6 +369,7 @@ void ParagraphSetter::Place(TextItem& item) {
     const int end = line.textStart() + line.textLength();
     const double shown = line.naturalTextWidth();
     Grow(line.ascent(), line.descent(), std::max(0.0, line.leading()));
+    GrowByRaised(text, line);
     line.setPosition(QPointF(x_, 0));
     content_end_ = x_ + shown;
     const double with_blanks = std::abs(line.cursorToX(end) - line.cursorToX(line.textStart()));
@@ -439,6 +444,17 @@ void ParagraphSetter::Grow(double ascent, double descent, double leading) {
   ascent_ = std::max(ascent_, ascent);
   descent_ = std::max(descent_, descent);
   leading_ = std::max(leading_, leading);
+}
+
+// Raised and lowered letters need room in the line too.
+void ParagraphSetter::GrowByRaised(const ShapedText& text, const QTextLine& line) {
+  const int from = line.textStart(), to = from + line.textLength();
+  for (const Fragment& fragment : text.fragments) {
+    const double raise = fragment.format->raise_half_points * kTwipsPerHalfPoint;
+    if (raise == 0 || fragment.start >= to || fragment.start + fragment.length <= from) continue;
+    const FontUse& use = typesetting_.fonts->Use(*fragment.format);
+    Grow(use.ascent + raise, use.descent - raise, 0);
+  }
 }
 
 // Moves the pieces of a centred or right line to their place. In right-to-left paragraphs "left"
