@@ -28,6 +28,15 @@ qsizetype DecimalPoint(const QString& text) {
   return digits == 3 && text[point] == QLatin1Char(',') ? text.size() : point;
 }
 
+// Blanks at the end of a line do not move it when it is centred or set to the right.
+double WidthWithoutBlanks(const QString& text, const QTextLine& line) {
+  const int start = line.textStart(), full = start + line.textLength();
+  int end = full;
+  while (end > start && text[end - 1] == QLatin1Char(' ')) --end;
+  if (end == full) return line.naturalTextWidth();
+  return std::abs(line.cursorToX(end) - line.cursorToX(start));
+}
+
 class ParagraphSetter {
  public:
   ParagraphSetter(Typesetting& typesetting, const richtext::Paragraph& paragraph,
@@ -188,7 +197,7 @@ void ParagraphSetter::Place(TextItem& item) {
     Grow(line.ascent(), line.descent(), std::max(0.0, line.leading()));
     GrowByRaised(text, line);
     line.setPosition(QPointF(x_, 0));
-    content_end_ = x_ + shown;
+    content_end_ = x_ + WidthWithoutBlanks(layout.text(), line);
     const double with_blanks = std::abs(line.cursorToX(end) - line.cursorToX(line.textStart()));
     widths_.push_back(shown);
     line_->pieces.push_back({x_, PlacedText{item.text, line}});
