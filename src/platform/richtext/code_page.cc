@@ -21,27 +21,27 @@ struct CodePageName {
 };
 
 constexpr std::array kNames{
-    CodePageName{437, "ibm-437"},        CodePageName{708, "iso-8859-6"},
-    CodePageName{720, "ibm-720"},        CodePageName{737, "ibm-737"},
-    CodePageName{775, "ibm-775"},        CodePageName{850, "ibm-850"},
-    CodePageName{852, "ibm-852"},        CodePageName{855, "ibm-855"},
-    CodePageName{857, "ibm-857"},        CodePageName{858, "ibm-858"},
-    CodePageName{860, "ibm-860"},        CodePageName{861, "ibm-861"},
-    CodePageName{862, "ibm-862"},        CodePageName{863, "ibm-863"},
-    CodePageName{864, "ibm-864"},        CodePageName{865, "ibm-865"},
-    CodePageName{866, "ibm-866"},        CodePageName{869, "ibm-869"},
-    CodePageName{874, "windows-874"},    CodePageName{932, "windows-932"},
-    CodePageName{936, "windows-936"},    CodePageName{949, "windows-949"},
-    CodePageName{950, "windows-950"},    CodePageName{1250, "windows-1250"},
-    CodePageName{1251, "windows-1251"},  CodePageName{1252, "windows-1252"},
-    CodePageName{1253, "windows-1253"},  CodePageName{1254, "windows-1254"},
-    CodePageName{1255, "windows-1255"},  CodePageName{1256, "windows-1256"},
-    CodePageName{1257, "windows-1257"},  CodePageName{1258, "windows-1258"},
-    CodePageName{1361, "ibm-1363"},      CodePageName{10000, "macintosh"},
-    CodePageName{10006, "x-mac-greek"},  CodePageName{10007, "x-mac-cyrillic"},
-    CodePageName{10029, "x-mac-ce"},     CodePageName{10081, "x-mac-turkish"},
-    CodePageName{20866, "koi8-r"},       CodePageName{21866, "koi8-u"},
-    CodePageName{28591, "iso-8859-1"},   CodePageName{28592, "iso-8859-2"},
+    CodePageName{437, "ibm-437"},          CodePageName{708, "iso-8859-6"},
+    CodePageName{720, "ibm-720"},          CodePageName{737, "ibm-737"},
+    CodePageName{775, "ibm-775"},          CodePageName{850, "ibm-850"},
+    CodePageName{852, "ibm-852"},          CodePageName{855, "ibm-855"},
+    CodePageName{857, "ibm-857"},          CodePageName{858, "ibm-858"},
+    CodePageName{860, "ibm-860"},          CodePageName{861, "ibm-861"},
+    CodePageName{862, "ibm-862"},          CodePageName{863, "ibm-863"},
+    CodePageName{864, "ibm-864"},          CodePageName{865, "ibm-865"},
+    CodePageName{866, "ibm-866"},          CodePageName{869, "ibm-869"},
+    CodePageName{874, "windows-874"},      CodePageName{932, "windows-932"},
+    CodePageName{936, "windows-936"},      CodePageName{949, "windows-949"},
+    CodePageName{950, "windows-950"},      CodePageName{1250, "windows-1250"},
+    CodePageName{1251, "windows-1251"},    CodePageName{1252, "windows-1252"},
+    CodePageName{1253, "windows-1253"},    CodePageName{1254, "windows-1254"},
+    CodePageName{1255, "windows-1255"},    CodePageName{1256, "windows-1256"},
+    CodePageName{1257, "windows-1257"},    CodePageName{1258, "windows-1258"},
+    CodePageName{10000, "macintosh"},      CodePageName{10006, "x-mac-greek"},
+    CodePageName{10007, "x-mac-cyrillic"}, CodePageName{10029, "x-mac-ce"},
+    CodePageName{10081, "x-mac-turkish"},  CodePageName{20866, "koi8-r"},
+    CodePageName{21866, "koi8-u"},         CodePageName{28591, "iso-8859-1"},
+    CodePageName{28592, "iso-8859-2"},
 };
 
 struct CharsetEntry {
@@ -51,12 +51,11 @@ struct CharsetEntry {
 
 constexpr std::array kCharsets{
     CharsetEntry{0, 1252},   CharsetEntry{2, kSymbolCodePage}, CharsetEntry{77, 10000},
-    CharsetEntry{128, 932},  CharsetEntry{129, 949},           CharsetEntry{130, 1361},
-    CharsetEntry{134, 936},  CharsetEntry{136, 950},           CharsetEntry{161, 1253},
-    CharsetEntry{162, 1254}, CharsetEntry{163, 1258},          CharsetEntry{177, 1255},
-    CharsetEntry{178, 1256}, CharsetEntry{186, 1257},          CharsetEntry{204, 1251},
-    CharsetEntry{222, 874},  CharsetEntry{238, 1250},          CharsetEntry{254, 437},
-    CharsetEntry{255, 850},
+    CharsetEntry{128, 932},  CharsetEntry{129, 949},           CharsetEntry{134, 936},
+    CharsetEntry{136, 950},  CharsetEntry{161, 1253},          CharsetEntry{162, 1254},
+    CharsetEntry{163, 1258}, CharsetEntry{177, 1255},          CharsetEntry{178, 1256},
+    CharsetEntry{186, 1257}, CharsetEntry{204, 1251},          CharsetEntry{222, 874},
+    CharsetEntry{238, 1250}, CharsetEntry{254, 437},           CharsetEntry{255, 850},
 };
 
 const char* ConverterName(int number) {
@@ -65,7 +64,7 @@ const char* ConverterName(int number) {
 }
 
 bool IsDoubleByte(int number) {
-  return number == 932 || number == 936 || number == 949 || number == 950 || number == 1361;
+  return number == 932 || number == 936 || number == 949 || number == 950;
 }
 
 bool IsLeadByte(int number, unsigned byte) {
@@ -155,6 +154,7 @@ int CodePageOfCharset(int charset, int document_code_page) {
 }
 
 int CharsetOfCodePage(int code_page) {
+  if (code_page == 10000 || code_page == 437 || code_page == 850) return 0;
   const auto* found = std::ranges::find(kCharsets, code_page, &CharsetEntry::code_page);
   return found == kCharsets.end() ? 0 : found->charset;
 }

@@ -63,7 +63,7 @@ bool IsKnownCodePage(int number);
 
 // \fcharsetN to a code page; the sets "default" (1) and those unknown are the document's own.
 int CodePageOfCharset(int charset, int document_code_page);
-// The character set that stands for a code page; 0 where none does.
+// The character set that text of a code page is written in: 0 where Windows has none of its own.
 int CharsetOfCodePage(int code_page);
 
 }  // namespace tenora::richtext

@@ -60,9 +60,8 @@ Token Tokenizer::Word() {
   token.param = Parameter(&token.has_param);
   if (position_ < source_.size() && source_[position_] == ' ') ++position_;
   if (token.text == "bin") {
-    const std::size_t size =
-        std::min<std::size_t>(static_cast<std::size_t>(std::max(token.param, 0)),
-                              source_.size() - position_);
+    const std::size_t size = std::min<std::size_t>(
+        static_cast<std::size_t>(std::max(token.param, 0)), source_.size() - position_);
     token.kind = Token::Kind::kBinary;
     token.text = source_.substr(position_, size);
     position_ += size;
@@ -86,8 +85,8 @@ int Tokenizer::Parameter(bool* present) {
   if (at >= source_.size() || !IsDigit(source_[at])) return 0;
   std::int64_t value = 0;
   for (; at < source_.size() && IsDigit(source_[at]); ++at)
-    value = std::min<std::int64_t>(value * 10 + (source_[at] - '0'),
-                                   std::numeric_limits<int>::max());
+    value =
+        std::min<std::int64_t>(value * 10 + (source_[at] - '0'), std::numeric_limits<int>::max());
   position_ = at;
   *present = true;
   return static_cast<int>(negative ? -value : value);

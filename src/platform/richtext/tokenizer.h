@@ -18,7 +18,7 @@ struct Token {
     kBinary,  // \binN: `text` is the data, cut at the end of the source
   };
   Kind kind = Kind::kEnd;
-  std::string_view text;
+  std::string_view text = {};
   int param = 0;
   bool has_param = false;
 
