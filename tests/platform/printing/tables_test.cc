@@ -111,6 +111,17 @@ TEST_F(Tables, NestAndStayInTheirCell) {
   EXPECT_NEAR(paper.Find("beside").left, kInch + 3100, kNear);
 }
 
+TEST_F(Tables, NarrowRowsThatWouldRunOffThePaper) {
+  Row wide = RowOf({"left", "lost"}), inside = RowOf({"in", "margin"});
+  wide.cells[0].right_edge = 30000;
+  wide.cells[1].right_edge = 40000;
+  inside.cells[0].right_edge = kTextWidth - 100;
+  inside.cells[1].right_edge = kTextWidth + 1000;
+  const Paper paper = PrintTable({wide, inside});
+  EXPECT_NEAR(paper.Find("lost").left, kInch + 0.75 * kTextWidth + 100, kNear);
+  EXPECT_NEAR(paper.Find("margin").left, kPageWidth - kInch, kNear) << "still on the paper";
+}
+
 TEST_F(Tables, EndForCellsOfNoWidthAndRowsWithoutCells) {
   Row odd = RowOf({"zero", "back"});
   odd.cells[0].right_edge = 0;
