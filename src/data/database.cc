@@ -159,6 +159,7 @@ Date Database::LookupDate(std::string_view field, std::string_view table, std::s
 }
 
 void Database::DataErrorReport(std::string_view /*label*/, const RuntimeError& error) {
+  ++errors_reported_;
   std::string message;
   if (error.number() != 0 && error.source() != kSilentSource) {
     const std::string gap = std::string(kLineBreak).append(kLineBreak);

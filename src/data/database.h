@@ -3,6 +3,7 @@
 // under a fixed label through DataErrorReport; callers then see an empty result.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -49,6 +50,10 @@ class Database {
   // operation to the reader of the code only: neither the box nor the log line has room for it.
   void DataErrorReport(std::string_view label, const RuntimeError& error);
 
+  // How many errors DataErrorReport has shown: a caller that must not go on with the empty result
+  // of a failed query compares before and after.
+  std::size_t ErrorsReported() const { return errors_reported_; }
+
   const Platform& platform() const { return platform_; }
 
  private:
@@ -73,6 +78,7 @@ class Database {
   Settings& settings_;
   std::unique_ptr<query::Database> open_;
   std::filesystem::path data_folder_;
+  std::size_t errors_reported_ = 0;
   bool command_mode_ = false;
   // The set whose last MoveNext failed: it counts as ended, so that no loop over it runs on.
   const query::Recordset* stuck_ = nullptr;

@@ -25,6 +25,10 @@ struct CharRange {
   int from = 0, to = -1;
 };
 
+// The number of positions in a document as Format counts them: UTF-16 units, an object one, a
+// paragraph's end one.
+int DocumentLength(const richtext::Document& document);
+
 // A document on its way to paper: what EM_FORMATRANGE did. The layout is kept between the pages of
 // one document.
 struct FormatRange {
@@ -56,6 +60,8 @@ class Printer {
   // Ends the job and hands it on; nothing when none is open. For the PDF printer the result is the
   // path of the file, else empty.
   virtual std::filesystem::path EndJob() = 0;
+  // Drops the open job: nothing of it is printed.
+  virtual void CancelJob() = 0;
   virtual bool JobOpen() const = 0;
 };
 

@@ -2,6 +2,7 @@
 // out. Lengths are twips (1440 to the inch), text is UTF-8, positions count UTF-16 units.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -33,7 +34,7 @@ struct CharFormat {
   int half_points = 24;
   int colour = 0;     // position in Document::colours; 0 is automatic
   int highlight = 0;  // position in Document::colours; 0 is none
-  int language = 0;   // \langN, 0 when the document names none
+  int language = 0;   // always 0: languages are not kept, they would split merge codes
   bool bold = false, italic = false, strike = false, hidden = false;
   bool all_caps = false, small_caps = false;
   bool protect = false;
@@ -106,13 +107,21 @@ struct Picture {
   std::string source;
 };
 
-// Anything the editor cannot edit (a field, an embedded object, a header, a drawing): carried
-// through verbatim. `shown` is what a reader sees in its place: a field's result, an object's
-// picture.
+// Anything the editor cannot edit (an embedded object, a drawing, a footnote, a field without a
+// result): carried through verbatim. `shown` is what a reader sees in its place: an object's
+// picture, the text of a text box.
 struct Verbatim {
   std::string source;
   std::string shown_text;
   std::shared_ptr<const Picture> shown_picture;
+};
+
+// A field (a hyperlink, a word processor's merge field) whose result stands in the text as ordinary
+// runs; all runs of one field share this object.
+struct Field {
+  std::string instruction;             // RTF source of the instruction, as `HYPERLINK "…"`
+  std::string flags;                   // control words behind \field, as \fldlock
+  std::shared_ptr<const Field> outer;  // the field in whose result this one stands
 };
 
 // Runs of equal format are joined. In text, "\t" is a tab, "\v" a line break inside the paragraph,
@@ -122,12 +131,21 @@ struct Run {
   std::string text;
   std::variant<std::monostate, std::shared_ptr<const Picture>, std::shared_ptr<const Verbatim>>
       object;
+  std::shared_ptr<const Field> field;  // null outside fields
+};
+
+// Something that stands between two characters and takes no room: a bookmark, a comment, an index
+// entry. Carried through verbatim.
+struct Mark {
+  std::size_t offset = 0;  // bytes into the paragraph's text
+  std::string source;
 };
 
 struct Paragraph {
   ParagraphFormat format;
   CharFormat mark;  // the format of the paragraph mark; decides the height of an empty paragraph
   std::vector<Run> runs;
+  std::vector<Mark> marks;  // in the order of their offsets
 };
 
 struct Table;
@@ -163,6 +181,8 @@ struct PageSetup {
   int width = 0, height = 0;  // \paperw, \paperh; 0 when the document names none
   int left = 0, top = 0, right = 0, bottom = 0;
   bool landscape = false;
+  // What else the head says about the page, as control words: "\\headery720\\titlepg".
+  std::string other_words;
 };
 
 struct Document {
@@ -173,9 +193,10 @@ struct Document {
   std::vector<Font> fonts;      // never empty
   std::vector<Colour> colours;  // the first is automatic
   PageSetup page;
-  std::string title;  // from the information group, empty when none
-  // Groups of the head that are carried through verbatim: list tables, style sheets that fields
-  // need, headers and footers, document properties.
+  std::string title;              // from the information group, empty when none
+  std::vector<std::string> info;  // its other groups, as "{\\author …}"
+  // Groups of the head that are carried through verbatim: headers and footers, document variables,
+  // user properties, the page background.
   std::vector<std::string> head_groups;
   std::vector<Block> blocks;  // never empty
 };

@@ -1,0 +1,93 @@
+// The two jobs that people wait for, on a scratch copy of the sample agency: letters merged and
+// saved one after the other, and one receipt from start to PDF; beside the latter LibreOffice
+// converting the same letter, where it is installed.
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "letters/frm_letter.h"
+#include "letters/template_library.h"
+#include "support/fake_platform.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kTemplate = "Rent arrears notice";
+constexpr int kLetters = 500;
+constexpr int kReceipts = 10;
+
+template <typename Action>
+double Seconds(Action&& action) {
+  const auto start = std::chrono::steady_clock::now();
+  action();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void CopyAgency(const fs::path& home) {
+  fs::create_directories(home);
+  fs::copy(test::SourceDir() / "examples/agency", home,
+           fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+}
+
+void MergeLetters(bool save) {
+  test::FakePlatform machine;
+  CopyAgency(machine.ProgramFolder());
+  Session session(machine.Parts());
+  session.database.OpenDatabase();
+  session.caches.CacheTenants(session.database);
+  session.database.CloseDatabase();
+  const TemplateLibrary library(session.database.DataFolder());
+  const auto& tenants = session.caches.Tenants;
+  const double seconds = Seconds([&] {
+    for (int i = 0; i < kLetters; ++i) {
+      frmLetter letter(session);
+      letter.members().LetterTitle = kTemplate;
+      letter.members().RecipientName = tenants.at(i % tenants.size()).KeyName;
+      letter.LoadLetter(library.PathOf(kTemplates, kTemplate), kTemplates);
+      letter.InsertTenantDetails();
+      if (save) letter.SaveTenantTemplate();
+    }
+  });
+  std::printf("%-44s %9.0f letters a second\n", save ? "load, merge and save" : "load and merge",
+              kLetters / seconds);
+}
+
+void PrintReceipts() {
+  const test::ScratchFolder scratch;
+  const fs::path home = scratch / "home";
+  CopyAgency(home);
+  const std::vector<std::string> environment{
+      "TENORA_HOME=" + home.string(), "TENORA_SETTINGS=" + (scratch / "settings").string(),
+      "TENORA_PRINTER=Print to PDF", "TENORA_PDF=" + (scratch / "pdf").string()};
+  const std::string program = (test::BinaryDir() / "tenora").string();
+  const double ours =
+      Seconds([&] {
+        for (int i = 0; i < kReceipts; ++i) {
+          test::RunProcess({program, R"(PRINTRECEIPT="T00001" FORMAT="Receipt")"}, environment);
+        }
+      }) /
+      kReceipts;
+  std::printf("%-44s %9.1f ms\n", "start, merge one receipt, PDF, exit", ours * 1000);
+
+  const std::string letter = (home / "Templates/Receipt.rtf").string();
+  const std::vector<std::string> convert{
+      "soffice", "--headless", "--convert-to", "pdf", "--outdir", scratch.path().string(), letter};
+  // The first start of LibreOffice makes its profile.
+  if (test::RunProcess(convert).status != 0) return;
+  const double theirs = Seconds([&] { test::RunProcess(convert); });
+  std::printf("%-44s %9.1f ms, %.1f times ours\n", "LibreOffice converting the letter",
+              theirs * 1000, theirs / ours);
+}
+
+}  // namespace
+}  // namespace tenora
+
+int main() {
+  tenora::MergeLetters(false);
+  tenora::MergeLetters(true);
+  tenora::PrintReceipts();
+  return 0;
+}

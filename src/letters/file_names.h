@@ -1,0 +1,24 @@
+// Names of people and letters made into names of folders and files.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tenora {
+
+// What a file system takes as one name, in bytes.
+inline constexpr std::size_t kLongestFileName = 255;
+
+// A name that stays in its folder and that every system sharing the folder can open. Ordinary names
+// stay as they are. Separators become "-"; blanks around it and dots behind it go, as the package's
+// own machines drop them; control characters and leading dots become "_". A name that had to be
+// bent or cut (at a character) gets "~" and eight hexadecimal digits of the whole name's hash
+// behind it, so that two such names stay two.
+std::string SafeFileName(std::string_view name, std::size_t longest = kLongestFileName);
+
+// The sub-folder of the data folder for a recipient's letters: as SafeFileName, and never one of
+// the data folder's own names, lest a tenant called "Templates" fills the template library.
+std::string RecipientFolderName(std::string_view recipient_name);
+
+}  // namespace tenora

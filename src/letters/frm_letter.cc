@@ -1,0 +1,148 @@
+#include "letters/frm_letter.h"
+
+#include <system_error>
+
+#include "letters/file_names.h"
+#include "letters/template_library.h"
+#include "merge/catalogue.h"
+#include "merge/prompts.h"
+#include "platform/dialogs/guard.h"
+#include "platform/runtime/files.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Room for "(123456).rtf" behind a title.
+constexpr std::size_t kLongestTitle = kLongestFileName - 16;
+
+fs::path MakeFolder(const fs::path& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error) throw FileError(error.value(), folder);
+  return folder;
+}
+
+// Writes the content to the first name of the series that is free, and returns its path.
+fs::path WriteUnderFreeName(const fs::path& folder, const std::string& title,
+                            std::string_view content) {
+  fs::path path = folder / (title + ".rtf");
+  for (long n = 1;; ++n) {
+    std::error_code error;
+    // A name that another program takes between the two is refused by the write.
+    const bool taken = fs::symlink_status(path, error).type() != fs::file_type::not_found;
+    if (!taken && WriteNewFile(path, content)) return path;
+    if (taken && error) throw FileError(error.value(), path);
+    path = folder / (title + "(" + std::to_string(n) + ").rtf");
+  }
+}
+
+// Runs one step of a procedure that continues past errors.
+template <typename Step>
+void IgnoringErrors(Step&& step) {
+  try {
+    step();
+  } catch (const std::exception&) {
+    // Deliberate: the step is skipped.
+  }
+}
+
+}  // namespace
+
+frmLetter::frmLetter(Session& session) : session_(session) {
+  rtfLetter.OnChange([this] { members_.Changed = true; });
+}
+
+void frmLetter::LoadLetter(const fs::path& path, std::string_view kind, std::string_view type) {
+  rtfLetter.LoadFile(path,
+                     type == "TXT" ? RichTextBox::FileType::kText : RichTextBox::FileType::kRtf);
+  members_.FilePath = path.string();
+  members_.Kind = kind;
+  AfterLoadLetter();
+}
+
+void frmLetter::AfterLoadLetter() {
+  members_.Changed = false;
+  UpdateCaption();
+}
+
+void frmLetter::BeforeSaveLetter() {
+  if (OnBeforeSave) OnBeforeSave();
+}
+
+void frmLetter::StartNew(std::string_view kind) {
+  rtfLetter.SetText("");
+  members_.Kind = kind;
+  members_.FilePath.clear();
+  AfterLoadLetter();
+}
+
+void frmLetter::UpdateCaption() {
+  const char* const separator = members_.FilePath.empty() ? " : New " : " : ";
+  members_.Caption = members_.LetterTitle + separator + members_.Kind;
+}
+
+void frmLetter::InsertItem(std::string_view name) {
+  members_.Inserting = true;
+  // Both early returns leave the inserting mark set. That is deliberate.
+  if (name.empty()) return;
+  if (name == kFutureDateItem) {
+    IgnoringErrors([&] {
+      if (ShowFutureDateDialog) ShowFutureDateDialog(rtfLetter);
+    });
+  } else if (name == kPromptMessageItem) {
+    if (!InsertPromptMessage()) return;
+  } else {
+    InsertCode(name);
+  }
+  members_.Inserting = false;
+  if (FocusEditor) IgnoringErrors(FocusEditor);
+}
+
+bool frmLetter::InsertPromptMessage() {
+  Dialogs& dialogs = session_.platform.dialogs;
+  if (members_.Kind != kTemplates && members_.Kind != kOwnerTemplates) {
+    dialogs.Say("Prompt messages are only available in template letters.");
+    return false;
+  }
+  IgnoringErrors([&] {
+    const std::string answer = dialogs.AskText("Enter prompt message").value_or("");
+    if (answer.empty()) return;
+    rtfLetter.SetSelText(std::string(kPromptStart).append(answer).append(kPromptEnd));
+  });
+  return true;
+}
+
+void frmLetter::InsertCode(std::string_view name) {
+  IgnoringErrors(
+      [&] { rtfLetter.SetSelText(std::string(kCodeStart).append(name).append(kCodeEnd)); });
+  if (members_.Kind == kTenantLetter) IgnoringErrors([&] { InsertTenantDetails(); });
+}
+
+TenantMergeOutcome frmLetter::InsertTenantDetails() {
+  return tenora::InsertTenantDetails(Target());
+}
+
+void frmLetter::InsertPrompts() { tenora::InsertPrompts(Target()); }
+
+bool frmLetter::SaveTenantTemplate() {
+  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate", [&] {
+    const fs::path folder =
+        MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
+    BeforeSaveLetter();
+    members_.FilePath =
+        WriteUnderFreeName(folder, SafeFileName(members_.LetterTitle, kLongestTitle),
+                           rtfLetter.TextRTF())
+            .string();
+    AfterLoadLetter();
+  });
+}
+
+bool frmLetter::PrintLetter(PrinterMod& printer) {
+  return Guarded(session_.platform.dialogs, "frmLetter - PrintLetter", [&] {
+    printer.PrintRichText(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName);
+  });
+}
+
+}  // namespace tenora

@@ -1,0 +1,37 @@
+// What a merge works on.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/richtext/rich_text_box.h"
+#include "rental/session.h"
+
+namespace tenora {
+
+// The members of a letter window.
+struct LetterMembers {
+  // The recipient's name; for a generated letter also the sub-folder of the data folder that holds
+  // it, for a template the template folder's name.
+  std::string RecipientName;
+  std::string Kind;        // "Templates", "Owner Templates", "Tenant Letter", "Owner Letter"
+  std::string TenantCode;  // may be empty
+  std::int32_t ReceiptNumber = 0;  // record number of the payment; 0 for ordinary letters
+  std::string FilePath;            // empty while the letter has never been saved
+  std::string SearchText;          // of the last find
+  std::string LetterTitle;
+  bool Changed = false;    // set by editing, cleared after every load and save
+  bool Inserting = false;  // set while InsertItem runs
+  std::string Caption;
+  // Cleared during a merge, so that a window does not repaint for each value.
+  bool EditorVisible = true;
+};
+
+// One letter during a merge. All three outlive the merge.
+struct MergeTarget {
+  Session& session;
+  LetterMembers& letter;
+  RichTextBox& editor;
+};
+
+}  // namespace tenora

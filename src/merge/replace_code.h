@@ -1,0 +1,28 @@
+// The one routine through which every merge writes a value into a letter.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "merge/merge_target.h"
+
+namespace tenora {
+
+// A code as it stands in the letter's RTF source: "<<name>>", characters beyond ASCII escaped.
+std::string TagInSource(const RichTextBox& editor, std::string_view code_name);
+
+// Whether a text stands in the letter's RTF source, letter case counting.
+bool SourceContains(const RichTextBox& editor, std::string_view text);
+
+// Whether ReplaceCode has something to do for a code. In an insertion the test ignores letter case
+// although the replacement does not. That is deliberate: a code typed in another case moves the
+// caret, yet stays in the letter.
+bool CodePresent(const MergeTarget& target, std::string_view code_name);
+
+// Replaces every "<<code_name>>" of the letter by `value`, so that formatting around it survives.
+// The value goes in as RTF source: a backslash or brace keeps its RTF meaning. A code that an
+// editor split into differently formatted pieces is not found. While an item is inserted, the caret
+// moves on by the difference between code and value.
+void ReplaceCode(const MergeTarget& target, std::string_view code_name, std::string_view value);
+
+}  // namespace tenora

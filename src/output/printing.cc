@@ -1,0 +1,114 @@
+#include "output/printing.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/error.h"
+
+namespace tenora {
+namespace {
+
+constexpr const char* kSection = "Mail\\PrinterSetup";
+
+int TwipsFromPixels(int pixels, double twips_per_pixel) {
+  return static_cast<int>(std::lround(pixels * twips_per_pixel));
+}
+
+// The page less the margins. The device counts from its printable corner, so margins of 0 start at
+// minus the physical offset: at the paper's edge.
+printing::Rect PrintRect(const printing::Printer& printer, const PageMargins& margins) {
+  const int x_offset = TwipsFromPixels(printer.PhysicalOffsetX(), printer.TwipsPerPixelX());
+  const int y_offset = TwipsFromPixels(printer.PhysicalOffsetY(), printer.TwipsPerPixelY());
+  const auto bounded = [](long long twips) {
+    return static_cast<int>(std::clamp(twips, -1'000'000'000LL, 1'000'000'000LL));
+  };
+  printing::Rect rect;
+  rect.left = bounded(0LL + margins.left - x_offset);
+  rect.top = bounded(0LL + margins.top - y_offset);
+  rect.right = bounded(0LL + printer.Width() - margins.right - x_offset);
+  rect.bottom = bounded(0LL + printer.Height() - margins.bottom - y_offset);
+  return rect;
+}
+
+// Less than this, in either direction, is no room to print in.
+constexpr int kLeastRoom = 144;
+
+void RequireRoom(const printing::Rect& rect, const PageMargins& margins) {
+  if (rect.right - rect.left >= kLeastRoom && rect.bottom - rect.top >= kLeastRoom) return;
+  throw StandardError(error_number::kPrinterError, "the page margins leave no room to print (top " +
+                                                       std::to_string(margins.top) + ", bottom " +
+                                                       std::to_string(margins.bottom) + ", left " +
+                                                       std::to_string(margins.left) + ", right " +
+                                                       std::to_string(margins.right) + " twips)");
+}
+
+// Frees the layout, and the job where this letter opened it and failed.
+class LetterPrint {
+ public:
+  explicit LetterPrint(printing::Printer& printer)
+      : printer_(printer), opens_job_(!printer.JobOpen()) {}
+  LetterPrint(const LetterPrint&) = delete;
+  LetterPrint& operator=(const LetterPrint&) = delete;
+  ~LetterPrint() {
+    printer_.Format({});
+    if (!done_ && opens_job_) printer_.CancelJob();
+  }
+  void Done() { done_ = true; }
+
+ private:
+  printing::Printer& printer_;
+  bool opens_job_, done_ = false;
+};
+
+}  // namespace
+
+PageMargins PrinterMod::LoadMargins() {
+  const auto margin = [this](const char* key) {
+    return ToInt32(settings_.GetSettingText(kSection, key, "0"));
+  };
+  PageMargins margins;
+  margins.top = margin("TopMargin");
+  margins.bottom = margin("BottomMargin");
+  margins.left = margin("LeftMargin");
+  margins.right = margin("RightMargin");
+  return margins;
+}
+
+void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title) {
+  const PageMargins margins = LoadMargins();
+  printing::Printer& printer = printers_.Current();
+  printing::FormatRange range;
+  range.document = &box.Document();
+  range.page_rect = {0, 0, printer.Width(), printer.Height()};
+  range.print_rect = PrintRect(printer, margins);
+  RequireRoom(range.print_rect, margins);
+
+  LetterPrint letter(printer);
+  printer.StartDocument(title);
+  const int length = printing::DocumentLength(*range.document);
+  for (;;) {
+    const int next = printer.Format(range);
+    if (next >= length) break;
+    if (next <= range.range.from) {
+      throw StandardError(error_number::kPrinterError, "\"" + title + "\" cannot be divided");
+    }
+    printer.NewPage();
+    range.range.from = next;
+  }
+  letter.Done();
+}
+
+std::filesystem::path PrinterMod::EndJob() { return printers_.Current().EndJob(); }
+
+bool PrinterMod::ChoosePrinter(Dialogs& dialogs) { return printers_.Choose(dialogs); }
+
+int PrinterMod::PrinterCount() {
+  try {
+    return printers_.Count();
+  } catch (const std::exception&) {
+    return 0;
+  }
+}
+
+}  // namespace tenora

@@ -1,0 +1,51 @@
+// Printing a letter page by page inside the user's margins, on the current printer.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "data/settings.h"
+#include "platform/dialogs/dialogs.h"
+#include "platform/printing/printing.h"
+#include "platform/richtext/rich_text_box.h"
+
+namespace tenora {
+
+// Twips, as the printer set-up stores them.
+struct PageMargins {
+  int top = 0, bottom = 0, left = 0, right = 0;
+
+  bool operator==(const PageMargins&) const = default;
+};
+
+class PrinterMod {
+ public:
+  PrinterMod(printing::Printers& printers, Settings& settings)
+      : printers_(printers), settings_(settings) {}
+
+  // The four margins of the printer set-up, each 0 when not stored. Raises 13 (Type mismatch) or 6
+  // (Overflow) for a stored text that is no 32-bit number.
+  PageMargins LoadMargins();
+
+  // Prints the whole content on the current printer: opens a job under the title or, in an open
+  // job, starts on a new page. The job stays open for further letters until EndJob. Raises 482
+  // (Printer error) when the margins leave no room or the printer refuses.
+  void PrintRichText(const RichTextBox& box, const std::string& title);
+
+  // Hands the job on; nothing when none is open. For the PDF printer the result is the file's path,
+  // else empty.
+  std::filesystem::path EndJob();
+
+  // Lets the user pick the current printer; false when cancelled.
+  bool ChoosePrinter(Dialogs& dialogs);
+
+  // The number of installed printers; 0, when they cannot be read either, tells callers not to
+  // print.
+  int PrinterCount();
+
+ private:
+  printing::Printers& printers_;
+  Settings& settings_;
+};
+
+}  // namespace tenora

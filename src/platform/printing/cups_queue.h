@@ -1,0 +1,33 @@
+// The queues of the CUPS server. A server that is not there has none.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tenora::printing {
+
+// A sheet and what of its edges the device cannot print on, in twips.
+struct Paper {
+  int width = 0, height = 0;
+  int offset_x = 0, offset_y = 0;
+};
+
+// A4, or Letter where LC_ALL, LC_PAPER or LANG names a country that uses it; printable to the edge.
+Paper RegionalPaper();
+
+struct CupsQueues {
+  std::vector<std::string> names;
+  std::string default_name;  // empty when there is none
+};
+
+CupsQueues ListCupsQueues();
+
+// The queue's default paper; the regional one where the queue does not say.
+Paper PaperOfCupsQueue(const std::string& queue);
+
+// Sends a PDF file as one job. Raises 482 (Printer error) naming queue, title and the reason.
+void SubmitToCups(const std::string& queue, const std::filesystem::path& file,
+                  const std::string& title);
+
+}  // namespace tenora::printing

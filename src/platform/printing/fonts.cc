@@ -1,0 +1,134 @@
+#include "platform/printing/fonts.h"
+
+#include <QFontDatabase>
+#include <QFontMetricsF>
+#include <algorithm>
+#include <string_view>
+
+#include "platform/printing/symbol_fonts.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::printing {
+namespace {
+
+constexpr int kLargestHalfPoints = 3276;
+constexpr double kSmallCapitals = 0.8;  // their size to that of the others
+
+struct Substitute {
+  std::string_view name;  // as documents write it; any longer name may follow
+  const char* family;
+};
+
+// Fonts of equal widths first, so that lines break where their author saw them break.
+constexpr Substitute kSubstitutes[] = {
+    {"Arial Narrow", "Liberation Sans Narrow"},
+    {"Arial", "Liberation Sans"},
+    {"Helvetica", "Liberation Sans"},
+    {"MS Sans Serif", "Liberation Sans"},
+    {"Microsoft Sans Serif", "Liberation Sans"},
+    {"Segoe UI", "Liberation Sans"},
+    {"Times", "Liberation Serif"},
+    {"MS Serif", "Liberation Serif"},
+    {"Courier", "Liberation Mono"},
+    {"Consolas", "Liberation Mono"},
+    {"Lucida Console", "Liberation Mono"},
+    {"Calibri", "Carlito"},
+    {"Cambria", "Caladea"},
+    {"Verdana", "DejaVu Sans"},
+    {"Tahoma", "DejaVu Sans Condensed"},
+    {"Symbol", "DejaVu Sans"},
+    {"Wingdings", "DejaVu Sans"},
+    {"Webdings", "DejaVu Sans"},
+};
+
+const char* FamilyOfClass(std::string_view family_class) {
+  if (family_class == "roman") return "Liberation Serif";
+  if (family_class == "modern") return "Liberation Mono";
+  return "Liberation Sans";
+}
+
+QString InstalledFamily(const richtext::Font& font) {
+  const QString own = QString::fromStdString(font.name);
+  // The symbol fonts' own encodings are gone by now: their characters are Unicode.
+  const bool symbols = SymbolFontOf(font.name) != SymbolFont::kNone;
+  if (!symbols && !own.isEmpty() && QFontDatabase::hasFamily(own)) return own;
+  for (const Substitute& substitute : kSubstitutes) {
+    if (StartsWithNoCase(font.name, substitute.name) &&
+        QFontDatabase::hasFamily(QLatin1String(substitute.family))) {
+      return QLatin1String(substitute.family);
+    }
+  }
+  return QLatin1String(FamilyOfClass(font.family));
+}
+
+}  // namespace
+
+const FontUse& Fonts::Use(const richtext::CharFormat& format, bool shaped, bool small) {
+  const Key key{format.font,
+                format.half_points,
+                format.colour,
+                format.bold,
+                format.italic,
+                shaped,
+                small,
+                static_cast<int>(format.script),
+                format.raise_half_points};
+  const auto found = uses_.find(key);
+  if (found != uses_.end()) return found->second;
+  return uses_.emplace(key, Make(format, shaped, small)).first->second;
+}
+
+std::string_view Fonts::NameOf(int font) const {
+  if (font < 0 || font >= static_cast<int>(document_.fonts.size())) return {};
+  return document_.fonts[static_cast<std::size_t>(font)].name;
+}
+
+QColor Fonts::Colour(int position) const {
+  if (position <= 0 || position >= static_cast<int>(document_.colours.size())) return Qt::black;
+  const richtext::Colour& colour = document_.colours[static_cast<std::size_t>(position)];
+  return colour.automatic ? QColor(Qt::black) : QColor(colour.red, colour.green, colour.blue);
+}
+
+FontUse Fonts::Make(const richtext::CharFormat& format, bool shaped, bool small) {
+  FontUse use;
+  use.size = std::clamp(format.half_points, 2, kLargestHalfPoints) * kTwipsPerHalfPoint;
+  if (small) use.size *= kSmallCapitals;
+  use.font.setFamily(Family(format.font));
+  use.font.setPixelSize(static_cast<int>(use.size));
+  use.font.setBold(format.bold);
+  use.font.setItalic(format.italic);
+  use.font.setKerning(false);
+  use.font.setHintingPreference(QFont::PreferNoHinting);
+  if (!shaped) use.font.setStyleStrategy(QFont::PreferNoShaping);
+  use.colour = Colour(format.colour);
+  use.format.setFont(use.font);
+  use.format.setForeground(use.colour);
+  if (format.script == richtext::Script::kSuper) {
+    use.format.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
+  } else if (format.script == richtext::Script::kSub) {
+    use.format.setVerticalAlignment(QTextCharFormat::AlignSubScript);
+  }
+  const QFontMetricsF metrics(use.font);
+  use.ascent = metrics.ascent();
+  use.descent = metrics.descent();
+  use.leading = std::max(0.0, metrics.leading());
+  if (format.raise_half_points != 0) {
+    use.format.setBaselineOffset(100.0 * format.raise_half_points * kTwipsPerHalfPoint /
+                                 metrics.height());
+  }
+  use.plain = format.script == richtext::Script::kNormal && format.raise_half_points == 0;
+  return use;
+}
+
+const QString& Fonts::Family(int font) {
+  const auto found = families_.find(font);
+  if (found != families_.end()) return found->second;
+  const int count = static_cast<int>(document_.fonts.size());
+  const int known = font >= 0 && font < count ? font : 0;
+  const QString family = count == 0
+                             ? QString::fromLatin1("Liberation Serif")
+                             : InstalledFamily(document_.fonts[static_cast<std::size_t>(known)]);
+  return families_.emplace(font, family).first->second;
+}
+
+}  // namespace tenora::printing

@@ -1,0 +1,53 @@
+// The document's fonts as this machine has them.
+#pragma once
+
+#include <QFont>
+#include <QTextCharFormat>
+#include <map>
+#include <string_view>
+#include <tuple>
+
+#include "platform/richtext/document.h"
+
+namespace tenora::printing {
+
+inline constexpr int kTwipsPerHalfPoint = 10;
+
+// Everything about a character format that decides its shape and place. Lengths are twips.
+struct FontUse {
+  QFont font;
+  QTextCharFormat format;  // for text of several formats
+  QColor colour;
+  double size = 0;
+  double ascent = 0, descent = 0, leading = 0;
+  bool plain = true;  // `font` and `colour` alone draw it: neither raised nor lowered
+};
+
+// One of these per job and thread: it remembers what it looked up.
+class Fonts {
+ public:
+  explicit Fonts(const richtext::Document& document) : document_(document) {}
+  Fonts(const Fonts&) = delete;
+  Fonts& operator=(const Fonts&) = delete;
+
+  // `shaped` text has marks that must be placed on their letters; other text is set like the
+  // classic control does it, without kerning and ligatures. The result lives as long as this.
+  // `small` is the size of small capitals.
+  const FontUse& Use(const richtext::CharFormat& format, bool shaped = false, bool small = false);
+  // As the document writes it; empty for a number it does not define.
+  std::string_view NameOf(int font) const;
+  // Black for automatic.
+  QColor Colour(int position) const;
+
+ private:
+  using Key = std::tuple<int, int, int, bool, bool, bool, bool, int, int>;
+
+  FontUse Make(const richtext::CharFormat& format, bool shaped, bool small);
+  const QString& Family(int font);
+
+  const richtext::Document& document_;
+  std::map<Key, FontUse> uses_;
+  std::map<int, QString> families_;
+};
+
+}  // namespace tenora::printing

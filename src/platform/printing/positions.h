@@ -1,0 +1,16 @@
+// How characters of a document are counted: UTF-16 units, an object one, a paragraph's end one.
+#pragma once
+
+#include <string_view>
+
+#include "platform/richtext/document.h"
+
+namespace tenora::printing {
+
+int TextUnits(std::string_view utf8);
+int Length(const richtext::Paragraph& paragraph);
+int Length(const richtext::Cell& cell);
+int Length(const richtext::Row& row);
+int Length(const richtext::Block& block);
+
+}  // namespace tenora::printing

@@ -1,0 +1,244 @@
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "platform/printing/cups_queue.h"
+#include "platform/printing/page_layout.h"
+#include "platform/printing/pdf_job.h"
+#include "platform/printing/printing.h"
+#include "platform/printing/qt_session.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::printing {
+namespace {
+
+// Where a finished job goes.
+class Destination {
+ public:
+  virtual ~Destination() = default;
+  // The folder the job's file is built in.
+  virtual std::filesystem::path SpoolFolder() const = 0;
+  virtual std::filesystem::path Deliver(SpoolFile& spool, const std::string& title) = 0;
+};
+
+class PdfFolder : public Destination {
+ public:
+  PdfFolder(const std::filesystem::path& target, const std::filesystem::path& data_folder)
+      : target_(target), data_folder_(data_folder) {}
+
+  std::filesystem::path SpoolFolder() const override {
+    if (!target_.empty()) {
+      return !IsFile() ? target_ : target_.has_parent_path() ? target_.parent_path() : ".";
+    }
+    if (!data_folder_.empty()) return data_folder_ / "Printed";
+    throw StandardError(error_number::kPrinterError,
+                        std::string(kPdfPrinterName) + " has no folder to write to");
+  }
+
+  std::filesystem::path Deliver(SpoolFile& spool, const std::string& title) override {
+    if (!IsFile()) return spool.TakeFreeName(SafeStem(title));
+    spool.Replace(target_);
+    return target_;
+  }
+
+ private:
+  bool IsFile() const { return EqualsNoCase(target_.extension().string(), ".pdf"); }
+
+  const std::filesystem::path& target_;
+  const std::filesystem::path& data_folder_;
+};
+
+class CupsDestination : public Destination {
+ public:
+  explicit CupsDestination(std::string queue) : queue_(std::move(queue)) {}
+  std::filesystem::path SpoolFolder() const override {
+    return std::filesystem::temp_directory_path();
+  }
+  std::filesystem::path Deliver(SpoolFile& spool, const std::string& title) override {
+    SubmitToCups(queue_, spool.path(), title);
+    return {};
+  }
+
+ private:
+  std::string queue_;
+};
+
+// Every printer draws the same pages of twips, so that text breaks alike on all of them.
+class Device : public Printer {
+ public:
+  Device(std::string name, const Paper& paper, std::unique_ptr<Destination> destination)
+      : name_(std::move(name)), paper_(paper), destination_(std::move(destination)) {}
+
+  const std::string& DeviceName() const override { return name_; }
+  int Width() const override { return paper_.width; }
+  int Height() const override { return paper_.height; }
+  int PhysicalOffsetX() const override { return paper_.offset_x; }
+  int PhysicalOffsetY() const override { return paper_.offset_y; }
+  double TwipsPerPixelX() const override { return 1; }
+  double TwipsPerPixelY() const override { return 1; }
+
+  void StartDocument(const std::string& title) override {
+    layout_.reset();
+    if (job_) {
+      job_->NewPage();
+      return;
+    }
+    if (!qt_) qt_ = HoldQtApplication();
+    AsPrinterError(title, [&] {
+      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, paper_);
+    });
+  }
+
+  void NewPage() override {
+    RequireJob();
+    job_->NewPage();
+  }
+
+  int Format(const FormatRange& range) override {
+    if (range.document == nullptr) {
+      layout_.reset();
+      return 0;
+    }
+    RequireJob();
+    const Rect& area = range.print_rect;
+    const double width = area.right - area.left, height = area.bottom - area.top;
+    if (width <= 0 || height <= 0) {
+      throw StandardError(error_number::kPrinterError, "the margins leave no room on the page");
+    }
+    const double reach = paper_.width - paper_.offset_x - area.left;
+    if (!layout_ || !layout_->IsFor(*range.document, width, height, reach)) {
+      layout_ = std::make_unique<PageLayout>(*range.document, width, height, reach);
+    }
+    const QPointF corner(area.left + paper_.offset_x, area.top + paper_.offset_y);
+    return layout_->DrawPage(job_->painter(), corner, range.range.from, range.range.to);
+  }
+
+  std::filesystem::path EndJob() override {
+    layout_.reset();
+    if (!job_) return {};
+    const auto job = std::exchange(job_, nullptr);
+    std::filesystem::path result;
+    AsPrinterError(job->title(),
+                   [&] { result = destination_->Deliver(job->Finish(), job->title()); });
+    return result;
+  }
+
+  void CancelJob() override {
+    layout_.reset();
+    job_.reset();
+  }
+
+  bool JobOpen() const override { return job_ != nullptr; }
+
+ private:
+  void RequireJob() const {
+    if (!job_) throw StandardError(error_number::kPrinterError, name_ + " has no open job");
+  }
+
+  // Errors of files become those of the printer, naming it and what it was to print.
+  template <typename Step>
+  void AsPrinterError(const std::string& title, Step&& step) {
+    try {
+      step();
+    } catch (const RuntimeError& error) {
+      if (error.number() == error_number::kPrinterError) throw;
+      throw StandardError(error_number::kPrinterError, name_ + " cannot print \"" + title + "\": " +
+                                                           std::string(error.description()));
+    }
+  }
+
+  std::string name_;
+  Paper paper_;
+  std::unique_ptr<Destination> destination_;
+  // The application outlives what draws with its fonts.
+  std::shared_ptr<void> qt_;
+  std::unique_ptr<PdfJob> job_;
+  std::unique_ptr<PageLayout> layout_;
+};
+
+class InstalledPrinters : public Printers {
+ public:
+  explicit InstalledPrinters(PrinterOptions options) : options_(std::move(options)) {}
+
+  int Count() const override { return static_cast<int>(Names().size()); }
+
+  std::vector<std::string> Names() const override {
+    std::vector<std::string> names{kPdfPrinterName};
+    const CupsQueues queues = ListCupsQueues();
+    names.insert(names.end(), queues.names.begin(), queues.names.end());
+    return names;
+  }
+
+  void SetDataFolder(const std::filesystem::path& folder) override { data_folder_ = folder; }
+
+  bool SetCurrent(std::string_view name) override {
+    if (EqualsNoCase(name, kPdfPrinterName)) {
+      Use(kPdfPrinterName);
+      return true;
+    }
+    const std::vector<std::string> queues = ListCupsQueues().names;
+    const auto found = std::find_if(queues.begin(), queues.end(), [&](const std::string& queue) {
+      return EqualsNoCase(queue, name);
+    });
+    if (found == queues.end()) return false;
+    Use(*found);
+    return true;
+  }
+
+  Printer& Current() override {
+    if (current_) return *current_;
+    if (!options_.default_printer.empty()) {
+      if (!SetCurrent(options_.default_printer)) {
+        throw StandardError(error_number::kPrinterError,
+                            "no printer named \"" + options_.default_printer + "\"");
+      }
+    } else {
+      const std::string queue = ListCupsQueues().default_name;
+      Use(queue.empty() ? kPdfPrinterName : queue);
+    }
+    return *current_;
+  }
+
+  bool Choose(Dialogs& dialogs) override {
+    const std::vector<std::string> names = Names();
+    const auto current = std::find(names.begin(), names.end(), CurrentName());
+    const std::size_t shown =
+        current == names.end() ? 0 : static_cast<std::size_t>(current - names.begin());
+    const auto chosen = dialogs.Choose("Print", names, shown);
+    return chosen && *chosen < names.size() && SetCurrent(names[*chosen]);
+  }
+
+ private:
+  // A default that is not installed must not keep the user from choosing another.
+  std::string CurrentName() {
+    try {
+      return Current().DeviceName();
+    } catch (const RuntimeError&) {
+      return {};
+    }
+  }
+
+  void Use(const std::string& name) {
+    if (current_ && current_->DeviceName() == name) return;
+    if (name == kPdfPrinterName) {
+      current_ = std::make_unique<Device>(
+          name, RegionalPaper(), std::make_unique<PdfFolder>(options_.pdf_target, data_folder_));
+    } else {
+      current_ = std::make_unique<Device>(name, PaperOfCupsQueue(name),
+                                          std::make_unique<CupsDestination>(name));
+    }
+  }
+
+  PrinterOptions options_;
+  std::filesystem::path data_folder_;
+  std::unique_ptr<Device> current_;
+};
+
+}  // namespace
+
+std::unique_ptr<Printers> Printers::Create(PrinterOptions options) {
+  return std::make_unique<InstalledPrinters>(std::move(options));
+}
+
+}  // namespace tenora::printing

@@ -1,0 +1,53 @@
+#include "platform/printing/qt_session.h"
+
+#include <QGuiApplication>
+#include <cstdio>
+#include <mutex>
+#include <optional>
+
+#include "platform/runtime/error.h"
+
+namespace tenora::printing {
+namespace {
+
+// Printing shows no window: the offscreen platform starts faster than a real one and cannot fail
+// on a display that is named but unreachable.
+class OffscreenApplication {
+ public:
+  OffscreenApplication() {
+    // Qt remarks on a missing run-time folder, which printing does not use.
+    const QtMessageHandler handler = qInstallMessageHandler(
+        [](QtMsgType type, const QMessageLogContext&, const QString& message) {
+          if (type == QtFatalMsg) std::fputs(qPrintable(message), stderr);
+        });
+    application_.emplace(count_, arguments_);
+    qInstallMessageHandler(handler);
+  }
+
+ private:
+  char name_[7] = "tenora";
+  char option_[10] = "-platform";
+  char platform_[10] = "offscreen";
+  char* arguments_[4] = {name_, option_, platform_, nullptr};
+  int count_ = 3;
+  std::optional<QGuiApplication> application_;
+};
+
+}  // namespace
+
+std::shared_ptr<void> HoldQtApplication() {
+  // Qt allows one application in a process, so its holder is the process's too.
+  static std::mutex mutex;
+  static std::weak_ptr<OffscreenApplication> current;
+  const std::lock_guard lock(mutex);
+  if (auto held = current.lock()) return held;
+  if (QCoreApplication::instance() != nullptr) {
+    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr) return nullptr;
+    throw StandardError(error_number::kPrinterError, "the Qt application has no graphics");
+  }
+  auto made = std::make_shared<OffscreenApplication>();
+  current = made;
+  return made;
+}
+
+}  // namespace tenora::printing

@@ -1,0 +1,40 @@
+// A file that takes its name only when it is whole.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace tenora::printing {
+
+class SpoolFile {
+ public:
+  // A new file in this folder, which is made when missing. Raises the errors of FileError.
+  explicit SpoolFile(const std::filesystem::path& folder);
+  SpoolFile(const SpoolFile&) = delete;
+  SpoolFile& operator=(const SpoolFile&) = delete;
+  // Removes the file unless it has taken its name.
+  ~SpoolFile();
+
+  int descriptor() const { return fd_; }
+  const std::filesystem::path& path() const { return path_; }
+
+  // Takes the name, replacing a file of that name in the same folder. Raises as FileError.
+  void Replace(const std::filesystem::path& target);
+  // Takes "stem.pdf" or, where that is taken, "stem(1).pdf", "stem(2).pdf" …; the result is the
+  // path taken.
+  std::filesystem::path TakeFreeName(const std::string& stem);
+
+ private:
+  std::filesystem::path path_;
+  int fd_ = -1;
+};
+
+// A file name without extension made from a job's title: no separators, control or wildcard
+// characters, no leading points, bounded in bytes; "Document" when nothing is left.
+std::string SafeStem(std::string_view title);
+
+// At most this many bytes, cut between characters.
+std::string_view BoundedUtf8(std::string_view text, std::size_t bytes);
+
+}  // namespace tenora::printing

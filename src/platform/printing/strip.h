@@ -1,0 +1,38 @@
+// A page is filled from the top with strips, each as wide as the text area. A line of text is one,
+// a row of a table another. Lengths are twips.
+#pragma once
+
+#include <QPainter>
+#include <QPointF>
+#include <deque>
+#include <memory>
+#include <vector>
+
+namespace tenora::printing {
+
+class Strip {
+ public:
+  virtual ~Strip() = default;
+  // Draws with the strip's left top corner at this point; the space before it is not part of it.
+  virtual void Draw(QPainter& painter, QPointF corner) const = 0;
+  // Cuts off what fits into this height, at least something; null when it cannot be divided there.
+  virtual std::shared_ptr<Strip> TakeTop(double /*room*/) { return nullptr; }
+
+  double height = 0;
+  double space_before = 0;  // left out at the top of a page
+  double space_after = 0;   // left out at the bottom of a page
+  int begin = 0, end = 0;   // positions in the document, the end not included
+  bool page_break_before = false;
+};
+
+using Strips = std::deque<std::shared_ptr<Strip>>;
+
+// The strips of a paragraph or of table rows that belong together.
+struct BlockStrips {
+  Strips strips;
+  bool keep_together = false, keep_with_next = false;
+  // The table's header rows, drawn again at the top of every page the table goes on to.
+  std::shared_ptr<const Strips> header;
+};
+
+}  // namespace tenora::printing

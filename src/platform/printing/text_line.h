@@ -1,0 +1,94 @@
+// One set line of a paragraph. Lengths are twips, x counts from the left edge of the text area.
+#pragma once
+
+#include <QImage>
+#include <QTextLayout>
+#include <QTextLine>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/printing/fonts.h"
+#include "platform/printing/strip.h"
+
+namespace tenora::printing {
+
+// A part of a text in one character format, and where it stands in the document.
+struct Fragment {
+  int start = 0, length = 0;  // in the layout's text
+  int position = 0;           // in the document
+  bool small = false;         // small capitals
+  bool one_position = false;  // the whole fragment stands for one character of the document
+  const richtext::CharFormat* format = nullptr;
+};
+
+// A stretch of text between tabs, pictures and breaks.
+struct ShapedText {
+  QTextLayout layout;
+  std::vector<Fragment> fragments;
+  QColor colour;  // of a text in one plain format
+
+  int PositionAt(int offset) const;
+};
+
+struct PlacedText {
+  std::shared_ptr<ShapedText> text;
+  QTextLine line;
+};
+
+struct PlacedTab {
+  double width = 0;
+  std::string leader;
+  const richtext::CharFormat* format = nullptr;
+};
+
+struct PlacedPicture {
+  double width = 0, height = 0;
+  QImage image;         // null: a frame with the caption is drawn
+  std::string caption;  // the kind of picture that could not be read
+  bool lossless = true;
+};
+
+struct Piece {
+  double x = 0;
+  std::variant<PlacedText, PlacedTab, PlacedPicture> content;
+};
+
+// What is drawn around the lines of a paragraph.
+struct Frame {
+  double left = 0, right = 0;
+  QColor shading;  // invalid for none
+  struct Edge {
+    double width = 0;  // 0 for none
+    QColor colour;
+  };
+  Edge left_edge, right_edge, top_edge, bottom_edge;
+};
+
+class TextLine : public Strip {
+ public:
+  explicit TextLine(std::shared_ptr<Fonts> fonts) : fonts_(std::move(fonts)) {}
+  void Draw(QPainter& painter, QPointF corner) const override;
+
+  double baseline = 0;  // from the strip's top
+  std::vector<Piece> pieces;
+  std::vector<double> bars;  // x of bar tabs
+  std::shared_ptr<const Frame> frame;
+  double frame_below = 0;  // how far the frame goes on below, to a neighbour in the same frame
+  bool first_of_paragraph = false, last_of_paragraph = false;
+
+ private:
+  void DrawFrame(QPainter& painter, QPointF corner) const;
+  void DrawText(QPainter& painter, QPointF origin, const PlacedText& text) const;
+  void DrawTab(QPainter& painter, QPointF origin, const PlacedTab& tab) const;
+  void Highlight(QPainter& painter, const QRectF& area, const richtext::CharFormat& format) const;
+  void Decorate(QPainter& painter, QPointF origin, double width,
+                const richtext::CharFormat& format) const;
+
+  std::shared_ptr<Fonts> fonts_;
+};
+
+void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& picture);
+
+}  // namespace tenora::printing

@@ -1,0 +1,75 @@
+#include "platform/richtext/document_text.h"
+
+#include "platform/runtime/text.h"
+
+namespace tenora::richtext {
+namespace {
+
+template <class Blocks, class Visit>
+void Walk(Blocks& blocks, const Visit& visit, ParagraphEnd last_end) {
+  for (std::size_t i = 0; i < blocks.size(); ++i) {
+    if (auto* paragraph = std::get_if<Paragraph>(&blocks[i])) {
+      visit(*paragraph, i + 1 == blocks.size() ? last_end : ParagraphEnd::kParagraph);
+      continue;
+    }
+    for (auto& row : std::get<std::shared_ptr<Table>>(blocks[i])->rows) {
+      for (std::size_t cell = 0; cell < row.cells.size(); ++cell)
+        Walk(row.cells[cell].blocks, visit,
+             cell + 1 == row.cells.size() ? ParagraphEnd::kRow : ParagraphEnd::kCell);
+    }
+  }
+}
+
+// The text with `line_end` for every end but that of the last paragraph.
+std::string Collect(const std::vector<Block>& blocks, std::string_view line_end) {
+  std::string text;
+  std::string_view end;
+  ForEachParagraph(blocks, [&](const Paragraph& paragraph, ParagraphEnd paragraph_end) {
+    text += end;
+    for (const Run& run : paragraph.runs) {
+      for (const char c : run.text) {
+        if (c == '\v')
+          text += line_end;
+        else
+          text += c;
+      }
+    }
+    end = paragraph_end == ParagraphEnd::kCell ? std::string_view("\t") : line_end;
+  });
+  return text;
+}
+
+}  // namespace
+
+void ForEachParagraph(const std::vector<Block>& blocks,
+                      const std::function<void(const Paragraph&, ParagraphEnd)>& visit) {
+  Walk(blocks, visit, ParagraphEnd::kParagraph);
+}
+
+void ForEachParagraph(std::vector<Block>& blocks,
+                      const std::function<void(Paragraph&, ParagraphEnd)>& visit) {
+  Walk(blocks, visit, ParagraphEnd::kParagraph);
+}
+
+std::string PlainText(const std::vector<Block>& blocks) { return Collect(blocks, "\r\n"); }
+
+std::u16string PositionText(const std::vector<Block>& blocks) {
+  return ToUtf16(Collect(blocks, "\n"));
+}
+
+std::string ParagraphText(const Paragraph& paragraph) {
+  std::string text;
+  for (const Run& run : paragraph.runs) text += run.text;
+  return text;
+}
+
+void DropEmptyEnd(std::vector<Block>* blocks) {
+  while (blocks->size() > 1) {
+    const auto* last = std::get_if<Paragraph>(&blocks->back());
+    if (last == nullptr || !last->runs.empty() || !last->marks.empty()) return;
+    if (!std::holds_alternative<Paragraph>((*blocks)[blocks->size() - 2])) return;
+    blocks->pop_back();
+  }
+}
+
+}  // namespace tenora::richtext

@@ -1,0 +1,431 @@
+// The opening and closing of groups.
+#include <algorithm>
+#include <utility>
+
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/reader_core.h"
+#include "platform/richtext/writer.h"
+
+namespace tenora::richtext {
+namespace {
+
+constexpr std::size_t kDeepest = 1000;
+constexpr std::size_t kMostFlows = 8;  // a text box in a footnote in a table in …
+constexpr int kDeepestField = 8;
+
+int FieldDepth(const Field* field) {
+  int depth = 0;
+  for (; field != nullptr; field = field->outer.get()) ++depth;
+  return depth;
+}
+
+}  // namespace
+
+void Reader::OpenGroup() {
+  if (groups_.size() >= kDeepest) {
+    ++ignored_depth_;
+    return;
+  }
+  Group& around = Top();
+  around.fresh = false;
+  Group group;
+  group.destination = around.destination;
+  group.format = around.format;
+  group.page = around.page;
+  group.fallback = around.fallback;
+  group.field = around.field;
+  group.field_serial = around.field_serial;
+  group.making = around.making;
+  group.nested_row = around.nested_row;
+  group.shown = around.shown;
+  group.fresh = true;
+  if (around.destination == Destination::kStyles && !around.entry) {
+    group.entry = true;
+    styles_.BeginEntry();
+  } else if (around.destination == Destination::kStyles) {
+    group.destination = Destination::kSkip;
+  }
+  // The plain form in \upr; \ud behind it is opened by its own word.
+  if (around.alternatives) group.destination = Destination::kSkip;
+  group.alternatives = false;
+  groups_.push_back(std::move(group));
+}
+
+void Reader::CloseGroup() {
+  if (ignored_depth_ > 0) {
+    --ignored_depth_;
+    return;
+  }
+  // The outermost group stays: its formatting is that of the last paragraph.
+  if (groups_.size() <= 2) {
+    ended_ = true;
+    return;
+  }
+  Group group = std::move(groups_.back());
+  groups_.pop_back();
+  if (group.saved_state) CurrentFlow().RestoreState();
+  if (group.copied && !group.owns_copy) CurrentCopy().source.Close();
+  EndTableEntry(group);
+  if (group.owns_flow) EndFlow(group);
+  if (group.owns_copy) EndCopy(group);
+  if (group.destination == Destination::kField && Top().making != group.making) EndField(group);
+  if (group.destination == Destination::kClassicList && Top().destination == Destination::kText)
+    EndClassicList();
+}
+
+void Reader::EndTableEntry(const Group& group) {
+  switch (group.destination) {
+    case Destination::kFonts:
+      return fonts_.EndEntry();
+    case Destination::kStyles:
+      if (group.entry) styles_.EndEntry();
+      return;
+    case Destination::kLists:
+      if (group.entry) lists_.EndList();
+      return;
+    case Destination::kOverrides:
+      if (group.entry) lists_.EndOverride();
+      return;
+    case Destination::kPicture:
+      if (group.entry) EndPicture(group);
+      return;
+    default:
+      return;
+  }
+}
+
+void Reader::EndPicture(const Group& group) {
+  in_picture_ = false;
+  if (group.owns_copy) return;
+  Copy& copy = CurrentCopy();
+  Picture picture = picture_.Take();
+  picture.source = copy.source.Tail(copy.picture_start);
+  copy.shown_picture = std::make_shared<const Picture>(std::move(picture));
+}
+
+// The first word of a group. True when the word is used up.
+bool Reader::OpenDestination(const Token& word) {
+  const Opens opens = WhatOpens(word.text, Top().starred);
+  switch (Top().destination) {
+    case Destination::kText:
+      return OpenInText(opens, word);
+    case Destination::kField:
+    case Destination::kClassicList:
+    case Destination::kInfo:
+    case Destination::kFonts:
+    case Destination::kStyles:
+    case Destination::kLists:
+    case Destination::kOverrides:
+      return OpenInTable(word);
+    case Destination::kCopy:
+    case Destination::kPicture:
+      return OpenInCopy(opens, word);
+    case Destination::kSkip:
+      if (opens != Opens::kUnicode || groups_.size() < 2) return false;
+      if (!groups_[groups_.size() - 2].alternatives) return false;
+      return OpenPart(groups_[groups_.size() - 2].destination);
+    default:
+      return false;
+  }
+}
+
+bool Reader::OpenPart(Destination destination) {
+  Top().destination = destination;
+  Top().fresh = false;
+  return true;
+}
+
+bool Reader::OpenInText(Opens opens, const Token& word) {
+  switch (opens) {
+    case Opens::kNothing:
+    case Opens::kUnicode:
+    case Opens::kResult:
+      return false;
+    case Opens::kSkipped:
+    case Opens::kInstruction:
+      return OpenPart(Destination::kSkip);
+    case Opens::kFonts:
+      return OpenPart(Destination::kFonts);
+    case Opens::kColours:
+      return OpenPart(Destination::kColours);
+    case Opens::kStyles:
+      return OpenPart(Destination::kStyles);
+    case Opens::kLists:
+      return OpenPart(Destination::kLists);
+    case Opens::kOverrides:
+      return OpenPart(Destination::kOverrides);
+    case Opens::kInfo:
+      return OpenPart(Destination::kInfo);
+    case Opens::kClassicList:
+      bullet_ = ClassicBullet();
+      return OpenPart(Destination::kClassicList);
+    case Opens::kNestedRow:
+      Top().nested_row = true;
+      return OpenPart(Destination::kText);
+    case Opens::kAlternatives:
+      Top().alternatives = true;
+      return OpenPart(Destination::kText);
+    case Opens::kField:
+      BeginField();
+      return true;
+    case Opens::kPicture:
+      BeginCopy(SourceCopy::Style::kWhole, Delivery::kPicture, &word);
+      BeginPicture();
+      return true;
+    case Opens::kObject:
+      BeginCopy(SourceCopy::Style::kWhole, Delivery::kObject, &word);
+      return true;
+    case Opens::kMark:
+      BeginCopy(SourceCopy::Style::kWhole, Delivery::kMark, &word);
+      return true;
+    case Opens::kHead:
+      BeginCopy(SourceCopy::Style::kWhole, Delivery::kHead, &word);
+      return true;
+    case Opens::kHeadFlow:
+      if (flows_.size() > 1) return OpenPart(Destination::kSkip);
+      BeginFlow(Delivery::kHead, word);
+      return true;
+    case Opens::kObjectFlow:
+      BeginFlow(Delivery::kObject, word);
+      Top().open_ending = true;
+      return true;
+    case Opens::kMarkFlow:
+      BeginFlow(Delivery::kMark, word);
+      Top().open_ending = true;
+      return true;
+    case Opens::kCopiedFlow:
+      // A text box without its shape: its text is text.
+      return OpenPart(Destination::kText);
+  }
+  return false;
+}
+
+// Groups in the tables of the head, in \field and in \pn.
+bool Reader::OpenInTable(const Token& word) {
+  Group& group = Top();
+  switch (group.destination) {
+    case Destination::kField:
+      if (word.text == "fldinst") {
+        BeginCopy(SourceCopy::Style::kInstruction, Delivery::kInstruction, nullptr);
+        return true;
+      }
+      if (word.text == "fldrslt") {
+        group.field = group.making;
+        group.field_serial = CurrentFlow().paragraph_serial();
+        group.making = nullptr;
+        return OpenPart(Destination::kText);
+      }
+      return OpenPart(Destination::kSkip);
+    case Destination::kClassicList:
+      if (word.text == "pntxtb") return OpenPart(Destination::kListBefore);
+      if (word.text == "pntxta") return OpenPart(Destination::kListAfter);
+      return false;
+    case Destination::kInfo: {
+      static constexpr std::string_view kKept[] = {"author",   "subject",  "manager", "company",
+                                                   "category", "keywords", "doccomm"};
+      if (word.text == "title") return OpenPart(Destination::kTitle);
+      if (word.text == "upr") {
+        group.alternatives = true;
+        return OpenPart(Destination::kInfo);
+      }
+      if (std::ranges::find(kKept, word.text) == std::end(kKept))
+        return OpenPart(Destination::kSkip);
+      BeginCopy(SourceCopy::Style::kWhole, Delivery::kInfo, &word);
+      return true;
+    }
+    case Destination::kLists:
+      if (word.text == "list") {
+        group.entry = true;
+        lists_.BeginList();
+      } else if (word.text == "listlevel") {
+        lists_.BeginLevel();
+      } else if (word.text == "leveltext") {
+        return OpenPart(Destination::kLevelText);
+      } else if (word.text == "levelnumbers" || word.text == "listname" || group.starred) {
+        return OpenPart(Destination::kSkip);
+      }
+      return false;
+    case Destination::kOverrides:
+      if (word.text == "lfolevel") return OpenPart(Destination::kSkip);
+      group.entry = word.text == "listoverride";
+      if (group.entry) lists_.BeginOverride();
+      return false;
+    case Destination::kStyles:
+      if (group.starred && word.text != "cs" && word.text != "s" && word.text != "ds" &&
+          word.text != "ts")
+        return OpenPart(Destination::kSkip);
+      return false;
+    default:
+      return group.starred ? OpenPart(Destination::kSkip) : false;
+  }
+}
+
+// Groups in what is carried through: dropped, rewritten, or copied with their braces.
+bool Reader::OpenInCopy(Opens opens, const Token& word) {
+  const bool unknown = WhatOpens(word.text, false) == Opens::kNothing;
+  if (opens == Opens::kSkipped && !unknown) return OpenPart(Destination::kSkip);
+  if (opens == Opens::kCopiedFlow && flows_.size() < kMostFlows) {
+    BeginFlow(Delivery::kCopy, word);
+    return true;
+  }
+  if (CurrentCopy().source.style() == SourceCopy::Style::kInstruction && !Top().starred && unknown)
+    return false;
+  Copy& copy = CurrentCopy();
+  const std::size_t start = copy.source.size();
+  copy.source.Open(Top().starred);
+  Top().copied = true;
+  Top().fresh = false;
+  if (word.text == "pict" && !in_picture_) {
+    copy.picture_start = start;
+    BeginPicture();
+  } else if (Top().destination == Destination::kPicture) {
+    Top().destination = Destination::kCopy;
+  }
+  if (word.text == "result" || word.text == "shptxt") Top().shown = true;
+  copy.source.Word(word, fonts_, colours_);
+  return true;
+}
+
+// Writes the brace of a group that began without a destination.
+void Reader::MarkCopied() {
+  Group& group = Top();
+  if (group.copied || group.owns_copy) return;
+  group.fresh = false;
+  if (CurrentCopy().source.style() == SourceCopy::Style::kInstruction) return;
+  group.copied = true;
+  CurrentCopy().source.Open(false);
+}
+
+void Reader::BeginCopy(SourceCopy::Style style, Delivery delivery, const Token* word) {
+  copies_.push_back(std::make_unique<Copy>(Copy{SourceCopy(style), {}, nullptr, 0}));
+  Group& group = Top();
+  group.owns_copy = true;
+  group.delivery = delivery;
+  group.shown = false;
+  group.destination = Destination::kCopy;
+  group.fresh = false;
+  if (word == nullptr) return;
+  CurrentCopy().source.Open(group.starred);
+  CurrentCopy().source.Word(*word, fonts_, colours_);
+}
+
+void Reader::BeginPicture() {
+  picture_ = PictureReader();
+  in_picture_ = true;
+  Top().entry = true;
+  Top().destination = Destination::kPicture;
+}
+
+void Reader::BeginFlow(Delivery delivery, const Token& word) {
+  if (flows_.size() >= kMostFlows) {
+    OpenPart(Destination::kSkip);
+    return;
+  }
+  flows_.push_back(std::make_unique<Flow>(Context()));
+  Group& group = Top();
+  group.owns_flow = true;
+  group.delivery = delivery;
+  group.destination = Destination::kText;
+  group.format = PlainFormat();
+  group.page = nullptr;
+  group.field = nullptr;
+  group.making = nullptr;
+  group.nested_row = false;
+  group.fresh = false;
+  group.flow_word = (group.starred ? "\\*\\" : "\\") + std::string(word.text);
+  if (word.has_param) group.flow_word += std::to_string(word.param);
+}
+
+void Reader::BeginField() {
+  Group& group = Top();
+  group.fresh = false;
+  if (FieldDepth(group.field.get()) >= kDeepestField) return;
+  auto field = std::make_shared<Field>();
+  field->outer = CurrentField();
+  group.making = std::move(field);
+  group.destination = Destination::kField;
+}
+
+void Reader::EndFlow(Group& group) {
+  const std::unique_ptr<Flow> flow = std::move(flows_.back());
+  flows_.pop_back();
+  CharFormat mark = group.format;
+  if (mark.font == kDefaultFont) mark.font = fonts_.DefaultPosition();
+  std::vector<Block> blocks = flow->Finish(mark);
+  if (group.open_ending) DropEmptyEnd(&blocks);
+  SourceText source;
+  source.Raw("{");
+  source.Raw(group.flow_word);
+  source.Raw("\\pard\\plain", true);
+  BlockWriter(fonts_.fonts(), fonts_.document_code_page(), &code_pages_, &source)
+      .Write(blocks, group.open_ending ? BlockWriter::Ending::kOpen : BlockWriter::Ending::kMarked);
+  source.Raw("}");
+  Copy copy{SourceCopy(SourceCopy::Style::kWhole), {}, nullptr, 0};
+  if (group.delivery == Delivery::kCopy) copy.shown_text = PlainText(blocks);
+  Deliver(group, source.Take(), &copy);
+}
+
+void Reader::EndCopy(Group& group) {
+  const std::unique_ptr<Copy> copy = std::move(copies_.back());
+  copies_.pop_back();
+  if (group.delivery != Delivery::kInstruction) copy->source.Close();
+  Deliver(group, copy->source.Take(), copy.get());
+}
+
+void Reader::EndField(const Group& group) {
+  // A field without a result stands in the text as an object.
+  if (group.making == nullptr || group.making->instruction.empty()) return;
+  if (group.making.use_count() > 1) return;  // a run of the result holds it
+  Verbatim object;
+  object.source = "{\\field" + group.making->flags + "{\\*\\fldinst{" + group.making->instruction +
+                  "}}{\\fldrslt}}";
+  CurrentFlow().Object(
+      {ResolvedFormat(), {}, std::make_shared<const Verbatim>(std::move(object)), CurrentField()});
+}
+
+void Reader::EndClassicList() {
+  ChangeParagraph();
+  CurrentFlow().state().format.bullet = bullet_.Take();
+}
+
+void Reader::Deliver(const Group& group, std::string source, Copy* copy) {
+  switch (group.delivery) {
+    case Delivery::kNone:
+      return;
+    case Delivery::kObject: {
+      Verbatim object;
+      object.source = std::move(source);
+      object.shown_text = std::move(copy->shown_text);
+      object.shown_picture = std::move(copy->shown_picture);
+      return CurrentFlow().Object({ResolvedFormat(),
+                                   {},
+                                   std::make_shared<const Verbatim>(std::move(object)),
+                                   CurrentField()});
+    }
+    case Delivery::kPicture: {
+      Picture picture = picture_.Take();
+      picture.source = std::move(source);
+      return CurrentFlow().Object({ResolvedFormat(),
+                                   {},
+                                   std::make_shared<const Picture>(std::move(picture)),
+                                   CurrentField()});
+    }
+    case Delivery::kMark:
+      return CurrentFlow().AddMark(std::move(source));
+    case Delivery::kHead:
+      document_.head_groups.push_back(std::move(source));
+      return;
+    case Delivery::kInfo:
+      document_.info.push_back(std::move(source));
+      return;
+    case Delivery::kInstruction:
+      if (Top().making != nullptr) Top().making->instruction = std::move(source);
+      return;
+    case Delivery::kCopy:
+      CurrentCopy().source.Raw(source);
+      CurrentCopy().shown_text += copy->shown_text;
+      return;
+  }
+}
+
+}  // namespace tenora::richtext

@@ -1,0 +1,206 @@
+// The last step of reading: only fonts and colours in use stay in the tables.
+#include <algorithm>
+#include <map>
+#include <string_view>
+
+#include "platform/richtext/reader_core.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::richtext {
+namespace {
+
+constexpr std::string_view kSymbolBullet = "•";
+
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+// Which positions are used, then where each goes.
+class Numbers {
+ public:
+  explicit Numbers(std::size_t count) : used_(count), to_(count) {}
+
+  void Use(int position) {
+    if (position >= 0 && static_cast<std::size_t>(position) < used_.size())
+      used_[static_cast<std::size_t>(position)] = true;
+  }
+  // `first` takes place 0, the others follow in their order.
+  void Assign(int first) {
+    to_[static_cast<std::size_t>(first)] = 0;
+    int next = 1;
+    for (std::size_t i = 0; i < used_.size(); ++i) {
+      if (used_[i] && i != static_cast<std::size_t>(first)) to_[i] = next++;
+    }
+    used_[static_cast<std::size_t>(first)] = true;
+    count_ = static_cast<std::size_t>(next);
+  }
+  int operator()(int position) const {
+    const auto index = static_cast<std::size_t>(position);
+    return position >= 0 && index < to_.size() ? to_[index] : 0;
+  }
+  bool ChangesNothing() const { return count_ == used_.size() && to_[0] == 0; }
+
+  template <class Entry>
+  void Rearrange(std::vector<Entry>* entries) const {
+    std::vector<Entry> kept(count_);
+    for (std::size_t i = 0; i < entries->size(); ++i) {
+      if (used_[i]) kept[static_cast<std::size_t>(to_[i])] = std::move((*entries)[i]);
+    }
+    *entries = std::move(kept);
+  }
+
+ private:
+  std::vector<bool> used_;
+  std::vector<int> to_;
+  std::size_t count_ = 0;
+};
+
+// Calls `change` for each font or colour number in canonical source; true when one changed.
+template <class Change>
+bool ForEachNumber(std::string* source, const Change& change) {
+  std::string out;
+  bool changed = false;
+  std::size_t copied = 0, at = 0;
+  while ((at = source->find('\\', at)) != std::string::npos) {
+    const std::size_t word = ++at;
+    while (at < source->size() && IsLetter((*source)[at])) ++at;
+    if (at == word) {
+      ++at;
+      continue;
+    }
+    const std::size_t digits = at;
+    int number = 0;
+    while (at < source->size() && IsDigit((*source)[at]) && at - digits < 9)
+      number = number * 10 + ((*source)[at++] - '0');
+    if (at == digits) continue;
+    const Reference reference = ReferenceOf(std::string_view(*source).substr(word, digits - word));
+    if (reference == Reference::kNone) continue;
+    const int now = change(reference, number);
+    if (now == number) continue;
+    out.append(*source, copied, digits - copied).append(std::to_string(now));
+    copied = at;
+    changed = true;
+  }
+  if (!changed) return false;
+  out.append(*source, copied);
+  *source = std::move(out);
+  return true;
+}
+
+// Visits every font and colour number of a document. `change` gives the number to put in its place.
+template <class Change>
+class Visitor {
+ public:
+  explicit Visitor(const Change& change) : change_(change) {}
+
+  void Visit(Document* document) {
+    for (std::string& group : document->head_groups) Source(&group);
+    for (std::string& group : document->info) Source(&group);
+    for (Block& block : document->blocks) Visit(&block);
+  }
+
+ private:
+  void Visit(Block* block) {
+    if (auto* paragraph = std::get_if<Paragraph>(block)) return Visit(paragraph);
+    for (Row& row : std::get<std::shared_ptr<Table>>(*block)->rows) {
+      Source(&row.definition);
+      for (Cell& cell : row.cells) {
+        Colour(&cell.shading);
+        for (Border* border : {&cell.top, &cell.bottom, &cell.left, &cell.right})
+          Colour(&border->colour);
+        for (Block& inner : cell.blocks) Visit(&inner);
+      }
+    }
+  }
+
+  void Visit(Paragraph* paragraph) {
+    ParagraphFormat& format = paragraph->format;
+    Colour(&format.shading);
+    for (Border* border : {&format.top, &format.bottom, &format.left, &format.right})
+      Colour(&border->colour);
+    Visit(&paragraph->mark);
+    for (Run& run : paragraph->runs) {
+      Visit(&run.format);
+      Shared(&run.field, &Field::instruction, &fields_);
+      if (auto* picture = std::get_if<std::shared_ptr<const Picture>>(&run.object))
+        Shared(picture, &Picture::source, &pictures_);
+      if (auto* object = std::get_if<std::shared_ptr<const Verbatim>>(&run.object))
+        Shared(object, &Verbatim::source, &objects_);
+    }
+    for (Mark& mark : paragraph->marks) Source(&mark.source);
+  }
+
+  void Visit(CharFormat* format) {
+    format->font = change_(Reference::kFont, format->font);
+    Colour(&format->colour);
+    Colour(&format->highlight);
+  }
+
+  // What several runs share stays shared, and is copied only when a number in it changes.
+  template <class Object>
+  void Shared(std::shared_ptr<const Object>* object, std::string Object::*source,
+              std::map<const Object*, std::shared_ptr<const Object>>* done) {
+    if (*object == nullptr) return;
+    const auto [entry, added] = done->try_emplace(object->get(), *object);
+    if (added) {
+      std::string changed = (**object).*source;
+      if (Source(&changed)) {
+        Object copy = **object;
+        copy.*source = std::move(changed);
+        entry->second = std::make_shared<const Object>(std::move(copy));
+      }
+    }
+    *object = entry->second;
+  }
+
+  void Colour(int* colour) { *colour = change_(Reference::kColour, *colour); }
+  bool Source(std::string* source) { return ForEachNumber(source, change_); }
+
+  const Change& change_;
+  std::map<const Field*, std::shared_ptr<const Field>> fields_;
+  std::map<const Picture*, std::shared_ptr<const Picture>> pictures_;
+  std::map<const Verbatim*, std::shared_ptr<const Verbatim>> objects_;
+};
+
+bool UsesSymbolBullet(const std::vector<Block>& blocks) {
+  return std::ranges::any_of(blocks, [](const Block& block) {
+    if (const auto* paragraph = std::get_if<Paragraph>(&block))
+      return paragraph->format.bullet.kind == Bullet::Kind::kBullet &&
+             paragraph->format.bullet.before == kSymbolBullet;
+    const Table& table = *std::get<std::shared_ptr<Table>>(block);
+    return std::ranges::any_of(table.rows, [](const Row& row) {
+      return std::ranges::any_of(row.cells,
+                                 [](const Cell& cell) { return UsesSymbolBullet(cell.blocks); });
+    });
+  });
+}
+
+}  // namespace
+
+void Renumber(Document* document) {
+  Numbers fonts(document->fonts.size()), colours(document->colours.size());
+  const auto collect = [&](Reference reference, int number) {
+    (reference == Reference::kFont ? fonts : colours).Use(number);
+    return number;
+  };
+  Visitor(collect).Visit(document);
+  if (UsesSymbolBullet(document->blocks)) {
+    for (std::size_t i = 0; i < document->fonts.size(); ++i) {
+      if (document->fonts[i].name == "Symbol" && document->fonts[i].charset == 2)
+        fonts.Use(static_cast<int>(i));
+    }
+  }
+  fonts.Assign(document->default_font);
+  colours.Assign(0);
+  if (!fonts.ChangesNothing() || !colours.ChangesNothing()) {
+    const auto change = [&](Reference reference, int number) {
+      return reference == Reference::kFont ? fonts(number) : colours(number);
+    };
+    Visitor(change).Visit(document);
+    fonts.Rearrange(&document->fonts);
+    colours.Rearrange(&document->colours);
+  }
+  document->default_font = 0;
+  for (std::size_t i = 0; i < document->fonts.size(); ++i)
+    document->fonts[i].number = static_cast<int>(i);
+}
+
+}  // namespace tenora::richtext

@@ -1,0 +1,208 @@
+#include "platform/richtext/rich_text_box.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/richtext/code_page.h"
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/editing.h"
+#include "platform/richtext/encoder.h"
+#include "platform/richtext/reader.h"
+#include "platform/richtext/search.h"
+#include "platform/richtext/text_file.h"
+#include "platform/richtext/writer.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+constexpr std::uintmax_t kLargestFile = std::uintmax_t{256} << 20;
+constexpr int kOutOfMemory = 7;
+
+bool IsAscii(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// Line ends as positions count them.
+std::u16string PositionsOf(std::string_view text) {
+  return ToUtf16(ReplaceAll(ReplaceAll(std::string(text), "\r\n", "\n"), "\r", "\n"));
+}
+
+// Characters beyond ASCII as escapes that read right whatever font stands around them.
+std::string SourceFormIn(const richtext::HeadInfo& head, std::string_view text) {
+  const richtext::CodePage page(head.code_page);
+  std::string source;
+  while (!text.empty()) {
+    const std::string_view before = text;
+    const char32_t character = TakeCodePoint(text);
+    if (character < 0x80) {
+      source += before.front();
+      continue;
+    }
+    const std::string bytes = page.Encode(character);
+    if (bytes.empty()) {
+      richtext::AppendUnicode(&source, character);
+      continue;
+    }
+    if (!head.one_code_page) {
+      source.append("\\u").append(std::to_string(character > 0x7fff
+                                                     ? static_cast<int>(character) - 0x10000
+                                                     : static_cast<int>(character)));
+      // A fallback is one byte.
+      if (bytes.size() != 1) {
+        source += '?';
+        continue;
+      }
+    }
+    for (const char byte : bytes)
+      richtext::AppendHexByte(&source, static_cast<unsigned char>(byte));
+  }
+  return source;
+}
+
+std::string ReadLetterFile(const std::filesystem::path& path) {
+  std::error_code ignored;
+  const std::uintmax_t size = std::filesystem::file_size(path, ignored);
+  if (!ignored && size > kLargestFile)
+    throw StandardError(kOutOfMemory, path.string() + " is larger than 256 MB");
+  return ReadWholeFile(path);
+}
+
+}  // namespace
+
+struct RichTextBox::State {
+  std::string source;
+  // Made from the source when asked for.
+  std::optional<richtext::Document> document;
+  std::optional<std::u16string> position_text;
+  std::optional<richtext::HeadInfo> head;
+  int start = 0, length = 0;
+  std::function<void()> listener;
+
+  const richtext::Document& Parsed() {
+    if (!document) document = richtext::ReadRtf(source);
+    return *document;
+  }
+
+  const std::u16string& PositionText() {
+    if (!position_text) position_text = richtext::PositionText(Parsed().blocks);
+    return *position_text;
+  }
+
+  const richtext::HeadInfo& Head() {
+    if (!head) head = richtext::ReadHead(source);
+    return *head;
+  }
+
+  void SetSource(std::string text) {
+    // Merges change the letter's text and leave its head alone.
+    const std::size_t known = head ? head->length : 0;
+    if (known == 0 || text.compare(0, known, source, 0, known) != 0) head.reset();
+    source = std::move(text);
+    document.reset();
+    position_text.reset();
+    start = length = 0;
+  }
+
+  void SetDocument(richtext::Document changed) { SetSource(richtext::WriteRtf(changed)); }
+
+  void Changed() const {
+    if (listener) listener();
+  }
+};
+
+RichTextBox::RichTextBox() : state_(std::make_unique<State>()) {
+  state_->SetDocument(richtext::DocumentOfText(""));
+}
+RichTextBox::~RichTextBox() = default;
+RichTextBox::RichTextBox(RichTextBox&&) noexcept = default;
+RichTextBox& RichTextBox::operator=(RichTextBox&&) noexcept = default;
+
+const std::string& RichTextBox::TextRTF() const { return state_->source; }
+
+void RichTextBox::SetTextRTF(std::string source) {
+  // As the classic control does, other text is taken for plain text.
+  if (!richtext::IsRtf(source)) return SetText(source);
+  if (!IsAscii(source)) {
+    richtext::HeadInfo head = richtext::ReadHead(source);
+    source = SourceFormIn(head, source);
+  }
+  state_->SetSource(std::move(source));
+  state_->Changed();
+}
+
+std::string RichTextBox::SourceForm(std::string_view text) const {
+  if (IsAscii(text)) return std::string(text);
+  return SourceFormIn(state_->Head(), text);
+}
+
+std::string RichTextBox::ShownForm(std::string_view source) const {
+  const richtext::HeadInfo& head = state_->Head();
+  std::string document =
+      head.length > 0 ? state_->source.substr(0, head.length) : std::string("{\\rtf1\\ansi");
+  document.append("\\uc1 ").append(source).append("}");
+  return richtext::PlainText(richtext::ReadRtf(document).blocks);
+}
+
+const richtext::Document& RichTextBox::Document() const { return state_->Parsed(); }
+
+std::string RichTextBox::Text() const { return richtext::PlainText(state_->Parsed().blocks); }
+
+void RichTextBox::SetText(std::string_view text) {
+  state_->SetDocument(richtext::DocumentOfText(text));
+  state_->Changed();
+}
+
+int RichTextBox::SelStart() const { return state_->start; }
+int RichTextBox::SelLength() const { return state_->length; }
+
+void RichTextBox::Select(int start, int length) {
+  const int size = static_cast<int>(state_->PositionText().size());
+  state_->start = std::clamp(start, 0, size);
+  state_->length = std::clamp(length, 0, size - state_->start);
+}
+
+std::string RichTextBox::SelText() const {
+  const std::u16string_view text = state_->PositionText();
+  const auto start = static_cast<std::size_t>(state_->start);
+  const auto length = static_cast<std::size_t>(state_->length);
+  return ReplaceAll(FromUtf16(text.substr(start, length)), "\n", "\r\n");
+}
+
+void RichTextBox::SetSelText(std::string_view text) {
+  richtext::Document document = richtext::ReadRtf(state_->source);
+  const int end = richtext::ReplaceRange(&document, state_->start, state_->length, text);
+  // What an edit leaves unused or apart is put in order by reading it back.
+  state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
+  Select(end, 0);
+  state_->Changed();
+}
+
+int RichTextBox::Find(std::string_view text, int start, int end, int options) {
+  const std::u16string part = PositionsOf(text);
+  const int found = richtext::FindText(
+      state_->PositionText(), part, start, end,
+      {.whole_word = (options & kWholeWord) != 0, .match_case = (options & kMatchCase) != 0});
+  if (found >= 0 && (options & kNoHighlight) == 0) Select(found, static_cast<int>(part.size()));
+  return found;
+}
+
+void RichTextBox::LoadFile(const std::filesystem::path& path, FileType type) {
+  const std::string bytes = ReadLetterFile(path);
+  if (type == FileType::kText) return SetText(richtext::DecodeTextFile(bytes));
+  if (!richtext::IsRtf(bytes)) throw StandardError(error_number::kInvalidFileFormat, path.string());
+  state_->SetDocument(richtext::ReadRtf(bytes));
+  state_->Changed();
+}
+
+void RichTextBox::SaveFile(const std::filesystem::path& path, FileType type) const {
+  WriteWholeFile(path, type == FileType::kRtf ? state_->source : Text());
+}
+
+void RichTextBox::OnChange(std::function<void()> listener) {
+  state_->listener = std::move(listener);
+}
+
+}  // namespace tenora

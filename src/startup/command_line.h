@@ -1,0 +1,32 @@
+// The command line as the management package writes it, and its named parameters.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tenora {
+
+class CommandLine {
+ public:
+  // `text` is the whole text behind the program name.
+  explicit CommandLine(std::string text) : text_(std::move(text)) {}
+
+  // Puts the line back together from the arguments (without the program's) that an operating system
+  // split it into. A shell also takes the quotes away: a known NAME=value gets them back, and bare
+  // words behind it belong to its value, so that FORMAT=Rent review reads like
+  // FORMAT="Rent review". Arguments that still hold their quotes stay as they are.
+  static CommandLine FromArguments(const std::vector<std::string>& arguments);
+
+  const std::string& text() const { return text_; }
+  bool Contains(std::string_view word) const;
+
+  // The value of a named parameter; `default_text` when the name does not occur, but empty for a
+  // value that is not closed by a double quote.
+  std::string GetCommandParameter(std::string_view name, std::string_view default_text) const;
+
+ private:
+  std::string text_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,13 @@
+// The entry of the program behind main().
+#pragma once
+
+#include "startup/commands.h"
+
+namespace tenora {
+
+// Runs the command word that the line holds, in any letter case and anywhere; the receipt command
+// goes before the cheque command. The result is the exit status: 0 only when what was asked was
+// done, else 1.
+int Main(const CommandParts& parts);
+
+}  // namespace tenora

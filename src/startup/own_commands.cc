@@ -1,0 +1,97 @@
+#include "startup/own_commands.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <ostream>
+
+#include "platform/dialogs/terminal_text.h"
+#include "platform/query/engine.h"
+#include "platform/runtime/error.h"
+
+namespace tenora {
+namespace {
+
+constexpr std::array<std::string_view, 5> kOwnWords{"query", "tables", "--help", "-h", "--version"};
+
+constexpr const char* kVersion = "Tenora Mail Merge Facility " TENORA_VERSION;
+
+constexpr const char* kHelpFooter =
+    R"(The management package's command words, each parameter as NAME="value":
+  PRINTRECEIPT="tenant code" FORMAT="template name"
+      prints the receipt of the tenant's latest payment.
+      DEFAULT="False"     choose a printer (a list on the terminal)
+      TOPRINTER="False"   do not print, only keep a copy where the settings say so
+      TOEMAIL="True"      send it by e-mail (not available in this version)
+      REPRINT="number"    the receipt of an earlier payment, by its record number;
+                          the tenant is then found by the payment
+  PRINTCHEQUE="" PAYEE="name" VALUE="amount" FORMAT="template name"
+      prints a cheque (not available in this version).
+  Typed in a shell, the inner quotes may be left out: PRINTRECEIPT=T00001 FORMAT="Rent review"
+
+Environment:
+  TENORA_HOME      the program folder: property.mdb, Templates and the letters. Without it the
+                   folder of this program where that holds property.mdb, else the user's data
+                   folder for Tenora.
+  TENORA_SETTINGS  the folder of the settings. Without it the system's and the user's.
+  TENORA_NOW       the clock stands still at this time, as "2026-11-21 09:30:00".
+  TENORA_PDF       where "Print to PDF" writes: a folder, or a file when it ends in ".pdf".
+                   Without it, "Printed" under the data folder.
+  TENORA_PRINTER   the default printer. Without it, the system's.
+
+Exit status: 0 when what was asked was done, 1 when it failed, 2 for a wrong call.)";
+
+void ListTables(const std::string& path, std::ostream& output) {
+  const auto workspace = query::Workspace::Create();
+  for (const query::TableSummary& table : workspace->OpenDatabase(path)->Tables()) {
+    output << TerminalLine(table.name) << '\t' << table.rows << '\n';
+  }
+}
+
+void RunQuery(const std::string& path, const std::string& sql, std::ostream& output) {
+  const auto workspace = query::Workspace::Create();
+  const auto database = workspace->OpenDatabase(path);
+  query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),
+                           output);
+}
+
+}  // namespace
+
+bool IsOwnCommand(std::string_view first_argument) {
+  return std::ranges::find(kOwnWords, first_argument) != kOwnWords.end();
+}
+
+int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std::ostream& errors) {
+  CLI::App app("Prints letters and receipts from a rental agency's database.", "tenora");
+  app.set_version_flag("--version", kVersion);
+  app.footer(kHelpFooter);
+  app.require_subcommand(1);
+  std::string database, sql;
+  CLI::App* const tables =
+      app.add_subcommand("tables", "List the tables of an Access file with their row counts");
+  tables->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
+  CLI::App* const run_query = app.add_subcommand(
+      "query", "Run a select statement and print the result as tab-separated text");
+  run_query->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
+  run_query->add_option("SQL", sql, "The statement")->required();
+
+  std::ranges::reverse(arguments);  // CLI11 takes them from the back
+  try {
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, output, errors) == 0 ? 0 : 2;
+  }
+  try {
+    if (tables->parsed()) ListTables(database, output);
+    if (run_query->parsed()) RunQuery(database, sql, output);
+    output.flush();
+    if (!output) throw StandardError(error_number::kDeviceIoError, "standard output");
+    return 0;
+  } catch (...) {
+    errors << TerminalText(ErrorText(CurrentError())) << std::endl;
+    return 1;
+  }
+}
+
+}  // namespace tenora

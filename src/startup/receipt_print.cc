@@ -1,0 +1,184 @@
+#include "startup/receipt_print.h"
+
+#include <ostream>
+#include <string>
+
+#include "letters/frm_letter.h"
+#include "letters/template_library.h"
+#include "output/printing.h"
+#include "platform/dialogs/guard.h"
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+constexpr const char* kLabel = "General - ReceiptPrint";
+
+struct ReceiptParameters {
+  std::string tenant_code;
+  std::string format;
+  bool use_default_printer = true;
+  bool to_printer = true;
+  bool to_email = false;
+  std::int32_t reprint = 0;  // record number of an earlier payment; 0: the latest payment
+
+  bool Valid() const { return (!tenant_code.empty() || reprint != 0) && !format.empty(); }
+};
+
+// Raises 13 (Type mismatch) or 6 (Overflow) for a value that is no boolean or number.
+ReceiptParameters ReadParameters(const CommandLine& line) {
+  ReceiptParameters read;
+  read.tenant_code = TrimBlanks(line.GetCommandParameter("PRINTRECEIPT", ""));
+  read.format = line.GetCommandParameter("FORMAT", "");
+  read.use_default_printer = ToBool(line.GetCommandParameter("DEFAULT", "True"));
+  read.to_printer = ToBool(line.GetCommandParameter("TOPRINTER", "True"));
+  read.to_email = ToBool(line.GetCommandParameter("TOEMAIL", "FALSE"));
+  read.reprint = ToInt32(line.GetCommandParameter("REPRINT", "0"));
+  return read;
+}
+
+class OpenedDatabase {
+ public:
+  explicit OpenedDatabase(Database& database) : database_(database) { database_.OpenDatabase(); }
+  OpenedDatabase(const OpenedDatabase&) = delete;
+  OpenedDatabase& operator=(const OpenedDatabase&) = delete;
+  ~OpenedDatabase() { database_.CloseDatabase(); }
+
+ private:
+  Database& database_;
+};
+
+class ReceiptCommand {
+ public:
+  explicit ReceiptCommand(const CommandParts& parts)
+      : parts_(parts),
+        session_(parts.session),
+        dialogs_(parts.session.platform.dialogs),
+        letter_(parts.session),
+        errors_before_(parts.session.database.ErrorsReported()) {}
+
+  bool Run();
+
+ private:
+  bool LoadRentalData();
+  // A failed query has been shown and reads as empty fields: such a letter is no receipt.
+  bool DatabaseFailed() const { return session_.database.ErrorsReported() != errors_before_; }
+  bool BuildLetter();
+  bool MergeLetter();
+  bool Print();
+  bool Email();
+  bool SaveCopy();
+
+  const CommandParts& parts_;
+  Session& session_;
+  Dialogs& dialogs_;
+  frmLetter letter_;
+  ReceiptParameters parameters_;
+  std::size_t errors_before_;
+};
+
+bool ReceiptCommand::Run() {
+  parameters_ = ReadParameters(parts_.command_line);
+  if (!parameters_.Valid()) {
+    dialogs_.Say("Invalid command string for ReceiptPrint");
+    return false;
+  }
+  session_.database.SetCommandMode();
+  if (!LoadRentalData() || DatabaseFailed()) return false;
+  if (!BuildLetter()) return false;
+  letter_.InsertPrompts();
+
+  bool done = true;
+  if (parameters_.to_printer) done = Print();
+  if (parameters_.to_email) done = Email() && done;
+  return SaveCopy() && done;
+}
+
+bool ReceiptCommand::LoadRentalData() {
+  Database& database = session_.database;
+  const OpenedDatabase opened(database);
+  // The failure has been shown; every load below would only fail in its turn.
+  if (!database.IsOpen()) return false;
+  session_.caches.CacheTenants(database);
+  session_.caches.CacheAccountCodes(database);
+  session_.caches.CacheOwners(database);
+  session_.caches.CacheProperties(database);
+  if (parameters_.reprint != 0) {
+    parameters_.tenant_code = database.LookupText(
+        "tenant_code", "revenues", "where recordnumber=" + std::to_string(parameters_.reprint),
+        parameters_.tenant_code);
+  }
+  session_.options.LoadOptions();
+  return true;
+}
+
+bool ReceiptCommand::BuildLetter() {
+  LetterMembers& members = letter_.members();
+  members.TenantCode = parameters_.tenant_code;
+  members.ReceiptNumber = parameters_.reprint;
+  members.LetterTitle = parameters_.format;
+  members.RecipientName = session_.caches.KeyNameByReference(parameters_.tenant_code);
+  const bool loaded = Guarded(dialogs_, "frmLetter - LoadLetter", [&] {
+    const TemplateLibrary library(session_.database.DataFolder());
+    letter_.LoadLetter(library.PathOf(kTemplates, parameters_.format), kTemplates);
+  });
+  return loaded && MergeLetter();
+}
+
+bool ReceiptCommand::MergeLetter() {
+  const TenantMergeOutcome outcome = letter_.InsertTenantDetails();
+  if (DatabaseFailed()) return false;
+  if (outcome.error) {
+    ShowError(dialogs_, kLabel, *outcome.error);
+    return false;
+  }
+  if (!outcome.tenant_found) {
+    const std::string asked =
+        parameters_.reprint == 0 ? "" : " (payment " + std::to_string(parameters_.reprint) + ")";
+    dialogs_.Say("There is no tenancy with the code '" + parameters_.tenant_code + "'" + asked +
+                     ". Nothing was printed.",
+                 kLabel);
+    return false;
+  }
+  return outcome.receipt_number_issued;
+}
+
+bool ReceiptCommand::Print() {
+  const auto printers = parts_.make_printers();
+  printers->SetDataFolder(session_.database.DataFolder());
+  PrinterMod printer(*printers, session_.settings);
+  if (printer.PrinterCount() == 0) {
+    dialogs_.Say("No printer is installed. Nothing was printed.", kLabel);
+    return false;
+  }
+  if (!parameters_.use_default_printer && !printer.ChoosePrinter(dialogs_)) return false;
+  if (!letter_.PrintLetter(printer)) return false;
+  return Guarded(dialogs_, "frmLetter - PrintLetter", [&] {
+    const std::filesystem::path file = printer.EndJob();
+    if (!file.empty()) parts_.output << "Printed: " << file.string() << std::endl;
+  });
+}
+
+bool ReceiptCommand::Email() {
+  letter_.members().Kind = kTenantLetter;
+  dialogs_.Say("Sending receipts by e-mail (TOEMAIL) is not available in this version.", kLabel);
+  return false;
+}
+
+// Reprints are never saved again.
+bool ReceiptCommand::SaveCopy() {
+  if (parameters_.reprint != 0) return true;
+  if (ToInt32(session_.settings.GetSettingText("Receipt", "SaveCopy", "0")) == 0) return true;
+  return letter_.SaveTenantTemplate();
+}
+
+}  // namespace
+
+bool ReceiptPrint(const CommandParts& parts) {
+  bool done = false;
+  Guarded(parts.session.platform.dialogs, kLabel, [&] { done = ReceiptCommand(parts).Run(); });
+  return done;
+}
+
+}  // namespace tenora

@@ -1,0 +1,88 @@
+#include "letters/file_names.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+#include "support/test_files.h"
+
+namespace tenora {
+namespace {
+
+std::string Repeat(std::string_view text, int count) {
+  std::string result;
+  while (count-- > 0) result += text;
+  return result;
+}
+
+TEST(SafeFileName, LeavesOrdinaryNamesAlone) {
+  for (const char* name : {"Jane Smith", "O'Brien & Sons (2nd)", "Māhuta, Ngā", "J. R. Hartley",
+                           "名前", "a~1234", "`Quoted`", "CON"}) {
+    EXPECT_EQ(SafeFileName(name), name);
+    EXPECT_EQ(RecipientFolderName(name), name);
+  }
+  EXPECT_EQ(SafeFileName(Repeat("x", 255)), Repeat("x", 255));
+}
+
+TEST(SafeFileName, DropsWhatOtherSystemsDrop) {
+  EXPECT_EQ(SafeFileName("Smith Ltd."), "Smith Ltd");
+  EXPECT_EQ(SafeFileName("  Smith . "), "Smith");
+  EXPECT_EQ(SafeFileName("Rent/Water\\Gas"), "Rent-Water-Gas");
+}
+
+TEST(RecipientFolderName, TurnsHostileNamesIntoOneFolderInPlace) {
+  const std::string names[] = {
+      ".",
+      "..",
+      "...",
+      "",
+      "   ",
+      "../../etc/passwd",
+      "/etc",
+      "..\\..\\x",
+      ".hidden",
+      "a\nb\tc",
+      "a\x7f",
+      std::string("nul\0byte", 8),
+      "broken \xff utf-8",
+      "bell\xc2\x85",
+      Repeat("x", 300),
+      Repeat("x", 299) + "y",
+      Repeat("ā", 200),
+      Repeat("名", 85) + "x",
+      "Templates",
+      "OWNER TEMPLATES",
+      "property.mdb",
+  };
+  const test::ScratchFolder scratch;
+  std::filesystem::create_directory(scratch / "data");
+  std::set<std::string> folders;
+  for (const std::string& name : names) {
+    const std::string folder = RecipientFolderName(name);
+    SCOPED_TRACE(folder);
+    EXPECT_LE(folder.size(), kLongestFileName);
+    EXPECT_TRUE(IsValidUtf8(folder));
+    EXPECT_TRUE(folders.insert(folder).second) << "shared by two recipients";
+    EXPECT_TRUE(std::filesystem::create_directory(scratch / "data" / folder));
+  }
+  // All of them lie in the data folder and nowhere else.
+  const auto entries = std::filesystem::directory_iterator(scratch / "data");
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), std::ssize(names));
+  const auto beside = std::filesystem::directory_iterator(scratch.path());
+  EXPECT_EQ(std::distance(begin(beside), end(beside)), 1);
+}
+
+TEST(SafeFileName, CutsAtACharacterAndStaysTheSame) {
+  const std::string cut = SafeFileName(Repeat("ā", 200));
+  EXPECT_THAT(cut, testing::StartsWith(Repeat("ā", 123)));
+  EXPECT_THAT(cut, testing::MatchesRegex(".*~[0-9a-f]{8}"));
+  EXPECT_EQ(cut, SafeFileName(Repeat("ā", 200)));
+}
+
+}  // namespace
+}  // namespace tenora

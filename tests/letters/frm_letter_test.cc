@@ -1,0 +1,199 @@
+#include "letters/frm_letter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "letters/template_library.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
+#include "support/fake_platform.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+class FrmLetterTest : public testing::Test {
+ protected:
+  FrmLetterTest() {
+    machine_.InstallSampleDatabase();
+    fs::create_directory(Data() / "Templates");
+    WriteWholeFile(Template(), R"({\rtf1\ansi Dear <<Tenant Name>>\par})");
+  }
+  void MakeTenantLetter() {
+    session_.database.OpenDatabase();
+    session_.caches.CacheTenants(session_.database);
+    session_.database.CloseDatabase();
+    letter_.rtfLetter.SetText("Code: ");
+    letter_.members().Kind = kTenantLetter;
+    letter_.members().TenantCode = "T00001";
+    letter_.members().Caption = "as it was";
+    letter_.rtfLetter.Select(6, 0);
+  }
+  // The letter's text without the end of its last paragraph.
+  std::string Shown() const {
+    std::string text = letter_.rtfLetter.Text();
+    while (text.ends_with("\r\n")) text.resize(text.size() - 2);
+    return text;
+  }
+  fs::path Data() const { return machine_.ProgramFolder(); }
+  fs::path Template() const { return Data() / "Templates/Notice.rtf"; }
+  std::vector<std::string> FilesOf(const std::string& recipient) const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(Data() / recipient)) {
+      names.push_back(entry.path().filename());
+    }
+    return names;
+  }
+  std::vector<std::string> Boxes() const { return machine_.dialogs.Texts(); }
+
+  test::FakePlatform machine_;
+  Session session_{machine_.Parts()};
+  frmLetter letter_{session_};
+};
+
+TEST_F(FrmLetterTest, LoadingRecordsTheFileAndClearsTheChangedFlag) {
+  letter_.members().LetterTitle = "Notice";
+  letter_.rtfLetter.SetText("changed");
+  EXPECT_TRUE(letter_.members().Changed);
+  letter_.LoadLetter(Template(), kTemplates);
+  EXPECT_FALSE(letter_.members().Changed);
+  EXPECT_EQ(letter_.members().FilePath, Template());
+  EXPECT_EQ(letter_.members().Caption, "Notice : Templates");
+  EXPECT_EQ(Shown(), "Dear <<Tenant Name>>");
+
+  WriteWholeFile(Data() / "plain.txt", "{\\b plain}");
+  letter_.LoadLetter(Data() / "plain.txt", kTemplates, "TXT");
+  EXPECT_THAT(Shown(), HasSubstr("{\\b plain}"));
+
+  letter_.StartNew(kOwnerTemplates);
+  EXPECT_EQ(letter_.members().FilePath, "");
+  EXPECT_THAT(letter_.members().Caption, testing::EndsWith(" : New Owner Templates"));
+  EXPECT_FALSE(letter_.members().Changed);
+}
+
+TEST_F(FrmLetterTest, AFailedLoadNamesTheFileAndKeepsTheLetter) {
+  letter_.LoadLetter(Template(), kTemplates);
+  try {
+    letter_.LoadLetter(Data() / "Templates/None.rtf", kOwnerTemplates);
+    FAIL() << "loaded a file that is not there";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.number(), error_number::kFileNotFound);
+    EXPECT_THAT(std::string(error.description()), HasSubstr("None.rtf"));
+  }
+  EXPECT_EQ(letter_.members().FilePath, Template());
+  EXPECT_EQ(letter_.members().Kind, kTemplates);
+}
+
+TEST_F(FrmLetterTest, SavesUnderTheFirstFreeNumberAndOverwritesNothing) {
+  letter_.members().RecipientName = "Jane Smith";
+  letter_.members().LetterTitle = "Notice";
+  int before_save = 0;
+  letter_.OnBeforeSave = [&] { ++before_save; };
+  for (const char* text : {"one", "two", "three"}) {
+    letter_.rtfLetter.SetText(text);
+    EXPECT_TRUE(letter_.SaveTenantTemplate());
+    EXPECT_FALSE(letter_.members().Changed);
+  }
+  EXPECT_EQ(before_save, 3);
+  EXPECT_THAT(FilesOf("Jane Smith"),
+              UnorderedElementsAre("Notice.rtf", "Notice(1).rtf", "Notice(2).rtf"));
+  EXPECT_EQ(letter_.members().FilePath, Data() / "Jane Smith/Notice(2).rtf");
+  EXPECT_THAT(ReadWholeFile(Data() / "Jane Smith/Notice.rtf"), HasSubstr("one"));
+
+  // A gap is filled, and a dangling link is no free name.
+  fs::remove(Data() / "Jane Smith/Notice(1).rtf");
+  fs::create_symlink("/nowhere/x", Data() / "Jane Smith/Notice(3).rtf");
+  EXPECT_TRUE(letter_.SaveTenantTemplate());
+  EXPECT_EQ(letter_.members().FilePath, Data() / "Jane Smith/Notice(1).rtf");
+  EXPECT_TRUE(letter_.SaveTenantTemplate());
+  EXPECT_EQ(letter_.members().FilePath, Data() / "Jane Smith/Notice(4).rtf");
+  EXPECT_THAT(Boxes(), IsEmpty());
+}
+
+TEST_F(FrmLetterTest, SavesForHostileRecipientsAndTitlesInsideTheDataFolder) {
+  const std::string long_name(300, 'x');
+  for (const std::string& name : {std::string(".."), std::string("../../x"), std::string(),
+                                  long_name, std::string("a\nb"), std::string("Templates")}) {
+    letter_.members().RecipientName = name;
+    letter_.members().LetterTitle = name;
+    EXPECT_TRUE(letter_.SaveTenantTemplate());
+    EXPECT_TRUE(letter_.SaveTenantTemplate());
+    const fs::path saved = fs::canonical(letter_.members().FilePath);
+    EXPECT_EQ(saved.parent_path().parent_path(), fs::canonical(Data())) << saved;
+    EXPECT_THAT(saved.string(), testing::EndsWith("(1).rtf"));
+  }
+  EXPECT_THAT(Boxes(), IsEmpty());
+  EXPECT_THAT(FilesOf("Templates"), ElementsAre("Notice.rtf"));
+}
+
+TEST_F(FrmLetterTest, AFailedSaveNamesTheFileAndLeavesNothing) {
+  WriteWholeFile(Data() / "Jane Smith", "in the way");
+  letter_.members().RecipientName = "Jane Smith";
+  letter_.members().LetterTitle = "Notice";
+  letter_.members().FilePath = "before";
+  EXPECT_FALSE(letter_.SaveTenantTemplate());
+  EXPECT_THAT(Boxes(), ElementsAre(HasSubstr((Data() / "Jane Smith").string())));
+  EXPECT_EQ(machine_.dialogs.shown().at(0).title, "frmLetter - SaveTenantTemplate");
+  EXPECT_EQ(letter_.members().FilePath, "before");
+}
+
+TEST_F(FrmLetterTest, InsertsACodeInATemplateAndItsValueInALetter) {
+  letter_.LoadLetter(Template(), kTemplates);
+  letter_.rtfLetter.Select(5, 15);
+  bool focused = false;
+  letter_.FocusEditor = [&] { focused = true; };
+  letter_.InsertItem("TCustom:Pet");
+  EXPECT_EQ(Shown(), "Dear <<TCustom:Pet>>");
+  EXPECT_TRUE(focused);
+
+  MakeTenantLetter();
+  letter_.InsertItem("Tenant Name");
+  EXPECT_THAT(Shown(), testing::StartsWith("Code: Noor Whaanga"));
+  EXPECT_EQ(letter_.rtfLetter.SelStart(), 18);
+  EXPECT_EQ(letter_.members().Caption, "as it was");
+  EXPECT_FALSE(letter_.members().Inserting);
+}
+
+TEST_F(FrmLetterTest, TakesPromptMessagesOnlyInTemplates) {
+  letter_.LoadLetter(Template(), kTemplates);
+  letter_.rtfLetter.Select(0, 0);
+  machine_.dialogs.WillType("Why {so}?").WillType("").WillCancel();
+  for (int i = 0; i < 3; ++i) letter_.InsertItem("Prompt Message");
+  EXPECT_EQ(Shown(),
+            "<<?Why {so}?"
+            "?>>Dear <<Tenant Name>>");
+  EXPECT_FALSE(letter_.members().Inserting);
+
+  MakeTenantLetter();
+  machine_.dialogs.ForgetShown();
+  letter_.InsertItem("Prompt Message");
+  EXPECT_THAT(Boxes(), ElementsAre("Prompt messages are only available in template letters."));
+  EXPECT_THAT(Shown(), testing::StartsWith("Code: "));
+  EXPECT_TRUE(letter_.members().Inserting);  // the refusal leaves it set
+}
+
+TEST_F(FrmLetterTest, LeavesTheFutureDateToItsDialog) {
+  letter_.LoadLetter(Template(), kTemplates);
+  letter_.ShowFutureDateDialog = [](RichTextBox& editor) {
+    editor.Select(0, 0);
+    editor.SetSelText("<<FutureDate:1:Days>>");
+  };
+  letter_.InsertItem("Future Date");
+  EXPECT_EQ(Shown(), "<<FutureDate:1:Days>>Dear <<Tenant Name>>");
+  letter_.ShowFutureDateDialog = [](RichTextBox&) { throw StandardError(5); };
+  letter_.InsertItem("Future Date");
+  EXPECT_FALSE(letter_.members().Inserting);
+  EXPECT_THAT(Boxes(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace tenora

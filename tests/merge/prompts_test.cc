@@ -1,0 +1,75 @@
+#include "merge/prompts.h"
+
+#include "merge_fixture.h"
+
+namespace tenora {
+namespace {
+
+using testing::ElementsAre;
+
+class InsertPromptsTest : public test::MergeTest {
+ protected:
+  InsertPromptsTest() { letter_.RecipientName = "Jane Smith"; }
+};
+
+TEST_F(InsertPromptsTest, AsksEachMessageOnceAndFillsAllItsPlaces) {
+  machine_.dialogs.WillType("Friday").WillType("Ngā mihi");
+  Letter("<<?Which day?>>, yes <<?Which day?>>. <<?Greeting?>>");
+  InsertPrompts(target_);
+  EXPECT_EQ(Shown(), "Friday, yes Friday. Ngā mihi");
+  EXPECT_THAT(Boxes(),
+              ElementsAre("Which day\r\nTenant : Jane Smith", "Greeting\r\nTenant : Jane Smith"));
+}
+
+TEST_F(InsertPromptsTest, ShowsTheMessageReadable) {
+  machine_.dialogs.WillType("42");
+  Letter(R"([<<?Gr\'f6\'dfe der M\u257?ori\~Fl\'e4che?>>])");
+  InsertPrompts(target_);
+  EXPECT_EQ(Shown(), "[42]");
+  EXPECT_THAT(Boxes(), ElementsAre(testing::StartsWith("Größe der Māori")));
+}
+
+TEST_F(InsertPromptsTest, RemovesACancelledPrompt) {
+  machine_.dialogs.WillCancel();
+  Letter("[<<?Which day?>>]");
+  InsertPrompts(target_);
+  EXPECT_EQ(Shown(), "[]");
+}
+
+TEST_F(InsertPromptsTest, StopsAtAMalformedPrompt) {
+  struct Case {
+    const char* text;
+    const char* expected;
+    std::size_t asked;
+  };
+  const Case cases[] = {
+      {"<<?abc?>> <<?ab?>> <<?later?>>", "x <<?ab?>> <<?later?>>", 1},
+      {"<<?ab?>> <<?later?>>", "<<?ab?>> <<?later?>>", 0},
+      {"<<?"
+       "?>>",
+       "<<?"
+       "?>>",
+       0},  // in two pieces: no trigraph
+      {"<<?open <<FutureDate:1:Days>>", "<<?open <<FutureDate:1:Days>>", 0},
+      {"?>> no start", "?>> no start", 0},
+      {"<<?outer <<?inner?>> tail?>>", "x tail?>>", 1},
+  };
+  for (const Case& c : cases) {
+    machine_.dialogs.ForgetShown();
+    for (std::size_t i = 0; i < c.asked; ++i) machine_.dialogs.WillType("x");
+    Letter(c.text);
+    InsertPrompts(target_);
+    EXPECT_EQ(Shown(), c.expected);
+    EXPECT_EQ(Boxes().size(), c.asked) << c.text;
+  }
+}
+
+TEST_F(InsertPromptsTest, EndsWhenAnAnswerLooksLikeAPrompt) {
+  machine_.dialogs.WillType("<<?Which day?>>").WillType("<<?new one?>>").WillType(">> <<?");
+  Letter("<<?Which day?>> <<?Second?>> <<?Third?>>");
+  InsertPrompts(target_);
+  EXPECT_EQ(Shown(), "<<?Which day?>> <<?new one?>> >> <<?");
+}
+
+}  // namespace
+}  // namespace tenora

@@ -1,0 +1,92 @@
+#include "merge/replace_code.h"
+
+#include "merge/catalogue.h"
+#include "merge_fixture.h"
+
+namespace tenora {
+namespace {
+
+class ReplaceCodeTest : public test::MergeTest {};
+
+TEST_F(ReplaceCodeTest, FillsEveryPlaceAndKeepsTheFormattingAroundIt) {
+  Letter(R"(Dear <<Tenant Name>>, {\b <<Tenant Name>>} and \i\fs40 <<Tenant Name>>\i0 .)");
+  ReplaceCode(target_, "Tenant Name", "Jane Smith");
+  EXPECT_THAT(
+      editor_.TextRTF(),
+      testing::HasSubstr(R"(Dear Jane Smith, {\b Jane Smith} and \i\fs40 Jane Smith\i0 .)"));
+}
+
+TEST_F(ReplaceCodeTest, LeavesWhatIsNotExactlyTheCode) {
+  for (const char* text : {"<<TENANT NAME>>", "<<tenant name>>", "<<Tenant Name >>",
+                           "<Tenant Name>", R"(<<Tenant {\b Name}>>)", "<<Prompt Message>>"}) {
+    Letter(text);
+    ReplaceCode(target_, "Tenant Name", "Jane");
+    EXPECT_THAT(editor_.TextRTF(), testing::HasSubstr(text));
+  }
+}
+
+TEST_F(ReplaceCodeTest, PutsValuesInAsSourceWithOnlyForeignCharactersEscaped) {
+  struct Case {
+    const char* value;
+    const char* shown;
+  };
+  const Case cases[] = {
+      {"Māhuta & Größe €5", "Māhuta & Größe €5"},
+      {"O'Brien", "O'Brien"},
+      {R"(a{\b b}c)", "abc"},  // an RTF meaning is kept: deliberate
+      {"", ""},
+      {"名前 \xF0\x9F\x98\x80", "名前 \xF0\x9F\x98\x80"},
+  };
+  for (const Case& c : cases) {
+    Letter("[<<Tenant Name>>]");
+    ReplaceCode(target_, "Tenant Name", c.value);
+    EXPECT_EQ(Shown(), std::string("[").append(c.shown).append("]"));
+  }
+}
+
+TEST_F(ReplaceCodeTest, DoesNotSearchTheValueAgain) {
+  Letter("<<Fax>>");
+  ReplaceCode(target_, "Fax", "<<Fax>><<Fax>>");
+  EXPECT_EQ(Shown(), "<<Fax>><<Fax>>");
+}
+
+TEST_F(ReplaceCodeTest, FindsCodeNamesBeyondAscii) {
+  Letter(R"([<<TCustom:Schl\'fcssel>>])");
+  ReplaceCode(target_, "TCustom:Schlüssel", "two");
+  EXPECT_EQ(Shown(), "[two]");
+}
+
+TEST_F(ReplaceCodeTest, MovesTheCaretOnlyDuringAnInsertion) {
+  Letter("ab<<Fax>>cd");
+  editor_.Select(9, 0);
+  letter_.Inserting = true;
+  ReplaceCode(target_, "Fax", "Größe");
+  EXPECT_EQ(Shown(), "abGrößecd");
+  EXPECT_EQ(editor_.SelStart(), 7);
+
+  // Found in another case, the caret moves although the text stays.
+  Letter("ab<<FAX>>cd");
+  editor_.Select(9, 0);
+  ReplaceCode(target_, "Fax", "xyz");
+  EXPECT_EQ(Shown(), "ab<<FAX>>cd");
+  EXPECT_EQ(editor_.SelStart(), 5);
+
+  Letter("<<Fax>>");
+  editor_.Select(0, 0);
+  ReplaceCode(target_, "Fax", "");
+  EXPECT_EQ(editor_.SelStart(), 0);
+}
+
+TEST(Catalogue, KeepsItsPositions) {
+  EXPECT_EQ(CodeAt(kTenantCodes, 1), "Print Date");
+  EXPECT_EQ(CodeAt(kTenantCodes, 16), "Tenancy End Date");
+  EXPECT_EQ(CodeAt(kTenantCodes, 29), kPromptMessageItem);
+  EXPECT_EQ(CodeAt(kTenantCodes, 33), "Contact Address1");
+  EXPECT_EQ(CodeAt(kTenantCodes, 45), kFutureDateItem);
+  EXPECT_EQ(CodeAt(kChequeCodes, 5), "Value in numbers");
+  EXPECT_EQ(CodeAt(kOwnerCodes, 12), "Mobile Phone");
+  EXPECT_EQ(CodeAt(kOwnerCodes, 20), kFutureDateItem);
+}
+
+}  // namespace
+}  // namespace tenora

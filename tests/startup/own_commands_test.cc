@@ -1,0 +1,76 @@
+#include "agency.h"
+
+namespace tenora {
+namespace {
+
+using testing::HasSubstr;
+
+class OwnCommands : public test::Agency {};
+
+TEST_F(OwnCommands, QueryPrintsTabSeparatedTextWithAHeader) {
+  const test::ProcessResult result =
+      Run({"query", Database().string(),
+           "select reference, name, bond from tenancy where reference = 'T00002'"});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(result.output, "reference\tname\tbond\nT00002\tÉlodie Evans-Pike\t2640\n");
+}
+
+TEST_F(OwnCommands, TablesListsTheTablesWithTheirRows) {
+  const test::ProcessResult result = Run({"tables", Database().string()});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_THAT(result.output, HasSubstr("tenancy\t42\n"));
+}
+
+TEST_F(OwnCommands, TellAFailureFromAWrongCall) {
+  const std::string database = Database().string();
+  struct Case {
+    std::vector<std::string> arguments;
+    int status;
+    const char* message;
+  };
+  const Case cases[] = {
+      {{"query", database, "select * from nothing"}, 1, "3078 - "},
+      {{"query", database, "select nothing from tenancy"}, 1, "3061 - "},
+      {{"query", database, "select from where"}, 1, "3075 - "},
+      {{"query", database, "delete from tenancy"}, 1, " - "},
+      {{"query", "/no/such.mdb", "select 1"}, 1, "3024 - "},
+      {{"tables", "/etc/passwd"}, 1, "3343 - "},
+      {{"tables", "/"}, 1, "3343 - "},
+      {{"query"}, 2, "DATABASE"},
+      {{"query", database}, 2, "SQL"},
+      {{"tables", database, "more"}, 2, "more"},
+      {{"tables", "--bogus", database}, 2, "--bogus"},
+  };
+  for (const Case& c : cases) {
+    const test::ProcessResult result = Run(c.arguments);
+    EXPECT_EQ(result.status, c.status) << testing::PrintToString(c.arguments);
+    EXPECT_THAT(result.errors, HasSubstr(c.message)) << testing::PrintToString(c.arguments);
+    EXPECT_EQ(result.output, "");
+  }
+}
+
+TEST_F(OwnCommands, HelpTellsOfTheCommandWordsAndTheEnvironment) {
+  for (const char* word : {"--help", "-h"}) {
+    const test::ProcessResult result = Run({word});
+    EXPECT_EQ(result.status, 0);
+    for (const char* part : {"query", "tables", "PRINTRECEIPT", "PRINTCHEQUE", "TENORA_HOME",
+                             "TENORA_SETTINGS", "TENORA_NOW", "TENORA_PDF", "TENORA_PRINTER"}) {
+      EXPECT_THAT(result.output, HasSubstr(part));
+    }
+  }
+  EXPECT_EQ(Run({"--version"}).output, "Tenora Mail Merge Facility 1.0\n");
+}
+
+TEST_F(OwnCommands, ReportAFullStandardOutput) {
+  const test::ProcessResult result =
+      Run({"query", Database().string(), "select * from revenues"}, "", {});
+  EXPECT_EQ(result.status, 0);
+  const std::string shell = "\"$0\" query \"$1\" 'select * from revenues' > /dev/full";
+  const test::ProcessResult full = test::RunProcess(
+      {"sh", "-c", shell, (test::BinaryDir() / "tenora").string(), Database().string()});
+  EXPECT_EQ(full.status, 1);
+  EXPECT_THAT(full.errors, HasSubstr("standard output"));
+}
+
+}  // namespace
+}  // namespace tenora

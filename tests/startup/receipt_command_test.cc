@@ -1,0 +1,238 @@
+#include <cstdlib>
+
+#include "agency.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr const char* kReceipt = R"(PRINTRECEIPT="T00001" FORMAT="Receipt")";
+
+class ReceiptCommand : public test::Agency {
+ protected:
+  // One value out of the sample database, through the program's own query command.
+  std::string Ask(const std::string& sql) const {
+    const test::ProcessResult result = Run({"query", test::SampleDatabase().string(), sql});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    const std::vector<std::string> lines = Split(result.output, "\n");
+    return lines.size() > 1 ? lines[1] : "";
+  }
+};
+
+TEST_F(ReceiptCommand, PrintsTheLatestPaymentHoweverTheLineWasTyped) {
+  const std::string number =
+      Ask("select top 1 recordnumber from revenues where tenant_code = 'T00001' "
+          "and [revenue group] in ('RENT','WATER','DAMAGE') order by date desc, recordnumber desc");
+  ASSERT_NE(number, "");
+  const std::vector<std::string> lines[] = {
+      {kReceipt},
+      {"PRINTRECEIPT=T00001", "FORMAT=Receipt"},
+      {R"(printreceipt=" T00001 " format="receipt" DEFAULT="-1" TOEMAIL="0")"},
+      {"PRINTRECEIPT=T00001 FORMAT=Receipt"},
+  };
+  for (const auto& line : lines) {
+    fs::remove_all(Home() / "Printed");
+    const test::ProcessResult result = Run(line);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(PrintedText(), HasSubstr("Receipt " + number + " of T00001 Noor Whaanga on"));
+    ASSERT_EQ(Printed().size(), 1u);
+    EXPECT_EQ(result.output, "Printed: " + Printed()[0].string() + "\n");
+  }
+}
+
+TEST_F(ReceiptCommand, ReprintsByThePaymentAloneAndSavesNoCopy) {
+  StoreSetting("Receipt", "SaveCopy", "1");
+  const std::string tenant = Ask("select tenant_code from revenues where recordnumber = 3");
+  const test::ProcessResult result = Receipt(R"(PRINTRECEIPT="" REPRINT="3" FORMAT="Receipt")");
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_THAT(PrintedText(), HasSubstr("Receipt 3 of " + tenant));
+  EXPECT_THAT(PrintedText(), HasSubstr("[]"));
+  fs::remove_all(Home() / "Printed");
+  std::vector<std::string> entries;
+  for (const auto& entry : fs::directory_iterator(Home()))
+    entries.push_back(entry.path().filename());
+  EXPECT_THAT(entries, testing::UnorderedElementsAre("Templates", "property.mdb"));
+}
+
+TEST_F(ReceiptCommand, SavesCopiesUnderFreeNames) {
+  StoreSetting("Receipt", "SaveCopy", "1");
+  const std::string line = std::string(kReceipt) + R"( TOPRINTER="false")";
+  const fs::path folder = Home() / "Noor Whaanga";
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(Receipt(line).status, 0);
+  const std::string first = ReadWholeFile(folder / "Receipt.rtf");
+  EXPECT_THAT(first, HasSubstr("Noor Whaanga"));
+  EXPECT_THAT(first, Not(HasSubstr("<<")));
+  fs::remove(folder / "Receipt(1).rtf");
+  WriteFile(folder / "Receipt(2).rtf", "kept");
+  EXPECT_EQ(Receipt(line).status, 0);
+  EXPECT_TRUE(fs::exists(folder / "Receipt(1).rtf"));
+  EXPECT_EQ(ReadWholeFile(folder / "Receipt(2).rtf"), "kept");
+  EXPECT_THAT(Printed(), IsEmpty());
+}
+
+TEST_F(ReceiptCommand, RefusesACommandThatIsNoCommand) {
+  for (const char* line : {
+           R"(PRINTRECEIPT="T00001")",
+           R"(PRINTRECEIPT="T00001" FORMAT="")",
+           R"(PRINTRECEIPT="T00001" FORMAT="Receipt)",
+           R"(PRINTRECEIPT="" FORMAT="Receipt")",
+           R"(PRINTRECEIPT="  " FORMAT="Receipt" REPRINT="0")",
+           "PRINTRECEIPT",
+           "xprintreceiptx",
+           R"(/NewFormsInstalled PRINTCHEQUE="" PRINTRECEIPT="")",
+       }) {
+    ExpectRefused(Receipt(line), "Invalid command string for ReceiptPrint");
+  }
+}
+
+TEST_F(ReceiptCommand, RefusesValuesThatCannotBeConverted) {
+  for (const char* extra : {R"( TOPRINTER="maybe")", R"( TOPRINTER="")", R"( DEFAULT="true)",
+                            R"( TOEMAIL="yes please")", R"( REPRINT="ten")", R"( REPRINT="")"}) {
+    const test::ProcessResult result = Receipt(std::string(kReceipt) + extra);
+    ExpectRefused(result, "13 - Type mismatch");
+    EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
+  }
+  ExpectRefused(Receipt(std::string(kReceipt) + R"( REPRINT="99999999999")"), "6 - Overflow");
+}
+
+TEST_F(ReceiptCommand, RefusesAnUnknownTenancy) {
+  for (const char* code : {"T99999", "O'Brien", "' or '1'='1", "<<T>>", "Ā"}) {
+    const test::ProcessResult result =
+        Receipt(std::string("PRINTRECEIPT=\"") + code + "\" FORMAT=\"Receipt\"");
+    ExpectRefused(result, code);
+    EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
+  }
+  ExpectRefused(Receipt(R"(PRINTRECEIPT="" REPRINT="99999999" FORMAT="Receipt")"), "99999999");
+}
+
+TEST_F(ReceiptCommand, RefusesATemplateThatCannotBeLoaded) {
+  WriteFile(Home() / "Templates/Plain.rtf", "no rich text");
+  WriteFile(Home() / "Templates/Empty.rtf", "");
+  WriteFile(Home() / "secret.rtf", test::RtfDocument("secret"));
+  fs::create_directory(Home() / "Templates/Folder.rtf");
+  struct Case {
+    const char* format;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"None", "53 - File not found"},
+      {"Plain", "321 - "},
+      {"Empty", "321 - "},
+      {"Folder", "75 - "},
+      {"../../x", "75 - "},
+      {"..\\secret", "75 - "},
+      {"/etc/passwd", "75 - "},
+  };
+  fs::rename(Home() / "secret.rtf", Home() / "Templates/../Templates.rtf");
+  for (const Case& c : cases) {
+    const test::ProcessResult result =
+        Receipt(std::string("PRINTRECEIPT=\"T00001\" FORMAT=\"") + c.format + "\"");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr(c.message)) << c.format;
+    EXPECT_THAT(result.errors, HasSubstr(c.format));
+    EXPECT_THAT(result.errors, HasSubstr("frmLetter - LoadLetter"));
+    EXPECT_THAT(Printed(), IsEmpty());
+  }
+}
+
+TEST_F(ReceiptCommand, RefusesADatabaseItCannotRead) {
+  const std::string whole = ReadWholeFile(Database());
+  fs::remove(Database());
+  ExpectRefused(Receipt(kReceipt), "property.mdb");
+  for (const std::string& content :
+       {std::string(), std::string("no database"), std::string(8192, 'x'), whole.substr(0, 100),
+        whole.substr(0, 4096), whole.substr(0, whole.size() / 2 / 4096 * 4096)}) {
+    WriteFile(Database(), content);
+    ExpectRefused(Receipt(kReceipt), "property.mdb");
+  }
+  fs::remove(Database());
+  fs::create_directory(Database());
+  ExpectRefused(Receipt(kReceipt), "property.mdb");
+}
+
+TEST_F(ReceiptCommand, RefusesALetterWhoseTableOrColumnIsMissing) {
+  // Renamed in the catalogue and the definition, where names are two bytes a letter.
+  const auto rename = [&](const std::string& name, const std::string& other) {
+    std::string bytes = ReadWholeFile(test::SampleDatabase());
+    const auto wide = [](const std::string& text) {
+      std::string result;
+      for (const char c : text) result.append(1, c).append(1, '\0');
+      return result;
+    };
+    bytes = ReplaceAll(ReplaceAll(bytes, wide(name), wide(other)), name, other);
+    WriteFile(Database(), bytes);
+  };
+  for (const char* name : {"revenues", "recordnumber", "tenancy", "water_meter"}) {
+    std::string other = name;
+    other[0] = 'x';
+    rename(name, other);
+    const test::ProcessResult result = Receipt(kReceipt);
+    EXPECT_EQ(result.status, 1) << name;
+    EXPECT_THAT(result.errors, HasSubstr(name));
+    EXPECT_THAT(Printed(), IsEmpty());
+  }
+}
+
+TEST_F(ReceiptCommand, RefusesALetterThatAsksForABuildingsReceiptNumber) {
+  WriteTemplate("Numbered", "No. <<BuildingReceiptNumber>> for <<Tenant Name>>");
+  const std::string in_building =
+      Ask("select top 1 tenancy.reference from tenancy inner join property on "
+          "tenancy.[property code] = property.code where property.parent_property <> ''");
+  ASSERT_NE(in_building, "");
+  ExpectRefused(Receipt("PRINTRECEIPT=\"" + in_building + "\" FORMAT=\"Numbered\""), "'Numbered'");
+}
+
+TEST_F(ReceiptCommand, SaysWhatItCannotDoYet) {
+  const test::ProcessResult mailed = Receipt(std::string(kReceipt) + R"( TOEMAIL="true")");
+  EXPECT_EQ(mailed.status, 1);
+  EXPECT_THAT(mailed.errors, HasSubstr("TOEMAIL"));
+  EXPECT_EQ(Printed().size(), 1u);  // it prints all the same
+  fs::remove_all(Home() / "Printed");
+  ExpectRefused(Receipt(R"(PRINTCHEQUE="" PAYEE="x" VALUE="1" FORMAT="x")"), "PRINTCHEQUE");
+  ExpectRefused(Run({}), "windows");
+  ExpectRefused(Run({"/NewFormsInstalled"}), "windows");
+}
+
+TEST_F(ReceiptCommand, AsksPromptsOnTheTerminal) {
+  WriteTemplate("Prompted", "For <<?What for?>>, <<?What for?>>. <<?Signed by?>>");
+  const test::ProcessResult result =
+      Run({R"(PRINTRECEIPT="T00001" FORMAT="Prompted")"}, "Ngā hē\nOffice\n");
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_THAT(result.errors, HasSubstr("Tenant : Noor Whaanga"));
+  EXPECT_THAT(PrintedText(), HasSubstr("For Ngā hē, Ngā hē. Office"));
+}
+
+TEST_F(ReceiptCommand, PrintsNothingWhenThePrinterIsNotThereOrNotChosen) {
+  const test::ProcessResult missing = Run({kReceipt}, "", {"TENORA_PRINTER=No such printer"});
+  ExpectRefused(missing, "482 - ");
+  EXPECT_THAT(missing.errors, HasSubstr("No such printer"));
+  const test::ProcessResult cancelled = Receipt(std::string(kReceipt) + R"( DEFAULT="false")");
+  EXPECT_EQ(cancelled.status, 1);
+  EXPECT_THAT(Printed(), IsEmpty());
+}
+
+TEST_F(ReceiptCommand, SaysWhichFileCouldNotBeWritten) {
+  StoreSetting("Receipt", "SaveCopy", "1");
+  WriteFile(Home() / "Noor Whaanga", "a file where the recipient's folder should be");
+  const test::ProcessResult result = Receipt(std::string(kReceipt) + R"( TOPRINTER="false")");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr((Home() / "Noor Whaanga").string()));
+
+  WriteFile(Home() / "blocked", "a file where a folder should be");
+  const test::ProcessResult unprinted =
+      Run({kReceipt}, "", {"TENORA_PDF=" + (Home() / "blocked/Receipt.pdf").string()});
+  EXPECT_EQ(unprinted.status, 1);
+  EXPECT_THAT(unprinted.errors, HasSubstr("blocked"));
+  EXPECT_EQ(unprinted.output, "");
+}
+
+}  // namespace
+}  // namespace tenora
