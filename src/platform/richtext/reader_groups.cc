@@ -357,7 +357,7 @@ void Reader::EndFlow(Group& group) {
   SourceText source;
   source.Raw("{");
   source.Raw(group.own_word);
-  source.Raw("\\pard\\plain", true);
+  source.Word("plain");
   BlockWriter(fonts_.fonts(), fonts_.document_code_page(), &code_pages_, &source)
       .Write(blocks, group.open_ending ? BlockWriter::Ending::kOpen : BlockWriter::Ending::kMarked);
   source.Raw("}");

@@ -29,7 +29,7 @@ TEST(CanonicalForm, IsWhatTheClassicControlWrites) {
       "{\\f1\\fnil\\fcharset2 Symbol;}}\r\n"
       "{\\colortbl ;\\red255\\green0\\blue0;}\r\n"
       "\\viewkind4\\uc1\\pard\\qc\\cf1\\ul\\b\\f0\\fs28 Notice\\cf0\\ulnone\\b0\\fs24\\par\r\n"
-      "\\pard a\\b b\\i c\\b0\\i0 d\\super 2\\nosupersub\\strike x\\strike0\\par\r\n"
+      "\\pard a\\b b\\i c\\b0\\i0 d\\super 2\\strike\\nosupersub x\\strike0\\par\r\n"
       "\\pard{\\pntext\\f1\\'B7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'B7}}"
       "\\fi-200\\li200 one\\par\r\n"
       "{\\pntext\\f1\\'B7\\tab}two\\par\r\n"
@@ -44,7 +44,8 @@ TEST(CanonicalForm, IsWhatTheClassicControlWrites) {
 
 TEST(CanonicalForm, JoinsRunsThatLookAlike) {
   Check({
-      {"<<Ten{\\lang1033 ant }{\\lang3081\\noproof Name}>>", "\\pard\\f0\\fs24 <<Tenant Name>>\\par\r\n"},
+      {"<<Ten{\\lang1033 ant }{\\lang3081\\noproof Name}>>",
+       "\\pard\\f0\\fs24 <<Tenant Name>>\\par\r\n"},
       {"{\\rtlch\\fcs1 \\af0 \\ltrch\\fcs0 \\insrsid123 <<Tenant}{\\insrsid9\\charrsid8  Name>>}",
        "\\pard\\f0\\fs24 <<Tenant Name>>\\par\r\n"},
       {"<<Ten{\\expndtw2\\kerning28 ant} Na\r\nme>>", "\\pard\\f0\\fs24 <<Tenant Name>>\\par\r\n"},
@@ -61,7 +62,8 @@ TEST(CanonicalForm, LeavesACodeSplitThatIsHalfBold) {
 
 TEST(CanonicalForm, WritesFormattingOnTheText) {
   Check({
-      {"{\\cf1 r}{\\highlight2 h}{\\cb2 h}", "\\pard\\cf1\\f0\\fs24 r\\cf0\\highlight1 hh\\highlight0\\par\r\n"},
+      {"{\\cf1 r}{\\highlight2 h}{\\cb2 h}",
+       "\\pard\\cf1\\f0\\fs24 r\\cf0\\highlight2 hh\\highlight0\\par\r\n"},
       {"{\\uldb d}{\\ulwave w}{\\up6 u}{\\dn4 l}{\\caps c}{\\scaps s}{\\v h}",
        "\\pard\\uldb\\f0\\fs24 d\\ulwave w\\ulnone\\up6 u\\dn4 l\\caps\\up0 c\\caps0\\scaps "
        "s\\v\\scaps0 h\\v0\\par\r\n"},
@@ -70,8 +72,9 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
       {"\\pard\\box\\brdrs\\brdrw10\\brdrcf1 x",
        "\\pard\\brdrt\\brdrs\\brdrw10\\brdrcf1\\brdrl\\brdrs\\brdrw10\\brdrcf1\\brdrb\\brdrs"
        "\\brdrw10\\brdrcf1\\brdrr\\brdrs\\brdrw10\\brdrcf1\\f0\\fs24 x\\par\r\n"},
-      {"a\\~b\\-c\\_d\\emdash\\bullet e", "\\pard\\f0\\fs24 a\\'a0b\\'adc\\u8209?d\\'97\\'95e\\par\r\n"},
-      {"\\{\\\\\\}\\'41", "\\pard\\f0\\fs24 \\{\\\\\\}A\\par\r\n"},
+      {"a\\~b\\-c\\_d\\emdash\\bullet e",
+       "\\pard\\f0\\fs24 a\\'a0b\\'adc\\u8209?d\\'97\\'95e\\par\r\n"},
+      {"\\{\\\\\\}\\'41", "\\pard\\f0\\fs24\\{\\\\\\}A\\par\r\n"},
       {"a\\sect b", "\\pard\\f0\\fs24 a\\par\r\n\\pard\\pagebb b\\par\r\n"},
   });
 }
@@ -117,11 +120,11 @@ TEST(CanonicalForm, CarriesWhatItCannotEdit) {
       "{\\*\\shppict{\\pict\\pngblip\\picwgoal300\\pichgoal150 89504e47}}",
       "{\\object\\objemb{\\*\\objclass Sheet}{\\*\\objdata 0105}{\\result{\\pict\\wmetafile8 "
       "0102}}}",
-      "{\\shp{\\*\\shpinst\\shpleft0{\\sp{\\sn fillColor}{\\sv 255}}{\\shptxt\\pard\\plain\\f0"
+      "{\\shp{\\*\\shpinst\\shpleft0{\\sp{\\sn fillColor}{\\sv 255}}{\\shptxt\\plain\\pard\\f0"
       "\\fs20 Box <<Tenant Name>>\\par\r\n}}}",
       "{\\field{\\*\\fldinst{HYPERLINK \"http://example.com\"}}{\\fldrslt\\ul here}}",
       "{\\field{\\*\\fldinst{PAGE}}{\\fldrslt}}",
-      "{\\footnote\\pard\\plain\\f0\\fs20 note}",
+      "{\\footnote\\plain\\pard\\f0\\fs20 note}",
   };
   for (const char* source : kept) {
     SCOPED_TRACE(source);
@@ -133,24 +136,26 @@ TEST(CanonicalForm, JoinsCodesInHeadersAndTextBoxes) {
   const std::string source = Canonical(
       Letter("{\\header\\pard\\qr{\\insrsid1 <<Print}{\\insrsid2  Date>>}\\par}"
              "{\\shp{\\*\\shpinst{\\shptxt{\\lang1 <<Ten}{\\lang2 ant Name>>}\\par}}}text"));
-  EXPECT_THAT(source, HasSubstr("{\\header\\pard\\plain\\qr\\f0\\fs24 <<Print Date>>\\par"));
+  EXPECT_THAT(source, HasSubstr("{\\header\\plain\\pard\\qr\\f0\\fs24 <<Print Date>>\\par"));
   EXPECT_THAT(source, HasSubstr("<<Tenant Name>>"));
   EXPECT_EQ(Canonical(source), source);
 }
 
 TEST(CanonicalForm, RenumbersFontsAndColoursInWhatItCarries) {
-  const std::string source = Canonical(Letter(
-      "{\\footnote{\\f2\\cf2 deep}}{\\trowd\\clcbpat2\\cellx500\\pard\\intbl c\\cell\\row}\\pard x"));
+  const std::string source =
+      Canonical(Letter("{\\footnote{\\f2\\cf2 deep}}{\\trowd\\clcbpat2\\cellx500\\pard\\intbl "
+                       "c\\cell\\row}\\pard x"));
   EXPECT_THAT(source, HasSubstr("{\\f1\\froman\\fcharset238 Times;}}"));
   EXPECT_THAT(source, HasSubstr("{\\colortbl ;\\red0\\green0\\blue255;}"));
-  EXPECT_THAT(source, HasSubstr("{\\footnote\\pard\\plain\\cf1\\f1\\fs24 deep"));
+  EXPECT_THAT(source, HasSubstr("{\\footnote\\plain\\pard\\cf1\\f1\\fs24 deep"));
   EXPECT_THAT(source, HasSubstr("\\trowd\\clcbpat1\\cellx500"));
 }
 
 TEST(CanonicalForm, KeepsTheHead) {
   const std::string source = Canonical(
       "{\\rtf1\\mac\\deff0\\deflang1033{\\fonttbl{\\f0 Arial;}}{\\info{\\title Rent \\'8e}"
-      "{\\author Kim}{\\version1}}\\paperw11906\\margl900\\titlepg\\deftab567{\\*\\generator W;}x}");
+      "{\\author Kim}{\\version1}}\\paperw11906\\margl900\\titlepg\\deftab567{\\*\\generator "
+      "W;}x}");
   EXPECT_THAT(source, HasSubstr("\\ansicpg1252\\deff0\\deflang1033"));
   EXPECT_THAT(source, HasSubstr("{\\info{\\title Rent \\u233e}{\\author Kim}}\r\n"));
   EXPECT_THAT(source, HasSubstr("\\paperw11906\\margl900\\deftab567\\titlepg\r\n"));

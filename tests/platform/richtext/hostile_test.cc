@@ -64,11 +64,11 @@ TEST(RtfReader, KeepsTheTextOfADeepGroup) {
 }
 
 TEST(RtfReader, ReadsDamagedLetters) {
-  const std::string letter =
-      Letter("\\b <<Tenant Name>>\\b0\\par{\\footnote note}{\\field{\\*\\fldinst{PAGE}}{\\fldrslt "
-             "1}}\\trowd\\cellx900\\cellx1800\\pard\\intbl a\\cell\\itap2 n\\nestcell"
-             "{\\*\\nesttableprops\\trowd\\cellx90\\nestrow}\\pard\\intbl\\cell\\row\\pard "
-             "M\\u257?\\'e9{\\*\\bkmkstart x}{\\pict\\pngblip 8950}\\par");
+  const std::string letter = Letter(
+      "\\b <<Tenant Name>>\\b0\\par{\\footnote note}{\\field{\\*\\fldinst{PAGE}}{\\fldrslt "
+      "1}}\\trowd\\cellx900\\cellx1800\\pard\\intbl a\\cell\\itap2 n\\nestcell"
+      "{\\*\\nesttableprops\\trowd\\cellx90\\nestrow}\\pard\\intbl\\cell\\row\\pard "
+      "M\\u257?\\'e9{\\*\\bkmkstart x}{\\pict\\pngblip 8950}\\par");
   std::mt19937 random(1);
   for (int i = 0; i < 3000; ++i) {
     std::string damaged = letter.substr(0, i % 3 == 0 ? random() % letter.size() : letter.size());
