@@ -158,8 +158,8 @@ void BlockWriter::WriteParagraph(const Paragraph& paragraph, int level, std::str
   SwitchField(nullptr);
   for (; next_mark < paragraph.marks.size(); ++next_mark)
     out_.Raw(paragraph.marks[next_mark].source);
-  ChangeFormat(paragraph.mark);
   if (end.empty()) return;
+  ChangeFormat(paragraph.mark);
   out_.Word(end);
   if (end == "par") out_.LineEnd();
 }
