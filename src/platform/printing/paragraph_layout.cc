@@ -275,9 +275,9 @@ void ParagraphSetter::Grow(double ascent, double descent, double leading) {
 // Raised and lowered letters need room in the line too.
 void ParagraphSetter::GrowByRaised(const ShapedText& text, const QTextLine& line) {
   const int from = line.textStart(), to = from + line.textLength();
-  for (const Fragment& fragment : text.fragments) {
+  for (const Fragment& fragment : text.FragmentsIn(from, to)) {
     const double raise = fragment.format->raise_half_points * kTwipsPerHalfPoint;
-    if (raise == 0 || fragment.start >= to || fragment.start + fragment.length <= from) continue;
+    if (raise == 0) continue;
     const FontUse& use = typesetting_.fonts->Use(*fragment.format);
     Grow(use.ascent + raise, use.descent - raise, 0);
   }
