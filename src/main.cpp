@@ -7,6 +7,7 @@
 
 #include "data/program.h"
 #include "platform/dialogs/console_dialogs.h"
+#include "platform/dialogs/terminal_text.h"
 #include "platform/locale/locale.h"
 #include "platform/printing/printing.h"
 #include "platform/query/engine.h"
@@ -52,7 +53,7 @@ int main(int argc, char** argv) {
     }
     return RunMain(arguments);
   } catch (...) {
-    std::cerr << tenora::ErrorText(tenora::CurrentError()) << std::endl;
+    std::cerr << tenora::TerminalText(tenora::ErrorText(tenora::CurrentError())) << std::endl;
     return 1;
   }
 }

@@ -27,6 +27,16 @@ std::vector<const richtext::Row*> RowsOf(const richtext::Document& document) {
   return rows;
 }
 
+bool HoldsParagraph(std::string_view rtf) {
+  constexpr std::string_view kWord = "\\par";
+  for (std::size_t at = rtf.find(kWord); at != rtf.npos; at = rtf.find(kWord, at + 1)) {
+    const std::size_t next = at + kWord.size();
+    if (next == rtf.size() || LowerAscii(rtf[next]) < 'a' || LowerAscii(rtf[next]) > 'z')
+      return true;
+  }
+  return false;
+}
+
 class BodyWriter {
  public:
   BodyWriter(const richtext::Document& document, std::string_view source)
@@ -39,8 +49,8 @@ class BodyWriter {
     const std::string html =
         ReplaceAll(RtfToHtml(head_ + piece.rtf + "}", kConverterOptions), "\t", kTab);
     if (piece.row < 0) {
-      // Rows that follow each other have an empty piece between them.
-      if (html.empty()) return;
+      // Rows that follow each other have a piece without a paragraph between them.
+      if (html.empty() && !HoldsParagraph(piece.rtf)) return;
       EndTable();
       html_ += html;
       return;
@@ -57,7 +67,8 @@ class BodyWriter {
 
  private:
   void BeginRow(int row) {
-    html_ += row_ < 0 ? "\r\n<table width=\"100%\" cellspacing=\"0\" cellpadding=\"5\">\r\n<tr>"
+    html_ += row_ < 0 ? "\r\n<table width=\"100%\" cellspacing=\"0\" cellpadding=\"5\" "
+                        "style=\"margin:8px 0\">\r\n<tr>"
                       : "</tr>\r\n<tr>";
     row_ = row;
   }
@@ -115,7 +126,7 @@ class BodyWriter {
 EmailBody MakeEmailBody(const RichTextBox& letter) {
   EmailPictures pictures;
   const richtext::Document& document = letter.Document();
-  const std::string source = pictures.WithMarks(document, letter.TextRTF());
+  const std::string source = pictures.WithMarks(document, letter.UnicodeRTF());
   // The body alone is cut: the head's groups hold no text of the letter.
   std::string_view body = source;
   for (const std::string_view group :
@@ -124,7 +135,8 @@ EmailBody MakeEmailBody(const RichTextBox& letter) {
       body.remove_prefix(static_cast<std::size_t>(group.end() - body.begin()));
     }
   }
-  if (body.ends_with('}')) body.remove_suffix(1);
+  // The brace that closes the document, and the line end behind it.
+  body = body.substr(0, body.find_last_of('}') == body.npos ? body.size() : body.find_last_of('}'));
   BodyWriter writer(document, source);
   for (const LetterPiece& piece : CutLetter(body)) writer.Add(piece);
   EmailBody result;

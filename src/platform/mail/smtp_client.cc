@@ -78,6 +78,12 @@ curl_mime* AddMultipart(CURL* curl, curl_mime* parent, const char* type) {
   return raw;
 }
 
+// The type of the whole: an alternative of text and HTML, unless files are sent along.
+const char* BodyType(const Message& message) {
+  const bool alternative = !message.html.empty() && message.attachments.empty();
+  return alternative ? "multipart/alternative" : "multipart/mixed";
+}
+
 // mixed { alternative { text, related { html, pictures } }, attachments }, each level only where it
 // has something to hold.
 MimePtr BuildBody(CURL* curl, const Message& message) {
@@ -85,7 +91,9 @@ MimePtr BuildBody(CURL* curl, const Message& message) {
   if (message.html.empty()) {
     AddText(body.get(), message.text, "text/plain; charset=UTF-8");
   } else {
-    curl_mime* alternative = AddMultipart(curl, body.get(), "multipart/alternative");
+    curl_mime* alternative = message.attachments.empty()
+                                 ? body.get()
+                                 : AddMultipart(curl, body.get(), "multipart/alternative");
     AddText(alternative, message.text, "text/plain; charset=UTF-8");
     curl_mime* html_parent = message.inline_parts.empty()
                                  ? alternative
@@ -227,6 +235,7 @@ void SmtpClient::Send(const Server& server, const Message& message) {
   curl_easy_setopt(curl, CURLOPT_MAIL_RCPT, recipients.get());
   ListPtr headers;
   for (const std::string& line : HeaderLines(message)) Append(headers, line);
+  Append(headers, std::string("Content-Type: ") + BodyType(message));
   curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
   const MimePtr body = BuildBody(curl, message);
   curl_easy_setopt(curl, CURLOPT_MIMEPOST, body.get());

@@ -14,7 +14,7 @@
 namespace tenora::printing {
 namespace {
 
-constexpr int kConnectMilliseconds = 3000;
+constexpr int kConnectMilliseconds = 1500;
 constexpr std::size_t kLongestJobName = 255;  // bytes, a limit of the protocol
 constexpr Paper kA4{11906, 16838, 0, 0}, kLetter{12240, 15840, 0, 0};
 

@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <string_view>
 
+#include "platform/printing/symbol_fonts.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::printing {
 namespace {
 
-constexpr int kTwipsPerHalfPoint = 10;
 constexpr int kLargestHalfPoints = 3276;
 constexpr double kSmallCapitals = 0.8;  // their size to that of the others
 
@@ -50,9 +50,7 @@ const char* FamilyOfClass(std::string_view family_class) {
 QString InstalledFamily(const richtext::Font& font) {
   const QString own = QString::fromStdString(font.name);
   // The symbol fonts' own encodings are gone by now: their characters are Unicode.
-  const bool symbols = StartsWithNoCase(font.name, "Symbol") ||
-                       StartsWithNoCase(font.name, "Wingdings") ||
-                       StartsWithNoCase(font.name, "Webdings");
+  const bool symbols = SymbolFontOf(font.name) != SymbolFont::kNone;
   if (!symbols && !own.isEmpty() && QFontDatabase::hasFamily(own)) return own;
   for (const Substitute& substitute : kSubstitutes) {
     if (StartsWithNoCase(font.name, substitute.name) &&
@@ -78,6 +76,11 @@ const FontUse& Fonts::Use(const richtext::CharFormat& format, bool shaped, bool 
   const auto found = uses_.find(key);
   if (found != uses_.end()) return found->second;
   return uses_.emplace(key, Make(format, shaped, small)).first->second;
+}
+
+std::string_view Fonts::NameOf(int font) const {
+  if (font < 0 || font >= static_cast<int>(document_.fonts.size())) return {};
+  return document_.fonts[static_cast<std::size_t>(font)].name;
 }
 
 QColor Fonts::Colour(int position) const {

@@ -4,11 +4,14 @@
 #include <QFont>
 #include <QTextCharFormat>
 #include <map>
+#include <string_view>
 #include <tuple>
 
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
+
+inline constexpr int kTwipsPerHalfPoint = 10;
 
 // Everything about a character format that decides its shape and place. Lengths are twips.
 struct FontUse {
@@ -31,6 +34,8 @@ class Fonts {
   // classic control does it, without kerning and ligatures. The result lives as long as this.
   // `small` is the size of small capitals.
   const FontUse& Use(const richtext::CharFormat& format, bool shaped = false, bool small = false);
+  // As the document writes it; empty for a number it does not define.
+  std::string_view NameOf(int font) const;
   // Black for automatic.
   QColor Colour(int position) const;
 

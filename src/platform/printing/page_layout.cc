@@ -16,8 +16,9 @@ constexpr double kHeaderShare = 0.5;
 
 }  // namespace
 
-PageLayout::PageLayout(const richtext::Document& document, double width, double height)
-    : typesetting_(document, height),
+PageLayout::PageLayout(const richtext::Document& document, double width, double height,
+                       double reach)
+    : typesetting_(document, height, reach),
       width_(width),
       height_(height),
       length_(DocumentLength(document)) {

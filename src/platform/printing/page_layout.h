@@ -14,15 +14,17 @@ namespace tenora::printing {
 
 class PageLayout {
  public:
-  // Width and height of the text area in twips. The document must outlive this.
-  PageLayout(const richtext::Document& document, double width, double height);
+  // Width and height of the text area, and the way from its left edge to the paper's right edge, in
+  // twips. The document must outlive this.
+  PageLayout(const richtext::Document& document, double width, double height, double reach);
 
   // Draws what fits from the position on, with the text area's corner at this point, and gives the
   // position of the first character that did not fit. `to` -1 is the document's end.
   int DrawPage(QPainter& painter, QPointF corner, int from, int to);
 
-  bool IsFor(const richtext::Document& document, double width, double height) const {
-    return &document == &typesetting_.document && width == width_ && height == height_;
+  bool IsFor(const richtext::Document& document, double width, double height, double reach) const {
+    return &document == &typesetting_.document && width == width_ && height == height_ &&
+           reach == typesetting_.reach;
   }
 
  private:

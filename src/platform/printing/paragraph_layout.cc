@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/printing/paragraph_items.h"
 #include "platform/printing/positions.h"
 #include "platform/printing/text_line.h"
-#include "platform/runtime/text.h"
 
 namespace tenora::printing {
 namespace {
@@ -18,36 +18,6 @@ constexpr double kUnbroken = 1e7;   // a line width no text reaches
 constexpr double kSlack = 1;        // rounding in the width of a line, twips
 constexpr double kNarrowest = 100;  // what is left of a text area whose indents cross
 
-struct TextItem {
-  std::shared_ptr<ShapedText> text;
-};
-struct TabItem {
-  const CharFormat* format = nullptr;
-  int position = 0;
-  std::optional<double> target;  // the tab behind a list mark goes here
-};
-struct PictureItem {
-  PlacedPicture picture;
-  int position = 0;
-};
-struct BreakItem {
-  const CharFormat* format = nullptr;
-  int position = 0;
-  bool page = false;
-};
-using Item = std::variant<TextItem, TabItem, PictureItem, BreakItem>;
-
-bool HasMarks(const QString& text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](QChar c) { return c.unicode() >= 0x300 && c.isMark(); });
-}
-
-// Letter by letter, so that every character keeps its position.
-QString Capitals(QString text) {
-  for (QChar& c : text) c = c.toUpper();
-  return text;
-}
-
 // The decimal point of a number: the last point or comma that is not a separator of thousands.
 qsizetype DecimalPoint(const QString& text) {
   const qsizetype point =
@@ -56,6 +26,15 @@ qsizetype DecimalPoint(const QString& text) {
   qsizetype digits = 0;
   while (point + 1 + digits < text.size() && text[point + 1 + digits].isDigit()) ++digits;
   return digits == 3 && text[point] == QLatin1Char(',') ? text.size() : point;
+}
+
+// Blanks at the end of a line do not move it when it is centred or set to the right.
+double WidthWithoutBlanks(const QString& text, const QTextLine& line) {
+  const int start = line.textStart(), full = start + line.textLength();
+  int end = full;
+  while (end > start && text[end - 1] == QLatin1Char(' ')) --end;
+  if (end == full) return line.naturalTextWidth();
+  return std::abs(line.cursorToX(end) - line.cursorToX(start));
 }
 
 class ParagraphSetter {
@@ -72,19 +51,6 @@ class ParagraphSetter {
   BlockStrips Set();
 
  private:
-  // Collecting items.
-  void Collect();
-  void CollectListMark();
-  void CollectRun(const richtext::Run& run);
-  void CollectText(const CharFormat& format, std::string_view utf8, bool one_position);
-  void Append(const CharFormat& format, const QString& text, int position, bool one_position);
-  void AppendSmallCapitals(const CharFormat& format, const QString& text, int position,
-                           bool one_position);
-  void AppendFragment(const CharFormat& format, const QString& text, int position, bool small,
-                      bool one_position);
-  void CloseText();
-
-  // Placing them on lines.
   void StartLine();
   void EndLine(int end);
   void Place(TextItem& item);
@@ -93,6 +59,7 @@ class ParagraphSetter {
   void Place(const BreakItem& item, bool last);
   void Put(double width, decltype(Piece::content) content);
   void Grow(double ascent, double descent, double leading);
+  void GrowByRaised(const ShapedText& text, const QTextLine& line);
   void Align();
   void Mirror();
   double LineHeight(double natural) const;
@@ -111,9 +78,7 @@ class ParagraphSetter {
   const ParagraphPlace& place_;
   double left_, right_;
 
-  std::vector<Item> items_;
-  std::shared_ptr<ShapedText> open_;
-  QString open_text_;
+  std::vector<ParagraphItem> items_;
   int position_ = 0;
 
   Strips lines_;
@@ -125,149 +90,14 @@ class ParagraphSetter {
   std::shared_ptr<const Frame> frame_;
 };
 
-void ParagraphSetter::Collect() {
-  position_ = place_.position;
-  CollectListMark();
-  for (const richtext::Run& run : paragraph_.runs) CollectRun(run);
-  CloseText();
-}
-
-void ParagraphSetter::CollectListMark() {
-  if (format_.bullet.kind == richtext::Bullet::Kind::kNone) return;
-  const CharFormat& format =
-      paragraph_.runs.empty() ? paragraph_.mark : paragraph_.runs.front().format;
-  const std::string mark = ListMark(format_.bullet, place_.number);
-  Append(format, QString::fromStdString(mark), position_, true);
-  CloseText();
-  const double start = left_ + format_.first_indent;
-  const double target = format_.first_indent < 0 ? left_ : start + format_.bullet.indent;
-  items_.emplace_back(TabItem{&format, position_, target});
-}
-
-void ParagraphSetter::CollectRun(const richtext::Run& run) {
-  if (std::holds_alternative<std::monostate>(run.object)) {
-    if (run.format.hidden) {
-      position_ += TextUnits(run.text);
-    } else {
-      CollectText(run.format, run.text, false);
-    }
-    return;
-  }
-  std::shared_ptr<const richtext::Picture> picture;
-  if (const auto* own = std::get_if<std::shared_ptr<const richtext::Picture>>(&run.object)) {
-    picture = *own;
-  } else if (const auto& verbatim =
-                 std::get<std::shared_ptr<const richtext::Verbatim>>(run.object)) {
-    picture = verbatim->shown_picture;
-    if (!picture && !run.format.hidden) CollectText(run.format, verbatim->shown_text, true);
-  }
-  if (picture && !run.format.hidden) {
-    CloseText();
-    items_.emplace_back(
-        PictureItem{typesetting_.pictures.Place(*picture, right_ - left_, typesetting_.page_height),
-                    position_});
-  }
-  ++position_;
-}
-
-// `one_position`: the text stands for a single character of the document, which the caller counts.
-void ParagraphSetter::CollectText(const CharFormat& format, std::string_view utf8,
-                                  bool one_position) {
-  while (!utf8.empty()) {
-    const std::size_t size = std::min(utf8.find_first_of("\t\v\f\r\n"), utf8.size());
-    if (size > 0) {
-      const QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(size));
-      Append(format, text, position_, one_position);
-      if (!one_position) position_ += TextUnits(utf8.substr(0, size));
-    } else {
-      CloseText();
-      if (utf8.front() == '\t') {
-        items_.emplace_back(TabItem{&format, position_, {}});
-      } else {
-        items_.emplace_back(BreakItem{&format, position_, utf8.front() == '\f'});
-      }
-      if (!one_position) ++position_;
-    }
-    utf8.remove_prefix(std::max<std::size_t>(size, 1));
-  }
-}
-
-void ParagraphSetter::Append(const CharFormat& format, const QString& text, int position,
-                             bool one_position) {
-  if (format.all_caps) {
-    AppendFragment(format, Capitals(text), position, false, one_position);
-  } else if (format.small_caps) {
-    AppendSmallCapitals(format, text, position, one_position);
-  } else {
-    AppendFragment(format, text, position, false, one_position);
-  }
-}
-
-void ParagraphSetter::AppendSmallCapitals(const CharFormat& format, const QString& text,
-                                          int position, bool one_position) {
-  for (qsizetype start = 0; start < text.size();) {
-    const bool small = text[start].isLower();
-    qsizetype next = start + 1;
-    while (next < text.size() && text[next].isLower() == small) ++next;
-    AppendFragment(format, Capitals(text.mid(start, next - start)),
-                   one_position ? position : position + int(start), small, one_position);
-    start = next;
-  }
-}
-
-void ParagraphSetter::AppendFragment(const CharFormat& format, const QString& text, int position,
-                                     bool small, bool one_position) {
-  if (!open_) {
-    open_ = std::make_shared<ShapedText>();
-    open_text_.clear();
-  }
-  open_->fragments.push_back({static_cast<int>(open_text_.size()), static_cast<int>(text.size()),
-                              position, small, one_position, &format});
-  open_text_ += text;
-}
-
-// Gives the collected text its fonts.
-void ParagraphSetter::CloseText() {
-  if (!open_) return;
-  const bool shaped = HasMarks(open_text_);
-  const auto use = [&](const Fragment& fragment) -> const FontUse& {
-    return typesetting_.fonts->Use(*fragment.format, shaped, fragment.small);
-  };
-  const FontUse& first = use(open_->fragments.front());
-  const bool one_format =
-      first.plain &&
-      std::all_of(open_->fragments.begin(), open_->fragments.end(),
-                  [&](const Fragment& fragment) { return &use(fragment) == &first; });
-  QTextLayout& layout = open_->layout;
-  layout.setText(open_text_);
-  layout.setFont(first.font);
-  layout.setCacheEnabled(true);
-  open_->colour = first.colour;
-  if (!one_format) {
-    QList<QTextLayout::FormatRange> ranges;
-    for (const Fragment& fragment : open_->fragments) {
-      ranges.push_back({fragment.start, fragment.length, use(fragment).format});
-    }
-    layout.setFormats(ranges);
-  }
-  QTextOption option(format_.alignment == Alignment::kJustified ? Qt::AlignJustify : Qt::AlignLeft);
-  if (format_.alignment != Alignment::kJustified)
-    option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
-  option.setTextDirection(format_.right_to_left ? Qt::RightToLeft : Qt::LeftToRight);
-  option.setUseDesignMetrics(true);
-  layout.setTextOption(option);
-  items_.emplace_back(TextItem{std::move(open_)});
-  open_.reset();
-}
-
 BlockStrips ParagraphSetter::Set() {
-  Collect();
+  items_ = CollectItems(typesetting_, paragraph_, {place_.position, place_.number, left_, right_});
   frame_ = MakeFrame();
   page_break_ = format_.page_break_before;
   position_ = place_.position;
   StartLine();
   for (std::size_t i = 0; i < items_.size(); ++i) {
-    Item& item = items_[i];
+    ParagraphItem& item = items_[i];
     if (auto* text = std::get_if<TextItem>(&item)) {
       Place(*text);
     } else if (const auto* tab = std::get_if<TabItem>(&item)) {
@@ -365,8 +195,9 @@ void ParagraphSetter::Place(TextItem& item) {
     const int end = line.textStart() + line.textLength();
     const double shown = line.naturalTextWidth();
     Grow(line.ascent(), line.descent(), std::max(0.0, line.leading()));
+    GrowByRaised(text, line);
     line.setPosition(QPointF(x_, 0));
-    content_end_ = x_ + shown;
+    content_end_ = x_ + WidthWithoutBlanks(layout.text(), line);
     const double with_blanks = std::abs(line.cursorToX(end) - line.cursorToX(line.textStart()));
     widths_.push_back(shown);
     line_->pieces.push_back({x_, PlacedText{item.text, line}});
@@ -439,6 +270,17 @@ void ParagraphSetter::Grow(double ascent, double descent, double leading) {
   ascent_ = std::max(ascent_, ascent);
   descent_ = std::max(descent_, descent);
   leading_ = std::max(leading_, leading);
+}
+
+// Raised and lowered letters need room in the line too.
+void ParagraphSetter::GrowByRaised(const ShapedText& text, const QTextLine& line) {
+  const int from = line.textStart(), to = from + line.textLength();
+  for (const Fragment& fragment : text.FragmentsIn(from, to)) {
+    const double raise = fragment.format->raise_half_points * kTwipsPerHalfPoint;
+    if (raise == 0) continue;
+    const FontUse& use = typesetting_.fonts->Use(*fragment.format);
+    Grow(use.ascent + raise, use.descent - raise, 0);
+  }
 }
 
 // Moves the pieces of a centred or right line to their place. In right-to-left paragraphs "left"
@@ -533,23 +375,6 @@ std::shared_ptr<const Frame> ParagraphSetter::MakeFrame() const {
   return frame;
 }
 
-std::string Letters(int number, char first) {
-  // a … z, then aa, bb …: as word processors count.
-  const int letter = (number - 1) % 26, times = std::min((number - 1) / 26 + 1, 20);
-  return std::string(static_cast<std::size_t>(times), static_cast<char>(first + letter));
-}
-
-std::string Roman(int number) {
-  constexpr std::pair<int, const char*> kParts[] = {
-      {1000, "M"}, {900, "CM"}, {500, "D"}, {400, "CD"}, {100, "C"}, {90, "XC"}, {50, "L"},
-      {40, "XL"},  {10, "X"},   {9, "IX"},  {5, "V"},    {4, "IV"},  {1, "I"}};
-  std::string text;
-  for (const auto& [value, letters] : kParts) {
-    for (; number >= value && text.size() < 40; number -= value) text += letters;
-  }
-  return text;
-}
-
 }  // namespace
 
 BlockStrips SetParagraph(Typesetting& typesetting, const richtext::Paragraph& paragraph,
@@ -561,34 +386,6 @@ bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFo
   return one.top == other.top && one.bottom == other.bottom && one.left == other.left &&
          one.right == other.right && one.shading == other.shading &&
          one.left_indent == other.left_indent && one.right_indent == other.right_indent;
-}
-
-std::string ListMark(const richtext::Bullet& bullet, int number) {
-  using Kind = richtext::Bullet::Kind;
-  if (number < 1) number = 1;
-  std::string text;
-  switch (bullet.kind) {
-    case Kind::kNone:
-      return {};
-    case Kind::kBullet:
-      return bullet.before.empty() ? "\u2022" : bullet.before;
-    case Kind::kDecimal:
-      text = std::to_string(number);
-      break;
-    case Kind::kLowerLetter:
-      text = Letters(number, 'a');
-      break;
-    case Kind::kUpperLetter:
-      text = Letters(number, 'A');
-      break;
-    case Kind::kLowerRoman:
-      text = ToLower(Roman(number));
-      break;
-    case Kind::kUpperRoman:
-      text = Roman(number);
-      break;
-  }
-  return bullet.before + text + bullet.after;
 }
 
 }  // namespace tenora::printing

@@ -1,25 +1,11 @@
 // Setting a paragraph: from runs of text to lines.
 #pragma once
 
-#include <memory>
-
-#include "platform/printing/fonts.h"
-#include "platform/printing/pictures.h"
 #include "platform/printing/strip.h"
+#include "platform/printing/typesetting.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
-
-// What all parts of one document's layout share.
-struct Typesetting {
-  Typesetting(const richtext::Document& source, double height)
-      : document(source), page_height(height), fonts(std::make_shared<Fonts>(source)) {}
-
-  const richtext::Document& document;
-  double page_height;  // twips; nothing undividable is set taller
-  std::shared_ptr<Fonts> fonts;
-  Pictures pictures;
-};
 
 struct ParagraphPlace {
   double width = 0;  // of the text area, twips
@@ -37,8 +23,5 @@ BlockStrips SetParagraph(Typesetting& typesetting, const richtext::Paragraph& pa
 
 // Whether two paragraphs stand in one frame.
 bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other);
-
-// "3." or "(c)" as the list's format has it; the bullet character itself for bullets.
-std::string ListMark(const richtext::Bullet& bullet, int number);
 
 }  // namespace tenora::printing

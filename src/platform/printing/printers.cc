@@ -106,8 +106,9 @@ class Device : public Printer {
     if (width <= 0 || height <= 0) {
       throw StandardError(error_number::kPrinterError, "the margins leave no room on the page");
     }
-    if (!layout_ || !layout_->IsFor(*range.document, width, height)) {
-      layout_ = std::make_unique<PageLayout>(*range.document, width, height);
+    const double reach = paper_.width - paper_.offset_x - area.left;
+    if (!layout_ || !layout_->IsFor(*range.document, width, height, reach)) {
+      layout_ = std::make_unique<PageLayout>(*range.document, width, height, reach);
     }
     const QPointF corner(area.left + paper_.offset_x, area.top + paper_.offset_y);
     return layout_->DrawPage(job_->painter(), corner, range.range.from, range.range.to);

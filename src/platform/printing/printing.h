@@ -79,7 +79,8 @@ class Printers {
   virtual std::vector<std::string> Names() const = 0;
   // Where the PDF printer writes when TENORA_PDF is not set: "Printed" under this data folder.
   virtual void SetDataFolder(const std::filesystem::path& folder) = 0;
-  // Makes the printer of this name current, letter case ignored; false when there is none.
+  // Makes the printer of this name current, letter case ignored; false when there is none. End a
+  // job first: one left open on the printer before is dropped.
   virtual bool SetCurrent(std::string_view name) = 0;
   // Raises 482 when TENORA_PRINTER names a printer that is not installed.
   virtual Printer& Current() = 0;

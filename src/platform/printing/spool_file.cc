@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
 
 #include "platform/runtime/error.h"
@@ -16,6 +17,11 @@ namespace {
 
 constexpr std::size_t kLongestStem = 120;
 constexpr int kMostNumbers = 100000;
+
+// For file systems without links, as on memory sticks; leaves errno as the failure's reason.
+bool RenameToFree(const std::filesystem::path& from, const std::filesystem::path& to) {
+  return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0;
+}
 
 }  // namespace
 
@@ -53,6 +59,10 @@ std::filesystem::path SpoolFile::TakeFreeName(const std::string& stem) {
   for (int number = 1; number <= kMostNumbers; ++number) {
     // A link never replaces a file, also not one that another program makes at this moment.
     if (::link(path_.c_str(), target.c_str()) == 0) return target;
+    if (errno != EEXIST && RenameToFree(path_, target)) {
+      path_.clear();
+      return target;
+    }
     if (errno != EEXIST) break;
     target = folder / (stem + "(" + std::to_string(number) + ").pdf");
   }

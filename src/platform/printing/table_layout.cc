@@ -177,7 +177,7 @@ class RowSetter {
           ++next;
         }
       }
-      const double right = Left() + row_.cells[next - 1].right_edge - row_.left_edge;
+      const double right = Left() + Scale() * (row_.cells[next - 1].right_edge - row_.left_edge);
       strip->cells.push_back(
           SetCell(row_.cells[i], left, std::max(right - left, kNarrowestCell), gap));
       left = std::max(right, left + kNarrowestCell);
@@ -188,8 +188,17 @@ class RowSetter {
   }
 
  private:
-  double Left() const {
+  // A row that would run off the paper, or out of its cell, is made as narrow as the text.
+  double Scale() const {
     const double width = row_.cells.empty() ? 0 : row_.cells.back().right_edge - row_.left_edge;
+    const double most = place_.depth == 0 ? typesetting_.reach : place_.width;
+    const double wanted = std::max(place_.width - std::max(row_.left_edge, 0), kNarrowestCell);
+    return width > std::max(most, wanted) ? wanted / width : 1;
+  }
+
+  double Left() const {
+    const double width =
+        row_.cells.empty() ? 0 : Scale() * (row_.cells.back().right_edge - row_.left_edge);
     if (row_.alignment == richtext::Alignment::kCentre) return (place_.width - width) / 2;
     if (row_.alignment == richtext::Alignment::kRight) return place_.width - width;
     return row_.left_edge;

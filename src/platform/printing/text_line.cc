@@ -74,14 +74,23 @@ std::pair<double, double> Stretch(const QTextLine& line, int start, int end) {
 }  // namespace
 
 int ShapedText::PositionAt(int offset) const {
-  for (const Fragment& fragment : fragments) {
-    if (offset < fragment.start + fragment.length) {
-      return fragment.position + (fragment.one_position ? 0 : offset - fragment.start);
-    }
+  if (const auto here = FragmentsIn(offset, offset + 1); !here.empty()) {
+    const Fragment& fragment = here.front();
+    return fragment.position + (fragment.one_position ? 0 : offset - fragment.start);
   }
   if (fragments.empty()) return 0;
   const Fragment& last = fragments.back();
   return last.position + (last.one_position ? 1 : last.length);
+}
+
+std::span<const Fragment> ShapedText::FragmentsIn(int from, int to) const {
+  // A paragraph may have as many fragments as letters, and every line asks for its own.
+  const auto first = std::partition_point(
+      fragments.begin(), fragments.end(),
+      [&](const Fragment& fragment) { return fragment.start + fragment.length <= from; });
+  const auto last = std::partition_point(
+      first, fragments.end(), [&](const Fragment& fragment) { return fragment.start < to; });
+  return {first, last};
 }
 
 void TextLine::Draw(QPainter& painter, QPointF corner) const {
@@ -130,7 +139,7 @@ void TextLine::DrawText(QPainter& painter, QPointF origin, const PlacedText& tex
   const QTextLine& line = text.line;
   const int from = line.textStart(), to = from + line.textLength();
   const auto each_fragment = [&](auto&& draw) {
-    for (const Fragment& fragment : text.text->fragments) {
+    for (const Fragment& fragment : text.text->FragmentsIn(from, to)) {
       const int first = std::max(from, fragment.start);
       const int behind = std::min(to, fragment.start + fragment.length);
       if (first >= behind) continue;

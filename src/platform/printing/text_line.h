@@ -6,6 +6,7 @@
 #include <QTextLine>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ struct ShapedText {
   QColor colour;  // of a text in one plain format
 
   int PositionAt(int offset) const;
+  // The fragments that have characters in [from, to).
+  std::span<const Fragment> FragmentsIn(int from, int to) const;
 };
 
 struct PlacedText {

@@ -22,6 +22,8 @@ constexpr std::size_t kMostIdle = 4;
 constexpr std::array<std::string_view, 8> kPlainFunctions = {
     "count", "sum", "avg", "min", "max", "coalesce", "rank", "row_number"};
 
+int LimitParameter(const Plan& plan) { return static_cast<int>(plan.parameters.size()) + 1; }
+
 }  // namespace
 
 Mirror::Mirror(const std::filesystem::path& path, const FileState& state,
@@ -144,6 +146,8 @@ void Mirror::Bind(sqlite3_stmt* prepared, const Plan& plan,
     BindValue(prepared, static_cast<int>(i + 1),
               ConvertTo(tokens[parameter.token].value, parameter.type));
   }
+  // One row more tells whether any ties with the last.
+  if (plan.top) sqlite3_bind_int64(prepared, LimitParameter(plan), plan.top->count + 1);
 }
 
 Mirror::Ready Mirror::Prepare(std::string_view statement) {
@@ -185,6 +189,11 @@ void Mirror::ThrowStepError(int status, std::string_view text) {
                          text);
   throw StatementError(engine_error::kOutOfResources, "System resource exceeded (" + message + ").",
                        text);
+}
+
+void Mirror::RestartUnlimited(const Ready& ready) {
+  sqlite3_reset(ready.statement.get());
+  sqlite3_bind_int64(ready.statement.get(), LimitParameter(ready.plan->plan), -1);
 }
 
 void Mirror::GiveBack(Ready ready) {

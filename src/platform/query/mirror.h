@@ -57,6 +57,8 @@ class Mirror : private MirrorTables, private Catalogue {
   Ready Prepare(std::string_view statement);
   // Moves to the next row, false behind the last. `text` is the statement, for errors.
   bool Step(sqlite3_stmt* statement, std::string_view text);
+  // Begins a statement of a TopRows plan again, now without a limit to its rows.
+  void RestartUnlimited(const Ready& ready);
   void GiveBack(Ready ready);
 
  private:

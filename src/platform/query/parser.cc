@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 #include "platform/query/expression_parser.h"
 #include "platform/query/token_stream.h"
@@ -12,6 +13,8 @@ namespace {
 // Statements that the engine knows but that hand out no rows.
 constexpr std::array<std::string_view, 8> kActions = {"insert", "update", "delete", "create",
                                                       "drop",   "alter",  "grant",  "revoke"};
+
+constexpr std::int64_t kMostTopRows = std::numeric_limits<std::int32_t>::max();
 
 class StatementParser : public SelectReader {
  public:
@@ -88,7 +91,7 @@ class StatementParser : public SelectReader {
       } else if (AtTop()) {
         tokens_.Take();
         const Token& count = tokens_.Take();
-        select.top = Top{.count = std::get<std::int64_t>(count.value)};
+        select.top = Top{.count = std::min(std::get<std::int64_t>(count.value), kMostTopRows)};
         select.top->percent = tokens_.TakeWord("percent");
       } else if (!tokens_.TakeWord("all") && !tokens_.TakeWord("distinctrow")) {
         return;

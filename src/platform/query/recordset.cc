@@ -1,5 +1,8 @@
 #include "platform/query/recordset.h"
 
+#include <algorithm>
+
+#include "platform/query/collation.h"
 #include "platform/query/errors.h"
 #include "platform/runtime/text.h"
 
@@ -24,7 +27,40 @@ void MirrorRecordset::CheckOpen() const {
     throw RecordsetError(engine_error::kObjectClosed, "Object invalid or no longer set.");
 }
 
-void MirrorRecordset::Advance() { at_end_ = !mirror_->Step(ready_.statement.get(), text_); }
+void MirrorRecordset::Advance() {
+  const std::optional<TopRows>& top = ready_.plan->plan.top;
+  at_end_ = !mirror_->Step(ready_.statement.get(), text_) || (top && !IsWithinTop(*top));
+}
+
+bool MirrorRecordset::IsWithinTop(const TopRows& top) {
+  ++row_;
+  if (row_ == top.count) last_keys_ = ReadKeys(top);
+  if (row_ <= top.count) return true;
+  const std::vector<Value> keys = ReadKeys(top);
+  const auto ties = [](const Value& left, const Value& right) {
+    const auto* const a = std::get_if<std::string>(&left);
+    const auto* const b = std::get_if<std::string>(&right);
+    return a != nullptr && b != nullptr ? CompareText(*a, *b) == 0 : left == right;
+  };
+  if (!std::equal(keys.begin(), keys.end(), last_keys_.begin(), last_keys_.end(), ties))
+    return false;
+  if (unlimited_) return true;
+  // More rows may tie than the limit lets through. With or without it rows come in the same order:
+  // equal ones as the table has them.
+  unlimited_ = true;
+  mirror_->RestartUnlimited(ready_);
+  for (std::int64_t i = 0; i < row_; ++i) mirror_->Step(ready_.statement.get(), text_);
+  return true;
+}
+
+std::vector<Value> MirrorRecordset::ReadKeys(const TopRows& top) const {
+  std::vector<Value> keys;
+  for (std::size_t i = 0; i < top.keys.size(); ++i) {
+    const auto column = static_cast<int>(names_.size() + i);
+    keys.push_back(ReadValue(sqlite3_column_value(ready_.statement.get(), column), top.keys[i]));
+  }
+  return keys;
+}
 
 bool MirrorRecordset::EndOfFile() const {
   CheckOpen();

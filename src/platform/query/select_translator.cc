@@ -44,6 +44,31 @@ SelectTranslator::Result SelectTranslator::Translate(const Select& select, const
   return TranslateWith(select, outer, std::nullopt);
 }
 
+SelectTranslator::Result SelectTranslator::TranslateStatement(const Select& select) {
+  const bool plain = select.unions.empty() && !select.distinct && !select.order.empty();
+  if (!plain || !select.top || select.top->percent) return Translate(select, nullptr);
+  Scope scope(nullptr);
+  const Body body = TranslateBody(select, scope);
+  ExpressionTranslator expressions(state_, *this, scope, body.grouped ? Place::kGroup : Place::kRow,
+                                   &select.group);
+  const std::vector<Key> order = TranslateOrder(select, body.items, expressions, scope, false);
+  Result result;
+  result.top = TopRows{.count = select.top->count, .keys = {}};
+  std::vector<std::string> parts;
+  for (const Item& item : body.items) {
+    parts.push_back(item.fragment.sql);
+    result.columns.push_back({.name = item.name, .type = item.fragment.type});
+  }
+  for (const Key& key : order) {
+    parts.push_back(key.sql);
+    result.top->keys.push_back(key.type);
+  }
+  result.sql = "select " + Listed(parts) + body.tail + " order by " + OrderList(order) +
+               " limit ?" + std::to_string(state_.parameters.size() + 1);
+  CheckSize(result.sql);
+  return result;
+}
+
 SelectTranslator::Subselect SelectTranslator::TranslateColumn(const Select& select,
                                                               const Scope& outer,
                                                               Type compared_with) {
@@ -247,7 +272,8 @@ std::vector<SelectTranslator::Key> SelectTranslator::TranslateOrder(
     } else {
       fragment = AsValue(expressions.Translate(expression));
     }
-    keys.push_back({.sql = OrderKey(fragment), .descending = order.descending});
+    keys.push_back(
+        {.sql = OrderKey(fragment), .type = fragment.type, .descending = order.descending});
   }
   return keys;
 }

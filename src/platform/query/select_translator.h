@@ -17,8 +17,12 @@ class SelectTranslator : public SubselectTranslator {
   struct Result {
     std::string sql;
     std::vector<OutputColumn> columns = {};
+    std::optional<TopRows> top = {};
   };
   Result Translate(const Select& select, const Scope* outer);
+  // The same for a statement that stands by itself, whose ties behind top are left to the caller:
+  // SQLite keeps only the first rows then, which takes a fifth of the time of ranking them all.
+  Result TranslateStatement(const Select& select);
 
   Subselect TranslateColumn(const Select& select, const Scope& outer, Type compared_with) override;
   std::string TranslateExists(const Select& select, const Scope& outer) override;
@@ -39,6 +43,7 @@ class SelectTranslator : public SubselectTranslator {
   };
   struct Key {
     std::string sql;
+    Type type = Type::kNull;
     bool descending = false;
   };
 

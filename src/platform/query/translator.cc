@@ -7,7 +7,7 @@ namespace tenora::query {
 Plan Translate(const Select& select, std::string_view statement, Catalogue& catalogue) {
   TranslationState state{.statement = statement, .catalogue = catalogue};
   SelectTranslator translator(state);
-  SelectTranslator::Result result = translator.Translate(select, nullptr);
+  SelectTranslator::Result result = translator.TranslateStatement(select);
   if (!state.unknown_names.empty()) {
     std::string names;
     for (const std::string& name : state.unknown_names) names += (names.empty() ? "" : ", ") + name;
@@ -17,7 +17,8 @@ Plan Translate(const Select& select, std::string_view statement, Catalogue& cata
   }
   return {.sql = std::move(result.sql),
           .columns = std::move(result.columns),
-          .parameters = std::move(state.parameters)};
+          .parameters = std::move(state.parameters),
+          .top = std::move(result.top)};
 }
 
 }  // namespace tenora::query

@@ -1,6 +1,7 @@
 // Turns a parsed statement of the engine's dialect into one that SQLite runs over the mirror.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,10 +22,19 @@ struct Parameter {
   Type type = Type::kNull;
 };
 
+// A statement that wants so many rows of an order: it hands out the order's keys behind its columns
+// and takes a limit as its last parameter. Rows that tie with the last one wanted belong to the
+// result too; whoever steps the statement sees to that.
+struct TopRows {
+  std::int64_t count = 0;
+  std::vector<Type> keys;
+};
+
 struct Plan {
   std::string sql;
   std::vector<OutputColumn> columns;
   std::vector<Parameter> parameters;
+  std::optional<TopRows> top;
 };
 
 // The tables that statements can name.

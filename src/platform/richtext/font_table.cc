@@ -14,10 +14,23 @@ constexpr std::array<std::string_view, 8> kFamilies{"fnil",    "froman", "fswiss
                                                     "fscript", "fdecor", "ftech",  "fbidi"};
 constexpr std::size_t kLongestName = 256;
 constexpr int kSymbolCharset = 2;
+constexpr char32_t kByte = 0x110000;  // beyond every character
 
 bool IsSymbolName(std::string_view name) {
   return EqualsNoCase(name, "Symbol") || EqualsNoCase(name, "Webdings") ||
          StartsWithNoCase(name, "Wingdings");
+}
+
+std::string DecodeName(std::u32string_view name, const CodePage& page) {
+  std::string text;
+  ByteDecoder decoder;
+  for (const char32_t unit : name) {
+    if (unit < kByte)
+      AppendUtf8(text, unit);
+    else if (const auto character = decoder.Take(static_cast<unsigned char>(unit - kByte), page))
+      AppendUtf8(text, *character);
+  }
+  return text;
 }
 
 }  // namespace
@@ -42,29 +55,27 @@ void FontTable::Word(const Token& token) {
 void FontTable::Byte(unsigned char byte) {
   if (byte == ';') {
     EndEntry();
-  } else if (byte >= 0x20 && name_bytes_.size() < kLongestName) {
-    name_bytes_ += static_cast<char>(byte);
+  } else if (byte >= 0x20 && name_.size() < kLongestName) {
+    name_ += kByte + byte;
   }
 }
 
 void FontTable::Character(char32_t character) {
-  if (entry_.name.size() < kLongestName) AppendUtf8(entry_.name, character);
+  if (name_.size() < kLongestName) name_ += character;
 }
 
 void FontTable::EndEntry() {
   Font font = std::exchange(entry_, Font());
-  const std::string bytes = std::exchange(name_bytes_, {});
+  const std::u32string name = std::exchange(name_, {});
   const bool has_charset = std::exchange(has_charset_, false);
   const int wanted_page = std::exchange(entry_code_page_, 0);
   if (!std::exchange(entry_open_, false)) return;
 
   int page =
       has_charset ? CodePageOfCharset(font.charset, document_code_page_) : document_code_page_;
-  if (page != kSymbolCodePage)
-    font.name += DecodeBytes(bytes, code_pages_->Get(page));
-  else
-    font.name += bytes;
-  font.name = TrimBlanks(font.name);
+  font.name =
+      DecodeName(name, code_pages_->Get(page == kSymbolCodePage ? document_code_page_ : page));
+  font.name = std::string(TrimBlanks(font.name));
   if (font.name.empty()) font.name = kDefaultFontName;
   if (!has_charset && IsSymbolName(font.name)) page = kSymbolCodePage;
   if (IsKnownCodePage(wanted_page) && page != kSymbolCodePage) page = wanted_page;

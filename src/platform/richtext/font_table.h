@@ -60,7 +60,7 @@ class FontTable {
   bool entry_open_ = false;
   bool has_charset_ = false;
   int entry_code_page_ = 0;  // \cpg, 0 when absent
-  std::string name_bytes_;   // not yet decoded: the charset may follow the first of them
+  std::u32string name_;      // bytes as kByte + value, to be decoded when the charset is known
 };
 
 }  // namespace tenora::richtext

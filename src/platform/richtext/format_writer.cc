@@ -110,19 +110,24 @@ void FormatWriter::ListWords(const Bullet& bullet) {
               : bullet.kind == Bullet::Kind::kLowerLetter ? "pnlcltr"
                                                           : "pndec");
   }
-  if (!bullet.before.empty()) {
-    out_.Raw("{\\pntxtb", true);
-    if (font == symbol_font_)
-      out_.Raw(kBulletByte);
-    else
-      out_.Text(bullet.before, default_page_);
-    out_.Raw("}");
+  if (font == symbol_font_)
+    out_.Raw("{\\pntxtb\\'B7}");
+  else
+    ListText("pntxtb", bullet.before);
+  ListText("pntxta", bullet.after);
+  out_.Raw("}");
+}
+
+void FormatWriter::ListText(std::string_view word, std::string_view text) {
+  if (text.empty()) return;
+  out_.Raw("{");
+  out_.Word(word);
+  // A full stop or bracket ends the word by itself, as the classic control writes it.
+  if (text.front() == '.' || text.front() == '(' || text.front() == ')') {
+    out_.Raw(text.substr(0, 1));
+    text.remove_prefix(1);
   }
-  if (!bullet.after.empty()) {
-    out_.Raw("{\\pntxta", true);
-    out_.Text(bullet.after, default_page_);
-    out_.Raw("}");
-  }
+  out_.Text(text, default_page_);
   out_.Raw("}");
 }
 

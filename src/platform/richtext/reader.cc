@@ -52,7 +52,7 @@ void Reader::Handle(Token token) {
   const bool is_text = token.kind == Token::Kind::kText || token.kind == Token::Kind::kByte ||
                        token.kind == Token::Kind::kSymbol;
   if (!is_text && (decoder_.pending() || high_surrogate_ != 0) &&
-      !(token.kind == Token::Kind::kWord && token.text == "u"))
+      !(token.kind == Token::Kind::kWord && (token.text == "u" || token.text == "uc")))
     FlushPending();
   switch (token.kind) {
     case Token::Kind::kOpen:

@@ -59,9 +59,9 @@ class Reader {
     bool alternatives = false;  // \upr: only \ud in it is read
     bool nested_row = false;    // \nesttableprops
     bool saved_state = false;   // the flow keeps the paragraph formatting from before
-    bool entry = false;     // it holds one entry of a table (style, list, override), one picture
-    bool shown = false;     // text of a copy that a reader of the letter sees
-    std::string flow_word;  // of the flow it owns
+    bool entry = false;    // it holds one entry of a table (style, list, override), one picture
+    bool shown = false;    // text of a copy that a reader of the letter sees
+    std::string own_word;  // that began the flow or copy it owns
   };
 
   // Something that is being carried through.

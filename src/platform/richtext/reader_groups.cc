@@ -305,6 +305,7 @@ void Reader::BeginCopy(SourceCopy::Style style, Delivery delivery, const Token* 
   group.destination = Destination::kCopy;
   group.fresh = false;
   if (word == nullptr) return;
+  group.own_word.assign(1, '\\').append(word->text);
   CurrentCopy().source.Open(group.starred);
   CurrentCopy().source.Word(*word, fonts_, colours_);
 }
@@ -332,8 +333,8 @@ void Reader::BeginFlow(Delivery delivery, const Token& word) {
   group.making = nullptr;
   group.nested_row = false;
   group.fresh = false;
-  group.flow_word = (group.starred ? "\\*\\" : "\\") + std::string(word.text);
-  if (word.has_param) group.flow_word += std::to_string(word.param);
+  group.own_word = (group.starred ? "\\*\\" : "\\") + std::string(word.text);
+  if (word.has_param) group.own_word += std::to_string(word.param);
 }
 
 void Reader::BeginField() {
@@ -355,8 +356,8 @@ void Reader::EndFlow(Group& group) {
   if (group.open_ending) DropEmptyEnd(&blocks);
   SourceText source;
   source.Raw("{");
-  source.Raw(group.flow_word);
-  source.Raw("\\pard\\plain", true);
+  source.Raw(group.own_word);
+  source.Word("plain");
   BlockWriter(fonts_.fonts(), fonts_.document_code_page(), &code_pages_, &source)
       .Write(blocks, group.open_ending ? BlockWriter::Ending::kOpen : BlockWriter::Ending::kMarked);
   source.Raw("}");
@@ -413,12 +414,14 @@ void Reader::Deliver(const Group& group, std::string source, Copy* copy) {
     case Delivery::kMark:
       return CurrentFlow().AddMark(std::move(source));
     case Delivery::kHead:
+      if (source == "{\\*" + group.own_word + "}") return;  // holds nothing
       document_.head_groups.push_back(std::move(source));
       return;
     case Delivery::kInfo:
       document_.info.push_back(std::move(source));
       return;
     case Delivery::kInstruction:
+      while (source.ends_with(' ')) source.pop_back();
       if (Top().making != nullptr) Top().making->instruction = std::move(source);
       return;
     case Delivery::kCopy:

@@ -12,14 +12,14 @@ constexpr int kLongestFallback = 1000;
 }  // namespace
 
 void Reader::Word(const Token& word) {
-  if (Top().fresh) {
-    if (OpenDestination(word)) return;
-    Top().fresh = false;
-  }
   if (word.text == "u") return Unicode(word.param);
   if (word.text == "uc") {
     Top().fallback = std::clamp(word.Or(1), 0, kLongestFallback);
     return;
+  }
+  if (Top().fresh) {
+    if (OpenDestination(word)) return;
+    Top().fresh = false;
   }
   switch (Top().destination) {
     case Destination::kText:

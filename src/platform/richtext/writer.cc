@@ -72,7 +72,7 @@ void WritePageSetup(const Document& document, SourceText* out) {
 
 }  // namespace
 
-std::string WriteRtf(const Document& document) {
+std::string WriteRtf(const Document& document, Escapes escapes) {
   SourceText out;
   CodePages code_pages;
   out.Raw("{\\rtf1\\ansi");
@@ -88,7 +88,7 @@ std::string WriteRtf(const Document& document) {
     out.LineEnd();
   }
   out.Raw("\\viewkind4\\uc1", true);
-  BlockWriter(document.fonts, document.code_page, &code_pages, &out)
+  BlockWriter(document.fonts, document.code_page, &code_pages, &out, escapes)
       .Write(document.blocks, BlockWriter::Ending::kMarked);
   out.Raw("}");
   out.LineEnd();
@@ -96,10 +96,12 @@ std::string WriteRtf(const Document& document) {
 }
 
 BlockWriter::BlockWriter(const std::vector<Font>& fonts, int document_code_page,
-                         CodePages* code_pages, SourceText* out)
+                         CodePages* code_pages, SourceText* out, Escapes escapes)
     : formats_(fonts, nullptr, out), out_(*out) {
-  for (const Font& font : fonts)
-    pages_.push_back(&code_pages->Get(CodePageOfCharset(font.charset, document_code_page)));
+  for (const Font& font : fonts) {
+    const int page = CodePageOfCharset(font.charset, document_code_page);
+    pages_.push_back(escapes == Escapes::kUnicode ? nullptr : &code_pages->Get(page));
+  }
 }
 
 void BlockWriter::Write(const std::vector<Block>& blocks, Ending ending) {
@@ -158,8 +160,8 @@ void BlockWriter::WriteParagraph(const Paragraph& paragraph, int level, std::str
   SwitchField(nullptr);
   for (; next_mark < paragraph.marks.size(); ++next_mark)
     out_.Raw(paragraph.marks[next_mark].source);
-  ChangeFormat(paragraph.mark);
   if (end.empty()) return;
+  ChangeFormat(paragraph.mark);
   out_.Word(end);
   if (end == "par") out_.LineEnd();
 }

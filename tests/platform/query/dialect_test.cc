@@ -163,6 +163,11 @@ TEST(Dialect, HandsOutTiesBehindTop) {
   EXPECT_THAT(agency.Rows(Small("top 1 n", "where word is not null order by word")),
               ElementsAre("2", "3"));
   EXPECT_THAT(agency.Rows(Small("top 1 n", "order by word, n")), ElementsAre("4"));
+  EXPECT_THAT(agency.Rows(Small("top 1 n", "order by amount > -9 desc")),
+              ElementsAre("1", "2", "4"));
+  EXPECT_EQ(agency.Rows("select top 3 reference from tenancy order by closed_yn").size(), 37u);
+  EXPECT_THAT(agency.Rows(Small("top 9 n", "order by n")), ElementsAre("1", "2", "3", "4"));
+  EXPECT_THAT(agency.Rows(Small("top 0 n", "order by n")), ::testing::IsEmpty());
   EXPECT_THAT(agency.Rows(Small("top 3 n")), ElementsAre("1", "2", "3"));
   EXPECT_THAT(agency.Rows(Small("top 50 percent n", "order by n")), ElementsAre("1", "2"));
   EXPECT_THAT(agency.Rows(Small("distinct top 1 word", "where word is not null order by word")),

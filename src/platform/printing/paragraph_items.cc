@@ -1,0 +1,203 @@
+#include "platform/printing/paragraph_items.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "platform/printing/list_mark.h"
+#include "platform/printing/positions.h"
+#include "platform/printing/symbol_fonts.h"
+
+namespace tenora::printing {
+namespace {
+
+using richtext::Alignment;
+using richtext::CharFormat;
+
+bool HasMarks(const QString& text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](QChar c) { return c.unicode() >= 0x300 && c.isMark(); });
+}
+
+// Letter by letter, so that every character keeps its position.
+QString Capitals(QString text) {
+  for (QChar& c : text) c = c.toUpper();
+  return text;
+}
+
+class ItemCollector {
+ public:
+  ItemCollector(Typesetting& typesetting, const richtext::Paragraph& paragraph,
+                const ItemPlace& place)
+      : typesetting_(typesetting),
+        paragraph_(paragraph),
+        format_(paragraph.format),
+        place_(place),
+        position_(place.position) {}
+
+  std::vector<ParagraphItem> Collect() {
+    CollectListMark();
+    for (const richtext::Run& run : paragraph_.runs) CollectRun(run);
+    CloseText();
+    return std::move(items_);
+  }
+
+ private:
+  void CollectListMark();
+  void CollectRun(const richtext::Run& run);
+  void CollectText(const CharFormat& format, std::string_view utf8, bool one_position);
+  void Append(const CharFormat& format, const QString& source, int position, bool one_position);
+  void AppendSmallCapitals(const CharFormat& format, const QString& text, int position,
+                           bool one_position);
+  void AppendFragment(const CharFormat& format, const QString& text, int position, bool small,
+                      bool one_position);
+  void CloseText();
+
+  Typesetting& typesetting_;
+  const richtext::Paragraph& paragraph_;
+  const richtext::ParagraphFormat& format_;
+  const ItemPlace& place_;
+  int position_;
+  std::vector<ParagraphItem> items_;
+  std::shared_ptr<ShapedText> open_;
+  QString open_text_;
+};
+
+void ItemCollector::CollectListMark() {
+  if (format_.bullet.kind == richtext::Bullet::Kind::kNone) return;
+  const CharFormat& format =
+      paragraph_.runs.empty() ? paragraph_.mark : paragraph_.runs.front().format;
+  const std::string mark = ListMark(format_.bullet, place_.number);
+  Append(format, UnicodeBullet(QString::fromStdString(mark)), position_, true);
+  CloseText();
+  const double start = place_.left + format_.first_indent;
+  const double target = format_.first_indent < 0 ? place_.left : start + format_.bullet.indent;
+  items_.emplace_back(TabItem{&format, position_, target});
+}
+
+void ItemCollector::CollectRun(const richtext::Run& run) {
+  if (std::holds_alternative<std::monostate>(run.object)) {
+    if (run.format.hidden) {
+      position_ += TextUnits(run.text);
+    } else {
+      CollectText(run.format, run.text, false);
+    }
+    return;
+  }
+  std::shared_ptr<const richtext::Picture> picture;
+  if (const auto* own = std::get_if<std::shared_ptr<const richtext::Picture>>(&run.object)) {
+    picture = *own;
+  } else if (const auto& verbatim =
+                 std::get<std::shared_ptr<const richtext::Verbatim>>(run.object)) {
+    picture = verbatim->shown_picture;
+    if (!picture && !run.format.hidden) CollectText(run.format, verbatim->shown_text, true);
+  }
+  if (picture && !run.format.hidden) {
+    CloseText();
+    items_.emplace_back(PictureItem{
+        typesetting_.pictures.Place(*picture, place_.right - place_.left, typesetting_.page_height),
+        position_});
+  }
+  ++position_;
+}
+
+// `one_position`: the text stands for a single character of the document, which the caller counts.
+void ItemCollector::CollectText(const CharFormat& format, std::string_view utf8,
+                                bool one_position) {
+  while (!utf8.empty()) {
+    const std::size_t size = std::min(utf8.find_first_of("\t\v\f\r\n"), utf8.size());
+    if (size > 0) {
+      const QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(size));
+      Append(format, text, position_, one_position);
+      if (!one_position) position_ += TextUnits(utf8.substr(0, size));
+    } else {
+      CloseText();
+      if (utf8.front() == '\t') {
+        items_.emplace_back(TabItem{&format, position_, {}});
+      } else {
+        items_.emplace_back(BreakItem{&format, position_, utf8.front() == '\f'});
+      }
+      if (!one_position) ++position_;
+    }
+    utf8.remove_prefix(std::max<std::size_t>(size, 1));
+  }
+}
+
+void ItemCollector::Append(const CharFormat& format, const QString& source, int position,
+                           bool one_position) {
+  const QString text =
+      WithUnicodeSymbols(source, SymbolFontOf(typesetting_.fonts->NameOf(format.font)));
+  if (format.all_caps) {
+    AppendFragment(format, Capitals(text), position, false, one_position);
+  } else if (format.small_caps) {
+    AppendSmallCapitals(format, text, position, one_position);
+  } else {
+    AppendFragment(format, text, position, false, one_position);
+  }
+}
+
+void ItemCollector::AppendSmallCapitals(const CharFormat& format, const QString& text, int position,
+                                        bool one_position) {
+  for (qsizetype start = 0; start < text.size();) {
+    const bool small = text[start].isLower();
+    qsizetype next = start + 1;
+    while (next < text.size() && text[next].isLower() == small) ++next;
+    AppendFragment(format, Capitals(text.mid(start, next - start)),
+                   one_position ? position : position + int(start), small, one_position);
+    start = next;
+  }
+}
+
+void ItemCollector::AppendFragment(const CharFormat& format, const QString& text, int position,
+                                   bool small, bool one_position) {
+  if (!open_) {
+    open_ = std::make_shared<ShapedText>();
+    open_text_.clear();
+  }
+  open_->fragments.push_back({static_cast<int>(open_text_.size()), static_cast<int>(text.size()),
+                              position, small, one_position, &format});
+  open_text_ += text;
+}
+
+// Gives the collected text its fonts.
+void ItemCollector::CloseText() {
+  if (!open_) return;
+  const bool shaped = HasMarks(open_text_);
+  const auto use = [&](const Fragment& fragment) -> const FontUse& {
+    return typesetting_.fonts->Use(*fragment.format, shaped, fragment.small);
+  };
+  const FontUse& first = use(open_->fragments.front());
+  const bool one_format =
+      first.plain &&
+      std::all_of(open_->fragments.begin(), open_->fragments.end(),
+                  [&](const Fragment& fragment) { return &use(fragment) == &first; });
+  QTextLayout& layout = open_->layout;
+  layout.setText(open_text_);
+  layout.setFont(first.font);
+  layout.setCacheEnabled(true);
+  open_->colour = first.colour;
+  if (!one_format) {
+    QList<QTextLayout::FormatRange> ranges;
+    for (const Fragment& fragment : open_->fragments) {
+      ranges.push_back({fragment.start, fragment.length, use(fragment).format});
+    }
+    layout.setFormats(ranges);
+  }
+  QTextOption option(format_.alignment == Alignment::kJustified ? Qt::AlignJustify : Qt::AlignLeft);
+  if (format_.alignment != Alignment::kJustified)
+    option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+  option.setTextDirection(format_.right_to_left ? Qt::RightToLeft : Qt::LeftToRight);
+  option.setUseDesignMetrics(true);
+  layout.setTextOption(option);
+  items_.emplace_back(TextItem{std::move(open_)});
+  open_.reset();
+}
+
+}  // namespace
+
+std::vector<ParagraphItem> CollectItems(Typesetting& typesetting,
+                                        const richtext::Paragraph& paragraph,
+                                        const ItemPlace& place) {
+  return ItemCollector(typesetting, paragraph, place).Collect();
+}
+
+}  // namespace tenora::printing

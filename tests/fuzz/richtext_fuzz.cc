@@ -1,0 +1,35 @@
+// Any bytes give a document, whose canonical form reads back as the same document.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/reader.h"
+#include "platform/richtext/writer.h"
+
+namespace {
+
+using tenora::richtext::Document;
+
+void Require(bool holds, const char* what, const std::string& first, const std::string& second) {
+  if (holds) return;
+  std::fprintf(stderr, "%s\n--- first\n%s\n--- second\n%s\n", what, first.c_str(), second.c_str());
+  std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view source(reinterpret_cast<const char*>(data), size);
+  const Document document = tenora::richtext::ReadRtf(source);
+  const std::string canonical = tenora::richtext::WriteRtf(document);
+  const Document again = tenora::richtext::ReadRtf(canonical);
+  const std::string twice = tenora::richtext::WriteRtf(again);
+  Require(canonical == twice, "the canonical form is not stable", canonical, twice);
+  const std::string text = tenora::richtext::PlainText(document.blocks);
+  const std::string text_again = tenora::richtext::PlainText(again.blocks);
+  Require(text == text_again, "the text changes", text, text_again);
+  return 0;
+}

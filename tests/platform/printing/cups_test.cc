@@ -1,0 +1,79 @@
+// Printing through a real print server.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "platform/printing/cups_server.h"
+#include "platform/printing/paper.h"
+#include "platform/runtime/error.h"
+
+namespace tenora::test {
+namespace {
+
+using printing::Printers;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+class Cups : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    server_ = std::make_unique<CupsServer>();
+    ::setenv("CUPS_SERVER", server_->socket().c_str(), 1);
+  }
+  static void TearDownTestSuite() { server_.reset(); }
+  void SetUp() override {
+    if (!server_->problem().empty()) GTEST_SKIP() << server_->problem();
+  }
+
+  static std::unique_ptr<CupsServer> server_;
+};
+
+std::unique_ptr<CupsServer> Cups::server_;
+
+TEST_F(Cups, ListsItsQueuesBehindThePdfPrinter) {
+  const auto printers = Printers::Create({});
+  EXPECT_EQ(printers->Names().front(), printing::kPdfPrinterName);
+  EXPECT_THAT(printers->Names(),
+              UnorderedElementsAre(printing::kPdfPrinterName, "Office", "Closed"));
+  EXPECT_EQ(printers->Current().DeviceName(), "Office") << "the server's default";
+  EXPECT_TRUE(printers->SetCurrent("CLOSED"));
+  EXPECT_EQ(printers->Current().DeviceName(), "Closed");
+}
+
+TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitle) {
+  const auto printers = Printers::Create({"office", {}});
+  printing::Printer& printer = printers->Current();
+  const richtext::Document letters[] = {DocumentOf({Line("Dear Mr Māhuta,")}),
+                                        DocumentOf({Line("Dear Mrs Smith,")})};
+  const printing::Rect area{kInch, kInch, kInch + kTextWidth, kInch + kTextHeight};
+  for (const richtext::Document& letter : letters) {
+    printer.StartDocument("Rent rise \"2026\"; $HOME");
+    DrawPages(printer, letter, area);
+  }
+  EXPECT_EQ(printer.EndJob(), "");
+  const auto jobs = server_->WaitForJobs(1);
+  ASSERT_EQ(jobs.size(), 1u);
+  EXPECT_EQ(jobs[0].title, "Rent rise \"2026\"; $HOME");
+  const Paper paper{jobs[0].file, {}};
+  EXPECT_THAT(paper.PageText(1), HasSubstr("Dear Mr Māhuta,"));
+  EXPECT_THAT(paper.PageText(2), HasSubstr("Dear Mrs Smith,"));
+}
+
+TEST_F(Cups, NamesPrinterAndTitleWhenAQueueRefuses) {
+  const auto printers = Printers::Create({"Closed", {}});
+  printing::Printer& printer = printers->Current();
+  printer.StartDocument("Notice");
+  try {
+    printer.EndJob();
+    ADD_FAILURE() << "a refused job must not pass for a printed one";
+  } catch (const RuntimeError& error) {
+    EXPECT_THAT(ErrorText(error),
+                AllOf(HasSubstr("482 - Printer error"), HasSubstr("Closed"), HasSubstr("Notice")));
+  }
+  EXPECT_FALSE(printer.JobOpen());
+}
+
+}  // namespace
+}  // namespace tenora::test

@@ -1,0 +1,248 @@
+// Where the letters of a paragraph stand on paper.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/printing/list_mark.h"
+#include "platform/printing/paper.h"
+
+namespace tenora::test {
+namespace {
+
+using richtext::Alignment;
+using richtext::Bullet;
+using richtext::CharFormat;
+using richtext::ParagraphFormat;
+using richtext::TabStop;
+using testing::DoubleNear;
+using testing::HasSubstr;
+using testing::Not;
+
+// A reader's boxes are rounded to thousandths of a point, glyphs have side bearings.
+constexpr double kNear = 12;
+
+constexpr const char* kSentence =
+    "The landlord lets and the tenant takes the premises for the term and at the rent set out "
+    "below, which both find sufficient. ";
+
+std::string Sentences(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += kSentence;
+  return text;
+}
+
+CharFormat Courier(int half_points) {
+  CharFormat format;
+  format.font = 2;
+  format.half_points = half_points;
+  return format;
+}
+
+class Paragraphs : public testing::Test {
+ protected:
+  Paper PrintLines(std::vector<richtext::Block> blocks) {
+    return Print(DocumentOf(std::move(blocks)), folder_);
+  }
+
+  ScratchFolder folder_;
+};
+
+TEST_F(Paragraphs, StandAtTheirIndentsAndAlignments) {
+  ParagraphFormat indented;
+  indented.left_indent = 720;
+  ParagraphFormat right, centre, narrow_right;
+  right.alignment = narrow_right.alignment = Alignment::kRight;
+  narrow_right.right_indent = 1000;
+  centre.alignment = Alignment::kCentre;
+  const Paper paper =
+      PrintLines({Line("Plain"), Line("Indented", indented), Line("Rightmost  ", right),
+                  Line("Inner", narrow_right), Line("Middle", centre)});
+  EXPECT_THAT(paper.Find("Plain").left, DoubleNear(kInch, kNear));
+  EXPECT_THAT(paper.Find("Plain").top, DoubleNear(kInch, kNear));
+  EXPECT_THAT(paper.Find("Indented").left, DoubleNear(kInch + 720, kNear));
+  EXPECT_THAT(paper.Find("Rightmost").right, DoubleNear(kPageWidth - kInch, kNear));
+  EXPECT_THAT(paper.Find("Inner").right, DoubleNear(kPageWidth - kInch - 1000, kNear));
+  const Word middle = paper.Find("Middle");
+  EXPECT_THAT((middle.left + middle.right) / 2, DoubleNear(kPageWidth / 2.0, kNear));
+}
+
+TEST_F(Paragraphs, HangTheirFirstLineAndFillJustifiedOnes) {
+  ParagraphFormat format;
+  format.left_indent = 1000;
+  format.first_indent = -400;
+  format.alignment = Alignment::kJustified;
+  const Paper paper = PrintLines({Line("First " + Sentences(3) + "last", format)});
+  const Word first = paper.Find("First"), last = paper.Find("last");
+  EXPECT_THAT(first.left, DoubleNear(kInch + 600, kNear));
+  int filled = 0, lines = 1;
+  double line_top = first.top, line_right = 0;
+  for (const Word& word : paper.Words()) {
+    if (word.top > line_top + 100) {
+      EXPECT_THAT(word.left, DoubleNear(kInch + 1000, kNear));
+      EXPECT_THAT(line_right, DoubleNear(kPageWidth - kInch, kNear));
+      line_top = word.top;
+      ++lines;
+      ++filled;
+    }
+    line_right = word.right;
+  }
+  EXPECT_GE(filled, 3);
+  EXPECT_LT(last.right, kPageWidth - kInch - 1000) << "the last line must not be stretched";
+}
+
+TEST_F(Paragraphs, BreakLinesWhereEqualWidthsSay) {
+  // 10-point Courier is 120 twips a letter: 24 letters to two inches.
+  const std::string text = "123456789 123456789 1234 123456789 123456789 12345 end";
+  const Paper paper = Print(DocumentOf({Line(text, {}, Courier(20))}), folder_, 2890);
+  EXPECT_THAT(paper.PageText(1), HasSubstr("123456789 123456789 1234\n123456789 123456789\n"
+                                           "12345 end\n"));
+}
+
+TEST_F(Paragraphs, DivideAWordThatIsWiderThanTheLine) {
+  const Paper paper =
+      Print(DocumentOf({Line(std::string(60, 'x'), {}, Courier(20))}), folder_, 2890);
+  EXPECT_THAT(paper.PageText(1), HasSubstr(std::string(24, 'x') + "\n" + std::string(24, 'x') +
+                                           "\n" + std::string(12, 'x') + "\n"));
+}
+
+TEST_F(Paragraphs, MoveTextToTheirTabStops) {
+  ParagraphFormat format;
+  format.tabs = {{1500, TabStop::Kind::kLeft, ""},
+                 {3500, TabStop::Kind::kCentre, ""},
+                 {6000, TabStop::Kind::kRight, ""},
+                 {7500, TabStop::Kind::kDecimal, ""}};
+  const Paper paper = PrintLines({Line("a\tLeft\tCentred\tRight\t1,234.50", format),
+                                  Line("b\tLeftmost\tC\tR\t7.125", format), Line("default\ttab"),
+                                  Line("wide default\tstop")});
+  EXPECT_THAT(paper.Find("Left").left, DoubleNear(kInch + 1500, kNear));
+  const Word centred = paper.Find("Centred");
+  EXPECT_THAT((centred.left + centred.right) / 2, DoubleNear(kInch + 3500, kNear));
+  // The decimal points stand below each other: so do the ends of two and three decimals.
+  const double digit = 120;  // of 12-point Times
+  EXPECT_THAT(paper.Find("1,234.50").right, DoubleNear(kInch + 7500 + 60 + 2 * digit, kNear));
+  EXPECT_THAT(paper.Find("7.125").right, DoubleNear(kInch + 7500 + 60 + 3 * digit, kNear));
+  EXPECT_THAT(paper.Find("tab").left, DoubleNear(kInch + 720, kNear));
+  EXPECT_THAT(paper.Find("stop").left, DoubleNear(kInch + 1440, kNear));
+}
+
+TEST_F(Paragraphs, EndRightTabsAtTheStopAndLeadersBeforeIt) {
+  ParagraphFormat format;
+  format.tabs = {{5000, TabStop::Kind::kRight, "dot"}};
+  const Paper paper = PrintLines({Line("Total\t42.00", format), Line("\tAlone", format)});
+  EXPECT_THAT(paper.Text(), testing::ContainsRegex("Total ?\\.\\.\\.\\.+ ?42\\.00"));
+  int aligned = 0;
+  for (const Word& word : paper.Words()) {
+    if (!word.text.ends_with("42.00") && !word.text.ends_with("Alone")) continue;
+    EXPECT_THAT(word.right, DoubleNear(kInch + 5000, kNear));
+    ++aligned;
+  }
+  EXPECT_EQ(aligned, 2);
+}
+
+TEST_F(Paragraphs, SpaceTheirLinesAsSet) {
+  ParagraphFormat exact, at_least, twice, spaced;
+  exact.line_spacing = -600;
+  at_least.line_spacing = 800;
+  twice.line_spacing = 480;
+  twice.line_spacing_multiple = true;
+  spaced.space_before = 300;
+  spaced.space_after = 500;
+  const struct {
+    ParagraphFormat format;
+    double step;
+  } cases[] = {{exact, 600}, {at_least, 800}, {twice, 552}, {spaced, 276 + 800}};
+  for (const auto& expected : cases) {
+    const Paper paper = PrintLines({Line("One", expected.format), Line("Two", expected.format)});
+    EXPECT_THAT(paper.Find("Two").top - paper.Find("One").top, DoubleNear(expected.step, kNear));
+  }
+}
+
+TEST_F(Paragraphs, NumberListsAndHangTheirText) {
+  ParagraphFormat number;
+  number.left_indent = 720;
+  number.first_indent = -360;
+  number.bullet = {Bullet::Kind::kDecimal, 1, 0, "", "."};
+  ParagraphFormat letter = number;
+  letter.left_indent = 1440;
+  letter.bullet = {Bullet::Kind::kLowerLetter, 1, 0, "(", ")"};
+  const Paper paper = PrintLines({Line("one", number), Line("two", number), Line("two-a", letter),
+                                  Line("two-b", letter), Line("three", number), Line("gap"),
+                                  Line("again", number)});
+  EXPECT_THAT(paper.PageText(1), HasSubstr("1. one\n2. two\n(a) two-a\n(b) two-b\n3. three\n"));
+  EXPECT_THAT(paper.PageText(1), HasSubstr("1. again"));
+  EXPECT_THAT(paper.Find("1.").left, DoubleNear(kInch + 360, kNear + 8));
+  EXPECT_THAT(paper.Find("one").left, DoubleNear(kInch + 720, kNear));
+}
+
+TEST(ListMark, CountsAsTheListsFormatHasIt) {
+  const struct {
+    Bullet bullet;
+    int number;
+    const char* mark;
+  } cases[] = {
+      {{Bullet::Kind::kBullet, 1, 0, "", ""}, 3, "•"},
+      {{Bullet::Kind::kDecimal, 1, 0, "", ")"}, 12, "12)"},
+      {{Bullet::Kind::kUpperLetter, 1, 0, "", ""}, 28, "BB"},
+      {{Bullet::Kind::kLowerRoman, 1, 0, "", ""}, 1994, "mcmxciv"},
+      {{Bullet::Kind::kUpperRoman, 1, 0, "", ""}, 4, "IV"},
+      {{Bullet::Kind::kDecimal, 1, 0, "", ""}, -5, "1"},
+  };
+  for (const auto& expected : cases) {
+    EXPECT_EQ(printing::ListMark(expected.bullet, expected.number), expected.mark);
+  }
+}
+
+TEST_F(Paragraphs, ShowTheTextOfEveryCharacterFormat) {
+  CharFormat hidden, capitals, small, arial_bold, raised;
+  hidden.hidden = true;
+  capitals.all_caps = true;
+  small.small_caps = true;
+  arial_bold.font = 1;
+  arial_bold.bold = true;
+  raised.raise_half_points = 12;
+  richtext::Paragraph paragraph;
+  paragraph.runs = {Text("Māhuta €12 office "),  Text("secret ", hidden),
+                    Text("loud ", capitals),     Text("Small ", small),
+                    Text("strong ", arial_bold), Text("up", raised)};
+  const Paper paper = PrintLines({paragraph});
+  EXPECT_THAT(paper.PageText(1), HasSubstr("Māhuta €12 office LOUD SMALL strong"));
+  EXPECT_THAT(paper.Text(), Not(HasSubstr("secret")));
+  EXPECT_LT(paper.Find("up").top, paper.Find("strong").top);
+  EXPECT_GE(paper.Find("up").top, kInch - kNear) << "raised letters need room above";
+  const std::string fonts = Poppler({"pdffonts", paper.file.string()});
+  EXPECT_THAT(fonts, HasSubstr("LiberationSerif"));
+  EXPECT_THAT(fonts, HasSubstr("LiberationSans-Bold"));
+  EXPECT_THAT(fonts, Not(testing::ContainsRegex("Identity-H +no"))) << "all are embedded";
+}
+
+TEST_F(Paragraphs, ReadSymbolFontsByTheirGlyphs) {
+  richtext::Document document = EmptyDocument();
+  document.fonts.push_back({3, "Symbol", "tech", 2, 2});
+  document.fonts.push_back({4, "Wingdings", "nil", 2, 2});
+  CharFormat symbol, wingdings;
+  symbol.font = 3;
+  wingdings.font = 4;
+  richtext::Paragraph paragraph;
+  paragraph.runs = {Text("ab\uF0B3", symbol), Text(" and "), Text("\uF0FC", wingdings)};
+  document.blocks = {paragraph};
+  EXPECT_THAT(Print(document, folder_).PageText(1), HasSubstr("αβ≥ and ✓"));
+}
+
+TEST_F(Paragraphs, RunFromTheRightWhereTheScriptDoes) {
+  ParagraphFormat format;
+  format.right_to_left = true;
+  const Paper paper = PrintLines({Line("שלום", format), Line("latin", format)});
+  EXPECT_THAT(paper.Find("latin").right, DoubleNear(kPageWidth - kInch, kNear));
+  // The reader takes right-to-left words apart; the first letter stands outermost.
+  EXPECT_THAT(paper.Find("ש").right, DoubleNear(kPageWidth - kInch, kNear));
+}
+
+TEST_F(Paragraphs, KeepInsideThePageWhenTheirIndentsCross) {
+  ParagraphFormat format;
+  format.left_indent = 8000;
+  format.right_indent = 8000;
+  const Paper paper = PrintLines({Line("abc def", format)});
+  EXPECT_EQ(paper.ends, std::vector<int>{8});
+}
+
+}  // namespace
+}  // namespace tenora::test

@@ -1,0 +1,180 @@
+#include "platform/printing/pictures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QBuffer>
+#include <QImage>
+
+#include "platform/printing/metafile.h"
+#include "platform/printing/paper.h"
+
+namespace tenora::test {
+namespace {
+
+using richtext::Picture;
+using Kind = Picture::Kind;
+using testing::HasSubstr;
+
+QImage Checkers() {
+  QImage image(6, 4, QImage::Format_RGB32);
+  image.fill(Qt::white);
+  image.setPixelColor(2, 1, Qt::red);
+  return image;
+}
+
+std::string Encoded(const char* format) {
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  buffer.open(QIODevice::WriteOnly);
+  Checkers().save(&buffer, format);
+  return bytes.toStdString();
+}
+
+void Put(std::string& bytes, std::uint32_t value, int size) {
+  for (int i = 0; i < size; ++i) bytes.push_back(static_cast<char>(value >> (8 * i) & 0xFF));
+}
+
+std::string Dib() { return Encoded("BMP").substr(14); }
+
+// A metafile of one order that draws the bitmap, between a window set-up and the end.
+std::string Wmf(bool placeable) {
+  std::string file;
+  if (placeable) {
+    Put(file, 0x9AC6CDD7, 4);
+    file.append(18, '\0');
+  }
+  file.append(18, '\0');
+  const auto record = [&](std::uint32_t function, std::string body) {
+    if (body.size() % 2 != 0) body.push_back('\0');
+    Put(file, static_cast<std::uint32_t>((6 + body.size()) / 2), 4);
+    Put(file, function, 2);
+    file += body;
+  };
+  record(0x020C, std::string(4, '\0'));
+  record(0x0F43, std::string(22, '\0') + Dib());
+  record(0x0000, {});
+  return file;
+}
+
+std::string Emf() {
+  const std::string dib = Dib();
+  std::string file;
+  Put(file, 1, 4);
+  Put(file, 88, 4);
+  file.append(80, '\0');
+  Put(file, 81, 4);
+  Put(file, static_cast<std::uint32_t>(80 + dib.size()), 4);
+  file.append(40, '\0');
+  Put(file, 80, 4);
+  Put(file, 40, 4);
+  Put(file, 120, 4);
+  Put(file, static_cast<std::uint32_t>(dib.size() - 40), 4);
+  file.append(16, '\0');
+  return file + dib;
+}
+
+Picture PictureOf(Kind kind, std::string bytes) {
+  Picture picture;
+  picture.kind = kind;
+  picture.width = 3000;
+  picture.height = 2000;
+  picture.bytes = std::move(bytes);
+  return picture;
+}
+
+TEST(Pictures, DecodeEveryKindThatHoldsABitmap) {
+  const Picture pictures[] = {
+      PictureOf(Kind::kPng, Encoded("PNG")), PictureOf(Kind::kDib, Dib()),
+      PictureOf(Kind::kWmf, Wmf(false)),     PictureOf(Kind::kWmf, Wmf(true)),
+      PictureOf(Kind::kEmf, Emf()),          PictureOf(Kind::kJpeg, Encoded("JPEG")),
+  };
+  printing::Pictures decoder;
+  for (const Picture& picture : pictures) {
+    SCOPED_TRACE(static_cast<int>(picture.kind));
+    const printing::PlacedPicture placed = decoder.Place(picture, 10000, 10000);
+    ASSERT_EQ(placed.image.size(), QSize(6, 4));
+    EXPECT_EQ(placed.width, 3000);
+    if (picture.kind == Kind::kJpeg) continue;
+    EXPECT_EQ(placed.image.pixelColor(2, 1), QColor(Qt::red));
+    EXPECT_EQ(placed.image.pixelColor(1, 2), QColor(Qt::white));
+  }
+}
+
+TEST(Pictures, SurviveDamageByAFrameOfTheirSize) {
+  const std::string wholes[] = {Encoded("PNG"), Dib(), Wmf(true), Emf()};
+  const Kind kinds[] = {Kind::kPng, Kind::kDib, Kind::kWmf, Kind::kEmf};
+  for (std::size_t i = 0; i < std::size(wholes); ++i) {
+    for (std::size_t at = 0; at < wholes[i].size(); at += 3) {
+      std::string flipped = wholes[i];
+      flipped[at] = static_cast<char>(flipped[at] ^ 0xFF);
+      for (const std::string& bytes : {wholes[i].substr(0, at), flipped}) {
+        printing::Pictures decoder;
+        const Picture picture = PictureOf(kinds[i], bytes);
+        EXPECT_EQ(decoder.Place(picture, 10000, 10000).height, 2000);
+      }
+    }
+  }
+}
+
+TEST(Pictures, AreMadeSmallerToFitButNeverDistorted) {
+  printing::Pictures decoder;
+  const Picture wide = PictureOf(Kind::kPng, Encoded("PNG"));
+  const printing::PlacedPicture placed = decoder.Place(wide, 1500, 10000);
+  EXPECT_EQ(placed.width, 1500);
+  EXPECT_EQ(placed.height, 1000);
+  Picture unsized = wide;
+  unsized.width = unsized.height = 0;
+  EXPECT_EQ(decoder.Place(unsized, 10000, 10000).width, 6 * 15);
+}
+
+richtext::Paragraph WithPicture(const Picture& picture) {
+  richtext::Paragraph paragraph = Line("before ");
+  richtext::Run run;
+  run.object = std::make_shared<const Picture>(picture);
+  paragraph.runs.push_back(run);
+  paragraph.runs.push_back(Text(" behind"));
+  return paragraph;
+}
+
+TEST(Pictures, TakeTheirRoomInTheLine) {
+  const ScratchFolder folder;
+  const richtext::Document document =
+      DocumentOf({WithPicture(PictureOf(Kind::kPng, Encoded("PNG"))), Line("below")});
+  const Paper paper = Print(document, folder);
+  EXPECT_EQ(paper.ends, std::vector<int>{7 + 1 + 7 + 1 + 6});
+  EXPECT_NEAR(paper.Find("behind").left - paper.Find("before").right, 3000, 150);
+  EXPECT_GT(paper.Find("before").top, kInch + 1700);
+  EXPECT_GT(paper.Find("below").top, kInch + 2000);
+  EXPECT_THAT(Poppler({"pdfimages", "-list", paper.file.string()}), HasSubstr(" 6     4 "));
+}
+
+TEST(Pictures, NameTheirKindWhereTheyCannotBeDrawn) {
+  const ScratchFolder folder;
+  const Paper paper = Print(DocumentOf({WithPicture(PictureOf(Kind::kWmf, "lines only"))}), folder);
+  EXPECT_THAT(paper.Text(), HasSubstr("WMF picture"));
+}
+
+TEST(Pictures, TallerThanThePageEndOnIt) {
+  const ScratchFolder folder;
+  Picture tall = PictureOf(Kind::kPng, Encoded("PNG"));
+  tall.height = 30000;
+  const Paper paper = Print(DocumentOf({Line("above"), WithPicture(tall)}), folder);
+  EXPECT_EQ(paper.Pages(), 2);
+}
+
+TEST(Pictures, OfEmbeddedObjectsStandForThem) {
+  const ScratchFolder folder;
+  auto object = std::make_shared<richtext::Verbatim>();
+  object->shown_text = "shown in its place";
+  richtext::Paragraph paragraph = Line("see ");
+  richtext::Run run;
+  run.object = std::shared_ptr<const richtext::Verbatim>(object);
+  paragraph.runs.push_back(run);
+  const Paper paper = Print(DocumentOf({paragraph}), folder);
+  EXPECT_THAT(paper.Text(), HasSubstr("see shown in its place"));
+  EXPECT_EQ(paper.ends, std::vector<int>{4 + 1 + 1});
+}
+
+}  // namespace
+}  // namespace tenora::test

@@ -1,0 +1,135 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/printing/paper.h"
+
+namespace tenora::test {
+namespace {
+
+using richtext::Cell;
+using richtext::Row;
+using richtext::Table;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr double kNear = 12;
+
+Row RowOf(const std::vector<std::string>& texts) {
+  Row row;
+  row.half_gap = 100;
+  for (const std::string& text : texts) {
+    row.cells.push_back(CellOf(text, 3000 * (static_cast<int>(row.cells.size()) + 1)));
+  }
+  return row;
+}
+
+class Tables : public testing::Test {
+ protected:
+  Paper PrintTable(std::vector<Row> rows, int height = kTextHeight) {
+    auto table = std::make_shared<Table>();
+    table->rows = std::move(rows);
+    return Print(DocumentOf({table, Line("after")}), folder_, kTextWidth, height);
+  }
+
+  ScratchFolder folder_;
+};
+
+TEST_F(Tables, SetEachCellInItsColumn) {
+  Row tall = RowOf({"top", "middle", "low"});
+  tall.height = 2000;
+  tall.cells[1].vertical_align = Cell::VerticalAlign::kCentre;
+  tall.cells[2].vertical_align = Cell::VerticalAlign::kBottom;
+  const Paper paper = PrintTable({tall});
+  EXPECT_NEAR(paper.Find("top").left, kInch + 100, kNear);
+  EXPECT_NEAR(paper.Find("middle").left, kInch + 3100, kNear);
+  EXPECT_NEAR(paper.Find("top").top, kInch, kNear);
+  const Word middle = paper.Find("middle"), low = paper.Find("low");
+  EXPECT_NEAR((middle.top + middle.bottom) / 2, kInch + 1000, 30);
+  EXPECT_NEAR(low.bottom, kInch + 2000, 30);
+  EXPECT_NEAR(paper.Find("after").top, kInch + 2000, kNear);
+}
+
+TEST_F(Tables, StandWhereTheirRowsAreAligned) {
+  Row right = RowOf({"cell"});
+  right.alignment = richtext::Alignment::kRight;
+  Row shifted = RowOf({"moved"});
+  shifted.left_edge = -100;
+  const Paper paper = PrintTable({right, shifted});
+  EXPECT_NEAR(paper.Find("cell").left, kPageWidth - kInch - 3000 + 100, kNear);
+  EXPECT_NEAR(paper.Find("moved").left, kInch, kNear);
+}
+
+TEST_F(Tables, JoinMergedCells) {
+  Row first = RowOf({"wide", "covered", "c1"}), second = RowOf({"a2", "b2", "c2"});
+  first.cells[0].horizontal_merge = Cell::Merge::kFirst;
+  first.cells[1].horizontal_merge = Cell::Merge::kContinued;
+  first.cells[0].blocks = {Line("wide enough for more than one column of text")};
+  first.cells[2].vertical_merge = Cell::Merge::kFirst;
+  second.cells[2].vertical_merge = Cell::Merge::kContinued;
+  first.cells[2].blocks = {Line("c1"), Line("x"), Line("y"), Line("last")};
+  const Paper paper = PrintTable({first, second});
+  EXPECT_NEAR(paper.Find("text").top, paper.Find("wide").top, kNear) << "one line";
+  EXPECT_THAT(paper.Text(), testing::Not(HasSubstr("covered")));
+  EXPECT_THAT(paper.Text(), testing::Not(HasSubstr("c2")));
+  EXPECT_GE(paper.Find("after").top, paper.Find("last").bottom - kNear);
+}
+
+TEST_F(Tables, RepeatTheirHeaderOnEveryPage) {
+  std::vector<Row> rows{RowOf({"Head"})};
+  rows[0].header = true;
+  for (int i = 1; i <= 60; ++i) rows.push_back(RowOf({"row" + std::to_string(i)}));
+  const Paper paper = PrintTable(rows, 5600);
+  ASSERT_EQ(paper.Pages(), 4);
+  EXPECT_THAT(paper.PageText(1), StartsWith("Head\n"));
+  EXPECT_THAT(paper.PageText(2), StartsWith("Head\n"));
+  EXPECT_THAT(paper.PageText(3), HasSubstr("row57\n"));
+  EXPECT_EQ(paper.ends.back(), 5 + 9 * 5 + 51 * 6 + 6) << "headers count once";
+}
+
+TEST_F(Tables, DivideARowThatIsTallerThanThePage) {
+  Row row = RowOf({"", "short"});
+  row.cells[0].blocks.clear();
+  for (int i = 1; i <= 50; ++i) row.cells[0].blocks.emplace_back(Line("p" + std::to_string(i)));
+  const Paper paper = PrintTable({row}, 5600);
+  ASSERT_EQ(paper.Pages(), 3);
+  EXPECT_THAT(paper.PageText(2), StartsWith("p21\n"));
+  EXPECT_THAT(paper.PageText(3), HasSubstr("p50\n"));
+  EXPECT_EQ(paper.Find("after").page, 3);
+}
+
+TEST_F(Tables, NestAndStayInTheirCell) {
+  auto inner = std::make_shared<Table>();
+  inner->rows = {RowOf({"in1", "in2"})};
+  inner->rows[0].cells[0].right_edge = 1000;
+  inner->rows[0].cells[1].right_edge = 2000;
+  Row outer = RowOf({"", "beside"});
+  outer.cells[0].blocks = {Line("above"), inner, Line("below")};
+  const Paper paper = PrintTable({outer});
+  EXPECT_NEAR(paper.Find("in2").left, kInch + 100 + 1000 + 100, kNear);
+  EXPECT_GT(paper.Find("in1").top, paper.Find("above").top);
+  EXPECT_GT(paper.Find("below").top, paper.Find("in1").top);
+  EXPECT_NEAR(paper.Find("beside").left, kInch + 3100, kNear);
+}
+
+TEST_F(Tables, NarrowRowsThatWouldRunOffThePaper) {
+  Row wide = RowOf({"left", "lost"}), inside = RowOf({"in", "margin"});
+  wide.cells[0].right_edge = 30000;
+  wide.cells[1].right_edge = 40000;
+  inside.cells[0].right_edge = kTextWidth - 100;
+  inside.cells[1].right_edge = kTextWidth + 1000;
+  const Paper paper = PrintTable({wide, inside});
+  EXPECT_NEAR(paper.Find("lost").left, kInch + 0.75 * kTextWidth + 100, kNear);
+  EXPECT_NEAR(paper.Find("margin").left, kPageWidth - kInch, kNear) << "still on the paper";
+}
+
+TEST_F(Tables, EndForCellsOfNoWidthAndRowsWithoutCells) {
+  Row odd = RowOf({"zero", "back"});
+  odd.cells[0].right_edge = 0;
+  odd.cells[1].right_edge = -500;
+  const Paper paper = PrintTable({Row(), odd, RowOf({"sane"})});
+  EXPECT_EQ(paper.Pages(), 1);
+  EXPECT_EQ(paper.Find("sane").page, 1);
+}
+
+}  // namespace
+}  // namespace tenora::test

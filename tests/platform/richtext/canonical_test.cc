@@ -1,0 +1,166 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/richtext/richtext_support.h"
+
+namespace tenora::richtext {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+struct Case {
+  const char* body;
+  const char* canonical;  // behind \pard\f0\fs24 of the first paragraph unless it begins with \pard
+};
+
+void Check(const std::vector<Case>& cases) {
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.body);
+    EXPECT_EQ(CanonicalBody(c.body), c.canonical);
+    const std::string once = Canonical(Letter(c.body));
+    EXPECT_EQ(Canonical(once), once);
+  }
+}
+
+TEST(CanonicalForm, IsWhatTheClassicControlWrites) {
+  const std::string classic =
+      "{\\rtf1\\ansi\\ansicpg1252\\deff0\\deflang5129{\\fonttbl{\\f0\\fnil\\fcharset0 Arial;}"
+      "{\\f1\\fnil\\fcharset2 Symbol;}}\r\n"
+      "{\\colortbl ;\\red255\\green0\\blue0;}\r\n"
+      "\\viewkind4\\uc1\\pard\\qc\\cf1\\ul\\b\\f0\\fs28 Notice\\cf0\\ulnone\\b0\\fs24\\par\r\n"
+      "\\pard a\\b b\\i c\\b0\\i0 d\\super 2\\strike\\nosupersub x\\strike0\\par\r\n"
+      "\\pard{\\pntext\\f1\\'B7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'B7}}"
+      "\\fi-200\\li200 one\\par\r\n"
+      "{\\pntext\\f1\\'B7\\tab}two\\par\r\n"
+      "\\pard{\\pntext\\f0 1.\\tab}{\\*\\pn\\pnlvlbody\\pnf0\\pnindent0\\pnstart1\\pndec"
+      "{\\pntxta.}}\\fi-360\\li720 first\\par\r\n"
+      "{\\pntext\\f0 2.\\tab}second\\par\r\n"
+      "\\trowd\\trgaph108\\trleft-108\\cellx4320\\cellx8748\\pard\\intbl a\\cell b\\cell\\row\r\n"
+      "\\pard left\\tab right\\line next\\par\r\n"
+      "}\r\n";
+  EXPECT_EQ(Canonical(classic), classic);
+}
+
+TEST(CanonicalForm, JoinsRunsThatLookAlike) {
+  Check({
+      {"<<Ten{\\lang1033 ant }{\\lang3081\\noproof Name}>>",
+       "\\pard\\f0\\fs24 <<Tenant Name>>\\par\r\n"},
+      {"{\\rtlch\\fcs1 \\af0 \\ltrch\\fcs0 \\insrsid123 <<Tenant}{\\insrsid9\\charrsid8  Name>>}",
+       "\\pard\\f0\\fs24 <<Tenant Name>>\\par\r\n"},
+      {"<<Ten{\\expndtw2\\kerning28 ant} Na\r\nme>>", "\\pard\\f0\\fs24 <<Tenant Name>>\\par\r\n"},
+      {"x <<Ten{\\*\\bkmkstart _b}ant{\\*\\bkmkend _b} Name>>",
+       "\\pard\\f0\\fs24 x {\\*\\bkmkstart _b}{\\*\\bkmkend _b}<<Tenant Name>>\\par\r\n"},
+      {"{\\b <<Tenant}{\\b \\b0\\b  Name>>}", "\\pard\\b\\f0\\fs24 <<Tenant Name>>\\b0\\par\r\n"},
+  });
+}
+
+TEST(CanonicalForm, LeavesACodeSplitThatIsHalfBold) {
+  EXPECT_EQ(CanonicalBody("{\\b <<Balance} Owing>>"),
+            "\\pard\\b\\f0\\fs24 <<Balance\\b0  Owing>>\\par\r\n");
+}
+
+TEST(CanonicalForm, WritesFormattingOnTheText) {
+  Check({
+      {"{\\cf1 r}{\\highlight2 h}{\\cb2 h}",
+       "\\pard\\cf1\\f0\\fs24 r\\cf0\\highlight2 hh\\highlight0\\par\r\n"},
+      {"{\\uldb d}{\\ulwave w}{\\up6 u}{\\dn4 l}{\\caps c}{\\scaps s}{\\v h}",
+       "\\pard\\uldb\\f0\\fs24 d\\ulwave w\\ulnone\\up6 u\\dn4 l\\caps\\up0 c\\caps0\\scaps "
+       "s\\v\\scaps0 h\\v0\\par\r\n"},
+      {"\\pard\\qj\\li720\\fi-360\\sl360\\slmult1\\tqr\\tldot\\tx9000\\keepn x",
+       "\\pard\\keepn\\fi-360\\li720\\sl360\\slmult1\\qj\\tqr\\tldot\\tx9000\\f0\\fs24 x\\par\r\n"},
+      {"\\pard\\box\\brdrs\\brdrw10\\brdrcf1 x",
+       "\\pard\\brdrt\\brdrs\\brdrw10\\brdrcf1\\brdrl\\brdrs\\brdrw10\\brdrcf1\\brdrb\\brdrs"
+       "\\brdrw10\\brdrcf1\\brdrr\\brdrs\\brdrw10\\brdrcf1\\f0\\fs24 x\\par\r\n"},
+      {"a\\~b\\-c\\_d\\emdash\\bullet e",
+       "\\pard\\f0\\fs24 a\\'a0b\\'adc\\u8209?d\\'97\\'95e\\par\r\n"},
+      {"\\{\\\\\\}\\'41", "\\pard\\f0\\fs24\\{\\\\\\}A\\par\r\n"},
+      {"a\\sect b", "\\pard\\f0\\fs24 a\\par\r\n\\pard\\pagebb b\\par\r\n"},
+  });
+}
+
+TEST(CanonicalForm, TakesFormattingOutOfStyles) {
+  const std::string source =
+      "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}{\\stylesheet{\\fs24 Normal;}"
+      "{\\s1\\sbasedon2\\b Title;}{\\s2\\qc\\fs40 Base;}{\\*\\cs3\\i Accent;}}"
+      "\\pard\\plain\\s1 Head\\par\\pard\\plain x{\\cs3 y}\\par}";
+  EXPECT_THAT(Canonical(source), HasSubstr("\\pard\\qc\\b\\f0\\fs40 Head\\par\r\n"
+                                           "\\pard\\b0\\fs24 x\\i y\\i0\\par"));
+  EXPECT_THAT(Canonical(source), Not(HasSubstr("stylesheet")));
+}
+
+TEST(CanonicalForm, MapsListTablesOntoBullets) {
+  const std::string lists =
+      "{\\*\\listtable{\\list{\\listlevel\\levelnfc0\\levelstartat3{\\leveltext\\'02\\'00.;}"
+      "{\\levelnumbers\\'01;}\\fi-360\\li720}{\\listlevel\\levelnfc4\\levelstartat1{\\leveltext"
+      "\\'04\\'00.\\'01);}{\\levelnumbers\\'01\\'03;}}\\listid7}"
+      "{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01\\u-3913 ?;}{\\levelnumbers;}}\\listid8}}"
+      "{\\*\\listoverridetable{\\listoverride\\listid7\\ls1}{\\listoverride\\listid8\\ls2}}";
+  const std::string body =
+      "\\pard\\ls1{\\listtext 3.\\tab}a\\par b\\par\\pard\\ls1\\ilvl1 c\\par"
+      "\\pard\\ls1 d\\par\\pard\\ls2 e\\par";
+  const Document document = ReadRtf(Letter(lists + body));
+  ASSERT_EQ(document.blocks.size(), 5U);
+  const auto bullet = [&](std::size_t i) {
+    return std::get<Paragraph>(document.blocks[i]).format.bullet;
+  };
+  EXPECT_EQ(bullet(0).start, 3);
+  EXPECT_EQ(bullet(1), bullet(0));
+  EXPECT_EQ(bullet(2).kind, Bullet::Kind::kLowerLetter);
+  EXPECT_EQ(bullet(2).before, "4.");
+  EXPECT_EQ(bullet(2).after, ")");
+  EXPECT_EQ(bullet(3).start, 5);
+  EXPECT_EQ(bullet(4).kind, Bullet::Kind::kBullet);
+  EXPECT_EQ(bullet(4).before, "•");
+  EXPECT_EQ(std::get<Paragraph>(document.blocks[0]).format.left_indent, 720);
+}
+
+TEST(CanonicalForm, CarriesWhatItCannotEdit) {
+  const char* const kept[] = {
+      "{\\*\\shppict{\\pict\\pngblip\\picwgoal300\\pichgoal150 89504e47}}",
+      "{\\object\\objemb{\\*\\objclass Sheet}{\\*\\objdata 0105}{\\result{\\pict\\wmetafile8 "
+      "0102}}}",
+      "{\\shp{\\*\\shpinst\\shpleft0{\\sp{\\sn fillColor}{\\sv 255}}{\\shptxt\\plain\\pard\\f0"
+      "\\fs20 Box <<Tenant Name>>\\par\r\n}}}",
+      "{\\field{\\*\\fldinst{HYPERLINK \"http://example.com\"}}{\\fldrslt\\ul here}}",
+      "{\\field{\\*\\fldinst{PAGE}}{\\fldrslt}}",
+      "{\\footnote\\plain\\pard\\f0\\fs20 note}",
+  };
+  for (const char* source : kept) {
+    SCOPED_TRACE(source);
+    EXPECT_THAT(CanonicalBody(std::string("a ") + source + " b"), HasSubstr(source));
+  }
+}
+
+TEST(CanonicalForm, JoinsCodesInHeadersAndTextBoxes) {
+  const std::string source = Canonical(
+      Letter("{\\header\\pard\\qr{\\insrsid1 <<Print}{\\insrsid2  Date>>}\\par}"
+             "{\\shp{\\*\\shpinst{\\shptxt{\\lang1 <<Ten}{\\lang2 ant Name>>}\\par}}}text"));
+  EXPECT_THAT(source, HasSubstr("{\\header\\plain\\pard\\qr\\f0\\fs24 <<Print Date>>\\par"));
+  EXPECT_THAT(source, HasSubstr("<<Tenant Name>>"));
+  EXPECT_EQ(Canonical(source), source);
+}
+
+TEST(CanonicalForm, RenumbersFontsAndColoursInWhatItCarries) {
+  const std::string source =
+      Canonical(Letter("{\\footnote{\\f2\\cf2 deep}}{\\trowd\\clcbpat2\\cellx500\\pard\\intbl "
+                       "c\\cell\\row}\\pard x"));
+  EXPECT_THAT(source, HasSubstr("{\\f1\\froman\\fcharset238 Times;}}"));
+  EXPECT_THAT(source, HasSubstr("{\\colortbl ;\\red0\\green0\\blue255;}"));
+  EXPECT_THAT(source, HasSubstr("{\\footnote\\plain\\pard\\cf1\\f1\\fs24 deep"));
+  EXPECT_THAT(source, HasSubstr("\\trowd\\clcbpat1\\cellx500"));
+}
+
+TEST(CanonicalForm, KeepsTheHead) {
+  const std::string source = Canonical(
+      "{\\rtf1\\mac\\deff0\\deflang1033{\\fonttbl{\\f0 Arial;}}{\\info{\\title Rent \\'8e}"
+      "{\\author Kim}{\\version1}}\\paperw11906\\margl900\\titlepg\\deftab567{\\*\\generator "
+      "W;}x}");
+  EXPECT_THAT(source, HasSubstr("\\ansicpg1252\\deff0\\deflang1033"));
+  EXPECT_THAT(source, HasSubstr("{\\info{\\title Rent \\u233e}{\\author Kim}}\r\n"));
+  EXPECT_THAT(source, HasSubstr("\\paperw11906\\margl900\\deftab567\\titlepg\r\n"));
+  EXPECT_THAT(source, Not(HasSubstr("generator")));
+}
+
+}  // namespace
+}  // namespace tenora::richtext

@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include "platform/richtext/richtext_support.h"
+
+namespace tenora::richtext {
+namespace {
+
+const Table& FirstTable(const Document& document) {
+  for (const Block& block : document.blocks) {
+    if (const auto* table = std::get_if<std::shared_ptr<Table>>(&block)) return **table;
+  }
+  throw std::runtime_error("no table");
+}
+
+TEST(RtfReader, GivesTablesTheirGeometry) {
+  const Document document =
+      ReadRtf(Letter("\\trowd\\trhdr\\trqc\\trgaph70\\trleft-70\\trrh-400"
+                     "\\clvmgf\\clvertalc\\clcbpat2\\clbrdrt\\brdrs\\brdrw15\\brdrcf1\\cellx2000"
+                     "\\clmgf\\clbrdrb\\brdrnone\\cellx4000\\clmrg\\clvertalb\\cellx5000"
+                     "\\pard\\intbl a\\par b\\cell c\\cell\\cell\\row"
+                     "\\trowd\\cellx2000\\pard\\intbl d\\cell e\\cell\\row\\pard after\\par"));
+  const Table& table = FirstTable(document);
+  ASSERT_EQ(table.rows.size(), 2U);
+  const Row& head = table.rows[0];
+  EXPECT_TRUE(head.header);
+  EXPECT_EQ(head.alignment, Alignment::kCentre);
+  EXPECT_EQ(head.left_edge, -70);
+  EXPECT_EQ(head.half_gap, 70);
+  EXPECT_EQ(head.height, -400);
+  ASSERT_EQ(head.cells.size(), 3U);
+  EXPECT_EQ(head.cells[0].right_edge, 2000);
+  EXPECT_EQ(head.cells[0].vertical_merge, Cell::Merge::kFirst);
+  EXPECT_EQ(head.cells[0].vertical_align, Cell::VerticalAlign::kCentre);
+  EXPECT_EQ(head.cells[0].top, (Border{true, 15, 1}));
+  EXPECT_EQ(head.cells[0].shading, 2);
+  EXPECT_EQ(head.cells[0].blocks.size(), 2U);
+  EXPECT_FALSE(head.cells[1].bottom.present);
+  EXPECT_EQ(head.cells[1].horizontal_merge, Cell::Merge::kFirst);
+  EXPECT_EQ(head.cells[2].horizontal_merge, Cell::Merge::kContinued);
+  // A cell that the definition forgot is still a cell.
+  ASSERT_EQ(table.rows[1].cells.size(), 2U);
+  EXPECT_GT(table.rows[1].cells[1].right_edge, 2000);
+}
+
+TEST(RtfReader, PutsTablesIntoCells) {
+  const std::string source = Letter(
+      "\\trowd\\cellx5000\\pard\\intbl outer\\par\\itap2 x\\nestcell y\\nestcell"
+      "{\\*\\nesttableprops\\trowd\\cellx1000\\cellx2000\\nestrow}{\\nonesttables\\par}"
+      "\\pard\\intbl end\\cell\\row\\pard after\\par");
+  const Document document = ReadRtf(source);
+  const std::vector<Block>& blocks = FirstTable(document).rows.at(0).cells.at(0).blocks;
+  ASSERT_EQ(blocks.size(), 3U);
+  const Table& inner = *std::get<std::shared_ptr<Table>>(blocks[1]);
+  ASSERT_EQ(inner.rows.at(0).cells.size(), 2U);
+  EXPECT_EQ(inner.rows[0].cells[1].right_edge, 2000);
+  EXPECT_EQ(PlainText(document.blocks), "outer\r\nx\ty\r\nend\r\nafter");
+}
+
+TEST(RtfReader, MeasuresPictures) {
+  const struct {
+    const char* source;
+    Picture::Kind kind;
+    int width, height;
+    std::size_t bytes;
+  } kCases[] = {
+      {"{\\pict\\pngblip\\picwgoal300\\pichgoal150\\picscalex50\\picscaley200 8950\r\n4e47}",
+       Picture::Kind::kPng, 150, 300, 4},
+      {"{\\pict\\jpegblip\\picw10\\pich20 ffd8ff}", Picture::Kind::kJpeg, 150, 300, 3},
+      {"{\\pict\\wmetafile8\\picw2540\\pich1270 01}", Picture::Kind::kWmf, 1440, 720, 1},
+      {"{\\pict{\\*\\picprop{\\sp{\\sn a}{\\sv 1}}}\\emfblip\\picwgoal10\\pichgoal10\\bin3 a}b}",
+       Picture::Kind::kEmf, 10, 10, 3},
+      {"{\\pict\\dibitmap0\\picwgoal20\\pichgoal20 0a0b}", Picture::Kind::kDib, 20, 20, 2},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.source);
+    for (const std::string& source :
+         {Letter(c.source), Canonical(Letter(std::string(c.source) + "{\\nonshppict x}"))}) {
+      const Document document = ReadRtf(source);
+      const richtext::Run& run = std::get<Paragraph>(document.blocks.at(0)).runs.at(0);
+      const auto& picture = std::get<std::shared_ptr<const Picture>>(run.object);
+      EXPECT_EQ(picture->kind, c.kind);
+      EXPECT_EQ(picture->width, c.width);
+      EXPECT_EQ(picture->height, c.height);
+      EXPECT_EQ(picture->bytes.size(), c.bytes);
+    }
+  }
+}
+
+TEST(RtfReader, ShowsWhatObjectsShow) {
+  const Document document =
+      ReadRtf(Letter("{\\object\\objemb{\\*\\objdata 01}{\\result{\\pict\\pngblip 89}}}"
+                     "{\\shp{\\*\\shpinst{\\shptxt Box\\par}}}"));
+  const std::vector<richtext::Run>& runs = std::get<Paragraph>(document.blocks.at(0)).runs;
+  ASSERT_EQ(runs.size(), 2U);
+  const auto& object = std::get<std::shared_ptr<const Verbatim>>(runs[0].object);
+  ASSERT_NE(object->shown_picture, nullptr);
+  EXPECT_EQ(object->shown_picture->bytes, "\x89");
+  EXPECT_EQ(std::get<std::shared_ptr<const Verbatim>>(runs[1].object)->shown_text, "Box");
+}
+
+TEST(RtfReader, KeepsAFieldsResultAsText) {
+  const Document document =
+      ReadRtf(Letter("see {\\field\\fldlock{\\*\\fldinst {\\b HYPER}{\\i LINK \"a\"}}{\\fldrslt "
+                     "{\\ul li}{\\ul nk {\\field{\\*\\fldinst X}{\\fldrslt in}}}}}."));
+  EXPECT_EQ(PlainText(document.blocks), "see link in.");
+  const std::vector<richtext::Run>& runs = std::get<Paragraph>(document.blocks.at(0)).runs;
+  ASSERT_EQ(runs.size(), 4U);
+  ASSERT_NE(runs[1].field, nullptr);
+  EXPECT_EQ(runs[1].field->instruction, "HYPERLINK \"a\"");
+  EXPECT_EQ(runs[1].field->flags, "\\fldlock");
+  EXPECT_EQ(runs[2].field->outer, runs[1].field);
+}
+
+}  // namespace
+}  // namespace tenora::richtext
