@@ -263,6 +263,11 @@ bool Reader::OpenInTable(const Token& word) {
 // Groups in what is carried through: dropped, rewritten, or copied with their braces.
 bool Reader::OpenInCopy(Opens opens, const Token& word) {
   const bool unknown = WhatOpens(word.text, false) == Opens::kNothing;
+  if (IsInvisibleWord(word.text)) {
+    if (Top().starred) return OpenPart(Destination::kSkip);
+    Top().fresh = false;
+    return true;
+  }
   if (opens == Opens::kSkipped && !unknown) return OpenPart(Destination::kSkip);
   if (opens == Opens::kCopiedFlow && flows_.size() < kMostFlows) {
     BeginFlow(Delivery::kCopy, word);
