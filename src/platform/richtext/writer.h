@@ -24,8 +24,13 @@ class BlockWriter {
   // How the text ends: a header's last paragraph has its mark, a footnote's has none.
   enum class Ending { kMarked, kOpen };
 
+<<<<<<< HEAD
   BlockWriter(const std::vector<Font>& fonts, int document_code_page, CodePages* code_pages,
               SourceText* out, Escapes escapes = Escapes::kCodePage);
+=======
+  BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
+              CodePages* code_pages, SourceText* out);
+>>>>>>> richtext
 
   void Write(const std::vector<Block>& blocks, Ending ending);
 
@@ -42,6 +47,7 @@ class BlockWriter {
   FormatWriter formats_;
   std::vector<const CodePage*> pages_;  // by font position; null: all as Unicode
   SourceText& out_;
+  int default_font_;
 
   CharFormat format_;  // in force in the source
   bool format_known_ = false;
