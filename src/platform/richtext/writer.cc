@@ -88,32 +88,20 @@ std::string WriteRtf(const Document& document, Escapes escapes) {
     out.LineEnd();
   }
   out.Raw("\\viewkind4\\uc1", true);
-<<<<<<< HEAD
-  BlockWriter(document.fonts, document.code_page, &code_pages, &out, escapes)
-=======
-  BlockWriter(document.fonts, document.default_font, document.code_page, &code_pages, &out)
->>>>>>> richtext
+  BlockWriter(document.fonts, document.default_font, document.code_page, &code_pages, &out, escapes)
       .Write(document.blocks, BlockWriter::Ending::kMarked);
   out.Raw("}");
   out.LineEnd();
   return out.Take();
 }
 
-<<<<<<< HEAD
-BlockWriter::BlockWriter(const std::vector<Font>& fonts, int document_code_page,
+BlockWriter::BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
                          CodePages* code_pages, SourceText* out, Escapes escapes)
-    : formats_(fonts, nullptr, out), out_(*out) {
+    : formats_(fonts, default_font, out), out_(*out), default_font_(default_font) {
   for (const Font& font : fonts) {
     const int page = CodePageOfCharset(font.charset, document_code_page);
     pages_.push_back(escapes == Escapes::kUnicode ? nullptr : &code_pages->Get(page));
   }
-=======
-BlockWriter::BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
-                         CodePages* code_pages, SourceText* out)
-    : formats_(fonts, default_font, out), out_(*out), default_font_(default_font) {
-  for (const Font& font : fonts)
-    pages_.push_back(&code_pages->Get(CodePageOfCharset(font.charset, document_code_page)));
->>>>>>> richtext
 }
 
 void BlockWriter::Write(const std::vector<Block>& blocks, Ending ending) {

@@ -24,13 +24,8 @@ class BlockWriter {
   // How the text ends: a header's last paragraph has its mark, a footnote's has none.
   enum class Ending { kMarked, kOpen };
 
-<<<<<<< HEAD
-  BlockWriter(const std::vector<Font>& fonts, int document_code_page, CodePages* code_pages,
-              SourceText* out, Escapes escapes = Escapes::kCodePage);
-=======
   BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
-              CodePages* code_pages, SourceText* out);
->>>>>>> richtext
+              CodePages* code_pages, SourceText* out, Escapes escapes = Escapes::kCodePage);
 
   void Write(const std::vector<Block>& blocks, Ending ending);
 
