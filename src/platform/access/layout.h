@@ -141,6 +141,7 @@ inline constexpr std::uint8_t kLogicalPrimary = 0x01;
 inline constexpr std::uint16_t kRowHidden = 0x8000;
 inline constexpr std::uint16_t kRowOverflow = 0x4000;
 inline constexpr std::uint16_t kRowOffset = 0x1FFF;
+inline constexpr std::uint16_t kRowDeleted = kRowHidden | kRowOverflow;
 
 // The definition of MSysObjects, the catalogue, is always on this page.
 inline constexpr std::uint32_t kCataloguePage = 2;
