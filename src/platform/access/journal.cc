@@ -23,12 +23,6 @@ std::uint64_t Checksum(Bytes bytes) {
   return sum;
 }
 
-template <typename T>
-void Put(std::vector<std::byte>& bytes, T number) {
-  const auto* at = reinterpret_cast<const std::byte*>(&number);
-  bytes.insert(bytes.end(), at, at + sizeof number);
-}
-
 }  // namespace
 
 std::uint64_t DatabaseIdentity(Bytes start) {
@@ -37,26 +31,23 @@ std::uint64_t DatabaseIdentity(Bytes start) {
 }
 
 std::vector<std::byte> EncodeJournal(const Journal& journal) {
-  std::vector<std::byte> pages;
-  pages.reserve(journal.pages.size() * (kPageHead + 2 * std::size_t{journal.page_size}));
+  const std::size_t record = kPageHead + 2 * std::size_t{journal.page_size};
+  std::vector<std::byte> bytes(kJournalHeader + journal.pages.size() * record);
+  std::byte* at = bytes.data() + kJournalHeader;
   for (const JournalPage& page : journal.pages) {
-    Put(pages, page.number);
-    Put(pages, std::uint32_t{0});
-    pages.insert(pages.end(), page.before.begin(), page.before.end());
-    pages.insert(pages.end(), page.after.begin(), page.after.end());
+    Store32(at, page.number);
+    std::ranges::copy(page.before, at + kPageHead);
+    std::ranges::copy(page.after, at + kPageHead + journal.page_size);
+    at += record;
   }
-  std::vector<std::byte> bytes;
-  bytes.reserve(kJournalHeader + pages.size());
-  const Bytes magic = std::as_bytes(std::span(kMagic));
-  bytes.insert(bytes.end(), magic.begin(), magic.end());
-  Put(bytes, journal.page_size);
-  Put(bytes, static_cast<std::uint32_t>(journal.pages.size()));
-  Put(bytes, journal.old_length);
-  Put(bytes, journal.new_length);
-  Put(bytes, journal.identity);
-  Put(bytes, Checksum(pages));
-  Put(bytes, Checksum(bytes));
-  bytes.insert(bytes.end(), pages.begin(), pages.end());
+  std::ranges::copy(std::as_bytes(std::span(kMagic)), bytes.begin());
+  Store32(&bytes[16], journal.page_size);
+  Store32(&bytes[20], static_cast<std::uint32_t>(journal.pages.size()));
+  Store(&bytes[24], journal.old_length);
+  Store(&bytes[32], journal.new_length);
+  Store(&bytes[40], journal.identity);
+  Store(&bytes[48], Checksum(Bytes(bytes).subspan(kJournalHeader)));
+  Store(&bytes[kChecksummedHeader], Checksum(Bytes(bytes).first(kChecksummedHeader)));
   return bytes;
 }
 
