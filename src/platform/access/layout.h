@@ -37,6 +37,7 @@ struct Layout {
   std::size_t column_variable_index;
   std::size_t column_precision;
   std::size_t column_scale;
+  std::size_t column_sort_order;  // of text; 0 where the columns keep none
   std::size_t column_flags;
   std::size_t column_fixed_offset;
   std::size_t column_length;
@@ -73,6 +74,7 @@ inline constexpr Layout kJet3Layout{
     .column_variable_index = 3,
     .column_precision = 9,
     .column_scale = 10,
+    .column_sort_order = 0,
     .column_flags = 13,
     .column_fixed_offset = 14,
     .column_length = 16,
@@ -104,6 +106,7 @@ inline constexpr Layout kJet4Layout{
     .column_variable_index = 7,
     .column_precision = 11,
     .column_scale = 12,
+    .column_sort_order = 11,
     .column_flags = 15,
     .column_fixed_offset = 21,
     .column_length = 23,
@@ -136,6 +139,7 @@ inline constexpr std::uint8_t kColumnAutoGuid = 0x40;
 
 inline constexpr std::uint8_t kIndexAscending = 0x01;
 inline constexpr std::uint8_t kIndexUnique = 0x01;
+inline constexpr std::uint8_t kIndexLeavesOutNulls = 0x02;
 inline constexpr std::uint8_t kLogicalPrimary = 0x01;
 
 inline constexpr std::uint16_t kRowHidden = 0x8000;
