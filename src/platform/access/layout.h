@@ -55,6 +55,12 @@ struct Layout {
   std::size_t logical_size;
   std::size_t logical_physical;
   std::size_t logical_type;
+
+  // Index page: type, 1, free bytes, owner, [Jet 4: four unknown bytes,] and these.
+  std::size_t index_page_previous;  // then the next page, then a node's tail child, 4 each
+  std::size_t index_page_prefix;
+  std::size_t index_page_ends;  // a bit for each byte of the entries: an entry ends before it
+  std::size_t index_page_entries;
 };
 
 inline constexpr Layout kJet3Layout{
@@ -87,6 +93,10 @@ inline constexpr Layout kJet3Layout{
     .logical_size = 20,
     .logical_physical = 4,
     .logical_type = 19,
+    .index_page_previous = 8,
+    .index_page_prefix = 20,
+    .index_page_ends = 22,
+    .index_page_entries = 0xF8,
 };
 
 inline constexpr Layout kJet4Layout{
@@ -119,6 +129,10 @@ inline constexpr Layout kJet4Layout{
     .logical_size = 28,
     .logical_physical = 8,
     .logical_type = 23,
+    .index_page_previous = 12,
+    .index_page_prefix = 24,
+    .index_page_ends = 27,
+    .index_page_entries = 0x1E0,
 };
 
 inline constexpr std::size_t kLargestPage = 4096;

@@ -24,13 +24,22 @@ char Hex(std::string_view digits) {
   return static_cast<char>(value);
 }
 
-std::string Unknown(char32_t character) {
+std::string Named(char32_t character) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string text = "the sort codes of character U+";
-  for (int shift = 16; shift >= 0; shift -= 4) {
-    if (shift < 16 || character > 0xFFFF) text += kDigits[character >> shift & 15];
+  std::string text = "character U+";
+  for (int shift = 20; shift >= 0; shift -= 4) {
+    if (shift < 16 || character >> shift != 0) text += kDigits[character >> shift & 15];
   }
-  return text + " are not known";
+  return text;
+}
+
+void AppendMark(char mark, std::size_t weights_before, std::string& marks) {
+  const auto position = static_cast<unsigned>(
+      kMarkPositionFlag | (kMarkPositionStart + kMarkPositionStep * weights_before));
+  marks += static_cast<char>(position >> 8);
+  marks += static_cast<char>(position);
+  marks += kMarkKind;
+  marks += mark;
 }
 
 }  // namespace
@@ -44,11 +53,11 @@ const SortOrder* SortOrder::Find(std::uint32_t number) {
 SortOrder::SortOrder(bool legacy) {
   for (const SortCodeRow& row : legacy ? GeneralLegacyCodes() : GeneralCodes()) {
     char32_t character = row.first;
-    for (const std::string& word : Split(row.codes, " ")) Place(character++) = Parse(word);
+    for (const std::string& word : Split(row.codes, " ")) Place(character++) = Parse(word, legacy);
   }
 }
 
-SortOrder::Codes SortOrder::Parse(std::string_view word) {
+SortOrder::Codes SortOrder::Parse(std::string_view word, bool legacy) {
   Codes codes;
   if (word == "-") {
     codes.kind = Codes::kIgnored;
@@ -66,7 +75,9 @@ SortOrder::Codes SortOrder::Parse(std::string_view word) {
       }
       weight.accent =
           point == std::string::npos ? kNoAccent : Hex(std::string_view(part).substr(point + 1));
+      codes.accented = codes.accented || point != std::string::npos;
     }
+    codes.unclear_count = codes.weight_count > 1 || (legacy && codes.weights[0].size > 1);
   }
   return codes;
 }
@@ -84,30 +95,29 @@ SortOrder::Codes& SortOrder::Place(char32_t character) { return const_cast<Codes
 void SortOrder::AppendText(std::string_view text, std::string& key) const {
   while (text.ends_with(' ')) text.remove_suffix(1);
   std::string accents, marks;
-  std::size_t weights = 0, characters = 0, accents_end = 0;
+  std::size_t characters = 0, accents_end = 0;
+  char32_t unclear = 0;  // a character behind which the weights are no longer counted
   while (!text.empty()) {
     const char32_t character = TakeCodePoint(text);
     if (++characters > kMostCharacters) {
       throw NotEncodable("a text in an index may not be longer than 255 characters");
     }
     const Codes& codes = Of(character);
-    if (codes.kind == Codes::kUnknown) throw NotEncodable(Unknown(character));
-    if (codes.kind == Codes::kMark) {
-      const unsigned position =
-          kMarkPositionFlag |
-          static_cast<unsigned>(kMarkPositionStart + kMarkPositionStep * weights);
-      marks += static_cast<char>(position >> 8);
-      marks += static_cast<char>(position);
-      marks += kMarkKind;
-      marks += codes.mark;
+    if (codes.kind == Codes::kUnknown) {
+      throw NotEncodable("the sort codes of " + Named(character) + " are not known");
     }
+    if (unclear != 0 && (codes.kind == Codes::kMark || codes.accented)) {
+      throw NotEncodable("the sort codes of " + Named(character) + " behind " + Named(unclear) +
+                         " are not known");
+    }
+    if (codes.kind == Codes::kMark) AppendMark(codes.mark, accents.size(), marks);
     for (std::size_t i = 0; i < codes.weight_count; ++i) {
       const Codes::Weight& weight = codes.weights[i];
       key.append(weight.bytes.data(), weight.size);
       accents += weight.accent;
-      ++weights;
-      if (weight.accent != kNoAccent) accents_end = weights;
+      if (weight.accent != kNoAccent) accents_end = accents.size();
     }
+    if (codes.unclear_count) unclear = character;
   }
   key += kSectionEnd;
   key.append(accents, 0, accents_end);

@@ -9,7 +9,9 @@
 //    06, code]
 //   00
 //
-// Blanks at the end do not count.
+// Blanks at the end do not count. How many weights those characters count for that sort as two, or
+// that have two bytes where others have one, is not known to us: a text with an accent or a mark
+// behind such a character is refused.
 #pragma once
 
 #include <array>
@@ -46,13 +48,15 @@ class SortOrder {
       char accent = 0;
     };
     Kind kind = kUnknown;
+    bool accented = false;
+    bool unclear_count = false;
     std::uint8_t weight_count = 0;
     char mark = 0;
     std::array<Weight, 2> weights;
   };
 
   explicit SortOrder(bool legacy);
-  static Codes Parse(std::string_view word);
+  static Codes Parse(std::string_view word, bool legacy);
   Codes& Place(char32_t character);
   const Codes& Of(char32_t character) const;
 

@@ -5,6 +5,7 @@ namespace {
 
 // clang-format off
 constexpr SortCodeRow kGeneralLegacy[] = {
+    {0x0003, "'05"},
     {0x0020, "07 09 0A 0C 0E 10 12 '80 14 16 18 2C 1A '82 1C 1E"},
     {0x0030, "36 38 3A 3C 3E 40 42 44 46 48 20 22 2E 30 32 24"},
     {0x0040, "26 4A 4C 4D 4F 51 53 55 57 59 5B 5C 5E 60 62 64"},
@@ -87,6 +88,7 @@ constexpr SortCodeRow kGeneralLegacy[] = {
 };
 
 constexpr SortCodeRow kGeneral[] = {
+    {0x0003, "'05"},
     {0x0020, "0702 071C 071D 071F 0721 0723 0725 '80 0727 072A 072D 0803 072F '82 0733 0735"},
     {0x0030, "0D17 0D19 0D1A 0D1B 0D1C 0D1D 0D1E 0D1F 0D20 0D21 0737 073A 080E 0812 0814 073C"},
     {0x0040, "073E 0E02 0E09 0E0A 0E1A 0E21 0E23 0E25 0E2C 0E32 0E35 0E36 0E48 0E51 0E70 0E7C"},
