@@ -30,6 +30,19 @@ inline std::uint32_t Load24(const std::byte* at) {
   return Load16(at) | static_cast<std::uint32_t>(Load8(at + 2)) << 16;
 }
 
+template <typename T>
+void Store(std::byte* at, T value) {
+  std::memcpy(at, &value, sizeof value);
+}
+inline void Store16(std::byte* at, std::size_t value) {
+  Store(at, static_cast<std::uint16_t>(value));
+}
+inline void Store24(std::byte* at, std::uint32_t value) {
+  Store16(at, value & 0xFFFF);
+  at[2] = static_cast<std::byte>(value >> 16);
+}
+inline void Store32(std::byte* at, std::uint32_t value) { Store(at, value); }
+
 // Reads one thing after another; raises Damage, naming `page` and `what`, instead of running out.
 class ByteReader {
  public:

@@ -37,7 +37,7 @@ void SplitEntry(bool leaf, std::uint32_t page, IndexEntry& entry) {
   const std::uint32_t row = LoadHighFirst(at);
   entry.row = {row >> 8, static_cast<std::uint8_t>(row)};
   entry.child = leaf ? 0 : LoadHighFirst(at + kRowSize);
-  entry.key.resize(entry.key.size() - pointers);
+  entry.key.erase(entry.key.size() - pointers);
 }
 
 // What all the entries start with, short of their pointers. They are in order, so that the first
@@ -49,11 +49,6 @@ std::size_t SharedStart(const std::vector<IndexEntry>& entries) {
   return static_cast<std::size_t>(end - first.begin());
 }
 
-template <typename T>
-void Store(std::byte* at, T number) {
-  std::memcpy(at, &number, sizeof number);
-}
-
 }  // namespace
 
 std::strong_ordering Compare(const IndexEntry& entry, std::string_view key, RowPointer row) {
@@ -63,8 +58,8 @@ std::strong_ordering Compare(const IndexEntry& entry, std::string_view key, RowP
 
 void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& page) {
   if (bytes.type() != PageType::kIndexLeaf && bytes.type() != PageType::kIndexNode) {
-    throw Damage(bytes.number, "an index page is expected here, the page's type is " +
-                                   std::to_string(static_cast<int>(bytes.type())));
+    std::string what = "an index page is expected here, the page's type is ";
+    throw Damage(bytes.number, what.append(std::to_string(static_cast<int>(bytes.type()))));
   }
   const std::byte* const start = bytes.bytes.data();
   page.leaf = bytes.type() == PageType::kIndexLeaf;
@@ -116,12 +111,12 @@ bool ComposeIndexPage(const Layout& layout, const IndexPage& page, std::span<std
   std::fill(start, start + layout.page_size, std::byte{0});
   start[0] = static_cast<std::byte>(page.leaf ? PageType::kIndexLeaf : PageType::kIndexNode);
   start[1] = std::byte{1};
-  Store(start + kFreeBytes, static_cast<std::uint16_t>(room - used));
-  Store(start + kOwner, page.owner);
-  Store(start + layout.index_page_previous, page.previous);
-  Store(start + layout.index_page_previous + 4, page.next);
-  Store(start + layout.index_page_previous + 8, page.tail);
-  Store(start + layout.index_page_prefix, static_cast<std::uint16_t>(prefix));
+  Store16(start + kFreeBytes, room - used);
+  Store32(start + kOwner, page.owner);
+  Store32(start + layout.index_page_previous, page.previous);
+  Store32(start + layout.index_page_previous + 4, page.next);
+  Store32(start + layout.index_page_previous + 8, page.tail);
+  Store16(start + layout.index_page_prefix, prefix);
   std::size_t end = 0;
   for (std::size_t i = 0; i < page.entries.size(); ++i) {
     const std::string entry = Whole(page.entries[i], page.leaf);
