@@ -37,6 +37,7 @@ struct Layout {
   std::size_t column_variable_index;
   std::size_t column_precision;
   std::size_t column_scale;
+  std::size_t column_sort_order;  // of text; 0 where the columns keep none
   std::size_t column_flags;
   std::size_t column_fixed_offset;
   std::size_t column_length;
@@ -54,6 +55,12 @@ struct Layout {
   std::size_t logical_size;
   std::size_t logical_physical;
   std::size_t logical_type;
+
+  // Index page: type, 1, free bytes, owner, [Jet 4: four unknown bytes,] and these.
+  std::size_t index_page_previous;  // then the next page, then a node's tail child, 4 each
+  std::size_t index_page_prefix;
+  std::size_t index_page_ends;  // a bit for each byte of the entries: an entry ends before it
+  std::size_t index_page_entries;
 };
 
 inline constexpr Layout kJet3Layout{
@@ -73,6 +80,7 @@ inline constexpr Layout kJet3Layout{
     .column_variable_index = 3,
     .column_precision = 9,
     .column_scale = 10,
+    .column_sort_order = 0,
     .column_flags = 13,
     .column_fixed_offset = 14,
     .column_length = 16,
@@ -85,6 +93,10 @@ inline constexpr Layout kJet3Layout{
     .logical_size = 20,
     .logical_physical = 4,
     .logical_type = 19,
+    .index_page_previous = 8,
+    .index_page_prefix = 20,
+    .index_page_ends = 22,
+    .index_page_entries = 0xF8,
 };
 
 inline constexpr Layout kJet4Layout{
@@ -104,6 +116,7 @@ inline constexpr Layout kJet4Layout{
     .column_variable_index = 7,
     .column_precision = 11,
     .column_scale = 12,
+    .column_sort_order = 11,
     .column_flags = 15,
     .column_fixed_offset = 21,
     .column_length = 23,
@@ -116,6 +129,10 @@ inline constexpr Layout kJet4Layout{
     .logical_size = 28,
     .logical_physical = 8,
     .logical_type = 23,
+    .index_page_previous = 12,
+    .index_page_prefix = 24,
+    .index_page_ends = 27,
+    .index_page_entries = 0x1E0,
 };
 
 inline constexpr std::size_t kLargestPage = 4096;
@@ -136,6 +153,7 @@ inline constexpr std::uint8_t kColumnAutoGuid = 0x40;
 
 inline constexpr std::uint8_t kIndexAscending = 0x01;
 inline constexpr std::uint8_t kIndexUnique = 0x01;
+inline constexpr std::uint8_t kIndexLeavesOutNulls = 0x02;
 inline constexpr std::uint8_t kLogicalPrimary = 0x01;
 
 inline constexpr std::uint16_t kRowHidden = 0x8000;
