@@ -68,8 +68,7 @@ Finding Compare(const Journal& journal, StorageFile& database) {
   bool untouched = size == journal.old_length, written = false;
   std::vector<std::byte> found(journal.page_size);
   for (const JournalPage& page : journal.pages) {
-    const std::size_t count =
-        database.Read(std::uint64_t{page.number} * journal.page_size, found);
+    const std::size_t count = database.Read(std::uint64_t{page.number} * journal.page_size, found);
     possible = possible && count == found.size() && IsOldOrNew(page, found);
     untouched = untouched && found == page.before;
     written = written || (found == page.after && found != page.before);
@@ -116,8 +115,8 @@ ExclusiveAccess::ExclusiveAccess(Storage& storage, const std::filesystem::path& 
   NamingRefusals([&] {
     database_ = storage_.Open(path_, Storage::Mode::kReadWrite);
     if (database_ == nullptr) {
-      throw RuntimeError(engine_error::kFileNotFound, "Could not find file '" + path.string() + "'.",
-                         "DAO.Workspace");
+      throw RuntimeError(engine_error::kFileNotFound,
+                         "Could not find file '" + path.string() + "'.", "DAO.Workspace");
     }
     LockJournal(wait);
     try {
@@ -200,9 +199,9 @@ void ExclusiveAccess::RequireUnchanged(const Journal& journal) {
   std::vector<std::byte> found(journal.page_size);
   for (const JournalPage& page : journal.pages) {
     if (!unchanged) break;
-    unchanged = database_->Read(std::uint64_t{page.number} * journal.page_size, found) ==
-                    found.size() &&
-                found == page.before;
+    unchanged =
+        database_->Read(std::uint64_t{page.number} * journal.page_size, found) == found.size() &&
+        found == page.before;
   }
   if (unchanged) return;
   throw RuntimeError(engine_error::kChangedByAnother,

@@ -24,9 +24,10 @@ struct AppendedPage {
 
 class ExclusiveAccess {
  public:
-  // Takes both locks, waiting up to `wait` for each, and takes back what an interrupted change left.
-  // Raises 3024 (no such file), 3027 (file or folder is read-only), 3218 (locked by another), 3050
-  // (the file system has no locks), 3043, 3049 (an interrupted change that cannot be taken back).
+  // Takes both locks, waiting up to `wait` for each, and takes back what an interrupted change
+  // left. Raises 3024 (no such file), 3027 (file or folder is read-only), 3218 (locked by another),
+  // 3050 (the file system has no locks), 3043, 3049 (an interrupted change that cannot be taken
+  // back).
   ExclusiveAccess(Storage& storage, const std::filesystem::path& path,
                   std::chrono::milliseconds wait);
   ~ExclusiveAccess();

@@ -20,6 +20,9 @@
 
 namespace tenora::access {
 
+// Bytes a fixed column takes in the row; 0 for a boolean, which lives in the null mask.
+std::size_t FixedSize(const Column& column);
+
 class Row {
  public:
   Row() = default;

@@ -44,8 +44,7 @@ class OpenDiskFile final : public StorageFile {
 
   void Write(std::uint64_t offset, Bytes bytes) override {
     while (!bytes.empty()) {
-      const ssize_t count =
-          ::pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+      const ssize_t count = ::pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
       if (count < 0 && errno == EINTR) continue;
       if (count < 0) throw StorageError(errno, path_, "write");
       offset += static_cast<std::uint64_t>(count);

@@ -113,8 +113,7 @@ bool UsageMapEditor::MoveWindow(RowPointer map, std::uint32_t page) {
   const std::uint32_t highest = extent ? std::max(first + extent->second, page) : page;
   const std::uint32_t new_first = lowest / 8 * 8;
   if (highest - new_first >= old_bits.size() * 8) return false;
-  const std::span<std::byte> moved =
-      pages_.Change(map.page).subspan(row.start, row.bytes.size());
+  const std::span<std::byte> moved = pages_.Change(map.page).subspan(row.start, row.bytes.size());
   Store32(&moved[1], new_first);
   std::ranges::fill(moved.subspan(kInlineMapBits), std::byte{0});
   for (std::uint32_t i = 0; i < old_bits.size() * 8; ++i) {
@@ -128,8 +127,7 @@ void UsageMapEditor::MakeIndirect(RowPointer map) {
   const Row row = Find(map, buffer);
   const std::uint32_t first = Load32(&row.bytes[1]);
   const Bytes old_bits = row.bytes.subspan(kInlineMapBits);
-  const std::span<std::byte> changed =
-      pages_.Change(map.page).subspan(row.start, row.bytes.size());
+  const std::span<std::byte> changed = pages_.Change(map.page).subspan(row.start, row.bytes.size());
   std::ranges::fill(changed, std::byte{0});
   changed[0] = std::byte{kIndirect};
   for (std::uint32_t i = 0; i < old_bits.size() * 8; ++i) {
