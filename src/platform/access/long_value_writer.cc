@@ -10,8 +10,7 @@ namespace {
 
 constexpr std::size_t kMostInline = 64;
 // What a page takes beside its head and the offset of its only row.
-constexpr std::size_t kMostInRow =
-    kJet4Layout.page_size - kJet4Layout.data_row_offsets - 2;
+constexpr std::size_t kMostInRow = kJet4Layout.page_size - kJet4Layout.data_row_offsets - 2;
 constexpr std::size_t kNextPiece = 4;
 
 }  // namespace
@@ -21,11 +20,11 @@ std::size_t LongValueWriter::SizeInRow(std::size_t length) {
 }
 
 std::vector<std::byte> LongValueWriter::Store(const LongValueMaps& maps, Bytes content) {
-  std::vector<std::byte> head(kLongValueHead);
+  std::vector<std::byte> head(SizeInRow(content.size()));
   const auto length = static_cast<std::uint32_t>(content.size());
   if (content.size() <= kMostInline) {
     Store32(head.data(), length | kLongValueInline);
-    head.insert(head.end(), content.begin(), content.end());
+    std::ranges::copy(content, head.begin() + kLongValueHead);
     return head;
   }
   if (content.size() <= kMostInRow) {

@@ -16,10 +16,13 @@ constexpr int kMostTried = 8;
 
 RowPointer PageWithRoom::Add(Bytes row, std::uint16_t flags) {
   const UsageMap candidates(pages_, with_room_);
+  PageBuffer found;
   std::uint32_t number = candidates.NextFrom(0);
   for (int tried = 0; number != PageBuffer::kNone && tried < kMostTried; ++tried) {
-    // Another program's map may name a page that the table does not own.
-    if (maps_.Contains(owned_, number)) {
+    // A map that another program wrote may name a page that is not for these rows.
+    pages_.Read(number, found);
+    if (found.type() == PageType::kData && found.owner() == owner_ &&
+        maps_.Contains(owned_, number)) {
       DataPageEditor page(pages_, number, owner_);
       if (page.HasRoomFor(row.size())) {
         const std::uint8_t slot = page.Add(row, flags);
