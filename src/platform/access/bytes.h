@@ -56,6 +56,7 @@ class ByteReader {
     return taken;
   }
   void Skip(std::size_t count) { Take(count); }
+  std::size_t left() const { return bytes_.size(); }
   std::uint8_t U8() { return Load8(Take(1).data()); }
   std::uint16_t U16() { return Load16(Take(2).data()); }
   std::uint32_t U32() { return Load32(Take(4).data()); }

@@ -51,4 +51,11 @@ class Row {
   std::size_t jump_count_ = 0;
 };
 
+// The bytes of a column, by position in the definition; empty when it is null. Raises Damage when
+// they lie outside the row.
+Bytes StoredBytes(const Row& row, const TableDefinition& table, std::size_t column);
+
+// The bytes a fixed column takes in a row; 0 for a boolean, which lives in the null mask.
+std::size_t FixedSize(const Column& column);
+
 }  // namespace tenora::access

@@ -14,35 +14,6 @@ namespace {
 // A pointer to a pointer does occur; more than a few in a row are a circle.
 constexpr int kMostOverflows = 8;
 
-// Bytes a fixed column takes in the row; 0 for a boolean, which lives in the null mask.
-std::size_t FixedSize(const Column& column) {
-  switch (column.type) {
-    case ColumnType::kBoolean:
-      return 0;
-    case ColumnType::kByte:
-      return 1;
-    case ColumnType::kInteger:
-      return 2;
-    case ColumnType::kLong:
-    case ColumnType::kSingle:
-    case ColumnType::kComplex:
-      return 4;
-    case ColumnType::kCurrency:
-    case ColumnType::kDouble:
-    case ColumnType::kDateTime:
-    case ColumnType::kBigInt:
-      return 8;
-    case ColumnType::kGuid:
-      return kGuidSize;
-    case ColumnType::kDecimal:
-      return kDecimalSize;
-    case ColumnType::kDateTimeExtended:
-      return kExtendedDateSize;
-    default:
-      return column.length;
-  }
-}
-
 class TableCursor final : public RowCursor {
  public:
   explicit TableCursor(std::shared_ptr<const TableData> table)
@@ -206,11 +177,7 @@ class TableCursor final : public RowCursor {
 
   // A column's bytes in the row; empty when it is null.
   access::Bytes Stored(std::size_t column) const {
-    const Column& c = Columns()[column];
-    if (!row_.HasValue(c.number)) return {};
-    const ColumnPlace& place = table_->definition.places[column];
-    return c.fixed_length ? row_.Fixed(place.fixed_offset, FixedSize(c))
-                          : row_.Variable(place.variable_index);
+    return StoredBytes(row_, table_->definition, column);
   }
 
   access::Bytes Stored(std::size_t column, std::size_t size) const {

@@ -27,9 +27,20 @@ struct ColumnPlace {
   std::uint16_t fixed_offset = 0;    // behind the row's column count
 };
 
+// The usage maps of a column's long values: the pages they lie on, and those of them with room.
+struct LongValuePages {
+  std::uint16_t column_number = 0;
+  RowPointer owned_pages;
+  RowPointer free_pages;
+};
+
 struct TableDefinition {
   std::uint32_t page = 0;
+  std::vector<std::uint32_t> further_pages;  // that the definition goes on on
   std::uint32_t row_count = 0;
+  std::int32_t last_auto_number = 0;
+  bool counts_up = true;               // false: automatic numbers are random
+  std::uint16_t column_numbers = 0;    // ever given out, to deleted columns too
   std::uint16_t variable_columns = 0;  // deleted ones included; 0: rows have no variable part
   std::vector<Column> columns;
   std::vector<ColumnPlace> places;  // one for each column
@@ -37,6 +48,7 @@ struct TableDefinition {
   std::vector<Index> indexes;
   RowPointer owned_pages;  // usage maps
   RowPointer free_pages;
+  std::vector<LongValuePages> long_value_pages;
 };
 
 // Raises Damage for what cannot be a definition.
