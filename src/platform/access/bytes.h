@@ -1,5 +1,5 @@
-// Little-endian numbers out of raw bytes, and a reader that walks a run of bytes and never leaves
-// it. Everything in a file is hostile: the Load functions are for places already checked.
+// Little-endian numbers out of and into raw bytes, and a reader that walks a run of bytes and never
+// leaves it. Everything in a file is hostile: Load and Store are for places already checked.
 #pragma once
 
 #include <bit>

@@ -27,9 +27,9 @@ class ColumnCheck {
     if (!IsKnown(column.type)) {
       Fault(column, "is of the unknown type " + std::to_string(static_cast<int>(column.type)));
     }
-    if (column.number >= table_.column_numbers) {
+    if (column.number >= table_.max_columns) {
       Fault(column, "has the number " + std::to_string(column.number) + " of " +
-                        std::to_string(table_.column_numbers));
+                        std::to_string(table_.max_columns));
     }
     if (!numbers_.insert(column.number).second) Fault(column, "has the number of another");
     if (column.type == ColumnType::kBoolean) return;
@@ -82,9 +82,9 @@ void CheckDefinition(const CheckContext& context, const FindingPlace& place,
 
 std::string IndexName(const TableDefinition& table, std::size_t physical) {
   const auto logical =
-      std::find_if(table.indexes.begin(), table.indexes.end(),
-                   [&](const Index& index) { return index.physical == physical; });
-  return logical != table.indexes.end() ? logical->name : "number " + std::to_string(physical);
+      std::find_if(table.logical_indexes.begin(), table.logical_indexes.end(),
+                   [&](const LogicalIndex& index) { return index.physical == physical; });
+  return logical != table.logical_indexes.end() ? logical->name : "number " + std::to_string(physical);
 }
 
 }  // namespace tenora::access

@@ -10,7 +10,7 @@ LongValueCheck::LongValueCheck(const CheckContext& context, const FindingPlace& 
       place_(place),
       table_(table),
       user_(context.ledger.AddUser("the long values of table '" + place.table + "'")) {
-  for (const LongValuePages& maps : table.long_value_pages) {
+  for (const LongValueMaps& maps : table.long_values) {
     const std::string name = "the long values of column " + std::to_string(maps.column_number);
     const UsageMap owned = context.ledger.ReadMap(maps.owned_pages, name, place);
     const UsageMap free = context.ledger.ReadMap(maps.free_pages, name + " with room", place);
@@ -88,7 +88,7 @@ Bytes LongValueCheck::Reach(RowPointer piece) {
 
 void LongValueCheck::CheckAllReached() {
   // The values of a deleted column may still lie there, and those of a row that could not be read.
-  const bool may_have_others = !all_followed_ || table_.column_numbers > table_.columns.size();
+  const bool may_have_others = !all_followed_ || table_.max_columns > table_.columns.size();
   for (const std::uint32_t number : pages_) {
     try {
       context_.file.Read(number, page_);

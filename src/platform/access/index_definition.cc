@@ -5,10 +5,7 @@
 namespace tenora::access {
 namespace {
 
-struct LogicalIndex {
-  std::uint32_t physical = 0;
-  bool primary = false;
-};
+constexpr std::uint32_t kNoIndex = 0xFFFFFFFF;
 
 // False when a column is missing.
 bool Resolve(const PhysicalIndex& physical, const std::vector<Column>& columns, Index& index) {
@@ -48,23 +45,37 @@ std::vector<PhysicalIndex> ReadPhysicalIndexes(const Layout& layout, std::uint32
   return indexes;
 }
 
-std::vector<Index> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,
-                                      const TextCodec& codec,
-                                      const std::vector<PhysicalIndex>& physical,
-                                      const std::vector<Column>& columns, ByteReader& reader) {
-  std::vector<LogicalIndex> records;
+std::vector<LogicalIndex> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,
+                                             const TextCodec& codec, ByteReader& reader) {
+  std::vector<LogicalIndex> indexes;
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::byte* record = reader.Take(layout.logical_size).data();
-    records.push_back({Load32(record + layout.logical_physical),
-                       Load8(record + layout.logical_type) == kLogicalPrimary});
+    const std::byte* relation = record + layout.logical_physical + 4;
+    LogicalIndex& index = indexes.emplace_back();
+    index.number = Load32(record + layout.logical_physical - 4);
+    index.physical = Load32(record + layout.logical_physical);
+    const std::uint8_t type = Load8(record + layout.logical_type);
+    index.primary = type == kLogicalPrimary;
+    index.other_number = Load32(relation + 1);
+    index.relationship = type == kLogicalRelationship && index.other_number != kNoIndex;
+    index.referenced = Load8(relation) == kRelationReferenced;
+    index.other_table = Load32(relation + 5);
+    index.cascades = Load16(relation + 9) != 0;
   }
+  for (LogicalIndex& index : indexes) index.name = ReadName(layout, codec, reader);
+  return indexes;
+}
+
+std::vector<Index> ResolveIndexes(const std::vector<LogicalIndex>& logical,
+                                  const std::vector<PhysicalIndex>& physical,
+                                  const std::vector<Column>& columns) {
   std::vector<Index> indexes;
-  for (const LogicalIndex& record : records) {
-    Index index;
-    index.name = ReadName(layout, codec, reader);
+  for (const LogicalIndex& record : logical) {
     if (record.physical >= physical.size()) continue;
     const PhysicalIndex& tree = physical[record.physical];
+    Index index;
     if (!Resolve(tree, columns, index)) continue;
+    index.name = record.name;
     index.primary = record.primary;
     index.unique = record.primary || (tree.flags & kIndexUnique) != 0;
     indexes.push_back(std::move(index));

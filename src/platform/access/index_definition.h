@@ -22,15 +22,30 @@ struct PhysicalIndex {
   std::uint8_t flags = 0;  // kIndexUnique and others
 };
 
-// Both readers leave `reader` behind what they read.
+struct LogicalIndex {
+  std::string name;
+  std::uint32_t number = 0;  // by which relationships of other tables name it
+  std::uint32_t physical = 0;
+  bool primary = false;
+  // One end of a relationship that the engine enforces.
+  bool relationship = false;
+  bool referenced = false;         // this end is the one that the other's rows need
+  std::uint32_t other_number = 0;  // logical index of the other table
+  std::uint32_t other_table = 0;   // page of its definition
+  bool cascades = false;           // changes or deletions reach the other table
+};
+
+// All readers leave `reader` behind what they read.
 std::vector<PhysicalIndex> ReadPhysicalIndexes(const Layout& layout, std::uint32_t count,
                                                ByteReader& reader);
-// The logical indexes by name. One whose columns or physical index the table does not have is left
-// out: it cannot be used, and the rows do not need it.
-std::vector<Index> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,
-                                      const TextCodec& codec,
-                                      const std::vector<PhysicalIndex>& physical,
-                                      const std::vector<Column>& columns, ByteReader& reader);
+std::vector<LogicalIndex> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,
+                                             const TextCodec& codec, ByteReader& reader);
+
+// The indexes as callers see them. One whose columns or physical index the table does not have is
+// left out: it cannot be used, and the rows do not need it.
+std::vector<Index> ResolveIndexes(const std::vector<LogicalIndex>& logical,
+                                  const std::vector<PhysicalIndex>& physical,
+                                  const std::vector<Column>& columns);
 
 // A column or index name at the reader's place.
 std::string ReadName(const Layout& layout, const TextCodec& codec, ByteReader& reader);

@@ -149,11 +149,17 @@ inline constexpr const Layout& LayoutOf(Format format) {
 
 // The same in every format.
 inline constexpr std::size_t kTdefNextPage = 4;
-inline constexpr std::size_t kTdefContinuation = 8;  // where a further definition page goes on
+inline constexpr std::size_t kTdefContinuation = 8;      // where a further definition page goes on
+inline constexpr std::size_t kTdefAutoNumber = 20;       // Jet 4
+inline constexpr std::size_t kTdefIndexEntries = 4;      // in each index head
+inline constexpr std::size_t kColumnMoreFlags = 16;      // Jet 4
+inline constexpr std::uint8_t kColumnCompressed = 0x01;  // of those
+inline constexpr std::uint8_t kColumnCalculated = 0xC0;
 inline constexpr std::size_t kIndexColumnSlots = 10;
 inline constexpr std::uint16_t kNoColumn = 0xFFFF;
 
 inline constexpr std::uint8_t kColumnFixed = 0x01;
+inline constexpr std::uint8_t kColumnNullable = 0x02;
 inline constexpr std::uint8_t kColumnAutoNumber = 0x04;
 inline constexpr std::uint8_t kColumnAutoGuid = 0x40;
 
@@ -162,11 +168,15 @@ inline constexpr std::uint8_t kAutoCountsUp = 0x01;
 inline constexpr std::uint8_t kIndexAscending = 0x01;
 inline constexpr std::uint8_t kIndexUnique = 0x01;
 inline constexpr std::uint8_t kIndexLeavesOutNulls = 0x02;
+inline constexpr std::uint8_t kIndexRequired = 0x08;
 inline constexpr std::uint8_t kLogicalPrimary = 0x01;
+inline constexpr std::uint8_t kLogicalRelationship = 0x02;
+inline constexpr std::uint8_t kRelationReferenced = 0x01;
 
 inline constexpr std::uint16_t kRowHidden = 0x8000;
 inline constexpr std::uint16_t kRowOverflow = 0x4000;
 inline constexpr std::uint16_t kRowOffset = 0x1FFF;
+inline constexpr std::uint16_t kRowDeleted = kRowHidden | kRowOverflow;
 
 // The definition of MSysObjects, the catalogue, is always on this page.
 inline constexpr std::uint32_t kCataloguePage = 2;

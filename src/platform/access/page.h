@@ -41,6 +41,10 @@ struct RowPointer {
   std::uint8_t row = 0;
 
   static RowPointer Load(const std::byte* at) { return {Load24(at + 1), Load8(at)}; }
+  void Store(std::byte* at) const {
+    at[0] = std::byte{row};
+    Store24(at + 1, page);
+  }
   bool operator==(const RowPointer&) const = default;
 };
 

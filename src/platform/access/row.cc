@@ -4,6 +4,34 @@
 
 namespace tenora::access {
 
+std::size_t FixedSize(const Column& column) {
+  switch (column.type) {
+    case ColumnType::kBoolean:
+      return 0;
+    case ColumnType::kByte:
+      return 1;
+    case ColumnType::kInteger:
+      return 2;
+    case ColumnType::kLong:
+    case ColumnType::kSingle:
+    case ColumnType::kComplex:
+      return 4;
+    case ColumnType::kCurrency:
+    case ColumnType::kDouble:
+    case ColumnType::kDateTime:
+    case ColumnType::kBigInt:
+      return 8;
+    case ColumnType::kGuid:
+      return kGuidSize;
+    case ColumnType::kDecimal:
+      return kDecimalSize;
+    case ColumnType::kDateTimeExtended:
+      return kExtendedDateSize;
+    default:
+      return column.length;
+  }
+}
+
 Row::Row(const Layout& layout, const TableDefinition& table, Bytes bytes, std::uint32_t page)
     : bytes_(bytes), page_(page), count_size_(layout.row_count_size) {
   if (bytes.size() < count_size_) throw Damage(page, "a row is too short for its column count");
@@ -69,34 +97,6 @@ Bytes StoredBytes(const Row& row, const TableDefinition& table, std::size_t colu
   const ColumnPlace& place = table.places[column];
   return c.fixed_length ? row.Fixed(place.fixed_offset, FixedSize(c))
                         : row.Variable(place.variable_index);
-}
-
-std::size_t FixedSize(const Column& column) {
-  switch (column.type) {
-    case ColumnType::kBoolean:
-      return 0;
-    case ColumnType::kByte:
-      return 1;
-    case ColumnType::kInteger:
-      return 2;
-    case ColumnType::kLong:
-    case ColumnType::kSingle:
-    case ColumnType::kComplex:
-      return 4;
-    case ColumnType::kCurrency:
-    case ColumnType::kDouble:
-    case ColumnType::kDateTime:
-    case ColumnType::kBigInt:
-      return 8;
-    case ColumnType::kGuid:
-      return kGuidSize;
-    case ColumnType::kDecimal:
-      return kDecimalSize;
-    case ColumnType::kDateTimeExtended:
-      return kExtendedDateSize;
-    default:
-      return column.length;
-  }
 }
 
 }  // namespace tenora::access

@@ -20,6 +20,9 @@
 
 namespace tenora::access {
 
+// Bytes a fixed column takes in the row; 0 for a boolean, which lives in the null mask.
+std::size_t FixedSize(const Column& column);
+
 class Row {
  public:
   Row() = default;
@@ -54,8 +57,5 @@ class Row {
 // The bytes of a column, by position in the definition; empty when it is null. Raises Damage when
 // they lie outside the row.
 Bytes StoredBytes(const Row& row, const TableDefinition& table, std::size_t column);
-
-// The bytes a fixed column takes in a row; 0 for a boolean, which lives in the null mask.
-std::size_t FixedSize(const Column& column);
 
 }  // namespace tenora::access

@@ -14,7 +14,7 @@ namespace {
 // A pointer to a pointer does occur; more than a few in a row are a circle.
 constexpr int kMostOverflows = 8;
 
-class TableCursor final : public RowCursor {
+class TableCursor : public PlacedCursor {
  public:
   explicit TableCursor(std::shared_ptr<const TableData> table)
       : table_(std::move(table)),
@@ -25,6 +25,8 @@ class TableCursor final : public RowCursor {
   bool Next() override {
     return Guarded([&] { return Advance(); });
   }
+
+  RowPointer place() const override { return {page_.number, static_cast<std::uint8_t>(slot_ - 1)}; }
 
   bool IsNull(std::size_t column) const override {
     const Column& c = Columns()[column];
@@ -108,36 +110,48 @@ class TableCursor final : public RowCursor {
  protected:
   const std::vector<Column>& Columns() const override { return table_->definition.columns; }
 
+  virtual bool Advance() {
+    for (;;) {
+      while (slot_ < slots_) {
+        if (Enter(slot_++)) return true;
+      }
+      if (!NextPage()) return false;
+    }
+  }
+
+  void GoTo(std::uint32_t number) {
+    slot_ = slots_ = 0;
+    row_ = Row();
+    table_->file->Read(number, page_);
+    if (IsForOtherUse(page_)) return;
+    const DataPage data(table_->file->layout(), page_);
+    RequireOwner(page_);
+    slots_ = data.row_count();
+  }
+
+  // False when the slot's row is not to be met on a walk.
+  bool Enter(std::size_t row) {
+    const DataPage::Slot slot = DataPage(table_->file->layout(), page_).Row(row);
+    if (slot.hidden) return false;
+    row_page_ = &page_;
+    SetRow(slot.overflow ? FollowOverflow(slot.bytes) : slot.bytes);
+    return true;
+  }
+
+  std::size_t slot_ = 0, slots_ = 0;
+  PageBuffer page_;
+
  private:
   template <typename Step>
   std::invoke_result_t<Step> Guarded(Step step) const {
     return NamingDamage(table_->file->path(), table_->name, step);
   }
 
-  bool Advance() {
-    for (;;) {
-      while (slot_ < slots_) {
-        const DataPage::Slot slot = DataPage(table_->file->layout(), page_).Row(slot_++);
-        if (slot.hidden) continue;
-        row_page_ = &page_;
-        SetRow(slot.overflow ? FollowOverflow(slot.bytes) : slot.bytes);
-        return true;
-      }
-      if (!NextPage()) return false;
-    }
-  }
-
   bool NextPage() {
     const std::uint32_t number = pages_.NextFrom(next_page_);
     if (number == PageBuffer::kNone) return false;
     next_page_ = number + 1;
-    slot_ = slots_ = 0;
-    row_ = Row();
-    table_->file->Read(number, page_);
-    if (IsForOtherUse(page_)) return true;
-    const DataPage data(table_->file->layout(), page_);
-    RequireOwner(page_);
-    slots_ = data.row_count();
+    GoTo(number);
     return true;
   }
 
@@ -206,21 +220,48 @@ class TableCursor final : public RowCursor {
   TextCodec codec_;
   UsageMap pages_;
   LongValueReader long_values_;
-  PageBuffer page_;
   PageBuffer overflow_page_;
   const PageBuffer* row_page_ = &page_;  // where the current row lies
   std::uint32_t next_page_ = 0;
-  std::size_t slot_ = 0, slots_ = 0;
   Row row_;
   std::string text_;
 };
 
+class ListCursor final : public TableCursor {
+ public:
+  ListCursor(std::shared_ptr<const TableData> table, std::vector<RowPointer> places)
+      : TableCursor(std::move(table)), places_(std::move(places)) {}
+
+ private:
+  bool Advance() override {
+    if (next_ == places_.size()) return false;
+    const RowPointer place = places_[next_++];
+    GoTo(place.page);
+    slot_ = place.row + std::size_t{1};
+    if (slot_ > slots_ || !Enter(place.row)) {
+      throw Damage(place.page, "there is no row " + std::to_string(place.row));
+    }
+    return true;
+  }
+
+  std::vector<RowPointer> places_;
+  std::size_t next_ = 0;
+};
+
 }  // namespace
 
-std::unique_ptr<RowCursor> OpenCursor(std::shared_ptr<const TableData> table) {
+std::unique_ptr<PlacedCursor> OpenCursor(std::shared_ptr<const TableData> table) {
   const TableData& data = *table;
   return NamingDamage(data.file->path(), data.name,
                       [&] { return std::make_unique<TableCursor>(std::move(table)); });
+}
+
+std::unique_ptr<PlacedCursor> OpenCursorAt(std::shared_ptr<const TableData> table,
+                                           std::vector<RowPointer> places) {
+  const TableData& data = *table;
+  return NamingDamage(data.file->path(), data.name, [&] {
+    return std::make_unique<ListCursor>(std::move(table), std::move(places));
+  });
 }
 
 Value RowCursor::Field(std::size_t column) {

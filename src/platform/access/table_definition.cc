@@ -52,21 +52,23 @@ void ReadColumns(const Layout& layout, const TextCodec& codec, std::size_t count
       column.sort_order = Load32(record + layout.column_sort_order);
     }
     table.places.push_back({Load16(record + layout.column_variable_index),
-                            Load16(record + layout.column_fixed_offset)});
+                            Load16(record + layout.column_fixed_offset), flags,
+                            layout.page_size == kJet4Layout.page_size
+                                ? Load8(record + kColumnMoreFlags)
+                                : std::uint8_t{0}});
   }
   for (Column& column : table.columns) column.name = ReadName(layout, codec, reader);
 }
 
-// The list at the definition's end. Rows can be read without it, so that a missing end is no error.
-std::vector<LongValuePages> ReadLongValuePages(std::size_t columns, ByteReader& reader) {
-  std::vector<LongValuePages> list;
-  while (list.size() < columns && reader.left() >= 10) {
-    const std::uint16_t number = reader.U16();
-    if (number == kNoColumn) break;
-    const std::byte* const maps = reader.Take(8).data();
-    list.push_back({number, RowPointer::Load(maps), RowPointer::Load(maps + 4)});
+// Only writing needs them: a definition that ends without is none the worse for reading.
+void ReadLongValueMaps(ByteReader& reader, TableDefinition& table) {
+  constexpr std::size_t kRecord = 10;
+  while (reader.left() >= kRecord) {
+    const std::byte* record = reader.Take(kRecord).data();
+    if (Load16(record) == kNoColumn) return;
+    table.long_values.push_back(
+        {Load16(record), RowPointer::Load(record + 2), RowPointer::Load(record + 6)});
   }
-  return list;
 }
 
 }  // namespace
@@ -82,7 +84,7 @@ TableDefinition ReadTableDefinition(const PageFile& file, const TextCodec& codec
   table.last_auto_number = static_cast<std::int32_t>(Load32(&bytes[layout.tdef_auto_number]));
   table.counts_up =
       layout.tdef_auto_flags == 0 || (Load8(&bytes[layout.tdef_auto_flags]) & kAutoCountsUp) != 0;
-  table.column_numbers = Load16(&bytes[layout.tdef_max_columns]);
+  table.max_columns = Load16(&bytes[layout.tdef_max_columns]);
   table.variable_columns = Load16(&bytes[layout.tdef_max_columns + 2]);
   const std::size_t columns = Load16(&bytes[layout.tdef_max_columns + 4]);
   const std::uint32_t logical = Load32(&bytes[layout.tdef_index_count]);
@@ -97,9 +99,9 @@ TableDefinition ReadTableDefinition(const PageFile& file, const TextCodec& codec
   reader.Skip(std::size_t{physical} * layout.index_head_size);
   ReadColumns(layout, codec, columns, reader, table);
   table.physical_indexes = ReadPhysicalIndexes(layout, physical, reader);
-  table.indexes =
-      ReadLogicalIndexes(layout, logical, codec, table.physical_indexes, table.columns, reader);
-  table.long_value_pages = ReadLongValuePages(columns, reader);
+  table.logical_indexes = ReadLogicalIndexes(layout, logical, codec, reader);
+  table.indexes = ResolveIndexes(table.logical_indexes, table.physical_indexes, table.columns);
+  ReadLongValueMaps(reader, table);
   return table;
 }
 
