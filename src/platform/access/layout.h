@@ -23,6 +23,8 @@ struct Layout {
 
   // Table definition, first page.
   std::size_t tdef_rows;
+  std::size_t tdef_auto_number;  // the last one given
+  std::size_t tdef_auto_flags;   // bit 0: they count upwards; 0 where there are none
   std::size_t tdef_max_columns;  // most columns ever, variable ones, present ones
   std::size_t tdef_index_count;  // of logical, then of physical ones
   std::size_t tdef_owned_pages;
@@ -69,6 +71,8 @@ inline constexpr Layout kJet3Layout{
     .data_row_offsets = 10,
     .row_count_size = 1,
     .tdef_rows = 12,
+    .tdef_auto_number = 16,
+    .tdef_auto_flags = 0,
     .tdef_max_columns = 21,
     .tdef_index_count = 27,
     .tdef_owned_pages = 35,
@@ -105,6 +109,8 @@ inline constexpr Layout kJet4Layout{
     .data_row_offsets = 14,
     .row_count_size = 2,
     .tdef_rows = 16,
+    .tdef_auto_number = 20,
+    .tdef_auto_flags = 24,
     .tdef_max_columns = 41,
     .tdef_index_count = 47,
     .tdef_owned_pages = 55,
@@ -156,6 +162,8 @@ inline constexpr std::uint8_t kColumnFixed = 0x01;
 inline constexpr std::uint8_t kColumnNullable = 0x02;
 inline constexpr std::uint8_t kColumnAutoNumber = 0x04;
 inline constexpr std::uint8_t kColumnAutoGuid = 0x40;
+
+inline constexpr std::uint8_t kAutoCountsUp = 0x01;
 
 inline constexpr std::uint8_t kIndexAscending = 0x01;
 inline constexpr std::uint8_t kIndexUnique = 0x01;

@@ -30,6 +30,7 @@ enum class PageType : std::uint8_t {
   kIndexNode = 3,
   kIndexLeaf = 4,
   kUsageMap = 5,
+  kDroppedDefinition = 8,  // of a table that is no more; its pages stay until the file is compacted
 };
 
 // "LVAL" where a data page of a table has its owner.

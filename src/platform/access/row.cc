@@ -91,4 +91,12 @@ Bytes Row::Variable(std::uint16_t index) const {
   return bytes_.subspan(start, end - start);
 }
 
+Bytes StoredBytes(const Row& row, const TableDefinition& table, std::size_t column) {
+  const Column& c = table.columns[column];
+  if (!row.HasValue(c.number)) return {};
+  const ColumnPlace& place = table.places[column];
+  return c.fixed_length ? row.Fixed(place.fixed_offset, FixedSize(c))
+                        : row.Variable(place.variable_index);
+}
+
 }  // namespace tenora::access

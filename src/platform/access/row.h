@@ -54,4 +54,8 @@ class Row {
   std::size_t jump_count_ = 0;
 };
 
+// The bytes of a column, by position in the definition; empty when it is null. Raises Damage when
+// they lie outside the row.
+Bytes StoredBytes(const Row& row, const TableDefinition& table, std::size_t column);
+
 }  // namespace tenora::access

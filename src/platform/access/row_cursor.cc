@@ -191,11 +191,7 @@ class TableCursor : public PlacedCursor {
 
   // A column's bytes in the row; empty when it is null.
   access::Bytes Stored(std::size_t column) const {
-    const Column& c = Columns()[column];
-    if (!row_.HasValue(c.number)) return {};
-    const ColumnPlace& place = table_->definition.places[column];
-    return c.fixed_length ? row_.Fixed(place.fixed_offset, FixedSize(c))
-                          : row_.Variable(place.variable_index);
+    return StoredBytes(row_, table_->definition, column);
   }
 
   access::Bytes Stored(std::size_t column, std::size_t size) const {

@@ -11,7 +11,8 @@ namespace {
 constexpr std::size_t kMostPages = 64;
 constexpr std::size_t kMostColumns = 255;
 
-std::vector<std::byte> ReadChain(const PageFile& file, std::uint32_t first) {
+std::vector<std::byte> ReadChain(const PageFile& file, std::uint32_t first,
+                                 std::vector<std::uint32_t>& further_pages) {
   std::vector<std::byte> bytes;
   PageBuffer page;
   std::uint32_t number = first;
@@ -23,6 +24,7 @@ std::vector<std::byte> ReadChain(const PageFile& file, std::uint32_t first) {
                                std::to_string(static_cast<int>(page.type())));
     }
     const std::size_t start = pages == 0 ? 0 : kTdefContinuation;
+    if (pages > 0) further_pages.push_back(number);
     bytes.insert(bytes.end(), page.bytes.begin() + static_cast<std::ptrdiff_t>(start),
                  page.bytes.begin() + static_cast<std::ptrdiff_t>(page.size));
     number = Load32(&page.bytes[kTdefNextPage]);
@@ -75,10 +77,13 @@ TableDefinition ReadTableDefinition(const PageFile& file, const TextCodec& codec
                                     std::uint32_t page) {
   const Layout& layout = file.layout();
   if (page == 0) throw Damage(0, "a table definition cannot be here");
-  const std::vector<std::byte> bytes = ReadChain(file, page);
   TableDefinition table;
+  const std::vector<std::byte> bytes = ReadChain(file, page, table.further_pages);
   table.page = page;
   table.row_count = Load32(&bytes[layout.tdef_rows]);
+  table.last_auto_number = static_cast<std::int32_t>(Load32(&bytes[layout.tdef_auto_number]));
+  table.counts_up =
+      layout.tdef_auto_flags == 0 || (Load8(&bytes[layout.tdef_auto_flags]) & kAutoCountsUp) != 0;
   table.max_columns = Load16(&bytes[layout.tdef_max_columns]);
   table.variable_columns = Load16(&bytes[layout.tdef_max_columns + 2]);
   const std::size_t columns = Load16(&bytes[layout.tdef_max_columns + 4]);

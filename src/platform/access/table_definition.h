@@ -38,7 +38,10 @@ struct LongValueMaps {
 
 struct TableDefinition {
   std::uint32_t page = 0;
+  std::vector<std::uint32_t> further_pages;  // that the definition goes on on
   std::uint32_t row_count = 0;
+  std::int32_t last_auto_number = 0;
+  bool counts_up = true;               // false: automatic numbers are random
   std::uint16_t max_columns = 0;       // deleted ones included
   std::uint16_t variable_columns = 0;  // deleted ones included; 0: rows have no variable part
   std::vector<Column> columns;
