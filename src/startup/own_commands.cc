@@ -52,9 +52,14 @@ void ListTables(const std::string& path, std::ostream& output) {
   }
 }
 
-void RunQuery(const std::string& path, const std::string& sql, std::ostream& output) {
+// Changes need the switch, so that no slip of a technician's writes to the office's data.
+void RunQuery(const std::string& path, const std::string& sql, bool write, std::ostream& output) {
   const auto workspace = query::Workspace::Create();
   const auto database = workspace->OpenDatabase(path);
+  if (write) {
+    output << database->Execute(sql) << " rows changed\n";
+    return;
+  }
   query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),
                            output);
 }
@@ -77,6 +82,7 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   app.footer(kHelpFooter);
   app.require_subcommand(1);
   std::string database, sql;
+  bool write = false;
   CLI::App* const tables =
       app.add_subcommand("tables", "List the tables of an Access file with their row counts");
   tables->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
@@ -84,6 +90,7 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
       "query", "Run a select statement and print the result as tab-separated text");
   run_query->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   run_query->add_option("SQL", sql, "The statement")->required();
+  run_query->add_flag("--write", write, "Run an insert, update or delete statement instead");
 
   std::string letter, options;
   CLI::App* const html = app.add_subcommand("html", "Print a letter as HTML, as e-mails carry it");
@@ -100,7 +107,7 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   }
   try {
     if (tables->parsed()) ListTables(database, output);
-    if (run_query->parsed()) RunQuery(database, sql, output);
+    if (run_query->parsed()) RunQuery(database, sql, write, output);
     if (html->parsed()) ConvertToHtml(letter, options, output);
     output.flush();
     if (!output) throw StandardError(error_number::kDeviceIoError, "standard output");
