@@ -18,7 +18,8 @@ std::vector<IndexEntry> Piece(const std::vector<IndexEntry>& entries, std::size_
 }  // namespace
 
 bool IndexEditor::HasKey(std::string_view key) const {
-  const IndexEntry* entry = IndexWalk(pages_, index_.root_page, key).Next();
+  IndexWalk walk(pages_, index_.root_page, key);
+  const IndexEntry* entry = walk.Next();
   return entry != nullptr && entry->key == key;
 }
 
@@ -27,16 +28,6 @@ bool IndexEditor::HasKeyOfOther(std::string_view key, RowPointer row) const {
   const IndexEntry* entry = walk.Next();
   if (entry != nullptr && entry->key == key && entry->row == row) entry = walk.Next();
   return entry != nullptr && entry->key == key;
-}
-
-std::vector<RowPointer> IndexEditor::RowsUnder(std::string_view prefix) const {
-  std::vector<RowPointer> rows;
-  IndexWalk walk(pages_, index_.root_page, prefix);
-  for (const IndexEntry* entry = walk.Next();
-       entry != nullptr && std::string_view(entry->key).starts_with(prefix); entry = walk.Next()) {
-    rows.push_back(entry->row);
-  }
-  return rows;
 }
 
 IndexPage IndexEditor::Read(std::uint32_t page) const {

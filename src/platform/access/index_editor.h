@@ -20,8 +20,6 @@ class IndexEditor {
   bool HasKey(std::string_view key) const;
   // Whether another row has the key.
   bool HasKeyOfOther(std::string_view key, RowPointer row) const;
-  // The rows whose keys start with `prefix`, in the order of the index.
-  std::vector<RowPointer> RowsUnder(std::string_view prefix) const;
   void Insert(const IndexKey& key, RowPointer row);
   // Raises Damage when there is no such entry.
   void Remove(const IndexKey& key, RowPointer row);
