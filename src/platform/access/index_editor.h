@@ -48,7 +48,10 @@ class IndexEditor {
   void RemovePage(Path& path, std::size_t level);
   void SettleAfterLoss(Path& path, std::size_t level);
   void CollapseRoot(Level& root);
-  void JoinLeftSibling(Path& path, std::size_t level);
+  static std::uint32_t ChildAt(const IndexPage& parent, std::size_t position);
+  void TakeFromLeft(Path& path, std::size_t level);
+  void TakeFromRight(Path& path, std::size_t level);
+  void Unlink(std::uint32_t page, const IndexPage& content);
 
   std::uint32_t AllocatePage();
   void ReleasePage(std::uint32_t page);
