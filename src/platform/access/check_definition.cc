@@ -34,7 +34,8 @@ class ColumnCheck {
     if (!numbers_.insert(column.number).second) Fault(column, "has the number of another");
     if (column.type == ColumnType::kBoolean) return;
     if (!column.fixed_length) {
-      if (at.variable_index >= table_.variable_columns || !variable_.insert(at.variable_index).second) {
+      if (at.variable_index >= table_.variable_columns ||
+          !variable_.insert(at.variable_index).second) {
         Fault(column, "has no place of its own among the variable columns");
       }
       return;
@@ -69,9 +70,8 @@ void CheckDefinition(const CheckContext& context, const FindingPlace& place,
   for (std::size_t i = 0; i < table.physical_indexes.size(); ++i) {
     const PhysicalIndex& index = table.physical_indexes[i];
     const bool known = std::all_of(index.parts.begin(), index.parts.end(), [&](const auto& part) {
-      return std::any_of(table.columns.begin(), table.columns.end(), [&](const Column& column) {
-        return column.number == part.column_number;
-      });
+      return std::any_of(table.columns.begin(), table.columns.end(),
+                         [&](const Column& column) { return column.number == part.column_number; });
     });
     if (known && !index.parts.empty()) continue;
     context.report.Fault(place.WithIndex(IndexName(table, i)), table.page, {},
@@ -84,7 +84,8 @@ std::string IndexName(const TableDefinition& table, std::size_t physical) {
   const auto logical =
       std::find_if(table.logical_indexes.begin(), table.logical_indexes.end(),
                    [&](const LogicalIndex& index) { return index.physical == physical; });
-  return logical != table.logical_indexes.end() ? logical->name : "number " + std::to_string(physical);
+  return logical != table.logical_indexes.end() ? logical->name
+                                                : "number " + std::to_string(physical);
 }
 
 }  // namespace tenora::access

@@ -47,9 +47,8 @@ void KeyList::Sort() {
     const int order = left.key.compare(right.key);
     return order != 0 ? order < 0 : by_place(left.row) < by_place(right.row);
   });
-  std::sort(unkeyed_.begin(), unkeyed_.end(), [&](RowPointer left, RowPointer right) {
-    return by_place(left) < by_place(right);
-  });
+  std::sort(unkeyed_.begin(), unkeyed_.end(),
+            [&](RowPointer left, RowPointer right) { return by_place(left) < by_place(right); });
 }
 
 }  // namespace tenora::access

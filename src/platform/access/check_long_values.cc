@@ -21,8 +21,10 @@ LongValueCheck::LongValueCheck(const CheckContext& context, const FindingPlace& 
     for (std::uint32_t page = free.NextFrom(0); page != PageBuffer::kNone;
          page = free.NextFrom(page + 1)) {
       if (owned.Contains(page)) continue;
-      context.report.Fault(place, page, {}, "the page is said to have room for " + name +
-                           ", but does not belong to them", Remedy::kRestore);
+      context.report.Fault(
+          place, page, {},
+          "the page is said to have room for " + name + ", but does not belong to them",
+          Remedy::kRestore);
     }
   }
 }
@@ -86,9 +88,10 @@ Bytes LongValueCheck::Reach(RowPointer piece) {
   return slot.bytes;
 }
 
-void LongValueCheck::CheckAllReached() {
+void LongValueCheck::CheckAllReached(bool all_read) {
   // The values of a deleted column may still lie there, and those of a row that could not be read.
-  const bool may_have_others = !all_followed_ || table_.max_columns > table_.columns.size();
+  const bool may_have_others =
+      !all_read || !all_followed_ || table_.max_columns > table_.columns.size();
   for (const std::uint32_t number : pages_) {
     try {
       context_.file.Read(number, page_);

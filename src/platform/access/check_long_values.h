@@ -18,8 +18,8 @@ class LongValueCheck {
 
   // The long values of a row that lies on `page`, as the index entries know it `home`.
   void CheckRow(const Row& row, RowPointer home, std::uint32_t page);
-  // When all rows are checked: the pieces that no value leads to.
-  void CheckAllReached();
+  // When all rows are checked: the pages, and, where `all_read`, the pieces that no value leads to.
+  void CheckAllReached(bool all_read);
 
  private:
   void CheckValue(Bytes field, const Column& column, RowPointer home);

@@ -8,6 +8,8 @@ namespace tenora::access {
 namespace {
 
 constexpr std::size_t kFreeBytes = 2, kOwner = 4;
+// Far more than the longest keys can share; a page made to fill memory is stopped here.
+constexpr std::size_t kMostRepeated = 1 << 20;
 constexpr std::size_t kRowSize = 4, kChildSize = 4;
 
 std::size_t PointerSize(bool leaf) { return leaf ? kRowSize : kRowSize + kChildSize; }
@@ -71,7 +73,7 @@ void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& pag
   const std::size_t prefix = Load16(start + layout.index_page_prefix);
   const std::string_view area(reinterpret_cast<const char*>(start) + layout.index_page_entries,
                               layout.page_size - layout.index_page_entries);
-  std::size_t count = 0, begin = 0;
+  std::size_t count = 0, begin = 0, repeated = 0;
   for (std::size_t at = layout.index_page_ends; at < layout.index_page_entries; ++at) {
     for (std::uint8_t ends = Load8(start + at); ends != 0;
          ends = static_cast<std::uint8_t>(ends & (ends - 1))) {
@@ -84,13 +86,19 @@ void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& pag
         throw Damage(bytes.number, "the index entries share more than the first one has");
       }
       entry.key.clear();
-      if (count > 1) entry.key.append(area, 0, prefix);
+      if (count > 1) {
+        if ((repeated += prefix) > kMostRepeated) {
+          throw Damage(bytes.number, "the index entries share more than can be");
+        }
+        entry.key.append(area, 0, prefix);
+      }
       entry.key.append(area, begin, end - begin);
       SplitEntry(page.leaf, bytes.number, entry);
       begin = end;
     }
   }
   page.entries.resize(count);
+  page.unused_bytes = area.size() - begin;
 }
 
 std::size_t IndexPageFreeBytes(const Layout& layout, std::size_t used) {

@@ -39,6 +39,7 @@ struct IndexPage {
   std::uint32_t previous = 0, next = 0;  // 0: none
   std::uint32_t tail = 0;                // of a node
   std::size_t free_bytes = 0;            // as the page says
+  std::size_t unused_bytes = 0;          // as its entries leave
   std::vector<IndexEntry> entries;
 };
 
