@@ -12,9 +12,8 @@ constexpr std::string_view kBulletByte = "\\'B7";
 
 }  // namespace
 
-FormatWriter::FormatWriter(const std::vector<Font>& fonts, const CodePage* default_page,
-                           SourceText* out)
-    : default_page_(default_page), out_(*out) {
+FormatWriter::FormatWriter(const std::vector<Font>& fonts, int default_font, SourceText* out)
+    : default_font_(default_font), out_(*out) {
   for (std::size_t i = 0; i < fonts.size() && symbol_font_ < 0; ++i) {
     if (fonts[i].name == "Symbol" && fonts[i].charset == 2) symbol_font_ = static_cast<int>(i);
   }
@@ -78,7 +77,7 @@ void FormatWriter::Change(const CharFormat* before, const CharFormat& to) {
 
 int FormatWriter::BulletFont(const Bullet& bullet) const {
   const bool symbol = bullet.kind == Bullet::Kind::kBullet && bullet.before == kSymbolBullet;
-  return symbol && symbol_font_ >= 0 ? symbol_font_ : 0;
+  return symbol && symbol_font_ >= 0 ? symbol_font_ : default_font_;
 }
 
 void FormatWriter::BulletText(const Bullet& bullet, int number) {
@@ -88,9 +87,9 @@ void FormatWriter::BulletText(const Bullet& bullet, int number) {
   if (font == symbol_font_) {
     out_.Raw(kBulletByte);
   } else {
-    out_.Text(bullet.before, default_page_);
+    out_.Text(bullet.before, nullptr);
     if (bullet.kind != Bullet::Kind::kBullet) out_.Text(FormatNumber(bullet.kind, number), nullptr);
-    out_.Text(bullet.after, default_page_);
+    out_.Text(bullet.after, nullptr);
   }
   out_.Word("tab");
   out_.Raw("}");
@@ -127,7 +126,7 @@ void FormatWriter::ListText(std::string_view word, std::string_view text) {
     out_.Raw(text.substr(0, 1));
     text.remove_prefix(1);
   }
-  out_.Text(text, default_page_);
+  out_.Text(text, nullptr);
   out_.Raw("}");
 }
 
