@@ -110,7 +110,18 @@ TEST_F(ReceiptCommand, RefusesAnUnknownTenancy) {
     ExpectRefused(result, code);
     EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
   }
-  ExpectRefused(Receipt(R"(PRINTRECEIPT="" REPRINT="99999999" FORMAT="Receipt")"), "99999999");
+}
+
+TEST_F(ReceiptCommand, RefusesToReprintAPaymentThatIsNotThere) {
+  for (const char* line : {R"(PRINTRECEIPT="" REPRINT="99999999" FORMAT="Receipt")",
+                           R"(PRINTRECEIPT="T00001" REPRINT="99999999" FORMAT="Receipt")",
+                           R"(PRINTRECEIPT="T00001" REPRINT="-3" FORMAT="Receipt")"}) {
+    const std::string number =
+        std::string(line).find("-3") == std::string::npos ? "99999999" : "-3";
+    const test::ProcessResult result = Receipt(line);
+    ExpectRefused(result, "There is no payment with the number " + number + ".");
+    EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
+  }
 }
 
 TEST_F(ReceiptCommand, RefusesATemplateThatCannotBeLoaded) {
