@@ -113,7 +113,9 @@ void Reader::Symbol(char symbol) {
   const char32_t character = CharacterOfSymbol(symbol);
   const Destination destination = Top().destination;
   const bool escape = symbol == '\\' || symbol == '{' || symbol == '}';
-  if (!escape && (destination == Destination::kCopy || destination == Destination::kPicture)) {
+  const bool printable = symbol > 0x20 && symbol < 0x7f;
+  if (!escape && printable &&
+      (destination == Destination::kCopy || destination == Destination::kPicture)) {
     MarkCopied();
     return CurrentCopy().source.Symbol(symbol);
   }
@@ -224,6 +226,7 @@ void Reader::Binary(std::string_view bytes) {
   Top().fresh = false;
   if (Top().destination == Destination::kPicture) picture_.Binary(bytes);
   if (Top().destination != Destination::kPicture && Top().destination != Destination::kCopy) return;
+  if (bytes.empty()) return;
   MarkCopied();
   CurrentCopy().source.Binary(bytes);
 }

@@ -94,6 +94,9 @@ class Reader {
   bool OpenDestination(const Token& word);
   bool OpenInText(Opens opens, const Token& word);
   bool OpenInTable(const Token& word);
+  bool OpenInField(const Token& word);
+  bool OpenInInfo(const Token& word);
+  bool OpenInLists(const Token& word);
   bool OpenInCopy(Opens opens, const Token& word);
   bool OpenPart(Destination destination);
   void BeginCopy(SourceCopy::Style style, Delivery delivery, const Token* word);

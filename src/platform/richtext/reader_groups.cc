@@ -1,5 +1,6 @@
 // The opening and closing of groups.
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "platform/richtext/document_text.h"
@@ -17,6 +18,35 @@ int FieldDepth(const Field* field) {
   int depth = 0;
   for (; field != nullptr; field = field->outer.get()) ++depth;
   return depth;
+}
+
+// How a group is read that is neither carried through nor a text of its own.
+std::optional<Destination> PartOf(Opens opens) {
+  switch (opens) {
+    case Opens::kSkipped:
+    case Opens::kInstruction:
+      return Destination::kSkip;
+    case Opens::kFonts:
+      return Destination::kFonts;
+    case Opens::kColours:
+      return Destination::kColours;
+    case Opens::kStyles:
+      return Destination::kStyles;
+    case Opens::kLists:
+      return Destination::kLists;
+    case Opens::kOverrides:
+      return Destination::kOverrides;
+    case Opens::kInfo:
+      return Destination::kInfo;
+    case Opens::kClassicList:
+      return Destination::kClassicList;
+    case Opens::kNestedRow:
+    case Opens::kAlternatives:
+    case Opens::kCopiedFlow:  // a text box without its shape: its text is text
+      return Destination::kText;
+    default:
+      return std::nullopt;
+  }
 }
 
 }  // namespace
@@ -136,35 +166,13 @@ bool Reader::OpenPart(Destination destination) {
 }
 
 bool Reader::OpenInText(Opens opens, const Token& word) {
+  if (const auto destination = PartOf(opens)) {
+    if (opens == Opens::kClassicList) bullet_ = ClassicBullet();
+    if (opens == Opens::kNestedRow) Top().nested_row = true;
+    if (opens == Opens::kAlternatives) Top().alternatives = true;
+    return OpenPart(*destination);
+  }
   switch (opens) {
-    case Opens::kNothing:
-    case Opens::kUnicode:
-    case Opens::kResult:
-      return false;
-    case Opens::kSkipped:
-    case Opens::kInstruction:
-      return OpenPart(Destination::kSkip);
-    case Opens::kFonts:
-      return OpenPart(Destination::kFonts);
-    case Opens::kColours:
-      return OpenPart(Destination::kColours);
-    case Opens::kStyles:
-      return OpenPart(Destination::kStyles);
-    case Opens::kLists:
-      return OpenPart(Destination::kLists);
-    case Opens::kOverrides:
-      return OpenPart(Destination::kOverrides);
-    case Opens::kInfo:
-      return OpenPart(Destination::kInfo);
-    case Opens::kClassicList:
-      bullet_ = ClassicBullet();
-      return OpenPart(Destination::kClassicList);
-    case Opens::kNestedRow:
-      Top().nested_row = true;
-      return OpenPart(Destination::kText);
-    case Opens::kAlternatives:
-      Top().alternatives = true;
-      return OpenPart(Destination::kText);
     case Opens::kField:
       BeginField();
       return true;
@@ -182,6 +190,7 @@ bool Reader::OpenInText(Opens opens, const Token& word) {
       BeginCopy(SourceCopy::Style::kWhole, Delivery::kHead, &word);
       return true;
     case Opens::kHeadFlow:
+      // Headers belong to the letter, not to its parts.
       if (flows_.size() > 1) return OpenPart(Destination::kSkip);
       BeginFlow(Delivery::kHead, word);
       return true;
@@ -193,11 +202,9 @@ bool Reader::OpenInText(Opens opens, const Token& word) {
       BeginFlow(Delivery::kMark, word);
       Top().open_ending = true;
       return true;
-    case Opens::kCopiedFlow:
-      // A text box without its shape: its text is text.
-      return OpenPart(Destination::kText);
+    default:
+      return false;
   }
-  return false;
 }
 
 // Groups in the tables of the head, in \field and in \pn.
@@ -205,46 +212,15 @@ bool Reader::OpenInTable(const Token& word) {
   Group& group = Top();
   switch (group.destination) {
     case Destination::kField:
-      if (word.text == "fldinst") {
-        BeginCopy(SourceCopy::Style::kInstruction, Delivery::kInstruction, nullptr);
-        return true;
-      }
-      if (word.text == "fldrslt") {
-        group.field = group.making;
-        group.field_serial = CurrentFlow().paragraph_serial();
-        group.making = nullptr;
-        return OpenPart(Destination::kText);
-      }
-      return OpenPart(Destination::kSkip);
+      return OpenInField(word);
     case Destination::kClassicList:
       if (word.text == "pntxtb") return OpenPart(Destination::kListBefore);
       if (word.text == "pntxta") return OpenPart(Destination::kListAfter);
       return false;
-    case Destination::kInfo: {
-      static constexpr std::string_view kKept[] = {"author",   "subject",  "manager", "company",
-                                                   "category", "keywords", "doccomm"};
-      if (word.text == "title") return OpenPart(Destination::kTitle);
-      if (word.text == "upr") {
-        group.alternatives = true;
-        return OpenPart(Destination::kInfo);
-      }
-      if (std::ranges::find(kKept, word.text) == std::end(kKept))
-        return OpenPart(Destination::kSkip);
-      BeginCopy(SourceCopy::Style::kWhole, Delivery::kInfo, &word);
-      return true;
-    }
+    case Destination::kInfo:
+      return OpenInInfo(word);
     case Destination::kLists:
-      if (word.text == "list") {
-        group.entry = true;
-        lists_.BeginList();
-      } else if (word.text == "listlevel") {
-        lists_.BeginLevel();
-      } else if (word.text == "leveltext") {
-        return OpenPart(Destination::kLevelText);
-      } else if (word.text == "levelnumbers" || word.text == "listname" || group.starred) {
-        return OpenPart(Destination::kSkip);
-      }
-      return false;
+      return OpenInLists(word);
     case Destination::kOverrides:
       if (word.text == "lfolevel") return OpenPart(Destination::kSkip);
       group.entry = word.text == "listoverride";
@@ -260,9 +236,52 @@ bool Reader::OpenInTable(const Token& word) {
   }
 }
 
+bool Reader::OpenInField(const Token& word) {
+  if (word.text == "fldinst") {
+    BeginCopy(SourceCopy::Style::kInstruction, Delivery::kInstruction, nullptr);
+    return true;
+  }
+  if (word.text != "fldrslt") return OpenPart(Destination::kSkip);
+  Group& group = Top();
+  group.field = std::exchange(group.making, nullptr);
+  group.field_serial = CurrentFlow().paragraph_serial();
+  return OpenPart(Destination::kText);
+}
+
+bool Reader::OpenInInfo(const Token& word) {
+  static constexpr std::string_view kKept[] = {"author",   "subject",  "manager", "company",
+                                               "category", "keywords", "doccomm"};
+  if (word.text == "title") return OpenPart(Destination::kTitle);
+  if (word.text == "upr") {
+    Top().alternatives = true;
+    return OpenPart(Destination::kInfo);
+  }
+  if (std::ranges::find(kKept, word.text) == std::end(kKept)) return OpenPart(Destination::kSkip);
+  BeginCopy(SourceCopy::Style::kWhole, Delivery::kInfo, &word);
+  return true;
+}
+
+bool Reader::OpenInLists(const Token& word) {
+  if (word.text == "leveltext") return OpenPart(Destination::kLevelText);
+  if (word.text == "levelnumbers" || word.text == "listname" || Top().starred)
+    return OpenPart(Destination::kSkip);
+  if (word.text == "list") {
+    Top().entry = true;
+    lists_.BeginList();
+  } else if (word.text == "listlevel") {
+    lists_.BeginLevel();
+  }
+  return false;
+}
+
 // Groups in what is carried through: dropped, rewritten, or copied with their braces.
 bool Reader::OpenInCopy(Opens opens, const Token& word) {
   const bool unknown = WhatOpens(word.text, false) == Opens::kNothing;
+  if (IsInvisibleWord(word.text)) {
+    if (Top().starred) return OpenPart(Destination::kSkip);
+    Top().fresh = false;
+    return true;
+  }
   if (opens == Opens::kSkipped && !unknown) return OpenPart(Destination::kSkip);
   if (opens == Opens::kCopiedFlow && flows_.size() < kMostFlows) {
     BeginFlow(Delivery::kCopy, word);

@@ -28,10 +28,12 @@ void Reader::Word(const Token& word) {
       if (word.text == "f") Top().page = &fonts_.PageOf(word.param);
       if (CurrentCopy().source.style() == SourceCopy::Style::kInstruction && CharacterWord(word))
         return;
+      if (IsInvisibleWord(word.text)) return;
       MarkCopied();
       return CurrentCopy().source.Word(word, fonts_, colours_);
     case Destination::kPicture:
       picture_.Word(word);
+      if (IsInvisibleWord(word.text)) return;
       MarkCopied();
       return CurrentCopy().source.Word(word, fonts_, colours_);
     case Destination::kFonts:

@@ -2,7 +2,6 @@
 
 #include <unordered_map>
 
-#include "platform/richtext/character_words.h"
 #include "platform/richtext/colour_table.h"
 #include "platform/runtime/text.h"
 
@@ -33,7 +32,6 @@ Reference ReferenceOf(std::string_view word) {
 }
 
 void SourceCopy::Word(const Token& word, FontTable& fonts, const ColourTable& colours) {
-  if (IsInvisibleWord(word.text)) return;
   if (!word.has_param) return out_.Word(word.text);
   switch (ReferenceOf(word.text)) {
     case Reference::kFont:
@@ -46,8 +44,6 @@ void SourceCopy::Word(const Token& word, FontTable& fonts, const ColourTable& co
 }
 
 void SourceCopy::Symbol(char symbol) {
-  if (static_cast<unsigned char>(symbol) < 0x20 || static_cast<unsigned char>(symbol) >= 0x7f)
-    return;
   const char source[] = {'\\', symbol, '\0'};
   out_.Raw(source);
 }
