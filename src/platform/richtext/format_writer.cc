@@ -12,9 +12,8 @@ constexpr std::string_view kBulletByte = "\\'B7";
 
 }  // namespace
 
-FormatWriter::FormatWriter(const std::vector<Font>& fonts, const CodePage* default_page,
-                           SourceText* out)
-    : default_page_(default_page), out_(*out) {
+FormatWriter::FormatWriter(const std::vector<Font>& fonts, int default_font, SourceText* out)
+    : default_font_(default_font), out_(*out) {
   for (std::size_t i = 0; i < fonts.size() && symbol_font_ < 0; ++i) {
     if (fonts[i].name == "Symbol" && fonts[i].charset == 2) symbol_font_ = static_cast<int>(i);
   }
@@ -76,28 +75,28 @@ void FormatWriter::Change(const CharFormat* before, const CharFormat& to) {
   if (before == nullptr || from.half_points != to.half_points) out_.Word("fs", to.half_points);
 }
 
-int FormatWriter::BulletFont(const Bullet& bullet) const {
-  const bool symbol = bullet.kind == Bullet::Kind::kBullet && bullet.before == kSymbolBullet;
-  return symbol && symbol_font_ >= 0 ? symbol_font_ : 0;
+bool FormatWriter::InSymbol(const Bullet& bullet) const {
+  return symbol_font_ >= 0 && bullet.kind == Bullet::Kind::kBullet &&
+         bullet.before == kSymbolBullet;
 }
 
 void FormatWriter::BulletText(const Bullet& bullet, int number) {
-  const int font = BulletFont(bullet);
+  const int font = InSymbol(bullet) ? symbol_font_ : default_font_;
   out_.Raw("{\\pntext");
   out_.Word("f", font);
-  if (font == symbol_font_) {
+  if (InSymbol(bullet)) {
     out_.Raw(kBulletByte);
   } else {
-    out_.Text(bullet.before, default_page_);
+    out_.Text(bullet.before, nullptr);
     if (bullet.kind != Bullet::Kind::kBullet) out_.Text(FormatNumber(bullet.kind, number), nullptr);
-    out_.Text(bullet.after, default_page_);
+    out_.Text(bullet.after, nullptr);
   }
   out_.Word("tab");
   out_.Raw("}");
 }
 
 void FormatWriter::ListWords(const Bullet& bullet) {
-  const int font = BulletFont(bullet);
+  const int font = InSymbol(bullet) ? symbol_font_ : default_font_;
   const bool is_bullet = bullet.kind == Bullet::Kind::kBullet;
   out_.Raw(is_bullet ? "{\\*\\pn\\pnlvlblt" : "{\\*\\pn\\pnlvlbody");
   out_.Word("pnf", font);
@@ -110,7 +109,7 @@ void FormatWriter::ListWords(const Bullet& bullet) {
               : bullet.kind == Bullet::Kind::kLowerLetter ? "pnlcltr"
                                                           : "pndec");
   }
-  if (font == symbol_font_)
+  if (InSymbol(bullet))
     out_.Raw("{\\pntxtb\\'B7}");
   else
     ListText("pntxtb", bullet.before);
@@ -127,7 +126,7 @@ void FormatWriter::ListText(std::string_view word, std::string_view text) {
     out_.Raw(text.substr(0, 1));
     text.remove_prefix(1);
   }
-  out_.Text(text, default_page_);
+  out_.Text(text, nullptr);
   out_.Raw("}");
 }
 

@@ -9,8 +9,8 @@ namespace tenora::richtext {
 
 class FormatWriter {
  public:
-  // `symbol_font` is the position of the font for bullets, `default_font` that for numbers.
-  FormatWriter(const std::vector<Font>& fonts, const CodePage* default_page, SourceText* out);
+  // Bullets are written in the Symbol font among `fonts`, numbers in the default font.
+  FormatWriter(const std::vector<Font>& fonts, int default_font, SourceText* out);
 
   // The words that turn one character format into another. With `from` null: from the state behind
   // \plain, font and size always named.
@@ -28,10 +28,11 @@ class FormatWriter {
   void TabWords(const TabStop& tab);
   void Switch(std::string_view word, bool from, bool to);
   void UnderlineWord(Underline underline);
-  int BulletFont(const Bullet& bullet) const;
+  // True for the bullet that the classic control writes as a character of Symbol.
+  bool InSymbol(const Bullet& bullet) const;
 
   int symbol_font_ = -1;
-  const CodePage* default_page_;
+  int default_font_;
   SourceText& out_;
 };
 

@@ -10,7 +10,7 @@
 namespace tenora::richtext {
 namespace {
 
-constexpr std::size_t kLongestText = 64;
+constexpr std::ptrdiff_t kLongestText = 64;  // characters
 constexpr int kLargestNumber = 32767;
 
 // What the private characters of Symbol and Wingdings draw.
@@ -23,6 +23,13 @@ char32_t DrawnBullet(char32_t character) {
   if (found != kDrawn.end()) return found->second;
   if (character == 0xb7) return U'•';
   return character >= 0xf000 && character <= 0xf0ff ? U'•' : character;
+}
+
+// Text around a number stays short, whatever it is put together from.
+void AppendBounded(std::string* text, char32_t character) {
+  const auto length = std::ranges::count_if(
+      *text, [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; });
+  if (character >= 0x20 && length < kLongestText) AppendUtf8(*text, character);
 }
 
 Bullet::Kind KindOfFormat(int nfc) {
@@ -111,7 +118,7 @@ void ClassicBullet::Word(const Token& token) {
 
 void ClassicBullet::Character(char32_t character, bool before) {
   std::string& text = before ? bullet_.before : bullet_.after;
-  if (character >= 0x20 && text.size() < kLongestText) AppendUtf8(text, character);
+  AppendBounded(&text, character);
 }
 
 Bullet ClassicBullet::Take() const {
@@ -164,7 +171,8 @@ void ListTable::LevelText(char32_t character) {
   if (list_.level_count == 0) return;
   Level& level = list_.levels[static_cast<std::size_t>(list_.level_count - 1)];
   if (!std::exchange(level.has_length, true)) return;
-  if (character != ';' && level.text.size() < kLongestText) level.text += character;
+  if (character != ';' && level.text.size() < static_cast<std::size_t>(kLongestText))
+    level.text += character;
 }
 
 std::string ListTable::NumberText(const List& list, int level) {
@@ -196,14 +204,15 @@ ListTable::Item ListTable::Next(int list_number, int level_number, bool follows)
   for (const char32_t character : level.text) {
     if (character == static_cast<char32_t>(level_number))
       side = &bullet.after;
-    else if (character < static_cast<char32_t>(level_number))
-      side->append(NumberText(list, static_cast<int>(character)));
-    else if (character >= 0x20)
-      AppendUtf8(*side, character);
+    else if (character < static_cast<char32_t>(level_number)) {
+      for (const char c : NumberText(list, static_cast<int>(character)))
+        AppendBounded(side, static_cast<char32_t>(c));
+    } else
+      AppendBounded(side, character);
   }
   if (bullet.kind == Bullet::Kind::kBullet) {
-    bullet.before = BulletText(bullet.before + bullet.after);
-    if (bullet.before.empty()) bullet.before = "•";
+    // A bullet stands for no number.
+    bullet.before = BulletText(bullet.before.empty() ? "•" : bullet.before);
     bullet.after.clear();
   } else if (bullet.kind == Bullet::Kind::kNone) {
     bullet = Bullet();

@@ -377,7 +377,8 @@ void Reader::EndFlow(Group& group) {
   source.Raw("{");
   source.Raw(group.own_word);
   source.Word("plain");
-  BlockWriter(fonts_.fonts(), fonts_.document_code_page(), &code_pages_, &source)
+  BlockWriter(fonts_.fonts(), fonts_.DefaultPosition(), fonts_.document_code_page(), &code_pages_,
+              &source)
       .Write(blocks, group.open_ending ? BlockWriter::Ending::kOpen : BlockWriter::Ending::kMarked);
   source.Raw("}");
   Copy copy{SourceCopy(SourceCopy::Style::kWhole), {}, nullptr, 0};

@@ -9,6 +9,9 @@ namespace {
 
 constexpr int kLongestFallback = 1000;
 
+// A destination's word that does not begin its group means nothing, and must not come to begin one.
+bool IsMisplaced(const Token& word) { return WhatOpens(word.text, false) != Opens::kNothing; }
+
 }  // namespace
 
 void Reader::Word(const Token& word) {
@@ -28,12 +31,12 @@ void Reader::Word(const Token& word) {
       if (word.text == "f") Top().page = &fonts_.PageOf(word.param);
       if (CurrentCopy().source.style() == SourceCopy::Style::kInstruction && CharacterWord(word))
         return;
-      if (IsInvisibleWord(word.text)) return;
+      if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
       MarkCopied();
       return CurrentCopy().source.Word(word, fonts_, colours_);
     case Destination::kPicture:
       picture_.Word(word);
-      if (IsInvisibleWord(word.text)) return;
+      if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
       MarkCopied();
       return CurrentCopy().source.Word(word, fonts_, colours_);
     case Destination::kFonts:

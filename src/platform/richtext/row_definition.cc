@@ -147,8 +147,8 @@ void RowDefinition::Apply(Row* row) const {
   row->definition = started() ? source_ : "\\trowd";
   while (row->cells.size() < content.size()) {
     Cell cell;
-    cell.right_edge =
-        (row->cells.empty() ? row->left_edge : row->cells.back().right_edge) + kDefaultCellWidth;
+    const int left = row->cells.empty() ? row->left_edge : row->cells.back().right_edge;
+    cell.right_edge = std::min(left + kDefaultCellWidth, kWidestTable);
     row->definition.append("\\cellx").append(std::to_string(cell.right_edge));
     row->cells.push_back(std::move(cell));
   }

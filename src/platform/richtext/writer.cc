@@ -88,16 +88,16 @@ std::string WriteRtf(const Document& document) {
     out.LineEnd();
   }
   out.Raw("\\viewkind4\\uc1", true);
-  BlockWriter(document.fonts, document.code_page, &code_pages, &out)
+  BlockWriter(document.fonts, document.default_font, document.code_page, &code_pages, &out)
       .Write(document.blocks, BlockWriter::Ending::kMarked);
   out.Raw("}");
   out.LineEnd();
   return out.Take();
 }
 
-BlockWriter::BlockWriter(const std::vector<Font>& fonts, int document_code_page,
+BlockWriter::BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
                          CodePages* code_pages, SourceText* out)
-    : formats_(fonts, nullptr, out), out_(*out) {
+    : formats_(fonts, default_font, out), out_(*out), default_font_(default_font) {
   for (const Font& font : fonts)
     pages_.push_back(&code_pages->Get(CodePageOfCharset(font.charset, document_code_page)));
 }
@@ -210,7 +210,11 @@ void BlockWriter::SwitchField(const std::shared_ptr<const Field>& field) {
     fields_.pop_back();
   }
   for (auto next = same; next != wanted.end(); ++next) {
-    if (!format_known_) ChangeFormat(CharFormat());
+    if (!format_known_) {
+      CharFormat plain;
+      plain.font = default_font_;
+      ChangeFormat(plain);
+    }
     out_.Raw("{\\field");
     out_.Raw((*next)->flags, true);
     out_.Raw("{\\*\\fldinst{");

@@ -20,8 +20,8 @@ class BlockWriter {
   // How the text ends: a header's last paragraph has its mark, a footnote's has none.
   enum class Ending { kMarked, kOpen };
 
-  BlockWriter(const std::vector<Font>& fonts, int document_code_page, CodePages* code_pages,
-              SourceText* out);
+  BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
+              CodePages* code_pages, SourceText* out);
 
   void Write(const std::vector<Block>& blocks, Ending ending);
 
@@ -38,6 +38,7 @@ class BlockWriter {
   FormatWriter formats_;
   std::vector<const CodePage*> pages_;  // by font position
   SourceText& out_;
+  int default_font_;
 
   CharFormat format_;  // in force in the source
   bool format_known_ = false;
