@@ -17,7 +17,7 @@ namespace {
 const std::vector<std::vector<std::string>> kFloors = {
     {"platform/runtime"},
     {"platform/access", "platform/registry", "platform/richtext", "platform/locale",
-     "platform/dialogs"},
+     "platform/dialogs", "platform/mail"},
     {"platform/query", "platform/printing"},
     {"data"},
     {"rental"},

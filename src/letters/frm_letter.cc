@@ -6,8 +6,11 @@
 #include "letters/template_library.h"
 #include "merge/catalogue.h"
 #include "merge/prompts.h"
+#include "output/email_content.h"
+#include "output/letter_pdf.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
 
 namespace tenora {
 namespace {
@@ -143,6 +146,42 @@ bool frmLetter::PrintLetter(PrinterMod& printer) {
   return Guarded(session_.platform.dialogs, "frmLetter - PrintLetter", [&] {
     printer.PrintRichText(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName);
   });
+}
+
+std::string frmLetter::EmailAddress() const {
+  const Caches& caches = session_.caches;
+  if (members_.Kind == kTenantLetter) {
+    for (const TenantRecord& tenant : caches.Tenants) {
+      if (tenant.Reference == members_.TenantCode) return tenant.Email;
+    }
+  } else if (members_.Kind == kOwnerLetter) {
+    for (const OwnerRecord& owner : caches.Owners) {
+      if (owner.Name == members_.RecipientName) return owner.Email;
+    }
+  }
+  return {};
+}
+
+bool frmLetter::SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf) {
+  Dialogs& dialogs = session_.platform.dialogs;
+  bool sent = false;
+  Guarded(dialogs, "frmLetter - SendEmail", [&] {
+    const std::string address = EmailAddress();
+    if (TrimBlanks(address).empty()) {
+      dialogs.Say(members_.RecipientName + " has no e-mail address. \"" + members_.LetterTitle +
+                  "\" was not sent.");
+      return;
+    }
+    EmailBody body = MakeEmailBody(rtfLetter);
+    if (attach_pdf) {
+      body.attachments.push_back(
+          {"application/pdf", members_.LetterTitle + ".pdf", "",
+           MakeLetterPdf(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName,
+                         session_.settings)});
+    }
+    sent = sender.DeliverEmail(address, body, subject, true);
+  });
+  return sent;
 }
 
 }  // namespace tenora

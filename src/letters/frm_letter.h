@@ -9,6 +9,7 @@
 
 #include "merge/merge_target.h"
 #include "merge/tenant_merge.h"
+#include "output/email_sender.h"
 #include "output/printing.h"
 #include "platform/richtext/rich_text_box.h"
 #include "rental/session.h"
@@ -51,6 +52,14 @@ class frmLetter {
   // Prints the letter as "title - recipient"; the job stays open. An error is shown and gives
   // false.
   bool PrintLetter(PrinterMod& printer);
+
+  // The address of the recipient: a tenant's by the letter's tenant code, an owner's by name, as
+  // the letter's kind says. Empty when there is none.
+  std::string EmailAddress() const;
+
+  // Sends the letter to its recipient, with itself as a PDF where `attach_pdf` is set. A failure,
+  // also a recipient without an address, is shown and gives false.
+  bool SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf);
 
   RichTextBox rtfLetter;
 

@@ -6,14 +6,17 @@
 #include <memory>
 #include <ostream>
 
+#include "output/rtf_to_html.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/query/engine.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
 
 namespace tenora {
 namespace {
 
-constexpr std::array<std::string_view, 5> kOwnWords{"query", "tables", "--help", "-h", "--version"};
+constexpr std::array<std::string_view, 6> kOwnWords{"query",  "tables", "html",
+                                                    "--help", "-h",     "--version"};
 
 constexpr const char* kVersion = "Tenora Mail Merge Facility " TENORA_VERSION;
 
@@ -23,7 +26,7 @@ constexpr const char* kHelpFooter =
       prints the receipt of the tenant's latest payment.
       DEFAULT="False"     choose a printer (a list on the terminal)
       TOPRINTER="False"   do not print, only keep a copy where the settings say so
-      TOEMAIL="True"      send it by e-mail (not available in this version)
+      TOEMAIL="True"      send it to the tenant by e-mail
       REPRINT="number"    the receipt of an earlier payment, by its record number;
                           the tenant is then found by the payment
   PRINTCHEQUE="" PAYEE="name" VALUE="amount" FORMAT="template name"
@@ -56,6 +59,12 @@ void RunQuery(const std::string& path, const std::string& sql, std::ostream& out
                            output);
 }
 
+void ConvertToHtml(const std::string& path, const std::string& options, std::ostream& output) {
+  const std::string rtf = ReadWholeFile(path);
+  if (!rtf.starts_with("{\\rtf")) throw StandardError(error_number::kInvalidFileFormat, path);
+  output << RtfToHtml(rtf, options);
+}
+
 }  // namespace
 
 bool IsOwnCommand(std::string_view first_argument) {
@@ -76,6 +85,13 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   run_query->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   run_query->add_option("SQL", sql, "The statement")->required();
 
+  std::string letter, options;
+  CLI::App* const html = app.add_subcommand("html", "Print a letter as HTML, as e-mails carry it");
+  html->add_option("FILE", letter, "The .rtf file")->required();
+  html->add_option("--options", options,
+                   "Switches: +CR line ends, +F=3 default font size, -FF no font faces, +U Unicode "
+                   "escapes as character references, +E angle brackets and & as entities");
+
   std::ranges::reverse(arguments);  // CLI11 takes them from the back
   try {
     app.parse(arguments);
@@ -85,6 +101,7 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   try {
     if (tables->parsed()) ListTables(database, output);
     if (run_query->parsed()) RunQuery(database, sql, output);
+    if (html->parsed()) ConvertToHtml(letter, options, output);
     output.flush();
     if (!output) throw StandardError(error_number::kDeviceIoError, "standard output");
     return 0;

@@ -162,8 +162,10 @@ bool ReceiptCommand::Print() {
 
 bool ReceiptCommand::Email() {
   letter_.members().Kind = kTenantLetter;
-  dialogs_.Say("Sending receipts by e-mail (TOEMAIL) is not available in this version.", kLabel);
-  return false;
+  const bool attach_pdf =
+      ToInt32(session_.settings.GetSettingText("Receipt", "PdfAttachment", "0")) != 0;
+  clsEmailSender sender(session_);
+  return letter_.SendEmail(sender, letter_.members().LetterTitle, attach_pdf);
 }
 
 // Reprints are never saved again.

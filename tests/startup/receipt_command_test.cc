@@ -191,11 +191,6 @@ TEST_F(ReceiptCommand, RefusesALetterThatAsksForABuildingsReceiptNumber) {
 }
 
 TEST_F(ReceiptCommand, SaysWhatItCannotDoYet) {
-  const test::ProcessResult mailed = Receipt(std::string(kReceipt) + R"( TOEMAIL="true")");
-  EXPECT_EQ(mailed.status, 1);
-  EXPECT_THAT(mailed.errors, HasSubstr("TOEMAIL"));
-  EXPECT_EQ(Printed().size(), 1u);  // it prints all the same
-  fs::remove_all(Home() / "Printed");
   ExpectRefused(Receipt(R"(PRINTCHEQUE="" PAYEE="x" VALUE="1" FORMAT="x")"), "PRINTCHEQUE");
   ExpectRefused(Run({}), "windows");
   ExpectRefused(Run({"/NewFormsInstalled"}), "windows");

@@ -72,7 +72,7 @@ void WritePageSetup(const Document& document, SourceText* out) {
 
 }  // namespace
 
-std::string WriteRtf(const Document& document) {
+std::string WriteRtf(const Document& document, Escapes escapes) {
   SourceText out;
   CodePages code_pages;
   out.Raw("{\\rtf1\\ansi");
@@ -88,7 +88,7 @@ std::string WriteRtf(const Document& document) {
     out.LineEnd();
   }
   out.Raw("\\viewkind4\\uc1", true);
-  BlockWriter(document.fonts, document.default_font, document.code_page, &code_pages, &out)
+  BlockWriter(document.fonts, document.default_font, document.code_page, &code_pages, &out, escapes)
       .Write(document.blocks, BlockWriter::Ending::kMarked);
   out.Raw("}");
   out.LineEnd();
@@ -96,10 +96,12 @@ std::string WriteRtf(const Document& document) {
 }
 
 BlockWriter::BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
-                         CodePages* code_pages, SourceText* out)
+                         CodePages* code_pages, SourceText* out, Escapes escapes)
     : formats_(fonts, default_font, out), out_(*out), default_font_(default_font) {
-  for (const Font& font : fonts)
-    pages_.push_back(&code_pages->Get(CodePageOfCharset(font.charset, document_code_page)));
+  for (const Font& font : fonts) {
+    const int page = CodePageOfCharset(font.charset, document_code_page);
+    pages_.push_back(escapes == Escapes::kUnicode ? nullptr : &code_pages->Get(page));
+  }
 }
 
 void BlockWriter::Write(const std::vector<Block>& blocks, Ending ending) {

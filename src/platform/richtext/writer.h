@@ -12,7 +12,11 @@
 
 namespace tenora::richtext {
 
-std::string WriteRtf(const Document& document);
+// How characters beyond ASCII stand in the source: as the code page's bytes where it has them, or
+// all as Unicode escapes, for readers that know no code pages.
+enum class Escapes { kCodePage, kUnicode };
+
+std::string WriteRtf(const Document& document, Escapes escapes = Escapes::kCodePage);
 
 // A text that stands in the document's source, without escaping what has a meaning there.
 class BlockWriter {
@@ -21,7 +25,7 @@ class BlockWriter {
   enum class Ending { kMarked, kOpen };
 
   BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
-              CodePages* code_pages, SourceText* out);
+              CodePages* code_pages, SourceText* out, Escapes escapes = Escapes::kCodePage);
 
   void Write(const std::vector<Block>& blocks, Ending ending);
 
@@ -36,7 +40,7 @@ class BlockWriter {
   void ChangeFormat(const CharFormat& format);
 
   FormatWriter formats_;
-  std::vector<const CodePage*> pages_;  // by font position
+  std::vector<const CodePage*> pages_;  // by font position; null: all as Unicode
   SourceText& out_;
   int default_font_;
 

@@ -1,0 +1,95 @@
+#include "output/email_sender.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "platform/dialogs/guard.h"
+#include "platform/mail/mail_client.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+// The compose window reads one file: its pictures stand in the HTML itself.
+std::string WithPicturesInPlace(const EmailBody& body) {
+  std::string html = body.body;
+  for (const mail::Part& picture : body.pictures) {
+    html = ReplaceAll(std::move(html), "cid:" + picture.content_id,
+                      "data:" + picture.content_type + ";base64," + mail::Base64(picture.bytes));
+  }
+  return html;
+}
+
+// Bodies handed to the mail program; it reads them after we have ended.
+std::filesystem::path DraftFolder() {
+  const char* cache = std::getenv("XDG_CACHE_HOME");
+  if (cache != nullptr && *cache == '/') return std::filesystem::path(cache) / "Tenora";
+  const char* home = std::getenv("HOME");
+  if (home != nullptr && *home == '/') return std::filesystem::path(home) / ".cache/Tenora";
+  return std::filesystem::temp_directory_path() / "Tenora";
+}
+
+}  // namespace
+
+bool clsEmailSender::DeliverEmail(const std::string& recipient, const EmailBody& body,
+                                  const std::string& subject, bool isHtml) {
+  if (session_.options.SmtpSend) return SendEmailSMTP(recipient, body, subject, isHtml);
+  return SendEmailOutlook(recipient, body, subject);
+}
+
+bool clsEmailSender::SendEmailOutlook(const std::string& recipient, const EmailBody& body,
+                                      const std::string& subject) {
+  Dialogs& dialogs = session_.platform.dialogs;
+  try {
+    mail::Message message;
+    message.to = mail::ParseAddresses(recipient);
+    message.subject = subject;
+    message.html = WithPicturesInPlace(body);
+    message.date = session_.platform.clock.Now();
+    mail::ComposeInMailClient(message, DraftFolder());
+    return true;
+  } catch (const mail::NoMailClient& error) {
+    dialogs.Say(
+        "Unable to send an email.  You do not have Microsoft Outlook correctly installed.  "
+        "(Note - Microsoft Outlook Express is not supported)\r\n" +
+        std::string(error.description()));
+  } catch (const RuntimeError& error) {
+    dialogs.Say(ErrorText(error));
+  }
+  return false;
+}
+
+mail::Server clsEmailSender::Server() const {
+  const Options& options = session_.options;
+  mail::Server server;
+  server.host = options.SmtpAddress;
+  // Ports above 32767 stand in the 16-bit option as negative numbers.
+  server.port = static_cast<std::uint16_t>(options.SmtpPort);
+  server.ssl = options.SmtpSSL;
+  server.user = options.SmtpUsername;
+  server.password = options.SmtpPassword;
+  return server;
+}
+
+bool clsEmailSender::SendEmailSMTP(const std::string& recipient, const EmailBody& body,
+                                   const std::string& subject, bool isHtml) {
+  try {
+    mail::Message message;
+    message.from = mail::ParseAddresses(session_.options.SmtpSender).front();
+    message.to = mail::ParseAddresses(recipient);
+    message.subject = subject;
+    message.text = isHtml ? body.plain_text : body.body;
+    if (isHtml) message.html = body.body;
+    message.inline_parts = body.pictures;
+    message.attachments = body.attachments;
+    message.date = session_.platform.clock.Now();
+    smtp_.Send(Server(), message);
+    return true;
+  } catch (const RuntimeError& error) {
+    session_.platform.dialogs.Say(ErrorText(error));
+    return false;
+  }
+}
+
+}  // namespace tenora

@@ -1,0 +1,44 @@
+// Sends one message to one recipient: by SMTP, or through the desktop's mail program, as the option
+// SmtpSend says. Nothing is retried, and one transport never stands in for the other.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/mail/message.h"
+#include "platform/mail/smtp_client.h"
+#include "rental/session.h"
+
+namespace tenora {
+
+// What a letter becomes in an e-mail.
+struct EmailBody {
+  std::string body;        // HTML or plain text, as isHtml says; pictures as "cid:…"
+  std::string plain_text;  // what readers without HTML see
+  std::vector<mail::Part> pictures;
+  std::vector<mail::Part> attachments;
+};
+
+class clsEmailSender {
+ public:
+  explicit clsEmailSender(Session& session) : session_(session) {}
+
+  // The recipient may be several addresses split by ";" or ",". A failure is shown and gives false.
+  bool DeliverEmail(const std::string& recipient, const EmailBody& body, const std::string& subject,
+                    bool isHtml);
+
+  // Opens the mail program's compose window; nothing is sent. The body is always taken as HTML.
+  bool SendEmailOutlook(const std::string& recipient, const EmailBody& body,
+                        const std::string& subject);
+  // Sends at once. Messages of one sender share a connection.
+  bool SendEmailSMTP(const std::string& recipient, const EmailBody& body,
+                     const std::string& subject, bool isHtml);
+
+ private:
+  mail::Server Server() const;
+
+  Session& session_;
+  mail::SmtpClient smtp_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,41 @@
+// A message on its way out: what it says, and how its header lines are written.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/mail/address.h"
+#include "platform/runtime/date.h"
+
+namespace tenora::mail {
+
+// A picture that the HTML shows (content_id set, referred to as "cid:…"), or a file sent along.
+struct Part {
+  std::string content_type;  // "image/png", "application/pdf"
+  std::string file_name;     // UTF-8
+  std::string content_id;
+  std::string bytes;
+};
+
+struct Message {
+  Address from;
+  std::vector<Address> to;
+  std::string subject;  // UTF-8; line breaks become blanks
+  std::string text;     // the whole body, or the alternative for readers without HTML
+  std::string html;     // empty for a plain message
+  std::vector<Part> inline_parts;
+  std::vector<Part> attachments;
+  Date date;  // local time
+};
+
+// The header lines From, To, Subject, Date and Message-ID, each without its line end, ASCII only,
+// folded where long. Nothing in a message can add a line of its own.
+std::vector<std::string> HeaderLines(const Message& message);
+
+// Text of a header as encoded words where it is not plain ASCII.
+std::string EncodeHeaderText(std::string_view text);
+
+std::string Base64(std::string_view bytes);
+
+}  // namespace tenora::mail
