@@ -171,9 +171,17 @@ TEST(Pictures, OfEmbeddedObjectsStandForThem) {
   richtext::Run run;
   run.object = std::shared_ptr<const richtext::Verbatim>(object);
   paragraph.runs.push_back(run);
+  paragraph.runs.push_back(Text("beside"));
   const Paper paper = Print(DocumentOf({paragraph}), folder);
-  EXPECT_THAT(paper.Text(), HasSubstr("see shown in its place"));
-  EXPECT_EQ(paper.ends, std::vector<int>{4 + 1 + 1});
+  EXPECT_THAT(paper.Text(), HasSubstr("see shown in its place\nbeside"));
+  EXPECT_EQ(paper.ends, std::vector<int>{4 + 1 + 6 + 1});
+}
+
+TEST(Pictures, ThatAreDamagedLeaveNoRemarksOnTheTerminal) {
+  const ScratchFolder folder;
+  testing::internal::CaptureStderr();
+  Print(DocumentOf({WithPicture(PictureOf(Kind::kJpeg, "\xFF\xD8\xFF\xE0"))}), folder);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace
