@@ -135,6 +135,7 @@ void FormatWriter::BorderWords(std::string_view edge, const Border& border) {
   out_.Word(edge);
   out_.Word("brdrs");
   if (border.width != 0) out_.Word("brdrw", border.width);
+  if (border.space != 0) out_.Word("brsp", border.space);
   if (border.colour != 0) out_.Word("brdrcf", border.colour);
 }
 

@@ -49,6 +49,23 @@ TEST_F(Tables, SetEachCellInItsColumn) {
   EXPECT_NEAR(paper.Find("after").top, kInch + 2000, kNear);
 }
 
+TEST_F(Tables, KeepTextOffTheEdgesAsFarAsTheCellSays) {
+  Row row = RowOf({"own", "gap"});
+  row.cells[0].padding = {200, 300, 150, 0};
+  const Paper paper = PrintTable({row, RowOf({"next"})});
+  EXPECT_NEAR(paper.Find("own").left, kInch + 300, kNear);
+  EXPECT_NEAR(paper.Find("own").top, kInch + 200, kNear);
+  EXPECT_NEAR(paper.Find("gap").left, kInch + 3100, kNear);
+  EXPECT_NEAR(paper.Find("gap").top, kInch, kNear);
+  EXPECT_NEAR(paper.Find("next").top - paper.Find("own").bottom, 150, 60);
+
+  Row tall = RowOf({"", "x"});
+  tall.cells[0].blocks.clear();
+  tall.cells[0].padding = {100000, 100000, 100000, 100000};
+  for (int i = 1; i <= 50; ++i) tall.cells[0].blocks.emplace_back(Line("p" + std::to_string(i)));
+  EXPECT_EQ(PrintTable({tall}, 5600).Find("p50").page, 5) << "half of each page is padding";
+}
+
 TEST_F(Tables, StandWhereTheirRowsAreAligned) {
   Row right = RowOf({"cell"});
   right.alignment = richtext::Alignment::kRight;

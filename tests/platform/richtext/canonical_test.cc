@@ -72,6 +72,8 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
       {"\\pard\\box\\brdrs\\brdrw10\\brdrcf1 x",
        "\\pard\\brdrt\\brdrs\\brdrw10\\brdrcf1\\brdrl\\brdrs\\brdrw10\\brdrcf1\\brdrb\\brdrs"
        "\\brdrw10\\brdrcf1\\brdrr\\brdrs\\brdrw10\\brdrcf1\\f0\\fs24 x\\par\r\n"},
+      {"\\pard\\brdrb\\brdrs\\brsp85\\brdrw10 x",
+       "\\pard\\brdrb\\brdrs\\brdrw10\\brsp85\\f0\\fs24 x\\par\r\n"},
       {"a\\~b\\-c\\_d\\emdash\\bullet e",
        "\\pard\\f0\\fs24 a\\'a0b\\'adc\\u8209?d\\'97\\'95e\\par\r\n"},
       {"\\{\\\\\\}\\'41", "\\pard\\f0\\fs24\\{\\\\\\}A\\par\r\n"},
