@@ -117,6 +117,13 @@ TEST(CanonicalForm, MapsListTablesOntoBullets) {
   EXPECT_EQ(std::get<Paragraph>(document.blocks[0]).format.left_indent, 720);
 }
 
+TEST(CanonicalForm, JoinsTheCharacterSetsOfAFont) {
+  const std::string source = Canonical(
+      "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fcharset0 Arial;}{\\f1\\fcharset238 Arial;}"
+      "{\\f2\\fcharset2 Arial;}}\\f0 <<Tenant\\f1  Name\\f0 >> \\f1\\'b9\\'e9\\f2 s}");
+  EXPECT_THAT(source, HasSubstr("<<Tenant Name>> \\u261a\\'e9\\f1 s"));
+}
+
 TEST(CanonicalForm, CarriesWhatItCannotEdit) {
   const char* const kept[] = {
       "{\\*\\shppict{\\pict\\pngblip\\picwgoal300\\pichgoal150 89504e47}}",
