@@ -73,6 +73,12 @@ TEST(RtfReader, KeepsTheTextOfADeepGroup) {
             "deep after");
 }
 
+TEST(RtfReader, ShowsOnlyTheResultsOfFieldsInFieldsInFields) {
+  const std::string deep = "{\\rtf1 " + Repeat("{\\field{\\*\\fldinst PAGE}{\\fldrslt ", 40) +
+                           "text" + Repeat("}}", 40) + "}";
+  EXPECT_EQ(TextOf(deep), "text");
+}
+
 TEST(RtfReader, ReadsDamagedLetters) {
   const std::string letter = Letter(
       "\\b <<Tenant Name>>\\b0\\par{\\footnote note}{\\field{\\*\\fldinst{PAGE}}{\\fldrslt "
