@@ -13,9 +13,14 @@ namespace {
 using richtext::Alignment;
 using richtext::CharFormat;
 
-bool HasMarks(const QString& text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](QChar c) { return c.unicode() >= 0x300 && c.isMark(); });
+// Marks stand on other letters, and what runs from the right mirrors its brackets: only shaped text
+// has them right. Other text is set faster without.
+bool NeedsShaping(const QString& text) {
+  return std::any_of(text.begin(), text.end(), [](QChar c) {
+    if (c.unicode() < 0x300) return false;
+    return c.isMark() || c.isSurrogate() || c.direction() == QChar::DirR ||
+           c.direction() == QChar::DirAL;
+  });
 }
 
 // Letter by letter, so that every character keeps its position.
@@ -207,7 +212,7 @@ bool ItemCollector::LongEnough() const {
 // Gives the collected text its fonts.
 void ItemCollector::CloseText() {
   if (!open_) return;
-  const bool shaped = HasMarks(open_text_);
+  const bool shaped = format_.right_to_left || NeedsShaping(open_text_);
   const auto use = [&](const Fragment& fragment) -> const FontUse& {
     return typesetting_.fonts->Use(*fragment.format, shaped, fragment.small);
   };

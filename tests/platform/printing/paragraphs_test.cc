@@ -236,6 +236,7 @@ TEST_F(Paragraphs, RunFromTheRightWhereTheScriptDoes) {
   EXPECT_THAT(paper.Find("latin").right, DoubleNear(kPageWidth - kInch, kNear));
   // The reader takes right-to-left words apart; the first letter stands outermost.
   EXPECT_THAT(paper.Find("ש").right, DoubleNear(kPageWidth - kInch, kNear));
+  EXPECT_THAT(PrintLines({Line("שלום (see) x", format)}).Text(), HasSubstr("(see)"));
 }
 
 TEST_F(Paragraphs, MakeRoomForTheSpaceOfTheirBorders) {
