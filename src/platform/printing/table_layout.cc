@@ -195,8 +195,10 @@ class RowSetter {
   double Scale() const {
     const double width = row_.cells.empty() ? 0 : row_.cells.back().right_edge - row_.left_edge;
     const double most = place_.depth == 0 ? typesetting_.reach : place_.width;
-    const double wanted = std::max(place_.width - std::max(row_.left_edge, 0), kNarrowestCell);
-    return width > std::max(most, wanted) ? wanted / width : 1;
+    const bool indented = row_.alignment == richtext::Alignment::kLeft && row_.left_edge > 0;
+    const double indent = indented ? row_.left_edge : 0;
+    const double wanted = std::max(place_.width - indent, kNarrowestCell);
+    return width > std::max(most - indent, wanted) ? wanted / width : 1;
   }
 
   double Left() const {

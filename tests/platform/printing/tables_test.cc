@@ -134,7 +134,14 @@ TEST_F(Tables, NarrowRowsThatWouldRunOffThePaper) {
   wide.cells[1].right_edge = 40000;
   inside.cells[0].right_edge = kTextWidth - 100;
   inside.cells[1].right_edge = kTextWidth + 1000;
-  const Paper paper = PrintTable({wide, inside});
+  // An indent counts too: a letter made for narrow margins is printed in wide ones.
+  Row indented = RowOf({"moved", "gone"});
+  indented.left_edge = 1000;
+  indented.cells[0].right_edge = 6000;
+  indented.cells[1].right_edge = kTextWidth + kInch + 500;
+  const Paper paper = PrintTable({wide, inside, indented});
+  EXPECT_NEAR(paper.Find("moved").left, kInch + 1000 + 100, kNear);
+  EXPECT_LT(paper.Find("gone").left, kInch + 6000) << "narrowed";
   EXPECT_NEAR(paper.Find("lost").left, kInch + 0.75 * kTextWidth + 100, kNear);
   EXPECT_NEAR(paper.Find("margin").left, kPageWidth - kInch, kNear) << "still on the paper";
 }
