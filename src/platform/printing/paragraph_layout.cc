@@ -228,6 +228,8 @@ void ParagraphSetter::Place(const TabItem& item, std::size_t index) {
   if (!line_) StartLine();
   Stop stop{item.target.value_or(0), TabStop::Kind::kLeft, {}};
   if (!item.target) stop = NextStop(x_);
+  // What is set to the right of a wider page is set to the right of this one.
+  if (stop.kind == TabStop::Kind::kRight) stop.position = std::min(stop.position, right_);
   if (stop.position > right_ + kSlack && !line_->pieces.empty() && !item.target) {
     EndLine(item.position);
     StartLine();

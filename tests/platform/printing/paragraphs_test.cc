@@ -126,6 +126,14 @@ TEST_F(Paragraphs, MoveTextToTheirTabStops) {
   EXPECT_THAT(paper.Find("stop").left, DoubleNear(kInch + 1440, kNear));
 }
 
+TEST_F(Paragraphs, KeepRightTabsOfAWiderPageOnTheLine) {
+  ParagraphFormat format;
+  format.tabs = {{kTextWidth + 2000, TabStop::Kind::kRight, ""}};
+  const Paper paper = PrintLines({Line("Receipt\tNo.1636", format)});
+  EXPECT_THAT(paper.Find("No.1636").right, DoubleNear(kInch + kTextWidth, kNear));
+  EXPECT_THAT(paper.Find("No.1636").top, DoubleNear(paper.Find("Receipt").top, kNear));
+}
+
 TEST_F(Paragraphs, EndRightTabsAtTheStopAndLeadersBeforeIt) {
   ParagraphFormat format;
   format.tabs = {{5000, TabStop::Kind::kRight, "dot"}};
