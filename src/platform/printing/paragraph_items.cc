@@ -13,15 +13,36 @@ namespace {
 using richtext::Alignment;
 using richtext::CharFormat;
 
-bool HasMarks(const QString& text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](QChar c) { return c.unicode() >= 0x300 && c.isMark(); });
+// Marks stand on other letters, and what runs from the right mirrors its brackets: only shaped text
+// has them right. Other text is set faster without.
+bool NeedsShaping(const QString& text) {
+  return std::any_of(text.begin(), text.end(), [](QChar c) {
+    if (c.unicode() < 0x300) return false;
+    return c.isMark() || c.isSurrogate() || c.direction() == QChar::DirR ||
+           c.direction() == QChar::DirAL;
+  });
 }
 
 // Letter by letter, so that every character keeps its position.
 QString Capitals(QString text) {
   for (QChar& c : text) c = c.toUpper();
   return text;
+}
+
+// Setting a line takes time in proportion to what its text goes on with, so that long texts are set
+// in parts: of so many characters and formats where a blank allows it, of twice as many where not.
+constexpr qsizetype kLongText = 8192;
+constexpr std::size_t kManyFragments = 512;
+
+// How many characters of a text follow an open text of this size before that one is closed.
+qsizetype PartOf(QStringView text, qsizetype open) {
+  const qsizetype wanted = std::max<qsizetype>(kLongText - open, 0);
+  if (text.size() <= wanted) return text.size();
+  const qsizetype blank = text.indexOf(QLatin1Char(' '), wanted);
+  qsizetype part = blank < 0 ? text.size() : blank + 1;
+  if (part <= wanted + kLongText) return part;
+  part = wanted + kLongText;
+  return text[part].isLowSurrogate() ? part - 1 : part;
 }
 
 class ItemCollector {
@@ -44,12 +65,14 @@ class ItemCollector {
  private:
   void CollectListMark();
   void CollectRun(const richtext::Run& run);
+  void CollectShown(const CharFormat& format, std::string_view text, bool last);
   void CollectText(const CharFormat& format, std::string_view utf8, bool one_position);
   void Append(const CharFormat& format, const QString& source, int position, bool one_position);
   void AppendSmallCapitals(const CharFormat& format, const QString& text, int position,
                            bool one_position);
   void AppendFragment(const CharFormat& format, const QString& text, int position, bool small,
                       bool one_position);
+  bool LongEnough() const;
   void CloseText();
 
   Typesetting& typesetting_;
@@ -89,7 +112,9 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
   } else if (const auto& verbatim =
                  std::get<std::shared_ptr<const richtext::Verbatim>>(run.object)) {
     picture = verbatim->shown_picture;
-    if (!picture && !run.format.hidden) CollectText(run.format, verbatim->shown_text, true);
+    if (!picture && !run.format.hidden) {
+      CollectShown(run.format, verbatim->shown_text, &run == &paragraph_.runs.back());
+    }
   }
   if (picture && !run.format.hidden) {
     CloseText();
@@ -98,6 +123,17 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
         position_});
   }
   ++position_;
+}
+
+// What a text box says ends its line: the text it is anchored in is another.
+void ItemCollector::CollectShown(const CharFormat& format, std::string_view text, bool last) {
+  if (text.empty()) return;
+  if (open_ && !open_text_.endsWith(QLatin1Char(' ')))
+    AppendFragment(format, QStringLiteral(" "), position_, false, true);
+  CollectText(format, text, true);
+  if (last) return;
+  CloseText();
+  items_.emplace_back(BreakItem{&format, position_, false});
 }
 
 // `one_position`: the text stands for a single character of the document, which the caller counts.
@@ -149,19 +185,34 @@ void ItemCollector::AppendSmallCapitals(const CharFormat& format, const QString&
 
 void ItemCollector::AppendFragment(const CharFormat& format, const QString& text, int position,
                                    bool small, bool one_position) {
-  if (!open_) {
-    open_ = std::make_shared<ShapedText>();
-    open_text_.clear();
+  for (qsizetype start = 0; start < text.size();) {
+    if (!open_) {
+      open_ = std::make_shared<ShapedText>();
+      open_text_.clear();
+    }
+    const QStringView rest = QStringView(text).mid(start);
+    const qsizetype part = one_position ? rest.size() : PartOf(rest, open_text_.size());
+    open_->fragments.push_back({int(open_text_.size()), int(part),
+                                one_position ? position : position + int(start), small,
+                                one_position, &format});
+    open_text_ += rest.first(part);
+    start += part;
+    if (LongEnough()) CloseText();
   }
-  open_->fragments.push_back({static_cast<int>(open_text_.size()), static_cast<int>(text.size()),
-                              position, small, one_position, &format});
-  open_text_ += text;
+}
+
+bool ItemCollector::LongEnough() const {
+  const qsizetype size = open_text_.size();
+  const std::size_t formats = open_->fragments.size();
+  if (size < kLongText && formats < kManyFragments) return false;
+  return open_text_.back() == QLatin1Char(' ') || size >= 2 * kLongText ||
+         formats >= 2 * kManyFragments;
 }
 
 // Gives the collected text its fonts.
 void ItemCollector::CloseText() {
   if (!open_) return;
-  const bool shaped = HasMarks(open_text_);
+  const bool shaped = format_.right_to_left || NeedsShaping(open_text_);
   const auto use = [&](const Fragment& fragment) -> const FontUse& {
     return typesetting_.fonts->Use(*fragment.format, shaped, fragment.small);
   };

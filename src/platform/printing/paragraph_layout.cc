@@ -51,6 +51,7 @@ class ParagraphSetter {
   BlockStrips Set();
 
  private:
+  void CloseFrame();
   void StartLine();
   void EndLine(int end);
   void Place(TextItem& item);
@@ -115,14 +116,27 @@ BlockStrips ParagraphSetter::Set() {
     lines_.front()->space_before = format_.space_before;
     lines_.back()->space_after = format_.space_after;
     lines_.back()->end = end;
-    static_cast<TextLine&>(*lines_.front()).first_of_paragraph = !place_.framed_above;
-    static_cast<TextLine&>(*lines_.back()).last_of_paragraph = !place_.framed_below;
-    static_cast<TextLine&>(*lines_.back()).frame_below = place_.space_below;
+    CloseFrame();
   }
   block.strips = std::move(lines_);
   block.keep_together = format_.keep_together;
   block.keep_with_next = format_.keep_with_next;
   return block;
+}
+
+// Ends the frame above the first line and below the last, or leads it on to its neighbours.
+void ParagraphSetter::CloseFrame() {
+  auto& first = static_cast<TextLine&>(*lines_.front());
+  auto& last = static_cast<TextLine&>(*lines_.back());
+  first.first_of_paragraph = !place_.framed_above;
+  last.last_of_paragraph = !place_.framed_below;
+  last.frame_below = place_.space_below;
+  if (!frame_) return;
+  if (first.first_of_paragraph) {
+    first.height += frame_->top_edge.space;
+    first.baseline += frame_->top_edge.space;
+  }
+  if (last.last_of_paragraph) last.height += frame_->bottom_edge.space;
 }
 
 void ParagraphSetter::StartLine() {
@@ -214,6 +228,8 @@ void ParagraphSetter::Place(const TabItem& item, std::size_t index) {
   if (!line_) StartLine();
   Stop stop{item.target.value_or(0), TabStop::Kind::kLeft, {}};
   if (!item.target) stop = NextStop(x_);
+  // What is set to the right of a wider page is set to the right of this one.
+  if (stop.kind == TabStop::Kind::kRight) stop.position = std::min(stop.position, right_);
   if (stop.position > right_ + kSlack && !line_->pieces.empty() && !item.target) {
     EndLine(item.position);
     StartLine();
@@ -360,9 +376,10 @@ std::shared_ptr<const Frame> ParagraphSetter::MakeFrame() const {
                      format_.right.present;
   if (!edges && format_.shading <= 0) return nullptr;
   const auto edge = [&](const richtext::Border& border) {
-    return border.present ? Frame::Edge{double(std::max(border.width, 5)),
-                                        typesetting_.fonts->Colour(border.colour)}
-                          : Frame::Edge{};
+    return border.present
+               ? Frame::Edge{double(std::max(border.width, 5)),
+                             typesetting_.fonts->Colour(border.colour), double(border.space)}
+               : Frame::Edge{};
   };
   auto frame = std::make_shared<Frame>();
   frame->left = left_ + std::min(0, format_.first_indent);

@@ -1,6 +1,9 @@
 #include "platform/printing/pictures.h"
 
+#include <QBuffer>
+#include <QImageReader>
 #include <algorithm>
+#include <cmath>
 
 #include "platform/printing/metafile.h"
 
@@ -9,15 +12,20 @@ namespace {
 
 using Kind = richtext::Picture::Kind;
 
-constexpr double kTwipsPerPixel = 15;     // 96 pixels to the inch
-constexpr int kMostPixels = 100'000'000;  // of one picture in memory
+constexpr double kTwipsPerPixel = 15;    // 96 pixels to the inch
+constexpr double kMostPixels = 400e6;    // of a picture, however well it is packed
+constexpr double kPrintedPixels = 20e6;  // more than paper shows; photographs are read at this size
 
 QImage FromBytes(const std::string& bytes, const char* format) {
   if (bytes.empty() || bytes.size() > static_cast<std::size_t>(INT_MAX)) return {};
-  const QImage image = QImage::fromData(reinterpret_cast<const uchar*>(bytes.data()),
-                                        static_cast<int>(bytes.size()), format);
-  const bool sane = qint64{image.width()} * image.height() <= kMostPixels;
-  return sane ? image : QImage();
+  QByteArray view = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
+  QBuffer buffer(&view);
+  QImageReader reader(&buffer, format);
+  const QSize size = reader.size();
+  const double pixels = double(size.width()) * size.height();
+  if (pixels > kMostPixels) return {};
+  if (pixels > kPrintedPixels) reader.setScaledSize(size * std::sqrt(kPrintedPixels / pixels));
+  return reader.read();
 }
 
 QImage Decode(const richtext::Picture& picture) {

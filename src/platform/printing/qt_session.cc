@@ -14,17 +14,24 @@ namespace {
 // on a display that is named but unreachable.
 class OffscreenApplication {
  public:
-  OffscreenApplication() {
-    // Qt remarks on a missing run-time folder, which printing does not use.
-    const QtMessageHandler handler = qInstallMessageHandler(
-        [](QtMsgType type, const QMessageLogContext&, const QString& message) {
-          if (type == QtFatalMsg) std::fputs(qPrintable(message), stderr);
-        });
+  OffscreenApplication()
+      // Qt remarks on missing run-time folders, damaged pictures and scripts without a font: none
+      // of it is for the reader of a letter, who sees the page.
+      : handler_before_(qInstallMessageHandler(
+            [](QtMsgType type, const QMessageLogContext&, const QString& message) {
+              if (type == QtFatalMsg) std::fputs(qPrintable(message), stderr);
+            })) {
     application_.emplace(count_, arguments_);
-    qInstallMessageHandler(handler);
+  }
+  OffscreenApplication(const OffscreenApplication&) = delete;
+  OffscreenApplication& operator=(const OffscreenApplication&) = delete;
+  ~OffscreenApplication() {
+    application_.reset();
+    qInstallMessageHandler(handler_before_);
   }
 
  private:
+  QtMessageHandler handler_before_;
   char name_[7] = "tenora";
   char option_[10] = "-platform";
   char platform_[10] = "offscreen";

@@ -12,6 +12,8 @@ namespace {
 using richtext::Cell;
 
 constexpr double kNarrowestCell = 40;
+// The most of a cell's width, or of a page's height, that one side's padding may take.
+constexpr double kMostPaddingShare = 0.25;
 
 struct Edge {
   double width = 0;  // 0 for none
@@ -19,8 +21,10 @@ struct Edge {
 };
 
 struct CellBox {
-  double x = 0, width = 0, gap = 0;  // gap: between the cell's edge and its text
-  double height = 0;                 // more than the row's where it is merged downwards
+  double x = 0, width = 0;
+  double height = 0;  // more than the row's where it is merged downwards
+  // Between the cell's edges and its text.
+  double pad_top = 0, pad_left = 0, pad_bottom = 0, pad_right = 0;
   Cell::VerticalAlign align = Cell::VerticalAlign::kTop;
   QColor shading;  // invalid for none
   Edge top, bottom, left, right;
@@ -28,7 +32,7 @@ struct CellBox {
   Strips strips;
 
   double ContentHeight() const {
-    double height_sum = 0;
+    double height_sum = pad_top + pad_bottom;
     for (const auto& strip : strips) {
       height_sum += strip->space_before + strip->height + strip->space_after;
     }
@@ -77,7 +81,7 @@ class RowStrip : public Strip {
 
  private:
   void DrawContent(QPainter& painter, const QRectF& area, const CellBox& cell) const {
-    double y = area.top();
+    double y = area.top() + cell.pad_top;
     const double spare = std::max(0.0, cell.height - cell.ContentHeight());
     if (cell.align == Cell::VerticalAlign::kCentre) y += spare / 2;
     if (cell.align == Cell::VerticalAlign::kBottom) y += spare;
@@ -87,7 +91,7 @@ class RowStrip : public Strip {
     }
     for (const auto& strip : cell.strips) {
       y += strip->space_before;
-      strip->Draw(painter, QPointF(area.left() + cell.gap, y));
+      strip->Draw(painter, QPointF(area.left() + cell.pad_left, y));
       y += strip->height + strip->space_after;
     }
     if (fixed_height) painter.restore();
@@ -96,6 +100,7 @@ class RowStrip : public Strip {
 
 // Moves strips that fit from one cell to its upper part. On an empty page the first always moves.
 void MoveStrips(CellBox& from, CellBox& to, double room, bool whole_page) {
+  room -= from.pad_top + from.pad_bottom;
   double used = 0;
   while (!from.strips.empty()) {
     Strip& next = *from.strips.front();
@@ -168,7 +173,6 @@ class RowSetter {
     strip->page_height = typesetting_.page_height;
     strip->fixed_height = row_.height < 0;
     double left = Left();
-    const double gap = std::max(0, row_.half_gap);
     for (std::size_t i = 0; i < row_.cells.size();) {
       std::size_t next = i + 1;
       if (row_.cells[i].horizontal_merge == Cell::Merge::kFirst) {
@@ -178,8 +182,7 @@ class RowSetter {
         }
       }
       const double right = Left() + Scale() * (row_.cells[next - 1].right_edge - row_.left_edge);
-      strip->cells.push_back(
-          SetCell(row_.cells[i], left, std::max(right - left, kNarrowestCell), gap));
+      strip->cells.push_back(SetCell(row_.cells[i], left, std::max(right - left, kNarrowestCell)));
       left = std::max(right, left + kNarrowestCell);
       for (; i < next; ++i) position_ += Length(row_.cells[i]);
     }
@@ -192,8 +195,10 @@ class RowSetter {
   double Scale() const {
     const double width = row_.cells.empty() ? 0 : row_.cells.back().right_edge - row_.left_edge;
     const double most = place_.depth == 0 ? typesetting_.reach : place_.width;
-    const double wanted = std::max(place_.width - std::max(row_.left_edge, 0), kNarrowestCell);
-    return width > std::max(most, wanted) ? wanted / width : 1;
+    const bool indented = row_.alignment == richtext::Alignment::kLeft && row_.left_edge > 0;
+    const double indent = indented ? row_.left_edge : 0;
+    const double wanted = std::max(place_.width - indent, kNarrowestCell);
+    return width > std::max(most - indent, wanted) ? wanted / width : 1;
   }
 
   double Left() const {
@@ -204,11 +209,10 @@ class RowSetter {
     return row_.left_edge;
   }
 
-  CellBox SetCell(const Cell& cell, double x, double width, double gap) {
+  CellBox SetCell(const Cell& cell, double x, double width) {
     CellBox box;
     box.x = x;
     box.width = width;
-    box.gap = std::min(gap, width / 4);
     box.align = cell.vertical_align;
     if (cell.shading > 0) box.shading = typesetting_.fonts->Colour(cell.shading);
     box.top = MakeEdge(cell.top);
@@ -217,7 +221,9 @@ class RowSetter {
     box.right = MakeEdge(cell.right);
     box.covered = cell.vertical_merge == Cell::Merge::kContinued;
     if (box.covered) return box;
-    Flow flow(typesetting_, cell.blocks, width - 2 * box.gap, position_, place_.depth + 1);
+    Pad(cell.padding, &box);
+    const double room = width - box.pad_left - box.pad_right;
+    Flow flow(typesetting_, cell.blocks, room, position_, place_.depth + 1);
     while (auto block = flow.Next()) {
       for (auto& strip : block->strips) {
         strip->page_break_before = false;
@@ -225,6 +231,16 @@ class RowSetter {
       }
     }
     return box;
+  }
+
+  void Pad(const richtext::Padding& padding, CellBox* box) const {
+    const double gap = std::max(0, row_.half_gap);
+    const double most_x = box->width * kMostPaddingShare;
+    const double most_y = typesetting_.page_height * kMostPaddingShare;
+    box->pad_left = std::min(padding.left < 0 ? gap : padding.left, most_x);
+    box->pad_right = std::min(padding.right < 0 ? gap : padding.right, most_x);
+    box->pad_top = std::min<double>(std::max(padding.top, 0), most_y);
+    box->pad_bottom = std::min<double>(std::max(padding.bottom, 0), most_y);
   }
 
   Edge MakeEdge(const richtext::Border& border) const {

@@ -9,7 +9,7 @@ namespace {
 
 using richtext::Underline;
 
-// Gap between the text and a frame's lines.
+// Gap between the text and a frame's lines that have no space of their own.
 constexpr double kFrameGapX = 80, kFrameGapY = 20;
 
 // Lines are filled boxes: their thickness is then exact, and they need no pen.
@@ -113,10 +113,17 @@ void TextLine::Draw(QPainter& painter, QPointF corner) const {
 }
 
 void TextLine::DrawFrame(QPainter& painter, QPointF corner) const {
-  const double left = corner.x() + frame->left - kFrameGapX;
-  const double width = frame->right - frame->left + 2 * kFrameGapX;
-  const double above = first_of_paragraph && frame->top_edge.width > 0 ? kFrameGapY : 0;
-  const double below = last_of_paragraph && frame->bottom_edge.width > 0 ? kFrameGapY : frame_below;
+  const auto outside = [](const Frame::Edge& edge) {
+    return edge.width > 0 && edge.space == 0 ? kFrameGapY : 0;
+  };
+  const auto aside = [](const Frame::Edge& edge) {
+    return edge.space > 0 ? edge.space : kFrameGapX;
+  };
+  const double left = corner.x() + frame->left - aside(frame->left_edge);
+  const double width =
+      frame->right + aside(frame->right_edge) - frame->left + aside(frame->left_edge);
+  const double above = first_of_paragraph ? outside(frame->top_edge) : 0;
+  const double below = frame_below + (last_of_paragraph ? outside(frame->bottom_edge) : 0);
   const QRectF area(left, corner.y() - above, width, height + above + below);
   if (frame->shading.isValid()) painter.fillRect(area, frame->shading);
   const auto vertical = [&](const Frame::Edge& edge, double x) {

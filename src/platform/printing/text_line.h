@@ -65,6 +65,8 @@ struct Frame {
   struct Edge {
     double width = 0;  // 0 for none
     QColor colour;
+    double space =
+        0;  // set between edge and text, in the line's height; 0: a hair's breadth outside
   };
   Edge left_edge, right_edge, top_edge, bottom_edge;
 };

@@ -78,6 +78,7 @@ struct Border {
   bool present = false;
   int width = 0;   // twips
   int colour = 0;  // position in Document::colours
+  int space = 0;   // to a paragraph's text, twips; 0: as near as it gets
 
   bool operator==(const Border&) const = default;
 };
@@ -151,6 +152,11 @@ struct Paragraph {
 struct Table;
 using Block = std::variant<Paragraph, std::shared_ptr<Table>>;
 
+// Between a cell's edges and its text, twips. -1: the row's half gap at the sides, else nothing.
+struct Padding {
+  int top = -1, left = -1, bottom = -1, right = -1;
+};
+
 struct Cell {
   enum class VerticalAlign { kTop, kCentre, kBottom };
   enum class Merge { kNone, kFirst, kContinued };
@@ -159,6 +165,7 @@ struct Cell {
   Merge horizontal_merge = Merge::kNone, vertical_merge = Merge::kNone;
   int shading = 0;  // position in Document::colours; 0 is none
   Border top, bottom, left, right;
+  Padding padding;            // the row's where the cell has none of its own
   std::vector<Block> blocks;  // never empty
 };
 

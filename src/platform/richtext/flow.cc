@@ -18,13 +18,13 @@ void MoveMarksOutOfCodes(Paragraph* paragraph) {
   std::string text;
   for (const Run& run : paragraph->runs) text += run.text;
   std::size_t from = 0;
+  auto mark = paragraph->marks.begin();  // in the order of their offsets
   while ((from = text.find("<<", from)) != std::string::npos) {
     const std::size_t end = text.find(">>", from + 2);
     if (end == std::string::npos) break;
     const std::size_t start = text.rfind("<<", end);
-    for (Mark& mark : paragraph->marks) {
-      if (mark.offset > start && mark.offset < end + 2) mark.offset = start;
-    }
+    while (mark != paragraph->marks.end() && mark->offset <= start) ++mark;
+    for (; mark != paragraph->marks.end() && mark->offset < end + 2; ++mark) mark->offset = start;
     from = end + 2;
   }
 }

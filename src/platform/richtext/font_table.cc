@@ -85,8 +85,9 @@ void FontTable::EndEntry() {
 }
 
 int FontTable::Add(Font font) {
+  const bool symbols = font.charset == kSymbolCharset;
   const auto [entry, added] =
-      by_name_.try_emplace({ToLower(font.name), font.charset}, static_cast<int>(fonts_.size()));
+      by_name_.try_emplace({ToLower(font.name), symbols}, static_cast<int>(fonts_.size()));
   if (added) fonts_.push_back(std::move(font));
   return entry->second;
 }

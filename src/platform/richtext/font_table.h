@@ -54,7 +54,9 @@ class FontTable {
     int code_page = kDefaultCodePage;
   };
   std::map<int, Numbered> numbers_;
-  std::map<std::pair<std::string, int>, int> by_name_;  // lower-case name and charset
+  // By lower-case name, and whether it is one of symbols. The other character sets of a name are
+  // one font: editors change between them with the keyboard, also in the middle of a merge code.
+  std::map<std::pair<std::string, bool>, int> by_name_;
 
   Font entry_;  // being read
   bool entry_open_ = false;

@@ -75,16 +75,16 @@ void FormatWriter::Change(const CharFormat* before, const CharFormat& to) {
   if (before == nullptr || from.half_points != to.half_points) out_.Word("fs", to.half_points);
 }
 
-int FormatWriter::BulletFont(const Bullet& bullet) const {
-  const bool symbol = bullet.kind == Bullet::Kind::kBullet && bullet.before == kSymbolBullet;
-  return symbol && symbol_font_ >= 0 ? symbol_font_ : default_font_;
+bool FormatWriter::InSymbol(const Bullet& bullet) const {
+  return symbol_font_ >= 0 && bullet.kind == Bullet::Kind::kBullet &&
+         bullet.before == kSymbolBullet;
 }
 
 void FormatWriter::BulletText(const Bullet& bullet, int number) {
-  const int font = BulletFont(bullet);
+  const int font = InSymbol(bullet) ? symbol_font_ : default_font_;
   out_.Raw("{\\pntext");
   out_.Word("f", font);
-  if (font == symbol_font_) {
+  if (InSymbol(bullet)) {
     out_.Raw(kBulletByte);
   } else {
     out_.Text(bullet.before, nullptr);
@@ -96,7 +96,7 @@ void FormatWriter::BulletText(const Bullet& bullet, int number) {
 }
 
 void FormatWriter::ListWords(const Bullet& bullet) {
-  const int font = BulletFont(bullet);
+  const int font = InSymbol(bullet) ? symbol_font_ : default_font_;
   const bool is_bullet = bullet.kind == Bullet::Kind::kBullet;
   out_.Raw(is_bullet ? "{\\*\\pn\\pnlvlblt" : "{\\*\\pn\\pnlvlbody");
   out_.Word("pnf", font);
@@ -109,7 +109,7 @@ void FormatWriter::ListWords(const Bullet& bullet) {
               : bullet.kind == Bullet::Kind::kLowerLetter ? "pnlcltr"
                                                           : "pndec");
   }
-  if (font == symbol_font_)
+  if (InSymbol(bullet))
     out_.Raw("{\\pntxtb\\'B7}");
   else
     ListText("pntxtb", bullet.before);
@@ -135,6 +135,7 @@ void FormatWriter::BorderWords(std::string_view edge, const Border& border) {
   out_.Word(edge);
   out_.Word("brdrs");
   if (border.width != 0) out_.Word("brdrw", border.width);
+  if (border.space != 0) out_.Word("brsp", border.space);
   if (border.colour != 0) out_.Word("brdrcf", border.colour);
 }
 

@@ -28,7 +28,8 @@ class FormatWriter {
   void TabWords(const TabStop& tab);
   void Switch(std::string_view word, bool from, bool to);
   void UnderlineWord(Underline underline);
-  int BulletFont(const Bullet& bullet) const;
+  // True for the bullet that the classic control writes as a character of Symbol.
+  bool InSymbol(const Bullet& bullet) const;
 
   int symbol_font_ = -1;
   int default_font_;

@@ -17,6 +17,7 @@ using Handler = void (*)(Context&, const Token&);
 using Words = std::unordered_map<std::string_view, Handler>;
 
 constexpr int kLongestLength = 100'000;  // twips, beyond every sheet of paper
+constexpr int kMostSpace = 1440;         // twips between a border and its text
 constexpr std::size_t kMostTabs = 64;
 constexpr int kDeepestNesting = 15;
 
@@ -134,6 +135,10 @@ void AddBorderWords(Words& words) {
       {"brdrw",
        [](Context& c, const Token& word) {
          ChangeBorders(c, [&](Border& b) { b.width = std::clamp(word.param, 0, 255); });
+       }},
+      {"brsp",
+       [](Context& c, const Token& word) {
+         ChangeBorders(c, [&](Border& b) { b.space = std::clamp(word.param, 0, kMostSpace); });
        }},
       {"brdrcf",
        [](Context& c, const Token& word) {

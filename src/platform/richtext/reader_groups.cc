@@ -166,6 +166,8 @@ bool Reader::OpenPart(Destination destination) {
 }
 
 bool Reader::OpenInText(Opens opens, const Token& word) {
+  // Of a field that stands too deep in others, only the result is kept.
+  if (word.text == "fldinst") return OpenPart(Destination::kSkip);
   if (const auto destination = PartOf(opens)) {
     if (opens == Opens::kClassicList) bullet_ = ClassicBullet();
     if (opens == Opens::kNestedRow) Top().nested_row = true;

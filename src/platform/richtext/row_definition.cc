@@ -50,7 +50,7 @@ bool RowDefinition::Take(const Token& word, const ColourTable& colours) {
     source_ = "\\trowd";
     return true;
   }
-  const bool border = in_border_ && name.starts_with("brdr");
+  const bool border = in_border_ && (name.starts_with("brdr") || name == "brsp");
   const bool cell = name.starts_with("cl") && name != "cloverride";
   if (!border && !cell && name != "cellx" && !IsRowWord(name) && !IsNoise(name)) {
     in_border_ = false;
@@ -64,6 +64,7 @@ bool RowDefinition::Take(const Token& word, const ColourTable& colours) {
   }
   Append(word, NamesColour(name) ? colours.Position(word.param) : word.param, &pending_);
   if (border) return TakeBorderWord(word, colours);
+  padding_.Take(word);
   if (cell) return TakeCellWord(word, colours);
   TakeRowWord(word);
   return true;
@@ -122,7 +123,7 @@ bool RowDefinition::TakeBorderWord(const Token& word, const ColourTable& colours
     border.colour = colours.Position(word.param);
   else if (word.text == "brdrnone" || word.text == "brdrnil")
     border = Border();
-  else
+  else if (word.text != "brsp")
     border.present = true;
   return true;
 }
@@ -130,12 +131,14 @@ bool RowDefinition::TakeBorderWord(const Token& word, const ColourTable& colours
 void RowDefinition::EndCell(const Token& word) {
   in_border_ = false;
   edge_ = nullptr;
+  const Padding padding = padding_.EndCell();
   if (row_.cells.size() >= kMostCells) {
     pending_.clear();
     return;
   }
   Cell cell = std::exchange(cell_, Cell());
   cell.right_edge = std::clamp(word.param, -kWidestTable, kWidestTable);
+  cell.padding = padding;
   source_.append(std::exchange(pending_, {}));
   source_.append("\\cellx").append(std::to_string(cell.right_edge));
   row_.cells.push_back(std::move(cell));

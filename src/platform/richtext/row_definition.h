@@ -6,6 +6,7 @@
 
 #include "platform/richtext/colour_table.h"
 #include "platform/richtext/document.h"
+#include "platform/richtext/padding_words.h"
 #include "platform/richtext/tokenizer.h"
 
 namespace tenora::richtext {
@@ -32,6 +33,7 @@ class RowDefinition {
   std::string pending_;  // behind it
   Row row_;              // cells without blocks
   Cell cell_;
+  PaddingWords padding_;
   bool in_border_ = false;
   Border Cell::*edge_ = nullptr;  // null for a row's border
 };

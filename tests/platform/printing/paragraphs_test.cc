@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/printing/list_mark.h"
 #include "platform/printing/paper.h"
 
@@ -124,6 +126,14 @@ TEST_F(Paragraphs, MoveTextToTheirTabStops) {
   EXPECT_THAT(paper.Find("stop").left, DoubleNear(kInch + 1440, kNear));
 }
 
+TEST_F(Paragraphs, KeepRightTabsOfAWiderPageOnTheLine) {
+  ParagraphFormat format;
+  format.tabs = {{kTextWidth + 2000, TabStop::Kind::kRight, ""}};
+  const Paper paper = PrintLines({Line("Receipt\tNo.1636", format)});
+  EXPECT_THAT(paper.Find("No.1636").right, DoubleNear(kInch + kTextWidth, kNear));
+  EXPECT_THAT(paper.Find("No.1636").top, DoubleNear(paper.Find("Receipt").top, kNear));
+}
+
 TEST_F(Paragraphs, EndRightTabsAtTheStopAndLeadersBeforeIt) {
   ParagraphFormat format;
   format.tabs = {{5000, TabStop::Kind::kRight, "dot"}};
@@ -234,6 +244,41 @@ TEST_F(Paragraphs, RunFromTheRightWhereTheScriptDoes) {
   EXPECT_THAT(paper.Find("latin").right, DoubleNear(kPageWidth - kInch, kNear));
   // The reader takes right-to-left words apart; the first letter stands outermost.
   EXPECT_THAT(paper.Find("ש").right, DoubleNear(kPageWidth - kInch, kNear));
+  EXPECT_THAT(PrintLines({Line("שלום (see) x", format)}).Text(), HasSubstr("(see)"));
+}
+
+TEST_F(Paragraphs, MakeRoomForTheSpaceOfTheirBorders) {
+  ParagraphFormat boxed;
+  boxed.top = boxed.bottom = {true, 20, 0, 300};
+  const auto tops = [](const Paper& paper) {
+    return std::vector{paper.Find("one").top, paper.Find("two").top, paper.Find("after").top};
+  };
+  const std::vector<double> plain = tops(PrintLines({Line("one"), Line("two"), Line("after")}));
+  const std::vector<double> framed =
+      tops(PrintLines({Line("one", boxed), Line("two", boxed), Line("after")}));
+  EXPECT_THAT(framed[0] - plain[0], DoubleNear(300, kNear));
+  EXPECT_THAT(framed[1] - plain[1], DoubleNear(300, kNear)) << "neighbours share one frame";
+  EXPECT_THAT(framed[2] - plain[2], DoubleNear(600, kNear));
+}
+
+TEST_F(Paragraphs, AreWholeWhenTheyAreSetInParts) {
+  // Longer than what is set in one part, with blanks, without, and in as many formats as letters.
+  std::string words, word(40000, 'x');
+  for (int i = 0; i < 8000; ++i) words += "w" + std::to_string(i) + " ";
+  richtext::Paragraph colourful;
+  for (int i = 0; i < 3000; ++i) {
+    CharFormat format;
+    format.half_points = 20 + i % 2;
+    colourful.runs.push_back(Text("c", format));
+  }
+  std::string read = PrintLines({Line(words), Line(word), colourful}).Text();
+  const auto count = [&](char c) { return std::count(read.begin(), read.end(), c); };
+  EXPECT_EQ(count('w'), 8000);
+  EXPECT_EQ(count('x'), 40000);
+  EXPECT_EQ(count('c'), 3000);
+  for (const int at : {0, 999, 4000, 7999}) {
+    EXPECT_THAT(read, HasSubstr("w" + std::to_string(at)));
+  }
 }
 
 TEST_F(Paragraphs, KeepInsideThePageWhenTheirIndentsCross) {

@@ -155,6 +155,18 @@ TEST(Pictures, NameTheirKindWhereTheyCannotBeDrawn) {
   EXPECT_THAT(paper.Text(), HasSubstr("WMF picture"));
 }
 
+TEST(Pictures, OfManyPixelsAreReadAtTheSizeThatPaperShows) {
+  QByteArray photograph;
+  QBuffer buffer(&photograph);
+  buffer.open(QIODevice::WriteOnly);
+  QImage(8000, 6000, QImage::Format_Grayscale8).save(&buffer, "JPEG");
+  printing::Pictures decoder;
+  const Picture picture = PictureOf(Kind::kJpeg, photograph.toStdString());
+  const QImage image = decoder.Place(picture, 10000, 10000).image;
+  EXPECT_NEAR(image.width() * image.height(), 20e6, 1e5);
+  EXPECT_NEAR(double(image.width()) / image.height(), 8.0 / 6, 0.01);
+}
+
 TEST(Pictures, TallerThanThePageEndOnIt) {
   const ScratchFolder folder;
   Picture tall = PictureOf(Kind::kPng, Encoded("PNG"));
@@ -171,9 +183,17 @@ TEST(Pictures, OfEmbeddedObjectsStandForThem) {
   richtext::Run run;
   run.object = std::shared_ptr<const richtext::Verbatim>(object);
   paragraph.runs.push_back(run);
+  paragraph.runs.push_back(Text("beside"));
   const Paper paper = Print(DocumentOf({paragraph}), folder);
-  EXPECT_THAT(paper.Text(), HasSubstr("see shown in its place"));
-  EXPECT_EQ(paper.ends, std::vector<int>{4 + 1 + 1});
+  EXPECT_THAT(paper.Text(), HasSubstr("see shown in its place\nbeside"));
+  EXPECT_EQ(paper.ends, std::vector<int>{4 + 1 + 6 + 1});
+}
+
+TEST(Pictures, ThatAreDamagedLeaveNoRemarksOnTheTerminal) {
+  const ScratchFolder folder;
+  testing::internal::CaptureStderr();
+  Print(DocumentOf({WithPicture(PictureOf(Kind::kJpeg, "\xFF\xD8\xFF\xE0"))}), folder);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace

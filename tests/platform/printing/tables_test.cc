@@ -49,6 +49,23 @@ TEST_F(Tables, SetEachCellInItsColumn) {
   EXPECT_NEAR(paper.Find("after").top, kInch + 2000, kNear);
 }
 
+TEST_F(Tables, KeepTextOffTheEdgesAsFarAsTheCellSays) {
+  Row row = RowOf({"own", "gap"});
+  row.cells[0].padding = {200, 300, 150, 0};
+  const Paper paper = PrintTable({row, RowOf({"next"})});
+  EXPECT_NEAR(paper.Find("own").left, kInch + 300, kNear);
+  EXPECT_NEAR(paper.Find("own").top, kInch + 200, kNear);
+  EXPECT_NEAR(paper.Find("gap").left, kInch + 3100, kNear);
+  EXPECT_NEAR(paper.Find("gap").top, kInch, kNear);
+  EXPECT_NEAR(paper.Find("next").top - paper.Find("own").bottom, 150, 60);
+
+  Row tall = RowOf({"", "x"});
+  tall.cells[0].blocks.clear();
+  tall.cells[0].padding = {100000, 100000, 100000, 100000};
+  for (int i = 1; i <= 50; ++i) tall.cells[0].blocks.emplace_back(Line("p" + std::to_string(i)));
+  EXPECT_EQ(PrintTable({tall}, 5600).Find("p50").page, 5) << "half of each page is padding";
+}
+
 TEST_F(Tables, StandWhereTheirRowsAreAligned) {
   Row right = RowOf({"cell"});
   right.alignment = richtext::Alignment::kRight;
@@ -117,7 +134,14 @@ TEST_F(Tables, NarrowRowsThatWouldRunOffThePaper) {
   wide.cells[1].right_edge = 40000;
   inside.cells[0].right_edge = kTextWidth - 100;
   inside.cells[1].right_edge = kTextWidth + 1000;
-  const Paper paper = PrintTable({wide, inside});
+  // An indent counts too: a letter made for narrow margins is printed in wide ones.
+  Row indented = RowOf({"moved", "gone"});
+  indented.left_edge = 1000;
+  indented.cells[0].right_edge = 6000;
+  indented.cells[1].right_edge = kTextWidth + kInch + 500;
+  const Paper paper = PrintTable({wide, inside, indented});
+  EXPECT_NEAR(paper.Find("moved").left, kInch + 1000 + 100, kNear);
+  EXPECT_LT(paper.Find("gone").left, kInch + 6000) << "narrowed";
   EXPECT_NEAR(paper.Find("lost").left, kInch + 0.75 * kTextWidth + 100, kNear);
   EXPECT_NEAR(paper.Find("margin").left, kPageWidth - kInch, kNear) << "still on the paper";
 }

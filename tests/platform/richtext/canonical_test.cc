@@ -72,6 +72,8 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
       {"\\pard\\box\\brdrs\\brdrw10\\brdrcf1 x",
        "\\pard\\brdrt\\brdrs\\brdrw10\\brdrcf1\\brdrl\\brdrs\\brdrw10\\brdrcf1\\brdrb\\brdrs"
        "\\brdrw10\\brdrcf1\\brdrr\\brdrs\\brdrw10\\brdrcf1\\f0\\fs24 x\\par\r\n"},
+      {"\\pard\\brdrb\\brdrs\\brsp85\\brdrw10 x",
+       "\\pard\\brdrb\\brdrs\\brdrw10\\brsp85\\f0\\fs24 x\\par\r\n"},
       {"a\\~b\\-c\\_d\\emdash\\bullet e",
        "\\pard\\f0\\fs24 a\\'a0b\\'adc\\u8209?d\\'97\\'95e\\par\r\n"},
       {"\\{\\\\\\}\\'41", "\\pard\\f0\\fs24\\{\\\\\\}A\\par\r\n"},
@@ -113,6 +115,13 @@ TEST(CanonicalForm, MapsListTablesOntoBullets) {
   EXPECT_EQ(bullet(4).kind, Bullet::Kind::kBullet);
   EXPECT_EQ(bullet(4).before, "•");
   EXPECT_EQ(std::get<Paragraph>(document.blocks[0]).format.left_indent, 720);
+}
+
+TEST(CanonicalForm, JoinsTheCharacterSetsOfAFont) {
+  const std::string source = Canonical(
+      "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fcharset0 Arial;}{\\f1\\fcharset238 Arial;}"
+      "{\\f2\\fcharset2 Arial;}}\\f0 <<Tenant\\f1  Name\\f0 >> \\f1\\'b9\\'e9\\f2 s}");
+  EXPECT_THAT(source, HasSubstr("<<Tenant Name>> \\u261a\\'e9\\f1 s"));
 }
 
 TEST(CanonicalForm, CarriesWhatItCannotEdit) {

@@ -41,6 +41,16 @@ TEST(RtfReader, ReadsAnyBytes) {
       "{\\rtf1{\\colortbl\\red999\\green-1;}{\\fonttbl}\\cf0 x}",
       "{\\rtf1{\\upr{\\upr{\\upr a}{\\*\\ud b}}}}",
       "\xef\xbb\xbf {\\rtf1 x}",
+      // The default font is neither the first nor one for text; lists and fields in a header use
+      // it.
+      "{\\rtf1\\deff1{\\fonttbl{\\f0 A;}{\\f1\\fcharset2 "
+      "Symbol;}}{\\header{\\*\\pn\\pndec}a\\par\\pard"
+      "{\\field{\\*\\fldinst X}{\\fldrslt b}}}{\\*\\pn\\pnlvlblt{\\pntxtb "
+      "\\u8226?\\u8226?}}c\\par}",
+      "{\\rtf1\\trowd\\cellx99999\\intbl a\\cell b\\cell c\\cell\\row}",
+      "{\\rtf1{\\shp{\\lang1}{\\lang1\\pntext a}{\\u255 y}{\\bin0 }b}}",
+      "{\\rtf1{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7" + std::string(100, ':') + "}}c\\par}",
+      "{\\rtf1{\\fonttbl{\\f0\\'95a\\u257?b;}}x}",
       Repeat("{", 100000),
       "{\\rtf1" + Repeat("{\\b ", 50000) + "deep" + Repeat("}", 50000) + "\\b0  after}",
       "{\\rtf1" + Repeat("{\\field{\\*\\fldinst X}{\\fldrslt ", 500) + "deep",
@@ -61,6 +71,12 @@ TEST(RtfReader, ReadsAnyBytes) {
 TEST(RtfReader, KeepsTheTextOfADeepGroup) {
   EXPECT_EQ(TextOf("{\\rtf1" + Repeat("{", 50000) + "deep" + Repeat("}", 50000) + " after}"),
             "deep after");
+}
+
+TEST(RtfReader, ShowsOnlyTheResultsOfFieldsInFieldsInFields) {
+  const std::string deep = "{\\rtf1 " + Repeat("{\\field{\\*\\fldinst PAGE}{\\fldrslt ", 40) +
+                           "text" + Repeat("}}", 40) + "}";
+  EXPECT_EQ(TextOf(deep), "text");
 }
 
 TEST(RtfReader, ReadsDamagedLetters) {

@@ -42,6 +42,21 @@ TEST(RtfReader, GivesTablesTheirGeometry) {
   EXPECT_GT(table.rows[1].cells[1].right_edge, 2000);
 }
 
+TEST(RtfReader, GivesCellsTheirPadding) {
+  // Cells name their top "l" and their left "t", rows do not; a length counts with its unit only.
+  const Document document = ReadRtf(
+      Letter("\\trowd\\trpaddl108\\trpaddfl3\\trpaddt9\\trpaddft3\\trpaddb5\\clpadl20\\clpadfl3"
+             "\\clpadt30\\clpadft3\\clbrdrt\\brdrs\\brsp20\\brdrw15\\clpadr7\\cellx2000\\cellx4000"
+             "\\pard\\intbl a\\cell b\\cell\\row"));
+  const std::vector<Cell>& cells = FirstTable(document).rows.at(0).cells;
+  const auto sides = [](const Padding& padding) {
+    return std::vector{padding.top, padding.left, padding.bottom, padding.right};
+  };
+  EXPECT_EQ(sides(cells.at(0).padding), (std::vector{20, 30, -1, -1}));
+  EXPECT_EQ(sides(cells.at(1).padding), (std::vector{9, 108, -1, -1}));
+  EXPECT_EQ(cells[0].top.width, 15) << "behind a word between border words";
+}
+
 TEST(RtfReader, PutsTablesIntoCells) {
   const std::string source = Letter(
       "\\trowd\\cellx5000\\pard\\intbl outer\\par\\itap2 x\\nestcell y\\nestcell"
