@@ -36,6 +36,8 @@ TEST(Dialect, ComputesExpressions) {
       {"-7 mod 3", "-1"},
       {"1 - -1", "2"},
       {"'a' & null & 5", "a5"},
+      {"'a' + null", "null"},
+      {"null + 'a'", "null"},
       {"null & null", "null"},
       {"'a' + 'b'", "ab"},
       {"'1' + 1", "2"},
