@@ -9,6 +9,7 @@
 #include "output/rtf_to_html.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/query/engine.h"
+#include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 
@@ -53,7 +54,8 @@ void ListTables(const std::string& path, std::ostream& output) {
 }
 
 void RunQuery(const std::string& path, const std::string& sql, std::ostream& output) {
-  const auto workspace = query::Workspace::Create();
+  const Clock clock = Clock::FromEnvironment();
+  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
   const auto database = workspace->OpenDatabase(path);
   query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),
                            output);
