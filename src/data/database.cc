@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "data/error_log.h"
 #include "data/sql_text.h"
@@ -72,6 +73,8 @@ fs::path Database::LocateDatabase() {
   if (networkable == 0) return OwnDatabase();
   const fs::path stored = StoredLocation();
   if (IsFile(stored)) return stored;
+  // Once a run: every letter opens the database anew.
+  if (std::exchange(unreachable_told_, stored) == stored) return OwnDatabase();
   platform_.dialogs.Say(std::string("Unable to access ")
                             .append(kLineBreak)
                             .append(stored.string())

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -100,6 +101,8 @@ class Database {
   Settings& settings_;
   std::unique_ptr<query::Database> open_;
   std::filesystem::path data_folder_;
+  // The stored location the user was last told cannot be reached.
+  std::optional<std::filesystem::path> unreachable_told_;
   std::size_t errors_reported_ = 0;
   bool command_mode_ = false;
   // The set whose last MoveNext failed: it counts as ended, so that no loop over it runs on.

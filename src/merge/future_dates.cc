@@ -33,7 +33,7 @@ std::optional<Date> FutureDate(std::string code, Date today) {
 
 }  // namespace
 
-void InsertFutureDates(const MergeTarget& target) {
+bool InsertFutureDates(const MergeTarget& target) {
   const Platform& platform = target.session.platform;
   RichTextBox& editor = target.editor;
   try {
@@ -42,10 +42,10 @@ void InsertFutureDates(const MergeTarget& target) {
     for (;;) {
       const std::string& source = editor.TextRTF();
       const std::size_t start = source.find(kFutureDateStart);
-      if (start == std::string::npos) return;
+      if (start == std::string::npos) return true;
       // No code behind an unclosed one can be closed either.
       const std::size_t end = source.find(kCodeEnd, start);
-      if (end == std::string::npos) return;
+      if (end == std::string::npos) return true;
       const std::string code = source.substr(start, end + kCodeEnd.size() - start);
       if (const auto date = FutureDate(code, platform.clock.Today())) {
         value = platform.locale.LongDate(*date);
@@ -54,6 +54,7 @@ void InsertFutureDates(const MergeTarget& target) {
     }
   } catch (...) {
     platform.dialogs.Say("Error inserting future date.  Possible incorrect format");
+    return false;
   }
 }
 

@@ -7,7 +7,7 @@ namespace tenora {
 
 // Asks each prompt message of the letter once and puts the answer in all its places; cancelling
 // removes the prompt. A message of fewer than three characters, or one that is not closed, ends the
-// asking. Answers are not searched for prompts.
+// asking. An answer that holds a prompt is asked in its turn.
 void InsertPrompts(const MergeTarget& target);
 
 }  // namespace tenora

@@ -141,8 +141,8 @@ void ReplaceCatalogueCodes(const MergeTarget& target, TenantRecord& tenant) {
   }
 }
 
-// False when a receipt number was asked for and could not be issued.
-bool ReplaceSpecialForms(const MergeTarget& target, const TenantRecord& tenant) {
+void ReplaceSpecialForms(const MergeTarget& target, const TenantRecord& tenant,
+                         TenantMergeOutcome& outcome) {
   const auto has_custom = [&](std::string_view prefix) {
     return SourceContains(target.editor, std::string(kCodeStart).append(prefix));
   };
@@ -152,12 +152,12 @@ bool ReplaceSpecialForms(const MergeTarget& target, const TenantRecord& tenant) 
   if (has_custom(kPropertyCustomPrefix)) {
     InsertCustomFields(target, kPropertyParent, tenant.PropertyCode, kPropertyCustomPrefix);
   }
-  bool receipt_number_issued = true;
   if (SourceContains(target.editor, TagInSource(target.editor, kBuildingReceiptNumber))) {
-    receipt_number_issued = InsertBuildingReceiptNumber(target, tenant.PropertyCode);
+    outcome.receipt_number_issued = InsertBuildingReceiptNumber(target, tenant.PropertyCode);
   }
-  if (SourceContains(target.editor, kFutureDateStart)) InsertFutureDates(target);
-  return receipt_number_issued;
+  if (SourceContains(target.editor, kFutureDateStart)) {
+    outcome.future_dates_inserted = InsertFutureDates(target);
+  }
 }
 
 void ReplacePrintTime(const MergeTarget& target) {
@@ -185,7 +185,7 @@ TenantMergeOutcome InsertTenantDetails(const MergeTarget& target) {
     outcome.tenant_found = tenant != nullptr;
     if (tenant != nullptr) {
       ReplaceCatalogueCodes(target, *tenant);
-      outcome.receipt_number_issued = ReplaceSpecialForms(target, *tenant);
+      ReplaceSpecialForms(target, *tenant, outcome);
     }
   } catch (...) {
     outcome.error = CurrentError();

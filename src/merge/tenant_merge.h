@@ -13,6 +13,7 @@ namespace tenora {
 struct TenantMergeOutcome {
   bool tenant_found = false;
   bool receipt_number_issued = true;  // false: the letter asks for one that was not issued
+  bool future_dates_inserted = true;  // false: a code that is no date stopped them, which was shown
   std::optional<RuntimeError> error;  // that ended the merge
 };
 

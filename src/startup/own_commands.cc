@@ -10,6 +10,7 @@
 #include "platform/access/check.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/query/engine.h"
+#include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 
@@ -55,7 +56,8 @@ void ListTables(const std::string& path, std::ostream& output) {
 
 // Changes need the switch, so that no slip of a technician's writes to the office's data.
 void RunQuery(const std::string& path, const std::string& sql, bool write, std::ostream& output) {
-  const auto workspace = query::Workspace::Create();
+  const Clock clock = Clock::FromEnvironment();
+  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
   const auto database = workspace->OpenDatabase(path);
   if (write) {
     output << database->Execute(sql) << " rows changed\n";

@@ -77,6 +77,7 @@ class ReceiptCommand {
   frmLetter letter_;
   ReceiptParameters parameters_;
   std::size_t errors_before_;
+  bool future_dates_inserted_ = true;
 };
 
 bool ReceiptCommand::Run() {
@@ -90,8 +91,8 @@ bool ReceiptCommand::Run() {
   if (!BuildLetter()) return false;
   letter_.InsertPrompts();
 
-  bool done = true;
-  if (parameters_.to_printer) done = Print();
+  bool done = future_dates_inserted_;
+  if (parameters_.to_printer) done = Print() && done;
   if (parameters_.to_email) done = Email() && done;
   return SaveCopy() && done;
 }
@@ -154,6 +155,8 @@ bool ReceiptCommand::MergeLetter() {
                  kLabel);
     return false;
   }
+  // With a code left in it the letter goes out all the same: the user has been told.
+  future_dates_inserted_ = outcome.future_dates_inserted;
   return outcome.receipt_number_issued;
 }
 

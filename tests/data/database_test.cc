@@ -64,8 +64,10 @@ TEST_F(DatabaseTest, RevertsToTheProgramFolderWithOneMessageWhenTheServersFileIs
   const std::string missing = (server_ / "property.mdb").string();
   StoreLocation("1", missing);
   database_.OpenDatabase();
-  EXPECT_THAT(script_.opened, ElementsAre(Own()));
   EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
+  database_.CloseDatabase();
+  database_.OpenDatabase();  // as the merge of each letter does
+  EXPECT_THAT(script_.opened, ElementsAre(Own(), Own()));
   EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre("Unable to access \r\n" + missing +
                                                      "\r\nReverting back to \r\n" + Own()));
 }

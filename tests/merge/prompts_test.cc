@@ -64,11 +64,15 @@ TEST_F(InsertPromptsTest, StopsAtAMalformedPrompt) {
   }
 }
 
-TEST_F(InsertPromptsTest, EndsWhenAnAnswerLooksLikeAPrompt) {
-  machine_.dialogs.WillType("<<?Which day?>>").WillType("<<?new one?>>").WillType(">> <<?");
-  Letter("<<?Which day?>> <<?Second?>> <<?Third?>>");
+TEST_F(InsertPromptsTest, SearchesFromTheBeginningAfterEachAnswer) {
+  machine_.dialogs.WillType("<<?Which day?>>").WillType("Friday").WillType("<<?ab?>>");
+  Letter("<<?Greeting?>> <<?Second?>> <<?Third?>>");
   InsertPrompts(target_);
-  EXPECT_EQ(Shown(), "<<?Which day?>> <<?new one?>> >> <<?");
+  // An answer with a prompt too short to be asked stops the asking.
+  EXPECT_EQ(Shown(), "Friday <<?ab?>> <<?Third?>>");
+  EXPECT_THAT(Boxes(),
+              ElementsAre("Greeting\r\nTenant : Jane Smith", "Which day\r\nTenant : Jane Smith",
+                          "Second\r\nTenant : Jane Smith"));
 }
 
 }  // namespace

@@ -15,6 +15,11 @@ TEST_F(OwnCommands, QueryPrintsTabSeparatedTextWithAHeader) {
   EXPECT_EQ(result.output, "reference\tname\tbond\nT00002\tÉlodie Evans-Pike\t2640\n");
 }
 
+TEST_F(OwnCommands, QueryAsksTheClockTheEnvironmentSets) {
+  const test::ProcessResult result = Run({"query", Database().string(), "select now() as t"});
+  EXPECT_EQ(result.output, "t\n2026-11-21 09:30:00\n");
+}
+
 TEST_F(OwnCommands, TablesListsTheTablesWithTheirRows) {
   const test::ProcessResult result = Run({"tables", Database().string()});
   EXPECT_EQ(result.status, 0) << result.errors;
@@ -33,6 +38,7 @@ TEST_F(OwnCommands, TellAFailureFromAWrongCall) {
       {{"query", database, "select nothing from tenancy"}, 1, "3061 - "},
       {{"query", database, "select from where"}, 1, "3075 - "},
       {{"query", database, "delete from tenancy"}, 1, " - "},
+      {{"query", database, "select 1/0"}, 1, "11 - Division by zero. Statement: select 1/0"},
       {{"query", "/no/such.mdb", "select 1"}, 1, "3024 - "},
       {{"tables", "/etc/passwd"}, 1, "3343 - "},
       {{"tables", "/"}, 1, "3343 - "},

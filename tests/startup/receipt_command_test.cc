@@ -213,6 +213,14 @@ TEST_F(ReceiptCommand, SaysWhatItCannotDoYet) {
   ExpectRefused(Run({"/NewFormsInstalled"}), "windows");
 }
 
+TEST_F(ReceiptCommand, PrintsALetterWithABadFutureDateButTellsOfIt) {
+  WriteTemplate("Dated", "By <<FutureDate:soon:Days>> <<Tenant Name>>");
+  const test::ProcessResult result = Receipt(R"(PRINTRECEIPT="T00001" FORMAT="Dated")");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr("Error inserting future date.  Possible incorrect format"));
+  EXPECT_THAT(PrintedText(), HasSubstr("By <<FutureDate:soon:Days>> Noor Whaanga"));
+}
+
 TEST_F(ReceiptCommand, AsksPromptsOnTheTerminal) {
   WriteTemplate("Prompted", "For <<?What for?>>, <<?What for?>>. <<?Signed by?>>");
   const test::ProcessResult result =

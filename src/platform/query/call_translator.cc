@@ -48,7 +48,9 @@ Fragment ExpressionTranslator::Operate(std::string_view function, Type operands,
 
 Fragment ExpressionTranslator::Add(const Expression& expression, Fragment left, Fragment right) {
   const bool plus = expression.operation == "+";
-  if (plus && left.type == Type::kText && right.type == Type::kText)
+  const auto text_or_null = [](Type type) { return type == Type::kText || type == Type::kNull; };
+  const bool text = left.type == Type::kText || right.type == Type::kText;
+  if (plus && text && text_or_null(left.type) && text_or_null(right.type))
     return {.sql = "(" + left.sql + " || " + right.sql + ")", .type = Type::kText};
   if (left.type == Type::kText) left = ConvertTo(std::move(left), Type::kDouble);
   if (right.type == Type::kText) right = ConvertTo(std::move(right), Type::kDouble);

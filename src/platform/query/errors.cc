@@ -9,6 +9,7 @@ constexpr std::size_t kShownStatement = 2000;  // bytes; enough for any statemen
 
 RuntimeError StatementError(int number, std::string_view description, std::string_view statement) {
   std::string text(description);
+  if (!text.ends_with('.')) text += '.';
   text += " Statement: ";
   if (statement.size() <= kShownStatement) {
     text += statement;

@@ -93,6 +93,10 @@ void ExpressionTranslator::NoteUnknownName(const Expression& column) {
 Fragment ExpressionTranslator::TranslateColumn(const Expression& expression) {
   const Scope::Match match = scope_.Find(expression.qualifier, expression.name);
   if (match.column == nullptr) {
+    // The words for true and false in forms and grids, unless a column is called so.
+    const bool yes = EqualsNoCase(expression.name, "yes");
+    if (expression.qualifier.empty() && (yes || EqualsNoCase(expression.name, "no")))
+      return {.sql = yes ? "(-1)" : "0", .type = Type::kBoolean};
     // Reported once the whole statement is read, with the number of all such names.
     NoteUnknownName(expression);
     return {.sql = "null"};

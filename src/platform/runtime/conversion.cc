@@ -77,7 +77,11 @@ std::optional<int> ParseMonth(std::string_view text) {
 }
 
 std::optional<CalendarTime> ParseDate(std::string_view text) {
-  std::vector<std::string> words = Split(ReplaceAll(std::string(TrimBlanks(text)), "T", " "), " ");
+  std::string spaced(TrimBlanks(text));
+  // "2026-11-21T09:30:00", but not the month in "21 OCT 2026".
+  const std::size_t mark = spaced.find('T');
+  if (mark != std::string::npos && mark > 0 && IsDigit(spaced[mark - 1])) spaced[mark] = ' ';
+  std::vector<std::string> words = Split(spaced, " ");
   std::string time;
   if (words.back().find(':') != std::string::npos) {
     time = words.back();

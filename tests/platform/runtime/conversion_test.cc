@@ -54,6 +54,8 @@ TEST(Conversion, ReadsDates) {
     EXPECT_EQ(ToDate(Text(text)), expected) << text;
   }
   EXPECT_EQ(ToDate(Text("2026-11-21 09:30:05")), Date::FromCalendar(2026, 11, 21, 9, 30, 5));
+  EXPECT_EQ(ToDate(Text("2026-11-21T09:30:05")), Date::FromCalendar(2026, 11, 21, 9, 30, 5));
+  EXPECT_EQ(ToDate(Text("21 OCT 2026")), Date::FromCalendar(2026, 10, 21));
   for (const char* text : {"", "2026-13-01", "30 Feb 2026", "yesterday", "1/2", "2026-11-21 9:"}) {
     EXPECT_EQ(ErrorNumber([&] { ToDate(Text(text)); }), 13) << text;
   }
