@@ -362,7 +362,7 @@ TEST(AThousandChanges, LeaveTheTableAsAPlainModelSays) {
   const std::filesystem::path path = scratch / "things.mdb";
   std::ofstream(path, std::ios::binary) << IndexedDatabase();
   Model model(path);
-  for (int batch = 0; batch < 80 && !testing::Test::HasFailure(); ++batch) {
+  for (int batch = 0; batch < 60 && !testing::Test::HasFailure(); ++batch) {
     model.Batch();
     model.Compare();
     ExpectHealthy(path);
