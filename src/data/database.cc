@@ -16,6 +16,8 @@
 namespace tenora {
 namespace {
 
+constexpr std::string_view kExecuteLabel = "Execute SQL";
+
 namespace fs = std::filesystem;
 
 constexpr const char* kSection = "Settings";
@@ -102,6 +104,37 @@ fs::path Database::DecideDataFolder() {
   } catch (const RuntimeError&) {
   }
   return platform_.program_folder;
+}
+
+void Database::ExecuteSQL(std::string_view statement) {
+  Reported(kExecuteLabel, [&] {
+    if (!open_) throw StandardError(error_number::kObjectNotSet);
+    open_->Execute(FixSQL(statement));
+  });
+}
+
+Database::Transaction::Transaction(Database& database)
+    : database_(database), errors_before_(database.ErrorsReported()) {
+  database_.Reported(kExecuteLabel, [&] {
+    if (!database_.open_) throw StandardError(error_number::kObjectNotSet);
+    database_.open_->BeginTrans();
+    open_ = true;
+  });
+}
+
+Database::Transaction::~Transaction() {
+  if (open_) database_.Reported(kExecuteLabel, [&] { database_.open_->Rollback(); });
+}
+
+bool Database::Transaction::Commit() {
+  if (!open_ || database_.ErrorsReported() != errors_before_) return false;
+  open_ = false;
+  bool kept = false;
+  database_.Reported(kExecuteLabel, [&] {
+    database_.open_->CommitTrans();
+    kept = true;
+  });
+  return kept;
 }
 
 void Database::CreateSet(RecordsetPtr& set, std::string_view sql, int type, int options) {

@@ -33,6 +33,8 @@ class Database {
   // Set by the print commands: suppresses the data-folder warning.
   void SetCommandMode() { command_mode_ = true; }
 
+  // Repairs the statement (insert, update or delete) and runs it.
+  void ExecuteSQL(std::string_view statement);
   void CreateSet(RecordsetPtr& set, std::string_view sql, int type, int options);
   bool DataEOF(const RecordsetPtr& set);
   bool DataIsEmpty(const RecordsetPtr& set);
@@ -55,6 +57,26 @@ class Database {
   std::size_t ErrorsReported() const { return errors_reported_; }
 
   const Platform& platform() const { return platform_; }
+
+  // Statements that belong together: no other program changes the file between them, and all of
+  // them are kept or none. Without Commit none is. Errors are reported as of "Execute SQL".
+  class Transaction {
+   public:
+    explicit Transaction(Database& database);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    // False when it could not begin: nothing must be read or changed then.
+    bool IsOpen() const { return open_; }
+    // False when nothing was kept, also after a reported error of a statement in between.
+    bool Commit();
+
+   private:
+    Database& database_;
+    std::size_t errors_before_;
+    bool open_ = false;
+  };
 
  private:
   // Runs one operation; an error is reported under its label.

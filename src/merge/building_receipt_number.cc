@@ -1,12 +1,78 @@
 #include "merge/building_receipt_number.h"
 
+#include <cstdint>
 #include <string>
 
+#include "data/sql_text.h"
 #include "merge/catalogue.h"
 #include "merge/replace_code.h"
-#include "platform/dialogs/dialogs.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/error.h"
 
 namespace tenora {
+namespace {
+
+constexpr const char* kCounterField = "NxtReceipt";
+constexpr const char* kFirstNumber = "1000";
+
+std::string CounterCondition(const std::string& building) {
+  return " where parenttype=202 and parentcode = '" + building + "' and fieldcode = '" +
+         kCounterField + "'";
+}
+
+// The number stored, 0 for a text that is none.
+std::int32_t StoredNumber(const std::string& text) {
+  try {
+    return ToInt32(text);
+  } catch (const RuntimeError& error) {
+    if (error.number() == error_number::kTypeMismatch) return 0;
+    throw;
+  }
+}
+
+// The first letter for a building. Where the account code exists already, made for another
+// building, no counter is written and the next letter gets 1000 again: this is deliberate.
+void BeginSeries(Session& session, const std::string& building) {
+  const std::string account = session.database.LookupText(
+      "gl_code", "glcodes", " where gl_code = 'NxtReceipt' and type = 202", "");
+  if (!account.empty()) return;
+  CreateReceiptNumberRecords(session, kCounterField, "Next Receipt Number", kFirstNumber, building);
+}
+
+// The number for this letter; the database says so from the commit on.
+std::string AdvanceCounter(Session& session, const std::string& building) {
+  Database& database = session.database;
+  RecordsetPtr counter;
+  database.CreateSet(counter, "select * from custom_fields" + CounterCondition(building),
+                     query::kForwardOnly, query::kReadOnly);
+  if (database.DataIsEmpty(counter)) {
+    BeginSeries(session, building);
+    return kFirstNumber;
+  }
+  const std::int32_t last = StoredNumber(TextOf(counter->Field("value")));
+  const std::string next = std::to_string(std::int64_t{last == 0 ? 999 : last} + 1);
+  database.ExecuteSQL("update custom_fields set [value] = '" + next + "'" +
+                      CounterCondition(building));
+  return next;
+}
+
+}  // namespace
+
+void CreateReceiptNumberRecords(Session& session, std::string_view account_code,
+                                std::string_view description, std::string_view value,
+                                std::string_view parent_code) {
+  const std::string account(account_code);
+  session.database.ExecuteSQL(
+      "insert into glcodes(gl_code, type, taxable_yn, balancedate, description, bankbalance, "
+      "money1) values ('" +
+      account + "', 202, 1, " + SQLDate(session.platform.clock.Today()) + ", '" +
+      std::string(description) + "', 0, 0)");
+  if (value.empty() || parent_code.empty()) return;
+  session.database.ExecuteSQL(
+      "insert into custom_fields(parentcode, parenttype, fieldcode, [value]) values ('" +
+      std::string(parent_code) + "', 202, '" + account + "', '" + std::string(value) + "')");
+}
 
 bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view property_code) {
   Session& session = target.session;
@@ -16,11 +82,12 @@ bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view pro
     ReplaceCode(target, kBuildingReceiptNumber, "");
     return true;
   }
-  session.platform.dialogs.Say("The letter '" + target.letter.LetterTitle +
-                               "' asks for a building receipt number (building '" + building +
-                               "'), which this version cannot issue.\r\n"
-                               "The code stays in the letter.");
-  return false;
+  Database::Transaction transaction(session.database);
+  if (!transaction.IsOpen()) return false;
+  const std::string number = AdvanceCounter(session, building);
+  if (!transaction.Commit()) return false;
+  ReplaceCode(target, kBuildingReceiptNumber, number);
+  return true;
 }
 
 }  // namespace tenora

@@ -7,9 +7,17 @@
 
 namespace tenora {
 
-// Removes the code for a property that belongs to no building. A building's number is not issued
-// yet, since the database is only read: that is said in a message that names the letter, the code
-// stays, and the result is false. The database is open.
+// Replaces the code by the next receipt number of the property's building, which is advanced in the
+// database; by nothing for a property that belongs to no building. The database is open. No other
+// program can issue a number between the reading and the advancing. False when the database could
+// not be changed, which has been reported: the code then stays and no number is used up. Raises 6
+// (Overflow) for a counter beyond 32 bits.
 bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view property_code);
+
+// Declares the counter's field as an account code and, with a value and a building's code, gives
+// that building its counter.
+void CreateReceiptNumberRecords(Session& session, std::string_view account_code,
+                                std::string_view description, std::string_view value,
+                                std::string_view parent_code);
 
 }  // namespace tenora

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "data/sql_text.h"
 #include "platform/dialogs/dialogs.h"
 #include "platform/runtime/clock.h"
 #include "rental/tenant_record.h"
@@ -88,6 +89,18 @@ void GeneratePeriods(Database& database, const RentTerms& terms, Date end_date,
     cursor.start = step->next;
     if (terms.every_freq == "Duration") return;
   }
+}
+
+void InsertRentPeriods(Database& database, const RentTerms& terms, Date end_date,
+                       PeriodCursor& cursor) {
+  GeneratePeriods(database, terms, end_date, cursor, [&](const RentPeriod& period) {
+    // The engine wants a point in the rent, whatever the locale.
+    database.ExecuteSQL(
+        "insert into rent_periods (tenant_code, "
+        "period_from,period_to,rent_due,extra_charges,paid,extra_charges_paid) values('" +
+        terms.tenant_code + "'," + SQLDate(period.PeriodFrom) + "," + SQLDate(period.PeriodTo) +
+        "," + period.RentDue.ToText() + ",0,0,0)");
+  });
 }
 
 ProratedRent ProrateWithinMonth(Date month_start, Date month_end, Date day_before,

@@ -50,6 +50,10 @@ using KeepPeriod = std::function<void(const RentPeriod&)>;
 void GeneratePeriods(Database& database, const RentTerms& terms, Date end_date,
                      PeriodCursor& cursor, const KeepPeriod& keep);
 
+// Makes the same periods as rows of the table rent_periods instead.
+void InsertRentPeriods(Database& database, const RentTerms& terms, Date end_date,
+                       PeriodCursor& cursor);
+
 struct ProratedRent {
   Currency not_charged;
   Currency charged;

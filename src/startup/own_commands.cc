@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "output/rtf_to_html.h"
+#include "platform/access/check.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/query/engine.h"
 #include "platform/runtime/error.h"
@@ -15,7 +16,7 @@
 namespace tenora {
 namespace {
 
-constexpr std::array<std::string_view, 6> kOwnWords{"query",  "tables", "html",
+constexpr std::array<std::string_view, 7> kOwnWords{"query",  "tables", "check",    "html",
                                                     "--help", "-h",     "--version"};
 
 constexpr const char* kVersion = "Tenora Mail Merge Facility " TENORA_VERSION;
@@ -52,11 +53,26 @@ void ListTables(const std::string& path, std::ostream& output) {
   }
 }
 
-void RunQuery(const std::string& path, const std::string& sql, std::ostream& output) {
+// Changes need the switch, so that no slip of a technician's writes to the office's data.
+void RunQuery(const std::string& path, const std::string& sql, bool write, std::ostream& output) {
   const auto workspace = query::Workspace::Create();
   const auto database = workspace->OpenDatabase(path);
+  if (write) {
+    output << database->Execute(sql) << " rows changed\n";
+    return;
+  }
   query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),
                            output);
+}
+
+// Whether the file is sound; what it uses that cannot be checked is no fault.
+bool CheckFile(const std::string& path, std::ostream& output) {
+  bool sound = true;
+  for (const access::Finding& finding : access::CheckDatabase(path)) {
+    output << TerminalLine(finding.Text()) << '\n';
+    if (finding.kind == access::Finding::Kind::kFault) sound = false;
+  }
+  return sound;
 }
 
 void ConvertToHtml(const std::string& path, const std::string& options, std::ostream& output) {
@@ -77,6 +93,7 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   app.footer(kHelpFooter);
   app.require_subcommand(1);
   std::string database, sql;
+  bool write = false;
   CLI::App* const tables =
       app.add_subcommand("tables", "List the tables of an Access file with their row counts");
   tables->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
@@ -84,7 +101,11 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
       "query", "Run a select statement and print the result as tab-separated text");
   run_query->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   run_query->add_option("SQL", sql, "The statement")->required();
+  run_query->add_flag("--write", write, "Run an insert, update or delete statement instead");
 
+  CLI::App* const check = app.add_subcommand(
+      "check", "Walk every page, table and index of an Access file and say what disagrees");
+  check->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   std::string letter, options;
   CLI::App* const html = app.add_subcommand("html", "Print a letter as HTML, as e-mails carry it");
   html->add_option("FILE", letter, "The .rtf file")->required();
@@ -100,11 +121,12 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   }
   try {
     if (tables->parsed()) ListTables(database, output);
-    if (run_query->parsed()) RunQuery(database, sql, output);
+    if (run_query->parsed()) RunQuery(database, sql, write, output);
     if (html->parsed()) ConvertToHtml(letter, options, output);
+    const bool sound = !check->parsed() || CheckFile(database, output);
     output.flush();
     if (!output) throw StandardError(error_number::kDeviceIoError, "standard output");
-    return 0;
+    return sound ? 0 : 1;
   } catch (...) {
     errors << TerminalText(ErrorText(CurrentError())) << std::endl;
     return 1;

@@ -62,6 +62,7 @@ class ReceiptCommand {
 
  private:
   bool LoadRentalData();
+  bool FindPayment();
   // A failed query has been shown and reads as empty fields: such a letter is no receipt.
   bool DatabaseFailed() const { return session_.database.ErrorsReported() != errors_before_; }
   bool BuildLetter();
@@ -104,13 +105,25 @@ bool ReceiptCommand::LoadRentalData() {
   session_.caches.CacheAccountCodes(database);
   session_.caches.CacheOwners(database);
   session_.caches.CacheProperties(database);
-  if (parameters_.reprint != 0) {
-    parameters_.tenant_code = database.LookupText(
-        "tenant_code", "revenues", "where recordnumber=" + std::to_string(parameters_.reprint),
-        parameters_.tenant_code);
-  }
+  if (parameters_.reprint != 0 && !FindPayment()) return false;
   session_.options.LoadOptions();
   return true;
+}
+
+// The tenancy of a reprinted receipt is its payment's. Without the payment there is no receipt,
+// also not when a tenancy code was given: its payment fields would be empty.
+bool ReceiptCommand::FindPayment() {
+  Database& database = session_.database;
+  const std::string number = std::to_string(parameters_.reprint);
+  const std::string payment = "where recordnumber=" + number;
+  parameters_.tenant_code =
+      database.LookupText("tenant_code", "revenues", payment, parameters_.tenant_code);
+  if (!database.LookupText("recordnumber", "revenues", payment, "").empty()) return true;
+  if (!DatabaseFailed()) {
+    dialogs_.Say("There is no payment with the number " + number + ". Nothing was printed.",
+                 kLabel);
+  }
+  return false;
 }
 
 bool ReceiptCommand::BuildLetter() {

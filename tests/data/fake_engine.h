@@ -27,6 +27,8 @@ struct FakeScript {
   std::optional<RuntimeError> open_error;
   std::vector<std::string> opened;  // database paths
   std::vector<std::string> asked;   // statements
+  std::vector<std::string> executed;
+  std::optional<RuntimeError> execute_error = {};
   int last_type = 0, last_options = 0;
   int closed_sets = 0;
 };
@@ -80,6 +82,14 @@ class FakeDatabase : public query::Database {
     return std::make_unique<FakeRecordset>(script_, found->second);
   }
   std::vector<query::TableSummary> Tables() const override { return {}; }
+  std::int64_t Execute(std::string_view sql) override {
+    script_.executed.emplace_back(sql);
+    if (script_.execute_error) throw *script_.execute_error;
+    return 1;
+  }
+  void BeginTrans() override {}
+  void CommitTrans() override {}
+  void Rollback() override {}
 
  private:
   FakeScript& script_;

@@ -241,19 +241,27 @@ TEST_F(InsertTenantDetailsTest, TakesTheDayAfterTheCurrentPeriod) {
   FAIL() << "no tenancy with a rent period";
 }
 
-TEST_F(InsertTenantDetailsTest, IssuesNoReceiptNumberOfABuilding) {
+TEST_F(InsertTenantDetailsTest, IssuesReceiptNumbersByBuilding) {
   LoadCaches();
+  // The first building gets the counter; the others have none and stay at 1000.
+  std::string counted;
+  int next = 1000;
   const auto properties = test::SampleTable("property");
   for (const auto& tenancy : test::SampleTable("tenancy")) {
     const auto* property = Find(properties, "code", tenancy.at("Property Code"));
     if (property == nullptr) continue;
     machine_.dialogs.ForgetShown();
-    const bool building = !property->at("parent_property").empty();
+    const std::string& building = property->at("parent_property");
+    if (counted.empty()) counted = building;
+    std::string number = "1000";
+    if (building.empty()) number.clear();
+    if (!building.empty() && building == counted) number = std::to_string(next++);
     EXPECT_EQ(Merge("[<<BuildingReceiptNumber>>] <<FutureDate:1:Days>>", tenancy.at("reference")),
-              building ? "[<<BuildingReceiptNumber>>] 22 November 2026" : "[] 22 November 2026");
-    EXPECT_EQ(outcome_.receipt_number_issued, !building);
-    EXPECT_EQ(Boxes().size(), building ? 1u : 0u);
+              "[" + number + "] 22 November 2026");
+    EXPECT_TRUE(outcome_.receipt_number_issued);
+    EXPECT_EQ(Boxes().size(), 0u);
   }
+  EXPECT_GT(next, 1001);
 }
 
 TEST_F(InsertTenantDetailsTest, EndsWithWhatWasReplacedWhenALookUpFails) {

@@ -55,6 +55,7 @@ class ScriptedEngine : public query::Workspace {
   // A statement without an answer is a syntax error, which the database reports in a box.
   std::map<std::string, Rows> answers;
   std::vector<std::string> statements;
+  std::vector<std::string> executed;  // of changes
 
   // The answer to a scalar look-up; null values are empty sets.
   void AnswerLookup(const std::string& sql, Value value) {
@@ -79,6 +80,13 @@ class ScriptedEngine : public query::Workspace {
       return std::make_unique<ScriptedRecordset>(found->second);
     }
     std::vector<query::TableSummary> Tables() const override { return {}; }
+    std::int64_t Execute(std::string_view sql) override {
+      engine_.executed.emplace_back(sql);
+      return 1;
+    }
+    void BeginTrans() override {}
+    void CommitTrans() override {}
+    void Rollback() override {}
 
    private:
     ScriptedEngine& engine_;

@@ -110,7 +110,18 @@ TEST_F(ReceiptCommand, RefusesAnUnknownTenancy) {
     ExpectRefused(result, code);
     EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
   }
-  ExpectRefused(Receipt(R"(PRINTRECEIPT="" REPRINT="99999999" FORMAT="Receipt")"), "99999999");
+}
+
+TEST_F(ReceiptCommand, RefusesToReprintAPaymentThatIsNotThere) {
+  for (const char* line : {R"(PRINTRECEIPT="" REPRINT="99999999" FORMAT="Receipt")",
+                           R"(PRINTRECEIPT="T00001" REPRINT="99999999" FORMAT="Receipt")",
+                           R"(PRINTRECEIPT="T00001" REPRINT="-3" FORMAT="Receipt")"}) {
+    const std::string number =
+        std::string(line).find("-3") == std::string::npos ? "99999999" : "-3";
+    const test::ProcessResult result = Receipt(line);
+    ExpectRefused(result, "There is no payment with the number " + number + ".");
+    EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
+  }
 }
 
 TEST_F(ReceiptCommand, RefusesATemplateThatCannotBeLoaded) {
@@ -181,13 +192,19 @@ TEST_F(ReceiptCommand, RefusesALetterWhoseTableOrColumnIsMissing) {
   }
 }
 
-TEST_F(ReceiptCommand, RefusesALetterThatAsksForABuildingsReceiptNumber) {
+TEST_F(ReceiptCommand, PrintsNothingWhereABuildingsNumberCannotBeIssued) {
   WriteTemplate("Numbered", "No. <<BuildingReceiptNumber>> for <<Tenant Name>>");
   const std::string in_building =
       Ask("select top 1 tenancy.reference from tenancy inner join property on "
           "tenancy.[property code] = property.code where property.parent_property <> ''");
   ASSERT_NE(in_building, "");
-  ExpectRefused(Receipt("PRINTRECEIPT=\"" + in_building + "\" FORMAT=\"Numbered\""), "'Numbered'");
+  // A folder in the journal's place: the database cannot be changed safely.
+  fs::create_directory(Database().string() + ".journal");
+  const test::ProcessResult result =
+      Receipt("PRINTRECEIPT=\"" + in_building + "\" FORMAT=\"Numbered\"");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr("property.mdb"));
+  EXPECT_THAT(Printed(), IsEmpty());
 }
 
 TEST_F(ReceiptCommand, SaysWhatItCannotDoYet) {

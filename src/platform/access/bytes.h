@@ -1,5 +1,5 @@
-// Little-endian numbers out of raw bytes, and a reader that walks a run of bytes and never leaves
-// it. Everything in a file is hostile: the Load functions are for places already checked.
+// Little-endian numbers out of and into raw bytes, and a reader that walks a run of bytes and never
+// leaves it. Everything in a file is hostile: Load and Store are for places already checked.
 #pragma once
 
 #include <bit>
@@ -30,6 +30,19 @@ inline std::uint32_t Load24(const std::byte* at) {
   return Load16(at) | static_cast<std::uint32_t>(Load8(at + 2)) << 16;
 }
 
+template <typename T>
+void Store(std::byte* at, T value) {
+  std::memcpy(at, &value, sizeof value);
+}
+inline void Store16(std::byte* at, std::size_t value) {
+  Store(at, static_cast<std::uint16_t>(value));
+}
+inline void Store24(std::byte* at, std::uint32_t value) {
+  Store16(at, value & 0xFFFF);
+  at[2] = static_cast<std::byte>(value >> 16);
+}
+inline void Store32(std::byte* at, std::uint32_t value) { Store(at, value); }
+
 // Reads one thing after another; raises Damage, naming `page` and `what`, instead of running out.
 class ByteReader {
  public:
@@ -43,6 +56,7 @@ class ByteReader {
     return taken;
   }
   void Skip(std::size_t count) { Take(count); }
+  std::size_t left() const { return bytes_.size(); }
   std::uint8_t U8() { return Load8(Take(1).data()); }
   std::uint16_t U16() { return Load16(Take(2).data()); }
   std::uint32_t U32() { return Load32(Take(4).data()); }

@@ -49,6 +49,8 @@ struct Column {
   bool auto_number = false;
   std::uint16_t length = 0;               // bytes
   std::uint8_t precision = 0, scale = 0;  // of decimals
+  // Of text, Jet 4 and ACE: the language in the low half, the version in the last byte.
+  std::uint32_t sort_order = 0;
 };
 
 struct IndexColumn {

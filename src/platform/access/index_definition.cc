@@ -5,11 +5,6 @@
 namespace tenora::access {
 namespace {
 
-struct LogicalIndex {
-  std::uint32_t physical = 0;
-  bool primary = false;
-};
-
 // False when a column is missing.
 bool Resolve(const PhysicalIndex& physical, const std::vector<Column>& columns, Index& index) {
   for (const PhysicalIndex::Part& part : physical.parts) {
@@ -48,23 +43,29 @@ std::vector<PhysicalIndex> ReadPhysicalIndexes(const Layout& layout, std::uint32
   return indexes;
 }
 
-std::vector<Index> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,
-                                      const TextCodec& codec,
-                                      const std::vector<PhysicalIndex>& physical,
-                                      const std::vector<Column>& columns, ByteReader& reader) {
-  std::vector<LogicalIndex> records;
+std::vector<LogicalIndex> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,
+                                             const TextCodec& codec, ByteReader& reader) {
+  std::vector<LogicalIndex> indexes;
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::byte* record = reader.Take(layout.logical_size).data();
-    records.push_back({Load32(record + layout.logical_physical),
-                       Load8(record + layout.logical_type) == kLogicalPrimary});
+    LogicalIndex& index = indexes.emplace_back();
+    index.physical = Load32(record + layout.logical_physical);
+    index.primary = Load8(record + layout.logical_type) == kLogicalPrimary;
   }
+  for (LogicalIndex& index : indexes) index.name = ReadName(layout, codec, reader);
+  return indexes;
+}
+
+std::vector<Index> ResolveIndexes(const std::vector<LogicalIndex>& logical,
+                                  const std::vector<PhysicalIndex>& physical,
+                                  const std::vector<Column>& columns) {
   std::vector<Index> indexes;
-  for (const LogicalIndex& record : records) {
-    Index index;
-    index.name = ReadName(layout, codec, reader);
+  for (const LogicalIndex& record : logical) {
     if (record.physical >= physical.size()) continue;
     const PhysicalIndex& tree = physical[record.physical];
+    Index index;
     if (!Resolve(tree, columns, index)) continue;
+    index.name = record.name;
     index.primary = record.primary;
     index.unique = record.primary || (tree.flags & kIndexUnique) != 0;
     indexes.push_back(std::move(index));

@@ -22,15 +22,23 @@ struct PhysicalIndex {
   std::uint8_t flags = 0;  // kIndexUnique and others
 };
 
+struct LogicalIndex {
+  std::string name;
+  std::uint32_t physical = 0;
+  bool primary = false;
+};
+
 // Both readers leave `reader` behind what they read.
 std::vector<PhysicalIndex> ReadPhysicalIndexes(const Layout& layout, std::uint32_t count,
                                                ByteReader& reader);
-// The logical indexes by name. One whose columns or physical index the table does not have is left
-// out: it cannot be used, and the rows do not need it.
-std::vector<Index> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,
-                                      const TextCodec& codec,
-                                      const std::vector<PhysicalIndex>& physical,
-                                      const std::vector<Column>& columns, ByteReader& reader);
+std::vector<LogicalIndex> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,
+                                             const TextCodec& codec, ByteReader& reader);
+
+// The indexes as callers see them. One whose columns or physical index the table does not have is
+// left out: it cannot be used, and the rows do not need it.
+std::vector<Index> ResolveIndexes(const std::vector<LogicalIndex>& logical,
+                                  const std::vector<PhysicalIndex>& physical,
+                                  const std::vector<Column>& columns);
 
 // A column or index name at the reader's place.
 std::string ReadName(const Layout& layout, const TextCodec& codec, ByteReader& reader);

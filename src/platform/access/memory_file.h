@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "platform/access/check.h"
 #include "platform/access/database_file.h"
 
 namespace tenora::access {
@@ -13,5 +14,8 @@ namespace tenora::access {
 // Raises what DatabaseFile::Open raises; `name` stands for the path in messages.
 std::shared_ptr<DatabaseFile> OpenBytes(std::vector<std::byte> bytes,
                                         const std::filesystem::path& name);
+
+// Raises what CheckDatabase raises.
+std::vector<Finding> CheckBytes(std::vector<std::byte> bytes, const std::filesystem::path& name);
 
 }  // namespace tenora::access

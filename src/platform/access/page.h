@@ -30,6 +30,7 @@ enum class PageType : std::uint8_t {
   kIndexNode = 3,
   kIndexLeaf = 4,
   kUsageMap = 5,
+  kDroppedDefinition = 8,  // of a table that is no more; its pages stay until the file is compacted
 };
 
 // "LVAL" where a data page of a table has its owner.
@@ -40,6 +41,10 @@ struct RowPointer {
   std::uint8_t row = 0;
 
   static RowPointer Load(const std::byte* at) { return {Load24(at + 1), Load8(at)}; }
+  void Store(std::byte* at) const {
+    at[0] = std::byte{row};
+    Store24(at + 1, page);
+  }
   bool operator==(const RowPointer&) const = default;
 };
 

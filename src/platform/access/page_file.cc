@@ -104,6 +104,11 @@ void PageFile::Begin() {
   page_count_ = static_cast<std::uint32_t>(size_ / page_size);
 }
 
+void PageFile::AddPages(std::uint32_t count) {
+  page_count_ += count;
+  size_ = std::uint64_t{page_count_} * layout().page_size;
+}
+
 void PageFile::Read(std::uint32_t number, PageBuffer& page) const {
   if (page.number == number) return;
   if (number >= page_count_) {

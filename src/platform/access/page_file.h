@@ -36,6 +36,7 @@ class PageFile {
   PageFile(std::filesystem::path path, std::uint64_t size) : path_(std::move(path)), size_(size) {}
   // Reads the header; the file is then ready for Read.
   void Begin();
+  void AddPages(std::uint32_t count);
   // Fills `into` from `offset`; fewer bytes only where the file ends. Raises Damage 3043 for page
   // `number` when the system reports a failure.
   virtual std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> into,

@@ -1,6 +1,36 @@
 #include "platform/access/row.h"
 
+#include "platform/access/field_text.h"
+
 namespace tenora::access {
+
+std::size_t FixedSize(const Column& column) {
+  switch (column.type) {
+    case ColumnType::kBoolean:
+      return 0;
+    case ColumnType::kByte:
+      return 1;
+    case ColumnType::kInteger:
+      return 2;
+    case ColumnType::kLong:
+    case ColumnType::kSingle:
+    case ColumnType::kComplex:
+      return 4;
+    case ColumnType::kCurrency:
+    case ColumnType::kDouble:
+    case ColumnType::kDateTime:
+    case ColumnType::kBigInt:
+      return 8;
+    case ColumnType::kGuid:
+      return kGuidSize;
+    case ColumnType::kDecimal:
+      return kDecimalSize;
+    case ColumnType::kDateTimeExtended:
+      return kExtendedDateSize;
+    default:
+      return column.length;
+  }
+}
 
 Row::Row(const Layout& layout, const TableDefinition& table, Bytes bytes, std::uint32_t page)
     : bytes_(bytes), page_(page), count_size_(layout.row_count_size) {
@@ -59,6 +89,14 @@ Bytes Row::Variable(std::uint16_t index) const {
     throw Damage(page_, "a variable column lies outside its row");
   }
   return bytes_.subspan(start, end - start);
+}
+
+Bytes StoredBytes(const Row& row, const TableDefinition& table, std::size_t column) {
+  const Column& c = table.columns[column];
+  if (!row.HasValue(c.number)) return {};
+  const ColumnPlace& place = table.places[column];
+  return c.fixed_length ? row.Fixed(place.fixed_offset, FixedSize(c))
+                        : row.Variable(place.variable_index);
 }
 
 }  // namespace tenora::access

@@ -20,6 +20,9 @@
 
 namespace tenora::access {
 
+// Bytes a fixed column takes in the row; 0 for a boolean, which lives in the null mask.
+std::size_t FixedSize(const Column& column);
+
 class Row {
  public:
   Row() = default;
@@ -50,5 +53,9 @@ class Row {
   const std::byte* jumps_ = nullptr;  // Jet 3: the last entry, the others lie below it
   std::size_t jump_count_ = 0;
 };
+
+// The bytes of a column, by position in the definition; empty when it is null. Raises Damage when
+// they lie outside the row.
+Bytes StoredBytes(const Row& row, const TableDefinition& table, std::size_t column);
 
 }  // namespace tenora::access

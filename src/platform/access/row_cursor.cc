@@ -14,36 +14,7 @@ namespace {
 // A pointer to a pointer does occur; more than a few in a row are a circle.
 constexpr int kMostOverflows = 8;
 
-// Bytes a fixed column takes in the row; 0 for a boolean, which lives in the null mask.
-std::size_t FixedSize(const Column& column) {
-  switch (column.type) {
-    case ColumnType::kBoolean:
-      return 0;
-    case ColumnType::kByte:
-      return 1;
-    case ColumnType::kInteger:
-      return 2;
-    case ColumnType::kLong:
-    case ColumnType::kSingle:
-    case ColumnType::kComplex:
-      return 4;
-    case ColumnType::kCurrency:
-    case ColumnType::kDouble:
-    case ColumnType::kDateTime:
-    case ColumnType::kBigInt:
-      return 8;
-    case ColumnType::kGuid:
-      return kGuidSize;
-    case ColumnType::kDecimal:
-      return kDecimalSize;
-    case ColumnType::kDateTimeExtended:
-      return kExtendedDateSize;
-    default:
-      return column.length;
-  }
-}
-
-class TableCursor final : public RowCursor {
+class TableCursor : public PlacedCursor {
  public:
   explicit TableCursor(std::shared_ptr<const TableData> table)
       : table_(std::move(table)),
@@ -54,6 +25,8 @@ class TableCursor final : public RowCursor {
   bool Next() override {
     return Guarded([&] { return Advance(); });
   }
+
+  RowPointer place() const override { return {page_.number, static_cast<std::uint8_t>(slot_ - 1)}; }
 
   bool IsNull(std::size_t column) const override {
     const Column& c = Columns()[column];
@@ -137,36 +110,48 @@ class TableCursor final : public RowCursor {
  protected:
   const std::vector<Column>& Columns() const override { return table_->definition.columns; }
 
+  virtual bool Advance() {
+    for (;;) {
+      while (slot_ < slots_) {
+        if (Enter(slot_++)) return true;
+      }
+      if (!NextPage()) return false;
+    }
+  }
+
+  void GoTo(std::uint32_t number) {
+    slot_ = slots_ = 0;
+    row_ = Row();
+    table_->file->Read(number, page_);
+    if (IsForOtherUse(page_)) return;
+    const DataPage data(table_->file->layout(), page_);
+    RequireOwner(page_);
+    slots_ = data.row_count();
+  }
+
+  // False when the slot's row is not to be met on a walk.
+  bool Enter(std::size_t row) {
+    const DataPage::Slot slot = DataPage(table_->file->layout(), page_).Row(row);
+    if (slot.hidden) return false;
+    row_page_ = &page_;
+    SetRow(slot.overflow ? FollowOverflow(slot.bytes) : slot.bytes);
+    return true;
+  }
+
+  std::size_t slot_ = 0, slots_ = 0;
+  PageBuffer page_;
+
  private:
   template <typename Step>
   std::invoke_result_t<Step> Guarded(Step step) const {
     return NamingDamage(table_->file->path(), table_->name, step);
   }
 
-  bool Advance() {
-    for (;;) {
-      while (slot_ < slots_) {
-        const DataPage::Slot slot = DataPage(table_->file->layout(), page_).Row(slot_++);
-        if (slot.hidden) continue;
-        row_page_ = &page_;
-        SetRow(slot.overflow ? FollowOverflow(slot.bytes) : slot.bytes);
-        return true;
-      }
-      if (!NextPage()) return false;
-    }
-  }
-
   bool NextPage() {
     const std::uint32_t number = pages_.NextFrom(next_page_);
     if (number == PageBuffer::kNone) return false;
     next_page_ = number + 1;
-    slot_ = slots_ = 0;
-    row_ = Row();
-    table_->file->Read(number, page_);
-    if (IsForOtherUse(page_)) return true;
-    const DataPage data(table_->file->layout(), page_);
-    RequireOwner(page_);
-    slots_ = data.row_count();
+    GoTo(number);
     return true;
   }
 
@@ -206,11 +191,7 @@ class TableCursor final : public RowCursor {
 
   // A column's bytes in the row; empty when it is null.
   access::Bytes Stored(std::size_t column) const {
-    const Column& c = Columns()[column];
-    if (!row_.HasValue(c.number)) return {};
-    const ColumnPlace& place = table_->definition.places[column];
-    return c.fixed_length ? row_.Fixed(place.fixed_offset, FixedSize(c))
-                          : row_.Variable(place.variable_index);
+    return StoredBytes(row_, table_->definition, column);
   }
 
   access::Bytes Stored(std::size_t column, std::size_t size) const {
@@ -239,21 +220,48 @@ class TableCursor final : public RowCursor {
   TextCodec codec_;
   UsageMap pages_;
   LongValueReader long_values_;
-  PageBuffer page_;
   PageBuffer overflow_page_;
   const PageBuffer* row_page_ = &page_;  // where the current row lies
   std::uint32_t next_page_ = 0;
-  std::size_t slot_ = 0, slots_ = 0;
   Row row_;
   std::string text_;
 };
 
+class ListCursor final : public TableCursor {
+ public:
+  ListCursor(std::shared_ptr<const TableData> table, std::vector<RowPointer> places)
+      : TableCursor(std::move(table)), places_(std::move(places)) {}
+
+ private:
+  bool Advance() override {
+    if (next_ == places_.size()) return false;
+    const RowPointer place = places_[next_++];
+    GoTo(place.page);
+    slot_ = place.row + std::size_t{1};
+    if (slot_ > slots_ || !Enter(place.row)) {
+      throw Damage(place.page, "there is no row " + std::to_string(place.row));
+    }
+    return true;
+  }
+
+  std::vector<RowPointer> places_;
+  std::size_t next_ = 0;
+};
+
 }  // namespace
 
-std::unique_ptr<RowCursor> OpenCursor(std::shared_ptr<const TableData> table) {
+std::unique_ptr<PlacedCursor> OpenCursor(std::shared_ptr<const TableData> table) {
   const TableData& data = *table;
   return NamingDamage(data.file->path(), data.name,
                       [&] { return std::make_unique<TableCursor>(std::move(table)); });
+}
+
+std::unique_ptr<PlacedCursor> OpenCursorAt(std::shared_ptr<const TableData> table,
+                                           std::vector<RowPointer> places) {
+  const TableData& data = *table;
+  return NamingDamage(data.file->path(), data.name, [&] {
+    return std::make_unique<ListCursor>(std::move(table), std::move(places));
+  });
 }
 
 Value RowCursor::Field(std::size_t column) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "platform/access/table_definition.h"
 
@@ -14,6 +15,16 @@ struct TableData {
   TableDefinition definition;
 };
 
-std::unique_ptr<RowCursor> OpenCursor(std::shared_ptr<const TableData> table);
+// A cursor that tells where the current row is: its slot where a walk meets it, which is what an
+// index points to, also when the row has moved on from there.
+class PlacedCursor : public RowCursor {
+ public:
+  virtual RowPointer place() const = 0;
+};
+
+std::unique_ptr<PlacedCursor> OpenCursor(std::shared_ptr<const TableData> table);
+// Walks these rows alone. Raises Damage for a place that holds none.
+std::unique_ptr<PlacedCursor> OpenCursorAt(std::shared_ptr<const TableData> table,
+                                           std::vector<RowPointer> places);
 
 }  // namespace tenora::access

@@ -25,16 +25,31 @@ namespace tenora::access {
 struct ColumnPlace {
   std::uint16_t variable_index = 0;  // among the variable columns
   std::uint16_t fixed_offset = 0;    // behind the row's column count
+  std::uint8_t flags = 0;
+  std::uint8_t more_flags = 0;  // Jet 4
+};
+
+// The pages that hold a long value column's content.
+struct LongValueMaps {
+  std::uint16_t column_number = 0;
+  RowPointer owned_pages;
+  RowPointer free_pages;
 };
 
 struct TableDefinition {
   std::uint32_t page = 0;
+  std::vector<std::uint32_t> further_pages;  // that the definition goes on on
   std::uint32_t row_count = 0;
+  std::int32_t last_auto_number = 0;
+  bool counts_up = true;               // false: automatic numbers are random
+  std::uint16_t max_columns = 0;       // deleted ones included
   std::uint16_t variable_columns = 0;  // deleted ones included; 0: rows have no variable part
   std::vector<Column> columns;
   std::vector<ColumnPlace> places;  // one for each column
   std::vector<PhysicalIndex> physical_indexes;
+  std::vector<LogicalIndex> logical_indexes;
   std::vector<Index> indexes;
+  std::vector<LongValueMaps> long_values;
   RowPointer owned_pages;  // usage maps
   RowPointer free_pages;
 };

@@ -17,20 +17,33 @@ namespace tenora::access {
 inline constexpr std::size_t kInlineMapBits = 5;  // where the bits start in an inline map
 inline constexpr std::size_t kBitmapPageBits = 4;
 
+// The map of the file's free pages; it goes on behind the end of the file.
+inline constexpr RowPointer kFreePagesMap{1, 0};
+
 class UsageMap {
  public:
+  // What to do with pages behind the end of the file.
+  enum class BehindEnd { kDamage, kIgnored };
+
   UsageMap() = default;
   // A pointer to page 0 names no map: the set is empty. Raises Damage for a map that cannot be or
   // that has a page behind the end of the file.
-  UsageMap(const PageFile& file, RowPointer map);
+  UsageMap(const PageFile& file, RowPointer map, BehindEnd behind_end = BehindEnd::kDamage);
 
   // The first page of the set at or behind `from`; PageBuffer::kNone when there is none.
   std::uint32_t NextFrom(std::uint32_t from) const;
+  bool Contains(std::uint32_t page) const {
+    return page / 64 < bits_.size() && (bits_[page / 64] >> page % 64 & 1) != 0;
+  }
 
  private:
-  void Add(const PageFile& file, std::uint32_t map_page, std::uint64_t first, Bytes bits);
+  void Add(const PageFile& file, std::uint32_t map_page, std::uint64_t first, Bytes bits,
+           BehindEnd behind_end);
 
   std::vector<std::uint64_t> bits_;
 };
+
+// The bitmap pages of an indirect map; none of an inline one. Raises Damage as UsageMap does.
+std::vector<std::uint32_t> BitmapPages(const PageFile& file, RowPointer map);
 
 }  // namespace tenora::access

@@ -52,6 +52,19 @@ class Database {
   // file raises. Only forward-only read-only sets exist; other types are read the same way.
   virtual std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) = 0;
   virtual std::vector<TableSummary> Tables() const = 0;
+
+  // Runs an insert, update or delete statement and gives the number of rows changed. Outside a
+  // transaction it is one of its own, and would survive a power cut when it returns. Raises 3075,
+  // 3219 and what access::WritableTable and WriteTransaction raise; nothing is changed then.
+  virtual std::int64_t Execute(std::string_view sql) = 0;
+
+  // From BeginTrans to CommitTrans or Rollback no other program's transaction has the file: what is
+  // read by equal values is still true when it is written. Selects of other forms read the file as
+  // it was at BeginTrans. Raise 3034 (no transaction is open, or one is already) and what
+  // WriteTransaction raises.
+  virtual void BeginTrans() = 0;
+  virtual void CommitTrans() = 0;
+  virtual void Rollback() = 0;
 };
 
 // The engine's default workspace. It keeps the mirrors of the files it has opened, so that opening

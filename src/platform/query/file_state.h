@@ -16,4 +16,8 @@ struct FileState {
 // All zero when the file cannot be looked at.
 FileState ReadFileState(const std::filesystem::path& path);
 
+// Whether the last change lies so far back that one more would show another time: file systems
+// count in steps of some milliseconds.
+bool IsSettled(const FileState& state);
+
 }  // namespace tenora::query

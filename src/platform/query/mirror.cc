@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/access/database_writer.h"
 #include "platform/query/errors.h"
 #include "platform/query/lexer.h"
 #include "platform/query/parser.h"
@@ -29,6 +30,8 @@ int LimitParameter(const Plan& plan) { return static_cast<int>(plan.parameters.s
 Mirror::Mirror(const std::filesystem::path& path, const FileState& state,
                const MirrorSettings& settings)
     : state_(state),
+      settled_(IsSettled(state)),
+      take_read_lock_(settings.take_read_lock),
       path_(path),
       file_(access::DatabaseFile::Open(path)),
       functions_{.now = settings.now, .error = {}},
@@ -84,7 +87,26 @@ MirrorTable* Mirror::TableAt(std::size_t number) {
   return number < tables_.size() ? tables_[number].get() : nullptr;
 }
 
+namespace {
+
+// Another program's change of one receipt number takes milliseconds.
+constexpr std::chrono::milliseconds kWaitForWriters{10000};
+constexpr int kNoLocksThere = 3050;
+
+// Null where the file system has no locks: reading goes on without.
+std::unique_ptr<access::ReadLock> LockForReading(const std::filesystem::path& path) {
+  try {
+    return access::ReadLock::Take(path, kWaitForWriters);
+  } catch (const RuntimeError& error) {
+    if (error.number() == kNoLocksThere) return nullptr;
+    throw;
+  }
+}
+
+}  // namespace
+
 std::unique_ptr<MirrorTable> Mirror::Load(std::string_view name) {
+  const std::unique_ptr<access::ReadLock> lock = take_read_lock_ ? LockForReading(path_) : nullptr;
   // Another program may have written since the file was opened: then this table is read as it is
   // now, and not with a map of the file as it was.
   const std::shared_ptr<access::DatabaseFile> file =

@@ -35,6 +35,8 @@ struct CachedPlan {
 struct MirrorSettings {
   std::function<Date()> now;
   std::chrono::milliseconds time_limit;  // for one step of a statement
+  // Keep other programs' transactions out while a table is read.
+  bool take_read_lock = true;
 };
 
 class Mirror : private MirrorTables, private Catalogue {
@@ -46,6 +48,9 @@ class Mirror : private MirrorTables, private Catalogue {
   Mirror& operator=(const Mirror&) = delete;
 
   const FileState& state() const { return state_; }
+  // False when the file had changed so shortly before it was read that a further change might show
+  // the same time.
+  bool settled() const { return settled_; }
   const access::DatabaseFile& file() const { return *file_; }
 
   // A statement ready for its first step, and the plan it goes back to.
@@ -77,6 +82,8 @@ class Mirror : private MirrorTables, private Catalogue {
   static int CheckProgress(void* mirror);
 
   FileState state_;
+  bool settled_;
+  bool take_read_lock_;
   std::filesystem::path path_;
   std::shared_ptr<access::DatabaseFile> file_;
   FunctionContext functions_;

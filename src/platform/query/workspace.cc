@@ -4,59 +4,148 @@
 #include "platform/query/engine.h"
 #include "platform/query/mirror.h"
 #include "platform/query/recordset.h"
+#include "platform/query/transaction.h"
 #include "platform/runtime/clock.h"
 
 namespace tenora::query {
 namespace {
 
+constexpr int kTransactionOrder = 3034;
+
+// The mirrors of the files opened so far, each as long as its file is unchanged.
+class Mirrors {
+ public:
+  explicit Mirrors(MirrorSettings settings) : settings_(std::move(settings)) {}
+
+  std::shared_ptr<Mirror> Get(const std::filesystem::path& path) {
+    const FileState state = ReadFileState(path);
+    if (const auto known = mirrors_.find(path.string()); known != mirrors_.end()) {
+      if (known->second->state() == state && known->second->settled()) return known->second;
+      mirrors_.erase(known);
+    }
+    auto mirror = std::make_shared<Mirror>(path, state, settings_);
+    // Few programs open more than one database; a mirror too many only costs reading it again.
+    constexpr std::size_t kMostMirrors = 4;
+    if (mirrors_.size() >= kMostMirrors) mirrors_.clear();
+    mirrors_.emplace(path.string(), mirror);
+    return mirror;
+  }
+
+  // A mirror read while this process itself keeps other writers out.
+  std::shared_ptr<Mirror> ReadWithinTransaction(const std::filesystem::path& path) const {
+    MirrorSettings settings = settings_;
+    settings.take_read_lock = false;
+    return std::make_shared<Mirror>(path, ReadFileState(path), settings);
+  }
+
+  void Forget(const std::filesystem::path& path) { mirrors_.erase(path.string()); }
+
+ private:
+  MirrorSettings settings_;
+  std::unordered_map<std::string, std::shared_ptr<Mirror>> mirrors_;
+};
+
 class MirrorDatabase : public Database {
  public:
-  MirrorDatabase(std::string name, std::shared_ptr<Mirror> mirror)
-      : name_(std::move(name)), mirror_(std::move(mirror)) {}
+  MirrorDatabase(std::filesystem::path path, std::shared_ptr<Mirrors> mirrors)
+      : path_(std::move(path)),
+        name_(path_.string()),
+        mirrors_(std::move(mirrors)),
+        mirror_(mirrors_->Get(path_)) {}
 
   const std::string& Name() const override { return name_; }
 
   std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int, int) override {
+    if (transaction_ != nullptr) {
+      if (auto rows = transaction_->TrySelect(sql)) return rows;
+      return std::make_unique<MirrorRecordset>(MirrorWithinTransaction(), sql);
+    }
+    if (mirror_ == nullptr) mirror_ = mirrors_->Get(path_);
     return std::make_unique<MirrorRecordset>(mirror_, sql);
   }
 
   std::vector<TableSummary> Tables() const override {
+    const std::shared_ptr<Mirror> mirror = mirror_ != nullptr ? mirror_ : mirrors_->Get(path_);
     std::vector<TableSummary> summaries;
-    for (const std::string& name : mirror_->file().TableNames()) {
-      const access::Table* const table = mirror_->file().FindTable(name);
+    for (const std::string& name : mirror->file().TableNames()) {
+      const access::Table* const table = mirror->file().FindTable(name);
       summaries.push_back({.name = name, .rows = table == nullptr ? 0 : table->row_count()});
     }
     return summaries;
   }
 
+  std::int64_t Execute(std::string_view sql) override {
+    if (transaction_ != nullptr) return transaction_->Execute(sql);
+    BeginTrans();
+    try {
+      const std::int64_t rows = transaction_->Execute(sql);
+      CommitTrans();
+      return rows;
+    } catch (...) {
+      transaction_.reset();
+      throw;
+    }
+  }
+
+  void BeginTrans() override {
+    if (transaction_ != nullptr) throw OrderError("A transaction is open already.");
+    transaction_ =
+        std::make_unique<Transaction>(path_, [this] { return MirrorWithinTransaction(); });
+  }
+
+  void CommitTrans() override {
+    if (transaction_ == nullptr) throw OrderError("You tried to commit without a transaction.");
+    const std::unique_ptr<Transaction> ending = EndTransaction();
+    ending->Commit();
+  }
+
+  void Rollback() override {
+    if (transaction_ == nullptr) throw OrderError("You tried to roll back without a transaction.");
+    EndTransaction();
+  }
+
  private:
+  static RuntimeError OrderError(const char* description) {
+    return RuntimeError(kTransactionOrder, description, "DAO.Workspace");
+  }
+
+  // The mirror follows only after the file: the next statement reads it anew.
+  std::unique_ptr<Transaction> EndTransaction() {
+    if (transaction_->changed()) {
+      mirrors_->Forget(path_);
+      mirror_.reset();
+    }
+    transaction_mirror_.reset();
+    return std::move(transaction_);
+  }
+
+  std::shared_ptr<Mirror> MirrorWithinTransaction() {
+    if (transaction_mirror_ == nullptr) {
+      transaction_mirror_ = mirrors_->ReadWithinTransaction(path_);
+    }
+    return transaction_mirror_;
+  }
+
+  std::filesystem::path path_;
   std::string name_;
+  std::shared_ptr<Mirrors> mirrors_;
   std::shared_ptr<Mirror> mirror_;
+  std::shared_ptr<Mirror> transaction_mirror_;
+  std::unique_ptr<Transaction> transaction_;
 };
 
 class MirrorWorkspace : public Workspace {
  public:
-  explicit MirrorWorkspace(MirrorSettings settings) : settings_(std::move(settings)) {}
+  explicit MirrorWorkspace(MirrorSettings settings)
+      : mirrors_(std::make_shared<Mirrors>(std::move(settings))) {}
 
   std::unique_ptr<Database> OpenDatabase(const std::filesystem::path& path) override {
-    const std::filesystem::path full = std::filesystem::absolute(path).lexically_normal();
-    const FileState state = ReadFileState(full);
-    if (const auto known = mirrors_.find(full.string()); known != mirrors_.end()) {
-      if (known->second->state() == state)
-        return std::make_unique<MirrorDatabase>(full.string(), known->second);
-      mirrors_.erase(known);
-    }
-    auto mirror = std::make_shared<Mirror>(full, state, settings_);
-    // Few programs open more than one database; a mirror too many only costs reading it again.
-    constexpr std::size_t kMostMirrors = 4;
-    if (mirrors_.size() >= kMostMirrors) mirrors_.clear();
-    mirrors_.emplace(full.string(), mirror);
-    return std::make_unique<MirrorDatabase>(full.string(), std::move(mirror));
+    return std::make_unique<MirrorDatabase>(std::filesystem::absolute(path).lexically_normal(),
+                                            mirrors_);
   }
 
  private:
-  MirrorSettings settings_;
-  std::unordered_map<std::string, std::shared_ptr<Mirror>> mirrors_;
+  std::shared_ptr<Mirrors> mirrors_;
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 #include "platform/runtime/error.h"
@@ -36,6 +37,22 @@ void WriteAll(int fd, std::string_view content, const std::filesystem::path& pat
   }
 }
 
+// Creates the file under its own name and takes it away again when it cannot be written whole; only
+// a crash can leave a part behind. False when the name is taken.
+bool CreateInPlace(const std::filesystem::path& path, std::string_view content) {
+  const FileDescriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  if (fd.get() < 0 && errno == EEXIST) return false;
+  if (fd.get() < 0) throw FileError(errno, path);
+  try {
+    WriteAll(fd.get(), content, path);
+    if (::fsync(fd.get()) != 0) throw FileError(errno, path);
+  } catch (...) {
+    ::unlink(path.c_str());
+    throw;
+  }
+  return true;
+}
+
 // A file beside the target that is removed unless it is renamed in time.
 class ScratchFile {
  public:
@@ -51,9 +68,9 @@ class ScratchFile {
       WriteAll(fd.get(), content, target);
       const mode_t mask = ::umask(0);
       ::umask(mask);
-      if (::fchmod(fd.get(), 0666 & ~mask) != 0 || ::fsync(fd.get()) != 0) {
-        throw FileError(errno, target);
-      }
+      // Where modes are unknown the file has the one its file system gives to all.
+      static_cast<void>(::fchmod(fd.get(), 0666 & ~mask));
+      if (::fsync(fd.get()) != 0) throw FileError(errno, target);
     } catch (...) {
       ::unlink(name_.c_str());
       throw;
@@ -70,10 +87,18 @@ class ScratchFile {
     name_.clear();
   }
 
-  bool TakeFreeName() const {
+  // False when the name is taken. Each way never replaces a file; the ones behind the first are for
+  // file systems that lack it: hard links are unknown to FAT and to some servers, and so may be the
+  // renaming flag.
+  bool TakeFreeName(std::string_view content) {
+    if (::renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) == 0) {
+      name_.clear();
+      return true;
+    }
+    if (errno == EEXIST) return false;
     if (::link(name_.c_str(), target_.c_str()) == 0) return true;
     if (errno == EEXIST) return false;
-    throw FileError(errno, target_);
+    return CreateInPlace(target_, content);
   }
 
  private:
@@ -138,7 +163,7 @@ void WriteWholeFile(const std::filesystem::path& path, std::string_view content)
 }
 
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content) {
-  return ScratchFile(path, content).TakeFreeName();
+  return ScratchFile(path, content).TakeFreeName(content);
 }
 
 }  // namespace tenora

@@ -1,0 +1,71 @@
+// The disk, as far as writing to a database needs it: a few calls whose failure at any moment must
+// be harmless. Tests put a storage of their own in its place that fails, tears and forgets.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "platform/access/bytes.h"
+
+namespace tenora::access {
+
+// A call of the system that failed; `reason` is its errno.
+class StorageError : public std::runtime_error {
+ public:
+  StorageError(int reason, const std::filesystem::path& path, const char* what);
+  int reason() const { return reason_; }
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  int reason_;
+  std::filesystem::path path_;
+};
+
+enum class LockKind { kShared, kExclusive };
+
+// An open file. Every call raises StorageError when the system refuses it.
+class StorageFile {
+ public:
+  virtual ~StorageFile() = default;
+  virtual std::uint64_t Size() = 0;
+  // Fewer bytes only where the file ends.
+  virtual std::size_t Read(std::uint64_t offset, std::span<std::byte> into) = 0;
+  virtual void Write(std::uint64_t offset, Bytes bytes) = 0;
+  virtual void Truncate(std::uint64_t size) = 0;
+  // Returns when what was written, and the file's length, would survive a power cut.
+  virtual void Sync() = 0;
+  // A lock of the whole file against other open files, also those of this process, held until this
+  // one is closed. False when another holds it.
+  virtual bool TryLock(LockKind kind) = 0;
+  // Whether `path` still names this file.
+  virtual bool IsAt(const std::filesystem::path& path) = 0;
+};
+
+class Storage {
+ public:
+  enum class Mode { kRead, kReadWrite };
+
+  virtual ~Storage() = default;
+  // Null when there is no such file.
+  virtual std::unique_ptr<StorageFile> Open(const std::filesystem::path& path, Mode mode) = 0;
+  // Opens or makes the file, readable and writable by whoever may read and write `like`.
+  virtual std::unique_ptr<StorageFile> Create(const std::filesystem::path& path,
+                                              const std::filesystem::path& like) = 0;
+  virtual void Remove(const std::filesystem::path& path) = 0;
+  // Returns when the folder's entries would survive a power cut.
+  virtual void SyncFolder(const std::filesystem::path& folder) = 0;
+};
+
+// The disks of this machine.
+class DiskStorage final : public Storage {
+ public:
+  std::unique_ptr<StorageFile> Open(const std::filesystem::path& path, Mode mode) override;
+  std::unique_ptr<StorageFile> Create(const std::filesystem::path& path,
+                                      const std::filesystem::path& like) override;
+  void Remove(const std::filesystem::path& path) override;
+  void SyncFolder(const std::filesystem::path& folder) override;
+};
+
+}  // namespace tenora::access

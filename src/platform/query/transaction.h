@@ -1,0 +1,58 @@
+// Statements that change rows, run within one transaction on the file.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "platform/access/database_writer.h"
+#include "platform/query/action.h"
+#include "platform/query/engine.h"
+#include "platform/query/mirror.h"
+
+namespace tenora::query {
+
+class Transaction {
+ public:
+  // `mirror` gives the mirror of the file as it is now; it is called while the transaction has the
+  // file, and only for statements that need more than look-ups by equal values.
+  Transaction(const std::filesystem::path& path, std::function<std::shared_ptr<Mirror>()> mirror);
+
+  // The number of rows changed. Raises what ParseAction and WritableTable raise, and 3219 for a
+  // statement with a condition beyond "column = literal" behind a change of the same transaction.
+  std::int64_t Execute(std::string_view statement);
+
+  // The rows of a select over one table by equal values, with the transaction's own changes,
+  // through the table's indexes; null for every other statement.
+  std::unique_ptr<Recordset> TrySelect(std::string_view statement);
+
+  bool changed() const { return changed_; }
+  void Commit() { transaction_->Commit(); }
+
+ private:
+  using Values = std::vector<access::ColumnValue>;
+  struct Change {
+    access::RowId row;
+    Values values;
+  };
+
+  std::int64_t Insert(const Action& action, std::string_view statement,
+                      const std::vector<Token>& tokens);
+  // The rows an update or delete is about, each with its new values.
+  std::vector<Change> FindChanges(const Action& action, std::string_view statement,
+                                  const std::vector<Token>& tokens);
+  std::vector<Change> FindByMirror(const Action& action, std::string_view statement);
+  // False where a literal is of another kind than its column: such a test needs the mirror's
+  // errors.
+  static bool FillTests(const std::vector<PlainTest>& tests, const access::WritableTable& table,
+                        const std::vector<Token>& tokens, Values& equal);
+  Value Evaluate(const Expression& expression, const std::vector<Token>& tokens);
+
+  std::function<std::shared_ptr<Mirror>()> mirror_;
+  std::unique_ptr<access::WriteTransaction> transaction_;
+  bool changed_ = false;
+};
+
+}  // namespace tenora::query

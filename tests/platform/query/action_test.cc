@@ -1,0 +1,164 @@
+// Statements that change rows. mdb-export reads what they leave.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/query/engine.h"
+#include "platform/runtime/text.h"
+#include "query_test_support.h"
+#include "support/test_files.h"
+
+namespace tenora::query {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Actions : public testing::Test {
+ protected:
+  Actions() {
+    std::filesystem::copy_file(test::SampleDatabase(), path_);
+    database_ = workspace_->OpenDatabase(path_);
+  }
+
+  std::vector<std::string> Rows(std::string_view sql) { return RowsOf(*database_, sql); }
+  int ErrorOf(std::string_view sql) {
+    try {
+      database_->Execute(sql);
+      return 0;
+    } catch (const RuntimeError& error) {
+      return error.number();
+    }
+  }
+  // The lines mdb-export writes of a table that hold this text.
+  std::vector<std::string> Exported(const std::string& table, const std::string& part) {
+    const test::ProcessResult result =
+        test::RunProcess({"mdb-export", "-H", "-Q", path_.string(), table});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    std::vector<std::string> found;
+    for (const std::string& line : Split(result.output, "\n")) {
+      if (line.find(part) != std::string::npos) found.push_back(line);
+    }
+    return found;
+  }
+
+  test::ScratchFolder folder_;
+  std::filesystem::path path_ = folder_ / "property.mdb";
+  std::unique_ptr<Workspace> workspace_ =
+      Workspace::Create([] { return Date::FromCalendar(2026, 11, 21, 9, 30); });
+  std::unique_ptr<Database> database_;
+};
+
+TEST_F(Actions, TheReceiptCountersStatementsAsTheyAreSent) {
+  database_->Execute(
+      "insert into glcodes(gl_code, type, taxable_yn, balancedate, description, bankbalance, "
+      "money1) values ('NxtReceipt', 202, 1, #11/21/2026#, 'Next Receipt Number', 0, 0)");
+  database_->Execute(
+      "insert into custom_fields(parentcode, parenttype, fieldcode, [value]) values ('PR00001', "
+      "202, 'NxtReceipt', '1000')");
+  EXPECT_EQ(database_->Execute("update custom_fields set [value] = '1001' where parenttype=202 and "
+                               "parentcode = 'PR00001' and fieldcode = 'NxtReceipt'"),
+            1);
+  EXPECT_THAT(Rows("select * from custom_fields where fieldcode = 'nxtreceipt'"),
+              ElementsAre("PR00001|202|NxtReceipt|1001"));
+  EXPECT_THAT(Exported("custom_fields", "NxtReceipt"), ElementsAre("PR00001,202,NxtReceipt,1001"));
+  EXPECT_THAT(
+      Exported("glcodes", "NxtReceipt"),
+      ElementsAre("NxtReceipt,Next Receipt Number,202,0,0,1,11/21/26 00:00:00,0.0000,0.0000"));
+}
+
+TEST_F(Actions, ConditionsAndValuesOfEveryKindFindTheirRows) {
+  const struct {
+    const char* statement;
+    std::int64_t rows;
+    const char* check;
+    const char* expected;
+  } cases[] = {
+      {"update property set bedrooms = bedrooms + 10 where bedrooms > 4", -1,
+       "select count(*) from property where bedrooms between 5 and 9", "0"},
+      {"update tenancy set email = 'x' & reference & '@example.test' where reference in "
+       "('T00001','T00002')",
+       2, "select email from tenancy where reference = 't00002'", "xT00002@example.test"},
+      {"update tenancy set closed_yn = true, [current rent] = 99.5 where reference = 'T00003';", 1,
+       "select closed_yn, [current rent] from tenancy where reference = 'T00003'", "True|99.5"},
+      {"delete from revenues where amount < 0 or amount > 1e9", 0, "select count(*) from revenues",
+       "1646"},
+      {"delete * from rentchanges where tenantcode = 'T00010' and changedate > #11/21/2026#", 1,
+       "select count(*) from rentchanges where tenantcode = 'T00010'", "1"},
+      {"insert into rentchanges values ('T00010', #1234-01-01#, 1.0001)", 1,
+       "select changevalue from rentchanges where changedate < #01/01/1900#", "1.0001"},
+      {"update owner set notes = null where code = 'OW0001'", 1,
+       "select notes from owner where code = 'OW0001'", "null"},
+      {"update tenancy set comments = 'Ngā mihi, O''Brien' where name like 'tama o*'", 2,
+       "select distinct comments from tenancy where comments is not null and name like 'tama o*'",
+       "Ngā mihi, O'Brien"},
+      {"delete from insp_schedule", 68, "select count(*) from insp_schedule", "0"},
+  };
+  for (const auto& c : cases) {
+    const std::int64_t rows = database_->Execute(c.statement);
+    if (c.rows >= 0) {
+      EXPECT_EQ(rows, c.rows) << c.statement;
+    }
+    EXPECT_THAT(Rows(c.check), ElementsAre(c.expected)) << c.statement;
+  }
+}
+
+TEST_F(Actions, RefusedStatementsChangeNothing) {
+  const struct {
+    const char* statement;
+    int error;
+  } cases[] = {
+      {"update tenancy set reference = 'T00002' where reference = 'T00001'", 3022},
+      {"insert into tenancy (reference, nosuch) values ('X', 1)", 3127},
+      {"insert into nosuch values (1)", 3078},
+      {"insert into rentchanges values (1, 2)", 3346},
+      {"insert into rentchanges (tenantcode) values ('a', 'b')", 3346},
+      {"insert into rentchanges select * from rentchanges", 3219},
+      {"update tenancy set monthly_day = 'x' where reference = 'T00001'", 3421},
+      {"update tenancy set every_freq = 'a long frequency' where reference = 'T00001'", 3163},
+      {"update tenancy set name = 'x' where nosuch = 1", 3061},
+      {"update tenancy set name", 3075},
+      {"delete tenancy", 3075},
+      {"drop table tenancy", 3075},
+      {"update tenancy set name = 'x' where reference = 5", 3464},
+  };
+  const std::vector<std::string> before = Rows("select * from tenancy");
+  for (const auto& c : cases) EXPECT_EQ(ErrorOf(c.statement), c.error) << c.statement;
+  EXPECT_EQ(Rows("select * from tenancy"), before);
+  EXPECT_EQ(workspace_->OpenDatabase(path_)->Tables().size(), 10U);
+}
+
+TEST_F(Actions, ATransactionIsKeptWholeOrNotAtAll) {
+  database_->BeginTrans();
+  database_->Execute("insert into rentchanges values ('T1', #2026-11-21#, 5)");
+  EXPECT_THAT(Rows("select changevalue as v from rentchanges where tenantcode = 't1'"),
+              ElementsAre("5"));
+  EXPECT_EQ(ErrorOf("delete from rentchanges where changevalue > 1"), 3219);
+  database_->Rollback();
+  EXPECT_THAT(Rows("select * from rentchanges where tenantcode = 'T1'"), IsEmpty());
+
+  database_->BeginTrans();
+  database_->Execute("insert into rentchanges values ('T1', #2026-11-21#, 5)");
+  database_->Execute("update rentchanges set changevalue = 6 where tenantcode = 'T1'");
+  database_->CommitTrans();
+  EXPECT_THAT(Rows("select changevalue from rentchanges where tenantcode = 'T1'"),
+              ElementsAre("6"));
+  EXPECT_THROW(database_->CommitTrans(), RuntimeError);
+  EXPECT_THROW(database_->Rollback(), RuntimeError);
+}
+
+TEST_F(Actions, EveryHandleSeesACommittedChangeAtItsNextOpen) {
+  const auto second_workspace = Workspace::Create();
+  const auto second = second_workspace->OpenDatabase(path_);
+  const char* const kQuery = "select changevalue from rentchanges where tenantcode = 'T1'";
+  EXPECT_THAT(RowsOf(*second, kQuery), IsEmpty());
+  for (int i = 1; i <= 20; ++i) {
+    database_->Execute(i == 1 ? std::string("insert into rentchanges values ('T1', null, 1)")
+                              : "update rentchanges set changevalue = " + std::to_string(i) +
+                                    " where tenantcode = 'T1'");
+    EXPECT_THAT(RowsOf(*second_workspace->OpenDatabase(path_), kQuery),
+                ElementsAre(std::to_string(i)));
+  }
+}
+
+}  // namespace
+}  // namespace tenora::query
