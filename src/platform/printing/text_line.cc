@@ -65,6 +65,17 @@ void DrawUnderline(QPainter& painter, double x, double y, double width, double s
   }
 }
 
+// Where a line goes through letters, above the line's baseline: their own may be another.
+double MiddleOfLetters(const richtext::CharFormat& format, const FontUse& use) {
+  constexpr double kMiddle = 0.27;  // of the size
+  constexpr double kScript = 2.0 / 3, kSuper = 1.0 / 2,
+                   kSub = -1.0 / 6;  // as text layouts set them
+  const double raised = format.raise_half_points * kTwipsPerHalfPoint;
+  if (format.script == richtext::Script::kNormal) return raised + kMiddle * use.size;
+  const double shift = format.script == richtext::Script::kSuper ? kSuper : kSub;
+  return raised + kScript * (kMiddle * use.size + shift * (use.ascent + use.descent));
+}
+
 // The x stretch that characters [start, end) of a layout take on a line.
 std::pair<double, double> Stretch(const QTextLine& line, int start, int end) {
   const double one = line.cursorToX(start), other = line.cursorToX(end);
@@ -215,8 +226,8 @@ void TextLine::Decorate(QPainter& painter, QPointF origin, double width,
   DrawUnderline(painter, origin.x(), origin.y() + use.size / 9, width, use.size, use.colour,
                 format.underline);
   if (format.strike) {
-    HorizontalRule(painter, origin.x(), origin.y() - use.size * 0.27, width, use.size / 18,
-                   use.colour);
+    HorizontalRule(painter, origin.x(), origin.y() - MiddleOfLetters(format, use), width,
+                   use.size / 18, use.colour);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "platform/printing/list_mark.h"
 #include "platform/printing/paper.h"
@@ -222,6 +223,39 @@ TEST_F(Paragraphs, ShowTheTextOfEveryCharacterFormat) {
   EXPECT_THAT(fonts, HasSubstr("LiberationSerif"));
   EXPECT_THAT(fonts, HasSubstr("LiberationSans-Bold"));
   EXPECT_THAT(fonts, Not(testing::ContainsRegex("Identity-H +no"))) << "all are embedded";
+}
+
+// The first row of the first page, in points, that is not white.
+int FirstInk(const Paper& paper) {
+  const std::string image = Poppler({"pdftoppm", "-r", "72", "-gray", paper.file.string()});
+  // A line each: the kind, width and height, the greatest value; then a byte for each point.
+  const int width = std::atoi(image.substr(3, 8).c_str());
+  const std::size_t start = image.find("\n255\n") + 5;
+  const auto ink = std::find_if(image.begin() + long(start), image.end(),
+                                [](char c) { return static_cast<unsigned char>(c) < 128; });
+  return static_cast<int>((ink - image.begin() - long(start)) / std::max(width, 1));
+}
+
+TEST_F(Paragraphs, AreStruckThroughTheMiddleOfRaisedLetters) {
+  CharFormat struck;
+  struck.strike = true;
+  struck.half_points = 72;
+  const auto row = [&](const CharFormat& format) {
+    richtext::Paragraph paragraph;
+    // Blanks show the line alone; the other run keeps the baseline where it is.
+    CharFormat tall;
+    tall.half_points = 200;
+    paragraph.runs = {Text("\u00A0\u00A0\u00A0\u00A0", format), Text("\u00A0", tall)};
+    return FirstInk(PrintLines({paragraph}));
+  };
+  const int normal = row(struck);
+  CharFormat super = struck, sub = struck, up = struck;
+  super.script = richtext::Script::kSuper;
+  sub.script = richtext::Script::kSub;
+  up.raise_half_points = 40;
+  EXPECT_NEAR(row(up), normal - 20, 1);
+  EXPECT_LT(row(super), normal - 5);
+  EXPECT_GT(row(sub), normal + 3);
 }
 
 TEST_F(Paragraphs, ReadSymbolFontsByTheirGlyphs) {
