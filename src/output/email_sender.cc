@@ -81,11 +81,20 @@ mail::Server clsEmailSender::Server() const {
   return server;
 }
 
+mail::Address clsEmailSender::Sender() const {
+  try {
+    return mail::ParseAddresses(session_.options.SmtpSender).front();
+  } catch (const RuntimeError& error) {
+    throw RuntimeError(error.number(),
+                       "The option SmtpSender: " + std::string(error.description()));
+  }
+}
+
 bool clsEmailSender::SendEmailSMTP(const std::string& recipient, const EmailBody& body,
                                    const std::string& subject, bool isHtml) {
   try {
     mail::Message message;
-    message.from = mail::ParseAddresses(session_.options.SmtpSender).front();
+    message.from = Sender();
     message.to = mail::ParseAddresses(recipient);
     message.subject = subject;
     message.text = isHtml ? body.plain_text : body.body;

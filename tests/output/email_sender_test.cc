@@ -63,7 +63,7 @@ TEST_F(EmailSender, ShowsNumberAndDescriptionAndTriesNothingElse) {
   session_.options.SmtpSender.clear();
   EXPECT_FALSE(sender_.DeliverEmail("bob@example.test", {}, "Rent", true));
   EXPECT_THAT(Boxes(), ElementsAre(StartsWith("-2147220977 - "), StartsWith("-2147220973 - "),
-                                   StartsWith("5 - "), StartsWith("5 - ")));
+                                   StartsWith("5 - "), StartsWith("5 - The option SmtpSender: ")));
 }
 
 TEST_F(EmailSender, TheMailProgramGetsEveryPictureInItsPlace) {
