@@ -18,6 +18,7 @@ namespace {
 
 // Names and prices keep every character, and no angle bracket of theirs becomes a tag.
 constexpr const char* kConverterOptions = "+CR+U+E";
+constexpr const char* kWrapperEnd = "</td></tr></table>";
 constexpr const char* kTab = "&nbsp;&nbsp;&nbsp;&nbsp;";
 
 std::vector<const richtext::Row*> RowsOf(const richtext::Document& document) {
@@ -46,8 +47,7 @@ class BodyWriter {
       : document_(document), head_(head), rows_(RowsOf(document)) {}
 
   void Add(const LetterPiece& piece) {
-    const std::string html =
-        ReplaceAll(html::Converter(options_, head_).Convert(piece.rtf), "\t", kTab);
+    const std::string html = Converted(piece.rtf);
     if (piece.row < 0) {
       // Rows that follow each other have a piece without a paragraph between them.
       if (html.empty() && !HoldsParagraph(piece.rtf)) return;
@@ -66,6 +66,12 @@ class BodyWriter {
   }
 
  private:
+  std::string Converted(std::string_view rtf) const {
+    std::string html = ReplaceAll(html::Converter(options_, head_).Convert(rtf), "\t", kTab);
+    // The end of the wrapper around an aligned paragraph breaks the line already.
+    return ReplaceAll(std::move(html), std::string(kWrapperEnd) + "<br>\r\n", kWrapperEnd);
+  }
+
   void BeginRow(int row) {
     html_ += row_ < 0 ? "\r\n<table width=\"100%\" cellspacing=\"0\" cellpadding=\"5\" "
                         "style=\"margin:8px 0\">\r\n<tr>"

@@ -50,6 +50,16 @@ TEST(EmailBody, FormatsLastOverParagraphsAndGroups) {
   }
 }
 
+TEST(EmailBody, AlignedParagraphsLeaveNoGapsBehind) {
+  const std::string html = BodyOf(
+                               "\\pard\\qr one\\par\r\ntwo\\par\r\n\\pard three\\par\r\n\\pard\\qc "
+                               "four\\par\r\n\\pard\\par "
+                               "five\\par")
+                               .body;
+  EXPECT_THAT(html, HasSubstr(">one<br>\r\ntwo</td></tr></table>three<br>\r\n<table")) << html;
+  EXPECT_THAT(html, HasSubstr("four</td></tr></table><br>\r\nfive")) << html;
+}
+
 TEST(EmailBody, TablesStayTables) {
   const std::string html = BodyOf(
                                "\\pard before\\par\r\n"
