@@ -7,7 +7,10 @@
 
 #include "output/email_pictures.h"
 #include "output/email_tables.h"
-#include "output/rtf_to_html.h"
+#include "output/html_converter.h"
+#include "output/visible_letter.h"
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/writer.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -15,6 +18,7 @@ namespace {
 
 // Names and prices keep every character, and no angle bracket of theirs becomes a tag.
 constexpr const char* kConverterOptions = "+CR+U+E";
+constexpr const char* kWrapperEnd = "</td></tr></table>";
 constexpr const char* kTab = "&nbsp;&nbsp;&nbsp;&nbsp;";
 
 std::vector<const richtext::Row*> RowsOf(const richtext::Document& document) {
@@ -39,15 +43,11 @@ bool HoldsParagraph(std::string_view rtf) {
 
 class BodyWriter {
  public:
-  BodyWriter(const richtext::Document& document, std::string_view source)
-      : document_(document), rows_(RowsOf(document)) {
-    head_ = "{\\rtf1\\ansi" + std::string(FindGroup(source, "{\\fonttbl")) +
-            std::string(FindGroup(source, "{\\colortbl"));
-  }
+  BodyWriter(const richtext::Document& document, const html::Head& head)
+      : document_(document), head_(head), rows_(RowsOf(document)) {}
 
   void Add(const LetterPiece& piece) {
-    const std::string html =
-        ReplaceAll(RtfToHtml(head_ + piece.rtf + "}", kConverterOptions), "\t", kTab);
+    const std::string html = Converted(piece.rtf);
     if (piece.row < 0) {
       // Rows that follow each other have a piece without a paragraph between them.
       if (html.empty() && !HoldsParagraph(piece.rtf)) return;
@@ -66,6 +66,12 @@ class BodyWriter {
   }
 
  private:
+  std::string Converted(std::string_view rtf) const {
+    std::string html = ReplaceAll(html::Converter(options_, head_).Convert(rtf), "\t", kTab);
+    // The end of the wrapper around an aligned paragraph breaks the line already.
+    return ReplaceAll(std::move(html), std::string(kWrapperEnd) + "<br>\r\n", kWrapperEnd);
+  }
+
   void BeginRow(int row) {
     html_ += row_ < 0 ? "\r\n<table width=\"100%\" cellspacing=\"0\" cellpadding=\"5\" "
                         "style=\"margin:8px 0\">\r\n<tr>"
@@ -114,9 +120,10 @@ class BodyWriter {
     return attributes;
   }
 
+  const html::Options options_ = html::ReadOptions(kConverterOptions);
   const richtext::Document& document_;
+  const html::Head& head_;
   std::vector<const richtext::Row*> rows_;
-  std::string head_;
   std::string html_;
   int row_ = -1;  // the table row that is open, -1: none
 };
@@ -124,24 +131,29 @@ class BodyWriter {
 }  // namespace
 
 EmailBody MakeEmailBody(const RichTextBox& letter) {
+  richtext::Document document = VisibleLetter(letter.Document());
   EmailPictures pictures;
-  const richtext::Document& document = letter.Document();
-  const std::string source = pictures.WithMarks(document, letter.UnicodeRTF());
+  pictures.Take(document);
+  const std::string source = richtext::WriteRtf(document, richtext::Escapes::kUnicode);
   // The body alone is cut: the head's groups hold no text of the letter.
   std::string_view body = source;
+  std::string head_source;
   for (const std::string_view group :
        {FindGroup(source, "{\\fonttbl"), FindGroup(source, "{\\colortbl")}) {
+    head_source += group;
     if (!group.empty() && group.end() > body.begin()) {
       body.remove_prefix(static_cast<std::size_t>(group.end() - body.begin()));
     }
   }
   // The brace that closes the document, and the line end behind it.
   body = body.substr(0, body.find_last_of('}') == body.npos ? body.size() : body.find_last_of('}'));
-  BodyWriter writer(document, source);
+  const html::Head head = html::TakeHead(head_source);
+  BodyWriter writer(document, head);
   for (const LetterPiece& piece : CutLetter(body)) writer.Add(piece);
   EmailBody result;
   result.body = pictures.WithTags(writer.Finish());
-  result.plain_text = letter.Text();
+  result.plain_text =
+      ReplaceAll(pictures.WithoutMarks(richtext::PlainText(document.blocks)), "\f", "\r\n");
   result.pictures = std::move(pictures.parts);
   return result;
 }

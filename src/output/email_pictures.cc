@@ -1,8 +1,13 @@
 #include "output/email_pictures.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <cstdio>
+#include <functional>
 #include <memory>
 
+#include "platform/richtext/document_text.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -61,79 +66,84 @@ FileKind KindOf(Picture::Kind kind) {
   }
 }
 
-struct Shown {
-  std::string source;
-  std::shared_ptr<const Picture> picture;
-};
+mail::Part PartOf(const Picture& picture, std::size_t number) {
+  const FileKind kind = KindOf(picture.kind);
+  const std::string name = "picture" + std::to_string(number);
+  // The standard wants an identifier that no other message has for something else.
+  std::array<char, 32> digest{};
+  std::snprintf(digest.data(), digest.size(), ".%016zx", std::hash<std::string>()(picture.bytes));
+  return {kind.type, name + kind.extension, name + digest.data() + "@tenora",
+          picture.kind == Picture::Kind::kDib ? BitmapFile(picture.bytes) : picture.bytes};
+}
 
-void Collect(const std::vector<richtext::Block>& blocks, std::vector<Shown>& shown) {
-  for (const richtext::Block& block : blocks) {
-    if (const auto* table = std::get_if<std::shared_ptr<richtext::Table>>(&block)) {
-      for (const richtext::Row& row : (*table)->rows) {
-        for (const richtext::Cell& cell : row.cells) Collect(cell.blocks, shown);
-      }
-      continue;
-    }
-    for (const richtext::Run& run : std::get<richtext::Paragraph>(block).runs) {
-      if (const auto* picture = std::get_if<std::shared_ptr<const Picture>>(&run.object)) {
-        shown.push_back({(*picture)->source, *picture});
-      }
-      const auto* object = std::get_if<std::shared_ptr<const richtext::Verbatim>>(&run.object);
-      if (object != nullptr && (*object)->shown_picture) {
-        shown.push_back({(*object)->source, (*object)->shown_picture});
-      }
-    }
+std::string ImageTag(const Picture& picture, const std::string& content_id) {
+  std::string size;
+  if (picture.width > 0 && picture.height > 0) {
+    const auto pixels = [](int twips) {
+      return std::to_string(std::max(twips / kTwipsPerPixel, 1));
+    };
+    size = " width=\"" + pixels(picture.width) + "\" height=\"" + pixels(picture.height) + "\"";
   }
+  return "<img src=\"cid:" + content_id + "\" alt=\"\"" + size + ">";
 }
 
-// Two characters of the private-use area around the picture's number, as RTF and as the HTML
-// converter writes them.
-std::string RtfMark(std::size_t number) {
-  return "\\u-8192?" + std::to_string(number) + "\\u-8191?";
+constexpr char32_t kMarkBegin = 0xE000, kMarkEnd = 0xE001;
+
+std::string TextMark(std::size_t number) {
+  std::string mark;
+  AppendUtf8(mark, kMarkBegin);
+  mark += std::to_string(number);
+  AppendUtf8(mark, kMarkEnd);
+  return mark;
 }
+
 std::string HtmlMark(std::size_t number) {
-  return "&#57344;" + std::to_string(number) + "&#57345;";
+  const auto reference = [](char32_t c) {
+    return "&#" + std::to_string(static_cast<std::uint32_t>(c)) + ";";
+  };
+  return reference(kMarkBegin) + std::to_string(number) + reference(kMarkEnd);
+}
+
+// The text with replacements[N] in the place of the mark N. The marks stand in order.
+std::string ReplaceMarks(std::string_view text, std::string (*mark_of)(std::size_t),
+                         const std::vector<std::string>& replacements) {
+  std::string replaced;
+  std::size_t copied = 0;
+  for (std::size_t i = 0; i < replacements.size(); ++i) {
+    const std::string mark = mark_of(i);
+    const std::size_t at = text.find(mark, copied);
+    if (at == std::string_view::npos) continue;
+    replaced.append(text.substr(copied, at - copied)).append(replacements[i]);
+    copied = at + mark.size();
+  }
+  return replaced.append(text.substr(copied));
 }
 
 }  // namespace
 
-std::string EmailPictures::WithMarks(const richtext::Document& document, std::string source) {
-  std::vector<Shown> shown;
-  Collect(document.blocks, shown);
-  std::string marked;
-  std::size_t copied = 0;
-  for (const Shown& one : shown) {
-    const std::size_t at = one.source.empty() ? std::string::npos : source.find(one.source, copied);
-    if (at == std::string::npos || one.picture->bytes.empty()) continue;
-    const FileKind kind = KindOf(one.picture->kind);
-    const std::string name = "picture" + std::to_string(parts.size() + 1);
-    marked.append(source, copied, at - copied).append(RtfMark(parts.size()));
-    copied = at + one.source.size();
-    std::string size;
-    if (one.picture->width > 0 && one.picture->height > 0) {
-      size = " width=\"" + std::to_string(one.picture->width / kTwipsPerPixel) + "\" height=\"" +
-             std::to_string(one.picture->height / kTwipsPerPixel) + "\"";
-    }
-    image_tags.push_back("<img src=\"cid:" + name + "\" alt=\"\"" + size + ">");
-    parts.push_back({kind.type, name + kind.extension, name,
-                     one.picture->kind == Picture::Kind::kDib ? BitmapFile(one.picture->bytes)
-                                                              : one.picture->bytes});
-  }
-  return marked.append(source, copied);
+void EmailPictures::Take(richtext::Document& document) {
+  richtext::ForEachParagraph(
+      document.blocks, [this](richtext::Paragraph& paragraph, richtext::ParagraphEnd) {
+        for (richtext::Run& run : paragraph.runs) {
+          const auto* held = std::get_if<std::shared_ptr<const Picture>>(&run.object);
+          if (held == nullptr) continue;
+          const std::shared_ptr<const Picture> picture = *held;
+          run.object = std::monostate();
+          run.text.clear();
+          if (picture->bytes.empty()) continue;
+          run.text = TextMark(parts.size());
+          parts.push_back(PartOf(*picture, parts.size() + 1));
+          image_tags.push_back(ImageTag(*picture, parts.back().content_id));
+        }
+      });
 }
 
 std::string EmailPictures::WithTags(std::string_view html) const {
-  std::string tagged;
-  std::size_t copied = 0;
-  // The marks stand in the order of the pictures.
-  for (std::size_t i = 0; i < image_tags.size(); ++i) {
-    const std::string mark = HtmlMark(i);
-    const std::size_t at = html.find(mark, copied);
-    if (at == std::string_view::npos) continue;
-    tagged.append(html.substr(copied, at - copied)).append(image_tags[i]);
-    copied = at + mark.size();
-  }
-  return tagged.append(html.substr(copied));
+  return ReplaceMarks(html, HtmlMark, image_tags);
+}
+
+std::string EmailPictures::WithoutMarks(std::string_view text) const {
+  return ReplaceMarks(text, TextMark, std::vector<std::string>(parts.size()));
 }
 
 }  // namespace tenora

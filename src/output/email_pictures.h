@@ -10,15 +10,17 @@
 
 namespace tenora {
 
-// The letter's pictures in the order of the text, each with the marks that stand for it.
+// The pictures of a letter in the order of the text. Each leaves a mark in its place, two
+// private-use characters around its number, that passes through the HTML converter.
 struct EmailPictures {
   std::vector<mail::Part> parts;
   std::vector<std::string> image_tags;  // "<img src="cid:…" …>", one a part
 
-  // Puts a mark that the HTML converter lets through in the place of each picture's group.
-  std::string WithMarks(const richtext::Document& document, std::string source);
+  // Takes the pictures out of the document and puts marks into their places.
+  void Take(richtext::Document& document);
   // Puts the image tags in the place of the marks.
   std::string WithTags(std::string_view html) const;
+  std::string WithoutMarks(std::string_view text) const;
 };
 
 }  // namespace tenora

@@ -1,5 +1,7 @@
 #include "output/email_sender.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 
@@ -13,12 +15,19 @@ namespace {
 
 // The compose window reads one file: its pictures stand in the HTML itself.
 std::string WithPicturesInPlace(const EmailBody& body) {
-  std::string html = body.body;
+  std::string html;
+  std::size_t copied = 0;
+  // The pictures come in the order of the text.
   for (const mail::Part& picture : body.pictures) {
-    html = ReplaceAll(std::move(html), "cid:" + picture.content_id,
-                      "data:" + picture.content_type + ";base64," + mail::Base64(picture.bytes));
+    const std::string reference = "<img src=\"cid:" + picture.content_id + "\"";
+    const std::size_t at = body.body.find(reference, copied);
+    if (at == std::string::npos) continue;
+    html.append(body.body, copied, at - copied);
+    html +=
+        "<img src=\"data:" + picture.content_type + ";base64," + mail::Base64(picture.bytes) + "\"";
+    copied = at + reference.size();
   }
-  return html;
+  return html.append(body.body, copied);
 }
 
 // Bodies handed to the mail program; it reads them after we have ended.
@@ -27,7 +36,7 @@ std::filesystem::path DraftFolder() {
   if (cache != nullptr && *cache == '/') return std::filesystem::path(cache) / "Tenora";
   const char* home = std::getenv("HOME");
   if (home != nullptr && *home == '/') return std::filesystem::path(home) / ".cache/Tenora";
-  return std::filesystem::temp_directory_path() / "Tenora";
+  return std::filesystem::temp_directory_path() / ("Tenora-" + std::to_string(::geteuid()));
 }
 
 }  // namespace
@@ -72,11 +81,20 @@ mail::Server clsEmailSender::Server() const {
   return server;
 }
 
+mail::Address clsEmailSender::Sender() const {
+  try {
+    return mail::ParseAddresses(session_.options.SmtpSender).front();
+  } catch (const RuntimeError& error) {
+    throw RuntimeError(error.number(),
+                       "The option SmtpSender: " + std::string(error.description()));
+  }
+}
+
 bool clsEmailSender::SendEmailSMTP(const std::string& recipient, const EmailBody& body,
                                    const std::string& subject, bool isHtml) {
   try {
     mail::Message message;
-    message.from = mail::ParseAddresses(session_.options.SmtpSender).front();
+    message.from = Sender();
     message.to = mail::ParseAddresses(recipient);
     message.subject = subject;
     message.text = isHtml ? body.plain_text : body.body;

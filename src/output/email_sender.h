@@ -36,6 +36,7 @@ class clsEmailSender {
 
  private:
   mail::Server Server() const;
+  mail::Address Sender() const;
 
   Session& session_;
   mail::SmtpClient smtp_;

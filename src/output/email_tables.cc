@@ -111,7 +111,8 @@ class Cutter {
       cell_ = -1;
     } else if (word.name == "nestcell") {
       text_ += "\\tab ";
-    } else if (word.name == "nestrow") {
+    } else if (word.name == "nestrow" || word.name == "line" || word.name == "page") {
+      // The converter knows one kind of break; without it two lines of an address would join.
       text_ += "\\par ";
     } else {
       text_ += written;

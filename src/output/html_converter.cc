@@ -10,18 +10,6 @@ namespace {
 
 constexpr std::int32_t kLargestDefaultSize = 32767;
 
-// Blanks, breaks and the zero byte that the classic control leaves at the end of a file.
-constexpr std::string_view kAround("\0 \r\n", 4);
-
-std::string_view WithoutOuterBraces(std::string_view rtf) {
-  const std::size_t first = rtf.find_first_not_of(kAround);
-  if (first == std::string_view::npos) return {};
-  rtf = rtf.substr(first, rtf.find_last_not_of(kAround) - first + 1);
-  if (rtf.size() >= 2 && rtf.front() == '{' && rtf.back() == '}')
-    rtf = rtf.substr(1, rtf.size() - 2);
-  return rtf;
-}
-
 }  // namespace
 
 Options ReadOptions(std::string_view options) {
@@ -42,21 +30,21 @@ Options ReadOptions(std::string_view options) {
   return read;
 }
 
-std::string Converter::Convert(std::string_view rtf) {
-  TakeHead(rtf);
-  output_.reserve(input_.size());
-  Run(input_);
-  codes_.CloseAll(output_);
-  return std::move(output_);
+Head TakeHead(std::string& rtf) {
+  Head head;
+  head.is_list_document = HasControl(rtf, "\\list\\");
+  head.colours = ColourTable(CutGroup(rtf, "\\colortbl"));
+  head.fonts = FontTable(CutGroup(rtf, "\\fonttbl"));
+  for (const char* word : {"\\stylesheet", "\\info", "\\listtable", "\\listoverridetable"})
+    CutGroup(rtf, word);
+  return head;
 }
 
-void Converter::TakeHead(std::string_view rtf) {
-  input_ = WithoutOuterBraces(rtf);
-  list_document_ = HasControl(input_, "\\list\\");
-  colours_ = ColourTable(CutGroup(input_, "\\colortbl"));
-  fonts_ = FontTable(CutGroup(input_, "\\fonttbl"));
-  for (const char* word : {"\\stylesheet", "\\info", "\\listtable", "\\listoverridetable"})
-    CutGroup(input_, word);
+std::string Converter::Convert(std::string_view body) {
+  output_.reserve(body.size());
+  Run(body);
+  codes_.CloseAll(output_);
+  return std::move(output_);
 }
 
 void Converter::Run(std::string_view source) {

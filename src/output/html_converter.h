@@ -23,15 +23,24 @@ struct Options {
 
 Options ReadOptions(std::string_view options);
 
-// A converter serves one document and then is spent.
+// What a document says ahead of its text.
+struct Head {
+  ColourTable colours;
+  FontTable fonts;
+  bool is_list_document = false;
+};
+
+// Cuts the groups of the head out of a document without its outer braces.
+Head TakeHead(std::string& rtf);
+
+// A converter serves one text under a head, which outlives it, and then is spent.
 class Converter {
  public:
-  explicit Converter(const Options& options) : options_(options) {}
+  Converter(const Options& options, const Head& head) : options_(options), head_(head) {}
 
-  std::string Convert(std::string_view rtf);
+  std::string Convert(std::string_view body);
 
  private:
-  void TakeHead(std::string_view rtf);
   void Run(std::string_view source);
   bool SkipGroup(const Token& token, Tokenizer& tokens);
   void Handle(const Token& token);
@@ -58,16 +67,13 @@ class Converter {
   void WriteBreak(std::string_view tag);
 
   Options options_;
-  std::string input_;
+  const Head& head_;
   std::string output_;
-  ColourTable colours_;
-  FontTable fonts_;
   UnicodeEscapes unicode_;
   CodeStack codes_;
 
   bool at_line_start_ = true;
   bool at_paragraph_start_ = false;
-  bool list_document_ = false;
   std::size_t skip_depth_ = 0;  // groups deep inside a list text
   int skip_next_ = 0;           // tokens still to be ignored
 

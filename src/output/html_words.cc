@@ -106,7 +106,7 @@ void Converter::ResetParagraph() {
   codes_.ResetParagraph();
   // A list item that still waits was asked for by this paragraph's list text, which may reset the
   // paragraph itself.
-  if (!list_document_ && codes_.IsInForce(Tag::kListItem)) codes_.Close(Tag::kListItem);
+  if (!head_.is_list_document && codes_.IsInForce(Tag::kListItem)) codes_.Close(Tag::kListItem);
   wrapper_.clear();
   at_paragraph_start_ = true;
 }
@@ -117,7 +117,7 @@ void Converter::SetColour(std::int32_t number) {
     colour_ = {};
     return;
   }
-  const std::string_view colour = colours_.Find(number);
+  const std::string_view colour = head_.colours.Find(number);
   if (colour.empty()) return;
   colour_ = colour;
   codes_.Reopen(Tag::kFont, FontString());
@@ -130,7 +130,7 @@ void Converter::SetSize(std::int32_t half_points) {
 
 void Converter::SetFace(std::int32_t number) {
   if (!options_.font_faces) return;
-  if (const std::string* face = fonts_.Find(number)) face_ = *face;
+  if (const std::string* face = head_.fonts.Find(number)) face_ = *face;
 }
 
 std::string Converter::FontString() const {

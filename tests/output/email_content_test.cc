@@ -50,6 +50,16 @@ TEST(EmailBody, FormatsLastOverParagraphsAndGroups) {
   }
 }
 
+TEST(EmailBody, AlignedParagraphsLeaveNoGapsBehind) {
+  const std::string html = BodyOf(
+                               "\\pard\\qr one\\par\r\ntwo\\par\r\n\\pard three\\par\r\n\\pard\\qc "
+                               "four\\par\r\n\\pard\\par "
+                               "five\\par")
+                               .body;
+  EXPECT_THAT(html, HasSubstr(">one<br>\r\ntwo</td></tr></table>three<br>\r\n<table")) << html;
+  EXPECT_THAT(html, HasSubstr("four</td></tr></table><br>\r\nfive")) << html;
+}
+
 TEST(EmailBody, TablesStayTables) {
   const std::string html = BodyOf(
                                "\\pard before\\par\r\n"
@@ -81,8 +91,30 @@ TEST(EmailBody, PicturesBecomeInlinePartsInTheirPlaces) {
   EXPECT_EQ(body.pictures[1].content_type, "image/bmp");
   EXPECT_TRUE(body.pictures[1].bytes.starts_with("BM"));
   EXPECT_THAT(body.body,
-              testing::MatchesRegex("one <img src=\"cid:picture1\" alt=\"\" width=\"100\" "
-                                    "height=\"50\"> two <img src=\"cid:picture2\"[^>]*> three"));
+              testing::MatchesRegex("one <img src=\"cid:picture1[^\"]*\" alt=\"\" width=\"100\" "
+                                    "height=\"50\"> two <img src=\"cid:picture2[^>]*> three"));
+  EXPECT_EQ(body.plain_text, "one  two  three");
+  for (const mail::Part& picture : body.pictures) {
+    EXPECT_THAT(picture.content_id, testing::MatchesRegex("picture[12]\\.[0-9a-f]{16}@tenora"));
+    EXPECT_THAT(body.body, HasSubstr("\"cid:" + picture.content_id + "\""));
+  }
+}
+
+TEST(EmailBody, ShowsNoMoreAndNoLessThanPaperDoes) {
+  const EmailBody body = BodyOf(
+      "{\\header\\pard Letterhead\\par}{\\footer Page 1\\par}\\pard Dear{\\v  secret} Ann"
+      "{\\deleted  or not}\\line 12 Elm St\\line Napier{\\footnote a note}\\page Rent\\par\r\n"
+      "\\trowd\\cellx3000\\pard\\intbl a\\line b{\\v  secret}\\cell\\row\\pard "
+      "{\\shp{\\*\\shpinst{\\shptxt A box\\par}}{\\shprslt old}}\\par");
+  EXPECT_THAT(body.body,
+              testing::StartsWith("Dear Ann<br>\r\n12 Elm St<br>\r\nNapier<br>\r\nRent\r\n<table"));
+  EXPECT_THAT(body.body, testing::AllOf(HasSubstr("a<br>\r\nb</td>"), HasSubstr("A box")));
+  EXPECT_THAT(body.plain_text, testing::StartsWith("Dear Ann\r\n12 Elm St\r\nNapier\r\nRent\r\n"));
+  for (const std::string& text : {body.body, body.plain_text}) {
+    for (const char* unseen : {"secret", "or not", "Letterhead", "Page 1", "old"}) {
+      EXPECT_THAT(text, Not(HasSubstr(unseen)));
+    }
+  }
 }
 
 TEST(EmailBody, SurvivesWhatIsNoCanonicalLetter) {

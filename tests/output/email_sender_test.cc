@@ -7,6 +7,7 @@
 
 #include "support/fake_platform.h"
 #include "support/smtp_server.h"
+#include "support/stand_in.h"
 
 namespace tenora {
 namespace {
@@ -62,7 +63,26 @@ TEST_F(EmailSender, ShowsNumberAndDescriptionAndTriesNothingElse) {
   session_.options.SmtpSender.clear();
   EXPECT_FALSE(sender_.DeliverEmail("bob@example.test", {}, "Rent", true));
   EXPECT_THAT(Boxes(), ElementsAre(StartsWith("-2147220977 - "), StartsWith("-2147220973 - "),
-                                   StartsWith("5 - "), StartsWith("5 - ")));
+                                   StartsWith("5 - "), StartsWith("5 - The option SmtpSender: ")));
+}
+
+TEST_F(EmailSender, TheMailProgramGetsEveryPictureInItsPlace) {
+  EmailBody body;
+  body.body = "cid:picture1";
+  for (int i = 1; i <= 12; ++i) {
+    const std::string id = "picture" + std::to_string(i);
+    body.pictures.push_back({"image/png", id + ".png", id, std::string(3, static_cast<char>(i))});
+    body.body += "<img src=\"cid:" + id + "\" alt=\"\">";
+  }
+  const test::StandIn thunderbird("thunderbird");
+  ::setenv("XDG_CACHE_HOME", thunderbird.Scratch().c_str(), 1);
+  EXPECT_TRUE(sender_.DeliverEmail("ann@example.test", body, "Rent", true));
+  ::unsetenv("XDG_CACHE_HOME");
+  const std::string html =
+      ReadWholeFile(std::filesystem::directory_iterator(thunderbird.Scratch() / "Tenora")->path());
+  EXPECT_THAT(html,
+              StartsWith("cid:picture1<img src=\"data:image/png;base64,AQEB\" alt=\"\"><img"));
+  EXPECT_THAT(html, testing::EndsWith("<img src=\"data:image/png;base64,DAwM\" alt=\"\">"));
 }
 
 TEST_F(EmailSender, SaysWhenNoMailProgramIsInstalled) {

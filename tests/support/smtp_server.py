@@ -6,8 +6,9 @@ Writes the port it listens on to FOLDER/port, each message taken to FOLDER/1.eml
 envelope beside it, and one line a connection to FOLDER/connections. Ends when its standard input
 does.
 
-MODE: plain, starttls, tls; or hangup-STAGE and silent-STAGE with STAGE one of connect, EHLO, MAIL,
-RCPT, DATA, BODY: the connection is cut, or never answered again, at that point.
+MODE: plain, starttls, tls; or hangup-STAGE, silent-STAGE and deaf-STAGE with STAGE one of connect,
+EHLO, MAIL, RCPT, DATA, BODY: the connection is cut, never answered or never read again at that
+point; or quoting-MAIL and quoting-AUTH: the last line sent is refused in words that quote it.
 Options: cert=FILE key=FILE, login=USER:PASSWORD, refuse=ADDRESS.
 """
 import asyncio
@@ -73,6 +74,12 @@ async def broken_server(reader, writer):
             return False
         if action == "silent":
             await reader.read()
+        if action == "deaf":
+            writer.write(b"354 go on\r\n")
+            await asyncio.Event().wait()
+        if action == "quoting":
+            writer.write(b"550-5.7.8 Unknown \xff\x1b[31m\r\n550 5.7.8 " + line.strip() + b"\r\n")
+            await reader.readline()  # QUIT
         writer.close()
         return True
 
@@ -81,8 +88,14 @@ async def broken_server(reader, writer):
     writer.write(b"220 broken.test\r\n")
     while line := await reader.readline():
         word = line.split(b" ")[0].strip().upper().decode()
+        if word == "AUTH":
+            writer.write(b"334 \r\n")
+            line = await reader.readline()
         if await at(word):
             return
+        if word == "EHLO" and action == "quoting":
+            writer.write(b"250-broken.test\r\n250 AUTH PLAIN\r\n")
+            continue
         if word == "DATA":
             writer.write(b"354 go on\r\n")
             while (await reader.readline()) not in (b".\r\n", b""):
@@ -94,7 +107,7 @@ async def broken_server(reader, writer):
 
 async def main():
     loop = asyncio.get_running_loop()
-    if mode.startswith(("hangup", "silent")):
+    if mode.startswith(("hangup", "silent", "deaf", "quoting")):
         server = await asyncio.start_server(broken_server, "127.0.0.1", 0)
     else:
         server = await loop.create_server(smtp_factory, "127.0.0.1", 0,

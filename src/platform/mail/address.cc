@@ -1,6 +1,9 @@
 #include "platform/mail/address.h"
 
+#include <unicode/uidna.h>
+
 #include <algorithm>
+#include <memory>
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
@@ -40,24 +43,73 @@ void CheckAddress(std::string_view address, std::string_view text) {
   if (!IsValidUtf8(address)) throw BadAddress(text, "it is not valid text");
 }
 
-Address ParseOne(std::string_view text) {
-  const std::size_t open = text.find('<');
-  if (open == std::string_view::npos) {
-    const std::string_view address = TrimBlanks(text);
-    CheckAddress(address, text);
-    return {"", std::string(address)};
+// A domain in other letters than ASCII by the name under which servers know it ("xn--…").
+std::string AsciiDomain(std::string_view domain, std::string_view text) {
+  if (std::none_of(domain.begin(), domain.end(), [](char c) { return (c & 0x80) != 0; })) {
+    return std::string(domain);
   }
+  UErrorCode error = U_ZERO_ERROR;
+  const std::unique_ptr<UIDNA, decltype(&uidna_close)> names(
+      uidna_openUTS46(UIDNA_NONTRANSITIONAL_TO_ASCII | UIDNA_CHECK_BIDI, &error), uidna_close);
+  std::string ascii(kMaxDomain, '\0');
+  UIDNAInfo info = UIDNA_INFO_INITIALIZER;
+  const int32_t length =
+      uidna_nameToASCII_UTF8(names.get(), domain.data(), static_cast<int32_t>(domain.size()),
+                             ascii.data(), static_cast<int32_t>(ascii.size()), &info, &error);
+  if (U_FAILURE(error) || info.errors != 0) throw BadAddress(text, "its domain is no name");
+  ascii.resize(static_cast<std::size_t>(length));
+  return ascii;
+}
+
+std::string ReadAddress(std::string_view written, std::string_view text) {
+  const std::string_view address = TrimBlanks(written);
+  CheckAddress(address, text);
+  const std::size_t domain = address.rfind('@') + 1;
+  return std::string(address.substr(0, domain)) + AsciiDomain(address.substr(domain), text);
+}
+
+std::string ReadName(std::string_view name, std::string_view text) {
+  name = TrimBlanks(name);
+  if (name.size() < 2 || name.front() != '"' || name.back() != '"') {
+    if (name.find_first_of("<>") != name.npos) throw BadAddress(text, "it is more than one");
+    return std::string(name);
+  }
+  std::string plain;
+  for (std::size_t i = 1; i + 1 < name.size(); ++i) {
+    if (name[i] == '\\' && i + 2 < name.size()) ++i;
+    plain += name[i];
+  }
+  return plain;
+}
+
+Address ParseOne(std::string_view text) {
+  const std::size_t open = text.rfind('<');
+  if (open == std::string_view::npos) return {"", ReadAddress(text, text)};
   const std::size_t close = text.find('>', open);
   if (close == std::string_view::npos || !TrimBlanks(text.substr(close + 1)).empty()) {
     throw BadAddress(text, "its angle brackets do not match");
   }
-  std::string_view name = TrimBlanks(text.substr(0, open));
-  if (name.size() >= 2 && name.front() == '"' && name.back() == '"') {
-    name = name.substr(1, name.size() - 2);
+  return {ReadName(text.substr(0, open), text),
+          ReadAddress(text.substr(open + 1, close - open - 1), text)};
+}
+
+// The pieces between ";" and ",", but for those inside double quotes.
+std::vector<std::string_view> SplitList(std::string_view text) {
+  std::vector<std::string_view> pieces;
+  bool quoted = false;
+  std::size_t begin = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] == '\\' && quoted)
+      ++at;
+    else if (text[at] == '"')
+      quoted = !quoted;
+    else if (!quoted && (text[at] == ';' || text[at] == ',')) {
+      pieces.push_back(text.substr(begin, at - begin));
+      begin = at + 1;
+    }
   }
-  const std::string_view address = TrimBlanks(text.substr(open + 1, close - open - 1));
-  CheckAddress(address, text);
-  return {std::string(name), std::string(address)};
+  pieces.push_back(text.substr(begin));
+  return pieces;
 }
 
 }  // namespace
@@ -67,7 +119,9 @@ std::vector<Address> ParseAddresses(std::string_view text) {
     throw BadAddress(text, "it holds a line break or another control character");
   }
   std::vector<Address> addresses;
-  for (const std::string& piece : Split(ReplaceAll(std::string(text), ",", ";"), ";")) {
+  // Pasted from a web page, an address has no-break spaces around it.
+  const std::string plain = ReplaceAll(std::string(text), "\xC2\xA0", " ");
+  for (const std::string_view piece : SplitList(plain)) {
     if (!TrimBlanks(piece).empty()) addresses.push_back(ParseOne(piece));
   }
   if (addresses.empty()) throw BadAddress(text, "it is empty");

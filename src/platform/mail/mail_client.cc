@@ -1,13 +1,17 @@
 #include "platform/mail/mail_client.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <random>
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
@@ -17,15 +21,33 @@ namespace tenora::mail {
 namespace {
 
 constexpr int kCannotCreateObject = 429;
+constexpr const char* kBodyName = "message-";
+constexpr std::chrono::hours kKeepBodies(7 * 24);
 
 std::optional<std::string> FindProgram(const std::string& name) {
   const char* path = std::getenv("PATH");
   for (const std::string& folder : Split(path != nullptr ? path : "", ":")) {
     if (folder.empty()) continue;
     const std::string candidate = folder + "/" + name;
-    if (::access(candidate.c_str(), X_OK) == 0) return candidate;
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(candidate, ignored) &&
+        ::access(candidate.c_str(), X_OK) == 0) {
+      return candidate;
+    }
   }
   return std::nullopt;
+}
+
+// In a forked process: becomes the program, or sends errno down the pipe.
+[[noreturn]] void BecomeDetached(const char* program, char* const* argv, int report) {
+  ::setsid();
+  if (::fork() != 0) ::_exit(0);
+  const int null = ::open("/dev/null", O_RDWR);
+  for (const int fd : {0, 1, 2}) ::dup2(null, fd);
+  ::execv(program, argv);
+  const int reason = errno;
+  static_cast<void>(!::write(report, &reason, sizeof reason));
+  ::_exit(127);
 }
 
 // Starts a program that outlives us; a second fork leaves nobody to wait for it.
@@ -33,18 +55,19 @@ void StartDetached(const std::string& program, std::vector<std::string> argument
   std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
+  // The program that starts closes the pipe.
+  std::array<int, 2> report{};
+  if (::pipe2(report.data(), O_CLOEXEC) != 0) throw FileError(errno, program);
   const pid_t child = ::fork();
-  if (child < 0) throw StandardError(error_number::kPathFileAccess, program);
-  if (child == 0) {
-    ::setsid();
-    if (::fork() != 0) ::_exit(0);
-    const int null = ::open("/dev/null", O_RDWR);
-    for (const int fd : {0, 1, 2}) ::dup2(null, fd);
-    ::execv(program.c_str(), argv.data());
-    ::_exit(127);
+  if (child == 0) BecomeDetached(program.c_str(), argv.data(), report[1]);
+  int reason = child < 0 ? errno : 0;
+  ::close(report[1]);
+  if (child > 0) {
+    ::waitpid(child, nullptr, 0);
+    if (::read(report[0], &reason, sizeof reason) <= 0) reason = 0;
   }
-  int status = 0;
-  ::waitpid(child, &status, 0);
+  ::close(report[0]);
+  if (reason != 0) throw FileError(reason, program);
 }
 
 // A value of Thunderbird's compose argument: it decodes percent escapes, so that no comma or quote
@@ -71,13 +94,41 @@ std::string BareRecipients(const Message& message) {
   return list;
 }
 
+// Letters are private: nobody else may look into their folder, or have put it there.
+void MakePrivateFolder(const std::filesystem::path& folder) {
+  std::error_code error;
+  std::filesystem::create_directories(folder.parent_path(), error);
+  if (error) throw FileError(error.value(), folder);
+  if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) throw FileError(errno, folder);
+  struct stat status {};
+  if (::lstat(folder.c_str(), &status) != 0) throw FileError(errno, folder);
+  if (!S_ISDIR(status.st_mode) || status.st_uid != ::geteuid()) throw FileError(EACCES, folder);
+  if ((status.st_mode & 0777) != 0700 && ::chmod(folder.c_str(), 0700) != 0) {
+    throw FileError(errno, folder);
+  }
+}
+
+// Bodies that no compose window can still be about to read.
+void RemoveOldBodies(const std::filesystem::path& folder) {
+  const auto oldest = std::filesystem::file_time_type::clock::now() - kKeepBodies;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    std::error_code ignored;
+    if (entry->path().filename().string().starts_with(kBodyName) &&
+        entry->last_write_time(ignored) < oldest) {
+      std::filesystem::remove(entry->path(), ignored);
+    }
+  }
+}
+
 std::filesystem::path WriteBody(const std::filesystem::path& folder, const std::string& extension,
                                 const std::string& content) {
-  std::error_code error;
-  std::filesystem::create_directories(folder, error);
-  if (error) throw FileError(error.value(), folder);
-  for (int n = 1;; ++n) {
-    const std::filesystem::path path = folder / ("message" + std::to_string(n) + extension);
+  MakePrivateFolder(folder);
+  RemoveOldBodies(folder);
+  for (std::random_device random;;) {
+    const std::filesystem::path path =
+        folder / (kBodyName + std::to_string(random()) + std::to_string(random()) + extension);
     if (WriteNewFile(path, content)) return path;
   }
 }

@@ -16,9 +16,9 @@ class NoMailClient : public RuntimeError {
 
 // Opens Thunderbird's compose window where `thunderbird` is on the path, else hands a draft file to
 // the desktop's own handler (`xdg-open`). The body lies in a file under `scratch_folder` (made when
-// missing), which stays for the mail program to read. Raises NoMailClient (429) when neither
-// program is installed, 75 or 70 when the file cannot be written. Does not wait for the mail
-// program.
+// missing, open to its owner only), which stays a week for the mail program to read. Raises
+// NoMailClient (429) when neither program is installed, 53, 70 or 75 when the file cannot be
+// written or the program cannot be started. Does not wait for the mail program.
 void ComposeInMailClient(const Message& message, const std::filesystem::path& scratch_folder);
 
 }  // namespace tenora::mail

@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <new>
@@ -11,6 +12,8 @@
 
 namespace tenora::mail {
 namespace {
+
+constexpr std::size_t kLongestRefusal = 500;
 
 template <typename T, void (*Free)(T*)>
 struct Freed {
@@ -134,8 +137,31 @@ std::string Recipients(const Message& message) {
 struct Conversation {
   std::string command;
   std::string refused_command;
-  std::string refusal;
+  std::string refusal;  // of several lines, joined
+  bool refusal_open = false;
 };
+
+// A server's line as text for people: what is no printable UTF-8 is replaced.
+std::string Printable(std::string_view line) {
+  std::string text;
+  while (!line.empty()) {
+    const char32_t c = TakeCodePoint(line);
+    AppendUtf8(text, c < 0x20 || (c >= 0x7F && c < 0xA0) ? U' ' : c);
+  }
+  return text;
+}
+
+void NoteAnswer(Conversation& conversation, std::string_view line) {
+  if (!line.starts_with('4') && !line.starts_with('5')) return;
+  // "550-first line", "550 last line".
+  const bool goes_on = conversation.refusal_open;
+  conversation.refusal_open = line.size() > 3 && line[3] == '-';
+  if (!goes_on) conversation.refusal = line.substr(0, 3);
+  conversation.refused_command = conversation.command;
+  if (conversation.refusal.size() > kLongestRefusal) return;
+  line.remove_prefix(std::min<std::size_t>(line.size(), 4));
+  conversation.refusal += ' ' + Printable(line.substr(0, kLongestRefusal));
+}
 
 int Watch(CURL*, curl_infotype type, char* data, std::size_t size, void* user) {
   auto& conversation = *static_cast<Conversation*>(user);
@@ -143,11 +169,19 @@ int Watch(CURL*, curl_infotype type, char* data, std::size_t size, void* user) {
   line = line.substr(0, line.find_last_not_of("\r\n") + 1);
   // Only the command word is kept: what follows AUTH would hold the password.
   if (type == CURLINFO_HEADER_OUT) conversation.command = line.substr(0, line.find(' '));
-  if (type == CURLINFO_HEADER_IN && (line.starts_with('4') || line.starts_with('5'))) {
-    conversation.refused_command = conversation.command;
-    conversation.refusal = line;
-  }
+  if (type == CURLINFO_HEADER_IN) NoteAnswer(conversation, line);
   return 0;
+}
+
+// Some servers quote the line they refuse.
+std::string WithoutSecrets(std::string text, const Server& server) {
+  if (server.password.empty()) return text;
+  const std::string plain = std::string(1, '\0') + server.user + '\0' + server.password;
+  for (const std::string& secret :
+       {Base64(plain), Base64(server.user + plain), Base64(server.password), server.password}) {
+    text = ReplaceAll(std::move(text), secret, "***");
+  }
+  return text;
 }
 
 int ErrorNumber(CURLcode code, const Conversation& conversation) {
@@ -216,6 +250,9 @@ void SmtpClient::Send(const Server& server, const Message& message) {
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, static_cast<long>(server.timeout_seconds));
   curl_easy_setopt(curl, CURLOPT_SERVER_RESPONSE_TIMEOUT,
                    static_cast<long>(server.timeout_seconds));
+  // A server that stops taking the message: not a byte in all that time.
+  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, 1L);
+  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, static_cast<long>(server.timeout_seconds));
   if (server.ssl) {
     curl_easy_setopt(curl, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
     // OpenSSL's own variable, as its programs honour it: an office with an authority of its own.
@@ -260,7 +297,9 @@ void SmtpClient::Send(const Server& server, const Message& message) {
   text += " Server " + server.host + ":" + std::to_string(server.port) + ", message to " +
           Recipients(message) + ": " +
           (detail[0] != '\0' ? detail.data() : curl_easy_strerror(code));
-  if (!conversation.refusal.empty()) text += " (" + conversation.refusal + ")";
+  if (!conversation.refusal.empty()) {
+    text += " (" + WithoutSecrets(conversation.refusal, server) + ")";
+  }
   throw RuntimeError(number, text, "CDO.Message");
 }
 

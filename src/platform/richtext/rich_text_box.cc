@@ -133,10 +133,6 @@ void RichTextBox::SetTextRTF(std::string source) {
   state_->Changed();
 }
 
-std::string RichTextBox::UnicodeRTF() const {
-  return richtext::WriteRtf(Document(), richtext::Escapes::kUnicode);
-}
-
 std::string RichTextBox::SourceForm(std::string_view text) const {
   if (IsAscii(text)) return std::string(text);
   return SourceFormIn(state_->Head(), text);

@@ -30,9 +30,6 @@ class RichTextBox {
   // Takes RTF source as it stands and parses nothing yet: merges rewrite the source many times, the
   // document is parsed once when it is needed. Characters beyond ASCII (UTF-8) are escaped.
   void SetTextRTF(std::string source);
-  // The document as canonical source in which every character beyond ASCII is a Unicode escape, for
-  // readers that know no code pages.
-  std::string UnicodeRTF() const;
   // A text as it would stand in this document's source: only characters beyond ASCII are escaped,
   // so a backslash or brace keeps its RTF meaning.
   std::string SourceForm(std::string_view text) const;

@@ -1,46 +1,19 @@
 #include "platform/mail/mail_client.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <thread>
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
-#include "support/test_files.h"
+#include "support/stand_in.h"
 
 namespace tenora::mail {
 namespace {
 
-// Stands in for a mail program: records its arguments, one a line.
-class StandIn {
- public:
-  explicit StandIn(const std::string& name) {
-    const auto program = folder_ / name;
-    WriteWholeFile(program, "#!/bin/sh\nfor a; do printf '%s\\n' \"$a\"; done >'" +
-                                (folder_ / "new").string() + "'\nPATH=/usr/bin:/bin mv '" +
-                                (folder_ / "new").string() + "' '" + (folder_ / "call").string() +
-                                "'\n");
-    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    old_path_ = std::getenv("PATH");
-    ::setenv("PATH", folder_.path().c_str(), 1);
-  }
-  ~StandIn() { ::setenv("PATH", old_path_.c_str(), 1); }
-
-  std::vector<std::string> Call() const {
-    while (!std::filesystem::exists(folder_ / "call")) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return Split(ReadWholeFile(folder_ / "call"), "\n");
-  }
-  std::filesystem::path Scratch() const { return folder_ / "mail"; }
-
- private:
-  test::ScratchFolder folder_;
-  std::string old_path_;
-};
+using test::StandIn;
 
 Message Letter() {
   Message message;
@@ -49,6 +22,20 @@ Message Letter() {
   message.html = "<p>Kia ora Māhuta</p>";
   message.date = Date::FromCalendar(2026, 11, 21);
   return message;
+}
+
+// The letters in the folder, by name.
+std::vector<std::filesystem::path> Drafts(const StandIn& program) {
+  std::vector<std::filesystem::path> files;
+  for (const auto& entry : std::filesystem::directory_iterator(program.Scratch())) {
+    files.push_back(entry.path());
+  }
+  return files;
+}
+
+std::filesystem::path OnlyDraft(const StandIn& program) {
+  const auto drafts = Drafts(program);
+  return drafts.size() == 1 ? drafts.front() : std::filesystem::path();
 }
 
 TEST(MailClient, FillsThunderbirdsComposeWindow) {
@@ -62,7 +49,9 @@ TEST(MailClient, FillsThunderbirdsComposeWindow) {
   EXPECT_EQ(fields[0], "to=ann%40x.test");
   EXPECT_EQ(fields[1], "subject=Rent%2C%20due%27%2Cto%3D%27spy%40x.test");
   EXPECT_EQ(fields[2], "format=html");
-  EXPECT_EQ(ReadWholeFile(fields[3].substr(8)), "<p>Kia ora Māhuta</p>");
+  ASSERT_TRUE(fields[3].starts_with("message=/")) << fields[3];
+  EXPECT_EQ(fields[3].find_first_of(" '\""), std::string::npos) << fields[3];
+  EXPECT_EQ(ReadWholeFile(OnlyDraft(thunderbird)), "<p>Kia ora Māhuta</p>");
 }
 
 TEST(MailClient, HandsADraftToTheDesktop) {
@@ -73,8 +62,43 @@ TEST(MailClient, HandsADraftToTheDesktop) {
   EXPECT_TRUE(draft.ends_with("\r\n\r\n<p>Kia ora Māhuta</p>"));
 }
 
+TEST(MailClient, KeepsLettersPrivateAndNotForEver) {
+  const StandIn opener("xdg-open");
+  std::filesystem::create_directory(opener.Scratch());
+  const auto old = opener.Scratch() / "message-old.eml", other = opener.Scratch() / "notes.txt";
+  for (const auto& file : {old, other}) {
+    WriteWholeFile(file, "x");
+    std::filesystem::last_write_time(
+        file, std::filesystem::file_time_type::clock::now() - std::chrono::hours(24 * 30));
+  }
+  for (int i = 0; i < 3; ++i) ComposeInMailClient(Letter(), opener.Scratch());
+  EXPECT_EQ(Drafts(opener).size(), 4U);
+  EXPECT_FALSE(std::filesystem::exists(old));
+  EXPECT_TRUE(std::filesystem::exists(other));
+  struct stat status {};
+  ASSERT_EQ(::stat(opener.Scratch().c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0700U);
+}
+
+TEST(MailClient, WritesNothingThroughALink) {
+  const StandIn opener("xdg-open");
+  const test::ScratchFolder elsewhere;
+  std::filesystem::create_directory_symlink(elsewhere.path(), opener.Scratch());
+  EXPECT_THROW(ComposeInMailClient(Letter(), opener.Scratch()), RuntimeError);
+  EXPECT_TRUE(std::filesystem::is_empty(elsewhere.path()));
+}
+
+TEST(MailClient, SaysWhenTheProgramCannotBeStarted) {
+  const StandIn broken("xdg-open");
+  const auto program = broken.Scratch().parent_path() / "xdg-open";
+  WriteWholeFile(program, "#!/no/such/interpreter\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  EXPECT_THROW(ComposeInMailClient(Letter(), broken.Scratch()), RuntimeError);
+}
+
 TEST(MailClient, SaysWhenThereIsNone) {
   const StandIn other("nothing-of-the-kind");
+  std::filesystem::create_directory(other.Scratch().parent_path() / "thunderbird");
   try {
     ComposeInMailClient(Letter(), other.Scratch());
     FAIL();

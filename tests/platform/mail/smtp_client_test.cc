@@ -155,6 +155,29 @@ TEST(SmtpClient, AServerThatNeverAnswersTimesOut) {
   }
 }
 
+TEST(SmtpClient, AServerThatStopsReadingTimesOut) {
+  const test::SmtpServer server("deaf-DATA");
+  Server settings = Local(server);
+  settings.timeout_seconds = 1;
+  Message message = Letter();
+  message.text = std::string(8'000'000, 'x');  // more than the sockets hold
+  EXPECT_EQ(Failure(settings, message).value().number(), smtp_error::kCannotConnect);
+}
+
+TEST(SmtpClient, ARefusalIsToldInFullButForSecretsAndNoise) {
+  for (const char* stage : {"MAIL", "AUTH"}) {
+    const test::SmtpServer server("quoting-" + std::string(stage));
+    Server settings = Local(server);
+    settings.user = "ann";
+    settings.password = "secret";
+    if (stage == std::string("MAIL")) settings.user = settings.password = "";
+    const std::string text(Failure(settings, Letter()).value().description());
+    EXPECT_NE(text.find("(550 5.7.8 Unknown \xEF\xBF\xBD [31m 5.7.8 "), std::string::npos) << text;
+    EXPECT_EQ(text.find("AGFubgBzZWNyZXQ"), std::string::npos) << text;
+    EXPECT_EQ(text.find('\x1b'), std::string::npos);
+  }
+}
+
 TEST(SmtpClient, RefusesServersThatAreNone) {
   for (const char* host : {"", "bad host", "x/y", "user@host", "a\r\nb", "no-such-host.invalid"}) {
     Server settings;
