@@ -9,7 +9,7 @@ does.
 MODE: plain, starttls, tls; or hangup-STAGE, silent-STAGE and deaf-STAGE with STAGE one of connect,
 EHLO, MAIL, RCPT, DATA, BODY: the connection is cut, never answered or never read again at that
 point; or quoting-MAIL and quoting-AUTH: the last line sent is refused in words that quote it.
-Options: cert=FILE key=FILE, login=USER:PASSWORD, refuse=ADDRESS.
+Options: cert=FILE key=FILE, login=USER:PASSWORD, refuse=ADDRESS, port=N.
 """
 import asyncio
 import pathlib
@@ -110,7 +110,7 @@ async def main():
     if mode.startswith(("hangup", "silent", "deaf", "quoting")):
         server = await asyncio.start_server(broken_server, "127.0.0.1", 0)
     else:
-        server = await loop.create_server(smtp_factory, "127.0.0.1", 0,
+        server = await loop.create_server(smtp_factory, "127.0.0.1", int(options.get("port", 0)),
                                           ssl=tls_context() if mode == "tls" else None)
     port = server.sockets[0].getsockname()[1]
     scratch = folder / "port.new"

@@ -106,6 +106,24 @@ TEST(SmtpClient, EncryptsAndVerifies) {
   EXPECT_EQ(server.Messages().size(), 1U);
 }
 
+TEST(SmtpClient, Port465IsEncryptedFromTheFirstByte) {
+  const test::ScratchFolder folder;
+  const test::Certificate own = test::MakeCertificate(folder.path());
+  std::optional<test::SmtpServer> server;
+  try {
+    server.emplace("tls", std::vector<std::string>{"cert=" + own.certificate.string(),
+                                                   "key=" + own.key.string(), "port=465"});
+  } catch (const std::runtime_error& error) {
+    GTEST_SKIP() << "port 465 cannot be listened on here: " << error.what();
+  }
+  Server settings = Local(*server);
+  settings.ssl = true;
+  EXPECT_EQ(Failure(settings, Letter()).value().number(), smtp_error::kCertificate);
+  const TrustOnly trust(own.certificate);
+  EXPECT_FALSE(Failure(settings, Letter()));
+  EXPECT_EQ(server->Messages().size(), 1U);
+}
+
 TEST(SmtpClient, NothingIsSentInTheClearWhenSslIsOn) {
   const test::SmtpServer server("plain");
   Server settings = Local(server);
