@@ -43,8 +43,10 @@ SpoolFile::~SpoolFile() {
 void SpoolFile::Replace(const std::filesystem::path& target) {
   const mode_t mask = ::umask(0);
   ::umask(mask);
-  if (::fchmod(fd_, 0666 & ~mask) != 0 || ::fsync(fd_) != 0 ||
-      ::rename(path_.c_str(), target.c_str()) != 0) {
+  // File systems without permissions refuse the first call; the file is as readable as all of
+  // theirs.
+  static_cast<void>(::fchmod(fd_, 0666 & ~mask));
+  if (::fsync(fd_) != 0 || ::rename(path_.c_str(), target.c_str()) != 0) {
     throw FileError(errno, target);
   }
   path_.clear();
@@ -55,7 +57,7 @@ std::filesystem::path SpoolFile::TakeFreeName(const std::string& stem) {
   std::filesystem::path target = folder / (stem + ".pdf");
   const mode_t mask = ::umask(0);
   ::umask(mask);
-  if (::fchmod(fd_, 0666 & ~mask) != 0) throw FileError(errno, target);
+  static_cast<void>(::fchmod(fd_, 0666 & ~mask));
   for (int number = 1; number <= kMostNumbers; ++number) {
     // A link never replaces a file, also not one that another program makes at this moment.
     if (::link(path_.c_str(), target.c_str()) == 0) return target;
