@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "platform/access/catalogue.h"
+#include "platform/access/database_writer.h"
 #include "platform/access/memory_file.h"
 #include "platform/access/row_cursor.h"
 
@@ -91,6 +92,8 @@ std::shared_ptr<DatabaseFile> OpenPages(const std::shared_ptr<const PageFile>& f
 }  // namespace
 
 std::shared_ptr<DatabaseFile> DatabaseFile::Open(const std::filesystem::path& path) {
+  // What a crashed writer left must not be read.
+  RecoverDatabase(path);
   return OpenPages(PageFile::Open(path));
 }
 

@@ -39,6 +39,18 @@ void WaitForLock(StorageFile& file, LockKind kind, std::chrono::milliseconds wai
   }
 }
 
+// The same database under another name must find the same journal.
+std::filesystem::path Resolved(const std::filesystem::path& path) {
+  std::error_code unresolved;
+  const auto resolved = std::filesystem::weakly_canonical(path, unresolved);
+  return unresolved ? path : resolved;
+}
+
+RuntimeError NoSuchFile(const std::filesystem::path& path) {
+  return RuntimeError(engine_error::kFileNotFound, "Could not find file '" + path.string() + "'.",
+                      "DAO.Workspace");
+}
+
 std::vector<std::byte> ReadAll(StorageFile& file) {
   std::vector<std::byte> bytes(file.Size());
   bytes.resize(file.Read(0, bytes));
@@ -107,17 +119,11 @@ RuntimeError WriteError(const StorageError& error) {
 ExclusiveAccess::ExclusiveAccess(Storage& storage, const std::filesystem::path& path,
                                  std::chrono::milliseconds wait)
     : storage_(storage) {
-  // The same database under another name must find the same journal.
-  std::error_code unresolved;
-  path_ = std::filesystem::weakly_canonical(path, unresolved);
-  if (unresolved) path_ = path;
+  path_ = Resolved(path);
   journal_path_ = JournalPath(path_);
   NamingRefusals([&] {
     database_ = storage_.Open(path_, Storage::Mode::kReadWrite);
-    if (database_ == nullptr) {
-      throw RuntimeError(engine_error::kFileNotFound,
-                         "Could not find file '" + path.string() + "'.", "DAO.Workspace");
-    }
+    if (database_ == nullptr) throw NoSuchFile(path);
     LockJournal(wait);
     try {
       WaitForLock(*database_, LockKind::kExclusive, wait, path_);
@@ -249,16 +255,27 @@ void ExclusiveAccess::DropJournal() {
   journal_in_use_ = false;
 }
 
+bool HasJournal(Storage& storage, const std::filesystem::path& path) {
+  return NamingRefusals([&] {
+    const auto journal = storage.Open(JournalPath(Resolved(path)), Storage::Mode::kRead);
+    return journal != nullptr && journal->Size() > 0;
+  });
+}
+
+std::unique_ptr<StorageFile> LockForReading(Storage& storage, const std::filesystem::path& path,
+                                            std::chrono::milliseconds wait) {
+  return NamingRefusals([&] {
+    auto file = storage.Open(path, Storage::Mode::kRead);
+    if (file == nullptr) throw NoSuchFile(path);
+    WaitForLock(*file, LockKind::kShared, wait, path);
+    return file;
+  });
+}
+
 void RecoverDatabase(Storage& storage, const std::filesystem::path& path,
                      std::chrono::milliseconds wait) {
-  NamingRefusals([&] {
-    std::error_code unresolved;
-    const auto resolved = std::filesystem::weakly_canonical(path, unresolved);
-    const auto journal =
-        storage.Open(JournalPath(unresolved ? path : resolved), Storage::Mode::kRead);
-    if (journal == nullptr || journal->Size() == 0) return;
-    const ExclusiveAccess recovered(storage, path, wait);
-  });
+  if (!HasJournal(storage, path)) return;
+  const ExclusiveAccess recovered(storage, path, wait);
 }
 
 }  // namespace tenora::access

@@ -69,6 +69,14 @@ std::filesystem::path JournalPath(const std::filesystem::path& database);
 void RecoverDatabase(Storage& storage, const std::filesystem::path& path,
                      std::chrono::milliseconds wait);
 
+// Whether a journal with something in it lies beside the database.
+bool HasJournal(Storage& storage, const std::filesystem::path& path);
+
+// The database, open and locked against those who would change it until it is closed. Raises 3024,
+// 3027, 3218, 3050, 3043.
+std::unique_ptr<StorageFile> LockForReading(Storage& storage, const std::filesystem::path& path,
+                                            std::chrono::milliseconds wait);
+
 // The error a caller sees for a refused call of the system.
 RuntimeError WriteError(const StorageError& error);
 

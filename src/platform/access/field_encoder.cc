@@ -149,7 +149,7 @@ Field Guid(const Column& column, const Value& value) {
     ++digits;
   }
   if (digits != 2 * kGuidSize) throw WrongKind(column);
-  constexpr std::array<std::size_t, kGuidSize> kOrder{3, 2, 1, 0,  5,  4,  7,  6,
+  constexpr std::array<std::size_t, kGuidSize> kOrder{3, 2, 1,  0,  5,  4,  7,  6,
                                                       8, 9, 10, 11, 12, 13, 14, 15};
   Field field(std::in_place);
   for (const std::size_t place : kOrder) field->push_back(written[place]);

@@ -5,8 +5,6 @@
 namespace tenora::access {
 namespace {
 
-constexpr std::uint32_t kNoIndex = 0xFFFFFFFF;
-
 // False when a column is missing.
 bool Resolve(const PhysicalIndex& physical, const std::vector<Column>& columns, Index& index) {
   for (const PhysicalIndex::Part& part : physical.parts) {
@@ -50,17 +48,9 @@ std::vector<LogicalIndex> ReadLogicalIndexes(const Layout& layout, std::uint32_t
   std::vector<LogicalIndex> indexes;
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::byte* record = reader.Take(layout.logical_size).data();
-    const std::byte* relation = record + layout.logical_physical + 4;
     LogicalIndex& index = indexes.emplace_back();
-    index.number = Load32(record + layout.logical_physical - 4);
     index.physical = Load32(record + layout.logical_physical);
-    const std::uint8_t type = Load8(record + layout.logical_type);
-    index.primary = type == kLogicalPrimary;
-    index.other_number = Load32(relation + 1);
-    index.relationship = type == kLogicalRelationship && index.other_number != kNoIndex;
-    index.referenced = Load8(relation) == kRelationReferenced;
-    index.other_table = Load32(relation + 5);
-    index.cascades = Load16(relation + 9) != 0;
+    index.primary = Load8(record + layout.logical_type) == kLogicalPrimary;
   }
   for (LogicalIndex& index : indexes) index.name = ReadName(layout, codec, reader);
   return indexes;

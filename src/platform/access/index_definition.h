@@ -24,18 +24,11 @@ struct PhysicalIndex {
 
 struct LogicalIndex {
   std::string name;
-  std::uint32_t number = 0;  // by which relationships of other tables name it
   std::uint32_t physical = 0;
   bool primary = false;
-  // One end of a relationship that the engine enforces.
-  bool relationship = false;
-  bool referenced = false;         // this end is the one that the other's rows need
-  std::uint32_t other_number = 0;  // logical index of the other table
-  std::uint32_t other_table = 0;   // page of its definition
-  bool cascades = false;           // changes or deletions reach the other table
 };
 
-// All readers leave `reader` behind what they read.
+// Both readers leave `reader` behind what they read.
 std::vector<PhysicalIndex> ReadPhysicalIndexes(const Layout& layout, std::uint32_t count,
                                                ByteReader& reader);
 std::vector<LogicalIndex> ReadLogicalIndexes(const Layout& layout, std::uint32_t count,

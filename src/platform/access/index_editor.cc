@@ -8,17 +8,21 @@ namespace {
 
 std::size_t SizeOf(const IndexEntry& entry) { return entry.key.size() + 8; }
 
-// The same content in two pages: the entries from `from` on, those before `to`.
 std::vector<IndexEntry> Piece(const std::vector<IndexEntry>& entries, std::size_t from,
                               std::size_t to) {
   return {entries.begin() + static_cast<std::ptrdiff_t>(from),
           entries.begin() + static_cast<std::ptrdiff_t>(to)};
 }
 
+Damage TooFull(std::uint32_t page) {
+  return Damage(page, "an index page holds more than fits on it");
+}
+
 }  // namespace
 
 bool IndexEditor::HasKey(std::string_view key) const {
-  const IndexEntry* entry = IndexWalk(pages_, index_.root_page, key).Next();
+  IndexWalk walk(pages_, index_.root_page, key);
+  const IndexEntry* entry = walk.Next();
   return entry != nullptr && entry->key == key;
 }
 
@@ -27,16 +31,6 @@ bool IndexEditor::HasKeyOfOther(std::string_view key, RowPointer row) const {
   const IndexEntry* entry = walk.Next();
   if (entry != nullptr && entry->key == key && entry->row == row) entry = walk.Next();
   return entry != nullptr && entry->key == key;
-}
-
-std::vector<RowPointer> IndexEditor::RowsUnder(std::string_view prefix) const {
-  std::vector<RowPointer> rows;
-  IndexWalk walk(pages_, index_.root_page, prefix);
-  for (const IndexEntry* entry = walk.Next();
-       entry != nullptr && std::string_view(entry->key).starts_with(prefix); entry = walk.Next()) {
-    rows.push_back(entry->row);
-  }
-  return rows;
 }
 
 IndexPage IndexEditor::Read(std::uint32_t page) const {
@@ -81,7 +75,7 @@ void IndexEditor::Relink(std::uint32_t page, std::uint32_t IndexPage::*link, std
   if (page == 0) return;
   IndexPage content = Read(page);
   content.*link = to;
-  if (!Write(page, content)) throw Damage(page, "an index page holds more than fits on it");
+  if (!Write(page, content)) throw TooFull(page);
 }
 
 void IndexEditor::Insert(const IndexKey& key, RowPointer row) {
@@ -119,11 +113,11 @@ void IndexEditor::Settle(Path& path, std::size_t level) {
   Split(path, level);
 }
 
-// The parent's entry repeats the last one below.
+// The nearest entry above that does not lead to a tail repeats the last entry below.
 void IndexEditor::RefreshParent(Path& path, std::size_t level) {
   if (level == 0) return;
   Level& parent = path[level - 1];
-  if (parent.position >= parent.content.entries.size()) return;
+  if (parent.position >= parent.content.entries.size()) return RefreshParent(path, level - 1);
   IndexEntry& repeated = parent.content.entries[parent.position];
   const IndexEntry last = LastBelow(path[level].content);
   if (Compare(repeated, last.key, last.row) == 0) return;
@@ -156,15 +150,22 @@ std::size_t IndexEditor::SplitPoint(const Level& level) const {
 void IndexEditor::Split(Path& path, std::size_t level) {
   Level& full = path[level];
   const std::size_t count = full.content.entries.size();
-  const std::size_t point = count < 2 ? 0 : SplitPoint(full);
+  // Both halves of a node need an entry beside the tail.
+  const std::size_t fewest = full.content.leaf ? 1 : 2;
+  const std::size_t point = count <= fewest ? 0 : std::max(SplitPoint(full), fewest);
   IndexPage left = full.content, right = full.content;
   left.entries = Piece(full.content.entries, 0, point);
   right.entries = Piece(full.content.entries, point, count);
-  left.tail = 0;
   if (point == 0 || !Fits(left) || !Fits(right)) {
     throw NotEncodable("the keys are too long for a page of the index");
   }
   const std::uint32_t right_page = AllocatePage();
+  IndexEntry separator = left.entries.back();
+  if (!left.leaf) {
+    left.tail = separator.child;
+    left.entries.pop_back();
+  }
+  separator.child = full.page;
   left.next = right_page;
   right.previous = full.page;
   Write(full.page, left);
@@ -173,8 +174,6 @@ void IndexEditor::Split(Path& path, std::size_t level) {
 
   Level& parent = path[level - 1];
   std::vector<IndexEntry>& entries = parent.content.entries;
-  IndexEntry separator = left.entries.back();
-  separator.child = full.page;
   if (parent.position >= entries.size()) {
     parent.content.tail = right_page;
   } else {
@@ -188,16 +187,11 @@ void IndexEditor::Split(Path& path, std::size_t level) {
 }
 
 void IndexEditor::RemovePage(Path& path, std::size_t level) {
-  const Level& empty = path[level];
-  Relink(empty.content.previous, &IndexPage::next, empty.content.next);
-  Relink(empty.content.next, &IndexPage::previous, empty.content.previous);
-  ReleasePage(empty.page);
+  Unlink(path[level].page, path[level].content);
   IndexPage& parent = path[level - 1].content;
   const std::size_t position = path[level - 1].position;
   if (position < parent.entries.size()) {
     parent.entries.erase(parent.entries.begin() + static_cast<std::ptrdiff_t>(position));
-  } else if (parent.entries.empty()) {
-    parent.tail = 0;
   } else {
     parent.tail = parent.entries.back().child;
     parent.entries.pop_back();
@@ -205,57 +199,105 @@ void IndexEditor::RemovePage(Path& path, std::size_t level) {
   SettleAfterLoss(path, level - 1);
 }
 
-// A node that has lost a child may have no entry left.
+// Takes a page out of its level.
+void IndexEditor::Unlink(std::uint32_t page, const IndexPage& content) {
+  Relink(content.previous, &IndexPage::next, content.next);
+  Relink(content.next, &IndexPage::previous, content.previous);
+  ReleasePage(page);
+}
+
+// A node that has lost a child may have nothing left but its tail.
 void IndexEditor::SettleAfterLoss(Path& path, std::size_t level) {
   Level& node = path[level];
   if (!node.content.entries.empty()) {
-    // What was the last entry may be the tail now: the way down is no longer of use.
     node.position = std::min(node.position, node.content.entries.size());
     return Settle(path, level);
   }
   if (level == 0) return CollapseRoot(node);
-  if (node.content.tail == 0) return RemovePage(path, level);
-  Level& parent = path[level - 1];
-  if (parent.position >= parent.content.entries.size() && !parent.content.entries.empty()) {
-    return JoinLeftSibling(path, level);
+  if (path[level - 1].position == 0) {
+    TakeFromRight(path, level);
+  } else {
+    TakeFromLeft(path, level);
   }
-  IndexEntry only = LastBelow(Read(node.content.tail));
-  only.child = node.content.tail;
-  node.content.tail = 0;
-  node.content.entries.push_back(std::move(only));
-  Settle(path, level);
 }
 
-// The root takes over its only child, however many levels that saves.
+// The root takes over its only child.
 void IndexEditor::CollapseRoot(Level& root) {
-  while (!root.content.leaf && root.content.entries.empty()) {
-    const std::uint32_t child = root.content.tail;
-    root.content = child == 0 ? IndexPage{} : Read(child);
-    root.content.owner = table_;
-    if (child != 0) ReleasePage(child);
-  }
-  if (!Write(root.page, root.content)) {
-    throw Damage(root.page, "an index page holds more than fits on it");
-  }
+  const std::uint32_t child = root.content.tail;
+  root.content = Read(child);
+  ReleasePage(child);
+  if (!Write(root.page, root.content)) throw TooFull(root.page);
 }
 
-// A last node with no child but its tail gives it to the node on its left, which becomes the last.
-void IndexEditor::JoinLeftSibling(Path& path, std::size_t level) {
-  const Level& node = path[level];
-  IndexPage& parent = path[level - 1].content;
-  const std::uint32_t left_page = parent.entries.back().child;
+// The child of a parent's entry, or its tail.
+std::uint32_t IndexEditor::ChildAt(const IndexPage& parent, std::size_t position) {
+  return position < parent.entries.size() ? parent.entries[position].child : parent.tail;
+}
+
+// A node with nothing but its tail takes a child from the node on its left, or, where that could
+// spare none, goes up in it.
+void IndexEditor::TakeFromLeft(Path& path, std::size_t level) {
+  Level& node = path[level];
+  Level& parent = path[level - 1];
+  const std::uint32_t left_page = ChildAt(parent.content, parent.position - 1);
   IndexPage left = Read(left_page);
-  if (left.leaf || left.tail != 0) {
-    throw Damage(left_page, "a node inside the index has a tail");
+  IndexEntry moved = LastBelow(left);
+  moved.child = left.tail;
+  std::vector<IndexEntry>& entries = parent.content.entries;
+  if (left.entries.size() > 1) {
+    node.content.entries.push_back(std::move(moved));
+    IndexEntry separator = left.entries.back();
+    left.tail = separator.child;
+    left.entries.pop_back();
+    separator.child = left_page;
+    entries[parent.position - 1] = std::move(separator);
+    if (!Write(left_page, left) || !Write(node.page, node.content)) throw TooFull(node.page);
+    return Settle(path, level - 1);
   }
+  left.entries.push_back(std::move(moved));
   left.tail = node.content.tail;
-  left.next = node.content.next;
-  if (!Write(left_page, left)) throw Damage(left_page, "an index page holds more than fits on it");
-  Relink(node.content.next, &IndexPage::previous, left_page);
-  ReleasePage(node.page);
-  parent.tail = left_page;
-  parent.entries.pop_back();
-  path[level - 1].position = parent.entries.size();
+  if (!Write(left_page, left)) throw TooFull(left_page);
+  Unlink(node.page, node.content);
+  if (parent.position < entries.size()) {
+    entries[parent.position].child = left_page;
+  } else {
+    parent.content.tail = left_page;
+  }
+  entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(parent.position - 1));
+  --parent.position;
+  SettleAfterLoss(path, level - 1);
+}
+
+// The same with the node on its right, for the first of its parent.
+void IndexEditor::TakeFromRight(Path& path, std::size_t level) {
+  Level& node = path[level];
+  Level& parent = path[level - 1];
+  const std::uint32_t right_page = ChildAt(parent.content, parent.position + 1);
+  IndexPage right = Read(right_page);
+  IndexEntry last = LastBelow(node.content);
+  last.child = node.content.tail;
+  node.content.entries.push_back(std::move(last));
+  std::vector<IndexEntry>& entries = parent.content.entries;
+  if (right.entries.size() > 1) {
+    IndexEntry separator = right.entries.front();
+    node.content.tail = separator.child;
+    separator.child = node.page;
+    right.entries.erase(right.entries.begin());
+    entries[parent.position] = std::move(separator);
+    if (!Write(right_page, right) || !Write(node.page, node.content)) throw TooFull(node.page);
+    return Settle(path, level - 1);
+  }
+  node.content.entries.push_back(right.entries.front());
+  node.content.tail = right.tail;
+  node.content.next = right.next;
+  if (!Write(node.page, node.content)) throw TooFull(node.page);
+  Unlink(right_page, right);
+  entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(parent.position));
+  if (parent.position < entries.size()) {
+    entries[parent.position].child = node.page;
+  } else {
+    parent.content.tail = node.page;
+  }
   SettleAfterLoss(path, level - 1);
 }
 

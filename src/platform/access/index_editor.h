@@ -20,8 +20,6 @@ class IndexEditor {
   bool HasKey(std::string_view key) const;
   // Whether another row has the key.
   bool HasKeyOfOther(std::string_view key, RowPointer row) const;
-  // The rows whose keys start with `prefix`, in the order of the index.
-  std::vector<RowPointer> RowsUnder(std::string_view prefix) const;
   void Insert(const IndexKey& key, RowPointer row);
   // Raises Damage when there is no such entry.
   void Remove(const IndexKey& key, RowPointer row);
@@ -50,7 +48,10 @@ class IndexEditor {
   void RemovePage(Path& path, std::size_t level);
   void SettleAfterLoss(Path& path, std::size_t level);
   void CollapseRoot(Level& root);
-  void JoinLeftSibling(Path& path, std::size_t level);
+  static std::uint32_t ChildAt(const IndexPage& parent, std::size_t position);
+  void TakeFromLeft(Path& path, std::size_t level);
+  void TakeFromRight(Path& path, std::size_t level);
+  void Unlink(std::uint32_t page, const IndexPage& content);
 
   std::uint32_t AllocatePage();
   void ReleasePage(std::uint32_t page);

@@ -170,8 +170,6 @@ inline constexpr std::uint8_t kIndexUnique = 0x01;
 inline constexpr std::uint8_t kIndexLeavesOutNulls = 0x02;
 inline constexpr std::uint8_t kIndexRequired = 0x08;
 inline constexpr std::uint8_t kLogicalPrimary = 0x01;
-inline constexpr std::uint8_t kLogicalRelationship = 0x02;
-inline constexpr std::uint8_t kRelationReferenced = 0x01;
 
 inline constexpr std::uint16_t kRowHidden = 0x8000;
 inline constexpr std::uint16_t kRowOverflow = 0x4000;

@@ -10,8 +10,7 @@ namespace {
 
 constexpr std::size_t kMostInline = 64;
 // What a page takes beside its head and the offset of its only row.
-constexpr std::size_t kMostInRow =
-    kJet4Layout.page_size - kJet4Layout.data_row_offsets - 2;
+constexpr std::size_t kMostInRow = kJet4Layout.page_size - kJet4Layout.data_row_offsets - 2;
 constexpr std::size_t kNextPiece = 4;
 
 }  // namespace

@@ -112,7 +112,7 @@ StorageError::StorageError(int reason, const std::filesystem::path& path, const 
 std::unique_ptr<StorageFile> DiskStorage::Open(const std::filesystem::path& path, Mode mode) {
   const int access = mode == Mode::kReadWrite ? O_RDWR : O_RDONLY;
   const int fd = ::open(path.c_str(), access | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0 && errno == ENOENT) return nullptr;
+  if (fd < 0 && (errno == ENOENT || errno == ENOTDIR)) return nullptr;
   if (fd < 0) throw StorageError(errno, path, "open");
   return RequireFile(std::make_unique<OpenDiskFile>(fd, path), path);
 }

@@ -118,12 +118,15 @@ std::string FileBuilder::Row(const std::vector<bool>& present, const std::string
 
 void FileBuilder::PutRows(std::uint32_t page, std::uint32_t owner,
                           const std::vector<BuiltRow>& rows) {
-  std::string head = Stored16(0x0101) + Stored16(0) + Stored32(owner) + Zeros(jet3() ? 0 : 4) +
+  std::size_t used = (jet3() ? 10 : 14) + 2 * rows.size();
+  for (const BuiltRow& row : rows) used += row.bytes.size();
+  if (used > page_size()) throw std::length_error("the rows do not fit on a page");
+  const auto free = static_cast<unsigned>(page_size() - used);
+  std::string head = Stored16(0x0101) + Stored16(free) + Stored32(owner) + Zeros(jet3() ? 0 : 4) +
                      Stored16(static_cast<unsigned>(rows.size()));
   std::size_t end = page_size();
   for (const BuiltRow& row : rows) {
     end -= row.bytes.size();
-    if (end < head.size() + 2) throw std::length_error("the rows do not fit on a page");
     pages_[page].replace(end, row.bytes.size(), row.bytes);
     head += Stored16(static_cast<unsigned>(end) | row.flags);
   }
@@ -179,7 +182,16 @@ std::string FileBuilder::ColumnRecord(const BuiltColumn& c) const {
          Zeros(5) + offset;
 }
 
-std::string FileBuilder::IndexRecords(const BuiltTable& table) const {
+// The pointer to the usage map of an index with nothing in it, and its root page.
+std::string FileBuilder::EmptyTree(std::uint32_t definition) {
+  const std::uint32_t root = NewPage();
+  const std::size_t entries = jet3() ? 0xF8 : 0x1E0;
+  SetPage(root, Stored16(0x0104) + Stored16(static_cast<unsigned>(page_size() - entries)) +
+                    Stored32(definition));
+  return Pages({root}, false) + Stored32(root);
+}
+
+std::string FileBuilder::IndexRecords(std::uint32_t definition, const BuiltTable& table) {
   std::string physical, logical, names;
   std::uint32_t position = 0;
   for (const BuiltIndex& index : table.indexes) {
@@ -189,7 +201,9 @@ std::string FileBuilder::IndexRecords(const BuiltTable& table) const {
       physical += Stored16(used ? index.columns[slot].first : 0xFFFF);
       physical += used && !index.columns[slot].second ? '\1' : '\0';
     }
-    physical += Zeros(8) + Zeros(jet3() ? 0 : 4) + (index.unique ? '\1' : '\0');
+    physical += index.has_tree ? EmptyTree(definition) : Zeros(8);
+    physical += Zeros(jet3() ? 0 : 4);
+    physical += static_cast<char>((index.unique ? 1 : 0) | (index.leaves_out_nulls ? 2 : 0));
     physical += Zeros(jet3() ? 0 : 5);
     logical += Zeros(jet3() ? 0 : 4) + Stored32(position) + Stored32(position) + Zeros(1) +
                Stored32(0xFFFFFFFF) + Zeros(6) + (index.primary ? '\1' : '\0');
@@ -212,7 +226,12 @@ void FileBuilder::PutDefinition(std::uint32_t page, const BuiltTable& table) {
   body += Zeros((jet3() ? 8 : 12) * table.indexes.size());
   for (const BuiltColumn& column : table.columns) body += ColumnRecord(column);
   for (const BuiltColumn& column : table.columns) body += Name(column.name);
-  body += IndexRecords(table) + Stored16(0xFFFF);
+  body += IndexRecords(page, table);
+  for (const BuiltColumn& column : table.columns) {
+    const bool long_value = column.type == 11 || column.type == 12;
+    if (long_value) body += Stored16(column.number) + Pages({}, false) + Pages({}, false);
+  }
+  body += Stored16(0xFFFF);
   body.replace(0, 4, Stored32(static_cast<std::uint32_t>(body.size()) + 8));
   const std::size_t room = page_size() - 8;
   for (std::size_t at = 0; at < body.size(); at += room) {

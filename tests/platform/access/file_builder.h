@@ -40,6 +40,8 @@ struct BuiltIndex {
   std::string name;
   std::vector<std::pair<unsigned, bool>> columns;  // number, descending
   bool unique = false, primary = false;
+  bool leaves_out_nulls = false;
+  bool has_tree = false;  // an empty one; without, only the definition speaks of the index
 };
 
 struct BuiltTable {
@@ -92,7 +94,8 @@ class FileBuilder {
   std::string Name(const std::string& name) const;
   std::string Pages(const std::vector<std::uint32_t>& pages, bool indirect);
   std::string ColumnRecord(const BuiltColumn& column) const;
-  std::string IndexRecords(const BuiltTable& table) const;
+  std::string IndexRecords(std::uint32_t definition, const BuiltTable& table);
+  std::string EmptyTree(std::uint32_t definition);
   std::string Header() const;
 
   int version_;

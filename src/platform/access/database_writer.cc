@@ -1,0 +1,100 @@
+#include "platform/access/database_writer.h"
+
+#include <map>
+
+#include "platform/access/table_editor.h"
+
+namespace tenora::access {
+namespace {
+
+constexpr std::chrono::milliseconds kRecoveryWait{10000};
+
+class OpenTransaction final : public WriteTransaction {
+ public:
+  OpenTransaction(const std::filesystem::path& path, const Options& options)
+      : access_(options.storage == nullptr ? disk_ : *options.storage, path, options.wait_for_lock),
+        pages_(std::make_shared<ChangedPages>(access_.path(), access_.database())),
+        context_(Writable(pages_)) {}
+
+  WritableTable& Table(std::string_view name) override {
+    const auto data = context_.Load(name);
+    if (data == nullptr) {
+      throw RuntimeError(engine_error::kNoSuchTable,
+                         "The database engine cannot find the input table or query '" +
+                             std::string(name) + "' in '" + access_.path().string() + "'.",
+                         "DAO.Database");
+    }
+    if (context_.IsSystemTable(name)) {
+      throw RuntimeError(engine_error::kNotUpdatable,
+                         "Operation must use an updateable query. Table '" + std::string(name) +
+                             "' is the engine's own.",
+                         "DAO.Database");
+    }
+    std::unique_ptr<TableEditor>& table = tables_[data->definition.page];
+    if (table == nullptr) table = std::make_unique<TableEditor>(context_, data);
+    return *table;
+  }
+
+  void Commit() override {
+    if (context_.spoiled) {
+      throw RuntimeError(engine_error::kNotUpdatable,
+                         "Operation must use an updateable query. A change to '" +
+                             access_.path().string() +
+                             "' failed half way; nothing of the transaction is written.",
+                         "DAO.Database");
+    }
+    // Whatever comes of it, these pages must not be written again.
+    context_.spoiled = true;
+    pages_->Commit(access_);
+  }
+
+ private:
+  static std::shared_ptr<ChangedPages> Writable(std::shared_ptr<ChangedPages> pages) {
+    if (pages->header().format != Format::kJet3) return pages;
+    throw RuntimeError(
+        engine_error::kReadOnly,
+        "Cannot update. Database or object is read-only. '" + pages->path().string() +
+            "' has the format of 1997, which is only read; convert it to a newer one.",
+        "DAO.Database");
+  }
+
+  DiskStorage disk_;
+  ExclusiveAccess access_;
+  std::shared_ptr<ChangedPages> pages_;
+  WriteContext context_;
+  std::map<std::uint32_t, std::unique_ptr<TableEditor>> tables_;
+};
+
+class HeldReadLock final : public ReadLock {
+ public:
+  explicit HeldReadLock(std::unique_ptr<StorageFile> file) : file_(std::move(file)) {}
+
+ private:
+  std::unique_ptr<StorageFile> file_;
+};
+
+}  // namespace
+
+std::unique_ptr<WriteTransaction> WriteTransaction::Begin(const std::filesystem::path& path,
+                                                          const Options& options) {
+  return std::make_unique<OpenTransaction>(path, options);
+}
+
+std::unique_ptr<ReadLock> ReadLock::Take(const std::filesystem::path& path,
+                                         std::chrono::milliseconds wait) {
+  DiskStorage disk;
+  for (;;) {
+    auto file = LockForReading(disk, path, wait);
+    // A journal met under the lock is no living program's: it would hold its own lock.
+    if (!HasJournal(disk, path)) return std::make_unique<HeldReadLock>(std::move(file));
+    file.reset();
+    RecoverDatabase(disk, path, wait);
+  }
+}
+
+void RecoverDatabase(const std::filesystem::path& path) {
+  DiskStorage disk;
+  RecoverDatabase(disk, path, kRecoveryWait);
+}
+
+}  // namespace tenora::access

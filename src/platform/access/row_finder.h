@@ -1,0 +1,44 @@
+// Finds rows of a table by the values of columns, through an index where one serves.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/access/changed_pages.h"
+#include "platform/access/row_cursor.h"
+#include "platform/access/stored_row.h"
+
+namespace tenora::access {
+
+// Where a row's bytes are.
+struct LocatedRow {
+  RowPointer home;               // what indexes point to
+  std::vector<RowPointer> hops;  // where overflow pointers lead, the last one to the bytes
+  std::vector<std::byte> bytes;
+
+  RowPointer place() const { return hops.empty() ? home : hops.back(); }
+};
+
+class RowFinder {
+ public:
+  RowFinder(std::shared_ptr<const TableData> table, const TextCodec& codec)
+      : table_(std::move(table)), codec_(codec) {}
+
+  // Raises Damage for a broken chain, RuntimeError 3167 for a row that is gone.
+  LocatedRow Locate(RowPointer row) const;
+  StoredRow Read(RowPointer row) const;
+  std::vector<RowPointer> All() const;
+  // The rows whose columns, given as positions, equal these fields.
+  std::vector<RowPointer> Find(const std::vector<std::size_t>& columns,
+                               const std::vector<Field>& fields) const;
+
+ private:
+  PhysicalIndex IndexOver(const std::vector<std::size_t>& columns) const;
+  bool Candidates(const std::vector<std::size_t>& columns, const std::vector<Field>& fields,
+                  std::vector<RowPointer>& rows) const;
+
+  std::shared_ptr<const TableData> table_;
+  const TextCodec& codec_;
+};
+
+}  // namespace tenora::access

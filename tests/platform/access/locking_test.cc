@@ -1,0 +1,227 @@
+// Several programs and one file: each change alone, none lost, and clear words where it cannot be.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <numeric>
+
+#include "platform/access/database_writer.h"
+#include "platform/access/exclusive_access.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
+#include "support/test_files.h"
+
+namespace tenora::test {
+namespace {
+
+using access::JournalPath;
+using access::WritableTable;
+using access::WriteTransaction;
+
+class SharingTheFile : public testing::Test {
+ protected:
+  SharingTheFile() { std::filesystem::copy_file(SampleDatabase(), path_); }
+
+  void MakeCounter() {
+    const auto transaction = WriteTransaction::Begin(path_);
+    transaction->Table("custom_fields")
+        .Insert({{"parentcode", std::string("B1")},
+                 {"parenttype", std::int64_t{202}},
+                 {"fieldcode", std::string("NxtReceipt")},
+                 {"value", std::string("999")}});
+    transaction->Commit();
+  }
+
+  int Advance() {
+    const auto transaction = WriteTransaction::Begin(path_);
+    WritableTable& fields = transaction->Table("custom_fields");
+    const auto row = fields.Find({{"parentcode", std::string("B1")},
+                                  {"parenttype", std::int64_t{202}},
+                                  {"fieldcode", std::string("NxtReceipt")}});
+    const int next = std::stoi(TextOf(fields.Read(row.at(0))[3])) + 1;
+    fields.Update(row[0], {{"value", std::to_string(next)}});
+    transaction->Commit();
+    return next;
+  }
+
+  std::string ErrorOfBegin() const {
+    WriteTransaction::Options options;
+    options.wait_for_lock = std::chrono::milliseconds(30);
+    try {
+      WriteTransaction::Begin(path_, options);
+    } catch (const RuntimeError& error) {
+      return ErrorText(error);
+    }
+    return "none";
+  }
+
+  ScratchFolder scratch_;
+  std::filesystem::path path_ = scratch_ / "property.mdb";
+};
+
+TEST_F(SharingTheFile, EightProcessesNeverGetTheSameNumber) {
+  MakeCounter();
+  constexpr int kProcesses = 8, kEach = 12;
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  for (int i = 0; i < kProcesses; ++i) {
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child != 0) continue;
+    for (int n = 0; n < kEach; ++n) {
+      const int number = Advance();
+      if (::write(ends[1], &number, sizeof number) != sizeof number) ::_exit(1);
+    }
+    ::_exit(0);
+  }
+  ::close(ends[1]);
+  std::vector<int> numbers;
+  for (int number = 0; ::read(ends[0], &number, sizeof number) == sizeof number;) {
+    numbers.push_back(number);
+  }
+  ::close(ends[0]);
+  for (int i = 0, status = 0; i < kProcesses; ++i) {
+    ASSERT_GT(::wait(&status), 0);
+    EXPECT_EQ(status, 0);
+  }
+  std::vector<int> expected(kProcesses * kEach);
+  std::iota(expected.begin(), expected.end(), 1000);
+  std::ranges::sort(numbers);
+  EXPECT_EQ(numbers, expected);
+  EXPECT_FALSE(std::filesystem::exists(JournalPath(path_)));
+}
+
+TEST_F(SharingTheFile, AnotherProgramsOpenHandleDoesNotMatterAndItsReadLockIsNamed) {
+  const int other = ::open(path_.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(other, 0);
+  EXPECT_EQ(ErrorOfBegin(), "none");
+  struct flock lock {};
+  lock.l_type = F_RDLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_len = 100;
+  ASSERT_EQ(::fcntl(other, F_OFD_SETLK, &lock), 0);
+  EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3218 - Could not update; currently locked."));
+  EXPECT_FALSE(std::filesystem::exists(JournalPath(path_)));
+  ::close(other);
+  EXPECT_EQ(ErrorOfBegin(), "none");
+}
+
+TEST_F(SharingTheFile, AReadLockKeepsWritersOutAndNotReaders) {
+  const auto wait = std::chrono::milliseconds(30);
+  const auto lock = access::ReadLock::Take(path_, wait);
+  const auto second = access::ReadLock::Take(path_, wait);
+  EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3218 - "));
+}
+
+TEST_F(SharingTheFile, ATransactionKeepsTheNextOut) {
+  const auto transaction = WriteTransaction::Begin(path_);
+  EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3218 - "));
+}
+
+TEST_F(SharingTheFile, AChangeByAnotherProgramUnderOurHandsIsNotOverwritten) {
+  const auto transaction = WriteTransaction::Begin(path_);
+  WritableTable& fields = transaction->Table("custom_fields");
+  const auto row = fields.All().front();
+  fields.Update(row, {{"value", std::string("ours")}});
+  const int other = ::open(path_.c_str(), O_RDWR | O_CLOEXEC);
+  const char theirs = '!';
+  const auto at = static_cast<off_t>(row.page) * 4096 + 4000;
+  ASSERT_EQ(::pwrite(other, &theirs, 1, at), 1);
+  ::close(other);
+  const std::string before = ReadWholeFile(path_);
+  try {
+    transaction->Commit();
+    ADD_FAILURE() << "it was overwritten";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.number(), 3197);
+  }
+  EXPECT_EQ(ReadWholeFile(path_), before);
+}
+
+// Journals that are none, are not whole, or belong to something else: the database stays as it is
+// and the journal goes.
+TEST_F(SharingTheFile, StaleAndHalfWrittenJournalsChangeNothing) {
+  const std::string before = ReadWholeFile(path_);
+  const auto* start = reinterpret_cast<const std::byte*>(before.data());
+  access::Journal journal;
+  journal.page_size = 4096;
+  journal.old_length = journal.new_length = before.size();
+  journal.identity = access::DatabaseIdentity({start, 0x300});
+  journal.pages.push_back(
+      {30, std::vector<std::byte>(4096, std::byte{1}), std::vector<std::byte>(4096, std::byte{2})});
+  const auto replaced = access::EncodeJournal(journal);
+  journal.identity ^= 1;
+  const auto foreign = access::EncodeJournal(journal);
+  const auto text = [](const std::vector<std::byte>& bytes, std::size_t size) {
+    return std::string(reinterpret_cast<const char*>(bytes.data()), size);
+  };
+  std::string flipped = text(replaced, replaced.size());
+  flipped[5000] ^= 1;
+  const std::string cases[] = {"",
+                               "x",
+                               std::string(70, '\0'),
+                               text(replaced, 64),
+                               text(replaced, replaced.size() - 1),
+                               text(replaced, replaced.size()) + "x",
+                               flipped,
+                               text(replaced, replaced.size()),
+                               text(foreign, foreign.size())};
+  for (const std::string& content : cases) {
+    WriteWholeFile(JournalPath(path_), content);
+    access::DatabaseFile::Open(path_);
+    EXPECT_EQ(ErrorOfBegin(), "none");
+    EXPECT_EQ(ReadWholeFile(path_), before);
+    EXPECT_FALSE(std::filesystem::exists(JournalPath(path_)));
+  }
+}
+
+TEST_F(SharingTheFile, AnInterruptedChangeThatAnotherProgramWroteOverIsReported) {
+  std::string content = ReadWholeFile(path_);
+  const auto page = [&](std::size_t number) {
+    const auto* start = reinterpret_cast<const std::byte*>(content.data()) + number * 4096;
+    return std::vector<std::byte>(start, start + 4096);
+  };
+  access::Journal journal;
+  journal.page_size = 4096;
+  journal.old_length = journal.new_length = content.size();
+  journal.identity =
+      access::DatabaseIdentity({reinterpret_cast<const std::byte*>(content.data()), 0x300});
+  // Page 30 is as we wrote it, page 31 is as nobody of us did.
+  journal.pages.push_back({30, std::vector<std::byte>(4096), page(30)});
+  journal.pages.push_back(
+      {31, std::vector<std::byte>(4096, std::byte{1}), std::vector<std::byte>(4096, std::byte{2})});
+  const auto bytes = access::EncodeJournal(journal);
+  WriteWholeFile(JournalPath(path_), {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3049 - A change to "));
+  EXPECT_EQ(ReadWholeFile(path_), content);
+  EXPECT_TRUE(std::filesystem::exists(JournalPath(path_)));
+}
+
+// In a process of its own without the rights of the superuser, whom no mode stops.
+TEST_F(SharingTheFile, AReadOnlyFileOrFolderIsNamedAndNothingChanges) {
+  const std::string before = ReadWholeFile(path_);
+  for (const bool folder : {false, true}) {
+    ASSERT_EQ(::chmod(path_.c_str(), folder ? 0666 : 0444), 0);
+    ASSERT_EQ(::chmod(scratch_.path().c_str(), folder ? 0555 : 0777), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
+      ::_exit(ErrorOfBegin().starts_with("3027 - Cannot update.") ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0) << (folder ? "folder" : "file");
+  }
+  ASSERT_EQ(::chmod(scratch_.path().c_str(), 0777), 0);
+  EXPECT_EQ(ReadWholeFile(path_), before);
+  EXPECT_FALSE(std::filesystem::exists(JournalPath(path_)));
+}
+
+}  // namespace
+}  // namespace tenora::test
