@@ -55,11 +55,12 @@ class Patient {
   }
   // The first page of a set.
   std::uint32_t FirstOf(RowPointer map) const { return UsageMap(*File(), map).NextFrom(0); }
-  // The byte of a page's bit in an inline map.
+  // Takes a page into a set or out of it; the map starts at page 0.
   void TurnOver(RowPointer map, std::uint32_t page) {
     std::byte* const row = RowAt(map);
-    const std::uint32_t bit = page - Load32(row + 1);
-    row[5 + bit / 8] ^= std::byte{1} << (bit % 8);
+    std::byte* const bits =
+        Load8(row) == 0 ? row + kInlineMapBits : Page(Load32(row + 1)) + kBitmapPageBits;
+    bits[page / 8] ^= std::byte{1} << (page % 8);
   }
 
   std::uint32_t FirstLeaf(const PhysicalIndex& index) const {
@@ -221,19 +222,22 @@ TEST(AChangedTable, IsFoundAndNamed) {
       {"a page of two tables",
        [](Patient& patient, const TableDefinition& table) {
          const TableDefinition owner = patient.Table("owner");
-         patient.TurnOver(table.owned_pages, patient.FirstOf(owner.owned_pages));
+         patient.TurnOver(owner.owned_pages, patient.FirstOf(table.owned_pages));
        },
        "table 'revenues'", "owned twice: by the rows of table 'owner' and by the rows of table"},
       {"a page of rows that is called free",
        [](Patient& patient, const TableDefinition& table) {
-         patient.TurnOver(kFreePagesMap, patient.FirstOf(table.owned_pages));
+         std::byte* const map = patient.RowAt(kFreePagesMap);
+         Store32(map + 1, patient.FirstOf(table.owned_pages));
+         map[kInlineMapBits] |= std::byte{1};
        },
        "page ", "is among the free ones, but is owned by the rows of table 'revenues'"},
       {"room on a page of another table",
        [](Patient& patient, const TableDefinition& table) {
-         patient.TurnOver(table.free_pages, 26);
+         const TableDefinition owner = patient.Table("owner");
+         patient.TurnOver(owner.free_pages, patient.FirstOf(table.owned_pages));
        },
-       "table 'revenues', page 26", "said to have room"},
+       "table 'owner', page ", "said to have room for the table's rows"},
       {"two tables with one usage map",
        [](Patient& patient, const TableDefinition& table) {
          patient.Table("owner").owned_pages.Store(patient.Page(table.page) +
