@@ -1,0 +1,16 @@
+// Any bytes under the checker: findings or a RuntimeError, within bounded time and memory.
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/access/memory_file.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto* bytes = reinterpret_cast<const std::byte*>(data);
+  try {
+    for (const auto& finding : tenora::access::CheckBytes({bytes, bytes + size}, "fuzz.mdb")) {
+      if (finding.Text().empty()) __builtin_trap();
+    }
+  } catch (const tenora::RuntimeError&) {
+  }
+  return 0;
+}
