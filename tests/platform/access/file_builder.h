@@ -47,7 +47,7 @@ struct BuiltIndex {
 struct BuiltTable {
   std::vector<BuiltColumn> columns;
   unsigned max_columns = 0, variable_columns = 0;  // deleted ones included
-  std::vector<std::uint32_t> data_pages;  // ascending
+  std::vector<std::uint32_t> data_pages;           // ascending
   std::uint32_t row_count = 0;
   std::vector<BuiltIndex> indexes;
   bool indirect_map = false;

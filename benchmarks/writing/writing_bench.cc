@@ -1,0 +1,103 @@
+// How long one receipt number takes to advance, safe on disk, in a file with 5,000 and one with
+// 500,000 rows, beside what the syncs alone take on the same disk.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "platform/access/database_writer.h"
+#include "support/test_files.h"
+
+namespace tenora {
+namespace {
+
+using access::WritableTable;
+using access::WriteTransaction;
+
+double MillisecondsOf(const auto& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+      .count();
+}
+
+double Median(std::vector<double> times) {
+  std::ranges::nth_element(times, times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2));
+  return times[times.size() / 2];
+}
+
+void Fill(const std::filesystem::path& path, std::int64_t rows) {
+  const auto transaction = WriteTransaction::Begin(path);
+  WritableTable& fields = transaction->Table("custom_fields");
+  for (std::int64_t i = 0; i < rows; ++i) {
+    fields.Insert({{"parentcode", std::string("P").append(std::to_string(i))},
+                   {"parenttype", std::int64_t{202}},
+                   {"fieldcode", std::string("NxtReceipt")},
+                   {"value", std::string("1000")}});
+  }
+  transaction->Commit();
+}
+
+void Advance(const std::filesystem::path& path, std::int64_t building) {
+  const auto transaction = WriteTransaction::Begin(path);
+  WritableTable& fields = transaction->Table("custom_fields");
+  const auto row = fields.Find({{"parentcode", std::string("P").append(std::to_string(building))},
+                                {"parenttype", std::int64_t{202}},
+                                {"fieldcode", std::string("NxtReceipt")}});
+  const int next = std::stoi(TextOf(fields.Read(row.at(0))[3])) + 1;
+  fields.Update(row[0], {{"value", std::to_string(next)}});
+  transaction->Commit();
+}
+
+// One page written and synced.
+double SyncTime(const std::filesystem::path& path) {
+  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT, 0600);
+  const std::string page(4096, 'x');
+  std::vector<double> times;
+  for (int i = 0; i < 50; ++i) {
+    times.push_back(MillisecondsOf([&] {
+      if (::pwrite(fd, page.data(), page.size(), 0) > 0) ::fdatasync(fd);
+    }));
+  }
+  ::close(fd);
+  return Median(times);
+}
+
+void Run() {
+  const test::ScratchFolder scratch;
+  const double sync = SyncTime(scratch / "sync");
+  std::printf("one page written and synced: %.2f ms\n", sync);
+  double first = 0;
+  for (const std::int64_t rows : {5000, 500000}) {
+    const auto path = scratch / (std::to_string(rows) + ".mdb");
+    std::filesystem::copy_file(test::SampleDatabase(), path);
+    const double filled = MillisecondsOf([&] { Fill(path, rows); });
+    std::vector<double> times;
+    for (std::int64_t i = 0; i < 100; ++i) {
+      times.push_back(MillisecondsOf([&] { Advance(path, i * 7919 % rows); }));
+    }
+    const double advance = Median(times);
+    if (first == 0) first = advance;
+    std::printf(
+        "%6lld rows (%.0f ms to insert): a receipt number takes %.2f ms, %.1f syncs; "
+        "%.2f times that of 5,000 rows\n",
+        static_cast<long long>(rows), filled, advance, advance / sync, advance / first);
+  }
+}
+
+}  // namespace
+}  // namespace tenora
+
+int main() {
+  try {
+    tenora::Run();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}
