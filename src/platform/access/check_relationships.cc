@@ -9,8 +9,7 @@ namespace tenora::access {
 namespace {
 
 constexpr const char* kTable = "MSysRelationships";
-constexpr std::int64_t kNotEnforced = 2;
-constexpr std::size_t kMost = 1000;
+constexpr std::size_t kMost = 255;  // each costs memory for all rows of two tables
 
 const DefinedTable* Named(const std::vector<DefinedTable>& tables, std::string_view name) {
   const auto found = std::find_if(tables.begin(), tables.end(), [&](const DefinedTable& table) {
@@ -31,91 +30,74 @@ RelationshipCheck::RelationshipCheck(const CheckContext& context,
                                      std::shared_ptr<const PageFile> file,
                                      const std::vector<DefinedTable>& tables)
     : context_(context), tables_(tables) {
-  try {
-    ReadAll(file);
-  } catch (const RuntimeError&) {
-    // The rows of MSysRelationships are checked as every table's, which names the fault.
-    context_.report.NotChecked({kTable, {}}, "the relationships: they cannot be read");
-  }
-  for (auto& [name, relationship] : relationships_) Prepare(relationship);
-}
-
-void RelationshipCheck::ReadAll(const std::shared_ptr<const PageFile>& file) {
   const DefinedTable* const table = Named(tables_, kTable);
   if (table == nullptr) return;
-  constexpr std::string_view kNames[] = {
-      "szRelationship",     "szObject", "szColumn", "szReferencedObject",
-      "szReferencedColumn", "grbit",    "icolumn"};
-  std::vector<std::size_t> at;
-  for (const std::string_view name : kNames) {
-    const Column* const column = ColumnNamed(table->definition, name);
-    if (column == nullptr) return;
-    at.push_back(static_cast<std::size_t>(column - table->definition.columns.data()));
-  }
-  const auto rows =
-      OpenCursor(std::make_shared<TableData>(TableData{file, table->name, table->definition}));
-  while (rows->Next() && relationships_.size() < kMost) {
-    if ((rows->Integer(at[5]) & kNotEnforced) != 0) continue;
-    std::string name(rows->Text(at[0]));
-    Relationship& relationship = relationships_[name];
-    relationship.name = std::move(name);
-    relationship.table = rows->Text(at[1]);
-    relationship.referenced_table = rows->Text(at[3]);
-    Pair& pair = relationship.columns[rows->Integer(at[6])];
-    pair.column = rows->Text(at[2]);
-    pair.referenced_column = rows->Text(at[4]);
+  const auto not_read = [&](const std::exception& reason) {
+    context_.report.NotChecked({kTable, {}}, std::string("the relationships: ") + reason.what());
+  };
+  try {
+    for (Relationship& relationship : ReadRelationships(
+             std::make_shared<const TableData>(TableData{file, table->name, table->definition}))) {
+      if (relationships_.size() < kMost) relationships_.push_back(Prepare(std::move(relationship)));
+    }
+  } catch (const Damage& reason) {
+    not_read(reason);
+  } catch (const RuntimeError& reason) {
+    not_read(reason);
   }
 }
 
-void RelationshipCheck::Prepare(Relationship& relationship) {
-  relationship.from = Named(tables_, relationship.table);
-  relationship.to = Named(tables_, relationship.referenced_table);
+RelationshipCheck::Checked RelationshipCheck::Prepare(Relationship relationship) {
+  Checked checked;
+  checked.relationship = std::move(relationship);
+  checked.from = Named(tables_, checked.relationship.table);
+  checked.to = Named(tables_, checked.relationship.referenced);
   // A table kept in another file is none of this one's.
-  if (relationship.from == nullptr || relationship.to == nullptr) return;
-  const FindingPlace place{relationship.table, {}};
-  const std::string name = "relationship '" + relationship.name + "'";
+  if (checked.from == nullptr || checked.to == nullptr) return checked;
+  const FindingPlace place{checked.relationship.table, {}};
+  const std::string name = "relationship '" + checked.relationship.name + "'";
   PhysicalIndex columns, referenced_columns;
-  for (const auto& [order, pair] : relationship.columns) {
-    const Column* const column = ColumnNamed(relationship.from->definition, pair.column);
-    const Column* const other = ColumnNamed(relationship.to->definition, pair.referenced_column);
+  for (const auto& [column_name, other_name] : checked.relationship.columns) {
+    const Column* const column = ColumnNamed(checked.from->definition, column_name);
+    const Column* const other = ColumnNamed(checked.to->definition, other_name);
     if (column == nullptr || other == nullptr) {
       context_.report.Fault(place, {}, {}, name + " is over columns that the tables do not have",
                             Remedy::kCorrectRows);
-      return;
+      return checked;
     }
     if (column->type != other->type || column->sort_order != other->sort_order) {
       context_.report.NotChecked(place, name + ": its columns are of different types");
-      return;
+      return checked;
     }
     columns.parts.push_back({column->number, false});
     referenced_columns.parts.push_back({other->number, false});
   }
-  relationship.keys =
-      std::make_unique<KeyList>(relationship.from->definition, columns, context_.codec);
-  relationship.referenced_keys =
-      std::make_unique<KeyList>(relationship.to->definition, referenced_columns, context_.codec);
+  checked.keys = std::make_unique<KeyList>(checked.from->definition, columns, context_.codec);
+  checked.referenced_keys =
+      std::make_unique<KeyList>(checked.to->definition, referenced_columns, context_.codec);
+  return checked;
 }
 
 std::vector<KeyList*> RelationshipCheck::WantedOf(const DefinedTable& table) const {
   std::vector<KeyList*> wanted;
-  for (const auto& [name, relationship] : relationships_) {
-    if (relationship.keys == nullptr) continue;
-    if (relationship.from == &table) wanted.push_back(relationship.keys.get());
-    if (relationship.to == &table) wanted.push_back(relationship.referenced_keys.get());
+  for (const Checked& checked : relationships_) {
+    if (checked.keys == nullptr) continue;
+    if (checked.from == &table) wanted.push_back(checked.keys.get());
+    if (checked.to == &table) wanted.push_back(checked.referenced_keys.get());
   }
   return wanted;
 }
 
 void RelationshipCheck::Run() {
-  for (auto& [name, relationship] : relationships_) {
-    if (relationship.keys != nullptr) Compare(relationship);
+  for (Checked& checked : relationships_) {
+    if (checked.keys != nullptr) Compare(checked);
   }
 }
 
-void RelationshipCheck::Compare(Relationship& relationship) {
-  const FindingPlace place{relationship.table, {}};
-  const std::string name = "relationship '" + relationship.name + "'";
-  KeyList &keys = *relationship.keys, &referenced = *relationship.referenced_keys;
+void RelationshipCheck::Compare(Checked& checked) {
+  const FindingPlace place{checked.relationship.table, {}};
+  const std::string name = "relationship '" + checked.relationship.name + "'";
+  KeyList &keys = *checked.keys, &referenced = *checked.referenced_keys;
   const std::string& reason = keys.reason().empty() ? referenced.reason() : keys.reason();
   if (!reason.empty()) context_.report.NotChecked(place, name + ": " + reason);
   // A row without a key among those referred to might be the one that seems to be missing.
@@ -130,7 +112,7 @@ void RelationshipCheck::Compare(Relationship& relationship) {
     if (at != end && at->key == row.key) continue;
     context_.report.Fault(place, row.row,
                           name + ": the row refers to a row of table '" +
-                              relationship.referenced_table + "' that is missing",
+                              checked.relationship.referenced + "' that is missing",
                           Remedy::kCorrectRows);
   }
 }

@@ -2,13 +2,13 @@
 // row may refer to a row that is missing.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/access/check_context.h"
 #include "platform/access/check_keys.h"
+#include "platform/access/relationships.h"
 
 namespace tenora::access {
 
@@ -30,23 +30,18 @@ class RelationshipCheck {
   void Run();
 
  private:
-  struct Pair {
-    std::string column, referenced_column;
-  };
-  struct Relationship {
-    std::string name, table, referenced_table;
-    std::map<std::int64_t, Pair> columns;  // by their order
+  struct Checked {
+    Relationship relationship;
     const DefinedTable* from = nullptr;
     const DefinedTable* to = nullptr;
-    std::unique_ptr<KeyList> keys, referenced_keys;
+    std::unique_ptr<KeyList> keys, referenced_keys;  // null: cannot be compared
   };
-  void ReadAll(const std::shared_ptr<const PageFile>& file);
-  void Prepare(Relationship& relationship);
-  void Compare(Relationship& relationship);
+  Checked Prepare(Relationship relationship);
+  void Compare(Checked& checked);
 
   const CheckContext& context_;
   const std::vector<DefinedTable>& tables_;
-  std::map<std::string, Relationship> relationships_;  // by name
+  std::vector<Checked> relationships_;
 };
 
 }  // namespace tenora::access

@@ -53,7 +53,8 @@ const SortOrder* SortOrder::Find(std::uint32_t number) {
 SortOrder::SortOrder(bool legacy) {
   for (const SortCodeRow& row : legacy ? GeneralLegacyCodes() : GeneralCodes()) {
     char32_t character = row.first;
-    for (const std::string& word : Split(row.codes, " ")) Place(character++) = Parse(word, legacy);
+    for (const std::string& word : Split(row.codes, " "))
+      codes_[PlaceOf(character++)] = Parse(word, legacy);
   }
 }
 
@@ -82,15 +83,13 @@ SortOrder::Codes SortOrder::Parse(std::string_view word, bool legacy) {
   return codes;
 }
 
-const SortOrder::Codes& SortOrder::Of(char32_t character) const {
-  if (character < kLatinEnd) return codes_[character];
+std::size_t SortOrder::PlaceOf(char32_t character) {
+  if (character < kLatinEnd) return character;
   if (character >= kSignsStart && character < kSignsEnd) {
-    return codes_[kLatinEnd + (character - kSignsStart)];
+    return kLatinEnd + (character - kSignsStart);
   }
-  return codes_[codes_.size() - (character == kEuro ? 2 : 1)];
+  return character == kEuro ? kPlaces - 2 : kPlaces - 1;
 }
-
-SortOrder::Codes& SortOrder::Place(char32_t character) { return const_cast<Codes&>(Of(character)); }
 
 void SortOrder::AppendText(std::string_view text, std::string& key) const {
   while (text.ends_with(' ')) text.remove_suffix(1);
@@ -102,7 +101,7 @@ void SortOrder::AppendText(std::string_view text, std::string& key) const {
     if (++characters > kMostCharacters) {
       throw NotEncodable("a text in an index may not be longer than 255 characters");
     }
-    const Codes& codes = Of(character);
+    const Codes& codes = codes_[PlaceOf(character)];
     if (codes.kind == Codes::kUnknown) {
       throw NotEncodable("the sort codes of " + Named(character) + " are not known");
     }

@@ -57,13 +57,13 @@ class SortOrder {
 
   explicit SortOrder(bool legacy);
   static Codes Parse(std::string_view word, bool legacy);
-  Codes& Place(char32_t character);
-  const Codes& Of(char32_t character) const;
+  static std::size_t PlaceOf(char32_t character);
 
   // Latin letters and the signs among them, then general punctuation, then the euro.
   static constexpr char32_t kLatinEnd = 0x250, kSignsStart = 0x2010, kSignsEnd = 0x2040,
                             kEuro = 0x20AC;
-  std::array<Codes, kLatinEnd + (kSignsEnd - kSignsStart) + 2> codes_;  // the last: all others
+  static constexpr std::size_t kPlaces = kLatinEnd + (kSignsEnd - kSignsStart) + 2;
+  std::array<Codes, kPlaces> codes_;  // the last: of all others
 };
 
 }  // namespace tenora::access
