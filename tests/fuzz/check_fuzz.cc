@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "platform/access/memory_file.h"
+#include "platform/runtime/error.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto* bytes = reinterpret_cast<const std::byte*>(data);
