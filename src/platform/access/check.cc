@@ -66,7 +66,10 @@ std::vector<Finding> CheckPages(const std::shared_ptr<const PageFile>& file) {
     relationships.Run();
     ledger.CheckAllClaimed();
   } catch (const RuntimeError& damaged_catalogue) {
-    report.Fault({}, {}, {}, damaged_catalogue.what(), Remedy::kRestore);
+    report.Fault({}, {}, {},
+                 std::string("The catalogue cannot be read, so that no table was checked: ") +
+                     damaged_catalogue.what(),
+                 Remedy::kRestore);
   }
   return report.Take();
 }

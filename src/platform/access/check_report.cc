@@ -38,7 +38,7 @@ std::string Finding::Text() const {
   if (row) add("row ", std::to_string(*row));
   std::string text = place.empty() ? what : place.append(": ").append(what);
   if (kind == Kind::kNotChecked) text.insert(0, "not checked: ");
-  text += '.';
+  if (!text.ends_with('.')) text += '.';
   if (!remedy.empty()) text.append(" ").append(remedy);
   return text;
 }
