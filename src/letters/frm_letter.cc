@@ -9,6 +9,7 @@
 #include "output/email_content.h"
 #include "output/letter_pdf.h"
 #include "platform/dialogs/guard.h"
+#include "platform/mail/address.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
@@ -170,6 +171,13 @@ bool frmLetter::SendEmail(clsEmailSender& sender, const std::string& subject, bo
     if (TrimBlanks(address).empty()) {
       dialogs.Say(members_.RecipientName + " has no e-mail address. \"" + members_.LetterTitle +
                   "\" was not sent.");
+      return;
+    }
+    try {
+      mail::ParseAddresses(address);
+    } catch (const RuntimeError& error) {
+      dialogs.Say(members_.RecipientName + ": " + ErrorText(error) + "\r\n\"" +
+                  members_.LetterTitle + "\" was not sent.");
       return;
     }
     EmailBody body = MakeEmailBody(rtfLetter);

@@ -42,6 +42,17 @@ TEST_F(ReceiptEmail, ATenantWithoutAddressFailsAloudAndIsStillPrinted) {
   EXPECT_THAT(server_.Messages(), IsEmpty());
 }
 
+TEST_F(ReceiptEmail, AnImpossibleAddressIsRefusedByTheTenantsName) {
+  const std::string change = "update tenancy set email = 'nobody' where reference = 'T00002'";
+  ASSERT_EQ(Run({"query", "--write", Database().string(), change}).status, 0);
+  const test::ProcessResult result =
+      Receipt(R"(PRINTRECEIPT="T00002" FORMAT="Receipt" TOEMAIL="True")");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr("Élodie Evans-Pike: 5 - 'nobody' is not an e-mail address"));
+  EXPECT_EQ(Printed().size(), 1U);
+  EXPECT_THAT(server_.Messages(), IsEmpty());
+}
+
 TEST_F(ReceiptEmail, CarriesThePdfWhereTheSettingSaysSo) {
   StoreSetting("Receipt", "PdfAttachment", "1");
   EXPECT_EQ(Receipt(R"(PRINTRECEIPT="T00002" FORMAT="Receipt" TOEMAIL="1" TOPRINTER="0")").status,
