@@ -17,7 +17,7 @@ namespace {
 const std::vector<std::vector<std::string>> kFloors = {
     {"platform/runtime"},
     {"platform/access", "platform/registry", "platform/richtext", "platform/locale",
-     "platform/dialogs", "platform/mail"},
+     "platform/dialogs", "platform/mail", "platform/spelling"},
     {"platform/query", "platform/printing"},
     {"data"},
     {"rental"},
@@ -25,10 +25,14 @@ const std::vector<std::vector<std::string>> kFloors = {
     {"output"},
     {"letters"},
     {"startup"},
+    {"ui/editor", "ui/dialogs"},
+    {"ui/window"},
     {"main.cpp"},
 };
 
-const std::set<std::string> kRoomsWithQt = {"platform/locale", "platform/printing"};
+const std::set<std::string> kRoomsWithQt = {"platform/locale", "platform/printing",
+                                            "platform/dialogs", "ui/editor",
+                                            "ui/dialogs", "ui/window"};
 
 std::map<std::string, std::size_t> FloorsByRoom() {
   std::map<std::string, std::size_t> result;
@@ -41,7 +45,8 @@ std::map<std::string, std::size_t> FloorsByRoom() {
 std::string RoomOf(const std::string& path) {
   const std::size_t first = path.find('/');
   if (first == std::string::npos) return path;
-  if (path.substr(0, first) != "platform") return path.substr(0, first);
+  const std::string house = path.substr(0, first);
+  if (house != "platform" && house != "ui") return house;
   return path.substr(0, path.find('/', first + 1));
 }
 
