@@ -149,9 +149,9 @@ std::optional<std::filesystem::path> WindowDialogs::ChooseFileToSave(
   const OrdinaryPointer pointer;
   const std::filesystem::path start =
       suggestion.is_absolute() ? suggestion : last_folder_ / suggestion;
-  const auto path = PathOf(QFileDialog::getSaveFileName(
-      QApplication::activeWindow(), QString::fromStdString(title),
-      QString::fromStdString(start.string()), QtFilter(filter)));
+  const auto path = PathOf(
+      QFileDialog::getSaveFileName(QApplication::activeWindow(), QString::fromStdString(title),
+                                   QString::fromStdString(start.string()), QtFilter(filter)));
   if (path) last_folder_ = path->parent_path();
   return path;
 }
