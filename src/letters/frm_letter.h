@@ -12,6 +12,7 @@
 #include "output/email_sender.h"
 #include "output/printing.h"
 #include "platform/richtext/rich_text_box.h"
+#include "platform/runtime/files.h"
 #include "rental/session.h"
 
 namespace tenora {
@@ -46,8 +47,9 @@ class frmLetter {
 
   // Saves a generated letter in its recipient's folder as "title.rtf" or, where that is taken,
   // under the first free of "title(1).rtf", "title(2).rtf", …; never over a file, also when other
-  // programs save at the same moment. An error is shown and gives false; nothing is left behind.
-  bool SaveTenantTemplate();
+  // programs save at the same moment. An error is shown and gives false; nothing is left behind. A
+  // batch saves with kUntilSync and calls SyncFiles for a group of letters.
+  bool SaveTenantTemplate(Durability durability = Durability::kSynced);
 
   // Prints the letter as "title - recipient"; the job stays open. An error is shown and gives
   // false.
