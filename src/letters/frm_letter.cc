@@ -5,12 +5,12 @@
 #include "letters/file_names.h"
 #include "letters/template_library.h"
 #include "merge/catalogue.h"
+#include "merge/cheque_merge.h"
 #include "merge/prompts.h"
 #include "output/email_content.h"
 #include "output/letter_pdf.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
-#include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -30,13 +30,13 @@ fs::path MakeFolder(const fs::path& folder) {
 
 // Writes the content to the first name of the series that is free, and returns its path.
 fs::path WriteUnderFreeName(const fs::path& folder, const std::string& title,
-                            std::string_view content) {
+                            std::string_view content, Durability durability) {
   fs::path path = folder / (title + ".rtf");
   for (long n = 1;; ++n) {
     std::error_code error;
     // A name that another program takes between the two is refused by the write.
     const bool taken = fs::symlink_status(path, error).type() != fs::file_type::not_found;
-    if (!taken && WriteNewFile(path, content)) return path;
+    if (!taken && WriteNewFile(path, content, durability)) return path;
     if (taken && error) throw FileError(error.value(), path);
     path = folder / (title + "(" + std::to_string(n) + ").rtf");
   }
@@ -122,22 +122,30 @@ void frmLetter::InsertCode(std::string_view name) {
   IgnoringErrors(
       [&] { rtfLetter.SetSelText(std::string(kCodeStart).append(name).append(kCodeEnd)); });
   if (members_.Kind == kTenantLetter) IgnoringErrors([&] { InsertTenantDetails(); });
+  if (members_.Kind == kOwnerLetter) IgnoringErrors([&] { InsertOwnerDetails(); });
 }
 
 TenantMergeOutcome frmLetter::InsertTenantDetails() {
   return tenora::InsertTenantDetails(Target());
 }
 
+OwnerMergeOutcome frmLetter::InsertOwnerDetails() { return tenora::InsertOwnerDetails(Target()); }
+
+std::optional<RuntimeError> frmLetter::InsertChequeDetails(const std::string& payee,
+                                                           double amount) {
+  return tenora::InsertChequeDetails(Target(), payee, amount);
+}
+
 void frmLetter::InsertPrompts() { tenora::InsertPrompts(Target()); }
 
-bool frmLetter::SaveTenantTemplate() {
+bool frmLetter::SaveTenantTemplate(Durability durability) {
   return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate", [&] {
     const fs::path folder =
         MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
     BeforeSaveLetter();
     members_.FilePath =
         WriteUnderFreeName(folder, SafeFileName(members_.LetterTitle, kLongestTitle),
-                           rtfLetter.TextRTF())
+                           rtfLetter.TextRTF(), durability)
             .string();
     AfterLoadLetter();
   });

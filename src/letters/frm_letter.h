@@ -4,14 +4,18 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "merge/merge_target.h"
+#include "merge/owner_merge.h"
 #include "merge/tenant_merge.h"
 #include "output/email_sender.h"
 #include "output/printing.h"
 #include "platform/richtext/rich_text_box.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
 #include "rental/session.h"
 
 namespace tenora {
@@ -38,16 +42,20 @@ class frmLetter {
   void UpdateCaption();
 
   // Puts a merge code at the caret; "Future Date" and "Prompt Message" ask for theirs. In a
-  // generated tenant letter the code is filled at once. Errors skip the step they happen in.
+  // generated tenant or owner letter the code is filled at once. Errors skip the step they happen
+  // in.
   void InsertItem(std::string_view name);
 
   TenantMergeOutcome InsertTenantDetails();
+  OwnerMergeOutcome InsertOwnerDetails();
+  std::optional<RuntimeError> InsertChequeDetails(const std::string& payee, double amount);
   void InsertPrompts();
 
   // Saves a generated letter in its recipient's folder as "title.rtf" or, where that is taken,
   // under the first free of "title(1).rtf", "title(2).rtf", …; never over a file, also when other
-  // programs save at the same moment. An error is shown and gives false; nothing is left behind.
-  bool SaveTenantTemplate();
+  // programs save at the same moment. An error is shown and gives false; nothing is left behind. A
+  // batch saves with kUntilSync and calls SyncFiles for a group of letters.
+  bool SaveTenantTemplate(Durability durability = Durability::kSynced);
 
   // Prints the letter as "title - recipient"; the job stays open. An error is shown and gives
   // false.
@@ -61,14 +69,63 @@ class frmLetter {
   // also a recipient without an address, is shown and gives false.
   bool SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf);
 
+  // The commands of the menus (letter_commands.cc). Their questions go through the dialogs.
+
+  // Asks for a text, from then on that of FindAgain, and selects its first occurrence.
+  void Find();
+  // From one character behind the caret on.
+  void FindAgain();
+
+  // Writes the letter to its file, as SaveAs where it has none. A write that fails leaves the file
+  // as it was and the letter marked as changed; no box says so: OnSaveFailed does, and false.
+  bool Save();
+  // Asks for the title and writes to that file in the letter's folder, which is made where missing.
+  // Cancelling leaves the title empty, deliberately. False also when cancelled.
+  bool SaveAs();
+  // Asks whether to save what was changed. True when the letter may be closed: unchanged, not to be
+  // saved, or saved.
+  bool CheckSave();
+  // Deletes the file once confirmed, and closes the letter.
+  void Delete();
+  void CloseForm();
+
+  // Ask for a file and put it at the caret: as a picture, or as an embedded file that travels in
+  // the letter and can be got out again. An unreadable or too large file is shown.
+  void InsertPicture();
+  void InsertExcel();
+  void InsertOLEObject();
+  // Writes the first embedded file of the selection, or of the letter where nothing is selected, to
+  // where the user says.
+  void SaveEmbeddedFile();
+
+  // Whether the editor wraps its text at the printer's page width.
+  void ChangeWidth(bool page_width);
+
   RichTextBox rtfLetter;
 
   // What a window does for its letter; each may be empty. The dialog writes its code at the caret.
   std::function<void(RichTextBox& editor)> ShowFutureDateDialog;
   std::function<void()> FocusEditor;
   std::function<void()> OnBeforeSave;
+  std::function<void()> OnCaptionChanged;
+  // Where text wraps in twips from the left edge; 0: at the window's edge.
+  std::function<void(int width)> OnWidthChanged;
+  std::function<void()> OnClose;
+  std::function<void()> RefreshTree;
+  // The name of the current insert list, which words the messages of a letter in the folder of the
+  // same name.
+  std::function<std::string()> InsertListName;
+  std::function<void(const RuntimeError& error)> OnSaveFailed;
+  // Whether SaveAs may replace this file; where empty, it may.
+  std::function<bool(const std::filesystem::path& path)> ConfirmReplace;
+  // The width of the current printer's paper in twips; where empty, A4's.
+  std::function<int()> PaperWidth;
 
  private:
+  std::string KindWord() const;
+  std::filesystem::path LetterFolder() const;
+  bool WriteLetter();
+  void InsertFile(const std::string& title, const std::string& filter, bool as_picture);
   MergeTarget Target() { return MergeTarget{session_, members_, rtfLetter}; }
   // False when the letter's kind has no prompts, which is then said.
   bool InsertPromptMessage();

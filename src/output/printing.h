@@ -18,6 +18,12 @@ struct PageMargins {
   bool operator==(const PageMargins&) const = default;
 };
 
+// Prints the whole document inside the margins: opens a job under the title or, in an open job,
+// starts on a new page; the job stays open. Raises 482 (Printer error) when the margins leave no
+// room or the printer refuses; a job opened here is then dropped.
+void PrintDocument(printing::Printer& printer, const richtext::Document& document,
+                   const std::string& title, const PageMargins& margins);
+
 class PrinterMod {
  public:
   PrinterMod(printing::Printers& printers, Settings& settings)
