@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@
 #include "startup/command_line.h"
 #include "startup/general.h"
 #include "startup/own_commands.h"
+#include "ui/window/desktop.h"
 
 namespace {
 
@@ -31,16 +33,31 @@ std::unique_ptr<tenora::printing::Printers> MakePrinters() {
       {.default_printer = Environment("TENORA_PRINTER"), .pdf_target = Environment("TENORA_PDF")});
 }
 
-int RunMain(const std::vector<std::string>& arguments) {
+// Qt's application is made for the windows only: a print command starts faster without.
+std::optional<tenora::Desktop> MakeDesktop(const tenora::CommandLine& line, int& argc,
+                                           char** argv) {
+  if (!tenora::IsInteractive(line)) return std::nullopt;
+  return std::optional<tenora::Desktop>(std::in_place, argc, argv);
+}
+
+int RunMain(const std::vector<std::string>& arguments, int& argc, char** argv) {
   using namespace tenora;
+  const CommandLine line = CommandLine::FromArguments(arguments);
+  const std::string problem = IsInteractive(line) ? Desktop::DisplayProblem() : "";
+  if (!problem.empty()) {
+    std::cerr << problem << std::endl;
+    return 1;
+  }
+  std::optional<Desktop> desktop = MakeDesktop(line, argc, argv);
   const Clock clock = Clock::FromEnvironment();
-  ConsoleDialogs dialogs(std::cin, std::cerr);
+  ConsoleDialogs console(std::cin, std::cerr);
+  Dialogs& dialogs = desktop ? desktop->dialogs() : console;
   const auto locale = MakeLocale();
   const auto registry = registry::Registry::FromEnvironment();
   const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
   Session session(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
-  const CommandLine line = CommandLine::FromArguments(arguments);
-  return Main(CommandParts{line, session, MakePrinters, std::cout});
+  return Main(CommandParts{line, session, MakePrinters, std::cout,
+                           [&](const CommandParts& parts) { return desktop->Run(parts); }});
 }
 
 }  // namespace
@@ -51,7 +68,7 @@ int main(int argc, char** argv) {
     if (!arguments.empty() && tenora::IsOwnCommand(arguments[0])) {
       return tenora::RunOwnCommand(arguments, std::cout, std::cerr);
     }
-    return RunMain(arguments);
+    return RunMain(arguments, argc, argv);
   } catch (...) {
     std::cerr << tenora::TerminalText(tenora::ErrorText(tenora::CurrentError())) << std::endl;
     return 1;

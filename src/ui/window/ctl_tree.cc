@@ -55,7 +55,7 @@ ctlTree::ctlTree(Session& session, QWidget* parent)
   search_->setPlaceholderText(tr("Search templates, tenants, owners"));
   search_->setAccessibleName(tr("Search the tree"));
   search_->setClearButtonEnabled(true);
-  search_->addAction(Icon("find"), QLineEdit::LeadingPosition);
+  search_->addAction(LineIcon("find"), QLineEdit::LeadingPosition);
   search_->installEventFilter(this);
 
   auto* layout = new QVBoxLayout(this);

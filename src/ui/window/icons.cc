@@ -51,7 +51,7 @@ class LineEngine : public QIconEngine {
 
 }  // namespace
 
-QIcon Icon(const char* name) {
+QIcon LineIcon(const char* name) {
   QFile file(QStringLiteral(":/tenora/window/icons/%1.svg").arg(QLatin1String(name)));
   if (!file.open(QIODevice::ReadOnly)) return {};
   return QIcon(new LineEngine(file.readAll()));

@@ -7,6 +7,6 @@
 namespace tenora {
 
 // By the file's name without its ending ("print"); drawn at whatever size is asked for.
-QIcon Icon(const char* name);
+QIcon LineIcon(const char* name);
 
 }  // namespace tenora

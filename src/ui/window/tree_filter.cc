@@ -16,9 +16,8 @@ void TreeFilter::SetText(const QString& text) {
 }
 
 bool TreeFilter::Fits(const QString& name) const {
-  return std::ranges::all_of(words_, [&name](const QString& word) {
-    return name.contains(word, Qt::CaseInsensitive);
-  });
+  return std::ranges::all_of(
+      words_, [&name](const QString& word) { return name.contains(word, Qt::CaseInsensitive); });
 }
 
 bool TreeFilter::filterAcceptsRow(int row, const QModelIndex& parent) const {

@@ -25,9 +25,9 @@ QString ToQt(std::string_view text) {
 
 QIcon IconOf(const TreeModel::Entry& entry) {
   using Type = TreeModel::Type;
-  static const QIcon group = Icon("group"), letter_template = Icon("template"),
-                     closed = Icon("closed"), tenant = Icon("tenant"), owner = Icon("owner"),
-                     letter = Icon("letter");
+  static const QIcon group = LineIcon("group"), letter_template = LineIcon("template"),
+                     closed = LineIcon("closed"), tenant = LineIcon("tenant"),
+                     owner = LineIcon("owner"), letter = LineIcon("letter");
   switch (entry.type) {
     case Type::kGroup:
       return group;
@@ -366,8 +366,7 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       if (entry.type == Type::kClosedFold) {
-        return QStringLiteral("%1 %2").arg(node.open ? QLatin1Char('-') : QLatin1Char('+'),
-                                           entry.name);
+        return (node.open ? QStringLiteral("- ") : QStringLiteral("+ ")) + entry.name;
       }
       return entry.name;
     case Qt::DecorationRole:
