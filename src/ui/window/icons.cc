@@ -7,6 +7,9 @@
 #include <QPalette>
 #include <QSvgRenderer>
 
+// A library's resources are found once they are named, outside every namespace.
+static void MakeResourcesKnown() { Q_INIT_RESOURCE(window); }
+
 namespace tenora {
 namespace {
 
@@ -52,6 +55,7 @@ class LineEngine : public QIconEngine {
 }  // namespace
 
 QIcon LineIcon(const char* name) {
+  MakeResourcesKnown();
   QFile file(QStringLiteral(":/tenora/window/icons/%1.svg").arg(QLatin1String(name)));
   if (!file.open(QIODevice::ReadOnly)) return {};
   return QIcon(new LineEngine(file.readAll()));
