@@ -63,9 +63,9 @@ class LetterPrint {
 
 }  // namespace
 
-PageMargins PrinterMod::LoadMargins() {
-  const auto margin = [this](const char* key) {
-    return ToInt32(settings_.GetSettingText(kSection, key, "0"));
+PageMargins LoadPageMargins(Settings& settings) {
+  const auto margin = [&settings](const char* key) {
+    return ToInt32(settings.GetSettingText(kSection, key, "0"));
   };
   PageMargins margins;
   margins.top = margin("TopMargin");
