@@ -94,8 +94,7 @@ class frmLetter {
   void InsertPicture();
   void InsertExcel();
   void InsertOLEObject();
-  // Writes the first embedded file of the selection, or of the letter where nothing is selected, to
-  // where the user says.
+  // Writes an embedded file of the letter, chosen where there are several, to where the user says.
   void SaveEmbeddedFile();
 
   // Whether the editor wraps its text at the printer's page width.

@@ -24,14 +24,16 @@ struct PageMargins {
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
                    const std::string& title, const PageMargins& margins);
 
+// The margins of the printer set-up, each 0 when not stored. Raises 13 (Type mismatch) or 6
+// (Overflow) for a stored text that is no 32-bit number.
+PageMargins LoadPageMargins(Settings& settings);
+
 class PrinterMod {
  public:
   PrinterMod(printing::Printers& printers, Settings& settings)
       : printers_(printers), settings_(settings) {}
 
-  // The four margins of the printer set-up, each 0 when not stored. Raises 13 (Type mismatch) or 6
-  // (Overflow) for a stored text that is no 32-bit number.
-  PageMargins LoadMargins();
+  PageMargins LoadMargins() { return LoadPageMargins(settings_); }
 
   // Prints the whole content on the current printer: opens a job under the title or, in an open
   // job, starts on a new page. The job stays open for further letters until EndJob. Raises 482
