@@ -188,8 +188,7 @@ void Renumber(Document* document) {
   Visitor(collect).Visit(document);
   if (UsesSymbolBullet(document->blocks)) {
     for (std::size_t i = 0; i < document->fonts.size(); ++i) {
-      if (document->fonts[i].name == "Symbol" && document->fonts[i].charset == 2)
-        fonts.Use(static_cast<int>(i));
+      if (IsBulletFont(document->fonts[i])) fonts.Use(static_cast<int>(i));
     }
   }
   fonts.Assign(document->default_font);
