@@ -4,10 +4,12 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "merge/merge_target.h"
+#include "merge/owner_merge.h"
 #include "merge/tenant_merge.h"
 #include "output/email_sender.h"
 #include "output/printing.h"
@@ -38,10 +40,13 @@ class frmLetter {
   void UpdateCaption();
 
   // Puts a merge code at the caret; "Future Date" and "Prompt Message" ask for theirs. In a
-  // generated tenant letter the code is filled at once. Errors skip the step they happen in.
+  // generated tenant or owner letter the code is filled at once. Errors skip the step they happen
+  // in.
   void InsertItem(std::string_view name);
 
   TenantMergeOutcome InsertTenantDetails();
+  OwnerMergeOutcome InsertOwnerDetails();
+  std::optional<RuntimeError> InsertChequeDetails(const std::string& payee, double amount);
   void InsertPrompts();
 
   // Saves a generated letter in its recipient's folder as "title.rtf" or, where that is taken,
