@@ -65,24 +65,4 @@ void InsertCustomFields(const MergeTarget& target, std::int16_t parent_type,
   ClearUnknownFields(target.editor, prefix);
 }
 
-CustomFieldCodes ReadCustomFieldCodes(Database& database) {
-  CustomFieldCodes codes;
-  RecordsetPtr fields;
-  database.CreateSet(fields,
-                     "select distinct parenttype, fieldcode from custom_fields order by fieldcode",
-                     query::kForwardOnly, query::kReadOnly);
-  while (!database.DataEOF(fields)) {
-    const std::string code = TextOf(fields->Field("fieldcode"));
-    const std::string parent = TextOf(fields->Field("parenttype"));
-    std::vector<std::string>* list = parent == std::to_string(kTenantParent)     ? &codes.tenant
-                                     : parent == std::to_string(kPropertyParent) ? &codes.property
-                                     : parent == std::to_string(kOwnerParent)    ? &codes.owner
-                                                                                 : nullptr;
-    if (list != nullptr && !code.empty()) list->push_back(code);
-    database.MoveNext(fields);
-  }
-  database.DataClose(fields);
-  return codes;
-}
-
 }  // namespace tenora

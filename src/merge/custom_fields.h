@@ -2,9 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "merge/merge_target.h"
 
@@ -19,13 +17,5 @@ inline constexpr std::int16_t kOwnerParent = 203;
 // failure when the fields cannot be read; the codes then stay.
 void InsertCustomFields(const MergeTarget& target, std::int16_t parent_type,
                         std::string_view parent_code, std::string_view prefix);
-
-// The field codes that some record has, each once, in alphabetical order.
-struct CustomFieldCodes {
-  std::vector<std::string> tenant, property, owner;
-};
-
-// The database is open. A failed query is shown and gives no codes.
-CustomFieldCodes ReadCustomFieldCodes(Database& database);
 
 }  // namespace tenora

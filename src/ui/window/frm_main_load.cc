@@ -4,6 +4,7 @@
 #include <QStatusBar>
 
 #include "data/opened_database.h"
+#include "letters/custom_field_codes.h"
 #include "output/printing.h"
 #include "platform/runtime/conversion.h"
 #include "startup/cheque_word.h"

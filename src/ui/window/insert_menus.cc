@@ -78,7 +78,7 @@ void InsertMenus::FillCustomMenus(const CustomFieldCodes& codes) {
   FillCustom(owner_custom_, codes.owner, kOwnerCustomPrefix);
 }
 
-void InsertMenus::FillCustom(QMenu* menu, const std::vector<std::string>& codes,
+void InsertMenus::FillCustom(QMenu* menu, const std::set<std::string>& codes,
                              std::string_view prefix) {
   menu->clear();
   for (const std::string& code : codes) {

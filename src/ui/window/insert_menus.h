@@ -5,12 +5,12 @@
 #include <QComboBox>
 #include <QMenu>
 #include <functional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "merge/custom_fields.h"
+#include "letters/template_lint.h"
 
 namespace tenora {
 
@@ -37,7 +37,7 @@ class InsertMenus {
  private:
   QMenu* AddCodes(const char* name, std::span<const std::string_view> codes);
   QMenu* AddCustom(const char* name, const QString& title);
-  void FillCustom(QMenu* menu, const std::vector<std::string>& codes, std::string_view prefix);
+  void FillCustom(QMenu* menu, const std::set<std::string>& codes, std::string_view prefix);
 
   QMenu& menu_;
   QComboBox& combo_;
