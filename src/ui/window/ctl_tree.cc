@@ -143,7 +143,16 @@ void ctlTree::SelectFirstFound() {
   }
 }
 
+void ctlTree::Hold(bool hold) {
+  held_ = hold;
+  if (!held_ && std::exchange(refresh_wanted_, false)) RefreshTree();
+}
+
 void ctlTree::RefreshTree() {
+  if (held_) {
+    refresh_wanted_ = true;
+    return;
+  }
   model_.Refresh();
   Watch();
 }

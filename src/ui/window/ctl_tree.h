@@ -27,6 +27,8 @@ class ctlTree : public QWidget {
 
   // Reads folders and caches anew; what is open and selected stays so.
   void RefreshTree();
+  // While held, nothing is read: work on another thread may be changing the caches.
+  void Hold(bool hold);
   // The selected entry, or null.
   const Entry* Current() const;
   void Select(const QString& key);
@@ -62,6 +64,7 @@ class ctlTree : public QWidget {
   QFileSystemWatcher watcher_;
   QTimer refresh_soon_;
   QString open_before_search_;
+  bool held_ = false, refresh_wanted_ = false;
 };
 
 }  // namespace tenora

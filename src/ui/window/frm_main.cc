@@ -1,5 +1,6 @@
 #include "ui/window/frm_main.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -11,7 +12,10 @@
 namespace tenora {
 
 frmMain::frmMain(const CommandParts& parts, QWidget* parent)
-    : QMainWindow(parent), parts_(parts), session_(parts.session) {
+    : QMainWindow(parent),
+      parts_(parts),
+      session_(parts.session),
+      dark_desktop_(QApplication::palette().window().color().lightness() < 128) {
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(QString::fromLatin1(kApplicationTitle));
   setWindowIcon(LineIcon("tenora"));
@@ -28,6 +32,10 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
   splitter_->setSizes({300, 980});
   setCentralWidget(splitter_);
   desk_->SetWelcome(MakeWelcome());
+
+  lint_panel_ = new LintPanel(this);
+  addDockWidget(Qt::BottomDockWidgetArea, lint_panel_);
+  lint_panel_->hide();
 
   BuildMenus();
   BuildToolBar();

@@ -15,6 +15,8 @@
 #include "ui/window/ctl_tree.h"
 #include "ui/window/insert_menus.h"
 #include "ui/window/letter_desk.h"
+#include "ui/window/letter_output.h"
+#include "ui/window/lint_panel.h"
 
 namespace tenora {
 
@@ -54,6 +56,9 @@ class frmMain : public QMainWindow {
   void Guard(const char* procedure, const Body& body);
   // A menu command named "mnuPrint", whose slot is "mnuPrint_Click".
   QAction* Command(QMenu* menu, const char* name, const QString& text, const Look& look, Body body);
+  // One that acts on the letter in front, and is disabled without one.
+  QAction* LetterCommand(QMenu* menu, const char* name, const QString& text, const Look& look,
+                         const std::function<void(frmLetter& letter)>& command);
 
   // frm_main_menus.cc
   QMenu* AddMenu(const char* name, const QString& title);
@@ -62,7 +67,6 @@ class frmMain : public QMainWindow {
   void BuildEditMenu();
   void BuildViewMenu();
   void BuildInsertMenu();
-  void BuildFormatMenu();
   void BuildToolsMenu();
   void BuildWindowMenu();
   void BuildHelpMenu();
@@ -79,12 +83,19 @@ class frmMain : public QMainWindow {
 
   // frm_main_commands.cc
   LetterWindow* MakeLetterWindow();
-  LetterWindow* RequireLetter();
+  // Raises 482 (Printer error) when the printers could not be read at the start.
+  LetterOutput& Output();
+  void CheckTemplate();
+  void DeleteEntry(const TreeModel::Entry& entry);
+  void ShowForms();
+  void ChooseScheme(const char* scheme);
   void ShowLetterState();
   void WithLetter(const std::function<void(frmLetter& letter)>& command);
   void ApplyPageWidth(bool page_width);
 
   void ApplyColourScheme();
+  // Long work beside the window; the tree is not refreshed meanwhile, as work changes the caches.
+  void RunBeside(const QString& title, Cancelling cancelling, const LetterOutput::Work& work);
   QWidget* MakeWelcome();
   Dialogs& dialogs() { return session_.platform.dialogs; }
 
@@ -96,9 +107,14 @@ class frmMain : public QMainWindow {
   QComboBox* insert_combo_;
   std::unique_ptr<InsertMenus> insert_menus_;
   std::unique_ptr<printing::Printers> printers_;
+  std::unique_ptr<LetterOutput> output_;
+  CustomFieldCodes custom_fields_;
+  LintPanel* lint_panel_;
+  bool dark_desktop_;
   QLabel *letter_state_, *recipient_, *page_width_state_;
   QList<QAction*> letter_commands_;  // that need a letter
   QAction* format_action_ = nullptr;
+  QAction* mail_action_ = nullptr;
   QAction* page_width_action_ = nullptr;
   bool displayed_ = false;
 };

@@ -1,10 +1,22 @@
 // What the main window's menus do with the letter in front.
+#include <QApplication>
 #include <QStatusBar>
 
 #include "letters/template_library.h"
+#include "platform/dialogs/guard.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/error.h"
+#include "ui/window/colour_scheme.h"
+#include "ui/window/frm_colours.h"
+#include "ui/window/frm_forms.h"
 #include "ui/window/frm_main.h"
 
 namespace tenora {
+namespace {
+
+constexpr int kTellFor = 10000;  // milliseconds in the status bar
+
+}  // namespace
 
 void frmMain::WithLetter(const std::function<void(frmLetter& letter)>& command) {
   LetterWindow* window = desk_->Active();
@@ -17,7 +29,104 @@ LetterWindow* frmMain::MakeLetterWindow() {
   auto* window = new LetterWindow(session_);
   window->letter().RefreshTree = [this] { tree_->RefreshTree(); };
   window->letter().InsertListName = [this] { return insert_menus_->ListName(); };
+  window->letter().OnSaveFailed = [this](const RuntimeError& error) {
+    ShowError(dialogs(), "frmMain - mnuSave_Click", error);
+  };
+  window->letter().ConfirmReplace = [this](const std::filesystem::path& path) {
+    return dialogs().Show({.text = "A file of this name is there already:\r\n" + path.string() +
+                                   "\r\nReplace it?",
+                           .buttons = Buttons::kYesNo,
+                           .icon = Icon::kQuestion,
+                           .default_answer = Answer::kNo}) == Answer::kYes;
+  };
+  window->letter().PaperWidth = [this] { return printers_ ? printers_->Current().Width() : 0; };
+  window->letter().ChangeWidth(page_width_action_->isChecked());
   return window;
+}
+
+LetterOutput& frmMain::Output() {
+  if (!printers_) {
+    throw StandardError(error_number::kPrinterError, "the printers could not be read");
+  }
+  if (!output_) {
+    output_ = std::make_unique<LetterOutput>(
+        session_, *printers_,
+        [this](const QString& title, Cancelling cancelling, const LetterOutput::Work& work) {
+          RunBeside(title, cancelling, work);
+        });
+    output_->Tell = [this](const QString& message) { statusBar()->showMessage(message, kTellFor); };
+    output_->PrintFromPreview = [this] {
+      findChild<QAction*>(QStringLiteral("mnuPrint"))->trigger();
+    };
+  }
+  return *output_;
+}
+
+void frmMain::RunBeside(const QString& title, Cancelling cancelling,
+                        const LetterOutput::Work& work) {
+  tree_->Hold(true);
+  try {
+    RunInBackground(this, title, cancelling, work);
+  } catch (...) {
+    tree_->Hold(false);
+    throw;
+  }
+  tree_->Hold(false);
+}
+
+void frmMain::CheckTemplate() {
+  LetterWindow* window = desk_->Active();
+  if (window == nullptr) return;
+  const InsertList list = ListFor(window->letter().members().Kind);
+  const TemplateKind kind = list == InsertList::kTenant  ? TemplateKind::kTenant
+                            : list == InsertList::kOwner ? TemplateKind::kOwner
+                                                         : TemplateKind::kCheque;
+  lint_panel_->Show(*window, LintTemplate(window->letter().rtfLetter, kind,
+                                          session_.platform.clock.Today(), &custom_fields_));
+}
+
+void frmMain::DeleteEntry(const TreeModel::Entry& entry) {
+  if (LetterWindow* open = desk_->OfFile(entry.path)) {
+    desk_->BringToFront(open);
+    return open->letter().Delete();
+  }
+  frmLetter letter(session_);
+  letter.InsertListName = [this] { return insert_menus_->ListName(); };
+  letter.RefreshTree = [this] { tree_->RefreshTree(); };
+  letter.members().LetterTitle = entry.name.toStdString();
+  letter.members().RecipientName = entry.recipient;
+  letter.members().FilePath = entry.path.string();
+  letter.Delete();
+}
+
+void frmMain::ShowForms() {
+  QStringList names;
+  const TemplateLibrary library(session_.database.DataFolder());
+  for (const std::string& name : library.Names(kTemplates)) {
+    names.append(QString::fromStdString(name));
+  }
+  auto* forms = new frmForms(session_.settings, names, this);
+  forms->setAttribute(Qt::WA_DeleteOnClose);
+  connect(forms, &frmForms::OpenAsked, this, [this](const QString& name) {
+    const QModelIndex index = tree_->model().IndexOfKey(QStringLiteral("Templates/") + name);
+    if (const TreeModel::Entry* entry = tree_->model().EntryAt(index)) {
+      OpenEntry(TreeModel::Entry(*entry));
+    }
+  });
+  forms->show();
+}
+
+void frmMain::ChooseScheme(const char* scheme) {
+  Settings& settings = session_.settings;
+  if (std::string_view(scheme) == "Custom") {
+    frmColours colours(StoredCustomColours(settings), this);
+    connect(&colours, &frmColours::Changed, this,
+            [&] { QApplication::setPalette(MakePalette(colours.Colours(), dark_desktop_)); });
+    if (colours.exec() != QDialog::Accepted) return ApplyColourScheme();
+    StoreCustomColours(settings, colours.Colours());
+  }
+  StoreScheme(settings, scheme);
+  ApplyColourScheme();
 }
 
 void frmMain::OpenEntry(const TreeModel::Entry& entry) {
@@ -26,7 +135,7 @@ void frmMain::OpenEntry(const TreeModel::Entry& entry) {
     std::unique_ptr<LetterWindow> window(MakeLetterWindow());
     LetterMembers& members = window->letter().members();
     members.LetterTitle = entry.name.toStdString();
-    members.RecipientName = entry.folder;
+    members.RecipientName = entry.recipient;
     members.TenantCode = entry.tenant_code;
     window->letter().LoadLetter(entry.path, entry.kind);
     window->ShowLetter();
@@ -38,7 +147,7 @@ void frmMain::OpenFile(const std::filesystem::path& path) {
   TreeModel::Entry entry;
   entry.name = QString::fromStdString(path.stem().string());
   entry.kind = kTemplates;
-  entry.folder = kTemplates;
+  entry.folder = entry.recipient = kTemplates;
   entry.path = path;
   OpenEntry(entry);
 }
@@ -55,6 +164,8 @@ void frmMain::ShowLetterState() {
   LetterWindow* window = desk_->Active();
   for (QAction* action : std::as_const(letter_commands_)) action->setEnabled(window != nullptr);
   insert_menus_->SetEnabled(window != nullptr);
+  const std::string kind = window == nullptr ? "" : window->letter().members().Kind;
+  mail_action_->setEnabled(kind == kTenantLetter || kind == kOwnerLetter);
   DisplayInsertMenu();
   page_width_state_->setText(page_width_action_->isChecked() ? tr("Page width")
                                                              : tr("Window width"));
@@ -72,6 +183,7 @@ void frmMain::ShowLetterState() {
 
 void frmMain::ApplyPageWidth(bool page_width) {
   session_.settings.SaveSettingText("Mail", "PrinterPageWidth", page_width ? "1" : "0");
+  for (LetterWindow* window : desk_->Letters()) window->letter().ChangeWidth(page_width);
   ShowLetterState();
 }
 

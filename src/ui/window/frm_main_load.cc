@@ -9,6 +9,7 @@
 #include "platform/runtime/conversion.h"
 #include "startup/cheque_word.h"
 #include "ui/window/colour_scheme.h"
+#include "ui/window/frm_forms.h"
 #include "ui/window/frm_main.h"
 
 namespace tenora {
@@ -49,8 +50,7 @@ void frmMain::LoadPageWidth() {
 }
 
 void frmMain::ApplyColourScheme() {
-  static const bool dark_desktop = QApplication::palette().window().color().lightness() < 128;
-  QApplication::setPalette(MakePalette(StoredColours(session_.settings), dark_desktop));
+  QApplication::setPalette(MakePalette(StoredColours(session_.settings), dark_desktop_));
 }
 
 // The failure to open has been shown; every load behind it would only fail in its turn.
@@ -68,7 +68,10 @@ void frmMain::LoadRentalData() {
   Guard(kLoad, [&] { session_.caches.CacheOwners(database); });
   Guard(kLoad, [&] { session_.caches.CacheProperties(database); });
   Guard(kLoad, [&] { session_.options.LoadOptions(); });
-  Guard(kLoad, [&] { insert_menus_->FillCustomMenus(ReadCustomFieldCodes(database)); });
+  Guard(kLoad, [&] {
+    custom_fields_ = ReadCustomFieldCodes(database);
+    insert_menus_->FillCustomMenus(custom_fields_);
+  });
 }
 
 void frmMain::FirstDisplay() {
@@ -88,6 +91,7 @@ void frmMain::FirstDisplay() {
         "New template forms have been installed.  They are available on the left side of the "
         "screen in the 'Templates' group");
   }
+  if (frmForms::WantedAtStartup(settings)) ShowForms();
 }
 
 void frmMain::RestoreLayout() {

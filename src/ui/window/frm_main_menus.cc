@@ -1,4 +1,5 @@
 // The main window's menus, tool bar and status bar.
+#include <QActionGroup>
 #include <QDesktopServices>
 #include <QMenuBar>
 #include <QStatusBar>
@@ -6,6 +7,8 @@
 #include <QUrl>
 
 #include "letters/template_library.h"
+#include "ui/window/colour_scheme.h"
+#include "ui/window/frm_about.h"
 #include "ui/window/frm_main.h"
 #include "ui/window/icons.h"
 
@@ -19,9 +22,20 @@ QMenu* frmMain::AddMenu(const char* name, const QString& title) {
 
 void frmMain::BuildMenus() {
   BuildFileMenu();
+  BuildEditMenu();
   BuildViewMenu();
   BuildInsertMenu();
+  BuildToolsMenu();
   BuildWindowMenu();
+  BuildHelpMenu();
+}
+
+QAction* frmMain::LetterCommand(QMenu* menu, const char* name, const QString& text,
+                                const Look& look,
+                                const std::function<void(frmLetter& letter)>& command) {
+  QAction* action = Command(menu, name, text, look, [this, command] { WithLetter(command); });
+  letter_commands_ << action;
+  return action;
 }
 
 void frmMain::BuildFileMenu() {
@@ -51,12 +65,37 @@ void frmMain::BuildFileMenu() {
     if (path) OpenFile(*path);
   });
   file->addSeparator();
-  letter_commands_ << Command(file, "mnuClose", tr("&Close"), {"close", QKeySequence::Close},
-                              [this] { desk_->CloseActive(); });
+  LetterCommand(file, "mnuSave", tr("&Save"), {"save", QKeySequence::Save},
+                [](frmLetter& letter) { letter.Save(); });
+  LetterCommand(file, "mnuSaveAs", tr("Save &As…"), {nullptr, QKeySequence::SaveAs},
+                [](frmLetter& letter) { letter.SaveAs(); });
+  LetterCommand(file, "mnuDelete", tr("&Delete…"), {"delete"},
+                [](frmLetter& letter) { letter.Delete(); });
+  LetterCommand(file, "mnuClose", tr("&Close"), {"close", QKeySequence::Close},
+                [](frmLetter& letter) { letter.CloseForm(); });
+  file->addSeparator();
+  LetterCommand(file, "mnuPrint", tr("&Print…"), {"print", QKeySequence::Print},
+                [this](frmLetter& letter) { Output().Print(letter); });
+  LetterCommand(file, "mnuPrintPreview", tr("Print Pre&view"),
+                {"preview", QKeySequence(tr("Ctrl+Shift+P"))},
+                [this](frmLetter& letter) { Output().Preview(letter, this); });
+  LetterCommand(file, "mnuExportPdf", tr("E&xport as PDF…"), {"pdf"},
+                [this](frmLetter& letter) { Output().ExportPdf(letter); });
+  mail_action_ = LetterCommand(file, "mnuEmail", tr("E-&mail this Letter…"),
+                               {"mail", QKeySequence(tr("Ctrl+Shift+M"))},
+                               [this](frmLetter& letter) { Output().Email(letter); });
   file->addSeparator();
   Command(file, "mnuExit", tr("E&xit"), {nullptr, QKeySequence::Quit}, [this] {
     close();
   })->setMenuRole(QAction::QuitRole);
+}
+
+void frmMain::BuildEditMenu() {
+  QMenu* edit = AddMenu("mnuEdit", tr("&Edit"));
+  LetterCommand(edit, "mnuFind", tr("&Find…"), {"find", QKeySequence::Find},
+                [](frmLetter& letter) { letter.Find(); });
+  LetterCommand(edit, "mnuFindAgain", tr("Find A&gain"), {nullptr, QKeySequence::FindNext},
+                [](frmLetter& letter) { letter.FindAgain(); });
 }
 
 void frmMain::BuildViewMenu() {
@@ -90,6 +129,29 @@ void frmMain::BuildInsertMenu() {
       });
 }
 
+void frmMain::BuildToolsMenu() {
+  QMenu* tools = AddMenu("mnuTools", tr("&Tools"));
+  letter_commands_ << Command(tools, "mnuCheckTemplate", tr("&Check Template"),
+                              {"check", QKeySequence(tr("F8"))}, [this] { CheckTemplate(); });
+  tools->addSeparator();
+  QMenu* schemes = tools->addMenu(tr("Colour &Scheme"));
+  schemes->setObjectName(QStringLiteral("mnuColourScheme"));
+  auto* group = new QActionGroup(this);
+  for (const char* scheme : kColourSchemes) {
+    const bool custom = std::string_view(scheme) == "Custom";
+    const QByteArray name = QByteArray("mnu") + scheme;
+    QAction* action = Command(schemes, name.constData(), tr(scheme) + (custom ? "…" : ""), {},
+                              [this, scheme] { ChooseScheme(scheme); });
+    action->setCheckable(true);
+    action->setData(QLatin1String(scheme));
+    group->addAction(action);
+  }
+  connect(schemes, &QMenu::aboutToShow, group, [this, group] {
+    const QString stored = QString::fromStdString(StoredScheme(session_.settings));
+    for (QAction* action : group->actions()) action->setChecked(action->data() == stored);
+  });
+}
+
 void frmMain::BuildWindowMenu() {
   QMenu* windows = AddMenu("mnuWindow", tr("&Window"));
   Command(windows, "mnuTabs", tr("Ta&bs"), {"tabs"}, [this] { desk_->ShowAsTabs(true); });
@@ -102,14 +164,30 @@ void frmMain::BuildWindowMenu() {
           {nullptr, QKeySequence(tr("Ctrl+Shift+Tab"))}, [this] { desk_->Previous(); });
 }
 
+void frmMain::BuildHelpMenu() {
+  QMenu* help = AddMenu("mnuHelp", tr("&Help"));
+  Command(help, "mnuForms", tr("Template &Forms…"), {"template"}, [this] { ShowForms(); });
+  help->addSeparator();
+  Command(help, "mnuAbout", tr("&About…"), {"help"}, [this] {
+    frmAbout(session_.database.DataFolder(), this).exec();
+  })->setMenuRole(QAction::AboutRole);
+}
+
 void frmMain::BuildToolBar() {
   QToolBar* bar = addToolBar(tr("Letter"));
   bar->setObjectName(QStringLiteral("tlbMain"));
   bar->setMovable(false);
   bar->setIconSize(QSize(20, 20));
   bar->addAction(format_action_);
-  bar->addAction(findChild<QAction*>(QStringLiteral("mnuOpen")));
-  bar->addSeparator();
+  for (const char* name : {"mnuOpen", "mnuSave", "", "mnuPrint", "mnuPrintPreview", "mnuExportPdf",
+                           "mnuEmail", "", "mnuFind", "mnuCheckTemplate", ""}) {
+    QAction* action = findChild<QAction*>(QLatin1String(name));
+    if (*name == '\0') {
+      bar->addSeparator();
+    } else if (action != nullptr) {
+      bar->addAction(action);
+    }
+  }
   bar->addWidget(insert_combo_);
 }
 
@@ -129,7 +207,12 @@ void frmMain::FillTreeMenu(QMenu& menu, const TreeModel::Entry& entry) {
   if (!entry.path.empty()) {
     menu.addAction(LineIcon("open"), tr("&Open"), this, [this, entry] { OpenEntry(entry); });
   }
+  if (!entry.path.empty()) {
+    menu.addAction(LineIcon("delete"), tr("&Delete…"), this,
+                   [this, entry] { Guard("mnuDelete_Click", [&] { DeleteEntry(entry); }); });
+  }
   if (!entry.folder.empty()) {
+    menu.addSeparator();
     menu.addAction(LineIcon("folder"), tr("Show &Folder"), this, [this, entry] {
       const auto folder = session_.database.DataFolder() / entry.folder;
       QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(folder.string())));

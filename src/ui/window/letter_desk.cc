@@ -47,7 +47,10 @@ void LetterDesk::Add(LetterWindow* window) {
   frame->setAttribute(Qt::WA_DeleteOnClose);
   frame->setWindowIcon(window->windowIcon());
   connect(window, &LetterWindow::CaptionChanged, this, &LetterDesk::ActiveChanged);
-  connect(frame, &QObject::destroyed, this, &LetterDesk::ShowWelcomeWhereEmpty);
+  connect(frame, &QObject::destroyed, this, [this] {
+    ShowWelcomeWhereEmpty();
+    emit ActiveChanged();
+  });
   setCurrentWidget(area_);
   if (Tabbed()) {
     frame->showMaximized();
@@ -56,6 +59,7 @@ void LetterDesk::Add(LetterWindow* window) {
     frame->show();
   }
   window->setFocus();
+  emit ActiveChanged();
 }
 
 void LetterDesk::BringToFront(LetterWindow* window) {

@@ -37,6 +37,11 @@ void LetterWindow::ShowCaption() {
   emit CaptionChanged();
 }
 
-void LetterWindow::closeEvent(QCloseEvent* event) { event->accept(); }
+void LetterWindow::closeEvent(QCloseEvent* event) {
+  bool close = false;
+  Guarded(session_.platform.dialogs, "frmLetter - Form_QueryUnload",
+          [&] { close = letter_.CheckSave(); });
+  event->setAccepted(close);
+}
 
 }  // namespace tenora

@@ -104,37 +104,53 @@ std::unique_ptr<TreeModel::Node> TreeModel::MakeGroup(std::string_view name, Nod
   return group;
 }
 
-TreeModel::Nodes TreeModel::MakeTemplates(std::string_view kind) const {
+TreeModel::Nodes TreeModel::MakeFiles(const Entry& like) const {
   const TemplateLibrary library(session_.database.DataFolder());
   Nodes result;
-  for (const std::string& name : library.Names(kind)) {
+  for (const std::string& name : library.Names(like.folder)) {
     auto node = std::make_unique<Node>();
-    node->entry = {Type::kTemplate,
-                   ToQt(name),
-                   std::string(kind),
-                   std::string(kind),
-                   {},
-                   library.PathOf(kind, name),
-                   false};
-    node->key = node->entry.name;
+    node->entry = like;
+    node->entry.name = node->key = ToQt(name);
+    node->entry.path = library.PathOf(like.folder, name);
     result.push_back(std::move(node));
   }
   return result;
 }
 
+TreeModel::Nodes TreeModel::MakeTemplates(std::string_view kind) const {
+  Entry like;
+  like.type = Type::kTemplate;
+  like.kind = like.folder = like.recipient = kind;
+  return MakeFiles(like);
+}
+
+TreeModel::Nodes TreeModel::MakeLetters(const Entry& recipient) const {
+  Entry like = recipient;
+  like.type = Type::kLetter;
+  return MakeFiles(like);
+}
+
+std::unique_ptr<TreeModel::Node> TreeModel::MakeRecipient(Type type, std::string_view kind,
+                                                          const std::string& name,
+                                                          const std::string& code, bool closed) {
+  auto node = std::make_unique<Node>();
+  node->entry.type = type;
+  node->entry.name = ToQt(name);
+  node->entry.kind = kind;
+  node->entry.folder = RecipientFolderName(name);
+  node->entry.recipient = name;
+  node->entry.closed = closed;
+  node->key = ToQt(code);
+  node->listed = false;
+  return node;
+}
+
 TreeModel::Nodes TreeModel::MakeTenants() const {
   Nodes open, closed;
   for (const TenantRecord& tenant : session_.caches.Tenants) {
-    auto node = std::make_unique<Node>();
-    node->entry = {Type::kTenant,
-                   ToQt(tenant.KeyName),
-                   std::string(kTenantLetter),
-                   RecipientFolderName(tenant.KeyName),
-                   tenant.Reference,
-                   {},
-                   tenant.Closed};
-    node->key = ToQt(tenant.Reference);
-    node->listed = false;
+    auto node = MakeRecipient(Type::kTenant, kTenantLetter, tenant.KeyName, tenant.Reference,
+                              tenant.Closed);
+    node->entry.tenant_code = tenant.Reference;
     (tenant.Closed ? closed : open).push_back(std::move(node));
   }
   return Fold(std::move(open), std::move(closed), kClosedTenants);
@@ -143,16 +159,8 @@ TreeModel::Nodes TreeModel::MakeTenants() const {
 TreeModel::Nodes TreeModel::MakeOwners() const {
   Nodes open, closed;
   for (const OwnerRecord& owner : session_.caches.Owners) {
-    auto node = std::make_unique<Node>();
-    node->entry = {Type::kOwner,
-                   ToQt(owner.Name),
-                   std::string(kOwnerLetter),
-                   RecipientFolderName(owner.Name),
-                   {},
-                   {},
-                   owner.ClosedStatus};
-    node->key = ToQt(owner.Code);
-    node->listed = false;
+    auto node =
+        MakeRecipient(Type::kOwner, kOwnerLetter, owner.Name, owner.Code, owner.ClosedStatus);
     (owner.ClosedStatus ? closed : open).push_back(std::move(node));
   }
   return Fold(std::move(open), std::move(closed), kClosedOwners);
@@ -167,21 +175,6 @@ TreeModel::Nodes TreeModel::Fold(Nodes open, Nodes closed, std::string_view fold
   fold->children = std::move(closed);
   open.insert(open.begin(), std::move(fold));
   return open;
-}
-
-TreeModel::Nodes TreeModel::MakeLetters(const Entry& recipient) const {
-  const TemplateLibrary library(session_.database.DataFolder());
-  Nodes result;
-  for (const std::string& name : library.Names(recipient.folder)) {
-    auto node = std::make_unique<Node>();
-    node->entry = {Type::kLetter,         ToQt(name),
-                   recipient.kind,        recipient.folder,
-                   recipient.tenant_code, library.PathOf(recipient.folder, name),
-                   recipient.closed};
-    node->key = node->entry.name;
-    result.push_back(std::move(node));
-  }
-  return result;
 }
 
 void TreeModel::Number(Node& parent, bool deep) {

@@ -27,6 +27,7 @@ class TreeModel : public QAbstractItemModel {
     QString name;                // without counts: "Templates", "Rent review", "Smith J"
     std::string kind;            // of a template or letter: its letter kind; of a group: its name
     std::string folder;          // the sub-folder of the data folder
+    std::string recipient;       // the recipient\'s name; of a template its folder
     std::string tenant_code;     // of a tenant and of a tenant's letter
     std::filesystem::path path;  // of a template or letter: its file
     bool closed = false;
@@ -70,6 +71,11 @@ class TreeModel : public QAbstractItemModel {
 
   Node* NodeAt(const QModelIndex& index) const;
   QModelIndex IndexOf(const Node& node) const;
+  // The letter files of a folder; everything but name and path is as in `like`.
+  Nodes MakeFiles(const Entry& like) const;
+  static std::unique_ptr<Node> MakeRecipient(Type type, std::string_view kind,
+                                             const std::string& name, const std::string& code,
+                                             bool closed);
   Nodes MakeTemplates(std::string_view kind) const;
   Nodes MakeTenants() const;
   Nodes MakeOwners() const;
