@@ -5,6 +5,7 @@
 #include "letters/file_names.h"
 #include "letters/template_library.h"
 #include "merge/catalogue.h"
+#include "merge/cheque_merge.h"
 #include "merge/prompts.h"
 #include "output/email_content.h"
 #include "output/letter_pdf.h"
@@ -127,10 +128,18 @@ void frmLetter::InsertCode(std::string_view name) {
   IgnoringErrors(
       [&] { rtfLetter.SetSelText(std::string(kCodeStart).append(name).append(kCodeEnd)); });
   if (members_.Kind == kTenantLetter) IgnoringErrors([&] { InsertTenantDetails(); });
+  if (members_.Kind == kOwnerLetter) IgnoringErrors([&] { InsertOwnerDetails(); });
 }
 
 TenantMergeOutcome frmLetter::InsertTenantDetails() {
   return tenora::InsertTenantDetails(Target());
+}
+
+OwnerMergeOutcome frmLetter::InsertOwnerDetails() { return tenora::InsertOwnerDetails(Target()); }
+
+std::optional<RuntimeError> frmLetter::InsertChequeDetails(const std::string& payee,
+                                                           double amount) {
+  return tenora::InsertChequeDetails(Target(), payee, amount);
 }
 
 std::size_t frmLetter::InsertPrompts(const PromptAnswers& known) {

@@ -4,10 +4,12 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "merge/merge_target.h"
+#include "merge/owner_merge.h"
 #include "merge/prompts.h"
 #include "merge/tenant_merge.h"
 #include "output/email_sender.h"
@@ -48,10 +50,13 @@ class frmLetter {
   void UpdateCaption();
 
   // Puts a merge code at the caret; "Future Date" and "Prompt Message" ask for theirs. In a
-  // generated tenant letter the code is filled at once. Errors skip the step they happen in.
+  // generated tenant or owner letter the code is filled at once. Errors skip the step they happen
+  // in.
   void InsertItem(std::string_view name);
 
   TenantMergeOutcome InsertTenantDetails();
+  OwnerMergeOutcome InsertOwnerDetails();
+  std::optional<RuntimeError> InsertChequeDetails(const std::string& payee, double amount);
   // The result is how many questions were cancelled.
   std::size_t InsertPrompts(const PromptAnswers& known = {});
 

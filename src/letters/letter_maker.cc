@@ -1,7 +1,5 @@
 #include "letters/letter_maker.h"
 
-#include <algorithm>
-
 #include "letters/template_library.h"
 #include "platform/runtime/error.h"
 
@@ -39,17 +37,20 @@ void LetterMaker::Begin(const Recipient& recipient) {
   }
 }
 
-frmLetter& LetterMaker::Make(const Recipient& recipient, std::vector<std::string>* warnings,
-                             std::size_t* unanswered) {
+frmLetter& LetterMaker::Make(const Recipient& recipient, std::size_t* unanswered) {
   ReadTemplate();
   Begin(recipient);
   letter_.members().FilePath = template_path_.string();
   letter_.rtfLetter.SetTextRTF(*template_source_);
   letter_.AfterLoadLetter();
+  const std::size_t errors_before = session_.database.ErrorsReported();
   if (ForTenants()) {
-    MergeTenant(warnings);
+    MergeTenant();
   } else {
     MergeOwner();
+  }
+  if (session_.database.ErrorsReported() != errors_before) {
+    throw CannotFill("the rental database could not be read for " + recipient.name);
   }
   *unanswered = letter_.InsertPrompts(request_.answers);
   return letter_;
@@ -61,13 +62,9 @@ frmLetter& LetterMaker::Load(const Recipient& recipient, const std::filesystem::
   return letter_;
 }
 
-void LetterMaker::MergeTenant(std::vector<std::string>* warnings) {
+void LetterMaker::MergeTenant() {
   const LetterMembers& members = letter_.members();
-  const std::size_t errors_before = session_.database.ErrorsReported();
   const TenantMergeOutcome outcome = letter_.InsertTenantDetails();
-  if (session_.database.ErrorsReported() != errors_before) {
-    throw CannotFill("the rental database could not be read for " + members.RecipientName);
-  }
   if (outcome.error) throw *outcome.error;
   if (!outcome.tenant_found) {
     throw CannotFill("the rental database has no tenancy of " + members.RecipientName +
@@ -76,18 +73,22 @@ void LetterMaker::MergeTenant(std::vector<std::string>* warnings) {
   if (!outcome.receipt_number_issued) {
     throw CannotFill("no building receipt number could be issued");
   }
-  if (outcome.future_dates_inserted) return;
-  const std::string problem = "a future date in the template cannot be read";
-  if (bad_future_date_ == BadFutureDate::kRaised) throw CannotFill(problem);
-  warnings->push_back(problem);
+  RequireFutureDates(outcome.future_dates_inserted);
 }
 
 void LetterMaker::MergeOwner() {
-  const std::string& name = letter_.members().RecipientName;
-  const bool known = std::ranges::any_of(
-      session_.caches.Owners, [&](const OwnerRecord& owner) { return owner.Name == name; });
-  if (!known) throw CannotFill("the rental database has no owner called " + name);
-  throw CannotFill("owner letters cannot be merged yet");
+  const OwnerMergeOutcome outcome = letter_.InsertOwnerDetails();
+  if (outcome.error) throw *outcome.error;
+  if (!outcome.owner_found) {
+    throw CannotFill("the rental database has no owner called " + letter_.members().RecipientName);
+  }
+  RequireFutureDates(outcome.future_dates_inserted);
+}
+
+void LetterMaker::RequireFutureDates(bool inserted) const {
+  if (!inserted && bad_future_date_ == BadFutureDate::kRaised) {
+    throw CannotFill("the template holds a future date that cannot be read");
+  }
 }
 
 }  // namespace tenora

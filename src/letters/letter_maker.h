@@ -3,7 +3,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "letters/frm_letter.h"
 #include "letters/generation_request.h"
@@ -20,20 +19,19 @@ class LetterMaker {
   // Raises the errors of PathOf and LoadLetter; later calls do nothing.
   void ReadTemplate();
 
-  // A letter for this recipient, merged, its prompts asked. What went wrong and is no reason to
-  // stop is added to `warnings`; `unanswered` counts the prompts that were cancelled. Raises for a
-  // letter that could not be filled: nobody of that name or code, a failed look-up, a building
-  // receipt number that could not be issued.
-  frmLetter& Make(const Recipient& recipient, std::vector<std::string>* warnings,
-                  std::size_t* unanswered);
+  // A letter for this recipient, merged, its prompts asked; `unanswered` counts the ones that were
+  // cancelled. Raises for a letter that could not be filled: nobody of that name or code, a failed
+  // look-up, a building receipt number that could not be issued.
+  frmLetter& Make(const Recipient& recipient, std::size_t* unanswered);
   // The letter that an earlier run saved for this recipient. Raises what LoadLetter raises.
   frmLetter& Load(const Recipient& recipient, const std::filesystem::path& file);
 
  private:
   bool ForTenants() const { return request_.template_kind == kTemplates; }
   void Begin(const Recipient& recipient);
-  void MergeTenant(std::vector<std::string>* warnings);
+  void MergeTenant();
   void MergeOwner();
+  void RequireFutureDates(bool inserted) const;
 
   Session& session_;
   const GenerationRequest& request_;
