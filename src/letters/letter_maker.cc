@@ -1,6 +1,5 @@
 #include "letters/letter_maker.h"
 
-#include "letters/template_library.h"
 #include "platform/runtime/error.h"
 
 namespace tenora {

@@ -6,6 +6,7 @@
 
 #include "letters/frm_letter.h"
 #include "letters/generation_request.h"
+#include "letters/template_library.h"
 
 namespace tenora {
 

@@ -29,6 +29,7 @@ class LetterRun {
   const GenerationRequest& request() const { return log_.request(); }
   bool Settled(std::size_t number) const;
   bool Done(std::size_t number) const;
+  LetterReport ReportOn(std::size_t number) const;
   // One letter from template to destination. False when the run must end.
   bool Process(std::size_t number);
   // Raises whatever goes wrong; false when the user stopped while prompts were asked.
