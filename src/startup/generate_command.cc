@@ -163,6 +163,7 @@ class GenerateCommand {
     }
     std::vector<Recipient> chosen;
     for (const RecipientRow& row : rows) chosen.push_back(row.recipient);
+    if (chosen.empty()) throw WrongChoice("Nothing selected: the list is empty.");
     return chosen;
   }
 
@@ -234,6 +235,9 @@ int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts) 
     parts.output.flush();
     if (!parts.output) throw StandardError(error_number::kDeviceIoError, "standard output");
     return status;
+  } catch (const WrongChoice& problem) {
+    parts.errors << TerminalLine(problem.what()) << std::endl;
+    return kFailed;
   } catch (...) {
     parts.errors << TerminalText(ErrorText(CurrentError())) << std::endl;
     return kFailed;

@@ -4,7 +4,6 @@
 #include <numeric>
 #include <set>
 
-#include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -73,29 +72,41 @@ std::string Named(const RecipientRow& row) {
   return row.key.empty() ? row.text : row.text + ", code " + row.key;
 }
 
-[[noreturn]] void Refuse(const std::string& why) {
-  throw StandardError(error_number::kInvalidProcedureCall, why);
+// The first few of them, and that there are more.
+std::string Named(const Rows& rows) {
+  std::string names;
+  for (std::size_t i = 0; i < std::min(rows.size(), kMostNamed); ++i) {
+    names += (i == 0 ? "" : "; ") + Named(*rows[i]);
+  }
+  return rows.size() > kMostNamed ? names + "; …" : names;
+}
+
+// Who may be meant: whoever's line holds the words, else the one with the nearest spelling.
+Rows Likely(const std::string& asked, std::span<const RecipientRow> rows) {
+  Rows likely;
+  for (const RecipientRow& row : rows) {
+    if (MatchesSearch(row.text, asked)) likely.push_back(&row);
+  }
+  const RecipientRow* const nearest = likely.empty() ? Nearest(asked, rows) : nullptr;
+  if (nearest != nullptr) likely.push_back(nearest);
+  return likely;
 }
 
 [[noreturn]] void RefuseUnknown(const std::string& asked, std::span<const RecipientRow> rows,
                                 std::span<const RecipientRow> closed_too) {
   if (const Rows closed = Matches(asked, closed_too); !closed.empty()) {
-    Refuse("\"" + asked + "\" is closed; add --closed to write to " + Named(*closed.front()));
+    throw WrongChoice("\"" + asked + "\" is closed; add --closed to write to " +
+                      Named(*closed.front()) + ".");
   }
-  const RecipientRow* const nearest = Nearest(asked, rows);
-  Refuse(
-      "there is no recipient \"" + asked + "\"" +
-      (nearest == nullptr ? "; --list shows all of them" : "; the nearest is " + Named(*nearest)));
+  const Rows likely = Likely(asked, rows);
+  throw WrongChoice(
+      "There is no recipient \"" + asked + "\"" +
+      (likely.empty() ? "; --list shows all of them." : ". Is it " + Named(likely) + "?"));
 }
 
 [[noreturn]] void RefuseAmbiguous(const std::string& asked, const Rows& found) {
-  std::string names;
-  for (std::size_t i = 0; i < std::min(found.size(), kMostNamed); ++i) {
-    names += (i == 0 ? "" : "; ") + Named(*found[i]);
-  }
-  if (found.size() > kMostNamed) names += "; …";
-  Refuse("\"" + asked + "\" may mean " + std::to_string(found.size()) +
-         " recipients; name one by its code: " + names);
+  throw WrongChoice("\"" + asked + "\" may mean " + std::to_string(found.size()) +
+                    " recipients; name one by its code: " + Named(found) + ".");
 }
 
 }  // namespace

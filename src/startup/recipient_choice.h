@@ -2,12 +2,19 @@
 #pragma once
 
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "letters/recipients.h"
 
 namespace tenora {
+
+// A choice that cannot be followed, as a sentence for the one who made it.
+class WrongChoice : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 // The row for each asked text: by its code, its whole text as --list prints it, or its name; letter
 // case counts only where it makes the difference. A row named twice is
