@@ -27,20 +27,6 @@ fs::path MakeFolder(const fs::path& folder) {
   return folder;
 }
 
-// Writes the content to the first name of the series that is free, and returns its path.
-fs::path WriteUnderFreeName(const fs::path& folder, const std::string& title,
-                            std::string_view content, Durability durability) {
-  fs::path path = folder / (title + ".rtf");
-  for (long n = 1;; ++n) {
-    std::error_code error;
-    // A name that another program takes between the two is refused by the write.
-    const bool taken = fs::symlink_status(path, error).type() != fs::file_type::not_found;
-    if (!taken && WriteNewFile(path, content, durability)) return path;
-    if (taken && error) throw FileError(error.value(), path);
-    path = folder / (title + "(" + std::to_string(n) + ").rtf");
-  }
-}
-
 // Runs one step of a procedure that continues past errors.
 template <typename Step>
 void IgnoringErrors(Step&& step) {
@@ -135,7 +121,7 @@ bool frmLetter::SaveTenantTemplate(Durability durability) {
         MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
     BeforeSaveLetter();
     members_.FilePath =
-        WriteUnderFreeName(folder, SafeFileName(members_.LetterTitle, kLongestTitle),
+        WriteUnderFreeName(folder / (SafeFileName(members_.LetterTitle, kLongestTitle) + ".rtf"),
                            rtfLetter.TextRTF(), durability)
             .string();
     AfterLoadLetter();

@@ -28,6 +28,13 @@ enum class Durability { kSynced, kUntilSync };
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
                   Durability durability = Durability::kSynced);
 
+// Writes a new file of this name or, where it is taken, of the first free of "stem(1).ext",
+// "stem(2).ext", …, also when other programs write there at the same moment. The result is the path
+// written. Raises the errors of WriteNewFile.
+std::filesystem::path WriteUnderFreeName(const std::filesystem::path& wanted,
+                                         std::string_view content,
+                                         Durability durability = Durability::kSynced);
+
 // Brings everything written so far below this folder's file system to the disk: one wait for a
 // group of files in place of one each. Raises the errors of FileError.
 void SyncFiles(const std::filesystem::path& folder);
