@@ -12,7 +12,7 @@ namespace tenora {
 namespace {
 
 // Letters drawn together: fonts are packed once for all of them.
-constexpr std::size_t kGroup = 16;
+constexpr std::size_t kGroup = 32;
 constexpr std::size_t kWaitingPerThread = 2 * kGroup;
 // Letters with large pictures wait, and are drawn together, only up to this size.
 constexpr std::size_t kMostWaitingBytes = std::size_t{32} << 20;

@@ -17,7 +17,7 @@ int DrawingPrinter::Format(const FormatRange& range) {
   }
   const double reach = paper_.width - paper_.offset_x - area.left;
   if (!layout_ || !layout_->IsFor(*range.document, width, height, reach)) {
-    layout_ = std::make_unique<PageLayout>(*range.document, width, height, reach);
+    layout_ = std::make_unique<PageLayout>(*range.document, width, height, reach, resources_);
   }
   const QPointF corner(area.left + paper_.offset_x, area.top + paper_.offset_y);
   return layout_->DrawPage(painter, corner, range.range.from, range.range.to);

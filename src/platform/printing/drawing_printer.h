@@ -35,6 +35,7 @@ class DrawingPrinter : public virtual Printer {
  private:
   std::string name_;
   Paper paper_;
+  Resources resources_;
   std::unique_ptr<PageLayout> layout_;
 };
 
