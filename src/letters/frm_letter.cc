@@ -5,6 +5,7 @@
 #include "letters/file_names.h"
 #include "letters/template_library.h"
 #include "merge/catalogue.h"
+#include "merge/cheque_merge.h"
 #include "merge/prompts.h"
 #include "output/email_content.h"
 #include "output/letter_pdf.h"
@@ -25,6 +26,13 @@ fs::path MakeFolder(const fs::path& folder) {
   fs::create_directories(folder, error);
   if (error) throw FileError(error.value(), folder);
   return folder;
+}
+
+bool NameTaken(const fs::path& path) {
+  std::error_code error;
+  const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
+  if (exists && error) throw FileError(error.value(), path);
+  return exists;
 }
 
 // Runs one step of a procedure that continues past errors.
@@ -107,31 +115,48 @@ void frmLetter::InsertCode(std::string_view name) {
   IgnoringErrors(
       [&] { rtfLetter.SetSelText(std::string(kCodeStart).append(name).append(kCodeEnd)); });
   if (members_.Kind == kTenantLetter) IgnoringErrors([&] { InsertTenantDetails(); });
+  if (members_.Kind == kOwnerLetter) IgnoringErrors([&] { InsertOwnerDetails(); });
 }
 
 TenantMergeOutcome frmLetter::InsertTenantDetails() {
   return tenora::InsertTenantDetails(Target());
 }
 
-void frmLetter::InsertPrompts() { tenora::InsertPrompts(Target()); }
+OwnerMergeOutcome frmLetter::InsertOwnerDetails() { return tenora::InsertOwnerDetails(Target()); }
+
+std::optional<RuntimeError> frmLetter::InsertChequeDetails(const std::string& payee,
+                                                           double amount) {
+  return tenora::InsertChequeDetails(Target(), payee, amount);
+}
+
+std::size_t frmLetter::InsertPrompts(const PromptAnswers& known) {
+  return tenora::InsertPrompts(Target(), known);
+}
 
 bool frmLetter::SaveTenantTemplate(Durability durability) {
-  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate", [&] {
-    const fs::path folder =
-        MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
-    BeforeSaveLetter();
-    members_.FilePath =
-        WriteUnderFreeName(folder / (SafeFileName(members_.LetterTitle, kLongestTitle) + ".rtf"),
-                           rtfLetter.TextRTF(), durability)
-            .string();
-    AfterLoadLetter();
-  });
+  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate",
+                 [&] { SaveGenerated({.durability = durability}); });
+}
+
+void frmLetter::SaveGenerated(const SaveWay& way) {
+  const fs::path folder =
+      MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
+  BeforeSaveLetter();
+  const std::string title = SafeFileName(members_.LetterTitle, kLongestTitle);
+  const auto accept = [&](const fs::path& path) {
+    if (way.pdf_name_free && NameTaken(fs::path(path).replace_extension(".pdf"))) return false;
+    if (way.before_write) way.before_write(path);
+    return true;
+  };
+  members_.FilePath =
+      WriteUnderFreeName(folder / (title + ".rtf"), rtfLetter.TextRTF(), way.durability, accept)
+          .string();
+  AfterLoadLetter();
 }
 
 bool frmLetter::PrintLetter(PrinterMod& printer) {
-  return Guarded(session_.platform.dialogs, "frmLetter - PrintLetter", [&] {
-    printer.PrintRichText(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName);
-  });
+  return Guarded(session_.platform.dialogs, "frmLetter - PrintLetter",
+                 [&] { printer.PrintRichText(rtfLetter, DocumentTitle()); });
 }
 
 std::string frmLetter::EmailAddress() const {
@@ -148,31 +173,38 @@ std::string frmLetter::EmailAddress() const {
   return {};
 }
 
+std::string frmLetter::AddressProblem(const std::string& address) const {
+  const std::string unsent = "\"" + members_.LetterTitle + "\" was not sent.";
+  if (TrimBlanks(address).empty()) {
+    return members_.RecipientName + " has no e-mail address. " + unsent;
+  }
+  try {
+    mail::ParseAddresses(address);
+  } catch (const RuntimeError& error) {
+    return members_.RecipientName + ": " + ErrorText(error) + "\r\n" + unsent;
+  }
+  return {};
+}
+
+EmailBody frmLetter::BodyOfEmail(bool attach_pdf) const {
+  EmailBody body = MakeEmailBody(rtfLetter);
+  if (attach_pdf) {
+    body.attachments.push_back({"application/pdf", members_.LetterTitle + ".pdf", "",
+                                MakeLetterPdf(rtfLetter, DocumentTitle(), session_.settings)});
+  }
+  return body;
+}
+
 bool frmLetter::SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf) {
   Dialogs& dialogs = session_.platform.dialogs;
   bool sent = false;
   Guarded(dialogs, "frmLetter - SendEmail", [&] {
     const std::string address = EmailAddress();
-    if (TrimBlanks(address).empty()) {
-      dialogs.Say(members_.RecipientName + " has no e-mail address. \"" + members_.LetterTitle +
-                  "\" was not sent.");
+    if (const std::string problem = AddressProblem(address); !problem.empty()) {
+      dialogs.Say(problem);
       return;
     }
-    try {
-      mail::ParseAddresses(address);
-    } catch (const RuntimeError& error) {
-      dialogs.Say(members_.RecipientName + ": " + ErrorText(error) + "\r\n\"" +
-                  members_.LetterTitle + "\" was not sent.");
-      return;
-    }
-    EmailBody body = MakeEmailBody(rtfLetter);
-    if (attach_pdf) {
-      body.attachments.push_back(
-          {"application/pdf", members_.LetterTitle + ".pdf", "",
-           MakeLetterPdf(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName,
-                         session_.settings)});
-    }
-    sent = sender.DeliverEmail(address, body, subject, true);
+    sent = sender.DeliverEmail(address, BodyOfEmail(attach_pdf), subject, true);
   });
   return sent;
 }

@@ -86,9 +86,9 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
   letter.Done();
 }
 
-PageMargins PrinterMod::LoadMargins() {
-  const auto margin = [this](const char* key) {
-    return ToInt32(settings_.GetSettingText(kSection, key, "0"));
+PageMargins StoredMargins(Settings& settings) {
+  const auto margin = [&](const char* key) {
+    return ToInt32(settings.GetSettingText(kSection, key, "0"));
   };
   PageMargins margins;
   margins.top = margin("TopMargin");
