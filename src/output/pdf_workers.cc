@@ -104,11 +104,20 @@ std::vector<PdfResult> PdfWorkers::TakeResults() {
 
 std::vector<PdfResult> PdfWorkers::Finish() {
   std::unique_lock lock(mutex_);
+  finishing_ = true;
+  changed_.notify_all();
   changed_.wait(lock, [&] { return waiting_.empty() && in_hand_ == 0; });
+  finishing_ = false;
   return std::exchange(results_, {});
 }
 
-// The mutex is held.
+// The mutex is held. A group that is not full yet waits for more letters, which then share its
+// fonts.
+bool PdfWorkers::GroupReady() const {
+  if (waiting_.size() >= kGroup || waiting_bytes_ >= kMostGroupBytes) return true;
+  return finishing_ && !waiting_.empty();
+}
+
 std::vector<PdfLetter> PdfWorkers::TakeGroup() {
   std::vector<PdfLetter> group;
   std::size_t bytes = 0;
@@ -125,7 +134,7 @@ void PdfWorkers::Work() {
   const auto batch = printing::PdfBatch::Create();
   std::unique_lock lock(mutex_);
   for (;;) {
-    changed_.wait(lock, [&] { return stopping_ || !waiting_.empty(); });
+    changed_.wait(lock, [&] { return stopping_ || GroupReady(); });
     if (stopping_) return;
     std::vector<PdfLetter> group = TakeGroup();
     in_hand_ += group.size();
