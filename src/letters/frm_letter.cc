@@ -28,24 +28,11 @@ fs::path MakeFolder(const fs::path& folder) {
   return folder;
 }
 
-// Writes the content to the first name of the series that is free, and returns its path.
-fs::path WriteUnderFreeName(const fs::path& folder, const std::string& title,
-                            std::string_view content, const SaveWay& way) {
-  const auto taken = [](const fs::path& path) {
-    std::error_code error;
-    const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
-    if (exists && error) throw FileError(error.value(), path);
-    return exists;
-  };
-  fs::path path = folder / (title + ".rtf");
-  for (long n = 1;; ++n) {
-    const bool free =
-        !taken(path) && !(way.pdf_name_free && taken(fs::path(path).replace_extension(".pdf")));
-    if (free && way.before_write) way.before_write(path);
-    // A name that another program takes between the two is refused by the write.
-    if (free && WriteNewFile(path, content, way.durability)) return path;
-    path = folder / (title + "(" + std::to_string(n) + ").rtf");
-  }
+bool NameTaken(const fs::path& path) {
+  std::error_code error;
+  const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
+  if (exists && error) throw FileError(error.value(), path);
+  return exists;
 }
 
 // Runs one step of a procedure that continues past errors.
@@ -156,7 +143,14 @@ void frmLetter::SaveGenerated(const SaveWay& way) {
       MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
   BeforeSaveLetter();
   const std::string title = SafeFileName(members_.LetterTitle, kLongestTitle);
-  members_.FilePath = WriteUnderFreeName(folder, title, rtfLetter.TextRTF(), way).string();
+  const auto accept = [&](const fs::path& path) {
+    if (way.pdf_name_free && NameTaken(fs::path(path).replace_extension(".pdf"))) return false;
+    if (way.before_write) way.before_write(path);
+    return true;
+  };
+  members_.FilePath =
+      WriteUnderFreeName(folder / (title + ".rtf"), rtfLetter.TextRTF(), way.durability, accept)
+          .string();
   AfterLoadLetter();
 }
 
