@@ -1,8 +1,10 @@
 // The process: makes the parts the program stands on, hands them down and starts Main.
+#include <unistd.h>
+
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,7 @@
 #include "rental/session.h"
 #include "startup/command_line.h"
 #include "startup/general.h"
+#include "startup/generate_command.h"
 #include "startup/own_commands.h"
 #include "ui/window/desktop.h"
 
@@ -33,31 +36,46 @@ std::unique_ptr<tenora::printing::Printers> MakePrinters() {
       {.default_printer = Environment("TENORA_PRINTER"), .pdf_target = Environment("TENORA_PDF")});
 }
 
-// Qt's application is made for the windows only: a print command starts faster without.
-std::optional<tenora::Desktop> MakeDesktop(const tenora::CommandLine& line, int& argc,
-                                           char** argv) {
-  if (!tenora::IsInteractive(line)) return std::nullopt;
-  return std::optional<tenora::Desktop>(std::in_place, argc, argv);
+// The rooms above the platform, made from what this process finds in the machine.
+template <typename Use>
+int WithPlatform(tenora::Dialogs& dialogs, Use&& use) {
+  using namespace tenora;
+  const Clock clock = Clock::FromEnvironment();
+  const auto locale = MakeLocale();
+  const auto registry = registry::Registry::FromEnvironment();
+  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
+  return use(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
 }
 
-int RunMain(const std::vector<std::string>& arguments, int& argc, char** argv) {
+int RunMain(const tenora::CommandLine& line, tenora::Dialogs& dialogs,
+            const std::function<int(const tenora::CommandParts&)>& show_main_window) {
   using namespace tenora;
-  const CommandLine line = CommandLine::FromArguments(arguments);
-  const std::string problem = IsInteractive(line) ? Desktop::DisplayProblem() : "";
+  return WithPlatform(dialogs, [&](const Platform& platform) {
+    Session session(platform);
+    return Main(CommandParts{line, session, MakePrinters, std::cout, show_main_window});
+  });
+}
+
+// Qt's application is made for the windows only: the commands start faster without.
+int RunWindows(const tenora::CommandLine& line, int& argc, char** argv) {
+  using namespace tenora;
+  const std::string problem = Desktop::DisplayProblem();
   if (!problem.empty()) {
     std::cerr << problem << std::endl;
     return 1;
   }
-  std::optional<Desktop> desktop = MakeDesktop(line, argc, argv);
-  const Clock clock = Clock::FromEnvironment();
+  Desktop desktop(argc, argv);
+  return RunMain(line, desktop.dialogs(),
+                 [&desktop](const CommandParts& parts) { return desktop.Run(parts); });
+}
+
+int RunGenerateCommand(const std::vector<std::string>& arguments) {
+  using namespace tenora;
   ConsoleDialogs console(std::cin, std::cerr);
-  Dialogs& dialogs = desktop ? desktop->dialogs() : console;
-  const auto locale = MakeLocale();
-  const auto registry = registry::Registry::FromEnvironment();
-  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
-  Session session(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
-  return Main(CommandParts{line, session, MakePrinters, std::cout,
-                           [&](const CommandParts& parts) { return desktop->Run(parts); }});
+  return WithPlatform(console, [&](const Platform& platform) {
+    return RunGenerate(arguments, GenerateParts{platform, MakePrinters, std::cout, std::cerr,
+                                                ::isatty(STDERR_FILENO) == 1});
+  });
 }
 
 }  // namespace
@@ -65,10 +83,14 @@ int RunMain(const std::vector<std::string>& arguments, int& argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    if (!arguments.empty() && arguments[0] == "generate") return RunGenerateCommand(arguments);
     if (!arguments.empty() && tenora::IsOwnCommand(arguments[0])) {
       return tenora::RunOwnCommand(arguments, std::cout, std::cerr);
     }
-    return RunMain(arguments, argc, argv);
+    const tenora::CommandLine line = tenora::CommandLine::FromArguments(arguments);
+    if (tenora::IsInteractive(line)) return RunWindows(line, argc, argv);
+    tenora::ConsoleDialogs console(std::cin, std::cerr);
+    return RunMain(line, console, {});
   } catch (...) {
     std::cerr << tenora::TerminalText(tenora::ErrorText(tenora::CurrentError())) << std::endl;
     return 1;

@@ -10,26 +10,11 @@
 #include <string_view>
 #include <vector>
 
-#include "letters/recipients.h"
-#include "merge/prompts.h"
+#include "letters/generation_request.h"
 #include "platform/printing/printing.h"
 #include "rental/session.h"
 
 namespace tenora {
-
-enum class Destination { kFolder, kPrinter, kEmail };
-
-// What is asked of a run; the run log keeps it.
-struct GenerationRequest {
-  std::string template_kind;  // "Templates" or "Owner Templates"
-  std::string template_name;
-  Destination destination = Destination::kFolder;
-  std::string subject;    // of the e-mails
-  std::string printer;    // by name, empty for the current one; made current by the caller
-  bool pdf = false;       // a PDF beside each letter
-  PromptAnswers answers;  // prompts that are not asked letter by letter
-  std::vector<Recipient> recipients;
-};
 
 // What an error with one letter does to the others.
 enum class AfterError {

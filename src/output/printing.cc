@@ -63,18 +63,6 @@ class LetterPrint {
 
 }  // namespace
 
-PageMargins LoadPageMargins(Settings& settings) {
-  const auto margin = [&settings](const char* key) {
-    return ToInt32(settings.GetSettingText(kSection, key, "0"));
-  };
-  PageMargins margins;
-  margins.top = margin("TopMargin");
-  margins.bottom = margin("BottomMargin");
-  margins.left = margin("LeftMargin");
-  margins.right = margin("RightMargin");
-  return margins;
-}
-
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
                    const std::string& title, const PageMargins& margins) {
   printing::FormatRange range;
@@ -96,6 +84,18 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
     range.range.from = next;
   }
   letter.Done();
+}
+
+PageMargins StoredMargins(Settings& settings) {
+  const auto margin = [&](const char* key) {
+    return ToInt32(settings.GetSettingText(kSection, key, "0"));
+  };
+  PageMargins margins;
+  margins.top = margin("TopMargin");
+  margins.bottom = margin("BottomMargin");
+  margins.left = margin("LeftMargin");
+  margins.right = margin("RightMargin");
+  return margins;
 }
 
 void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title) {
