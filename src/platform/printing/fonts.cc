@@ -47,6 +47,8 @@ const char* FamilyOfClass(std::string_view family_class) {
   return "Liberation Sans";
 }
 
+}  // namespace
+
 QString InstalledFamily(const richtext::Font& font) {
   const QString own = QString::fromStdString(font.name);
   // The symbol fonts' own encodings are gone by now: their characters are Unicode.
@@ -60,8 +62,6 @@ QString InstalledFamily(const richtext::Font& font) {
   }
   return QLatin1String(FamilyOfClass(font.family));
 }
-
-}  // namespace
 
 const FontUse& Fonts::Use(const richtext::CharFormat& format, bool shaped, bool small) {
   const Key key{format.font,

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "platform/richtext/document.h"
+#include "platform/richtext/rich_text_view.h"
 
 namespace tenora {
 
@@ -62,6 +63,14 @@ class RichTextBox {
 
   // Called after every change of the content.
   void OnChange(std::function<void()> listener);
+
+  // Attaches an editor, which first takes the box's letter; null detaches it, the box keeps what
+  // was typed. The editor outlives its attachment.
+  void AttachView(RichTextView* view);
+  // The attached editor tells that its writer has changed the letter.
+  void ViewEdited();
+  // The attached editor tells that it shows the box's letter and selection.
+  void ViewShown();
 
  private:
   struct State;
