@@ -3,10 +3,7 @@
 #pragma once
 
 #include <QAction>
-#include <QActionGroup>
 #include <QByteArray>
-#include <QComboBox>
-#include <QFontComboBox>
 #include <QList>
 #include <QPointer>
 #include <functional>
@@ -33,8 +30,6 @@ class EditorActions : public QObject {
   const QList<QAction*>& TableActions() const { return table_; }
   // Zoom and ruler.
   const QList<QAction*>& ViewActions() const { return view_; }
-  // What belongs on a tool bar, parted by separators.
-  QList<QAction*> ToolBarActions() const;
   // Font and size boxes; each parent gets its own.
   QWidget* FontBox(QWidget* parent);
   QWidget* SizeBox(QWidget* parent);
@@ -52,14 +47,16 @@ class EditorActions : public QObject {
   void StateChanged();
 
  private:
-  struct Look;
-
   QAction* Add(QList<QAction*>* group, const QString& text, const char* icon,
                const QKeySequence& shortcut, std::function<void(LetterEditor&)> run);
   QAction* AddToggle(QList<QAction*>* group, const QString& text, const char* icon,
                      const QKeySequence& shortcut, std::function<void(LetterEditor&, bool)> run,
                      std::function<bool(LetterEditor&)> state);
   void Separate(QList<QAction*>* group);
+  void EnableWhere(QAction* action, std::function<bool(LetterEditor&)> holds);
+  void AddColourMenu(const QString& text, const char* icon, const QString& none,
+                     int richtext::CharFormat::*member);
+  void AddLineSpacingMenu();
   void MakeEditActions();
   void MakeCharacterActions();
   void MakeParagraphActions();

@@ -1,8 +1,10 @@
 #include "ui/editor/letter_editor.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QScreen>
 #include <QScrollBar>
@@ -14,6 +16,7 @@
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/editing.h"
 #include "ui/editor/inline_objects.h"
+#include "ui/editor/letter_clipboard.h"
 #include "ui/editor/letter_loader.h"
 #include "ui/editor/letter_overlay.h"
 #include "ui/editor/letter_reader.h"
@@ -34,6 +37,8 @@ int ScreenDpi() {
 
 LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent) : QTextEdit(parent), box_(box) {
   setAccessibleName(tr("Letter"));
+  marker_ = new CodeMarker(document());
+  completer_ = new CodeCompleter(*this);
   setFrameShape(QFrame::NoFrame);
   document()->documentLayout()->registerHandler(kLetterObject, new InlineObjects(document()));
   connect(document(), &QTextDocument::contentsChange, this, &LetterEditor::ContentsChanged);
@@ -159,6 +164,39 @@ void LetterEditor::InsertBlocks(const std::vector<richtext::Block>& blocks) {
   setTextCursor(cursor);
 }
 
+void LetterEditor::InsertPageBreak() {
+  richtext::Paragraph paragraph;
+  richtext::Run run;
+  run.format = CharAtCaret();
+  run.text = "\f";
+  paragraph.runs.push_back(std::move(run));
+  InsertBlocks({std::move(paragraph)});
+}
+
+void LetterEditor::PastePlainText() {
+  const QMimeData* offered = QGuiApplication::clipboard()->mimeData();
+  if (offered == nullptr || !offered->hasText()) return;
+  QMimeData text;
+  text.setText(offered->text());
+  insertFromMimeData(&text);
+}
+
+QMimeData* LetterEditor::createMimeDataFromSelection() const {
+  return CopySelection(textCursor(), formats_);
+}
+
+bool LetterEditor::canInsertFromMimeData(const QMimeData* source) const {
+  return CanPaste(*source);
+}
+
+void LetterEditor::insertFromMimeData(const QMimeData* source) {
+  ShowBox();
+  CleanTypingFormat();
+  const auto blocks = BlocksOf(*source, formats_, CharAtCaret());
+  if (!blocks.empty()) InsertBlocks(blocks);
+  ensureCursorVisible();
+}
+
 void LetterEditor::ContentsChanged(int, int, int) {
   snapshot_.reset();
   if (!showing_) box_.ViewEdited();
@@ -278,6 +316,10 @@ void LetterEditor::SetPaper(const PaperLook& paper) {
   emit PaperChanged();
 }
 
+int LetterEditor::TextLeftMargin() const {
+  return paper_.wraps_at_page ? paper_.left : kWindowMargin;
+}
+
 void LetterEditor::LayOutPaper() {
   const bool was_showing = std::exchange(showing_, true);
   const bool page = paper_.wraps_at_page;
@@ -330,9 +372,21 @@ bool LetterEditor::viewportEvent(QEvent* event) {
 }
 
 void LetterEditor::keyPressEvent(QKeyEvent* event) {
+  // The list of merge codes takes its keys itself once the editor leaves them alone.
+  if (completer_->TakesKey(*event)) return event->ignore();
   if (LeaveList(*event)) return;
   CleanTypingFormat();
   QTextEdit::keyPressEvent(event);
+  completer_->Typed(*event);
+}
+
+void LetterEditor::SetCodes(const QStringList& names) {
+  completer_->SetCodes(names);
+  marker_->SetCodes(QSet<QString>(names.begin(), names.end()));
+}
+
+void LetterEditor::SetMisspelt(std::function<bool(const QString&)> misspelt) {
+  marker_->SetMisspelt(std::move(misspelt));
 }
 
 bool LetterEditor::LeaveList(const QKeyEvent& event) {

@@ -10,6 +10,8 @@
 
 #include "platform/richtext/rich_text_box.h"
 #include "platform/richtext/rich_text_view.h"
+#include "ui/editor/code_completer.h"
+#include "ui/editor/code_marker.h"
 #include "ui/editor/letter_formats.h"
 #include "ui/editor/position_map.h"
 #include "ui/editor/zoom_device.h"
@@ -45,6 +47,8 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void ChangeParagraphs(const std::function<void(richtext::ParagraphFormat&)>& change);
   // Puts parts of a letter, whose numbers are on this letter's tables, in the selection's place.
   void InsertBlocks(const std::vector<richtext::Block>& blocks);
+  void InsertPageBreak();
+  void PastePlainText();
   // The paragraphs of the selection, or the caret's.
   std::vector<QTextBlock> SelectedBlocks() const;
 
@@ -53,6 +57,14 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void SetZoom(double zoom);
   const PaperLook& Paper() const { return paper_; }
   void SetPaper(const PaperLook& paper);
+  // Between the paper's edge and the text, twips.
+  int TextLeftMargin() const;
+
+  // The names that may stand between "<<" and ">>": offered while typing, others are marked as
+  // unknown.
+  void SetCodes(const QStringList& names);
+  // Tells which words are misspelt, which are then underlined; empty switches it off.
+  void SetMisspelt(std::function<bool(const QString&)> misspelt);
 
  signals:
   void ZoomChanged(double zoom);
@@ -65,6 +77,9 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
+  QMimeData* createMimeDataFromSelection() const override;
+  bool canInsertFromMimeData(const QMimeData* source) const override;
+  void insertFromMimeData(const QMimeData* source) override;
 
  private:
   struct Snapshot {
@@ -89,10 +104,12 @@ class LetterEditor : public QTextEdit, private RichTextView {
   QRectF VisiblePart() const;  // of the document
 
   RichTextBox& box_;
-  LetterFormats formats_;
+  mutable LetterFormats formats_;  // reading text from elsewhere adds to its tables
   ZoomDevice device_;
   double zoom_ = 1;
   PaperLook paper_;
+  CodeMarker* marker_;
+  CodeCompleter* completer_;
   std::optional<Change> pending_;
   std::optional<Snapshot> snapshot_;
   bool showing_ = false;
