@@ -37,8 +37,10 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
   addDockWidget(Qt::BottomDockWidgetArea, lint_panel_);
   lint_panel_->hide();
 
+  editor_actions_ = new EditorActions(this);
   BuildMenus();
   BuildToolBar();
+  BuildFormatBar();
   BuildStatusBar();
   tree_->FillContextMenu = [this](QMenu& menu, const TreeModel::Entry& entry) {
     FillTreeMenu(menu, entry);

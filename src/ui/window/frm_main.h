@@ -12,6 +12,7 @@
 #include <string>
 
 #include "startup/commands.h"
+#include "ui/editor/editor_actions.h"
 #include "ui/window/ctl_tree.h"
 #include "ui/window/insert_menus.h"
 #include "ui/window/letter_desk.h"
@@ -67,10 +68,12 @@ class frmMain : public QMainWindow {
   void BuildEditMenu();
   void BuildViewMenu();
   void BuildInsertMenu();
+  void BuildFormatMenu();
   void BuildToolsMenu();
   void BuildWindowMenu();
   void BuildHelpMenu();
   void BuildToolBar();
+  void BuildFormatBar();
   void BuildStatusBar();
   void FillTreeMenu(QMenu& menu, const TreeModel::Entry& entry);
 
@@ -92,6 +95,10 @@ class frmMain : public QMainWindow {
   void ShowLetterState();
   void WithLetter(const std::function<void(frmLetter& letter)>& command);
   void ApplyPageWidth(bool page_width);
+  // The printer's paper and the stored margins, for the ruler and the lines' ends.
+  void ShowPage(LetterWindow& window);
+  void StoreMargins(int left, int right);
+  QStringList CodesFor(InsertList list) const;
 
   void ApplyColourScheme();
   // Long work beside the window; the tree is not refreshed meanwhile, as work changes the caches.
@@ -106,6 +113,7 @@ class frmMain : public QMainWindow {
   QSplitter* splitter_;
   QComboBox* insert_combo_;
   std::unique_ptr<InsertMenus> insert_menus_;
+  EditorActions* editor_actions_;
   std::unique_ptr<printing::Printers> printers_;
   std::unique_ptr<LetterOutput> output_;
   CustomFieldCodes custom_fields_;

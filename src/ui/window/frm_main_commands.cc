@@ -3,6 +3,8 @@
 #include <QStatusBar>
 
 #include "letters/template_library.h"
+#include "merge/catalogue.h"
+#include "output/printing.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
@@ -40,7 +42,13 @@ LetterWindow* frmMain::MakeLetterWindow() {
                            .default_answer = Answer::kNo}) == Answer::kYes;
   };
   window->letter().PaperWidth = [this] { return printers_ ? printers_->Current().Width() : 0; };
+  ShowPage(*window);
   window->letter().ChangeWidth(page_width_action_->isChecked());
+  window->view().ShowRuler(editor_actions_->ShowRuler()->isChecked());
+  connect(editor_actions_->ShowRuler(), &QAction::toggled, &window->view(), &LetterView::ShowRuler);
+  connect(&window->view(), &LetterView::MarginsDragged, this, [this](int left, int right) {
+    Guard("frmMain_MarginsDragged", [&] { StoreMargins(left, right); });
+  });
   return window;
 }
 
@@ -160,6 +168,44 @@ void frmMain::StartNew(std::string_view kind) {
   desk_->Add(window);
 }
 
+void frmMain::ShowPage(LetterWindow& window) {
+  const int width = printers_ ? printers_->Current().Width() : 0;
+  if (width == 0) return;
+  const PageMargins margins = StoredMargins(session_.settings);
+  window.view().SetPage(width, margins.left, margins.right);
+}
+
+void frmMain::StoreMargins(int left, int right) {
+  session_.settings.SaveSettingText("Mail\\PrinterSetup", "LeftMargin", std::to_string(left));
+  session_.settings.SaveSettingText("Mail\\PrinterSetup", "RightMargin", std::to_string(right));
+  for (LetterWindow* window : desk_->Letters()) ShowPage(*window);
+}
+
+QStringList frmMain::CodesFor(InsertList list) const {
+  QStringList names;
+  const auto add = [&names](const auto& codes, std::string_view prefix) {
+    for (const auto& code : codes) {
+      names.append(QString::fromStdString(std::string(prefix).append(code)));
+    }
+  };
+  switch (list) {
+    case InsertList::kCheque:
+      add(kChequeCodes, "");
+      break;
+    case InsertList::kOwner:
+      add(kOwnerCodes, "");
+      add(custom_fields_.owner, kOwnerCustomPrefix);
+      break;
+    case InsertList::kTenant:
+      add(kTenantCodes, "");
+      add(custom_fields_.tenant, kTenantCustomPrefix);
+      add(custom_fields_.property, kPropertyCustomPrefix);
+      names.append(QString::fromLatin1(kBuildingReceiptNumber.data()));
+      break;
+  }
+  return names;
+}
+
 void frmMain::ShowLetterState() {
   LetterWindow* window = desk_->Active();
   for (QAction* action : std::as_const(letter_commands_)) action->setEnabled(window != nullptr);
@@ -169,6 +215,11 @@ void frmMain::ShowLetterState() {
   DisplayInsertMenu();
   page_width_state_->setText(page_width_action_->isChecked() ? tr("Page width")
                                                              : tr("Window width"));
+  LetterEditor* editor = window == nullptr ? nullptr : &window->editor();
+  if (editor_actions_->Editor() != editor) {
+    editor_actions_->SetEditor(editor);
+    if (editor != nullptr) editor->SetCodes(CodesFor(ListFor(kind)));
+  }
   if (window == nullptr) {
     letter_state_->clear();
     recipient_->clear();

@@ -25,6 +25,7 @@ void frmMain::BuildMenus() {
   BuildEditMenu();
   BuildViewMenu();
   BuildInsertMenu();
+  BuildFormatMenu();
   BuildToolsMenu();
   BuildWindowMenu();
   BuildHelpMenu();
@@ -92,6 +93,8 @@ void frmMain::BuildFileMenu() {
 
 void frmMain::BuildEditMenu() {
   QMenu* edit = AddMenu("mnuEdit", tr("&Edit"));
+  edit->addActions(editor_actions_->EditActions());
+  edit->addSeparator();
   LetterCommand(edit, "mnuFind", tr("&Find…"), {"find", QKeySequence::Find},
                 [](frmLetter& letter) { letter.Find(); });
   LetterCommand(edit, "mnuFindAgain", tr("Find A&gain"), {nullptr, QKeySequence::FindNext},
@@ -107,6 +110,8 @@ void frmMain::BuildViewMenu() {
   connect(page_width_action_, &QAction::toggled, this, [this](bool page_width) {
     Guard("chkPageWidth_Click", [&] { ApplyPageWidth(page_width); });
   });
+  view->addSeparator();
+  view->addActions(editor_actions_->ViewActions());
   view->addSeparator();
   Command(view, "mnuRefresh", tr("&Refresh Tree"), {"refresh", QKeySequence::Refresh},
           [this] { tree_->RefreshTree(); });
@@ -127,6 +132,15 @@ void frmMain::BuildInsertMenu() {
         Guard("mnuInsertItem_Click",
               [&] { WithLetter([&item](frmLetter& letter) { letter.InsertItem(item); }); });
       });
+}
+
+void frmMain::BuildFormatMenu() {
+  QMenu* format = AddMenu("mnuFormatMenu", tr("F&ormat"));
+  format->addActions(editor_actions_->FormatActions());
+  format->addSeparator();
+  QMenu* table = format->addMenu(tr("Ta&ble"));
+  table->setObjectName(QStringLiteral("mnuTable"));
+  table->addActions(editor_actions_->TableActions());
 }
 
 void frmMain::BuildToolsMenu() {
@@ -189,6 +203,17 @@ void frmMain::BuildToolBar() {
     }
   }
   bar->addWidget(insert_combo_);
+}
+
+void frmMain::BuildFormatBar() {
+  addToolBarBreak();
+  QToolBar* bar = addToolBar(tr("Format"));
+  bar->setObjectName(QStringLiteral("tlbFormat"));
+  bar->setMovable(false);
+  bar->setIconSize(QSize(20, 20));
+  bar->addWidget(editor_actions_->FontBox(bar));
+  bar->addWidget(editor_actions_->SizeBox(bar));
+  bar->addActions(editor_actions_->FormatActions());
 }
 
 void frmMain::BuildStatusBar() {

@@ -89,9 +89,11 @@ void InsertMenus::FillCustom(QMenu* menu, const std::set<std::string>& codes,
 }
 
 void InsertMenus::DisplayInsertMenu(InsertList list, const std::string& cheque_word) {
-  list_name_ = list == InsertList::kTenant  ? "Tenant"
-               : list == InsertList::kOwner ? "Owner"
-                                            : cheque_word;
+  const std::string name = list == InsertList::kTenant  ? "Tenant"
+                           : list == InsertList::kOwner ? "Owner"
+                                                        : cheque_word;
+  if (name == list_name_) return;
+  list_name_ = name;
   const QString title = Tr("Insert %1").arg(ToQt(list_name_));
   format_.setText(Tr("%1 Format").arg(ToQt(list_name_)));
   for (QMenu* menu : {tenant_codes_, cheque_codes_, owner_codes_}) {

@@ -13,15 +13,19 @@ LetterWindow::LetterWindow(Session& session, QWidget* parent)
   setObjectName(QStringLiteral("frmLetter"));
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowIcon(LineIcon("letter"));
-  editor_ = new LetterEditor(letter_.rtfLetter, this);
-  editor_->setObjectName(QStringLiteral("rtfLetter"));
-  editor_->setAccessibleName(tr("Letter"));
+  view_ = new LetterView(letter_.rtfLetter, this);
+  editor().setObjectName(QStringLiteral("rtfLetter"));
+  editor().setAccessibleName(tr("Letter"));
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(editor_);
-  setFocusProxy(editor_);
+  layout->addWidget(view_);
+  setFocusProxy(&editor());
+  // Once what was typed has reached the letter.
+  connect(&editor(), &QTextEdit::textChanged, this, &LetterWindow::ShowCaption,
+          Qt::QueuedConnection);
 
-  letter_.FocusEditor = [this] { editor_->setFocus(); };
+  letter_.FocusEditor = [this] { editor().setFocus(); };
+  letter_.OnWidthChanged = [this](int width) { view_->ChangeWidth(width > 0); };
   letter_.OnCaptionChanged = [this] { ShowCaption(); };
   letter_.OnClose = [this] {
     // Not at once: the letter is still in the command that closes it.
@@ -29,7 +33,10 @@ LetterWindow::LetterWindow(Session& session, QWidget* parent)
   };
 }
 
-void LetterWindow::ShowLetter() { ShowCaption(); }
+void LetterWindow::ShowLetter() {
+  editor().ShowBox();
+  ShowCaption();
+}
 
 void LetterWindow::ShowCaption() {
   setWindowTitle(QString::fromStdString(letter_.members().Caption) + QStringLiteral("[*]"));

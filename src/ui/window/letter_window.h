@@ -4,7 +4,7 @@
 #include <QWidget>
 
 #include "letters/frm_letter.h"
-#include "ui/editor/letter_editor.h"
+#include "ui/editor/letter_view.h"
 
 namespace tenora {
 
@@ -15,7 +15,8 @@ class LetterWindow : public QWidget {
   explicit LetterWindow(Session& session, QWidget* parent = nullptr);
 
   frmLetter& letter() { return letter_; }
-  LetterEditor& editor() { return *editor_; }
+  LetterView& view() { return *view_; }
+  LetterEditor& editor() { return view_->editor(); }
   // Shows what the letter holds; after loading and after merges.
   void ShowLetter();
 
@@ -30,7 +31,7 @@ class LetterWindow : public QWidget {
 
   Session& session_;
   frmLetter letter_;
-  LetterEditor* editor_;
+  LetterView* view_;
 };
 
 }  // namespace tenora
