@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-#include "platform/printing/page_layout.h"
+#include "platform/printing/drawing_printer.h"
 #include "platform/printing/qt_session.h"
 
 namespace tenora::printing {
@@ -26,33 +26,18 @@ class NoPaper {
 
 }  // namespace
 
-class PreviewPages::Device : public Printer {
+class PreviewPages::Device : public DrawingPrinter {
  public:
   explicit Device(const Printer& like)
-      : name_(like.DeviceName()),
-        width_(like.Width()),
-        height_(like.Height()),
-        offset_x_(std::lround(like.PhysicalOffsetX() * like.TwipsPerPixelX())),
-        offset_y_(std::lround(like.PhysicalOffsetY() * like.TwipsPerPixelY())),
-        qt_(HoldQtApplication()) {}
-
-  const std::string& DeviceName() const override { return name_; }
-  int Width() const override { return width_; }
-  int Height() const override { return height_; }
-  int PhysicalOffsetX() const override { return static_cast<int>(offset_x_); }
-  int PhysicalOffsetY() const override { return static_cast<int>(offset_y_); }
-  double TwipsPerPixelX() const override { return 1; }
-  double TwipsPerPixelY() const override { return 1; }
+      : DrawingPrinter(like.DeviceName(), PaperOf(like)), qt_(HoldQtApplication()) {}
 
   void StartDocument(const std::string&) override { open_ = true; }
   void NewPage() override {}
+  // Keeps where the page begins; it is drawn when somebody looks.
   int Format(const FormatRange& range) override {
-    if (range.document == nullptr) {
-      layout_.reset();
-      return 0;
-    }
-    NoPaper nowhere;
+    if (range.document == nullptr) return DrawingPrinter::Format(range);
     pages_.push_back(range);
+    NoPaper nowhere;
     return Draw(nowhere.painter(), range);
   }
   std::filesystem::path EndJob() override {
@@ -64,10 +49,11 @@ class PreviewPages::Device : public Printer {
 
   int PageCount() const { return static_cast<int>(pages_.size()); }
 
-  QImage Page(int number, double pixels_per_twip, double device_ratio) {
+  QImage PageImage(int number, double pixels_per_twip, double device_ratio) {
     const double scale = pixels_per_twip * device_ratio;
-    QImage image(std::max(1, static_cast<int>(std::lround(width_ * scale))),
-                 std::max(1, static_cast<int>(std::lround(height_ * scale))), QImage::Format_RGB32);
+    QImage image(std::max(1, static_cast<int>(std::lround(Width() * scale))),
+                 std::max(1, static_cast<int>(std::lround(Height() * scale))),
+                 QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
@@ -79,26 +65,30 @@ class PreviewPages::Device : public Printer {
     return image;
   }
 
+ protected:
+  QPainter& Page() override { return *painter_; }
+
  private:
-  int Draw(QPainter& painter, const FormatRange& range) {
-    const Rect& area = range.print_rect;
-    const double width = area.right - area.left, height = area.bottom - area.top;
-    const double reach = width_ - static_cast<double>(offset_x_) - area.left;
-    if (!layout_ || !layout_->IsFor(*range.document, width, height, reach)) {
-      layout_ = std::make_unique<PageLayout>(*range.document, width, height, reach);
-    }
-    const QPointF corner(static_cast<double>(area.left + offset_x_),
-                         static_cast<double>(area.top + offset_y_));
-    return layout_->DrawPage(painter, corner, range.range.from, range.range.to);
+  static Paper PaperOf(const Printer& like) {
+    Paper paper;
+    paper.width = like.Width();
+    paper.height = like.Height();
+    paper.offset_x = static_cast<int>(std::lround(like.PhysicalOffsetX() * like.TwipsPerPixelX()));
+    paper.offset_y = static_cast<int>(std::lround(like.PhysicalOffsetY() * like.TwipsPerPixelY()));
+    return paper;
   }
 
-  std::string name_;
-  int width_, height_;
-  long offset_x_, offset_y_;
+  int Draw(QPainter& painter, const FormatRange& range) {
+    painter_ = &painter;
+    const int next = DrawingPrinter::Format(range);
+    painter_ = nullptr;
+    return next;
+  }
+
   bool open_ = false;
   std::vector<FormatRange> pages_;
   std::shared_ptr<void> qt_;
-  std::unique_ptr<PageLayout> layout_;
+  QPainter* painter_ = nullptr;  // while a page is drawn
 };
 
 PreviewPages::PreviewPages(const Printer& like) : device_(std::make_unique<Device>(like)) {}
@@ -110,7 +100,7 @@ int PreviewPages::PageCount() const { return device_->PageCount(); }
 QSizeF PreviewPages::PageSize() const { return QSizeF(device_->Width(), device_->Height()); }
 
 QImage PreviewPages::Page(int number, double pixels_per_twip, double device_ratio) {
-  return device_->Page(number, pixels_per_twip, device_ratio);
+  return device_->PageImage(number, pixels_per_twip, device_ratio);
 }
 
 std::vector<std::string> PreviewPages::Names() const { return {device_->DeviceName()}; }
