@@ -5,12 +5,12 @@
 #include "letters/file_names.h"
 #include "letters/template_library.h"
 #include "merge/catalogue.h"
+#include "merge/cheque_merge.h"
 #include "merge/prompts.h"
 #include "output/email_content.h"
 #include "output/letter_pdf.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
-#include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -30,14 +30,20 @@ fs::path MakeFolder(const fs::path& folder) {
 
 // Writes the content to the first name of the series that is free, and returns its path.
 fs::path WriteUnderFreeName(const fs::path& folder, const std::string& title,
-                            std::string_view content) {
+                            std::string_view content, const SaveWay& way) {
+  const auto taken = [](const fs::path& path) {
+    std::error_code error;
+    const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
+    if (exists && error) throw FileError(error.value(), path);
+    return exists;
+  };
   fs::path path = folder / (title + ".rtf");
   for (long n = 1;; ++n) {
-    std::error_code error;
+    const bool free =
+        !taken(path) && !(way.pdf_name_free && taken(fs::path(path).replace_extension(".pdf")));
+    if (free && way.before_write) way.before_write(path);
     // A name that another program takes between the two is refused by the write.
-    const bool taken = fs::symlink_status(path, error).type() != fs::file_type::not_found;
-    if (!taken && WriteNewFile(path, content)) return path;
-    if (taken && error) throw FileError(error.value(), path);
+    if (free && WriteNewFile(path, content, way.durability)) return path;
     path = folder / (title + "(" + std::to_string(n) + ").rtf");
   }
 }
@@ -123,31 +129,41 @@ void frmLetter::InsertCode(std::string_view name) {
   IgnoringErrors(
       [&] { rtfLetter.SetSelText(std::string(kCodeStart).append(name).append(kCodeEnd)); });
   if (members_.Kind == kTenantLetter) IgnoringErrors([&] { InsertTenantDetails(); });
+  if (members_.Kind == kOwnerLetter) IgnoringErrors([&] { InsertOwnerDetails(); });
 }
 
 TenantMergeOutcome frmLetter::InsertTenantDetails() {
   return tenora::InsertTenantDetails(Target());
 }
 
-void frmLetter::InsertPrompts() { tenora::InsertPrompts(Target()); }
+OwnerMergeOutcome frmLetter::InsertOwnerDetails() { return tenora::InsertOwnerDetails(Target()); }
 
-bool frmLetter::SaveTenantTemplate() {
-  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate", [&] {
-    const fs::path folder =
-        MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
-    BeforeSaveLetter();
-    members_.FilePath =
-        WriteUnderFreeName(folder, SafeFileName(members_.LetterTitle, kLongestTitle),
-                           rtfLetter.TextRTF())
-            .string();
-    AfterLoadLetter();
-  });
+std::optional<RuntimeError> frmLetter::InsertChequeDetails(const std::string& payee,
+                                                           double amount) {
+  return tenora::InsertChequeDetails(Target(), payee, amount);
+}
+
+std::size_t frmLetter::InsertPrompts(const PromptAnswers& known) {
+  return tenora::InsertPrompts(Target(), known);
+}
+
+bool frmLetter::SaveTenantTemplate(Durability durability) {
+  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate",
+                 [&] { SaveGenerated({.durability = durability}); });
+}
+
+void frmLetter::SaveGenerated(const SaveWay& way) {
+  const fs::path folder =
+      MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
+  BeforeSaveLetter();
+  const std::string title = SafeFileName(members_.LetterTitle, kLongestTitle);
+  members_.FilePath = WriteUnderFreeName(folder, title, rtfLetter.TextRTF(), way).string();
+  AfterLoadLetter();
 }
 
 bool frmLetter::PrintLetter(PrinterMod& printer) {
-  return Guarded(session_.platform.dialogs, "frmLetter - PrintLetter", [&] {
-    printer.PrintRichText(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName);
-  });
+  return Guarded(session_.platform.dialogs, "frmLetter - PrintLetter",
+                 [&] { printer.PrintRichText(rtfLetter, DocumentTitle()); });
 }
 
 std::string frmLetter::EmailAddress() const {
@@ -164,31 +180,38 @@ std::string frmLetter::EmailAddress() const {
   return {};
 }
 
+std::string frmLetter::AddressProblem(const std::string& address) const {
+  const std::string unsent = "\"" + members_.LetterTitle + "\" was not sent.";
+  if (TrimBlanks(address).empty()) {
+    return members_.RecipientName + " has no e-mail address. " + unsent;
+  }
+  try {
+    mail::ParseAddresses(address);
+  } catch (const RuntimeError& error) {
+    return members_.RecipientName + ": " + ErrorText(error) + "\r\n" + unsent;
+  }
+  return {};
+}
+
+EmailBody frmLetter::BodyOfEmail(bool attach_pdf) const {
+  EmailBody body = MakeEmailBody(rtfLetter);
+  if (attach_pdf) {
+    body.attachments.push_back({"application/pdf", members_.LetterTitle + ".pdf", "",
+                                MakeLetterPdf(rtfLetter, DocumentTitle(), session_.settings)});
+  }
+  return body;
+}
+
 bool frmLetter::SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf) {
   Dialogs& dialogs = session_.platform.dialogs;
   bool sent = false;
   Guarded(dialogs, "frmLetter - SendEmail", [&] {
     const std::string address = EmailAddress();
-    if (TrimBlanks(address).empty()) {
-      dialogs.Say(members_.RecipientName + " has no e-mail address. \"" + members_.LetterTitle +
-                  "\" was not sent.");
+    if (const std::string problem = AddressProblem(address); !problem.empty()) {
+      dialogs.Say(problem);
       return;
     }
-    try {
-      mail::ParseAddresses(address);
-    } catch (const RuntimeError& error) {
-      dialogs.Say(members_.RecipientName + ": " + ErrorText(error) + "\r\n\"" +
-                  members_.LetterTitle + "\" was not sent.");
-      return;
-    }
-    EmailBody body = MakeEmailBody(rtfLetter);
-    if (attach_pdf) {
-      body.attachments.push_back(
-          {"application/pdf", members_.LetterTitle + ".pdf", "",
-           MakeLetterPdf(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName,
-                         session_.settings)});
-    }
-    sent = sender.DeliverEmail(address, body, subject, true);
+    sent = sender.DeliverEmail(address, BodyOfEmail(attach_pdf), subject, true);
   });
   return sent;
 }

@@ -234,7 +234,7 @@ void frmLetter::ChangeWidth(bool page_width) {
   int width = 0;
   Guarded(session_.platform.dialogs, "frmLetter - ChangeWidth", [&] {
     if (!page_width) return;
-    const PageMargins margins = LoadPageMargins(session_.settings);
+    const PageMargins margins = StoredMargins(session_.settings);
     constexpr long long kLeastWidth = 1440, kMostWidth = 100'000;
     const long long paper = PaperWidth ? PaperWidth() : kA4Width;
     width = static_cast<int>(

@@ -34,4 +34,21 @@ struct MergeTarget {
   RichTextBox& editor;
 };
 
+// Keeps the editor hidden while a merge runs, however it ends.
+class HiddenEditor {
+ public:
+  explicit HiddenEditor(LetterMembers& letter) : letter_(letter) { letter_.EditorVisible = false; }
+  HiddenEditor(const HiddenEditor&) = delete;
+  HiddenEditor& operator=(const HiddenEditor&) = delete;
+  ~HiddenEditor() { letter_.EditorVisible = true; }
+
+ private:
+  LetterMembers& letter_;
+};
+
+// Every merge begins with this: the recipient stands in the caption, unless an item is inserted.
+inline void ShowRecipientInCaption(LetterMembers& letter) {
+  if (!letter.Inserting) letter.Caption = letter.LetterTitle + " : " + letter.RecipientName;
+}
+
 }  // namespace tenora

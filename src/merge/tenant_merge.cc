@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "data/opened_database.h"
 #include "data/sql_text.h"
 #include "merge/building_receipt_number.h"
 #include "merge/catalogue.h"
@@ -19,23 +20,6 @@ namespace {
 
 // The year that the management package stores for a missing rent review date.
 constexpr int kNoReviewYear = 1234;
-
-// Hides the editor and keeps the database open while a merge runs, however it ends.
-class MergeInProgress {
- public:
-  explicit MergeInProgress(const MergeTarget& target) : target_(target) {
-    target_.session.database.OpenDatabase();
-  }
-  MergeInProgress(const MergeInProgress&) = delete;
-  MergeInProgress& operator=(const MergeInProgress&) = delete;
-  ~MergeInProgress() {
-    target_.session.database.CloseDatabase();
-    target_.letter.EditorVisible = true;
-  }
-
- private:
-  const MergeTarget& target_;
-};
 
 // What the values of a letter are taken from.
 struct Recipient {
@@ -174,12 +158,12 @@ TenantMergeOutcome InsertTenantDetails(const MergeTarget& target) {
   Caches& caches = target.session.caches;
   TenantMergeOutcome outcome;
   try {
-    if (!letter.Inserting) letter.Caption = letter.LetterTitle + " : " + letter.RecipientName;
-    const MergeInProgress open(target);
+    ShowRecipientInCaption(letter);
+    const OpenedDatabase opened(target.session.database);
     if (letter.TenantCode.empty()) {
       letter.TenantCode = caches.ReferenceByKeyName(letter.RecipientName);
     }
-    letter.EditorVisible = false;
+    const HiddenEditor hidden(letter);
     ReplacePrintTime(target);
     TenantRecord* const tenant = caches.FindTenant(letter.TenantCode);
     outcome.tenant_found = tenant != nullptr;

@@ -31,8 +31,12 @@ constexpr const char* kHelpFooter =
       TOEMAIL="True"      send it to the tenant by e-mail
       REPRINT="number"    the receipt of an earlier payment, by its record number;
                           the tenant is then found by the payment
-  PRINTCHEQUE="" PAYEE="name" VALUE="amount" FORMAT="template name"
-      prints a cheque (not available in this version).
+  PRINTCHEQUE="" VALUE="amount" FORMAT="template name" DOLLARS="word" CENTS="word" PAYEE="name"
+      prints a cheque on a printer chosen from the list, from a template in the data folder's
+      "Cheque", or "Check" where the locale writes the month first.
+      DOLLARS, CENTS      the currency's words, kept for later cheques; may be empty
+      A parameter's name within another value is taken for that parameter where it comes first:
+      give all of them, and PAYEE last.
   Typed in a shell, the inner quotes may be left out: PRINTRECEIPT=T00001 FORMAT="Rent review"
 
 Environment:

@@ -1,14 +1,14 @@
 #include "startup/receipt_print.h"
 
-#include <ostream>
 #include <string>
 
+#include "data/opened_database.h"
 #include "letters/frm_letter.h"
 #include "letters/template_library.h"
-#include "output/printing.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
+#include "startup/print_one_letter.h"
 
 namespace tenora {
 namespace {
@@ -37,17 +37,6 @@ ReceiptParameters ReadParameters(const CommandLine& line) {
   read.reprint = ToInt32(line.GetCommandParameter("REPRINT", "0"));
   return read;
 }
-
-class OpenedDatabase {
- public:
-  explicit OpenedDatabase(Database& database) : database_(database) { database_.OpenDatabase(); }
-  OpenedDatabase(const OpenedDatabase&) = delete;
-  OpenedDatabase& operator=(const OpenedDatabase&) = delete;
-  ~OpenedDatabase() { database_.CloseDatabase(); }
-
- private:
-  Database& database_;
-};
 
 class ReceiptCommand {
  public:
@@ -161,19 +150,7 @@ bool ReceiptCommand::MergeLetter() {
 }
 
 bool ReceiptCommand::Print() {
-  const auto printers = parts_.make_printers();
-  printers->SetDataFolder(session_.database.DataFolder());
-  PrinterMod printer(*printers, session_.settings);
-  if (printer.PrinterCount() == 0) {
-    dialogs_.Say("No printer is installed. Nothing was printed.", kLabel);
-    return false;
-  }
-  if (!parameters_.use_default_printer && !printer.ChoosePrinter(dialogs_)) return false;
-  if (!letter_.PrintLetter(printer)) return false;
-  return Guarded(dialogs_, "frmLetter - PrintLetter", [&] {
-    const std::filesystem::path file = printer.EndJob();
-    if (!file.empty()) parts_.output << "Printed: " << file.string() << std::endl;
-  });
+  return PrintOneLetter(parts_, letter_, !parameters_.use_default_printer, kLabel);
 }
 
 bool ReceiptCommand::Email() {

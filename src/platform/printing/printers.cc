@@ -49,6 +49,21 @@ class PdfFolder : public Destination {
   const std::filesystem::path& data_folder_;
 };
 
+class PdfFile : public Destination {
+ public:
+  explicit PdfFile(std::filesystem::path target) : target_(std::move(target)) {}
+
+  std::filesystem::path SpoolFolder() const override {
+    return target_.has_parent_path() ? target_.parent_path() : ".";
+  }
+  std::filesystem::path Deliver(SpoolFile& spool, const std::string& /*title*/) override {
+    return spool.TakeFreeName(target_.stem().string());
+  }
+
+ private:
+  std::filesystem::path target_;
+};
+
 class CupsDestination : public Destination {
  public:
   explicit CupsDestination(std::string queue) : queue_(std::move(queue)) {}
@@ -236,6 +251,13 @@ class InstalledPrinters : public Printers {
 };
 
 }  // namespace
+
+std::unique_ptr<Printer> NewPdfPrinter(const std::filesystem::path& target) {
+  return std::make_unique<Device>(kPdfPrinterName, RegionalPaper(),
+                                  std::make_unique<PdfFile>(target));
+}
+
+std::shared_ptr<void> HoldDrawing() { return HoldQtApplication(); }
 
 std::unique_ptr<Printers> Printers::Create(PrinterOptions options) {
   return std::make_unique<InstalledPrinters>(std::move(options));

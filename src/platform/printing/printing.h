@@ -65,6 +65,15 @@ class Printer {
   virtual bool JobOpen() const = 0;
 };
 
+// A PDF printer for one file, which takes the name at EndJob or, where that is taken, the first
+// free of "stem(1).pdf", "stem(2).pdf" …: never over another. Nothing is synced. Each thread may
+// have its own, also off the main thread while HoldDrawing's result is held.
+std::unique_ptr<Printer> NewPdfPrinter(const std::filesystem::path& target);
+
+// What drawing needs in this process, kept while held. Raises 482 when there can be none. Call on
+// the main thread.
+std::shared_ptr<void> HoldDrawing();
+
 struct PrinterOptions {
   std::string default_printer;       // TENORA_PRINTER; empty: the system's default
   std::filesystem::path pdf_target;  // TENORA_PDF: a folder, or a file when it ends in ".pdf"

@@ -19,9 +19,18 @@ std::string ReadWholeFile(const std::filesystem::path& path);
 // stays.
 void WriteWholeFile(const std::filesystem::path& path, std::string_view content);
 
+// Whether a file is on the disk when the call returns, or only after the next SyncFiles.
+enum class Durability { kSynced, kUntilSync };
+
 // As WriteWholeFile, but never replaces a file: false when the name is taken, also by a file that
-// another program creates at the same moment.
-bool WriteNewFile(const std::filesystem::path& path, std::string_view content);
+// another program creates at the same moment. With kUntilSync a power cut before the next SyncFiles
+// may leave the file empty; the end of this process alone does not harm it.
+bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
+                  Durability durability = Durability::kSynced);
+
+// Brings everything written so far below this folder's file system to the disk: one wait for a
+// group of files in place of one each. Raises the errors of FileError.
+void SyncFiles(const std::filesystem::path& folder);
 
 // The error for an errno value of a failed file operation on `path`.
 class RuntimeError;

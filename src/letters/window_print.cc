@@ -1,0 +1,67 @@
+#include "letters/window_print.h"
+
+#include <algorithm>
+#include <string>
+
+#include "letters/template_library.h"
+#include "merge/catalogue.h"
+#include "platform/dialogs/guard.h"
+
+namespace tenora {
+namespace {
+
+// The alignment sample's payee is spelt so.
+constexpr const char* kSamplePayee = "This is the payyes name";
+constexpr double kSampleAmount = 1234.56;
+
+template <std::size_t kSize>
+bool HoldsCodeOf(const std::array<std::string_view, kSize>& list, const frmLetter& letter) {
+  const std::string text = letter.rtfLetter.Text();
+  return std::ranges::any_of(list, [&](std::string_view name) {
+    return text.find(std::string(kCodeStart).append(name).append(kCodeEnd)) != std::string::npos;
+  });
+}
+
+bool IsUnfilledTemplate(const frmLetter& letter) {
+  const std::string& kind = letter.members().Kind;
+  if (kind == kTemplates) return HoldsCodeOf(kTenantCodes, letter);
+  if (kind == kOwnerTemplates) return HoldsCodeOf(kOwnerCodes, letter);
+  return false;
+}
+
+bool WantsSample(Dialogs& dialogs, const std::string& cheque) {
+  return dialogs.Show({.text = "This will print a SAMPLE of the " + cheque +
+                               " for printer alignment purposes.  The real " + cheque +
+                               " can only be generated through Tenora expense entry.  Comtinue to "
+                               "print this SAMPLE " +
+                               cheque + "?",
+                       .title = "Print " + cheque,
+                       .buttons = Buttons::kYesNo,
+                       .icon = Icon::kQuestion,
+                       .default_answer = Answer::kNo}) == Answer::kYes;
+}
+
+}  // namespace
+
+bool PrintFromWindow(Session& session, frmLetter& letter,
+                     const std::function<bool(frmLetter& printed)>& print) {
+  Dialogs& dialogs = session.platform.dialogs;
+  if (IsUnfilledTemplate(letter)) {
+    dialogs.Say(
+        "This letter should be 'Generated' before it is printed.  Select this letter in the left "
+        "menu section, and choose the 'Generate Letter(s)' button");
+    return false;
+  }
+  if (letter.members().Kind != session.cheque_word) return print(letter);
+  if (!WantsSample(dialogs, session.cheque_word)) return false;
+  frmLetter sample(session);
+  sample.rtfLetter.SetTextRTF(letter.rtfLetter.TextRTF());
+  sample.members() = letter.members();
+  if (const auto error = sample.InsertChequeDetails(kSamplePayee, kSampleAmount)) {
+    ShowError(dialogs, "frmMain - mnuPrint_Click", *error);
+    return false;
+  }
+  return print(sample);
+}
+
+}  // namespace tenora

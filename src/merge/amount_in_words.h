@@ -1,0 +1,25 @@
+// A cheque's amount written out, on up to two lines of its stationery.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "data/settings.h"
+
+namespace tenora {
+
+// "One" to "Nineteen", "Twenty", "Thirty" to "Ninety"; empty for every other number.
+std::string_view Word(std::int16_t n);
+
+struct ValueWords {
+  std::string line1;
+  std::string line2;  // empty when the sentence fits on the first
+};
+
+// "Twelve Dollars and 50 Cents", the currency's words from the settings "Dollar" and "Cents" of
+// section "Cheque". The wording holds for 0.00 to 999,999.99; any other number gives some text.
+// What is no finite number counts as 0.
+ValueWords GetValueWords(Settings& settings, double amount);
+
+}  // namespace tenora
