@@ -28,24 +28,11 @@ fs::path MakeFolder(const fs::path& folder) {
   return folder;
 }
 
-// Writes the content to the first name of the series that is free, and returns its path.
-fs::path WriteUnderFreeName(const fs::path& folder, const std::string& title,
-                            std::string_view content, const SaveWay& way) {
-  const auto taken = [](const fs::path& path) {
-    std::error_code error;
-    const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
-    if (exists && error) throw FileError(error.value(), path);
-    return exists;
-  };
-  fs::path path = folder / (title + ".rtf");
-  for (long n = 1;; ++n) {
-    const bool free =
-        !taken(path) && !(way.pdf_name_free && taken(fs::path(path).replace_extension(".pdf")));
-    if (free && way.before_write) way.before_write(path);
-    // A name that another program takes between the two is refused by the write.
-    if (free && WriteNewFile(path, content, way.durability)) return path;
-    path = folder / (title + "(" + std::to_string(n) + ").rtf");
-  }
+bool NameTaken(const fs::path& path) {
+  std::error_code error;
+  const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
+  if (exists && error) throw FileError(error.value(), path);
+  return exists;
 }
 
 // Runs one step of a procedure that continues past errors.
@@ -157,7 +144,14 @@ void frmLetter::SaveGenerated(const SaveWay& way) {
       MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
   BeforeSaveLetter();
   const std::string title = SafeFileName(members_.LetterTitle, kLongestTitle);
-  members_.FilePath = WriteUnderFreeName(folder, title, rtfLetter.TextRTF(), way).string();
+  const auto accept = [&](const fs::path& path) {
+    if (way.pdf_name_free && NameTaken(fs::path(path).replace_extension(".pdf"))) return false;
+    if (way.before_write) way.before_write(path);
+    return true;
+  };
+  members_.FilePath =
+      WriteUnderFreeName(folder / (title + ".rtf"), rtfLetter.TextRTF(), way.durability, accept)
+          .string();
   AfterLoadLetter();
 }
 
@@ -180,19 +174,6 @@ std::string frmLetter::EmailAddress() const {
   return {};
 }
 
-std::string frmLetter::AddressProblem(const std::string& address) const {
-  const std::string unsent = "\"" + members_.LetterTitle + "\" was not sent.";
-  if (TrimBlanks(address).empty()) {
-    return members_.RecipientName + " has no e-mail address. " + unsent;
-  }
-  try {
-    mail::ParseAddresses(address);
-  } catch (const RuntimeError& error) {
-    return members_.RecipientName + ": " + ErrorText(error) + "\r\n" + unsent;
-  }
-  return {};
-}
-
 EmailBody frmLetter::BodyOfEmail(bool attach_pdf) const {
   EmailBody body = MakeEmailBody(rtfLetter);
   if (attach_pdf) {
@@ -207,8 +188,15 @@ bool frmLetter::SendEmail(clsEmailSender& sender, const std::string& subject, bo
   bool sent = false;
   Guarded(dialogs, "frmLetter - SendEmail", [&] {
     const std::string address = EmailAddress();
-    if (const std::string problem = AddressProblem(address); !problem.empty()) {
-      dialogs.Say(problem);
+    const std::string unsent = "\"" + members_.LetterTitle + "\" was not sent.";
+    if (TrimBlanks(address).empty()) {
+      dialogs.Say(members_.RecipientName + " has no e-mail address. " + unsent);
+      return;
+    }
+    try {
+      mail::ParseAddresses(address);
+    } catch (const RuntimeError& error) {
+      dialogs.Say(members_.RecipientName + ": " + ErrorText(error) + "\r\n" + unsent);
       return;
     }
     sent = sender.DeliverEmail(address, BodyOfEmail(attach_pdf), subject, true);

@@ -45,8 +45,8 @@ class PdfWorkers {
   // Letters that no thread has begun are dropped; those begun are finished.
   ~PdfWorkers();
 
-  // Hands a letter on. Waits while as many letters wait as a few per thread, so that memory does
-  // not grow with the batch.
+  // Hands a letter on; letters are drawn in groups, the last of them at Finish. Waits while many
+  // letters or bytes wait, so that memory does not grow with the batch.
   void Add(PdfLetter letter);
   // The results since the last call, in the order they were finished; does not wait.
   std::vector<PdfResult> TakeResults();
@@ -55,16 +55,18 @@ class PdfWorkers {
 
  private:
   void Work();
-  PdfResult Write(PdfLetter letter) const;
+  bool GroupReady() const;
+  std::vector<PdfLetter> TakeGroup();
 
   const PageMargins margins_;
   const std::shared_ptr<void> qt_;
   std::mutex mutex_;
   std::condition_variable changed_;  // any of the members below
   std::deque<PdfLetter> waiting_;
+  std::size_t waiting_bytes_ = 0;
   std::vector<PdfResult> results_;
   std::size_t in_hand_ = 0;
-  bool stopping_ = false;
+  bool finishing_ = false, stopping_ = false;
   std::vector<std::thread> threads_;
 };
 

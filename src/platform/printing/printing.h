@@ -65,10 +65,15 @@ class Printer {
   virtual bool JobOpen() const = 0;
 };
 
-// A PDF printer for one file, which takes the name at EndJob or, where that is taken, the first
-// free of "stem(1).pdf", "stem(2).pdf" …: never over another. Nothing is synced. Each thread may
-// have its own, also off the main thread while HoldDrawing's result is held.
-std::unique_ptr<Printer> NewPdfPrinter(const std::filesystem::path& target);
+// A printer that draws many documents together, so that fonts are packed once, and gives a PDF of
+// each. Every thread may have its own, also off the main thread while HoldDrawing's result is held.
+class PdfBatch : public virtual Printer {
+ public:
+  static std::unique_ptr<PdfBatch> Create();
+  // The files of the documents that EndJob ended since the last call, in that order. Raises 482
+  // (Printer error); the documents are then lost.
+  virtual std::vector<std::string> TakeFiles() = 0;
+};
 
 // What drawing needs in this process, kept while held. Raises 482 when there can be none. Call on
 // the main thread.

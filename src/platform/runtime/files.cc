@@ -174,6 +174,22 @@ bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
   return ScratchFile(path, content, durability).TakeFreeName(content);
 }
 
+std::filesystem::path WriteUnderFreeName(
+    const std::filesystem::path& wanted, std::string_view content, Durability durability,
+    const std::function<bool(const std::filesystem::path&)>& accept) {
+  std::filesystem::path path = wanted;
+  for (long n = 1;; ++n) {
+    std::error_code error;
+    // A name that another program takes between the two is refused by the write.
+    const bool taken = std::filesystem::symlink_status(path, error).type() !=
+                       std::filesystem::file_type::not_found;
+    if (taken && error) throw FileError(error.value(), path);
+    if (!taken && (!accept || accept(path)) && WriteNewFile(path, content, durability)) return path;
+    path = wanted.parent_path() /
+           (wanted.stem().string() + "(" + std::to_string(n) + ")" + wanted.extension().string());
+  }
+}
+
 void SyncFiles(const std::filesystem::path& folder) {
   const FileDescriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (fd.get() < 0 || ::syncfs(fd.get()) != 0) throw FileError(errno, folder);

@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -14,8 +15,12 @@
 namespace tenora {
 namespace {
 
-// Print choices count only while something is printed.
-void EnableWith(QCheckBox* master, QCheckBox* dependent) {
+// Adds a choice that counts only while another is ticked, set in under it.
+void AddUnder(QCheckBox* master, QCheckBox* dependent, QVBoxLayout* column) {
+  auto* row = new QHBoxLayout;
+  row->addSpacing(20);
+  row->addWidget(dependent);
+  column->addLayout(row);
   dependent->setEnabled(master->isChecked());
   QObject::connect(master, &QCheckBox::toggled, dependent, &QCheckBox::setEnabled);
 }
@@ -34,6 +39,7 @@ frmReceipt::frmReceipt(DocumentKind kind, Settings& settings, Dialogs& dialogs,
   format_label->setBuddy(format_);
   format_->setObjectName("cboDefaultFormat");
   format_->setMinimumContentsLength(24);
+  format_->setPlaceholderText(tr("Choose a template"));
   ShowFormats(formats);
 
   auto* output = new QGroupBox(IsReceipt() ? tr("Receipt Printing") : tr("Letter Printing"));
@@ -43,17 +49,19 @@ frmReceipt::frmReceipt(DocumentKind kind, Settings& settings, Dialogs& dialogs,
   auto* default_printer =
       AddChoice(tr("Use the &default printer"), "chkUseDefaultPrinter", "UseDefaultPrinter", "1");
   email_ = AddChoice(tr("Send by &e-mail"), "chkEmail", "Email", "0");
-  for (QCheckBox* box : {print_, default_printer, email_}) column->addWidget(box);
-  EnableWith(print_, default_printer);
+  column->addWidget(print_);
+  AddUnder(print_, default_printer, column);
   if (IsReceipt()) {
-    auto* attach = AddChoice(tr("&Attach the receipt as a PDF to its e-mail"), "chkPdfAttachment",
-                             "PdfAttachment", "0");
-    auto* copy =
-        AddChoice(tr("&Keep a copy of the printed receipt"), "chkSaveCopy", "SaveCopy", "0");
-    column->insertWidget(2, copy);
-    column->addWidget(attach);
-    EnableWith(print_, copy);
-    EnableWith(email_, attach);
+    AddUnder(print_,
+             AddChoice(tr("&Keep a copy of the printed receipt"), "chkSaveCopy", "SaveCopy", "0"),
+             column);
+  }
+  column->addWidget(email_);
+  if (IsReceipt()) {
+    AddUnder(email_,
+             AddChoice(tr("&Attach the receipt as a PDF to its e-mail"), "chkPdfAttachment",
+                       "PdfAttachment", "0"),
+             column);
   }
   auto* prompt = AddChoice(
       IsReceipt() ? tr("Pro&mpt during receipt printing") : tr("Pro&mpt during letter printing"),

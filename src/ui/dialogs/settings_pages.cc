@@ -14,6 +14,7 @@
 #include <QRadioButton>
 #include <QThreadPool>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cstdint>
 
 #include "letters/template_library.h"
@@ -163,25 +164,25 @@ MailPage::MailPage(Session& session) {
   const auto port = static_cast<std::uint16_t>(options.SmtpPort);
   auto* form = new QFormLayout;
   const auto add = [&](const QString& caption, const QString& value, const char* name) {
-    auto* field = Named(new QLineEdit(value), name);
-    field->setReadOnly(true);
+    auto* field = Named(Remark(value), name);
+    field->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     form->addRow(caption, field);
   };
   add(tr("Letters are sent"),
       options.SmtpSend ? tr("at once, by the server below")
                        : tr("by the desktop's mail program, after a look"),
-      "txtSmtpSend");
-  add(tr("Server"), Shown(options.SmtpAddress), "txtSmtpAddress");
-  add(tr("Port"), QString::number(port), "txtSmtpPort");
+      "lblSmtpSend");
+  add(tr("Server"), Shown(options.SmtpAddress), "lblSmtpAddress");
+  add(tr("Port"), QString::number(port), "lblSmtpPort");
   add(tr("Security"),
       !options.SmtpSSL ? tr("none")
       : port == 465    ? tr("encrypted from the start")
                        : tr("encrypted by STARTTLS"),
-      "txtSmtpSSL");
-  add(tr("Login"), Shown(options.SmtpUsername), "txtSmtpUsername");
+      "lblSmtpSSL");
+  add(tr("Login"), Shown(options.SmtpUsername), "lblSmtpUsername");
   add(tr("Password"), options.SmtpPassword.empty() ? tr("none") : tr("stored, not shown"),
-      "txtSmtpPassword");
-  add(tr("Sender"), Shown(options.SmtpSender), "txtSmtpSender");
+      "lblSmtpPassword");
+  add(tr("Sender"), Shown(options.SmtpSender), "lblSmtpSender");
   mail::Server server;
   server.host = options.SmtpAddress;
   server.port = port;
