@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 
+#include "letters/generation.h"
+#include "platform/spelling/spelling.h"
 #include "startup/commands.h"
 #include "ui/editor/editor_actions.h"
 #include "ui/window/ctl_tree.h"
@@ -100,6 +102,19 @@ class frmMain : public QMainWindow {
   void StoreMargins(int left, int right);
   QStringList CodesFor(InsertList list) const;
 
+  // frm_main_tools.cc
+  // The template selected in the tree, else the one in front.
+  std::optional<TreeModel::Entry> TemplateToGenerate() const;
+  void GenerateLetters();
+  void RunGeneration(const std::function<GenerationSummary(GenerationObserver&)>& run);
+  void OpenPath(const std::filesystem::path& path);
+  void CheckSpelling(frmLetter& letter);
+  void LoadSpeller();
+  void UnderlineIn(LetterWindow& window);
+  void ShowReceiptOptions(bool receipts);
+  void ShowSettings();
+  void ShowPrinterSetup();
+
   void ApplyColourScheme();
   // Long work beside the window; the tree is not refreshed meanwhile, as work changes the caches.
   void RunBeside(const QString& title, Cancelling cancelling, const LetterOutput::Work& work);
@@ -117,6 +132,7 @@ class frmMain : public QMainWindow {
   std::unique_ptr<printing::Printers> printers_;
   std::unique_ptr<LetterOutput> output_;
   CustomFieldCodes custom_fields_;
+  std::shared_ptr<spelling::Speller> speller_;  // for the underlines; null where there are none
   LintPanel* lint_panel_;
   bool dark_desktop_;
   QLabel *letter_state_, *recipient_, *page_width_state_;

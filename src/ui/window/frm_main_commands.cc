@@ -8,6 +8,7 @@
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
+#include "ui/dialogs/frm_future_date.h"
 #include "ui/window/colour_scheme.h"
 #include "ui/window/frm_colours.h"
 #include "ui/window/frm_forms.h"
@@ -42,7 +43,11 @@ LetterWindow* frmMain::MakeLetterWindow() {
                            .default_answer = Answer::kNo}) == Answer::kYes;
   };
   window->letter().PaperWidth = [this] { return printers_ ? printers_->Current().Width() : 0; };
+  window->letter().ShowFutureDateDialog = [this](RichTextBox& editor) {
+    frmFutureDate(editor, this).exec();
+  };
   ShowPage(*window);
+  UnderlineIn(*window);
   window->letter().ChangeWidth(page_width_action_->isChecked());
   window->view().ShowRuler(editor_actions_->ShowRuler()->isChecked());
   connect(editor_actions_->ShowRuler(), &QAction::toggled, &window->view(), &LetterView::ShowRuler);

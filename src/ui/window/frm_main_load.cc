@@ -38,6 +38,7 @@ void frmMain::MDIForm_Load() {
   // The catalogue of merge codes is fixed; what remains is to show its list.
   Guard(kLoad, [this] { DisplayInsertMenu(); });
   Guard(kLoad, [this] { tree_->RefreshTree(); });
+  Guard(kLoad, [this] { LoadSpeller(); });
   Guard(kLoad, [this] { RestoreLayout(); });
 }
 

@@ -86,6 +86,15 @@ void frmMain::BuildFileMenu() {
                                {"mail", QKeySequence(tr("Ctrl+Shift+M"))},
                                [this](frmLetter& letter) { Output().Email(letter); });
   file->addSeparator();
+  Command(file, "mnuPrinterSetup", tr("P&rinter Set-up…"), {}, [this] { ShowPrinterSetup(); });
+  Command(file, "mnuReceiptOptions", tr("&Receipt Options…"), {},
+          [this] { ShowReceiptOptions(true); });
+  Command(file, "mnuInspectionOptions", tr("&Inspection Letter Options…"), {},
+          [this] { ShowReceiptOptions(false); });
+  Command(file, "mnuSettings", tr("S&ettings…"), {"settings", QKeySequence::Preferences}, [this] {
+    ShowSettings();
+  })->setMenuRole(QAction::PreferencesRole);
+  file->addSeparator();
   Command(file, "mnuExit", tr("E&xit"), {nullptr, QKeySequence::Quit}, [this] {
     close();
   })->setMenuRole(QAction::QuitRole);
@@ -145,6 +154,11 @@ void frmMain::BuildFormatMenu() {
 
 void frmMain::BuildToolsMenu() {
   QMenu* tools = AddMenu("mnuTools", tr("&Tools"));
+  Command(tools, "cmdGenerate", tr("&Generate Letter(s)…"),
+          {"generate", QKeySequence(tr("Ctrl+G")), tr("Letters from the selected template")},
+          [this] { GenerateLetters(); });
+  LetterCommand(tools, "mnuSpelling", tr("&Spelling…"), {"spelling", QKeySequence(tr("F7"))},
+                [this](frmLetter& letter) { CheckSpelling(letter); });
   letter_commands_ << Command(tools, "mnuCheckTemplate", tr("&Check Template"),
                               {"check", QKeySequence(tr("F8"))}, [this] { CheckTemplate(); });
   tools->addSeparator();
@@ -193,8 +207,9 @@ void frmMain::BuildToolBar() {
   bar->setMovable(false);
   bar->setIconSize(QSize(20, 20));
   bar->addAction(format_action_);
-  for (const char* name : {"mnuOpen", "mnuSave", "", "mnuPrint", "mnuPrintPreview", "mnuExportPdf",
-                           "mnuEmail", "", "mnuFind", "mnuCheckTemplate", ""}) {
+  for (const char* name :
+       {"mnuOpen", "mnuSave", "", "mnuPrint", "mnuPrintPreview", "mnuExportPdf", "mnuEmail", "",
+        "cmdGenerate", "", "mnuFind", "mnuSpelling", "mnuCheckTemplate", ""}) {
     QAction* action = findChild<QAction*>(QLatin1String(name));
     if (*name == '\0') {
       bar->addSeparator();
@@ -231,6 +246,15 @@ void frmMain::BuildStatusBar() {
 void frmMain::FillTreeMenu(QMenu& menu, const TreeModel::Entry& entry) {
   if (!entry.path.empty()) {
     menu.addAction(LineIcon("open"), tr("&Open"), this, [this, entry] { OpenEntry(entry); });
+  }
+  if (entry.kind == kTemplates || entry.kind == kOwnerTemplates) {
+    if (!entry.path.empty()) menu.addAction(findChild<QAction*>(QStringLiteral("cmdGenerate")));
+  }
+  if (entry.type == TreeModel::Type::kLetter) {
+    menu.addAction(LineIcon("mail"), tr("E-&mail…"), this, [this, entry] {
+      OpenEntry(entry);
+      mail_action_->trigger();
+    });
   }
   if (!entry.path.empty()) {
     menu.addAction(LineIcon("delete"), tr("&Delete…"), this,

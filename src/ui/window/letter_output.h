@@ -20,6 +20,12 @@ class LetterOutput {
   LetterOutput(Session& session, printing::Printers& printers, Runner run)
       : session_(session), printers_(printers), run_(std::move(run)) {}
 
+  // Where the PDF printer writes is up to date.
+  printing::Printers& Printers() {
+    printers_.SetDataFolder(session_.database.DataFolder());
+    return printers_;
+  }
+
   // Asks for the printer. False when nothing was printed; the PDF printer's file is told.
   bool Print(frmLetter& letter);
   // Asks where to.

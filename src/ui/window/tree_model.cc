@@ -287,6 +287,20 @@ QModelIndex TreeModel::Group(const QString& name) const {
   return {};
 }
 
+QModelIndex TreeModel::FindFile(const QModelIndex& below, const fs::path& path) {
+  const Entry& entry = NodeAt(below)->entry;
+  if (entry.path == path) return below;
+  if (IsRecipient(entry.type)) {
+    if (path.parent_path().filename() != entry.folder) return {};
+    fetchMore(below);
+  }
+  for (int row = 0; row < rowCount(below); ++row) {
+    const QModelIndex found = FindFile(index(row, 0, below), path);
+    if (found.isValid()) return found;
+  }
+  return {};
+}
+
 std::vector<fs::path> TreeModel::ShownFolders() const {
   const fs::path data_folder = session_.database.DataFolder();
   std::vector<fs::path> folders{data_folder};

@@ -50,6 +50,8 @@ class TreeModel : public QAbstractItemModel {
   QString KeyOf(const QModelIndex& index) const;
   QModelIndex IndexOfKey(const QString& key) const;
   QModelIndex Group(const QString& name) const;
+  // The letter of this file below an entry; its recipient's letters are read.
+  QModelIndex FindFile(const QModelIndex& below, const std::filesystem::path& path);
   // The folders whose files are shown now.
   std::vector<std::filesystem::path> ShownFolders() const;
 
