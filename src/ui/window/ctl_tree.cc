@@ -186,7 +186,9 @@ QString ctlTree::OpenEntries() const {
 }
 
 void ctlTree::OpenAgain(const QString& keys) {
+  // The view says nothing of what it closes this way.
   view_->collapseAll();
+  model_.SetAllClosed();
   for (const QString& key : keys.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
     view_->expand(filter_.mapFromSource(model_.IndexOfKey(key)));
   }
@@ -198,11 +200,21 @@ void ctlTree::Filter(const QString& text) {
   view_->setUpdatesEnabled(false);
   filter_.SetText(text);
   if (filter_.Active()) {
-    view_->expandToDepth(1);
+    ExpandGroupsAndFolds();
   } else if (was_active) {
     OpenAgain(open_before_search_);
   }
   view_->setUpdatesEnabled(true);
+}
+
+void ctlTree::ExpandGroupsAndFolds() {
+  for (int row = 0; row < filter_.rowCount(); ++row) {
+    const QModelIndex group = filter_.index(row, 0);
+    view_->expand(group);
+    const QModelIndex fold = filter_.index(0, 0, group);
+    const Entry* entry = model_.EntryAt(Source(fold));
+    if (entry != nullptr && entry->type == TreeModel::Type::kClosedFold) view_->expand(fold);
+  }
 }
 
 void ctlTree::ShowContextMenu(const QPoint& position) {

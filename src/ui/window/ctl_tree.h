@@ -53,6 +53,7 @@ class ctlTree : public QWidget {
   void BuildView();
   void Filter(const QString& text);
   void SelectFirstFound();
+  void ExpandGroupsAndFolds();
   void ShowContextMenu(const QPoint& position);
   void Watch();
   QModelIndex Source(const QModelIndex& shown) const { return filter_.mapToSource(shown); }

@@ -113,7 +113,7 @@ QWidget* frmMain::MakeWelcome() {
                           welcome);
   hint->setWordWrap(true);
   hint->setAlignment(Qt::AlignHCenter);
-  hint->setFixedWidth(420);
+  hint->setFixedSize(420, hint->heightForWidth(420));
   hint->setForegroundRole(QPalette::PlaceholderText);
   auto* layout = new QVBoxLayout(welcome);
   layout->addStretch(2);

@@ -21,10 +21,20 @@ LetterDesk::LetterDesk(QWidget* parent) : QStackedWidget(parent), area_(new QMdi
   });
 }
 
+LetterDesk::~LetterDesk() {
+  // The letters still open go with the desk, and must not ask it for a welcome any more.
+  for (QMdiSubWindow* frame : area_->subWindowList()) disconnect(frame, nullptr, this, nullptr);
+}
+
 LetterWindow* LetterDesk::Active() const {
   // While another program's window is in front none is active, but one is still current.
   const QMdiSubWindow* window = area_->currentSubWindow();
-  return window == nullptr ? nullptr : qobject_cast<LetterWindow*>(window->widget());
+  if (window == nullptr) {
+    const auto windows = area_->subWindowList(QMdiArea::ActivationHistoryOrder);
+    if (windows.isEmpty()) return nullptr;
+    window = windows.last();
+  }
+  return qobject_cast<LetterWindow*>(window->widget());
 }
 
 std::vector<LetterWindow*> LetterDesk::Letters() const {

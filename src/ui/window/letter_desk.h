@@ -15,6 +15,7 @@ class LetterDesk : public QStackedWidget {
 
  public:
   explicit LetterDesk(QWidget* parent = nullptr);
+  ~LetterDesk() override;
 
   // The letter in front, or null.
   LetterWindow* Active() const;

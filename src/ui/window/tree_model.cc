@@ -3,7 +3,9 @@
 #include <QFont>
 #include <QSet>
 #include <algorithm>
+#include <functional>
 #include <system_error>
+#include <utility>
 
 #include "letters/file_names.h"
 #include "letters/template_library.h"
@@ -23,28 +25,6 @@ QString ToQt(std::string_view text) {
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-QIcon IconOf(const TreeModel::Entry& entry) {
-  using Type = TreeModel::Type;
-  static const QIcon group = LineIcon("group"), letter_template = LineIcon("template"),
-                     closed = LineIcon("closed"), tenant = LineIcon("tenant"),
-                     owner = LineIcon("owner"), letter = LineIcon("letter");
-  switch (entry.type) {
-    case Type::kGroup:
-      return group;
-    case Type::kTemplate:
-      return letter_template;
-    case Type::kClosedFold:
-      return closed;
-    case Type::kTenant:
-      return tenant;
-    case Type::kOwner:
-      return owner;
-    case Type::kLetter:
-      return letter;
-  }
-  return {};
-}
-
 bool IsRecipient(TreeModel::Type type) {
   return type == TreeModel::Type::kTenant || type == TreeModel::Type::kOwner;
 }
@@ -62,7 +42,11 @@ struct TreeModel::Node {
 };
 
 TreeModel::TreeModel(Session& session, QObject* parent)
-    : QAbstractItemModel(parent), session_(session), root_(std::make_unique<Node>()) {}
+    : QAbstractItemModel(parent),
+      session_(session),
+      icons_{LineIcon("group"),  LineIcon("template"), LineIcon("closed"),
+             LineIcon("tenant"), LineIcon("owner"),    LineIcon("letter")},
+      root_(std::make_unique<Node>()) {}
 
 TreeModel::~TreeModel() = default;
 
@@ -325,6 +309,14 @@ void TreeModel::SetOpen(const QModelIndex& index, bool open) {
   emit dataChanged(index, index);
 }
 
+void TreeModel::SetAllClosed() {
+  const std::function<void(Node&)> close = [&](Node& node) {
+    if (std::exchange(node.open, false)) emit dataChanged(IndexOf(node), IndexOf(node));
+    for (const auto& child : node.children) close(*child);
+  };
+  close(*root_);
+}
+
 QModelIndex TreeModel::index(int row, int column, const QModelIndex& parent) const {
   const Node* node = NodeAt(parent);
   if (column != 0 || row < 0 || row >= static_cast<int>(node->children.size())) return {};
@@ -357,6 +349,23 @@ void TreeModel::fetchMore(const QModelIndex& parent) {
   Replace(*node, MakeLetters(node->entry));
 }
 
+const QIcon& TreeModel::IconOf(Type type) const {
+  switch (type) {
+    case Type::kTemplate:
+      return icons_.letter_template;
+    case Type::kClosedFold:
+      return icons_.closed;
+    case Type::kTenant:
+      return icons_.tenant;
+    case Type::kOwner:
+      return icons_.owner;
+    case Type::kLetter:
+      return icons_.letter;
+    default:
+      return icons_.group;
+  }
+}
+
 int TreeModel::GroupCount(const Node& group) {
   std::size_t count = 0;
   for (const auto& child : group.children) {
@@ -377,7 +386,7 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
       }
       return entry.name;
     case Qt::DecorationRole:
-      return IconOf(entry);
+      return IconOf(entry.type);
     case Qt::FontRole: {
       QFont font;
       font.setBold(entry.type == Type::kGroup);

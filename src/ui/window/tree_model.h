@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QAbstractItemModel>
+#include <QIcon>
 #include <QString>
 #include <filesystem>
 #include <memory>
@@ -57,6 +58,7 @@ class TreeModel : public QAbstractItemModel {
 
   // The folded entry's sign: "+ <Closed Tenants>" closed, "- <Closed Tenants>" open.
   void SetOpen(const QModelIndex& index, bool open);
+  void SetAllClosed();
 
   QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
   QModelIndex parent(const QModelIndex& child) const override;
@@ -69,6 +71,9 @@ class TreeModel : public QAbstractItemModel {
 
  private:
   struct Node;
+  struct Icons {
+    QIcon group, letter_template, closed, tenant, owner, letter;
+  };
   using Nodes = std::vector<std::unique_ptr<Node>>;
 
   Node* NodeAt(const QModelIndex& index) const;
@@ -92,7 +97,10 @@ class TreeModel : public QAbstractItemModel {
   void ReadFolders();
   static int GroupCount(const Node& group);
 
+  const QIcon& IconOf(Type type) const;
+
   Session& session_;
+  const Icons icons_;
   std::unique_ptr<Node> root_;
   std::set<std::string> folders_;  // sub-folders of the data folder when it was last read
 };

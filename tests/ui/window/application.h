@@ -1,16 +1,27 @@
-// Qt's application for a test program; it shows nothing.
+// Qt's application for a test program, for as long as its tests run; it shows nothing.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QApplication>
+#include <optional>
 
 namespace tenora::test {
 
-inline QApplication& Application() {
-  static int count = 1;
-  static char name[] = "window_test";
-  static char* arguments[] = {name, nullptr};
-  static QApplication application(count, arguments);
-  return application;
-}
+class ApplicationEnvironment : public ::testing::Environment {
+ public:
+  void SetUp() override { application_.emplace(count_, arguments_); }
+  // Before the statics go that Qt has made meanwhile.
+  void TearDown() override { application_.reset(); }
+
+ private:
+  char name_[5] = "test";
+  char* arguments_[2] = {name_, nullptr};
+  int count_ = 1;
+  std::optional<QApplication> application_;
+};
+
+inline ::testing::Environment* const application_environment =
+    ::testing::AddGlobalTestEnvironment(new ApplicationEnvironment);
 
 }  // namespace tenora::test

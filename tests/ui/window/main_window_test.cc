@@ -32,10 +32,7 @@ class FewPrinters : public printing::Printers {
 
 class MainWindow : public ::testing::Test {
  protected:
-  MainWindow() {
-    test::Application();
-    session_.settings.SaveSettingText("Mail", "FormsAtStartup", "1");
-  }
+  MainWindow() { session_.settings.SaveSettingText("Mail", "FormsAtStartup", "1"); }
 
   void Load() {
     parts_ = std::make_unique<CommandParts>(CommandParts{
