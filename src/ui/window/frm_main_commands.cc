@@ -19,6 +19,8 @@ namespace {
 
 constexpr int kTellFor = 10000;  // milliseconds in the status bar
 
+constexpr int kFindingsHeight = 130;  // pixels
+
 }  // namespace
 
 void frmMain::WithLetter(const std::function<void(frmLetter& letter)>& command) {
@@ -96,6 +98,7 @@ void frmMain::CheckTemplate() {
                                                          : TemplateKind::kCheque;
   lint_panel_->Show(*window, LintTemplate(window->letter().rtfLetter, kind,
                                           session_.platform.clock.Today(), &custom_fields_));
+  resizeDocks({lint_panel_}, {kFindingsHeight}, Qt::Vertical);
 }
 
 void frmMain::DeleteEntry(const TreeModel::Entry& entry) {
