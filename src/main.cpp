@@ -58,8 +58,9 @@ int RunMain(const std::vector<std::string>& arguments) {
 int RunGenerateCommand(const std::vector<std::string>& arguments) {
   using namespace tenora;
   return WithPlatform([&](const Platform& platform) {
-    return RunGenerate(arguments, GenerateParts{platform, MakePrinters, std::cout, std::cerr,
-                                                ::isatty(STDERR_FILENO) == 1});
+    return RunGenerate(arguments,
+                       GenerateParts{platform, MakePrinters, std::cout, std::cerr,
+                                     ::isatty(STDOUT_FILENO) == 1, ::isatty(STDERR_FILENO) == 1});
   });
 }
 
