@@ -31,12 +31,13 @@ constexpr const char* kHelpFooter =
       TOEMAIL="True"      send it to the tenant by e-mail
       REPRINT="number"    the receipt of an earlier payment, by its record number;
                           the tenant is then found by the payment
-  PRINTCHEQUE="" VALUE="amount" FORMAT="template name" DOLLARS="word" CENTS="word" PAYEE="name"
-      prints a cheque on a printer chosen from the list, from a template in the data folder's
-      "Cheque", or "Check" where the locale writes the month first.
-      DOLLARS, CENTS      the currency's words, kept for later cheques; may be empty
-      A parameter's name within another value is taken for that parameter where it comes first:
-      give all of them, and PAYEE last.
+  PRINTCHEQUE="" VALUE="amount" FORMAT="template name" PAYEE="name"
+      prints a cheque on a printer chosen from the list (a list on the terminal). The
+      template lies in the data folder's "Cheque", or in "Check" where the locale's short
+      date begins with the month.
+      DOLLARS="word" CENTS="word"   the currency's words, kept for later cheques
+      Where a payee may hold a parameter's name ("Two Cents Ltd"), give every parameter,
+      an empty one as CENTS="", and PAYEE last: the first place of a name counts.
   Typed in a shell, the inner quotes may be left out: PRINTRECEIPT=T00001 FORMAT="Rent review"
 
 Environment:
