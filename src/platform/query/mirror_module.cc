@@ -4,6 +4,8 @@
 #include <cmath>
 #include <memory>
 #include <new>
+#include <optional>
+#include <span>
 #include <string>
 
 #include "platform/query/collation.h"
@@ -19,10 +21,8 @@ struct VirtualTable : sqlite3_vtab {
 struct Cursor : sqlite3_vtab_cursor {
   MirrorTable* table = nullptr;
   RowNumber row = 0;
-  int lookup = -1;  // column, -1 for all rows
-  bool by_text = false;
-  std::int64_t integer = 0;
-  std::string text;
+  bool lookup = false;
+  std::span<const RowNumber> matches;  // of a lookup, from the current row on
 };
 
 // SQLite's code cannot be left by an exception.
@@ -115,47 +115,49 @@ int CloseCursor(sqlite3_vtab_cursor* cursor) {
   return SQLITE_OK;
 }
 
-// Sets the whole number to look for; false where no whole number equals the value.
-bool TakeInteger(Cursor& cursor, sqlite3_value* value) {
+// The whole number to look for; none where no whole number equals the value.
+std::optional<std::int64_t> IntegerOf(sqlite3_value* value) {
   const int type = sqlite3_value_type(value);
-  if (type == SQLITE_FLOAT) {
-    const double number = sqlite3_value_double(value);
-    if (number != std::trunc(number) || !(std::abs(number) < 9e18)) return false;
-    cursor.integer = static_cast<std::int64_t>(number);
-    return true;
+  if (type == SQLITE_INTEGER) return sqlite3_value_int64(value);
+  if (type != SQLITE_FLOAT) return std::nullopt;
+  const double number = sqlite3_value_double(value);
+  if (number != std::trunc(number) || !(std::abs(number) < 9e18)) return std::nullopt;
+  return static_cast<std::int64_t>(number);
+}
+
+std::span<const RowNumber> Matches(MirrorTable& table, std::size_t column, sqlite3_value* value) {
+  if (table.columns()[column].type() != Type::kText) {
+    const std::optional<std::int64_t> number = IntegerOf(value);
+    return number ? table.Matches(column, *number) : std::span<const RowNumber>();
   }
-  cursor.integer = sqlite3_value_int64(value);
-  return type == SQLITE_INTEGER;
+  if (sqlite3_value_type(value) != SQLITE_TEXT) return {};
+  const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  return table.Matches(
+      column, std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value))));
+}
+
+void TakeMatch(Cursor& cursor) {
+  cursor.row = cursor.matches.empty() ? kNoRow : cursor.matches.front();
 }
 
 int Filter(sqlite3_vtab_cursor* base, int column, int count, sqlite3_value** values) {
   Cursor& cursor = *static_cast<Cursor*>(base);
-  cursor.lookup = count == 0 ? -1 : column;
+  cursor.lookup = count > 0;
   cursor.row = 0;
-  if (cursor.lookup < 0) return SQLITE_OK;
-  cursor.row = kNoRow;
-  const auto lookup = static_cast<std::size_t>(column);
-  cursor.by_text = cursor.table->columns()[lookup].type() == Type::kText;
-  if (cursor.by_text) {
-    if (sqlite3_value_type(values[0]) != SQLITE_TEXT) return SQLITE_OK;
-    const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(values[0]));
-    cursor.text.assign(text, static_cast<std::size_t>(sqlite3_value_bytes(values[0])));
-    cursor.row = cursor.table->FirstMatch(lookup, cursor.text);
-  } else if (TakeInteger(cursor, values[0])) {
-    cursor.row = cursor.table->FirstMatch(lookup, cursor.integer);
-  }
+  if (!cursor.lookup) return SQLITE_OK;
+  cursor.matches = Matches(*cursor.table, static_cast<std::size_t>(column), values[0]);
+  TakeMatch(cursor);
   return SQLITE_OK;
 }
 
 int Next(sqlite3_vtab_cursor* base) {
   Cursor& cursor = *static_cast<Cursor*>(base);
-  if (cursor.lookup < 0) {
+  if (cursor.lookup) {
+    cursor.matches = cursor.matches.subspan(1);
+    TakeMatch(cursor);
+  } else {
     ++cursor.row;
-    return SQLITE_OK;
   }
-  const auto lookup = static_cast<std::size_t>(cursor.lookup);
-  cursor.row = cursor.by_text ? cursor.table->NextMatch(lookup, cursor.row, cursor.text)
-                              : cursor.table->NextMatch(lookup, cursor.row, cursor.integer);
   return SQLITE_OK;
 }
 
