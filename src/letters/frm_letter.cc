@@ -173,19 +173,6 @@ std::string frmLetter::EmailAddress() const {
   return {};
 }
 
-std::string frmLetter::AddressProblem(const std::string& address) const {
-  const std::string unsent = "\"" + members_.LetterTitle + "\" was not sent.";
-  if (TrimBlanks(address).empty()) {
-    return members_.RecipientName + " has no e-mail address. " + unsent;
-  }
-  try {
-    mail::ParseAddresses(address);
-  } catch (const RuntimeError& error) {
-    return members_.RecipientName + ": " + ErrorText(error) + "\r\n" + unsent;
-  }
-  return {};
-}
-
 EmailBody frmLetter::BodyOfEmail(bool attach_pdf) const {
   EmailBody body = MakeEmailBody(rtfLetter);
   if (attach_pdf) {
@@ -200,8 +187,15 @@ bool frmLetter::SendEmail(clsEmailSender& sender, const std::string& subject, bo
   bool sent = false;
   Guarded(dialogs, "frmLetter - SendEmail", [&] {
     const std::string address = EmailAddress();
-    if (const std::string problem = AddressProblem(address); !problem.empty()) {
-      dialogs.Say(problem);
+    const std::string unsent = "\"" + members_.LetterTitle + "\" was not sent.";
+    if (TrimBlanks(address).empty()) {
+      dialogs.Say(members_.RecipientName + " has no e-mail address. " + unsent);
+      return;
+    }
+    try {
+      mail::ParseAddresses(address);
+    } catch (const RuntimeError& error) {
+      dialogs.Say(members_.RecipientName + ": " + ErrorText(error) + "\r\n" + unsent);
       return;
     }
     sent = sender.DeliverEmail(address, BodyOfEmail(attach_pdf), subject, true);

@@ -79,8 +79,6 @@ class frmLetter {
   // the letter's kind says. Empty when there is none.
   std::string EmailAddress() const;
 
-  // Why nothing can be mailed to this address, in words for people; empty when it can.
-  std::string AddressProblem(const std::string& address) const;
   // The letter as the body of an e-mail, with itself as a PDF where `attach_pdf` is set.
   EmailBody BodyOfEmail(bool attach_pdf) const;
   // Sends the letter to its recipient, with itself as a PDF where `attach_pdf` is set. A failure,

@@ -14,7 +14,8 @@ namespace {
 
 void LoadRentalData(Session& session) {
   if (ReloadRentalData(session)) return;
-  throw StandardError(error_number::kObjectNotSet, "the rental database could not be read");
+  throw RuntimeError(error_number::kObjectNotSet,
+                     "The rental database could not be read; nothing was done.");
 }
 
 void RequirePrinter(printing::Printers* printers, Destination destination) {

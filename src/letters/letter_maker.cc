@@ -1,16 +1,6 @@
 #include "letters/letter_maker.h"
 
-#include "platform/runtime/error.h"
-
 namespace tenora {
-namespace {
-
-RuntimeError CannotFill(const std::string& why) {
-  return StandardError(error_number::kInvalidProcedureCall, why);
-}
-
-}  // namespace
-
 LetterMaker::LetterMaker(Session& session, const GenerationRequest& request,
                          BadFutureDate bad_future_date)
     : session_(session), request_(request), bad_future_date_(bad_future_date), letter_(session) {}
@@ -49,7 +39,7 @@ frmLetter& LetterMaker::Make(const Recipient& recipient, std::size_t* unanswered
     MergeOwner();
   }
   if (session_.database.ErrorsReported() != errors_before) {
-    throw CannotFill("the rental database could not be read for " + recipient.name);
+    throw LetterProblem("the rental database could not be read");
   }
   *unanswered = letter_.InsertPrompts(request_.answers);
   return letter_;
@@ -62,15 +52,13 @@ frmLetter& LetterMaker::Load(const Recipient& recipient, const std::filesystem::
 }
 
 void LetterMaker::MergeTenant() {
-  const LetterMembers& members = letter_.members();
   const TenantMergeOutcome outcome = letter_.InsertTenantDetails();
   if (outcome.error) throw *outcome.error;
   if (!outcome.tenant_found) {
-    throw CannotFill("the rental database has no tenancy of " + members.RecipientName +
-                     (members.TenantCode.empty() ? "" : " (" + members.TenantCode + ")"));
+    throw LetterProblem("the rental database has no such tenancy");
   }
   if (!outcome.receipt_number_issued) {
-    throw CannotFill("no building receipt number could be issued");
+    throw LetterProblem("no building receipt number could be issued");
   }
   RequireFutureDates(outcome.future_dates_inserted);
 }
@@ -79,14 +67,14 @@ void LetterMaker::MergeOwner() {
   const OwnerMergeOutcome outcome = letter_.InsertOwnerDetails();
   if (outcome.error) throw *outcome.error;
   if (!outcome.owner_found) {
-    throw CannotFill("the rental database has no owner called " + letter_.members().RecipientName);
+    throw LetterProblem("the rental database has no owner of this name");
   }
   RequireFutureDates(outcome.future_dates_inserted);
 }
 
 void LetterMaker::RequireFutureDates(bool inserted) const {
   if (!inserted && bad_future_date_ == BadFutureDate::kRaised) {
-    throw CannotFill("the template holds a future date that cannot be read");
+    throw LetterProblem("the template holds a future date that cannot be read");
   }
 }
 

@@ -7,8 +7,16 @@
 #include "letters/frm_letter.h"
 #include "letters/generation_request.h"
 #include "letters/template_library.h"
+#include "platform/runtime/error.h"
 
 namespace tenora {
+
+// What stands against one letter and says nothing of the next, as a sentence for people.
+class LetterProblem : public RuntimeError {
+ public:
+  explicit LetterProblem(const std::string& why)
+      : RuntimeError(error_number::kInvalidProcedureCall, why) {}
+};
 
 class LetterMaker {
  public:
@@ -21,8 +29,9 @@ class LetterMaker {
   void ReadTemplate();
 
   // A letter for this recipient, merged, its prompts asked; `unanswered` counts the ones that were
-  // cancelled. Raises for a letter that could not be filled: nobody of that name or code, a failed
-  // look-up, a building receipt number that could not be issued.
+  // cancelled. Raises LetterProblem for a letter that could not be filled: nobody of that name or
+  // code, a failed look-up, a building receipt number that could not be issued; and the errors of
+  // the merge.
   frmLetter& Make(const Recipient& recipient, std::size_t* unanswered);
   // The letter that an earlier run saved for this recipient. Raises what LoadLetter raises.
   frmLetter& Load(const Recipient& recipient, const std::filesystem::path& file);

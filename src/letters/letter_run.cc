@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "platform/dialogs/guard.h"
+#include "platform/mail/address.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
@@ -17,11 +18,21 @@ constexpr const char* kLabel = "frmMain - cmdGenerate_Click";
 constexpr std::chrono::seconds kBetweenSyncs{1};
 constexpr std::size_t kLargestGroup = 8192;
 
-// One letter cannot be mailed, for a reason that says nothing of the next.
-class MailProblem : public RuntimeError {
+// One letter cannot be mailed; the next may well be.
+class MailProblem : public LetterProblem {
  public:
-  using RuntimeError::RuntimeError;
+  using LetterProblem::LetterProblem;
 };
+
+// Raises MailProblem for an address that nothing can be sent to.
+void RequireAddress(const std::string& address) {
+  if (TrimBlanks(address).empty()) throw MailProblem("no e-mail address");
+  try {
+    mail::ParseAddresses(address);
+  } catch (const RuntimeError& error) {
+    throw MailProblem(std::string(error.description()));
+  }
+}
 
 bool ConcernsEveryLetter(int number) {
   return number == mail::smtp_error::kCannotConnect || number == mail::smtp_error::kLoginRefused ||
@@ -128,13 +139,18 @@ bool LetterRun::Process(std::size_t number) {
     return after_error_ == AfterError::kNextRecipient;
   } catch (const MailProblem& error) {
     // As for a single letter, the window shows it and the run goes on.
-    if (after_error_ == AfterError::kStop) session_.platform.dialogs.Say(error.what());
-    static_cast<void>(Fail(std::move(report), error));
+    if (after_error_ == AfterError::kStop) {
+      session_.platform.dialogs.Say(report.recipient.name + ": " + error.what());
+    }
+    Fail(std::move(report), error.what());
     return true;
+  } catch (const LetterProblem& error) {
+    if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
+    return Fail(std::move(report), error.what());
   } catch (...) {
     const RuntimeError error = CurrentError();
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
-    return Fail(std::move(report), error);
+    return Fail(std::move(report), ErrorText(error));
   }
 }
 
@@ -222,7 +238,7 @@ void LetterRun::TakePdfs(std::vector<PdfResult> results) {
       if (after_error_ == AfterError::kStop && !stopped_) {
         ShowError(session_.platform.dialogs, kLabel, *result.error);
       }
-      if (!Fail(std::move(report), *result.error)) stopped_ = true;
+      if (!Fail(std::move(report), ErrorText(*result.error))) stopped_ = true;
       continue;
     }
     observer_.Saved(result.path);
@@ -256,9 +272,7 @@ void LetterRun::PrintInJob(LetterReport& report) {
 void LetterRun::Mail(LetterReport& report) {
   const std::string address = letter_->EmailAddress();
   log_.Note(report.number, LetterState::kSaved);
-  if (const std::string problem = letter_->AddressProblem(address); !problem.empty()) {
-    throw MailProblem(error_number::kInvalidProcedureCall, problem);
-  }
+  RequireAddress(address);
   const EmailBody body = letter_->BodyOfEmail(false);
   log_.Note(report.number, LetterState::kSending, address);
   log_.Sync();
@@ -268,7 +282,7 @@ void LetterRun::Mail(LetterReport& report) {
     throw;
   } catch (const RuntimeError& error) {
     if (ConcernsEveryLetter(error.number())) throw;
-    throw MailProblem(error.number(), std::string(error.description()));
+    throw MailProblem(ErrorText(error));
   }
   log_.Note(report.number, LetterState::kMailed, address);
   try {
@@ -278,9 +292,9 @@ void LetterRun::Mail(LetterReport& report) {
   }
 }
 
-bool LetterRun::Fail(LetterReport report, const RuntimeError& error) {
+bool LetterRun::Fail(LetterReport report, const std::string& problem) {
   report.result = Result::kFailed;
-  report.problem = ErrorText(error);
+  report.problem = problem;
   log_.Note(report.number, LetterState::kFailed, report.problem);
   observer_.LetterFinished(report);
   return after_error_ == AfterError::kNextRecipient;
@@ -295,7 +309,7 @@ void LetterRun::SyncGroup() {
   } catch (...) {
     const RuntimeError error = CurrentError();
     for (const std::size_t number : std::exchange(unsynced_, {})) {
-      if (!Fail(ReportOn(number), error)) stopped_ = true;
+      if (!Fail(ReportOn(number), ErrorText(error))) stopped_ = true;
     }
   }
   try {
@@ -321,7 +335,7 @@ void LetterRun::EndJob() {
     const RuntimeError error = CurrentError();
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     for (const std::size_t number : letters) {
-      Fail(ReportOn(number), error);
+      Fail(ReportOn(number), ErrorText(error));
     }
     stopped_ = true;
   }

@@ -46,7 +46,7 @@ class LetterRun {
   void TakePdfs(std::vector<PdfResult> results);
 
   // False when the run must end.
-  bool Fail(LetterReport report, const RuntimeError& error);
+  bool Fail(LetterReport report, const std::string& problem);
   void SyncGroup();
   void EndJob();
   void Finish();

@@ -21,6 +21,7 @@ constexpr char kNameEnd = ';';
 // A row of a cache as the list needs it.
 struct Candidate {
   const std::string& name;
+  const std::string& key;       // as RecipientRow's
   const std::string& code;      // of the tenancy
   const std::string& property;  // shown in brackets, unless empty
   const std::string& email;
@@ -33,19 +34,19 @@ void ForEachCandidate(const Caches& caches, std::string_view kind, bool by_prope
   static const std::string kNone;
   if (kind == kTemplates) {
     for (const TenantRecord& tenant : caches.Tenants) {
-      use(Candidate{tenant.KeyName, tenant.Reference, tenant.PropertyCode, tenant.Email,
-                    tenant.Closed},
+      use(Candidate{tenant.KeyName, tenant.Reference, tenant.Reference, tenant.PropertyCode,
+                    tenant.Email, tenant.Closed},
           true);
     }
   } else if (kind == kOwnerTemplates && by_property) {
     for (const PropertyRecord& property : caches.Properties) {
-      use(Candidate{property.OwnerName, kNone, property.Code, property.Email,
+      use(Candidate{property.OwnerName, property.Code, kNone, property.Code, property.Email,
                     property.ClosedStatus},
           true);
     }
   } else if (kind == kOwnerTemplates) {
     for (const OwnerRecord& owner : caches.Owners) {
-      use(Candidate{owner.Name, kNone, kNone, owner.Email, owner.ClosedStatus}, false);
+      use(Candidate{owner.Name, owner.Code, kNone, kNone, owner.Email, owner.ClosedStatus}, false);
     }
   }
 }
@@ -115,7 +116,7 @@ std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view 
                               !filter.exclude_no_email_ticked;
           std::string text = ItemText(row, with_property);
           if (!listed || !HoldsAll(text, words)) return;
-          rows.push_back({std::move(text), {row.name, row.code}});
+          rows.push_back({std::move(text), row.key, {row.name, row.code}});
         });
   };
   pass(false);

@@ -21,6 +21,7 @@ struct Recipient {
 // One line of the list.
 struct RecipientRow {
   std::string text;  // "(Closed) Jane Smith (P00012)"
+  std::string key;   // the code of the tenancy, the owner or, by property, the property
   Recipient recipient;
 };
 

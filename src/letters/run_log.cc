@@ -83,21 +83,38 @@ RunLog::RunLog(const fs::path& data_folder, GenerationRequest request, const Clo
 RunLog RunLog::Resume(const fs::path& path, const fs::path& data_folder, const Clock& clock) {
   RunLog log(Resolved(path), clock);
   log.data_folder_ = data_folder;
-  log.fd_ = ::open(log.path_.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NOFOLLOW);
-  if (log.fd_ < 0) throw FileError(errno, path);
+  log.Open();
   log.Lock(true);
-  const std::string text = ReadLog(log.fd_, path);
-  const std::size_t whole = WholeLines(text);
-  try {
-    log.run_ = ReadRunLog(std::string_view(text).substr(0, whole));
-  } catch (const RuntimeError& error) {
-    throw RuntimeError(error.number(), path.string() + ": " + std::string(error.description()));
-  }
+  const std::size_t whole = log.Read();
   log.CheckOrigin(data_folder);
   if (::ftruncate(log.fd_, static_cast<off_t>(whole)) != 0) throw FileError(errno, path);
   log.Remark("resumed", "");
   log.Sync();
   return log;
+}
+
+GenerationRequest RunLog::RequestOf(const fs::path& path) {
+  const Clock clock;
+  RunLog log(Resolved(path), clock);
+  log.Open();
+  log.Read();
+  return std::move(log.run_.request);
+}
+
+void RunLog::Open() {
+  fd_ = ::open(path_.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (fd_ < 0) throw FileError(errno, path_);
+}
+
+std::size_t RunLog::Read() {
+  const std::string text = ReadLog(fd_, path_);
+  const std::size_t whole = WholeLines(text);
+  try {
+    run_ = ReadRunLog(std::string_view(text).substr(0, whole));
+  } catch (const RuntimeError& error) {
+    throw RuntimeError(error.number(), path_.string() + ": " + std::string(error.description()));
+  }
+  return whole;
 }
 
 RunLog::RunLog(RunLog&& other) noexcept

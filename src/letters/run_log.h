@@ -21,6 +21,8 @@ class RunLog {
   // data folder, and for a copy: the letters mailed since would be mailed again.
   static RunLog Resume(const std::filesystem::path& path, const std::filesystem::path& data_folder,
                        const Clock& clock);
+  // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does.
+  static GenerationRequest RequestOf(const std::filesystem::path& path);
   RunLog(RunLog&& other) noexcept;
   RunLog& operator=(RunLog&&) = delete;
   ~RunLog();
@@ -45,7 +47,10 @@ class RunLog {
 
  private:
   RunLog(std::filesystem::path path, const Clock& clock) : path_(std::move(path)), clock_(clock) {}
+  void Open();
   void Lock(bool required);
+  // Reads what whole lines the file has; the result is their length.
+  std::size_t Read();
   void CheckOrigin(const std::filesystem::path& data_folder) const;
 
   std::filesystem::path path_;

@@ -119,6 +119,9 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
                    "Switches: +CR line ends, +F=3 default font size, -FF no font faces, +U Unicode "
                    "escapes as character references, +E angle brackets and & as entities");
 
+  // Runs elsewhere, with the rental data; here it is only listed.
+  app.add_subcommand("generate", "Make a letter for each of many tenants or owners");
+
   std::ranges::reverse(arguments);  // CLI11 takes them from the back
   try {
     app.parse(arguments);
