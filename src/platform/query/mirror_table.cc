@@ -98,6 +98,20 @@ void MirrorColumn::Append(access::RowCursor& cursor, std::size_t column) {
   }
 }
 
+void MirrorColumn::PrefetchPlace(RowNumber row) const {
+  if (!integers_.empty()) {
+    __builtin_prefetch(&integers_[row]);
+  } else if (!doubles_.empty()) {
+    __builtin_prefetch(&doubles_[row]);
+  } else {
+    __builtin_prefetch(&ends_[row]);
+  }
+}
+
+void MirrorColumn::PrefetchBytes(RowNumber row) const {
+  if (!ends_.empty()) __builtin_prefetch(Bytes(row).data());
+}
+
 void MirrorColumn::ShrinkToFit() {
   nulls_.shrink_to_fit();
   integers_.shrink_to_fit();

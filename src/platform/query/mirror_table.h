@@ -33,6 +33,11 @@ class MirrorColumn {
     const std::uint64_t start = row == 0 ? 0 : ends_[row - 1];
     return std::string_view(bytes_).substr(start, ends_[row] - start);
   }
+  // Ask the processor for what Integer, Double and Bytes of this row read. Rows of one value lie
+  // far apart, and waiting for them one after the other is most of a look-up's time. A text's place
+  // must have arrived before its bytes can be asked for.
+  void PrefetchPlace(RowNumber row) const;
+  void PrefetchBytes(RowNumber row) const;
   void Append(access::RowCursor& cursor, std::size_t column);
   // Gives back what growing has reserved too much.
   void ShrinkToFit();
