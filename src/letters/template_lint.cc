@@ -178,10 +178,11 @@ class Linter {
       if (inside || InMergeField(code)) continue;
       std::string_view written(text_->text);
       written = written.substr(code.begin, code.end - code.begin);
-      const std::string meant = MeantCode(WithoutBrackets(written), kind_);
-      if (meant.empty()) continue;
-      Add(code, {Kind::kBrackets, std::string(written) + " is no code: it has other brackets",
-                 "write " + meant + " with two < and two >"});
+      std::string advice = AdviceForLookalike(WithoutBrackets(written), kind_);
+      if (advice.empty()) continue;
+      Add(code, {Kind::kBrackets,
+                 std::string(written) + " stays in the letter: a code has two < and two >",
+                 std::move(advice)});
     }
   }
 
@@ -209,12 +210,13 @@ class Linter {
     std::string_view name = TrimBlanks(std::string_view(instruction).substr(word + kWord.size()));
     name = name.substr(0, name.find_first_of("\\\n"));
     if (name.starts_with('"')) name = name.substr(1, name.find('"', 1) - 1);
-    const std::string meant = MeantCode(TrimBlanks(name), kind_);
+    std::string advice = AdviceForLookalike(TrimBlanks(name), kind_);
+    if (advice.empty()) advice = "write a code in << and >>";
     Add({word, word + kWord.size(), true, false},
         {Kind::kMergeField,
          "the word processor's merge field \"" + std::string(TrimBlanks(name)) +
              "\" is filled by no merge of this program",
-         "take the field out and write " + (meant.empty() ? "a code in << and >>" : meant)});
+         "take the field out and " + advice});
   }
 
   void Add(const ScannedCode& code, Complaint complaint) {
