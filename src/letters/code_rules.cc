@@ -147,7 +147,7 @@ Complaint NotReplaced(std::string_view name, TemplateKind kind) {
   if (const auto other = OtherKindOf(name, kind)) return OtherTemplate(name, *other, kind);
   const std::string meant = Respelt(name, kind);
   if (!meant.empty() && EqualsNoCase(meant, name)) {
-    return {Kind::kLetterCase, code + " is written in other letters and stays in the letter",
+    return {Kind::kLetterCase, code + " is written in another letter case and stays in the letter",
             "write " + InBrackets(meant)};
   }
   if (!meant.empty() && EqualsNoCase(meant, Tidied(name))) {
@@ -204,8 +204,8 @@ std::optional<Complaint> CheckFutureDate(std::string_view name, Date today) {
       return Complaint{Kind::kFutureDate,
                        InBrackets(name) + " has the unknown unit \"" + parts[1] +
                            "\": it prints nothing, or the date of the future date before it",
-                       "write Days, Weeks, Months or Years, in these letters" +
-                           (nearest.empty() ? "" : ": " + nearest)};
+                       nearest.empty() ? "write Days, Weeks, Months or Years"
+                                       : "write " + nearest + ", in these letters"};
     }
     const std::int32_t count = ToInt32(parts[0]);
     if (static_cast<double>(count) != ToDouble(parts[0])) {

@@ -1,6 +1,7 @@
 #include "letters/template_lint.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "letters/code_rules.h"
@@ -92,19 +93,17 @@ class Linter {
   void LintUnclosed(const ScannedCode& code) {
     const std::string_view rest =
         std::string_view(text_->text).substr(code.begin + kCodeStart.size());
-    const std::string written(
-        std::string_view(text_->text).substr(code.begin, code.end - code.begin));
     switch (FormOf(rest)) {
       case CodeForm::kPrompt:
         return Add(code, {Kind::kUnclosed,
-                          "the prompt has no \"?>>\" on its line: the merge takes all text up to "
-                          "the next \"?>>\" for the question, or stops asking",
+                          "the prompt has no \"?>>\" on its line: the merge takes the text up to a "
+                          "later \"?>>\" for the question, or stops asking",
                           "end the question with ?>>"});
       case CodeForm::kFutureDate:
       case CodeForm::kCustomField:
         return Add(code, {Kind::kUnclosed,
-                          "the code has no \">>\" on its line: the merge takes all text up to the "
-                          "next \">>\" for a part of it",
+                          "the code has no \">>\" on its line: the merge takes the text up to a "
+                          "later \">>\" for a part of it, or leaves it in the letter",
                           "end the code with >>"});
       case CodeForm::kCatalogue:
         return Add(code, {Kind::kUnclosed, "\"<<\" without \">>\" on its line stays in the letter",
@@ -153,14 +152,14 @@ class Linter {
   // piece.
   std::string ChangesIn(std::size_t begin, std::size_t end) const {
     const std::vector<const TextSpan*> spans = text_->SpansOf(begin, end);
-    std::vector<std::string> changes;
+    std::vector<std::string_view> changes;
     for (std::size_t i = 0; i < spans.size(); ++i) {
-      if (spans[i]->is_object) changes.emplace_back("a picture or object");
+      if (spans[i]->is_object) changes.push_back("a picture or object");
       if (i == 0) continue;
       const TextSpan& before = *spans[i - 1];
-      if (before.field != spans[i]->field) changes.emplace_back("a link or field");
-      std::string difference = FormatDifference(before.format, spans[i]->format);
-      if (!difference.empty()) changes.push_back(std::move(difference));
+      if (before.field != spans[i]->field) changes.push_back("a link or field");
+      std::ranges::copy(FormatDifference(before.format, spans[i]->format),
+                        std::back_inserter(changes));
     }
     std::string words;
     for (auto change = changes.begin(); change != changes.end(); ++change) {

@@ -123,5 +123,106 @@ TEST_F(TemplateLintTest, FindsACodeExactlyWhereTheMergeLeavesIt) {
   }
 }
 
+TEST_F(TemplateLintTest, SaysWhatIsWrongAndWhatToDo) {
+  struct Case {
+    const char* body;
+    TemplateKind kind;
+    const char* found;  // parts of the lines found, apart by "|"; empty: nothing
+  };
+  constexpr auto kTenant = TemplateKind::kTenant;
+  constexpr auto kOwner = TemplateKind::kOwner;
+  const Case kCases[] = {
+      {"a\\par b\\line Dear <<Tenent Name>>,", kTenant,
+       "line 3: \"Dear <<Tenent Name>>,\": <<Tenent Name>> is no code and stays in the letter; "
+       "write "
+       "<<Tenant Name>> if"},
+      {"<<TENANT NAME>>", kTenant,
+       "in another letter case and stays in the letter; write <<Tenant Name>>"},
+      {"<<Zebra>>", kTenant, "the Insert menu lists the codes of tenant templates"},
+      {"<<Tenant Name>> <<Fee Value>>", kOwner,
+       "<<Tenant Name>> is a code of tenant templates and stays as it is in this owner template"},
+      {"<<Prompt Message>>", kTenant, "write <<?Your question?>>"},
+      {"<<Tenant\\~Name>>", kTenant, "spaced otherwise"},
+      {"{\\footer\\pard\\par{\\b <<}Email>>\\par}", kTenant,
+       "footer, line 2: \"<<Email>>\": <<Email>> is not of one format (bold)"},
+      {"<<Em\\b a\\fs40 i\\b0 l>>", kTenant, "(bold, size): the merge does not find it"},
+      {"<<FutureDate:3:W\\b eeks>>", kTenant, "(bold): the merge loses the format"},
+      {"{\\field{\\*\\fldinst MERGEFIELD Tenant_Name \\\\* UPPER}{\\fldrslt "
+       "\\'abTenant_Name\\'bb}}",
+       kTenant,
+       "merge field \"Tenant_Name\" is filled by no merge of this program; take the field out and "
+       "write "
+       "<<Tenant Name>>"},
+      {"1 << 2", kTenant, "\"<<\" without \">>\""},
+      {"\\'abBonjour\\'bb, a < b > c", kTenant, ""},
+      {"<<<Tenant Name>>>", kTenant, ""},
+      {"<<TCustom:<<Tenant Code>>>> <<FutureDate:<<Tenant Code>>:Days>>", kTenant, ""},
+      {"<<TCustom:Pett>> <<PCustom:Pet>> <<TCustom:>> <<TCustom:Pet>>", kTenant,
+       "removed from every letter; write <<TCustom:Pet>> if|a field of the tenant: write "
+       "<<TCustom:Pet>>|names no field"},
+      {"<<FutureDate:14:days>> <<FutureDate:2.5:Weeks>> <<FutureDate:-3:Days>> <<FutureDate: 7 "
+       ":Days>>",
+       kTenant, "unknown unit \"days\"|counts 2|a date that is past"},
+      {"<<FutureDate:x:Days>> <<FutureDate:14>> <<FutureDate:99999:Years>> <<FutureDate::Days>>",
+       kTenant,
+       "is no number: no future date from here on|has no unit|beyond the calendar|is no number"},
+      {"<<FutureDate:1:Days\\par <<Email>>", kTenant, "takes the text up to a later \">>\""},
+      {"<<?Rent for <<Tenant Name>>?\?>> <<?Is 3 >> 2?>> <<?Two\\par lines?>> <<?abc?>>", kTenant,
+       ""},
+      {"<<?ab?>> <<?\?>> <<?>> <<?Later?>>", kTenant, "no prompt behind it is"},
+      {"<<?Who>> comes", kTenant, "takes the text up to a later \"?>>\""},
+      {"<<?Who?>>", TemplateKind::kCheque, "is not asked for a cheque"},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.body);
+    const std::vector<TemplateFinding> findings = Lint(c.body, c.kind);
+    std::vector<std::string> expected = Split(c.found, "|");
+    if (*c.found == '\0') expected.clear();
+    ASSERT_EQ(findings.size(), expected.size());
+    for (std::size_t i = 0; i < findings.size(); ++i) {
+      EXPECT_THAT(findings[i].Text(), HasSubstr(expected[i]));
+    }
+  }
+}
+
+// What the messages say of the merge is what it does.
+TEST_F(TemplateLintTest, TellsOfSpecialFormsWhatTheMergeDoes) {
+  const auto shown = [&](std::string_view body) {
+    RichTextBox box;
+    box.SetTextRTF(Merge(body, TemplateKind::kTenant).after);
+    const std::string text = box.Text();
+    return text.substr(0, text.find_last_not_of("\r\n") + 1);
+  };
+  EXPECT_EQ(shown("<<FutureDate:14:days>>,<<FutureDate:1:Days>>,<<FutureDate:1:days>>"),
+            ",22 November 2026,22 November 2026");
+  EXPECT_EQ(shown("<<FutureDate:2.5:Days>> <<FutureDate:-1:Days>> <<FutureDate: 7 :Days>>"),
+            "23 November 2026 20 November 2026 28 November 2026");
+  for (const char* wrong : {"<<FutureDate:x:Days>>", "<<FutureDate:14>>",
+                            "<<FutureDate:99999:Years>>", "<<FutureDate::Days>>"}) {
+    const std::string body = std::string(wrong) + " <<FutureDate:1:Days>>";
+    EXPECT_EQ(shown(body), body);
+  }
+  EXPECT_EQ(shown("[<<TCustom:Pett>><<PCustom:Pet>><<TCustom:>>]"), "[]");
+  EXPECT_EQ(shown("<<FutureDate:1:Days\\par text <<?Why not?>>,"), ",") << "text taken";
+  EXPECT_EQ(shown("<<?ab?>> <<?Later?>>"), "<<?ab?>> <<?Later?>>");
+  machine_.dialogs.WillType("Kim");
+  EXPECT_EQ(shown("<<?Who>> comes <<?When?>>?"), "Kim?") << "text taken for the question";
+}
+
+TEST_F(TemplateLintTest, PointsAtTheCodeInTheEditor) {
+  RichTextBox box;
+  Load(&box,
+       "M\\u257?\\'e9 <<Zebra>>\\par\\trowd\\cellx900\\cellx1800\\pard\\intbl a\\cell "
+       "<<Yak>>\\cell\\row\\pard <<Ok{\\b api}>>{\\footnote <<Gnu>>} <<Emu>>");
+  std::vector<std::string> selected;
+  for (const TemplateFinding& finding :
+       LintTemplate(box, TemplateKind::kTenant, machine_.clock.Today())) {
+    box.Select(finding.position, finding.length);
+    selected.push_back(std::to_string(finding.line) + box.SelText());
+  }
+  EXPECT_THAT(selected,
+              testing::ElementsAre("1<<Zebra>>", "2<<Yak>>", "3<<Okapi>>", "1", "3<<Emu>>"));
+}
+
 }  // namespace
 }  // namespace tenora
