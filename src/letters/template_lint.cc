@@ -46,6 +46,12 @@ std::size_t LengthInSource(const RichTextBox& letter, std::string_view text) {
          static_cast<std::size_t>(std::ranges::count_if(text, escaped));
 }
 
+// Whether the source may write a text otherwise than the merge, which has it from the database.
+bool MayBeEscaped(std::string_view text) {
+  return std::ranges::any_of(
+      text, [](char c) { return c < ' ' || c > '~' || c == '\\' || c == '{' || c == '}'; });
+}
+
 bool IsMergeField(const richtext::Field& field) {
   return ContainsNoCase(field.instruction, "MERGEFIELD");
 }
@@ -129,7 +135,7 @@ class Linter {
     const std::string change = ChangesIn(code.begin, code.end);
     const std::string tag = std::string(kCodeStart).append(name).append(kCodeEnd);
     if (change.empty()) {
-      if (FormOf(name) == CodeForm::kCustomField &&
+      if (FormOf(name) == CodeForm::kCustomField && MayBeEscaped(name) &&
           !SourceContains(letter_, TagInSource(letter_, name))) {
         Add(code, {Kind::kSplit,
                    tag + " has characters that the source of the letter escapes: the field is not "
