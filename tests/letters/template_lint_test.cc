@@ -205,6 +205,9 @@ TEST_F(TemplateLintTest, TellsOfSpecialFormsWhatTheMergeDoes) {
   EXPECT_EQ(shown("[<<TCustom:Pett>><<PCustom:Pet>><<TCustom:>>]"), "[]");
   EXPECT_EQ(shown("<<FutureDate:1:Days\\par text <<?Why not?>>,"), ",") << "text taken";
   EXPECT_EQ(shown("<<?ab?>> <<?Later?>>"), "<<?ab?>> <<?Later?>>");
+  machine_.dialogs.WillType("fair");
+  EXPECT_EQ(shown("<<?Rent of <<Tenant Code>>?\?>>"), "fair");
+  EXPECT_THAT(machine_.dialogs.Texts().back(), HasSubstr("Rent of T00001?"));
   machine_.dialogs.WillType("Kim");
   EXPECT_EQ(shown("<<?Who>> comes <<?When?>>?"), "Kim?") << "text taken for the question";
 }
