@@ -243,7 +243,10 @@ class Linter {
 
   int PositionOf(std::size_t offset) {
     if (!text_->place.empty()) return text_->position;
-    if (offset < counted_bytes_) counted_bytes_ = 0, counted_ = text_->position;
+    if (offset < counted_bytes_) {
+      counted_bytes_ = 0;
+      counted_ = text_->position;
+    }
     counted_ +=
         PositionsIn(std::string_view(text_->text).substr(counted_bytes_, offset - counted_bytes_));
     counted_bytes_ = offset;

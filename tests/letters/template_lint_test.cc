@@ -216,7 +216,7 @@ TEST_F(TemplateLintTest, PointsAtTheCodeInTheEditor) {
   RichTextBox box;
   Load(&box,
        "M\\u257?\\'e9 <<Zebra>>\\par\\trowd\\cellx900\\cellx1800\\pard\\intbl a\\cell "
-       "<<Yak>>\\cell\\row\\pard <<Ok{\\b api}>>{\\footnote <<Gnu>>} <<Emu>>");
+       "<<Yak>>\\cell\\row\\pard <<Ok{\\b api}>>{\\footnote long text <<Gnu>>} <<Emu>>");
   std::vector<std::string> selected;
   for (const TemplateFinding& finding :
        LintTemplate(box, TemplateKind::kTenant, machine_.clock.Today())) {
