@@ -1,4 +1,6 @@
 // The process: makes the parts the program stands on, hands them down and starts Main.
+#include <unistd.h>
+
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -17,6 +19,7 @@
 #include "rental/session.h"
 #include "startup/command_line.h"
 #include "startup/general.h"
+#include "startup/generate_command.h"
 #include "startup/own_commands.h"
 
 namespace {
@@ -31,16 +34,33 @@ std::unique_ptr<tenora::printing::Printers> MakePrinters() {
       {.default_printer = Environment("TENORA_PRINTER"), .pdf_target = Environment("TENORA_PDF")});
 }
 
-int RunMain(const std::vector<std::string>& arguments) {
+// The rooms above the platform, made from what this process finds in the machine.
+template <typename Use>
+int WithPlatform(Use&& use) {
   using namespace tenora;
   const Clock clock = Clock::FromEnvironment();
   ConsoleDialogs dialogs(std::cin, std::cerr);
   const auto locale = MakeLocale();
   const auto registry = registry::Registry::FromEnvironment();
   const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
-  Session session(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
-  const CommandLine line = CommandLine::FromArguments(arguments);
-  return Main(CommandParts{line, session, MakePrinters, std::cout});
+  return use(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
+}
+
+int RunMain(const std::vector<std::string>& arguments) {
+  using namespace tenora;
+  return WithPlatform([&](const Platform& platform) {
+    Session session(platform);
+    const CommandLine line = CommandLine::FromArguments(arguments);
+    return Main(CommandParts{line, session, MakePrinters, std::cout});
+  });
+}
+
+int RunGenerateCommand(const std::vector<std::string>& arguments) {
+  using namespace tenora;
+  return WithPlatform([&](const Platform& platform) {
+    return RunGenerate(arguments, GenerateParts{platform, MakePrinters, std::cout, std::cerr,
+                                                ::isatty(STDERR_FILENO) == 1});
+  });
 }
 
 }  // namespace
@@ -48,6 +68,7 @@ int RunMain(const std::vector<std::string>& arguments) {
 int main(int argc, char** argv) {
   try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    if (!arguments.empty() && arguments[0] == "generate") return RunGenerateCommand(arguments);
     if (!arguments.empty() && tenora::IsOwnCommand(arguments[0])) {
       return tenora::RunOwnCommand(arguments, std::cout, std::cerr);
     }

@@ -11,7 +11,6 @@
 #include "output/letter_pdf.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
-#include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -29,18 +28,11 @@ fs::path MakeFolder(const fs::path& folder) {
   return folder;
 }
 
-// Writes the content to the first name of the series that is free, and returns its path.
-fs::path WriteUnderFreeName(const fs::path& folder, const std::string& title,
-                            std::string_view content) {
-  fs::path path = folder / (title + ".rtf");
-  for (long n = 1;; ++n) {
-    std::error_code error;
-    // A name that another program takes between the two is refused by the write.
-    const bool taken = fs::symlink_status(path, error).type() != fs::file_type::not_found;
-    if (!taken && WriteNewFile(path, content)) return path;
-    if (taken && error) throw FileError(error.value(), path);
-    path = folder / (title + "(" + std::to_string(n) + ").rtf");
-  }
+bool NameTaken(const fs::path& path) {
+  std::error_code error;
+  const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
+  if (exists && error) throw FileError(error.value(), path);
+  return exists;
 }
 
 // Runs one step of a procedure that continues past errors.
@@ -137,25 +129,34 @@ std::optional<RuntimeError> frmLetter::InsertChequeDetails(const std::string& pa
   return tenora::InsertChequeDetails(Target(), payee, amount);
 }
 
-void frmLetter::InsertPrompts() { tenora::InsertPrompts(Target()); }
+std::size_t frmLetter::InsertPrompts(const PromptAnswers& known) {
+  return tenora::InsertPrompts(Target(), known);
+}
 
-bool frmLetter::SaveTenantTemplate() {
-  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate", [&] {
-    const fs::path folder =
-        MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
-    BeforeSaveLetter();
-    members_.FilePath =
-        WriteUnderFreeName(folder, SafeFileName(members_.LetterTitle, kLongestTitle),
-                           rtfLetter.TextRTF())
-            .string();
-    AfterLoadLetter();
-  });
+bool frmLetter::SaveTenantTemplate(Durability durability) {
+  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate",
+                 [&] { SaveGenerated({.durability = durability}); });
+}
+
+void frmLetter::SaveGenerated(const SaveWay& way) {
+  const fs::path folder =
+      MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
+  BeforeSaveLetter();
+  const std::string title = SafeFileName(members_.LetterTitle, kLongestTitle);
+  const auto accept = [&](const fs::path& path) {
+    if (way.pdf_name_free && NameTaken(fs::path(path).replace_extension(".pdf"))) return false;
+    if (way.before_write) way.before_write(path);
+    return true;
+  };
+  members_.FilePath =
+      WriteUnderFreeName(folder / (title + ".rtf"), rtfLetter.TextRTF(), way.durability, accept)
+          .string();
+  AfterLoadLetter();
 }
 
 bool frmLetter::PrintLetter(PrinterMod& printer) {
-  return Guarded(session_.platform.dialogs, "frmLetter - PrintLetter", [&] {
-    printer.PrintRichText(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName);
-  });
+  return Guarded(session_.platform.dialogs, "frmLetter - PrintLetter",
+                 [&] { printer.PrintRichText(rtfLetter, DocumentTitle()); });
 }
 
 std::string frmLetter::EmailAddress() const {
@@ -172,31 +173,32 @@ std::string frmLetter::EmailAddress() const {
   return {};
 }
 
+EmailBody frmLetter::BodyOfEmail(bool attach_pdf) const {
+  EmailBody body = MakeEmailBody(rtfLetter);
+  if (attach_pdf) {
+    body.attachments.push_back({"application/pdf", members_.LetterTitle + ".pdf", "",
+                                MakeLetterPdf(rtfLetter, DocumentTitle(), session_.settings)});
+  }
+  return body;
+}
+
 bool frmLetter::SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf) {
   Dialogs& dialogs = session_.platform.dialogs;
   bool sent = false;
   Guarded(dialogs, "frmLetter - SendEmail", [&] {
     const std::string address = EmailAddress();
+    const std::string unsent = "\"" + members_.LetterTitle + "\" was not sent.";
     if (TrimBlanks(address).empty()) {
-      dialogs.Say(members_.RecipientName + " has no e-mail address. \"" + members_.LetterTitle +
-                  "\" was not sent.");
+      dialogs.Say(members_.RecipientName + " has no e-mail address. " + unsent);
       return;
     }
     try {
       mail::ParseAddresses(address);
     } catch (const RuntimeError& error) {
-      dialogs.Say(members_.RecipientName + ": " + ErrorText(error) + "\r\n\"" +
-                  members_.LetterTitle + "\" was not sent.");
+      dialogs.Say(members_.RecipientName + ": " + ErrorText(error) + "\r\n" + unsent);
       return;
     }
-    EmailBody body = MakeEmailBody(rtfLetter);
-    if (attach_pdf) {
-      body.attachments.push_back(
-          {"application/pdf", members_.LetterTitle + ".pdf", "",
-           MakeLetterPdf(rtfLetter, members_.LetterTitle + " - " + members_.RecipientName,
-                         session_.settings)});
-    }
-    sent = sender.DeliverEmail(address, body, subject, true);
+    sent = sender.DeliverEmail(address, BodyOfEmail(attach_pdf), subject, true);
   });
   return sent;
 }

@@ -10,13 +10,23 @@
 
 #include "merge/merge_target.h"
 #include "merge/owner_merge.h"
+#include "merge/prompts.h"
 #include "merge/tenant_merge.h"
 #include "output/email_sender.h"
 #include "output/printing.h"
 #include "platform/richtext/rich_text_box.h"
+#include "platform/runtime/files.h"
 #include "rental/session.h"
 
 namespace tenora {
+
+// How a generated letter is saved.
+struct SaveWay {
+  Durability durability = Durability::kSynced;
+  bool pdf_name_free = false;  // only under a name that ".pdf" has free too
+  // Called before each attempt to take a name.
+  std::function<void(const std::filesystem::path&)> before_write = {};
+};
 
 class frmLetter {
  public:
@@ -47,21 +57,30 @@ class frmLetter {
   TenantMergeOutcome InsertTenantDetails();
   OwnerMergeOutcome InsertOwnerDetails();
   std::optional<RuntimeError> InsertChequeDetails(const std::string& payee, double amount);
-  void InsertPrompts();
+  // The result is how many questions were cancelled.
+  std::size_t InsertPrompts(const PromptAnswers& known = {});
 
   // Saves a generated letter in its recipient's folder as "title.rtf" or, where that is taken,
   // under the first free of "title(1).rtf", "title(2).rtf", …; never over a file, also when other
   // programs save at the same moment. An error is shown and gives false; nothing is left behind.
-  bool SaveTenantTemplate();
+  bool SaveTenantTemplate(Durability durability = Durability::kSynced);
+  // The same for a batch: an error is raised, and what is saved with kUntilSync waits for the
+  // SyncFiles of its group.
+  void SaveGenerated(const SaveWay& way);
 
-  // Prints the letter as "title - recipient"; the job stays open. An error is shown and gives
-  // false.
+  // "title - recipient": the letter's name in a printer's queue and in a PDF.
+  std::string DocumentTitle() const {
+    return members_.LetterTitle + " - " + members_.RecipientName;
+  }
+  // Prints the letter under that title; the job stays open. An error is shown and gives false.
   bool PrintLetter(PrinterMod& printer);
 
   // The address of the recipient: a tenant's by the letter's tenant code, an owner's by name, as
   // the letter's kind says. Empty when there is none.
   std::string EmailAddress() const;
 
+  // The letter as the body of an e-mail, with itself as a PDF where `attach_pdf` is set.
+  EmailBody BodyOfEmail(bool attach_pdf) const;
   // Sends the letter to its recipient, with itself as a PDF where `attach_pdf` is set. A failure,
   // also a recipient without an address, is shown and gives false.
   bool SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf);

@@ -1,5 +1,6 @@
 #include "merge/prompts.h"
 
+#include <optional>
 #include <string>
 
 #include "merge/catalogue.h"
@@ -15,21 +16,30 @@ constexpr std::size_t kShortestPrompt = 6;
 
 }  // namespace
 
-void InsertPrompts(const MergeTarget& target) {
+std::size_t InsertPrompts(const MergeTarget& target, const PromptAnswers& known) {
   RichTextBox& editor = target.editor;
+  std::size_t cancelled = 0;
   // From the beginning after every answer: one that holds a prompt is asked in its turn.
   for (;;) {
     const std::string& source = editor.TextRTF();
     const std::size_t start = source.find(kPromptStart);
-    if (start == std::string::npos) return;
+    if (start == std::string::npos) return cancelled;
     const std::size_t end = source.find(kPromptEnd, start);
-    if (end == std::string::npos || end - start < kShortestPrompt) return;
+    if (end == std::string::npos || end - start < kShortestPrompt) {
+      return cancelled;
+    }
     const std::size_t message_start = start + kPromptStart.size();
     const std::string message =
         editor.ShownForm(std::string_view(source).substr(message_start, end - message_start));
-    // The word is "Tenant" for owner letters too.
-    const auto answer = target.session.platform.dialogs.AskText(
-        message + "\r\nTenant : " + target.letter.RecipientName);
+    std::optional<std::string> answer;
+    if (const auto given = known.find(message); given != known.end()) {
+      answer = given->second;
+    } else {
+      // The word is "Tenant" for owner letters too.
+      answer = target.session.platform.dialogs.AskText(
+          message + "\r\nTenant : " + target.letter.RecipientName);
+    }
+    if (!answer) ++cancelled;
     const std::string code = source.substr(start, end + kPromptEnd.size() - start);
     editor.SetTextRTF(ReplaceAll(source, code, editor.SourceForm(answer.value_or(""))));
   }

@@ -1,13 +1,22 @@
 // Codes of the form "<<?message?>>": text that the user types in when the letter is generated.
 #pragma once
 
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <string>
+
 #include "merge/merge_target.h"
 
 namespace tenora {
 
+// Answers given beforehand, by the prompt's message.
+using PromptAnswers = std::map<std::string, std::string, std::less<>>;
+
 // Asks each prompt message of the letter once and puts the answer in all its places; cancelling
-// removes the prompt. A message of fewer than three characters, or one that is not closed, ends the
-// asking. An answer that holds a prompt is asked in its turn.
-void InsertPrompts(const MergeTarget& target);
+// removes the prompt. A message that has its answer in `known` is not asked. A message of fewer
+// than three characters, or one that is not closed, ends the asking. An answer that holds a prompt
+// is asked in its turn. The result is how many were cancelled.
+std::size_t InsertPrompts(const MergeTarget& target, const PromptAnswers& known = {});
 
 }  // namespace tenora

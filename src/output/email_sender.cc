@@ -30,6 +30,12 @@ std::string WithPicturesInPlace(const EmailBody& body) {
   return html.append(body.body, copied);
 }
 
+std::string NoMailClientText(const mail::NoMailClient& error) {
+  return "Unable to send an email.  You do not have Microsoft Outlook correctly installed.  "
+         "(Note - Microsoft Outlook Express is not supported)\r\n" +
+         std::string(error.description());
+}
+
 // Bodies handed to the mail program; it reads them after we have ended.
 std::filesystem::path DraftFolder() {
   const char* cache = std::getenv("XDG_CACHE_HOME");
@@ -47,22 +53,34 @@ bool clsEmailSender::DeliverEmail(const std::string& recipient, const EmailBody&
   return SendEmailOutlook(recipient, body, subject);
 }
 
+void clsEmailSender::DeliverOrRaise(const std::string& recipient, const EmailBody& body,
+                                    const std::string& subject, bool isHtml) {
+  if (session_.options.SmtpSend) return SendBySmtp(recipient, body, subject, isHtml);
+  try {
+    Compose(recipient, body, subject);
+  } catch (const mail::NoMailClient& error) {
+    throw RuntimeError(error.number(), NoMailClientText(error));
+  }
+}
+
+void clsEmailSender::Compose(const std::string& recipient, const EmailBody& body,
+                             const std::string& subject) {
+  mail::Message message;
+  message.to = mail::ParseAddresses(recipient);
+  message.subject = subject;
+  message.html = WithPicturesInPlace(body);
+  message.date = session_.platform.clock.Now();
+  mail::ComposeInMailClient(message, DraftFolder());
+}
+
 bool clsEmailSender::SendEmailOutlook(const std::string& recipient, const EmailBody& body,
                                       const std::string& subject) {
   Dialogs& dialogs = session_.platform.dialogs;
   try {
-    mail::Message message;
-    message.to = mail::ParseAddresses(recipient);
-    message.subject = subject;
-    message.html = WithPicturesInPlace(body);
-    message.date = session_.platform.clock.Now();
-    mail::ComposeInMailClient(message, DraftFolder());
+    Compose(recipient, body, subject);
     return true;
   } catch (const mail::NoMailClient& error) {
-    dialogs.Say(
-        "Unable to send an email.  You do not have Microsoft Outlook correctly installed.  "
-        "(Note - Microsoft Outlook Express is not supported)\r\n" +
-        std::string(error.description()));
+    dialogs.Say(NoMailClientText(error));
   } catch (const RuntimeError& error) {
     dialogs.Say(ErrorText(error));
   }
@@ -90,19 +108,24 @@ mail::Address clsEmailSender::Sender() const {
   }
 }
 
+void clsEmailSender::SendBySmtp(const std::string& recipient, const EmailBody& body,
+                                const std::string& subject, bool isHtml) {
+  mail::Message message;
+  message.from = Sender();
+  message.to = mail::ParseAddresses(recipient);
+  message.subject = subject;
+  message.text = isHtml ? body.plain_text : body.body;
+  if (isHtml) message.html = body.body;
+  message.inline_parts = body.pictures;
+  message.attachments = body.attachments;
+  message.date = session_.platform.clock.Now();
+  smtp_.Send(Server(), message);
+}
+
 bool clsEmailSender::SendEmailSMTP(const std::string& recipient, const EmailBody& body,
                                    const std::string& subject, bool isHtml) {
   try {
-    mail::Message message;
-    message.from = Sender();
-    message.to = mail::ParseAddresses(recipient);
-    message.subject = subject;
-    message.text = isHtml ? body.plain_text : body.body;
-    if (isHtml) message.html = body.body;
-    message.inline_parts = body.pictures;
-    message.attachments = body.attachments;
-    message.date = session_.platform.clock.Now();
-    smtp_.Send(Server(), message);
+    SendBySmtp(recipient, body, subject, isHtml);
     return true;
   } catch (const RuntimeError& error) {
     session_.platform.dialogs.Say(ErrorText(error));

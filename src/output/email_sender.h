@@ -27,6 +27,11 @@ class clsEmailSender {
   bool DeliverEmail(const std::string& recipient, const EmailBody& body, const std::string& subject,
                     bool isHtml);
 
+  // The same for a batch, which notes a failure by the letter: every error is raised, as
+  // mail::DeliveryUnknown where the message may have arrived all the same.
+  void DeliverOrRaise(const std::string& recipient, const EmailBody& body,
+                      const std::string& subject, bool isHtml);
+
   // Opens the mail program's compose window; nothing is sent. The body is always taken as HTML.
   bool SendEmailOutlook(const std::string& recipient, const EmailBody& body,
                         const std::string& subject);
@@ -35,6 +40,9 @@ class clsEmailSender {
                      const std::string& subject, bool isHtml);
 
  private:
+  void Compose(const std::string& recipient, const EmailBody& body, const std::string& subject);
+  void SendBySmtp(const std::string& recipient, const EmailBody& body, const std::string& subject,
+                  bool isHtml);
   mail::Server Server() const;
   mail::Address Sender() const;
 

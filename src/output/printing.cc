@@ -63,23 +63,10 @@ class LetterPrint {
 
 }  // namespace
 
-PageMargins PrinterMod::LoadMargins() {
-  const auto margin = [this](const char* key) {
-    return ToInt32(settings_.GetSettingText(kSection, key, "0"));
-  };
-  PageMargins margins;
-  margins.top = margin("TopMargin");
-  margins.bottom = margin("BottomMargin");
-  margins.left = margin("LeftMargin");
-  margins.right = margin("RightMargin");
-  return margins;
-}
-
-void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title) {
-  const PageMargins margins = LoadMargins();
-  printing::Printer& printer = printers_.Current();
+void PrintDocument(printing::Printer& printer, const richtext::Document& document,
+                   const std::string& title, const PageMargins& margins) {
   printing::FormatRange range;
-  range.document = &box.Document();
+  range.document = &document;
   range.page_rect = {0, 0, printer.Width(), printer.Height()};
   range.print_rect = PrintRect(printer, margins);
   RequireRoom(range.print_rect, margins);
@@ -97,6 +84,22 @@ void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title)
     range.range.from = next;
   }
   letter.Done();
+}
+
+PageMargins StoredMargins(Settings& settings) {
+  const auto margin = [&](const char* key) {
+    return ToInt32(settings.GetSettingText(kSection, key, "0"));
+  };
+  PageMargins margins;
+  margins.top = margin("TopMargin");
+  margins.bottom = margin("BottomMargin");
+  margins.left = margin("LeftMargin");
+  margins.right = margin("RightMargin");
+  return margins;
+}
+
+void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title) {
+  PrintDocument(printers_.Current(), box.Document(), title, LoadMargins());
 }
 
 std::filesystem::path PrinterMod::EndJob() { return printers_.Current().EndJob(); }

@@ -18,14 +18,22 @@ struct PageMargins {
   bool operator==(const PageMargins&) const = default;
 };
 
+// The four margins of the printer set-up, each 0 when not stored. Raises 13 (Type mismatch) or 6
+// (Overflow) for a stored text that is no 32-bit number.
+PageMargins StoredMargins(Settings& settings);
+
+// Prints the whole document inside the margins: opens a job under the title or, in an open job,
+// starts on a new page; the job stays open. Raises 482 (Printer error) when the margins leave no
+// room or the printer refuses; a job opened here is then dropped.
+void PrintDocument(printing::Printer& printer, const richtext::Document& document,
+                   const std::string& title, const PageMargins& margins);
+
 class PrinterMod {
  public:
   PrinterMod(printing::Printers& printers, Settings& settings)
       : printers_(printers), settings_(settings) {}
 
-  // The four margins of the printer set-up, each 0 when not stored. Raises 13 (Type mismatch) or 6
-  // (Overflow) for a stored text that is no 32-bit number.
-  PageMargins LoadMargins();
+  PageMargins LoadMargins() { return StoredMargins(settings_); }
 
   // Prints the whole content on the current printer: opens a job under the title or, in an open
   // job, starts on a new page. The job stays open for further letters until EndJob. Raises 482

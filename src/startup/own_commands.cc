@@ -140,6 +140,9 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   LintRequest lint_request;
   CLI::App* const lint = AddLint(&app, &lint_request);
 
+  // Runs elsewhere, with the rental data; here it is only listed.
+  app.add_subcommand("generate", "Make a letter for each of many tenants or owners");
+
   std::ranges::reverse(arguments);  // CLI11 takes them from the back
   try {
     app.parse(arguments);

@@ -137,7 +137,8 @@ std::string Recipients(const Message& message) {
 struct Conversation {
   std::string command;
   std::string refused_command;
-  std::string refusal;  // of several lines, joined
+  std::string refusal;          // of several lines, joined
+  bool text_asked_for = false;  // the server's "354" to DATA
   bool refusal_open = false;
 };
 
@@ -152,6 +153,11 @@ std::string Printable(std::string_view line) {
 }
 
 void NoteAnswer(Conversation& conversation, std::string_view line) {
+  if (line.starts_with("354")) {
+    conversation.text_asked_for = true;
+    // Of a login that was tried another way since.
+    conversation.refusal.clear();
+  }
   if (!line.starts_with('4') && !line.starts_with('5')) return;
   // "550-first line", "550 last line".
   const bool goes_on = conversation.refusal_open;
@@ -299,6 +305,9 @@ void SmtpClient::Send(const Server& server, const Message& message) {
           (detail[0] != '\0' ? detail.data() : curl_easy_strerror(code));
   if (!conversation.refusal.empty()) {
     text += " (" + WithoutSecrets(conversation.refusal, server) + ")";
+  }
+  if (conversation.text_asked_for && conversation.refusal.empty()) {
+    throw DeliveryUnknown(number, text, "CDO.Message");
   }
   throw RuntimeError(number, text, "CDO.Message");
 }

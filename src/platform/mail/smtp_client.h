@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/mail/message.h"
+#include "platform/runtime/error.h"
 
 namespace tenora::mail {
 
@@ -27,6 +28,13 @@ inline constexpr int kSenderRefused = -2147220978;     // 0x8004020E
 inline constexpr int kNotSent = -2147220974;           // 0x80040212
 }  // namespace smtp_error
 
+// A failure after which the server may have taken the message all the same: the conversation broke
+// off while its text was on the way, without the server's last word.
+class DeliveryUnknown : public RuntimeError {
+ public:
+  using RuntimeError::RuntimeError;
+};
+
 class SmtpClient {
  public:
   SmtpClient();
@@ -35,7 +43,8 @@ class SmtpClient {
   SmtpClient& operator=(const SmtpClient&) = delete;
 
   // Returns when the server has taken the message; raises one of the numbers above with server,
-  // recipient and the server's own words in the description. The password is in none of them.
+  // recipient and the server's own words in the description, as a DeliveryUnknown where it applies.
+  // The password is in none of them.
   void Send(const Server& server, const Message& message);
 
  private:

@@ -11,6 +11,7 @@
 namespace tenora::printing {
 namespace {
 
+constexpr std::size_t kMostFamilies = 1000;  // kept; no letter has as many
 constexpr int kLargestHalfPoints = 3276;
 constexpr double kSmallCapitals = 0.8;  // their size to that of the others
 
@@ -62,6 +63,14 @@ QString InstalledFamily(const richtext::Font& font) {
 }
 
 }  // namespace
+
+const QString& InstalledFamilies::FamilyFor(const richtext::Font& font) {
+  const std::pair key(font.name, font.family);
+  const auto found = families_.find(key);
+  if (found != families_.end()) return found->second;
+  if (families_.size() >= kMostFamilies) families_.clear();
+  return families_.emplace(key, InstalledFamily(font)).first->second;
+}
 
 const FontUse& Fonts::Use(const richtext::CharFormat& format, bool shaped, bool small) {
   const Key key{format.font,
@@ -120,15 +129,11 @@ FontUse Fonts::Make(const richtext::CharFormat& format, bool shaped, bool small)
   return use;
 }
 
-const QString& Fonts::Family(int font) {
-  const auto found = families_.find(font);
-  if (found != families_.end()) return found->second;
+QString Fonts::Family(int font) {
   const int count = static_cast<int>(document_.fonts.size());
+  if (count == 0) return QStringLiteral("Liberation Serif");
   const int known = font >= 0 && font < count ? font : 0;
-  const QString family = count == 0
-                             ? QString::fromLatin1("Liberation Serif")
-                             : InstalledFamily(document_.fonts[static_cast<std::size_t>(known)]);
-  return families_.emplace(font, family).first->second;
+  return installed_.FamilyFor(document_.fonts[static_cast<std::size_t>(known)]);
 }
 
 }  // namespace tenora::printing

@@ -4,8 +4,10 @@
 #include <QFont>
 #include <QTextCharFormat>
 #include <map>
+#include <string>
 #include <string_view>
 #include <tuple>
+#include <utility>
 
 #include "platform/richtext/document.h"
 
@@ -23,10 +25,21 @@ struct FontUse {
   bool plain = true;  // `font` and `colour` alone draw it: neither raised nor lowered
 };
 
-// One of these per job and thread: it remembers what it looked up.
+// The families that stand in for documents' fonts. Asking the system costs more than setting a
+// page, so answers are kept.
+class InstalledFamilies {
+ public:
+  const QString& FamilyFor(const richtext::Font& font);
+
+ private:
+  std::map<std::pair<std::string, std::string>, QString> families_;  // by name and class
+};
+
+// One of these per document and thread: it remembers what it looked up.
 class Fonts {
  public:
-  explicit Fonts(const richtext::Document& document) : document_(document) {}
+  Fonts(const richtext::Document& document, InstalledFamilies& families)
+      : document_(document), installed_(families) {}
   Fonts(const Fonts&) = delete;
   Fonts& operator=(const Fonts&) = delete;
 
@@ -43,11 +56,11 @@ class Fonts {
   using Key = std::tuple<int, int, int, bool, bool, bool, bool, int, int>;
 
   FontUse Make(const richtext::CharFormat& format, bool shaped, bool small);
-  const QString& Family(int font);
+  QString Family(int font);
 
   const richtext::Document& document_;
+  InstalledFamilies& installed_;
   std::map<Key, FontUse> uses_;
-  std::map<int, QString> families_;
 };
 
 }  // namespace tenora::printing

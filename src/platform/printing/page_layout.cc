@@ -17,8 +17,8 @@ constexpr double kHeaderShare = 0.5;
 }  // namespace
 
 PageLayout::PageLayout(const richtext::Document& document, double width, double height,
-                       double reach)
-    : typesetting_(document, height, reach),
+                       double reach, Resources& resources)
+    : typesetting_(document, height, reach, resources),
       width_(width),
       height_(height),
       length_(DocumentLength(document)) {

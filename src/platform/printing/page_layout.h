@@ -8,6 +8,7 @@
 
 #include "platform/printing/flow.h"
 #include "platform/printing/paragraph_layout.h"
+#include "platform/printing/resources.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
@@ -15,8 +16,9 @@ namespace tenora::printing {
 class PageLayout {
  public:
   // Width and height of the text area, and the way from its left edge to the paper's right edge, in
-  // twips. The document must outlive this.
-  PageLayout(const richtext::Document& document, double width, double height, double reach);
+  // twips. The document and the resources must outlive this.
+  PageLayout(const richtext::Document& document, double width, double height, double reach,
+             Resources& resources);
 
   // Draws what fits from the position on, with the text area's corner at this point, and gives the
   // position of the first character that did not fit. `to` -1 is the document's end.

@@ -1,14 +1,12 @@
-// The pages of a print job as a PDF file, one unit of the painter being a twip.
+// The pages of a print job as a PDF file.
 #pragma once
 
 #include <QFile>
-#include <QPainter>
-#include <QPdfWriter>
 #include <filesystem>
 #include <optional>
 #include <string>
 
-#include "platform/printing/cups_queue.h"
+#include "platform/printing/pdf_pages.h"
 #include "platform/printing/spool_file.h"
 
 namespace tenora::printing {
@@ -17,11 +15,10 @@ class PdfJob {
  public:
   // Starts the first page. Raises the errors of FileError when the folder cannot be written.
   PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper);
-  ~PdfJob();
 
   const std::string& title() const { return title_; }
-  QPainter& painter() { return painter_; }
-  void NewPage();
+  QPainter& painter() { return pages_->painter(); }
+  void NewPage() { pages_->NewPage(); }
   // Completes the file, which the caller then names or sends. Raises 61 (Disk full) or 57 (Device
   // I/O error) when not all of it could be written.
   SpoolFile& Finish();
@@ -30,8 +27,7 @@ class PdfJob {
   std::string title_;
   SpoolFile spool_;
   QFile file_;
-  std::optional<QPdfWriter> writer_;
-  QPainter painter_;
+  std::optional<PdfPages> pages_;
 };
 
 }  // namespace tenora::printing

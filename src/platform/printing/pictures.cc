@@ -15,6 +15,7 @@ using Kind = richtext::Picture::Kind;
 constexpr double kTwipsPerPixel = 15;    // 96 pixels to the inch
 constexpr double kMostPixels = 400e6;    // of a picture, however well it is packed
 constexpr double kPrintedPixels = 20e6;  // more than paper shows; photographs are read at this size
+constexpr std::size_t kMostKept = std::size_t{64} << 20;  // bytes of pictures, packed and decoded
 
 QImage FromBytes(const std::string& bytes, const char* format) {
   if (bytes.empty() || bytes.size() > static_cast<std::size_t>(INT_MAX)) return {};
@@ -85,10 +86,19 @@ PlacedPicture Pictures::Place(const richtext::Picture& picture, double most_widt
   return placed;
 }
 
-const QImage& Pictures::Decoded(const richtext::Picture& picture) {
-  const auto found = decoded_.find(&picture);
+QImage Pictures::Decoded(const richtext::Picture& picture) {
+  const std::pair key(picture.kind, picture.bytes);
+  const auto found = decoded_.find(key);
   if (found != decoded_.end()) return found->second;
-  return decoded_.emplace(&picture, Decode(picture)).first->second;
+  const QImage image = Decode(picture);
+  const std::size_t bytes = picture.bytes.size() + static_cast<std::size_t>(image.sizeInBytes());
+  if (decoded_bytes_ + bytes > kMostKept) {
+    decoded_.clear();
+    decoded_bytes_ = 0;
+  }
+  decoded_bytes_ += bytes;
+  decoded_.emplace(key, image);
+  return image;
 }
 
 }  // namespace tenora::printing

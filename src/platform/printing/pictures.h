@@ -1,8 +1,10 @@
-// The pictures of a document, decoded once each.
+// Pictures of documents, decoded once each.
 #pragma once
 
 #include <QImage>
 #include <map>
+#include <string>
+#include <utility>
 
 #include "platform/printing/text_line.h"
 #include "platform/richtext/document.h"
@@ -19,9 +21,11 @@ class Pictures {
   PlacedPicture Place(const richtext::Picture& picture, double most_width, double most_height);
 
  private:
-  const QImage& Decoded(const richtext::Picture& picture);
+  QImage Decoded(const richtext::Picture& picture);
 
-  std::map<const richtext::Picture*, QImage> decoded_;
+  // By content: each letter of a batch has its own copy of the letterhead.
+  std::map<std::pair<richtext::Picture::Kind, std::string>, QImage> decoded_;
+  std::size_t decoded_bytes_ = 0;
 };
 
 }  // namespace tenora::printing

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "platform/printing/cups_queue.h"
-#include "platform/printing/page_layout.h"
+#include "platform/printing/drawing_printer.h"
 #include "platform/printing/pdf_job.h"
 #include "platform/printing/printing.h"
 #include "platform/printing/qt_session.h"
@@ -64,58 +64,30 @@ class CupsDestination : public Destination {
   std::string queue_;
 };
 
-// Every printer draws the same pages of twips, so that text breaks alike on all of them.
-class Device : public Printer {
+class Device : public DrawingPrinter {
  public:
   Device(std::string name, const Paper& paper, std::unique_ptr<Destination> destination)
-      : name_(std::move(name)), paper_(paper), destination_(std::move(destination)) {}
-
-  const std::string& DeviceName() const override { return name_; }
-  int Width() const override { return paper_.width; }
-  int Height() const override { return paper_.height; }
-  int PhysicalOffsetX() const override { return paper_.offset_x; }
-  int PhysicalOffsetY() const override { return paper_.offset_y; }
-  double TwipsPerPixelX() const override { return 1; }
-  double TwipsPerPixelY() const override { return 1; }
+      : DrawingPrinter(std::move(name), paper), destination_(std::move(destination)) {}
 
   void StartDocument(const std::string& title) override {
-    layout_.reset();
+    ForgetLayout();
     if (job_) {
       job_->NewPage();
       return;
     }
     if (!qt_) qt_ = HoldQtApplication();
     AsPrinterError(title, [&] {
-      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, paper_);
+      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, paper());
     });
   }
 
   void NewPage() override {
-    RequireJob();
+    Page();
     job_->NewPage();
   }
 
-  int Format(const FormatRange& range) override {
-    if (range.document == nullptr) {
-      layout_.reset();
-      return 0;
-    }
-    RequireJob();
-    const Rect& area = range.print_rect;
-    const double width = area.right - area.left, height = area.bottom - area.top;
-    if (width <= 0 || height <= 0) {
-      throw StandardError(error_number::kPrinterError, "the margins leave no room on the page");
-    }
-    const double reach = paper_.width - paper_.offset_x - area.left;
-    if (!layout_ || !layout_->IsFor(*range.document, width, height, reach)) {
-      layout_ = std::make_unique<PageLayout>(*range.document, width, height, reach);
-    }
-    const QPointF corner(area.left + paper_.offset_x, area.top + paper_.offset_y);
-    return layout_->DrawPage(job_->painter(), corner, range.range.from, range.range.to);
-  }
-
   std::filesystem::path EndJob() override {
-    layout_.reset();
+    ForgetLayout();
     if (!job_) return {};
     const auto job = std::exchange(job_, nullptr);
     std::filesystem::path result;
@@ -125,17 +97,19 @@ class Device : public Printer {
   }
 
   void CancelJob() override {
-    layout_.reset();
+    ForgetLayout();
     job_.reset();
   }
 
   bool JobOpen() const override { return job_ != nullptr; }
 
- private:
-  void RequireJob() const {
-    if (!job_) throw StandardError(error_number::kPrinterError, name_ + " has no open job");
+ protected:
+  QPainter& Page() override {
+    if (!job_) throw StandardError(error_number::kPrinterError, DeviceName() + " has no open job");
+    return job_->painter();
   }
 
+ private:
   // Errors of files become those of the printer, naming it and what it was to print.
   template <typename Step>
   void AsPrinterError(const std::string& title, Step&& step) {
@@ -143,18 +117,16 @@ class Device : public Printer {
       step();
     } catch (const RuntimeError& error) {
       if (error.number() == error_number::kPrinterError) throw;
-      throw StandardError(error_number::kPrinterError, name_ + " cannot print \"" + title + "\": " +
-                                                           std::string(error.description()));
+      throw StandardError(
+          error_number::kPrinterError,
+          DeviceName() + " cannot print \"" + title + "\": " + std::string(error.description()));
     }
   }
 
-  std::string name_;
-  Paper paper_;
   std::unique_ptr<Destination> destination_;
   // The application outlives what draws with its fonts.
   std::shared_ptr<void> qt_;
   std::unique_ptr<PdfJob> job_;
-  std::unique_ptr<PageLayout> layout_;
 };
 
 class InstalledPrinters : public Printers {
@@ -236,6 +208,8 @@ class InstalledPrinters : public Printers {
 };
 
 }  // namespace
+
+std::shared_ptr<void> HoldDrawing() { return HoldQtApplication(); }
 
 std::unique_ptr<Printers> Printers::Create(PrinterOptions options) {
   return std::make_unique<InstalledPrinters>(std::move(options));

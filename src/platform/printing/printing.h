@@ -65,6 +65,20 @@ class Printer {
   virtual bool JobOpen() const = 0;
 };
 
+// A printer that draws many documents together, so that fonts are packed once, and gives a PDF of
+// each. Every thread may have its own, also off the main thread while HoldDrawing's result is held.
+class PdfBatch : public virtual Printer {
+ public:
+  static std::unique_ptr<PdfBatch> Create();
+  // The files of the documents that EndJob ended since the last call, in that order. Raises 482
+  // (Printer error); the documents are then lost.
+  virtual std::vector<std::string> TakeFiles() = 0;
+};
+
+// What drawing needs in this process, kept while held. Raises 482 when there can be none. Call on
+// the main thread.
+std::shared_ptr<void> HoldDrawing();
+
 struct PrinterOptions {
   std::string default_printer;       // TENORA_PRINTER; empty: the system's default
   std::filesystem::path pdf_target;  // TENORA_PDF: a folder, or a file when it ends in ".pdf"

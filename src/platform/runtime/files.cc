@@ -37,15 +37,20 @@ void WriteAll(int fd, std::string_view content, const std::filesystem::path& pat
   }
 }
 
+void Sync(int fd, Durability durability, const std::filesystem::path& path) {
+  if (durability == Durability::kSynced && ::fsync(fd) != 0) throw FileError(errno, path);
+}
+
 // Creates the file under its own name and takes it away again when it cannot be written whole; only
 // a crash can leave a part behind. False when the name is taken.
-bool CreateInPlace(const std::filesystem::path& path, std::string_view content) {
+bool CreateInPlace(const std::filesystem::path& path, std::string_view content,
+                   Durability durability) {
   const FileDescriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (fd.get() < 0 && errno == EEXIST) return false;
   if (fd.get() < 0) throw FileError(errno, path);
   try {
     WriteAll(fd.get(), content, path);
-    if (::fsync(fd.get()) != 0) throw FileError(errno, path);
+    Sync(fd.get(), durability, path);
   } catch (...) {
     ::unlink(path.c_str());
     throw;
@@ -56,7 +61,8 @@ bool CreateInPlace(const std::filesystem::path& path, std::string_view content) 
 // A file beside the target that is removed unless it is renamed in time.
 class ScratchFile {
  public:
-  ScratchFile(const std::filesystem::path& target, std::string_view content) : target_(target) {
+  ScratchFile(const std::filesystem::path& target, std::string_view content, Durability durability)
+      : target_(target), durability_(durability) {
     name_ = (target.parent_path() / ".tenora-XXXXXX").string();
     const FileDescriptor fd(::mkstemp(name_.data()));
     if (fd.get() < 0) {
@@ -70,7 +76,7 @@ class ScratchFile {
       ::umask(mask);
       // Where modes are unknown the file has the one its file system gives to all.
       static_cast<void>(::fchmod(fd.get(), 0666 & ~mask));
-      if (::fsync(fd.get()) != 0) throw FileError(errno, target);
+      Sync(fd.get(), durability, target);
     } catch (...) {
       ::unlink(name_.c_str());
       throw;
@@ -98,11 +104,12 @@ class ScratchFile {
     if (errno == EEXIST) return false;
     if (::link(name_.c_str(), target_.c_str()) == 0) return true;
     if (errno == EEXIST) return false;
-    return CreateInPlace(target_, content);
+    return CreateInPlace(target_, content, durability_);
   }
 
  private:
   std::filesystem::path target_;
+  Durability durability_;
   std::string name_;
 };
 
@@ -159,11 +166,33 @@ std::string ReadWholeFile(const std::filesystem::path& path) {
 }
 
 void WriteWholeFile(const std::filesystem::path& path, std::string_view content) {
-  ScratchFile(path, content).Replace();
+  ScratchFile(path, content, Durability::kSynced).Replace();
 }
 
-bool WriteNewFile(const std::filesystem::path& path, std::string_view content) {
-  return ScratchFile(path, content).TakeFreeName(content);
+bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
+                  Durability durability) {
+  return ScratchFile(path, content, durability).TakeFreeName(content);
+}
+
+std::filesystem::path WriteUnderFreeName(
+    const std::filesystem::path& wanted, std::string_view content, Durability durability,
+    const std::function<bool(const std::filesystem::path&)>& accept) {
+  std::filesystem::path path = wanted;
+  for (long n = 1;; ++n) {
+    std::error_code error;
+    // A name that another program takes between the two is refused by the write.
+    const bool taken = std::filesystem::symlink_status(path, error).type() !=
+                       std::filesystem::file_type::not_found;
+    if (taken && error) throw FileError(error.value(), path);
+    if (!taken && (!accept || accept(path)) && WriteNewFile(path, content, durability)) return path;
+    path = wanted.parent_path() /
+           (wanted.stem().string() + "(" + std::to_string(n) + ")" + wanted.extension().string());
+  }
+}
+
+void SyncFiles(const std::filesystem::path& folder) {
+  const FileDescriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (fd.get() < 0 || ::syncfs(fd.get()) != 0) throw FileError(errno, folder);
 }
 
 }  // namespace tenora

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -19,9 +20,27 @@ std::string ReadWholeFile(const std::filesystem::path& path);
 // stays.
 void WriteWholeFile(const std::filesystem::path& path, std::string_view content);
 
+// Whether a file is on the disk when the call returns, or only after the next SyncFiles.
+enum class Durability { kSynced, kUntilSync };
+
 // As WriteWholeFile, but never replaces a file: false when the name is taken, also by a file that
-// another program creates at the same moment.
-bool WriteNewFile(const std::filesystem::path& path, std::string_view content);
+// another program creates at the same moment. With kUntilSync a power cut before the next SyncFiles
+// may leave the file empty; the end of this process alone does not harm it.
+bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
+                  Durability durability = Durability::kSynced);
+
+// Writes a new file of this name or, where it is taken, of the first free of "stem(1).ext",
+// "stem(2).ext", …, also when other programs write there at the same moment. `accept` is asked
+// before each attempt to take a name and may refuse it. The result is the path written. Raises the
+// errors of WriteNewFile.
+std::filesystem::path WriteUnderFreeName(
+    const std::filesystem::path& wanted, std::string_view content,
+    Durability durability = Durability::kSynced,
+    const std::function<bool(const std::filesystem::path&)>& accept = {});
+
+// Brings everything written so far below this folder's file system to the disk: one wait for a
+// group of files in place of one each. Raises the errors of FileError.
+void SyncFiles(const std::filesystem::path& folder);
 
 // The error for an errno value of a failed file operation on `path`.
 class RuntimeError;

@@ -1,0 +1,73 @@
+#include "letters/generation.h"
+
+#include <utility>
+
+#include "letters/letter_maker.h"
+#include "letters/letter_run.h"
+#include "letters/run_log.h"
+#include "platform/dialogs/guard.h"
+#include "platform/runtime/error.h"
+#include "rental/reload.h"
+
+namespace tenora {
+namespace {
+
+void LoadRentalData(Session& session) {
+  if (ReloadRentalData(session)) return;
+  throw RuntimeError(error_number::kObjectNotSet,
+                     "The rental database could not be read; nothing was done.");
+}
+
+void RequirePrinter(printing::Printers* printers, Destination destination) {
+  if (destination != Destination::kPrinter) return;
+  if (printers == nullptr || printers->Count() == 0) {
+    throw StandardError(error_number::kPrinterError, "no printer is installed");
+  }
+  // Raises when the one that was asked for is not installed.
+  static_cast<void>(printers->Current());
+}
+
+LetterMaker::BadFutureDate BadFutureDates(AfterError after_error) {
+  // At the window the user has been told and sees the letter.
+  return after_error == AfterError::kStop ? LetterMaker::BadFutureDate::kLeftInLetter
+                                          : LetterMaker::BadFutureDate::kRaised;
+}
+
+}  // namespace
+
+GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipients& choose) {
+  LoadRentalData(session_);
+  request.recipients = choose(session_.caches);
+  if (request.recipients.empty()) {
+    throw StandardError(error_number::kInvalidProcedureCall, "Nothing selected");
+  }
+  RequirePrinter(printers_, request.destination);
+  LetterMaker maker(session_, request, BadFutureDates(after_error_));
+  maker.ReadTemplate();
+  RunLog log(session_.database.DataFolder(), request, session_.platform.clock);
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go();
+}
+
+GenerationSummary Generation::Resume(const std::filesystem::path& log_path) {
+  RunLog log = RunLog::Resume(log_path, session_.database.DataFolder(), session_.platform.clock);
+  LoadRentalData(session_);
+  RequirePrinter(printers_, log.request().destination);
+  LetterMaker maker(session_, log.request(), BadFutureDates(after_error_));
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go();
+}
+
+GenerationSummary GenerateSelection(Session& session, GenerationRequest request,
+                                    std::string_view selection, GenerationObserver& observer,
+                                    printing::Printers* printers) {
+  GenerationSummary summary;
+  Guarded(session.platform.dialogs, "frmMain - cmdGenerate_Click", [&] {
+    const std::string kind = request.template_kind;
+    summary = Generation(session, AfterError::kStop, observer, printers)
+                  .Run(std::move(request), [&](const Caches& caches) {
+                    return SplitSelection(caches, kind, selection);
+                  });
+  });
+  return summary;
+}
+
+}  // namespace tenora

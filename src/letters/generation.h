@@ -1,0 +1,106 @@
+// The generation routine behind frmMain's cmdGenerate_Click and `tenora generate`: one letter for
+// each recipient, merged, saved and printed or mailed. Every run keeps a run log beside the letters
+// (docs/generating.md), from which a run that was cut short is resumed.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "letters/generation_request.h"
+#include "platform/printing/printing.h"
+#include "rental/session.h"
+
+namespace tenora {
+
+// What an error with one letter does to the others.
+enum class AfterError {
+  kStop,           // the window: shown under "frmMain - cmdGenerate_Click", and the run ends
+  kNextRecipient,  // the command line: noted, and the run goes on
+};
+
+// One letter as the run leaves it.
+struct LetterReport {
+  enum class Result {
+    kDone,     // all that was asked
+    kFailed,   // not all; `problem` says why, and resuming tries again
+    kInDoubt,  // handed over, but whether it arrived is not known: never sent again
+  };
+
+  std::size_t number = 0;  // of the recipient, from 1
+  Recipient recipient;
+  Result result = Result::kDone;
+  std::filesystem::path file;         // the saved letter, empty when there is none
+  std::string problem;                // "61 - Disk full: …"
+  std::vector<std::string> warnings;  // of a letter that was made all the same
+};
+
+// Told of the run's progress, on the thread that runs it.
+class GenerationObserver {
+ public:
+  virtual ~GenerationObserver() = default;
+  // The log is written; `count` letters are to be made.
+  virtual void Started(std::size_t /*count*/, const std::filesystem::path& /*log*/) {}
+  // A letter (or its PDF) lies on the disk under this name.
+  virtual void Saved(const std::filesystem::path& /*file*/) {}
+  // A letter is through. One whose disk or printer fails at the end is reported a second time.
+  virtual void LetterFinished(const LetterReport& /*report*/) {}
+  // The print job has ended; the file is that of the PDF printer, else empty.
+  virtual void JobPrinted(std::size_t /*letters*/, const std::filesystem::path& /*file*/) {}
+  // Asked after each letter, and the moment to yield to a window's events: true ends the run after
+  // the letter in hand.
+  virtual bool StopAsked() { return false; }
+};
+
+// How the run ended.
+struct GenerationSummary {
+  std::size_t asked = 0;               // recipients of the run, with those of earlier attempts
+  std::size_t done = 0;                // with those done before
+  std::size_t done_before = 0;         // by the runs that this one resumes
+  std::vector<LetterReport> failed;    // why not, each
+  std::vector<LetterReport> in_doubt;  // to be looked at by a person
+  bool stopped = false;                // by StopAsked or, with kStop, by an error
+  std::filesystem::path log;
+
+  std::size_t untouched() const { return asked - done - failed.size() - in_doubt.size(); }
+  bool complete() const { return done == asked; }
+};
+
+// Decides whom letters are made for, from the caches as the run has just loaded them.
+using ChooseRecipients = std::function<std::vector<Recipient>(const Caches& caches)>;
+
+class Generation {
+ public:
+  // `printers` is for the printer destination; null otherwise. All outlive the generation.
+  Generation(Session& session, AfterError after_error, GenerationObserver& observer,
+             printing::Printers* printers = nullptr)
+      : session_(session), after_error_(after_error), observer_(observer), printers_(printers) {}
+
+  // Opens the database, reloads the caches and the options and closes it; fills the request's
+  // recipients by `choose`; then makes the letters. The template is read once: it may change or
+  // vanish while the run goes on. Raises, with nothing begun: a database that cannot be read (91,
+  // shown already), a template or run log that cannot be read or written, what `choose` raises.
+  GenerationSummary Run(GenerationRequest request, const ChooseRecipients& choose);
+
+  // Does what the log shows to be missing, and nothing twice: a letter that was mailed, or perhaps
+  // mailed, is never mailed again. Raises what Run raises, and the errors of RunLog::Resume.
+  GenerationSummary Resume(const std::filesystem::path& log);
+
+ private:
+  Session& session_;
+  AfterError after_error_;
+  GenerationObserver& observer_;
+  printing::Printers* printers_;
+};
+
+// As the window calls it, for the dialog's selection text. An error is shown in a box titled
+// "frmMain - cmdGenerate_Click" and ends the run; letters already made stay, and the log resumes
+// what is left.
+GenerationSummary GenerateSelection(Session& session, GenerationRequest request,
+                                    std::string_view selection, GenerationObserver& observer,
+                                    printing::Printers* printers = nullptr);
+
+}  // namespace tenora

@@ -1,0 +1,81 @@
+#include "letters/letter_maker.h"
+
+namespace tenora {
+LetterMaker::LetterMaker(Session& session, const GenerationRequest& request,
+                         BadFutureDate bad_future_date)
+    : session_(session), request_(request), bad_future_date_(bad_future_date), letter_(session) {}
+
+void LetterMaker::ReadTemplate() {
+  if (template_source_) return;
+  const TemplateLibrary library(session_.database.DataFolder());
+  template_path_ = library.PathOf(request_.template_kind, request_.template_name);
+  letter_.LoadLetter(template_path_, request_.template_kind);
+  template_source_ = letter_.rtfLetter.TextRTF();
+}
+
+// A letter window of its own for each recipient would start with the same members.
+void LetterMaker::Begin(const Recipient& recipient) {
+  LetterMembers& members = letter_.members();
+  members = LetterMembers();
+  members.Kind = ForTenants() ? kTenantLetter : kOwnerLetter;
+  members.LetterTitle = request_.template_name;
+  members.RecipientName = recipient.name;
+  members.TenantCode = recipient.code;
+  if (ForTenants() && members.TenantCode.empty()) {
+    members.TenantCode = session_.caches.ReferenceByKeyName(recipient.name);
+  }
+}
+
+frmLetter& LetterMaker::Make(const Recipient& recipient, std::size_t* unanswered) {
+  ReadTemplate();
+  Begin(recipient);
+  letter_.members().FilePath = template_path_.string();
+  letter_.rtfLetter.SetTextRTF(*template_source_);
+  letter_.AfterLoadLetter();
+  const std::size_t errors_before = session_.database.ErrorsReported();
+  if (ForTenants()) {
+    MergeTenant();
+  } else {
+    MergeOwner();
+  }
+  if (session_.database.ErrorsReported() != errors_before) {
+    throw LetterProblem("the rental database could not be read");
+  }
+  *unanswered = letter_.InsertPrompts(request_.answers);
+  return letter_;
+}
+
+frmLetter& LetterMaker::Load(const Recipient& recipient, const std::filesystem::path& file) {
+  Begin(recipient);
+  letter_.LoadLetter(file, letter_.members().Kind);
+  return letter_;
+}
+
+void LetterMaker::MergeTenant() {
+  const TenantMergeOutcome outcome = letter_.InsertTenantDetails();
+  if (outcome.error) throw *outcome.error;
+  if (!outcome.tenant_found) {
+    throw LetterProblem("the rental database has no such tenancy");
+  }
+  if (!outcome.receipt_number_issued) {
+    throw LetterProblem("no building receipt number could be issued");
+  }
+  RequireFutureDates(outcome.future_dates_inserted);
+}
+
+void LetterMaker::MergeOwner() {
+  const OwnerMergeOutcome outcome = letter_.InsertOwnerDetails();
+  if (outcome.error) throw *outcome.error;
+  if (!outcome.owner_found) {
+    throw LetterProblem("the rental database has no owner of this name");
+  }
+  RequireFutureDates(outcome.future_dates_inserted);
+}
+
+void LetterMaker::RequireFutureDates(bool inserted) const {
+  if (!inserted && bad_future_date_ == BadFutureDate::kRaised) {
+    throw LetterProblem("the template holds a future date that cannot be read");
+  }
+}
+
+}  // namespace tenora

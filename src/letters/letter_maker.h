@@ -1,0 +1,54 @@
+// Makes one letter of a batch: the template, which is read once, merged for one recipient.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "letters/frm_letter.h"
+#include "letters/generation_request.h"
+#include "letters/template_library.h"
+#include "platform/runtime/error.h"
+
+namespace tenora {
+
+// What stands against one letter and says nothing of the next, as a sentence for people.
+class LetterProblem : public RuntimeError {
+ public:
+  explicit LetterProblem(const std::string& why)
+      : RuntimeError(error_number::kInvalidProcedureCall, why) {}
+};
+
+class LetterMaker {
+ public:
+  // What becomes of a future-date code that cannot be read, which the merge has shown.
+  enum class BadFutureDate { kLeftInLetter, kRaised };
+
+  LetterMaker(Session& session, const GenerationRequest& request, BadFutureDate bad_future_date);
+
+  // Raises the errors of PathOf and LoadLetter; later calls do nothing.
+  void ReadTemplate();
+
+  // A letter for this recipient, merged, its prompts asked; `unanswered` counts the ones that were
+  // cancelled. Raises LetterProblem for a letter that could not be filled: nobody of that name or
+  // code, a failed look-up, a building receipt number that could not be issued; and the errors of
+  // the merge.
+  frmLetter& Make(const Recipient& recipient, std::size_t* unanswered);
+  // The letter that an earlier run saved for this recipient. Raises what LoadLetter raises.
+  frmLetter& Load(const Recipient& recipient, const std::filesystem::path& file);
+
+ private:
+  bool ForTenants() const { return request_.template_kind == kTemplates; }
+  void Begin(const Recipient& recipient);
+  void MergeTenant();
+  void MergeOwner();
+  void RequireFutureDates(bool inserted) const;
+
+  Session& session_;
+  const GenerationRequest& request_;
+  const BadFutureDate bad_future_date_;
+  std::filesystem::path template_path_;
+  std::optional<std::string> template_source_;
+  frmLetter letter_;
+};
+
+}  // namespace tenora

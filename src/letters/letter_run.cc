@@ -1,0 +1,380 @@
+#include "letters/letter_run.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "platform/dialogs/guard.h"
+#include "platform/mail/address.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kLabel = "frmMain - cmdGenerate_Click";
+// One wait for the disk for all letters of about a second, and never for more letters than these.
+constexpr std::chrono::seconds kBetweenSyncs{1};
+constexpr std::size_t kLargestGroup = 8192;
+
+// One letter cannot be mailed; the next may well be.
+class MailProblem : public LetterProblem {
+ public:
+  using LetterProblem::LetterProblem;
+};
+
+// Raises MailProblem for an address that nothing can be sent to.
+void RequireAddress(const std::string& address) {
+  if (TrimBlanks(address).empty()) throw MailProblem("no e-mail address");
+  try {
+    mail::ParseAddresses(address);
+  } catch (const RuntimeError& error) {
+    throw MailProblem(std::string(error.description()));
+  }
+}
+
+bool ConcernsEveryLetter(int number) {
+  return number == mail::smtp_error::kCannotConnect || number == mail::smtp_error::kLoginRefused ||
+         number == mail::smtp_error::kCertificate || number == mail::smtp_error::kSenderRefused;
+}
+
+bool Exists(const fs::path& path) {
+  std::error_code error;
+  return fs::symlink_status(path, error).type() != fs::file_type::not_found;
+}
+
+// A power cut may leave a name without content behind.
+void RemoveIfEmpty(const fs::path& path) {
+  std::error_code error;
+  const bool empty = fs::is_regular_file(fs::symlink_status(path, error)) &&
+                     fs::file_size(path, error) == 0 && !error;
+  if (empty) fs::remove(path, error);
+}
+
+// Whether the file holds a letter from its first brace to its last: what a power cut leaves of one
+// that was not yet synced is empty or broken.
+bool IsWholeLetter(const fs::path& path) {
+  std::error_code error;
+  if (!fs::is_regular_file(fs::symlink_status(path, error))) return false;
+  const std::string text = ReadWholeFile(path);
+  const std::size_t last = text.find_last_not_of(std::string_view(" \r\n\0", 4));
+  return text.starts_with("{\\rtf") && text[last] == '}';
+}
+
+fs::path PdfBeside(fs::path letter) { return letter.replace_extension(".pdf"); }
+
+}  // namespace
+
+LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
+                     printing::Printers* printers, RunLog& log, LetterMaker& maker)
+    : session_(session),
+      after_error_(after_error),
+      observer_(observer),
+      log_(log),
+      maker_(maker),
+      sender_(session) {
+  if (printers != nullptr) printer_.emplace(*printers, session.settings);
+  if (request().pdf) pdf_workers_.emplace(StoredMargins(session.settings));
+}
+
+GenerationSummary LetterRun::Go() {
+  std::size_t missing = 0;
+  for (std::size_t number = 1; number <= log_.count(); ++number) {
+    if (!Settled(number)) ++missing;
+    if (Done(number)) ++done_before_;
+  }
+  observer_.Started(missing, log_.path());
+  for (std::size_t number = 1; number <= log_.count() && !stopped_; ++number) {
+    if (Settled(number)) continue;
+    stopped_ = observer_.StopAsked() || !Process(number);
+    if (pdf_workers_) TakePdfs(pdf_workers_->TakeResults());
+    if (std::chrono::steady_clock::now() - last_sync_ >= kBetweenSyncs ||
+        unsynced_.size() >= kLargestGroup) {
+      SyncGroup();
+    }
+  }
+  Finish();
+  return Summary();
+}
+
+bool LetterRun::Done(std::size_t number) const {
+  switch (request().destination) {
+    case Destination::kFolder:
+      return log_.letter(number).state == LetterState::kSaved;
+    case Destination::kPrinter:
+      return log_.letter(number).state == LetterState::kPrinted;
+    case Destination::kEmail:
+      return log_.letter(number).state == LetterState::kMailed;
+  }
+  return false;
+}
+
+bool LetterRun::Settled(std::size_t number) const {
+  return Done(number) || InDoubt(log_.letter(number).state);
+}
+
+LetterReport LetterRun::ReportOn(std::size_t number) const {
+  LetterReport report;
+  report.number = number;
+  report.recipient = log_.recipient(number);
+  const std::string& file = log_.letter(number).file;
+  if (!file.empty()) report.file = session_.database.DataFolder() / file;
+  return report;
+}
+
+bool LetterRun::Process(std::size_t number) {
+  LetterReport report = ReportOn(number);
+  try {
+    if (!MakeAndHandOver(report)) return false;
+    // Otherwise reported when its PDF is there.
+    if (!pdf_waiting_.contains(number)) observer_.LetterFinished(report);
+    return true;
+  } catch (const mail::DeliveryUnknown& error) {
+    report.result = Result::kInDoubt;
+    report.problem = ErrorText(error);
+    log_.Note(number, LetterState::kSending, report.problem);
+    if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
+    observer_.LetterFinished(report);
+    return after_error_ == AfterError::kNextRecipient;
+  } catch (const MailProblem& error) {
+    // As for a single letter, the window shows it and the run goes on.
+    if (after_error_ == AfterError::kStop) {
+      session_.platform.dialogs.Say(report.recipient.name + ": " + error.what());
+    }
+    Fail(std::move(report), error.what());
+    return true;
+  } catch (const LetterProblem& error) {
+    if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
+    return Fail(std::move(report), error.what());
+  } catch (...) {
+    const RuntimeError error = CurrentError();
+    if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
+    return Fail(std::move(report), ErrorText(error));
+  }
+}
+
+bool LetterRun::MakeAndHandOver(LetterReport& report) {
+  report.file = SavedBefore(report);
+  if (report.file.empty()) {
+    if (!Make(report)) return false;
+  } else {
+    letter_ = &maker_.Load(report.recipient, report.file);
+    RemoveIfEmpty(PdfBeside(report.file));
+  }
+  if (request().pdf && !Exists(PdfBeside(report.file))) MakePdf(report);
+  HandOver(report);
+  return true;
+}
+
+bool LetterRun::Make(LetterReport& report) {
+  std::size_t unanswered = 0;
+  letter_ = &maker_.Make(report.recipient, &unanswered);
+  // An answer cut short by the wish to stop is none: the letter is not made.
+  if (unanswered > 0 && observer_.StopAsked()) return false;
+  if (unanswered > 0) {
+    report.warnings.push_back(std::to_string(unanswered) +
+                              (unanswered == 1 ? " prompt was" : " prompts were") +
+                              " left without an answer");
+  }
+  Save(report);
+  return true;
+}
+
+fs::path LetterRun::SavedBefore(LetterReport& report) const {
+  const std::string& logged = log_.letter(report.number).file;
+  if (logged.empty()) return {};
+  const fs::path file = session_.database.DataFolder() / logged;
+  RemoveIfEmpty(file);
+  if (!Exists(file)) return {};
+  if (IsWholeLetter(file)) return file;
+  report.warnings.push_back(file.string() +
+                            " is damaged and was left as it is; the letter was made anew");
+  return {};
+}
+
+// The name is in the log before the letter takes it: after a kill the letter is found again rather
+// than saved twice.
+void LetterRun::Save(LetterReport& report) {
+  SaveWay way;
+  way.durability =
+      request().destination == Destination::kEmail ? Durability::kSynced : Durability::kUntilSync;
+  way.pdf_name_free = request().pdf;
+  way.before_write = [&](const fs::path& path) {
+    log_.NoteFile(report.number, path);
+    log_.Note(report.number, LetterState::kSaving);
+    log_.Write();
+  };
+  try {
+    letter_->SaveGenerated(way);
+  } catch (...) {
+    log_.NoteFile(report.number, {});
+    throw;
+  }
+  report.file = letter_->members().FilePath;
+  observer_.Saved(report.file);
+}
+
+void LetterRun::MakePdf(LetterReport& report) {
+  pdf_workers_->Add({report.number, letter_->rtfLetter.TextRTF(), letter_->DocumentTitle(),
+                     PdfBeside(report.file)});
+  if (request().destination == Destination::kFolder) {
+    pdf_waiting_.emplace(report.number, report);
+    return;
+  }
+  // A letter that is given away cannot wait for its PDF: what fails must fail before.
+  for (PdfResult& result : pdf_workers_->Finish()) {
+    if (result.error) throw *result.error;
+    observer_.Saved(result.path);
+  }
+}
+
+void LetterRun::TakePdfs(std::vector<PdfResult> results) {
+  for (PdfResult& result : results) {
+    const auto waiting = pdf_waiting_.find(result.number);
+    LetterReport report = std::move(waiting->second);
+    pdf_waiting_.erase(waiting);
+    if (result.error) {
+      if (after_error_ == AfterError::kStop && !stopped_) {
+        ShowError(session_.platform.dialogs, kLabel, *result.error);
+      }
+      if (!Fail(std::move(report), ErrorText(*result.error))) stopped_ = true;
+      continue;
+    }
+    observer_.Saved(result.path);
+    unsynced_.push_back(result.number);
+    observer_.LetterFinished(report);
+  }
+}
+
+void LetterRun::HandOver(LetterReport& report) {
+  switch (request().destination) {
+    case Destination::kFolder:
+      if (!pdf_waiting_.contains(report.number)) unsynced_.push_back(report.number);
+      break;
+    case Destination::kPrinter:
+      PrintInJob(report);
+      break;
+    case Destination::kEmail:
+      Mail(report);
+      break;
+  }
+}
+
+void LetterRun::PrintInJob(LetterReport& report) {
+  printer_->PrintRichText(letter_->rtfLetter, letter_->DocumentTitle());
+  unsynced_.push_back(report.number);
+  in_job_.push_back(report.number);
+}
+
+// From the synced "sending" on, only the server knows: without "mailed" behind it the letter is in
+// doubt and is never sent again.
+void LetterRun::Mail(LetterReport& report) {
+  const std::string address = letter_->EmailAddress();
+  log_.Note(report.number, LetterState::kSaved);
+  RequireAddress(address);
+  const EmailBody body = letter_->BodyOfEmail(false);
+  log_.Note(report.number, LetterState::kSending, address);
+  log_.Sync();
+  try {
+    sender_.DeliverOrRaise(address, body, request().subject, true);
+  } catch (const mail::DeliveryUnknown&) {
+    throw;
+  } catch (const RuntimeError& error) {
+    if (ConcernsEveryLetter(error.number())) throw;
+    throw MailProblem(ErrorText(error));
+  }
+  log_.Note(report.number, LetterState::kMailed, address);
+  try {
+    log_.Write();
+  } catch (const RuntimeError& error) {
+    report.warnings.push_back("mailed, but not yet noted in the run log: " + ErrorText(error));
+  }
+}
+
+bool LetterRun::Fail(LetterReport report, const std::string& problem) {
+  report.result = Result::kFailed;
+  report.problem = problem;
+  log_.Note(report.number, LetterState::kFailed, report.problem);
+  observer_.LetterFinished(report);
+  return after_error_ == AfterError::kNextRecipient;
+}
+
+void LetterRun::SyncGroup() {
+  last_sync_ = std::chrono::steady_clock::now();
+  try {
+    if (!unsynced_.empty()) SyncFiles(session_.database.DataFolder());
+    for (const std::size_t number : unsynced_) log_.Note(number, LetterState::kSaved);
+    unsynced_.clear();
+  } catch (...) {
+    const RuntimeError error = CurrentError();
+    for (const std::size_t number : std::exchange(unsynced_, {})) {
+      if (!Fail(ReportOn(number), ErrorText(error))) stopped_ = true;
+    }
+  }
+  try {
+    log_.Write();
+  } catch (...) {
+    // What stays noted is written with the next group; Finish tells when nothing helps.
+  }
+}
+
+void LetterRun::EndJob() {
+  if (in_job_.empty()) return;
+  const std::vector<std::size_t> letters = std::exchange(in_job_, {});
+  const auto note_all = [&](LetterState state, const std::string& detail) {
+    for (const std::size_t number : letters) log_.Note(number, state, detail);
+  };
+  try {
+    note_all(LetterState::kPrinting, request().printer);
+    log_.Sync();
+    const fs::path file = printer_->EndJob();
+    note_all(LetterState::kPrinted, file.empty() ? request().printer : file.string());
+    observer_.JobPrinted(letters.size(), file);
+  } catch (...) {
+    const RuntimeError error = CurrentError();
+    if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
+    for (const std::size_t number : letters) {
+      Fail(ReportOn(number), ErrorText(error));
+    }
+    stopped_ = true;
+  }
+}
+
+// Also after a stop: what was begun is completed, and the letters in the open job are printed.
+void LetterRun::Finish() {
+  if (pdf_workers_) TakePdfs(pdf_workers_->Finish());
+  SyncGroup();
+  EndJob();
+  log_.Remark(stopped_ ? "stopped" : "ended", "");
+  try {
+    log_.Sync();
+  } catch (...) {
+    ShowError(session_.platform.dialogs, kLabel, CurrentError());
+  }
+}
+
+GenerationSummary LetterRun::Summary() const {
+  GenerationSummary summary;
+  summary.asked = log_.count();
+  summary.done_before = done_before_;
+  summary.stopped = stopped_;
+  summary.log = log_.path();
+  for (std::size_t number = 1; number <= log_.count(); ++number) {
+    const LoggedLetter& letter = log_.letter(number);
+    LetterReport report = ReportOn(number);
+    report.problem = letter.detail;
+    if (Done(number)) {
+      ++summary.done;
+    } else if (InDoubt(letter.state)) {
+      report.result = Result::kInDoubt;
+      summary.in_doubt.push_back(std::move(report));
+    } else if (letter.state == LetterState::kFailed) {
+      report.result = Result::kFailed;
+      summary.failed.push_back(std::move(report));
+    }
+  }
+  return summary;
+}
+
+}  // namespace tenora

@@ -1,0 +1,72 @@
+// One run of letters at work: each letter made, saved and handed over, every step noted in the run
+// log before it could be done twice.
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <optional>
+
+#include "letters/generation.h"
+#include "letters/letter_maker.h"
+#include "letters/run_log.h"
+#include "output/email_sender.h"
+#include "output/pdf_workers.h"
+#include "output/printing.h"
+
+namespace tenora {
+
+class LetterRun {
+ public:
+  LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
+            printing::Printers* printers, RunLog& log, LetterMaker& maker);
+
+  // Makes every letter that the log does not show as done or in doubt.
+  GenerationSummary Go();
+
+ private:
+  using Result = LetterReport::Result;
+
+  const GenerationRequest& request() const { return log_.request(); }
+  bool Settled(std::size_t number) const;
+  bool Done(std::size_t number) const;
+  LetterReport ReportOn(std::size_t number) const;
+  // One letter from template to destination. False when the run must end.
+  bool Process(std::size_t number);
+  // Raises whatever goes wrong; false when the user stopped while prompts were asked.
+  bool MakeAndHandOver(LetterReport& report);
+  bool Make(LetterReport& report);
+  void HandOver(LetterReport& report);
+  void Mail(LetterReport& report);
+  void PrintInJob(LetterReport& report);
+
+  // The whole letter that an earlier run saved; empty when there is none.
+  std::filesystem::path SavedBefore(LetterReport& report) const;
+  void Save(LetterReport& report);
+  void MakePdf(LetterReport& report);
+  void TakePdfs(std::vector<PdfResult> results);
+
+  // False when the run must end.
+  bool Fail(LetterReport report, const std::string& problem);
+  void SyncGroup();
+  void EndJob();
+  void Finish();
+  GenerationSummary Summary() const;
+
+  Session& session_;
+  const AfterError after_error_;
+  GenerationObserver& observer_;
+  RunLog& log_;
+  LetterMaker& maker_;
+  frmLetter* letter_ = nullptr;  // the one in hand
+  clsEmailSender sender_;
+  std::optional<PrinterMod> printer_;
+  std::optional<PdfWorkers> pdf_workers_;
+  std::map<std::size_t, LetterReport> pdf_waiting_;  // letters whose PDFs are being written
+  std::vector<std::size_t> unsynced_;                // saved, but perhaps not yet on the disk
+  std::vector<std::size_t> in_job_;
+  std::chrono::steady_clock::time_point last_sync_ = std::chrono::steady_clock::now();
+  std::size_t done_before_ = 0;
+  bool stopped_ = false;
+};
+
+}  // namespace tenora

@@ -1,0 +1,62 @@
+// Who can be chosen for a template's letters, and the choice as it is handed to the generation.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "rental/caches.h"
+
+namespace tenora {
+
+// One for whom a letter is made. A tenant without a code is the first in the cache of that name.
+struct Recipient {
+  std::string name;  // a tenant's KeyName, an owner's Name
+  std::string code;  // a tenancy's code; empty for owners
+
+  bool operator==(const Recipient&) const = default;
+};
+
+// One line of the list.
+struct RecipientRow {
+  std::string text;  // "(Closed) Jane Smith (P00012)"
+  std::string key;   // the code of the tenancy, the owner or, by property, the property
+  Recipient recipient;
+};
+
+// What the dialog's check boxes and its search box say.
+struct RecipientFilter {
+  bool closed = false;       // chkClosed: closed ones too, below the open ones
+  bool by_property = false;  // chkByProperty: owners once for each of their properties
+  // ExcludeNoEmailAddress leaves those without an address out while it is available and ticked. The
+  // dialog makes it available with the e-mail destination, the command line always.
+  bool exclude_no_email_available = false;
+  bool exclude_no_email_ticked = false;
+  std::string search = {};  // txtSearch: every word of it occurs in the item's text
+};
+
+// The list for a template kind, in cache order, open ones first; empty for any other kind than
+// "Templates" and "Owner Templates".
+std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view template_kind,
+                                         const RecipientFilter& filter);
+
+// The rows that a search text leaves, for a list that is filtered while it is typed: letter case
+// and accents do not count.
+bool MatchesSearch(std::string_view item_text, std::string_view search);
+
+// An item's text up to the first " (", all of it when there is none.
+std::string RemoveProperty(std::string_view item_text);
+
+// The selection as one text: the rows' names, each followed by ";". A name that itself holds " ("
+// is given whole, where RemoveProperty would cut it into another's.
+std::string SelectionText(std::span<const RecipientRow> chosen);
+
+// The recipients of a selection text, in its order. Each name stands for the first tenant (or
+// owner) that bears it, as the text cannot tell namesakes apart. A name that itself holds ";" is
+// found again by putting its pieces together; one that nobody bears is kept, so that its letter
+// fails by name.
+std::vector<Recipient> SplitSelection(const Caches& caches, std::string_view template_kind,
+                                      std::string_view selection);
+
+}  // namespace tenora

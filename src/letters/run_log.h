@@ -1,0 +1,64 @@
+// A run log on the disk, held open and locked for the time of its run, so that nobody resumes a run
+// that is still at work.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+
+#include "letters/run_log_text.h"
+#include "platform/runtime/clock.h"
+
+namespace tenora {
+
+class RunLog {
+ public:
+  // A new log in the data folder, "Letters 2026-11-21 093000.log" or "… (1).log" where that is
+  // taken; its head is on the disk when this returns. Raises the errors of FileError.
+  RunLog(const std::filesystem::path& data_folder, GenerationRequest request, const Clock& clock);
+  // Takes up the log of a run that did not come to its end. Raises 70 (Permission denied) for one
+  // that is at work, 321 (Invalid file format) for what ReadRunLog refuses, for the log of another
+  // data folder, and for a copy: the letters mailed since would be mailed again.
+  static RunLog Resume(const std::filesystem::path& path, const std::filesystem::path& data_folder,
+                       const Clock& clock);
+  // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does.
+  static GenerationRequest RequestOf(const std::filesystem::path& path);
+  RunLog(RunLog&& other) noexcept;
+  RunLog& operator=(RunLog&&) = delete;
+  ~RunLog();
+
+  const std::filesystem::path& path() const { return path_; }
+  const GenerationRequest& request() const { return run_.request; }
+  const Recipient& recipient(std::size_t number) const {
+    return run_.request.recipients[number - 1];
+  }
+  const LoggedLetter& letter(std::size_t number) const { return run_.letters[number - 1]; }
+  std::size_t count() const { return run_.letters.size(); }
+
+  // Notes what is to be written on a letter; the file is kept where none is given. Nothing reaches
+  // the log before Write.
+  void Note(std::size_t number, LetterState state, const std::string& detail = {});
+  void NoteFile(std::size_t number, const std::filesystem::path& file);
+  void Remark(std::string_view what, std::string_view text);
+  // Writes what was noted: the end of this process no longer harms it.
+  void Write();
+  // Writes and waits for the disk: nor does a power cut.
+  void Sync();
+
+ private:
+  RunLog(std::filesystem::path path, const Clock& clock) : path_(std::move(path)), clock_(clock) {}
+  void Open();
+  void Lock(bool required);
+  // Reads what whole lines the file has; the result is their length.
+  std::size_t Read();
+  void CheckOrigin(const std::filesystem::path& data_folder) const;
+
+  std::filesystem::path path_;
+  std::filesystem::path data_folder_;
+  const Clock& clock_;
+  int fd_ = -1;
+  LoggedRun run_;
+  std::string noted_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,259 @@
+#include "letters/run_log_text.h"
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+
+#include "letters/file_names.h"
+#include "letters/template_library.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/format.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+constexpr std::string_view kFirstWord = "Tenora run log";
+constexpr std::string_view kVersion = "1";
+constexpr std::string_view kHeadEnd = "letters";
+constexpr std::size_t kMostRecipients = 10'000'000;
+
+constexpr std::array<std::string_view, 3> kDestinations{"folder", "printer", "email"};
+constexpr std::array<std::string_view, 8> kStates{"waiting", "saving",   "saved",   "sending",
+                                                  "mailed",  "printing", "printed", "failed"};
+constexpr std::array<std::string_view, 3> kRemarks{"resumed", "stopped", "ended"};
+
+template <typename Enum, std::size_t Count>
+std::optional<Enum> FromWord(const std::array<std::string_view, Count>& words,
+                             std::string_view word) {
+  for (std::size_t i = 0; i < Count; ++i) {
+    if (words[i] == word) return static_cast<Enum>(i);
+  }
+  return std::nullopt;
+}
+
+// A field on its line: what would end either, and everything a terminal would act on, is escaped.
+std::string Escaped(std::string_view field) {
+  std::string text;
+  for (const char c : field) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '\\') {
+      text += "\\\\";
+    } else if (byte < 0x20 || byte == 0x7F) {
+      std::array<char, 8> hex{};
+      std::snprintf(hex.data(), hex.size(), "\\x%02X", byte);
+      text += hex.data();
+    } else {
+      text += c;
+    }
+  }
+  return text;
+}
+
+std::optional<std::string> Unescaped(std::string_view text) {
+  std::string field;
+  while (!text.empty()) {
+    if (text[0] != '\\') {
+      if (static_cast<unsigned char>(text[0]) < 0x20) return std::nullopt;
+      field += text[0];
+      text.remove_prefix(1);
+    } else if (text.starts_with("\\\\")) {
+      field += '\\';
+      text.remove_prefix(2);
+    } else {
+      unsigned value = 0;
+      if (text.size() < 4 || text[1] != 'x') return std::nullopt;
+      const char* const end = text.data() + 4;
+      if (std::from_chars(text.data() + 2, end, value, 16).ptr != end) return std::nullopt;
+      field += static_cast<char>(value);
+      text.remove_prefix(4);
+    }
+  }
+  return field;
+}
+
+std::string Line(std::initializer_list<std::string_view> fields) {
+  std::string line;
+  for (const std::string_view field : fields) {
+    if (!line.empty()) line += '\t';
+    line += Escaped(field);
+  }
+  return line += '\n';
+}
+
+std::string TimeText(Date time) { return FormatDate(time, "yyyy-mm-dd hh:nn:ss"); }
+
+class Reader {
+ public:
+  explicit Reader(std::string_view text) : rest_(text) {}
+
+  LoggedRun Read() {
+    ReadFirstLine();
+    while (!in_letters_) ReadHeadLine(NextLine());
+    if (run_.request.template_kind.empty() || run_.log_name.empty() || run_.data_folder.empty()) {
+      Damaged();
+    }
+    run_.letters.resize(run_.request.recipients.size());
+    while (!rest_.empty()) ReadLetterLine(NextLine());
+    return std::move(run_);
+  }
+
+ private:
+  using Fields = std::vector<std::string>;
+
+  [[noreturn]] void Refuse(const std::string& why) const {
+    throw StandardError(error_number::kInvalidFileFormat, why);
+  }
+  [[noreturn]] void Damaged() const {
+    Refuse("the run log is damaged in line " + std::to_string(line_));
+  }
+
+  Fields NextLine() {
+    ++line_;
+    const std::size_t end = rest_.find('\n');
+    if (end == std::string_view::npos) {
+      Refuse("the run log ends before its first letter; nothing of that run was done");
+    }
+    Fields fields = Split(rest_.substr(0, end), "\t");
+    rest_.remove_prefix(end + 1);
+    for (std::string& field : fields) {
+      const std::optional<std::string> text = Unescaped(field);
+      if (!text) Damaged();
+      field = *text;
+    }
+    return fields;
+  }
+
+  void ReadFirstLine() {
+    if (!rest_.starts_with(kFirstWord)) Refuse("this is no run log of Tenora");
+    const Fields first = NextLine();
+    if (first.size() != 2 || first[0] != kFirstWord) Damaged();
+    if (first[1] != kVersion) {
+      Refuse("the run log was written by another version of Tenora, in format " + first[1] +
+             "; resume it with that version");
+    }
+  }
+
+  void ReadHeadLine(const Fields& fields) {
+    const std::string& word = fields[0];
+    const std::size_t count = fields.size();
+    GenerationRequest& request = run_.request;
+    if (word == kHeadEnd && count == 1) {
+      in_letters_ = true;
+    } else if (word == "recipient" && count == 4) {
+      if (request.recipients.size() == kMostRecipients) Damaged();
+      if (Number(fields[1]) != request.recipients.size() + 1) Damaged();
+      request.recipients.push_back({fields[2], fields[3]});
+    } else if (word == "template" && count == 3) {
+      if (fields[1] != kTemplates && fields[1] != kOwnerTemplates) Damaged();
+      request.template_kind = fields[1];
+      request.template_name = fields[2];
+    } else if (word == "answer" && count == 3) {
+      request.answers[fields[1]] = fields[2];
+    } else if (count == 2) {
+      ReadSetting(word, fields[1]);
+    } else {
+      Damaged();
+    }
+  }
+
+  void ReadSetting(const std::string& word, const std::string& value) {
+    GenerationRequest& request = run_.request;
+    if (word == "log") {
+      run_.log_name = value;
+    } else if (word == "data folder") {
+      run_.data_folder = value;
+    } else if (word == "destination") {
+      const auto destination = FromWord<Destination>(kDestinations, value);
+      if (!destination) Damaged();
+      request.destination = *destination;
+    } else if (word == "subject") {
+      request.subject = value;
+    } else if (word == "printer") {
+      request.printer = value;
+    } else if (word == "pdf" && (value == "yes" || value == "no")) {
+      request.pdf = value == "yes";
+    } else if (word != "started") {
+      Damaged();
+    }
+  }
+
+  std::size_t Number(const std::string& text) const {
+    std::size_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end) Damaged();
+    return number;
+  }
+
+  void ReadLetterLine(const Fields& fields) {
+    if (FromWord<int>(kRemarks, fields[0])) return;
+    const auto state = FromWord<LetterState>(kStates, fields[0]);
+    if (!state || fields.size() != 5) Damaged();
+    const std::size_t number = Number(fields[1]);
+    if (number == 0 || number > run_.letters.size()) Damaged();
+    const Recipient& recipient = run_.request.recipients[number - 1];
+    if (fields[2] != recipient.name) Damaged();
+    RequireInFolder(fields[3], recipient.name);
+    run_.letters[number - 1] = {*state, fields[3], fields[4]};
+  }
+
+  void RequireInFolder(const std::string& file, const std::string& name) const {
+    if (file.empty()) return;
+    const std::filesystem::path path(file);
+    const std::string own = path.filename().string();
+    const bool inside = path == std::filesystem::path(RecipientFolderName(name)) / own;
+    if (!inside || own == "." || own == ".." || !own.ends_with(".rtf")) {
+      Refuse("the run log names \"" + file + "\" in line " + std::to_string(line_) +
+             ", which is no letter in the folder of " + name);
+    }
+  }
+
+  std::string_view rest_;
+  std::size_t line_ = 0;
+  bool in_letters_ = false;
+  LoggedRun run_;
+};
+
+}  // namespace
+
+std::string RunLogHead(const LoggedRun& run, Date now) {
+  const GenerationRequest& request = run.request;
+  const auto destination = kDestinations[static_cast<std::size_t>(request.destination)];
+  std::string text = Line({kFirstWord, kVersion});
+  text += Line({"log", run.log_name});
+  text += Line({"started", TimeText(now)});
+  text += Line({"data folder", run.data_folder});
+  text += Line({"template", request.template_kind, request.template_name});
+  text += Line({"destination", destination});
+  if (request.destination == Destination::kEmail) text += Line({"subject", request.subject});
+  if (request.destination == Destination::kPrinter) text += Line({"printer", request.printer});
+  text += Line({"pdf", request.pdf ? "yes" : "no"});
+  for (const auto& [prompt, answer] : request.answers) text += Line({"answer", prompt, answer});
+  for (std::size_t i = 0; i < request.recipients.size(); ++i) {
+    const Recipient& recipient = request.recipients[i];
+    text += Line({"recipient", std::to_string(i + 1), recipient.name, recipient.code});
+  }
+  return text += Line({kHeadEnd});
+}
+
+std::string RunLogLine(LetterState state, std::size_t number, const std::string& name,
+                       const LoggedLetter& letter) {
+  return Line({kStates[static_cast<std::size_t>(state)], std::to_string(number), name, letter.file,
+               letter.detail});
+}
+
+std::string RunLogRemark(std::string_view what, std::string_view text, Date now) {
+  return Line({what, TimeText(now), text});
+}
+
+std::size_t WholeLines(std::string_view text) {
+  const std::size_t last = text.rfind('\n');
+  return last == std::string_view::npos ? 0 : last + 1;
+}
+
+LoggedRun ReadRunLog(std::string_view text) { return Reader(text).Read(); }
+
+}  // namespace tenora

@@ -1,0 +1,59 @@
+// The text of a run log: what a run was asked, and what became of each letter. docs/generating.md
+// describes the format.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "letters/generation_request.h"
+#include "platform/runtime/date.h"
+
+namespace tenora {
+
+// How far a letter has come. Only the last line of a letter counts, but for its file.
+enum class LetterState {
+  kWaiting,   // no line yet
+  kSaving,    // about to take this file name
+  kSaved,     // on the disk
+  kSending,   // about to be handed to the mail server
+  kMailed,    // the server has taken it
+  kPrinting,  // its print job is about to be handed on
+  kPrinted,
+  kFailed,
+};
+
+// Whether the letter was given away without word that it arrived.
+inline bool InDoubt(LetterState state) {
+  return state == LetterState::kSending || state == LetterState::kPrinting;
+}
+
+struct LoggedLetter {
+  LetterState state = LetterState::kWaiting;
+  std::string file;    // below the data folder, "Jane Smith/Rent review(1).rtf"; empty when none
+  std::string detail;  // address, printer, or why it failed
+};
+
+struct LoggedRun {
+  std::string log_name;     // of the log's own file
+  std::string data_folder;  // as an absolute path
+  GenerationRequest request;
+  std::vector<LoggedLetter> letters;  // one for each recipient, in the same order
+};
+
+// The head of a log, with every recipient, up to the line from which letters are made.
+std::string RunLogHead(const LoggedRun& run, Date now);
+// One line on the letter with this number (from 1).
+std::string RunLogLine(LetterState state, std::size_t number, const std::string& name,
+                       const LoggedLetter& letter);
+// A line that says when a run was taken up again or ended; readers skip it.
+std::string RunLogRemark(std::string_view what, std::string_view text, Date now);
+
+// The length of the log without a last line that was cut short.
+std::size_t WholeLines(std::string_view text);
+// Reads whole lines. Raises 321 (Invalid file format) with the line's number for text that is no
+// run log, is one of another version, is damaged, or names files outside its recipients' folders.
+LoggedRun ReadRunLog(std::string_view text);
+
+}  // namespace tenora

@@ -1,0 +1,247 @@
+#include "startup/generate_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <optional>
+#include <ostream>
+
+#include "letters/generation.h"
+#include "letters/run_log.h"
+#include "letters/template_library.h"
+#include "platform/dialogs/guard.h"
+#include "platform/dialogs/terminal_text.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/text.h"
+#include "rental/reload.h"
+#include "startup/generate_progress.h"
+#include "startup/recipient_choice.h"
+#include "startup/stop_signals.h"
+
+namespace tenora {
+namespace {
+
+constexpr int kDone = 0, kFailed = 1, kWrongCall = 2;
+
+constexpr const char* kFooter =
+    R"(The files made are printed on standard output, progress and problems on standard error.
+A letter that fails does not stop the others; the run log beside the letters says what became of
+each. Ctrl-C stops after the letter in hand (a print job ends with the letters in it).
+Exit status: 0 when every letter was made, 1 when not, 2 for a wrong call.)";
+
+struct Call {
+  std::string template_name;
+  bool owners = false;
+  std::string destination = "folder";
+  std::vector<std::string> recipients;
+  bool all = false, list = false;
+  RecipientFilter filter;
+  std::string subject, printer, resume;
+  std::vector<std::string> answers;
+  bool pdf = false;
+
+  const std::string_view Kind() const { return owners ? kOwnerTemplates : kTemplates; }
+  Destination To() const {
+    if (destination == "printer") return Destination::kPrinter;
+    return destination == "email" ? Destination::kEmail : Destination::kFolder;
+  }
+};
+
+void Declare(CLI::App& app, Call& call) {
+  RecipientFilter& filter = call.filter;
+  app.footer(kFooter);
+  app.add_option("--template", call.template_name, "The template's name, without \".rtf\"");
+  app.add_flag("--owners", call.owners, "Write to owners, from \"Owner Templates\"");
+  app.add_flag("--by-property", filter.by_property,
+               "List owners once for each of their properties");
+  app.add_option("--to", call.destination, "Where the letters go; they are saved in any case")
+      ->check(CLI::IsMember({"folder", "printer", "email"}))
+      ->capture_default_str();
+  app.add_option("--recipient", call.recipients,
+                 "A recipient by name or code; may be given many times")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  app.add_flag("--all", call.all, "Every recipient of the list");
+  app.add_flag("--closed", filter.closed, "Closed ones too");
+  app.add_flag("--with-email-only", filter.exclude_no_email_ticked,
+               "Only recipients with an e-mail address");
+  app.add_option("--search", filter.search,
+                 "Only recipients whose line in the list holds the words");
+  app.add_option("--subject", call.subject, "Of the e-mails");
+  app.add_option("--answer", call.answers,
+                 "\"prompt=text\": the answer to a prompt for all letters; others are asked")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  app.add_flag("--pdf", call.pdf, "Save a PDF beside each letter");
+  app.add_option("--printer", call.printer, "The printer; without it, the default one");
+  app.add_flag("--list", call.list, "Print the recipients and make nothing");
+  app.add_option("--resume", call.resume, "Make what the run of this log left undone");
+}
+
+// What is wrong with the call; empty when nothing is.
+std::string Complaint(const Call& call) {
+  const bool to_email = call.To() == Destination::kEmail;
+  const bool choosing = call.all || !call.recipients.empty();
+  if (call.filter.by_property && !call.owners) return "--by-property goes with --owners";
+  if (!call.resume.empty()) {
+    const bool more = choosing || call.list || !call.template_name.empty() ||
+                      !call.subject.empty() || !call.answers.empty() || call.pdf;
+    return more ? "--resume takes everything from the run log; only --printer may stand beside it"
+                : "";
+  }
+  if (call.list) return "";
+  if (call.template_name.empty()) return "--template is missing";
+  if (call.all && !call.recipients.empty()) return "--all and --recipient exclude each other";
+  if (!choosing) return "Nothing selected: name each --recipient, or take --all";
+  if (!call.filter.search.empty() && !call.all) return "--search goes with --all or --list";
+  if (to_email && TrimBlanks(call.subject).empty()) return "--to email needs a --subject";
+  if (!to_email && !call.subject.empty()) return "--subject goes with --to email";
+  if (!call.printer.empty() && call.To() != Destination::kPrinter) {
+    return "--printer goes with --to printer";
+  }
+  for (const std::string& answer : call.answers) {
+    if (answer.find('=') == 0 || answer.find('=') == std::string::npos) {
+      return "--answer \"" + answer + "\" is not of the form \"prompt=text\"";
+    }
+  }
+  return "";
+}
+
+class GenerateCommand {
+ public:
+  GenerateCommand(const Call& call, const GenerateParts& parts)
+      : call_(call),
+        parts_(parts),
+        dialogs_(parts.platform.dialogs, signals_),
+        session_(WithDialogs(parts.platform, dialogs_)),
+        progress_(parts.output, parts.errors, parts.errors_is_terminal, signals_) {
+    session_.database.SetCommandMode();
+  }
+
+  int Run() {
+    if (call_.list) return List();
+    const bool resuming = !call_.resume.empty();
+    const GenerationRequest request = resuming ? RunLog::RequestOf(call_.resume) : AskedRequest();
+    const Destination destination = request.destination;
+    if (destination == Destination::kPrinter) TakePrinter(request.printer);
+    dialogs_.Before(&progress_);
+    Generation generation(session_, AfterError::kNextRecipient, progress_, printers_.get());
+    const GenerationSummary summary =
+        resuming ? generation.Resume(call_.resume)
+                 : generation.Run(WithPrinter(request),
+                                  [&](const Caches& caches) { return Chosen(caches); });
+    dialogs_.Before(nullptr);
+    progress_.ShowSummary(summary, destination);
+    return summary.complete() ? kDone : kFailed;
+  }
+
+ private:
+  static Platform WithDialogs(const Platform& platform, Dialogs& dialogs) {
+    return Platform{platform.clock,     dialogs,
+                    platform.locale,    platform.registry,
+                    platform.workspace, platform.program_folder};
+  }
+
+  int List() {
+    if (!ReloadRentalData(session_)) return kFailed;
+    for (const RecipientRow& row : Rows(session_.caches)) {
+      parts_.output << TerminalLine(row.text) << '\n';
+    }
+    return kDone;
+  }
+
+  std::vector<RecipientRow> Rows(const Caches& caches) const {
+    return ListRecipients(caches, call_.Kind(), call_.filter);
+  }
+
+  std::vector<Recipient> Chosen(const Caches& caches) const {
+    const std::vector<RecipientRow> rows = Rows(caches);
+    if (!call_.all) {
+      RecipientFilter closed_too = call_.filter;
+      closed_too.closed = true;
+      return ChooseByNames(call_.recipients, rows,
+                           ListRecipients(caches, call_.Kind(), closed_too));
+    }
+    std::vector<Recipient> chosen;
+    for (const RecipientRow& row : rows) chosen.push_back(row.recipient);
+    if (chosen.empty()) throw WrongChoice("Nothing selected: the list is empty.");
+    return chosen;
+  }
+
+  GenerationRequest WithPrinter(GenerationRequest request) const {
+    if (printers_) request.printer = printers_->Current().DeviceName();
+    return request;
+  }
+
+  GenerationRequest AskedRequest() const {
+    GenerationRequest request;
+    request.template_kind = call_.Kind();
+    request.template_name = call_.template_name;
+    request.destination = call_.To();
+    request.subject = call_.subject;
+    request.pdf = call_.pdf;
+    for (const std::string& answer : call_.answers) {
+      const std::size_t equals = answer.find('=');
+      request.answers[answer.substr(0, equals)] = answer.substr(equals + 1);
+    }
+    return request;
+  }
+
+  // The printer asked for now, else the one of the run that is resumed, else the default.
+  void TakePrinter(const std::string& before) {
+    printers_ = parts_.make_printers();
+    printers_->SetDataFolder(session_.database.DataFolder());
+    const std::string& wanted = call_.printer.empty() ? before : call_.printer;
+    if (wanted.empty() || printers_->SetCurrent(wanted)) return;
+    std::string names;
+    for (const std::string& name : printers_->Names()) {
+      names += (names.empty() ? "\"" : ", \"") + name + "\"";
+    }
+    throw StandardError(error_number::kPrinterError,
+                        "there is no printer \"" + wanted + "\"; installed are " + names);
+  }
+
+  const Call& call_;
+  const GenerateParts& parts_;
+  StopSignals signals_;
+  GenerateDialogs dialogs_;
+  Session session_;
+  GenerateProgress progress_;
+  std::unique_ptr<printing::Printers> printers_;
+};
+
+}  // namespace
+
+int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts) {
+  Call call;
+  // On the command line the filter is asked for or not; there is no box to be unavailable.
+  call.filter.exclude_no_email_available = true;
+  CLI::App app("Makes a letter from a template for each of many tenants or owners.",
+               "tenora generate");
+  Declare(app, call);
+  std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back
+  arguments.pop_back();
+  try {
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, parts.output, parts.errors) == 0 ? kDone : kWrongCall;
+  }
+  if (const std::string complaint = Complaint(call); !complaint.empty()) {
+    parts.errors << TerminalLine(complaint) << "\nRun with --help for more information."
+                 << std::endl;
+    return kWrongCall;
+  }
+  try {
+    const int status = GenerateCommand(call, parts).Run();
+    parts.output.flush();
+    if (!parts.output) throw StandardError(error_number::kDeviceIoError, "standard output");
+    return status;
+  } catch (const WrongChoice& problem) {
+    parts.errors << TerminalLine(problem.what()) << std::endl;
+    return kFailed;
+  } catch (...) {
+    parts.errors << TerminalText(ErrorText(CurrentError())) << std::endl;
+    return kFailed;
+  }
+}
+
+}  // namespace tenora

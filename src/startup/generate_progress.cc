@@ -1,0 +1,193 @@
+#include "startup/generate_progress.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+
+#include "platform/dialogs/terminal_text.h"
+
+namespace tenora {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenUpdates{200};
+constexpr std::chrono::seconds kBetweenLines{3};
+// A warning that many letters share is told this often, then counted.
+constexpr std::size_t kMostOfAKind = 3;
+
+std::string Letters(std::size_t count) {
+  return std::to_string(count) + (count == 1 ? " letter" : " letters");
+}
+
+// "Jane Smith (T00001)"
+std::string Name(const Recipient& recipient) {
+  return TerminalLine(recipient.code.empty() ? recipient.name
+                                             : recipient.name + " (" + recipient.code + ")");
+}
+
+std::string Duration(double seconds) {
+  const auto whole = static_cast<long long>(std::ceil(seconds));
+  if (whole < 120) return std::to_string(whole) + " s";
+  if (whole < 7200) return std::to_string((whole + 59) / 60) + " min";
+  return std::to_string((whole + 3599) / 3600) + " h";
+}
+
+// One decimal below ten letters a second.
+std::string Rate(double rate) {
+  const auto tenths = static_cast<long long>(std::llround(rate * 10));
+  if (tenths >= 100) return std::to_string((tenths + 5) / 10);
+  return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);
+}
+
+const char* DoneWord(Destination destination) {
+  switch (destination) {
+    case Destination::kFolder:
+      return "saved";
+    case Destination::kPrinter:
+      return "printed";
+    case Destination::kEmail:
+      return "mailed";
+  }
+  return "";
+}
+
+// A word of a command line as a shell takes it.
+std::string ShellWord(const std::string& text) {
+  std::string word = "'";
+  for (const char c : text) {
+    if (c == '\'') {
+      word += "'\\''";
+    } else {
+      word += c;
+    }
+  }
+  return TerminalLine(word + "'");
+}
+
+}  // namespace
+
+void GenerateProgress::Started(std::size_t count, const std::filesystem::path& log) {
+  count_ = count;
+  started_ = shown_ = Clock::now();
+  errors_ << Letters(count) << " to make. Run log: " << TerminalLine(log.string()) << std::endl;
+}
+
+void GenerateProgress::Saved(const std::filesystem::path& file) {
+  // Between a result and the count on one terminal.
+  if (line_length_ > 0) ClearLine();
+  output_ << file.string() << '\n';
+  if (terminal_) output_.flush();
+}
+
+void GenerateProgress::LetterFinished(const LetterReport& report) {
+  ++finished_;
+  if (!report.warnings.empty()) Warn(report);
+  if (report.result != LetterReport::Result::kDone) {
+    ClearLine();
+    errors_ << Name(report.recipient) << ": " << TerminalLine(report.problem) << std::endl;
+  }
+  const Clock::time_point now = Clock::now();
+  const bool due = terminal_ ? now - shown_ >= kBetweenUpdates : now - shown_ >= kBetweenLines;
+  if (!due) return;
+  shown_ = now;
+  ShowCount();
+}
+
+void GenerateProgress::Warn(const LetterReport& report) {
+  for (const std::string& warning : report.warnings) {
+    const std::size_t met = ++warnings_[warning];
+    if (met > kMostOfAKind) continue;
+    ClearLine();
+    errors_ << Name(report.recipient) << ": " << TerminalLine(warning) << std::endl;
+  }
+}
+
+void GenerateProgress::JobPrinted(std::size_t letters, const std::filesystem::path& file) {
+  ClearLine();
+  if (!file.empty()) output_ << file.string() << '\n';
+  errors_ << Letters(letters) << " printed in one job." << std::endl;
+}
+
+void GenerateProgress::ShowCount() {
+  const std::size_t finished = std::min(finished_, count_);
+  const double seconds = std::chrono::duration<double>(Clock::now() - started_).count();
+  const double rate = seconds > 0 ? static_cast<double>(finished) / seconds : 0;
+  std::string line =
+      std::to_string(finished) + " of " + Letters(count_) + ", " + Rate(rate) + " a second";
+  if (rate > 0) line += ", " + Duration(static_cast<double>(count_ - finished) / rate) + " left";
+  if (!terminal_) {
+    errors_ << line << std::endl;
+    return;
+  }
+  const std::size_t length = line.size();
+  if (line_length_ > length) line.append(line_length_ - length, ' ');
+  line_length_ = length;
+  errors_ << '\r' << line << std::flush;
+}
+
+void GenerateProgress::ClearLine() {
+  if (line_length_ == 0) return;
+  errors_ << '\r' << std::string(line_length_, ' ') << '\r' << std::flush;
+  line_length_ = 0;
+}
+
+void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination destination) {
+  ClearLine();
+  for (const auto& [warning, met] : warnings_) {
+    if (met <= kMostOfAKind) continue;
+    errors_ << "In " << Letters(met - kMostOfAKind) << " more: " << TerminalLine(warning) << "\n";
+  }
+  if (summary.stopped) errors_ << "Stopped. ";
+  errors_ << summary.done << " of " << Letters(summary.asked) << ' ' << DoneWord(destination);
+  if (summary.done_before > 0) errors_ << " (" << summary.done_before << " of them before)";
+  if (!summary.failed.empty()) errors_ << ", " << summary.failed.size() << " failed";
+  if (!summary.in_doubt.empty()) errors_ << ", " << summary.in_doubt.size() << " in doubt";
+  if (summary.untouched() > 0) errors_ << ", " << summary.untouched() << " not begun";
+  errors_ << ".\n";
+  for (const LetterReport& report : summary.in_doubt) {
+    errors_ << "In doubt: " << Name(report.recipient) << ", " << TerminalLine(report.file.string())
+            << "\n";
+  }
+  if (!summary.in_doubt.empty()) {
+    errors_
+        << (destination == Destination::kEmail
+                ? "  The mail server may or may not have a letter in doubt, so it is never sent "
+                  "again by itself. Ask the\n  recipient or look in the server's log; where it "
+                  "did not arrive, send it by naming the --recipient alone.\n"
+                : "  A letter in doubt may or may not be on paper, so it is never printed again "
+                  "by itself. Look at the printer;\n  where it is missing, print the file.\n");
+  }
+  const bool missing = !summary.failed.empty() || summary.untouched() > 0;
+  if (missing) {
+    errors_ << "To make what is missing: tenora generate --resume "
+            << ShellWord(summary.log.string()) << "\n";
+  }
+  errors_ << std::flush;
+}
+
+void GenerateDialogs::MakeRoom() const {
+  if (progress_ != nullptr) progress_->ClearLine();
+}
+
+Answer GenerateDialogs::Show(const MessageBox& box) {
+  MakeRoom();
+  return dialogs_.Show(box);
+}
+
+std::optional<std::string> GenerateDialogs::AskText(const std::string& prompt,
+                                                    const std::string& title,
+                                                    const std::string& default_answer) {
+  if (signals_.Asked()) return std::nullopt;
+  MakeRoom();
+  const StopSignals::InterruptsReads interrupts(signals_);
+  return dialogs_.AskText(prompt, title, default_answer);
+}
+
+std::optional<std::size_t> GenerateDialogs::Choose(const std::string& title,
+                                                   const std::vector<std::string>& items,
+                                                   std::size_t default_item) {
+  MakeRoom();
+  const StopSignals::InterruptsReads interrupts(signals_);
+  return dialogs_.Choose(title, items, default_item);
+}
+
+}  // namespace tenora

@@ -1,0 +1,61 @@
+#include "startup/stop_signals.h"
+
+#include <unistd.h>
+
+#include <string_view>
+
+namespace tenora {
+namespace {
+
+// Interrupts a blocked read by being handled, and does nothing else.
+constexpr int kNudge = SIGUSR1;
+// Wakes the waiting thread to its end.
+constexpr int kEnd = SIGUSR2;
+constexpr int kStatusOfInterrupted = 130;
+constexpr timespec kBetweenNudges{.tv_sec = 0, .tv_nsec = 50'000'000};
+
+void Say(std::string_view text) {
+  // Nobody is left to tell when this fails.
+  static_cast<void>(!::write(STDERR_FILENO, text.data(), text.size()));
+}
+
+}  // namespace
+
+StopSignals::StopSignals() {
+  ::sigemptyset(&watched_);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, kEnd}) ::sigaddset(&watched_, signal);
+  ::pthread_sigmask(SIG_BLOCK, &watched_, &mask_before_);
+  struct sigaction nudge {};
+  nudge.sa_handler = [](int) {};  // without SA_RESTART: the read gives up
+  ::sigaction(kNudge, &nudge, &nudge_before_);
+  struct sigaction ignore {};
+  ignore.sa_handler = SIG_IGN;
+  ::sigaction(SIGPIPE, &ignore, &pipe_before_);
+  thread_ = std::thread([this] { Wait(); });
+}
+
+StopSignals::~StopSignals() {
+  ending_ = true;
+  ::pthread_kill(thread_.native_handle(), kEnd);
+  thread_.join();
+  ::sigaction(kNudge, &nudge_before_, nullptr);
+  ::sigaction(SIGPIPE, &pipe_before_, nullptr);
+  ::pthread_sigmask(SIG_SETMASK, &mask_before_, nullptr);
+}
+
+void StopSignals::Wait() {
+  while (!ending_) {
+    int signal = 0;
+    if (!asked_) {
+      if (::sigwait(&watched_, &signal) != 0 || signal == kEnd) continue;
+      asked_ = true;
+      Say("\nStopping after the letter in hand; once more to end at once.\n");
+    } else if ((signal = ::sigtimedwait(&watched_, nullptr, &kBetweenNudges)) > 0) {
+      if (signal != kEnd) ::_exit(kStatusOfInterrupted);
+    }
+    // Again and again: the read may begin just behind the first.
+    if (asked_ && reading_) ::pthread_kill(main_, kNudge);
+  }
+}
+
+}  // namespace tenora
