@@ -41,7 +41,10 @@ auto TableEditor::Changing(Step step) {
 }
 
 TableEditor::TableEditor(WriteContext& context, std::shared_ptr<const TableData> table)
-    : context_(context), table_(std::move(table)), finder_(table_, context.codec()) {
+    : context_(context),
+      table_(std::move(table)),
+      finder_(table_, context.codec()),
+      properties_(context.Properties(*table_)) {
   for (std::size_t i = 0; i < columns().size(); ++i) {
     if ((table_->definition.places[i].more_flags & kColumnCalculated) != 0) {
       Refuse("column '" + columns()[i].name + "' is calculated by the engine");
@@ -230,7 +233,7 @@ void TableEditor::AssignAutomatic(Plan& plan) {
 
 void TableEditor::Check(Plan& plan, RowPointer place) {
   if (plan.row) {
-    RequireValues(plan);
+    RequireAllowed(plan);
     RequireRoom(plan);
   }
   for (std::size_t i = 0; i < columns().size(); ++i) {
@@ -241,16 +244,6 @@ void TableEditor::Check(Plan& plan, RowPointer place) {
   if (plan.before) RequireUnreferenced(plan, place);
 }
 
-void TableEditor::RequireValues(const Plan& plan) const {
-  for (std::size_t i = 0; i < columns().size(); ++i) {
-    const bool nullable = (table_->definition.places[i].flags & kColumnNullable) != 0 ||
-                          columns()[i].type == ColumnType::kBoolean;
-    if (nullable || !plan.changed[i] || plan.row->fields[i]) continue;
-    throw Error(engine_error::kValueRequired,
-                "You must enter a value in the '" + name() + "." + columns()[i].name + "' field.");
-  }
-}
-
 void TableEditor::RequireRoom(const Plan& plan) const {
   StoredRow sized = *plan.row;
   for (std::size_t i = 0; i < columns().size(); ++i) {
@@ -258,8 +251,7 @@ void TableEditor::RequireRoom(const Plan& plan) const {
     if (!plan.changed[i] || !field || !IsLongValue(columns()[i])) continue;
     field.emplace(LongValueWriter::SizeInRow(field->size()));
   }
-  const Layout& layout = context_.pages().layout();
-  if (sized.Join(table_->definition).size() > layout.page_size - layout.data_row_offsets - 2) {
+  if (sized.Join(table_->definition).size() > kLargestRow) {
     throw Error(engine_error::kRecordTooLarge, "Record is too large. Table '" + name() + "'.");
   }
 }

@@ -18,6 +18,8 @@ class TableEditor final : public WritableTable {
   const std::vector<Column>& columns() const override { return table_->definition.columns; }
   const std::vector<Index>& indexes() const override { return table_->definition.indexes; }
 
+  std::string DefaultValue(std::size_t column) const override;
+
   std::vector<RowId> Find(const std::vector<ColumnValue>& equal) override;
   std::vector<RowId> All() override;
   std::vector<Value> Read(RowId row) override;
@@ -60,7 +62,7 @@ class TableEditor final : public WritableTable {
 
   void Assign(const std::vector<ColumnValue>& values, Plan& plan);
   void AssignAutomatic(Plan& plan);
-  void RequireValues(const Plan& plan) const;
+  void RequireAllowed(const Plan& plan) const;
   void RequireRoom(const Plan& plan) const;
   void PlanKeys(Plan& plan, RowPointer row);
   bool Affects(const Tree& tree, const Plan& plan) const;
@@ -80,6 +82,7 @@ class TableEditor final : public WritableTable {
   WriteContext& context_;
   std::shared_ptr<const TableData> table_;
   RowFinder finder_;
+  TableProperties properties_;
   std::vector<Tree> trees_;
 };
 

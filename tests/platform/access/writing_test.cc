@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <random>
 #include <set>
@@ -373,15 +374,161 @@ TEST(AThousandChanges, LeaveTheTableAsAPlainModelSays) {
   EXPECT_EQ(ExportedCodes(path), model.Codes());
 }
 
-TEST(ARequiredColumn, IsNeverLeftNull) {
-  const ScratchFolder scratch;
-  const std::filesystem::path path = scratch / "things.mdb";
-  std::ofstream(path, std::ios::binary) << IndexedDatabase();
-  const auto transaction = WriteTransaction::Begin(path);
-  WritableTable& things = transaction->Table("things");
-  EXPECT_EQ(ErrorOf([&] { things.Insert({{"code", Text("a")}}); }), 3314);
-  const RowId row = things.Insert({{"code", Text("a")}, {"must", Number(1)}});
-  EXPECT_EQ(ErrorOf([&] { things.Update(row, {{"must", Null()}}); }), 3314);
+// What a table's designer asked of its columns: by the definition, the catalogue and relationships.
+class WritingByRules : public testing::Test {
+ protected:
+  WritingByRules() {
+    FileBuilder builder(1);
+    const auto number = [](const char* name, unsigned place, unsigned flags = 2) {
+      return BuiltColumn{name, 4, place, true, 4 * place, 4, flags};
+    };
+    const BuiltColumn text{"text", 10, 4, false, 0, 40, 2, 9, 4};
+    const auto rules = [&](const std::vector<BuiltProperty>& properties) {
+      return builder.Properties(properties);
+    };
+    builder.AddTable("things",
+                     {.columns = {number("a", 0), number("must", 1, 0), number("should", 2),
+                                  number("ruled", 3), text}},
+                     {},
+                     rules({{"SHOULD", "Required", 1, "\xFF"},
+                            {"a", "Required", 1, std::string(1, '\0')},
+                            {"text", "AllowZeroLength", 1, std::string(1, '\0')}}));
+    builder.AddTable("ruled", {.columns = {number("a", 0), number("b", 1)}}, {},
+                     rules({{"b", "ValidationRule", 12, Utf16(u">0")}}));
+    builder.AddTable("all_ruled", {.columns = {number("a", 0)}}, {},
+                     rules({{"", "ValidationRule", 12, Utf16(u"a<9")}}));
+    builder.AddTable("torn", {.columns = {number("a", 0)}}, {}, "MR2");
+    const BuiltIndex key{"PrimaryKey", {{0, false}}, true, true, false, true};
+    builder.AddTable("parent",
+                     {.columns = {number("id", 0), number("other", 1)}, .indexes = {key}});
+    for (const char* child : {"strict", "cascading", "loose"}) {
+      builder.AddTable(child, {.columns = {number("id", 0), number("up", 1)}});
+    }
+    builder.AddTable("tree", {.columns = {number("id", 0), number("up", 1)}, .indexes = {key}});
+    builder.AddRelationships({{"r1", "strict", "up", "parent", "id", 0},
+                              {"r2", "cascading", "up", "Parent", "ID", 0x1100},
+                              {"r3", "loose", "up", "parent", "id", 2},
+                              {"r4", "tree", "up", "tree", "id", 0}});
+    std::ofstream(path_, std::ios::binary) << builder.Finish();
+    transaction_ = WriteTransaction::Begin(path_);
+  }
+
+  RowId Insert(const char* table, const std::vector<ColumnValue>& values) {
+    return transaction_->Table(table).Insert(values);
+  }
+  // The number and text of the error that the step raises.
+  template <typename Step>
+  std::string Refusal(Step step) {
+    try {
+      step();
+    } catch (const RuntimeError& error) {
+      return std::to_string(error.number()) + " " + error.what();
+    }
+    return "done";
+  }
+
+  ScratchFolder scratch_;
+  std::filesystem::path path_ = scratch_ / "rules.mdb";
+  std::unique_ptr<WriteTransaction> transaction_;
+};
+
+TEST_F(WritingByRules, RefusesWhatTheColumnsDoNotAllow) {
+  const RowId row = Insert("things", {{"must", Number(1)}, {"should", Number(2)}});
+  const RowId ruled = Insert("loose", {{"id", Number(1)}});
+  const struct {
+    const char* table;
+    std::vector<ColumnValue> values;
+    const char* refusal;
+  } cases[] = {
+      {"things", {{"must", Null()}}, "3314 You must enter a value in the 'things.must' field."},
+      {"things", {{"should", Null()}}, "3314 You must enter a value in the 'things.should' field."},
+      {"things", {{"text", Text("")}}, "3315 Field 'things.text' cannot be a zero-length string."},
+      {"things", {{"text", Text(" ")}, {"a", Null()}}, "done"},
+      {"loose", {{"up", Number(77)}}, "done"},
+  };
+  for (const auto& c : cases) {
+    const RowId place = c.table == std::string("things") ? row : ruled;
+    EXPECT_EQ(Refusal([&] { transaction_->Table(c.table).Update(place, c.values); }), c.refusal);
+  }
+  EXPECT_EQ(Refusal([&] { Insert("things", {{"must", Number(1)}}); }).substr(0, 4), "3314");
+  EXPECT_EQ(Refusal([&] {
+              Insert("ruled", {{"a", Number(1)}});
+            }),
+            "3073 Operation must use an updateable query. Table 'ruled': column 'b' has the "
+            "validation rule >0, which is not worked out here.");
+  EXPECT_THAT(Refusal([&] {
+                Insert("all_ruled", {{"a", Number(1)}});
+              }),
+              testing::HasSubstr("3073 Operation must use an updateable query. Table 'all_ruled': "
+                                 "its rows have the validation rule a<9"));
+  EXPECT_THAT(Refusal([&] { Insert("torn", {}); }),
+              testing::AllOf(testing::StartsWith("3049"), testing::HasSubstr("table 'torn'")));
+}
+
+TEST_F(WritingByRules, NoRowRefersToOneThatIsMissing) {
+  const RowId one = Insert("parent", {{"id", Number(1)}});
+  const RowId two = Insert("parent", {{"id", Number(2)}});
+  const RowId three = Insert("parent", {{"id", Number(3)}});
+  const RowId child = Insert("strict", {{"id", Number(1)}, {"up", Number(1)}});
+  const RowId root = Insert("tree", {{"id", Number(1)}, {"up", Number(1)}});
+  const RowId leaf = Insert("tree", {{"id", Number(2)}, {"up", Number(1)}});
+  Insert("strict", {{"id", Number(2)}});
+  Insert("cascading", {{"up", Number(2)}});
+  Insert("loose", {{"up", Number(99)}});
+  const auto table = [&](const char* name) -> WritableTable& { return transaction_->Table(name); };
+  const struct {
+    std::function<void()> step;
+    const char* refusal;
+  } cases[] = {
+      {[&] {
+         Insert("strict", {{"up", Number(9)}});
+       },
+       "3201 You cannot add or change a record because a related record is required in table "
+       "'parent'."},
+      {[&] {
+         table("strict").Update(child, {{"up", Number(9)}});
+       },
+       "3201"},
+      {[&] {
+         table("strict").Update(child, {{"id", Number(7)}});
+       },
+       "done"},
+      {[&] { table("parent").Delete(one); },
+       "3200 The record cannot be deleted or changed because table 'strict' includes related "
+       "records."},
+      {[&] {
+         table("parent").Update(one, {{"id", Number(8)}});
+       },
+       "3200"},
+      {[&] {
+         table("parent").Update(one, {{"other", Number(8)}});
+       },
+       "done"},
+      {[&] { table("parent").Delete(two); },
+       "3073 Operation must use an updateable query. Table 'parent': the relationship 'r2' carries "
+       "the change on to table 'cascading'"},
+      {[&] {
+         table("parent").Update(two, {{"id", Number(8)}});
+       },
+       "3073"},
+      {[&] {
+         table("parent").Update(three, {{"id", Number(99)}});
+       },
+       "done"},
+      {[&] { table("parent").Delete(three); }, "done"},
+      {[&] { table("tree").Delete(root); }, "3200"},
+      {[&] { table("tree").Delete(leaf); }, "done"},
+      {[&] { table("tree").Delete(root); }, "done"},
+      {[&] { table("strict").Delete(child); }, "done"},
+      {[&] { table("parent").Delete(one); }, "done"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_THAT(Refusal(c.step), testing::StartsWith(c.refusal)) << &c - cases;
+  }
+  transaction_->Commit();
+  for (const access::Finding& finding : access::CheckDatabase(path_)) {
+    EXPECT_THAT(finding.Text(), testing::HasSubstr("table 'torn'"));
+  }
 }
 
 // Every index grows and splits again and again, and is taken down to nothing.
