@@ -1,6 +1,8 @@
 #include "platform/access/table_editor.h"
 
 #include <algorithm>
+#include <limits>
+#include <random>
 
 #include "platform/access/field_encoder.h"
 #include "platform/access/long_value_writer.h"
@@ -151,7 +153,7 @@ RowId TableEditor::Insert(const std::vector<ColumnValue>& values) {
       ApplyKeys(plan, place);
       AddToCount(context_.pages().layout().tdef_rows, 1);
       if (plan.automatic_number) {
-        Store32(&context_.pages().Change(definition.page)[kTdefAutoNumber], *plan.automatic_number);
+        Store(&context_.pages().Change(definition.page)[kTdefAutoNumber], *plan.automatic_number);
       }
     });
     return Id(place);
@@ -209,6 +211,14 @@ void TableEditor::Assign(const std::vector<ColumnValue>& values, Plan& plan) {
   }
 }
 
+std::int32_t TableEditor::NextNumber(const Column& column, std::int32_t last) const {
+  if (!table_->definition.counts_up) return static_cast<std::int32_t>(std::random_device()());
+  if (last == std::numeric_limits<std::int32_t>::max()) {
+    Refuse("the automatic numbers of column '" + column.name + "' are used up");
+  }
+  return last + 1;
+}
+
 void TableEditor::AssignAutomatic(Plan& plan) {
   for (std::size_t i = 0; i < columns().size(); ++i) {
     const Column& column = columns()[i];
@@ -220,14 +230,12 @@ void TableEditor::AssignAutomatic(Plan& plan) {
     if (!column.auto_number || column.type != ColumnType::kLong) continue;
     PageBuffer definition;
     context_.pages().Read(table_->definition.page, definition);
-    const std::uint32_t last = Load32(&definition.bytes[kTdefAutoNumber]);
-    const std::uint32_t given = field ? Load32(field->data()) : last + 1;
+    const auto last = Load<std::int32_t>(&definition.bytes[kTdefAutoNumber]);
+    const std::int32_t given = field ? Load<std::int32_t>(field->data()) : NextNumber(column, last);
     // The numbers go on behind the highest one, also when that was given by hand.
-    if (static_cast<std::int32_t>(given) > static_cast<std::int32_t>(last)) {
-      plan.automatic_number = given;
-    }
+    if (table_->definition.counts_up && given > last) plan.automatic_number = given;
     field.emplace(sizeof given);
-    Store32(field->data(), given);
+    Store(field->data(), given);
   }
 }
 

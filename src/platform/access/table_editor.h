@@ -48,7 +48,7 @@ class TableEditor final : public WritableTable {
     std::optional<StoredRow> row;
     std::vector<bool> changed;  // by column
     std::vector<KeyChange> keys;
-    std::optional<std::uint32_t> automatic_number;
+    std::optional<std::int32_t> automatic_number;
   };
 
   void ReadTrees();
@@ -61,6 +61,7 @@ class TableEditor final : public WritableTable {
   auto Changing(Step step);
 
   void Assign(const std::vector<ColumnValue>& values, Plan& plan);
+  std::int32_t NextNumber(const Column& column, std::int32_t last) const;
   void AssignAutomatic(Plan& plan);
   void RequireAllowed(const Plan& plan) const;
   void RequireRoom(const Plan& plan) const;

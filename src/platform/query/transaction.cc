@@ -94,9 +94,9 @@ std::int64_t Transaction::Execute(std::string_view statement) {
   if (action.kind == ActionKind::kInsert) return Insert(action, statement, tokens);
   const std::vector<Change> changes = FindChanges(action, statement, tokens);
   access::WritableTable& table = transaction_->Table(action.table);
-  // Until all rows are changed; an error leaves it so.
-  half_done_ = changes.size() > 1;
   for (const Change& change : changes) {
+    // An error behind the first row leaves it so.
+    half_done_ = &change != &changes.front();
     // From here on the mirror is behind.
     changed_ = true;
     if (action.kind == ActionKind::kDelete) {
@@ -237,12 +237,18 @@ std::vector<Transaction::Change> Transaction::FindByMirror(const Action& action,
   // Both the mirror and All() give the rows in the file's order.
   const std::vector<access::RowId> rows = transaction_->Table(action.table).All();
   std::vector<Change> changes;
-  for (MirrorRecordset found(mirror_(), select); !found.EndOfFile(); found.MoveNext()) {
-    Change change{rows.at(static_cast<std::size_t>(ToDouble(found.Field(0)))), {}};
-    for (std::size_t i = 0; i < action.values.size(); ++i) {
-      change.values.push_back({action.columns[i], found.Field(i + 1)});
+  try {
+    for (MirrorRecordset found(mirror_(), select); !found.EndOfFile(); found.MoveNext()) {
+      Change change{rows.at(static_cast<std::size_t>(ToDouble(found.Field(0)))), {}};
+      for (std::size_t i = 0; i < action.values.size(); ++i) {
+        change.values.push_back({action.columns[i], found.Field(i + 1)});
+      }
+      changes.push_back(std::move(change));
     }
-    changes.push_back(std::move(change));
+  } catch (const RuntimeError& error) {
+    // The select is ours; the error is about the statement.
+    const std::string_view text = error.description();
+    throw StatementError(error.number(), text.substr(0, text.find(" Statement: ")), statement);
   }
   return changes;
 }
