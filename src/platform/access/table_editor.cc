@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <random>
 
 #include "platform/access/field_encoder.h"
 #include "platform/access/long_value_writer.h"
@@ -212,7 +211,9 @@ void TableEditor::Assign(const std::vector<ColumnValue>& values, Plan& plan) {
 }
 
 std::int32_t TableEditor::NextNumber(const Column& column, std::int32_t last) const {
-  if (!table_->definition.counts_up) return static_cast<std::int32_t>(std::random_device()());
+  if (!table_->definition.counts_up) {
+    Refuse("the automatic numbers of column '" + column.name + "' do not count upwards");
+  }
   if (last == std::numeric_limits<std::int32_t>::max()) {
     Refuse("the automatic numbers of column '" + column.name + "' are used up");
   }
@@ -233,7 +234,7 @@ void TableEditor::AssignAutomatic(Plan& plan) {
     const auto last = Load<std::int32_t>(&definition.bytes[kTdefAutoNumber]);
     const std::int32_t given = field ? Load<std::int32_t>(field->data()) : NextNumber(column, last);
     // The numbers go on behind the highest one, also when that was given by hand.
-    if (table_->definition.counts_up && given > last) plan.automatic_number = given;
+    if (given > last) plan.automatic_number = given;
     field.emplace(sizeof given);
     Store(field->data(), given);
   }

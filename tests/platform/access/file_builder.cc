@@ -218,7 +218,7 @@ void FileBuilder::PutDefinition(std::uint32_t page, const BuiltTable& table) {
   const auto indexes = static_cast<std::uint32_t>(table.indexes.size());
   std::string body = Stored32(0);  // the length, set below
   body += jet3() ? "" : Stored32(0x659);
-  body += Stored32(table.row_count) + Stored32(0) + Zeros(jet3() ? 0 : 16) + 'N';
+  body += Stored32(table.row_count) + Stored32(0) + (jet3() ? "" : Stored32(1) + Zeros(12)) + 'N';
   body += Stored16(table.max_columns) + Stored16(table.variable_columns) +
           Stored16(static_cast<unsigned>(table.columns.size())) + Stored32(indexes) +
           Stored32(indexes);

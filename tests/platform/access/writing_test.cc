@@ -649,6 +649,67 @@ TEST(AnIndex, GrowsByLevelsAndShrinksToNothing) {
   }
 }
 
+// As many columns as a table can have, and rows up to the longest there is.
+TEST(TheWidestTable, KeepsRowsUpToTheLongestOnePage) {
+  const ScratchFolder scratch;
+  const std::filesystem::path path = scratch / "wide.mdb";
+  FileBuilder builder(1);
+  BuiltTable table;
+  for (unsigned i = 0; i < 255; ++i) {
+    table.columns.push_back({"c" + std::to_string(i), i % 2 == 0 ? 10 : 1, i, i % 2 != 0, i / 2,
+                             i % 2 == 0 ? 510U : 1U, 2, 9, 4});
+    if (i % 2 != 0) table.columns.back().place = 0;
+  }
+  builder.AddTable("wide", table);
+  std::ofstream(path, std::ios::binary) << builder.Finish();
+  std::map<std::size_t, int> outcomes;
+  {
+    const auto transaction = WriteTransaction::Begin(path);
+    WritableTable& wide = transaction->Table("wide");
+    RowId row = wide.Insert({});
+    // Text of the first eight columns, two bytes a letter.
+    for (std::size_t letters = 1850; letters <= 1930; ++letters) {
+      std::vector<ColumnValue> values = {{"c1", true}, {"c253", true}, {"c254", Text("end")}};
+      for (std::size_t left = letters, i = 0; left > 0; i += 2) {
+        const std::size_t part = std::min<std::size_t>(left, 255);
+        values.push_back({"c" + std::to_string(i), std::string(part, 'w')});
+        left -= part;
+      }
+      outcomes[letters] = ErrorOf([&] { wide.Update(row, values); });
+    }
+    transaction->Commit();
+  }
+  const auto refused = std::ranges::find_if(outcomes, [](const auto& o) { return o.second != 0; });
+  ASSERT_NE(refused, outcomes.begin());
+  ASSERT_NE(refused, outcomes.end());
+  EXPECT_TRUE(std::all_of(refused, outcomes.end(), [](const auto& o) { return o.second == 3047; }));
+  ExpectHealthy(path);
+  const auto database = DatabaseFile::Open(path);
+  if (HasMdbTools()) ExpectSameAsMdbExport(*database, *database->FindTable("wide"));
+  if (WhyNoMdbReader().empty()) ExpectSameAsMdbReader(*database, *database->FindTable("wide"));
+}
+
+TEST(AutomaticNumbers, AreNotBegunAgainWhenTheyAreUsedUp) {
+  const ScratchFolder scratch;
+  const std::filesystem::path path = scratch / "things.mdb";
+  std::ofstream(path, std::ios::binary) << IndexedDatabase();
+  const auto transaction = WriteTransaction::Begin(path);
+  WritableTable& things = transaction->Table("things");
+  const auto insert = [&](std::vector<ColumnValue> values) {
+    values.push_back({"must", Number(1)});
+    return ErrorOf([&] { things.Insert(values); });
+  };
+  EXPECT_EQ(insert({{"id", Number(-7)}, {"code", Text("a")}}), 0);
+  EXPECT_EQ(insert({{"code", Text("b")}}), 0);
+  EXPECT_EQ(things.Find({{"id", Number(1)}}).size(), 1U);
+  EXPECT_EQ(insert({{"id", Number(2147483647)}, {"code", Text("c")}}), 0);
+  EXPECT_EQ(insert({{"code", Text("d")}}), 3073);
+  EXPECT_EQ(insert({{"id", Number(2147483648)}, {"code", Text("d")}}), 3349);
+  EXPECT_EQ(insert({{"id", Number(5)}, {"code", Text("d")}}), 0);
+  transaction->Commit();
+  ExpectHealthy(path);
+}
+
 TEST(AFileOf1997, IsRefusedForWriting) {
   const ScratchFolder scratch;
   const std::filesystem::path path = scratch / "old.mdb";
