@@ -18,6 +18,7 @@
 #include "platform/access/showcase.h"
 #include "platform/access/usage_map.h"
 #include "platform/runtime/files.h"
+#include "support/slow_build.h"
 #include "support/test_files.h"
 
 namespace tenora::access {
@@ -434,7 +435,7 @@ TEST(DamagedProperties, AreFoundWhereverTheyAreCut) {
 
 TEST(ChecksOfADamagedFile, EndWithABoundedListWhateverItHolds) {
   std::mt19937 random(20261121);
-  for (int round = 0; round < 120; ++round) {
+  for (int round = 0; round < (test::kSlowBuild ? 24 : 120); ++round) {
     Patient patient;
     const std::uint32_t pages = patient.File()->page_count();
     for (int flip = 0; flip < 40; ++flip) {

@@ -15,6 +15,7 @@
 #include "platform/access/file_builder.h"
 #include "platform/access/other_readers.h"
 #include "platform/runtime/error.h"
+#include "support/slow_build.h"
 #include "support/test_files.h"
 
 namespace tenora::test {
@@ -449,12 +450,12 @@ TEST(AThousandChanges, LeaveTheTableAsAPlainModelSays) {
   const std::filesystem::path path = scratch / "things.mdb";
   std::ofstream(path, std::ios::binary) << IndexedDatabase();
   Model model(path);
-  for (int batch = 0; batch < 60 && !testing::Test::HasFailure(); ++batch) {
+  for (int batch = 0; batch < (kSlowBuild ? 20 : 60) && !testing::Test::HasFailure(); ++batch) {
     model.Batch();
     model.Compare();
     ExpectHealthy(path);
   }
-  EXPECT_GT(model.size(), 300U);
+  EXPECT_GT(model.size(), 100U);
   EXPECT_GT(model.refused(), 0);
   if (!HasMdbTools()) GTEST_SKIP() << "mdb-export is not installed";
   EXPECT_EQ(ExportedCodes(path), model.Codes());
@@ -622,7 +623,7 @@ TEST(AnIndex, GrowsByLevelsAndShrinksToNothing) {
   const ScratchFolder scratch;
   const std::filesystem::path path = scratch / "things.mdb";
   std::ofstream(path, std::ios::binary) << IndexedDatabase();
-  constexpr std::int64_t kRows = 2000;
+  constexpr std::int64_t kRows = kSlowBuild ? 600 : 2000;
   {
     const auto transaction = WriteTransaction::Begin(path);
     WritableTable& things = transaction->Table("things");
