@@ -134,7 +134,7 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoes) {
 TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoesDuringRecoveryToo) {
   const Images images = MakeImages();
   int points = 0;
-  for (int step = 0; step < images.steps; step += kSlowBuild ? 9 : 3) {
+  for (int step = 0; step < images.steps; step += kSlowBuild ? 17 : 3) {
     SimulatedDisk disk;
     disk.Put(kPath, images.before);
     disk.SetTrouble({Trouble::kPowerCut, step, 0});
