@@ -41,7 +41,7 @@ std::string GroupWords(std::string_view digits) {
   return words.append(" ").append(kSmall[static_cast<std::size_t>(tens % 10)]);
 }
 
-std::string Sentence(Settings& settings, double amount) {
+std::string Sentence(double amount, const CurrencyWords& currency) {
   const std::string digits = FormatNumber(amount, "000000.00");
   std::string words = amount < 1.0 ? "Zero" : "";
   words += GroupWords(std::string_view(digits).substr(0, 3));
@@ -49,11 +49,11 @@ std::string Sentence(Settings& settings, double amount) {
   words += GroupWords(std::string_view(digits).substr(3, 3));
   return std::string(TrimBlanks(words))
       .append(" ")
-      .append(settings.GetSettingText("Cheque", "Dollar", "Dollars"))
+      .append(currency.dollar)
       .append(" and ")
       .append(digits, digits.size() - 2)
       .append(" ")
-      .append(settings.GetSettingText("Cheque", "Cents", "Cents"));
+      .append(currency.cents);
 }
 
 // Breaks behind the last blank of the first line's room; without one there, all goes on the second.
@@ -77,8 +77,14 @@ std::string_view Word(std::int16_t n) {
   return number % 10 == 0 ? kTens[number / 10] : std::string_view();
 }
 
+ValueWords GetValueWords(double amount, const CurrencyWords& currency) {
+  return OnTwoLines(Sentence(std::isfinite(amount) ? amount : 0, currency));
+}
+
 ValueWords GetValueWords(Settings& settings, double amount) {
-  return OnTwoLines(Sentence(settings, std::isfinite(amount) ? amount : 0));
+  const CurrencyWords usual;
+  return GetValueWords(amount, {settings.GetSettingText("Cheque", "Dollar", usual.dollar),
+                                settings.GetSettingText("Cheque", "Cents", usual.cents)});
 }
 
 }  // namespace tenora

@@ -17,9 +17,15 @@ struct ValueWords {
   std::string line2;  // empty when the sentence fits on the first
 };
 
-// "Twelve Dollars and 50 Cents", the currency's words from the settings "Dollar" and "Cents" of
-// section "Cheque". The wording holds for 0.00 to 999,999.99; any other number gives some text.
-// What is no finite number counts as 0.
+struct CurrencyWords {
+  std::string dollar = "Dollars";  // one word for one unit and for many
+  std::string cents = "Cents";
+};
+
+// "Twelve Dollars and 50 Cents". The wording holds for 0.00 to 999,999.99; any other number gives
+// some text. What is no finite number counts as 0.
+ValueWords GetValueWords(double amount, const CurrencyWords& currency);
+// With the settings "Dollar" and "Cents" of section "Cheque".
 ValueWords GetValueWords(Settings& settings, double amount);
 
 }  // namespace tenora

@@ -163,6 +163,19 @@ TEST_F(FrmLetterTest, InsertsACodeInATemplateAndItsValueInALetter) {
   EXPECT_FALSE(letter_.members().Inserting);
 }
 
+TEST_F(FrmLetterTest, InsertsAnOwnersValueInAnOwnerLetter) {
+  OwnerRecord& owner = session_.caches.Owners.emplace_back();
+  owner.Name = "Jane";
+  owner.FeeValue = 7.25;
+  letter_.rtfLetter.SetText("Fee: ");
+  letter_.members().Kind = kOwnerLetter;
+  letter_.members().RecipientName = "Jane";
+  letter_.rtfLetter.Select(5, 0);
+  letter_.InsertItem("Fee Value");
+  EXPECT_EQ(Shown(), "Fee: 7.25");
+  EXPECT_EQ(letter_.rtfLetter.SelStart(), 9);
+}
+
 TEST_F(FrmLetterTest, TakesPromptMessagesOnlyInTemplates) {
   letter_.LoadLetter(Template(), kTemplates);
   letter_.rtfLetter.Select(0, 0);

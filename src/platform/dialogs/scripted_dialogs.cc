@@ -29,7 +29,8 @@ Answer ScriptedDialogs::Show(const MessageBox& box) {
                     .text = box.text,
                     .title = box.title,
                     .buttons = box.buttons,
-                    .icon = box.icon});
+                    .icon = box.icon,
+                    .default_choice = box.default_answer});
   if (box.buttons == Buttons::kOk) return Answer::kOk;
   const Scripted answer = NextAnswer(box.text);
   if (std::holds_alternative<Cancel>(answer)) return Answer::kCancel;

@@ -22,6 +22,7 @@ struct ShownBox {
   std::string title = {};
   Buttons buttons = Buttons::kOk;
   Icon icon = Icon::kNone;
+  Answer default_choice = Answer::kOk;  // of a message
   std::string default_answer = {};      // of an input box
   std::vector<std::string> items = {};  // of a chooser
   std::size_t default_item = 0;

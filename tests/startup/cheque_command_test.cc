@@ -1,0 +1,114 @@
+#include "agency.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr const char* kCheque = R"(PRINTCHEQUE="" VALUE="12.5" FORMAT="Trust" PAYEE="Jane")";
+
+class ChequeCommand : public test::Agency {
+ protected:
+  ChequeCommand() {
+    // A cheque needs no database.
+    fs::remove(Database());
+    for (const char* folder : {"Cheque", "Check"}) {
+      WriteFile(Home() / folder / "Trust.rtf",
+                test::RtfDocument(std::string(folder) +
+                                  ": <<Print Date>> <<Payee Name>> [<<Value in words 1>>|<<Value "
+                                  "in words 2>>] <<Value in numbers>>"));
+    }
+  }
+  // Picks the first printer of the list, which is the PDF printer.
+  test::ProcessResult Cheque(const std::string& line, const std::string& input = "1\n",
+                             const std::vector<std::string>& environment = {}) const {
+    fs::remove_all(Home() / "Printed");
+    return Run({line}, input, environment);
+  }
+};
+
+TEST_F(ChequeCommand, PrintsPayeeAndAmountHoweverTheLineWasTyped) {
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
+      {{kCheque}, "Cheque: 21/11/2026 Jane [Twelve Dollars and 50 Cents|] 12.50"},
+      {{"PRINTCHEQUE=", "VALUE=1234.56", "FORMAT=trust", "PAYEE=Jane", "& Sons"},
+       "Cheque: 21/11/2026 Jane & Sons [One Thousand Two Hundred and Thirty Four Dollars |and 56 "
+       "Cents] 1234.56"},
+      {{R"(printcheque VALUE="12.5abc" FORMAT="Trust" PAYEE="Māhuta")"},
+       "Cheque: 21/11/2026 Māhuta [Twelve Dollars and 50 Cents|] 12.50"},
+      // A name within another value is taken where it comes first.
+      {{R"(PRINTCHEQUE="" VALUE="1" CENTS="" FORMAT="Trust" PAYEE="Value in Cents Ltd")"},
+       "Cheque: 21/11/2026 Value in Cents Ltd [One Dollars and 00 Cents|] 1.00"},
+  };
+  for (const auto& [line, printed] : cases) {
+    fs::remove_all(Home() / "Printed");
+    const test::ProcessResult result = Run(line, "1\n");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(PrintedText(), printed + " ");
+    ASSERT_EQ(Printed().size(), 1u);
+    EXPECT_EQ(result.output, "Printed: " + Printed()[0].string() + "\n");
+    EXPECT_THAT(result.errors, HasSubstr("1  Print to PDF"));
+  }
+}
+
+TEST_F(ChequeCommand, SpellsTheWordAndTheDateAsTheLocaleDoes) {
+  for (const auto& [locale, printed] : {std::pair("en_US.UTF-8", "Check: 11/21/2026 Jane"),
+                                        std::pair("en_NZ.UTF-8", "Cheque: 21/11/2026 Jane"),
+                                        std::pair("de_DE.UTF-8", "Cheque: 21.11.2026 Jane"),
+                                        std::pair("C", "Cheque: 21/11/2026 Jane")}) {
+    EXPECT_EQ(Cheque(kCheque, "1\n", {std::string("LC_ALL=") + locale}).status, 0);
+    EXPECT_THAT(PrintedText(), testing::StartsWith(printed)) << locale;
+  }
+}
+
+TEST_F(ChequeCommand, KeepsTheCurrencysWordsForLaterChequesEvenWhenCancelled) {
+  const std::string words = R"( DOLLARS="Pounds" CENTS="Pence")";
+  for (const char* input : {"", "\n", "9\n9\n9\n"}) {
+    const test::ProcessResult result = Cheque(kCheque + words, input);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(Printed(), IsEmpty());
+  }
+  // A word that cannot be kept: the cheque would be made out in another currency.
+  const test::ProcessResult refused =
+      Cheque(kCheque + std::string(" CENTS=\"") + std::string(2000, 'x') + "\"");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.errors, HasSubstr("Nothing was printed."));
+  EXPECT_THAT(Printed(), IsEmpty());
+  StoreSetting("Cheque", "Cents", "Pence");
+  EXPECT_EQ(Cheque(std::string(kCheque) + R"( CENTS="")").status, 0);
+  EXPECT_THAT(PrintedText(), HasSubstr("[Twelve Pounds and 50 Pence|]"));
+}
+
+TEST_F(ChequeCommand, RefusesACommandThatIsNoCommandAndKeepsNothingOfIt) {
+  for (const char* parameters :
+       {R"(VALUE="0" FORMAT="Trust" PAYEE="Jane")", R"(VALUE="-5" FORMAT="Trust" PAYEE="Jane")",
+        R"(VALUE="abc12" FORMAT="Trust" PAYEE="Jane")", R"(FORMAT="Trust" PAYEE="Jane")",
+        R"(VALUE="1e999" FORMAT="Trust" PAYEE="Jane")", R"(VALUE="5" FORMAT="" PAYEE="Jane")",
+        R"(VALUE="5" FORMAT="Trust" PAYEE="")", R"(VALUE="5" FORMAT="Trust" PAYEE="Jane)"}) {
+    const std::string line = std::string(R"(PRINTCHEQUE="" DOLLARS="Pounds" )") + parameters;
+    const test::ProcessResult result = Cheque(line);
+    EXPECT_EQ(result.status, 1) << line;
+    EXPECT_THAT(result.errors, HasSubstr("Invalid command string for ReceiptCheque")) << line;
+    EXPECT_THAT(Printed(), IsEmpty());
+  }
+  EXPECT_EQ(Cheque(kCheque).status, 0);
+  EXPECT_THAT(PrintedText(), HasSubstr("Twelve Dollars"));
+}
+
+TEST_F(ChequeCommand, NamesTheTemplateThatCannotBeLoaded) {
+  for (const auto& [format, message] :
+       {std::pair("None", "53 - File not found"), {"../Templates/Receipt", "75 - "}}) {
+    const test::ProcessResult result =
+        Cheque(std::string(R"(PRINTCHEQUE="" VALUE="5" PAYEE="Jane" FORMAT=")") + format + "\"");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors,
+                AllOf(HasSubstr(message), HasSubstr(format), HasSubstr("frmLetter - LoadLetter")));
+    EXPECT_THAT(Printed(), IsEmpty());
+  }
+}
+
+}  // namespace
+}  // namespace tenora
