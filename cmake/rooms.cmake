@@ -55,7 +55,7 @@ function(tenora_fuzz name)
   set(scratch ${CMAKE_BINARY_DIR}/corpus/${name})
   file(MAKE_DIRECTORY ${scratch})
   add_test(NAME fuzz_${name}
-           COMMAND fuzz_${name} -seed=1 -max_total_time=6 -timeout=30 -rss_limit_mb=2048 -max_len=65536
+           COMMAND fuzz_${name} -seed=1 -max_total_time=15 -timeout=30 -rss_limit_mb=2048 -max_len=65536
                    ${scratch} ${CMAKE_SOURCE_DIR}/tests/fuzz/${name})
   set_tests_properties(fuzz_${name} PROPERTIES LABELS fuzz TIMEOUT 120)
 endfunction()

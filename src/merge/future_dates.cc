@@ -14,10 +14,7 @@
 #include "platform/runtime/text.h"
 
 namespace tenora {
-namespace {
 
-// Today moved forward as the code asks; none for an unknown unit. Raises 9 (Subscript out of range)
-// for a code without a unit, 13 for a count that is no number, 5 or 6 for a date out of range.
 std::optional<Date> FutureDate(std::string code, Date today) {
   code = ReplaceAll(ReplaceAll(std::move(code), kFutureDateStart, ""), kCodeEnd, "");
   const std::vector<std::string> parts = Split(code, ":");
@@ -30,8 +27,6 @@ std::optional<Date> FutureDate(std::string code, Date today) {
   if (unit == "Years") return today.AddYears(count);
   return std::nullopt;
 }
-
-}  // namespace
 
 bool InsertFutureDates(const MergeTarget& target) {
   const Platform& platform = target.session.platform;

@@ -13,12 +13,13 @@
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
+#include "startup/lint_command.h"
 
 namespace tenora {
 namespace {
 
-constexpr std::array<std::string_view, 7> kOwnWords{"query",  "tables", "check",    "html",
-                                                    "--help", "-h",     "--version"};
+constexpr std::array<std::string_view, 8> kOwnWords{"query", "tables", "check", "html",
+                                                    "lint",  "--help", "-h",    "--version"};
 
 constexpr const char* kVersion = "Tenora Mail Merge Facility " TENORA_VERSION;
 
@@ -65,7 +66,8 @@ void RunQuery(const std::string& path, const std::string& sql, bool write, std::
   const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
   const auto database = workspace->OpenDatabase(path);
   if (write) {
-    output << database->Execute(sql) << " rows changed\n";
+    const std::int64_t rows = database->Execute(sql);
+    output << rows << (rows == 1 ? " row" : " rows") << " changed\n";
     return;
   }
   query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),
@@ -86,6 +88,23 @@ void ConvertToHtml(const std::string& path, const std::string& options, std::ost
   const std::string rtf = ReadWholeFile(path);
   if (!rtf.starts_with("{\\rtf")) throw StandardError(error_number::kInvalidFileFormat, path);
   output << RtfToHtml(rtf, options);
+}
+
+CLI::App* AddLint(CLI::App* app, LintRequest* request) {
+  CLI::App* const lint = app->add_subcommand(
+      "lint",
+      "Say what would go wrong with templates: codes that no merge fills, codes split by "
+      "formatting, prompts that are not asked. Status 1 when anything is found");
+  lint->add_option("TEMPLATE", request->templates,
+                   "The .rtf file, or the name of a template in the data folder");
+  lint->add_flag("--all", request->all, "Every template of the data folder");
+  lint->add_option("--kind", request->kind,
+                   "Which merge fills them; without it the folder decides: Templates, Owner "
+                   "Templates, Cheque, Check")
+      ->check(CLI::IsMember({"tenant", "owner", "cheque"}));
+  lint->add_option("--database", request->database,
+                   "Compare custom fields with those of this file; without it with the agency's");
+  return lint;
 }
 
 }  // namespace
@@ -119,6 +138,8 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   html->add_option("--options", options,
                    "Switches: +CR line ends, +F=3 default font size, -FF no font faces, +U Unicode "
                    "escapes as character references, +E angle brackets and & as entities");
+  LintRequest lint_request;
+  CLI::App* const lint = AddLint(&app, &lint_request);
 
   // Runs elsewhere, with the rental data; here it is only listed.
   app.add_subcommand("generate", "Make a letter for each of many tenants or owners");
@@ -129,11 +150,16 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   } catch (const CLI::ParseError& error) {
     return app.exit(error, output, errors) == 0 ? 0 : 2;
   }
+  if (lint->parsed() && lint_request.templates.empty() && !lint_request.all) {
+    errors << "Name the templates, or give --all for the whole library." << std::endl;
+    return 2;
+  }
   try {
     if (tables->parsed()) ListTables(database, output);
     if (run_query->parsed()) RunQuery(database, sql, write, output);
     if (html->parsed()) ConvertToHtml(letter, options, output);
-    const bool sound = !check->parsed() || CheckFile(database, output);
+    const bool sound = (!check->parsed() || CheckFile(database, output)) &&
+                       (!lint->parsed() || LintTemplates(lint_request, output, errors));
     output.flush();
     if (!output) throw StandardError(error_number::kDeviceIoError, "standard output");
     return sound ? 0 : 1;

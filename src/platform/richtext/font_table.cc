@@ -35,6 +35,10 @@ std::string DecodeName(std::u32string_view name, const CodePage& page) {
 
 }  // namespace
 
+bool IsBulletFont(const Font& font) {
+  return font.charset == kSymbolCharset && EqualsNoCase(font.name, "Symbol");
+}
+
 void FontTable::Word(const Token& token) {
   if (token.text == "f") {
     EndEntry();

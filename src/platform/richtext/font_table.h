@@ -16,6 +16,9 @@ namespace tenora::richtext {
 // The name a font gets when the document gives none.
 inline constexpr const char* kDefaultFontName = "Times New Roman";
 
+// The font that bullets are written in; its name may come in any letter case.
+bool IsBulletFont(const Font& font);
+
 class FontTable {
  public:
   explicit FontTable(CodePages* code_pages) : code_pages_(code_pages) {}

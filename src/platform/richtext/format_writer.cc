@@ -1,5 +1,6 @@
 #include "platform/richtext/format_writer.h"
 
+#include "platform/richtext/font_table.h"
 #include "platform/richtext/list_table.h"
 
 namespace tenora::richtext {
@@ -15,7 +16,7 @@ constexpr std::string_view kBulletByte = "\\'B7";
 FormatWriter::FormatWriter(const std::vector<Font>& fonts, int default_font, SourceText* out)
     : default_font_(default_font), out_(*out) {
   for (std::size_t i = 0; i < fonts.size() && symbol_font_ < 0; ++i) {
-    if (fonts[i].name == "Symbol" && fonts[i].charset == 2) symbol_font_ = static_cast<int>(i);
+    if (IsBulletFont(fonts[i])) symbol_font_ = static_cast<int>(i);
   }
 }
 

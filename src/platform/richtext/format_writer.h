@@ -7,6 +7,11 @@
 
 namespace tenora::richtext {
 
+// A font number that stands for the document's default font in source that is written while the
+// document is still being read: a header may come before the font table, and the last \deff counts.
+// Renumber puts the right number in its place.
+inline constexpr int kDefaultFontToCome = 999'999'999;
+
 class FormatWriter {
  public:
   // Bullets are written in the Symbol font among `fonts`, numbers in the default font.

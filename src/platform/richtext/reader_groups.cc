@@ -379,7 +379,7 @@ void Reader::EndFlow(Group& group) {
   source.Raw("{");
   source.Raw(group.own_word);
   source.Word("plain");
-  BlockWriter(fonts_.fonts(), fonts_.DefaultPosition(), fonts_.document_code_page(), &code_pages_,
+  BlockWriter(fonts_.fonts(), kDefaultFontToCome, fonts_.document_code_page(), &code_pages_,
               &source)
       .Write(blocks, group.open_ending ? BlockWriter::Ending::kOpen : BlockWriter::Ending::kMarked);
   source.Raw("}");

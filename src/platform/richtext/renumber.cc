@@ -21,6 +21,8 @@ class Numbers {
   void Use(int position) {
     if (position >= 0 && static_cast<std::size_t>(position) < used_.size())
       used_[static_cast<std::size_t>(position)] = true;
+    else
+      all_known_ = false;
   }
   // `first` takes place 0, the others follow in their order.
   void Assign(int first) {
@@ -32,11 +34,12 @@ class Numbers {
     used_[static_cast<std::size_t>(first)] = true;
     count_ = static_cast<std::size_t>(next);
   }
+  // kDefaultFontToCome is none of the positions and becomes 0, the default font's.
   int operator()(int position) const {
     const auto index = static_cast<std::size_t>(position);
     return position >= 0 && index < to_.size() ? to_[index] : 0;
   }
-  bool ChangesNothing() const { return count_ == used_.size() && to_[0] == 0; }
+  bool ChangesNothing() const { return all_known_ && count_ == used_.size() && to_[0] == 0; }
 
   template <class Entry>
   void Rearrange(std::vector<Entry>* entries) const {
@@ -51,6 +54,7 @@ class Numbers {
   std::vector<bool> used_;
   std::vector<int> to_;
   std::size_t count_ = 0;
+  bool all_known_ = true;
 };
 
 // Calls `change` for each font or colour number in canonical source; true when one changed.
@@ -184,8 +188,7 @@ void Renumber(Document* document) {
   Visitor(collect).Visit(document);
   if (UsesSymbolBullet(document->blocks)) {
     for (std::size_t i = 0; i < document->fonts.size(); ++i) {
-      if (document->fonts[i].name == "Symbol" && document->fonts[i].charset == 2)
-        fonts.Use(static_cast<int>(i));
+      if (IsBulletFont(document->fonts[i])) fonts.Use(static_cast<int>(i));
     }
   }
   fonts.Assign(document->default_font);

@@ -97,7 +97,7 @@ std::string WriteRtf(const Document& document, Escapes escapes) {
 
 BlockWriter::BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
                          CodePages* code_pages, SourceText* out, Escapes escapes)
-    : formats_(fonts, default_font, out), out_(*out), default_font_(default_font) {
+    : formats_(fonts, default_font, out), out_(*out) {
   for (const Font& font : fonts) {
     const int page = CodePageOfCharset(font.charset, document_code_page);
     pages_.push_back(escapes == Escapes::kUnicode ? nullptr : &code_pages->Get(page));
@@ -177,7 +177,7 @@ void BlockWriter::WriteRun(const Run& run, const Paragraph& paragraph, std::size
     if (fields_.empty() || run.field.get() != fields_.back()) SwitchField(nullptr);
     while (is_due(*offset)) out_.Raw(marks[(*next_mark)++].source);
   }
-  SwitchField(run.field);
+  SwitchField(run.field, run.format.font);
   ChangeFormat(run.format);
   std::size_t written = 0;
   if (const auto* picture = std::get_if<std::shared_ptr<const Picture>>(&run.object)) {
@@ -200,7 +200,7 @@ void BlockWriter::WriteRun(const Run& run, const Paragraph& paragraph, std::size
   *offset += run.text.size();
 }
 
-void BlockWriter::SwitchField(const std::shared_ptr<const Field>& field) {
+void BlockWriter::SwitchField(const std::shared_ptr<const Field>& field, int font) {
   std::vector<const Field*> wanted;
   for (const Field* f = field.get(); f != nullptr; f = f->outer.get()) wanted.push_back(f);
   std::ranges::reverse(wanted);
@@ -214,7 +214,7 @@ void BlockWriter::SwitchField(const std::shared_ptr<const Field>& field) {
   for (auto next = same; next != wanted.end(); ++next) {
     if (!format_known_) {
       CharFormat plain;
-      plain.font = default_font_;
+      plain.font = font;
       ChangeFormat(plain);
     }
     out_.Raw("{\\field");

@@ -36,13 +36,13 @@ class BlockWriter {
   void WriteParagraphFormat(const ParagraphFormat& format, int level);
   void WriteRun(const Run& run, const Paragraph& paragraph, std::size_t* offset,
                 std::size_t* next_mark);
-  void SwitchField(const std::shared_ptr<const Field>& field);
+  // Closes and opens fields; `font` is that of the text in the new one.
+  void SwitchField(const std::shared_ptr<const Field>& field, int font = 0);
   void ChangeFormat(const CharFormat& format);
 
   FormatWriter formats_;
   std::vector<const CodePage*> pages_;  // by font position; null: all as Unicode
   SourceText& out_;
-  int default_font_;
 
   CharFormat format_;  // in force in the source
   bool format_known_ = false;

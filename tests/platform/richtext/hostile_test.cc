@@ -47,6 +47,11 @@ TEST(RtfReader, ReadsAnyBytes) {
       "Symbol;}}{\\header{\\*\\pn\\pndec}a\\par\\pard"
       "{\\field{\\*\\fldinst X}{\\fldrslt b}}}{\\*\\pn\\pnlvlblt{\\pntxtb "
       "\\u8226?\\u8226?}}c\\par}",
+      // Written before the font table is known: a number and a field in a header.
+      "{\\rtf1{\\header{\\*\\pn}a\\par\\pard{\\field{\\*\\fldinst X}{\\fldrslt b}}}{\\fonttbl{\\f0 "
+      "S;}}x}",
+      "{\\rtf1{\\fonttbl{\\f0 A;}{\\f1 B;}}{\\header{\\*\\pn}a\\par}\\deff1 x}",
+      "{\\rtf1{\\fonttbl{\\f2 symbol;}}{\\pn\\pnlvlblt}}",
       "{\\rtf1\\trowd\\cellx99999\\intbl a\\cell b\\cell c\\cell\\row}",
       "{\\rtf1{\\shp{\\lang1}{\\lang1\\pntext a}{\\u255 y}{\\bin0 }b}}",
       "{\\rtf1{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7" + std::string(100, ':') + "}}c\\par}",

@@ -1,0 +1,182 @@
+#include "letters/letter_text.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "platform/richtext/destinations.h"
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/reader.h"
+#include "platform/richtext/tokenizer.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+using richtext::Document;
+using richtext::Opens;
+using richtext::Paragraph;
+using richtext::ParagraphEnd;
+using richtext::Token;
+
+constexpr int kInHead = -1;
+
+int PositionsIn(std::string_view text) { return static_cast<int>(ToUtf16(text).size()); }
+
+std::string_view PlaceOf(std::string_view word) {
+  if (word.starts_with("header")) return "header";
+  if (word.starts_with("footer")) return "footer";
+  if (word == "footnote") return "footnote";
+  if (word == "annotation") return "comment";
+  if (word == "fldinst") return "field";
+  return "text box";
+}
+
+bool HoldsText(Opens opens) {
+  return opens == Opens::kHeadFlow || opens == Opens::kObjectFlow || opens == Opens::kMarkFlow ||
+         opens == Opens::kCopiedFlow || opens == Opens::kInstruction;
+}
+
+// The first bracket, also as a word processor prettifies it, or any character beyond ASCII.
+bool MayHoldCodes(std::string_view source) {
+  return source.find_first_of('<') != std::string_view::npos ||
+         source.find("\\'") != std::string_view::npos ||
+         source.find("\\u") != std::string_view::npos ||
+         source.find("MERGEFIELD") != std::string_view::npos;
+}
+
+class Collector {
+ public:
+  explicit Collector(const RichTextBox& letter) : letter_(letter) {
+    const std::string& source = letter.TextRTF();
+    head_ = source.substr(0, richtext::ReadHead(source).length);
+  }
+
+  std::vector<LetterText> Take() {
+    Add(letter_.Document(), "", 0);
+    return std::move(texts_);
+  }
+
+ private:
+  // What stands elsewhere but is anchored in the text being collected.
+  struct Carried {
+    std::string source;
+    int position;
+  };
+
+  void Add(const Document& document, std::string_view place, int position) {
+    for (const std::string& group : document.head_groups) AddCarried(group, kInHead);
+    LetterText text;
+    text.place = place;
+    text.position = position;
+    std::vector<Carried> carried;
+    int line = 1;
+    text.lines.push_back({0, line});
+    int reached = position;
+    richtext::ForEachParagraph(document.blocks, [&](const Paragraph& paragraph, ParagraphEnd end) {
+      const std::size_t begin = text.text.size();
+      AddRuns(paragraph, &line, &text);
+      Anchored(paragraph, place.empty(), reached, &carried);
+      text.text += '\n';
+      if (place.empty()) reached += PositionsIn(std::string_view(text.text).substr(begin));
+      if (end != ParagraphEnd::kCell) ++line;
+      text.lines.push_back({text.text.size(), line});
+    });
+    texts_.push_back(std::move(text));
+    for (const Carried& one : carried) AddCarried(one.source, one.position);
+  }
+
+  static void AddRuns(const Paragraph& paragraph, int* line, LetterText* text) {
+    for (const richtext::Run& run : paragraph.runs) {
+      text->spans.push_back({text->text.size(), run.format, run.field, run.object.index() != 0});
+      for (const char c : run.text) {
+        text->text += c == '\v' ? '\n' : c;
+        if (c == '\v') text->lines.push_back({text->text.size(), ++*line});
+      }
+    }
+  }
+
+  // Fields are taken once, however many runs their result has. What is anchored in carried text has
+  // the position of that.
+  void Anchored(const Paragraph& paragraph, bool in_letter, int position,
+                std::vector<Carried>* carried) {
+    for (const richtext::Mark& mark : paragraph.marks) {
+      carried->push_back({mark.source, position});
+    }
+    for (const richtext::Run& run : paragraph.runs) {
+      if (run.field != nullptr && fields_.insert(run.field.get()).second) {
+        carried->push_back({"{\\*\\fldinst{" + run.field->instruction + "}}", position});
+      }
+      using Object = std::shared_ptr<const richtext::Verbatim>;
+      if (const auto* object = std::get_if<Object>(&run.object)) {
+        carried->push_back({(*object)->source, position});
+      }
+      if (in_letter) position += PositionsIn(run.text);
+    }
+  }
+
+  // Finds the texts in carried source. A text that stands in another is found when that is read.
+  void AddCarried(std::string_view source, int position) {
+    if (!MayHoldCodes(source)) return;
+    richtext::Tokenizer tokens(source);
+    bool starred = false, fresh = false;
+    for (Token token = tokens.Next(); token.kind != Token::Kind::kEnd; token = tokens.Next()) {
+      const bool star = token.kind == Token::Kind::kSymbol && token.text == "*";
+      if (fresh && token.kind == Token::Kind::kWord &&
+          HoldsText(richtext::WhatOpens(token.text, starred))) {
+        const std::size_t begin = tokens.position();
+        AddText(PlaceOf(token.text), source.substr(begin, SkipGroup(&tokens) - begin), position);
+      }
+      starred = fresh && star;
+      fresh = token.kind == Token::Kind::kOpen || starred;
+    }
+  }
+
+  // To behind the group that the tokens are in; the result is where its content ends.
+  static std::size_t SkipGroup(richtext::Tokenizer* tokens) {
+    for (int depth = 1;;) {
+      const std::size_t before = tokens->position();
+      const Token token = tokens->Next();
+      if (token.kind == Token::Kind::kEnd) return before;
+      if (token.kind == Token::Kind::kOpen) ++depth;
+      if (token.kind == Token::Kind::kClose && --depth == 0) return before;
+    }
+  }
+
+  void AddText(std::string_view place, std::string_view content, int position) {
+    if (!MayHoldCodes(content)) return;
+    Add(richtext::ReadRtf(head_ + std::string(content) + "}"), place, position);
+  }
+
+  const RichTextBox& letter_;
+  std::string head_;  // of the letter, so that the fonts of carried text stay apart
+  std::vector<LetterText> texts_;
+  std::set<const richtext::Field*> fields_;
+};
+
+}  // namespace
+
+std::size_t LetterText::LineAt(std::size_t offset) const {
+  const auto next = std::ranges::upper_bound(lines, offset, {}, &Line::begin);
+  return static_cast<std::size_t>(next - lines.begin()) - 1;
+}
+
+std::string LetterText::TextOfLine(std::size_t line) const {
+  const std::size_t begin = lines[line].begin;
+  std::string shown = text.substr(begin, text.find('\n', begin) - begin);
+  std::ranges::replace_if(
+      shown, [](char c) { return c >= 0 && c < ' '; }, ' ');
+  return shown;
+}
+
+std::vector<const TextSpan*> LetterText::SpansOf(std::size_t begin, std::size_t end) const {
+  auto span = std::ranges::upper_bound(spans, begin, {}, &TextSpan::begin);
+  if (span != spans.begin()) --span;
+  std::vector<const TextSpan*> held;
+  for (; span != spans.end() && span->begin < end; ++span) held.push_back(&*span);
+  return held;
+}
+
+std::vector<LetterText> TextsOf(const RichTextBox& letter) { return Collector(letter).Take(); }
+
+}  // namespace tenora

@@ -1,0 +1,289 @@
+#include "letters/template_lint.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "letters/code_rules.h"
+#include "letters/code_scanner.h"
+#include "letters/format_difference.h"
+#include "letters/letter_text.h"
+#include "merge/replace_code.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+using Kind = TemplateFinding::Kind;
+
+// Characters of a line that are shown around a code.
+constexpr std::size_t kShownBefore = 30;
+constexpr std::size_t kShownAfter = 60;
+// A message of fewer bytes stops the asking.
+constexpr std::size_t kShortestMessage = 3;
+
+int PositionsIn(std::string_view text) { return static_cast<int>(ToUtf16(text).size()); }
+
+// The part of a line around a code, cut between characters.
+std::string Around(std::string_view line, std::size_t at) {
+  const auto starts_character = [&](std::size_t i) {
+    return i >= line.size() || (static_cast<unsigned char>(line[i]) & 0xC0U) != 0x80;
+  };
+  std::size_t begin = at > kShownBefore ? at - kShownBefore : 0;
+  while (begin > 0 && !starts_character(begin)) --begin;
+  std::size_t end = std::min(line.size(), at + kShownAfter);
+  while (end < line.size() && !starts_character(end)) ++end;
+  std::string shown(TrimBlanks(line.substr(begin, end - begin)));
+  if (begin > 0) shown.insert(0, "…");
+  if (end < line.size()) shown += "…";
+  return shown;
+}
+
+// Bytes of a text in the letter's source.
+std::size_t LengthInSource(const RichTextBox& letter, std::string_view text) {
+  const auto escaped = [](char c) { return c == '\\' || c == '{' || c == '}'; };
+  return letter.SourceForm(text).size() +
+         static_cast<std::size_t>(std::ranges::count_if(text, escaped));
+}
+
+// Whether the source may write a text otherwise than the merge, which has it from the database.
+bool MayBeEscaped(std::string_view text) {
+  return std::ranges::any_of(
+      text, [](char c) { return c < ' ' || c > '~' || c == '\\' || c == '{' || c == '}'; });
+}
+
+bool IsMergeField(const richtext::Field& field) {
+  return ContainsNoCase(field.instruction, "MERGEFIELD");
+}
+
+class Linter {
+ public:
+  Linter(const RichTextBox& letter, TemplateKind kind, Date today, const CustomFieldCodes* fields)
+      : letter_(letter), kind_(kind), today_(today), fields_(fields), texts_(TextsOf(letter)) {}
+
+  std::vector<TemplateFinding> Run() {
+    for (const LetterText& text : texts_) Lint(text);
+    std::ranges::stable_sort(found_, {}, &TemplateFinding::position);
+    DropPromptsNeverAsked();
+    return std::move(found_);
+  }
+
+ private:
+  void Lint(const LetterText& text) {
+    text_ = &text;
+    counted_bytes_ = 0;
+    counted_ = text.position;
+    if (text.place == "field") LintMergeField();
+    const std::vector<ScannedCode> codes = ScanCodes(text.text);
+    for (const ScannedCode& code : codes) LintCode(code);
+    LintLookalikes(codes);
+  }
+
+  void LintCode(const ScannedCode& code) {
+    if (!code.closed) return LintUnclosed(code);
+    const std::string name = NameOf(code);
+    if (FormOf(name) == CodeForm::kPrompt && kind_ != TemplateKind::kCheque) LintPrompt(code, name);
+    const auto complaint = CheckCode(name, code.holds_code, kind_, today_, fields_);
+    if (complaint) Add(code, *complaint);
+    if (!complaint || complaint->kind == Kind::kFutureDate ||
+        complaint->kind == Kind::kCustomField) {
+      LintFormat(code, name);
+    }
+  }
+
+  std::string NameOf(const ScannedCode& code) const {
+    const std::size_t begin = code.begin + kCodeStart.size();
+    return text_->text.substr(begin, code.end - kCodeEnd.size() - begin);
+  }
+
+  void LintUnclosed(const ScannedCode& code) {
+    const std::string_view rest =
+        std::string_view(text_->text).substr(code.begin + kCodeStart.size());
+    switch (FormOf(rest)) {
+      case CodeForm::kPrompt:
+        return Add(code, {Kind::kUnclosed,
+                          "the prompt has no \"?>>\" on its line: the merge takes the text up to a "
+                          "later \"?>>\" for the question, or stops asking",
+                          "end the question with ?>>"});
+      case CodeForm::kFutureDate:
+      case CodeForm::kCustomField:
+        return Add(code, {Kind::kUnclosed,
+                          "the code has no \">>\" on its line: the merge takes the text up to a "
+                          "later \">>\" for a part of it, or leaves it in the letter",
+                          "end the code with >>"});
+      case CodeForm::kCatalogue:
+        return Add(code, {Kind::kUnclosed, "\"<<\" without \">>\" on its line stays in the letter",
+                          "end the code with >>, or write a single <"});
+    }
+  }
+
+  void LintPrompt(const ScannedCode& code, const std::string& name) {
+    // "<<?>>" has one question mark for both ends.
+    const std::string_view message =
+        name.size() < 2 ? std::string_view() : std::string_view(name).substr(1, name.size() - 2);
+    if (LengthInSource(letter_, message) >= kShortestMessage) return;
+    Add(code, {Kind::kShortPrompt,
+               "a question of fewer than three characters is not asked, and no prompt behind it "
+               "is: all of them stay in the letter",
+               "write a longer question"});
+  }
+
+  // Whether the merge finds the code in the source: whole, or for a code with parameters at least
+  // its opening.
+  void LintFormat(const ScannedCode& code, std::string_view name) {
+    if (code.holds_code) return;
+    const std::string change = ChangesIn(code.begin, code.end);
+    const std::string tag = std::string(kCodeStart).append(name).append(kCodeEnd);
+    if (change.empty()) {
+      if (FormOf(name) == CodeForm::kCustomField && MayBeEscaped(name) &&
+          !SourceContains(letter_, TagInSource(letter_, name))) {
+        Add(code, {Kind::kSplit,
+                   tag + " has characters that the source of the letter escapes: the field is not "
+                         "filled in and the code is removed",
+                   "use a field code of plain letters and digits"});
+      }
+      return;
+    }
+    const std::size_t opening = kCodeStart.size() + OpeningOf(name).size();
+    const bool found =
+        FormOf(name) != CodeForm::kCatalogue && ChangesIn(code.begin, code.begin + opening).empty();
+    Add(code, {Kind::kSplit,
+               tag + " is not of one format (" + change + "): the merge " +
+                   (found ? "loses the format that changes inside it and may take it for another"
+                          : "does not find it, and it stays in the letter"),
+               "select the whole code and give it one format, or type it anew"});
+  }
+
+  // What changes between the characters of a stretch of text; empty where the source has it in one
+  // piece.
+  std::string ChangesIn(std::size_t begin, std::size_t end) const {
+    const std::vector<const TextSpan*> spans = text_->SpansOf(begin, end);
+    std::vector<std::string_view> changes;
+    for (std::size_t i = 0; i < spans.size(); ++i) {
+      if (spans[i]->is_object) changes.push_back("a picture or object");
+      if (i == 0) continue;
+      const TextSpan& before = *spans[i - 1];
+      if (before.field != spans[i]->field) changes.push_back("a link or field");
+      std::ranges::copy(FormatDifference(before.format, spans[i]->format),
+                        std::back_inserter(changes));
+    }
+    std::string words;
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+      if (std::find(changes.begin(), change, *change) != change) continue;
+      words.append(words.empty() ? "" : ", ").append(*change);
+    }
+    return words;
+  }
+
+  // Other brackets around what would be a code.
+  void LintLookalikes(const std::vector<ScannedCode>& codes) {
+    for (const ScannedCode& code : ScanLookalikes(text_->text)) {
+      const auto next = std::ranges::upper_bound(codes, code.begin, {}, &ScannedCode::begin);
+      const bool inside = next != codes.begin() && std::prev(next)->end > code.begin;
+      if (inside || InMergeField(code)) continue;
+      std::string_view written(text_->text);
+      written = written.substr(code.begin, code.end - code.begin);
+      std::string advice = AdviceForLookalike(WithoutBrackets(written), kind_);
+      if (advice.empty()) continue;
+      Add(code, {Kind::kBrackets,
+                 std::string(written) + " stays in the letter: a code has two < and two >",
+                 std::move(advice)});
+    }
+  }
+
+  static std::string_view WithoutBrackets(std::string_view written) {
+    for (const std::string_view bracket : {"‹‹", "«", "≪", "<"}) {
+      if (!written.starts_with(bracket)) continue;
+      written.remove_prefix(bracket.size());
+      written.remove_suffix(bracket.size());
+      break;
+    }
+    return written;
+  }
+
+  bool InMergeField(const ScannedCode& code) const {
+    return std::ranges::any_of(text_->SpansOf(code.begin, code.end), [](const TextSpan* span) {
+      return span->field != nullptr && IsMergeField(*span->field);
+    });
+  }
+
+  void LintMergeField() {
+    static constexpr std::string_view kWord = "MERGEFIELD";
+    const std::string& instruction = text_->text;
+    const std::size_t word = FindNoCase(instruction, kWord);
+    if (word == std::string::npos) return;
+    std::string_view name = TrimBlanks(std::string_view(instruction).substr(word + kWord.size()));
+    name = name.substr(0, name.find_first_of("\\\n"));
+    if (name.starts_with('"')) name = name.substr(1, name.find('"', 1) - 1);
+    std::string advice = AdviceForLookalike(TrimBlanks(name), kind_);
+    if (advice.empty()) advice = "write a code in << and >>";
+    Add({word, word + kWord.size(), true, false},
+        {Kind::kMergeField,
+         "the word processor's merge field \"" + std::string(TrimBlanks(name)) +
+             "\" is filled by no merge of this program",
+         "take the field out and " + advice});
+  }
+
+  void Add(const ScannedCode& code, Complaint complaint) {
+    TemplateFinding finding;
+    finding.kind = complaint.kind;
+    finding.place = text_->place;
+    const std::size_t line = text_->LineAt(code.begin);
+    finding.line = text_->lines[line].number;
+    finding.text = Around(text_->TextOfLine(line), code.begin - text_->lines[line].begin);
+    finding.position = PositionOf(code.begin);
+    if (text_->place.empty()) {
+      finding.length =
+          PositionsIn(std::string_view(text_->text).substr(code.begin, code.end - code.begin));
+    }
+    finding.problem = std::move(complaint.problem);
+    finding.advice = std::move(complaint.advice);
+    found_.push_back(std::move(finding));
+  }
+
+  int PositionOf(std::size_t offset) {
+    if (!text_->place.empty()) return text_->position;
+    if (offset < counted_bytes_) {
+      counted_bytes_ = 0;
+      counted_ = text_->position;
+    }
+    counted_ +=
+        PositionsIn(std::string_view(text_->text).substr(counted_bytes_, offset - counted_bytes_));
+    counted_bytes_ = offset;
+    return counted_;
+  }
+
+  // One prompt that stops the asking speaks for all short ones behind it.
+  void DropPromptsNeverAsked() {
+    bool stopped = false;
+    std::erase_if(found_, [&](const TemplateFinding& finding) {
+      return finding.kind == Kind::kShortPrompt && std::exchange(stopped, true);
+    });
+  }
+
+  const RichTextBox& letter_;
+  TemplateKind kind_;
+  Date today_;
+  const CustomFieldCodes* fields_;
+  std::vector<LetterText> texts_;
+
+  const LetterText* text_ = nullptr;  // being looked at
+  std::size_t counted_bytes_ = 0;     // of its text, up to where positions are counted
+  int counted_ = 0;
+  std::vector<TemplateFinding> found_;
+};
+
+}  // namespace
+
+std::string TemplateFinding::Text() const {
+  std::string where = place.empty() ? "" : place + ", ";
+  where += "line " + std::to_string(line);
+  return where + ": \"" + text + "\": " + problem + "; " + advice;
+}
+
+std::vector<TemplateFinding> LintTemplate(const RichTextBox& letter, TemplateKind kind, Date today,
+                                          const CustomFieldCodes* fields) {
+  return Linter(letter, kind, today, fields).Run();
+}
+
+}  // namespace tenora

@@ -1,0 +1,58 @@
+// What would go wrong with a template, before it does: codes that no merge fills, or fills with
+// something else than was meant.
+#pragma once
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "merge/catalogue.h"
+#include "platform/richtext/rich_text_box.h"
+#include "platform/runtime/date.h"
+
+namespace tenora {
+
+// Which merge fills the template.
+enum class TemplateKind { kTenant, kOwner, kCheque };
+
+struct TemplateFinding {
+  enum class Kind {
+    kUnknownCode,
+    kLetterCase,
+    kBlanks,         // "<< Tenant Name >>"
+    kBrackets,       // «Tenant Name»
+    kMergeField,     // a word processor's own
+    kOtherTemplate,  // a code of another kind of template
+    kMenuEntry,      // "Future Date", "Prompt Message"
+    kSplit,          // by a change of format inside it
+    kUnclosed,
+    kShortPrompt,
+    kFutureDate,   // its count or unit
+    kCustomField,  // a field that no record has
+  };
+
+  Kind kind;
+  std::string place;  // "header", "footnote", …; empty for the letter's own text
+  int line = 1;       // of the place's text, from 1
+  int position = 0;   // of the code in the editor; of the place's anchor, or -1 in a header
+  int length = 0;     // in the editor's positions; 0 outside the letter's own text
+  std::string text;   // of the line
+  std::string problem;
+  std::string advice;
+
+  // "line 3: "…text…": problem; advice".
+  std::string Text() const;
+};
+
+// The field codes that the database knows, for each kind of record that has custom fields.
+struct CustomFieldCodes {
+  std::set<std::string> tenant, property, owner;
+};
+
+// Findings in the order of the source. `today` is what future dates count from; without `fields`
+// nothing is said about custom fields.
+std::vector<TemplateFinding> LintTemplate(const RichTextBox& letter, TemplateKind kind, Date today,
+                                          const CustomFieldCodes* fields = nullptr);
+
+}  // namespace tenora
