@@ -59,7 +59,8 @@ TestRunner::TestRunner(const QString& caption, const char* button_name,
                        std::function<std::function<TestResult()>()> prepare)
     : prepare_(std::move(prepare)),
       button_(Named(new QPushButton(caption), button_name)),
-      result_(Named(Remark(""), "lblTestResult")) {
+      result_(Remark("")) {
+  result_->setObjectName(QString(button_name).replace("cmd", "lbl"));
   button_->setAutoDefault(false);
   result_->setTextInteractionFlags(Qt::TextSelectableByMouse);
   auto* layout = new QVBoxLayout(this);
