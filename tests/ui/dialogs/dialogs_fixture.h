@@ -17,13 +17,6 @@
 
 namespace tenora {
 
-inline void StartQt() {
-  static int argc = 1;
-  static char name[] = "ui_dialogs_test";
-  static char* argv[] = {name, nullptr};
-  static QApplication application(argc, argv);
-}
-
 class DialogsTest : public testing::Test {
  protected:
   template <typename Widget>
@@ -54,7 +47,6 @@ class DialogsTest : public testing::Test {
     session_.settings.SaveSettingText(section, key, value);
   }
 
-  const bool started_ = (StartQt(), true);
   test::FakePlatform machine_;
   Session session_{machine_.Parts()};
 };

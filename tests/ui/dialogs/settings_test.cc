@@ -51,8 +51,10 @@ TEST_F(SettingsTest, TestsTheLocationWhenItIsEnteredAndStoresIt) {
   session_.options.SmtpPassword = "s3cret!";
   frmSettings dialog(session_);
   dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
   Press(dialog, "optNetworked");
   const std::string path = (machine_.ProgramFolder() / "property.mdb").string();
+  Find<QLineEdit>(dialog, "txtDatabaseLocation")->setFocus();
   Type(dialog, "txtDatabaseLocation", path.c_str());
   QTest::keyClick(Find<QLineEdit>(dialog, "txtDatabaseLocation"), Qt::Key_Tab);
   QThreadPool::globalInstance()->waitForDone();
