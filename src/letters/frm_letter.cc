@@ -78,6 +78,7 @@ void frmLetter::StartNew(std::string_view kind) {
 void frmLetter::UpdateCaption() {
   const char* const separator = members_.FilePath.empty() ? " : New " : " : ";
   members_.Caption = members_.LetterTitle + separator + members_.Kind;
+  if (OnCaptionChanged) OnCaptionChanged();
 }
 
 void frmLetter::InsertItem(std::string_view name) {

@@ -15,6 +15,7 @@
 #include "output/email_sender.h"
 #include "output/printing.h"
 #include "platform/richtext/rich_text_box.h"
+#include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "rental/session.h"
 
@@ -85,14 +86,62 @@ class frmLetter {
   // also a recipient without an address, is shown and gives false.
   bool SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf);
 
+  // The commands of the menus (letter_commands.cc). Their questions go through the dialogs.
+
+  // Asks for a text, from then on that of FindAgain, and selects its first occurrence.
+  void Find();
+  // From one character behind the caret on.
+  void FindAgain();
+
+  // Writes the letter to its file, as SaveAs where it has none. A write that fails leaves the file
+  // as it was and the letter marked as changed; no box says so: OnSaveFailed does, and false.
+  bool Save();
+  // Asks for the title and writes to that file in the letter's folder, which is made where missing.
+  // Cancelling leaves the title empty, deliberately. False also when cancelled.
+  bool SaveAs();
+  // Asks whether to save what was changed. True when the letter may be closed: unchanged, not to be
+  // saved, or saved.
+  bool CheckSave();
+  // Deletes the file once confirmed, and closes the letter.
+  void Delete();
+  void CloseForm();
+
+  // Ask for a file and put it at the caret: as a picture, or as an embedded file that travels in
+  // the letter and can be got out again. An unreadable or too large file is shown.
+  void InsertPicture();
+  void InsertExcel();
+  void InsertOLEObject();
+  // Writes an embedded file of the letter, chosen where there are several, to where the user says.
+  void SaveEmbeddedFile();
+
+  // Whether the editor wraps its text at the printer's page width.
+  void ChangeWidth(bool page_width);
+
   RichTextBox rtfLetter;
 
   // What a window does for its letter; each may be empty. The dialog writes its code at the caret.
   std::function<void(RichTextBox& editor)> ShowFutureDateDialog;
   std::function<void()> FocusEditor;
   std::function<void()> OnBeforeSave;
+  std::function<void()> OnCaptionChanged;
+  // Where text wraps in twips from the left edge; 0: at the window's edge.
+  std::function<void(int width)> OnWidthChanged;
+  std::function<void()> OnClose;
+  std::function<void()> RefreshTree;
+  // The name of the current insert list, which words the messages of a letter in the folder of the
+  // same name.
+  std::function<std::string()> InsertListName;
+  std::function<void(const RuntimeError& error)> OnSaveFailed;
+  // Whether SaveAs may replace this file; where empty, it may.
+  std::function<bool(const std::filesystem::path& path)> ConfirmReplace;
+  // The width of the current printer's paper in twips; where empty, A4's.
+  std::function<int()> PaperWidth;
 
  private:
+  std::string KindWord() const;
+  std::filesystem::path LetterFolder() const;
+  bool WriteLetter();
+  void InsertFile(const std::string& title, const std::string& filter, bool as_picture);
   MergeTarget Target() { return MergeTarget{session_, members_, rtfLetter}; }
   // False when the letter's kind has no prompts, which is then said.
   bool InsertPromptMessage();

@@ -2,7 +2,9 @@
 
 #include <charconv>
 #include <string_view>
+#include <system_error>
 
+#include "platform/dialogs/file_filter.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/text.h"
 
@@ -93,6 +95,30 @@ std::optional<std::size_t> ConsoleDialogs::Choose(const std::string& title,
     output_ << "Please answer with a number from 1 to " << items.size() << "." << std::endl;
   }
   return std::nullopt;
+}
+
+std::optional<std::filesystem::path> ConsoleDialogs::ChooseFileToOpen(const std::string& title,
+                                                                      const std::string& filter) {
+  std::string prompt = "Path of the file";
+  const std::vector<FileFilter> filters = ParseFileFilter(filter);
+  if (!filters.empty()) prompt += " (" + filters.front().name + ")";
+  for (int attempt = 0; attempt < kChooseAttempts; ++attempt) {
+    const std::optional<std::string> line = AskText(prompt, title, "");
+    if (!line || TrimBlanks(*line).empty()) return std::nullopt;
+    const std::filesystem::path path(TrimBlanks(*line));
+    std::error_code error;
+    if (std::filesystem::is_regular_file(path, error)) return path;
+    output_ << "There is no file " << TerminalLine(path.string()) << "." << std::endl;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::filesystem::path> ConsoleDialogs::ChooseFileToSave(
+    const std::string& title, const std::string& /*filter*/,
+    const std::filesystem::path& suggestion) {
+  const std::optional<std::string> line = AskText("Save as", title, suggestion.string());
+  if (!line || TrimBlanks(*line).empty()) return std::nullopt;
+  return std::filesystem::path(TrimBlanks(*line));
 }
 
 // None at the end of input and for a line beyond any reasonable length, whose rest is skipped.

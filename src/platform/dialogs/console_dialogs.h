@@ -23,6 +23,12 @@ class ConsoleDialogs : public Dialogs {
   // the last of a few wrong numbers.
   std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
                                     std::size_t default_item) override;
+  // Both ask for a path; one that names no file is asked for again a few times.
+  std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
+                                                        const std::string& filter) override;
+  std::optional<std::filesystem::path> ChooseFileToSave(
+      const std::string& title, const std::string& filter,
+      const std::filesystem::path& suggestion) override;
 
  private:
   std::optional<std::string> ReadLine();

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <iosfwd>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +36,14 @@ class Dialogs {
   virtual std::optional<std::size_t> Choose(const std::string& title,
                                             const std::vector<std::string>& items,
                                             std::size_t default_item) = 0;
+  // A file that exists, none when cancelled. The filter is "Name|patterns" pairs parted by "|", the
+  // patterns by ";" ("Pictures|*.bmp;*.ico"). It guides the eye: any other file may be chosen.
+  virtual std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
+                                                                const std::string& filter) = 0;
+  // Where to save. A file that is there already may be chosen; a window asks about it.
+  virtual std::optional<std::filesystem::path> ChooseFileToSave(
+      const std::string& title, const std::string& filter,
+      const std::filesystem::path& suggestion) = 0;
 
   // An OK-only box without icon.
   void Say(const std::string& text, const std::string& title = kApplicationTitle) {

@@ -45,10 +45,7 @@ std::optional<std::string> ScriptedDialogs::AskText(const std::string& prompt,
                     .text = prompt,
                     .title = title,
                     .default_answer = default_answer});
-  const Scripted answer = NextAnswer(prompt);
-  if (std::holds_alternative<Cancel>(answer)) return std::nullopt;
-  if (const std::string* text = std::get_if<std::string>(&answer)) return *text;
-  Refuse(prompt, "the next scripted answer is no text");
+  return NextText(prompt);
 }
 
 std::optional<std::size_t> ScriptedDialogs::Choose(const std::string& title,
@@ -66,6 +63,21 @@ std::optional<std::size_t> ScriptedDialogs::Choose(const std::string& title,
   return position->value;
 }
 
+std::optional<std::filesystem::path> ScriptedDialogs::ChooseFileToOpen(const std::string& title,
+                                                                       const std::string& filter) {
+  shown_.push_back({.kind = ShownBox::Kind::kOpenFile, .title = title, .filter = filter});
+  return NextText(title);
+}
+
+std::optional<std::filesystem::path> ScriptedDialogs::ChooseFileToSave(
+    const std::string& title, const std::string& filter, const std::filesystem::path& suggestion) {
+  shown_.push_back({.kind = ShownBox::Kind::kSaveFile,
+                    .title = title,
+                    .default_answer = suggestion.string(),
+                    .filter = filter});
+  return NextText(title);
+}
+
 std::vector<std::string> ScriptedDialogs::Texts() const {
   std::vector<std::string> texts;
   for (const ShownBox& box : shown_) texts.push_back(box.text);
@@ -77,6 +89,13 @@ ScriptedDialogs::Scripted ScriptedDialogs::NextAnswer(const std::string& questio
   Scripted answer = std::move(answers_.front());
   answers_.pop_front();
   return answer;
+}
+
+std::optional<std::string> ScriptedDialogs::NextText(const std::string& question) {
+  const Scripted answer = NextAnswer(question);
+  if (std::holds_alternative<Cancel>(answer)) return std::nullopt;
+  if (const std::string* text = std::get_if<std::string>(&answer)) return *text;
+  Refuse(question, "the next scripted answer is no text");
 }
 
 void ScriptedDialogs::Refuse(const std::string& question, const char* why) {

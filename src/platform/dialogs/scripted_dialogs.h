@@ -16,7 +16,7 @@ class UnexpectedQuestion : public std::logic_error {
 };
 
 struct ShownBox {
-  enum class Kind { kMessage, kText, kChoice };
+  enum class Kind { kMessage, kText, kChoice, kOpenFile, kSaveFile };
   Kind kind = Kind::kMessage;
   std::string text = {};  // the message or the prompt; empty for a chooser
   std::string title = {};
@@ -26,12 +26,14 @@ struct ShownBox {
   std::string default_answer = {};      // of an input box
   std::vector<std::string> items = {};  // of a chooser
   std::size_t default_item = 0;
+  std::string filter = {};  // of a file chooser; its suggestion is the default answer
 };
 
 class ScriptedDialogs : public Dialogs {
  public:
   // Each appends one answer; questions take them in this order. An OK-only box is no question.
   ScriptedDialogs& WillPress(Answer answer);
+  // Also the path that a file chooser gives.
   ScriptedDialogs& WillType(std::string text);
   ScriptedDialogs& WillChoose(std::size_t position);
   ScriptedDialogs& WillCancel();
@@ -43,6 +45,11 @@ class ScriptedDialogs : public Dialogs {
                                      const std::string& default_answer) override;
   std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
                                     std::size_t default_item) override;
+  std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
+                                                        const std::string& filter) override;
+  std::optional<std::filesystem::path> ChooseFileToSave(
+      const std::string& title, const std::string& filter,
+      const std::filesystem::path& suggestion) override;
 
   const std::vector<ShownBox>& shown() const { return shown_; }
   // The texts of all boxes, in order.
@@ -59,6 +66,7 @@ class ScriptedDialogs : public Dialogs {
   using Scripted = std::variant<Cancel, Answer, std::string, Position>;
 
   Scripted NextAnswer(const std::string& question);
+  std::optional<std::string> NextText(const std::string& question);
   [[noreturn]] void Refuse(const std::string& question, const char* why);
 
   std::deque<Scripted> answers_;

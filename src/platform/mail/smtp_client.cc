@@ -228,24 +228,7 @@ std::string_view Summary(int number) {
   }
 }
 
-}  // namespace
-
-struct SmtpClient::State {
-  State() : curl(curl_easy_init()) {
-    if (curl == nullptr) throw std::bad_alloc();
-  }
-  ~State() { curl_easy_cleanup(curl); }
-  State(const State&) = delete;
-  State& operator=(const State&) = delete;
-
-  CURL* curl;
-};
-
-SmtpClient::SmtpClient() : state_(std::make_unique<State>()) {}
-SmtpClient::~SmtpClient() = default;
-
-void SmtpClient::Send(const Server& server, const Message& message) {
-  CURL* curl = state_->curl;
+void SetServer(CURL* curl, const Server& server) {
   // Options only: the connection of the message before stays.
   curl_easy_reset(curl);
   const std::string url = ServerUrl(server);
@@ -270,19 +253,10 @@ void SmtpClient::Send(const Server& server, const Message& message) {
     curl_easy_setopt(curl, CURLOPT_USERNAME, server.user.c_str());
     curl_easy_setopt(curl, CURLOPT_PASSWORD, server.password.c_str());
   }
+}
 
-  const std::string sender = "<" + message.from.address + ">";
-  curl_easy_setopt(curl, CURLOPT_MAIL_FROM, sender.c_str());
-  ListPtr recipients;
-  for (const Address& address : message.to) Append(recipients, "<" + address.address + ">");
-  curl_easy_setopt(curl, CURLOPT_MAIL_RCPT, recipients.get());
-  ListPtr headers;
-  for (const std::string& line : HeaderLines(message)) Append(headers, line);
-  Append(headers, std::string("Content-Type: ") + BodyType(message));
-  curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
-  const MimePtr body = BuildBody(curl, message);
-  curl_easy_setopt(curl, CURLOPT_MIMEPOST, body.get());
-
+// `about` says in an error what the conversation was for.
+void Converse(CURL* curl, const Server& server, const std::string& about) {
   Conversation conversation;
   curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, Watch);
   curl_easy_setopt(curl, CURLOPT_DEBUGDATA, &conversation);
@@ -300,8 +274,7 @@ void SmtpClient::Send(const Server& server, const Message& message) {
 
   const int number = ErrorNumber(code, conversation);
   std::string text(Summary(number));
-  text += " Server " + server.host + ":" + std::to_string(server.port) + ", message to " +
-          Recipients(message) + ": " +
+  text += " Server " + server.host + ":" + std::to_string(server.port) + about + ": " +
           (detail[0] != '\0' ? detail.data() : curl_easy_strerror(code));
   if (!conversation.refusal.empty()) {
     text += " (" + WithoutSecrets(conversation.refusal, server) + ")";
@@ -310,6 +283,48 @@ void SmtpClient::Send(const Server& server, const Message& message) {
     throw DeliveryUnknown(number, text, "CDO.Message");
   }
   throw RuntimeError(number, text, "CDO.Message");
+}
+
+}  // namespace
+
+struct SmtpClient::State {
+  State() : curl(curl_easy_init()) {
+    if (curl == nullptr) throw std::bad_alloc();
+  }
+  ~State() { curl_easy_cleanup(curl); }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
+
+  CURL* curl;
+};
+
+SmtpClient::SmtpClient() : state_(std::make_unique<State>()) {}
+SmtpClient::~SmtpClient() = default;
+
+void SmtpClient::Send(const Server& server, const Message& message) {
+  CURL* curl = state_->curl;
+  SetServer(curl, server);
+  const std::string sender = "<" + message.from.address + ">";
+  curl_easy_setopt(curl, CURLOPT_MAIL_FROM, sender.c_str());
+  ListPtr recipients;
+  for (const Address& address : message.to) Append(recipients, "<" + address.address + ">");
+  curl_easy_setopt(curl, CURLOPT_MAIL_RCPT, recipients.get());
+  ListPtr headers;
+  for (const std::string& line : HeaderLines(message)) Append(headers, line);
+  Append(headers, std::string("Content-Type: ") + BodyType(message));
+  curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
+  const MimePtr body = BuildBody(curl, message);
+  curl_easy_setopt(curl, CURLOPT_MIMEPOST, body.get());
+
+  Converse(curl, server, ", message to " + Recipients(message));
+}
+
+void SmtpClient::Check(const Server& server) {
+  CURL* curl = state_->curl;
+  SetServer(curl, server);
+  curl_easy_setopt(curl, CURLOPT_CUSTOMREQUEST, "NOOP");
+  curl_easy_setopt(curl, CURLOPT_NOBODY, 1L);
+  Converse(curl, server, ", connection test");
 }
 
 }  // namespace tenora::mail

@@ -47,6 +47,9 @@ class SmtpClient {
   // The password is in none of them.
   void Send(const Server& server, const Message& message);
 
+  // Connects and logs in, and sends nothing. Raises as Send does.
+  void Check(const Server& server);
+
  private:
   struct State;
   std::unique_ptr<State> state_;

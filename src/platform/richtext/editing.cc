@@ -250,4 +250,31 @@ int ReplaceRange(Document* document, int start, int length, std::string_view utf
   return end;
 }
 
+int ReplaceRangeByObject(Document* document, int start, int length, const Document& from) {
+  Run object;
+  ForEachParagraph(from.blocks, [&](const Paragraph& paragraph, ParagraphEnd) {
+    for (const Run& run : paragraph.runs) {
+      if (object.object.index() == 0 && run.object.index() != 0) object = run;
+    }
+  });
+  if (object.object.index() == 0) return -1;
+  const int caret = ReplaceRange(document, start, length, "");
+  const Place place = Editor(document).Find(caret);
+  const Run model = RunAt(*place.paragraph, place.offset, false);
+  object.format = model.format;
+  object.field = model.field;
+  const std::size_t end = ParagraphText(*place.paragraph).size();
+  Paragraph joined = Part(*place.paragraph, 0, place.offset);
+  const Paragraph tail = Part(*place.paragraph, place.offset, end);
+  const std::size_t added = object.text.size();
+  Join(&joined.runs, std::move(object));
+  for (const Run& run : tail.runs) Join(&joined.runs, run);
+  joined.marks = place.paragraph->marks;
+  for (Mark& mark : joined.marks) {
+    if (mark.offset >= place.offset) mark.offset += added;
+  }
+  *place.paragraph = std::move(joined);
+  return caret + 1;
+}
+
 }  // namespace tenora::richtext

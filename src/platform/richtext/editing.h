@@ -14,5 +14,8 @@ Document DocumentOfText(std::string_view utf8);
 // Replaces a range by plain text in the format at its start, and gives the position behind it.
 // Cells that the range touches lose their text, not themselves.
 int ReplaceRange(Document* document, int start, int length, std::string_view utf8);
+// The same with the first picture or carried-through object of another document; -1, and nothing
+// changed, when that has none.
+int ReplaceRangeByObject(Document* document, int start, int length, const Document& from);
 
 }  // namespace tenora::richtext

@@ -180,6 +180,44 @@ void RichTextBox::SetSelText(std::string_view text) {
   state_->Changed();
 }
 
+void RichTextBox::InsertObject(std::string_view rtf_group) {
+  std::string piece = "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}";
+  piece.append(rtf_group).append("}");
+  richtext::Document document = richtext::ReadRtf(state_->source);
+  const int end = richtext::ReplaceRangeByObject(&document, state_->start, state_->length,
+                                                 richtext::ReadRtf(piece));
+  if (end < 0) throw StandardError(error_number::kInvalidFileFormat, "no picture and no object");
+  state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
+  Select(end, 0);
+  state_->Changed();
+}
+
+int RichTextBox::ReplaceEvery(std::string_view text, std::string_view with, int options,
+                              const std::vector<std::pair<int, int>>& skip) {
+  const int length = static_cast<int>(PositionsOf(text).size());
+  std::vector<int> places;
+  for (int from = 0; length > 0;) {
+    const int found = Find(text, from, -1, options | kNoHighlight);
+    if (found < 0) break;
+    const bool skipped = std::ranges::any_of(skip, [&](const std::pair<int, int>& range) {
+      return found < range.second && found + length > range.first;
+    });
+    if (!skipped) places.push_back(found);
+    from = found + (skipped ? 1 : length);
+  }
+  if (places.empty()) return 0;
+  richtext::Document document = richtext::ReadRtf(state_->source);
+  // From the end, so that the places before it stay true.
+  for (auto place = places.rbegin(); place != places.rend(); ++place) {
+    richtext::ReplaceRange(&document, *place, length, with);
+  }
+  const int start = state_->start, selected = state_->length;
+  state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
+  Select(start, selected);
+  state_->Changed();
+  return static_cast<int>(places.size());
+}
+
 int RichTextBox::Find(std::string_view text, int start, int end, int options) {
   const std::u16string part = PositionsOf(text);
   const int found = richtext::FindText(

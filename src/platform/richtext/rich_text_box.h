@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/richtext/document.h"
 
@@ -49,6 +51,14 @@ class RichTextBox {
   std::string SelText() const;
   // Replaces the selection by plain text in the format at its start; the caret ends behind it.
   void SetSelText(std::string_view text);
+  // Replaces the selection by the first object of a piece of RTF: a picture, or an embedded object.
+  // Raises 321 (Invalid file format) when there is none in it.
+  void InsertObject(std::string_view rtf_group);
+  // Replaces every occurrence that Find finds, as one change, and gives their number. What is put
+  // in is not searched again; an occurrence that touches one of the ranges to skip (from, to)
+  // stays. Selection start and length keep their values.
+  int ReplaceEvery(std::string_view text, std::string_view with, int options = kNoOptions,
+                   const std::vector<std::pair<int, int>>& skip = {});
   // Position of the first occurrence between start and end (-1: the end of the text), or -1.
   // Selects it unless kNoHighlight is given. Letter case is ignored unless kMatchCase is given.
   int Find(std::string_view text, int start, int end = -1, int options = kNoOptions);

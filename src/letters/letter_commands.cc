@@ -1,0 +1,246 @@
+// The document commands of a letter: find, save, delete, insert files.
+#include <algorithm>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "letters/embedded_file.h"
+#include "letters/file_names.h"
+#include "letters/frm_letter.h"
+#include "letters/template_library.h"
+#include "output/printing.h"
+#include "platform/dialogs/guard.h"
+#include "platform/printing/picture_file.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kLongestTitle = 120;  // characters
+constexpr std::string_view kExtension = ".rtf";
+constexpr const char* kPictureTitle = "Picture File";
+constexpr const char* kPictureFilter = "All Image files|*.bmp;*.dib;*.wmf;*.emf;*.ico;*.cur;";
+constexpr const char* kExcelTitle = "Excel Files";
+// The pattern has no dot. Deliberate.
+constexpr const char* kExcelFilter = "Excel Files|*xls";
+constexpr const char* kObjectTitle = "Insert Object";
+constexpr int kA4Width = 11906;  // twips
+
+// UTF-16 units, as the system counts characters; never half of one.
+std::string FirstCharacters(std::string_view text, std::size_t most) {
+  std::string first;
+  std::size_t units = 0;
+  while (!text.empty()) {
+    const char32_t c = TakeCodePoint(text);
+    units += c > 0xFFFF ? 2 : 1;
+    if (units > most) break;
+    AppendUtf8(first, c);
+  }
+  return first;
+}
+
+// ".rtf" counts as it is written here only: a title that ends in ".RTF" gets a second extension.
+// Deliberate.
+std::string FileNameOf(std::string_view title) {
+  if (title.ends_with(kExtension)) title.remove_suffix(kExtension.size());
+  return SafeFileName(title, kLongestFileName - kExtension.size()).append(kExtension);
+}
+
+template <typename Callback, typename... Arguments>
+void CallIfSet(const Callback& callback, Arguments&&... arguments) {
+  if (callback) callback(std::forward<Arguments>(arguments)...);
+}
+
+EmbeddedFile ReadFileToEmbed(const fs::path& path) {
+  std::error_code ignored;
+  const std::uintmax_t size = fs::file_size(path, ignored);
+  if (!ignored && size > kLargestEmbeddedFile) {
+    throw StandardError(error_number::kPathFileAccess,
+                        path.string() + " is larger than 25 MB, too large for a letter");
+  }
+  return {path.filename().string(), ReadWholeFile(path)};
+}
+
+void CollectObjects(const std::vector<richtext::Block>& blocks, std::vector<std::string>& sources) {
+  for (const richtext::Block& block : blocks) {
+    if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
+      for (const richtext::Run& run : paragraph->runs) {
+        const auto* object = std::get_if<std::shared_ptr<const richtext::Verbatim>>(&run.object);
+        if (object != nullptr) sources.push_back((*object)->source);
+      }
+      continue;
+    }
+    for (const richtext::Row& row : std::get<std::shared_ptr<richtext::Table>>(block)->rows) {
+      for (const richtext::Cell& cell : row.cells) CollectObjects(cell.blocks, sources);
+    }
+  }
+}
+
+}  // namespace
+
+std::string frmLetter::KindWord() const {
+  const std::string list = InsertListName ? InsertListName() : std::string();
+  return !list.empty() && members_.RecipientName == list ? list : "Letter";
+}
+
+// A letter's folder is named for its recipient, who may be called as a folder of our own is; a
+// template's is the template folder itself.
+fs::path frmLetter::LetterFolder() const {
+  const bool is_template = members_.Kind == kTemplates || members_.Kind == kOwnerTemplates;
+  const bool own_folder = members_.RecipientName.empty() || members_.RecipientName == members_.Kind;
+  const std::string folder =
+      is_template && own_folder ? members_.Kind : RecipientFolderName(members_.RecipientName);
+  return session_.database.DataFolder() / folder;
+}
+
+void frmLetter::Find() {
+  Dialogs& dialogs = session_.platform.dialogs;
+  members_.SearchText =
+      dialogs.AskText("Enter text to find.", "Find text", members_.SearchText).value_or("");
+  if (members_.SearchText.empty()) return;
+  CallIfSet(FocusEditor);
+  if (rtfLetter.Find(members_.SearchText, 0) >= 0) return;
+  dialogs.Show({.text = "Search text is not found.", .icon = Icon::kInformation});
+}
+
+void frmLetter::FindAgain() {
+  if (members_.SearchText.empty()) return;
+  CallIfSet(FocusEditor);
+  if (rtfLetter.Find(members_.SearchText, rtfLetter.SelStart() + 1) >= 0) return;
+  // Spelt so, deliberately.
+  session_.platform.dialogs.Show({.text = "No more occurances found.", .icon = Icon::kInformation});
+}
+
+// Goes on to its end past a failure, without a box; but what is not on disk stays marked as
+// changed.
+bool frmLetter::WriteLetter() {
+  bool written = false;
+  try {
+    BeforeSaveLetter();
+    rtfLetter.SaveFile(members_.FilePath);
+    written = true;
+  } catch (...) {
+    CallIfSet(OnSaveFailed, CurrentError());
+  }
+  return written;
+}
+
+bool frmLetter::Save() {
+  if (members_.FilePath.empty()) return SaveAs();
+  const bool written = WriteLetter();
+  AfterLoadLetter();
+  members_.Changed = !written;
+  return written;
+}
+
+bool frmLetter::SaveAs() {
+  const std::string answer =
+      session_.platform.dialogs.AskText("Enter the name for this " + KindWord()).value_or("");
+  members_.LetterTitle = FirstCharacters(answer, kLongestTitle);
+  if (members_.LetterTitle.empty()) return false;
+  const fs::path folder = LetterFolder();
+  const fs::path path = folder / FileNameOf(members_.LetterTitle);
+  std::error_code error;
+  const bool replaces = path != fs::path(members_.FilePath) && fs::exists(path, error);
+  if (replaces && ConfirmReplace && !ConfirmReplace(path)) return false;
+  // A folder that cannot be made fails the write.
+  fs::create_directories(folder, error);
+  const std::string path_before = std::exchange(members_.FilePath, path.string());
+  const bool written = WriteLetter();
+  // Without a file, the next save asks again.
+  if (!written) members_.FilePath = path_before;
+  CallIfSet(RefreshTree);
+  AfterLoadLetter();
+  members_.Changed = !written;
+  return written;
+}
+
+bool frmLetter::CheckSave() {
+  if (!members_.Changed) return true;
+  const Answer answer = session_.platform.dialogs.Show({.text = "Save changes?",
+                                                        .title = members_.Caption,
+                                                        .buttons = Buttons::kYesNo,
+                                                        .icon = Icon::kQuestion,
+                                                        .default_answer = Answer::kYes});
+  return answer != Answer::kYes || Save();
+}
+
+void frmLetter::Delete() {
+  Dialogs& dialogs = session_.platform.dialogs;
+  const std::string kind = KindWord();
+  if (members_.FilePath.empty()) {
+    dialogs.Say("This " + kind + " has not been saved yet so cant be deleted.");
+    return;
+  }
+  // The misspelling is part of the text.
+  const Answer answer = dialogs.Show(
+      {.text = "Delete " + kind + " '" + members_.LetterTitle + "' perminantly from disk?",
+       .buttons = Buttons::kYesNo,
+       .icon = Icon::kQuestion,
+       .default_answer = Answer::kNo});
+  if (answer != Answer::kYes) return;
+  std::error_code error;
+  // What is deleted must not ask to be saved when it closes.
+  if (fs::remove(members_.FilePath, error)) members_.Changed = false;
+  CallIfSet(RefreshTree);
+  CloseForm();
+}
+
+void frmLetter::CloseForm() { CallIfSet(OnClose); }
+
+void frmLetter::InsertPicture() { InsertFile(kPictureTitle, kPictureFilter, true); }
+void frmLetter::InsertExcel() { InsertFile(kExcelTitle, kExcelFilter, false); }
+void frmLetter::InsertOLEObject() { InsertFile(kObjectTitle, "", false); }
+
+void frmLetter::InsertFile(const std::string& title, const std::string& filter, bool as_picture) {
+  Dialogs& dialogs = session_.platform.dialogs;
+  const auto path = dialogs.ChooseFileToOpen(title, filter);
+  if (!path) return;
+  Guarded(dialogs, as_picture ? "frmLetter - InsertPicture" : "frmLetter - InsertOLEObject", [&] {
+    if (as_picture) {
+      rtfLetter.InsertObject(printing::PictureGroup(printing::ReadPictureFile(*path)));
+      return;
+    }
+    const EmbeddedFile file = ReadFileToEmbed(*path);
+    rtfLetter.InsertObject(
+        EmbeddedFileGroup(file, printing::PictureGroup(printing::FileLabel(file.name))));
+  });
+}
+
+void frmLetter::SaveEmbeddedFile() {
+  Dialogs& dialogs = session_.platform.dialogs;
+  std::vector<std::string> objects;
+  CollectObjects(rtfLetter.Document().blocks, objects);
+  std::vector<EmbeddedFile> files;
+  std::vector<std::string> names;
+  for (const std::string& object : objects) {
+    if (auto file = ReadEmbeddedFile(object)) files.push_back(std::move(*file));
+  }
+  if (files.empty()) return dialogs.Say("There is no embedded file in this letter.");
+  for (const EmbeddedFile& file : files) names.push_back(file.name);
+  const auto chosen = files.size() == 1 ? std::optional<std::size_t>(0)
+                                        : dialogs.Choose("Save Embedded File", names, 0);
+  if (!chosen) return;
+  const EmbeddedFile& file = files[*chosen];
+  const auto path = dialogs.ChooseFileToSave("Save Embedded File", "", SafeFileName(file.name));
+  if (!path) return;
+  Guarded(dialogs, "frmLetter - SaveEmbeddedFile", [&] { WriteWholeFile(*path, file.bytes); });
+}
+
+void frmLetter::ChangeWidth(bool page_width) {
+  int width = 0;
+  Guarded(session_.platform.dialogs, "frmLetter - ChangeWidth", [&] {
+    if (!page_width) return;
+    const PageMargins margins = StoredMargins(session_.settings);
+    constexpr long long kLeastWidth = 1440, kMostWidth = 100'000;
+    const long long paper = PaperWidth ? PaperWidth() : kA4Width;
+    width = static_cast<int>(
+        std::clamp(paper - margins.left - margins.right, kLeastWidth, kMostWidth));
+  });
+  CallIfSet(OnWidthChanged, width);
+}
+
+}  // namespace tenora

@@ -1,0 +1,22 @@
+// What the settings say about spelling.
+#pragma once
+
+#include <string>
+
+#include "platform/spelling/spelling.h"
+#include "rental/session.h"
+
+namespace tenora {
+
+// The user's language, else the locale's; the user's own words lie beside their settings.
+spelling::Options SpellingOptions(Session& session);
+
+// Empty: as the locale says.
+std::string ChosenLanguage(Settings& settings);
+void ChooseLanguage(Settings& settings, const std::string& language);
+
+// Whether misspelt words are underlined while a letter is written.
+bool UnderlinesMisspelt(Settings& settings);
+void UnderlineMisspelt(Settings& settings, bool underline);
+
+}  // namespace tenora
