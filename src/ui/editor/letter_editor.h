@@ -101,6 +101,7 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void CleanTypingFormat();
   bool LeaveList(const QKeyEvent& event);
   void LayOutPaper();
+  void WithoutUndoStep(const std::function<void()>& change);
   QRectF VisiblePart() const;  // of the document
 
   RichTextBox& box_;

@@ -14,6 +14,7 @@ namespace {
 using richtext::Block;
 using richtext::Cell;
 using richtext::Paragraph;
+using richtext::ParagraphFormat;
 using richtext::Row;
 using richtext::Run;
 using richtext::Table;
@@ -116,10 +117,30 @@ QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& da
   return format;
 }
 
+void SpaceCellOf(const QTextCursor& cursor, LetterFormats& formats) {
+  QTextTable* const table = cursor.currentTable();
+  if (table == nullptr) return;
+  QTextTableCell cell = table->cellAt(cursor);
+  const auto data = SharedProperty<CellData>(cell.format(), kCellProperty);
+  if (data == nullptr || data->parts.empty()) return;
+  QTextTableCellFormat format = cell.format().toTableCellFormat();
+  const QTextTableCellFormat plain = CellFormat(formats, *data);
+  const auto space = [&](const QTextCursor& place, int ParagraphFormat::*side) {
+    const bool inner = place.currentTable() != table;
+    return inner ? 0.0 : PixelsOfTwips(formats.ParagraphOf(place.blockFormat()).*side);
+  };
+  format.setTopPadding(plain.topPadding() +
+                       space(cell.firstCursorPosition(), &ParagraphFormat::space_before));
+  format.setBottomPadding(plain.bottomPadding() +
+                          space(cell.lastCursorPosition(), &ParagraphFormat::space_after));
+  if (format != cell.format()) cell.setFormat(format);
+}
+
 void LetterLoader::Insert(QTextCursor* cursor, const std::vector<Block>& blocks, bool fresh) {
   bool begun = !fresh;  // the block at the cursor is in use
   bool first = true, behind_table = false;
-  for (const Block& block : blocks) {
+  for (std::size_t i = 0; i < blocks.size(); ++i) {
+    const Block& block = blocks[i];
     if (const auto* paragraph = std::get_if<Paragraph>(&block)) {
       const bool joins = first && begun;
       if (begun && !joins) cursor->insertBlock();
@@ -136,8 +157,18 @@ void LetterLoader::Insert(QTextCursor* cursor, const std::vector<Block>& blocks,
           QTextBlockFormat filler;
           filler.setProperty(kFillerProperty, true);
           cursor->setBlockFormat(filler);
+          QTextCharFormat mark = cursor->blockCharFormat();
+          mark.merge(formats_.Mark({.font = formats_.head().default_font}));
+          cursor->setBlockCharFormat(mark);
         }
-        InsertTable(cursor, table, grid);
+        Spaces spaces;
+        const bool last = grid.first_row + grid.rows.size() == table.rows.size();
+        if (const auto* before = i == 0 ? nullptr : std::get_if<Paragraph>(&blocks[i - 1]))
+          spaces.before = grid.first_row == 0 ? before->format.space_after : 0;
+        if (const auto* after =
+                i + 1 < blocks.size() ? std::get_if<Paragraph>(&blocks[i + 1]) : nullptr)
+          spaces.after = last ? after->format.space_before : 0;
+        InsertTable(cursor, table, grid, spaces);
         begun = false;
       }
       behind_table = true;
@@ -235,9 +266,14 @@ void LetterLoader::InsertObject(QTextCursor* cursor, InlineObject object,
   cursor->insertText(QString(QChar::ObjectReplacementCharacter), shown);
 }
 
-void LetterLoader::InsertTable(QTextCursor* cursor, const Table& source, const TableGrid& grid) {
-  QTextTable* table = cursor->insertTable(static_cast<int>(grid.rows.size()), grid.columns(),
-                                          TableFormat(source, grid));
+void LetterLoader::InsertTable(QTextCursor* cursor, const Table& source, const TableGrid& grid,
+                               Spaces spaces) {
+  // Qt drops the spaces of paragraphs where a table begins or ends: its margins take them.
+  QTextTableFormat format = TableFormat(source, grid);
+  format.setTopMargin(PixelsOfTwips(spaces.before));
+  format.setBottomMargin(PixelsOfTwips(spaces.after));
+  QTextTable* table =
+      cursor->insertTable(static_cast<int>(grid.rows.size()), grid.columns(), format);
   for (std::size_t row = 0; row < grid.rows.size(); ++row) {
     for (const GridCell& cell : grid.rows[row]) {
       if (!cell.covered && (cell.span > 1 || cell.rows > 1))
@@ -278,6 +314,7 @@ void LetterLoader::FillCell(QTextTable* table, const Table& source, const TableG
   QTextCursor inside = target.firstCursorPosition();
   const Row& source_row = source.rows[grid.first_row + row];
   Insert(&inside, source_row.cells[static_cast<std::size_t>(cell.first)].blocks, true);
+  SpaceCellOf(target.firstCursorPosition(), formats_);
 }
 
 }  // namespace tenora

@@ -29,7 +29,11 @@ class LetterLoader {
  private:
   void InsertRun(QTextCursor* cursor, const richtext::Run& run, std::string_view text);
   void InsertText(QTextCursor* cursor, const richtext::Run& run, const QString& text);
-  void InsertTable(QTextCursor* cursor, const richtext::Table& table, const TableGrid& grid);
+  struct Spaces {
+    int before = 0, after = 0;  // of the paragraphs around a table, twips
+  };
+  void InsertTable(QTextCursor* cursor, const richtext::Table& table, const TableGrid& grid,
+                   Spaces spaces);
   void FillCell(QTextTable* table, const richtext::Table& source, const TableGrid& grid,
                 std::size_t row, const GridCell& cell);
 
@@ -39,6 +43,9 @@ class LetterLoader {
 
 // How a cell looks.
 QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& data);
+// Qt drops the space before the first paragraph of a cell and behind its last: the padding of the
+// cell around the cursor takes it.
+void SpaceCellOf(const QTextCursor& cursor, LetterFormats& formats);
 // A number that differs from object to object.
 int SerialOf(const void* object);
 
