@@ -293,7 +293,6 @@ void LetterEditor::ChangeParagraphs(const std::function<void(richtext::Paragraph
     change(format);
     edit.setPosition(block.position());
     edit.setBlockFormat(formats_.Paragraph(format));
-    SpaceCellOf(edit, formats_);
   }
   edit.endEditBlock();
 }

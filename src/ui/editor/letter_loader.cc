@@ -14,7 +14,6 @@ namespace {
 using richtext::Block;
 using richtext::Cell;
 using richtext::Paragraph;
-using richtext::ParagraphFormat;
 using richtext::Row;
 using richtext::Run;
 using richtext::Table;
@@ -115,25 +114,6 @@ QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& da
   if (const QColor colour = formats.ColourAt(cell.shading); colour.isValid())
     format.setBackground(colour);
   return format;
-}
-
-void SpaceCellOf(const QTextCursor& cursor, LetterFormats& formats) {
-  QTextTable* const table = cursor.currentTable();
-  if (table == nullptr) return;
-  QTextTableCell cell = table->cellAt(cursor);
-  const auto data = SharedProperty<CellData>(cell.format(), kCellProperty);
-  if (data == nullptr || data->parts.empty()) return;
-  QTextTableCellFormat format = cell.format().toTableCellFormat();
-  const QTextTableCellFormat plain = CellFormat(formats, *data);
-  const auto space = [&](const QTextCursor& place, int ParagraphFormat::*side) {
-    const bool inner = place.currentTable() != table;
-    return inner ? 0.0 : PixelsOfTwips(formats.ParagraphOf(place.blockFormat()).*side);
-  };
-  format.setTopPadding(plain.topPadding() +
-                       space(cell.firstCursorPosition(), &ParagraphFormat::space_before));
-  format.setBottomPadding(plain.bottomPadding() +
-                          space(cell.lastCursorPosition(), &ParagraphFormat::space_after));
-  if (format != cell.format()) cell.setFormat(format);
 }
 
 void LetterLoader::Insert(QTextCursor* cursor, const std::vector<Block>& blocks, bool fresh) {
@@ -309,12 +289,18 @@ void LetterLoader::FillCell(QTextTable* table, const Table& source, const TableG
     data.parts.push_back(std::move(part));
   }
   QTextTableCell target = table->cellAt(static_cast<int>(row), cell.column);
-  target.setFormat(CellFormat(formats_, data));
-  if (cell.absent) return;
+  QTextTableCellFormat format = CellFormat(formats_, data);
+  if (cell.absent) return target.setFormat(format);
+  const auto& blocks =
+      source.rows[grid.first_row + row].cells[static_cast<std::size_t>(cell.first)].blocks;
+  // Qt drops the space before the first paragraph of a cell and behind its last.
+  if (const auto* first = std::get_if<Paragraph>(&blocks.front()))
+    format.setTopPadding(format.topPadding() + PixelsOfTwips(first->format.space_before));
+  if (const auto* last = std::get_if<Paragraph>(&blocks.back()))
+    format.setBottomPadding(format.bottomPadding() + PixelsOfTwips(last->format.space_after));
+  target.setFormat(format);
   QTextCursor inside = target.firstCursorPosition();
-  const Row& source_row = source.rows[grid.first_row + row];
-  Insert(&inside, source_row.cells[static_cast<std::size_t>(cell.first)].blocks, true);
-  SpaceCellOf(target.firstCursorPosition(), formats_);
+  Insert(&inside, blocks, true);
 }
 
 }  // namespace tenora

@@ -43,9 +43,6 @@ class LetterLoader {
 
 // How a cell looks.
 QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& data);
-// Qt drops the space before the first paragraph of a cell and behind its last: the padding of the
-// cell around the cursor takes it.
-void SpaceCellOf(const QTextCursor& cursor, LetterFormats& formats);
 // A number that differs from object to object.
 int SerialOf(const void* object);
 

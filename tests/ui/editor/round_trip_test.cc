@@ -52,9 +52,6 @@ Converted ThroughQt(const std::string& rtf) {
 
 std::vector<fs::path> Letters() {
   std::vector<fs::path> letters;
-  if (const char* more = std::getenv("TENORA_MORE_LETTERS"))
-    for (const auto& entry : fs::recursive_directory_iterator(more))
-      if (entry.path().extension() == ".rtf") letters.push_back(entry.path());
   for (const char* folder : {"examples", "tests/fuzz", "tests/ui/editor"}) {
     for (const auto& entry : fs::recursive_directory_iterator(test::SourceDir() / folder)) {
       if (entry.is_regular_file() && richtext::IsRtf(ReadWholeFile(entry.path())))
