@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QTextBlock>
+#include <QTextTable>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -42,6 +43,8 @@ LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent) : QTextEdit(parent
   setFrameShape(QFrame::NoFrame);
   document()->documentLayout()->registerHandler(kLetterObject, new InlineObjects(document()));
   connect(document(), &QTextDocument::contentsChange, this, &LetterEditor::ContentsChanged);
+  connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &LetterEditor::LayOutPaper,
+          Qt::QueuedConnection);
   SetPaper(PaperLook());
   SetZoom(1);
   box_.AttachView(this);
@@ -362,8 +365,8 @@ void LetterEditor::LayOutPaper() {
     const int width = static_cast<int>(std::lround(PixelsOfTwips(paper_.width) * zoom_));
     setLineWrapMode(QTextEdit::FixedPixelWidth);
     setLineWrapColumnOrWidth(width);
-    const bool scrolls = verticalScrollBar()->isVisible();
-    room = contentsRect().width() - (scrolls ? verticalScrollBar()->width() : 0) - width;
+    const bool scrolls = verticalScrollBar()->maximum() > 0;
+    room = contentsRect().width() - (scrolls ? verticalScrollBar()->sizeHint().width() : 0) - width;
     room = std::max(room, 0);
   } else {
     setLineWrapMode(QTextEdit::WidgetWidth);
@@ -399,7 +402,19 @@ void LetterEditor::keyPressEvent(QKeyEvent* event) {
   }
   CleanTypingFormat();
   QTextEdit::keyPressEvent(event);
+  if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) ShowEmptyLineBehindTable();
   completer_->Typed(*event);
+}
+
+void LetterEditor::ShowEmptyLineBehindTable() {
+  const QTextBlock empty = textCursor().block().previous();
+  if (!empty.isValid() || empty.length() != 1 || !empty.previous().isValid()) return;
+  const QTextTable* table = QTextCursor(empty.previous()).currentTable();
+  if (table == nullptr || table->lastPosition() + 1 != empty.position()) return;
+  QTextCursor cursor(empty);
+  cursor.joinPreviousEditBlock();
+  LetterLoader(formats_).InsertObject(&cursor, {}, formats_.CharOf(empty.charFormat()), nullptr);
+  cursor.endEditBlock();
 }
 
 void LetterEditor::SetCodes(const QStringList& names) {
