@@ -48,6 +48,8 @@ const char* FamilyOfClass(std::string_view family_class) {
   return "Liberation Sans";
 }
 
+}  // namespace
+
 QString InstalledFamily(const richtext::Font& font) {
   const QString own = QString::fromStdString(font.name);
   // The symbol fonts' own encodings are gone by now: their characters are Unicode.
@@ -61,8 +63,6 @@ QString InstalledFamily(const richtext::Font& font) {
   }
   return QLatin1String(FamilyOfClass(font.family));
 }
-
-}  // namespace
 
 const QString& InstalledFamilies::FamilyFor(const richtext::Font& font) {
   const std::pair key(font.name, font.family);

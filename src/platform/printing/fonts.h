@@ -15,6 +15,10 @@ namespace tenora::printing {
 
 inline constexpr int kTwipsPerHalfPoint = 10;
 
+// The family that stands for a document's font here: itself where it is installed, else one of
+// equal widths.
+QString InstalledFamily(const richtext::Font& font);
+
 // Everything about a character format that decides its shape and place. Lengths are twips.
 struct FontUse {
   QFont font;

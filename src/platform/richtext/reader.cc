@@ -5,6 +5,7 @@
 
 #include "platform/richtext/reader_core.h"
 #include "platform/richtext/special_characters.h"
+#include "platform/richtext/table_numbers.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {

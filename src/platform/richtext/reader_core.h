@@ -151,8 +151,4 @@ class Reader {
   bool ended_ = false;
 };
 
-// Fonts and colours that nothing uses go, those left are numbered by position, also in sources that
-// are carried through.
-void Renumber(Document* document);
-
 }  // namespace tenora::richtext

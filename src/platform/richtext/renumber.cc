@@ -1,9 +1,10 @@
-// The last step of reading: only fonts and colours in use stay in the tables.
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <string_view>
 
-#include "platform/richtext/reader_core.h"
+#include "platform/richtext/source_copy.h"
+#include "platform/richtext/table_numbers.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
@@ -202,6 +203,35 @@ void Renumber(Document* document) {
     colours.Rearrange(&document->colours);
   }
   document->default_font = 0;
+  for (std::size_t i = 0; i < document->fonts.size(); ++i)
+    document->fonts[i].number = static_cast<int>(i);
+}
+
+void MoveToTables(Document* document, std::vector<Font>* fonts, std::vector<Colour>* colours) {
+  // The position of an entry's equal in a table, added where there is none.
+  const auto position = [](auto* table, const auto& entry, const auto& equals) {
+    const auto found =
+        std::ranges::find_if(*table, [&](const auto& e) { return equals(e, entry); });
+    const auto index = static_cast<int>(found - table->begin());
+    if (found == table->end()) table->push_back(entry);
+    return index;
+  };
+  const auto same_font = [](const Font& a, const Font& b) {
+    return a.name == b.name && a.family == b.family && a.charset == b.charset && a.pitch == b.pitch;
+  };
+  std::vector<int> font_at, colour_at;
+  for (const Font& font : document->fonts) font_at.push_back(position(fonts, font, same_font));
+  for (const Colour& colour : document->colours)
+    colour_at.push_back(position(colours, colour, std::equal_to<Colour>()));
+  const auto change = [&](Reference reference, int number) {
+    const std::vector<int>& at = reference == Reference::kFont ? font_at : colour_at;
+    const auto index = static_cast<std::size_t>(number);
+    return number >= 0 && index < at.size() ? at[index] : 0;
+  };
+  Visitor(change).Visit(document);
+  document->default_font = change(Reference::kFont, document->default_font);
+  document->fonts = *fonts;
+  document->colours = *colours;
   for (std::size_t i = 0; i < document->fonts.size(); ++i)
     document->fonts[i].number = static_cast<int>(i);
 }

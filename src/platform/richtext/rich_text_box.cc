@@ -78,20 +78,39 @@ struct RichTextBox::State {
   std::optional<richtext::Document> document;
   std::optional<std::u16string> position_text;
   std::optional<richtext::HeadInfo> head;
-  int start = 0, length = 0;
+  int start = 0, length = 0;  // of the selection, where no view has it
   std::function<void()> listener;
 
+  RichTextView* view = nullptr;
+  bool view_is_newer = false;  // the source is to be made from the view
+  bool box_is_newer = false;   // the view has not yet shown the source
+
+  const std::string& Source() {
+    if (std::exchange(view_is_newer, false)) {
+      // What edits leave unused or apart is put in order by reading it back.
+      richtext::Document read = richtext::ReadRtf(richtext::WriteRtf(view->Content()));
+      source = richtext::WriteRtf(read);
+      document = std::move(read);
+      position_text.reset();
+      head.reset();
+    }
+    return source;
+  }
+
   const richtext::Document& Parsed() {
+    Source();
     if (!document) document = richtext::ReadRtf(source);
     return *document;
   }
 
   const std::u16string& PositionText() {
-    if (!position_text) position_text = richtext::PositionText(Parsed().blocks);
+    const richtext::Document& parsed = Parsed();
+    if (!position_text) position_text = richtext::PositionText(parsed.blocks);
     return *position_text;
   }
 
   const richtext::HeadInfo& Head() {
+    Source();
     if (!head) head = richtext::ReadHead(source);
     return *head;
   }
@@ -104,11 +123,17 @@ struct RichTextBox::State {
     document.reset();
     position_text.reset();
     start = length = 0;
+    view_is_newer = false;
+    box_is_newer = view != nullptr;
   }
 
-  void SetDocument(richtext::Document changed) { SetSource(richtext::WriteRtf(changed)); }
+  void SetDocument(const richtext::Document& changed) { SetSource(richtext::WriteRtf(changed)); }
 
-  void Changed() const {
+  // The selection is the view's, but for the time until it shows what the box holds.
+  bool ViewSelects() const { return view != nullptr && !box_is_newer; }
+
+  void Changed(RichTextView::Change change = RichTextView::Change::kContent) const {
+    if (view != nullptr) view->BoxChanged(change);
     if (listener) listener();
   }
 };
@@ -120,7 +145,7 @@ RichTextBox::~RichTextBox() = default;
 RichTextBox::RichTextBox(RichTextBox&&) noexcept = default;
 RichTextBox& RichTextBox::operator=(RichTextBox&&) noexcept = default;
 
-const std::string& RichTextBox::TextRTF() const { return state_->source; }
+const std::string& RichTextBox::TextRTF() const { return state_->Source(); }
 
 void RichTextBox::SetTextRTF(std::string source) {
   // As the classic control does, other text is taken for plain text.
@@ -141,7 +166,7 @@ std::string RichTextBox::SourceForm(std::string_view text) const {
 std::string RichTextBox::ShownForm(std::string_view source) const {
   const richtext::HeadInfo& head = state_->Head();
   std::string document =
-      head.length > 0 ? state_->source.substr(0, head.length) : std::string("{\\rtf1\\ansi");
+      head.length > 0 ? state_->Source().substr(0, head.length) : std::string("{\\rtf1\\ansi");
   document.append("\\uc1 ").append(source).append("}");
   return richtext::PlainText(richtext::ReadRtf(document).blocks);
 }
@@ -152,13 +177,19 @@ std::string RichTextBox::Text() const { return richtext::PlainText(state_->Parse
 
 void RichTextBox::SetText(std::string_view text) {
   state_->SetDocument(richtext::DocumentOfText(text));
-  state_->Changed();
+  state_->Changed(RichTextView::Change::kNewLetter);
 }
 
-int RichTextBox::SelStart() const { return state_->start; }
-int RichTextBox::SelLength() const { return state_->length; }
+int RichTextBox::SelStart() const {
+  return state_->ViewSelects() ? state_->view->Selection().start : state_->start;
+}
+
+int RichTextBox::SelLength() const {
+  return state_->ViewSelects() ? state_->view->Selection().length : state_->length;
+}
 
 void RichTextBox::Select(int start, int length) {
+  if (state_->ViewSelects()) return state_->view->Select({start, length});
   const int size = static_cast<int>(state_->PositionText().size());
   state_->start = std::clamp(start, 0, size);
   state_->length = std::clamp(length, 0, size - state_->start);
@@ -166,12 +197,13 @@ void RichTextBox::Select(int start, int length) {
 
 std::string RichTextBox::SelText() const {
   const std::u16string_view text = state_->PositionText();
-  const auto start = static_cast<std::size_t>(state_->start);
-  const auto length = static_cast<std::size_t>(state_->length);
+  const auto start = static_cast<std::size_t>(SelStart());
+  const auto length = static_cast<std::size_t>(SelLength());
   return ReplaceAll(FromUtf16(text.substr(start, length)), "\n", "\r\n");
 }
 
 void RichTextBox::SetSelText(std::string_view text) {
+  if (state_->view != nullptr) return state_->view->ReplaceSelection(text);
   richtext::Document document = richtext::ReadRtf(state_->source);
   const int end = richtext::ReplaceRange(&document, state_->start, state_->length, text);
   // What an edit leaves unused or apart is put in order by reading it back.
@@ -232,15 +264,38 @@ void RichTextBox::LoadFile(const std::filesystem::path& path, FileType type) {
   if (type == FileType::kText) return SetText(richtext::DecodeTextFile(bytes));
   if (!richtext::IsRtf(bytes)) throw StandardError(error_number::kInvalidFileFormat, path.string());
   state_->SetDocument(richtext::ReadRtf(bytes));
-  state_->Changed();
+  state_->Changed(RichTextView::Change::kNewLetter);
 }
 
 void RichTextBox::SaveFile(const std::filesystem::path& path, FileType type) const {
-  WriteWholeFile(path, type == FileType::kRtf ? state_->source : Text());
+  WriteWholeFile(path, type == FileType::kRtf ? state_->Source() : Text());
 }
 
 void RichTextBox::OnChange(std::function<void()> listener) {
   state_->listener = std::move(listener);
 }
+
+void RichTextBox::AttachView(RichTextView* view) {
+  if (state_->view != nullptr) {
+    state_->Source();
+    if (!state_->box_is_newer) {
+      const RichTextView::Range range = state_->view->Selection();
+      state_->start = range.start;
+      state_->length = range.length;
+    }
+  }
+  state_->view = view;
+  state_->box_is_newer = view != nullptr;
+  if (view != nullptr) view->BoxChanged(RichTextView::Change::kNewLetter);
+}
+
+void RichTextBox::ViewEdited() {
+  state_->view_is_newer = true;
+  state_->document.reset();
+  state_->position_text.reset();
+  if (state_->listener) state_->listener();
+}
+
+void RichTextBox::ViewShown() { state_->box_is_newer = false; }
 
 }  // namespace tenora

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/richtext/document.h"
+#include "platform/richtext/rich_text_view.h"
 
 namespace tenora {
 
@@ -72,6 +73,14 @@ class RichTextBox {
 
   // Called after every change of the content.
   void OnChange(std::function<void()> listener);
+
+  // Attaches an editor, which first takes the box's letter; null detaches it, the box keeps what
+  // was typed. The editor outlives its attachment.
+  void AttachView(RichTextView* view);
+  // The attached editor tells that its writer has changed the letter.
+  void ViewEdited();
+  // The attached editor tells that it shows the box's letter and selection.
+  void ViewShown();
 
  private:
   struct State;

@@ -1,0 +1,17 @@
+// The font and colour numbers of a document, which stand in its formats and in carried sources.
+#pragma once
+
+#include <vector>
+
+#include "platform/richtext/document.h"
+
+namespace tenora::richtext {
+
+// Leaves only fonts and colours in use in the tables, the default font first.
+void Renumber(Document* document);
+
+// Puts the document on these tables: its fonts and colours get the positions of their equals, those
+// without are added at the end. The document then holds copies of both tables.
+void MoveToTables(Document* document, std::vector<Font>* fonts, std::vector<Colour>* colours);
+
+}  // namespace tenora::richtext

@@ -1,0 +1,76 @@
+// The commands on the letter being written, as actions for menus and tool bars. They act on the
+// current editor, are disabled without one, and show the state at its caret.
+#pragma once
+
+#include <QAction>
+#include <QByteArray>
+#include <QList>
+#include <QPointer>
+#include <functional>
+
+#include "ui/editor/letter_editor.h"
+
+namespace tenora {
+
+class EditorActions : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit EditorActions(QObject* parent = nullptr);
+
+  // Null disables all actions.
+  void SetEditor(LetterEditor* editor);
+  LetterEditor* Editor() const { return editor_; }
+
+  // Undo, redo; cut, copy, paste, paste as plain text; select all. Parted by separators.
+  const QList<QAction*>& EditActions() const { return edit_; }
+  // Bold to subscript, colours; alignment; bullets, numbers, indents, spacing, tab stops.
+  const QList<QAction*>& FormatActions() const { return format_; }
+  const QList<QAction*>& InsertActions() const { return insert_; }
+  const QList<QAction*>& TableActions() const { return table_; }
+  // Zoom and ruler.
+  const QList<QAction*>& ViewActions() const { return view_; }
+  // Font and size boxes; each parent gets its own.
+  QWidget* FontBox(QWidget* parent);
+  QWidget* SizeBox(QWidget* parent);
+
+  QAction* ShowRuler() const { return show_ruler_; }
+
+  // Asks for the bytes of a picture file; empty when cancelled. Without it the action is disabled.
+  void SetPictureChooser(std::function<QByteArray()> chooser);
+  // Puts a picture at the caret of the current editor; false when the bytes are no picture that
+  // letters can hold.
+  bool InsertPicture(const QByteArray& file);
+
+ signals:
+  // The caret's format has changed.
+  void StateChanged();
+
+ private:
+  QAction* Add(QList<QAction*>* group, const QString& text, const char* icon,
+               const QKeySequence& shortcut, std::function<void(LetterEditor&)> run);
+  QAction* AddToggle(QList<QAction*>* group, const QString& text, const char* icon,
+                     const QKeySequence& shortcut, std::function<void(LetterEditor&, bool)> run,
+                     std::function<bool(LetterEditor&)> state);
+  void Separate(QList<QAction*>* group);
+  void EnableWhere(QAction* action, std::function<bool(LetterEditor&)> holds);
+  void AddColourMenu(const QString& text, const char* icon, const QString& none,
+                     int richtext::CharFormat::*member);
+  void AddLineSpacingMenu();
+  void MakeEditActions();
+  void MakeCharacterActions();
+  void MakeParagraphActions();
+  void MakeInsertActions();
+  void MakeTableActions();
+  void MakeViewActions();
+  void Refresh();
+
+  QPointer<LetterEditor> editor_;
+  QList<QMetaObject::Connection> connections_;
+  QList<QAction*> edit_, format_, insert_, table_, view_;
+  QList<QPair<QAction*, std::function<bool(LetterEditor&)>>> states_, enabled_;
+  std::function<QByteArray()> picture_chooser_;
+  QAction* show_ruler_ = nullptr;
+};
+
+}  // namespace tenora

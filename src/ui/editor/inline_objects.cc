@@ -1,0 +1,119 @@
+#include "ui/editor/inline_objects.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QTextDocument>
+#include <algorithm>
+
+#include "platform/printing/text_line.h"
+#include "ui/editor/letter_formats.h"
+
+namespace tenora {
+namespace {
+
+using Kind = InlineObject::Kind;
+
+constexpr double kWidest = 10800, kTallest = 14400;  // twips
+constexpr double kFrameWidth = 1600, kFrameHeight = 300;
+constexpr double kBreakWidth = 6000, kBreakHeight = 200;
+
+double PixelsPerTwip(const QTextDocument& document) {
+  const QPaintDevice* device = document.documentLayout()->paintDevice();
+  return (device == nullptr ? 96 : device->logicalDpiX()) / 1440.0;
+}
+
+std::shared_ptr<const richtext::Picture> PictureOf(const InlineObject& object) {
+  if (object.runs.empty()) return nullptr;
+  const richtext::Run& run = object.runs.front();
+  if (const auto* own = std::get_if<std::shared_ptr<const richtext::Picture>>(&run.object))
+    return *own;
+  if (const auto* verbatim = std::get_if<std::shared_ptr<const richtext::Verbatim>>(&run.object))
+    return (*verbatim)->shown_picture;
+  return nullptr;
+}
+
+// What stands in a frame for something that cannot be shown.
+QString Label(const InlineObject& object) {
+  if (object.runs.empty()) return {};
+  const auto* run =
+      std::get_if<std::shared_ptr<const richtext::Verbatim>>(&object.runs.front().object);
+  const QString text = run == nullptr ? QString() : QString::fromStdString((*run)->shown_text);
+  return text.trimmed().isEmpty() ? InlineObjects::tr("Object") : text.simplified();
+}
+
+// A character of a font whose characters are glyph numbers, as other fonts have it.
+QString SymbolText(const InlineObject& object) { return QString::fromStdString(object.shown_text); }
+
+QFont FontOn(const QTextDocument& document, const QTextFormat& format) {
+  QPaintDevice* device = document.documentLayout()->paintDevice();
+  const QFont font = format.toCharFormat().font();
+  return device == nullptr ? font : QFont(font, device);
+}
+
+}  // namespace
+
+printing::PlacedPicture InlineObjects::Placed(const InlineObject& object) {
+  const auto picture = PictureOf(object);
+  return picture == nullptr ? printing::PlacedPicture()
+                            : pictures_.Place(*picture, kWidest, kTallest);
+}
+
+QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int /*position*/,
+                                    const QTextFormat& format) {
+  const auto object = SharedProperty<InlineObject>(format, kObjectProperty);
+  if (object == nullptr) return {};
+  const double scale = PixelsPerTwip(*document);
+  const QFontMetricsF metrics(FontOn(*document, format));
+  switch (object->kind) {
+    case Kind::kPicture:
+    case Kind::kVerbatim: {
+      const printing::PlacedPicture placed = Placed(*object);
+      if (placed.width > 0) return QSizeF(placed.width, placed.height) * scale;
+      const double width = metrics.horizontalAdvance(Label(*object)) + 200 * scale;
+      return {std::min(width, kWidest * scale), std::max(metrics.height(), kFrameHeight * scale)};
+    }
+    case Kind::kPageBreak:
+      return QSizeF(kBreakWidth, kBreakHeight) * scale;
+    case Kind::kCharacter:
+      return {metrics.horizontalAdvance(SymbolText(*object)), metrics.ascent()};
+    default:
+      return {0, 0};
+  }
+}
+
+void InlineObjects::drawObject(QPainter* painter, const QRectF& rect, QTextDocument* document,
+                               int /*position*/, const QTextFormat& format) {
+  const auto object = SharedProperty<InlineObject>(format, kObjectProperty);
+  if (object == nullptr || rect.isEmpty()) return;
+  painter->save();
+  const QFont font = FontOn(*document, format);
+  const QTextCharFormat shown = format.toCharFormat();
+  const bool coloured = shown.foreground().style() == Qt::SolidPattern;
+  if (object->kind == Kind::kCharacter) {
+    painter->setFont(font);
+    if (coloured) painter->setPen(shown.foreground().color());
+    painter->drawText(rect, Qt::AlignCenter | Qt::TextDontClip, SymbolText(*object));
+  } else if (object->kind == Kind::kPageBreak) {
+    painter->setPen(QPen(Qt::gray, 1, Qt::DashLine));
+    painter->drawLine(QPointF(rect.left(), rect.center().y()),
+                      QPointF(rect.right(), rect.center().y()));
+  } else {
+    const printing::PlacedPicture placed = Placed(*object);
+    if (!placed.image.isNull()) {
+      painter->setRenderHint(QPainter::SmoothPixmapTransform);
+      painter->drawImage(rect, placed.image);
+    } else {
+      painter->setFont(font);
+      painter->setPen(Qt::gray);
+      painter->drawRect(rect.adjusted(0.5, 0.5, -0.5, -0.5));
+      const QString label =
+          placed.caption.empty() ? Label(*object) : QString::fromStdString(placed.caption);
+      painter->drawText(rect.adjusted(3, 0, -3, 0), Qt::AlignVCenter,
+                        QFontMetricsF(font).elidedText(label, Qt::ElideRight, rect.width() - 6));
+    }
+  }
+  painter->restore();
+}
+
+}  // namespace tenora

@@ -1,0 +1,30 @@
+// Draws what stands in a letter's text and is no text: pictures, objects, page breaks.
+#pragma once
+
+#include <QObject>
+#include <QTextObjectInterface>
+
+#include "platform/printing/pictures.h"
+#include "ui/editor/text_properties.h"
+
+namespace tenora {
+
+class InlineObjects : public QObject, public QTextObjectInterface {
+  Q_OBJECT
+  Q_INTERFACES(QTextObjectInterface)
+
+ public:
+  using QObject::QObject;
+
+  QSizeF intrinsicSize(QTextDocument* document, int position, const QTextFormat& format) override;
+  void drawObject(QPainter* painter, const QRectF& rect, QTextDocument* document, int position,
+                  const QTextFormat& format) override;
+
+ private:
+  // In twips; nothing where the object shows no picture.
+  printing::PlacedPicture Placed(const InlineObject& object);
+
+  printing::Pictures pictures_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,49 @@
+// Puts a letter's text into a QTextDocument.
+#pragma once
+
+#include <QTextCursor>
+#include <memory>
+#include <vector>
+
+#include "platform/richtext/document.h"
+#include "ui/editor/letter_formats.h"
+#include "ui/editor/table_grid.h"
+#include "ui/editor/text_properties.h"
+
+namespace tenora {
+
+class LetterLoader {
+ public:
+  explicit LetterLoader(LetterFormats& formats) : formats_(formats) {}
+
+  // Blocks at the cursor, which ends behind them. `fresh`: its paragraph is empty and becomes the
+  // first block; else the first paragraph's text joins it.
+  void Insert(QTextCursor* cursor, const std::vector<richtext::Block>& blocks, bool fresh);
+  // The text of a paragraph.
+  void InsertContent(QTextCursor* cursor, const richtext::Paragraph& paragraph);
+  void InsertObject(QTextCursor* cursor, InlineObject object, const richtext::CharFormat& format,
+                    const std::shared_ptr<const richtext::Field>& field);
+  // The formats of a paragraph and of its mark.
+  void SetFormats(QTextCursor* cursor, const richtext::Paragraph& paragraph);
+
+ private:
+  void InsertRun(QTextCursor* cursor, const richtext::Run& run, std::string_view text);
+  void InsertText(QTextCursor* cursor, const richtext::Run& run, const QString& text);
+  struct Spaces {
+    int before = 0, after = 0;  // of the paragraphs around a table, twips
+  };
+  void InsertTable(QTextCursor* cursor, const richtext::Table& table, const TableGrid& grid,
+                   Spaces spaces);
+  void FillCell(QTextTable* table, const richtext::Table& source, const TableGrid& grid,
+                std::size_t row, const GridCell& cell);
+
+  LetterFormats& formats_;
+  std::vector<std::shared_ptr<const richtext::Row>> rows_;  // of the table in hand
+};
+
+// How a cell looks.
+QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& data);
+// A number that differs from object to object.
+int SerialOf(const void* object);
+
+}  // namespace tenora

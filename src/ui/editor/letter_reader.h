@@ -1,0 +1,49 @@
+// Reads a letter back out of the QTextDocument that it was edited in.
+#pragma once
+
+#include <QTextBlock>
+#include <QTextFrame>
+#include <QTextTable>
+#include <memory>
+#include <vector>
+
+#include "platform/richtext/document.h"
+#include "ui/editor/letter_formats.h"
+#include "ui/editor/position_map.h"
+#include "ui/editor/text_properties.h"
+
+namespace tenora {
+
+class LetterReader {
+ public:
+  explicit LetterReader(LetterFormats& formats) : formats_(formats) {}
+
+  std::vector<richtext::Block> Read(const QTextDocument& document);
+  const PositionMap& positions() const { return positions_; }
+
+ private:
+  struct Place {
+    int column = 0, span = 1, rows = 1;
+    std::shared_ptr<const CellData> data;
+    const CellPart* part = nullptr;
+    bool covered = false;
+    std::vector<richtext::Block> blocks;
+  };
+
+  std::vector<richtext::Block> ReadBlocks(QTextFrame::iterator it);
+  void AddBlocks(QTextFrame::iterator it, std::vector<richtext::Block>* blocks);
+  richtext::Paragraph ReadParagraph(const QTextBlock& block);
+  void ReadFragment(const QTextFragment& fragment, richtext::Paragraph* paragraph);
+  void ReadObject(const InlineObject& object, const QTextCharFormat& format,
+                  richtext::Paragraph* paragraph);
+  void AddRun(richtext::Run run, richtext::Paragraph* paragraph);
+  void ReadTable(const QTextTable& table, std::vector<richtext::Row>* rows);
+  std::vector<Place> ReadPlaces(const QTextTable& table, int row);
+  richtext::Row RowOf(std::vector<Place> places, const std::vector<int>& edges);
+
+  LetterFormats& formats_;
+  PositionMap positions_;
+  std::size_t length_ = 0;  // bytes of the paragraph in hand
+};
+
+}  // namespace tenora

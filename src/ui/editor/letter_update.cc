@@ -1,0 +1,134 @@
+#include "ui/editor/letter_update.h"
+
+#include <QTextBlock>
+#include <QTextCursor>
+#include <algorithm>
+
+#include "platform/printing/positions.h"
+#include "ui/editor/letter_loader.h"
+
+namespace tenora {
+namespace {
+
+using richtext::Block;
+using richtext::Cell;
+using richtext::Field;
+using richtext::Paragraph;
+using richtext::Row;
+using richtext::Run;
+using richtext::Table;
+
+bool SameField(const Field* left, const Field* right) {
+  for (; left != right; left = left->outer.get(), right = right->outer.get()) {
+    if (left == nullptr || right == nullptr) return false;
+    if (left->instruction != right->instruction || left->flags != right->flags) return false;
+  }
+  return true;
+}
+
+const std::string* SourceOf(const Run& run) {
+  if (const auto* picture = std::get_if<std::shared_ptr<const richtext::Picture>>(&run.object))
+    return &(*picture)->source;
+  if (const auto* object = std::get_if<std::shared_ptr<const richtext::Verbatim>>(&run.object))
+    return &(*object)->source;
+  return nullptr;
+}
+
+bool SameRun(const Run& left, const Run& right) {
+  if (left.format != right.format || left.text != right.text) return false;
+  if (left.object.index() != right.object.index()) return false;
+  if (!SameField(left.field.get(), right.field.get())) return false;
+  const std::string *a = SourceOf(left), *b = SourceOf(right);
+  return a == nullptr || *a == *b;
+}
+
+bool SameText(const Paragraph& left, const Paragraph& right) {
+  return std::ranges::equal(left.runs, right.runs, SameRun) &&
+         std::ranges::equal(left.marks, right.marks,
+                            [](const richtext::Mark& a, const richtext::Mark& b) {
+                              return a.offset == b.offset && a.source == b.source;
+                            });
+}
+
+bool SameFormats(const Paragraph& left, const Paragraph& right) {
+  return left.format == right.format && left.mark == right.mark;
+}
+
+// Compares two states paragraph by paragraph, as long as their structure is the same.
+class Comparison {
+ public:
+  struct Change {
+    int position;
+    const Paragraph *from, *to;
+  };
+
+  // False where tables or the number of paragraphs differ.
+  bool Compare(const std::vector<Block>& from, const std::vector<Block>& to, bool visible) {
+    if (from.size() != to.size()) return false;
+    for (std::size_t i = 0; i < from.size(); ++i) {
+      if (from[i].index() != to[i].index()) return false;
+      const bool same = from[i].index() == 0
+                            ? Compare(std::get<0>(from[i]), std::get<0>(to[i]), visible)
+                            : Compare(*std::get<1>(from[i]), *std::get<1>(to[i]), visible);
+      if (!same) return false;
+    }
+    return true;
+  }
+  const std::vector<Change>& changes() const { return changes_; }
+
+ private:
+  bool Compare(const Paragraph& from, const Paragraph& to, bool visible) {
+    const bool same = SameText(from, to) && SameFormats(from, to);
+    if (!same) changes_.push_back({position_, &from, &to});
+    position_ += printing::Length(from);
+    return same || visible;
+  }
+
+  bool Compare(const Table& from, const Table& to, bool visible) {
+    if (from.rows.size() != to.rows.size()) return false;
+    for (std::size_t r = 0; r < from.rows.size(); ++r) {
+      const Row &left = from.rows[r], &right = to.rows[r];
+      if (left.definition != right.definition || left.cells.size() != right.cells.size())
+        return false;
+      for (std::size_t c = 0; c < left.cells.size(); ++c) {
+        const bool shown = left.cells[c].vertical_merge != Cell::Merge::kContinued &&
+                           left.cells[c].horizontal_merge != Cell::Merge::kContinued;
+        if (!Compare(left.cells[c].blocks, right.cells[c].blocks, visible && shown)) return false;
+      }
+    }
+    return true;
+  }
+
+  std::vector<Change> changes_;
+  int position_ = 0;
+};
+
+}  // namespace
+
+void UpdateLetter(QTextDocument* document, LetterFormats* formats, const std::vector<Block>& shown,
+                  const PositionMap& positions, const std::vector<Block>& wanted) {
+  LetterLoader loader(*formats);
+  Comparison comparison;
+  QTextCursor cursor(document);
+  cursor.beginEditBlock();
+  if (comparison.Compare(shown, wanted, true)) {
+    const auto& changes = comparison.changes();
+    // From the end, so that the positions before stay true.
+    for (auto change = changes.rbegin(); change != changes.rend(); ++change) {
+      const QTextBlock block = document->findBlock(positions.ToQt(change->position));
+      cursor.setPosition(block.position());
+      if (!SameFormats(*change->from, *change->to)) loader.SetFormats(&cursor, *change->to);
+      if (SameText(*change->from, *change->to)) continue;
+      cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+      cursor.removeSelectedText();
+      loader.InsertContent(&cursor, *change->to);
+    }
+  } else {
+    cursor.select(QTextCursor::Document);
+    cursor.removeSelectedText();
+    loader.Insert(&cursor, wanted, true);
+  }
+  cursor.endEditBlock();
+}
+
+}  // namespace tenora

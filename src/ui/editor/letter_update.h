@@ -1,0 +1,19 @@
+// Brings a QTextDocument that shows one state of a letter to another state, changing only the
+// paragraphs that differ where it can, so that the caret and the view stay where they are.
+#pragma once
+
+#include <QTextDocument>
+#include <vector>
+
+#include "platform/richtext/document.h"
+#include "ui/editor/letter_formats.h"
+#include "ui/editor/position_map.h"
+
+namespace tenora {
+
+// `positions` are those of `shown`. All is one undo step.
+void UpdateLetter(QTextDocument* document, LetterFormats* formats,
+                  const std::vector<richtext::Block>& shown, const PositionMap& positions,
+                  const std::vector<richtext::Block>& wanted);
+
+}  // namespace tenora

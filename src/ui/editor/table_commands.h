@@ -1,0 +1,20 @@
+// Commands on the table that the caret stands in.
+#pragma once
+
+#include "ui/editor/letter_editor.h"
+
+namespace tenora {
+
+bool CaretInTable(const LetterEditor& editor);
+// As wide as the text, behind the caret's paragraph where that holds text.
+void InsertTable(LetterEditor& editor, int rows, int columns);
+
+enum class Side { kBefore, kAfter };
+// A row or column like the caret's.
+void InsertTableRow(LetterEditor& editor, Side side);
+void InsertTableColumn(LetterEditor& editor, Side side);
+// The selected ones; the last takes the table with it.
+void RemoveTableRows(LetterEditor& editor);
+void RemoveTableColumns(LetterEditor& editor);
+
+}  // namespace tenora

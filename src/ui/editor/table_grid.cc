@@ -1,0 +1,218 @@
+#include "ui/editor/table_grid.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tenora {
+namespace {
+
+using richtext::Cell;
+using richtext::Row;
+using richtext::Table;
+
+constexpr int kSameEdge = 20;  // twips: closer edges are one
+constexpr int kNewCellGap = 108;
+constexpr int kNewBorder = 10;
+
+// The cells of a row as groups that are merged across.
+std::vector<GridCell> Groups(const Row& row) {
+  std::vector<GridCell> groups;
+  for (std::size_t i = 0; i < row.cells.size();) {
+    std::size_t next = i + 1;
+    if (row.cells[i].horizontal_merge == Cell::Merge::kFirst) {
+      while (next < row.cells.size() && row.cells[next].horizontal_merge == Cell::Merge::kContinued)
+        ++next;
+    }
+    GridCell group;
+    group.first = static_cast<int>(i);
+    group.count = static_cast<int>(next - i);
+    group.covered = row.cells[i].vertical_merge == Cell::Merge::kContinued;
+    groups.push_back(group);
+    i = next;
+  }
+  return groups;
+}
+
+int RightEdge(const Row& row, const GridCell& group) {
+  return row.cells[static_cast<std::size_t>(group.first + group.count - 1)].right_edge;
+}
+
+int ColumnAt(const std::vector<int>& edges, int position) {
+  const auto found = std::lower_bound(edges.begin(), edges.end(), position - kSameEdge);
+  return static_cast<int>(std::min(found, edges.end() - 1) - edges.begin());
+}
+
+std::vector<int> DistinctEdges(const Table& table) {
+  std::vector<int> all;
+  for (const Row& row : table.rows) {
+    all.push_back(row.left_edge);
+    for (const GridCell& group : Groups(row)) all.push_back(RightEdge(row, group));
+  }
+  std::sort(all.begin(), all.end());
+  std::vector<int> edges;
+  for (const int edge : all) {
+    if (edges.empty() || edge - edges.back() > kSameEdge) edges.push_back(edge);
+  }
+  return edges;
+}
+
+// Gives the row's cells their columns; false where a cell would have none.
+bool Place(const Row& row, const std::vector<int>& edges, std::vector<GridCell>* cells) {
+  const int columns = static_cast<int>(edges.size()) - 1;
+  int column = ColumnAt(edges, row.left_edge);
+  if (column > 0) cells->push_back({.column = 0, .span = column, .absent = true});
+  for (GridCell group : Groups(row)) {
+    const int end = ColumnAt(edges, RightEdge(row, group));
+    if (end <= column) return false;
+    group.column = column;
+    group.span = end - column;
+    cells->push_back(group);
+    column = end;
+  }
+  if (column < columns)
+    cells->push_back({.column = column, .span = columns - column, .absent = true});
+  return true;
+}
+
+// A cell merged downwards covers those below that say so and have its columns.
+void CoverRows(const Table& table, TableGrid* grid) {
+  const auto below = [&](std::size_t row, const GridCell& cell) -> GridCell* {
+    for (GridCell& other : grid->rows[row]) {
+      if (other.covered && other.column == cell.column && other.span == cell.span) return &other;
+    }
+    return nullptr;
+  };
+  std::vector<std::pair<std::size_t, GridCell*>> truly_covered;
+  for (std::size_t row = 0; row < grid->rows.size(); ++row) {
+    for (GridCell& cell : grid->rows[row]) {
+      if (cell.absent || cell.covered) continue;
+      const Row& source = table.rows[grid->first_row + row];
+      if (source.cells[static_cast<std::size_t>(cell.first)].vertical_merge != Cell::Merge::kFirst)
+        continue;
+      while (row + static_cast<std::size_t>(cell.rows) < grid->rows.size()) {
+        GridCell* other = below(row + static_cast<std::size_t>(cell.rows), cell);
+        if (other == nullptr) break;
+        truly_covered.emplace_back(row, other);
+        ++cell.rows;
+      }
+    }
+  }
+  for (auto& cells : grid->rows) {
+    for (GridCell& cell : cells) cell.covered = false;
+  }
+  for (const auto& [row, cell] : truly_covered) cell->covered = true;
+}
+
+// Rows of as many cells each, in columns of equal width.
+std::vector<TableGrid> GridsByCount(const Table& table) {
+  std::vector<TableGrid> grids;
+  for (std::size_t i = 0; i < table.rows.size(); ++i) {
+    const Row& row = table.rows[i];
+    std::vector<GridCell> groups = Groups(row);
+    for (std::size_t g = 0; g < groups.size(); ++g) {
+      groups[g].column = static_cast<int>(g);
+      groups[g].covered = false;
+    }
+    const int columns = static_cast<int>(groups.size());
+    if (grids.empty() || grids.back().columns() != columns) {
+      TableGrid grid;
+      grid.first_row = i;
+      const int width =
+          std::max(row.cells.back().right_edge - row.left_edge, columns * kSameEdge * 2);
+      for (int c = 0; c <= columns; ++c) grid.edges.push_back(row.left_edge + width * c / columns);
+      grids.push_back(std::move(grid));
+    }
+    grids.back().rows.push_back(std::move(groups));
+  }
+  return grids;
+}
+
+void BorderSource(std::string_view edge, const richtext::Border& border, std::string* out) {
+  if (!border.present) return;
+  out->append("\\").append(edge).append("\\brdrs\\brdrw").append(std::to_string(border.width));
+  if (border.colour != 0) out->append("\\brdrcf").append(std::to_string(border.colour));
+}
+
+void PaddingSource(const Row& row, const richtext::Padding& padding, std::string* out) {
+  // Word processors write a cell's top and left the wrong way round, and all read it so.
+  const std::pair<char, int> sides[] = {
+      {'l', padding.top}, {'t', padding.left}, {'b', padding.bottom}, {'r', padding.right}};
+  for (const auto& [side, length] : sides) {
+    if (length < 0 || length == row.half_gap) continue;
+    out->append("\\clpadf").append(1, side).append("3\\clpad").append(1, side);
+    out->append(std::to_string(length));
+  }
+}
+
+void CellSource(const Row& row, const Cell& cell, std::string* out) {
+  if (cell.vertical_merge == Cell::Merge::kFirst) out->append("\\clvmgf");
+  if (cell.vertical_merge == Cell::Merge::kContinued) out->append("\\clvmrg");
+  if (cell.horizontal_merge == Cell::Merge::kFirst) out->append("\\clmgf");
+  if (cell.horizontal_merge == Cell::Merge::kContinued) out->append("\\clmrg");
+  if (cell.vertical_align == Cell::VerticalAlign::kCentre) out->append("\\clvertalc");
+  if (cell.vertical_align == Cell::VerticalAlign::kBottom) out->append("\\clvertalb");
+  BorderSource("clbrdrt", cell.top, out);
+  BorderSource("clbrdrl", cell.left, out);
+  BorderSource("clbrdrb", cell.bottom, out);
+  BorderSource("clbrdrr", cell.right, out);
+  if (cell.shading != 0) out->append("\\clcbpat").append(std::to_string(cell.shading));
+  PaddingSource(row, cell.padding, out);
+  out->append("\\cellx").append(std::to_string(cell.right_edge));
+}
+
+}  // namespace
+
+std::vector<TableGrid> MakeGrids(const Table& table) {
+  TableGrid grid;
+  grid.edges = DistinctEdges(table);
+  std::size_t cells = 0, merges = 0;
+  bool placed = grid.edges.size() >= 2;
+  for (const Row& row : table.rows) {
+    cells += row.cells.size();
+    grid.rows.emplace_back();
+    placed = placed && Place(row, grid.edges, &grid.rows.back());
+    for (const GridCell& cell : grid.rows.back()) merges += cell.span > 1;
+  }
+  // Qt makes all cells of the grid and takes time for each merge in proportion to their number.
+  constexpr std::size_t kMostSlack = 4096, kMostWork = 100'000'000;
+  const std::size_t slots = grid.rows.size() * grid.edges.size();
+  if (!placed || slots > 6 * cells + kMostSlack || merges * slots > kMostWork)
+    return GridsByCount(table);
+  CoverRows(table, &grid);
+  std::vector<TableGrid> grids;
+  grids.push_back(std::move(grid));
+  return grids;
+}
+
+std::string RowSource(const Row& row) {
+  std::string source = "\\trowd";
+  if (row.half_gap != 0) source.append("\\trgaph").append(std::to_string(row.half_gap));
+  if (row.left_edge != 0) source.append("\\trleft").append(std::to_string(row.left_edge));
+  if (row.height != 0) source.append("\\trrh").append(std::to_string(row.height));
+  if (row.header) source.append("\\trhdr");
+  if (row.alignment == richtext::Alignment::kCentre) source.append("\\trqc");
+  if (row.alignment == richtext::Alignment::kRight) source.append("\\trqr");
+  for (const Cell& cell : row.cells) CellSource(row, cell, &source);
+  return source;
+}
+
+Table NewTable(int rows, int columns, int width, const richtext::CharFormat& format) {
+  Row row;
+  row.half_gap = kNewCellGap;
+  for (int c = 1; c <= columns; ++c) {
+    Cell cell;
+    cell.right_edge = width * c / columns;
+    for (richtext::Border* border : {&cell.top, &cell.bottom, &cell.left, &cell.right})
+      *border = {.present = true, .width = kNewBorder};
+    richtext::Paragraph empty;
+    empty.mark = format;
+    cell.blocks.emplace_back(std::move(empty));
+    row.cells.push_back(std::move(cell));
+  }
+  row.definition = RowSource(row);
+  Table table;
+  table.rows.assign(static_cast<std::size_t>(rows), row);
+  return table;
+}
+
+}  // namespace tenora

@@ -1,0 +1,76 @@
+// What an editor holds and nobody touched is written as it was.
+#include <gtest/gtest.h>
+
+#include <QTextDocument>
+
+#include "editor_fixture.h"
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/reader.h"
+#include "platform/richtext/writer.h"
+#include "platform/runtime/files.h"
+#include "support/test_files.h"
+#include "ui/editor/letter_loader.h"
+#include "ui/editor/letter_reader.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Converted {
+  std::string source;
+  std::string before, after;
+  bool positions_agree = true;
+};
+
+Converted ThroughQt(const std::string& rtf) {
+  Converted result;
+  const richtext::Document letter = richtext::ReadRtf(rtf);
+  result.before = richtext::WriteRtf(letter);
+  LetterFormats formats;
+  formats.SetHead(letter);
+  QTextDocument shown;
+  QTextCursor cursor(&shown);
+  LetterLoader(formats).Insert(&cursor, letter.blocks, true);
+  LetterReader reader(formats);
+  richtext::Document back = formats.head();
+  back.blocks = reader.Read(shown);
+  result.after = richtext::WriteRtf(back);
+
+  // Every character that is shown as itself stands where the map says.
+  const std::u16string text = richtext::PositionText(letter.blocks);
+  for (int i = 0; i < static_cast<int>(text.size()); ++i) {
+    const int place = reader.positions().ToQt(i);
+    const QChar there = shown.characterAt(place);
+    if (there.isLetterOrNumber() && there.unicode() != text[static_cast<std::size_t>(i)])
+      result.positions_agree = false;
+    if (there.isLetterOrNumber() && reader.positions().ToBox(place) != i)
+      result.positions_agree = false;
+  }
+  return result;
+}
+
+std::vector<fs::path> Letters() {
+  std::vector<fs::path> letters;
+  for (const char* folder : {"examples", "tests/fuzz", "tests/ui/editor"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(test::SourceDir() / folder)) {
+      if (entry.is_regular_file() && richtext::IsRtf(ReadWholeFile(entry.path())))
+        letters.push_back(entry.path());
+    }
+  }
+  return letters;
+}
+
+TEST(RoundTrip, WritesEveryUntouchedLetterAsItWas) {
+  StartQt();
+  const std::vector<fs::path> letters = Letters();
+  EXPECT_GT(letters.size(), 10u);
+  for (const fs::path& path : letters) {
+    const Converted letter = ThroughQt(ReadWholeFile(path));
+    EXPECT_EQ(letter.before, letter.after) << path;
+    EXPECT_TRUE(letter.positions_agree) << path;
+  }
+}
+
+}  // namespace
+}  // namespace tenora
