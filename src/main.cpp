@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -21,6 +22,7 @@
 #include "startup/general.h"
 #include "startup/generate_command.h"
 #include "startup/own_commands.h"
+#include "ui/window/desktop.h"
 
 namespace {
 
@@ -36,28 +38,41 @@ std::unique_ptr<tenora::printing::Printers> MakePrinters() {
 
 // The rooms above the platform, made from what this process finds in the machine.
 template <typename Use>
-int WithPlatform(Use&& use) {
+int WithPlatform(tenora::Dialogs& dialogs, Use&& use) {
   using namespace tenora;
   const Clock clock = Clock::FromEnvironment();
-  ConsoleDialogs dialogs(std::cin, std::cerr);
   const auto locale = MakeLocale();
   const auto registry = registry::Registry::FromEnvironment();
   const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
   return use(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
 }
 
-int RunMain(const std::vector<std::string>& arguments) {
+int RunMain(const tenora::CommandLine& line, tenora::Dialogs& dialogs,
+            const std::function<int(const tenora::CommandParts&)>& show_main_window) {
   using namespace tenora;
-  return WithPlatform([&](const Platform& platform) {
+  return WithPlatform(dialogs, [&](const Platform& platform) {
     Session session(platform);
-    const CommandLine line = CommandLine::FromArguments(arguments);
-    return Main(CommandParts{line, session, MakePrinters, std::cout});
+    return Main(CommandParts{line, session, MakePrinters, std::cout, show_main_window});
   });
+}
+
+// Qt's application is made for the windows only: the commands start faster without.
+int RunWindows(const tenora::CommandLine& line, int& argc, char** argv) {
+  using namespace tenora;
+  const std::string problem = Desktop::DisplayProblem();
+  if (!problem.empty()) {
+    std::cerr << problem << std::endl;
+    return 1;
+  }
+  Desktop desktop(argc, argv);
+  return RunMain(line, desktop.dialogs(),
+                 [&desktop](const CommandParts& parts) { return desktop.Run(parts); });
 }
 
 int RunGenerateCommand(const std::vector<std::string>& arguments) {
   using namespace tenora;
-  return WithPlatform([&](const Platform& platform) {
+  ConsoleDialogs console(std::cin, std::cerr);
+  return WithPlatform(console, [&](const Platform& platform) {
     return RunGenerate(arguments,
                        GenerateParts{platform, MakePrinters, std::cout, std::cerr,
                                      ::isatty(STDOUT_FILENO) == 1, ::isatty(STDERR_FILENO) == 1});
@@ -73,7 +88,10 @@ int main(int argc, char** argv) {
     if (!arguments.empty() && tenora::IsOwnCommand(arguments[0])) {
       return tenora::RunOwnCommand(arguments, std::cout, std::cerr);
     }
-    return RunMain(arguments);
+    const tenora::CommandLine line = tenora::CommandLine::FromArguments(arguments);
+    if (tenora::IsInteractive(line)) return RunWindows(line, argc, argv);
+    tenora::ConsoleDialogs console(std::cin, std::cerr);
+    return RunMain(line, console, {});
   } catch (...) {
     std::cerr << tenora::TerminalText(tenora::ErrorText(tenora::CurrentError())) << std::endl;
     return 1;

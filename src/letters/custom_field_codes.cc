@@ -5,20 +5,38 @@
 #include "platform/runtime/value.h"
 
 namespace tenora {
+namespace {
+
+constexpr const char* kStatements[] = {
+    "select type as parent, gl_code as code from glcodes where type in (201, 202, 203)",
+    "select distinct parenttype as parent, fieldcode as code from custom_fields"};
+
+void Take(const query::Recordset& row, CustomFieldCodes& codes) {
+  const std::string code = TextOf(row.Field("code"));
+  const std::string parent = TextOf(row.Field("parent"));
+  if (parent == std::to_string(kTenantParent)) codes.tenant.insert(code);
+  if (parent == std::to_string(kPropertyParent)) codes.property.insert(code);
+  if (parent == std::to_string(kOwnerParent)) codes.owner.insert(code);
+}
+
+}  // namespace
 
 CustomFieldCodes ReadCustomFieldCodes(query::Database& database) {
   CustomFieldCodes codes;
-  for (const char* const sql :
-       {"select type as parent, gl_code as code from glcodes where type in (201, 202, 203)",
-        "select distinct parenttype as parent, fieldcode as code from custom_fields"}) {
+  for (const char* const sql : kStatements) {
     const auto rows = database.OpenRecordset(sql, query::kForwardOnly, query::kReadOnly);
-    for (; !rows->EndOfFile(); rows->MoveNext()) {
-      const std::string code = TextOf(rows->Field("code"));
-      const std::string parent = TextOf(rows->Field("parent"));
-      if (parent == std::to_string(kTenantParent)) codes.tenant.insert(code);
-      if (parent == std::to_string(kPropertyParent)) codes.property.insert(code);
-      if (parent == std::to_string(kOwnerParent)) codes.owner.insert(code);
-    }
+    for (; !rows->EndOfFile(); rows->MoveNext()) Take(*rows, codes);
+  }
+  return codes;
+}
+
+CustomFieldCodes ReadCustomFieldCodes(Database& database) {
+  CustomFieldCodes codes;
+  for (const char* const sql : kStatements) {
+    RecordsetPtr rows;
+    database.CreateSet(rows, sql, query::kForwardOnly, query::kReadOnly);
+    for (; !database.DataEOF(rows); database.MoveNext(rows)) Take(*rows, codes);
+    database.DataClose(rows);
   }
   return codes;
 }

@@ -89,7 +89,8 @@ std::string frmLetter::KindWord() const {
 // A letter's folder is named for its recipient, who may be called as a folder of our own is; a
 // template's is the template folder itself.
 fs::path frmLetter::LetterFolder() const {
-  const bool is_template = members_.Kind == kTemplates || members_.Kind == kOwnerTemplates;
+  const bool is_template = members_.Kind == kTemplates || members_.Kind == kOwnerTemplates ||
+                           members_.Kind == session_.cheque_word;
   const bool own_folder = members_.RecipientName.empty() || members_.RecipientName == members_.Kind;
   const std::string folder =
       is_template && own_folder ? members_.Kind : RecipientFolderName(members_.RecipientName);

@@ -1,4 +1,4 @@
-// What the two print commands work with.
+// What the commands, and the windows, are started with.
 #pragma once
 
 #include <functional>
@@ -18,6 +18,9 @@ struct CommandParts {
   std::function<std::unique_ptr<printing::Printers>()> make_printers;
   // Results, one a line: "Printed: /home/office/Receipt.pdf".
   std::ostream& output;
+  // The interactive start: runs until the main window is closed and gives the exit status. Empty
+  // where there is no display.
+  std::function<int(const CommandParts& parts)> show_main_window = {};
 };
 
 }  // namespace tenora

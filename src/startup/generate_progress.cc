@@ -191,4 +191,18 @@ std::optional<std::size_t> GenerateDialogs::Choose(const std::string& title,
   return dialogs_.Choose(title, items, default_item);
 }
 
+std::optional<std::filesystem::path> GenerateDialogs::ChooseFileToOpen(const std::string& title,
+                                                                       const std::string& filter) {
+  MakeRoom();
+  const StopSignals::InterruptsReads interrupts(signals_);
+  return dialogs_.ChooseFileToOpen(title, filter);
+}
+
+std::optional<std::filesystem::path> GenerateDialogs::ChooseFileToSave(
+    const std::string& title, const std::string& filter, const std::filesystem::path& suggestion) {
+  MakeRoom();
+  const StopSignals::InterruptsReads interrupts(signals_);
+  return dialogs_.ChooseFileToSave(title, filter, suggestion);
+}
+
 }  // namespace tenora

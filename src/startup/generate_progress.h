@@ -62,6 +62,11 @@ class GenerateDialogs : public Dialogs {
                                      const std::string& default_answer) override;
   std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
                                     std::size_t default_item) override;
+  std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
+                                                        const std::string& filter) override;
+  std::optional<std::filesystem::path> ChooseFileToSave(
+      const std::string& title, const std::string& filter,
+      const std::filesystem::path& suggestion) override;
 
  private:
   void MakeRoom() const;

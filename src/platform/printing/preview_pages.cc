@@ -1,0 +1,110 @@
+#include "platform/printing/preview_pages.h"
+
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "platform/printing/drawing_printer.h"
+#include "platform/printing/qt_session.h"
+
+namespace tenora::printing {
+namespace {
+
+// Where pages are set that nobody looks at yet.
+class NoPaper {
+ public:
+  NoPaper() : image_(1, 1, QImage::Format_ARGB32_Premultiplied), painter_(&image_) {
+    painter_.setClipRect(0, 0, 0, 0);
+  }
+  QPainter& painter() { return painter_; }
+
+ private:
+  QImage image_;
+  QPainter painter_;
+};
+
+}  // namespace
+
+class PreviewPages::Device : public DrawingPrinter {
+ public:
+  explicit Device(const Printer& like)
+      : DrawingPrinter(like.DeviceName(), PaperOf(like)), qt_(HoldQtApplication()) {}
+
+  void StartDocument(const std::string&) override { open_ = true; }
+  void NewPage() override {}
+  // Keeps where the page begins; it is drawn when somebody looks.
+  int Format(const FormatRange& range) override {
+    if (range.document == nullptr) return DrawingPrinter::Format(range);
+    pages_.push_back(range);
+    NoPaper nowhere;
+    return Draw(nowhere.painter(), range);
+  }
+  std::filesystem::path EndJob() override {
+    open_ = false;
+    return {};
+  }
+  void CancelJob() override { pages_.clear(); }
+  bool JobOpen() const override { return open_; }
+
+  int PageCount() const { return static_cast<int>(pages_.size()); }
+
+  QImage PageImage(int number, double pixels_per_twip, double device_ratio) {
+    const double scale = pixels_per_twip * device_ratio;
+    QImage image(std::max(1, static_cast<int>(std::lround(Width() * scale))),
+                 std::max(1, static_cast<int>(std::lround(Height() * scale))),
+                 QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
+                           QPainter::SmoothPixmapTransform);
+    painter.scale(scale, scale);
+    Draw(painter, pages_.at(static_cast<std::size_t>(number)));
+    painter.end();
+    image.setDevicePixelRatio(device_ratio);
+    return image;
+  }
+
+ protected:
+  QPainter& Page() override { return *painter_; }
+
+ private:
+  static Paper PaperOf(const Printer& like) {
+    Paper paper;
+    paper.width = like.Width();
+    paper.height = like.Height();
+    paper.offset_x = static_cast<int>(std::lround(like.PhysicalOffsetX() * like.TwipsPerPixelX()));
+    paper.offset_y = static_cast<int>(std::lround(like.PhysicalOffsetY() * like.TwipsPerPixelY()));
+    return paper;
+  }
+
+  int Draw(QPainter& painter, const FormatRange& range) {
+    painter_ = &painter;
+    const int next = DrawingPrinter::Format(range);
+    painter_ = nullptr;
+    return next;
+  }
+
+  bool open_ = false;
+  std::vector<FormatRange> pages_;
+  std::shared_ptr<void> qt_;
+  QPainter* painter_ = nullptr;  // while a page is drawn
+};
+
+PreviewPages::PreviewPages(const Printer& like) : device_(std::make_unique<Device>(like)) {}
+
+PreviewPages::~PreviewPages() = default;
+
+int PreviewPages::PageCount() const { return device_->PageCount(); }
+
+QSizeF PreviewPages::PageSize() const { return QSizeF(device_->Width(), device_->Height()); }
+
+QImage PreviewPages::Page(int number, double pixels_per_twip, double device_ratio) {
+  return device_->PageImage(number, pixels_per_twip, device_ratio);
+}
+
+std::vector<std::string> PreviewPages::Names() const { return {device_->DeviceName()}; }
+
+Printer& PreviewPages::Current() { return *device_; }
+
+}  // namespace tenora::printing

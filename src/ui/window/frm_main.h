@@ -1,0 +1,146 @@
+// The main window: menus, tool bar and status bar, the template tree on the left and the open
+// letters on the right.
+#pragma once
+
+#include <QComboBox>
+#include <QLabel>
+#include <QMainWindow>
+#include <QSplitter>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "letters/generation.h"
+#include "platform/spelling/spelling.h"
+#include "startup/commands.h"
+#include "ui/editor/editor_actions.h"
+#include "ui/window/ctl_tree.h"
+#include "ui/window/insert_menus.h"
+#include "ui/window/letter_desk.h"
+#include "ui/window/letter_output.h"
+#include "ui/window/lint_panel.h"
+
+namespace tenora {
+
+class frmMain : public QMainWindow {
+  Q_OBJECT
+
+ public:
+  explicit frmMain(const CommandParts& parts, QWidget* parent = nullptr);
+  ~frmMain() override;
+
+  // The load sequence, before the window is shown. What fails is shown and the rest goes on.
+  void MDIForm_Load();
+  // The caption of the insert menu and of the format command, for the letter in front.
+  void DisplayInsertMenu();
+
+  ctlTree& tree() { return *tree_; }
+  LetterDesk& desk() { return *desk_; }
+
+  // Opens a template or letter, or brings it to the front where it is open.
+  void OpenEntry(const TreeModel::Entry& entry);
+  void OpenFile(const std::filesystem::path& path);
+  void StartNew(std::string_view kind);
+
+ protected:
+  void showEvent(QShowEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  struct Look {
+    const char* icon = nullptr;
+    QKeySequence keys = {};
+    QString tip = {};
+  };
+  using Body = std::function<void()>;
+
+  // Runs a slot's body; an error is shown under "frmMain - name".
+  void Guard(const char* procedure, const Body& body);
+  // A menu command named "mnuPrint", whose slot is "mnuPrint_Click".
+  QAction* Command(QMenu* menu, const char* name, const QString& text, const Look& look, Body body);
+  // One that acts on the letter in front, and is disabled without one.
+  QAction* LetterCommand(QMenu* menu, const char* name, const QString& text, const Look& look,
+                         const std::function<void(frmLetter& letter)>& command);
+
+  // frm_main_menus.cc
+  QMenu* AddMenu(const char* name, const QString& title);
+  void BuildMenus();
+  void BuildFileMenu();
+  void BuildEditMenu();
+  void BuildViewMenu();
+  void BuildInsertMenu();
+  void BuildFormatMenu();
+  void BuildToolsMenu();
+  void BuildWindowMenu();
+  void BuildHelpMenu();
+  void BuildToolBar();
+  void BuildFormatBar();
+  void BuildStatusBar();
+  void FillTreeMenu(QMenu& menu, const TreeModel::Entry& entry);
+
+  // frm_main_load.cc
+  void LoadPageWidth();
+  void LoadRentalData();
+  void FirstDisplay();
+  void RestoreLayout();
+  void StoreLayout();
+
+  // frm_main_commands.cc
+  LetterWindow* MakeLetterWindow();
+  // Raises 482 (Printer error) when the printers could not be read at the start.
+  LetterOutput& Output();
+  void CheckTemplate();
+  void DeleteEntry(const TreeModel::Entry& entry);
+  void ShowForms();
+  void ChooseScheme(const char* scheme);
+  void ShowLetterState();
+  void WithLetter(const std::function<void(frmLetter& letter)>& command);
+  void ApplyPageWidth(bool page_width);
+  // The printer's paper and the stored margins, for the ruler and the lines' ends.
+  void ShowPage(LetterWindow& window);
+  void StoreMargins(int left, int right);
+  QStringList CodesFor(InsertList list) const;
+
+  // frm_main_tools.cc
+  // The template selected in the tree, else the one in front.
+  std::optional<TreeModel::Entry> TemplateToGenerate() const;
+  void GenerateLetters();
+  void RunGeneration(const std::function<GenerationSummary(GenerationObserver&)>& run);
+  void OpenPath(const std::filesystem::path& path);
+  void CheckSpelling(frmLetter& letter);
+  void LoadSpeller();
+  void UnderlineIn(LetterWindow& window);
+  void ShowReceiptOptions(bool receipts);
+  void ShowSettings();
+  void ShowPrinterSetup();
+
+  void ApplyColourScheme();
+  // Long work beside the window; the tree is not refreshed meanwhile, as work changes the caches.
+  void RunBeside(const QString& title, Cancelling cancelling, const LetterOutput::Work& work);
+  QWidget* MakeWelcome();
+  Dialogs& dialogs() { return session_.platform.dialogs; }
+
+  CommandParts parts_;
+  Session& session_;
+  ctlTree* tree_;
+  LetterDesk* desk_;
+  QSplitter* splitter_;
+  QComboBox* insert_combo_;
+  std::unique_ptr<InsertMenus> insert_menus_;
+  EditorActions* editor_actions_;
+  std::unique_ptr<printing::Printers> printers_;
+  std::unique_ptr<LetterOutput> output_;
+  CustomFieldCodes custom_fields_;
+  std::shared_ptr<spelling::Speller> speller_;  // for the underlines; null where there are none
+  LintPanel* lint_panel_;
+  bool dark_desktop_;
+  QLabel *letter_state_, *recipient_, *page_width_state_;
+  QList<QAction*> letter_commands_;  // that need a letter
+  QAction* format_action_ = nullptr;
+  QAction* mail_action_ = nullptr;
+  QAction* page_width_action_ = nullptr;
+  bool displayed_ = false;
+};
+
+}  // namespace tenora

@@ -1,0 +1,114 @@
+// What the main window does before and when it is first shown, and the layout it remembers.
+#include <QApplication>
+#include <QFontDatabase>
+#include <QStatusBar>
+
+#include "data/opened_database.h"
+#include "letters/custom_field_codes.h"
+#include "output/printing.h"
+#include "platform/runtime/conversion.h"
+#include "startup/cheque_word.h"
+#include "ui/window/colour_scheme.h"
+#include "ui/window/frm_forms.h"
+#include "ui/window/frm_main.h"
+
+namespace tenora {
+namespace {
+
+constexpr const char* kSection = "Mail";
+constexpr const char* kLoad = "MDIForm_Load";
+const QStringList kTopGroups{QStringLiteral("Templates"), QStringLiteral("Tenants"),
+                             QStringLiteral("Owners")};
+
+std::string Hex(const QByteArray& bytes) { return bytes.toHex().toStdString(); }
+
+QByteArray FromHex(const std::string& text) {
+  return QByteArray::fromHex(QByteArray::fromStdString(text));
+}
+
+}  // namespace
+
+void frmMain::MDIForm_Load() {
+  Guard(kLoad, [this] { printers_ = parts_.make_printers(); });
+  Guard(kLoad, [this] { LoadPageWidth(); });
+  Guard(kLoad, [this] { ApplyColourScheme(); });
+  Guard(kLoad, [this] { tree_->model().MakeTopGroups(); });
+  Guard(kLoad, [this] { SetChequeWord(session_); });
+  Guard(kLoad, [this] { LoadRentalData(); });
+  // The catalogue of merge codes is fixed; what remains is to show its list.
+  Guard(kLoad, [this] { DisplayInsertMenu(); });
+  Guard(kLoad, [this] { tree_->RefreshTree(); });
+  Guard(kLoad, [this] { LoadSpeller(); });
+  Guard(kLoad, [this] { RestoreLayout(); });
+}
+
+void frmMain::LoadPageWidth() {
+  if (!printers_) return;
+  if (PrinterMod(*printers_, session_.settings).PrinterCount() == 0) return;
+  const std::int16_t width =
+      ToInt16(session_.settings.GetSettingText(kSection, "PrinterPageWidth", "0"));
+  page_width_action_->setChecked(width != 0);
+}
+
+void frmMain::ApplyColourScheme() {
+  QApplication::setPalette(MakePalette(StoredColours(session_.settings), dark_desktop_));
+}
+
+// The failure to open has been shown; every load behind it would only fail in its turn.
+void frmMain::LoadRentalData() {
+  Database& database = session_.database;
+  const OpenedDatabase opened(database);
+  if (!database.IsOpen()) {
+    statusBar()->showMessage(
+        tr("The rental database could not be read: tenants and owners are "
+           "missing."));
+    return;
+  }
+  Guard(kLoad, [&] { session_.caches.CacheTenants(database); });
+  Guard(kLoad, [&] { session_.caches.CacheAccountCodes(database); });
+  Guard(kLoad, [&] { session_.caches.CacheOwners(database); });
+  Guard(kLoad, [&] { session_.caches.CacheProperties(database); });
+  Guard(kLoad, [&] { session_.options.LoadOptions(); });
+  Guard(kLoad, [&] {
+    custom_fields_ = ReadCustomFieldCodes(database);
+    insert_menus_->FillCustomMenus(custom_fields_);
+  });
+}
+
+void frmMain::FirstDisplay() {
+  Settings& settings = session_.settings;
+  const std::string open = settings.GetSettingText(kSection, "TreeOpen", "");
+  if (open.empty()) {
+    tree_->ExpandGroups(kTopGroups);
+  } else {
+    tree_->OpenAgain(QString::fromStdString(open));
+  }
+  const int now = splitter_->sizes().value(0);
+  const int place = static_cast<int>(
+      ToDouble(settings.GetSettingText(kSection, "SplitterVert", std::to_string(now))));
+  splitter_->setSizes({place, splitter_->width() - place - splitter_->handleWidth()});
+  if (parts_.command_line.Contains("/NewFormsInstalled")) {
+    dialogs().Say(
+        "New template forms have been installed.  They are available on the left side of the "
+        "screen in the 'Templates' group");
+  }
+  if (frmForms::WantedAtStartup(settings)) ShowForms();
+}
+
+void frmMain::RestoreLayout() {
+  Settings& settings = session_.settings;
+  restoreGeometry(FromHex(settings.GetSettingText(kSection, "WindowGeometry", "")));
+  restoreState(FromHex(settings.GetSettingText(kSection, "WindowState", "")));
+  desk_->ShowAsTabs(settings.GetSettingText(kSection, "LettersAsTabs", "1") != "0");
+}
+
+void frmMain::StoreLayout() {
+  Settings& settings = session_.settings;
+  settings.SaveSettingText(kSection, "WindowGeometry", Hex(saveGeometry()));
+  settings.SaveSettingText(kSection, "WindowState", Hex(saveState()));
+  settings.SaveSettingText(kSection, "LettersAsTabs", desk_->Tabbed() ? "1" : "0");
+  settings.SaveSettingText(kSection, "SplitterVert", std::to_string(splitter_->sizes().value(0)));
+  settings.SaveSettingText(kSection, "TreeOpen", tree_->OpenEntries().toStdString());
+}
+
+}  // namespace tenora

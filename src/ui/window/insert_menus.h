@@ -1,0 +1,55 @@
+// The insert menus and the insert combo box: the merge codes of the list that fits the letter in
+// front, and the custom fields found in the database.
+#pragma once
+
+#include <QComboBox>
+#include <QMenu>
+#include <functional>
+#include <set>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "letters/template_lint.h"
+
+namespace tenora {
+
+enum class InsertList { kTenant, kCheque, kOwner };
+
+// The list for a letter of this kind; cheque templates have the cheque word for their kind.
+InsertList ListFor(std::string_view letter_kind);
+
+class InsertMenus {
+ public:
+  // `insert` is given what InsertItem takes.
+  InsertMenus(QMenu& menu, QComboBox& combo, QAction& format,
+              std::function<void(const std::string& item)> insert);
+
+  // The field codes by parent: tenants', properties', owners'.
+  void FillCustomMenus(const CustomFieldCodes& codes);
+  // Shows the list, and its name in the captions "<list> Format" and "Insert <list>".
+  void DisplayInsertMenu(InsertList list, const std::string& cheque_word);
+  // "Tenant", "Owner" or the cheque word.
+  const std::string& ListName() const { return list_name_; }
+  // Without a letter there is nothing to insert into.
+  void SetEnabled(bool enabled);
+
+ private:
+  QMenu* AddCodes(const char* name, std::span<const std::string_view> codes);
+  QMenu* AddCustom(const char* name, const QString& title);
+  void FillCustom(QMenu* menu, const std::set<std::string>& codes, std::string_view prefix);
+
+  QMenu& menu_;
+  QComboBox& combo_;
+  QAction& format_;
+  std::function<void(const std::string&)> insert_;
+  QMenu* tenant_codes_;  // mnuInsertItem
+  QMenu* cheque_codes_;  // mnuInsertItemCheque
+  QMenu* owner_codes_;   // mnuInsertItemOwner
+  QMenu* tenant_custom_;
+  QMenu* property_custom_;
+  QMenu* owner_custom_;
+  std::string list_name_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,106 @@
+#include "ui/window/letter_desk.h"
+
+#include <QMdiSubWindow>
+#include <QTabBar>
+
+namespace tenora {
+
+LetterDesk::LetterDesk(QWidget* parent) : QStackedWidget(parent), area_(new QMdiArea(this)) {
+  setObjectName(QStringLiteral("letterDesk"));
+  area_->setObjectName(QStringLiteral("mdiLetters"));
+  area_->setTabsClosable(true);
+  area_->setTabsMovable(true);
+  area_->setDocumentMode(true);
+  area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  addWidget(area_);
+  ShowAsTabs(true);
+  connect(area_, &QMdiArea::subWindowActivated, this, [this] {
+    ShowWelcomeWhereEmpty();
+    emit ActiveChanged();
+  });
+}
+
+LetterWindow* LetterDesk::Active() const {
+  // While another program's window is in front none is active, but one is still current.
+  const QMdiSubWindow* window = area_->currentSubWindow();
+  return window == nullptr ? nullptr : qobject_cast<LetterWindow*>(window->widget());
+}
+
+std::vector<LetterWindow*> LetterDesk::Letters() const {
+  std::vector<LetterWindow*> letters;
+  for (const QMdiSubWindow* window : area_->subWindowList()) {
+    if (auto* letter = qobject_cast<LetterWindow*>(window->widget())) letters.push_back(letter);
+  }
+  return letters;
+}
+
+LetterWindow* LetterDesk::OfFile(const std::filesystem::path& path) const {
+  for (LetterWindow* window : Letters()) {
+    if (window->letter().members().FilePath == path.string()) return window;
+  }
+  return nullptr;
+}
+
+void LetterDesk::Add(LetterWindow* window) {
+  QMdiSubWindow* frame = area_->addSubWindow(window);
+  frame->setAttribute(Qt::WA_DeleteOnClose);
+  frame->setWindowIcon(window->windowIcon());
+  connect(window, &LetterWindow::CaptionChanged, this, &LetterDesk::ActiveChanged);
+  connect(frame, &QObject::destroyed, this, [this] {
+    ShowWelcomeWhereEmpty();
+    emit ActiveChanged();
+  });
+  setCurrentWidget(area_);
+  if (Tabbed()) {
+    frame->showMaximized();
+  } else {
+    frame->resize(area_->size() * 0.7);
+    frame->show();
+  }
+  window->setFocus();
+  emit ActiveChanged();
+}
+
+void LetterDesk::BringToFront(LetterWindow* window) {
+  area_->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(window->parentWidget()));
+  window->setFocus();
+}
+
+void LetterDesk::ShowAsTabs(bool tabs) {
+  area_->setViewMode(tabs ? QMdiArea::TabbedView : QMdiArea::SubWindowView);
+  if (!tabs) return;
+  if (auto* bar = area_->findChild<QTabBar*>()) {
+    bar->setExpanding(false);
+    bar->setElideMode(Qt::ElideRight);
+    bar->setAccessibleName(tr("Open letters"));
+  }
+}
+
+void LetterDesk::Tile() {
+  ShowAsTabs(false);
+  area_->tileSubWindows();
+}
+
+void LetterDesk::Cascade() {
+  ShowAsTabs(false);
+  area_->cascadeSubWindows();
+}
+
+bool LetterDesk::CloseAll() {
+  area_->closeAllSubWindows();
+  return area_->subWindowList().isEmpty();
+}
+
+void LetterDesk::SetWelcome(QWidget* welcome) {
+  welcome_ = welcome;
+  addWidget(welcome);
+  ShowWelcomeWhereEmpty();
+}
+
+void LetterDesk::ShowWelcomeWhereEmpty() {
+  if (welcome_ == nullptr) return;
+  setCurrentWidget(area_->subWindowList().isEmpty() ? welcome_ : static_cast<QWidget*>(area_));
+}
+
+}  // namespace tenora

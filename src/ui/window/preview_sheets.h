@@ -1,0 +1,37 @@
+// The pages of a preview on a desk: only those in sight are drawn.
+#pragma once
+
+#include <QCache>
+#include <QImage>
+#include <QWidget>
+
+#include "platform/printing/preview_pages.h"
+
+namespace tenora {
+
+class PreviewSheets : public QWidget {
+  Q_OBJECT
+
+ public:
+  // The pages outlive the widget.
+  explicit PreviewSheets(printing::PreviewPages& pages, QWidget* parent = nullptr);
+
+  double zoom() const { return zoom_; }
+  void SetZoom(double zoom);
+  // Where a page's paper lies in the widget.
+  QRect SheetAt(int page) const;
+  int PageAt(int y) const;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  double PixelsPerTwip() const;
+  QSize SheetSize() const;
+
+  printing::PreviewPages& pages_;
+  QCache<int, QImage> drawn_;
+  double zoom_ = 1;
+};
+
+}  // namespace tenora

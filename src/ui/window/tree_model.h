@@ -1,0 +1,100 @@
+// What the template tree shows: the groups of templates, and the tenants and owners with the
+// letters saved for them. Letters are listed when their recipient is first opened, so that a tree
+// of thousands costs no more than their names.
+#pragma once
+
+#include <QAbstractItemModel>
+#include <QString>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "rental/session.h"
+
+namespace tenora {
+
+class TreeModel : public QAbstractItemModel {
+  Q_OBJECT
+
+ public:
+  enum class Type { kGroup, kTemplate, kClosedFold, kTenant, kOwner, kLetter };
+
+  // What stands behind an entry; paths and names as the letter window takes them.
+  struct Entry {
+    Type type = Type::kGroup;
+    QString name;                // without counts: "Templates", "Rent review", "Smith J"
+    std::string kind;            // of a template or letter: its letter kind; of a group: its name
+    std::string folder;          // the sub-folder of the data folder
+    std::string recipient;       // the recipient\'s name; of a template its folder
+    std::string tenant_code;     // of a tenant and of a tenant's letter
+    std::filesystem::path path;  // of a template or letter: its file
+    bool closed = false;
+  };
+
+  // The number to show behind the name, where there is one: a group counts all its entries, closed
+  // ones too.
+  static constexpr int kCountRole = Qt::UserRole + 1;
+
+  explicit TreeModel(Session& session, QObject* parent = nullptr);
+  ~TreeModel() override;
+
+  // The three top groups, empty.
+  void MakeTopGroups();
+  // Everything anew from the folders and caches. Entries that stay keep their place in the view.
+  void Refresh();
+
+  const Entry* EntryAt(const QModelIndex& index) const;  // null for the invisible root
+  // A name for the entry that is the same in another run: "Tenants/T00001". Empty for the root.
+  QString KeyOf(const QModelIndex& index) const;
+  QModelIndex IndexOfKey(const QString& key) const;
+  QModelIndex Group(const QString& name) const;
+  // The letter of this file below an entry; its recipient's letters are read.
+  QModelIndex FindFile(const QModelIndex& below, const std::filesystem::path& path);
+  // The folders whose files are shown now.
+  std::vector<std::filesystem::path> ShownFolders() const;
+
+  // The folded entry's sign: "+ <Closed Tenants>" closed, "- <Closed Tenants>" open.
+  void SetOpen(const QModelIndex& index, bool open);
+
+  QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
+  QModelIndex parent(const QModelIndex& child) const override;
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  bool hasChildren(const QModelIndex& parent = {}) const override;
+  bool canFetchMore(const QModelIndex& parent) const override;
+  void fetchMore(const QModelIndex& parent) override;
+  QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+ private:
+  struct Node;
+  using Nodes = std::vector<std::unique_ptr<Node>>;
+
+  Node* NodeAt(const QModelIndex& index) const;
+  QModelIndex IndexOf(const Node& node) const;
+  // The letter files of a folder; everything but name and path is as in `like`.
+  Nodes MakeFiles(const Entry& like) const;
+  static std::unique_ptr<Node> MakeRecipient(Type type, std::string_view kind,
+                                             const std::string& name, const std::string& code,
+                                             bool closed);
+  Nodes MakeTemplates(std::string_view kind) const;
+  Nodes MakeTenants() const;
+  Nodes MakeOwners() const;
+  Nodes MakeLetters(const Entry& recipient) const;
+  std::unique_ptr<Node> MakeGroup(std::string_view name, Nodes children) const;
+  Nodes Fold(Nodes open, Nodes closed, std::string_view fold_name) const;
+  // Brings the children of a node to the new list, telling the view of what came and went only.
+  void Replace(Node& parent, Nodes wanted);
+  void RemoveUnwanted(Node& parent, const Nodes& wanted);
+  static bool SameOrder(const Node& parent, const Nodes& wanted);
+  static void Number(Node& parent, bool deep);
+  void ReadFolders();
+  static int GroupCount(const Node& group);
+
+  Session& session_;
+  std::unique_ptr<Node> root_;
+  std::set<std::string> folders_;  // sub-folders of the data folder when it was last read
+};
+
+}  // namespace tenora

@@ -1,0 +1,139 @@
+#include <gmock/gmock.h>
+
+#include <iostream>
+
+#include "application.h"
+#include "merge/catalogue.h"
+#include "support/fake_platform.h"
+#include "ui/window/frm_main.h"
+
+namespace tenora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+// No printer where `count` is 0.
+class FewPrinters : public printing::Printers {
+ public:
+  explicit FewPrinters(int count) : count_(count), real_(Create({})) {}
+  int Count() const override { return count_; }
+  std::vector<std::string> Names() const override { return real_->Names(); }
+  void SetDataFolder(const std::filesystem::path& folder) override { real_->SetDataFolder(folder); }
+  bool SetCurrent(std::string_view name) override { return real_->SetCurrent(name); }
+  printing::Printer& Current() override { return real_->Current(); }
+  bool Choose(Dialogs& dialogs) override { return real_->Choose(dialogs); }
+
+ private:
+  int count_;
+  std::unique_ptr<Printers> real_;
+};
+
+class MainWindow : public ::testing::Test {
+ protected:
+  MainWindow() {
+    test::Application();
+    session_.settings.SaveSettingText("Mail", "FormsAtStartup", "1");
+  }
+
+  void Load() {
+    parts_ = std::make_unique<CommandParts>(CommandParts{
+        line_, session_, [this] { return std::make_unique<FewPrinters>(printers_); }, std::cout});
+    window_ = std::make_unique<frmMain>(*parts_);
+    window_->MDIForm_Load();
+  }
+  QStringList Groups() {
+    QStringList names;
+    for (int row = 0; row < window_->tree().model().rowCount(); ++row) {
+      names << window_->tree().model().index(row, 0).data().toString();
+    }
+    return names;
+  }
+  void Trigger(const char* action) { window_->findChild<QAction*>(action)->trigger(); }
+
+  test::FakePlatform platform_;
+  Session session_{platform_.Parts()};
+  CommandLine line_{"/NewFormsInstalled"};
+  int printers_ = 1;
+  std::unique_ptr<CommandParts> parts_;
+  std::unique_ptr<frmMain> window_;
+};
+
+TEST_F(MainWindow, ComesUpWithItsGroupsWhereTheDatabaseIsMissing) {
+  Load();
+  EXPECT_EQ(Groups(), QStringList({"Templates", "Owner Templates", "Cheque", "Tenants", "Owners"}));
+  ASSERT_EQ(platform_.dialogs.shown().size(), 1U);
+  EXPECT_THAT(platform_.dialogs.shown()[0].text, HasSubstr("General Errors..."));
+}
+
+TEST_F(MainWindow, GoesOnPastAStepThatFails) {
+  platform_.InstallSampleDatabase();
+  session_.settings.SaveSettingText("Mail", "PrinterPageWidth", "wide");
+  Load();
+  ASSERT_EQ(platform_.dialogs.shown().size(), 1U);
+  EXPECT_EQ(platform_.dialogs.shown()[0].title, "frmMain - MDIForm_Load");
+  EXPECT_THAT(platform_.dialogs.shown()[0].text, HasSubstr("13 - "));
+  EXPECT_FALSE(session_.caches.Tenants.empty());
+  EXPECT_FALSE(session_.database.IsOpen());
+}
+
+TEST_F(MainWindow, ReadsThePageWidthOnlyWhereThereIsAPrinter) {
+  platform_.InstallSampleDatabase();
+  session_.settings.SaveSettingText("Mail", "PrinterPageWidth", "wide");
+  printers_ = 0;
+  Load();
+  EXPECT_THAT(platform_.dialogs.Texts(), IsEmpty());
+}
+
+TEST_F(MainWindow, TellsOfNewFormsOnce) {
+  platform_.InstallSampleDatabase();
+  Load();
+  window_->show();
+  QCoreApplication::processEvents();
+  window_->hide();
+  window_->show();
+  QCoreApplication::processEvents();
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre("New template forms have been installed.  They are available on the left "
+                          "side of the screen in the 'Templates' group"));
+}
+
+TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {
+  platform_.InstallSampleDatabase();
+  Load();
+  struct Case {
+    const char* command;
+    const char* list;
+    const char* menu;
+    std::size_t codes;
+  };
+  for (const Case& c :
+       {Case{"mnuNewTenantTemplate", "Tenant", "mnuInsertItem", kTenantCodes.size()},
+        Case{"mnuNewOwnerTemplate", "Owner", "mnuInsertItemOwner", kOwnerCodes.size()},
+        Case{"mnuNewChequeTemplate", "Cheque", "mnuInsertItemCheque", kChequeCodes.size()}}) {
+    Trigger(c.command);
+    EXPECT_EQ(window_->findChild<QAction*>("mnuFormat")->text(), QString(c.list) + " Format");
+    auto* menu = window_->findChild<QMenu*>(c.menu);
+    EXPECT_EQ(menu->title(), QString("Insert ") + c.list);
+    EXPECT_EQ(static_cast<std::size_t>(menu->actions().size()), c.codes);
+    for (const char* other : {"mnuInsertItem", "mnuInsertItemOwner", "mnuInsertItemCheque"}) {
+      EXPECT_EQ(window_->findChild<QMenu*>(other)->menuAction()->isVisible(),
+                std::string_view(other) == c.menu);
+    }
+    menu->actions()[1]->trigger();
+    frmLetter& letter = window_->desk().Active()->letter();
+    EXPECT_EQ(letter.rtfLetter.Text(), "<<" + menu->actions()[1]->text().toStdString() + ">>");
+    letter.members().Changed = false;
+  }
+  EXPECT_FALSE(window_->findChild<QMenu*>("mnuTenantCustom")->isEmpty());
+  auto* combo = window_->findChild<QComboBox*>("cboInsert");
+  combo->setCurrentIndex(1);
+  emit combo->activated(1);
+  EXPECT_EQ(combo->currentIndex(), -1);
+  EXPECT_EQ(window_->desk().Active()->letter().rtfLetter.Text(), "<<Payee Name>><<Payee Name>>");
+  window_->desk().Active()->letter().members().Changed = false;
+}
+
+}  // namespace
+}  // namespace tenora

@@ -1,0 +1,130 @@
+#include "ui/window/tree_model.h"
+
+#include <QAbstractItemModelTester>
+
+#include "application.h"
+#include "support/fake_platform.h"
+#include "ui/window/ctl_tree.h"
+
+namespace tenora {
+namespace {
+
+class Tree : public ::testing::Test {
+ protected:
+  Tree() {
+    test::Application();
+    Save("Templates/Notice.rtf");
+    Save("Templates/Receipt.rtf");
+    Save("Jo Green/Welcome.rtf");
+    for (const auto& [code, name, closed] : {std::tuple{"T1", "Jo Green", false},
+                                             {"T2", "Ann Old", true},
+                                             {"T3", "Bo Green", false}}) {
+      TenantRecord tenant;
+      tenant.Reference = code;
+      tenant.KeyName = name;
+      tenant.Closed = closed;
+      session_.caches.Tenants.push_back(tenant);
+    }
+    OwnerRecord owner;
+    owner.Name = owner.Code = "Olga";
+    session_.caches.Owners.push_back(owner);
+    tree_.RefreshTree();
+  }
+
+  void Save(const std::string& file) {
+    const auto path = platform_.ProgramFolder() / file;
+    std::filesystem::create_directories(path.parent_path());
+    WriteWholeFile(path, "{\\rtf1 x}");
+  }
+  std::string Names(const QModelIndex& parent = {}) {
+    std::string names;
+    for (int row = 0; row < model_.rowCount(parent); ++row) {
+      names += model_.index(row, 0, parent).data().toString().toStdString() + "|";
+    }
+    return names;
+  }
+  // What the view shows, group names left out.
+  std::string Shown() {
+    std::string shown;
+    for (QModelIndex at = tree_.view().model()->index(0, 0); at.isValid();
+         at = tree_.view().indexBelow(at)) {
+      if (at.parent().isValid()) shown += at.data().toString().toStdString() + "|";
+    }
+    return shown;
+  }
+
+  test::FakePlatform platform_;
+  Session session_{platform_.Parts()};
+  ctlTree tree_{session_};
+  TreeModel& model_ = tree_.model();
+  QAbstractItemModelTester tester_{&model_, QAbstractItemModelTester::FailureReportingMode::Fatal};
+};
+
+TEST_F(Tree, GroupsTemplatesAndRecipientsAndFoldsClosedTenants) {
+  EXPECT_EQ(Names(), "Templates|Owner Templates|Cheque|Tenants|Owners|");
+  EXPECT_EQ(Names(model_.Group("Templates")), "Notice|Receipt|");
+  const QModelIndex tenants = model_.Group("Tenants");
+  EXPECT_EQ(Names(tenants), "+ <Closed Tenants>|Jo Green|Bo Green|");
+  EXPECT_EQ(tenants.data(TreeModel::kCountRole).toInt(), 3);
+  tree_.OpenAgain("Tenants\nTenants/<Closed Tenants>");
+  EXPECT_EQ(Names(tenants), "- <Closed Tenants>|Jo Green|Bo Green|");
+  EXPECT_EQ(Names(model_.index(0, 0, tenants)), "Ann Old|");
+}
+
+TEST_F(Tree, ListsARecipientsLettersWhenOpenedAndFollowsTheFolder) {
+  const QModelIndex jo = model_.IndexOfKey("Tenants/T1"), bo = model_.IndexOfKey("Tenants/T3");
+  EXPECT_TRUE(model_.hasChildren(jo));
+  EXPECT_FALSE(model_.hasChildren(bo));
+  EXPECT_EQ(model_.rowCount(jo), 0);
+  model_.fetchMore(jo);
+  ASSERT_EQ(Names(jo), "Welcome|");
+  const TreeModel::Entry& letter = *model_.EntryAt(model_.index(0, 0, jo));
+  EXPECT_EQ(letter.kind, "Tenant Letter");
+  EXPECT_EQ(letter.tenant_code, "T1");
+  EXPECT_EQ(letter.recipient, "Jo Green");
+  EXPECT_EQ(letter.path, platform_.ProgramFolder() / "Jo Green/Welcome.rtf");
+
+  const QPersistentModelIndex kept = model_.index(0, 0, jo);
+  Save("Jo Green/Another.rtf");
+  Save("Bo Green/Notice.rtf");
+  std::filesystem::remove(platform_.ProgramFolder() / "Templates/Notice.rtf");
+  tree_.RefreshTree();
+  EXPECT_EQ(Names(jo), "Another|Welcome|");
+  EXPECT_EQ(kept.data().toString(), "Welcome");
+  EXPECT_TRUE(model_.hasChildren(bo));
+  EXPECT_EQ(Names(model_.Group("Templates")), "Receipt|");
+  EXPECT_TRUE(
+      model_.FindFile(model_.Group("Tenants"), platform_.ProgramFolder() / "Bo Green/Notice.rtf")
+          .isValid());
+}
+
+TEST_F(Tree, SearchesNamesAndGivesTheTreeBackAsItWas) {
+  auto* search = tree_.findChild<QLineEdit*>("txtTreeSearch");
+  tree_.OpenAgain("Templates\nTenants");
+  const std::string before = Shown();
+  const std::pair<const char*, const char*> cases[] = {{"green", "Jo Green|Bo Green|"},
+                                                       {"GREEN b", "Bo Green|"},
+                                                       {"old", "- <Closed Tenants>|Ann Old|"},
+                                                       {"receipt", "Receipt|"},
+                                                       {"templates", ""},
+                                                       {"  ", before.c_str()}};
+  for (const auto& [typed, shown] : cases) {
+    search->setText(typed);
+    EXPECT_EQ(Shown(), shown) << typed;
+  }
+  search->setText("green");
+  search->clear();
+  EXPECT_EQ(Shown(), before);
+}
+
+TEST_F(Tree, WaitsWhileWorkMayBeChangingTheCaches) {
+  tree_.Hold(true);
+  session_.caches.Tenants.clear();
+  tree_.RefreshTree();
+  EXPECT_EQ(model_.rowCount(model_.Group("Tenants")), 3);
+  tree_.Hold(false);
+  EXPECT_EQ(model_.rowCount(model_.Group("Tenants")), 0);
+}
+
+}  // namespace
+}  // namespace tenora
