@@ -12,7 +12,8 @@ install_packages() {
     case " $* " in *" $who "*) ;; *) continue ;; esac
     # A program from another source than Debian's package serves as well.
     case $name in
-      cmake | clang) command -v "$name" >/dev/null && continue ;;
+      cmake | clang | npm) command -v "$name" >/dev/null && continue ;;
+      nodejs) command -v node >/dev/null && continue ;;
     esac
     dpkg-query -W -f='${Status}' "$name" 2>/dev/null | grep -q 'ok installed' || missing+=("$name")
   done < <(grep -vE '^(#|$)' scripts/packages.txt)
@@ -23,6 +24,22 @@ install_packages() {
   "${as_root[@]}" apt-get update -qq
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# install_mdb_reader: the reader of databases that tests compare ours with, into build/mdb-reader.
+# Without a package registry in reach there is none, and those tests say that they were skipped.
+install_mdb_reader() {
+  local folder=build/mdb-reader lock
+  for lock in package.json package-lock.json; do
+    cmp -s "tests/platform/access/mdb_reader/$lock" "$folder/$lock" || rm -rf "$folder"
+  done
+  [ -d "$folder/node_modules/mdb-reader" ] && return
+  rm -rf "$folder"
+  mkdir -p "$folder"
+  cp tests/platform/access/mdb_reader/package{,-lock}.json "$folder"
+  echo "Installing: mdb-reader" >&2
+  npm ci --prefix "$folder" --ignore-scripts --no-audit --no-fund >/dev/null ||
+    echo "mdb-reader cannot be installed; the tests that ask it will be skipped" >&2
 }
 
 # build PRESET TESTS [TARGET…]: configures with or without the tests (ON, OFF) and builds.

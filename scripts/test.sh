@@ -4,6 +4,7 @@
 . "$(dirname "$0")/common.sh"
 
 install_packages build test
+install_mdb_reader
 build release ON
 build fuzz ON fuzzers
 

@@ -73,8 +73,9 @@ int RunGenerateCommand(const std::vector<std::string>& arguments) {
   using namespace tenora;
   ConsoleDialogs console(std::cin, std::cerr);
   return WithPlatform(console, [&](const Platform& platform) {
-    return RunGenerate(arguments, GenerateParts{platform, MakePrinters, std::cout, std::cerr,
-                                                ::isatty(STDERR_FILENO) == 1});
+    return RunGenerate(arguments,
+                       GenerateParts{platform, MakePrinters, std::cout, std::cerr,
+                                     ::isatty(STDOUT_FILENO) == 1, ::isatty(STDERR_FILENO) == 1});
   });
 }
 

@@ -7,10 +7,13 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/access/database_writer.h"
+#include "platform/access/storage.h"
 #include "support/test_files.h"
 
 namespace tenora {
@@ -18,6 +21,52 @@ namespace {
 
 using access::WritableTable;
 using access::WriteTransaction;
+
+// The disks of this machine, slowed to a plain office server's.
+class SlowStorage final : public access::Storage {
+ public:
+  static constexpr std::chrono::milliseconds kSyncTime{5};
+
+  std::unique_ptr<access::StorageFile> Open(const std::filesystem::path& path, Mode mode) override {
+    auto file = disk_.Open(path, mode);
+    return file == nullptr ? nullptr : std::make_unique<File>(*this, std::move(file));
+  }
+  std::unique_ptr<access::StorageFile> Create(const std::filesystem::path& path,
+                                              const std::filesystem::path& like) override {
+    return std::make_unique<File>(*this, disk_.Create(path, like));
+  }
+  void Remove(const std::filesystem::path& path) override { disk_.Remove(path); }
+  void SyncFolder(const std::filesystem::path&) override { Sync(); }
+  int syncs() const { return syncs_; }
+
+ private:
+  class File final : public access::StorageFile {
+   public:
+    File(SlowStorage& storage, std::unique_ptr<StorageFile> file)
+        : storage_(storage), file_(std::move(file)) {}
+    std::uint64_t Size() override { return file_->Size(); }
+    std::size_t Read(std::uint64_t offset, std::span<std::byte> into) override {
+      return file_->Read(offset, into);
+    }
+    void Write(std::uint64_t offset, access::Bytes bytes) override { file_->Write(offset, bytes); }
+    void Truncate(std::uint64_t size) override { file_->Truncate(size); }
+    void Sync() override { storage_.Sync(); }
+    bool TryLock(access::LockKind kind) override { return file_->TryLock(kind); }
+    bool IsAt(const std::filesystem::path& path) override { return file_->IsAt(path); }
+
+   private:
+    SlowStorage& storage_;
+    std::unique_ptr<StorageFile> file_;
+  };
+
+  void Sync() {
+    ++syncs_;
+    std::this_thread::sleep_for(kSyncTime);
+  }
+
+  access::DiskStorage disk_;
+  int syncs_ = 0;
+};
 
 double MillisecondsOf(const auto& work) {
   const auto start = std::chrono::steady_clock::now();
@@ -43,8 +92,11 @@ void Fill(const std::filesystem::path& path, std::int64_t rows) {
   transaction->Commit();
 }
 
-void Advance(const std::filesystem::path& path, std::int64_t building) {
-  const auto transaction = WriteTransaction::Begin(path);
+void Advance(const std::filesystem::path& path, std::int64_t building,
+             access::Storage* storage = nullptr) {
+  WriteTransaction::Options options;
+  options.storage = storage;
+  const auto transaction = WriteTransaction::Begin(path, options);
   WritableTable& fields = transaction->Table("custom_fields");
   const auto row = fields.Find({{"parentcode", std::string("P").append(std::to_string(building))},
                                 {"parenttype", std::int64_t{202}},
@@ -87,6 +139,13 @@ void Run() {
         "%6lld rows (%.0f ms to insert): a receipt number takes %.2f ms, %.1f syncs; "
         "%.2f times that of 5,000 rows\n",
         static_cast<long long>(rows), filled, advance, advance / sync, advance / first);
+    SlowStorage slow;
+    times.clear();
+    for (std::int64_t i = 0; i < 20; ++i) {
+      times.push_back(MillisecondsOf([&] { Advance(path, i * 7919 % rows, &slow); }));
+    }
+    std::printf("       on a disk that syncs in 5 ms: %.2f ms, %d syncs\n", Median(times),
+                slow.syncs() / 20);
   }
 }
 

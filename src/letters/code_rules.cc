@@ -16,6 +16,8 @@ namespace {
 
 using Kind = TemplateFinding::Kind;
 
+constexpr std::array<TemplateKind, 3> kAllKinds{TemplateKind::kTenant, TemplateKind::kOwner,
+                                                TemplateKind::kCheque};
 constexpr std::string_view kFutureDateName = "FutureDate:";
 constexpr std::array<std::string_view, 4> kUnits{"Days", "Weeks", "Months", "Years"};
 
@@ -60,11 +62,15 @@ std::span<const std::string_view> ListOf(TemplateKind kind) {
   return {};
 }
 
+bool IsMenuEntry(std::string_view name) {
+  return name == kFutureDateItem || name == kPromptMessageItem;
+}
+
 // Every name that this kind's merge replaces, and the openings of the forms it knows.
 std::vector<std::string_view> NamesOf(TemplateKind kind) {
   std::vector<std::string_view> names;
   for (const std::string_view name : ListOf(kind)) {
-    if (name != kFutureDateItem && name != kPromptMessageItem) names.push_back(name);
+    if (!IsMenuEntry(name)) names.push_back(name);
   }
   if (kind == TemplateKind::kTenant) names.push_back(kBuildingReceiptNumber);
   return names;
@@ -85,8 +91,7 @@ bool Holds(const std::vector<std::string_view>& names, std::string_view name) {
 
 // The kind of template whose merge would fill the code.
 std::optional<TemplateKind> OtherKindOf(std::string_view name, TemplateKind own) {
-  for (const TemplateKind kind :
-       {TemplateKind::kTenant, TemplateKind::kOwner, TemplateKind::kCheque}) {
+  for (const TemplateKind kind : kAllKinds) {
     const auto opens = [&](std::string_view opening) { return name.starts_with(opening); };
     if (kind != own && (Holds(NamesOf(kind), name) || std::ranges::any_of(OpeningsOf(kind), opens)))
       return kind;
@@ -133,7 +138,7 @@ Complaint OtherTemplate(std::string_view name, TemplateKind meant, TemplateKind 
 
 Complaint NotReplaced(std::string_view name, TemplateKind kind) {
   const std::string code = InBrackets(name);
-  if (name == kFutureDateItem || name == kPromptMessageItem) {
+  if (IsMenuEntry(name)) {
     return {Kind::kMenuEntry,
             code + " is an entry of the Insert menu and no code: it stays in the letter",
             name == kFutureDateItem ? "write <<FutureDate:14:Days>>, or choose the entry"
@@ -142,11 +147,11 @@ Complaint NotReplaced(std::string_view name, TemplateKind kind) {
   if (const auto other = OtherKindOf(name, kind)) return OtherTemplate(name, *other, kind);
   const std::string meant = Respelt(name, kind);
   if (!meant.empty() && EqualsNoCase(meant, name)) {
-    return {Kind::kLetterCase, code + " is written in other letters and stays in the letter",
+    return {Kind::kLetterCase, code + " is written in another letter case and stays in the letter",
             "write " + InBrackets(meant)};
   }
   if (!meant.empty() && EqualsNoCase(meant, Tidied(name))) {
-    return {Kind::kBlanks, code + " has blanks that the code has not, and stays in the letter",
+    return {Kind::kBlanks, code + " is spaced otherwise than the code and stays in the letter",
             "write " + InBrackets(meant)};
   }
   return {Kind::kUnknownCode, code + " is no code and stays in the letter", DidYouMean(name, kind)};
@@ -199,8 +204,8 @@ std::optional<Complaint> CheckFutureDate(std::string_view name, Date today) {
       return Complaint{Kind::kFutureDate,
                        InBrackets(name) + " has the unknown unit \"" + parts[1] +
                            "\": it prints nothing, or the date of the future date before it",
-                       "write Days, Weeks, Months or Years, in these letters" +
-                           (nearest.empty() ? "" : ": " + nearest)};
+                       nearest.empty() ? "write Days, Weeks, Months or Years"
+                                       : "write " + nearest + ", in these letters"};
     }
     const std::int32_t count = ToInt32(parts[0]);
     if (static_cast<double>(count) != ToDouble(parts[0])) {
@@ -267,12 +272,22 @@ std::optional<Complaint> CheckCode(std::string_view name, bool holds_code, Templ
   return CheckCustomField(name, *CustomFormOf(name), fields);
 }
 
-std::string MeantCode(std::string_view name, TemplateKind kind) {
+std::string AdviceForLookalike(std::string_view name, TemplateKind kind) {
   const std::string tidy = Tidied(name);
-  if (tidy.size() > 2 && tidy.front() == '?' && tidy.back() == '?') return InBrackets(tidy);
+  if (tidy.size() > 2 && tidy.front() == '?' && tidy.back() == '?') {
+    return "write " + InBrackets(tidy);
+  }
   const std::string meant = Respelt(name, kind);
   const bool with_parameters = meant.find(':') != std::string::npos;
-  return with_parameters || EqualsNoCase(meant, tidy) ? InBrackets(meant) : "";
+  if (with_parameters || (!meant.empty() && EqualsNoCase(meant, tidy))) {
+    return "write " + InBrackets(meant);
+  }
+  const bool is_code = IsMenuEntry(tidy) || std::ranges::any_of(kAllKinds, [&](TemplateKind other) {
+                         const std::string there = Respelt(tidy, other);
+                         return !there.empty() &&
+                                (there.find(':') != std::string::npos || EqualsNoCase(there, tidy));
+                       });
+  return is_code ? DidYouMean(name, kind) : "";
 }
 
 }  // namespace tenora

@@ -27,8 +27,8 @@ std::string_view OpeningOf(std::string_view name);
 std::optional<Complaint> CheckCode(std::string_view name, bool holds_code, TemplateKind kind,
                                    Date today, const CustomFieldCodes* fields);
 
-// The code that a text in other brackets, or a word processor's merge field, stands for; empty when
-// it resembles none that the kind of template has.
-std::string MeantCode(std::string_view name, TemplateKind kind);
+// What to write in place of a text in other brackets, or of a word processor's merge field, of this
+// name; empty when it is the name of no code.
+std::string AdviceForLookalike(std::string_view name, TemplateKind kind);
 
 }  // namespace tenora

@@ -12,6 +12,8 @@ namespace tenora {
 struct EmbeddedFile {
   std::string name;  // UTF-8, without folders
   std::string bytes;
+
+  bool operator==(const EmbeddedFile&) const = default;
 };
 
 // More than this makes a letter that nobody can mail.

@@ -1,11 +1,11 @@
 #include "letters/format_difference.h"
 
-#include <string_view>
 #include <utility>
 
 namespace tenora {
 
-std::string FormatDifference(const richtext::CharFormat& left, const richtext::CharFormat& right) {
+std::vector<std::string_view> FormatDifference(const richtext::CharFormat& left,
+                                               const richtext::CharFormat& right) {
   const std::pair<bool, std::string_view> respects[] = {
       {left.bold != right.bold, "bold"},
       {left.italic != right.italic, "italic"},
@@ -21,11 +21,9 @@ std::string FormatDifference(const richtext::CharFormat& left, const richtext::C
       {left.hidden != right.hidden, "hidden text"},
       {left.protect != right.protect, "protected text"},
   };
-  std::string words;
+  std::vector<std::string_view> words;
   for (const auto& [differs, word] : respects) {
-    if (!differs) continue;
-    if (!words.empty()) words += ", ";
-    words += word;
+    if (differs) words.push_back(word);
   }
   return words;
 }

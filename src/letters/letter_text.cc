@@ -76,10 +76,9 @@ class Collector {
     richtext::ForEachParagraph(document.blocks, [&](const Paragraph& paragraph, ParagraphEnd end) {
       const std::size_t begin = text.text.size();
       AddRuns(paragraph, &line, &text);
-      const int anchor = place.empty() ? reached : position;
-      Anchored(paragraph, anchor, &carried);
+      Anchored(paragraph, place.empty(), reached, &carried);
       text.text += '\n';
-      reached += PositionsIn(std::string_view(text.text).substr(begin));
+      if (place.empty()) reached += PositionsIn(std::string_view(text.text).substr(begin));
       if (end != ParagraphEnd::kCell) ++line;
       text.lines.push_back({text.text.size(), line});
     });
@@ -97,21 +96,22 @@ class Collector {
     }
   }
 
-  // Fields are taken once, however many runs their result has.
-  void Anchored(const Paragraph& paragraph, int position, std::vector<Carried>* carried) {
+  // Fields are taken once, however many runs their result has. What is anchored in carried text has
+  // the position of that.
+  void Anchored(const Paragraph& paragraph, bool in_letter, int position,
+                std::vector<Carried>* carried) {
     for (const richtext::Mark& mark : paragraph.marks) {
       carried->push_back({mark.source, position});
     }
     for (const richtext::Run& run : paragraph.runs) {
-      const int at = position;
       if (run.field != nullptr && fields_.insert(run.field.get()).second) {
-        carried->push_back({"{\\*\\fldinst{" + run.field->instruction + "}}", at});
+        carried->push_back({"{\\*\\fldinst{" + run.field->instruction + "}}", position});
       }
       using Object = std::shared_ptr<const richtext::Verbatim>;
       if (const auto* object = std::get_if<Object>(&run.object)) {
-        carried->push_back({(*object)->source, at});
+        carried->push_back({(*object)->source, position});
       }
-      if (position != kInHead) position += PositionsIn(run.text);
+      if (in_letter) position += PositionsIn(run.text);
     }
   }
 

@@ -8,7 +8,6 @@
 #include <unordered_set>
 
 #include "letters/template_library.h"
-#include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -155,15 +154,12 @@ std::vector<Recipient> SplitSelection(const Caches& caches, std::string_view tem
   }
   std::vector<Recipient> recipients;
   for (std::string_view rest = selection; !rest.empty();) {
-    std::size_t end = rest.find(kNameEnd);
-    const std::string_view first = rest.substr(0, end);
+    const std::size_t first = rest.find(kNameEnd);
+    std::size_t end = first;
     while (end != std::string_view::npos && !known.contains(rest.substr(0, end))) {
       end = rest.find(kNameEnd, end + 1);
     }
-    if (end == std::string_view::npos && !known.contains(rest)) {
-      throw StandardError(error_number::kInvalidProcedureCall,
-                          "nobody is called \"" + std::string(first) + "\" in the rental database");
-    }
+    if (end == std::string_view::npos && !known.contains(rest)) end = first;
     recipients.push_back({std::string(rest.substr(0, end)), {}});
     rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
   }

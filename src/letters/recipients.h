@@ -33,7 +33,7 @@ struct RecipientFilter {
   // dialog makes it available with the e-mail destination, the command line always.
   bool exclude_no_email_available = false;
   bool exclude_no_email_ticked = false;
-  std::string search;  // txtSearch: every word of it occurs in the item's text
+  std::string search = {};  // txtSearch: every word of it occurs in the item's text
 };
 
 // The list for a template kind, in cache order, open ones first; empty for any other kind than
@@ -54,8 +54,8 @@ std::string SelectionText(std::span<const RecipientRow> chosen);
 
 // The recipients of a selection text, in its order. Each name stands for the first tenant (or
 // owner) that bears it, as the text cannot tell namesakes apart. A name that itself holds ";" is
-// found again by putting its pieces together. Raises 5 (Invalid procedure call) for a name that
-// nobody bears.
+// found again by putting its pieces together; one that nobody bears is kept, so that its letter
+// fails by name.
 std::vector<Recipient> SplitSelection(const Caches& caches, std::string_view template_kind,
                                       std::string_view selection);
 

@@ -1,6 +1,7 @@
 #include "letters/template_lint.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "letters/code_rules.h"
@@ -43,6 +44,12 @@ std::size_t LengthInSource(const RichTextBox& letter, std::string_view text) {
   const auto escaped = [](char c) { return c == '\\' || c == '{' || c == '}'; };
   return letter.SourceForm(text).size() +
          static_cast<std::size_t>(std::ranges::count_if(text, escaped));
+}
+
+// Whether the source may write a text otherwise than the merge, which has it from the database.
+bool MayBeEscaped(std::string_view text) {
+  return std::ranges::any_of(
+      text, [](char c) { return c < ' ' || c > '~' || c == '\\' || c == '{' || c == '}'; });
 }
 
 bool IsMergeField(const richtext::Field& field) {
@@ -92,19 +99,17 @@ class Linter {
   void LintUnclosed(const ScannedCode& code) {
     const std::string_view rest =
         std::string_view(text_->text).substr(code.begin + kCodeStart.size());
-    const std::string written(
-        std::string_view(text_->text).substr(code.begin, code.end - code.begin));
     switch (FormOf(rest)) {
       case CodeForm::kPrompt:
         return Add(code, {Kind::kUnclosed,
-                          "the prompt has no \"?>>\" on its line: the merge takes all text up to "
-                          "the next \"?>>\" for the question, or stops asking",
+                          "the prompt has no \"?>>\" on its line: the merge takes the text up to a "
+                          "later \"?>>\" for the question, or stops asking",
                           "end the question with ?>>"});
       case CodeForm::kFutureDate:
       case CodeForm::kCustomField:
         return Add(code, {Kind::kUnclosed,
-                          "the code has no \">>\" on its line: the merge takes all text up to the "
-                          "next \">>\" for a part of it",
+                          "the code has no \">>\" on its line: the merge takes the text up to a "
+                          "later \">>\" for a part of it, or leaves it in the letter",
                           "end the code with >>"});
       case CodeForm::kCatalogue:
         return Add(code, {Kind::kUnclosed, "\"<<\" without \">>\" on its line stays in the letter",
@@ -130,7 +135,7 @@ class Linter {
     const std::string change = ChangesIn(code.begin, code.end);
     const std::string tag = std::string(kCodeStart).append(name).append(kCodeEnd);
     if (change.empty()) {
-      if (FormOf(name) == CodeForm::kCustomField &&
+      if (FormOf(name) == CodeForm::kCustomField && MayBeEscaped(name) &&
           !SourceContains(letter_, TagInSource(letter_, name))) {
         Add(code, {Kind::kSplit,
                    tag + " has characters that the source of the letter escapes: the field is not "
@@ -153,14 +158,14 @@ class Linter {
   // piece.
   std::string ChangesIn(std::size_t begin, std::size_t end) const {
     const std::vector<const TextSpan*> spans = text_->SpansOf(begin, end);
-    std::vector<std::string> changes;
+    std::vector<std::string_view> changes;
     for (std::size_t i = 0; i < spans.size(); ++i) {
-      if (spans[i]->is_object) changes.emplace_back("a picture or object");
+      if (spans[i]->is_object) changes.push_back("a picture or object");
       if (i == 0) continue;
       const TextSpan& before = *spans[i - 1];
-      if (before.field != spans[i]->field) changes.emplace_back("a link or field");
-      std::string difference = FormatDifference(before.format, spans[i]->format);
-      if (!difference.empty()) changes.push_back(std::move(difference));
+      if (before.field != spans[i]->field) changes.push_back("a link or field");
+      std::ranges::copy(FormatDifference(before.format, spans[i]->format),
+                        std::back_inserter(changes));
     }
     std::string words;
     for (auto change = changes.begin(); change != changes.end(); ++change) {
@@ -178,10 +183,11 @@ class Linter {
       if (inside || InMergeField(code)) continue;
       std::string_view written(text_->text);
       written = written.substr(code.begin, code.end - code.begin);
-      const std::string meant = MeantCode(WithoutBrackets(written), kind_);
-      if (meant.empty()) continue;
-      Add(code, {Kind::kBrackets, std::string(written) + " is no code: it has other brackets",
-                 "write " + meant + " with two < and two >"});
+      std::string advice = AdviceForLookalike(WithoutBrackets(written), kind_);
+      if (advice.empty()) continue;
+      Add(code, {Kind::kBrackets,
+                 std::string(written) + " stays in the letter: a code has two < and two >",
+                 std::move(advice)});
     }
   }
 
@@ -209,12 +215,13 @@ class Linter {
     std::string_view name = TrimBlanks(std::string_view(instruction).substr(word + kWord.size()));
     name = name.substr(0, name.find_first_of("\\\n"));
     if (name.starts_with('"')) name = name.substr(1, name.find('"', 1) - 1);
-    const std::string meant = MeantCode(TrimBlanks(name), kind_);
+    std::string advice = AdviceForLookalike(TrimBlanks(name), kind_);
+    if (advice.empty()) advice = "write a code in << and >>";
     Add({word, word + kWord.size(), true, false},
         {Kind::kMergeField,
          "the word processor's merge field \"" + std::string(TrimBlanks(name)) +
              "\" is filled by no merge of this program",
-         "take the field out and write " + (meant.empty() ? "a code in << and >>" : meant)});
+         "take the field out and " + advice});
   }
 
   void Add(const ScannedCode& code, Complaint complaint) {
@@ -236,7 +243,10 @@ class Linter {
 
   int PositionOf(std::size_t offset) {
     if (!text_->place.empty()) return text_->position;
-    if (offset < counted_bytes_) counted_bytes_ = 0, counted_ = text_->position;
+    if (offset < counted_bytes_) {
+      counted_bytes_ = 0;
+      counted_ = text_->position;
+    }
     counted_ +=
         PositionsIn(std::string_view(text_->text).substr(counted_bytes_, offset - counted_bytes_));
     counted_bytes_ = offset;

@@ -34,24 +34,65 @@ void FillKnownFields(const MergeTarget& target, const std::string& sql, std::str
   database.DataClose(fields);
 }
 
-// Removes the codes that are left, from the first on.
-void ClearUnknownFields(RichTextBox& editor, std::string_view prefix) {
-  if (!SourceContains(editor, prefix)) return;
-  std::string source = editor.TextRTF();
-  std::size_t start = source.find(prefix);
-  while (start != std::string::npos) {
-    const std::size_t end = source.find(kCodeEnd, start);
-    if (end == std::string::npos) break;
-    if (!std::string_view(source).substr(0, start).ends_with(kCodeStart)) {
-      start = source.find(prefix, start + prefix.size());
-      continue;
+// Takes the codes of one prefix out of a source, each piece moved once however many there are.
+class CodeRemover {
+ public:
+  CodeRemover(const std::string& source, std::string_view prefix)
+      : source_(source), prefix_(prefix) {}
+
+  std::string Run() {
+    while (NextPrefix() && TakeCode()) {
     }
-    const std::size_t code = start - kCodeStart.size();
-    source.erase(code, end + kCodeEnd.size() - code);
-    // Stepping back over what the removal may have joined into another code.
-    start = source.find(prefix, code - std::min(code, prefix.size()));
+    kept_.append(source_, at_);
+    return std::move(kept_);
   }
-  editor.SetTextRTF(std::move(source));
+
+ private:
+  // Keeps what stands up to the next prefix, and the prefix. What a removal has joined into another
+  // prefix counts.
+  bool NextPrefix() {
+    const std::size_t most = prefix_.size() - 1;
+    const std::size_t before = removed_ ? std::min(most, kept_.size()) : 0;
+    const std::string joint = kept_.substr(kept_.size() - before) + source_.substr(at_, most);
+    std::size_t end = at_;
+    if (const std::size_t found = joint.find(prefix_); before > 0 && found < before) {
+      end += found + prefix_.size() - before;
+    } else {
+      const std::size_t next = source_.find(prefix_, at_);
+      if (next == std::string::npos) return false;
+      end = next + prefix_.size();
+    }
+    kept_.append(source_, at_, end - at_);
+    at_ = end;
+    removed_ = false;
+    return true;
+  }
+
+  // Drops the code whose prefix was kept last; a prefix without "<<" is none and stays. False when
+  // no code can be closed any more.
+  bool TakeCode() {
+    const std::size_t prefix = kept_.size() - prefix_.size();
+    if (!std::string_view(kept_).substr(0, prefix).ends_with(kCodeStart)) return true;
+    const std::size_t end = source_.find(kCodeEnd, at_);
+    if (end == std::string::npos) return false;
+    kept_.resize(prefix - kCodeStart.size());
+    at_ = end + kCodeEnd.size();
+    removed_ = true;
+    return true;
+  }
+
+  const std::string& source_;
+  std::string_view prefix_;
+  std::size_t at_ = 0;  // what stands before is kept or removed
+  std::string kept_;
+  bool removed_ = false;  // just before at_
+};
+
+// Removes the codes that are left.
+void ClearUnknownFields(RichTextBox& editor, std::string_view prefix) {
+  if (SourceContains(editor, prefix)) {
+    editor.SetTextRTF(CodeRemover(editor.TextRTF(), prefix).Run());
+  }
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <optional>
+#include <filesystem>
 #include <ostream>
 
 #include "letters/generation.h"
@@ -113,20 +113,21 @@ class GenerateCommand {
         parts_(parts),
         dialogs_(parts.platform.dialogs, signals_),
         session_(WithDialogs(parts.platform, dialogs_)),
-        progress_(parts.output, parts.errors, parts.errors_is_terminal, signals_) {
+        progress_(parts, signals_) {
     session_.database.SetCommandMode();
   }
 
   int Run() {
     if (call_.list) return List();
     const bool resuming = !call_.resume.empty();
-    const GenerationRequest request = resuming ? RunLog::RequestOf(call_.resume) : AskedRequest();
+    const std::filesystem::path resumed = resuming ? LogToResume() : "";
+    const GenerationRequest request = resuming ? RunLog::RequestOf(resumed) : AskedRequest();
     const Destination destination = request.destination;
     if (destination == Destination::kPrinter) TakePrinter(request.printer);
     dialogs_.Before(&progress_);
     Generation generation(session_, AfterError::kNextRecipient, progress_, printers_.get());
     const GenerationSummary summary =
-        resuming ? generation.Resume(call_.resume)
+        resuming ? generation.Resume(resumed)
                  : generation.Run(WithPrinter(request),
                                   [&](const Caches& caches) { return Chosen(caches); });
     dialogs_.Before(nullptr);
@@ -165,6 +166,15 @@ class GenerateCommand {
     for (const RecipientRow& row : rows) chosen.push_back(row.recipient);
     if (chosen.empty()) throw WrongChoice("Nothing selected: the list is empty.");
     return chosen;
+  }
+
+  // A log may also be named as it lies in the data folder.
+  std::filesystem::path LogToResume() {
+    const std::filesystem::path named = call_.resume;
+    const std::filesystem::path inside = session_.database.DataFolder() / named;
+    std::error_code error;
+    const bool here = std::filesystem::exists(named, error);
+    return !here && std::filesystem::exists(inside, error) ? inside : named;
   }
 
   GenerationRequest WithPrinter(GenerationRequest request) const {

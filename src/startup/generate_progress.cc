@@ -72,10 +72,10 @@ void GenerateProgress::Started(std::size_t count, const std::filesystem::path& l
 }
 
 void GenerateProgress::Saved(const std::filesystem::path& file) {
-  // Between a result and the count on one terminal.
-  if (line_length_ > 0) ClearLine();
+  // Results and count may stand on one terminal.
+  if (parts_.output_is_terminal) ClearLine();
   output_ << file.string() << '\n';
-  if (terminal_) output_.flush();
+  if (parts_.output_is_terminal) output_.flush();
 }
 
 void GenerateProgress::LetterFinished(const LetterReport& report) {
@@ -86,7 +86,8 @@ void GenerateProgress::LetterFinished(const LetterReport& report) {
     errors_ << Name(report.recipient) << ": " << TerminalLine(report.problem) << std::endl;
   }
   const Clock::time_point now = Clock::now();
-  const bool due = terminal_ ? now - shown_ >= kBetweenUpdates : now - shown_ >= kBetweenLines;
+  const bool due =
+      parts_.errors_is_terminal ? now - shown_ >= kBetweenUpdates : now - shown_ >= kBetweenLines;
   if (!due) return;
   shown_ = now;
   ShowCount();
@@ -114,7 +115,7 @@ void GenerateProgress::ShowCount() {
   std::string line =
       std::to_string(finished) + " of " + Letters(count_) + ", " + Rate(rate) + " a second";
   if (rate > 0) line += ", " + Duration(static_cast<double>(count_ - finished) / rate) + " left";
-  if (!terminal_) {
+  if (!parts_.errors_is_terminal) {
     errors_ << line << std::endl;
     return;
   }

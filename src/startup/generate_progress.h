@@ -10,6 +10,7 @@
 
 #include "letters/generation.h"
 #include "platform/dialogs/dialogs.h"
+#include "startup/generate_parts.h"
 #include "startup/stop_signals.h"
 
 namespace tenora {
@@ -18,8 +19,8 @@ class GenerateProgress : public GenerationObserver {
  public:
   // On a terminal the count stands in one line that is written over; elsewhere a line is added
   // every few seconds.
-  GenerateProgress(std::ostream& output, std::ostream& errors, bool terminal, StopSignals& signals)
-      : output_(output), errors_(errors), terminal_(terminal), signals_(signals) {}
+  GenerateProgress(const GenerateParts& parts, StopSignals& signals)
+      : parts_(parts), output_(parts.output), errors_(parts.errors), signals_(signals) {}
 
   void Started(std::size_t count, const std::filesystem::path& log) override;
   void Saved(const std::filesystem::path& file) override;
@@ -38,9 +39,9 @@ class GenerateProgress : public GenerationObserver {
   void ShowCount();
   void Warn(const LetterReport& report);
 
+  const GenerateParts& parts_;
   std::ostream& output_;
   std::ostream& errors_;
-  const bool terminal_;
   StopSignals& signals_;
   std::size_t count_ = 0, finished_ = 0;
   std::size_t line_length_ = 0;                  // of the count that stands on the terminal

@@ -66,7 +66,8 @@ void RunQuery(const std::string& path, const std::string& sql, bool write, std::
   const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
   const auto database = workspace->OpenDatabase(path);
   if (write) {
-    output << database->Execute(sql) << " rows changed\n";
+    const std::int64_t rows = database->Execute(sql);
+    output << rows << (rows == 1 ? " row" : " rows") << " changed\n";
     return;
   }
   query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),

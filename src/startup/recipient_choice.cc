@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 #include <set>
+#include <utility>
 
 #include "platform/runtime/text.h"
 
@@ -13,16 +14,21 @@ constexpr std::size_t kMostNamed = 5;
 
 using Rows = std::vector<const RecipientRow*>;
 
-// How many letters must change to make one text of the other, letter case ignored.
+// How many letters must be changed, added, dropped or swapped with the next to make one text of the
+// other, letter case ignored.
 std::size_t Distance(std::string_view left, std::string_view right) {
-  std::vector<std::size_t> row(right.size() + 1);
+  std::vector<std::size_t> before, above, row(right.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
+  const auto same = [&](std::size_t i, std::size_t j) {
+    return LowerAscii(left[i]) == LowerAscii(right[j]);
+  };
   for (std::size_t i = 0; i < left.size(); ++i) {
-    std::size_t diagonal = row[0]++;
+    before = std::exchange(above, row);
+    row[0] = i + 1;
     for (std::size_t j = 0; j < right.size(); ++j) {
-      const std::size_t change = diagonal + (LowerAscii(left[i]) == LowerAscii(right[j]) ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({change, diagonal + 1, row[j] + 1});
+      row[j + 1] = std::min({above[j] + (same(i, j) ? 0 : 1), above[j + 1] + 1, row[j] + 1});
+      const bool swapped = i > 0 && j > 0 && same(i, j - 1) && same(i - 1, j);
+      if (swapped) row[j + 1] = std::min(row[j + 1], before[j - 1] + 1);
     }
   }
   return row.back();

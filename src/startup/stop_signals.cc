@@ -12,6 +12,7 @@ constexpr int kNudge = SIGUSR1;
 // Wakes the waiting thread to its end.
 constexpr int kEnd = SIGUSR2;
 constexpr int kStatusOfInterrupted = 130;
+constexpr timespec kBetweenNudges{.tv_sec = 0, .tv_nsec = 50'000'000};
 
 void Say(std::string_view text) {
   // Nobody is left to tell when this fails.
@@ -45,10 +46,15 @@ StopSignals::~StopSignals() {
 void StopSignals::Wait() {
   while (!ending_) {
     int signal = 0;
-    if (::sigwait(&watched_, &signal) != 0 || signal == kEnd) continue;
-    if (asked_.exchange(true)) ::_exit(kStatusOfInterrupted);
-    Say("\nStopping after the letter in hand; once more to end at once.\n");
-    if (reading_) ::pthread_kill(main_, kNudge);
+    if (!asked_) {
+      if (::sigwait(&watched_, &signal) != 0 || signal == kEnd) continue;
+      asked_ = true;
+      Say("\nStopping after the letter in hand; once more to end at once.\n");
+    } else if ((signal = ::sigtimedwait(&watched_, nullptr, &kBetweenNudges)) > 0) {
+      if (signal != kEnd) ::_exit(kStatusOfInterrupted);
+    }
+    // Again and again: the read may begin just behind the first.
+    if (asked_ && reading_) ::pthread_kill(main_, kNudge);
   }
 }
 

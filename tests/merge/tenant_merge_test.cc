@@ -189,6 +189,11 @@ TEST_F(InsertTenantDetailsTest, FillsCustomFieldsAndRemovesTheRest) {
     EXPECT_EQ(Merge(text, code), text);
   }
   EXPECT_EQ(Merge("TCustom:a>> <<TCustom:b>> TCustom:c>>", code), "TCustom:a>>  TCustom:c>>");
+  // A removal may join what stands around it into another code.
+  EXPECT_EQ(
+      Merge("1<<TCus<<TCustom:a>>tom:b>>2<<<TCustom:a>><TCustom:b>>3<<<TCustom:a>>TCustom:b>>",
+            code),
+      "123<TCustom:b>>");
 }
 
 TEST_F(InsertTenantDetailsTest, FillsOnlyDateAndTimeForAnUnknownTenancy) {

@@ -55,6 +55,46 @@ TEST_F(OwnCommands, TellAFailureFromAWrongCall) {
   }
 }
 
+TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnBehindAMissingOne) {
+  std::vector<std::string> all{"lint", "--all"};
+  for (const auto& entry :
+       std::filesystem::recursive_directory_iterator(test::SampleDatabase().parent_path())) {
+    if (entry.path().extension() == ".rtf") all.push_back(entry.path());
+  }
+  const test::ProcessResult library = Run(all);
+  EXPECT_EQ(library.status, 0) << library.output << library.errors;
+  EXPECT_EQ(library.output, "");
+
+  WriteTemplate("Odd", test::RtfDocument("Dear <<Name>>, <<TCustom:Pet>> <<TCustom:NoSuch>>"));
+  const std::string path = (Home() / "Templates/Odd.rtf").string();
+  const std::string owner_template = path + ": line 1: \"Dear <<Name>>";
+  struct Case {
+    std::vector<std::string> arguments;
+    int status;
+    std::string output, errors;
+  };
+  const Case cases[] = {
+      {{"lint", "Odd"}, 1, owner_template, ""},
+      {{"lint", "Odd"}, 1, "<<TCustom:NoSuch>> names a field that no tenant has", ""},
+      {{"lint", "--kind=owner", path}, 1, "<<TCustom:Pet>> is a code of tenant templates", ""},
+      {{"lint", "Receipt", "--kind=tenant"}, 0, "", ""},
+      {{"lint", "Missing", "Odd"}, 1, owner_template, "No template \"Missing\""},
+      {{"lint", "/no/such.rtf", "Odd"}, 1, owner_template, "/no/such.rtf"},
+      {{"lint", Database().string(), path}, 1, owner_template, "321 - Invalid file format: "},
+      {{"lint", "../home/Templates/Odd"}, 1, "", "53 - "},
+      {{"lint", "--database=/no/such.mdb", "Receipt"}, 1, "", "3024 - "},
+      {{"lint"}, 2, "", "--all"},
+      {{"lint", "--kind=letter", "Odd"}, 2, "", "letter"},
+  };
+  for (const Case& c : cases) {
+    const test::ProcessResult result = Run(c.arguments);
+    EXPECT_EQ(result.status, c.status) << testing::PrintToString(c.arguments);
+    EXPECT_THAT(result.output, HasSubstr(c.output));
+    EXPECT_THAT(result.errors, HasSubstr(c.errors));
+    EXPECT_EQ(result.output.empty(), c.output.empty());
+  }
+}
+
 TEST_F(OwnCommands, HelpTellsOfTheCommandWordsAndTheEnvironment) {
   for (const char* word : {"--help", "-h"}) {
     const test::ProcessResult result = Run({word});

@@ -3,6 +3,7 @@
 #include "platform/access/catalogue.h"
 #include "platform/access/check_relationships.h"
 #include "platform/access/check_table.h"
+#include "platform/access/column_properties.h"
 #include "platform/access/memory_file.h"
 
 namespace tenora::access {
@@ -29,6 +30,23 @@ void CheckFreeBytes(const CheckContext& context, const FindingPlace& place, cons
 
 namespace {
 
+void CheckProperties(const CheckContext& context, const std::shared_ptr<const PageFile>& file,
+                     const CatalogueEntry& entry, const TableDefinition& table) {
+  const auto fault = [&](const std::exception& damage) {
+    context.report.Fault(
+        {entry.name, {}}, entry.row,
+        std::string("the field LvProp of the table's row in MSysObjects: ") + damage.what(),
+        Remedy::kRestore);
+  };
+  try {
+    ReadTableProperties(ReadStoredProperties(file, entry), context.codec, table);
+  } catch (const Damage& damage) {
+    fault(damage);
+  } catch (const RuntimeError& damage) {
+    fault(damage);
+  }
+}
+
 // The definitions that can be read, each of a table of its own.
 std::vector<DefinedTable> ReadDefinitions(const CheckContext& context,
                                           const std::shared_ptr<const PageFile>& file) {
@@ -44,6 +62,7 @@ std::vector<DefinedTable> ReadDefinitions(const CheckContext& context,
       for (const std::uint32_t page : table.definition.further_pages) {
         all_own = context.ledger.Claim(page, user, place) && all_own;
       }
+      CheckProperties(context, file, entry, table.definition);
       if (all_own) tables.push_back(std::move(table));
     } catch (const Damage& damage) {
       context.report.Fault(place, damage, Remedy::kRestore);

@@ -36,6 +36,7 @@ inline constexpr int kRelatedRecordsExist = 3200;
 inline constexpr int kRelatedRecordRequired = 3201;
 inline constexpr int kCurrentlyLocked = 3218;
 inline constexpr int kValueRequired = 3314;
+inline constexpr int kZeroLength = 3315;
 inline constexpr int kNumericOverflow = 3349;
 inline constexpr int kTypeConversion = 3421;
 inline constexpr int kCannotOpenFile = 3051;

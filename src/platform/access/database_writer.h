@@ -47,6 +47,9 @@ class WritableTable {
   virtual const std::string& name() const = 0;
   virtual const std::vector<Column>& columns() const = 0;
   virtual const std::vector<Index>& indexes() const = 0;
+  // The expression, in the engine's own language, for a column that an insert does not name; empty
+  // for none. To work it out is the caller's.
+  virtual std::string DefaultValue(std::size_t column) const = 0;
 
   // The rows whose columns are all equal to the values as the engine compares them: letter case of
   // text does not count, null equals null. Through an index that starts with one or more of the
@@ -59,7 +62,7 @@ class WritableTable {
   // Columns not named are null, false, or the next automatic number. These three raise 3022 (a
   // unique index has the key already), 3058 (null in a primary key), 3163 (longer than the column),
   // 3201 (the row it refers to is missing), 3200 (rows refer to it), 3314 (a required column is
-  // null), 3421 and 3349 (a value that the column cannot hold), 3047 (more than fits on a page),
+  // null), 3315 (an empty text where none is allowed), 3421 and 3349 (a value that the column cannot hold), 3047 (more than fits on a page),
   // 3073; the transaction is then as before the call. Any other error spoils the transaction.
   virtual RowId Insert(const std::vector<ColumnValue>& values) = 0;
   virtual void Update(RowId row, const std::vector<ColumnValue>& values) = 0;

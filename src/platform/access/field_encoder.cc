@@ -17,6 +17,7 @@ namespace {
 constexpr const char* kSource = "DAO.Field";
 // Jet compresses no more than this many characters.
 constexpr std::size_t kMostCompressed = 1024;
+constexpr char16_t kCompressedMark = 0xFEFF;
 
 RuntimeError WrongKind(const Column& column) {
   return RuntimeError(engine_error::kTypeConversion,
@@ -111,6 +112,8 @@ Field Text(const Column& column, const ColumnPlace& place, const std::string& te
   bool compress = (place.more_flags & kColumnCompressed) != 0 && units.size() > 2 &&
                   units.size() <= kMostCompressed;
   for (const char16_t unit : units) compress = compress && unit > 0 && unit <= 0xFF;
+  // Without compression the bytes would say that there is one.
+  if (!compress && !units.empty() && units.front() == kCompressedMark) throw WrongKind(column);
   Field field(std::in_place);
   if (compress) {
     *field = {std::byte{0xFF}, std::byte{0xFE}};

@@ -1,6 +1,7 @@
 #include "platform/access/table_editor.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "platform/access/field_encoder.h"
 #include "platform/access/long_value_writer.h"
@@ -41,7 +42,10 @@ auto TableEditor::Changing(Step step) {
 }
 
 TableEditor::TableEditor(WriteContext& context, std::shared_ptr<const TableData> table)
-    : context_(context), table_(std::move(table)), finder_(table_, context.codec()) {
+    : context_(context),
+      table_(std::move(table)),
+      finder_(table_, context.codec()),
+      properties_(context.Properties(*table_)) {
   for (std::size_t i = 0; i < columns().size(); ++i) {
     if ((table_->definition.places[i].more_flags & kColumnCalculated) != 0) {
       Refuse("column '" + columns()[i].name + "' is calculated by the engine");
@@ -148,7 +152,7 @@ RowId TableEditor::Insert(const std::vector<ColumnValue>& values) {
       ApplyKeys(plan, place);
       AddToCount(context_.pages().layout().tdef_rows, 1);
       if (plan.automatic_number) {
-        Store32(&context_.pages().Change(definition.page)[kTdefAutoNumber], *plan.automatic_number);
+        Store(&context_.pages().Change(definition.page)[kTdefAutoNumber], *plan.automatic_number);
       }
     });
     return Id(place);
@@ -206,6 +210,16 @@ void TableEditor::Assign(const std::vector<ColumnValue>& values, Plan& plan) {
   }
 }
 
+std::int32_t TableEditor::NextNumber(const Column& column, std::int32_t last) const {
+  if (!table_->definition.counts_up) {
+    Refuse("the automatic numbers of column '" + column.name + "' do not count upwards");
+  }
+  if (last == std::numeric_limits<std::int32_t>::max()) {
+    Refuse("the automatic numbers of column '" + column.name + "' are used up");
+  }
+  return last + 1;
+}
+
 void TableEditor::AssignAutomatic(Plan& plan) {
   for (std::size_t i = 0; i < columns().size(); ++i) {
     const Column& column = columns()[i];
@@ -217,20 +231,18 @@ void TableEditor::AssignAutomatic(Plan& plan) {
     if (!column.auto_number || column.type != ColumnType::kLong) continue;
     PageBuffer definition;
     context_.pages().Read(table_->definition.page, definition);
-    const std::uint32_t last = Load32(&definition.bytes[kTdefAutoNumber]);
-    const std::uint32_t given = field ? Load32(field->data()) : last + 1;
+    const auto last = Load<std::int32_t>(&definition.bytes[kTdefAutoNumber]);
+    const std::int32_t given = field ? Load<std::int32_t>(field->data()) : NextNumber(column, last);
     // The numbers go on behind the highest one, also when that was given by hand.
-    if (static_cast<std::int32_t>(given) > static_cast<std::int32_t>(last)) {
-      plan.automatic_number = given;
-    }
+    if (given > last) plan.automatic_number = given;
     field.emplace(sizeof given);
-    Store32(field->data(), given);
+    Store(field->data(), given);
   }
 }
 
 void TableEditor::Check(Plan& plan, RowPointer place) {
   if (plan.row) {
-    RequireValues(plan);
+    RequireAllowed(plan);
     RequireRoom(plan);
   }
   for (std::size_t i = 0; i < columns().size(); ++i) {
@@ -241,16 +253,6 @@ void TableEditor::Check(Plan& plan, RowPointer place) {
   if (plan.before) RequireUnreferenced(plan, place);
 }
 
-void TableEditor::RequireValues(const Plan& plan) const {
-  for (std::size_t i = 0; i < columns().size(); ++i) {
-    const bool nullable = (table_->definition.places[i].flags & kColumnNullable) != 0 ||
-                          columns()[i].type == ColumnType::kBoolean;
-    if (nullable || !plan.changed[i] || plan.row->fields[i]) continue;
-    throw Error(engine_error::kValueRequired,
-                "You must enter a value in the '" + name() + "." + columns()[i].name + "' field.");
-  }
-}
-
 void TableEditor::RequireRoom(const Plan& plan) const {
   StoredRow sized = *plan.row;
   for (std::size_t i = 0; i < columns().size(); ++i) {
@@ -258,8 +260,7 @@ void TableEditor::RequireRoom(const Plan& plan) const {
     if (!plan.changed[i] || !field || !IsLongValue(columns()[i])) continue;
     field.emplace(LongValueWriter::SizeInRow(field->size()));
   }
-  const Layout& layout = context_.pages().layout();
-  if (sized.Join(table_->definition).size() > layout.page_size - layout.data_row_offsets - 2) {
+  if (sized.Join(table_->definition).size() > kLargestRow) {
     throw Error(engine_error::kRecordTooLarge, "Record is too large. Table '" + name() + "'.");
   }
 }

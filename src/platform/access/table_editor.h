@@ -18,6 +18,8 @@ class TableEditor final : public WritableTable {
   const std::vector<Column>& columns() const override { return table_->definition.columns; }
   const std::vector<Index>& indexes() const override { return table_->definition.indexes; }
 
+  std::string DefaultValue(std::size_t column) const override;
+
   std::vector<RowId> Find(const std::vector<ColumnValue>& equal) override;
   std::vector<RowId> All() override;
   std::vector<Value> Read(RowId row) override;
@@ -46,7 +48,7 @@ class TableEditor final : public WritableTable {
     std::optional<StoredRow> row;
     std::vector<bool> changed;  // by column
     std::vector<KeyChange> keys;
-    std::optional<std::uint32_t> automatic_number;
+    std::optional<std::int32_t> automatic_number;
   };
 
   void ReadTrees();
@@ -59,8 +61,9 @@ class TableEditor final : public WritableTable {
   auto Changing(Step step);
 
   void Assign(const std::vector<ColumnValue>& values, Plan& plan);
+  std::int32_t NextNumber(const Column& column, std::int32_t last) const;
   void AssignAutomatic(Plan& plan);
-  void RequireValues(const Plan& plan) const;
+  void RequireAllowed(const Plan& plan) const;
   void RequireRoom(const Plan& plan) const;
   void PlanKeys(Plan& plan, RowPointer row);
   bool Affects(const Tree& tree, const Plan& plan) const;
@@ -80,6 +83,7 @@ class TableEditor final : public WritableTable {
   WriteContext& context_;
   std::shared_ptr<const TableData> table_;
   RowFinder finder_;
+  TableProperties properties_;
   std::vector<Tree> trees_;
 };
 

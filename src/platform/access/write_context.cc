@@ -37,6 +37,15 @@ bool WriteContext::IsSystemTable(std::string_view name) const {
   return entry != nullptr && entry->system;
 }
 
+TableProperties WriteContext::Properties(const TableData& table) const {
+  return NamingDamage(pages_->path(), table.name, [&] {
+    const CatalogueEntry* const entry = Find(table.name);
+    return ReadTableProperties(
+        entry == nullptr ? std::vector<std::byte>() : ReadStoredProperties(pages_, *entry), codec_,
+        table.definition);
+  });
+}
+
 const std::vector<Relationship>& WriteContext::relationships() {
   if (!relationships_) {
     const auto table = Load("MSysRelationships");

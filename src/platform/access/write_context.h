@@ -8,6 +8,7 @@
 
 #include "platform/access/catalogue.h"
 #include "platform/access/changed_pages.h"
+#include "platform/access/column_properties.h"
 #include "platform/access/relationships.h"
 
 namespace tenora::access {
@@ -22,6 +23,8 @@ class WriteContext {
   // Null when there is no such table. Raises as DatabaseFile::FindTable.
   std::shared_ptr<const TableData> Load(std::string_view name) const;
   bool IsSystemTable(std::string_view name) const;
+  // Raises 3049 where they are damaged.
+  TableProperties Properties(const TableData& table) const;
   const std::vector<Relationship>& relationships();
 
   // Set while pages are changed for one statement: if that fails half way, the transaction holds

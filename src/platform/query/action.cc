@@ -36,7 +36,7 @@ class ActionParser : public SelectReader {
     tokens_.ExpectWord("into");
     action_.table = expressions_.ReadName();
     if (tokens_.TakeSymbol("(")) {
-      do action_.columns.push_back(expressions_.ReadName());
+      do AddColumn(expressions_.ReadName());
       while (tokens_.TakeSymbol(","));
       tokens_.ExpectSymbol(")");
     }
@@ -59,7 +59,7 @@ class ActionParser : public SelectReader {
     do {
       std::string column = expressions_.ReadName();
       if (tokens_.TakeSymbol(".")) column = expressions_.ReadName();
-      action_.columns.push_back(std::move(column));
+      AddColumn(std::move(column));
       tokens_.ExpectSymbol("=");
       action_.values.push_back(expressions_.Read());
     } while (tokens_.TakeSymbol(","));
@@ -68,17 +68,31 @@ class ActionParser : public SelectReader {
 
   void ReadDelete() {
     action_.kind = ActionKind::kDelete;
-    tokens_.TakeSymbol("*");
+    std::string all_of;  // "delete t.* from t"
+    if (!tokens_.TakeSymbol("*") && !tokens_.AtWord("from")) {
+      all_of = expressions_.ReadName();
+      tokens_.ExpectSymbol(".");
+      tokens_.ExpectSymbol("*");
+    }
     tokens_.ExpectWord("from");
     action_.table = expressions_.ReadName();
+    if (!all_of.empty() && !EqualsNoCase(all_of, action_.table)) tokens_.FailHere();
     ReadWhere();
+  }
+
+  void AddColumn(std::string name) {
+    for (const std::string& column : action_.columns) {
+      if (!EqualsNoCase(column, name)) continue;
+      tokens_.Fail(kDuplicateDestination, "Duplicate output destination '" + name + "'.");
+    }
+    action_.columns.push_back(std::move(name));
   }
 
   void ReadWhere() {
     if (tokens_.TakeWord("where")) action_.where = expressions_.Read();
   }
 
-  static constexpr int kDifferentCounts = 3346;
+  static constexpr int kDifferentCounts = 3346, kDuplicateDestination = 3063;
 
   TokenStream tokens_;
   int depth_ = 0;

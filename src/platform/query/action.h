@@ -23,7 +23,8 @@ struct Action {
 // Whether the statement begins as one of the three.
 bool IsAction(const std::vector<Token>& tokens);
 
-// `tokens` come from ReadTokens(statement). Raises 3075 (syntax), 3360 (nested too deep) and 3219
+// `tokens` come from ReadTokens(statement). Raises 3075 (syntax), 3063 (a column
+// twice), 3360 (nested too deep) and 3219
 // for forms that are not run (insert … select, changes of several tables).
 Action ParseAction(std::string_view statement, const std::vector<Token>& tokens);
 

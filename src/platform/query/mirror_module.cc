@@ -1,9 +1,13 @@
 #include "platform/query/mirror_module.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <new>
+#include <optional>
+#include <span>
 #include <string>
 
 #include "platform/query/collation.h"
@@ -19,10 +23,8 @@ struct VirtualTable : sqlite3_vtab {
 struct Cursor : sqlite3_vtab_cursor {
   MirrorTable* table = nullptr;
   RowNumber row = 0;
-  int lookup = -1;  // column, -1 for all rows
-  bool by_text = false;
-  std::int64_t integer = 0;
-  std::string text;
+  bool lookup = false;
+  std::span<const RowNumber> matches;  // of a lookup, from the current row on
 };
 
 // SQLite's code cannot be left by an exception.
@@ -96,6 +98,9 @@ int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
   info->estimatedCost = rows + 1;
   if (best < 0) return SQLITE_OK;
   info->idxNum = info->aConstraint[best].iColumn;
+  info->idxStr = sqlite3_mprintf("%llx", info->colUsed);
+  if (info->idxStr == nullptr) return SQLITE_NOMEM;
+  info->needToFreeIdxStr = 1;
   info->aConstraintUsage[best].argvIndex = 1;
   info->aConstraintUsage[best].omit = 1;
   info->estimatedRows = static_cast<sqlite3_int64>(best_rows);
@@ -115,47 +120,67 @@ int CloseCursor(sqlite3_vtab_cursor* cursor) {
   return SQLITE_OK;
 }
 
-// Sets the whole number to look for; false where no whole number equals the value.
-bool TakeInteger(Cursor& cursor, sqlite3_value* value) {
+// The whole number to look for; none where no whole number equals the value.
+std::optional<std::int64_t> IntegerOf(sqlite3_value* value) {
   const int type = sqlite3_value_type(value);
-  if (type == SQLITE_FLOAT) {
-    const double number = sqlite3_value_double(value);
-    if (number != std::trunc(number) || !(std::abs(number) < 9e18)) return false;
-    cursor.integer = static_cast<std::int64_t>(number);
-    return true;
-  }
-  cursor.integer = sqlite3_value_int64(value);
-  return type == SQLITE_INTEGER;
+  if (type == SQLITE_INTEGER) return sqlite3_value_int64(value);
+  if (type != SQLITE_FLOAT) return std::nullopt;
+  const double number = sqlite3_value_double(value);
+  if (number != std::trunc(number) || !(std::abs(number) < 9e18)) return std::nullopt;
+  return static_cast<std::int64_t>(number);
 }
 
-int Filter(sqlite3_vtab_cursor* base, int column, int count, sqlite3_value** values) {
-  Cursor& cursor = *static_cast<Cursor*>(base);
-  cursor.lookup = count == 0 ? -1 : column;
-  cursor.row = 0;
-  if (cursor.lookup < 0) return SQLITE_OK;
-  cursor.row = kNoRow;
-  const auto lookup = static_cast<std::size_t>(column);
-  cursor.by_text = cursor.table->columns()[lookup].type() == Type::kText;
-  if (cursor.by_text) {
-    if (sqlite3_value_type(values[0]) != SQLITE_TEXT) return SQLITE_OK;
-    const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(values[0]));
-    cursor.text.assign(text, static_cast<std::size_t>(sqlite3_value_bytes(values[0])));
-    cursor.row = cursor.table->FirstMatch(lookup, cursor.text);
-  } else if (TakeInteger(cursor, values[0])) {
-    cursor.row = cursor.table->FirstMatch(lookup, cursor.integer);
+std::span<const RowNumber> Matches(MirrorTable& table, std::size_t column, sqlite3_value* value) {
+  if (table.columns()[column].type() != Type::kText) {
+    const std::optional<std::int64_t> number = IntegerOf(value);
+    return number ? table.Matches(column, *number) : std::span<const RowNumber>();
   }
+  if (sqlite3_value_type(value) != SQLITE_TEXT) return {};
+  const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  return table.Matches(
+      column, std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value))));
+}
+
+// Fetches the cells that a statement will read of the rows found, all at once. `used` has a bit for
+// each column, the last one standing for all behind it.
+void Prefetch(const MirrorTable& table, std::span<const RowNumber> rows, std::uint64_t used) {
+  constexpr std::size_t kMostRows = 512;  // no more cells than the processor's caches hold
+  constexpr std::size_t kLastBit = 63;
+  rows = rows.first(std::min(rows.size(), kMostRows));
+  const auto each_used = [&](auto&& fetch) {
+    for (std::size_t i = 0; i < table.columns().size(); ++i) {
+      if ((used >> std::min(i, kLastBit) & 1) == 0) continue;
+      for (const RowNumber row : rows) fetch(table.columns()[i], row);
+    }
+  };
+  each_used([](const MirrorColumn& column, RowNumber row) { column.PrefetchPlace(row); });
+  each_used([](const MirrorColumn& column, RowNumber row) { column.PrefetchBytes(row); });
+}
+
+void TakeMatch(Cursor& cursor) {
+  cursor.row = cursor.matches.empty() ? kNoRow : cursor.matches.front();
+}
+
+int Filter(sqlite3_vtab_cursor* base, int column, const char* used, int count,
+           sqlite3_value** values) {
+  Cursor& cursor = *static_cast<Cursor*>(base);
+  cursor.lookup = count > 0;
+  cursor.row = 0;
+  if (!cursor.lookup) return SQLITE_OK;
+  cursor.matches = Matches(*cursor.table, static_cast<std::size_t>(column), values[0]);
+  Prefetch(*cursor.table, cursor.matches, std::strtoull(used, nullptr, 16));
+  TakeMatch(cursor);
   return SQLITE_OK;
 }
 
 int Next(sqlite3_vtab_cursor* base) {
   Cursor& cursor = *static_cast<Cursor*>(base);
-  if (cursor.lookup < 0) {
+  if (cursor.lookup) {
+    cursor.matches = cursor.matches.subspan(1);
+    TakeMatch(cursor);
+  } else {
     ++cursor.row;
-    return SQLITE_OK;
   }
-  const auto lookup = static_cast<std::size_t>(cursor.lookup);
-  cursor.row = cursor.by_text ? cursor.table->NextMatch(lookup, cursor.row, cursor.text)
-                              : cursor.table->NextMatch(lookup, cursor.row, cursor.integer);
   return SQLITE_OK;
 }
 
@@ -207,9 +232,9 @@ sqlite3_module MakeModule() {
     return Guarded([&] { return OpenCursor(table, result); });
   };
   module.xClose = CloseCursor;
-  module.xFilter = [](sqlite3_vtab_cursor* cursor, int column, const char*, int count,
+  module.xFilter = [](sqlite3_vtab_cursor* cursor, int column, const char* used, int count,
                       sqlite3_value** values) {
-    return Guarded([&] { return Filter(cursor, column, count, values); });
+    return Guarded([&] { return Filter(cursor, column, used, count, values); });
   };
   module.xNext = Next;
   module.xEof = AtEnd;

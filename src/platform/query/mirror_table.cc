@@ -98,6 +98,20 @@ void MirrorColumn::Append(access::RowCursor& cursor, std::size_t column) {
   }
 }
 
+void MirrorColumn::PrefetchPlace(RowNumber row) const {
+  if (!integers_.empty()) {
+    __builtin_prefetch(&integers_[row]);
+  } else if (!doubles_.empty()) {
+    __builtin_prefetch(&doubles_[row]);
+  } else {
+    __builtin_prefetch(&ends_[row]);
+  }
+}
+
+void MirrorColumn::PrefetchBytes(RowNumber row) const {
+  if (!ends_.empty()) __builtin_prefetch(Bytes(row).data());
+}
+
 void MirrorColumn::ShrinkToFit() {
   nulls_.shrink_to_fit();
   integers_.shrink_to_fit();
@@ -110,13 +124,37 @@ std::uint64_t MirrorColumn::Hash(RowNumber row) const {
   return type_ == Type::kText ? HashText(Bytes(row)) : HashInteger(integers_[row]);
 }
 
-LookupIndex::LookupIndex(const MirrorColumn& column, RowNumber rows) : next_(rows, kNoRow) {
-  heads_.assign(std::bit_ceil(std::max<std::size_t>(rows, 1)), kNoRow);
-  for (RowNumber row = rows; row-- > 0;) {
+bool MirrorColumn::Equal(RowNumber left, RowNumber right) const {
+  return type_ == Type::kText ? CompareText(Bytes(left), Bytes(right)) == 0
+                              : integers_[left] == integers_[right];
+}
+
+LookupIndex::LookupIndex(const MirrorColumn& column, RowNumber rows) {
+  heads_.assign(std::bit_ceil(std::max<std::size_t>(rows, 1)), kNoGroup);
+  std::vector<std::uint32_t> group_of(rows, kNoGroup);
+  for (RowNumber row = 0; row < rows; ++row) {
     if (column.IsNull(row)) continue;
-    RowNumber& head = heads_[column.Hash(row) & (heads_.size() - 1)];
-    next_[row] = head;
-    head = row;
+    const std::uint64_t hash = column.Hash(row);
+    std::uint32_t number =
+        FindGroup(hash, [&](RowNumber first) { return column.Equal(first, row); });
+    if (number == kNoGroup) {
+      number = static_cast<std::uint32_t>(groups_.size());
+      std::uint32_t& head = heads_[hash & (heads_.size() - 1)];
+      groups_.push_back({.first = row, .next = head});
+      head = number;
+    }
+    ++groups_[number].count;
+    group_of[row] = number;
+  }
+  groups_.shrink_to_fit();
+  std::uint32_t filled = 0;
+  for (Group& group : groups_) {
+    group.end = filled;
+    filled += group.count;
+  }
+  rows_.resize(filled);
+  for (RowNumber row = 0; row < rows; ++row) {
+    if (group_of[row] != kNoGroup) rows_[groups_[group_of[row]].end++] = row;
   }
 }
 
@@ -162,39 +200,14 @@ const LookupIndex& MirrorTable::IndexOf(std::size_t column) {
   return *index;
 }
 
-namespace {
-
-template <typename Matches>
-RowNumber SkipTo(const LookupIndex& index, RowNumber row, const Matches& matches) {
-  while (row != kNoRow && !matches(row)) row = index.Next(row);
-  return row;
+std::span<const RowNumber> MirrorTable::Matches(std::size_t column, std::int64_t value) {
+  return IndexOf(column).Find(
+      HashInteger(value), [&](RowNumber row) { return columns_[column].Integer(row) == value; });
 }
 
-}  // namespace
-
-RowNumber MirrorTable::FirstMatch(std::size_t column, std::int64_t value) {
-  const LookupIndex& index = IndexOf(column);
-  return SkipTo(index, index.First(HashInteger(value)),
-                [&](RowNumber row) { return columns_[column].Integer(row) == value; });
-}
-
-RowNumber MirrorTable::FirstMatch(std::size_t column, std::string_view value) {
-  const LookupIndex& index = IndexOf(column);
-  return SkipTo(index, index.First(HashText(value)), [&](RowNumber row) {
+std::span<const RowNumber> MirrorTable::Matches(std::size_t column, std::string_view value) {
+  return IndexOf(column).Find(HashText(value), [&](RowNumber row) {
     return CompareText(columns_[column].Bytes(row), value) == 0;
-  });
-}
-
-RowNumber MirrorTable::NextMatch(std::size_t column, RowNumber row, std::int64_t value) const {
-  const LookupIndex& index = *indexes_[column];
-  return SkipTo(index, index.Next(row),
-                [&](RowNumber next) { return columns_[column].Integer(next) == value; });
-}
-
-RowNumber MirrorTable::NextMatch(std::size_t column, RowNumber row, std::string_view value) const {
-  const LookupIndex& index = *indexes_[column];
-  return SkipTo(index, index.Next(row), [&](RowNumber next) {
-    return CompareText(columns_[column].Bytes(next), value) == 0;
   });
 }
 

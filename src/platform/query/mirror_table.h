@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,11 +33,18 @@ class MirrorColumn {
     const std::uint64_t start = row == 0 ? 0 : ends_[row - 1];
     return std::string_view(bytes_).substr(start, ends_[row] - start);
   }
+  // Ask the processor for what Integer, Double and Bytes of this row read. Rows of one value lie
+  // far apart, and waiting for them one after the other is most of a look-up's time. A text's place
+  // must have arrived before its bytes can be asked for.
+  void PrefetchPlace(RowNumber row) const;
+  void PrefetchBytes(RowNumber row) const;
   void Append(access::RowCursor& cursor, std::size_t column);
   // Gives back what growing has reserved too much.
   void ShrinkToFit();
 
   std::uint64_t Hash(RowNumber row) const;
+  // Whether two rows, neither of them null, have one value as lookups compare.
+  bool Equal(RowNumber left, RowNumber right) const;
 
  private:
   void AppendInteger(access::RowCursor& cursor, std::size_t column);
@@ -54,15 +62,42 @@ class MirrorColumn {
   std::vector<std::uint64_t> ends_;  // in bytes_, one a row
 };
 
-// The rows of one column by value: chains of rows of equal hash, each in the table's order.
+// The rows of one column by value. Rows of equal value stand together, so that walking them touches
+// neither the column nor the rows between.
 class LookupIndex {
  public:
   LookupIndex(const MirrorColumn& column, RowNumber rows);
-  RowNumber First(std::uint64_t hash) const { return heads_[hash & (heads_.size() - 1)]; }
-  RowNumber Next(RowNumber row) const { return next_[row]; }
+
+  // The rows of the value that has this hash and for one of whose rows `equal` holds, in the
+  // table's order.
+  template <typename Equal>
+  std::span<const RowNumber> Find(std::uint64_t hash, const Equal& equal) const {
+    const std::uint32_t number = FindGroup(hash, equal);
+    if (number == kNoGroup) return {};
+    const Group& group = groups_[number];
+    return std::span(rows_).subspan(group.end - group.count, group.count);
+  }
 
  private:
-  std::vector<RowNumber> heads_, next_;
+  static constexpr std::uint32_t kNoGroup = 0xFFFFFFFF;
+
+  struct Group {
+    RowNumber first = 0;  // row
+    RowNumber count = 0;
+    std::uint32_t end = 0;          // in rows_, one behind the last
+    std::uint32_t next = kNoGroup;  // of the groups in the same chain
+  };
+
+  template <typename Equal>
+  std::uint32_t FindGroup(std::uint64_t hash, const Equal& equal) const {
+    std::uint32_t number = heads_[hash & (heads_.size() - 1)];
+    while (number != kNoGroup && !equal(groups_[number].first)) number = groups_[number].next;
+    return number;
+  }
+
+  std::vector<std::uint32_t> heads_;
+  std::vector<Group> groups_;
+  std::vector<RowNumber> rows_;
 };
 
 class MirrorTable {
@@ -78,11 +113,9 @@ class MirrorTable {
   bool CanLookUp(std::size_t column) const;
   // About how many rows share one value of the column.
   double RowsPerValue(std::size_t column);
-  // The rows with this value: the first one, then the others. The index is made on first use.
-  RowNumber FirstMatch(std::size_t column, std::int64_t value);
-  RowNumber FirstMatch(std::size_t column, std::string_view value);
-  RowNumber NextMatch(std::size_t column, RowNumber row, std::int64_t value) const;
-  RowNumber NextMatch(std::size_t column, RowNumber row, std::string_view value) const;
+  // The rows with this value; they stay where they are. The index is made on first use.
+  std::span<const RowNumber> Matches(std::size_t column, std::int64_t value);
+  std::span<const RowNumber> Matches(std::size_t column, std::string_view value);
 
  private:
   const LookupIndex& IndexOf(std::size_t column);

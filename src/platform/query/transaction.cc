@@ -1,8 +1,13 @@
 #include "platform/query/transaction.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <optional>
 #include <utility>
 
+#include "platform/access/damage.h"
 #include "platform/query/errors.h"
 #include "platform/query/parser.h"
 #include "platform/query/recordset.h"
@@ -17,26 +22,42 @@ namespace {
 using access::Column;
 using access::ColumnType;
 
-bool FitsColumn(const Value& value, ColumnType type) {
-  const bool number = std::holds_alternative<std::int64_t>(value) ||
-                      std::holds_alternative<double>(value) ||
-                      std::holds_alternative<Currency>(value);
+template <typename T>
+bool IsInRange(std::int64_t number) {
+  return number >= std::numeric_limits<T>::min() && number <= std::numeric_limits<T>::max();
+}
+
+bool IsExact(std::int64_t number, ColumnType type) {
+  constexpr std::int64_t kExactInSingle = 1 << 24, kExactInDouble = std::int64_t{1} << 53;
   switch (type) {
-    case ColumnType::kText:
-    case ColumnType::kMemo:
-      return std::holds_alternative<std::string>(value);
-    case ColumnType::kDateTime:
-      return std::holds_alternative<Date>(value);
     case ColumnType::kByte:
+      return IsInRange<std::uint8_t>(number);
     case ColumnType::kInteger:
+      return IsInRange<std::int16_t>(number);
     case ColumnType::kLong:
     case ColumnType::kCurrency:
+      return IsInRange<std::int32_t>(number);
     case ColumnType::kSingle:
+      return std::abs(number) <= kExactInSingle;
     case ColumnType::kDouble:
-      return number;
+      return std::abs(number) <= kExactInDouble;
     default:
       return false;
   }
+}
+
+// Whether a look-up by this value finds what a comparison with it would: a column keeps it as it
+// is. Others are left to the mirror, with what it makes of rounding, times of day and wrong kinds.
+bool FitsColumn(const Value& value, const Column& column) {
+  if (const auto* whole = std::get_if<std::int64_t>(&value)) return IsExact(*whole, column.type);
+  if (std::holds_alternative<double>(value)) return column.type == ColumnType::kDouble;
+  if (std::holds_alternative<Currency>(value)) return column.type == ColumnType::kCurrency;
+  if (const auto* date = std::get_if<Date>(&value)) {
+    return column.type == ColumnType::kDateTime && std::trunc(date->serial()) == date->serial();
+  }
+  const auto* text = std::get_if<std::string>(&value);
+  // A text has no more units of two bytes than it has bytes in UTF-8.
+  return text != nullptr && column.type == ColumnType::kText && text->size() * 2 <= column.length;
 }
 
 std::optional<std::size_t> FindColumn(const std::vector<Column>& columns, std::string_view name) {
@@ -67,12 +88,15 @@ Transaction::Transaction(const std::filesystem::path& path,
     : mirror_(std::move(mirror)), transaction_(access::WriteTransaction::Begin(path)) {}
 
 std::int64_t Transaction::Execute(std::string_view statement) {
+  RequireWhole();
   const std::vector<Token> tokens = ReadTokens(statement);
   const Action action = ParseAction(statement, tokens);
   if (action.kind == ActionKind::kInsert) return Insert(action, statement, tokens);
   const std::vector<Change> changes = FindChanges(action, statement, tokens);
   access::WritableTable& table = transaction_->Table(action.table);
   for (const Change& change : changes) {
+    // An error behind the first row leaves it so.
+    half_done_ = &change != &changes.front();
     // From here on the mirror is behind.
     changed_ = true;
     if (action.kind == ActionKind::kDelete) {
@@ -81,7 +105,21 @@ std::int64_t Transaction::Execute(std::string_view statement) {
       table.Update(change.row, change.values);
     }
   }
+  half_done_ = false;
   return static_cast<std::int64_t>(changes.size());
+}
+
+void Transaction::RequireWhole() const {
+  if (!half_done_) return;
+  throw RuntimeError(engine_error::kInvalidOperation,
+                     "Invalid operation. A statement of this transaction failed with some of its "
+                     "rows changed: it can only be rolled back.",
+                     "DAO.Database");
+}
+
+void Transaction::Commit() {
+  RequireWhole();
+  transaction_->Commit();
 }
 
 std::int64_t Transaction::Insert(const Action& action, std::string_view statement,
@@ -99,9 +137,50 @@ std::int64_t Transaction::Insert(const Action& action, std::string_view statemen
   for (std::size_t i = 0; i < names.size(); ++i) {
     values.push_back({names[i], Evaluate(*action.values[i], tokens)});
   }
+  AddDefaults(table, values);
   changed_ = true;
   table.Insert(values);
   return 1;
+}
+
+void Transaction::AddDefaults(const access::WritableTable& table, Values& values) {
+  const std::vector<Column>& columns = table.columns();
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const auto named = [&](const auto& value) {
+      return EqualsNoCase(value.column, columns[i].name);
+    };
+    if (columns[i].auto_number || std::ranges::any_of(values, named)) continue;
+    const std::string stored = table.DefaultValue(i);
+    std::string_view expression = TrimBlanks(stored);
+    if (expression.starts_with('=')) expression.remove_prefix(1);
+    if (expression.empty()) continue;
+    try {
+      values.push_back({columns[i].name, EvaluateDefault(expression)});
+    } catch (const RuntimeError& why) {
+      throw RuntimeError(access::engine_error::kNotUpdatable,
+                         "Operation must use an updateable query. Table '" + table.name() +
+                             "': the default value of column '" + columns[i].name +
+                             "' is not worked out here: " + std::string(why.description()),
+                         "DAO.Database");
+    }
+  }
+}
+
+Value Transaction::EvaluateDefault(std::string_view expression) {
+  // Words that the engine knows there, but not in statements.
+  for (const std::string_view yes : {"yes", "on"}) {
+    if (EqualsNoCase(expression, yes)) return true;
+  }
+  for (const std::string_view no : {"no", "off"}) {
+    if (EqualsNoCase(expression, no)) return false;
+  }
+  const std::string statement = "select " + std::string(expression);
+  const std::vector<Token> tokens = ReadTokens(statement);
+  const std::unique_ptr<Select> select = ParseStatement(statement, tokens);
+  if (select->items.size() != 1 || select->items[0].expression == nullptr || select->from) {
+    throw StatementError(engine_error::kInvalidOperation, "Invalid operation.", statement);
+  }
+  return Evaluate(*select->items[0].expression, tokens);
 }
 
 Value Transaction::Evaluate(const Expression& expression, const std::vector<Token>& tokens) {
@@ -114,7 +193,7 @@ bool Transaction::FillTests(const std::vector<PlainTest>& tests, const access::W
   for (const PlainTest& test : tests) {
     const std::optional<std::size_t> column = FindColumn(table.columns(), test.column);
     const Value& value = tokens.at(test.token).value;
-    if (!column || !FitsColumn(value, table.columns()[*column].type)) return false;
+    if (!column || !FitsColumn(value, table.columns()[*column])) return false;
     equal.push_back({test.column, value});
   }
   return true;
@@ -158,12 +237,18 @@ std::vector<Transaction::Change> Transaction::FindByMirror(const Action& action,
   // Both the mirror and All() give the rows in the file's order.
   const std::vector<access::RowId> rows = transaction_->Table(action.table).All();
   std::vector<Change> changes;
-  for (MirrorRecordset found(mirror_(), select); !found.EndOfFile(); found.MoveNext()) {
-    Change change{rows.at(static_cast<std::size_t>(ToDouble(found.Field(0)))), {}};
-    for (std::size_t i = 0; i < action.values.size(); ++i) {
-      change.values.push_back({action.columns[i], found.Field(i + 1)});
+  try {
+    for (MirrorRecordset found(mirror_(), select); !found.EndOfFile(); found.MoveNext()) {
+      Change change{rows.at(static_cast<std::size_t>(ToDouble(found.Field(0)))), {}};
+      for (std::size_t i = 0; i < action.values.size(); ++i) {
+        change.values.push_back({action.columns[i], found.Field(i + 1)});
+      }
+      changes.push_back(std::move(change));
     }
-    changes.push_back(std::move(change));
+  } catch (const RuntimeError& error) {
+    // The select is ours; the error is about the statement.
+    const std::string_view text = error.description();
+    throw StatementError(error.number(), text.substr(0, text.find(" Statement: ")), statement);
   }
   return changes;
 }

@@ -29,7 +29,8 @@ class Transaction {
   std::unique_ptr<Recordset> TrySelect(std::string_view statement);
 
   bool changed() const { return changed_; }
-  void Commit() { transaction_->Commit(); }
+  // Raises 3219 where a statement that failed has changed some of its rows.
+  void Commit();
 
  private:
   using Values = std::vector<access::ColumnValue>;
@@ -40,6 +41,10 @@ class Transaction {
 
   std::int64_t Insert(const Action& action, std::string_view statement,
                       const std::vector<Token>& tokens);
+  // Adds the default values of the columns that an insert does not name.
+  void AddDefaults(const access::WritableTable& table, Values& values);
+  Value EvaluateDefault(std::string_view expression);
+  void RequireWhole() const;
   // The rows an update or delete is about, each with its new values.
   std::vector<Change> FindChanges(const Action& action, std::string_view statement,
                                   const std::vector<Token>& tokens);
@@ -53,6 +58,7 @@ class Transaction {
   std::function<std::shared_ptr<Mirror>()> mirror_;
   std::unique_ptr<access::WriteTransaction> transaction_;
   bool changed_ = false;
+  bool half_done_ = false;
 };
 
 }  // namespace tenora::query

@@ -59,7 +59,8 @@ TestRunner::TestRunner(const QString& caption, const char* button_name,
                        std::function<std::function<TestResult()>()> prepare)
     : prepare_(std::move(prepare)),
       button_(Named(new QPushButton(caption), button_name)),
-      result_(Named(Remark(""), "lblTestResult")) {
+      result_(Remark("")) {
+  result_->setObjectName(QString(button_name).replace("cmd", "lbl"));
   button_->setAutoDefault(false);
   result_->setTextInteractionFlags(Qt::TextSelectableByMouse);
   auto* layout = new QVBoxLayout(this);
@@ -92,7 +93,7 @@ void TestRunner::ShowResult(const TestResult& result) {
 
 DatabasePage::DatabasePage(Session& session)
     : session_(session),
-      own_(Named(new QRadioButton(tr("In the &program folder")), "optOwn")),
+      own_(Named(new QRadioButton(tr("In the program &folder")), "optOwn")),
       networked_(Named(new QRadioButton(tr("At this &location")), "optNetworked")),
       location_(Named(new QLineEdit, "txtDatabaseLocation")) {
   const std::string own = (session.platform.program_folder / kDatabaseName).string();
@@ -213,7 +214,7 @@ PrintingPage::PrintingPage(Session& session)
   cents_->setText(Shown(settings.GetSettingText(kCheque, "Cents", "Cents")));
   auto* words = new QGroupBox(tr("Currency words on cheques"));
   auto* form = new QFormLayout(words);
-  form->addRow(tr("&Main unit"), dollar_);
+  form->addRow(tr("Main &unit"), dollar_);
   form->addRow(tr("&Fraction"), cents_);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(page_width_);

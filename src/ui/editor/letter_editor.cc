@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QTextBlock>
+#include <QTextTable>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -42,6 +43,8 @@ LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent) : QTextEdit(parent
   setFrameShape(QFrame::NoFrame);
   document()->documentLayout()->registerHandler(kLetterObject, new InlineObjects(document()));
   connect(document(), &QTextDocument::contentsChange, this, &LetterEditor::ContentsChanged);
+  connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &LetterEditor::LayOutPaper,
+          Qt::QueuedConnection);
   SetPaper(PaperLook());
   SetZoom(1);
   box_.AttachView(this);
@@ -80,6 +83,7 @@ void LetterEditor::ShowBox() {
 void LetterEditor::Load(const richtext::Document& letter) {
   formats_.SetHead(letter);
   document()->clear();
+  document()->setIndentWidth(PixelsOfTwips(1));
   LayOutPaper();
   document()->setUndoRedoEnabled(false);
   QTextCursor cursor(document());
@@ -302,8 +306,34 @@ void LetterEditor::SetZoom(double zoom) {
   QAbstractTextDocumentLayout* layout = document()->documentLayout();
   layout->setPaintDevice(&device_);
   LayOutPaper();
+  formats_.SetZoom(zoom_);
+  WithoutUndoStep([this] {
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+      const QTextBlockFormat format = block.blockFormat();
+      if (format.textIndent() == 0 && format.rightMargin() == 0) continue;
+      if (format.hasProperty(kParagraphProperty))
+        QTextCursor(block).setBlockFormat(formats_.Paragraph(formats_.ParagraphOf(format)));
+    }
+  });
   document()->markContentsDirty(0, document()->characterCount());
   emit ZoomChanged(zoom_);
+}
+
+// Changes that are of the looks alone become part of the writer's last step.
+void LetterEditor::WithoutUndoStep(const std::function<void()>& change) {
+  const bool was_showing = std::exchange(showing_, true);
+  const bool has_history = document()->isUndoAvailable() || document()->isRedoAvailable();
+  QTextCursor cursor(document());
+  if (has_history)
+    cursor.joinPreviousEditBlock();
+  else
+    document()->setUndoRedoEnabled(false);
+  change();
+  if (has_history)
+    cursor.endEditBlock();
+  else
+    document()->setUndoRedoEnabled(true);
+  showing_ = was_showing;
 }
 
 void LetterEditor::SetPaper(const PaperLook& paper) {
@@ -329,31 +359,20 @@ void LetterEditor::LayOutPaper() {
   wanted.setRightMargin(PixelsOfTwips(page ? paper_.right : kWindowMargin));
   wanted.setTopMargin(PixelsOfTwips(page ? paper_.top : kWindowMargin));
   wanted.setBottomMargin(PixelsOfTwips(page ? paper_.bottom : kWindowMargin));
-  if (wanted != format) {
-    // No undo step of its own.
-    const bool has_history = document()->isUndoAvailable() || document()->isRedoAvailable();
-    QTextCursor cursor(document());
-    if (has_history)
-      cursor.joinPreviousEditBlock();
-    else
-      document()->setUndoRedoEnabled(false);
-    document()->rootFrame()->setFrameFormat(wanted);
-    if (has_history)
-      cursor.endEditBlock();
-    else
-      document()->setUndoRedoEnabled(true);
-  }
-  int side = 0;
+  if (wanted != format) WithoutUndoStep([&] { document()->rootFrame()->setFrameFormat(wanted); });
+  int room = 0;  // beside the paper
   if (page) {
     const int width = static_cast<int>(std::lround(PixelsOfTwips(paper_.width) * zoom_));
     setLineWrapMode(QTextEdit::FixedPixelWidth);
     setLineWrapColumnOrWidth(width);
-    side =
-        std::max(0, (contentsRect().width() - verticalScrollBar()->sizeHint().width() - width) / 2);
+    const bool scrolls = verticalScrollBar()->maximum() > 0;
+    room = contentsRect().width() - (scrolls ? verticalScrollBar()->sizeHint().width() : 0) - width;
+    room = std::max(room, 0);
   } else {
     setLineWrapMode(QTextEdit::WidgetWidth);
   }
-  if (viewportMargins().left() != side) setViewportMargins(side, 0, side, 0);
+  const QMargins ground(room / 2, 0, room - room / 2, 0);
+  if (viewportMargins() != ground) setViewportMargins(ground);
   showing_ = was_showing;
 }
 
@@ -375,9 +394,27 @@ void LetterEditor::keyPressEvent(QKeyEvent* event) {
   // The list of merge codes takes its keys itself once the editor leaves them alone.
   if (completer_->TakesKey(*event)) return event->ignore();
   if (LeaveList(*event)) return;
+  if (event->key() == Qt::Key_Backspace && !textCursor().hasSelection() &&
+      textCursor().atBlockStart()) {
+    // Qt would take it for a smaller indent.
+    textCursor().deletePreviousChar();
+    return;
+  }
   CleanTypingFormat();
   QTextEdit::keyPressEvent(event);
+  if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) ShowEmptyLineBehindTable();
   completer_->Typed(*event);
+}
+
+void LetterEditor::ShowEmptyLineBehindTable() {
+  const QTextBlock empty = textCursor().block().previous();
+  if (!empty.isValid() || empty.length() != 1 || !empty.previous().isValid()) return;
+  const QTextTable* table = QTextCursor(empty.previous()).currentTable();
+  if (table == nullptr || table->lastPosition() + 1 != empty.position()) return;
+  QTextCursor cursor(empty);
+  cursor.joinPreviousEditBlock();
+  LetterLoader(formats_).InsertObject(&cursor, {}, formats_.CharOf(empty.charFormat()), nullptr);
+  cursor.endEditBlock();
 }
 
 void LetterEditor::SetCodes(const QStringList& names) {

@@ -99,8 +99,11 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void ContentsChanged(int position, int removed, int added);
   // What is typed next to a field or in an empty cell takes no part of theirs.
   void CleanTypingFormat();
+  // Qt gives an empty block behind a table no room.
+  void ShowEmptyLineBehindTable();
   bool LeaveList(const QKeyEvent& event);
   void LayOutPaper();
+  void WithoutUndoStep(const std::function<void()>& change);
   QRectF VisiblePart() const;  // of the document
 
   RichTextBox& box_;

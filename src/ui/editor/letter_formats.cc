@@ -190,13 +190,14 @@ QTextBlockFormat LetterFormats::Paragraph(const ParagraphFormat& format) {
   QTextBlockFormat shown;
   shown.setProperty(kParagraphProperty, QVariant::fromValue(format));
   shown.setAlignment(ShownAlignment(format.alignment));
-  shown.setLeftMargin(PixelsOfTwips(format.left_indent));
-  shown.setRightMargin(PixelsOfTwips(format.right_indent));
+  // Counted in the document's indent width, a twip: Qt enlarges it, but not the margins.
+  shown.setIndent(format.left_indent);
+  shown.setRightMargin(PixelsOfTwips(format.right_indent) * zoom_);
   int first = format.first_indent;
   // The mark of a list stands where the first line begins, its text behind it.
   if (format.bullet.kind != richtext::Bullet::Kind::kNone)
     first = first < 0 ? 0 : first + format.bullet.indent;
-  shown.setTextIndent(PixelsOfTwips(first));
+  shown.setTextIndent(PixelsOfTwips(first) * zoom_);
   shown.setTopMargin(PixelsOfTwips(format.space_before));
   shown.setBottomMargin(PixelsOfTwips(format.space_after));
   SetLineHeight(format, &shown);

@@ -24,6 +24,9 @@ class LetterFormats {
   const richtext::Document& head() const { return head_; }
   void SetHead(richtext::Document head);
 
+  // What Qt does not enlarge by itself is enlarged here.
+  void SetZoom(double zoom) { zoom_ = zoom; }
+
   QTextCharFormat Char(const richtext::CharFormat& format);
   // The part of it that an empty paragraph shows; leaves alone what else Qt keeps in that place.
   QTextCharFormat Mark(const richtext::CharFormat& format);
@@ -50,6 +53,7 @@ class LetterFormats {
   const QString& Family(int font);
 
   richtext::Document head_;
+  double zoom_ = 1;
   std::map<int, QString> families_;
   std::vector<std::pair<richtext::CharFormat, QTextCharFormat>> recent_;
 };

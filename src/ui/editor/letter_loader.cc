@@ -119,7 +119,8 @@ QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& da
 void LetterLoader::Insert(QTextCursor* cursor, const std::vector<Block>& blocks, bool fresh) {
   bool begun = !fresh;  // the block at the cursor is in use
   bool first = true, behind_table = false;
-  for (const Block& block : blocks) {
+  for (std::size_t i = 0; i < blocks.size(); ++i) {
+    const Block& block = blocks[i];
     if (const auto* paragraph = std::get_if<Paragraph>(&block)) {
       const bool joins = first && begun;
       if (begun && !joins) cursor->insertBlock();
@@ -136,8 +137,18 @@ void LetterLoader::Insert(QTextCursor* cursor, const std::vector<Block>& blocks,
           QTextBlockFormat filler;
           filler.setProperty(kFillerProperty, true);
           cursor->setBlockFormat(filler);
+          QTextCharFormat mark = cursor->blockCharFormat();
+          mark.merge(formats_.Mark({.font = formats_.head().default_font}));
+          cursor->setBlockCharFormat(mark);
         }
-        InsertTable(cursor, table, grid);
+        Spaces spaces;
+        const bool last = grid.first_row + grid.rows.size() == table.rows.size();
+        if (const auto* before = i == 0 ? nullptr : std::get_if<Paragraph>(&blocks[i - 1]))
+          spaces.before = grid.first_row == 0 ? before->format.space_after : 0;
+        if (const auto* after =
+                i + 1 < blocks.size() ? std::get_if<Paragraph>(&blocks[i + 1]) : nullptr)
+          spaces.after = last ? after->format.space_before : 0;
+        InsertTable(cursor, table, grid, spaces);
         begun = false;
       }
       behind_table = true;
@@ -235,9 +246,14 @@ void LetterLoader::InsertObject(QTextCursor* cursor, InlineObject object,
   cursor->insertText(QString(QChar::ObjectReplacementCharacter), shown);
 }
 
-void LetterLoader::InsertTable(QTextCursor* cursor, const Table& source, const TableGrid& grid) {
-  QTextTable* table = cursor->insertTable(static_cast<int>(grid.rows.size()), grid.columns(),
-                                          TableFormat(source, grid));
+void LetterLoader::InsertTable(QTextCursor* cursor, const Table& source, const TableGrid& grid,
+                               Spaces spaces) {
+  // Qt drops the spaces of paragraphs where a table begins or ends: its margins take them.
+  QTextTableFormat format = TableFormat(source, grid);
+  format.setTopMargin(PixelsOfTwips(spaces.before));
+  format.setBottomMargin(PixelsOfTwips(spaces.after));
+  QTextTable* table =
+      cursor->insertTable(static_cast<int>(grid.rows.size()), grid.columns(), format);
   for (std::size_t row = 0; row < grid.rows.size(); ++row) {
     for (const GridCell& cell : grid.rows[row]) {
       if (!cell.covered && (cell.span > 1 || cell.rows > 1))
@@ -273,11 +289,18 @@ void LetterLoader::FillCell(QTextTable* table, const Table& source, const TableG
     data.parts.push_back(std::move(part));
   }
   QTextTableCell target = table->cellAt(static_cast<int>(row), cell.column);
-  target.setFormat(CellFormat(formats_, data));
-  if (cell.absent) return;
+  QTextTableCellFormat format = CellFormat(formats_, data);
+  if (cell.absent) return target.setFormat(format);
+  const auto& blocks =
+      source.rows[grid.first_row + row].cells[static_cast<std::size_t>(cell.first)].blocks;
+  // Qt drops the space before the first paragraph of a cell and behind its last.
+  if (const auto* first = std::get_if<Paragraph>(&blocks.front()))
+    format.setTopPadding(format.topPadding() + PixelsOfTwips(first->format.space_before));
+  if (const auto* last = std::get_if<Paragraph>(&blocks.back()))
+    format.setBottomPadding(format.bottomPadding() + PixelsOfTwips(last->format.space_after));
+  target.setFormat(format);
   QTextCursor inside = target.firstCursorPosition();
-  const Row& source_row = source.rows[grid.first_row + row];
-  Insert(&inside, source_row.cells[static_cast<std::size_t>(cell.first)].blocks, true);
+  Insert(&inside, blocks, true);
 }
 
 }  // namespace tenora

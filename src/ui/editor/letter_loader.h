@@ -29,7 +29,11 @@ class LetterLoader {
  private:
   void InsertRun(QTextCursor* cursor, const richtext::Run& run, std::string_view text);
   void InsertText(QTextCursor* cursor, const richtext::Run& run, const QString& text);
-  void InsertTable(QTextCursor* cursor, const richtext::Table& table, const TableGrid& grid);
+  struct Spaces {
+    int before = 0, after = 0;  // of the paragraphs around a table, twips
+  };
+  void InsertTable(QTextCursor* cursor, const richtext::Table& table, const TableGrid& grid,
+                   Spaces spaces);
   void FillCell(QTextTable* table, const richtext::Table& source, const TableGrid& grid,
                 std::size_t row, const GridCell& cell);
 

@@ -1,5 +1,6 @@
 #include "ui/editor/table_commands.h"
 
+#include <QPointer>
 #include <QTextTable>
 #include <algorithm>
 #include <memory>
@@ -72,9 +73,17 @@ void ChangeTable(LetterEditor& editor, const Change& change) {
   QTextCursor cursor = editor.textCursor();
   QTextTable* const table = cursor.currentTable();
   if (table == nullptr) return;
+  const QPointer<QTextTable> kept(table);
   QTextCursor edit(editor.document());
   edit.beginEditBlock();
+  edit.setPosition(table->firstPosition() - 1);
+  const QTextBlockFormat before = edit.blockFormat();
   change(table, SelectedCells(cursor, *table));
+  // Where the first cell goes, Qt gives an empty block before it the cell's format.
+  if (kept) {
+    edit.setPosition(kept->firstPosition() - 1);
+    if (edit.blockFormat() != before) edit.setBlockFormat(before);
+  }
   edit.endEditBlock();
 }
 

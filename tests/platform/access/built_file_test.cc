@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/access/file_builder.h"
-#include "platform/access/mdbtools.h"
+#include "platform/access/other_readers.h"
 #include "platform/access/memory_file.h"
 #include "platform/access/showcase.h"
 #include "platform/runtime/files.h"

@@ -14,6 +14,7 @@
 #include "platform/access/simulated_disk.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
+#include "support/slow_build.h"
 #include "support/test_files.h"
 
 namespace tenora::test {
@@ -101,7 +102,7 @@ std::string StateAfterRecovery(SimulatedDisk& disk, const Images& images) {
 TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoes) {
   const Images images = MakeImages();
   ASSERT_NE(images.after, images.before);
-  constexpr unsigned kSeeds = 12;
+  constexpr unsigned kSeeds = kSlowBuild ? 4 : 12;
   int points = 0, before = 0, after = 0;
   for (int step = 0; step < images.steps; ++step) {
     SimulatedDisk disk;
@@ -133,7 +134,7 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoes) {
 TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoesDuringRecoveryToo) {
   const Images images = MakeImages();
   int points = 0;
-  for (int step = 0; step < images.steps; step += 3) {
+  for (int step = 0; step < images.steps; step += kSlowBuild ? 17 : 3) {
     SimulatedDisk disk;
     disk.Put(kPath, images.before);
     disk.SetTrouble({Trouble::kPowerCut, step, 0});
@@ -141,7 +142,7 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoesDuringRecoveryToo) 
       Change(disk, kPath);
     } catch (const PowerCut&) {
     }
-    for (unsigned seed = 0; seed < 4; ++seed) {
+    for (unsigned seed = 0; seed < (kSlowBuild ? 2 : 4); ++seed) {
       SimulatedDisk whole = disk.AfterPowerCut(seed);
       access::RecoverDatabase(whole, kPath, {});
       for (int second = 0; second < whole.steps(); ++second, ++points) {

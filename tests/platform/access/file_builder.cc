@@ -218,7 +218,7 @@ void FileBuilder::PutDefinition(std::uint32_t page, const BuiltTable& table) {
   const auto indexes = static_cast<std::uint32_t>(table.indexes.size());
   std::string body = Stored32(0);  // the length, set below
   body += jet3() ? "" : Stored32(0x659);
-  body += Stored32(table.row_count) + Stored32(0) + Zeros(jet3() ? 0 : 16) + 'N';
+  body += Stored32(table.row_count) + Stored32(0) + (jet3() ? "" : Stored32(1) + Zeros(12)) + 'N';
   body += Stored16(table.max_columns) + Stored16(table.variable_columns) +
           Stored16(static_cast<unsigned>(table.columns.size())) + Stored32(indexes) +
           Stored32(indexes);
@@ -242,10 +242,68 @@ void FileBuilder::PutDefinition(std::uint32_t page, const BuiltTable& table) {
 }
 
 void FileBuilder::AddToCatalogue(const std::string& name, std::uint32_t definition, int type,
-                                 std::uint32_t flags) {
+                                 std::uint32_t flags, const std::string& properties) {
   const std::string fixed =
       Stored32(definition) + Stored16(static_cast<unsigned>(type)) + Stored32(flags);
-  catalogue_.push_back({Row({true, true, true, true, false}, fixed, {Text(name)})});
+  std::vector<std::string> variable = {Text(name)};
+  if (!properties.empty()) {
+    variable.push_back(LongValueHead(0x80000000, properties.size(), Stored32(0)) + properties);
+  }
+  catalogue_.push_back({Row({true, true, true, true, !properties.empty()}, fixed, variable)});
+}
+
+std::string FileBuilder::Properties(const std::vector<BuiltProperty>& properties) const {
+  const auto counted = [](const std::string& bytes) {
+    return Stored16(static_cast<unsigned>(bytes.size())) + bytes;
+  };
+  const auto chunk = [](unsigned type, const std::string& bytes) {
+    return Stored32(static_cast<std::uint32_t>(bytes.size() + 6)) + Stored16(type) + bytes;
+  };
+  std::string names, blocks;
+  unsigned number = 0;
+  for (const BuiltProperty& property : properties) {
+    names += counted(Text(property.name));
+    const std::string owner = counted(Text(property.owner));
+    const std::string entry = std::string{'\0', static_cast<char>(property.type)} +
+                              Stored16(number++) + counted(property.value);
+    blocks += chunk(property.owner.empty() ? 0 : 1,
+                    Stored32(static_cast<std::uint32_t>(owner.size() + 4)) + owner +
+                        Stored16(static_cast<unsigned>(entry.size() + 2)) + entry);
+  }
+  return std::string(jet3() ? "KKD\0" : "MR2\0", 4) + chunk(0x80, names) + blocks;
+}
+
+void FileBuilder::AddTable(const std::string& name, BuiltTable table,
+                           const std::vector<std::string>& rows, const std::string& properties) {
+  const std::uint32_t definition = NewPage(), data = NewPage();
+  table.max_columns = static_cast<unsigned>(table.columns.size());
+  table.variable_columns = static_cast<unsigned>(
+      std::ranges::count_if(table.columns, [](const BuiltColumn& c) { return !c.fixed; }));
+  table.data_pages = {data};
+  table.row_count = static_cast<std::uint32_t>(rows.size());
+  PutDefinition(definition, table);
+  std::vector<BuiltRow> built;
+  for (const std::string& row : rows) built.push_back({row});
+  PutRows(data, definition, built);
+  AddToCatalogue(name, definition, 1, 0, properties);
+}
+
+void FileBuilder::AddRelationships(const std::vector<BuiltRelationship>& relationships) {
+  BuiltTable table;
+  table.columns = {{"grbit", 4, 0, true, 0, 4}, {"icolumn", 4, 1, true, 4, 4}};
+  unsigned place = 0;
+  for (const char* name :
+       {"szRelationship", "szObject", "szColumn", "szReferencedObject", "szReferencedColumn"}) {
+    table.columns.push_back({name, 10, place + 2, false, place, 100});
+    ++place;
+  }
+  std::vector<std::string> rows;
+  for (const BuiltRelationship& one : relationships) {
+    rows.push_back(Row(std::vector<bool>(7, true), Stored32(one.flags) + Stored32(0),
+                       {Text(one.name), Text(one.table), Text(one.column), Text(one.referenced),
+                        Text(one.referenced_column)}));
+  }
+  AddTable("MSysRelationships", table, rows);
 }
 
 std::string FileBuilder::Header() const {

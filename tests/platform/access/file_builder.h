@@ -47,15 +47,27 @@ struct BuiltIndex {
 struct BuiltTable {
   std::vector<BuiltColumn> columns;
   unsigned max_columns = 0, variable_columns = 0;  // deleted ones included
-  std::vector<std::uint32_t> data_pages;           // ascending
+  std::vector<std::uint32_t> data_pages = {};      // ascending
   std::uint32_t row_count = 0;
-  std::vector<BuiltIndex> indexes;
+  std::vector<BuiltIndex> indexes = {};
   bool indirect_map = false;
 };
 
 struct BuiltRow {
   std::string bytes;
   unsigned flags = 0;  // 0x8000 deleted, 0x4000 overflow
+};
+
+struct BuiltProperty {
+  std::string owner;  // a column; empty: the table
+  std::string name;
+  int type;  // as of columns
+  std::string value;
+};
+
+struct BuiltRelationship {
+  std::string name, table, column, referenced, referenced_column;
+  std::uint32_t flags = 0;  // 2 not enforced, 0x100 cascading changes, 0x1000 deletions
 };
 
 class FileBuilder {
@@ -82,7 +94,14 @@ class FileBuilder {
   // The definition on `page` and as many further ones as it needs.
   void PutDefinition(std::uint32_t page, const BuiltTable& table);
   void AddToCatalogue(const std::string& name, std::uint32_t definition, int type = 1,
-                      std::uint32_t flags = 0);
+                      std::uint32_t flags = 0, const std::string& properties = {});
+  // As the catalogue keeps them.
+  std::string Properties(const std::vector<BuiltProperty>& properties) const;
+  // A table without deleted columns on pages of its own, with what its columns and rows leave open
+  // of `table`.
+  void AddTable(const std::string& name, BuiltTable table,
+                const std::vector<std::string>& rows = {}, const std::string& properties = {});
+  void AddRelationships(const std::vector<BuiltRelationship>& relationships);
   // A password, or the key of an encoded file, in the header.
   void SetHeader(std::size_t offset, const std::string& clear_bytes);
 

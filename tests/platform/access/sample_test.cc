@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/access/mdbtools.h"
+#include "platform/access/other_readers.h"
 #include "platform/runtime/format.h"
 #include "support/test_files.h"
 

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/access/file_builder.h"
 #include "platform/query/engine.h"
+#include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 #include "query_test_support.h"
 #include "support/test_files.h"
@@ -91,6 +93,20 @@ TEST_F(Actions, ConditionsAndValuesOfEveryKindFindTheirRows) {
       {"update tenancy set comments = 'Ngā mihi, O''Brien' where name like 'tama o*'", 2,
        "select distinct comments from tenancy where comments is not null and name like 'tama o*'",
        "Ngā mihi, O'Brien"},
+      // What a column cannot hold equals none of its values.
+      {"update tenancy set comments = 'half' where monthly_day = 2.5", 0,
+       "select count(*) from tenancy where comments = 'half'", "0"},
+      {"delete from tenancy where monthly_day = 99999999999", 0,
+       "select count(*) from tenancy where monthly_day > 31", "0"},
+      {"delete from owner where code = 'a code that is longer than the column is'", 0,
+       "select count(*) from owner", "12"},
+      {"update owner set notes = 'found' where notes = ''", 0,
+       "select count(*) from owner where notes = 'found'", "0"},
+      // Each row once, though its new key puts it behind those still to come.
+      {"update owner set code = 'z' & code", 12, "select count(*) from owner where code like 'zo*'",
+       "12"},
+      {"delete insp_schedule.* from insp_schedule where 1 = 0", 0,
+       "select count(*) from insp_schedule", "68"},
       {"delete from insp_schedule", 68, "select count(*) from insp_schedule", "0"},
   };
   for (const auto& c : cases) {
@@ -119,6 +135,11 @@ TEST_F(Actions, RefusedStatementsChangeNothing) {
       {"update tenancy set name", 3075},
       {"delete tenancy", 3075},
       {"drop table tenancy", 3075},
+      {"insert into owner (code, Code) values ('a', 'b')", 3063},
+      {"update owner set name = 'a', owner.name = 'b'", 3063},
+      {"update owner set code = 'same'", 3022},
+      {"update rentchanges set changevalue = changevalue / 0", 11},
+      {"delete owner.* from tenancy", 3075},
       {"update tenancy set name = 'x' where reference = 5", 3464},
   };
   const std::vector<std::string> before = Rows("select * from tenancy");
@@ -144,6 +165,40 @@ TEST_F(Actions, ATransactionIsKeptWholeOrNotAtAll) {
               ElementsAre("6"));
   EXPECT_THROW(database_->CommitTrans(), RuntimeError);
   EXPECT_THROW(database_->Rollback(), RuntimeError);
+
+  // A statement that failed behind its first row cannot be committed with what went before.
+  const std::vector<std::string> before = Rows("select * from owner");
+  database_->BeginTrans();
+  EXPECT_EQ(ErrorOf("update owner set code = 'same'"), 3022);
+  EXPECT_EQ(ErrorOf("update owner set name = 'x' where code = 'OW0001'"), 3219);
+  EXPECT_THROW(database_->CommitTrans(), RuntimeError);
+  EXPECT_EQ(Rows("select * from owner"), before);
+}
+
+TEST_F(Actions, AnInsertFillsInTheDefaultValues) {
+  test::FileBuilder builder(1);
+  const auto text = [&](const char* name, unsigned number) {
+    return test::BuiltColumn{name, 10, number, false, number, 80, 2, 9, 4};
+  };
+  const auto add = [&](const char* name, const char16_t* last_default) {
+    const auto value = [](const char* column, std::u16string_view expression) {
+      return test::BuiltProperty{column, "DefaultValue", 12, test::Utf16(expression)};
+    };
+    builder.AddTable(
+        name, {.columns = {text("a", 0), text("b", 1), text("c", 2), text("d", 3)}}, {},
+        builder.Properties({value("a", u"\"it\"\"s\""), value("b", u" =Format(Date(), 'yyyy') "),
+                            value("c", u"-1"), value("d", last_default)}));
+  };
+  add("good", u"no");
+  add("bad", u"NoSuchFunction()");
+  WriteWholeFile(path_, builder.Finish());
+  database_ = workspace_->OpenDatabase(path_);
+  database_->Execute("insert into good (d) values (null)");
+  database_->Execute("insert into good (a) values ('x')");
+  EXPECT_THAT(Rows("select * from good"), ElementsAre("it\"s|2026|-1|null", "x|2026|-1|False"));
+  EXPECT_EQ(ErrorOf("insert into bad (a) values ('x')"), 3073);
+  EXPECT_THAT(Rows("select * from bad"), IsEmpty());
+  EXPECT_EQ(database_->Execute("insert into bad (d) values ('given')"), 1);
 }
 
 TEST_F(Actions, EveryHandleSeesACommittedChangeAtItsNextOpen) {

@@ -20,24 +20,21 @@ TEST(NearestLanguage, PrefersTheSpellingOfTheReadersCountry) {
     std::vector<std::string> installed;
     std::string found;
   } cases[] = {
-      {"en_NZ.UTF-8", all, "en_AU"},
-      {"en_NZ", {"en_GB", "en_US"}, "en_GB"},
-      {"en-us", all, "en_US"},
-      {"en_IE@euro", all, "en_AU"},
-      {"de_CH", all, "de_DE"},
-      {"fr_FR", {"de_DE", "en_US"}, "en_US"},
-      {"", {"de_DE"}, "de_DE"},
-      {"en_NZ", {}, ""},
+      {"en_NZ.UTF-8", all, "en_AU"}, {"en_NZ", {"en_GB", "en_US"}, "en_GB"},
+      {"en-us", all, "en_US"},       {"en_IE@euro", all, "en_AU"},
+      {"de_CH", all, "de_DE"},       {"fr_FR", {"de_DE", "en_US"}, "en_US"},
+      {"", {"de_DE"}, "de_DE"},      {"en_NZ", {}, ""},
   };
-  for (const auto& c : cases) EXPECT_EQ(NearestLanguage(c.wanted, c.installed), c.found) << c.wanted;
+  for (const auto& c : cases)
+    EXPECT_EQ(NearestLanguage(c.wanted, c.installed), c.found) << c.wanted;
 }
 
 TEST(Speller, JudgesWordsAsAReaderWould) {
   const auto speller = Speller::Open({.language = "en_NZ", .user_words = {}, .folders = {}});
   EXPECT_EQ(speller->Language(), "en_AU");
-  for (const char* right :
-       {"colour", "Colour", "COLOUR", "“colour”", "(colour)", "tenant’s", "well-known", "Maori",
-        "Māori", "M\xC4\x81OrI2", "T00001", "jane@example.org", "www.example", "", "--", "\xFF\xFE"})
+  for (const char* right : {"colour", "Colour", "COLOUR", "“colour”", "(colour)", "tenant’s",
+                            "well-known", "Maori", "Māori", "M\xC4\x81OrI2", "T00001",
+                            "jane@example.org", "www.example", "", "--", "\xFF\xFE"})
     EXPECT_FALSE(speller->Misspelt(right)) << right;
   EXPECT_FALSE(speller->Misspelt(std::string(5000, 'x')));
   for (const char* wrong : {"recieve", "“recieve”", "Māhutq", "(teh"})

@@ -1,11 +1,25 @@
 #include "ui/editor/letter_editor.h"
 
+#include <QBuffer>
+#include <QMimeData>
+#include <QTextTable>
+#include <memory>
+
 #include "editor_fixture.h"
+#include "platform/richtext/document.h"
+#include "ui/editor/code_marker.h"
+#include "ui/editor/editor_actions.h"
+#include "ui/editor/letter_clipboard.h"
+#include "ui/editor/table_commands.h"
 
 namespace tenora {
 namespace {
 
-using testing::Test;
+constexpr const char* kTable =
+    "\\trowd\\trgaph108\\cellx2000\\cellx4000\\pard\\intbl a\\cell b\\cell\\row"
+    "\\trowd\\trgaph108\\trkeep\\clmgf\\cellx2000\\clmrg\\cellx4000\\pard\\intbl "
+    "wide\\cell\\cell\\row"
+    "\\pard ";
 
 class LetterEditorTest : public EditorTest {};
 
@@ -24,10 +38,176 @@ TEST_F(LetterEditorTest, ShowsWhatComesThroughTheBoxAsOneUndoStep) {
   box.SetSelText("one\r\ntwo");
   EXPECT_EQ(editor.toPlainText(), "Dear one\ntwo\nEnd");
   EXPECT_EQ(box.SelStart(), 12);
+  EXPECT_NE(box.TextRTF().find("\\b one"), std::string::npos) << box.TextRTF();
   editor.undo();
   EXPECT_EQ(box.Text(), "Dear x\r\nEnd");
   editor.redo();
   EXPECT_EQ(box.Text(), "Dear one\r\ntwo\r\nEnd");
+}
+
+TEST_F(LetterEditorTest, ShowsAMergeOfManyCodesAsOneUndoStepWithTheCaretWhereTheBoxPutIt) {
+  Open("\\pard\\f0\\fs24 <<A>> and <<B>>\\par <<C>>\\par");
+  Type("x");
+  const std::string before = box.TextRTF();
+  for (const char* code : {"<<A>>", "<<B>>", "<<C>>"}) {
+    std::string source = box.TextRTF();
+    source.replace(source.find(code), 5, "value");
+    box.SetTextRTF(source);
+  }
+  box.Select(3, 2);
+  EXPECT_EQ(box.SelText(), "lu");
+  editor.ShowBox();
+  EXPECT_EQ(editor.toPlainText(), "xvalue and value\nvalue");
+  EXPECT_EQ(editor.textCursor().selectedText(), "lu");
+  editor.undo();
+  EXPECT_EQ(box.TextRTF(), before);
+  editor.undo();
+  EXPECT_EQ(box.Text(), "<<A>> and <<B>>\r\n<<C>>");
+}
+
+TEST_F(LetterEditorTest, FindsAndSelectsThroughTablesAndHiddenText) {
+  Open(std::string(kTable) + "{\\v secret}{\\*\\bkmkstart m}{\\*\\bkmkend m}behind\\par");
+  const int found = box.Find("behind", 0);
+  EXPECT_EQ(found, 16);  // a b wide and an empty cell, each with its end; "secret"
+  EXPECT_EQ(editor.textCursor().selectedText(), "behind");
+  EXPECT_EQ(box.SelText(), "behind");
+  box.SetSelText("after");
+  EXPECT_NE(box.TextRTF().find("secret"), std::string::npos);
+  EXPECT_NE(box.TextRTF().find("bkmkstart m"), std::string::npos);
+  EXPECT_EQ(box.Text(), "a\tb\r\nwide\t\r\nsecretafter");
+}
+
+TEST_F(LetterEditorTest, KeepsAFieldFromGrowingAtItsEnd) {
+  Open("{\\field{\\*\\fldinst{HYPERLINK \"x\"}}{\\fldrslt link}}\\par");
+  box.Select(4, 0);
+  Type("s");
+  EXPECT_NE(box.TextRTF().find("link}}s"), std::string::npos) << box.TextRTF();
+}
+
+TEST_F(LetterEditorTest, ChangesTablesAndLeavesOtherRowsAsTheyWere) {
+  struct Case {
+    const char* name;
+    void (*run)(LetterEditor&);
+    const char* text;
+    const char* kept;  // in the source
+  };
+  const Case cases[] = {
+      {"row below", [](LetterEditor& e) { InsertTableRow(e, Side::kAfter); },
+       "a\tb\r\n\t\r\nwide\t\r\n", "\\trkeep\\clmgf"},
+      {"row above", [](LetterEditor& e) { InsertTableRow(e, Side::kBefore); },
+       "\t\r\na\tb\r\nwide\t\r\n", "\\trkeep\\clmgf"},
+      {"column right", [](LetterEditor& e) { InsertTableColumn(e, Side::kAfter); },
+       "a\t\tb\r\nwide\t\r\n", "\\cellx4000"},
+      {"remove row", [](LetterEditor& e) { RemoveTableRows(e); }, "wide\t\r\n", "\\trkeep\\clmgf"},
+      {"remove column", [](LetterEditor& e) { RemoveTableColumns(e); }, "b\r\nwide\t\r\n",
+       "\\cellx2000"},
+  };
+  for (const Case& c : cases) {
+    Open(kTable);
+    const std::string before = box.TextRTF();
+    c.run(editor);
+    EXPECT_EQ(box.Text(), c.text) << c.name;
+    EXPECT_NE(box.TextRTF().find(c.kept), std::string::npos) << c.name << box.TextRTF();
+    editor.undo();
+    EXPECT_EQ(box.Text(), "a\tb\r\nwide\t\r\n") << c.name;
+  }
+}
+
+TEST_F(LetterEditorTest, PastesTheRichestFormAndCopiesAllForms) {
+  struct Case {
+    const char* type;
+    const char* data;
+    const char* text;
+    const char* source;
+  };
+  const Case cases[] = {
+      {"text/rtf", "{\\rtf1{\\fonttbl{\\f3 Verdana;}}\\f3\\b bold}", "bold!", "\\b"},
+      {"text/rtf", "{\\rtf1 {{{{\\trowd\\cellx9999999999 \\bin99999 x", nullptr, ""},
+      {"text/html", "<p>one <i>two</i></p><img src='file:///etc/hostname'>", nullptr, "\\i two"},
+      {"text/html", "<table><tr><td>c1<td>c2</table>", nullptr, "\\cell"},
+      {"text/plain", "x\\y{z}", "x\\y{z}!", "\\\\y\\{z\\}"},
+  };
+  for (const Case& c : cases) {
+    Open("\\pard\\f0\\fs24 !");
+    QMimeData data;
+    data.setData(c.type, c.data);
+    editor.InsertBlocks(BlocksOf(data, editor.formats(), editor.CharAtCaret()));
+    if (c.text != nullptr) {
+      EXPECT_EQ(box.Text(), c.text);
+    }
+    EXPECT_NE(box.TextRTF().find(c.source), std::string::npos) << box.TextRTF();
+    editor.selectAll();
+    const std::unique_ptr<QMimeData> copy(CopySelection(editor.textCursor(), editor.formats()));
+    const std::string all = box.TextRTF();
+    Open("\\pard ");
+    editor.InsertBlocks(BlocksOf(*copy, editor.formats(), editor.CharAtCaret()));
+    EXPECT_NE(box.TextRTF().find(c.source), std::string::npos) << c.type << box.TextRTF();
+    EXPECT_TRUE(copy->hasHtml() && copy->hasText());
+  }
+}
+
+TEST_F(LetterEditorTest, OffersActionsThatActOnTheCaretsLetter) {
+  EditorActions actions;
+  EXPECT_FALSE(actions.FormatActions().front()->isEnabled());
+  actions.SetEditor(&editor);
+  Open("\\pard\\f0\\fs24 one\\par two");
+  box.Select(0, 7);
+  const auto run = [&](const char* name) {
+    for (const QList<QAction*>* group : {&actions.FormatActions(), &actions.InsertActions()}) {
+      for (QAction* action : *group) {
+        if (action->text().remove('&') == name) return action->trigger();
+      }
+    }
+    ADD_FAILURE() << name;
+  };
+  run("Bold");
+  run("Centre");
+  run("Bullets");
+  EXPECT_NE(box.TextRTF().find("\\b\\f0\\fs24 one"), std::string::npos) << box.TextRTF();
+  EXPECT_NE(box.TextRTF().find("\\qc"), std::string::npos);
+  EXPECT_NE(box.TextRTF().find("{\\pntxtb\\'B7}"), std::string::npos);
+  EXPECT_TRUE(actions.FormatActions().front()->isChecked());
+  editor.undo();
+  editor.undo();
+  editor.undo();
+  EXPECT_EQ(box.TextRTF().find("\\b\\f0"), std::string::npos) << box.TextRTF();
+  QImage image(2, 2, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  QByteArray png;
+  QBuffer buffer(&png);
+  image.save(&buffer, "PNG");
+  EXPECT_TRUE(actions.InsertPicture(png));
+  EXPECT_FALSE(actions.InsertPicture("no picture"));
+  EXPECT_NE(box.TextRTF().find("\\pngblip"), std::string::npos);
+}
+
+TEST_F(LetterEditorTest, CompletesAMergeCodeAndClosesIt) {
+  Open("\\pard\\f0\\fs24 ");
+  editor.SetCodes({"Tenant Name", "Tenant Code"});
+  Type("<<tenant n");
+  QTest::keyClick(QApplication::activePopupWidget() != nullptr ? QApplication::activePopupWidget()
+                                                               : static_cast<QWidget*>(&editor),
+                  Qt::Key_Return);
+  EXPECT_EQ(box.Text(), "<<Tenant Name>>");
+}
+
+TEST(CodeMarker, TellsKnownFromUnknownCodes) {
+  const QSet<QString> names{"Tenant Name"};
+  struct Case {
+    const char* text;
+    std::vector<CodeSpan::Kind> kinds;
+  };
+  using enum CodeSpan::Kind;
+  const Case cases[] = {{"<<Tenant Name>> <<tenant name>>", {kData, kUnknown}},
+                        {"<<?When?>> <<?\?>>", {kPrompt, kUnknown}},
+                        {"<<FutureDate:14:Days>> <<FutureDate:x:Days>>", {kFutureDate, kUnknown}},
+                        {"<<Future Date>> <<open", {kUnknown, kUnknown}},
+                        {"<< <<Tenant Name>>", {kData}}};
+  for (const Case& c : cases) {
+    std::vector<CodeSpan::Kind> kinds;
+    for (const CodeSpan& code : FindCodes(c.text, names)) kinds.push_back(code.kind);
+    EXPECT_EQ(kinds, c.kinds) << c.text;
+  }
 }
 
 }  // namespace

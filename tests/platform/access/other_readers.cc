@@ -1,8 +1,10 @@
-#include "platform/access/mdbtools.h"
+#include "platform/access/other_readers.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
@@ -99,23 +101,32 @@ void ExpectSameField(const access::Column& column, access::RowCursor& rows, std:
   }
 }
 
-bool IsKnownToMdbTools(ColumnType type) {
+bool IsKnownToOthers(ColumnType type) {
   return type != ColumnType::kBigInt && type != ColumnType::kDateTimeExtended &&
          type != ColumnType::kComplex;
 }
 
-}  // namespace
+// Others meet rows that have moved where they moved to. Where the first column has text that is
+// different in each row, the records are brought into our order by it.
+void SortAsOurs(const access::Table& table, std::vector<Record>& records) {
+  if (table.columns().front().type != ColumnType::kText) return;
+  std::map<std::string, std::size_t> order;
+  std::size_t count = 0;
+  for (const auto rows = table.Rows(); rows->Next(); ++count) {
+    order.emplace(rows->Text(0), count);
+  }
+  if (order.size() < count) return;
+  std::stable_sort(records.begin() + 1, records.end(),
+                   [&](const Record& left, const Record& right) {
+                     return order[left.at(0)] < order[right.at(0)];
+                   });
+}
 
-bool HasMdbTools() { return RunProcess({"mdb-export", "--version"}).status == 0; }
-
-void ExpectSameAsMdbExport(const access::DatabaseFile& database, const access::Table& table) {
-  SCOPED_TRACE("table " + table.name());
-  const ProcessResult result =
-      RunProcess({"mdb-export", "-D", "%Y-%m-%d", "-T", "%Y-%m-%d %H:%M:%S", "-0", kNull, "-b",
-                  "hex", database.path().string(), table.name()});
+void ExpectSame(const access::Table& table, const ProcessResult& result) {
   ASSERT_EQ(result.status, 0) << result.errors;
-  const std::vector<Record> records = ParseCsv(result.output);
+  std::vector<Record> records = ParseCsv(result.output);
   ASSERT_FALSE(records.empty());
+  SortAsOurs(table, records);
   std::size_t record = 1;  // behind the names
   for (const auto rows = table.Rows(); rows->Next(); ++record) {
     SCOPED_TRACE("row " + std::to_string(record));
@@ -124,10 +135,36 @@ void ExpectSameAsMdbExport(const access::DatabaseFile& database, const access::T
     for (std::size_t i = 0; i < table.columns().size(); ++i) {
       const access::Column& column = table.columns()[i];
       ASSERT_EQ(records[0][i], column.name);
-      if (IsKnownToMdbTools(column.type)) ExpectSameField(column, *rows, i, records[record][i]);
+      if (IsKnownToOthers(column.type)) ExpectSameField(column, *rows, i, records[record][i]);
     }
   }
   EXPECT_EQ(record, records.size());
+}
+
+// Where scripts/test.sh installs it.
+std::filesystem::path MdbReaderModules() { return SourceDir() / "build/mdb-reader/node_modules"; }
+
+}  // namespace
+
+bool HasMdbTools() { return RunProcess({"mdb-export", "--version"}).status == 0; }
+
+void ExpectSameAsMdbExport(const access::DatabaseFile& database, const access::Table& table) {
+  SCOPED_TRACE("mdb-export, table " + table.name());
+  ExpectSame(table, RunProcess({"mdb-export", "-D", "%Y-%m-%d", "-T", "%Y-%m-%d %H:%M:%S", "-0",
+                                kNull, "-b", "hex", database.path().string(), table.name()}));
+}
+
+std::string WhyNoMdbReader() {
+  if (RunProcess({"node", "--version"}).status != 0) return "node is not installed";
+  if (std::filesystem::exists(MdbReaderModules() / "mdb-reader")) return {};
+  return "mdb-reader is not in " + MdbReaderModules().string() + ": scripts/test.sh installs it";
+}
+
+void ExpectSameAsMdbReader(const access::DatabaseFile& database, const access::Table& table) {
+  SCOPED_TRACE("mdb-reader, table " + table.name());
+  const auto script = SourceDir() / "tests/platform/access/mdb_reader/export.mjs";
+  ExpectSame(table, RunProcess({"node", script.string(), MdbReaderModules().string(),
+                                database.path().string(), table.name()}));
 }
 
 }  // namespace tenora::test

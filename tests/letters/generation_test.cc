@@ -1,0 +1,113 @@
+// The routine as the window runs it; the command line's runs are tested through the program.
+#include "letters/generation.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "letters/template_library.h"
+#include "platform/runtime/files.h"
+#include "support/fake_platform.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Counting : public GenerationObserver {
+ public:
+  void LetterFinished(const LetterReport& report) override {
+    results.push_back(report.result);
+    if (after_letter) after_letter();
+  }
+  bool StopAsked() override { return results.size() >= stop_after; }
+
+  std::vector<LetterReport::Result> results;
+  std::size_t stop_after = 1000;
+  std::function<void()> after_letter;
+};
+
+class WindowGeneration : public testing::Test {
+ protected:
+  WindowGeneration() {
+    machine_.InstallSampleDatabase();
+    fs::create_directory(Data() / "Templates");
+    Template("Dear <<Tenant Name>>, <<Tenant Code>>");
+    request_.template_kind = kTemplates;
+    request_.template_name = "Notice";
+  }
+  void Template(const std::string& text) const {
+    WriteWholeFile(Data() / "Templates/Notice.rtf", "{\\rtf1\\ansi " + text + "\\par}");
+  }
+  fs::path Data() const { return machine_.ProgramFolder(); }
+  GenerationSummary Generate(const std::string& selection) {
+    return GenerateSelection(session_, request_, selection, observer_);
+  }
+  std::string Letter(const std::string& file) const {
+    return fs::exists(Data() / file) ? ReadWholeFile(Data() / file) : "no " + file;
+  }
+
+  test::FakePlatform machine_;
+  Session session_{machine_.Parts()};
+  GenerationRequest request_;
+  Counting observer_;
+};
+
+TEST_F(WindowGeneration, TakesTheFirstOfNamesakesAndNumbersTheLetters) {
+  EXPECT_TRUE(Generate("Tama O'Brien;Mei Huang;Tama O'Brien;").complete());
+  const std::string first = Letter("Tama O'Brien/Notice.rtf");
+  EXPECT_EQ(Letter("Tama O'Brien/Notice(1).rtf"), first);
+  EXPECT_THAT(Letter("Mei Huang/Notice.rtf"), HasSubstr("T00007"));
+}
+
+TEST_F(WindowGeneration, EndsAtAnErrorUnderTheHandlersNameAndIsResumed) {
+  WriteWholeFile(Data() / "Ben Huang", "in the way");
+  const GenerationSummary stopped = Generate("Mei Huang;Ben Huang;Ben Young;");
+  EXPECT_TRUE(stopped.stopped);
+  EXPECT_EQ(stopped.done, 1U);
+  EXPECT_EQ(stopped.untouched(), 1U);
+  ASSERT_EQ(stopped.failed.size(), 1U);
+  ASSERT_EQ(machine_.dialogs.shown().size(), 1U);
+  EXPECT_EQ(machine_.dialogs.shown()[0].title, "frmMain - cmdGenerate_Click");
+  EXPECT_EQ(machine_.dialogs.shown()[0].text, stopped.failed[0].problem);
+
+  fs::remove(Data() / "Ben Huang");
+  Generation resumption(session_, AfterError::kStop, observer_);
+  EXPECT_TRUE(resumption.Resume(stopped.log).complete());
+  EXPECT_THAT(Letter("Ben Young/Notice.rtf"), HasSubstr("T00028"));
+  EXPECT_THAT(Letter("Mei Huang/Notice(1).rtf"), HasSubstr("no Mei"));
+}
+
+TEST_F(WindowGeneration, NeedsTheTemplateOnlyAtItsBeginning) {
+  observer_.after_letter = [&] { fs::remove(Data() / "Templates/Notice.rtf"); };
+  EXPECT_TRUE(Generate("Mei Huang;Ben Huang;").complete());
+  EXPECT_THAT(Letter("Ben Huang/Notice.rtf"), HasSubstr("T00032"));
+  // Nothing is begun without it, and there is no log of nothing.
+  EXPECT_EQ(Generate("Mei Huang;").asked, 0U);
+  EXPECT_THAT(machine_.dialogs.Texts(), ElementsAre(HasSubstr("53 - File not found")));
+}
+
+TEST_F(WindowGeneration, StopsBetweenLettersWhenAsked) {
+  observer_.stop_after = 1;
+  const GenerationSummary stopped = Generate("Mei Huang;Ben Huang;");
+  EXPECT_TRUE(stopped.stopped);
+  EXPECT_EQ(stopped.done, 1U);
+  EXPECT_THAT(Letter("Ben Huang/Notice.rtf"), HasSubstr("no Ben"));
+}
+
+TEST_F(WindowGeneration, FindsTheLetterThatAKillLeftUnnoted) {
+  const fs::path log = Generate("Mei Huang;Ben Huang;").log;
+  std::string text = ReadWholeFile(log);
+  // As a kill before the group's sync leaves it: one letter whole, one name without content.
+  text.resize(text.find("saved\t"));
+  WriteWholeFile(log, text);
+  WriteWholeFile(Data() / "Ben Huang/Notice.rtf", "");
+  Generation resumption(session_, AfterError::kNextRecipient, observer_);
+  EXPECT_TRUE(resumption.Resume(log).complete());
+  EXPECT_THAT(Letter("Mei Huang/Notice(1).rtf"), HasSubstr("no Mei"));
+  EXPECT_THAT(Letter("Ben Huang/Notice.rtf"), HasSubstr("T00032"));
+}
+
+}  // namespace
+}  // namespace tenora

@@ -1,0 +1,117 @@
+#include "letters/run_log.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "letters/template_library.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+#include "support/test_files.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class RunLogTest : public testing::Test {
+ protected:
+  RunLogTest() {
+    fs::create_directory(data_);
+    request_.template_kind = kTemplates;
+    request_.template_name = "Weekly\\Notice";
+    request_.destination = Destination::kEmail;
+    request_.subject = "Tab\there, line\nbreak \\x0A \x1b[31m";
+    request_.answers = {{"Who = which\n?", "Ngā mihi\t"}};
+    request_.recipients = {{"Jane\nmailed\t2", "T1"}, {"Māhuta \\", "T2"}, {"..", ""}};
+  }
+  std::string Refusal(const fs::path& log) {
+    try {
+      RunLog::Resume(log, data_, clock_);
+      return "taken up";
+    } catch (const RuntimeError& error) {
+      return ErrorText(error);
+    }
+  }
+
+  test::ScratchFolder scratch_;
+  fs::path data_ = scratch_ / "data";
+  Clock clock_{Date::FromCalendar(2026, 11, 21, 9, 30)};
+  GenerationRequest request_;
+};
+
+TEST_F(RunLogTest, IsReadBackWhateverNamesItHolds) {
+  fs::path path;
+  {
+    RunLog log(data_, request_, clock_);
+    path = log.path();
+    EXPECT_EQ(path, data_ / "Letters 2026-11-21 093000.log");
+    EXPECT_EQ(RunLog(data_, request_, clock_).path(), data_ / "Letters 2026-11-21 093000 (1).log");
+    EXPECT_THAT(Refusal(path), HasSubstr("belongs to a run that is still at work"));
+    log.NoteFile(2, data_ / "Māhuta -" / "Notice(1).rtf");
+    log.Note(2, LetterState::kSaving);
+    log.Note(1, LetterState::kFailed, "61 - Disk\nfull");
+    log.Sync();
+  }
+  // What a kill in the middle of a line leaves.
+  WriteWholeFile(path, ReadWholeFile(path) + "mailed\t1\tJane");
+  const RunLog log = RunLog::Resume(path, data_, clock_);
+  EXPECT_EQ(log.request().subject, request_.subject);
+  EXPECT_EQ(log.request().answers, request_.answers);
+  EXPECT_EQ(log.request().recipients, request_.recipients);
+  EXPECT_EQ(log.request().destination, Destination::kEmail);
+  EXPECT_EQ(log.letter(1).state, LetterState::kFailed);
+  EXPECT_EQ(log.letter(1).detail, "61 - Disk\nfull");
+  EXPECT_EQ(log.letter(2).state, LetterState::kSaving);
+  EXPECT_EQ(log.letter(2).file, "Māhuta -/Notice(1).rtf");
+  EXPECT_EQ(log.letter(3).state, LetterState::kWaiting);
+  EXPECT_THAT(ReadWholeFile(path), testing::EndsWith("resumed\t2026-11-21 09:30:00\t\n"));
+}
+
+TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
+  request_.recipients = {{"Jane", "T1"}};
+  const fs::path path = RunLog(data_, request_, clock_).path();
+  const std::string good = ReadWholeFile(path);
+  struct Case {
+    std::string text;
+    const char* message;
+  };
+  const auto with = [&](const char* line) { return good + line + "\n"; };
+  const auto changed = [&](std::string_view part, std::string_view by) {
+    return ReplaceAll(good, part, by);
+  };
+  const Case cases[] = {
+      {"", "no run log"},
+      {"{\\rtf1}", "no run log"},
+      {changed("run log\t1", "run log\t2"), "another version of Tenora, in format 2"},
+      {good.substr(0, good.find("recipient")), "ends before its first letter"},
+      {changed(data_.string(), "/srv/else"), "in the data folder /srv/else; this is "},
+      {changed("093000.log", "093001.log"), "is a copy of the run log"},
+      {changed("destination\temail", "destination\tmoon"), "damaged in line 6"},
+      {changed("recipient\t1", "recipient\t2"), "damaged"},
+      {with("saved\t1\tJane\t../Jane/x.rtf\t"), "no letter in the folder of Jane"},
+      {with("saved\t1\tJane\tJane/../../x.rtf\t"), "no letter in the folder of Jane"},
+      {with("saved\t1\tJane\t/etc/x.rtf\t"), "no letter in the folder of Jane"},
+      {with("saved\t1\tJane\tTemplates/x.rtf\t"), "no letter in the folder of Jane"},
+      {with("saved\t1\tJane\tJane/passwd\t"), "no letter in the folder of Jane"},
+      {with("saved\t2\tJane\t\t"), "damaged in line 12"},
+      {with("saved\t0\tJane\t\t"), "damaged"},
+      {with("saved\t1\tAnn\t\t"), "damaged"},
+      {with("saved\t1\tJane\t\\x4\t"), "damaged"},
+      {with("delivered\t1\tJane\t\t"), "damaged"},
+      {good + std::string(20, '\0') + "\n", "damaged"},
+  };
+  for (const Case& hostile : cases) {
+    WriteWholeFile(path, hostile.text);
+    EXPECT_THAT(Refusal(path), HasSubstr(hostile.message)) << hostile.text;
+    EXPECT_EQ(ReadWholeFile(path), hostile.text) << "a refused log was changed";
+  }
+  WriteWholeFile(path, good);
+  fs::copy_file(path, data_ / "Copy.log");
+  EXPECT_THAT(Refusal(data_ / "Copy.log"), HasSubstr("is a copy of the run log Letters"));
+  EXPECT_EQ(Refusal(path), "taken up");
+}
+
+}  // namespace
+}  // namespace tenora

@@ -1,0 +1,20 @@
+// The mdbtools programs and the mdb-reader package as independent readers.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "platform/access/database_file.h"
+
+namespace tenora::test {
+
+bool HasMdbTools();
+// Why mdb-reader cannot be asked; empty when it can.
+std::string WhyNoMdbReader();
+
+// Expect every field of a table to be what the reader says. Dates before 1900, which mdb-export
+// cannot print, and types that one of them does not know are passed by.
+void ExpectSameAsMdbExport(const access::DatabaseFile& database, const access::Table& table);
+void ExpectSameAsMdbReader(const access::DatabaseFile& database, const access::Table& table);
+
+}  // namespace tenora::test

@@ -1,0 +1,141 @@
+// A batch of e-mails that is killed at every step of its run log and taken up again: nobody gets a
+// letter twice.
+#include <map>
+
+#include "agency.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+#include "support/mail_options.h"
+#include "support/smtp_server.h"
+
+namespace tenora {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class GenerateResume : public test::Agency {
+ protected:
+  void SetUp() override {
+    WriteTemplate("Note", "Dear <<Tenant Name>> (<<Tenant Code>>)");
+    ToServer(server_);
+  }
+  void ToServer(const test::SmtpServer& server) const {
+    fs::copy_file(test::SampleDatabase(), Database(), fs::copy_options::overwrite_existing);
+    test::SendMailTo(server.port(), Database());
+  }
+  test::ProcessResult Mail(const std::string& codes,
+                           const std::vector<std::string>& environment = {}) const {
+    std::vector<std::string> call{"generate", "--template", "Note",     "--to",
+                                  "email",    "--subject",  "Your rent"};
+    for (const std::string& code : Split(codes, " ")) {
+      call.insert(call.end(), {"--recipient", code});
+    }
+    return Run(call, {}, environment);
+  }
+  test::ProcessResult Resume() const { return Run({"generate", "--resume", Log().string()}); }
+  fs::path Log() const { return Home() / "Letters 2026-11-21 093000.log"; }
+  // Letters by the folder they lie in; everything made is taken away.
+  std::map<std::string, int> TakeLetters() const {
+    std::map<std::string, int> letters;
+    for (const auto& entry : fs::directory_iterator(Home())) {
+      if (!entry.is_directory() || entry.path().filename() == "Templates") continue;
+      for (const auto& file : fs::directory_iterator(entry)) {
+        if (file.path().extension() == ".rtf") ++letters[entry.path().filename()];
+      }
+      fs::remove_all(entry);
+    }
+    fs::remove(Log());
+    return letters;
+  }
+
+  test::SmtpServer server_{"plain"};
+};
+
+TEST_F(GenerateResume, AfterAKillAtAnyStepOfTheLogNobodyIsMailedTwice) {
+  const std::string killer = (test::BinaryDir() / "kill_at_log_step.so").string();
+  const char* const kNames[] = {"Noor Whaanga", "Élodie Evans-Pike"};
+  int step = 1, in_doubt = 0, before = 0;
+  for (;; ++step) {
+    SCOPED_TRACE("killed at step " + std::to_string(step));
+    const test::ProcessResult killed =
+        Mail("T00001 T00002", {"LD_PRELOAD=" + killer, "KILL_AT=" + std::to_string(step),
+                               "ASAN_OPTIONS=verify_asan_link_order=0"});
+    if (killed.status == 0) break;
+    ASSERT_EQ(killed.status, 128 + SIGKILL) << killed.errors;
+    const test::ProcessResult resumed = Resume();
+    const int sent = static_cast<int>(server_.Messages().size()) - before;
+    if (resumed.errors.find("ends before its first letter") != std::string::npos ||
+        resumed.errors.find("this is no run log") != std::string::npos) {
+      EXPECT_EQ(resumed.status, 1);
+      EXPECT_EQ(sent, 0);
+      EXPECT_TRUE(TakeLetters().empty());
+      continue;
+    }
+    const bool doubt = resumed.errors.find("1 of 2 letters mailed") != std::string::npos;
+    EXPECT_THAT(resumed.errors, HasSubstr(doubt ? ", 1 in doubt." : "2 of 2 letters mailed"));
+    EXPECT_EQ(resumed.status, doubt ? 1 : 0);
+    std::map<std::string, int> mailed;
+    for (int i = before + 1; i <= before + sent; ++i) ++mailed[server_.Envelope(i)];
+    for (const auto& [envelope, count] : mailed) EXPECT_EQ(count, 1) << envelope << " got two";
+    EXPECT_TRUE(sent == 2 || (doubt && sent == 1)) << sent;
+    in_doubt += doubt ? 1 : 0;
+
+    const test::ProcessResult again = Resume();
+    EXPECT_EQ(again.status, doubt ? 1 : 0);
+    EXPECT_EQ(static_cast<int>(server_.Messages().size()), before + sent);
+    before += sent;
+    const auto letters = TakeLetters();
+    for (const char* name : kNames)
+      EXPECT_EQ(letters.count(name) ? letters.at(name) : 0, 1) << name;
+  }
+  // Two letters take at least these steps; each can be caught between server and log.
+  EXPECT_GE(step, 14);
+  EXPECT_GE(in_doubt, 2);
+}
+
+TEST_F(GenerateResume, MailsOnlyWhomTheServerRefusedAndNamesTheReason) {
+  test::SmtpServer refusing("plain", {"refuse=tenant2@example.test"});
+  ToServer(refusing);
+  // T00006 has no address.
+  const test::ProcessResult first =
+      Run({"generate", "--template", "Note", "--to", "email", "--subject", "Rent", "--closed",
+           "--recipient", "T00006", "--recipient", "T00002", "--recipient", "T00001"});
+  EXPECT_EQ(first.status, 1);
+  EXPECT_THAT(first.errors, HasSubstr("Tama O'Brien (T00006): no e-mail address\n"));
+  EXPECT_THAT(first.errors, HasSubstr("Élodie Evans-Pike (T00002): -2147220977 - The server "
+                                      "rejected one or more recipient addresses."));
+  EXPECT_THAT(first.errors, HasSubstr("1 of 3 letters mailed, 2 failed."));
+  ToServer(server_);
+  const test::ProcessResult resumed = Resume();
+  EXPECT_THAT(resumed.errors, HasSubstr("2 of 3 letters mailed (1 of them before), 1 failed."));
+  ASSERT_EQ(server_.Messages().size(), 1U);
+  EXPECT_EQ(server_.Envelope(1), "office@example.test\ntenant2@example.test");
+  EXPECT_THAT(test::ParseMessage(server_.MessageFile(1)), HasSubstr("subject: Rent\n"));
+  EXPECT_EQ(TakeLetters().at("Élodie Evans-Pike"), 1) << "merged again";
+}
+
+TEST_F(GenerateResume, HoldsInDoubtWhatTheServerTookWithoutAWord) {
+  test::SmtpServer silent("hangup-BODY");
+  ToServer(silent);
+  const test::ProcessResult first = Mail("T00001");
+  EXPECT_EQ(first.status, 1);
+  EXPECT_THAT(first.errors, HasSubstr("0 of 1 letter mailed, 1 in doubt."));
+  EXPECT_THAT(first.errors, HasSubstr("In doubt: Noor Whaanga (T00001), "));
+  EXPECT_THAT(first.errors, testing::Not(HasSubstr("--resume")));
+  ToServer(server_);
+  EXPECT_EQ(Resume().status, 1);
+  EXPECT_TRUE(server_.Messages().empty());
+
+  // Cut before the text was on its way, it is a plain failure and is sent later.
+  TakeLetters();
+  test::SmtpServer early("hangup-RCPT");
+  ToServer(early);
+  EXPECT_THAT(Mail("T00001").errors, HasSubstr("0 of 1 letter mailed, 1 failed."));
+  ToServer(server_);
+  EXPECT_EQ(Resume().status, 0);
+  EXPECT_EQ(server_.Messages().size(), 1U);
+}
+
+}  // namespace
+}  // namespace tenora

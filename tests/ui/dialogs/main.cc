@@ -1,0 +1,10 @@
+// One application for all tests: it must end before the process's exit handlers run.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  const QApplication application(argc, argv);
+  return RUN_ALL_TESTS();
+}

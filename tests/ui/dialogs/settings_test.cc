@@ -1,0 +1,75 @@
+#include <gmock/gmock.h>
+
+#include <QTabWidget>
+#include <QThreadPool>
+
+#include "support/smtp_server.h"
+#include "ui/dialogs/dialogs_fixture.h"
+#include "ui/dialogs/frm_settings.h"
+#include "ui/dialogs/settings_tests.h"
+
+namespace tenora {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(TestDatabase, SaysWhatIsThereOrWhatIsWrong) {
+  const test::ScratchFolder folder;
+  const auto path = folder / "property.mdb";
+  EXPECT_THAT(TestDatabase(path).text, HasSubstr("There is no file"));
+  EXPECT_THAT(TestDatabase(folder.path()).text, HasSubstr("is a folder"));
+  EXPECT_THAT(TestDatabase({}).text, HasSubstr("full path"));
+  WriteWholeFile(path, "not a database");
+  EXPECT_FALSE(TestDatabase(path).good);
+  WriteWholeFile(path, ReadWholeFile(test::SampleDatabase()));
+  EXPECT_TRUE(TestDatabase(path).good);
+  EXPECT_THAT(TestDatabase(path).text, HasSubstr("42 tenancies, 5 of them closed"));
+  std::filesystem::rename(path, folder / "other.mdb");
+  EXPECT_THAT(TestDatabase(folder / "other.mdb").text, HasSubstr("must be called property.mdb"));
+}
+
+TEST(TestMailServer, LogsInAndSendsNothing) {
+  const test::SmtpServer server("plain");
+  mail::Server local;
+  local.host = "localhost";
+  local.port = server.port();
+  EXPECT_TRUE(TestMailServer(local).good) << TestMailServer(local).text;
+  EXPECT_THAT(server.Messages(), testing::IsEmpty());
+  EXPECT_FALSE(TestMailServer({}).good);
+  mail::Server refused = local;
+  refused.user = "office";
+  refused.password = "s3cret!";
+  const TestResult result = TestMailServer(refused);
+  EXPECT_FALSE(result.good);
+  EXPECT_THAT(result.text, testing::Not(HasSubstr("s3cret!")));
+}
+
+class SettingsTest : public DialogsTest {};
+
+TEST_F(SettingsTest, TestsTheLocationWhenItIsEnteredAndStoresIt) {
+  machine_.InstallSampleDatabase();
+  session_.options.SmtpPassword = "s3cret!";
+  frmSettings dialog(session_);
+  dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+  Press(dialog, "optNetworked");
+  const std::string path = (machine_.ProgramFolder() / "property.mdb").string();
+  Find<QLineEdit>(dialog, "txtDatabaseLocation")->setFocus();
+  Type(dialog, "txtDatabaseLocation", path.c_str());
+  QTest::keyClick(Find<QLineEdit>(dialog, "txtDatabaseLocation"), Qt::Key_Tab);
+  QThreadPool::globalInstance()->waitForDone();
+  QCoreApplication::processEvents();
+  EXPECT_THAT(Find<QLabel>(dialog, "lblTestDatabase")->text().toStdString(), HasSubstr("42"));
+  for (const QLabel* label : dialog.findChildren<QLabel*>())
+    EXPECT_FALSE(label->text().contains("s3cret!"));
+  Type(dialog, "txtDollar", "Pounds");
+  Press(dialog, "chkUnderline");
+  Press(dialog, "cmdOK");
+  EXPECT_EQ(Stored("Settings", "Networkable"), "1");
+  EXPECT_EQ(Stored("Settings", "DatabaseLocation"), path);
+  EXPECT_EQ(Stored("Cheque", "Dollar"), "Pounds");
+  EXPECT_EQ(Stored("Mail\\Spelling", "Underline"), "0");
+}
+
+}  // namespace
+}  // namespace tenora
