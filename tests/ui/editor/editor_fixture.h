@@ -5,18 +5,27 @@
 
 #include <QApplication>
 #include <QTest>
+#include <memory>
 
 #include "platform/richtext/rich_text_box.h"
 #include "ui/editor/letter_editor.h"
 
 namespace tenora {
 
-inline void StartQt() {
-  static int argc = 1;
-  static char name[] = "ui_editor_test";
-  static char* argv[] = {name, nullptr};
-  static QApplication application(argc, argv);
-}
+// The application ends before the process does: Qt's threads and fonts are then still there.
+class QtEnvironment : public ::testing::Environment {
+ public:
+  void SetUp() override { application_ = std::make_unique<QApplication>(argc_, argv_); }
+  void TearDown() override { application_.reset(); }
+
+ private:
+  int argc_ = 1;
+  char name_[15] = "ui_editor_test";
+  char* argv_[2] = {name_, nullptr};
+  std::unique_ptr<QApplication> application_;
+};
+inline ::testing::Environment* const kQtEnvironment =
+    ::testing::AddGlobalTestEnvironment(new QtEnvironment);
 
 class EditorTest : public ::testing::Test {
  protected:
@@ -33,7 +42,6 @@ class EditorTest : public ::testing::Test {
   }
   void Type(const char* keys) { QTest::keyClicks(&editor, keys); }
 
-  const bool started = (StartQt(), true);
   RichTextBox box;
   LetterEditor editor{box};
 };
