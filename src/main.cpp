@@ -1,6 +1,7 @@
 // The process: makes the parts the program stands on, hands them down and starts Main.
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
@@ -82,6 +83,8 @@ int RunGenerateCommand(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A file that may grow no further is an error to report, like a full disk, and not our end.
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     if (!arguments.empty() && arguments[0] == "generate") return RunGenerateCommand(arguments);

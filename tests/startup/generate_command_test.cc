@@ -209,7 +209,7 @@ TEST_F(Generate, AFailedLetterIsNamedAndLeavesNothingAndTheOthersAreMade) {
   // No room for a letter of this size, as on a full disk, yet for the log's lines.
   WriteTemplate("Long", "<<Tenant Code>>" + std::string(60'000, 'x'));
   const std::string shell =
-      "ulimit -f 40; trap '' XFSZ; exec \"$0\" generate --template \"$1\" --all --search huang";
+      "ulimit -f 40; exec \"$0\" generate --template \"$1\" --all --search huang";
   const std::string program = (test::BinaryDir() / "tenora").string();
   const std::vector<std::string> home{"TENORA_HOME=" + Home().string(),
                                       "TENORA_SETTINGS=" + (Home() / "s").string()};

@@ -127,6 +127,7 @@ RuntimeError FileError(int errno_value, const std::filesystem::path& path) {
       return StandardError(error_number::kPermissionDenied, path.string());
     case ENOSPC:
     case EDQUOT:
+    case EFBIG:
       return StandardError(error_number::kDiskFull, path.string());
     case EIO:
       return StandardError(error_number::kDeviceIoError, path.string());
