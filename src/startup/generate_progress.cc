@@ -42,7 +42,8 @@ std::string Rate(double rate) {
   return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);
 }
 
-const char* DoneWord(Destination destination) {
+const char* DoneWord(Destination destination, bool composed) {
+  if (composed) return "opened in the mail program";
   switch (destination) {
     case Destination::kFolder:
       return "saved";
@@ -142,12 +143,17 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
     errors_ << "In " << Letters(met - kMostOfAKind) << " more: " << TerminalLine(warning) << "\n";
   }
   if (summary.stopped) errors_ << "Stopped. ";
-  errors_ << summary.done << " of " << Letters(summary.asked) << ' ' << DoneWord(destination);
+  errors_ << summary.done << " of " << Letters(summary.asked) << ' '
+          << DoneWord(destination, summary.composed);
   if (summary.done_before > 0) errors_ << " (" << summary.done_before << " of them before)";
   if (!summary.failed.empty()) errors_ << ", " << summary.failed.size() << " failed";
   if (!summary.in_doubt.empty()) errors_ << ", " << summary.in_doubt.size() << " in doubt";
   if (summary.untouched() > 0) errors_ << ", " << summary.untouched() << " not begun";
   errors_ << ".\n";
+  if (summary.composed && summary.done > summary.done_before) {
+    errors_ << "Nothing is sent by itself: the option SmtpSend is off. Send each letter from its "
+               "window.\n";
+  }
   for (const LetterReport& report : summary.in_doubt) {
     errors_ << "In doubt: " << Name(report) << ", " << TerminalLine(report.file.string()) << "\n";
   }
