@@ -83,7 +83,7 @@ void frmMain::BuildFileMenu() {
   LetterCommand(file, "mnuExportPdf", tr("E&xport as PDF…"), {"pdf"},
                 [this](frmLetter& letter) { Output().ExportPdf(letter); });
   mail_action_ = LetterCommand(file, "mnuEmail", tr("E-&mail this Letter…"),
-                               {"mail", QKeySequence(tr("Ctrl+Shift+M"))},
+                               {"mail", QKeySequence(tr("Ctrl+Shift+E"))},
                                [this](frmLetter& letter) { Output().Email(letter); });
   file->addSeparator();
   Command(file, "mnuPrinterSetup", tr("P&rinter Set-up…"), {}, [this] { ShowPrinterSetup(); });

@@ -86,7 +86,7 @@ class Windows(unittest.TestCase):
 
     def mail_letter(self, server):
         self.screen.window(MAIN)
-        self.screen.keys("ctrl+shift+m")
+        self.screen.keys("ctrl+shift+e")
         self.screen.answer("E-mail this letter", "Return", text="Your inspection")
         wait_for("the message", (server.folder / "1.eml").exists)
         message = email.message_from_bytes((server.folder / "1.eml").read_bytes(),
