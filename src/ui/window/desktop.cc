@@ -1,7 +1,7 @@
 #include "ui/window/desktop.h"
 
 #include <QApplication>
-#include <QStyleFactory>
+#include <QProxyStyle>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -19,6 +19,17 @@ bool IsSet(const char* variable) {
   const char* value = std::getenv(variable);
   return value != nullptr && *value != '\0';
 }
+
+// Buttons say what they do; small pictures on them only make them restless.
+class PlainButtons : public QProxyStyle {
+ public:
+  PlainButtons() : QProxyStyle(QStringLiteral("Fusion")) {}
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* result) const override {
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+    return QProxyStyle::styleHint(hint, option, widget, result);
+  }
+};
 
 // Qt ends a process without a usable display by an abort; its user is better served by a sentence
 // and an exit status.
@@ -58,7 +69,7 @@ Desktop::Desktop(int& argc, char** argv) : state_(std::make_unique<State>(argc, 
   QApplication::setApplicationName(QStringLiteral("Tenora"));
   QApplication::setApplicationDisplayName(QString::fromLatin1(kApplicationTitle));
   QApplication::setWindowIcon(LineIcon("tenora"));
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setStyle(new PlainButtons);
 }
 
 Desktop::~Desktop() = default;
