@@ -386,7 +386,11 @@ void EditorActions::SetEditor(LetterEditor* editor) {
         connect(editor, &QTextEdit::currentCharFormatChanged, this, &EditorActions::Refresh),
         connect(editor->document(), &QTextDocument::undoAvailable, this, &EditorActions::Refresh),
         connect(editor->document(), &QTextDocument::redoAvailable, this, &EditorActions::Refresh),
-        connect(editor, &QObject::destroyed, this, &EditorActions::Refresh)};
+        connect(editor, &QObject::destroyed, this, [this] {
+          // What is left of it is no editor any more.
+          editor_.clear();
+          Refresh();
+        })};
   }
   Refresh();
 }

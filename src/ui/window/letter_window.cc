@@ -33,6 +33,10 @@ LetterWindow::LetterWindow(Session& session, QWidget* parent)
   };
 }
 
+LetterWindow::~LetterWindow() {
+  delete view_;  // before the letter it shows
+}
+
 void LetterWindow::ShowLetter() {
   editor().ShowBox();
   ShowCaption();

@@ -13,6 +13,7 @@ class LetterWindow : public QWidget {
 
  public:
   explicit LetterWindow(Session& session, QWidget* parent = nullptr);
+  ~LetterWindow() override;
 
   frmLetter& letter() { return letter_; }
   LetterView& view() { return *view_; }
