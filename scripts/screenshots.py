@@ -29,8 +29,8 @@ class Studio(Screen):
         wait_for("a drawn window", settled)
         smaller = ["-resize", f"{width}x"] if width else []
         subprocess.run(["convert", "-", *smaller, "-bordercolor", "#999", "-border", "1", "+dither",
-                        "-colors", "200", "-define", "png:compression-level=9", "-strip",
-                        PICTURES / f"{name}.png"], input=last[0], check=True)
+                        "-colors", "100", "-define", "png:compression-level=9", "-strip",
+                        f"png8:{PICTURES / name}.png"], input=last[0], check=True)
 
     def dialog(self, name, title, *keys):
         """The dialog that these keys of the main window open."""
@@ -53,7 +53,9 @@ class Studio(Screen):
 
 
 def main():
-    with Studio(ROOT / "build/release/tenora", "1280x800") as studio:
+    # The folder is shown in some windows, so its name is the same each time.
+    with Studio(ROOT / "build/release/tenora", "1280x800",
+                "/tmp/tenora") as studio:
         studio.start()
         studio.keys("ctrl+shift+f")
         studio.type("Welcome")
@@ -69,10 +71,6 @@ def main():
         studio.dialog("margins", "Page Margins", "alt+f", "r", "Return")
         studio.dialog("receipt-options", "Receipt Options", "alt+f", "r", "r", "Return")
         studio.dialog("about", "About", "alt+h", "a")
-        studio.dialog("spelling", "Spell Check", "F7")
-        # "Future Date" is the last of the Insert menu's codes.
-        studio.dialog("future-date", "Future Date", "alt+i", "Right", "Up", "Return")
-        studio.dialog("preview", "Welcome.*Print Preview", "ctrl+shift+p")
         studio.window_of(studio.main)
         studio.keys("ctrl+g")
         window = studio.window("Generate Letters")
@@ -80,6 +78,16 @@ def main():
         studio.keys("Tab", "space", "Down", "space")
         studio.take("generate", window)
         studio.keys("Escape")
+        studio.until_gone(window)
+        studio.window_of(studio.main)
+        studio.keys("ctrl+Home")
+        studio.type("Pleese read this. ")
+        studio.dialog("spelling", "Spell Check", "F7")
+        studio.window_of(studio.main)
+        studio.keys("ctrl+z")
+        # "Future Date" is the last of the Insert menu's codes.
+        studio.dialog("future-date", "Future Date", "alt+i", "Right", "Up", "Return")
+        studio.dialog("preview", "Welcome.*Print Preview", "ctrl+shift+p")
 
 
 main()

@@ -30,11 +30,16 @@ def wait_for(what, condition):
 
 
 class Screen:
-    """An X server without a window manager, and a scratch agency. Use it with `with`."""
+    """An X server without a window manager, and a scratch agency. Use it with `with`.
 
-    def __init__(self, program, size="1400x900"):
+    `folder` is new and goes at the end; without a name it gets one of its own.
+    """
+
+    def __init__(self, program, size="1400x900", folder=None):
         self.program = program
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tenora-screen-"))
+        if folder:
+            os.mkdir(folder)
+        self.folder = pathlib.Path(folder or tempfile.mkdtemp(prefix="tenora-screen-"))
         self.home = self.folder / "agency"
         shutil.copytree(SOURCE / "examples/agency", self.home)
         (self.home / "settings").mkdir()
