@@ -90,7 +90,10 @@ void RecipientView::mouseReleaseEvent(QMouseEvent* event) {
 void RecipientView::keyPressEvent(QKeyEvent* event) {
   if (event->key() != Qt::Key_Space) return QListView::keyPressEvent(event);
   const QModelIndex line = currentIndex();
-  if (line.isValid()) TickMarked(line.data(Qt::CheckStateRole).toInt() != Qt::Checked);
+  if (!line.isValid()) return;
+  // The line that Tab came to is current and not yet marked.
+  if (!selectionModel()->hasSelection()) setCurrentIndex(line);
+  TickMarked(line.data(Qt::CheckStateRole).toInt() != Qt::Checked);
 }
 
 void RecipientView::TickMarked(bool ticked) {

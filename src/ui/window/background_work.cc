@@ -88,8 +88,12 @@ void RunInBackground(QWidget* parent, const QString& title, Cancelling cancellin
     QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
   });
   QTimer show;
-  show.setSingleShot(true);
-  QObject::connect(&show, &QTimer::timeout, &dialog, &QDialog::show);
+  QObject::connect(&show, &QTimer::timeout, &dialog, [&] {
+    // A question of the work is open: over it, this window would keep the answer from it for good.
+    if (QApplication::activeModalWidget() != nullptr) return;
+    show.stop();
+    dialog.show();
+  });
   show.start(kShowAfter);
   loop.exec();
   worker.join();

@@ -83,7 +83,7 @@ void frmMain::BuildFileMenu() {
   LetterCommand(file, "mnuExportPdf", tr("E&xport as PDF…"), {"pdf"},
                 [this](frmLetter& letter) { Output().ExportPdf(letter); });
   mail_action_ = LetterCommand(file, "mnuEmail", tr("E-&mail this Letter…"),
-                               {"mail", QKeySequence(tr("Ctrl+Shift+M"))},
+                               {"mail", QKeySequence(tr("Ctrl+Shift+E"))},
                                [this](frmLetter& letter) { Output().Email(letter); });
   file->addSeparator();
   Command(file, "mnuPrinterSetup", tr("P&rinter Set-up…"), {}, [this] { ShowPrinterSetup(); });
@@ -141,6 +141,15 @@ void frmMain::BuildInsertMenu() {
         Guard("mnuInsertItem_Click",
               [&] { WithLetter([&item](frmLetter& letter) { letter.InsertItem(item); }); });
       });
+  insert->addSeparator();
+  insert->addAction(editor_actions_->InsertActions().first());  // a table
+  LetterCommand(insert, "mnuInsertPicture", tr("Pi&cture…"), {},
+                [](frmLetter& letter) { letter.InsertPicture(); });
+  LetterCommand(insert, "mnuInsertObject", tr("&File as Object…"), {},
+                [](frmLetter& letter) { letter.InsertOLEObject(); });
+  LetterCommand(insert, "mnuSaveEmbedded", tr("Sa&ve Embedded File…"), {},
+                [](frmLetter& letter) { letter.SaveEmbeddedFile(); });
+  insert->addAction(editor_actions_->InsertActions().last());  // a page break
 }
 
 void frmMain::BuildFormatMenu() {

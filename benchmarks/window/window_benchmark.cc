@@ -1,0 +1,104 @@
+// The windows over a large database: window_benchmark DATABASE. From the splash's end to the main
+// window drawn; a key in the tree's search box; the generate dialog opened, all recipients ticked,
+// a key in its search box. Each figure is the slowest of its kind.
+#include <QAbstractButton>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+
+#include "letters/template_library.h"
+#include "support/fake_platform.h"
+#include "ui/dialogs/frm_generate.h"
+#include "ui/window/frm_main.h"
+
+namespace tenora {
+namespace {
+
+constexpr double kUpGoal = 700, kAtOnce = 100;  // milliseconds
+constexpr int kRounds = 5;
+constexpr const char* kTyped = "young 1";
+
+double Milliseconds(const std::function<void()>& work) {
+  QElapsedTimer timer;
+  timer.start();
+  work();
+  return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+void Print(const char* what, double slowest, double goal) {
+  std::printf("%-45s %7.1f ms, goal %4.0f: %.2f times it\n", what, slowest, goal, slowest / goal);
+}
+
+// The slowest key, until the window is drawn again.
+double Type(QWidget& window, const char* field) {
+  auto* box = window.findChild<QWidget*>(QLatin1String(field));
+  double slowest = 0;
+  for (const char* c = kTyped; *c != '\0'; ++c) {
+    slowest = std::max(slowest, Milliseconds([&] {
+                         QKeyEvent key(QEvent::KeyPress, 0, Qt::NoModifier, QString(QChar(*c)));
+                         QApplication::sendEvent(box, &key);
+                         QApplication::processEvents();
+                         window.grab();
+                       }));
+  }
+  return slowest;
+}
+
+void Run(const std::filesystem::path& database) {
+  double up = 0, tree_key = 0, dialog_up = 0, tick_all = 0, dialog_key = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    test::FakePlatform machine;
+    std::filesystem::create_symlink(database, machine.ProgramFolder() / "property.mdb");
+    Session session(machine.Parts());
+    session.settings.SaveSettingText("Mail", "FormsAtStartup", "1");
+    const CommandLine line("");
+    const CommandParts parts{line, session, [] { return printing::Printers::Create({}); },
+                             std::cout};
+    std::unique_ptr<frmMain> window;
+    up = std::max(up, Milliseconds([&] {
+                    window = std::make_unique<frmMain>(parts);
+                    window->MDIForm_Load();
+                    window->show();
+                    QApplication::processEvents();
+                    window->grab();
+                  }));
+    if (round == 0) std::printf("%zu tenancies\n", session.caches.Tenants.size());
+    tree_key = std::max(tree_key, Type(*window, "txtTreeSearch"));
+
+    std::unique_ptr<frmGenerate> dialog;
+    dialog_up = std::max(dialog_up, Milliseconds([&] {
+                           dialog = std::make_unique<frmGenerate>(
+                               session.caches, std::string(kTemplates), "Notice", machine.dialogs);
+                           dialog->show();
+                           QApplication::processEvents();
+                           dialog->grab();
+                         }));
+    tick_all = std::max(tick_all, Milliseconds([&] {
+                          dialog->findChild<QAbstractButton*>("cmdSelectAll")->click();
+                          dialog->grab();
+                        }));
+    dialog_key = std::max(dialog_key, Type(*dialog, "txtSearch"));
+  }
+  Print("main window up after the splash", up, kUpGoal);
+  Print("a key in the tree's search box", tree_key, kAtOnce);
+  Print("generate dialog up", dialog_up, kAtOnce);
+  Print("all recipients ticked", tick_all, kAtOnce);
+  Print("a key in the dialog's search box", dialog_key, kAtOnce);
+}
+
+}  // namespace
+}  // namespace tenora
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  if (argc != 2) {
+    std::fprintf(stderr, "Usage: %s DATABASE\n", argv[0]);
+    return 2;
+  }
+  tenora::Run(std::filesystem::absolute(argv[1]));
+}

@@ -1,0 +1,133 @@
+#!/usr/bin/python3
+"""A property manager's morning in the built program's windows, from a template to sent letters.
+
+Usage: end_to_end_test.py PROGRAM. Ends with 77 (skipped) where there is no X server to be had.
+"""
+import email
+import email.policy
+import pathlib
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "support"))
+import screen
+from screen import MAIN, wait_for
+
+
+class MailServer:
+    """smtp_server.py on a free port of loopback."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        folder.mkdir()
+        self.process = subprocess.Popen(
+            [sys.executable, screen.SOURCE / "tests/support/smtp_server.py", folder, "plain"],
+            stdin=subprocess.PIPE)
+        wait_for("the mail server", (folder / "port").exists)
+        port = int((folder / "port").read_text())
+        self.stored_port = port - 65536 if port > 32767 else port  # the column has 16 bits
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.process.communicate()
+
+
+class Windows(unittest.TestCase):
+    def open_from_tree(self, name, *keys):
+        self.screen.window(MAIN)
+        self.screen.keys("ctrl+shift+f", "ctrl+a")
+        self.screen.type(name)
+        self.screen.keys("Return", *keys, "Return")
+
+    def plain_text(self, file):
+        return self.screen.run("html", str(file))
+
+    def insert_code_and_save(self):
+        template = self.screen.home / "Templates/Inspection notice.rtf"
+        self.open_from_tree("Inspection")
+        # "Tenant Code" is the last but four of the Insert menu's codes.
+        self.screen.keys("ctrl+End", "alt+i", "Right", *["Up"] * 5, "Return", "ctrl+s")
+        wait_for("the saved template", lambda: "<<Tenant Code>>" in template.read_text("latin-1"))
+
+    def generate_for_two(self):
+        self.screen.keys("ctrl+g")
+        dialog = self.screen.window("Generate Letters")
+        self.screen.type("Young")
+        # One recipient is ticked with the keyboard, the other with the mouse.
+        self.screen.keys("Tab", "space", "alt+s")
+        self.screen.click(dialog, 100, 60)
+        self.screen.keys("alt+g")
+        self.screen.until_gone(dialog)
+        for answer in ("Mere", "Ladders", "Hemi", "Dogs"):
+            self.screen.answer_box(answer)
+        for name, code, who, what in (("Ben Young", "T00028", "Mere", "Ladders"),
+                                      ("Kiri Young", "T00021", "Hemi", "Dogs")):
+            file = self.screen.home / name / "Inspection notice.rtf"
+            wait_for(f"the letter to {name}", file.exists)
+            text = self.plain_text(file)
+            for expected in (name, code, who, what):
+                self.assertIn(expected, text)
+            for left in ("&lt;&lt;", "<<"):
+                self.assertNotIn(left, text)
+
+    def print_letter(self):
+        printed = self.screen.home / "Printed"
+        self.open_from_tree("Ben Young", "Right", "Down")
+        self.screen.keys("ctrl+p")
+        self.screen.answer("Print", "Return")
+        pdf = wait_for("the printed PDF", lambda: next(printed.glob("*.pdf"), None))
+        text = subprocess.run(["pdftotext", pdf, "-"], capture_output=True, text=True,
+                              check=True).stdout
+        for expected in ("Dear Ben Young", "Mere", "T00028"):
+            self.assertIn(expected, text)
+
+    def mail_letter(self, server):
+        self.screen.window(MAIN)
+        self.screen.keys("ctrl+shift+e")
+        self.screen.answer("E-mail this letter", "Return", text="Your inspection")
+        wait_for("the message", (server.folder / "1.eml").exists)
+        message = email.message_from_bytes((server.folder / "1.eml").read_bytes(),
+                                           policy=email.policy.default)
+        self.assertEqual(message["subject"], "Your inspection")
+        self.assertEqual(message["to"], "tenant28@example.test")
+        self.assertIn("Dear Ben Young", message.get_body(("plain",)).get_content())
+
+    def check_spelling(self):
+        letter = self.screen.home / "Ben Young/Inspection notice.rtf"
+        self.screen.window(MAIN)
+        self.screen.keys("ctrl+Home")
+        self.screen.type("Pleese read this. ")
+        self.screen.keys("F7")
+        self.screen.answer("Spell Check", "Return", text="Please")
+        self.screen.answer("Spell Check", "Escape")  # the agency's name is no English word
+        self.screen.window(MAIN)
+        self.screen.keys("ctrl+s")
+        wait_for("the corrected letter", lambda: "Please read this." in self.plain_text(letter))
+
+    def close(self):
+        self.screen.keys("ctrl+q")
+        wait_for("the end of the program", lambda: self.screen.running.poll() is not None)
+        self.assertEqual(self.screen.running.returncode, 0)
+
+    def test_from_a_template_to_a_letter_on_paper_and_in_the_mail(self):
+        with screen.Screen(sys.argv[1]) as self.screen, \
+                MailServer(self.screen.folder / "mail") as server:
+            self.screen.run("query", "--write", str(self.screen.home / "property.mdb"),
+                            f"update options set SmtpSend=True, SmtpPort={server.stored_port}")
+            self.screen.start()
+            self.insert_code_and_save()
+            self.generate_for_two()
+            self.print_letter()
+            self.mail_letter(server)
+            self.check_spelling()
+            self.close()
+
+
+if __name__ == "__main__":
+    if screen.missing():
+        print("skipped, not installed:", *screen.missing())
+        sys.exit(77)
+    unittest.main(argv=sys.argv[:1])
