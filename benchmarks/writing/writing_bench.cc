@@ -52,6 +52,8 @@ class SlowStorage final : public access::Storage {
     void Truncate(std::uint64_t size) override { file_->Truncate(size); }
     void Sync() override { storage_.Sync(); }
     bool TryLock(access::LockKind kind) override { return file_->TryLock(kind); }
+    access::FileState State() override { return file_->State(); }
+    access::FileState MarkChanged() override { return file_->MarkChanged(); }
     bool IsAt(const std::filesystem::path& path) override { return file_->IsAt(path); }
 
    private:

@@ -255,8 +255,9 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenTheProcessIsKilled) {
   const Images images = MakeImages();
   const ScratchFolder scratch;
   const std::filesystem::path path = scratch / "property.mdb";
+  constexpr int kStride = kSlowBuild ? 3 : 1;
   int killed = 0;
-  for (int step = 0;; ++step) {
+  for (int step = 0;; step += kStride) {
     std::filesystem::copy_file(SampleDatabase(), path,
                                std::filesystem::copy_options::overwrite_existing);
     const pid_t child = ::fork();
@@ -274,7 +275,7 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenTheProcessIsKilled) {
     EXPECT_TRUE(none || left == 0) << step;
     const std::string found = ReadWholeFile(path);
     const auto same = [&](const Contents& image) {
-      return std::ranges::equal(std::as_bytes(std::span(found)), image);
+      return found == std::string_view(reinterpret_cast<const char*>(image.data()), image.size());
     };
     ASSERT_TRUE(same(images.before) || same(images.after)) << "step " << step;
     if (WIFEXITED(status)) {
@@ -285,7 +286,7 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenTheProcessIsKilled) {
     ++killed;
   }
   std::printf("%d times killed\n", killed);
-  EXPECT_GE(killed, images.steps - 1);
+  EXPECT_GE(killed * kStride, images.steps - 1);
 }
 
 }  // namespace
