@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "letters/template_library.h"
@@ -142,6 +143,23 @@ std::string SelectionText(std::span<const RecipientRow> chosen) {
     selection.append(name) += kNameEnd;
   }
   return selection;
+}
+
+std::string NamesakeQuestion(const Caches& caches, std::span<const RecipientRow> chosen) {
+  std::unordered_map<std::string_view, std::string_view> first;
+  for (const TenantRecord& tenant : caches.Tenants) first.emplace(tenant.KeyName, tenant.Reference);
+  std::string named;
+  for (const RecipientRow& row : chosen) {
+    const auto known = first.find(row.recipient.name);
+    if (row.recipient.code.empty() || known == first.end()) continue;
+    if (known->second == row.recipient.code) continue;
+    named.append("\r\n").append(row.text).append(", code ").append(row.recipient.code);
+    named.append(": the letter would go to ").append(known->second);
+  }
+  if (named.empty()) return named;
+  return "A name stands for the first tenant who bears it:" + named +
+         "\r\nTheir own letters are made by \"tenora generate\" with --recipient and the code. " +
+         "Go on all the same?";
 }
 
 std::vector<Recipient> SplitSelection(const Caches& caches, std::string_view template_kind,

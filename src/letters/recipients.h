@@ -52,6 +52,10 @@ std::string RemoveProperty(std::string_view item_text);
 // is given whole, where RemoveProperty would cut it into another's.
 std::string SelectionText(std::span<const RecipientRow> chosen);
 
+// Which of the chosen would see their letter made for a namesake, since the selection's text gives
+// only names: a question for the user, empty when there is none.
+std::string NamesakeQuestion(const Caches& caches, std::span<const RecipientRow> chosen);
+
 // The recipients of a selection text, in its order. Each name stands for the first tenant (or
 // owner) that bears it, as the text cannot tell namesakes apart. A name that itself holds ";" is
 // found again by putting its pieces together; one that nobody bears is kept, so that its letter

@@ -97,16 +97,20 @@ TEST_F(WindowGeneration, StopsBetweenLettersWhenAsked) {
 }
 
 TEST_F(WindowGeneration, FindsTheLetterThatAKillLeftUnnoted) {
-  const fs::path log = Generate("Mei Huang;Ben Huang;").log;
+  const fs::path log = Generate("Mei Huang;Ben Huang;Claire Xu;").log;
   std::string text = ReadWholeFile(log);
-  // As a kill before the group's sync leaves it: one letter whole, one name without content.
+  // As a kill before the group's sync leaves it: one letter whole, one name without content, one
+  // name that another run took.
   text.resize(text.find("saved\t"));
   WriteWholeFile(log, text);
   WriteWholeFile(Data() / "Ben Huang/Notice.rtf", "");
+  WriteWholeFile(Data() / "Claire Xu/Notice.rtf", "{\\rtf1 of another run}");
   Generation resumption(session_, AfterError::kNextRecipient, observer_);
   EXPECT_TRUE(resumption.Resume(log).complete());
   EXPECT_THAT(Letter("Mei Huang/Notice(1).rtf"), HasSubstr("no Mei"));
   EXPECT_THAT(Letter("Ben Huang/Notice.rtf"), HasSubstr("T00032"));
+  EXPECT_THAT(Letter("Claire Xu/Notice.rtf"), HasSubstr("of another run"));
+  EXPECT_THAT(Letter("Claire Xu/Notice(1).rtf"), HasSubstr("T00024"));
 }
 
 }  // namespace

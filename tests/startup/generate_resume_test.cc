@@ -113,6 +113,14 @@ TEST_F(GenerateResume, MailsOnlyWhomTheServerRefusedAndNamesTheReason) {
   EXPECT_EQ(server_.Envelope(1), "office@example.test\ntenant2@example.test");
   EXPECT_THAT(test::ParseMessage(server_.MessageFile(1)), HasSubstr("subject: Rent\n"));
   EXPECT_EQ(TakeLetters().at("Élodie Evans-Pike"), 1) << "merged again";
+
+  // Where no server answers, a batch does not try it for everybody.
+  {
+    test::SmtpServer gone("plain");
+    ToServer(gone);
+  }
+  EXPECT_THAT(Mail("T00001 T00002 T00003 T00005").errors,
+              HasSubstr("Stopped. 0 of 4 letters mailed, 3 failed, 1 not begun."));
 }
 
 TEST_F(GenerateResume, HoldsInDoubtWhatTheServerTookWithoutAWord) {

@@ -205,6 +205,13 @@ void frmGenerate::Generate() {
     dialogs_.Say("Nothing selected");
     return;
   }
+  const std::string question = NamesakeQuestion(caches_, model_->TickedRows());
+  const bool stay =
+      !question.empty() && dialogs_.Show({.text = question,
+                                          .buttons = Buttons::kYesNo,
+                                          .icon = Icon::kQuestion,
+                                          .default_answer = Answer::kNo}) == Answer::kNo;
+  if (stay) return;
   accept();
 }
 

@@ -1,5 +1,5 @@
-// Saving on file systems that lack hard links or the renaming that never replaces, as memory sticks
-// and some servers do.
+// Saving on file systems that lack files without a name, hard links or the renaming that never
+// replaces, as memory sticks and some servers do.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
@@ -15,6 +15,7 @@
 namespace {
 
 struct FileSystem {
+  bool unnamed_files = false;
   bool renames_without_replacing = true;
   bool links = true;
   bool modes = true;
@@ -39,6 +40,12 @@ extern "C" int renameat2(int from_folder, const char* from, int to_folder, const
 extern "C" int link(const char* from, const char* to) noexcept {
   if (!file_system.links) return Fail(EPERM);
   return static_cast<int>(::syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+extern "C" int linkat(int from_folder, const char* from, int to_folder, const char* to,
+                      int flags) noexcept {
+  if (!file_system.unnamed_files) return Fail(ENOENT);
+  return static_cast<int>(::syscall(SYS_linkat, from_folder, from, to_folder, to, flags));
 }
 
 extern "C" int fchmod(int fd, mode_t mode) noexcept {
@@ -76,17 +83,18 @@ TEST_P(FileSystems, SaveNewFilesAndNeverReplaceOne) {
 TEST_P(FileSystems, KeepNothingOfAFileThatDoesNotFit) {
   const test::ScratchFolder folder;
   const bool in_place = !file_system.renames_without_replacing && !file_system.links;
-  // Full only after the scratch file beside it, where the file is written a second time.
-  file_system.syncs_until_full = in_place ? 1 : 0;
+  // Full only after the scratch files, where the file is written once more.
+  file_system.syncs_until_full = in_place ? 2 : 0;
   EXPECT_THROW(WriteNewFile(folder / "letter.rtf", "one"), RuntimeError);
   EXPECT_EQ(Entries(folder), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, FileSystems,
-    testing::Values(FileSystem{}, FileSystem{.renames_without_replacing = false},
-                    FileSystem{.links = false, .modes = false},
-                    FileSystem{.renames_without_replacing = false, .links = false}));
+INSTANTIATE_TEST_SUITE_P(Kinds, FileSystems,
+                         testing::Values(FileSystem{.unnamed_files = true}, FileSystem{},
+                                         FileSystem{.renames_without_replacing = false},
+                                         FileSystem{.links = false, .modes = false},
+                                         FileSystem{.renames_without_replacing = false,
+                                                    .links = false}));
 
 }  // namespace
 }  // namespace tenora
