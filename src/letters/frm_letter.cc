@@ -52,8 +52,11 @@ frmLetter::frmLetter(Session& session) : session_(session) {
 }
 
 void frmLetter::LoadLetter(const fs::path& path, std::string_view kind, std::string_view type) {
+  // From before the reading: what comes in between is seen as a change.
+  const std::optional<FileState> found = StateOf(path);
   rtfLetter.LoadFile(path,
                      type == "TXT" ? RichTextBox::FileType::kText : RichTextBox::FileType::kRtf);
+  known_file_ = found;
   members_.FilePath = path.string();
   members_.Kind = kind;
   AfterLoadLetter();

@@ -2,6 +2,7 @@
 // a window around it shows the editor and the caption.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -134,6 +135,9 @@ class frmLetter {
   std::function<void(const RuntimeError& error)> OnSaveFailed;
   // Whether SaveAs may replace this file; where empty, it may.
   std::function<bool(const std::filesystem::path& path)> ConfirmReplace;
+  // Whether Save may write over what another program has put into the letter's file since it was
+  // loaded or saved here; where empty, it may.
+  std::function<bool(const std::filesystem::path& path)> ConfirmOverwrite;
   // The width of the current printer's paper in twips; where empty, A4's.
   std::function<int()> PaperWidth;
 
@@ -141,14 +145,25 @@ class frmLetter {
   std::string KindWord() const;
   std::filesystem::path LetterFolder() const;
   bool WriteLetter();
+  bool ChangedByOthers() const;
   void InsertFile(const std::string& title, const std::string& filter, bool as_picture);
   MergeTarget Target() { return MergeTarget{session_, members_, rtfLetter}; }
   // False when the letter's kind has no prompts, which is then said.
   bool InsertPromptMessage();
   void InsertCode(std::string_view name);
 
+  // How a file was found or left, to tell when another program changes it.
+  struct FileState {
+    std::string path;
+    std::filesystem::file_time_type time;
+    std::uintmax_t size = 0;
+    bool operator==(const FileState&) const = default;
+  };
+  static std::optional<FileState> StateOf(const std::filesystem::path& path);
+
   Session& session_;
   LetterMembers members_;
+  std::optional<FileState> known_file_;
 };
 
 }  // namespace tenora

@@ -122,6 +122,7 @@ bool frmLetter::WriteLetter() {
   try {
     BeforeSaveLetter();
     rtfLetter.SaveFile(members_.FilePath);
+    known_file_ = StateOf(members_.FilePath);
     written = true;
   } catch (...) {
     CallIfSet(OnSaveFailed, CurrentError());
@@ -129,8 +130,22 @@ bool frmLetter::WriteLetter() {
   return written;
 }
 
+std::optional<frmLetter::FileState> frmLetter::StateOf(const fs::path& path) {
+  std::error_code no_time, no_size;
+  FileState state{path.string(), fs::last_write_time(path, no_time), fs::file_size(path, no_size)};
+  if (no_time || no_size) return std::nullopt;
+  return state;
+}
+
+bool frmLetter::ChangedByOthers() const {
+  if (!known_file_ || known_file_->path != members_.FilePath) return false;
+  const std::optional<FileState> now = StateOf(members_.FilePath);
+  return now && *now != *known_file_;
+}
+
 bool frmLetter::Save() {
   if (members_.FilePath.empty()) return SaveAs();
+  if (ChangedByOthers() && ConfirmOverwrite && !ConfirmOverwrite(members_.FilePath)) return false;
   const bool written = WriteLetter();
   AfterLoadLetter();
   members_.Changed = !written;
@@ -238,8 +253,8 @@ void frmLetter::ChangeWidth(bool page_width) {
     const PageMargins margins = StoredMargins(session_.settings);
     constexpr long long kLeastWidth = 1440, kMostWidth = 100'000;
     const long long paper = PaperWidth ? PaperWidth() : kA4Width;
-    width = static_cast<int>(
-        std::clamp(paper - margins.left - margins.right, kLeastWidth, kMostWidth));
+    width =
+        static_cast<int>(std::clamp(paper - margins.left - margins.right, kLeastWidth, kMostWidth));
   });
   CallIfSet(OnWidthChanged, width);
 }

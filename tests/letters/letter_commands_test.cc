@@ -116,6 +116,28 @@ TEST_F(LetterCommandsTest, KeepsALetterThatCouldNotBeSavedMarkedAsChanged) {
   EXPECT_EQ(ReadWholeFile(Data() / "Templates/Other.rtf"), "another's");
 }
 
+TEST_F(LetterCommandsTest, AsksBeforeItWritesOverAnothersChangeOfTheFile) {
+  const fs::path path = Data() / "Notice.rtf";
+  WriteWholeFile(path, "{\\rtf1 old}");
+  letter_.LoadLetter(path, kTemplates);
+  int asked = 0;
+  bool answer = false;
+  letter_.ConfirmOverwrite = [&](const fs::path&) { return ++asked > 0 && answer; };
+  letter_.rtfLetter.SetText("mine");
+  EXPECT_TRUE(letter_.Save());
+  EXPECT_TRUE(letter_.Save());
+  EXPECT_EQ(asked, 0);
+  WriteWholeFile(path, "{\\rtf1 another's}");
+  letter_.rtfLetter.SetText("mine again");
+  EXPECT_FALSE(letter_.Save());
+  EXPECT_EQ(ReadWholeFile(path), "{\\rtf1 another's}");
+  EXPECT_TRUE(letter_.members().Changed);
+  answer = true;
+  EXPECT_TRUE(letter_.Save());
+  EXPECT_EQ(asked, 2);
+  EXPECT_NE(ReadWholeFile(path).find("mine again"), std::string::npos);
+}
+
 TEST_F(LetterCommandsTest, DeletesOnlyWhatIsSavedAndConfirmed) {
   letter_.Delete();
   EXPECT_EQ(LastBox().text, "This Templates has not been saved yet so cant be deleted.");

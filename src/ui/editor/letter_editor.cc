@@ -63,6 +63,12 @@ LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent) : QTextEdit(parent
   setFrameShape(QFrame::NoFrame);
   document()->documentLayout()->registerHandler(kLetterObject, new InlineObjects(document()));
   connect(document(), &QTextDocument::contentsChange, this, &LetterEditor::ContentsChanged);
+  connect(
+      document(), &QTextDocument::redoAvailable, this,
+      [this](bool redo) {
+        if (!redo && indents_wait_) FitIndentsToZoom();
+      },
+      Qt::QueuedConnection);
   connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &LetterEditor::LayOutPaper,
           Qt::QueuedConnection);
   SetPaper(PaperLook());
@@ -328,6 +334,15 @@ void LetterEditor::SetZoom(double zoom) {
   layout->setPaintDevice(&device_);
   LayOutPaper();
   formats_.SetZoom(zoom_);
+  FitIndentsToZoom();
+  document()->markContentsDirty(0, document()->characterCount());
+  emit ZoomChanged(zoom_);
+}
+
+// Waits while there is something to redo, which a change of the document would drop.
+void LetterEditor::FitIndentsToZoom() {
+  indents_wait_ = document()->isRedoAvailable();
+  if (indents_wait_) return;
   WithoutUndoStep([this] {
     for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
       const QTextBlockFormat format = block.blockFormat();
@@ -336,8 +351,6 @@ void LetterEditor::SetZoom(double zoom) {
         QTextCursor(block).setBlockFormat(formats_.Paragraph(formats_.ParagraphOf(format)));
     }
   });
-  document()->markContentsDirty(0, document()->characterCount());
-  emit ZoomChanged(zoom_);
 }
 
 // Changes that are of the looks alone become part of the writer's last step.

@@ -106,6 +106,7 @@ class LetterEditor : public QTextEdit, private RichTextView {
   bool LeaveList(const QKeyEvent& event);
   bool GoToCell(const QKeyEvent& event);
   void LayOutPaper();
+  void FitIndentsToZoom();
   void WithoutUndoStep(const std::function<void()>& change);
   QRectF VisiblePart() const;  // of the document
 
@@ -119,6 +120,7 @@ class LetterEditor : public QTextEdit, private RichTextView {
   std::optional<Change> pending_;
   std::optional<Snapshot> snapshot_;
   bool showing_ = false;
+  bool indents_wait_ = false;
 };
 
 }  // namespace tenora

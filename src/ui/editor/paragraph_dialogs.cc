@@ -73,13 +73,24 @@ class TabStopsDialog : public QDialog {
     connect(set, &QPushButton::clicked, this, &TabStopsDialog::Set);
     connect(remove, &QPushButton::clicked, this, &TabStopsDialog::Remove);
     connect(list_, &QListWidget::currentRowChanged, this, &TabStopsDialog::Choose);
+    const auto typed = [this] { typed_ = true; };
+    connect(position_, &QDoubleSpinBox::valueChanged, this, typed);
+    connect(kind_, &QComboBox::activated, this, typed);
+    connect(leader_, &QComboBox::activated, this, typed);
     List();
+  }
+
+  // A stop that was typed and not set yet counts as well.
+  void accept() override {
+    if (typed_) Set();
+    QDialog::accept();
   }
 
   const std::vector<richtext::TabStop>& tabs() const { return tabs_; }
 
  private:
   void List() {
+    typed_ = false;
     const QSignalBlocker blocker(list_);
     list_->clear();
     for (const richtext::TabStop& tab : tabs_) {
@@ -117,6 +128,7 @@ class TabStopsDialog : public QDialog {
     position_->setValue(tab.position / unit_.twips);
     kind_->setCurrentIndex(kind_->findData(int(tab.kind)));
     leader_->setCurrentIndex(std::max(0, leader_->findData(QString::fromStdString(tab.leader))));
+    typed_ = false;
   }
 
   LengthUnit unit_ = LocaleUnit();
@@ -124,6 +136,7 @@ class TabStopsDialog : public QDialog {
   QListWidget* list_;
   QDoubleSpinBox* position_;
   QComboBox *kind_, *leader_;
+  bool typed_ = false;
 };
 
 QDoubleSpinBox* PointsBox(QWidget* parent, int twips) {

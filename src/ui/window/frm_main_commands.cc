@@ -44,6 +44,14 @@ LetterWindow* frmMain::MakeLetterWindow() {
                            .icon = Icon::kQuestion,
                            .default_answer = Answer::kNo}) == Answer::kYes;
   };
+  window->letter().ConfirmOverwrite = [this](const std::filesystem::path& path) {
+    return dialogs().Show(
+               {.text = "Another program has changed this letter since it was opened:\r\n" +
+                        path.string() + "\r\nWrite over it?",
+                .buttons = Buttons::kYesNo,
+                .icon = Icon::kQuestion,
+                .default_answer = Answer::kNo}) == Answer::kYes;
+  };
   window->letter().PaperWidth = [this] { return printers_ ? printers_->Current().Width() : 0; };
   window->letter().ShowFutureDateDialog = [this](RichTextBox& editor) {
     frmFutureDate(editor, this).exec();

@@ -1,8 +1,10 @@
 #include "ui/editor/letter_editor.h"
 
 #include <QBuffer>
+#include <QDoubleSpinBox>
 #include <QMimeData>
 #include <QTextTable>
+#include <QTimer>
 #include <memory>
 
 #include "editor_fixture.h"
@@ -10,6 +12,7 @@
 #include "ui/editor/code_marker.h"
 #include "ui/editor/editor_actions.h"
 #include "ui/editor/letter_clipboard.h"
+#include "ui/editor/paragraph_dialogs.h"
 #include "ui/editor/table_commands.h"
 
 namespace tenora {
@@ -213,6 +216,26 @@ TEST_F(LetterEditorTest, KeepsMergeCodesInOneFormat) {
     editor.ChangeCharacters([](richtext::CharFormat& format) { format.bold = true; });
     EXPECT_NE(box.TextRTF().find("\\b <<Name>>\\b0 !"), std::string::npos) << box.TextRTF();
   }
+}
+
+TEST_F(LetterEditorTest, KeepsWhatCanBeRedoneWhenItZooms) {
+  Open("\\pard\\fi300\\ri200\\f0\\fs24 ab");
+  Type("x");
+  editor.undo();
+  editor.SetZoom(2);
+  editor.redo();
+  EXPECT_EQ(box.Text(), "xab");
+}
+
+TEST_F(LetterEditorTest, TakesATabStopThatWasTypedAndNotSet) {
+  QTimer::singleShot(0, [] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    dialog->findChild<QDoubleSpinBox*>()->setValue(1);
+    QTest::keyClick(dialog, Qt::Key_Return);
+  });
+  const auto tabs = AskTabStops(&editor, {});
+  ASSERT_TRUE(tabs.has_value() && tabs->size() == 1);
+  EXPECT_EQ(tabs->front().position, static_cast<int>(LocaleUnit().twips));
 }
 
 TEST_F(LetterEditorTest, GoesFromCellToCellWithTheTabKey) {
