@@ -1,6 +1,8 @@
 // The process: makes the parts the program stands on, hands them down and starts Main.
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
@@ -25,6 +27,17 @@
 #include "ui/window/desktop.h"
 
 namespace {
+
+// A standard descriptor that the caller has closed would be given to the next file that is opened,
+// and what is printed would end up in the rental database. What stands in for it here fails as the
+// closed one would.
+void KeepStandardDescriptorsTaken() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(fd, F_GETFD) == -1) {
+      static_cast<void>(::open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
+  }
+}
 
 std::string Environment(const char* name) {
   const char* value = std::getenv(name);
@@ -82,6 +95,9 @@ int RunGenerateCommand(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A file that may grow no further is an error to report, like a full disk, and not our end.
+  std::signal(SIGXFSZ, SIG_IGN);
+  KeepStandardDescriptorsTaken();
   try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     if (!arguments.empty() && arguments[0] == "generate") return RunGenerateCommand(arguments);

@@ -62,7 +62,8 @@ struct GenerationSummary {
   std::size_t done_before = 0;         // by the runs that this one resumes
   std::vector<LetterReport> failed;    // why not, each
   std::vector<LetterReport> in_doubt;  // to be looked at by a person
-  bool stopped = false;                // by StopAsked or, with kStop, by an error
+  bool stopped = false;   // by StopAsked, an error with kStop, or a mail server that never answers
+  bool composed = false;  // mailed means: opened in the mail program, for the user to send
   std::filesystem::path log;
 
   std::size_t untouched() const { return asked - done - failed.size() - in_doubt.size(); }

@@ -66,6 +66,9 @@ void LetterMaker::MergeTenant() {
 void LetterMaker::MergeOwner() {
   const OwnerMergeOutcome outcome = letter_.InsertOwnerDetails();
   if (outcome.error) throw *outcome.error;
+  if (!outcome.owner_found && letter_.members().RecipientName.empty()) {
+    throw LetterProblem("the owner has no name in the rental database");
+  }
   if (!outcome.owner_found) {
     throw LetterProblem("the rental database has no owner of this name");
   }

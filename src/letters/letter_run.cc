@@ -1,6 +1,9 @@
 #include "letters/letter_run.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
 #include <system_error>
 
 #include "platform/dialogs/guard.h"
@@ -17,6 +20,8 @@ constexpr const char* kLabel = "frmMain - cmdGenerate_Click";
 // One wait for the disk for all letters of about a second, and never for more letters than these.
 constexpr std::chrono::seconds kBetweenSyncs{1};
 constexpr std::size_t kLargestGroup = 8192;
+// A server that does not answer takes a minute to say so, of each letter again.
+constexpr int kMostUnconnected = 3;
 
 // One letter cannot be mailed; the next may well be.
 class MailProblem : public LetterProblem {
@@ -37,6 +42,16 @@ void RequireAddress(const std::string& address) {
 bool ConcernsEveryLetter(int number) {
   return number == mail::smtp_error::kCannotConnect || number == mail::smtp_error::kLoginRefused ||
          number == mail::smtp_error::kCertificate || number == mail::smtp_error::kSenderRefused;
+}
+
+// What a run is about to write, for the log: a file of this name may be another run's.
+std::string Fingerprint(std::string_view text) {
+  std::uint64_t hash = 0xCBF29CE484222325U;  // FNV-1a
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
+  std::array<char, 48> shown{};
+  std::snprintf(shown.data(), shown.size(), "%zu bytes, %016llx", text.size(),
+                static_cast<unsigned long long>(hash));
+  return shown.data();
 }
 
 bool Exists(const fs::path& path) {
@@ -150,7 +165,9 @@ bool LetterRun::Process(std::size_t number) {
   } catch (...) {
     const RuntimeError error = CurrentError();
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
-    return Fail(std::move(report), ErrorText(error));
+    const bool unconnected = error.number() == mail::smtp_error::kCannotConnect;
+    unconnected_ = unconnected ? unconnected_ + 1 : 0;
+    return Fail(std::move(report), ErrorText(error)) && unconnected_ < kMostUnconnected;
   }
 }
 
@@ -182,12 +199,18 @@ bool LetterRun::Make(LetterReport& report) {
 }
 
 fs::path LetterRun::SavedBefore(LetterReport& report) const {
-  const std::string& logged = log_.letter(report.number).file;
-  if (logged.empty()) return {};
-  const fs::path file = session_.database.DataFolder() / logged;
+  const LoggedLetter& logged = log_.letter(report.number);
+  if (logged.file.empty()) return {};
+  const fs::path file = session_.database.DataFolder() / logged.file;
   RemoveIfEmpty(file);
   if (!Exists(file)) return {};
-  if (IsWholeLetter(file)) return file;
+  const bool whole = IsWholeLetter(file);
+  // The run ended before it took the name, and another one did.
+  if (whole && logged.state == LetterState::kSaving && !logged.detail.empty() &&
+      Fingerprint(ReadWholeFile(file)) != logged.detail) {
+    return {};
+  }
+  if (whole) return file;
   report.warnings.push_back(file.string() +
                             " is damaged and was left as it is; the letter was made anew");
   return {};
@@ -200,9 +223,10 @@ void LetterRun::Save(LetterReport& report) {
   way.durability =
       request().destination == Destination::kEmail ? Durability::kSynced : Durability::kUntilSync;
   way.pdf_name_free = request().pdf;
+  const std::string fingerprint = Fingerprint(letter_->rtfLetter.TextRTF());
   way.before_write = [&](const fs::path& path) {
     log_.NoteFile(report.number, path);
-    log_.Note(report.number, LetterState::kSaving);
+    log_.Note(report.number, LetterState::kSaving, fingerprint);
     log_.Write();
   };
   try {
@@ -282,8 +306,10 @@ void LetterRun::Mail(LetterReport& report) {
     throw;
   } catch (const RuntimeError& error) {
     if (ConcernsEveryLetter(error.number())) throw;
+    unconnected_ = 0;
     throw MailProblem(ErrorText(error));
   }
+  unconnected_ = 0;
   log_.Note(report.number, LetterState::kMailed, address);
   try {
     log_.Write();
@@ -359,6 +385,7 @@ GenerationSummary LetterRun::Summary() const {
   summary.asked = log_.count();
   summary.done_before = done_before_;
   summary.stopped = stopped_;
+  summary.composed = request().destination == Destination::kEmail && !session_.options.SmtpSend;
   summary.log = log_.path();
   for (std::size_t number = 1; number <= log_.count(); ++number) {
     const LoggedLetter& letter = log_.letter(number);

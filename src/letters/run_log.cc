@@ -142,11 +142,11 @@ void RunLog::CheckOrigin(const fs::path& data_folder) const {
   const auto refuse = [](const std::string& why) {
     throw StandardError(error_number::kInvalidFileFormat, why);
   };
-  if (fs::path(run_.data_folder) != own || path_.parent_path() != own) {
+  if (fs::path(run_.data_folder) != own) {
     refuse(path_.string() + " is the log of a run in the data folder " + run_.data_folder +
            "; this is " + own.string());
   }
-  if (path_.filename() != run_.log_name) {
+  if (path_ != own / run_.log_name) {
     refuse(path_.string() + " is a copy of the run log " + run_.log_name +
            "; resume the original, which knows what was sent since");
   }

@@ -1,7 +1,10 @@
 #include "merge/prompts.h"
 
+#include <algorithm>
 #include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 
 #include "merge/catalogue.h"
 #include "platform/dialogs/dialogs.h"
@@ -14,25 +17,47 @@ namespace {
 // The stop is deliberate; it leaves this prompt and every later one in the letter.
 constexpr std::size_t kShortestPrompt = 6;
 
+// A prompt in a document's source, as far as it is asked.
+struct Prompt {
+  std::string_view code, message;  // with and without the brackets
+  std::size_t end = 0;             // behind the code
+};
+
+std::optional<Prompt> NextPrompt(std::string_view source, std::size_t from) {
+  const std::size_t start = source.find(kPromptStart, from);
+  if (start == std::string_view::npos) return std::nullopt;
+  const std::size_t close = source.find(kPromptEnd, start);
+  if (close == std::string_view::npos || close - start < kShortestPrompt) return std::nullopt;
+  const std::size_t message = start + kPromptStart.size(), end = close + kPromptEnd.size();
+  return Prompt{source.substr(start, end - start), source.substr(message, close - message), end};
+}
+
 }  // namespace
+
+std::vector<std::string> PromptMessages(const RichTextBox& editor) {
+  std::vector<std::string> messages;
+  std::size_t from = 0;
+  while (const auto prompt = NextPrompt(editor.TextRTF(), from)) {
+    std::string message = editor.ShownForm(prompt->message);
+    if (std::ranges::find(messages, message) == messages.end()) {
+      messages.push_back(std::move(message));
+    }
+    from = prompt->end;
+  }
+  return messages;
+}
 
 std::size_t InsertPrompts(const MergeTarget& target, const PromptAnswers& known) {
   RichTextBox& editor = target.editor;
   std::size_t cancelled = 0;
+  // A known answer that holds its own prompt would answer it for ever.
+  std::set<std::string, std::less<>> answered;
   // From the beginning after every answer: one that holds a prompt is asked in its turn.
-  for (;;) {
-    const std::string& source = editor.TextRTF();
-    const std::size_t start = source.find(kPromptStart);
-    if (start == std::string::npos) return cancelled;
-    const std::size_t end = source.find(kPromptEnd, start);
-    if (end == std::string::npos || end - start < kShortestPrompt) {
-      return cancelled;
-    }
-    const std::size_t message_start = start + kPromptStart.size();
-    const std::string message =
-        editor.ShownForm(std::string_view(source).substr(message_start, end - message_start));
+  while (const auto prompt = NextPrompt(editor.TextRTF(), 0)) {
+    const std::string message = editor.ShownForm(prompt->message);
     std::optional<std::string> answer;
-    if (const auto given = known.find(message); given != known.end()) {
+    const auto given = known.find(message);
+    if (given != known.end() && answered.insert(message).second) {
       answer = given->second;
     } else {
       // The word is "Tenant" for owner letters too.
@@ -40,9 +65,10 @@ std::size_t InsertPrompts(const MergeTarget& target, const PromptAnswers& known)
           message + "\r\nTenant : " + target.letter.RecipientName);
     }
     if (!answer) ++cancelled;
-    const std::string code = source.substr(start, end + kPromptEnd.size() - start);
-    editor.SetTextRTF(ReplaceAll(source, code, editor.SourceForm(answer.value_or(""))));
+    editor.SetTextRTF(
+        ReplaceAll(editor.TextRTF(), prompt->code, editor.SourceForm(answer.value_or(""))));
   }
+  return cancelled;
 }
 
 }  // namespace tenora

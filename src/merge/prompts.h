@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "merge/merge_target.h"
 
@@ -13,10 +14,15 @@ namespace tenora {
 // Answers given beforehand, by the prompt's message.
 using PromptAnswers = std::map<std::string, std::string, std::less<>>;
 
+// The messages that a merge of this text would ask, each once, as they are shown. One that holds a
+// code is given with the code, which the merge fills before it asks.
+std::vector<std::string> PromptMessages(const RichTextBox& editor);
+
 // Asks each prompt message of the letter once and puts the answer in all its places; cancelling
 // removes the prompt. A message that has its answer in `known` is not asked. A message of fewer
 // than three characters, or one that is not closed, ends the asking. An answer that holds a prompt
-// is asked in its turn. The result is how many were cancelled.
+// is asked in its turn, of the user where it repeats one that `known` has answered. The result is
+// how many were cancelled.
 std::size_t InsertPrompts(const MergeTarget& target, const PromptAnswers& known = {});
 
 }  // namespace tenora

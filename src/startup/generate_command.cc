@@ -14,6 +14,7 @@
 #include "platform/runtime/text.h"
 #include "rental/reload.h"
 #include "startup/generate_progress.h"
+#include "startup/prompt_answers.h"
 #include "startup/recipient_choice.h"
 #include "startup/stop_signals.h"
 
@@ -182,18 +183,25 @@ class GenerateCommand {
     return request;
   }
 
-  GenerationRequest AskedRequest() const {
+  GenerationRequest AskedRequest() {
     GenerationRequest request;
     request.template_kind = call_.Kind();
     request.template_name = call_.template_name;
     request.destination = call_.To();
     request.subject = call_.subject;
     request.pdf = call_.pdf;
-    for (const std::string& answer : call_.answers) {
-      const std::size_t equals = answer.find('=');
-      request.answers[answer.substr(0, equals)] = answer.substr(equals + 1);
+    if (!call_.answers.empty()) {
+      request.answers = MatchAnswers(call_.answers, PromptsOf(request));
     }
     return request;
+  }
+
+  std::vector<std::string> PromptsOf(const GenerationRequest& request) {
+    const TemplateLibrary library(session_.database.DataFolder());
+    RichTextBox text;
+    text.LoadFile(library.PathOf(request.template_kind, request.template_name),
+                  RichTextBox::FileType::kRtf);
+    return PromptMessages(text);
   }
 
   // The printer asked for now, else the one of the run that is resumed, else the default.

@@ -18,8 +18,12 @@ std::string Letters(std::size_t count) {
   return std::to_string(count) + (count == 1 ? " letter" : " letters");
 }
 
-// "Jane Smith (T00001)"
-std::string Name(const Recipient& recipient) {
+// "Jane Smith (T00001)"; the number finds somebody without a name in the run log.
+std::string Name(const LetterReport& report) {
+  const Recipient& recipient = report.recipient;
+  if (recipient.name.empty() && recipient.code.empty()) {
+    return "Recipient " + std::to_string(report.number) + ", without a name";
+  }
   return TerminalLine(recipient.code.empty() ? recipient.name
                                              : recipient.name + " (" + recipient.code + ")");
 }
@@ -38,7 +42,8 @@ std::string Rate(double rate) {
   return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);
 }
 
-const char* DoneWord(Destination destination) {
+const char* DoneWord(Destination destination, bool composed) {
+  if (composed) return "opened in the mail program";
   switch (destination) {
     case Destination::kFolder:
       return "saved";
@@ -83,7 +88,7 @@ void GenerateProgress::LetterFinished(const LetterReport& report) {
   if (!report.warnings.empty()) Warn(report);
   if (report.result != LetterReport::Result::kDone) {
     ClearLine();
-    errors_ << Name(report.recipient) << ": " << TerminalLine(report.problem) << std::endl;
+    errors_ << Name(report) << ": " << TerminalLine(report.problem) << std::endl;
   }
   const Clock::time_point now = Clock::now();
   const bool due =
@@ -98,7 +103,7 @@ void GenerateProgress::Warn(const LetterReport& report) {
     const std::size_t met = ++warnings_[warning];
     if (met > kMostOfAKind) continue;
     ClearLine();
-    errors_ << Name(report.recipient) << ": " << TerminalLine(warning) << std::endl;
+    errors_ << Name(report) << ": " << TerminalLine(warning) << std::endl;
   }
 }
 
@@ -138,15 +143,19 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
     errors_ << "In " << Letters(met - kMostOfAKind) << " more: " << TerminalLine(warning) << "\n";
   }
   if (summary.stopped) errors_ << "Stopped. ";
-  errors_ << summary.done << " of " << Letters(summary.asked) << ' ' << DoneWord(destination);
+  errors_ << summary.done << " of " << Letters(summary.asked) << ' '
+          << DoneWord(destination, summary.composed);
   if (summary.done_before > 0) errors_ << " (" << summary.done_before << " of them before)";
   if (!summary.failed.empty()) errors_ << ", " << summary.failed.size() << " failed";
   if (!summary.in_doubt.empty()) errors_ << ", " << summary.in_doubt.size() << " in doubt";
   if (summary.untouched() > 0) errors_ << ", " << summary.untouched() << " not begun";
   errors_ << ".\n";
+  if (summary.composed && summary.done > summary.done_before) {
+    errors_ << "Nothing is sent by itself: the option SmtpSend is off. Send each letter from its "
+               "window.\n";
+  }
   for (const LetterReport& report : summary.in_doubt) {
-    errors_ << "In doubt: " << Name(report.recipient) << ", " << TerminalLine(report.file.string())
-            << "\n";
+    errors_ << "In doubt: " << Name(report) << ", " << TerminalLine(report.file.string()) << "\n";
   }
   if (!summary.in_doubt.empty()) {
     errors_

@@ -207,9 +207,10 @@ TEST_F(ReceiptCommand, PrintsNothingWhereABuildingsNumberCannotBeIssued) {
   EXPECT_THAT(Printed(), IsEmpty());
 }
 
-TEST_F(ReceiptCommand, SaysWhatItCannotDoYet) {
-  ExpectRefused(Run({}), "windows");
-  ExpectRefused(Run({"/NewFormsInstalled"}), "windows");
+TEST_F(ReceiptCommand, WithoutADisplayTheWindowsSaySo) {
+  const std::vector<std::string> no_display{"QT_QPA_PLATFORM=", "DISPLAY=", "WAYLAND_DISPLAY="};
+  ExpectRefused(Run({}, "", no_display), "There is no display");
+  ExpectRefused(Run({"/NewFormsInstalled"}, "", no_display), "There is no display");
 }
 
 TEST_F(ReceiptCommand, PrintsALetterWithABadFutureDateButTellsOfIt) {

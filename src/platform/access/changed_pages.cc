@@ -55,7 +55,7 @@ std::uint32_t ChangedPages::Append() {
   return number;
 }
 
-void ChangedPages::Commit(ExclusiveAccess& access) {
+CommitStates ChangedPages::Commit(ExclusiveAccess& access) {
   Journal journal;
   journal.page_size = static_cast<std::uint32_t>(layout().page_size);
   journal.old_length = old_length_;
@@ -71,7 +71,8 @@ void ChangedPages::Commit(ExclusiveAccess& access) {
       journal.pages.push_back({number, page.before, page.now});
     }
   }
-  if (!journal.pages.empty() || !appended.empty()) access.Commit(journal, appended);
+  if (journal.pages.empty() && appended.empty()) return {};
+  return access.Commit(journal, appended);
 }
 
 }  // namespace tenora::access

@@ -23,7 +23,7 @@ class ChangedPages final : public PageFile {
   std::uint32_t Append();
 
   bool changed() const { return !pages_.empty(); }
-  void Commit(ExclusiveAccess& access);
+  CommitStates Commit(ExclusiveAccess& access);
 
  private:
   struct ChangedPage {

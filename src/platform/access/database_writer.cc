@@ -35,7 +35,7 @@ class OpenTransaction final : public WriteTransaction {
     return *table;
   }
 
-  void Commit() override {
+  CommitStates Commit() override {
     if (context_.spoiled) {
       throw RuntimeError(engine_error::kNotUpdatable,
                          "Operation must use an updateable query. A change to '" +
@@ -45,7 +45,7 @@ class OpenTransaction final : public WriteTransaction {
     }
     // Whatever comes of it, these pages must not be written again.
     context_.spoiled = true;
-    pages_->Commit(access_);
+    return pages_->Commit(access_);
   }
 
  private:

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "platform/access/database_file.h"
+#include "platform/access/file_state.h"
 
 namespace tenora::access {
 
@@ -62,8 +63,9 @@ class WritableTable {
   // Columns not named are null, false, or the next automatic number. These three raise 3022 (a
   // unique index has the key already), 3058 (null in a primary key), 3163 (longer than the column),
   // 3201 (the row it refers to is missing), 3200 (rows refer to it), 3314 (a required column is
-  // null), 3315 (an empty text where none is allowed), 3421 and 3349 (a value that the column cannot hold), 3047 (more than fits on a page),
-  // 3073; the transaction is then as before the call. Any other error spoils the transaction.
+  // null), 3315 (an empty text where none is allowed), 3421 and 3349 (a value that the column
+  // cannot hold), 3047 (more than fits on a page), 3073; the transaction is then as before the
+  // call. Any other error spoils the transaction.
   virtual RowId Insert(const std::vector<ColumnValue>& values) = 0;
   virtual void Update(RowId row, const std::vector<ColumnValue>& values) = 0;
   virtual void Delete(RowId row) = 0;
@@ -93,7 +95,7 @@ class WriteTransaction {
   // When it returns, the change would survive a power cut. After an error the file is as before,
   // or will be when it is next opened: 3026 (disk full), 3197 (another program has changed the
   // same pages), 3027, 3043. Call it once.
-  virtual void Commit() = 0;
+  virtual CommitStates Commit() = 0;
 };
 
 // Keeps transactions out while it lives, so that what is read is of one moment. In a process that

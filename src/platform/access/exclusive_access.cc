@@ -181,12 +181,14 @@ void ExclusiveAccess::Recover() {
   DropJournal();
 }
 
-void ExclusiveAccess::Commit(const Journal& journal, const std::vector<AppendedPage>& appended) {
-  NamingRefusals([&] {
+CommitStates ExclusiveAccess::Commit(const Journal& journal,
+                                     const std::vector<AppendedPage>& appended) {
+  return NamingRefusals([&] {
+    CommitStates states;
     RequireUnchanged(journal);
     SaveJournal(journal);
     try {
-      WritePages(journal, appended);
+      states = WritePages(journal, appended);
       journal_->Truncate(0);
     } catch (const StorageError&) {
       // If this fails as well, the journal stays, and the next to open the database takes back.
@@ -196,6 +198,7 @@ void ExclusiveAccess::Commit(const Journal& journal, const std::vector<AppendedP
     }
     journal_->Sync();
     journal_in_use_ = false;
+    return states;
   });
 }
 
@@ -229,8 +232,9 @@ void ExclusiveAccess::SaveJournal(const Journal& journal) {
   }
 }
 
-void ExclusiveAccess::WritePages(const Journal& journal,
-                                 const std::vector<AppendedPage>& appended) {
+CommitStates ExclusiveAccess::WritePages(const Journal& journal,
+                                         const std::vector<AppendedPage>& appended) {
+  CommitStates states{.before = database_->State(), .after = {}};
   // Those at the end first: a full disk shows before anything old is written over.
   for (const AppendedPage& page : appended) {
     database_->Write(std::uint64_t{page.number} * journal.page_size, page.bytes);
@@ -238,7 +242,9 @@ void ExclusiveAccess::WritePages(const Journal& journal,
   for (const JournalPage& page : journal.pages) {
     database_->Write(std::uint64_t{page.number} * journal.page_size, page.after);
   }
+  states.after = database_->MarkChanged();
   database_->Sync();
+  return states;
 }
 
 void ExclusiveAccess::TakeBack(const Journal& journal) {

@@ -42,14 +42,14 @@ class ExclusiveAccess {
   // cut. Raises 3026 (disk full), 3027 or 3043; the database then is as before, or will be when it
   // is next opened. 3197 when another program has changed a page or the length since it was read:
   // nothing is written.
-  void Commit(const Journal& journal, const std::vector<AppendedPage>& appended);
+  CommitStates Commit(const Journal& journal, const std::vector<AppendedPage>& appended);
 
  private:
   void LockJournal(std::chrono::milliseconds wait);
   void Recover();
   void RequireUnchanged(const Journal& journal);
   void SaveJournal(const Journal& journal);
-  void WritePages(const Journal& journal, const std::vector<AppendedPage>& appended);
+  CommitStates WritePages(const Journal& journal, const std::vector<AppendedPage>& appended);
   void TakeBack(const Journal& journal);
   void DropJournal();
 

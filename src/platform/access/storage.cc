@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,6 +11,19 @@
 
 namespace tenora::access {
 namespace {
+
+// The time now, in steps that network file systems keep too. Writes are given the time of the
+// system's last tick, or the next; this one lies between.
+timespec TimeBetweenTicks() {
+  constexpr long kStep = 100, kApart = 1000;  // nanoseconds
+  timespec now{}, tick{};
+  do {
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &tick);
+    ::clock_gettime(CLOCK_REALTIME, &now);
+  } while (now.tv_sec == tick.tv_sec && now.tv_nsec - tick.tv_nsec < kApart);
+  now.tv_nsec -= now.tv_nsec % kStep;
+  return now;
+}
 
 class OpenDiskFile final : public StorageFile {
  public:
@@ -77,6 +92,28 @@ class OpenDiskFile final : public StorageFile {
       if (errno != EINTR) throw StorageError(errno, path_, "lock");
     }
     return true;
+  }
+
+  FileState State() override {
+    // What the client of a network file system remembers may be seconds old.
+    struct statx status {};
+    constexpr int kFlags = AT_EMPTY_PATH | AT_STATX_FORCE_SYNC;
+    if (::statx(fd_, "", kFlags, STATX_BASIC_STATS, &status) != 0) return {};
+    return {.device = ::makedev(status.stx_dev_major, status.stx_dev_minor),
+            .inode = status.stx_ino,
+            .size = status.stx_size,
+            .seconds = status.stx_mtime.tv_sec,
+            .nanoseconds = status.stx_mtime.tv_nsec};
+  }
+
+  FileState MarkChanged() override {
+    const timespec mark = TimeBetweenTicks();
+    const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, mark};
+    // Only the file's owner may.
+    if (::futimens(fd_, times) != 0) return {};
+    const FileState state = State();
+    const bool exact = state.seconds == mark.tv_sec && state.nanoseconds == mark.tv_nsec;
+    return exact ? state : FileState();
   }
 
   bool IsAt(const std::filesystem::path& path) override {

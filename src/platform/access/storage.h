@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/access/bytes.h"
+#include "platform/access/file_state.h"
 
 namespace tenora::access {
 
@@ -39,6 +40,11 @@ class StorageFile {
   // A lock of the whole file against other open files, also those of this process, held until this
   // one is closed. False when another holds it.
   virtual bool TryLock(LockKind kind) = 0;
+  // The state of the file as its server knows it now, all zero where that cannot be had.
+  virtual FileState State() { return {}; }
+  // Gives the file a time of change that neither an earlier write nor a later one can show, however
+  // coarsely the file system counts time. The state then, all zero where it cannot be had.
+  virtual FileState MarkChanged() { return {}; }
   // Whether `path` still names this file.
   virtual bool IsAt(const std::filesystem::path& path) = 0;
 };

@@ -191,6 +191,8 @@ std::string WithoutSecrets(std::string text, const Server& server) {
 }
 
 int ErrorNumber(CURLcode code, const Conversation& conversation) {
+  // Silence behind the text is no missing connection.
+  if (conversation.text_asked_for && code == CURLE_OPERATION_TIMEDOUT) return smtp_error::kNotSent;
   switch (code) {
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_CONNECT:

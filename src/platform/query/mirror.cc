@@ -27,15 +27,15 @@ int LimitParameter(const Plan& plan) { return static_cast<int>(plan.parameters.s
 
 }  // namespace
 
-Mirror::Mirror(const std::filesystem::path& path, const FileState& state,
-               const MirrorSettings& settings)
+Mirror::Mirror(const std::filesystem::path& path, const access::FileState& state,
+               const MirrorSettings& settings, LoadedTables loaded)
     : state_(state),
-      settled_(IsSettled(state)),
       take_read_lock_(settings.take_read_lock),
       path_(path),
       file_(access::DatabaseFile::Open(path)),
       functions_{.now = settings.now, .error = {}},
-      time_limit_(settings.time_limit) {
+      time_limit_(settings.time_limit),
+      loaded_(std::move(loaded)) {
   constexpr int kFlags =
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX;
   const int status = sqlite3_open_v2(":memory:", &connection_, kFlags, nullptr);
@@ -105,21 +105,30 @@ std::unique_ptr<access::ReadLock> LockForReading(const std::filesystem::path& pa
 
 }  // namespace
 
-std::unique_ptr<MirrorTable> Mirror::Load(std::string_view name) {
+LoadedTables Mirror::LoadedExcept(const std::set<std::string>& names) const {
+  LoadedTables kept = loaded_;
+  std::erase_if(kept, [&](const auto& entry) { return names.contains(entry.second->name()); });
+  return kept;
+}
+
+std::shared_ptr<MirrorTable> Mirror::Load(std::string_view name) {
+  const std::string key = ToLower(name);
+  if (const auto known = loaded_.find(key); known != loaded_.end()) return known->second;
   const std::unique_ptr<access::ReadLock> lock = take_read_lock_ ? LockForReading(path_) : nullptr;
   // Another program may have written since the file was opened: then this table is read as it is
   // now, and not with a map of the file as it was.
   const std::shared_ptr<access::DatabaseFile> file =
-      ReadFileState(path_) == state_ ? file_ : access::DatabaseFile::Open(path_);
+      access::ReadFileState(path_) == state_ ? file_ : access::DatabaseFile::Open(path_);
   const access::Table* const table = file->FindTable(name);
-  return table == nullptr ? nullptr : std::make_unique<MirrorTable>(*table);
+  if (table == nullptr) return nullptr;
+  return loaded_.emplace(key, std::make_shared<MirrorTable>(*table)).first->second;
 }
 
 Catalogue::Entry Mirror::FindTable(std::string_view name) {
   const std::string key = ToLower(name);
   if (const auto known = numbers_.find(key); known != numbers_.end())
     return {.number = known->second, .table = tables_[known->second].get()};
-  std::unique_ptr<MirrorTable> table = Load(name);
+  std::shared_ptr<MirrorTable> table = Load(name);
   if (table == nullptr) return {};
   const std::size_t number = tables_.size();
   tables_.push_back(std::move(table));

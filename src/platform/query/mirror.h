@@ -8,13 +8,14 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "platform/access/database_file.h"
-#include "platform/query/file_state.h"
+#include "platform/access/file_state.h"
 #include "platform/query/functions.h"
 #include "platform/query/mirror_module.h"
 #include "platform/query/translator.h"
@@ -39,19 +40,22 @@ struct MirrorSettings {
   bool take_read_lock = true;
 };
 
+// Tables as read, by name in lower case.
+using LoadedTables = std::unordered_map<std::string, std::shared_ptr<MirrorTable>>;
+
 class Mirror : private MirrorTables, private Catalogue {
  public:
+  // `loaded` are tables that are in this state of the file as they were read from an earlier one.
   // Raises the errors of access::DatabaseFile::Open.
-  Mirror(const std::filesystem::path& path, const FileState& state, const MirrorSettings& settings);
+  Mirror(const std::filesystem::path& path, const access::FileState& state,
+         const MirrorSettings& settings, LoadedTables loaded = {});
   ~Mirror() override;
   Mirror(const Mirror&) = delete;
   Mirror& operator=(const Mirror&) = delete;
 
-  const FileState& state() const { return state_; }
-  // False when the file had changed so shortly before it was read that a further change might show
-  // the same time.
-  bool settled() const { return settled_; }
   const access::DatabaseFile& file() const { return *file_; }
+  // The tables read so far, but for those named (as the file spells them).
+  LoadedTables LoadedExcept(const std::set<std::string>& names) const;
 
   // A statement ready for its first step, and the plan it goes back to.
   struct Ready {
@@ -69,7 +73,7 @@ class Mirror : private MirrorTables, private Catalogue {
  private:
   MirrorTable* TableAt(std::size_t number) override;
   Entry FindTable(std::string_view name) override;
-  std::unique_ptr<MirrorTable> Load(std::string_view name);
+  std::shared_ptr<MirrorTable> Load(std::string_view name);
 
   std::shared_ptr<CachedPlan> FindPlan(std::string_view statement,
                                        const std::vector<Token>& tokens);
@@ -81,8 +85,7 @@ class Mirror : private MirrorTables, private Catalogue {
                        const char* database, const char* trigger);
   static int CheckProgress(void* mirror);
 
-  FileState state_;
-  bool settled_;
+  access::FileState state_;
   bool take_read_lock_;
   std::filesystem::path path_;
   std::shared_ptr<access::DatabaseFile> file_;
@@ -91,7 +94,8 @@ class Mirror : private MirrorTables, private Catalogue {
   std::chrono::steady_clock::time_point deadline_;
   bool creating_table_ = false;
   sqlite3* connection_ = nullptr;
-  std::vector<std::unique_ptr<MirrorTable>> tables_;
+  LoadedTables loaded_;
+  std::vector<std::shared_ptr<MirrorTable>> tables_;
   std::unordered_map<std::string, std::size_t> numbers_;                // by name in lower case
   std::unordered_map<std::string, std::shared_ptr<CachedPlan>> plans_;  // by shape
 };

@@ -98,7 +98,7 @@ std::int64_t Transaction::Execute(std::string_view statement) {
     // An error behind the first row leaves it so.
     half_done_ = &change != &changes.front();
     // From here on the mirror is behind.
-    changed_ = true;
+    changed_tables_.insert(table.name());
     if (action.kind == ActionKind::kDelete) {
       table.Delete(change.row);
     } else {
@@ -117,9 +117,9 @@ void Transaction::RequireWhole() const {
                      "DAO.Database");
 }
 
-void Transaction::Commit() {
+access::CommitStates Transaction::Commit() {
   RequireWhole();
-  transaction_->Commit();
+  return transaction_->Commit();
 }
 
 std::int64_t Transaction::Insert(const Action& action, std::string_view statement,
@@ -138,7 +138,7 @@ std::int64_t Transaction::Insert(const Action& action, std::string_view statemen
     values.push_back({names[i], Evaluate(*action.values[i], tokens)});
   }
   AddDefaults(table, values);
-  changed_ = true;
+  changed_tables_.insert(table.name());
   table.Insert(values);
   return 1;
 }
@@ -224,7 +224,7 @@ std::vector<Transaction::Change> Transaction::FindChanges(const Action& action,
 
 std::vector<Transaction::Change> Transaction::FindByMirror(const Action& action,
                                                            std::string_view statement) {
-  if (changed_) {
+  if (changed()) {
     throw StatementError(engine_error::kInvalidOperation,
                          "Invalid operation. Behind another change of the same transaction only "
                          "conditions of the form column = literal are run.",

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -28,9 +30,11 @@ class Transaction {
   // through the table's indexes; null for every other statement.
   std::unique_ptr<Recordset> TrySelect(std::string_view statement);
 
-  bool changed() const { return changed_; }
+  bool changed() const { return !changed_tables_.empty(); }
+  // The tables that the commit changes, as the file spells them.
+  const std::set<std::string>& changed_tables() const { return changed_tables_; }
   // Raises 3219 where a statement that failed has changed some of its rows.
-  void Commit();
+  access::CommitStates Commit();
 
  private:
   using Values = std::vector<access::ColumnValue>;
@@ -57,7 +61,7 @@ class Transaction {
 
   std::function<std::shared_ptr<Mirror>()> mirror_;
   std::unique_ptr<access::WriteTransaction> transaction_;
-  bool changed_ = false;
+  std::set<std::string> changed_tables_;
   bool half_done_ = false;
 };
 

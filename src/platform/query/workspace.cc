@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 #include <unordered_map>
 
 #include "platform/query/engine.h"
@@ -12,37 +13,66 @@ namespace {
 
 constexpr int kTransactionOrder = 3034;
 
-// The mirrors of the files opened so far, each as long as its file is unchanged.
+// The mirrors of the files opened so far, each as long as its file is unchanged, and its tables
+// beyond that where we know what has changed: a commit of our own that found the file in the state
+// they were read from leaves those it did not touch as they are.
 class Mirrors {
  public:
   explicit Mirrors(MirrorSettings settings) : settings_(std::move(settings)) {}
 
   std::shared_ptr<Mirror> Get(const std::filesystem::path& path) {
-    const FileState state = ReadFileState(path);
-    if (const auto known = mirrors_.find(path.string()); known != mirrors_.end()) {
-      if (known->second->state() == state && known->second->settled()) return known->second;
-      mirrors_.erase(known);
-    }
-    auto mirror = std::make_shared<Mirror>(path, state, settings_);
+    const access::FileState state = access::ReadFileState(path);
     // Few programs open more than one database; a mirror too many only costs reading it again.
     constexpr std::size_t kMostMirrors = 4;
-    if (mirrors_.size() >= kMostMirrors) mirrors_.clear();
-    mirrors_.emplace(path.string(), mirror);
+    const std::string key = path.string();
+    if (mirrors_.size() >= kMostMirrors && !mirrors_.contains(key)) mirrors_.clear();
+    Entry& entry = mirrors_[key];
+    LoadedTables kept;
+    if (entry.mirror != nullptr && entry.settled && entry.state == state) {
+      if (entry.changed.empty()) return entry.mirror;
+      kept = entry.mirror->LoadedExcept(entry.changed);
+    }
+    entry.mirror = nullptr;
+    auto mirror = std::make_shared<Mirror>(path, state, settings_, std::move(kept));
+    entry = {.mirror = mirror,
+             .state = state,
+             .settled = access::IsSettled(state) || state == entry.committed,
+             .changed = {},
+             .committed = entry.committed};
     return mirror;
+  }
+
+  // Takes note of a commit of our own, which changed these tables.
+  void Follow(const std::filesystem::path& path, const access::CommitStates& states,
+              const std::set<std::string>& changed) {
+    Entry& entry = mirrors_[path.string()];
+    const bool known = states.before != access::FileState() && states.after != access::FileState();
+    if (!known || !entry.settled || entry.state != states.before) entry.mirror = nullptr;
+    entry.state = states.after;
+    entry.committed = states.after;
+    entry.changed.insert(changed.begin(), changed.end());
   }
 
   // A mirror read while this process itself keeps other writers out.
   std::shared_ptr<Mirror> ReadWithinTransaction(const std::filesystem::path& path) const {
     MirrorSettings settings = settings_;
     settings.take_read_lock = false;
-    return std::make_shared<Mirror>(path, ReadFileState(path), settings);
+    return std::make_shared<Mirror>(path, access::ReadFileState(path), settings);
   }
 
   void Forget(const std::filesystem::path& path) { mirrors_.erase(path.string()); }
 
  private:
+  struct Entry {
+    std::shared_ptr<Mirror> mirror;  // null for none of use
+    access::FileState state;         // in which the file holds what the mirror does, but for
+    bool settled = false;            // what `changed` names
+    std::set<std::string> changed;
+    access::FileState committed;  // by our own last commit: no other change shows its time
+  };
+
   MirrorSettings settings_;
-  std::unordered_map<std::string, std::shared_ptr<Mirror>> mirrors_;
+  std::unordered_map<std::string, Entry> mirrors_;
 };
 
 class MirrorDatabase : public Database {
@@ -96,7 +126,13 @@ class MirrorDatabase : public Database {
   void CommitTrans() override {
     if (transaction_ == nullptr) throw OrderError("You tried to commit without a transaction.");
     const std::unique_ptr<Transaction> ending = EndTransaction();
-    ending->Commit();
+    if (!ending->changed()) return;
+    try {
+      mirrors_->Follow(path_, ending->Commit(), ending->changed_tables());
+    } catch (...) {
+      mirrors_->Forget(path_);
+      throw;
+    }
   }
 
   void Rollback() override {
@@ -109,12 +145,9 @@ class MirrorDatabase : public Database {
     return RuntimeError(kTransactionOrder, description, "DAO.Workspace");
   }
 
-  // The mirror follows only after the file: the next statement reads it anew.
+  // The mirror follows only after the file: the next statement asks for it anew.
   std::unique_ptr<Transaction> EndTransaction() {
-    if (transaction_->changed()) {
-      mirrors_->Forget(path_);
-      mirror_.reset();
-    }
+    if (transaction_->changed()) mirror_.reset();
     transaction_mirror_.reset();
     return std::move(transaction_);
   }

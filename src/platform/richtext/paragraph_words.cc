@@ -19,7 +19,8 @@ using Words = std::unordered_map<std::string_view, Handler>;
 constexpr int kLongestLength = 100'000;  // twips, beyond every sheet of paper
 constexpr int kMostSpace = 1440;         // twips between a border and its text
 constexpr std::size_t kMostTabs = 64;
-constexpr int kDeepestNesting = 15;
+// An editor lays a table out twice for each table around it.
+constexpr int kDeepestNesting = 8;
 
 int Length(const Token& word) { return std::clamp(word.param, -kLongestLength, kLongestLength); }
 

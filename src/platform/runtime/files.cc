@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
@@ -56,6 +57,23 @@ bool CreateInPlace(const std::filesystem::path& path, std::string_view content,
     throw;
   }
   return true;
+}
+
+// Writes a file that has no name yet and gives it one, so that a kill at any moment leaves nothing
+// behind. False when the name is taken, nothing where the file system lacks such files.
+std::optional<bool> CreateUnnamed(const std::filesystem::path& path, std::string_view content,
+                                  Durability durability) {
+  const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+  const FileDescriptor fd(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
+  if (fd.get() < 0) return std::nullopt;
+  WriteAll(fd.get(), content, path);
+  Sync(fd.get(), durability, path);
+  const std::string by_number = "/proc/self/fd/" + std::to_string(fd.get());
+  if (::linkat(AT_FDCWD, by_number.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+    return true;
+  }
+  if (errno == EEXIST) return false;
+  return std::nullopt;
 }
 
 // A file beside the target that is removed unless it is renamed in time.
@@ -127,6 +145,7 @@ RuntimeError FileError(int errno_value, const std::filesystem::path& path) {
       return StandardError(error_number::kPermissionDenied, path.string());
     case ENOSPC:
     case EDQUOT:
+    case EFBIG:
       return StandardError(error_number::kDiskFull, path.string());
     case EIO:
       return StandardError(error_number::kDeviceIoError, path.string());
@@ -171,6 +190,7 @@ void WriteWholeFile(const std::filesystem::path& path, std::string_view content)
 
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
                   Durability durability) {
+  if (const auto created = CreateUnnamed(path, content, durability)) return *created;
   return ScratchFile(path, content, durability).TakeFreeName(content);
 }
 

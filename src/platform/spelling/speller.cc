@@ -67,7 +67,11 @@ class HunspellSpeller : public Speller {
         engine_(affixes.c_str(), fs::path(affixes).replace_extension(".dic").c_str()),
         text_(engine_.get_dict_encoding()),
         user_words_(std::move(user_words)) {
-    for (const std::string& word : UserWords()) Learn(word);
+    try {
+      for (const std::string& word : WordsIn(UserFile())) Learn(word);
+    } catch (const RuntimeError&) {
+      // No reason not to check; AddWord, which would write the file, raises it.
+    }
   }
 
   const std::string& Language() const override { return language_; }
@@ -101,12 +105,12 @@ class HunspellSpeller : public Speller {
     if (word.empty() || word.size() > kLongestWord) return;
     Learn(word);
     if (user_words_.empty()) return;
-    // Read anew: another program may have added words of its own.
-    std::vector<std::string> words = UserWords();
+    // Read anew: another program may have added words of its own. What is no word of ours stays.
+    std::string content = UserFile();
+    const std::vector<std::string> words = WordsIn(content);
     if (std::ranges::find(words, word) != words.end()) return;
-    words.push_back(word);
-    std::string content;
-    for (const std::string& own : words) content.append(own).append("\n");
+    if (!content.empty() && !content.ends_with('\n')) content.append("\n");
+    content.append(word).append("\n");
     std::error_code ignored;
     fs::create_directories(user_words_.parent_path(), ignored);
     WriteWholeFile(user_words_, content);
@@ -126,15 +130,22 @@ class HunspellSpeller : public Speller {
     if (const std::optional<std::string> encoded = text_.Encode(word)) engine_.add(*encoded);
   }
 
-  // A file that cannot be read holds no words; one that is too large is not ours.
-  std::vector<std::string> UserWords() const {
-    std::vector<std::string> words;
+  // Empty without a file; raises 75 for one that is too large to be ours.
+  std::string UserFile() const {
     std::error_code error;
-    const std::uintmax_t size = fs::file_size(user_words_, error);
-    if (user_words_.empty() || error || size > kLargestUserFile) return words;
-    for (std::string& line : Split(ReadWholeFile(user_words_), "\n")) {
-      if (line.ends_with('\r')) line.pop_back();
-      const std::string_view word = TrimBlanks(line);
+    if (user_words_.empty() || !fs::exists(user_words_, error)) return {};
+    if (fs::file_size(user_words_, error) > kLargestUserFile || error) {
+      throw StandardError(error_number::kPathFileAccess,
+                          user_words_.string() + " is no file of a user's words");
+    }
+    return ReadWholeFile(user_words_);
+  }
+
+  static std::vector<std::string> WordsIn(std::string_view content) {
+    std::vector<std::string> words;
+    for (const std::string& line : Split(content, "\n")) {
+      const std::string_view word = TrimBlanks(
+          std::string_view(line).substr(0, line.ends_with('\r') ? line.size() - 1 : line.size()));
       if (!word.empty() && word.size() <= kLongestWord && IsValidUtf8(word))
         words.emplace_back(word);
     }

@@ -71,12 +71,17 @@ void CodeCompleter::Typed(const QKeyEvent& event) {
 void CodeCompleter::Insert(const QString& name) {
   QTextCursor cursor = editor_.textCursor();
   const qsizetype started = Started().size();
-  const QString behind = cursor.block().text().mid(cursor.positionInBlock(), 2);
+  // The rest of a code that is being changed goes.
+  const QString behind = cursor.block().text().mid(cursor.positionInBlock(), kLongestName);
+  const qsizetype end = behind.indexOf(u'>');
+  const bool closed =
+      end >= 0 && behind.mid(end, 2) == QLatin1String(">>") && !behind.left(end).contains(u'<');
+  const int place = cursor.position();
   cursor.beginEditBlock();
-  cursor.movePosition(QTextCursor::PreviousCharacter, QTextCursor::KeepAnchor,
-                      static_cast<int>(started));
+  cursor.setPosition(place - static_cast<int>(started));
+  cursor.setPosition(place + static_cast<int>(closed ? end : 0), QTextCursor::KeepAnchor);
   cursor.insertText(name);
-  if (behind != QLatin1String(">>"))
+  if (!closed)
     cursor.insertText(QStringLiteral(">>"));
   else
     cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::MoveAnchor, 2);

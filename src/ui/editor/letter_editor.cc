@@ -22,12 +22,32 @@
 #include "ui/editor/letter_overlay.h"
 #include "ui/editor/letter_reader.h"
 #include "ui/editor/letter_update.h"
+#include "ui/editor/table_commands.h"
 
 namespace tenora {
 namespace {
 
 constexpr double kLeastZoom = 0.25, kMostZoom = 5;
 constexpr int kWindowMargin = 240;  // twips around text that wraps at the window
+
+// Both ends of a range in a letter move outwards where they stand in the middle of a merge code: a
+// merge finds only codes that have one format.
+void TakeWholeCodes(const QTextDocument& document, int* start, int* end) {
+  const int given_start = *start, given_end = *end;
+  for (const int place : {given_start, given_end}) {
+    const QTextBlock block = document.findBlock(place);
+    const QString text = block.text();
+    if (!text.contains(QLatin1String("<<"))) continue;
+    for (const CodeSpan& code : FindCodes(text, {})) {
+      const int first = block.position() + static_cast<int>(code.start);
+      const int behind = first + static_cast<int>(code.length);
+      if (place <= first || place >= behind || !text.mid(code.start, code.length).endsWith(u'>'))
+        continue;
+      *start = std::min(*start, first);
+      *end = std::max(*end, behind);
+    }
+  }
+}
 
 int ScreenDpi() {
   const QScreen* screen = QGuiApplication::primaryScreen();
@@ -247,7 +267,9 @@ void LetterEditor::ChangeCharacters(const std::function<void(richtext::CharForma
     }
     return shown;
   };
-  if (!cursor.hasSelection()) {
+  int start = cursor.selectionStart(), end = cursor.selectionEnd();
+  TakeWholeCodes(*document(), &start, &end);
+  if (start == end) {
     QTextCharFormat format = changed(currentCharFormat());
     format.clearProperty(QTextFormat::ObjectType);
     if (cursor.block().length() == 1) {
@@ -262,7 +284,6 @@ void LetterEditor::ChangeCharacters(const std::function<void(richtext::CharForma
     QTextCharFormat format;
   };
   std::vector<Piece> pieces;
-  const int start = cursor.selectionStart(), end = cursor.selectionEnd();
   QTextCursor edit(document());
   edit.beginEditBlock();
   for (const QTextBlock& block : SelectedBlocks()) {
@@ -393,7 +414,7 @@ bool LetterEditor::viewportEvent(QEvent* event) {
 void LetterEditor::keyPressEvent(QKeyEvent* event) {
   // The list of merge codes takes its keys itself once the editor leaves them alone.
   if (completer_->TakesKey(*event)) return event->ignore();
-  if (LeaveList(*event)) return;
+  if (LeaveList(*event) || GoToCell(*event)) return;
   if (event->key() == Qt::Key_Backspace && !textCursor().hasSelection() &&
       textCursor().atBlockStart()) {
     // Qt would take it for a smaller indent.
@@ -404,6 +425,21 @@ void LetterEditor::keyPressEvent(QKeyEvent* event) {
   QTextEdit::keyPressEvent(event);
   if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) ShowEmptyLineBehindTable();
   completer_->Typed(*event);
+}
+
+void LetterEditor::inputMethodEvent(QInputMethodEvent* event) {
+  const QString text = event->commitString();
+  if (!text.isEmpty()) CleanTypingFormat();
+  QTextEdit::inputMethodEvent(event);
+  if (!text.isEmpty()) completer_->Typed(QKeyEvent(QEvent::KeyPress, 0, Qt::NoModifier, text));
+}
+
+bool LetterEditor::GoToCell(const QKeyEvent& event) {
+  if (!CaretInTable(*this)) return false;
+  const bool forth = event.key() == Qt::Key_Tab && event.modifiers() == Qt::NoModifier;
+  if (!forth && event.key() != Qt::Key_Backtab) return false;
+  MoveToCell(*this, forth ? Side::kAfter : Side::kBefore);
+  return true;
 }
 
 void LetterEditor::ShowEmptyLineBehindTable() {

@@ -41,6 +41,7 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void ShowBox();
 
   // The format that typing has here, and its change for the selection or for what is typed next.
+  // A merge code is changed as a whole, also one that the caret stands in.
   richtext::CharFormat CharAtCaret();
   void ChangeCharacters(const std::function<void(richtext::CharFormat&)>& change);
   richtext::ParagraphFormat ParagraphAtCaret();
@@ -74,6 +75,7 @@ class LetterEditor : public QTextEdit, private RichTextView {
   bool event(QEvent* event) override;
   bool viewportEvent(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void inputMethodEvent(QInputMethodEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
@@ -102,6 +104,7 @@ class LetterEditor : public QTextEdit, private RichTextView {
   // Qt gives an empty block behind a table no room.
   void ShowEmptyLineBehindTable();
   bool LeaveList(const QKeyEvent& event);
+  bool GoToCell(const QKeyEvent& event);
   void LayOutPaper();
   void WithoutUndoStep(const std::function<void()>& change);
   QRectF VisiblePart() const;  // of the document

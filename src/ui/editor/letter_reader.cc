@@ -18,11 +18,16 @@ using richtext::Run;
 using richtext::Table;
 
 constexpr int kNewTableWidth = 9000;
+// Qt lays out a table in a table twice for each table around it. A page's nested tables are for
+// its looks: the contents of those deeper down stand for themselves.
+constexpr int kDeepestTable = 6;
 
 bool IsFiller(const QTextBlock& block, const QTextFrame::iterator& next) {
   return block.length() == 1 && block.blockFormat().hasProperty(kFillerProperty) &&
          qobject_cast<QTextTable*>(next.currentFrame()) != nullptr;
 }
+
+bool IsOwn(const QTextTable& table) { return table.format().hasProperty(kTableProperty); }
 
 std::vector<int> EdgesOf(const QTextTable& table) {
   const auto data = SharedProperty<TableData>(table.format(), kTableProperty);
@@ -73,11 +78,20 @@ void LetterReader::AddBlocks(QTextFrame::iterator it, std::vector<Block>* blocks
     QTextFrame* const frame = it.currentFrame();
     const QTextBlock block = it.currentBlock();
     ++it;
-    if (const auto* table = qobject_cast<QTextTable*>(frame)) {
+    const auto* table = qobject_cast<QTextTable*>(frame);
+    if (table != nullptr && (depth_ < kDeepestTable || IsOwn(*table))) {
       // Tables that follow each other are one.
       if (blocks->empty() || !std::holds_alternative<std::shared_ptr<Table>>(blocks->back()))
         blocks->emplace_back(std::make_shared<Table>());
+      ++depth_;
       ReadTable(*table, &std::get<std::shared_ptr<Table>>(blocks->back())->rows);
+      --depth_;
+    } else if (table != nullptr) {
+      for (int i = 0; i < table->rows() * table->columns(); ++i) {
+        const int row = i / table->columns(), column = i % table->columns();
+        const QTextTableCell cell = table->cellAt(row, column);
+        if (cell.row() == row && cell.column() == column) AddBlocks(cell.begin(), blocks);
+      }
     } else if (frame != nullptr) {
       AddBlocks(frame->begin(), blocks);
     } else if (IsFiller(block, it)) {

@@ -43,6 +43,7 @@ class LetterReader {
 
   LetterFormats& formats_;
   PositionMap positions_;
+  int depth_ = 0;           // of tables
   std::size_t length_ = 0;  // bytes of the paragraph in hand
 };
 

@@ -54,7 +54,9 @@ double Ruler::TextLeft() const {
 int Ruler::TextWidth() const {
   const PaperLook& paper = editor_.Paper();
   if (paper.wraps_at_page) return std::max(paper.width - paper.left - paper.right, kNarrowestText);
-  return static_cast<int>(editor_.viewport()->width() / Scale()) - 2 * editor_.TextLeftMargin();
+  return std::max(
+      static_cast<int>(editor_.viewport()->width() / Scale()) - 2 * editor_.TextLeftMargin(),
+      kNarrowestText);
 }
 
 int Ruler::TwipsAt(double x) const {
@@ -186,15 +188,15 @@ void Ruler::mouseDoubleClickEvent(QMouseEvent*) {
 
 void Ruler::Apply(const Held& held) {
   const PaperLook& paper = editor_.Paper();
+  // What one margin can be beside the other, which may take all of the paper already.
+  const auto room = [&](int other) { return std::max(paper.width - other - kNarrowestText, 0); };
   if (held.grip == Grip::kLeftMargin) {
-    const int left =
-        std::clamp(paper.left + held.value, 0, paper.width - paper.right - kNarrowestText);
+    const int left = std::clamp(paper.left + held.value, 0, room(paper.right));
     if (left != paper.left) emit MarginsDragged(left, paper.right);
     return;
   }
   if (held.grip == Grip::kRightMargin) {
-    const int right = std::clamp(paper.right + TextWidth() - held.value, 0,
-                                 paper.width - paper.left - kNarrowestText);
+    const int right = std::clamp(paper.right + TextWidth() - held.value, 0, room(paper.left));
     if (right != paper.right) emit MarginsDragged(paper.left, right);
     return;
   }

@@ -93,6 +93,30 @@ bool CaretInTable(const LetterEditor& editor) {
   return editor.textCursor().currentTable() != nullptr;
 }
 
+void MoveToCell(LetterEditor& editor, Side side) {
+  QTextCursor cursor = editor.textCursor();
+  const QTextTable* table = cursor.currentTable();
+  if (table == nullptr) return;
+  const QTextTableCell here = table->cellAt(cursor);
+  const int columns = table->columns(), step = side == Side::kAfter ? 1 : -1;
+  const auto is_stop = [&](int row, int column) {
+    const QTextTableCell cell = table->cellAt(row, column);
+    const auto data = SharedProperty<CellData>(cell.format(), kCellProperty);
+    return cell.row() == row && cell.column() == column &&
+           (data == nullptr || !data->parts.empty());
+  };
+  for (int i = here.row() * columns + here.column() + step;; i += step) {
+    if (i < 0) return;
+    if (i >= table->rows() * columns) {
+      // From the last cell into a new row.
+      InsertTableRow(editor, Side::kAfter);
+      if (i >= table->rows() * columns) return;
+    }
+    if (!is_stop(i / columns, i % columns)) continue;
+    return editor.setTextCursor(table->cellAt(i / columns, i % columns).firstCursorPosition());
+  }
+}
+
 void InsertTable(LetterEditor& editor, int rows, int columns) {
   const PaperLook& paper = editor.Paper();
   const int width = paper.wraps_at_page ? paper.width - paper.left - paper.right : kPlainWidth;

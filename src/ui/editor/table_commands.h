@@ -10,6 +10,8 @@ bool CaretInTable(const LetterEditor& editor);
 void InsertTable(LetterEditor& editor, int rows, int columns);
 
 enum class Side { kBefore, kAfter };
+// Puts the caret into the next cell, or the one before; from the last into a new row.
+void MoveToCell(LetterEditor& editor, Side side);
 // A row or column like the caret's.
 void InsertTableRow(LetterEditor& editor, Side side);
 void InsertTableColumn(LetterEditor& editor, Side side);

@@ -52,6 +52,57 @@ TEST_F(ChangedFile, IsSeenAtTheNextOpen) {
       << "an open database keeps its own state";
 }
 
+// A program of others, which knows nothing of our locks, writes at one of these moments.
+TEST_F(ChangedFile, IsFollowedThroughOurOwnCommits) {
+  enum Moment { kNever, kBeforeTheTransaction, kWithinTheTransaction, kRightAfterTheCommit };
+  constexpr std::string_view kNames[] = {"Noor Whaanga", "Nora Whaanga"};
+  const auto rename = [&](int name) {
+    const std::string place = std::to_string(ReadWholeFile(path_).find(kNames[1 - name]));
+    const test::ProcessResult result = test::RunProcess(
+        {"sh", "-c", "printf %s \"$1\" | dd of=\"$2\" bs=1 seek=\"$3\" conv=notrunc status=none",
+         "sh", std::string(kNames[name]), path_.string(), place});
+    ASSERT_EQ(result.status, 0) << result.errors;
+  };
+  // So long ago that a further write shows another time.
+  std::filesystem::last_write_time(path_,
+                                   std::filesystem::last_write_time(path_) - std::chrono::hours(1));
+  int name = 0, value = 0;
+  for (const Moment moment :
+       {kNever, kRightAfterTheCommit, kRightAfterTheCommit, kNever, kWithinTheTransaction, kNever,
+        kBeforeTheTransaction, kRightAfterTheCommit}) {
+    const auto database = workspace_->OpenDatabase(path_);
+    EXPECT_THAT(RowsOf(*database, kFirstName), ElementsAre(kNames[name]));
+    if (moment == kBeforeTheTransaction) rename(name = 1 - name);
+    database->BeginTrans();
+    const std::string counter = std::to_string(++value);
+    database->Execute("update property set details = '" + counter + "' where code = 'PR00001'");
+    if (moment == kWithinTheTransaction) rename(name = 1 - name);
+    database->CommitTrans();
+    if (moment == kRightAfterTheCommit) rename(name = 1 - name);
+    const auto next = workspace_->OpenDatabase(path_);
+    EXPECT_THAT(RowsOf(*next, kFirstName), ElementsAre(kNames[name])) << moment;
+    EXPECT_THAT(RowsOf(*next, "select details from property where code = 'PR00001'"),
+                ElementsAre(counter));
+  }
+}
+
+// What a write leaves that hides its time shows which tables are read again.
+TEST_F(ChangedFile, IsReadAgainOnlyWhereOurOwnCommitChangedIt) {
+  std::filesystem::last_write_time(path_,
+                                   std::filesystem::last_write_time(path_) - std::chrono::hours(1));
+  const auto database = workspace_->OpenDatabase(path_);
+  RowsOf(*database, kFirstName);
+  RowsOf(*database, "select details from property");
+  database->Execute("update property set details = 'new' where code = 'PR00001'");
+  const auto time = std::filesystem::last_write_time(path_);
+  Rename("Noor Whaanga", "Nora Whaanga");
+  std::filesystem::last_write_time(path_, time);
+  const auto next = workspace_->OpenDatabase(path_);
+  EXPECT_THAT(RowsOf(*next, kFirstName), ElementsAre("Noor Whaanga"));
+  EXPECT_THAT(RowsOf(*next, "select details from property where code = 'PR00001'"),
+              ElementsAre("new"));
+}
+
 TEST_F(ChangedFile, MayBeReplacedByAnother) {
   const auto before = workspace_->OpenDatabase(path_);
   std::filesystem::remove(path_);

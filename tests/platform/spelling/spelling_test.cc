@@ -62,7 +62,17 @@ TEST(Speller, KeepsTheUsersWordsBesideThoseOfOtherPrograms) {
   // A damaged file of words is no reason not to check.
   WriteWholeFile(options.user_words, std::string("\xFF\xFE\r\n  good1ward \r\nqq") +
                                          std::string(3, '\0') + "\n" + std::string(9000, 'y'));
-  EXPECT_TRUE(Speller::Open(options)->Misspelt("recieve"));
+  const auto third = Speller::Open(options);
+  EXPECT_TRUE(third->Misspelt("recieve"));
+  third->AddWord("Whaanga");
+  const std::string kept = ReadWholeFile(options.user_words);
+  EXPECT_TRUE(kept.starts_with("\xFF\xFE\r\n  good1ward") && kept.ends_with("y\nWhaanga\n"));
+  // Nor is one that cannot be read, which is not written over either.
+  std::filesystem::remove(options.user_words);
+  std::filesystem::create_directory(options.user_words);
+  const auto fourth = Speller::Open(options);
+  EXPECT_THROW(fourth->AddWord("Whaanga"), RuntimeError);
+  EXPECT_FALSE(fourth->Misspelt("Whaanga"));
 }
 
 TEST(Speller, ReadsADictionaryInItsOwnEncoding) {

@@ -120,11 +120,14 @@ TEST_F(LetterEditorTest, PastesTheRichestFormAndCopiesAllForms) {
     const char* text;
     const char* source;
   };
+  std::string nested;
+  for (int i = 0; i < 40; ++i) nested += "<table><tr><td>";
   const Case cases[] = {
       {"text/rtf", "{\\rtf1{\\fonttbl{\\f3 Verdana;}}\\f3\\b bold}", "bold!", "\\b"},
       {"text/rtf", "{\\rtf1 {{{{\\trowd\\cellx9999999999 \\bin99999 x", nullptr, ""},
       {"text/html", "<p>one <i>two</i></p><img src='file:///etc/hostname'>", nullptr, "\\i two"},
       {"text/html", "<table><tr><td>c1<td>c2</table>", nullptr, "\\cell"},
+      {"text/html", nested.c_str(), nullptr, "\\itap6"},
       {"text/plain", "x\\y{z}", "x\\y{z}!", "\\\\y\\{z\\}"},
   };
   for (const Case& c : cases) {
@@ -182,13 +185,46 @@ TEST_F(LetterEditorTest, OffersActionsThatActOnTheCaretsLetter) {
 }
 
 TEST_F(LetterEditorTest, CompletesAMergeCodeAndClosesIt) {
-  Open("\\pard\\f0\\fs24 ");
+  struct Case {
+    const char* letter;
+    int caret;
+    const char* keys;
+    const char* completed;
+  };
+  const Case cases[] = {{"", 0, "<<tenant n", "<<Tenant Name>>"},
+                        {"<<Tenant Code>> x", 2, "n", "<<Tenant Name>> x"},
+                        {" <<Tenant Code>>", 0, "<<n", "<<Tenant Name>> <<Tenant Code>>"}};
   editor.SetCodes({"Tenant Name", "Tenant Code"});
-  Type("<<tenant n");
-  QTest::keyClick(QApplication::activePopupWidget() != nullptr ? QApplication::activePopupWidget()
-                                                               : static_cast<QWidget*>(&editor),
-                  Qt::Key_Return);
-  EXPECT_EQ(box.Text(), "<<Tenant Name>>");
+  for (const Case& c : cases) {
+    Open(std::string("\\pard\\f0\\fs24 ") + c.letter);
+    box.Select(c.caret, 0);
+    Type(c.keys);
+    QWidget* list = QApplication::activePopupWidget();
+    ASSERT_NE(list, nullptr) << c.letter;
+    QTest::keyClick(list, Qt::Key_Return);
+    EXPECT_EQ(box.Text(), c.completed);
+  }
+}
+
+TEST_F(LetterEditorTest, KeepsMergeCodesInOneFormat) {
+  for (const auto& [start, length] : {std::pair(8, 3), {8, 0}, {5, 4}}) {
+    Open("\\pard\\f0\\fs24 Dear <<Name>>!");
+    box.Select(start, length);
+    editor.ChangeCharacters([](richtext::CharFormat& format) { format.bold = true; });
+    EXPECT_NE(box.TextRTF().find("\\b <<Name>>\\b0 !"), std::string::npos) << box.TextRTF();
+  }
+}
+
+TEST_F(LetterEditorTest, GoesFromCellToCellWithTheTabKey) {
+  Open(std::string(kTable) + "end");
+  box.Select(0, 0);
+  for (const char* text : {"1", "2", "3", "4"}) {
+    Type(text);
+    QTest::keyClick(&editor, Qt::Key_Tab);
+  }
+  QTest::keyClick(&editor, Qt::Key_Backtab);
+  Type("5");
+  EXPECT_EQ(box.Text(), "1a\t2b\r\n3wide\t\r\n54\t\r\n\t\r\nend");
 }
 
 TEST(CodeMarker, TellsKnownFromUnknownCodes) {

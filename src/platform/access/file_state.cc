@@ -1,9 +1,9 @@
-#include "platform/query/file_state.h"
+#include "platform/access/file_state.h"
 
 #include <sys/stat.h>
 #include <time.h>
 
-namespace tenora::query {
+namespace tenora::access {
 
 FileState ReadFileState(const std::filesystem::path& path) {
   struct stat status {};
@@ -26,4 +26,4 @@ bool IsSettled(const FileState& state) {
   return age > kStep;
 }
 
-}  // namespace tenora::query
+}  // namespace tenora::access
