@@ -76,6 +76,7 @@ void InsertMenus::FillCustomMenus(const CustomFieldCodes& codes) {
   FillCustom(tenant_custom_, codes.tenant, kTenantCustomPrefix);
   FillCustom(property_custom_, codes.property, kPropertyCustomPrefix);
   FillCustom(owner_custom_, codes.owner, kOwnerCustomPrefix);
+  ShowCustomMenus();
 }
 
 void InsertMenus::FillCustom(QMenu* menu, const std::set<std::string>& codes,
@@ -93,6 +94,7 @@ void InsertMenus::DisplayInsertMenu(InsertList list, const std::string& cheque_w
                            : list == InsertList::kOwner ? "Owner"
                                                         : cheque_word;
   if (name == list_name_) return;
+  list_ = list;
   list_name_ = name;
   const QString title = Tr("Insert %1").arg(ToQt(list_name_));
   format_.setText(Tr("%1 Format").arg(ToQt(list_name_)));
@@ -103,16 +105,20 @@ void InsertMenus::DisplayInsertMenu(InsertList list, const std::string& cheque_w
     menu->menuAction()->setVisible(shown);
     menu->setTitle(title);
   }
-  const auto show_custom = [](QMenu* menu, bool fits) {
-    menu->menuAction()->setVisible(fits && !menu->isEmpty());
-  };
-  show_custom(tenant_custom_, list == InsertList::kTenant);
-  show_custom(property_custom_, list == InsertList::kTenant);
-  show_custom(owner_custom_, list == InsertList::kOwner);
+  ShowCustomMenus();
   combo_.clear();
   for (const std::string_view code : CodesOf(list)) combo_.addItem(ToQt(code));
   combo_.setCurrentIndex(-1);
   combo_.setPlaceholderText(title);
+}
+
+void InsertMenus::ShowCustomMenus() {
+  const auto show = [](QMenu* menu, bool fits) {
+    menu->menuAction()->setVisible(fits && !menu->isEmpty());
+  };
+  show(tenant_custom_, list_ == InsertList::kTenant);
+  show(property_custom_, list_ == InsertList::kTenant);
+  show(owner_custom_, list_ == InsertList::kOwner);
 }
 
 void InsertMenus::SetEnabled(bool enabled) {

@@ -38,6 +38,8 @@ class InsertMenus {
   QMenu* AddCodes(const char* name, std::span<const std::string_view> codes);
   QMenu* AddCustom(const char* name, const QString& title);
   void FillCustom(QMenu* menu, const std::set<std::string>& codes, std::string_view prefix);
+  // Those that have entries and fit the list.
+  void ShowCustomMenus();
 
   QMenu& menu_;
   QComboBox& combo_;
@@ -49,6 +51,7 @@ class InsertMenus {
   QMenu* tenant_custom_;
   QMenu* property_custom_;
   QMenu* owner_custom_;
+  InsertList list_ = InsertList::kTenant;
   std::string list_name_;
 };
 

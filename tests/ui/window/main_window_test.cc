@@ -1,10 +1,13 @@
 #include <gmock/gmock.h>
 
+#include <QDialog>
+#include <QTimer>
 #include <iostream>
 
 #include "application.h"
 #include "merge/catalogue.h"
 #include "support/fake_platform.h"
+#include "ui/window/background_work.h"
 #include "ui/window/frm_main.h"
 
 namespace tenora {
@@ -99,6 +102,7 @@ TEST_F(MainWindow, TellsOfNewFormsOnce) {
 TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {
   platform_.InstallSampleDatabase();
   Load();
+  EXPECT_TRUE(window_->findChild<QMenu*>("mnuTenantCustom")->menuAction()->isVisible());
   struct Case {
     const char* command;
     const char* list;
@@ -130,6 +134,28 @@ TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {
   EXPECT_EQ(combo->currentIndex(), -1);
   EXPECT_EQ(window_->desk().Active()->letter().rtfLetter.Text(), "<<Payee Name>><<Payee Name>>");
   window_->desk().Active()->letter().members().Changed = false;
+}
+
+TEST(RunInBackground, KeepsItsProgressFromCoveringAQuestionOfTheWork) {
+  QWidget window;
+  window.show();
+  const QWidget* in_front = nullptr;
+  RunInBackground(&window, "Generating", Cancelling::kPossible, [&](WorkProgress&) {
+    QMetaObject::invokeMethod(
+        qApp,
+        [&] {
+          QDialog question(&window);
+          // Set later than the progress's timer and longer, so that it rings behind it.
+          QTimer::singleShot(1000, &question, [&] {
+            in_front = QApplication::activeModalWidget();
+            EXPECT_EQ(in_front, &question);
+            question.accept();
+          });
+          question.exec();
+        },
+        Qt::BlockingQueuedConnection);
+  });
+  EXPECT_NE(in_front, nullptr);
 }
 
 }  // namespace
