@@ -77,7 +77,17 @@ class frmMain : public QMainWindow {
   void BuildToolBar();
   void BuildFormatBar();
   void BuildStatusBar();
+  // The open letters at the end of the window menu, with a mark on the one in front.
+  void ListLetters(QMenu& windows);
+
+  // frm_main_tree.cc
   void FillTreeMenu(QMenu& menu, const TreeModel::Entry& entry);
+  // Letters for this tenant or owner, from the template in front or one that is asked for.
+  void GenerateFor(const TreeModel::Entry& recipient);
+  std::optional<TreeModel::Entry> TemplateFor(const TreeModel::Entry& recipient);
+  // Asks for the new name of a template or saved letter; where it is open, the letter follows.
+  void RenameEntry(const TreeModel::Entry& entry);
+  void ShowFolder(const TreeModel::Entry& entry);
 
   // frm_main_load.cc
   void LoadPageWidth();
@@ -105,7 +115,11 @@ class frmMain : public QMainWindow {
   // frm_main_tools.cc
   // The template selected in the tree, else the one in front.
   std::optional<TreeModel::Entry> TemplateToGenerate() const;
+  std::optional<TreeModel::Entry> TemplateInFront() const;
   void GenerateLetters();
+  // Asks for whom and where to; `preselected` is ticked already.
+  void GenerateFrom(const TreeModel::Entry& letter_template,
+                    const std::optional<Recipient>& preselected);
   void RunGeneration(const std::function<GenerationSummary(GenerationObserver&)>& run);
   void OpenPath(const std::filesystem::path& path);
   void CheckSpelling(frmLetter& letter);
@@ -137,6 +151,7 @@ class frmMain : public QMainWindow {
   bool dark_desktop_;
   QLabel *letter_state_, *recipient_, *page_width_state_;
   QList<QAction*> letter_commands_;  // that need a letter
+  QList<QAction*> listed_letters_;   // in the window menu, since it was last shown
   QAction* format_action_ = nullptr;
   QAction* mail_action_ = nullptr;
   QAction* page_width_action_ = nullptr;

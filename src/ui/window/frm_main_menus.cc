@@ -1,10 +1,8 @@
 // The main window's menus, tool bar and status bar.
 #include <QActionGroup>
-#include <QDesktopServices>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
-#include <QUrl>
 
 #include "letters/template_library.h"
 #include "ui/window/colour_scheme.h"
@@ -190,6 +188,28 @@ void frmMain::BuildWindowMenu() {
           [this] { desk_->Next(); });
   Command(windows, "mnuPrevious", tr("&Previous Letter"),
           {nullptr, QKeySequence(tr("Ctrl+Shift+Tab"))}, [this] { desk_->Previous(); });
+  windows->addSeparator();
+  connect(windows, &QMenu::aboutToShow, this, [this, windows] { ListLetters(*windows); });
+}
+
+void frmMain::ListLetters(QMenu& windows) {
+  for (QAction* old : std::as_const(listed_letters_)) delete old;
+  listed_letters_.clear();
+  for (LetterWindow* letter : desk_->Letters()) {
+    const auto number = listed_letters_.size() + 1;
+    const QString changed = letter->isWindowModified() ? QStringLiteral(" *") : QString();
+    QString title = QString::fromStdString(letter->letter().members().Caption) + changed;
+    title.replace(QLatin1Char('&'), QLatin1String("&&"));
+    // One key reaches the first nine.
+    QAction* action =
+        windows.addAction((number < 10 ? QStringLiteral("&%1 %2") : QStringLiteral("%1 %2"))
+                              .arg(QString::number(number), title));
+    action->setObjectName(QStringLiteral("mnuLetter%1").arg(number));
+    action->setCheckable(true);
+    action->setChecked(letter == desk_->Active());
+    connect(action, &QAction::triggered, letter, [this, letter] { desk_->BringToFront(letter); });
+    listed_letters_ << action;
+  }
 }
 
 void frmMain::BuildHelpMenu() {
@@ -240,32 +260,6 @@ void frmMain::BuildStatusBar() {
   page_width_state_->setObjectName(QStringLiteral("lblPageWidth"));
   for (QLabel* label : {recipient_, letter_state_, page_width_state_}) {
     statusBar()->addPermanentWidget(label);
-  }
-}
-
-void frmMain::FillTreeMenu(QMenu& menu, const TreeModel::Entry& entry) {
-  if (!entry.path.empty()) {
-    menu.addAction(LineIcon("open"), tr("&Open"), this, [this, entry] { OpenEntry(entry); });
-  }
-  if (entry.kind == kTemplates || entry.kind == kOwnerTemplates) {
-    if (!entry.path.empty()) menu.addAction(findChild<QAction*>(QStringLiteral("cmdGenerate")));
-  }
-  if (entry.type == TreeModel::Type::kLetter) {
-    menu.addAction(LineIcon("mail"), tr("E-&mail…"), this, [this, entry] {
-      OpenEntry(entry);
-      mail_action_->trigger();
-    });
-  }
-  if (!entry.path.empty()) {
-    menu.addAction(LineIcon("delete"), tr("&Delete…"), this,
-                   [this, entry] { Guard("mnuDelete_Click", [&] { DeleteEntry(entry); }); });
-  }
-  if (!entry.folder.empty()) {
-    menu.addSeparator();
-    menu.addAction(LineIcon("folder"), tr("Show &Folder"), this, [this, entry] {
-      const auto folder = session_.database.DataFolder() / entry.folder;
-      QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(folder.string())));
-    });
   }
 }
 
