@@ -40,6 +40,7 @@ class frmMain : public QMainWindow {
 
   // Opens a template or letter, or brings it to the front where it is open.
   void OpenEntry(const TreeModel::Entry& entry);
+  // A file that the user chose: what it is follows from its folder, else it is asked.
   void OpenFile(const std::filesystem::path& path);
   void StartNew(std::string_view kind);
 
@@ -77,6 +78,7 @@ class frmMain : public QMainWindow {
   void BuildToolBar();
   void BuildFormatBar();
   void BuildStatusBar();
+  QLabel* AddState(const char* name);
   // The open letters at the end of the window menu, with a mark on the one in front.
   void ListLetters(QMenu& windows);
 
@@ -91,6 +93,7 @@ class frmMain : public QMainWindow {
 
   // frm_main_load.cc
   void LoadPageWidth();
+  void LoadFonts();
   void LoadRentalData();
   void FirstDisplay();
   void RestoreLayout();
@@ -103,8 +106,12 @@ class frmMain : public QMainWindow {
   void CheckTemplate();
   void DeleteEntry(const TreeModel::Entry& entry);
   void ShowForms();
+  void ShowGuide(const char* page);
   void ChooseScheme(const char* scheme);
   void ShowLetterState();
+  // Who the letter is to, or what kind of template it is.
+  QString KindText(const LetterMembers& members) const;
+  void OpenAsTemplate(const std::filesystem::path& path, const std::string& kind);
   void WithLetter(const std::function<void(frmLetter& letter)>& command);
   void ApplyPageWidth(bool page_width);
   // The printer's paper and the stored margins, for the ruler and the lines' ends.
@@ -121,7 +128,8 @@ class frmMain : public QMainWindow {
   void GenerateFrom(const TreeModel::Entry& letter_template,
                     const std::optional<Recipient>& preselected);
   void RunGeneration(const std::function<GenerationSummary(GenerationObserver&)>& run);
-  void OpenPath(const std::filesystem::path& path);
+  // Opens a saved letter of a tenant or owner; false where the tree has none of this file.
+  bool OpenListed(const std::filesystem::path& path);
   void CheckSpelling(frmLetter& letter);
   void LoadSpeller();
   void UnderlineIn(LetterWindow& window);

@@ -214,9 +214,13 @@ void frmMain::ListLetters(QMenu& windows) {
 
 void frmMain::BuildHelpMenu() {
   QMenu* help = AddMenu("mnuHelp", tr("&Help"));
+  Command(help, "mnuUserGuide", tr("&User Guide"), {"help", QKeySequence::HelpContents},
+          [this] { ShowGuide("user-guide.md"); });
+  Command(help, "mnuMergeCodes", tr("&Merge Codes"), {}, [this] { ShowGuide("merge-codes.md"); });
+  help->addSeparator();
   Command(help, "mnuForms", tr("Template &Forms…"), {"template"}, [this] { ShowForms(); });
   help->addSeparator();
-  Command(help, "mnuAbout", tr("&About…"), {"help"}, [this] {
+  Command(help, "mnuAbout", tr("&About…"), {}, [this] {
     frmAbout(session_.database.DataFolder(), this).exec();
   })->setMenuRole(QAction::AboutRole);
 }
@@ -252,15 +256,18 @@ void frmMain::BuildFormatBar() {
 }
 
 void frmMain::BuildStatusBar() {
-  letter_state_ = new QLabel(this);
-  letter_state_->setObjectName(QStringLiteral("lblLetterState"));
-  recipient_ = new QLabel(this);
-  recipient_->setObjectName(QStringLiteral("lblRecipient"));
-  page_width_state_ = new QLabel(this);
-  page_width_state_->setObjectName(QStringLiteral("lblPageWidth"));
-  for (QLabel* label : {recipient_, letter_state_, page_width_state_}) {
-    statusBar()->addPermanentWidget(label);
-  }
+  recipient_ = AddState("lblRecipient");
+  letter_state_ = AddState("lblLetterState");
+  page_width_state_ = AddState("lblPageWidth");
+}
+
+QLabel* frmMain::AddState(const char* name) {
+  auto* label = new QLabel(this);
+  label->setObjectName(QLatin1String(name));
+  label->setContentsMargins(8, 0, 8, 0);
+  label->setFrameShape(QFrame::StyledPanel);
+  statusBar()->addPermanentWidget(label);
+  return label;
 }
 
 }  // namespace tenora

@@ -112,7 +112,7 @@ void frmMain::RunGeneration(const std::function<GenerationSummary(GenerationObse
   if (summary.asked == 0) return;  // nothing was begun, and the reason has been shown
   statusBar()->showMessage(tr("%1 of %2 letters were made.").arg(summary.done).arg(summary.asked));
   if (summary.complete()) {
-    if (summary.asked == 1 && !file.empty()) OpenPath(file);
+    if (summary.asked == 1 && !file.empty()) OpenListed(file);
     return;
   }
   std::string text =
@@ -133,12 +133,15 @@ void frmMain::RunGeneration(const std::function<GenerationSummary(GenerationObse
   });
 }
 
-void frmMain::OpenPath(const std::filesystem::path& path) {
+bool frmMain::OpenListed(const std::filesystem::path& path) {
   for (const char* group : {"Tenants", "Owners"}) {
     const QModelIndex entry =
         tree_->model().FindFile(tree_->model().Group(QLatin1String(group)), path);
-    if (entry.isValid()) return OpenEntry(TreeModel::Entry(*tree_->model().EntryAt(entry)));
+    if (!entry.isValid()) continue;
+    OpenEntry(TreeModel::Entry(*tree_->model().EntryAt(entry)));
+    return true;
   }
+  return false;
 }
 
 void frmMain::CheckSpelling(frmLetter& letter) {
