@@ -78,13 +78,13 @@ void frmMain::BuildFileMenu() {
   LetterCommand(file, "mnuPrintPreview", tr("Print Pre&view"),
                 {"preview", QKeySequence(tr("Ctrl+Shift+P"))},
                 [this](frmLetter& letter) { Output().Preview(letter, this); });
-  LetterCommand(file, "mnuExportPdf", tr("E&xport as PDF…"), {"pdf"},
+  LetterCommand(file, "mnuExportPdf", tr("Expor&t as PDF…"), {"pdf"},
                 [this](frmLetter& letter) { Output().ExportPdf(letter); });
   mail_action_ = LetterCommand(file, "mnuEmail", tr("E-&mail this Letter…"),
-                               {"mail", QKeySequence(tr("Ctrl+Shift+M"))},
+                               {"mail", QKeySequence(tr("Ctrl+Shift+E"))},
                                [this](frmLetter& letter) { Output().Email(letter); });
   file->addSeparator();
-  Command(file, "mnuPrinterSetup", tr("P&rinter Set-up…"), {}, [this] { ShowPrinterSetup(); });
+  Command(file, "mnuPrinterSetup", tr("Printer Set-&up…"), {}, [this] { ShowPrinterSetup(); });
   Command(file, "mnuReceiptOptions", tr("&Receipt Options…"), {},
           [this] { ShowReceiptOptions(true); });
   Command(file, "mnuInspectionOptions", tr("&Inspection Letter Options…"), {},
