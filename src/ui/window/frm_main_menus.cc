@@ -160,7 +160,7 @@ void frmMain::BuildToolsMenu() {
   letter_commands_ << Command(tools, "mnuCheckTemplate", tr("&Check Template"),
                               {"check", QKeySequence(tr("F8"))}, [this] { CheckTemplate(); });
   tools->addSeparator();
-  QMenu* schemes = tools->addMenu(tr("Colour &Scheme"));
+  QMenu* schemes = tools->addMenu(tr("Co&lour Scheme"));
   schemes->setObjectName(QStringLiteral("mnuColourScheme"));
   auto* group = new QActionGroup(this);
   for (const char* scheme : kColourSchemes) {
