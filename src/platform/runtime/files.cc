@@ -210,6 +210,19 @@ std::filesystem::path WriteUnderFreeName(
   }
 }
 
+bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno == EEXIST) return false;
+  // Some file systems (network shares above all) cannot do both in one step.
+  if (errno != EINVAL && errno != ENOSYS) throw FileError(errno, from);
+  std::error_code error;
+  if (std::filesystem::symlink_status(to, error).type() != std::filesystem::file_type::not_found) {
+    return false;
+  }
+  if (::rename(from.c_str(), to.c_str()) != 0) throw FileError(errno, from);
+  return true;
+}
+
 void SyncFiles(const std::filesystem::path& folder) {
   const FileDescriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (fd.get() < 0 || ::syncfs(fd.get()) != 0) throw FileError(errno, folder);

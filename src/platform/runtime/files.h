@@ -38,6 +38,10 @@ std::filesystem::path WriteUnderFreeName(
     Durability durability = Durability::kSynced,
     const std::function<bool(const std::filesystem::path&)>& accept = {});
 
+// Gives a file another name in its file system; false, and nothing changed, where that name is
+// taken. Raises the errors of FileError.
+bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to);
+
 // Brings everything written so far below this folder's file system to the disk: one wait for a
 // group of files in place of one each. Raises the errors of FileError.
 void SyncFiles(const std::filesystem::path& folder);

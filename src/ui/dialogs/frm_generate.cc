@@ -164,6 +164,21 @@ void frmGenerate::SetDestination(Destination destination) {
   Refill();
 }
 
+void frmGenerate::Preselect(const Recipient& recipient) {
+  for (const bool closed : {false, true}) {
+    if (closed) closed_->setChecked(true);
+    for (int row = 0; row < model_->rowCount(); ++row) {
+      if (model_->Row(row).recipient != recipient) continue;
+      model_->Tick({row}, true);
+      const QModelIndex shown = shown_->mapFromSource(model_->index(row));
+      list_->setCurrentIndex(shown);
+      list_->scrollTo(shown);
+      return;
+    }
+  }
+  closed_->setChecked(false);
+}
+
 void frmGenerate::Refill() {
   RecipientFilter filter;
   filter.closed = closed_->isChecked();

@@ -34,6 +34,9 @@ class frmGenerate : public QDialog {
   // Also what is available: the subject and the filter by e-mail address go with kEmail.
   void SetDestination(Destination destination);
 
+  // Ticks this recipient, and lists the closed ones where it is one of them.
+  void Preselect(const Recipient& recipient);
+
   // After the dialog was accepted: template, destination, subject, PDF and the recipients.
   GenerationRequest Request() const;
   // The same recipients as one text, each name followed by ";".

@@ -4,7 +4,6 @@
 #include <QClipboard>
 #include <QColorDialog>
 #include <QComboBox>
-#include <QFontComboBox>
 #include <QIcon>
 #include <QLocale>
 #include <QMenu>
@@ -406,13 +405,30 @@ void EditorActions::Refresh() {
 }
 
 QWidget* EditorActions::FontBox(QWidget* parent) {
-  auto* box = new QFontComboBox(parent);
+  auto* box = new QComboBox(parent);
+  box->setObjectName(QStringLiteral("cboFont"));
   box->setAccessibleName(tr("Font"));
   box->setToolTip(tr("Font"));
+  box->setEditable(true);
+  box->setInsertPolicy(QComboBox::NoInsert);
   box->setFocusPolicy(Qt::ClickFocus);
+  box->setMinimumContentsLength(18);
+  box->setMaxVisibleItems(20);
+  const auto fill = [this, box] {
+    const QString shown = box->currentText();
+    box->clear();
+    box->addItems(preselected_fonts_);
+    if (!preselected_fonts_.isEmpty() && !fonts_.isEmpty()) {
+      box->insertSeparator(box->count());
+    }
+    box->addItems(fonts_);
+    box->setEditText(shown);
+  };
+  connect(this, &EditorActions::FontsChanged, box, fill);
+  fill();
   connect(box, &QComboBox::textActivated, this, [this](const QString& family) {
-    if (!editor_) return;
-    const int font = editor_->formats().FontNumber(family);
+    if (!editor_ || family.trimmed().isEmpty()) return Refresh();
+    const int font = editor_->formats().FontNumber(family.trimmed());
     editor_->ChangeCharacters([=](CharFormat& format) { format.font = font; });
     editor_->setFocus();
   });
@@ -424,6 +440,15 @@ QWidget* EditorActions::FontBox(QWidget* parent) {
   connect(this, &EditorActions::StateChanged, box, refresh);
   refresh();
   return box;
+}
+
+void EditorActions::SetFonts(const QStringList& preselected, const QStringList& families) {
+  preselected_fonts_ = preselected;
+  fonts_.clear();
+  for (const QString& family : families) {
+    if (!preselected.contains(family, Qt::CaseInsensitive)) fonts_.append(family);
+  }
+  emit FontsChanged();
 }
 
 QWidget* EditorActions::SizeBox(QWidget* parent) {

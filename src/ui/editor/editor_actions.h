@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QPointer>
+#include <QStringList>
 #include <functional>
 
 #include "ui/editor/letter_editor.h"
@@ -32,6 +33,8 @@ class EditorActions : public QObject {
   const QList<QAction*>& ViewActions() const { return view_; }
   // Font and size boxes; each parent gets its own.
   QWidget* FontBox(QWidget* parent);
+  // What the font boxes list: the preselected ones first, apart from the others.
+  void SetFonts(const QStringList& preselected, const QStringList& families);
   QWidget* SizeBox(QWidget* parent);
 
   QAction* ShowRuler() const { return show_ruler_; }
@@ -45,6 +48,7 @@ class EditorActions : public QObject {
  signals:
   // The caret's format has changed.
   void StateChanged();
+  void FontsChanged();
 
  private:
   QAction* Add(QList<QAction*>* group, const QString& text, const char* icon,
@@ -70,6 +74,7 @@ class EditorActions : public QObject {
   QList<QAction*> edit_, format_, insert_, table_, view_;
   QList<QPair<QAction*, std::function<bool(LetterEditor&)>>> states_, enabled_;
   std::function<QByteArray()> picture_chooser_;
+  QStringList preselected_fonts_, fonts_;
   QAction* show_ruler_ = nullptr;
 };
 

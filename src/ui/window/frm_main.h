@@ -40,6 +40,7 @@ class frmMain : public QMainWindow {
 
   // Opens a template or letter, or brings it to the front where it is open.
   void OpenEntry(const TreeModel::Entry& entry);
+  // A file that the user chose: what it is follows from its folder, else it is asked.
   void OpenFile(const std::filesystem::path& path);
   void StartNew(std::string_view kind);
 
@@ -77,10 +78,22 @@ class frmMain : public QMainWindow {
   void BuildToolBar();
   void BuildFormatBar();
   void BuildStatusBar();
+  QLabel* AddState(const char* name);
+  // The open letters at the end of the window menu, with a mark on the one in front.
+  void ListLetters(QMenu& windows);
+
+  // frm_main_tree.cc
   void FillTreeMenu(QMenu& menu, const TreeModel::Entry& entry);
+  // Letters for this tenant or owner, from the template in front or one that is asked for.
+  void GenerateFor(const TreeModel::Entry& recipient);
+  std::optional<TreeModel::Entry> TemplateFor(const TreeModel::Entry& recipient);
+  // Asks for the new name of a template or saved letter; where it is open, the letter follows.
+  void RenameEntry(const TreeModel::Entry& entry);
+  void ShowFolder(const TreeModel::Entry& entry);
 
   // frm_main_load.cc
   void LoadPageWidth();
+  void LoadFonts();
   void LoadRentalData();
   void FirstDisplay();
   void RestoreLayout();
@@ -93,8 +106,12 @@ class frmMain : public QMainWindow {
   void CheckTemplate();
   void DeleteEntry(const TreeModel::Entry& entry);
   void ShowForms();
+  void ShowGuide(const char* page);
   void ChooseScheme(const char* scheme);
   void ShowLetterState();
+  // Who the letter is to, or what kind of template it is.
+  QString KindText(const LetterMembers& members) const;
+  void OpenAsTemplate(const std::filesystem::path& path, const std::string& kind);
   void WithLetter(const std::function<void(frmLetter& letter)>& command);
   void ApplyPageWidth(bool page_width);
   // The printer's paper and the stored margins, for the ruler and the lines' ends.
@@ -105,9 +122,14 @@ class frmMain : public QMainWindow {
   // frm_main_tools.cc
   // The template selected in the tree, else the one in front.
   std::optional<TreeModel::Entry> TemplateToGenerate() const;
+  std::optional<TreeModel::Entry> TemplateInFront() const;
   void GenerateLetters();
+  // Asks for whom and where to; `preselected` is ticked already.
+  void GenerateFrom(const TreeModel::Entry& letter_template,
+                    const std::optional<Recipient>& preselected);
   void RunGeneration(const std::function<GenerationSummary(GenerationObserver&)>& run);
-  void OpenPath(const std::filesystem::path& path);
+  // Opens a saved letter of a tenant or owner; false where the tree has none of this file.
+  bool OpenListed(const std::filesystem::path& path);
   void CheckSpelling(frmLetter& letter);
   void LoadSpeller();
   void UnderlineIn(LetterWindow& window);
@@ -137,6 +159,7 @@ class frmMain : public QMainWindow {
   bool dark_desktop_;
   QLabel *letter_state_, *recipient_, *page_width_state_;
   QList<QAction*> letter_commands_;  // that need a letter
+  QList<QAction*> listed_letters_;   // in the window menu, since it was last shown
   QAction* format_action_ = nullptr;
   QAction* mail_action_ = nullptr;
   QAction* page_width_action_ = nullptr;

@@ -12,6 +12,7 @@
 #include "ui/window/colour_scheme.h"
 #include "ui/window/frm_colours.h"
 #include "ui/window/frm_forms.h"
+#include "ui/window/frm_guide.h"
 #include "ui/window/frm_main.h"
 
 namespace tenora {
@@ -168,12 +169,55 @@ void frmMain::OpenEntry(const TreeModel::Entry& entry) {
 }
 
 void frmMain::OpenFile(const std::filesystem::path& path) {
-  TreeModel::Entry entry;
-  entry.name = QString::fromStdString(path.stem().string());
-  entry.kind = kTemplates;
-  entry.folder = entry.recipient = kTemplates;
-  entry.path = path;
-  OpenEntry(entry);
+  const std::filesystem::path data_folder = session_.database.DataFolder();
+  const std::vector<std::string> kinds{std::string(kTemplates), std::string(kOwnerTemplates),
+                                       session_.cheque_word};
+  for (const std::string& kind : kinds) {
+    if (path.parent_path() == data_folder / kind) return OpenAsTemplate(path, kind);
+  }
+  if (OpenListed(path)) return;
+  const auto chosen = dialogs().Choose(
+      "\"" + path.filename().string() + "\" is not in the library. Open it as",
+      {"Tenant letter template", "Owner letter template", session_.cheque_word + " template"}, 0);
+  if (chosen) OpenAsTemplate(path, kinds[*chosen]);
+}
+
+void frmMain::OpenAsTemplate(const std::filesystem::path& path, const std::string& kind) {
+  const QString extension = QString::fromStdString(path.extension().string()).toLower();
+  if (extension != QLatin1String(".txt")) {
+    TreeModel::Entry entry;
+    entry.name = QString::fromStdString(path.stem().string());
+    entry.kind = entry.folder = entry.recipient = kind;
+    entry.path = path;
+    return OpenEntry(entry);
+  }
+  // A text begins a new letter: saved over its file, that would be a text no more.
+  std::unique_ptr<LetterWindow> window(MakeLetterWindow());
+  LetterMembers& members = window->letter().members();
+  members.LetterTitle = path.stem().string();
+  members.RecipientName = kind;
+  window->letter().LoadLetter(path, kind, "TXT");
+  members.FilePath.clear();
+  window->letter().UpdateCaption();
+  window->ShowLetter();
+  desk_->Add(window.release());
+}
+
+void frmMain::ShowGuide(const char* page) {
+  const std::filesystem::path folder =
+      GuideFolder(QCoreApplication::applicationDirPath().toStdString());
+  if (folder.empty() || !std::filesystem::exists(folder / page)) {
+    return dialogs().Say("The document \"" + std::string(page) +
+                         "\" is not installed beside the program. Install the program again, or "
+                         "look for it in the folder \"docs\" of its sources.");
+  }
+  if (auto* open = findChild<frmGuide*>()) {
+    open->ShowPage(folder / page);
+    open->show();
+    open->raise();
+    return open->activateWindow();
+  }
+  (new frmGuide(folder / page, this))->show();
 }
 
 void frmMain::StartNew(std::string_view kind) {
@@ -237,15 +281,26 @@ void frmMain::ShowLetterState() {
     if (editor != nullptr) editor->SetCodes(CodesFor(ListFor(kind)));
   }
   if (window == nullptr) {
-    letter_state_->clear();
-    recipient_->clear();
+    letter_state_->hide();
+    recipient_->hide();
     return;
   }
+  letter_state_->show();
+  recipient_->show();
   const LetterMembers& members = window->letter().members();
   letter_state_->setText(members.FilePath.empty() ? tr("New")
                          : members.Changed        ? tr("Changed")
                                                   : tr("Saved"));
-  recipient_->setText(QString::fromStdString(members.RecipientName));
+  recipient_->setText(KindText(members));
+}
+
+QString frmMain::KindText(const LetterMembers& members) const {
+  const QString name = QString::fromStdString(members.RecipientName);
+  if (members.Kind == kTemplates) return tr("Tenant template");
+  if (members.Kind == kOwnerTemplates) return tr("Owner template");
+  if (members.Kind == kTenantLetter) return tr("Letter to tenant %1").arg(name);
+  if (members.Kind == kOwnerLetter) return tr("Letter to owner %1").arg(name);
+  return tr("%1 template").arg(QString::fromStdString(members.Kind));
 }
 
 void frmMain::ApplyPageWidth(bool page_width) {

@@ -20,6 +20,9 @@ constexpr const char* kLoad = "MDIForm_Load";
 const QStringList kTopGroups{QStringLiteral("Templates"), QStringLiteral("Tenants"),
                              QStringLiteral("Owners")};
 
+const QStringList kPreselectedFonts{QStringLiteral("Arial"), QStringLiteral("Times New Roman"),
+                                    QStringLiteral("Courier")};
+
 std::string Hex(const QByteArray& bytes) { return bytes.toHex().toStdString(); }
 
 QByteArray FromHex(const std::string& text) {
@@ -34,6 +37,7 @@ void frmMain::MDIForm_Load() {
   Guard(kLoad, [this] { ApplyColourScheme(); });
   Guard(kLoad, [this] { tree_->model().MakeTopGroups(); });
   Guard(kLoad, [this] { SetChequeWord(session_); });
+  Guard(kLoad, [this] { LoadFonts(); });
   Guard(kLoad, [this] { LoadRentalData(); });
   // The catalogue of merge codes is fixed; what remains is to show its list.
   Guard(kLoad, [this] { DisplayInsertMenu(); });
@@ -48,6 +52,12 @@ void frmMain::LoadPageWidth() {
   const std::int16_t width =
       ToInt16(session_.settings.GetSettingText(kSection, "PrinterPageWidth", "0"));
   page_width_action_->setChecked(width != 0);
+}
+
+// The printers draw with the fonts of the desktop; without a printer the list stays empty.
+void frmMain::LoadFonts() {
+  if (!printers_ || PrinterMod(*printers_, session_.settings).PrinterCount() == 0) return;
+  editor_actions_->SetFonts(kPreselectedFonts, QFontDatabase::families());
 }
 
 void frmMain::ApplyColourScheme() {

@@ -1,10 +1,8 @@
 // The main window's menus, tool bar and status bar.
 #include <QActionGroup>
-#include <QDesktopServices>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
-#include <QUrl>
 
 #include "letters/template_library.h"
 #include "ui/window/colour_scheme.h"
@@ -80,13 +78,13 @@ void frmMain::BuildFileMenu() {
   LetterCommand(file, "mnuPrintPreview", tr("Print Pre&view"),
                 {"preview", QKeySequence(tr("Ctrl+Shift+P"))},
                 [this](frmLetter& letter) { Output().Preview(letter, this); });
-  LetterCommand(file, "mnuExportPdf", tr("E&xport as PDF…"), {"pdf"},
+  LetterCommand(file, "mnuExportPdf", tr("Expor&t as PDF…"), {"pdf"},
                 [this](frmLetter& letter) { Output().ExportPdf(letter); });
   mail_action_ = LetterCommand(file, "mnuEmail", tr("E-&mail this Letter…"),
                                {"mail", QKeySequence(tr("Ctrl+Shift+E"))},
                                [this](frmLetter& letter) { Output().Email(letter); });
   file->addSeparator();
-  Command(file, "mnuPrinterSetup", tr("P&rinter Set-up…"), {}, [this] { ShowPrinterSetup(); });
+  Command(file, "mnuPrinterSetup", tr("Printer Set-&up…"), {}, [this] { ShowPrinterSetup(); });
   Command(file, "mnuReceiptOptions", tr("&Receipt Options…"), {},
           [this] { ShowReceiptOptions(true); });
   Command(file, "mnuInspectionOptions", tr("&Inspection Letter Options…"), {},
@@ -171,7 +169,7 @@ void frmMain::BuildToolsMenu() {
   letter_commands_ << Command(tools, "mnuCheckTemplate", tr("&Check Template"),
                               {"check", QKeySequence(tr("F8"))}, [this] { CheckTemplate(); });
   tools->addSeparator();
-  QMenu* schemes = tools->addMenu(tr("Colour &Scheme"));
+  QMenu* schemes = tools->addMenu(tr("Co&lour Scheme"));
   schemes->setObjectName(QStringLiteral("mnuColourScheme"));
   auto* group = new QActionGroup(this);
   for (const char* scheme : kColourSchemes) {
@@ -199,13 +197,39 @@ void frmMain::BuildWindowMenu() {
           [this] { desk_->Next(); });
   Command(windows, "mnuPrevious", tr("&Previous Letter"),
           {nullptr, QKeySequence(tr("Ctrl+Shift+Tab"))}, [this] { desk_->Previous(); });
+  windows->addSeparator();
+  connect(windows, &QMenu::aboutToShow, this, [this, windows] { ListLetters(*windows); });
+}
+
+void frmMain::ListLetters(QMenu& windows) {
+  for (QAction* old : std::as_const(listed_letters_)) delete old;
+  listed_letters_.clear();
+  for (LetterWindow* letter : desk_->Letters()) {
+    const auto number = listed_letters_.size() + 1;
+    const QString changed = letter->isWindowModified() ? QStringLiteral(" *") : QString();
+    QString title = QString::fromStdString(letter->letter().members().Caption) + changed;
+    title.replace(QLatin1Char('&'), QLatin1String("&&"));
+    // One key reaches the first nine.
+    QAction* action =
+        windows.addAction((number < 10 ? QStringLiteral("&%1 %2") : QStringLiteral("%1 %2"))
+                              .arg(QString::number(number), title));
+    action->setObjectName(QStringLiteral("mnuLetter%1").arg(number));
+    action->setCheckable(true);
+    action->setChecked(letter == desk_->Active());
+    connect(action, &QAction::triggered, letter, [this, letter] { desk_->BringToFront(letter); });
+    listed_letters_ << action;
+  }
 }
 
 void frmMain::BuildHelpMenu() {
   QMenu* help = AddMenu("mnuHelp", tr("&Help"));
+  Command(help, "mnuUserGuide", tr("&User Guide"), {"help", QKeySequence::HelpContents},
+          [this] { ShowGuide("user-guide.md"); });
+  Command(help, "mnuMergeCodes", tr("&Merge Codes"), {}, [this] { ShowGuide("merge-codes.md"); });
+  help->addSeparator();
   Command(help, "mnuForms", tr("Template &Forms…"), {"template"}, [this] { ShowForms(); });
   help->addSeparator();
-  Command(help, "mnuAbout", tr("&About…"), {"help"}, [this] {
+  Command(help, "mnuAbout", tr("&About…"), {}, [this] {
     frmAbout(session_.database.DataFolder(), this).exec();
   })->setMenuRole(QAction::AboutRole);
 }
@@ -241,41 +265,18 @@ void frmMain::BuildFormatBar() {
 }
 
 void frmMain::BuildStatusBar() {
-  letter_state_ = new QLabel(this);
-  letter_state_->setObjectName(QStringLiteral("lblLetterState"));
-  recipient_ = new QLabel(this);
-  recipient_->setObjectName(QStringLiteral("lblRecipient"));
-  page_width_state_ = new QLabel(this);
-  page_width_state_->setObjectName(QStringLiteral("lblPageWidth"));
-  for (QLabel* label : {recipient_, letter_state_, page_width_state_}) {
-    statusBar()->addPermanentWidget(label);
-  }
+  recipient_ = AddState("lblRecipient");
+  letter_state_ = AddState("lblLetterState");
+  page_width_state_ = AddState("lblPageWidth");
 }
 
-void frmMain::FillTreeMenu(QMenu& menu, const TreeModel::Entry& entry) {
-  if (!entry.path.empty()) {
-    menu.addAction(LineIcon("open"), tr("&Open"), this, [this, entry] { OpenEntry(entry); });
-  }
-  if (entry.kind == kTemplates || entry.kind == kOwnerTemplates) {
-    if (!entry.path.empty()) menu.addAction(findChild<QAction*>(QStringLiteral("cmdGenerate")));
-  }
-  if (entry.type == TreeModel::Type::kLetter) {
-    menu.addAction(LineIcon("mail"), tr("E-&mail…"), this, [this, entry] {
-      OpenEntry(entry);
-      mail_action_->trigger();
-    });
-  }
-  if (!entry.path.empty()) {
-    menu.addAction(LineIcon("delete"), tr("&Delete…"), this,
-                   [this, entry] { Guard("mnuDelete_Click", [&] { DeleteEntry(entry); }); });
-  }
-  if (!entry.folder.empty()) {
-    menu.addSeparator();
-    menu.addAction(LineIcon("folder"), tr("Show &Folder"), this, [this, entry] {
-      const auto folder = session_.database.DataFolder() / entry.folder;
-      QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(folder.string())));
-    });
-  }
+QLabel* frmMain::AddState(const char* name) {
+  auto* label = new QLabel(this);
+  label->setObjectName(QLatin1String(name));
+  label->setContentsMargins(8, 0, 8, 0);
+  label->setFrameShape(QFrame::StyledPanel);
+  statusBar()->addPermanentWidget(label);
+  return label;
 }
 
 }  // namespace tenora

@@ -18,7 +18,7 @@
 namespace tenora {
 namespace {
 
-constexpr const char* kGenerate = "cmdGenerate_Click";
+bool Generates(const std::string& kind) { return kind == kTemplates || kind == kOwnerTemplates; }
 
 // Shows a run's progress, and stops it where the user asks to.
 class ShownGeneration : public GenerationObserver {
@@ -52,15 +52,16 @@ class ShownGeneration : public GenerationObserver {
 }  // namespace
 
 std::optional<TreeModel::Entry> frmMain::TemplateToGenerate() const {
-  const auto fits = [](const std::string& kind) {
-    return kind == kTemplates || kind == kOwnerTemplates;
-  };
   const TreeModel::Entry* entry = tree_->Current();
-  if (entry != nullptr && entry->type == TreeModel::Type::kTemplate && fits(entry->kind)) {
+  if (entry != nullptr && entry->type == TreeModel::Type::kTemplate && Generates(entry->kind)) {
     return *entry;
   }
+  return TemplateInFront();
+}
+
+std::optional<TreeModel::Entry> frmMain::TemplateInFront() const {
   LetterWindow* window = desk_->Active();
-  if (window == nullptr || !fits(window->letter().members().Kind)) return std::nullopt;
+  if (window == nullptr || !Generates(window->letter().members().Kind)) return std::nullopt;
   const LetterMembers& members = window->letter().members();
   if (members.FilePath.empty()) return std::nullopt;
   TreeModel::Entry open;
@@ -75,11 +76,18 @@ void frmMain::GenerateLetters() {
   if (!entry) {
     return dialogs().Say("Select a template in the left menu section first.");
   }
+  GenerateFrom(*entry, std::nullopt);
+}
+
+void frmMain::GenerateFrom(const TreeModel::Entry& letter_template,
+                           const std::optional<Recipient>& preselected) {
   // The run reads the file: what is written in the window must be in it.
-  LetterWindow* open = desk_->OfFile(entry->path);
+  LetterWindow* open = desk_->OfFile(letter_template.path);
   if (open != nullptr && !open->letter().CheckSave()) return;
 
-  frmGenerate choice(session_.caches, entry->kind, entry->name.toStdString(), dialogs(), this);
+  frmGenerate choice(session_.caches, letter_template.kind, letter_template.name.toStdString(),
+                     dialogs(), this);
+  if (preselected) choice.Preselect(*preselected);
   if (choice.exec() != QDialog::Accepted) return;
   const GenerationRequest request = choice.Request();
   printing::Printers* printers = nullptr;
@@ -104,7 +112,7 @@ void frmMain::RunGeneration(const std::function<GenerationSummary(GenerationObse
   if (summary.asked == 0) return;  // nothing was begun, and the reason has been shown
   statusBar()->showMessage(tr("%1 of %2 letters were made.").arg(summary.done).arg(summary.asked));
   if (summary.complete()) {
-    if (summary.asked == 1 && !file.empty()) OpenPath(file);
+    if (summary.asked == 1 && !file.empty()) OpenListed(file);
     return;
   }
   std::string text =
@@ -125,12 +133,15 @@ void frmMain::RunGeneration(const std::function<GenerationSummary(GenerationObse
   });
 }
 
-void frmMain::OpenPath(const std::filesystem::path& path) {
+bool frmMain::OpenListed(const std::filesystem::path& path) {
   for (const char* group : {"Tenants", "Owners"}) {
     const QModelIndex entry =
         tree_->model().FindFile(tree_->model().Group(QLatin1String(group)), path);
-    if (entry.isValid()) return OpenEntry(TreeModel::Entry(*tree_->model().EntryAt(entry)));
+    if (!entry.isValid()) continue;
+    OpenEntry(TreeModel::Entry(*tree_->model().EntryAt(entry)));
+    return true;
   }
+  return false;
 }
 
 void frmMain::CheckSpelling(frmLetter& letter) {

@@ -23,7 +23,12 @@ void LintPanel::Show(LetterWindow& letter, const std::vector<TemplateFinding>& f
   for (const TemplateFinding& finding : findings_) {
     list_->addItem(QString::fromStdString(finding.Text()));
   }
-  if (findings_.empty()) list_->addItem(tr("Nothing was found: every code will be filled."));
+  if (findings_.empty()) {
+    const bool codes = letter.letter().rtfLetter.TextRTF().find("<<") != std::string::npos;
+    list_->addItem(codes ? tr("Nothing was found: every code will be filled.")
+                         : tr("There is no merge code in this letter: everyone gets the same text. "
+                              "The Insert menu puts codes at the caret."));
+  }
   show();
 }
 

@@ -6,6 +6,7 @@
 
 #include "application.h"
 #include "merge/catalogue.h"
+#include "platform/runtime/files.h"
 #include "support/fake_platform.h"
 #include "ui/window/background_work.h"
 #include "ui/window/frm_main.h"
@@ -156,6 +157,35 @@ TEST(RunInBackground, KeepsItsProgressFromCoveringAQuestionOfTheWork) {
         Qt::BlockingQueuedConnection);
   });
   EXPECT_NE(in_front, nullptr);
+}
+
+TEST_F(MainWindow, RenamesOverNoFileAndTakesTheOpenLetterAlong) {
+  platform_.InstallSampleDatabase();
+  const auto folder = session_.database.DataFolder() / "Templates";
+  std::filesystem::create_directories(folder);
+  for (const char* name : {"One.rtf", "Two.rtf"}) WriteWholeFile(folder / name, "{\\rtf1 x}");
+  Load();
+  ctlTree& tree = window_->tree();
+  TreeModel::Entry entry = *tree.model().EntryAt(tree.model().IndexOfKey("Templates/One"));
+  window_->OpenEntry(entry);
+  const auto rename = [&](const char* name) {
+    platform_.dialogs.WillType(name);
+    QMenu menu;
+    tree.FillContextMenu(menu, entry);
+    for (QAction* action : menu.actions()) {
+      if (action->text() == "&Rename…") return action->trigger();
+    }
+    FAIL() << "nothing to rename with";
+  };
+  rename("Two");
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("is there already"));
+  EXPECT_TRUE(std::filesystem::exists(folder / "One.rtf"));
+  rename("../Three.rtf");
+  EXPECT_FALSE(std::filesystem::exists(folder / "One.rtf"));
+  const LetterMembers& open = window_->desk().Active()->letter().members();
+  EXPECT_EQ(std::filesystem::path(open.FilePath).parent_path(), folder);
+  EXPECT_TRUE(std::filesystem::exists(open.FilePath));
+  EXPECT_EQ(open.Kind, "Templates");
 }
 
 }  // namespace
