@@ -62,8 +62,7 @@ std::vector<std::string> InstalledLanguages(const std::vector<fs::path>& folders
     }
   }
   std::ranges::sort(languages);
-  const auto repeated = std::ranges::unique(languages);
-  languages.erase(repeated.begin(), repeated.end());
+  languages.erase(std::unique(languages.begin(), languages.end()), languages.end());
   return languages;
 }
 
