@@ -172,10 +172,12 @@ void frmMain::BuildToolsMenu() {
   QMenu* schemes = tools->addMenu(tr("Co&lour Scheme"));
   schemes->setObjectName(QStringLiteral("mnuColourScheme"));
   auto* group = new QActionGroup(this);
-  for (const char* scheme : kColourSchemes) {
-    const bool custom = std::string_view(scheme) == "Custom";
+  const QStringList titles{tr("&Blue"),  tr("&Gold"), tr("&Silver"),
+                           tr("G&reen"), tr("Gr&ey"), tr("&Custom…")};
+  for (std::size_t i = 0; i < kColourSchemes.size(); ++i) {
+    const char* scheme = kColourSchemes[i];
     const QByteArray name = QByteArray("mnu") + scheme;
-    QAction* action = Command(schemes, name.constData(), tr(scheme) + (custom ? "…" : ""), {},
+    QAction* action = Command(schemes, name.constData(), titles[static_cast<qsizetype>(i)], {},
                               [this, scheme] { ChooseScheme(scheme); });
     action->setCheckable(true);
     action->setData(QLatin1String(scheme));
