@@ -96,6 +96,7 @@ mail::Server clsEmailSender::Server() const {
   server.ssl = options.SmtpSSL;
   server.user = options.SmtpUsername;
   server.password = options.SmtpPassword;
+  server.stop_asked = StopAsked;
   return server;
 }
 

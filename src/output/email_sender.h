@@ -2,6 +2,7 @@
 // SmtpSend says. Nothing is retried, and one transport never stands in for the other.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,9 @@ class clsEmailSender {
   // Sends at once. Messages of one sender share a connection.
   bool SendEmailSMTP(const std::string& recipient, const EmailBody& body,
                      const std::string& subject, bool isHtml);
+
+  // Asked while a server is talked to; true breaks the message off. May be empty.
+  std::function<bool()> StopAsked;
 
  private:
   void Compose(const std::string& recipient, const EmailBody& body, const std::string& subject);

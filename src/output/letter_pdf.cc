@@ -35,11 +35,13 @@ class ScratchFolder {
 
 }  // namespace
 
-std::string MakeLetterPdf(const RichTextBox& letter, const std::string& title, Settings& settings) {
+std::string MakeLetterPdf(const RichTextBox& letter, const std::string& title, Settings& settings,
+                          const std::function<bool()>& stop_asked) {
   const ScratchFolder scratch;
   const auto printers = printing::Printers::Create(
       {.default_printer = printing::kPdfPrinterName, .pdf_target = scratch.path() / "letter.pdf"});
   PrinterMod printer(*printers, settings);
+  printer.StopAsked = stop_asked;
   printer.PrintRichText(letter, title);
   return ReadWholeFile(printer.EndJob());
 }

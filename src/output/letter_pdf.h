@@ -1,6 +1,7 @@
 // A letter as a PDF in memory, laid out as on paper with the stored margins.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "data/settings.h"
@@ -8,7 +9,9 @@
 
 namespace tenora {
 
-// Raises 482 (Printer error) and what writing a scratch file raises.
-std::string MakeLetterPdf(const RichTextBox& letter, const std::string& title, Settings& settings);
+// Raises 482 (Printer error), 32755 when `stop_asked`, asked between the pages, says so, and what
+// writing a scratch file raises.
+std::string MakeLetterPdf(const RichTextBox& letter, const std::string& title, Settings& settings,
+                          const std::function<bool()>& stop_asked = {});
 
 }  // namespace tenora

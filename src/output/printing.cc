@@ -64,7 +64,8 @@ class LetterPrint {
 }  // namespace
 
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
-                   const std::string& title, const PageMargins& margins) {
+                   const std::string& title, const PageMargins& margins,
+                   const std::function<bool()>& stop_asked) {
   printing::FormatRange range;
   range.document = &document;
   range.page_rect = {0, 0, printer.Width(), printer.Height()};
@@ -76,6 +77,7 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
   const int length = printing::DocumentLength(*range.document);
   for (;;) {
     const int next = printer.Format(range);
+    if (stop_asked && stop_asked()) throw StandardError(error_number::kCancelled);
     if (next >= length) break;
     if (next <= range.range.from) {
       throw StandardError(error_number::kPrinterError, "\"" + title + "\" cannot be divided");
@@ -99,7 +101,7 @@ PageMargins StoredMargins(Settings& settings) {
 }
 
 void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title) {
-  PrintDocument(printers_.Current(), box.Document(), title, LoadMargins());
+  PrintDocument(printers_.Current(), box.Document(), title, LoadMargins(), StopAsked);
 }
 
 std::filesystem::path PrinterMod::EndJob() { return printers_.Current().EndJob(); }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "data/settings.h"
@@ -24,9 +25,11 @@ PageMargins StoredMargins(Settings& settings);
 
 // Prints the whole document inside the margins: opens a job under the title or, in an open job,
 // starts on a new page; the job stays open. Raises 482 (Printer error) when the margins leave no
-// room or the printer refuses; a job opened here is then dropped.
+// room or the printer refuses, and 32755 (Cancel was selected) when `stop_asked`, asked between the
+// pages, says so; a job opened here is then dropped.
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
-                   const std::string& title, const PageMargins& margins);
+                   const std::string& title, const PageMargins& margins,
+                   const std::function<bool()>& stop_asked = {});
 
 class PrinterMod {
  public:
@@ -37,7 +40,8 @@ class PrinterMod {
 
   // Prints the whole content on the current printer: opens a job under the title or, in an open
   // job, starts on a new page. The job stays open for further letters until EndJob. Raises 482
-  // (Printer error) when the margins leave no room or the printer refuses.
+  // (Printer error) when the margins leave no room or the printer refuses, 32755 when StopAsked
+  // says so.
   void PrintRichText(const RichTextBox& box, const std::string& title);
 
   // Hands the job on; nothing when none is open. For the PDF printer the result is the file's path,
@@ -50,6 +54,9 @@ class PrinterMod {
   // The number of installed printers; 0, when they cannot be read either, tells callers not to
   // print.
   int PrinterCount();
+
+  // Asked between the pages; may be empty.
+  std::function<bool()> StopAsked;
 
  private:
   printing::Printers& printers_;

@@ -63,6 +63,15 @@ std::string Paragraphs(int count) {
   return body;
 }
 
+TEST_F(PrinterModTest, StopsBetweenThePagesAndDropsTheJob) {
+  int pages = 0;
+  printer_mod_.StopAsked = [&pages] { return ++pages == 2; };
+  EXPECT_THAT(FailureOf(Rtf(Paragraphs(200))), StartsWith("32755 - "));
+  EXPECT_EQ(pages, 2);
+  EXPECT_FALSE(printers_->Current().JobOpen());
+  EXPECT_TRUE(printer_mod_.EndJob().empty());
+}
+
 TEST_F(PrinterModTest, ReadsMarginsInTwipsAndNoneAsZero) {
   EXPECT_EQ(printer_mod_.LoadMargins(), PageMargins());
   SetMargins({"567", "1440", "-20", "2147483647"});

@@ -190,6 +190,11 @@ std::string WithoutSecrets(std::string text, const Server& server) {
   return text;
 }
 
+// A result other than 0 breaks the transfer off.
+int AskToStop(void* server, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+  return static_cast<const Server*>(server)->stop_asked() ? 1 : 0;
+}
+
 int ErrorNumber(CURLcode code, const Conversation& conversation) {
   // Silence behind the text is no missing connection.
   if (conversation.text_asked_for && code == CURLE_OPERATION_TIMEDOUT) return smtp_error::kNotSent;
@@ -205,6 +210,8 @@ int ErrorNumber(CURLcode code, const Conversation& conversation) {
       return smtp_error::kCertificate;
     case CURLE_LOGIN_DENIED:
       return smtp_error::kLoginRefused;
+    case CURLE_ABORTED_BY_CALLBACK:
+      return error_number::kCancelled;
     default:
       break;
   }
@@ -225,6 +232,8 @@ std::string_view Summary(int number) {
       return "The server rejected one or more recipient addresses.";
     case smtp_error::kSenderRefused:
       return "The server rejected the sender address.";
+    case error_number::kCancelled:
+      return "Cancel was selected.";
     default:
       return "The message could not be sent to the SMTP server.";
   }
@@ -266,12 +275,19 @@ void Converse(CURL* curl, const Server& server, const std::string& about) {
   std::array<char, CURL_ERROR_SIZE> detail{};
   curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, detail.data());
 
+  if (server.stop_asked) {
+    curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, AskToStop);
+    curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &server);
+    curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
+  }
+
   const CURLcode code = curl_easy_perform(curl);
   // Nothing on this stack may be reached by a later call.
   curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, nullptr);
   curl_easy_setopt(curl, CURLOPT_DEBUGDATA, nullptr);
   curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, nullptr);
   curl_easy_setopt(curl, CURLOPT_VERBOSE, 0L);
+  curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 1L);
   if (code == CURLE_OK) return;
 
   const int number = ErrorNumber(code, conversation);

@@ -1,6 +1,7 @@
 // Sends messages to an SMTP server. One client keeps its connection for the messages that follow.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,6 +18,9 @@ struct Server {
   bool ssl = false;
   std::string user, password;  // both empty: no authentication
   int timeout_seconds = 60;    // to connect, and for each answer of the server
+  // Asked about once a second and more often while data moves; true breaks the conversation off,
+  // which raises 32755 (Cancel was selected). May be empty.
+  std::function<bool()> stop_asked;
 };
 
 namespace smtp_error {

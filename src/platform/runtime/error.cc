@@ -30,6 +30,7 @@ constexpr std::array kStandardDescriptions{
     StandardDescription{error_number::kInvalidUseOfNull, "Invalid use of Null"},
     StandardDescription{error_number::kInvalidFileFormat, "Invalid file format"},
     StandardDescription{error_number::kPrinterError, "Printer error"},
+    StandardDescription{error_number::kCancelled, "Cancel was selected"},
 };
 
 }  // namespace

@@ -24,6 +24,7 @@ inline constexpr int kObjectNotSet = 91;
 inline constexpr int kInvalidUseOfNull = 94;
 inline constexpr int kInvalidFileFormat = 321;
 inline constexpr int kPrinterError = 482;
+inline constexpr int kCancelled = 32755;
 }  // namespace error_number
 
 class RuntimeError : public std::runtime_error {

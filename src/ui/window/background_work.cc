@@ -69,9 +69,9 @@ class ShownProgress : public WorkProgress {
 
 }  // namespace
 
-void RunInBackground(QWidget* parent, const QString& title, Cancelling cancelling,
+void RunInBackground(QWidget* parent, const QString& title,
                      const std::function<void(WorkProgress&)>& work) {
-  ProgressDialog dialog(title, cancelling == Cancelling::kPossible, parent);
+  ProgressDialog dialog(title, parent);
   dialog.setWindowModality(Qt::ApplicationModal);
   ShownProgress progress(dialog);
   QObject::connect(&dialog, &ProgressDialog::CancelAsked, [&progress] { progress.Cancel(); });

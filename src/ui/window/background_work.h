@@ -17,11 +17,9 @@ class WorkProgress {
   virtual bool Cancelled() const = 0;
 };
 
-enum class Cancelling { kPossible, kImpossible };
-
 // The windows take no input until the work is done; boxes that the work itself shows do. Raises
 // what the work raises. Work never touches a widget, nor a box with an editor on it.
-void RunInBackground(QWidget* parent, const QString& title, Cancelling cancelling,
+void RunInBackground(QWidget* parent, const QString& title,
                      const std::function<void(WorkProgress& progress)>& work);
 
 }  // namespace tenora

@@ -139,7 +139,7 @@ class frmMain : public QMainWindow {
 
   void ApplyColourScheme();
   // Long work beside the window; the tree is not refreshed meanwhile, as work changes the caches.
-  void RunBeside(const QString& title, Cancelling cancelling, const LetterOutput::Work& work);
+  void RunBeside(const QString& title, const LetterOutput::Work& work);
   QWidget* MakeWelcome();
   Dialogs& dialogs() { return session_.platform.dialogs; }
 

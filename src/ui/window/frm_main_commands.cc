@@ -75,9 +75,7 @@ LetterOutput& frmMain::Output() {
   if (!output_) {
     output_ = std::make_unique<LetterOutput>(
         session_, *printers_,
-        [this](const QString& title, Cancelling cancelling, const LetterOutput::Work& work) {
-          RunBeside(title, cancelling, work);
-        });
+        [this](const QString& title, const LetterOutput::Work& work) { RunBeside(title, work); });
     output_->Tell = [this](const QString& message) { statusBar()->showMessage(message, kTellFor); };
     output_->PrintFromPreview = [this] {
       findChild<QAction*>(QStringLiteral("mnuPrint"))->trigger();
@@ -86,11 +84,10 @@ LetterOutput& frmMain::Output() {
   return *output_;
 }
 
-void frmMain::RunBeside(const QString& title, Cancelling cancelling,
-                        const LetterOutput::Work& work) {
+void frmMain::RunBeside(const QString& title, const LetterOutput::Work& work) {
   tree_->Hold(true);
   try {
-    RunInBackground(this, title, cancelling, work);
+    RunInBackground(this, title, work);
   } catch (...) {
     tree_->Hold(false);
     throw;

@@ -103,7 +103,7 @@ void frmMain::GenerateFrom(const TreeModel::Entry& letter_template,
 void frmMain::RunGeneration(const std::function<GenerationSummary(GenerationObserver&)>& run) {
   GenerationSummary summary;
   std::filesystem::path file;
-  RunBeside(tr("Generating"), Cancelling::kPossible, [&](WorkProgress& progress) {
+  RunBeside(tr("Generating"), [&](WorkProgress& progress) {
     ShownGeneration shown(progress);
     summary = run(shown);
     file = shown.last_file();

@@ -45,7 +45,8 @@ bool LetterOutput::PrintOne(frmLetter& letter) {
   Copy copy(session_, letter);
   bool printed = false;
   std::filesystem::path file;
-  run_(Tr("Printing"), Cancelling::kImpossible, [&](WorkProgress&) {
+  run_(Tr("Printing"), [&](WorkProgress& progress) {
+    printer.StopAsked = [&progress] { return progress.Cancelled(); };
     printed = copy.letter().PrintLetter(printer);
     if (printed) file = printer.EndJob();
   });
@@ -67,9 +68,10 @@ void LetterOutput::ExportPdf(frmLetter& letter) {
   if (!path) return;
   if (path->extension() != ".pdf") *path += ".pdf";
   Copy copy(session_, letter);
-  run_(Tr("Exporting"), Cancelling::kImpossible, [&](WorkProgress&) {
+  run_(Tr("Exporting"), [&](WorkProgress& progress) {
     const std::string title = members.LetterTitle + " - " + members.RecipientName;
-    WriteWholeFile(*path, MakeLetterPdf(copy.letter().rtfLetter, title, session_.settings));
+    WriteWholeFile(*path, MakeLetterPdf(copy.letter().rtfLetter, title, session_.settings,
+                                        [&progress] { return progress.Cancelled(); }));
   });
   if (Tell) Tell(Tr("Exported: %1").arg(QString::fromStdString(path->string())));
 }
@@ -83,8 +85,9 @@ bool LetterOutput::Email(frmLetter& letter) {
       ToInt32(session_.settings.GetSettingText("Receipt", "PdfAttachment", "0")) != 0;
   Copy copy(session_, letter);
   bool sent = false;
-  run_(Tr("Sending"), Cancelling::kImpossible, [&](WorkProgress&) {
+  run_(Tr("Sending"), [&](WorkProgress& progress) {
     clsEmailSender sender(session_);
+    sender.StopAsked = [&progress] { return progress.Cancelled(); };
     sent = copy.letter().SendEmail(sender, *subject, attach_pdf);
   });
   if (sent && Tell) {
@@ -99,8 +102,11 @@ void LetterOutput::Preview(frmLetter& letter, QWidget* parent) {
   copy->SetTextRTF(letter.rtfLetter.TextRTF());
   const std::string title = letter.members().LetterTitle;
   auto pages = std::make_unique<printing::PreviewPages>(printers_.Current());
-  run_(Tr("Laying out"), Cancelling::kImpossible,
-       [&](WorkProgress&) { PrinterMod(*pages, session_.settings).PrintRichText(*copy, title); });
+  run_(Tr("Laying out"), [&](WorkProgress& progress) {
+    PrinterMod printer(*pages, session_.settings);
+    printer.StopAsked = [&progress] { return progress.Cancelled(); };
+    printer.PrintRichText(*copy, title);
+  });
   auto* preview = new PrintPreview(std::move(copy), std::move(pages), parent);
   preview->setWindowFlag(Qt::Window);
   preview->setWindowTitle(Tr("%1 – Print Preview").arg(QString::fromStdString(title)));

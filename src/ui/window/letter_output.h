@@ -15,7 +15,7 @@ class LetterOutput {
  public:
   using Work = std::function<void(WorkProgress& progress)>;
   // Runs work beside the windows, as RunInBackground does.
-  using Runner = std::function<void(const QString& title, Cancelling cancelling, const Work& work)>;
+  using Runner = std::function<void(const QString& title, const Work& work)>;
 
   LetterOutput(Session& session, printing::Printers& printers, Runner run)
       : session_(session), printers_(printers), run_(std::move(run)) {}

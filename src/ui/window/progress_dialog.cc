@@ -4,11 +4,9 @@
 
 namespace tenora {
 
-ProgressDialog::ProgressDialog(const QString& title, bool can_cancel, QWidget* parent)
-    : QDialog(parent) {
+ProgressDialog::ProgressDialog(const QString& title, QWidget* parent) : QDialog(parent) {
   setObjectName(QStringLiteral("frmProgress"));
   setWindowTitle(title);
-  setWindowFlag(Qt::WindowCloseButtonHint, can_cancel);
   lblProgress_ = new QLabel(title + QStringLiteral("…"), this);
   lblProgress_->setObjectName(QStringLiteral("lblProgress"));
   lblProgress_->setTextFormat(Qt::PlainText);
@@ -18,7 +16,6 @@ ProgressDialog::ProgressDialog(const QString& title, bool can_cancel, QWidget* p
   picProgress_->setRange(0, 0);
   cancel_ = new QPushButton(tr("Cancel"), this);
   cancel_->setObjectName(QStringLiteral("cmdCancel"));
-  cancel_->setVisible(can_cancel);
   connect(cancel_, &QPushButton::clicked, this, &ProgressDialog::reject);
 
   auto* layout = new QVBoxLayout(this);
@@ -37,7 +34,6 @@ void ProgressDialog::Show(int done, int total, const QString& text) {
 }
 
 void ProgressDialog::reject() {
-  if (!cancel_->isVisibleTo(this)) return;
   cancel_->setEnabled(false);
   cancel_->setText(tr("Stopping…"));
   emit CancelAsked();

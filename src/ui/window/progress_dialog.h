@@ -12,7 +12,7 @@ class ProgressDialog : public QDialog {
   Q_OBJECT
 
  public:
-  ProgressDialog(const QString& title, bool can_cancel, QWidget* parent);
+  ProgressDialog(const QString& title, QWidget* parent);
 
   // `total` 0 shows a bar that only moves.
   void Show(int done, int total, const QString& text);

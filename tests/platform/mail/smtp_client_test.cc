@@ -177,6 +177,16 @@ TEST(SmtpClient, AServerThatNeverAnswersTimesOut) {
   }
 }
 
+TEST(SmtpClient, BreaksOffWhenAskedTo) {
+  for (const char* stage : {"connect", "MAIL", "BODY"}) {
+    const test::SmtpServer server("silent-" + std::string(stage));
+    Server settings = Local(server);
+    int asked = 0;
+    settings.stop_asked = [&asked] { return ++asked > 20; };
+    EXPECT_EQ(Failure(settings, Letter()).value().number(), error_number::kCancelled) << stage;
+  }
+}
+
 TEST(SmtpClient, AServerThatStopsReadingTimesOut) {
   const test::SmtpServer server("deaf-DATA");
   Server settings = Local(server);

@@ -141,7 +141,7 @@ TEST(RunInBackground, KeepsItsProgressFromCoveringAQuestionOfTheWork) {
   QWidget window;
   window.show();
   const QWidget* in_front = nullptr;
-  RunInBackground(&window, "Generating", Cancelling::kPossible, [&](WorkProgress&) {
+  RunInBackground(&window, "Generating", [&](WorkProgress&) {
     QMetaObject::invokeMethod(
         qApp,
         [&] {
