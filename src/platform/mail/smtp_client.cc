@@ -292,8 +292,10 @@ void Converse(CURL* curl, const Server& server, const std::string& about) {
 
   const int number = ErrorNumber(code, conversation);
   std::string text(Summary(number));
-  text += " Server " + server.host + ":" + std::to_string(server.port) + about + ": " +
-          (detail[0] != '\0' ? detail.data() : curl_easy_strerror(code));
+  text += " Server " + server.host + ":" + std::to_string(server.port) + about;
+  if (number != error_number::kCancelled) {
+    text.append(": ").append(detail[0] != '\0' ? detail.data() : curl_easy_strerror(code));
+  }
   if (!conversation.refusal.empty()) {
     text += " (" + WithoutSecrets(conversation.refusal, server) + ")";
   }
