@@ -77,6 +77,23 @@ std::vector<CodeSpan> FindCodes(const QString& text, const QSet<QString>& names)
   return codes;
 }
 
+void TakeWholeCodes(const QTextDocument& document, int* start, int* end) {
+  const int given_start = *start, given_end = *end;
+  for (const int place : {given_start, given_end}) {
+    const QTextBlock block = document.findBlock(place);
+    const QString text = block.text();
+    if (!text.contains(QLatin1String("<<"))) continue;
+    for (const CodeSpan& code : FindCodes(text, {})) {
+      const int first = block.position() + static_cast<int>(code.start);
+      const int behind = first + static_cast<int>(code.length);
+      if (place <= first || place >= behind || !text.mid(code.start, code.length).endsWith(u'>'))
+        continue;
+      *start = std::min(*start, first);
+      *end = std::max(*end, behind);
+    }
+  }
+}
+
 CodeMarker::CodeMarker(QTextDocument* document) : QSyntaxHighlighter(document) {}
 
 void CodeMarker::SetCodes(const QSet<QString>& names) {

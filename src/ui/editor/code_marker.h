@@ -19,6 +19,10 @@ struct CodeSpan {
 // Names are matched as merges match them: letter case counts.
 std::vector<CodeSpan> FindCodes(const QString& text, const QSet<QString>& names);
 
+// Both ends of a range in a letter move outwards where they stand in the middle of a merge code: a
+// merge finds only codes that have one format.
+void TakeWholeCodes(const QTextDocument& document, int* start, int* end);
+
 class CodeMarker : public QSyntaxHighlighter {
   Q_OBJECT
 

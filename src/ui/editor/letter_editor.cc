@@ -30,25 +30,6 @@ namespace {
 constexpr double kLeastZoom = 0.25, kMostZoom = 5;
 constexpr int kWindowMargin = 240;  // twips around text that wraps at the window
 
-// Both ends of a range in a letter move outwards where they stand in the middle of a merge code: a
-// merge finds only codes that have one format.
-void TakeWholeCodes(const QTextDocument& document, int* start, int* end) {
-  const int given_start = *start, given_end = *end;
-  for (const int place : {given_start, given_end}) {
-    const QTextBlock block = document.findBlock(place);
-    const QString text = block.text();
-    if (!text.contains(QLatin1String("<<"))) continue;
-    for (const CodeSpan& code : FindCodes(text, {})) {
-      const int first = block.position() + static_cast<int>(code.start);
-      const int behind = first + static_cast<int>(code.length);
-      if (place <= first || place >= behind || !text.mid(code.start, code.length).endsWith(u'>'))
-        continue;
-      *start = std::min(*start, first);
-      *end = std::max(*end, behind);
-    }
-  }
-}
-
 int ScreenDpi() {
   const QScreen* screen = QGuiApplication::primaryScreen();
   return screen == nullptr ? 96 : static_cast<int>(std::lround(screen->logicalDotsPerInchY()));
@@ -353,7 +334,8 @@ void LetterEditor::FitIndentsToZoom() {
   });
 }
 
-// Changes that are of the looks alone become part of the writer's last step.
+// Changes of the looks alone leave nothing to undo in an untouched letter; behind the writer's own
+// steps Qt keeps them as a step, as its history cannot be left out for a while.
 void LetterEditor::WithoutUndoStep(const std::function<void()>& change) {
   const bool was_showing = std::exchange(showing_, true);
   const bool has_history = document()->isUndoAvailable() || document()->isRedoAvailable();
