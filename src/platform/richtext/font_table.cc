@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string_view>
 
 #include "platform/richtext/byte_decoder.h"
+#include "platform/richtext/special_characters.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
@@ -12,7 +14,10 @@ namespace {
 
 constexpr std::array<std::string_view, 8> kFamilies{"fnil",    "froman", "fswiss", "fmodern",
                                                     "fscript", "fdecor", "ftech",  "fbidi"};
-constexpr std::size_t kLongestName = 256;
+// A name in characters, and the bytes and characters it is read from: a double-byte code page
+// writes a character in two bytes, so that what is kept whole is also read back whole.
+constexpr int kLongestName = 128;
+constexpr std::size_t kLongestSource = 2 * kLongestName;
 constexpr int kSymbolCharset = 2;
 constexpr char32_t kByte = 0x110000;  // beyond every character
 
@@ -21,16 +26,24 @@ bool IsSymbolName(std::string_view name) {
          StartsWithNoCase(name, "Wingdings");
 }
 
+// Without the characters that a font table cannot hold: controls, and the end of an entry.
 std::string DecodeName(std::u32string_view name, const CodePage& page) {
   std::string text;
   ByteDecoder decoder;
+  int length = 0;
   for (const char32_t unit : name) {
-    if (unit < kByte)
-      AppendUtf8(text, unit);
-    else if (const auto character = decoder.Take(static_cast<unsigned char>(unit - kByte), page))
-      AppendUtf8(text, *character);
+    std::optional<char32_t> decoded = unit;
+    // An escaped brace or backslash may be the second byte of a pair.
+    if (unit >= kByte || (decoder.pending() && unit < 0x80))
+      decoded = decoder.Take(static_cast<unsigned char>(unit & 0xff), page);
+    else
+      decoder.Reset();
+    const char32_t character = decoded ? CleanCharacter(*decoded) : 0;
+    if (character < 0x20 || character == ';' || length == kLongestName) continue;
+    AppendUtf8(text, character);
+    ++length;
   }
-  return text;
+  return std::string(TrimBlanks(text));
 }
 
 }  // namespace
@@ -59,13 +72,13 @@ void FontTable::Word(const Token& token) {
 void FontTable::Byte(unsigned char byte) {
   if (byte == ';') {
     EndEntry();
-  } else if (byte >= 0x20 && name_.size() < kLongestName) {
+  } else if (byte >= 0x20 && name_.size() < kLongestSource) {
     name_ += kByte + byte;
   }
 }
 
 void FontTable::Character(char32_t character) {
-  if (name_.size() < kLongestName) name_ += character;
+  if (name_.size() < kLongestSource) name_ += character;
 }
 
 void FontTable::EndEntry() {
@@ -79,7 +92,6 @@ void FontTable::EndEntry() {
       has_charset ? CodePageOfCharset(font.charset, document_code_page_) : document_code_page_;
   font.name =
       DecodeName(name, code_pages_->Get(page == kSymbolCodePage ? document_code_page_ : page));
-  font.name = std::string(TrimBlanks(font.name));
   if (font.name.empty()) font.name = kDefaultFontName;
   if (!has_charset && IsSymbolName(font.name)) page = kSymbolCodePage;
   if (IsKnownCodePage(wanted_page) && page != kSymbolCodePage) page = wanted_page;

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/richtext/special_characters.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
@@ -26,7 +27,8 @@ char32_t DrawnBullet(char32_t character) {
 }
 
 // Text around a number stays short, whatever it is put together from.
-void AppendBounded(std::string* text, char32_t character) {
+void AppendBounded(std::string* text, char32_t raw) {
+  const char32_t character = CleanCharacter(raw);
   const auto length = std::ranges::count_if(
       *text, [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; });
   if (character >= 0x20 && length < kLongestText) AppendUtf8(*text, character);
