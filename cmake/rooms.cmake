@@ -40,10 +40,11 @@ endfunction()
 # Builds all fuzz programs.
 add_custom_target(fuzzers)
 
-# tenora_fuzz(NAME SOURCES … LIBRARIES …): a libFuzzer program that starts from the kept corpus in
-# tests/fuzz/NAME and runs for a fixed short time.
+# tenora_fuzz(NAME RUNS count SOURCES … LIBRARIES …): a libFuzzer program. As a test it starts from
+# the kept corpus in tests/fuzz/NAME and tries the same inputs in the same order on every machine;
+# what it has not seen is looked for with scripts/fuzz.sh.
 function(tenora_fuzz name)
-  cmake_parse_arguments(FUZZ "" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(FUZZ "" "RUNS" "SOURCES;LIBRARIES" ${ARGN})
   if(NOT TENORA_FUZZ)
     return()
   endif()
@@ -52,10 +53,8 @@ function(tenora_fuzz name)
   target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
   target_link_libraries(fuzz_${name} PRIVATE ${FUZZ_LIBRARIES})
   add_dependencies(fuzzers fuzz_${name})
-  set(scratch ${CMAKE_BINARY_DIR}/corpus/${name})
-  file(MAKE_DIRECTORY ${scratch})
   add_test(NAME fuzz_${name}
-           COMMAND fuzz_${name} -seed=1 -max_total_time=15 -timeout=30 -rss_limit_mb=2048 -max_len=65536
-                   ${scratch} ${CMAKE_SOURCE_DIR}/tests/fuzz/${name})
-  set_tests_properties(fuzz_${name} PROPERTIES LABELS fuzz TIMEOUT 120)
+           COMMAND ${CMAKE_SOURCE_DIR}/cmake/fuzz_test.sh $<TARGET_FILE:fuzz_${name}>
+                   ${CMAKE_SOURCE_DIR}/tests/fuzz/${name} ${FUZZ_RUNS})
+  set_tests_properties(fuzz_${name} PROPERTIES LABELS fuzz TIMEOUT 300)
 endfunction()
