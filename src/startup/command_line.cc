@@ -18,9 +18,16 @@ bool IsName(std::string_view word) {
                              [&](std::string_view name) { return EqualsNoCase(word, name); });
 }
 
-// Whether an argument is a parameter of its own: a known name, alone or with "=" behind it.
+bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+// Whether an argument is a parameter of its own: a known name, alone or with "=" behind it, or an
+// unknown one with "=". A parameter that only another version knows must not end in the value
+// before it.
 bool IsParameter(std::string_view argument) {
-  return IsName(argument.substr(0, argument.find('=')));
+  const std::size_t equals = argument.find('=');
+  const std::string_view name = argument.substr(0, equals);
+  if (IsName(name)) return true;
+  return equals != std::string_view::npos && !name.empty() && std::ranges::all_of(name, IsLetter);
 }
 
 // One argument that holds the whole line but no quotes, cut before each parameter.

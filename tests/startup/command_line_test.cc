@@ -63,7 +63,8 @@ TEST(CommandLine, PutsBackWhatTheShellTookAway) {
        R"(PRINTRECEIPT="T00001" FORMAT="Rent review")"},
       {{"PRINTRECEIPT=", "FORMAT="}, R"(PRINTRECEIPT="" FORMAT="")"},
       {{"PRINTRECEIPT=T00001 FORMAT=Rent review"}, R"(PRINTRECEIPT="T00001" FORMAT="Rent review")"},
-      {{"FORMAT=a=b", "c=d"}, R"(FORMAT="a=b c=d")"},
+      {{"FORMAT=a=b", "COPIES=2", "2=2"}, R"(FORMAT="a=b" COPIES="2 2=2")"},
+      {{"FORMAT=Rent review COPIES=2"}, R"(FORMAT="Rent review" COPIES="2")"},
       {{"FORMAT=Rent DEFAULT=x", "REPRINT=5"}, R"(FORMAT="Rent DEFAULT=x" REPRINT="5")"},
       // Quotes that came through one by one, and some of each.
       {{R"(PRINTRECEIPT="T00001")", R"(FORMAT="Rent)", R"(review")"},
