@@ -110,6 +110,13 @@ std::optional<CalendarTime> ParseDate(std::string_view text) {
   return result;
 }
 
+std::string SignificantDigits(double number, int count) {
+  if (number == 0) return "0";
+  std::array<char, 40> buffer{};
+  const int length = std::snprintf(buffer.data(), buffer.size(), "%.*G", count, number);
+  return std::string(buffer.data(), static_cast<std::size_t>(length));
+}
+
 }  // namespace
 
 std::int16_t ToInt16(const Value& value) { return ToInteger<std::int16_t>(value); }
@@ -161,11 +168,7 @@ double LeadingNumber(std::string_view text) {
   return result.ec == std::errc() && std::isfinite(number) ? number : 0;
 }
 
-std::string NumberText(double number) {
-  if (number == 0) return "0";
-  std::array<char, 40> buffer{};
-  const int length = std::snprintf(buffer.data(), buffer.size(), "%.15G", number);
-  return std::string(buffer.data(), static_cast<std::size_t>(length));
-}
+std::string NumberText(double number) { return SignificantDigits(number, 15); }
+std::string SingleText(double number) { return SignificantDigits(number, 7); }
 
 }  // namespace tenora
