@@ -104,11 +104,11 @@ std::string CommandLine::GetCommandParameter(std::string_view name,
   // package's command lines rely on no more; both are deliberate.
   const std::size_t found = FindNoCase(text_, name);
   if (found == std::string::npos) return std::string(default_text);
-  const std::size_t start = found + name.size() + 2;
-  const std::size_t end = text_.find('"', start);
+  std::string_view value = std::string_view(text_).substr(found + name.size());
+  for (int skipped = 0; skipped < 2 && !value.empty(); ++skipped) TakeCodePoint(value);
+  const std::size_t end = value.find('"');
   // Not the default: an unclosed value must fail rather than print something else.
-  if (end == std::string::npos) return {};
-  return text_.substr(start, end - start);
+  return end == std::string_view::npos ? std::string() : std::string(value.substr(0, end));
 }
 
 }  // namespace tenora

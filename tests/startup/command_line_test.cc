@@ -30,6 +30,7 @@ TEST(GetCommandParameter, ReadsByTheFirstOccurrence) {
       // The two characters behind the name are not checked.
       {R"(FORMAT: Receipt" x)", "FORMAT", "Receipt"},
       {R"(FORMATReceipt")", "FORMAT", "ceipt"},
+      {R"(FORMAT=“Größe")", "FORMAT", "Größe"},
       // Repeated: the first. Inside another value or a longer word: that place.
       {R"(FORMAT="a" FORMAT="b")", "FORMAT", "a"},
       {R"(PRINTRECEIPT="FORMAT" FORMAT="b")", "FORMAT", "FORMAT="},
