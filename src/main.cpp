@@ -4,7 +4,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -24,6 +23,7 @@
 #include "startup/general.h"
 #include "startup/generate_command.h"
 #include "startup/own_commands.h"
+#include "ui/window/command_dialogs.h"
 #include "ui/window/desktop.h"
 
 namespace {
@@ -60,16 +60,20 @@ int WithPlatform(tenora::Dialogs& dialogs, Use&& use) {
   return use(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
 }
 
-int RunMain(const tenora::CommandLine& line, tenora::Dialogs& dialogs,
-            const std::function<int(const tenora::CommandParts&)>& show_main_window) {
+int RunPrintCommand(const tenora::CommandLine& line, int& argc, char** argv) {
   using namespace tenora;
+  ConsoleDialogs console(std::cin, std::cerr);
+  CommandDialogs dialogs(argc, argv, console);
+  const auto make_printers = [&dialogs] {
+    dialogs.Decide();
+    return MakePrinters();
+  };
   return WithPlatform(dialogs, [&](const Platform& platform) {
     Session session(platform);
-    return Main(CommandParts{line, session, MakePrinters, std::cout, show_main_window});
+    return Main(CommandParts{line, session, make_printers, std::cout});
   });
 }
 
-// Qt's application is made for the windows only: the commands start faster without.
 int RunWindows(const tenora::CommandLine& line, int& argc, char** argv) {
   using namespace tenora;
   const std::string problem = Desktop::DisplayProblem();
@@ -78,8 +82,11 @@ int RunWindows(const tenora::CommandLine& line, int& argc, char** argv) {
     return 1;
   }
   Desktop desktop(argc, argv);
-  return RunMain(line, desktop.dialogs(),
-                 [&desktop](const CommandParts& parts) { return desktop.Run(parts); });
+  return WithPlatform(desktop.dialogs(), [&](const Platform& platform) {
+    Session session(platform);
+    const auto run = [&desktop](const CommandParts& parts) { return desktop.Run(parts); };
+    return Main(CommandParts{line, session, MakePrinters, std::cout, run});
+  });
 }
 
 int RunGenerateCommand(const std::vector<std::string>& arguments) {
@@ -106,8 +113,7 @@ int main(int argc, char** argv) {
     }
     const tenora::CommandLine line = tenora::CommandLine::FromArguments(arguments);
     if (tenora::IsInteractive(line)) return RunWindows(line, argc, argv);
-    tenora::ConsoleDialogs console(std::cin, std::cerr);
-    return RunMain(line, console, {});
+    return RunPrintCommand(line, argc, argv);
   } catch (...) {
     std::cerr << tenora::TerminalText(tenora::ErrorText(tenora::CurrentError())) << std::endl;
     return 1;

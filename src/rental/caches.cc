@@ -8,6 +8,12 @@
 namespace tenora {
 namespace {
 
+// A percentage has single precision, whatever the column's.
+std::string PercentText(const Value& percent) {
+  const double* const number = std::get_if<double>(&percent);
+  return number != nullptr ? SingleText(*number) : TextOf(percent);
+}
+
 OwnerRecord& FillOwner(OwnerRecord& owner, const query::Recordset& row) {
   owner.Name = SafeName(TextOf(row.Field("name")));
   owner.Postal1 = TextOf(row.Field("postal1"));
@@ -23,7 +29,7 @@ OwnerRecord& FillOwner(OwnerRecord& owner, const query::Recordset& row) {
   owner.Fax = TextOf(row.Field("fax"));
   owner.Email = TextOf(row.Field("email"));
   owner.IrdNumber = TextOf(row.Field("ird_number"));
-  owner.FeePercent = TextOf(row.Field("fee_percent"));
+  owner.FeePercent = PercentText(row.Field("fee_percent"));
   owner.AccountName = TextOf(row.Field("account_name"));
   owner.AccountNumber = TextOf(row.Field("account_number"));
   owner.ClosedStatus = ToBool(row.Field("ClosedStatus"));

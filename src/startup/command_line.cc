@@ -18,9 +18,16 @@ bool IsName(std::string_view word) {
                              [&](std::string_view name) { return EqualsNoCase(word, name); });
 }
 
-// Whether an argument is a parameter of its own: a known name, alone or with "=" behind it.
+bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+// Whether an argument is a parameter of its own: a known name, alone or with "=" behind it, or an
+// unknown one with "=". A parameter that only another version knows must not end in the value
+// before it.
 bool IsParameter(std::string_view argument) {
-  return IsName(argument.substr(0, argument.find('=')));
+  const std::size_t equals = argument.find('=');
+  const std::string_view name = argument.substr(0, equals);
+  if (IsName(name)) return true;
+  return equals != std::string_view::npos && !name.empty() && std::ranges::all_of(name, IsLetter);
 }
 
 // One argument that holds the whole line but no quotes, cut before each parameter.
@@ -97,11 +104,11 @@ std::string CommandLine::GetCommandParameter(std::string_view name,
   // package's command lines rely on no more; both are deliberate.
   const std::size_t found = FindNoCase(text_, name);
   if (found == std::string::npos) return std::string(default_text);
-  const std::size_t start = found + name.size() + 2;
-  const std::size_t end = text_.find('"', start);
+  std::string_view value = std::string_view(text_).substr(found + name.size());
+  for (int skipped = 0; skipped < 2 && !value.empty(); ++skipped) TakeCodePoint(value);
+  const std::size_t end = value.find('"');
   // Not the default: an unclosed value must fail rather than print something else.
-  if (end == std::string::npos) return {};
-  return text_.substr(start, end - start);
+  return end == std::string_view::npos ? std::string() : std::string(value.substr(0, end));
 }
 
 }  // namespace tenora

@@ -13,8 +13,8 @@ class CommandLine {
   explicit CommandLine(std::string text) : text_(std::move(text)) {}
 
   // Puts the line back together from the arguments (without the program's) that an operating system
-  // split it into. A shell also takes the quotes away: a known NAME=value gets them back, and bare
-  // words behind it belong to its value, so that FORMAT=Rent review reads like
+  // split it into. A shell also takes the quotes away: NAME=value gets them back, and bare words
+  // behind it belong to its value, so that FORMAT=Rent review reads like
   // FORMAT="Rent review". Arguments that still hold their quotes stay as they are.
   static CommandLine FromArguments(const std::vector<std::string>& arguments);
 

@@ -159,7 +159,7 @@ TEST_F(CacheLoads, OfOwnersStopAtABadFee) {
   const auto owner = [](Value name, Value fee) {
     std::vector<Value> row(19, Value("x"));
     row.front() = std::move(name);
-    row[14] = 7.5;
+    row[14] = 33.333333333;
     row[17] = true;
     row.back() = std::move(fee);
     return row;
@@ -176,7 +176,7 @@ TEST_F(CacheLoads, OfOwnersStopAtABadFee) {
   ASSERT_THAT(caches.Owners, SizeIs(2));
   EXPECT_EQ(caches.Owners[0].Name, "A-B");
   EXPECT_EQ(caches.Owners[0].FeeValue, 7.25);
-  EXPECT_EQ(caches.Owners[0].FeePercent, "7.5");
+  EXPECT_EQ(caches.Owners[0].FeePercent, "33.33333");  // of single precision
   EXPECT_EQ(caches.Owners[1].AccountNumber, "x");
   EXPECT_TRUE(caches.Owners[1].ClosedStatus);
 }

@@ -30,6 +30,7 @@ TEST(GetCommandParameter, ReadsByTheFirstOccurrence) {
       // The two characters behind the name are not checked.
       {R"(FORMAT: Receipt" x)", "FORMAT", "Receipt"},
       {R"(FORMATReceipt")", "FORMAT", "ceipt"},
+      {R"(FORMAT=“Größe")", "FORMAT", "Größe"},
       // Repeated: the first. Inside another value or a longer word: that place.
       {R"(FORMAT="a" FORMAT="b")", "FORMAT", "a"},
       {R"(PRINTRECEIPT="FORMAT" FORMAT="b")", "FORMAT", "FORMAT="},
@@ -63,7 +64,8 @@ TEST(CommandLine, PutsBackWhatTheShellTookAway) {
        R"(PRINTRECEIPT="T00001" FORMAT="Rent review")"},
       {{"PRINTRECEIPT=", "FORMAT="}, R"(PRINTRECEIPT="" FORMAT="")"},
       {{"PRINTRECEIPT=T00001 FORMAT=Rent review"}, R"(PRINTRECEIPT="T00001" FORMAT="Rent review")"},
-      {{"FORMAT=a=b", "c=d"}, R"(FORMAT="a=b c=d")"},
+      {{"FORMAT=a=b", "COPIES=2", "2=2"}, R"(FORMAT="a=b" COPIES="2 2=2")"},
+      {{"FORMAT=Rent review COPIES=2"}, R"(FORMAT="Rent review" COPIES="2")"},
       {{"FORMAT=Rent DEFAULT=x", "REPRINT=5"}, R"(FORMAT="Rent DEFAULT=x" REPRINT="5")"},
       // Quotes that came through one by one, and some of each.
       {{R"(PRINTRECEIPT="T00001")", R"(FORMAT="Rent)", R"(review")"},

@@ -3,7 +3,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <optional>
 #include <vector>
@@ -110,6 +109,15 @@ std::optional<CalendarTime> ParseDate(std::string_view text) {
   return result;
 }
 
+// By to_chars, as printf's numbers depend on the process's locale.
+std::string SignificantDigits(double number, int count) {
+  if (number == 0) return "0";
+  std::array<char, 40> buffer{};
+  const char* const end =
+      std::to_chars(buffer.begin(), buffer.end(), number, std::chars_format::general, count).ptr;
+  return ToUpper(std::string_view(buffer.data(), static_cast<std::size_t>(end - buffer.data())));
+}
+
 }  // namespace
 
 std::int16_t ToInt16(const Value& value) { return ToInteger<std::int16_t>(value); }
@@ -161,11 +169,7 @@ double LeadingNumber(std::string_view text) {
   return result.ec == std::errc() && std::isfinite(number) ? number : 0;
 }
 
-std::string NumberText(double number) {
-  if (number == 0) return "0";
-  std::array<char, 40> buffer{};
-  const int length = std::snprintf(buffer.data(), buffer.size(), "%.15G", number);
-  return std::string(buffer.data(), static_cast<std::size_t>(length));
-}
+std::string NumberText(double number) { return SignificantDigits(number, 15); }
+std::string SingleText(double number) { return SignificantDigits(number, 7); }
 
 }  // namespace tenora

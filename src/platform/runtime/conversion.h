@@ -33,5 +33,7 @@ double LeadingNumber(std::string_view text);
 
 // A number as text: up to 15 significant digits, no grouping, a point: "12.5", "-0.25", "1E+20".
 std::string NumberText(double number);
+// The same for a single-precision number: up to 7 significant digits.
+std::string SingleText(double number);
 
 }  // namespace tenora

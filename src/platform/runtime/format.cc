@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 
 #include "platform/runtime/text.h"
 
@@ -43,8 +43,11 @@ Digits DecimalDigits(double magnitude) {
   const int exponent = magnitude > 0 ? static_cast<int>(std::floor(std::log10(magnitude))) : 0;
   const int decimals = std::clamp(14 - exponent, 0, 40);
   std::array<char, 400> buffer{};
-  const int length = std::snprintf(buffer.data(), buffer.size(), "%.*f", decimals, magnitude);
-  return SplitDigits(std::string(buffer.data(), static_cast<std::size_t>(length)));
+  // Not by printf, whose decimal point is the locale's.
+  const char* const end =
+      std::to_chars(buffer.begin(), buffer.end(), magnitude, std::chars_format::fixed, decimals)
+          .ptr;
+  return SplitDigits(std::string(buffer.data(), static_cast<std::size_t>(end - buffer.data())));
 }
 
 void RoundAwayFromZero(Digits& digits, std::size_t decimals) {

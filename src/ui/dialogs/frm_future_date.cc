@@ -24,7 +24,7 @@ frmFutureDate::frmFutureDate(RichTextBox& editor, QWidget* parent)
     : QDialog(parent), editor_(editor), number_(new QLineEdit), period_(new QComboBox) {
   setObjectName("frmFutureDate");
   setWindowTitle(tr("Future Date"));
-  auto* label = new QLabel(tr("&Print the date as the current date plus"));
+  auto* label = new QLabel(tr("Print the date as the current date plus"));
   label->setObjectName("Label1");
   label->setBuddy(number_);
   number_->setObjectName("txtNumber");

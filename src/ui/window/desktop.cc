@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "platform/dialogs/window_dialogs.h"
 #include "ui/window/frm_main.h"
@@ -15,9 +16,19 @@
 namespace tenora {
 namespace {
 
+constexpr const char* kPlatformVariable = "QT_QPA_PLATFORM";
+
 bool IsSet(const char* variable) {
   const char* value = std::getenv(variable);
   return value != nullptr && *value != '\0';
+}
+
+// The platform asked for, or empty.
+QByteArray NamedPlatform() { return qgetenv(kPlatformVariable); }
+
+// Other platforms than these two (offscreen, vnc) need no display and show nothing on one.
+bool IsDesktop(const QByteArray& platform) {
+  return platform.isEmpty() || platform.startsWith("xcb") || platform.startsWith("wayland");
 }
 
 // Buttons say what they do; small pictures on them only make them restless.
@@ -41,12 +52,19 @@ void EndOnFatalMessage(QtMsgType type, const QMessageLogContext&, const QString&
   std::_Exit(1);
 }
 
+void KeepQuiet(QtMsgType, const QMessageLogContext&, const QString&) {}
+
 }  // namespace
 
 struct Desktop::State {
-  State(int& argc, char** argv)
-      : handler_before(qInstallMessageHandler(EndOnFatalMessage)), application(argc, argv) {
+  // `remarks` takes what Qt has to say while it starts.
+  State(int& argc, char** argv, QtMessageHandler remarks)
+      : handler_before(qInstallMessageHandler(remarks)), application(argc, argv) {
     qInstallMessageHandler(handler_before);
+    QApplication::setApplicationName(QStringLiteral("Tenora"));
+    QApplication::setApplicationDisplayName(QString::fromLatin1(kApplicationTitle));
+    QApplication::setWindowIcon(LineIcon("tenora"));
+    QApplication::setStyle(new PlainButtons);
   }
 
   QtMessageHandler handler_before;
@@ -56,23 +74,29 @@ struct Desktop::State {
 };
 
 std::string Desktop::DisplayProblem() {
-  // Other platforms than the two desktops' (offscreen, vnc) need no display.
-  const char* platform = std::getenv("QT_QPA_PLATFORM");
-  const std::string named = platform == nullptr ? "" : platform;
-  const bool desktop = named.empty() || named.starts_with("xcb") || named.starts_with("wayland");
-  if (!desktop || IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY")) return {};
+  if (!IsDesktop(NamedPlatform()) || IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY")) return {};
   return "There is no display to show the windows of Tenora on: neither DISPLAY nor "
          "WAYLAND_DISPLAY is set.\n\"tenora --help\" shows what can be done from the command line.";
 }
 
-Desktop::Desktop(int& argc, char** argv) : state_(std::make_unique<State>(argc, argv)) {
-  QApplication::setApplicationName(QStringLiteral("Tenora"));
-  QApplication::setApplicationDisplayName(QString::fromLatin1(kApplicationTitle));
-  QApplication::setWindowIcon(LineIcon("tenora"));
-  QApplication::setStyle(new PlainButtons);
-}
+Desktop::Desktop(int& argc, char** argv)
+    : Desktop(std::make_unique<State>(argc, argv, EndOnFatalMessage)) {}
+
+Desktop::Desktop(std::unique_ptr<State> state) : state_(std::move(state)) {}
 
 Desktop::~Desktop() = default;
+
+std::unique_ptr<Desktop> Desktop::ForBoxes(int& argc, char** argv) {
+  const QByteArray named = NamedPlatform();
+  if (!IsDesktop(named) || !DisplayProblem().empty()) return nullptr;
+  if (QCoreApplication::instance() != nullptr) return nullptr;
+  // Qt takes the first of these that works, and ends the process where none does.
+  qputenv(kPlatformVariable, (named.isEmpty() ? QByteArray("xcb;wayland") : named) + ";offscreen");
+  auto state = std::make_unique<State>(argc, argv, KeepQuiet);
+  named.isEmpty() ? qunsetenv(kPlatformVariable) : qputenv(kPlatformVariable, named);
+  if (!IsDesktop(QGuiApplication::platformName().toLatin1())) return nullptr;
+  return std::unique_ptr<Desktop>(new Desktop(std::move(state)));
+}
 
 Dialogs& Desktop::dialogs() { return state_->dialogs; }
 

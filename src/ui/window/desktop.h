@@ -18,6 +18,8 @@ class Desktop {
   // ends the process with a message and status 1.
   Desktop(int& argc, char** argv);
   ~Desktop();
+  // For boxes alone. Null where there is no display, or it does not answer.
+  static std::unique_ptr<Desktop> ForBoxes(int& argc, char** argv);
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 
@@ -30,6 +32,8 @@ class Desktop {
 
  private:
   struct State;
+  explicit Desktop(std::unique_ptr<State> state);
+
   std::unique_ptr<State> state_;
 };
 

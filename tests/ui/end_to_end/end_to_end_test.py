@@ -112,6 +112,15 @@ class Windows(unittest.TestCase):
         wait_for("the end of the program", lambda: self.screen.running.poll() is not None)
         self.assertEqual(self.screen.running.returncode, 0)
 
+    def test_a_print_command_asks_in_windows_where_nobody_answers_in_text(self):
+        line = 'PRINTCHEQUE="" PAYEE="Aroha" VALUE="5" FORMAT="Trust account cheque"'
+        with screen.Screen(sys.argv[1]) as shown, \
+                subprocess.Popen([sys.argv[1], line], env=shown.environment, text=True,
+                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                 stderr=subprocess.DEVNULL) as command:
+            shown.answer("Print", "Return")
+            self.assertIn("Printed: ", command.communicate()[0])
+
     def test_from_a_template_to_a_letter_on_paper_and_in_the_mail(self):
         with screen.Screen(sys.argv[1]) as self.screen, \
                 MailServer(self.screen.folder / "mail") as server:
