@@ -9,7 +9,7 @@
 namespace tenora {
 namespace {
 
-void FillOwner(OwnerRecord& owner, const query::Recordset& row) {
+OwnerRecord& FillOwner(OwnerRecord& owner, const query::Recordset& row) {
   owner.Name = SafeName(TextOf(row.Field("name")));
   owner.Postal1 = TextOf(row.Field("postal1"));
   owner.Postal2 = TextOf(row.Field("postal2"));
@@ -31,6 +31,7 @@ void FillOwner(OwnerRecord& owner, const query::Recordset& row) {
   // By way of its text, as which a null is empty and no number.
   owner.FeeValue =
       FieldAs([](const Value& fee) { return ToDouble(TextOf(fee)); }, row, "fee_value");
+  return owner;
 }
 
 }  // namespace
