@@ -8,6 +8,7 @@
 
 #include "data/error_log.h"
 #include "data/sql_text.h"
+#include "platform/access/damage.h"
 #include "platform/dialogs/dialogs.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"
@@ -23,6 +24,9 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSection = "Settings";
 constexpr const char* kDatabaseName = "property.mdb";
+constexpr const char* kWhereToPutIt =
+    "  Put the rental package's property.mdb there, or start Tenora with TENORA_HOME set to the "
+    "folder that holds it.";
 constexpr const char* kLineBreak = "\r\n";
 // Errors of this source are deliberately not described: the engine has shown them itself.
 constexpr std::string_view kSilentSource = "Microsoft JET Database Engine";
@@ -57,7 +61,15 @@ fs::path FolderOf(const fs::path& database) {
 }  // namespace
 
 void Database::OpenDatabase() {
-  Reported("Start ADO", [&] { open_ = platform_.workspace.OpenDatabase(LocateDatabase()); });
+  Reported("Start ADO", [&] {
+    try {
+      open_ = platform_.workspace.OpenDatabase(LocateDatabase());
+    } catch (const RuntimeError& error) {
+      if (error.number() != access::engine_error::kFileNotFound) throw;
+      throw RuntimeError(error.number(), std::string(error.description()) + kWhereToPutIt,
+                         error.source());
+    }
+  });
 }
 
 void Database::CloseDatabase() { open_.reset(); }
@@ -69,7 +81,7 @@ fs::path Database::StoredLocation() {
 }
 
 fs::path Database::LocateDatabase() {
-  const std::int32_t networkable = ToInt32(settings_.GetSettingText(kSection, "Networkable", "0"));
+  const std::int32_t networkable = settings_.GetSettingAs(ToInt32, kSection, "Networkable", "0");
   if (networkable == 0) return OwnDatabase();
   const fs::path stored = StoredLocation();
   if (IsFile(stored)) return stored;
@@ -93,7 +105,7 @@ fs::path Database::DataFolder() {
 // Whatever goes wrong here only decides for the program folder.
 fs::path Database::DecideDataFolder() {
   try {
-    if (ToDouble(settings_.GetSettingText(kSection, "Networkable", "0")) == 0) {
+    if (settings_.GetSettingAs(ToDouble, kSection, "Networkable", "0") == 0) {
       return platform_.program_folder;
     }
     const fs::path stored = StoredLocation();

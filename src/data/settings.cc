@@ -78,6 +78,11 @@ std::string Settings::GetSettingText(std::string_view section, std::string_view 
   return text == kEmptyMarker ? std::string() : text;
 }
 
+std::string Settings::NameOf(std::string_view section, std::string_view key) {
+  return std::string("the setting \"").append(key).append("\" of section \"").append(section) +
+         "\"";
+}
+
 void Settings::SaveSettingText(std::string_view section, std::string_view key,
                                std::string_view value) {
   Guarded(platform_.dialogs, "General - SaveSettingText", [&] {

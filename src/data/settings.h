@@ -8,6 +8,7 @@
 
 #include "data/program.h"
 #include "platform/registry/registry.h"
+#include "platform/runtime/error.h"
 
 namespace tenora {
 
@@ -18,6 +19,13 @@ class Settings {
   // A damaged hive reads as empty; the user is told once a run which file it is.
   std::string GetSettingText(std::string_view section, std::string_view key,
                              std::string_view default_text);
+  // The same through one of the conversions; an error names the setting.
+  template <typename Convert>
+  auto GetSettingAs(const Convert& convert, std::string_view section, std::string_view key,
+                    std::string_view default_text) {
+    const std::string text = GetSettingText(section, key, default_text);
+    return About([&] { return NameOf(section, key); }, [&] { return convert(text); });
+  }
   // A setting that cannot be saved is shown to the user.
   void SaveSettingText(std::string_view section, std::string_view key, std::string_view value);
 
@@ -33,6 +41,7 @@ class Settings {
                          std::string_view value);
 
  private:
+  static std::string NameOf(std::string_view section, std::string_view key);
   enum class Location { kUndecided = 0, kMachineWide = 1, kPerUser = 2 };
 
   bool StampReadsBack();

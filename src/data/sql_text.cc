@@ -72,6 +72,10 @@ std::string FixSQL(std::string_view sql) {
   return apostrophes % 2 == 0 ? fixed : DoubleStrayApostrophes(fixed);
 }
 
+std::string SQLText(std::string_view value) {
+  return std::string("'").append(ReplaceAll(std::string(value), "'", "''")).append("'");
+}
+
 std::string SQLDate(Date date) {
   return std::string("#").append(FormatDate(date, "mm/dd/yyyy")).append("#");
 }

@@ -13,6 +13,10 @@ namespace tenora {
 // literal are doubled.
 std::string FixSQL(std::string_view sql);
 
+// A value as a statement's literal: 'O''Brien'. Apostrophes are doubled here, since the repair step
+// cannot tell them from a literal's own where a statement holds more than one literal.
+std::string SQLText(std::string_view value);
+
 // Writes a date as the engine's literal, month first in every locale: #03/05/2026#.
 std::string SQLDate(Date date);
 // With the time in front: #14:30:00 03/05/2026#.

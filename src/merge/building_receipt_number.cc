@@ -1,5 +1,6 @@
 #include "merge/building_receipt_number.h"
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -17,18 +18,25 @@ constexpr const char* kCounterField = "NxtReceipt";
 constexpr const char* kFirstNumber = "1000";
 
 std::string CounterCondition(const std::string& building) {
-  return " where parenttype=202 and parentcode = '" + building + "' and fieldcode = '" +
-         kCounterField + "'";
+  return " where parenttype=202 and parentcode = " + SQLText(building) +
+         " and fieldcode = " + SQLText(kCounterField);
 }
 
+// Up to here every whole number has a double of its own.
+constexpr double kLargestNumber = 9007199254740991;
+
 // The number stored, 0 for a text that is none.
-std::int32_t StoredNumber(const std::string& text) {
+std::int64_t StoredNumber(const std::string& text) {
+  double number = 0;
   try {
-    return ToInt32(text);
+    number = ToDouble(text);
   } catch (const RuntimeError& error) {
-    if (error.number() == error_number::kTypeMismatch) return 0;
-    throw;
+    if (error.number() != error_number::kTypeMismatch) throw;
   }
+  if (std::abs(number) > kLargestNumber) {
+    throw StandardError(error_number::kOverflow, "the receipt number " + text);
+  }
+  return static_cast<std::int64_t>(std::nearbyint(number));
 }
 
 // The first letter for a building. Where the account code exists already, made for another
@@ -50,8 +58,8 @@ std::string AdvanceCounter(Session& session, const std::string& building) {
     BeginSeries(session, building);
     return kFirstNumber;
   }
-  const std::int32_t last = StoredNumber(TextOf(counter->Field("value")));
-  const std::string next = std::to_string(std::int64_t{last == 0 ? 999 : last} + 1);
+  const std::int64_t last = StoredNumber(TextOf(counter->Field("value")));
+  const std::string next = std::to_string((last == 0 ? 999 : last) + 1);
   database.ExecuteSQL("update custom_fields set [value] = '" + next + "'" +
                       CounterCondition(building));
   return next;
@@ -62,22 +70,22 @@ std::string AdvanceCounter(Session& session, const std::string& building) {
 void CreateReceiptNumberRecords(Session& session, std::string_view account_code,
                                 std::string_view description, std::string_view value,
                                 std::string_view parent_code) {
-  const std::string account(account_code);
+  const std::string account = SQLText(account_code);
   session.database.ExecuteSQL(
       "insert into glcodes(gl_code, type, taxable_yn, balancedate, description, bankbalance, "
-      "money1) values ('" +
-      account + "', 202, 1, " + SQLDate(session.platform.clock.Today()) + ", '" +
-      std::string(description) + "', 0, 0)");
+      "money1) values (" +
+      account + ", 202, 1, " + SQLDate(session.platform.clock.Today()) + ", " +
+      SQLText(description) + ", 0, 0)");
   if (value.empty() || parent_code.empty()) return;
   session.database.ExecuteSQL(
-      "insert into custom_fields(parentcode, parenttype, fieldcode, [value]) values ('" +
-      std::string(parent_code) + "', 202, '" + account + "', '" + std::string(value) + "')");
+      "insert into custom_fields(parentcode, parenttype, fieldcode, [value]) values (" +
+      SQLText(parent_code) + ", 202, " + account + ", " + SQLText(value) + ")");
 }
 
 bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view property_code) {
   Session& session = target.session;
   const std::string building = session.database.LookupText(
-      "parent_property", "property", " where code = '" + std::string(property_code) + "'", "");
+      "parent_property", "property", " where code = " + SQLText(property_code), "");
   if (building.empty()) {
     ReplaceCode(target, kBuildingReceiptNumber, "");
     return true;

@@ -11,7 +11,7 @@ namespace tenora {
 // database; by nothing for a property that belongs to no building. The database is open. No other
 // program can issue a number between the reading and the advancing. False when the database could
 // not be changed, which has been reported: the code then stays and no number is used up. Raises 6
-// (Overflow) for a counter beyond 32 bits.
+// (Overflow) for a counter beyond 9007199254740991.
 bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view property_code);
 
 // Declares the counter's field as an account code and, with a value and a building's code, gives

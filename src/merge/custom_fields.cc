@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "data/sql_text.h"
 #include "merge/catalogue.h"
 #include "merge/replace_code.h"
 #include "platform/runtime/error.h"
@@ -101,7 +102,7 @@ void InsertCustomFields(const MergeTarget& target, std::int16_t parent_type,
                         std::string_view parent_code, std::string_view prefix) {
   const std::string sql =
       "select * from custom_fields where parenttype=" + std::to_string(parent_type) +
-      " and parentcode = '" + std::string(parent_code) + "'";
+      " and parentcode = " + SQLText(parent_code);
   FillKnownFields(target, sql, prefix);
   ClearUnknownFields(target.editor, prefix);
 }

@@ -18,9 +18,6 @@
 namespace tenora {
 namespace {
 
-// The year that the management package stores for a missing rent review date.
-constexpr int kNoReviewYear = 1234;
-
 // What the values of a letter are taken from.
 struct Recipient {
   Session& session;
@@ -93,7 +90,7 @@ constexpr CodeValue kValues[] = {
     {44, From::kTenancy,
      [](R r) {
        const Date date = r.tenant.RentReviewDate;
-       return date.Year() == kNoReviewYear ? "" : r.LongDate(date);
+       return date.Year() == kNoDateYear ? "" : r.LongDate(date);
      }},
 };
 
@@ -121,7 +118,10 @@ void ReplaceCatalogueCodes(const MergeTarget& target, TenantRecord& tenant) {
     if (!present(entry)) continue;
     // A value put in before may itself hold a payment code.
     if (entry.from == From::kLastPayment) run_last_payment();
-    ReplaceCode(target, CodeAt(kTenantCodes, entry.number), entry.value(recipient));
+    const std::string_view code = CodeAt(kTenantCodes, entry.number);
+    ReplaceCode(target, code,
+                About([&] { return std::string("<<").append(code).append(">>"); },
+                      [&] { return entry.value(recipient); }));
   }
 }
 

@@ -90,7 +90,7 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
 
 PageMargins StoredMargins(Settings& settings) {
   const auto margin = [&](const char* key) {
-    return ToInt32(settings.GetSettingText(kSection, key, "0"));
+    return settings.GetSettingAs(ToInt32, kSection, key, "0");
   };
   PageMargins margins;
   margins.top = margin("TopMargin");

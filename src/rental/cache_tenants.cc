@@ -4,6 +4,7 @@
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
 #include "rental/caches.h"
+#include "rental/row_field.h"
 
 namespace tenora {
 namespace {
@@ -38,23 +39,26 @@ TenantRecord WithPaymentOf(const TenantRecord& earlier) {
   return tenant;
 }
 
-std::string FrequencyText(std::int16_t every_amt, const std::string& every_freq) {
-  return every_amt == 1 ? every_freq : std::to_string(every_amt) + " " + every_freq + "s";
+std::string FrequencyText(const Value& every_amt, const std::string& every_freq) {
+  return ToDouble(every_amt) == 1 ? every_freq : TextOf(every_amt) + " " + every_freq + "s";
 }
 
 // Every statement is a step of its own: one that fails is shown, and the next one is run.
-void FillTenant(ResumeNext& step, const query::Recordset& row, TenantRecord& tenant) {
+void FillTenant(ResumeNext& shown, const query::Recordset& row, TenantRecord& tenant) {
+  const auto step = [&](const auto& statement) {
+    shown([&] { About([&] { return "tenancy " + tenant.Reference; }, statement); });
+  };
   const auto text = [&](std::string& field, std::string_view column) {
     step([&] { field = TextOf(row.Field(column)); });
   };
   const auto number = [&](double& field, std::string_view column) {
-    step([&] { field = ToDouble(row.Field(column)); });
+    step([&] { field = FieldAs(ToDouble, row, column); });
   };
   const auto date = [&](Date& field, std::string_view column) {
-    step([&] { field = ToDate(row.Field(column)); });
+    step([&] { field = FieldAs(ToDate, row, column); });
   };
   text(tenant.Reference, "reference");
-  step([&] { tenant.Closed = ToBool(row.Field("closed_yn")); });
+  step([&] { tenant.Closed = FieldAs(ToBool, row, "closed_yn"); });
   step([&] { tenant.KeyName = SafeName(TextOf(row.Field("name"))); });
   tenant.DisplayName = tenant.KeyName;
   if (tenant.Closed) tenant.DisplayName = "(Closed) " + tenant.DisplayName;
@@ -62,8 +66,10 @@ void FillTenant(ResumeNext& step, const query::Recordset& row, TenantRecord& ten
   text(tenant.PropertyAddress2, "address2");
   text(tenant.PropertyAddress3, "address3");
   step([&] {
+    const std::string every_freq = TextOf(row.Field("every_freq"));
     tenant.FrequencyText =
-        FrequencyText(ToInt16(row.Field("every_amt")), TextOf(row.Field("every_freq")));
+        FieldAs([&](const Value& every_amt) { return FrequencyText(every_amt, every_freq); }, row,
+                "every_amt");
   });
   number(tenant.CurrentRent, "current rent");
   number(tenant.Bond, "bond");
@@ -80,7 +86,7 @@ void FillTenant(ResumeNext& step, const query::Recordset& row, TenantRecord& ten
   text(tenant.TenantAddress1, "a1");
   text(tenant.TenantAddress2, "a2");
   text(tenant.TenantAddress3, "a3");
-  step([&] { tenant.MonthlyDay = ToInt16(row.Field("monthly_day")); });
+  step([&] { tenant.MonthlyDay = FieldAs(ToInt16, row, "monthly_day"); });
   text(tenant.IdNumber, "id_number");
   date(tenant.RentReviewDate, "RentReviewDate");
 }

@@ -4,6 +4,7 @@
 
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
+#include "rental/row_field.h"
 
 namespace tenora {
 namespace {
@@ -32,9 +33,10 @@ OwnerRecord& FillOwner(OwnerRecord& owner, const query::Recordset& row) {
   owner.FeePercent = PercentText(row.Field("fee_percent"));
   owner.AccountName = TextOf(row.Field("account_name"));
   owner.AccountNumber = TextOf(row.Field("account_number"));
-  owner.ClosedStatus = ToBool(row.Field("ClosedStatus"));
+  owner.ClosedStatus = FieldAs(ToBool, row, "ClosedStatus");
   // By way of its text, as which a null is empty and no number.
-  owner.FeeValue = ToDouble(Value(TextOf(row.Field("fee_value"))));
+  owner.FeeValue =
+      FieldAs([](const Value& fee) { return ToDouble(TextOf(fee)); }, row, "fee_value");
   return owner;
 }
 
@@ -47,7 +49,8 @@ void Caches::CacheOwners(Database& database) {
                      query::kReadOnly);
   for (; !database.DataEOF(rows); database.MoveNext(rows)) {
     if (TextOf(rows->Field("name")).empty()) continue;
-    FillOwner(Owners.emplace_back(), *rows);
+    OwnerRecord& owner = Owners.emplace_back();
+    About([&] { return "owner " + owner.Code; }, [&] { FillOwner(owner, *rows); });
   }
 }
 
@@ -64,7 +67,7 @@ void Caches::CacheProperties(Database& database) {
     PropertyRecord& property = Properties.emplace_back();
     property.Code = TrimBlanks(code);
     property.OwnerName = SafeName(TextOf(rows->Field("name")));
-    property.ClosedStatus = ToBool(rows->Field("ClosedStatus"));
+    property.ClosedStatus = FieldAs(ToBool, *rows, "ClosedStatus");
     property.Email = TextOf(rows->Field("email"));
   }
 }
@@ -78,8 +81,8 @@ void Caches::CacheAccountCodes(Database& database) {
     AccountCodeRecord& account = AccountCodes.emplace_back();
     account.GlCode = TextOf(rows->Field("gl_code"));
     account.Description = TextOf(rows->Field("description"));
-    account.Type = ToInt16(rows->Field("type"));
-    account.ExcludeCashflow = ToBool(rows->Field("exclude_cashflow"));
+    account.Type = FieldAs(ToInt16, *rows, "type");
+    account.ExcludeCashflow = FieldAs(ToBool, *rows, "exclude_cashflow");
   }
 }
 

@@ -6,7 +6,7 @@
 #include "data/sql_text.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"
-#include "platform/runtime/conversion.h"
+#include "rental/row_field.h"
 
 namespace tenora {
 namespace {
@@ -16,14 +16,10 @@ constexpr int kYearsWithoutEnd = 10;
 
 bool IsSet(Date as_at_date) { return as_at_date.Year() != kEmptyYear; }
 
-Currency AmountOf(const query::Recordset& row, std::string_view column) {
-  return ToCurrency(NullTo(row.Field(column), Value(Currency())));
-}
-
 RentPeriod StoredPeriod(const query::Recordset& row, Date from) {
   const Currency rent = AmountOf(row, "rent_due");
   return RentPeriod{.PeriodFrom = from,
-                    .PeriodTo = ToDate(row.Field("period_to")),
+                    .PeriodTo = FieldAs(ToDate, row, "period_to"),
                     .RentDue = rent.RoundedToCents().Absolute(),
                     .ExtraCharges = AmountOf(row, "extra_charges"),
                     .Credit = rent < Currency()};
@@ -36,10 +32,11 @@ std::vector<RentPeriod> StoredPeriods(Session& session, const std::string& code)
   Database& database = session.database;
   RecordsetPtr rows;
   database.CreateSet(
-      rows, "select * from rent_periods where tenant_code = '" + code + "' order by period_from",
+      rows,
+      "select * from rent_periods where tenant_code = " + SQLText(code) + " order by period_from",
       query::kForwardOnly, query::kReadOnly);
   for (; !database.DataEOF(rows); database.MoveNext(rows)) {
-    const Date from = ToDate(rows->Field("period_from"));
+    const Date from = FieldAs(ToDate, *rows, "period_from");
     if (from > now && !schedule.empty()) continue;
     schedule.push_back(StoredPeriod(*rows, from));
   }
@@ -54,14 +51,14 @@ void ExtendToAsAtDate(Session& session, const std::string& code,
   RecordsetPtr row;
   database.CreateSet(row,
                      "SELECT monthly_day, reference, [when started], [when ended], closed_yn, "
-                     "every_amt, every_freq, [Current rent] FROM Tenancy where reference = '" +
-                         code + "'",
+                     "every_amt, every_freq, [Current rent] FROM Tenancy where reference = " +
+                         SQLText(code),
                      query::kForwardOnly, query::kReadOnly);
   if (database.DataIsEmpty(row)) return;
   const RentTerms terms{.tenant_code = code,
-                        .rent = ToCurrency(row->Field("current rent")),
-                        .monthly_day = ToInt16(row->Field("monthly_day")),
-                        .every_amt = ToInt16(row->Field("every_amt")),
+                        .rent = FieldAs(ToCurrency, *row, "current rent"),
+                        .monthly_day = FieldAs(ToInt16, *row, "monthly_day"),
+                        .every_amt = FieldAs(ToInt16, *row, "every_amt"),
                         .every_freq = TextOf(row->Field("every_freq"))};
   PeriodCursor cursor{.start = schedule.back().PeriodTo.AddDays(1)};
   GeneratePeriods(database, terms, session.as_at_date, cursor,
@@ -72,8 +69,8 @@ void ExtendToAsAtDate(Session& session, const std::string& code,
 Date CutOffDate(Session& session, const std::string& code) {
   if (IsSet(session.as_at_date)) return session.as_at_date;
   const Date without_end = session.platform.clock.Now().AddYears(kYearsWithoutEnd);
-  const Date ended = session.database.LookupDate("[when ended]", "tenancy",
-                                                 " where reference = '" + code + "'", without_end);
+  const Date ended = session.database.LookupDate(
+      "[when ended]", "tenancy", " where reference = " + SQLText(code), without_end);
   return ended.Year() == kNoDateYear ? without_end : ended;
 }
 
@@ -96,16 +93,16 @@ Payments ReadPayments(Session& session, const std::string& code) {
   const std::string& extra_codes = session.options.ExtraChargeCodes();
   Payments payments;
   payments.rent = PaidSum(session.database,
-                          "select sum(amount)+0 as paid from revenues where [revenue group] = '" +
-                              rent_group + "' and tenant_code = '" + code + "'");
+                          "select sum(amount)+0 as paid from revenues where [revenue group] = " +
+                              SQLText(rent_group) + " and tenant_code = " + SQLText(code));
   payments.rent_group_pays_extra_charges =
       extra_codes.find("'" + rent_group + "'") != std::string::npos;
   payments.period_by_period = session.options.WhatPaysFirst() == 1;
   if (!payments.rent_group_pays_extra_charges) {
     payments.extra_charges = PaidSum(
         session.database, "select sum(amount)+0 as paid from revenues where [revenue group] in " +
-                              extra_codes + "  and [revenue group]  <> '" + rent_group +
-                              "' and tenant_code = '" + code + "'");
+                              extra_codes + "  and [revenue group]  <> " + SQLText(rent_group) +
+                              " and tenant_code = " + SQLText(code));
   }
   return payments;
 }

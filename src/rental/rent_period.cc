@@ -41,7 +41,7 @@ Step AlignedMonthStep(const RentTerms& terms, Date start) {
 
 Step DurationStep(Database& database, const RentTerms& terms) {
   const Date ended = database.LookupDate("[when ended]", "tenancy",
-                                         " where reference = '" + terms.tenant_code + "'",
+                                         " where reference = " + SQLText(terms.tenant_code),
                                          database.platform().clock.Today());
   return {ended.AddDays(1), terms.rent};
 }
@@ -97,9 +97,9 @@ void InsertRentPeriods(Database& database, const RentTerms& terms, Date end_date
     // The engine wants a point in the rent, whatever the locale.
     database.ExecuteSQL(
         "insert into rent_periods (tenant_code, "
-        "period_from,period_to,rent_due,extra_charges,paid,extra_charges_paid) values('" +
-        terms.tenant_code + "'," + SQLDate(period.PeriodFrom) + "," + SQLDate(period.PeriodTo) +
-        "," + period.RentDue.ToText() + ",0,0,0)");
+        "period_from,period_to,rent_due,extra_charges,paid,extra_charges_paid) values(" +
+        SQLText(terms.tenant_code) + "," + SQLDate(period.PeriodFrom) + "," +
+        SQLDate(period.PeriodTo) + "," + period.RentDue.ToText() + ",0,0,0)");
   });
 }
 

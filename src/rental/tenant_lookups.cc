@@ -5,6 +5,7 @@
 #include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"
 #include "rental/rent_account.h"
+#include "rental/row_field.h"
 
 namespace tenora {
 namespace {
@@ -19,9 +20,10 @@ Value FirstValue(Database& database, const std::string& sql, std::string_view fi
 Value NextRentChange(Session& session, const std::string& field, std::string_view tenant_code) {
   // No blank in front of "order": the statement is sent as it always was.
   return FirstValue(session.database,
-                    "select top 1 " + field + " from rentchanges where tenantcode = '" +
-                        std::string(tenant_code) + "' and changedate>=" +
-                        SQLDateTime(session.platform.clock.Today()) + "order by changedate asc",
+                    "select top 1 " + field +
+                        " from rentchanges where tenantcode = " + SQLText(tenant_code) +
+                        " and changedate>=" + SQLDateTime(session.platform.clock.Today()) +
+                        "order by changedate asc",
                     field);
 }
 
@@ -33,11 +35,11 @@ std::string PaymentQuery(const TenantRecord& tenant, const std::string& rent_gro
                          std::int32_t receipt_number) {
   std::string sql(kPaymentQuery);
   if (receipt_number != 0) return sql + "recordnumber = " + std::to_string(receipt_number);
-  return sql + "([revenue group] = '" + rent_group +
-         "' or [revenue group] in (select gl_code from glcodes where type = 1 and "
-         "pay_extra_charges <> 0)) and [property code] = '" +
-         tenant.PropertyCode + "' and tenant_code = '" + tenant.Reference +
-         "' order by date desc, recordnumber desc";
+  return sql + "([revenue group] = " + SQLText(rent_group) +
+         " or [revenue group] in (select gl_code from glcodes where type = 1 and "
+         "pay_extra_charges <> 0)) and [property code] = " +
+         SQLText(tenant.PropertyCode) + " and tenant_code = " + SQLText(tenant.Reference) +
+         " order by date desc, recordnumber desc";
 }
 
 // Without a row the fields keep their values.
@@ -45,11 +47,11 @@ void ReadPayment(Session& session, const std::string& sql, TenantRecord& tenant)
   RecordsetPtr row;
   session.database.CreateSet(row, sql, query::kForwardOnly, query::kReadOnly);
   if (session.database.DataIsEmpty(row)) return;
-  const Currency amount = ToCurrency(NullTo(row->Field("amount"), Value(Currency())));
-  const Currency tax = ToCurrency(NullTo(row->Field("tax"), Value(Currency())));
-  tenant.LastPaymentDate = ToDate(row->Field("date"));
+  const Currency amount = AmountOf(*row, "amount");
+  const Currency tax = AmountOf(*row, "tax");
+  tenant.LastPaymentDate = FieldAs(ToDate, *row, "date");
   tenant.LastPaymentAmount = amount.ToDouble();
-  tenant.LastPaymentNumber = ToInt32(row->Field("recordnumber"));
+  tenant.LastPaymentNumber = FieldAs(ToInt32, *row, "recordnumber");
   tenant.LastPaymentTax = tax.ToDouble();
   tenant.LastPaymentExclusive = (amount - tax).ToDouble();
   tenant.LastPaymentTender = TextOf(row->Field("tender"));
@@ -70,8 +72,8 @@ std::string NextRentChangeValue(Session& session, std::string_view tenant_code) 
 std::string InspectionDate(Session& session, bool next, std::string_view tenant_code) {
   const Clock& clock = session.platform.clock;
   const Locale& locale = session.platform.locale;
-  std::string sql = "select top 1 inspection_date from insp_schedule where tenant_code = '" +
-                    std::string(tenant_code) + "' and inspection_date ";
+  std::string sql = "select top 1 inspection_date from insp_schedule where tenant_code = " +
+                    SQLText(tenant_code) + " and inspection_date ";
   sql += (next ? "> " : "<= ") + SQLDateTime(clock.Today());
   sql += next ? " order by inspection_date" : " order by inspection_date desc";
   const Date date =
@@ -88,7 +90,7 @@ void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
   tenant.BalanceOwing = account.BalanceOwing().ToDouble();
 
   const std::string latest_period =
-      " where tenant_code = '" + tenant.Reference + "' order by period_from desc";
+      " where tenant_code = " + SQLText(tenant.Reference) + " order by period_from desc";
   tenant.LastPeriodFrom =
       database.LookupDate("top 1 period_from", "rent_periods", latest_period, Date());
   tenant.LastPeriodTo =
@@ -96,10 +98,10 @@ void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
 
   ReadPayment(session, PaymentQuery(tenant, rent_group, receipt_number), tenant);
 
-  const std::string latest_rent_payment = " where [revenue group] = '" + rent_group +
-                                          "' and [property code] = '" + tenant.PropertyCode +
-                                          "' and tenant_code = '" + tenant.Reference +
-                                          "' order by date desc, recordnumber desc";
+  const std::string latest_rent_payment = " where [revenue group] = " + SQLText(rent_group) +
+                                          " and [property code] = " + SQLText(tenant.PropertyCode) +
+                                          " and tenant_code = " + SQLText(tenant.Reference) +
+                                          " order by date desc, recordnumber desc";
   const double rent_payment =
       LeadingNumber(database.LookupText("top 1 amount", "revenues", latest_rent_payment, "0"));
   tenant.PaidToDate = account.PaidToDate(0);
@@ -107,9 +109,9 @@ void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
 }
 
 std::string OwnerNameOfProperty(Session& session, std::string_view property_code) {
-  return session.database.LookupText(
-      "owner.name", "owner inner join property on owner.code = property.ownercode",
-      "Where property.code = '" + std::string(property_code) + "'", "");
+  return session.database.LookupText("owner.name",
+                                     "owner inner join property on owner.code = property.ownercode",
+                                     "Where property.code = " + SQLText(property_code), "");
 }
 
 }  // namespace tenora

@@ -114,9 +114,7 @@ class GenerateCommand {
         parts_(parts),
         dialogs_(parts.platform.dialogs, signals_),
         session_(WithDialogs(parts.platform, dialogs_)),
-        progress_(parts, signals_) {
-    session_.database.SetCommandMode();
-  }
+        progress_(parts, signals_) {}
 
   int Run() {
     if (call_.list) return List();

@@ -133,7 +133,8 @@ bool ReceiptCommand::MergeLetter() {
   const TenantMergeOutcome outcome = letter_.InsertTenantDetails();
   if (DatabaseFailed()) return false;
   if (outcome.error) {
-    ShowError(dialogs_, kLabel, *outcome.error);
+    ShowError(dialogs_, kLabel,
+              WithDetail(*outcome.error, "tenancy " + letter_.members().TenantCode));
     return false;
   }
   if (!outcome.tenant_found) {
@@ -156,7 +157,7 @@ bool ReceiptCommand::Print() {
 bool ReceiptCommand::Email() {
   letter_.members().Kind = kTenantLetter;
   const bool attach_pdf =
-      ToInt32(session_.settings.GetSettingText("Receipt", "PdfAttachment", "0")) != 0;
+      session_.settings.GetSettingAs(ToInt32, "Receipt", "PdfAttachment", "0") != 0;
   clsEmailSender sender(session_);
   return letter_.SendEmail(sender, letter_.members().LetterTitle, attach_pdf);
 }
@@ -164,7 +165,7 @@ bool ReceiptCommand::Email() {
 // Reprints are never saved again.
 bool ReceiptCommand::SaveCopy() {
   if (parameters_.reprint != 0) return true;
-  if (ToInt32(session_.settings.GetSettingText("Receipt", "SaveCopy", "0")) == 0) return true;
+  if (session_.settings.GetSettingAs(ToInt32, "Receipt", "SaveCopy", "0") == 0) return true;
   return letter_.SaveTenantTemplate();
 }
 

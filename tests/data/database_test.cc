@@ -76,7 +76,9 @@ TEST_F(DatabaseTest, ReportsANonNumericNetworkableUnderStartAdo) {
   StoreLocation("yes", MakeServer());
   database_.OpenDatabase();
   EXPECT_FALSE(database_.IsOpen());
-  EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre(Described("", "13 - Type mismatch")));
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre(Described(
+                  "", "13 - Type mismatch: the setting \"Networkable\" of section \"Settings\"")));
   EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());  // and no second message
   EXPECT_EQ(platform_.dialogs.shown().size(), 1u);
 }
@@ -86,7 +88,10 @@ TEST_F(DatabaseTest, ReportsWhatTheEngineRaisesWhileOpening) {
   database_.OpenDatabase();
   EXPECT_FALSE(database_.IsOpen());
   EXPECT_THAT(platform_.dialogs.Texts(),
-              ElementsAre(Described("", "3024 - Could not find file 'x'.")));
+              ElementsAre(Described("",
+                                    "3024 - Could not find file 'x'.  Put the rental package's "
+                                    "property.mdb there, or start Tenora with TENORA_HOME set "
+                                    "to the folder that holds it.")));
   EXPECT_EQ(platform_.dialogs.shown()[0].title, "Tenora Mail Merge Facility");
 }
 

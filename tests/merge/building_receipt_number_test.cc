@@ -71,10 +71,10 @@ TEST_F(BuildingReceiptNumber, ReadsWhateverTheCounterHolds) {
 TEST_F(BuildingReceiptNumber, AFailedChangeLeavesTheCodeAndUsesUpNoNumber) {
   Issue();
   Letter("[<<BuildingReceiptNumber>>]");
-  Store("99999999999");
+  Store("99999999999999999999");
   EXPECT_THROW(InsertBuildingReceiptNumber(target_, "PR00003"), RuntimeError);
   EXPECT_EQ(Shown(), "[<<BuildingReceiptNumber>>]");
-  EXPECT_EQ(Stored(), "99999999999");
+  EXPECT_EQ(Stored(), "99999999999999999999");
   // Nothing can be changed where the journal cannot be written.
   std::filesystem::create_directory(machine_.ProgramFolder() / "property.mdb.journal");
   EXPECT_FALSE(InsertBuildingReceiptNumber(target_, "PR00003"));

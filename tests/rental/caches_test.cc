@@ -59,15 +59,17 @@ TEST_F(CacheLoads, ShowEachBadFieldAndGoOn) {
   StoreTenancies({bad, worse, Tenancy("T3")});
   caches.CacheTenants(session.database);
   EXPECT_THAT(machine.dialogs.Texts(),
-              ElementsAre("94 - Invalid use of Null", "94 - Invalid use of Null",
-                          "94 - Invalid use of Null", "94 - Invalid use of Null", "6 - Overflow",
-                          "13 - Type mismatch"));
+              ElementsAre("94 - Invalid use of Null: column \"every_amt\": tenancy T1",
+                          "94 - Invalid use of Null: column \"bond\": tenancy T1",
+                          "94 - Invalid use of Null: column \"when ended\": tenancy T1",
+                          "94 - Invalid use of Null: column \"monthly_day\": tenancy T1",
+                          "13 - Type mismatch: column \"lastrentrise\": tenancy T2"));
   for (const ShownBox& box : machine.dialogs.shown()) EXPECT_EQ(box.title, "CacheTenants");
 
   ASSERT_THAT(caches.Tenants, SizeIs(3));
   EXPECT_EQ(caches.Tenants[0].EndDate, Date());
   EXPECT_EQ(caches.Tenants[0].IdNumber, "id_number");
-  EXPECT_EQ(caches.Tenants[1].FrequencyText, "");
+  EXPECT_EQ(caches.Tenants[1].FrequencyText, "40000 Weeks");
   EXPECT_EQ(caches.Tenants[1].Email, "");
   EXPECT_EQ(caches.Tenants[1].HomePhone, "home_phone");
   EXPECT_EQ(caches.Tenants[2].FrequencyText, "2 Weeks");

@@ -71,6 +71,9 @@ TEST_F(TenantLookups, SendTheStatementForAReceiptOrForTheLatestPayment) {
                        "glcodes where type = 1 and pay_extra_charges <> 0)) and [property code] = "
                        "'P1' and tenant_code = 'T''1' order by date desc, recordnumber desc"));
   EXPECT_THAT(engine->statements, Contains(columns + "recordnumber = -7"));
+  EXPECT_THAT(engine->statements,
+              Contains("select sum(amount)+0 as paid from revenues where [revenue group] in "
+                       "('xydhgus')  and [revenue group]  <> 'RENT' and tenant_code = 'T''1'"));
   EXPECT_EQ(tenant.LastPaymentTender, "Cash") << "without a payment the fields stay";
 }
 

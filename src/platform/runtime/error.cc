@@ -47,6 +47,12 @@ RuntimeError StandardError(int number, std::string_view detail) {
   return RuntimeError(number, text);
 }
 
+RuntimeError WithDetail(const RuntimeError& error, std::string_view detail) {
+  std::string text(error.description());
+  if (text.ends_with('.')) text.pop_back();
+  return RuntimeError(error.number(), text.append(": ").append(detail), error.source());
+}
+
 std::string ErrorText(int number, std::string_view description) {
   return std::to_string(number).append(" - ").append(description);
 }

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tenora {
 
@@ -45,6 +46,19 @@ class RuntimeError : public std::runtime_error {
 // `detail`, when given, is appended as ": detail" so that the message names the file or value
 // concerned.
 RuntimeError StandardError(int number, std::string_view detail = {});
+
+// The same error with ": detail" behind its description, in place of a full stop there.
+RuntimeError WithDetail(const RuntimeError& error, std::string_view detail);
+
+// Runs `body`; an error it raises gets what `subject()` says as its detail.
+template <typename Subject, typename Body>
+decltype(auto) About(const Subject& subject, Body&& body) {
+  try {
+    return std::forward<Body>(body)();
+  } catch (const RuntimeError& error) {
+    throw WithDetail(error, subject());
+  }
+}
 
 // The text every message box shows: "13 - Type mismatch".
 std::string ErrorText(int number, std::string_view description);

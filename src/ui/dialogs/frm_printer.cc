@@ -100,8 +100,8 @@ void frmPrinter::Load(Dialogs& dialogs) {
   });
   bool inches = false;
   Guarded(dialogs, "frmPrinter - Form_Load", [&] {
-    inches = ToBool(settings_.GetSettingText(kSection, "Inch", "False")) &&
-             !ToBool(settings_.GetSettingText(kSection, "CM", "1"));
+    inches = settings_.GetSettingAs(ToBool, kSection, "Inch", "False") &&
+             !settings_.GetSettingAs(ToBool, kSection, "CM", "1");
   });
   (inches ? inches_ : centimetres_)->setChecked(true);
   ShowMargins();

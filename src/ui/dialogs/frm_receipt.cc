@@ -90,7 +90,7 @@ QCheckBox* frmReceipt::AddChoice(const QString& caption, const char* name, const
   auto* box = new QCheckBox(caption);
   box->setObjectName(name);
   Guarded(dialogs_, "frmReceipt - Form_Load",
-          [&] { box->setChecked(ToBool(settings_.GetSettingText(Section(), key, default_text))); });
+          [&] { box->setChecked(settings_.GetSettingAs(ToBool, Section(), key, default_text)); });
   choices_.push_back({box, key});
   return box;
 }

@@ -50,7 +50,7 @@ void frmMain::LoadPageWidth() {
   if (!printers_) return;
   if (PrinterMod(*printers_, session_.settings).PrinterCount() == 0) return;
   const std::int16_t width =
-      ToInt16(session_.settings.GetSettingText(kSection, "PrinterPageWidth", "0"));
+      session_.settings.GetSettingAs(ToInt16, kSection, "PrinterPageWidth", "0");
   page_width_action_->setChecked(width != 0);
 }
 
@@ -95,7 +95,7 @@ void frmMain::FirstDisplay() {
   }
   const int now = splitter_->sizes().value(0);
   const int place = static_cast<int>(
-      ToDouble(settings.GetSettingText(kSection, "SplitterVert", std::to_string(now))));
+      settings.GetSettingAs(ToDouble, kSection, "SplitterVert", std::to_string(now)));
   splitter_->setSizes({place, splitter_->width() - place - splitter_->handleWidth()});
   if (parts_.command_line.Contains("/NewFormsInstalled")) {
     dialogs().Say(

@@ -82,7 +82,7 @@ bool LetterOutput::Email(frmLetter& letter) {
       letter.members().LetterTitle);
   if (!subject) return false;
   const bool attach_pdf =
-      ToInt32(session_.settings.GetSettingText("Receipt", "PdfAttachment", "0")) != 0;
+      session_.settings.GetSettingAs(ToInt32, "Receipt", "PdfAttachment", "0") != 0;
   Copy copy(session_, letter);
   bool sent = false;
   run_(Tr("Sending"), [&](WorkProgress& progress) {
