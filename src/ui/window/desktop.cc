@@ -67,7 +67,7 @@ std::string Desktop::DisplayProblem() {
 
 Desktop::Desktop(int& argc, char** argv) : state_(std::make_unique<State>(argc, argv)) {
   QApplication::setApplicationName(QStringLiteral("Tenora"));
-  QApplication::setApplicationDisplayName(QString::fromLatin1(kApplicationTitle));
+  // No display name: Qt would put it behind the title of every box, which are the system's own.
   QApplication::setWindowIcon(LineIcon("tenora"));
   QApplication::setStyle(new PlainButtons);
 }
