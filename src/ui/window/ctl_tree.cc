@@ -201,6 +201,7 @@ void ctlTree::Filter(const QString& text) {
   filter_.SetText(text);
   if (filter_.Active()) {
     ExpandGroupsAndFolds();
+    view_->scrollToTop();
   } else if (was_active) {
     OpenAgain(open_before_search_);
   }
