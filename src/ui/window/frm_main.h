@@ -157,7 +157,7 @@ class frmMain : public QMainWindow {
   std::shared_ptr<spelling::Speller> speller_;  // for the underlines; null where there are none
   LintPanel* lint_panel_;
   bool dark_desktop_;
-  QLabel *letter_state_, *recipient_, *page_width_state_;
+  QLabel *letter_state_, *recipient_;
   QList<QAction*> letter_commands_;  // that need a letter
   QList<QAction*> listed_letters_;   // in the window menu, since it was last shown
   QAction* format_action_ = nullptr;

@@ -270,8 +270,6 @@ void frmMain::ShowLetterState() {
   const std::string kind = window == nullptr ? "" : window->letter().members().Kind;
   mail_action_->setEnabled(kind == kTenantLetter || kind == kOwnerLetter);
   DisplayInsertMenu();
-  page_width_state_->setText(page_width_action_->isChecked() ? tr("Page width")
-                                                             : tr("Window width"));
   LetterEditor* editor = window == nullptr ? nullptr : &window->editor();
   if (editor_actions_->Editor() != editor) {
     editor_actions_->SetEditor(editor);
