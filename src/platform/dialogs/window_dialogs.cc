@@ -8,6 +8,7 @@
 #include "platform/dialogs/file_filter.h"
 #include "platform/dialogs/input_box.h"
 #include "platform/dialogs/list_box.h"
+#include "platform/dialogs/print_box.h"
 
 namespace tenora {
 namespace {
@@ -132,6 +133,14 @@ std::optional<std::size_t> WindowDialogs::Choose(const std::string& title,
                  QApplication::activeWindow());
   if (window.exec() != QDialog::Accepted || window.ChosenRow() < 0) return std::nullopt;
   return static_cast<std::size_t>(window.ChosenRow());
+}
+
+std::optional<PrintChoice> WindowDialogs::ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                                        const PrintChoice& shown) {
+  const OrdinaryPointer pointer;
+  PrintBox window(printers, shown, QApplication::activeWindow());
+  if (window.exec() != QDialog::Accepted) return std::nullopt;
+  return window.Choice();
 }
 
 std::optional<std::filesystem::path> WindowDialogs::ChooseFileToOpen(const std::string& title,

@@ -98,7 +98,11 @@ void frmMain::GenerateFrom(const TreeModel::Entry& letter_template,
   printing::Printers* printers = nullptr;
   if (request.destination == Destination::kPrinter) {
     printers = &Output().Printers();
-    if (!choice.UsesDefaultPrinter() && !printers->Choose(dialogs())) return;
+    if (choice.UsesDefaultPrinter()) {
+      printers->UseDefault();
+    } else if (!printers->Choose(dialogs())) {
+      return;
+    }
   }
   RunGeneration([&](GenerationObserver& observer) {
     return GenerateSelection(session_, request, choice.Selection(), observer, printers);

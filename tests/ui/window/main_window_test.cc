@@ -27,6 +27,7 @@ class FewPrinters : public printing::Printers {
   void SetDataFolder(const std::filesystem::path& folder) override { real_->SetDataFolder(folder); }
   bool SetCurrent(std::string_view name) override { return real_->SetCurrent(name); }
   printing::Printer& Current() override { return real_->Current(); }
+  void UseDefault() override { real_->UseDefault(); }
   bool Choose(Dialogs& dialogs) override { return real_->Choose(dialogs); }
 
  private:
