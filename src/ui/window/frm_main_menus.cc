@@ -72,7 +72,8 @@ void frmMain::BuildFileMenu() {
   LetterCommand(file, "mnuDelete", tr("&Delete…"), {"delete"},
                 [](frmLetter& letter) { letter.Delete(); });
   LetterCommand(file, "mnuClose", tr("&Close"), {"close", QKeySequence::Close},
-                [](frmLetter& letter) { letter.CloseForm(); });
+                [](frmLetter& letter) { letter.CloseForm(); })
+      ->setShortcuts(QKeySequence::Close);
   file->addSeparator();
   LetterCommand(file, "mnuPrint", tr("&Print…"), {"print", QKeySequence::Print},
                 [this](frmLetter& letter) { Output().Print(letter); });

@@ -1,6 +1,8 @@
 #include "ui/window/letter_desk.h"
 
+#include <QAction>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QTabBar>
 
 namespace tenora {
@@ -56,6 +58,9 @@ void LetterDesk::Add(LetterWindow* window) {
   QMdiSubWindow* frame = area_->addSubWindow(window);
   frame->setAttribute(Qt::WA_DeleteOnClose);
   frame->setWindowIcon(window->windowIcon());
+  // The frame's own menu has the keys of ours, and of two commands with one key neither works.
+  for (QAction* action : frame->systemMenu()->actions())
+    action->setShortcuts(QList<QKeySequence>());
   connect(window, &LetterWindow::CaptionChanged, this, &LetterDesk::ActiveChanged);
   connect(frame, &QObject::destroyed, this, [this] {
     ShowWelcomeWhereEmpty();
