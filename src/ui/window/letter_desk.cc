@@ -6,6 +6,11 @@
 #include <QTabBar>
 
 namespace tenora {
+namespace {
+
+constexpr double kUsualShare = 0.7;  // of the desk, for a letter among others
+
+}  // namespace
 
 LetterDesk::LetterDesk(QWidget* parent) : QStackedWidget(parent), area_(new QMdiArea(this)) {
   setObjectName(QStringLiteral("letterDesk"));
@@ -70,7 +75,7 @@ void LetterDesk::Add(LetterWindow* window) {
   if (Tabbed()) {
     frame->showMaximized();
   } else {
-    frame->resize(area_->size() * 0.7);
+    frame->resize(area_->size() * kUsualShare);
     frame->show();
   }
   window->setFocus();
@@ -100,6 +105,7 @@ void LetterDesk::Tile() {
 void LetterDesk::Cascade() {
   ShowAsTabs(false);
   area_->cascadeSubWindows();
+  for (QMdiSubWindow* frame : area_->subWindowList()) frame->resize(area_->size() * kUsualShare);
 }
 
 bool LetterDesk::CloseAll() {
