@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -67,6 +68,15 @@ Answer AnswerOf(int button, Buttons buttons) {
   return buttons == Buttons::kYesNo ? Answer::kNo : Answer::kCancel;
 }
 
+// A short text makes a narrow box, and its title, which names the procedure, would be cut.
+void MakeRoomForTitle(QMessageBox& box) {
+  constexpr int kFrameButtons = 160;  // pixels
+  auto* grid = qobject_cast<QGridLayout*>(box.layout());
+  if (grid == nullptr) return;
+  const int width = box.fontMetrics().horizontalAdvance(box.windowTitle()) + kFrameButtons;
+  grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+}
+
 // A box that comes up during long work wants an ordinary pointer in the place of the wait cursor.
 class OrdinaryPointer {
  public:
@@ -109,6 +119,7 @@ Answer WindowDialogs::Show(const MessageBox& box) {
   window.setTextFormat(Qt::PlainText);
   window.setTextInteractionFlags(Qt::TextSelectableByMouse);
   window.setDefaultButton(ButtonOf(box.default_answer));
+  MakeRoomForTitle(window);
   if (box.buttons == Buttons::kYesNo) window.setEscapeButton(QMessageBox::No);
   return AnswerOf(window.exec(), box.buttons);
 }
