@@ -116,6 +116,9 @@ class frmMain : public QMainWindow {
   void ApplyPageWidth(bool page_width);
   // The printer's paper and the stored margins, for the ruler and the lines' ends.
   void ShowPage(LetterWindow& window);
+  void ShowPages();
+  // In twips; 0 where the current printer cannot be told, which printing then says.
+  int PaperWidth();
   void StoreMargins(int left, int right);
   QStringList CodesFor(InsertList list) const;
 

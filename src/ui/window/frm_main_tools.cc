@@ -103,6 +103,7 @@ void frmMain::GenerateFrom(const TreeModel::Entry& letter_template,
     } else if (!printers->Choose(dialogs())) {
       return;
     }
+    ShowPages();
   }
   RunGeneration([&](GenerationObserver& observer) {
     return GenerateSelection(session_, request, choice.Selection(), observer, printers);
@@ -200,14 +201,14 @@ void frmMain::ShowSettings() {
   LoadSpeller();
   page_width_action_->setChecked(
       session_.settings.GetSettingText("Mail", "PrinterPageWidth", "0") != "0");
-  for (LetterWindow* window : desk_->Letters()) ShowPage(*window);
+  ShowPages();
   LoadRentalData();
   tree_->RefreshTree();
 }
 
 void frmMain::ShowPrinterSetup() {
   if (frmPrinter(session_.settings, dialogs(), this).exec() != QDialog::Accepted) return;
-  for (LetterWindow* window : desk_->Letters()) ShowPage(*window);
+  ShowPages();
 }
 
 }  // namespace tenora
