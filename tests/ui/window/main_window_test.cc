@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <QTimer>
 #include <iostream>
+#include <set>
 
 #include "application.h"
 #include "merge/catalogue.h"
@@ -99,6 +100,18 @@ TEST_F(MainWindow, TellsOfNewFormsOnce) {
   EXPECT_THAT(platform_.dialogs.Texts(),
               ElementsAre("New template forms have been installed.  They are available on the left "
                           "side of the screen in the 'Templates' group"));
+}
+
+TEST_F(MainWindow, GivesNoKeyToTwoCommandsSinceNeitherWouldWork) {
+  Load();
+  Trigger("mnuNewTenantTemplate");
+  std::set<QString> keys;
+  for (const QAction* action : window_->findChildren<QAction*>()) {
+    for (const QKeySequence& key : action->shortcuts()) {
+      EXPECT_TRUE(keys.insert(key.toString()).second) << qPrintable(key.toString());
+    }
+  }
+  EXPECT_TRUE(keys.contains("Ctrl+W"));
 }
 
 TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {
