@@ -5,6 +5,7 @@
 #include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
 
 #include "platform/dialogs/file_filter.h"
 #include "platform/dialogs/input_box.h"
@@ -70,11 +71,12 @@ Answer AnswerOf(int button, Buttons buttons) {
 
 // A short text makes a narrow box, and its title, which names the procedure, would be cut.
 void MakeRoomForTitle(QMessageBox& box) {
-  constexpr int kFrameButtons = 160;  // pixels
+  constexpr int kFrameButtons = 160, kWidest = 640;  // pixels
   auto* grid = qobject_cast<QGridLayout*>(box.layout());
   if (grid == nullptr) return;
   const int width = box.fontMetrics().horizontalAdvance(box.windowTitle()) + kFrameButtons;
-  grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+  grid->addItem(new QSpacerItem(std::min(width, kWidest), 0), grid->rowCount(), 0, 1,
+                grid->columnCount());
 }
 
 // A box that comes up during long work wants an ordinary pointer in the place of the wait cursor.
