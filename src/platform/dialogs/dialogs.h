@@ -24,6 +24,20 @@ struct MessageBox {
   Answer default_answer = Answer::kOk;
 };
 
+struct OfferedPrinter {
+  std::string name;
+  bool on_paper = true;  // false: a file, of which there are no copies and no sides
+};
+
+enum class Sides { kAsPrinterIsSet, kOne, kBothLongEdge, kBothShortEdge };
+
+struct PrintChoice {
+  std::size_t printer = 0;  // position among those on offer
+  int copies = 1;
+  bool landscape = false;
+  Sides sides = Sides::kAsPrinterIsSet;
+};
+
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
@@ -36,6 +50,18 @@ class Dialogs {
   virtual std::optional<std::size_t> Choose(const std::string& title,
                                             const std::vector<std::string>& items,
                                             std::size_t default_item) = 0;
+  // The printer and how it is to print, none when cancelled. `shown` is what stands there at first.
+  // Without a window the printer alone is asked for.
+  virtual std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                                   const PrintChoice& shown) {
+    std::vector<std::string> names;
+    for (const OfferedPrinter& printer : printers) names.push_back(printer.name);
+    const std::optional<std::size_t> chosen = Choose("Print", names, shown.printer);
+    if (!chosen) return std::nullopt;
+    PrintChoice choice = shown;
+    choice.printer = *chosen;
+    return choice;
+  }
   // A file that exists, none when cancelled. The filter is "Name|patterns" pairs parted by "|", the
   // patterns by ";" ("Pictures|*.bmp;*.ico"). It guides the eye: any other file may be chosen.
   virtual std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,

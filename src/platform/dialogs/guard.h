@@ -16,14 +16,15 @@ inline void ShowError(Dialogs& dialogs, const std::string& label, const RuntimeE
 }
 
 // Runs a procedure body. After an error the box is shown, the procedure is left and the result is
-// false.
+// false. Who has cancelled the work needs no box about it.
 template <typename Body>
 bool Guarded(Dialogs& dialogs, const std::string& label, Body&& body) {
   try {
     std::forward<Body>(body)();
     return true;
   } catch (...) {
-    ShowError(dialogs, label, CurrentError());
+    const RuntimeError error = CurrentError();
+    if (error.number() != error_number::kCancelled) ShowError(dialogs, label, error);
     return false;
   }
 }

@@ -1,6 +1,7 @@
 #include "platform/dialogs/list_box.h"
 
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -17,6 +18,10 @@ ListBox::ListBox(const QString& title, const QStringList& items, int default_ite
   setWindowTitle(title);
   list_->setObjectName("lstItems");
   list_->setAccessibleName(title);
+  // What is asked: a window manager cuts a long title, or shows none.
+  auto* question = new QLabel(title);
+  question->setTextFormat(Qt::PlainText);
+  question->setWordWrap(true);
   list_->addItems(items);
   list_->setCurrentRow(default_item);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
@@ -27,6 +32,7 @@ ListBox::ListBox(const QString& title, const QStringList& items, int default_ite
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   auto* layout = new QVBoxLayout(this);
+  layout->addWidget(question);
   layout->addWidget(list_);
   layout->addWidget(buttons);
   resize(kUsualSize);

@@ -2,12 +2,15 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
 
 #include "platform/dialogs/file_filter.h"
 #include "platform/dialogs/input_box.h"
 #include "platform/dialogs/list_box.h"
+#include "platform/dialogs/print_box.h"
 
 namespace tenora {
 namespace {
@@ -66,6 +69,16 @@ Answer AnswerOf(int button, Buttons buttons) {
   return buttons == Buttons::kYesNo ? Answer::kNo : Answer::kCancel;
 }
 
+// A short text makes a narrow box, and its title, which names the procedure, would be cut.
+void MakeRoomForTitle(QMessageBox& box) {
+  constexpr int kFrameButtons = 160, kWidest = 640;  // pixels
+  auto* grid = qobject_cast<QGridLayout*>(box.layout());
+  if (grid == nullptr) return;
+  const int width = box.fontMetrics().horizontalAdvance(box.windowTitle()) + kFrameButtons;
+  grid->addItem(new QSpacerItem(std::min(width, kWidest), 0), grid->rowCount(), 0, 1,
+                grid->columnCount());
+}
+
 // A box that comes up during long work wants an ordinary pointer in the place of the wait cursor.
 class OrdinaryPointer {
  public:
@@ -108,6 +121,7 @@ Answer WindowDialogs::Show(const MessageBox& box) {
   window.setTextFormat(Qt::PlainText);
   window.setTextInteractionFlags(Qt::TextSelectableByMouse);
   window.setDefaultButton(ButtonOf(box.default_answer));
+  MakeRoomForTitle(window);
   if (box.buttons == Buttons::kYesNo) window.setEscapeButton(QMessageBox::No);
   return AnswerOf(window.exec(), box.buttons);
 }
@@ -132,6 +146,14 @@ std::optional<std::size_t> WindowDialogs::Choose(const std::string& title,
                  QApplication::activeWindow());
   if (window.exec() != QDialog::Accepted || window.ChosenRow() < 0) return std::nullopt;
   return static_cast<std::size_t>(window.ChosenRow());
+}
+
+std::optional<PrintChoice> WindowDialogs::ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                                        const PrintChoice& shown) {
+  const OrdinaryPointer pointer;
+  PrintBox window(printers, shown, QApplication::activeWindow());
+  if (window.exec() != QDialog::Accepted) return std::nullopt;
+  return window.Choice();
 }
 
 std::optional<std::filesystem::path> WindowDialogs::ChooseFileToOpen(const std::string& title,

@@ -14,6 +14,8 @@ class WindowDialogs : public Dialogs {
                                      const std::string& default_answer) override;
   std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
                                     std::size_t default_item) override;
+  std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                           const PrintChoice& shown) override;
   // Opens in the folder last chosen from. Besides the filter's kinds, all files may be shown.
   std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
                                                         const std::string& filter) override;

@@ -39,6 +39,21 @@ int TwipsOf(int hundredths_of_millimetre) {
   return static_cast<int>(std::lround(hundredths_of_millimetre * 1440.0 / 2540.0));
 }
 
+// The protocol's word; null where the queue's own setting holds.
+const char* SidesWord(Sides sides) {
+  switch (sides) {
+    case Sides::kAsPrinterIsSet:
+      return nullptr;
+    case Sides::kOne:
+      return CUPS_SIDES_ONE_SIDED;
+    case Sides::kBothLongEdge:
+      return CUPS_SIDES_TWO_SIDED_PORTRAIT;
+    case Sides::kBothShortEdge:
+      return CUPS_SIDES_TWO_SIDED_LANDSCAPE;
+  }
+  return nullptr;
+}
+
 RuntimeError Refused(const std::string& queue, const std::string& title,
                      const std::string& reason) {
   return StandardError(error_number::kPrinterError,
@@ -97,14 +112,19 @@ Paper PaperOfCupsQueue(const std::string& queue) {
 }
 
 void SubmitToCups(const std::string& queue, const std::filesystem::path& file,
-                  const std::string& title) {
+                  const std::string& title, const JobOptions& options) {
   const Connection connection = Connect();
   if (!connection) throw Refused(queue, title, "no print server answers");
   const std::unique_ptr<cups_dest_t, FreeDest> dest(
       cupsGetNamedDest(connection.get(), queue.c_str(), nullptr));
   if (!dest) throw Refused(queue, title, "no such printer");
   // The pages are set for this paper with their own margins: scaling would move the text.
-  dest->num_options = cupsAddOption("print-scaling", "none", dest->num_options, &dest->options);
+  const auto add = [&dest](const char* name, const char* value) {
+    dest->num_options = cupsAddOption(name, value, dest->num_options, &dest->options);
+  };
+  add("print-scaling", "none");
+  if (options.copies > 1) add(CUPS_COPIES, std::to_string(options.copies).c_str());
+  if (const char* sides = SidesWord(options.sides)) add(CUPS_SIDES, sides);
   const std::string job_name(BoundedUtf8(title, kLongestJobName));
   const int job = cupsPrintFile2(connection.get(), queue.c_str(), file.c_str(), job_name.c_str(),
                                  dest->num_options, dest->options);

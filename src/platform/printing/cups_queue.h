@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/dialogs/dialogs.h"
+
 namespace tenora::printing {
 
 // A sheet and what of its edges the device cannot print on, in twips.
@@ -26,8 +28,14 @@ CupsQueues ListCupsQueues();
 // The queue's default paper; the regional one where the queue does not say.
 Paper PaperOfCupsQueue(const std::string& queue);
 
+// How often and on which sides of the paper a job is printed.
+struct JobOptions {
+  int copies = 1;
+  Sides sides = Sides::kAsPrinterIsSet;
+};
+
 // Sends a PDF file as one job. Raises 482 (Printer error) naming queue, title and the reason.
 void SubmitToCups(const std::string& queue, const std::filesystem::path& file,
-                  const std::string& title);
+                  const std::string& title, const JobOptions& options);
 
 }  // namespace tenora::printing

@@ -30,6 +30,7 @@ class DrawingPrinter : public virtual Printer {
   // Of the current page. Raises 482 when no job is open.
   virtual QPainter& Page() = 0;
   const Paper& paper() const { return paper_; }
+  void SetPaper(const Paper& paper) { paper_ = paper; }
   void ForgetLayout() { layout_.reset(); }
 
  private:

@@ -26,6 +26,7 @@ class PreviewPages : public Printers {
   void SetDataFolder(const std::filesystem::path&) override {}
   bool SetCurrent(std::string_view) override { return false; }
   Printer& Current() override;
+  void UseDefault() override {}
   bool Choose(Dialogs&) override { return false; }
 
  private:

@@ -19,7 +19,8 @@ class Destination {
   virtual ~Destination() = default;
   // The folder the job's file is built in.
   virtual std::filesystem::path SpoolFolder() const = 0;
-  virtual std::filesystem::path Deliver(SpoolFile& spool, const std::string& title) = 0;
+  virtual std::filesystem::path Deliver(SpoolFile& spool, const std::string& title,
+                                        const JobOptions& options) = 0;
 };
 
 class PdfFolder : public Destination {
@@ -36,7 +37,8 @@ class PdfFolder : public Destination {
                         std::string(kPdfPrinterName) + " has no folder to write to");
   }
 
-  std::filesystem::path Deliver(SpoolFile& spool, const std::string& title) override {
+  std::filesystem::path Deliver(SpoolFile& spool, const std::string& title,
+                                const JobOptions&) override {
     if (!IsFile()) return spool.TakeFreeName(SafeStem(title));
     spool.Replace(target_);
     return target_;
@@ -55,8 +57,9 @@ class CupsDestination : public Destination {
   std::filesystem::path SpoolFolder() const override {
     return std::filesystem::temp_directory_path();
   }
-  std::filesystem::path Deliver(SpoolFile& spool, const std::string& title) override {
-    SubmitToCups(queue_, spool.path(), title);
+  std::filesystem::path Deliver(SpoolFile& spool, const std::string& title,
+                                const JobOptions& options) override {
+    SubmitToCups(queue_, spool.path(), title, options);
     return {};
   }
 
@@ -68,6 +71,15 @@ class Device : public DrawingPrinter {
  public:
   Device(std::string name, const Paper& paper, std::unique_ptr<Destination> destination)
       : DrawingPrinter(std::move(name), paper), destination_(std::move(destination)) {}
+
+  // Holds for every job from the next on.
+  void SetUp(const PrintChoice& choice) {
+    options_ = {choice.copies, choice.sides};
+    if (std::exchange(landscape_, choice.landscape) == choice.landscape) return;
+    const Paper& upright = paper();
+    SetPaper({upright.height, upright.width, upright.offset_y, upright.offset_x});
+  }
+  PrintChoice SetUpNow() const { return {0, 1, landscape_, options_.sides}; }
 
   void StartDocument(const std::string& title) override {
     ForgetLayout();
@@ -92,7 +104,7 @@ class Device : public DrawingPrinter {
     const auto job = std::exchange(job_, nullptr);
     std::filesystem::path result;
     AsPrinterError(job->title(),
-                   [&] { result = destination_->Deliver(job->Finish(), job->title()); });
+                   [&] { result = destination_->Deliver(job->Finish(), job->title(), options_); });
     return result;
   }
 
@@ -124,6 +136,8 @@ class Device : public DrawingPrinter {
   }
 
   std::unique_ptr<Destination> destination_;
+  JobOptions options_;
+  bool landscape_ = false;
   // The application outlives what draws with its fonts.
   std::shared_ptr<void> qt_;
   std::unique_ptr<PdfJob> job_;
@@ -172,13 +186,24 @@ class InstalledPrinters : public Printers {
     return *current_;
   }
 
+  void UseDefault() override {
+    if (!current_ || !current_->JobOpen()) current_.reset();
+  }
+
   bool Choose(Dialogs& dialogs) override {
-    const std::vector<std::string> names = Names();
-    const auto current = std::find(names.begin(), names.end(), CurrentName());
-    const std::size_t shown =
-        current == names.end() ? 0 : static_cast<std::size_t>(current - names.begin());
-    const auto chosen = dialogs.Choose("Print", names, shown);
-    return chosen && *chosen < names.size() && SetCurrent(names[*chosen]);
+    const std::string current = CurrentName();
+    // Copies are asked for anew each time.
+    PrintChoice shown = current_ ? current_->SetUpNow() : PrintChoice();
+    std::vector<OfferedPrinter> offered;
+    for (const std::string& name : Names()) {
+      if (name == current) shown.printer = offered.size();
+      offered.push_back({name, name != kPdfPrinterName});
+    }
+    const auto chosen = dialogs.ChoosePrinter(offered, shown);
+    if (!chosen || chosen->printer >= offered.size()) return false;
+    if (!SetCurrent(offered[chosen->printer].name)) return false;
+    current_->SetUp(*chosen);
+    return true;
   }
 
  private:

@@ -98,7 +98,9 @@ class Printers {
   virtual bool SetCurrent(std::string_view name) = 0;
   // Raises 482 when TENORA_PRINTER names a printer that is not installed.
   virtual Printer& Current() = 0;
-  // Shows the chooser; false when cancelled.
+  // Makes the default printer current again, as it is set up by itself.
+  virtual void UseDefault() = 0;
+  // Shows the chooser, and sets the chosen printer up as asked; false when cancelled.
   virtual bool Choose(Dialogs& dialogs) = 0;
 };
 

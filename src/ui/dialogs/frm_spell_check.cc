@@ -76,9 +76,10 @@ void frmSpellCheck::MakeButtons(QVBoxLayout* column) {
   add(tr("Stop"), "cmdStop", [this] { reject(); });
 }
 
+// The first line becomes current when the keyboard comes to the list; nobody has selected it by then.
 QString frmSpellCheck::Suggestion() const {
-  const QListWidgetItem* item = suggestions_->currentItem();
-  return item == nullptr ? QString() : item->text().trimmed();
+  const QList<QListWidgetItem*> selected = suggestions_->selectedItems();
+  return selected.isEmpty() ? QString() : selected.first()->text().trimmed();
 }
 
 void frmSpellCheck::Change() {

@@ -178,6 +178,8 @@ void ctlTree::ExpandGroups(const QStringList& names) {
 }
 
 QString ctlTree::OpenEntries() const {
+  // What a search has opened and closed is not the user's doing.
+  if (filter_.Active()) return open_before_search_;
   QStringList keys;
   for (QModelIndex index = filter_.index(0, 0); index.isValid(); index = view_->indexBelow(index)) {
     if (view_->isExpanded(index)) keys.append(model_.KeyOf(Source(index)));
@@ -201,6 +203,7 @@ void ctlTree::Filter(const QString& text) {
   filter_.SetText(text);
   if (filter_.Active()) {
     ExpandGroupsAndFolds();
+    view_->scrollToTop();
   } else if (was_active) {
     OpenAgain(open_before_search_);
   }

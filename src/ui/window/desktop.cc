@@ -62,7 +62,7 @@ struct Desktop::State {
       : handler_before(qInstallMessageHandler(remarks)), application(argc, argv) {
     qInstallMessageHandler(handler_before);
     QApplication::setApplicationName(QStringLiteral("Tenora"));
-    QApplication::setApplicationDisplayName(QString::fromLatin1(kApplicationTitle));
+    // No display name: Qt would put it behind the title of every box, which are the system's own.
     QApplication::setWindowIcon(LineIcon("tenora"));
     QApplication::setStyle(new PlainButtons);
   }

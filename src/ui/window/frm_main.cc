@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
 
 #include "platform/dialogs/guard.h"
@@ -19,7 +20,8 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(QString::fromLatin1(kApplicationTitle));
   setWindowIcon(LineIcon("tenora"));
-  resize(1280, 800);
+  // Room for the frame that a window manager puts around it.
+  resize(QSize(1280, 800).boundedTo(screen()->availableGeometry().size() - QSize(8, 40)));
 
   splitter_ = new QSplitter(this);
   splitter_->setObjectName(QStringLiteral("SplitterVert"));

@@ -116,6 +116,9 @@ class frmMain : public QMainWindow {
   void ApplyPageWidth(bool page_width);
   // The printer's paper and the stored margins, for the ruler and the lines' ends.
   void ShowPage(LetterWindow& window);
+  void ShowPages();
+  // In twips; 0 where the current printer cannot be told, which printing then says.
+  int PaperWidth();
   void StoreMargins(int left, int right);
   QStringList CodesFor(InsertList list) const;
 
@@ -157,7 +160,7 @@ class frmMain : public QMainWindow {
   std::shared_ptr<spelling::Speller> speller_;  // for the underlines; null where there are none
   LintPanel* lint_panel_;
   bool dark_desktop_;
-  QLabel *letter_state_, *recipient_, *page_width_state_;
+  QLabel *letter_state_, *recipient_;
   QList<QAction*> letter_commands_;  // that need a letter
   QList<QAction*> listed_letters_;   // in the window menu, since it was last shown
   QAction* format_action_ = nullptr;

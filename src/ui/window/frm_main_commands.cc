@@ -53,11 +53,12 @@ LetterWindow* frmMain::MakeLetterWindow() {
                 .icon = Icon::kQuestion,
                 .default_answer = Answer::kNo}) == Answer::kYes;
   };
-  window->letter().PaperWidth = [this] { return printers_ ? printers_->Current().Width() : 0; };
+  window->letter().PaperWidth = [this] { return PaperWidth(); };
   window->letter().ShowFutureDateDialog = [this](RichTextBox& editor) {
     frmFutureDate(editor, this).exec();
   };
-  ShowPage(*window);
+  // The letter opens also where the margins are stored wrongly.
+  Guard("ShowPage", [&] { ShowPage(*window); });
   UnderlineIn(*window);
   window->letter().ChangeWidth(page_width_action_->isChecked());
   window->view().ShowRuler(editor_actions_->ShowRuler()->isChecked());
@@ -77,6 +78,7 @@ LetterOutput& frmMain::Output() {
         session_, *printers_,
         [this](const QString& title, const LetterOutput::Work& work) { RunBeside(title, work); });
     output_->Tell = [this](const QString& message) { statusBar()->showMessage(message, kTellFor); };
+    output_->PrinterChosen = [this] { ShowPages(); };
     output_->PrintFromPreview = [this] {
       findChild<QAction*>(QStringLiteral("mnuPrint"))->trigger();
     };
@@ -226,7 +228,7 @@ void frmMain::StartNew(std::string_view kind) {
 }
 
 void frmMain::ShowPage(LetterWindow& window) {
-  const int width = printers_ ? printers_->Current().Width() : 0;
+  const int width = PaperWidth();
   if (width == 0) return;
   const PageMargins margins = StoredMargins(session_.settings);
   window.view().SetPage(width, margins.left, margins.right);
@@ -235,7 +237,19 @@ void frmMain::ShowPage(LetterWindow& window) {
 void frmMain::StoreMargins(int left, int right) {
   session_.settings.SaveSettingText("Mail\\PrinterSetup", "LeftMargin", std::to_string(left));
   session_.settings.SaveSettingText("Mail\\PrinterSetup", "RightMargin", std::to_string(right));
+  ShowPages();
+}
+
+void frmMain::ShowPages() {
   for (LetterWindow* window : desk_->Letters()) ShowPage(*window);
+}
+
+int frmMain::PaperWidth() {
+  try {
+    return printers_ ? printers_->Current().Width() : 0;
+  } catch (const RuntimeError&) {
+    return 0;
+  }
 }
 
 QStringList frmMain::CodesFor(InsertList list) const {
@@ -270,8 +284,6 @@ void frmMain::ShowLetterState() {
   const std::string kind = window == nullptr ? "" : window->letter().members().Kind;
   mail_action_->setEnabled(kind == kTenantLetter || kind == kOwnerLetter);
   DisplayInsertMenu();
-  page_width_state_->setText(page_width_action_->isChecked() ? tr("Page width")
-                                                             : tr("Window width"));
   LetterEditor* editor = window == nullptr ? nullptr : &window->editor();
   if (editor_actions_->Editor() != editor) {
     editor_actions_->SetEditor(editor);

@@ -1,5 +1,6 @@
 // The main window's menus, tool bar and status bar.
 #include <QActionGroup>
+#include <QCheckBox>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
@@ -71,7 +72,8 @@ void frmMain::BuildFileMenu() {
   LetterCommand(file, "mnuDelete", tr("&Delete…"), {"delete"},
                 [](frmLetter& letter) { letter.Delete(); });
   LetterCommand(file, "mnuClose", tr("&Close"), {"close", QKeySequence::Close},
-                [](frmLetter& letter) { letter.CloseForm(); });
+                [](frmLetter& letter) { letter.CloseForm(); })
+      ->setShortcuts(QKeySequence::Close);
   file->addSeparator();
   LetterCommand(file, "mnuPrint", tr("&Print…"), {"print", QKeySequence::Print},
                 [this](frmLetter& letter) { Output().Print(letter); });
@@ -111,7 +113,7 @@ void frmMain::BuildEditMenu() {
 void frmMain::BuildViewMenu() {
   QMenu* view = AddMenu("mnuView", tr("&View"));
   page_width_action_ = new QAction(tr("Wrap at Printer's Page &Width"), this);
-  page_width_action_->setObjectName(QStringLiteral("chkPageWidth"));
+  page_width_action_->setObjectName(QStringLiteral("mnuPageWidth"));
   page_width_action_->setCheckable(true);
   view->addAction(page_width_action_);
   connect(page_width_action_, &QAction::toggled, this, [this](bool page_width) {
@@ -143,6 +145,8 @@ void frmMain::BuildInsertMenu() {
   insert->addAction(editor_actions_->InsertActions().first());  // a table
   LetterCommand(insert, "mnuInsertPicture", tr("Pi&cture…"), {},
                 [](frmLetter& letter) { letter.InsertPicture(); });
+  LetterCommand(insert, "mnuInsertExcel", tr("&Spreadsheet…"), {},
+                [](frmLetter& letter) { letter.InsertExcel(); });
   LetterCommand(insert, "mnuInsertObject", tr("&File as Object…"), {},
                 [](frmLetter& letter) { letter.InsertOLEObject(); });
   LetterCommand(insert, "mnuSaveEmbedded", tr("Sa&ve Embedded File…"), {},
@@ -269,7 +273,14 @@ void frmMain::BuildFormatBar() {
 void frmMain::BuildStatusBar() {
   recipient_ = AddState("lblRecipient");
   letter_state_ = AddState("lblLetterState");
-  page_width_state_ = AddState("lblPageWidth");
+  auto* page_width = new QCheckBox(tr("Page width"), this);
+  page_width->setObjectName(QStringLiteral("chkPageWidth"));
+  page_width->setAccessibleName(tr("Wrap at the printer's page width"));
+  page_width->setToolTip(page_width->accessibleName());
+  page_width->setChecked(page_width_action_->isChecked());
+  connect(page_width, &QCheckBox::toggled, page_width_action_, &QAction::setChecked);
+  connect(page_width_action_, &QAction::toggled, page_width, &QCheckBox::setChecked);
+  statusBar()->addPermanentWidget(page_width);
 }
 
 QLabel* frmMain::AddState(const char* name) {

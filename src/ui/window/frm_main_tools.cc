@@ -63,10 +63,11 @@ std::optional<TreeModel::Entry> frmMain::TemplateInFront() const {
   LetterWindow* window = desk_->Active();
   if (window == nullptr || !Generates(window->letter().members().Kind)) return std::nullopt;
   const LetterMembers& members = window->letter().members();
-  if (members.FilePath.empty()) return std::nullopt;
   TreeModel::Entry open;
   open.kind = members.Kind;
   open.path = members.FilePath;
+  // A run reads the library's file of this name, which is another than one opened from elsewhere.
+  if (open.path.parent_path() != session_.database.DataFolder() / open.kind) return std::nullopt;
   open.name = QString::fromStdString(open.path.stem().string());
   return open;
 }
@@ -74,7 +75,11 @@ std::optional<TreeModel::Entry> frmMain::TemplateInFront() const {
 void frmMain::GenerateLetters() {
   const std::optional<TreeModel::Entry> entry = TemplateToGenerate();
   if (!entry) {
-    return dialogs().Say("Select a template in the left menu section first.");
+    LetterWindow* front = desk_->Active();
+    const bool outside = front != nullptr && Generates(front->letter().members().Kind);
+    return dialogs().Say(outside ? "This template is not in the library yet. Save it there with "
+                                   "\"Save As\", then generate its letters."
+                                 : "Select a template in the left menu section first.");
   }
   GenerateFrom(*entry, std::nullopt);
 }
@@ -93,7 +98,12 @@ void frmMain::GenerateFrom(const TreeModel::Entry& letter_template,
   printing::Printers* printers = nullptr;
   if (request.destination == Destination::kPrinter) {
     printers = &Output().Printers();
-    if (!choice.UsesDefaultPrinter() && !printers->Choose(dialogs())) return;
+    if (choice.UsesDefaultPrinter()) {
+      printers->UseDefault();
+    } else if (!printers->Choose(dialogs())) {
+      return;
+    }
+    ShowPages();
   }
   RunGeneration([&](GenerationObserver& observer) {
     return GenerateSelection(session_, request, choice.Selection(), observer, printers);
@@ -191,14 +201,14 @@ void frmMain::ShowSettings() {
   LoadSpeller();
   page_width_action_->setChecked(
       session_.settings.GetSettingText("Mail", "PrinterPageWidth", "0") != "0");
-  for (LetterWindow* window : desk_->Letters()) ShowPage(*window);
+  ShowPages();
   LoadRentalData();
   tree_->RefreshTree();
 }
 
 void frmMain::ShowPrinterSetup() {
   if (frmPrinter(session_.settings, dialogs(), this).exec() != QDialog::Accepted) return;
-  for (LetterWindow* window : desk_->Letters()) ShowPage(*window);
+  ShowPages();
 }
 
 }  // namespace tenora

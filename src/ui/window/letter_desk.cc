@@ -1,9 +1,16 @@
 #include "ui/window/letter_desk.h"
 
+#include <QAction>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QTabBar>
 
 namespace tenora {
+namespace {
+
+constexpr double kUsualShare = 0.7;  // of the desk, for a letter among others
+
+}  // namespace
 
 LetterDesk::LetterDesk(QWidget* parent) : QStackedWidget(parent), area_(new QMdiArea(this)) {
   setObjectName(QStringLiteral("letterDesk"));
@@ -56,6 +63,9 @@ void LetterDesk::Add(LetterWindow* window) {
   QMdiSubWindow* frame = area_->addSubWindow(window);
   frame->setAttribute(Qt::WA_DeleteOnClose);
   frame->setWindowIcon(window->windowIcon());
+  // The frame's own menu has the keys of ours, and of two commands with one key neither works.
+  for (QAction* action : frame->systemMenu()->actions())
+    action->setShortcuts(QList<QKeySequence>());
   connect(window, &LetterWindow::CaptionChanged, this, &LetterDesk::ActiveChanged);
   connect(frame, &QObject::destroyed, this, [this] {
     ShowWelcomeWhereEmpty();
@@ -65,7 +75,7 @@ void LetterDesk::Add(LetterWindow* window) {
   if (Tabbed()) {
     frame->showMaximized();
   } else {
-    frame->resize(area_->size() * 0.7);
+    frame->resize(area_->size() * kUsualShare);
     frame->show();
   }
   window->setFocus();
@@ -95,6 +105,7 @@ void LetterDesk::Tile() {
 void LetterDesk::Cascade() {
   ShowAsTabs(false);
   area_->cascadeSubWindows();
+  for (QMdiSubWindow* frame : area_->subWindowList()) frame->resize(area_->size() * kUsualShare);
 }
 
 bool LetterDesk::CloseAll() {

@@ -42,14 +42,17 @@ bool LetterOutput::Print(frmLetter& letter) {
 bool LetterOutput::PrintOne(frmLetter& letter) {
   PrinterMod printer(printers_, session_.settings);
   if (!printer.ChoosePrinter(session_.platform.dialogs)) return false;
+  if (PrinterChosen) PrinterChosen();
   Copy copy(session_, letter);
-  bool printed = false;
+  bool printed = false, cancelled = false;
   std::filesystem::path file;
   run_(Tr("Printing"), [&](WorkProgress& progress) {
     printer.StopAsked = [&progress] { return progress.Cancelled(); };
     printed = copy.letter().PrintLetter(printer);
     if (printed) file = printer.EndJob();
+    cancelled = !printed && progress.Cancelled();
   });
+  if (cancelled && Tell) Tell(Tr("Cancelled; nothing was printed"));
   if (printed && Tell) {
     Tell(file.empty()
              ? Tr("Sent to %1").arg(QString::fromStdString(printers_.Current().DeviceName()))

@@ -36,6 +36,8 @@ class LetterOutput {
   void Preview(frmLetter& letter, QWidget* parent);
 
   std::function<void(const QString& message)> Tell;
+  // Its paper may be another now.
+  std::function<void()> PrinterChosen;
   // The print command of a preview.
   std::function<void()> PrintFromPreview;
 

@@ -25,6 +25,10 @@ class MainThreadDialogs : public Dialogs {
                                     std::size_t default_item) override {
     return OnMainThread([&] { return shown_.Choose(title, items, default_item); });
   }
+  std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                           const PrintChoice& shown) override {
+    return OnMainThread([&] { return shown_.ChoosePrinter(printers, shown); });
+  }
   std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
                                                         const std::string& filter) override {
     return OnMainThread([&] { return shown_.ChooseFileToOpen(title, filter); });

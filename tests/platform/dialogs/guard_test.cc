@@ -18,6 +18,8 @@ TEST(Guarded, ShowsNumberAndDescriptionUnderTheProceduresLabelAndLeaves) {
     went_on = true;
   }));
   EXPECT_FALSE(Guarded(dialogs, "frmMain - LoadMail", [] { throw std::bad_alloc(); }));
+  EXPECT_FALSE(Guarded(dialogs, "frmMain - LoadMail",
+                       [] { throw StandardError(error_number::kCancelled); }));
   EXPECT_TRUE(Guarded(dialogs, "frmMain - LoadMail", [] {}));
   EXPECT_FALSE(went_on);
   EXPECT_THAT(dialogs.Texts(), ElementsAre("13 - Type mismatch", "7 - Out of memory"));

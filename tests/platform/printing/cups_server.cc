@@ -101,8 +101,9 @@ void CupsServer::WriteBackend() const {
   const std::string jobs = (folder_ / "jobs").string();
   const auto backend = folder_ / "programs/backend/folder";
   WriteWholeFile(backend, "#!/bin/sh\n[ $# -eq 0 ] && exit 0\ncat ${6:+\"$6\"} > " + jobs +
-                              "/$1.pdf\nprintf '%s\\n' \"$3\" > " + jobs + "/$1.part\nmv " + jobs +
-                              "/$1.part " + jobs + "/$1.title\n");
+                              "/$1.pdf\nprintf 'copies=%s %s' \"$4\" \"$5\" > " + jobs +
+                              "/$1.options\nprintf '%s\\n' \"$3\" > " + jobs + "/$1.part\nmv " +
+                              jobs + "/$1.part " + jobs + "/$1.title\n");
   // Only its owner may run it: the server then keeps its own user, who may write to the folder.
   std::filesystem::permissions(backend, std::filesystem::perms::owner_all);
 }
@@ -126,7 +127,9 @@ std::vector<CupsServer::Job> CupsServer::WaitForJobs(std::size_t count) const {
       if (entry.path().extension() != ".title") continue;
       std::string title = ReadWholeFile(entry.path());
       if (title.ends_with('\n')) title.pop_back();
-      jobs.push_back({title, std::filesystem::path(entry.path()).replace_extension(".pdf")});
+      std::filesystem::path file = entry.path();
+      const std::string options = ReadWholeFile(file.replace_extension(".options"));
+      jobs.push_back({title, file.replace_extension(".pdf"), options});
     }
     return jobs.size() >= count;
   });

@@ -25,6 +25,7 @@ class CupsServer {
   struct Job {
     std::string title;
     std::filesystem::path file;
+    std::string options;  // "copies=2 sides=…"
   };
   // Waits until this many jobs are printed, or too long.
   std::vector<Job> WaitForJobs(std::size_t count) const;

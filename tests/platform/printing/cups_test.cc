@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "platform/dialogs/scripted_dialogs.h"
 #include "platform/printing/cups_server.h"
 #include "platform/printing/paper.h"
 #include "platform/runtime/error.h"
@@ -42,8 +43,17 @@ TEST_F(Cups, ListsItsQueuesBehindThePdfPrinter) {
   EXPECT_EQ(printers->Current().DeviceName(), "Closed");
 }
 
-TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitle) {
+TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitleAsSetInTheChooser) {
+  class Chooses : public ScriptedDialogs {
+    std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                             const PrintChoice& shown) override {
+      EXPECT_TRUE(printers[shown.printer].on_paper);
+      return PrintChoice{shown.printer, 3, false, Sides::kBothLongEdge};
+    }
+  };
   const auto printers = Printers::Create({"office", {}});
+  Chooses dialogs;
+  ASSERT_TRUE(printers->Choose(dialogs));
   printing::Printer& printer = printers->Current();
   const richtext::Document letters[] = {DocumentOf({Line("Dear Mr Māhuta,")}),
                                         DocumentOf({Line("Dear Mrs Smith,")})};
@@ -56,6 +66,8 @@ TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitle) {
   const auto jobs = server_->WaitForJobs(1);
   ASSERT_EQ(jobs.size(), 1u);
   EXPECT_EQ(jobs[0].title, "Rent rise \"2026\"; $HOME");
+  EXPECT_THAT(jobs[0].options,
+              AllOf(HasSubstr("copies=3"), HasSubstr("sides=two-sided-long-edge")));
   const Paper paper{jobs[0].file, {}};
   EXPECT_THAT(paper.PageText(1), HasSubstr("Dear Mr Māhuta,"));
   EXPECT_THAT(paper.PageText(2), HasSubstr("Dear Mrs Smith,"));

@@ -217,5 +217,27 @@ TEST(PrinterChooser, OffersAllAndTakesTheChosenOne) {
   EXPECT_EQ(dialogs.shown().front().items.front(), kPdfPrinterName);
 }
 
+TEST(PrinterChooser, TurnsThePaperAndKeepsItTurnedUntilTheDefaultIsWanted) {
+  class Sideways : public ScriptedDialogs {
+    std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                             const PrintChoice& shown) override {
+      EXPECT_EQ(shown.landscape, times++ > 0);
+      EXPECT_FALSE(printers.front().on_paper);
+      return PrintChoice{.printer = 0, .landscape = true};
+    }
+    int times = 0;
+  };
+  const auto printers = Printers::Create({kPdfPrinterName, {}});
+  const int width = printers->Current().Width(), height = printers->Current().Height();
+  Sideways dialogs;
+  for (int time = 0; time < 2; ++time) {
+    EXPECT_TRUE(printers->Choose(dialogs));
+    EXPECT_EQ(printers->Current().Width(), height);
+    EXPECT_EQ(printers->Current().Height(), width);
+  }
+  printers->UseDefault();
+  EXPECT_EQ(printers->Current().Width(), width);
+}
+
 }  // namespace
 }  // namespace tenora::test

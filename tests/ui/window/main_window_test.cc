@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <QTimer>
 #include <iostream>
+#include <set>
 
 #include "application.h"
 #include "merge/catalogue.h"
@@ -27,6 +28,7 @@ class FewPrinters : public printing::Printers {
   void SetDataFolder(const std::filesystem::path& folder) override { real_->SetDataFolder(folder); }
   bool SetCurrent(std::string_view name) override { return real_->SetCurrent(name); }
   printing::Printer& Current() override { return real_->Current(); }
+  void UseDefault() override { real_->UseDefault(); }
   bool Choose(Dialogs& dialogs) override { return real_->Choose(dialogs); }
 
  private:
@@ -98,6 +100,18 @@ TEST_F(MainWindow, TellsOfNewFormsOnce) {
   EXPECT_THAT(platform_.dialogs.Texts(),
               ElementsAre("New template forms have been installed.  They are available on the left "
                           "side of the screen in the 'Templates' group"));
+}
+
+TEST_F(MainWindow, GivesNoKeyToTwoCommandsSinceNeitherWouldWork) {
+  Load();
+  Trigger("mnuNewTenantTemplate");
+  std::set<QString> keys;
+  for (const QAction* action : window_->findChildren<QAction*>()) {
+    for (const QKeySequence& key : action->shortcuts()) {
+      EXPECT_TRUE(keys.insert(key.toString()).second) << qPrintable(key.toString());
+    }
+  }
+  EXPECT_TRUE(keys.contains("Ctrl+W"));
 }
 
 TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {
