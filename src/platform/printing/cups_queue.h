@@ -5,13 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace tenora::printing {
+#include "platform/printing/paper.h"
 
-// A sheet and what of its edges the device cannot print on, in twips.
-struct Paper {
-  int width = 0, height = 0;
-  int offset_x = 0, offset_y = 0;
-};
+namespace tenora::printing {
 
 // A4, or Letter where LC_ALL, LC_PAPER or LANG names a country that uses it; printable to the edge.
 Paper RegionalPaper();

@@ -223,7 +223,7 @@ class RowSetter {
     if (box.covered) return box;
     Pad(cell.padding, &box);
     const double room = width - box.pad_left - box.pad_right;
-    Flow flow(typesetting_, cell.blocks, room, position_, place_.depth + 1);
+    Flow flow(typesetting_, cell.blocks, room, position_, place_.depth + 1, Flow::Ending::kWhole);
     while (auto block = flow.Next()) {
       for (auto& strip : block->strips) {
         strip->page_break_before = false;

@@ -184,6 +184,14 @@ struct Table {
   std::vector<Row> rows;
 };
 
+// A group of the head that is carried through verbatim: a header or footer, document variables,
+// user properties, the page background.
+struct HeadGroup {
+  std::string source;
+  std::string word;           // that begins a header or footer, as "headerf"; empty for others
+  std::vector<Block> blocks;  // what a header or footer shows
+};
+
 struct PageSetup {
   int width = 0, height = 0;  // \paperw, \paperh; 0 when the document names none
   int left = 0, top = 0, right = 0, bottom = 0;
@@ -202,9 +210,7 @@ struct Document {
   PageSetup page;
   std::string title;              // from the information group, empty when none
   std::vector<std::string> info;  // its other groups, as "{\\author …}"
-  // Groups of the head that are carried through verbatim: headers and footers, document variables,
-  // user properties, the page background.
-  std::vector<std::string> head_groups;
+  std::vector<HeadGroup> head_groups;
   std::vector<Block> blocks;  // never empty
 };
 

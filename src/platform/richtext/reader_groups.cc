@@ -385,6 +385,12 @@ void Reader::EndFlow(Group& group) {
   source.Raw("}");
   Copy copy{SourceCopy(SourceCopy::Style::kWhole), {}, nullptr, 0};
   if (group.delivery == Delivery::kCopy) copy.shown_text = PlainText(blocks);
+  if (group.delivery == Delivery::kHead) {
+    const std::size_t word = group.own_word.rfind('\\') + 1;
+    document_.head_groups.push_back(
+        {source.Take(), group.own_word.substr(word), std::move(blocks)});
+    return;
+  }
   Deliver(group, source.Take(), &copy);
 }
 
@@ -437,7 +443,7 @@ void Reader::Deliver(const Group& group, std::string source, Copy* copy) {
       return CurrentFlow().AddMark(std::move(source));
     case Delivery::kHead:
       if (source == "{\\*" + group.own_word + "}") return;  // holds nothing
-      document_.head_groups.push_back(std::move(source));
+      document_.head_groups.push_back({std::move(source), {}, {}});
       return;
     case Delivery::kInfo:
       document_.info.push_back(std::move(source));
