@@ -45,7 +45,9 @@ Headers::Headers(const Typesetting& typesetting, const PageArea& area)
       first_differs_(PageWord(typesetting.document.page, "titlepg").value_or(0) != 0),
       even_differs_(PageWord(typesetting.document.page, "facingp").value_or(0) != 0),
       first_number_(FirstNumber(typesetting.document.page)) {
-  const double most = kMostShare * area.paper_height;
+  typesetting_.in_header = true;
+  typesetting_.page_height = kMostShare * area.paper_height;
+  const double most = typesetting_.page_height;
   const auto distance = [&](std::string_view word) {
     const int set = PageWord(typesetting.document.page, word).value_or(kUsualDistance);
     return std::clamp<double>(set, 0, most / 2);
@@ -83,7 +85,6 @@ void Headers::Set(Head* head, const PageNumbers& numbers) {
   if (fields) head->filled = WithPageNumbers(*head->blocks, numbers);
   head->strips.clear();
   head->height = 0;
-  typesetting_.page_height = kMostShare * area_.paper_height;
   Flow flow(typesetting_, fields ? head->filled : *head->blocks, area_.width(), 0, 0,
             Flow::Ending::kWhole);
   while (auto block = flow.Next()) {
@@ -148,12 +149,12 @@ void Headers::Draw(QPainter& painter, const Head& head) const {
   const double top =
       head.footer ? area_.paper_height - footer_bottom_ - head.height * scale : header_top_;
   painter.save();
-  painter.translate(area_.left, top);
+  painter.translate(area_.left * (1 - scale), top * (1 - scale));
   painter.scale(scale, scale);
-  double y = 0;
+  double y = top;
   for (const auto& strip : head.strips) {
     y += strip->space_before;
-    strip->Draw(painter, QPointF(0, y));
+    strip->Draw(painter, QPointF(area_.left, y));
     y += strip->height + strip->space_after;
   }
   painter.restore();

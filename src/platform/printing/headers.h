@@ -15,16 +15,6 @@
 
 namespace tenora::printing {
 
-// The paper and, between the margins, the text area on it.
-struct PageArea {
-  double paper_width = 0, paper_height = 0;
-  double left = 0, top = 0, right = 0, bottom = 0;
-
-  double width() const { return right - left; }
-  double height() const { return bottom - top; }
-  bool operator==(const PageArea&) const = default;
-};
-
 class Headers {
  public:
   // The typesetting's document must outlive this.

@@ -30,7 +30,7 @@ PageLayout::PageLayout(const richtext::Document& document, const PageArea& area,
                        Resources& resources)
     : area_(area),
       resources_(resources),
-      typesetting_(document, area.height(), area.paper_width - area.left, resources),
+      typesetting_(document, area, resources),
       headers_(typesetting_, area),
       length_(DocumentLength(document)) {
   typesetting_.page_height = headers_.LeastBodyHeight();

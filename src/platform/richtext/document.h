@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -108,6 +109,15 @@ struct Picture {
   std::string source;
 };
 
+// Where a shape stands on the page, twips; `left` to `bottom` count from what the other two name.
+struct ShapeBox {
+  enum class From { kText, kMargin, kPage };  // kText: the column, or the paragraph's top
+  enum class Wrap { kNone, kAboveAndBelow, kAround };
+  int left = 0, top = 0, right = 0, bottom = 0;
+  From x_from = From::kText, y_from = From::kText;
+  Wrap wrap = Wrap::kAround;  // what the text does
+};
+
 // Anything the editor cannot edit (an embedded object, a drawing, a footnote, a field without a
 // result): carried through verbatim. `shown` is what a reader sees in its place: an object's
 // picture, the text of a text box.
@@ -115,6 +125,7 @@ struct Verbatim {
   std::string source;
   std::string shown_text;
   std::shared_ptr<const Picture> shown_picture;
+  std::optional<ShapeBox> shape;  // of a shape with a box of its own
 };
 
 // A field (a hyperlink, a word processor's merge field) whose result stands in the text as ordinary
