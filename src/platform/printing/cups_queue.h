@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/printing/paper.h"
+#include "platform/printing/sheet.h"
 
 namespace tenora::printing {
 

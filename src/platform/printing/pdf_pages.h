@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/printing/paper.h"
+#include "platform/printing/sheet.h"
 
 namespace tenora::printing {
 

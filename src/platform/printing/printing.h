@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/dialogs/dialogs.h"
-#include "platform/printing/paper.h"
+#include "platform/printing/sheet.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
