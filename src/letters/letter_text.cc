@@ -65,7 +65,7 @@ class Collector {
   };
 
   void Add(const Document& document, std::string_view place, int position) {
-    for (const std::string& group : document.head_groups) AddCarried(group, kInHead);
+    for (const richtext::HeadGroup& group : document.head_groups) AddCarried(group.source, kInHead);
     LetterText text;
     text.place = place;
     text.position = position;

@@ -1,7 +1,6 @@
 #include "output/printing.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
@@ -11,23 +10,17 @@ namespace {
 
 constexpr const char* kSection = "Mail\\PrinterSetup";
 
-int TwipsFromPixels(int pixels, double twips_per_pixel) {
-  return static_cast<int>(std::lround(pixels * twips_per_pixel));
-}
-
 // The page less the margins. The device counts from its printable corner, so margins of 0 start at
 // minus the physical offset: at the paper's edge.
-printing::Rect PrintRect(const printing::Printer& printer, const PageMargins& margins) {
-  const int x_offset = TwipsFromPixels(printer.PhysicalOffsetX(), printer.TwipsPerPixelX());
-  const int y_offset = TwipsFromPixels(printer.PhysicalOffsetY(), printer.TwipsPerPixelY());
+printing::Rect PrintRect(const printing::Paper& paper, const PageMargins& margins) {
   const auto bounded = [](long long twips) {
     return static_cast<int>(std::clamp(twips, -1'000'000'000LL, 1'000'000'000LL));
   };
   printing::Rect rect;
-  rect.left = bounded(0LL + margins.left - x_offset);
-  rect.top = bounded(0LL + margins.top - y_offset);
-  rect.right = bounded(0LL + printer.Width() - margins.right - x_offset);
-  rect.bottom = bounded(0LL + printer.Height() - margins.bottom - y_offset);
+  rect.left = bounded(0LL + margins.left - paper.offset_x);
+  rect.top = bounded(0LL + margins.top - paper.offset_y);
+  rect.right = bounded(0LL + paper.width - margins.right - paper.offset_x);
+  rect.bottom = bounded(0LL + paper.height - margins.bottom - paper.offset_y);
   return rect;
 }
 
@@ -68,12 +61,14 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
                    const std::function<bool()>& stop_asked) {
   printing::FormatRange range;
   range.document = &document;
-  range.page_rect = {0, 0, printer.Width(), printer.Height()};
-  range.print_rect = PrintRect(printer, margins);
+  const printing::Sheet sheet = printing::SheetFor(document);
+  const printing::Paper paper = printing::PaperOf(printer, sheet);
+  range.page_rect = {0, 0, paper.width, paper.height};
+  range.print_rect = PrintRect(paper, margins);
   RequireRoom(range.print_rect, margins);
 
   LetterPrint letter(printer);
-  printer.StartDocument(title);
+  printer.StartDocument(title, sheet);
   const int length = printing::DocumentLength(*range.document);
   for (;;) {
     const int next = printer.Format(range);

@@ -139,6 +139,24 @@ TEST_F(PrinterModTest, CollectsLettersUntilTheJobIsEnded) {
   EXPECT_EQ(printer_mod_.EndJob(), "");
 }
 
+TEST_F(PrinterModTest, LaysTheSheetAsEachLetterOfAJobWantsIt) {
+  SetMargins({"1000", "1000", "2000", "3000"});
+  for (const char* head : {"", "\\landscape\\paperw9999", "\\landscape0"}) {
+    RichTextBox box;
+    box.SetTextRTF(Rtf(std::string(head) + "\\qr Edge\\par"));
+    printer_mod_.PrintRichText(box, "Letter");
+  }
+  const Paper paper{printer_mod_.EndJob(), {}};
+  const std::vector<test::Word> words = paper.Words();
+  ASSERT_EQ(words.size(), 3U);
+  const int widths[] = {test::kPageWidth, test::kPageHeight, test::kPageWidth};
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    EXPECT_EQ(words[i].page, i + 1);
+    EXPECT_NEAR(words[i].right, widths[i] - 3000, kNear) << i;
+    EXPECT_NEAR(words[i].top, 1000, kNear) << i;
+  }
+}
+
 TEST_F(PrinterModTest, PrintsWhatAWordProcessorPutInTheText) {
   const Paper paper = PrintRtf(
       "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\fnil\\fcharset2 "

@@ -6,14 +6,9 @@
 #include <vector>
 
 #include "platform/dialogs/dialogs.h"
+#include "platform/printing/sheet.h"
 
 namespace tenora::printing {
-
-// A sheet and what of its edges the device cannot print on, in twips.
-struct Paper {
-  int width = 0, height = 0;
-  int offset_x = 0, offset_y = 0;
-};
 
 // A4, or Letter where LC_ALL, LC_PAPER or LANG names a country that uses it; printable to the edge.
 Paper RegionalPaper();

@@ -11,16 +11,21 @@ int DrawingPrinter::Format(const FormatRange& range) {
   }
   QPainter& painter = Page();
   const Rect& area = range.print_rect;
-  const double width = area.right - area.left, height = area.bottom - area.top;
-  if (width <= 0 || height <= 0) {
+  if (area.right <= area.left || area.bottom <= area.top) {
     throw StandardError(error_number::kPrinterError, "the margins leave no room on the page");
   }
-  const double reach = paper_.width - paper_.offset_x - area.left;
-  if (!layout_ || !layout_->IsFor(*range.document, width, height, reach)) {
-    layout_ = std::make_unique<PageLayout>(*range.document, width, height, reach, resources_);
+  const bool wide = range.page_rect.right > range.page_rect.bottom;
+  const Paper paper = Laid(paper_, wide ? Sheet::kLandscape : Sheet::kAsHeld);
+  const PageArea on_paper{double(paper.width),
+                          double(paper.height),
+                          double(area.left + paper.offset_x),
+                          double(area.top + paper.offset_y),
+                          double(area.right + paper.offset_x),
+                          double(area.bottom + paper.offset_y)};
+  if (!layout_ || !layout_->IsFor(*range.document, on_paper)) {
+    layout_ = std::make_unique<PageLayout>(*range.document, on_paper, resources_);
   }
-  const QPointF corner(area.left + paper_.offset_x, area.top + paper_.offset_y);
-  return layout_->DrawPage(painter, corner, range.range.from, range.range.to);
+  return layout_->DrawPage(painter, range.range.from, range.range.to);
 }
 
 }  // namespace tenora::printing

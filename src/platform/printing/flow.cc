@@ -28,16 +28,20 @@ bool Shows(const richtext::Block& block) {
 
 }  // namespace
 
+bool Shows(const std::vector<richtext::Block>& blocks) {
+  return std::any_of(blocks.begin(), blocks.end(),
+                     [](const richtext::Block& block) { return Shows(block); });
+}
+
 Flow::Flow(Typesetting& typesetting, const std::vector<richtext::Block>& blocks, double width,
-           int position, int depth)
+           int position, int depth, Ending ending)
     : typesetting_(typesetting),
       blocks_(blocks),
       width_(width),
       position_(position),
       depth_(depth),
       visible_blocks_(blocks.size()) {
-  // Empty paragraphs at a letter's end must not cost a sheet of paper; in a cell they have height.
-  if (depth_ > 0) return;
+  if (ending == Ending::kWhole) return;
   while (visible_blocks_ > 0 && !Shows(blocks_[visible_blocks_ - 1])) --visible_blocks_;
 }
 

@@ -11,11 +11,17 @@
 
 namespace tenora::printing {
 
+// Whether any of the blocks leaves a trace on paper.
+bool Shows(const std::vector<richtext::Block>& blocks);
+
 class Flow {
  public:
+  // Empty paragraphs at a letter's end must not cost a sheet of paper; elsewhere they have height.
+  enum class Ending { kVisible, kWhole };
+
   // `position` is that of the first block's first character; `depth` counts the tables around.
   Flow(Typesetting& typesetting, const std::vector<richtext::Block>& blocks, double width,
-       int position, int depth);
+       int position, int depth, Ending ending);
 
   // The next paragraph or table rows; none at the end, where what follows shows nothing.
   std::optional<BlockStrips> Next();

@@ -14,37 +14,87 @@ constexpr double kWholeRowShare = 0.5;
 // Header rows that leave less than this share of the page are not repeated.
 constexpr double kHeaderShare = 0.5;
 
-}  // namespace
-
-PageLayout::PageLayout(const richtext::Document& document, double width, double height,
-                       double reach, Resources& resources)
-    : typesetting_(document, height, reach, resources),
-      width_(width),
-      height_(height),
-      length_(DocumentLength(document)) {
-  StartAt(0);
+// Taller than a page and in one piece: made smaller, so that all of it is seen.
+void DrawSmaller(QPainter& painter, const Strip& strip, QPointF corner, double room) {
+  painter.save();
+  painter.translate(corner);
+  const double scale = room / strip.height;
+  painter.scale(scale, scale);
+  strip.Draw(painter, QPointF());
+  painter.restore();
 }
 
-int PageLayout::DrawPage(QPainter& painter, QPointF corner, int from, int to) {
+}  // namespace
+
+PageLayout::PageLayout(const richtext::Document& document, const PageArea& area,
+                       Resources& resources)
+    : area_(area),
+      resources_(resources),
+      typesetting_(document, area, resources),
+      headers_(typesetting_, area),
+      length_(DocumentLength(document)) {
+  typesetting_.page_height = headers_.LeastBodyHeight();
+  Restart();
+}
+
+int PageLayout::DrawPage(QPainter& painter, int from, int to) {
   if (from != next_) StartAt(from);
-  double y = 0;
-  bool page_empty = true;
-  space_after_ = 0;
-  if (Load(1)) y = DrawRepeatedHeader(painter, corner);
-  while (Load(1)) {
-    const Strip& strip = *pending_.front().block.strips.front();
-    if (to >= 0 && strip.begin >= to) break;
-    if (!DrawNext(painter, corner, y, page_empty)) break;
-  }
-  next_ = Load(1) ? pending_.front().block.strips.front()->begin : length_;
+  FillPage(&painter, to);
   return next_;
 }
 
-void PageLayout::StartAt(int position) {
+void PageLayout::FillPage(QPainter* painter, int to) {
+  const Headers::Body body = headers_.BodyOf(++page_);
+  corner_ = QPointF(area_.left, body.top);
+  height_ = body.height();
+  if (painter != nullptr) {
+    if (page_count_ == 0 && headers_.ShowPageCount()) page_count_ = CountPages();
+    headers_.Draw(*painter, page_, page_count_);
+  }
+  double y = 0;
+  bool page_empty = true;
+  space_after_ = 0;
+  if (Load(1)) y = DrawRepeatedHeader(painter);
+  while (Load(1)) {
+    const Strip& strip = *pending_.front().block.strips.front();
+    if (to >= 0 && strip.begin >= to) break;
+    if (!DrawNext(painter, y, page_empty)) break;
+  }
+  next_ = Load(1) ? pending_.front().block.strips.front()->begin : length_;
+}
+
+// The headers are set for one page when the pages are counted: their heights are the same.
+int PageLayout::CountPages() {
+  PageLayout pages(typesetting_.document, area_, resources_);
+  pages.SkipTo(length_);
+  return pages.page_;
+}
+
+void PageLayout::Restart() {
   pending_.clear();
-  flow_ = std::make_unique<Flow>(typesetting_, typesetting_.document.blocks, width_, 0, 0);
+  flow_ = std::make_unique<Flow>(typesetting_, typesetting_.document.blocks, area_.width(), 0, 0,
+                                 Flow::Ending::kVisible);
+  next_ = page_ = 0;
+}
+
+// Fills pages until one ends there or behind.
+void PageLayout::SkipTo(int position) {
+  for (int begin = -1; next_ < std::min(position, length_) && next_ > begin;) {
+    begin = next_;
+    FillPage(nullptr, -1);
+  }
+}
+
+void PageLayout::StartAt(int position) {
+  Restart();
+  SkipTo(position);
+  if (next_ == position) return;
+  // No page begins there.
+  const int pages = page_ - 1;
+  Restart();
   while (Load(1) && pending_.front().block.strips.front()->end <= position) DropStrip();
   next_ = position;
+  page_ = std::max(pages, 0);
 }
 
 bool PageLayout::Load(std::size_t count) {
@@ -65,6 +115,7 @@ void PageLayout::DropStrip() {
 
 // Whether the next block, with those it must stay with, fits the next page but not this one.
 bool PageLayout::WantsNextPage(double room) {
+  const double next_height = headers_.BodyOf(page_ + 1).height();
   double needed = space_after_;
   for (std::size_t i = 0; Load(i + 1); ++i) {
     const BlockStrips& block = pending_[i].block;
@@ -72,15 +123,15 @@ bool PageLayout::WantsNextPage(double room) {
     for (const auto& strip : block.strips) {
       if (strip != block.strips.front() && strip->page_break_before) break;
       needed += strip->space_before + strip->height;
-      if (!whole || needed > height_) break;
+      if (!whole || needed > next_height) break;
       needed += strip->space_after;
     }
-    if (!block.keep_with_next || needed > height_) break;
+    if (!block.keep_with_next || needed > next_height) break;
   }
-  return needed > room + kSlack && needed <= height_;
+  return needed > room + kSlack && needed <= next_height;
 }
 
-double PageLayout::DrawRepeatedHeader(QPainter& painter, QPointF corner) const {
+double PageLayout::DrawRepeatedHeader(QPainter* painter) const {
   const Pending& front = pending_.front();
   if (!front.block.header) return 0;
   const Strips& header = *front.block.header;
@@ -90,13 +141,13 @@ double PageLayout::DrawRepeatedHeader(QPainter& painter, QPointF corner) const {
   if (total > height_ * kHeaderShare) return 0;
   double y = 0;
   for (const auto& strip : header) {
-    strip->Draw(painter, corner + QPointF(0, y));
+    if (painter != nullptr) strip->Draw(*painter, corner_ + QPointF(0, y));
     y += strip->height;
   }
   return y;
 }
 
-bool PageLayout::DrawNext(QPainter& painter, QPointF corner, double& y, bool& page_empty) {
+bool PageLayout::DrawNext(QPainter* painter, double& y, bool& page_empty) {
   Pending& front = pending_.front();
   const std::shared_ptr<Strip> strip = front.block.strips.front();
   const bool breaks = std::exchange(strip->page_break_before, false);
@@ -107,7 +158,7 @@ bool PageLayout::DrawNext(QPainter& painter, QPointF corner, double& y, bool& pa
   const double top = page_empty ? y : y + space_after_ + strip->space_before;
   const double room = height_ - top;
   if (strip->height <= room + kSlack) {
-    strip->Draw(painter, corner + QPointF(0, top));
+    if (painter != nullptr) strip->Draw(*painter, corner_ + QPointF(0, top));
     y = top + strip->height;
     space_after_ = strip->space_after;
     page_empty = false;
@@ -117,18 +168,12 @@ bool PageLayout::DrawNext(QPainter& painter, QPointF corner, double& y, bool& pa
   if (page_empty || strip->height > height_ * kWholeRowShare) {
     pending_.front().started = true;
     if (const auto part = strip->TakeTop(room)) {
-      part->Draw(painter, corner + QPointF(0, top));
+      if (painter != nullptr) part->Draw(*painter, corner_ + QPointF(0, top));
       return false;
     }
   }
   if (!page_empty) return false;
-  // Taller than a page and in one piece: made smaller, so that all of it is seen.
-  painter.save();
-  painter.translate(corner + QPointF(0, top));
-  const double scale = room / strip->height;
-  painter.scale(scale, scale);
-  strip->Draw(painter, QPointF());
-  painter.restore();
+  if (painter != nullptr) DrawSmaller(*painter, *strip, corner_ + QPointF(0, top), room);
   DropStrip();
   return false;
 }

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "platform/printing/flow.h"
+#include "platform/printing/headers.h"
 #include "platform/printing/paragraph_layout.h"
 #include "platform/printing/resources.h"
 #include "platform/richtext/document.h"
@@ -15,18 +16,15 @@ namespace tenora::printing {
 
 class PageLayout {
  public:
-  // Width and height of the text area, and the way from its left edge to the paper's right edge, in
-  // twips. The document and the resources must outlive this.
-  PageLayout(const richtext::Document& document, double width, double height, double reach,
-             Resources& resources);
+  // The document and the resources must outlive this.
+  PageLayout(const richtext::Document& document, const PageArea& area, Resources& resources);
 
-  // Draws what fits from the position on, with the text area's corner at this point, and gives the
-  // position of the first character that did not fit. `to` -1 is the document's end.
-  int DrawPage(QPainter& painter, QPointF corner, int from, int to);
+  // Draws a page with what fits from the position on, the paper's corner at the painter's origin,
+  // and gives the position of the first character that did not fit. `to` -1 is the document's end.
+  int DrawPage(QPainter& painter, int from, int to);
 
-  bool IsFor(const richtext::Document& document, double width, double height, double reach) const {
-    return &document == &typesetting_.document && width == width_ && height == height_ &&
-           reach == typesetting_.reach;
+  bool IsFor(const richtext::Document& document, const PageArea& area) const {
+    return &document == &typesetting_.document && area == area_;
   }
 
  private:
@@ -35,21 +33,32 @@ class PageLayout {
     bool started = false;
   };
 
+  void Restart();
   void StartAt(int position);
+  void SkipTo(int position);
+  int CountPages();
+  // Fills the next page; without a painter nothing is drawn.
+  void FillPage(QPainter* painter, int to);
   bool Load(std::size_t count);  // false when fewer blocks remain
   bool WantsNextPage(double room);
-  double DrawRepeatedHeader(QPainter& painter, QPointF corner) const;
+  double DrawRepeatedHeader(QPainter* painter) const;
   // Draws the next strip at y, or a part of it; false when the page is full.
-  bool DrawNext(QPainter& painter, QPointF corner, double& y, bool& page_empty);
+  bool DrawNext(QPainter* painter, double& y, bool& page_empty);
   void DropStrip();
 
+  PageArea area_;
+  Resources& resources_;
   Typesetting typesetting_;
-  double width_, height_;
+  Headers headers_;
   int length_;
   std::unique_ptr<Flow> flow_;
   std::deque<Pending> pending_;
   double space_after_ = 0;  // of the last strip drawn
   int next_ = 0;
+  int page_ = 0;        // the one last begun, 1 the first
+  QPointF corner_;      // of its text
+  double height_ = 0;   // for its text
+  int page_count_ = 0;  // once somebody asked
 };
 
 }  // namespace tenora::printing

@@ -65,6 +65,9 @@ class ItemCollector {
  private:
   void CollectListMark();
   void CollectRun(const richtext::Run& run);
+  bool Floats(const richtext::Run& run, const richtext::Verbatim& object) const;
+  FloatingPicture PlaceFloating(const richtext::Picture& picture,
+                                const richtext::ShapeBox& box) const;
   void CollectShown(const CharFormat& format, std::string_view text, bool last);
   void CollectText(const CharFormat& format, std::string_view utf8, bool one_position);
   void Append(const CharFormat& format, const QString& source, int position, bool one_position);
@@ -107,22 +110,49 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
     return;
   }
   std::shared_ptr<const richtext::Picture> picture;
+  const richtext::ShapeBox* floats_in = nullptr;
   if (const auto* own = std::get_if<std::shared_ptr<const richtext::Picture>>(&run.object)) {
     picture = *own;
   } else if (const auto& verbatim =
                  std::get<std::shared_ptr<const richtext::Verbatim>>(run.object)) {
     picture = verbatim->shown_picture;
+    if (Floats(run, *verbatim)) floats_in = &*verbatim->shape;
     if (!picture && !run.format.hidden) {
       CollectShown(run.format, verbatim->shown_text, &run == &paragraph_.runs.back());
     }
   }
-  if (picture && !run.format.hidden) {
+  if (picture && floats_in != nullptr && !run.format.hidden) {
+    CloseText();
+    items_.emplace_back(FloatItem{PlaceFloating(*picture, *floats_in)});
+  } else if (picture && !run.format.hidden) {
     CloseText();
     items_.emplace_back(PictureItem{
         typesetting_.pictures.Place(*picture, place_.right - place_.left, typesetting_.page_height),
         position_});
   }
   ++position_;
+}
+
+// Text does not flow around pictures here, so that in a letter's text those stand in its lines. The
+// headers of letters are made to measure: text and logo each have their side.
+bool ItemCollector::Floats(const richtext::Run& run, const richtext::Verbatim& object) const {
+  using Wrap = richtext::ShapeBox::Wrap;
+  if (!object.shape || object.shape->right <= object.shape->left) return false;
+  if (run.field && run.field->instruction.find("SHAPE") != std::string::npos) return false;
+  const Wrap wrap = object.shape->wrap;
+  return wrap == Wrap::kNone || (wrap == Wrap::kAround && typesetting_.in_header);
+}
+
+FloatingPicture ItemCollector::PlaceFloating(const richtext::Picture& picture,
+                                             const richtext::ShapeBox& box) const {
+  using From = richtext::ShapeBox::From;
+  const PageArea& area = typesetting_.area;
+  FloatingPicture floating;
+  floating.picture = typesetting_.pictures.Place(picture, area.paper_width, area.paper_height);
+  floating.x = box.left - (box.x_from == From::kPage ? area.left : 0);
+  floating.on_paper = box.y_from != From::kText;
+  floating.y = box.top + (box.y_from == From::kMargin ? area.top : 0);
+  return floating;
 }
 
 // What a text box says ends its line: the text it is anchored in is another.

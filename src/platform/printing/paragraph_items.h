@@ -24,12 +24,15 @@ struct PictureItem {
   PlacedPicture picture;
   int position = 0;
 };
+struct FloatItem {
+  FloatingPicture picture;
+};
 struct BreakItem {
   const richtext::CharFormat* format = nullptr;
   int position = 0;
   bool page = false;
 };
-using ParagraphItem = std::variant<TextItem, TabItem, PictureItem, BreakItem>;
+using ParagraphItem = std::variant<TextItem, TabItem, PictureItem, FloatItem, BreakItem>;
 
 struct ItemPlace {
   int position = 0;            // of the paragraph's first character

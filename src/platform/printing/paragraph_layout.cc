@@ -105,6 +105,9 @@ BlockStrips ParagraphSetter::Set() {
       Place(*tab, i);
     } else if (auto* picture = std::get_if<PictureItem>(&item)) {
       Place(*picture);
+    } else if (auto* floating = std::get_if<FloatItem>(&item)) {
+      if (!line_) StartLine();
+      line_->floating.push_back(std::move(floating->picture));
     } else {
       Place(std::get<BreakItem>(item), i + 1 == items_.size());
     }
@@ -353,6 +356,7 @@ double ParagraphSetter::WidthToAlign(std::size_t index, TabStop::Kind kind) {
       width += picture->picture.width;
       continue;
     }
+    if (std::holds_alternative<FloatItem>(items_[i])) continue;
     const auto* item = std::get_if<TextItem>(&items_[i]);
     if (item == nullptr) break;
     QTextLayout& layout = item->text->layout;

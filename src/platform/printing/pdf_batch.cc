@@ -16,17 +16,18 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
  public:
   BatchPrinter() : DrawingPrinter(kPdfPrinterName, RegionalPaper()) {}
 
-  void StartDocument(const std::string& title) override {
+  void StartDocument(const std::string& title, Sheet sheet) override {
     ForgetLayout();
+    sheet_ = sheet;
     if (open_) {
       NewPage();
       return;
     }
     if (pages_) {
-      pages_->NewPage();
+      pages_->NewPage(sheet_);
     } else {
       target_.open(QIODevice::WriteOnly);
-      pages_.emplace(target_, "", paper());
+      pages_.emplace(target_, "", paper(), sheet_);
     }
     open_ = Part{title, page_count_, 1};
     ++page_count_;
@@ -34,7 +35,7 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
 
   void NewPage() override {
     Page();
-    pages_->NewPage();
+    pages_->NewPage(sheet_);
     ++open_->pages;
     ++page_count_;
   }
@@ -84,6 +85,7 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
   QBuffer target_{&bytes_};
   std::optional<PdfPages> pages_;
   std::size_t page_count_ = 0;
+  Sheet sheet_ = Sheet::kAsHeld;  // of the document in hand
   std::optional<Part> open_;
   std::vector<Part> parts_;
 };

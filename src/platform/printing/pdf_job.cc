@@ -7,12 +7,13 @@
 
 namespace tenora::printing {
 
-PdfJob::PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper)
+PdfJob::PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper,
+               Sheet sheet)
     : title_(title), spool_(folder) {
   if (!file_.open(spool_.descriptor(), QIODevice::WriteOnly, QFileDevice::DontCloseHandle)) {
     throw FileError(EIO, folder);
   }
-  pages_.emplace(file_, title, paper);
+  pages_.emplace(file_, title, paper, sheet);
   if (!pages_->ok()) throw FileError(EIO, folder);
 }
 

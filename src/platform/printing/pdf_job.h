@@ -14,11 +14,12 @@ namespace tenora::printing {
 class PdfJob {
  public:
   // Starts the first page. Raises the errors of FileError when the folder cannot be written.
-  PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper);
+  PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper,
+         Sheet sheet);
 
   const std::string& title() const { return title_; }
   QPainter& painter() { return pages_->painter(); }
-  void NewPage() { pages_->NewPage(); }
+  void NewPage(Sheet sheet) { pages_->NewPage(sheet); }
   // Completes the file, which the caller then names or sends. Raises 61 (Disk full) or 57 (Device
   // I/O error) when not all of it could be written.
   SpoolFile& Finish();

@@ -29,9 +29,10 @@ class NoPaper {
 class PreviewPages::Device : public DrawingPrinter {
  public:
   explicit Device(const Printer& like)
-      : DrawingPrinter(like.DeviceName(), PaperOf(like)), qt_(HoldQtApplication()) {}
+      : DrawingPrinter(like.DeviceName(), PaperOf(like, Sheet::kAsHeld)),
+        qt_(HoldQtApplication()) {}
 
-  void StartDocument(const std::string&) override { open_ = true; }
+  void StartDocument(const std::string&, Sheet) override { open_ = true; }
   void NewPage() override {}
   // Keeps where the page begins; it is drawn when somebody looks.
   int Format(const FormatRange& range) override {
@@ -49,17 +50,24 @@ class PreviewPages::Device : public DrawingPrinter {
 
   int PageCount() const { return static_cast<int>(pages_.size()); }
 
+  QSizeF PageSize() const {
+    if (pages_.empty()) return QSizeF(Width(), Height());
+    return QSizeF(pages_.front().page_rect.right, pages_.front().page_rect.bottom);
+  }
+
   QImage PageImage(int number, double pixels_per_twip, double device_ratio) {
+    const FormatRange& page = pages_.at(static_cast<std::size_t>(number));
     const double scale = pixels_per_twip * device_ratio;
-    QImage image(std::max(1, static_cast<int>(std::lround(Width() * scale))),
-                 std::max(1, static_cast<int>(std::lround(Height() * scale))),
-                 QImage::Format_RGB32);
+    const auto pixels = [&](int twips) {
+      return std::max(1, static_cast<int>(std::lround(twips * scale)));
+    };
+    QImage image(pixels(page.page_rect.right), pixels(page.page_rect.bottom), QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
                            QPainter::SmoothPixmapTransform);
     painter.scale(scale, scale);
-    Draw(painter, pages_.at(static_cast<std::size_t>(number)));
+    Draw(painter, page);
     painter.end();
     image.setDevicePixelRatio(device_ratio);
     return image;
@@ -69,15 +77,6 @@ class PreviewPages::Device : public DrawingPrinter {
   QPainter& Page() override { return *painter_; }
 
  private:
-  static Paper PaperOf(const Printer& like) {
-    Paper paper;
-    paper.width = like.Width();
-    paper.height = like.Height();
-    paper.offset_x = static_cast<int>(std::lround(like.PhysicalOffsetX() * like.TwipsPerPixelX()));
-    paper.offset_y = static_cast<int>(std::lround(like.PhysicalOffsetY() * like.TwipsPerPixelY()));
-    return paper;
-  }
-
   int Draw(QPainter& painter, const FormatRange& range) {
     painter_ = &painter;
     const int next = DrawingPrinter::Format(range);
@@ -97,7 +96,7 @@ PreviewPages::~PreviewPages() = default;
 
 int PreviewPages::PageCount() const { return device_->PageCount(); }
 
-QSizeF PreviewPages::PageSize() const { return QSizeF(device_->Width(), device_->Height()); }
+QSizeF PreviewPages::PageSize() const { return device_->PageSize(); }
 
 QImage PreviewPages::Page(int number, double pixels_per_twip, double device_ratio) {
   return device_->PageImage(number, pixels_per_twip, device_ratio);

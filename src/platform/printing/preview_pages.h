@@ -17,7 +17,7 @@ class PreviewPages : public Printers {
   ~PreviewPages() override;
 
   int PageCount() const;
-  QSizeF PageSize() const;  // twips
+  QSizeF PageSize() const;  // twips; of the first page
   // The document that was printed must still live.
   QImage Page(int number, double pixels_per_twip, double device_ratio = 1);
 

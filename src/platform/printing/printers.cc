@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -81,21 +82,22 @@ class Device : public DrawingPrinter {
   }
   PrintChoice SetUpNow() const { return {0, 1, landscape_, options_.sides}; }
 
-  void StartDocument(const std::string& title) override {
+  void StartDocument(const std::string& title, Sheet sheet) override {
     ForgetLayout();
+    sheet_ = sheet;
     if (job_) {
-      job_->NewPage();
+      job_->NewPage(sheet_);
       return;
     }
     if (!qt_) qt_ = HoldQtApplication();
     AsPrinterError(title, [&] {
-      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, paper());
+      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, paper(), sheet_);
     });
   }
 
   void NewPage() override {
     Page();
-    job_->NewPage();
+    job_->NewPage(sheet_);
   }
 
   std::filesystem::path EndJob() override {
@@ -137,7 +139,8 @@ class Device : public DrawingPrinter {
 
   std::unique_ptr<Destination> destination_;
   JobOptions options_;
-  bool landscape_ = false;
+  bool landscape_ = false;        // how the printer holds its sheets
+  Sheet sheet_ = Sheet::kAsHeld;  // of the document in hand
   // The application outlives what draws with its fonts.
   std::shared_ptr<void> qt_;
   std::unique_ptr<PdfJob> job_;
@@ -233,6 +236,20 @@ class InstalledPrinters : public Printers {
 };
 
 }  // namespace
+
+Sheet SheetFor(const richtext::Document& document) {
+  return document.page.landscape ? Sheet::kLandscape : Sheet::kAsHeld;
+}
+
+Paper PaperOf(const Printer& printer, Sheet sheet) {
+  const auto twips = [](int pixels, double twips_per_pixel) {
+    return static_cast<int>(std::lround(pixels * twips_per_pixel));
+  };
+  return Laid({printer.Width(), printer.Height(),
+               twips(printer.PhysicalOffsetX(), printer.TwipsPerPixelX()),
+               twips(printer.PhysicalOffsetY(), printer.TwipsPerPixelY())},
+              sheet);
+}
 
 std::shared_ptr<void> HoldDrawing() { return HoldQtApplication(); }
 

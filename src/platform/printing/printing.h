@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/dialogs/dialogs.h"
+#include "platform/printing/sheet.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
@@ -34,11 +35,12 @@ int DocumentLength(const richtext::Document& document);
 struct FormatRange {
   const richtext::Document* document = nullptr;
   Rect print_rect;  // where text may stand, relative to the device's printable corner
-  Rect page_rect;   // the whole page
+  Rect page_rect;   // the whole page, as its sheet lies
   CharRange range;
 };
 
-// The current printer as a device: size in twips, offsets of its printable corner in pixels.
+// The current printer as a device: size in twips, offsets of its printable corner in pixels, both
+// of a sheet as it holds them.
 class Printer {
  public:
   virtual ~Printer() = default;
@@ -50,9 +52,9 @@ class Printer {
   virtual double TwipsPerPixelX() const = 0;
   virtual double TwipsPerPixelY() const = 0;
 
-  // Opens a job (or, in an open job, starts another document on a new page) under a title. Raises
-  // 482 (Printer error) naming printer and title.
-  virtual void StartDocument(const std::string& title) = 0;
+  // Opens a job (or, in an open job, starts another document on a new page) under a title, on
+  // sheets that lie so. Raises 482 (Printer error) naming printer and title.
+  virtual void StartDocument(const std::string& title, Sheet sheet) = 0;
   virtual void NewPage() = 0;
   // Draws what fits of the range on the current page; the result is the position of the first
   // character that did not fit. With `document` null, frees the layout kept from the last call.
@@ -64,6 +66,10 @@ class Printer {
   virtual void CancelJob() = 0;
   virtual bool JobOpen() const = 0;
 };
+
+// The letter decides how the printer's sheet lies; of what size it is, the printer does.
+Sheet SheetFor(const richtext::Document& document);
+Paper PaperOf(const Printer& printer, Sheet sheet);
 
 // A printer that draws many documents together, so that fonts are packed once, and gives a PDF of
 // each. Every thread may have its own, also off the main thread while HoldDrawing's result is held.

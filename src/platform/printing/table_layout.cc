@@ -77,6 +77,7 @@ class RowStrip : public Strip {
 
   std::vector<CellBox> cells;
   bool fixed_height = false;
+  bool whole = false;  // divided only where no page can hold it
   double page_height = 0;
 
  private:
@@ -125,6 +126,7 @@ void MoveStrips(CellBox& from, CellBox& to, double room, bool whole_page) {
 
 std::shared_ptr<Strip> RowStrip::TakeTop(double room) {
   if (fixed_height || height <= room || room <= 0) return nullptr;
+  if (whole && height <= page_height) return nullptr;
   auto top = std::make_shared<RowStrip>();
   top->page_height = page_height;
   top->begin = begin;
@@ -161,6 +163,14 @@ std::shared_ptr<Strip> RowStrip::TakeTop(double room) {
   return top;
 }
 
+bool KeepsWhole(const richtext::Row& row) {
+  constexpr std::string_view kWord = "\\trkeep";
+  const std::size_t at = row.definition.find(kWord);
+  if (at == std::string::npos) return false;
+  const std::size_t behind = at + kWord.size();
+  return behind == row.definition.size() || row.definition[behind] < 'a';
+}
+
 class RowSetter {
  public:
   RowSetter(Typesetting& typesetting, const richtext::Row& row, const TablePlace& place,
@@ -172,6 +182,7 @@ class RowSetter {
     strip->begin = position_;
     strip->page_height = typesetting_.page_height;
     strip->fixed_height = row_.height < 0;
+    strip->whole = KeepsWhole(row_);
     double left = Left();
     for (std::size_t i = 0; i < row_.cells.size();) {
       std::size_t next = i + 1;
@@ -194,7 +205,7 @@ class RowSetter {
   // A row that would run off the paper, or out of its cell, is made as narrow as the text.
   double Scale() const {
     const double width = row_.cells.empty() ? 0 : row_.cells.back().right_edge - row_.left_edge;
-    const double most = place_.depth == 0 ? typesetting_.reach : place_.width;
+    const double most = place_.depth == 0 ? typesetting_.area.reach() : place_.width;
     const bool indented = row_.alignment == richtext::Alignment::kLeft && row_.left_edge > 0;
     const double indent = indented ? row_.left_edge : 0;
     const double wanted = std::max(place_.width - indent, kNarrowestCell);
@@ -223,7 +234,7 @@ class RowSetter {
     if (box.covered) return box;
     Pad(cell.padding, &box);
     const double room = width - box.pad_left - box.pad_right;
-    Flow flow(typesetting_, cell.blocks, room, position_, place_.depth + 1);
+    Flow flow(typesetting_, cell.blocks, room, position_, place_.depth + 1, Flow::Ending::kWhole);
     while (auto block = flow.Next()) {
       for (auto& strip : block->strips) {
         strip->page_break_before = false;

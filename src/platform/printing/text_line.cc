@@ -109,6 +109,10 @@ void TextLine::Draw(QPainter& painter, QPointF corner) const {
   for (const double bar : bars) {
     painter.fillRect(QRectF(corner.x() + bar, corner.y(), 10, height), Qt::black);
   }
+  for (const FloatingPicture& one : floating) {
+    const QPointF place(corner.x() + one.x, one.y + (one.on_paper ? 0 : corner.y()));
+    DrawPicture(painter, QRectF(place, QSizeF(one.picture.width, one.picture.height)), one.picture);
+  }
   for (const Piece& piece : pieces) {
     const QPointF origin(corner.x() + piece.x, corner.y() + baseline);
     if (const auto* text = std::get_if<PlacedText>(&piece.content)) {
@@ -128,6 +132,7 @@ void TextLine::DrawFrame(QPainter& painter, QPointF corner) const {
     return edge.width > 0 && edge.space == 0 ? kFrameGapY : 0;
   };
   const auto aside = [](const Frame::Edge& edge) {
+    if (edge.width == 0) return 0.0;
     return edge.space > 0 ? edge.space : kFrameGapX;
   };
   const double left = corner.x() + frame->left - aside(frame->left_edge);

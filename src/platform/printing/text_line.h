@@ -53,6 +53,14 @@ struct PlacedPicture {
   bool lossless = true;
 };
 
+// A picture that takes no room in the text. From the left edge of the text area and the line's top,
+// or the paper's.
+struct FloatingPicture {
+  double x = 0, y = 0;
+  bool on_paper = false;  // y counts from the paper's top, which is the painter's
+  PlacedPicture picture;
+};
+
 struct Piece {
   double x = 0;
   std::variant<PlacedText, PlacedTab, PlacedPicture> content;
@@ -78,6 +86,7 @@ class TextLine : public Strip {
 
   double baseline = 0;  // from the strip's top
   std::vector<Piece> pieces;
+  std::vector<FloatingPicture> floating;
   std::vector<double> bars;  // x of bar tabs
   std::shared_ptr<const Frame> frame;
   double frame_below = 0;  // how far the frame goes on below, to a neighbour in the same frame

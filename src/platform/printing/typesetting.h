@@ -8,18 +8,29 @@
 
 namespace tenora::printing {
 
+// The paper and, between the margins, the text area on it. Twips from the paper's top left corner.
+struct PageArea {
+  double paper_width = 0, paper_height = 0;
+  double left = 0, top = 0, right = 0, bottom = 0;
+
+  double width() const { return right - left; }
+  double reach() const { return paper_width - left; }  // from the text to the paper's right edge
+  double height() const { return bottom - top; }
+  bool operator==(const PageArea&) const = default;
+};
+
 struct Typesetting {
-  Typesetting(const richtext::Document& source, double height, double width_to_edge,
-              Resources& resources)
+  Typesetting(const richtext::Document& source, const PageArea& page, Resources& resources)
       : document(source),
-        page_height(height),
-        reach(width_to_edge),
+        area(page),
+        page_height(page.height()),
         fonts(std::make_shared<Fonts>(source, resources.families)),
         pictures(resources.pictures) {}
 
   const richtext::Document& document;
-  double page_height;  // twips; nothing undividable is set taller
-  double reach;        // twips from the text's left edge to the paper's right edge
+  PageArea area;
+  double page_height;      // twips; nothing undividable is set taller
+  bool in_header = false;  // or in a footer
   std::shared_ptr<Fonts> fonts;
   Pictures& pictures;
 };

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -108,6 +109,15 @@ struct Picture {
   std::string source;
 };
 
+// Where a shape stands on the page, twips; `left` to `bottom` count from what the other two name.
+struct ShapeBox {
+  enum class From { kText, kMargin, kPage };  // kText: the column, or the paragraph's top
+  enum class Wrap { kNone, kAboveAndBelow, kAround };
+  int left = 0, top = 0, right = 0, bottom = 0;
+  From x_from = From::kText, y_from = From::kText;
+  Wrap wrap = Wrap::kAround;  // what the text does
+};
+
 // Anything the editor cannot edit (an embedded object, a drawing, a footnote, a field without a
 // result): carried through verbatim. `shown` is what a reader sees in its place: an object's
 // picture, the text of a text box.
@@ -115,6 +125,7 @@ struct Verbatim {
   std::string source;
   std::string shown_text;
   std::shared_ptr<const Picture> shown_picture;
+  std::optional<ShapeBox> shape;  // of a shape with a box of its own
 };
 
 // A field (a hyperlink, a word processor's merge field) whose result stands in the text as ordinary
@@ -184,6 +195,14 @@ struct Table {
   std::vector<Row> rows;
 };
 
+// A group of the head that is carried through verbatim: a header or footer, document variables,
+// user properties, the page background.
+struct HeadGroup {
+  std::string source;
+  std::string word;           // that begins a header or footer, as "headerf"; empty for others
+  std::vector<Block> blocks;  // what a header or footer shows
+};
+
 struct PageSetup {
   int width = 0, height = 0;  // \paperw, \paperh; 0 when the document names none
   int left = 0, top = 0, right = 0, bottom = 0;
@@ -202,9 +221,7 @@ struct Document {
   PageSetup page;
   std::string title;              // from the information group, empty when none
   std::vector<std::string> info;  // its other groups, as "{\\author …}"
-  // Groups of the head that are carried through verbatim: headers and footers, document variables,
-  // user properties, the page background.
-  std::vector<std::string> head_groups;
+  std::vector<HeadGroup> head_groups;
   std::vector<Block> blocks;  // never empty
 };
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -70,6 +71,7 @@ class Reader {
     std::string shown_text;
     std::shared_ptr<const Picture> shown_picture;
     std::size_t picture_start = 0;
+    std::optional<ShapeBox> shape;  // what is carried through is one shape
   };
 
   // reader.cc

@@ -130,6 +130,10 @@ void Reader::EndPicture(const Group& group) {
   Copy& copy = CurrentCopy();
   Picture picture = picture_.Take();
   picture.source = copy.source.Tail(copy.picture_start);
+  if (const auto& box = copy.shape; box && box->right > box->left && box->bottom > box->top) {
+    picture.width = box->right - box->left;
+    picture.height = box->bottom - box->top;
+  }
   copy.shown_picture = std::make_shared<const Picture>(std::move(picture));
 }
 
@@ -318,7 +322,7 @@ void Reader::MarkCopied() {
 }
 
 void Reader::BeginCopy(SourceCopy::Style style, Delivery delivery, const Token* word) {
-  copies_.push_back(std::make_unique<Copy>(Copy{SourceCopy(style), {}, nullptr, 0}));
+  copies_.push_back(std::make_unique<Copy>(Copy{SourceCopy(style), {}, nullptr, 0, {}}));
   Group& group = Top();
   group.owns_copy = true;
   group.delivery = delivery;
@@ -327,6 +331,7 @@ void Reader::BeginCopy(SourceCopy::Style style, Delivery delivery, const Token* 
   group.fresh = false;
   if (word == nullptr) return;
   group.own_word.assign(1, '\\').append(word->text);
+  if (word->text == "shp") CurrentCopy().shape.emplace();
   CurrentCopy().source.Open(group.starred);
   CurrentCopy().source.Word(*word, fonts_, colours_);
 }
@@ -383,8 +388,14 @@ void Reader::EndFlow(Group& group) {
               &source)
       .Write(blocks, group.open_ending ? BlockWriter::Ending::kOpen : BlockWriter::Ending::kMarked);
   source.Raw("}");
-  Copy copy{SourceCopy(SourceCopy::Style::kWhole), {}, nullptr, 0};
+  Copy copy{SourceCopy(SourceCopy::Style::kWhole), {}, nullptr, 0, {}};
   if (group.delivery == Delivery::kCopy) copy.shown_text = PlainText(blocks);
+  if (group.delivery == Delivery::kHead) {
+    const std::size_t word = group.own_word.rfind('\\') + 1;
+    document_.head_groups.push_back(
+        {source.Take(), group.own_word.substr(word), std::move(blocks)});
+    return;
+  }
   Deliver(group, source.Take(), &copy);
 }
 
@@ -420,6 +431,7 @@ void Reader::Deliver(const Group& group, std::string source, Copy* copy) {
       object.source = std::move(source);
       object.shown_text = std::move(copy->shown_text);
       object.shown_picture = std::move(copy->shown_picture);
+      object.shape = copy->shape;
       return CurrentFlow().Object({ResolvedFormat(),
                                    {},
                                    std::make_shared<const Verbatim>(std::move(object)),
@@ -437,7 +449,7 @@ void Reader::Deliver(const Group& group, std::string source, Copy* copy) {
       return CurrentFlow().AddMark(std::move(source));
     case Delivery::kHead:
       if (source == "{\\*" + group.own_word + "}") return;  // holds nothing
-      document_.head_groups.push_back(std::move(source));
+      document_.head_groups.push_back({std::move(source), {}, {}});
       return;
     case Delivery::kInfo:
       document_.info.push_back(std::move(source));

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "platform/richtext/reader_core.h"
+#include "platform/richtext/shape_words.h"
 #include "platform/richtext/special_characters.h"
 
 namespace tenora::richtext {
@@ -33,6 +34,7 @@ void Reader::Word(const Token& word) {
         return;
       if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
       MarkCopied();
+      if (CurrentCopy().shape) ApplyShapeWord(word, &*CurrentCopy().shape);
       return CurrentCopy().source.Word(word, fonts_, colours_);
     case Destination::kPicture:
       picture_.Word(word);

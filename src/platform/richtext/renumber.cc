@@ -97,7 +97,10 @@ class Visitor {
   explicit Visitor(const Change& change) : change_(change) {}
 
   void Visit(Document* document) {
-    for (std::string& group : document->head_groups) Source(&group);
+    for (HeadGroup& group : document->head_groups) {
+      Source(&group.source);
+      for (Block& block : group.blocks) Visit(&block);
+    }
     for (std::string& group : document->info) Source(&group);
     for (Block& block : document->blocks) Visit(&block);
   }

@@ -83,8 +83,8 @@ std::string WriteRtf(const Document& document, Escapes escapes) {
   WriteColourTable(document.colours, &out);
   WriteInfo(document, &out);
   WritePageSetup(document, &out);
-  for (const std::string& group : document.head_groups) {
-    out.Raw(group);
+  for (const HeadGroup& group : document.head_groups) {
+    out.Raw(group.source);
     out.LineEnd();
   }
   out.Raw("\\viewkind4\\uc1", true);

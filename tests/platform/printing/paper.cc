@@ -116,7 +116,7 @@ Paper Print(const richtext::Document& document, const ScratchFolder& folder, int
   const auto printers =
       printing::Printers::Create({printing::kPdfPrinterName, folder / "paper.pdf"});
   printing::Printer& printer = printers->Current();
-  printer.StartDocument("Paper");
+  printer.StartDocument("Paper", printing::Sheet::kAsHeld);
   Paper paper;
   paper.ends = DrawPages(printer, document, {kInch, kInch, kInch + width, kInch + height});
   paper.file = printer.EndJob();

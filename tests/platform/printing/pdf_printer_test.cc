@@ -27,7 +27,7 @@ using testing::HasSubstr;
 std::filesystem::path PrintLetter(Printers& printers, const std::string& title,
                                   const std::string& text = "letter") {
   Printer& printer = printers.Current();
-  printer.StartDocument(title);
+  printer.StartDocument(title, printing::Sheet::kAsHeld);
   const richtext::Document document = DocumentOf({Line(text)});
   DrawPages(printer, document, {kInch, kInch, kInch + kTextWidth, kInch + kTextHeight});
   return printer.EndJob();
@@ -121,7 +121,7 @@ TEST(PdfPrinter, CollectsTheLettersOfOneJob) {
   const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
   Printer& printer = printers->Current();
   for (const char* text : {"first", "second", "third"}) {
-    printer.StartDocument(text);
+    printer.StartDocument(text, printing::Sheet::kAsHeld);
     const richtext::Document document = DocumentOf({Line(text)});
     DrawPages(printer, document, {0, 0, kTextWidth, kTextHeight});
     EXPECT_TRUE(printer.JobOpen());
@@ -138,10 +138,10 @@ TEST(PdfPrinter, LeavesNothingOfADroppedJob) {
   const ScratchFolder folder;
   {
     const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
-    printers->Current().StartDocument("Dropped");
+    printers->Current().StartDocument("Dropped", printing::Sheet::kAsHeld);
     printers->Current().CancelJob();
     EXPECT_THAT(FilesIn(folder.path()), ElementsAre());
-    printers->Current().StartDocument("Left open");
+    printers->Current().StartDocument("Left open", printing::Sheet::kAsHeld);
   }
   EXPECT_THAT(FilesIn(folder.path()), ElementsAre());
 }
@@ -171,7 +171,7 @@ TEST(PdfPrinter, ReportsADiskThatFillsUp) {
   const ScratchFolder folder;
   const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
   Printer& printer = printers->Current();
-  printer.StartDocument("Large");
+  printer.StartDocument("Large", printing::Sheet::kAsHeld);
   // The job's own file is made unable to grow.
   rlimit old_limit{}, tight{};
   ::getrlimit(RLIMIT_FSIZE, &old_limit);
