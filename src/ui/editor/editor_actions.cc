@@ -201,10 +201,10 @@ void EditorActions::MakeCharacterActions() {
   };
   script(tr("Su&perscript"), "superscript", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Period),
          Script::kSuper);
-  script(tr("Su&bscript"), "subscript", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Comma),
+  script(tr("Subs&cript"), "subscript", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Comma),
          Script::kSub);
   Separate(&format_);
-  AddColourMenu(tr("Text &Colour"), "text-colour", tr("&Automatic"), &CharFormat::colour);
+  AddColourMenu(tr("Te&xt Colour"), "text-colour", tr("&Automatic"), &CharFormat::colour);
   AddColourMenu(tr("&Highlight"), "highlight", tr("&None"), &CharFormat::highlight);
   Separate(&format_);
 }
@@ -255,7 +255,7 @@ void EditorActions::MakeParagraphActions() {
   align(tr("&Justify"), "align-justify", QKeySequence(Qt::CTRL | Qt::Key_J), Alignment::kJustified);
   Separate(&format_);
   AddToggle(
-      &format_, tr("Bulle&ts"), "bullets", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_8),
+      &format_, tr("Bullet&s"), "bullets", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_8),
       [](LetterEditor& editor, bool on) {
         SetList(editor, on ? Bullet::Kind::kBullet : Bullet::Kind::kNone);
       },
@@ -266,13 +266,13 @@ void EditorActions::MakeParagraphActions() {
         SetList(editor, on ? Bullet::Kind::kDecimal : Bullet::Kind::kNone);
       },
       [](LetterEditor& editor) { return IsList(editor, false); });
-  Add(&format_, tr("Indent &Less"), "indent-less", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M),
+  Add(&format_, tr("In&dent Less"), "indent-less", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M),
       [](LetterEditor& editor) { Indent(editor, -kIndentStep); });
   Add(&format_, tr("Indent &More"), "indent-more", QKeySequence(Qt::CTRL | Qt::Key_M),
       [](LetterEditor& editor) { Indent(editor, kIndentStep); });
   Separate(&format_);
   AddLineSpacingMenu();
-  Add(&format_, tr("Paragraph &Spacing…"), "paragraph-space", {}, [](LetterEditor& editor) {
+  Add(&format_, tr("P&aragraph Spacing…"), "paragraph-space", {}, [](LetterEditor& editor) {
     ParagraphFormat wanted = editor.ParagraphAtCaret();
     if (!AskSpacing(&editor, &wanted)) return;
     editor.ChangeParagraphs([&](ParagraphFormat& format) {
@@ -282,7 +282,7 @@ void EditorActions::MakeParagraphActions() {
       format.line_spacing_multiple = wanted.line_spacing_multiple;
     });
   });
-  Add(&format_, tr("&Tab Stops…"), "tab-stops", {}, [](LetterEditor& editor) {
+  Add(&format_, tr("Tab St&ops…"), "tab-stops", {}, [](LetterEditor& editor) {
     const auto tabs = AskTabStops(&editor, editor.ParagraphAtCaret().tabs);
     if (tabs) editor.ChangeParagraphs([&](ParagraphFormat& format) { format.tabs = *tabs; });
   });
@@ -309,7 +309,7 @@ void EditorActions::AddLineSpacingMenu() {
 }
 
 void EditorActions::MakeInsertActions() {
-  Add(&insert_, tr("&Table…"), "table", {}, [](LetterEditor& editor) {
+  Add(&insert_, tr("T&able…"), "table", {}, [](LetterEditor& editor) {
     if (const auto size = AskTableSize(&editor)) InsertTable(editor, size->rows, size->columns);
   });
   EnableWhere(Add(&insert_, tr("&Picture…"), "picture", {},
