@@ -143,20 +143,14 @@ void EditorActions::MakeEditActions() {
   const auto selected = [](LetterEditor& editor) { return editor.textCursor().hasSelection(); };
   const auto pasteable = [](LetterEditor& editor) { return editor.canPaste(); };
   EnableWhere(Add(&edit_, tr("&Undo"), "undo", QKeySequence::Undo,
-                  [](LetterEditor& editor) {
-                    editor.ShowBox();
-                    editor.undo();
-                  }),
+                  [](LetterEditor& editor) { editor.Undo(); }),
               [](LetterEditor& editor) { return editor.document()->isUndoAvailable(); });
   EnableWhere(Add(&edit_, tr("&Redo"), "redo", QKeySequence::Redo,
-                  [](LetterEditor& editor) {
-                    editor.ShowBox();
-                    editor.redo();
-                  }),
+                  [](LetterEditor& editor) { editor.Redo(); }),
               [](LetterEditor& editor) { return editor.document()->isRedoAvailable(); });
   Separate(&edit_);
   EnableWhere(
-      Add(&edit_, tr("Cu&t"), "cut", QKeySequence::Cut, [](LetterEditor& editor) { editor.cut(); }),
+      Add(&edit_, tr("Cu&t"), "cut", QKeySequence::Cut, [](LetterEditor& editor) { editor.Cut(); }),
       selected);
   EnableWhere(Add(&edit_, tr("&Copy"), "copy", QKeySequence::Copy,
                   [](LetterEditor& editor) { editor.copy(); }),
@@ -203,6 +197,10 @@ void EditorActions::MakeCharacterActions() {
          Script::kSuper);
   script(tr("Subs&cript"), "subscript", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Comma),
          Script::kSub);
+  AddToggle(
+      &format_, tr("Protected from T&yping"), "protect", {},
+      [](LetterEditor& editor, bool on) { editor.ProtectCharacters(on); },
+      Has(&CharFormat::protect));
   Separate(&format_);
   AddColourMenu(tr("Te&xt Colour"), "text-colour", tr("&Automatic"), &CharFormat::colour);
   AddColourMenu(tr("&Highlight"), "highlight", tr("&None"), &CharFormat::highlight);
@@ -334,8 +332,14 @@ void EditorActions::MakeTableActions() {
       [](LetterEditor& editor) { InsertTableRow(editor, Side::kAfter); });
   add(tr("Insert Column &Left"), "column-left",
       [](LetterEditor& editor) { InsertTableColumn(editor, Side::kBefore); });
-  add(tr("Insert Column &Right"), "column-right",
+  add(tr("Insert Column R&ight"), "column-right",
       [](LetterEditor& editor) { InsertTableColumn(editor, Side::kAfter); });
+  Separate(&table_);
+  EnableWhere(Add(&table_, tr("&Merge Selected Cells"), "cells-merge", {}, MergeTableCells),
+              [](LetterEditor& editor) { return editor.textCursor().hasComplexSelection(); });
+  add(tr("Merge with &Next Cell"), "merge-across", MergeCellAcross);
+  add(tr("Merge with Cell &Underneath"), "merge-down", MergeCellDown);
+  add(tr("&Split Cell"), "cell-split", SplitTableCell);
   Separate(&table_);
   add(tr("Remove &Rows"), "row-remove", RemoveTableRows);
   add(tr("Remove &Columns"), "column-remove", RemoveTableColumns);

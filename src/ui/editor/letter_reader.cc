@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "platform/printing/positions.h"
-#include "ui/editor/table_grid.h"
 
 namespace tenora {
 namespace {
@@ -44,6 +43,22 @@ int LengthOf(const std::vector<Block>& blocks) {
   return length;
 }
 
+// The places of a row, whose cells follow each other in what is read.
+template <class Places>
+std::vector<GridCell> GridRow(const Places& places) {
+  std::vector<GridCell> cells;
+  int next = 0;
+  for (const auto& place : places) {
+    const int kept = place.part == nullptr ? 0 : static_cast<int>(place.part->kept.size());
+    GridCell cell{.column = place.column, .span = place.span, .first = next, .rows = place.rows};
+    cell.count = std::max(kept + (place.covered ? 0 : 1), 1);
+    cell.covered = place.covered;
+    cells.push_back(cell);
+    next += cell.count;
+  }
+  return cells;
+}
+
 // True when the cells are those of one row, all of them and in their order.
 template <class Places>
 bool IsWholeRow(const Places& places) {
@@ -62,6 +77,7 @@ bool IsWholeRow(const Places& places) {
 
 std::vector<Block> LetterReader::Read(const QTextDocument& document) {
   positions_ = PositionMap();
+  found_ = {};
   return ReadBlocks(document.rootFrame()->begin());
 }
 
@@ -84,7 +100,7 @@ void LetterReader::AddBlocks(QTextFrame::iterator it, std::vector<Block>* blocks
       if (blocks->empty() || !std::holds_alternative<std::shared_ptr<Table>>(blocks->back()))
         blocks->emplace_back(std::make_shared<Table>());
       ++depth_;
-      ReadTable(*table, &std::get<std::shared_ptr<Table>>(blocks->back())->rows);
+      ReadTable(*table, std::get<std::shared_ptr<Table>>(blocks->back()).get());
       --depth_;
     } else if (table != nullptr) {
       for (int i = 0; i < table->rows() * table->columns(); ++i) {
@@ -161,12 +177,16 @@ void LetterReader::AddRun(Run run, Paragraph* paragraph) {
     paragraph->runs.push_back(std::move(run));
 }
 
-void LetterReader::ReadTable(const QTextTable& table, std::vector<Row>* rows) {
-  const std::vector<int> edges = EdgesOf(table);
+void LetterReader::ReadTable(const QTextTable& table, Table* read) {
+  FoundTable found{read, {read->rows.size(), EdgesOf(table), {}}};
   for (int row = 0; row < table.rows(); ++row) {
-    Row read = RowOf(ReadPlaces(table, row), edges);
-    if (!read.cells.empty()) rows->push_back(std::move(read));
+    std::vector<Place> places = ReadPlaces(table, row);
+    if (places.empty()) found.table = nullptr;
+    if (&table == wanted_) found.grid.rows.push_back(GridRow(places));
+    Row read_row = RowOf(std::move(places), found.grid.edges);
+    if (!read_row.cells.empty()) read->rows.push_back(std::move(read_row));
   }
+  if (&table == wanted_) found_ = std::move(found);
 }
 
 std::vector<LetterReader::Place> LetterReader::ReadPlaces(const QTextTable& table, int row) {
@@ -175,7 +195,8 @@ std::vector<LetterReader::Place> LetterReader::ReadPlaces(const QTextTable& tabl
     const QTextTableCell cell = table.cellAt(row, column);
     Place place;
     place.column = column;
-    place.span = std::max(cell.columnSpan() - (column - cell.column()), 1);
+    place.span =
+        std::clamp(cell.columnSpan() - (column - cell.column()), 1, table.columns() - column);
     place.rows = cell.rowSpan();
     place.covered = cell.row() != row;
     place.data = SharedProperty<CellData>(cell.format(), kCellProperty);

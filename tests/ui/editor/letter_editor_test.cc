@@ -102,7 +102,7 @@ TEST_F(LetterEditorTest, ChangesTablesAndLeavesOtherRowsAsTheyWere) {
       {"column right", [](LetterEditor& e) { InsertTableColumn(e, Side::kAfter); },
        "a\t\tb\r\nwide\t\r\n", "\\cellx4000"},
       {"remove row", [](LetterEditor& e) { RemoveTableRows(e); }, "wide\t\r\n", "\\trkeep\\clmgf"},
-      {"remove column", [](LetterEditor& e) { RemoveTableColumns(e); }, "b\r\nwide\t\r\n",
+      {"remove column", [](LetterEditor& e) { RemoveTableColumns(e); }, "b\r\nwide\r\n",
        "\\cellx2000"},
   };
   for (const Case& c : cases) {
