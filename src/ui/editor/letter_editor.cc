@@ -3,6 +3,7 @@
 #include <QAbstractTextDocumentLayout>
 #include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QScrollBar>
@@ -194,6 +195,16 @@ void LetterEditor::dropEvent(QDropEvent* event) {
   if (own && TouchesProtected(*document(), cursor.selectionStart(), cursor.selectionEnd()))
     event->setDropAction(Qt::CopyAction);
   QTextEdit::dropEvent(event);
+}
+
+void LetterEditor::contextMenuEvent(QContextMenuEvent* event) {
+  ShowBox();
+  if (event->reason() != QContextMenuEvent::Mouse)
+    return emit MenuWanted(viewport()->mapToGlobal(cursorRect().bottomLeft()));
+  const QTextCursor there = cursorForPosition(event->pos()), here = textCursor();
+  if (there.position() < here.selectionStart() || there.position() > here.selectionEnd())
+    setTextCursor(there);
+  emit MenuWanted(event->globalPos());
 }
 
 bool LetterEditor::MayChange(int start, int end) {

@@ -78,6 +78,8 @@ class LetterEditor : public QTextEdit, private RichTextView {
  signals:
   void ZoomChanged(double zoom);
   void PaperChanged();
+  // The caret stands where the menu was asked for.
+  void MenuWanted(const QPoint& on_screen);
 
  protected:
   bool event(QEvent* event) override;
@@ -88,6 +90,7 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void resizeEvent(QResizeEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void dropEvent(QDropEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
   QMimeData* createMimeDataFromSelection() const override;
   bool canInsertFromMimeData(const QMimeData* source) const override;
   void insertFromMimeData(const QMimeData* source) override;
