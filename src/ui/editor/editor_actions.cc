@@ -146,6 +146,8 @@ void EditorActions::MakeEditActions() {
   EnableWhere(Add(&edit_, tr("&Redo"), "redo", QKeySequence::Redo,
                   [](LetterEditor& editor) { editor.Redo(); }),
               [](LetterEditor& editor) { return editor.document()->isRedoAvailable(); });
+  edit_.last()->setShortcuts(
+      {QKeySequence(QKeySequence::Redo), QKeySequence(Qt::CTRL | Qt::Key_Y)});
   Separate(&edit_);
   EnableWhere(
       Add(&edit_, tr("Cu&t"), "cut", QKeySequence::Cut, [](LetterEditor& editor) { editor.Cut(); }),

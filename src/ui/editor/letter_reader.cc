@@ -1,6 +1,7 @@
 #include "ui/editor/letter_reader.h"
 
 #include <QTextCursor>
+#include <QTextList>
 #include <algorithm>
 #include <utility>
 
@@ -17,6 +18,8 @@ using richtext::Run;
 using richtext::Table;
 
 constexpr int kNewTableWidth = 9000;
+constexpr int kListIndent = 360;
+constexpr int kLine = 10;  // twips wide, around the cells of a page's table
 // Qt lays out a table in a table twice for each table around it. A page's nested tables are for
 // its looks: the contents of those deeper down stand for themselves.
 constexpr int kDeepestTable = 6;
@@ -57,6 +60,37 @@ std::vector<GridCell> GridRow(const Places& places) {
     next += cell.count;
   }
   return cells;
+}
+
+// Text of a page has lists of Qt's own.
+richtext::ParagraphFormat WithListMark(richtext::ParagraphFormat format, const QTextList& list) {
+  using Kind = richtext::Bullet::Kind;
+  format.bullet.indent = kListIndent;
+  format.left_indent += kListIndent * std::clamp(list.format().indent(), 1, 9);
+  format.first_indent = -kListIndent;
+  switch (list.format().style()) {
+    case QTextListFormat::ListDecimal:
+      format.bullet.kind = Kind::kDecimal;
+      break;
+    case QTextListFormat::ListLowerAlpha:
+      format.bullet.kind = Kind::kLowerLetter;
+      break;
+    case QTextListFormat::ListUpperAlpha:
+      format.bullet.kind = Kind::kUpperLetter;
+      break;
+    case QTextListFormat::ListLowerRoman:
+      format.bullet.kind = Kind::kLowerRoman;
+      break;
+    case QTextListFormat::ListUpperRoman:
+      format.bullet.kind = Kind::kUpperRoman;
+      break;
+    default:
+      format.bullet.kind = Kind::kBullet;
+      format.bullet.before = "\u2022";
+      return format;
+  }
+  format.bullet.after = ".";
+  return format;
 }
 
 // True when the cells are those of one row, all of them and in their order.
@@ -122,6 +156,8 @@ Paragraph LetterReader::ReadParagraph(const QTextBlock& block) {
   Paragraph paragraph;
   length_ = 0;
   paragraph.format = formats_.ParagraphOf(block.blockFormat());
+  if (const QTextList* list = block.textList())
+    paragraph.format = WithListMark(paragraph.format, *list);
   paragraph.mark = formats_.CharOf(block.charFormat());
   for (auto it = block.begin(); !it.atEnd(); ++it) ReadFragment(it.fragment(), &paragraph);
   positions_.Add(1, 1);
@@ -198,6 +234,7 @@ std::vector<LetterReader::Place> LetterReader::ReadPlaces(const QTextTable& tabl
     place.span =
         std::clamp(cell.columnSpan() - (column - cell.column()), 1, table.columns() - column);
     place.rows = cell.rowSpan();
+    place.lined = !IsOwn(table) && table.format().border() > 0;
     place.covered = cell.row() != row;
     place.data = SharedProperty<CellData>(cell.format(), kCellProperty);
     column += place.span;
@@ -245,6 +282,10 @@ Row LetterReader::RowOf(std::vector<Place> places, const std::vector<int>& edges
       Cell cell;
       if (place.part != nullptr)
         cell = place.part->row->cells[static_cast<std::size_t>(place.part->first) + i];
+      if (place.lined) {
+        for (richtext::Border* border : {&cell.top, &cell.bottom, &cell.left, &cell.right})
+          *border = {.present = true, .width = kLine};
+      }
       // Cells merged across share their place; the last of them ends it.
       const auto left = static_cast<std::size_t>(place.column);
       const int width = edges[left + static_cast<std::size_t>(place.span)] - edges[left];

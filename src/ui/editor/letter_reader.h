@@ -38,6 +38,7 @@ class LetterReader {
     std::shared_ptr<const CellData> data;
     const CellPart* part = nullptr;
     bool covered = false;
+    bool lined = false;  // in a page's table that has lines
     std::vector<richtext::Block> blocks;
   };
 

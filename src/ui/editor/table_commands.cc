@@ -88,6 +88,28 @@ void ChangeTable(LetterEditor& editor, const Change& change) {
   editor.box().Select(caret, 0);
 }
 
+// False where a selected row, or column, has protected text.
+bool MayRemove(LetterEditor& editor, bool rows) {
+  editor.ShowBox();
+  const QTextCursor cursor = editor.textCursor();
+  const QTextTable* const table = cursor.currentTable();
+  if (table == nullptr) return false;
+  CellRange range = SelectedCells(cursor, *table);
+  if (rows) {
+    range.column = 0;
+    range.columns = table->columns();
+  } else {
+    range.row = 0;
+    range.rows = table->rows();
+  }
+  for (int i = 0; i < range.rows * range.columns; ++i) {
+    const QTextTableCell cell =
+        table->cellAt(range.row + i / range.columns, range.column + i % range.columns);
+    if (!editor.MayChange(cell.firstPosition(), cell.lastPosition())) return false;
+  }
+  return true;
+}
+
 void AppendRow(LetterEditor& editor) {
   ChangeTable(editor, [](TableShape& shape, CellRange& cells) {
     cells = {.row = shape.rows() - 1};
@@ -160,6 +182,7 @@ void InsertTableColumn(LetterEditor& editor, Side side) {
 }
 
 void RemoveTableRows(LetterEditor& editor) {
+  if (!MayRemove(editor, true)) return;
   ChangeTable(editor, [](TableShape& shape, const CellRange& cells) {
     shape.RemoveRows(cells);
     return true;
@@ -167,6 +190,7 @@ void RemoveTableRows(LetterEditor& editor) {
 }
 
 void RemoveTableColumns(LetterEditor& editor) {
+  if (!MayRemove(editor, false)) return;
   ChangeTable(editor, [](TableShape& shape, const CellRange& cells) {
     shape.RemoveColumns(cells);
     return true;

@@ -141,6 +141,8 @@ TEST_F(LetterEditorTest, PastesTheRichestFormAndCopiesAllForms) {
       {"text/rtf", "{\\rtf1 {{{{\\trowd\\cellx9999999999 \\bin99999 x", nullptr, ""},
       {"text/html", "<p>one <i>two</i></p><img src='file:///etc/hostname'>", nullptr, "\\i two"},
       {"text/html", "<table><tr><td>c1<td>c2</table>", nullptr, "\\cell"},
+      {"text/html", "<h1>Big</h1><ol><li>one</ol>", nullptr, "\\pndec"},
+      {"text/html", "<table border=1><tr><td>c1</table>", nullptr, "\\clbrdrr"},
       {"text/html", nested.c_str(), nullptr, "\\itap6"},
       {"text/plain", "x\\y{z}", "x\\y{z}!", "\\\\y\\{z\\}"},
   };
