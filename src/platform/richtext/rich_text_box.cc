@@ -215,8 +215,8 @@ void RichTextBox::SetSelText(std::string_view text) {
 void RichTextBox::InsertObject(std::string_view rtf_group) {
   std::string piece = "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}";
   piece.append(rtf_group).append("}");
-  richtext::Document document = richtext::ReadRtf(state_->source);
-  const int end = richtext::ReplaceRangeByObject(&document, state_->start, state_->length,
+  richtext::Document document = state_->Parsed();
+  const int end = richtext::ReplaceRangeByObject(&document, SelStart(), SelLength(),
                                                  richtext::ReadRtf(piece));
   if (end < 0) throw StandardError(error_number::kInvalidFileFormat, "no picture and no object");
   state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
@@ -238,12 +238,12 @@ int RichTextBox::ReplaceEvery(std::string_view text, std::string_view with, int 
     from = found + (skipped ? 1 : length);
   }
   if (places.empty()) return 0;
-  richtext::Document document = richtext::ReadRtf(state_->source);
+  richtext::Document document = state_->Parsed();
   // From the end, so that the places before it stay true.
   for (auto place = places.rbegin(); place != places.rend(); ++place) {
     richtext::ReplaceRange(&document, *place, length, with);
   }
-  const int start = state_->start, selected = state_->length;
+  const int start = SelStart(), selected = SelLength();
   state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
   Select(start, selected);
   state_->Changed();

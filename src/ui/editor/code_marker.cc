@@ -7,8 +7,7 @@
 #include <algorithm>
 
 #include "merge/catalogue.h"
-#include "platform/richtext/document.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/protected_text.h"
 
 namespace tenora {
 namespace {
@@ -142,8 +141,7 @@ void CodeMarker::MarkProtected() {
   const QTextBlock block = currentBlock();
   for (auto it = block.begin(); !it.atEnd(); ++it) {
     const QTextFragment fragment = it.fragment();
-    const QVariant format = fragment.charFormat().property(kCharProperty);
-    if (!format.isValid() || !format.value<richtext::CharFormat>().protect) continue;
+    if (!IsProtected(fragment.charFormat())) continue;
     QTextCharFormat look;
     look.setBackground(QBrush(QColor(0, 0, 0, 40), Qt::BDiagPattern));
     setFormat(fragment.position() - block.position(), fragment.length(), look);

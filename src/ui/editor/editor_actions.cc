@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QColorDialog>
-#include <QComboBox>
 #include <QIcon>
 #include <QLocale>
 #include <QMenu>
@@ -11,7 +10,6 @@
 #include <QPixmap>
 #include <QTextDocument>
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "ui/editor/paragraph_dialogs.h"
@@ -143,20 +141,16 @@ void EditorActions::MakeEditActions() {
   const auto selected = [](LetterEditor& editor) { return editor.textCursor().hasSelection(); };
   const auto pasteable = [](LetterEditor& editor) { return editor.canPaste(); };
   EnableWhere(Add(&edit_, tr("&Undo"), "undo", QKeySequence::Undo,
-                  [](LetterEditor& editor) {
-                    editor.ShowBox();
-                    editor.undo();
-                  }),
+                  [](LetterEditor& editor) { editor.Undo(); }),
               [](LetterEditor& editor) { return editor.document()->isUndoAvailable(); });
   EnableWhere(Add(&edit_, tr("&Redo"), "redo", QKeySequence::Redo,
-                  [](LetterEditor& editor) {
-                    editor.ShowBox();
-                    editor.redo();
-                  }),
+                  [](LetterEditor& editor) { editor.Redo(); }),
               [](LetterEditor& editor) { return editor.document()->isRedoAvailable(); });
+  edit_.last()->setShortcuts(
+      {QKeySequence(QKeySequence::Redo), QKeySequence(Qt::CTRL | Qt::Key_Y)});
   Separate(&edit_);
   EnableWhere(
-      Add(&edit_, tr("Cu&t"), "cut", QKeySequence::Cut, [](LetterEditor& editor) { editor.cut(); }),
+      Add(&edit_, tr("Cu&t"), "cut", QKeySequence::Cut, [](LetterEditor& editor) { editor.Cut(); }),
       selected);
   EnableWhere(Add(&edit_, tr("&Copy"), "copy", QKeySequence::Copy,
                   [](LetterEditor& editor) { editor.copy(); }),
@@ -201,10 +195,14 @@ void EditorActions::MakeCharacterActions() {
   };
   script(tr("Su&perscript"), "superscript", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Period),
          Script::kSuper);
-  script(tr("Su&bscript"), "subscript", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Comma),
+  script(tr("Subs&cript"), "subscript", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Comma),
          Script::kSub);
+  AddToggle(
+      &format_, tr("Protected from T&yping"), "protect", {},
+      [](LetterEditor& editor, bool on) { editor.ProtectCharacters(on); },
+      Has(&CharFormat::protect));
   Separate(&format_);
-  AddColourMenu(tr("Text &Colour"), "text-colour", tr("&Automatic"), &CharFormat::colour);
+  AddColourMenu(tr("Te&xt Colour"), "text-colour", tr("&Automatic"), &CharFormat::colour);
   AddColourMenu(tr("&Highlight"), "highlight", tr("&None"), &CharFormat::highlight);
   Separate(&format_);
 }
@@ -255,7 +253,7 @@ void EditorActions::MakeParagraphActions() {
   align(tr("&Justify"), "align-justify", QKeySequence(Qt::CTRL | Qt::Key_J), Alignment::kJustified);
   Separate(&format_);
   AddToggle(
-      &format_, tr("Bulle&ts"), "bullets", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_8),
+      &format_, tr("Bullet&s"), "bullets", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_8),
       [](LetterEditor& editor, bool on) {
         SetList(editor, on ? Bullet::Kind::kBullet : Bullet::Kind::kNone);
       },
@@ -266,13 +264,13 @@ void EditorActions::MakeParagraphActions() {
         SetList(editor, on ? Bullet::Kind::kDecimal : Bullet::Kind::kNone);
       },
       [](LetterEditor& editor) { return IsList(editor, false); });
-  Add(&format_, tr("Indent &Less"), "indent-less", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M),
+  Add(&format_, tr("In&dent Less"), "indent-less", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M),
       [](LetterEditor& editor) { Indent(editor, -kIndentStep); });
   Add(&format_, tr("Indent &More"), "indent-more", QKeySequence(Qt::CTRL | Qt::Key_M),
       [](LetterEditor& editor) { Indent(editor, kIndentStep); });
   Separate(&format_);
   AddLineSpacingMenu();
-  Add(&format_, tr("Paragraph &Spacing…"), "paragraph-space", {}, [](LetterEditor& editor) {
+  Add(&format_, tr("P&aragraph Spacing…"), "paragraph-space", {}, [](LetterEditor& editor) {
     ParagraphFormat wanted = editor.ParagraphAtCaret();
     if (!AskSpacing(&editor, &wanted)) return;
     editor.ChangeParagraphs([&](ParagraphFormat& format) {
@@ -282,7 +280,7 @@ void EditorActions::MakeParagraphActions() {
       format.line_spacing_multiple = wanted.line_spacing_multiple;
     });
   });
-  Add(&format_, tr("&Tab Stops…"), "tab-stops", {}, [](LetterEditor& editor) {
+  Add(&format_, tr("Tab St&ops…"), "tab-stops", {}, [](LetterEditor& editor) {
     const auto tabs = AskTabStops(&editor, editor.ParagraphAtCaret().tabs);
     if (tabs) editor.ChangeParagraphs([&](ParagraphFormat& format) { format.tabs = *tabs; });
   });
@@ -309,7 +307,7 @@ void EditorActions::AddLineSpacingMenu() {
 }
 
 void EditorActions::MakeInsertActions() {
-  Add(&insert_, tr("&Table…"), "table", {}, [](LetterEditor& editor) {
+  Add(&insert_, tr("T&able…"), "table", {}, [](LetterEditor& editor) {
     if (const auto size = AskTableSize(&editor)) InsertTable(editor, size->rows, size->columns);
   });
   EnableWhere(Add(&insert_, tr("&Picture…"), "picture", {},
@@ -334,8 +332,14 @@ void EditorActions::MakeTableActions() {
       [](LetterEditor& editor) { InsertTableRow(editor, Side::kAfter); });
   add(tr("Insert Column &Left"), "column-left",
       [](LetterEditor& editor) { InsertTableColumn(editor, Side::kBefore); });
-  add(tr("Insert Column &Right"), "column-right",
+  add(tr("Insert Column R&ight"), "column-right",
       [](LetterEditor& editor) { InsertTableColumn(editor, Side::kAfter); });
+  Separate(&table_);
+  EnableWhere(Add(&table_, tr("&Merge Selected Cells"), "cells-merge", {}, MergeTableCells),
+              [](LetterEditor& editor) { return editor.textCursor().hasComplexSelection(); });
+  add(tr("Merge with &Next Cell"), "merge-across", MergeCellAcross);
+  add(tr("Merge with Cell &Underneath"), "merge-down", MergeCellDown);
+  add(tr("&Split Cell"), "cell-split", SplitTableCell);
   Separate(&table_);
   add(tr("Remove &Rows"), "row-remove", RemoveTableRows);
   add(tr("Remove &Columns"), "column-remove", RemoveTableColumns);
@@ -383,6 +387,7 @@ void EditorActions::SetEditor(LetterEditor* editor) {
         connect(editor, &QTextEdit::cursorPositionChanged, this, &EditorActions::Refresh),
         connect(editor, &QTextEdit::selectionChanged, this, &EditorActions::Refresh),
         connect(editor, &QTextEdit::currentCharFormatChanged, this, &EditorActions::Refresh),
+        connect(editor, &LetterEditor::MenuWanted, this, &EditorActions::ShowMenu),
         connect(editor->document(), &QTextDocument::undoAvailable, this, &EditorActions::Refresh),
         connect(editor->document(), &QTextDocument::redoAvailable, this, &EditorActions::Refresh),
         connect(editor, &QObject::destroyed, this, [this] {
@@ -394,6 +399,17 @@ void EditorActions::SetEditor(LetterEditor* editor) {
   Refresh();
 }
 
+void EditorActions::ShowMenu(const QPoint& on_screen) {
+  QMenu menu(editor_);
+  menu.addActions(edit_);
+  if (CaretInTable(*editor_)) {
+    menu.addSeparator();
+    menu.addActions(table_);
+  }
+  Refresh();
+  menu.exec(on_screen);
+}
+
 void EditorActions::Refresh() {
   // An editor that is being destroyed has no more caret.
   LetterEditor* const editor = editor_.data();
@@ -402,80 +418,6 @@ void EditorActions::Refresh() {
   for (const auto& [action, state] : std::as_const(states_))
     action->setChecked(editor != nullptr && state(*editor));
   emit StateChanged();
-}
-
-QWidget* EditorActions::FontBox(QWidget* parent) {
-  auto* box = new QComboBox(parent);
-  box->setObjectName(QStringLiteral("cboFont"));
-  box->setAccessibleName(tr("Font"));
-  box->setToolTip(tr("Font"));
-  box->setEditable(true);
-  box->setInsertPolicy(QComboBox::NoInsert);
-  box->setFocusPolicy(Qt::ClickFocus);
-  box->setMinimumContentsLength(18);
-  box->setMaxVisibleItems(20);
-  const auto fill = [this, box] {
-    const QString shown = box->currentText();
-    box->clear();
-    box->addItems(preselected_fonts_);
-    if (!preselected_fonts_.isEmpty() && !fonts_.isEmpty()) {
-      box->insertSeparator(box->count());
-    }
-    box->addItems(fonts_);
-    box->setEditText(shown);
-  };
-  connect(this, &EditorActions::FontsChanged, box, fill);
-  fill();
-  connect(box, &QComboBox::textActivated, this, [this](const QString& family) {
-    if (!editor_ || family.trimmed().isEmpty()) return Refresh();
-    const int font = editor_->formats().FontNumber(family.trimmed());
-    editor_->ChangeCharacters([=](CharFormat& format) { format.font = font; });
-    editor_->setFocus();
-  });
-  const auto refresh = [this, box] {
-    box->setEnabled(editor_ != nullptr);
-    if (!editor_ || box->hasFocus()) return;
-    box->setEditText(editor_->formats().FontName(editor_->CharAtCaret().font));
-  };
-  connect(this, &EditorActions::StateChanged, box, refresh);
-  refresh();
-  return box;
-}
-
-void EditorActions::SetFonts(const QStringList& preselected, const QStringList& families) {
-  preselected_fonts_ = preselected;
-  fonts_.clear();
-  for (const QString& family : families) {
-    if (!preselected.contains(family, Qt::CaseInsensitive)) fonts_.append(family);
-  }
-  emit FontsChanged();
-}
-
-QWidget* EditorActions::SizeBox(QWidget* parent) {
-  auto* box = new QComboBox(parent);
-  box->setAccessibleName(tr("Font size"));
-  box->setToolTip(tr("Font size"));
-  box->setEditable(true);
-  box->setInsertPolicy(QComboBox::NoInsert);
-  box->setFocusPolicy(Qt::ClickFocus);
-  for (const int points : {8, 9, 10, 11, 12, 14, 16, 18, 20, 24, 28, 36, 48, 72})
-    box->addItem(QString::number(points));
-  connect(box, &QComboBox::textActivated, this, [this](const QString& text) {
-    bool ok = false;
-    const double points = QLocale().toDouble(text, &ok);
-    if (!editor_ || !ok || points < 1 || points > 1638) return Refresh();
-    const int half_points = static_cast<int>(std::lround(points * 2));
-    editor_->ChangeCharacters([=](CharFormat& format) { format.half_points = half_points; });
-    editor_->setFocus();
-  });
-  const auto refresh = [this, box] {
-    box->setEnabled(editor_ != nullptr);
-    if (!editor_ || box->hasFocus()) return;
-    box->setEditText(QLocale().toString(editor_->CharAtCaret().half_points / 2.0));
-  };
-  connect(this, &EditorActions::StateChanged, box, refresh);
-  refresh();
-  return box;
 }
 
 }  // namespace tenora

@@ -67,6 +67,7 @@ class EditorActions : public QObject {
   void MakeInsertActions();
   void MakeTableActions();
   void MakeViewActions();
+  void ShowMenu(const QPoint& on_screen);
   void Refresh();
 
   QPointer<LetterEditor> editor_;

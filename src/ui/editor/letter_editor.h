@@ -50,7 +50,15 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void InsertBlocks(const std::vector<richtext::Block>& blocks);
   void InsertPageBreak();
   void PastePlainText();
-  // The paragraphs of the selection, or the caret's.
+  void Cut();
+  void Undo();
+  void Redo();
+  // Text that typing and commands leave alone from now on, or no more.
+  void ProtectCharacters(bool protect);
+  // False, and told in the status bar, where a change of the range would change protected text; an
+  // empty range stands for typing there.
+  bool MayChange(int start, int end);
+  // The paragraphs of the selection, which may be cells of some columns only, or the caret's.
   std::vector<QTextBlock> SelectedBlocks() const;
 
   // 1 is the size on paper.
@@ -70,6 +78,8 @@ class LetterEditor : public QTextEdit, private RichTextView {
  signals:
   void ZoomChanged(double zoom);
   void PaperChanged();
+  // The caret stands where the menu was asked for.
+  void MenuWanted(const QPoint& on_screen);
 
  protected:
   bool event(QEvent* event) override;
@@ -79,6 +89,8 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
   QMimeData* createMimeDataFromSelection() const override;
   bool canInsertFromMimeData(const QMimeData* source) const override;
   void insertFromMimeData(const QMimeData* source) override;
@@ -99,8 +111,13 @@ class LetterEditor : public QTextEdit, private RichTextView {
   void Load(const richtext::Document& letter);
   void PlaceCaret(int start, int length);
   void ContentsChanged(int position, int removed, int added);
-  // What is typed next to a field or in an empty cell takes no part of theirs.
+  void FormatCharacters(const std::function<void(richtext::CharFormat&)>& change);
+  // What is typed next to a field or protected text or in an empty cell takes no part of theirs.
   void CleanTypingFormat();
+  QTextCharFormat CleanFormat(const QTextCursor& cursor, const QTextCharFormat& format);
+  void TypeOver(const QString& text);
+  // False where a key would change protected text.
+  bool MayType(const QKeyEvent& event);
   // Qt gives an empty block behind a table no room.
   void ShowEmptyLineBehindTable();
   bool LeaveList(const QKeyEvent& event);
@@ -121,6 +138,8 @@ class LetterEditor : public QTextEdit, private RichTextView {
   std::optional<Snapshot> snapshot_;
   bool showing_ = false;
   bool indents_wait_ = false;
+  bool looks_in_history_ = false;  // steps that zooming left
+  bool told_refusal_ = false;
 };
 
 }  // namespace tenora

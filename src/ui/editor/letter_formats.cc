@@ -219,6 +219,12 @@ CharFormat LetterFormats::CharOf(const QTextCharFormat& format) {
   double points = format.fontPointSize();
   if (points <= 0 && format.hasProperty(QTextFormat::FontPixelSize))
     points = format.intProperty(QTextFormat::FontPixelSize) * 72 / ScreenDpi();
+  if (format.hasProperty(QTextFormat::FontSizeAdjustment)) {
+    // A page's headings have sizes one to seven; three is that of its text.
+    constexpr double kScale[] = {0.7, 0.8, 1, 1.2, 1.5, 2, 2.4};
+    const int size = format.intProperty(QTextFormat::FontSizeAdjustment) + 2;
+    points = (points > 0 ? points : result.half_points / 2.0) * kScale[std::clamp(size, 0, 6)];
+  }
   if (points > 0) result.half_points = static_cast<int>(std::lround(std::min(points, 1638.0) * 2));
   result.bold = format.fontWeight() >= QFont::DemiBold;
   result.italic = format.fontItalic();

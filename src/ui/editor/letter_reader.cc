@@ -1,11 +1,11 @@
 #include "ui/editor/letter_reader.h"
 
 #include <QTextCursor>
+#include <QTextList>
 #include <algorithm>
 #include <utility>
 
 #include "platform/printing/positions.h"
-#include "ui/editor/table_grid.h"
 
 namespace tenora {
 namespace {
@@ -18,6 +18,8 @@ using richtext::Run;
 using richtext::Table;
 
 constexpr int kNewTableWidth = 9000;
+constexpr int kListIndent = 360;
+constexpr int kLine = 10;  // twips wide, around the cells of a page's table
 // Qt lays out a table in a table twice for each table around it. A page's nested tables are for
 // its looks: the contents of those deeper down stand for themselves.
 constexpr int kDeepestTable = 6;
@@ -44,6 +46,53 @@ int LengthOf(const std::vector<Block>& blocks) {
   return length;
 }
 
+// The places of a row, whose cells follow each other in what is read.
+template <class Places>
+std::vector<GridCell> GridRow(const Places& places) {
+  std::vector<GridCell> cells;
+  int next = 0;
+  for (const auto& place : places) {
+    const int kept = place.part == nullptr ? 0 : static_cast<int>(place.part->kept.size());
+    GridCell cell{.column = place.column, .span = place.span, .first = next, .rows = place.rows};
+    cell.count = std::max(kept + (place.covered ? 0 : 1), 1);
+    cell.covered = place.covered;
+    cells.push_back(cell);
+    next += cell.count;
+  }
+  return cells;
+}
+
+// Text of a page has lists of Qt's own.
+richtext::ParagraphFormat WithListMark(richtext::ParagraphFormat format, const QTextList& list) {
+  using Kind = richtext::Bullet::Kind;
+  format.bullet.indent = kListIndent;
+  format.left_indent += kListIndent * std::clamp(list.format().indent(), 1, 9);
+  format.first_indent = -kListIndent;
+  switch (list.format().style()) {
+    case QTextListFormat::ListDecimal:
+      format.bullet.kind = Kind::kDecimal;
+      break;
+    case QTextListFormat::ListLowerAlpha:
+      format.bullet.kind = Kind::kLowerLetter;
+      break;
+    case QTextListFormat::ListUpperAlpha:
+      format.bullet.kind = Kind::kUpperLetter;
+      break;
+    case QTextListFormat::ListLowerRoman:
+      format.bullet.kind = Kind::kLowerRoman;
+      break;
+    case QTextListFormat::ListUpperRoman:
+      format.bullet.kind = Kind::kUpperRoman;
+      break;
+    default:
+      format.bullet.kind = Kind::kBullet;
+      format.bullet.before = "\u2022";
+      return format;
+  }
+  format.bullet.after = ".";
+  return format;
+}
+
 // True when the cells are those of one row, all of them and in their order.
 template <class Places>
 bool IsWholeRow(const Places& places) {
@@ -62,6 +111,7 @@ bool IsWholeRow(const Places& places) {
 
 std::vector<Block> LetterReader::Read(const QTextDocument& document) {
   positions_ = PositionMap();
+  found_ = {};
   return ReadBlocks(document.rootFrame()->begin());
 }
 
@@ -84,7 +134,7 @@ void LetterReader::AddBlocks(QTextFrame::iterator it, std::vector<Block>* blocks
       if (blocks->empty() || !std::holds_alternative<std::shared_ptr<Table>>(blocks->back()))
         blocks->emplace_back(std::make_shared<Table>());
       ++depth_;
-      ReadTable(*table, &std::get<std::shared_ptr<Table>>(blocks->back())->rows);
+      ReadTable(*table, std::get<std::shared_ptr<Table>>(blocks->back()).get());
       --depth_;
     } else if (table != nullptr) {
       for (int i = 0; i < table->rows() * table->columns(); ++i) {
@@ -106,6 +156,8 @@ Paragraph LetterReader::ReadParagraph(const QTextBlock& block) {
   Paragraph paragraph;
   length_ = 0;
   paragraph.format = formats_.ParagraphOf(block.blockFormat());
+  if (const QTextList* list = block.textList())
+    paragraph.format = WithListMark(paragraph.format, *list);
   paragraph.mark = formats_.CharOf(block.charFormat());
   for (auto it = block.begin(); !it.atEnd(); ++it) ReadFragment(it.fragment(), &paragraph);
   positions_.Add(1, 1);
@@ -161,12 +213,16 @@ void LetterReader::AddRun(Run run, Paragraph* paragraph) {
     paragraph->runs.push_back(std::move(run));
 }
 
-void LetterReader::ReadTable(const QTextTable& table, std::vector<Row>* rows) {
-  const std::vector<int> edges = EdgesOf(table);
+void LetterReader::ReadTable(const QTextTable& table, Table* read) {
+  FoundTable found{read, {read->rows.size(), EdgesOf(table), {}}};
   for (int row = 0; row < table.rows(); ++row) {
-    Row read = RowOf(ReadPlaces(table, row), edges);
-    if (!read.cells.empty()) rows->push_back(std::move(read));
+    std::vector<Place> places = ReadPlaces(table, row);
+    if (places.empty()) found.table = nullptr;
+    if (&table == wanted_) found.grid.rows.push_back(GridRow(places));
+    Row read_row = RowOf(std::move(places), found.grid.edges);
+    if (!read_row.cells.empty()) read->rows.push_back(std::move(read_row));
   }
+  if (&table == wanted_) found_ = std::move(found);
 }
 
 std::vector<LetterReader::Place> LetterReader::ReadPlaces(const QTextTable& table, int row) {
@@ -175,8 +231,10 @@ std::vector<LetterReader::Place> LetterReader::ReadPlaces(const QTextTable& tabl
     const QTextTableCell cell = table.cellAt(row, column);
     Place place;
     place.column = column;
-    place.span = std::max(cell.columnSpan() - (column - cell.column()), 1);
+    place.span =
+        std::clamp(cell.columnSpan() - (column - cell.column()), 1, table.columns() - column);
     place.rows = cell.rowSpan();
+    place.lined = !IsOwn(table) && table.format().border() > 0;
     place.covered = cell.row() != row;
     place.data = SharedProperty<CellData>(cell.format(), kCellProperty);
     column += place.span;
@@ -224,6 +282,10 @@ Row LetterReader::RowOf(std::vector<Place> places, const std::vector<int>& edges
       Cell cell;
       if (place.part != nullptr)
         cell = place.part->row->cells[static_cast<std::size_t>(place.part->first) + i];
+      if (place.lined) {
+        for (richtext::Border* border : {&cell.top, &cell.bottom, &cell.left, &cell.right})
+          *border = {.present = true, .width = kLine};
+      }
       // Cells merged across share their place; the last of them ends it.
       const auto left = static_cast<std::size_t>(place.column);
       const int width = edges[left + static_cast<std::size_t>(place.span)] - edges[left];

@@ -10,6 +10,7 @@
 #include "platform/richtext/document.h"
 #include "ui/editor/letter_formats.h"
 #include "ui/editor/position_map.h"
+#include "ui/editor/table_grid.h"
 #include "ui/editor/text_properties.h"
 
 namespace tenora {
@@ -21,12 +22,23 @@ class LetterReader {
   std::vector<richtext::Block> Read(const QTextDocument& document);
   const PositionMap& positions() const { return positions_; }
 
+  // Where a table that the document shows stands in what was read. The grid counts its rows from
+  // the table's `first_row`.
+  struct FoundTable {
+    const richtext::Table* table = nullptr;  // null: it was not met, or has empty rows
+    TableGrid grid;
+  };
+  // Looks for the table in what is read next.
+  void LookFor(const QTextTable* table) { wanted_ = table; }
+  const FoundTable& Found() const { return found_; }
+
  private:
   struct Place {
     int column = 0, span = 1, rows = 1;
     std::shared_ptr<const CellData> data;
     const CellPart* part = nullptr;
     bool covered = false;
+    bool lined = false;  // in a page's table that has lines
     std::vector<richtext::Block> blocks;
   };
 
@@ -37,12 +49,14 @@ class LetterReader {
   void ReadObject(const InlineObject& object, const QTextCharFormat& format,
                   richtext::Paragraph* paragraph);
   void AddRun(richtext::Run run, richtext::Paragraph* paragraph);
-  void ReadTable(const QTextTable& table, std::vector<richtext::Row>* rows);
+  void ReadTable(const QTextTable& table, richtext::Table* read);
   std::vector<Place> ReadPlaces(const QTextTable& table, int row);
   richtext::Row RowOf(std::vector<Place> places, const std::vector<int>& edges);
 
   LetterFormats& formats_;
   PositionMap positions_;
+  const QTextTable* wanted_ = nullptr;
+  FoundTable found_;
   int depth_ = 0;           // of tables
   std::size_t length_ = 0;  // bytes of the paragraph in hand
 };

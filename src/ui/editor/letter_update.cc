@@ -76,6 +76,13 @@ class Comparison {
   }
   const std::vector<Change>& changes() const { return changes_; }
 
+  bool Same(const Block& left, const Block& right) {
+    if (left.index() != right.index()) return false;
+    if (left.index() == 0) return Compare(std::get<0>(left), std::get<0>(right), false);
+    return std::get<1>(left) == std::get<1>(right) ||
+           Compare(*std::get<1>(left), *std::get<1>(right), false);
+  }
+
  private:
   bool Compare(const Paragraph& from, const Paragraph& to, bool visible) {
     const bool same = SameText(from, to) && SameFormats(from, to);
@@ -103,7 +110,40 @@ class Comparison {
   int position_ = 0;
 };
 
+// The blocks that differ: as many at the front and at the end are left alone. They begin and end
+// with paragraphs, and behind a paragraph, so that they can be taken out of Qt's document.
+struct Middle {
+  std::size_t front = 0, end = 0;
+};
+
+Middle DifferentBlocks(const std::vector<Block>& from, const std::vector<Block>& to) {
+  const auto is_table = [](const Block& block) { return block.index() != 0; };
+  const std::size_t most = std::min(from.size(), to.size());
+  Middle middle;
+  Comparison comparison;
+  while (middle.front < most && comparison.Same(from[middle.front], to[middle.front]))
+    ++middle.front;
+  while (middle.end < most - middle.front &&
+         comparison.Same(from[from.size() - 1 - middle.end], to[to.size() - 1 - middle.end]))
+    ++middle.end;
+  const auto begins_well = [&](std::size_t first) {
+    return first == 0 || (first < most && !is_table(from[first]) && !is_table(to[first]) &&
+                          !is_table(from[first - 1]));
+  };
+  while (!begins_well(middle.front)) --middle.front;
+  const auto ends_well = [&](const std::vector<Block>& blocks) {
+    return blocks.size() - middle.end > middle.front &&
+           !is_table(blocks[blocks.size() - middle.end - 1]);
+  };
+  while (middle.end > 0 && (!ends_well(from) || !ends_well(to))) --middle.end;
+  return middle;
+}
+
 }  // namespace
+
+bool SameBlocks(const std::vector<Block>& left, const std::vector<Block>& right) {
+  return Comparison().Compare(left, right, false);
+}
 
 void UpdateLetter(QTextDocument* document, LetterFormats* formats, const std::vector<Block>& shown,
                   const PositionMap& positions, const std::vector<Block>& wanted) {
@@ -124,9 +164,21 @@ void UpdateLetter(QTextDocument* document, LetterFormats* formats, const std::ve
       loader.InsertContent(&cursor, *change->to);
     }
   } else {
-    cursor.select(QTextCursor::Document);
+    const Middle middle = DifferentBlocks(shown, wanted);
+    const auto last = shown.end() - static_cast<std::ptrdiff_t>(middle.end) - 1;
+    int start = 0, end = 0;
+    for (auto block = shown.begin(); block != last; ++block) {
+      end += printing::Length(*block);
+      if (block < shown.begin() + static_cast<std::ptrdiff_t>(middle.front)) start = end;
+    }
+    if (middle.front > 0) cursor.setPosition(document->findBlock(positions.ToQt(start)).position());
+    cursor.setPosition(document->findBlock(positions.ToQt(end)).position(),
+                       QTextCursor::KeepAnchor);
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
-    loader.Insert(&cursor, wanted, true);
+    const std::vector<Block> blocks(wanted.begin() + static_cast<std::ptrdiff_t>(middle.front),
+                                    wanted.end() - static_cast<std::ptrdiff_t>(middle.end));
+    loader.Insert(&cursor, blocks, true);
   }
   cursor.endEditBlock();
 }

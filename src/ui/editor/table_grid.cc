@@ -145,10 +145,7 @@ void PaddingSource(const Row& row, const richtext::Padding& padding, std::string
 }
 
 void CellSource(const Row& row, const Cell& cell, std::string* out) {
-  if (cell.vertical_merge == Cell::Merge::kFirst) out->append("\\clvmgf");
-  if (cell.vertical_merge == Cell::Merge::kContinued) out->append("\\clvmrg");
-  if (cell.horizontal_merge == Cell::Merge::kFirst) out->append("\\clmgf");
-  if (cell.horizontal_merge == Cell::Merge::kContinued) out->append("\\clmrg");
+  out->append(MergeSource(cell));
   if (cell.vertical_align == Cell::VerticalAlign::kCentre) out->append("\\clvertalc");
   if (cell.vertical_align == Cell::VerticalAlign::kBottom) out->append("\\clvertalb");
   BorderSource("clbrdrt", cell.top, out);
@@ -182,6 +179,15 @@ std::vector<TableGrid> MakeGrids(const Table& table) {
   std::vector<TableGrid> grids;
   grids.push_back(std::move(grid));
   return grids;
+}
+
+std::string MergeSource(const Cell& cell) {
+  std::string source;
+  if (cell.vertical_merge == Cell::Merge::kFirst) source.append("\\clvmgf");
+  if (cell.vertical_merge == Cell::Merge::kContinued) source.append("\\clvmrg");
+  if (cell.horizontal_merge == Cell::Merge::kFirst) source.append("\\clmgf");
+  if (cell.horizontal_merge == Cell::Merge::kContinued) source.append("\\clmrg");
+  return source;
 }
 
 std::string RowSource(const Row& row) {

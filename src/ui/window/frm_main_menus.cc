@@ -158,7 +158,7 @@ void frmMain::BuildFormatMenu() {
   QMenu* format = AddMenu("mnuFormatMenu", tr("F&ormat"));
   format->addActions(editor_actions_->FormatActions());
   format->addSeparator();
-  QMenu* table = format->addMenu(tr("Ta&ble"));
+  QMenu* table = format->addMenu(tr("&Table"));
   table->setObjectName(QStringLiteral("mnuTable"));
   table->addActions(editor_actions_->TableActions());
 }

@@ -40,6 +40,12 @@ class EditorTest : public ::testing::Test {
     editor.show();
     QTest::qWait(0);
   }
+  // The letter's source as the editor writes it, also where nothing has been changed yet.
+  std::string Written() {
+    Type("x");
+    editor.undo();
+    return box.TextRTF();
+  }
   void Type(const char* keys) { QTest::keyClicks(&editor, keys); }
 
   RichTextBox box;

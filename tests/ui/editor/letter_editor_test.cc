@@ -102,17 +102,28 @@ TEST_F(LetterEditorTest, ChangesTablesAndLeavesOtherRowsAsTheyWere) {
       {"column right", [](LetterEditor& e) { InsertTableColumn(e, Side::kAfter); },
        "a\t\tb\r\nwide\t\r\n", "\\cellx4000"},
       {"remove row", [](LetterEditor& e) { RemoveTableRows(e); }, "wide\t\r\n", "\\trkeep\\clmgf"},
-      {"remove column", [](LetterEditor& e) { RemoveTableColumns(e); }, "b\r\nwide\t\r\n",
+      {"remove column", [](LetterEditor& e) { RemoveTableColumns(e); }, "b\r\nwide\r\n",
        "\\cellx2000"},
+      {"merge across", MergeCellAcross, "a\r\nb\t\r\nwide\t\r\n",
+       "\\clmgf\\cellx2000\\clmrg\\cellx4000"},
+      {"merge down", MergeCellDown, "a\r\nb\r\nwide\t\r\n\t\r\n",
+       "\\trkeep\\clvmrg\\clmgf\\cellx2000\\clvmrg\\clmrg\\cellx4000"},
+      {"halve", SplitTableCell, "a\t\tb\r\nwide\t\r\n", "\\cellx1000\\cellx2000\\cellx4000"},
+      {"part again",
+       [](LetterEditor& e) {
+         e.box().Select(4, 0);
+         SplitTableCell(e);
+       },
+       "a\tb\r\nwide\t\r\n", "\\trkeep\\cellx2000\\cellx4000"},
   };
   for (const Case& c : cases) {
     Open(kTable);
-    const std::string before = box.TextRTF();
+    const std::string before = Written();
     c.run(editor);
     EXPECT_EQ(box.Text(), c.text) << c.name;
     EXPECT_NE(box.TextRTF().find(c.kept), std::string::npos) << c.name << box.TextRTF();
-    editor.undo();
-    EXPECT_EQ(box.Text(), "a\tb\r\nwide\t\r\n") << c.name;
+    editor.Undo();
+    EXPECT_EQ(box.TextRTF(), before) << c.name;
   }
 }
 
@@ -130,6 +141,8 @@ TEST_F(LetterEditorTest, PastesTheRichestFormAndCopiesAllForms) {
       {"text/rtf", "{\\rtf1 {{{{\\trowd\\cellx9999999999 \\bin99999 x", nullptr, ""},
       {"text/html", "<p>one <i>two</i></p><img src='file:///etc/hostname'>", nullptr, "\\i two"},
       {"text/html", "<table><tr><td>c1<td>c2</table>", nullptr, "\\cell"},
+      {"text/html", "<h1>Big</h1><ol><li>one</ol>", nullptr, "\\pndec"},
+      {"text/html", "<table border=1><tr><td>c1</table>", nullptr, "\\clbrdrr"},
       {"text/html", nested.c_str(), nullptr, "\\itap6"},
       {"text/plain", "x\\y{z}", "x\\y{z}!", "\\\\y\\{z\\}"},
   };
@@ -218,13 +231,66 @@ TEST_F(LetterEditorTest, KeepsMergeCodesInOneFormat) {
   }
 }
 
-TEST_F(LetterEditorTest, KeepsWhatCanBeRedoneWhenItZooms) {
+TEST_F(LetterEditorTest, ZoomsBesideTheHistory) {
   Open("\\pard\\fi300\\ri200\\f0\\fs24 ab");
   Type("x");
-  editor.undo();
+  editor.SetZoom(1.5);
+  editor.Undo();
+  EXPECT_EQ(box.Text(), "ab");
   editor.SetZoom(2);
-  editor.redo();
+  editor.Redo();
   EXPECT_EQ(box.Text(), "xab");
+}
+
+TEST_F(LetterEditorTest, LeavesProtectedTextAsItIs) {
+  struct Case {
+    int start, length;
+    Qt::Key key;
+    const char* text;
+  };
+  const Case cases[] = {
+      {5, 0, Qt::Key_X, "ab safe cd"},         {3, 0, Qt::Key_Delete, "ab safe cd"},
+      {4, 0, Qt::Key_Backspace, "ab safe cd"}, {1, 3, Qt::Key_X, "ab safe cd"},
+      {5, 0, Qt::Key_Return, "ab safe cd"},    {7, 0, Qt::Key_X, "ab safex cd"},
+      {3, 0, Qt::Key_X, "ab xsafe cd"},        {0, 2, Qt::Key_X, "x safe cd"}};
+  for (const Case& c : cases) {
+    Open("\\pard\\f0\\fs24 ab \\protect safe\\protect0  cd");
+    box.Select(c.start, c.length);
+    QTest::keyClick(&editor, c.key);
+    EXPECT_EQ(box.Text(), c.text) << c.start;
+    EXPECT_NE(box.TextRTF().find("\\protect safe\\protect0 "), std::string::npos) << box.TextRTF();
+  }
+  box.Select(4, 2);
+  box.SetSelText("<<Name>>");
+  editor.ChangeCharacters([](richtext::CharFormat& format) { format.bold = true; });
+  EXPECT_NE(box.TextRTF().find("\\protect safe\\protect0 "), std::string::npos) << box.TextRTF();
+  editor.ProtectCharacters(false);
+  QTest::keyClick(&editor, Qt::Key_X);
+  EXPECT_EQ(box.Text(), "x sax cd");
+}
+
+// Keys met a selection that ends behind a picture or in an empty cell with a change of its format.
+TEST_F(LetterEditorTest, KeepsTheFormatsOfASelectionThatKeysMeet) {
+  Open("\\pard\\f0\\fs24\\b bold\\b0  plain\\page\\par end");
+  const std::string before = Written();
+  box.Select(0, 11);
+  QTest::keyClick(&editor, Qt::Key_Left, Qt::ShiftModifier);
+  EXPECT_EQ(box.TextRTF(), before);
+  box.Select(0, 11);
+  Type("x");
+  EXPECT_EQ(box.Text(), "x\r\nend");
+  editor.Undo();
+  EXPECT_EQ(box.TextRTF(), before);
+}
+
+TEST_F(LetterEditorTest, KeepsWhatWasTypedWhenAnObjectComesThroughTheBox) {
+  Open("\\pard\\f0\\fs24 ab");
+  Type("typed ");
+  box.InsertObject("{\\pict\\pngblip 89504e470d0a1a0a}");
+  EXPECT_EQ(box.Text().substr(0, 6), "typed ");
+  EXPECT_NE(box.TextRTF().find("typed {\\pict"), std::string::npos) << box.TextRTF();
+  Type("!");
+  EXPECT_EQ(box.ReplaceEvery("!", "?"), 1);
 }
 
 TEST_F(LetterEditorTest, TakesATabStopThatWasTypedAndNotSet) {
