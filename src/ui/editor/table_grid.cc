@@ -172,8 +172,8 @@ std::vector<TableGrid> MakeGrids(const Table& table) {
   }
   // Qt makes all cells of the grid and takes time for each merge in proportion to their number.
   constexpr std::size_t kMostSlack = 4096, kMostWork = 100'000'000;
-  const std::size_t slots = grid.rows.size() * grid.edges.size();
-  if (!placed || slots > 6 * cells + kMostSlack || merges * slots > kMostWork)
+  const std::size_t places = grid.rows.size() * grid.edges.size();
+  if (!placed || places > 6 * cells + kMostSlack || merges * places > kMostWork)
     return GridsByCount(table);
   CoverRows(table, &grid);
   std::vector<TableGrid> grids;
