@@ -20,9 +20,6 @@ struct Action {
   ExpressionPtr where;                // null: every row
 };
 
-// Whether the statement begins as one of the three.
-bool IsAction(const std::vector<Token>& tokens);
-
 // `tokens` come from ReadTokens(statement). Raises 3075 (syntax), 3063 (a column
 // twice), 3360 (nested too deep) and 3219
 // for forms that are not run (insert … select, changes of several tables).

@@ -143,7 +143,6 @@ RichTextBox::RichTextBox() : state_(std::make_unique<State>()) {
 }
 RichTextBox::~RichTextBox() = default;
 RichTextBox::RichTextBox(RichTextBox&&) noexcept = default;
-RichTextBox& RichTextBox::operator=(RichTextBox&&) noexcept = default;
 
 const std::string& RichTextBox::TextRTF() const { return state_->Source(); }
 

@@ -25,7 +25,6 @@ class RichTextBox {
   RichTextBox();
   ~RichTextBox();
   RichTextBox(RichTextBox&&) noexcept;
-  RichTextBox& operator=(RichTextBox&&) noexcept;
 
   // The RTF source: ASCII, characters beyond it as "\'xx" where the code page has them, else as
   // Unicode escapes with their fallback.
