@@ -1,7 +1,6 @@
 // A statement that changes rows: insert, update, delete.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
