@@ -117,6 +117,7 @@ fs::path Database::DecideDataFolder() {
           "We are unable to save files onto the server computer.  Files will be saved locally.");
     }
   } catch (const RuntimeError&) {
+    // A setting that cannot be read was shown when the database was opened; once is enough.
   }
   return platform_.program_folder;
 }

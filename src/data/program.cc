@@ -1,9 +1,8 @@
 #include "data/program.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <cstdlib>
+
+#include "platform/runtime/user_folders.h"
 
 namespace tenora {
 namespace {
@@ -13,12 +12,6 @@ namespace fs = std::filesystem;
 fs::path WithoutTrailingSeparator(const fs::path& folder) {
   const fs::path normal = fs::absolute(folder).lexically_normal();
   return normal.has_filename() || normal == normal.root_path() ? normal : normal.parent_path();
-}
-
-fs::path HomeFolder() {
-  if (const char* home = std::getenv("HOME"); home != nullptr && *home == '/') return home;
-  const passwd* entry = ::getpwuid(::getuid());
-  return entry != nullptr && entry->pw_dir != nullptr ? entry->pw_dir : "/";
 }
 
 }  // namespace
@@ -31,11 +24,7 @@ fs::path ProgramFolder() {
   if (!error && fs::exists(executable.parent_path() / "property.mdb", error)) {
     return executable.parent_path();
   }
-  const char* data = std::getenv("XDG_DATA_HOME");
-  // A relative path counts as unset.
-  const bool usable = data != nullptr && *data == '/';
-  const fs::path data_home = usable ? fs::path(data) : HomeFolder() / ".local/share";
-  return WithoutTrailingSeparator(data_home / "Tenora");
+  return WithoutTrailingSeparator(UserFolder("XDG_DATA_HOME", ".local/share") / "Tenora");
 }
 
 }  // namespace tenora

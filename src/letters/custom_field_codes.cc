@@ -1,7 +1,6 @@
 #include "letters/custom_field_codes.h"
 
 #include "merge/custom_fields.h"
-#include "platform/runtime/conversion.h"
 #include "platform/runtime/value.h"
 
 namespace tenora {

@@ -1,6 +1,5 @@
 #include "letters/embedded_file.h"
 
-#include <algorithm>
 #include <cstdint>
 
 #include "platform/runtime/text.h"

@@ -4,7 +4,10 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <system_error>
 
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -65,6 +68,19 @@ std::string RecipientFolderName(std::string_view recipient_name) {
   const bool taken = std::ranges::any_of(
       kDataFolderNames, [&](std::string_view own) { return EqualsNoCase(own, safe); });
   return taken ? WithHash(safe, recipient_name, kLongestFileName) : safe;
+}
+
+std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
+                                          std::string_view recipient_name) {
+  const std::filesystem::path folder = data_folder / RecipientFolderName(recipient_name);
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (error) throw FileError(error.value(), folder);
+  if (std::filesystem::is_symlink(std::filesystem::symlink_status(folder, error))) {
+    throw StandardError(error_number::kPathFileAccess,
+                        folder.string() + " is a link; letters are kept in the data folder itself");
+  }
+  return folder;
 }
 
 }  // namespace tenora

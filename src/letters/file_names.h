@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -20,5 +21,10 @@ std::string SafeFileName(std::string_view name, std::size_t longest = kLongestFi
 // The sub-folder of the data folder for a recipient's letters: as SafeFileName, and never one of
 // the data folder's own names, lest a tenant called "Templates" fills the template library.
 std::string RecipientFolderName(std::string_view recipient_name);
+
+// That folder's path, made when missing. Raises the errors of FileError, and 75 where a link stands
+// in its place: letters do not leave the data folder.
+std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
+                                          std::string_view recipient_name);
 
 }  // namespace tenora

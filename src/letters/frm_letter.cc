@@ -21,13 +21,6 @@ namespace fs = std::filesystem;
 // Room for "(123456).rtf" behind a title.
 constexpr std::size_t kLongestTitle = kLongestFileName - 16;
 
-fs::path MakeFolder(const fs::path& folder) {
-  std::error_code error;
-  fs::create_directories(folder, error);
-  if (error) throw FileError(error.value(), folder);
-  return folder;
-}
-
 bool NameTaken(const fs::path& path) {
   std::error_code error;
   const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
@@ -144,7 +137,7 @@ bool frmLetter::SaveTenantTemplate(Durability durability) {
 
 void frmLetter::SaveGenerated(const SaveWay& way) {
   const fs::path folder =
-      MakeFolder(session_.database.DataFolder() / RecipientFolderName(members_.RecipientName));
+      MakeRecipientFolder(session_.database.DataFolder(), members_.RecipientName);
   BeforeSaveLetter();
   const std::string title = SafeFileName(members_.LetterTitle, kLongestTitle);
   const auto accept = [&](const fs::path& path) {

@@ -143,8 +143,9 @@ class frmLetter {
 
  private:
   std::string KindWord() const;
-  std::filesystem::path LetterFolder() const;
-  bool WriteLetter();
+  enum class Making { kNothing, kMissing };
+  std::filesystem::path LetterFolder(Making making = Making::kNothing) const;
+  bool WriteLetter(Making making = Making::kNothing);
   bool ChangedByOthers() const;
   void InsertFile(const std::string& title, const std::string& filter, bool as_picture);
   MergeTarget Target() { return MergeTarget{session_, members_, rtfLetter}; }

@@ -54,16 +54,6 @@ void CallIfSet(const Callback& callback, Arguments&&... arguments) {
   if (callback) callback(std::forward<Arguments>(arguments)...);
 }
 
-EmbeddedFile ReadFileToEmbed(const fs::path& path) {
-  std::error_code ignored;
-  const std::uintmax_t size = fs::file_size(path, ignored);
-  if (!ignored && size > kLargestEmbeddedFile) {
-    throw StandardError(error_number::kPathFileAccess,
-                        path.string() + " is larger than 25 MB, too large for a letter");
-  }
-  return {path.filename().string(), ReadWholeFile(path)};
-}
-
 void CollectObjects(const std::vector<richtext::Block>& blocks, std::vector<std::string>& sources) {
   for (const richtext::Block& block : blocks) {
     if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
@@ -88,13 +78,19 @@ std::string frmLetter::KindWord() const {
 
 // A letter's folder is named for its recipient, who may be called as a folder of our own is; a
 // template's is the template folder itself.
-fs::path frmLetter::LetterFolder() const {
+fs::path frmLetter::LetterFolder(Making making) const {
   const bool is_template = members_.Kind == kTemplates || members_.Kind == kOwnerTemplates ||
                            members_.Kind == session_.cheque_word;
   const bool own_folder = members_.RecipientName.empty() || members_.RecipientName == members_.Kind;
-  const std::string folder =
-      is_template && own_folder ? members_.Kind : RecipientFolderName(members_.RecipientName);
-  return session_.database.DataFolder() / folder;
+  const fs::path data = session_.database.DataFolder();
+  if (!is_template || !own_folder) {
+    return making == Making::kMissing ? MakeRecipientFolder(data, members_.RecipientName)
+                                      : data / RecipientFolderName(members_.RecipientName);
+  }
+  // A template folder that cannot be made fails the write.
+  std::error_code error;
+  if (making == Making::kMissing) fs::create_directories(data / members_.Kind, error);
+  return data / members_.Kind;
 }
 
 void frmLetter::Find() {
@@ -117,9 +113,10 @@ void frmLetter::FindAgain() {
 
 // Goes on to its end past a failure, without a box; but what is not on disk stays marked as
 // changed.
-bool frmLetter::WriteLetter() {
+bool frmLetter::WriteLetter(Making making) {
   bool written = false;
   try {
+    if (making == Making::kMissing) LetterFolder(making);
     BeforeSaveLetter();
     rtfLetter.SaveFile(members_.FilePath);
     known_file_ = StateOf(members_.FilePath);
@@ -157,15 +154,12 @@ bool frmLetter::SaveAs() {
       session_.platform.dialogs.AskText("Enter the name for this " + KindWord()).value_or("");
   members_.LetterTitle = FirstCharacters(answer, kLongestTitle);
   if (members_.LetterTitle.empty()) return false;
-  const fs::path folder = LetterFolder();
-  const fs::path path = folder / FileNameOf(members_.LetterTitle);
+  const fs::path path = LetterFolder() / FileNameOf(members_.LetterTitle);
   std::error_code error;
   const bool replaces = path != fs::path(members_.FilePath) && fs::exists(path, error);
   if (replaces && ConfirmReplace && !ConfirmReplace(path)) return false;
-  // A folder that cannot be made fails the write.
-  fs::create_directories(folder, error);
   const std::string path_before = std::exchange(members_.FilePath, path.string());
-  const bool written = WriteLetter();
+  const bool written = WriteLetter(Making::kMissing);
   // Without a file, the next save asks again.
   if (!written) members_.FilePath = path_before;
   CallIfSet(RefreshTree);
@@ -198,9 +192,10 @@ void frmLetter::Delete() {
        .icon = Icon::kQuestion,
        .default_answer = Answer::kNo});
   if (answer != Answer::kYes) return;
-  std::error_code error;
+  // Goes on to its end where the file cannot be deleted, without a box: the tree still shows it.
+  std::error_code not_deleted;
   // What is deleted must not ask to be saved when it closes.
-  if (fs::remove(members_.FilePath, error)) members_.Changed = false;
+  if (fs::remove(members_.FilePath, not_deleted)) members_.Changed = false;
   CallIfSet(RefreshTree);
   CloseForm();
 }
@@ -220,7 +215,7 @@ void frmLetter::InsertFile(const std::string& title, const std::string& filter, 
       rtfLetter.InsertObject(printing::PictureGroup(printing::ReadPictureFile(*path)));
       return;
     }
-    const EmbeddedFile file = ReadFileToEmbed(*path);
+    const EmbeddedFile file{path->filename().string(), ReadWholeFile(*path, kLargestEmbeddedFile)};
     rtfLetter.InsertObject(
         EmbeddedFileGroup(file, printing::PictureGroup(printing::FileLabel(file.name))));
   });

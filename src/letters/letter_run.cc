@@ -1,6 +1,5 @@
 #include "letters/letter_run.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>

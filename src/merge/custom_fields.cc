@@ -8,7 +8,6 @@
 #include "merge/catalogue.h"
 #include "merge/replace_code.h"
 #include "platform/runtime/error.h"
-#include "platform/runtime/text.h"
 #include "platform/runtime/value.h"
 
 namespace tenora {

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "merge/catalogue.h"
-#include "merge/replace_code.h"
 #include "platform/dialogs/dialogs.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"

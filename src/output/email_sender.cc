@@ -1,14 +1,11 @@
 #include "output/email_sender.h"
 
-#include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
 
 #include "platform/dialogs/guard.h"
 #include "platform/mail/mail_client.h"
 #include "platform/runtime/clock.h"
-#include "platform/runtime/text.h"
+#include "platform/runtime/user_folders.h"
 
 namespace tenora {
 namespace {
@@ -37,13 +34,7 @@ std::string NoMailClientText(const mail::NoMailClient& error) {
 }
 
 // Bodies handed to the mail program; it reads them after we have ended.
-std::filesystem::path DraftFolder() {
-  const char* cache = std::getenv("XDG_CACHE_HOME");
-  if (cache != nullptr && *cache == '/') return std::filesystem::path(cache) / "Tenora";
-  const char* home = std::getenv("HOME");
-  if (home != nullptr && *home == '/') return std::filesystem::path(home) / ".cache/Tenora";
-  return std::filesystem::temp_directory_path() / ("Tenora-" + std::to_string(::geteuid()));
-}
+std::filesystem::path DraftFolder() { return UserFolder("XDG_CACHE_HOME", ".cache") / "Tenora"; }
 
 }  // namespace
 

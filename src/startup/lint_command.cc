@@ -81,15 +81,13 @@ class LintCommand {
  private:
   fs::path DataFolder() { return session_.database.DataFolder(); }
 
-  // Without a database of the agency nothing is said about custom fields.
+  // Without a database of the agency nothing is said about custom fields. One that is there must be
+  // readable.
   void ReadFields() {
-    try {
-      const fs::path path =
-          request_.database.empty() ? DataFolder() / "property.mdb" : fs::path(request_.database);
-      fields_ = ReadCustomFieldCodes(*workspace_->OpenDatabase(path));
-    } catch (const RuntimeError&) {
-      if (!request_.database.empty()) throw;
-    }
+    const fs::path path =
+        request_.database.empty() ? DataFolder() / "property.mdb" : fs::path(request_.database);
+    if (request_.database.empty() && !IsFile(path)) return;
+    fields_ = ReadCustomFieldCodes(*workspace_->OpenDatabase(path));
   }
 
   // A file; else every template of that name, whichever catalogue it is for.
@@ -105,8 +103,9 @@ class LintCommand {
         found = true;
         LintFile(in_library);
       }
-    } catch (const RuntimeError&) {
-      // It leads out of the library.
+    } catch (const RuntimeError& error) {
+      // A name that leads out of the library is none of its templates'.
+      if (error.number() != error_number::kPathFileAccess) throw;
     }
     if (found) return;
     if (LooksLikePath(name)) return LintFile(path);

@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <ostream>
 
 #include "output/rtf_to_html.h"

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include "data/fake_engine.h"
-#include "platform/runtime/conversion.h"
 #include "support/fake_platform.h"
 
 namespace tenora {
@@ -275,6 +274,26 @@ TEST_F(DatabaseTest, ReportsOnEvenWhenTheLogCannotBeWritten) {
   std::filesystem::create_directory(platform_.ProgramFolder() / "errNov26.log");
   database_.DataErrorReport("Execute SQL", RuntimeError(3075, "Syntax error", "DAO.Database"));
   EXPECT_EQ(platform_.dialogs.shown().size(), 1u);
+}
+
+// Over the real engine, which also has to understand the statements as they are repaired.
+TEST(DatabaseOfTheSampleAgency, ReportsAStatementOfUnknownNamesAndGoesOn) {
+  test::FakePlatform platform;
+  platform.InstallSampleDatabase();
+  Settings settings(platform.Parts());
+  Database database(platform.Parts(), settings);
+  database.OpenDatabase();
+  EXPECT_EQ(database.LookupText("reference", "no_such_table", "", "none"), "none");
+  EXPECT_EQ(database.LookupText("no_such_field", "tenancy", "", "none"), "none");
+  EXPECT_EQ(database.LookupText("reference", "tenancy", "where where", "none"), "none");
+  EXPECT_EQ(platform.dialogs.shown().size(), 3u);
+  const std::string file = (platform.ProgramFolder() / "property.mdb").string();
+  for (const std::string& text : platform.dialogs.Texts()) {
+    EXPECT_THAT(text, testing::StartsWith(file + "\r\n\r\nGeneral Errors...\r\n\r\n3"));
+  }
+  EXPECT_EQ(database.LookupText("reference", "tenancy",
+                                "where name = 'Tama O'Brien' and closed_yn = false", "none"),
+            "T00005");
 }
 
 }  // namespace

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
-#include "support/test_files.h"
+#include "support/environment.h"
 
 namespace tenora {
 namespace {
@@ -22,18 +20,13 @@ TEST(ProgramFolder, IsNamedByTheEnvironmentOrTheUsersData) {
       {"", "/data/", "/data/Tenora"},
       {"", "relative", "/home/jo/.local/share/Tenora"},
   };
-  const std::string old_home = std::getenv("HOME") ? std::getenv("HOME") : "/";
-  ::setenv("HOME", "/home/jo", 1);
   for (const auto& c : cases) {
-    ::setenv("TENORA_HOME", c.named, 1);
-    ::setenv("XDG_DATA_HOME", c.data, 1);
+    const test::Environment environment(
+        {{"HOME", "/home/jo"}, {"TENORA_HOME", c.named}, {"XDG_DATA_HOME", c.data}});
     EXPECT_EQ(ProgramFolder().string(), c.folder) << c.named;
   }
-  ::setenv("TENORA_HOME", "agency", 1);
+  const test::Environment relative({{"TENORA_HOME", "agency"}});
   EXPECT_EQ(ProgramFolder(), std::filesystem::current_path() / "agency");
-  ::unsetenv("TENORA_HOME");
-  ::unsetenv("XDG_DATA_HOME");
-  ::setenv("HOME", old_home.c_str(), 1);
 }
 
 }  // namespace

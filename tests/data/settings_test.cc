@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "data/fake_engine.h"
 #include "support/fake_platform.h"
 
 namespace tenora {
@@ -26,8 +25,7 @@ class SettingsTest : public testing::Test {
     return status == registry::kSuccess ? value.bytes : "status " + std::to_string(status);
   }
 
-  test::FakeScript script_;
-  test::FakePlatform platform_{std::make_unique<test::FakeWorkspace>(script_)};
+  test::FakePlatform platform_;
   Settings settings_{platform_.Parts()};
 };
 

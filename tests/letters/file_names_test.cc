@@ -7,7 +7,6 @@
 #include <set>
 #include <string>
 
-#include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 #include "support/test_files.h"
 

@@ -185,33 +185,6 @@ TEST_F(TemplateLintTest, SaysWhatIsWrongAndWhatToDo) {
   }
 }
 
-// What the messages say of the merge is what it does.
-TEST_F(TemplateLintTest, TellsOfSpecialFormsWhatTheMergeDoes) {
-  const auto shown = [&](std::string_view body) {
-    RichTextBox box;
-    box.SetTextRTF(Merge(body, TemplateKind::kTenant).after);
-    const std::string text = box.Text();
-    return text.substr(0, text.find_last_not_of("\r\n") + 1);
-  };
-  EXPECT_EQ(shown("<<FutureDate:14:days>>,<<FutureDate:1:Days>>,<<FutureDate:1:days>>"),
-            ",22 November 2026,22 November 2026");
-  EXPECT_EQ(shown("<<FutureDate:2.5:Days>> <<FutureDate:-1:Days>> <<FutureDate: 7 :Days>>"),
-            "23 November 2026 20 November 2026 28 November 2026");
-  for (const char* wrong : {"<<FutureDate:x:Days>>", "<<FutureDate:14>>",
-                            "<<FutureDate:99999:Years>>", "<<FutureDate::Days>>"}) {
-    const std::string body = std::string(wrong) + " <<FutureDate:1:Days>>";
-    EXPECT_EQ(shown(body), body);
-  }
-  EXPECT_EQ(shown("[<<TCustom:Pett>><<PCustom:Pet>><<TCustom:>>]"), "[]");
-  EXPECT_EQ(shown("<<FutureDate:1:Days\\par text <<?Why not?>>,"), ",") << "text taken";
-  EXPECT_EQ(shown("<<?ab?>> <<?Later?>>"), "<<?ab?>> <<?Later?>>");
-  machine_.dialogs.WillType("fair");
-  EXPECT_EQ(shown("<<?Rent of <<Tenant Code>>?\?>>"), "fair");
-  EXPECT_THAT(machine_.dialogs.Texts().back(), HasSubstr("Rent of T00001?"));
-  machine_.dialogs.WillType("Kim");
-  EXPECT_EQ(shown("<<?Who>> comes <<?When?>>?"), "Kim?") << "text taken for the question";
-}
-
 TEST_F(TemplateLintTest, PointsAtTheCodeInTheEditor) {
   RichTextBox box;
   Load(&box,

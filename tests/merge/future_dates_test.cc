@@ -10,12 +10,11 @@ constexpr const char* kMessage = "Error inserting future date.  Possible incorre
 class InsertFutureDatesTest : public test::MergeTest {};
 
 TEST_F(InsertFutureDatesTest, CountsFromToday) {
-  struct Case {
+  const struct {
     int year, month, day;
     const char* code;
     const char* expected;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {2026, 12, 20, "<<FutureDate:14:Days>>", "3 January 2027"},
       {2026, 11, 21, "<<FutureDate:2:Weeks>>", "5 December 2026"},
       {2026, 1, 31, "<<FutureDate:1:Months>>", "28 February 2026"},
@@ -29,7 +28,7 @@ TEST_F(InsertFutureDatesTest, CountsFromToday) {
       {2026, 11, 21, "<<FutureDate:1:Days>> <<FutureDate:1:Days>> <<FutureDate:2:Days>>",
        "22 November 2026 22 November 2026 23 November 2026"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SetNow(c.year, c.month, c.day, 23, 59);
     Letter(c.code);
     InsertFutureDates(target_);

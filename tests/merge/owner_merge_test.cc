@@ -7,7 +7,7 @@
 #include "merge_fixture.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
-#include "sample_rows.h"
+#include "support/sample_rows.h"
 
 namespace tenora {
 namespace {

@@ -37,12 +37,11 @@ TEST_F(InsertPromptsTest, RemovesACancelledPrompt) {
 }
 
 TEST_F(InsertPromptsTest, StopsAtAMalformedPrompt) {
-  struct Case {
+  const struct {
     const char* text;
     const char* expected;
     std::size_t asked;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"<<?abc?>> <<?ab?>> <<?later?>>", "x <<?ab?>> <<?later?>>", 1},
       {"<<?ab?>> <<?later?>>", "<<?ab?>> <<?later?>>", 0},
       {"<<?"
@@ -54,7 +53,7 @@ TEST_F(InsertPromptsTest, StopsAtAMalformedPrompt) {
       {"?>> no start", "?>> no start", 0},
       {"<<?outer <<?inner?>> tail?>>", "x tail?>>", 1},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     machine_.dialogs.ForgetShown();
     for (std::size_t i = 0; i < c.asked; ++i) machine_.dialogs.WillType("x");
     Letter(c.text);

@@ -26,18 +26,17 @@ TEST_F(ReplaceCodeTest, LeavesWhatIsNotExactlyTheCode) {
 }
 
 TEST_F(ReplaceCodeTest, PutsValuesInAsSourceWithOnlyForeignCharactersEscaped) {
-  struct Case {
+  const struct {
     const char* value;
     const char* shown;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"Māhuta & Größe €5", "Māhuta & Größe €5"},
       {"O'Brien", "O'Brien"},
       {R"(a{\b b}c)", "abc"},  // an RTF meaning is kept: deliberate
       {"", ""},
       {"名前 \xF0\x9F\x98\x80", "名前 \xF0\x9F\x98\x80"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     Letter("[<<Tenant Name>>]");
     ReplaceCode(target_, "Tenant Name", c.value);
     EXPECT_EQ(Shown(), std::string("[").append(c.shown).append("]"));

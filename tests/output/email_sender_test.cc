@@ -3,8 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
+#include "support/environment.h"
 #include "support/fake_platform.h"
 #include "support/smtp_server.h"
 #include "support/stand_in.h"
@@ -75,9 +74,8 @@ TEST_F(EmailSender, TheMailProgramGetsEveryPictureInItsPlace) {
     body.body += "<img src=\"cid:" + id + "\" alt=\"\">";
   }
   const test::StandIn thunderbird("thunderbird");
-  ::setenv("XDG_CACHE_HOME", thunderbird.Scratch().c_str(), 1);
+  const test::Environment environment({{"XDG_CACHE_HOME", thunderbird.Scratch()}});
   EXPECT_TRUE(sender_.DeliverEmail("ann@example.test", body, "Rent", true));
-  ::unsetenv("XDG_CACHE_HOME");
   const std::string html =
       ReadWholeFile(std::filesystem::directory_iterator(thunderbird.Scratch() / "Tenora")->path());
   EXPECT_THAT(html,
@@ -86,10 +84,8 @@ TEST_F(EmailSender, TheMailProgramGetsEveryPictureInItsPlace) {
 }
 
 TEST_F(EmailSender, SaysWhenNoMailProgramIsInstalled) {
-  const std::string path = std::getenv("PATH");
-  ::setenv("PATH", platform_.folder.path().c_str(), 1);
+  const test::Environment nothing_there({{"PATH", platform_.folder.path()}});
   EXPECT_FALSE(sender_.DeliverEmail("ann@example.test", {}, "Rent", false));
-  ::setenv("PATH", path.c_str(), 1);
   EXPECT_THAT(Boxes(),
               ElementsAre(StartsWith("Unable to send an email.  You do not have Microsoft Outlook "
                                      "correctly installed.  (Note - Microsoft Outlook Express is "

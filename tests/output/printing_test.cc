@@ -5,9 +5,8 @@
 
 #include <array>
 
-#include "data/fake_engine.h"
 #include "platform/printing/paper.h"
-#include "platform/runtime/error.h"
+#include "support/errors.h"
 #include "support/fake_platform.h"
 
 namespace tenora {
@@ -37,16 +36,10 @@ class PrinterModTest : public testing::Test {
   }
 
   std::string FailureOf(const std::string& rtf) {
-    try {
-      PrintRtf(rtf);
-    } catch (const RuntimeError& error) {
-      return ErrorText(error);
-    }
-    return "no failure";
+    return test::ErrorOf([&] { PrintRtf(rtf); });
   }
 
-  test::FakeScript script_;
-  test::FakePlatform platform_{std::make_unique<test::FakeWorkspace>(script_)};
+  test::FakePlatform platform_;
   Settings settings_{platform_.Parts()};
   std::unique_ptr<printing::Printers> printers_ =
       printing::Printers::Create({printing::kPdfPrinterName, platform_.folder / "paper"});
@@ -94,12 +87,6 @@ TEST_F(PrinterModTest, PutsTheTextInsideTheMargins) {
   EXPECT_NEAR(paper.Find("Edge").right, test::kPageWidth - 2835, kNear);
 }
 
-TEST_F(PrinterModTest, PrintsFromThePapersEdgeWithoutMargins) {
-  const Paper paper = PrintRtf(Rtf("Corner"));
-  EXPECT_NEAR(paper.Find("Corner").left, 0, kNear);
-  EXPECT_NEAR(paper.Find("Corner").top, 0, kNear);
-}
-
 TEST_F(PrinterModTest, GoesOnToAsManyPagesAsTheTextNeeds) {
   SetMargins({"1440", "1440", "1440", "1440"});
   const Paper paper = PrintRtf(Rtf(Paragraphs(120)));
@@ -107,11 +94,6 @@ TEST_F(PrinterModTest, GoesOnToAsManyPagesAsTheTextNeeds) {
   EXPECT_THAT(test::Poppler({"pdfinfo", paper.file.string()}), HasSubstr("Pages:           3\n"));
   EXPECT_THAT(paper.PageText(2), StartsWith("paragraph 51\n"));
   EXPECT_THAT(paper.PageText(3), AllOf(StartsWith("paragraph 101\n"), HasSubstr("paragraph 120")));
-}
-
-TEST_F(PrinterModTest, GivesALetterOfOnePageOnePage) {
-  const Paper paper = PrintRtf(Rtf("Dear tenant\\par\\par\\par"));
-  EXPECT_THAT(test::Poppler({"pdfinfo", paper.file.string()}), HasSubstr("Pages:           1\n"));
 }
 
 TEST_F(PrinterModTest, RefusesMarginsThatLeaveNoRoom) {
@@ -125,18 +107,6 @@ TEST_F(PrinterModTest, RefusesMarginsThatLeaveNoRoom) {
                                               HasSubstr("margins"), HasSubstr(margins[0])));
     EXPECT_FALSE(printers_->Current().JobOpen());
   }
-}
-
-TEST_F(PrinterModTest, CollectsLettersUntilTheJobIsEnded) {
-  for (const char* body : {"first letter", "second letter"}) {
-    RichTextBox box;
-    box.SetTextRTF(Rtf(body));
-    printer_mod_.PrintRichText(box, body);
-  }
-  const Paper paper{printer_mod_.EndJob(), {}};
-  EXPECT_EQ(paper.file.filename(), "first letter.pdf");
-  EXPECT_THAT(paper.PageText(2), StartsWith("second letter"));
-  EXPECT_EQ(printer_mod_.EndJob(), "");
 }
 
 TEST_F(PrinterModTest, LaysTheSheetAsEachLetterOfAJobWantsIt) {
@@ -155,30 +125,6 @@ TEST_F(PrinterModTest, LaysTheSheetAsEachLetterOfAJobWantsIt) {
     EXPECT_NEAR(words[i].right, widths[i] - 3000, kNear) << i;
     EXPECT_NEAR(words[i].top, 1000, kNear) << i;
   }
-}
-
-TEST_F(PrinterModTest, PrintsWhatAWordProcessorPutInTheText) {
-  const Paper paper = PrintRtf(
-      "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\fnil\\fcharset2 "
-      "Symbol;}}"
-      "\\pard\\qc\\b\\fs32 Notice\\b0\\fs24\\par"
-      "\\pard{\\pntext\\f1\\'B7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'B7}}"
-      "\\fi-360\\li720 bullet text\\par"
-      "\\pard\\tx3000\\tqr\\tx6000 Gr\\'f6\\'dfe\\tab M\\u257?huta\\tab 12.50\\par"
-      "\\trowd\\trgaph108\\cellx3000\\cellx6000\\pard\\intbl left cell\\cell right cell\\cell\\row"
-      "\\pard after\\page next page\\par}");
-  EXPECT_THAT(paper.PageText(1), AllOf(HasSubstr("Notice"), HasSubstr("• bullet text"),
-                                       HasSubstr("Größe"), HasSubstr("Māhuta")));
-  EXPECT_NEAR(paper.Find("12.50").right, 6000, kNear);
-  EXPECT_NEAR(paper.Find("right").left, 3000 + 108, kNear);
-  EXPECT_THAT(paper.PageText(2), StartsWith("next page"));
-}
-
-TEST_F(PrinterModTest, CountsThePdfPrinterAndTakesTheOneChosen) {
-  EXPECT_GE(printer_mod_.PrinterCount(), 1);
-  platform_.dialogs.WillChoose(0).WillCancel();
-  EXPECT_TRUE(printer_mod_.ChoosePrinter(platform_.dialogs));
-  EXPECT_FALSE(printer_mod_.ChoosePrinter(platform_.dialogs));
 }
 
 }  // namespace

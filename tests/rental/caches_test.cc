@@ -1,6 +1,7 @@
 #include "rental/caches.h"
 
 #include "rental/rental_fixture.h"
+#include "support/errors.h"
 
 namespace tenora::test {
 namespace {
@@ -36,13 +37,13 @@ class CacheLoads : public ScriptedRental {
     return row;
   }
   void StoreTenancies(const std::vector<std::map<std::string, Value>>& tenancies) {
-    Rows rows;
-    for (const auto& [column, value] : Tenancy("")) rows.columns.push_back(column);
+    FakeResult rows;
+    for (const auto& [column, value] : Tenancy("")) rows.fields.push_back(column);
     for (const auto& tenancy : tenancies) {
       rows.rows.emplace_back();
       for (const auto& [column, value] : tenancy) rows.rows.back().push_back(value);
     }
-    engine->answers[kTenants] = rows;
+    script.results[kTenants] = rows;
   }
   Caches& caches = session.caches;
 };
@@ -154,10 +155,10 @@ TEST_F(CacheLoads, FindTheFirstMatchExactly) {
 }
 
 TEST_F(CacheLoads, OfOwnersStopAtABadFee) {
-  Rows rows{{"name", "postal1", "postal2", "postal3", "street1", "street2", "street3", "code",
-             "home", "work", "mobile", "fax", "email", "ird_number", "fee_percent", "account_name",
-             "account_number", "closedstatus", "fee_value"},
-            {}};
+  FakeResult rows{{"name", "postal1", "postal2", "postal3", "street1", "street2", "street3", "code",
+                   "home", "work", "mobile", "fax", "email", "ird_number", "fee_percent",
+                   "account_name", "account_number", "closedstatus", "fee_value"},
+                  {}};
   const auto owner = [](Value name, Value fee) {
     std::vector<Value> row(19, Value("x"));
     row.front() = std::move(name);
@@ -168,13 +169,8 @@ TEST_F(CacheLoads, OfOwnersStopAtABadFee) {
   };
   rows.rows = {owner(Null(), 1.0), owner("", 1.0), owner(" A/B ", 7.25), owner("C", Null()),
                owner("D", 2.0)};
-  engine->answers["select * from owner order by name"] = rows;
-  try {
-    caches.CacheOwners(session.database);
-    ADD_FAILURE() << "a missing fee passed for a number";
-  } catch (const RuntimeError& error) {
-    EXPECT_EQ(error.number(), error_number::kTypeMismatch);
-  }
+  script.results["select * from owner order by name"] = rows;
+  EXPECT_EQ(NumberOf([&] { caches.CacheOwners(session.database); }), error_number::kTypeMismatch);
   ASSERT_THAT(caches.Owners, SizeIs(2));
   EXPECT_EQ(caches.Owners[0].Name, "A-B");
   EXPECT_EQ(caches.Owners[0].FeeValue, 7.25);

@@ -127,22 +127,17 @@ TEST(SpreadPayments, FollowsWhatPaysFirst) {
 }
 
 TEST(SpreadPayments, PutsWhatIsLeftOnTheLastPeriod) {
+  const Payments shared{.rent = Cents(30000), .rent_group_pays_extra_charges = true};
+  Payments by_period = shared;
+  by_period.period_by_period = true;
   const struct {
     const char* what;
     Payments payments;
     std::int64_t rent, extra, outstanding;
   } cases[] = {
       {"both too much", {.rent = Cents(30000), .extra_charges = Cents(1500)}, 20000, 1500, -10500},
-      {"rent group pays the extra charges, too",
-       {.rent = Cents(30000), .rent_group_pays_extra_charges = true},
-       19000,
-       1000,
-       -9000},
-      {"period by period",
-       {.rent = Cents(30000), .rent_group_pays_extra_charges = true, .period_by_period = true},
-       19000,
-       1000,
-       -9000},
+      {"rent group pays the extra charges, too", shared, 19000, 1000, -9000},
+      {"period by period", by_period, 19000, 1000, -9000},
       {"money taken back", {.rent = Cents(-500), .extra_charges = Cents(0)}, 0, 0, 11000},
   };
   for (const auto& c : cases) {

@@ -1,4 +1,5 @@
-// A session on a machine for tests, over the scripted engine or the sample agency.
+// A session on a machine for tests: over an engine with scripted answers, so that the rental room
+// can be handed rows that no well-kept database would hold, or over the sample agency.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -6,8 +7,9 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
-#include "rental/scripted_engine.h"
+#include "data/fake_engine.h"
 #include "rental/session.h"
 #include "support/fake_platform.h"
 
@@ -25,8 +27,14 @@ class ScriptedRental : public testing::Test {
     session.database.OpenDatabase();
   }
 
-  ScriptedEngine* engine = new ScriptedEngine;  // owned by the machine
-  FakePlatform machine{std::unique_ptr<query::Workspace>(engine)};
+  // The answer to a scalar look-up; null values are empty sets.
+  void AnswerLookup(const std::string& sql, Value value) {
+    FakeResult& result = script.results[sql] = {.fields = {"result"}};
+    if (!IsNull(value)) result.rows = {{std::move(value)}};
+  }
+
+  FakeScript script;
+  FakePlatform machine{std::make_unique<FakeWorkspace>(script)};
   Session session{machine.Parts()};
 };
 

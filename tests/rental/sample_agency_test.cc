@@ -3,14 +3,13 @@
 #include <cmath>
 #include <map>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "platform/runtime/conversion.h"
-#include "platform/runtime/text.h"
 #include "rental/rental_fixture.h"
 #include "rental/tenant_lookups.h"
+#include "support/sample_rows.h"
 
 namespace tenora::test {
 namespace {
@@ -18,29 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-using Row = std::map<std::string, std::string>;
-
-std::vector<Row> Export(const std::string& table) {
-  const ProcessResult result =
-      RunProcess({"mdb-export", "-Q", "-d", "\x1f", "-R", "\x1e", "-D", "%Y-%m-%d", "-T",
-                  "%Y-%m-%d", SampleDatabase().string(), table});
-  if (result.status != 0) throw std::runtime_error("mdb-export failed: " + result.errors);
-  std::vector<Row> rows;
-  // The header ends with a line feed in some versions and with the row separator in others.
-  const std::string text = ReplaceAll(result.output, "\n", "\x1e");
-  std::vector<std::string> columns;
-  for (const std::string& line : Split(text, "\x1e")) {
-    const std::vector<std::string> fields = Split(line, "\x1f");
-    if (columns.empty()) {
-      columns = fields;
-    } else if (fields.size() == columns.size()) {
-      Row& row = rows.emplace_back();
-      for (std::size_t i = 0; i < fields.size(); ++i) row[columns[i]] = fields[i];
-    }
-  }
-  return rows;
-}
 
 // Amounts as cents; days as numbers, none for the year that says "no date" (of which the other
 // reader makes 1900).
@@ -125,17 +101,17 @@ struct Expected {
 
 std::map<std::string, Expected> ReadIndependently() {
   std::map<std::string, Expected> tenancies;
-  for (const Row& row : Export("tenancy")) {
+  for (const SampleRow& row : SampleTable("tenancy")) {
     Expected& tenancy = tenancies[row.at("reference")];
     tenancy.ended = DayOf(row.at("when ended"));
     tenancy.property = row.at("Property Code");
   }
-  for (const Row& row : Export("rent_periods")) {
+  for (const SampleRow& row : SampleTable("rent_periods")) {
     tenancies[row.at("tenant_code")].charges.push_back(
         {*DayOf(row.at("period_from")), *DayOf(row.at("period_to")), CentsOf(row.at("rent_due")),
          CentsOf(row.at("extra_charges"))});
   }
-  for (const Row& row : Export("revenues")) {
+  for (const SampleRow& row : SampleTable("revenues")) {
     const std::string& group = row.at("revenue group");
     if (group != "RENT" && group != "WATER" && group != "DAMAGE") continue;
     tenancies[row.at("tenant_code")].money.push_back(
@@ -180,18 +156,11 @@ TEST_F(SampleRental, AgreesWithTheRowsOnEveryTenancysPayments) {
   EXPECT_THAT(machine.dialogs.Texts(), IsEmpty());
 }
 
-TEST_F(SampleRental, ReportsAReceiptWhoseverItIs) {
-  TenantRecord& tenant = Tenant("T00001");
-  LastPayment(session, tenant, 1);
-  EXPECT_EQ(tenant.LastPaymentNumber, 1);
-  EXPECT_EQ(tenant.LastPaymentTender, "Direct Credit");
-  EXPECT_EQ(tenant.LastPaymentAmount, 370);
-}
-
 TEST_F(SampleRental, CachesEveryTenancyThatHasAProperty) {
   const Caches& caches = session.caches;
   std::size_t with_property = 0;
-  for (const Row& row : Export("tenancy")) with_property += row.at("Property Code") != "MISSING";
+  for (const SampleRow& row : SampleTable("tenancy"))
+    with_property += row.at("Property Code") != "MISSING";
   EXPECT_THAT(caches.Tenants, SizeIs(with_property));
   EXPECT_EQ(session.caches.FindTenant("T00042"), nullptr);
   // Of two tenancies with one name the closed one comes first, and is the one found.
@@ -202,28 +171,8 @@ TEST_F(SampleRental, CachesEveryTenancyThatHasAProperty) {
   EXPECT_EQ(Tenant("T00007").KeyName, "Mei Huang");
   EXPECT_EQ(Tenant("T00003").KeyName, "Smith-Jones, flat 2-rear `Red`");
   EXPECT_EQ(Tenant("T00003").RentReviewDate.Year(), kNoDateYear);
-}
-
-TEST_F(SampleRental, FillsATenancyFromItsOwnAndItsPropertysColumns) {
-  const TenantRecord& tenant = Tenant("T00008");
-  EXPECT_EQ(tenant.PropertyAddress1, "74 Kōwhai Crescent");
-  EXPECT_EQ(tenant.PropertyAddress3, "Auckland");
-  EXPECT_EQ(tenant.TenantAddress1, "54 Queen's Parade");
-  EXPECT_EQ(tenant.TenantAddress3, "");
-  EXPECT_EQ(tenant.CurrentRent, 560);
-  EXPECT_EQ(tenant.Bond, 2240);
-  EXPECT_EQ(tenant.FrequencyText, "2 Weeks");
-  EXPECT_EQ(tenant.MonthlyDay, 26);
-  EXPECT_EQ(tenant.StartDate, Day(2024, 10, 26));
-  EXPECT_EQ(tenant.LastRentRise, Day(2025, 4, 26));
-  EXPECT_EQ(tenant.EndDate.Year(), kNoDateYear);
-  EXPECT_EQ(tenant.RentReviewDate, Day(2027, 10, 21));
-  EXPECT_EQ(tenant.PropertyCode, "PR00013");
-  EXPECT_EQ(tenant.Email, "tenant8@example.test");
-  EXPECT_EQ(tenant.HomePhone, "09 5556141");
-  EXPECT_EQ(tenant.WorkPhone, "09 5552482");
-  EXPECT_EQ(tenant.Mobile, "027 5557212");
-  EXPECT_EQ(tenant.IdNumber, "ID568500");
+  EXPECT_EQ(Tenant("T00008").LastRentRise, Day(2025, 4, 26));
+  EXPECT_EQ(Tenant("T00008").EndDate.Year(), kNoDateYear);
 }
 
 TEST_F(SampleRental, CachesOwnersPropertiesAndAccountCodes) {
@@ -232,7 +181,7 @@ TEST_F(SampleRental, CachesOwnersPropertiesAndAccountCodes) {
   caches.CacheProperties(session.database);
   caches.CacheAccountCodes(session.database);
   std::size_t named = 0;
-  for (const Row& row : Export("owner")) named += !row.at("name").empty();
+  for (const SampleRow& row : SampleTable("owner")) named += !row.at("name").empty();
   EXPECT_THAT(caches.Owners, SizeIs(named));
   // PR00025 belongs to nobody.
   ASSERT_THAT(caches.Properties, SizeIs(24));
@@ -244,40 +193,6 @@ TEST_F(SampleRental, CachesOwnersPropertiesAndAccountCodes) {
   EXPECT_EQ(caches.AccountCodes[2].Type, 203);
   EXPECT_TRUE(caches.AccountCodes[2].ExcludeCashflow);
   EXPECT_THAT(machine.dialogs.Texts(), IsEmpty());
-}
-
-TEST_F(SampleRental, LooksUpChangesInspectionsAndOwners) {
-  const struct {
-    const char *code, *date, *rent;
-  } changes[] = {{"T00005", "1 December 2026", "$380.00"},
-                 {"T00010", "4 February 2027", "$690.00"},
-                 {"T00001", "", ""},
-                 {"O'Nobody", "", ""}};
-  for (const auto& c : changes) {
-    EXPECT_EQ(NextRentChangeDate(session, c.code), c.date);
-    EXPECT_EQ(NextRentChangeValue(session, c.code), c.rent);
-  }
-  EXPECT_EQ(InspectionDate(session, true, "T00002"), "15 December 2026 02:30 PM");
-  EXPECT_EQ(InspectionDate(session, false, "T00002"), "1 August 2026");
-  EXPECT_EQ(InspectionDate(session, true, "T00001"), "21 November 2026 09:30 AM");
-  EXPECT_EQ(OwnerNameOfProperty(session, "PR00020"), "Søren Ngata");
-  EXPECT_EQ(OwnerNameOfProperty(session, "PR00025"), "");
-  EXPECT_EQ(OwnerNameOfProperty(session, "O'Nowhere"), "");
-  EXPECT_THAT(machine.dialogs.Texts(), IsEmpty());
-}
-
-TEST_F(SampleRental, ExtendsSchedulesToTheAsAtDate) {
-  TenantRecord& tenant = Tenant("T00001");
-  LastPayment(session, tenant, 0);
-  const double before = tenant.BalanceOwing;
-  // Rent of 680.00 a week: the next period's start and two whole weeks more.
-  session.as_at_date = machine.clock.Today().AddDays(70);
-  LastPayment(session, tenant, 0);
-  const double after = tenant.BalanceOwing;
-  session.as_at_date = session.as_at_date.AddDays(14);
-  LastPayment(session, tenant, 0);
-  EXPECT_GT(after, before);
-  EXPECT_EQ(Currency::FromDouble(tenant.BalanceOwing - after), Cents(2 * 68000));
 }
 
 }  // namespace

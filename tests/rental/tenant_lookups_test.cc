@@ -14,12 +14,12 @@ TEST_F(TenantLookups, FormatTheNextRentChange) {
   const std::string rest =
       " from rentchanges where tenantcode = 'T1' and changedate>=#00:00:00 11/21/2026#order by "
       "changedate asc";
-  engine->answers["select top 1 changedate" + rest] = {{"changedate"}, {{Day(2026, 12, 1)}}};
-  engine->answers["select top 1 changevalue" + rest] = {{"changevalue"}, {{Cents(123450)}}};
+  script.results["select top 1 changedate" + rest] = {{"changedate"}, {{Day(2026, 12, 1)}}};
+  script.results["select top 1 changevalue" + rest] = {{"changevalue"}, {{Cents(123450)}}};
   EXPECT_EQ(NextRentChangeDate(session, "T1"), "1 December 2026");
   EXPECT_EQ(NextRentChangeValue(session, "T1"), "$1,234.50");
-  engine->answers["select top 1 changedate" + rest].rows.clear();
-  engine->answers["select top 1 changevalue" + rest].rows = {{Null()}};
+  script.results["select top 1 changedate" + rest].rows.clear();
+  script.results["select top 1 changevalue" + rest].rows = {{Null()}};
   EXPECT_EQ(NextRentChangeDate(session, "T1"), "");
   EXPECT_EQ(NextRentChangeValue(session, "T1"), "");
   EXPECT_THAT(machine.dialogs.Texts(), IsEmpty());
@@ -29,8 +29,9 @@ TEST_F(TenantLookups, ShowAnInspectionsTimeUnlessItIsMidnight) {
   const std::string from =
       "select top 1 inspection_date from insp_schedule where tenant_code = "
       "'T1' and inspection_date ";
-  Rows& next = engine->answers[from + "> #00:00:00 11/21/2026# order by inspection_date"];
-  Rows& last = engine->answers[from + "<= #00:00:00 11/21/2026# order by inspection_date desc"];
+  FakeResult& next = script.results[from + "> #00:00:00 11/21/2026# order by inspection_date"];
+  FakeResult& last =
+      script.results[from + "<= #00:00:00 11/21/2026# order by inspection_date desc"];
   next = last = {{"inspection_date"}, {}};
   const struct {
     Value date;
@@ -58,20 +59,20 @@ TEST_F(TenantLookups, SendTheStatementForAReceiptOrForTheLatestPayment) {
   tenant.Reference = "T'1";
   tenant.PropertyCode = "P1";
   tenant.LastPaymentTender = "Cash";
-  engine->AnswerLookup("select rent_group as result from Options ", "RENT");
+  AnswerLookup("select rent_group as result from Options ", "RENT");
   LastPayment(session, tenant, 0);
   LastPayment(session, tenant, -7);
   const std::string columns =
       "select top 1 recordnumber, tender, rent_weeks, date, amount, paid_to, [property code], tax "
       "from revenues where ";
   // The apostrophe of the code is doubled on the way out, as in every statement.
-  EXPECT_THAT(engine->statements,
+  EXPECT_THAT(script.asked,
               Contains(columns +
                        "([revenue group] = 'RENT' or [revenue group] in (select gl_code from "
                        "glcodes where type = 1 and pay_extra_charges <> 0)) and [property code] = "
                        "'P1' and tenant_code = 'T''1' order by date desc, recordnumber desc"));
-  EXPECT_THAT(engine->statements, Contains(columns + "recordnumber = -7"));
-  EXPECT_THAT(engine->statements,
+  EXPECT_THAT(script.asked, Contains(columns + "recordnumber = -7"));
+  EXPECT_THAT(script.asked,
               Contains("select sum(amount)+0 as paid from revenues where [revenue group] in "
                        "('xydhgus')  and [revenue group]  <> 'RENT' and tenant_code = 'T''1'"));
   EXPECT_EQ(tenant.LastPaymentTender, "Cash") << "without a payment the fields stay";

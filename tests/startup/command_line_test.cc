@@ -10,12 +10,11 @@ namespace tenora {
 namespace {
 
 TEST(GetCommandParameter, ReadsByTheFirstOccurrence) {
-  struct Case {
+  const struct {
     const char* line;
     const char* name;
     const char* expected;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {R"(PRINTRECEIPT="T00001" FORMAT="Rent review")", "FORMAT", "Rent review"},
       {R"(PRINTRECEIPT="T00001" FORMAT="Rent review")", "PRINTRECEIPT", "T00001"},
       {R"(printreceipt="T1" format="x")", "FORMAT", "x"},
@@ -37,17 +36,16 @@ TEST(GetCommandParameter, ReadsByTheFirstOccurrence) {
       {R"(REFORMAT="a" FORMAT="b")", "FORMAT", "a"},
       {R"(FORMAT="Größe/Māhuta's")", "FORMAT", "Größe/Māhuta's"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     EXPECT_EQ(CommandLine(c.line).GetCommandParameter(c.name, "the default"), c.expected) << c.line;
   }
 }
 
 TEST(CommandLine, PutsBackWhatTheShellTookAway) {
-  struct Case {
+  const struct {
     std::vector<std::string> arguments;
     const char* expected;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {{}, ""},
       {{"/NewFormsInstalled"}, "/NewFormsInstalled"},
       // The whole line as one argument keeps its own quotes, sound or not.
@@ -79,7 +77,7 @@ TEST(CommandLine, PutsBackWhatTheShellTookAway) {
       // A known name without a value is no part of the value before it.
       {{"TOPRINTER=true", "PRINTRECEIPT"}, R"(TOPRINTER="true" PRINTRECEIPT)"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     EXPECT_EQ(CommandLine::FromArguments(c.arguments).text(), c.expected)
         << testing::PrintToString(c.arguments);
   }

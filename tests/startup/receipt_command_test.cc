@@ -1,4 +1,3 @@
-#include <cstdlib>
 
 #include "agency.h"
 #include "platform/runtime/files.h"
@@ -113,13 +112,11 @@ TEST_F(ReceiptCommand, RefusesAnUnknownTenancy) {
 }
 
 TEST_F(ReceiptCommand, RefusesToReprintAPaymentThatIsNotThere) {
-  for (const char* line : {R"(PRINTRECEIPT="" REPRINT="99999999" FORMAT="Receipt")",
-                           R"(PRINTRECEIPT="T00001" REPRINT="99999999" FORMAT="Receipt")",
-                           R"(PRINTRECEIPT="T00001" REPRINT="-3" FORMAT="Receipt")"}) {
-    const std::string number =
-        std::string(line).find("-3") == std::string::npos ? "99999999" : "-3";
-    const test::ProcessResult result = Receipt(line);
-    ExpectRefused(result, "There is no payment with the number " + number + ".");
+  for (const auto& [tenant, number] :
+       {std::pair("", "99999999"), {"T00001", "99999999"}, {"T00001", "-3"}}) {
+    const test::ProcessResult result = Receipt(std::string("PRINTRECEIPT=\"") + tenant +
+                                               "\" FORMAT=\"Receipt\" REPRINT=\"" + number + "\"");
+    ExpectRefused(result, std::string("There is no payment with the number ") + number + ".");
     EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
   }
 }
@@ -129,11 +126,10 @@ TEST_F(ReceiptCommand, RefusesATemplateThatCannotBeLoaded) {
   WriteFile(Home() / "Templates/Empty.rtf", "");
   WriteFile(Home() / "secret.rtf", test::RtfDocument("secret"));
   fs::create_directory(Home() / "Templates/Folder.rtf");
-  struct Case {
+  const struct {
     const char* format;
     const char* message;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"None", "53 - File not found"},
       {"Plain", "321 - "},
       {"Empty", "321 - "},
@@ -143,7 +139,7 @@ TEST_F(ReceiptCommand, RefusesATemplateThatCannotBeLoaded) {
       {"/etc/passwd", "75 - "},
   };
   fs::rename(Home() / "secret.rtf", Home() / "Templates/../Templates.rtf");
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     const test::ProcessResult result =
         Receipt(std::string("PRINTRECEIPT=\"T00001\" FORMAT=\"") + c.format + "\"");
     EXPECT_EQ(result.status, 1);

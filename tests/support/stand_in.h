@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -10,6 +9,7 @@
 
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
+#include "support/environment.h"
 #include "support/test_files.h"
 
 namespace tenora::test {
@@ -24,12 +24,7 @@ class StandIn {
                                 (folder_ / "new").string() + "' '" + (folder_ / "call").string() +
                                 "'\n");
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    old_path_ = std::getenv("PATH");
-    ::setenv("PATH", folder_.path().c_str(), 1);
   }
-  StandIn(const StandIn&) = delete;
-  StandIn& operator=(const StandIn&) = delete;
-  ~StandIn() { ::setenv("PATH", old_path_.c_str(), 1); }
 
   // The arguments, once the program has run.
   std::vector<std::string> Call() const {
@@ -43,7 +38,7 @@ class StandIn {
 
  private:
   ScratchFolder folder_;
-  std::string old_path_;
+  Environment path_{{{"PATH", folder_.path()}}};
 };
 
 }  // namespace tenora::test

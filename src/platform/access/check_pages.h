@@ -23,7 +23,6 @@ class PageLedger {
   // False, and a fault, when the page is not in the file or claimed already.
   bool Claim(std::uint32_t page, User user, const FindingPlace& place);
   bool IsClaimedBy(std::uint32_t page, User user) const;
-  bool IsClaimed(std::uint32_t page) const { return page < users_.size() && users_[page] != 0; }
 
   // Reads a usage map and claims the pages it is kept on. An empty set, and a fault, for one that
   // cannot be or that serves something else already.

@@ -9,39 +9,10 @@
 #include <string>
 #include <string_view>
 
+#include "platform/access/engine_error.h"
 #include "platform/runtime/error.h"
 
 namespace tenora::access {
-
-// The engine's error numbers.
-namespace engine_error {
-inline constexpr int kFileNotFound = 3024;
-inline constexpr int kNotAValidPassword = 3031;
-inline constexpr int kDiskOrNetworkError = 3043;
-inline constexpr int kDuplicateKey = 3022;
-inline constexpr int kDiskFull = 3026;
-inline constexpr int kReadOnly = 3027;
-inline constexpr int kRecordTooLarge = 3047;
-inline constexpr int kCorruptFile = 3049;
-inline constexpr int kNullInKey = 3058;
-inline constexpr int kCannotLock = 3050;
-inline constexpr int kNoSuchTable = 3078;
-inline constexpr int kNoSuchColumn = 3127;
-inline constexpr int kFieldTooSmall = 3163;
-inline constexpr int kRecordDeleted = 3167;
-
-inline constexpr int kNotUpdatable = 3073;
-inline constexpr int kChangedByAnother = 3197;
-inline constexpr int kRelatedRecordsExist = 3200;
-inline constexpr int kRelatedRecordRequired = 3201;
-inline constexpr int kCurrentlyLocked = 3218;
-inline constexpr int kValueRequired = 3314;
-inline constexpr int kZeroLength = 3315;
-inline constexpr int kNumericOverflow = 3349;
-inline constexpr int kTypeConversion = 3421;
-inline constexpr int kCannotOpenFile = 3051;
-inline constexpr int kUnrecognizedFormat = 3343;
-}  // namespace engine_error
 
 class Damage : public std::runtime_error {
  public:

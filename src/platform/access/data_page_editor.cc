@@ -45,10 +45,6 @@ const DataPageEditor::Slot& DataPageEditor::At(std::size_t slot) const {
                             std::to_string(slots_.size()));
 }
 
-bool DataPageEditor::HasLiveSlots() const {
-  return std::ranges::any_of(slots_, [](const Slot& slot) { return slot.flags != kRowDeleted; });
-}
-
 std::size_t DataPageEditor::Free() const {
   std::size_t used = pages_.layout().data_row_offsets + 2 * slots_.size();
   for (const Slot& slot : slots_) used += slot.bytes.size();

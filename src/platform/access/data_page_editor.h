@@ -16,8 +16,6 @@ class DataPageEditor {
   static void Format(ChangedPages& pages, std::uint32_t number, std::uint32_t owner);
 
   std::uint32_t number() const { return number_; }
-  std::size_t slot_count() const { return slots_.size(); }
-  bool HasLiveSlots() const;
   // Raise Damage for a slot that is not there.
   Bytes Row(std::size_t slot) const { return At(slot).bytes; }
   std::uint16_t Flags(std::size_t slot) const { return At(slot).flags; }

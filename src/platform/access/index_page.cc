@@ -101,10 +101,6 @@ void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& pag
   page.unused_bytes = area.size() - begin;
 }
 
-std::size_t IndexPageFreeBytes(const Layout& layout, std::size_t used) {
-  return layout.page_size - layout.index_page_entries - used;
-}
-
 bool ComposeIndexPage(const Layout& layout, const IndexPage& page, std::span<std::byte> bytes) {
   const std::size_t room = layout.page_size - layout.index_page_entries;
   std::size_t used = 0;

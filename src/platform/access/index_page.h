@@ -47,9 +47,6 @@ struct IndexPage {
 // is too short, entries the page has no room for. Neither order nor links are checked.
 void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& page);
 
-// The free bytes of an index page whose entries take `used` bytes.
-std::size_t IndexPageFreeBytes(const Layout& layout, std::size_t used);
-
 // Puts the page into `bytes`, which are one page long; entries must be in order. The bytes that the
 // entries share are written once where they would not fit otherwise. False when they do not fit at
 // all; `bytes` are then as before.

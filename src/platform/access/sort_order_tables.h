@@ -10,7 +10,6 @@
 // A character in no row is one whose codes are not known.
 #pragma once
 
-#include <cstdint>
 #include <span>
 #include <string_view>
 

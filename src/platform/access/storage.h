@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
-#include <string>
 
 #include "platform/access/bytes.h"
 #include "platform/access/file_state.h"

@@ -1,6 +1,5 @@
 #include "platform/access/table_definition.h"
 
-#include <algorithm>
 #include <string>
 
 namespace tenora::access {

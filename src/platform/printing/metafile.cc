@@ -1,6 +1,5 @@
 #include "platform/printing/metafile.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace tenora::printing {

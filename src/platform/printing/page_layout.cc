@@ -1,8 +1,5 @@
 #include "platform/printing/page_layout.h"
 
-#include <algorithm>
-
-#include "platform/printing/positions.h"
 #include "platform/printing/printing.h"
 
 namespace tenora::printing {

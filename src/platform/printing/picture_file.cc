@@ -22,7 +22,7 @@ using richtext::Picture;
 using Kind = Picture::Kind;
 
 constexpr int kInvalidPicture = 481;
-constexpr std::uintmax_t kLargestFile = std::uintmax_t{64} << 20;
+constexpr std::size_t kLargestFile = std::size_t{64} << 20;
 constexpr std::size_t kLargestAsItIs = std::size_t{8} << 20;
 constexpr int kMostPixels = 4000;        // a side
 constexpr double kMostToDecode = 400e6;  // pixels in all
@@ -183,13 +183,7 @@ std::string_view KindWord(Kind kind) {
 }  // namespace
 
 Picture ReadPictureFile(const std::filesystem::path& path) {
-  std::error_code ignored;
-  const std::uintmax_t size = std::filesystem::file_size(path, ignored);
-  if (!ignored && size > kLargestFile) {
-    throw RuntimeError(kInvalidPicture,
-                       "Invalid picture: " + path.string() + " is larger than 64 MB");
-  }
-  std::string bytes = ReadWholeFile(path);
+  std::string bytes = ReadWholeFile(path, kLargestFile);
   Picture picture;
   if (IsPlaceable(bytes) || IsWmf(bytes)) {
     picture = Wmf(std::move(bytes));

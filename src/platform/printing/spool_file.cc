@@ -1,11 +1,8 @@
 #include "platform/printing/spool_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <system_error>
 
 #include "platform/runtime/error.h"
@@ -18,57 +15,38 @@ namespace {
 constexpr std::size_t kLongestStem = 120;
 constexpr int kMostNumbers = 100000;
 
-// For file systems without links, as on memory sticks; leaves errno as the failure's reason.
-bool RenameToFree(const std::filesystem::path& from, const std::filesystem::path& to) {
-  return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0;
+const std::filesystem::path& Made(const std::filesystem::path& folder) {
+  std::error_code failure;
+  std::filesystem::create_directories(folder, failure);
+  if (failure) throw FileError(failure.value(), folder);
+  return folder;
 }
 
 }  // namespace
 
-SpoolFile::SpoolFile(const std::filesystem::path& folder) {
-  std::error_code failure;
-  std::filesystem::create_directories(folder, failure);
-  if (failure) throw FileError(failure.value(), folder);
-  std::string name = (folder / ".tenora-XXXXXX").string();
-  fd_ = ::mkostemp(name.data(), O_CLOEXEC);
-  if (fd_ < 0) throw FileError(errno, folder);
-  path_ = name;
-}
-
-SpoolFile::~SpoolFile() {
-  if (fd_ >= 0) ::close(fd_);
-  if (!path_.empty()) ::unlink(path_.c_str());
-}
+SpoolFile::SpoolFile(const std::filesystem::path& folder) : file_(Made(folder), folder) {}
 
 void SpoolFile::Replace(const std::filesystem::path& target) {
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  // File systems without permissions refuse the first call; the file is as readable as all of
-  // theirs.
-  static_cast<void>(::fchmod(fd_, 0666 & ~mask));
-  if (::fsync(fd_) != 0 || ::rename(path_.c_str(), target.c_str()) != 0) {
-    throw FileError(errno, target);
-  }
-  path_.clear();
+  Sync(target);
+  file_.Replace(target);
 }
 
 std::filesystem::path SpoolFile::TakeFreeName(const std::string& stem) {
-  const std::filesystem::path folder = path_.parent_path();
+  const std::filesystem::path folder = file_.path().parent_path();
   std::filesystem::path target = folder / (stem + ".pdf");
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  static_cast<void>(::fchmod(fd_, 0666 & ~mask));
+  Sync(target);
   for (int number = 1; number <= kMostNumbers; ++number) {
-    // A link never replaces a file, also not one that another program makes at this moment.
-    if (::link(path_.c_str(), target.c_str()) == 0) return target;
-    if (errno != EEXIST && RenameToFree(path_, target)) {
-      path_.clear();
-      return target;
-    }
-    if (errno != EEXIST) break;
+    const std::optional<bool> taken = file_.TakeFreeName(target);
+    if (!taken) break;
+    if (*taken) return target;
     target = folder / (stem + "(" + std::to_string(number) + ").pdf");
   }
   throw FileError(errno, target);
+}
+
+// A server may tell only now that its disk is full.
+void SpoolFile::Sync(const std::filesystem::path& target) const {
+  if (::fsync(file_.descriptor()) != 0) throw FileError(errno, target);
 }
 
 std::string SafeStem(std::string_view title) {

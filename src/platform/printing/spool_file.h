@@ -1,9 +1,11 @@
-// A file that takes its name only when it is whole.
+// The file that a print job is drawn into, and the names it may take when it is whole.
 #pragma once
 
 #include <filesystem>
 #include <string>
 #include <string_view>
+
+#include "platform/runtime/scratch_file.h"
 
 namespace tenora::printing {
 
@@ -11,13 +13,9 @@ class SpoolFile {
  public:
   // A new file in this folder, which is made when missing. Raises the errors of FileError.
   explicit SpoolFile(const std::filesystem::path& folder);
-  SpoolFile(const SpoolFile&) = delete;
-  SpoolFile& operator=(const SpoolFile&) = delete;
-  // Removes the file unless it has taken its name.
-  ~SpoolFile();
 
-  int descriptor() const { return fd_; }
-  const std::filesystem::path& path() const { return path_; }
+  int descriptor() const { return file_.descriptor(); }
+  const std::filesystem::path& path() const { return file_.path(); }
 
   // Takes the name, replacing a file of that name in the same folder. Raises as FileError.
   void Replace(const std::filesystem::path& target);
@@ -26,8 +24,9 @@ class SpoolFile {
   std::filesystem::path TakeFreeName(const std::string& stem);
 
  private:
-  std::filesystem::path path_;
-  int fd_ = -1;
+  void Sync(const std::filesystem::path& target) const;
+
+  ScratchFile file_;
 };
 
 // A file name without extension made from a job's title: no separators, control or wildcard

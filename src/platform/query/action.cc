@@ -102,14 +102,6 @@ class ActionParser : public SelectReader {
 
 }  // namespace
 
-bool IsAction(const std::vector<Token>& tokens) {
-  if (tokens.front().kind != TokenKind::kName) return false;
-  for (const std::string_view word : {"insert", "update", "delete"}) {
-    if (EqualsNoCase(tokens.front().source, word)) return true;
-  }
-  return false;
-}
-
 Action ParseAction(std::string_view statement, const std::vector<Token>& tokens) {
   return ActionParser(statement, tokens).Read();
 }

@@ -1,7 +1,6 @@
 // A statement that changes rows: insert, update, delete.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,9 +18,6 @@ struct Action {
   std::vector<ExpressionPtr> values;  // of an insert or update, one a column
   ExpressionPtr where;                // null: every row
 };
-
-// Whether the statement begins as one of the three.
-bool IsAction(const std::vector<Token>& tokens);
 
 // `tokens` come from ReadTokens(statement). Raises 3075 (syntax), 3063 (a column
 // twice), 3360 (nested too deep) and 3219

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "platform/query/errors.h"
 #include "platform/runtime/currency.h"
 
 namespace tenora::query {
@@ -87,8 +88,8 @@ using Step = void (*)(sqlite3_context*, int, sqlite3_value**);
 using Final = void (*)(sqlite3_context*);
 
 void Register(sqlite3* connection, const char* name, Step step, Final final) {
-  sqlite3_create_function_v2(connection, name, 1, SQLITE_UTF8, nullptr, nullptr, step, final,
-                             nullptr);
+  RequireDone(sqlite3_create_function_v2(connection, name, 1, SQLITE_UTF8, nullptr, nullptr, step,
+                                         final, nullptr));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <charconv>
-#include <cstdint>
 #include <vector>
 
 #include "platform/runtime/text.h"

@@ -1,5 +1,7 @@
 #include "platform/query/errors.h"
 
+#include <sqlite3.h>
+
 namespace tenora::query {
 namespace {
 
@@ -23,6 +25,14 @@ RuntimeError StatementError(int number, std::string_view description, std::strin
 
 RuntimeError RecordsetError(int number, std::string_view description) {
   return RuntimeError(number, std::string(description), "DAO.Recordset");
+}
+
+void RequireDone(int sqlite_status) {
+  if (sqlite_status == SQLITE_OK) return;
+  throw RuntimeError(
+      engine_error::kOutOfResources,
+      std::string("System resource exceeded (") + sqlite3_errstr(sqlite_status) + ").",
+      "DAO.Database");
 }
 
 }  // namespace tenora::query

@@ -1,7 +1,6 @@
 // Turns expressions into SQLite text of known type.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/query/aggregates.h"
+#include "platform/query/errors.h"
 
 namespace tenora::query {
 namespace {
@@ -64,11 +65,11 @@ std::string FunctionName(const EngineFunction& function) {
 void RegisterFunctions(sqlite3* connection, FunctionContext& context) {
   for (const std::span<const EngineFunction> functions : AllFunctions()) {
     for (const EngineFunction& function : functions) {
-      sqlite3_create_function_v2(
+      RequireDone(sqlite3_create_function_v2(
           connection, FunctionName(function).c_str(),
           static_cast<int>(function.parameters.size()) + 1, SQLITE_UTF8,
           new Registration{&function, &context}, Call, nullptr, nullptr,
-          [](void* registration) { delete static_cast<Registration*>(registration); });
+          [](void* registration) { delete static_cast<Registration*>(registration); }));
     }
   }
   RegisterAggregates(connection);

@@ -1,6 +1,5 @@
 #include "platform/query/lexer.h"
 
-#include <algorithm>
 #include <charconv>
 
 #include "platform/query/date_literal.h"

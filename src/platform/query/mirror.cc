@@ -38,14 +38,13 @@ Mirror::Mirror(const std::filesystem::path& path, const access::FileState& state
       loaded_(std::move(loaded)) {
   constexpr int kFlags =
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX;
-  const int status = sqlite3_open_v2(":memory:", &connection_, kFlags, nullptr);
-  if (status != SQLITE_OK) {
+  try {
+    RequireDone(sqlite3_open_v2(":memory:", &connection_, kFlags, nullptr));
+    Configure();
+  } catch (...) {
     sqlite3_close(connection_);
-    throw RuntimeError(engine_error::kOutOfResources,
-                       std::string("System resource exceeded: ") + sqlite3_errstr(status),
-                       "DAO.Workspace");
+    throw;
   }
-  Configure();
 }
 
 Mirror::~Mirror() {
@@ -54,7 +53,7 @@ Mirror::~Mirror() {
 }
 
 void Mirror::Configure() {
-  sqlite3_exec(connection_, "pragma temp_store=memory", nullptr, nullptr, nullptr);
+  RequireDone(sqlite3_exec(connection_, "pragma temp_store=memory", nullptr, nullptr, nullptr));
   sqlite3_db_config(connection_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(connection_, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
   sqlite3_limit(connection_, SQLITE_LIMIT_LENGTH, kLongestValue);
@@ -91,14 +90,13 @@ namespace {
 
 // Another program's change of one receipt number takes milliseconds.
 constexpr std::chrono::milliseconds kWaitForWriters{10000};
-constexpr int kNoLocksThere = 3050;
 
 // Null where the file system has no locks: reading goes on without.
 std::unique_ptr<access::ReadLock> LockForReading(const std::filesystem::path& path) {
   try {
     return access::ReadLock::Take(path, kWaitForWriters);
   } catch (const RuntimeError& error) {
-    if (error.number() == kNoLocksThere) return nullptr;
+    if (error.number() == engine_error::kCannotLock) return nullptr;
     throw;
   }
 }
@@ -178,7 +176,7 @@ void Mirror::Bind(sqlite3_stmt* prepared, const Plan& plan,
               ConvertTo(tokens[parameter.token].value, parameter.type));
   }
   // One row more tells whether any ties with the last.
-  if (plan.top) sqlite3_bind_int64(prepared, LimitParameter(plan), plan.top->count + 1);
+  if (plan.top) BindValue(prepared, LimitParameter(plan), plan.top->count + 1);
 }
 
 Mirror::Ready Mirror::Prepare(std::string_view statement) {
@@ -223,8 +221,8 @@ void Mirror::ThrowStepError(int status, std::string_view text) {
 }
 
 void Mirror::RestartUnlimited(const Ready& ready) {
-  sqlite3_reset(ready.statement.get());
-  sqlite3_bind_int64(ready.statement.get(), LimitParameter(ready.plan->plan), -1);
+  sqlite3_reset(ready.statement.get());  // gives the last step's result once more
+  BindValue(ready.statement.get(), LimitParameter(ready.plan->plan), std::int64_t{-1});
 }
 
 void Mirror::GiveBack(Ready ready) {

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "platform/query/collation.h"
+#include "platform/query/errors.h"
 
 namespace tenora::query {
 namespace {
@@ -27,7 +28,8 @@ struct Cursor : sqlite3_vtab_cursor {
   std::span<const RowNumber> matches;  // of a lookup, from the current row on
 };
 
-// SQLite's code cannot be left by an exception.
+// SQLite's code cannot be left by an exception. The tables are whole in memory and read without
+// errors; what is raised all the same is a fault of ours, and fails the statement without a text.
 template <typename Work>
 int Guarded(const Work& work) {
   try {
@@ -253,8 +255,9 @@ int Collate(void*, int left_size, const void* left, int right_size, const void* 
 }  // namespace
 
 void RegisterMirrorModule(sqlite3* connection, MirrorTables& tables) {
-  sqlite3_create_collation_v2(connection, kCollationName, SQLITE_UTF8, nullptr, Collate, nullptr);
-  sqlite3_create_module_v2(connection, "mirror", &kModule, &tables, nullptr);
+  RequireDone(sqlite3_create_collation_v2(connection, kCollationName, SQLITE_UTF8, nullptr, Collate,
+                                          nullptr));
+  RequireDone(sqlite3_create_module_v2(connection, "mirror", &kModule, &tables, nullptr));
 }
 
 }  // namespace tenora::query

@@ -4,7 +4,6 @@
 
 #include "platform/query/functions.h"
 #include "platform/runtime/conversion.h"
-#include "platform/runtime/text.h"
 
 namespace tenora::query {
 namespace {

@@ -1,7 +1,6 @@
 #include <ostream>
 
 #include "platform/query/engine.h"
-#include "platform/query/storage.h"
 
 namespace tenora::query {
 namespace {

@@ -4,7 +4,6 @@
 #include <set>
 #include <unordered_map>
 
-#include "platform/query/mirror_module.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::query {

@@ -1,7 +1,6 @@
 // The from clause; the rest of selects is in select_translator.cc.
 
 #include "platform/query/select_translator.h"
-#include "platform/runtime/text.h"
 
 namespace tenora::query {
 
@@ -40,9 +39,8 @@ std::string SelectTranslator::TranslateTable(const Source& source, Scope& scope)
     added.columns.push_back(
         {.name = column.name(), .type = column.type(), .sql = alias + ".c" + std::to_string(i)});
   }
-  added.row_number = {.name = std::string(kRowNumberName),
-                      .type = Type::kInteger,
-                      .sql = alias + ".rowid"};
+  added.row_number = {
+      .name = std::string(kRowNumberName), .type = Type::kInteger, .sql = alias + ".rowid"};
   if (scope.FindSource(added.name) != nullptr)
     state_.Fail(engine_error::kSyntax,
                 "The table name '" + added.name + "' stands twice in the FROM clause.");

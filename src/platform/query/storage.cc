@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "platform/query/errors.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 
@@ -148,33 +149,32 @@ void SetResult(sqlite3_context* context, const Value& value) {
 }
 
 void BindValue(sqlite3_stmt* statement, int parameter, const Value& value) {
-  switch (TypeOf(value)) {
-    case Type::kBoolean:
-      sqlite3_bind_int(statement, parameter, std::get<bool>(value) ? -1 : 0);
-      return;
-    case Type::kInteger:
-      sqlite3_bind_int64(statement, parameter, std::get<std::int64_t>(value));
-      return;
-    case Type::kDouble:
-      sqlite3_bind_double(statement, parameter, std::get<double>(value));
-      return;
-    case Type::kCurrency:
-      sqlite3_bind_int64(statement, parameter, std::get<Currency>(value).ten_thousandths());
-      return;
-    case Type::kDate:
-      sqlite3_bind_int64(statement, parameter, DateToSeconds(std::get<Date>(value)));
-      return;
-    case Type::kText: {
-      const auto& text = std::get<std::string>(value);
-      sqlite3_bind_text64(statement, parameter, text.data(), text.size(), SQLITE_TRANSIENT,
-                          SQLITE_UTF8);
-      return;
+  const auto bind = [&] {
+    switch (TypeOf(value)) {
+      case Type::kBoolean:
+        return sqlite3_bind_int(statement, parameter, std::get<bool>(value) ? -1 : 0);
+      case Type::kInteger:
+        return sqlite3_bind_int64(statement, parameter, std::get<std::int64_t>(value));
+      case Type::kDouble:
+        return sqlite3_bind_double(statement, parameter, std::get<double>(value));
+      case Type::kCurrency:
+        return sqlite3_bind_int64(statement, parameter,
+                                  std::get<Currency>(value).ten_thousandths());
+      case Type::kDate:
+        return sqlite3_bind_int64(statement, parameter, DateToSeconds(std::get<Date>(value)));
+      case Type::kText: {
+        const auto& text = std::get<std::string>(value);
+        return sqlite3_bind_text64(statement, parameter, text.data(), text.size(), SQLITE_TRANSIENT,
+                                   SQLITE_UTF8);
+      }
+      case Type::kNull:
+      case Type::kBinary:  // there are no literals of it
+        break;
     }
-    case Type::kNull:
-    case Type::kBinary:  // there are no literals of it
-      sqlite3_bind_null(statement, parameter);
-      return;
-  }
+    return sqlite3_bind_null(statement, parameter);
+  };
+  // A parameter left unbound would count as null and find other rows.
+  RequireDone(bind());
 }
 
 Value ConvertTo(const Value& value, Type type) {

@@ -4,7 +4,6 @@
 #include <sqlite3.h>
 
 #include <cstdint>
-#include <string_view>
 
 #include "platform/access/database_file.h"
 #include "platform/runtime/value.h"

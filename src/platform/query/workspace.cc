@@ -3,6 +3,7 @@
 #include <unordered_map>
 
 #include "platform/query/engine.h"
+#include "platform/query/errors.h"
 #include "platform/query/mirror.h"
 #include "platform/query/recordset.h"
 #include "platform/query/transaction.h"
@@ -10,8 +11,6 @@
 
 namespace tenora::query {
 namespace {
-
-constexpr int kTransactionOrder = 3034;
 
 // The mirrors of the files opened so far, each as long as its file is unchanged, and its tables
 // beyond that where we know what has changed: a commit of our own that found the file in the state
@@ -142,7 +141,7 @@ class MirrorDatabase : public Database {
 
  private:
   static RuntimeError OrderError(const char* description) {
-    return RuntimeError(kTransactionOrder, description, "DAO.Workspace");
+    return RuntimeError(engine_error::kTransactionOrder, description, "DAO.Workspace");
   }
 
   // The mirror follows only after the file: the next statement asks for it anew.

@@ -1,6 +1,5 @@
 #include "platform/registry/registry.h"
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -11,7 +10,7 @@
 #include "platform/registry/hive_lock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
-#include "platform/runtime/text.h"
+#include "platform/runtime/user_folders.h"
 
 namespace tenora::registry {
 namespace {
@@ -54,19 +53,6 @@ int Load(const fs::path& path, HiveFile& hive) {
     const int code = StatusOf(failure);
     return code == kFileNotFound ? kSuccess : code;
   }
-}
-
-fs::path HomeFolder() {
-  if (const char* home = std::getenv("HOME"); home != nullptr && *home == '/') return home;
-  const passwd* entry = ::getpwuid(::getuid());
-  return entry != nullptr && entry->pw_dir != nullptr ? entry->pw_dir : "/";
-}
-
-fs::path UserFolder() {
-  const char* configured = std::getenv("XDG_CONFIG_HOME");
-  // A relative path counts as unset.
-  const bool usable = configured != nullptr && *configured == '/';
-  return (usable ? fs::path(configured) : HomeFolder() / ".config") / "tenora";
 }
 
 // Machine-wide settings are for every user, whatever the umask of the one who writes them first.
@@ -130,6 +116,7 @@ class FileRegistry : public Registry {
       return StatusOf(failure);
     }
     if (fs::is_regular_file(old)) {
+      // A file system that refuses had no permissions to keep.
       fs::permissions(target, old.permissions(), error);
     } else if (shared) {
       LetEveryoneRead(target);
@@ -151,7 +138,7 @@ std::unique_ptr<Registry> Registry::Open(const fs::path& machine_folder,
 std::unique_ptr<Registry> Registry::FromEnvironment() {
   const char* both = std::getenv("TENORA_SETTINGS");
   if (both != nullptr && *both != '\0') return Open(both, both);
-  return Open(kMachineFolder, UserFolder());
+  return Open(kMachineFolder, UserFolder("XDG_CONFIG_HOME", ".config") / "tenora");
 }
 
 }  // namespace tenora::registry

@@ -5,8 +5,6 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "platform/runtime/text.h"
-
 namespace tenora::richtext {
 namespace {
 

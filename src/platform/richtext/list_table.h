@@ -5,7 +5,6 @@
 #include <array>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "platform/richtext/document.h"
 #include "platform/richtext/tokenizer.h"

@@ -1,6 +1,7 @@
 #include "platform/richtext/rich_text_box.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "platform/richtext/code_page.h"
@@ -18,8 +19,7 @@
 namespace tenora {
 namespace {
 
-constexpr std::uintmax_t kLargestFile = std::uintmax_t{256} << 20;
-constexpr int kOutOfMemory = 7;
+constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 
 bool IsAscii(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -60,14 +60,6 @@ std::string SourceFormIn(const richtext::HeadInfo& head, std::string_view text) 
       richtext::AppendHexByte(&source, static_cast<unsigned char>(byte));
   }
   return source;
-}
-
-std::string ReadLetterFile(const std::filesystem::path& path) {
-  std::error_code ignored;
-  const std::uintmax_t size = std::filesystem::file_size(path, ignored);
-  if (!ignored && size > kLargestFile)
-    throw StandardError(kOutOfMemory, path.string() + " is larger than 256 MB");
-  return ReadWholeFile(path);
 }
 
 }  // namespace
@@ -143,7 +135,6 @@ RichTextBox::RichTextBox() : state_(std::make_unique<State>()) {
 }
 RichTextBox::~RichTextBox() = default;
 RichTextBox::RichTextBox(RichTextBox&&) noexcept = default;
-RichTextBox& RichTextBox::operator=(RichTextBox&&) noexcept = default;
 
 const std::string& RichTextBox::TextRTF() const { return state_->Source(); }
 
@@ -260,7 +251,7 @@ int RichTextBox::Find(std::string_view text, int start, int end, int options) {
 }
 
 void RichTextBox::LoadFile(const std::filesystem::path& path, FileType type) {
-  const std::string bytes = ReadLetterFile(path);
+  const std::string bytes = ReadWholeFile(path, kLargestFile);
   if (type == FileType::kText) return SetText(richtext::DecodeTextFile(bytes));
   if (!richtext::IsRtf(bytes)) throw StandardError(error_number::kInvalidFileFormat, path.string());
   state_->SetDocument(richtext::ReadRtf(bytes));

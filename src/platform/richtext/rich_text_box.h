@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,7 +24,6 @@ class RichTextBox {
   RichTextBox();
   ~RichTextBox();
   RichTextBox(RichTextBox&&) noexcept;
-  RichTextBox& operator=(RichTextBox&&) noexcept;
 
   // The RTF source: ASCII, characters beyond it as "\'xx" where the code page has them, else as
   // Unicode escapes with their fallback.

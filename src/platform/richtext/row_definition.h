@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "platform/richtext/colour_table.h"
 #include "platform/richtext/document.h"

@@ -4,7 +4,6 @@
 #include <compare>
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace tenora {
 

@@ -10,7 +10,7 @@
 #include <optional>
 
 #include "platform/runtime/error.h"
-#include "platform/runtime/text.h"
+#include "platform/runtime/scratch_file.h"
 
 namespace tenora {
 namespace {
@@ -76,59 +76,15 @@ std::optional<bool> CreateUnnamed(const std::filesystem::path& path, std::string
   return std::nullopt;
 }
 
-// A file beside the target that is removed unless it is renamed in time.
-class ScratchFile {
+// A file of this content beside the target, that has not yet its name.
+class FilledScratchFile : public ScratchFile {
  public:
-  ScratchFile(const std::filesystem::path& target, std::string_view content, Durability durability)
-      : target_(target), durability_(durability) {
-    name_ = (target.parent_path() / ".tenora-XXXXXX").string();
-    const FileDescriptor fd(::mkstemp(name_.data()));
-    if (fd.get() < 0) {
-      const int reason = errno;
-      name_.clear();
-      throw FileError(reason, target);
-    }
-    try {
-      WriteAll(fd.get(), content, target);
-      const mode_t mask = ::umask(0);
-      ::umask(mask);
-      // Where modes are unknown the file has the one its file system gives to all.
-      static_cast<void>(::fchmod(fd.get(), 0666 & ~mask));
-      Sync(fd.get(), durability, target);
-    } catch (...) {
-      ::unlink(name_.c_str());
-      throw;
-    }
+  FilledScratchFile(const std::filesystem::path& target, std::string_view content,
+                    Durability durability)
+      : ScratchFile(target.parent_path(), target) {
+    WriteAll(descriptor(), content, target);
+    Sync(descriptor(), durability, target);
   }
-  ScratchFile(const ScratchFile&) = delete;
-  ScratchFile& operator=(const ScratchFile&) = delete;
-  ~ScratchFile() {
-    if (!name_.empty()) ::unlink(name_.c_str());
-  }
-
-  void Replace() {
-    if (::rename(name_.c_str(), target_.c_str()) != 0) throw FileError(errno, target_);
-    name_.clear();
-  }
-
-  // False when the name is taken. Each way never replaces a file; the ones behind the first are for
-  // file systems that lack it: hard links are unknown to FAT and to some servers, and so may be the
-  // renaming flag.
-  bool TakeFreeName(std::string_view content) {
-    if (::renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) == 0) {
-      name_.clear();
-      return true;
-    }
-    if (errno == EEXIST) return false;
-    if (::link(name_.c_str(), target_.c_str()) == 0) return true;
-    if (errno == EEXIST) return false;
-    return CreateInPlace(target_, content, durability_);
-  }
-
- private:
-  std::filesystem::path target_;
-  Durability durability_;
-  std::string name_;
 };
 
 }  // namespace
@@ -163,16 +119,25 @@ std::filesystem::path NativePath(std::string_view path) {
   return std::filesystem::path(native).lexically_normal();
 }
 
-std::string ReadWholeFile(const std::filesystem::path& path) {
-  const FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (fd.get() < 0) throw FileError(errno, path);
+std::string ReadWholeFile(const std::filesystem::path& path, std::size_t most) {
+  const auto refuse_larger_than_most = [&](std::size_t size) {
+    if (size <= most) return;
+    throw StandardError(error_number::kPathFileAccess,
+                        path.string() + " is larger than " + std::to_string(most >> 20) + " MB");
+  };
+  // A pipe that nobody writes to is empty; it is not waited for until somebody does.
+  const FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (fd.get() < 0 || ::fcntl(fd.get(), F_SETFL, 0) != 0) throw FileError(errno, path);
   struct stat status {};
   if (::fstat(fd.get(), &status) != 0) throw FileError(errno, path);
   if (S_ISDIR(status.st_mode)) throw FileError(EISDIR, path);
-  std::string content;
+  const auto size = static_cast<std::size_t>(std::max<off_t>(status.st_size, 0));
+  refuse_larger_than_most(size);
+  std::string content(size + 1, '\0');
   std::size_t filled = 0;
-  content.resize(static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)) + 1);
+  // What grows as it is read, or has no size of its own, is bounded as well.
   for (;;) {
+    refuse_larger_than_most(filled);
     const ssize_t count = ::read(fd.get(), content.data() + filled, content.size() - filled);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) throw FileError(errno, path);
@@ -185,13 +150,15 @@ std::string ReadWholeFile(const std::filesystem::path& path) {
 }
 
 void WriteWholeFile(const std::filesystem::path& path, std::string_view content) {
-  ScratchFile(path, content, Durability::kSynced).Replace();
+  FilledScratchFile(path, content, Durability::kSynced).Replace(path);
 }
 
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
                   Durability durability) {
   if (const auto created = CreateUnnamed(path, content, durability)) return *created;
-  return ScratchFile(path, content, durability).TakeFreeName(content);
+  FilledScratchFile scratch(path, content, durability);
+  if (const auto taken = scratch.TakeFreeName(path)) return *taken;
+  return CreateInPlace(path, content, durability);
 }
 
 std::filesystem::path WriteUnderFreeName(

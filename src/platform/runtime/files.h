@@ -1,6 +1,7 @@
 // Whole files, and paths as the system's texts write them. Every error names the path.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -12,8 +13,10 @@ namespace tenora {
 // separators, doubled ones folded.
 std::filesystem::path NativePath(std::string_view path);
 
-// Raises 53 (File not found), 70 (Permission denied) or 75 (Path/File access error).
-std::string ReadWholeFile(const std::filesystem::path& path);
+// Raises 53 (File not found), 70 (Permission denied) or 75 (Path/File access error), the last also
+// for more than `most` bytes: a hostile file must not fill the memory.
+std::string ReadWholeFile(const std::filesystem::path& path,
+                          std::size_t most = std::size_t{1} << 30);
 
 // Writes the file whole or not at all: the text goes to a new file in the same folder, is synced
 // and then takes the name. Raises 61 (Disk full), 70, 75 or 76 (Path not found); the old file then

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "platform/runtime/text.h"
+#include "platform/runtime/user_folders.h"
 #include "platform/spelling/spelling.h"
 
 namespace tenora::spelling {
@@ -40,8 +41,7 @@ std::vector<fs::path> DictionaryFolders() {
   for (const std::string& folder : Split(Environment("DICPATH"), ":")) {
     if (!folder.empty()) folders.emplace_back(folder);
   }
-  const std::string home = Environment("HOME");
-  if (!home.empty()) folders.push_back(fs::path(home) / ".local/share/hunspell");
+  folders.push_back(HomeFolder() / ".local/share/hunspell");
   folders.emplace_back("/usr/local/share/hunspell");
   folders.emplace_back("/usr/share/hunspell");
   folders.emplace_back("/usr/share/myspell/dicts");

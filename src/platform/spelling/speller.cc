@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <hunspell/hunspell.hxx>
 #include <set>
 #include <system_error>
@@ -17,7 +16,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestWord = 100;  // bytes; what the engine takes
 constexpr std::size_t kMostSuggestions = 15;
-constexpr std::uintmax_t kLargestUserFile = 16 << 20;
+constexpr std::size_t kLargestUserFile = 16 << 20;
 
 constexpr std::string_view kApostrophe = "\xE2\x80\x99";  // the curly one
 
@@ -134,11 +133,7 @@ class HunspellSpeller : public Speller {
   std::string UserFile() const {
     std::error_code error;
     if (user_words_.empty() || !fs::exists(user_words_, error)) return {};
-    if (fs::file_size(user_words_, error) > kLargestUserFile || error) {
-      throw StandardError(error_number::kPathFileAccess,
-                          user_words_.string() + " is no file of a user's words");
-    }
-    return ReadWholeFile(user_words_);
+    return ReadWholeFile(user_words_, kLargestUserFile);
   }
 
   static std::vector<std::string> WordsIn(std::string_view content) {

@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "platform/access/engine_error.h"
 #include "platform/query/engine.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
@@ -14,7 +15,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* kDatabaseName = "property.mdb";
 constexpr int kMostSeconds = 15;  // somebody is waiting
-constexpr int kNoSuchTable = 3078;
 
 std::int32_t Count(query::Database& database, const std::string& clause) {
   const auto rows = database.OpenRecordset("select count(*) as result from tenancy" + clause,
@@ -49,7 +49,7 @@ TestResult TestDatabase(const fs::path& path) {
                       " of them closed."};
   } catch (...) {
     const RuntimeError problem = CurrentError();
-    if (problem.number() == kNoSuchTable) {
+    if (problem.number() == access::engine_error::kNoSuchTable) {
       return {false,
               "The file is a database, but not one of the rental package: it has no table "
               "of tenancies."};

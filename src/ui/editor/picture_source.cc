@@ -7,8 +7,6 @@
 #include <string>
 #include <utility>
 
-#include "platform/printing/pictures.h"
-
 namespace tenora {
 namespace {
 
@@ -104,11 +102,6 @@ std::shared_ptr<const Picture> PictureOfImage(const QImage& image) {
   QBuffer buffer(&bytes);
   if (!image.save(&buffer, "PNG")) return nullptr;
   return Make(Picture::Kind::kPng, "pngblip", image.width(), image.height(), bytes.toStdString());
-}
-
-QImage ImageOfPicture(const Picture& picture) {
-  printing::Pictures pictures;
-  return pictures.Place(picture, 1e6, 1e6).image;
 }
 
 }  // namespace tenora

@@ -13,7 +13,5 @@ namespace tenora {
 // other bytes. The size on paper follows the file's resolution, and fits a page.
 std::shared_ptr<const richtext::Picture> PictureOfFile(const QByteArray& file);
 std::shared_ptr<const richtext::Picture> PictureOfImage(const QImage& image);
-// The file that a picture was made from, for other programs; empty where it cannot be read.
-QImage ImageOfPicture(const richtext::Picture& picture);
 
 }  // namespace tenora

@@ -161,13 +161,6 @@ const ctlTree::Entry* ctlTree::Current() const {
   return model_.EntryAt(Source(view_->currentIndex()));
 }
 
-void ctlTree::Select(const QString& key) {
-  const QModelIndex index = filter_.mapFromSource(model_.IndexOfKey(key));
-  if (!index.isValid()) return;
-  view_->setCurrentIndex(index);
-  view_->scrollTo(index);
-}
-
 void ctlTree::FocusSearch() {
   search_->setFocus(Qt::ShortcutFocusReason);
   search_->selectAll();

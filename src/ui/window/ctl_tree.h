@@ -31,7 +31,6 @@ class ctlTree : public QWidget {
   void Hold(bool hold);
   // The selected entry, or null.
   const Entry* Current() const;
-  void Select(const QString& key);
   void FocusSearch();
 
   // Which entries are open, a key a line, as the settings keep it.

@@ -32,7 +32,6 @@ class frmGuide : public QWidget {
  public:
   explicit frmGuide(const std::filesystem::path& page, QWidget* parent = nullptr);
 
-  GuideBrowser& browser() { return *browser_; }
   void ShowPage(const std::filesystem::path& page);
 
  private:

@@ -7,7 +7,6 @@
 #include "letters/template_library.h"
 #include "output/spelling_choice.h"
 #include "platform/dialogs/guard.h"
-#include "ui/dialogs/frm_future_date.h"
 #include "ui/dialogs/frm_generate.h"
 #include "ui/dialogs/frm_printer.h"
 #include "ui/dialogs/frm_receipt.h"

@@ -32,7 +32,6 @@ class LetterDesk : public QStackedWidget {
   void Cascade();
   void Next() { area_->activateNextSubWindow(); }
   void Previous() { area_->activatePreviousSubWindow(); }
-  void CloseActive() { area_->closeActiveSubWindow(); }
   // False when the user kept a changed letter open.
   bool CloseAll();
 

@@ -15,7 +15,6 @@
 #include "platform/access/page_file.h"
 #include "platform/access/row.h"
 #include "platform/access/row_cursor.h"
-#include "platform/access/showcase.h"
 #include "platform/access/usage_map.h"
 #include "platform/runtime/files.h"
 #include "support/slow_build.h"

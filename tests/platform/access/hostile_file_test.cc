@@ -12,6 +12,7 @@
 #include "platform/access/read_everything.h"
 #include "platform/access/showcase.h"
 #include "platform/runtime/files.h"
+#include "support/errors.h"
 #include "support/test_files.h"
 
 namespace tenora::access {
@@ -33,20 +34,15 @@ std::vector<std::byte> BytesOf(const std::string& file) {
 
 // Opens and reads all; the first error, "" without one. Any other exception is a fault.
 std::string ErrorOf(const std::string& file) {
-  try {
-    return test::ReadEverything(*OpenBytes(BytesOf(file), "bad.mdb"), kMostRows).first_error;
-  } catch (const RuntimeError& error) {
-    return ErrorText(error);
-  }
+  std::string first_error;
+  const std::string error = test::ErrorOf([&] {
+    first_error = test::ReadEverything(*OpenBytes(BytesOf(file), "bad.mdb"), kMostRows).first_error;
+  });
+  return error + first_error;
 }
 
 std::string OpenErrorOf(const std::filesystem::path& path) {
-  try {
-    DatabaseFile::Open(path);
-    return "";
-  } catch (const RuntimeError& error) {
-    return ErrorText(error);
-  }
+  return test::ErrorOf([&] { DatabaseFile::Open(path); });
 }
 
 TEST(OpeningADatabase, SaysWhatIsWrongWithThePath) {
@@ -248,14 +244,12 @@ TEST(AFileCutShortWhileOpen, RaisesInsteadOfEndingTheProcess) {
   const auto rows = database->FindTable("rent_periods")->Rows();
   ASSERT_TRUE(rows->Next());
   std::filesystem::resize_file(scratch / "cut.mdb", 100 * 1024);
-  try {
+  const std::string error = test::ErrorOf([&] {
     while (rows->Next()) {
     }
-    ADD_FAILURE() << "read on behind the end of the file";
-  } catch (const RuntimeError& error) {
-    EXPECT_THAT(ErrorText(error), HasSubstr("cut short while it was open"));
-    EXPECT_THAT(ErrorText(error), HasSubstr("table 'rent_periods'"));
-  }
+  });
+  EXPECT_THAT(error, HasSubstr("cut short while it was open"));
+  EXPECT_THAT(error, HasSubstr("table 'rent_periods'"));
 }
 
 TEST(AnyTruncation, GivesRowsOrAnError) {

@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <limits>
 
 #include "platform/access/file_builder.h"
@@ -67,11 +66,10 @@ std::string TextKey(std::u16string_view text, std::uint32_t order = kLegacy,
 
 // What the engine itself wrote for these texts in an ascending index.
 TEST(TextKey, HasTheEnginesBytesInBothSortOrders) {
-  struct Case {
+  const struct {
     std::u16string_view text;
     const char *legacy, *general;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {u"", "7F0100", "7F0100"},
       {u" ", "7F0100", "7F0100"},
       {u"trail  ", "7F6D694A595E0100", "7F0E990E8A0E020E320E480100"},
@@ -99,7 +97,7 @@ TEST(TextKey, HasTheEnginesBytesInBothSortOrders) {
       {u"\u0003DirData", "7F4F59694F4A6D4A010101018007060500",
        "7F0E1A0E320E8A0E1A0E020E990E02010101018007060500"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     EXPECT_EQ(TextKey(c.text), c.legacy) << FromUtf16(c.text);
     EXPECT_EQ(TextKey(c.text, kGeneral), c.general) << FromUtf16(c.text);
   }
@@ -113,11 +111,10 @@ TEST(TextKey, IsInvertedInADescendingColumn) {
 }
 
 TEST(TextKey, RefusesWhatIsNotKnownInsteadOfGuessing) {
-  struct Case {
+  const struct {
     std::u16string text;
     const char* reason;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {u"Ж", "column 'c1': the sort codes of character U+0416 are not known"},
       {u"tab\there", "U+0009"},
       {u"\U0001F600", "U+1F600"},
@@ -125,7 +122,7 @@ TEST(TextKey, RefusesWhatIsNotKnownInsteadOfGuessing) {
       {u"_é", "U+00E9 behind character U+005F"},
       {std::u16string(256, u'a'), "longer than 255"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     try {
       TextKey(c.text);
       ADD_FAILURE() << c.reason;
@@ -140,12 +137,11 @@ TEST(TextKey, RefusesWhatIsNotKnownInsteadOfGuessing) {
 }
 
 TEST(NumberKey, HasTheEnginesBytes) {
-  struct Case {
+  const struct {
     ColumnType type;
     std::string stored;
     const char *ascending, *descending;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {ColumnType::kByte, "\x05", "7F05", "80FA"},
       {ColumnType::kInteger, test::Stored<std::int16_t>(-2), "7F7FFE", "808001"},
       {ColumnType::kLong, test::Stored<std::int32_t>(1), "7F80000001", "807FFFFFFE"},
@@ -155,7 +151,7 @@ TEST(NumberKey, HasTheEnginesBytes) {
       {ColumnType::kDateTime, test::Stored(-1.25), "7F400BFFFFFFFFFFFF", "80BFF4000000000000"},
       {ColumnType::kSingle, test::Stored(1.0F), "7FBF800000", "80407FFFFF"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     EXPECT_EQ(Hex(Subject({{c.type, false}}).KeyOf(c.stored)), c.ascending);
     EXPECT_EQ(Hex(Subject({{c.type, true}}).KeyOf(c.stored)), c.descending);
   }

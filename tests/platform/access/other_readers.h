@@ -1,7 +1,6 @@
 // The mdbtools programs and the mdb-reader package as independent readers.
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 #include "platform/access/database_file.h"

@@ -39,22 +39,5 @@ TEST(ResumeNext, GoesOnWithTheStatementBehindAFailedOne) {
   EXPECT_THAT(dialogs.Texts(), ElementsAre("94 - Invalid use of Null"));
 }
 
-TEST(ScriptedDialogs, AnswersInOrderAndRefusesWhatTheScriptDoesNotHold) {
-  ScriptedDialogs dialogs;
-  dialogs.WillType("Tuesday").WillPress(Answer::kNo).WillChoose(1).WillCancel().WillChoose(7);
-  EXPECT_EQ(dialogs.AskText("When?", "Letter", ""), "Tuesday");
-  dialogs.Say("no question, takes no answer");
-  EXPECT_EQ(dialogs.Show({.text = "Replace?", .buttons = Buttons::kYesNo}), Answer::kNo);
-  EXPECT_EQ(dialogs.Choose("Printer", {"a", "b"}, 0), 1u);
-  EXPECT_EQ(dialogs.AskText("Why?", "Letter", ""), std::nullopt);
-  EXPECT_THROW(dialogs.Choose("Printer", {"a", "b"}, 0), UnexpectedQuestion);
-  EXPECT_THROW(dialogs.AskText("Who?", "Letter", ""), UnexpectedQuestion);
-  // A guarded procedure traps the exception; the script still knows.
-  Guarded(dialogs, "frmLetter - Ask", [&] { dialogs.AskText("Where?", "Letter", ""); });
-  EXPECT_THAT(dialogs.unexpected(),
-              ElementsAre(testing::HasSubstr("not in the list"), testing::HasSubstr("Who?"),
-                          testing::HasSubstr("Where?")));
-}
-
 }  // namespace
 }  // namespace tenora

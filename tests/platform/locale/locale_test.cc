@@ -2,37 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
+#include <optional>
 #include <string>
-#include <vector>
+
+#include "support/environment.h"
 
 namespace tenora {
 namespace {
 
 const Date kAfternoon = Date::FromCalendar(2026, 11, 21, 14, 30);
-
-// Sets locale variables for one test and puts back what was there.
-class Environment {
- public:
-  explicit Environment(const std::map<std::string, std::string>& values) {
-    for (const char* name : {"LC_ALL", "LC_TIME", "LC_MONETARY", "LC_NUMERIC", "LANG"}) {
-      const char* value = std::getenv(name);
-      if (value != nullptr) saved_[name] = value;
-      ::unsetenv(name);
-    }
-    for (const auto& [name, value] : values) ::setenv(name.c_str(), value.c_str(), 1);
-  }
-  ~Environment() {
-    for (const char* name : {"LC_ALL", "LC_TIME", "LC_MONETARY", "LC_NUMERIC", "LANG"}) {
-      ::unsetenv(name);
-    }
-    for (const auto& [name, value] : saved_) ::setenv(name.c_str(), value.c_str(), 1);
-  }
-
- private:
-  std::map<std::string, std::string> saved_;
-};
 
 TEST(Locale, WritesEachNamedFormatAsTheRegionDoes) {
   const struct {
@@ -59,8 +38,7 @@ TEST(Locale, WritesEachNamedFormatAsTheRegionDoes) {
 TEST(Locale, KeepsDatesOfEveryCenturyWhereTheyAre) {
   const auto locale = MakeLocale("en_NZ");
   EXPECT_EQ(locale->LongDate(Date::FromCalendar(1234, 1, 2)), "Monday, 2 January 1234");
-  EXPECT_EQ(locale->LongDate(Date::FromCalendar(1899, 12, 29, 23, 59)),
-            "Friday, 29 December 1899");
+  EXPECT_EQ(locale->LongDate(Date::FromCalendar(1899, 12, 29, 23, 59)), "Friday, 29 December 1899");
   EXPECT_EQ(locale->LongDate(Date()), "Saturday, 30 December 1899");
   EXPECT_EQ(locale->ShortDate(Date::FromCalendar(9999, 12, 31)), "31/12/9999");
 }
@@ -105,7 +83,15 @@ TEST(Locale, FollowsTheVariablesInTheirOrder) {
       {{{"LC_ALL", "no such locale"}}, "21/11/2026", "$1,234.50"},
   };
   for (const auto& expected : cases) {
-    const Environment environment(expected.variables);
+    const auto value = [&](const char* name) -> std::optional<std::string> {
+      const auto found = expected.variables.find(name);
+      return found == expected.variables.end() ? std::nullopt : std::optional(found->second);
+    };
+    const test::Environment environment({{"LC_ALL", value("LC_ALL")},
+                                         {"LC_TIME", value("LC_TIME")},
+                                         {"LC_MONETARY", value("LC_MONETARY")},
+                                         {"LC_NUMERIC", std::nullopt},
+                                         {"LANG", value("LANG")}});
     const auto locale = MakeLocale();
     EXPECT_EQ(locale->ShortDate(kAfternoon), expected.short_date);
     EXPECT_EQ(locale->CurrencyText(1234.5), expected.amount);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/runtime/error.h"
+#include "support/errors.h"
 
 namespace tenora::mail {
 namespace {
@@ -44,13 +45,10 @@ TEST(ParseAddresses, RefusesWhatNoServerCouldDeliverTo) {
         std::string("a\x01@x.test"), std::string("\xFF@x.test"), long_local,
         std::string("<a@x.test> <b@y.test>"), std::string("\"Ann <ann@x.test>, b@y.test"),
         std::string("ann@x\u2028.test")}) {
-    try {
-      ParseAddresses(text);
-      ADD_FAILURE() << text;
-    } catch (const RuntimeError& error) {
-      EXPECT_EQ(std::string(error.description()).find('\n'), std::string::npos);
-      EXPECT_EQ(error.number(), error_number::kInvalidProcedureCall);
-    }
+    const auto error = test::RaisedBy([&] { ParseAddresses(text); });
+    ASSERT_TRUE(error) << text;
+    EXPECT_EQ(error->description().find('\n'), std::string::npos);
+    EXPECT_EQ(error->number(), error_number::kInvalidProcedureCall);
   }
 }
 

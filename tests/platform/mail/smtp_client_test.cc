@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <optional>
 
 #include "platform/runtime/error.h"
+#include "support/environment.h"
+#include "support/errors.h"
 #include "support/smtp_server.h"
 
 namespace tenora::mail {
@@ -31,21 +32,8 @@ Message Letter() {
 }
 
 std::optional<RuntimeError> Failure(const Server& server, const Message& message) {
-  try {
-    SmtpClient().Send(server, message);
-    return std::nullopt;
-  } catch (const RuntimeError& error) {
-    return error;
-  }
+  return test::RaisedBy([&] { SmtpClient().Send(server, message); });
 }
-
-class TrustOnly {
- public:
-  explicit TrustOnly(const std::filesystem::path& certificate) {
-    ::setenv("SSL_CERT_FILE", certificate.c_str(), 1);
-  }
-  ~TrustOnly() { ::unsetenv("SSL_CERT_FILE"); }
-};
 
 TEST(SmtpClient, WhatArrivesIsAStandardMessage) {
   const test::SmtpServer server("plain");
@@ -95,7 +83,7 @@ TEST(SmtpClient, EncryptsAndVerifies) {
   settings.user = "ann";
   settings.password = "secret";
   {
-    const TrustOnly trust(own.certificate);
+    const test::Environment trust({{"SSL_CERT_FILE", own.certificate}});
     EXPECT_FALSE(Failure(settings, Letter()));
     Server by_address = settings;
     by_address.host = "127.0.0.1";
@@ -119,7 +107,7 @@ TEST(SmtpClient, Port465IsEncryptedFromTheFirstByte) {
   Server settings = Local(*server);
   settings.ssl = true;
   EXPECT_EQ(Failure(settings, Letter()).value().number(), smtp_error::kCertificate);
-  const TrustOnly trust(own.certificate);
+  const test::Environment trust({{"SSL_CERT_FILE", own.certificate}});
   EXPECT_FALSE(Failure(settings, Letter()));
   EXPECT_EQ(server->Messages().size(), 1U);
 }

@@ -13,7 +13,6 @@
 #include <thread>
 
 #include "platform/runtime/files.h"
-#include "platform/runtime/text.h"
 
 namespace tenora::test {
 namespace {

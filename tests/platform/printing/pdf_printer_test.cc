@@ -5,14 +5,13 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
-#include <functional>
 
 #include "platform/dialogs/scripted_dialogs.h"
 #include "platform/printing/paper.h"
 #include "platform/printing/spool_file.h"
-#include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
+#include "support/environment.h"
+#include "support/errors.h"
 
 namespace tenora::test {
 namespace {
@@ -42,15 +41,6 @@ std::vector<std::string> FilesIn(const std::filesystem::path& folder) {
   return names;
 }
 
-std::string FailureOf(const std::function<void()>& step) {
-  try {
-    step();
-  } catch (const RuntimeError& error) {
-    return ErrorText(error);
-  }
-  return "no failure";
-}
-
 TEST(PdfPrinter, IsInstalledFirstAndFoundInAnyCase) {
   const auto printers = Printers::Create({"PRINT to pdf", {}});
   EXPECT_GE(printers->Count(), 1);
@@ -64,7 +54,7 @@ TEST(PdfPrinter, IsInstalledFirstAndFoundInAnyCase) {
 
 TEST(PdfPrinter, TellsWhichPrinterIsNotInstalled) {
   const auto printers = Printers::Create({"Upstairs", {}});
-  EXPECT_THAT(FailureOf([&] { printers->Current(); }),
+  EXPECT_THAT(ErrorOf([&] { printers->Current(); }),
               AllOf(HasSubstr("482 - Printer error"), HasSubstr("Upstairs")));
   EXPECT_TRUE(printers->SetCurrent(kPdfPrinterName)) << "another can still be chosen";
 }
@@ -77,14 +67,12 @@ TEST(PdfPrinter, UsesThePaperOfTheRegion) {
                {"en_US.UTF-8", 12240, 15840},
                {"fr_CA", 12240, 15840},
                {"C", 11906, 16838}};
-  const std::string kept = std::getenv("LC_ALL") == nullptr ? "" : std::getenv("LC_ALL");
   for (const auto& expected : cases) {
-    ::setenv("LC_ALL", expected.locale, 1);
+    const Environment environment({{"LC_ALL", expected.locale}});
     const auto printers = Printers::Create({kPdfPrinterName, {}});
     EXPECT_EQ(printers->Current().Width(), expected.width) << expected.locale;
     EXPECT_EQ(printers->Current().Height(), expected.height) << expected.locale;
   }
-  ::setenv("LC_ALL", kept.c_str(), 1);
 }
 
 TEST(PdfPrinter, WritesUnderTheDataFolderAndNeverOverAnotherLetter) {
@@ -159,12 +147,12 @@ TEST(PdfPrinter, NamesThePathItCannotWrite) {
   for (const auto& expected : cases) {
     const auto printers = Printers::Create({kPdfPrinterName, expected.target});
     EXPECT_THAT(
-        FailureOf([&] { PrintLetter(*printers, "Letter"); }),
+        ErrorOf([&] { PrintLetter(*printers, "Letter"); }),
         AllOf(HasSubstr("482 - Printer error"), HasSubstr(expected.named), HasSubstr("Letter")));
     EXPECT_FALSE(printers->Current().JobOpen());
   }
   const auto nowhere = Printers::Create({kPdfPrinterName, {}});
-  EXPECT_THAT(FailureOf([&] { PrintLetter(*nowhere, "Letter"); }), HasSubstr("482"));
+  EXPECT_THAT(ErrorOf([&] { PrintLetter(*nowhere, "Letter"); }), HasSubstr("482"));
 }
 
 TEST(PdfPrinter, ReportsADiskThatFillsUp) {
@@ -181,7 +169,7 @@ TEST(PdfPrinter, ReportsADiskThatFillsUp) {
   ::setrlimit(RLIMIT_FSIZE, &tight);
   const richtext::Document document = DocumentOf({Line("does not fit")});
   DrawPages(printer, document, {0, 0, kTextWidth, kTextHeight});
-  const std::string failure = FailureOf([&] { printer.EndJob(); });
+  const std::string failure = ErrorOf([&] { printer.EndJob(); });
   ::setrlimit(RLIMIT_FSIZE, &old_limit);
   ::signal(SIGXFSZ, old_handler);
   EXPECT_THAT(failure, AllOf(HasSubstr("482 - Printer error"), HasSubstr("Large")));

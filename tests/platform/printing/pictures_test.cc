@@ -6,7 +6,6 @@
 #include <QBuffer>
 #include <QImage>
 
-#include "platform/printing/metafile.h"
 #include "platform/printing/paper.h"
 
 namespace tenora::test {
@@ -165,14 +164,6 @@ TEST(Pictures, OfManyPixelsAreReadAtTheSizeThatPaperShows) {
   const QImage image = decoder.Place(picture, 10000, 10000).image;
   EXPECT_NEAR(image.width() * image.height(), 20e6, 1e5);
   EXPECT_NEAR(double(image.width()) / image.height(), 8.0 / 6, 0.01);
-}
-
-TEST(Pictures, TallerThanThePageEndOnIt) {
-  const ScratchFolder folder;
-  Picture tall = PictureOf(Kind::kPng, Encoded("PNG"));
-  tall.height = 30000;
-  const Paper paper = Print(DocumentOf({Line("above"), WithPicture(tall)}), folder);
-  EXPECT_EQ(paper.Pages(), 2);
 }
 
 TEST(Pictures, OfEmbeddedObjectsStandForThem) {

@@ -5,7 +5,6 @@
 
 #include "platform/query/query_test_support.h"
 #include "platform/runtime/files.h"
-#include "platform/runtime/text.h"
 #include "support/test_files.h"
 
 namespace tenora::query {
@@ -170,18 +169,6 @@ TEST(Mirror, LooksRowsUpWhateverTheTypeOfTheColumn) {
       {"select count(*) from tenancy where [property code] in ('pr00022', 'PR00020')", "8"},
   };
   for (const auto& c : kCases) EXPECT_THAT(agency.Rows(c.sql), ElementsAre(c.count)) << c.sql;
-}
-
-TEST(Database, ListsItsTables) {
-  SampleAgency agency;
-  std::vector<std::string> tables;
-  for (const TableSummary& table : agency.database().Tables())
-    tables.push_back(table.name + " " + std::to_string(table.rows));
-  EXPECT_THAT(tables, ::testing::UnorderedElementsAre(
-                          "owner 12", "property 25", "tenancy 42", "glcodes 8", "revenues 1646",
-                          "rent_periods 1750", "rentchanges 14", "insp_schedule 68",
-                          "custom_fields 48", "options 1"));
-  EXPECT_EQ(agency.database().Name(), test::SampleDatabase().string());
 }
 
 }  // namespace

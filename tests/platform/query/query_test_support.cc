@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/errors.h"
 #include "support/test_files.h"
 
 namespace tenora::query {
@@ -31,22 +32,11 @@ Value SampleAgency::Single(std::string_view sql) {
 }
 
 RuntimeError SampleAgency::Error(std::string_view sql) {
-  try {
-    Rows(sql);
-  } catch (const RuntimeError& error) {
-    return error;
-  }
-  ADD_FAILURE() << "no error from: " << sql;
-  return RuntimeError(0, "");
+  return test::RaisedBy([&] { Rows(sql); }).value_or(RuntimeError(0, "no error"));
 }
 
 int SampleAgency::ErrorNumber(std::string_view sql) {
-  try {
-    Rows(sql);
-  } catch (const RuntimeError& error) {
-    return error.number();
-  }
-  return 0;
+  return test::NumberOf([&] { Rows(sql); });
 }
 
 }  // namespace tenora::query

@@ -1,7 +1,6 @@
 // Statements over the sample agency, their rows as plain text and their errors.
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>

@@ -5,10 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <fstream>
 
 #include "platform/runtime/files.h"
+#include "support/environment.h"
 #include "support/test_files.h"
 
 namespace tenora::registry {
@@ -195,18 +195,13 @@ TEST(RegistryFromEnvironment, FindsTheHivesOfThisRun) {
       {"", "relative", "/home/jo", "/etc/tenora/machine.settings",
        "/home/jo/.config/tenora/user.settings"},
   };
-  const std::string old_home = std::getenv("HOME") ? std::getenv("HOME") : "/";
   for (const auto& c : cases) {
-    ::setenv("TENORA_SETTINGS", c.settings, 1);
-    ::setenv("XDG_CONFIG_HOME", c.config, 1);
-    ::setenv("HOME", c.home, 1);
+    const test::Environment environment(
+        {{"TENORA_SETTINGS", c.settings}, {"XDG_CONFIG_HOME", c.config}, {"HOME", c.home}});
     const auto registry = Registry::FromEnvironment();
     EXPECT_EQ(registry->FileOf(Hive::kLocalMachine), c.machine_file);
     EXPECT_EQ(registry->FileOf(Hive::kCurrentUser), c.user_file);
   }
-  ::unsetenv("TENORA_SETTINGS");
-  ::unsetenv("XDG_CONFIG_HOME");
-  ::setenv("HOME", old_home.c_str(), 1);
 }
 
 }  // namespace

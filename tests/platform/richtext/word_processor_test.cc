@@ -101,15 +101,5 @@ TEST_F(WordProcessor, ReadsTheTextOfOurLetters) {
   EXPECT_EQ(TextSeen("ours.rtf"), ReplaceAll(box.Text(), "\r", ""));
 }
 
-TEST_F(WordProcessor, PlainTextComesBackAsItWasWritten) {
-  std::filesystem::create_directories(folder_ / "out");
-  const std::string text = "<<Tenant Name>>\nsecond  line\n\n«guillemets» <<Email>>";
-  WriteWholeFile(folder_ / "plain.txt", "\xef\xbb\xbf" + text);
-  WriteWholeFile(folder_ / "plain.rtf", Convert("plain.txt", "rtf", ""));
-  RichTextBox box;
-  box.LoadFile(folder_ / "plain.rtf");
-  EXPECT_EQ(ReplaceAll(box.Text(), "\r", ""), text);
-}
-
 }  // namespace
 }  // namespace tenora

@@ -2,21 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
-#include "platform/runtime/error.h"
+#include "support/errors.h"
 
 namespace tenora {
 namespace {
-
-int ErrorNumber(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    return error.number();
-  }
-  return 0;
-}
 
 Value Text(const char* text) { return std::string(text); }
 
@@ -31,14 +20,14 @@ TEST(Conversion, ReadsNumbersFromText) {
 
 TEST(Conversion, RaisesTheNumberThatFitsTheFault) {
   for (const char* text : {"", "abc", "1x", "1 2", "inf", "nan", "&h", "0x10"}) {
-    EXPECT_EQ(ErrorNumber([&] { ToInt32(Text(text)); }), 13) << text;
+    EXPECT_EQ(test::NumberOf([&] { ToInt32(Text(text)); }), 13) << text;
   }
-  EXPECT_EQ(ErrorNumber([] { ToInt16(Value(std::int64_t{40000})); }), 6);
-  EXPECT_EQ(ErrorNumber([] { ToInt32(Text("1e10")); }), 6);
-  EXPECT_EQ(ErrorNumber([] { ToDate(Null()); }), 94);
-  EXPECT_EQ(ErrorNumber([] { ToText(Null()); }), 94);
-  EXPECT_EQ(ErrorNumber([] { ToBool(Text("")); }), 13);
-  EXPECT_EQ(ErrorNumber([] { ToBool(Text("yes")); }), 13);
+  EXPECT_EQ(test::NumberOf([] { ToInt16(Value(std::int64_t{40000})); }), 6);
+  EXPECT_EQ(test::NumberOf([] { ToInt32(Text("1e10")); }), 6);
+  EXPECT_EQ(test::NumberOf([] { ToDate(Null()); }), 94);
+  EXPECT_EQ(test::NumberOf([] { ToText(Null()); }), 94);
+  EXPECT_EQ(test::NumberOf([] { ToBool(Text("")); }), 13);
+  EXPECT_EQ(test::NumberOf([] { ToBool(Text("yes")); }), 13);
 }
 
 TEST(Conversion, ReadsBooleanWordsAndNumbers) {
@@ -57,7 +46,7 @@ TEST(Conversion, ReadsDates) {
   EXPECT_EQ(ToDate(Text("2026-11-21T09:30:05")), Date::FromCalendar(2026, 11, 21, 9, 30, 5));
   EXPECT_EQ(ToDate(Text("21 OCT 2026")), Date::FromCalendar(2026, 10, 21));
   for (const char* text : {"", "2026-13-01", "30 Feb 2026", "yesterday", "1/2", "2026-11-21 9:"}) {
-    EXPECT_EQ(ErrorNumber([&] { ToDate(Text(text)); }), 13) << text;
+    EXPECT_EQ(test::NumberOf([&] { ToDate(Text(text)); }), 13) << text;
   }
 }
 

@@ -51,10 +51,5 @@ TEST(Date, RefusesWhatIsNoDateAndSurvivesDamagedOnes) {
   EXPECT_EQ(Date::FromSerial(-1e300).Calendar().year, 100);
 }
 
-TEST(Date, KnowsTheDayOfTheWeek) {
-  EXPECT_EQ(Date::FromCalendar(2026, 11, 21).Weekday(), 6);
-  EXPECT_EQ(Date::FromCalendar(1234, 1, 1).Weekday(), 0);
-}
-
 }  // namespace
 }  // namespace tenora

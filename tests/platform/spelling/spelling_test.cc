@@ -5,6 +5,7 @@
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
+#include "support/errors.h"
 #include "support/test_files.h"
 
 namespace tenora::spelling {
@@ -90,12 +91,8 @@ TEST(Speller, ReadsADictionaryInItsOwnEncoding) {
   EXPECT_FALSE(speller->Misspelt("日本"));
 
   std::filesystem::remove(folder / "xx_XX.dic");
-  try {
-    Speller::Open(options);
-    FAIL() << "opened a dictionary that is not there";
-  } catch (const RuntimeError& error) {
-    EXPECT_THAT(std::string(error.description()), testing::HasSubstr("no spelling dictionary"));
-  }
+  EXPECT_THAT(test::ErrorOf([&] { Speller::Open(options); }),
+              testing::HasSubstr("no spelling dictionary"));
 }
 
 }  // namespace
