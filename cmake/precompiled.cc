@@ -1,0 +1,1 @@
+// The one file of the libraries that hold precompiled headers.
