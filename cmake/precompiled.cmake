@@ -20,6 +20,9 @@ function(tenora_precompiled_kind kind)
   target_precompile_headers(tenora_precompiled_${kind} PRIVATE ${KIND_HEADERS})
 endfunction()
 
+# Tests are compiled more often than they are run.
+set(tenora_test_options $<$<CONFIG:Release>:-O1>)
+
 if(NOT TENORA_FUZZ)
   tenora_precompiled_kind(standard HEADERS ${standard_headers})
   tenora_precompiled_kind(gui HEADERS ${standard_headers} ${gui_headers} LIBRARIES Qt6::Gui)
@@ -28,6 +31,7 @@ if(NOT TENORA_FUZZ)
   if(TENORA_TESTS)
     tenora_precompiled_kind(test HEADERS ${standard_headers} <gmock/gmock.h> <gtest/gtest.h>
                                  LIBRARIES GTest::gmock)
+    target_compile_options(tenora_precompiled_test PRIVATE ${tenora_test_options})
   endif()
 endif()
 

@@ -39,7 +39,7 @@ function(tenora_test name)
                                              GTest::gmock GTest::gtest_main)
   # Compiled like a library, with Qt or without, so that all tests can share a precompiled header.
   set_target_properties(${name}_test PROPERTIES POSITION_INDEPENDENT_CODE OFF)
-  target_compile_options(${name}_test PRIVATE -fPIC)
+  target_compile_options(${name}_test PRIVATE -fPIC ${tenora_test_options})
   tenora_precompile(${name}_test GTest::gmock)
   add_test(NAME ${name} COMMAND ${name}_test)
   set_tests_properties(${name} PROPERTIES
