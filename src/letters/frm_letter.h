@@ -101,7 +101,7 @@ class frmLetter {
   // Cancelling leaves the title empty, deliberately. False also when cancelled.
   bool SaveAs();
   // Asks whether to save what was changed. True when the letter may be closed: unchanged, not to be
-  // saved, or saved.
+  // saved, or saved. False where the question is left unanswered.
   bool CheckSave();
   // Deletes the file once confirmed, and closes the letter.
   void Delete();
@@ -138,7 +138,7 @@ class frmLetter {
   // Whether Save may write over what another program has put into the letter's file since it was
   // loaded or saved here; where empty, it may.
   std::function<bool(const std::filesystem::path& path)> ConfirmOverwrite;
-  // The width of the current printer's paper in twips; where empty, A4's.
+  // The width in twips of the current printer's paper as the letter lays it; where empty, A4's.
   std::function<int()> PaperWidth;
 
  private:

@@ -175,7 +175,7 @@ bool frmLetter::CheckSave() {
                                                         .buttons = Buttons::kYesNo,
                                                         .icon = Icon::kQuestion,
                                                         .default_answer = Answer::kYes});
-  return answer != Answer::kYes || Save();
+  return answer == Answer::kNo || (answer == Answer::kYes && Save());
 }
 
 void frmLetter::Delete() {

@@ -105,6 +105,8 @@ TEST_F(LetterCommandsTest, KeepsALetterThatCouldNotBeSavedMarkedAsChanged) {
   EXPECT_TRUE(letter_.members().Changed);
   EXPECT_EQ(letter_.members().FilePath, "");
   EXPECT_EQ(Dialogs().shown().size(), 2u);
+  Dialogs().WillPress(Answer::kCancel);
+  EXPECT_FALSE(letter_.CheckSave());
   Dialogs().WillPress(Answer::kNo);
   EXPECT_TRUE(letter_.CheckSave());
   fs::remove(Data() / "Templates");

@@ -41,6 +41,7 @@ struct PrintChoice {
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
+  // kCancel also for a question with Yes and No that is left by Escape or closed.
   virtual Answer Show(const MessageBox& box) = 0;
   // What the user typed, none when cancelled.
   virtual std::optional<std::string> AskText(const std::string& prompt,

@@ -1,8 +1,10 @@
 #include "platform/dialogs/window_dialogs.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QFileDialog>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
 #include <algorithm>
@@ -65,9 +67,25 @@ QMessageBox::StandardButton ButtonOf(Answer answer) {
 Answer AnswerOf(int button, Buttons buttons) {
   if (button == QMessageBox::Ok) return Answer::kOk;
   if (button == QMessageBox::Yes) return Answer::kYes;
-  if (buttons == Buttons::kOk) return Answer::kOk;
-  return buttons == Buttons::kYesNo ? Answer::kNo : Answer::kCancel;
+  if (button == QMessageBox::No) return Answer::kNo;
+  return buttons == Buttons::kOk ? Answer::kOk : Answer::kCancel;
 }
+
+// Who leaves a question by Escape or by its frame has not said no: Qt would press No for them.
+class MessageWindow : public QMessageBox {
+ public:
+  using QMessageBox::QMessageBox;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->matches(QKeySequence::Cancel)) return done(Cancel);
+    QMessageBox::keyPressEvent(event);
+  }
+  void closeEvent(QCloseEvent* event) override {
+    event->accept();
+    done(Cancel);
+  }
+};
 
 // A short text makes a narrow box, and its title, which names the procedure, would be cut.
 void MakeRoomForTitle(QMessageBox& box) {
@@ -115,14 +133,13 @@ std::optional<std::filesystem::path> PathOf(const QString& chosen) {
 
 Answer WindowDialogs::Show(const MessageBox& box) {
   const OrdinaryPointer pointer;
-  QMessageBox window(IconOf(box.icon), QString::fromStdString(box.title), Shown(box.text),
-                     ButtonsOf(box.buttons), QApplication::activeWindow());
+  MessageWindow window(IconOf(box.icon), QString::fromStdString(box.title), Shown(box.text),
+                       ButtonsOf(box.buttons), QApplication::activeWindow());
   // Texts carry names and values from files: what looks like markup in them is text.
   window.setTextFormat(Qt::PlainText);
   window.setTextInteractionFlags(Qt::TextSelectableByMouse);
   window.setDefaultButton(ButtonOf(box.default_answer));
   MakeRoomForTitle(window);
-  if (box.buttons == Buttons::kYesNo) window.setEscapeButton(QMessageBox::No);
   return AnswerOf(window.exec(), box.buttons);
 }
 

@@ -225,7 +225,7 @@ void frmGenerate::Generate() {
       !question.empty() && dialogs_.Show({.text = question,
                                           .buttons = Buttons::kYesNo,
                                           .icon = Icon::kQuestion,
-                                          .default_answer = Answer::kNo}) == Answer::kNo;
+                                          .default_answer = Answer::kNo}) != Answer::kYes;
   if (stay) return;
   accept();
 }
