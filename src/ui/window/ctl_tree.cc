@@ -14,6 +14,7 @@ namespace tenora {
 namespace {
 
 constexpr int kRefreshDelay = 250;  // milliseconds: a batch saves many letters in a moment
+constexpr int kHintLength = 60;     // letters of the searched text
 
 // Draws the count behind a name, fainter than the name.
 class CountDelegate : public QStyledItemDelegate {
@@ -48,6 +49,7 @@ ctlTree::ctlTree(Session& session, QWidget* parent)
       model_(session),
       filter_(model_),
       search_(new QLineEdit(this)),
+      nothing_found_(new QLabel(this)),
       view_(new QTreeView(this)) {
   setObjectName(QStringLiteral("ctlTree"));
   BuildView();
@@ -57,11 +59,17 @@ ctlTree::ctlTree(Session& session, QWidget* parent)
   search_->setClearButtonEnabled(true);
   search_->addAction(LineIcon("find"), QLineEdit::LeadingPosition);
   search_->installEventFilter(this);
+  nothing_found_->setObjectName(QStringLiteral("lblNothingFound"));
+  nothing_found_->setTextFormat(Qt::PlainText);
+  nothing_found_->setWordWrap(true);
+  nothing_found_->setMargin(6);
+  nothing_found_->hide();
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(6, 6, 0, 0);
   layout->setSpacing(6);
   layout->addWidget(search_);
+  layout->addWidget(nothing_found_);
   layout->addWidget(view_);
 
   refresh_soon_.setSingleShot(true);
@@ -155,6 +163,7 @@ void ctlTree::RefreshTree() {
   }
   model_.Refresh();
   Watch();
+  TellWhereNothingIsFound();
 }
 
 const ctlTree::Entry* ctlTree::Current() const {
@@ -201,6 +210,18 @@ void ctlTree::Filter(const QString& text) {
     OpenAgain(open_before_search_);
   }
   view_->setUpdatesEnabled(true);
+  TellWhereNothingIsFound();
+}
+
+void ctlTree::TellWhereNothingIsFound() {
+  const bool nothing = filter_.Active() && filter_.rowCount() == 0;
+  if (nothing) {
+    nothing_found_->setText(
+        tr("No template, tenant or owner is called \"%1\". Escape in the search "
+           "box shows them all again.")
+            .arg(search_->text().trimmed().left(kHintLength)));
+  }
+  nothing_found_->setVisible(nothing);
 }
 
 void ctlTree::ExpandGroupsAndFolds() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QFileSystemWatcher>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QTimer>
@@ -51,6 +52,7 @@ class ctlTree : public QWidget {
  private:
   void BuildView();
   void Filter(const QString& text);
+  void TellWhereNothingIsFound();
   void SelectFirstFound();
   void ExpandGroupsAndFolds();
   void ShowContextMenu(const QPoint& position);
@@ -60,6 +62,7 @@ class ctlTree : public QWidget {
   TreeModel model_;
   TreeFilter filter_;
   QLineEdit* search_;
+  QLabel* nothing_found_;
   QTreeView* view_;
   QFileSystemWatcher watcher_;
   QTimer refresh_soon_;

@@ -111,6 +111,7 @@ TEST_F(Tree, SearchesNamesAndGivesTheTreeBackAsItWas) {
   for (const auto& [typed, shown] : cases) {
     search->setText(typed);
     EXPECT_EQ(Shown(), shown) << typed;
+    EXPECT_EQ(tree_.findChild<QLabel*>("lblNothingFound")->isHidden(), *shown != '\0') << typed;
   }
   search->setText("green");
   search->clear();
