@@ -13,7 +13,6 @@
 #include <utility>
 
 #include "ui/editor/paragraph_dialogs.h"
-#include "ui/editor/picture_source.h"
 #include "ui/editor/table_commands.h"
 
 // The resource of a static library is linked in only where it is asked for.
@@ -311,12 +310,6 @@ void EditorActions::MakeInsertActions() {
   Add(&insert_, tr("T&able…"), "table", {}, [](LetterEditor& editor) {
     if (const auto size = AskTableSize(&editor)) InsertTable(editor, size->rows, size->columns);
   });
-  EnableWhere(Add(&insert_, tr("&Picture…"), "picture", {},
-                  [this](LetterEditor&) {
-                    const QByteArray file = picture_chooser_();
-                    if (!file.isEmpty()) InsertPicture(file);
-                  }),
-              [this](LetterEditor&) { return bool(picture_chooser_); });
   Add(&insert_, tr("Page &Break"), "page-break", QKeySequence(Qt::CTRL | Qt::Key_Return),
       [](LetterEditor& editor) { editor.InsertPageBreak(); });
 }
@@ -358,24 +351,6 @@ void EditorActions::MakeViewActions() {
   show_ruler_->setCheckable(true);
   show_ruler_->setChecked(true);
   view_.append(show_ruler_);
-}
-
-void EditorActions::SetPictureChooser(std::function<QByteArray()> chooser) {
-  picture_chooser_ = std::move(chooser);
-  Refresh();
-}
-
-bool EditorActions::InsertPicture(const QByteArray& file) {
-  const auto picture = PictureOfFile(file);
-  if (!editor_ || picture == nullptr) return false;
-  richtext::Paragraph paragraph;
-  richtext::Run run;
-  run.format = editor_->CharAtCaret();
-  run.text = "\uFFFC";
-  run.object = picture;
-  paragraph.runs.push_back(std::move(run));
-  editor_->InsertBlocks({paragraph});
-  return true;
 }
 
 void EditorActions::SetEditor(LetterEditor* editor) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <QAction>
-#include <QByteArray>
 #include <QList>
 #include <QPointer>
 #include <QStringList>
@@ -39,12 +38,6 @@ class EditorActions : public QObject {
 
   QAction* ShowRuler() const { return show_ruler_; }
 
-  // Asks for the bytes of a picture file; empty when cancelled. Without it the action is disabled.
-  void SetPictureChooser(std::function<QByteArray()> chooser);
-  // Puts a picture at the caret of the current editor; false when the bytes are no picture that
-  // letters can hold.
-  bool InsertPicture(const QByteArray& file);
-
  signals:
   // The caret's format has changed.
   void StateChanged();
@@ -74,7 +67,6 @@ class EditorActions : public QObject {
   QList<QMetaObject::Connection> connections_;
   QList<QAction*> edit_, format_, insert_, table_, view_;
   QList<QPair<QAction*, std::function<bool(LetterEditor&)>>> states_, enabled_;
-  std::function<QByteArray()> picture_chooser_;
   QStringList preselected_fonts_, fonts_;
   QAction* show_ruler_ = nullptr;
 };

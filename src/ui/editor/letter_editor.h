@@ -23,7 +23,6 @@ struct PaperLook {
   bool wraps_at_page = false;  // lines end where they will on paper; else at the window's edge
   int width = 11906;
   int left = 1134, right = 1134, top = 567, bottom = 1134;
-  QColor paper = Qt::white, text = Qt::black;
 };
 
 class LetterEditor : public QTextEdit, private RichTextView {

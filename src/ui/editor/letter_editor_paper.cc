@@ -75,9 +75,10 @@ void LetterEditor::WithoutUndoStep(const std::function<void()>& change) {
 
 void LetterEditor::SetPaper(const PaperLook& paper) {
   paper_ = paper;
+  // Whatever the colours around it.
   QPalette colours = palette();
-  colours.setColor(QPalette::Base, paper.paper);
-  colours.setColor(QPalette::Text, paper.text);
+  colours.setColor(QPalette::Base, Qt::white);
+  colours.setColor(QPalette::Text, Qt::black);
   setPalette(colours);
   LayOutPaper();
   emit PaperChanged();

@@ -1,6 +1,5 @@
 #include "ui/editor/letter_view.h"
 
-#include <QCoreApplication>
 #include <QVBoxLayout>
 
 namespace tenora {
@@ -19,11 +18,6 @@ LetterView::LetterView(RichTextBox& box, QWidget* parent) : QWidget(parent) {
   connect(ruler_, &Ruler::MarginsDragged, this, &LetterView::MarginsDragged);
 }
 
-void LetterView::SetRulerUnit(bool inches) {
-  ruler_->SetUnit(inches ? LengthUnit{1440, QCoreApplication::translate("EditorDialogs", " in")}
-                         : LengthUnit{567, QCoreApplication::translate("EditorDialogs", " cm")});
-}
-
 void LetterView::SetPage(int width, int left, int right) {
   PaperLook paper = editor_->Paper();
   paper.width = width;
@@ -35,13 +29,6 @@ void LetterView::SetPage(int width, int left, int right) {
 void LetterView::ChangeWidth(bool page_width) {
   PaperLook paper = editor_->Paper();
   paper.wraps_at_page = page_width;
-  editor_->SetPaper(paper);
-}
-
-void LetterView::SetPaperColours(const QColor& paper_colour, const QColor& text) {
-  PaperLook paper = editor_->Paper();
-  paper.paper = paper_colour;
-  paper.text = text;
   editor_->SetPaper(paper);
 }
 

@@ -16,14 +16,10 @@ class LetterView : public QWidget {
 
   LetterEditor& editor() { return *editor_; }
   void ShowRuler(bool shown) { ruler_->setVisible(shown); }
-  // Centimetres or inches.
-  void SetRulerUnit(bool inches);
   // The paper of the current printer and the margins that letters print with, twips.
   void SetPage(int width, int left, int right);
   // Lines end where the printer's page ends; else at the window's edge.
   void ChangeWidth(bool page_width);
-  // The paper stays white and its automatic text black unless a colour scheme says otherwise.
-  void SetPaperColours(const QColor& paper, const QColor& text);
 
  signals:
   // On the ruler; the margins are settings, so the receiver decides. Twips.

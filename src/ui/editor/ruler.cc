@@ -37,11 +37,6 @@ Ruler::Ruler(LetterEditor& editor, QWidget* parent) : QWidget(parent), editor_(e
   connect(editor.horizontalScrollBar(), &QScrollBar::valueChanged, this, refresh);
 }
 
-void Ruler::SetUnit(const LengthUnit& unit) {
-  unit_ = unit;
-  update();
-}
-
 QSize Ruler::sizeHint() const { return {200, kHeight}; }
 
 double Ruler::Scale() const { return PixelsOfTwips(1) * editor_.Zoom(); }

@@ -15,7 +15,6 @@ class Ruler : public QWidget {
  public:
   Ruler(LetterEditor& editor, QWidget* parent);
 
-  void SetUnit(const LengthUnit& unit);
   QSize sizeHint() const override;
 
  signals:
@@ -48,7 +47,7 @@ class Ruler : public QWidget {
   void PaintGrips(QPainter* painter);
 
   LetterEditor& editor_;
-  LengthUnit unit_ = LocaleUnit();
+  const LengthUnit unit_ = LocaleUnit();
   std::optional<Held> held_;
 };
 

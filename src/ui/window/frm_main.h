@@ -114,11 +114,14 @@ class frmMain : public QMainWindow {
   void OpenAsTemplate(const std::filesystem::path& path, const std::string& kind);
   void WithLetter(const std::function<void(frmLetter& letter)>& command);
   void ApplyPageWidth(bool page_width);
+  // A letter that holds its text.
+  void PutOnDesk(std::unique_ptr<LetterWindow> window);
   // The printer's paper and the stored margins, for the ruler and the lines' ends.
   void ShowPage(LetterWindow& window);
   void ShowPages();
-  // In twips; 0 where the current printer cannot be told, which printing then says.
-  int PaperWidth();
+  // Of the sheet as the letter lays it, twips; 0 where the current printer cannot be told, which
+  // printing then says.
+  int PaperWidth(LetterWindow& window);
   void StoreMargins(int left, int right);
   QStringList CodesFor(InsertList list) const;
 

@@ -53,12 +53,10 @@ LetterWindow* frmMain::MakeLetterWindow() {
                 .icon = Icon::kQuestion,
                 .default_answer = Answer::kNo}) == Answer::kYes;
   };
-  window->letter().PaperWidth = [this] { return PaperWidth(); };
+  window->letter().PaperWidth = [this, window] { return PaperWidth(*window); };
   window->letter().ShowFutureDateDialog = [this](RichTextBox& editor) {
     frmFutureDate(editor, this).exec();
   };
-  // The letter opens also where the margins are stored wrongly.
-  Guard("ShowPage", [&] { ShowPage(*window); });
   UnderlineIn(*window);
   window->letter().ChangeWidth(page_width_action_->isChecked());
   window->view().ShowRuler(editor_actions_->ShowRuler()->isChecked());
@@ -162,8 +160,7 @@ void frmMain::OpenEntry(const TreeModel::Entry& entry) {
     members.RecipientName = entry.recipient;
     members.TenantCode = entry.tenant_code;
     window->letter().LoadLetter(entry.path, entry.kind);
-    window->ShowLetter();
-    desk_->Add(window.release());
+    PutOnDesk(std::move(window));
   });
 }
 
@@ -198,8 +195,7 @@ void frmMain::OpenAsTemplate(const std::filesystem::path& path, const std::strin
   window->letter().LoadLetter(path, kind, "TXT");
   members.FilePath.clear();
   window->letter().UpdateCaption();
-  window->ShowLetter();
-  desk_->Add(window.release());
+  PutOnDesk(std::move(window));
 }
 
 void frmMain::ShowGuide(const char* page) {
@@ -220,15 +216,21 @@ void frmMain::ShowGuide(const char* page) {
 }
 
 void frmMain::StartNew(std::string_view kind) {
-  LetterWindow* window = MakeLetterWindow();
+  std::unique_ptr<LetterWindow> window(MakeLetterWindow());
   window->letter().members().RecipientName = kind;
   window->letter().StartNew(kind);
+  PutOnDesk(std::move(window));
+}
+
+void frmMain::PutOnDesk(std::unique_ptr<LetterWindow> window) {
+  // The letter opens also where the margins are stored wrongly.
+  Guard("ShowPage", [&] { ShowPage(*window); });
   window->ShowLetter();
-  desk_->Add(window);
+  desk_->Add(window.release());
 }
 
 void frmMain::ShowPage(LetterWindow& window) {
-  const int width = PaperWidth();
+  const int width = PaperWidth(window);
   if (width == 0) return;
   const PageMargins margins = StoredMargins(session_.settings);
   window.view().SetPage(width, margins.left, margins.right);
@@ -244,9 +246,11 @@ void frmMain::ShowPages() {
   for (LetterWindow* window : desk_->Letters()) ShowPage(*window);
 }
 
-int frmMain::PaperWidth() {
+int frmMain::PaperWidth(LetterWindow& window) {
   try {
-    return printers_ ? printers_->Current().Width() : 0;
+    if (!printers_) return 0;
+    const printing::Sheet sheet = printing::SheetFor(window.letter().rtfLetter.Document());
+    return printing::PaperOf(printers_->Current(), sheet).width;
   } catch (const RuntimeError&) {
     return 0;
   }

@@ -1,6 +1,5 @@
 #include "ui/editor/letter_editor.h"
 
-#include <QBuffer>
 #include <QDoubleSpinBox>
 #include <QMimeData>
 #include <QTextTable>
@@ -190,14 +189,6 @@ TEST_F(LetterEditorTest, OffersActionsThatActOnTheCaretsLetter) {
   editor.undo();
   editor.undo();
   EXPECT_EQ(box.TextRTF().find("\\b\\f0"), std::string::npos) << box.TextRTF();
-  QImage image(2, 2, QImage::Format_RGB32);
-  image.fill(Qt::red);
-  QByteArray png;
-  QBuffer buffer(&png);
-  image.save(&buffer, "PNG");
-  EXPECT_TRUE(actions.InsertPicture(png));
-  EXPECT_FALSE(actions.InsertPicture("no picture"));
-  EXPECT_NE(box.TextRTF().find("\\pngblip"), std::string::npos);
 }
 
 TEST_F(LetterEditorTest, CompletesAMergeCodeAndClosesIt) {
