@@ -42,11 +42,19 @@ void IndexCheck::Run() {
        page = owned_.NextFrom(page + 1)) {
     if (context_.ledger.IsClaimedBy(page, user_)) continue;
     // What lies below a page that cannot be read is the index's all the same.
-    if (!context_.ledger.Claim(page, user_, place_) || !complete_) continue;
+    if (!context_.ledger.Claim(page, user_, place_) || !complete_ || IsBlank(page)) continue;
     Fault(page, "the index owns the page, but no entry leads there");
   }
   if (complete_) CheckRowsHaveEntries();
   CheckUnique();
+}
+
+// A page that became empty stays so with its index where the map of free pages begins behind it.
+bool IndexCheck::IsBlank(std::uint32_t number) const {
+  PageBuffer page;
+  context_.file.Read(number, page);
+  return std::ranges::all_of(Bytes(page.bytes).first(page.size),
+                             [](std::byte b) { return b == std::byte{0}; });
 }
 
 void IndexCheck::Fault(std::optional<std::uint32_t> page, std::string what) {

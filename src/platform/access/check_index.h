@@ -26,6 +26,7 @@ class IndexCheck {
   void ExplainEntry(const IndexEntry& entry, std::uint32_t page);
   void CheckRowsHaveEntries();
   void CheckUnique();
+  bool IsBlank(std::uint32_t number) const;
   void Fault(std::optional<std::uint32_t> page, std::string what);
 
   // The last page met on each level; its next one is still to come.

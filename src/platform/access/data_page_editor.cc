@@ -73,8 +73,9 @@ void DataPageEditor::Replace(std::size_t slot, Bytes row, std::uint16_t flags) {
 
 void DataPageEditor::Delete(std::size_t slot) {
   slots_[slot] = {kRowDeleted, {}};
-  // A page whose rows come and go would run out of slots; nothing points to a deleted row.
-  while (!slots_.empty() && slots_.back().flags == kRowDeleted) slots_.pop_back();
+  // A page whose rows come and go would run out of slots; nothing points to a deleted row. One slot
+  // stays: other readers take a row from a page without any.
+  while (slots_.size() > 1 && slots_.back().flags == kRowDeleted) slots_.pop_back();
 }
 
 void DataPageEditor::Save() {
