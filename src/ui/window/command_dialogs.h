@@ -28,6 +28,10 @@ class CommandDialogs : public Dialogs {
                                     std::size_t default_item) override {
     return Decide().Choose(title, items, default_item);
   }
+  std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                           const PrintChoice& shown) override {
+    return Decide().ChoosePrinter(printers, shown);
+  }
   std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
                                                         const std::string& filter) override {
     return Decide().ChooseFileToOpen(title, filter);
