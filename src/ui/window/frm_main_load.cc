@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QStatusBar>
+#include <utility>
 
 #include "data/opened_database.h"
 #include "letters/custom_field_codes.h"
@@ -114,11 +115,18 @@ void frmMain::RestoreLayout() {
 
 void frmMain::StoreLayout() {
   Settings& settings = session_.settings;
-  settings.SaveSettingText(kSection, "WindowGeometry", Hex(saveGeometry()));
-  settings.SaveSettingText(kSection, "WindowState", Hex(saveState()));
-  settings.SaveSettingText(kSection, "LettersAsTabs", desk_->Tabbed() ? "1" : "0");
-  settings.SaveSettingText(kSection, "SplitterVert", std::to_string(splitter_->sizes().value(0)));
-  settings.SaveSettingText(kSection, "TreeOpen", tree_->OpenEntries().toStdString());
+  const std::pair<const char*, std::string> layout[] = {
+      {"WindowGeometry", Hex(saveGeometry())},
+      {"WindowState", Hex(saveState())},
+      {"LettersAsTabs", desk_->Tabbed() ? "1" : "0"},
+      {"SplitterVert", std::to_string(splitter_->sizes().value(0))},
+      {"TreeOpen", tree_->OpenEntries().toStdString()}};
+  for (const auto& [key, value] : layout) {
+    if (settings.GetSettingText(kSection, key, "") == value) continue;
+    settings.SaveSettingText(kSection, key, value);
+    // Where one cannot be stored, which has been shown, a box for each of the others helps nobody.
+    if (settings.GetSettingText(kSection, key, "") != value) return;
+  }
 }
 
 }  // namespace tenora
