@@ -225,6 +225,8 @@ void frmMain::StartNew(std::string_view kind) {
 void frmMain::PutOnDesk(std::unique_ptr<LetterWindow> window) {
   // The letter opens also where the margins are stored wrongly.
   Guard("ShowPage", [&] { ShowPage(*window); });
+  // Known before the text is there: marking codes in a long text anew takes far longer.
+  window->editor().SetCodes(CodesFor(ListFor(window->letter().members().Kind)));
   window->ShowLetter();
   desk_->Add(window.release());
 }
