@@ -1,7 +1,9 @@
 #include "ui/window/desktop.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QProxyStyle>
+#include <QStyleOption>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -31,15 +33,38 @@ bool IsDesktop(const QByteArray& platform) {
   return platform.isEmpty() || platform.startsWith("xcb") || platform.startsWith("wayland");
 }
 
-// Buttons say what they do; small pictures on them only make them restless.
-class PlainButtons : public QProxyStyle {
+class TenoraStyle : public QProxyStyle {
  public:
-  PlainButtons() : QProxyStyle(QStringLiteral("Fusion")) {}
+  TenoraStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+
+  // Buttons say what they do; small pictures on them only make them restless.
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                 QStyleHintReturn* result) const override {
     if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
     return QProxyStyle::styleHint(hint, option, widget, result);
   }
+
+  // Fusion's outlines are darker than the window: on a dark one an empty check box cannot be seen.
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (option->palette.base().color().lightness() >= kDark) return;
+    const bool box = element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck;
+    if (!box && element != PE_IndicatorRadioButton) return;
+    QColor outline = option->palette.text().color();
+    outline.setAlphaF(kOutlineStrength);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing, !box);
+    painter->setPen(outline);
+    painter->setBrush(Qt::NoBrush);
+    const QRect rect = option->rect.adjusted(0, 0, -1, -1);
+    box ? painter->drawRect(rect) : painter->drawEllipse(rect);
+    painter->restore();
+  }
+
+ private:
+  static constexpr int kDark = 128;  // of 255
+  static constexpr float kOutlineStrength = 0.6F;
 };
 
 // Qt ends a process without a usable display by an abort; its user is better served by a sentence
@@ -64,7 +89,7 @@ struct Desktop::State {
     QApplication::setApplicationName(QStringLiteral("Tenora"));
     // No display name: Qt would put it behind the title of every box, which are the system's own.
     QApplication::setWindowIcon(LineIcon("tenora"));
-    QApplication::setStyle(new PlainButtons);
+    QApplication::setStyle(new TenoraStyle);
   }
 
   QtMessageHandler handler_before;
