@@ -28,6 +28,8 @@ DataPageEditor::DataPageEditor(ChangedPages& pages, std::uint32_t number, std::u
                                             (row.overflow ? kRowOverflow : 0));
     if (slot.flags != kRowDeleted) slot.bytes.assign(row.bytes.begin(), row.bytes.end());
   }
+  // As Save leaves a page without rows.
+  if (slots_.size() == 1 && slots_[0].flags == kRowDeleted) slots_.clear();
 }
 
 void DataPageEditor::Format(ChangedPages& pages, std::uint32_t number, std::uint32_t owner) {
@@ -73,12 +75,13 @@ void DataPageEditor::Replace(std::size_t slot, Bytes row, std::uint16_t flags) {
 
 void DataPageEditor::Delete(std::size_t slot) {
   slots_[slot] = {kRowDeleted, {}};
-  // A page whose rows come and go would run out of slots; nothing points to a deleted row. One slot
-  // stays: other readers take a row from a page without any.
-  while (slots_.size() > 1 && slots_.back().flags == kRowDeleted) slots_.pop_back();
+  // A page whose rows come and go would run out of slots; nothing points to a deleted row.
+  while (!slots_.empty() && slots_.back().flags == kRowDeleted) slots_.pop_back();
 }
 
 void DataPageEditor::Save() {
+  // Other readers take a row from a page that has no slot.
+  if (slots_.empty()) slots_.push_back({kRowDeleted, {}});
   const std::span<std::byte> bytes = pages_.Change(number_);
   const Layout& layout = pages_.layout();
   std::size_t end = bytes.size();
