@@ -26,15 +26,22 @@ struct ReceiptParameters {
   bool Valid() const { return (!tenant_code.empty() || reprint != 0) && !format.empty(); }
 };
 
+template <typename Convert>
+auto ReadAs(Convert convert, const CommandLine& line, const char* name, const char* absent) {
+  const std::string value = line.GetCommandParameter(name, absent);
+  return About([&] { return std::string(name) + "=\"" + value + "\""; },
+               [&] { return convert(value); });
+}
+
 // Raises 13 (Type mismatch) or 6 (Overflow) for a value that is no boolean or number.
 ReceiptParameters ReadParameters(const CommandLine& line) {
   ReceiptParameters read;
   read.tenant_code = TrimBlanks(line.GetCommandParameter("PRINTRECEIPT", ""));
   read.format = line.GetCommandParameter("FORMAT", "");
-  read.use_default_printer = ToBool(line.GetCommandParameter("DEFAULT", "True"));
-  read.to_printer = ToBool(line.GetCommandParameter("TOPRINTER", "True"));
-  read.to_email = ToBool(line.GetCommandParameter("TOEMAIL", "FALSE"));
-  read.reprint = ToInt32(line.GetCommandParameter("REPRINT", "0"));
+  read.use_default_printer = ReadAs(ToBool, line, "DEFAULT", "True");
+  read.to_printer = ReadAs(ToBool, line, "TOPRINTER", "True");
+  read.to_email = ReadAs(ToBool, line, "TOEMAIL", "FALSE");
+  read.reprint = ReadAs(ToInt32, line, "REPRINT", "0");
   return read;
 }
 

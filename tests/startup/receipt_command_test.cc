@@ -96,7 +96,7 @@ TEST_F(ReceiptCommand, RefusesValuesThatCannotBeConverted) {
   for (const char* extra : {R"( TOPRINTER="maybe")", R"( TOPRINTER="")", R"( DEFAULT="true)",
                             R"( TOEMAIL="yes please")", R"( REPRINT="ten")", R"( REPRINT="")"}) {
     const test::ProcessResult result = Receipt(std::string(kReceipt) + extra);
-    ExpectRefused(result, "13 - Type mismatch");
+    ExpectRefused(result, "13 - Type mismatch: " + std::string(extra + 1).substr(0, 6));
     EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
   }
   ExpectRefused(Receipt(std::string(kReceipt) + R"( REPRINT="99999999999")"), "6 - Overflow");

@@ -7,6 +7,7 @@
 
 #include "platform/access/damage.h"
 #include "platform/access/file_header.h"
+#include "platform/access/layout.h"
 
 namespace tenora::access {
 namespace {
@@ -51,8 +52,15 @@ RuntimeError NoSuchFile(const std::filesystem::path& path) {
                       "DAO.Workspace");
 }
 
-std::vector<std::byte> ReadAll(StorageFile& file) {
-  std::vector<std::byte> bytes(file.Size());
+// The length of a whole journal, which its start tells; 0 for what is none, however long it is.
+std::uint64_t LengthOfWhole(StorageFile& journal) {
+  std::array<std::byte, kJournalHeader> header{};
+  const std::uint64_t length = JournalLength(Bytes(header).first(journal.Read(0, header)));
+  return length == journal.Size() ? length : 0;
+}
+
+std::vector<std::byte> ReadStart(StorageFile& file, std::uint64_t length) {
+  std::vector<std::byte> bytes(length);
   bytes.resize(file.Read(0, bytes));
   return bytes;
 }
@@ -158,9 +166,14 @@ void ExclusiveAccess::LockJournal(std::chrono::milliseconds wait) {
 
 void ExclusiveAccess::Recover() {
   if (!journal_in_use_) return;
+  const std::uint64_t length = LengthOfWhole(*journal_);
+  // No change has more pages than the database had before it, and until it is taken back the
+  // database is no shorter than that.
+  constexpr std::size_t kPageSize = kJet4Layout.page_size;
+  if (length > JournalLength(kPageSize, database_->Size() / kPageSize)) throw CannotTakeBack();
   Journal journal;
   // A journal that is not whole was never relied on: the pages are written only after it is synced.
-  if (!DecodeJournal(ReadAll(*journal_), journal)) return DropJournal();
+  if (!DecodeJournal(ReadStart(*journal_, length), journal)) return DropJournal();
   switch (Compare(journal, *database_)) {
     case Finding::kUntouched:
     case Finding::kReplaced:
@@ -169,16 +182,20 @@ void ExclusiveAccess::Recover() {
       TakeBack(journal);
       break;
     case Finding::kMixed:
-      throw RuntimeError(
-          engine_error::kCorruptFile,
-          "A change to '" + path_.string() +
-              "' was interrupted, and another program has written to the file since, so that it "
-              "cannot be taken back. Restore a backup, or compact and repair the database, and "
-              "delete '" +
-              journal_path_.string() + "'.",
-          kSource);
+      throw CannotTakeBack();
   }
   DropJournal();
+}
+
+RuntimeError ExclusiveAccess::CannotTakeBack() const {
+  return RuntimeError(
+      engine_error::kCorruptFile,
+      "A change to '" + path_.string() +
+          "' was interrupted, and another program has written to the file since, so that it "
+          "cannot be taken back. Restore a backup, or compact and repair the database, and "
+          "delete '" +
+          journal_path_.string() + "'.",
+      kSource);
 }
 
 CommitStates ExclusiveAccess::Commit(const Journal& journal,

@@ -47,6 +47,7 @@ class ExclusiveAccess {
  private:
   void LockJournal(std::chrono::milliseconds wait);
   void Recover();
+  RuntimeError CannotTakeBack() const;
   void RequireUnchanged(const Journal& journal);
   void SaveJournal(const Journal& journal);
   CommitStates WritePages(const Journal& journal, const std::vector<AppendedPage>& appended);

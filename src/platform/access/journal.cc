@@ -30,6 +30,21 @@ std::uint64_t DatabaseIdentity(Bytes start) {
       start.size(), kMaskedOffset + MaskedSize(Load8(&start[kVersionOffset])))));
 }
 
+std::uint64_t JournalLength(std::uint32_t page_size, std::uint64_t pages) {
+  return kJournalHeader + pages * (kPageHead + 2 * std::uint64_t{page_size});
+}
+
+std::uint64_t JournalLength(Bytes header) {
+  if (header.size() < kJournalHeader ||
+      !std::ranges::equal(header.first(kMagic.size()), std::as_bytes(std::span(kMagic))) ||
+      Load<std::uint64_t>(&header[kChecksummedHeader]) !=
+          Checksum(header.first(kChecksummedHeader)) ||
+      Load32(&header[16]) != kJet4Layout.page_size) {
+    return 0;
+  }
+  return JournalLength(kJet4Layout.page_size, Load32(&header[20]));
+}
+
 std::vector<std::byte> EncodeJournal(const Journal& journal) {
   const std::size_t record = kPageHead + 2 * std::size_t{journal.page_size};
   std::vector<std::byte> bytes(kJournalHeader + journal.pages.size() * record);
@@ -52,30 +67,20 @@ std::vector<std::byte> EncodeJournal(const Journal& journal) {
 }
 
 bool DecodeJournal(Bytes bytes, Journal& journal) {
-  if (bytes.size() < kJournalHeader) return false;
-  if (!std::ranges::equal(bytes.first(kMagic.size()), std::as_bytes(std::span(kMagic)))) {
-    return false;
-  }
-  if (Load<std::uint64_t>(&bytes[kChecksummedHeader]) !=
-      Checksum(bytes.first(kChecksummedHeader))) {
-    return false;
-  }
+  // Anything too short to be one has another length as well.
+  if (JournalLength(bytes) != bytes.size() || bytes.empty()) return false;
   journal.page_size = Load32(&bytes[16]);
-  const std::uint32_t count = Load32(&bytes[20]);
   journal.old_length = Load<std::uint64_t>(&bytes[24]);
   journal.new_length = Load<std::uint64_t>(&bytes[32]);
   journal.identity = Load<std::uint64_t>(&bytes[40]);
   journal.pages.clear();
-  if (journal.page_size != kJet4Layout.page_size || journal.old_length > journal.new_length ||
-      journal.old_length % journal.page_size != 0 || journal.new_length % journal.page_size != 0) {
+  if (journal.old_length > journal.new_length || journal.old_length % journal.page_size != 0 ||
+      journal.new_length % journal.page_size != 0) {
     return false;
   }
   Bytes rest = bytes.subspan(kJournalHeader);
   const std::size_t record = kPageHead + 2 * std::size_t{journal.page_size};
-  if (rest.size() / record != count || rest.size() % record != 0 ||
-      Load<std::uint64_t>(&bytes[48]) != Checksum(rest)) {
-    return false;
-  }
+  if (Load<std::uint64_t>(&bytes[48]) != Checksum(rest)) return false;
   for (; !rest.empty(); rest = rest.subspan(record)) {
     JournalPage& page = journal.pages.emplace_back();
     page.number = Load32(rest.data());

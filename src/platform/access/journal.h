@@ -40,6 +40,12 @@ inline constexpr std::size_t kJournalHeader = 64;
 // changes. `start` is the beginning of the database.
 std::uint64_t DatabaseIdentity(Bytes start);
 
+// The length in bytes of a journal of so many pages.
+std::uint64_t JournalLength(std::uint32_t page_size, std::uint64_t pages);
+
+// The same for the journal that starts with `header`; 0 for something else.
+std::uint64_t JournalLength(Bytes header);
+
 std::vector<std::byte> EncodeJournal(const Journal& journal);
 
 // False for what is not a whole journal: half-written, damaged or something else.

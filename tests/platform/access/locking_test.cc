@@ -126,6 +126,10 @@ TEST_F(SharingTheFile, AnInterruptedChangeThatAnotherProgramWroteOverIsReported)
   WriteWholeFile(JournalPath(path_), {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3049 - A change to "));
   EXPECT_EQ(ReadWholeFile(path_), content);
+  // The same in a database cut shorter than the journal has pages.
+  WriteWholeFile(path_, content.substr(0, 4096));
+  EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3049 - A change to "));
+  EXPECT_EQ(ReadWholeFile(path_), content.substr(0, 4096));
   EXPECT_TRUE(std::filesystem::exists(JournalPath(path_)));
 }
 
