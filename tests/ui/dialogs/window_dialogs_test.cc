@@ -21,7 +21,7 @@ void WhenUp(Qt::Key key, Look&& look) {
   });
 }
 
-TEST_F(DialogsTest, BoxesAnswerEnterWithTheDefaultAndEscapeWithTheRefusal) {
+TEST_F(DialogsTest, BoxesAnswerEnterWithTheDefaultAndEscapeWithNone) {
   WindowDialogs dialogs;
   const struct {
     Buttons buttons;
@@ -34,7 +34,7 @@ TEST_F(DialogsTest, BoxesAnswerEnterWithTheDefaultAndEscapeWithTheRefusal) {
       {Buttons::kOkCancel, Answer::kOk, Qt::Key_Escape, Answer::kCancel},
       {Buttons::kYesNo, Answer::kNo, Qt::Key_Return, Answer::kNo},
       {Buttons::kYesNo, Answer::kYes, Qt::Key_Return, Answer::kYes},
-      {Buttons::kYesNo, Answer::kYes, Qt::Key_Escape, Answer::kNo},
+      {Buttons::kYesNo, Answer::kYes, Qt::Key_Escape, Answer::kCancel},
   };
   for (const auto& c : cases) {
     WhenUp(c.key, [](QWidget& box) {
