@@ -7,6 +7,7 @@
 
 #include "output/rtf_to_html.h"
 #include "platform/access/check.h"
+#include "platform/access/engine_error.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/query/engine.h"
 #include "platform/runtime/clock.h"
@@ -69,8 +70,13 @@ void RunQuery(const std::string& path, const std::string& sql, bool write, std::
     output << rows << (rows == 1 ? " row" : " rows") << " changed\n";
     return;
   }
-  query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),
-                           output);
+  try {
+    query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),
+                             output);
+  } catch (const RuntimeError& error) {
+    if (error.number() != access::engine_error::kInvalidOperation) throw;
+    throw WithDetail(error, "insert, update and delete are run with --write");
+  }
 }
 
 // Whether the file is sound; what it uses that cannot be checked is no fault.
