@@ -1,13 +1,39 @@
 // The formats of the selection and of what is typed next.
 #include <QTextBlock>
+#include <QTextDocument>
 #include <QTextTable>
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "ui/editor/letter_editor.h"
 #include "ui/editor/text_properties.h"
 
 namespace tenora {
+namespace {
+
+// Qt keeps no history of the format of the first paragraph's mark.
+class FirstMarkStep : public QAbstractUndoItem {
+ public:
+  FirstMarkStep(QTextDocument* document, QTextCharFormat before, QTextCharFormat after)
+      : document_(document), before_(std::move(before)), after_(std::move(after)) {}
+  void undo() override { QTextCursor(document_).setBlockCharFormat(before_); }
+  void redo() override { QTextCursor(document_).setBlockCharFormat(after_); }
+
+ private:
+  QTextDocument* document_;
+  QTextCharFormat before_, after_;
+};
+
+void SetMark(QTextCursor* cursor, const QTextCharFormat& mark) {
+  if (cursor->block().position() == 0) {
+    QTextDocument* document = cursor->document();
+    document->appendUndoItem(new FirstMarkStep(document, cursor->blockCharFormat(), mark));
+  }
+  cursor->setBlockCharFormat(mark);
+}
+
+}  // namespace
 
 richtext::CharFormat LetterEditor::CharAtCaret() {
   ShowBox();
@@ -85,7 +111,7 @@ void LetterEditor::FormatCharacters(const std::function<void(richtext::CharForma
     if (cursor.block().length() == 1) {
       QTextCharFormat mark = cursor.blockCharFormat();
       mark.merge(formats_.Mark(formats_.CharOf(format)));
-      cursor.setBlockCharFormat(mark);
+      SetMark(&cursor, mark);
     }
     return setCurrentCharFormat(format);
   }
@@ -106,7 +132,7 @@ void LetterEditor::FormatCharacters(const std::function<void(richtext::CharForma
       edit.setPosition(block.position());
       QTextCharFormat mark = edit.blockCharFormat();
       mark.merge(formats_.Mark(formats_.CharOf(changed(mark))));
-      edit.setBlockCharFormat(mark);
+      SetMark(&edit, mark);
     }
   }
   for (const Piece& piece : pieces) {
