@@ -102,7 +102,9 @@ void LetterEditor::LayOutPaper() {
   if (page) {
     const int width = static_cast<int>(std::lround(PixelsOfTwips(paper_.width) * zoom_));
     setLineWrapMode(QTextEdit::FixedPixelWidth);
-    setLineWrapColumnOrWidth(width);
+    // Only a new width: Qt lays the whole letter out for the same one too, and asks again while the
+    // layout of a long one goes on.
+    if (lineWrapColumnOrWidth() != width) setLineWrapColumnOrWidth(width);
     const bool scrolls = verticalScrollBar()->maximum() > 0;
     room = contentsRect().width() - (scrolls ? verticalScrollBar()->sizeHint().width() : 0) - width;
     room = std::max(room, 0);
