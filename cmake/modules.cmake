@@ -1,4 +1,4 @@
-# Helpers that give every room, test and fuzz target the same flags.
+# Helpers that give every module, test and fuzz target the same flags.
 
 add_library(tenora_flags INTERFACE)
 target_include_directories(tenora_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
@@ -22,13 +22,13 @@ endif()
 
 include(cmake/precompiled.cmake)
 
-# tenora_room(NAME SOURCES … LIBRARIES …): the static library of one folder under src/. Only the
-# rooms below it and the outside libraries it stands on are named as LIBRARIES.
-function(tenora_room name)
-  cmake_parse_arguments(ROOM "" "" "SOURCES;LIBRARIES" ${ARGN})
-  add_library(tenora_${name} STATIC ${ROOM_SOURCES})
-  target_link_libraries(tenora_${name} PUBLIC tenora_flags ${ROOM_LIBRARIES})
-  tenora_precompile(tenora_${name} ${ROOM_LIBRARIES})
+# tenora_module(NAME SOURCES … LIBRARIES …): the static library of one folder under src/. LIBRARIES
+# names only modules of lower layers and the external libraries that the module depends on.
+function(tenora_module name)
+  cmake_parse_arguments(MODULE "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_library(tenora_${name} STATIC ${MODULE_SOURCES})
+  target_link_libraries(tenora_${name} PUBLIC tenora_flags ${MODULE_LIBRARIES})
+  tenora_precompile(tenora_${name} ${MODULE_LIBRARIES})
 endfunction()
 
 # tenora_test(NAME SOURCES … LIBRARIES …): one GoogleTest program for the folder of the same name.
