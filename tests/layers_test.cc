@@ -45,9 +45,9 @@ const std::vector<std::vector<Module>> kLayers = {
     {{"main.cpp", {}}},
 };
 
-const std::set<std::string> kModulesWithQt = {"platform/locale", "platform/printing",
+const std::set<std::string> kModulesWithQt = {"platform/locale",  "platform/printing",
                                               "platform/dialogs", "ui/editor",
-                                              "ui/dialogs", "ui/window"};
+                                              "ui/dialogs",       "ui/window"};
 
 // Where a file stands: its module, that module's layer, and its subfolder's place in the module's
 // order (none for a file at the module's top).
@@ -72,8 +72,7 @@ std::optional<Place> PlaceOf(const std::string& path) {
         ADD_FAILURE() << path << " is in a subfolder that is not listed for " << module.path;
         return std::nullopt;
       }
-      return Place{module.path, layer,
-                   static_cast<std::size_t>(found - module.subfolders.begin())};
+      return Place{module.path, layer, static_cast<std::size_t>(found - module.subfolders.begin())};
     }
   }
   return std::nullopt;

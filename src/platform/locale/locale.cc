@@ -76,8 +76,8 @@ class RegionalSettings : public Locale {
   }
 
   std::string ShortDate(Date date) const override {
-    QString format = time_.plain ? QStringLiteral("dd/MM/yyyy")
-                                 : time_.locale.dateFormat(QLocale::ShortFormat);
+    QString format =
+        time_.plain ? QStringLiteral("dd/MM/yyyy") : time_.locale.dateFormat(QLocale::ShortFormat);
     // A letter must not leave the century open.
     if (format.count('y') == 2) format.replace(QLatin1String("yy"), QLatin1String("yyyy"));
     return WithAsciiDigits(time_.locale.toString(ToQDate(date), format));

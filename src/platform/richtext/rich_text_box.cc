@@ -207,8 +207,8 @@ void RichTextBox::InsertObject(std::string_view rtf_group) {
   std::string piece = "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}";
   piece.append(rtf_group).append("}");
   richtext::Document document = state_->Parsed();
-  const int end = richtext::ReplaceRangeByObject(&document, SelStart(), SelLength(),
-                                                 richtext::ReadRtf(piece));
+  const int end =
+      richtext::ReplaceRangeByObject(&document, SelStart(), SelLength(), richtext::ReadRtf(piece));
   if (end < 0) throw StandardError(error_number::kInvalidFileFormat, "no picture and no object");
   state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
   Select(end, 0);

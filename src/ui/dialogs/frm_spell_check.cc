@@ -76,7 +76,8 @@ void frmSpellCheck::MakeButtons(QVBoxLayout* column) {
   add(tr("Stop"), "cmdStop", [this] { reject(); });
 }
 
-// The first line becomes current when the keyboard comes to the list; nobody has selected it by then.
+// The first line becomes current when the keyboard comes to the list; nobody has selected it by
+// then.
 QString frmSpellCheck::Suggestion() const {
   const QList<QListWidgetItem*> selected = suggestions_->selectedItems();
   return selected.isEmpty() ? QString() : selected.first()->text().trimmed();

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/access/file_builder.h"
-#include "platform/access/other_readers.h"
 #include "platform/access/memory_file.h"
+#include "platform/access/other_readers.h"
 #include "platform/access/showcase.h"
 #include "platform/runtime/files.h"
 #include "support/test_files.h"
