@@ -38,7 +38,7 @@ const std::vector<std::vector<Module>> kLayers = {
     {{"rental", {}}},
     {{"merge", {}}},
     {{"output", {}}},
-    {{"letters", {}}},
+    {{"letters", {"letter", "generate", "lint"}}},
     {{"startup", {}}},
     {{"ui/editor", {}}, {"ui/dialogs", {}}},
     {{"ui/window", {}}},

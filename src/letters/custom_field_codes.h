@@ -1,11 +1,18 @@
 // The codes of the custom fields that a database knows.
 #pragma once
 
+#include <set>
+#include <string>
+
 #include "data/database.h"
-#include "letters/template_lint.h"
 #include "platform/query/engine.h"
 
 namespace tenora {
+
+// The field codes that the database knows, for each kind of record that has custom fields.
+struct CustomFieldCodes {
+  std::set<std::string> tenant, property, owner;
+};
 
 // Those declared among the account codes and those that a record has a value for. Raises the errors
 // of the query.

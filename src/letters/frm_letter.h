@@ -87,7 +87,7 @@ class frmLetter {
   // also a recipient without an address, is shown and gives false.
   bool SendEmail(clsEmailSender& sender, const std::string& subject, bool attach_pdf);
 
-  // The commands of the menus (letter_commands.cc). Their questions go through the dialogs.
+  // The commands of the menus. Their questions go through the dialogs.
 
   // Asks for a text, from then on that of FindAgain, and selects its first occurrence.
   void Find();

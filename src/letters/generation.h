@@ -90,6 +90,10 @@ class Generation {
   // mailed, is never mailed again. Raises what Run raises, and the errors of RunLog::Resume.
   GenerationSummary Resume(const std::filesystem::path& log);
 
+  // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does for a
+  // log that cannot be read.
+  static GenerationRequest RequestOf(const std::filesystem::path& log);
+
  private:
   Session& session_;
   AfterError after_error_;

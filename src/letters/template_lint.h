@@ -2,11 +2,10 @@
 // something else than was meant.
 #pragma once
 
-#include <set>
 #include <string>
 #include <vector>
 
-#include "merge/catalogue.h"
+#include "letters/custom_field_codes.h"
 #include "platform/richtext/rich_text_box.h"
 #include "platform/runtime/date.h"
 
@@ -42,11 +41,6 @@ struct TemplateFinding {
 
   // "line 3: "…text…": problem; advice".
   std::string Text() const;
-};
-
-// The field codes that the database knows, for each kind of record that has custom fields.
-struct CustomFieldCodes {
-  std::set<std::string> tenant, property, owner;
 };
 
 // Findings in the order of the source. `today` is what future dates count from; without `fields`

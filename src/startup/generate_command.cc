@@ -6,7 +6,6 @@
 #include <ostream>
 
 #include "letters/generation.h"
-#include "letters/run_log.h"
 #include "letters/template_library.h"
 #include "platform/dialogs/guard.h"
 #include "platform/dialogs/terminal_text.h"
@@ -120,7 +119,7 @@ class GenerateCommand {
     if (call_.list) return List();
     const bool resuming = !call_.resume.empty();
     const std::filesystem::path resumed = resuming ? LogToResume() : "";
-    const GenerationRequest request = resuming ? RunLog::RequestOf(resumed) : AskedRequest();
+    const GenerationRequest request = resuming ? Generation::RequestOf(resumed) : AskedRequest();
     const Destination destination = request.destination;
     if (destination == Destination::kPrinter) TakePrinter(request.printer);
     dialogs_.Before(&progress_);

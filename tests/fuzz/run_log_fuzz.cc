@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "letters/run_log_text.h"
+#include "letters/generate/run_log_format.h"
 #include "platform/runtime/error.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -3,8 +3,8 @@
 
 #include <filesystem>
 
-#include "letters/embedded_file.h"
 #include "letters/frm_letter.h"
+#include "letters/letter/embedded_file.h"
 #include "letters/template_library.h"
 #include "platform/runtime/files.h"
 #include "support/fake_platform.h"

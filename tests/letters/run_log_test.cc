@@ -1,4 +1,4 @@
-#include "letters/run_log.h"
+#include "letters/generate/run_log.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "letters/run_log_text.h"
+#include "letters/generate/run_log_format.h"
 #include "platform/runtime/clock.h"
 
 namespace tenora {

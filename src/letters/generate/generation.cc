@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "letters/letter_maker.h"
-#include "letters/letter_run.h"
-#include "letters/run_log.h"
+#include "letters/generate/letter_maker.h"
+#include "letters/generate/letter_run.h"
+#include "letters/generate/run_log.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/error.h"
 #include "rental/reload.h"
@@ -54,6 +54,10 @@ GenerationSummary Generation::Resume(const std::filesystem::path& log_path) {
   RequirePrinter(printers_, log.request().destination);
   LetterMaker maker(session_, log.request(), BadFutureDates(after_error_));
   return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go();
+}
+
+GenerationRequest Generation::RequestOf(const std::filesystem::path& log) {
+  return RunLog::RequestOf(log);
 }
 
 GenerationSummary GenerateSelection(Session& session, GenerationRequest request,

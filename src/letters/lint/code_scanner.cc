@@ -1,4 +1,4 @@
-#include "letters/code_scanner.h"
+#include "letters/lint/code_scanner.h"
 
 #include <algorithm>
 #include <string>

@@ -1,4 +1,4 @@
-#include "letters/nearest_name.h"
+#include "letters/lint/nearest_name.h"
 
 #include <algorithm>
 

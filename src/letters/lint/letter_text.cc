@@ -1,4 +1,4 @@
-#include "letters/letter_text.h"
+#include "letters/lint/letter_text.h"
 
 #include <algorithm>
 #include <set>

@@ -1,4 +1,4 @@
-#include "letters/letter_run.h"
+#include "letters/generate/letter_run.h"
 
 #include <array>
 #include <cstdint>

@@ -6,9 +6,9 @@
 #include <map>
 #include <optional>
 
+#include "letters/generate/letter_maker.h"
+#include "letters/generate/run_log.h"
 #include "letters/generation.h"
-#include "letters/letter_maker.h"
-#include "letters/run_log.h"
 #include "output/email_sender.h"
 #include "output/pdf_workers.h"
 #include "output/printing.h"

@@ -1,4 +1,4 @@
-#include "letters/embedded_file.h"
+#include "letters/letter/embedded_file.h"
 
 #include <cstdint>
 

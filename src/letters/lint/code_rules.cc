@@ -1,11 +1,12 @@
-#include "letters/code_rules.h"
+#include "letters/lint/code_rules.h"
 
 #include <algorithm>
 #include <array>
 #include <span>
 #include <vector>
 
-#include "letters/nearest_name.h"
+#include "letters/lint/nearest_name.h"
+#include "merge/catalogue.h"
 #include "merge/future_dates.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"

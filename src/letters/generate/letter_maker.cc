@@ -1,4 +1,4 @@
-#include "letters/letter_maker.h"
+#include "letters/generate/letter_maker.h"
 
 namespace tenora {
 LetterMaker::LetterMaker(Session& session, const GenerationRequest& request,

@@ -1,4 +1,4 @@
-#include "letters/run_log_text.h"
+#include "letters/generate/run_log_format.h"
 
 #include <array>
 #include <charconv>
