@@ -5,7 +5,7 @@
 #include <string>
 
 #include "data/sql_text.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "merge/replace_code.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"

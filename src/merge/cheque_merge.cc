@@ -2,7 +2,7 @@
 
 #include "data/sql_text.h"
 #include "merge/amount_in_words.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "merge/replace_code.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "data/sql_text.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "merge/replace_code.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/value.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "platform/dialogs/dialogs.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "data/opened_database.h"
-#include "merge/catalogue.h"
 #include "merge/custom_fields.h"
 #include "merge/future_dates.h"
+#include "merge/merge_codes.h"
 #include "merge/replace_code.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"

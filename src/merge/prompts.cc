@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "platform/dialogs/dialogs.h"
 #include "platform/runtime/text.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "startup/recipient_choice.h"
 
 namespace tenora {

@@ -8,7 +8,7 @@
 
 #include "letters/custom_field_codes.h"
 #include "letters/frm_letter.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "platform/richtext/reader.h"
 #include "platform/richtext/writer.h"
 #include "platform/runtime/text.h"

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <map>
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "merge_fixture.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"

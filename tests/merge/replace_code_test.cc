@@ -1,6 +1,6 @@
 #include "merge/replace_code.h"
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "merge_fixture.h"
 
 namespace tenora {

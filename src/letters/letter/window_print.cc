@@ -4,7 +4,7 @@
 #include <string>
 
 #include "letters/template_library.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "platform/dialogs/guard.h"
 
 namespace tenora {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "letters/lint/nearest_name.h"
-#include "merge/catalogue.h"
 #include "merge/future_dates.h"
+#include "merge/merge_codes.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/text.h"

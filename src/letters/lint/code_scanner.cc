@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 
 namespace tenora {
 namespace {

@@ -7,7 +7,7 @@
 #include "letters/lint/code_rules.h"
 #include "letters/lint/code_scanner.h"
 #include "letters/lint/letter_text.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "merge/replace_code.h"
 #include "platform/runtime/text.h"
 

@@ -9,7 +9,7 @@
 #include <QRegularExpressionValidator>
 #include <QVBoxLayout>
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 
 namespace tenora {
 namespace {

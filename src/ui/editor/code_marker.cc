@@ -6,7 +6,7 @@
 #include <QTextDocument>
 #include <algorithm>
 
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "ui/editor/protected_text.h"
 
 namespace tenora {

@@ -3,7 +3,7 @@
 #include <QStatusBar>
 
 #include "letters/template_library.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "output/printing.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/clock.h"

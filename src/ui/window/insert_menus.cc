@@ -4,7 +4,7 @@
 #include <QLineEdit>
 
 #include "letters/template_library.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 
 namespace tenora {
 namespace {

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "application.h"
-#include "merge/catalogue.h"
+#include "merge/merge_codes.h"
 #include "platform/runtime/files.h"
 #include "support/fake_platform.h"
 #include "ui/window/background_work.h"
