@@ -13,6 +13,7 @@
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/version.h"
 #include "startup/lint_command.h"
 
 namespace tenora {
@@ -20,8 +21,6 @@ namespace {
 
 constexpr std::array<std::string_view, 8> kOwnWords{"query", "tables", "check", "html",
                                                     "lint",  "--help", "-h",    "--version"};
-
-constexpr const char* kVersion = "Tenora Mail Merge Facility " TENORA_VERSION;
 
 constexpr const char* kHelpFooter =
     R"(The management package's command words, each parameter as NAME="value":
@@ -120,7 +119,7 @@ bool IsOwnCommand(std::string_view first_argument) {
 
 int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std::ostream& errors) {
   CLI::App app("Prints letters and receipts from a rental agency's database.", "tenora");
-  app.set_version_flag("--version", kVersion);
+  app.set_version_flag("--version", std::string("Tenora Mail Merge Facility ") + kVersion);
   app.footer(kHelpFooter);
   app.require_subcommand(1);
   std::string database, sql;

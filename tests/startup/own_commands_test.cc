@@ -1,4 +1,5 @@
 #include "agency.h"
+#include "platform/runtime/version.h"
 
 namespace tenora {
 namespace {
@@ -97,7 +98,8 @@ TEST_F(OwnCommands, HelpTellsOfTheCommandWordsAndTheEnvironment) {
       EXPECT_THAT(result.output, HasSubstr(part));
     }
   }
-  EXPECT_EQ(Run({"--version"}).output, "Tenora Mail Merge Facility 1.0\n");
+  EXPECT_EQ(Run({"--version"}).output,
+            "Tenora Mail Merge Facility " + std::string(kVersion) + "\n");
 }
 
 TEST_F(OwnCommands, ReportAFullStandardOutput) {

@@ -5,8 +5,8 @@
 #include <QVBoxLayout>
 
 #include "platform/dialogs/dialogs.h"
+#include "platform/runtime/version.h"
 #include "ui/window/icons.h"
-#include "ui/window/version.h"
 
 namespace tenora {
 
@@ -20,7 +20,7 @@ frmAbout::frmAbout(const std::filesystem::path& data_folder, QWidget* parent) : 
   large.setPointSizeF(large.pointSizeF() * 1.3);
   large.setBold(true);
   title->setFont(large);
-  auto* version = new QLabel(VersionCaption(), this);
+  auto* version = new QLabel(QString::fromLatin1(kVersionCaption), this);
   version->setObjectName(QStringLiteral("lblVersion"));
   auto* folder = new QLabel(
       tr("Templates and letters lie in %1").arg(QString::fromStdString(data_folder.string())),

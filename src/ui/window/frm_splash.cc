@@ -10,8 +10,8 @@
 #include <cmath>
 
 #include "platform/dialogs/dialogs.h"
+#include "platform/runtime/version.h"
 #include "ui/window/icons.h"
-#include "ui/window/version.h"
 
 namespace tenora {
 namespace {
@@ -44,7 +44,7 @@ frmSplash::frmSplash(QWidget* parent) : QWidget(parent, Qt::SplashScreen) {
   large.setBold(true);
   title->setFont(large);
   SetInk(title, kNavy);
-  auto* version = new QLabel(VersionCaption(), this);
+  auto* version = new QLabel(QString::fromLatin1(kVersionCaption), this);
   version->setObjectName(QStringLiteral("lblVersion"));
   SetInk(version, QColor(0x5A, 0x5F, 0x73));
 
