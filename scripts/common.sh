@@ -12,7 +12,7 @@ install_packages() {
     case " $* " in *" $who "*) ;; *) continue ;; esac
     # A program from another source than Debian's package serves as well.
     case $name in
-      cmake | clang | npm) command -v "$name" >/dev/null && continue ;;
+      cmake | clang | clang-format | clang-tidy | npm) command -v "$name" >/dev/null && continue ;;
       nodejs) command -v node >/dev/null && continue ;;
     esac
     dpkg-query -W -f='${Status}' "$name" 2>/dev/null | grep -q 'ok installed' || missing+=("$name")
