@@ -40,7 +40,8 @@ const std::vector<std::vector<Module>> kLayers = {
     {{"output", {}}},
     {{"letters", {"letter", "generate", "lint"}}},
     {{"startup", {}}},
-    {{"ui/editor", {}}, {"ui/dialogs", {}}},
+    {{"ui/editor", {"text", "codes", "tables", "document", "clipboard", "commands", "screen"}},
+     {"ui/dialogs", {}}},
     {{"ui/window", {}}},
     {{"main.cpp", {}}},
 };

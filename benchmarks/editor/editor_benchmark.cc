@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "ui/editor/commands/table_commands.h"
 #include "ui/editor/letter_view.h"
-#include "ui/editor/table_commands.h"
 
 namespace {
 

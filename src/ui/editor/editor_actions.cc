@@ -12,8 +12,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/editor/paragraph_dialogs.h"
-#include "ui/editor/table_commands.h"
+#include "ui/editor/commands/editor_dialogs.h"
+#include "ui/editor/commands/table_commands.h"
 
 // The resource of a static library is linked in only where it is asked for.
 static void LinkEditorIcons() { Q_INIT_RESOURCE(editor); }

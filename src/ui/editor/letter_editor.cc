@@ -14,12 +14,12 @@
 
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/editing.h"
-#include "ui/editor/inline_objects.h"
-#include "ui/editor/letter_clipboard.h"
-#include "ui/editor/letter_loader.h"
-#include "ui/editor/letter_reader.h"
-#include "ui/editor/letter_update.h"
-#include "ui/editor/protected_text.h"
+#include "ui/editor/clipboard/letter_clipboard.h"
+#include "ui/editor/document/letter_loader.h"
+#include "ui/editor/document/letter_reader.h"
+#include "ui/editor/document/letter_update.h"
+#include "ui/editor/screen/inline_objects.h"
+#include "ui/editor/text/protected_text.h"
 
 namespace tenora {
 

@@ -10,11 +10,11 @@
 
 #include "platform/richtext/rich_text_box.h"
 #include "platform/richtext/rich_text_view.h"
-#include "ui/editor/code_completer.h"
-#include "ui/editor/code_marker.h"
-#include "ui/editor/letter_formats.h"
-#include "ui/editor/position_map.h"
-#include "ui/editor/zoom_device.h"
+#include "ui/editor/codes/code_completer.h"
+#include "ui/editor/codes/code_marker.h"
+#include "ui/editor/screen/zoom_device.h"
+#include "ui/editor/text/letter_formats.h"
+#include "ui/editor/text/position_map.h"
 
 namespace tenora {
 

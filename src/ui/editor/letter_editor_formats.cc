@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "ui/editor/letter_editor.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 namespace {

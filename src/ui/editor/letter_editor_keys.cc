@@ -4,11 +4,11 @@
 #include <QTextBlock>
 #include <QTextTable>
 
+#include "ui/editor/commands/table_commands.h"
+#include "ui/editor/document/letter_loader.h"
 #include "ui/editor/letter_editor.h"
-#include "ui/editor/letter_loader.h"
-#include "ui/editor/protected_text.h"
-#include "ui/editor/table_commands.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/text/protected_text.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 namespace {

@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "ui/editor/letter_editor.h"
-#include "ui/editor/letter_overlay.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/screen/letter_overlay.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 namespace {

@@ -4,7 +4,7 @@
 #include <QWidget>
 
 #include "ui/editor/letter_editor.h"
-#include "ui/editor/ruler.h"
+#include "ui/editor/screen/ruler.h"
 
 namespace tenora {
 

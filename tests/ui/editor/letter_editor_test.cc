@@ -8,11 +8,11 @@
 
 #include "editor_fixture.h"
 #include "platform/richtext/document.h"
-#include "ui/editor/code_marker.h"
+#include "ui/editor/clipboard/letter_clipboard.h"
+#include "ui/editor/codes/code_marker.h"
+#include "ui/editor/commands/editor_dialogs.h"
+#include "ui/editor/commands/table_commands.h"
 #include "ui/editor/editor_actions.h"
-#include "ui/editor/letter_clipboard.h"
-#include "ui/editor/paragraph_dialogs.h"
-#include "ui/editor/table_commands.h"
 
 namespace tenora {
 namespace {

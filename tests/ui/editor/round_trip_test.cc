@@ -9,8 +9,8 @@
 #include "platform/richtext/writer.h"
 #include "platform/runtime/files.h"
 #include "support/test_files.h"
-#include "ui/editor/letter_loader.h"
-#include "ui/editor/letter_reader.h"
+#include "ui/editor/document/letter_loader.h"
+#include "ui/editor/document/letter_reader.h"
 
 namespace tenora {
 namespace {

@@ -1,4 +1,4 @@
-#include "ui/editor/paragraph_dialogs.h"
+#include "ui/editor/commands/editor_dialogs.h"
 
 #include <QComboBox>
 #include <QCoreApplication>

@@ -1,4 +1,4 @@
-#include "ui/editor/picture_source.h"
+#include "ui/editor/clipboard/picture_source.h"
 
 #include <QBuffer>
 #include <QImageReader>

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/richtext/document.h"
-#include "ui/editor/table_grid.h"
+#include "ui/editor/tables/table_grid.h"
 
 namespace tenora {
 

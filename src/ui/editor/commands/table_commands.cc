@@ -1,4 +1,4 @@
-#include "ui/editor/table_commands.h"
+#include "ui/editor/commands/table_commands.h"
 
 #include <QTextTable>
 #include <algorithm>
@@ -6,10 +6,10 @@
 #include <memory>
 #include <utility>
 
-#include "ui/editor/letter_reader.h"
-#include "ui/editor/letter_update.h"
-#include "ui/editor/table_grid.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/document/letter_reader.h"
+#include "ui/editor/document/letter_update.h"
+#include "ui/editor/tables/table_grid.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 namespace {

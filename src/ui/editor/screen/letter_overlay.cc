@@ -1,4 +1,4 @@
-#include "ui/editor/letter_overlay.h"
+#include "ui/editor/screen/letter_overlay.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QTextBlock>

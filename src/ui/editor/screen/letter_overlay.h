@@ -6,7 +6,7 @@
 #include <QRectF>
 #include <QTextDocument>
 
-#include "ui/editor/letter_formats.h"
+#include "ui/editor/text/letter_formats.h"
 
 namespace tenora {
 

@@ -1,4 +1,4 @@
-#include "ui/editor/table_grid.h"
+#include "ui/editor/tables/table_grid.h"
 
 #include <algorithm>
 #include <utility>

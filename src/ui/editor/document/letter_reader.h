@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "platform/richtext/document.h"
-#include "ui/editor/letter_formats.h"
-#include "ui/editor/position_map.h"
-#include "ui/editor/table_grid.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/tables/table_grid.h"
+#include "ui/editor/text/letter_formats.h"
+#include "ui/editor/text/position_map.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 

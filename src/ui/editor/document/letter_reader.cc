@@ -1,4 +1,4 @@
-#include "ui/editor/letter_reader.h"
+#include "ui/editor/document/letter_reader.h"
 
 #include <QTextCursor>
 #include <QTextList>

@@ -1,4 +1,4 @@
-#include "ui/editor/code_completer.h"
+#include "ui/editor/codes/code_completer.h"
 
 #include <QAbstractItemView>
 #include <QScrollBar>

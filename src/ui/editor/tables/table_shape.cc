@@ -1,4 +1,4 @@
-#include "ui/editor/table_shape.h"
+#include "ui/editor/tables/table_shape.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/richtext/document.h"
-#include "ui/editor/letter_formats.h"
+#include "ui/editor/text/letter_formats.h"
 
 namespace tenora {
 

@@ -1,4 +1,4 @@
-#include "ui/editor/letter_clipboard.h"
+#include "ui/editor/clipboard/letter_clipboard.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -14,9 +14,9 @@
 #include "platform/richtext/reader.h"
 #include "platform/richtext/table_numbers.h"
 #include "platform/richtext/writer.h"
-#include "ui/editor/letter_reader.h"
-#include "ui/editor/picture_source.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/clipboard/picture_source.h"
+#include "ui/editor/document/letter_reader.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 namespace {

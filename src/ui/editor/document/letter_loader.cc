@@ -1,4 +1,4 @@
-#include "ui/editor/letter_loader.h"
+#include "ui/editor/document/letter_loader.h"
 
 #include <QTextBlock>
 #include <QTextTable>

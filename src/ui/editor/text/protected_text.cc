@@ -1,8 +1,8 @@
-#include "ui/editor/protected_text.h"
+#include "ui/editor/text/protected_text.h"
 
 #include <QTextBlock>
 
-#include "ui/editor/text_properties.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 namespace {

@@ -1,4 +1,4 @@
-#include "ui/editor/position_map.h"
+#include "ui/editor/text/position_map.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "ui/editor/zoom_device.h"
+#include "ui/editor/screen/zoom_device.h"
 
 namespace tenora {
 

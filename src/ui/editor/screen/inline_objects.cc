@@ -1,4 +1,4 @@
-#include "ui/editor/inline_objects.h"
+#include "ui/editor/screen/inline_objects.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QFontMetricsF>
@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "platform/printing/text_line.h"
-#include "ui/editor/letter_formats.h"
+#include "ui/editor/text/letter_formats.h"
 
 namespace tenora {
 namespace {

@@ -1,4 +1,4 @@
-#include "ui/editor/ruler.h"
+#include "ui/editor/screen/ruler.h"
 
 #include <QMouseEvent>
 #include <QPainter>

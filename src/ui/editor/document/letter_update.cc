@@ -1,11 +1,11 @@
-#include "ui/editor/letter_update.h"
+#include "ui/editor/document/letter_update.h"
 
 #include <QTextBlock>
 #include <QTextCursor>
 #include <algorithm>
 
 #include "platform/printing/positions.h"
-#include "ui/editor/letter_loader.h"
+#include "ui/editor/document/letter_loader.h"
 
 namespace tenora {
 namespace {

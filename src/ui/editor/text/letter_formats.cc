@@ -1,4 +1,4 @@
-#include "ui/editor/letter_formats.h"
+#include "ui/editor/text/letter_formats.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -10,7 +10,7 @@
 #include "platform/printing/symbol_fonts.h"
 #include "platform/richtext/table_numbers.h"
 #include "platform/runtime/text.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 namespace {

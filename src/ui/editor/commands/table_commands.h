@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ui/editor/letter_editor.h"
-#include "ui/editor/table_shape.h"
+#include "ui/editor/tables/table_shape.h"
 
 namespace tenora {
 

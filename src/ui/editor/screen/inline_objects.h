@@ -5,7 +5,7 @@
 #include <QTextObjectInterface>
 
 #include "platform/printing/pictures.h"
-#include "ui/editor/text_properties.h"
+#include "ui/editor/text/text_properties.h"
 
 namespace tenora {
 

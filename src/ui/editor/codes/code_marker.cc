@@ -1,4 +1,4 @@
-#include "ui/editor/code_marker.h"
+#include "ui/editor/codes/code_marker.h"
 
 #include <QRegularExpression>
 #include <QTextBlock>
@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "merge/merge_codes.h"
-#include "ui/editor/protected_text.h"
+#include "ui/editor/text/protected_text.h"
 
 namespace tenora {
 namespace {

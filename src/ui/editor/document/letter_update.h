@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "platform/richtext/document.h"
-#include "ui/editor/letter_formats.h"
-#include "ui/editor/position_map.h"
+#include "ui/editor/text/letter_formats.h"
+#include "ui/editor/text/position_map.h"
 
 namespace tenora {
 

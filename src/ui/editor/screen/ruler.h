@@ -4,8 +4,8 @@
 #include <QWidget>
 #include <optional>
 
+#include "ui/editor/commands/editor_dialogs.h"
 #include "ui/editor/letter_editor.h"
-#include "ui/editor/paragraph_dialogs.h"
 
 namespace tenora {
 
