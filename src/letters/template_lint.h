@@ -6,13 +6,11 @@
 #include <vector>
 
 #include "letters/custom_field_codes.h"
+#include "merge/merge_codes.h"
 #include "platform/richtext/rich_text_box.h"
 #include "platform/runtime/date.h"
 
 namespace tenora {
-
-// Which merge fills the template.
-enum class TemplateKind { kTenant, kOwner, kCheque };
 
 struct TemplateFinding {
   enum class Kind {

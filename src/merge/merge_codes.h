@@ -1,94 +1,40 @@
-// The merge code catalogue: the names that may stand between "<<" and ">>", and the openings of the
-// codes that carry parameters of their own. Order and spelling are fixed: existing templates hold
-// these names, merges address entries by position and the insert menus show them in this order.
+// The merge codes: the names that may stand between "<<" and ">>", each with where its value comes
+// from and how it is fetched, and the openings of the codes that carry parameters of their own. The
+// merges, the insert menus, the completion, lint and the check of docs/merge-codes.md all read
+// these tables, so a new code is one line in merge_codes.cc and one in the guide.
 #pragma once
 
-#include <array>
-#include <cstddef>
+#include <span>
+#include <string>
 #include <string_view>
 
 namespace tenora {
 
-inline constexpr std::array<std::string_view, 45> kTenantCodes{
-    "Print Date",
-    "Print Time",
-    "Tenant Name",
-    "Property Address 1",
-    "Property Address 2",
-    "Property Address 3",
-    "Email",
-    "Home Phone",
-    "Work Phone",
-    "Mobile",
-    "Fax",
-    "Current Rent",
-    "Rent Frequency",
-    "Bond Amount",
-    "Tenancy Start Date",
-    "Tenancy End Date",
-    "Last Rent Rise",
-    "Last Payment Date",
-    "Last Payment Amount",
-    "Last Payment Number",
-    "Last Payment Tax",
-    "Last Payment Excl.",
-    "Last Payment Tender",
-    "Balance Owing",
-    "Paid To Date",
-    "Previous Paid To Date",
-    "Last Inspection",
-    "Next Inspection",
-    "Prompt Message",
-    "Property Code",
-    "Property Owners Name",
-    "Water Meter",
-    "Contact Address1",
-    "Contact Address2",
-    "Contact Address3",
-    "Monthly Rent Date",
-    "ID Number",
-    "Current Period Start",
-    "Current Period End",
-    "Next Period Start",
-    "Tenant Code",
-    "Next Rent Change Date",
-    "Next Rent Change Value",
-    "Rent Review Date",
-    "Future Date",
+struct MergeSource;
+
+// Which merge fills a template.
+enum class TemplateKind { kTenant, kOwner, kCheque };
+
+// Where a code's value comes from.
+enum class CodeSource {
+  kClock,        // filled even for a tenancy that is not found
+  kTenancy,      // the cached record, or a look-up of its own
+  kLastPayment,  // fields of the cached record that the last-payment look-up fills first
+  kOwner,
+  kCheque,
+  kMenuCommand,  // an entry of the insert menu that no merge replaces
 };
 
-inline constexpr std::array<std::string_view, 5> kChequeCodes{
-    "Print Date", "Payee Name", "Value in words 1", "Value in words 2", "Value in numbers",
+struct MergeCode {
+  std::string_view name;
+  CodeSource source;
+  // Raises the errors of the look-up it needs. Null for a menu command.
+  std::string (*value)(const MergeSource& source);
 };
 
-inline constexpr std::array<std::string_view, 20> kOwnerCodes{
-    "Print Date",
-    "Name",
-    "Code",
-    "Postal Address 1",
-    "Postal Address 2",
-    "Postal Address 3",
-    "Street Address 1",
-    "Street Address 2",
-    "Street Address 3",
-    "Home Phone",
-    "Work Phone",
-    "Mobile Phone",
-    "Fax Number",
-    "Email Address",
-    "Fee Percent",
-    "Fee Value",
-    "Tax Number",
-    "Bank Account Name",
-    "Bank Account Number",
-    "Future Date",
-};
-
-// The name at a position of a list, counted from 1 as the lists are.
-template <std::size_t kSize>
-constexpr std::string_view CodeAt(const std::array<std::string_view, kSize>& list, int number) {
-  return list.at(static_cast<std::size_t>(number - 1));
-}
+// The codes of a kind of template. Order and spelling are fixed: existing templates hold these
+// names, the insert menus show them in this order and the merges replace them in it.
+std::span<const MergeCode> MergeCodesOf(TemplateKind kind);
 
 // The two entries that are commands of the insert menu. No merge replaces a code of their name.
 inline constexpr std::string_view kFutureDateItem = "Future Date";

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "merge/merge_codes.h"
 #include "merge/merge_target.h"
 
 namespace tenora {
@@ -24,5 +25,9 @@ bool CodePresent(const MergeTarget& target, std::string_view code_name);
 // editor split into differently formatted pieces is not found. While an item is inserted, the caret
 // moves on by the difference between code and value.
 void ReplaceCode(const MergeTarget& target, std::string_view code_name, std::string_view value);
+
+// The same for a code of the tables, whose value is fetched only where the letter holds the code.
+// A menu command is left alone. Errors of the look-up name the code.
+void FillCode(const MergeTarget& target, const MergeCode& code, const MergeSource& source);
 
 }  // namespace tenora

@@ -83,9 +83,9 @@ class TemplateLintTest : public testing::Test {
 std::vector<std::string> AllNames() {
   std::vector<std::string> names{"BuildingReceiptNumber", "FutureDate:14:Days", "TCustom:Pet",
                                  "PCustom:AlarmCode", "OCustom:Salutation"};
-  for (const std::string_view name : kTenantCodes) names.emplace_back(name);
-  for (const std::string_view name : kOwnerCodes) names.emplace_back(name);
-  for (const std::string_view name : kChequeCodes) names.emplace_back(name);
+  for (const TemplateKind kind : kKinds) {
+    for (const MergeCode& code : MergeCodesOf(kind)) names.emplace_back(code.name);
+  }
   return names;
 }
 

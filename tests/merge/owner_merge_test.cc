@@ -56,11 +56,11 @@ TEST_F(InsertOwnerDetailsTest, FillsEveryOwnerOfTheSampleAgency) {
     const std::string name = ReplaceAll(ReplaceAll(row.at("name"), "/", "-"), "\"", "`");
     if (name.empty()) continue;
     std::string codes = "<<Print Date>>|<<Name>>", expected = "21 November 2026|" + name;
-    int position = 3;
+    std::size_t position = 2;
     for (const std::string column : kColumns) {
       const std::string& value = row.at(column);
       const bool number = column.starts_with("fee_");
-      codes += "|<<" + std::string(CodeAt(kOwnerCodes, position++)) + ">>";
+      codes += "|<<" + std::string(MergeCodesOf(TemplateKind::kOwner)[position++].name) + ">>";
       expected += "|" + (number ? NumberText(std::atof(value.c_str())) : value);
     }
     codes += "|<<OCustom:Salutation>>|<<OCustom:None>>|<<FutureDate:14:Days>>|<<Future Date>>";

@@ -76,16 +76,5 @@ TEST_F(ReplaceCodeTest, MovesTheCaretOnlyDuringAnInsertion) {
   EXPECT_EQ(editor_.SelStart(), 0);
 }
 
-TEST(Catalogue, KeepsItsPositions) {
-  EXPECT_EQ(CodeAt(kTenantCodes, 1), "Print Date");
-  EXPECT_EQ(CodeAt(kTenantCodes, 16), "Tenancy End Date");
-  EXPECT_EQ(CodeAt(kTenantCodes, 29), kPromptMessageItem);
-  EXPECT_EQ(CodeAt(kTenantCodes, 33), "Contact Address1");
-  EXPECT_EQ(CodeAt(kTenantCodes, 45), kFutureDateItem);
-  EXPECT_EQ(CodeAt(kChequeCodes, 5), "Value in numbers");
-  EXPECT_EQ(CodeAt(kOwnerCodes, 12), "Mobile Phone");
-  EXPECT_EQ(CodeAt(kOwnerCodes, 20), kFutureDateItem);
-}
-
 }  // namespace
 }  // namespace tenora

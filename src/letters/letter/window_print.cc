@@ -14,18 +14,18 @@ namespace {
 constexpr const char* kSamplePayee = "This is the payyes name";
 constexpr double kSampleAmount = 1234.56;
 
-template <std::size_t kSize>
-bool HoldsCodeOf(const std::array<std::string_view, kSize>& list, const frmLetter& letter) {
+bool HoldsCodeOf(TemplateKind kind, const frmLetter& letter) {
   const std::string text = letter.rtfLetter.Text();
-  return std::ranges::any_of(list, [&](std::string_view name) {
-    return text.find(std::string(kCodeStart).append(name).append(kCodeEnd)) != std::string::npos;
+  return std::ranges::any_of(MergeCodesOf(kind), [&](const MergeCode& code) {
+    return text.find(std::string(kCodeStart).append(code.name).append(kCodeEnd)) !=
+           std::string::npos;
   });
 }
 
 bool IsUnfilledTemplate(const frmLetter& letter) {
   const std::string& kind = letter.members().Kind;
-  if (kind == kTemplates) return HoldsCodeOf(kTenantCodes, letter);
-  if (kind == kOwnerTemplates) return HoldsCodeOf(kOwnerCodes, letter);
+  if (kind == kTemplates) return HoldsCodeOf(TemplateKind::kTenant, letter);
+  if (kind == kOwnerTemplates) return HoldsCodeOf(TemplateKind::kOwner, letter);
   return false;
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <span>
 #include <vector>
 
 #include "letters/lint/nearest_name.h"
@@ -51,18 +50,6 @@ std::string_view WordOf(TemplateKind kind) {
   return {};
 }
 
-std::span<const std::string_view> ListOf(TemplateKind kind) {
-  switch (kind) {
-    case TemplateKind::kTenant:
-      return kTenantCodes;
-    case TemplateKind::kOwner:
-      return kOwnerCodes;
-    case TemplateKind::kCheque:
-      return kChequeCodes;
-  }
-  return {};
-}
-
 bool IsMenuEntry(std::string_view name) {
   return name == kFutureDateItem || name == kPromptMessageItem;
 }
@@ -70,8 +57,8 @@ bool IsMenuEntry(std::string_view name) {
 // Every name that this kind's merge replaces, and the openings of the forms it knows.
 std::vector<std::string_view> NamesOf(TemplateKind kind) {
   std::vector<std::string_view> names;
-  for (const std::string_view name : ListOf(kind)) {
-    if (!IsMenuEntry(name)) names.push_back(name);
+  for (const MergeCode& code : MergeCodesOf(kind)) {
+    if (code.source != CodeSource::kMenuCommand) names.push_back(code.name);
   }
   if (kind == TemplateKind::kTenant) names.push_back(kBuildingReceiptNumber);
   return names;

@@ -260,23 +260,28 @@ int frmMain::PaperWidth(LetterWindow& window) {
 
 QStringList frmMain::CodesFor(InsertList list) const {
   QStringList names;
-  const auto add = [&names](const auto& codes, std::string_view prefix) {
-    for (const auto& code : codes) {
+  const auto add = [&names](TemplateKind kind) {
+    for (const MergeCode& code : MergeCodesOf(kind)) {
+      names.append(QString::fromStdString(std::string(code.name)));
+    }
+  };
+  const auto add_fields = [&names](const std::set<std::string>& codes, std::string_view prefix) {
+    for (const std::string& code : codes) {
       names.append(QString::fromStdString(std::string(prefix).append(code)));
     }
   };
   switch (list) {
     case InsertList::kCheque:
-      add(kChequeCodes, "");
+      add(TemplateKind::kCheque);
       break;
     case InsertList::kOwner:
-      add(kOwnerCodes, "");
-      add(custom_fields_.owner, kOwnerCustomPrefix);
+      add(TemplateKind::kOwner);
+      add_fields(custom_fields_.owner, kOwnerCustomPrefix);
       break;
     case InsertList::kTenant:
-      add(kTenantCodes, "");
-      add(custom_fields_.tenant, kTenantCustomPrefix);
-      add(custom_fields_.property, kPropertyCustomPrefix);
+      add(TemplateKind::kTenant);
+      add_fields(custom_fields_.tenant, kTenantCustomPrefix);
+      add_fields(custom_fields_.property, kPropertyCustomPrefix);
       names.append(QString::fromLatin1(kBuildingReceiptNumber.data()));
       break;
   }

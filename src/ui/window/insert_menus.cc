@@ -18,14 +18,14 @@ QString ToQt(std::string_view text) {
 // A caption in which no "&" makes a mnemonic.
 QString Caption(std::string_view text) { return ToQt(text).replace("&", "&&"); }
 
-std::span<const std::string_view> CodesOf(InsertList list) {
+std::span<const MergeCode> CodesOf(InsertList list) {
   switch (list) {
     case InsertList::kCheque:
-      return kChequeCodes;
+      return MergeCodesOf(TemplateKind::kCheque);
     case InsertList::kOwner:
-      return kOwnerCodes;
+      return MergeCodesOf(TemplateKind::kOwner);
     default:
-      return kTenantCodes;
+      return MergeCodesOf(TemplateKind::kTenant);
   }
 }
 
@@ -40,9 +40,9 @@ InsertList ListFor(std::string_view letter_kind) {
 InsertMenus::InsertMenus(QMenu& menu, QComboBox& combo, QAction& format,
                          std::function<void(const std::string&)> insert)
     : menu_(menu), combo_(combo), format_(format), insert_(std::move(insert)) {
-  tenant_codes_ = AddCodes("mnuInsertItem", kTenantCodes);
-  cheque_codes_ = AddCodes("mnuInsertItemCheque", kChequeCodes);
-  owner_codes_ = AddCodes("mnuInsertItemOwner", kOwnerCodes);
+  tenant_codes_ = AddCodes("mnuInsertItem", MergeCodesOf(TemplateKind::kTenant));
+  cheque_codes_ = AddCodes("mnuInsertItemCheque", MergeCodesOf(TemplateKind::kCheque));
+  owner_codes_ = AddCodes("mnuInsertItemOwner", MergeCodesOf(TemplateKind::kOwner));
   tenant_custom_ = AddCustom("mnuTenantCustom", Tr("&Tenant Custom Fields"));
   property_custom_ = AddCustom("mnuPropertyCustom", Tr("&Property Custom Fields"));
   owner_custom_ = AddCustom("mnuOwnerCustom", Tr("&Owner Custom Fields"));
@@ -54,13 +54,13 @@ InsertMenus::InsertMenus(QMenu& menu, QComboBox& combo, QAction& format,
   });
 }
 
-QMenu* InsertMenus::AddCodes(const char* name, std::span<const std::string_view> codes) {
+QMenu* InsertMenus::AddCodes(const char* name, std::span<const MergeCode> codes) {
   QMenu* menu = menu_.addMenu(QString());
   menu->setObjectName(QLatin1String(name));
-  for (const std::string_view code : codes) {
-    QAction* action = menu->addAction(Caption(code));
+  for (const MergeCode& code : codes) {
+    QAction* action = menu->addAction(Caption(code.name));
     QObject::connect(action, &QAction::triggered, menu,
-                     [this, item = std::string(code)] { insert_(item); });
+                     [this, item = std::string(code.name)] { insert_(item); });
   }
   return menu;
 }
@@ -107,7 +107,7 @@ void InsertMenus::DisplayInsertMenu(InsertList list, const std::string& cheque_w
   }
   ShowCustomMenus();
   combo_.clear();
-  for (const std::string_view code : CodesOf(list)) combo_.addItem(ToQt(code));
+  for (const MergeCode& code : CodesOf(list)) combo_.addItem(ToQt(code.name));
   combo_.setCurrentIndex(-1);
   combo_.setPlaceholderText(title);
 }

@@ -10,7 +10,8 @@
 #include <string>
 #include <string_view>
 
-#include "letters/template_lint.h"
+#include "letters/custom_field_codes.h"
+#include "merge/merge_codes.h"
 
 namespace tenora {
 
@@ -35,7 +36,7 @@ class InsertMenus {
   void SetEnabled(bool enabled);
 
  private:
-  QMenu* AddCodes(const char* name, std::span<const std::string_view> codes);
+  QMenu* AddCodes(const char* name, std::span<const MergeCode> codes);
   QMenu* AddCustom(const char* name, const QString& title);
   void FillCustom(QMenu* menu, const std::set<std::string>& codes, std::string_view prefix);
   // Those that have entries and fit the list.

@@ -124,10 +124,12 @@ TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {
     const char* menu;
     std::size_t codes;
   };
-  for (const Case& c :
-       {Case{"mnuNewTenantTemplate", "Tenant", "mnuInsertItem", kTenantCodes.size()},
-        Case{"mnuNewOwnerTemplate", "Owner", "mnuInsertItemOwner", kOwnerCodes.size()},
-        Case{"mnuNewChequeTemplate", "Cheque", "mnuInsertItemCheque", kChequeCodes.size()}}) {
+  for (const Case& c : {Case{"mnuNewTenantTemplate", "Tenant", "mnuInsertItem",
+                             MergeCodesOf(TemplateKind::kTenant).size()},
+                        Case{"mnuNewOwnerTemplate", "Owner", "mnuInsertItemOwner",
+                             MergeCodesOf(TemplateKind::kOwner).size()},
+                        Case{"mnuNewChequeTemplate", "Cheque", "mnuInsertItemCheque",
+                             MergeCodesOf(TemplateKind::kCheque).size()}}) {
     Trigger(c.command);
     EXPECT_EQ(window_->findChild<QAction*>("mnuFormat")->text(), QString(c.list) + " Format");
     auto* menu = window_->findChild<QMenu*>(c.menu);
