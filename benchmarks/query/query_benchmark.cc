@@ -18,7 +18,7 @@ using Seconds = std::chrono::duration<double>;
 
 const char* DatabasePath() { return std::getenv("TENORA_BENCH_DB"); }
 
-std::vector<std::string> TenantCodes(Database& database) {
+std::vector<std::string> TenantCodes(EngineDatabase& database) {
   std::vector<std::string> codes;
   const auto rows =
       database.OpenRecordset("select reference from tenancy", kForwardOnly, kReadOnly);
@@ -27,7 +27,7 @@ std::vector<std::string> TenantCodes(Database& database) {
   return codes;
 }
 
-std::int64_t ReadAll(Database& database) {
+std::int64_t ReadAll(EngineDatabase& database) {
   std::int64_t count = 0;
   for (const TableSummary& table : database.Tables()) {
     const auto rows =
@@ -39,7 +39,7 @@ std::int64_t ReadAll(Database& database) {
   return count;
 }
 
-double PeerSeconds(Database& database) {
+double PeerSeconds(EngineDatabase& database) {
   if (std::system("command -v mdb-export >/dev/null") != 0) return 0;
   const auto start = std::chrono::steady_clock::now();
   for (const TableSummary& table : database.Tables()) {

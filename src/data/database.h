@@ -99,7 +99,7 @@ class Database {
 
   Platform platform_;
   Settings& settings_;
-  std::unique_ptr<query::Database> open_;
+  std::unique_ptr<query::EngineDatabase> open_;
   std::filesystem::path data_folder_;
   // The stored location the user was last told cannot be reached.
   std::optional<std::filesystem::path> unreachable_told_;

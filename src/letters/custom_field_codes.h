@@ -16,7 +16,7 @@ struct CustomFieldCodes {
 
 // Those declared among the account codes and those that a record has a value for. Raises the errors
 // of the query.
-CustomFieldCodes ReadCustomFieldCodes(query::Database& database);
+CustomFieldCodes ReadCustomFieldCodes(query::EngineDatabase& database);
 // The same over the session's open database: a failed query is shown and gives no codes.
 CustomFieldCodes ReadCustomFieldCodes(Database& database);
 

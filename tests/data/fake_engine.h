@@ -66,7 +66,7 @@ class FakeRecordset : public query::Recordset {
   std::size_t row_ = 0;
 };
 
-class FakeDatabase : public query::Database {
+class FakeDatabase : public query::EngineDatabase {
  public:
   FakeDatabase(FakeScript& script, std::string name) : script_(script), name_(std::move(name)) {}
 
@@ -100,7 +100,7 @@ class FakeWorkspace : public query::Workspace {
  public:
   explicit FakeWorkspace(FakeScript& script) : script_(script) {}
 
-  std::unique_ptr<query::Database> OpenDatabase(const std::filesystem::path& path) override {
+  std::unique_ptr<query::EngineDatabase> OpenDatabase(const std::filesystem::path& path) override {
     script_.opened.push_back(path.string());
     if (script_.open_error) throw *script_.open_error;
     return std::make_unique<FakeDatabase>(script_, path.string());

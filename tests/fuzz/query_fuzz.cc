@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string_view>
 
-#include "platform/query/lexer.h"
-#include "platform/query/parser.h"
-#include "platform/query/translator.h"
+#include "platform/query/sql/lexer.h"
+#include "platform/query/sql/parser.h"
+#include "platform/query/translate/translator.h"
 #include "platform/runtime/error.h"
 
 namespace {

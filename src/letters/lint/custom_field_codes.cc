@@ -20,7 +20,7 @@ void Take(const query::Recordset& row, CustomFieldCodes& codes) {
 
 }  // namespace
 
-CustomFieldCodes ReadCustomFieldCodes(query::Database& database) {
+CustomFieldCodes ReadCustomFieldCodes(query::EngineDatabase& database) {
   CustomFieldCodes codes;
   for (const char* const sql : kStatements) {
     const auto rows = database.OpenRecordset(sql, query::kForwardOnly, query::kReadOnly);

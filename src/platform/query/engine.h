@@ -1,6 +1,6 @@
 // The database engine: opens Access-format files, runs statements of the engine's SQL dialect over
-// them and hands out record sets. Queries run over an in-memory mirror that is kept while the file
-// on disk is unchanged; a table is brought in when a statement first names it.
+// them and hands out record sets. Queries run over a table cache that is kept while the file on
+// disk is unchanged; a table is read into it when a statement first names it.
 #pragma once
 
 #include <chrono>
@@ -43,9 +43,9 @@ struct TableSummary {
   std::int64_t rows = 0;
 };
 
-class Database {
+class EngineDatabase {
  public:
-  virtual ~Database() = default;
+  virtual ~EngineDatabase() = default;
   // The file's full path.
   virtual const std::string& Name() const = 0;
   // Raises 3061 (a name that is no column), 3078 (no such table), 3075 (syntax) or what reading the
@@ -67,8 +67,8 @@ class Database {
   virtual void Rollback() = 0;
 };
 
-// The engine's default workspace. It keeps the mirrors of the files it has opened, so that opening
-// the same unchanged file again costs microseconds.
+// The engine's default workspace. It keeps the table caches of the files it has opened, so that
+// opening the same unchanged file again costs microseconds.
 class Workspace {
  public:
   virtual ~Workspace() = default;
@@ -78,7 +78,7 @@ class Workspace {
       std::function<Date()> now = {},
       std::chrono::milliseconds time_limit = std::chrono::seconds(60));
   // Raises the errors of access::DatabaseFile::Open.
-  virtual std::unique_ptr<Database> OpenDatabase(const std::filesystem::path& path) = 0;
+  virtual std::unique_ptr<EngineDatabase> OpenDatabase(const std::filesystem::path& path) = 0;
 };
 
 // Writes the record set from its current row to its end, one row a line behind a line of names,

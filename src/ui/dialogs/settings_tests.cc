@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 constexpr const char* kDatabaseName = "property.mdb";
 constexpr int kMostSeconds = 15;  // somebody is waiting
 
-std::int32_t Count(query::Database& database, const std::string& clause) {
+std::int32_t Count(query::EngineDatabase& database, const std::string& clause) {
   const auto rows = database.OpenRecordset("select count(*) as result from tenancy" + clause,
                                            query::kForwardOnly, query::kReadOnly);
   return rows->EndOfFile() ? 0 : ToInt32(rows->Field("result"));

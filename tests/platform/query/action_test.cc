@@ -43,7 +43,7 @@ class Actions : public testing::Test {
   std::filesystem::path path_ = folder_ / "property.mdb";
   std::unique_ptr<Workspace> workspace_ =
       Workspace::Create([] { return Date::FromCalendar(2026, 11, 21, 9, 30); });
-  std::unique_ptr<Database> database_;
+  std::unique_ptr<EngineDatabase> database_;
 };
 
 TEST_F(Actions, TheReceiptCountersStatementsAsTheyAreSent) {

@@ -7,7 +7,7 @@
 
 namespace tenora::query {
 
-std::vector<std::string> RowsOf(Database& database, std::string_view sql) {
+std::vector<std::string> RowsOf(EngineDatabase& database, std::string_view sql) {
   std::vector<std::string> rows;
   const auto set = database.OpenRecordset(sql, kForwardOnly, kReadOnly);
   for (; !set->EndOfFile(); set->MoveNext()) {

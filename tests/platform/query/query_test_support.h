@@ -12,13 +12,13 @@
 namespace tenora::query {
 
 // A row a text, fields apart by "|": null as "null", booleans as "True" and "False".
-std::vector<std::string> RowsOf(Database& database, std::string_view sql);
+std::vector<std::string> RowsOf(EngineDatabase& database, std::string_view sql);
 
 // A workspace whose clock stands at 2026-11-21 09:30:00, and the sample agency opened in it.
 class SampleAgency {
  public:
   SampleAgency();
-  Database& database() { return *database_; }
+  EngineDatabase& database() { return *database_; }
   std::vector<std::string> Rows(std::string_view sql) { return RowsOf(*database_, sql); }
   // The first field of the only row.
   Value Single(std::string_view sql);
@@ -28,7 +28,7 @@ class SampleAgency {
 
  private:
   std::unique_ptr<Workspace> workspace_;
-  std::unique_ptr<Database> database_;
+  std::unique_ptr<EngineDatabase> database_;
 };
 
 }  // namespace tenora::query

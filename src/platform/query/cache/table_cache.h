@@ -1,0 +1,49 @@
+// The tables of one state of a database file, kept in memory as far as statements have named them.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "platform/access/database_file.h"
+#include "platform/access/file_state.h"
+#include "platform/query/cache/cached_table.h"
+
+namespace tenora::query {
+
+// Tables by name in lower case.
+using CachedTables = std::unordered_map<std::string, std::shared_ptr<CachedTable>>;
+
+enum class ReadLocking : std::uint8_t {
+  kLock,  // keeps other programs' transactions out while a table is read
+  kNone,  // this process keeps them out already
+};
+
+class TableCache {
+ public:
+  // `tables` were read from an earlier state of the file and are the same in this one.
+  TableCache(std::filesystem::path path, const access::FileState& state, ReadLocking locking,
+             CachedTables tables = {});
+
+  // Opens the file at the first call. Raises the errors of access::DatabaseFile::Open.
+  const access::DatabaseFile& File() { return *OpenFile(); }
+  // The table of this name, read at the first call; null when the file has none. Raises what
+  // reading the file raises.
+  std::shared_ptr<CachedTable> Find(std::string_view name);
+  // The tables read so far, but for those named (as the file spells them).
+  CachedTables TablesExcept(const std::set<std::string>& names) const;
+
+ private:
+  const std::shared_ptr<access::DatabaseFile>& OpenFile();
+
+  std::filesystem::path path_;
+  access::FileState state_;
+  ReadLocking locking_;
+  std::shared_ptr<access::DatabaseFile> file_;
+  CachedTables tables_;
+};
+
+}  // namespace tenora::query

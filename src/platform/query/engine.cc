@@ -1,0 +1,129 @@
+#include "platform/query/engine.h"
+
+#include <algorithm>
+
+#include "platform/query/execute/connection_cache.h"
+#include "platform/query/execute/statement_recordset.h"
+#include "platform/query/execute/transaction.h"
+#include "platform/runtime/clock.h"
+
+namespace tenora::query {
+namespace {
+
+class FileDatabase : public EngineDatabase {
+ public:
+  FileDatabase(std::filesystem::path path, std::shared_ptr<ConnectionCache> connections)
+      : path_(std::move(path)),
+        name_(path_.string()),
+        connections_(std::move(connections)),
+        connection_(connections_->Get(path_)) {}
+
+  const std::string& Name() const override { return name_; }
+
+  std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int, int) override {
+    if (transaction_ != nullptr) {
+      if (auto rows = transaction_->TrySelect(sql)) return rows;
+      return std::make_unique<StatementRecordset>(ConnectionWithinTransaction(), sql);
+    }
+    if (connection_ == nullptr) connection_ = connections_->Get(path_);
+    return std::make_unique<StatementRecordset>(connection_, sql);
+  }
+
+  std::vector<TableSummary> Tables() const override {
+    const std::shared_ptr<SqliteConnection> connection =
+        connection_ != nullptr ? connection_ : connections_->Get(path_);
+    std::vector<TableSummary> summaries;
+    for (const std::string& name : connection->tables().File().TableNames()) {
+      const access::Table* const table = connection->tables().File().FindTable(name);
+      summaries.push_back({.name = name, .rows = table == nullptr ? 0 : table->row_count()});
+    }
+    return summaries;
+  }
+
+  std::int64_t Execute(std::string_view sql) override {
+    if (transaction_ != nullptr) return transaction_->Execute(sql);
+    BeginTrans();
+    try {
+      const std::int64_t rows = transaction_->Execute(sql);
+      CommitTrans();
+      return rows;
+    } catch (...) {
+      transaction_.reset();
+      throw;
+    }
+  }
+
+  void BeginTrans() override {
+    if (transaction_ != nullptr) throw OrderError("A transaction is open already.");
+    transaction_ =
+        std::make_unique<Transaction>(path_, [this] { return ConnectionWithinTransaction(); });
+  }
+
+  void CommitTrans() override {
+    if (transaction_ == nullptr) throw OrderError("You tried to commit without a transaction.");
+    const std::unique_ptr<Transaction> ending = EndTransaction();
+    if (!ending->changed()) return;
+    try {
+      connections_->Follow(path_, ending->Commit(), ending->changed_tables());
+    } catch (...) {
+      connections_->Forget(path_);
+      throw;
+    }
+  }
+
+  void Rollback() override {
+    if (transaction_ == nullptr) throw OrderError("You tried to roll back without a transaction.");
+    EndTransaction();
+  }
+
+ private:
+  static RuntimeError OrderError(const char* description) {
+    return RuntimeError(engine_error::kTransactionOrder, description, "DAO.Workspace");
+  }
+
+  // The connection follows only after the file: the next statement asks for it anew.
+  std::unique_ptr<Transaction> EndTransaction() {
+    if (transaction_->changed()) connection_.reset();
+    transaction_connection_.reset();
+    return std::move(transaction_);
+  }
+
+  std::shared_ptr<SqliteConnection> ConnectionWithinTransaction() {
+    if (transaction_connection_ == nullptr) {
+      transaction_connection_ = connections_->ForTransaction(path_);
+    }
+    return transaction_connection_;
+  }
+
+  std::filesystem::path path_;
+  std::string name_;
+  std::shared_ptr<ConnectionCache> connections_;
+  std::shared_ptr<SqliteConnection> connection_;
+  std::shared_ptr<SqliteConnection> transaction_connection_;
+  std::unique_ptr<Transaction> transaction_;
+};
+
+class ConnectionWorkspace : public Workspace {
+ public:
+  explicit ConnectionWorkspace(ConnectionSettings settings)
+      : connections_(std::make_shared<ConnectionCache>(std::move(settings))) {}
+
+  std::unique_ptr<EngineDatabase> OpenDatabase(const std::filesystem::path& path) override {
+    return std::make_unique<FileDatabase>(std::filesystem::absolute(path).lexically_normal(),
+                                          connections_);
+  }
+
+ private:
+  std::shared_ptr<ConnectionCache> connections_;
+};
+
+}  // namespace
+
+std::unique_ptr<Workspace> Workspace::Create(std::function<Date()> now,
+                                             std::chrono::milliseconds time_limit) {
+  if (!now) now = [] { return Clock().Now(); };
+  return std::make_unique<ConnectionWorkspace>(
+      ConnectionSettings{.now = std::move(now), .time_limit = time_limit});
+}
+
+}  // namespace tenora::query

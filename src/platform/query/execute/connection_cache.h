@@ -1,0 +1,46 @@
+// The connections to the files opened so far, each as long as its file is unchanged, and its tables
+// beyond that where we know what has changed: a commit of our own that found the file in the state
+// they were read from leaves those it did not touch as they are.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+#include <unordered_map>
+
+#include "platform/access/file_state.h"
+#include "platform/query/execute/sqlite_connection.h"
+
+namespace tenora::query {
+
+class ConnectionCache {
+ public:
+  explicit ConnectionCache(ConnectionSettings settings) : settings_(std::move(settings)) {}
+
+  // A connection to the file as it is now. Raises the errors of access::DatabaseFile::Open.
+  std::shared_ptr<SqliteConnection> Get(const std::filesystem::path& path);
+
+  // Takes note of a commit of our own, which changed these tables (named as the file spells them).
+  void Follow(const std::filesystem::path& path, const access::CommitStates& states,
+              const std::set<std::string>& changed);
+
+  // A connection for use while this process itself keeps other writers out.
+  std::shared_ptr<SqliteConnection> ForTransaction(const std::filesystem::path& path) const;
+
+  void Forget(const std::filesystem::path& path) { entries_.erase(path.string()); }
+
+ private:
+  struct Entry {
+    std::shared_ptr<SqliteConnection> connection;  // null for none of use
+    access::FileState state;  // in which the file holds what the connection's tables do, but
+    bool settled = false;     // for those in `changed`
+    std::set<std::string> changed;
+    access::FileState committed;  // by our own last commit: no other change shows its time
+  };
+
+  ConnectionSettings settings_;
+  std::unordered_map<std::string, Entry> entries_;  // by path
+};
+
+}  // namespace tenora::query

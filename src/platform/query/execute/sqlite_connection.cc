@@ -1,0 +1,182 @@
+#include "platform/query/execute/sqlite_connection.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/query/sql/lexer.h"
+#include "platform/query/sql/parser.h"
+#include "platform/query/sql/statement_error.h"
+#include "platform/query/values/collation.h"
+#include "platform/query/values/sqlite_value.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::query {
+namespace {
+
+constexpr int kOperationsBetweenChecks = 10000;
+constexpr sqlite3_int64 kMostMemory = sqlite3_int64{1} << 30;  // bytes, all of SQLite's
+constexpr int kLongestValue = 256 << 20;                       // bytes
+constexpr std::size_t kMostIdle = 4;
+
+// SQLite's own functions that translated statements call.
+constexpr std::array<std::string_view, 8> kPlainFunctions = {
+    "count", "sum", "avg", "min", "max", "coalesce", "rank", "row_number"};
+
+int LimitParameter(const Plan& plan) { return static_cast<int>(plan.parameters.size()) + 1; }
+
+}  // namespace
+
+SqliteConnection::SqliteConnection(TableCache tables, const ConnectionSettings& settings)
+    : tables_(std::move(tables)),
+      functions_{.now = settings.now, .error = {}},
+      time_limit_(settings.time_limit) {
+  constexpr int kFlags =
+      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX;
+  try {
+    RequireDone(sqlite3_open_v2(":memory:", &connection_, kFlags, nullptr));
+    Configure();
+  } catch (...) {
+    sqlite3_close(connection_);
+    throw;
+  }
+}
+
+SqliteConnection::~SqliteConnection() {
+  plans_.Clear();
+  sqlite3_close(connection_);
+}
+
+void SqliteConnection::Configure() {
+  RequireDone(sqlite3_exec(connection_, "pragma temp_store=memory", nullptr, nullptr, nullptr));
+  sqlite3_db_config(connection_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  sqlite3_db_config(connection_, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+  sqlite3_limit(connection_, SQLITE_LIMIT_LENGTH, kLongestValue);
+  sqlite3_limit(connection_, SQLITE_LIMIT_ATTACHED, 0);
+  RegisterCollation(connection_);
+  RegisterVirtualTables(connection_, virtual_tables_);
+  RegisterFunctions(connection_, functions_);
+  sqlite3_set_authorizer(connection_, Authorize, this);
+  sqlite3_progress_handler(connection_, kOperationsBetweenChecks, CheckProgress, this);
+}
+
+// Translated statements only ever read. This holds even where the translation should fail to.
+int SqliteConnection::Authorize(void* connection, int action, const char*, const char* second,
+                                const char*, const char*) {
+  if (static_cast<SqliteConnection*>(connection)->creating_table_) return SQLITE_OK;
+  if (action == SQLITE_SELECT || action == SQLITE_READ) return SQLITE_OK;
+  if (action != SQLITE_FUNCTION || second == nullptr) return SQLITE_DENY;
+  const std::string_view function = second;
+  const bool known =
+      function.starts_with("e_") ||
+      std::find(kPlainFunctions.begin(), kPlainFunctions.end(), function) != kPlainFunctions.end();
+  return known ? SQLITE_OK : SQLITE_DENY;
+}
+
+int SqliteConnection::CheckProgress(void* connection) {
+  const bool late =
+      std::chrono::steady_clock::now() > static_cast<SqliteConnection*>(connection)->deadline_;
+  return late || sqlite3_memory_used() > kMostMemory ? 1 : 0;
+}
+
+Catalogue::Entry SqliteConnection::FindTable(std::string_view name) {
+  const std::string key = ToLower(name);
+  if (const auto known = numbers_.find(key); known != numbers_.end())
+    return {.number = known->second, .table = virtual_tables_[known->second].get()};
+  std::shared_ptr<CachedTable> table = tables_.Find(name);
+  if (table == nullptr) return {};
+  const std::size_t number = virtual_tables_.size();
+  virtual_tables_.push_back(std::move(table));
+  const std::string digits = std::to_string(number);
+  const std::string create = "create virtual table t" + digits + " using cached(" + digits + ")";
+  creating_table_ = true;
+  const int status = sqlite3_exec(connection_, create.c_str(), nullptr, nullptr, nullptr);
+  creating_table_ = false;
+  if (status != SQLITE_OK) {
+    virtual_tables_.pop_back();
+    throw RuntimeError(engine_error::kOutOfResources,
+                       "Table '" + std::string(name) + "': " + sqlite3_errmsg(connection_),
+                       "DAO.Database");
+  }
+  numbers_.emplace(key, number);
+  return {.number = number, .table = virtual_tables_[number].get()};
+}
+
+StatementPtr SqliteConnection::Compile(const Plan& plan, std::string_view statement) {
+  sqlite3_stmt* prepared = nullptr;
+  const int status =
+      sqlite3_prepare_v3(connection_, plan.sql.c_str(), static_cast<int>(plan.sql.size()) + 1,
+                         SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+  if (status != SQLITE_OK)
+    throw StatementError(engine_error::kTooComplex,
+                         std::string("Query is too complex (") + sqlite3_errmsg(connection_) + ").",
+                         statement);
+  return StatementPtr(prepared);
+}
+
+void SqliteConnection::Bind(sqlite3_stmt* prepared, const Plan& plan,
+                            const std::vector<Token>& tokens) const {
+  for (std::size_t i = 0; i < plan.parameters.size(); ++i) {
+    const Parameter& parameter = plan.parameters[i];
+    BindValue(prepared, static_cast<int>(i + 1),
+              ConvertTo(tokens[parameter.token].value, parameter.type));
+  }
+  // One row more tells whether any ties with the last.
+  if (plan.top) BindValue(prepared, LimitParameter(plan), plan.top->count + 1);
+}
+
+SqliteConnection::Ready SqliteConnection::Prepare(std::string_view statement) {
+  const std::vector<Token> tokens = ReadTokens(statement);
+  const auto translate = [&] {
+    return Translate(*ParseStatement(statement, tokens), statement, *this);
+  };
+  Ready ready{.plan = plans_.Get(tokens, translate), .statement = nullptr};
+  if (ready.plan->idle.empty()) {
+    ready.statement = Compile(ready.plan->plan, statement);
+  } else {
+    ready.statement = std::move(ready.plan->idle.back());
+    ready.plan->idle.pop_back();
+  }
+  try {
+    Bind(ready.statement.get(), ready.plan->plan, tokens);
+  } catch (const RuntimeError& error) {
+    throw StatementError(error.number(), error.description(), statement);
+  }
+  return ready;
+}
+
+bool SqliteConnection::Step(sqlite3_stmt* statement, std::string_view text) {
+  deadline_ = std::chrono::steady_clock::now() + time_limit_;
+  const int status = sqlite3_step(statement);
+  if (status == SQLITE_ROW) return true;
+  if (status == SQLITE_DONE) return false;
+  ThrowStepError(status, text);
+}
+
+void SqliteConnection::ThrowStepError(int status, std::string_view text) {
+  if (functions_.error) {
+    const RuntimeError error = *functions_.error;
+    functions_.error.reset();
+    throw StatementError(error.number(), error.description(), text);
+  }
+  const std::string message = sqlite3_errmsg(connection_);
+  if (message == "integer overflow")
+    throw StatementError(error_number::kOverflow, "Overflow.", text);
+  if (status == SQLITE_INTERRUPT && sqlite3_memory_used() <= kMostMemory)
+    throw StatementError(engine_error::kTimedOut, "Operation canceled: the query took too long.",
+                         text);
+  throw StatementError(engine_error::kOutOfResources, "System resource exceeded (" + message + ").",
+                       text);
+}
+
+void SqliteConnection::RestartUnlimited(const Ready& ready) {
+  sqlite3_reset(ready.statement.get());  // gives the last step's result once more
+  BindValue(ready.statement.get(), LimitParameter(ready.plan->plan), std::int64_t{-1});
+}
+
+void SqliteConnection::GiveBack(Ready ready) {
+  sqlite3_reset(ready.statement.get());
+  sqlite3_clear_bindings(ready.statement.get());
+  if (ready.plan->idle.size() < kMostIdle) ready.plan->idle.push_back(std::move(ready.statement));
+}
+
+}  // namespace tenora::query

@@ -1,0 +1,72 @@
+// Runs selects of the engine's dialect in an in-memory SQLite connection over the tables of one
+// state of a database file.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/query/cache/table_cache.h"
+#include "platform/query/cache/virtual_table.h"
+#include "platform/query/execute/plan_cache.h"
+#include "platform/query/functions/functions.h"
+#include "platform/query/translate/translator.h"
+
+namespace tenora::query {
+
+struct ConnectionSettings {
+  std::function<Date()> now;
+  std::chrono::milliseconds time_limit;  // for one step of a statement
+};
+
+class SqliteConnection : private Catalogue {
+ public:
+  SqliteConnection(TableCache tables, const ConnectionSettings& settings);
+  ~SqliteConnection() override;
+  SqliteConnection(const SqliteConnection&) = delete;
+  SqliteConnection& operator=(const SqliteConnection&) = delete;
+
+  TableCache& tables() { return tables_; }
+
+  // A statement ready for its first step, and the plan it goes back to.
+  struct Ready {
+    std::shared_ptr<CachedPlan> plan;
+    StatementPtr statement;
+  };
+  // Raises the errors of EngineDatabase::OpenRecordset.
+  Ready Prepare(std::string_view statement);
+  // Moves to the next row, false behind the last. `text` is the statement, for errors.
+  bool Step(sqlite3_stmt* statement, std::string_view text);
+  // Begins a statement of a TopRows plan again, now without a limit to its rows.
+  void RestartUnlimited(const Ready& ready);
+  void GiveBack(Ready ready);
+
+ private:
+  Entry FindTable(std::string_view name) override;
+
+  StatementPtr Compile(const Plan& plan, std::string_view statement);
+  void Bind(sqlite3_stmt* prepared, const Plan& plan, const std::vector<Token>& tokens) const;
+  [[noreturn]] void ThrowStepError(int status, std::string_view text);
+  void Configure();
+  static int Authorize(void* connection, int action, const char* first, const char* second,
+                       const char* database, const char* trigger);
+  static int CheckProgress(void* connection);
+
+  TableCache tables_;
+  FunctionContext functions_;
+  std::chrono::milliseconds time_limit_;
+  std::chrono::steady_clock::time_point deadline_;
+  bool creating_table_ = false;
+  sqlite3* connection_ = nullptr;
+  VirtualTables virtual_tables_;
+  std::unordered_map<std::string, std::size_t> numbers_;  // by table name in lower case
+  PlanCache plans_;
+};
+
+}  // namespace tenora::query

@@ -1,0 +1,341 @@
+#include "platform/query/execute/transaction.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "platform/query/execute/statement_recordset.h"
+#include "platform/query/sql/parser.h"
+#include "platform/query/translate/scope.h"
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::query {
+namespace {
+
+using access::Column;
+using access::ColumnType;
+
+template <typename T>
+bool IsInRange(std::int64_t number) {
+  return number >= std::numeric_limits<T>::min() && number <= std::numeric_limits<T>::max();
+}
+
+bool IsExact(std::int64_t number, ColumnType type) {
+  constexpr std::int64_t kExactInSingle = 1 << 24, kExactInDouble = std::int64_t{1} << 53;
+  switch (type) {
+    case ColumnType::kByte:
+      return IsInRange<std::uint8_t>(number);
+    case ColumnType::kInteger:
+      return IsInRange<std::int16_t>(number);
+    case ColumnType::kLong:
+    case ColumnType::kCurrency:
+      return IsInRange<std::int32_t>(number);
+    case ColumnType::kSingle:
+      return std::abs(number) <= kExactInSingle;
+    case ColumnType::kDouble:
+      return std::abs(number) <= kExactInDouble;
+    default:
+      return false;
+  }
+}
+
+// Whether a look-up by this value finds what a comparison with it would: a column keeps it as it
+// is. Others are left to a select, with what it makes of rounding, times of day and wrong kinds.
+bool FitsColumn(const Value& value, const Column& column) {
+  if (const auto* whole = std::get_if<std::int64_t>(&value)) return IsExact(*whole, column.type);
+  if (std::holds_alternative<double>(value)) return column.type == ColumnType::kDouble;
+  if (std::holds_alternative<Currency>(value)) return column.type == ColumnType::kCurrency;
+  if (const auto* date = std::get_if<Date>(&value)) {
+    return column.type == ColumnType::kDateTime && std::trunc(date->serial()) == date->serial();
+  }
+  const auto* text = std::get_if<std::string>(&value);
+  // A text has no more units of two bytes than it has bytes in UTF-8.
+  return text != nullptr && column.type == ColumnType::kText && text->size() * 2 <= column.length;
+}
+
+std::optional<std::size_t> FindColumn(const std::vector<Column>& columns, std::string_view name) {
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (EqualsNoCase(columns[i].name, name)) return i;
+  }
+  return std::nullopt;
+}
+
+// The literal, constant or negative number that an expression is.
+std::optional<Value> PlainValue(const Expression& expression, const std::vector<Token>& tokens) {
+  switch (expression.kind) {
+    case ExpressionKind::kLiteral:
+      return tokens.at(expression.token).value;
+    case ExpressionKind::kConstant:
+      return expression.value;
+    default:
+      return std::nullopt;
+  }
+}
+
+std::string Bracketed(std::string_view name) { return "[" + std::string(name) + "]"; }
+
+// Adds to `equal` what a condition asks of columns, where it is nothing but "column = literal"
+// joined by "and", each literal one that its column keeps as it is; false for every other
+// condition.
+bool ReadEqualities(const Expression& condition, const access::WritableTable& table,
+                    const std::vector<Token>& tokens, std::vector<access::ColumnValue>& equal) {
+  if (condition.kind == ExpressionKind::kAnd) {
+    return std::ranges::all_of(condition.arguments, [&](const ExpressionPtr& part) {
+      return ReadEqualities(*part, table, tokens, equal);
+    });
+  }
+  if (condition.kind != ExpressionKind::kCompare || condition.operation != "=") return false;
+  const Expression& name = *condition.arguments.at(0);
+  const Expression& literal = *condition.arguments.at(1);
+  if (name.kind != ExpressionKind::kColumn || literal.kind != ExpressionKind::kLiteral) {
+    return false;
+  }
+  if (!name.qualifier.empty() && !EqualsNoCase(name.qualifier, table.name())) return false;
+  const std::optional<std::size_t> column = FindColumn(table.columns(), name.name);
+  const Value& value = tokens.at(literal.token).value;
+  if (!column || !FitsColumn(value, table.columns()[*column])) return false;
+  equal.push_back({name.name, value});
+  return true;
+}
+
+// A record set over rows that are in memory already.
+class RowList : public Recordset {
+ public:
+  RowList(std::vector<std::string> names, std::vector<std::vector<Value>> rows)
+      : names_(std::move(names)), rows_(std::move(rows)) {}
+
+  bool EndOfFile() const override { return row_ >= rows_.size(); }
+  bool BeginningOfFile() const override { return rows_.empty(); }
+  void MoveNext() override;
+  Value Field(std::string_view name) const override;
+  Value Field(std::size_t position) const override;
+  const std::vector<std::string>& FieldNames() const override { return names_; }
+  void Close() override { rows_.clear(); }
+
+ private:
+  std::vector<std::string> names_;
+  std::vector<std::vector<Value>> rows_;
+  std::size_t row_ = 0;
+};
+
+void RowList::MoveNext() {
+  if (EndOfFile()) throw RecordsetError(engine_error::kNoCurrentRecord, "No current record.");
+  ++row_;
+}
+
+Value RowList::Field(std::string_view name) const {
+  for (std::size_t i = 0; i < names_.size(); ++i) {
+    if (EqualsNoCase(names_[i], name)) return Field(i);
+  }
+  throw RecordsetError(engine_error::kItemNotFound,
+                       "Item not found in this collection: '" + std::string(name) + "'.");
+}
+
+Value RowList::Field(std::size_t position) const {
+  if (EndOfFile()) throw RecordsetError(engine_error::kNoCurrentRecord, "No current record.");
+  if (position >= names_.size()) {
+    throw RecordsetError(engine_error::kItemNotFound, "Item not found in this collection.");
+  }
+  return rows_[row_][position];
+}
+
+}  // namespace
+
+Transaction::Transaction(const std::filesystem::path& path,
+                         std::function<std::shared_ptr<SqliteConnection>()> connect)
+    : connect_(std::move(connect)), transaction_(access::WriteTransaction::Begin(path)) {}
+
+std::int64_t Transaction::Execute(std::string_view statement) {
+  RequireWhole();
+  const std::vector<Token> tokens = ReadTokens(statement);
+  const Action action = ParseAction(statement, tokens);
+  if (action.kind == ActionKind::kInsert) return Insert(action, statement, tokens);
+  const std::vector<Change> changes = FindChanges(action, statement, tokens);
+  access::WritableTable& table = transaction_->Table(action.table);
+  for (const Change& change : changes) {
+    // An error behind the first row leaves it so.
+    half_done_ = &change != &changes.front();
+    // From here on the table cache is out of date.
+    changed_tables_.insert(table.name());
+    if (action.kind == ActionKind::kDelete) {
+      table.Delete(change.row);
+    } else {
+      table.Update(change.row, change.values);
+    }
+  }
+  half_done_ = false;
+  return static_cast<std::int64_t>(changes.size());
+}
+
+void Transaction::RequireWhole() const {
+  if (!half_done_) return;
+  throw RuntimeError(engine_error::kInvalidOperation,
+                     "Invalid operation. A statement of this transaction failed with some of its "
+                     "rows changed: it can only be rolled back.",
+                     "DAO.Database");
+}
+
+access::CommitStates Transaction::Commit() {
+  RequireWhole();
+  return transaction_->Commit();
+}
+
+std::int64_t Transaction::Insert(const Action& action, std::string_view statement,
+                                 const std::vector<Token>& tokens) {
+  access::WritableTable& table = transaction_->Table(action.table);
+  std::vector<std::string> names = action.columns;
+  if (names.empty()) {
+    for (const Column& column : table.columns()) names.push_back(column.name);
+    if (names.size() != action.values.size()) {
+      throw StatementError(3346, "Number of query values and destination fields are not the same.",
+                           statement);
+    }
+  }
+  Values values;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    values.push_back({names[i], Evaluate(*action.values[i], tokens)});
+  }
+  AddDefaults(table, values);
+  changed_tables_.insert(table.name());
+  table.Insert(values);
+  return 1;
+}
+
+void Transaction::AddDefaults(const access::WritableTable& table, Values& values) {
+  const std::vector<Column>& columns = table.columns();
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const auto named = [&](const auto& value) {
+      return EqualsNoCase(value.column, columns[i].name);
+    };
+    if (columns[i].auto_number || std::ranges::any_of(values, named)) continue;
+    const std::string stored = table.DefaultValue(i);
+    std::string_view expression = TrimBlanks(stored);
+    if (expression.starts_with('=')) expression.remove_prefix(1);
+    if (expression.empty()) continue;
+    try {
+      values.push_back({columns[i].name, EvaluateDefault(expression)});
+    } catch (const RuntimeError& why) {
+      throw RuntimeError(access::engine_error::kNotUpdatable,
+                         "Operation must use an updateable query. Table '" + table.name() +
+                             "': the default value of column '" + columns[i].name +
+                             "' is not worked out here: " + std::string(why.description()),
+                         "DAO.Database");
+    }
+  }
+}
+
+Value Transaction::EvaluateDefault(std::string_view expression) {
+  // Words that the engine knows there, but not in statements.
+  for (const std::string_view yes : {"yes", "on"}) {
+    if (EqualsNoCase(expression, yes)) return true;
+  }
+  for (const std::string_view no : {"no", "off"}) {
+    if (EqualsNoCase(expression, no)) return false;
+  }
+  const std::string statement = "select " + std::string(expression);
+  const std::vector<Token> tokens = ReadTokens(statement);
+  const std::unique_ptr<Select> select = ParseStatement(statement, tokens);
+  if (select->items.size() != 1 || select->items[0].expression == nullptr || select->from) {
+    throw StatementError(engine_error::kInvalidOperation, "Invalid operation.", statement);
+  }
+  return Evaluate(*select->items[0].expression, tokens);
+}
+
+Value Transaction::Evaluate(const Expression& expression, const std::vector<Token>& tokens) {
+  if (std::optional<Value> plain = PlainValue(expression, tokens)) return *std::move(plain);
+  return StatementRecordset(connect_(), "select " + std::string(expression.source)).Field(0);
+}
+
+std::vector<Transaction::Change> Transaction::FindChanges(const Action& action,
+                                                          std::string_view statement,
+                                                          const std::vector<Token>& tokens) {
+  access::WritableTable& table = transaction_->Table(action.table);
+  Values equal;
+  const bool plain_where =
+      action.where == nullptr || ReadEqualities(*action.where, table, tokens, equal);
+  Values values;
+  for (std::size_t i = 0; plain_where && i < action.values.size(); ++i) {
+    std::optional<Value> value = PlainValue(*action.values[i], tokens);
+    if (!value) return FindBySelect(action, statement);
+    values.push_back({action.columns[i], *std::move(value)});
+  }
+  if (!plain_where) return FindBySelect(action, statement);
+  std::vector<Change> changes;
+  for (const access::RowId row : equal.empty() ? table.All() : table.Find(equal)) {
+    changes.push_back({row, values});
+  }
+  return changes;
+}
+
+std::vector<Transaction::Change> Transaction::FindBySelect(const Action& action,
+                                                           std::string_view statement) {
+  if (changed()) {
+    throw StatementError(engine_error::kInvalidOperation,
+                         "Invalid operation. Behind another change of the same transaction only "
+                         "conditions of the form column = literal are run.",
+                         statement);
+  }
+  std::string select = "select " + Bracketed(kRowNumberName);
+  for (const ExpressionPtr& value : action.values) select += ", " + std::string(value->source);
+  select += " from " + Bracketed(action.table);
+  if (action.where != nullptr) select += " where " + std::string(action.where->source);
+  // Both the table cache and All() give the rows in the file's order.
+  const std::vector<access::RowId> rows = transaction_->Table(action.table).All();
+  std::vector<Change> changes;
+  try {
+    for (StatementRecordset found(connect_(), select); !found.EndOfFile(); found.MoveNext()) {
+      Change change{rows.at(static_cast<std::size_t>(ToDouble(found.Field(0)))), {}};
+      for (std::size_t i = 0; i < action.values.size(); ++i) {
+        change.values.push_back({action.columns[i], found.Field(i + 1)});
+      }
+      changes.push_back(std::move(change));
+    }
+  } catch (const RuntimeError& error) {
+    // The select is ours; the error is about the statement.
+    const std::string_view text = error.description();
+    throw StatementError(error.number(), text.substr(0, text.find(" Statement: ")), statement);
+  }
+  return changes;
+}
+
+std::unique_ptr<Recordset> Transaction::TrySelect(std::string_view statement) {
+  const std::vector<Token> tokens = ReadTokens(statement);
+  const std::unique_ptr<Select> select = ParseStatement(statement, tokens);
+  const bool plain = select->from != nullptr && !select->from->table.empty() &&
+                     select->where != nullptr && !select->distinct && !select->top &&
+                     select->group.empty() && select->having == nullptr && select->unions.empty() &&
+                     select->order.empty();
+  if (!plain) return nullptr;
+  access::WritableTable& table = transaction_->Table(select->from->table);
+  Values equal;
+  if (!ReadEqualities(*select->where, table, tokens, equal)) return nullptr;
+  std::vector<std::string> names;
+  std::vector<std::size_t> columns;
+  for (const SelectItem& item : select->items) {
+    if (item.expression == nullptr) {
+      for (std::size_t i = 0; i < table.columns().size(); ++i) {
+        columns.push_back(i);
+        names.push_back(table.columns()[i].name);
+      }
+      continue;
+    }
+    if (item.expression->kind != ExpressionKind::kColumn) return nullptr;
+    const std::optional<std::size_t> column = FindColumn(table.columns(), item.expression->name);
+    if (!column) return nullptr;
+    columns.push_back(*column);
+    names.push_back(item.alias.empty() ? table.columns()[*column].name : item.alias);
+  }
+  std::vector<std::vector<Value>> rows;
+  for (const access::RowId row : table.Find(equal)) {
+    std::vector<Value> all = table.Read(row);
+    std::vector<Value>& wanted = rows.emplace_back();
+    for (const std::size_t column : columns) wanted.push_back(all.at(column));
+  }
+  return std::make_unique<RowList>(std::move(names), std::move(rows));
+}
+
+}  // namespace tenora::query

@@ -1,0 +1,65 @@
+// Statements that change rows, run within one transaction on the file.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/access/database_writer.h"
+#include "platform/query/engine.h"
+#include "platform/query/execute/sqlite_connection.h"
+#include "platform/query/sql/syntax.h"
+
+namespace tenora::query {
+
+class Transaction {
+ public:
+  // `connect` gives a connection to the file as it is now; it is called while the transaction has
+  // the file, and only for statements that need more than look-ups by equal values.
+  Transaction(const std::filesystem::path& path,
+              std::function<std::shared_ptr<SqliteConnection>()> connect);
+
+  // The number of rows changed. Raises what ParseAction and WritableTable raise, and 3219 for a
+  // statement with a condition beyond "column = literal" behind a change of the same transaction.
+  std::int64_t Execute(std::string_view statement);
+
+  // The rows of a select over one table by equal values, with the transaction's own changes,
+  // through the table's indexes; null for every other statement.
+  std::unique_ptr<Recordset> TrySelect(std::string_view statement);
+
+  bool changed() const { return !changed_tables_.empty(); }
+  // The tables that the commit changes, as the file spells them.
+  const std::set<std::string>& changed_tables() const { return changed_tables_; }
+  // Raises 3219 where a statement that failed has changed some of its rows.
+  access::CommitStates Commit();
+
+ private:
+  using Values = std::vector<access::ColumnValue>;
+  struct Change {
+    access::RowId row;
+    Values values;
+  };
+
+  std::int64_t Insert(const Action& action, std::string_view statement,
+                      const std::vector<Token>& tokens);
+  // Adds the default values of the columns that an insert does not name.
+  void AddDefaults(const access::WritableTable& table, Values& values);
+  Value EvaluateDefault(std::string_view expression);
+  void RequireWhole() const;
+  // The rows an update or delete is about, each with its new values.
+  std::vector<Change> FindChanges(const Action& action, std::string_view statement,
+                                  const std::vector<Token>& tokens);
+  std::vector<Change> FindBySelect(const Action& action, std::string_view statement);
+  Value Evaluate(const Expression& expression, const std::vector<Token>& tokens);
+
+  std::function<std::shared_ptr<SqliteConnection>()> connect_;
+  std::unique_ptr<access::WriteTransaction> transaction_;
+  std::set<std::string> changed_tables_;
+  bool half_done_ = false;
+};
+
+}  // namespace tenora::query

@@ -1,0 +1,88 @@
+#include "platform/query/functions/like.h"
+
+#include <unicode/uchar.h>
+
+#include <cstddef>
+#include <string>
+
+#include "platform/runtime/text.h"
+
+namespace tenora::query {
+namespace {
+
+char32_t Folded(char32_t character) {
+  if (character < 0x80) return static_cast<char32_t>(LowerAscii(static_cast<char>(character)));
+  return static_cast<char32_t>(u_foldCase(static_cast<UChar32>(character), U_FOLD_CASE_DEFAULT));
+}
+
+std::u32string Characters(std::string_view text) {
+  std::u32string characters;
+  characters.reserve(text.size());
+  while (!text.empty()) characters.push_back(Folded(TakeCodePoint(text)));
+  return characters;
+}
+
+// The list at `at`, just behind its opening bracket: moves behind the closing one and tells whether
+// the character is in it.
+bool MatchesList(std::u32string_view pattern, std::size_t& at, char32_t character) {
+  const std::size_t end = pattern.find(U']', at);
+  if (end == std::u32string_view::npos) {
+    at = pattern.size();
+    return false;
+  }
+  std::u32string_view list = pattern.substr(at, end - at);
+  at = end + 1;
+  const bool outside = list.size() > 1 && list.front() == U'!';
+  if (outside) list.remove_prefix(1);
+  bool found = false;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const bool range = i + 2 < list.size() && list[i + 1] == U'-';
+    found |= range ? list[i] <= character && character <= list[i + 2] : list[i] == character;
+    if (range) i += 2;
+  }
+  return found != outside;
+}
+
+// One pattern element other than * against one character; moves behind the element.
+bool MatchesOne(std::u32string_view pattern, std::size_t& at, char32_t character) {
+  const char32_t element = pattern[at++];
+  switch (element) {
+    case U'?':
+      return true;
+    case U'#':
+      return character >= U'0' && character <= U'9';
+    case U'[':
+      return MatchesList(pattern, at, character);
+    default:
+      return element == character;
+  }
+}
+
+}  // namespace
+
+bool MatchesLike(std::string_view text_utf8, std::string_view pattern_utf8) {
+  const std::u32string text = Characters(text_utf8), pattern = Characters(pattern_utf8);
+  std::size_t t = 0, p = 0;
+  // Where to go back to when what follows the last * does not fit: one character further on.
+  std::size_t star = std::u32string::npos, resume = 0;
+  while (t < text.size()) {
+    if (p < pattern.size() && pattern[p] == U'*') {
+      star = ++p;
+      resume = t;
+      continue;
+    }
+    std::size_t next = p;
+    if (p < pattern.size() && MatchesOne(pattern, next, text[t])) {
+      p = next;
+      ++t;
+      continue;
+    }
+    if (star == std::u32string::npos) return false;
+    p = star;
+    t = ++resume;
+  }
+  while (p < pattern.size() && pattern[p] == U'*') ++p;
+  return p == pattern.size();
+}
+
+}  // namespace tenora::query

@@ -1,0 +1,17 @@
+// The engine's errors, with the statement or name concerned in the description.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/access/engine_error.h"
+#include "platform/runtime/error.h"
+
+namespace tenora::query {
+
+namespace engine_error = access::engine_error;
+
+// An error of the database object; the statement is put behind the description.
+RuntimeError StatementError(int number, std::string_view description, std::string_view statement);
+
+}  // namespace tenora::query

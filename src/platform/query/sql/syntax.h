@@ -1,0 +1,108 @@
+// The parts of a parsed statement.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/query/sql/lexer.h"
+
+namespace tenora::query {
+
+struct Select;
+
+enum class ExpressionKind : std::uint8_t {
+  kLiteral,     // token
+  kConstant,    // true, false, null: value
+  kColumn,      // qualifier (may be empty), name
+  kCall,        // name, arguments; count(*) has the flag `star`
+  kNegate,      // -a
+  kNot,         // not a
+  kAnd,         // a and b and …
+  kOr,          // a or b or …
+  kConcat,      // a & b & …
+  kArithmetic,  // a operator b: + - * / \ ^ and mod
+  kLogical,     // a operator b: xor, eqv, imp
+  kCompare,     // a operator b: = <> < > <= >=
+  kBetween,     // a between b and c
+  kIn,          // a in (b, c, …) or a in (select)
+  kLike,        // a like b
+  kIsNull,      // a is null
+  kExists,      // exists (select)
+  kSubquery,    // (select)
+};
+
+struct Expression {
+  ExpressionKind kind = ExpressionKind::kLiteral;
+  std::string_view source;  // as it stands in the statement
+  std::vector<std::unique_ptr<Expression>> arguments;
+  std::string qualifier, name;
+  std::string operation;  // lower case
+  bool negated = false;   // not between, not in, not like, is not null
+  bool star = false;
+  std::size_t token = 0;  // of a literal: its place in the statement
+  Value value;
+  std::unique_ptr<Select> select;
+};
+
+using ExpressionPtr = std::unique_ptr<Expression>;
+
+struct SelectItem {
+  ExpressionPtr expression;  // null for * and table.*
+  std::string qualifier;     // of table.*
+  std::string alias;         // empty when none is given
+};
+
+struct OrderItem {
+  ExpressionPtr expression;
+  bool descending = false;
+};
+
+enum class JoinKind : std::uint8_t { kCross, kInner, kLeft, kRight };
+
+// A table, a select in brackets or a join of two of these.
+struct Source {
+  std::string table, alias;
+  std::unique_ptr<Select> select;
+  JoinKind join = JoinKind::kCross;
+  std::unique_ptr<Source> left, right;  // both set for a join
+  ExpressionPtr on;
+};
+
+struct Top {
+  std::int64_t count = 0;
+  bool percent = false;
+};
+
+struct Select {
+  bool distinct = false;
+  std::optional<Top> top;
+  std::vector<SelectItem> items;
+  std::unique_ptr<Source> from;
+  ExpressionPtr where;
+  std::vector<ExpressionPtr> group;
+  ExpressionPtr having;
+  // The selects that a union adds to the first one; `order` then sorts the whole.
+  struct Union {
+    bool all = false;
+    std::unique_ptr<Select> select;
+  };
+  std::vector<Union> unions;
+  std::vector<OrderItem> order;
+};
+
+// A statement that changes rows.
+enum class ActionKind : std::uint8_t { kInsert, kUpdate, kDelete };
+
+struct Action {
+  ActionKind kind = ActionKind::kInsert;
+  std::string table;
+  std::vector<std::string> columns;   // of an insert; empty: all, in the table's order
+  std::vector<ExpressionPtr> values;  // of an insert or update, one a column
+  ExpressionPtr where;                // null: every row
+};
+
+}  // namespace tenora::query

@@ -1,0 +1,109 @@
+// Turns expressions into SQLite text of known type.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/query/sql/statement_error.h"
+#include "platform/query/sql/syntax.h"
+#include "platform/query/translate/fragment.h"
+#include "platform/query/translate/scope.h"
+#include "platform/query/translate/translator.h"
+
+namespace tenora::query {
+
+// What the parts of one statement share while it is translated.
+struct TranslationState {
+  std::string_view statement;
+  Catalogue& catalogue;
+  std::vector<Parameter> parameters = {};
+  std::vector<std::string> unknown_names = {};  // names that are no columns, each once
+  std::size_t next_source = 0;                  // numbers the tables and selects in from clauses
+
+  [[noreturn]] void Fail(int number, std::string_view description) const {
+    throw StatementError(number, description, statement);
+  }
+};
+
+// Translates the selects that stand inside expressions.
+class SubselectTranslator {
+ public:
+  virtual ~SubselectTranslator() = default;
+  // SQLite text in brackets and the type of the first column. With `wanted` other than kNull the
+  // column is converted to it.
+  struct Subselect {
+    std::string sql;
+    Type type = Type::kNull;
+  };
+  virtual Subselect TranslateColumn(const Select& select, const Scope& outer,
+                                    Type compared_with) = 0;
+  virtual std::string TranslateExists(const Select& select, const Scope& outer) = 0;
+};
+
+// Where an expression stands, which decides what aggregates and bare columns may do in it.
+enum class Place : std::uint8_t {
+  kRow,    // where, on, group by: no aggregates
+  kGroup,  // items, having and order of a select that groups: columns only grouped or aggregated
+};
+
+class ExpressionTranslator {
+ public:
+  ExpressionTranslator(TranslationState& state, SubselectTranslator& subselects, const Scope& scope,
+                       Place place, const std::vector<ExpressionPtr>* group = nullptr)
+      : state_(state), subselects_(subselects), scope_(scope), place_(place), group_(group) {}
+
+  Fragment Translate(const Expression& expression);
+  // As a condition: anything but 0 and null holds.
+  Fragment TranslateCondition(const Expression& expression);
+
+  // Whether the expression calls an aggregate, subqueries left aside.
+  static bool HasAggregate(const Expression& expression);
+
+ private:
+  Fragment TranslateLiteral(const Expression& expression);
+  Fragment TranslateColumn(const Expression& expression);
+  Fragment TranslateNegate(const Expression& expression);
+  Fragment TranslateChain(const Expression& expression);
+  Fragment TranslateLogical(const Expression& expression);
+  Fragment TranslateConcat(const Expression& expression);
+  Fragment TranslateCompare(const Expression& expression);
+  Fragment TranslateBetween(const Expression& expression);
+  Fragment TranslateIn(const Expression& expression);
+  Fragment TranslateLike(const Expression& expression);
+  Fragment TranslateIsNull(const Expression& expression);
+
+  Fragment TranslateArithmetic(const Expression& expression);
+  Fragment Add(const Expression& expression, Fragment left, Fragment right);
+  Fragment Multiply(Fragment left, Fragment right);
+  Fragment Operate(std::string_view function, Type operands, Type result, Fragment left,
+                   Fragment right);
+
+  Fragment TranslateCall(const Expression& expression);
+  Fragment TranslateAggregate(const Expression& expression);
+  Fragment TranslateSum(const Expression& expression, Fragment argument);
+  Fragment TranslateChoice(const Expression& expression);
+  Fragment TranslateNz(const Expression& expression);
+  // "case subject when a then b … else otherwise end", the values turned into one type.
+  Fragment CaseOf(std::string_view subject,
+                  const std::vector<std::pair<Fragment, Fragment>>& branches, Fragment otherwise);
+
+  Fragment ConvertTo(Fragment fragment, Type type) {
+    return Convert(std::move(fragment), type, state_.parameters);
+  }
+  // The type in which both sides are compared; raises 3464 where text meets anything else.
+  Type ComparisonType(Type left, Type right) const;
+  bool SameExpression(const Expression& left, const Expression& right) const;
+  bool IsGroupKey(const Expression& expression) const;
+  void NoteUnknownName(const Expression& column);
+
+  TranslationState& state_;
+  SubselectTranslator& subselects_;
+  const Scope& scope_;
+  Place place_;
+  const std::vector<ExpressionPtr>* group_;
+  bool in_aggregate_ = false;
+  bool in_group_key_ = false;
+};
+
+}  // namespace tenora::query

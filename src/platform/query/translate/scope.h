@@ -1,0 +1,51 @@
+// The names that an expression can use: the columns of the tables of a select, and of the selects
+// around it.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/query/values/sqlite_value.h"
+
+namespace tenora::query {
+
+struct ScopeColumn {
+  std::string name;
+  Type type = Type::kNull;
+  std::string sql = {};
+};
+
+struct ScopeSource {
+  std::string name;  // the alias, else the table's name
+  std::vector<ScopeColumn> columns = {};
+  ScopeColumn row_number = {};  // without SQL where the source is no table
+};
+
+// A column that every table has for statements of our own: the row's number in the table's order,
+// from 0. No statement that is typed holds this name by chance.
+inline constexpr std::string_view kRowNumberName = "\x01";
+
+class Scope {
+ public:
+  explicit Scope(const Scope* outer) : outer_(outer) {}
+
+  void Add(ScopeSource source) { sources_.push_back(std::move(source)); }
+  const std::vector<ScopeSource>& sources() const { return sources_; }
+  const ScopeSource* FindSource(std::string_view name) const;
+
+  struct Match {
+    const ScopeColumn* column = nullptr;
+    const ScopeSource* source = nullptr;
+    bool ambiguous = false;
+    bool outer = false;  // found in a select around this one
+  };
+  // Letter case is ignored; `qualifier` may be empty.
+  Match Find(std::string_view qualifier, std::string_view name) const;
+
+ private:
+  const Scope* outer_;
+  std::vector<ScopeSource> sources_;
+};
+
+}  // namespace tenora::query

@@ -1,0 +1,81 @@
+// Turns whole selects into SQLite text: sources, items, groups, unions, order and top.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/query/translate/expression_translator.h"
+
+namespace tenora::query {
+
+class SelectTranslator : public SubselectTranslator {
+ public:
+  explicit SelectTranslator(TranslationState& state) : state_(state) {}
+
+  // The whole statement; the columns are named r0, r1, … in SQLite.
+  struct Result {
+    std::string sql;
+    std::vector<OutputColumn> columns = {};
+    std::optional<TopRows> top = {};
+  };
+  Result Translate(const Select& select, const Scope* outer);
+  // The same for a statement that stands by itself, whose ties behind top are left to the caller:
+  // SQLite keeps only the first rows then, which takes a fifth of the time of ranking them all.
+  Result TranslateStatement(const Select& select);
+
+  Subselect TranslateColumn(const Select& select, const Scope& outer, Type compared_with) override;
+  std::string TranslateExists(const Select& select, const Scope& outer) override;
+
+ private:
+  struct Item {
+    Fragment fragment;
+    std::string name;
+    std::string alias = {};                  // as the statement gives it
+    std::string source = {};                 // of a column without alias: its table
+    const Expression* expression = nullptr;  // null for the columns of *
+  };
+  // A select without its order, its items not yet put down.
+  struct Body {
+    std::vector<Item> items;
+    std::string tail;  // from the from clause on
+    bool grouped = false;
+  };
+  struct Key {
+    std::string sql;
+    Type type = Type::kNull;
+    bool descending = false;
+  };
+
+  Result TranslateWith(const Select& select, const Scope* outer,
+                       std::optional<Type> first_column_type);
+  Result TranslateUnion(const Select& select, const Scope* outer, std::optional<Type> first_type);
+  Body TranslateBody(const Select& select, Scope& scope);
+  std::string TranslateGroup(const Select& select, const Scope& scope);
+  void AddItems(const Select& select, const Scope& scope, ExpressionTranslator& expressions,
+                std::vector<Item>& items);
+  static void QualifyNames(std::vector<Item>& items);
+  void AddAllColumns(const std::string& qualifier, const Scope& scope, std::vector<Item>& items);
+  Item MakeItem(const SelectItem& item, const Scope& scope, ExpressionTranslator& expressions,
+                std::size_t position);
+
+  std::string TranslateSources(const Source& source, Scope& scope);
+  std::string TranslateJoin(const Source& join, Scope& scope);
+  std::string TranslateTable(const Source& source, Scope& scope);
+  std::string TranslateDerived(const Source& source, Scope& scope);
+
+  std::vector<Key> TranslateOrder(const Select& select, const std::vector<Item>& items,
+                                  ExpressionTranslator& expressions, const Scope& scope,
+                                  bool by_output);
+  // The place of an order item among the items: its position, name or expression.
+  std::optional<std::size_t> FindItem(const Expression& expression, const std::vector<Item>& items);
+  std::string Assemble(const Select& select, const std::vector<Item>& items,
+                       const std::string& tail, const std::vector<Key>& order);
+  std::string AssembleTop(const Top& top, const std::string& items, std::size_t count,
+                          const std::string& tail, const std::vector<Key>& order);
+  void CheckSize(const std::string& sql) const;
+
+  TranslationState& state_;
+};
+
+}  // namespace tenora::query

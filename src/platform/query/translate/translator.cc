@@ -1,0 +1,24 @@
+#include "platform/query/translate/translator.h"
+
+#include "platform/query/translate/select_translator.h"
+
+namespace tenora::query {
+
+Plan Translate(const Select& select, std::string_view statement, Catalogue& catalogue) {
+  TranslationState state{.statement = statement, .catalogue = catalogue};
+  SelectTranslator translator(state);
+  SelectTranslator::Result result = translator.TranslateStatement(select);
+  if (!state.unknown_names.empty()) {
+    std::string names;
+    for (const std::string& name : state.unknown_names) names += (names.empty() ? "" : ", ") + name;
+    state.Fail(engine_error::kTooFewParameters, "Too few parameters. Expected " +
+                                                    std::to_string(state.unknown_names.size()) +
+                                                    ". Unknown: " + names + ".");
+  }
+  return {.sql = std::move(result.sql),
+          .columns = std::move(result.columns),
+          .parameters = std::move(state.parameters),
+          .top = std::move(result.top)};
+}
+
+}  // namespace tenora::query

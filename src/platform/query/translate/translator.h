@@ -1,0 +1,57 @@
+// Turns a parsed statement of the engine's dialect into one that SQLite runs over the table cache.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/query/cache/cached_table.h"
+#include "platform/query/sql/syntax.h"
+
+namespace tenora::query {
+
+struct OutputColumn {
+  std::string name;
+  Type type = Type::kNull;
+};
+
+// A literal of the statement, handed to SQLite as the parameter of the same position.
+struct Parameter {
+  std::size_t token = 0;  // the literal's place among the tokens
+  Type type = Type::kNull;
+};
+
+// A statement that wants so many rows of an order: it hands out the order's keys behind its columns
+// and takes a limit as its last parameter. Rows that tie with the last one wanted belong to the
+// result too; whoever steps the statement sees to that.
+struct TopRows {
+  std::int64_t count = 0;
+  std::vector<Type> keys;
+};
+
+struct Plan {
+  std::string sql;
+  std::vector<OutputColumn> columns;
+  std::vector<Parameter> parameters;
+  std::optional<TopRows> top;
+};
+
+// The tables that statements can name.
+class Catalogue {
+ public:
+  virtual ~Catalogue() = default;
+  struct Entry {
+    std::size_t number = 0;  // the table is t<number> in SQLite
+    const CachedTable* table = nullptr;
+  };
+  // Reads the table into the cache; `table` is null when the file has none of this name.
+  virtual Entry FindTable(std::string_view name) = 0;
+};
+
+// Raises 3061 (unknown names), 3078 (no such table), 3079 (ambiguous name), 3085 (unknown
+// function), 3122 and 3096 (misplaced aggregates), 3464 (types that cannot be compared), 3075 and
+// 3360.
+Plan Translate(const Select& select, std::string_view statement, Catalogue& catalogue);
+
+}  // namespace tenora::query

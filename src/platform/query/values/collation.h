@@ -1,0 +1,22 @@
+// How the engine compares texts: letter case does not count, accents do, hyphens and apostrophes
+// count only between texts that are otherwise equal, trailing blanks never.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <string_view>
+
+namespace tenora::query {
+
+// Below 0, 0 or above 0 as `left` sorts before, equal to or after `right`. Texts are UTF-8.
+int CompareText(std::string_view left, std::string_view right);
+
+// The name under which a connection knows this order.
+inline constexpr char kCollationName[] = "engine";
+void RegisterCollation(sqlite3* connection);
+
+// Equal texts have equal hashes.
+std::uint64_t HashText(std::string_view text);
+
+}  // namespace tenora::query

@@ -1,0 +1,51 @@
+// The types that values have in statements, and how SQLite holds each of them.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+
+#include "platform/access/database_file.h"
+#include "platform/runtime/value.h"
+
+namespace tenora::query {
+
+enum class Type : std::uint8_t {
+  kNull,      // nothing but null
+  kBoolean,   // INTEGER, -1 or 0
+  kInteger,   // INTEGER
+  kDouble,    // REAL (or an INTEGER that an expression left)
+  kCurrency,  // INTEGER, ten-thousandths
+  kDate,      // INTEGER, seconds since 30 December 1899 00:00, so that all dates order by time
+  kText,      // TEXT
+  kBinary,    // BLOB
+};
+
+inline bool IsNumber(Type type) { return type >= Type::kBoolean && type <= Type::kCurrency; }
+
+Type TypeOf(const Value& value);
+Type TypeOf(access::ColumnType type);
+
+std::int64_t DateToSeconds(Date date);
+Date DateFromSeconds(std::int64_t seconds);
+
+// The letter that stands for a type in the signature argument of our SQLite functions.
+char TypeLetter(Type type);
+Type TypeOfLetter(char letter);
+
+// A value of an expression of static type `type`. Raises 6 (Overflow) for an amount of money or a
+// date that went out of range.
+Value ReadValue(sqlite3_value* value, Type type);
+
+void SetResult(sqlite3_context* context, const Value& value);
+// Parameters of a statement count from 1. Text is copied.
+void BindValue(sqlite3_stmt* statement, int parameter, const Value& value);
+
+// The value as one of the given type, null staying null. Raises 13 (Type mismatch) and 6.
+Value ConvertTo(const Value& value, Type type);
+
+// Raises 3035 unless SQLite did what it was asked: with a value or function of ours it fails only
+// when out of memory.
+void RequireDone(int sqlite_status);
+
+}  // namespace tenora::query
