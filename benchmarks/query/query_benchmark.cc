@@ -2,10 +2,12 @@
 // row is put in relation to mdb-export writing the same rows to nowhere.
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -107,6 +109,38 @@ void ReopenUnchanged(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(workspace->OpenDatabase(DatabasePath()));
 }
 
+// A change made and taken back, so that the file stays as it is and no sync is measured.
+void ChangeAndRollBack(benchmark::State& state, const char* statement) {
+  const std::filesystem::path copy =
+      std::filesystem::temp_directory_path() / ("query_benchmark-" + std::to_string(getpid()));
+  std::filesystem::copy_file(DatabasePath(), copy);
+  {
+    const auto workspace = Workspace::Create();
+    const auto database = workspace->OpenDatabase(copy);
+    for (auto _ : state) {
+      database->BeginTrans();
+      benchmark::DoNotOptimize(database->Execute(statement));
+      database->Rollback();
+    }
+  }
+  std::filesystem::remove(copy);
+}
+
+void InsertPlainValues(benchmark::State& state) {
+  ChangeAndRollBack(state, "insert into rentchanges values ('T00001', #2026-11-21#, -5)");
+}
+
+void InsertComputedValues(benchmark::State& state) {
+  ChangeAndRollBack(state, "insert into rentchanges values ('T00001', date(), -(5))");
+}
+
+void UpdateByCondition(benchmark::State& state) {
+  ChangeAndRollBack(state, "update glcodes set description = description & '.' where type > 200");
+}
+
+BENCHMARK(InsertPlainValues)->Unit(benchmark::kMicrosecond)->UseRealTime();
+BENCHMARK(InsertComputedValues)->Unit(benchmark::kMicrosecond)->UseRealTime();
+BENCHMARK(UpdateByCondition)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(ReadEveryRow)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(FirstLookUp)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(FollowingLookUp)->Unit(benchmark::kMicrosecond)->UseRealTime();

@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   try {
     NoTables tables;
     const auto tokens = tenora::query::ReadTokens(statement);
-    tenora::query::Translate(*tenora::query::ParseStatement(statement, tokens), statement, tables);
+    tenora::query::Translate(*tenora::query::ParseSelect(statement, tokens), statement, tables);
   } catch (const tenora::RuntimeError&) {
   }
   return 0;

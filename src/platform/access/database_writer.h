@@ -57,6 +57,8 @@ class WritableTable {
   // columns, in a time that does not depend on how many rows the table has; else by reading all.
   virtual std::vector<RowId> Find(const std::vector<ColumnValue>& equal) = 0;
   virtual std::vector<RowId> All() = 0;
+  // Walks the rows in the order of All(). The cursor is of no use after a change of the table.
+  virtual std::unique_ptr<RowCursor> Rows() const = 0;
   // Every field of a row, by position in columns(). 3167 when the row is gone.
   virtual std::vector<Value> Read(RowId row) = 0;
 

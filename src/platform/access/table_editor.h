@@ -22,6 +22,7 @@ class TableEditor final : public WritableTable {
 
   std::vector<RowId> Find(const std::vector<ColumnValue>& equal) override;
   std::vector<RowId> All() override;
+  std::unique_ptr<RowCursor> Rows() const override { return OpenCursor(table_); }
   std::vector<Value> Read(RowId row) override;
   RowId Insert(const std::vector<ColumnValue>& values) override;
   void Update(RowId row, const std::vector<ColumnValue>& values) override;

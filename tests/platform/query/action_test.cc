@@ -1,6 +1,10 @@
 // Statements that change rows. mdb-export reads what they leave.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
 
 #include "platform/access/file_builder.h"
 #include "platform/query/engine.h"
@@ -169,6 +173,46 @@ TEST_F(Actions, ATransactionIsKeptWholeOrNotAtAll) {
   EXPECT_EQ(ErrorOf("update owner set name = 'x' where code = 'OW0001'"), 3219);
   EXPECT_THROW(database_->CommitTrans(), RuntimeError);
   EXPECT_EQ(Rows("select * from owner"), before);
+}
+
+// Tells of a file whether it has been opened since the last question.
+class OpenWatch {
+ public:
+  explicit OpenWatch(const std::filesystem::path& path) {
+    EXPECT_GE(inotify_add_watch(queue_, path.c_str(), IN_OPEN), 0);
+  }
+  ~OpenWatch() { close(queue_); }
+  bool SawOpening() {
+    std::array<char, 4096> events{};
+    return read(queue_, events.data(), events.size()) > 0;
+  }
+
+ private:
+  int queue_ = inotify_init1(IN_NONBLOCK);
+};
+
+// The transaction has the file open and the table's definition read.
+TEST_F(Actions, OpenTheFileOnceForAnyChange) {
+  database_->BeginTrans();
+  OpenWatch watch(path_);
+  for (const char* const statement :
+       {"insert into rentchanges values ('T00001', date() - 1, -5)",
+        "update rentchanges set changevalue = 1 where tenantcode = 'T00001'"}) {
+    EXPECT_GE(database_->Execute(statement), 1) << statement;
+    EXPECT_FALSE(watch.SawOpening()) << statement;
+  }
+  database_->Rollback();
+  for (const char* const statement :
+       {"update tenancy set name = name & '.' where name like 'n*' and [current rent] > -1",
+        "delete from revenues where amount > 100 or amount < -100"}) {
+    database_->BeginTrans();
+    watch.SawOpening();
+    EXPECT_GE(database_->Execute(statement), 1) << statement;
+    EXPECT_FALSE(watch.SawOpening()) << statement;
+    database_->Rollback();
+  }
+  database_->BeginTrans();
+  EXPECT_TRUE(watch.SawOpening()) << "the transaction's own";
 }
 
 TEST_F(Actions, AnInsertFillsInTheDefaultValues) {

@@ -158,12 +158,12 @@ LookupIndex::LookupIndex(const CachedColumn& column, RowNumber rows) {
   }
 }
 
-CachedTable::CachedTable(const access::Table& table) : name_(table.name()) {
-  for (const access::Column& column : table.columns())
-    columns_.emplace_back(column, table.row_count());
-  const auto cursor = table.Rows();
-  while (cursor->Next()) {
-    for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].Append(*cursor, i);
+CachedTable::CachedTable(std::string name, const std::vector<access::Column>& columns,
+                         std::int64_t expected_rows, access::RowCursor& rows)
+    : name_(std::move(name)) {
+  for (const access::Column& column : columns) columns_.emplace_back(column, expected_rows);
+  while (rows.Next()) {
+    for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].Append(rows, i);
     ++rows_;
   }
   for (CachedColumn& column : columns_) column.ShrinkToFit();

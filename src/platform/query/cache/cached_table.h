@@ -102,8 +102,10 @@ class LookupIndex {
 
 class CachedTable {
  public:
-  // Reads all rows. Raises what reading the file raises.
-  explicit CachedTable(const access::Table& table);
+  // Reads all rows that the cursor walks, about `expected_rows` of them. Raises what reading the
+  // file raises.
+  CachedTable(std::string name, const std::vector<access::Column>& columns,
+              std::int64_t expected_rows, access::RowCursor& rows);
 
   const std::string& name() const { return name_; }
   const std::vector<CachedColumn>& columns() const { return columns_; }

@@ -5,7 +5,6 @@
 #include "platform/access/database_writer.h"
 #include "platform/access/engine_error.h"
 #include "platform/runtime/error.h"
-#include "platform/runtime/text.h"
 
 namespace tenora::query {
 namespace {
@@ -34,6 +33,10 @@ const std::shared_ptr<access::DatabaseFile>& TableCache::OpenFile() {
   return file_;
 }
 
+void TableCache::Add(std::string_view name, std::shared_ptr<CachedTable> table) {
+  tables_.insert_or_assign(ToLower(name), std::move(table));
+}
+
 std::shared_ptr<CachedTable> TableCache::Find(std::string_view name) {
   const std::string key = ToLower(name);
   if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
@@ -45,7 +48,10 @@ std::shared_ptr<CachedTable> TableCache::Find(std::string_view name) {
       access::ReadFileState(path_) == state_ ? OpenFile() : access::DatabaseFile::Open(path_);
   const access::Table* const table = file->FindTable(name);
   if (table == nullptr) return nullptr;
-  return tables_.emplace(key, std::make_shared<CachedTable>(*table)).first->second;
+  return tables_
+      .emplace(key, std::make_shared<CachedTable>(table->name(), table->columns(),
+                                                  table->row_count(), *table->Rows()))
+      .first->second;
 }
 
 CachedTables TableCache::TablesExcept(const std::set<std::string>& names) const {

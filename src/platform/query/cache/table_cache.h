@@ -11,6 +11,7 @@
 #include "platform/access/database_file.h"
 #include "platform/access/file_state.h"
 #include "platform/query/cache/cached_table.h"
+#include "platform/runtime/text.h"
 
 namespace tenora::query {
 
@@ -30,6 +31,9 @@ class TableCache {
 
   // Opens the file at the first call. Raises the errors of access::DatabaseFile::Open.
   const access::DatabaseFile& File() { return *OpenFile(); }
+  // Gives the cache a table that the caller has read from the file in this state.
+  void Add(std::string_view name, std::shared_ptr<CachedTable> table);
+  bool Holds(std::string_view name) const { return tables_.contains(ToLower(name)); }
   // The table of this name, read at the first call; null when the file has none. Raises what
   // reading the file raises.
   std::shared_ptr<CachedTable> Find(std::string_view name);

@@ -25,7 +25,8 @@ class ConnectionCache {
   void Follow(const std::filesystem::path& path, const access::CommitStates& states,
               const std::set<std::string>& changed);
 
-  // A connection for use while this process itself keeps other writers out.
+  // A connection for use while this process itself keeps other writers out. It opens the file when
+  // a statement names a table that it was not given.
   std::shared_ptr<SqliteConnection> ForTransaction(const std::filesystem::path& path) const;
 
   void Forget(const std::filesystem::path& path) { entries_.erase(path.string()); }
@@ -33,8 +34,8 @@ class ConnectionCache {
  private:
   struct Entry {
     std::shared_ptr<SqliteConnection> connection;  // null for none of use
-    access::FileState state;  // in which the file holds what the connection's tables do, but
-    bool settled = false;     // for those in `changed`
+    access::FileState state;  // in which the file holds what the tables do, but for `changed`
+    bool settled = false;     // no other change of the file can show the same state
     std::set<std::string> changed;
     access::FileState committed;  // by our own last commit: no other change shows its time
   };

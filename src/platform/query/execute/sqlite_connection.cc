@@ -127,9 +127,22 @@ void SqliteConnection::Bind(sqlite3_stmt* prepared, const Plan& plan,
 SqliteConnection::Ready SqliteConnection::Prepare(std::string_view statement) {
   const std::vector<Token> tokens = ReadTokens(statement);
   const auto translate = [&] {
-    return Translate(*ParseStatement(statement, tokens), statement, *this);
+    return Translate(*ParseSelect(statement, tokens), statement, *this);
   };
-  Ready ready{.plan = plans_.Get(tokens, translate), .statement = nullptr};
+  return Begin(plans_.Get(tokens, translate), statement, tokens);
+}
+
+SqliteConnection::Ready SqliteConnection::Prepare(const Select& select, std::string_view statement,
+                                                  const std::vector<Token>& tokens) {
+  auto plan = std::make_shared<CachedPlan>();
+  plan->plan = Translate(select, statement, *this);
+  return Begin(std::move(plan), statement, tokens);
+}
+
+SqliteConnection::Ready SqliteConnection::Begin(std::shared_ptr<CachedPlan> plan,
+                                                std::string_view statement,
+                                                const std::vector<Token>& tokens) {
+  Ready ready{.plan = std::move(plan), .statement = nullptr};
   if (ready.plan->idle.empty()) {
     ready.statement = Compile(ready.plan->plan, statement);
   } else {

@@ -41,6 +41,9 @@ class SqliteConnection : private Catalogue {
   };
   // Raises the errors of EngineDatabase::OpenRecordset.
   Ready Prepare(std::string_view statement);
+  // The same for a select that is parsed already, its literals among `tokens`. Its plan is not
+  // kept. `statement` is what the select was made from, for errors.
+  Ready Prepare(const Select& select, std::string_view statement, const std::vector<Token>& tokens);
   // Moves to the next row, false behind the last. `text` is the statement, for errors.
   bool Step(sqlite3_stmt* statement, std::string_view text);
   // Begins a statement of a TopRows plan again, now without a limit to its rows.
@@ -50,6 +53,9 @@ class SqliteConnection : private Catalogue {
  private:
   Entry FindTable(std::string_view name) override;
 
+  // The plan with its literals bound.
+  Ready Begin(std::shared_ptr<CachedPlan> plan, std::string_view statement,
+              const std::vector<Token>& tokens);
   StatementPtr Compile(const Plan& plan, std::string_view statement);
   void Bind(sqlite3_stmt* prepared, const Plan& plan, const std::vector<Token>& tokens) const;
   [[noreturn]] void ThrowStepError(int status, std::string_view text);

@@ -14,9 +14,16 @@ RuntimeError RecordsetError(int number, std::string_view description) {
 
 StatementRecordset::StatementRecordset(std::shared_ptr<SqliteConnection> connection,
                                        std::string_view statement)
-    : connection_(std::move(connection)),
-      text_(statement),
-      ready_(connection_->Prepare(statement)) {
+    : StatementRecordset(connection, connection->Prepare(statement), statement) {}
+
+StatementRecordset::StatementRecordset(std::shared_ptr<SqliteConnection> connection,
+                                       const Select& select, std::string_view statement,
+                                       const std::vector<Token>& tokens)
+    : StatementRecordset(connection, connection->Prepare(select, statement, tokens), statement) {}
+
+StatementRecordset::StatementRecordset(std::shared_ptr<SqliteConnection> connection,
+                                       SqliteConnection::Ready ready, std::string_view statement)
+    : connection_(std::move(connection)), text_(statement), ready_(std::move(ready)) {
   for (const OutputColumn& column : ready_.plan->plan.columns) names_.push_back(column.name);
   Advance();
   empty_ = at_end_;

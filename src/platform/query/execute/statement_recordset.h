@@ -17,6 +17,9 @@ class StatementRecordset : public Recordset {
  public:
   // Moves to the first row.
   StatementRecordset(std::shared_ptr<SqliteConnection> connection, std::string_view statement);
+  // The rows of a select that is parsed already, as SqliteConnection::Prepare takes it.
+  StatementRecordset(std::shared_ptr<SqliteConnection> connection, const Select& select,
+                     std::string_view statement, const std::vector<Token>& tokens);
   ~StatementRecordset() override;
   StatementRecordset(const StatementRecordset&) = delete;
   StatementRecordset& operator=(const StatementRecordset&) = delete;
@@ -30,6 +33,8 @@ class StatementRecordset : public Recordset {
   void Close() override;
 
  private:
+  StatementRecordset(std::shared_ptr<SqliteConnection> connection, SqliteConnection::Ready ready,
+                     std::string_view statement);
   void CheckOpen() const;
   void Advance();
   // Whether the row the statement stands on is one of the top ones or ties with the last of them.

@@ -9,7 +9,6 @@
 
 #include "platform/query/execute/statement_recordset.h"
 #include "platform/query/sql/parser.h"
-#include "platform/query/translate/scope.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
 
@@ -18,6 +17,8 @@ namespace {
 
 using access::Column;
 using access::ColumnType;
+
+constexpr std::int64_t kUnknownRowCount = 0;
 
 template <typename T>
 bool IsInRange(std::int64_t number) {
@@ -71,12 +72,35 @@ std::optional<Value> PlainValue(const Expression& expression, const std::vector<
       return tokens.at(expression.token).value;
     case ExpressionKind::kConstant:
       return expression.value;
+    case ExpressionKind::kNegate: {
+      const Expression& operand = *expression.arguments.at(0);
+      if (operand.kind != ExpressionKind::kLiteral) return std::nullopt;
+      const Value& number = tokens.at(operand.token).value;
+      if (const auto* whole = std::get_if<std::int64_t>(&number)) return -*whole;
+      if (const auto* fraction = std::get_if<double>(&number)) return -*fraction;
+      return std::nullopt;
+    }
     default:
       return std::nullopt;
   }
 }
 
-std::string Bracketed(std::string_view name) { return "[" + std::string(name) + "]"; }
+// The values of an action where all of them are plain.
+std::optional<std::vector<access::ColumnValue>> PlainValues(const Action& action,
+                                                            const std::vector<Token>& tokens) {
+  std::vector<access::ColumnValue> values;
+  for (std::size_t i = 0; i < action.values.size(); ++i) {
+    std::optional<Value> value = PlainValue(*action.values[i], tokens);
+    if (!value) return std::nullopt;
+    values.push_back({action.columns[i], *std::move(value)});
+  }
+  return values;
+}
+
+void AddItem(Select& select, ExpressionPtr expression) {
+  select.items.emplace_back();
+  select.items.back().expression = std::move(expression);
+}
 
 // Adds to `equal` what a condition asks of columns, where it is nothing but "column = literal"
 // joined by "and", each literal one that its column keeps as it is; false for every other
@@ -152,16 +176,17 @@ Transaction::Transaction(const std::filesystem::path& path,
 std::int64_t Transaction::Execute(std::string_view statement) {
   RequireWhole();
   const std::vector<Token> tokens = ReadTokens(statement);
-  const Action action = ParseAction(statement, tokens);
-  if (action.kind == ActionKind::kInsert) return Insert(action, statement, tokens);
-  const std::vector<Change> changes = FindChanges(action, statement, tokens);
+  Action action = ParseAction(statement, tokens);
+  if (action.kind == ActionKind::kInsert) return Insert(std::move(action), statement, tokens);
+  const bool deletes = action.kind == ActionKind::kDelete;
   access::WritableTable& table = transaction_->Table(action.table);
+  const std::vector<Change> changes = FindChanges(std::move(action), table, statement, tokens);
   for (const Change& change : changes) {
     // An error behind the first row leaves it so.
     half_done_ = &change != &changes.front();
     // From here on the table cache is out of date.
     changed_tables_.insert(table.name());
-    if (action.kind == ActionKind::kDelete) {
+    if (deletes) {
       table.Delete(change.row);
     } else {
       table.Update(change.row, change.values);
@@ -184,7 +209,7 @@ access::CommitStates Transaction::Commit() {
   return transaction_->Commit();
 }
 
-std::int64_t Transaction::Insert(const Action& action, std::string_view statement,
+std::int64_t Transaction::Insert(Action action, std::string_view statement,
                                  const std::vector<Token>& tokens) {
   access::WritableTable& table = transaction_->Table(action.table);
   std::vector<std::string> names = action.columns;
@@ -197,7 +222,7 @@ std::int64_t Transaction::Insert(const Action& action, std::string_view statemen
   }
   Values values;
   for (std::size_t i = 0; i < names.size(); ++i) {
-    values.push_back({names[i], Evaluate(*action.values[i], tokens)});
+    values.push_back({names[i], Evaluate(std::move(action.values[i]), statement, tokens)});
   }
   AddDefaults(table, values);
   changed_tables_.insert(table.name());
@@ -222,7 +247,7 @@ void Transaction::AddDefaults(const access::WritableTable& table, Values& values
       throw RuntimeError(access::engine_error::kNotUpdatable,
                          "Operation must use an updateable query. Table '" + table.name() +
                              "': the default value of column '" + columns[i].name +
-                             "' is not worked out here: " + std::string(why.description()),
+                             "' cannot be evaluated: " + std::string(why.description()),
                          "DAO.Database");
     }
   }
@@ -236,75 +261,78 @@ Value Transaction::EvaluateDefault(std::string_view expression) {
   for (const std::string_view no : {"no", "off"}) {
     if (EqualsNoCase(expression, no)) return false;
   }
-  const std::string statement = "select " + std::string(expression);
-  const std::vector<Token> tokens = ReadTokens(statement);
-  const std::unique_ptr<Select> select = ParseStatement(statement, tokens);
-  if (select->items.size() != 1 || select->items[0].expression == nullptr || select->from) {
-    throw StatementError(engine_error::kInvalidOperation, "Invalid operation.", statement);
-  }
-  return Evaluate(*select->items[0].expression, tokens);
+  const std::vector<Token> tokens = ReadTokens(expression);
+  return Evaluate(ParseExpression(expression, tokens), expression, tokens);
 }
 
-Value Transaction::Evaluate(const Expression& expression, const std::vector<Token>& tokens) {
-  if (std::optional<Value> plain = PlainValue(expression, tokens)) return *std::move(plain);
-  return StatementRecordset(connect_(), "select " + std::string(expression.source)).Field(0);
+Value Transaction::Evaluate(ExpressionPtr expression, std::string_view statement,
+                            const std::vector<Token>& tokens) {
+  if (std::optional<Value> plain = PlainValue(*expression, tokens)) return *std::move(plain);
+  Select select;
+  AddItem(select, std::move(expression));
+  return StatementRecordset(connect_(), select, statement, tokens).Field(0);
 }
 
-std::vector<Transaction::Change> Transaction::FindChanges(const Action& action,
+std::vector<Transaction::Change> Transaction::FindChanges(Action action,
+                                                          access::WritableTable& table,
                                                           std::string_view statement,
                                                           const std::vector<Token>& tokens) {
-  access::WritableTable& table = transaction_->Table(action.table);
   Values equal;
-  const bool plain_where =
-      action.where == nullptr || ReadEqualities(*action.where, table, tokens, equal);
-  Values values;
-  for (std::size_t i = 0; plain_where && i < action.values.size(); ++i) {
-    std::optional<Value> value = PlainValue(*action.values[i], tokens);
-    if (!value) return FindBySelect(action, statement);
-    values.push_back({action.columns[i], *std::move(value)});
+  if (action.where != nullptr && !ReadEqualities(*action.where, table, tokens, equal)) {
+    return FindBySelect(std::move(action), table, statement, tokens);
   }
-  if (!plain_where) return FindBySelect(action, statement);
+  const std::optional<Values> values = PlainValues(action, tokens);
+  if (!values) return FindBySelect(std::move(action), table, statement, tokens);
   std::vector<Change> changes;
   for (const access::RowId row : equal.empty() ? table.All() : table.Find(equal)) {
-    changes.push_back({row, values});
+    changes.push_back({row, *values});
   }
   return changes;
 }
 
-std::vector<Transaction::Change> Transaction::FindBySelect(const Action& action,
-                                                           std::string_view statement) {
+std::vector<Transaction::Change> Transaction::FindBySelect(Action action,
+                                                           access::WritableTable& table,
+                                                           std::string_view statement,
+                                                           const std::vector<Token>& tokens) {
   if (changed()) {
     throw StatementError(engine_error::kInvalidOperation,
-                         "Invalid operation. Behind another change of the same transaction only "
+                         "Invalid operation. After an earlier change in this transaction, only "
                          "conditions of the form column = literal are run.",
                          statement);
   }
-  std::string select = "select " + Bracketed(kRowNumberName);
-  for (const ExpressionPtr& value : action.values) select += ", " + std::string(value->source);
-  select += " from " + Bracketed(action.table);
-  if (action.where != nullptr) select += " where " + std::string(action.where->source);
-  // Both the table cache and All() give the rows in the file's order.
-  const std::vector<access::RowId> rows = transaction_->Table(action.table).All();
+  Select select;
+  auto row_number = std::make_unique<Expression>();
+  row_number->kind = ExpressionKind::kRowNumber;
+  AddItem(select, std::move(row_number));
+  for (ExpressionPtr& value : action.values) AddItem(select, std::move(value));
+  select.from = std::make_unique<Source>();
+  select.from->table = action.table;
+  select.where = std::move(action.where);
+  const std::shared_ptr<SqliteConnection> connection = connect_();
+  // The transaction has the table's definition and its pages already: the file is not opened for
+  // them once more.
+  if (!connection->tables().Holds(action.table)) {
+    connection->tables().Add(
+        action.table, std::make_shared<CachedTable>(table.name(), table.columns(), kUnknownRowCount,
+                                                    *table.Rows()));
+  }
+  // Rows() and All() give the rows in the same order.
+  const std::vector<access::RowId> rows = table.All();
   std::vector<Change> changes;
-  try {
-    for (StatementRecordset found(connect_(), select); !found.EndOfFile(); found.MoveNext()) {
-      Change change{rows.at(static_cast<std::size_t>(ToDouble(found.Field(0)))), {}};
-      for (std::size_t i = 0; i < action.values.size(); ++i) {
-        change.values.push_back({action.columns[i], found.Field(i + 1)});
-      }
-      changes.push_back(std::move(change));
+  for (StatementRecordset found(connection, select, statement, tokens); !found.EndOfFile();
+       found.MoveNext()) {
+    Change change{rows.at(static_cast<std::size_t>(ToDouble(found.Field(0)))), {}};
+    for (std::size_t i = 0; i < action.columns.size(); ++i) {
+      change.values.push_back({action.columns[i], found.Field(i + 1)});
     }
-  } catch (const RuntimeError& error) {
-    // The select is ours; the error is about the statement.
-    const std::string_view text = error.description();
-    throw StatementError(error.number(), text.substr(0, text.find(" Statement: ")), statement);
+    changes.push_back(std::move(change));
   }
   return changes;
 }
 
 std::unique_ptr<Recordset> Transaction::TrySelect(std::string_view statement) {
   const std::vector<Token> tokens = ReadTokens(statement);
-  const std::unique_ptr<Select> select = ParseStatement(statement, tokens);
+  const std::unique_ptr<Select> select = ParseSelect(statement, tokens);
   const bool plain = select->from != nullptr && !select->from->table.empty() &&
                      select->where != nullptr && !select->distinct && !select->top &&
                      select->group.empty() && select->having == nullptr && select->unions.empty() &&

@@ -44,17 +44,19 @@ class Transaction {
     Values values;
   };
 
-  std::int64_t Insert(const Action& action, std::string_view statement,
-                      const std::vector<Token>& tokens);
+  std::int64_t Insert(Action action, std::string_view statement, const std::vector<Token>& tokens);
   // Adds the default values of the columns that an insert does not name.
   void AddDefaults(const access::WritableTable& table, Values& values);
   Value EvaluateDefault(std::string_view expression);
+  // The value of an expression that names no columns.
+  Value Evaluate(ExpressionPtr expression, std::string_view statement,
+                 const std::vector<Token>& tokens);
   void RequireWhole() const;
   // The rows an update or delete is about, each with its new values.
-  std::vector<Change> FindChanges(const Action& action, std::string_view statement,
-                                  const std::vector<Token>& tokens);
-  std::vector<Change> FindBySelect(const Action& action, std::string_view statement);
-  Value Evaluate(const Expression& expression, const std::vector<Token>& tokens);
+  std::vector<Change> FindChanges(Action action, access::WritableTable& table,
+                                  std::string_view statement, const std::vector<Token>& tokens);
+  std::vector<Change> FindBySelect(Action action, access::WritableTable& table,
+                                   std::string_view statement, const std::vector<Token>& tokens);
 
   std::function<std::shared_ptr<SqliteConnection>()> connect_;
   std::unique_ptr<access::WriteTransaction> transaction_;

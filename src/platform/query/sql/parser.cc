@@ -16,9 +16,9 @@ constexpr std::array<std::string_view, 8> kActions = {"insert", "update", "delet
 
 constexpr std::int64_t kMostTopRows = std::numeric_limits<std::int32_t>::max();
 
-class StatementParser : public SelectReader {
+class SelectParser : public SelectReader {
  public:
-  StatementParser(std::string_view statement, const std::vector<Token>& tokens)
+  SelectParser(std::string_view statement, const std::vector<Token>& tokens)
       : tokens_(statement, tokens), expressions_(tokens_, *this, depth_) {}
 
   std::unique_ptr<Select> ReadStatement() {
@@ -26,6 +26,12 @@ class StatementParser : public SelectReader {
     tokens_.TakeSymbol(";");
     if (tokens_.Peek().kind != TokenKind::kEnd) tokens_.FailHere();
     return select;
+  }
+
+  ExpressionPtr ReadExpression() {
+    ExpressionPtr expression = expressions_.Read();
+    if (tokens_.Peek().kind != TokenKind::kEnd) tokens_.FailHere();
+    return expression;
   }
 
   std::unique_ptr<Select> ReadSelect() override {
@@ -321,9 +327,12 @@ class ActionParser : public SelectReader {
 
 }  // namespace
 
-std::unique_ptr<Select> ParseStatement(std::string_view statement,
-                                       const std::vector<Token>& tokens) {
-  return StatementParser(statement, tokens).ReadStatement();
+std::unique_ptr<Select> ParseSelect(std::string_view statement, const std::vector<Token>& tokens) {
+  return SelectParser(statement, tokens).ReadStatement();
+}
+
+ExpressionPtr ParseExpression(std::string_view expression, const std::vector<Token>& tokens) {
+  return SelectParser(expression, tokens).ReadExpression();
 }
 
 Action ParseAction(std::string_view statement, const std::vector<Token>& tokens) {

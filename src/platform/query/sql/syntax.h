@@ -33,6 +33,7 @@ enum class ExpressionKind : std::uint8_t {
   kIsNull,      // a is null
   kExists,      // exists (select)
   kSubquery,    // (select)
+  kRowNumber,   // the row's number in the order of the select's first table, from 0; of no text
 };
 
 struct Expression {

@@ -6,7 +6,6 @@ namespace tenora::query {
 namespace {
 
 const ScopeColumn* FindColumn(const ScopeSource& source, std::string_view name) {
-  if (name == kRowNumberName) return source.row_number.sql.empty() ? nullptr : &source.row_number;
   for (const ScopeColumn& column : source.columns)
     if (EqualsNoCase(column.name, name)) return &column;
   return nullptr;

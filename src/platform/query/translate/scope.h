@@ -19,12 +19,8 @@ struct ScopeColumn {
 struct ScopeSource {
   std::string name;  // the alias, else the table's name
   std::vector<ScopeColumn> columns = {};
-  ScopeColumn row_number = {};  // without SQL where the source is no table
+  std::string row_number = {};  // SQL; empty where the source is no table
 };
-
-// A column that every table has for statements of our own: the row's number in the table's order,
-// from 0. No statement that is typed holds this name by chance.
-inline constexpr std::string_view kRowNumberName = "\x01";
 
 class Scope {
  public:

@@ -274,14 +274,13 @@ std::string SelectTranslator::TranslateTable(const Source& source, Scope& scope)
                     "'. Make sure it exists and that its name is spelled "
                     "correctly.");
   const std::string alias = "s" + std::to_string(state_.next_source++);
-  ScopeSource added{.name = source.alias.empty() ? entry.table->name() : source.alias};
+  ScopeSource added{.name = source.alias.empty() ? entry.table->name() : source.alias,
+                    .row_number = alias + ".rowid"};
   for (std::size_t i = 0; i < entry.table->columns().size(); ++i) {
     const CachedColumn& column = entry.table->columns()[i];
     added.columns.push_back(
         {.name = column.name(), .type = column.type(), .sql = alias + ".c" + std::to_string(i)});
   }
-  added.row_number = {
-      .name = std::string(kRowNumberName), .type = Type::kInteger, .sql = alias + ".rowid"};
   if (scope.FindSource(added.name) != nullptr)
     state_.Fail(engine_error::kSyntax,
                 "The table name '" + added.name + "' stands twice in the FROM clause.");
