@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/richtext/reader.h"
 #include "platform/richtext/rich_text_box.h"
-#include "platform/richtext/writer.h"
+#include "platform/richtext/rtf_reader.h"
+#include "platform/richtext/rtf_writer.h"
 
 namespace {
 

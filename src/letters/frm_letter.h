@@ -14,7 +14,7 @@
 #include "merge/prompts.h"
 #include "merge/tenant_merge.h"
 #include "output/email_sender.h"
-#include "output/printing.h"
+#include "output/letter_printing.h"
 #include "platform/richtext/rich_text_box.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"

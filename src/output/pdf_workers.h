@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "output/printing.h"
+#include "output/letter_printing.h"
 #include "platform/runtime/error.h"
 
 namespace tenora {

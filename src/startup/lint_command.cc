@@ -16,7 +16,7 @@
 #include "platform/locale/locale.h"
 #include "platform/query/engine.h"
 #include "platform/registry/registry.h"
-#include "platform/richtext/reader.h"
+#include "platform/richtext/rtf_reader.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"

@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "output/printing.h"
+#include "output/letter_printing.h"
 #include "platform/dialogs/guard.h"
 
 namespace tenora {

@@ -7,8 +7,8 @@
 
 #include "letters/template_lint.h"
 #include "platform/richtext/document_text.h"
-#include "platform/richtext/reader.h"
-#include "platform/richtext/writer.h"
+#include "platform/richtext/rtf_reader.h"
+#include "platform/richtext/rtf_writer.h"
 #include "platform/runtime/text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -9,8 +9,8 @@
 #include "letters/custom_field_codes.h"
 #include "letters/frm_letter.h"
 #include "merge/merge_codes.h"
-#include "platform/richtext/reader.h"
-#include "platform/richtext/writer.h"
+#include "platform/richtext/rtf_reader.h"
+#include "platform/richtext/rtf_writer.h"
 #include "platform/runtime/text.h"
 #include "support/fake_platform.h"
 

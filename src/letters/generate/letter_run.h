@@ -10,8 +10,8 @@
 #include "letters/generate/run_log.h"
 #include "letters/generation.h"
 #include "output/email_sender.h"
+#include "output/letter_printing.h"
 #include "output/pdf_workers.h"
-#include "output/printing.h"
 
 namespace tenora {
 

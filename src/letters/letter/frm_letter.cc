@@ -13,7 +13,7 @@
 #include "merge/prompts.h"
 #include "output/email_content.h"
 #include "output/letter_pdf.h"
-#include "output/printing.h"
+#include "output/letter_printing.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
 #include "platform/printing/picture_file.h"

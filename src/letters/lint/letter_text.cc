@@ -4,20 +4,18 @@
 #include <set>
 #include <utility>
 
-#include "platform/richtext/destinations.h"
+#include "platform/richtext/carried_text.h"
 #include "platform/richtext/document_text.h"
-#include "platform/richtext/reader.h"
-#include "platform/richtext/tokenizer.h"
+#include "platform/richtext/rtf_reader.h"
+#include "platform/richtext/source_head.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
 namespace {
 
 using richtext::Document;
-using richtext::Opens;
 using richtext::Paragraph;
 using richtext::ParagraphEnd;
-using richtext::Token;
 
 constexpr int kInHead = -1;
 
@@ -30,11 +28,6 @@ std::string_view PlaceOf(std::string_view word) {
   if (word == "annotation") return "comment";
   if (word == "fldinst") return "field";
   return "text box";
-}
-
-bool HoldsText(Opens opens) {
-  return opens == Opens::kHeadFlow || opens == Opens::kObjectFlow || opens == Opens::kMarkFlow ||
-         opens == Opens::kCopiedFlow || opens == Opens::kInstruction;
 }
 
 // The first bracket, also as a word processor prettifies it, or any character beyond ASCII.
@@ -118,29 +111,8 @@ class Collector {
   // Finds the texts in carried source. A text that stands in another is found when that is read.
   void AddCarried(std::string_view source, int position) {
     if (!MayHoldCodes(source)) return;
-    richtext::Tokenizer tokens(source);
-    bool starred = false, fresh = false;
-    for (Token token = tokens.Next(); token.kind != Token::Kind::kEnd; token = tokens.Next()) {
-      const bool star = token.kind == Token::Kind::kSymbol && token.text == "*";
-      if (fresh && token.kind == Token::Kind::kWord &&
-          HoldsText(richtext::WhatOpens(token.text, starred))) {
-        const std::size_t begin = tokens.position();
-        AddText(PlaceOf(token.text), source.substr(begin, SkipGroup(&tokens) - begin), position);
-      }
-      starred = fresh && star;
-      fresh = token.kind == Token::Kind::kOpen || starred;
-    }
-  }
-
-  // To behind the group that the tokens are in; the result is where its content ends.
-  static std::size_t SkipGroup(richtext::Tokenizer* tokens) {
-    for (int depth = 1;;) {
-      const std::size_t before = tokens->position();
-      const Token token = tokens->Next();
-      if (token.kind == Token::Kind::kEnd) return before;
-      if (token.kind == Token::Kind::kOpen) ++depth;
-      if (token.kind == Token::Kind::kClose && --depth == 0) return before;
-    }
+    for (const richtext::CarriedText& text : richtext::CarriedTexts(source))
+      AddText(PlaceOf(text.word), text.content, position);
   }
 
   void AddText(std::string_view place, std::string_view content, int position) {

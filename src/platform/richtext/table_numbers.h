@@ -1,6 +1,7 @@
 // The font and colour numbers of a document, which stand in its formats and in carried sources.
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "platform/richtext/document.h"
@@ -13,5 +14,9 @@ void Renumber(Document* document);
 // Puts the document on these tables: its fonts and colours get the positions of their equals, those
 // without are added at the end. The document then holds copies of both tables.
 void MoveToTables(Document* document, std::vector<Font>* fonts, std::vector<Colour>* colours);
+
+// What a word's parameter counts: a font, a colour, or neither.
+enum class Reference { kNone, kFont, kColour };
+Reference ReferenceOf(std::string_view word);
 
 }  // namespace tenora::richtext

@@ -11,7 +11,7 @@
 #include <QVBoxLayout>
 #include <QValidator>
 
-#include "output/printing.h"
+#include "output/letter_printing.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
 

@@ -4,7 +4,7 @@
 
 #include "letters/template_library.h"
 #include "merge/merge_codes.h"
-#include "output/printing.h"
+#include "output/letter_printing.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"

@@ -6,7 +6,7 @@
 
 #include "data/opened_database.h"
 #include "letters/custom_field_codes.h"
-#include "output/printing.h"
+#include "output/letter_printing.h"
 #include "platform/runtime/conversion.h"
 #include "startup/cheque_word.h"
 #include "ui/window/colour_scheme.h"

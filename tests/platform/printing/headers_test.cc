@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/printing/paper.h"
-#include "platform/richtext/reader.h"
+#include "platform/richtext/rtf_reader.h"
 
 namespace tenora::test {
 namespace {

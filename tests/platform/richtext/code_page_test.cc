@@ -1,4 +1,4 @@
-#include "platform/richtext/code_page.h"
+#include "platform/richtext/characters/code_page.h"
 
 #include <gtest/gtest.h>
 

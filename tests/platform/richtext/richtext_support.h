@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "platform/richtext/document_text.h"
-#include "platform/richtext/reader.h"
-#include "platform/richtext/writer.h"
+#include "platform/richtext/rtf_reader.h"
+#include "platform/richtext/rtf_writer.h"
 
 namespace tenora::richtext {
 

@@ -5,8 +5,8 @@
 
 #include "editor_fixture.h"
 #include "platform/richtext/document_text.h"
-#include "platform/richtext/reader.h"
-#include "platform/richtext/writer.h"
+#include "platform/richtext/rtf_reader.h"
+#include "platform/richtext/rtf_writer.h"
 #include "platform/runtime/files.h"
 #include "support/test_files.h"
 #include "ui/editor/document/letter_loader.h"

@@ -11,9 +11,9 @@
 
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/editing.h"
-#include "platform/richtext/reader.h"
+#include "platform/richtext/rtf_reader.h"
+#include "platform/richtext/rtf_writer.h"
 #include "platform/richtext/table_numbers.h"
-#include "platform/richtext/writer.h"
 #include "ui/editor/clipboard/picture_source.h"
 #include "ui/editor/document/letter_reader.h"
 #include "ui/editor/text/text_properties.h"

@@ -1,0 +1,115 @@
+#include "output/letter_printing.h"
+
+#include <algorithm>
+
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/error.h"
+
+namespace tenora {
+namespace {
+
+constexpr const char* kSection = "Mail\\PrinterSetup";
+
+// The page less the margins. The device counts from its printable corner, so margins of 0 start at
+// minus the physical offset: at the paper's edge.
+printing::Rect PrintRect(const printing::Paper& paper, const PageMargins& margins) {
+  const auto bounded = [](long long twips) {
+    return static_cast<int>(std::clamp(twips, -1'000'000'000LL, 1'000'000'000LL));
+  };
+  printing::Rect rect;
+  rect.left = bounded(0LL + margins.left - paper.offset_x);
+  rect.top = bounded(0LL + margins.top - paper.offset_y);
+  rect.right = bounded(0LL + paper.width - margins.right - paper.offset_x);
+  rect.bottom = bounded(0LL + paper.height - margins.bottom - paper.offset_y);
+  return rect;
+}
+
+// Less than this, in either direction, is no room to print in.
+constexpr int kLeastRoom = 144;
+
+void RequireRoom(const printing::Rect& rect, const PageMargins& margins) {
+  if (rect.right - rect.left >= kLeastRoom && rect.bottom - rect.top >= kLeastRoom) return;
+  throw StandardError(error_number::kPrinterError, "the page margins leave no room to print (top " +
+                                                       std::to_string(margins.top) + ", bottom " +
+                                                       std::to_string(margins.bottom) + ", left " +
+                                                       std::to_string(margins.left) + ", right " +
+                                                       std::to_string(margins.right) + " twips)");
+}
+
+// Frees the layout, and the job where this letter opened it and failed.
+class LetterPrint {
+ public:
+  explicit LetterPrint(printing::Printer& printer)
+      : printer_(printer), opens_job_(!printer.JobOpen()) {}
+  LetterPrint(const LetterPrint&) = delete;
+  LetterPrint& operator=(const LetterPrint&) = delete;
+  ~LetterPrint() {
+    printer_.Format({});
+    if (!done_ && opens_job_) printer_.CancelJob();
+  }
+  void Done() { done_ = true; }
+
+ private:
+  printing::Printer& printer_;
+  bool opens_job_, done_ = false;
+};
+
+}  // namespace
+
+void PrintDocument(printing::Printer& printer, const richtext::Document& document,
+                   const std::string& title, const PageMargins& margins,
+                   const std::function<bool()>& stop_asked) {
+  printing::FormatRange range;
+  range.document = &document;
+  const printing::Sheet sheet = printing::SheetFor(document);
+  const printing::Paper paper = printing::PaperOf(printer, sheet);
+  range.page_rect = {0, 0, paper.width, paper.height};
+  range.print_rect = PrintRect(paper, margins);
+  RequireRoom(range.print_rect, margins);
+
+  LetterPrint letter(printer);
+  printer.StartDocument(title, sheet);
+  const int length = printing::DocumentLength(*range.document);
+  for (;;) {
+    const int next = printer.Format(range);
+    if (stop_asked && stop_asked()) throw StandardError(error_number::kCancelled);
+    if (next >= length) break;
+    if (next <= range.range.from) {
+      throw StandardError(error_number::kPrinterError, "\"" + title + "\" cannot be divided");
+    }
+    printer.NewPage();
+    range.range.from = next;
+  }
+  letter.Done();
+}
+
+PageMargins StoredMargins(Settings& settings) {
+  const auto margin = [&](const char* key) {
+    return settings.GetSettingAs(ToInt32, kSection, key, "0");
+  };
+  PageMargins margins;
+  margins.top = margin("TopMargin");
+  margins.bottom = margin("BottomMargin");
+  margins.left = margin("LeftMargin");
+  margins.right = margin("RightMargin");
+  return margins;
+}
+
+void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title) {
+  PrintDocument(printers_.Current(), box.Document(), title, LoadMargins(), StopAsked);
+}
+
+std::filesystem::path PrinterMod::EndJob() { return printers_.Current().EndJob(); }
+
+bool PrinterMod::ChoosePrinter(Dialogs& dialogs) { return printers_.Choose(dialogs); }
+
+int PrinterMod::PrinterCount() {
+  try {
+    return printers_.Count();
+  } catch (const std::exception&) {
+    // Deliberate: printers that cannot be counted are none.
+    return 0;
+  }
+}
+
+}  // namespace tenora

@@ -1,0 +1,39 @@
+// Puts paragraphs, cells and rows together into the blocks of a text: tables are not written as
+// such in RTF, they are runs of rows.
+#pragma once
+
+#include <vector>
+
+#include "platform/richtext/document.h"
+#include "platform/richtext/read/row_definition.h"
+
+namespace tenora::richtext {
+
+class BlockBuilder {
+ public:
+  // `level` is 0 outside tables, 1 in a table, 2 in a table in a cell, …
+  void AddParagraph(Paragraph paragraph, int level);
+  void EndCell(Paragraph paragraph, int level);
+  void EndRow(int level, const RowDefinition& definition);
+  // True when the cell being filled at this level, or the text outside tables, holds nothing yet.
+  bool Empty(int level) const;
+  // Ends what is open and gives the blocks; a table at the end is followed by a paragraph
+  // with this mark.
+  std::vector<Block> Finish(const CharFormat& mark);
+
+ private:
+  struct OpenRow {
+    std::vector<Cell> cells;
+    std::vector<Block> blocks;  // of the cell being filled
+  };
+
+  // Makes `level` rows open: inner rows that never saw their end are ended without a definition.
+  void MoveTo(int level);
+  std::vector<Block>& Container(std::size_t level);
+  static void EndCell(OpenRow* row);
+
+  std::vector<Block> blocks_;
+  std::vector<OpenRow> open_;
+};
+
+}  // namespace tenora::richtext

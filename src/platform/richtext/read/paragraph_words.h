@@ -1,0 +1,31 @@
+// What the control words of paragraph formatting do.
+#pragma once
+
+#include "platform/richtext/document.h"
+#include "platform/richtext/read/colour_table.h"
+#include "platform/richtext/rtf_tokenizer.h"
+
+namespace tenora::richtext {
+
+// Where border words go: they follow the word that names the edge.
+enum class BorderTarget { kNone, kTop, kBottom, kLeft, kRight, kBox, kRow };
+
+// The paragraph formatting in force while a document is read, with what only reading needs.
+struct ParagraphState {
+  ParagraphFormat format;
+  bool in_table = false;
+  int nesting = 0;     // \itap
+  int list = -1;       // \ls, -1 outside lists
+  int list_level = 0;  // \ilvl
+  int shading = 0;     // \shading, in hundredths of a percent
+  BorderTarget border = BorderTarget::kNone;
+  TabStop tab;  // kind and leader for the next \tx
+
+  // 0 outside tables, 1 in a table's cell, 2 in a cell of a table in a cell, …
+  int TableLevel() const;
+};
+
+bool IsParagraphWord(std::string_view name);
+void ApplyParagraphWord(const Token& word, const ColourTable& colours, ParagraphState* state);
+
+}  // namespace tenora::richtext

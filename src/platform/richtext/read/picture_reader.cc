@@ -1,0 +1,72 @@
+#include "platform/richtext/read/picture_reader.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <unordered_map>
+#include <utility>
+
+namespace tenora::richtext {
+namespace {
+
+constexpr int kTwipsPerPixel = 15;  // at 96 dots to the inch
+constexpr int kTwipsPerInch = 1440;
+constexpr int kHundredthsOfMillimetrePerInch = 2540;
+constexpr std::int64_t kLargest = 100'000;
+
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+int OnPaper(std::int64_t goal, std::int64_t own, int scale, int crop, bool metafile) {
+  if (goal <= 0)
+    goal = metafile ? own * kTwipsPerInch / kHundredthsOfMillimetrePerInch : own * kTwipsPerPixel;
+  goal = std::max<std::int64_t>(goal - crop, 0);
+  return static_cast<int>(std::clamp<std::int64_t>(goal * scale / 100, 0, kLargest));
+}
+
+}  // namespace
+
+void PictureReader::Word(const Token& token) {
+  using Kind = Picture::Kind;
+  static const std::unordered_map<std::string_view, Kind> kKinds{
+      {"pngblip", Kind::kPng},    {"jpegblip", Kind::kJpeg}, {"dibitmap", Kind::kDib},
+      {"wbitmap", Kind::kBitmap}, {"wmetafile", Kind::kWmf}, {"emfblip", Kind::kEmf}};
+  static const std::unordered_map<std::string_view, int PictureReader::*> kNumbers{
+      {"picw", &PictureReader::width_},          {"pich", &PictureReader::height_},
+      {"picwgoal", &PictureReader::goal_width_}, {"pichgoal", &PictureReader::goal_height_},
+      {"picscalex", &PictureReader::scale_x_},   {"picscaley", &PictureReader::scale_y_}};
+  if (const auto kind = kKinds.find(token.text); kind != kKinds.end()) picture_.kind = kind->second;
+  const int value = static_cast<int>(std::clamp<std::int64_t>(token.param, -kLargest, kLargest));
+  if (const auto number = kNumbers.find(token.text); number != kNumbers.end())
+    this->*number->second = std::max(value, 0);
+  if (token.text == "piccropl" || token.text == "piccropr") crop_x_ += value;
+  if (token.text == "piccropt" || token.text == "piccropb") crop_y_ += value;
+  crop_x_ = static_cast<int>(std::clamp<std::int64_t>(crop_x_, -kLargest, kLargest));
+  crop_y_ = static_cast<int>(std::clamp<std::int64_t>(crop_y_, -kLargest, kLargest));
+}
+
+void PictureReader::Hex(std::string_view digits) {
+  for (const char c : digits) {
+    const int value = HexValue(c);
+    if (value < 0) continue;
+    if (pending_digit_ < 0)
+      pending_digit_ = value;
+    else
+      picture_.bytes += static_cast<char>(std::exchange(pending_digit_, -1) * 16 + value);
+  }
+}
+
+Picture PictureReader::Take() {
+  const bool metafile =
+      picture_.kind == Picture::Kind::kWmf || picture_.kind == Picture::Kind::kEmf;
+  if (scale_x_ == 0) scale_x_ = 100;
+  if (scale_y_ == 0) scale_y_ = 100;
+  picture_.width = OnPaper(goal_width_, width_, scale_x_, crop_x_, metafile);
+  picture_.height = OnPaper(goal_height_, height_, scale_y_, crop_y_, metafile);
+  return std::move(picture_);
+}
+
+}  // namespace tenora::richtext

@@ -1,0 +1,28 @@
+// A \pict group while it is read: its kind, its size on paper and its bytes.
+#pragma once
+
+#include <string_view>
+
+#include "platform/richtext/document.h"
+#include "platform/richtext/rtf_tokenizer.h"
+
+namespace tenora::richtext {
+
+class PictureReader {
+ public:
+  void Word(const Token& token);
+  void Hex(std::string_view digits);
+  void Binary(std::string_view bytes) { picture_.bytes.append(bytes); }
+  // The picture, without its source.
+  Picture Take();
+
+ private:
+  Picture picture_;
+  int width_ = 0, height_ = 0;            // in the picture's own units
+  int goal_width_ = 0, goal_height_ = 0;  // twips
+  int scale_x_ = 100, scale_y_ = 100;
+  int crop_x_ = 0, crop_y_ = 0;
+  int pending_digit_ = -1;
+};
+
+}  // namespace tenora::richtext

@@ -1,0 +1,192 @@
+#include "platform/richtext/read/row_definition.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace tenora::richtext {
+namespace {
+
+constexpr std::size_t kMostCells = 256;
+constexpr std::size_t kLongestDefinition = 64 * 1024;
+constexpr int kWidestTable = 100'000;
+constexpr int kDefaultCellWidth = 1440;
+
+constexpr std::string_view kRowSides = "tlbr";
+// Word processors write a cell's top and left the wrong way round, and all read it so.
+constexpr std::string_view kCellSides = "ltbr";
+constexpr int kTwips = 3;
+constexpr int kMostPadding = 1440;
+
+bool IsRowWord(std::string_view name) {
+  if (name == "rtlrow") return true;
+  if (name == "trautofit" || name.starts_with("tdfrmtxt") || name.starts_with("tabsnoovrlp"))
+    return true;
+  if (name.starts_with("tpos") || name.starts_with("tpv") || name.starts_with("tph")) return true;
+  return name.starts_with("tr") || name.starts_with("tblind");
+}
+
+// Words that say where a row stands in its table or who changed it: noise, or known from the text.
+bool IsNoise(std::string_view name) {
+  static const std::unordered_set<std::string_view> kNoise{
+      "irow",      "irowband",    "lastrow",       "ltrrow", "ts",        "yts",       "tblrsid",
+      "trauth",    "trdate",      "cldel",         "clins",  "cldelauth", "clinsauth", "cldeldttm",
+      "clinsdttm", "tscellwidth", "tscellwidthfts"};
+  return kNoise.contains(name);
+}
+
+bool NamesColour(std::string_view name) {
+  static const std::unordered_set<std::string_view> kColours{
+      "brdrcf", "clcbpat", "clcfpat", "trcbpat", "trcfpat", "clcbpatraw", "clcfpatraw"};
+  return kColours.contains(name);
+}
+
+void Append(const Token& word, int param, std::string* out) {
+  out->append("\\").append(word.text);
+  if (word.has_param) out->append(std::to_string(param));
+}
+
+}  // namespace
+
+void CellPadding::Take(const Token& word) {
+  std::string_view name = word.text;
+  const bool of_row = name.starts_with("trpadd");
+  if (!of_row && !name.starts_with("clpad")) return;
+  name.remove_prefix(of_row ? 6 : 5);
+  const bool unit = name.starts_with('f');
+  if (unit) name.remove_prefix(1);
+  const std::size_t side = (of_row ? kRowSides : kCellSides).find(name);
+  if (name.size() != 1 || side == std::string_view::npos) return;
+  Side& changed = (of_row ? row_ : cell_)[side];
+  (unit ? changed.unit : changed.length) = word.param;
+}
+
+Padding CellPadding::EndCell() {
+  const Sides own = std::exchange(cell_, {});
+  const auto length = [&](std::size_t side) {
+    const Side& set = own[side].unit == kTwips ? own[side] : row_[side];
+    return set.unit == kTwips ? std::clamp(set.length, 0, kMostPadding) : -1;
+  };
+  return {length(0), length(1), length(2), length(3)};
+}
+
+bool RowDefinition::Take(const Token& word, const ColourTable& colours) {
+  const std::string_view name = word.text;
+  if (name == "trowd") {
+    *this = RowDefinition();
+    source_ = "\\trowd";
+    return true;
+  }
+  const bool border = in_border_ && (name.starts_with("brdr") || name == "brsp");
+  const bool cell = name.starts_with("cl") && name != "cloverride";
+  if (!border && !cell && name != "cellx" && !IsRowWord(name) && !IsNoise(name)) {
+    in_border_ = false;
+    return false;
+  }
+  if (!started() || IsNoise(name)) return true;
+  if (source_.size() + pending_.size() > kLongestDefinition) return true;
+  if (name == "cellx") {
+    EndCell(word);
+    return true;
+  }
+  Append(word, NamesColour(name) ? colours.Position(word.param) : word.param, &pending_);
+  if (border) return TakeBorderWord(word, colours);
+  padding_.Take(word);
+  if (cell) return TakeCellWord(word, colours);
+  TakeRowWord(word);
+  return true;
+}
+
+void RowDefinition::TakeRowWord(const Token& word) {
+  in_border_ = word.text.starts_with("trbrdr");
+  if (in_border_) edge_ = nullptr;
+  const int length = std::clamp(word.param, -kWidestTable, kWidestTable);
+  if (word.text == "trleft")
+    row_.left_edge = length;
+  else if (word.text == "trgaph")
+    row_.half_gap = length;
+  else if (word.text == "trrh")
+    row_.height = length;
+  else if (word.text == "trhdr")
+    row_.header = true;
+  else if (word.text == "trqc")
+    row_.alignment = Alignment::kCentre;
+  else if (word.text == "trqr")
+    row_.alignment = Alignment::kRight;
+}
+
+bool RowDefinition::TakeCellWord(const Token& word, const ColourTable& colours) {
+  static const std::unordered_map<std::string_view, Border Cell::*> kEdges{
+      {"clbrdrt", &Cell::top},
+      {"clbrdrb", &Cell::bottom},
+      {"clbrdrl", &Cell::left},
+      {"clbrdrr", &Cell::right}};
+  const auto edge = kEdges.find(word.text);
+  in_border_ = edge != kEdges.end() || word.text.starts_with("cldg");
+  edge_ = edge != kEdges.end() ? edge->second : nullptr;
+  if (word.text == "clvertalc")
+    cell_.vertical_align = Cell::VerticalAlign::kCentre;
+  else if (word.text == "clvertalb")
+    cell_.vertical_align = Cell::VerticalAlign::kBottom;
+  else if (word.text == "clmgf")
+    cell_.horizontal_merge = Cell::Merge::kFirst;
+  else if (word.text == "clmrg")
+    cell_.horizontal_merge = Cell::Merge::kContinued;
+  else if (word.text == "clvmgf")
+    cell_.vertical_merge = Cell::Merge::kFirst;
+  else if (word.text == "clvmrg")
+    cell_.vertical_merge = Cell::Merge::kContinued;
+  else if (word.text == "clcbpat")
+    cell_.shading = colours.Position(word.param);
+  return true;
+}
+
+bool RowDefinition::TakeBorderWord(const Token& word, const ColourTable& colours) {
+  if (edge_ == nullptr) return true;
+  Border& border = cell_.*edge_;
+  if (word.text == "brdrw")
+    border.width = std::clamp(word.param, 0, 255);
+  else if (word.text == "brdrcf")
+    border.colour = colours.Position(word.param);
+  else if (word.text == "brdrnone" || word.text == "brdrnil")
+    border = Border();
+  else if (word.text != "brsp")
+    border.present = true;
+  return true;
+}
+
+void RowDefinition::EndCell(const Token& word) {
+  in_border_ = false;
+  edge_ = nullptr;
+  const Padding padding = padding_.EndCell();
+  if (row_.cells.size() >= kMostCells) {
+    pending_.clear();
+    return;
+  }
+  Cell cell = std::exchange(cell_, Cell());
+  cell.right_edge = std::clamp(word.param, -kWidestTable, kWidestTable);
+  cell.padding = padding;
+  source_.append(std::exchange(pending_, {}));
+  source_.append("\\cellx").append(std::to_string(cell.right_edge));
+  row_.cells.push_back(std::move(cell));
+}
+
+void RowDefinition::Apply(Row* row) const {
+  std::vector<Cell> content = std::move(row->cells);
+  *row = row_;
+  row->definition = started() ? source_ : "\\trowd";
+  while (row->cells.size() < content.size()) {
+    Cell cell;
+    const int left = row->cells.empty() ? row->left_edge : row->cells.back().right_edge;
+    cell.right_edge = std::min(left + kDefaultCellWidth, kWidestTable);
+    row->definition.append("\\cellx").append(std::to_string(cell.right_edge));
+    row->cells.push_back(std::move(cell));
+  }
+  for (std::size_t i = 0; i < row->cells.size(); ++i) {
+    if (i < content.size()) row->cells[i].blocks = std::move(content[i].blocks);
+    if (row->cells[i].blocks.empty()) row->cells[i].blocks.emplace_back(Paragraph());
+  }
+}
+
+}  // namespace tenora::richtext

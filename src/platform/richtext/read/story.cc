@@ -1,0 +1,162 @@
+#include "platform/richtext/read/story.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tenora::richtext {
+namespace {
+
+constexpr std::string_view kObjectCharacter = "\xef\xbf\xbc";  // U+FFFC
+
+Colour GreyOfShading(int hundredths_of_percent) {
+  const auto level = static_cast<std::uint8_t>(255 - 255 * hundredths_of_percent / 10000);
+  return {.automatic = false, .red = level, .green = level, .blue = level};
+}
+
+// A merge code is found in the source as one piece of text, so marks inside it stand before it.
+void MoveMarksOutOfCodes(Paragraph* paragraph) {
+  std::string text;
+  for (const Run& run : paragraph->runs) text += run.text;
+  std::size_t from = 0;
+  auto mark = paragraph->marks.begin();  // in the order of their offsets
+  while ((from = text.find("<<", from)) != std::string::npos) {
+    const std::size_t end = text.find(">>", from + 2);
+    if (end == std::string::npos) break;
+    const std::size_t start = text.rfind("<<", end);
+    while (mark != paragraph->marks.end() && mark->offset <= start) ++mark;
+    for (; mark != paragraph->marks.end() && mark->offset < end + 2; ++mark) mark->offset = start;
+    from = end + 2;
+  }
+}
+
+std::size_t ParagraphCost(const ParagraphFormat& format) {
+  return sizeof(Block) + format.tabs.size() * sizeof(TabStop);
+}
+
+}  // namespace
+
+void Story::Text(std::string_view utf8, const CharFormat& format,
+                 const std::shared_ptr<const Field>& field) {
+  if (utf8.empty()) return;
+  Run* last = current_.runs.empty() ? nullptr : &current_.runs.back();
+  const bool plain = last != nullptr && last->object.index() == 0;
+  const bool joins = plain && last->format == format && last->field == field;
+  if (!joins && (context_.budget.Spend(sizeof(Run)) || !plain)) {
+    current_.runs.push_back({format, {}, {}, field});
+    last = &current_.runs.back();
+  }
+  last->text += utf8;
+  length_ += utf8.size();
+}
+
+void Story::Object(Run run) {
+  if (!context_.budget.Spend(sizeof(Run) + sizeof(Picture))) return;
+  run.text = kObjectCharacter;
+  length_ += run.text.size();
+  current_.runs.push_back(std::move(run));
+}
+
+void Story::AddMark(std::string source) {
+  if (context_.budget.Spend(sizeof(Mark))) current_.marks.push_back({length_, std::move(source)});
+}
+
+void Story::NumberParagraph(ParagraphFormat* format) {
+  const bool follows = state_.list == last_list_ && state_.list_level == last_list_level_;
+  last_list_ = state_.list;
+  last_list_level_ = state_.list_level;
+  if (state_.list < 0) return;
+  const ListTable::Item item = context_.lists.Next(state_.list, state_.list_level, follows);
+  if (item.bullet.kind == Bullet::Kind::kNone) return;
+  format->bullet = item.bullet;
+  if (format->left_indent == 0 && format->first_indent == 0) {
+    format->left_indent = item.left_indent;
+    format->first_indent = item.first_indent;
+  }
+}
+
+Paragraph Story::TakeParagraph(const CharFormat& mark) {
+  Paragraph paragraph = std::exchange(current_, Paragraph());
+  length_ = 0;
+  ++serial_;
+  paragraph.mark = mark;
+  paragraph.format = state_.format;
+  ParagraphFormat& format = paragraph.format;
+  if (std::exchange(page_break_pending_, false)) format.page_break_before = true;
+  if (state_.shading > 0 && format.shading == 0)
+    format.shading = context_.colours.Add(GreyOfShading(state_.shading));
+  NumberParagraph(&format);
+  if (format.bullet.kind == Bullet::Kind::kBullet) context_.fonts.SymbolPosition();
+  if (!paragraph.marks.empty()) MoveMarksOutOfCodes(&paragraph);
+  return paragraph;
+}
+
+void Story::EndParagraph(const CharFormat& mark) {
+  if (!context_.budget.Spend(ParagraphCost(state_.format))) return Text("\v", mark, nullptr);
+  blocks_.AddParagraph(TakeParagraph(mark), state_.TableLevel());
+}
+
+void Story::EndCellAt(int level, const CharFormat& mark) {
+  if (!context_.budget.Spend(ParagraphCost(state_.format) + sizeof(Cell)))
+    return Text("\t", mark, nullptr);
+  blocks_.EndCell(TakeParagraph(mark), level);
+}
+
+void Story::EndCell(const CharFormat& mark) { EndCellAt(1, mark); }
+
+void Story::EndNestedCell(const CharFormat& mark) {
+  EndCellAt(std::max(2, state_.TableLevel()), mark);
+}
+
+void Story::EndRow(const CharFormat& mark) {
+  if (!current_.runs.empty()) EndCell(mark);
+  const RowDefinition& definition = Definition(1);
+  if (context_.budget.Spend(sizeof(Row) + definition.size() * 4))
+    blocks_.EndRow(1, definition);
+  else
+    blocks_.EndRow(1, RowDefinition());
+}
+
+void Story::EndNestedRow() {
+  const int level = std::max(2, state_.TableLevel());
+  const RowDefinition definition = std::exchange(Definition(level), RowDefinition());
+  blocks_.EndRow(level, definition);
+}
+
+void Story::EndSection(const CharFormat& mark, bool new_page) {
+  if (!current_.runs.empty()) EndParagraph(mark);
+  page_break_pending_ = new_page;
+}
+
+std::vector<Block> Story::Finish(const CharFormat& mark) {
+  const bool cell_open = state_.TableLevel() > 0 && !current_.runs.empty();
+  if (!current_.runs.empty() || (blocks_.Empty(0) && !cell_open)) {
+    if (blocks_.Empty(0)) context_.budget = Budget(std::size_t{1} << 20);
+    EndParagraph(mark);
+  }
+  std::vector<Mark> marks = std::move(current_.marks);
+  std::vector<Block> blocks = blocks_.Finish(mark);
+  auto& last = std::get<Paragraph>(blocks.back());
+  std::size_t end = 0;
+  for (const Run& run : last.runs) end += run.text.size();
+  for (Mark& mark_left : marks) last.marks.push_back({end, std::move(mark_left.source)});
+  return blocks;
+}
+
+void Story::RestoreState() {
+  if (saved_.empty()) return;
+  state_ = std::move(saved_.back());
+  saved_.pop_back();
+}
+
+RowDefinition& Story::Definition(int level) {
+  const auto index = static_cast<std::size_t>(level - 1);
+  if (definitions_.size() <= index) definitions_.resize(index + 1);
+  return definitions_[index];
+}
+
+bool Story::TakeRowWord(const Token& word, bool nested) {
+  const int level = nested ? std::max(2, state_.TableLevel()) : 1;
+  return Definition(level).Take(word, context_.colours);
+}
+
+}  // namespace tenora::richtext

@@ -1,0 +1,86 @@
+// One stream of text while it is read: the letter itself, a header, a footnote, a text box.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/richtext/document.h"
+#include "platform/richtext/read/block_builder.h"
+#include "platform/richtext/read/font_table.h"
+#include "platform/richtext/read/list_table.h"
+#include "platform/richtext/read/paragraph_words.h"
+#include "platform/richtext/read/row_definition.h"
+
+namespace tenora::richtext {
+
+// Bounds the memory that a hostile source can turn into paragraphs, runs and rows. When it is
+// spent, text is still kept, but without structure.
+class Budget {
+ public:
+  explicit Budget(std::size_t bytes) : left_(bytes) {}
+  bool Spend(std::size_t bytes) {
+    if (bytes > left_) return false;
+    left_ -= bytes;
+    return true;
+  }
+
+ private:
+  std::size_t left_;
+};
+
+// What all stories of a document share.
+struct StoryContext {
+  FontTable& fonts;
+  ColourTable& colours;
+  ListTable& lists;
+  Budget& budget;
+};
+
+class Story {
+ public:
+  explicit Story(StoryContext context) : context_(context) {}
+
+  void Text(std::string_view utf8, const CharFormat& format,
+            const std::shared_ptr<const Field>& field);
+  void Object(Run run);
+  void AddMark(std::string source);
+
+  // \par, \cell, \nestcell, \row, \nestrow, \sect. The format is the one at the mark.
+  void EndParagraph(const CharFormat& mark);
+  void EndCell(const CharFormat& mark);
+  void EndNestedCell(const CharFormat& mark);
+  void EndRow(const CharFormat& mark);
+  void EndNestedRow();
+  void EndSection(const CharFormat& mark, bool new_page);
+  std::vector<Block> Finish(const CharFormat& mark);
+
+  ParagraphState& state() { return state_; }
+  // Paragraph formatting is a group's own: what was in force when the group opened comes back.
+  void SaveState() { saved_.push_back(state_); }
+  void RestoreState();
+  // A word of a row definition, of the outer table or of the nested ones; false for other words.
+  bool TakeRowWord(const Token& word, bool nested);
+  // Counts the paragraphs: a field's result ends with the paragraph it began in.
+  int paragraph_serial() const { return serial_; }
+
+ private:
+  Paragraph TakeParagraph(const CharFormat& mark);
+  void NumberParagraph(ParagraphFormat* format);
+  void EndCellAt(int level, const CharFormat& mark);
+  RowDefinition& Definition(int level);
+
+  StoryContext context_;
+  BlockBuilder blocks_;
+  Paragraph current_;
+  std::size_t length_ = 0;  // of current_'s text, bytes
+  ParagraphState state_;
+  std::vector<ParagraphState> saved_;
+  std::vector<RowDefinition> definitions_;  // by level, from 1
+  bool page_break_pending_ = false;
+  int serial_ = 0;
+  int last_list_ = -1, last_list_level_ = 0;  // of the paragraph before
+};
+
+}  // namespace tenora::richtext

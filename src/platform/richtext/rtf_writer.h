@@ -1,0 +1,16 @@
+// Writes documents as RTF in the canonical form, which docs/rich-text.md describes.
+#pragma once
+
+#include <string>
+
+#include "platform/richtext/document.h"
+
+namespace tenora::richtext {
+
+// How characters beyond ASCII appear in the source: as the code page's bytes where it has them, or
+// all as Unicode escapes, for readers that know no code pages.
+enum class Escapes { kCodePage, kUnicode };
+
+std::string WriteRtf(const Document& document, Escapes escapes = Escapes::kCodePage);
+
+}  // namespace tenora::richtext

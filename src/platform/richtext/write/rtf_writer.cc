@@ -1,0 +1,96 @@
+#include "platform/richtext/rtf_writer.h"
+
+#include <utility>
+
+#include "platform/richtext/characters/code_page.h"
+#include "platform/richtext/write/block_writer.h"
+#include "platform/richtext/write/source_text.h"
+
+namespace tenora::richtext {
+namespace {
+
+void WriteFontTable(const std::vector<Font>& fonts, CodePages* code_pages, int document_code_page,
+                    SourceText* out) {
+  out->Raw("{\\fonttbl");
+  for (std::size_t i = 0; i < fonts.size(); ++i) {
+    const Font& font = fonts[i];
+    out->Raw("{");
+    out->Word("f", static_cast<int>(i));
+    out->Word("f" + font.family);
+    if (font.pitch != 0) out->Word("fprq", font.pitch);
+    out->Word("fcharset", font.charset);
+    const int page = CodePageOfCharset(font.charset, document_code_page);
+    out->Text(font.name, page == kSymbolCodePage ? nullptr : &code_pages->Get(page));
+    out->Raw(";}");
+  }
+  out->Raw("}");
+  out->LineEnd();
+}
+
+void WriteColourTable(const std::vector<Colour>& colours, SourceText* out) {
+  if (colours.size() < 2) return;
+  out->Raw("{\\colortbl ;");
+  for (std::size_t i = 1; i < colours.size(); ++i) {
+    out->Word("red", colours[i].red);
+    out->Word("green", colours[i].green);
+    out->Word("blue", colours[i].blue);
+    out->Raw(";");
+  }
+  out->Raw("}");
+  out->LineEnd();
+}
+
+void WriteInfo(const Document& document, SourceText* out) {
+  if (document.title.empty() && document.info.empty()) return;
+  out->Raw("{\\info");
+  if (!document.title.empty()) {
+    out->Raw("{\\title", true);
+    out->Text(document.title, nullptr);
+    out->Raw("}");
+  }
+  for (const std::string& group : document.info) out->Raw(group);
+  out->Raw("}");
+  out->LineEnd();
+}
+
+void WritePageSetup(const Document& document, SourceText* out) {
+  const PageSetup& page = document.page;
+  const std::size_t before = out->text().size();
+  const std::pair<const char*, int> lengths[] = {{"paperw", page.width}, {"paperh", page.height},
+                                                 {"margl", page.left},   {"margr", page.right},
+                                                 {"margt", page.top},    {"margb", page.bottom}};
+  for (const auto& [word, value] : lengths) {
+    if (value != 0) out->Word(word, value);
+  }
+  if (page.landscape) out->Word("landscape");
+  if (document.default_tab != 720) out->Word("deftab", document.default_tab);
+  out->Raw(page.other_words, true);
+  if (out->text().size() != before) out->LineEnd();
+}
+
+}  // namespace
+
+std::string WriteRtf(const Document& document, Escapes escapes) {
+  SourceText out;
+  CodePages code_pages;
+  out.Raw("{\\rtf1\\ansi");
+  out.Word("ansicpg", document.code_page);
+  out.Word("deff", document.default_font);
+  if (document.default_language != 0) out.Word("deflang", document.default_language);
+  WriteFontTable(document.fonts, &code_pages, document.code_page, &out);
+  WriteColourTable(document.colours, &out);
+  WriteInfo(document, &out);
+  WritePageSetup(document, &out);
+  for (const HeadGroup& group : document.head_groups) {
+    out.Raw(group.source);
+    out.LineEnd();
+  }
+  out.Raw("\\viewkind4\\uc1", true);
+  BlockWriter(document.fonts, document.default_font, document.code_page, &code_pages, &out, escapes)
+      .Write(document.blocks, BlockWriter::Ending::kMarked);
+  out.Raw("}");
+  out.LineEnd();
+  return out.Take();
+}
+
+}  // namespace tenora::richtext
