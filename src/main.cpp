@@ -20,7 +20,7 @@
 #include "platform/runtime/error.h"
 #include "rental/session.h"
 #include "startup/command_line.h"
-#include "startup/general.h"
+#include "startup/dispatch.h"
 #include "startup/generate_command.h"
 #include "startup/own_commands.h"
 #include "ui/window/command_dialogs.h"

@@ -1,13 +1,105 @@
 #include "rental/caches.h"
 
 #include <algorithm>
+#include <cstddef>
 
+#include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
 #include "rental/row_field.h"
 
 namespace tenora {
 namespace {
+
+// Calls `use` with each row of a query, in its order; the query's own errors are shown and end it.
+template <typename Use>
+void ForEachRow(Database& database, std::string_view sql, Use&& use) {
+  RecordsetPtr rows;
+  database.CreateSet(rows, sql, query::kForwardOnly, query::kReadOnly);
+  for (; !database.DataEOF(rows); database.MoveNext(rows)) use(*rows);
+}
+
+// The doubled columns and the unread last_inspection are part of the text.
+constexpr std::string_view kTenantQuery =
+    "select reference, id_number, monthly_day, [Property Code], water_meter, "
+    "tenancy.address1 as a1, tenancy.address2 as a2, tenancy.address3 as a3, reference, "
+    "[property code], [when ended], last_inspection, "
+    "lastrentrise,email,home_phone,work_phone,mobile,fax,[when started], bond, closed_yn, "
+    "[current rent], every_amt, every_freq, property.address1, property.address2, "
+    "property.address3, name, rentreviewdate from tenancy inner join property on "
+    "tenancy.[property code] = property.code order by name, closed_yn desc";
+
+// A record whose loaded fields are at their defaults, so that a field that fails to load does not
+// show another tenancy's value. The payment fields stay what the last LastPayment left in the
+// element of this index, whichever tenancy that was: this is deliberate, and the merge fills them
+// again before it reads them.
+TenantRecord WithPaymentOf(const TenantRecord& earlier) {
+  TenantRecord tenant;
+  tenant.LastPaymentDate = earlier.LastPaymentDate;
+  tenant.LastPaymentAmount = earlier.LastPaymentAmount;
+  tenant.BalanceOwing = earlier.BalanceOwing;
+  tenant.LastPaymentTax = earlier.LastPaymentTax;
+  tenant.LastPaymentExclusive = earlier.LastPaymentExclusive;
+  tenant.PaidToDate = earlier.PaidToDate;
+  tenant.LastPaymentNumber = earlier.LastPaymentNumber;
+  tenant.LastPeriodFrom = earlier.LastPeriodFrom;
+  tenant.LastPeriodTo = earlier.LastPeriodTo;
+  tenant.LastPaymentTender = earlier.LastPaymentTender;
+  tenant.PreviousPaidToDate = earlier.PreviousPaidToDate;
+  return tenant;
+}
+
+std::string FrequencyText(const Value& every_amt, const std::string& every_freq) {
+  return ToDouble(every_amt) == 1 ? every_freq : TextOf(every_amt) + " " + every_freq + "s";
+}
+
+// Every statement is a step of its own: one that fails is shown, and the next one is run.
+void FillTenant(ResumeNext& shown, const query::Recordset& row, TenantRecord& tenant) {
+  const auto step = [&](const auto& statement) {
+    shown([&] { About([&] { return "tenancy " + tenant.Reference; }, statement); });
+  };
+  const auto text = [&](std::string& field, std::string_view column) {
+    step([&] { field = TextOf(row.Field(column)); });
+  };
+  const auto number = [&](double& field, std::string_view column) {
+    step([&] { field = FieldAs(ToDouble, row, column); });
+  };
+  const auto date = [&](Date& field, std::string_view column) {
+    step([&] { field = FieldAs(ToDate, row, column); });
+  };
+  text(tenant.Reference, "reference");
+  step([&] { tenant.Closed = FieldAs(ToBool, row, "closed_yn"); });
+  step([&] { tenant.KeyName = SafeName(TextOf(row.Field("name"))); });
+  tenant.DisplayName = tenant.KeyName;
+  if (tenant.Closed) tenant.DisplayName = "(Closed) " + tenant.DisplayName;
+  text(tenant.PropertyAddress1, "address1");
+  text(tenant.PropertyAddress2, "address2");
+  text(tenant.PropertyAddress3, "address3");
+  step([&] {
+    const std::string every_freq = TextOf(row.Field("every_freq"));
+    tenant.FrequencyText =
+        FieldAs([&](const Value& every_amt) { return FrequencyText(every_amt, every_freq); }, row,
+                "every_amt");
+  });
+  number(tenant.CurrentRent, "current rent");
+  number(tenant.Bond, "bond");
+  date(tenant.StartDate, "when started");
+  date(tenant.LastRentRise, "lastrentrise");
+  text(tenant.Email, "email");
+  text(tenant.HomePhone, "home_phone");
+  text(tenant.WorkPhone, "work_phone");
+  text(tenant.Mobile, "mobile");
+  text(tenant.Fax, "fax");
+  date(tenant.EndDate, "when ended");
+  text(tenant.PropertyCode, "Property Code");
+  text(tenant.WaterMeter, "water_meter");
+  text(tenant.TenantAddress1, "a1");
+  text(tenant.TenantAddress2, "a2");
+  text(tenant.TenantAddress3, "a3");
+  step([&] { tenant.MonthlyDay = FieldAs(ToInt16, row, "monthly_day"); });
+  text(tenant.IdNumber, "id_number");
+  date(tenant.RentReviewDate, "RentReviewDate");
+}
 
 // A percentage has single precision, whatever the column's.
 std::string PercentText(const Value& percent) {
@@ -42,48 +134,64 @@ OwnerRecord& FillOwner(OwnerRecord& owner, const query::Recordset& row) {
 
 }  // namespace
 
+void Caches::Load(Database& database) {
+  Load(database, [](const LoadStep& load) { load(); });
+}
+
+void Caches::Load(Database& database, const std::function<void(const LoadStep&)>& run) {
+  run([&] { CacheTenants(database); });
+  run([&] { CacheAccountCodes(database); });
+  run([&] { CacheOwners(database); });
+  run([&] { CacheProperties(database); });
+}
+
+void Caches::CacheTenants(Database& database) {
+  ResumeNext step(database.platform().dialogs, "CacheTenants");
+  std::size_t count = 0;
+  ForEachRow(database, kTenantQuery, [&](const query::Recordset& row) {
+    ++count;
+    if (Tenants.size() < count) Tenants.emplace_back();
+    TenantRecord& tenant = Tenants[count - 1];
+    tenant = WithPaymentOf(tenant);
+    FillTenant(step, row, tenant);
+  });
+  Tenants.resize(count);
+}
+
 void Caches::CacheOwners(Database& database) {
   Owners.clear();
-  RecordsetPtr rows;
-  database.CreateSet(rows, "select * from owner order by name", query::kForwardOnly,
-                     query::kReadOnly);
-  for (; !database.DataEOF(rows); database.MoveNext(rows)) {
-    if (TextOf(rows->Field("name")).empty()) continue;
+  ForEachRow(database, "select * from owner order by name", [&](const query::Recordset& row) {
+    if (TextOf(row.Field("name")).empty()) return;
     OwnerRecord& owner = Owners.emplace_back();
-    About([&] { return "owner " + owner.Code; }, [&] { FillOwner(owner, *rows); });
-  }
+    About([&] { return "owner " + owner.Code; }, [&] { FillOwner(owner, row); });
+  });
 }
 
 void Caches::CacheProperties(Database& database) {
   Properties.clear();
-  RecordsetPtr rows;
-  database.CreateSet(rows,
-                     "select property.code, name, ClosedStatus, email from Property inner join "
-                     "owner on property.ownercode = owner.code order by property.Code",
-                     query::kForwardOnly, query::kReadOnly);
-  for (; !database.DataEOF(rows); database.MoveNext(rows)) {
-    const std::string code = TextOf(rows->Field("code"));
-    if (code.empty()) continue;
+  constexpr std::string_view kQuery =
+      "select property.code, name, ClosedStatus, email from Property inner join owner on "
+      "property.ownercode = owner.code order by property.Code";
+  ForEachRow(database, kQuery, [&](const query::Recordset& row) {
+    const std::string code = TextOf(row.Field("code"));
+    if (code.empty()) return;
     PropertyRecord& property = Properties.emplace_back();
     property.Code = TrimBlanks(code);
-    property.OwnerName = SafeName(TextOf(rows->Field("name")));
-    property.ClosedStatus = FieldAs(ToBool, *rows, "ClosedStatus");
-    property.Email = TextOf(rows->Field("email"));
-  }
+    property.OwnerName = SafeName(TextOf(row.Field("name")));
+    property.ClosedStatus = FieldAs(ToBool, row, "ClosedStatus");
+    property.Email = TextOf(row.Field("email"));
+  });
 }
 
 void Caches::CacheAccountCodes(Database& database) {
   AccountCodes.clear();
-  RecordsetPtr rows;
-  database.CreateSet(rows, "select * from glcodes where type >200", query::kForwardOnly,
-                     query::kReadOnly);
-  for (; !database.DataEOF(rows); database.MoveNext(rows)) {
+  ForEachRow(database, "select * from glcodes where type >200", [&](const query::Recordset& row) {
     AccountCodeRecord& account = AccountCodes.emplace_back();
-    account.GlCode = TextOf(rows->Field("gl_code"));
-    account.Description = TextOf(rows->Field("description"));
-    account.Type = FieldAs(ToInt16, *rows, "type");
-    account.ExcludeCashflow = FieldAs(ToBool, *rows, "exclude_cashflow");
-  }
+    account.GlCode = TextOf(row.Field("gl_code"));
+    account.Description = TextOf(row.Field("description"));
+    account.Type = FieldAs(ToInt16, row, "type");
+    account.ExcludeCashflow = FieldAs(ToBool, row, "exclude_cashflow");
+  });
 }
 
 TenantRecord* Caches::FindTenant(std::string_view reference) {

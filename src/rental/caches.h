@@ -2,14 +2,50 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "data/database.h"
-#include "rental/tenant_record.h"
+#include "platform/runtime/date.h"
 
 namespace tenora {
+
+// The year by which the package's own data says "no date".
+inline constexpr int kNoDateYear = 1234;
+
+// One tenancy with the details of its property.
+struct TenantRecord {
+  std::string KeyName;      // the tenancy's name made safe for files and keys
+  std::string DisplayName;  // KeyName, "(Closed) " in front of a closed one's
+  std::string PropertyAddress1, PropertyAddress2, PropertyAddress3;
+  double CurrentRent = 0;
+  std::string FrequencyText;  // "Week", "2 Weeks"
+  double Bond = 0;
+  Date LastPaymentDate;  // this and the payment fields below: filled by LastPayment
+  double LastPaymentAmount = 0;
+  double BalanceOwing = 0;
+  bool Closed = false;
+  Date StartDate;
+  Date LastRentRise;
+  std::string Email, HomePhone, WorkPhone, Mobile, Fax;
+  Date EndDate;  // of kNoDateYear: still running
+  std::string PropertyCode;
+  std::string WaterMeter;
+  std::string TenantAddress1, TenantAddress2, TenantAddress3;
+  std::int16_t MonthlyDay = 0;
+  std::string IdNumber;
+  double LastPaymentTax = 0;
+  double LastPaymentExclusive = 0;
+  Date PaidToDate;
+  std::int32_t LastPaymentNumber = 0;
+  Date LastPeriodFrom, LastPeriodTo;
+  std::string LastPaymentTender;
+  std::string Reference;  // the tenancy's code
+  Date PreviousPaidToDate;
+  Date RentReviewDate;  // of kNoDateYear: none
+};
 
 struct OwnerRecord {
   std::string Name;  // trimmed and made safe like a tenant's KeyName
@@ -41,6 +77,13 @@ struct AccountCodeRecord {
 // Each load replaces its list by the database's present rows, in the order of its query.
 class Caches {
  public:
+  // All four lists from the open database: tenants, account codes, owners, properties. The first
+  // error that a load passes on ends the loading.
+  void Load(Database& database);
+  // The same with each load handed to `run`, which can go on past one that raises.
+  using LoadStep = std::function<void()>;
+  void Load(Database& database, const std::function<void(const LoadStep& load)>& run);
+
   // Errors are shown one by one under "CacheTenants" and the load goes on with the next field.
   void CacheTenants(Database& database);
   // Errors pass to the caller; the list holds the rows up to the failing one.

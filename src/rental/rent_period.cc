@@ -5,7 +5,7 @@
 #include "data/sql_text.h"
 #include "platform/dialogs/dialogs.h"
 #include "platform/runtime/clock.h"
-#include "rental/tenant_record.h"
+#include "rental/caches.h"
 
 namespace tenora {
 namespace {

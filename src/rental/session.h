@@ -18,6 +18,15 @@ struct Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
+  // Opens the database, reloads the caches and the options and closes it. False when the database
+  // could not be opened or a query failed, which has been shown.
+  bool ReloadRentalData();
+
+  // Sets the cheque word: "Cheque" where the short date of 22 December 2000 begins with "2", the
+  // day (or the year) first; else "Check". It is the name of the folder of cheque templates too.
+  // Errors are ignored.
+  void SetChequeWord();
+
   Platform platform;
   Settings settings;
   Database database;

@@ -7,13 +7,14 @@
 
 #include "letters/generation.h"
 #include "letters/template_library.h"
+#include "merge/merge_codes.h"
+#include "merge/prompts.h"
 #include "platform/dialogs/guard.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
-#include "rental/reload.h"
+#include "startup/generate_dialogs.h"
 #include "startup/generate_progress.h"
-#include "startup/prompt_answers.h"
 #include "startup/recipient_choice.h"
 #include "startup/stop_signals.h"
 
@@ -106,6 +107,36 @@ std::string Complaint(const Call& call) {
   return "";
 }
 
+[[noreturn]] void RefuseAnswer(const std::string& answer, const std::vector<std::string>& prompts) {
+  std::string names;
+  for (const std::string& prompt : prompts)
+    names += (names.empty() ? "\"" : ", \"") + prompt + "\"";
+  throw WrongChoice("--answer \"" + answer + "\" answers nothing: the template " +
+                    (names.empty() ? "asks no prompts." : "asks " + names + "."));
+}
+
+// Parts each "prompt=text" behind the prompt that the template asks; a prompt may hold "=" itself.
+// While the template has a prompt with a code in it, nobody knows yet what will be asked: what fits
+// no prompt is then parted at its first "=". Raises WrongChoice, naming the template's prompts, for
+// an answer that none of them would take.
+PromptAnswers MatchAnswers(const std::vector<std::string>& given,
+                           const std::vector<std::string>& prompts) {
+  const bool all_known = std::ranges::none_of(prompts, [](const std::string& prompt) {
+    return prompt.find(kCodeStart) != std::string::npos;
+  });
+  PromptAnswers answers;
+  for (const std::string& answer : given) {
+    std::size_t length = 0;
+    for (const std::string& prompt : prompts) {
+      if (answer.starts_with(prompt + "=")) length = std::max(length, prompt.size());
+    }
+    if (length == 0 && all_known) RefuseAnswer(answer, prompts);
+    if (length == 0) length = answer.find('=');
+    answers[answer.substr(0, length)] = answer.substr(length + 1);
+  }
+  return answers;
+}
+
 class GenerateCommand {
  public:
   GenerateCommand(const Call& call, const GenerateParts& parts)
@@ -141,7 +172,7 @@ class GenerateCommand {
   }
 
   int List() {
-    if (!ReloadRentalData(session_)) return kFailed;
+    if (!session_.ReloadRentalData()) return kFailed;
     for (const RecipientRow& row : Rows(session_.caches)) {
       parts_.output << TerminalLine(row.text) << '\n';
     }

@@ -174,44 +174,4 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
   errors_ << std::flush;
 }
 
-void GenerateDialogs::MakeRoom() const {
-  if (progress_ != nullptr) progress_->ClearLine();
-}
-
-Answer GenerateDialogs::Show(const MessageBox& box) {
-  MakeRoom();
-  return dialogs_.Show(box);
-}
-
-std::optional<std::string> GenerateDialogs::AskText(const std::string& prompt,
-                                                    const std::string& title,
-                                                    const std::string& default_answer) {
-  if (signals_.Asked()) return std::nullopt;
-  MakeRoom();
-  const StopSignals::InterruptsReads interrupts(signals_);
-  return dialogs_.AskText(prompt, title, default_answer);
-}
-
-std::optional<std::size_t> GenerateDialogs::Choose(const std::string& title,
-                                                   const std::vector<std::string>& items,
-                                                   std::size_t default_item) {
-  MakeRoom();
-  const StopSignals::InterruptsReads interrupts(signals_);
-  return dialogs_.Choose(title, items, default_item);
-}
-
-std::optional<std::filesystem::path> GenerateDialogs::ChooseFileToOpen(const std::string& title,
-                                                                       const std::string& filter) {
-  MakeRoom();
-  const StopSignals::InterruptsReads interrupts(signals_);
-  return dialogs_.ChooseFileToOpen(title, filter);
-}
-
-std::optional<std::filesystem::path> GenerateDialogs::ChooseFileToSave(
-    const std::string& title, const std::string& filter, const std::filesystem::path& suggestion) {
-  MakeRoom();
-  const StopSignals::InterruptsReads interrupts(signals_);
-  return dialogs_.ChooseFileToSave(title, filter, suggestion);
-}
-
 }  // namespace tenora

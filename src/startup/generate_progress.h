@@ -9,8 +9,7 @@
 #include <string>
 
 #include "letters/generation.h"
-#include "platform/dialogs/dialogs.h"
-#include "startup/generate_parts.h"
+#include "startup/generate_command.h"
 #include "startup/stop_signals.h"
 
 namespace tenora {
@@ -47,33 +46,6 @@ class GenerateProgress : public GenerationObserver {
   std::size_t line_length_ = 0;                  // of the count that stands on the terminal
   std::map<std::string, std::size_t> warnings_;  // how often each was met
   Clock::time_point started_ = Clock::now(), shown_ = started_;
-};
-
-// The dialogs of a run: messages go past the count, and a question gives way to Ctrl-C.
-class GenerateDialogs : public Dialogs {
- public:
-  GenerateDialogs(Dialogs& dialogs, StopSignals& signals) : dialogs_(dialogs), signals_(signals) {}
-
-  // The progress whose line gives way; none before the run.
-  void Before(GenerateProgress* progress) { progress_ = progress; }
-
-  Answer Show(const MessageBox& box) override;
-  std::optional<std::string> AskText(const std::string& prompt, const std::string& title,
-                                     const std::string& default_answer) override;
-  std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
-                                    std::size_t default_item) override;
-  std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
-                                                        const std::string& filter) override;
-  std::optional<std::filesystem::path> ChooseFileToSave(
-      const std::string& title, const std::string& filter,
-      const std::filesystem::path& suggestion) override;
-
- private:
-  void MakeRoom() const;
-
-  Dialogs& dialogs_;
-  StopSignals& signals_;
-  GenerateProgress* progress_ = nullptr;
 };
 
 }  // namespace tenora

@@ -96,12 +96,9 @@ bool ReceiptCommand::Run() {
 bool ReceiptCommand::LoadRentalData() {
   Database& database = session_.database;
   const OpenedDatabase opened(database);
-  // The failure has been shown; every load below would only fail in its turn.
+  // The failure has been shown; every load below would fail too.
   if (!database.IsOpen()) return false;
-  session_.caches.CacheTenants(database);
-  session_.caches.CacheAccountCodes(database);
-  session_.caches.CacheOwners(database);
-  session_.caches.CacheProperties(database);
+  session_.caches.Load(database);
   if (parameters_.reprint != 0 && !FindPayment()) return false;
   session_.options.LoadOptions();
   return true;

@@ -7,13 +7,12 @@
 #include "letters/generate/run_log.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/error.h"
-#include "rental/reload.h"
 
 namespace tenora {
 namespace {
 
 void LoadRentalData(Session& session) {
-  if (ReloadRentalData(session)) return;
+  if (session.ReloadRentalData()) return;
   throw RuntimeError(error_number::kObjectNotSet,
                      "The rental database could not be read; nothing was done.");
 }

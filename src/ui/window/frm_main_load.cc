@@ -8,7 +8,6 @@
 #include "letters/custom_field_codes.h"
 #include "output/letter_printing.h"
 #include "platform/runtime/conversion.h"
-#include "startup/cheque_word.h"
 #include "ui/window/colour_scheme.h"
 #include "ui/window/frm_forms.h"
 #include "ui/window/frm_main.h"
@@ -37,7 +36,7 @@ void frmMain::MDIForm_Load() {
   Guard(kLoad, [this] { LoadPageWidth(); });
   Guard(kLoad, [this] { ApplyColourScheme(); });
   Guard(kLoad, [this] { tree_->model().MakeTopGroups(); });
-  Guard(kLoad, [this] { SetChequeWord(session_); });
+  Guard(kLoad, [this] { session_.SetChequeWord(); });
   Guard(kLoad, [this] { LoadFonts(); });
   Guard(kLoad, [this] { LoadRentalData(); });
   // The catalogue of merge codes is fixed; what remains is to show its list.
@@ -75,10 +74,7 @@ void frmMain::LoadRentalData() {
            "missing."));
     return;
   }
-  Guard(kLoad, [&] { session_.caches.CacheTenants(database); });
-  Guard(kLoad, [&] { session_.caches.CacheAccountCodes(database); });
-  Guard(kLoad, [&] { session_.caches.CacheOwners(database); });
-  Guard(kLoad, [&] { session_.caches.CacheProperties(database); });
+  session_.caches.Load(database, [this](const Caches::LoadStep& load) { Guard(kLoad, load); });
   Guard(kLoad, [&] { session_.options.LoadOptions(); });
   Guard(kLoad, [&] {
     custom_fields_ = ReadCustomFieldCodes(database);

@@ -1,4 +1,4 @@
-// The entry of the program behind main().
+// Which command a command line asks for, and its run: the entry of the program behind main().
 #pragma once
 
 #include "startup/commands.h"

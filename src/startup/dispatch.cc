@@ -1,7 +1,6 @@
-#include "startup/general.h"
+#include "startup/dispatch.h"
 
 #include "startup/cheque_print.h"
-#include "startup/cheque_word.h"
 #include "startup/receipt_print.h"
 
 namespace tenora {
@@ -13,7 +12,7 @@ bool IsInteractive(const CommandLine& line) {
 int Main(const CommandParts& parts) {
   if (parts.command_line.Contains("PRINTRECEIPT")) return ReceiptPrint(parts) ? 0 : 1;
   if (parts.command_line.Contains("PRINTCHEQUE")) {
-    SetChequeWord(parts.session);
+    parts.session.SetChequeWord();
     return ReceiptCheque(parts) ? 0 : 1;
   }
   return parts.show_main_window ? parts.show_main_window(parts) : 1;

@@ -1,0 +1,30 @@
+#include "rental/session.h"
+
+#include <exception>
+
+#include "data/opened_database.h"
+#include "platform/locale/locale.h"
+
+namespace tenora {
+
+bool Session::ReloadRentalData() {
+  const std::size_t errors_before = database.ErrorsReported();
+  const OpenedDatabase opened(database);
+  // The failure has been shown; every load below would fail too.
+  if (!database.IsOpen()) return false;
+  caches.Load(database);
+  options.LoadOptions();
+  return database.ErrorsReported() == errors_before;
+}
+
+void Session::SetChequeWord() {
+  cheque_word = "Cheque";
+  try {
+    const std::string date = platform.locale.ShortDate(Date::FromCalendar(2000, 12, 22));
+    if (!date.starts_with('2')) cheque_word = "Check";
+  } catch (const std::exception&) {
+    // Deliberate: the word stays as it is.
+  }
+}
+
+}  // namespace tenora
