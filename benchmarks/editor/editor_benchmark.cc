@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "ui/editor/commands/table_commands.h"
 #include "ui/editor/letter_view.h"
 
 namespace {
@@ -106,11 +105,11 @@ int main(int argc, char** argv) {
   Print("saving after a key", MillisecondsOf([&] { box.SaveFile(file); }), kOpenGoal);
 
   Print("undoing a step, median", Median(UndoTimes(box, editor)), kKeyGoal);
-  editor.SetZoom(1.5);
+  editor.paper().SetZoom(1.5);
   Print("undoing a step after zooming, median", Median(UndoTimes(box, editor)), kKeyGoal);
 
   box.Select(box.Find("Paid", kTextMiddle, -1, tenora::RichTextBox::kMatchCase), 0);
   Print("a row into a table",
-        MillisecondsOf([&] { tenora::InsertTableRow(editor, tenora::Side::kAfter); }), kOpenGoal);
+        MillisecondsOf([&] { editor.tables().InsertRow(tenora::Side::kAfter); }), kOpenGoal);
   return bytes > letter.size() / 2 ? 0 : 1;
 }

@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "ui/editor/commands/editor_dialogs.h"
-#include "ui/editor/commands/table_commands.h"
+#include "ui/editor/commands/font_boxes.h"
 
 // The resource of a static library is linked in only where it is asked for.
 static void LinkEditorIcons() { Q_INIT_RESOURCE(editor); }
@@ -38,16 +38,16 @@ QIcon Icon(const QString& name) {
 
 auto Toggle(bool CharFormat::*member) {
   return [member](LetterEditor& editor, bool on) {
-    editor.ChangeCharacters([=](CharFormat& format) { format.*member = on; });
+    editor.formatting().ChangeCharacters([=](CharFormat& format) { format.*member = on; });
   };
 }
 
 auto Has(bool CharFormat::*member) {
-  return [member](LetterEditor& editor) { return editor.CharAtCaret().*member; };
+  return [member](LetterEditor& editor) { return editor.formatting().CharAtCaret().*member; };
 }
 
 void SetList(LetterEditor& editor, Bullet::Kind kind) {
-  editor.ChangeParagraphs([=](ParagraphFormat& format) {
+  editor.formatting().ChangeParagraphs([=](ParagraphFormat& format) {
     const bool was_list = format.bullet.kind != Bullet::Kind::kNone;
     format.bullet = {};
     format.bullet.kind = kind;
@@ -65,13 +65,13 @@ void SetList(LetterEditor& editor, Bullet::Kind kind) {
 }
 
 bool IsList(LetterEditor& editor, bool bullets) {
-  const Bullet::Kind kind = editor.ParagraphAtCaret().bullet.kind;
+  const Bullet::Kind kind = editor.formatting().ParagraphAtCaret().bullet.kind;
   return bullets ? kind == Bullet::Kind::kBullet
                  : kind != Bullet::Kind::kBullet && kind != Bullet::Kind::kNone;
 }
 
 void Indent(LetterEditor& editor, int by) {
-  editor.ChangeParagraphs([=](ParagraphFormat& format) {
+  editor.formatting().ChangeParagraphs([=](ParagraphFormat& format) {
     format.left_indent = std::max(std::max(0, -format.first_indent), format.left_indent + by);
   });
 }
@@ -175,11 +175,13 @@ void EditorActions::MakeCharacterActions() {
   AddToggle(
       &format_, tr("&Underline"), "underline", QKeySequence::Underline,
       [](LetterEditor& editor, bool on) {
-        editor.ChangeCharacters([=](CharFormat& format) {
+        editor.formatting().ChangeCharacters([=](CharFormat& format) {
           format.underline = on ? Underline::kSingle : Underline::kNone;
         });
       },
-      [](LetterEditor& editor) { return editor.CharAtCaret().underline != Underline::kNone; });
+      [](LetterEditor& editor) {
+        return editor.formatting().CharAtCaret().underline != Underline::kNone;
+      });
   AddToggle(&format_, tr("Stri&ke Through"), "strike",
             QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X), Toggle(&CharFormat::strike),
             Has(&CharFormat::strike));
@@ -188,10 +190,12 @@ void EditorActions::MakeCharacterActions() {
     AddToggle(
         &format_, text, icon, shortcut,
         [wanted](LetterEditor& editor, bool on) {
-          editor.ChangeCharacters(
+          editor.formatting().ChangeCharacters(
               [=](CharFormat& format) { format.script = on ? wanted : Script::kNormal; });
         },
-        [wanted](LetterEditor& editor) { return editor.CharAtCaret().script == wanted; });
+        [wanted](LetterEditor& editor) {
+          return editor.formatting().CharAtCaret().script == wanted;
+        });
   };
   script(tr("Su&perscript"), "superscript", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Period),
          Script::kSuper);
@@ -199,7 +203,7 @@ void EditorActions::MakeCharacterActions() {
          Script::kSub);
   AddToggle(
       &format_, tr("Protected from T&yping"), "protect", {},
-      [](LetterEditor& editor, bool on) { editor.ProtectCharacters(on); },
+      [](LetterEditor& editor, bool on) { editor.formatting().ProtectCharacters(on); },
       Has(&CharFormat::protect));
   Separate(&format_);
   AddColourMenu(tr("Te&xt Colour"), "text-colour", tr("&Automatic"), &CharFormat::colour);
@@ -215,7 +219,7 @@ void EditorActions::AddColourMenu(const QString& text, const char* icon, const Q
   const auto apply = [this, member](const QColor& colour) {
     if (!editor_) return;
     const int number = editor_->formats().ColourNumber(colour);
-    editor_->ChangeCharacters([=](CharFormat& format) { format.*member = number; });
+    editor_->formatting().ChangeCharacters([=](CharFormat& format) { format.*member = number; });
     Refresh();
   };
   connect(menu->addAction(none), &QAction::triggered, this, [apply] { apply(QColor()); });
@@ -230,7 +234,7 @@ void EditorActions::AddColourMenu(const QString& text, const char* icon, const Q
   }
   connect(menu->addAction(tr("&More…")), &QAction::triggered, this, [this, apply, member] {
     if (!editor_) return;
-    const QColor now = editor_->formats().ColourAt(editor_->CharAtCaret().*member);
+    const QColor now = editor_->formats().ColourAt(editor_->formatting().CharAtCaret().*member);
     const QColor chosen = QColorDialog::getColor(now.isValid() ? now : QColor(Qt::black), editor_);
     if (chosen.isValid()) apply(chosen);
   });
@@ -243,9 +247,12 @@ void EditorActions::MakeParagraphActions() {
     AddToggle(
         &format_, text, icon, shortcut,
         [wanted](LetterEditor& editor, bool) {
-          editor.ChangeParagraphs([=](ParagraphFormat& format) { format.alignment = wanted; });
+          editor.formatting().ChangeParagraphs(
+              [=](ParagraphFormat& format) { format.alignment = wanted; });
         },
-        [wanted](LetterEditor& editor) { return editor.ParagraphAtCaret().alignment == wanted; });
+        [wanted](LetterEditor& editor) {
+          return editor.formatting().ParagraphAtCaret().alignment == wanted;
+        });
   };
   align(tr("Align &Left"), "align-left", QKeySequence(Qt::CTRL | Qt::Key_L), Alignment::kLeft);
   align(tr("C&entre"), "align-centre", QKeySequence(Qt::CTRL | Qt::Key_E), Alignment::kCentre);
@@ -271,9 +278,9 @@ void EditorActions::MakeParagraphActions() {
   Separate(&format_);
   AddLineSpacingMenu();
   Add(&format_, tr("P&aragraph Spacing…"), "paragraph-space", {}, [](LetterEditor& editor) {
-    ParagraphFormat wanted = editor.ParagraphAtCaret();
+    ParagraphFormat wanted = editor.formatting().ParagraphAtCaret();
     if (!AskSpacing(&editor, &wanted)) return;
-    editor.ChangeParagraphs([&](ParagraphFormat& format) {
+    editor.formatting().ChangeParagraphs([&](ParagraphFormat& format) {
       format.space_before = wanted.space_before;
       format.space_after = wanted.space_after;
       format.line_spacing = wanted.line_spacing;
@@ -281,8 +288,9 @@ void EditorActions::MakeParagraphActions() {
     });
   });
   Add(&format_, tr("Tab St&ops…"), "tab-stops", {}, [](LetterEditor& editor) {
-    const auto tabs = AskTabStops(&editor, editor.ParagraphAtCaret().tabs);
-    if (tabs) editor.ChangeParagraphs([&](ParagraphFormat& format) { format.tabs = *tabs; });
+    const auto tabs = AskTabStops(&editor, editor.formatting().ParagraphAtCaret().tabs);
+    if (tabs)
+      editor.formatting().ChangeParagraphs([&](ParagraphFormat& format) { format.tabs = *tabs; });
   });
 }
 
@@ -297,7 +305,7 @@ void EditorActions::AddLineSpacingMenu() {
                                           : QLocale().toString(percent / 100.0);
     connect(menu->addAction(text), &QAction::triggered, this, [this, percent] {
       if (!editor_) return;
-      editor_->ChangeParagraphs([=](ParagraphFormat& format) {
+      editor_->formatting().ChangeParagraphs([=](ParagraphFormat& format) {
         format.line_spacing = percent == 100 ? 0 : percent * 240 / 100;
         format.line_spacing_multiple = percent != 100;
       });
@@ -308,7 +316,8 @@ void EditorActions::AddLineSpacingMenu() {
 
 void EditorActions::MakeInsertActions() {
   Add(&insert_, tr("T&able…"), "table", {}, [](LetterEditor& editor) {
-    if (const auto size = AskTableSize(&editor)) InsertTable(editor, size->rows, size->columns);
+    if (const auto size = AskTableSize(&editor))
+      editor.tables().InsertTable(size->rows, size->columns, editor.paper().TableWidth());
   });
   Add(&insert_, tr("Page &Break"), "page-break", QKeySequence(Qt::CTRL | Qt::Key_Return),
       [](LetterEditor& editor) { editor.InsertPageBreak(); });
@@ -318,39 +327,88 @@ void EditorActions::MakeTableActions() {
   const auto add = [this](const QString& text, const char* icon,
                           std::function<void(LetterEditor&)> run) {
     EnableWhere(Add(&table_, text, icon, {}, std::move(run)),
-                [](LetterEditor& editor) { return CaretInTable(editor); });
+                [](LetterEditor& editor) { return editor.tables().CaretInTable(); });
   };
   add(tr("Insert Row &Above"), "row-above",
-      [](LetterEditor& editor) { InsertTableRow(editor, Side::kBefore); });
+      [](LetterEditor& editor) { editor.tables().InsertRow(Side::kBefore); });
   add(tr("Insert Row &Below"), "row-below",
-      [](LetterEditor& editor) { InsertTableRow(editor, Side::kAfter); });
+      [](LetterEditor& editor) { editor.tables().InsertRow(Side::kAfter); });
   add(tr("Insert Column &Left"), "column-left",
-      [](LetterEditor& editor) { InsertTableColumn(editor, Side::kBefore); });
+      [](LetterEditor& editor) { editor.tables().InsertColumn(Side::kBefore); });
   add(tr("Insert Column R&ight"), "column-right",
-      [](LetterEditor& editor) { InsertTableColumn(editor, Side::kAfter); });
+      [](LetterEditor& editor) { editor.tables().InsertColumn(Side::kAfter); });
   Separate(&table_);
-  EnableWhere(Add(&table_, tr("&Merge Selected Cells"), "cells-merge", {}, MergeTableCells),
+  EnableWhere(Add(&table_, tr("&Merge Selected Cells"), "cells-merge", {},
+                  [](LetterEditor& editor) { editor.tables().MergeSelected(); }),
               [](LetterEditor& editor) { return editor.textCursor().hasComplexSelection(); });
-  add(tr("Merge with &Next Cell"), "merge-across", MergeCellAcross);
-  add(tr("Merge with Cell &Underneath"), "merge-down", MergeCellDown);
-  add(tr("&Split Cell"), "cell-split", SplitTableCell);
+  add(tr("Merge with &Next Cell"), "merge-across",
+      [](LetterEditor& editor) { editor.tables().MergeAcross(); });
+  add(tr("Merge with Cell &Underneath"), "merge-down",
+      [](LetterEditor& editor) { editor.tables().MergeDown(); });
+  add(tr("&Split Cell"), "cell-split", [](LetterEditor& editor) { editor.tables().SplitCell(); });
   Separate(&table_);
-  add(tr("Remove &Rows"), "row-remove", RemoveTableRows);
-  add(tr("Remove &Columns"), "column-remove", RemoveTableColumns);
+  add(tr("Remove &Rows"), "row-remove", [](LetterEditor& editor) { editor.tables().RemoveRows(); });
+  add(tr("Remove &Columns"), "column-remove",
+      [](LetterEditor& editor) { editor.tables().RemoveColumns(); });
 }
 
 void EditorActions::MakeViewActions() {
   Add(&view_, tr("Zoom &In"), "zoom-in", QKeySequence::ZoomIn,
-      [](LetterEditor& editor) { editor.SetZoom(editor.Zoom() * kZoomStep); });
+      [](LetterEditor& editor) { editor.paper().SetZoom(editor.paper().Zoom() * kZoomStep); });
   Add(&view_, tr("Zoom &Out"), "zoom-out", QKeySequence::ZoomOut,
-      [](LetterEditor& editor) { editor.SetZoom(editor.Zoom() / kZoomStep); });
+      [](LetterEditor& editor) { editor.paper().SetZoom(editor.paper().Zoom() / kZoomStep); });
   Add(&view_, tr("&Actual Size"), "zoom-reset", QKeySequence(Qt::CTRL | Qt::Key_0),
-      [](LetterEditor& editor) { editor.SetZoom(1); });
+      [](LetterEditor& editor) { editor.paper().SetZoom(1); });
   Separate(&view_);
   show_ruler_ = new QAction(Icon(QStringLiteral("ruler")), tr("&Ruler"), this);
   show_ruler_->setCheckable(true);
   show_ruler_->setChecked(true);
   view_.append(show_ruler_);
+}
+
+QWidget* EditorActions::FontBox(QWidget* parent) {
+  auto* box = new FontNameBox(parent);
+  const auto fill = [this, box] { box->SetFonts(preselected_fonts_, fonts_); };
+  connect(this, &EditorActions::FontsChanged, box, fill);
+  fill();
+  connect(box, &FontNameBox::Chosen, this, [this](const QString& family) {
+    if (!editor_ || family.isEmpty()) return Refresh();
+    const int font = editor_->formats().FontNumber(family);
+    editor_->formatting().ChangeCharacters([=](CharFormat& format) { format.font = font; });
+    editor_->setFocus();
+  });
+  const auto refresh = [this, box] {
+    box->setEnabled(editor_ != nullptr);
+    if (!editor_ || box->hasFocus()) return;
+    box->setEditText(editor_->formats().FontName(editor_->formatting().CharAtCaret().font));
+  };
+  connect(this, &EditorActions::StateChanged, box, refresh);
+  refresh();
+  return box;
+}
+
+void EditorActions::SetFonts(const QStringList& preselected, const QStringList& families) {
+  preselected_fonts_ = preselected;
+  fonts_ = families;
+  emit FontsChanged();
+}
+
+QWidget* EditorActions::SizeBox(QWidget* parent) {
+  auto* box = new FontSizeBox(parent);
+  connect(box, &FontSizeBox::Chosen, this, [this](int half_points) {
+    if (!editor_ || half_points == 0) return Refresh();
+    editor_->formatting().ChangeCharacters(
+        [=](CharFormat& format) { format.half_points = half_points; });
+    editor_->setFocus();
+  });
+  const auto refresh = [this, box] {
+    box->setEnabled(editor_ != nullptr);
+    if (!editor_ || box->hasFocus()) return;
+    box->ShowSize(editor_->formatting().CharAtCaret().half_points);
+  };
+  connect(this, &EditorActions::StateChanged, box, refresh);
+  refresh();
+  return box;
 }
 
 void EditorActions::SetEditor(LetterEditor* editor) {
@@ -378,7 +436,7 @@ void EditorActions::SetEditor(LetterEditor* editor) {
 void EditorActions::ShowMenu(const QPoint& on_screen) {
   QMenu menu(editor_);
   menu.addActions(edit_);
-  if (CaretInTable(*editor_)) {
+  if (editor_->tables().CaretInTable()) {
     menu.addSeparator();
     menu.addActions(table_);
   }

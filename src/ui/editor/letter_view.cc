@@ -19,17 +19,17 @@ LetterView::LetterView(RichTextBox& box, QWidget* parent) : QWidget(parent) {
 }
 
 void LetterView::SetPage(int width, int left, int right) {
-  PaperLook paper = editor_->Paper();
+  PaperLook paper = editor_->paper().Look();
   paper.width = width;
   paper.left = left;
   paper.right = right;
-  editor_->SetPaper(paper);
+  editor_->paper().SetLook(paper);
 }
 
 void LetterView::ChangeWidth(bool page_width) {
-  PaperLook paper = editor_->Paper();
+  PaperLook paper = editor_->paper().Look();
   paper.wraps_at_page = page_width;
-  editor_->SetPaper(paper);
+  editor_->paper().SetLook(paper);
 }
 
 }  // namespace tenora

@@ -1,4 +1,4 @@
-// A letter on its desk: the ruler, and below it the editor on a neutral ground.
+// The view of a letter: the ruler, and below it the editor on a neutral background.
 #pragma once
 
 #include <QWidget>

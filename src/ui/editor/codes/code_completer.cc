@@ -5,8 +5,6 @@
 #include <QTextBlock>
 #include <algorithm>
 
-#include "ui/editor/letter_editor.h"
-
 namespace tenora {
 namespace {
 
@@ -14,9 +12,9 @@ constexpr qsizetype kLongestName = 100;
 
 }  // namespace
 
-CodeCompleter::CodeCompleter(LetterEditor& editor) : QObject(&editor), editor_(editor) {
+CodeCompleter::CodeCompleter(QTextEdit& control) : QObject(&control), control_(control) {
   completer_.setModel(&names_);
-  completer_.setWidget(&editor);
+  completer_.setWidget(&control);
   completer_.setCompletionMode(QCompleter::PopupCompletion);
   completer_.setCaseSensitivity(Qt::CaseInsensitive);
   completer_.setFilterMode(Qt::MatchContains);
@@ -44,7 +42,7 @@ bool CodeCompleter::TakesKey(const QKeyEvent& event) const {
 }
 
 QString CodeCompleter::Started() const {
-  const QTextCursor cursor = editor_.textCursor();
+  const QTextCursor cursor = control_.textCursor();
   const QString before = cursor.block().text().left(cursor.positionInBlock());
   const qsizetype open = before.lastIndexOf(QLatin1String("<<"));
   if (open < 0 || cursor.hasSelection()) return {};
@@ -62,16 +60,16 @@ void CodeCompleter::Typed(const QKeyEvent& event) {
   completer_.setCompletionPrefix(started);
   if (completer_.completionCount() == 0) return completer_.popup()->hide();
   completer_.popup()->setCurrentIndex(completer_.completionModel()->index(0, 0));
-  QRect place = editor_.cursorRect();
+  QRect place = control_.cursorRect();
   place.setWidth(std::max(260, completer_.popup()->sizeHintForColumn(0) +
                                    completer_.popup()->verticalScrollBar()->sizeHint().width()));
   completer_.complete(place);
 }
 
 void CodeCompleter::Insert(const QString& name) {
-  QTextCursor cursor = editor_.textCursor();
+  QTextCursor cursor = control_.textCursor();
   const qsizetype started = Started().size();
-  // The rest of a code that is being changed goes.
+  // The rest of a code that is being changed is removed.
   const QString behind = cursor.block().text().mid(cursor.positionInBlock(), kLongestName);
   const qsizetype end = behind.indexOf(u'>');
   const bool closed =
@@ -86,7 +84,7 @@ void CodeCompleter::Insert(const QString& name) {
   else
     cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::MoveAnchor, 2);
   cursor.endEditBlock();
-  editor_.setTextCursor(cursor);
+  control_.setTextCursor(cursor);
 }
 
 }  // namespace tenora

@@ -5,30 +5,29 @@
 #include <QKeyEvent>
 #include <QObject>
 #include <QStringListModel>
+#include <QTextEdit>
 
 namespace tenora {
-
-class LetterEditor;
 
 class CodeCompleter : public QObject {
   Q_OBJECT
 
  public:
-  explicit CodeCompleter(LetterEditor& editor);
+  explicit CodeCompleter(QTextEdit& control);
 
   void SetCodes(const QStringList& names);
-  // True when the list took the key: the editor then leaves it alone.
+  // True for a key that the list takes while it is shown: the editor then leaves it alone.
   bool TakesKey(const QKeyEvent& event) const;
   // After a key was typed: shows, narrows or hides the list.
   void Typed(const QKeyEvent& event);
   bool ListShown() const;
 
  private:
-  // What stands between the last "<<" before the caret and the caret; null where there is none.
+  // The text between the last "<<" before the caret and the caret; null where there is none.
   QString Started() const;
   void Insert(const QString& name);
 
-  LetterEditor& editor_;
+  QTextEdit& control_;
   QStringListModel names_;
   QCompleter completer_;
 };

@@ -18,7 +18,7 @@ using richtext::Block;
 using richtext::Row;
 using richtext::Table;
 
-constexpr int kPlainWidth = 9000;  // twips of a table where lines end at the window
+constexpr int kNarrowestTable = 1440;  // twips
 
 CellRange SelectedCells(const QTextCursor& cursor, const QTextTable& table) {
   CellRange range;
@@ -30,12 +30,26 @@ CellRange SelectedCells(const QTextCursor& cursor, const QTextTable& table) {
   return {cell.row(), cell.rowSpan(), cell.column(), cell.columnSpan()};
 }
 
-// Gives the table other rows; true once it was found. Without rows it goes.
+// True where the table holds the other one, at any depth.
+bool Holds(const Table& table, const Table* inner) {
+  for (const Row& row : table.rows) {
+    for (const richtext::Cell& cell : row.cells) {
+      for (const Block& block : cell.blocks) {
+        const auto* const nested = std::get_if<std::shared_ptr<Table>>(&block);
+        if (nested != nullptr && (nested->get() == inner || Holds(**nested, inner))) return true;
+      }
+    }
+  }
+  return false;
+}
+
+// Gives the table other rows and returns whether it was found. A table without rows is removed.
 bool ReplaceRows(const Table* table, std::size_t first, std::size_t count, std::vector<Row>* rows,
                  std::vector<Block>* blocks) {
   for (auto block = blocks->begin(); block != blocks->end(); ++block) {
     auto* const found = std::get_if<std::shared_ptr<Table>>(&*block);
     if (found == nullptr) continue;
+    if (found->get() != table && !Holds(**found, table)) continue;
     const auto changed = std::make_shared<Table>(**found);
     if (found->get() == table) {
       const auto begin = changed->rows.begin() + static_cast<std::ptrdiff_t>(first);
@@ -59,18 +73,16 @@ bool ReplaceRows(const Table* table, std::size_t first, std::size_t count, std::
   return false;
 }
 
-// Runs a change of the shape of the caret's table as one undo step. The change gets the shape and
-// the selected cells, moves the range to where the caret is to stand, and tells whether it changed
-// anything.
-template <class Change>
-void ChangeTable(LetterEditor& editor, const Change& change) {
-  editor.ShowBox();
-  const QTextCursor cursor = editor.textCursor();
+}  // namespace
+
+void TableCommands::ChangeTable(const Change& change) {
+  letter_.ShowBox();
+  const QTextCursor cursor = letter_.control().textCursor();
   const QTextTable* const table = cursor.currentTable();
   if (table == nullptr) return;
-  LetterReader reader(editor.formats());
+  LetterReader reader(letter_.formats());
   reader.LookFor(table);
-  std::vector<Block> blocks = reader.Read(*editor.document());
+  std::vector<Block> blocks = reader.Read(*letter_.control().document());
   const LetterReader::FoundTable& found = reader.Found();
   if (found.table == nullptr) return;
   CellRange cells = SelectedCells(cursor, *table);
@@ -84,14 +96,14 @@ void ChangeTable(LetterEditor& editor, const Change& change) {
   }
   const std::vector<Block> before = blocks;
   ReplaceRows(found.table, found.grid.first_row, found.grid.rows.size(), &rows, &blocks);
-  UpdateLetter(editor.document(), &editor.formats(), before, reader.positions(), blocks);
-  editor.box().Select(caret, 0);
+  UpdateLetter(letter_.control().document(), &letter_.formats(), before, reader.positions(),
+               blocks);
+  letter_.box().Select(caret, 0);
 }
 
-// False where a selected row, or column, has protected text.
-bool MayRemove(LetterEditor& editor, bool rows) {
-  editor.ShowBox();
-  const QTextCursor cursor = editor.textCursor();
+bool TableCommands::MayRemove(bool rows) {
+  letter_.ShowBox();
+  const QTextCursor cursor = letter_.control().textCursor();
   const QTextTable* const table = cursor.currentTable();
   if (table == nullptr) return false;
   CellRange range = SelectedCells(cursor, *table);
@@ -105,13 +117,13 @@ bool MayRemove(LetterEditor& editor, bool rows) {
   for (int i = 0; i < range.rows * range.columns; ++i) {
     const QTextTableCell cell =
         table->cellAt(range.row + i / range.columns, range.column + i % range.columns);
-    if (!editor.MayChange(cell.firstPosition(), cell.lastPosition())) return false;
+    if (!letter_.MayChange(cell.firstPosition(), cell.lastPosition())) return false;
   }
   return true;
 }
 
-void AppendRow(LetterEditor& editor) {
-  ChangeTable(editor, [](TableShape& shape, CellRange& cells) {
+void TableCommands::AppendRow() {
+  ChangeTable([](TableShape& shape, CellRange& cells) {
     cells = {.row = shape.rows() - 1};
     shape.InsertRow(cells, Side::kAfter);
     ++cells.row;
@@ -119,14 +131,12 @@ void AppendRow(LetterEditor& editor) {
   });
 }
 
-}  // namespace
-
-bool CaretInTable(const LetterEditor& editor) {
-  return editor.textCursor().currentTable() != nullptr;
+bool TableCommands::CaretInTable() const {
+  return letter_.control().textCursor().currentTable() != nullptr;
 }
 
-void MoveToCell(LetterEditor& editor, Side side) {
-  QTextCursor cursor = editor.textCursor();
+void TableCommands::MoveToCell(Side side) {
+  QTextCursor cursor = letter_.control().textCursor();
   const QTextTable* table = cursor.currentTable();
   if (table == nullptr) return;
   const QTextTableCell here = table->cellAt(cursor);
@@ -140,83 +150,82 @@ void MoveToCell(LetterEditor& editor, Side side) {
   for (int i = here.row() * columns + here.column() + step;; i += step) {
     if (i < 0) return;
     // From the last cell into a new row.
-    if (i >= table->rows() * columns) return AppendRow(editor);
+    if (i >= table->rows() * columns) return AppendRow();
     if (!is_stop(i / columns, i % columns)) continue;
-    return editor.setTextCursor(table->cellAt(i / columns, i % columns).firstCursorPosition());
+    return letter_.control().setTextCursor(
+        table->cellAt(i / columns, i % columns).firstCursorPosition());
   }
 }
 
-void InsertTable(LetterEditor& editor, int rows, int columns) {
-  const PaperLook& paper = editor.Paper();
-  const int width = paper.wraps_at_page ? paper.width - paper.left - paper.right : kPlainWidth;
-  const richtext::CharFormat format = editor.CharAtCaret();
+void TableCommands::InsertTable(int rows, int columns, int width) {
+  const richtext::CharFormat format = formats_.CharAtCaret();
   std::vector<Block> blocks;
   blocks.emplace_back(
-      std::make_shared<Table>(NewTable(rows, columns, std::max(width, 1440), format)));
+      std::make_shared<Table>(NewTable(rows, columns, std::max(width, kNarrowestTable), format)));
   richtext::Paragraph behind;
-  behind.format = editor.ParagraphAtCaret();
+  behind.format = formats_.ParagraphAtCaret();
   behind.mark = format;
   blocks.emplace_back(std::move(behind));
-  const int place = editor.textCursor().selectionStart();
-  editor.InsertBlocks(blocks);
+  const int place = letter_.control().textCursor().selectionStart();
+  letter_.InsertBlocks(blocks);
   // The caret into the first cell.
-  QTextCursor cursor = editor.textCursor();
+  QTextCursor cursor = letter_.control().textCursor();
   cursor.setPosition(place + 1);
-  editor.setTextCursor(cursor);
+  letter_.control().setTextCursor(cursor);
 }
 
-void InsertTableRow(LetterEditor& editor, Side side) {
-  ChangeTable(editor, [side](TableShape& shape, CellRange& cells) {
+void TableCommands::InsertRow(Side side) {
+  ChangeTable([side](TableShape& shape, CellRange& cells) {
     shape.InsertRow(cells, side);
     if (side == Side::kAfter) cells.row += cells.rows;
     return true;
   });
 }
 
-void InsertTableColumn(LetterEditor& editor, Side side) {
-  ChangeTable(editor, [side](TableShape& shape, CellRange& cells) {
+void TableCommands::InsertColumn(Side side) {
+  ChangeTable([side](TableShape& shape, CellRange& cells) {
     shape.InsertColumn(cells, side);
     if (side == Side::kAfter) cells.column += cells.columns;
     return true;
   });
 }
 
-void RemoveTableRows(LetterEditor& editor) {
-  if (!MayRemove(editor, true)) return;
-  ChangeTable(editor, [](TableShape& shape, const CellRange& cells) {
+void TableCommands::RemoveRows() {
+  if (!MayRemove(true)) return;
+  ChangeTable([](TableShape& shape, const CellRange& cells) {
     shape.RemoveRows(cells);
     return true;
   });
 }
 
-void RemoveTableColumns(LetterEditor& editor) {
-  if (!MayRemove(editor, false)) return;
-  ChangeTable(editor, [](TableShape& shape, const CellRange& cells) {
+void TableCommands::RemoveColumns() {
+  if (!MayRemove(false)) return;
+  ChangeTable([](TableShape& shape, const CellRange& cells) {
     shape.RemoveColumns(cells);
     return true;
   });
 }
 
-void MergeTableCells(LetterEditor& editor) {
-  ChangeTable(editor, [](TableShape& shape, CellRange& cells) { return shape.Merge(&cells); });
+void TableCommands::MergeSelected() {
+  ChangeTable([](TableShape& shape, CellRange& cells) { return shape.Merge(&cells); });
 }
 
-void MergeCellAcross(LetterEditor& editor) {
-  ChangeTable(editor, [](TableShape& shape, CellRange& cells) {
+void TableCommands::MergeAcross() {
+  ChangeTable([](TableShape& shape, CellRange& cells) {
     ++cells.columns;
     return shape.Merge(&cells);
   });
 }
 
-void MergeCellDown(LetterEditor& editor) {
-  ChangeTable(editor, [](TableShape& shape, CellRange& cells) {
+void TableCommands::MergeDown() {
+  ChangeTable([](TableShape& shape, CellRange& cells) {
     ++cells.rows;
     return shape.Merge(&cells);
   });
 }
 
-void SplitTableCell(LetterEditor& editor) {
-  ChangeTable(editor, [](TableShape& shape, const CellRange& cells) { return shape.Split(cells); });
+void TableCommands::SplitCell() {
+  ChangeTable([](TableShape& shape, const CellRange& cells) { return shape.Split(cells); });
 }
 
 }  // namespace tenora

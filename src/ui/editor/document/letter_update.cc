@@ -141,10 +141,6 @@ Middle DifferentBlocks(const std::vector<Block>& from, const std::vector<Block>&
 
 }  // namespace
 
-bool SameBlocks(const std::vector<Block>& left, const std::vector<Block>& right) {
-  return Comparison().Compare(left, right, false);
-}
-
 void UpdateLetter(QTextDocument* document, LetterFormats* formats, const std::vector<Block>& shown,
                   const PositionMap& positions, const std::vector<Block>& wanted) {
   LetterLoader loader(*formats);

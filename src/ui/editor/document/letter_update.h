@@ -11,9 +11,6 @@
 
 namespace tenora {
 
-bool SameBlocks(const std::vector<richtext::Block>& left,
-                const std::vector<richtext::Block>& right);
-
 // `positions` are those of `shown`. All is one undo step.
 void UpdateLetter(QTextDocument* document, LetterFormats* formats,
                   const std::vector<richtext::Block>& shown, const PositionMap& positions,

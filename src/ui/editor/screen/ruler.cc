@@ -32,26 +32,27 @@ Ruler::Ruler(LetterEditor& editor, QWidget* parent) : QWidget(parent), editor_(e
   const auto refresh = qOverload<>(&QWidget::update);
   connect(&editor, &QTextEdit::cursorPositionChanged, this, refresh);
   connect(&editor, &QTextEdit::textChanged, this, refresh);
-  connect(&editor, &LetterEditor::ZoomChanged, this, refresh);
-  connect(&editor, &LetterEditor::PaperChanged, this, refresh);
+  connect(&editor.paper(), &PaperLayout::ZoomChanged, this, refresh);
+  connect(&editor.paper(), &PaperLayout::PaperChanged, this, refresh);
   connect(editor.horizontalScrollBar(), &QScrollBar::valueChanged, this, refresh);
 }
 
 QSize Ruler::sizeHint() const { return {200, kHeight}; }
 
-double Ruler::Scale() const { return PixelsOfTwips(1) * editor_.Zoom(); }
+double Ruler::Scale() const { return PixelsOfTwips(1) * editor_.paper().Zoom(); }
 
 double Ruler::TextLeft() const {
   const double viewport = editor_.viewport()->mapTo(parentWidget(), QPoint(0, 0)).x() - x();
-  return viewport - editor_.horizontalScrollBar()->value() + editor_.TextLeftMargin() * Scale();
+  return viewport - editor_.horizontalScrollBar()->value() +
+         editor_.paper().TextLeftMargin() * Scale();
 }
 
 int Ruler::TextWidth() const {
-  const PaperLook& paper = editor_.Paper();
+  const PaperLook& paper = editor_.paper().Look();
   if (paper.wraps_at_page) return std::max(paper.width - paper.left - paper.right, kNarrowestText);
-  return std::max(
-      static_cast<int>(editor_.viewport()->width() / Scale()) - 2 * editor_.TextLeftMargin(),
-      kNarrowestText);
+  return std::max(static_cast<int>(editor_.viewport()->width() / Scale()) -
+                      2 * editor_.paper().TextLeftMargin(),
+                  kNarrowestText);
 }
 
 int Ruler::TwipsAt(double x) const {
@@ -63,8 +64,8 @@ void Ruler::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.fillRect(rect(), palette().window());
   const QRectF text(TextLeft(), 4, TextWidth() * Scale(), kHeight - 8);
-  if (editor_.Paper().wraps_at_page) {
-    const PaperLook& paper = editor_.Paper();
+  if (editor_.paper().Look().wraps_at_page) {
+    const PaperLook& paper = editor_.paper().Look();
     painter.fillRect(
         QRectF(text.left() - paper.left * Scale(), 4, paper.width * Scale(), kHeight - 8),
         palette().mid());
@@ -94,7 +95,7 @@ void Ruler::PaintScale(QPainter* painter) const {
 }
 
 void Ruler::PaintGrips(QPainter* painter) {
-  ParagraphFormat format = editor_.ParagraphAtCaret();
+  ParagraphFormat format = editor_.formatting().ParagraphAtCaret();
   if (held_ && held_->grip == Grip::kFirst) format.first_indent = held_->value - format.left_indent;
   if (held_ && held_->grip == Grip::kLeft) format.left_indent = held_->value;
   if (held_ && held_->grip == Grip::kRight) format.right_indent = TextWidth() - held_->value;
@@ -123,7 +124,7 @@ void Ruler::PaintGrips(QPainter* painter) {
 }
 
 std::optional<Ruler::Held> Ruler::GripAt(QPointF point) {
-  const ParagraphFormat format = editor_.ParagraphAtCaret();
+  const ParagraphFormat format = editor_.formatting().ParagraphAtCaret();
   const auto near = [&](int twips) {
     return std::abs(point.x() - (TextLeft() + twips * Scale())) <= kReach;
   };
@@ -137,7 +138,7 @@ std::optional<Ruler::Held> Ruler::GripAt(QPointF point) {
   if (!upper && near(format.left_indent)) return Held{Grip::kLeft, 0, format.left_indent};
   const int right = TextWidth() - format.right_indent;
   if (!upper && near(right)) return Held{Grip::kRight, 0, right};
-  if (!editor_.Paper().wraps_at_page) return std::nullopt;
+  if (!editor_.paper().Look().wraps_at_page) return std::nullopt;
   if (near(0)) return Held{Grip::kLeftMargin, 0, 0};
   if (near(TextWidth())) return Held{Grip::kRightMargin, 0, TextWidth()};
   return std::nullopt;
@@ -148,7 +149,7 @@ void Ruler::mousePressEvent(QMouseEvent* event) {
   held_ = GripAt(event->position());
   const int twips = Snap(TwipsAt(event->position().x()));
   if (held_ || twips <= 0 || twips >= TextWidth()) return;
-  editor_.ChangeParagraphs([&](ParagraphFormat& format) {
+  editor_.formatting().ChangeParagraphs([&](ParagraphFormat& format) {
     const auto behind = std::find_if(format.tabs.begin(), format.tabs.end(),
                                      [&](const TabStop& tab) { return tab.position > twips; });
     TabStop tab;
@@ -161,8 +162,8 @@ void Ruler::mousePressEvent(QMouseEvent* event) {
 
 void Ruler::mouseMoveEvent(QMouseEvent* event) {
   if (!held_) return;
-  held_->value = std::clamp(Snap(TwipsAt(event->position().x())), -editor_.TextLeftMargin(),
-                            TextWidth() + editor_.TextLeftMargin());
+  held_->value = std::clamp(Snap(TwipsAt(event->position().x())), -editor_.paper().TextLeftMargin(),
+                            TextWidth() + editor_.paper().TextLeftMargin());
   held_->off = event->position().y() > height() + kHeight;
   update();
 }
@@ -177,26 +178,27 @@ void Ruler::mouseReleaseEvent(QMouseEvent*) {
 
 void Ruler::mouseDoubleClickEvent(QMouseEvent*) {
   held_.reset();
-  const auto tabs = AskTabStops(this, editor_.ParagraphAtCaret().tabs);
-  if (tabs) editor_.ChangeParagraphs([&](ParagraphFormat& format) { format.tabs = *tabs; });
+  const auto tabs = AskTabStops(this, editor_.formatting().ParagraphAtCaret().tabs);
+  if (tabs)
+    editor_.formatting().ChangeParagraphs([&](ParagraphFormat& format) { format.tabs = *tabs; });
 }
 
 void Ruler::Apply(const Held& held) {
-  const PaperLook& paper = editor_.Paper();
-  // What one margin can be beside the other, which may take all of the paper already.
-  const auto room = [&](int other) { return std::max(paper.width - other - kNarrowestText, 0); };
+  const PaperLook& paper = editor_.paper().Look();
+  // The widest that one margin can be; the other may already take all of the paper.
+  const auto widest = [&](int other) { return std::max(paper.width - other - kNarrowestText, 0); };
   if (held.grip == Grip::kLeftMargin) {
-    const int left = std::clamp(paper.left + held.value, 0, room(paper.right));
+    const int left = std::clamp(paper.left + held.value, 0, widest(paper.right));
     if (left != paper.left) emit MarginsDragged(left, paper.right);
     return;
   }
   if (held.grip == Grip::kRightMargin) {
-    const int right = std::clamp(paper.right + TextWidth() - held.value, 0, room(paper.left));
+    const int right = std::clamp(paper.right + TextWidth() - held.value, 0, widest(paper.left));
     if (right != paper.right) emit MarginsDragged(paper.left, right);
     return;
   }
   const int width = TextWidth();
-  const ParagraphFormat before = editor_.ParagraphAtCaret();
+  const ParagraphFormat before = editor_.formatting().ParagraphAtCaret();
   ParagraphFormat after = before;
   const auto change = [&](ParagraphFormat& format) {
     if (held.grip == Grip::kFirst) format.first_indent = held.value - format.left_indent;
@@ -211,7 +213,7 @@ void Ruler::Apply(const Held& held) {
     std::ranges::sort(format.tabs, {}, &TabStop::position);
   };
   change(after);
-  if (after != before) editor_.ChangeParagraphs(change);
+  if (after != before) editor_.formatting().ChangeParagraphs(change);
 }
 
 }  // namespace tenora

@@ -145,7 +145,7 @@ void PaddingSource(const Row& row, const richtext::Padding& padding, std::string
 }
 
 void CellSource(const Row& row, const Cell& cell, std::string* out) {
-  out->append(MergeSource(cell));
+  out->append(CellMergeWords(cell));
   if (cell.vertical_align == Cell::VerticalAlign::kCentre) out->append("\\clvertalc");
   if (cell.vertical_align == Cell::VerticalAlign::kBottom) out->append("\\clvertalb");
   BorderSource("clbrdrt", cell.top, out);
@@ -181,7 +181,7 @@ std::vector<TableGrid> MakeGrids(const Table& table) {
   return grids;
 }
 
-std::string MergeSource(const Cell& cell) {
+std::string CellMergeWords(const Cell& cell) {
   std::string source;
   if (cell.vertical_merge == Cell::Merge::kFirst) source.append("\\clvmgf");
   if (cell.vertical_merge == Cell::Merge::kContinued) source.append("\\clvmrg");

@@ -33,7 +33,7 @@ std::vector<TableGrid> MakeGrids(const richtext::Table& table);
 std::string RowSource(const richtext::Row& row);
 
 // The words of a cell's definition that tell how it is merged with others.
-std::string MergeSource(const richtext::Cell& cell);
+std::string CellMergeWords(const richtext::Cell& cell);
 
 // A table of equal columns with lines around its cells.
 richtext::Table NewTable(int rows, int columns, int width, const richtext::CharFormat& format);

@@ -366,7 +366,7 @@ Row TableShape::MakeRow(int row) const {
         cell.vertical_merge = piece->rows == 1    ? Cell::Merge::kNone
                               : piece->row == row ? Cell::Merge::kFirst
                                                   : Cell::Merge::kContinued;
-        cell_words.append(MergeSource(cell)).append(part[i].words);
+        cell_words.append(CellMergeWords(cell)).append(part[i].words);
         cell_words.append("\\cellx").append(std::to_string(cell.right_edge));
       }
       made.cells.push_back(std::move(cell));

@@ -1,21 +1,21 @@
-// The formats of the selection and of what is typed next.
-#include <QTextBlock>
+#include "ui/editor/commands/format_commands.h"
+
 #include <QTextDocument>
 #include <QTextTable>
 #include <algorithm>
 #include <utility>
-#include <vector>
 
-#include "ui/editor/letter_editor.h"
+#include "ui/editor/codes/merge_code_spans.h"
 #include "ui/editor/text/text_properties.h"
+#include "ui/editor/text/typing_format.h"
 
 namespace tenora {
 namespace {
 
 // Qt keeps no history of the format of the first paragraph's mark.
-class FirstMarkStep : public QAbstractUndoItem {
+class FirstMarkCommand : public QAbstractUndoItem {
  public:
-  FirstMarkStep(QTextDocument* document, QTextCharFormat before, QTextCharFormat after)
+  FirstMarkCommand(QTextDocument* document, QTextCharFormat before, QTextCharFormat after)
       : document_(document), before_(std::move(before)), after_(std::move(after)) {}
   void undo() override { QTextCursor(document_).setBlockCharFormat(before_); }
   void redo() override { QTextCursor(document_).setBlockCharFormat(after_); }
@@ -28,31 +28,25 @@ class FirstMarkStep : public QAbstractUndoItem {
 void SetMark(QTextCursor* cursor, const QTextCharFormat& mark) {
   if (cursor->block().position() == 0) {
     QTextDocument* document = cursor->document();
-    document->appendUndoItem(new FirstMarkStep(document, cursor->blockCharFormat(), mark));
+    document->appendUndoItem(new FirstMarkCommand(document, cursor->blockCharFormat(), mark));
   }
   cursor->setBlockCharFormat(mark);
 }
 
 }  // namespace
 
-richtext::CharFormat LetterEditor::CharAtCaret() {
-  ShowBox();
-  QTextCursor cursor = textCursor();
-  if (cursor.hasSelection()) {
-    cursor.setPosition(cursor.selectionStart());
-    cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
-    return formats_.CharOf(cursor.charFormat());
-  }
-  return formats_.CharOf(currentCharFormat());
+richtext::CharFormat FormatCommands::CharAtCaret() {
+  letter_.ShowBox();
+  return letter_.formats().CharOf(FormatAtCaret(letter_.control()));
 }
 
-richtext::ParagraphFormat LetterEditor::ParagraphAtCaret() {
-  ShowBox();
-  return formats_.ParagraphOf(textCursor().blockFormat());
+richtext::ParagraphFormat FormatCommands::ParagraphAtCaret() {
+  letter_.ShowBox();
+  return letter_.formats().ParagraphOf(letter_.control().textCursor().blockFormat());
 }
 
-std::vector<QTextBlock> LetterEditor::SelectedBlocks() const {
-  const QTextCursor cursor = textCursor();
+std::vector<QTextBlock> FormatCommands::SelectedBlocks() const {
+  const QTextCursor cursor = letter_.control().textCursor();
   std::vector<QTextBlock> blocks;
   if (const QTextTable* table = cursor.currentTable(); cursor.hasComplexSelection()) {
     int row = 0, rows = 0, column = 0, columns = 0;
@@ -67,7 +61,7 @@ std::vector<QTextBlock> LetterEditor::SelectedBlocks() const {
     }
     return blocks;
   }
-  QTextBlock block = document()->findBlock(cursor.selectionStart());
+  QTextBlock block = letter_.control().document()->findBlock(cursor.selectionStart());
   const int end = cursor.selectionEnd();
   for (; block.isValid(); block = block.next()) {
     if (block.position() > end || (block.position() == end && !blocks.empty())) break;
@@ -76,23 +70,25 @@ std::vector<QTextBlock> LetterEditor::SelectedBlocks() const {
   return blocks;
 }
 
-void LetterEditor::ChangeCharacters(const std::function<void(richtext::CharFormat&)>& change) {
-  ShowBox();
-  const QTextCursor cursor = textCursor();
-  if (MayChange(cursor.selectionStart(), cursor.selectionEnd())) FormatCharacters(change);
+void FormatCommands::ChangeCharacters(const std::function<void(richtext::CharFormat&)>& change) {
+  letter_.ShowBox();
+  const QTextCursor cursor = letter_.control().textCursor();
+  if (letter_.MayChange(cursor.selectionStart(), cursor.selectionEnd())) FormatCharacters(change);
 }
 
-void LetterEditor::ProtectCharacters(bool protect) {
-  ShowBox();
+void FormatCommands::ProtectCharacters(bool protect) {
+  letter_.ShowBox();
   FormatCharacters([=](richtext::CharFormat& format) { format.protect = protect; });
 }
 
-void LetterEditor::FormatCharacters(const std::function<void(richtext::CharFormat&)>& change) {
-  QTextCursor cursor = textCursor();
-  const auto changed = [&](QTextCharFormat format) {
-    richtext::CharFormat own = formats_.CharOf(format);
+void FormatCommands::FormatCharacters(const std::function<void(richtext::CharFormat&)>& change) {
+  QTextEdit& control = letter_.control();
+  LetterFormats& formats = letter_.formats();
+  QTextCursor cursor = control.textCursor();
+  const auto changed = [&](const QTextCharFormat& format) {
+    richtext::CharFormat own = formats.CharOf(format);
     change(own);
-    QTextCharFormat shown = formats_.Char(own);
+    QTextCharFormat shown = formats.Char(own);
     for (const int kept : {int(kFieldProperty), int(kObjectProperty), int(kSerialProperty),
                            int(QTextFormat::ObjectType)}) {
       if (format.hasProperty(kept)) shown.setProperty(kept, format.property(kept));
@@ -102,25 +98,33 @@ void LetterEditor::FormatCharacters(const std::function<void(richtext::CharForma
   int start = cursor.selectionStart(), end = cursor.selectionEnd();
   if (cursor.hasComplexSelection()) {
     start = 0;
-    end = document()->characterCount();
+    end = control.document()->characterCount();
   }
-  TakeWholeCodes(*document(), &start, &end);
-  if (start == end) {
-    QTextCharFormat format = changed(currentCharFormat());
-    format.clearProperty(QTextFormat::ObjectType);
-    if (cursor.block().length() == 1) {
-      QTextCharFormat mark = cursor.blockCharFormat();
-      mark.merge(formats_.Mark(formats_.CharOf(format)));
-      SetMark(&cursor, mark);
-    }
-    return setCurrentCharFormat(format);
+  TakeWholeCodes(*control.document(), &start, &end);
+  if (start != end) {
+    FormatRange(start, end, changed);
+    return;
   }
+  QTextCharFormat format = changed(control.currentCharFormat());
+  format.clearProperty(QTextFormat::ObjectType);
+  if (cursor.block().length() == 1) {
+    QTextCharFormat mark = cursor.blockCharFormat();
+    mark.merge(formats.Mark(formats.CharOf(format)));
+    SetMark(&cursor, mark);
+  }
+  control.setCurrentCharFormat(format);
+}
+
+void FormatCommands::FormatRange(
+    int start, int end, const std::function<QTextCharFormat(const QTextCharFormat&)>& changed) {
   struct Piece {
     int from, to;
     QTextCharFormat format;
   };
+  QTextEdit& control = letter_.control();
+  LetterFormats& formats = letter_.formats();
   std::vector<Piece> pieces;
-  QTextCursor edit(document());
+  QTextCursor edit(control.document());
   edit.beginEditBlock();
   for (const QTextBlock& block : SelectedBlocks()) {
     for (auto it = block.begin(); !it.atEnd(); ++it) {
@@ -131,7 +135,7 @@ void LetterEditor::FormatCharacters(const std::function<void(richtext::CharForma
     if (block.position() + block.length() - 1 < end || block.length() == 1) {
       edit.setPosition(block.position());
       QTextCharFormat mark = edit.blockCharFormat();
-      mark.merge(formats_.Mark(formats_.CharOf(changed(mark))));
+      mark.merge(formats.Mark(formats.CharOf(changed(mark))));
       SetMark(&edit, mark);
     }
   }
@@ -141,21 +145,23 @@ void LetterEditor::FormatCharacters(const std::function<void(richtext::CharForma
     edit.setCharFormat(changed(piece.format));
   }
   edit.endEditBlock();
-  emit currentCharFormatChanged(currentCharFormat());
+  emit control.currentCharFormatChanged(control.currentCharFormat());
 }
 
-void LetterEditor::ChangeParagraphs(const std::function<void(richtext::ParagraphFormat&)>& change) {
-  ShowBox();
+void FormatCommands::ChangeParagraphs(
+    const std::function<void(richtext::ParagraphFormat&)>& change) {
+  letter_.ShowBox();
+  LetterFormats& formats = letter_.formats();
   const std::vector<QTextBlock> blocks = SelectedBlocks();
   const QTextBlock& last = blocks.back();
-  if (!MayChange(blocks.front().position(), last.position() + last.length() - 1)) return;
-  QTextCursor edit(document());
+  if (!letter_.MayChange(blocks.front().position(), last.position() + last.length() - 1)) return;
+  QTextCursor edit(letter_.control().document());
   edit.beginEditBlock();
   for (const QTextBlock& block : blocks) {
-    richtext::ParagraphFormat format = formats_.ParagraphOf(block.blockFormat());
+    richtext::ParagraphFormat format = formats.ParagraphOf(block.blockFormat());
     change(format);
     edit.setPosition(block.position());
-    edit.setBlockFormat(formats_.Paragraph(format));
+    edit.setBlockFormat(formats.Paragraph(format));
   }
   edit.endEditBlock();
 }

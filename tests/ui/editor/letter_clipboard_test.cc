@@ -1,0 +1,60 @@
+#include "ui/editor/clipboard/letter_clipboard.h"
+
+#include <QMimeData>
+#include <memory>
+
+#include "editor_fixture.h"
+#include "ui/editor/commands/format_commands.h"
+
+namespace tenora {
+namespace {
+
+class LetterClipboardTest : public PlainControlTest {
+ protected:
+  void Paste(const QMimeData& data) {
+    letter.InsertBlocks(BlocksOf(data, letter.formats(), formatting.CharAtCaret()));
+  }
+
+  FormatCommands formatting{letter};
+};
+
+TEST_F(LetterClipboardTest, PastesTheRichestFormAndCopiesAllForms) {
+  struct Case {
+    const char* type;
+    const char* data;
+    const char* text;
+    const char* source;
+  };
+  std::string nested;
+  for (int i = 0; i < 40; ++i) nested += "<table><tr><td>";
+  const Case cases[] = {
+      {"text/rtf", "{\\rtf1{\\fonttbl{\\f3 Verdana;}}\\f3\\b bold}", "bold!", "\\b"},
+      {"text/rtf", "{\\rtf1 {{{{\\trowd\\cellx9999999999 \\bin99999 x", nullptr, ""},
+      {"text/html", "<p>one <i>two</i></p><img src='file:///etc/hostname'>", nullptr, "\\i two"},
+      {"text/html", "<table><tr><td>c1<td>c2</table>", nullptr, "\\cell"},
+      {"text/html", "<h1>Big</h1><ol><li>one</ol>", nullptr, "\\pndec"},
+      {"text/html", "<table border=1><tr><td>c1</table>", nullptr, "\\clbrdrr"},
+      {"text/html", nested.c_str(), nullptr, "\\itap6"},
+      {"text/plain", "x\\y{z}", "x\\y{z}!", "\\\\y\\{z\\}"},
+  };
+  for (const Case& c : cases) {
+    Open("\\pard\\f0\\fs24 !");
+    QMimeData data;
+    data.setData(c.type, c.data);
+    Paste(data);
+    if (c.text != nullptr) {
+      EXPECT_EQ(box.Text(), c.text);
+    }
+    EXPECT_NE(box.TextRTF().find(c.source), std::string::npos) << box.TextRTF();
+    control.selectAll();
+    const std::unique_ptr<QMimeData> copy(CopySelection(control.textCursor(), letter.formats()));
+    const std::string all = box.TextRTF();
+    Open("\\pard ");
+    Paste(*copy);
+    EXPECT_NE(box.TextRTF().find(c.source), std::string::npos) << c.type << box.TextRTF();
+    EXPECT_TRUE(copy->hasHtml() && copy->hasText());
+  }
+}
+
+}  // namespace
+}  // namespace tenora

@@ -1,0 +1,71 @@
+#include "ui/editor/commands/typing_keys.h"
+
+#include "editor_fixture.h"
+
+namespace tenora {
+namespace {
+
+class TypingKeysTest : public EditorTest {};
+
+TEST_F(TypingKeysTest, KeepsAFieldFromGrowingAtItsEnd) {
+  Open("{\\field{\\*\\fldinst{HYPERLINK \"x\"}}{\\fldrslt link}}\\par");
+  box.Select(4, 0);
+  Type("s");
+  EXPECT_NE(box.TextRTF().find("link}}s"), std::string::npos) << box.TextRTF();
+}
+
+TEST_F(TypingKeysTest, LeavesProtectedTextAsItIs) {
+  struct Case {
+    int start, length;
+    Qt::Key key;
+    const char* text;
+  };
+  const Case cases[] = {
+      {5, 0, Qt::Key_X, "ab safe cd"},         {3, 0, Qt::Key_Delete, "ab safe cd"},
+      {4, 0, Qt::Key_Backspace, "ab safe cd"}, {1, 3, Qt::Key_X, "ab safe cd"},
+      {5, 0, Qt::Key_Return, "ab safe cd"},    {7, 0, Qt::Key_X, "ab safex cd"},
+      {3, 0, Qt::Key_X, "ab xsafe cd"},        {0, 2, Qt::Key_X, "x safe cd"}};
+  for (const Case& c : cases) {
+    Open("\\pard\\f0\\fs24 ab \\protect safe\\protect0  cd");
+    box.Select(c.start, c.length);
+    QTest::keyClick(&editor, c.key);
+    EXPECT_EQ(box.Text(), c.text) << c.start;
+    EXPECT_NE(box.TextRTF().find("\\protect safe\\protect0 "), std::string::npos) << box.TextRTF();
+  }
+  box.Select(4, 2);
+  box.SetSelText("<<Name>>");
+  editor.formatting().ChangeCharacters([](richtext::CharFormat& format) { format.bold = true; });
+  EXPECT_NE(box.TextRTF().find("\\protect safe\\protect0 "), std::string::npos) << box.TextRTF();
+  editor.formatting().ProtectCharacters(false);
+  QTest::keyClick(&editor, Qt::Key_X);
+  EXPECT_EQ(box.Text(), "x sax cd");
+}
+
+// Keys met a selection that ends behind a picture or in an empty cell with a change of its format.
+TEST_F(TypingKeysTest, KeepsTheFormatsOfASelectionThatKeysMeet) {
+  Open("\\pard\\f0\\fs24\\b bold\\b0  plain\\page\\par end");
+  const std::string before = Written();
+  box.Select(0, 11);
+  QTest::keyClick(&editor, Qt::Key_Left, Qt::ShiftModifier);
+  EXPECT_EQ(box.TextRTF(), before);
+  box.Select(0, 11);
+  Type("x");
+  EXPECT_EQ(box.Text(), "x\r\nend");
+  editor.Undo();
+  EXPECT_EQ(box.TextRTF(), before);
+}
+
+TEST_F(TypingKeysTest, GoesFromCellToCellWithTheTabKey) {
+  Open(std::string(kTable) + "end");
+  box.Select(0, 0);
+  for (const char* text : {"1", "2", "3", "4"}) {
+    Type(text);
+    QTest::keyClick(&editor, Qt::Key_Tab);
+  }
+  QTest::keyClick(&editor, Qt::Key_Backtab);
+  Type("5");
+  EXPECT_EQ(box.Text(), "1a\t2b\r\n3wide\t\r\n54\t\r\n\t\r\nend");
+}
+
+}  // namespace
+}  // namespace tenora
