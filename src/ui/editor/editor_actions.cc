@@ -15,7 +15,7 @@
 #include "ui/editor/commands/editor_dialogs.h"
 #include "ui/editor/commands/font_boxes.h"
 
-// The resource of a static library is linked in only where it is asked for.
+// The resources of a static library are linked only when they are referenced.
 static void LinkEditorIcons() { Q_INIT_RESOURCE(editor); }
 
 namespace tenora {
@@ -144,8 +144,8 @@ void EditorActions::MakeEditActions() {
               [](LetterEditor& editor) { return editor.document()->isUndoAvailable(); });
   EnableWhere(Add(&edit_, tr("&Redo"), "redo", {}, [](LetterEditor& editor) { editor.Redo(); }),
               [](LetterEditor& editor) { return editor.document()->isRedoAvailable(); });
-  // Both desktops' customs. The standard key is one of them, and a key given twice works for
-  // nobody.
+  // What users of either desktop expect. The standard key is one of the two; listed twice, a key is
+  // ambiguous and does nothing.
   edit_.last()->setShortcuts(
       {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y)});
   Separate(&edit_);
@@ -425,7 +425,7 @@ void EditorActions::SetEditor(LetterEditor* editor) {
         connect(editor->document(), &QTextDocument::undoAvailable, this, &EditorActions::Refresh),
         connect(editor->document(), &QTextDocument::redoAvailable, this, &EditorActions::Refresh),
         connect(editor, &QObject::destroyed, this, [this] {
-          // What is left of it is no editor any more.
+          // Only its QObject is left.
           editor_.clear();
           Refresh();
         })};
@@ -445,7 +445,7 @@ void EditorActions::ShowMenu(const QPoint& on_screen) {
 }
 
 void EditorActions::Refresh() {
-  // An editor that is being destroyed has no more caret.
+  // The pointer is null once the editor is being destroyed.
   LetterEditor* const editor = editor_.data();
   for (const auto& [action, holds] : std::as_const(enabled_))
     action->setEnabled(editor != nullptr && holds(*editor));

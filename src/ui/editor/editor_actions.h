@@ -22,7 +22,7 @@ class EditorActions : public QObject {
   void SetEditor(LetterEditor* editor);
   LetterEditor* Editor() const { return editor_; }
 
-  // Undo, redo; cut, copy, paste, paste as plain text; select all. Parted by separators.
+  // Undo, redo; cut, copy, paste, paste as plain text; select all. With separators between them.
   const QList<QAction*>& EditActions() const { return edit_; }
   // Bold to subscript, colours; alignment; bullets, numbers, indents, spacing, tab stops.
   const QList<QAction*>& FormatActions() const { return format_; }
@@ -32,7 +32,7 @@ class EditorActions : public QObject {
   const QList<QAction*>& ViewActions() const { return view_; }
   // Font and size boxes; each parent gets its own.
   QWidget* FontBox(QWidget* parent);
-  // What the font boxes list: the preselected ones first, apart from the others.
+  // What the font boxes list: the preselected ones first, then a separator and the others.
   void SetFonts(const QStringList& preselected, const QStringList& families);
   QWidget* SizeBox(QWidget* parent);
 

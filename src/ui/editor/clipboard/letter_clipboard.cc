@@ -48,7 +48,7 @@ Run PictureRun(std::shared_ptr<const richtext::Picture> picture,
   return run;
 }
 
-// A page's own data and local pictures; nothing is fetched.
+// A pasted page shows only the pictures it contains as data: nothing is fetched, no file is read.
 class PastedPage : public QTextDocument {
  protected:
   QVariant loadResource(int type, const QUrl& name) override {
@@ -58,7 +58,7 @@ class PastedPage : public QTextDocument {
   }
 };
 
-// The pictures of a page become those of a letter, what cannot be had goes.
+// Turns a page's pictures into a letter's; those that cannot be loaded are removed.
 void TakePictures(QTextDocument* page, LetterFormats& formats) {
   std::vector<std::pair<int, QTextImageFormat>> images;
   for (QTextBlock block = page->begin(); block.isValid(); block = block.next()) {

@@ -1,4 +1,4 @@
-// Letters on the clipboard: as RTF, HTML and plain text, and back from what programs offer.
+// Copies parts of letters as RTF, HTML and plain text, and pastes what other programs offer.
 #pragma once
 
 #include <QMimeData>
@@ -13,8 +13,8 @@ namespace tenora {
 // The selection; the caller owns it.
 QMimeData* CopySelection(const QTextCursor& selection, LetterFormats& formats);
 bool CanPaste(const QMimeData& data);
-// Text of a letter on this letter's tables, from the richest form offered: RTF, HTML, pictures,
-// plain text (in `format`). Empty when there is nothing to paste.
+// What is offered as parts of a letter, with font and colour numbers of this letter's tables, from
+// the richest form: RTF, HTML, pictures, plain text (in `format`). Empty when nothing can be pasted.
 std::vector<richtext::Block> BlocksOf(const QMimeData& data, LetterFormats& formats,
                                       const richtext::CharFormat& format);
 

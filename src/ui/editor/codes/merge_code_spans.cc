@@ -24,7 +24,7 @@ bool IsFutureDate(const QString& inside) {
 Kind KindOf(const QString& inside, const QSet<QString>& names) {
   if (inside.size() >= 3 && inside.startsWith(u'?') && inside.endsWith(u'?')) return Kind::kPrompt;
   if (IsFutureDate(inside)) return Kind::kFutureDate;
-  // These two are commands of the insert menu: no merge fills in a code of their name.
+  // These two are commands of the Insert menu: no merge replaces a code of their name.
   if (inside == FromView(kFutureDateItem) || inside == FromView(kPromptMessageItem))
     return Kind::kUnknown;
   return names.contains(inside) ? Kind::kData : Kind::kUnknown;
@@ -41,7 +41,7 @@ std::vector<CodeSpan> FindCodes(const QString& text, const QSet<QString>& names)
       codes.push_back({from, 2, Kind::kUnknown});
       break;
     }
-    // The innermost opening belongs to the end.
+    // The ">>" closes the innermost "<<".
     const qsizetype start = text.lastIndexOf(open, end - 2);
     const qsizetype first = std::max(from, start);
     codes.push_back({first, end + 2 - first, KindOf(text.mid(first + 2, end - first - 2), names)});

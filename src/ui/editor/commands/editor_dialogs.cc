@@ -80,7 +80,7 @@ class TabStopsDialog : public QDialog {
     List();
   }
 
-  // A stop that was typed and not set yet counts as well.
+  // OK also takes a stop that was typed but not yet set.
   void accept() override {
     if (typed_) Set();
     QDialog::accept();
@@ -103,7 +103,7 @@ class TabStopsDialog : public QDialog {
     tab.position = static_cast<int>(std::lround(position_->value() * unit_.twips));
     tab.kind = static_cast<Kind>(kind_->currentData().toInt());
     tab.leader = leader_->currentData().toString().toStdString();
-    // Shown positions are rounded: one that looks the same is the same.
+    // Positions are shown rounded: two that look the same are one stop.
     const auto same = [&](const richtext::TabStop& other) {
       return std::abs(other.position - tab.position) < unit_.twips / 100;
     };
@@ -186,7 +186,7 @@ bool AskSpacing(QWidget* parent, richtext::ParagraphFormat* format) {
   };
   format->space_before = twips(before);
   format->space_after = twips(after);
-  // An exact height stays until another spacing is chosen.
+  // An exact line height is kept until another spacing is chosen.
   if (lines->value() != lines_before) {
     format->line_spacing = static_cast<int>(std::lround(lines->value() * 240));
     format->line_spacing_multiple = true;

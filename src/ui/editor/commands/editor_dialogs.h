@@ -9,7 +9,7 @@
 
 namespace tenora {
 
-// Lengths shown to people: centimetres, or inches where the locale measures so.
+// The unit that lengths are shown in: centimetres, or inches where the locale uses them.
 struct LengthUnit {
   double twips = 567;
   QString suffix;  // " cm"

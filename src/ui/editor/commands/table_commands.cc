@@ -149,7 +149,7 @@ void TableCommands::MoveToCell(Side side) {
   };
   for (int i = here.row() * columns + here.column() + step;; i += step) {
     if (i < 0) return;
-    // From the last cell into a new row.
+    // After the last cell comes a new row.
     if (i >= table->rows() * columns) return AppendRow();
     if (!is_stop(i / columns, i % columns)) continue;
     return letter_.control().setTextCursor(
@@ -168,7 +168,7 @@ void TableCommands::InsertTable(int rows, int columns, int width) {
   blocks.emplace_back(std::move(behind));
   const int place = letter_.control().textCursor().selectionStart();
   letter_.InsertBlocks(blocks);
-  // The caret into the first cell.
+  // The caret goes into the first cell.
   QTextCursor cursor = letter_.control().textCursor();
   cursor.setPosition(place + 1);
   letter_.control().setTextCursor(cursor);

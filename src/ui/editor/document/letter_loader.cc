@@ -20,7 +20,7 @@ using richtext::Table;
 
 constexpr int kNarrowestColumn = 60;
 
-// Characters that a QTextDocument takes for ends of paragraphs and frames.
+// Characters that a QTextDocument uses as line, paragraph and frame separators.
 bool HasMeaningToQt(char16_t c) {
   return c == QChar::LineSeparator || c == QChar::ParagraphSeparator || c == 0xFDD0 || c == 0xFDD1;
 }
@@ -248,7 +248,7 @@ void LetterLoader::InsertObject(QTextCursor* cursor, InlineObject object,
 
 void LetterLoader::InsertTable(QTextCursor* cursor, const Table& source, const TableGrid& grid,
                                Spaces spaces) {
-  // Qt drops the spaces of paragraphs where a table begins or ends: its margins take them.
+  // Qt ignores the space between a paragraph and a table, so the table's margins include it.
   QTextTableFormat format = TableFormat(source, grid);
   format.setTopMargin(PixelsOfTwips(spaces.before));
   format.setBottomMargin(PixelsOfTwips(spaces.after));
@@ -293,7 +293,7 @@ void LetterLoader::FillCell(QTextTable* table, const Table& source, const TableG
   if (cell.absent) return target.setFormat(format);
   const auto& blocks =
       source.rows[grid.first_row + row].cells[static_cast<std::size_t>(cell.first)].blocks;
-  // Qt drops the space before the first paragraph of a cell and behind its last.
+  // Qt ignores the space before the first paragraph of a cell and after its last.
   if (const auto* first = std::get_if<Paragraph>(&blocks.front()))
     format.setTopPadding(format.topPadding() + PixelsOfTwips(first->format.space_before));
   if (const auto* last = std::get_if<Paragraph>(&blocks.back()))

@@ -16,21 +16,21 @@ class LetterLoader {
  public:
   explicit LetterLoader(LetterFormats& formats) : formats_(formats) {}
 
-  // Blocks at the cursor, which ends behind them. `fresh`: its paragraph is empty and becomes the
-  // first block; else the first paragraph's text joins it.
+  // Inserts blocks at the cursor and moves it to their end. `fresh`: the cursor's paragraph is empty
+  // and becomes the first block; otherwise the first paragraph's text is appended to it.
   void Insert(QTextCursor* cursor, const std::vector<richtext::Block>& blocks, bool fresh);
-  // The text of a paragraph.
+  // Inserts the text, objects and bookmarks of a paragraph.
   void InsertContent(QTextCursor* cursor, const richtext::Paragraph& paragraph);
   void InsertObject(QTextCursor* cursor, InlineObject object, const richtext::CharFormat& format,
                     const std::shared_ptr<const richtext::Field>& field);
-  // The formats of a paragraph and of its mark.
+  // Sets the formats of a paragraph and of its mark.
   void SetFormats(QTextCursor* cursor, const richtext::Paragraph& paragraph);
 
  private:
   void InsertRun(QTextCursor* cursor, const richtext::Run& run, std::string_view text);
   void InsertText(QTextCursor* cursor, const richtext::Run& run, const QString& text);
   struct Spaces {
-    int before = 0, after = 0;  // of the paragraphs around a table, twips
+    int before = 0, after = 0;  // of the paragraphs before and after a table, twips
   };
   void InsertTable(QTextCursor* cursor, const richtext::Table& table, const TableGrid& grid,
                    Spaces spaces);
@@ -38,7 +38,7 @@ class LetterLoader {
                 std::size_t row, const GridCell& cell);
 
   LetterFormats& formats_;
-  std::vector<std::shared_ptr<const richtext::Row>> rows_;  // of the table in hand
+  std::vector<std::shared_ptr<const richtext::Row>> rows_;  // of the table being inserted
 };
 
 // How a cell looks.

@@ -19,9 +19,9 @@ using richtext::Table;
 
 constexpr int kNewTableWidth = 9000;
 constexpr int kListIndent = 360;
-constexpr int kLine = 10;  // twips wide, around the cells of a page's table
-// Qt lays out a table in a table twice for each table around it. A page's nested tables are for
-// its looks: the contents of those deeper down stand for themselves.
+constexpr int kLine = 10;  // twips, the borders around the cells of an HTML table
+// Qt lays out a nested table twice for each table around it. HTML pages nest tables for their
+// layout: of deeper ones only the contents are kept.
 constexpr int kDeepestTable = 6;
 
 bool IsFiller(const QTextBlock& block, const QTextFrame::iterator& next) {
@@ -46,7 +46,7 @@ int LengthOf(const std::vector<Block>& blocks) {
   return length;
 }
 
-// The places of a row, whose cells follow each other in what is read.
+// A row of the grid for places whose cells were read one after the other.
 template <class Places>
 std::vector<GridCell> GridRow(const Places& places) {
   std::vector<GridCell> cells;
@@ -62,7 +62,7 @@ std::vector<GridCell> GridRow(const Places& places) {
   return cells;
 }
 
-// Text of a page has lists of Qt's own.
+// Text from HTML has Qt's own lists.
 richtext::ParagraphFormat WithListMark(richtext::ParagraphFormat format, const QTextList& list) {
   using Kind = richtext::Bullet::Kind;
   format.bullet.indent = kListIndent;
@@ -93,7 +93,7 @@ richtext::ParagraphFormat WithListMark(richtext::ParagraphFormat format, const Q
   return format;
 }
 
-// True when the cells are those of one row, all of them and in their order.
+// True when the places are all cells of one row, in order.
 template <class Places>
 bool IsWholeRow(const Places& places) {
   std::shared_ptr<const Row> row;
@@ -130,7 +130,7 @@ void LetterReader::AddBlocks(QTextFrame::iterator it, std::vector<Block>* blocks
     ++it;
     const auto* table = qobject_cast<QTextTable*>(frame);
     if (table != nullptr && (depth_ < kDeepestTable || IsOwn(*table))) {
-      // Tables that follow each other are one.
+      // Adjacent tables are one table in the letter.
       if (blocks->empty() || !std::holds_alternative<std::shared_ptr<Table>>(blocks->back()))
         blocks->emplace_back(std::make_shared<Table>());
       ++depth_;
@@ -286,7 +286,7 @@ Row LetterReader::RowOf(std::vector<Place> places, const std::vector<int>& edges
         for (richtext::Border* border : {&cell.top, &cell.bottom, &cell.left, &cell.right})
           *border = {.present = true, .width = kLine};
       }
-      // Cells merged across share their place; the last of them ends it.
+      // Cells merged across share the width of their place; the last of them ends with it.
       const auto left = static_cast<std::size_t>(place.column);
       const int width = edges[left + static_cast<std::size_t>(place.span)] - edges[left];
       cell.right_edge =

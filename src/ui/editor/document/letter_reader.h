@@ -22,13 +22,13 @@ class LetterReader {
   std::vector<richtext::Block> Read(const QTextDocument& document);
   const PositionMap& positions() const { return positions_; }
 
-  // Where a table that the document shows stands in what was read. The grid counts its rows from
-  // the table's `first_row`.
+  // The letter's table that one of the document's tables was read into. Several of the document's
+  // tables may be one in the letter: the grid begins at the row `first_row`.
   struct FoundTable {
-    const richtext::Table* table = nullptr;  // null: it was not met, or has empty rows
+    const richtext::Table* table = nullptr;  // null: not found, or with empty rows
     TableGrid grid;
   };
-  // Looks for the table in what is read next.
+  // Has the next Read look for the table.
   void LookFor(const QTextTable* table) { wanted_ = table; }
   const FoundTable& Found() const { return found_; }
 
@@ -38,7 +38,7 @@ class LetterReader {
     std::shared_ptr<const CellData> data;
     const CellPart* part = nullptr;
     bool covered = false;
-    bool lined = false;  // in a page's table that has lines
+    bool lined = false;  // in an HTML table with borders
     std::vector<richtext::Block> blocks;
   };
 
@@ -58,7 +58,7 @@ class LetterReader {
   const QTextTable* wanted_ = nullptr;
   FoundTable found_;
   int depth_ = 0;           // of tables
-  std::size_t length_ = 0;  // bytes of the paragraph in hand
+  std::size_t length_ = 0;  // bytes of the paragraph being read
 };
 
 }  // namespace tenora

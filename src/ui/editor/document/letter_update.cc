@@ -54,7 +54,7 @@ bool SameFormats(const Paragraph& left, const Paragraph& right) {
   return left.format == right.format && left.mark == right.mark;
 }
 
-// Compares two states paragraph by paragraph, as long as their structure is the same.
+// Compares two states of a letter paragraph by paragraph while their structure is the same.
 class Comparison {
  public:
   struct Change {
@@ -110,8 +110,9 @@ class Comparison {
   int position_ = 0;
 };
 
-// The blocks that differ: as many at the front and at the end are left alone. They begin and end
-// with paragraphs, and behind a paragraph, so that they can be taken out of Qt's document.
+// The numbers of blocks at the front and at the end that are the same. What is between them begins
+// with a paragraph that follows a paragraph, and ends with one, so that it can be removed from Qt's
+// document.
 struct Middle {
   std::size_t front = 0, end = 0;
 };
@@ -149,7 +150,7 @@ void UpdateLetter(QTextDocument* document, LetterFormats* formats, const std::ve
   cursor.beginEditBlock();
   if (comparison.Compare(shown, wanted, true)) {
     const auto& changes = comparison.changes();
-    // From the end, so that the positions before stay true.
+    // From the end, so that the positions before each change stay valid.
     for (auto change = changes.rbegin(); change != changes.rend(); ++change) {
       const QTextBlock block = document->findBlock(positions.ToQt(change->position));
       cursor.setPosition(block.position());

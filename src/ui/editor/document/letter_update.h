@@ -1,5 +1,5 @@
-// Brings a QTextDocument that shows one state of a letter to another state, changing only the
-// paragraphs that differ where it can, so that the caret and the view stay where they are.
+// Updates a QTextDocument from one state of a letter to another. It changes only the paragraphs that
+// differ where it can, so that the caret and the view stay where they are.
 #pragma once
 
 #include <QTextDocument>
@@ -11,7 +11,7 @@
 
 namespace tenora {
 
-// `positions` are those of `shown`. All is one undo step.
+// As one undo step. `shown` is the letter that the document shows, `positions` its positions.
 void UpdateLetter(QTextDocument* document, LetterFormats* formats,
                   const std::vector<richtext::Block>& shown, const PositionMap& positions,
                   const std::vector<richtext::Block>& wanted);

@@ -33,7 +33,7 @@ std::shared_ptr<const richtext::Picture> PictureOf(const InlineObject& object) {
   return nullptr;
 }
 
-// What stands in a frame for something that cannot be shown.
+// The text shown in a frame in place of an object that cannot be drawn.
 QString Label(const InlineObject& object) {
   if (object.runs.empty()) return {};
   const auto* run =
@@ -42,7 +42,7 @@ QString Label(const InlineObject& object) {
   return text.trimmed().isEmpty() ? InlineObjects::tr("Object") : text.simplified();
 }
 
-// A character of a font whose characters are glyph numbers, as other fonts have it.
+// The Unicode character for a glyph of a symbol font.
 QString SymbolText(const InlineObject& object) { return QString::fromStdString(object.shown_text); }
 
 QFont FontOn(const QTextDocument& document, const QTextFormat& format) {

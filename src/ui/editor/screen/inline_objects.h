@@ -1,4 +1,4 @@
-// Draws what stands in a letter's text and is no text: pictures, objects, page breaks.
+// Draws what is in a letter's text without being text: pictures, objects, page breaks.
 #pragma once
 
 #include <QObject>
@@ -21,7 +21,7 @@ class InlineObjects : public QObject, public QTextObjectInterface {
                   const QTextFormat& format) override;
 
  private:
-  // In twips; nothing where the object shows no picture.
+  // The size is in twips; empty where the object has no picture.
   printing::PlacedPicture Placed(const InlineObject& object);
 
   printing::Pictures pictures_;

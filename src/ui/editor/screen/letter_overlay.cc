@@ -54,7 +54,7 @@ class Overlay {
     painter_.drawLine(from, to);
   }
 
-  // Paragraphs of one list count on while they follow each other.
+  // Adjacent paragraphs of one list are numbered consecutively.
   int NumberOf(const QTextBlock& block, const Bullet& bullet) {
     int before = 0;
     for (QTextBlock other = block.previous(); other.isValid(); other = other.previous()) {
@@ -88,7 +88,7 @@ class Overlay {
   double scale_ = 1;
 };
 
-// The first block that may be seen: in a table, its first.
+// The first block that may be visible; in a table, the table's first block.
 QTextBlock FirstVisible(const QTextDocument& document, const QRectF& visible) {
   const int position = document.documentLayout()->hitTest(visible.topLeft(), Qt::FuzzyHit);
   QTextBlock block = document.findBlock(std::max(position, 0));

@@ -1,5 +1,5 @@
-// What a letter shows around its text and Qt does not draw: the marks of lists, the borders of
-// paragraphs, where pages begin.
+// Draws what Qt does not draw around a letter's text: list marks, paragraph borders, and lines where
+// pages begin.
 #pragma once
 
 #include <QPainter>
@@ -10,7 +10,7 @@
 
 namespace tenora {
 
-// In the document's own coordinates; only the blocks that meet `visible`.
+// In the document's coordinates; draws only for the blocks that intersect `visible`.
 void PaintOverlay(QPainter* painter, const QTextDocument& document, LetterFormats& formats,
                   const QRectF& visible);
 

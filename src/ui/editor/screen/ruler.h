@@ -1,4 +1,5 @@
-// The ruler above a letter: page margins, the caret's indents and tab stops, all to be dragged.
+// The ruler above a letter: shows the page margins and the indents and tab stops at the caret, and
+// lets them be dragged.
 #pragma once
 
 #include <QWidget>
@@ -33,8 +34,8 @@ class Ruler : public QWidget {
   struct Held {
     Grip grip;
     std::size_t tab = 0;
-    int value = 0;     // twips from the text's left edge; from the paper's for margins
-    bool off = false;  // a tab stop pulled off the ruler
+    int value = 0;     // twips from the text's left edge
+    bool off = false;  // a tab stop dragged off the ruler
   };
 
   double Scale() const;     // pixels of a twip

@@ -10,7 +10,7 @@ using richtext::Cell;
 using richtext::Row;
 using richtext::Table;
 
-constexpr int kSameEdge = 20;  // twips: closer edges are one
+constexpr int kSameEdge = 20;  // twips; edges closer than this are the same
 constexpr int kNewCellGap = 108;
 constexpr int kNewBorder = 10;
 
@@ -56,7 +56,7 @@ std::vector<int> DistinctEdges(const Table& table) {
   return edges;
 }
 
-// Gives the row's cells their columns; false where a cell would have none.
+// Assigns the row's cells to columns; false where a cell would span none.
 bool Place(const Row& row, const std::vector<int>& edges, std::vector<GridCell>* cells) {
   const int columns = static_cast<int>(edges.size()) - 1;
   int column = ColumnAt(edges, row.left_edge);
@@ -74,7 +74,7 @@ bool Place(const Row& row, const std::vector<int>& edges, std::vector<GridCell>*
   return true;
 }
 
-// A cell merged downwards covers those below that say so and have its columns.
+// A cell merged downwards covers the continued cells below it that span the same columns.
 void CoverRows(const Table& table, TableGrid* grid) {
   const auto below = [&](std::size_t row, const GridCell& cell) -> GridCell* {
     for (GridCell& other : grid->rows[row]) {
@@ -103,7 +103,7 @@ void CoverRows(const Table& table, TableGrid* grid) {
   for (const auto& [row, cell] : truly_covered) cell->covered = true;
 }
 
-// Rows of as many cells each, in columns of equal width.
+// One grid for each group of rows with the same number of cells, in columns of equal width.
 std::vector<TableGrid> GridsByCount(const Table& table) {
   std::vector<TableGrid> grids;
   for (std::size_t i = 0; i < table.rows.size(); ++i) {
@@ -134,7 +134,8 @@ void BorderSource(std::string_view edge, const richtext::Border& border, std::st
 }
 
 void PaddingSource(const Row& row, const richtext::Padding& padding, std::string* out) {
-  // Word processors write a cell's top and left the wrong way round, and all read it so.
+  // Deliberate: word processors write \clpadl for a cell's top and \clpadt for its left, and all
+  // read them that way round.
   const std::pair<char, int> sides[] = {
       {'l', padding.top}, {'t', padding.left}, {'b', padding.bottom}, {'r', padding.right}};
   for (const auto& [side, length] : sides) {
@@ -170,7 +171,7 @@ std::vector<TableGrid> MakeGrids(const Table& table) {
     placed = placed && Place(row, grid.edges, &grid.rows.back());
     for (const GridCell& cell : grid.rows.back()) merges += cell.span > 1;
   }
-  // Qt makes all cells of the grid and takes time for each merge in proportion to their number.
+  // Qt creates every cell of the grid, and each merge takes time in proportion to their number.
   constexpr std::size_t kMostSlack = 4096, kMostWork = 100'000'000;
   const std::size_t places = grid.rows.size() * grid.edges.size();
   if (!placed || places > 6 * cells + kMostSlack || merges * places > kMostWork)

@@ -1,5 +1,5 @@
-// The geometry of a table. A letter's rows each have cell edges of their own; Qt's tables have one
-// set of columns that cells may span.
+// The geometry of a table. In a letter each row has its own cell edges; in Qt a table has one set of
+// columns, and cells may span several of them.
 #pragma once
 
 #include <string>
@@ -9,11 +9,11 @@
 
 namespace tenora {
 
-// The columns that a cell takes; `count` cells of the row that are merged across count as one.
+// The columns that a cell spans. `count` cells of the row that are merged across are one GridCell.
 struct GridCell {
   int column = 0, span = 1;
   int first = 0, count = 1;
-  int rows = 1;          // that it covers
+  int rows = 1;          // that it spans
   bool absent = false;   // the row has no cell there
   bool covered = false;  // by a cell above
 };
@@ -26,16 +26,16 @@ struct TableGrid {
   int columns() const { return static_cast<int>(edges.size()) - 1; }
 };
 
-// One grid for the whole table; several where the rows have too little in common.
+// One grid for the whole table, or several where the rows share too few edges.
 std::vector<TableGrid> MakeGrids(const richtext::Table& table);
 
 // The definition of a row as RTF source, made from its members.
 std::string RowSource(const richtext::Row& row);
 
-// The words of a cell's definition that tell how it is merged with others.
+// The control words of a cell's definition that say how it is merged with others.
 std::string CellMergeWords(const richtext::Cell& cell);
 
-// A table of equal columns with lines around its cells.
+// A table of columns of equal width (`width` in twips for all), with borders around its cells.
 richtext::Table NewTable(int rows, int columns, int width, const richtext::CharFormat& format);
 
 }  // namespace tenora

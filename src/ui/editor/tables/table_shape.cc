@@ -17,13 +17,13 @@ using richtext::Row;
 
 constexpr int kNarrowestHalf = 60;  // twips
 
-// The words of a row's definition, apart for the row and each of its cells.
+// The control words of a row's definition, those of the row and those of each cell.
 struct DefinitionWords {
   std::string row;
   std::vector<std::string> cells;
 };
 
-// Words that are written anew, and widths that no longer hold.
+// Words that are written anew, and widths that are no longer valid.
 bool IsReplaced(std::string_view name) {
   for (const std::string_view known : {"trowd", "trleft", "trwWidth", "trftsWidth", "clmgf",
                                        "clmrg", "clvmgf", "clvmrg", "clwWidth", "clftsWidth"}) {
@@ -59,7 +59,7 @@ bool IsEmpty(const std::vector<Block>& blocks) {
   return paragraph != nullptr && paragraph->runs.empty() && paragraph->marks.empty();
 }
 
-// What is left of a cell's text when it goes elsewhere.
+// What is left in a cell when its text is moved elsewhere: an empty paragraph of its format.
 std::vector<Block> Emptied(const std::vector<Block>& blocks) {
   Paragraph empty;
   if (const auto* first = std::get_if<Paragraph>(&blocks.front())) {
@@ -155,7 +155,7 @@ void TableShape::InsertRow(const CellRange& range, Side side) {
     if (from_model && piece.rows > 1) head.changed = true;
     if (piece.row >= row) ++piece.row;
   }
-  // A row behind the heading is none of the rows that each page repeats.
+  // A row after the heading is not one of the rows that are repeated on each page.
   const bool heading = row < rows() && rows_[static_cast<std::size_t>(row)].row.header;
   constexpr std::string_view kHeading = "\\trhdr";
   const std::size_t word = head.words.find(kHeading);
@@ -206,7 +206,7 @@ void TableShape::InsertColumn(const CellRange& range, Side side) {
   std::vector<int> wider(edges_.begin(), edges_.begin() + column + 1);
   for (auto edge = edges_.begin() + column; edge != edges_.end(); ++edge)
     wider.push_back(*edge + added_width);
-  // All columns make room.
+  // All columns become narrower by the same ratio, so that the table keeps its width.
   for (int& edge : wider)
     edge = left + static_cast<int>(std::int64_t{edge - left} * width / (width + added_width));
   edges_ = std::move(wider);
@@ -354,7 +354,7 @@ Row TableShape::MakeRow(int row) const {
     for (std::size_t i = 0; i < part.size(); ++i) {
       Cell cell = part[i].cell;
       if (head.changed) {
-        // Each of the cells merged across has its own column, where there are as many.
+        // Each of the cells merged across gets a column of its own, where there are enough.
         const std::size_t behind = i + 1;
         cell.right_edge =
             static_cast<int>(part.size()) == piece->columns

@@ -1,5 +1,6 @@
-// The shape of a table while rows, columns and cells come, go, merge and split, apart from the
-// QTextTable that shows it: Qt loses its way when it undoes such changes where cells are merged.
+// The shape of a table while rows and columns are inserted and removed and cells are merged and
+// split. It is independent of the QTextTable that shows it, since Qt's undo of such changes loses
+// cells where cells are merged.
 #pragma once
 
 #include <string>
@@ -19,33 +20,33 @@ enum class Side { kBefore, kAfter };
 
 class TableShape {
  public:
-  // The grid's cells stand where they are shown; a row may have none in some columns.
+  // The grid says where each cell is shown; a row may have no cell in some columns.
   TableShape(const richtext::Table& table, const TableGrid& grid);
 
-  // A row or column beside the range, like the one of the range that it stands by. The table stays
-  // as wide as it is.
+  // Inserts a row or column beside the range, with the formats of its neighbour in the range. The
+  // table keeps its width.
   void InsertRow(const CellRange& range, Side side);
   void InsertColumn(const CellRange& range, Side side);
   void RemoveRows(const CellRange& range);
   void RemoveColumns(const CellRange& range);
-  // Makes one cell of those in the range, with the text of all; false where they are one already
-  // or form no rectangle. The range grows to take whole cells.
+  // Makes one cell of those in the range, with the text of all. The range grows to whole cells.
+  // False where it is a single cell already or has places without a cell.
   bool Merge(CellRange* range);
-  // Parts merged cells again, the text staying in the first; halves a cell that was never merged.
-  // False where that would be too narrow.
+  // Splits a merged cell into its original cells, with the text in the first, and any other cell
+  // into halves. False where these would be too narrow.
   bool Split(const CellRange& range);
 
   int rows() const { return static_cast<int>(rows_.size()); }
   int columns() const { return static_cast<int>(edges_.size()) - 1; }
-  // The rows that nothing changed are as they were. Without rows or columns no row is left.
+  // Unchanged rows keep their definitions. Empty where no row or no column is left.
   std::vector<richtext::Row> Rows() const;
-  // Where the text of the cell at this place begins, counted from the table's start.
+  // The position of the text of the cell at this place, relative to the table's start.
   int PositionOf(int row, int column) const;
 
  private:
   struct DefinedCell {
     richtext::Cell cell;
-    std::string words;  // of its definition, but for its merging and its edge
+    std::string words;  // of its definition, without those for merging and its edge
   };
   // A cell as it is shown.
   struct Piece {
@@ -56,7 +57,7 @@ class TableShape {
   };
   struct RowHead {
     richtext::Row row;  // without cells
-    std::string words;  // of its definition, but for its left edge
+    std::string words;  // of its definition, without that for its left edge
     bool changed = false;
   };
 

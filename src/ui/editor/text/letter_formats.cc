@@ -85,7 +85,7 @@ QTextOption::TabType ShownTab(richtext::TabStop::Kind kind) {
   }
 }
 
-// Qt counts tab stops from the paragraph's indent, letters count them from the margin.
+// Qt measures tab stops from the paragraph's indent, letters measure them from the margin.
 QList<QTextOption::Tab> ShownTabs(const ParagraphFormat& format, int default_tab) {
   QList<QTextOption::Tab> tabs;
   const int indent = format.left_indent;
@@ -190,11 +190,11 @@ QTextBlockFormat LetterFormats::Paragraph(const ParagraphFormat& format) {
   QTextBlockFormat shown;
   shown.setProperty(kParagraphProperty, QVariant::fromValue(format));
   shown.setAlignment(ShownAlignment(format.alignment));
-  // Counted in the document's indent width, a twip: Qt enlarges it, but not the margins.
+  // In units of the document's indent width, a twip: Qt scales indents with the zoom, margins not.
   shown.setIndent(format.left_indent);
   shown.setRightMargin(PixelsOfTwips(format.right_indent) * zoom_);
   int first = format.first_indent;
-  // The mark of a list stands where the first line begins, its text behind it.
+  // A list's mark is drawn where the first line begins, and the text follows it.
   if (format.bullet.kind != richtext::Bullet::Kind::kNone)
     first = first < 0 ? 0 : first + format.bullet.indent;
   shown.setTextIndent(PixelsOfTwips(first) * zoom_);
@@ -205,7 +205,7 @@ QTextBlockFormat LetterFormats::Paragraph(const ParagraphFormat& format) {
   if (!tabs.isEmpty()) shown.setTabPositions(tabs);
   shown.setNonBreakableLines(false);
   shown.setLayoutDirection(format.right_to_left ? Qt::RightToLeft : Qt::LeftToRight);
-  // Set also where there is none: Qt gives no room to an empty block before a table without it.
+  // Set even where there is none: without it an empty block before a table has no height in Qt.
   const QColor shading = ColourAt(format.shading);
   shown.setBackground(shading.isValid() ? QBrush(shading) : QBrush(Qt::NoBrush));
   return shown;
@@ -220,7 +220,7 @@ CharFormat LetterFormats::CharOf(const QTextCharFormat& format) {
   if (points <= 0 && format.hasProperty(QTextFormat::FontPixelSize))
     points = format.intProperty(QTextFormat::FontPixelSize) * 72 / ScreenDpi();
   if (format.hasProperty(QTextFormat::FontSizeAdjustment)) {
-    // A page's headings have sizes one to seven; three is that of its text.
+    // HTML's headings have sizes one to seven; three is that of body text.
     constexpr double kScale[] = {0.7, 0.8, 1, 1.2, 1.5, 2, 2.4};
     const int size = format.intProperty(QTextFormat::FontSizeAdjustment) + 2;
     points = (points > 0 ? points : result.half_points / 2.0) * kScale[std::clamp(size, 0, 6)];
@@ -238,7 +238,7 @@ CharFormat LetterFormats::CharOf(const QTextCharFormat& format) {
     result.script = richtext::Script::kSuper;
   if (format.verticalAlignment() == QTextCharFormat::AlignSubScript)
     result.script = richtext::Script::kSub;
-  // Black from elsewhere is what that program draws automatic text in.
+  // Black in text from elsewhere is how other programs export the automatic colour.
   if (format.foreground().style() == Qt::SolidPattern && format.foreground().color() != Qt::black)
     result.colour = ColourNumber(format.foreground().color());
   if (format.background().style() == Qt::SolidPattern)

@@ -19,30 +19,31 @@ double TwipsOfPixels(double pixels);
 
 class LetterFormats {
  public:
-  // The head of the letter: everything but its text. Its tables only grow while one letter is
-  // edited, so that what is undone finds its numbers.
+  // The head of the letter: everything but its text. Its font and colour tables only grow while a
+  // letter is edited, so that the numbers in undone text stay valid.
   const richtext::Document& head() const { return head_; }
   void SetHead(richtext::Document head);
 
-  // What Qt does not enlarge by itself is enlarged here.
+  // The factor for lengths that Qt does not scale itself.
   void SetZoom(double zoom) { zoom_ = zoom; }
 
   QTextCharFormat Char(const richtext::CharFormat& format);
-  // The part of it that an empty paragraph shows; leaves alone what else Qt keeps in that place.
+  // The properties that set the height of an empty paragraph, to be merged into its block's format.
   QTextCharFormat Mark(const richtext::CharFormat& format);
   QTextBlockFormat Paragraph(const richtext::ParagraphFormat& format);
 
-  // The letter's format of a text; one from elsewhere gets its nearest.
+  // The letter's format of text in Qt's document; for text from elsewhere the nearest one.
   richtext::CharFormat CharOf(const QTextCharFormat& format);
   richtext::ParagraphFormat ParagraphOf(const QTextBlockFormat& format);
 
-  // Position in the letter's tables, added where it is new.
+  // The position in the letter's tables; new entries are added.
   int FontNumber(const QString& family);
   int ColourNumber(const QColor& colour);
   QString FontName(int font) const;
   // Invalid for automatic.
   QColor ColourAt(int position) const;
-  // Takes the numbers of another letter, such as a pasted one, onto this one's tables.
+  // Converts another letter's font and colour numbers, such as a pasted one's, to this letter's
+  // tables.
   void Adopt(richtext::Document* document);
 
   // True for fonts whose characters are glyph numbers, and the Unicode character of a glyph.

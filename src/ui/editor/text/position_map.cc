@@ -20,7 +20,7 @@ void PositionMap::Add(int box_length, int qt_length) {
 
 int PositionMap::ToQt(int box) const {
   if (spans_.empty()) return 0;
-  // The last stretch that begins there: a caret stands behind what the letter does not hold.
+  // The last span that begins there: a caret goes after what is not in the letter.
   auto span = std::upper_bound(spans_.begin(), spans_.end(), box,
                                [](int position, const Span& s) { return position < s.box; });
   --span;

@@ -1,5 +1,5 @@
-// Positions of a letter beside those of the QTextDocument that shows it. They differ where
-// something is not shown, or shown and not in the letter.
+// Converts between positions in a letter and in the QTextDocument that shows it. They differ where
+// the letter has something that is not shown, and where something is shown that it does not have.
 #pragma once
 
 #include <vector>
@@ -8,7 +8,7 @@ namespace tenora {
 
 class PositionMap {
  public:
-  // The next stretch of both, in reading order.
+  // Appends the next span of both, in reading order.
   void Add(int box_length, int qt_length);
 
   int ToQt(int box) const;

@@ -1,4 +1,4 @@
-// Text that its letter says is not to be changed by typing (\protect).
+// Protected text (\protect), which typing and commands leave as it is.
 #pragma once
 
 #include <QTextDocument>

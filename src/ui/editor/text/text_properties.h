@@ -1,6 +1,5 @@
-// What a letter's QTextDocument carries beside the looks. The letter's own formats stand as they
-// are in properties; the properties that Qt draws from are derived from them, never read back,
-// except for text that came from elsewhere and has none of these.
+// The properties in which a letter's QTextDocument carries the letter's own formats. What Qt draws
+// is derived from them and not read back, except for text from elsewhere, which has none of them.
 #pragma once
 
 #include <QMetaType>
@@ -14,14 +13,14 @@
 namespace tenora {
 
 enum LetterProperty {
-  kCharProperty = QTextFormat::UserProperty + 1,  // richtext::CharFormat; numbers of the letter
+  kCharProperty = QTextFormat::UserProperty + 1,  // richtext::CharFormat; the letter's numbers
   kFieldProperty,                                 // std::shared_ptr<const richtext::Field>
   kObjectProperty,                                // std::shared_ptr<const InlineObject>
   kParagraphProperty,                             // richtext::ParagraphFormat
   kFillerProperty,                                // bool: a block that only Qt needs, before tables
   kTableProperty,                                 // std::shared_ptr<const TableData>
   kCellProperty,                                  // std::shared_ptr<const CellData>
-  kSerialProperty,  // int, differs for every object and cell: Qt looks formats up by such numbers
+  kSerialProperty,  // int, unique for each object and cell; Qt looks formats up by numbers
 };
 
 // The object type of every U+FFFC in a letter.
@@ -36,25 +35,25 @@ struct InlineObject {
     kPageBreak,  // "\f"
     kCharacter,  // a character that Qt has another meaning for, or of a symbol font
     kMark,       // a bookmark or comment
-    kPad,        // nothing: keeps an empty line behind a table visible
+    kPad,        // nothing: keeps an empty line after a table visible
   };
   Kind kind = Kind::kPad;
-  std::vector<richtext::Run> runs;  // kPad and kMark: none
+  std::vector<richtext::Run> runs;  // empty for kPad and kMark
   std::string mark_source;          // kMark
   std::string shown_text;           // kCharacter
 };
 
-// The part of a row that a table cell stands for. A cell merged across stands for several.
+// The cells of one row that a cell of Qt's table shows; several where they are merged across.
 struct CellPart {
   std::shared_ptr<const richtext::Row> row;  // its cells without their blocks
   int first = 0, count = 1;
-  // What the cells of the part hold that is not shown: those behind the first in the topmost part,
-  // all in the parts below.
+  // The contents of the cells that are not shown: in the topmost part those after the first, in the
+  // parts below all.
   std::vector<std::vector<richtext::Block>> kept;
 };
 
 struct CellData {
-  std::vector<CellPart> parts;  // one for each row that the cell covers; none: not in the letter
+  std::vector<CellPart> parts;  // one for each row that the cell spans; empty: not in the letter
 };
 
 struct TableData {
