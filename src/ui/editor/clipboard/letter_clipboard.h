@@ -14,7 +14,8 @@ namespace tenora {
 QMimeData* CopySelection(const QTextCursor& selection, LetterFormats& formats);
 bool CanPaste(const QMimeData& data);
 // What is offered as parts of a letter, with font and colour numbers of this letter's tables, from
-// the richest form: RTF, HTML, pictures, plain text (in `format`). Empty when nothing can be pasted.
+// the richest form: RTF, HTML, pictures, plain text (in `format`). Empty when nothing can be
+// pasted.
 std::vector<richtext::Block> BlocksOf(const QMimeData& data, LetterFormats& formats,
                                       const richtext::CharFormat& format);
 

@@ -8,7 +8,7 @@
 
 #include "ui/editor/document/letter_reader.h"
 #include "ui/editor/document/letter_update.h"
-#include "ui/editor/tables/table_grid.h"
+#include "ui/editor/tables/row_source.h"
 #include "ui/editor/text/text_properties.h"
 
 namespace tenora {

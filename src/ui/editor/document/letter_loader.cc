@@ -57,12 +57,12 @@ QTextTableFormat TableFormat(const Table& source, const TableGrid& grid) {
   return format;
 }
 
-}  // namespace
-
+// A number that differs from object to object.
 int SerialOf(const void* object) {
   return static_cast<int>(reinterpret_cast<std::uintptr_t>(object) >> 4 & 0x7fffffff);
 }
 
+// How a cell looks.
 QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& data) {
   QTextTableCellFormat format;
   const auto kept = std::make_shared<const CellData>(data);
@@ -115,6 +115,8 @@ QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& da
     format.setBackground(colour);
   return format;
 }
+
+}  // namespace
 
 void LetterLoader::Insert(QTextCursor* cursor, const std::vector<Block>& blocks, bool fresh) {
   bool begun = !fresh;  // the block at the cursor is in use

@@ -16,8 +16,8 @@ class LetterLoader {
  public:
   explicit LetterLoader(LetterFormats& formats) : formats_(formats) {}
 
-  // Inserts blocks at the cursor and moves it to their end. `fresh`: the cursor's paragraph is empty
-  // and becomes the first block; otherwise the first paragraph's text is appended to it.
+  // Inserts blocks at the cursor and moves it to their end. `fresh`: the cursor's paragraph is
+  // empty and becomes the first block; otherwise the first paragraph's text is appended to it.
   void Insert(QTextCursor* cursor, const std::vector<richtext::Block>& blocks, bool fresh);
   // Inserts the text, objects and bookmarks of a paragraph.
   void InsertContent(QTextCursor* cursor, const richtext::Paragraph& paragraph);
@@ -40,10 +40,5 @@ class LetterLoader {
   LetterFormats& formats_;
   std::vector<std::shared_ptr<const richtext::Row>> rows_;  // of the table being inserted
 };
-
-// How a cell looks.
-QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& data);
-// A number that differs from object to object.
-int SerialOf(const void* object);
 
 }  // namespace tenora

@@ -1,5 +1,5 @@
-// Updates a QTextDocument from one state of a letter to another. It changes only the paragraphs that
-// differ where it can, so that the caret and the view stay where they are.
+// Updates a QTextDocument from one state of a letter to another. It changes only the paragraphs
+// that differ where it can, so that the caret and the view stay where they are.
 #pragma once
 
 #include <QTextDocument>

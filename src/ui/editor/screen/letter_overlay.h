@@ -1,5 +1,5 @@
-// Draws what Qt does not draw around a letter's text: list marks, paragraph borders, and lines where
-// pages begin.
+// Draws what Qt does not draw around a letter's text: list marks, paragraph borders, and lines
+// where pages begin.
 #pragma once
 
 #include <QPainter>

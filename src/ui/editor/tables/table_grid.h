@@ -1,8 +1,7 @@
-// The geometry of a table. In a letter each row has its own cell edges; in Qt a table has one set of
-// columns, and cells may span several of them.
+// The geometry of a table. In a letter each row has its own cell edges; in Qt a table has one set
+// of columns, and cells may span several of them.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "platform/richtext/document.h"
@@ -28,14 +27,5 @@ struct TableGrid {
 
 // One grid for the whole table, or several where the rows share too few edges.
 std::vector<TableGrid> MakeGrids(const richtext::Table& table);
-
-// The definition of a row as RTF source, made from its members.
-std::string RowSource(const richtext::Row& row);
-
-// The control words of a cell's definition that say how it is merged with others.
-std::string CellMergeWords(const richtext::Cell& cell);
-
-// A table of columns of equal width (`width` in twips for all), with borders around its cells.
-richtext::Table NewTable(int rows, int columns, int width, const richtext::CharFormat& format);
 
 }  // namespace tenora

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/printing/positions.h"
+#include "ui/editor/tables/row_source.h"
 
 namespace tenora {
 namespace {
