@@ -51,6 +51,7 @@ TEST(Statements, RaiseTheEnginesErrors) {
       {"select 1 / 0", 11, "zero"},
       {"select cint(99999)", 6, "Overflow"},
       {"select cdbl('x')", 13, "mismatch"},
+      {"select instrrev('ab', 'a', 0)", 5, "Invalid procedure call"},
       {"", 3129, "SELECT"},
       {"hello world", 3129, "SELECT"},
       {"delete from tenancy", 3219, "Invalid operation"},

@@ -97,23 +97,37 @@ Value RTrim(const FunctionContext&, Arguments a) {
   return std::string(WithoutTrailingBlanks(Text(a[0])));
 }
 
-// 1-based place of `part` at or after `start`, 0 when it is not there; letter case is ignored
-// unless `compare` is 0.
+// The text as it is searched: letter case is ignored unless `compare` is 0.
+icu::UnicodeString Searchable(const std::string& text, std::int64_t compare) {
+  icu::UnicodeString units = Unicode(text);
+  if (compare == 0) return units;
+  // Folded letter by letter, so that positions stay those of the text.
+  for (std::int32_t i = 0; i < units.length(); ++i)
+    if (!U16_IS_SURROGATE(units.charAt(i)))
+      units.setCharAt(i, static_cast<char16_t>(u_foldCase(units.charAt(i), U_FOLD_CASE_DEFAULT)));
+  return units;
+}
+
+// The 1-based position of `part` at or after `start`, 0 when it is not found.
 std::int64_t Find(std::int64_t start, const std::string& text, const std::string& part,
                   std::int64_t compare) {
   if (start < 1) throw BadArgument();
-  icu::UnicodeString where = Unicode(text), what = Unicode(part);
+  const icu::UnicodeString where = Searchable(text, compare), what = Searchable(part, compare);
   if (start > where.length() + std::int64_t{1} || where.isEmpty()) return 0;
-  if (compare != 0) {
-    // Folded letter by letter, so that positions stay those of the text.
-    for (icu::UnicodeString* string : {&where, &what})
-      for (std::int32_t i = 0; i < string->length(); ++i)
-        if (!U16_IS_SURROGATE(string->charAt(i)))
-          string->setCharAt(
-              i, static_cast<char16_t>(u_foldCase(string->charAt(i), U_FOLD_CASE_DEFAULT)));
-  }
   if (what.isEmpty()) return start;
   return where.indexOf(what, static_cast<std::int32_t>(start - 1)) + 1;
+}
+
+// The 1-based position of the last `part` that ends at or before `end`, 0 when it is not found; an
+// `end` of -1 is the text's.
+std::int64_t FindLast(const std::string& text, const std::string& part, std::int64_t end,
+                      std::int64_t compare) {
+  if (end < -1 || end == 0) throw BadArgument();
+  const icu::UnicodeString where = Searchable(text, compare), what = Searchable(part, compare);
+  if (end == -1) end = where.length();
+  if (end > where.length() || where.isEmpty()) return 0;
+  if (what.isEmpty()) return end;
+  return where.lastIndexOf(what, 0, static_cast<std::int32_t>(end)) + 1;
 }
 
 Value InStr(const FunctionContext&, Arguments a) { return Find(1, Text(a[0]), Text(a[1]), 1); }
@@ -122,6 +136,11 @@ Value InStrFrom(const FunctionContext&, Arguments a) {
 }
 Value InStrCompare(const FunctionContext&, Arguments a) {
   return Find(Integer(a[0]), Text(a[1]), Text(a[2]), Integer(a[3]));
+}
+
+Value InStrRev(const FunctionContext&, Arguments a) {
+  return FindLast(Text(a[0]), Text(a[1]), a.size() > 2 ? Integer(a[2]) : -1,
+                  a.size() > 3 ? Integer(a[3]) : 1);
 }
 
 Value Replace(const FunctionContext&, Arguments a) {
@@ -196,6 +215,9 @@ constexpr auto kFunctions = std::to_array<EngineFunction>({
     {"instr", "ss", 'i', false, InStr},
     {"instr", "iss", 'i', false, InStrFrom},
     {"instr", "issi", 'i', false, InStrCompare},
+    {"instrrev", "ss", 'i', false, InStrRev},
+    {"instrrev", "ssi", 'i', false, InStrRev},
+    {"instrrev", "ssii", 'i', false, InStrRev},
     {"replace", "sss", 's', false, Replace},
     {"space", "i", 's', false, Space},
     {"string", "is", 's', false, String},
