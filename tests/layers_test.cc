@@ -26,7 +26,7 @@ struct Module {
 // Lowest first. Modules of one layer do not know one another.
 const std::vector<std::vector<Module>> kLayers = {
     {{"platform/runtime", {}}},
-    {{"platform/access", {}},
+    {{"platform/access", {"format", "storage", "read", "write", "check"}},
      {"platform/registry", {}},
      {"platform/richtext", {"characters", "write", "read", "edit"}},
      {"platform/locale", {}},

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/access/database_writer.h"
-#include "platform/access/storage.h"
+#include "platform/access/storage/file_storage.h"
 #include "support/test_files.h"
 
 namespace tenora {

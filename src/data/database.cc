@@ -8,7 +8,7 @@
 
 #include "data/error_log.h"
 #include "data/sql_text.h"
-#include "platform/access/damage.h"
+#include "platform/access/engine_error.h"
 #include "platform/dialogs/dialogs.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"

@@ -2,13 +2,13 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/access/memory_file.h"
+#include "platform/access/check.h"
 #include "platform/runtime/error.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto* bytes = reinterpret_cast<const std::byte*>(data);
   try {
-    for (const auto& finding : tenora::access::CheckBytes({bytes, bytes + size}, "fuzz.mdb")) {
+    for (const auto& finding : tenora::access::CheckDatabase({bytes, bytes + size}, "fuzz.mdb")) {
       if (finding.Text().empty()) __builtin_trap();
     }
   } catch (const tenora::RuntimeError&) {

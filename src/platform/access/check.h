@@ -9,6 +9,7 @@
 //   relations  no row refers to a row that is missing
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -37,5 +38,8 @@ struct Finding {
 // file. Many findings about one table or index are cut off with a count of the rest. Raises
 // RuntimeError as DatabaseFile::Open for what is no database, or one that cannot be read at all.
 std::vector<Finding> CheckDatabase(const std::filesystem::path& path);
+
+// The same for a file whose bytes are in memory; `name` stands for its path in messages.
+std::vector<Finding> CheckDatabase(std::vector<std::byte> bytes, const std::filesystem::path& name);
 
 }  // namespace tenora::access

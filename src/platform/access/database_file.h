@@ -15,55 +15,10 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/access/schema.h"
 #include "platform/runtime/value.h"
 
 namespace tenora::access {
-
-enum class Format { kJet3, kJet4, kAce };
-
-enum class ColumnType : std::uint8_t {
-  kBoolean = 1,
-  kByte = 2,
-  kInteger = 3,  // 16 bits
-  kLong = 4,     // 32 bits
-  kCurrency = 5,
-  kSingle = 6,
-  kDouble = 7,
-  kDateTime = 8,
-  kBinary = 9,
-  kText = 10,
-  kOle = 11,
-  kMemo = 12,
-  kGuid = 15,
-  kDecimal = 16,
-  kComplex = 18,
-  kBigInt = 19,
-  kDateTimeExtended = 20,
-};
-
-struct Column {
-  std::string name;
-  ColumnType type = ColumnType::kText;
-  std::uint16_t number = 0;  // position in the null mask
-  bool fixed_length = false;
-  bool auto_number = false;
-  std::uint16_t length = 0;               // bytes
-  std::uint8_t precision = 0, scale = 0;  // of decimals
-  // Of text, Jet 4 and ACE: the language in the low half, the version in the last byte.
-  std::uint32_t sort_order = 0;
-};
-
-struct IndexColumn {
-  std::size_t column = 0;  // into Table::columns()
-  bool descending = false;
-};
-
-struct Index {
-  std::string name;
-  std::vector<IndexColumn> columns;
-  bool unique = false;
-  bool primary = false;
-};
 
 // Walks the rows of a table in the file's order. Deleted rows are passed over, overflow rows are
 // followed. A damaged page or row raises a RuntimeError that names file, table and page; 3049, or
@@ -110,6 +65,10 @@ class DatabaseFile {
   // 3051 (no permission), 3343 (not a database, zero bytes, a folder, truncated), 3031 (a password
   // or an encoding that we do not read), 3049 and 3043 as a RowCursor for the catalogue.
   static std::shared_ptr<DatabaseFile> Open(const std::filesystem::path& path);
+
+  // The same for a file whose bytes are in memory; `name` stands for its path in messages.
+  static std::shared_ptr<DatabaseFile> OpenBytes(std::vector<std::byte> bytes,
+                                                 const std::filesystem::path& name);
   virtual ~DatabaseFile() = default;
 
   virtual const std::filesystem::path& path() const = 0;

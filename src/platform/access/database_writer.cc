@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "platform/access/table_editor.h"
+#include "platform/access/write/table_editor.h"
 
 namespace tenora::access {
 namespace {

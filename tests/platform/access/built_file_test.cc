@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/access/database_file.h"
 #include "platform/access/file_builder.h"
-#include "platform/access/memory_file.h"
 #include "platform/access/other_readers.h"
 #include "platform/access/showcase.h"
 #include "platform/runtime/files.h"
@@ -18,7 +18,7 @@ using testing::ElementsAre;
 
 std::shared_ptr<DatabaseFile> OpenText(const std::string& file) {
   const auto* bytes = reinterpret_cast<const std::byte*>(file.data());
-  return OpenBytes({bytes, bytes + file.size()}, "built.mdb");
+  return DatabaseFile::OpenBytes({bytes, bytes + file.size()}, "built.mdb");
 }
 
 std::vector<std::string> Texts(const Table& table, std::size_t column) {

@@ -7,15 +7,14 @@
 #include <functional>
 #include <random>
 
-#include "platform/access/catalogue.h"
 #include "platform/access/file_builder.h"
-#include "platform/access/index_tree.h"
-#include "platform/access/long_value.h"
-#include "platform/access/memory_file.h"
-#include "platform/access/page_file.h"
-#include "platform/access/row.h"
-#include "platform/access/row_cursor.h"
-#include "platform/access/usage_map.h"
+#include "platform/access/format/row.h"
+#include "platform/access/read/index_tree.h"
+#include "platform/access/read/long_value.h"
+#include "platform/access/read/row_cursor.h"
+#include "platform/access/read/system_catalogue.h"
+#include "platform/access/read/usage_map.h"
+#include "platform/access/storage/page_file.h"
 #include "platform/runtime/files.h"
 #include "support/slow_build.h"
 #include "support/test_files.h"
@@ -46,12 +45,10 @@ class Patient {
   std::shared_ptr<const PageFile> File() const { return PageFile::OfBytes(bytes_, "sample.mdb"); }
   TableDefinition Table(std::string_view name) const {
     const auto file = File();
-    for (const CatalogueEntry& entry : ReadCatalogue(file)) {
-      if (entry.name == name) {
-        return ReadTableDefinition(*file, TextCodec(file->header()), entry.definition_page);
-      }
-    }
-    throw std::out_of_range(std::string(name));
+    const SystemCatalogue catalogue(file);
+    const CatalogueEntry* const entry = catalogue.Find(name);
+    if (entry == nullptr) throw std::out_of_range(std::string(name));
+    return ReadTable(file, entry->name, entry->definition_page)->definition;
   }
   // The first page of a set.
   std::uint32_t FirstOf(RowPointer map) const { return UsageMap(*File(), map).NextFrom(0); }
@@ -76,7 +73,7 @@ class Patient {
     ASSERT_TRUE(ComposeIndexPage(kJet4Layout, page, {Page(number), kPageSize}));
   }
 
-  std::vector<Finding> Findings() const { return CheckBytes(bytes_, "sample.mdb"); }
+  std::vector<Finding> Findings() const { return CheckDatabase(bytes_, "sample.mdb"); }
 
  private:
   std::vector<std::byte> bytes_;
@@ -400,7 +397,7 @@ TEST(ARowThatRefersToAMissingOne, IsFoundWhereTheRelationshipIsEnforced) {
   const auto findings = [](std::int32_t refers_to, std::uint32_t flags) {
     const std::string file = FileWithRelationship(refers_to, flags);
     const auto* bytes = reinterpret_cast<const std::byte*>(file.data());
-    return TextOf(CheckBytes({bytes, bytes + file.size()}, "related.mdb"));
+    return TextOf(CheckDatabase({bytes, bytes + file.size()}, "related.mdb"));
   };
   const char* const missing =
       "row 1: relationship 'belongs': the row refers to a row of table 'parent' that is missing";
@@ -418,7 +415,7 @@ TEST(DamagedProperties, AreFoundWhereverTheyAreCut) {
     builder.AddTable("t", {.columns = {{"id", 4, 0, true, 0, 4}}}, {}, properties);
     const std::string file = builder.Finish();
     const auto* bytes = reinterpret_cast<const std::byte*>(file.data());
-    return TextOf(CheckBytes({bytes, bytes + file.size()}, "properties.mdb"));
+    return TextOf(CheckDatabase({bytes, bytes + file.size()}, "properties.mdb"));
   };
   const auto fault = HasSubstr("table 't', page 4, row 0: the field LvProp of the table's row");
   EXPECT_THAT(findings(whole), testing::Not(HasSubstr("LvProp")));

@@ -10,7 +10,7 @@
 #include <cstdio>
 
 #include "platform/access/database_writer.h"
-#include "platform/access/exclusive_access.h"
+#include "platform/access/storage/exclusive_access.h"
 #include "platform/access/simulated_disk.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"

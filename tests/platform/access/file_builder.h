@@ -1,5 +1,5 @@
 // Builds small Access-format files byte by byte, for what the sample database does not have: Jet 3
-// and ACE, every column type, overflow rows, long values, deleted rows and columns, and damage. It
+// and ACE, every column type, overflow rows, long values, deleted rows and columns, and corruption. It
 // knows the format on its own and shares nothing with the reader.
 #pragma once
 

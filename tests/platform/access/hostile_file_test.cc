@@ -7,8 +7,8 @@
 #include <functional>
 #include <random>
 
+#include "platform/access/database_file.h"
 #include "platform/access/file_builder.h"
-#include "platform/access/memory_file.h"
 #include "platform/access/read_everything.h"
 #include "platform/access/showcase.h"
 #include "platform/runtime/files.h"
@@ -36,7 +36,9 @@ std::vector<std::byte> BytesOf(const std::string& file) {
 std::string ErrorOf(const std::string& file) {
   std::string first_error;
   const std::string error = test::ErrorOf([&] {
-    first_error = test::ReadEverything(*OpenBytes(BytesOf(file), "bad.mdb"), kMostRows).first_error;
+    first_error =
+        test::ReadEverything(*DatabaseFile::OpenBytes(BytesOf(file), "bad.mdb"), kMostRows)
+            .first_error;
   });
   return error + first_error;
 }
@@ -212,7 +214,7 @@ TEST(DamagedDefinitions, AreRefusedWithoutHugeWork) {
   const std::uint32_t page = Victim().definition;
   const std::vector<Case> cases{
       {"chain in a circle", kNext, Stored32(page), "does not end"},
-      {"chain to another kind of page", kNext, Stored32(1), "a table definition is expected"},
+      {"chain to another kind of page", kNext, Stored32(1), "expected a table definition"},
       {"too many columns", kColumns, Stored16(0xFFFF), "65535 columns"},
       {"more columns than bytes", kColumns, Stored16(255), "ends too early"},
       {"more logical indexes than bytes", kLogical, Stored32(0xFFFFFFFF), "ends too early"},
@@ -269,7 +271,7 @@ TEST(AnyTruncation, GivesRowsOrAnError) {
 void FlipBytes(const std::string& good, int rounds, int flips) {
   std::mt19937 random(20261121);
   const std::size_t clean =
-      test::ReadEverything(*OpenBytes(BytesOf(good), "good.mdb"), kMostRows).rows;
+      test::ReadEverything(*DatabaseFile::OpenBytes(BytesOf(good), "good.mdb"), kMostRows).rows;
   int refused = 0, differing = 0;
   for (int round = 0; round < rounds; ++round) {
     std::string bad = good;
@@ -278,7 +280,8 @@ void FlipBytes(const std::string& good, int rounds, int flips) {
       bad[at] = static_cast<char>(bad[at] ^ (1 + random() % 255));
     }
     try {
-      const auto counts = test::ReadEverything(*OpenBytes(BytesOf(bad), "bad.mdb"), kMostRows);
+      const auto counts =
+          test::ReadEverything(*DatabaseFile::OpenBytes(BytesOf(bad), "bad.mdb"), kMostRows);
       if (counts.first_error.empty() && counts.rows != clean) ++differing;
       refused += !counts.first_error.empty();
     } catch (const RuntimeError&) {

@@ -1,5 +1,5 @@
 // Index keys: the engine's own bytes for texts, and the order of everything else.
-#include "platform/access/index_key.h"
+#include "platform/access/format/index_key.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // Index pages taken apart and put together again, and the way through an index.
-#include "platform/access/index_page.h"
+#include "platform/access/format/index_page.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/access/index_tree.h"
-#include "platform/access/page_file.h"
+#include "platform/access/read/index_tree.h"
+#include "platform/access/storage/page_file.h"
 #include "support/test_files.h"
 
 namespace tenora::access {
@@ -61,24 +61,24 @@ TEST(AnIndexPage, ThatCannotBeIsRefused) {
   buffer.size = kLargestPage;
   buffer.bytes.fill(std::byte{0});
   IndexPage page;
-  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Damage);  // no index page
+  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);  // no index page
   buffer.bytes[0] = std::byte{4};
   ReadIndexPage(kJet4Layout, buffer, page);
   EXPECT_TRUE(page.entries.empty());
   buffer.bytes[kJet4Layout.index_page_ends] = std::byte{4};  // an entry of two bytes
-  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Damage);
+  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);
   buffer.bytes[kJet4Layout.index_page_ends] = std::byte{16};  // one of four: a pointer alone
   ReadIndexPage(kJet4Layout, buffer, page);
   EXPECT_EQ(page.entries.size(), 1U);
   buffer.bytes[kJet4Layout.index_page_prefix] = std::byte{5};
-  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Damage);
+  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);
   // Entries made to fill memory: each of one byte, with nearly a page in common.
   Store16(&buffer.bytes[kJet4Layout.index_page_prefix], 2000);
   std::fill(&buffer.bytes[kJet4Layout.index_page_ends],
             &buffer.bytes[kJet4Layout.index_page_ends + 250], std::byte{0});
   std::fill(&buffer.bytes[kJet4Layout.index_page_ends + 250],
             &buffer.bytes[kJet4Layout.index_page_entries], std::byte{0xFF});
-  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Damage);
+  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);
 }
 
 TEST(AWalkOverAnIndex, MeetsEveryEntryInOrderFromWhereverItStarts) {

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "platform/access/database_writer.h"
-#include "platform/access/exclusive_access.h"
+#include "platform/access/storage/exclusive_access.h"
 #include "platform/runtime/files.h"
 #include "support/errors.h"
 #include "support/test_files.h"

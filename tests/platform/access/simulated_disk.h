@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "platform/access/storage.h"
+#include "platform/access/storage/file_storage.h"
 
 namespace tenora::test {
 

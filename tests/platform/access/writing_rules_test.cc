@@ -100,7 +100,7 @@ TEST_F(WritingByRules, RefusesWhatTheColumnsDoNotAllow) {
               Insert("ruled", {{"a", Number(1)}});
             }),
             "3073 - Operation must use an updateable query. Table 'ruled': column 'b' has the "
-            "validation rule >0, which is not worked out here.");
+            "validation rule >0, which cannot be evaluated.");
   EXPECT_THAT(
       Refusal([&] {
         Insert("all_ruled", {{"a", Number(1)}});
@@ -129,7 +129,7 @@ TEST_F(WritingByRules, NoRowRefersToOneThatIsMissing) {
       "records.";
   const char* const cascades =
       "3073 - Operation must use an updateable query. Table 'parent': the relationship 'r2' "
-      "carries the change on to table 'cascading'";
+      "cascades the change to table 'cascading'";
   EXPECT_THAT(Refusal([&] { Insert("strict", {{"up", Number(9)}}); }), StartsWith(required));
   EXPECT_THAT(Update("strict", child, {"up", Number(9)}), StartsWith(required));
   EXPECT_EQ(Update("strict", child, {"id", Number(7)}), "done");

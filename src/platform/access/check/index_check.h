@@ -1,0 +1,57 @@
+// One index of a table: its pages, their order and links, and its entries against the rows.
+#pragma once
+
+#include <vector>
+
+#include "platform/access/check/check_context.h"
+#include "platform/access/check/key_list.h"
+#include "platform/access/read/index_tree.h"
+
+namespace tenora::access {
+
+class IndexCheck {
+ public:
+  // `keys`, sorted, are those of the table's rows; all must outlive the check.
+  IndexCheck(const CheckContext& context, FindingPlace place, const TableDefinition& table,
+             const PhysicalIndex& index, const KeyList& keys);
+
+  void Run();
+
+ private:
+  void Visit(std::uint32_t number, std::size_t level);
+  void VisitNode(std::uint32_t number, const IndexPage& page, std::size_t level);
+  void CheckPage(const IndexPage& page, std::uint32_t number, std::size_t level);
+  void CheckOrder(const IndexEntry& entry, std::uint32_t page);
+  void MatchEntry(const IndexEntry& entry, std::uint32_t page);
+  void ExplainEntry(const IndexEntry& entry, std::uint32_t page);
+  void CheckRowsHaveEntries();
+  void CheckUnique();
+  bool IsBlank(std::uint32_t number) const;
+  void Fault(std::optional<std::uint32_t> page, std::string what);
+
+  // The last page met on each level; its next one is still to come.
+  struct Level {
+    std::uint32_t page = 0;
+    std::uint32_t next = 0;
+  };
+
+  const CheckContext& context_;
+  FindingPlace place_;
+  const TableDefinition& table_;
+  const PhysicalIndex& index_;
+  const KeyList& keys_;
+  UsageMap owned_;
+  PageLedger::User user_;
+  std::vector<Level> levels_;
+  std::size_t leaf_level_ = 0;  // 0: no leaf met yet
+  IndexEntry last_;             // the last entry met on a leaf
+  bool has_last_ = false;
+  bool complete_ = true;                  // every page of the tree could be read
+  std::size_t position_ = 0;              // in the rows' keys, where the next entry should match
+  std::vector<bool> matched_;             // of keys_.entries()
+  std::vector<bool> unkeyed_matched_;     // of keys_.unkeyed()
+  std::vector<std::uint32_t> explained_;  // rows, as page << 8 | row, that have a faulty entry
+  std::vector<std::uint32_t> rows_;       // of keys_.entries(), sorted; made when needed
+};
+
+}  // namespace tenora::access

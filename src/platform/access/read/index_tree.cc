@@ -1,0 +1,44 @@
+#include "platform/access/read/index_tree.h"
+
+namespace tenora::access {
+
+std::vector<std::uint32_t> PathToLeaf(const PageFile& file, std::uint32_t root,
+                                      std::string_view key, RowPointer row) {
+  std::vector<std::uint32_t> path;
+  PageBuffer buffer;
+  IndexPage page;
+  std::uint32_t number = root;
+  for (;;) {
+    if (path.size() == kMostIndexLevels) throw Corruption(root, "the index has no end of levels");
+    path.push_back(number);
+    file.Read(number, buffer);
+    ReadIndexPage(file.layout(), buffer, page);
+    if (page.leaf) return path;
+    number = ChildFor(page, key, row);
+  }
+}
+
+IndexWalk::IndexWalk(const PageFile& file, std::uint32_t root, std::string_view key, RowPointer row)
+    : file_(file) {
+  Load(PathToLeaf(file, root, key, row).back());
+  position_ = LowerBound(page_, key, row);
+}
+
+void IndexWalk::Load(std::uint32_t page) {
+  if (leaves_++ == file_.page_count())
+    throw Corruption(page, "the leaves of the index run in a circle");
+  file_.Read(page, buffer_);
+  ReadIndexPage(file_.layout(), buffer_, page_);
+  if (!page_.leaf) throw Corruption(page, "a leaf of the index is expected here");
+  position_ = 0;
+}
+
+const IndexEntry* IndexWalk::Next() {
+  while (position_ == page_.entries.size()) {
+    if (page_.next == 0) return nullptr;
+    Load(page_.next);
+  }
+  return &page_.entries[position_++];
+}
+
+}  // namespace tenora::access

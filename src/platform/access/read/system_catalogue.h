@@ -1,0 +1,46 @@
+// The system catalogue: the table MSysObjects, whose definition is always on page 2. It has a row
+// for each table, query, form and so on; the row of a table has the type 1 and, as its Id, the page
+// of the table's definition.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/access/read/table_data.h"
+
+namespace tenora::access {
+
+struct CatalogueEntry {
+  std::string name;
+  std::uint32_t definition_page = 0;
+  bool system = false;  // the engine's own, or temporary
+  RowPointer row;       // in the catalogue
+};
+
+class SystemCatalogue {
+ public:
+  // Raises RuntimeError for a corrupt catalogue.
+  explicit SystemCatalogue(const std::shared_ptr<const PageFile>& file);
+
+  // The tables kept in this file, in the order of the catalogue's rows; tables linked from
+  // elsewhere are left out.
+  const std::vector<CatalogueEntry>& tables() const { return tables_; }
+
+  // The table of that name, compared without letter case in any alphabet; null when there is none.
+  const CatalogueEntry* Find(std::string_view name) const;
+
+  // The field LvProp of the entry's row, empty where it is null or the catalogue has no such
+  // column: see table_properties.h. Raises Corruption or RuntimeError.
+  std::vector<std::byte> StoredProperties(const CatalogueEntry& entry) const;
+
+ private:
+  std::shared_ptr<const TableData> table_;
+  std::vector<CatalogueEntry> tables_;
+  std::unordered_map<std::string, std::size_t> by_folded_name_;  // positions in tables_
+};
+
+}  // namespace tenora::access

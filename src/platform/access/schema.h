@@ -1,0 +1,57 @@
+// What a database says of its tables: the format it is in, columns and their types, indexes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tenora::access {
+
+enum class Format { kJet3, kJet4, kAce };
+
+enum class ColumnType : std::uint8_t {
+  kBoolean = 1,
+  kByte = 2,
+  kInteger = 3,  // 16 bits
+  kLong = 4,     // 32 bits
+  kCurrency = 5,
+  kSingle = 6,
+  kDouble = 7,
+  kDateTime = 8,
+  kBinary = 9,
+  kText = 10,
+  kOle = 11,
+  kMemo = 12,
+  kGuid = 15,
+  kDecimal = 16,
+  kComplex = 18,
+  kBigInt = 19,
+  kDateTimeExtended = 20,
+};
+
+struct Column {
+  std::string name;
+  ColumnType type = ColumnType::kText;
+  std::uint16_t number = 0;  // position in the null mask
+  bool fixed_length = false;
+  bool auto_number = false;
+  std::uint16_t length = 0;               // bytes
+  std::uint8_t precision = 0, scale = 0;  // of decimals
+  // Of text, Jet 4 and ACE: the language in the low half, the version in the last byte.
+  std::uint32_t sort_order = 0;
+};
+
+struct IndexColumn {
+  std::size_t column = 0;  // into Table::columns()
+  bool descending = false;
+};
+
+struct Index {
+  std::string name;
+  std::vector<IndexColumn> columns;
+  bool unique = false;
+  bool primary = false;
+};
+
+}  // namespace tenora::access

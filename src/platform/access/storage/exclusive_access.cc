@@ -1,0 +1,304 @@
+#include "platform/access/storage/exclusive_access.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <thread>
+
+#include "platform/access/format/corruption.h"
+#include "platform/access/format/file_header.h"
+#include "platform/access/format/layout.h"
+
+namespace tenora::access {
+namespace {
+
+constexpr const char* kSource = "DAO.Database";
+// Longer than the longest commit of the eight processes that the busiest office runs.
+constexpr std::chrono::milliseconds kBetweenTries{2};
+
+// Runs `step`; what the system refuses becomes the engine's error.
+template <typename Step>
+auto NamingRefusals(Step step) {
+  try {
+    return step();
+  } catch (const StorageError& error) {
+    throw WriteError(error);
+  }
+}
+
+void WaitForLock(StorageFile& file, LockKind kind, std::chrono::milliseconds wait,
+                 const std::filesystem::path& path) {
+  const auto deadline = std::chrono::steady_clock::now() + wait;
+  while (!file.TryLock(kind)) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      throw RuntimeError(engine_error::kCurrentlyLocked,
+                         "Could not update; currently locked. Another program holds '" +
+                             path.string() + "'; try again when it is done.",
+                         kSource);
+    }
+    std::this_thread::sleep_for(kBetweenTries);
+  }
+}
+
+// The same database under another name must find the same journal.
+std::filesystem::path Resolved(const std::filesystem::path& path) {
+  std::error_code unresolved;
+  const auto resolved = std::filesystem::weakly_canonical(path, unresolved);
+  return unresolved ? path : resolved;
+}
+
+RuntimeError NoSuchFile(const std::filesystem::path& path) {
+  return RuntimeError(engine_error::kFileNotFound, "Could not find file '" + path.string() + "'.",
+                      "DAO.Workspace");
+}
+
+// The length of a whole journal, which its start tells; 0 for what is none, however long it is.
+std::uint64_t LengthOfWhole(StorageFile& journal) {
+  std::array<std::byte, kJournalHeader> header{};
+  const std::uint64_t length = JournalLength(Bytes(header).first(journal.Read(0, header)));
+  return length == journal.Size() ? length : 0;
+}
+
+std::vector<std::byte> ReadStart(StorageFile& file, std::uint64_t length) {
+  std::vector<std::byte> bytes(length);
+  bytes.resize(file.Read(0, bytes));
+  return bytes;
+}
+
+enum class Finding {
+  kUntouched,    // the database is as before the change
+  kInterrupted,  // every byte is the one before the change or the one after
+  kReplaced,     // nothing of the change is there, but the database is not what it was either
+  kMixed,        // the change was written, and someone else wrote over it
+};
+
+bool IsOldOrNew(const JournalPage& page, Bytes found) {
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (found[i] != page.before[i] && found[i] != page.after[i]) return false;
+  }
+  return true;
+}
+
+Finding Compare(const Journal& journal, StorageFile& database) {
+  std::array<std::byte, kHeaderSize> start{};
+  if (database.Read(0, start) < start.size()) return Finding::kReplaced;
+  if (DatabaseIdentity(start) != journal.identity) return Finding::kReplaced;
+  const std::uint64_t size = database.Size();
+  bool possible = size >= journal.old_length && size <= journal.new_length;
+  bool untouched = size == journal.old_length, written = false;
+  std::vector<std::byte> found(journal.page_size);
+  for (const JournalPage& page : journal.pages) {
+    const std::size_t count = database.Read(std::uint64_t{page.number} * journal.page_size, found);
+    possible = possible && count == found.size() && IsOldOrNew(page, found);
+    untouched = untouched && found == page.before;
+    written = written || (found == page.after && found != page.before);
+  }
+  if (untouched) return Finding::kUntouched;
+  if (possible) return Finding::kInterrupted;
+  return written ? Finding::kMixed : Finding::kReplaced;
+}
+
+}  // namespace
+
+std::filesystem::path JournalPath(const std::filesystem::path& database) {
+  return database.string() + ".journal";
+}
+
+RuntimeError WriteError(const StorageError& error) {
+  const std::string reason = std::string(" ") + error.what() + ".";
+  switch (error.reason()) {
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return RuntimeError(engine_error::kDiskFull, "Not enough space on disk." + reason, kSource);
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return RuntimeError(engine_error::kReadOnly,
+                          "Cannot update. Database or object is read-only." + reason, kSource);
+    case ENOLCK:
+      return RuntimeError(engine_error::kCannotLock, "Could not lock file." + reason, kSource);
+    default:
+      return RuntimeError(engine_error::kDiskOrNetworkError, "Disk or network error." + reason,
+                          kSource);
+  }
+}
+
+ExclusiveAccess::ExclusiveAccess(Storage& storage, const std::filesystem::path& path,
+                                 std::chrono::milliseconds wait)
+    : storage_(storage) {
+  path_ = Resolved(path);
+  journal_path_ = JournalPath(path_);
+  NamingRefusals([&] {
+    database_ = storage_.Open(path_, Storage::Mode::kReadWrite);
+    if (database_ == nullptr) throw NoSuchFile(path);
+    LockJournal(wait);
+    try {
+      WaitForLock(*database_, LockKind::kExclusive, wait, path_);
+      Recover();
+    } catch (...) {
+      if (!journal_in_use_) storage_.Remove(journal_path_);
+      throw;
+    }
+  });
+}
+
+ExclusiveAccess::~ExclusiveAccess() {
+  if (journal_in_use_) return;
+  try {
+    storage_.Remove(journal_path_);
+  } catch (const StorageError&) {
+    // An empty journal that stays says nothing and harms nobody.
+    journal_in_use_ = true;
+  }
+}
+
+// Whoever is done removes the journal. So one that was waited for may no longer be the one that
+// others find: only a lock on the one in place counts.
+void ExclusiveAccess::LockJournal(std::chrono::milliseconds wait) {
+  for (;;) {
+    journal_ = storage_.Create(journal_path_, path_);
+    WaitForLock(*journal_, LockKind::kExclusive, wait, path_);
+    if (journal_->IsAt(journal_path_)) break;
+  }
+  journal_in_use_ = journal_->Size() > 0;
+}
+
+void ExclusiveAccess::Recover() {
+  if (!journal_in_use_) return;
+  const std::uint64_t length = LengthOfWhole(*journal_);
+  // No change has more pages than the database had before it, and until it is taken back the
+  // database is no shorter than that.
+  constexpr std::size_t kPageSize = kJet4Layout.page_size;
+  if (length > JournalLength(kPageSize, database_->Size() / kPageSize)) throw CannotTakeBack();
+  Journal journal;
+  // A journal that is not whole was never relied on: the pages are written only after it is synced.
+  if (!DecodeJournal(ReadStart(*journal_, length), journal)) return DropJournal();
+  switch (Compare(journal, *database_)) {
+    case Finding::kUntouched:
+    case Finding::kReplaced:
+      break;
+    case Finding::kInterrupted:
+      TakeBack(journal);
+      break;
+    case Finding::kMixed:
+      throw CannotTakeBack();
+  }
+  DropJournal();
+}
+
+RuntimeError ExclusiveAccess::CannotTakeBack() const {
+  return RuntimeError(
+      engine_error::kCorruptFile,
+      "A change to '" + path_.string() +
+          "' was interrupted, and another program has written to the file since, so that it "
+          "cannot be taken back. Restore a backup, or compact and repair the database, and "
+          "delete '" +
+          journal_path_.string() + "'.",
+      kSource);
+}
+
+CommitStates ExclusiveAccess::Commit(const Journal& journal,
+                                     const std::vector<AppendedPage>& appended) {
+  return NamingRefusals([&] {
+    CommitStates states;
+    RequireUnchanged(journal);
+    SaveJournal(journal);
+    try {
+      states = WritePages(journal, appended);
+      journal_->Truncate(0);
+    } catch (const StorageError&) {
+      // If this fails as well, the journal stays, and the next to open the database takes back.
+      TakeBack(journal);
+      DropJournal();
+      throw;
+    }
+    journal_->Sync();
+    journal_in_use_ = false;
+    return states;
+  });
+}
+
+// Most programs that have the file open know nothing of our locks.
+void ExclusiveAccess::RequireUnchanged(const Journal& journal) {
+  bool unchanged = database_->Size() == journal.old_length;
+  std::vector<std::byte> found(journal.page_size);
+  for (const JournalPage& page : journal.pages) {
+    if (!unchanged) break;
+    unchanged =
+        database_->Read(std::uint64_t{page.number} * journal.page_size, found) == found.size() &&
+        found == page.before;
+  }
+  if (unchanged) return;
+  throw RuntimeError(engine_error::kChangedByAnother,
+                     "The database engine stopped the process because you and another user are "
+                     "attempting to change the same data at the same time. File '" +
+                         path_.string() + "'.",
+                     kSource);
+}
+
+void ExclusiveAccess::SaveJournal(const Journal& journal) {
+  try {
+    journal_->Write(0, EncodeJournal(journal));
+    journal_->Sync();
+    storage_.SyncFolder(path_.parent_path());
+    journal_in_use_ = true;
+  } catch (const StorageError&) {
+    journal_->Truncate(0);
+    throw;
+  }
+}
+
+CommitStates ExclusiveAccess::WritePages(const Journal& journal,
+                                         const std::vector<AppendedPage>& appended) {
+  CommitStates states{.before = database_->State(), .after = {}};
+  // Those at the end first: a full disk shows before anything old is written over.
+  for (const AppendedPage& page : appended) {
+    database_->Write(std::uint64_t{page.number} * journal.page_size, page.bytes);
+  }
+  for (const JournalPage& page : journal.pages) {
+    database_->Write(std::uint64_t{page.number} * journal.page_size, page.after);
+  }
+  states.after = database_->MarkChanged();
+  database_->Sync();
+  return states;
+}
+
+void ExclusiveAccess::TakeBack(const Journal& journal) {
+  for (const JournalPage& page : journal.pages) {
+    database_->Write(std::uint64_t{page.number} * journal.page_size, page.before);
+  }
+  if (database_->Size() > journal.old_length) database_->Truncate(journal.old_length);
+  database_->Sync();
+}
+
+void ExclusiveAccess::DropJournal() {
+  journal_->Truncate(0);
+  journal_->Sync();
+  journal_in_use_ = false;
+}
+
+bool HasJournal(Storage& storage, const std::filesystem::path& path) {
+  return NamingRefusals([&] {
+    const auto journal = storage.Open(JournalPath(Resolved(path)), Storage::Mode::kRead);
+    return journal != nullptr && journal->Size() > 0;
+  });
+}
+
+std::unique_ptr<StorageFile> LockForReading(Storage& storage, const std::filesystem::path& path,
+                                            std::chrono::milliseconds wait) {
+  return NamingRefusals([&] {
+    auto file = storage.Open(path, Storage::Mode::kRead);
+    if (file == nullptr) throw NoSuchFile(path);
+    WaitForLock(*file, LockKind::kShared, wait, path);
+    return file;
+  });
+}
+
+void RecoverDatabase(Storage& storage, const std::filesystem::path& path,
+                     std::chrono::milliseconds wait) {
+  if (!HasJournal(storage, path)) return;
+  const ExclusiveAccess recovered(storage, path, wait);
+}
+
+}  // namespace tenora::access

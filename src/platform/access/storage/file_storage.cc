@@ -1,0 +1,193 @@
+#include "platform/access/storage/file_storage.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace tenora::access {
+namespace {
+
+// The time now, in steps that network file systems keep too. Writes are given the time of the
+// system's last tick, or the next; this one lies between.
+timespec TimeBetweenTicks() {
+  constexpr long kStep = 100, kApart = 1000;  // nanoseconds
+  timespec now{}, tick{};
+  do {
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &tick);
+    ::clock_gettime(CLOCK_REALTIME, &now);
+  } while (now.tv_sec == tick.tv_sec && now.tv_nsec - tick.tv_nsec < kApart);
+  now.tv_nsec -= now.tv_nsec % kStep;
+  return now;
+}
+
+class OpenDiskFile final : public StorageFile {
+ public:
+  OpenDiskFile(int fd, std::filesystem::path path) : fd_(fd), path_(std::move(path)) {}
+  ~OpenDiskFile() override { ::close(fd_); }
+  OpenDiskFile(const OpenDiskFile&) = delete;
+  OpenDiskFile& operator=(const OpenDiskFile&) = delete;
+
+  int fd() const { return fd_; }
+
+  struct stat Status(const char* what) const {
+    struct stat status {};
+    if (::fstat(fd_, &status) != 0) throw StorageError(errno, path_, what);
+    return status;
+  }
+
+  std::uint64_t Size() override {
+    return static_cast<std::uint64_t>(Status("measure the file").st_size);
+  }
+
+  std::size_t Read(std::uint64_t offset, std::span<std::byte> into) override {
+    std::size_t done = 0;
+    while (done < into.size()) {
+      const ssize_t count =
+          ::pread(fd_, into.data() + done, into.size() - done, static_cast<off_t>(offset + done));
+      if (count < 0 && errno == EINTR) continue;
+      if (count < 0) throw StorageError(errno, path_, "read");
+      if (count == 0) break;
+      done += static_cast<std::size_t>(count);
+    }
+    return done;
+  }
+
+  void Write(std::uint64_t offset, Bytes bytes) override {
+    while (!bytes.empty()) {
+      const ssize_t count = ::pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+      if (count < 0 && errno == EINTR) continue;
+      if (count < 0) throw StorageError(errno, path_, "write");
+      offset += static_cast<std::uint64_t>(count);
+      bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+  }
+
+  void Truncate(std::uint64_t size) override {
+    while (::ftruncate(fd_, static_cast<off_t>(size)) != 0) {
+      if (errno != EINTR) throw StorageError(errno, path_, "shorten");
+    }
+  }
+
+  void Sync() override {
+    // The length is among what fdatasync writes, the time of change is not.
+    while (::fdatasync(fd_) != 0) {
+      if (errno != EINTR) throw StorageError(errno, path_, "sync");
+    }
+  }
+
+  bool TryLock(LockKind kind) override {
+    // A lock of the open file, not of the process: closing another handle of the same file, which
+    // any library may do, does not drop it, and two users of it in one process keep apart. Length
+    // 0 reaches to the end, however far the file grows.
+    struct flock lock {};
+    lock.l_type = static_cast<short>(kind == LockKind::kExclusive ? F_WRLCK : F_RDLCK);
+    lock.l_whence = SEEK_SET;
+    while (::fcntl(fd_, F_OFD_SETLK, &lock) != 0) {
+      if (errno == EAGAIN || errno == EACCES) return false;
+      if (errno != EINTR) throw StorageError(errno, path_, "lock");
+    }
+    return true;
+  }
+
+  FileState State() override {
+    // What the client of a network file system remembers may be seconds old.
+    struct statx status {};
+    constexpr int kFlags = AT_EMPTY_PATH | AT_STATX_FORCE_SYNC;
+    if (::statx(fd_, "", kFlags, STATX_BASIC_STATS, &status) != 0) return {};
+    return {.device = ::makedev(status.stx_dev_major, status.stx_dev_minor),
+            .inode = status.stx_ino,
+            .size = status.stx_size,
+            .seconds = status.stx_mtime.tv_sec,
+            .nanoseconds = status.stx_mtime.tv_nsec};
+  }
+
+  FileState MarkChanged() override {
+    const timespec mark = TimeBetweenTicks();
+    const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, mark};
+    // Only the file's owner may.
+    if (::futimens(fd_, times) != 0) return {};
+    const FileState state = State();
+    const bool exact = state.seconds == mark.tv_sec && state.nanoseconds == mark.tv_nsec;
+    return exact ? state : FileState();
+  }
+
+  bool IsAt(const std::filesystem::path& path) override {
+    struct stat named {};
+    if (::lstat(path.c_str(), &named) != 0) {
+      if (errno == ENOENT) return false;
+      throw StorageError(errno, path, "look up");
+    }
+    const struct stat own = Status("look up");
+    return own.st_dev == named.st_dev && own.st_ino == named.st_ino;
+  }
+
+ private:
+  int fd_;
+  std::filesystem::path path_;
+};
+
+// A pipe or device of the name would hold us up or swallow what we write.
+std::unique_ptr<OpenDiskFile> RequireFile(std::unique_ptr<OpenDiskFile> file,
+                                          const std::filesystem::path& path) {
+  const mode_t mode = file->Status("open").st_mode;
+  if (!S_ISREG(mode)) throw StorageError(S_ISDIR(mode) ? EISDIR : EINVAL, path, "open");
+  return file;
+}
+
+}  // namespace
+
+StorageError::StorageError(int reason, const std::filesystem::path& path, const char* what)
+    : std::runtime_error(std::string("Cannot ") + what + " '" + path.string() +
+                         "': " + std::generic_category().message(reason)),
+      reason_(reason),
+      path_(path) {}
+
+std::unique_ptr<StorageFile> DiskStorage::Open(const std::filesystem::path& path, Mode mode) {
+  const int access = mode == Mode::kReadWrite ? O_RDWR : O_RDONLY;
+  const int fd = ::open(path.c_str(), access | O_CLOEXEC | O_NONBLOCK);
+  if (fd < 0 && (errno == ENOENT || errno == ENOTDIR)) return nullptr;
+  if (fd < 0) throw StorageError(errno, path, "open");
+  return RequireFile(std::make_unique<OpenDiskFile>(fd, path), path);
+}
+
+std::unique_ptr<StorageFile> DiskStorage::Create(const std::filesystem::path& path,
+                                                 const std::filesystem::path& like) {
+  // Links are not followed: whoever may write to the folder could lead us to another file.
+  constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW;
+  const int old = ::open(path.c_str(), kFlags);
+  if (old >= 0) return RequireFile(std::make_unique<OpenDiskFile>(old, path), path);
+  if (errno != ENOENT) throw StorageError(errno, path, "open");
+  const int made = ::open(path.c_str(), kFlags | O_CREAT, 0600);
+  if (made < 0) throw StorageError(errno, path, "create");
+  auto file = RequireFile(std::make_unique<OpenDiskFile>(made, path), path);
+  struct stat model {};
+  if (::stat(like.c_str(), &model) != 0) throw StorageError(errno, like, "look up");
+  // Where the group cannot be given, those of the model's group who are not of ours may be shut
+  // out; the mode is that of the model in any case.
+  if (::fchown(made, static_cast<uid_t>(-1), model.st_gid) != 0) errno = 0;
+  if (::fchmod(made, model.st_mode & 0666) != 0) throw StorageError(errno, path, "create");
+  return file;
+}
+
+void DiskStorage::Remove(const std::filesystem::path& path) {
+  if (::unlink(path.c_str()) != 0 && errno != ENOENT) throw StorageError(errno, path, "remove");
+}
+
+void DiskStorage::SyncFolder(const std::filesystem::path& folder) {
+  const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) throw StorageError(errno, folder, "open");
+  const OpenDiskFile closing(fd, folder);
+  while (::fsync(fd) != 0) {
+    if (errno == EINTR) continue;
+    // Some network file systems have no such call; their server syncs entries by itself.
+    if (errno == EINVAL || errno == ENOTSUP) return;
+    throw StorageError(errno, folder, "sync");
+  }
+}
+
+}  // namespace tenora::access

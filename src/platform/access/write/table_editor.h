@@ -1,0 +1,91 @@
+// The rows of one table, changed with everything that hangs on them: indexes, long values, usage
+// maps and the counts of the definition. Each change is checked whole before any page is touched.
+#pragma once
+
+#include "platform/access/database_writer.h"
+#include "platform/access/read/row_finder.h"
+#include "platform/access/write/index_editor.h"
+#include "platform/access/write/referential_integrity.h"
+#include "platform/access/write/write_context.h"
+
+namespace tenora::access {
+
+class TableEditor final : public WritableTable {
+ public:
+  // Raises 3073 for a table that cannot be written.
+  TableEditor(WriteContext& context, std::shared_ptr<const TableData> table);
+
+  const std::string& name() const override { return table_->name; }
+  const std::vector<Column>& columns() const override { return table_->definition.columns; }
+  const std::vector<Index>& indexes() const override { return table_->definition.indexes; }
+
+  std::string DefaultValue(std::size_t column) const override;
+
+  std::vector<RowId> Find(const std::vector<ColumnValue>& equal) override;
+  std::vector<RowId> All() override;
+  std::unique_ptr<RowCursor> Rows() const override { return OpenCursor(table_); }
+  std::vector<Value> Read(RowId row) override;
+  RowId Insert(const std::vector<ColumnValue>& values) override;
+  void Update(RowId row, const std::vector<ColumnValue>& values) override;
+  void Delete(RowId row) override;
+
+ private:
+  // The place of one index in the definition, and how to make its keys.
+  struct Tree {
+    const PhysicalIndex* index;
+    std::string name;
+    std::size_t position;
+    bool required;  // no column may be null
+    std::unique_ptr<IndexKeyEncoder> encoder;
+    std::string why_not;  // no encoder
+  };
+  // What one change does to one index.
+  struct KeyChange {
+    const Tree* tree;
+    std::optional<IndexKey> old_key, new_key;  // none: no entry
+  };
+  // A change, worked out but not made. Long values that changed are in `row` as their content.
+  struct Plan {
+    std::optional<StoredRow> before;
+    std::optional<StoredRow> row;
+    std::vector<bool> changed;  // by column
+    std::vector<KeyChange> keys;
+    std::optional<std::int32_t> automatic_number;
+  };
+
+  void ReadTrees();
+  std::size_t ColumnNamed(std::string_view name) const;
+  [[noreturn]] void Refuse(const std::string& why, const std::string& index = {}) const;
+  RuntimeError Error(int number, std::string text) const;
+  template <typename Step>
+  auto Guarded(Step step) const;
+  template <typename Step>
+  auto Changing(Step step);
+
+  void Assign(const std::vector<ColumnValue>& values, Plan& plan);
+  std::int32_t NextNumber(const Column& column, std::int32_t last) const;
+  void AssignAutomatic(Plan& plan);
+  void RequireAllowed(const Plan& plan) const;
+  void RequireRoom(const Plan& plan) const;
+  void PlanKeys(Plan& plan, RowPointer row);
+  bool Affects(const Tree& tree, const Plan& plan) const;
+  std::optional<IndexKey> KeyOf(const Tree& tree, const StoredRow& row) const;
+  void RequireUnique(const KeyChange& change, const StoredRow& row, RowPointer place) const;
+  void Check(Plan& plan, RowPointer place);
+
+  const LongValueMaps& MapsOf(std::size_t column) const;
+  void StoreLongValues(Plan& plan);
+  void ApplyKeys(const Plan& plan, RowPointer row);
+  void Rewrite(const LocatedRow& located, Bytes row);
+  void DeleteSlot(RowPointer row);
+  void AddToCount(std::size_t offset, int change);
+
+  WriteContext& context_;
+  std::shared_ptr<const TableData> table_;
+  RowFinder finder_;
+  ReferentialIntegrity references_;
+  TableProperties properties_;
+  std::vector<Tree> trees_;
+};
+
+}  // namespace tenora::access
