@@ -118,9 +118,6 @@ TEST(Layers, IncludeOnlyLowerLayersAndTheirPublicHeaders) {
   EXPECT_GT(includes, 10U);
 }
 
-// Names that two modules still share; an entry goes with the renaming of one of its files.
-const std::set<std::string> kNamesStillShared = {"storage.h", "storage.cc"};
-
 // Files of one name in two modules send a reader to the wrong one.
 TEST(Layers, GiveEachFileANameOfItsOwn) {
   std::map<std::string, std::string> paths;
@@ -130,8 +127,7 @@ TEST(Layers, GiveEachFileANameOfItsOwn) {
     if (extension != ".h" && extension != ".cc") continue;
     const std::string file = std::filesystem::relative(entry.path(), source);
     const auto [other, added] = paths.emplace(entry.path().filename(), file);
-    EXPECT_TRUE(added || kNamesStillShared.contains(entry.path().filename()))
-        << file << " has the name of " << other->second;
+    EXPECT_TRUE(added) << file << " has the name of " << other->second;
   }
 }
 
