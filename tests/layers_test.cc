@@ -34,7 +34,7 @@ const std::vector<std::vector<Module>> kLayers = {
      {"platform/mail", {}},
      {"platform/spelling", {}}},
     {{"platform/query", {"sql", "values", "functions", "cache", "translate", "execute"}},
-     {"platform/printing", {}}},
+     {"platform/printing", {"image", "layout", "pdf", "cups"}}},
     {{"data", {}}},
     {{"rental", {}}},
     {{"merge", {}}},

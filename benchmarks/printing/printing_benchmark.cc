@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/printing/document_length.h"
 #include "platform/printing/printing.h"
 #include "platform/richtext/rich_text_box.h"
 #include "platform/runtime/files.h"
@@ -48,7 +49,7 @@ class Scratch {
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
                    const std::string& title = "Letter") {
   constexpr int kMargin = 1440;
-  printer.StartDocument(title, printing::Sheet::kAsHeld);
+  printer.StartDocument(title, printing::Orientation::kAsPrinterIsSet);
   printing::FormatRange range;
   range.document = &document;
   range.print_rect = {kMargin, kMargin, printer.Width() - kMargin, printer.Height() - kMargin};

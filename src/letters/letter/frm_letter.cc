@@ -16,7 +16,7 @@
 #include "output/letter_printing.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
-#include "platform/printing/picture_file.h"
+#include "platform/printing/picture_import.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 

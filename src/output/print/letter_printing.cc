@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/printing/document_length.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 
@@ -61,14 +62,14 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
                    const std::function<bool()>& stop_asked) {
   printing::FormatRange range;
   range.document = &document;
-  const printing::Sheet sheet = printing::SheetFor(document);
-  const printing::Paper paper = printing::PaperOf(printer, sheet);
+  const printing::Orientation orientation = printing::OrientationOf(document);
+  const printing::Paper paper = printing::PaperOf(printer, orientation);
   range.page_rect = {0, 0, paper.width, paper.height};
   range.print_rect = PrintRect(paper, margins);
   RequireRoom(range.print_rect, margins);
 
   LetterPrint letter(printer);
-  printer.StartDocument(title, sheet);
+  printer.StartDocument(title, orientation);
   const int length = printing::DocumentLength(*range.document);
   for (;;) {
     const int next = printer.Format(range);

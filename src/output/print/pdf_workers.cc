@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/printing/printing.h"
+#include "platform/printing/qt_application.h"
 #include "platform/richtext/rich_text_box.h"
 #include "platform/runtime/files.h"
 
@@ -68,7 +69,7 @@ std::vector<PdfResult> WriteGroup(printing::PdfBatch& batch, std::vector<PdfLett
 }  // namespace
 
 PdfWorkers::PdfWorkers(const PageMargins& margins, unsigned threads)
-    : margins_(margins), qt_(printing::HoldDrawing()) {
+    : margins_(margins), qt_(printing::HoldQtApplication()) {
   if (threads == 0) threads = std::max(1U, std::thread::hardware_concurrency());
   threads_.reserve(threads);
   for (unsigned i = 0; i < threads; ++i) threads_.emplace_back([this] { Work(); });

@@ -2,10 +2,11 @@
 
 #include <QBuffer>
 #include <QImageReader>
+#include <QPen>
 #include <algorithm>
 #include <cmath>
 
-#include "platform/printing/metafile.h"
+#include "platform/printing/image/metafile.h"
 
 namespace tenora::printing {
 namespace {
@@ -99,6 +100,20 @@ QImage Pictures::Decoded(const richtext::Picture& picture) {
   decoded_bytes_ += bytes;
   decoded_.emplace(key, image);
   return image;
+}
+
+void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& picture) {
+  if (!picture.image.isNull()) {
+    painter.setRenderHint(QPainter::LosslessImageRendering, picture.lossless);
+    painter.drawImage(area, picture.image);
+    return;
+  }
+  painter.setPen(QPen(Qt::gray, 10));
+  painter.drawRect(area);
+  QFont font(QStringLiteral("Liberation Sans"));
+  font.setPixelSize(static_cast<int>(std::clamp(area.height() / 3, 40.0, 200.0)));
+  painter.setFont(font);
+  painter.drawText(area, Qt::AlignCenter, QString::fromStdString(picture.caption));
 }
 
 }  // namespace tenora::printing

@@ -1,15 +1,23 @@
-// Pictures of documents, decoded once each.
+// Pictures of documents, decoded once each, and how they are drawn.
 #pragma once
 
 #include <QImage>
+#include <QPainter>
 #include <map>
 #include <string>
 #include <utility>
 
-#include "platform/printing/text_line.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
+
+// A picture in its size on paper, twips.
+struct PlacedPicture {
+  double width = 0, height = 0;
+  QImage image;         // null: a frame with the caption is drawn
+  std::string caption;  // the kind of picture that could not be read
+  bool lossless = true;
+};
 
 class Pictures {
  public:
@@ -27,5 +35,7 @@ class Pictures {
   std::map<std::pair<richtext::Picture::Kind, std::string>, QImage> decoded_;
   std::size_t decoded_bytes_ = 0;
 };
+
+void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& picture);
 
 }  // namespace tenora::printing

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <vector>
 
-#include "platform/printing/drawing_printer.h"
-#include "platform/printing/qt_session.h"
+#include "platform/printing/layout/drawing_printer.h"
+#include "platform/printing/qt_application.h"
 
 namespace tenora::printing {
 namespace {
@@ -29,10 +29,10 @@ class NoPaper {
 class PreviewPages::Device : public DrawingPrinter {
  public:
   explicit Device(const Printer& like)
-      : DrawingPrinter(like.DeviceName(), PaperOf(like, Sheet::kAsHeld)),
+      : DrawingPrinter(like.DeviceName(), PaperOf(like, Orientation::kAsPrinterIsSet)),
         qt_(HoldQtApplication()) {}
 
-  void StartDocument(const std::string&, Sheet) override { open_ = true; }
+  void StartDocument(const std::string&, Orientation) override { open_ = true; }
   void NewPage() override {}
   // Keeps where the page begins; it is drawn when somebody looks.
   int Format(const FormatRange& range) override {

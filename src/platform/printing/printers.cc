@@ -2,11 +2,11 @@
 #include <optional>
 #include <utility>
 
-#include "platform/printing/cups_queue.h"
-#include "platform/printing/drawing_printer.h"
-#include "platform/printing/pdf_job.h"
+#include "platform/printing/cups/cups_queue.h"
+#include "platform/printing/layout/drawing_printer.h"
+#include "platform/printing/pdf/pdf_job.h"
 #include "platform/printing/printing.h"
-#include "platform/printing/qt_session.h"
+#include "platform/printing/qt_application.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
 
@@ -81,22 +81,22 @@ class Device : public DrawingPrinter {
   }
   PrintChoice SetUpNow() const { return {0, 1, landscape_, options_.sides}; }
 
-  void StartDocument(const std::string& title, Sheet sheet) override {
+  void StartDocument(const std::string& title, Orientation orientation) override {
     ForgetLayout();
-    sheet_ = sheet;
+    orientation_ = orientation;
     if (job_) {
-      job_->NewPage(sheet_);
+      job_->NewPage(orientation_);
       return;
     }
     if (!qt_) qt_ = HoldQtApplication();
     AsPrinterError(title, [&] {
-      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, paper(), sheet_);
+      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, paper(), orientation_);
     });
   }
 
   void NewPage() override {
     Page();
-    job_->NewPage(sheet_);
+    job_->NewPage(orientation_);
   }
 
   std::filesystem::path EndJob() override {
@@ -138,8 +138,8 @@ class Device : public DrawingPrinter {
 
   std::unique_ptr<Destination> destination_;
   JobOptions options_;
-  bool landscape_ = false;        // how the printer holds its sheets
-  Sheet sheet_ = Sheet::kAsHeld;  // of the document in hand
+  bool landscape_ = false;                                  // how the printer is set
+  Orientation orientation_ = Orientation::kAsPrinterIsSet;  // of the document in hand
   // The application outlives what draws with its fonts.
   std::shared_ptr<void> qt_;
   std::unique_ptr<PdfJob> job_;
@@ -236,21 +236,19 @@ class InstalledPrinters : public Printers {
 
 }  // namespace
 
-Sheet SheetFor(const richtext::Document& document) {
-  return document.page.landscape ? Sheet::kLandscape : Sheet::kAsHeld;
+Orientation OrientationOf(const richtext::Document& document) {
+  return document.page.landscape ? Orientation::kLandscape : Orientation::kAsPrinterIsSet;
 }
 
-Paper PaperOf(const Printer& printer, Sheet sheet) {
+Paper PaperOf(const Printer& printer, Orientation orientation) {
   const auto twips = [](int pixels, double twips_per_pixel) {
     return static_cast<int>(std::lround(pixels * twips_per_pixel));
   };
-  return Laid({printer.Width(), printer.Height(),
-               twips(printer.PhysicalOffsetX(), printer.TwipsPerPixelX()),
-               twips(printer.PhysicalOffsetY(), printer.TwipsPerPixelY())},
-              sheet);
+  return Oriented({printer.Width(), printer.Height(),
+                   twips(printer.PhysicalOffsetX(), printer.TwipsPerPixelX()),
+                   twips(printer.PhysicalOffsetY(), printer.TwipsPerPixelY())},
+                  orientation);
 }
-
-std::shared_ptr<void> HoldDrawing() { return HoldQtApplication(); }
 
 std::unique_ptr<Printers> Printers::Create(PrinterOptions options) {
   return std::make_unique<InstalledPrinters>(std::move(options));

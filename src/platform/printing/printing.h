@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/dialogs/dialogs.h"
-#include "platform/printing/sheet.h"
+#include "platform/printing/paper_size.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
@@ -21,26 +21,22 @@ struct Rect {
   int left = 0, top = 0, right = 0, bottom = 0;
 };
 
-// Range of positions in a document; `to` -1 is the end.
+// Range of positions in a document, counted as DocumentLength does; `to` -1 is the end.
 struct CharRange {
   int from = 0, to = -1;
 };
-
-// The number of positions in a document as Format counts them: UTF-16 units, an object one, a
-// paragraph's end one.
-int DocumentLength(const richtext::Document& document);
 
 // A document on its way to paper: what EM_FORMATRANGE did. The layout is kept between the pages of
 // one document.
 struct FormatRange {
   const richtext::Document* document = nullptr;
   Rect print_rect;  // where text may stand, relative to the device's printable corner
-  Rect page_rect;   // the whole page, as its sheet lies
+  Rect page_rect;   // the whole page, in the document's orientation
   CharRange range;
 };
 
 // The current printer as a device: size in twips, offsets of its printable corner in pixels, both
-// of a sheet as it holds them.
+// of the paper as the printer is set.
 class Printer {
  public:
   virtual ~Printer() = default;
@@ -53,8 +49,8 @@ class Printer {
   virtual double TwipsPerPixelY() const = 0;
 
   // Opens a job (or, in an open job, starts another document on a new page) under a title, on
-  // sheets that lie so. Raises 482 (Printer error) naming printer and title.
-  virtual void StartDocument(const std::string& title, Sheet sheet) = 0;
+  // paper of this orientation. Raises 482 (Printer error) naming printer and title.
+  virtual void StartDocument(const std::string& title, Orientation orientation) = 0;
   virtual void NewPage() = 0;
   // Draws what fits of the range on the current page; the result is the position of the first
   // character that did not fit. With `document` null, frees the layout kept from the last call.
@@ -67,12 +63,13 @@ class Printer {
   virtual bool JobOpen() const = 0;
 };
 
-// The letter decides how the printer's sheet lies; of what size it is, the printer does.
-Sheet SheetFor(const richtext::Document& document);
-Paper PaperOf(const Printer& printer, Sheet sheet);
+// The letter decides the orientation of the printer's paper, the printer its size.
+Orientation OrientationOf(const richtext::Document& document);
+Paper PaperOf(const Printer& printer, Orientation orientation);
 
 // A printer that draws many documents together, so that fonts are packed once, and gives a PDF of
-// each. Every thread may have its own, also off the main thread while HoldDrawing's result is held.
+// each. Every thread may have its own, also off the main thread while HoldQtApplication's result is
+// held.
 class PdfBatch : public virtual Printer {
  public:
   static std::unique_ptr<PdfBatch> Create();
@@ -80,10 +77,6 @@ class PdfBatch : public virtual Printer {
   // (Printer error); the documents are then lost.
   virtual std::vector<std::string> TakeFiles() = 0;
 };
-
-// What drawing needs in this process, kept while held. Raises 482 when there can be none. Call on
-// the main thread.
-std::shared_ptr<void> HoldDrawing();
 
 struct PrinterOptions {
   std::string default_printer;       // TENORA_PRINTER; empty: the system's default

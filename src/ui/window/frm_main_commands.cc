@@ -251,8 +251,9 @@ void frmMain::ShowPages() {
 int frmMain::PaperWidth(LetterWindow& window) {
   try {
     if (!printers_) return 0;
-    const printing::Sheet sheet = printing::SheetFor(window.letter().rtfLetter.Document());
-    return printing::PaperOf(printers_->Current(), sheet).width;
+    const printing::Orientation orientation =
+        printing::OrientationOf(window.letter().rtfLetter.Document());
+    return printing::PaperOf(printers_->Current(), orientation).width;
   } catch (const RuntimeError&) {
     return 0;
   }

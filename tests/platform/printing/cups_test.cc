@@ -59,7 +59,7 @@ TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitleAsSetInTheChooser) {
                                         DocumentOf({Line("Dear Mrs Smith,")})};
   const printing::Rect area{kInch, kInch, kInch + kTextWidth, kInch + kTextHeight};
   for (const richtext::Document& letter : letters) {
-    printer.StartDocument("Rent rise \"2026\"; $HOME", printing::Sheet::kAsHeld);
+    printer.StartDocument("Rent rise \"2026\"; $HOME", printing::Orientation::kAsPrinterIsSet);
     DrawPages(printer, letter, area);
   }
   EXPECT_EQ(printer.EndJob(), "");
@@ -76,7 +76,7 @@ TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitleAsSetInTheChooser) {
 TEST_F(Cups, NamesPrinterAndTitleWhenAQueueRefuses) {
   const auto printers = Printers::Create({"Closed", {}});
   printing::Printer& printer = printers->Current();
-  printer.StartDocument("Notice", printing::Sheet::kAsHeld);
+  printer.StartDocument("Notice", printing::Orientation::kAsPrinterIsSet);
   EXPECT_THAT(ErrorOf([&] { printer.EndJob(); }),
               AllOf(HasSubstr("482 - Printer error"), HasSubstr("Closed"), HasSubstr("Notice")));
   EXPECT_FALSE(printer.JobOpen());

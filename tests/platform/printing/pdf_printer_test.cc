@@ -8,7 +8,7 @@
 
 #include "platform/dialogs/scripted_dialogs.h"
 #include "platform/printing/paper.h"
-#include "platform/printing/spool_file.h"
+#include "platform/printing/pdf/spool_file.h"
 #include "platform/runtime/files.h"
 #include "support/environment.h"
 #include "support/errors.h"
@@ -26,7 +26,7 @@ using testing::HasSubstr;
 std::filesystem::path PrintLetter(Printers& printers, const std::string& title,
                                   const std::string& text = "letter") {
   Printer& printer = printers.Current();
-  printer.StartDocument(title, printing::Sheet::kAsHeld);
+  printer.StartDocument(title, printing::Orientation::kAsPrinterIsSet);
   const richtext::Document document = DocumentOf({Line(text)});
   DrawPages(printer, document, {kInch, kInch, kInch + kTextWidth, kInch + kTextHeight});
   return printer.EndJob();
@@ -109,7 +109,7 @@ TEST(PdfPrinter, CollectsTheLettersOfOneJob) {
   const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
   Printer& printer = printers->Current();
   for (const char* text : {"first", "second", "third"}) {
-    printer.StartDocument(text, printing::Sheet::kAsHeld);
+    printer.StartDocument(text, printing::Orientation::kAsPrinterIsSet);
     const richtext::Document document = DocumentOf({Line(text)});
     DrawPages(printer, document, {0, 0, kTextWidth, kTextHeight});
     EXPECT_TRUE(printer.JobOpen());
@@ -126,10 +126,10 @@ TEST(PdfPrinter, LeavesNothingOfADroppedJob) {
   const ScratchFolder folder;
   {
     const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
-    printers->Current().StartDocument("Dropped", printing::Sheet::kAsHeld);
+    printers->Current().StartDocument("Dropped", printing::Orientation::kAsPrinterIsSet);
     printers->Current().CancelJob();
     EXPECT_THAT(FilesIn(folder.path()), ElementsAre());
-    printers->Current().StartDocument("Left open", printing::Sheet::kAsHeld);
+    printers->Current().StartDocument("Left open", printing::Orientation::kAsPrinterIsSet);
   }
   EXPECT_THAT(FilesIn(folder.path()), ElementsAre());
 }
@@ -159,7 +159,7 @@ TEST(PdfPrinter, ReportsADiskThatFillsUp) {
   const ScratchFolder folder;
   const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
   Printer& printer = printers->Current();
-  printer.StartDocument("Large", printing::Sheet::kAsHeld);
+  printer.StartDocument("Large", printing::Orientation::kAsPrinterIsSet);
   // The job's own file is made unable to grow.
   rlimit old_limit{}, tight{};
   ::getrlimit(RLIMIT_FSIZE, &old_limit);

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/printing/positions.h"
+#include "platform/printing/document_length.h"
 #include "ui/editor/tables/row_source.h"
 
 namespace tenora {

@@ -4,7 +4,7 @@
 #include <QTextCursor>
 #include <algorithm>
 
-#include "platform/printing/positions.h"
+#include "platform/printing/document_length.h"
 #include "ui/editor/document/letter_loader.h"
 
 namespace tenora {

@@ -6,7 +6,6 @@
 #include <QTextDocument>
 #include <algorithm>
 
-#include "platform/printing/text_line.h"
 #include "ui/editor/text/letter_formats.h"
 
 namespace tenora {

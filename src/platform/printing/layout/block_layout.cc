@@ -1,0 +1,123 @@
+#include "platform/printing/layout/block_layout.h"
+
+#include <algorithm>
+
+#include "platform/printing/document_length.h"
+#include "platform/printing/layout/table_layout.h"
+
+namespace tenora::printing {
+namespace {
+
+bool Shows(const richtext::Run& run) {
+  if (run.format.hidden) return false;
+  if (!std::holds_alternative<std::monostate>(run.object)) return true;
+  return run.format.underline != richtext::Underline::kNone || run.format.highlight > 0 ||
+         run.text.find_first_not_of(" \t\v\f\r\n") != std::string::npos;
+}
+
+bool Shows(const richtext::Block& block) {
+  const auto* paragraph = std::get_if<richtext::Paragraph>(&block);
+  if (paragraph == nullptr) return true;
+  const richtext::ParagraphFormat& format = paragraph->format;
+  return format.bullet.kind != richtext::Bullet::Kind::kNone || format.shading > 0 ||
+         format.top.present || format.bottom.present || format.left.present ||
+         format.right.present ||
+         std::any_of(paragraph->runs.begin(), paragraph->runs.end(),
+                     [](const richtext::Run& run) { return Shows(run); });
+}
+
+}  // namespace
+
+bool Shows(const std::vector<richtext::Block>& blocks) {
+  return std::any_of(blocks.begin(), blocks.end(),
+                     [](const richtext::Block& block) { return Shows(block); });
+}
+
+BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks,
+                         double width, int position, int depth, Ending ending)
+    : context_(context),
+      blocks_(blocks),
+      width_(width),
+      position_(position),
+      depth_(depth),
+      visible_blocks_(blocks.size()) {
+  if (ending == Ending::kWhole) return;
+  while (visible_blocks_ > 0 && !Shows(blocks_[visible_blocks_ - 1])) --visible_blocks_;
+}
+
+std::optional<BlockStrips> BlockLayout::Next() {
+  while (block_ < visible_blocks_) {
+    const richtext::Block& block = blocks_[block_];
+    if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
+      return NextParagraph(*paragraph);
+    }
+    lists_.clear();
+    if (auto rows = NextRows(*std::get<std::shared_ptr<richtext::Table>>(block))) return rows;
+  }
+  return std::nullopt;
+}
+
+BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
+  ParagraphPlace place;
+  place.width = width_;
+  place.position = position_;
+  place.number = NumberOf(paragraph.format);
+  place.framed_above = block_ > 0 && FramedWith(paragraph, block_ - 1);
+  place.framed_below = FramedWith(paragraph, block_ + 1);
+  if (place.framed_below) {
+    const auto& below = std::get<richtext::Paragraph>(blocks_[block_ + 1]);
+    place.space_below = paragraph.format.space_after + below.format.space_before;
+  }
+  place.last_visible = depth_ == 0 && block_ + 1 == visible_blocks_;
+  position_ += Length(paragraph);
+  ++block_;
+  return SetParagraph(context_, paragraph, place);
+}
+
+std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
+  if (row_ == 0) {
+    header_ = std::make_shared<Strips>();
+    header_open_ = true;
+  }
+  if (row_ >= table.rows.size() || depth_ >= kDeepestTable) {
+    for (; row_ < table.rows.size(); ++row_) position_ += Length(table.rows[row_]);
+    row_ = 0;
+    ++block_;
+    return std::nullopt;
+  }
+  const std::size_t count = RowsTogether(table, row_);
+  BlockStrips rows = SetRows(context_, table, row_, count, {width_, position_, depth_});
+  for (std::size_t i = 0; i < count; ++i, ++row_) {
+    header_open_ = header_open_ && table.rows[row_].header;
+    if (header_open_) header_->push_back(rows.strips[i]);
+    position_ += Length(table.rows[row_]);
+  }
+  if (!header_open_ && !header_->empty()) rows.header = header_;
+  return rows;
+}
+
+// Consecutive list paragraphs count on; a paragraph outside the list, or at a lesser indent, ends
+// the lists within.
+int BlockLayout::NumberOf(const richtext::ParagraphFormat& format) {
+  if (format.bullet.kind == richtext::Bullet::Kind::kNone) {
+    lists_.clear();
+    return 1;
+  }
+  lists_.erase(lists_.upper_bound(format.left_indent), lists_.end());
+  const auto [list, is_new] = lists_.try_emplace(format.left_indent);
+  NumberedList& numbered = list->second;
+  if (is_new || numbered.bullet != format.bullet) {
+    numbered = {format.bullet, format.bullet.start};
+  } else {
+    ++numbered.number;
+  }
+  return numbered.number;
+}
+
+bool BlockLayout::FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const {
+  if (neighbour >= blocks_.size()) return false;
+  const auto* other = std::get_if<richtext::Paragraph>(&blocks_[neighbour]);
+  return other != nullptr && SameFrame(paragraph.format, other->format);
+}
+
+}  // namespace tenora::printing

@@ -1,0 +1,51 @@
+// The blocks of a document or of a table's cell, set one after another as they are asked for.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "platform/printing/layout/paragraph_layout.h"
+#include "platform/printing/layout/strip.h"
+#include "platform/richtext/document.h"
+
+namespace tenora::printing {
+
+// Whether any of the blocks leaves a trace on paper.
+bool Shows(const std::vector<richtext::Block>& blocks);
+
+class BlockLayout {
+ public:
+  // Empty paragraphs at a letter's end must not cost a sheet of paper; elsewhere they have height.
+  enum class Ending { kVisible, kWhole };
+
+  // `position` is that of the first block's first character; `depth` counts the tables around.
+  BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks, double width,
+              int position, int depth, Ending ending);
+
+  // The next paragraph or table rows; none at the end, where what follows shows nothing.
+  std::optional<BlockStrips> Next();
+
+ private:
+  struct NumberedList {
+    richtext::Bullet bullet;
+    int number = 0;
+  };
+
+  BlockStrips NextParagraph(const richtext::Paragraph& paragraph);
+  std::optional<BlockStrips> NextRows(const richtext::Table& table);
+  int NumberOf(const richtext::ParagraphFormat& format);
+  bool FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const;
+
+  LayoutContext& context_;
+  const std::vector<richtext::Block>& blocks_;
+  double width_;
+  int position_;
+  int depth_;
+  std::size_t block_ = 0, row_ = 0, visible_blocks_ = 0;
+  std::shared_ptr<Strips> header_;
+  bool header_open_ = false;           // the table's rows so far are all header rows
+  std::map<int, NumberedList> lists_;  // by left indent
+};
+
+}  // namespace tenora::printing

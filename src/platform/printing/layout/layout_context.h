@@ -1,0 +1,46 @@
+// What all parts of one document's layout share.
+#pragma once
+
+#include <memory>
+
+#include "platform/printing/fonts.h"
+#include "platform/printing/pictures.h"
+#include "platform/richtext/document.h"
+
+namespace tenora::printing {
+
+// The paper and, between the margins, the text area on it. Twips from the paper's top left corner.
+struct PageArea {
+  double paper_width = 0, paper_height = 0;
+  double left = 0, top = 0, right = 0, bottom = 0;
+
+  double width() const { return right - left; }
+  double reach() const { return paper_width - left; }  // from the text to the paper's right edge
+  double height() const { return bottom - top; }
+  bool operator==(const PageArea&) const = default;
+};
+
+// What a printer looks up once for all its documents: letters from one template share their fonts
+// and their letterhead. Used by one thread at a time.
+struct SharedResources {
+  InstalledFamilies families;
+  Pictures pictures;
+};
+
+struct LayoutContext {
+  LayoutContext(const richtext::Document& source, const PageArea& page, SharedResources& resources)
+      : document(source),
+        area(page),
+        page_height(page.height()),
+        fonts(std::make_shared<Fonts>(source, resources.families)),
+        pictures(resources.pictures) {}
+
+  const richtext::Document& document;
+  PageArea area;
+  double page_height;      // twips; nothing undividable is made taller
+  bool in_header = false;  // or in a footer
+  std::shared_ptr<Fonts> fonts;
+  Pictures& pictures;
+};
+
+}  // namespace tenora::printing

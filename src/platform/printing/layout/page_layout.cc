@@ -1,0 +1,178 @@
+#include "platform/printing/layout/page_layout.h"
+
+#include "platform/printing/document_length.h"
+
+namespace tenora::printing {
+namespace {
+
+constexpr double kSlack = 1;  // rounding of heights, twips
+// A row up to this share of the page moves to the next one whole; a taller one is divided.
+constexpr double kWholeRowShare = 0.5;
+// Header rows that leave less than this share of the page are not repeated.
+constexpr double kHeaderShare = 0.5;
+
+// Taller than a page and in one piece: made smaller, so that all of it is seen.
+void DrawSmaller(QPainter& painter, const Strip& strip, QPointF corner, double room) {
+  painter.save();
+  painter.translate(corner);
+  const double scale = room / strip.height;
+  painter.scale(scale, scale);
+  strip.Draw(painter, QPointF());
+  painter.restore();
+}
+
+}  // namespace
+
+PageLayout::PageLayout(const richtext::Document& document, const PageArea& area,
+                       SharedResources& resources)
+    : area_(area),
+      resources_(resources),
+      context_(document, area, resources),
+      headers_and_footers_(context_, area),
+      length_(DocumentLength(document)) {
+  context_.page_height = headers_and_footers_.LeastBodyHeight();
+  Restart();
+}
+
+int PageLayout::DrawPage(QPainter& painter, int from, int to) {
+  if (from != next_) StartAt(from);
+  FillPage(&painter, to);
+  return next_;
+}
+
+void PageLayout::FillPage(QPainter* painter, int to) {
+  const HeadersAndFooters::Body body = headers_and_footers_.BodyOf(++page_);
+  corner_ = QPointF(area_.left, body.top);
+  height_ = body.height();
+  if (painter != nullptr) {
+    if (page_count_ == 0 && headers_and_footers_.ShowPageCount()) page_count_ = CountPages();
+    headers_and_footers_.Draw(*painter, page_, page_count_);
+  }
+  double y = 0;
+  bool page_empty = true;
+  space_after_ = 0;
+  if (Load(1)) y = DrawRepeatedHeader(painter);
+  while (Load(1)) {
+    const Strip& strip = *pending_.front().block.strips.front();
+    if (to >= 0 && strip.begin >= to) break;
+    if (!DrawNext(painter, y, page_empty)) break;
+  }
+  next_ = Load(1) ? pending_.front().block.strips.front()->begin : length_;
+}
+
+// The headers are set for one page when the pages are counted: their heights are the same.
+int PageLayout::CountPages() {
+  PageLayout pages(context_.document, area_, resources_);
+  pages.SkipTo(length_);
+  return pages.page_;
+}
+
+void PageLayout::Restart() {
+  pending_.clear();
+  blocks_ = std::make_unique<BlockLayout>(context_, context_.document.blocks, area_.width(), 0, 0,
+                                          BlockLayout::Ending::kVisible);
+  next_ = page_ = 0;
+}
+
+// Fills pages until one ends there or behind.
+void PageLayout::SkipTo(int position) {
+  for (int begin = -1; next_ < std::min(position, length_) && next_ > begin;) {
+    begin = next_;
+    FillPage(nullptr, -1);
+  }
+}
+
+void PageLayout::StartAt(int position) {
+  Restart();
+  SkipTo(position);
+  if (next_ == position) return;
+  // No page begins there.
+  const int pages = page_ - 1;
+  Restart();
+  while (Load(1) && pending_.front().block.strips.front()->end <= position) DropStrip();
+  next_ = position;
+  page_ = std::max(pages, 0);
+}
+
+bool PageLayout::Load(std::size_t count) {
+  while (pending_.size() < count) {
+    auto block = blocks_->Next();
+    if (!block) return false;
+    if (!block->strips.empty()) pending_.push_back({std::move(*block), false});
+  }
+  return true;
+}
+
+void PageLayout::DropStrip() {
+  Pending& front = pending_.front();
+  front.started = true;
+  front.block.strips.pop_front();
+  if (front.block.strips.empty()) pending_.pop_front();
+}
+
+// Whether the next block, with those it must stay with, fits the next page but not this one.
+bool PageLayout::WantsNextPage(double room) {
+  const double next_height = headers_and_footers_.BodyOf(page_ + 1).height();
+  double needed = space_after_;
+  for (std::size_t i = 0; Load(i + 1); ++i) {
+    const BlockStrips& block = pending_[i].block;
+    const bool whole = block.keep_together || block.keep_with_next;
+    for (const auto& strip : block.strips) {
+      if (strip != block.strips.front() && strip->page_break_before) break;
+      needed += strip->space_before + strip->height;
+      if (!whole || needed > next_height) break;
+      needed += strip->space_after;
+    }
+    if (!block.keep_with_next || needed > next_height) break;
+  }
+  return needed > room + kSlack && needed <= next_height;
+}
+
+double PageLayout::DrawRepeatedHeader(QPainter* painter) const {
+  const Pending& front = pending_.front();
+  if (!front.block.header) return 0;
+  const Strips& header = *front.block.header;
+  if (next_ < header.back()->end || next_ == 0) return 0;
+  double total = 0;
+  for (const auto& strip : header) total += strip->height;
+  if (total > height_ * kHeaderShare) return 0;
+  double y = 0;
+  for (const auto& strip : header) {
+    if (painter != nullptr) strip->Draw(*painter, corner_ + QPointF(0, y));
+    y += strip->height;
+  }
+  return y;
+}
+
+bool PageLayout::DrawNext(QPainter* painter, double& y, bool& page_empty) {
+  Pending& front = pending_.front();
+  const std::shared_ptr<Strip> strip = front.block.strips.front();
+  const bool breaks = std::exchange(strip->page_break_before, false);
+  if (breaks && !page_empty) return false;
+  const bool together = front.block.keep_together || front.block.keep_with_next;
+  if (!page_empty && together && !front.started && WantsNextPage(height_ - y)) return false;
+
+  const double top = page_empty ? y : y + space_after_ + strip->space_before;
+  const double room = height_ - top;
+  if (strip->height <= room + kSlack) {
+    if (painter != nullptr) strip->Draw(*painter, corner_ + QPointF(0, top));
+    y = top + strip->height;
+    space_after_ = strip->space_after;
+    page_empty = false;
+    DropStrip();
+    return true;
+  }
+  if (page_empty || strip->height > height_ * kWholeRowShare) {
+    pending_.front().started = true;
+    if (const auto part = strip->TakeTop(room)) {
+      if (painter != nullptr) part->Draw(*painter, corner_ + QPointF(0, top));
+      return false;
+    }
+  }
+  if (!page_empty) return false;
+  if (painter != nullptr) DrawSmaller(*painter, *strip, corner_ + QPointF(0, top), room);
+  DropStrip();
+  return false;
+}
+
+}  // namespace tenora::printing

@@ -1,0 +1,137 @@
+#include "platform/printing/layout/page_number_fields.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/printing/list_mark.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::printing {
+namespace {
+
+using Style = richtext::Bullet::Kind;
+
+struct PageField {
+  enum class Kind { kNone, kNumber, kCount };
+  Kind kind = Kind::kNone;
+  Style style = Style::kDecimal;
+};
+
+// The next word of a field's instruction; braces, backslashes and control words' blanks divide.
+std::string_view TakeWord(std::string_view* instruction) {
+  constexpr std::string_view kBetween = " {}\\\r\n";
+  instruction->remove_prefix(
+      std::min(instruction->find_first_not_of(kBetween), instruction->size()));
+  const std::size_t end = std::min(instruction->find_first_of(kBetween), instruction->size());
+  const std::string_view word = instruction->substr(0, end);
+  instruction->remove_prefix(end);
+  return word;
+}
+
+// Behind the switch "\*"; its letters' case is that of the numbers.
+Style StyleNamed(std::string_view word, Style otherwise) {
+  if (word == "roman") return Style::kLowerRoman;
+  if (EqualsNoCase(word, "roman")) return Style::kUpperRoman;
+  if (word == "alphabetic") return Style::kLowerLetter;
+  if (EqualsNoCase(word, "alphabetic")) return Style::kUpperLetter;
+  return otherwise;
+}
+
+PageField FieldOf(std::string_view instruction) {
+  PageField field;
+  const std::string_view name = TakeWord(&instruction);
+  if (EqualsNoCase(name, "PAGE")) {
+    field.kind = PageField::Kind::kNumber;
+  } else if (EqualsNoCase(name, "NUMPAGES") || EqualsNoCase(name, "SECTIONPAGES")) {
+    field.kind = PageField::Kind::kCount;
+  }
+  while (!instruction.empty()) {
+    if (TakeWord(&instruction) == "*")
+      field.style = StyleNamed(TakeWord(&instruction), field.style);
+  }
+  return field;
+}
+
+PageField FieldOf(const richtext::Run& run) {
+  constexpr std::string_view kInstruction = "\\fldinst";
+  if (const auto* object = std::get_if<std::shared_ptr<const richtext::Verbatim>>(&run.object)) {
+    const std::string_view source = (*object)->source;
+    if (source == "{\\chpgn}") return {PageField::Kind::kNumber, Style::kDecimal};
+    if (!source.starts_with("{\\field")) return {};
+    const std::size_t at = source.find(kInstruction);
+    return at == std::string_view::npos ? PageField{}
+                                        : FieldOf(source.substr(at + kInstruction.size()));
+  }
+  if (std::holds_alternative<std::monostate>(run.object) && run.field)
+    return FieldOf(run.field->instruction);
+  return {};
+}
+
+// Calls `use` with every paragraph, those in tables included.
+template <typename Use>
+void ForEachParagraphIn(const std::vector<richtext::Block>& blocks, const Use& use) {
+  for (const richtext::Block& block : blocks) {
+    if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
+      use(*paragraph);
+      continue;
+    }
+    for (const richtext::Row& row : std::get<std::shared_ptr<richtext::Table>>(block)->rows) {
+      for (const richtext::Cell& cell : row.cells) ForEachParagraphIn(cell.blocks, use);
+    }
+  }
+}
+
+void Fill(richtext::Paragraph* paragraph, const PageNumbers& numbers) {
+  std::vector<richtext::Run> runs;
+  std::shared_ptr<const richtext::Field> filled;  // its result may be of several runs
+  for (richtext::Run& run : paragraph->runs) {
+    if (run.field && run.field == filled) continue;
+    const PageField field = FieldOf(run);
+    filled = nullptr;
+    if (field.kind != PageField::Kind::kNone) {
+      filled = std::exchange(run.field, nullptr);
+      run.object = std::monostate();
+      richtext::Bullet number;
+      number.kind = field.style;
+      run.text =
+          ListMark(number, field.kind == PageField::Kind::kNumber ? numbers.page : numbers.pages);
+    }
+    runs.push_back(std::move(run));
+  }
+  paragraph->runs = std::move(runs);
+}
+
+}  // namespace
+
+PageFields PageFieldsIn(const std::vector<richtext::Block>& blocks) {
+  PageFields fields;
+  ForEachParagraphIn(blocks, [&](const richtext::Paragraph& paragraph) {
+    for (const richtext::Run& run : paragraph.runs) {
+      const PageField::Kind kind = FieldOf(run).kind;
+      fields.number = fields.number || kind == PageField::Kind::kNumber;
+      fields.count = fields.count || kind == PageField::Kind::kCount;
+    }
+  });
+  return fields;
+}
+
+std::vector<richtext::Block> WithPageNumbers(std::vector<richtext::Block> blocks,
+                                             const PageNumbers& numbers) {
+  for (richtext::Block& block : blocks) {
+    if (auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
+      Fill(paragraph, numbers);
+      continue;
+    }
+    auto& table = std::get<std::shared_ptr<richtext::Table>>(block);
+    table = std::make_shared<richtext::Table>(*table);  // the document's own stays as it is
+    for (richtext::Row& row : table->rows) {
+      for (richtext::Cell& cell : row.cells)
+        cell.blocks = WithPageNumbers(std::move(cell.blocks), numbers);
+    }
+  }
+  return blocks;
+}
+
+}  // namespace tenora::printing

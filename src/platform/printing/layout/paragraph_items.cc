@@ -1,0 +1,284 @@
+#include "platform/printing/layout/paragraph_items.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "platform/printing/document_length.h"
+#include "platform/printing/list_mark.h"
+#include "platform/printing/symbol_fonts.h"
+
+namespace tenora::printing {
+namespace {
+
+using richtext::Alignment;
+using richtext::CharFormat;
+
+// Marks stand on other letters, and what runs from the right mirrors its brackets: only shaped text
+// has them right. Other text is set faster without.
+bool NeedsShaping(const QString& text) {
+  return std::any_of(text.begin(), text.end(), [](QChar c) {
+    if (c.unicode() < 0x300) return false;
+    return c.isMark() || c.isSurrogate() || c.direction() == QChar::DirR ||
+           c.direction() == QChar::DirAL;
+  });
+}
+
+// Letter by letter, so that every character keeps its position.
+QString Capitals(QString text) {
+  for (QChar& c : text) c = c.toUpper();
+  return text;
+}
+
+// Setting a line takes time in proportion to what its text goes on with, so that long texts are set
+// in parts: of so many characters and formats where a blank allows it, of twice as many where not.
+constexpr qsizetype kLongText = 8192;
+constexpr std::size_t kManyFragments = 512;
+
+// How many characters of a text follow an open text of this size before that one is closed.
+qsizetype PartOf(QStringView text, qsizetype open) {
+  const qsizetype wanted = std::max<qsizetype>(kLongText - open, 0);
+  if (text.size() <= wanted) return text.size();
+  const qsizetype blank = text.indexOf(QLatin1Char(' '), wanted);
+  qsizetype part = blank < 0 ? text.size() : blank + 1;
+  if (part <= wanted + kLongText) return part;
+  part = wanted + kLongText;
+  return text[part].isLowSurrogate() ? part - 1 : part;
+}
+
+class ItemCollector {
+ public:
+  ItemCollector(LayoutContext& context, const richtext::Paragraph& paragraph,
+                const ItemPlace& place)
+      : context_(context),
+        paragraph_(paragraph),
+        format_(paragraph.format),
+        place_(place),
+        position_(place.position) {}
+
+  std::vector<ParagraphItem> Collect() {
+    CollectListMark();
+    for (const richtext::Run& run : paragraph_.runs) CollectRun(run);
+    CloseText();
+    return std::move(items_);
+  }
+
+ private:
+  void CollectListMark();
+  void CollectRun(const richtext::Run& run);
+  bool Floats(const richtext::Run& run, const richtext::Verbatim& object) const;
+  FloatingPicture PlaceFloating(const richtext::Picture& picture,
+                                const richtext::ShapeBox& box) const;
+  void CollectShown(const CharFormat& format, std::string_view text, bool last);
+  void CollectText(const CharFormat& format, std::string_view utf8, bool one_position);
+  void Append(const CharFormat& format, const QString& source, int position, bool one_position);
+  void AppendSmallCapitals(const CharFormat& format, const QString& text, int position,
+                           bool one_position);
+  void AppendFragment(const CharFormat& format, const QString& text, int position, bool small,
+                      bool one_position);
+  bool LongEnough() const;
+  void CloseText();
+
+  LayoutContext& context_;
+  const richtext::Paragraph& paragraph_;
+  const richtext::ParagraphFormat& format_;
+  const ItemPlace& place_;
+  int position_;
+  std::vector<ParagraphItem> items_;
+  std::shared_ptr<ShapedText> open_;
+  QString open_text_;
+};
+
+void ItemCollector::CollectListMark() {
+  if (format_.bullet.kind == richtext::Bullet::Kind::kNone) return;
+  const CharFormat& format =
+      paragraph_.runs.empty() ? paragraph_.mark : paragraph_.runs.front().format;
+  const std::string mark = ListMark(format_.bullet, place_.number);
+  Append(format, UnicodeBullet(QString::fromStdString(mark)), position_, true);
+  CloseText();
+  const double start = place_.left + format_.first_indent;
+  const double target = format_.first_indent < 0 ? place_.left : start + format_.bullet.indent;
+  items_.emplace_back(TabItem{&format, position_, target});
+}
+
+void ItemCollector::CollectRun(const richtext::Run& run) {
+  if (std::holds_alternative<std::monostate>(run.object)) {
+    if (run.format.hidden) {
+      position_ += TextUnits(run.text);
+    } else {
+      CollectText(run.format, run.text, false);
+    }
+    return;
+  }
+  std::shared_ptr<const richtext::Picture> picture;
+  const richtext::ShapeBox* floats_in = nullptr;
+  if (const auto* own = std::get_if<std::shared_ptr<const richtext::Picture>>(&run.object)) {
+    picture = *own;
+  } else if (const auto& verbatim =
+                 std::get<std::shared_ptr<const richtext::Verbatim>>(run.object)) {
+    picture = verbatim->shown_picture;
+    if (Floats(run, *verbatim)) floats_in = &*verbatim->shape;
+    if (!picture && !run.format.hidden) {
+      CollectShown(run.format, verbatim->shown_text, &run == &paragraph_.runs.back());
+    }
+  }
+  if (picture && floats_in != nullptr && !run.format.hidden) {
+    CloseText();
+    items_.emplace_back(FloatItem{PlaceFloating(*picture, *floats_in)});
+  } else if (picture && !run.format.hidden) {
+    CloseText();
+    items_.emplace_back(PictureItem{
+        context_.pictures.Place(*picture, place_.right - place_.left, context_.page_height),
+        position_});
+  }
+  ++position_;
+}
+
+// Text does not flow around pictures here, so that in a letter's text those stand in its lines. The
+// headers of letters are made to measure: text and logo each have their side.
+bool ItemCollector::Floats(const richtext::Run& run, const richtext::Verbatim& object) const {
+  using Wrap = richtext::ShapeBox::Wrap;
+  if (!object.shape || object.shape->right <= object.shape->left) return false;
+  if (run.field && run.field->instruction.find("SHAPE") != std::string::npos) return false;
+  const Wrap wrap = object.shape->wrap;
+  return wrap == Wrap::kNone || (wrap == Wrap::kAround && context_.in_header);
+}
+
+FloatingPicture ItemCollector::PlaceFloating(const richtext::Picture& picture,
+                                             const richtext::ShapeBox& box) const {
+  using From = richtext::ShapeBox::From;
+  const PageArea& area = context_.area;
+  FloatingPicture floating;
+  floating.picture = context_.pictures.Place(picture, area.paper_width, area.paper_height);
+  floating.x = box.left - (box.x_from == From::kPage ? area.left : 0);
+  floating.on_paper = box.y_from != From::kText;
+  floating.y = box.top + (box.y_from == From::kMargin ? area.top : 0);
+  return floating;
+}
+
+// What a text box says ends its line: the text it is anchored in is another.
+void ItemCollector::CollectShown(const CharFormat& format, std::string_view text, bool last) {
+  if (text.empty()) return;
+  if (open_ && !open_text_.endsWith(QLatin1Char(' ')))
+    AppendFragment(format, QStringLiteral(" "), position_, false, true);
+  CollectText(format, text, true);
+  if (last) return;
+  CloseText();
+  items_.emplace_back(BreakItem{&format, position_, false});
+}
+
+// `one_position`: the text stands for a single character of the document, which the caller counts.
+void ItemCollector::CollectText(const CharFormat& format, std::string_view utf8,
+                                bool one_position) {
+  while (!utf8.empty()) {
+    const std::size_t size = std::min(utf8.find_first_of("\t\v\f\r\n"), utf8.size());
+    if (size > 0) {
+      const QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(size));
+      Append(format, text, position_, one_position);
+      if (!one_position) position_ += TextUnits(utf8.substr(0, size));
+    } else {
+      CloseText();
+      if (utf8.front() == '\t') {
+        items_.emplace_back(TabItem{&format, position_, {}});
+      } else {
+        items_.emplace_back(BreakItem{&format, position_, utf8.front() == '\f'});
+      }
+      if (!one_position) ++position_;
+    }
+    utf8.remove_prefix(std::max<std::size_t>(size, 1));
+  }
+}
+
+void ItemCollector::Append(const CharFormat& format, const QString& source, int position,
+                           bool one_position) {
+  const QString text =
+      WithUnicodeSymbols(source, SymbolFontOf(context_.fonts->NameOf(format.font)));
+  if (format.all_caps) {
+    AppendFragment(format, Capitals(text), position, false, one_position);
+  } else if (format.small_caps) {
+    AppendSmallCapitals(format, text, position, one_position);
+  } else {
+    AppendFragment(format, text, position, false, one_position);
+  }
+}
+
+void ItemCollector::AppendSmallCapitals(const CharFormat& format, const QString& text, int position,
+                                        bool one_position) {
+  for (qsizetype start = 0; start < text.size();) {
+    const bool small = text[start].isLower();
+    qsizetype next = start + 1;
+    while (next < text.size() && text[next].isLower() == small) ++next;
+    AppendFragment(format, Capitals(text.mid(start, next - start)),
+                   one_position ? position : position + int(start), small, one_position);
+    start = next;
+  }
+}
+
+void ItemCollector::AppendFragment(const CharFormat& format, const QString& text, int position,
+                                   bool small, bool one_position) {
+  for (qsizetype start = 0; start < text.size();) {
+    if (!open_) {
+      open_ = std::make_shared<ShapedText>();
+      open_text_.clear();
+    }
+    const QStringView rest = QStringView(text).mid(start);
+    const qsizetype part = one_position ? rest.size() : PartOf(rest, open_text_.size());
+    open_->fragments.push_back({int(open_text_.size()), int(part),
+                                one_position ? position : position + int(start), small,
+                                one_position, &format});
+    open_text_ += rest.first(part);
+    start += part;
+    if (LongEnough()) CloseText();
+  }
+}
+
+bool ItemCollector::LongEnough() const {
+  const qsizetype size = open_text_.size();
+  const std::size_t formats = open_->fragments.size();
+  if (size < kLongText && formats < kManyFragments) return false;
+  return open_text_.back() == QLatin1Char(' ') || size >= 2 * kLongText ||
+         formats >= 2 * kManyFragments;
+}
+
+// Gives the collected text its fonts.
+void ItemCollector::CloseText() {
+  if (!open_) return;
+  const bool shaped = format_.right_to_left || NeedsShaping(open_text_);
+  const auto use = [&](const Fragment& fragment) -> const FontUse& {
+    return context_.fonts->Use(*fragment.format, shaped, fragment.small);
+  };
+  const FontUse& first = use(open_->fragments.front());
+  const bool one_format =
+      first.plain &&
+      std::all_of(open_->fragments.begin(), open_->fragments.end(),
+                  [&](const Fragment& fragment) { return &use(fragment) == &first; });
+  QTextLayout& layout = open_->layout;
+  layout.setText(open_text_);
+  layout.setFont(first.font);
+  layout.setCacheEnabled(true);
+  open_->colour = first.colour;
+  if (!one_format) {
+    QList<QTextLayout::FormatRange> ranges;
+    for (const Fragment& fragment : open_->fragments) {
+      ranges.push_back({fragment.start, fragment.length, use(fragment).format});
+    }
+    layout.setFormats(ranges);
+  }
+  QTextOption option(format_.alignment == Alignment::kJustified ? Qt::AlignJustify : Qt::AlignLeft);
+  if (format_.alignment != Alignment::kJustified)
+    option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+  option.setTextDirection(format_.right_to_left ? Qt::RightToLeft : Qt::LeftToRight);
+  option.setUseDesignMetrics(true);
+  layout.setTextOption(option);
+  items_.emplace_back(TextItem{std::move(open_)});
+  open_.reset();
+}
+
+}  // namespace
+
+std::vector<ParagraphItem> CollectItems(LayoutContext& context,
+                                        const richtext::Paragraph& paragraph,
+                                        const ItemPlace& place) {
+  return ItemCollector(context, paragraph, place).Collect();
+}
+
+}  // namespace tenora::printing

@@ -1,0 +1,48 @@
+// A paragraph as a row of things to place on lines: shaped text, tabs, pictures and breaks.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <variant>
+#include <vector>
+
+#include "platform/printing/layout/layout_context.h"
+#include "platform/printing/layout/text_line.h"
+#include "platform/richtext/document.h"
+
+namespace tenora::printing {
+
+struct TextItem {
+  std::shared_ptr<ShapedText> text;
+};
+struct TabItem {
+  const richtext::CharFormat* format = nullptr;
+  int position = 0;
+  std::optional<double> target;  // the tab behind a list mark goes here
+};
+struct PictureItem {
+  PlacedPicture picture;
+  int position = 0;
+};
+struct FloatItem {
+  FloatingPicture picture;
+};
+struct BreakItem {
+  const richtext::CharFormat* format = nullptr;
+  int position = 0;
+  bool page = false;
+};
+using ParagraphItem = std::variant<TextItem, TabItem, PictureItem, FloatItem, BreakItem>;
+
+struct ItemPlace {
+  int position = 0;            // of the paragraph's first character
+  int number = 1;              // in its list
+  double left = 0, right = 0;  // the indents, twips from the left edge of the text area
+};
+
+// A list's mark and hidden text take no position of their own and no room respectively.
+std::vector<ParagraphItem> CollectItems(LayoutContext& context,
+                                        const richtext::Paragraph& paragraph,
+                                        const ItemPlace& place);
+
+}  // namespace tenora::printing

@@ -1,0 +1,410 @@
+#include "platform/printing/layout/paragraph_layout.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/printing/document_length.h"
+#include "platform/printing/layout/paragraph_items.h"
+#include "platform/printing/layout/text_line.h"
+
+namespace tenora::printing {
+namespace {
+
+using richtext::Alignment;
+using richtext::CharFormat;
+using richtext::TabStop;
+
+constexpr double kUnbroken = 1e7;   // a line width no text reaches
+constexpr double kSlack = 1;        // rounding in the width of a line, twips
+constexpr double kNarrowest = 100;  // what is left of a text area whose indents cross
+
+// The decimal point of a number: the last point or comma that is not a separator of thousands.
+qsizetype DecimalPoint(const QString& text) {
+  const qsizetype point =
+      std::max(text.lastIndexOf(QLatin1Char('.')), text.lastIndexOf(QLatin1Char(',')));
+  if (point < 0) return text.size();
+  qsizetype digits = 0;
+  while (point + 1 + digits < text.size() && text[point + 1 + digits].isDigit()) ++digits;
+  return digits == 3 && text[point] == QLatin1Char(',') ? text.size() : point;
+}
+
+// Blanks at the end of a line do not move it when it is centred or set to the right.
+double WidthWithoutBlanks(const QString& text, const QTextLine& line) {
+  const int start = line.textStart(), full = start + line.textLength();
+  int end = full;
+  while (end > start && text[end - 1] == QLatin1Char(' ')) --end;
+  if (end == full) return line.naturalTextWidth();
+  return std::abs(line.cursorToX(end) - line.cursorToX(start));
+}
+
+class ParagraphSetter {
+ public:
+  ParagraphSetter(LayoutContext& context, const richtext::Paragraph& paragraph,
+                  const ParagraphPlace& place)
+      : context_(context),
+        paragraph_(paragraph),
+        format_(paragraph.format),
+        place_(place),
+        left_(format_.left_indent),
+        right_(std::max(place.width - format_.right_indent, left_ + kNarrowest)) {}
+
+  BlockStrips Set();
+
+ private:
+  void CloseFrame();
+  void StartLine();
+  void EndLine(int end);
+  void Place(TextItem& item);
+  void Place(const TabItem& item, std::size_t index);
+  void Place(PictureItem& item);
+  void Place(const BreakItem& item, bool last);
+  void Put(double width, decltype(Piece::content) content);
+  void Grow(double ascent, double descent, double leading);
+  void GrowByRaised(const ShapedText& text, const QTextLine& line);
+  void Align();
+  void Mirror();
+  double LineHeight(double natural) const;
+  struct Stop {
+    double position;
+    TabStop::Kind kind;
+    std::string leader;
+  };
+  Stop NextStop(double x) const;
+  double WidthToAlign(std::size_t index, TabStop::Kind kind);
+  std::shared_ptr<const Frame> MakeFrame() const;
+
+  LayoutContext& context_;
+  const richtext::Paragraph& paragraph_;
+  const richtext::ParagraphFormat& format_;
+  const ParagraphPlace& place_;
+  double left_, right_;
+
+  std::vector<ParagraphItem> items_;
+  int position_ = 0;
+
+  Strips lines_;
+  std::shared_ptr<TextLine> line_;
+  double x_ = 0, content_end_ = 0;
+  double ascent_ = 0, descent_ = 0, leading_ = 0;
+  bool has_picture_ = false, justified_ = false, page_break_ = false;
+  std::vector<double> widths_;  // of the line's pieces
+  std::shared_ptr<const Frame> frame_;
+};
+
+BlockStrips ParagraphSetter::Set() {
+  items_ = CollectItems(context_, paragraph_, {place_.position, place_.number, left_, right_});
+  frame_ = MakeFrame();
+  page_break_ = format_.page_break_before;
+  position_ = place_.position;
+  StartLine();
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    ParagraphItem& item = items_[i];
+    if (auto* text = std::get_if<TextItem>(&item)) {
+      Place(*text);
+    } else if (const auto* tab = std::get_if<TabItem>(&item)) {
+      Place(*tab, i);
+    } else if (auto* picture = std::get_if<PictureItem>(&item)) {
+      Place(*picture);
+    } else if (auto* floating = std::get_if<FloatItem>(&item)) {
+      if (!line_) StartLine();
+      line_->floating.push_back(std::move(floating->picture));
+    } else {
+      Place(std::get<BreakItem>(item), i + 1 == items_.size());
+    }
+  }
+  const int end = place_.position + Length(paragraph_);
+  if (line_) EndLine(end);
+  BlockStrips block;
+  if (!lines_.empty()) {
+    lines_.front()->space_before = format_.space_before;
+    lines_.back()->space_after = format_.space_after;
+    lines_.back()->end = end;
+    CloseFrame();
+  }
+  block.strips = std::move(lines_);
+  block.keep_together = format_.keep_together;
+  block.keep_with_next = format_.keep_with_next;
+  return block;
+}
+
+// Ends the frame above the first line and below the last, or leads it on to its neighbours.
+void ParagraphSetter::CloseFrame() {
+  auto& first = static_cast<TextLine&>(*lines_.front());
+  auto& last = static_cast<TextLine&>(*lines_.back());
+  first.first_of_paragraph = !place_.framed_above;
+  last.last_of_paragraph = !place_.framed_below;
+  last.frame_below = place_.space_below;
+  if (!frame_) return;
+  if (first.first_of_paragraph) {
+    first.height += frame_->top_edge.space;
+    first.baseline += frame_->top_edge.space;
+  }
+  if (last.last_of_paragraph) last.height += frame_->bottom_edge.space;
+}
+
+void ParagraphSetter::StartLine() {
+  line_ = std::make_shared<TextLine>(context_.fonts);
+  line_->begin = position_;
+  line_->page_break_before = page_break_;
+  line_->frame = frame_;
+  page_break_ = false;
+  x_ = left_ + (lines_.empty() ? format_.first_indent : 0);
+  content_end_ = x_;
+  ascent_ = descent_ = leading_ = 0;
+  has_picture_ = justified_ = false;
+  widths_.clear();
+}
+
+// `end` is the position behind the line's last character.
+void ParagraphSetter::EndLine(int end) {
+  if (ascent_ + descent_ <= 0) {
+    const FontUse& use = context_.fonts->Use(paragraph_.mark);
+    Grow(use.ascent, use.descent, use.leading);
+  }
+  const double natural = ascent_ + descent_ + leading_;
+  line_->height = LineHeight(natural);
+  // What a fixed height adds stands above the text, what a multiple adds below.
+  const double extra = line_->height - natural;
+  line_->baseline = ascent_ + (format_.line_spacing_multiple ? std::min(extra, 0.0) : extra);
+  for (const TabStop& tab : format_.tabs) {
+    if (tab.kind == TabStop::Kind::kBar) line_->bars.push_back(tab.position);
+  }
+  if (!justified_) Align();
+  if (format_.right_to_left) Mirror();
+  line_->end = end;
+  position_ = end;
+  lines_.push_back(std::move(line_));
+  line_.reset();
+}
+
+double ParagraphSetter::LineHeight(double natural) const {
+  const double spacing = format_.line_spacing;
+  if (spacing == 0) return natural;
+  if (format_.line_spacing_multiple)
+    return natural * std::clamp(std::abs(spacing) / 240, 0.1, 50.0);
+  const double set = std::min(std::abs(spacing), context_.page_height);
+  if (spacing < 0 && !has_picture_) return set;
+  return std::max(set, natural);
+}
+
+void ParagraphSetter::Place(TextItem& item) {
+  ShapedText& text = *item.text;
+  QTextLayout& layout = text.layout;
+  const int size = static_cast<int>(layout.text().size());
+  QTextOption option = layout.textOption();
+  layout.beginLayout();
+  for (;;) {
+    QTextLine line = layout.createLine();
+    if (!line.isValid()) break;
+    if (!line_) StartLine();
+    const bool line_empty = line_->pieces.empty();
+    option.setWrapMode(line_empty ? QTextOption::WrapAtWordBoundaryOrAnywhere
+                                  : QTextOption::WordWrap);
+    layout.setTextOption(option);
+    line.setLineWidth(std::max(right_ - x_, 1.0));
+    if (!line_empty && line.naturalTextWidth() > right_ - x_ + kSlack) {
+      EndLine(text.PositionAt(line.textStart()));
+      StartLine();
+      option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+      layout.setTextOption(option);
+      line.setLineWidth(std::max(right_ - x_, 1.0));
+    }
+    const int end = line.textStart() + line.textLength();
+    const double shown = line.naturalTextWidth();
+    Grow(line.ascent(), line.descent(), std::max(0.0, line.leading()));
+    GrowByRaised(text, line);
+    line.setPosition(QPointF(x_, 0));
+    content_end_ = x_ + WidthWithoutBlanks(layout.text(), line);
+    const double with_blanks = std::abs(line.cursorToX(end) - line.cursorToX(line.textStart()));
+    widths_.push_back(shown);
+    line_->pieces.push_back({x_, PlacedText{item.text, line}});
+    x_ += std::max(shown, end == size ? with_blanks : 0.0);
+    if (end < size) {
+      justified_ = format_.alignment == Alignment::kJustified;
+      EndLine(text.PositionAt(end));
+    }
+  }
+  layout.endLayout();
+}
+
+void ParagraphSetter::Place(const TabItem& item, std::size_t index) {
+  if (!line_) StartLine();
+  Stop stop{item.target.value_or(0), TabStop::Kind::kLeft, {}};
+  if (!item.target) stop = NextStop(x_);
+  // What is set to the right of a wider page is set to the right of this one.
+  if (stop.kind == TabStop::Kind::kRight) stop.position = std::min(stop.position, right_);
+  if (stop.position > right_ + kSlack && !line_->pieces.empty() && !item.target) {
+    EndLine(item.position);
+    StartLine();
+    stop = NextStop(x_);
+  }
+  double target = std::min(stop.position, right_);
+  if (stop.kind != TabStop::Kind::kLeft) {
+    const double width = WidthToAlign(index, stop.kind);
+    target -= stop.kind == TabStop::Kind::kCentre ? width / 2 : width;
+  }
+  const FontUse& use = context_.fonts->Use(*item.format);
+  Grow(use.ascent, use.descent, use.leading);
+  Put(std::max(target - x_, 0.0), PlacedTab{std::max(target - x_, 0.0), stop.leader, item.format});
+}
+
+void ParagraphSetter::Place(PictureItem& item) {
+  if (!line_) StartLine();
+  if (!line_->pieces.empty() && x_ + item.picture.width > right_ + kSlack) {
+    EndLine(item.position);
+    StartLine();
+  }
+  has_picture_ = true;
+  Grow(item.picture.height, 0, 0);
+  Put(item.picture.width, std::move(item.picture));
+}
+
+void ParagraphSetter::Place(const BreakItem& item, bool last) {
+  const int behind = item.position + 1;
+  const bool nothing_above = item.page && (!line_ || line_->pieces.empty()) && lines_.empty();
+  if (nothing_above) {
+    line_.reset();
+  } else {
+    if (!line_) StartLine();
+    if (line_->pieces.empty()) {
+      const FontUse& use = context_.fonts->Use(*item.format);
+      Grow(use.ascent, use.descent, use.leading);
+    }
+    EndLine(behind);
+  }
+  position_ = behind;
+  page_break_ = item.page;
+  if (item.page && last && place_.last_visible && !lines_.empty()) return;
+  StartLine();
+}
+
+void ParagraphSetter::Put(double width, decltype(Piece::content) content) {
+  widths_.push_back(width);
+  line_->pieces.push_back({x_, std::move(content)});
+  x_ += width;
+  content_end_ = x_;
+}
+
+void ParagraphSetter::Grow(double ascent, double descent, double leading) {
+  ascent_ = std::max(ascent_, ascent);
+  descent_ = std::max(descent_, descent);
+  leading_ = std::max(leading_, leading);
+}
+
+// Raised and lowered letters need room in the line too.
+void ParagraphSetter::GrowByRaised(const ShapedText& text, const QTextLine& line) {
+  const int from = line.textStart(), to = from + line.textLength();
+  for (const Fragment& fragment : text.FragmentsIn(from, to)) {
+    const double raise = fragment.format->raise_half_points * kTwipsPerHalfPoint;
+    if (raise == 0) continue;
+    const FontUse& use = context_.fonts->Use(*fragment.format);
+    Grow(use.ascent + raise, use.descent - raise, 0);
+  }
+}
+
+// Moves the pieces of a centred or right line to their place. In right-to-left paragraphs "left"
+// is the side where lines start, so that it needs no move before mirroring.
+void ParagraphSetter::Align() {
+  double spare = right_ - content_end_;
+  if (format_.alignment == Alignment::kCentre) {
+    spare /= 2;
+  } else if (format_.alignment != Alignment::kRight) {
+    return;
+  }
+  if (spare <= 0) return;
+  for (Piece& piece : line_->pieces) {
+    piece.x += spare;
+    if (auto* text = std::get_if<PlacedText>(&piece.content)) {
+      text->line.setPosition(QPointF(piece.x, 0));
+    }
+  }
+}
+
+// Lines were set from the left; right-to-left paragraphs start at the right.
+void ParagraphSetter::Mirror() {
+  for (std::size_t i = 0; i < line_->pieces.size(); ++i) {
+    Piece& piece = line_->pieces[i];
+    auto* text = std::get_if<PlacedText>(&piece.content);
+    const double width = text != nullptr && justified_ ? text->line.width() : widths_[i];
+    piece.x = left_ + right_ - piece.x - width;
+    if (text != nullptr) text->line.setPosition(QPointF(piece.x, 0));
+  }
+}
+
+ParagraphSetter::Stop ParagraphSetter::NextStop(double x) const {
+  const TabStop* next = nullptr;
+  for (const TabStop& tab : format_.tabs) {
+    if (tab.kind == TabStop::Kind::kBar || tab.position <= x + kSlack) continue;
+    if (next == nullptr || tab.position < next->position) next = &tab;
+  }
+  // A hanging indent is a tab stop of its own.
+  if (format_.first_indent < 0 && left_ > x + kSlack &&
+      (next == nullptr || left_ < next->position)) {
+    return {left_, TabStop::Kind::kLeft, {}};
+  }
+  if (next != nullptr) return {double(next->position), next->kind, next->leader};
+  const double step = context_.document.default_tab > 0 ? context_.document.default_tab : 720;
+  return {(std::floor((x + kSlack) / step) + 1) * step, TabStop::Kind::kLeft, {}};
+}
+
+// Width of what follows the tab at `index` and must stand before (or around) its stop.
+double ParagraphSetter::WidthToAlign(std::size_t index, TabStop::Kind kind) {
+  double width = 0;
+  for (std::size_t i = index + 1; i < items_.size(); ++i) {
+    if (const auto* picture = std::get_if<PictureItem>(&items_[i])) {
+      width += picture->picture.width;
+      continue;
+    }
+    if (std::holds_alternative<FloatItem>(items_[i])) continue;
+    const auto* item = std::get_if<TextItem>(&items_[i]);
+    if (item == nullptr) break;
+    QTextLayout& layout = item->text->layout;
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    line.setLineWidth(kUnbroken);
+    const QString text = layout.text();
+    const qsizetype point = kind == TabStop::Kind::kDecimal ? DecimalPoint(text) : text.size();
+    const double part = point < text.size()
+                            ? std::abs(line.cursorToX(int(point)) - line.cursorToX(0))
+                            : line.naturalTextWidth();
+    layout.endLayout();
+    width += part;
+    if (point < text.size()) break;
+  }
+  return width;
+}
+
+std::shared_ptr<const Frame> ParagraphSetter::MakeFrame() const {
+  const bool edges = format_.top.present || format_.bottom.present || format_.left.present ||
+                     format_.right.present;
+  if (!edges && format_.shading <= 0) return nullptr;
+  const auto edge = [&](const richtext::Border& border) {
+    return border.present ? Frame::Edge{double(std::max(border.width, 5)),
+                                        context_.fonts->Colour(border.colour), double(border.space)}
+                          : Frame::Edge{};
+  };
+  auto frame = std::make_shared<Frame>();
+  frame->left = left_ + std::min(0, format_.first_indent);
+  frame->right = right_;
+  if (format_.shading > 0) frame->shading = context_.fonts->Colour(format_.shading);
+  frame->left_edge = edge(format_.left);
+  frame->right_edge = edge(format_.right);
+  frame->top_edge = edge(format_.top);
+  frame->bottom_edge = edge(format_.bottom);
+  return frame;
+}
+
+}  // namespace
+
+BlockStrips SetParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
+                         const ParagraphPlace& place) {
+  return ParagraphSetter(context, paragraph, place).Set();
+}
+
+bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other) {
+  return one.top == other.top && one.bottom == other.bottom && one.left == other.left &&
+         one.right == other.right && one.shading == other.shading &&
+         one.left_indent == other.left_indent && one.right_indent == other.right_indent;
+}
+
+}  // namespace tenora::printing

@@ -1,0 +1,27 @@
+// Setting a paragraph: from runs of text to lines.
+#pragma once
+
+#include "platform/printing/layout/layout_context.h"
+#include "platform/printing/layout/strip.h"
+#include "platform/richtext/document.h"
+
+namespace tenora::printing {
+
+struct ParagraphPlace {
+  double width = 0;  // of the text area, twips
+  int position = 0;  // of the paragraph's first character
+  int number = 1;    // in its list
+  // Neighbours in the same frame share its lines.
+  bool framed_above = false, framed_below = false;
+  double space_below = 0;  // to the neighbour in the same frame
+  // Nothing visible follows: a page break at the paragraph's end makes no page.
+  bool last_visible = false;
+};
+
+BlockStrips SetParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
+                         const ParagraphPlace& place);
+
+// Whether two paragraphs stand in one frame.
+bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other);
+
+}  // namespace tenora::printing

@@ -1,0 +1,239 @@
+#include "platform/printing/layout/text_line.h"
+
+#include <QPen>
+#include <algorithm>
+#include <cmath>
+
+namespace tenora::printing {
+namespace {
+
+using richtext::Underline;
+
+// Gap between the text and a frame's lines that have no space of their own.
+constexpr double kFrameGapX = 80, kFrameGapY = 20;
+
+// Lines are filled boxes: their thickness is then exact, and they need no pen.
+void HorizontalRule(QPainter& painter, double x, double y, double width, double thickness,
+                    const QColor& colour) {
+  painter.fillRect(QRectF(x, y - thickness / 2, width, thickness), colour);
+}
+
+void PenRule(QPainter& painter, double x, double y, double width, double thickness,
+             const QColor& colour, Qt::PenStyle style) {
+  painter.setPen(QPen(colour, thickness, style, Qt::FlatCap));
+  painter.drawLine(QPointF(x, y), QPointF(x + width, y));
+}
+
+void Wave(QPainter& painter, double x, double y, double width, double thickness,
+          const QColor& colour) {
+  const double step = thickness * 2;
+  QPolygonF points;
+  bool up = false;
+  for (double at = 0; at <= width; at += step, up = !up) {
+    points << QPointF(x + at, y + (up ? -thickness : thickness));
+  }
+  painter.setPen(QPen(colour, thickness / 2));
+  painter.drawPolyline(points);
+}
+
+void DrawUnderline(QPainter& painter, double x, double y, double width, double size,
+                   const QColor& colour, Underline kind) {
+  const double thin = size / 18;
+  switch (kind) {
+    case Underline::kNone:
+      break;
+    case Underline::kSingle:
+    case Underline::kWords:
+      HorizontalRule(painter, x, y, width, thin, colour);
+      break;
+    case Underline::kThick:
+      HorizontalRule(painter, x, y, width, thin * 2, colour);
+      break;
+    case Underline::kDouble:
+      HorizontalRule(painter, x, y - thin, width, thin, colour);
+      HorizontalRule(painter, x, y + thin, width, thin, colour);
+      break;
+    case Underline::kDotted:
+      PenRule(painter, x, y, width, thin, colour, Qt::DotLine);
+      break;
+    case Underline::kDash:
+      PenRule(painter, x, y, width, thin, colour, Qt::DashLine);
+      break;
+    case Underline::kWave:
+      Wave(painter, x, y, width, thin, colour);
+      break;
+  }
+}
+
+// Where a line goes through letters, above the line's baseline: their own may be another.
+double MiddleOfLetters(const richtext::CharFormat& format, const FontUse& use) {
+  constexpr double kMiddle = 0.27;  // of the size
+  constexpr double kScript = 2.0 / 3, kSuper = 1.0 / 2,
+                   kSub = -1.0 / 6;  // as text layouts set them
+  const double raised = format.raise_half_points * kTwipsPerHalfPoint;
+  if (format.script == richtext::Script::kNormal) return raised + kMiddle * use.size;
+  const double shift = format.script == richtext::Script::kSuper ? kSuper : kSub;
+  return raised + kScript * (kMiddle * use.size + shift * (use.ascent + use.descent));
+}
+
+// The x stretch that characters [start, end) of a layout take on a line.
+std::pair<double, double> Stretch(const QTextLine& line, int start, int end) {
+  const double one = line.cursorToX(start), other = line.cursorToX(end);
+  return {std::min(one, other), std::max(one, other)};
+}
+
+}  // namespace
+
+int ShapedText::PositionAt(int offset) const {
+  if (const auto here = FragmentsIn(offset, offset + 1); !here.empty()) {
+    const Fragment& fragment = here.front();
+    return fragment.position + (fragment.one_position ? 0 : offset - fragment.start);
+  }
+  if (fragments.empty()) return 0;
+  const Fragment& last = fragments.back();
+  return last.position + (last.one_position ? 1 : last.length);
+}
+
+std::span<const Fragment> ShapedText::FragmentsIn(int from, int to) const {
+  // A paragraph may have as many fragments as letters, and every line asks for its own.
+  const auto first = std::partition_point(
+      fragments.begin(), fragments.end(),
+      [&](const Fragment& fragment) { return fragment.start + fragment.length <= from; });
+  const auto last = std::partition_point(
+      first, fragments.end(), [&](const Fragment& fragment) { return fragment.start < to; });
+  return {first, last};
+}
+
+void TextLine::Draw(QPainter& painter, QPointF corner) const {
+  if (frame) DrawFrame(painter, corner);
+  for (const double bar : bars) {
+    painter.fillRect(QRectF(corner.x() + bar, corner.y(), 10, height), Qt::black);
+  }
+  for (const FloatingPicture& one : floating) {
+    const QPointF place(corner.x() + one.x, one.y + (one.on_paper ? 0 : corner.y()));
+    DrawPicture(painter, QRectF(place, QSizeF(one.picture.width, one.picture.height)), one.picture);
+  }
+  for (const Piece& piece : pieces) {
+    const QPointF origin(corner.x() + piece.x, corner.y() + baseline);
+    if (const auto* text = std::get_if<PlacedText>(&piece.content)) {
+      DrawText(painter, QPointF(corner.x(), origin.y()), *text);
+    } else if (const auto* tab = std::get_if<PlacedTab>(&piece.content)) {
+      DrawTab(painter, origin, *tab);
+    } else if (const auto* picture = std::get_if<PlacedPicture>(&piece.content)) {
+      DrawPicture(painter,
+                  QRectF(origin.x(), origin.y() - picture->height, picture->width, picture->height),
+                  *picture);
+    }
+  }
+}
+
+void TextLine::DrawFrame(QPainter& painter, QPointF corner) const {
+  const auto outside = [](const Frame::Edge& edge) {
+    return edge.width > 0 && edge.space == 0 ? kFrameGapY : 0;
+  };
+  const auto aside = [](const Frame::Edge& edge) {
+    if (edge.width == 0) return 0.0;
+    return edge.space > 0 ? edge.space : kFrameGapX;
+  };
+  const double left = corner.x() + frame->left - aside(frame->left_edge);
+  const double width =
+      frame->right + aside(frame->right_edge) - frame->left + aside(frame->left_edge);
+  const double above = first_of_paragraph ? outside(frame->top_edge) : 0;
+  const double below = frame_below + (last_of_paragraph ? outside(frame->bottom_edge) : 0);
+  const QRectF area(left, corner.y() - above, width, height + above + below);
+  if (frame->shading.isValid()) painter.fillRect(area, frame->shading);
+  const auto vertical = [&](const Frame::Edge& edge, double x) {
+    if (edge.width > 0) {
+      painter.fillRect(QRectF(x - edge.width / 2, area.top(), edge.width, area.height()),
+                       edge.colour);
+    }
+  };
+  const auto horizontal = [&](const Frame::Edge& edge, double y) {
+    if (edge.width > 0) HorizontalRule(painter, left, y, width, edge.width, edge.colour);
+  };
+  vertical(frame->left_edge, area.left());
+  vertical(frame->right_edge, area.right());
+  if (first_of_paragraph) horizontal(frame->top_edge, area.top());
+  if (last_of_paragraph) horizontal(frame->bottom_edge, area.bottom());
+}
+
+// `origin` is the left edge of the text area on the baseline: the line knows its own x.
+void TextLine::DrawText(QPainter& painter, QPointF origin, const PlacedText& text) const {
+  const QTextLine& line = text.line;
+  const int from = line.textStart(), to = from + line.textLength();
+  const auto each_fragment = [&](auto&& draw) {
+    for (const Fragment& fragment : text.text->FragmentsIn(from, to)) {
+      const int first = std::max(from, fragment.start);
+      const int behind = std::min(to, fragment.start + fragment.length);
+      if (first >= behind) continue;
+      const auto [left, right] = Stretch(line, first, behind);
+      draw(*fragment.format, first, behind, origin.x() + left, right - left);
+    }
+  };
+  each_fragment([&](const richtext::CharFormat& format, int, int, double x, double width) {
+    Highlight(painter, QRectF(x, origin.y() - line.ascent(), width, line.ascent() + line.descent()),
+              format);
+  });
+  painter.setPen(text.text->colour);
+  line.draw(&painter, QPointF(origin.x(), origin.y() - line.ascent()));
+  each_fragment(
+      [&](const richtext::CharFormat& format, int first, int behind, double x, double width) {
+        if (format.underline != Underline::kWords) {
+          Decorate(painter, QPointF(x, origin.y()), width, format);
+          return;
+        }
+        const QString shown = text.text->layout.text();
+        for (int word = first; word < behind;) {
+          int next = word + 1;
+          const bool blank = shown[word].isSpace();
+          while (next < behind && shown[next].isSpace() == blank) ++next;
+          const auto [left, right] = Stretch(line, word, next);
+          richtext::CharFormat part = format;
+          if (blank) part.underline = Underline::kNone;
+          Decorate(painter, QPointF(origin.x() + left, origin.y()), right - left, part);
+          word = next;
+        }
+      });
+}
+
+void TextLine::DrawTab(QPainter& painter, QPointF origin, const PlacedTab& tab) const {
+  const FontUse& use = fonts_->Use(*tab.format);
+  Highlight(painter,
+            QRectF(origin.x(), origin.y() - use.ascent, tab.width, use.ascent + use.descent),
+            *tab.format);
+  Decorate(painter, origin, tab.width, *tab.format);
+  if (tab.leader == "ul" || tab.leader == "th") {
+    DrawUnderline(painter, origin.x(), origin.y() + use.size / 10, tab.width, use.size, use.colour,
+                  tab.leader == "th" ? Underline::kThick : Underline::kSingle);
+    return;
+  }
+  const char mark = tab.leader == "dot" ? '.' : tab.leader == "hyph" ? '-' : '=';
+  if (tab.leader != "dot" && tab.leader != "hyph" && tab.leader != "eq") return;
+  const double step = QFontMetricsF(use.font).horizontalAdvance(QLatin1Char(mark));
+  // On a grid of the line's start, so that the leaders of neighbouring lines stand in columns.
+  const double first = std::ceil(origin.x() / step) * step;
+  const int count = static_cast<int>((origin.x() + tab.width - first) / step);
+  if (step <= 0 || count <= 0) return;
+  painter.setPen(use.colour);
+  painter.setFont(use.font);
+  painter.drawText(QPointF(first, origin.y()), QString(count, QLatin1Char(mark)));
+}
+
+void TextLine::Highlight(QPainter& painter, const QRectF& area,
+                         const richtext::CharFormat& format) const {
+  if (format.highlight > 0) painter.fillRect(area, fonts_->Colour(format.highlight));
+}
+
+void TextLine::Decorate(QPainter& painter, QPointF origin, double width,
+                        const richtext::CharFormat& format) const {
+  if (format.underline == Underline::kNone && !format.strike) return;
+  const FontUse& use = fonts_->Use(format);
+  DrawUnderline(painter, origin.x(), origin.y() + use.size / 9, width, use.size, use.colour,
+                format.underline);
+  if (format.strike) {
+    HorizontalRule(painter, origin.x(), origin.y() - MiddleOfLetters(format, use), width,
+                   use.size / 18, use.colour);
+  }
+}
+
+}  // namespace tenora::printing

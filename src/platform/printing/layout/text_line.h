@@ -1,0 +1,99 @@
+// One set line of a paragraph. Lengths are twips, x counts from the left edge of the text area.
+#pragma once
+
+#include <QTextLayout>
+#include <QTextLine>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/printing/fonts.h"
+#include "platform/printing/layout/strip.h"
+#include "platform/printing/pictures.h"
+
+namespace tenora::printing {
+
+// A part of a text in one character format, and where it stands in the document.
+struct Fragment {
+  int start = 0, length = 0;  // in the layout's text
+  int position = 0;           // in the document
+  bool small = false;         // small capitals
+  bool one_position = false;  // the whole fragment stands for one character of the document
+  const richtext::CharFormat* format = nullptr;
+};
+
+// A stretch of text between tabs, pictures and breaks.
+struct ShapedText {
+  QTextLayout layout;
+  std::vector<Fragment> fragments;
+  QColor colour;  // of a text in one plain format
+
+  int PositionAt(int offset) const;
+  // The fragments that have characters in [from, to).
+  std::span<const Fragment> FragmentsIn(int from, int to) const;
+};
+
+struct PlacedText {
+  std::shared_ptr<ShapedText> text;
+  QTextLine line;
+};
+
+struct PlacedTab {
+  double width = 0;
+  std::string leader;
+  const richtext::CharFormat* format = nullptr;
+};
+
+// A picture that takes no room in the text. From the left edge of the text area and the line's top,
+// or the paper's.
+struct FloatingPicture {
+  double x = 0, y = 0;
+  bool on_paper = false;  // y counts from the paper's top, which is the painter's
+  PlacedPicture picture;
+};
+
+struct Piece {
+  double x = 0;
+  std::variant<PlacedText, PlacedTab, PlacedPicture> content;
+};
+
+// What is drawn around the lines of a paragraph.
+struct Frame {
+  double left = 0, right = 0;
+  QColor shading;  // invalid for none
+  struct Edge {
+    double width = 0;  // 0 for none
+    QColor colour;
+    double space =
+        0;  // set between edge and text, in the line's height; 0: a hair's breadth outside
+  };
+  Edge left_edge, right_edge, top_edge, bottom_edge;
+};
+
+class TextLine : public Strip {
+ public:
+  explicit TextLine(std::shared_ptr<Fonts> fonts) : fonts_(std::move(fonts)) {}
+  void Draw(QPainter& painter, QPointF corner) const override;
+
+  double baseline = 0;  // from the strip's top
+  std::vector<Piece> pieces;
+  std::vector<FloatingPicture> floating;
+  std::vector<double> bars;  // x of bar tabs
+  std::shared_ptr<const Frame> frame;
+  double frame_below = 0;  // how far the frame goes on below, to a neighbour in the same frame
+  bool first_of_paragraph = false, last_of_paragraph = false;
+
+ private:
+  void DrawFrame(QPainter& painter, QPointF corner) const;
+  void DrawText(QPainter& painter, QPointF origin, const PlacedText& text) const;
+  void DrawTab(QPainter& painter, QPointF origin, const PlacedTab& tab) const;
+  void Highlight(QPainter& painter, const QRectF& area, const richtext::CharFormat& format) const;
+  void Decorate(QPainter& painter, QPointF origin, double width,
+                const richtext::CharFormat& format) const;
+
+  std::shared_ptr<Fonts> fonts_;
+};
+
+}  // namespace tenora::printing

@@ -1,0 +1,42 @@
+#include "platform/printing/paper_size.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace tenora::printing {
+namespace {
+
+constexpr Paper kA4{11906, 16838, 0, 0}, kLetter{12240, 15840, 0, 0};
+
+}  // namespace
+
+Paper Oriented(Paper paper, Orientation orientation) {
+  if (orientation == Orientation::kLandscape && paper.width < paper.height) {
+    std::swap(paper.width, paper.height);
+    std::swap(paper.offset_x, paper.offset_y);
+  }
+  return paper;
+}
+
+Paper RegionalPaper() {
+  std::string_view name;
+  for (const char* variable : {"LC_ALL", "LC_PAPER", "LANG"}) {
+    const char* value = std::getenv(variable);
+    if (value == nullptr || *value == '\0') continue;
+    name = value;
+    break;
+  }
+  const std::size_t underscore = name.find('_');
+  if (underscore == std::string_view::npos) return kA4;
+  const std::string_view country = name.substr(underscore + 1, 2);
+  constexpr std::string_view kLetterCountries[] = {"US", "CA", "MX", "PH", "CL", "CO", "CR",
+                                                   "GT", "NI", "PA", "PR", "SV", "VE"};
+  const bool letter = std::find(std::begin(kLetterCountries), std::end(kLetterCountries),
+                                country) != std::end(kLetterCountries);
+  return letter ? kLetter : kA4;
+}
+
+}  // namespace tenora::printing
