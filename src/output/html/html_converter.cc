@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "output/html/html_characters.h"
+#include "platform/runtime/text.h"
 
 namespace tenora::html {
 namespace {
@@ -22,6 +23,16 @@ auto FindAction(const Entries& entries, std::string_view name) {
   return found ? entry->action : nullptr;
 }
 
+// The number at the start of a text, 0 for none.
+std::int32_t DefaultSize(std::string_view text) {
+  std::int32_t size = 0;
+  for (const char c : text) {
+    if (!IsDigit(c)) break;
+    size = std::min(size * 10 + (c - '0'), kLargestDefaultSize);
+  }
+  return size;
+}
+
 }  // namespace
 
 Options ReadOptions(std::string_view options) {
@@ -33,8 +44,7 @@ Options ReadOptions(std::string_view options) {
   constexpr std::string_view kDefaultSize = "+F=";
   if (const std::size_t at = options.find(kDefaultSize); at != std::string_view::npos) {
     const std::string_view digits = options.substr(at + kDefaultSize.size());
-    if (!digits.starts_with('-'))
-      read.default_font_size = std::min(ClampedNumber(digits), kLargestDefaultSize);
+    read.default_font_size = DefaultSize(digits);
   }
   read.font_faces = !has("-FF");
   read.unicode_references = has("+U");
@@ -50,8 +60,8 @@ std::string Converter::Convert(std::string_view body) {
 }
 
 void Converter::Run(std::string_view source) {
-  Tokenizer tokens(source);
-  for (Token token; tokens.Next(token);) {
+  Tokenizer tokens(source, Tokenizer::Form::kLiteral);
+  for (Token token = tokens.Next(); token.kind != Token::Kind::kEnd; token = tokens.Next()) {
     if (SkipGroup(token, tokens)) continue;
     if (options_.unicode_references && unicode_.SkipFallback(token)) continue;
     if (token.kind == Token::Kind::kText &&
@@ -68,15 +78,16 @@ void Converter::Run(std::string_view source) {
 // Counts the braces, and leaves a group of which nothing is to be seen; true when it did.
 bool Converter::SkipGroup(const Token& token, Tokenizer& tokens) {
   switch (token.kind) {
-    case Token::Kind::kOpenGroup:
+    case Token::Kind::kOpen:
       if (skip_depth_ > 0) ++skip_depth_;
       unicode_.OpenGroup();
       return false;
-    case Token::Kind::kCloseGroup:
+    case Token::Kind::kClose:
       if (skip_depth_ > 0) --skip_depth_;
       unicode_.CloseGroup();
       return false;
-    case Token::Kind::kControlWord:
+    case Token::Kind::kWord:
+    case Token::Kind::kSymbol:
       break;
     default:
       return false;
@@ -91,20 +102,25 @@ bool Converter::SkipGroup(const Token& token, Tokenizer& tokens) {
 
 void Converter::Handle(const Token& token) {
   switch (token.kind) {
-    case Token::Kind::kOpenGroup:
+    case Token::Kind::kOpen:
       break;
-    case Token::Kind::kCloseGroup:
+    case Token::Kind::kClose:
       if (skip_depth_ == 0) EndGroup();
       break;
-    case Token::Kind::kHexEscape:
+    case Token::Kind::kByte:
       HandleHexEscape(token.text);
       break;
-    case Token::Kind::kControlWord:
+    case Token::Kind::kWord:
       HandleWord(token);
       break;
     case Token::Kind::kText:
-    case Token::Kind::kCharacter:
       WriteText(token.text);
+      break;
+    case Token::Kind::kSymbol:
+      if (token.IsEscapedCharacter()) WriteText(token.text);
+      break;
+    case Token::Kind::kBinary:
+    case Token::Kind::kEnd:
       break;
   }
 }
@@ -164,8 +180,8 @@ void Converter::HandleWord(const Token& token) {
   static_assert(std::ranges::is_sorted(kPlainWords, {}, &Plain::name));
   static_assert(std::ranges::is_sorted(kNumberedWords, {}, &Numbered::name));
 
-  if (const auto number = token.Number()) {
-    if (const auto action = FindAction(kNumberedWords, token.text)) action(*this, *number);
+  if (token.has_param) {
+    if (const auto action = FindAction(kNumberedWords, token.text)) action(*this, token.param);
   } else {
     if (const auto action = FindAction(kPlainWords, token.text)) action(*this);
   }

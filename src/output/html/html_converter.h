@@ -7,11 +7,14 @@
 #include <string_view>
 
 #include "output/html/html_head.h"
-#include "output/html/html_tokenizer.h"
 #include "output/html/tag_stack.h"
 #include "output/html/unicode_escapes.h"
+#include "platform/richtext/rtf_tokenizer.h"
 
 namespace tenora::html {
+
+using richtext::Token;
+using richtext::Tokenizer;
 
 struct Options {
   std::string_view line_terminator;    // "\r\n" or empty

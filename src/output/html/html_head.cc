@@ -5,10 +5,14 @@
 #include <optional>
 
 #include "output/html/html_characters.h"
-#include "output/html/html_tokenizer.h"
+#include "platform/richtext/rtf_tokenizer.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::html {
+
+using richtext::Token;
+using richtext::Tokenizer;
+
 namespace {
 
 constexpr std::int32_t kHighestFont = 32767;
@@ -25,7 +29,8 @@ bool IsEscaped(std::string_view source, std::size_t position) {
 // Whether `sign` at `position` is the whole of its control word, or ends in no letter itself.
 bool EndsWord(std::string_view source, std::size_t position, std::string_view sign) {
   const std::size_t behind = position + sign.size();
-  return !IsLetter(sign.back()) || behind >= source.size() || !IsLetter(source[behind]);
+  return !richtext::IsWordLetter(sign.back()) || behind >= source.size() ||
+         !richtext::IsWordLetter(source[behind]);
 }
 
 // Position of the first `sign` that is no part of an escaped backslash or a longer word, or npos.
@@ -95,7 +100,7 @@ std::string CutGroup(std::string& source, std::string_view word) {
   if (position == std::string::npos) return {};
   const std::size_t start = StartOfGroup(source, position);
   if (start == std::string::npos) return {};
-  const std::size_t end = EndOfGroup(source, start + 1);
+  const std::size_t end = richtext::EndOfGroup(source, start + 1);
   std::string group = source.substr(start, end - start);
   source.erase(start, end - start);
   return group;
@@ -106,9 +111,9 @@ std::string CutGroup(std::string& source, std::string_view word) {
 ColourTable::ColourTable(std::string_view group) {
   bool has_red = false;
   std::int32_t red = 0, green = 0, blue = 0;
-  Tokenizer tokens(group);
-  for (Token token; tokens.Next(token);) {
-    const std::int32_t number = token.Number().value_or(0);
+  Tokenizer tokens(group, Tokenizer::Form::kLiteral);
+  for (Token token = tokens.Next(); token.kind != Token::Kind::kEnd; token = tokens.Next()) {
+    const std::int32_t number = token.param;
     if (token.IsWord("red")) {
       has_red = true;
       red = number;
@@ -141,28 +146,28 @@ FontTable::FontTable(std::string_view group) {
       faces_.insert_or_assign(*number, std::move(name));
     number.reset();
   };
-  Tokenizer tokens(group);
-  for (Token token; tokens.Next(token);) {
+  Tokenizer tokens(group, Tokenizer::Form::kLiteral);
+  for (Token token = tokens.Next(); token.kind != Token::Kind::kEnd; token = tokens.Next()) {
     const bool in_entry = number && depth == entry_depth;
     switch (token.kind) {
-      case Token::Kind::kOpenGroup:
+      case Token::Kind::kOpen:
         ++depth;
         break;
-      case Token::Kind::kCloseGroup:
+      case Token::Kind::kClose:
         if (in_entry) finish();
         if (depth > 0) --depth;
         break;
-      case Token::Kind::kControlWord:
-        if (token.text == "f" && !token.parameter.empty() && !number) {
-          number = token.Number();
+      case Token::Kind::kWord:
+        if (token.text == "f" && token.has_param && !number) {
+          number = token.param;
           entry_depth = depth;
         }
         break;
-      case Token::Kind::kHexEscape:
+      case Token::Kind::kByte:
         if (in_entry) face.AddEscape(token.text);
         break;
       default:
-        if (!in_entry) break;
+        if (!in_entry || (token.kind != Token::Kind::kText && !token.IsEscapedCharacter())) break;
         const std::size_t end = token.text.find(';');
         face.Add(token.text.substr(0, end));
         if (end != std::string_view::npos) finish();

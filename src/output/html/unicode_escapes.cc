@@ -6,6 +6,9 @@
 #include "platform/runtime/text.h"
 
 namespace tenora::html {
+
+using richtext::Token;
+
 namespace {
 
 constexpr std::int32_t kUsualFallbackLength = 1;
@@ -55,8 +58,8 @@ bool UnicodeEscapes::SkipFallback(Token& token) {
     return false;
   }
   switch (token.kind) {
-    case Token::Kind::kOpenGroup:
-    case Token::Kind::kCloseGroup:
+    case Token::Kind::kOpen:
+    case Token::Kind::kClose:
       to_skip_ = 0;
       return false;
     case Token::Kind::kText:

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "output/html/html_tokenizer.h"
+#include "platform/richtext/rtf_tokenizer.h"
 
 namespace tenora::html {
 
@@ -24,7 +24,7 @@ class UnicodeEscapes {
   // To be told of every token. Takes what belongs to the last escape's fallback off the token; true
   // when nothing of it is left. One character of text, one escape or one control word counts as
   // one; a brace ends it.
-  bool SkipFallback(Token& token);
+  bool SkipFallback(richtext::Token& token);
 
  private:
   struct FallbackLength {

@@ -2,38 +2,19 @@
 
 #include <map>
 
-#include "platform/runtime/text.h"
+#include "platform/richtext/rtf_tokenizer.h"
 
 namespace tenora {
 namespace {
 
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
-struct ControlWord {
-  std::string_view name;       // without the backslash
-  std::string_view parameter;  // digits with a sign, may be empty
-  std::size_t end = 0;         // behind the word and the blank that closes it
-};
-
-// The control word or symbol whose backslash stands at `at`.
-ControlWord ReadControlWord(std::string_view source, std::size_t at) {
-  std::size_t end = at + 1;
-  while (end < source.size() && IsLetter(source[end])) ++end;
-  if (end == at + 1) return {source.substr(end, 1), {}, std::min(end + 1, source.size())};
-  const std::size_t name_end = end;
-  if (end < source.size() && source[end] == '-') ++end;
-  while (end < source.size() && IsDigit(source[end])) ++end;
-  const std::string_view name = source.substr(at + 1, name_end - at - 1);
-  const std::string_view parameter = source.substr(name_end, end - name_end);
-  if (end < source.size() && source[end] == ' ') ++end;
-  return {name, parameter, end};
-}
+using richtext::Token;
 
 // The character formats in force, one control word for each kind of format.
 class FormatState {
  public:
-  void Take(const ControlWord& word) {
-    const std::string name(word.name);
+  void Take(const Token& word) {
+    const std::string name(word.text);
+    const std::string number = word.has_param ? std::to_string(word.param) : std::string();
     if (name == "plain") {
       words_.clear();
     } else if (name == "ulnone") {
@@ -43,15 +24,15 @@ class FormatState {
     } else if (name == "super" || name == "sub") {
       words_["super"] = "\\" + name;
     } else if (name == "b" || name == "i" || name == "ul" || name == "strike") {
-      if (word.parameter == "0") {
-        words_.erase(name);
-      } else {
+      if (word.On()) {
         words_[name] = "\\" + name;
+      } else {
+        words_.erase(name);
       }
     } else if (name == "f" || name == "fs") {
-      words_[name] = "\\" + name + std::string(word.parameter);
+      words_[name] = "\\" + name + number;
     } else if (name == "cf") {
-      words_[kLast] = "\\cf" + std::string(word.parameter);
+      words_[kLast] = "\\cf" + number;
     }
   }
 
@@ -79,46 +60,45 @@ class Cutter {
   explicit Cutter(std::string_view source) : source_(source) {}
 
   std::vector<LetterPiece> Cut() {
-    std::size_t at = 0;
-    while (at < source_.size()) {
-      const char c = source_[at];
-      if (c == '\\') {
-        const ControlWord word = ReadControlWord(source_, at);
-        TakeWord(word, source_.substr(at, word.end - at));
-        at = word.end;
+    richtext::Tokenizer tokens(source_, richtext::Tokenizer::Form::kLiteral);
+    std::size_t begin = 0;
+    for (Token token = tokens.Next(); token.kind != Token::Kind::kEnd; token = tokens.Next()) {
+      const std::string_view written = source_.substr(begin, tokens.position() - begin);
+      begin = tokens.position();
+      if (token.kind == Token::Kind::kWord) {
+        TakeWord(token, written);
         continue;
       }
-      text_ += c;
-      if (c == '{') groups_.push_back(state_);
-      if (c == '}') LeaveGroup();
-      ++at;
+      text_ += written;
+      if (token.kind == Token::Kind::kOpen) groups_.push_back(state_);
+      if (token.kind == Token::Kind::kClose) LeaveGroup();
     }
     EndPiece(-1, -1);
     return std::move(pieces_);
   }
 
  private:
-  void TakeWord(const ControlWord& word, std::string_view written) {
-    if (word.name == "trowd" && cell_ < 0) {
+  void TakeWord(const Token& word, std::string_view written) {
+    if (word.text == "trowd" && cell_ < 0) {
       EndPiece(-1, -1);
       ++rows_;
       cell_ = 0;
-    } else if (word.name == "cell" && cell_ >= 0) {
+    } else if (word.text == "cell" && cell_ >= 0) {
       EndPiece(rows_ - 1, cell_++);
-    } else if (word.name == "row" && cell_ >= 0) {
+    } else if (word.text == "row" && cell_ >= 0) {
       // What stands between the last cell and the end of the row is no text.
       text_ = state_.Words();
       cell_ = -1;
-    } else if (word.name == "nestcell") {
+    } else if (word.text == "nestcell") {
       text_ += "\\tab ";
-    } else if (word.name == "nestrow" || word.name == "line" || word.name == "page") {
+    } else if (word.text == "nestrow" || word.text == "line" || word.text == "page") {
       // The converter knows one kind of break; without it two lines of an address would join.
       text_ += "\\par ";
     } else {
       text_ += written;
       state_.Take(word);
-      if (word.name == "pard") Restate();
-      if (word.name == "f" || word.name == "fs") text_ += state_.ColourWord();
+      if (word.text == "pard") Restate();
+      if (word.text == "f" || word.text == "fs") text_ += state_.ColourWord();
     }
   }
 
@@ -157,17 +137,7 @@ std::vector<LetterPiece> CutLetter(std::string_view source) { return Cutter(sour
 std::string_view FindGroup(std::string_view source, std::string_view opening) {
   const std::size_t begin = source.find(opening);
   if (begin == std::string_view::npos) return {};
-  int depth = 0;
-  for (std::size_t at = begin; at < source.size(); ++at) {
-    if (source[at] == '\\') {
-      ++at;
-    } else if (source[at] == '{') {
-      ++depth;
-    } else if (source[at] == '}' && --depth == 0) {
-      return source.substr(begin, at - begin + 1);
-    }
-  }
-  return {};
+  return source.substr(begin, richtext::EndOfGroup(source, begin + 1) - begin);
 }
 
 }  // namespace tenora

@@ -18,7 +18,8 @@ struct LetterPiece {
 // by tabs and line ends.
 std::vector<LetterPiece> CutLetter(std::string_view source);
 
-// The group that begins with `opening` ("{\\fonttbl"), braces included; empty when there is none.
+// The group that begins with `opening` ("{\\fonttbl"), braces included, to the end of the source
+// where it is never closed; empty when there is none.
 std::string_view FindGroup(std::string_view source, std::string_view opening);
 
 }  // namespace tenora

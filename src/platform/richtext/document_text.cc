@@ -63,6 +63,21 @@ std::string ParagraphText(const Paragraph& paragraph) {
   return text;
 }
 
+void MoveMarksOutOfCodes(Paragraph* paragraph) {
+  if (paragraph->marks.empty()) return;
+  const std::string text = ParagraphText(*paragraph);
+  std::size_t from = 0;
+  auto mark = paragraph->marks.begin();  // in the order of their offsets
+  while ((from = text.find("<<", from)) != std::string::npos) {
+    const std::size_t end = text.find(">>", from + 2);
+    if (end == std::string::npos) break;
+    const std::size_t start = text.rfind("<<", end);
+    while (mark != paragraph->marks.end() && mark->offset <= start) ++mark;
+    for (; mark != paragraph->marks.end() && mark->offset < end + 2; ++mark) mark->offset = start;
+    from = end + 2;
+  }
+}
+
 void DropEmptyEnd(std::vector<Block>* blocks) {
   while (blocks->size() > 1) {
     const auto* last = std::get_if<Paragraph>(&blocks->back());

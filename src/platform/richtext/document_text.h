@@ -26,6 +26,8 @@ std::string PlainText(const std::vector<Block>& blocks);
 std::u16string PositionText(const std::vector<Block>& blocks);
 
 std::string ParagraphText(const Paragraph& paragraph);
+// A merge code is found in the source as one piece of text, so marks inside it move in front of it.
+void MoveMarksOutOfCodes(Paragraph* paragraph);
 // Takes empty paragraphs off the end; one block always stays.
 void DropEmptyEnd(std::vector<Block>* blocks);
 

@@ -1,6 +1,7 @@
 #include "platform/richtext/rtf_tokenizer.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -9,9 +10,29 @@
 namespace tenora::richtext {
 namespace {
 
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
 bool IsText(char c) { return c >= 0x20 && c < 0x7f && c != '\\' && c != '{' && c != '}'; }
+
+constexpr auto kEndsLiteralText = [] {
+  std::array<bool, 256> table{};
+  table['\\'] = table['{'] = table['}'] = true;
+  return table;
+}();
+
+std::size_t EndOfLiteralText(std::string_view source, std::size_t position) {
+  while (position < source.size() &&
+         !kEndsLiteralText[static_cast<unsigned char>(source[position])])
+    ++position;
+  return position;
+}
+
+// Behind the control word or symbol at `position`; only \binN needs more than its first two
+// characters.
+std::size_t EndOfControl(std::string_view source, std::size_t position) {
+  if (!source.substr(position + 1).starts_with("bin")) return std::min(position + 2, source.size());
+  Tokenizer tokens(source.substr(position));
+  tokens.Next();
+  return position + tokens.position();
+}
 
 int HexDigit(char c) {
   if (IsDigit(c)) return c - '0';
@@ -25,6 +46,8 @@ int HexDigit(char c) {
 Token Tokenizer::Next() {
   while (position_ < source_.size()) {
     const char c = source_[position_];
+    if (form_ == Form::kLiteral && !kEndsLiteralText[static_cast<unsigned char>(c)])
+      return LiteralText();
     if (IsText(c)) {
       const std::size_t start = position_;
       while (position_ < source_.size() && IsText(source_[position_])) ++position_;
@@ -42,20 +65,29 @@ Token Tokenizer::Next() {
   return {};
 }
 
+Token Tokenizer::LiteralText() {
+  const std::size_t start = position_;
+  position_ = EndOfLiteralText(source_, position_);
+  return {Token::Kind::kText, source_.substr(start, position_ - start)};
+}
+
+void Tokenizer::LeaveGroup() { position_ = EndOfGroup(source_, position_); }
+
 Token Tokenizer::Control() {
-  if (position_ >= source_.size()) return {};
+  const bool literal = form_ == Form::kLiteral;
+  if (position_ >= source_.size()) return {literal ? Token::Kind::kSymbol : Token::Kind::kEnd};
   const char c = source_[position_];
-  if (IsLetter(c)) return Word();
+  if (IsWordLetter(c)) return Word();
   ++position_;
   if (c == '\'') return HexByte();
-  if (c == '\r' || c == '\n') return {Token::Kind::kWord, "par"};
-  if (c == '\t') return {Token::Kind::kWord, "tab"};
+  if (!literal && (c == '\r' || c == '\n')) return {Token::Kind::kWord, "par"};
+  if (!literal && c == '\t') return {Token::Kind::kWord, "tab"};
   return {Token::Kind::kSymbol, source_.substr(position_ - 1, 1)};
 }
 
 Token Tokenizer::Word() {
   const std::size_t start = position_;
-  while (position_ < source_.size() && IsLetter(source_[position_])) ++position_;
+  while (position_ < source_.size() && IsWordLetter(source_[position_])) ++position_;
   Token token{Token::Kind::kWord, source_.substr(start, position_ - start)};
   token.param = Parameter(&token.has_param);
   if (position_ < source_.size() && source_[position_] == ' ') ++position_;
@@ -70,6 +102,11 @@ Token Tokenizer::Word() {
 }
 
 Token Tokenizer::HexByte() {
+  if (form_ == Form::kLiteral) {
+    const std::string_view two = source_.substr(position_, 2);
+    position_ += two.size();
+    return {Token::Kind::kByte, two};
+  }
   int value = 0, digits = 0;
   while (digits < 2 && position_ < source_.size() && HexDigit(source_[position_]) >= 0) {
     value = value * 16 + HexDigit(source_[position_++]);
@@ -90,6 +127,20 @@ int Tokenizer::Parameter(bool* present) {
   position_ = at;
   *present = true;
   return static_cast<int>(negative ? -value : value);
+}
+
+std::size_t EndOfGroup(std::string_view source, std::size_t position) {
+  std::size_t depth = 1;
+  while ((position = EndOfLiteralText(source, position)) < source.size()) {
+    if (source[position] == '\\') {
+      position = EndOfControl(source, position);
+      continue;
+    }
+    depth += source[position] == '{' ? 1 : -1;
+    ++position;
+    if (depth == 0) break;
+  }
+  return position;
 }
 
 }  // namespace tenora::richtext

@@ -12,7 +12,8 @@ namespace tenora::richtext {
 void Renumber(Document* document);
 
 // Puts the document on these tables: its fonts and colours get the positions of their equals, those
-// without are added at the end. The document then holds copies of both tables.
+// without are added at the end. Fonts of one name are equal, but for the symbols' character set.
+// The document then holds copies of both tables.
 void MoveToTables(Document* document, std::vector<Font>* fonts, std::vector<Colour>* colours);
 
 // What a word's parameter counts: a font, a colour, or neither.

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+#include <utility>
+
 #include "platform/richtext/rich_text_box.h"
 #include "platform/richtext/richtext_support.h"
 
@@ -65,6 +69,91 @@ TEST(SetSelText, KeepsWhatItDoesNotTouch) {
                                "{HYPERLINK \"x\"}}{\\fldrslt link}}{\\pict\\pngblip 8950} end"),
             std::string::npos)
       << box.TextRTF();
+}
+
+// An editor that holds a document as edits leave it.
+class UntidyView : public RichTextView {
+ public:
+  explicit UntidyView(richtext::Document content) : content_(std::move(content)) {}
+
+  richtext::Document Content() override { return content_; }
+  Range Selection() override { return {}; }
+  void Select(Range) override {}
+  void ReplaceSelection(std::string_view) override {}
+  void BoxChanged(Change) override {}
+
+ private:
+  richtext::Document content_;
+};
+
+richtext::Font FontNamed(const char* name) {
+  richtext::Font font;
+  font.name = name;
+  font.family = "swiss";
+  return font;
+}
+
+TEST(AttachedView, GivesTheBoxTheCanonicalFormOfItsContent) {
+  using richtext::Document;
+  using richtext::Paragraph;
+  const auto first = [](Document& document) -> Paragraph& {
+    return std::get<Paragraph>(document.blocks.front());
+  };
+  const struct {
+    const char* what;
+    const char* body;
+    std::function<void(Document&)> disturb;
+  } kCases[] = {
+      {"an empty run in bold", "<<Name>>",
+       [&](Document& document) {
+         richtext::Run run = first(document).runs.front();
+         first(document).runs = {run, run, run};
+         first(document).runs[0].text = "<<Na";
+         first(document).runs[1].text.clear();
+         first(document).runs[1].format.bold = true;
+         first(document).runs[2].text = "me>>";
+       }},
+      {"one font twice, and a font without text", "a{\\f2 b}",
+       [&](Document& document) {
+         document.fonts.push_back(FontNamed("arial"));
+         document.fonts.push_back(FontNamed("Verdana"));
+         first(document).runs.back().format.font = static_cast<int>(document.fonts.size()) - 2;
+       }},
+      {"one colour twice", "a{\\cf1 b}\\cf2 c",
+       [&](Document& document) {
+         document.colours.push_back(document.colours[1]);
+         first(document).runs.front().format.colour = 3;
+       }},
+      {"a mark in a merge code", "a <<Name>>",
+       [&](Document& document) {
+         first(document).marks.push_back({6, "{\\*\\bkmkstart m}"});
+       }},
+      {"a bullet without its font", "one",
+       [&](Document& document) {
+         first(document).format.bullet.kind = richtext::Bullet::Kind::kBullet;
+         first(document).format.bullet.before = "•";
+       }},
+      {"a table with a font of its own", "\\trowd\\cellx900\\intbl a{\\f2 b}\\cell\\row\\pard end",
+       [](Document& document) {
+         document.fonts.insert(document.fonts.begin() + 1, FontNamed("Verdana"));
+         auto& table = *std::get<std::shared_ptr<richtext::Table>>(document.blocks.front());
+         auto& cell = std::get<Paragraph>(table.rows.front().cells.front().blocks.front());
+         cell.runs.back().format.font = 2;
+       }},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.what);
+    Document document = richtext::ReadRtf(Letter(c.body));
+    c.disturb(document);
+    const std::string untidy = richtext::WriteRtf(document);
+    UntidyView view(document);
+    RichTextBox box;
+    box.AttachView(&view);
+    box.ViewEdited();
+    EXPECT_EQ(box.TextRTF(), richtext::Canonical(untidy));
+    EXPECT_NE(box.TextRTF(), untidy);
+    EXPECT_EQ(richtext::WriteRtf(document), untidy) << "a table of the view's was changed";
+  }
 }
 
 TEST(Find, SelectsWhatItFinds) {

@@ -7,6 +7,7 @@
 #include "platform/richtext/characters/code_page.h"
 #include "platform/richtext/characters/text_file.h"
 #include "platform/richtext/document_text.h"
+#include "platform/richtext/edit/canonical_form.h"
 #include "platform/richtext/edit/text_search.h"
 #include "platform/richtext/editing.h"
 #include "platform/richtext/rtf_reader.h"
@@ -80,10 +81,8 @@ struct RichTextBox::State {
 
   const std::string& Source() {
     if (std::exchange(view_is_newer, false)) {
-      // What edits leave unused or apart is put in order by reading it back.
-      richtext::Document read = richtext::ReadRtf(richtext::WriteRtf(view->Content()));
-      source = richtext::WriteRtf(read);
-      document = std::move(read);
+      source = richtext::WriteRtf(richtext::InCanonicalForm(view->Content()));
+      document.reset();
       position_text.reset();
       head.reset();
     }
@@ -121,6 +120,10 @@ struct RichTextBox::State {
   }
 
   void SetDocument(const richtext::Document& changed) { SetSource(richtext::WriteRtf(changed)); }
+  // The same with what edits leave unused or apart put in order.
+  void SetEdited(richtext::Document edited) {
+    SetDocument(richtext::InCanonicalForm(std::move(edited)));
+  }
 
   // The selection is the view's, but for the time until it shows what the box holds.
   bool ViewSelects() const { return view != nullptr && !box_is_newer; }
@@ -198,8 +201,7 @@ void RichTextBox::SetSelText(std::string_view text) {
   if (state_->view != nullptr) return state_->view->ReplaceSelection(text);
   richtext::Document document = richtext::ReadRtf(state_->source);
   const int end = richtext::ReplaceRange(&document, state_->start, state_->length, text);
-  // What an edit leaves unused or apart is put in order by reading it back.
-  state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
+  state_->SetEdited(std::move(document));
   Select(end, 0);
   state_->Changed();
 }
@@ -211,7 +213,7 @@ void RichTextBox::InsertObject(std::string_view rtf_group) {
   const int end =
       richtext::ReplaceRangeByObject(&document, SelStart(), SelLength(), richtext::ReadRtf(piece));
   if (end < 0) throw StandardError(error_number::kInvalidFileFormat, "no picture and no object");
-  state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
+  state_->SetEdited(std::move(document));
   Select(end, 0);
   state_->Changed();
 }
@@ -236,7 +238,7 @@ int RichTextBox::ReplaceEvery(std::string_view text, std::string_view with, int 
     richtext::ReplaceRange(&document, *place, length, with);
   }
   const int start = SelStart(), selected = SelLength();
-  state_->SetDocument(richtext::ReadRtf(richtext::WriteRtf(document)));
+  state_->SetEdited(std::move(document));
   Select(start, selected);
   state_->Changed();
   return static_cast<int>(places.size());

@@ -9,8 +9,8 @@ namespace tenora::richtext {
 enum class Destination {
   kText,         // the story in hand
   kSkip,         // nothing of it is kept
-  kCopy,         // rebuilt in the copy in hand
-  kPicture,      // as kCopy, and the picture's bytes are read
+  kCarried,      // rebuilt in the object being carried
+  kPicture,      // as kCarried, and the picture's bytes are read
   kFonts,        // \fonttbl
   kColours,      // \colortbl
   kStyles,       // \stylesheet

@@ -7,6 +7,7 @@
 
 #include "platform/richtext/characters/byte_decoder.h"
 #include "platform/richtext/characters/special_characters.h"
+#include "platform/richtext/write/format_writer.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
@@ -123,10 +124,7 @@ int FontTable::DefaultPosition() {
 
 int FontTable::SymbolPosition() {
   DefaultPosition();
-  Font font;
-  font.name = "Symbol";
-  font.charset = kSymbolCharset;
-  return Add(std::move(font));
+  return Add(BulletFont());
 }
 
 const CodePage& FontTable::PageOf(int number) {

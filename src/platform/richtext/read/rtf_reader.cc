@@ -1,27 +1,203 @@
 #include "platform/richtext/rtf_reader.h"
 
 #include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "platform/richtext/characters/code_page.h"
 #include "platform/richtext/characters/special_characters.h"
-#include "platform/richtext/read/reader_core.h"
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/read/carried_object.h"
+#include "platform/richtext/read/character_reader.h"
+#include "platform/richtext/read/character_words.h"
+#include "platform/richtext/read/colour_table.h"
+#include "platform/richtext/read/destinations.h"
+#include "platform/richtext/read/font_table.h"
+#include "platform/richtext/read/list_table.h"
+#include "platform/richtext/read/page_words.h"
+#include "platform/richtext/read/picture_reader.h"
+#include "platform/richtext/read/story.h"
+#include "platform/richtext/read/style_sheet.h"
+#include "platform/richtext/rtf_tokenizer.h"
 #include "platform/richtext/table_numbers.h"
+#include "platform/richtext/write/block_writer.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
 namespace {
 
 constexpr std::size_t kMemoryBudget = std::size_t{1} << 30;
+constexpr int kLongestFallback = 1000;
+constexpr std::size_t kDeepest = 1000;
+constexpr std::size_t kMostStories = 8;  // a text box in a footnote in a table in …
+constexpr int kDeepestField = 8;
 
-}  // namespace
+int FieldDepth(const Field* field) {
+  int depth = 0;
+  for (; field != nullptr; field = field->outer.get()) ++depth;
+  return depth;
+}
 
-Reader::Reader(std::string_view source)
+// How a group is read that is neither carried through nor a text of its own.
+std::optional<Destination> PartOf(Opens opens) {
+  switch (opens) {
+    case Opens::kSkipped:
+    case Opens::kInstruction:
+      return Destination::kSkip;
+    case Opens::kFonts:
+      return Destination::kFonts;
+    case Opens::kColours:
+      return Destination::kColours;
+    case Opens::kStyles:
+      return Destination::kStyles;
+    case Opens::kLists:
+      return Destination::kLists;
+    case Opens::kOverrides:
+      return Destination::kOverrides;
+    case Opens::kInfo:
+      return Destination::kInfo;
+    case Opens::kClassicList:
+      return Destination::kClassicList;
+    case Opens::kNestedRow:
+    case Opens::kAlternatives:
+    case Opens::kCopiedStory:  // a text box without its shape: its text is text
+      return Destination::kText;
+    default:
+      return std::nullopt;
+  }
+}
+
+// A destination's word that does not begin its group means nothing, and must not come to begin one.
+bool IsMisplaced(const Token& word) { return WhatOpens(word.text, false) != Opens::kNothing; }
+
+// The stack of groups, and what each token does to it.
+class RtfReader {
+ public:
+  explicit RtfReader(std::string_view source);
+  Document Read();
+
+ private:
+  // What is done with the result when the group that owns it closes.
+  enum class Delivery {
+    kNone,
+    kObject,       // a Verbatim in the text
+    kPicture,      // a Picture in the text
+    kMark,         // between two characters
+    kHead,         // among the head's groups
+    kInfo,         // among the information groups
+    kInstruction,  // the instruction of the field around
+    kCarried,      // into the copy around
+  };
+
+  struct Group {
+    Destination destination = Destination::kText;
+    CharFormat format = PlainFormat();
+    const CodePage* page = nullptr;      // of the font in force
+    int fallback = 1;                    // \ucN
+    std::shared_ptr<const Field> field;  // whose result this is
+    int field_serial = 0;                // the paragraph the result began in
+    std::shared_ptr<Field> making;       // \field: the field being read
+    Delivery delivery = Delivery::kNone;
+    bool owns_story = false, owns_carried = false;
+    bool open_ending = false;  // of the story: its last paragraph has no mark
+    bool fresh = false;        // nothing but \* was seen in it
+    bool starred = false;
+    bool brace_written = false;  // its braces stand in the copy
+    bool alternatives = false;   // \upr: only \ud in it is read
+    bool nested_row = false;     // \nesttableprops
+    bool saved_state = false;    // the story keeps the paragraph formatting from before
+    bool entry = false;    // it holds one entry of a table (style, list, override), one picture
+    bool shown = false;    // text of a copy that a reader of the letter sees
+    std::string own_word;  // that began the story or copy it owns
+  };
+
+  // Tokens.
+  void Handle(Token token);
+  void Symbol(char symbol);
+  void Text(std::string_view ascii);
+  void Byte(unsigned char byte);
+  void Unicode(int number);
+  void Character(char32_t character);
+  void Binary(std::string_view bytes);
+  void ListCharacter(char32_t character);
+  void Characters(const std::u32string& characters);
+  CharFormat ResolvedFormat();
+  const CodePage& Page();
+  std::shared_ptr<const Field> CurrentField();
+  void Finish();
+
+  // Groups.
+  void OpenGroup();
+  void CloseGroup();
+  bool OpenDestination(const Token& word);
+  bool OpenInText(Opens opens, const Token& word);
+  bool OpenInTable(const Token& word);
+  bool OpenInField(const Token& word);
+  bool OpenInInfo(const Token& word);
+  bool OpenInLists(const Token& word);
+  bool OpenInCarried(Opens opens, const Token& word);
+  bool OpenPart(Destination destination);
+  void BeginCarried(CarriedObject::Style style, Delivery delivery, const Token* word);
+  void BeginPicture();
+  void BeginStory(Delivery delivery, const Token& word);
+  void BeginField();
+  void WriteBrace();
+  void EndTableEntry(const Group& group);
+  void EndPicture(const Group& group);
+  void EndStory(Group& group);
+  void EndCarried(Group& group);
+  void EndField(const Group& group);
+  void EndClassicList();
+  void Deliver(const Group& group, Verbatim object);
+  void AddObject(Verbatim object);
+
+  // Words.
+  void Word(const Token& word);
+  void TextWord(const Token& word);
+  bool BreakWord(const Token& word);
+  bool StyleWord(const Token& word);
+  bool CharacterWord(const Token& word);
+  bool ParagraphWord(const Token& word);
+  bool CodePageWord(const Token& word);
+  void ChangeParagraph();
+
+  Group& Top() { return groups_.back(); }
+  Story& CurrentStory() { return *stories_.back(); }
+  CarriedObject& Carried() { return *carried_.back(); }
+  StoryContext Context() { return {fonts_, colours_, lists_, budget_}; }
+
+  Tokenizer tokens_;
+  Document document_;
+  CodePages code_pages_;
+  FontTable fonts_;
+  ColourTable colours_;
+  StyleSheet styles_;
+  ListTable lists_;
+  PageWords page_;
+  Budget budget_;
+
+  std::vector<Group> groups_;
+  std::vector<std::unique_ptr<Story>> stories_;
+  std::vector<std::unique_ptr<CarriedObject>> carried_;
+  PictureReader picture_;
+  bool in_picture_ = false;
+  ClassicBullet bullet_;
+
+  std::size_t ignored_depth_ = 0;  // groups open beyond the deepest that is followed
+  CharacterReader characters_;
+  bool ended_ = false;
+};
+
+RtfReader::RtfReader(std::string_view source)
     : tokens_(source), fonts_(&code_pages_), budget_(kMemoryBudget) {
   groups_.emplace_back();
   stories_.push_back(std::make_unique<Story>(Context()));
 }
 
-Document Reader::Read() {
+Document RtfReader::Read() {
   while (!ended_) {
     const Token token = tokens_.Next();
     if (token.kind == Token::Kind::kEnd) break;
@@ -31,10 +207,10 @@ Document Reader::Read() {
   return std::move(document_);
 }
 
-void Reader::Finish() {
-  FlushPending();
+void RtfReader::Finish() {
+  Characters(characters_.Flush());
   // What a cut-off source leaves open is closed; its last paragraph keeps its formatting.
-  if (stories_.size() > 1 || !copies_.empty()) {
+  if (stories_.size() > 1 || !carried_.empty()) {
     while (groups_.size() > 2) CloseGroup();
   }
   document_.blocks = CurrentStory().Finish(ResolvedFormat());
@@ -48,13 +224,13 @@ void Reader::Finish() {
   Renumber(&document_);
 }
 
-void Reader::Handle(Token token) {
-  if (skip_ > 0 && SkipFallback(&token)) return;
-  const bool is_text = token.kind == Token::Kind::kText || token.kind == Token::Kind::kByte ||
-                       token.kind == Token::Kind::kSymbol;
-  if (!is_text && (decoder_.pending() || high_surrogate_ != 0) &&
-      !(token.kind == Token::Kind::kWord && (token.text == "u" || token.text == "uc")))
-    FlushPending();
+void RtfReader::Handle(Token token) {
+  if (characters_.SkipFallback(&token)) return;
+  // Text completes what is pending, and so does the next \uN; anything else gives it up.
+  const bool completes = token.kind == Token::Kind::kText || token.kind == Token::Kind::kByte ||
+                         token.kind == Token::Kind::kSymbol || token.IsWord("u") ||
+                         token.IsWord("uc");
+  if (!completes) Characters(characters_.Flush());
   switch (token.kind) {
     case Token::Kind::kOpen:
       return OpenGroup();
@@ -75,73 +251,43 @@ void Reader::Handle(Token token) {
   }
 }
 
-// Takes what stands behind \uN for readers without Unicode. A group's end and a word that is no
-// character end it early.
-bool Reader::SkipFallback(Token* token) {
-  switch (token->kind) {
-    case Token::Kind::kByte:
-    case Token::Kind::kSymbol:
-    case Token::Kind::kBinary:
-      --skip_;
-      return true;
-    case Token::Kind::kText: {
-      const std::size_t count =
-          std::min<std::size_t>(static_cast<std::size_t>(skip_), token->text.size());
-      skip_ -= static_cast<int>(count);
-      token->text.remove_prefix(count);
-      return token->text.empty();
-    }
-    case Token::Kind::kWord:
-      if (CharacterOfWord(token->text) != 0) {
-        --skip_;
-        return true;
-      }
-      break;
-    default:
-      break;
-  }
-  skip_ = 0;
-  return false;
-}
-
-void Reader::Symbol(char symbol) {
+void RtfReader::Symbol(char symbol) {
   if (symbol == '*') {
     Top().starred = Top().fresh;
     return;
   }
-  if (decoder_.pending() && static_cast<unsigned char>(symbol) >= 0x20)
+  if (characters_.byte_pending() && static_cast<unsigned char>(symbol) >= 0x20)
     return Byte(static_cast<unsigned char>(symbol));
   const char32_t character = CharacterOfSymbol(symbol);
   const Destination destination = Top().destination;
   const bool escape = symbol == '\\' || symbol == '{' || symbol == '}';
   const bool printable = symbol > 0x20 && symbol < 0x7f;
   if (!escape && printable &&
-      (destination == Destination::kCopy || destination == Destination::kPicture)) {
-    MarkCopied();
-    return CurrentCopy().source.Symbol(symbol);
+      (destination == Destination::kCarried || destination == Destination::kPicture)) {
+    WriteBrace();
+    return Carried().Symbol(symbol);
   }
   if (character != 0) Character(character);
 }
 
-void Reader::Text(std::string_view ascii) {
-  if (decoder_.pending()) {
+void RtfReader::Text(std::string_view ascii) {
+  if (characters_.byte_pending()) {
     Byte(static_cast<unsigned char>(ascii.front()));
     ascii.remove_prefix(1);
     if (ascii.empty()) return;
   }
-  if (high_surrogate_ != 0) FlushPending();
+  if (characters_.surrogate_pending()) Characters(characters_.Flush());
   Top().fresh = false;
   switch (Top().destination) {
     case Destination::kText:
       return CurrentStory().Text(ascii, ResolvedFormat(), CurrentField());
-    case Destination::kCopy:
-      MarkCopied();
-      if (Top().shown) CurrentCopy().shown_text += ascii;
-      return CurrentCopy().source.Text(ascii);
+    case Destination::kCarried:
+      WriteBrace();
+      return Carried().Text(ascii, Top().shown);
     case Destination::kPicture:
-      MarkCopied();
+      WriteBrace();
       picture_.Hex(ascii);
-      return CurrentCopy().source.Data(ascii);
+      return Carried().Data(ascii);
     case Destination::kSkip:
       return;
     default:
@@ -149,8 +295,8 @@ void Reader::Text(std::string_view ascii) {
   }
 }
 
-void Reader::Byte(unsigned char byte) {
-  if (high_surrogate_ != 0) FlushPending();
+void RtfReader::Byte(unsigned char byte) {
+  if (characters_.surrogate_pending()) Characters(characters_.Flush());
   switch (Top().destination) {
     case Destination::kSkip:
       return;
@@ -165,32 +311,16 @@ void Reader::Byte(unsigned char byte) {
     default:
       break;
   }
-  if (const auto character = decoder_.Take(byte, Page())) Character(*character);
+  Characters(characters_.TakeByte(byte, Page()));
 }
 
-void Reader::Unicode(int number) {
-  const int units = number < 0 ? number + 0x10000 : number;
-  skip_ = Top().fallback;
-  const auto character = static_cast<char32_t>(units);
-  const bool low = units >= 0xdc00 && units <= 0xdfff;
-  if (high_surrogate_ != 0 && low) {
-    const char32_t high = std::exchange(high_surrogate_, 0);
-    return Character(0x10000 + ((high - 0xd800) << 10) + (character - 0xdc00));
-  }
-  FlushPending();
-  if (units >= 0xd800 && units <= 0xdbff)
-    high_surrogate_ = character;
-  else
-    Character(character);
+void RtfReader::Unicode(int number) { Characters(characters_.TakeUnicode(number, Top().fallback)); }
+
+void RtfReader::Characters(const std::u32string& characters) {
+  for (const char32_t character : characters) Character(character);
 }
 
-// A lead byte or high surrogate that nothing completed.
-void Reader::FlushPending() {
-  decoder_.Reset();
-  if (std::exchange(high_surrogate_, 0) != 0) Character(0xfffd);
-}
-
-void Reader::Character(char32_t raw) {
+void RtfReader::Character(char32_t raw) {
   Top().fresh = false;
   const Destination destination = Top().destination;
   if (destination == Destination::kLevelText) return lists_.LevelText(raw);
@@ -202,10 +332,9 @@ void Reader::Character(char32_t raw) {
       AppendUtf8(text, character);
       return CurrentStory().Text(text, ResolvedFormat(), CurrentField());
     }
-    case Destination::kCopy:
-      MarkCopied();
-      if (Top().shown) AppendUtf8(CurrentCopy().shown_text, character);
-      return CurrentCopy().source.Character(character);
+    case Destination::kCarried:
+      WriteBrace();
+      return Carried().Character(character, Top().shown);
     case Destination::kFonts:
       return fonts_.Character(character);
     case Destination::kTitle:
@@ -219,20 +348,21 @@ void Reader::Character(char32_t raw) {
   }
 }
 
-void Reader::ListCharacter(char32_t character) {
+void RtfReader::ListCharacter(char32_t character) {
   bullet_.Character(character, Top().destination == Destination::kListBefore);
 }
 
-void Reader::Binary(std::string_view bytes) {
+void RtfReader::Binary(std::string_view bytes) {
   Top().fresh = false;
   if (Top().destination == Destination::kPicture) picture_.Binary(bytes);
-  if (Top().destination != Destination::kPicture && Top().destination != Destination::kCopy) return;
+  if (Top().destination != Destination::kPicture && Top().destination != Destination::kCarried)
+    return;
   if (bytes.empty()) return;
-  MarkCopied();
-  CurrentCopy().source.Binary(bytes);
+  WriteBrace();
+  Carried().Binary(bytes);
 }
 
-CharFormat Reader::ResolvedFormat() {
+CharFormat RtfReader::ResolvedFormat() {
   CharFormat format = Top().format;
   if (format.font == kDefaultFont) format.font = fonts_.DefaultPosition();
   return format;
@@ -240,7 +370,7 @@ CharFormat Reader::ResolvedFormat() {
 
 // Before a font is named, and in the list groups that name their own, bytes have the code page of
 // the default font.
-const CodePage& Reader::Page() {
+const CodePage& RtfReader::Page() {
   const Destination destination = Top().destination;
   const bool in_bullet =
       destination == Destination::kListBefore || destination == Destination::kListAfter;
@@ -248,11 +378,553 @@ const CodePage& Reader::Page() {
   return Top().page != nullptr ? *Top().page : fonts_.DefaultPage();
 }
 
-std::shared_ptr<const Field> Reader::CurrentField() {
+std::shared_ptr<const Field> RtfReader::CurrentField() {
   const Group& group = Top();
   if (group.field == nullptr || group.field->instruction.empty()) return nullptr;
   return group.field_serial == CurrentStory().paragraph_serial() ? group.field : nullptr;
 }
+
+void RtfReader::OpenGroup() {
+  if (groups_.size() >= kDeepest) {
+    ++ignored_depth_;
+    return;
+  }
+  Group& around = Top();
+  around.fresh = false;
+  Group group;
+  group.destination = around.destination;
+  group.format = around.format;
+  group.page = around.page;
+  group.fallback = around.fallback;
+  group.field = around.field;
+  group.field_serial = around.field_serial;
+  group.making = around.making;
+  group.nested_row = around.nested_row;
+  group.shown = around.shown;
+  group.fresh = true;
+  if (around.destination == Destination::kStyles && !around.entry) {
+    group.entry = true;
+    styles_.BeginEntry();
+  } else if (around.destination == Destination::kStyles) {
+    group.destination = Destination::kSkip;
+  }
+  // The plain form in \upr; \ud behind it is opened by its own word.
+  if (around.alternatives) group.destination = Destination::kSkip;
+  group.alternatives = false;
+  groups_.push_back(std::move(group));
+}
+
+void RtfReader::CloseGroup() {
+  if (ignored_depth_ > 0) {
+    --ignored_depth_;
+    return;
+  }
+  // The outermost group stays: its formatting is that of the last paragraph.
+  if (groups_.size() <= 2) {
+    ended_ = true;
+    return;
+  }
+  Group group = std::move(groups_.back());
+  groups_.pop_back();
+  if (group.saved_state) CurrentStory().RestoreState();
+  if (group.brace_written && !group.owns_carried) Carried().Close();
+  EndTableEntry(group);
+  if (group.owns_story) EndStory(group);
+  if (group.owns_carried) EndCarried(group);
+  if (group.destination == Destination::kField && Top().making != group.making) EndField(group);
+  if (group.destination == Destination::kClassicList && Top().destination == Destination::kText)
+    EndClassicList();
+}
+
+void RtfReader::EndTableEntry(const Group& group) {
+  switch (group.destination) {
+    case Destination::kFonts:
+      return fonts_.EndEntry();
+    case Destination::kStyles:
+      if (group.entry) styles_.EndEntry();
+      return;
+    case Destination::kLists:
+      if (group.entry) lists_.EndList();
+      return;
+    case Destination::kOverrides:
+      if (group.entry) lists_.EndOverride();
+      return;
+    case Destination::kPicture:
+      if (group.entry) EndPicture(group);
+      return;
+    default:
+      return;
+  }
+}
+
+void RtfReader::EndPicture(const Group& group) {
+  in_picture_ = false;
+  if (group.owns_carried) return;
+  Carried().EndPicture(picture_.Take());
+}
+
+// The first word of a group. True when the word is used up.
+bool RtfReader::OpenDestination(const Token& word) {
+  const Opens opens = WhatOpens(word.text, Top().starred);
+  switch (Top().destination) {
+    case Destination::kText:
+      return OpenInText(opens, word);
+    case Destination::kField:
+    case Destination::kClassicList:
+    case Destination::kInfo:
+    case Destination::kFonts:
+    case Destination::kStyles:
+    case Destination::kLists:
+    case Destination::kOverrides:
+      return OpenInTable(word);
+    case Destination::kCarried:
+    case Destination::kPicture:
+      return OpenInCarried(opens, word);
+    case Destination::kSkip:
+      if (opens != Opens::kUnicode || groups_.size() < 2) return false;
+      if (!groups_[groups_.size() - 2].alternatives) return false;
+      return OpenPart(groups_[groups_.size() - 2].destination);
+    default:
+      return false;
+  }
+}
+
+bool RtfReader::OpenPart(Destination destination) {
+  Top().destination = destination;
+  Top().fresh = false;
+  return true;
+}
+
+bool RtfReader::OpenInText(Opens opens, const Token& word) {
+  // Of a field that stands too deep in others, only the result is kept.
+  if (word.text == "fldinst") return OpenPart(Destination::kSkip);
+  if (const auto destination = PartOf(opens)) {
+    if (opens == Opens::kClassicList) bullet_ = ClassicBullet();
+    if (opens == Opens::kNestedRow) Top().nested_row = true;
+    if (opens == Opens::kAlternatives) Top().alternatives = true;
+    return OpenPart(*destination);
+  }
+  switch (opens) {
+    case Opens::kField:
+      BeginField();
+      return true;
+    case Opens::kPicture:
+      BeginCarried(CarriedObject::Style::kWhole, Delivery::kPicture, &word);
+      BeginPicture();
+      return true;
+    case Opens::kObject:
+      BeginCarried(CarriedObject::Style::kWhole, Delivery::kObject, &word);
+      return true;
+    case Opens::kMark:
+      BeginCarried(CarriedObject::Style::kWhole, Delivery::kMark, &word);
+      return true;
+    case Opens::kHead:
+      BeginCarried(CarriedObject::Style::kWhole, Delivery::kHead, &word);
+      return true;
+    case Opens::kHeadStory:
+      // Headers belong to the letter, not to its parts.
+      if (stories_.size() > 1) return OpenPart(Destination::kSkip);
+      BeginStory(Delivery::kHead, word);
+      return true;
+    case Opens::kObjectStory:
+      BeginStory(Delivery::kObject, word);
+      Top().open_ending = true;
+      return true;
+    case Opens::kMarkStory:
+      BeginStory(Delivery::kMark, word);
+      Top().open_ending = true;
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Groups in the tables of the head, in \field and in \pn.
+bool RtfReader::OpenInTable(const Token& word) {
+  Group& group = Top();
+  switch (group.destination) {
+    case Destination::kField:
+      return OpenInField(word);
+    case Destination::kClassicList:
+      if (word.text == "pntxtb") return OpenPart(Destination::kListBefore);
+      if (word.text == "pntxta") return OpenPart(Destination::kListAfter);
+      return false;
+    case Destination::kInfo:
+      return OpenInInfo(word);
+    case Destination::kLists:
+      return OpenInLists(word);
+    case Destination::kOverrides:
+      if (word.text == "lfolevel") return OpenPart(Destination::kSkip);
+      group.entry = word.text == "listoverride";
+      if (group.entry) lists_.BeginOverride();
+      return false;
+    case Destination::kStyles:
+      if (group.starred && word.text != "cs" && word.text != "s" && word.text != "ds" &&
+          word.text != "ts")
+        return OpenPart(Destination::kSkip);
+      return false;
+    default:
+      return group.starred ? OpenPart(Destination::kSkip) : false;
+  }
+}
+
+bool RtfReader::OpenInField(const Token& word) {
+  if (word.text == "fldinst") {
+    BeginCarried(CarriedObject::Style::kInstruction, Delivery::kInstruction, nullptr);
+    return true;
+  }
+  if (word.text != "fldrslt") return OpenPart(Destination::kSkip);
+  Group& group = Top();
+  group.field = std::exchange(group.making, nullptr);
+  group.field_serial = CurrentStory().paragraph_serial();
+  return OpenPart(Destination::kText);
+}
+
+bool RtfReader::OpenInInfo(const Token& word) {
+  static constexpr std::string_view kKept[] = {"author",   "subject",  "manager", "company",
+                                               "category", "keywords", "doccomm"};
+  if (word.text == "title") return OpenPart(Destination::kTitle);
+  if (word.text == "upr") {
+    Top().alternatives = true;
+    return OpenPart(Destination::kInfo);
+  }
+  if (std::ranges::find(kKept, word.text) == std::end(kKept)) return OpenPart(Destination::kSkip);
+  BeginCarried(CarriedObject::Style::kWhole, Delivery::kInfo, &word);
+  return true;
+}
+
+bool RtfReader::OpenInLists(const Token& word) {
+  if (word.text == "leveltext") return OpenPart(Destination::kLevelText);
+  if (word.text == "levelnumbers" || word.text == "listname" || Top().starred)
+    return OpenPart(Destination::kSkip);
+  if (word.text == "list") {
+    Top().entry = true;
+    lists_.BeginList();
+  } else if (word.text == "listlevel") {
+    lists_.BeginLevel();
+  }
+  return false;
+}
+
+// Groups in what is carried through: dropped, rewritten, or brace_written with their braces.
+bool RtfReader::OpenInCarried(Opens opens, const Token& word) {
+  const bool unknown = WhatOpens(word.text, false) == Opens::kNothing;
+  if (IsInvisibleWord(word.text)) {
+    if (Top().starred) return OpenPart(Destination::kSkip);
+    Top().fresh = false;
+    return true;
+  }
+  if (opens == Opens::kSkipped && !unknown) return OpenPart(Destination::kSkip);
+  if (opens == Opens::kCopiedStory && stories_.size() < kMostStories) {
+    BeginStory(Delivery::kCarried, word);
+    return true;
+  }
+  if (Carried().style() == CarriedObject::Style::kInstruction && !Top().starred && unknown)
+    return false;
+  const bool picture = word.text == "pict" && !in_picture_;
+  if (picture) Carried().BeginPicture();
+  Carried().Open(Top().starred);
+  Top().brace_written = true;
+  Top().fresh = false;
+  if (picture) {
+    BeginPicture();
+  } else if (Top().destination == Destination::kPicture) {
+    Top().destination = Destination::kCarried;
+  }
+  if (word.text == "result" || word.text == "shptxt") Top().shown = true;
+  Carried().Word(word, fonts_, colours_);
+  return true;
+}
+
+// Writes the brace of a group that began without a destination.
+void RtfReader::WriteBrace() {
+  Group& group = Top();
+  if (group.brace_written || group.owns_carried) return;
+  group.fresh = false;
+  if (Carried().style() == CarriedObject::Style::kInstruction) return;
+  group.brace_written = true;
+  Carried().Open(false);
+}
+
+void RtfReader::BeginCarried(CarriedObject::Style style, Delivery delivery, const Token* word) {
+  carried_.push_back(std::make_unique<CarriedObject>(style));
+  Group& group = Top();
+  group.owns_carried = true;
+  group.delivery = delivery;
+  group.shown = false;
+  group.destination = Destination::kCarried;
+  group.fresh = false;
+  if (word == nullptr) return;
+  group.own_word.assign(1, '\\').append(word->text);
+  if (word->text == "shp") Carried().BeginShape();
+  Carried().Open(group.starred);
+  Carried().Word(*word, fonts_, colours_);
+}
+
+void RtfReader::BeginPicture() {
+  picture_ = PictureReader();
+  in_picture_ = true;
+  Top().entry = true;
+  Top().destination = Destination::kPicture;
+}
+
+void RtfReader::BeginStory(Delivery delivery, const Token& word) {
+  if (stories_.size() >= kMostStories) {
+    OpenPart(Destination::kSkip);
+    return;
+  }
+  stories_.push_back(std::make_unique<Story>(Context()));
+  Group& group = Top();
+  group.owns_story = true;
+  group.delivery = delivery;
+  group.destination = Destination::kText;
+  group.format = PlainFormat();
+  group.page = nullptr;
+  group.field = nullptr;
+  group.making = nullptr;
+  group.nested_row = false;
+  group.fresh = false;
+  group.own_word = (group.starred ? "\\*\\" : "\\") + std::string(word.text);
+  if (word.has_param) group.own_word += std::to_string(word.param);
+}
+
+void RtfReader::BeginField() {
+  Group& group = Top();
+  group.fresh = false;
+  if (FieldDepth(group.field.get()) >= kDeepestField) return;
+  auto field = std::make_shared<Field>();
+  field->outer = CurrentField();
+  group.making = std::move(field);
+  group.destination = Destination::kField;
+}
+
+void RtfReader::EndStory(Group& group) {
+  const std::unique_ptr<Story> story = std::move(stories_.back());
+  stories_.pop_back();
+  CharFormat mark = group.format;
+  if (mark.font == kDefaultFont) mark.font = fonts_.DefaultPosition();
+  std::vector<Block> blocks = story->Finish(mark);
+  if (group.open_ending) DropEmptyEnd(&blocks);
+  SourceText source;
+  source.Raw("{");
+  source.Raw(group.own_word);
+  source.Word("plain");
+  BlockWriter(fonts_.fonts(), kDefaultFontToCome, fonts_.document_code_page(), &code_pages_,
+              &source)
+      .Write(blocks, group.open_ending ? BlockWriter::Ending::kOpen : BlockWriter::Ending::kMarked);
+  source.Raw("}");
+  if (group.delivery == Delivery::kHead) {
+    const std::size_t word = group.own_word.rfind('\\') + 1;
+    document_.head_groups.push_back(
+        {source.Take(), group.own_word.substr(word), std::move(blocks)});
+    return;
+  }
+  Verbatim object;
+  object.source = source.Take();
+  if (group.delivery == Delivery::kCarried) object.shown_text = PlainText(blocks);
+  Deliver(group, std::move(object));
+}
+
+void RtfReader::EndCarried(Group& group) {
+  const std::unique_ptr<CarriedObject> carried = std::move(carried_.back());
+  carried_.pop_back();
+  if (group.delivery != Delivery::kInstruction) carried->Close();
+  Deliver(group, carried->TakeObject());
+}
+
+void RtfReader::EndField(const Group& group) {
+  // A field without a result stands in the text as an object.
+  if (group.making == nullptr || group.making->instruction.empty()) return;
+  if (group.making.use_count() > 1) return;  // a run of the result holds it
+  Verbatim object;
+  object.source = "{\\field" + group.making->flags + "{\\*\\fldinst{" + group.making->instruction +
+                  "}}{\\fldrslt}}";
+  AddObject(std::move(object));
+}
+
+void RtfReader::EndClassicList() {
+  ChangeParagraph();
+  CurrentStory().state().format.bullet = bullet_.Take();
+}
+
+void RtfReader::Deliver(const Group& group, Verbatim object) {
+  std::string& source = object.source;
+  switch (group.delivery) {
+    case Delivery::kNone:
+      return;
+    case Delivery::kObject:
+      return AddObject(std::move(object));
+    case Delivery::kPicture: {
+      Picture picture = picture_.Take();
+      picture.source = std::move(source);
+      return CurrentStory().Object({ResolvedFormat(),
+                                    {},
+                                    std::make_shared<const Picture>(std::move(picture)),
+                                    CurrentField()});
+    }
+    case Delivery::kMark:
+      return CurrentStory().AddMark(std::move(source));
+    case Delivery::kHead:
+      if (source == "{\\*" + group.own_word + "}") return;  // holds nothing
+      document_.head_groups.push_back({std::move(source), {}, {}});
+      return;
+    case Delivery::kInfo:
+      document_.info.push_back(std::move(source));
+      return;
+    case Delivery::kInstruction:
+      while (source.ends_with(' ')) source.pop_back();
+      if (Top().making != nullptr) Top().making->instruction = std::move(source);
+      return;
+    case Delivery::kCarried:
+      return Carried().AddStory(source, object.shown_text);
+  }
+}
+
+void RtfReader::AddObject(Verbatim object) {
+  CurrentStory().Object(
+      {ResolvedFormat(), {}, std::make_shared<const Verbatim>(std::move(object)), CurrentField()});
+}
+
+void RtfReader::Word(const Token& word) {
+  if (word.text == "u") return Unicode(word.param);
+  if (word.text == "uc") {
+    Top().fallback = std::clamp(word.Or(1), 0, kLongestFallback);
+    return;
+  }
+  if (Top().fresh) {
+    if (OpenDestination(word)) return;
+    Top().fresh = false;
+  }
+  switch (Top().destination) {
+    case Destination::kText:
+      return TextWord(word);
+    case Destination::kCarried:
+      if (word.text == "f") Top().page = &fonts_.PageOf(word.param);
+      if (Carried().style() == CarriedObject::Style::kInstruction && CharacterWord(word)) return;
+      if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
+      WriteBrace();
+      Carried().ShapeWord(word);
+      return Carried().Word(word, fonts_, colours_);
+    case Destination::kPicture:
+      picture_.Word(word);
+      if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
+      WriteBrace();
+      return Carried().Word(word, fonts_, colours_);
+    case Destination::kFonts:
+      return fonts_.Word(word);
+    case Destination::kColours:
+      return colours_.Word(word);
+    case Destination::kStyles:
+      return styles_.Word(word);
+    case Destination::kLists:
+    case Destination::kOverrides:
+      return lists_.Word(word);
+    case Destination::kClassicList:
+      return bullet_.Word(word);
+    case Destination::kTitle:
+    case Destination::kListBefore:
+    case Destination::kListAfter:
+    case Destination::kLevelText:
+      if (const char32_t character = CharacterOfWord(word.text)) Character(character);
+      return;
+    case Destination::kField:
+      if (word.text == "fldlock" && Top().making != nullptr) Top().making->flags = "\\fldlock";
+      return;
+    case Destination::kSkip:
+    case Destination::kInfo:
+      return;
+  }
+}
+
+void RtfReader::TextWord(const Token& word) {
+  if (IsInvisibleWord(word.text)) return;
+  if (const char32_t character = CharacterOfWord(word.text)) return Character(character);
+  if (CharacterWord(word) || BreakWord(word) || StyleWord(word)) return;
+  if (CurrentStory().TakeRowWord(word, Top().nested_row)) return;
+  if (ParagraphWord(word) || CodePageWord(word)) return;
+  page_.Take(word);
+}
+
+bool RtfReader::BreakWord(const Token& word) {
+  Story& story = CurrentStory();
+  if (word.text == "par")
+    story.EndParagraph(ResolvedFormat());
+  else if (word.text == "cell")
+    story.EndCell(ResolvedFormat());
+  else if (word.text == "nestcell")
+    story.EndNestedCell(ResolvedFormat());
+  else if (word.text == "row")
+    story.EndRow(ResolvedFormat());
+  else if (word.text == "nestrow")
+    story.EndNestedRow();
+  else if (word.text == "sect") {
+    story.EndSection(ResolvedFormat(), !page_.continuous());
+    page_.EndFirstSection();
+  } else if (word.text == "chpgn" || word.text == "chftn" || word.text == "sectnum" ||
+             word.text == "chdate" || word.text == "chtime") {
+    Verbatim object;
+    object.source = "{\\" + std::string(word.text) + "}";
+    AddObject(std::move(object));
+  } else if (word.text == "chatn") {
+    story.AddMark("{\\chatn}");
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool RtfReader::StyleWord(const Token& word) {
+  if (word.text != "s" && word.text != "cs") return false;
+  const std::vector<Token>& styled =
+      word.text == "s" ? styles_.ParagraphStyle(word.param) : styles_.CharacterStyle(word.param);
+  for (const Token& style_word : styled) {
+    if (!CharacterWord(style_word)) ParagraphWord(style_word);
+  }
+  return true;
+}
+
+bool RtfReader::CharacterWord(const Token& word) {
+  Group& group = Top();
+  if (!ApplyCharacterWord(word, fonts_, colours_, &group.format)) return false;
+  if (word.text == "f") group.page = &fonts_.PageOf(word.param);
+  if (word.text == "plain") group.page = nullptr;
+  return true;
+}
+
+bool RtfReader::ParagraphWord(const Token& word) {
+  if (!IsParagraphWord(word.text)) return false;
+  ChangeParagraph();
+  ApplyParagraphWord(word, colours_, &CurrentStory().state());
+  return true;
+}
+
+void RtfReader::ChangeParagraph() {
+  if (groups_.size() < 2 || Top().saved_state || Top().owns_story) return;
+  Top().saved_state = true;
+  CurrentStory().SaveState();
+}
+
+bool RtfReader::CodePageWord(const Token& word) {
+  if (word.text == "ansi") return true;
+  if (word.text == "ansicpg") {
+    if (IsKnownCodePage(word.param)) fonts_.SetDocumentCodePage(word.param);
+  } else if (word.text == "mac") {
+    fonts_.SetDocumentCodePage(10000);
+  } else if (word.text == "pc") {
+    fonts_.SetDocumentCodePage(437);
+  } else if (word.text == "pca") {
+    fonts_.SetDocumentCodePage(850);
+  } else if (word.text == "deff") {
+    fonts_.SetDefaultNumber(word.param);
+  } else if (word.text == "deflang") {
+    document_.default_language = std::clamp(word.param, 0, 0xffff);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
 
 bool IsRtf(std::string_view source) {
   if (source.starts_with("\xef\xbb\xbf")) source.remove_prefix(3);
@@ -262,7 +934,7 @@ bool IsRtf(std::string_view source) {
 
 Document ReadRtf(std::string_view source) {
   if (IsRtf(source)) source.remove_prefix(source.find('{'));
-  return Reader(source).Read();
+  return RtfReader(source).Read();
 }
 
 }  // namespace tenora::richtext

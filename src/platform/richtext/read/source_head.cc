@@ -7,26 +7,11 @@
 #include "platform/richtext/rtf_tokenizer.h"
 
 namespace tenora::richtext {
-namespace {
-
-// End of the group that opens at `start`.
-std::size_t GroupEnd(std::string_view source, std::size_t start) {
-  Tokenizer tokens(source.substr(start));
-  for (int depth = 0;;) {
-    const Token token = tokens.Next();
-    if (token.kind == Token::Kind::kEnd) return source.size();
-    if (token.kind == Token::Kind::kOpen) ++depth;
-    if (token.kind == Token::Kind::kClose && --depth == 0) return start + tokens.position();
-  }
-}
-
-}  // namespace
-
 SourceHead ReadHead(std::string_view source) {
   SourceHead head;
   const std::size_t table = source.find("{\\fonttbl");
   if (table == std::string_view::npos) return head;
-  head.length = GroupEnd(source, table);
+  head.length = EndOfGroup(source, table + 1);
   CodePages code_pages;
   FontTable fonts(&code_pages);
   Tokenizer tokens(source.substr(0, head.length));

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/richtext/document_text.h"
+
 namespace tenora::richtext {
 namespace {
 
@@ -11,22 +13,6 @@ constexpr std::string_view kObjectCharacter = "\xef\xbf\xbc";  // U+FFFC
 Colour GreyOfShading(int hundredths_of_percent) {
   const auto level = static_cast<std::uint8_t>(255 - 255 * hundredths_of_percent / 10000);
   return {.automatic = false, .red = level, .green = level, .blue = level};
-}
-
-// A merge code is found in the source as one piece of text, so marks inside it stand before it.
-void MoveMarksOutOfCodes(Paragraph* paragraph) {
-  std::string text;
-  for (const Run& run : paragraph->runs) text += run.text;
-  std::size_t from = 0;
-  auto mark = paragraph->marks.begin();  // in the order of their offsets
-  while ((from = text.find("<<", from)) != std::string::npos) {
-    const std::size_t end = text.find(">>", from + 2);
-    if (end == std::string::npos) break;
-    const std::size_t start = text.rfind("<<", end);
-    while (mark != paragraph->marks.end() && mark->offset <= start) ++mark;
-    for (; mark != paragraph->marks.end() && mark->offset < end + 2; ++mark) mark->offset = start;
-    from = end + 2;
-  }
 }
 
 std::size_t ParagraphCost(const ParagraphFormat& format) {
@@ -86,7 +72,7 @@ Paragraph Story::TakeParagraph(const CharFormat& mark) {
     format.shading = context_.colours.Add(GreyOfShading(state_.shading));
   NumberParagraph(&format);
   if (format.bullet.kind == Bullet::Kind::kBullet) context_.fonts.SymbolPosition();
-  if (!paragraph.marks.empty()) MoveMarksOutOfCodes(&paragraph);
+  MoveMarksOutOfCodes(&paragraph);
   return paragraph;
 }
 

@@ -1,11 +1,13 @@
 #include "platform/richtext/write/format_writer.h"
 
+#include "platform/richtext/characters/code_page.h"
 #include "platform/richtext/write/list_number.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
 namespace {
 
+constexpr std::string_view kBulletFontName = "Symbol";
 constexpr std::string_view kSymbolBullet = "•";
 
 // Upper-case digits, as the classic control writes its bullet.
@@ -14,7 +16,14 @@ constexpr std::string_view kBulletByte = "\\'B7";
 }  // namespace
 
 bool IsBulletFont(const Font& font) {
-  return font.charset == kSymbolCharset && EqualsNoCase(font.name, "Symbol");
+  return font.charset == kSymbolCharset && EqualsNoCase(font.name, kBulletFontName);
+}
+
+Font BulletFont() {
+  Font font;
+  font.name = kBulletFontName;
+  font.charset = kSymbolCharset;
+  return font;
 }
 
 bool IsSymbolBullet(const Bullet& bullet) {

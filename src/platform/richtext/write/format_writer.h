@@ -13,6 +13,7 @@ inline constexpr int kDefaultFontToCome = 999'999'999;
 
 // The font that bullets are written in; its name may come in any letter case.
 bool IsBulletFont(const Font& font);
+Font BulletFont();
 // True for the bullet that the classic control writes as a character of that font.
 bool IsSymbolBullet(const Bullet& bullet);
 

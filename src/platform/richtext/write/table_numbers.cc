@@ -5,13 +5,13 @@
 #include <map>
 #include <unordered_map>
 
+#include "platform/richtext/characters/code_page.h"
+#include "platform/richtext/rtf_tokenizer.h"
 #include "platform/richtext/write/format_writer.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
 namespace {
-
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 // Which positions are used, then where each goes.
 class Numbers {
@@ -65,7 +65,7 @@ bool ForEachNumber(std::string* source, const Change& change) {
   std::size_t copied = 0, at = 0;
   while ((at = source->find('\\', at)) != std::string::npos) {
     const std::size_t word = ++at;
-    while (at < source->size() && IsLetter((*source)[at])) ++at;
+    while (at < source->size() && IsWordLetter((*source)[at])) ++at;
     if (at == word) {
       ++at;
       continue;
@@ -242,7 +242,8 @@ void MoveToTables(Document* document, std::vector<Font>* fonts, std::vector<Colo
     return index;
   };
   const auto same_font = [](const Font& a, const Font& b) {
-    return a.name == b.name && a.family == b.family && a.charset == b.charset && a.pitch == b.pitch;
+    return ToLower(a.name) == ToLower(b.name) &&
+           (a.charset == kSymbolCharset) == (b.charset == kSymbolCharset);
   };
   std::vector<int> font_at, colour_at;
   for (const Font& font : document->fonts) font_at.push_back(position(fonts, font, same_font));

@@ -1,0 +1,67 @@
+// Something the editor cannot edit, while it is read: its source rebuilt token by token, and what a
+// reader of the letter sees in its place. The rebuilt source has the same words in the same order,
+// but the font and colour numbers of the document being read, every character beyond ASCII as a
+// Unicode escape, and none of the revision noise of word processors.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/richtext/document.h"
+#include "platform/richtext/read/colour_table.h"
+#include "platform/richtext/read/font_table.h"
+#include "platform/richtext/rtf_tokenizer.h"
+#include "platform/richtext/write/source_text.h"
+
+namespace tenora::richtext {
+
+class CarriedObject {
+ public:
+  enum class Style {
+    kWhole,        // groups and formatting as they came
+    kInstruction,  // a field's instruction: text, and only those groups that hold something else
+  };
+
+  explicit CarriedObject(Style style) : style_(style) {}
+
+  Style style() const { return style_; }
+  // The destination word of the group comes next, as a Word.
+  void Open(bool starred) { out_.Raw(starred ? "{\\*" : "{"); }
+  void Close() { out_.Raw("}"); }
+  void Word(const Token& word, FontTable& fonts, const ColourTable& colours);
+  void Symbol(char symbol);
+  // `shown`: a reader of the letter sees it.
+  void Character(char32_t character, bool shown);
+  void Text(std::string_view ascii, bool shown);
+  // Hexadecimal digits, as pictures and objects hold them.
+  void Data(std::string_view digits) { out_.Text(digits, nullptr); }
+  // The bytes of a \bin, as hexadecimal digits: source is ASCII.
+  void Binary(std::string_view bytes);
+  // A text that is part of the object, in canonical form.
+  void AddStory(std::string_view source, std::string_view shown_text);
+
+  // The object is one shape.
+  void BeginShape() { shape_.emplace(); }
+  // A word of the shape's box; other words change nothing.
+  void ShapeWord(const Token& word);
+  // A picture in the object. Its source begins where the object's ends now; shown with it is what
+  // the end hands over, in the size of the shape where that has one.
+  void BeginPicture() { picture_start_ = out_.text().size(); }
+  void EndPicture(Picture picture);
+
+  std::string TakeSource() { return out_.Take(); }
+  Verbatim TakeObject();
+
+ private:
+  Style style_;
+  SourceText out_;
+  std::string shown_text_;
+  std::shared_ptr<const Picture> shown_picture_;
+  std::size_t picture_start_ = 0;
+  std::optional<ShapeBox> shape_;
+};
+
+}  // namespace tenora::richtext
