@@ -1,5 +1,5 @@
-// How fast the database engine is over a large database, named by TENORA_BENCH_DB. Reading every
-// row is put in relation to mdb-export writing the same rows to nowhere.
+// The speed of the database engine on a large database, named by TENORA_BENCH_DB. Reading every row
+// is compared with mdb-export writing the same rows to /dev/null.
 
 #include <benchmark/benchmark.h>
 #include <unistd.h>
@@ -68,7 +68,7 @@ std::string Payments(const std::string& tenant) {
          tenant + "'";
 }
 
-// Opening the file, bringing the table in, indexing it and adding up one tenant's payments.
+// Opens the file, reads and indexes the table and adds up one tenant's payments.
 void FirstLookUp(benchmark::State& state) {
   for (auto _ : state) {
     const auto workspace = Workspace::Create();
@@ -109,7 +109,7 @@ void ReopenUnchanged(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(workspace->OpenDatabase(DatabasePath()));
 }
 
-// A change made and taken back, so that the file stays as it is and no sync is measured.
+// Makes a change and rolls it back, so that the file stays the same and no sync is measured.
 void ChangeAndRollBack(benchmark::State& state, const char* statement) {
   const std::filesystem::path copy =
       std::filesystem::temp_directory_path() / ("query_benchmark-" + std::to_string(getpid()));

@@ -81,7 +81,7 @@ class FileDatabase : public EngineDatabase {
     return RuntimeError(engine_error::kTransactionOrder, description, "DAO.Workspace");
   }
 
-  // The connection follows only after the file: the next statement asks for it anew.
+  // After a change the connection is out of date: the next statement gets a new one.
   std::unique_ptr<Transaction> EndTransaction() {
     if (transaction_->changed()) connection_.reset();
     transaction_connection_.reset();

@@ -1,5 +1,5 @@
 // The database engine: opens Access-format files, runs statements of the engine's SQL dialect over
-// them and hands out record sets. Queries run over a table cache that is kept while the file on
+// them and returns record sets. Queries run over a table cache that is kept while the file on
 // disk is unchanged; a table is read into it when a statement first names it.
 #pragma once
 
@@ -17,20 +17,20 @@
 
 namespace tenora::query {
 
-// Record-set types and options, numbered as the engine does.
+// Record-set types and options, with the engine's numbers.
 inline constexpr int kForwardOnly = 8;
 inline constexpr int kReadOnly = 4;
 
 // Errors carry the engine's numbers, a source of "DAO.Database", "DAO.Workspace" or
-// "DAO.Recordset", and a description with the statement or name concerned.
+// "DAO.Recordset", and a description that contains the statement or name concerned.
 class Recordset {
  public:
   virtual ~Recordset() = default;
   virtual bool EndOfFile() const = 0;
-  virtual bool BeginningOfFile() const = 0;  // with EndOfFile: the set holds no row
-  // Raises 3021 (No current record) behind the end.
+  virtual bool BeginningOfFile() const = 0;  // together with EndOfFile: the set is empty
+  // Raises 3021 (No current record) past the end.
   virtual void MoveNext() = 0;
-  // A field of the current row by name, letter case ignored, the first of that name; raises 3265
+  // A field of the current row by name, case-insensitive, the first match; raises 3265
   // (Item not found in this collection) and 3021.
   virtual Value Field(std::string_view name) const = 0;
   virtual Value Field(std::size_t position) const = 0;
@@ -48,20 +48,21 @@ class EngineDatabase {
   virtual ~EngineDatabase() = default;
   // The file's full path.
   virtual const std::string& Name() const = 0;
-  // Raises 3061 (a name that is no column), 3078 (no such table), 3075 (syntax) or what reading the
-  // file raises. Only forward-only read-only sets exist; other types are read the same way.
+  // Raises 3061 (an unknown column name), 3078 (no such table), 3075 (syntax) or what reading the
+  // file raises. All sets are forward-only and read-only, whatever type is asked for.
   virtual std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) = 0;
   virtual std::vector<TableSummary> Tables() const = 0;
 
-  // Runs an insert, update or delete statement and gives the number of rows changed. Outside a
-  // transaction it is one of its own, and would survive a power cut when it returns. Raises 3075,
-  // 3219 and what access::WritableTable and WriteTransaction raise; nothing is changed then.
+  // Runs an insert, update or delete statement and returns the number of rows changed. Outside a
+  // transaction it runs in its own, and its change survives a power cut once it returns. Raises
+  // 3075, 3219 and what access::WritableTable and WriteTransaction raise; in that case nothing has
+  // changed.
   virtual std::int64_t Execute(std::string_view sql) = 0;
 
-  // From BeginTrans to CommitTrans or Rollback no other program's transaction has the file: what is
-  // read by equal values is still true when it is written. Selects of other forms read the file as
-  // it was at BeginTrans. Raise 3034 (no transaction is open, or one is already) and what
-  // WriteTransaction raises.
+  // From BeginTrans to CommitTrans or Rollback the file is locked against other programs'
+  // transactions, so rows read by equality are still current when they are written. All other
+  // selects see the file as it was at BeginTrans. Raise 3034 (no transaction is open, or one is
+  // already) and what WriteTransaction raises.
   virtual void BeginTrans() = 0;
   virtual void CommitTrans() = 0;
   virtual void Rollback() = 0;
@@ -72,8 +73,8 @@ class EngineDatabase {
 class Workspace {
  public:
   virtual ~Workspace() = default;
-  // `now` answers the functions now(), date() and time(); without it the machine's clock does. A
-  // statement that works longer than `time_limit` for one row is given up with 3059.
+  // `now` supplies the functions now(), date() and time(); the default is the system clock. A
+  // statement that takes longer than `time_limit` for one row is cancelled with 3059.
   static std::unique_ptr<Workspace> Create(
       std::function<Date()> now = {},
       std::chrono::milliseconds time_limit = std::chrono::seconds(60));
@@ -81,10 +82,10 @@ class Workspace {
   virtual std::unique_ptr<EngineDatabase> OpenDatabase(const std::filesystem::path& path) = 0;
 };
 
-// Writes the record set from its current row to its end, one row a line behind a line of names,
-// fields apart by tabs: booleans as -1 and 0, null as nothing, dates as "2026-11-21 14:30:00" (the
-// time left out at midnight), bytes in hexadecimal. A tab, line end or backslash inside a field is
-// written \t, \n, \r or \\.
+// Writes the record set from its current row to its end, one row a line after a header line,
+// fields separated by tabs: booleans as -1 and 0, null as nothing, dates as "2026-11-21 14:30:00"
+// (without the time at midnight), bytes in hexadecimal. A tab, line end or backslash inside a field
+// is written \t, \n, \r or \\.
 void PrintTabSeparated(Recordset& rows, std::ostream& out);
 
 }  // namespace tenora::query

@@ -93,7 +93,7 @@ TEST_F(Actions, ConditionsAndValuesOfEveryKindFindTheirRows) {
       {"update tenancy set comments = 'Ngā mihi, O''Brien' where name like 'tama o*'", 2,
        "select distinct comments from tenancy where comments is not null and name like 'tama o*'",
        "Ngā mihi, O'Brien"},
-      // What a column cannot hold equals none of its values.
+      // A value that a column cannot store equals none of its values.
       {"update tenancy set comments = 'half' where monthly_day = 2.5", 0,
        "select count(*) from tenancy where comments = 'half'", "0"},
       {"delete from tenancy where monthly_day = 99999999999", 0,
@@ -102,7 +102,7 @@ TEST_F(Actions, ConditionsAndValuesOfEveryKindFindTheirRows) {
        "select count(*) from owner", "12"},
       {"update owner set notes = 'found' where notes = ''", 0,
        "select count(*) from owner where notes = 'found'", "0"},
-      // Each row once, though its new key puts it behind those still to come.
+      // Each row once, although its new key sorts it after those still to come.
       {"update owner set code = 'z' & code", 12, "select count(*) from owner where code like 'zo*'",
        "12"},
       {"delete insp_schedule.* from insp_schedule where 1 = 0", 0,
@@ -166,7 +166,7 @@ TEST_F(Actions, ATransactionIsKeptWholeOrNotAtAll) {
   EXPECT_THROW(database_->CommitTrans(), RuntimeError);
   EXPECT_THROW(database_->Rollback(), RuntimeError);
 
-  // A statement that failed behind its first row cannot be committed with what went before.
+  // After a statement that failed past its first row, the transaction cannot be committed.
   const std::vector<std::string> before = Rows("select * from owner");
   database_->BeginTrans();
   EXPECT_EQ(ErrorOf("update owner set code = 'same'"), 3022);
@@ -175,7 +175,7 @@ TEST_F(Actions, ATransactionIsKeptWholeOrNotAtAll) {
   EXPECT_EQ(Rows("select * from owner"), before);
 }
 
-// Tells of a file whether it has been opened since the last question.
+// Tells whether a file has been opened since the last call.
 class OpenWatch {
  public:
   explicit OpenWatch(const std::filesystem::path& path) {
@@ -191,7 +191,7 @@ class OpenWatch {
   int queue_ = inotify_init1(IN_NONBLOCK);
 };
 
-// The transaction has the file open and the table's definition read.
+// The transaction has already opened the file and read the table's definition.
 TEST_F(Actions, OpenTheFileOnceForAnyChange) {
   database_->BeginTrans();
   OpenWatch watch(path_);

@@ -164,7 +164,7 @@ TEST(Dialect, OrdersAsTheEngineDoes) {
               ElementsAre("4", "3", "2", "1"));
 }
 
-TEST(Dialect, HandsOutTiesBehindTop) {
+TEST(Dialect, ReturnsTiesAfterTop) {
   SampleAgency agency;
   EXPECT_THAT(agency.Rows(Small("top 2 n", "where word is not null order by word")),
               ElementsAre("2", "3"));

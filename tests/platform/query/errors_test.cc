@@ -66,7 +66,7 @@ TEST(Statements, RaiseTheEnginesErrors) {
     const RuntimeError error = agency.Error(c.sql);
     EXPECT_EQ(error.number(), c.number) << c.sql << ": " << error.what();
     EXPECT_THAT(error.what(), HasSubstr(c.named)) << c.sql;
-    EXPECT_THAT(error.what(), HasSubstr(c.sql)) << "the statement stands in the description";
+    EXPECT_THAT(error.what(), HasSubstr(c.sql)) << "the statement is in the description";
     EXPECT_EQ(error.source(), "DAO.Database");
   }
 }
@@ -99,7 +99,7 @@ TEST(Statements, EndWhenTheirTimeIsUp) {
       "select count(*) from revenues a, revenues b, revenues c where a.amount + b.amount + "
       "c.amount = 1";
   EXPECT_EQ(test::NumberOf([&] { RowsOf(*database, endless); }), 3059);
-  // The connection goes on working.
+  // The connection remains usable.
   EXPECT_EQ(RowsOf(*database, "select count(*) from glcodes"), std::vector<std::string>{"8"});
 }
 

@@ -11,7 +11,7 @@
 
 namespace tenora::query {
 
-// A row a text, fields apart by "|": null as "null", booleans as "True" and "False".
+// Each row as one text, fields separated by "|": null as "null", booleans as "True" and "False".
 std::vector<std::string> RowsOf(EngineDatabase& database, std::string_view sql);
 
 // A workspace whose clock stands at 2026-11-21 09:30:00, and the sample agency opened in it.

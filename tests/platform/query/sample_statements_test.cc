@@ -1,5 +1,5 @@
-// The statements that the system itself sends, as they stand, over the sample agency. What they
-// must give was read from the file by other means.
+// The statements that the system itself sends, verbatim, over the sample agency. The expected rows
+// were read from the file by other means.
 
 #include <gtest/gtest.h>
 

@@ -32,7 +32,7 @@ class ChangedFile : public ::testing::Test {
     std::FILE* const file = std::fopen(path_.c_str(), "r+b");
     ASSERT_EQ(std::fwrite(content.data(), 1, content.size(), file), content.size());
     std::fclose(file);
-    // Also where the file system's clock has not moved on since.
+    // Even if the file system's clock has not advanced since.
     std::filesystem::last_write_time(path_, before + std::chrono::nanoseconds(1000000));
   }
 
@@ -51,7 +51,7 @@ TEST_F(ChangedFile, IsSeenAtTheNextOpen) {
       << "an open database keeps its own state";
 }
 
-// A program of others, which knows nothing of our locks, writes at one of these moments.
+// Another program, which ignores our locks, writes at one of these moments.
 TEST_F(ChangedFile, IsFollowedThroughOurOwnCommits) {
   enum Moment { kNever, kBeforeTheTransaction, kWithinTheTransaction, kRightAfterTheCommit };
   constexpr std::string_view kNames[] = {"Noor Whaanga", "Nora Whaanga"};
@@ -62,7 +62,7 @@ TEST_F(ChangedFile, IsFollowedThroughOurOwnCommits) {
          "sh", std::string(kNames[name]), path_.string(), place});
     ASSERT_EQ(result.status, 0) << result.errors;
   };
-  // So long ago that a further write shows another time.
+  // Long enough ago that a further write shows another time.
   std::filesystem::last_write_time(path_,
                                    std::filesystem::last_write_time(path_) - std::chrono::hours(1));
   int name = 0, value = 0;
@@ -85,7 +85,7 @@ TEST_F(ChangedFile, IsFollowedThroughOurOwnCommits) {
   }
 }
 
-// What a write leaves that hides its time shows which tables are read again.
+// A write that hides its time shows which tables are read again.
 TEST_F(ChangedFile, IsReadAgainOnlyWhereOurOwnCommitChangedIt) {
   std::filesystem::last_write_time(path_,
                                    std::filesystem::last_write_time(path_) - std::chrono::hours(1));
@@ -139,7 +139,7 @@ TEST(TableCache, BindsEachStatementsOwnLiterals) {
                 ElementsAre("PR00001", "PR00002"));
     EXPECT_EQ(agency.ErrorNumber("select code from property where code = 5"), 3464);
   }
-  // Two sets of one fingerprint run side by side.
+  // Two record sets of one plan run side by side.
   const auto open = [&](const char* type) {
     return agency.database().OpenRecordset(
         std::string("select gl_code from glcodes where type = ") + type, kForwardOnly, kReadOnly);

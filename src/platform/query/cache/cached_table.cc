@@ -10,7 +10,7 @@
 namespace tenora::query {
 namespace {
 
-// A page of a file that lies about its row count must not make us reserve memory without end.
+// A wrong row count in the file must not make us reserve unlimited memory.
 constexpr std::int64_t kMostReservedRows = 1 << 20;
 
 std::uint64_t HashInteger(std::int64_t number) {
@@ -179,7 +179,7 @@ bool CachedTable::CanLookUp(std::size_t column) const {
 double CachedTable::RowsPerValue(std::size_t column) {
   double& result = rows_per_value_[column];
   if (result > 0) return result;
-  // Even samples over the table tell columns of few values from those of many.
+  // Evenly spaced samples distinguish columns of few values from those of many.
   constexpr RowNumber kSamples = 2048;
   const RowNumber step = std::max<RowNumber>(rows_ / kSamples, 1);
   std::unordered_set<std::uint64_t> values;
@@ -187,7 +187,7 @@ double CachedTable::RowsPerValue(std::size_t column) {
   for (RowNumber row = 0; row < rows_ && rows_ - row >= step; row += step, ++samples)
     if (!columns_[column].IsNull(row)) values.insert(columns_[column].Hash(row));
   const double distinct = std::max<double>(static_cast<double>(values.size()), 1);
-  // Where half the samples or more differ, the values are taken to grow with the table.
+  // If half the samples or more differ, the number of values is assumed to grow with the table.
   const bool grows = distinct * 2 >= static_cast<double>(samples);
   result = grows ? std::max(static_cast<double>(samples) / distinct, 1.0)
                  : std::max(static_cast<double>(rows_) / distinct, 1.0);

@@ -1,5 +1,5 @@
-// A table's rows in memory, column by column, with indexes over the columns that statements look
-// up.
+// A table's rows in memory, column by column, with hash indexes on the columns that statements
+// look up.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@ class CachedColumn {
   const std::string& name() const { return name_; }
   Type type() const { return type_; }
   bool IsNull(RowNumber row) const { return row < nulls_.size() && nulls_[row]; }
-  // Booleans, whole numbers, money and dates, in the form SQLite holds them.
+  // Booleans, integers, currency and dates, as SQLite stores them.
   std::int64_t Integer(RowNumber row) const { return integers_[row]; }
   double Double(RowNumber row) const { return doubles_[row]; }
   // Text as UTF-8, or bytes.
@@ -33,17 +33,17 @@ class CachedColumn {
     const std::uint64_t start = row == 0 ? 0 : ends_[row - 1];
     return std::string_view(bytes_).substr(start, ends_[row] - start);
   }
-  // Ask the processor for what Integer, Double and Bytes of this row read. Rows of one value lie
-  // far apart, and waiting for them one after the other is most of a look-up's time. A text's place
-  // must have arrived before its bytes can be asked for.
+  // Prefetch what Integer, Double and Bytes of this row read. Rows of equal value are far apart,
+  // and cache misses on them are most of a look-up's time. A text's place must be in the cache
+  // before its bytes can be prefetched.
   void PrefetchPlace(RowNumber row) const;
   void PrefetchBytes(RowNumber row) const;
   void Append(access::RowCursor& cursor, std::size_t column);
-  // Gives back what growing has reserved too much.
+  // Releases the capacity that growing left unused.
   void ShrinkToFit();
 
   std::uint64_t Hash(RowNumber row) const;
-  // Whether two rows, neither of them null, have one value as lookups compare.
+  // Whether two rows, neither of them null, have equal values as look-ups compare them.
   bool Equal(RowNumber left, RowNumber right) const;
 
  private:
@@ -59,17 +59,16 @@ class CachedColumn {
   std::vector<std::int64_t> integers_;
   std::vector<double> doubles_;
   std::string bytes_;
-  std::vector<std::uint64_t> ends_;  // in bytes_, one a row
+  std::vector<std::uint64_t> ends_;  // in bytes_, one per row
 };
 
-// The rows of one column by value. Rows of equal value stand together, so that walking them touches
-// neither the column nor the rows between.
+// A hash index on one column. The numbers of rows with equal values are adjacent, so that walking
+// them touches neither the column nor other rows.
 class LookupIndex {
  public:
   LookupIndex(const CachedColumn& column, RowNumber rows);
 
-  // The rows of the value that has this hash and for one of whose rows `equal` holds, in the
-  // table's order.
+  // The rows of the group with this hash whose first row satisfies `equal`, in table order.
   template <typename Equal>
   std::span<const RowNumber> Find(std::uint64_t hash, const Equal& equal) const {
     const std::uint32_t number = FindGroup(hash, equal);
@@ -84,7 +83,7 @@ class LookupIndex {
   struct Group {
     RowNumber first = 0;  // row
     RowNumber count = 0;
-    std::uint32_t end = 0;          // in rows_, one behind the last
+    std::uint32_t end = 0;          // in rows_, one past the last
     std::uint32_t next = kNoGroup;  // of the groups in the same chain
   };
 
@@ -102,8 +101,8 @@ class LookupIndex {
 
 class CachedTable {
  public:
-  // Reads all rows that the cursor walks, about `expected_rows` of them. Raises what reading the
-  // file raises.
+  // Reads all rows of the cursor; `expected_rows` is a hint for reserving memory. Raises what
+  // reading the file raises.
   CachedTable(std::string name, const std::vector<access::Column>& columns,
               std::int64_t expected_rows, access::RowCursor& rows);
 
@@ -113,9 +112,9 @@ class CachedTable {
 
   // Whether rows can be looked up by this column's value.
   bool CanLookUp(std::size_t column) const;
-  // About how many rows share one value of the column.
+  // The estimated number of rows per distinct value of the column.
   double RowsPerValue(std::size_t column);
-  // The rows with this value; they stay where they are. The index is made on first use.
+  // The rows with this value; the span stays valid. The index is built on first use.
   std::span<const RowNumber> Matches(std::size_t column, std::int64_t value);
   std::span<const RowNumber> Matches(std::size_t column, std::string_view value);
 
@@ -126,7 +125,7 @@ class CachedTable {
   std::vector<CachedColumn> columns_;
   RowNumber rows_ = 0;
   std::vector<std::optional<LookupIndex>> indexes_;
-  std::vector<double> rows_per_value_;  // 0 while not known
+  std::vector<double> rows_per_value_;  // 0 until estimated
 };
 
 }  // namespace tenora::query

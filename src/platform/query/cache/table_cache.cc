@@ -9,10 +9,10 @@
 namespace tenora::query {
 namespace {
 
-// Another program's change of one receipt number takes milliseconds.
+// Far more than another program's transaction takes.
 constexpr std::chrono::milliseconds kWaitForWriters{10000};
 
-// Null where the file system has no locks: reading goes on without.
+// Null if the file system does not support locks: the file is then read without one.
 std::unique_ptr<access::ReadLock> LockForReading(const std::filesystem::path& path) {
   try {
     return access::ReadLock::Take(path, kWaitForWriters);
@@ -42,8 +42,8 @@ std::shared_ptr<CachedTable> TableCache::Find(std::string_view name) {
   if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
   const std::unique_ptr<access::ReadLock> lock =
       locking_ == ReadLocking::kLock ? LockForReading(path_) : nullptr;
-  // Another program may have written since the file was opened: then this table is read as it is
-  // now, and not with a map of the file as it was.
+  // If another program has written since the file was opened, the table is read from the file as
+  // it is now: the catalogue and usage maps of the open one are out of date.
   const std::shared_ptr<access::DatabaseFile> file =
       access::ReadFileState(path_) == state_ ? OpenFile() : access::DatabaseFile::Open(path_);
   const access::Table* const table = file->FindTable(name);

@@ -20,7 +20,7 @@ struct VirtualTable : sqlite3_vtab {
   CachedTable* table = nullptr;
 };
 
-// Walks all rows, or those whose lookup column has a value.
+// Scans all rows, or those where the lookup column has a given value.
 struct Cursor : sqlite3_vtab_cursor {
   CachedTable* table = nullptr;
   RowNumber row = 0;
@@ -28,8 +28,8 @@ struct Cursor : sqlite3_vtab_cursor {
   std::span<const RowNumber> matches;  // of a lookup, from the current row on
 };
 
-// SQLite's code cannot be left by an exception. The tables are whole in memory and read without
-// errors; what is raised all the same is a fault of ours, and fails the statement without a text.
+// No exception may pass through SQLite's code. Reading a table in memory raises none; should one be
+// raised all the same, the statement fails without a message.
 template <typename Work>
 int Guarded(const Work& work) {
   try {
@@ -43,7 +43,7 @@ int Guarded(const Work& work) {
 
 int Connect(sqlite3* connection, void* tables, int count, const char* const* arguments,
             sqlite3_vtab** result, char** error) {
-  // Module, database and table name stand before the module's own argument.
+  // Module, database and table name come before the module's own argument.
   constexpr int kNumberArgument = 3;
   std::size_t number = 0;
   const std::string_view digits = count > kNumberArgument ? arguments[kNumberArgument] : "";
@@ -76,7 +76,7 @@ int Disconnect(sqlite3_vtab* table) {
   return SQLITE_OK;
 }
 
-// Chooses the equality whose column tells rows apart best.
+// Chooses the equality on the most selective column.
 int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
   CachedTable& table = *static_cast<VirtualTable*>(base)->table;
   const double rows = table.rows();
@@ -123,7 +123,7 @@ int CloseCursor(sqlite3_vtab_cursor* cursor) {
   return SQLITE_OK;
 }
 
-// The whole number to look for; none where no whole number equals the value.
+// The integer to look for; none if no integer equals the value.
 std::optional<std::int64_t> IntegerOf(sqlite3_value* value) {
   const int type = sqlite3_value_type(value);
   if (type == SQLITE_INTEGER) return sqlite3_value_int64(value);
@@ -144,10 +144,10 @@ std::span<const RowNumber> Matches(CachedTable& table, std::size_t column, sqlit
       column, std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value))));
 }
 
-// Fetches the cells that a statement will read of the rows found, all at once. `used` has a bit for
-// each column, the last one standing for all behind it.
+// Prefetches the cells that a statement will read from the rows found. `used` has a bit for each
+// column, the last bit standing for all further columns.
 void Prefetch(const CachedTable& table, std::span<const RowNumber> rows, std::uint64_t used) {
-  constexpr std::size_t kMostRows = 512;  // no more cells than the processor's caches hold
+  constexpr std::size_t kMostRows = 512;  // no more than the processor's caches hold
   constexpr std::size_t kLastBit = 63;
   rows = rows.first(std::min(rows.size(), kMostRows));
   const auto each_used = [&](auto&& fetch) {
@@ -198,7 +198,7 @@ int ReadColumn(sqlite3_vtab_cursor* base, sqlite3_context* context, int index) {
   if (column.IsNull(cursor.row)) {
     sqlite3_result_null(context);
   } else if (column.type() == Type::kText) {
-    // The rows never change and outlive every statement: no copy.
+    // The rows never change and outlive every statement, so nothing is copied.
     const std::string_view text = column.Bytes(cursor.row);
     sqlite3_result_text64(context, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
   } else if (column.type() == Type::kBinary) {

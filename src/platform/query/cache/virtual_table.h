@@ -1,5 +1,5 @@
-// Shows the cached tables to SQLite as virtual tables: SQLite walks or looks up their rows where
-// they lie, nothing is copied into it.
+// Exposes cached tables to SQLite as virtual tables: SQLite scans or looks up their rows in place,
+// nothing is copied.
 #pragma once
 
 #include <sqlite3.h>
@@ -11,11 +11,11 @@
 
 namespace tenora::query {
 
-// The place of a table here is the number in its virtual table's name.
+// A table's index here is the number in its virtual table's name.
 using VirtualTables = std::vector<std::shared_ptr<CachedTable>>;
 
-// Registers the module "cached". "create virtual table t3 using cached(3)" then makes table number
-// 3 known, with columns c0, c1, … `tables` outlives the connection.
+// Registers the module "cached". "create virtual table t3 using cached(3)" then makes table
+// number 3 available, with columns c0, c1, … `tables` outlives the connection.
 void RegisterVirtualTables(sqlite3* connection, const VirtualTables& tables);
 
 }  // namespace tenora::query

@@ -4,7 +4,7 @@ namespace tenora::query {
 
 std::shared_ptr<SqliteConnection> ConnectionCache::Get(const std::filesystem::path& path) {
   const access::FileState state = access::ReadFileState(path);
-  // Few programs open more than one database; a connection too many only costs reading it again.
+  // Programs rarely open more than one database; an evicted one is only read again.
   constexpr std::size_t kMostConnections = 4;
   const std::string key = path.string();
   if (entries_.size() >= kMostConnections && !entries_.contains(key)) entries_.clear();

@@ -1,6 +1,6 @@
-// The connections to the files opened so far, each as long as its file is unchanged, and its tables
-// beyond that where we know what has changed: a commit of our own that found the file in the state
-// they were read from leaves those it did not touch as they are.
+// The connections to the files opened so far, each kept while its file is unchanged. After a commit
+// of our own, the tables that it did not change are kept too, provided that the commit found the
+// file in the state they were read from.
 #pragma once
 
 #include <filesystem>
@@ -21,19 +21,19 @@ class ConnectionCache {
   // A connection to the file as it is now. Raises the errors of access::DatabaseFile::Open.
   std::shared_ptr<SqliteConnection> Get(const std::filesystem::path& path);
 
-  // Takes note of a commit of our own, which changed these tables (named as the file spells them).
+  // Records a commit of our own that changed these tables (named as the file spells them).
   void Follow(const std::filesystem::path& path, const access::CommitStates& states,
               const std::set<std::string>& changed);
 
-  // A connection for use while this process itself keeps other writers out. It opens the file when
-  // a statement names a table that it was not given.
+  // A connection for use while this process itself locks out other writers. It opens the file only
+  // if a statement names a table that it was not given.
   std::shared_ptr<SqliteConnection> ForTransaction(const std::filesystem::path& path) const;
 
   void Forget(const std::filesystem::path& path) { entries_.erase(path.string()); }
 
  private:
   struct Entry {
-    std::shared_ptr<SqliteConnection> connection;  // null for none of use
+    std::shared_ptr<SqliteConnection> connection;  // null if there is none that is valid
     access::FileState state;  // in which the file holds what the tables do, but for `changed`
     bool settled = false;     // no other change of the file can show the same state
     std::set<std::string> changed;

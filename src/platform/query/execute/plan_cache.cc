@@ -20,16 +20,15 @@ bool IsComparison(const Token& token) {
   return token.kind == TokenKind::kSymbol && token.source.find_first_of("=<>") == 0;
 }
 
-// Whether an expression may have to equal one of a group by clause, literals and all.
+// With a group by clause, expressions are compared with its keys including their literals.
 bool ComparesExpressions(const std::vector<Token>& tokens) {
   return std::any_of(tokens.begin(), tokens.end(), [](const Token& token) {
     return token.kind == TokenKind::kName && EqualsNoCase(token.source, "group");
   });
 }
 
-// Statements of equal fingerprint have the same plan, each with its own literals bound. Only
-// literals that are compared with something are left out of the fingerprint: others can mean a
-// position or a count.
+// Statements with the same fingerprint have the same plan, each with its own literals bound. Only
+// literals in comparisons are left out of the fingerprint: others can be a position or a count.
 std::string FingerprintOf(const std::vector<Token>& tokens) {
   constexpr char kSeparator = '\x1f';
   std::string fingerprint;

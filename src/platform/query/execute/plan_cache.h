@@ -1,4 +1,4 @@
-// Translated statements, kept for those that differ from them in their literals only.
+// A cache of translated statements, reused for statements that differ only in their literals.
 #pragma once
 
 #include <sqlite3.h>
@@ -27,7 +27,7 @@ struct CachedPlan {
 
 class PlanCache {
  public:
-  // The plan of the statement with these tokens; `translate` makes it where there is none yet.
+  // The plan of the statement with these tokens; `translate` makes it if there is none yet.
   std::shared_ptr<CachedPlan> Get(const std::vector<Token>& tokens,
                                   const std::function<Plan()>& translate);
   void Clear() { plans_.clear(); }

@@ -14,11 +14,11 @@ namespace tenora::query {
 namespace {
 
 constexpr int kOperationsBetweenChecks = 10000;
-constexpr sqlite3_int64 kMostMemory = sqlite3_int64{1} << 30;  // bytes, all of SQLite's
+constexpr sqlite3_int64 kMostMemory = sqlite3_int64{1} << 30;  // bytes, total of SQLite
 constexpr int kLongestValue = 256 << 20;                       // bytes
 constexpr std::size_t kMostIdle = 4;
 
-// SQLite's own functions that translated statements call.
+// The built-in SQLite functions that translated statements call.
 constexpr std::array<std::string_view, 8> kPlainFunctions = {
     "count", "sum", "avg", "min", "max", "coalesce", "rank", "row_number"};
 
@@ -59,7 +59,7 @@ void SqliteConnection::Configure() {
   sqlite3_progress_handler(connection_, kOperationsBetweenChecks, CheckProgress, this);
 }
 
-// Translated statements only ever read. This holds even where the translation should fail to.
+// Translated statements only read. This enforces it even if the translation should be wrong.
 int SqliteConnection::Authorize(void* connection, int action, const char*, const char* second,
                                 const char*, const char*) {
   if (static_cast<SqliteConnection*>(connection)->creating_table_) return SQLITE_OK;
@@ -120,7 +120,7 @@ void SqliteConnection::Bind(sqlite3_stmt* prepared, const Plan& plan,
     BindValue(prepared, static_cast<int>(i + 1),
               ConvertTo(tokens[parameter.token].value, parameter.type));
   }
-  // One row more tells whether any ties with the last.
+  // One row more shows whether any ties with the last.
   if (plan.top) BindValue(prepared, LimitParameter(plan), plan.top->count + 1);
 }
 
@@ -182,7 +182,7 @@ void SqliteConnection::ThrowStepError(int status, std::string_view text) {
 }
 
 void SqliteConnection::RestartUnlimited(const Ready& ready) {
-  sqlite3_reset(ready.statement.get());  // gives the last step's result once more
+  sqlite3_reset(ready.statement.get());  // returns the status of the last step
   BindValue(ready.statement.get(), LimitParameter(ready.plan->plan), std::int64_t{-1});
 }
 

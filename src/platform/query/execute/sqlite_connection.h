@@ -34,19 +34,19 @@ class SqliteConnection : private Catalogue {
 
   TableCache& tables() { return tables_; }
 
-  // A statement ready for its first step, and the plan it goes back to.
+  // A statement ready for its first step, and the plan it is returned to.
   struct Ready {
     std::shared_ptr<CachedPlan> plan;
     StatementPtr statement;
   };
   // Raises the errors of EngineDatabase::OpenRecordset.
   Ready Prepare(std::string_view statement);
-  // The same for a select that is parsed already, its literals among `tokens`. Its plan is not
-  // kept. `statement` is what the select was made from, for errors.
+  // The same for a select that is parsed already, its literals among `tokens`. The plan is not
+  // cached. `statement` is the text that the select comes from, for errors.
   Ready Prepare(const Select& select, std::string_view statement, const std::vector<Token>& tokens);
-  // Moves to the next row, false behind the last. `text` is the statement, for errors.
+  // Moves to the next row; false past the last. `text` is the statement, for errors.
   bool Step(sqlite3_stmt* statement, std::string_view text);
-  // Begins a statement of a TopRows plan again, now without a limit to its rows.
+  // Restarts a statement of a TopRows plan without the limit.
   void RestartUnlimited(const Ready& ready);
   void GiveBack(Ready ready);
 

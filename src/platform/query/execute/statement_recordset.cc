@@ -59,8 +59,8 @@ bool StatementRecordset::IsWithinTop(const TopRows& top) {
   if (!std::equal(keys.begin(), keys.end(), last_keys_.begin(), last_keys_.end(), ties))
     return false;
   if (unlimited_) return true;
-  // More rows may tie than the limit lets through. With or without it rows come in the same order:
-  // equal ones as the table has them.
+  // More rows may tie than the limit allows. The order of the rows is the same without it: equal
+  // ones come in table order.
   unlimited_ = true;
   connection_->RestartUnlimited(ready_);
   for (std::int64_t i = 0; i < row_; ++i) connection_->Step(ready_.statement.get(), text_);
@@ -106,7 +106,7 @@ Value StatementRecordset::Field(std::size_t position) const {
     throw RecordsetError(engine_error::kItemNotFound, "Item not found in this collection: number " +
                                                           std::to_string(position) + ".");
   if (at_end_) throw RecordsetError(engine_error::kNoCurrentRecord, "No current record.");
-  // One thread uses the connection, so that the value needs no protection while it is read.
+  // Only one thread uses the connection, so an unprotected value is safe to read.
   sqlite3_value* const value =
       sqlite3_column_value(ready_.statement.get(), static_cast<int>(position));
   return ReadValue(value, ready_.plan->plan.columns[position].type);

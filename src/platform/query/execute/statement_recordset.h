@@ -37,16 +37,16 @@ class StatementRecordset : public Recordset {
                      std::string_view statement);
   void CheckOpen() const;
   void Advance();
-  // Whether the row the statement stands on is one of the top ones or ties with the last of them.
+  // Whether the current row is one of the top rows or ties with the last of them.
   bool IsWithinTop(const TopRows& top);
   std::vector<Value> ReadKeys(const TopRows& top) const;
 
-  std::shared_ptr<SqliteConnection> connection_;  // keeps the rows that a statement points to
+  std::shared_ptr<SqliteConnection> connection_;  // owns the rows that a statement points to
   std::string text_;
   SqliteConnection::Ready ready_;
   std::vector<std::string> names_;
-  std::int64_t row_ = 0;          // counted from 1, where the plan has a top
-  std::vector<Value> last_keys_;  // of the last row wanted
+  std::int64_t row_ = 0;          // counted from 1, if the plan has a top
+  std::vector<Value> last_keys_;  // of the last of the top rows
   bool unlimited_ = false;
   bool empty_ = false;
   bool at_end_ = false;

@@ -44,8 +44,9 @@ bool IsExact(std::int64_t number, ColumnType type) {
   }
 }
 
-// Whether a look-up by this value finds what a comparison with it would: a column keeps it as it
-// is. Others are left to a select, with what it makes of rounding, times of day and wrong kinds.
+// Whether a look-up by this value finds the same rows as a comparison with it: the column can store
+// it exactly. All others are left to a select, which handles rounding, times of day and wrong
+// types.
 bool FitsColumn(const Value& value, const Column& column) {
   if (const auto* whole = std::get_if<std::int64_t>(&value)) return IsExact(*whole, column.type);
   if (std::holds_alternative<double>(value)) return column.type == ColumnType::kDouble;
@@ -54,7 +55,7 @@ bool FitsColumn(const Value& value, const Column& column) {
     return column.type == ColumnType::kDateTime && std::trunc(date->serial()) == date->serial();
   }
   const auto* text = std::get_if<std::string>(&value);
-  // A text has no more units of two bytes than it has bytes in UTF-8.
+  // A text has no more UTF-16 units than UTF-8 bytes.
   return text != nullptr && column.type == ColumnType::kText && text->size() * 2 <= column.length;
 }
 
@@ -65,7 +66,7 @@ std::optional<std::size_t> FindColumn(const std::vector<Column>& columns, std::s
   return std::nullopt;
 }
 
-// The literal, constant or negative number that an expression is.
+// The value of an expression that is a literal, a constant or a negative number.
 std::optional<Value> PlainValue(const Expression& expression, const std::vector<Token>& tokens) {
   switch (expression.kind) {
     case ExpressionKind::kLiteral:
@@ -85,7 +86,7 @@ std::optional<Value> PlainValue(const Expression& expression, const std::vector<
   }
 }
 
-// The values of an action where all of them are plain.
+// The values of an action if all of them are plain.
 std::optional<std::vector<access::ColumnValue>> PlainValues(const Action& action,
                                                             const std::vector<Token>& tokens) {
   std::vector<access::ColumnValue> values;
@@ -102,9 +103,8 @@ void AddItem(Select& select, ExpressionPtr expression) {
   select.items.back().expression = std::move(expression);
 }
 
-// Adds to `equal` what a condition asks of columns, where it is nothing but "column = literal"
-// joined by "and", each literal one that its column keeps as it is; false for every other
-// condition.
+// Adds to `equal` the columns and values of a condition that consists of "column = literal" joined
+// by "and", each literal one that its column can store exactly; false for every other condition.
 bool ReadEqualities(const Expression& condition, const access::WritableTable& table,
                     const std::vector<Token>& tokens, std::vector<access::ColumnValue>& equal) {
   if (condition.kind == ExpressionKind::kAnd) {
@@ -126,7 +126,7 @@ bool ReadEqualities(const Expression& condition, const access::WritableTable& ta
   return true;
 }
 
-// A record set over rows that are in memory already.
+// A record set over rows in memory.
 class RowList : public Recordset {
  public:
   RowList(std::vector<std::string> names, std::vector<std::vector<Value>> rows)
@@ -182,7 +182,7 @@ std::int64_t Transaction::Execute(std::string_view statement) {
   access::WritableTable& table = transaction_->Table(action.table);
   const std::vector<Change> changes = FindChanges(std::move(action), table, statement, tokens);
   for (const Change& change : changes) {
-    // An error behind the first row leaves it so.
+    // An error after the first row leaves this set.
     half_done_ = &change != &changes.front();
     // From here on the table cache is out of date.
     changed_tables_.insert(table.name());
@@ -254,7 +254,7 @@ void Transaction::AddDefaults(const access::WritableTable& table, Values& values
 }
 
 Value Transaction::EvaluateDefault(std::string_view expression) {
-  // Words that the engine knows there, but not in statements.
+  // Words that the engine accepts in default values, but not in statements.
   for (const std::string_view yes : {"yes", "on"}) {
     if (EqualsNoCase(expression, yes)) return true;
   }
@@ -297,7 +297,7 @@ std::vector<Transaction::Change> Transaction::FindBySelect(Action action,
   if (changed()) {
     throw StatementError(engine_error::kInvalidOperation,
                          "Invalid operation. After an earlier change in this transaction, only "
-                         "conditions of the form column = literal are run.",
+                         "conditions of the form column = literal are supported.",
                          statement);
   }
   Select select;
@@ -309,14 +309,14 @@ std::vector<Transaction::Change> Transaction::FindBySelect(Action action,
   select.from->table = action.table;
   select.where = std::move(action.where);
   const std::shared_ptr<SqliteConnection> connection = connect_();
-  // The transaction has the table's definition and its pages already: the file is not opened for
-  // them once more.
+  // The transaction has already read the table's definition and opened the file: neither is done a
+  // second time.
   if (!connection->tables().Holds(action.table)) {
     connection->tables().Add(
         action.table, std::make_shared<CachedTable>(table.name(), table.columns(), kUnknownRowCount,
                                                     *table.Rows()));
   }
-  // Rows() and All() give the rows in the same order.
+  // Rows() and All() return the rows in the same order.
   const std::vector<access::RowId> rows = table.All();
   std::vector<Change> changes;
   for (StatementRecordset found(connection, select, statement, tokens); !found.EndOfFile();

@@ -18,23 +18,23 @@ namespace tenora::query {
 
 class Transaction {
  public:
-  // `connect` gives a connection to the file as it is now; it is called while the transaction has
-  // the file, and only for statements that need more than look-ups by equal values.
+  // `connect` gives a connection to the file as it is now; it is called within the
+  // transaction, and only for statements that need more than look-ups by equality.
   Transaction(const std::filesystem::path& path,
               std::function<std::shared_ptr<SqliteConnection>()> connect);
 
   // The number of rows changed. Raises what ParseAction and WritableTable raise, and 3219 for a
-  // statement with a condition beyond "column = literal" behind a change of the same transaction.
+  // condition other than "column = literal" after an earlier change in this transaction.
   std::int64_t Execute(std::string_view statement);
 
-  // The rows of a select over one table by equal values, with the transaction's own changes,
+  // The rows of a select from one table by equality, including the transaction's own changes, found
   // through the table's indexes; null for every other statement.
   std::unique_ptr<Recordset> TrySelect(std::string_view statement);
 
   bool changed() const { return !changed_tables_.empty(); }
   // The tables that the commit changes, as the file spells them.
   const std::set<std::string>& changed_tables() const { return changed_tables_; }
-  // Raises 3219 where a statement that failed has changed some of its rows.
+  // Raises 3219 if a statement failed after changing some of its rows.
   access::CommitStates Commit();
 
  private:
@@ -52,7 +52,7 @@ class Transaction {
   Value Evaluate(ExpressionPtr expression, std::string_view statement,
                  const std::vector<Token>& tokens);
   void RequireWhole() const;
-  // The rows an update or delete is about, each with its new values.
+  // The rows that an update or delete applies to, each with its new values.
   std::vector<Change> FindChanges(Action action, access::WritableTable& table,
                                   std::string_view statement, const std::vector<Token>& tokens);
   std::vector<Change> FindBySelect(Action action, access::WritableTable& table,

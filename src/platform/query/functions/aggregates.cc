@@ -8,7 +8,7 @@
 namespace tenora::query {
 namespace {
 
-// SQLite hands out the state zeroed and frees it itself.
+// SQLite allocates the state zeroed and frees it.
 struct Kept {
   sqlite3_value* value;
 };
@@ -55,8 +55,8 @@ void GiveAverageMoney(sqlite3_context* context) {
       context, Currency::FromTenThousandths(money->sum).Scaled(1, money->count).ten_thousandths());
 }
 
-// Running mean and sum of squared distances from it, which stays exact where the plain sum of
-// squares would not.
+// Running mean and sum of squared distances from it (Welford's method), which stays accurate where
+// the plain sum of squares would not.
 struct Spread {
   std::int64_t count;
   double mean;
@@ -73,7 +73,7 @@ void AddToSpread(sqlite3_context* context, int, sqlite3_value** values) {
   spread->squares += distance * (number - spread->mean);
 }
 
-// Of a sample (kSample: divided by count - 1) or of the whole, as variance or its root.
+// Of a sample (kSample: divided by count - 1) or the population, as variance or standard deviation.
 template <bool kSample, bool kRoot>
 void GiveSpread(sqlite3_context* context) {
   const auto* const spread = static_cast<Spread*>(sqlite3_aggregate_context(context, 0));

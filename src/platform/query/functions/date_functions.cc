@@ -72,7 +72,7 @@ Value Second(const FunctionContext&, Arguments a) {
 }
 
 std::int64_t WeekdayFrom(Date date, std::int64_t first) {
-  if (first == 0) first = kSunday;  // 0 asks for the system's setting
+  if (first == 0) first = kSunday;  // 0 means the system setting
   if (first < 1 || first > 7) throw BadArgument();
   return (date.Weekday() + 1 - first + 7) % 7 + 1;
 }
@@ -145,7 +145,7 @@ std::int64_t Difference(Interval interval, Date from, Date to, std::int64_t firs
     case Interval::kWeekday:
       return days / 7;
     case Interval::kWeek:
-      // From the first day of the one week to that of the other.
+      // From the first day of one week to that of the other.
       return (days - WeekdayFrom(to, first_weekday) + WeekdayFrom(from, first_weekday)) / 7;
     case Interval::kHour:
       return days * 24 + b.hour - a.hour;
@@ -193,7 +193,7 @@ Value DatePart(const FunctionContext&, Arguments a) {
   throw BadArgument();
 }
 
-// Months and days out of range go on into the next or back into the year or month before.
+// Months and days out of range carry over into the following or preceding year or month.
 Value DateSerial(const FunctionContext&, Arguments a) {
   int year = Small(a[0]);
   if (year >= 0 && year < 100) year += year < 30 ? 2000 : 1900;

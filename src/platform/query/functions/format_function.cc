@@ -36,7 +36,7 @@ std::optional<std::string_view> FindNamed(const std::array<Named, kCount>& forma
   return std::nullopt;
 }
 
-// The hour counts to 12 where the pattern asks for the half of the day.
+// Hours are 1 to 12 if the pattern contains am/pm.
 std::string FormatWithHalfDay(Date date, std::string_view pattern) {
   constexpr std::string_view kHalfDay = "AM/PM";
   const std::size_t at = FindNoCase(pattern, kHalfDay);
@@ -93,7 +93,7 @@ std::string FormatNumberValue(const Value& value, std::string_view pattern) {
   return FormatSection(-number, negative.substr(0, negative.find(';')));
 }
 
-// Whether a pattern is one for dates, for values that are only texts or numbers.
+// Whether a pattern formats dates, for values that are texts or numbers.
 bool IsDatePattern(std::string_view pattern) {
   if (FindNamed(kDateFormats, pattern) || EqualsNoCase(pattern, "general date")) return true;
   if (FindNamed(kNumberFormats, pattern) || FindNamed(kBooleanFormats, pattern)) return false;
@@ -108,7 +108,7 @@ std::string FormatText(const std::string& text, std::string_view pattern) {
     if (IsDatePattern(pattern)) return FormatDateValue(ToDate(text), pattern);
     return FormatNumberValue(ToDouble(text), pattern);
   } catch (const RuntimeError&) {
-    return text;  // what is neither stays as it is
+    return text;  // neither number nor date: unchanged
   }
 }
 

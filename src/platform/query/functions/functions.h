@@ -16,7 +16,7 @@ namespace tenora::query {
 
 struct FunctionContext {
   std::function<Date()> now;
-  // The error that made a function fail, kept until the statement that called it reports it.
+  // The error of a function that failed, kept until its statement reports it.
   std::optional<RuntimeError> error;
 };
 
@@ -24,21 +24,20 @@ struct EngineFunction {
   std::string_view name;  // lower case
   // A letter for each argument: the type it is converted to (TypeLetter), '?' for any.
   std::string_view parameters;
-  char result;              // a type's letter, '=' for that of the first argument
-  bool takes_null = false;  // others give null when any argument is null
+  char result;              // a type letter, or '=' for the type of the first argument
+  bool takes_null = false;  // otherwise null if any argument is null
   // The arguments, as many as parameters. May raise any RuntimeError.
   Value (*call)(const FunctionContext& context, std::span<const Value> arguments) = nullptr;
 };
 
-// The function of that name with so many arguments; null when there is none. `known` tells whether
-// the name is a function at all.
+// The function of that name with that number of arguments, or null. `known` tells whether there is
+// a function of that name at all.
 const EngineFunction* FindFunction(std::string_view name, std::size_t arguments, bool& known);
 
-// The name under which SQLite knows it. Its first argument there is the letters of the types of the
-// others.
+// Its name in SQLite, where its first argument holds the type letters of the others.
 std::string FunctionName(const EngineFunction& function);
 
-// Makes functions and aggregates known to SQLite. `context` outlives the connection.
+// Registers functions and aggregates with SQLite. `context` outlives the connection.
 void RegisterFunctions(sqlite3* connection, FunctionContext& context);
 
 std::span<const EngineFunction> TextFunctions();

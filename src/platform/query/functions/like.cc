@@ -22,8 +22,8 @@ std::u32string Characters(std::string_view text) {
   return characters;
 }
 
-// The list at `at`, just behind its opening bracket: moves behind the closing one and tells whether
-// the character is in it.
+// `at` is just past the opening bracket of a list: moves past the closing one and tells whether the
+// list contains the character.
 bool MatchesList(std::u32string_view pattern, std::size_t& at, char32_t character) {
   const std::size_t end = pattern.find(U']', at);
   if (end == std::u32string_view::npos) {
@@ -43,7 +43,7 @@ bool MatchesList(std::u32string_view pattern, std::size_t& at, char32_t characte
   return found != outside;
 }
 
-// One pattern element other than * against one character; moves behind the element.
+// Matches one pattern element other than * against one character; moves past the element.
 bool MatchesOne(std::u32string_view pattern, std::size_t& at, char32_t character) {
   const char32_t element = pattern[at++];
   switch (element) {
@@ -63,7 +63,7 @@ bool MatchesOne(std::u32string_view pattern, std::size_t& at, char32_t character
 bool MatchesLike(std::string_view text_utf8, std::string_view pattern_utf8) {
   const std::u32string text = Characters(text_utf8), pattern = Characters(pattern_utf8);
   std::size_t t = 0, p = 0;
-  // Where to go back to when what follows the last * does not fit: one character further on.
+  // Where to backtrack to if what follows the last * does not match: one character further on.
   std::size_t star = std::u32string::npos, resume = 0;
   while (t < text.size()) {
     if (p < pattern.size() && pattern[p] == U'*') {

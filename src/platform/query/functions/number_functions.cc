@@ -32,7 +32,7 @@ std::int64_t Whole(double number) {
   return std::get<std::int64_t>(ConvertTo(number, Type::kInteger));
 }
 
-// Both sides are rounded to whole numbers first, halves to even.
+// Both operands are first rounded to integers, halves to even.
 Value Quotient(const FunctionContext&, Arguments a) {
   const std::int64_t divisor = Whole(Double(a[1]));
   if (divisor == 0) throw DivisionByZero();
@@ -52,7 +52,7 @@ Value Power(const FunctionContext&, Arguments a) {
   return Finite(result);
 }
 
-// Money times money, both in ten-thousandths.
+// Currency times currency, both in ten-thousandths.
 Value Multiply(const FunctionContext&, Arguments a) {
   return Money(a[0]).Scaled(Money(a[1]).ten_thousandths(), 10000);
 }
@@ -67,7 +67,7 @@ Value Abs(const FunctionContext&, Arguments a) {
   return ConvertTo(std::abs(ToDouble(a[0])), TypeOf(a[0]));
 }
 
-// Applies a rounding of plain numbers to a value of any number type.
+// Applies a rounding function on doubles to a value of any number type.
 template <typename Rounding>
 Value Rounded(const Value& value, const Rounding& rounding) {
   if (std::holds_alternative<std::int64_t>(value) || std::holds_alternative<bool>(value))
@@ -83,8 +83,8 @@ Value Fix(const FunctionContext&, Arguments a) {
   return Rounded(a[0], [](double number) { return std::trunc(number); });
 }
 
-// To so many decimals, halves to even. The number's decimal text decides what a half is: 2.345 is
-// one although no double is exactly that.
+// Rounds to a number of decimals, halves to even. The decimal text decides what a half is: 2.345 is
+// one although no double equals it exactly.
 Value RoundTo(const Value& value, std::int64_t decimals) {
   if (decimals < 0 || decimals > 22) throw BadArgument();
   if (const auto* money = std::get_if<Currency>(&value)) {

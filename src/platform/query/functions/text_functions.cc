@@ -18,7 +18,7 @@ namespace {
 
 using Arguments = std::span<const Value>;
 
-constexpr std::int64_t kLongestText = 1 << 20;  // UTF-16 units that a function makes of nothing
+constexpr std::int64_t kLongestText = 1 << 20;  // UTF-16 units; for functions that generate text
 
 const std::string& Text(const Value& value) { return std::get<std::string>(value); }
 std::int64_t Integer(const Value& value) { return std::get<std::int64_t>(value); }
@@ -97,18 +97,18 @@ Value RTrim(const FunctionContext&, Arguments a) {
   return std::string(WithoutTrailingBlanks(Text(a[0])));
 }
 
-// The text as it is searched: letter case is ignored unless `compare` is 0.
+// The text to search: case-insensitive unless `compare` is 0.
 icu::UnicodeString Searchable(const std::string& text, std::int64_t compare) {
   icu::UnicodeString units = Unicode(text);
   if (compare == 0) return units;
-  // Folded letter by letter, so that positions stay those of the text.
+  // Folded one letter at a time, so that positions remain those of the text.
   for (std::int32_t i = 0; i < units.length(); ++i)
     if (!U16_IS_SURROGATE(units.charAt(i)))
       units.setCharAt(i, static_cast<char16_t>(u_foldCase(units.charAt(i), U_FOLD_CASE_DEFAULT)));
   return units;
 }
 
-// The 1-based position of `part` at or after `start`, 0 when it is not found.
+// The 1-based position of `part` at or after `start`, 0 if not found.
 std::int64_t Find(std::int64_t start, const std::string& text, const std::string& part,
                   std::int64_t compare) {
   if (start < 1) throw BadArgument();
@@ -193,7 +193,7 @@ Value Concat(const FunctionContext&, Arguments a) {
 
 Value ToTextOf(const FunctionContext&, Arguments a) { return ConvertTo(a[0], Type::kText); }
 
-// Numbers that are not negative get a blank where the sign would stand.
+// Numbers that are not negative get a blank in place of the sign.
 Value Str(const FunctionContext&, Arguments a) {
   const double number = std::get<double>(a[0]);
   return (number < 0 ? "" : " ") + NumberText(number);

@@ -13,7 +13,7 @@ struct Part {
   int number = -1;  // -1 for a word
   std::size_t digits = 0;
   std::string_view word;
-  char separator = ' ';  // the one behind the part
+  char separator = ' ';  // the one after the part
 };
 
 constexpr std::size_t kMostParts = 8;

@@ -7,7 +7,7 @@ namespace tenora::query {
 namespace {
 
 constexpr int kDeepestNesting = 64;
-// Left-associative chains build a tree as deep as they are long.
+// A left-associative chain becomes a tree as deep as the chain is long.
 constexpr int kLongestArithmetic = 200;
 
 constexpr std::array<std::string_view, 35> kReserved = {
@@ -115,7 +115,7 @@ ExpressionPtr ExpressionParser::ReadComparison() {
   return ReadTest(std::move(left), first);
 }
 
-// The tests that stand behind an operand: is null, between, in, like.
+// The tests that follow an operand: is null, between, in, like.
 ExpressionPtr ExpressionParser::ReadTest(ExpressionPtr left, std::size_t first) {
   left->source = tokens_.SourceFrom(first);
   if (tokens_.TakeWord("is")) {
@@ -195,7 +195,7 @@ ExpressionPtr ExpressionParser::ReadSign() {
   return expression;
 }
 
-// A sign behind ^ belongs to the exponent: 2^-1.
+// A sign after ^ belongs to the exponent: 2^-1.
 ExpressionPtr ExpressionParser::ReadPower() {
   ExpressionPtr left = ReadOperand();
   for (int length = 0; tokens_.TakeSymbol("^"); ++length) {
@@ -301,7 +301,7 @@ ExpressionPtr ExpressionParser::ReadColumn() {
   while (tokens_.TakeSymbol(".") || tokens_.TakeSymbol("!")) {
     if (!column->qualifier.empty()) tokens_.FailHere();
     column->qualifier = std::move(column->name);
-    // Behind a table's name every word is a name.
+    // After a table name even a reserved word is a column name.
     const Token& name = tokens_.Take();
     if (name.kind != TokenKind::kName && name.kind != TokenKind::kBracketedName) tokens_.FailHere();
     column->name = name.name;

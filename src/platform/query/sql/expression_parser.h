@@ -1,4 +1,4 @@
-// Expressions, from "or" down to names and literals.
+// Recursive-descent parser for expressions, from "or" down to names and literals.
 #pragma once
 
 #include <memory>
@@ -8,14 +8,14 @@
 
 namespace tenora::query {
 
-// Reads the selects that stand inside expressions.
+// Reads subqueries inside expressions.
 class SelectReader {
  public:
   virtual ~SelectReader() = default;
   virtual std::unique_ptr<Select> ReadSelect() = 0;
 };
 
-// Counts a level of nesting while it lives; raises 3360 beyond what the engine takes.
+// Counts one level of nesting for its lifetime; raises 3360 beyond the limit.
 class NestingGuard {
  public:
   NestingGuard(const TokenStream& tokens, int& depth);
@@ -33,7 +33,7 @@ class ExpressionParser {
       : tokens_(tokens), selects_(selects), depth_(depth) {}
 
   ExpressionPtr Read();
-  // A word that ends an expression or a table's name rather than going on with it.
+  // A keyword, which ends an expression or a table name.
   static bool IsReserved(std::string_view word);
   // A name, bare or in brackets.
   std::string ReadName();
@@ -61,7 +61,7 @@ class ExpressionParser {
   ExpressionPtr Make(ExpressionKind kind) const;
   ExpressionPtr MakeBinary(ExpressionKind kind, std::string_view operation, ExpressionPtr left,
                            ExpressionPtr right) const;
-  // One or more operands between the same word or symbol, as one flat expression.
+  // Operands separated by the same word or symbol, as one flat expression.
   ExpressionPtr ReadChain(ExpressionKind kind, std::string_view separator,
                           ExpressionPtr (ExpressionParser::*operand)());
   ExpressionPtr ReadLeftAssociative(const std::vector<std::string_view>& operations,

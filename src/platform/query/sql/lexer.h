@@ -1,4 +1,4 @@
-// Takes a statement of the engine's SQL dialect apart.
+// Splits a statement of the engine's SQL dialect into tokens.
 #pragma once
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 namespace tenora::query {
 
 enum class TokenKind : std::uint8_t {
-  kName,           // a bare word: a name or a word of the language
+  kName,           // a bare word: a name or a keyword
   kBracketedName,  // [Property Code], `Property Code`
   kText,           // 'it''s' or "it's"
   kInteger,        // 17
@@ -26,15 +26,15 @@ enum class TokenKind : std::uint8_t {
 
 struct Token {
   TokenKind kind = TokenKind::kEnd;
-  std::string_view source = {};  // the token as it stands in the statement
+  std::string_view source = {};  // the text in the statement
   Value value = {};              // of literals
   std::string name = {};         // of names, without brackets
 
   bool Is(std::string_view symbol) const { return kind == TokenKind::kSymbol && source == symbol; }
 };
 
-// The statement's tokens, the last one kEnd. They point into `statement`. Raises 3075 for what is
-// no token: an open text or bracket, a date that no calendar has, a stray character; 3360 for a
+// The statement's tokens, the last one kEnd. They point into `statement`. Raises 3075 for an
+// invalid token: an unclosed string or bracket, an impossible date, a stray character; 3360 for a
 // statement longer than 64 KB.
 std::vector<Token> ReadTokens(std::string_view statement);
 
@@ -79,7 +79,7 @@ class TokenStream {
     if (!TakeSymbol(symbol)) FailHere();
   }
 
-  // What stands in the statement from the token at `first` up to the current one.
+  // The text of the statement from the token at `first` up to the current one.
   std::string_view SourceFrom(std::size_t first) const {
     if (first >= at_) return {};
     const char* const begin = tokens_[first].source.data();

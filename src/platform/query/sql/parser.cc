@@ -10,7 +10,7 @@
 namespace tenora::query {
 namespace {
 
-// Statements that the engine knows but that hand out no rows.
+// Statements that the engine knows but that return no rows.
 constexpr std::array<std::string_view, 8> kActions = {"insert", "update", "delete", "create",
                                                       "drop",   "alter",  "grant",  "revoke"};
 
@@ -155,7 +155,7 @@ class SelectParser : public SelectReader {
   }
 
   void CheckLength(int length) const {
-    constexpr int kMostJoins = 60;  // what one statement of the underlying engine can join
+    constexpr int kMostJoins = 60;  // SQLite joins no more than 64 tables
     if (length >= kMostJoins) tokens_.Fail(engine_error::kTooComplex, "Query is too complex.");
   }
 
@@ -251,8 +251,9 @@ class ActionParser : public SelectReader {
   }
 
   std::unique_ptr<Select> ReadSelect() override {
-    tokens_.Fail(engine_error::kInvalidOperation,
-                 "Invalid operation. A select within an insert, update or delete is not run.");
+    tokens_.Fail(
+        engine_error::kInvalidOperation,
+        "Invalid operation. A select within an insert, update or delete is not supported.");
   }
 
  private:

@@ -3,7 +3,7 @@
 namespace tenora::query {
 namespace {
 
-constexpr std::size_t kShownStatement = 2000;  // bytes; enough for any statement of the system
+constexpr std::size_t kShownStatement = 2000;  // bytes; enough for any of the program's statements
 
 }  // namespace
 

@@ -11,7 +11,7 @@ namespace tenora::query {
 
 namespace engine_error = access::engine_error;
 
-// An error of the database object; the statement is put behind the description.
+// An error of the database object; the statement is appended to the description.
 RuntimeError StatementError(int number, std::string_view description, std::string_view statement);
 
 }  // namespace tenora::query

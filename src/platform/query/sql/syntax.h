@@ -33,18 +33,18 @@ enum class ExpressionKind : std::uint8_t {
   kIsNull,      // a is null
   kExists,      // exists (select)
   kSubquery,    // (select)
-  kRowNumber,   // the row's number in the order of the select's first table, from 0; of no text
+  kRowNumber,   // the row's position in the select's first table, from 0; has no syntax
 };
 
 struct Expression {
   ExpressionKind kind = ExpressionKind::kLiteral;
-  std::string_view source;  // as it stands in the statement
+  std::string_view source;  // the text in the statement
   std::vector<std::unique_ptr<Expression>> arguments;
   std::string qualifier, name;
   std::string operation;  // lower case
   bool negated = false;   // not between, not in, not like, is not null
   bool star = false;
-  std::size_t token = 0;  // of a literal: its place in the statement
+  std::size_t token = 0;  // of a literal: its index among the tokens
   Value value;
   std::unique_ptr<Select> select;
 };
@@ -64,7 +64,7 @@ struct OrderItem {
 
 enum class JoinKind : std::uint8_t { kCross, kInner, kLeft, kRight };
 
-// A table, a select in brackets or a join of two of these.
+// A table, a subquery or a join of two sources.
 struct Source {
   std::string table, alias;
   std::unique_ptr<Select> select;
@@ -86,7 +86,7 @@ struct Select {
   ExpressionPtr where;
   std::vector<ExpressionPtr> group;
   ExpressionPtr having;
-  // The selects that a union adds to the first one; `order` then sorts the whole.
+  // The further selects of a union; `order` then sorts the combined rows.
   struct Union {
     bool all = false;
     std::unique_ptr<Select> select;

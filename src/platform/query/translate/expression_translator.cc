@@ -107,11 +107,11 @@ void ExpressionTranslator::NoteUnknownName(const Expression& column) {
 Fragment ExpressionTranslator::TranslateColumn(const Expression& expression) {
   const Scope::Match match = scope_.Find(expression.qualifier, expression.name);
   if (match.column == nullptr) {
-    // The words for true and false in forms and grids, unless a column is called so.
+    // Synonyms of true and false, unless there is a column of that name.
     const bool yes = EqualsNoCase(expression.name, "yes");
     if (expression.qualifier.empty() && (yes || EqualsNoCase(expression.name, "no")))
       return {.sql = yes ? "(-1)" : "0", .type = Type::kBoolean};
-    // Reported once the whole statement is read, with the number of all such names.
+    // Reported after the whole statement, with the number of all such names.
     NoteUnknownName(expression);
     return {.sql = "null"};
   }
@@ -132,7 +132,7 @@ Fragment ExpressionTranslator::TranslateNegate(const Expression& expression) {
   if (operand.type == Type::kText || operand.type == Type::kDate)
     operand = ConvertTo(std::move(operand), Type::kDouble);
   const Type type = operand.type == Type::kBoolean ? Type::kInteger : operand.type;
-  // A blank: two signs in a row would start a comment.
+  // The blank matters: two minus signs would start a comment.
   return {
       .sql = "- " + Bracketed(operand, Binding::kWhole), .type = type, .binding = Binding::kUnary};
 }
@@ -158,7 +158,7 @@ Fragment ExpressionTranslator::TranslateLogical(const Expression& expression) {
   };
   const Fragment not_left = truth(*expression.arguments[0]);
   const Fragment not_right = truth(*expression.arguments[1]);
-  // a imp b holds unless a does and b does not: as truth values, not a >= not b.
+  // a imp b is false only if a is true and b is false: as truth values, not a >= not b.
   const std::string_view operation = expression.operation == "xor"   ? "<>"
                                      : expression.operation == "eqv" ? "="
                                                                      : ">=";
@@ -186,7 +186,7 @@ Type ExpressionTranslator::ComparisonType(Type left, Type right) const {
   };
   if (!fits(left) || !fits(right))
     state_.Fail(engine_error::kCriteriaType, "Data type mismatch in criteria expression.");
-  // Money meets other fractions as a plain number, so that nothing is rounded away.
+  // Currency is compared with other fractions as a double, so that nothing is rounded away.
   const bool fraction = left == Type::kDouble || right == Type::kDouble;
   return common == Type::kCurrency && fraction ? Type::kDouble : common;
 }
@@ -379,7 +379,7 @@ Fragment ExpressionTranslator::TranslateAggregate(const Expression& expression) 
   return TranslateSum(expression, std::move(argument));
 }
 
-// sum, avg and the deviations, which take numbers only.
+// sum, avg, stdev and var, which take numbers only.
 Fragment ExpressionTranslator::TranslateSum(const Expression& expression, Fragment argument) {
   const std::string& name = expression.name;
   if (argument.type == Type::kText || argument.type == Type::kBinary)
@@ -429,7 +429,7 @@ Fragment ExpressionTranslator::TranslateChoice(const Expression& expression) {
   return CaseOf({}, branches, std::move(otherwise));
 }
 
-// nz(value) stands for the value's own kind of nothing: 0 or an empty text.
+// nz(value) gives 0 or an empty text for null, depending on the value's type.
 Fragment ExpressionTranslator::TranslateNz(const Expression& expression) {
   const auto& arguments = expression.arguments;
   if (arguments.empty() || arguments.size() > 2 || expression.star)

@@ -1,4 +1,4 @@
-// Turns expressions into SQLite text of known type.
+// Translates expressions into SQLite text of known type.
 #pragma once
 
 #include <string>
@@ -13,12 +13,12 @@
 
 namespace tenora::query {
 
-// What the parts of one statement share while it is translated.
+// The state shared by the translation of all parts of one statement.
 struct TranslationState {
   std::string_view statement;
   Catalogue& catalogue;
   std::vector<Parameter> parameters = {};
-  std::vector<std::string> unknown_names = {};  // names that are no columns, each once
+  std::vector<std::string> unknown_names = {};  // names that are not columns, without duplicates
   std::size_t next_source = 0;                  // numbers the tables and selects in from clauses
 
   [[noreturn]] void Fail(int number, std::string_view description) const {
@@ -26,12 +26,12 @@ struct TranslationState {
   }
 };
 
-// Translates the selects that stand inside expressions.
+// Translates the subqueries inside expressions.
 class SubselectTranslator {
  public:
   virtual ~SubselectTranslator() = default;
-  // SQLite text in brackets and the type of the first column. With `wanted` other than kNull the
-  // column is converted to it.
+  // SQLite text in brackets and the type of its only column, which is converted where it is
+  // compared with currency or a date.
   struct Subselect {
     std::string sql;
     Type type = Type::kNull;
@@ -41,7 +41,7 @@ class SubselectTranslator {
   virtual std::string TranslateExists(const Select& select, const Scope& outer) = 0;
 };
 
-// Where an expression stands, which decides what aggregates and bare columns may do in it.
+// The context of an expression, which decides whether aggregates and bare columns are allowed.
 enum class Place : std::uint8_t {
   kRow,    // where, on, group by: no aggregates
   kGroup,  // items, having and order of a select that groups: columns only grouped or aggregated
@@ -54,10 +54,10 @@ class ExpressionTranslator {
       : state_(state), subselects_(subselects), scope_(scope), place_(place), group_(group) {}
 
   Fragment Translate(const Expression& expression);
-  // As a condition: anything but 0 and null holds.
+  // As a condition: true unless 0 or null.
   Fragment TranslateCondition(const Expression& expression);
 
-  // Whether the expression calls an aggregate, subqueries left aside.
+  // Whether the expression calls an aggregate outside subqueries.
   static bool HasAggregate(const Expression& expression);
 
  private:
@@ -84,14 +84,14 @@ class ExpressionTranslator {
   Fragment TranslateSum(const Expression& expression, Fragment argument);
   Fragment TranslateChoice(const Expression& expression);
   Fragment TranslateNz(const Expression& expression);
-  // "case subject when a then b … else otherwise end", the values turned into one type.
+  // "case subject when a then b … else otherwise end", the values converted to one type.
   Fragment CaseOf(std::string_view subject,
                   const std::vector<std::pair<Fragment, Fragment>>& branches, Fragment otherwise);
 
   Fragment ConvertTo(Fragment fragment, Type type) {
     return Convert(std::move(fragment), type, state_.parameters);
   }
-  // The type in which both sides are compared; raises 3464 where text meets anything else.
+  // The type in which both sides are compared; raises 3464 for text and any other type.
   Type ComparisonType(Type left, Type right) const;
   bool SameExpression(const Expression& left, const Expression& right) const;
   bool IsGroupKey(const Expression& expression) const;

@@ -11,7 +11,7 @@ std::string Bracketed(const Fragment& fragment, Binding least) {
 Fragment Join(const Fragment& left, std::string_view operation, const Fragment& right,
               Binding binding, Type type) {
   const auto tighter = static_cast<Binding>(static_cast<int>(binding) + 1);
-  // Comparisons do not chain, so that both of their sides are held tighter.
+  // Comparisons do not associate: both sides must bind more tightly.
   std::string sql = Bracketed(left, binding == Binding::kCompare ? tighter : binding);
   sql.append(" ").append(operation).append(" ").append(Bracketed(right, tighter));
   return {.sql = std::move(sql), .type = type, .binding = binding};

@@ -1,5 +1,5 @@
-// The names that an expression can use: the columns of the tables of a select, and of the selects
-// around it.
+// The names that an expression can use: the columns of the tables of its select, and of the
+// enclosing selects.
 #pragma once
 
 #include <string>
@@ -17,9 +17,9 @@ struct ScopeColumn {
 };
 
 struct ScopeSource {
-  std::string name;  // the alias, else the table's name
+  std::string name;  // the alias, or else the table name
   std::vector<ScopeColumn> columns = {};
-  std::string row_number = {};  // SQL; empty where the source is no table
+  std::string row_number = {};  // SQL; empty if the source is a subquery
 };
 
 class Scope {
@@ -34,9 +34,9 @@ class Scope {
     const ScopeColumn* column = nullptr;
     const ScopeSource* source = nullptr;
     bool ambiguous = false;
-    bool outer = false;  // found in a select around this one
+    bool outer = false;  // found in an enclosing select
   };
-  // Letter case is ignored; `qualifier` may be empty.
+  // Case-insensitive; `qualifier` may be empty.
   Match Find(std::string_view qualifier, std::string_view name) const;
 
  private:

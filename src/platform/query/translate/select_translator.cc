@@ -9,12 +9,12 @@
 namespace tenora::query {
 namespace {
 
-// Order items put down twice let nested selects double in size at every level.
+// Order items are written twice, so nested selects can double in size at every level.
 constexpr std::size_t kLongestText = 512 * 1024;
 
 std::string OutputName(std::size_t position) { return "r" + std::to_string(position); }
 
-// True sorts behind false, although it is the lower number.
+// True sorts after false, although it is the lower number.
 std::string OrderKey(const Fragment& fragment) {
   if (fragment.type == Type::kBoolean) return "- " + Bracketed(fragment, Binding::kWhole);
   return Collated(fragment);
@@ -71,7 +71,7 @@ SelectTranslator::Result SelectTranslator::TranslateStatement(const Select& sele
 SelectTranslator::Subselect SelectTranslator::TranslateColumn(const Select& select,
                                                               const Scope& outer,
                                                               Type compared_with) {
-  // A whole number or boolean is made money where it is compared with money, and so on.
+  // An integer or boolean that is compared with currency or a date is converted to it.
   std::optional<Type> wanted;
   if (compared_with == Type::kCurrency || compared_with == Type::kDate) wanted = compared_with;
   Result result = TranslateWith(select, &outer, wanted);
@@ -119,7 +119,7 @@ SelectTranslator::Result SelectTranslator::TranslateUnion(const Select& select, 
                   "The number of columns in the two selected tables or queries of a union query "
                   "do not match.");
   }
-  // A column has the type that holds the values of all parts.
+  // The type of a column can hold the values of all parts.
   Result result;
   std::vector<Item> output;
   for (std::size_t i = 0; i < bodies[0].items.size(); ++i) {
@@ -173,7 +173,7 @@ std::string SelectTranslator::TranslateGroup(const Select& select, const Scope& 
   ExpressionTranslator expressions(state_, *this, scope, Place::kRow);
   for (const ExpressionPtr& key : select.group) {
     const Fragment fragment = AsValue(expressions.Translate(*key));
-    // SQLite would take a bare number for a position.
+    // SQLite would interpret a bare number as a position.
     keys.push_back(fragment.parameter != 0 ? "+" + fragment.sql : Collated(fragment));
   }
   // Without keys a having clause still makes one group of all rows.
@@ -198,9 +198,9 @@ void SelectTranslator::AddItems(const Select& select, const Scope& scope,
   QualifyNames(items);
 }
 
-// Columns of one name from several tables are told apart by the tables' names.
+// Columns of the same name from several tables are qualified with the table names.
 void SelectTranslator::QualifyNames(std::vector<Item>& items) {
-  std::unordered_map<std::string, std::set<std::string>> columns;  // by name: SQLite texts
+  std::unordered_map<std::string, std::set<std::string>> columns;  // SQLite text, by name
   for (const Item& item : items)
     if (!item.source.empty()) columns[ToLower(item.name)].insert(item.fragment.sql);
   for (Item& item : items)
@@ -253,7 +253,7 @@ std::string SelectTranslator::TranslateSources(const Source& source, Scope& scop
 std::string SelectTranslator::TranslateJoin(const Source& join, Scope& scope) {
   const std::string left = TranslateSources(*join.left, scope);
   const std::string right = TranslateSources(*join.right, scope);
-  // A chain of joins on the left needs no brackets of its own.
+  // A chain of joins on the left needs no brackets.
   const bool left_is_join = join.left->left != nullptr;
   const bool right_is_join = join.right->left != nullptr;
   if (join.join == JoinKind::kCross)
@@ -283,13 +283,13 @@ std::string SelectTranslator::TranslateTable(const Source& source, Scope& scope)
   }
   if (scope.FindSource(added.name) != nullptr)
     state_.Fail(engine_error::kSyntax,
-                "The table name '" + added.name + "' stands twice in the FROM clause.");
+                "Duplicate table name '" + added.name + "' in the FROM clause.");
   scope.Add(std::move(added));
   return "t" + std::to_string(entry.number) + " as " + alias;
 }
 
 std::string SelectTranslator::TranslateDerived(const Source& source, Scope& scope) {
-  // A select in the from clause sees nothing of the one it stands in.
+  // A subquery in the from clause cannot see the enclosing select.
   const Result result = Translate(*source.select, nullptr);
   const std::string alias = "s" + std::to_string(state_.next_source++);
   ScopeSource added{.name = source.alias};
@@ -369,8 +369,8 @@ std::string SelectTranslator::Assemble(const Select& select, const std::vector<I
   return AssembleTop(*select.top, Listed(names), items.size(), " from (" + distinct + ")", order);
 }
 
-// With an order, rows that tie with the last one wanted are handed out as well: the rank of a row
-// is one more than the number of rows before all its equals.
+// With an order, rows that tie with the last requested one are included: the rank of a row is one
+// more than the number of rows that sort before it.
 std::string SelectTranslator::AssembleTop(const Top& top, const std::string& items,
                                           std::size_t count, const std::string& tail,
                                           const std::vector<Key>& order) {
@@ -384,7 +384,7 @@ std::string SelectTranslator::AssembleTop(const Top& top, const std::string& ite
       "select " + Listed(names) + " from (select " + items + ", " + rank + " as rank_of_row";
   if (top.percent) sql += ", count(*) over () as row_total";
   sql += tail + ") where ";
-  // A share of the rows is rounded up.
+  // A percentage of the rows is rounded up.
   sql +=
       top.percent ? "(rank_of_row - 1) * 100 < row_total * " + wanted : "rank_of_row <= " + wanted;
   return sql + " order by rank_of_row";

@@ -1,4 +1,4 @@
-// Turns whole selects into SQLite text: sources, items, groups, unions, order and top.
+// Translates whole selects into SQLite text: sources, items, groups, unions, order and top.
 #pragma once
 
 #include <optional>
@@ -20,8 +20,8 @@ class SelectTranslator : public SubselectTranslator {
     std::optional<TopRows> top = {};
   };
   Result Translate(const Select& select, const Scope* outer);
-  // The same for a statement that stands by itself, whose ties behind top are left to the caller:
-  // SQLite keeps only the first rows then, which takes a fifth of the time of ranking them all.
+  // The same for a top-level statement. Handling ties after "top n" is left to the caller: SQLite
+  // then keeps only the first rows, in a fifth of the time that ranking all of them takes.
   Result TranslateStatement(const Select& select);
 
   Subselect TranslateColumn(const Select& select, const Scope& outer, Type compared_with) override;
@@ -31,11 +31,11 @@ class SelectTranslator : public SubselectTranslator {
   struct Item {
     Fragment fragment;
     std::string name;
-    std::string alias = {};                  // as the statement gives it
-    std::string source = {};                 // of a column without alias: its table
+    std::string alias = {};                  // as given in the statement
+    std::string source = {};                 // the table of a column without alias
     const Expression* expression = nullptr;  // null for the columns of *
   };
-  // A select without its order, its items not yet put down.
+  // A select without order, its items not yet written.
   struct Body {
     std::vector<Item> items;
     std::string tail;  // from the from clause on
@@ -67,7 +67,7 @@ class SelectTranslator : public SubselectTranslator {
   std::vector<Key> TranslateOrder(const Select& select, const std::vector<Item>& items,
                                   ExpressionTranslator& expressions, const Scope& scope,
                                   bool by_output);
-  // The place of an order item among the items: its position, name or expression.
+  // The index of an order item among the items, found by position, name or expression.
   std::optional<std::size_t> FindItem(const Expression& expression, const std::vector<Item>& items);
   std::string Assemble(const Select& select, const std::vector<Item>& items,
                        const std::string& tail, const std::vector<Key>& order);

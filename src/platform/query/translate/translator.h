@@ -1,4 +1,5 @@
-// Turns a parsed statement of the engine's dialect into one that SQLite runs over the table cache.
+// Translates a parsed statement of the engine's dialect into one that SQLite runs over the table
+// cache.
 #pragma once
 
 #include <optional>
@@ -16,15 +17,15 @@ struct OutputColumn {
   Type type = Type::kNull;
 };
 
-// A literal of the statement, handed to SQLite as the parameter of the same position.
+// A literal of the statement, passed to SQLite as the parameter at the same position.
 struct Parameter {
-  std::size_t token = 0;  // the literal's place among the tokens
+  std::size_t token = 0;  // the literal's index among the tokens
   Type type = Type::kNull;
 };
 
-// A statement that wants so many rows of an order: it hands out the order's keys behind its columns
-// and takes a limit as its last parameter. Rows that tie with the last one wanted belong to the
-// result too; whoever steps the statement sees to that.
+// A "select top n … order by": the sort keys are returned after the columns, and the limit is the
+// last parameter. Rows that tie with the last one belong to the result too; whoever steps the
+// statement handles that.
 struct TopRows {
   std::int64_t count = 0;
   std::vector<Type> keys;
@@ -45,7 +46,7 @@ class Catalogue {
     std::size_t number = 0;  // the table is t<number> in SQLite
     const CachedTable* table = nullptr;
   };
-  // Reads the table into the cache; `table` is null when the file has none of this name.
+  // Reads the table into the cache; `table` is null if the file has none of this name.
   virtual Entry FindTable(std::string_view name) = 0;
 };
 

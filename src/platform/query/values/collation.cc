@@ -12,11 +12,11 @@ namespace tenora::query {
 namespace {
 
 // The sort weight of a character under the engine's "General" sort order: what the keys of a text
-// index are made of.
+// index consist of.
 // Bytes from the highest: first and second primary byte (0: none), first and second accent byte (0:
 // none, which counts as 2). Upper- and lower-case letters weigh the same. With both primary bytes 0
-// the word is either 0, a character that sorting passes over, or 0x0600 + weight: a hyphen or an
-// apostrophe, which count only where all else is equal.
+// the word is either 0, an ignorable character, or 0x0600 + weight: a hyphen or an
+// apostrophe, which count only if all else is equal.
 using CharacterWeight = std::uint32_t;
 
 // U+0020 to U+024F.
@@ -105,7 +105,7 @@ constexpr std::array<std::uint32_t, 47> kPunctuation = {
 
 constexpr std::uint32_t kEuroSign = 0x35A10000;
 
-// True when the engine's weight of the character is known.
+// False if the engine's weight of the character is not known.
 bool FindCharacterWeight(char32_t character, CharacterWeight& weight) {
   if (character >= 0x20 && character < 0x20 + kLatin.size()) {
     weight = kLatin[character - 0x20];
@@ -120,7 +120,7 @@ bool FindCharacterWeight(char32_t character, CharacterWeight& weight) {
 }
 
 constexpr std::uint8_t kPlainAccent = 2;
-// Leads the primary bytes of a character whose weight the tables lack; higher than any in them.
+// The first primary byte of a character that is not in the tables; higher than any in them.
 constexpr char kUnlisted = '\xFE';
 
 // What one character adds to a text's sort key.
@@ -136,7 +136,7 @@ CharacterKey UnlistedKey(char32_t character) {
   CharacterKey key;
   key.accents[0] = kPlainAccent;
   key.accent_count = 1;
-  if (character < 0x20) {  // control characters: between the blank and the exclamation mark
+  if (character < 0x20) {  // control characters sort between the blank and the exclamation mark
     key.primary = {'\x08', static_cast<char>(0x10 + character)};
     key.primary_size = 2;
     return key;
@@ -232,7 +232,7 @@ int CompareText(std::string_view left, std::string_view right) {
   right = WithoutTrailingBlanks(right);
   if (left == right) return 0;
   const std::size_t common = std::min(left.size(), right.size());
-  // Most texts are plain ASCII: weigh them in place, and build keys only from where that fails.
+  // Most texts are ASCII: compare their weights in place and build keys only if that fails.
   for (std::size_t i = 0; i < common; ++i) {
     const std::uint16_t l = AsciiWeight(left[i]), r = AsciiWeight(right[i]);
     if (l == 0 || r == 0) return CompareKeys(SortKey(left), SortKey(right));

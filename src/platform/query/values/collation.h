@@ -1,5 +1,5 @@
-// How the engine compares texts: letter case does not count, accents do, hyphens and apostrophes
-// count only between texts that are otherwise equal, trailing blanks never.
+// How the engine compares texts: case-insensitive, accent-sensitive; hyphens and apostrophes count
+// only between texts that are otherwise equal, trailing blanks never.
 #pragma once
 
 #include <sqlite3.h>
@@ -9,10 +9,10 @@
 
 namespace tenora::query {
 
-// Below 0, 0 or above 0 as `left` sorts before, equal to or after `right`. Texts are UTF-8.
+// Negative, 0 or positive as `left` sorts before, equal to or after `right`. Texts are UTF-8.
 int CompareText(std::string_view left, std::string_view right);
 
-// The name under which a connection knows this order.
+// The name of this collation in a connection.
 inline constexpr char kCollationName[] = "engine";
 void RegisterCollation(sqlite3* connection);
 

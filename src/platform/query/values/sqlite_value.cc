@@ -32,7 +32,7 @@ Value ReadInteger(std::int64_t number, Type type) {
   }
 }
 
-// SQLite turns whole numbers that overflow into floating point.
+// SQLite turns integers that overflow into floating point.
 Value ReadReal(double number, Type type) {
   if (type == Type::kCurrency || type == Type::kDate) throw StandardError(error_number::kOverflow);
   if (type == Type::kBoolean) return number != 0;
@@ -99,7 +99,7 @@ Date DateFromSeconds(std::int64_t seconds) {
     --day;
   }
   const double fraction = static_cast<double>(second) / static_cast<double>(kSecondsPerDay);
-  // Before the first day the fraction still counts forward from midnight.
+  // Before day 0, too, the fraction counts forward from midnight.
   return Date::FromSerial(static_cast<double>(day) + (day < 0 ? -fraction : fraction));
 }
 
@@ -168,12 +168,12 @@ void BindValue(sqlite3_stmt* statement, int parameter, const Value& value) {
                                    SQLITE_UTF8);
       }
       case Type::kNull:
-      case Type::kBinary:  // there are no literals of it
+      case Type::kBinary:  // has no literals
         break;
     }
     return sqlite3_bind_null(statement, parameter);
   };
-  // A parameter left unbound would count as null and find other rows.
+  // An unbound parameter would be null and match other rows.
   RequireDone(bind());
 }
 

@@ -1,4 +1,4 @@
-// The types that values have in statements, and how SQLite holds each of them.
+// The types of values in statements, and how SQLite stores each of them.
 #pragma once
 
 #include <sqlite3.h>
@@ -11,12 +11,12 @@
 namespace tenora::query {
 
 enum class Type : std::uint8_t {
-  kNull,      // nothing but null
+  kNull,      // always null
   kBoolean,   // INTEGER, -1 or 0
   kInteger,   // INTEGER
-  kDouble,    // REAL (or an INTEGER that an expression left)
+  kDouble,    // REAL (or the INTEGER result of an expression)
   kCurrency,  // INTEGER, ten-thousandths
-  kDate,      // INTEGER, seconds since 30 December 1899 00:00, so that all dates order by time
+  kDate,      // INTEGER, seconds since 30 December 1899 00:00, so that dates sort by time
   kText,      // TEXT
   kBinary,    // BLOB
 };
@@ -29,23 +29,23 @@ Type TypeOf(access::ColumnType type);
 std::int64_t DateToSeconds(Date date);
 Date DateFromSeconds(std::int64_t seconds);
 
-// The letter that stands for a type in the signature argument of our SQLite functions.
+// The letter for a type in the signature argument of our SQLite functions.
 char TypeLetter(Type type);
 Type TypeOfLetter(char letter);
 
-// A value of an expression of static type `type`. Raises 6 (Overflow) for an amount of money or a
-// date that went out of range.
+// The value of an expression of static type `type`. Raises 6 (Overflow) for a currency amount or
+// date out of range.
 Value ReadValue(sqlite3_value* value, Type type);
 
 void SetResult(sqlite3_context* context, const Value& value);
 // Parameters of a statement count from 1. Text is copied.
 void BindValue(sqlite3_stmt* statement, int parameter, const Value& value);
 
-// The value as one of the given type, null staying null. Raises 13 (Type mismatch) and 6.
+// The value converted to the type; null stays null. Raises 13 (Type mismatch) and 6.
 Value ConvertTo(const Value& value, Type type);
 
-// Raises 3035 unless SQLite did what it was asked: with a value or function of ours it fails only
-// when out of memory.
+// Raises 3035 unless the status is SQLITE_OK; calls that are checked with it fail only when out of
+// memory.
 void RequireDone(int sqlite_status);
 
 }  // namespace tenora::query

@@ -10,10 +10,8 @@
 namespace tenora::query {
 namespace {
 
-// Groups of equal texts in the order of the engine's text index: groups apart by "|", equal texts
-// by
-// "=". A text with an apostrophe or dash stands behind its plain form and before all that goes on
-// otherwise.
+// Groups of equal texts in the order of the engine's text index: groups separated by "|", equal
+// texts by "=". A text with an apostrophe or dash sorts directly after its plain form.
 std::vector<std::vector<std::string>> Order() {
   std::vector<std::vector<std::string>> order;
   for (const std::string& group :
