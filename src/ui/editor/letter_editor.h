@@ -5,7 +5,6 @@
 #include <QStringList>
 #include <QTextEdit>
 #include <functional>
-#include <vector>
 
 #include "platform/richtext/rich_text_box.h"
 #include "ui/editor/codes/code_completer.h"

@@ -37,7 +37,7 @@ Converted ThroughQt(const std::string& rtf) {
   back.blocks = reader.Read(shown);
   result.after = richtext::WriteRtf(back);
 
-  // Every character that is shown as itself stands where the map says.
+  // Every character that is shown as itself is at the position that the map gives.
   const std::u16string text = richtext::PositionText(letter.blocks);
   for (int i = 0; i < static_cast<int>(text.size()); ++i) {
     const int place = reader.positions().ToQt(i);

@@ -41,8 +41,8 @@ TEST_F(TypingKeysTest, LeavesProtectedTextAsItIs) {
   EXPECT_EQ(box.Text(), "x sax cd");
 }
 
-// Keys met a selection that ends behind a picture or in an empty cell with a change of its format.
-TEST_F(TypingKeysTest, KeepsTheFormatsOfASelectionThatKeysMeet) {
+// A key once changed the format of a selection that ended after a picture or in an empty cell.
+TEST_F(TypingKeysTest, KeepsTheFormatsOfASelection) {
   Open("\\pard\\f0\\fs24\\b bold\\b0  plain\\page\\par end");
   const std::string before = Written();
   box.Select(0, 11);

@@ -36,7 +36,7 @@ TEST_F(UndoHistoryTest, LeavesAnUntouchedLetterWithoutSteps) {
   EXPECT_EQ(box.TextRTF(), before);
 }
 
-TEST_F(UndoHistoryTest, PassesOverChangesOfTheLooks) {
+TEST_F(UndoHistoryTest, SkipsChangesOfTheLooks) {
   // Steps: i inserts a character, r replaces the first in an edit block, l changes the looks.
   struct Case {
     const char* steps;

@@ -74,9 +74,9 @@ bool TypingKeys::MayType(const QKeyEvent& event) {
 
 bool TypingKeys::GoToCell(const QKeyEvent& event) {
   if (!tables_.CaretInTable()) return false;
-  const bool forth = event.key() == Qt::Key_Tab && event.modifiers() == Qt::NoModifier;
-  if (!forth && event.key() != Qt::Key_Backtab) return false;
-  tables_.MoveToCell(forth ? Side::kAfter : Side::kBefore);
+  const bool forward = event.key() == Qt::Key_Tab && event.modifiers() == Qt::NoModifier;
+  if (!forward && event.key() != Qt::Key_Backtab) return false;
+  tables_.MoveToCell(forward ? Side::kAfter : Side::kBefore);
   return true;
 }
 

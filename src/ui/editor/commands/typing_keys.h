@@ -33,7 +33,7 @@ class TypingKeys {
   bool MayType(const QKeyEvent& event);
   bool LeaveList(const QKeyEvent& event);
   void TypeOver(const QString& text);
-  // Qt gives an empty block behind a table no height.
+  // Fills the empty line that Enter left after a table: Qt gives such a block no height.
   void ShowEmptyLineBehindTable();
 
   EditedLetter& letter_;

@@ -80,7 +80,7 @@ EditedLetter::Reading& EditedLetter::Read() {
 
 const PositionMap& EditedLetter::Positions() { return (reading_ ? *reading_ : Read()).positions; }
 
-// The positions stay: each change through the box asks for them, and few for the blocks again.
+// The positions stay: the box asks for the selection again and again, for the blocks once.
 std::vector<richtext::Block> EditedLetter::TakeBlocks() {
   if (!reading_ || !reading_->has_blocks) Read();
   reading_->has_blocks = false;

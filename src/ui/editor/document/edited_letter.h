@@ -35,7 +35,7 @@ class EditedLetter : public QObject, private RichTextView {
   // Puts parts of a letter, whose numbers are on this letter's tables, in the selection's place.
   void InsertBlocks(const std::vector<richtext::Block>& blocks);
   // False, with a message in the status bar, where a change of the range would change protected
-  // text; an empty range stands for typing there.
+  // text; an empty range means typing there.
   bool MayChange(int start, int end);
   // Runs a change of the document that is no change of the letter.
   void WithoutEdit(const std::function<void()>& change);

@@ -7,8 +7,7 @@
 namespace tenora {
 namespace {
 
-// Stands in Qt's history behind a change of looks and counts its commands when they are undone or
-// redone.
+// Follows a change of looks in Qt's history and counts its commands when they are undone or redone.
 class LooksCommand : public QAbstractUndoItem {
  public:
   LooksCommand(int commands, int* total) : commands_(commands), total_(*total) {}

@@ -1,5 +1,4 @@
-// The steps that can be undone in a letter. Changes of its looks alone, such as zooming makes, are
-// none of them.
+// Undo and redo of a letter. Changes of its looks alone, such as those of zooming, are not steps.
 #pragma once
 
 #include <functional>
@@ -17,16 +16,16 @@ class UndoHistory {
 
   void Undo();
   void Redo();
-  // Runs a change of the document that leaves the letter as it is. An untouched letter has nothing
-  // to undo afterwards. Behind the writer's own steps Qt keeps the change in its history, which
-  // cannot be switched off without losing them: Undo and Redo then pass it over.
+  // Runs a change of the document that leaves the letter as it is. In a letter without a history it
+  // leaves nothing to undo. Otherwise Qt records it, since its history cannot be switched off
+  // without losing the writer's steps, and Undo and Redo skip it.
   void ChangeLooks(const std::function<void()>& change);
 
  private:
   void Step(void (QTextEdit::*step)(), bool (QTextDocument::*available)() const);
 
   EditedLetter& letter_;
-  // Qt's commands that changed looks alone and were undone or redone by the step in hand.
+  // How many of Qt's commands that the current step has undone or redone changed looks alone.
   int looks_commands_ = 0;
 };
 

@@ -7,8 +7,8 @@
 namespace tenora {
 
 bool IsProtected(const QTextFormat& format);
-// True when replacing the range would change protected text. An empty range stands for typing
-// there, which is free at the edges of such text.
+// True when replacing the range would change protected text. An empty range means typing
+// there, which is allowed at the edges of such text.
 bool TouchesProtected(const QTextDocument& document, int start, int end);
 
 }  // namespace tenora

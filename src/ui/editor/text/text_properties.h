@@ -26,7 +26,7 @@ enum LetterProperty {
 // The object type of every U+FFFC in a letter.
 inline constexpr int kLetterObject = QTextFormat::UserObject + 1;
 
-// One character of the QTextDocument that stands for something else of the letter.
+// What one U+FFFC of the QTextDocument represents in the letter.
 struct InlineObject {
   enum class Kind {
     kPicture,    // a run with a picture
