@@ -1,4 +1,4 @@
-// The process: makes the parts the program stands on, hands them down and starts Main.
+// The process: makes the process-wide services, hands them down and starts Main.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -28,9 +28,9 @@
 
 namespace {
 
-// A standard descriptor that the caller has closed would be given to the next file that is opened,
-// and what is printed would end up in the rental database. What stands in for it here fails as the
-// closed one would.
+// A standard descriptor that the caller has closed would be reused for the next file that is
+// opened, and output would end up in the rental database. Its substitute fails as the closed one
+// would.
 void KeepStandardDescriptorsTaken() {
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (::fcntl(fd, F_GETFD) == -1) {
@@ -49,7 +49,7 @@ std::unique_ptr<tenora::printing::Printers> MakePrinters() {
       {.default_printer = Environment("TENORA_PRINTER"), .pdf_target = Environment("TENORA_PDF")});
 }
 
-// The rooms above the platform, made from what this process finds in the machine.
+// Calls `use` with the process-wide services, made from this process's environment.
 template <typename Use>
 int WithPlatform(tenora::Dialogs& dialogs, Use&& use) {
   using namespace tenora;
@@ -102,7 +102,7 @@ int RunGenerateCommand(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A file that may grow no further is an error to report, like a full disk, and not our end.
+  // Report a file that reaches its size limit, like a full disk, instead of dying of SIGXFSZ.
   std::signal(SIGXFSZ, SIG_IGN);
   KeepStandardDescriptorsTaken();
   try {

@@ -85,7 +85,7 @@ fs::path Database::LocateDatabase() {
   if (networkable == 0) return OwnDatabase();
   const fs::path stored = StoredLocation();
   if (IsFile(stored)) return stored;
-  // Once a run: every letter opens the database anew.
+  // Once a run: every letter reopens the database.
   if (std::exchange(unreachable_told_, stored) == stored) return OwnDatabase();
   platform_.dialogs.Say(std::string("Unable to access ")
                             .append(kLineBreak)
@@ -102,7 +102,7 @@ fs::path Database::DataFolder() {
   return data_folder_;
 }
 
-// Whatever goes wrong here only decides for the program folder.
+// Any failure decides for the program folder.
 fs::path Database::DecideDataFolder() {
   try {
     if (settings_.GetSettingAs(ToDouble, kSection, "Networkable", "0") == 0) {

@@ -1,4 +1,4 @@
-// The rental database: where it lies, the one open connection, and the guarded record-set
+// The rental database: where it is, the one open connection, and the guarded record-set
 // operations through which every read goes. Each operation catches its own errors and reports them
 // under a fixed label through DataErrorReport; callers then see an empty result.
 #pragma once
@@ -29,7 +29,7 @@ class Database {
   void CloseDatabase();
   bool IsOpen() const { return open_ != nullptr; }
 
-  // The folder under which templates and letters lie; decided at the first call and kept.
+  // The folder that holds templates and letters; decided at the first call and kept.
   std::filesystem::path DataFolder();
   // Set by the print commands: suppresses the data-folder warning.
   void SetCommandMode() { command_mode_ = true; }
@@ -43,14 +43,14 @@ class Database {
   void DataClose(RecordsetPtr& set);
 
   // "select FIELD as result from TABLE CLAUSE": the first row's value, or the default for a null or
-  // no row. A value that is no text or date raises 13.
+  // no row. A value that is not a text or date raises 13.
   std::string LookupText(std::string_view field, std::string_view table, std::string_view clause,
                          std::string_view default_text);
   Date LookupDate(std::string_view field, std::string_view table, std::string_view clause,
                   Date default_date);
 
   // Shows a failed database operation and appends it to the month's error log. The label names the
-  // operation to the reader of the code only: neither the box nor the log line has room for it.
+  // operation to the reader of the code only: neither the message nor the log line shows it.
   void DataErrorReport(std::string_view label, const RuntimeError& error);
 
   // How many errors DataErrorReport has shown: a caller that must not go on with the empty result

@@ -12,7 +12,7 @@ class Options {
  public:
   explicit Options(Database& database) : database_(database) {}
 
-  // Read anew at every call; raises 13 (Type mismatch) when the field holds no number.
+  // Read again at every call; raises 13 (Type mismatch) when the field is not a number.
   std::int16_t WhatPaysFirst();
   const std::string& RentGroup();         // kept after the first non-empty read
   const std::string& ExtraChargeCodes();  // "('xydhgus','WATER')", kept after the first read

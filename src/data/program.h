@@ -1,4 +1,4 @@
-// The places and flags of this run that everything else hangs on.
+// The process-wide services that main makes, and the program folder.
 #pragma once
 
 #include <filesystem>
@@ -9,7 +9,6 @@ namespace tenora {
 // that holds property.mdb, else the user's data folder for Tenora (~/.local/share/Tenora).
 std::filesystem::path ProgramFolder();
 
-// What the library under the program finds in the machine.
 class Clock;
 class Dialogs;
 class Locale;
@@ -23,7 +22,7 @@ namespace printing {
 class Printers;
 }
 
-// The parts main makes and hands down; all outlive the session.
+// The services that main makes and hands down; all outlive the session.
 struct Platform {
   const Clock& clock;
   Dialogs& dialogs;

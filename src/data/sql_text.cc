@@ -20,7 +20,7 @@ std::string_view LastCharacters(std::string_view text, int count) {
   return text.substr(start);
 }
 
-// Where the character behind the first `count` ones starts; npos when there is none.
+// Where the character after the first `count` ones starts; npos when there is none.
 std::size_t EndOfCharacters(std::string_view text, int count) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (!StartsCharacter(text[i])) continue;
@@ -30,18 +30,18 @@ std::size_t EndOfCharacters(std::string_view text, int count) {
   return std::string_view::npos;
 }
 
-// An apostrophe behind a comparison opens a literal. "ke" is the end of the word like.
+// An apostrophe after a comparison opens a literal. "ke" is the end of the word like.
 bool OpensLiteral(std::string_view before) {
   const std::string_view window = LastCharacters(before, 3);
   return window.find_first_of("=<>") != std::string_view::npos || ContainsNoCase(window, "ke");
 }
 
 // An apostrophe in front of " and", " or" or " order" closes one. The test needs a fifth character
-// behind the four it looks at.
-bool ClosesLiteral(std::string_view behind) {
-  const std::size_t end = EndOfCharacters(behind, 4);
+// after the four it looks at.
+bool ClosesLiteral(std::string_view after) {
+  const std::size_t end = EndOfCharacters(after, 4);
   if (end == std::string_view::npos) return false;
-  const std::string_view window = behind.substr(0, end);
+  const std::string_view window = after.substr(0, end);
   for (const std::string_view word : {" and", "  an", " or ", " ord"}) {
     if (EqualsNoCase(window, word)) return true;
   }

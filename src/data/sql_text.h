@@ -22,7 +22,8 @@ std::string SQLDate(Date date);
 // With the time in front: #14:30:00 03/05/2026#.
 std::string SQLDateTime(Date date);
 
-// Locale information by its system number, or the default when the system gives none.
+// Locale information by its system number, or the default when the system gives none. The number's
+// meaning is in platform/locale.
 std::string LocaleText(const Locale& locale, int type, std::string_view default_text);
 // The pattern of amounts: "###0." and one zero per fractional digit of the currency.
 std::string NumberFormat(const Locale& locale);

@@ -64,7 +64,7 @@ class frmLetter {
 
   // Saves a generated letter in its recipient's folder as "title.rtf" or, where that is taken,
   // under the first free of "title(1).rtf", "title(2).rtf", …; never over a file, also when other
-  // programs save at the same moment. An error is shown and gives false; nothing is left behind.
+  // programs save at the same moment. An error is shown and gives false; no partial file remains.
   bool SaveTenantTemplate(Durability durability = Durability::kSynced);
   // The same for a batch: an error is raised, and what is saved with kUntilSync waits for the
   // SyncFiles of its group.
@@ -91,11 +91,11 @@ class frmLetter {
 
   // Asks for a text, from then on that of FindAgain, and selects its first occurrence.
   void Find();
-  // From one character behind the caret on.
+  // From one character after the caret on.
   void FindAgain();
 
   // Writes the letter to its file, as SaveAs where it has none. A write that fails leaves the file
-  // as it was and the letter marked as changed; no box says so: OnSaveFailed does, and false.
+  // as it was and the letter marked as changed; it is reported by OnSaveFailed and the result.
   bool Save();
   // Asks for the title and writes to that file in the letter's folder, which is made where missing.
   // Cancelling leaves the title empty, deliberately. False also when cancelled.

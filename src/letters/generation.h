@@ -1,4 +1,4 @@
-// The generation routine behind frmMain's cmdGenerate_Click and `tenora generate`: one letter for
+// The generation routine of frmMain's cmdGenerate_Click and `tenora generate`: one letter for
 // each recipient, merged, saved and printed or mailed. Every run keeps a run log beside the letters
 // (docs/generating.md), from which a run that was cut short is resumed.
 #pragma once
@@ -27,7 +27,7 @@ struct LetterReport {
   enum class Result {
     kDone,     // all that was asked
     kFailed,   // not all; `problem` says why, and resuming tries again
-    kInDoubt,  // handed over, but whether it arrived is not known: never sent again
+    kInDoubt,  // handed over, but it is not known whether it arrived: never sent again
   };
 
   std::size_t number = 0;  // of the recipient, from 1
@@ -44,14 +44,14 @@ class GenerationObserver {
   virtual ~GenerationObserver() = default;
   // The log is written; `count` letters are to be made.
   virtual void Started(std::size_t /*count*/, const std::filesystem::path& /*log*/) {}
-  // A letter (or its PDF) lies on the disk under this name.
+  // A letter (or its PDF) has been written under this name.
   virtual void Saved(const std::filesystem::path& /*file*/) {}
-  // A letter is through. One whose disk or printer fails at the end is reported a second time.
+  // A letter is finished. One whose disk or printer fails at the end is reported a second time.
   virtual void LetterFinished(const LetterReport& /*report*/) {}
   // The print job has ended; the file is that of the PDF printer, else empty.
   virtual void JobPrinted(std::size_t /*letters*/, const std::filesystem::path& /*file*/) {}
-  // Asked after each letter, and the moment to yield to a window's events: true ends the run after
-  // the letter in hand.
+  // Asked after each letter, when a window may also process its events: true ends the run after the
+  // current letter.
   virtual bool StopAsked() { return false; }
 };
 
@@ -61,8 +61,8 @@ struct GenerationSummary {
   std::size_t done = 0;                // with those done before
   std::size_t done_before = 0;         // by the runs that this one resumes
   std::vector<LetterReport> failed;    // why not, each
-  std::vector<LetterReport> in_doubt;  // to be looked at by a person
-  bool stopped = false;   // by StopAsked, an error with kStop, or a mail server that never answers
+  std::vector<LetterReport> in_doubt;  // for a person to check
+  bool stopped = false;  // by StopAsked, an error with kStop, or a mail server that does not answer
   bool composed = false;  // mailed means: opened in the mail program, for the user to send
   std::filesystem::path log;
 
@@ -70,7 +70,7 @@ struct GenerationSummary {
   bool complete() const { return done == asked; }
 };
 
-// Decides whom letters are made for, from the caches as the run has just loaded them.
+// Chooses the recipients, from the caches as the run has just loaded them.
 using ChooseRecipients = std::function<std::vector<Recipient>(const Caches& caches)>;
 
 class Generation {
@@ -82,7 +82,7 @@ class Generation {
 
   // Opens the database, reloads the caches and the options and closes it; fills the request's
   // recipients by `choose`; then makes the letters. The template is read once: it may change or
-  // vanish while the run goes on. Raises, with nothing begun: a database that cannot be read (91,
+  // disappear during the run. Raises before anything is made: a database that cannot be read (91,
   // shown already), a template or run log that cannot be read or written, what `choose` raises.
   GenerationSummary Run(GenerationRequest request, const ChooseRecipients& choose);
 
@@ -102,8 +102,8 @@ class Generation {
 };
 
 // As the window calls it, for the dialog's selection text. An error is shown in a box titled
-// "frmMain - cmdGenerate_Click" and ends the run; letters already made stay, and the log resumes
-// what is left.
+// "frmMain - cmdGenerate_Click" and ends the run; letters already made stay, and the rest can be
+// resumed from the log.
 GenerationSummary GenerateSelection(Session& session, GenerationRequest request,
                                     std::string_view selection, GenerationObserver& observer,
                                     printing::Printers* printers = nullptr);

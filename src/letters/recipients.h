@@ -52,13 +52,13 @@ std::string RemoveProperty(std::string_view item_text);
 // is given whole, where RemoveProperty would cut it into another's.
 std::string SelectionText(std::span<const RecipientRow> chosen);
 
-// Which of the chosen would see their letter made for a namesake, since the selection's text gives
-// only names: a question for the user, empty when there is none.
+// Which of the chosen recipients would be replaced by a namesake, since the selection's text has
+// only names: a question for the user, empty when there are none.
 std::string NamesakeQuestion(const Caches& caches, std::span<const RecipientRow> chosen);
 
-// The recipients of a selection text, in its order. Each name stands for the first tenant (or
-// owner) that bears it, as the text cannot tell namesakes apart. A name that itself holds ";" is
-// found again by putting its pieces together; one that nobody bears is kept, so that its letter
+// The recipients of a selection text, in its order. Each name refers to the first tenant (or
+// owner) that has it, as the text cannot tell namesakes apart. A name that itself holds ";" is
+// found again by putting its pieces together; one that nobody has is kept, so that its letter
 // fails by name.
 std::vector<Recipient> SplitSelection(const Caches& caches, std::string_view template_kind,
                                       std::string_view selection);

@@ -18,7 +18,7 @@ constexpr std::array<std::string_view, 20> kSmall{
 constexpr std::array<std::string_view, 10> kTens{"",      "",      "Twenty",  "Thirty", "Forty",
                                                  "Fifty", "Sixty", "Seventy", "Eighty", "Ninety"};
 
-// Characters that fit on the stationery's first line.
+// Characters that fit on the first line of the stationery.
 constexpr std::size_t kLineLength = 50;
 
 // The number a few digits show. A sign alone counts as 0.
@@ -56,16 +56,16 @@ std::string Sentence(double amount, const CurrencyWords& currency) {
       .append(currency.cents);
 }
 
-// Breaks behind the last blank of the first line's room; without one there, all goes on the second.
+// Breaks after the last blank that fits on the first line; without one, all goes on the second.
 ValueWords OnTwoLines(const std::string& sentence) {
   std::string_view rest = sentence;
-  std::size_t behind_blank = 0;
+  std::size_t after_blank = 0;
   for (std::size_t count = 0; count < kLineLength && !rest.empty(); ++count) {
     const bool blank = TakeCodePoint(rest) == ' ';
-    if (blank) behind_blank = sentence.size() - rest.size();
+    if (blank) after_blank = sentence.size() - rest.size();
   }
   if (rest.empty()) return {sentence, ""};
-  return {sentence.substr(0, behind_blank), sentence.substr(behind_blank)};
+  return {sentence.substr(0, after_blank), sentence.substr(after_blank)};
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ struct CurrencyWords {
 };
 
 // "Twelve Dollars and 50 Cents". The wording holds for 0.00 to 999,999.99; any other number gives
-// some text. What is no finite number counts as 0.
+// some text. Infinity and NaN count as 0.
 ValueWords GetValueWords(double amount, const CurrencyWords& currency);
 // With the settings "Dollar" and "Cents" of section "Cheque".
 ValueWords GetValueWords(Settings& settings, double amount);

@@ -25,7 +25,7 @@ std::string CounterCondition(const std::string& building) {
 // Up to here every whole number has a double of its own.
 constexpr double kLargestNumber = 9007199254740991;
 
-// The number stored, 0 for a text that is none.
+// The number stored, 0 for a text that is not a number.
 std::int64_t StoredNumber(const std::string& text) {
   double number = 0;
   try {
@@ -48,7 +48,7 @@ void BeginSeries(Session& session, const std::string& building) {
   CreateReceiptNumberRecords(session, kCounterField, "Next Receipt Number", kFirstNumber, building);
 }
 
-// The number for this letter; the database says so from the commit on.
+// The number for this letter; it is stored with the commit.
 std::string AdvanceCounter(Session& session, const std::string& building) {
   Database& database = session.database;
   RecordsetPtr counter;

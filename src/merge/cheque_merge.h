@@ -11,7 +11,7 @@ namespace tenora {
 
 // Fills payee, amount in words and in numbers, and today's date as a short date. The result is the
 // error that ended the merge, which is not shown: codes replaced before it stay replaced, and such
-// a letter is no cheque.
+// a letter is not a cheque.
 std::optional<RuntimeError> InsertChequeDetails(const MergeTarget& target, const std::string& payee,
                                                 double amount);
 

@@ -48,8 +48,8 @@ class CodeRemover {
   }
 
  private:
-  // Keeps what stands up to the next prefix, and the prefix. What a removal has joined into another
-  // prefix counts.
+  // Keeps everything up to and including the next prefix. A prefix that a removal has joined
+  // together counts.
   bool NextPrefix() {
     const std::size_t most = prefix_.size() - 1;
     const std::size_t before = removed_ ? std::min(most, kept_.size()) : 0;
@@ -68,8 +68,8 @@ class CodeRemover {
     return true;
   }
 
-  // Drops the code whose prefix was kept last; a prefix without "<<" is none and stays. False when
-  // no code can be closed any more.
+  // Drops the code whose prefix was kept last; a prefix without "<<" is not a code and stays. False
+  // when no later code can be closed.
   bool TakeCode() {
     const std::size_t prefix = kept_.size() - prefix_.size();
     if (!std::string_view(kept_).substr(0, prefix).ends_with(kCodeStart)) return true;
@@ -83,7 +83,7 @@ class CodeRemover {
 
   const std::string& source_;
   std::string_view prefix_;
-  std::size_t at_ = 0;  // what stands before is kept or removed
+  std::size_t at_ = 0;  // everything before is kept or removed
   std::string kept_;
   bool removed_ = false;  // just before at_
 };

@@ -13,7 +13,7 @@ inline constexpr std::int16_t kPropertyParent = 202;
 inline constexpr std::int16_t kOwnerParent = 203;
 
 // Fills the custom codes of one prefix ("TCustom:") from the record's fields and removes those for
-// which the record has none. A prefix that is no code stays. The database is open. Raises the
+// which the record has none. A prefix that is not a code stays. The database is open. Raises the
 // failure when the fields cannot be read; the codes then stay.
 void InsertCustomFields(const MergeTarget& target, std::int16_t parent_type,
                         std::string_view parent_code, std::string_view prefix);

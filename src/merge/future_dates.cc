@@ -37,7 +37,7 @@ bool InsertFutureDates(const MergeTarget& target) {
       const std::string& source = editor.TextRTF();
       const std::size_t start = source.find(kFutureDateStart);
       if (start == std::string::npos) return true;
-      // No code behind an unclosed one can be closed either.
+      // No code after an unclosed one can be closed either.
       const std::size_t end = source.find(kCodeEnd, start);
       if (end == std::string::npos) return true;
       const std::string code = source.substr(start, end + kCodeEnd.size() - start);

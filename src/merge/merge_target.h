@@ -46,7 +46,7 @@ class HiddenEditor {
   LetterMembers& letter_;
 };
 
-// Every merge begins with this: the recipient stands in the caption, unless an item is inserted.
+// Every merge begins with this: the caption shows the recipient, unless an item is being inserted.
 inline void ShowRecipientInCaption(LetterMembers& letter) {
   if (!letter.Inserting) letter.Caption = letter.LetterTitle + " : " + letter.RecipientName;
 }

@@ -30,13 +30,13 @@ void FillFrom(const MergeTarget& target, const OwnerRecord& owner, OwnerMergeOut
   }
 }
 
-// What the walk's counter holds.
+// The largest value of the loop's counter.
 constexpr std::size_t kLastOwner = std::numeric_limits<std::int16_t>::max();
 
 void FillFromEveryNamesake(const MergeTarget& target, OwnerMergeOutcome& outcome) {
   std::size_t number = 0;
   for (const OwnerRecord& owner : target.session.caches.Owners) {
-    // The counter's size is deliberate. A letter that has been filled by then lacks nothing.
+    // The counter's size is deliberate. A letter that has been filled by then is complete.
     if (++number > kLastOwner) {
       if (outcome.owner_found) return;
       throw StandardError(error_number::kOverflow);

@@ -12,14 +12,14 @@ namespace tenora {
 // does.
 struct OwnerMergeOutcome {
   bool owner_found = false;
-  bool future_dates_inserted = true;  // false: a code that is no date stopped them, which was shown
+  bool future_dates_inserted = true;  // false: an invalid code stopped them, which was shown
   std::optional<RuntimeError> error;  // that ended the merge
 };
 
 // Fills the letter from the cached owner whose name is the recipient's, exactly. The database is
 // opened only for a letter with custom fields. Codes already replaced stay replaced when an error
-// ends the merge; a name that no owner has leaves every code in place. The walk over the owners
-// ends with 6 (Overflow) behind the 32767th; an owner found before is not touched by that.
+// ends the merge; a name that no owner has leaves every code in place. The loop over the owners
+// ends with 6 (Overflow) after the 32767th; an owner found before is not affected.
 OwnerMergeOutcome InsertOwnerDetails(const MergeTarget& target);
 
 }  // namespace tenora

@@ -20,7 +20,7 @@ constexpr std::size_t kShortestPrompt = 6;
 // A prompt in a document's source, as far as it is asked.
 struct Prompt {
   std::string_view code, message;  // with and without the brackets
-  std::size_t end = 0;             // behind the code
+  std::size_t end = 0;             // just past the code
 };
 
 std::optional<Prompt> NextPrompt(std::string_view source, std::size_t from) {
@@ -50,9 +50,9 @@ std::vector<std::string> PromptMessages(const RichTextBox& editor) {
 std::size_t InsertPrompts(const MergeTarget& target, const PromptAnswers& known) {
   RichTextBox& editor = target.editor;
   std::size_t cancelled = 0;
-  // A known answer that holds its own prompt would answer it for ever.
+  // A known answer that contains its own prompt would answer it forever.
   std::set<std::string, std::less<>> answered;
-  // From the beginning after every answer: one that holds a prompt is asked in its turn.
+  // From the beginning after every answer: a prompt inside an answer is asked in its turn.
   while (const auto prompt = NextPrompt(editor.TextRTF(), 0)) {
     const std::string message = editor.ShownForm(prompt->message);
     std::optional<std::string> answer;

@@ -9,10 +9,10 @@
 
 namespace tenora {
 
-// A code as it stands in the letter's RTF source: "<<name>>", characters beyond ASCII escaped.
+// A code as the letter's RTF source has it: "<<name>>", characters beyond ASCII escaped.
 std::string TagInSource(const RichTextBox& editor, std::string_view code_name);
 
-// Whether a text stands in the letter's RTF source, letter case counting.
+// Whether the letter's RTF source contains a text, case-sensitively.
 bool SourceContains(const RichTextBox& editor, std::string_view text);
 
 // Whether ReplaceCode has something to do for a code. In an insertion the test ignores letter case

@@ -42,7 +42,7 @@ void ReplaceTenancyCodes(const MergeTarget& target, const MergeSource& source,
   if (std::ranges::any_of(codes, needs_last_payment)) run_last_payment();
   for (const MergeCode& code : codes) {
     if (code.source == CodeSource::kClock) continue;
-    // A value put in before may itself hold a payment code.
+    // A value inserted earlier may itself contain a payment code.
     if (needs_last_payment(code)) run_last_payment();
     FillCode(target, code, source);
   }

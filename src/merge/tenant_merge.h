@@ -9,11 +9,11 @@
 namespace tenora {
 
 // How a tenant merge went. The merge itself reports none of this; the print commands do, because
-// paper with codes on it is no receipt.
+// paper with codes on it is not a receipt.
 struct TenantMergeOutcome {
   bool tenant_found = false;
   bool receipt_number_issued = true;  // false: the letter asks for one that was not issued
-  bool future_dates_inserted = true;  // false: a code that is no date stopped them, which was shown
+  bool future_dates_inserted = true;  // false: an invalid code stopped them, which was shown
   std::optional<RuntimeError> error;  // that ended the merge
 };
 

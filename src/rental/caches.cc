@@ -126,7 +126,7 @@ OwnerRecord& FillOwner(OwnerRecord& owner, const query::Recordset& row) {
   owner.AccountName = TextOf(row.Field("account_name"));
   owner.AccountNumber = TextOf(row.Field("account_number"));
   owner.ClosedStatus = FieldAs(ToBool, row, "ClosedStatus");
-  // By way of its text, as which a null is empty and no number.
+  // Converted from its text: a null is then an empty text, which is not a number.
   owner.FeeValue =
       FieldAs([](const Value& fee) { return ToDouble(TextOf(fee)); }, row, "fee_value");
   return owner;

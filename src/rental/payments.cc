@@ -9,7 +9,7 @@ namespace {
 // A product of an amount and a count of days.
 __extension__ using Wide = __int128;
 
-// Further than this an overpayment is taken for a mistake, and the schedule's end is the answer.
+// A longer overpayment is taken for a mistake; the result is then the schedule's end.
 constexpr std::int64_t kMostPaidDays = 32000;
 
 // Pays one charge out of what is left; false when that used everything up.
@@ -49,7 +49,7 @@ std::int64_t DaysOf(const RentPeriod& period) {
   return DaysBetween(period.PeriodFrom, period.PeriodTo) + 1;
 }
 
-// The days that the payment buys at the period's price, a half day to the even neighbour; more than
+// The days that the payment covers at the period's price, half a day rounded to even; more than
 // the period has when it is overpaid. RentDue is not 0.
 std::int64_t PaidDays(const RentPeriod& period) {
   return ScaledCount(DaysOf(period), period.Paid.ten_thousandths(),

@@ -25,7 +25,7 @@ struct Payments {
 void SpreadPayments(const Payments& payments, std::vector<RentPeriod>& schedule);
 
 // The day up to which a schedule with spread payments is paid; the empty date for an empty one.
-// Raises 5 when that day lies outside the calendar.
+// Raises 5 when that day is outside the calendar.
 Date PaidToDate(const std::vector<RentPeriod>& schedule, Date today);
 
 }  // namespace tenora

@@ -43,7 +43,7 @@ std::vector<RentPeriod> StoredPeriods(Session& session, const std::string& code)
   return schedule;
 }
 
-// Goes on behind the last stored period; a tenancy without any has no day to go on from.
+// Continues after the last stored period; a tenancy without any has no day to continue from.
 void ExtendToAsAtDate(Session& session, const std::string& code,
                       std::vector<RentPeriod>& schedule) {
   if (schedule.empty()) return;
@@ -65,7 +65,7 @@ void ExtendToAsAtDate(Session& session, const std::string& code,
                   [&](const RentPeriod& period) { schedule.push_back(period); });
 }
 
-// The day behind which nothing is owed.
+// The day after which nothing is owed.
 Date CutOffDate(Session& session, const std::string& code) {
   if (IsSet(session.as_at_date)) return session.as_at_date;
   const Date without_end = session.platform.clock.Now().AddYears(kYearsWithoutEnd);

@@ -10,8 +10,8 @@
 
 namespace tenora {
 
-// Everything the answers rest on is read once, at construction, from the session's open database;
-// an answer as of before the latest payment then needs no further query.
+// Everything is read once, at construction, from the session's open database; a balance from before
+// the latest payment then needs no further query.
 class RentAccount {
  public:
   // Raises 94 (Invalid use of Null) for a stored period without a date, and what converting the

@@ -10,7 +10,7 @@
 namespace tenora {
 namespace {
 
-// A period's end and price: where the one behind it starts, and the rent charged up to there.
+// A period's end and price: where the next one starts, and the rent charged up to there.
 struct Step {
   Date next;
   Currency rent;
@@ -61,7 +61,7 @@ std::optional<Step> NextStep(Database& database, const RentTerms& terms, PeriodC
     ShowInvalidFrequency(database, unit);
     return std::nullopt;
   }
-  // "0 Week" would start every period where the last one started, without end.
+  // "0 Week" would start every period where the last one started and never end.
   if (terms.every_amt <= 0) {
     ShowInvalidFrequency(database, std::to_string(terms.every_amt) + " " + unit);
     return std::nullopt;
@@ -70,7 +70,7 @@ std::optional<Step> NextStep(Database& database, const RentTerms& terms, PeriodC
   if (unit == "Day") return Step{cursor.start.AddDays(terms.every_amt), terms.rent};
   if (unit == "Year") return Step{cursor.start.AddYears(terms.every_amt), terms.rent};
   if (terms.every_amt == 1) return AlignedMonthStep(terms, cursor.start);
-  // Rent due every second month or more seldom is neither aligned nor prorated.
+  // Rent due every second month or less often is neither aligned nor prorated.
   return Step{cursor.start.AddMonths(terms.every_amt), terms.rent};
 }
 
@@ -94,7 +94,7 @@ void GeneratePeriods(Database& database, const RentTerms& terms, Date end_date,
 void InsertRentPeriods(Database& database, const RentTerms& terms, Date end_date,
                        PeriodCursor& cursor) {
   GeneratePeriods(database, terms, end_date, cursor, [&](const RentPeriod& period) {
-    // The engine wants a point in the rent, whatever the locale.
+    // The engine needs a decimal point in the rent, whatever the locale.
     database.ExecuteSQL(
         "insert into rent_periods (tenant_code, "
         "period_from,period_to,rent_due,extra_charges,paid,extra_charges_paid) values(" +
@@ -114,7 +114,7 @@ ProratedRent ProrateWithinMonth(Date month_start, Date month_end, Date day_befor
 Currency ShareOfRent(Date from, Date to, Date cut_off, Currency amount, int decimals) {
   if (cut_off.Year() == kNoDateYear) return amount;
   const std::int64_t days = DaysBetween(from, to) + 1;
-  // Shown amounts round their halves away from zero, unlike the amounts worked out elsewhere.
+  // Displayed amounts round halves away from zero, unlike the amounts calculated elsewhere.
   if (days == 0) return amount.Scaled(1, 1, decimals, Halves::kAwayFromZero);
   return amount.Scaled(DaysBetween(from, cut_off) + 1, days, decimals, Halves::kAwayFromZero);
 }

@@ -1,5 +1,5 @@
 // A tenancy's rent falls due period by period. Here is one period, and everything that makes
-// periods or cuts them; what the payments do to them is in payments.h.
+// periods or shortens them; how payments are spread over them is in payments.h.
 #pragma once
 
 #include <cstdint>
@@ -35,10 +35,10 @@ struct RentTerms {
 
 inline constexpr std::int16_t kNoPartialWeek = -1;
 
-// Where the making of periods stands; carried from call to call.
+// How far the periods have been made; carried from call to call.
 struct PeriodCursor {
   Date start = {};     // of the next period to make
-  bool first = false;  // make one period even if `start` lies behind the end date
+  bool first = false;  // make one period even if `start` is after the end date
   std::int16_t first_week_days = kNoPartialWeek;  // days of a first partial period of weekly rent
 };
 
@@ -60,7 +60,7 @@ struct ProratedRent {
 };
 
 // Splits a month's rent, both parts to two decimals: the month runs from `month_start` (a month
-// before the next due date) to `month_end`, and what is charged begins behind `day_before`.
+// before the next due date) to `month_end`, and what is charged begins after `day_before`.
 ProratedRent ProrateWithinMonth(Date month_start, Date month_end, Date day_before,
                                 Currency full_rent);
 
@@ -68,8 +68,8 @@ ProratedRent ProrateWithinMonth(Date month_start, Date month_end, Date day_befor
 // shown, to `decimals`; the whole amount when the cut-off says "no date".
 Currency ShareOfRent(Date from, Date to, Date cut_off, Currency amount, int decimals);
 
-// Removes the periods that start behind `cut_off` (their extra charges move to the period before)
-// and cuts those that reach over it.
+// Removes the periods that start after `cut_off` (their extra charges move to the period before)
+// and shortens those that extend past it.
 void TrimPeriods(std::vector<RentPeriod>& schedule, Date cut_off, int decimals);
 
 Currency SumOfOutstanding(const std::vector<RentPeriod>& schedule);

@@ -1,5 +1,5 @@
-// What the system keeps for the whole run, in one object that main makes and hands on, so that a
-// test can have two of them.
+// The state of one run of the program: settings, database, options, caches. Main makes one and
+// passes it on; a test can have several.
 #pragma once
 
 #include <string>

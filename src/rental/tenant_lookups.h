@@ -1,4 +1,4 @@
-// The per-tenant queries behind the tenant merge. All need the open database of the session.
+// The per-tenant queries that the tenant merge uses. All need the open database of the session.
 #pragma once
 
 #include <cstdint>

@@ -20,7 +20,7 @@ struct ChequeParameters {
   std::string dollars;
   std::string cents;
 
-  // "12.5abc" is 12.5: the management package may write the currency behind the amount.
+  // "12.5abc" is 12.5: the management package may write the currency after the amount.
   double Amount() const { return LeadingNumber(value); }
   bool Valid() const { return !payee.empty() && Amount() > 0 && !format.empty(); }
 };

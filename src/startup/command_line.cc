@@ -20,9 +20,9 @@ bool IsName(std::string_view word) {
 
 bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-// Whether an argument is a parameter of its own: a known name, alone or with "=" behind it, or an
-// unknown one with "=". A parameter that only another version knows must not end in the value
-// before it.
+// Whether an argument is a parameter of its own: a known name, alone or followed by "=", or an
+// unknown one with "=". A parameter that only another version knows must not become part of the
+// value before it.
 bool IsParameter(std::string_view argument) {
   const std::size_t equals = argument.find('=');
   const std::string_view name = argument.substr(0, equals);
@@ -43,7 +43,7 @@ std::vector<std::string> SplitUnquotedLine(const std::string& line) {
   return parts;
 }
 
-// Writes arguments one behind the other and keeps count of the quotes.
+// Concatenates arguments and counts their quotes.
 class LineWriter {
  public:
   void Add(const std::string& argument) {
@@ -99,8 +99,8 @@ bool CommandLine::Contains(std::string_view word) const { return ContainsNoCase(
 
 std::string CommandLine::GetCommandParameter(std::string_view name,
                                              std::string_view default_text) const {
-  // The first occurrence wins wherever it stands, also inside another value or a longer word, and
-  // the two characters behind it (by convention an equals sign and a quote) are not looked at. The
+  // The first occurrence wins wherever it is, also inside another value or a longer word, and the
+  // two characters after it (by convention an equals sign and a quote) are not looked at. The
   // package's command lines rely on no more; both are deliberate.
   const std::size_t found = FindNoCase(text_, name);
   if (found == std::string::npos) return std::string(default_text);

@@ -9,12 +9,12 @@ namespace tenora {
 
 class CommandLine {
  public:
-  // `text` is the whole text behind the program name.
+  // `text` is the whole text after the program name.
   explicit CommandLine(std::string text) : text_(std::move(text)) {}
 
   // Puts the line back together from the arguments (without the program's) that an operating system
   // split it into. A shell also takes the quotes away: NAME=value gets them back, and bare words
-  // behind it belong to its value, so that FORMAT=Rent review reads like
+  // after it belong to its value, so that FORMAT=Rent review reads like
   // FORMAT="Rent review". Arguments that still hold their quotes stay as they are.
   static CommandLine FromArguments(const std::vector<std::string>& arguments);
 

@@ -14,7 +14,7 @@ namespace tenora {
 struct CommandParts {
   const CommandLine& command_line;
   Session& session;
-  // Called only when something is printed: the printing system takes time to start.
+  // Called only when something is printed: the printing system is slow to start.
   std::function<std::unique_ptr<printing::Printers>()> make_printers;
   // Results, one a line: "Printed: /home/office/Receipt.pdf".
   std::ostream& output;

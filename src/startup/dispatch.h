@@ -1,4 +1,4 @@
-// Which command a command line asks for, and its run: the entry of the program behind main().
+// Decides which command a command line asks for and runs it: the entry of the program after main().
 #pragma once
 
 #include "startup/commands.h"

@@ -26,8 +26,8 @@ constexpr int kDone = 0, kFailed = 1, kWrongCall = 2;
 constexpr const char* kFooter =
     R"(The files made are printed on standard output, progress and problems on standard error.
 A letter that fails does not stop the others; the run log beside the letters says what became of
-each. Ctrl-C stops after the letter in hand (a print job ends with the letters in it).
-Exit status: 0 when every letter was made, 1 when not, 2 for a wrong call.)";
+each. Ctrl-C stops after the current letter (a print job ends with the letters in it).
+Exit status: 0 when every letter was made, 1 when not, 2 for a usage error.)";
 
 struct Call {
   std::string template_name;
@@ -86,13 +86,13 @@ std::string Complaint(const Call& call) {
   if (!call.resume.empty()) {
     const bool more = choosing || call.list || !call.template_name.empty() ||
                       !call.subject.empty() || !call.answers.empty() || call.pdf;
-    return more ? "--resume takes everything from the run log; only --printer may stand beside it"
+    return more ? "--resume takes everything from the run log; only --printer may be given with it"
                 : "";
   }
   if (call.list) return "";
   if (call.template_name.empty()) return "--template is missing";
   if (call.all && !call.recipients.empty()) return "--all and --recipient exclude each other";
-  if (!choosing) return "Nothing selected: name each --recipient, or take --all";
+  if (!choosing) return "Nothing selected: name each --recipient, or give --all";
   if (!call.filter.search.empty() && !call.all) return "--search goes with --all or --list";
   if (to_email && TrimBlanks(call.subject).empty()) return "--to email needs a --subject";
   if (!to_email && !call.subject.empty()) return "--subject goes with --to email";
@@ -101,7 +101,7 @@ std::string Complaint(const Call& call) {
   }
   for (const std::string& answer : call.answers) {
     if (answer.find('=') == 0 || answer.find('=') == std::string::npos) {
-      return "--answer \"" + answer + "\" is not of the form \"prompt=text\"";
+      return "--answer \"" + answer + "\" does not have the form \"prompt=text\"";
     }
   }
   return "";
@@ -111,14 +111,14 @@ std::string Complaint(const Call& call) {
   std::string names;
   for (const std::string& prompt : prompts)
     names += (names.empty() ? "\"" : ", \"") + prompt + "\"";
-  throw WrongChoice("--answer \"" + answer + "\" answers nothing: the template " +
+  throw WrongChoice("--answer \"" + answer + "\" fits no prompt: the template " +
                     (names.empty() ? "asks no prompts." : "asks " + names + "."));
 }
 
-// Parts each "prompt=text" behind the prompt that the template asks; a prompt may hold "=" itself.
-// While the template has a prompt with a code in it, nobody knows yet what will be asked: what fits
-// no prompt is then parted at its first "=". Raises WrongChoice, naming the template's prompts, for
-// an answer that none of them would take.
+// Splits each "prompt=text" after the prompt that the template asks; a prompt may contain "="
+// itself. When the template has a prompt with a code in it, it is not yet known what will be asked:
+// an answer that fits no prompt is then split at its first "=". Raises WrongChoice, naming the
+// template's prompts, for an answer that fits none of them.
 PromptAnswers MatchAnswers(const std::vector<std::string>& given,
                            const std::vector<std::string>& prompts) {
   const bool all_known = std::ranges::none_of(prompts, [](const std::string& prompt) {
@@ -197,7 +197,7 @@ class GenerateCommand {
     return chosen;
   }
 
-  // A log may also be named as it lies in the data folder.
+  // A log may also be named relative to the data folder.
   std::filesystem::path LogToResume() {
     const std::filesystem::path named = call_.resume;
     const std::filesystem::path inside = session_.database.DataFolder() / named;
@@ -259,7 +259,7 @@ class GenerateCommand {
 
 int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts) {
   Call call;
-  // On the command line the filter is asked for or not; there is no box to be unavailable.
+  // On the command line the filter is always available.
   call.filter.exclude_no_email_available = true;
   CLI::App app("Makes a letter from a template for each of many tenants or owners.",
                "tenora generate");

@@ -22,7 +22,7 @@ struct GenerateParts {
 };
 
 // `arguments` begin with "generate". The result is the exit status: 0 when every letter was made
-// and handed over, 1 when not, 2 for a wrong call.
+// and handed over, 1 when not, 2 for a usage error.
 int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts);
 
 }  // namespace tenora

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kBetweenUpdates{200};
 constexpr std::chrono::seconds kBetweenLines{3};
-// A warning that many letters share is told this often, then counted.
+// A warning that many letters share is shown this often, then counted.
 constexpr std::size_t kMostOfAKind = 3;
 
 std::string Letters(std::size_t count) {
@@ -77,7 +77,7 @@ void GenerateProgress::Started(std::size_t count, const std::filesystem::path& l
 }
 
 void GenerateProgress::Saved(const std::filesystem::path& file) {
-  // Results and count may stand on one terminal.
+  // Results and the count may share a terminal.
   if (parts_.output_is_terminal) ClearLine();
   output_ << file.string() << '\n';
   if (parts_.output_is_terminal) output_.flush();
@@ -151,8 +151,9 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
   if (summary.untouched() > 0) errors_ << ", " << summary.untouched() << " not begun";
   errors_ << ".\n";
   if (summary.composed && summary.done > summary.done_before) {
-    errors_ << "Nothing is sent by itself: the option SmtpSend is off. Send each letter from its "
-               "window.\n";
+    errors_
+        << "Nothing is sent automatically: the option SmtpSend is off. Send each letter from its "
+           "window.\n";
   }
   for (const LetterReport& report : summary.in_doubt) {
     errors_ << "In doubt: " << Name(report) << ", " << TerminalLine(report.file.string()) << "\n";
@@ -161,14 +162,14 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
     errors_
         << (destination == Destination::kEmail
                 ? "  The mail server may or may not have a letter in doubt, so it is never sent "
-                  "again by itself. Ask the\n  recipient or look in the server's log; where it "
+                  "again automatically. Ask the\n  recipient or look in the server's log; if it "
                   "did not arrive, send it by naming the --recipient alone.\n"
                 : "  A letter in doubt may or may not be on paper, so it is never printed again "
-                  "by itself. Look at the printer;\n  where it is missing, print the file.\n");
+                  "automatically. Look at the printer;\n  if it is missing, print the file.\n");
   }
   const bool missing = !summary.failed.empty() || summary.untouched() > 0;
   if (missing) {
-    errors_ << "To make what is missing: tenora generate --resume "
+    errors_ << "To make the missing letters: tenora generate --resume "
             << ShellWord(summary.log.string()) << "\n";
   }
   errors_ << std::flush;

@@ -16,7 +16,7 @@ namespace tenora {
 
 class GenerateProgress : public GenerationObserver {
  public:
-  // On a terminal the count stands in one line that is written over; elsewhere a line is added
+  // On a terminal the count is one line that is overwritten; elsewhere a line is added
   // every few seconds.
   GenerateProgress(const GenerateParts& parts, StopSignals& signals)
       : parts_(parts), output_(parts.output), errors_(parts.errors), signals_(signals) {}
@@ -27,7 +27,7 @@ class GenerateProgress : public GenerationObserver {
   void JobPrinted(std::size_t letters, const std::filesystem::path& file) override;
   bool StopAsked() override { return signals_.Asked(); }
 
-  // Takes the line with the count away, so that a message can stand there.
+  // Clears the line with the count, so that a message can be shown.
   void ClearLine();
   // What was done, what was not, and how to go on.
   void ShowSummary(const GenerationSummary& summary, Destination destination);
@@ -43,7 +43,7 @@ class GenerateProgress : public GenerationObserver {
   std::ostream& errors_;
   StopSignals& signals_;
   std::size_t count_ = 0, finished_ = 0;
-  std::size_t line_length_ = 0;                  // of the count that stands on the terminal
+  std::size_t line_length_ = 0;                  // of the count on the terminal
   std::map<std::string, std::size_t> warnings_;  // how often each was met
   Clock::time_point started_ = Clock::now(), shown_ = started_;
 };

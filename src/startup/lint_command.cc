@@ -81,8 +81,7 @@ class LintCommand {
  private:
   fs::path DataFolder() { return session_.database.DataFolder(); }
 
-  // Without a database of the agency nothing is said about custom fields. One that is there must be
-  // readable.
+  // Without the agency's database, custom fields are not checked. If it exists it must be readable.
   void ReadFields() {
     const fs::path path =
         request_.database.empty() ? DataFolder() / "property.mdb" : fs::path(request_.database);
@@ -104,12 +103,12 @@ class LintCommand {
         LintFile(in_library);
       }
     } catch (const RuntimeError& error) {
-      // A name that leads out of the library is none of its templates'.
+      // A name that leads out of the library is not the name of a template.
       if (error.number() != error_number::kPathFileAccess) throw;
     }
     if (found) return;
     if (LooksLikePath(name)) return LintFile(path);
-    Fail("No template \"" + name + "\" lies in " + DataFolder().string());
+    Fail("Template \"" + name + "\" not found in " + DataFolder().string());
   }
 
   void LintLibrary() {
@@ -121,7 +120,7 @@ class LintCommand {
         LintFile(library.PathOf(folder.name, name));
       }
     }
-    if (!found) Fail("No templates lie in " + DataFolder().string());
+    if (!found) Fail("No templates found in " + DataFolder().string());
   }
 
   void LintFile(const fs::path& path) {

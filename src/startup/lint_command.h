@@ -1,4 +1,4 @@
-// `tenora lint`: says of templates what would go wrong with them.
+// `tenora lint`: reports what would go wrong with templates.
 #pragma once
 
 #include <iosfwd>
@@ -15,8 +15,8 @@ struct LintRequest {
   std::string database;  // whose custom fields are compared with; empty: the agency's own
 };
 
-// Prints the findings a line each, and to `errors` what could not be looked at. True when there was
-// neither. Raises the error of a database that was asked for and cannot be read.
+// Prints the findings one a line, and to `errors` the templates that could not be read. True when
+// there were neither. Raises the error of a database that was named and cannot be read.
 bool LintTemplates(const LintRequest& request, std::ostream& output, std::ostream& errors);
 
 }  // namespace tenora

@@ -33,11 +33,11 @@ constexpr const char* kHelpFooter =
                           the tenant is then found by the payment
   PRINTCHEQUE="" VALUE="amount" FORMAT="template name" PAYEE="name"
       prints a cheque on a printer chosen from the list (a list on the terminal). The
-      template lies in the data folder's "Cheque", or in "Check" where the locale's short
+      template is in the data folder's "Cheque", or in "Check" where the locale's short
       date begins with the month.
       DOLLARS="word" CENTS="word"   the currency's words, kept for later cheques
       Where a payee may hold a parameter's name ("Two Cents Ltd"), give every parameter,
-      an empty one as CENTS="", and PAYEE last: the first place of a name counts.
+      an empty one as CENTS="", and PAYEE last: the first occurrence of a name counts.
   Typed in a shell, the inner quotes may be left out: PRINTRECEIPT=T00001 FORMAT="Rent review"
 
 Environment:
@@ -45,12 +45,12 @@ Environment:
                    folder of this program where that holds property.mdb, else the user's data
                    folder for Tenora.
   TENORA_SETTINGS  the folder of the settings. Without it the system's and the user's.
-  TENORA_NOW       the clock stands still at this time, as "2026-11-21 09:30:00".
+  TENORA_NOW       stops the clock at this time, as "2026-11-21 09:30:00".
   TENORA_PDF       where "Print to PDF" writes: a folder, or a file when it ends in ".pdf".
                    Without it, "Printed" under the data folder.
   TENORA_PRINTER   the default printer. Without it, the system's.
 
-Exit status: 0 when what was asked was done, 1 when it failed, 2 for a wrong call.)";
+Exit status: 0 when what was asked was done, 1 when it failed, 2 for a usage error.)";
 
 void ListTables(const std::string& path, std::ostream& output) {
   const auto workspace = query::Workspace::Create();
@@ -59,7 +59,7 @@ void ListTables(const std::string& path, std::ostream& output) {
   }
 }
 
-// Changes need the switch, so that no slip of a technician's writes to the office's data.
+// Changes need the switch, so that a technician cannot change the office's data by mistake.
 void RunQuery(const std::string& path, const std::string& sql, bool write, std::ostream& output) {
   const Clock clock = Clock::FromEnvironment();
   const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
@@ -78,7 +78,7 @@ void RunQuery(const std::string& path, const std::string& sql, bool write, std::
   }
 }
 
-// Whether the file is sound; what it uses that cannot be checked is no fault.
+// Whether the file is sound; parts that cannot be checked are not faults.
 bool CheckFile(const std::string& path, std::ostream& output) {
   bool sound = true;
   for (const access::Finding& finding : access::CheckDatabase(path)) {
@@ -97,7 +97,7 @@ void ConvertToHtml(const std::string& path, const std::string& options, std::ost
 CLI::App* AddLint(CLI::App* app, LintRequest* request) {
   CLI::App* const lint = app->add_subcommand(
       "lint",
-      "Say what would go wrong with templates: codes that no merge fills, codes split by "
+      "Report what would go wrong with templates: codes that no merge fills, codes split by "
       "formatting, prompts that are not asked. Status 1 when anything is found");
   lint->add_option("TEMPLATE", request->templates,
                    "The .rtf file, or the name of a template in the data folder");
@@ -145,7 +145,7 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   LintRequest lint_request;
   CLI::App* const lint = AddLint(&app, &lint_request);
 
-  // Runs elsewhere, with the rental data; here it is only listed.
+  // Handled before this parser is reached; here it is only listed in the help.
   app.add_subcommand("generate", "Make a letter for each of many tenants or owners");
 
   std::ranges::reverse(arguments);  // CLI11 takes them from the back

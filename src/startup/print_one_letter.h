@@ -1,4 +1,4 @@
-// Printing as both print commands do it: one letter, one job.
+// How both print commands print: one letter, one job.
 #pragma once
 
 #include "letters/frm_letter.h"

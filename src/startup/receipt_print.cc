@@ -33,7 +33,7 @@ auto ReadAs(Convert convert, const CommandLine& line, const char* name, const ch
                [&] { return convert(value); });
 }
 
-// Raises 13 (Type mismatch) or 6 (Overflow) for a value that is no boolean or number.
+// Raises 13 (Type mismatch) or 6 (Overflow) for a value that is not a boolean or number.
 ReceiptParameters ReadParameters(const CommandLine& line) {
   ReceiptParameters read;
   read.tenant_code = TrimBlanks(line.GetCommandParameter("PRINTRECEIPT", ""));
@@ -59,7 +59,7 @@ class ReceiptCommand {
  private:
   bool LoadRentalData();
   bool FindPayment();
-  // A failed query has been shown and reads as empty fields: such a letter is no receipt.
+  // A failed query has been shown and reads as empty fields: such a letter is not a receipt.
   bool DatabaseFailed() const { return session_.database.ErrorsReported() != errors_before_; }
   bool BuildLetter();
   bool MergeLetter();
@@ -104,8 +104,8 @@ bool ReceiptCommand::LoadRentalData() {
   return true;
 }
 
-// The tenancy of a reprinted receipt is its payment's. Without the payment there is no receipt,
-// also not when a tenancy code was given: its payment fields would be empty.
+// The tenancy of a reprinted receipt is its payment's. Without the payment nothing is printed, even
+// when a tenancy code was given: its payment fields would be empty.
 bool ReceiptCommand::FindPayment() {
   Database& database = session_.database;
   const std::string number = std::to_string(parameters_.reprint);
@@ -149,7 +149,7 @@ bool ReceiptCommand::MergeLetter() {
                  kLabel);
     return false;
   }
-  // With a code left in it the letter goes out all the same: the user has been told.
+  // The letter is still printed with the code left in it: the user has been told.
   future_dates_inserted_ = outcome.future_dates_inserted;
   return outcome.receipt_number_issued;
 }

@@ -52,7 +52,7 @@ const RecipientRow* Nearest(const std::string& asked, std::span<const RecipientR
   return nearest;
 }
 
-// The rows that answer to the text in the strictest way that any does.
+// The rows that match the text by the strictest test that any row passes.
 Rows Matches(const std::string& asked, std::span<const RecipientRow> rows) {
   using Test = bool (*)(const RecipientRow&, const std::string&);
   constexpr Test kTests[] = {
@@ -87,7 +87,7 @@ std::string Named(const Rows& rows) {
   return rows.size() > kMostNamed ? names + "; …" : names;
 }
 
-// Who may be meant: whoever's line holds the words, else the one with the nearest spelling.
+// Whom the text may mean: the rows that contain its words, else the one with the nearest spelling.
 Rows Likely(const std::string& asked, std::span<const RecipientRow> rows) {
   Rows likely;
   for (const RecipientRow& row : rows) {

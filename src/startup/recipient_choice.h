@@ -10,7 +10,7 @@
 
 namespace tenora {
 
-// A choice that cannot be followed, as a sentence for the one who made it.
+// A choice that cannot be carried out, described for the user.
 class WrongChoice : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -19,8 +19,8 @@ class WrongChoice : public std::runtime_error {
 // The row for each asked text: by its code, its whole text as --list prints it, or its name; letter
 // case counts only where it makes the difference. A row named twice is
 // chosen once. `closed_too` are the rows with closed recipients, for the hint that one of them was
-// meant. Raises 5 (Invalid procedure call) for a text that nobody or more than one answers to,
-// naming the nearest or all of them.
+// meant. Raises WrongChoice for a text that matches none or more than one, naming the nearest or
+// all of them.
 std::vector<Recipient> ChooseByNames(const std::vector<std::string>& asked,
                                      std::span<const RecipientRow> rows,
                                      std::span<const RecipientRow> closed_too);

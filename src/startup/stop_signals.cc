@@ -7,7 +7,7 @@
 namespace tenora {
 namespace {
 
-// Interrupts a blocked read by being handled, and does nothing else.
+// Its handler does nothing; delivering it interrupts a blocked read.
 constexpr int kNudge = SIGUSR1;
 // Wakes the waiting thread to its end.
 constexpr int kEnd = SIGUSR2;
@@ -15,7 +15,7 @@ constexpr int kStatusOfInterrupted = 130;
 constexpr timespec kBetweenNudges{.tv_sec = 0, .tv_nsec = 50'000'000};
 
 void Say(std::string_view text) {
-  // Nobody is left to tell when this fails.
+  // A failure cannot be reported anywhere.
   static_cast<void>(!::write(STDERR_FILENO, text.data(), text.size()));
 }
 
@@ -49,11 +49,11 @@ void StopSignals::Wait() {
     if (!asked_) {
       if (::sigwait(&watched_, &signal) != 0 || signal == kEnd) continue;
       asked_ = true;
-      Say("\nStopping after the letter in hand; once more to end at once.\n");
+      Say("\nStopping after the current letter; once more to stop immediately.\n");
     } else if ((signal = ::sigtimedwait(&watched_, nullptr, &kBetweenNudges)) > 0) {
       if (signal != kEnd) ::_exit(kStatusOfInterrupted);
     }
-    // Again and again: the read may begin just behind the first.
+    // Repeatedly: the read may begin just after the first signal.
     if (asked_ && reading_) ::pthread_kill(main_, kNudge);
   }
 }

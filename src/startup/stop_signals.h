@@ -1,5 +1,5 @@
-// Ctrl-C and its kin as a wish that is asked for between two letters, rather than an end in the
-// middle of one.
+// Ctrl-C and similar signals as a request to stop between two letters instead of in the middle of
+// one.
 #pragma once
 
 #include <pthread.h>
@@ -12,11 +12,11 @@ namespace tenora {
 
 class StopSignals {
  public:
-  // Nor does a reader of our output that goes away end a letter in the middle: SIGPIPE is ignored.
-  // From now on SIGINT, SIGTERM and SIGHUP ask for a stop; a second one ends the process at once.
-  // Make it on the main thread, before any other thread.
+  // From now on SIGINT, SIGTERM and SIGHUP request a stop; a second one ends the process at once.
+  // SIGPIPE is ignored, so that a closed output does not end the process in the middle of a letter.
+  // Must be made on the main thread, before any other thread.
   StopSignals();
-  // The signals do again what they did before.
+  // Restores the previous handling of the signals.
   ~StopSignals();
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;

@@ -69,7 +69,7 @@ TEST(RecipientFolderName, TurnsHostileNamesIntoOneFolderInPlace) {
     EXPECT_TRUE(folders.insert(folder).second) << "shared by two recipients";
     EXPECT_TRUE(std::filesystem::create_directory(scratch / "data" / folder));
   }
-  // All of them lie in the data folder and nowhere else.
+  // All of them are in the data folder and nowhere else.
   const auto entries = std::filesystem::directory_iterator(scratch / "data");
   EXPECT_EQ(std::distance(begin(entries), end(entries)), std::ssize(names));
   const auto beside = std::filesystem::directory_iterator(scratch.path());

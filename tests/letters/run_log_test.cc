@@ -43,7 +43,7 @@ TEST_F(RunLogTest, IsReadBackWhateverNamesItHolds) {
     path = log.path();
     EXPECT_EQ(path, data_ / "Letters 2026-11-21 093000.log");
     EXPECT_EQ(RunLog(data_, request_, clock_).path(), data_ / "Letters 2026-11-21 093000 (1).log");
-    EXPECT_THAT(Refusal(path), HasSubstr("belongs to a run that is still at work"));
+    EXPECT_THAT(Refusal(path), HasSubstr("belongs to a run that is still in progress"));
     log.NoteFile(2, data_ / "Māhuta -" / "Notice(1).rtf");
     log.Note(2, LetterState::kSaving);
     log.Note(1, LetterState::kFailed, "61 - Disk\nfull");
@@ -77,19 +77,19 @@ TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
     return ReplaceAll(good, part, by);
   };
   const Case cases[] = {
-      {"", "no run log"},
-      {"{\\rtf1}", "no run log"},
+      {"", "not a Tenora run log"},
+      {"{\\rtf1}", "not a Tenora run log"},
       {changed("run log\t1", "run log\t2"), "another version of Tenora, in format 2"},
       {good.substr(0, good.find("recipient")), "ends before its first letter"},
       {changed(data_.string(), "/srv/else"), "in the data folder /srv/else; this is "},
       {changed("093000.log", "093001.log"), "is a copy of the run log"},
       {changed("destination\temail", "destination\tmoon"), "damaged in line 6"},
       {changed("recipient\t1", "recipient\t2"), "damaged"},
-      {with("saved\t1\tJane\t../Jane/x.rtf\t"), "no letter in the folder of Jane"},
-      {with("saved\t1\tJane\tJane/../../x.rtf\t"), "no letter in the folder of Jane"},
-      {with("saved\t1\tJane\t/etc/x.rtf\t"), "no letter in the folder of Jane"},
-      {with("saved\t1\tJane\tTemplates/x.rtf\t"), "no letter in the folder of Jane"},
-      {with("saved\t1\tJane\tJane/passwd\t"), "no letter in the folder of Jane"},
+      {with("saved\t1\tJane\t../Jane/x.rtf\t"), "not a letter in the folder of Jane"},
+      {with("saved\t1\tJane\tJane/../../x.rtf\t"), "not a letter in the folder of Jane"},
+      {with("saved\t1\tJane\t/etc/x.rtf\t"), "not a letter in the folder of Jane"},
+      {with("saved\t1\tJane\tTemplates/x.rtf\t"), "not a letter in the folder of Jane"},
+      {with("saved\t1\tJane\tJane/passwd\t"), "not a letter in the folder of Jane"},
       {with("saved\t2\tJane\t\t"), "damaged in line 12"},
       {with("saved\t0\tJane\t\t"), "damaged"},
       {with("saved\t1\tAnn\t\t"), "damaged"},

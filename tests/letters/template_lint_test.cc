@@ -134,24 +134,25 @@ TEST_F(TemplateLintTest, SaysWhatIsWrongAndWhatToDo) {
   constexpr auto kOwner = TemplateKind::kOwner;
   const Case kCases[] = {
       {"a\\par b\\line Dear <<Tenent Name>>,", kTenant,
-       "line 3: \"Dear <<Tenent Name>>,\": <<Tenent Name>> is no code and stays in the letter; "
+       "line 3: \"Dear <<Tenent Name>>,\": <<Tenent Name>> is not a merge code and stays in the "
+       "letter; "
        "write "
        "<<Tenant Name>> if"},
       {"<<TENANT NAME>>", kTenant,
-       "in another letter case and stays in the letter; write <<Tenant Name>>"},
+       "differs from the code in letter case and stays in the letter; write <<Tenant Name>>"},
       {"<<Zebra>>", kTenant, "the Insert menu lists the codes of tenant templates"},
       {"<<Tenant Name>> <<Fee Value>>", kOwner,
        "<<Tenant Name>> is a code of tenant templates and stays as it is in this owner template"},
       {"<<Prompt Message>>", kTenant, "write <<?Your question?>>"},
-      {"<<Tenant\\~Name>>", kTenant, "spaced otherwise"},
+      {"<<Tenant\\~Name>>", kTenant, "differs from the code in spacing"},
       {"{\\footer\\pard\\par{\\b <<}Email>>\\par}", kTenant,
-       "footer, line 2: \"<<Email>>\": <<Email>> is not of one format (bold)"},
+       "footer, line 2: \"<<Email>>\": <<Email>> has more than one format (bold)"},
       {"<<Em\\b a\\fs40 i\\b0 l>>", kTenant, "(bold, size): the merge does not find it"},
       {"<<FutureDate:3:W\\b eeks>>", kTenant, "(bold): the merge loses the format"},
       {"{\\field{\\*\\fldinst MERGEFIELD Tenant_Name \\\\* UPPER}{\\fldrslt "
        "\\'abTenant_Name\\'bb}}",
        kTenant,
-       "merge field \"Tenant_Name\" is filled by no merge of this program; take the field out and "
+       "merge field \"Tenant_Name\" is not filled by this program; remove the field and "
        "write "
        "<<Tenant Name>>"},
       {"1 << 2", kTenant, "\"<<\" without \">>\""},
@@ -160,17 +161,18 @@ TEST_F(TemplateLintTest, SaysWhatIsWrongAndWhatToDo) {
       {"<<TCustom:<<Tenant Code>>>> <<FutureDate:<<Tenant Code>>:Days>>", kTenant, ""},
       {"<<TCustom:Pett>> <<PCustom:Pet>> <<TCustom:>> <<TCustom:Pet>>", kTenant,
        "removed from every letter; write <<TCustom:Pet>> if|a field of the tenant: write "
-       "<<TCustom:Pet>>|names no field"},
+       "<<TCustom:Pet>>|does not name a field"},
       {"<<FutureDate:14:days>> <<FutureDate:2.5:Weeks>> <<FutureDate:-3:Days>> <<FutureDate: 7 "
        ":Days>>",
-       kTenant, "unknown unit \"days\"|counts 2|a date that is past"},
+       kTenant, "unknown unit \"days\"|counts 2|a date in the past"},
       {"<<FutureDate:x:Days>> <<FutureDate:14>> <<FutureDate:99999:Years>> <<FutureDate::Days>>",
        kTenant,
-       "is no number: no future date from here on|has no unit|beyond the calendar|is no number"},
+       "is not a number: neither this nor any later|has no unit|beyond the calendar|is not a "
+       "number"},
       {"<<FutureDate:1:Days\\par <<Email>>", kTenant, "takes the text up to a later \">>\""},
       {"<<?Rent for <<Tenant Name>>?\?>> <<?Is 3 >> 2?>> <<?Two\\par lines?>> <<?abc?>>", kTenant,
        ""},
-      {"<<?ab?>> <<?\?>> <<?>> <<?Later?>>", kTenant, "no prompt behind it is"},
+      {"<<?ab?>> <<?\?>> <<?>> <<?Later?>>", kTenant, "nor is any later prompt"},
       {"<<?Who>> comes", kTenant, "takes the text up to a later \"?>>\""},
       {"<<?Who?>>", TemplateKind::kCheque, "is not asked for a cheque"},
   };

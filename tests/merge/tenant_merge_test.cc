@@ -135,7 +135,7 @@ TEST_F(InsertTenantDetailsTest, FillsCustomFieldsAndRemovesTheRest) {
   EXPECT_EQ(
       Merge("[<<TCustom:CarPlate>>|<<TCustom:None>>|<<TCustom:CarPlate>>|<<PCustom:None>>]", code),
       "[" + plate->at("value") + "||" + plate->at("value") + "|]");
-  // What is no code stays, and nothing runs on for ever.
+  // What is not a code stays, and nothing loops forever.
   for (const char* text : {"TCustom:CarPlate>>", "<<TCustom:Car",
                            "<TCustom: a >> <<TCustom:", "TCustom:TCustom:<<TCustom:"}) {
     EXPECT_EQ(Merge(text, code), text);
@@ -185,7 +185,7 @@ TEST_F(InsertTenantDetailsTest, TakesTheDayAfterTheCurrentPeriod) {
 
 TEST_F(InsertTenantDetailsTest, IssuesReceiptNumbersByBuilding) {
   LoadCaches();
-  // T00007 and T00009 live in one building, T00001 in none; what follows is merged all the same.
+  // T00007 and T00009 live in one building, T00001 in none; the following codes are merged anyway.
   for (const auto& [code, number] :
        {std::pair("T00007", "1000"), {"T00009", "1001"}, {"T00001", ""}}) {
     EXPECT_EQ(Merge("[<<BuildingReceiptNumber>>] <<FutureDate:1:Days>>", code),

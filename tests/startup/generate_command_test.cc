@@ -38,7 +38,7 @@ class Generate : public test::Agency {
     }
     return log;
   }
-  // How many letters lie in the folders of the recipients.
+  // How many letters are in the folders of the recipients.
   std::size_t Letters() const {
     std::size_t count = 0;
     for (const auto& entry : fs::recursive_directory_iterator(Home())) {
@@ -98,10 +98,10 @@ TEST_F(Generate, ChoosesRecipientsByNameOrCodeAndSaysWhoMayBeMeant) {
       {{"--recipient", "Huang"}, 1, "Is it Mei Huang (PR00018), code T00007; Ben Huang"},
       {{"--recipient", "Nobody at all"}, 1, "--list shows all of them"},
       {{"--all", "--search", "zzz"}, 1, "Nothing selected: the list is empty."},
-      {{}, 2, "Nothing selected: name each --recipient, or take --all"},
+      {{}, 2, "Nothing selected: name each --recipient, or give --all"},
       {{"--all", "--recipient", "T00001"}, 2, "exclude each other"},
       {{"--all", "--to", "email"}, 2, "--to email needs a --subject"},
-      {{"--all", "--answer", "yes"}, 2, "not of the form"},
+      {{"--all", "--answer", "yes"}, 2, "does not have the form"},
       {{"--all", "--to", "moon"}, 2, "moon"},
       {{"--all", "--by-property"}, 2, "--by-property goes with --owners"},
       {{"--resume", "x.log"}, 2, "--resume takes everything from the run log"},
@@ -150,7 +150,7 @@ TEST_F(Generate, AsksPromptsForEachLetterUnlessTheyAreAnswered) {
   unasked.insert(unasked.end(), {"--answer", "Time = what=10 = ten", "--answer", "which day=1"});
   const test::ProcessResult refused = Make(unasked);
   EXPECT_EQ(refused.status, 1);
-  EXPECT_THAT(refused.errors, HasSubstr("\"which day=1\" answers nothing: the template asks "
+  EXPECT_THAT(refused.errors, HasSubstr("\"which day=1\" fits no prompt: the template asks "
                                         "\"Which day\", \"Time = what\"."));
   unasked.resize(unasked.size() - 2);
   EXPECT_EQ(Make(unasked, "Monday\nTuesday\n").status, 0);
@@ -233,7 +233,7 @@ TEST_F(Generate, CtrlCEndsTheRunBehindTheLetterInHandAlsoAtAQuestion) {
   ::kill(child, SIGINT);
   int status = 0;
   ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_THAT(errors(), HasSubstr("Stopping after the letter in hand"));
+  EXPECT_THAT(errors(), HasSubstr("Stopping after the current letter"));
   EXPECT_THAT(errors(), HasSubstr("Stopped. 1 of 36 letters saved, 35 not begun."));
   EXPECT_EQ(WEXITSTATUS(status), 1);
   EXPECT_EQ(Letters(), 1U);

@@ -35,7 +35,7 @@ class GenerateResume : public test::Agency {
   }
   test::ProcessResult Resume() const { return Run({"generate", "--resume", Log().string()}); }
   fs::path Log() const { return Home() / "Letters 2026-11-21 093000.log"; }
-  // Letters by the folder they lie in; everything made is taken away.
+  // Letters by their folder; everything made is removed.
   std::map<std::string, int> TakeLetters() const {
     std::map<std::string, int> letters;
     for (const auto& entry : fs::directory_iterator(Home())) {
@@ -66,7 +66,7 @@ TEST_F(GenerateResume, AfterAKillAtAnyStepOfTheLogNobodyIsMailedTwice) {
     const test::ProcessResult resumed = Resume();
     const int sent = static_cast<int>(server_.Messages().size()) - before;
     if (resumed.errors.find("ends before its first letter") != std::string::npos ||
-        resumed.errors.find("this is no run log") != std::string::npos) {
+        resumed.errors.find("this is not a Tenora run log") != std::string::npos) {
       EXPECT_EQ(resumed.status, 1);
       EXPECT_EQ(sent, 0);
       EXPECT_TRUE(TakeLetters().empty());

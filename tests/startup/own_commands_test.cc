@@ -22,7 +22,7 @@ TEST_F(OwnCommands, TablesListsTheTablesWithTheirRows) {
   EXPECT_THAT(result.output, HasSubstr("tenancy\t42\n"));
 }
 
-TEST_F(OwnCommands, TellAFailureFromAWrongCall) {
+TEST_F(OwnCommands, TellAFailureFromAUsageError) {
   const std::string database = Database().string();
   const struct {
     std::vector<std::string> arguments;
@@ -50,7 +50,7 @@ TEST_F(OwnCommands, TellAFailureFromAWrongCall) {
   }
 }
 
-TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnBehindAMissingOne) {
+TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnAfterAMissingOne) {
   std::vector<std::string> all{"lint", "--all"};
   for (const auto& entry :
        std::filesystem::recursive_directory_iterator(test::SampleDatabase().parent_path())) {
@@ -72,7 +72,7 @@ TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnBehindAMissingOne) 
       {{"lint", "Odd"}, 1, "<<TCustom:NoSuch>> names a field that no tenant has", ""},
       {{"lint", "--kind=owner", path}, 1, "<<TCustom:Pet>> is a code of tenant templates", ""},
       {{"lint", "Receipt", "--kind=tenant"}, 0, "", ""},
-      {{"lint", "Missing", "Odd"}, 1, owner_template, "No template \"Missing\""},
+      {{"lint", "Missing", "Odd"}, 1, owner_template, "Template \"Missing\" not found"},
       {{"lint", "/no/such.rtf", "Odd"}, 1, owner_template, "/no/such.rtf"},
       {{"lint", Database().string(), path}, 1, owner_template, "321 - Invalid file format: "},
       {{"lint", "../home/Templates/Odd"}, 1, "", "53 - "},

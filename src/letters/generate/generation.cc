@@ -27,7 +27,7 @@ void RequirePrinter(printing::Printers* printers, Destination destination) {
 }
 
 LetterMaker::BadFutureDate BadFutureDates(AfterError after_error) {
-  // At the window the user has been told and sees the letter.
+  // In the window the user has seen the message and can look at the letter.
   return after_error == AfterError::kStop ? LetterMaker::BadFutureDate::kLeftInLetter
                                           : LetterMaker::BadFutureDate::kRaised;
 }

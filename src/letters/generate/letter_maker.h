@@ -11,7 +11,7 @@
 
 namespace tenora {
 
-// What stands against one letter and says nothing of the next, as a sentence for people.
+// A problem that concerns one letter only, described for people.
 class LetterProblem : public RuntimeError {
  public:
   explicit LetterProblem(const std::string& why)
@@ -20,7 +20,7 @@ class LetterProblem : public RuntimeError {
 
 class LetterMaker {
  public:
-  // What becomes of a future-date code that cannot be read, which the merge has shown.
+  // What happens to a future-date code that cannot be read, which the merge has shown.
   enum class BadFutureDate { kLeftInLetter, kRaised };
 
   LetterMaker(Session& session, const GenerationRequest& request, BadFutureDate bad_future_date);

@@ -16,10 +16,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kLabel = "frmMain - cmdGenerate_Click";
-// One wait for the disk for all letters of about a second, and never for more letters than these.
+// The letters of about a second, but at most this many, are synced together.
 constexpr std::chrono::seconds kBetweenSyncs{1};
 constexpr std::size_t kLargestGroup = 8192;
-// A server that does not answer takes a minute to say so, of each letter again.
+// Each attempt to reach a server that does not answer takes a minute.
 constexpr int kMostUnconnected = 3;
 
 // One letter cannot be mailed; the next may well be.
@@ -58,7 +58,7 @@ bool Exists(const fs::path& path) {
   return fs::symlink_status(path, error).type() != fs::file_type::not_found;
 }
 
-// A power cut may leave a name without content behind.
+// A power cut may leave an empty file.
 void RemoveIfEmpty(const fs::path& path) {
   std::error_code error;
   const bool empty = fs::is_regular_file(fs::symlink_status(path, error)) &&
@@ -66,8 +66,8 @@ void RemoveIfEmpty(const fs::path& path) {
   if (empty) fs::remove(path, error);
 }
 
-// Whether the file holds a letter from its first brace to its last: what a power cut leaves of one
-// that was not yet synced is empty or broken.
+// Whether the file contains a whole letter, from its first brace to its last: a power cut leaves
+// one that was not yet synced empty or truncated.
 bool IsWholeLetter(const fs::path& path) {
   std::error_code error;
   if (!fs::is_regular_file(fs::symlink_status(path, error))) return false;
@@ -141,7 +141,7 @@ bool LetterRun::Process(std::size_t number) {
   LetterReport report = ReportOn(number);
   try {
     if (!MakeAndHandOver(report)) return false;
-    // Otherwise reported when its PDF is there.
+    // Otherwise reported when its PDF is finished.
     if (!pdf_waiting_.contains(number)) observer_.LetterFinished(report);
     return true;
   } catch (const mail::DeliveryUnknown& error) {
@@ -152,7 +152,7 @@ bool LetterRun::Process(std::size_t number) {
     observer_.LetterFinished(report);
     return after_error_ == AfterError::kNextRecipient;
   } catch (const MailProblem& error) {
-    // As for a single letter, the window shows it and the run goes on.
+    // As for a single letter, the window shows it and the run continues.
     if (after_error_ == AfterError::kStop) {
       session_.platform.dialogs.Say(report.recipient.name + ": " + error.what());
     }
@@ -186,7 +186,7 @@ bool LetterRun::MakeAndHandOver(LetterReport& report) {
 bool LetterRun::Make(LetterReport& report) {
   std::size_t unanswered = 0;
   letter_ = &maker_.Make(report.recipient, &unanswered);
-  // An answer cut short by the wish to stop is none: the letter is not made.
+  // An answer interrupted by a request to stop does not count: the letter is not made.
   if (unanswered > 0 && observer_.StopAsked()) return false;
   if (unanswered > 0) {
     report.warnings.push_back(std::to_string(unanswered) +
@@ -204,14 +204,14 @@ fs::path LetterRun::SavedBefore(LetterReport& report) const {
   RemoveIfEmpty(file);
   if (!Exists(file)) return {};
   const bool whole = IsWholeLetter(file);
-  // The run ended before it took the name, and another one did.
+  // The run ended before it took the name, and another run took it.
   if (whole && logged.state == LetterState::kSaving && !logged.detail.empty() &&
       Fingerprint(ReadWholeFile(file)) != logged.detail) {
     return {};
   }
   if (whole) return file;
   report.warnings.push_back(file.string() +
-                            " is damaged and was left as it is; the letter was made anew");
+                            " is damaged and was left as it is; a new letter was made");
   return {};
 }
 
@@ -245,7 +245,7 @@ void LetterRun::MakePdf(LetterReport& report) {
     pdf_waiting_.emplace(report.number, report);
     return;
   }
-  // A letter that is given away cannot wait for its PDF: what fails must fail before.
+  // A letter must not be handed over before its PDF is written: that may fail.
   for (PdfResult& result : pdf_workers_->Finish()) {
     if (result.error) throw *result.error;
     observer_.Saved(result.path);
@@ -290,8 +290,8 @@ void LetterRun::PrintInJob(LetterReport& report) {
   in_job_.push_back(report.number);
 }
 
-// From the synced "sending" on, only the server knows: without "mailed" behind it the letter is in
-// doubt and is never sent again.
+// Once "sending" is synced, only the server knows whether the letter arrived: without a following
+// "mailed" it is in doubt and is never sent again.
 void LetterRun::Mail(LetterReport& report) {
   const std::string address = letter_->EmailAddress();
   log_.Note(report.number, LetterState::kSaved);
@@ -340,7 +340,7 @@ void LetterRun::SyncGroup() {
   try {
     log_.Write();
   } catch (...) {
-    // What stays noted is written with the next group; Finish tells when nothing helps.
+    // Pending lines are written with the next group; Finish reports an error that persists.
   }
 }
 
@@ -366,7 +366,7 @@ void LetterRun::EndJob() {
   }
 }
 
-// Also after a stop: what was begun is completed, and the letters in the open job are printed.
+// Also after a stop: letters in progress are completed, and those in the open job are printed.
 void LetterRun::Finish() {
   if (pdf_workers_) TakePdfs(pdf_workers_->Finish());
   SyncGroup();

@@ -1,4 +1,4 @@
-// One run of letters at work: each letter made, saved and handed over, every step noted in the run
+// One run of letters: makes, saves and hands over each letter, and records every step in the run
 // log before it could be done twice.
 #pragma once
 
@@ -57,7 +57,7 @@ class LetterRun {
   GenerationObserver& observer_;
   RunLog& log_;
   LetterMaker& maker_;
-  frmLetter* letter_ = nullptr;  // the one in hand
+  frmLetter* letter_ = nullptr;  // the current one
   clsEmailSender sender_;
   std::optional<PrinterMod> printer_;
   std::optional<PdfWorkers> pdf_workers_;

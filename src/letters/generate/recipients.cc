@@ -157,9 +157,9 @@ std::string NamesakeQuestion(const Caches& caches, std::span<const RecipientRow>
     named.append(": the letter would go to ").append(known->second);
   }
   if (named.empty()) return named;
-  return "A name stands for the first tenant who bears it:" + named +
-         "\r\nTheir own letters are made by \"tenora generate\" with --recipient and the code. " +
-         "Go on all the same?";
+  return "A name refers to the first tenant who has it:" + named +
+         "\r\nTo write to the others, use \"tenora generate\" with --recipient and the code. " +
+         "Continue anyway?";
 }
 
 std::vector<Recipient> SplitSelection(const Caches& caches, std::string_view template_kind,

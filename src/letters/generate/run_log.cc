@@ -40,7 +40,7 @@ std::string ReadLog(int fd, const fs::path& path) {
   struct stat status {};
   if (::fstat(fd, &status) != 0) throw FileError(errno, path);
   if (!S_ISREG(status.st_mode) || status.st_size > kLargestLog) {
-    throw StandardError(error_number::kInvalidFileFormat, path.string() + " is no run log");
+    throw StandardError(error_number::kInvalidFileFormat, path.string() + " is not a run log");
   }
   std::string text(static_cast<std::size_t>(status.st_size), '\0');
   std::size_t filled = 0;
@@ -70,7 +70,7 @@ RunLog::RunLog(const fs::path& data_folder, GenerationRequest request, const Clo
     run_.letters.resize(run_.request.recipients.size());
     noted_ = RunLogHead(run_, clock.Now());
     Sync();
-    // The name too must outlive a power cut, before any letter is given away.
+    // The name too must survive a power cut, before any letter is handed over.
     SyncFiles(data_folder);
   } catch (...) {
     ::unlink(path_.c_str());
@@ -128,12 +128,12 @@ RunLog::~RunLog() {
   if (fd_ >= 0) ::close(fd_);
 }
 
-// A new log is nobody else's, also where the file system has no locks; an old one might be.
+// A new log needs no lock, also where the file system has none; an old one may be in use.
 void RunLog::Lock(bool required) {
   if (::flock(fd_, LOCK_EX | LOCK_NB) == 0 || !required) return;
   if (errno != EWOULDBLOCK) throw FileError(errno, path_);
   throw StandardError(error_number::kPermissionDenied,
-                      path_.string() + " belongs to a run that is still at work");
+                      path_.string() + " belongs to a run that is still in progress");
 }
 
 void RunLog::CheckOrigin(const fs::path& data_folder) const {
@@ -167,7 +167,7 @@ void RunLog::Remark(std::string_view what, std::string_view text) {
   noted_ += RunLogRemark(what, text, clock_.Now());
 }
 
-// What cannot be written stays noted for the next time, and no part of it stays in the file.
+// Lines that cannot be written stay pending, and no part of them stays in the file.
 void RunLog::Write() {
   if (noted_.empty()) return;
   struct stat before {};

@@ -1,5 +1,5 @@
-// A run log on the disk, held open and locked for the time of its run, so that nobody resumes a run
-// that is still at work.
+// A run log on the disk, open and locked for the duration of its run, so that nobody resumes a run
+// that is still in progress.
 #pragma once
 
 #include <cstddef>
@@ -16,9 +16,9 @@ class RunLog {
   // A new log in the data folder, "Letters 2026-11-21 093000.log" or "… (1).log" where that is
   // taken; its head is on the disk when this returns. Raises the errors of FileError.
   RunLog(const std::filesystem::path& data_folder, GenerationRequest request, const Clock& clock);
-  // Takes up the log of a run that did not come to its end. Raises 70 (Permission denied) for one
-  // that is at work, 321 (Invalid file format) for what ReadRunLog refuses, for the log of another
-  // data folder, and for a copy: the letters mailed since would be mailed again.
+  // Opens the log of a run that did not finish. Raises 70 (Permission denied) for a run in
+  // progress, 321 (Invalid file format) for what ReadRunLog refuses, for the log of another data
+  // folder, and for a copy: the letters mailed since would be mailed again.
   static RunLog Resume(const std::filesystem::path& path, const std::filesystem::path& data_folder,
                        const Clock& clock);
   // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does.
@@ -40,9 +40,9 @@ class RunLog {
   void Note(std::size_t number, LetterState state, const std::string& detail = {});
   void NoteFile(std::size_t number, const std::filesystem::path& file);
   void Remark(std::string_view what, std::string_view text);
-  // Writes what was noted: the end of this process no longer harms it.
+  // Writes the pending lines: they survive the end of this process.
   void Write();
-  // Writes and waits for the disk: nor does a power cut.
+  // Writes and waits for the disk: they survive a power cut too.
   void Sync();
 
  private:

@@ -34,7 +34,7 @@ std::optional<Enum> FromWord(const std::array<std::string_view, Count>& words,
   return std::nullopt;
 }
 
-// A field on its line: what would end either, and everything a terminal would act on, is escaped.
+// A field on its line: separators, and everything a terminal would interpret, are escaped.
 std::string Escaped(std::string_view field) {
   std::string text;
   for (const char c : field) {
@@ -127,7 +127,7 @@ class Reader {
   }
 
   void ReadFirstLine() {
-    if (!rest_.starts_with(kFirstWord)) Refuse("this is no run log of Tenora");
+    if (!rest_.starts_with(kFirstWord)) Refuse("this is not a Tenora run log");
     const Fields first = NextLine();
     if (first.size() != 2 || first[0] != kFirstWord) Damaged();
     if (first[1] != kVersion) {
@@ -207,7 +207,7 @@ class Reader {
     const bool inside = path == std::filesystem::path(RecipientFolderName(name)) / own;
     if (!inside || own == "." || own == ".." || !own.ends_with(".rtf")) {
       Refuse("the run log names \"" + file + "\" in line " + std::to_string(line_) +
-             ", which is no letter in the folder of " + name);
+             ", which is not a letter in the folder of " + name);
     }
   }
 

@@ -24,7 +24,7 @@ enum class LetterState {
   kFailed,
 };
 
-// Whether the letter was given away without word that it arrived.
+// Whether the letter was handed over without confirmation that it arrived.
 inline bool InDoubt(LetterState state) {
   return state == LetterState::kSending || state == LetterState::kPrinting;
 }
@@ -47,13 +47,13 @@ std::string RunLogHead(const LoggedRun& run, Date now);
 // One line on the letter with this number (from 1).
 std::string RunLogLine(LetterState state, std::size_t number, const std::string& name,
                        const LoggedLetter& letter);
-// A line that says when a run was taken up again or ended; readers skip it.
+// A line that says when a run was resumed or ended; readers skip it.
 std::string RunLogRemark(std::string_view what, std::string_view text, Date now);
 
 // The length of the log without a last line that was cut short.
 std::size_t WholeLines(std::string_view text);
-// Reads whole lines. Raises 321 (Invalid file format) with the line's number for text that is no
-// run log, is one of another version, is damaged, or names files outside its recipients' folders.
+// Reads whole lines. Raises 321 (Invalid file format) with the line's number for text that is not a
+// run log, has another version, is damaged, or names files outside its recipients' folders.
 LoggedRun ReadRunLog(std::string_view text);
 
 }  // namespace tenora

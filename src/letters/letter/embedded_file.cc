@@ -137,7 +137,7 @@ int HexValue(char c) {
   return -1;
 }
 
-// The hexadecimal digits behind \objdata, up to the group's end, as bytes.
+// The hexadecimal digits after \objdata, up to the group's end, as bytes.
 std::string ObjectData(std::string_view group) {
   constexpr std::string_view kData = "\\objdata";
   std::string bytes;

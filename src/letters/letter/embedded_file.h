@@ -16,7 +16,7 @@ struct EmbeddedFile {
   bool operator==(const EmbeddedFile&) const = default;
 };
 
-// More than this makes a letter that nobody can mail.
+// A larger file makes a letter that cannot be mailed.
 inline constexpr std::size_t kLargestEmbeddedFile = std::size_t{25} << 20;
 
 // The RTF group of the object; `result` is the group that is seen in its place, a picture.

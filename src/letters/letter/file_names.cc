@@ -25,7 +25,7 @@ std::uint32_t Hash(std::string_view text) {
   return hash;
 }
 
-// Cuts between characters, combining marks left to fall where they may.
+// Cuts between characters, but possibly before a combining mark.
 std::string_view CutTo(std::string_view text, std::size_t bytes) {
   if (text.size() <= bytes) return text;
   while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0U) == 0x80) --bytes;

@@ -54,7 +54,7 @@ void IgnoringErrors(Step&& step) {
   }
 }
 
-// UTF-16 units, as the system counts characters; never half of one.
+// UTF-16 units, as the system counts characters; never half a character.
 std::string FirstCharacters(std::string_view text, std::size_t most) {
   std::string first;
   std::size_t units = 0;
@@ -101,7 +101,7 @@ frmLetter::frmLetter(Session& session) : session_(session) {
 }
 
 void frmLetter::LoadLetter(const fs::path& path, std::string_view kind, std::string_view type) {
-  // From before the reading: what comes in between is seen as a change.
+  // Taken before reading, so that a write in between is seen as a change.
   const std::optional<FileState> found = StateOf(path);
   rtfLetter.LoadFile(path,
                      type == "TXT" ? RichTextBox::FileType::kText : RichTextBox::FileType::kRtf);
@@ -261,8 +261,8 @@ std::string frmLetter::KindWord() const {
   return !list.empty() && members_.RecipientName == list ? list : "Letter";
 }
 
-// A letter's folder is named for its recipient, who may be called as a folder of our own is; a
-// template's is the template folder itself.
+// A letter's folder is named after its recipient, who may have the name of one of our own folders;
+// a template's is the template folder itself.
 fs::path frmLetter::LetterFolder(Making making) const {
   const bool is_template = members_.Kind == kTemplates || members_.Kind == kOwnerTemplates ||
                            members_.Kind == session_.cheque_word;
@@ -296,7 +296,7 @@ void frmLetter::FindAgain() {
   session_.platform.dialogs.Show({.text = "No more occurances found.", .icon = Icon::kInformation});
 }
 
-// Goes on to its end past a failure, without a box; but what is not on disk stays marked as
+// Continues past a failure without a message, but a letter that is not on disk stays marked as
 // changed.
 bool frmLetter::WriteLetter(Making making) {
   bool written = false;
@@ -377,7 +377,7 @@ void frmLetter::Delete() {
        .icon = Icon::kQuestion,
        .default_answer = Answer::kNo});
   if (answer != Answer::kYes) return;
-  // Goes on to its end where the file cannot be deleted, without a box: the tree still shows it.
+  // Continues without a message when the file cannot be deleted: the tree still shows it.
   std::error_code not_deleted;
   // What is deleted must not ask to be saved when it closes.
   if (fs::remove(members_.FilePath, not_deleted)) members_.Changed = false;

@@ -113,7 +113,7 @@ std::string Respelt(std::string_view name, TemplateKind kind) {
 
 std::string DidYouMean(std::string_view name, TemplateKind kind) {
   const std::string meant = Respelt(name, kind);
-  if (!meant.empty()) return "write " + InBrackets(meant) + " if that is meant";
+  if (!meant.empty()) return "write " + InBrackets(meant) + " if that is what you mean";
   return "the Insert menu lists the codes of " + std::string(WordOf(kind)) + " templates";
 }
 
@@ -128,21 +128,23 @@ Complaint NotReplaced(std::string_view name, TemplateKind kind) {
   const std::string code = InBrackets(name);
   if (IsMenuEntry(name)) {
     return {Kind::kMenuEntry,
-            code + " is an entry of the Insert menu and no code: it stays in the letter",
+            code + " is an entry of the Insert menu, not a code: it stays in the letter",
             name == kFutureDateItem ? "write <<FutureDate:14:Days>>, or choose the entry"
                                     : "write <<?Your question?>>, or choose the entry"};
   }
   if (const auto other = OtherKindOf(name, kind)) return OtherTemplate(name, *other, kind);
   const std::string meant = Respelt(name, kind);
   if (!meant.empty() && EqualsNoCase(meant, name)) {
-    return {Kind::kLetterCase, code + " is written in another letter case and stays in the letter",
+    return {Kind::kLetterCase,
+            code + " differs from the code in letter case and stays in the letter",
             "write " + InBrackets(meant)};
   }
   if (!meant.empty() && EqualsNoCase(meant, Tidied(name))) {
-    return {Kind::kBlanks, code + " is spaced otherwise than the code and stays in the letter",
+    return {Kind::kBlanks, code + " differs from the code in spacing and stays in the letter",
             "write " + InBrackets(meant)};
   }
-  return {Kind::kUnknownCode, code + " is no code and stays in the letter", DidYouMean(name, kind)};
+  return {Kind::kUnknownCode, code + " is not a merge code and stays in the letter",
+          DidYouMean(name, kind)};
 }
 
 std::optional<Complaint> CheckCustomField(std::string_view name, const CustomForm& form,
@@ -151,8 +153,8 @@ std::optional<Complaint> CheckCustomField(std::string_view name, const CustomFor
   const std::string code = InBrackets(name);
   const std::string gone = " and is removed from every letter";
   if (field.empty()) {
-    return Complaint{Kind::kCustomField, code + " names no field" + gone,
-                     "write the field's code behind the colon"};
+    return Complaint{Kind::kCustomField, code + " does not name a field" + gone,
+                     "write the field's code after the colon"};
   }
   if (codes == nullptr) return std::nullopt;
   const std::set<std::string>& known = codes->*form.fields;
@@ -167,17 +169,17 @@ std::optional<Complaint> CheckCustomField(std::string_view name, const CustomFor
     }
   }
   const std::string nearest = NearestName(field, {known.begin(), known.end()});
-  return Complaint{
-      Kind::kCustomField, problem,
-      nearest.empty()
-          ? "give the field's code as the management package lists it"
-          : "write " + InBrackets(std::string(form.prefix).append(nearest)) + " if that is meant"};
+  return Complaint{Kind::kCustomField, problem,
+                   nearest.empty()
+                       ? "give the field's code as the management package lists it"
+                       : "write " + InBrackets(std::string(form.prefix).append(nearest)) +
+                             " if that is what you mean"};
 }
 
 Complaint BadFutureDate(std::string_view name, std::string_view why) {
   return {Kind::kFutureDate,
           InBrackets(name).append(why).append(
-              ": no future date from here on is filled in, and an error is shown"),
+              ": neither this nor any later future date is filled in, and an error is shown"),
           "write a whole number and a unit, as in <<FutureDate:14:Days>>"};
 }
 
@@ -199,16 +201,16 @@ std::optional<Complaint> CheckFutureDate(std::string_view name, Date today) {
     if (static_cast<double>(count) != ToDouble(parts[0])) {
       return Complaint{
           Kind::kFutureDate,
-          InBrackets(name) + " counts " + std::to_string(count) + ": parts of a number are rounded",
+          InBrackets(name) + " counts " + std::to_string(count) + ": fractions are rounded",
           "write a whole number"};
     }
     if (count < 0) {
-      return Complaint{Kind::kFutureDate, InBrackets(name) + " gives a date that is past",
-                       "leave out the minus sign unless that is meant"};
+      return Complaint{Kind::kFutureDate, InBrackets(name) + " gives a date in the past",
+                       "leave out the minus sign unless it is intended"};
     }
   } catch (const RuntimeError& error) {
     return BadFutureDate(name, error.number() == error_number::kTypeMismatch
-                                   ? " has a count that is no number"
+                                   ? " has a count that is not a number"
                                    : " goes beyond the calendar");
   }
   return std::nullopt;
@@ -248,7 +250,7 @@ std::optional<Complaint> CheckCode(std::string_view name, bool holds_code, Templ
   if (form == CodeForm::kPrompt) {
     if (kind != TemplateKind::kCheque) return std::nullopt;
     return Complaint{Kind::kOtherTemplate, InBrackets(name) + " is not asked for a cheque",
-                     "take it out: a cheque has no prompt messages"};
+                     "remove it: a cheque has no prompt messages"};
   }
   if (const auto openings = OpeningsOf(kind);
       std::ranges::none_of(openings, [&](std::string_view o) { return name.starts_with(o); })) {

@@ -17,12 +17,12 @@ struct Complaint {
 
 enum class CodeForm { kCatalogue, kCustomField, kFutureDate, kPrompt };
 
-// The form that a name between the brackets opens, and how much of the source must stand in one
-// piece for the merge to recognise it: all of a catalogue code, the opening of the others.
+// The form of a name between the brackets, and how much of it must be contiguous in the source for
+// the merge to recognise it: all of a catalogue code, the opening of the others.
 CodeForm FormOf(std::string_view name);
 std::string_view OpeningOf(std::string_view name);
 
-// What is wrong with a closed code. `name` is what stands between the brackets; with
+// What is wrong with a closed code. `name` is the text between the brackets; with
 // `holds_code` part of it is not known before the merge.
 std::optional<Complaint> CheckCode(std::string_view name, bool holds_code, TemplateKind kind,
                                    Date today, const CustomFieldCodes* fields);

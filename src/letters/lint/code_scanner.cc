@@ -10,10 +10,10 @@ namespace tenora {
 namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
-// Beyond this, text between look-alike brackets is a quotation.
+// Longer text between look-alike brackets is a quotation.
 constexpr std::size_t kLongestLookalike = 200;
 
-// Answers "where is the next one" for positions that only grow, without searching twice.
+// Finds the next occurrence after positions that only grow, without searching twice.
 class Ahead {
  public:
   Ahead(std::string_view text, std::string_view part) : text_(text), part_(part) {}
@@ -61,7 +61,7 @@ class Scanner {
     return !open_.empty() && text_.substr(open_.back().begin).starts_with(kPromptStart);
   }
 
-  // Whether the prompt in hand has its end still before it, "?>>" here not counted.
+  // Whether the end of the current prompt is still to come, not counting a "?>>" at `at`.
   bool PromptGoesOn(std::size_t at) {
     const std::size_t own_end = open_.back().begin + kCodeStart.size();
     if (at > own_end && text_[at - 1] == '?' && text_.substr(at).starts_with(kCodeEnd)) {

@@ -11,7 +11,7 @@ struct ScannedCode {
   std::size_t begin = 0, end = 0;  // bytes of the text, with the brackets; to the line's end where
                                    // it is not closed
   bool closed = true;
-  bool holds_code = false;  // another code stands in it, which a merge fills first
+  bool holds_code = false;  // contains another code, which a merge fills first
 };
 
 // The codes between "<<" and ">>", in the order of their beginnings. A code ends on its line; only

@@ -30,7 +30,7 @@ std::string_view PlaceOf(std::string_view word) {
   return "text box";
 }
 
-// The first bracket, also as a word processor prettifies it, or any character beyond ASCII.
+// A bracket, also in a word processor's typographic form, or any character beyond ASCII.
 bool MayHoldCodes(std::string_view source) {
   return source.find_first_of('<') != std::string_view::npos ||
          source.find("\\'") != std::string_view::npos ||
@@ -51,7 +51,7 @@ class Collector {
   }
 
  private:
-  // What stands elsewhere but is anchored in the text being collected.
+  // Text from elsewhere that is anchored in the text being collected.
   struct Carried {
     std::string source;
     int position;
@@ -108,7 +108,7 @@ class Collector {
     }
   }
 
-  // Finds the texts in carried source. A text that stands in another is found when that is read.
+  // Finds the texts in carried source. A nested text is found when the outer one is read.
   void AddCarried(std::string_view source, int position) {
     if (!MayHoldCodes(source)) return;
     for (const richtext::CarriedText& text : richtext::CarriedTexts(source))

@@ -12,7 +12,7 @@
 
 namespace tenora {
 
-// A run: its characters stand in one piece in the source.
+// A run: its characters are contiguous in the source.
 struct TextSpan {
   std::size_t begin = 0;  // byte of LetterText::text
   richtext::CharFormat format;
@@ -29,7 +29,7 @@ struct LetterText {
 
   std::string place;  // "header", "footnote", …; empty for the letter's own text
   // In the letter, in the control's positions: of the first character, or of the place where a text
-  // that stands elsewhere is anchored; -1 for those of the head.
+  // from elsewhere is anchored; -1 for those of the head.
   int position = 0;
   std::string text;  // UTF-8; the ends of paragraphs, cells and lines are "\n"
   std::vector<TextSpan> spans;
@@ -42,7 +42,7 @@ struct LetterText {
   std::vector<const TextSpan*> SpansOf(std::size_t begin, std::size_t end) const;
 };
 
-// The texts in the order in which they begin in the source, those inside another behind it.
+// The texts in the order in which they begin in the source, nested ones after the outer one.
 std::vector<LetterText> TextsOf(const RichTextBox& letter);
 
 }  // namespace tenora

@@ -7,7 +7,7 @@
 namespace tenora {
 namespace {
 
-// Longer texts are no misspelt names.
+// Longer texts are not misspelt names.
 constexpr std::size_t kLongestName = 80;
 
 std::string Letters(std::string_view name) {

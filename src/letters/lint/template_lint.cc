@@ -129,7 +129,7 @@ class Linter {
       case CodeForm::kPrompt:
         return Add(code, {Kind::kUnclosed,
                           "the prompt has no \"?>>\" on its line: the merge takes the text up to a "
-                          "later \"?>>\" for the question, or stops asking",
+                          "later \"?>>\" as the question, or stops asking",
                           "end the question with ?>>"});
       case CodeForm::kFutureDate:
       case CodeForm::kCustomField:
@@ -149,8 +149,8 @@ class Linter {
         name.size() < 2 ? std::string_view() : std::string_view(name).substr(1, name.size() - 2);
     if (LengthInSource(letter_, message) >= kShortestMessage) return;
     Add(code, {Kind::kShortPrompt,
-               "a question of fewer than three characters is not asked, and no prompt behind it "
-               "is: all of them stay in the letter",
+               "a question of fewer than three characters is not asked, nor is any later prompt: "
+               "all of them stay in the letter",
                "write a longer question"});
   }
 
@@ -174,10 +174,10 @@ class Linter {
     const bool found =
         FormOf(name) != CodeForm::kCatalogue && ChangesIn(code.begin, code.begin + opening).empty();
     Add(code, {Kind::kSplit,
-               tag + " is not of one format (" + change + "): the merge " +
+               tag + " has more than one format (" + change + "): the merge " +
                    (found ? "loses the format that changes inside it and may take it for another"
                           : "does not find it, and it stays in the letter"),
-               "select the whole code and give it one format, or type it anew"});
+               "select the whole code and give it one format, or retype it"});
   }
 
   // What changes between the characters of a stretch of text; empty where the source has it in one
@@ -246,8 +246,8 @@ class Linter {
     Add({word, word + kWord.size(), true, false},
         {Kind::kMergeField,
          "the word processor's merge field \"" + std::string(TrimBlanks(name)) +
-             "\" is filled by no merge of this program",
-         "take the field out and " + advice});
+             "\" is not filled by this program",
+         "remove the field and " + advice});
   }
 
   void Add(const ScannedCode& code, Complaint complaint) {
@@ -279,7 +279,7 @@ class Linter {
     return counted_;
   }
 
-  // One prompt that stops the asking speaks for all short ones behind it.
+  // The first prompt that stops the asking is reported for all later short ones.
   void DropPromptsNeverAsked() {
     bool stopped = false;
     std::erase_if(found_, [&](const TemplateFinding& finding) {
