@@ -1,5 +1,5 @@
 // Sends one message to one recipient: by SMTP, or through the desktop's mail program, as the option
-// SmtpSend says. Nothing is retried, and one transport never stands in for the other.
+// SmtpSend says. Nothing is retried, and there is no fallback from one transport to the other.
 #pragma once
 
 #include <functional>
@@ -28,8 +28,8 @@ class clsEmailSender {
   bool DeliverEmail(const std::string& recipient, const EmailBody& body, const std::string& subject,
                     bool isHtml);
 
-  // The same for a batch, which notes a failure by the letter: every error is raised, as
-  // mail::DeliveryUnknown where the message may have arrived all the same.
+  // The same for a batch, which records failures letter by letter: every error is raised, as
+  // mail::DeliveryUnknown if the message may have arrived nevertheless.
   void DeliverOrRaise(const std::string& recipient, const EmailBody& body,
                       const std::string& subject, bool isHtml);
 
@@ -40,7 +40,7 @@ class clsEmailSender {
   bool SendEmailSMTP(const std::string& recipient, const EmailBody& body,
                      const std::string& subject, bool isHtml);
 
-  // Asked while a server is talked to; true breaks the message off. May be empty.
+  // Polled during an SMTP exchange; true aborts the message. May be empty.
   std::function<bool()> StopAsked;
 
  private:

@@ -9,8 +9,8 @@
 
 namespace tenora {
 
-// Raises 482 (Printer error), 32755 when `stop_asked`, asked between the pages, says so, and what
-// writing a scratch file raises.
+// Raises 482 (Printer error), 32755 when `stop_asked`, polled between pages, returns true, and the
+// errors of writing a scratch file.
 std::string MakeLetterPdf(const RichTextBox& letter, const std::string& title, Settings& settings,
                           const std::function<bool()>& stop_asked = {});
 

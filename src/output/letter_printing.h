@@ -26,7 +26,7 @@ PageMargins StoredMargins(Settings& settings);
 // Prints the whole document inside the margins: opens a job under the title or, in an open job,
 // starts on a new page; the job stays open. Raises 482 (Printer error) when the margins leave no
 // room or the printer refuses, and 32755 (Cancel was selected) when `stop_asked`, asked between the
-// pages, says so; a job opened here is then dropped.
+// pages, returns true; a job opened here is then cancelled.
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
                    const std::string& title, const PageMargins& margins,
                    const std::function<bool()>& stop_asked = {});
@@ -44,7 +44,7 @@ class PrinterMod {
   // says so.
   void PrintRichText(const RichTextBox& box, const std::string& title);
 
-  // Hands the job on; nothing when none is open. For the PDF printer the result is the file's path,
+  // Submits the job, if one is open. For the PDF printer the result is the file's path,
   // else empty.
   std::filesystem::path EndJob();
 
@@ -55,7 +55,7 @@ class PrinterMod {
   // print.
   int PrinterCount();
 
-  // Asked between the pages; may be empty.
+  // Polled between pages; may be empty.
   std::function<bool()> StopAsked;
 
  private:

@@ -1,4 +1,4 @@
-// Letters to PDF files on threads of their own, so that whoever merges goes on merging.
+// Writes letters to PDF files on worker threads, so that the merge can go on.
 #pragma once
 
 #include <condition_variable>
@@ -45,7 +45,7 @@ class PdfWorkers {
   // Letters that no thread has begun are dropped; those begun are finished.
   ~PdfWorkers();
 
-  // Hands a letter on; letters are drawn in groups, the last of them at Finish. Waits while many
+  // Queues a letter; letters are drawn in groups, the last of them at Finish. Waits while many
   // letters or bytes wait, so that memory does not grow with the batch.
   void Add(PdfLetter letter);
   // The results since the last call, in the order they were finished; does not wait.

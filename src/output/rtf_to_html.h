@@ -20,7 +20,7 @@ namespace tenora {
 //   +I    accepted, without effect
 //   +U    Unicode escapes are written as character references, their fallback is left out
 //   +E    "<", ">" and "&" of the text are written as entities
-// Without +E the text's own angle brackets go out as they stand: text from outside needs +E.
+// Without +E the text's own angle brackets are written unchanged: untrusted text needs +E.
 std::string RtfToHtml(std::string_view rtf, std::string_view options);
 
 }  // namespace tenora

@@ -24,16 +24,16 @@ class SpellChecker {
   SpellChecker(Dialogs& dialogs, std::function<std::unique_ptr<spelling::Speller>()> open_speller)
       : dialogs_(dialogs), open_speller_(std::move(open_speller)) {}
 
-  // Runs the whole check and ends with "Spell check complete", or the error; nothing is said where
+  // Runs the whole check and ends with "Spell check complete", or the error; no message where
   // the user stopped it.
   void SpellCheck(RichTextBox& editor);
 
-  // Replaces the word wherever it stands, in any letter case and inside longer words too. The
+  // Replaces every occurrence of the word, in any letter case and inside longer words too. The
   // selection is restored.
   static void ReplaceAll(RichTextBox& editor, std::string_view word, std::string_view replacement);
 
-  // The words of a text as they are checked: without merge codes and punctuation; words that
-  // nothing is left of stay as empty ones.
+  // The words of a text as they are checked: without merge codes and punctuation; words of
+  // which nothing is left stay as empty ones.
   static std::vector<std::string> WordList(std::string_view text);
 
   // Shows one misspelt word; the speller is for its suggestions, and to add or ignore the word.

@@ -1,4 +1,4 @@
-// What the settings say about spelling.
+// The spelling settings.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace tenora {
 
-// The user's language, else the locale's; the user's own words lie beside their settings.
+// The user's language, else the locale's; the user dictionary is next to the user's settings.
 spelling::Options SpellingOptions(Session& session);
 
 // Empty: as the locale says.

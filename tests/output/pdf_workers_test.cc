@@ -124,7 +124,7 @@ TEST(PdfWorkers, EndWithLettersStillWaiting) {
       workers.Add({i, LetterSource(i), "Letter", folder / "letters/Letter.pdf"});
     }
   }
-  // Those in hand are whole and nothing else is left.
+  // Letters already begun are complete and nothing else is left.
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
     if (!entry.is_regular_file()) continue;
     EXPECT_EQ(entry.path().extension(), ".pdf");

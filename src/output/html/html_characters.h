@@ -6,14 +6,14 @@
 
 namespace tenora::html {
 
-// What stands at the start of an escape's meaning that is RTF source rather than HTML.
+// The prefix of an escape's meaning that is RTF source rather than HTML.
 inline constexpr std::string_view kRtfFragment = "<rtf>:";
 
-// The meaning of \'xx: an HTML entity or character, RTF source behind kRtfFragment, or nothing for
+// The meaning of \'xx: an HTML entity or character, RTF source after kRtfFragment, or nothing for
 // a character that is dropped. The two digits count in lower case only.
 std::string_view EscapedCharacter(std::string_view two_digits);
 
-// Appends a run of text as it stands, without line breaks and control characters (tabs stay).
+// Appends a run of text without line breaks and control characters (tabs stay).
 // Bytes that are no UTF-8 are read as Windows-1252. With `entities`, "<", ">" and "&" become
 // entities.
 void AppendText(std::string& html, std::string_view text, bool entities);

@@ -75,7 +75,7 @@ void Converter::Run(std::string_view source) {
   }
 }
 
-// Counts the braces, and leaves a group of which nothing is to be seen; true when it did.
+// Counts the braces and skips groups that are not shown; true when it skipped one.
 bool Converter::SkipGroup(const Token& token, Tokenizer& tokens) {
   switch (token.kind) {
     case Token::Kind::kOpen:
@@ -208,7 +208,7 @@ void Converter::EndParagraph() {
 void Converter::ResetParagraph() {
   if (!output_.empty() && pending_breaks_ == 0) WriteBreak("<Br>");
   codes_.ResetParagraph();
-  // A list item that still waits was asked for by this paragraph's list text, which may reset the
+  // A pending list item was requested by this paragraph's list text, which may reset the
   // paragraph itself.
   if (!head_.is_list_document && codes_.IsInForce(Tag::kListItem)) codes_.Close(Tag::kListItem);
   wrapper_.clear();
@@ -283,7 +283,7 @@ void Converter::WriteText(std::string_view text) {
   at_line_start_ = false;
 }
 
-// Blanks alone open and close nothing and go out at once, even ahead of a break that still waits.
+// Blanks alone open and close no tags and are written at once, even before a pending break.
 // At the start of a line they are the indentation, which HTML would swallow.
 void Converter::WriteBlanks(std::string_view blanks) {
   for (const char blank : blanks) {

@@ -74,8 +74,8 @@ class Converter {
   std::int32_t size_ = 0;           // 1 to 8, 0 for none
   std::string_view face_;           // or empty
   std::string wrapper_;             // the alignment wrapper's opening tag, or empty
-  std::string opening_;             // opening tags on their way out
-  std::size_t pending_breaks_ = 0;  // from \par, written ahead of the next text
+  std::string opening_;             // opening tags to be written
+  std::size_t pending_breaks_ = 0;  // from \par, written before the next text
 };
 
 }  // namespace tenora::html

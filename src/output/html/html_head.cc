@@ -19,7 +19,7 @@ constexpr std::int32_t kHighestFont = 32767;
 // No real face name comes near this; a longer one would be repeated in every font tag.
 constexpr std::size_t kLongestFace = 128;
 
-// Whether an odd number of backslashes stands before `position`.
+// Whether an odd number of backslashes precedes `position`.
 bool IsEscaped(std::string_view source, std::size_t position) {
   std::size_t start = position;
   while (start > 0 && source[start - 1] == '\\') --start;

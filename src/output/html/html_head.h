@@ -14,7 +14,7 @@ class ColourTable {
   explicit ColourTable(std::string_view group);
 
   // "RRGGBB" for a number from 1, else empty. Only entries that name a red part count, so the
-  // automatic colour at the start takes no place.
+  // automatic colour at the start has no number.
   std::string_view Find(std::int32_t number) const;
 
  private:

@@ -96,7 +96,7 @@ std::vector<TagStack::Code> TagStack::Merge(std::size_t& kept) const {
   std::vector<Code> merged = codes_;
   std::erase_if(merged, is_cancelled);
 
-  // New paragraph tags go below the formatting: behind those that are open, the wrapper first.
+  // New paragraph tags go below the formatting: above those that are open, the wrapper first.
   const auto is_formatting = [](const Code& code) { return !IsParagraphTag(code.tag); };
   std::size_t place = std::find_if(merged.begin(), merged.end(), is_formatting) - merged.begin();
   for (const Tag tag : {Tag::kWrapper, Tag::kListItem}) {

@@ -1,14 +1,14 @@
 // The formatting in force while a letter is converted, as HTML tags.
 //
-// Two stacks: the codes in force, whose opening tags are written, and the next codes, asked for
+// Two stacks: the codes in force, whose opening tags are written, and the next codes, requested
 // since the last text and not yet opened. Closing a code in force only cancels it; the tags go out
 // together ahead of the next text, when the next codes are merged onto those in force:
-//   - a new list item comes to lie below all formatting, so that it encloses it;
-//   - a new alignment wrapper lies below the formatting and the list item too, but inside a list
+//   - a new list item goes below all formatting, so that it encloses it;
+//   - a new alignment wrapper goes below the formatting and the list item too, but inside a list
 //     item that is already open;
 //   - everything above the lowest change is closed and what stays is opened again, so that tags
 //     always nest.
-// No tag is on a stack twice (but for one cancelled and asked for again), so a merge takes constant
+// No tag is on a stack twice (except one cancelled and requested again), so a merge takes constant
 // time.
 #pragma once
 
@@ -71,7 +71,7 @@ class TagStack {
   std::vector<Code> Merge(std::size_t& kept) const;
 
   std::vector<Code> codes_;       // outermost first
-  std::vector<Code> next_codes_;  // as asked for
+  std::vector<Code> next_codes_;  // in the order of the requests
   bool changed_ = false;          // something is cancelled or pending
 };
 

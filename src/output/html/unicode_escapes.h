@@ -1,4 +1,4 @@
-// Unicode escapes (\uN) and the fallback text behind each, for readers that know no Unicode.
+// Unicode escapes (\uN) and the fallback text after each, for readers without Unicode support.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ class UnicodeEscapes {
   // waits for the second, and for what is no character.
   std::string Reference(std::int32_t number);
 
-  // To be told of every token. Takes what belongs to the last escape's fallback off the token; true
+  // Called for every token. Removes what belongs to the last escape's fallback from the token; true
   // when nothing of it is left. One character of text, one escape or one control word counts as
   // one; a brace ends it.
   bool SkipFallback(richtext::Token& token);

@@ -49,7 +49,7 @@ class BodyWriter {
   void Add(const LetterPiece& piece) {
     const std::string html = Converted(piece.rtf);
     if (piece.row < 0) {
-      // Rows that follow each other have a piece without a paragraph between them.
+      // Between consecutive rows there is a piece without a paragraph.
       if (html.empty() && !HoldsParagraph(piece.rtf)) return;
       EndTable();
       html_ += html;
@@ -145,7 +145,7 @@ EmailBody MakeEmailBody(const RichTextBox& letter) {
       body.remove_prefix(static_cast<std::size_t>(group.end() - body.begin()));
     }
   }
-  // The brace that closes the document, and the line end behind it.
+  // The brace that closes the document, and the line end after it.
   body = body.substr(0, body.find_last_of('}') == body.npos ? body.size() : body.find_last_of('}'));
   const html::Head head = html::TakeHead(head_source);
   BodyWriter writer(document, head);

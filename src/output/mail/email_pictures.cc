@@ -69,7 +69,7 @@ FileKind KindOf(Picture::Kind kind) {
 mail::Part PartOf(const Picture& picture, std::size_t number) {
   const FileKind kind = KindOf(picture.kind);
   const std::string name = "picture" + std::to_string(number);
-  // The standard wants an identifier that no other message has for something else.
+  // A content identifier must be unique across messages.
   std::array<char, 32> digest{};
   std::snprintf(digest.data(), digest.size(), ".%016zx", std::hash<std::string>()(picture.bytes));
   return {kind.type, name + kind.extension, name + digest.data() + "@tenora",
@@ -104,7 +104,7 @@ std::string HtmlMark(std::size_t number) {
   return reference(kMarkBegin) + std::to_string(number) + reference(kMarkEnd);
 }
 
-// The text with replacements[N] in the place of the mark N. The marks stand in order.
+// The text with mark N replaced by replacements[N]. The marks are in order.
 std::string ReplaceMarks(std::string_view text, std::string (*mark_of)(std::size_t),
                          const std::vector<std::string>& replacements) {
   std::string replaced;

@@ -1,4 +1,4 @@
-// The pictures of a letter on their way into an e-mail.
+// Moves the pictures of a letter into the parts of an e-mail.
 #pragma once
 
 #include <string>
@@ -16,9 +16,9 @@ struct EmailPictures {
   std::vector<mail::Part> parts;
   std::vector<std::string> image_tags;  // "<img src="cid:…" …>", one a part
 
-  // Takes the pictures out of the document and puts marks into their places.
+  // Replaces the pictures in the document by marks.
   void Take(richtext::Document& document);
-  // Puts the image tags in the place of the marks.
+  // Replaces the marks by the image tags.
   std::string WithTags(std::string_view html) const;
   std::string WithoutMarks(std::string_view text) const;
 };

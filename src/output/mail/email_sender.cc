@@ -10,7 +10,7 @@
 namespace tenora {
 namespace {
 
-// The compose window reads one file: its pictures stand in the HTML itself.
+// The compose window reads one file: its pictures are embedded in the HTML.
 std::string WithPicturesInPlace(const EmailBody& body) {
   std::string html;
   std::size_t copied = 0;
@@ -33,7 +33,7 @@ std::string NoMailClientText(const mail::NoMailClient& error) {
          std::string(error.description());
 }
 
-// Bodies handed to the mail program; it reads them after we have ended.
+// Bodies handed to the mail program, which may read them after this process has ended.
 std::filesystem::path DraftFolder() { return UserFolder("XDG_CACHE_HOME", ".cache") / "Tenora"; }
 
 }  // namespace
@@ -82,7 +82,7 @@ mail::Server clsEmailSender::Server() const {
   const Options& options = session_.options;
   mail::Server server;
   server.host = options.SmtpAddress;
-  // Ports above 32767 stand in the 16-bit option as negative numbers.
+  // Ports above 32767 are negative numbers in the 16-bit option.
   server.port = static_cast<std::uint16_t>(options.SmtpPort);
   server.ssl = options.SmtpSSL;
   server.user = options.SmtpUsername;

@@ -42,14 +42,14 @@ class FormatState {
     return all.empty() ? all : all + " ";
   }
 
-  // The colour word, which makes the converter take up a new font or size.
+  // The colour word, which makes the converter apply a new font or size.
   std::string ColourWord() const {
     const auto colour = words_.find(kLast);
     return colour == words_.end() ? std::string() : colour->second + " ";
   }
 
  private:
-  // Behind all other kinds: the colour word has to follow the font and the size.
+  // Sorts last: the colour word has to follow the font and the size.
   static constexpr const char* kLast = "~";
 
   std::map<std::string, std::string> words_;
@@ -86,7 +86,7 @@ class Cutter {
     } else if (word.text == "cell" && cell_ >= 0) {
       EndPiece(rows_ - 1, cell_++);
     } else if (word.text == "row" && cell_ >= 0) {
-      // What stands between the last cell and the end of the row is no text.
+      // Anything between the last cell and the end of the row is not text.
       text_ = state_.Words();
       cell_ = -1;
     } else if (word.text == "nestcell") {

@@ -7,15 +7,15 @@
 
 namespace tenora {
 
-// A piece that can be converted on its own: the formats in force at its start stand in front.
+// A piece that can be converted on its own: it begins with the formats in force.
 struct LetterPiece {
   std::string rtf;  // body only, without the document's head
   int row = -1;     // number of the table row in the document, -1: text outside tables
   int cell = -1;    // cell within the row
 };
 
-// The pieces in the order of the text. Cells of nested tables stay part of their outer cell, split
-// by tabs and line ends.
+// The pieces in the order of the text. Cells of nested tables stay part of their outer cell,
+// separated by tabs and line ends.
 std::vector<LetterPiece> CutLetter(std::string_view source);
 
 // The group that begins with `opening` ("{\\fonttbl"), braces included, to the end of the source

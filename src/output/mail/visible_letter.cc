@@ -9,7 +9,7 @@ using richtext::Block;
 using richtext::Run;
 
 void ShowRuns(richtext::Paragraph& paragraph) {
-  // Marks are bookmarks and their like; their places are counted in the text that goes.
+  // Marks are bookmarks and their like; their offsets count text that is removed.
   paragraph.marks.clear();
   std::erase_if(paragraph.runs, [](const Run& run) { return run.format.hidden; });
   for (Run& run : paragraph.runs) {

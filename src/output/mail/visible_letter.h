@@ -5,9 +5,9 @@
 
 namespace tenora {
 
-// A copy without hidden and deleted text and without page headers and footers, none of which is on
-// paper beside the text either; objects, shapes and notes give way to the picture or text they
-// show.
+// A copy without hidden and deleted text and without page headers and footers, none of which is
+// part of the printed text either; objects, shapes and notes are replaced by the picture or text
+// they show.
 richtext::Document VisibleLetter(const richtext::Document& letter);
 
 }  // namespace tenora

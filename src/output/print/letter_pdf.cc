@@ -13,7 +13,7 @@
 namespace tenora {
 namespace {
 
-// Letters are private: the folder is readable for its owner only, and goes with us.
+// Letters are private: only the owner can read the folder, and the destructor removes it.
 class ScratchFolder {
  public:
   ScratchFolder() {

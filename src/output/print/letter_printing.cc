@@ -25,7 +25,7 @@ printing::Rect PrintRect(const printing::Paper& paper, const PageMargins& margin
   return rect;
 }
 
-// Less than this, in either direction, is no room to print in.
+// The smallest printable width and height, in twips.
 constexpr int kLeastRoom = 144;
 
 void RequireRoom(const printing::Rect& rect, const PageMargins& margins) {
@@ -37,7 +37,7 @@ void RequireRoom(const printing::Rect& rect, const PageMargins& margins) {
                                                        std::to_string(margins.right) + " twips)");
 }
 
-// Frees the layout, and the job where this letter opened it and failed.
+// Releases the layout, and cancels the job if this letter opened it and failed.
 class LetterPrint {
  public:
   explicit LetterPrint(printing::Printer& printer)
@@ -76,7 +76,7 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
     if (stop_asked && stop_asked()) throw StandardError(error_number::kCancelled);
     if (next >= length) break;
     if (next <= range.range.from) {
-      throw StandardError(error_number::kPrinterError, "\"" + title + "\" cannot be divided");
+      throw StandardError(error_number::kPrinterError, "\"" + title + "\" cannot be split into pages");
     }
     printer.NewPage();
     range.range.from = next;
@@ -108,7 +108,7 @@ int PrinterMod::PrinterCount() {
   try {
     return printers_.Count();
   } catch (const std::exception&) {
-    // Deliberate: printers that cannot be counted are none.
+    // Deliberate: if printers cannot be counted, there are none.
     return 0;
   }
 }

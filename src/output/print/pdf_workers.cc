@@ -12,7 +12,7 @@
 namespace tenora {
 namespace {
 
-// Letters drawn together: fonts are packed once for all of them.
+// Letters drawn together: their fonts are embedded once for all of them.
 constexpr std::size_t kGroup = 32;
 constexpr std::size_t kWaitingPerThread = 2 * kGroup;
 // Letters with large pictures wait, and are drawn together, only up to this size.
@@ -21,10 +21,10 @@ constexpr std::size_t kMostGroupBytes = std::size_t{4} << 20;
 
 RuntimeError LetterError(const std::string& title, const std::string& reason) {
   return StandardError(error_number::kPrinterError,
-                       "\"" + title + "\" was not made a PDF: " + reason);
+                       "\"" + title + "\" could not be written as a PDF: " + reason);
 }
 
-// Runs a step for one letter; what fails is said in its result.
+// Runs a step for one letter and records an error in its result.
 template <typename Step>
 void ForLetter(PdfResult& result, Step&& step) {
   try {

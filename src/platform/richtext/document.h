@@ -15,7 +15,7 @@ namespace tenora::richtext {
 struct Font {
   int number = 0;              // \fN
   std::string name;            // UTF-8
-  std::string family = "nil";  // \fnil, \froman, \fswiss, …: the word behind "\f"
+  std::string family = "nil";  // \fnil, \froman, \fswiss, …: the word after "\f"
   int charset = 0;             // \fcharsetN
   int pitch = 0;               // \fprqN
 };
@@ -52,7 +52,7 @@ struct TabStop {
   enum class Kind { kLeft, kCentre, kRight, kDecimal, kBar };
   int position = 0;
   Kind kind = Kind::kLeft;
-  std::string leader;  // "dot", "hyph", "ul", "th", "eq": the word behind "\tl"; empty for none
+  std::string leader;  // "dot", "hyph", "ul", "th", "eq": the word after "\tl"; empty for no leader
 
   bool operator==(const TabStop&) const = default;
 };
@@ -100,7 +100,7 @@ struct ParagraphFormat {
   bool operator==(const ParagraphFormat&) const = default;
 };
 
-// A picture in the text. `source` is its whole RTF group, carried through as it came.
+// A picture in the text. `source` is its whole RTF group, carried through unchanged.
 struct Picture {
   enum class Kind { kPng, kJpeg, kDib, kBitmap, kWmf, kEmf, kUnknown };
   Kind kind = Kind::kUnknown;
@@ -109,7 +109,8 @@ struct Picture {
   std::string source;
 };
 
-// Where a shape stands on the page, twips; `left` to `bottom` count from what the other two name.
+// Where a shape is on the page, in twips; `left` to `bottom` are relative to what the other two
+// name.
 struct ShapeBox {
   enum class From { kText, kMargin, kPage };  // kText: the column, or the paragraph's top
   enum class Wrap { kNone, kAboveAndBelow, kAround };
@@ -128,12 +129,12 @@ struct Verbatim {
   std::optional<ShapeBox> shape;  // of a shape with a box of its own
 };
 
-// A field (a hyperlink, a word processor's merge field) whose result stands in the text as ordinary
+// A field (a hyperlink, a word processor's merge field) whose result is in the text as ordinary
 // runs; all runs of one field share this object.
 struct Field {
   std::string instruction;             // RTF source of the instruction, as `HYPERLINK "…"`
-  std::string flags;                   // control words behind \field, as \fldlock
-  std::shared_ptr<const Field> outer;  // the field in whose result this one stands
+  std::string flags;                   // control words after \field, such as \fldlock
+  std::shared_ptr<const Field> outer;  // the field whose result contains this one
 };
 
 // Runs of equal format are joined. In text, "\t" is a tab, "\v" a line break inside the paragraph,
@@ -146,7 +147,7 @@ struct Run {
   std::shared_ptr<const Field> field;  // null outside fields
 };
 
-// Something that stands between two characters and takes no room: a bookmark, a comment, an index
+// Something between two characters that has no width: a bookmark, a comment, an index
 // entry. Carried through verbatim.
 struct Mark {
   std::size_t offset = 0;  // bytes into the paragraph's text
@@ -182,10 +183,10 @@ struct Cell {
 
 struct Row {
   std::string
-      definition;     // from \trowd to the last \cellx, in canonical form but otherwise as it came
-  int left_edge = 0;  // \trleft
-  int half_gap = 0;   // \trgaph
-  int height = 0;     // \trrh: 0 automatic, positive at least, negative exact
+      definition;       // from \trowd to the last \cellx, in canonical form but otherwise unchanged
+  int left_edge = 0;    // \trleft
+  int half_gap = 0;     // \trgaph
+  int height = 0;       // \trrh: 0 automatic, positive at least, negative exact
   bool header = false;  // \trhdr
   Alignment alignment = Alignment::kLeft;
   std::vector<Cell> cells;

@@ -11,7 +11,7 @@ namespace tenora::richtext {
 // A new document that holds a plain text; any kind of line end begins a paragraph.
 Document DocumentOfText(std::string_view utf8);
 
-// Replaces a range by plain text in the format at its start, and gives the position behind it.
+// Replaces a range by plain text in the format at its start, and returns the position after it.
 // Cells that the range touches lose their text, not themselves.
 int ReplaceRange(Document* document, int start, int length, std::string_view utf8);
 // The same with the first picture or carried-through object of another document; -1, and nothing

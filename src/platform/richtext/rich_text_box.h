@@ -28,10 +28,10 @@ class RichTextBox {
   // The RTF source: ASCII, characters beyond it as "\'xx" where the code page has them, else as
   // Unicode escapes with their fallback.
   const std::string& TextRTF() const;
-  // Takes RTF source as it stands and parses nothing yet: merges rewrite the source many times, the
+  // Takes RTF source unchanged and parses nothing yet: merges rewrite the source many times, the
   // document is parsed once when it is needed. Characters beyond ASCII (UTF-8) are escaped.
   void SetTextRTF(std::string source);
-  // A text as it would stand in this document's source: only characters beyond ASCII are escaped,
+  // A text as it would appear in this document's source: only characters beyond ASCII are escaped,
   // so a backslash or brace keeps its RTF meaning.
   std::string SourceForm(std::string_view text) const;
   // The text that a piece of this document's source shows: "Gr\'f6\'dfe" is "Größe".
@@ -48,10 +48,10 @@ class RichTextBox {
   int SelLength() const;
   void Select(int start, int length);
   std::string SelText() const;
-  // Replaces the selection by plain text in the format at its start; the caret ends behind it.
+  // Replaces the selection by plain text in the format at its start; the caret ends up after it.
   void SetSelText(std::string_view text);
   // Replaces the selection by the first object of a piece of RTF: a picture, or an embedded object.
-  // Raises 321 (Invalid file format) when there is none in it.
+  // Raises 321 (Invalid file format) when the piece contains none.
   void InsertObject(std::string_view rtf_group);
   // Replaces every occurrence that Find finds, as one change, and gives their number. What is put
   // in is not searched again; an occurrence that touches one of the ranges to skip (from, to)
@@ -75,9 +75,9 @@ class RichTextBox {
   // Attaches an editor, which first takes the box's letter; null detaches it, the box keeps what
   // was typed. The editor outlives its attachment.
   void AttachView(RichTextView* view);
-  // The attached editor tells that its writer has changed the letter.
+  // Called by the attached editor after the user has changed the letter.
   void ViewEdited();
-  // The attached editor tells that it shows the box's letter and selection.
+  // Called by the attached editor once it shows the box's letter and selection.
   void ViewShown();
 
  private:

@@ -21,13 +21,13 @@ class RichTextView {
 
   virtual ~RichTextView() = default;
 
-  // The letter as it stands in the editor.
+  // The current letter in the editor.
   virtual richtext::Document Content() = 0;
   virtual Range Selection() = 0;
   // Moves the selection; a range beyond the text is cut to it.
   virtual void Select(Range range) = 0;
   // Replaces the selection by plain text in the format at its start, as one undo step; the caret
-  // ends behind it.
+  // ends up after it.
   virtual void ReplaceSelection(std::string_view utf8) = 0;
   // The box holds a newer letter. The view takes it with RichTextBox::Document and SelStart before
   // it next paints or takes a key, so that a merge of many codes is shown, and undone, as one.

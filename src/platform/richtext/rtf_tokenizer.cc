@@ -25,7 +25,7 @@ std::size_t EndOfLiteralText(std::string_view source, std::size_t position) {
   return position;
 }
 
-// Behind the control word or symbol at `position`; only \binN needs more than its first two
+// The end of the control word or symbol at `position`; only \binN needs more than its first two
 // characters.
 std::size_t EndOfControl(std::string_view source, std::size_t position) {
   if (!source.substr(position + 1).starts_with("bin")) return std::min(position + 2, source.size());
@@ -60,7 +60,7 @@ Token Tokenizer::Next() {
     if (c == '\t') return {Token::Kind::kWord, "tab"};
     const auto byte = static_cast<unsigned char>(c);
     if (byte >= 0x80) return {Token::Kind::kByte, {}, byte, true};
-    // Line ends and other control characters carry no meaning.
+    // Line ends and other control characters have no meaning.
   }
   return {};
 }

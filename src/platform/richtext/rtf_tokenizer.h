@@ -32,12 +32,12 @@ struct Token {
   int Or(int fallback) const { return has_param ? param : fallback; }
 };
 
-// A control word ends where its letters and its number end, together with the one blank behind it.
+// A control word ends where its letters and its number end, including one blank after it.
 class Tokenizer {
  public:
   enum class Form {
     // Text comes as runs of printable ASCII and other bytes as a kByte each; line ends are dropped,
-    // tabs and escaped line ends are the words they stand for; \'xx takes hexadecimal digits only.
+    // tabs and escaped line ends are the words they mean; \'xx takes hexadecimal digits only.
     kDecoded,
     // Text comes whole up to the next \, { or }, line ends and all bytes included; \'xx takes the
     // next two characters, whatever they are; a backslash at the end is a symbol without text.
@@ -48,7 +48,7 @@ class Tokenizer {
       : source_(source), form_(form) {}
 
   Token Next();
-  // Moves behind the brace that closes the group the tokens are in.
+  // Moves past the brace that closes the current group.
   void LeaveGroup();
   std::size_t position() const { return position_; }
 
@@ -64,7 +64,7 @@ class Tokenizer {
   std::size_t position_ = 0;
 };
 
-// Position behind the brace that closes the group in which `position` lies, or the end of the
+// Position after the brace that closes the group containing `position`, or the end of the
 // source when it is never closed. Escaped braces and the bytes of \binN do not count.
 std::size_t EndOfGroup(std::string_view source, std::size_t position);
 

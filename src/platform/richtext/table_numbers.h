@@ -1,4 +1,4 @@
-// The font and colour numbers of a document, which stand in its formats and in carried sources.
+// The font and colour numbers in a document's formats and in carried-through sources.
 #pragma once
 
 #include <string_view>

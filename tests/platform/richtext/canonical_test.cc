@@ -11,7 +11,7 @@ using ::testing::Not;
 
 struct Case {
   const char* body;
-  const char* canonical;  // behind \pard\f0\fs24 of the first paragraph unless it begins with \pard
+  const char* canonical;  // after \pard\f0\fs24 of the first paragraph unless it begins with \pard
 };
 
 void Check(const std::vector<Case>& cases) {

@@ -22,7 +22,7 @@ inline std::string Letter(std::string_view body) {
          std::string(body) + "}\r\n";
 }
 
-// The canonical form behind the head, without the closing brace.
+// The canonical form after the head, without the closing brace.
 inline std::string CanonicalBody(std::string_view body) {
   const std::string source = Canonical(Letter(body));
   const std::string start = "\\viewkind4\\uc1";

@@ -22,7 +22,7 @@ class WordProcessor : public ::testing::Test {
       GTEST_SKIP() << "soffice is not installed: templates of word processors are not tested";
   }
 
-  // Converts a file of the scratch folder; the result lies beside it.
+  // Converts a file of the scratch folder; the result is written next to it.
   std::string Convert(const std::string& name, const std::string& to, const std::string& options) {
     std::vector<std::string> call{
         "soffice", "-env:UserInstallation=file://" + (folder_ / "profile").string(), "--headless"};

@@ -52,7 +52,7 @@ class CodePage {
   std::unique_ptr<UConverter, CloseConverter> converter_;   // only for double-byte sets
 };
 
-// Each code page is made once, when it is first asked for.
+// Creates each code page once, on first use.
 class CodePages {
  public:
   const CodePage& Get(int number);

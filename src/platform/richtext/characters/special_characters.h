@@ -5,12 +5,12 @@
 
 namespace tenora::richtext {
 
-// 0 when the word is none. "\t", "\v" and "\f" are a tab, a line break and a page break.
+// 0 for any other word. "\t", "\v" and "\f" are a tab, a line break and a page break.
 char32_t CharacterOfWord(std::string_view word);
 char32_t CharacterOfSymbol(char symbol);
 
 // A character as a document may hold it: 0 for control characters, which are dropped; U+FFFD for
-// what is none, and for U+FFFC, which stands for objects.
+// invalid code points and for U+FFFC, which represents objects.
 char32_t CleanCharacter(char32_t character);
 
 }  // namespace tenora::richtext

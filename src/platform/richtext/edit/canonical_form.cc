@@ -19,7 +19,7 @@ void JoinRuns(std::vector<Run>* runs) {
   joined.reserve(runs->size());
   for (Run& run : *runs) {
     if (run.text.empty()) continue;
-    // A field without an instruction is none.
+    // A field without an instruction does not count as one.
     if (run.field != nullptr && run.field->instruction.empty()) run.field = nullptr;
     Run* last = joined.empty() ? nullptr : &joined.back();
     if (last != nullptr && IsPlainText(*last) && IsPlainText(run) && last->format == run.format &&

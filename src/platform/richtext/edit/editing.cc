@@ -112,7 +112,7 @@ struct Place {
   std::size_t offset = 0;  // bytes
 };
 
-// Finds paragraphs by position and cuts ranges out of a document.
+// Finds paragraphs by position and clears ranges of a document.
 class Editor {
  public:
   explicit Editor(Document* document) { Collect(&document->blocks); }
@@ -169,7 +169,7 @@ class Editor {
   int length_ = 0;
 };
 
-// Takes the text between two places out; what is left around it is one paragraph where both lie in
+// Removes the text between two places; what is left around it is one paragraph where both are in
 // one container with no table between them.
 Paragraph CutOut(const Editor& editor, const Place& from, const Place& to) {
   const std::size_t end = ParagraphText(*to.paragraph).size();

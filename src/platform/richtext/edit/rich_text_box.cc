@@ -32,7 +32,7 @@ std::u16string PositionsOf(std::string_view text) {
   return ToUtf16(ReplaceAll(ReplaceAll(std::string(text), "\r\n", "\n"), "\r", "\n"));
 }
 
-// Characters beyond ASCII as escapes that read right whatever font stands around them.
+// Characters beyond ASCII as escapes that are read correctly in any font.
 std::string SourceFormIn(const richtext::SourceHead& head, std::string_view text) {
   const richtext::CodePage page(head.code_page);
   std::string source;
@@ -68,7 +68,7 @@ std::string SourceFormIn(const richtext::SourceHead& head, std::string_view text
 
 struct RichTextBox::State {
   std::string source;
-  // Made from the source when asked for.
+  // Made from the source when first needed.
   std::optional<richtext::Document> document;
   std::optional<std::u16string> position_text;
   std::optional<richtext::SourceHead> head;
@@ -212,7 +212,7 @@ void RichTextBox::InsertObject(std::string_view rtf_group) {
   richtext::Document document = state_->Parsed();
   const int end =
       richtext::ReplaceRangeByObject(&document, SelStart(), SelLength(), richtext::ReadRtf(piece));
-  if (end < 0) throw StandardError(error_number::kInvalidFileFormat, "no picture and no object");
+  if (end < 0) throw StandardError(error_number::kInvalidFileFormat, "neither a picture nor an object");
   state_->SetEdited(std::move(document));
   Select(end, 0);
   state_->Changed();

@@ -11,7 +11,7 @@ struct SearchOptions {
   bool match_case = false;
 };
 
-// Position of the first occurrence that lies between start and end, or -1. Without match_case,
+// Position of the first occurrence between start and end, or -1. Without match_case,
 // letters are compared by Unicode's simple case folding.
 int FindText(std::u16string_view text, std::u16string_view part, int start, int end,
              SearchOptions options);

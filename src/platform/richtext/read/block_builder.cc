@@ -6,7 +6,7 @@
 namespace tenora::richtext {
 namespace {
 
-// Readers of tables need the paragraph that every RTF text has behind a table.
+// Users of the blocks rely on the paragraph that follows every table in RTF.
 void EndWithParagraph(std::vector<Block>* blocks, const CharFormat& mark) {
   if (!blocks->empty() && std::holds_alternative<Paragraph>(blocks->back())) return;
   Paragraph paragraph;

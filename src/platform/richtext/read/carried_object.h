@@ -1,7 +1,7 @@
 // Something the editor cannot edit, while it is read: its source rebuilt token by token, and what a
 // reader of the letter sees in its place. The rebuilt source has the same words in the same order,
 // but the font and colour numbers of the document being read, every character beyond ASCII as a
-// Unicode escape, and none of the revision noise of word processors.
+// Unicode escape, and without the revision data of word processors.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ namespace tenora::richtext {
 class CarriedObject {
  public:
   enum class Style {
-    kWhole,        // groups and formatting as they came
+    kWhole,        // groups and formatting unchanged
     kInstruction,  // a field's instruction: text, and only those groups that hold something else
   };
 
@@ -33,7 +33,7 @@ class CarriedObject {
   void Close() { out_.Raw("}"); }
   void Word(const Token& word, FontTable& fonts, const ColourTable& colours);
   void Symbol(char symbol);
-  // `shown`: a reader of the letter sees it.
+  // `shown`: it is visible to a reader of the letter.
   void Character(char32_t character, bool shown);
   void Text(std::string_view ascii, bool shown);
   // Hexadecimal digits, as pictures and objects hold them.
@@ -47,8 +47,8 @@ class CarriedObject {
   void BeginShape() { shape_.emplace(); }
   // A word of the shape's box; other words change nothing.
   void ShapeWord(const Token& word);
-  // A picture in the object. Its source begins where the object's ends now; shown with it is what
-  // the end hands over, in the size of the shape where that has one.
+  // A picture inside the object; its source starts at the current end of the object's. EndPicture
+  // sets what is shown, in the size of the shape if that has one.
   void BeginPicture() { picture_start_ = out_.text().size(); }
   void EndPicture(Picture picture);
 

@@ -11,7 +11,7 @@ bool HoldsText(Opens opens) {
          opens == Opens::kCopiedStory || opens == Opens::kInstruction;
 }
 
-// Moves behind the group that the tokens are in; the result is where its content ends.
+// Moves past the current group; returns where its content ends.
 std::size_t SkipGroup(Tokenizer* tokens) {
   for (int depth = 1;;) {
     const std::size_t before = tokens->position();

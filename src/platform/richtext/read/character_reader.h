@@ -1,5 +1,5 @@
 // Turns what RTF source says about characters into characters: the bytes of a code page, \uN in
-// UTF-16 units, and the fallback text behind each \uN, which is passed over.
+// UTF-16 units, and the fallback text behind each \uN, which is skipped.
 #pragma once
 
 #include <string>
@@ -10,19 +10,19 @@
 
 namespace tenora::richtext {
 
-// A double-byte character and a surrogate pair may be written in any mixture of forms: what one
-// half leaves open is pending until the other half, or anything else, comes.
+// The halves of a double-byte character or a surrogate pair may be written in different forms: the
+// first is pending until the second, or anything else, follows.
 class CharacterReader {
  public:
-  // Takes off the token what belongs to the fallback of the last \uN; true when nothing of the
+  // Removes from the token what belongs to the fallback of the last \uN; true when nothing of the
   // token is left. A brace and a word that is no character end the fallback early.
   bool SkipFallback(Token* token);
 
-  // The character that this byte completes, behind what was pending.
+  // The character that this byte completes, after a pending half that it does not complete.
   std::u32string TakeByte(unsigned char byte, const CodePage& page);
   // The same for \uN with a fallback of so many characters.
   std::u32string TakeUnicode(int number, int fallback);
-  // Gives up what is pending: U+FFFD for half a surrogate pair, nothing for a lead byte.
+  // Abandons what is pending: U+FFFD for half a surrogate pair, nothing for a lead byte.
   std::u32string Flush();
 
   bool byte_pending() const { return decoder_.pending(); }

@@ -57,7 +57,7 @@ const Words& CharacterWords() {
       {"strike", Switch<&CharFormat::strike>},
       {"striked", Switch<&CharFormat::strike>},
       {"v", Switch<&CharFormat::hidden>},
-      // A tracked deletion is gone for every reader of the letter, but not lost.
+      // A tracked deletion is invisible to readers of the letter, but is kept.
       {"deleted", Switch<&CharFormat::hidden>},
       {"caps", Switch<&CharFormat::all_caps>},
       {"scaps", Switch<&CharFormat::small_caps>},

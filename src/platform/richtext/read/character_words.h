@@ -17,7 +17,7 @@ CharFormat PlainFormat();
 bool ApplyCharacterWord(const Token& word, FontTable& fonts, const ColourTable& colours,
                         CharFormat* format);
 
-// True for words that formatting programs scatter over text and that change nothing a reader sees:
+// True for words that word processors add to text and that have no visible effect:
 // languages, revision numbers, proofing marks, fonts for scripts that the text is not in.
 bool IsInvisibleWord(std::string_view name);
 

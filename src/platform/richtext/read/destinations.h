@@ -1,4 +1,4 @@
-// The groups of RTF that are not plain text, and what becomes of each.
+// The groups of RTF that are not plain text, and how each is handled.
 #pragma once
 
 #include <string_view>
@@ -7,9 +7,9 @@ namespace tenora::richtext {
 
 // How the content of a group is read.
 enum class Destination {
-  kText,         // the story in hand
-  kSkip,         // nothing of it is kept
-  kCarried,      // rebuilt in the object being carried
+  kText,         // the current story
+  kSkip,         // dropped
+  kCarried,      // rebuilt in the carried object
   kPicture,      // as kCarried, and the picture's bytes are read
   kFonts,        // \fonttbl
   kColours,      // \colortbl
@@ -42,17 +42,17 @@ enum class Opens {
   kResult,       // \fldrslt
   kPicture,
   kObject,        // carried through, takes one position
-  kMark,          // carried through, takes no room
+  kMark,          // carried through, has no width
   kHead,          // carried through in the head
   kHeadStory,     // a header or footer
   kObjectStory,   // a footnote
   kMarkStory,     // a comment
   kCopiedStory,   // text inside something that is carried through
   kAlternatives,  // \upr: the same text twice
-  kUnicode,       // \ud, the better of the two
+  kUnicode,       // \ud, the Unicode form of the two
 };
 
-// `starred` tells whether \* stood before the word: an unknown word is then a group to drop.
+// `starred`: \* came before the word; a group with an unknown word is then dropped.
 Opens WhatOpens(std::string_view word, bool starred);
 
 }  // namespace tenora::richtext

@@ -26,7 +26,7 @@ char32_t DrawnBullet(char32_t character) {
   return character >= 0xf000 && character <= 0xf0ff ? U'•' : character;
 }
 
-// Text around a number stays short, whatever it is put together from.
+// Bounds the text around a number.
 void AppendBounded(std::string* text, char32_t raw) {
   const char32_t character = CleanCharacter(raw);
   const auto length = std::ranges::count_if(
@@ -176,7 +176,7 @@ ListTable::Item ListTable::Next(int list_number, int level_number, bool follows)
       AppendBounded(side, character);
   }
   if (bullet.kind == Bullet::Kind::kBullet) {
-    // A bullet stands for no number.
+    // A bullet has no number.
     bullet.before = BulletText(bullet.before.empty() ? "•" : bullet.before);
     bullet.after.clear();
   } else if (bullet.kind == Bullet::Kind::kNone) {

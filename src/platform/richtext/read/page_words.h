@@ -1,4 +1,4 @@
-// The control words of page setup, as they stand in the head and in section formatting.
+// The control words of page setup, in the head and in section formatting.
 #pragma once
 
 #include <map>
@@ -11,7 +11,7 @@ namespace tenora::richtext {
 
 class PageWords {
  public:
-  // False for words that set up no page. Section formatting of the first section counts, that of
+  // False for other words. Section formatting of the first section counts, that of
   // later ones is dropped: EndFirstSection.
   bool Take(const Token& word);
   void EndFirstSection() { first_section_ended_ = true; }

@@ -14,7 +14,7 @@ constexpr int kWidestTable = 100'000;
 constexpr int kDefaultCellWidth = 1440;
 
 constexpr std::string_view kRowSides = "tlbr";
-// Word processors write a cell's top and left the wrong way round, and all read it so.
+// Word processors swap a cell's top and left when writing, and all read it that way.
 constexpr std::string_view kCellSides = "ltbr";
 constexpr int kTwips = 3;
 constexpr int kMostPadding = 1440;
@@ -27,7 +27,7 @@ bool IsRowWord(std::string_view name) {
   return name.starts_with("tr") || name.starts_with("tblind");
 }
 
-// Words that say where a row stands in its table or who changed it: noise, or known from the text.
+// Words for a row's place in its table or for who changed it: irrelevant, or known from the text.
 bool IsNoise(std::string_view name) {
   static const std::unordered_set<std::string_view> kNoise{
       "irow",      "irowband",    "lastrow",       "ltrrow", "ts",        "yts",       "tblrsid",

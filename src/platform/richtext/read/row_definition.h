@@ -47,7 +47,7 @@ class RowDefinition {
   void EndCell(const Token& word);
 
   std::string source_;   // up to the last \cellx
-  std::string pending_;  // behind it
+  std::string pending_;  // after it
   Row row_;              // cells without blocks
   Cell cell_;
   CellPadding padding_;

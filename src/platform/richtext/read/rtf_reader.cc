@@ -70,7 +70,8 @@ std::optional<Destination> PartOf(Opens opens) {
   }
 }
 
-// A destination's word that does not begin its group means nothing, and must not come to begin one.
+// A destination's word that does not begin its group has no meaning; copied to a group's start it
+// would gain one.
 bool IsMisplaced(const Token& word) { return WhatOpens(word.text, false) != Opens::kNothing; }
 
 // The stack of groups, and what each token does to it.
@@ -89,7 +90,7 @@ class RtfReader {
     kHead,         // among the head's groups
     kInfo,         // among the information groups
     kInstruction,  // the instruction of the field around
-    kCarried,      // into the copy around
+    kCarried,      // into the carried object around
   };
 
   struct Group {
@@ -105,13 +106,13 @@ class RtfReader {
     bool open_ending = false;  // of the story: its last paragraph has no mark
     bool fresh = false;        // nothing but \* was seen in it
     bool starred = false;
-    bool brace_written = false;  // its braces stand in the copy
+    bool brace_written = false;  // its braces are written into the carried object
     bool alternatives = false;   // \upr: only \ud in it is read
     bool nested_row = false;     // \nesttableprops
     bool saved_state = false;    // the story keeps the paragraph formatting from before
     bool entry = false;    // it holds one entry of a table (style, list, override), one picture
-    bool shown = false;    // text of a copy that a reader of the letter sees
-    std::string own_word;  // that began the story or copy it owns
+    bool shown = false;    // text of a carried object that a reader of the letter sees
+    std::string own_word;  // that began the story or carried object it owns
   };
 
   // Tokens.
@@ -209,14 +210,14 @@ Document RtfReader::Read() {
 
 void RtfReader::Finish() {
   Characters(characters_.Flush());
-  // What a cut-off source leaves open is closed; its last paragraph keeps its formatting.
+  // Groups that a truncated source leaves open are closed; its last paragraph keeps its formatting.
   if (stories_.size() > 1 || !carried_.empty()) {
     while (groups_.size() > 2) CloseGroup();
   }
   document_.blocks = CurrentStory().Finish(ResolvedFormat());
   document_.default_font = fonts_.DefaultPosition();
   const int page = fonts_.document_code_page();
-  // Only Windows has a name for its code page in the head; text of others is written as 1252.
+  // The head can name Windows code pages only; text of others is written as 1252.
   document_.code_page = CodePageOfCharset(CharsetOfCodePage(page), kDefaultCodePage);
   document_.fonts = fonts_.Take();
   document_.colours = colours_.Take();
@@ -226,7 +227,7 @@ void RtfReader::Finish() {
 
 void RtfReader::Handle(Token token) {
   if (characters_.SkipFallback(&token)) return;
-  // Text completes what is pending, and so does the next \uN; anything else gives it up.
+  // Text and the next \uN can complete a pending character; anything else abandons it.
   const bool completes = token.kind == Token::Kind::kText || token.kind == Token::Kind::kByte ||
                          token.kind == Token::Kind::kSymbol || token.IsWord("u") ||
                          token.IsWord("uc");
@@ -408,7 +409,7 @@ void RtfReader::OpenGroup() {
   } else if (around.destination == Destination::kStyles) {
     group.destination = Destination::kSkip;
   }
-  // The plain form in \upr; \ud behind it is opened by its own word.
+  // Skips the plain form in \upr; the \ud after it opens its own group.
   if (around.alternatives) group.destination = Destination::kSkip;
   group.alternatives = false;
   groups_.push_back(std::move(group));
@@ -496,7 +497,7 @@ bool RtfReader::OpenPart(Destination destination) {
 }
 
 bool RtfReader::OpenInText(Opens opens, const Token& word) {
-  // Of a field that stands too deep in others, only the result is kept.
+  // Of a field nested too deep, only the result is kept.
   if (word.text == "fldinst") return OpenPart(Destination::kSkip);
   if (const auto destination = PartOf(opens)) {
     if (opens == Opens::kClassicList) bullet_ = ClassicBullet();
@@ -636,7 +637,7 @@ bool RtfReader::OpenInCarried(Opens opens, const Token& word) {
   return true;
 }
 
-// Writes the brace of a group that began without a destination.
+// Writes the opening brace that a group without a destination still lacks.
 void RtfReader::WriteBrace() {
   Group& group = Top();
   if (group.brace_written || group.owns_carried) return;
@@ -733,7 +734,7 @@ void RtfReader::EndCarried(Group& group) {
 }
 
 void RtfReader::EndField(const Group& group) {
-  // A field without a result stands in the text as an object.
+  // A field without a result becomes an object in the text.
   if (group.making == nullptr || group.making->instruction.empty()) return;
   if (group.making.use_count() > 1) return;  // a run of the result holds it
   Verbatim object;
@@ -765,7 +766,7 @@ void RtfReader::Deliver(const Group& group, Verbatim object) {
     case Delivery::kMark:
       return CurrentStory().AddMark(std::move(source));
     case Delivery::kHead:
-      if (source == "{\\*" + group.own_word + "}") return;  // holds nothing
+      if (source == "{\\*" + group.own_word + "}") return;  // empty
       document_.head_groups.push_back({std::move(source), {}, {}});
       return;
     case Delivery::kInfo:

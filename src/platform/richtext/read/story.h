@@ -16,7 +16,7 @@
 namespace tenora::richtext {
 
 // Bounds the memory that a hostile source can turn into paragraphs, runs and rows. When it is
-// spent, text is still kept, but without structure.
+// used up, text is still kept, but without structure.
 class Budget {
  public:
   explicit Budget(std::size_t bytes) : left_(bytes) {}

@@ -91,7 +91,7 @@ void BlockWriter::WriteRun(const Run& run, const Paragraph& paragraph, std::size
     return *next_mark < marks.size() && marks[*next_mark].offset <= position;
   };
   if (is_due(*offset)) {
-    // A mark between two fields stands outside both.
+    // A mark between two fields belongs to neither.
     if (fields_.empty() || run.field.get() != fields_.back()) SwitchField(nullptr);
     while (is_due(*offset)) out_.Raw(marks[(*next_mark)++].source);
   }

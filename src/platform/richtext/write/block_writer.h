@@ -13,7 +13,7 @@
 
 namespace tenora::richtext {
 
-// A text that stands in the document's source, without escaping what has a meaning there.
+// Writes blocks into a document's source; carried-through source is written as it is.
 class BlockWriter {
  public:
   // How the text ends: a header's last paragraph has its mark, a footnote's has none.
@@ -43,7 +43,7 @@ class BlockWriter {
   bool format_known_ = false;
   const ParagraphFormat* paragraph_ = nullptr;
   int level_ = -1;
-  int item_ = 0;  // numbered paragraphs written of the list in hand
+  int item_ = 0;  // numbered paragraphs of the current list written so far
   std::vector<const Field*> fields_;
   std::vector<CharFormat> outside_;  // the format around each open field
 };

@@ -6,7 +6,7 @@
 
 namespace tenora::richtext {
 
-// A font number that stands for the document's default font in source that is written while the
+// A placeholder number for the document's default font in source that is written while the
 // document is still being read: a header may come before the font table, and the last \deff counts.
 // Renumber puts the right number in its place.
 inline constexpr int kDefaultFontToCome = 999'999'999;
@@ -22,12 +22,12 @@ class FormatWriter {
   // Bullets are written in the Symbol font among `fonts`, numbers in the default font.
   FormatWriter(const std::vector<Font>& fonts, int default_font, SourceText* out);
 
-  // The words that turn one character format into another. With `from` null: from the state behind
+  // The words that turn one character format into another. With `from` null: from the state after
   // \plain, font and size always named.
   void Change(const CharFormat* from, const CharFormat& to);
-  // What follows \pard; `number` is the paragraph's number in its list.
+  // Writes what follows \pard; `number` is the paragraph's number in its list.
   void Paragraph(const ParagraphFormat& format, int number);
-  // The bullet or number as text, for readers that know no lists.
+  // The bullet or number as text, for readers without list support.
   void BulletText(const Bullet& bullet, int number);
 
  private:

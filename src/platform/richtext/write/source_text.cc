@@ -11,7 +11,7 @@ namespace {
 
 bool IsPlain(char c) { return c >= 0x20 && c < 0x7f && c != '\\' && c != '{' && c != '}'; }
 
-// The letter under the accents: "a" for "ā". Zero when there is none in ASCII.
+// The letter under the accents: "a" for "ā". Zero if it is not ASCII.
 char CloseLetter(char32_t character) {
   UErrorCode error = U_ZERO_ERROR;
   const UNormalizer2* normalizer = unorm2_getNFDInstance(&error);

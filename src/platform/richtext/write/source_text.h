@@ -9,13 +9,13 @@
 
 namespace tenora::richtext {
 
-// RTF source under construction. A control word is parted from text behind it by a blank, which is
-// only put in when such text comes.
+// RTF source under construction. A control word is separated from text after it by a blank, which
+// is only put in when such text comes.
 class SourceText {
  public:
   void Word(std::string_view name);
   void Word(std::string_view name, int parameter);
-  // Source as it is; `open_word` tells that it ends in a control word.
+  // Source as it is; `open_word`: it ends in a control word.
   void Raw(std::string_view source, bool open_word = false);
   // Text: characters that `page` has as \'xx, others as \uN with a fallback, "\t", "\v" and "\f" as
   // \tab, \line and \page. Without a page every character beyond ASCII is written as \uN.

@@ -34,7 +34,7 @@ class Numbers {
     used_[static_cast<std::size_t>(first)] = true;
     count_ = static_cast<std::size_t>(next);
   }
-  // kDefaultFontToCome is none of the positions and becomes 0, the default font's.
+  // kDefaultFontToCome is not a position and becomes 0, the default font's.
   int operator()(int position) const {
     const auto index = static_cast<std::size_t>(position);
     return position >= 0 && index < to_.size() ? to_[index] : 0;
@@ -141,7 +141,7 @@ class Visitor {
     Colour(&format->highlight);
   }
 
-  // What several runs share stays shared, and is copied only when a number in it changes.
+  // Objects that several runs share stay shared and are copied only when a number changes.
   template <class Object>
   void Shared(std::shared_ptr<const Object>* object, std::string Object::*source,
               std::map<const Object*, std::shared_ptr<const Object>>* done) {
@@ -233,7 +233,7 @@ void Renumber(Document* document) {
 }
 
 void MoveToTables(Document* document, std::vector<Font>* fonts, std::vector<Colour>* colours) {
-  // The position of an entry's equal in a table, added where there is none.
+  // The position of an equal entry in a table, added if missing.
   const auto position = [](auto* table, const auto& entry, const auto& equals) {
     const auto found =
         std::ranges::find_if(*table, [&](const auto& e) { return equals(e, entry); });
