@@ -1,4 +1,4 @@
-// Any bytes as a database: rows or a RuntimeError, within bounded time and memory.
+// Reads any bytes as a database: gives rows or a RuntimeError in bounded time and memory.
 #include <cstddef>
 #include <cstdint>
 

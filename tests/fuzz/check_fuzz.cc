@@ -1,4 +1,4 @@
-// Any bytes under the checker: findings or a RuntimeError, within bounded time and memory.
+// Checks any bytes as a database: gives findings or a RuntimeError in bounded time and memory.
 #include <cstddef>
 #include <cstdint>
 

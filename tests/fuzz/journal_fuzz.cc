@@ -1,4 +1,4 @@
-// Any bytes as a journal: it is whole or it is not, and what is whole comes out as it went in.
+// Decodes any bytes as a journal; a complete journal has the same size when encoded again.
 #include <cstdint>
 #include <cstdlib>
 

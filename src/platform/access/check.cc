@@ -25,7 +25,7 @@ void CheckProperties(const CheckContext& context, const SystemCatalogue& catalog
   }
 }
 
-// The definitions that can be read, each of a table of its own.
+// The tables whose definitions can be read and share no page with another.
 std::vector<std::shared_ptr<const TableData>> ReadTables(
     const CheckContext& context, const std::shared_ptr<const PageFile>& file) {
   const SystemCatalogue catalogue(file);

@@ -69,7 +69,7 @@ std::shared_ptr<DatabaseFile> OpenPages(const std::shared_ptr<const PageFile>& f
 }  // namespace
 
 std::shared_ptr<DatabaseFile> DatabaseFile::Open(const std::filesystem::path& path) {
-  // What a crashed writer left must not be read.
+  // A half-written change that a crashed writer left must not be read.
   RecoverDatabase(path);
   return OpenPages(PageFile::Open(path));
 }

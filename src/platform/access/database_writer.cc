@@ -27,7 +27,7 @@ class OpenTransaction final : public WriteTransaction {
     if (context_.IsSystemTable(name)) {
       throw RuntimeError(engine_error::kNotUpdatable,
                          "Operation must use an updateable query. Table '" + std::string(name) +
-                             "' is the engine's own.",
+                             "' is a system table.",
                          "DAO.Database");
     }
     std::unique_ptr<TableEditor>& table = tables_[data->definition.page];
@@ -40,10 +40,10 @@ class OpenTransaction final : public WriteTransaction {
       throw RuntimeError(engine_error::kNotUpdatable,
                          "Operation must use an updateable query. A change to '" +
                              access_.path().string() +
-                             "' failed half way; nothing of the transaction is written.",
+                             "' failed half way; the transaction was not written.",
                          "DAO.Database");
     }
-    // Whatever comes of it, these pages must not be written again.
+    // Whether or not this succeeds, these pages must not be written again.
     context_.spoiled = true;
     return pages_->Commit(access_);
   }
@@ -54,7 +54,7 @@ class OpenTransaction final : public WriteTransaction {
     throw RuntimeError(
         engine_error::kReadOnly,
         "Cannot update. Database or object is read-only. '" + pages->path().string() +
-            "' has the format of 1997, which is only read; convert it to a newer one.",
+            "' is in the Access 97 format, which is read-only here; convert it to a newer one.",
         "DAO.Database");
   }
 
@@ -85,7 +85,7 @@ std::unique_ptr<ReadLock> ReadLock::Take(const std::filesystem::path& path,
   DiskStorage disk;
   for (;;) {
     auto file = LockForReading(disk, path, wait);
-    // A journal met under the lock is no living program's: it would hold its own lock.
+    // A writer still running would hold its own lock, so this journal is a crashed writer's.
     if (!HasJournal(disk, path)) return std::make_unique<HeldReadLock>(std::move(file));
     file.reset();
     RecoverDatabase(disk, path, wait);

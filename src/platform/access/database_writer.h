@@ -1,5 +1,5 @@
-// Changes to the rows of an Access-format file, made in the file itself beside programs that have
-// it open, whole or not at all: docs/writing-safely.md. Jet 4 and ACE; Jet 3 files are only read.
+// Transactions that change the rows of an Access-format file in place, atomically, while other
+// programs may have it open: docs/writing-safely.md. Jet 4 and ACE only; Jet 3 files are read-only.
 //
 //   auto transaction = WriteTransaction::Begin(path);
 //   WritableTable& counters = transaction->Table("counters");
@@ -8,9 +8,9 @@
 //   }
 //   transaction->Commit();
 //
-// What cannot be kept exact (an index in a sort order or of a type whose keys are not known, a text
-// without a key there, a column type that is not written) is refused with 3073, naming table, index
-// and reason. No call changes the file before Commit.
+// A change that cannot be made exactly (an index whose key format is not known, a text that has no
+// known key, a column type that is not supported) is refused with 3073, naming table, index and
+// reason. The file does not change before Commit.
 #pragma once
 
 #include <chrono>
@@ -28,7 +28,7 @@ namespace tenora::access {
 
 class Storage;
 
-// A row's place, valid until the transaction ends or the row is deleted.
+// The location of a row, valid until the transaction ends or the row is deleted.
 struct RowId {
   std::uint32_t page = 0;
   std::uint8_t slot = 0;
@@ -36,54 +36,54 @@ struct RowId {
 };
 
 struct ColumnValue {
-  std::string column;  // letter case ignored
+  std::string column;  // case-insensitive
   Value value;
 };
 
-// A table within a transaction. Rows are read with the transaction's own changes. Besides what each
-// call names, all raise 3127 (no such column), 3049 and 3043 as a RowCursor.
+// A table within a transaction; reads see the transaction's own changes. Besides what each function
+// lists, all raise 3127 (no such column), and 3049 and 3043 like RowCursor.
 class WritableTable {
  public:
   virtual ~WritableTable() = default;
   virtual const std::string& name() const = 0;
   virtual const std::vector<Column>& columns() const = 0;
   virtual const std::vector<Index>& indexes() const = 0;
-  // The expression, in the engine's own language, for a column that an insert does not name; empty
-  // for none. To work it out is the caller's.
+  // The default-value expression, in the engine's language, for a column that an insert does not
+  // name; empty for none. The caller evaluates it.
   virtual std::string DefaultValue(std::size_t column) const = 0;
 
-  // The rows whose columns are all equal to the values as the engine compares them: letter case of
-  // text does not count, null equals null. Through an index that starts with one or more of the
-  // columns, in a time that does not depend on how many rows the table has; else by reading all.
+  // The rows whose columns all equal the values, compared as the engine does: text without case,
+  // null equal to null. Uses an index that starts with one or more of the columns, in time
+  // independent of the table's size; without one, scans the table.
   virtual std::vector<RowId> Find(const std::vector<ColumnValue>& equal) = 0;
   virtual std::vector<RowId> All() = 0;
-  // Walks the rows in the order of All(). The cursor is of no use after a change of the table.
+  // Scans the rows in the order of All(). The cursor is invalid after a change to the table.
   virtual std::unique_ptr<RowCursor> Rows() const = 0;
-  // Every field of a row, by position in columns(). 3167 when the row is gone.
+  // All fields of a row, by position in columns(). Raises 3167 when the row is gone.
   virtual std::vector<Value> Read(RowId row) = 0;
 
-  // Columns not named are null, false, or the next automatic number. These three raise 3022 (a
-  // unique index has the key already), 3058 (null in a primary key), 3163 (longer than the column),
-  // 3201 (the row it refers to is missing), 3200 (rows refer to it), 3314 (a required column is
-  // null), 3315 (an empty text where none is allowed), 3421 and 3349 (a value that the column
-  // cannot hold), 3047 (more than fits on a page), 3073; the transaction is then as before the
-  // call. Any other error spoils the transaction.
+  // Columns not named become null, false or the next AutoNumber value. All three raise 3022
+  // (duplicate key in a unique index), 3058 (null in a primary key), 3163 (longer than the column),
+  // 3201 (the related row is missing), 3200 (related rows exist), 3314 (null in a required column),
+  // 3315 (empty text where it is not allowed), 3421 and 3349 (a value that the column cannot hold),
+  // 3047 (the row does not fit on a page) and 3073; the transaction is then as before the call.
+  // After any other error the transaction cannot be committed.
   virtual RowId Insert(const std::vector<ColumnValue>& values) = 0;
   virtual void Update(RowId row, const std::vector<ColumnValue>& values) = 0;
   virtual void Delete(RowId row) = 0;
 };
 
-// One change. From Begin to its end no other transaction has the file, so that what is read here is
-// still true when it is written. Ending without Commit changes nothing.
+// Has the file to itself among transactions from Begin until it is destroyed, so that what it reads
+// is still current when it commits. Destroying it without Commit rolls back.
 class WriteTransaction {
  public:
   struct Options {
     std::chrono::milliseconds wait_for_lock{10000};
-    Storage* storage = nullptr;  // the disks of this machine when null
+    Storage* storage = nullptr;  // null: the local file system
   };
 
-  // Raises what DatabaseFile::Open raises, and 3027 (file or folder is read-only, or a format that
-  // is only read), 3218 (another program holds the file), 3050 (no locks there).
+  // Raises what DatabaseFile::Open raises, and 3027 (read-only file, folder or format), 3218
+  // (locked by another program), 3050 (the file system does not support locks).
   static std::unique_ptr<WriteTransaction> Begin(const std::filesystem::path& path,
                                                  const Options& options);
   static std::unique_ptr<WriteTransaction> Begin(const std::filesystem::path& path) {
@@ -91,17 +91,17 @@ class WriteTransaction {
   }
   virtual ~WriteTransaction() = default;
 
-  // A user's table by name, letter case ignored. 3078 when there is none, 3073 when it cannot be
-  // written. It lives as long as the transaction.
+  // A user's table by name, ignoring case; valid as long as the transaction. Raises 3078 when there
+  // is none, 3073 when it cannot be written.
   virtual WritableTable& Table(std::string_view name) = 0;
-  // When it returns, the change would survive a power cut. After an error the file is as before,
-  // or will be when it is next opened: 3026 (disk full), 3197 (another program has changed the
-  // same pages), 3027, 3043. Call it once.
+  // Once it has returned, the change survives a power cut. Raises 3026 (disk full), 3197 (another
+  // program has changed the same pages), 3027 and 3043; the file is then unchanged, or is rolled
+  // back when it is next opened. Call it at most once.
   virtual CommitStates Commit() = 0;
 };
 
-// Keeps transactions out while it lives, so that what is read is of one moment. In a process that
-// holds one, Begin on the same file would wait in vain.
+// Keeps transactions out while it exists, so that everything read belongs to one state of the file.
+// Begin on the same file in the same process would wait in vain.
 class ReadLock {
  public:
   virtual ~ReadLock() = default;
@@ -110,7 +110,7 @@ class ReadLock {
                                         std::chrono::milliseconds wait);
 };
 
-// Takes back a change that a crash interrupted. DatabaseFile::Open does so by itself.
+// Rolls back a change that a crash interrupted. DatabaseFile::Open does so itself.
 void RecoverDatabase(const std::filesystem::path& path);
 
 }  // namespace tenora::access

@@ -1,4 +1,4 @@
-// The numbers of the engine's errors, as its users know them.
+// Error numbers of the database engine, as RuntimeError::number() reports them.
 #pragma once
 
 namespace tenora::access::engine_error {

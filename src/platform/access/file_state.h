@@ -1,4 +1,4 @@
-// What tells one state of a file from another.
+// A fingerprint of a file's state, to notice that another program has changed it.
 #pragma once
 
 #include <cstdint>
@@ -8,23 +8,23 @@ namespace tenora::access {
 
 struct FileState {
   std::uint64_t device = 0, inode = 0, size = 0;
-  std::int64_t seconds = 0, nanoseconds = 0;  // of the last change
+  std::int64_t seconds = 0, nanoseconds = 0;  // of the last modification
 
   bool operator==(const FileState&) const = default;
 };
 
-// The states right before the first page of a commit was written and right after the last, noted
-// under its locks; `after` shows a time that no other write can show. All zero where that could not
-// be had, or nothing was written.
+// The states just before a commit wrote its first page and just after it wrote its last, taken
+// under its locks; `after` has a modification time that no other write can have. All zero when it
+// could not be determined or nothing was written.
 struct CommitStates {
   FileState before, after;
 };
 
-// All zero when the file cannot be looked at.
+// All zero when the file cannot be examined.
 FileState ReadFileState(const std::filesystem::path& path);
 
-// Whether the last change lies so far back that one more would show another time: file systems
-// count in steps of some milliseconds.
+// Whether the last modification is old enough that another one would get a different time: file
+// systems record time in steps of some milliseconds.
 bool IsSettled(const FileState& state);
 
 }  // namespace tenora::access

@@ -1,4 +1,4 @@
-// What a database says of its tables: the format it is in, columns and their types, indexes.
+// The schema of a table as callers see it: columns with their types, and indexes.
 #pragma once
 
 #include <cstddef>
@@ -33,17 +33,17 @@ enum class ColumnType : std::uint8_t {
 struct Column {
   std::string name;
   ColumnType type = ColumnType::kText;
-  std::uint16_t number = 0;  // position in the null mask
+  std::uint16_t number = 0;  // its bit in the null mask
   bool fixed_length = false;
   bool auto_number = false;
   std::uint16_t length = 0;               // bytes
   std::uint8_t precision = 0, scale = 0;  // of decimals
-  // Of text, Jet 4 and ACE: the language in the low half, the version in the last byte.
+  // Of text, Jet 4 and ACE: language in the low 16 bits, version in the top 8.
   std::uint32_t sort_order = 0;
 };
 
 struct IndexColumn {
-  std::size_t column = 0;  // into Table::columns()
+  std::size_t column = 0;  // position in Table::columns()
   bool descending = false;
 };
 

@@ -1,4 +1,4 @@
-// What the sample database does not have, from files built for it in each version of the format.
+// Features that the sample database does not have, in files built in each version of the format.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -97,7 +97,7 @@ TEST_P(EveryVersion, ReadsLongValuesOfEachKind) {
   EXPECT_EQ(rows->Bytes(2).size(), test::ChainedText().size() * (GetParam() == 0 ? 1 : 2));
 }
 
-TEST_P(EveryVersion, FollowsMovedRowsAndPassesDeletedOnes) {
+TEST_P(EveryVersion, FollowsMovedRowsAndSkipsDeletedOnes) {
   const auto database = OpenText(test::Showcase(GetParam()));
   EXPECT_THAT(Texts(*database, "changed", "id"), ElementsAre("1", "2", "3", "4"));
   EXPECT_THAT(Texts(*database, "changed", "kept"), ElementsAre("one", "two", "null", "moved"));
@@ -123,8 +123,8 @@ TEST_P(EveryVersion, KnowsColumnsAndIndexes) {
   EXPECT_TRUE(second.columns[1].descending);
 }
 
-// Keeps the builder honest: what only our reader understood would prove nothing.
-TEST_P(EveryVersion, BuiltFilesAreReadAlikeByAnIndependentReader) {
+// Verifies the builder: files that only this reader understands would prove nothing.
+TEST_P(EveryVersion, BuiltFilesReadTheSameWithAnIndependentReader) {
   if (!test::HasMdbTools()) GTEST_SKIP() << "mdb-export is not installed";
   const test::ScratchFolder scratch;
   WriteWholeFile(scratch / "built.mdb", test::Showcase(GetParam()));
@@ -134,7 +134,7 @@ TEST_P(EveryVersion, BuiltFilesAreReadAlikeByAnIndependentReader) {
   }
 }
 
-TEST_P(EveryVersion, ReadsADefinitionOverSeveralPages) {
+TEST_P(EveryVersion, ReadsADefinitionThatSpansSeveralPages) {
   FileBuilder builder(GetParam());
   const auto definition = builder.NewPage(), data = builder.NewPage();
   BuiltTable table;
@@ -158,8 +158,8 @@ TEST_P(EveryVersion, ReadsADefinitionOverSeveralPages) {
   for (std::size_t i = 0; i < 200; ++i) EXPECT_EQ(rows->Integer(i), static_cast<int>(i));
 }
 
-// A bitmap page of Jet 3 covers 16352 pages: what lies behind is on the next one.
-TEST(UsageMaps, GoOnFromOneBitmapPageToTheNext) {
+// A bitmap page of Jet 3 covers 16352 pages; the second one has the bits of the pages after those.
+TEST(UsageMaps, ContinueOnTheNextBitmapPage) {
   FileBuilder builder(0);
   const auto definition = builder.NewPage(), near = builder.NewPage();
   std::uint32_t far = near;
@@ -176,7 +176,7 @@ TEST(UsageMaps, GoOnFromOneBitmapPageToTheNext) {
   EXPECT_THAT(Texts(*OpenText(builder.Finish()), "spread", "id"), ElementsAre("1", "2"));
 }
 
-TEST(Catalogue, LeavesOutWhatIsNoTableOfTheUser) {
+TEST(SystemCatalogue, ListsOnlyTheUsersTables) {
   FileBuilder builder(1);
   const auto definition = builder.NewPage();
   BuiltTable table;
@@ -197,8 +197,8 @@ TEST(Catalogue, LeavesOutWhatIsNoTableOfTheUser) {
   EXPECT_EQ(database->FindTable("linked"), nullptr);
 }
 
-// A Jet 3 row over 256 bytes needs a jump table; the second row's ends in an entry that no column
-// reaches.
+// A Jet 3 row of more than 256 bytes has a jump table; the one of the second row ends with an
+// unused entry.
 TEST(Jet3Rows, AreReadWithTheirJumpTables) {
   FileBuilder builder(0);
   const auto definition = builder.NewPage(), data = builder.NewPage();
@@ -242,7 +242,7 @@ std::string ReadOneText(FileBuilder builder, const std::string& stored) {
   return Texts(*OpenText(builder.Finish())->FindTable("texts"), 0).at(0);
 }
 
-TEST(Jet4Text, IsReadCompressedOrNotAndSwitchingInMidText) {
+TEST(Jet4Text, IsReadCompressedUncompressedAndMixed) {
   const auto wide = [](std::u16string_view text) { return test::Utf16(text); };
   const std::string zero(1, '\0');
   struct Case {
@@ -260,12 +260,12 @@ TEST(Jet4Text, IsReadCompressedOrNotAndSwitchingInMidText) {
       {"\xFF\xFEM" + zero + wide(u"ā") + zero + "huta", "Māhuta"},
       {"\xFF\xFE" + zero + wide(u"日本") + zero + " and " + zero + wide(u"“"), "日本 and “"},
       {"\xFF\xFE" + zero + wide(u"\U0001F697") + zero + "x", "🚗x"},
-      {wide(u"a") + "\x3D\xD8", "a\uFFFD"},  // half a pair
+      {wide(u"a") + "\x3D\xD8", "a\uFFFD"},  // half a surrogate pair
       {wide(u"ab") + "c", "ab"},             // half a character
       {"\xFF\xFE"
        "a" +
            zero + "\x01",
-       "a"},  // half a character behind a switch
+       "a"},  // half a character after a switch
       {"\xFF\xFE"
        "a" +
            zero + zero + "b",

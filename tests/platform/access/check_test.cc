@@ -1,4 +1,5 @@
-// The checker: a sound file gives no finding, and every kind of damage is found and named.
+// The integrity checker: no findings for a healthy file; every kind of corruption is found and
+// named.
 #include "platform/access/check.h"
 
 #include <gmock/gmock.h>
@@ -26,10 +27,10 @@ using testing::HasSubstr;
 
 constexpr std::size_t kPageSize = 4096, kFreeBytes = 2, kOwner = 4, kRowOffsets = 14;
 
-// The sample database in memory, to be damaged.
-class Patient {
+// A copy of the sample database in memory, to be corrupted.
+class CorruptibleSample {
  public:
-  Patient() {
+  CorruptibleSample() {
     const std::string content = ReadWholeFile(test::SampleDatabase());
     const auto* start = reinterpret_cast<const std::byte*>(content.data());
     bytes_.assign(start, start + content.size());
@@ -52,8 +53,8 @@ class Patient {
   }
   // The first page of a set.
   std::uint32_t FirstOf(RowPointer map) const { return UsageMap(*File(), map).NextFrom(0); }
-  // Takes a page into a set or out of it; the map starts at page 0.
-  void TurnOver(RowPointer map, std::uint32_t page) {
+  // Toggles a page in a usage map that starts at page 0.
+  void Toggle(RowPointer map, std::uint32_t page) {
     std::byte* const row = RowAt(map);
     std::byte* const bits =
         Load8(row) == 0 ? row + kInlineMapBits : Page(Load32(row + 1)) + kBitmapPageBits;
@@ -63,7 +64,7 @@ class Patient {
   std::uint32_t FirstLeaf(const PhysicalIndex& index) const {
     return PathToLeaf(*File(), index.root_page, {}, {}).back();
   }
-  // Changes an index page as a writer would.
+  // Changes an index page through its parsed form.
   void Edit(std::uint32_t number, const std::function<void(IndexPage&)>& change) {
     PageBuffer buffer;
     IndexPage page;
@@ -85,23 +86,23 @@ std::string TextOf(const std::vector<Finding>& findings) {
   return text;
 }
 
-TEST(ChecksOfASoundFile, FindNothing) {
+TEST(CheckOfAHealthyFile, FindsNothing) {
   EXPECT_EQ(TextOf(CheckDatabase(test::SampleDatabase())), "");
 }
 
-// Revenues has a unique index over its automatic numbers and a plain one; both have two levels.
+// Revenues has a unique index over its AutoNumber column and one that is not; both have two levels.
 struct Case {
   const char* what;
-  std::function<void(Patient&, const TableDefinition& revenues)> damage;
+  std::function<void(CorruptibleSample&, const TableDefinition& revenues)> corrupt;
   const char* place;
   const char* finding;
 };
 
 void ExpectFound(const std::vector<Case>& cases) {
   for (const Case& c : cases) {
-    Patient patient;
-    c.damage(patient, patient.Table("revenues"));
-    const auto findings = patient.Findings();
+    CorruptibleSample sample;
+    c.corrupt(sample, sample.Table("revenues"));
+    const auto findings = sample.Findings();
     EXPECT_TRUE(std::any_of(findings.begin(), findings.end(),
                             [&](const Finding& finding) {
                               const std::string text = finding.Text();
@@ -117,33 +118,33 @@ void ExpectFound(const std::vector<Case>& cases) {
 
 Case Leaf(const char* what, std::function<void(IndexPage&)> change, const char* finding) {
   return {what,
-          [change](Patient& patient, const TableDefinition& table) {
-            patient.Edit(patient.FirstLeaf(table.physical_indexes[0]), change);
+          [change](CorruptibleSample& sample, const TableDefinition& table) {
+            sample.Edit(sample.FirstLeaf(table.physical_indexes[0]), change);
           },
           "table 'revenues', index 'PrimaryKey'", finding};
 }
 
 Case Root(const char* what, std::function<void(IndexPage&)> change, const char* finding) {
   return {what,
-          [change](Patient& patient, const TableDefinition& table) {
-            patient.Edit(table.physical_indexes[0].root_page, change);
+          [change](CorruptibleSample& sample, const TableDefinition& table) {
+            sample.Edit(table.physical_indexes[0].root_page, change);
           },
           "table 'revenues', index 'PrimaryKey'", finding};
 }
 
-TEST(AChangedIndex, IsFoundAndNamed) {
+TEST(ACorruptIndex, IsFoundAndNamed) {
   ExpectFound({
       Leaf(
           "a byte of a key", [](IndexPage& page) { page.entries[5].key[2] ^= 1; },
           "the key of an entry is not that of row"),
       Leaf(
-          "two entries in each other's place",
+          "two entries swapped",
           [](IndexPage& page) { std::swap(page.entries[5], page.entries[6]); }, "is out of order"),
       Leaf(
-          "an entry too few", [](IndexPage& page) { page.entries.erase(page.entries.begin() + 3); },
+          "a missing entry", [](IndexPage& page) { page.entries.erase(page.entries.begin() + 3); },
           "the row has no entry in the index"),
       Leaf(
-          "an entry twice",
+          "a duplicate entry",
           [](IndexPage& page) { page.entries.insert(page.entries.begin(), page.entries[0]); },
           "is there twice"),
       Leaf(
@@ -175,135 +176,135 @@ TEST(AChangedIndex, IsFoundAndNamed) {
           "a child twice", [](IndexPage& page) { page.entries[1].child = page.entries[0].child; },
           "the page is owned twice"),
       Root(
-          "the tree in a circle", [](IndexPage& page) { page.tail = page.entries[0].child; },
+          "a loop in the tree", [](IndexPage& page) { page.tail = page.entries[0].child; },
           "the page is owned twice"),
       Root(
-          "a child behind the end", [](IndexPage& page) { page.tail = 5000; },
-          "the page lies behind the end of the file"),
+          "a child beyond the end of the file", [](IndexPage& page) { page.tail = 5000; },
+          "the page is beyond the end of the file"),
       {"an index page's free bytes",
-       [](Patient& patient, const TableDefinition& table) {
-         std::byte* const page = patient.Page(table.physical_indexes[1].root_page);
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         std::byte* const page = sample.Page(table.physical_indexes[1].root_page);
          Store16(page + kFreeBytes, Load16(page + kFreeBytes) + 1);
        },
        "index 'tenant_code'", "bytes are free, but there are"},
       {"an index without one of its pages",
-       [](Patient& patient, const TableDefinition& table) {
+       [](CorruptibleSample& sample, const TableDefinition& table) {
          const PhysicalIndex& index = table.physical_indexes[1];
-         patient.TurnOver(index.owned_pages, patient.FirstLeaf(index));
+         sample.Toggle(index.owned_pages, sample.FirstLeaf(index));
        },
        "index 'tenant_code'", "does not own the page, but leads there"},
   });
 }
 
-RowPointer FirstRow(Patient& patient, const TableDefinition& table) {
-  return {patient.FirstOf(table.owned_pages), 0};
+RowPointer FirstRow(CorruptibleSample& sample, const TableDefinition& table) {
+  return {sample.FirstOf(table.owned_pages), 0};
 }
 
-TEST(AChangedTable, IsFoundAndNamed) {
+TEST(ACorruptTable, IsFoundAndNamed) {
   ExpectFound({
       {"a row too many in the definition",
-       [](Patient& patient, const TableDefinition& table) {
-         Store32(patient.Page(table.page) + kJet4Layout.tdef_rows, table.row_count + 1);
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         Store32(sample.Page(table.page) + kJet4Layout.tdef_rows, table.row_count + 1);
        },
        "table 'revenues', page 39", "says that the table has 1647 rows, but there are 1646"},
-      {"an automatic number that was given already",
-       [](Patient& patient, const TableDefinition& table) {
-         Store32(patient.Page(table.page) + kJet4Layout.tdef_auto_number, 1000);
+      {"an AutoNumber value that is already in use",
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         Store32(sample.Page(table.page) + kJet4Layout.tdef_auto_number, 1000);
        },
-       "table 'revenues'", "the last automatic number is 1000, but a row has 1646"},
+       "table 'revenues'", "the last AutoNumber value is 1000, but a row has 1646"},
       {"a page that the table lost",
-       [](Patient& patient, const TableDefinition& table) {
-         patient.TurnOver(table.owned_pages, patient.FirstOf(table.owned_pages));
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         sample.Toggle(table.owned_pages, sample.FirstOf(table.owned_pages));
        },
        "page ", "is in use, but nothing owns it"},
       {"a page of two tables",
-       [](Patient& patient, const TableDefinition& table) {
-         const TableDefinition owner = patient.Table("owner");
-         patient.TurnOver(owner.owned_pages, patient.FirstOf(table.owned_pages));
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         const TableDefinition owner = sample.Table("owner");
+         sample.Toggle(owner.owned_pages, sample.FirstOf(table.owned_pages));
        },
        "table 'revenues'", "owned twice: by the rows of table 'owner' and by the rows of table"},
-      {"a page of rows that is called free",
-       [](Patient& patient, const TableDefinition& table) {
-         std::byte* const map = patient.RowAt(kFreePagesMap);
-         Store32(map + 1, patient.FirstOf(table.owned_pages));
+      {"a page of rows that is listed as free",
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         std::byte* const map = sample.RowAt(kFreePagesMap);
+         Store32(map + 1, sample.FirstOf(table.owned_pages));
          map[kInlineMapBits] |= std::byte{1};
        },
-       "page ", "is among the free ones, but is owned by the rows of table 'revenues'"},
-      {"room on a page of another table",
-       [](Patient& patient, const TableDefinition& table) {
-         const TableDefinition owner = patient.Table("owner");
-         patient.TurnOver(owner.free_pages, patient.FirstOf(table.owned_pages));
+       "page ", "is listed as free, but is owned by the rows of table 'revenues'"},
+      {"free space on a page of another table",
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         const TableDefinition owner = sample.Table("owner");
+         sample.Toggle(owner.free_pages, sample.FirstOf(table.owned_pages));
        },
-       "table 'owner', page ", "said to have room for the table's rows"},
+       "table 'owner', page ", "listed as having free space for the table's rows"},
       {"two tables with one usage map",
-       [](Patient& patient, const TableDefinition& table) {
-         patient.Table("owner").owned_pages.Store(patient.Page(table.page) +
-                                                  kJet4Layout.tdef_owned_pages);
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         sample.Table("owner").owned_pages.Store(sample.Page(table.page) +
+                                                 kJet4Layout.tdef_owned_pages);
        },
-       "table 'revenues'", "serves something else already"},
+       "table 'revenues'", "is already used for something else"},
       {"a data page's free bytes",
-       [](Patient& patient, const TableDefinition& table) {
-         Store16(patient.Page(patient.FirstOf(table.owned_pages)) + kFreeBytes, 7);
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         Store16(sample.Page(sample.FirstOf(table.owned_pages)) + kFreeBytes, 7);
        },
        "table 'revenues', page ", "says that 7 bytes are free"},
       {"a data page of another table",
-       [](Patient& patient, const TableDefinition& table) {
-         Store32(patient.Page(patient.FirstOf(table.owned_pages)) + kOwner, 24);
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         Store32(sample.Page(sample.FirstOf(table.owned_pages)) + kOwner, 24);
        },
        "table 'revenues'", "belongs to the table defined on page 24"},
       {"a deleted row with its entries left",
-       [](Patient& patient, const TableDefinition& table) {
-         patient.Flag(FirstRow(patient, table), 0xC000);
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         sample.Flag(FirstRow(sample, table), 0xC000);
        },
        "index 'PrimaryKey'", "where no row of the index is"},
       {"a row that moved to a page of another table",
-       [](Patient& patient, const TableDefinition& table) {
-         const RowPointer row = FirstRow(patient, table);
-         patient.Flag(row, kRowOverflow);
-         RowPointer{26, 0}.Store(patient.RowAt(row));
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         const RowPointer row = FirstRow(sample, table);
+         sample.Flag(row, kRowOverflow);
+         RowPointer{26, 0}.Store(sample.RowAt(row));
        },
        "table 'revenues'", "is on a page that the table does not own"},
       {"a row that moved onto another",
-       [](Patient& patient, const TableDefinition& table) {
-         const RowPointer row = FirstRow(patient, table);
-         patient.Flag(row, kRowOverflow);
-         RowPointer{row.page, 1}.Store(patient.RowAt(row));
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         const RowPointer row = FirstRow(sample, table);
+         sample.Flag(row, kRowOverflow);
+         RowPointer{row.page, 1}.Store(sample.RowAt(row));
        },
-       "table 'revenues'", "stands there in its own right"},
-      {"a row that moved in a circle",
-       [](Patient& patient, const TableDefinition& table) {
-         const RowPointer row = FirstRow(patient, table);
-         patient.Flag(row, kRowOverflow);
-         row.Store(patient.RowAt(row));
+       "table 'revenues'", "is a row of its own"},
+      {"a row that points to itself",
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         const RowPointer row = FirstRow(sample, table);
+         sample.Flag(row, kRowOverflow);
+         row.Store(sample.RowAt(row));
        },
-       "table 'revenues'", "where another row moved to already"},
-      {"a moved row that nothing leads to",
-       [](Patient& patient, const TableDefinition& table) {
-         patient.Flag(FirstRow(patient, table), kRowHidden);
+       "table 'revenues'", "is already the target of another row"},
+      {"a moved row to which nothing points",
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         sample.Flag(FirstRow(sample, table), kRowHidden);
        },
-       "table 'revenues'", "moved here from another page, but none leads to it"},
-      {"a column over another",
-       [](Patient& patient, const TableDefinition& table) {
-         std::byte* const records = patient.Page(table.page) + kJet4Layout.tdef_first_index + 24;
+       "table 'revenues'", "was moved here from another page, but no row points to it"},
+      {"overlapping columns",
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         std::byte* const records = sample.Page(table.page) + kJet4Layout.tdef_first_index + 24;
          Store16(records + kJet4Layout.column_size + kJet4Layout.column_fixed_offset, 1);
        },
-       "table 'revenues'", "lies over another in the rows"},
-      {"a key that is taken in a unique index",
-       [](Patient& patient, const TableDefinition& table) {
-         patient.Edit(patient.FirstLeaf(table.physical_indexes[0]), [&](IndexPage& page) {
+       "table 'revenues'", "overlaps another in the rows"},
+      {"a duplicate key in a unique index",
+       [](CorruptibleSample& sample, const TableDefinition& table) {
+         sample.Edit(sample.FirstLeaf(table.physical_indexes[0]), [&](IndexPage& page) {
            page.entries[1].key = page.entries[0].key;
-           Store32(patient.RowAt(page.entries[1].row) + 2, 1);
+           Store32(sample.RowAt(page.entries[1].row) + 2, 1);
          });
        },
        "index 'PrimaryKey'", "though the index is unique"},
   });
 }
 
-// A row of `table` whose memo is a long value of the kind, its bytes in the row.
-std::byte* LongValueOf(Patient& patient, const char* table_name, const char* memo,
+// The bytes in the row of the first long value of that kind in a memo column.
+std::byte* LongValueOf(CorruptibleSample& sample, const char* table_name, const char* memo,
                        std::uint32_t kind) {
-  const TableDefinition table = patient.Table(table_name);
-  const auto file = patient.File();
+  const TableDefinition table = sample.Table(table_name);
+  const auto file = sample.File();
   const auto column =
       static_cast<std::size_t>(std::find_if(table.columns.begin(), table.columns.end(),
                                             [&](const Column& c) { return c.name == memo; }) -
@@ -316,68 +317,70 @@ std::byte* LongValueOf(Patient& patient, const char* table_name, const char* mem
     const Bytes bytes = DataPage(file->layout(), page).Row(place.row).bytes;
     const Bytes field = StoredBytes(Row(file->layout(), table, bytes, place.page), table, column);
     if (field.size() == kLongValueHead && Load32(field.data()) >> 30 == kind >> 30) {
-      return patient.RowAt(place) + (field.data() - bytes.data());
+      return sample.RowAt(place) + (field.data() - bytes.data());
     }
   }
   throw std::out_of_range(memo);
 }
 
-TEST(AChangedLongValue, IsFoundAndNamed) {
-  const auto single = [](Patient& patient) {
-    return LongValueOf(patient, "property", "details", kLongValueSingle);
+TEST(ACorruptLongValue, IsFoundAndNamed) {
+  const auto single = [](CorruptibleSample& sample) {
+    return LongValueOf(sample, "property", "details", kLongValueSingle);
   };
-  const auto chain = [](Patient& patient) { return LongValueOf(patient, "owner", "notes", 0); };
+  const auto chain = [](CorruptibleSample& sample) {
+    return LongValueOf(sample, "owner", "notes", 0);
+  };
   ExpectFound({
       {"a length that is not the piece's",
-       [&](Patient& patient, const TableDefinition&) {
-         Store32(single(patient), Load32(single(patient)) + 1);
+       [&](CorruptibleSample& sample, const TableDefinition&) {
+         Store32(single(sample), Load32(single(sample)) + 1);
        },
        "table 'property'", "column 'details' should have 1301 bytes, but 1300 are there"},
       {"a deleted piece",
-       [&](Patient& patient, const TableDefinition&) {
-         patient.Flag(RowPointer::Load(single(patient) + 4), 0xC000);
+       [&](CorruptibleSample& sample, const TableDefinition&) {
+         sample.Flag(RowPointer::Load(single(sample) + 4), 0xC000);
        },
        "table 'property'", "of a long value is deleted"},
-      {"a value that its row lost",
-       [&](Patient& patient, const TableDefinition&) {
-         Store32(single(patient), kLongValueInline);
+      {"a piece to which no row refers",
+       [&](CorruptibleSample& sample, const TableDefinition&) {
+         Store32(single(sample), kLongValueInline);
        },
        "table 'property'", "the piece of a long value belongs to no row"},
-      {"a chain cut short",
-       [&](Patient& patient, const TableDefinition&) {
-         Store32(patient.RowAt(RowPointer::Load(chain(patient) + 4)), 0);
+      {"a truncated chain",
+       [&](CorruptibleSample& sample, const TableDefinition&) {
+         Store32(sample.RowAt(RowPointer::Load(chain(sample) + 4)), 0);
        },
        "table 'owner'", "column 'notes' should have 8000 bytes, but"},
-      {"a chain in a circle",
-       [&](Patient& patient, const TableDefinition&) {
-         const RowPointer piece = RowPointer::Load(chain(patient) + 4);
-         piece.Store(patient.RowAt(piece));
+      {"a loop in a chain",
+       [&](CorruptibleSample& sample, const TableDefinition&) {
+         const RowPointer piece = RowPointer::Load(chain(sample) + 4);
+         piece.Store(sample.RowAt(piece));
        },
-       "table 'owner'", "is reached a second time"},
+       "table 'owner'", "is referenced a second time"},
       {"a value on a page of rows",
-       [&](Patient& patient, const TableDefinition& table) {
-         FirstRow(patient, table).Store(single(patient) + 4);
+       [&](CorruptibleSample& sample, const TableDefinition& table) {
+         FirstRow(sample, table).Store(single(sample) + 4);
        },
-       "table 'property'", "is on a page that is not for the table's long values"},
+       "table 'property'", "is on a page that does not hold the table's long values"},
   });
 }
 
-TEST(AnUnknownSortOrder, IsSaidAndIsNoFault) {
-  Patient patient;
-  const TableDefinition table = patient.Table("rentchanges");
-  Store32(patient.Page(table.page) + kJet4Layout.tdef_first_index + kJet4Layout.index_head_size +
+TEST(AnUnknownSortOrder, IsReportedButNotAsAFault) {
+  CorruptibleSample sample;
+  const TableDefinition table = sample.Table("rentchanges");
+  Store32(sample.Page(table.page) + kJet4Layout.tdef_first_index + kJet4Layout.index_head_size +
               kJet4Layout.column_sort_order,
           0x0000041D);
-  const auto findings = patient.Findings();
+  const auto findings = sample.Findings();
   ASSERT_EQ(findings.size(), 1U) << TextOf(findings);
   EXPECT_EQ(findings[0].kind, Finding::Kind::kNotChecked);
   EXPECT_EQ(findings[0].Text(),
             "not checked: table 'rentchanges', index 'tenantcode': the keys: the sort order 1053 "
             "version 0 of column 'tenantcode' is not known.");
-  // Its rows and entries are compared all the same.
-  patient.Edit(patient.FirstLeaf(table.physical_indexes[0]),
-               [](IndexPage& page) { page.entries.pop_back(); });
-  EXPECT_THAT(TextOf(patient.Findings()), HasSubstr("the row has no entry in the index"));
+  // Rows and entries are still compared.
+  sample.Edit(sample.FirstLeaf(table.physical_indexes[0]),
+              [](IndexPage& page) { page.entries.pop_back(); });
+  EXPECT_THAT(TextOf(sample.Findings()), HasSubstr("the row has no entry in the index"));
 }
 
 // Two tables and a relationship between them.
@@ -406,7 +409,7 @@ TEST(ARowThatRefersToAMissingOne, IsFoundWhereTheRelationshipIsEnforced) {
   EXPECT_THAT(findings(3, 2), testing::Not(HasSubstr("relationship")));
 }
 
-TEST(DamagedProperties, AreFoundWhereverTheyAreCut) {
+TEST(CorruptProperties, AreFoundWhereverTheyAreTruncated) {
   const std::string whole = test::FileBuilder(1).Properties({{"", "ValidationRule", 12, "x"},
                                                              {"id", "Required", 1, "\xFF"},
                                                              {"gone", "Caption", 10, {}}});
@@ -420,31 +423,31 @@ TEST(DamagedProperties, AreFoundWhereverTheyAreCut) {
   const auto fault = HasSubstr("table 't', page 4, row 0: the field LvProp of the table's row");
   EXPECT_THAT(findings(whole), testing::Not(HasSubstr("LvProp")));
   EXPECT_THAT(findings("XX" + whole.substr(2)), fault);
-  // Behind the magic and between the chunks alone it may end.
-  std::size_t sound = 0;
+  // Only truncation after the signature and between chunks leaves valid properties.
+  std::size_t valid = 0;
   for (std::size_t size = 1; size < whole.size(); ++size) {
     const std::string text = findings(whole.substr(0, size));
-    sound += text.find("LvProp") == std::string::npos ? 1U : 0U;
+    valid += text.find("LvProp") == std::string::npos ? 1U : 0U;
   }
-  EXPECT_EQ(sound, 4U);
+  EXPECT_EQ(valid, 4U);
 }
 
-TEST(ChecksOfADamagedFile, EndWithABoundedListWhateverItHolds) {
+TEST(CheckOfACorruptFile, GivesABoundedListOfFindings) {
   std::mt19937 random(20261121);
   for (int round = 0; round < (test::kSlowBuild ? 24 : 120); ++round) {
-    Patient patient;
-    const std::uint32_t pages = patient.File()->page_count();
+    CorruptibleSample sample;
+    const std::uint32_t pages = sample.File()->page_count();
     for (int flip = 0; flip < 40; ++flip) {
-      // Most of what matters is at the start of a page.
+      // Half the rounds hit the headers at the start of pages.
       const std::size_t at = random() % (round % 2 == 0 ? 64 : kPageSize);
-      patient.Page(static_cast<std::uint32_t>(1 + random() % (pages - 1)))[at] =
+      sample.Page(static_cast<std::uint32_t>(1 + random() % (pages - 1)))[at] =
           static_cast<std::byte>(random());
     }
-    EXPECT_LE(patient.Findings().size(), 501U);
+    EXPECT_LE(sample.Findings().size(), 501U);
   }
 }
 
-TEST(CheckDatabase, RefusesWhatIsNoDatabase) {
+TEST(CheckDatabase, RefusesAFileThatIsNotADatabase) {
   EXPECT_THROW(CheckDatabase(test::SourceDir() / "CMakeLists.txt"), RuntimeError);
   EXPECT_THROW(CheckDatabase(test::SourceDir() / "none.mdb"), RuntimeError);
 }

@@ -1,5 +1,5 @@
-// A change that is interrupted, at whatever step and however the disk then behaves, leaves the
-// database as before or as after.
+// A change that is interrupted leaves the database as it was before or as it is after the change,
+// whichever step is interrupted and however the disk behaves.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -10,8 +10,8 @@
 #include <cstdio>
 
 #include "platform/access/database_writer.h"
-#include "platform/access/storage/exclusive_access.h"
 #include "platform/access/simulated_disk.h"
+#include "platform/access/storage/exclusive_access.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "support/slow_build.h"
@@ -32,8 +32,8 @@ Contents Sample() {
   return {start, start + text.size()};
 }
 
-// Overwrites rows, makes one move to another page, splits index pages, adds data pages and pages of
-// long values.
+// Overwrites rows, moves one to another page, splits index pages, adds data pages and pages of long
+// values.
 void Change(access::Storage& storage, const std::filesystem::path& path) {
   WriteTransaction::Options options;
   options.storage = &storage;
@@ -64,7 +64,7 @@ bool Succeeds(access::Storage& storage) {
 
 struct Images {
   Contents before = Sample(), after;
-  int steps = 0;  // of the whole change
+  int steps = 0;  // of the complete change
 };
 
 Images MakeImages() {
@@ -80,7 +80,7 @@ Images MakeImages() {
 // Opens the database as the next program does.
 std::string StateAfterRecovery(SimulatedDisk& disk, const Images& images) {
   access::RecoverDatabase(disk, kPath, {});
-  if (!disk.Get(access::JournalPath(kPath)).empty()) return "a journal is left";
+  if (!disk.Get(access::JournalPath(kPath)).empty()) return "a journal remains";
   const Contents found = disk.Get(kPath);
   if (found == images.before) return "before";
   if (found == images.after) return "after";
@@ -99,7 +99,7 @@ std::string StateAfterRecovery(SimulatedDisk& disk, const Images& images) {
   return where;
 }
 
-TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoes) {
+TEST(AnInterruptedChange, IsAtomicWhenThePowerFails) {
   const Images images = MakeImages();
   ASSERT_NE(images.after, images.before);
   constexpr unsigned kSeeds = kSlowBuild ? 4 : 12;
@@ -125,13 +125,13 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoes) {
       ++(state == "before" ? before : after);
     }
   }
-  std::printf("%d steps, %d ways to lose power: %d before, %d after\n", images.steps, points,
-              before, after);
+  std::printf("%d steps, %d power cuts: %d before, %d after\n", images.steps, points, before,
+              after);
   EXPECT_GT(before, 0);
   EXPECT_GT(after, 0);
 }
 
-TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoesDuringRecoveryToo) {
+TEST(AnInterruptedChange, IsAtomicWhenThePowerFailsAgainDuringRecovery) {
   const Images images = MakeImages();
   int points = 0;
   for (int step = 0; step < images.steps; step += kSlowBuild ? 17 : 3) {
@@ -159,11 +159,11 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenThePowerGoesDuringRecoveryToo) 
       }
     }
   }
-  std::printf("%d ways to lose power during recovery\n", points);
+  std::printf("%d power cuts during recovery\n", points);
   EXPECT_GT(points, 0);
 }
 
-TEST(AFailingDisk, LeavesBeforeOrAfterAndSaysSo) {
+TEST(AFailingDisk, LeavesChangesAtomicAndReportsErrors) {
   const Images images = MakeImages();
   // A slow build tries half of the steps, each with one of the four kinds of failure.
   constexpr int kStride = kSlowBuild ? 8 : 1;
@@ -193,7 +193,7 @@ TEST(AFailingDisk, LeavesBeforeOrAfterAndSaysSo) {
   std::printf("%d failing steps\n", points);
 }
 
-// The disks of this machine, and an end of the process at one step, in the middle of a write.
+// The local file system; kills the process at one step, in the middle of a write.
 class KillingStorage final : public access::Storage {
  public:
   explicit KillingStorage(int step) : left_(step) {}
@@ -251,7 +251,7 @@ class KillingStorage final : public access::Storage {
   int left_;
 };
 
-TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenTheProcessIsKilled) {
+TEST(AnInterruptedChange, IsAtomicWhenTheProcessIsKilled) {
   const Images images = MakeImages();
   const ScratchFolder scratch;
   const std::filesystem::path path = scratch / "property.mdb";
@@ -285,7 +285,7 @@ TEST(AnInterruptedChange, LeavesBeforeOrAfterWhenTheProcessIsKilled) {
     }
     ++killed;
   }
-  std::printf("%d times killed\n", killed);
+  std::printf("killed %d times\n", killed);
   EXPECT_GE(killed * kStride, images.steps - 1);
 }
 

@@ -13,7 +13,7 @@ constexpr std::size_t kMasked = 0x18;
 
 std::string Zeros(std::size_t count) { return std::string(count, '\0'); }
 
-// The mask of the header is the stream of the RC4 cipher for one fixed key.
+// The header is masked with the RC4 key stream of a fixed key.
 void Mask(std::string& header, std::size_t size) {
   constexpr std::array<unsigned, 4> kKey{0xC7, 0xDA, 0x39, 0x6B};
   std::array<unsigned, 256> s;
@@ -50,7 +50,7 @@ FileBuilder::FileBuilder(int version, unsigned code_page) : version_(version) {
   clear_header_ += Zeros(0x300 - clear_header_.size());
   SetHeader(0x3C, Stored16(code_page));
   if (!jet3()) {
-    // A date of creation; its whole days mask the password, here none.
+    // The creation date; its integer part masks the password, which is empty here.
     SetHeader(0x72, Stored(38143.5));
     for (std::size_t i = 0x42; i < 0x6A; i += 4) SetHeader(i, Stored32(38143));
   }
@@ -101,7 +101,7 @@ std::string FileBuilder::Row(const std::vector<bool>& present, const std::string
   const std::string mask = FixedRow(present, "").substr(jet3() ? 1 : 2);
   std::string jumps;
   if (jet3()) {
-    // As many entries as the finished row, jumps and all, has whole 256 bytes.
+    // One entry for each full 256 bytes of the finished row, jump table included.
     const std::size_t rest = row.size() + starts.size() + 1 + mask.size();
     std::size_t count = (rest - 1) / 256;
     while ((rest + count - 1) / 256 > count) ++count;
@@ -141,7 +141,7 @@ void FileBuilder::PutLongValues(std::uint32_t page, const std::vector<std::strin
 
 std::string FileBuilder::Pages(const std::vector<std::uint32_t>& pages, bool indirect) {
   const std::size_t inline_bytes = jet3() ? 128 : 64, bitmap_bytes = page_size() - 4;
-  // An inline map starts at its first page, rounded down, to be unlike one that starts at 0.
+  // An inline map starts at its first page, rounded down, so that not every map starts at 0.
   const std::uint32_t first = indirect || pages.empty() ? 0 : pages.front() / 8 * 8;
   const std::uint32_t last = pages.empty() ? 0 : pages.back();
   std::string bits = Zeros(std::max<std::size_t>(inline_bytes, last / 8 + 1 - first / 8));
@@ -182,7 +182,7 @@ std::string FileBuilder::ColumnRecord(const BuiltColumn& c) const {
          Zeros(5) + offset;
 }
 
-// The pointer to the usage map of an index with nothing in it, and its root page.
+// The pointer to the usage map of an empty index, and its root page.
 std::string FileBuilder::EmptyTree(std::uint32_t definition) {
   const std::uint32_t root = NewPage();
   const std::size_t entries = jet3() ? 0xF8 : 0x1E0;

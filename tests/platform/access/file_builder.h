@@ -1,6 +1,6 @@
-// Builds small Access-format files byte by byte, for what the sample database does not have: Jet 3
-// and ACE, every column type, overflow rows, long values, deleted rows and columns, and corruption. It
-// knows the format on its own and shares nothing with the reader.
+// Builds small Access-format files byte by byte, with what the sample database does not have: Jet 3
+// and ACE, every column type, overflow rows, long values, deleted rows and columns, and corruption.
+// It implements the format independently and shares no code with the reader.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace tenora::test {
 
-// A number as the file keeps it, low byte first.
+// A number as the file stores it, little-endian.
 template <typename T>
 std::string Stored(T number) {
   std::string bytes(sizeof number, '\0');
@@ -41,7 +41,7 @@ struct BuiltIndex {
   std::vector<std::pair<unsigned, bool>> columns;  // number, descending
   bool unique = false, primary = false;
   bool leaves_out_nulls = false;
-  bool has_tree = false;  // an empty one; without, only the definition speaks of the index
+  bool has_tree = false;  // an empty tree; without one, the index is only in the definition
 };
 
 struct BuiltTable {
@@ -78,12 +78,13 @@ class FileBuilder {
   bool jet3() const { return version_ == 0; }
   std::size_t page_size() const { return jet3() ? 2048 : 4096; }
 
-  // The number of a new page, all zero.
+  // Adds a page of zeros and returns its number.
   std::uint32_t NewPage();
   void SetPage(std::uint32_t page, const std::string& bytes);
   // Text as a text column of this version stores it, uncompressed; Jet 3 takes the bytes.
   std::string Text(const std::string& ascii) const;
-  // `present` has a bit for each column the row knows; a boolean's is its value.
+  // `present` has a bit for each column that existed when the row was written; a boolean's is its
+  // value.
 
   std::string Row(const std::vector<bool>& present, const std::string& fixed,
                   const std::vector<std::string>& variable) const;
@@ -91,25 +92,25 @@ class FileBuilder {
   std::string FixedRow(const std::vector<bool>& present, const std::string& fixed) const;
   void PutRows(std::uint32_t page, std::uint32_t owner, const std::vector<BuiltRow>& rows);
   void PutLongValues(std::uint32_t page, const std::vector<std::string>& rows);
-  // The definition on `page` and as many further ones as it needs.
+  // Writes the definition on `page` and as many further pages as it needs.
   void PutDefinition(std::uint32_t page, const BuiltTable& table);
   void AddToCatalogue(const std::string& name, std::uint32_t definition, int type = 1,
                       std::uint32_t flags = 0, const std::string& properties = {});
-  // As the catalogue keeps them.
+  // Properties as stored in the catalogue.
   std::string Properties(const std::vector<BuiltProperty>& properties) const;
-  // A table without deleted columns on pages of its own, with what its columns and rows leave open
-  // of `table`.
+  // Adds a table without deleted columns, on new pages. Members of `table` that follow from its
+  // columns and rows are filled in.
   void AddTable(const std::string& name, BuiltTable table,
                 const std::vector<std::string>& rows = {}, const std::string& properties = {});
   void AddRelationships(const std::vector<BuiltRelationship>& relationships);
-  // A password, or the key of an encoded file, in the header.
+  // Sets masked bytes of the header, such as the password or the encryption key.
   void SetHeader(std::size_t offset, const std::string& clear_bytes);
 
-  // The whole file; the builder is used up.
+  // Returns the file; the builder must not be used after that.
   std::string Finish();
 
  private:
-  std::string Count(std::size_t number) const;  // as wide as a row keeps it
+  std::string Count(std::size_t number) const;  // as wide as in a row
   std::string Name(const std::string& name) const;
   std::string Pages(const std::vector<std::uint32_t>& pages, bool indirect);
   std::string ColumnRecord(const BuiltColumn& column) const;

@@ -1,4 +1,4 @@
-// Files that are damaged, locked, cut short or no databases at all.
+// Files that are corrupt, protected, truncated or not databases at all.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -32,7 +32,7 @@ std::vector<std::byte> BytesOf(const std::string& file) {
   return {bytes, bytes + file.size()};
 }
 
-// Opens and reads all; the first error, "" without one. Any other exception is a fault.
+// Opens and reads everything; returns the first RuntimeError, "" if there is none.
 std::string ErrorOf(const std::string& file) {
   std::string first_error;
   const std::string error = test::ErrorOf([&] {
@@ -47,7 +47,7 @@ std::string OpenErrorOf(const std::filesystem::path& path) {
   return test::ErrorOf([&] { DatabaseFile::Open(path); });
 }
 
-TEST(OpeningADatabase, SaysWhatIsWrongWithThePath) {
+TEST(OpeningADatabase, NamesWhatIsWrongWithThePath) {
   const test::ScratchFolder scratch;
   const std::string folder = scratch.path().string();
   EXPECT_EQ(OpenErrorOf(scratch / "none.mdb"),
@@ -65,7 +65,7 @@ TEST(OpeningADatabase, SaysWhatIsWrongWithThePath) {
   }
 }
 
-TEST(OpeningADatabase, RefusesWhatIsNoneThatIsRead) {
+TEST(OpeningADatabase, RefusesUnsupportedFilesWithTheReason) {
   const std::string good = test::Showcase(1), ace = test::Showcase(4);
   const auto with = [](std::string file, std::size_t at, const std::string& bytes) {
     return file.replace(at, bytes.size(), bytes);
@@ -82,10 +82,10 @@ TEST(OpeningADatabase, RefusesWhatIsNoneThatIsRead) {
   };
   const std::vector<Case> cases{
       {"text", "Dear tenant,\n" + std::string(9000, 'x'), "3343 - "},
-      {"another maker's file", with(good, 4, "MSISAM Database"), "3343 - "},
-      {"header only in part", good.substr(0, 100), "truncated at byte 100"},
-      {"cut within a page", good.substr(0, good.size() - 1), "truncated at byte "},
-      {"cut behind the header", good.substr(0, 4096), "page 2: the page lies behind the end"},
+      {"another product's file", with(good, 4, "MSISAM Database"), "3343 - "},
+      {"truncated within the header", good.substr(0, 100), "truncated at byte 100"},
+      {"truncated within a page", good.substr(0, good.size() - 1), "truncated at byte "},
+      {"truncated after the header", good.substr(0, 4096), "page 2: the page is beyond the end"},
       {"unknown version", with(ace, 0x14, "\x07"), "version 7 is not known"},
       {"Jet with a version of ACE", with(good, 0x14, "\x02"), "version 2 is not known"},
       {"Jet 3 password", locked(0, 0x42, "secret"), "3031 - Not a valid password. "},
@@ -93,7 +93,8 @@ TEST(OpeningADatabase, RefusesWhatIsNoneThatIsRead) {
       {"Jet 4 encoded", locked(1, 0x3E, "key!"), "encoded or encrypted"},
       {"ACE encrypted", locked(5, 0x3E, "key!"), "encoded or encrypted"},
       {"unknown code page", FileBuilder(0, 4711).Finish(), "code page 4711 is not known"},
-      {"catalogue's page is none", with(good, 2 * 4096, "\x01"), "table 'MSysObjects', page 2: "},
+      {"catalogue page of another type", with(good, 2 * 4096, "\x01"),
+       "table 'MSysObjects', page 2: "},
   };
   for (const Case& c : cases) {
     const std::string error = ErrorOf(c.file);
@@ -102,8 +103,8 @@ TEST(OpeningADatabase, RefusesWhatIsNoneThatIsRead) {
   }
 }
 
-// A table of one long and one memo column on known pages, for damage to be put into.
-struct Victim {
+// A table with a long and a memo column on known pages, to be corrupted.
+struct CorruptibleTable {
   FileBuilder builder{1};
   std::uint32_t definition = builder.NewPage(), data = builder.NewPage(),
                 values = builder.NewPage();
@@ -121,88 +122,92 @@ struct Victim {
     table.variable_columns = 1;
     table.data_pages = {data};
     builder.PutDefinition(definition, table);
-    builder.AddToCatalogue("victim", definition);
+    builder.AddToCatalogue("things", definition);
     return builder.Finish();
   }
 };
 
-std::string ErrorOfRow(const std::function<std::string(Victim&)>& row, unsigned flags = 0) {
-  Victim victim;
-  victim.builder.PutRows(victim.data, victim.definition, {{row(victim), flags}, {"", 0xC000}});
-  return ErrorOf(victim.Finish());
+std::string ErrorOfRow(const std::function<std::string(CorruptibleTable&)>& row,
+                       unsigned flags = 0) {
+  CorruptibleTable table;
+  table.builder.PutRows(table.data, table.definition, {{row(table), flags}, {"", 0xC000}});
+  return ErrorOf(table.Finish());
 }
 
-TEST(DamagedRows, AreRefusedByFileTableAndPage) {
+TEST(CorruptRows, RaiseErrorsThatNameFileTableAndPage) {
   struct Case {
     const char* what;
-    std::function<std::string(Victim&)> row;
+    std::function<std::string(CorruptibleTable&)> row;
     const char* error;
     unsigned flags = 0;
   };
   const std::vector<Case> cases{
-      {"empty", [](Victim&) { return std::string(); }, "too short for its column count"},
-      {"more columns than bytes", [](Victim&) { return Stored16(0xFFFF) + "abc"; },
+      {"empty", [](CorruptibleTable&) { return std::string(); }, "too short for its column count"},
+      {"more columns than bytes", [](CorruptibleTable&) { return Stored16(0xFFFF) + "abc"; },
        "too short for 65535 columns"},
       {"variable count beyond the row",
-       [](Victim& v) {
+       [](CorruptibleTable& v) {
          std::string row = v.Row("");
          return row.replace(row.size() - 3, 2, Stored16(0x7FFF));
        },
        "too short for 32767 variable columns"},
       {"end beyond the row",
-       [](Victim& v) {
+       [](CorruptibleTable& v) {
          std::string row = v.Row("");
          return row.replace(row.size() - 7, 2, Stored16(0x7FFF));
        },
        "overlap"},
-      {"no room for the fixed column",
-       [](Victim& v) {
+      {"no space for the fixed column",
+       [](CorruptibleTable& v) {
          return v.builder.Row({true, false}, "", {""});
        },
        "fixed column"},
-      {"overflow to itself", [](Victim& v) { return Pointer(v.data, 0); }, "in a circle", 0x4000},
-      {"overflow to no page", [](Victim&) { return Pointer(0xFFFFFF, 0); }, "behind the end",
+      {"overflow to itself", [](CorruptibleTable& v) { return Pointer(v.data, 0); }, "form a loop",
        0x4000},
-      {"overflow to another table's page", [](Victim&) { return Pointer(4, 0); },
+      {"overflow to no page", [](CorruptibleTable&) { return Pointer(0xFFFFFF, 0); },
+       "beyond the end", 0x4000},
+      {"overflow to another table's page", [](CorruptibleTable&) { return Pointer(4, 0); },
        "belongs to the table", 0x4000},
-      {"overflow to a deleted row", [](Victim& v) { return Pointer(v.data, 1); }, "is deleted",
+      {"overflow to a deleted row", [](CorruptibleTable& v) { return Pointer(v.data, 1); },
+       "is deleted", 0x4000},
+      {"overflow to no row", [](CorruptibleTable& v) { return Pointer(v.data, 9); }, "row 9",
        0x4000},
-      {"overflow to no row", [](Victim& v) { return Pointer(v.data, 9); }, "row 9", 0x4000},
-      {"overflow without a pointer", [](Victim&) { return std::string("ab"); }, "too short",
-       0x4000},
-      {"memo longer than the file", [](Victim& v) { return v.Memo(0, 0x3FFFFFFF, 0); },
-       "more than the file holds"},
-      {"inline memo longer than its row", [](Victim& v) { return v.Memo(0x80000000, 10, 0); },
-       "longer than its row"},
-      {"memo on a page that is none", [](Victim& v) { return v.Memo(0x40000000, 10, 0); },
-       "a data page is expected"},
-      {"memo's head cut", [](Victim& v) { return v.Row("abc"); }, "head is too short"},
+      {"overflow without a pointer", [](CorruptibleTable&) { return std::string("ab"); },
+       "too short", 0x4000},
+      {"memo longer than the file", [](CorruptibleTable& v) { return v.Memo(0, 0x3FFFFFFF, 0); },
+       "longer than the file"},
+      {"inline memo longer than its row",
+       [](CorruptibleTable& v) { return v.Memo(0x80000000, 10, 0); }, "longer than its row"},
+      {"memo on an unused page", [](CorruptibleTable& v) { return v.Memo(0x40000000, 10, 0); },
+       "expected a data page"},
+      {"memo's head truncated", [](CorruptibleTable& v) { return v.Row("abc"); },
+       "head is too short"},
   };
   for (const Case& c : cases) {
     const std::string error = ErrorOfRow(c.row, c.flags);
     EXPECT_THAT(error, HasSubstr("3049 - Cannot open database 'bad.mdb'.")) << c.what;
-    EXPECT_THAT(error, HasSubstr("table 'victim', page ")) << c.what;
+    EXPECT_THAT(error, HasSubstr("table 'things', page ")) << c.what;
     EXPECT_THAT(error, HasSubstr(c.error)) << c.what;
   }
 }
 
-TEST(DamagedLongValues, DoNotRunInACircleOrEndEarly) {
+TEST(CorruptLongValues, DoNotLoopOrEndEarly) {
   const auto error = [](const std::vector<std::string>& pieces, std::size_t length) {
-    Victim victim;
-    victim.builder.PutLongValues(victim.values, pieces);
-    victim.builder.PutRows(victim.data, victim.definition, {{victim.Memo(0, length, 0)}});
-    return ErrorOf(victim.Finish());
+    CorruptibleTable table;
+    table.builder.PutLongValues(table.values, pieces);
+    table.builder.PutRows(table.data, table.definition, {{table.Memo(0, length, 0)}});
+    return ErrorOf(table.Finish());
   };
-  const std::uint32_t values = Victim().values;
-  EXPECT_THAT(error({Pointer(values, 0) + "ab"}, 20000), HasSubstr("in a circle"));
+  const std::uint32_t values = CorruptibleTable().values;
+  EXPECT_THAT(error({Pointer(values, 0) + "ab"}, 20000), HasSubstr("form a loop"));
   EXPECT_THAT(error({Pointer(values, 1) + "ab", Pointer(values, 2), Pointer(values, 1)}, 20000),
-              HasSubstr("in a circle"));
-  EXPECT_THAT(error({Pointer(values, 1) + "ab", Stored32(0) + "cd"}, 6), HasSubstr("cut short"));
+              HasSubstr("form a loop"));
+  EXPECT_THAT(error({Pointer(values, 1) + "ab", Stored32(0) + "cd"}, 6), HasSubstr("truncated"));
   EXPECT_THAT(error({"ab"}, 6), HasSubstr("too short"));
   EXPECT_EQ(error({Pointer(values, 1) + "ab", Stored32(0) + "cd"}, 4), "");
 }
 
-TEST(DamagedDefinitions, AreRefusedWithoutHugeWork) {
+TEST(CorruptDefinitions, AreRefusedWithoutMuchWork) {
   constexpr std::size_t kPage = 4096, kNext = 4, kColumns = 45, kLogical = 47, kPhysical = 51,
                         kOwned = 55;
   struct Case {
@@ -211,35 +216,35 @@ TEST(DamagedDefinitions, AreRefusedWithoutHugeWork) {
     std::string bytes;
     const char* error;
   };
-  const std::uint32_t page = Victim().definition;
+  const std::uint32_t page = CorruptibleTable().definition;
   const std::vector<Case> cases{
-      {"chain in a circle", kNext, Stored32(page), "does not end"},
-      {"chain to another kind of page", kNext, Stored32(1), "expected a table definition"},
+      {"chain with a loop", kNext, Stored32(page), "does not end"},
+      {"chain to a page of another type", kNext, Stored32(1), "expected a table definition"},
       {"too many columns", kColumns, Stored16(0xFFFF), "65535 columns"},
       {"more columns than bytes", kColumns, Stored16(255), "ends too early"},
       {"more logical indexes than bytes", kLogical, Stored32(0xFFFFFFFF), "ends too early"},
       {"more indexes than bytes", kPhysical, Stored32(0xFFFFFFFF), "ends too early"},
-      {"usage map on no page", kOwned, Pointer(0xFFFFFF, 0), "behind the end"},
-      {"usage map in no row", kOwned, Pointer(3, 200), "row 200"},
+      {"usage map on a missing page", kOwned, Pointer(0xFFFFFF, 0), "beyond the end"},
+      {"usage map in a missing row", kOwned, Pointer(3, 200), "row 200"},
   };
   for (const Case& c : cases) {
-    Victim victim;
-    victim.builder.PutRows(victim.data, victim.definition, {});
-    std::string file = victim.Finish();
+    CorruptibleTable table;
+    table.builder.PutRows(table.data, table.definition, {});
+    std::string file = table.Finish();
     file.replace(page * kPage + c.at, c.bytes.size(), c.bytes);
     EXPECT_THAT(ErrorOf(file), HasSubstr(c.error)) << c.what;
   }
 }
 
-TEST(DamagedUsageMaps, DoNotLendATableAnothersRows) {
+TEST(CorruptUsageMaps, DoNotGiveATableTheRowsOfAnother) {
   constexpr std::uint32_t kCatalogueRows = 4;
-  Victim victim;
-  victim.data = kCatalogueRows;
-  EXPECT_THAT(ErrorOf(victim.Finish()),
-              HasSubstr("table 'victim', page 4: the page belongs to the table defined on page 2"));
+  CorruptibleTable table;
+  table.data = kCatalogueRows;
+  EXPECT_THAT(ErrorOf(table.Finish()),
+              HasSubstr("table 'things', page 4: the page belongs to the table defined on page 2"));
 }
 
-TEST(AFileCutShortWhileOpen, RaisesInsteadOfEndingTheProcess) {
+TEST(AFileTruncatedWhileOpen, RaisesAnErrorInsteadOfCrashing) {
   const test::ScratchFolder scratch;
   std::filesystem::copy_file(test::SampleDatabase(), scratch / "cut.mdb");
   const auto database = DatabaseFile::Open(scratch / "cut.mdb");
@@ -250,7 +255,7 @@ TEST(AFileCutShortWhileOpen, RaisesInsteadOfEndingTheProcess) {
     while (rows->Next()) {
     }
   });
-  EXPECT_THAT(error, HasSubstr("cut short while it was open"));
+  EXPECT_THAT(error, HasSubstr("truncated while it was open"));
   EXPECT_THAT(error, HasSubstr("table 'rent_periods'"));
 }
 
@@ -266,8 +271,8 @@ TEST(AnyTruncation, GivesRowsOrAnError) {
   }
 }
 
-// Flips `flips` bytes in each of `rounds` copies; to pass is to come back without a crash, a hang
-// or an exception of another kind.
+// Changes `flips` bytes in each of `rounds` copies. Reading them must not crash, hang or raise any
+// other kind of exception.
 void FlipBytes(const std::string& good, int rounds, int flips) {
   std::mt19937 random(20261121);
   const std::size_t clean =
@@ -289,8 +294,8 @@ void FlipBytes(const std::string& good, int rounds, int flips) {
     }
   }
   EXPECT_GT(refused, 0);
-  // A flip can delete a row by its flag, or drop a page from a usage map; more would mean that
-  // damage passes for the truth.
+  // A change can delete a row by its flag or remove a page from a usage map; more differences would
+  // mean that corruption goes unnoticed.
   EXPECT_LT(differing, rounds / 5);
 }
 

@@ -1,4 +1,4 @@
-// Index keys: the engine's own bytes for texts, and the order of everything else.
+// Index keys: the bytes that the engine writes, and the order of values.
 #include "platform/access/format/index_key.h"
 
 #include <gmock/gmock.h>
@@ -64,8 +64,8 @@ std::string TextKey(std::u16string_view text, std::uint32_t order = kLegacy,
   return Hex(Subject({{ColumnType::kText, descending}}, order).KeyOf(test::Utf16(text)));
 }
 
-// What the engine itself wrote for these texts in an ascending index.
-TEST(TextKey, HasTheEnginesBytesInBothSortOrders) {
+// What the engine wrote for these texts in an ascending index.
+TEST(TextKey, MatchesTheEngineInBothSortOrders) {
   const struct {
     std::u16string_view text;
     const char *legacy, *general;
@@ -110,7 +110,7 @@ TEST(TextKey, IsInvertedInADescendingColumn) {
   EXPECT_EQ(TextKey(u"", kGeneral, true), "80FEFF00");
 }
 
-TEST(TextKey, RefusesWhatIsNotKnownInsteadOfGuessing) {
+TEST(TextKey, RefusesUnknownCharactersInsteadOfGuessing) {
   const struct {
     std::u16string text;
     const char* reason;
@@ -118,8 +118,8 @@ TEST(TextKey, RefusesWhatIsNotKnownInsteadOfGuessing) {
       {u"Ж", "column 'c1': the sort codes of character U+0416 are not known"},
       {u"tab\there", "U+0009"},
       {u"\U0001F600", "U+1F600"},
-      {u"Æ-a", "U+002D behind character U+00C6"},
-      {u"_é", "U+00E9 behind character U+005F"},
+      {u"Æ-a", "U+002D after character U+00C6"},
+      {u"_é", "U+00E9 after character U+005F"},
       {std::u16string(256, u'a'), "longer than 255"},
   };
   for (const auto& c : cases) {
@@ -136,7 +136,7 @@ TEST(TextKey, RefusesWhatIsNotKnownInsteadOfGuessing) {
   EXPECT_THROW(TextKey(u"a", 0x02000409), NotEncodable);
 }
 
-TEST(NumberKey, HasTheEnginesBytes) {
+TEST(NumberKey, MatchesTheEngine) {
   const struct {
     ColumnType type;
     std::string stored;
@@ -174,7 +174,7 @@ TEST(NumberKey, SortsAsTheNumbersDo) {
   }
 }
 
-TEST(BinaryKey, IsCutIntoPiecesOfEight) {
+TEST(BinaryKey, IsSplitIntoPiecesOfEightBytes) {
   Subject binary({{ColumnType::kBinary, false}});
   EXPECT_EQ(Hex(binary.KeyOf("abc")), "7F616263000000000003");
   EXPECT_EQ(Hex(binary.KeyOf("abcdefgh")), "7F616263646566676808");
@@ -188,7 +188,7 @@ TEST(BinaryKey, IsCutIntoPiecesOfEight) {
   EXPECT_THROW(Subject({{ColumnType::kDecimal, false}}).KeyOf(std::string(17, 'x')), NotEncodable);
 }
 
-TEST(KeyOfSeveralColumns, IsTheirKeysInTurn) {
+TEST(KeyOfSeveralColumns, IsTheConcatenationOfTheirKeys) {
   Subject subject({{ColumnType::kLong, false},
                    {ColumnType::kBoolean, false},
                    {ColumnType::kText, true},
@@ -206,7 +206,7 @@ TEST(KeyOfSeveralColumns, IsTheirKeysInTurn) {
             "807FFFFFF8");
 }
 
-TEST(AnIndexThatLeavesOutNulls, HasNoEntryWhereAllColumnsAreNull) {
+TEST(AnIndexThatIgnoresNulls, HasNoEntryWhereAllColumnsAreNull) {
   for (const std::uint8_t flags : {std::uint8_t{0}, kIndexLeavesOutNulls}) {
     Subject subject({{ColumnType::kLong, false}, {ColumnType::kLong, false}}, kLegacy, flags);
     const IndexKeyEncoder encoder(subject.table, subject.index, subject.codec);

@@ -1,4 +1,4 @@
-// Index pages taken apart and put together again, and the way through an index.
+// Parsing and composing index pages, and scanning an index.
 #include "platform/access/format/index_page.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ bool Same(const IndexPage& left, const IndexPage& right) {
                     });
 }
 
-TEST(AnIndexPage, IsTheSameWhenTakenApartAndPutTogether) {
+TEST(AnIndexPage, IsTheSameWhenParsedAndComposedAgain) {
   const auto file = PageFile::Open(test::SampleDatabase());
   std::size_t pages = 0, shortened = 0;
   for (std::uint32_t number = 0; number < file->page_count(); ++number) {
@@ -55,24 +55,24 @@ TEST(AnIndexPage, RefusesMoreThanFitsAndLeavesThePageAsItWas) {
   EXPECT_TRUE(ComposeIndexPage(kJet4Layout, page, bytes));
 }
 
-TEST(AnIndexPage, ThatCannotBeIsRefused) {
+TEST(AnIndexPage, ThatIsInvalidIsRefused) {
   PageBuffer buffer;
   buffer.number = 9;
   buffer.size = kLargestPage;
   buffer.bytes.fill(std::byte{0});
   IndexPage page;
-  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);  // no index page
+  EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);  // not an index page
   buffer.bytes[0] = std::byte{4};
   ReadIndexPage(kJet4Layout, buffer, page);
   EXPECT_TRUE(page.entries.empty());
   buffer.bytes[kJet4Layout.index_page_ends] = std::byte{4};  // an entry of two bytes
   EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);
-  buffer.bytes[kJet4Layout.index_page_ends] = std::byte{16};  // one of four: a pointer alone
+  buffer.bytes[kJet4Layout.index_page_ends] = std::byte{16};  // one of four bytes: only a pointer
   ReadIndexPage(kJet4Layout, buffer, page);
   EXPECT_EQ(page.entries.size(), 1U);
   buffer.bytes[kJet4Layout.index_page_prefix] = std::byte{5};
   EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);
-  // Entries made to fill memory: each of one byte, with nearly a page in common.
+  // Crafted to fill memory: entries of one byte each that share a prefix of nearly a page.
   Store16(&buffer.bytes[kJet4Layout.index_page_prefix], 2000);
   std::fill(&buffer.bytes[kJet4Layout.index_page_ends],
             &buffer.bytes[kJet4Layout.index_page_ends + 250], std::byte{0});
@@ -81,9 +81,9 @@ TEST(AnIndexPage, ThatCannotBeIsRefused) {
   EXPECT_THROW(ReadIndexPage(kJet4Layout, buffer, page), Corruption);
 }
 
-TEST(AWalkOverAnIndex, MeetsEveryEntryInOrderFromWhereverItStarts) {
+TEST(AScanOfAnIndex, VisitsEveryEntryInOrderFromAnyStart) {
   const auto file = PageFile::Open(test::SampleDatabase());
-  constexpr std::uint32_t kRoot = 41;  // of the automatic numbers of revenues
+  constexpr std::uint32_t kRoot = 41;  // of the AutoNumber index of revenues
   std::vector<IndexEntry> entries;
   IndexWalk walk(*file, kRoot);
   while (const IndexEntry* const entry = walk.Next()) {

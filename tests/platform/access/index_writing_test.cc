@@ -1,4 +1,4 @@
-// Tables with indexes under many changes: against a plain model, another reader and the checks.
+// Many changes to a table with indexes, verified by a simple model, another reader and the checker.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,7 +21,7 @@ using access::RowId;
 using access::WritableTable;
 using access::WriteTransaction;
 
-// A table with every kind of index, made anew.
+// A new database whose table has every kind of index.
 std::string IndexedDatabase() {
   FileBuilder builder(1);
   const std::uint32_t definition = builder.NewPage(), data = builder.NewPage();
@@ -51,12 +51,12 @@ std::string IndexedDatabase() {
   return builder.Finish();
 }
 
-// What the table should hold, by id: a text of each column but the id.
+// The expected content of the table: by id, the text of every other column.
 class Model {
  public:
   explicit Model(std::filesystem::path path) : path_(std::move(path)) {}
 
-  // One transaction of some operations; it may be dropped.
+  // One transaction of several operations; some are rolled back.
   void Batch() {
     const auto saved = rows_;
     const auto saved_codes = codes_;
@@ -164,7 +164,7 @@ class Model {
     rows_[id] = line;
   }
 
-  // A code as the engine tells codes apart: blanks at the end and letter case do not count.
+  // A code as the engine compares it: without trailing spaces and case.
   static std::string Folded(const std::string& line) {
     std::string code = line.substr(0, line.find('|'));
     code.erase(code.find_last_not_of(' ') + 1);
@@ -181,7 +181,7 @@ class Model {
   int refused_ = 0;
 };
 
-// The same by another reader, which meets rows that have moved in another order.
+// The same from another reader, which visits moved rows in another order.
 std::vector<std::string> ExportedCodes(const std::filesystem::path& path) {
   std::istringstream lines(
       RunProcess({"mdb-export", "-H", "-q", "", path.string(), "things"}).output);
@@ -193,7 +193,7 @@ std::vector<std::string> ExportedCodes(const std::filesystem::path& path) {
   return codes;
 }
 
-TEST(AThousandChanges, LeaveTheTableAsAPlainModelSays) {
+TEST(ThousandsOfChanges, LeaveTheTableAsTheModelPredicts) {
   const ScratchDatabase file(IndexedDatabase());
   Model model(file.path());
   for (int batch = 0; batch < (kSlowBuild ? 20 : 60) && !testing::Test::HasFailure(); ++batch) {
@@ -207,7 +207,7 @@ TEST(AThousandChanges, LeaveTheTableAsAPlainModelSays) {
   EXPECT_EQ(ExportedCodes(file.path()), model.Codes());
 }
 
-// Every index grows and splits again and again, and is taken down to nothing.
+// Every index grows by many splits and shrinks until it is empty.
 TEST(AnIndex, GrowsByLevelsAndShrinksToNothing) {
   const ScratchDatabase file(IndexedDatabase());
   constexpr std::int64_t kRows = kSlowBuild ? 600 : 2000;
@@ -237,7 +237,7 @@ TEST(AnIndex, GrowsByLevelsAndShrinksToNothing) {
   }
 }
 
-TEST(AutomaticNumbers, AreNotBegunAgainWhenTheyAreUsedUp) {
+TEST(AutoNumbers, DoNotRestartAfterTheHighestValue) {
   const ScratchDatabase file(IndexedDatabase());
   const auto transaction = WriteTransaction::Begin(file.path());
   WritableTable& things = transaction->Table("things");

@@ -1,4 +1,5 @@
-// Several programs and one file: each change alone, none lost, and clear words where it cannot be.
+// Several programs and one file: changes exclude one another, none is lost, conflicts give clear
+// errors.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,7 +34,7 @@ class SharingTheFile : public testing::Test {
   std::filesystem::path path_ = scratch_ / "property.mdb";
 };
 
-TEST_F(SharingTheFile, AnotherProgramsOpenHandleDoesNotMatterAndItsReadLockIsNamed) {
+TEST_F(SharingTheFile, AnotherProgramsOpenHandleIsNoObstacleButItsReadLockIs) {
   const int other = ::open(path_.c_str(), O_RDWR | O_CLOEXEC);
   ASSERT_GE(other, 0);
   EXPECT_EQ(ErrorOfBegin(), "");
@@ -48,14 +49,14 @@ TEST_F(SharingTheFile, AnotherProgramsOpenHandleDoesNotMatterAndItsReadLockIsNam
   EXPECT_EQ(ErrorOfBegin(), "");
 }
 
-TEST_F(SharingTheFile, AReadLockKeepsWritersOutAndNotReaders) {
+TEST_F(SharingTheFile, AReadLockExcludesWritersButNotReaders) {
   const auto wait = std::chrono::milliseconds(30);
   const auto lock = access::ReadLock::Take(path_, wait);
   const auto second = access::ReadLock::Take(path_, wait);
   EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3218 - "));
 }
 
-TEST_F(SharingTheFile, AChangeByAnotherProgramUnderOurHandsIsNotOverwritten) {
+TEST_F(SharingTheFile, AConcurrentChangeByAnotherProgramIsNotOverwritten) {
   const auto transaction = WriteTransaction::Begin(path_);
   WritableTable& fields = transaction->Table("custom_fields");
   const auto row = fields.All().front();
@@ -70,8 +71,8 @@ TEST_F(SharingTheFile, AChangeByAnotherProgramUnderOurHandsIsNotOverwritten) {
   EXPECT_EQ(ReadWholeFile(path_), before);
 }
 
-// Journals that are none, are not whole, or belong to something else: the database stays as it is
-// and the journal goes.
+// Files that are not journals, are incomplete, or belong to another database: the database does not
+// change and the journal is removed.
 TEST_F(SharingTheFile, StaleAndHalfWrittenJournalsChangeNothing) {
   const std::string before = ReadWholeFile(path_);
   const auto* start = reinterpret_cast<const std::byte*>(before.data());
@@ -107,7 +108,7 @@ TEST_F(SharingTheFile, StaleAndHalfWrittenJournalsChangeNothing) {
   }
 }
 
-TEST_F(SharingTheFile, AnInterruptedChangeThatAnotherProgramWroteOverIsReported) {
+TEST_F(SharingTheFile, AnInterruptedChangeOverwrittenByAnotherProgramIsReported) {
   std::string content = ReadWholeFile(path_);
   const auto page = [&](std::size_t number) {
     const auto* start = reinterpret_cast<const std::byte*>(content.data()) + number * 4096;
@@ -118,7 +119,7 @@ TEST_F(SharingTheFile, AnInterruptedChangeThatAnotherProgramWroteOverIsReported)
   journal.old_length = journal.new_length = content.size();
   journal.identity =
       access::DatabaseIdentity({reinterpret_cast<const std::byte*>(content.data()), 0x300});
-  // Page 30 is as we wrote it, page 31 is as nobody of us did.
+  // Page 30 has the content that the change wrote, page 31 content that it did not.
   journal.pages.push_back({30, std::vector<std::byte>(4096), page(30)});
   journal.pages.push_back(
       {31, std::vector<std::byte>(4096, std::byte{1}), std::vector<std::byte>(4096, std::byte{2})});
@@ -126,15 +127,15 @@ TEST_F(SharingTheFile, AnInterruptedChangeThatAnotherProgramWroteOverIsReported)
   WriteWholeFile(JournalPath(path_), {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3049 - A change to "));
   EXPECT_EQ(ReadWholeFile(path_), content);
-  // The same in a database cut shorter than the journal has pages.
+  // The same in a database with fewer pages than the journal.
   WriteWholeFile(path_, content.substr(0, 4096));
   EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3049 - A change to "));
   EXPECT_EQ(ReadWholeFile(path_), content.substr(0, 4096));
   EXPECT_TRUE(std::filesystem::exists(JournalPath(path_)));
 }
 
-// In a process of its own without the rights of the superuser, whom no mode stops.
-TEST_F(SharingTheFile, AReadOnlyFileOrFolderIsNamedAndNothingChanges) {
+// In a process without superuser rights, since file modes do not stop the superuser.
+TEST_F(SharingTheFile, AReadOnlyFileOrFolderRaisesAnErrorAndNothingChanges) {
   const std::string before = ReadWholeFile(path_);
   for (const bool folder : {false, true}) {
     ASSERT_EQ(::chmod(path_.c_str(), folder ? 0666 : 0444), 0);

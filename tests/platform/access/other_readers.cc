@@ -59,7 +59,7 @@ void ExpectSameField(const access::Column& column, access::RowCursor& rows, std:
     return;
   }
   const Value value = rows.Field(i);
-  // It prints an empty text as it prints null.
+  // mdb-export prints empty text and null alike.
   EXPECT_EQ(IsNull(value) || TextOf(value).empty(), exported == kNull);
   if (exported == kNull) return;
   switch (column.type) {
@@ -85,7 +85,7 @@ void ExpectSameField(const access::Column& column, access::RowCursor& rows, std:
       EXPECT_EQ(rows.Text(i), exported);
       break;
     case ColumnType::kGuid: {
-      // Its text, in hexadecimal as all that is binary; mdb-export forgets the last dash.
+      // Its text in hexadecimal, like everything binary; mdb-export omits the last dash.
       std::string text = std::get<std::string>(value);
       text.erase(text.rfind('-'), 1);
       const auto bytes = std::as_bytes(std::span(text));
@@ -106,8 +106,8 @@ bool IsKnownToOthers(ColumnType type) {
          type != ColumnType::kComplex;
 }
 
-// Others meet rows that have moved where they moved to. Where the first column has text that is
-// different in each row, the records are brought into our order by it.
+// Other readers visit moved rows where they are now. If the first column has a different text in
+// each row, the records are brought into this reader's order by it.
 void SortAsOurs(const access::Table& table, std::vector<Record>& records) {
   if (table.columns().front().type != ColumnType::kText) return;
   std::map<std::string, std::size_t> order;
@@ -127,7 +127,7 @@ void ExpectSame(const access::Table& table, const ProcessResult& result) {
   std::vector<Record> records = ParseCsv(result.output);
   ASSERT_FALSE(records.empty());
   SortAsOurs(table, records);
-  std::size_t record = 1;  // behind the names
+  std::size_t record = 1;  // after the header
   for (const auto rows = table.Rows(); rows->Next(); ++record) {
     SCOPED_TRACE("row " + std::to_string(record));
     ASSERT_LT(record, records.size());

@@ -8,11 +8,11 @@
 namespace tenora::test {
 
 bool HasMdbTools();
-// Why mdb-reader cannot be asked; empty when it can.
+// Why mdb-reader cannot be run; empty when it can.
 std::string WhyNoMdbReader();
 
-// Expect every field of a table to be what the reader says. Dates before 1900, which mdb-export
-// cannot print, and types that one of them does not know are passed by.
+// Expect every field of a table to equal what the other reader gives. Dates before 1900, which
+// mdb-export cannot print, and types that one of them does not support are skipped.
 void ExpectSameAsMdbExport(const access::DatabaseFile& database, const access::Table& table);
 void ExpectSameAsMdbReader(const access::DatabaseFile& database, const access::Table& table);
 

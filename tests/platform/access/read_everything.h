@@ -1,4 +1,4 @@
-// Reads all that a database gives, for tests and the fuzz target.
+// Reads everything in a database, for tests and the fuzz target.
 #pragma once
 
 #include <cstddef>
@@ -12,10 +12,10 @@ namespace tenora::test {
 struct ReadCounts {
   std::size_t rows = 0;
   std::size_t fields = 0;
-  std::string first_error;  // the rest is read nevertheless
+  std::string first_error;  // reading continues after it
 };
 
-// Stops after `most_rows`, so that a small hostile file cannot claim endless work.
+// Stops after `most_rows`, so that a small crafted file cannot cause endless work.
 inline ReadCounts ReadEverything(const access::DatabaseFile& database, std::size_t most_rows) {
   ReadCounts counts;
   const auto attempt = [&](auto step) {

@@ -1,4 +1,4 @@
-// The sample database, which Access's own engine would open, against an independent reader.
+// The sample database, compared with an independent reader.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

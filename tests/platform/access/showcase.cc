@@ -94,7 +94,7 @@ void AddChanged(FileBuilder& builder) {
   const std::uint32_t definition = builder.NewPage(), first = builder.NewPage(),
                       second = builder.NewPage(), third = builder.NewPage();
   BuiltTable table;
-  // Column 1 and variable column 0 are deleted; column 4 came after the first row was written.
+  // Column 1 and variable column 0 are deleted; column 4 was added after the first row was written.
   table.columns = {{"id", 4, 0, true, 0, 4},
                    {"kept", 10, 2, false, 1, 40},
                    {"last", 10, 3, false, 2, 40},
@@ -112,7 +112,7 @@ void AddChanged(FileBuilder& builder) {
        {"", 0xC000},
        {builder.Row({true, false, true, false, true}, Stored32(2) + gap + Stored16(22),
                     {"", text("two"), ""})}});
-  // What is left of a moved row keeps its size; only its start is the pointer.
+  // A moved row keeps its size in its old place; only the start is the pointer.
   builder.PutRows(second, definition,
                   {{builder.Row({true, false, false, true, true}, Stored32(3) + gap + Stored16(33),
                                 {"", "", text("three")})},

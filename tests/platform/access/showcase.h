@@ -1,4 +1,4 @@
-// One built database with everything a table can hold, in every version of the format.
+// A built database with everything that a table can contain, in every version of the format.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@ namespace tenora::test {
 
 // Three tables: "all_types" (two rows of values, one of nulls, a deleted one), "long_values" (a
 // memo and an OLE column: inline, single, a chain over two pages, null) and "changed" (overflow
-// rows, a deleted column, a column younger than the first row, an indirect usage map). `version` as
+// rows, a deleted column, a column added after the first row, an indirect usage map). `version` as
 // in the file: 0 Jet 3, 1 Jet 4, 2 to 6 ACE. From version 5 on "all_types" has the types new there.
 std::string Showcase(int version);
 
-// The content of the chained long value: as many letters.
+// The content of the chained long value: letters only.
 std::string ChainedText();
 
 }  // namespace tenora::test

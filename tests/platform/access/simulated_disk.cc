@@ -17,6 +17,7 @@ class SimulatedFile final : public access::StorageFile {
   std::uint64_t Size() override { return node_->now.size(); }
 
   std::size_t Read(std::uint64_t offset, std::span<std::byte> into) override {
+    ++disk_.reads_[offset];
     const std::size_t start = std::min<std::size_t>(offset, node_->now.size());
     const std::size_t count = std::min(into.size(), node_->now.size() - start);
     std::copy_n(node_->now.begin() + static_cast<std::ptrdiff_t>(start), count, into.begin());
@@ -67,6 +68,11 @@ void SimulatedDisk::SetTrouble(Trouble trouble) {
   step_ = 0;
 }
 
+int SimulatedDisk::ReadsAt(std::uint64_t offset) const {
+  const auto found = reads_.find(offset);
+  return found == reads_.end() ? 0 : found->second;
+}
+
 void SimulatedDisk::Apply(const Change& change, Contents& contents) {
   if (change.truncates) return contents.resize(change.offset);
   const std::size_t end = change.offset + change.bytes.size();
@@ -110,7 +116,7 @@ SimulatedDisk SimulatedDisk::AfterPowerCut(unsigned seed) const {
     std::shared_ptr<Node>& copy = kept[node];
     if (copy == nullptr) {
       Contents contents = node->synced;
-      // The first seeds are the plain cases: nothing survives, everything does.
+      // Seeds 0 and 1 are the simple cases: nothing survives, everything does.
       for (const Change& change : node->unsynced) {
         switch (seed < 2 ? seed : random() % 4) {
           case 0:
@@ -167,7 +173,7 @@ void SimulatedDisk::Remove(const std::filesystem::path& path) {
   try {
     if (Step([] {})) now_.erase(path);
   } catch (const PowerCut&) {
-    // A destructor's last act: nothing comes after it that would notice.
+    // Called by a destructor, which must not throw; nothing follows that would notice.
     dead_ = true;
   }
 }

@@ -1,5 +1,5 @@
-// A disk in memory that loses power, fills up or fails at any chosen step, and then has kept of
-// what was not synced whatever it liked: each write wholly, in part or not at all, in any order.
+// A disk in memory that loses power, fills up or fails at a chosen step. After a power cut each
+// write that was not synced has survived completely, in part or not at all, in any order.
 #pragma once
 
 #include <functional>
@@ -11,14 +11,14 @@
 
 namespace tenora::test {
 
-// The power has gone. No error of the system, so that nothing in the program handles it.
+// The power is gone. Not derived from any exception that the program handles.
 struct PowerCut {};
 
 class SimulatedDisk final : public access::Storage {
  public:
   using Contents = std::vector<std::byte>;
-  // What happens at the step of this number, counted from 0: a write (which is done by half first),
-  // a sync, a change of length, a file made or removed, a folder synced.
+  // What happens at the step of this number, counted from 0. Steps are writes (half of which is
+  // done first), syncs, changes of length, creating and removing files, and syncing folders.
   struct Trouble {
     enum Kind { kNone, kPowerCut, kErrorOnce, kErrorFromThereOn } kind = kNone;
     int step = 0;
@@ -26,11 +26,13 @@ class SimulatedDisk final : public access::Storage {
   };
 
   void Put(const std::filesystem::path& path, const Contents& contents);
-  // As a program sees it now; nothing for a file that is not there.
+  // The content that programs see; empty for a missing file.
   Contents Get(const std::filesystem::path& path) const;
   void SetTrouble(Trouble trouble);
   int steps() const { return step_; }
-  // The disk after the power came back.
+  // How often programs have read from that offset of any file.
+  int ReadsAt(std::uint64_t offset) const;
+  // The disk after the power is back; `seed` chooses what has survived.
   SimulatedDisk AfterPowerCut(unsigned seed) const;
 
   std::unique_ptr<access::StorageFile> Open(const std::filesystem::path& path, Mode mode) override;
@@ -41,7 +43,7 @@ class SimulatedDisk final : public access::Storage {
 
  private:
   friend class SimulatedFile;
-  // A write or, without bytes, a new length.
+  // A write or a new length.
   struct Change {
     std::uint64_t offset = 0;
     Contents bytes;
@@ -55,12 +57,14 @@ class SimulatedDisk final : public access::Storage {
 
   static void Apply(const Change& change, Contents& contents);
   void Do(Node& node, Change change);
-  // Runs `half` of a step that meets trouble. False when the power has gone before.
+  // Counts a step. Runs `half` of it if this is where the trouble is, then raises. False when the
+  // power has been cut before.
   bool Step(const std::function<void()>& half);
 
   Folder now_, synced_;
   Trouble trouble_;
   int step_ = 0;
+  std::map<std::uint64_t, int> reads_;  // by offset
   bool dead_ = false;
 };
 

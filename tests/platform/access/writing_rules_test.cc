@@ -1,4 +1,4 @@
-// What a table's designer asked of its rows is held when they are written.
+// Writing obeys required columns, validation rules and relationships.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ using access::RowId;
 using access::WriteTransaction;
 using testing::StartsWith;
 
-// What a table's designer asked of its columns: by the definition, the catalogue and relationships.
+// Tables with rules in their definitions, in the catalogue and in relationships.
 class WritingByRules : public testing::Test {
  protected:
   WritingByRules() {
@@ -73,7 +73,7 @@ class WritingByRules : public testing::Test {
   std::unique_ptr<WriteTransaction> transaction_;
 };
 
-TEST_F(WritingByRules, RefusesWhatTheColumnsDoNotAllow) {
+TEST_F(WritingByRules, RefusesValuesThatTheColumnsDoNotAllow) {
   const RowId row = Insert("things", {{"must", Number(1)}, {"should", Number(2)}});
   const RowId ruled = Insert("loose", {{"id", Number(1)}});
   const struct {

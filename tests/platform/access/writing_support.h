@@ -1,4 +1,4 @@
-// What the tests of writing share.
+// Helpers for tests that write.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ inline void ExpectHealthy(const std::filesystem::path& path) {
   }
 }
 
-// A database file of these bytes, for as long as it lives.
+// A temporary database file with these bytes.
 class ScratchDatabase {
  public:
   explicit ScratchDatabase(const std::string& bytes) { WriteWholeFile(path_, bytes); }

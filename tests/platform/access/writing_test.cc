@@ -1,4 +1,4 @@
-// Rows inserted, updated and deleted, read back by ourselves and by another reader, and checked.
+// Inserting, updating and deleting rows, verified by this reader, by others and by the checker.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +8,8 @@
 
 #include "platform/access/file_builder.h"
 #include "platform/access/other_readers.h"
+#include "platform/access/read/system_catalogue.h"
+#include "platform/access/simulated_disk.h"
 #include "platform/access/writing_support.h"
 
 namespace tenora::test {
@@ -43,7 +45,7 @@ class WritingToTheSample : public testing::Test {
   std::filesystem::path path_ = scratch_ / "property.mdb";
 };
 
-TEST_F(WritingToTheSample, RefusesWhatTheEngineRefusesAndGoesOn) {
+TEST_F(WritingToTheSample, RefusesWhatTheEngineRefusesAndContinues) {
   const auto transaction = WriteTransaction::Begin(path_);
   WritableTable& owner = transaction->Table("owner");
   const Value taken = owner.Read(owner.All().front())[0];
@@ -59,7 +61,7 @@ TEST_F(WritingToTheSample, RefusesWhatTheEngineRefusesAndGoesOn) {
       {3349, {{"Code", Text("X")}, {"fee_percent", 1e300}}},
       {3127, {{"Code", Text("X")}, {"no such column", Number(1)}}},
       {3421, {{"Code", Text("\xFF")}}},
-      {3073, {{"Code", Text("\xE6\x97\xA5")}}},  // no key is known for it
+      {3073, {{"Code", Text("\xE6\x97\xA5")}}},  // its key is not known
   };
   for (const auto& [number, values] : cases) {
     EXPECT_EQ(NumberOf([&] { owner.Insert(values); }), number);
@@ -74,7 +76,7 @@ TEST_F(WritingToTheSample, RefusesWhatTheEngineRefusesAndGoesOn) {
   ExpectHealthy(path_);
 }
 
-TEST_F(WritingToTheSample, KeepsLongValuesOfEverySizeAndFreesThem) {
+TEST_F(WritingToTheSample, StoresAndFreesLongValuesOfEverySize) {
   const std::size_t sizes[] = {0, 1, 64, 65, 2000, 2040, 2041, 9000, 40000, 1 << 20};
   for (int round = 0; round < 3; ++round) {
     const auto transaction = WriteTransaction::Begin(path_);
@@ -113,7 +115,7 @@ struct OtherReader {
 
 class ReadByOthers : public WritingToTheSample, public testing::WithParamInterface<OtherReader> {};
 
-TEST_P(ReadByOthers, IsWhatEachKindOfWriteLeaves) {
+TEST_P(ReadByOthers, IsTheSameAfterEachKindOfWrite) {
   if (const std::string why = GetParam().why_absent(); !why.empty()) GTEST_SKIP() << why;
   const auto set = [](WritableTable& table, const char* column, auto value_of) {
     int i = 0;
@@ -124,7 +126,7 @@ TEST_P(ReadByOthers, IsWhatEachKindOfWriteLeaves) {
     const char* table;
     std::function<void(WritableTable&)> write;
   } cases[] = {
-      {"rows rewritten where they are", "tenancy",
+      {"rows rewritten in place", "tenancy",
        [&](auto& t) { set(t, "closed_yn", [](int i) { return i % 3 == 0; }); }},
       {"rows that grow and move", "property",
        [&](auto& t) { set(t, "address1", [](int i) { return std::string(60, "ab"[i % 2]); }); }},
@@ -165,7 +167,7 @@ TEST_P(ReadByOthers, IsWhatEachKindOfWriteLeaves) {
                      {"value", std::to_string(i)}});
          }
        }},
-      {"dates before and behind 1900", "rentchanges",
+      {"dates before and after 1900", "rentchanges",
        [&](auto& t) {
          for (const int year : {1234, 1899, 1900, 2037}) {
            t.Insert({{"tenantcode", std::to_string(year)},
@@ -200,8 +202,8 @@ INSTANTIATE_TEST_SUITE_P(
                     OtherReader{"MdbReader", WhyNoMdbReader, ExpectSameAsMdbReader}),
     [](const auto& suite) { return std::string(suite.param.name); });
 
-// As many columns as a table can have, and rows up to the longest there is.
-TEST(TheWidestTable, KeepsRowsUpToTheLongestOnePage) {
+// The most columns that a table can have, and rows up to the longest possible.
+TEST(TheWidestTable, StoresRowsUpToTheLongestThatFit) {
   FileBuilder builder(1);
   BuiltTable table;
   for (unsigned i = 0; i < 255; ++i) {
@@ -238,7 +240,28 @@ TEST(TheWidestTable, KeepsRowsUpToTheLongestOnePage) {
   if (WhyNoMdbReader().empty()) ExpectSameAsMdbReader(*database, *database->FindTable("wide"));
 }
 
-TEST(AFileOf1997, IsRefusedForWriting) {
+TEST(ATransaction, ReadsEachDefinitionOnce) {
+  const std::filesystem::path path = "/simulated/property.mdb";
+  const std::string bytes = ReadWholeFile(SampleDatabase());
+  const auto* start = reinterpret_cast<const std::byte*>(bytes.data());
+  SimulatedDisk disk;
+  disk.Put(path, {start, start + bytes.size()});
+  WriteTransaction::Options options;
+  options.storage = &disk;
+  const auto transaction = WriteTransaction::Begin(path, options);
+  for (const char* value : {"1", "2", "3"}) {
+    WritableTable& fields = transaction->Table("custom_fields");
+    fields.Update(fields.All().front(), {{"value", Text(value)}});
+  }
+  transaction->Commit();
+  const auto file = access::PageFile::Open(SampleDatabase());
+  const access::SystemCatalogue catalogue(file);
+  const std::uint64_t page_size = file->layout().page_size;
+  EXPECT_EQ(disk.ReadsAt(access::kCataloguePage * page_size), 1);
+  EXPECT_EQ(disk.ReadsAt(catalogue.Find("custom_fields")->definition_page * page_size), 1);
+}
+
+TEST(AnAccess97File, IsRefusedForWriting) {
   const ScratchDatabase file(FileBuilder(0).Finish());
   EXPECT_EQ(NumberOf([&] { WriteTransaction::Begin(file.path()); }), 3027);
 }

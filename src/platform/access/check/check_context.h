@@ -1,4 +1,4 @@
-// What all the checks share.
+// What all checks share, and a check that several of them use.
 #pragma once
 
 #include "platform/access/check/check_report.h"
@@ -14,8 +14,8 @@ struct CheckContext {
   PageLedger& ledger;
 };
 
-// A data page's own count of its free bytes, against what its rows leave. Raises Corruption for a
-// row that does not lie within the page.
+// Checks a data page's count of free bytes against its rows. Raises Corruption for a row that
+// extends beyond the page.
 void CheckFreeBytes(const CheckContext& context, const FindingPlace& place, const PageBuffer& page,
                     const DataPage& data);
 

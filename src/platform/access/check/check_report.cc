@@ -11,15 +11,16 @@ std::string RemedyText(Remedy remedy) {
     case Remedy::kNone:
       return {};
     case Remedy::kRebuildIndex:
-      return "Compact and repair a copy of the file in the program that made it, which builds the "
-             "index anew; change nothing in the table before.";
+      return "Compact and repair a copy of the file in the program that created it, which rebuilds "
+             "the "
+             "index; do not change the table before that.";
     case Remedy::kRestore:
       return "Rows may be lost: keep a copy of the file, compact and repair it in the program that "
-             "made it, and compare the table with the last backup.";
+             "created it, and compare the table with the last backup.";
     case Remedy::kCorrectRows:
-      return "Correct the rows in the program that made the file.";
+      return "Correct the rows in the program that created the file.";
     case Remedy::kCompact:
-      return "No rows are concerned; compact the file in the program that made it.";
+      return "No rows are affected; compact the file in the program that created it.";
   }
   return {};
 }
@@ -48,7 +49,7 @@ void CheckReport::Add(Finding finding) {
 std::vector<Finding> CheckReport::Take() {
   if (left_out_ > 0) {
     Finding& rest = findings_.emplace_back();
-    rest.what = std::to_string(left_out_) + " more findings like these are left out";
+    rest.what = std::to_string(left_out_) + " more findings are not shown";
   }
   left_out_ = 0;
   counts_.clear();

@@ -1,4 +1,4 @@
-// Collects what the checks find, so that a file full of faults gives a list of bounded length.
+// Collects findings; bounds their number for files with very many faults.
 #pragma once
 
 #include <map>
@@ -14,13 +14,13 @@ namespace tenora::access {
 
 enum class Remedy {
   kNone,
-  kRebuildIndex,  // rows are safe
+  kRebuildIndex,  // no rows are lost
   kRestore,       // rows may be lost
-  kCorrectRows,   // the file is sound, its rows contradict each other
+  kCorrectRows,   // the file is intact, but its rows contradict each other
   kCompact,       // only space is lost
 };
 
-// What a finding is about, as far as it is about one thing.
+// The table and index that a finding is about; empty when it is not about one.
 struct FindingPlace {
   std::string table, index;
 
@@ -39,7 +39,7 @@ class CheckReport {
   }
   void NotChecked(const FindingPlace& place, std::string what);
 
-  // The findings, with a line for those left out; the report is then empty.
+  // Returns the findings, with a line that counts those left out, and clears the report.
   std::vector<Finding> Take();
 
  private:

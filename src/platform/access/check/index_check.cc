@@ -41,7 +41,7 @@ void IndexCheck::Run() {
   for (std::uint32_t page = owned_.NextFrom(0); page != PageBuffer::kNone;
        page = owned_.NextFrom(page + 1)) {
     if (context_.ledger.IsClaimedBy(page, user_)) continue;
-    // What lies below a page that cannot be read is the index's all the same.
+    // What is below a page that cannot be read belongs to the index all the same.
     if (!context_.ledger.Claim(page, user_, place_) || !complete_ || IsBlank(page)) continue;
     Fault(page, "the index owns the page, but no entry leads there");
   }
@@ -49,7 +49,7 @@ void IndexCheck::Run() {
   CheckUnique();
 }
 
-// A page that became empty stays so with its index where the map of free pages begins behind it.
+// A page that became empty stays with its index, blank, if the map of free pages starts after it.
 bool IndexCheck::IsBlank(std::uint32_t number) const {
   PageBuffer page;
   context_.file.Read(number, page);
@@ -64,7 +64,7 @@ void IndexCheck::Fault(std::optional<std::uint32_t> page, std::string what) {
 void IndexCheck::Visit(std::uint32_t number, std::size_t level) {
   if (level == kMostIndexLevels) {
     complete_ = false;
-    return Fault(number, "the index has more levels than can be");
+    return Fault(number, "the index has too many levels");
   }
   if (!context_.ledger.Claim(number, user_, place_)) {
     complete_ = false;
@@ -96,7 +96,7 @@ void IndexCheck::VisitNode(std::uint32_t number, const IndexPage& page, std::siz
       Fault(number, "the entry for page " + std::to_string(entry.child) +
                         " sorts before the last entry below that page");
     }
-    // What follows must sort behind this entry, not only behind those found.
+    // What follows must sort after this entry, not only after those visited below it.
     last_ = entry;
     has_last_ = true;
   }
@@ -189,7 +189,7 @@ void IndexCheck::CheckRowsHaveEntries() {
     context_.report.Fault(place_, row, "the row has no entry in the index", Remedy::kRebuildIndex);
   };
   for (std::size_t i = 0; i < matched_.size(); ++i) check(keys_.entries()[i].row, matched_[i]);
-  // Which rows an index leaves out is known only with their keys.
+  // Which rows the index ignores can be known only from their keys.
   if (!keys_.has_keys() && (index_.flags & kIndexLeavesOutNulls) != 0) return;
   for (std::size_t i = 0; i < unkeyed_matched_.size(); ++i) {
     check(keys_.unkeyed()[i], unkeyed_matched_[i]);

@@ -1,4 +1,4 @@
-// One index of a table: its pages, their order and links, and its entries against the rows.
+// Checks one index of a table: its pages, their order and links, and its entries against the rows.
 #pragma once
 
 #include <vector>
@@ -11,7 +11,7 @@ namespace tenora::access {
 
 class IndexCheck {
  public:
-  // `keys`, sorted, are those of the table's rows; all must outlive the check.
+  // `keys` are the sorted keys of the table's rows. All arguments must outlive the check.
   IndexCheck(const CheckContext& context, FindingPlace place, const TableDefinition& table,
              const PhysicalIndex& index, const KeyList& keys);
 
@@ -29,7 +29,7 @@ class IndexCheck {
   bool IsBlank(std::uint32_t number) const;
   void Fault(std::optional<std::uint32_t> page, std::string what);
 
-  // The last page met on each level; its next one is still to come.
+  // The last page visited on each level, and the one that it names as the next.
   struct Level {
     std::uint32_t page = 0;
     std::uint32_t next = 0;
@@ -43,15 +43,15 @@ class IndexCheck {
   UsageMap owned_;
   PageLedger::User user_;
   std::vector<Level> levels_;
-  std::size_t leaf_level_ = 0;  // 0: no leaf met yet
-  IndexEntry last_;             // the last entry met on a leaf
+  std::size_t leaf_level_ = 0;  // 0: no leaf visited yet
+  IndexEntry last_;             // the last entry visited
   bool has_last_ = false;
   bool complete_ = true;                  // every page of the tree could be read
-  std::size_t position_ = 0;              // in the rows' keys, where the next entry should match
+  std::size_t position_ = 0;              // in keys_.entries(), where the next entry should match
   std::vector<bool> matched_;             // of keys_.entries()
   std::vector<bool> unkeyed_matched_;     // of keys_.unkeyed()
   std::vector<std::uint32_t> explained_;  // rows, as page << 8 | row, that have a faulty entry
-  std::vector<std::uint32_t> rows_;       // of keys_.entries(), sorted; made when needed
+  std::vector<std::uint32_t> rows_;       // of keys_.entries(), sorted; filled when needed
 };
 
 }  // namespace tenora::access

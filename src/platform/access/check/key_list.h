@@ -1,4 +1,4 @@
-// The keys that a table's rows give for the columns of an index or of a relationship.
+// The keys of a table's rows over the columns of an index or of a relationship.
 #pragma once
 
 #include <optional>
@@ -21,17 +21,17 @@ class KeyList {
   // `table` and `codec` must outlive the list.
   KeyList(const TableDefinition& table, const PhysicalIndex& index, const TextCodec& codec);
 
-  // Raises Corruption when a column lies outside the row.
+  // Raises Corruption when a column extends beyond the row.
   void Add(RowPointer home, const Row& row);
-  // By key and row; entries() and unkeyed() are in no order before.
+  // Sorts entries() by key and row, unkeyed() by row.
   void Sort();
 
   const std::vector<Entry>& entries() const { return entries_; }
-  // The rows whose keys are not known.
+  // The rows whose keys cannot be encoded.
   const std::vector<RowPointer>& unkeyed() const { return unkeyed_; }
-  // Why keys are not known; empty when all are.
+  // Why not; empty when all keys can be encoded.
   const std::string& reason() const { return reason_; }
-  // Whether keys are known but for those of some rows.
+  // Whether keys can be encoded at all; those of some rows may still be missing.
   bool has_keys() const { return encoder_.has_value(); }
 
  private:

@@ -13,7 +13,7 @@ LongValueCheck::LongValueCheck(const CheckContext& context, const FindingPlace& 
   for (const LongValueMaps& maps : table.long_values) {
     const std::string name = "the long values of column " + std::to_string(maps.column_number);
     const UsageMap owned = context.ledger.ReadMap(maps.owned_pages, name, place);
-    const UsageMap free = context.ledger.ReadMap(maps.free_pages, name + " with room", place);
+    const UsageMap free = context.ledger.ReadMap(maps.free_pages, name + " with free space", place);
     for (std::uint32_t page = owned.NextFrom(0); page != PageBuffer::kNone;
          page = owned.NextFrom(page + 1)) {
       if (context.ledger.Claim(page, user_, place)) pages_.push_back(page);
@@ -23,7 +23,7 @@ LongValueCheck::LongValueCheck(const CheckContext& context, const FindingPlace& 
       if (owned.Contains(page)) continue;
       context.report.Fault(
           place, page, {},
-          "the page is said to have room for " + name + ", but does not belong to them",
+          "the page is listed as having free space for " + name + ", but does not belong to them",
           Remedy::kRestore);
     }
   }
@@ -77,19 +77,19 @@ void LongValueCheck::CheckValue(Bytes field, const Column& column, RowPointer ho
 Bytes LongValueCheck::Reach(RowPointer piece) {
   const std::string name = "piece " + std::to_string(piece.row) + " of a long value ";
   if (!context_.ledger.IsClaimedBy(piece.page, user_)) {
-    throw Corruption(piece.page, name + "is on a page that is not for the table's long values");
+    throw Corruption(piece.page, name + "is on a page that does not hold the table's long values");
   }
   context_.file.Read(piece.page, page_);
   const DataPage::Slot slot = DataPage(context_.file.layout(), page_).Row(piece.row);
   if (slot.hidden && slot.overflow) throw Corruption(piece.page, name + "is deleted");
   if (!reached_.insert(piece.page << 8 | piece.row).second) {
-    throw Corruption(piece.page, name + "is reached a second time");
+    throw Corruption(piece.page, name + "is referenced a second time");
   }
   return slot.bytes;
 }
 
 void LongValueCheck::CheckAllReached(bool all_read) {
-  // The values of a deleted column may still lie there, and those of a row that could not be read.
+  // Pieces may belong to a deleted column, or to a row that could not be read.
   const bool may_have_others =
       !all_read || !all_followed_ || table_.max_columns > table_.columns.size();
   for (const std::uint32_t number : pages_) {
@@ -97,7 +97,8 @@ void LongValueCheck::CheckAllReached(bool all_read) {
       context_.file.Read(number, page_);
       const DataPage data(context_.file.layout(), page_);
       if (page_.owner() != kLongValueOwner) {
-        throw Corruption(number, "the page is owned for long values, but is not one of them");
+        throw Corruption(number,
+                         "the page is listed for long values, but is not marked as one of them");
       }
       CheckFreeBytes(context_, place_, page_, data);
       for (std::size_t row = 0; row < data.row_count() && !may_have_others; ++row) {

@@ -1,5 +1,5 @@
-// The long values of one table: each value is whole, and each row on the pages of long values
-// belongs to exactly one value.
+// Checks the long values of one table: each value is complete, and each row on the pages of long
+// values belongs to exactly one value.
 #pragma once
 
 #include <unordered_set>
@@ -12,18 +12,20 @@ namespace tenora::access {
 
 class LongValueCheck {
  public:
-  // Claims the table's pages of long values.
+  // Claims the table's pages of long values. All arguments must outlive the check.
   LongValueCheck(const CheckContext& context, const FindingPlace& place,
                  const TableDefinition& table);
 
-  // The long values of a row that lies on `page`, as the index entries know it `home`.
+  // Checks the long values of a row that is on `page`; index entries refer to it as `home`.
   void CheckRow(const Row& row, RowPointer home, std::uint32_t page);
-  // When all rows are checked: the pages, and, where `all_read`, the pieces that no value leads to.
+  // To be called after all rows: checks the pages and, if all rows could be read, for pieces that
+  // no value refers to.
   void CheckAllReached(bool all_read);
 
  private:
   void CheckValue(Bytes field, const Column& column, RowPointer home);
-  // The piece's bytes; raises Corruption when there is none, or when a value has it already.
+  // The bytes of a piece. Raises Corruption when there is none, or when it has been referenced
+  // before.
   Bytes Reach(RowPointer piece);
 
   const CheckContext& context_;

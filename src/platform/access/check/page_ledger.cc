@@ -16,7 +16,7 @@ PageLedger::User PageLedger::AddUser(std::string name) {
 
 bool PageLedger::Claim(std::uint32_t page, User user, const FindingPlace& place) {
   if (page >= users_.size()) {
-    report_.Fault(place, page, {}, "the page lies behind the end of the file", Remedy::kRestore);
+    report_.Fault(place, page, {}, "the page is beyond the end of the file", Remedy::kRestore);
     return false;
   }
   if (users_[page] != 0) {
@@ -37,7 +37,7 @@ UsageMap PageLedger::ReadMap(RowPointer map, const std::string& name, const Find
                              UsageMap::BeyondEnd beyond_end) {
   if (map.page == 0) return {};
   if (!maps_.insert(map.page << 8 | map.row).second) {
-    report_.Fault(place, map, "the usage map of " + name + " serves something else already",
+    report_.Fault(place, map, "the usage map of " + name + " is already used for something else",
                   Remedy::kRestore);
     return {};
   }
@@ -64,8 +64,8 @@ void PageLedger::CheckAllClaimed() {
     if (is_free != (users_[number] != 0)) continue;
     if (is_free) {
       report_.Fault({}, number, {},
-                    "the page is among the free ones, but is owned by " + names_[users_[number]] +
-                        "; whatever is written next may go over it",
+                    "the page is listed as free, but is owned by " + names_[users_[number]] +
+                        "; the next write may overwrite it",
                     Remedy::kRestore);
       continue;
     }
@@ -97,8 +97,8 @@ bool PageLedger::HasNoRows(const PageBuffer& page) const {
   return true;
 }
 
-// What a dropped table leaves behind: its definition, the pages that name it as their owner, and
-// pages whose rows, its usage maps, are all deleted.
+// What remains of a dropped table until the file is compacted: its definition, the pages that name
+// it as their owner, and pages on which all rows (its usage maps) are deleted.
 bool PageLedger::IsLeftOver(const PageBuffer& page) {
   switch (page.type()) {
     case PageType::kDroppedDefinition:

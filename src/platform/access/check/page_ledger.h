@@ -1,5 +1,5 @@
-// Who owns each page of the file. Every user of pages claims its own; a page claimed twice, one
-// claimed though it is free and one that nobody claims are faults.
+// Records which user owns each page of the file. Every user claims its pages; a page claimed twice,
+// a claimed page that is listed as free, and a page that nobody claims are faults.
 #pragma once
 
 #include <string>
@@ -20,16 +20,16 @@ class PageLedger {
   using User = std::uint32_t;
   User AddUser(std::string name);
 
-  // False, and a fault, when the page is not in the file or claimed already.
+  // Reports a fault and returns false when the page is not in the file or claimed already.
   bool Claim(std::uint32_t page, User user, const FindingPlace& place);
   bool IsClaimedBy(std::uint32_t page, User user) const;
 
-  // Reads a usage map and claims the pages it is kept on. An empty set, and a fault, for one that
-  // cannot be or that serves something else already.
+  // Reads a usage map and claims the pages on which it is stored. Reports a fault and returns an
+  // empty set for a map that is invalid or already used for something else.
   UsageMap ReadMap(RowPointer map, const std::string& name, const FindingPlace& place,
                    UsageMap::BeyondEnd beyond_end = UsageMap::BeyondEnd::kCorrupt);
 
-  // When all has been claimed: compares with the file's map of free pages.
+  // To be called when everything is claimed: compares with the file's map of free pages.
   void CheckAllClaimed();
 
  private:

@@ -9,7 +9,7 @@ namespace tenora::access {
 namespace {
 
 constexpr const char* kTable = "MSysRelationships";
-constexpr std::size_t kMost = 255;  // each costs memory for all rows of two tables
+constexpr std::size_t kMost = 255;  // each needs memory for the keys of two tables
 
 const TableData* Named(const std::vector<std::shared_ptr<const TableData>>& tables,
                        std::string_view name) {
@@ -51,7 +51,7 @@ RelationshipCheck::Checked RelationshipCheck::Prepare(Relationship relationship)
   checked.relationship = std::move(relationship);
   checked.from = Named(tables_, checked.relationship.table);
   checked.to = Named(tables_, checked.relationship.referenced);
-  // A table kept in another file is none of this one's.
+  // Tables in other files are not checked.
   if (checked.from == nullptr || checked.to == nullptr) return checked;
   const FindingPlace place{checked.relationship.table, {}};
   const std::string name = "relationship '" + checked.relationship.name + "'";
@@ -60,12 +60,12 @@ RelationshipCheck::Checked RelationshipCheck::Prepare(Relationship relationship)
     const Column* const column = ColumnNamed(checked.from->definition, column_name);
     const Column* const other = ColumnNamed(checked.to->definition, other_name);
     if (column == nullptr || other == nullptr) {
-      context_.report.Fault(place, {}, {}, name + " is over columns that the tables do not have",
+      context_.report.Fault(place, {}, {}, name + " refers to columns that the tables do not have",
                             Remedy::kCorrectRows);
       return checked;
     }
     if (column->type != other->type || column->sort_order != other->sort_order) {
-      context_.report.NotChecked(place, name + ": its columns are of different types");
+      context_.report.NotChecked(place, name + ": its columns have different types");
       return checked;
     }
     columns.parts.push_back({column->number, false});
@@ -99,7 +99,7 @@ void RelationshipCheck::Compare(Checked& checked) {
   KeyList &keys = *checked.keys, &referenced = *checked.referenced_keys;
   const std::string& reason = keys.reason().empty() ? referenced.reason() : keys.reason();
   if (!reason.empty()) context_.report.NotChecked(place, name + ": " + reason);
-  // A row without a key among those referred to might be the one that seems to be missing.
+  // A referenced row whose key cannot be encoded might be the one that seems to be missing.
   if (!referenced.reason().empty()) return;
   keys.Sort();
   referenced.Sort();

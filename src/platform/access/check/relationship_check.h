@@ -1,5 +1,5 @@
-// The relationships between tables that the engine enforces, from the table MSysRelationships: no
-// row may refer to a row that is missing.
+// Checks the enforced relationships of the table MSysRelationships: no row refers to a row that is
+// missing.
 #pragma once
 
 #include <memory>
@@ -18,9 +18,9 @@ class RelationshipCheck {
   RelationshipCheck(const CheckContext& context,
                     const std::vector<std::shared_ptr<const TableData>>& tables);
 
-  // The key lists that the rows of a table are to be added to.
+  // The key lists to which all rows of a table must be added before Run.
   std::vector<KeyList*> WantedOf(const TableData& table) const;
-  // When the rows of all tables are added.
+  // To be called when the rows of all tables have been added.
   void Run();
 
  private:
@@ -28,7 +28,7 @@ class RelationshipCheck {
     Relationship relationship;
     const TableData* from = nullptr;
     const TableData* to = nullptr;
-    std::unique_ptr<KeyList> keys, referenced_keys;  // null: cannot be compared
+    std::unique_ptr<KeyList> keys, referenced_keys;  // null: not comparable
   };
   Checked Prepare(Relationship relationship);
   void Compare(Checked& checked);

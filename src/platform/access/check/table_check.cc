@@ -9,7 +9,7 @@
 namespace tenora::access {
 namespace {
 
-// Far more than the format allows: a definition made to keep the checker busy is cut off here.
+// Far more than the format allows: stops a definition crafted to keep the checker busy.
 constexpr std::size_t kMostIndexes = 128;
 
 bool IsKnown(ColumnType type) {
@@ -17,7 +17,8 @@ bool IsKnown(ColumnType type) {
   return (number >= 1 && number <= 12) || (number >= 15 && number <= 20);
 }
 
-// A faulty column makes all rows doubtful.
+// Checks columns one after another: numbers and positions must be unique. A fault puts all rows in
+// doubt.
 class ColumnCheck {
  public:
   ColumnCheck(const CheckContext& context, const FindingPlace& place, const TableDefinition& table)
@@ -31,15 +32,15 @@ class ColumnCheck {
       Fault(column, "is of the unknown type " + std::to_string(static_cast<int>(column.type)));
     }
     if (column.number >= table_.max_columns) {
-      Fault(column, "has the number " + std::to_string(column.number) + " of " +
+      Fault(column, "has the number " + std::to_string(column.number) + " of at most " +
                         std::to_string(table_.max_columns));
     }
-    if (!numbers_.insert(column.number).second) Fault(column, "has the number of another");
+    if (!numbers_.insert(column.number).second) Fault(column, "has the same number as another");
     if (column.type == ColumnType::kBoolean) return;
     if (!column.fixed_length) {
       if (at.variable_index >= table_.variable_columns ||
           !variable_.insert(at.variable_index).second) {
-        Fault(column, "has no place of its own among the variable columns");
+        Fault(column, "has no position of its own among the variable columns");
       }
       return;
     }
@@ -47,7 +48,7 @@ class ColumnCheck {
     const auto next = fixed_.lower_bound(at.fixed_offset);
     const bool below = next != fixed_.end() && next->first < end;
     const bool above = next != fixed_.begin() && std::prev(next)->second > at.fixed_offset;
-    if (below || above) Fault(column, "lies over another in the rows");
+    if (below || above) Fault(column, "overlaps another in the rows");
     fixed_.emplace(at.fixed_offset, end);
   }
 
@@ -72,7 +73,7 @@ std::string IndexName(const TableDefinition& table, std::size_t physical) {
                                                 : "number " + std::to_string(physical);
 }
 
-// Whether the definition is possible.
+// Checks the definition.
 void CheckDefinition(const CheckContext& context, const FindingPlace& place,
                      const TableDefinition& table) {
   ColumnCheck columns(context, place, table);
@@ -85,7 +86,7 @@ void CheckDefinition(const CheckContext& context, const FindingPlace& place,
     });
     if (known && !index.parts.empty()) continue;
     context.report.Fault(place.WithIndex(IndexName(table, i)), table.page, {},
-                         "the index is over columns that the table does not have",
+                         "the index refers to columns that the table does not have",
                          Remedy::kRebuildIndex);
   }
 }
@@ -126,7 +127,8 @@ void TableCheck::Run() {
 
 void TableCheck::ClaimPages() {
   const UsageMap owned = context_.ledger.ReadMap(table_.owned_pages, "the rows", place_);
-  const UsageMap free = context_.ledger.ReadMap(table_.free_pages, "the rows with room", place_);
+  const UsageMap free =
+      context_.ledger.ReadMap(table_.free_pages, "the rows with free space", place_);
   for (std::uint32_t page = owned.NextFrom(0); page != PageBuffer::kNone;
        page = owned.NextFrom(page + 1)) {
     if (!IsForOtherUse(page) && context_.ledger.Claim(page, user_, place_)) pages_.push_back(page);
@@ -134,14 +136,15 @@ void TableCheck::ClaimPages() {
   for (std::uint32_t page = free.NextFrom(0); page != PageBuffer::kNone;
        page = free.NextFrom(page + 1)) {
     if (owned.Contains(page)) continue;
-    context_.report.Fault(place_, page, {},
-                          "the page is said to have room for the table's rows, but the table does "
-                          "not own it",
-                          Remedy::kRestore);
+    context_.report.Fault(
+        place_, page, {},
+        "the page is listed as having free space for the table's rows, but the table does "
+        "not own it",
+        Remedy::kRestore);
   }
 }
 
-// Old files count a table's index pages and long values among its own; who uses them claims them.
+// In old files a table also owns the pages of its indexes and long values; those claim them.
 bool TableCheck::IsForOtherUse(std::uint32_t number) {
   try {
     context_.file.Read(number, page_);
@@ -154,7 +157,7 @@ bool TableCheck::IsForOtherUse(std::uint32_t number) {
 
 void TableCheck::CheckPage(std::uint32_t number) {
   context_.file.Read(number, page_);
-  // Given to the table, but not used yet.
+  // Allocated to the table, but not used yet.
   if (page_.type() == PageType::kHeader && page_.owner() == 0) return;
   const DataPage data(context_.file.layout(), page_);
   if (page_.owner() != table_.page) {
@@ -204,12 +207,12 @@ Bytes TableCheck::Follow(Bytes pointer, RowPointer home, std::uint32_t& page) {
     context_.file.Read(target.page, moved_page_);
     const DataPage::Slot slot = DataPage(context_.file.layout(), moved_page_).Row(target.row);
     if (slot.hidden && slot.overflow) throw Corruption(target.page, name + "is deleted");
-    // A row reached before ends every circle, too.
+    // This also ends every loop of pointers.
     if (!reached_.insert(target.page << 8 | target.row).second) {
-      throw Corruption(target.page, name + "is where another row moved to already");
+      throw Corruption(target.page, name + "is already the target of another row");
     }
     if (!slot.overflow) {
-      if (!slot.hidden) throw Corruption(target.page, name + "stands there in its own right");
+      if (!slot.hidden) throw Corruption(target.page, name + "is a row of its own");
       page = target.page;
       return slot.bytes;
     }
@@ -234,7 +237,8 @@ void TableCheck::CheckMovedRows() {
   if (!all_read_) return;
   for (const RowPointer row : moved_) {
     if (reached_.contains(row.page << 8 | row.row)) continue;
-    context_.report.Fault(place_, row, "the row moved here from another page, but none leads to it",
+    context_.report.Fault(place_, row,
+                          "the row was moved here from another page, but no row points to it",
                           Remedy::kRestore);
   }
 }
@@ -249,17 +253,17 @@ void TableCheck::CheckCounts() {
   }
   if (table_.counts_up && highest_auto_number_ > table_.last_auto_number) {
     context_.report.Fault(place_, table_.page, {},
-                          "the last automatic number is " +
+                          "the last AutoNumber value is " +
                               std::to_string(table_.last_auto_number) + ", but a row has " +
                               std::to_string(highest_auto_number_) +
-                              "; new rows would get numbers that are taken",
+                              "; new rows would get duplicate values",
                           Remedy::kRestore);
   }
 }
 
 void TableCheck::CheckIndexes() {
   if (table_.physical_indexes.size() > kMostIndexes) {
-    context_.report.Fault(place_, table_.page, {}, "the table has more indexes than can be",
+    context_.report.Fault(place_, table_.page, {}, "the table has too many indexes",
                           Remedy::kRestore);
   }
   for (std::size_t i = 0; i < keys_.size(); ++i) {

@@ -1,5 +1,5 @@
-// One table: its definition, its pages and rows, the rows that moved away, its long values and its
-// indexes.
+// Checks one table: its definition, its pages and rows, rows that moved to another page, its long
+// values and its indexes.
 #pragma once
 
 #include <memory>
@@ -14,7 +14,7 @@ namespace tenora::access {
 
 class TableCheck {
  public:
-  // `wanted` gets the keys of all rows too, for the relationships; may be empty.
+  // `wanted` are further lists, those of relationships, that get the keys of all rows.
   TableCheck(const CheckContext& context, std::string name, const TableDefinition& table,
              std::vector<KeyList*> wanted);
 
@@ -25,7 +25,8 @@ class TableCheck {
   bool IsForOtherUse(std::uint32_t number);
   void CheckPage(std::uint32_t number);
   void CheckSlot(const DataPage& data, std::size_t slot);
-  // The row that an overflow pointer leads to, and the page it is on. Raises Corruption.
+  // The row to which an overflow pointer leads; sets `page` to the page it is on. Raises
+  // Corruption.
   Bytes Follow(Bytes pointer, RowPointer home, std::uint32_t& page);
   void CheckRow(const Row& row, RowPointer home, std::uint32_t page);
   void CheckMovedRows();
@@ -41,10 +42,10 @@ class TableCheck {
   std::vector<KeyList*> wanted_;                // those and the caller's
   std::vector<std::uint32_t> pages_;            // of rows
   PageBuffer page_, moved_page_;
-  std::vector<RowPointer> moved_;              // rows that some pointer should lead to
-  std::unordered_set<std::uint32_t> reached_;  // page << 8 | row of those that one does
+  std::vector<RowPointer> moved_;              // rows to which an overflow pointer should lead
+  std::unordered_set<std::uint32_t> reached_;  // those to which one does, as page << 8 | row
   std::uint64_t rows_ = 0;
-  bool all_read_ = true;  // every row could be
+  bool all_read_ = true;  // every row could be read
   std::int32_t highest_auto_number_ = 0;
 };
 

@@ -1,5 +1,5 @@
-// Little-endian numbers out of and into raw bytes, and a reader that walks a run of bytes and never
-// leaves it. Everything in a file is hostile: Load and Store are for places already checked.
+// Loads and stores of little-endian numbers, and a bounds-checked reader. Everything in a file is
+// untrusted: use Load and Store only on ranges that have been checked.
 #pragma once
 
 #include <bit>
@@ -43,8 +43,7 @@ inline void Store24(std::byte* at, std::uint32_t value) {
 }
 inline void Store32(std::byte* at, std::uint32_t value) { Store(at, value); }
 
-// Reads one thing after another; raises Corruption, naming `page` and `what`, instead of running
-// out.
+// Reads sequentially. Raises Corruption, naming `page` and `what`, when the bytes run out.
 class ByteReader {
  public:
   ByteReader(Bytes bytes, std::uint32_t page, const char* what)

@@ -1,6 +1,6 @@
-// What is wrong in a file, said where it is found. The readers of single structures know a page and
-// a fault but neither file nor table; they raise Corruption, and whoever does know them turns it
-// into the RuntimeError that callers of this room see.
+// Errors about the content of a file. The readers of single structures know the page and the fault
+// but neither file nor table; they raise Corruption, which a caller that knows both turns into the
+// RuntimeError that other modules see.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,7 @@
 
 namespace tenora::access {
 
+// Also raised when the system cannot read a page; `number` is then kDiskOrNetworkError.
 class Corruption : public std::runtime_error {
  public:
   Corruption(std::uint32_t page, const std::string& what, int number = engine_error::kCorruptFile)
@@ -26,14 +27,14 @@ class Corruption : public std::runtime_error {
   int number_;
 };
 
-// The error for damage met in `table` of the file; an empty name leaves the table out.
+// The error for corruption found in `table` of the file; an empty name leaves the table out.
 RuntimeError CorruptionError(const Corruption& corruption, const std::filesystem::path& file,
                              std::string_view table);
 
-// "Unrecognized database format '…/x.mdb'." with the reason behind it.
+// "Unrecognized database format '…/x.mdb'." followed by the reason.
 RuntimeError UnrecognizedFormat(const std::filesystem::path& file, std::string_view reason);
 
-// Runs `step` and names file and table in whatever damage it meets.
+// Runs `step`; an error for any corruption it finds names file and table.
 template <typename Step>
 auto NamingCorruption(const std::filesystem::path& file, std::string_view table, Step step) {
   try {

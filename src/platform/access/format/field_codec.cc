@@ -15,7 +15,7 @@ namespace tenora::access {
 namespace {
 
 constexpr const char* kSource = "DAO.Field";
-// Jet compresses no more than this many characters.
+// The engine does not compress longer texts.
 constexpr std::size_t kMostCompressed = 1024;
 constexpr char16_t kCompressedMark = 0xFEFF;
 
@@ -112,7 +112,7 @@ Field Text(const Column& column, const ColumnPlace& place, const std::string& te
   bool compress = (place.more_flags & kColumnCompressed) != 0 && units.size() > 2 &&
                   units.size() <= kMostCompressed;
   for (const char16_t unit : units) compress = compress && unit > 0 && unit <= 0xFF;
-  // Without compression the bytes would say that there is one.
+  // Uncompressed, the text would start with the mark of a compressed one.
   if (!compress && !units.empty() && units.front() == kCompressedMark) throw WrongKind(column);
   Field field(std::in_place);
   if (compress) {
@@ -159,7 +159,7 @@ Field Guid(const Column& column, const Value& value) {
   return field;
 }
 
-// 30 December 1899, counted from 1 January of the year 1.
+// Days from 1 January of year 1 to 30 December 1899.
 constexpr std::int64_t kDayZero = 693593;
 constexpr double kTicksPerDay = 864000000000.0;
 
@@ -199,7 +199,7 @@ std::size_t FixedSize(const Column& column) {
 }
 
 std::string GuidText(const std::byte* stored) {
-  // The order in which the stored bytes are written out; -1 is a dash.
+  // The order in which the stored bytes appear in the text; -1 is a dash.
   constexpr std::array kOrder{3, 2, 1, 0, -1, 5, 4, -1, 7, 6, -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string text = "{";
@@ -218,7 +218,7 @@ std::string GuidText(const std::byte* stored) {
 std::string DecimalText(const std::byte* stored, std::uint8_t scale) {
   std::array<std::uint32_t, 4> words;
   for (std::size_t i = 0; i < words.size(); ++i) words[i] = Load32(stored + 1 + 4 * i);
-  std::string digits;  // lowest first
+  std::string digits;  // least significant first
   while (std::any_of(words.begin(), words.end(), [](std::uint32_t word) { return word != 0; })) {
     std::uint64_t rest = 0;
     for (std::uint32_t& word : words) {
@@ -243,7 +243,7 @@ bool ExtendedDateSerial(const std::byte* stored, double& serial) {
       !ParseDigits(text.substr(20, 19), ticks)) {
     return false;
   }
-  // Before day zero the whole part is negative while the fraction still counts forward.
+  // Before day zero the integer part is negative, but the fraction still counts forward.
   const double whole = static_cast<double>(days - kDayZero);
   const double fraction = static_cast<double>(ticks) / kTicksPerDay;
   serial = whole < 0 ? whole - fraction : whole + fraction;
@@ -288,7 +288,7 @@ Field EncodeField(const Column& column, const ColumnPlace& place, const Value& v
   }
   throw RuntimeError(engine_error::kNotUpdatable,
                      "Operation must use an updateable query. Field '" + column.name +
-                         "': values of its type are not written.",
+                         "': writing values of its type is not supported.",
                      kSource);
 }
 

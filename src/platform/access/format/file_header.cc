@@ -25,11 +25,11 @@ constexpr std::size_t kCreationDate = 0x72;
 
 RuntimeError Locked(const std::filesystem::path& path, std::string_view reason) {
   std::string text = "Not a valid password. '" + path.string() + "' ";
-  text.append(reason).append("; remove that in the program that made the file and try again.");
+  text.append(reason).append("; remove that in the program that created the file and try again.");
   return RuntimeError(engine_error::kNotAValidPassword, text, "DAO.Workspace");
 }
 
-// Jet 4 masks the password once more, with the whole days of the creation date.
+// Jet 4 also masks the password with the integer part of the creation date.
 std::uint32_t PasswordMask(const std::byte* header, std::uint8_t version) {
   if (version == kVersionJet3) return 0;
   const double created = Load<double>(header + kCreationDate);
@@ -54,8 +54,9 @@ bool StartsWith(Bytes start, std::string_view signature) {
 Format FormatOf(Bytes start, const std::filesystem::path& path) {
   const bool jet = StartsWith(start, kJetSignature);
   if (!jet && !StartsWith(start, kAceSignature)) {
-    throw UnrecognizedFormat(path, start.empty() ? "The file is empty (zero bytes)"
-                                                 : "The file does not start like a database");
+    throw UnrecognizedFormat(path, start.empty()
+                                       ? "The file is empty (zero bytes)"
+                                       : "The file does not start with a database header");
   }
   if (start.size() < kHeaderSize) {
     throw UnrecognizedFormat(path, "The file is truncated at byte " + std::to_string(start.size()));
@@ -66,7 +67,7 @@ Format FormatOf(Bytes start, const std::filesystem::path& path) {
   }
   if (!jet && version > kVersionJet4 && version <= kNewestVersion) return Format::kAce;
   throw UnrecognizedFormat(
-      path, "The format's version " + std::to_string(version) + " is not known; 0 to 6 are");
+      path, "The format's version " + std::to_string(version) + " is not known, only 0 to 6 are");
 }
 
 }  // namespace
@@ -98,10 +99,10 @@ FileHeader ReadFileHeader(Bytes start, const std::filesystem::path& path) {
   MaskHeader(std::span(clear).subspan(kMaskedOffset, MaskedSize(header.version)));
   header.code_page = Load16(&clear[kCodePage]);
   if (Load32(&clear[kEncodingKey]) != 0) {
-    throw Locked(path, "is encoded or encrypted, which is not read");
+    throw Locked(path, "is encoded or encrypted, which is not supported");
   }
   if (HasPassword(clear.data(), header.version)) {
-    throw Locked(path, "is protected by a password, which is not read");
+    throw Locked(path, "is protected by a password, which is not supported");
   }
   return header;
 }

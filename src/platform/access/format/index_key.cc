@@ -52,7 +52,7 @@ void AppendPieces(std::string_view bytes, IndexKey& key) {
   key += static_cast<char>(bytes.size());
 }
 
-// The bytes in the order in which a GUID is written out.
+// The bytes in the order in which the text of a GUID shows them.
 void AppendGuid(Bytes stored, IndexKey& key) {
   RequireSize(stored, kGuidSize);
   std::string bytes(reinterpret_cast<const char*>(stored.data()), kGuidSize);

@@ -1,13 +1,13 @@
-// The key of an index entry: what the index keeps of a row's columns, so made that keys compared
-// byte by byte sort as the columns do. For each column of the index, one after another:
+// The key of an index entry: the indexed columns of a row, encoded so that keys compared byte by
+// byte sort like the columns' values. For each column of the index in turn:
 //
-//   7F, the value's bytes     80, the same inverted, of a descending column
-//   00 for null               FF
+//   ascending     7F and the value's bytes           00 for null
+//   descending    80 and the value's bytes inverted  FF for null
 //
-// Numbers are kept high byte first with the sign bit turned over; a negative single, double or date
-// has all its bits turned over. A boolean is 00 for true, FF for false. A text is what sort_order.h
-// says; descending it has a 00 of its own behind the inverted bytes. A binary value or GUID is kept
-// in pieces of eight bytes, each followed by 09, the last, filled up with zeros, by its length.
+// Numbers are big-endian with the sign bit inverted; a negative single, double or date has all bits
+// inverted. A boolean is 00 for true, FF for false. For text see sort_order.h; descending text is
+// followed by an extra 00 that is not inverted. Binary values and GUIDs are split into pieces of
+// eight bytes, each followed by 09; the last is padded with zeros and followed by its length.
 #pragma once
 
 #include <string>
@@ -18,25 +18,25 @@
 
 namespace tenora::access {
 
-// Compares as the index sorts: std::string compares bytes without sign.
+// Sorts like the index: std::string compares bytes as unsigned.
 using IndexKey = std::string;
 
 class IndexKeyEncoder {
  public:
-  // Raises NotEncodable when a column's type or sort order is one whose keys are not known here,
-  // or when the index names a column that the table does not have. `table` and `codec` must outlive
-  // the encoder.
+  // Raises NotEncodable when the key format of a column's type or sort order is not known, or when
+  // the index names a column that the table does not have. `table` and `codec` must outlive the
+  // encoder.
   IndexKeyEncoder(const TableDefinition& table, const PhysicalIndex& index, const TextCodec& codec);
 
-  // The index's columns, in its order, as positions in the table's.
+  // The columns of the index, in its order, as positions in the table's columns.
   const std::vector<std::size_t>& columns() const { return columns_; }
 
-  // Replaces `key` with the key of one field for each of columns(). Raises NotEncodable, naming the
+  // Sets `key` to the key of `fields`, one for each of columns(). Raises NotEncodable, naming the
   // column, for a value whose key is not known.
   void Encode(std::span<const StoredField> fields, IndexKey& key);
 
-  // Whether the index has an entry for a row of these fields. One that leaves out nulls has none
-  // for a row whose columns are all null.
+  // Whether the index has an entry for a row with these fields. An index that ignores nulls has
+  // none for a row in which all its columns are null.
   bool Includes(std::span<const StoredField> fields) const;
 
  private:

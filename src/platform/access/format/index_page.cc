@@ -8,7 +8,8 @@ namespace tenora::access {
 namespace {
 
 constexpr std::size_t kFreeBytes = 2, kOwner = 4;
-// Far more than the longest keys can share; a page made to fill memory is stopped here.
+// Bytes of prefixes in all entries of a page: far more than valid pages have. Stops a page crafted
+// to fill memory.
 constexpr std::size_t kMostRepeated = 1 << 20;
 constexpr std::size_t kRowSize = 4, kChildSize = 4;
 
@@ -31,7 +32,7 @@ std::string Whole(const IndexEntry& entry, bool leaf) {
   return bytes;
 }
 
-// Takes the pointers off the end of entry.key, which holds the whole entry.
+// entry.key holds the whole entry: moves the pointers at its end into their members.
 void SplitEntry(bool leaf, std::uint32_t page, IndexEntry& entry) {
   const std::size_t pointers = PointerSize(leaf);
   if (entry.key.size() < pointers) throw Corruption(page, "an index entry is too short");
@@ -42,8 +43,8 @@ void SplitEntry(bool leaf, std::uint32_t page, IndexEntry& entry) {
   entry.key.erase(entry.key.size() - pointers);
 }
 
-// What all the entries start with, short of their pointers. They are in order, so that the first
-// and the last share least.
+// Length of the prefix that all keys share. They are in order, so the first and the last have the
+// shortest common prefix.
 std::size_t SharedStart(const std::vector<IndexEntry>& entries) {
   if (entries.size() < 2) return 0;
   const std::string &first = entries.front().key, &last = entries.back().key;
@@ -60,7 +61,7 @@ std::strong_ordering Compare(const IndexEntry& entry, std::string_view key, RowP
 
 void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& page) {
   if (bytes.type() != PageType::kIndexLeaf && bytes.type() != PageType::kIndexNode) {
-    std::string what = "an index page is expected here, the page's type is ";
+    std::string what = "expected an index page, found a page of type ";
     throw Corruption(bytes.number, what.append(std::to_string(static_cast<int>(bytes.type()))));
   }
   const std::byte* const start = bytes.bytes.data();
@@ -79,16 +80,18 @@ void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& pag
          ends = static_cast<std::uint8_t>(ends & (ends - 1))) {
       const std::size_t end =
           8 * (at - layout.index_page_ends) + static_cast<unsigned>(std::countr_zero(ends));
-      if (end > area.size()) throw Corruption(bytes.number, "an index entry runs out of the page");
+      if (end > area.size())
+        throw Corruption(bytes.number, "an index entry extends beyond the page");
       if (count == page.entries.size()) page.entries.emplace_back();
       IndexEntry& entry = page.entries[count++];
       if (count == 1 && prefix > end) {
-        throw Corruption(bytes.number, "the index entries share more than the first one has");
+        throw Corruption(bytes.number,
+                         "the shared prefix of the index entries is longer than the first entry");
       }
       entry.key.clear();
       if (count > 1) {
         if ((repeated += prefix) > kMostRepeated) {
-          throw Corruption(bytes.number, "the index entries share more than can be");
+          throw Corruption(bytes.number, "the shared prefix of the index entries is too long");
         }
         entry.key.append(area, 0, prefix);
       }
@@ -102,20 +105,20 @@ void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& pag
 }
 
 bool ComposeIndexPage(const Layout& layout, const IndexPage& page, std::span<std::byte> bytes) {
-  const std::size_t room = layout.page_size - layout.index_page_entries;
+  const std::size_t capacity = layout.page_size - layout.index_page_entries;
   std::size_t used = 0;
   for (const IndexEntry& entry : page.entries) used += entry.key.size() + PointerSize(page.leaf);
   std::size_t prefix = 0;
-  if (used > room) {
+  if (used > capacity) {
     prefix = SharedStart(page.entries);
     used -= prefix * (page.entries.size() - 1);
-    if (used > room || prefix == 0) return false;
+    if (used > capacity || prefix == 0) return false;
   }
   std::byte* const start = bytes.data();
   std::fill(start, start + layout.page_size, std::byte{0});
   start[0] = static_cast<std::byte>(page.leaf ? PageType::kIndexLeaf : PageType::kIndexNode);
   start[1] = std::byte{1};
-  Store16(start + kFreeBytes, room - used);
+  Store16(start + kFreeBytes, capacity - used);
   Store32(start + kOwner, page.owner);
   Store32(start + layout.index_page_previous, page.previous);
   Store32(start + layout.index_page_previous + 4, page.next);

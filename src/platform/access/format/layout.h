@@ -1,6 +1,6 @@
-// Where things lie, per format. Jet 4 and ACE share one layout; Jet 3 has smaller pages and
-// narrower fields. All offsets are in bytes, from the start of the page or record named. Readers
-// and writers take every number that differs between formats from here.
+// Offsets and sizes, per format. Jet 4 and ACE share one layout; Jet 3 has smaller pages and
+// narrower fields. Everything is in bytes, offsets from the start of the page or record named.
+// Readers and writers take every number that differs between formats from here.
 #pragma once
 
 #include <cstddef>
@@ -23,13 +23,14 @@ struct Layout {
 
   // Table definition, first page.
   std::size_t tdef_rows;
-  std::size_t tdef_auto_number;  // the last one given
-  std::size_t tdef_auto_flags;   // bit 0: they count upwards; 0 where there are none
-  std::size_t tdef_max_columns;  // most columns ever, variable ones, present ones
-  std::size_t tdef_index_count;  // of logical, then of physical ones
+  std::size_t tdef_auto_number;  // last value assigned
+  std::size_t tdef_auto_flags;   // bit 0: sequential, not random; offset 0 where there are no flags
+  std::size_t
+      tdef_max_columns;  // highest number of columns ever, variable columns ever, columns now
+  std::size_t tdef_index_count;  // logical indexes, then physical ones
   std::size_t tdef_owned_pages;
   std::size_t tdef_free_pages;
-  std::size_t tdef_first_index;  // behind the fixed part: one record per physical index
+  std::size_t tdef_first_index;  // end of the fixed part: one record per physical index
 
   std::size_t index_head_size;  // of each record at tdef_first_index
 
@@ -39,7 +40,7 @@ struct Layout {
   std::size_t column_variable_index;
   std::size_t column_precision;
   std::size_t column_scale;
-  std::size_t column_sort_order;  // of text; 0 where the columns keep none
+  std::size_t column_sort_order;  // of text; 0 where columns have none
   std::size_t column_flags;
   std::size_t column_fixed_offset;
   std::size_t column_length;
@@ -61,7 +62,7 @@ struct Layout {
   // Index page: type, 1, free bytes, owner, [Jet 4: four unknown bytes,] and these.
   std::size_t index_page_previous;  // then the next page, then a node's tail child, 4 each
   std::size_t index_page_prefix;
-  std::size_t index_page_ends;  // a bit for each byte of the entries: an entry ends before it
+  std::size_t index_page_ends;  // bit mask: where entries end
   std::size_t index_page_entries;
 };
 
@@ -143,7 +144,7 @@ inline constexpr Layout kJet4Layout{
 
 inline constexpr std::size_t kLargestPage = 4096;
 
-// The engine puts no longer row into a page of Jet 4 or ACE, though a few bytes more would fit.
+// The longest row that the engine stores in Jet 4 and ACE, though a few bytes more would fit.
 inline constexpr std::size_t kLargestRow = 4060;
 
 inline constexpr const Layout& LayoutOf(Format format) {
@@ -152,7 +153,8 @@ inline constexpr const Layout& LayoutOf(Format format) {
 
 // The same in every format.
 inline constexpr std::size_t kTdefNextPage = 4;
-inline constexpr std::size_t kTdefContinuation = 8;      // where a further definition page goes on
+inline constexpr std::size_t kTdefContinuation =
+    8;  // where the definition continues on further pages
 inline constexpr std::size_t kTdefAutoNumber = 20;       // Jet 4
 inline constexpr std::size_t kTdefIndexEntries = 4;      // in each index head
 inline constexpr std::size_t kColumnMoreFlags = 16;      // Jet 4
@@ -179,7 +181,7 @@ inline constexpr std::uint16_t kRowOverflow = 0x4000;
 inline constexpr std::uint16_t kRowOffset = 0x1FFF;
 inline constexpr std::uint16_t kRowDeleted = kRowHidden | kRowOverflow;
 
-// The definition of MSysObjects, the catalogue, is always on this page.
+// The definition of MSysObjects, the system catalogue, always starts on this page.
 inline constexpr std::uint32_t kCataloguePage = 2;
 
 }  // namespace tenora::access

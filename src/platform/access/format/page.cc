@@ -8,7 +8,7 @@ DataPage::DataPage(const Layout& layout, const PageBuffer& page)
       row_count_(Load16(page.bytes.data() + layout.data_row_count)),
       first_row_(layout.data_row_offsets + 2 * row_count_) {
   if (page.type() != PageType::kData) {
-    throw Corruption(page.number, "a data page is expected here, its type is " +
+    throw Corruption(page.number, "expected a data page, found a page of type " +
                                       std::to_string(static_cast<int>(page.type())));
   }
   if (first_row_ > page.size) {
@@ -17,7 +17,8 @@ DataPage::DataPage(const Layout& layout, const PageBuffer& page)
 }
 
 Corruption DataPage::NoSuchRow(std::size_t row) const {
-  return Corruption(page_->number, "row " + std::to_string(row) + " is asked for, the page has " +
+  return Corruption(page_->number, "row " + std::to_string(row) +
+                                       " does not exist, the number of rows on the page is " +
                                        std::to_string(row_count_));
 }
 

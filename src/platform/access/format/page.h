@@ -1,8 +1,8 @@
-// A page: 2048 bytes (Jet 3) or 4096 (Jet 4, ACE), the unit of everything in the file. Its first
-// byte says what it holds. Page numbers count from 0; a pointer to a row is four bytes, the row's
-// slot in the first and the page number in the other three.
+// A page: 2048 bytes (Jet 3) or 4096 (Jet 4, ACE). The whole file consists of pages, numbered from
+// 0; the first byte of each is its type. A pointer to a row has four bytes: the row's slot, then
+// the page number in three bytes.
 //
-// A data page holds rows from its end towards its start:
+// A data page stores rows from its end towards its start:
 //
 //   0  type (1), always 1, free bytes (2)
 //   4  owner: page of the table's definition, or "LVAL" for long values
@@ -10,9 +10,9 @@
 //      …free space…
 //      last row … row 1, row 0                             <- ends at the end of the page
 //
-// A row ends where the row before it starts. The top bits of its offset are flags: 8000 the row is
-// not to be met on a walk over its page, 4000 only a pointer to a row on another page is left at
-// its start (an overflow row). The row pointed to has 8000, a deleted one has both.
+// A row ends where the row before it starts. The top bits of its offset are flags: 8000 a table
+// scan skips the row, 4000 an overflow row, which holds only a pointer to where the row is now. The
+// row pointed to has 8000; a deleted row has both.
 #pragma once
 
 #include <array>
@@ -30,10 +30,10 @@ enum class PageType : std::uint8_t {
   kIndexNode = 3,
   kIndexLeaf = 4,
   kUsageMap = 5,
-  kDroppedDefinition = 8,  // of a table that is no more; its pages stay until the file is compacted
+  kDroppedDefinition = 8,  // of a dropped table; its pages stay until the file is compacted
 };
 
-// "LVAL" where a data page of a table has its owner.
+// "LVAL", the owner of pages that hold long values.
 inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;
 
 struct RowPointer {
@@ -60,20 +60,20 @@ struct PageBuffer {
   std::uint32_t owner() const { return Load32(&bytes[4]); }
 };
 
-// The rows of a data page, each bound checked when it is asked for.
+// The rows of a data page; bounds are checked on access.
 class DataPage {
  public:
   struct Slot {
     Bytes bytes;
-    bool hidden = false;    // from a walk over the page
-    bool overflow = false;  // with `hidden`: deleted
+    bool hidden = false;    // skipped by a table scan
+    bool overflow = false;  // together with `hidden`: deleted
   };
 
-  // Raises Corruption when the page is no data page or its offset table runs out of it.
+  // Raises Corruption when the page is not a data page or its offset table extends beyond it.
   DataPage(const Layout& layout, const PageBuffer& page);
 
   std::size_t row_count() const { return row_count_; }
-  // Raises Corruption when there is no such row or it does not lie within the page.
+  // Raises Corruption when there is no such row or it extends beyond the page.
   Slot Row(std::size_t row) const {
     if (row >= row_count_) throw NoSuchRow(row);
     const std::uint16_t entry = Load16(offsets_ + 2 * row);
@@ -93,7 +93,7 @@ class DataPage {
   const PageBuffer* page_;
   const std::byte* offsets_;
   std::size_t row_count_;
-  std::size_t first_row_;  // the lowest place a row may start
+  std::size_t first_row_;  // the lowest offset at which a row may start
 };
 
 }  // namespace tenora::access

@@ -48,7 +48,7 @@ std::size_t Row::VariableStart(std::size_t index) const {
   const std::byte* entry = bytes_.data() + starts_ - index * count_size_;
   if (count_size_ == 2) return Load16(entry);
   std::size_t start = Load8(entry);
-  // Whichever end the unused entries lie at, they exceed every index.
+  // Unused entries exceed every index, at whichever end they are.
   for (std::size_t i = 0; i < jump_count_; ++i) {
     if (Load8(jumps_ - i) <= index) start += 256;
   }

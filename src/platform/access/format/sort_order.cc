@@ -8,16 +8,16 @@
 namespace tenora::access {
 namespace {
 
-// What each character adds to a text's index key, in the two general sort orders. A row names its
-// first character; a word for each character follows, the words divided by blanks:
+// What each character adds to the key of a text in the two general sort orders. A row has its first
+// character and, separated by spaces, a word for that one and each following it:
 //
 //   4A      a weight, one or two bytes
 //   4A.0F   with its accent
-//   4A+51   two weights: the character sorts as two others do
-//   '80     no weight; a mark of this code in the key's last section
-//   -       nothing: the character is ignored
+//   4A+51   two weights: the character sorts like two others
+//   '80     no weight; a mark with this code in the last section of the key
+//   -       the character is ignored
 //
-// A character in no row is one whose codes are not known.
+// The codes of a character that is in no row are not known.
 struct SortCodeRow {
   char16_t first;
   std::string_view codes;
@@ -292,7 +292,7 @@ void SortOrder::AppendText(std::string_view text, std::string& key) const {
   while (text.ends_with(' ')) text.remove_suffix(1);
   std::string accents, marks;
   std::size_t characters = 0, accents_end = 0;
-  char32_t unclear = 0;  // a character behind which the weights are no longer counted
+  char32_t unclear = 0;  // a character after which the count of weights is not known
   while (!text.empty()) {
     const char32_t character = TakeCodePoint(text);
     if (++characters > kMostCharacters) {
@@ -303,7 +303,7 @@ void SortOrder::AppendText(std::string_view text, std::string& key) const {
       throw NotEncodable("the sort codes of " + Named(character) + " are not known");
     }
     if (unclear != 0 && (codes.kind == Codes::kMark || codes.accented)) {
-      throw NotEncodable("the sort codes of " + Named(character) + " behind " + Named(unclear) +
+      throw NotEncodable("the sort codes of " + Named(character) + " after " + Named(unclear) +
                          " are not known");
     }
     if (codes.kind == Codes::kMark) AppendMark(codes.mark, accents.size(), marks);

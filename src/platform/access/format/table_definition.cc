@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t kMostColumns = 255;
 
-// Only writing needs them: a definition that ends without is none the worse for reading.
+// Only writing needs them, so a definition without them is valid for reading.
 void ReadLongValueMaps(ByteReader& reader, TableDefinition& table) {
   constexpr std::size_t kRecord = 10;
   while (reader.left() >= kRecord) {
@@ -18,7 +18,7 @@ void ReadLongValueMaps(ByteReader& reader, TableDefinition& table) {
   }
 }
 
-// False when a column is missing.
+// False when the table does not have one of its columns.
 bool Resolve(const PhysicalIndex& physical, const std::vector<Column>& columns, Index& index) {
   for (const PhysicalIndex::Part& part : physical.parts) {
     const auto column = std::find_if(columns.begin(), columns.end(), [&](const Column& candidate) {
@@ -30,6 +30,7 @@ bool Resolve(const PhysicalIndex& physical, const std::vector<Column>& columns, 
   return !index.columns.empty();
 }
 
+// The name of a column or index.
 std::string ReadName(const Layout& layout, const TextCodec& codec, ByteReader& reader) {
   const std::size_t size = layout.name_length_size == 1 ? reader.U8() : reader.U16();
   std::string buffer;
@@ -67,6 +68,8 @@ std::vector<LogicalIndex> ReadLogicalIndexes(const Layout& layout, std::uint32_t
   return indexes;
 }
 
+// The indexes as callers see them. One whose columns or physical index the table does not have is
+// left out: it cannot be used, and reading rows does not need it.
 std::vector<Index> ResolveIndexes(const std::vector<LogicalIndex>& logical,
                                   const std::vector<PhysicalIndex>& physical,
                                   const std::vector<Column>& columns) {

@@ -1,16 +1,20 @@
 // A table's definition: its columns, indexes and usage maps. It starts on a page of type 2 that the
-// catalogue names, and goes on in a chain of further ones (byte 4 of each names the next, the
-// content of the further ones starts at byte 8). In order:
+// system catalogue names and continues in a chain of further pages (bytes 4 to 7 of each name the
+// next; the content of the further ones starts at byte 8). In order:
 //
 //   the fixed part                           Layout::tdef_*
 //   a record for each physical index         Layout::index_head_size
 //   a record for each column                 Layout::column_*
 //   the name of each column
 //   physical indexes, logical indexes, index names
-//   for each long value column its number and two usage maps, ended by FFFF
+//   for each long value column its number and two usage maps, terminated by FFFF
 //
-// A deleted column's record is gone, but its place in the null mask and among the variable columns
-// of the rows stays: the other columns keep their numbers.
+// There are two kinds of index. A physical index is a B-tree over one to ten columns. A logical
+// index has a name and a purpose; several, such as those of relationships, may share one physical
+// index.
+//
+// A deleted column has no record any more, but keeps its bit in the null mask and its position
+// among the variable columns of the rows: the numbers of other columns do not change.
 #pragma once
 
 #include <cstdint>
@@ -22,15 +26,15 @@
 
 namespace tenora::access {
 
-// Where a column lies in a row.
+// Where a row stores a column.
 struct ColumnPlace {
   std::uint16_t variable_index = 0;  // among the variable columns
-  std::uint16_t fixed_offset = 0;    // behind the row's column count
+  std::uint16_t fixed_offset = 0;    // from the end of the row's column count
   std::uint8_t flags = 0;
   std::uint8_t more_flags = 0;  // Jet 4
 };
 
-// The pages that hold a long value column's content.
+// The usage maps of the pages that store the content of a long value column.
 struct LongValueMaps {
   std::uint16_t column_number = 0;
   RowPointer owned_pages;
@@ -56,10 +60,10 @@ struct LogicalIndex {
 
 struct TableDefinition {
   std::uint32_t page = 0;
-  std::vector<std::uint32_t> further_pages;  // that the definition goes on on
+  std::vector<std::uint32_t> further_pages;  // on which the definition continues
   std::uint32_t row_count = 0;
   std::int32_t last_auto_number = 0;
-  bool counts_up = true;               // false: automatic numbers are random
+  bool counts_up = true;               // false: AutoNumber values are random
   std::uint16_t max_columns = 0;       // deleted ones included
   std::uint16_t variable_columns = 0;  // deleted ones included; 0: rows have no variable part
   std::vector<Column> columns;
@@ -72,8 +76,8 @@ struct TableDefinition {
   RowPointer free_pages;
 };
 
-// `bytes` are the first page of the definition, number `page`, and what the further ones add.
-// Raises Corruption for what cannot be a definition. Leaves further_pages empty.
+// `bytes` is the first page of the definition, number `page`, followed by the content of the
+// further ones. Raises Corruption for an invalid definition. Leaves further_pages empty.
 TableDefinition ParseTableDefinition(const Layout& layout, const TextCodec& codec,
                                      std::uint32_t page, Bytes bytes);
 

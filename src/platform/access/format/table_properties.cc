@@ -15,10 +15,10 @@ constexpr std::size_t kOwnerLength = 4, kEntryLength = 2;
 
 ByteReader Reader(Bytes bytes) { return {bytes, kCataloguePage, kWhat}; }
 
-// The bytes of a thing that is preceded by its length, which counts its own `counted` bytes too.
+// The next `length` - `counted` bytes: a stored length includes its own `counted` bytes.
 Bytes TakeCounted(ByteReader& reader, std::size_t length, std::size_t counted) {
   if (length < counted) {
-    throw Corruption(kCataloguePage, std::string(kWhat) + " have a length that cannot be");
+    throw Corruption(kCataloguePage, std::string(kWhat) + " have an invalid length");
   }
   return reader.Take(length - counted);
 }
@@ -36,7 +36,7 @@ class PropertyReader {
     constexpr std::array<std::byte, 4> kJet4{std::byte{'M'}, std::byte{'R'}, std::byte{'2'}};
     constexpr std::array<std::byte, 4> kJet3{std::byte{'K'}, std::byte{'K'}, std::byte{'D'}};
     if (!std::ranges::equal(magic, kJet4) && !std::ranges::equal(magic, kJet3)) {
-      throw Corruption(kCataloguePage, std::string(kWhat) + " are not in the form of properties");
+      throw Corruption(kCataloguePage, std::string(kWhat) + " do not start with a known signature");
     }
     while (reader.left() > 0) {
       const std::uint32_t length = reader.U32();
@@ -70,7 +70,7 @@ class PropertyReader {
       entry.Skip(2);  // its flag and type
       const std::uint16_t name = entry.U16();
       if (name >= names_.size()) {
-        throw Corruption(kCataloguePage, std::string(kWhat) + " have one without a name");
+        throw Corruption(kCataloguePage, std::string(kWhat) + " refer to a missing name");
       }
       const Bytes value = entry.Take(entry.U16());
       if (owner.empty()) {

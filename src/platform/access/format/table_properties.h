@@ -1,11 +1,11 @@
-// What the catalogue keeps of a table and its columns beyond their definition, in the field LvProp
-// of the table's row in MSysObjects: "MR2\0" (Jet 3: "KKD\0"), then chunks of
+// Properties of a table and its columns that are not in the definition, from the field LvProp of
+// the table's row in MSysObjects: "MR2\0" (Jet 3: "KKD\0"), then chunks of
 //
-//   length (4, with this head), type (2), and
+//   length (4, including this head), type (2), and
 //   type 0x80       the names of properties: length in bytes (2), text
-//   types 0, 1, 2   the properties of the table (0) or of one column: length (4, with itself) of
-//                   what names the owner: length in bytes (2), text; then for each property
-//                   length (2, with itself), flag (1), type (1), number of its name (2),
+//   types 0, 1, 2   the properties of the table (0) or of one column: length (4, including
+//                   itself) of the owner's name: length in bytes (2), text; then for each property
+//                   length (2, including itself), flag (1), type (1), number of its name (2),
 //                   length in bytes (2), value
 #pragma once
 
@@ -16,7 +16,7 @@
 
 namespace tenora::access {
 
-// Expressions are in the engine's own language; empty: none.
+// Expressions are in the engine's language; empty for none.
 struct ColumnProperties {
   bool required = false;
   bool allow_zero_length = true;
@@ -28,7 +28,7 @@ struct TableProperties {
   std::vector<ColumnProperties> columns;  // by position in the definition
 };
 
-// `stored` is the content of LvProp, empty for a table without. Raises Corruption.
+// `stored` is the content of LvProp, empty for a table without it. Raises Corruption.
 TableProperties ReadTableProperties(Bytes stored, const TextCodec& codec,
                                     const TableDefinition& table);
 

@@ -16,7 +16,7 @@ std::string_view AsText(Bytes bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-// Whether every byte lies between 1 and 127.
+// Whether every byte is between 1 and 127.
 bool IsPlainAscii(Bytes bytes) {
   constexpr std::uint64_t kHighBits = 0x8080808080808080;
   constexpr std::uint64_t kOnes = 0x0101010101010101;
@@ -33,7 +33,7 @@ bool IsPlainAscii(Bytes bytes) {
   return true;
 }
 
-// Puts UTF-16 units together to code points and those into UTF-8.
+// Combines UTF-16 code units into code points and appends those as UTF-8.
 class Utf16Sink {
  public:
   explicit Utf16Sink(std::string& text) : text_(text) {}
@@ -94,7 +94,7 @@ void DecodeCompressed(Bytes stored, std::string& text) {
 }
 
 UConverter* OpenConverter(std::uint16_t code_page) {
-  // Names for the code pages Windows numbers, most exact first.
+  // ICU names of a Windows code page, most exact first.
   const std::string number = std::to_string(code_page);
   for (const std::string& name : {"windows-" + number, "cp" + number, "ibm-" + number}) {
     UErrorCode error = U_ZERO_ERROR;
@@ -130,7 +130,7 @@ std::string_view TextCodec::Decode(Bytes stored, std::string& buffer) const {
 }
 
 std::string_view TextCodec::DecodeCodePage(Bytes stored, std::string& buffer) const {
-  // Plain ASCII is the same in every code page of Windows.
+  // ASCII is the same in every Windows code page.
   if (IsPlainAscii(stored)) return AsText(stored);
   buffer.clear();
   buffer.reserve(stored.size() * 2);

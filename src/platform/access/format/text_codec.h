@@ -1,7 +1,6 @@
-// Text as the file keeps it, to UTF-8. Jet 3 keeps bytes of the file's code page. Jet 4 and ACE
-// keep UTF-16, or a compressed form that starts with FF FE: then one byte stands for a character
-// below U+0100, until a zero byte switches to two bytes for each character and a zero byte switches
-// back.
+// Decodes stored text to UTF-8. Jet 3 stores text in the file's code page. Jet 4 and ACE store
+// UTF-16, or a compressed form that starts with FF FE: one byte for each character below U+0100; a
+// zero byte switches to two bytes for each character, and another one back.
 #pragma once
 
 #include <memory>
@@ -17,14 +16,14 @@ namespace tenora::access {
 
 class TextCodec {
  public:
-  // Raises std::invalid_argument when the code page of a Jet 3 file is not known here.
+  // Raises std::invalid_argument when the code page of a Jet 3 file is not supported.
   explicit TextCodec(const FileHeader& header);
   ~TextCodec();
   TextCodec(const TextCodec&) = delete;
   TextCodec& operator=(const TextCodec&) = delete;
 
-  // The text: of `stored` itself where its bytes are UTF-8 already, else of `buffer`, whose content
-  // is replaced. What is no character becomes U+FFFD.
+  // The decoded text: a view of `stored` where its bytes are valid UTF-8 as they are, else of
+  // `buffer`, whose content is replaced. Invalid sequences become U+FFFD.
   std::string_view Decode(Bytes stored, std::string& buffer) const;
 
  private:

@@ -9,7 +9,7 @@ std::vector<std::uint32_t> PathToLeaf(const PageFile& file, std::uint32_t root,
   IndexPage page;
   std::uint32_t number = root;
   for (;;) {
-    if (path.size() == kMostIndexLevels) throw Corruption(root, "the index has no end of levels");
+    if (path.size() == kMostIndexLevels) throw Corruption(root, "the index has too many levels");
     path.push_back(number);
     file.Read(number, buffer);
     ReadIndexPage(file.layout(), buffer, page);
@@ -26,10 +26,10 @@ IndexWalk::IndexWalk(const PageFile& file, std::uint32_t root, std::string_view 
 
 void IndexWalk::Load(std::uint32_t page) {
   if (leaves_++ == file_.page_count())
-    throw Corruption(page, "the leaves of the index run in a circle");
+    throw Corruption(page, "the leaves of the index are linked in a loop");
   file_.Read(page, buffer_);
   ReadIndexPage(file_.layout(), buffer_, page_);
-  if (!page_.leaf) throw Corruption(page, "a leaf of the index is expected here");
+  if (!page_.leaf) throw Corruption(page, "expected a leaf of the index");
   position_ = 0;
 }
 

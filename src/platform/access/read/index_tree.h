@@ -1,4 +1,4 @@
-// An index as a whole: the tree of its pages, from the root page that the definition names.
+// Search and scan of an index: the B-tree of its pages below the root that the definition names.
 #pragma once
 
 #include <vector>
@@ -8,25 +8,25 @@
 
 namespace tenora::access {
 
-// The format's trees have three or four levels; a deeper one is a loop.
+// Trees have three or four levels in practice; a deeper one is a loop.
 inline constexpr std::size_t kMostIndexLevels = 16;
 
-// The pages from the root down to the leaf where an entry of this key and row is or belongs. Raises
-// Corruption when the way does not end at a leaf.
+// The pages from the root to the leaf in which an entry with this key and row is, or would be.
+// Raises Corruption when the path does not end at a leaf.
 std::vector<std::uint32_t> PathToLeaf(const PageFile& file, std::uint32_t root,
                                       std::string_view key, RowPointer row);
 
-// Walks an index from its first entry to its last. Raises Corruption for a page that is none of an
-// index and for leaves that do not end.
+// Scans the entries of an index in order. Raises Corruption for a page that is not an index page
+// and for leaves that are linked in a loop.
 class IndexWalk {
  public:
-  // At the first entry that does not sort before key and row; by default the first of all.
+  // Starts at the first entry that does not sort before key and row; by default at the very first.
   IndexWalk(const PageFile& file, std::uint32_t root, std::string_view key = {},
             RowPointer row = {});
 
-  // The next entry, null behind the last. It stays until the next call.
+  // The next entry, null after the last one; valid until the next call.
   const IndexEntry* Next();
-  // The leaf of the entry that Next() gave last.
+  // The leaf of the entry that Next() returned last.
   std::uint32_t leaf() const { return buffer_.number; }
 
  private:

@@ -13,7 +13,7 @@ Bytes LongValueReader::Read(Bytes field, std::uint32_t page) {
   if (length == 0) return {};
   if (length > file_.size()) {
     throw Corruption(
-        page, "a long value of " + std::to_string(length) + " bytes is more than the file holds");
+        page, "a long value of " + std::to_string(length) + " bytes is longer than the file");
   }
   if ((head & kLongValueInline) != 0) {
     if (length > field.size() - kLongValueHead) {
@@ -24,7 +24,7 @@ Bytes LongValueReader::Read(Bytes field, std::uint32_t page) {
   const RowPointer pointer = RowPointer::Load(&field[4]);
   if ((head & kLongValueSingle) == 0) return ReadChain(pointer, length);
   const Bytes row = RowAt(pointer);
-  if (row.size() < length) throw Corruption(pointer.page, "a long value is cut short");
+  if (row.size() < length) throw Corruption(pointer.page, "a long value is truncated");
   return row.first(length);
 }
 
@@ -32,15 +32,15 @@ Bytes LongValueReader::RowAt(RowPointer pointer) {
   file_.Read(pointer.page, page_);
   const DataPage page(file_.layout(), page_);
   if (page_.owner() != kLongValueOwner) {
-    throw Corruption(pointer.page, "a page of long values is expected here");
+    throw Corruption(pointer.page, "expected a page of long values");
   }
   return page.Row(pointer.row).bytes;
 }
 
 Bytes LongValueReader::ReadChain(RowPointer pointer, std::size_t length) {
   content_.clear();
-  // A chain that comes back to a piece it has passed is endless. Remembering the piece of every
-  // power of two steps finds that within three rounds of the loop.
+  // A chain that returns to an earlier piece is endless. Comparing with the piece at the last power
+  // of two steps (Brent's algorithm) finds that within three rounds of the loop.
   RowPointer remembered = pointer;
   std::size_t steps = 0, remember_at = 1;
   while (content_.size() < length) {
@@ -52,8 +52,9 @@ Bytes LongValueReader::ReadChain(RowPointer pointer, std::size_t length) {
                     piece.begin() + static_cast<std::ptrdiff_t>(count));
     if (content_.size() == length) break;
     const RowPointer next = RowPointer::Load(row.data());
-    if (next.page == 0) throw Corruption(pointer.page, "a long value is cut short");
-    if (next == remembered) throw Corruption(pointer.page, "a long value runs in a circle");
+    if (next.page == 0) throw Corruption(pointer.page, "a long value is truncated");
+    if (next == remembered)
+      throw Corruption(pointer.page, "the pieces of a long value form a loop");
     if (++steps == remember_at) {
       remembered = next;
       remember_at *= 2;

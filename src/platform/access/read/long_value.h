@@ -1,10 +1,10 @@
-// A long value: the content of a memo or OLE column. The row keeps twelve bytes,
+// A long value: the content of a memo or OLE column. The row has twelve bytes:
 //
-//   0  length, with its kind in the two top bits
-//   4  pointer to a row on a long value page, then four bytes of no meaning to a reader
+//   0  length, with the kind in the two top bits
+//   4  pointer to a row on a long value page, then four bytes that readers ignore
 //
-// and the kind says where the content is: behind the twelve bytes (inline), a whole row of a long
-// value page (single), or a chain of rows, each starting with a pointer to the next (0 ends it).
+// The kind says where the content is: after the twelve bytes (inline), in a row of a long value
+// page (single), or in a chain of rows, each starting with a pointer to the next (0 in the last).
 #pragma once
 
 #include <vector>
@@ -22,8 +22,8 @@ class LongValueReader {
  public:
   explicit LongValueReader(const PageFile& file) : file_(file) {}
 
-  // The content of the value whose bytes in the row, on page `page`, are `field`. It stays until
-  // the next call or as long as the field. Raises Corruption for a broken or endless chain.
+  // The content of the long value whose bytes in a row on page `page` are `field`; valid until the
+  // next call and as long as `field`. Raises Corruption for a broken or endless chain.
   Bytes Read(Bytes field, std::uint32_t page);
 
  private:

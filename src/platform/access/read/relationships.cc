@@ -9,7 +9,7 @@ namespace tenora::access {
 namespace {
 
 constexpr std::int64_t kNotEnforced = 0x02;
-constexpr std::int64_t kCascades = 0x100 | 0x1000;  // changes, deletions
+constexpr std::int64_t kCascades = 0x100 | 0x1000;  // updates, deletions
 
 std::size_t ColumnNamed(const TableData& table, std::string_view name) {
   const auto found = std::ranges::find_if(table.definition.columns, [&](const Column& column) {

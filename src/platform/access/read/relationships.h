@@ -11,14 +11,14 @@ namespace tenora::access {
 
 struct Relationship {
   std::string name;
-  std::string table;                                         // whose rows refer
-  std::string referenced;                                    // whose rows are referred to
-  std::vector<std::pair<std::string, std::string>> columns;  // of the one and the other
-  bool cascades = false;  // changes or deletions reach the referring rows
+  std::string table;                                         // the one whose rows refer
+  std::string referenced;                                    // the one whose rows are referred to
+  std::vector<std::pair<std::string, std::string>> columns;  // referring column, referenced column
+  bool cascades = false;  // changes or deletions are carried over to the referring rows
 };
 
-// `table` is MSysRelationships. Raises Corruption when it is not what it should be. Those that are
-// kept without being enforced are left out.
+// `table` is MSysRelationships. Relationships that are not enforced are left out. Raises Corruption
+// when a column is missing, RuntimeError when rows cannot be read.
 std::vector<Relationship> ReadRelationships(const std::shared_ptr<const TableData>& table);
 
 }  // namespace tenora::access

@@ -11,10 +11,10 @@
 namespace tenora::access {
 namespace {
 
-// A pointer to a pointer does occur; more than a few in a row are a circle.
+// A pointer to another pointer does occur; more than a few in sequence are a loop.
 constexpr int kMostOverflows = 8;
 
-// Reads the fields of the row that a derived class has moved to.
+// Reads the fields of the current row; a derived class moves from row to row.
 class StoredRowCursor : public PlacedCursor {
  public:
   explicit StoredRowCursor(std::shared_ptr<const TableData> table)
@@ -121,7 +121,7 @@ class StoredRowCursor : public PlacedCursor {
     slots_ = data.row_count();
   }
 
-  // False when the slot's row is not to be met on a walk.
+  // Makes the row of that slot the current one; false when a scan skips it.
   bool Enter(std::size_t row) {
     const DataPage::Slot slot = DataPage(table_->file->layout(), page_).Row(row);
     if (slot.hidden) return false;
@@ -139,7 +139,7 @@ class StoredRowCursor : public PlacedCursor {
     return NamingCorruption(table_->file->path(), table_->name, step);
   }
 
-  // Among a table's own pages may be some that are not for rows, or not used yet.
+  // A table may own pages that are not for rows, or not used yet.
   static bool IsForOtherUse(const PageBuffer& page) {
     const bool blank = page.type() == PageType::kHeader && page.owner() == 0;
     return blank || page.type() == PageType::kIndexNode || page.type() == PageType::kIndexLeaf ||
@@ -166,7 +166,7 @@ class StoredRowCursor : public PlacedCursor {
       if (slot.hidden) throw Corruption(target.page, "an overflow row is deleted");
       pointer = slot.bytes;
     }
-    throw Corruption(row_page_->number, "an overflow row runs in a circle");
+    throw Corruption(row_page_->number, "overflow pointers form a loop");
   }
 
   void SetRow(access::Bytes bytes) {
@@ -174,7 +174,7 @@ class StoredRowCursor : public PlacedCursor {
     row_ = Row(table_->file->layout(), table_->definition, bytes, row_page_->number);
   }
 
-  // A column's bytes in the row; empty when it is null.
+  // The bytes of a column in the row; empty when it is null.
   access::Bytes Stored(std::size_t column) const {
     return StoredBytes(row_, table_->definition, column);
   }
@@ -196,7 +196,7 @@ class StoredRowCursor : public PlacedCursor {
     if (IsNull(column)) return 0;
     double serial = 0;
     if (!ExtendedDateSerial(Stored(column, kExtendedDateSize).data(), serial)) {
-      throw Corruption(row_page_->number, "column '" + Columns()[column].name + "' holds no date");
+      throw Corruption(row_page_->number, "column '" + Columns()[column].name + "' is not a date");
     }
     return serial;
   }
@@ -205,15 +205,15 @@ class StoredRowCursor : public PlacedCursor {
   TextCodec codec_;
   LongValueReader long_values_;
   PageBuffer overflow_page_;
-  const PageBuffer* row_page_ = &page_;  // where the current row lies
+  const PageBuffer* row_page_ = &page_;  // holds the current row
   Row row_;
   std::string text_;
 };
 
-// Walks over the pages that the table owns.
-class WalkCursor final : public StoredRowCursor {
+// Scans the pages that the table owns.
+class ScanCursor final : public StoredRowCursor {
  public:
-  explicit WalkCursor(std::shared_ptr<const TableData> table)
+  explicit ScanCursor(std::shared_ptr<const TableData> table)
       : StoredRowCursor(table), pages_(*table->file, table->definition.owned_pages) {}
 
  private:
@@ -260,7 +260,7 @@ class ListCursor final : public StoredRowCursor {
 std::unique_ptr<PlacedCursor> OpenCursor(std::shared_ptr<const TableData> table) {
   const TableData& data = *table;
   return NamingCorruption(data.file->path(), data.name,
-                          [&] { return std::make_unique<WalkCursor>(std::move(table)); });
+                          [&] { return std::make_unique<ScanCursor>(std::move(table)); });
 }
 
 std::unique_ptr<PlacedCursor> OpenCursorAt(std::shared_ptr<const TableData> table,

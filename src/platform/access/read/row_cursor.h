@@ -1,4 +1,5 @@
-// The walk over a table's rows: the pages its usage map names, in order, and on each page its rows.
+// Cursors over the rows of a table: a scan of the pages that the table owns, and rows at given
+// places.
 #pragma once
 
 #include <memory>
@@ -9,15 +10,15 @@
 
 namespace tenora::access {
 
-// A cursor that tells where the current row is: its slot where a walk meets it, which is what an
-// index points to, also when the row has moved on from there.
+// A cursor that also gives the place of the current row: the slot where a scan finds it and to
+// which indexes point, even if the row has moved to another page since.
 class PlacedCursor : public RowCursor {
  public:
   virtual RowPointer place() const = 0;
 };
 
 std::unique_ptr<PlacedCursor> OpenCursor(std::shared_ptr<const TableData> table);
-// Walks these rows alone. Raises Corruption for a place that holds none.
+// Visits only the rows at these places. Next() raises RuntimeError 3049 for a place without a row.
 std::unique_ptr<PlacedCursor> OpenCursorAt(std::shared_ptr<const TableData> table,
                                            std::vector<RowPointer> places);
 

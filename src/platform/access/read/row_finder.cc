@@ -76,7 +76,7 @@ LocatedRow RowFinder::Locate(RowPointer row) const {
     }
     if (slot.bytes.size() < 4) throw Corruption(at.page, "an overflow pointer is too short");
     if (located.hops.size() == kMostOverflows) {
-      throw Corruption(at.page, "an overflow row runs in a circle");
+      throw Corruption(at.page, "overflow pointers form a loop");
     }
     at = RowPointer::Load(slot.bytes.data());
     located.hops.push_back(at);
@@ -93,8 +93,8 @@ std::vector<RowPointer> RowFinder::All() const {
   return rows;
 }
 
-// The rows that the index with the longest start among the columns has for these fields; false when
-// there is none.
+// The rows that the most suitable index, the one whose longest prefix is among the columns, has for
+// these fields; false when there is none.
 bool RowFinder::Candidates(const std::vector<std::size_t>& columns,
                            const std::vector<Field>& fields, std::vector<RowPointer>& rows) const {
   PhysicalIndex best;
@@ -105,7 +105,7 @@ bool RowFinder::Candidates(const std::vector<std::size_t>& columns,
         return table_->definition.columns[position].number == part.column_number;
       });
       if (column == columns.end()) return false;
-      // What an index leaves out cannot be found through it.
+      // An index that ignores nulls cannot find them.
       return fields[static_cast<std::size_t>(column - columns.begin())].has_value() ||
              (index.flags & kIndexLeavesOutNulls) == 0;
     };

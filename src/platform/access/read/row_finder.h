@@ -1,4 +1,4 @@
-// Finds rows of a table by the values of columns, through an index where one serves.
+// Finds rows of a table by the values of columns, through an index where there is a suitable one.
 #pragma once
 
 #include <memory>
@@ -9,10 +9,10 @@
 
 namespace tenora::access {
 
-// Where a row's bytes are.
+// A row's bytes and where they are.
 struct LocatedRow {
-  RowPointer home;               // what indexes point to
-  std::vector<RowPointer> hops;  // where overflow pointers lead, the last one to the bytes
+  RowPointer home;               // the slot that indexes point to
+  std::vector<RowPointer> hops;  // targets of its overflow pointers; the last one has the bytes
   std::vector<std::byte> bytes;
 
   RowPointer place() const { return hops.empty() ? home : hops.back(); }
@@ -23,11 +23,11 @@ class RowFinder {
   RowFinder(std::shared_ptr<const TableData> table, const TextCodec& codec)
       : table_(std::move(table)), codec_(codec) {}
 
-  // Raises Corruption for a broken chain, RuntimeError 3167 for a row that is gone.
+  // Raises Corruption for a broken chain of pointers, RuntimeError 3167 for a deleted row.
   LocatedRow Locate(RowPointer row) const;
   StoredRow Split(const LocatedRow& row) const;
   std::vector<RowPointer> All() const;
-  // The rows whose columns, given as positions, equal these fields.
+  // The rows whose columns, given as positions, equal these fields as the engine compares them.
   std::vector<RowPointer> Find(const std::vector<std::size_t>& columns,
                                const std::vector<Field>& fields) const;
 

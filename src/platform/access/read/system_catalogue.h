@@ -26,11 +26,11 @@ class SystemCatalogue {
   // Raises RuntimeError for a corrupt catalogue.
   explicit SystemCatalogue(const std::shared_ptr<const PageFile>& file);
 
-  // The tables kept in this file, in the order of the catalogue's rows; tables linked from
-  // elsewhere are left out.
+  // The tables of this file in the order of the catalogue's rows, without those linked from other
+  // files.
   const std::vector<CatalogueEntry>& tables() const { return tables_; }
 
-  // The table of that name, compared without letter case in any alphabet; null when there is none.
+  // The table of that name, ignoring case in any alphabet; null when there is none.
   const CatalogueEntry* Find(std::string_view name) const;
 
   // The field LvProp of the entry's row, empty where it is null or the catalogue has no such

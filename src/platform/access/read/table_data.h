@@ -1,4 +1,4 @@
-// A table of a file, as whoever reads or writes its rows needs it.
+// What reading and writing the rows of a table requires: its file, name and definition.
 #pragma once
 
 #include <memory>
@@ -16,7 +16,7 @@ struct TableData {
   TableDefinition definition;
 };
 
-// The table whose definition starts on `definition_page`. Raises Corruption for what cannot be a
+// The table whose definition starts on `definition_page`. Raises Corruption for an invalid
 // definition.
 std::shared_ptr<const TableData> ReadTable(std::shared_ptr<const PageFile> file, std::string name,
                                            std::uint32_t definition_page);

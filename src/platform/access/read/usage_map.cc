@@ -22,13 +22,13 @@ UsageMap::UsageMap(const PageFile& file, RowPointer map, BeyondEnd beyond_end) {
       if (number == 0) continue;
       file.Read(number, bitmap);
       if (bitmap.type() != PageType::kUsageMap) {
-        throw Corruption(number, "a page of a usage map is expected here");
+        throw Corruption(number, "expected a bitmap page of a usage map");
       }
       Add(file, number, i * span, Bytes(bitmap.bytes).first(bitmap.size).subspan(kBitmapPageBits),
           beyond_end);
     }
   } else {
-    throw Corruption(map.page, "row " + std::to_string(map.row) + " is no usage map");
+    throw Corruption(map.page, "row " + std::to_string(map.row) + " is not a usage map");
   }
 }
 
@@ -41,7 +41,7 @@ void UsageMap::Add(const PageFile& file, std::uint32_t map_page, std::uint64_t f
       if (number >= file.page_count()) {
         if (beyond_end == BeyondEnd::kIgnored) return;
         throw Corruption(map_page, "the usage map names page " + std::to_string(number) +
-                                       " behind the end of the file, which is truncated at byte " +
+                                       " beyond the end of the file, which is truncated at byte " +
                                        std::to_string(file.size()));
       }
       bits_[number / 64] |= std::uint64_t{1} << (number % 64);

@@ -40,7 +40,7 @@ std::uint32_t ChangedPages::Append() {
   if (size() + page_size >= kLargestFile) {
     throw RuntimeError(engine_error::kDiskFull,
                        "Not enough space on disk. '" + path().string() +
-                           "' would grow beyond the two gigabytes that a database can have.",
+                           "' would exceed two gigabytes, the maximum size of a database.",
                        "DAO.Database");
   }
   const std::uint32_t number = page_count();

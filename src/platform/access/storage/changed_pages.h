@@ -1,5 +1,5 @@
-// The file as a transaction sees it: the pages on disk under those that it has changed and those it
-// has added, all in memory until the commit. Readers of the room work on it as on any PageFile.
+// The database as a transaction sees it: its changed and appended pages, held in memory until the
+// commit, over the pages on disk. Readers use it like any other PageFile.
 #pragma once
 
 #include <map>
@@ -12,14 +12,15 @@ namespace tenora::access {
 
 class ChangedPages final : public PageFile {
  public:
-  // Raises what PageFile::Open raises for what is no database.
+  // `file` must outlive the object. Raises what PageFile::Open raises for a file that is not a
+  // database.
   ChangedPages(const std::filesystem::path& path, StorageFile& file);
 
-  // The bytes of a page, to be changed; they stay in place as long as this object. Raises
-  // Corruption for a page behind the end.
+  // The bytes of a page, to be modified; valid as long as this object. Raises Corruption for a page
+  // beyond the end.
   std::span<std::byte> Change(std::uint32_t number);
-  // A new page of zeros at the end of the file. Raises 3026 (disk full) when the file would outgrow
-  // the two gigabytes that the engine opens.
+  // Appends a page of zeros and returns its number. Raises 3026 (disk full) when the file would
+  // exceed 2 GB, the most that the engine opens.
   std::uint32_t Append();
 
   bool changed() const { return !pages_.empty(); }
@@ -27,7 +28,7 @@ class ChangedPages final : public PageFile {
 
  private:
   struct ChangedPage {
-    std::vector<std::byte> before;  // none for an added page
+    std::vector<std::byte> before;  // empty for an appended page
     std::vector<std::byte> now;
   };
 

@@ -13,12 +13,12 @@ namespace tenora::access {
 namespace {
 
 constexpr const char* kSource = "DAO.Database";
-// Longer than the longest commit of the eight processes that the busiest office runs.
+// Interval between attempts to take a lock that another program holds.
 constexpr std::chrono::milliseconds kBetweenTries{2};
 
-// Runs `step`; what the system refuses becomes the engine's error.
+// Runs `step`; a failed system call becomes the engine's error.
 template <typename Step>
-auto NamingRefusals(Step step) {
+auto ConvertingErrors(Step step) {
   try {
     return step();
   } catch (const StorageError& error) {
@@ -32,15 +32,15 @@ void WaitForLock(StorageFile& file, LockKind kind, std::chrono::milliseconds wai
   while (!file.TryLock(kind)) {
     if (std::chrono::steady_clock::now() >= deadline) {
       throw RuntimeError(engine_error::kCurrentlyLocked,
-                         "Could not update; currently locked. Another program holds '" +
-                             path.string() + "'; try again when it is done.",
+                         "Could not update; currently locked. Another program has locked '" +
+                             path.string() + "'; try again when it has finished.",
                          kSource);
     }
     std::this_thread::sleep_for(kBetweenTries);
   }
 }
 
-// The same database under another name must find the same journal.
+// All paths to the database must lead to the same journal.
 std::filesystem::path Resolved(const std::filesystem::path& path) {
   std::error_code unresolved;
   const auto resolved = std::filesystem::weakly_canonical(path, unresolved);
@@ -52,8 +52,8 @@ RuntimeError NoSuchFile(const std::filesystem::path& path) {
                       "DAO.Workspace");
 }
 
-// The length of a whole journal, which its start tells; 0 for what is none, however long it is.
-std::uint64_t LengthOfWhole(StorageFile& journal) {
+// The length that the journal's header gives, if the file has exactly that length; otherwise 0.
+std::uint64_t CompleteLength(StorageFile& journal) {
   std::array<std::byte, kJournalHeader> header{};
   const std::uint64_t length = JournalLength(Bytes(header).first(journal.Read(0, header)));
   return length == journal.Size() ? length : 0;
@@ -66,10 +66,10 @@ std::vector<std::byte> ReadStart(StorageFile& file, std::uint64_t length) {
 }
 
 enum class Finding {
-  kUntouched,    // the database is as before the change
-  kInterrupted,  // every byte is the one before the change or the one after
-  kReplaced,     // nothing of the change is there, but the database is not what it was either
-  kMixed,        // the change was written, and someone else wrote over it
+  kUntouched,    // the database is as it was before the change
+  kInterrupted,  // every byte is the old one or the new one
+  kReplaced,  // nothing of the change is there, and the database is a different one or has changed
+  kMixed,     // another program has written over part of the change
 };
 
 bool IsOldOrNew(const JournalPage& page, Bytes found) {
@@ -129,7 +129,7 @@ ExclusiveAccess::ExclusiveAccess(Storage& storage, const std::filesystem::path& 
     : storage_(storage) {
   path_ = Resolved(path);
   journal_path_ = JournalPath(path_);
-  NamingRefusals([&] {
+  ConvertingErrors([&] {
     database_ = storage_.Open(path_, Storage::Mode::kReadWrite);
     if (database_ == nullptr) throw NoSuchFile(path);
     LockJournal(wait);
@@ -148,13 +148,13 @@ ExclusiveAccess::~ExclusiveAccess() {
   try {
     storage_.Remove(journal_path_);
   } catch (const StorageError&) {
-    // An empty journal that stays says nothing and harms nobody.
+    // An empty journal that stays behind is harmless.
     journal_in_use_ = true;
   }
 }
 
-// Whoever is done removes the journal. So one that was waited for may no longer be the one that
-// others find: only a lock on the one in place counts.
+// A writer removes its journal when it has finished, so the file that this one waited for may be
+// gone from the folder: only a lock on the file that is still there counts.
 void ExclusiveAccess::LockJournal(std::chrono::milliseconds wait) {
   for (;;) {
     journal_ = storage_.Create(journal_path_, path_);
@@ -166,33 +166,33 @@ void ExclusiveAccess::LockJournal(std::chrono::milliseconds wait) {
 
 void ExclusiveAccess::Recover() {
   if (!journal_in_use_) return;
-  const std::uint64_t length = LengthOfWhole(*journal_);
-  // No change has more pages than the database had before it, and until it is taken back the
-  // database is no shorter than that.
+  const std::uint64_t length = CompleteLength(*journal_);
+  // A change has no more pages than the database had before it, and the database is not shorter
+  // than that until the change is rolled back.
   constexpr std::size_t kPageSize = kJet4Layout.page_size;
-  if (length > JournalLength(kPageSize, database_->Size() / kPageSize)) throw CannotTakeBack();
+  if (length > JournalLength(kPageSize, database_->Size() / kPageSize)) throw CannotRollBack();
   Journal journal;
-  // A journal that is not whole was never relied on: the pages are written only after it is synced.
+  // Pages are written only after the journal is synced, so an incomplete one was never needed.
   if (!DecodeJournal(ReadStart(*journal_, length), journal)) return DropJournal();
   switch (Compare(journal, *database_)) {
     case Finding::kUntouched:
     case Finding::kReplaced:
       break;
     case Finding::kInterrupted:
-      TakeBack(journal);
+      RollBack(journal);
       break;
     case Finding::kMixed:
-      throw CannotTakeBack();
+      throw CannotRollBack();
   }
   DropJournal();
 }
 
-RuntimeError ExclusiveAccess::CannotTakeBack() const {
+RuntimeError ExclusiveAccess::CannotRollBack() const {
   return RuntimeError(
       engine_error::kCorruptFile,
       "A change to '" + path_.string() +
           "' was interrupted, and another program has written to the file since, so that it "
-          "cannot be taken back. Restore a backup, or compact and repair the database, and "
+          "cannot be rolled back. Restore a backup, or compact and repair the database, and "
           "delete '" +
           journal_path_.string() + "'.",
       kSource);
@@ -200,7 +200,7 @@ RuntimeError ExclusiveAccess::CannotTakeBack() const {
 
 CommitStates ExclusiveAccess::Commit(const Journal& journal,
                                      const std::vector<AppendedPage>& appended) {
-  return NamingRefusals([&] {
+  return ConvertingErrors([&] {
     CommitStates states;
     RequireUnchanged(journal);
     SaveJournal(journal);
@@ -208,8 +208,8 @@ CommitStates ExclusiveAccess::Commit(const Journal& journal,
       states = WritePages(journal, appended);
       journal_->Truncate(0);
     } catch (const StorageError&) {
-      // If this fails as well, the journal stays, and the next to open the database takes back.
-      TakeBack(journal);
+      // If this fails too, the journal stays, and whoever opens the database next rolls back.
+      RollBack(journal);
       DropJournal();
       throw;
     }
@@ -219,7 +219,7 @@ CommitStates ExclusiveAccess::Commit(const Journal& journal,
   });
 }
 
-// Most programs that have the file open know nothing of our locks.
+// Most programs that have the file open do not honour these locks.
 void ExclusiveAccess::RequireUnchanged(const Journal& journal) {
   bool unchanged = database_->Size() == journal.old_length;
   std::vector<std::byte> found(journal.page_size);
@@ -252,7 +252,7 @@ void ExclusiveAccess::SaveJournal(const Journal& journal) {
 CommitStates ExclusiveAccess::WritePages(const Journal& journal,
                                          const std::vector<AppendedPage>& appended) {
   CommitStates states{.before = database_->State(), .after = {}};
-  // Those at the end first: a full disk shows before anything old is written over.
+  // Appended pages first: a full disk is noticed before anything is overwritten.
   for (const AppendedPage& page : appended) {
     database_->Write(std::uint64_t{page.number} * journal.page_size, page.bytes);
   }
@@ -264,7 +264,7 @@ CommitStates ExclusiveAccess::WritePages(const Journal& journal,
   return states;
 }
 
-void ExclusiveAccess::TakeBack(const Journal& journal) {
+void ExclusiveAccess::RollBack(const Journal& journal) {
   for (const JournalPage& page : journal.pages) {
     database_->Write(std::uint64_t{page.number} * journal.page_size, page.before);
   }
@@ -279,7 +279,7 @@ void ExclusiveAccess::DropJournal() {
 }
 
 bool HasJournal(Storage& storage, const std::filesystem::path& path) {
-  return NamingRefusals([&] {
+  return ConvertingErrors([&] {
     const auto journal = storage.Open(JournalPath(Resolved(path)), Storage::Mode::kRead);
     return journal != nullptr && journal->Size() > 0;
   });
@@ -287,7 +287,7 @@ bool HasJournal(Storage& storage, const std::filesystem::path& path) {
 
 std::unique_ptr<StorageFile> LockForReading(Storage& storage, const std::filesystem::path& path,
                                             std::chrono::milliseconds wait) {
-  return NamingRefusals([&] {
+  return ConvertingErrors([&] {
     auto file = storage.Open(path, Storage::Mode::kRead);
     if (file == nullptr) throw NoSuchFile(path);
     WaitForLock(*file, LockKind::kShared, wait, path);

@@ -12,8 +12,8 @@
 namespace tenora::access {
 namespace {
 
-// The time now, in steps that network file systems keep too. Writes are given the time of the
-// system's last tick, or the next; this one lies between.
+// The current time, at a resolution that network file systems keep too. The kernel stamps writes
+// with the time of a clock tick; this time is between two ticks.
 timespec TimeBetweenTicks() {
   constexpr long kStep = 100, kApart = 1000;  // nanoseconds
   timespec now{}, tick{};
@@ -74,16 +74,16 @@ class OpenDiskFile final : public StorageFile {
   }
 
   void Sync() override {
-    // The length is among what fdatasync writes, the time of change is not.
+    // fdatasync writes the length too, but not the modification time.
     while (::fdatasync(fd_) != 0) {
       if (errno != EINTR) throw StorageError(errno, path_, "sync");
     }
   }
 
   bool TryLock(LockKind kind) override {
-    // A lock of the open file, not of the process: closing another handle of the same file, which
-    // any library may do, does not drop it, and two users of it in one process keep apart. Length
-    // 0 reaches to the end, however far the file grows.
+    // An open file description lock, not one of the process: it excludes other users in the same
+    // process and is not lost when a library closes another descriptor of the file. Length 0 means
+    // to the end of the file, however far it grows.
     struct flock lock {};
     lock.l_type = static_cast<short>(kind == LockKind::kExclusive ? F_WRLCK : F_RDLCK);
     lock.l_whence = SEEK_SET;
@@ -95,7 +95,7 @@ class OpenDiskFile final : public StorageFile {
   }
 
   FileState State() override {
-    // What the client of a network file system remembers may be seconds old.
+    // What the client of a network file system has cached may be seconds old.
     struct statx status {};
     constexpr int kFlags = AT_EMPTY_PATH | AT_STATX_FORCE_SYNC;
     if (::statx(fd_, "", kFlags, STATX_BASIC_STATS, &status) != 0) return {};
@@ -109,7 +109,7 @@ class OpenDiskFile final : public StorageFile {
   FileState MarkChanged() override {
     const timespec mark = TimeBetweenTicks();
     const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, mark};
-    // Only the file's owner may.
+    // Fails for anyone but the owner of the file.
     if (::futimens(fd_, times) != 0) return {};
     const FileState state = State();
     const bool exact = state.seconds == mark.tv_sec && state.nanoseconds == mark.tv_nsec;
@@ -131,7 +131,7 @@ class OpenDiskFile final : public StorageFile {
   std::filesystem::path path_;
 };
 
-// A pipe or device of the name would hold us up or swallow what we write.
+// A pipe or device could block, or swallow what is written.
 std::unique_ptr<OpenDiskFile> RequireFile(std::unique_ptr<OpenDiskFile> file,
                                           const std::filesystem::path& path) {
   const mode_t mode = file->Status("open").st_mode;
@@ -157,7 +157,8 @@ std::unique_ptr<StorageFile> DiskStorage::Open(const std::filesystem::path& path
 
 std::unique_ptr<StorageFile> DiskStorage::Create(const std::filesystem::path& path,
                                                  const std::filesystem::path& like) {
-  // Links are not followed: whoever may write to the folder could lead us to another file.
+  // Symbolic links are not followed: anyone with write access to the folder could redirect the
+  // write.
   constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW;
   const int old = ::open(path.c_str(), kFlags);
   if (old >= 0) return RequireFile(std::make_unique<OpenDiskFile>(old, path), path);
@@ -167,8 +168,8 @@ std::unique_ptr<StorageFile> DiskStorage::Create(const std::filesystem::path& pa
   auto file = RequireFile(std::make_unique<OpenDiskFile>(made, path), path);
   struct stat model {};
   if (::stat(like.c_str(), &model) != 0) throw StorageError(errno, like, "look up");
-  // Where the group cannot be given, those of the model's group who are not of ours may be shut
-  // out; the mode is that of the model in any case.
+  // If the group cannot be set, members of the model's group who are not in ours may have no
+  // access; the mode is the model's in any case.
   if (::fchown(made, static_cast<uid_t>(-1), model.st_gid) != 0) errno = 0;
   if (::fchmod(made, model.st_mode & 0666) != 0) throw StorageError(errno, path, "create");
   return file;
@@ -184,7 +185,7 @@ void DiskStorage::SyncFolder(const std::filesystem::path& folder) {
   const OpenDiskFile closing(fd, folder);
   while (::fsync(fd) != 0) {
     if (errno == EINTR) continue;
-    // Some network file systems have no such call; their server syncs entries by itself.
+    // Some network file systems do not support this; their servers sync entries themselves.
     if (errno == EINVAL || errno == ENOTSUP) return;
     throw StorageError(errno, folder, "sync");
   }

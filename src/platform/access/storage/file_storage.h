@@ -1,5 +1,6 @@
-// The disk, as far as writing to a database needs it: a few calls whose failure at any moment must
-// be harmless. Tests put a storage of their own in its place that fails, tears and forgets.
+// The file operations that reading and writing a database need. A failure of any of them at any
+// moment must be harmless; tests substitute a storage that injects I/O errors, torn and lost
+// writes.
 #pragma once
 
 #include <filesystem>
@@ -11,7 +12,7 @@
 
 namespace tenora::access {
 
-// A call of the system that failed; `reason` is its errno.
+// A failed system call; `reason` is its errno.
 class StorageError : public std::runtime_error {
  public:
   StorageError(int reason, const std::filesystem::path& path, const char* what);
@@ -25,7 +26,7 @@ class StorageError : public std::runtime_error {
 
 enum class LockKind { kShared, kExclusive };
 
-// A file open for reading. Every call raises StorageError when the system refuses it.
+// A file open for reading. Every function raises StorageError when its system call fails.
 class ReadableFile {
  public:
   virtual ~ReadableFile() = default;
@@ -34,22 +35,22 @@ class ReadableFile {
   virtual std::size_t Read(std::uint64_t offset, std::span<std::byte> into) = 0;
 };
 
-// An open file. Every call raises StorageError when the system refuses it.
+// An open file. Every function raises StorageError when its system call fails.
 class StorageFile : public ReadableFile {
  public:
   virtual void Write(std::uint64_t offset, Bytes bytes) = 0;
   virtual void Truncate(std::uint64_t size) = 0;
-  // Returns when what was written, and the file's length, would survive a power cut.
+  // Once it has returned, what was written and the file's length survive a power cut.
   virtual void Sync() = 0;
-  // A lock of the whole file against other open files, also those of this process, held until this
-  // one is closed. False when another holds it.
+  // Locks the whole file against other open file descriptions, those of this process included,
+  // until this one is closed. False when another holds a conflicting lock.
   virtual bool TryLock(LockKind kind) = 0;
-  // The state of the file as its server knows it now, all zero where that cannot be had.
+  // The current state, fetched from the server on a network file system; all zero if unavailable.
   virtual FileState State() { return {}; }
-  // Gives the file a time of change that neither an earlier write nor a later one can show, however
-  // coarsely the file system counts time. The state then, all zero where it cannot be had.
+  // Sets a modification time that no earlier or later write can have, however coarse the file
+  // system's clock. Returns the state after that, all zero if it could not be set.
   virtual FileState MarkChanged() { return {}; }
-  // Whether `path` still names this file.
+  // Whether `path` still refers to this file.
   virtual bool IsAt(const std::filesystem::path& path) = 0;
 };
 
@@ -60,15 +61,15 @@ class Storage {
   virtual ~Storage() = default;
   // Null when there is no such file.
   virtual std::unique_ptr<StorageFile> Open(const std::filesystem::path& path, Mode mode) = 0;
-  // Opens or makes the file, readable and writable by whoever may read and write `like`.
+  // Opens or creates the file, readable and writable by whoever may read and write `like`.
   virtual std::unique_ptr<StorageFile> Create(const std::filesystem::path& path,
                                               const std::filesystem::path& like) = 0;
   virtual void Remove(const std::filesystem::path& path) = 0;
-  // Returns when the folder's entries would survive a power cut.
+  // Once it has returned, the folder's entries survive a power cut.
   virtual void SyncFolder(const std::filesystem::path& folder) = 0;
 };
 
-// The disks of this machine.
+// The local file system.
 class DiskStorage final : public Storage {
  public:
   std::unique_ptr<StorageFile> Open(const std::filesystem::path& path, Mode mode) override;

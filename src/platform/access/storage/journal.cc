@@ -13,8 +13,8 @@ constexpr std::string_view kMagic = "Tenora journal 1";
 constexpr std::size_t kChecksummedHeader = 56;
 constexpr std::size_t kPageHead = 8;
 
-// FNV-1a, 64 bits: against accident, not against malice; whoever can write the journal can write
-// the database.
+// FNV-1a, 64 bits. Detects accidents, not malice: whoever can write the journal can write the
+// database.
 std::uint64_t Checksum(Bytes bytes) {
   std::uint64_t sum = 0xCBF29CE484222325;
   for (const std::byte b : bytes) {
@@ -67,7 +67,7 @@ std::vector<std::byte> EncodeJournal(const Journal& journal) {
 }
 
 bool DecodeJournal(Bytes bytes, Journal& journal) {
-  // Anything too short to be one has another length as well.
+  // Anything too short for a header has length 0 here.
   if (JournalLength(bytes) != bytes.size() || bytes.empty()) return false;
   journal.page_size = Load32(&bytes[16]);
   journal.old_length = Load<std::uint64_t>(&bytes[24]);

@@ -1,17 +1,17 @@
-// The journal of one change to a database: the pages it changes, as they were and as they shall be.
-// It lies beside the database while the pages are written; while it is whole, the change can be
-// taken back. Bytes:
+// The rollback journal of one change to a database: the pages it changes, with their old and their
+// new content. It exists beside the database while the pages are written; as long as it is
+// complete, the change can be rolled back. Bytes:
 //
 //    0  "Tenora journal 1"
 //   16  page size (4), number of pages (4)
-//   24  length of the database before (8) and after (8)
+//   24  length of the database before (8) and after the change (8)
 //   40  identity of the database (8)
 //   48  checksum of all pages (8), checksum of the 56 bytes before it (8)
-//   64  for each page: number (4), 0 (4), the page before, the page after
+//   64  for each page: number (4), 0 (4), old content, new content
 //
-// Pages added at the end of the database have no image: taking back cuts them off. The images after
-// are there to tell, byte by byte, whether a page found in the database is one that this change
-// has written, wholly or in part, or that another program has written since.
+// Pages appended to the database are not recorded: rolling back truncates them. The new content
+// shows, byte by byte, whether a page in the database was written by this change, completely or in
+// part, or by another program since.
 #pragma once
 
 #include <vector>
@@ -36,19 +36,19 @@ struct Journal {
 
 inline constexpr std::size_t kJournalHeader = 64;
 
-// What tells databases apart: made of the header's format, creation date and the rest that never
-// changes. `start` is the beginning of the database.
+// A hash that distinguishes databases, over the part of the header that never changes: format,
+// creation date and so on. `start` is the beginning of the database.
 std::uint64_t DatabaseIdentity(Bytes start);
 
-// The length in bytes of a journal of so many pages.
+// The length in bytes of a journal with that many pages.
 std::uint64_t JournalLength(std::uint32_t page_size, std::uint64_t pages);
 
-// The same for the journal that starts with `header`; 0 for something else.
+// The same for the journal that starts with `header`; 0 if it does not start like a journal.
 std::uint64_t JournalLength(Bytes header);
 
 std::vector<std::byte> EncodeJournal(const Journal& journal);
 
-// False for what is not a whole journal: half-written, damaged or something else.
+// False for anything but a complete journal.
 bool DecodeJournal(Bytes bytes, Journal& journal);
 
 }  // namespace tenora::access

@@ -28,7 +28,7 @@ Corruption ReadFailure(const StorageError& error, std::uint32_t page) {
                     engine_error::kDiskOrNetworkError);
 }
 
-// A file's bytes in memory.
+// The content of a file in memory.
 class MemoryFile final : public ReadableFile {
  public:
   explicit MemoryFile(std::vector<std::byte> bytes) : bytes_(std::move(bytes)) {}
@@ -46,7 +46,7 @@ class MemoryFile final : public ReadableFile {
   std::vector<std::byte> bytes_;
 };
 
-// Pages of a file that nobody else holds.
+// Owns the file that its pages are read from.
 class OwningPageFile final : public PageFile {
  public:
   OwningPageFile(const std::filesystem::path& path, std::unique_ptr<ReadableFile> file)
@@ -97,16 +97,15 @@ void PageFile::AddPages(std::uint32_t count) {
 void PageFile::Read(std::uint32_t number, PageBuffer& page) const {
   if (page.number == number) return;
   if (number >= page_count_) {
-    throw Corruption(number,
-                     "the page lies behind the end of the file, which is truncated at byte " +
-                         std::to_string(size_));
+    throw Corruption(number, "the page is beyond the end of the file, which is truncated at byte " +
+                                 std::to_string(size_));
   }
   page.number = PageBuffer::kNone;
   page.size = layout().page_size;
   const std::uint64_t offset = std::uint64_t{number} * page.size;
   const std::size_t count = ReadAt(offset, std::span(page.bytes).first(page.size), number);
   if (count < page.size) {
-    throw Corruption(number, "the file was cut short while it was open, at byte " +
+    throw Corruption(number, "the file was truncated while it was open, at byte " +
                                  std::to_string(offset + count));
   }
   page.number = number;

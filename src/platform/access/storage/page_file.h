@@ -1,6 +1,6 @@
-// The file as numbered pages. A page is copied into the caller's buffer by one positioned read; the
-// file is never mapped: where another program cuts a mapped file short, or the server it lies on
-// drops out, touching the lost part ends the whole process, while a read reports it.
+// A database file as an array of pages. A page is copied into the caller's buffer by one positioned
+// read. The file is never memory-mapped: if another program truncates a mapped file, or its server
+// goes away, touching the lost part kills the process, while a read reports an error.
 #pragma once
 
 #include <cstdint>
@@ -16,9 +16,9 @@ namespace tenora::access {
 
 class PageFile {
  public:
-  // Raises what DatabaseFile::Open raises, short of reading the catalogue.
+  // Raises what DatabaseFile::Open raises, except for errors in the catalogue.
   static std::shared_ptr<const PageFile> Open(const std::filesystem::path& path);
-  // The same over bytes in memory; `path` is only a name for messages.
+  // The same for bytes in memory; `path` is used in messages only.
   static std::shared_ptr<const PageFile> OfBytes(std::vector<std::byte> bytes,
                                                  const std::filesystem::path& path);
   virtual ~PageFile() = default;
@@ -29,8 +29,8 @@ class PageFile {
   std::uint64_t size() const { return size_; }
   std::uint32_t page_count() const { return page_count_; }
 
-  // Reads a page into `page`, unless it is there already. Raises Corruption for a page behind the
-  // end of the file, as it was at the opening or is now.
+  // Reads a page into `page`, unless it holds that page already. Raises Corruption for a page
+  // beyond the end of the file, now or when it was opened.
   void Read(std::uint32_t number, PageBuffer& page) const;
 
  protected:

@@ -5,7 +5,7 @@
 namespace tenora::access {
 namespace {
 
-// A row pointer has one byte for the slot.
+// A row pointer has one byte for the slot number.
 constexpr std::size_t kMostSlots = 255;
 constexpr std::size_t kFreeBytes = 2;
 constexpr std::size_t kOwner = 4;
@@ -28,7 +28,7 @@ DataPageEditor::DataPageEditor(ChangedPages& pages, std::uint32_t number, std::u
                                             (row.overflow ? kRowOverflow : 0));
     if (slot.flags != kRowDeleted) slot.bytes.assign(row.bytes.begin(), row.bytes.end());
   }
-  // As Save leaves a page without rows.
+  // This is how Save writes a page without rows.
   if (slots_.size() == 1 && slots_[0].flags == kRowDeleted) slots_.clear();
 }
 
@@ -43,7 +43,8 @@ void DataPageEditor::Format(ChangedPages& pages, std::uint32_t number, std::uint
 
 const DataPageEditor::Slot& DataPageEditor::At(std::size_t slot) const {
   if (slot < slots_.size()) return slots_[slot];
-  throw Corruption(number_, "row " + std::to_string(slot) + " is asked for, the page has " +
+  throw Corruption(number_, "row " + std::to_string(slot) +
+                                " does not exist, the number of rows on the page is " +
                                 std::to_string(slots_.size()));
 }
 
@@ -53,7 +54,7 @@ std::size_t DataPageEditor::Free() const {
   return pages_.layout().page_size - used;
 }
 
-bool DataPageEditor::HasRoomFor(std::size_t size) const {
+bool DataPageEditor::HasSpaceFor(std::size_t size) const {
   return slots_.size() < kMostSlots && size + 2 <= Free();
 }
 
@@ -75,18 +76,18 @@ void DataPageEditor::Replace(std::size_t slot, Bytes row, std::uint16_t flags) {
 
 void DataPageEditor::Delete(std::size_t slot) {
   slots_[slot] = {kRowDeleted, {}};
-  // A page whose rows come and go would run out of slots; nothing points to a deleted row.
+  // Reuse slots at the end, else a page with much traffic runs out. Nothing refers to deleted rows.
   while (!slots_.empty() && slots_.back().flags == kRowDeleted) slots_.pop_back();
 }
 
 void DataPageEditor::Save() {
-  // Other readers take a row from a page that has no slot.
+  // Other readers read a row from a data page even if it has no slots.
   if (slots_.empty()) slots_.push_back({kRowDeleted, {}});
   const std::span<std::byte> bytes = pages_.Change(number_);
   const Layout& layout = pages_.layout();
   std::size_t end = bytes.size();
   std::byte* offset = &bytes[layout.data_row_offsets];
-  // The rows were copied out, so that they may be put anywhere.
+  // The rows are copies, so they can be placed in any order.
   for (const Slot& slot : slots_) {
     end -= slot.bytes.size();
     std::ranges::copy(slot.bytes, bytes.begin() + static_cast<std::ptrdiff_t>(end));

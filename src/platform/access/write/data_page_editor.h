@@ -1,5 +1,5 @@
-// Changes the rows of a data page. The page is taken apart into its slots and put together again
-// without gaps, so that its free room is one piece; slots keep their numbers, which pointers name.
+// Changes the rows of a data page. The page is split into its slots and written back without gaps,
+// so that its free space is contiguous; slots keep their numbers, since row pointers refer to them.
 #pragma once
 
 #include <vector>
@@ -10,24 +10,24 @@ namespace tenora::access {
 
 class DataPageEditor {
  public:
-  // Raises Corruption for what is no data page of `owner`. Changes nothing before Save.
+  // Raises Corruption for a page that is not a data page of `owner`. Nothing changes before Save.
   DataPageEditor(ChangedPages& pages, std::uint32_t number, std::uint32_t owner);
-  // Makes the page an empty data page of `owner`.
+  // Initializes the page as an empty data page of `owner`.
   static void Format(ChangedPages& pages, std::uint32_t number, std::uint32_t owner);
 
   std::uint32_t number() const { return number_; }
-  // Raise Corruption for a slot that is not there.
+  // Both raise Corruption for a slot that does not exist.
   Bytes Row(std::size_t slot) const { return At(slot).bytes; }
   std::uint16_t Flags(std::size_t slot) const { return At(slot).flags; }
 
-  // Bytes free beside the rows and their offsets.
+  // Free space in bytes.
   std::size_t Free() const;
-  // Whether the page has room for one more row of that size, and a slot to name it.
-  bool HasRoomFor(std::size_t size) const;
+  // Whether a new row of that size fits, and there is a slot number left for it.
+  bool HasSpaceFor(std::size_t size) const;
   bool CanReplace(std::size_t slot, std::size_t size) const;
 
-  // The slot of a new row; there must be room. `flags` are kRowHidden for the target of an
-  // overflow row.
+  // Adds a row, for which there must be space, and returns its slot. `flags` is kRowHidden for the
+  // target of an overflow pointer.
   std::uint8_t Add(Bytes row, std::uint16_t flags);
   void Replace(std::size_t slot, Bytes row, std::uint16_t flags);
   void Delete(std::size_t slot);

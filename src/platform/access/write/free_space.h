@@ -1,5 +1,5 @@
-// Finds a data page with room for a new row, among those that a usage map says have some, or makes
-// a new one.
+// Free-space search: finds a data page with space for a new row, among those that a usage map
+// lists, or allocates a new one.
 #pragma once
 
 #include "platform/access/write/data_page_editor.h"
@@ -9,13 +9,13 @@ namespace tenora::access {
 
 class FreeSpace {
  public:
-  FreeSpace(ChangedPages& pages, RowPointer owned, RowPointer with_room, std::uint32_t owner)
-      : pages_(pages), maps_(pages), owned_(owned), with_room_(with_room), owner_(owner) {}
+  FreeSpace(ChangedPages& pages, RowPointer owned, RowPointer with_space, std::uint32_t owner)
+      : pages_(pages), maps_(pages), owned_(owned), with_space_(with_space), owner_(owner) {}
 
-  // Puts a row, which must fit on an empty page, on a page and says where it is.
+  // Stores a row, which must fit on an empty page, and returns its place.
   RowPointer Add(Bytes row, std::uint16_t flags);
-  // Tells the map of a page that has lost a row, or part of one.
-  void NoteRoom(const DataPageEditor& page);
+  // Updates the map for a page on which a row was deleted or shortened.
+  void NoteFreed(const DataPageEditor& page);
 
  private:
   std::uint32_t NewPage();
@@ -23,7 +23,7 @@ class FreeSpace {
   ChangedPages& pages_;
   UsageMapEditor maps_;
   RowPointer owned_;
-  RowPointer with_room_;
+  RowPointer with_space_;
   std::uint32_t owner_;
 };
 

@@ -8,14 +8,14 @@ namespace {
 
 std::size_t SizeOf(const IndexEntry& entry) { return entry.key.size() + 8; }
 
-std::vector<IndexEntry> Piece(const std::vector<IndexEntry>& entries, std::size_t from,
+std::vector<IndexEntry> Slice(const std::vector<IndexEntry>& entries, std::size_t from,
                               std::size_t to) {
   return {entries.begin() + static_cast<std::ptrdiff_t>(from),
           entries.begin() + static_cast<std::ptrdiff_t>(to)};
 }
 
 Corruption TooFull(std::uint32_t page) {
-  return Corruption(page, "an index page holds more than fits on it");
+  return Corruption(page, "the entries of an index page do not fit on it");
 }
 
 }  // namespace
@@ -87,7 +87,7 @@ void IndexEditor::Insert(const IndexKey& key, RowPointer row) {
     throw Corruption(leaf.page, "the index has an entry for the row already");
   }
   entries.insert(place, {key, row, 0});
-  Settle(path, path.size() - 1);
+  Store(path, path.size() - 1);
 }
 
 void IndexEditor::Remove(const IndexKey& key, RowPointer row) {
@@ -100,11 +100,11 @@ void IndexEditor::Remove(const IndexKey& key, RowPointer row) {
   }
   entries.erase(place);
   if (entries.empty() && path.size() > 1) return RemovePage(path, path.size() - 1);
-  Settle(path, path.size() - 1);
+  Store(path, path.size() - 1);
 }
 
-// Writes a page whose entries have changed, and whatever follows from that above it.
-void IndexEditor::Settle(Path& path, std::size_t level) {
+// Writes a page whose entries have changed and updates the levels above it.
+void IndexEditor::Store(Path& path, std::size_t level) {
   if (Write(path[level].page, path[level].content)) return RefreshParent(path, level);
   if (level == 0) {
     MoveRootDown(path);
@@ -113,7 +113,7 @@ void IndexEditor::Settle(Path& path, std::size_t level) {
   Split(path, level);
 }
 
-// The nearest entry above that does not lead to a tail repeats the last entry below.
+// The nearest entry above that does not lead to a tail child repeats the last entry below it.
 void IndexEditor::RefreshParent(Path& path, std::size_t level) {
   if (level == 0) return;
   Level& parent = path[level - 1];
@@ -123,7 +123,7 @@ void IndexEditor::RefreshParent(Path& path, std::size_t level) {
   if (Compare(repeated, last.key, last.row) == 0) return;
   repeated.key = last.key;
   repeated.row = last.row;
-  Settle(path, level - 1);
+  Store(path, level - 1);
 }
 
 void IndexEditor::MoveRootDown(Path& path) {
@@ -138,7 +138,7 @@ void IndexEditor::MoveRootDown(Path& path) {
 
 std::size_t IndexEditor::SplitPoint(const Level& level) const {
   const std::vector<IndexEntry>& entries = level.content.entries;
-  // Rising keys fill page after page.
+  // Ascending inserts fill page after page.
   const bool at_end = level.content.next == 0 && level.position + 1 == entries.size();
   if (at_end) return entries.size() - 1;
   std::size_t all = 0, left = 0, point = 0;
@@ -150,12 +150,12 @@ std::size_t IndexEditor::SplitPoint(const Level& level) const {
 void IndexEditor::Split(Path& path, std::size_t level) {
   Level& full = path[level];
   const std::size_t count = full.content.entries.size();
-  // Both halves of a node need an entry beside the tail.
+  // Both halves of a node need an entry besides the tail child.
   const std::size_t fewest = full.content.leaf ? 1 : 2;
   const std::size_t point = count <= fewest ? 0 : std::max(SplitPoint(full), fewest);
   IndexPage left = full.content, right = full.content;
-  left.entries = Piece(full.content.entries, 0, point);
-  right.entries = Piece(full.content.entries, point, count);
+  left.entries = Slice(full.content.entries, 0, point);
+  right.entries = Slice(full.content.entries, point, count);
   if (point == 0 || !Fits(left) || !Fits(right)) {
     throw NotEncodable("the keys are too long for a page of the index");
   }
@@ -183,7 +183,7 @@ void IndexEditor::Split(Path& path, std::size_t level) {
   }
   entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(parent.position),
                  std::move(separator));
-  Settle(path, level - 1);
+  Store(path, level - 1);
 }
 
 void IndexEditor::RemovePage(Path& path, std::size_t level) {
@@ -196,22 +196,22 @@ void IndexEditor::RemovePage(Path& path, std::size_t level) {
     parent.tail = parent.entries.back().child;
     parent.entries.pop_back();
   }
-  SettleAfterLoss(path, level - 1);
+  StoreAfterRemoval(path, level - 1);
 }
 
-// Takes a page out of its level.
+// Removes a page from the links of its level and releases it.
 void IndexEditor::Unlink(std::uint32_t page, const IndexPage& content) {
   Relink(content.previous, &IndexPage::next, content.next);
   Relink(content.next, &IndexPage::previous, content.previous);
   ReleasePage(page);
 }
 
-// A node that has lost a child may have nothing left but its tail.
-void IndexEditor::SettleAfterLoss(Path& path, std::size_t level) {
+// A node that has lost a child may be left with nothing but its tail child.
+void IndexEditor::StoreAfterRemoval(Path& path, std::size_t level) {
   Level& node = path[level];
   if (!node.content.entries.empty()) {
     node.position = std::min(node.position, node.content.entries.size());
-    return Settle(path, level);
+    return Store(path, level);
   }
   if (level == 0) return CollapseRoot(node);
   if (path[level - 1].position == 0) {
@@ -221,7 +221,7 @@ void IndexEditor::SettleAfterLoss(Path& path, std::size_t level) {
   }
 }
 
-// The root takes over its only child.
+// The root takes over the content of its only child.
 void IndexEditor::CollapseRoot(Level& root) {
   const std::uint32_t child = root.content.tail;
   root.content = Read(child);
@@ -229,13 +229,13 @@ void IndexEditor::CollapseRoot(Level& root) {
   if (!Write(root.page, root.content)) throw TooFull(root.page);
 }
 
-// The child of a parent's entry, or its tail.
+// The child of an entry, or the tail child after the last entry.
 std::uint32_t IndexEditor::ChildAt(const IndexPage& parent, std::size_t position) {
   return position < parent.entries.size() ? parent.entries[position].child : parent.tail;
 }
 
-// A node with nothing but its tail takes a child from the node on its left, or, where that could
-// spare none, goes up in it.
+// A node with nothing but its tail child takes a child from its left sibling, or is merged into it
+// when the sibling has none to spare.
 void IndexEditor::TakeFromLeft(Path& path, std::size_t level) {
   Level& node = path[level];
   Level& parent = path[level - 1];
@@ -252,7 +252,7 @@ void IndexEditor::TakeFromLeft(Path& path, std::size_t level) {
     separator.child = left_page;
     entries[parent.position - 1] = std::move(separator);
     if (!Write(left_page, left) || !Write(node.page, node.content)) throw TooFull(node.page);
-    return Settle(path, level - 1);
+    return Store(path, level - 1);
   }
   left.entries.push_back(std::move(moved));
   left.tail = node.content.tail;
@@ -265,10 +265,10 @@ void IndexEditor::TakeFromLeft(Path& path, std::size_t level) {
   }
   entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(parent.position - 1));
   --parent.position;
-  SettleAfterLoss(path, level - 1);
+  StoreAfterRemoval(path, level - 1);
 }
 
-// The same with the node on its right, for the first of its parent.
+// The same with the right sibling, for the first node of its parent.
 void IndexEditor::TakeFromRight(Path& path, std::size_t level) {
   Level& node = path[level];
   Level& parent = path[level - 1];
@@ -285,7 +285,7 @@ void IndexEditor::TakeFromRight(Path& path, std::size_t level) {
     right.entries.erase(right.entries.begin());
     entries[parent.position] = std::move(separator);
     if (!Write(right_page, right) || !Write(node.page, node.content)) throw TooFull(node.page);
-    return Settle(path, level - 1);
+    return Store(path, level - 1);
   }
   node.content.entries.push_back(right.entries.front());
   node.content.tail = right.tail;
@@ -298,7 +298,7 @@ void IndexEditor::TakeFromRight(Path& path, std::size_t level) {
   } else {
     parent.content.tail = node.page;
   }
-  SettleAfterLoss(path, level - 1);
+  StoreAfterRemoval(path, level - 1);
 }
 
 std::uint32_t IndexEditor::AllocatePage() {
@@ -309,7 +309,7 @@ std::uint32_t IndexEditor::AllocatePage() {
 
 void IndexEditor::ReleasePage(std::uint32_t page) {
   std::ranges::fill(pages_.Change(page), std::byte{0});
-  // One that the file cannot take back stays with the index, blank.
+  // A page that the map of free pages does not cover stays with the index, blank.
   if (maps_.Release(page)) maps_.Remove(index_.owned_pages, page);
 }
 

@@ -1,6 +1,6 @@
-// Puts entries into an index and takes them out. A page that overflows is split and its parent gets
-// one more entry; a page that becomes empty leaves the tree. The root page stays where it is, since
-// the definition names it: when it overflows, its content moves one level down.
+// Inserts and removes the entries of an index. A page that overflows is split, which adds an entry
+// to its parent; a page that becomes empty leaves the tree. The root page never moves, since the
+// definition refers to it: when it overflows, its content moves one level down.
 #pragma once
 
 #include <vector>
@@ -12,11 +12,11 @@ namespace tenora::access {
 
 class IndexEditor {
  public:
-  // `table` is the page of the table's definition. `index` must outlive the editor.
+  // `table` is the page of the table's definition. `pages` and `index` must outlive the editor.
   IndexEditor(ChangedPages& pages, const PhysicalIndex& index, std::uint32_t table)
       : pages_(pages), maps_(pages), index_(index), table_(table) {}
 
-  // All raise Corruption for a broken tree.
+  // All four raise Corruption for a corrupt tree.
   bool HasKey(std::string_view key) const;
   // Whether another row has the key.
   bool HasKeyOfOther(std::string_view key, RowPointer row) const;
@@ -28,7 +28,7 @@ class IndexEditor {
   struct Level {
     std::uint32_t page = 0;
     IndexPage content;
-    std::size_t position = 0;  // of the way down, or of the entry on a leaf
+    std::size_t position = 0;  // of the child on the path, or of the entry on a leaf
   };
   using Path = std::vector<Level>;
 
@@ -39,14 +39,14 @@ class IndexEditor {
   bool Write(std::uint32_t page, const IndexPage& content);
   void Relink(std::uint32_t page, std::uint32_t IndexPage::*link, std::uint32_t to);
 
-  void Settle(Path& path, std::size_t level);
+  void Store(Path& path, std::size_t level);
   void RefreshParent(Path& path, std::size_t level);
   void MoveRootDown(Path& path);
   void Split(Path& path, std::size_t level);
   std::size_t SplitPoint(const Level& level) const;
 
   void RemovePage(Path& path, std::size_t level);
-  void SettleAfterLoss(Path& path, std::size_t level);
+  void StoreAfterRemoval(Path& path, std::size_t level);
   void CollapseRoot(Level& root);
   static std::uint32_t ChildAt(const IndexPage& parent, std::size_t position);
   void TakeFromLeft(Path& path, std::size_t level);

@@ -9,7 +9,7 @@ namespace tenora::access {
 namespace {
 
 constexpr std::size_t kMostInline = 64;
-// What a page takes beside its head and the offset of its only row.
+// The most content on a page, besides its header and the offset of its only row.
 constexpr std::size_t kMostInRow = kJet4Layout.page_size - kJet4Layout.data_row_offsets - 2;
 constexpr std::size_t kNextPiece = 4;
 
@@ -33,7 +33,7 @@ std::vector<std::byte> LongValueWriter::Store(const LongValueMaps& maps, Bytes c
     return head;
   }
   Store32(head.data(), length);
-  // From the last piece to the first, since each names the next.
+  // From the last piece to the first, since each has a pointer to the next.
   constexpr std::size_t kPiece = kMostInRow - kNextPiece;
   RowPointer next;
   std::vector<std::byte> row;
@@ -63,18 +63,18 @@ void LongValueWriter::Free(const LongValueMaps& maps, Bytes field) {
   RowPointer at = RowPointer::Load(&field[4]);
   while (left > 0) {
     DataPageEditor page(pages_, at.page, kLongValueOwner);
-    // A deleted piece has no bytes any more: a chain that runs in a circle ends there.
+    // A deleted piece has no bytes any more, which ends a chain that is a loop.
     const Bytes row = page.Row(at.row);
     if (row.size() <= (chain ? kNextPiece : 0)) {
-      throw Corruption(at.page, "a long value is cut short");
+      throw Corruption(at.page, "a long value is truncated");
     }
     const RowPointer next = chain ? RowPointer::Load(row.data()) : RowPointer{};
     const std::size_t piece = row.size() - (chain ? kNextPiece : 0);
     left -= std::min(left, piece);
     page.Delete(at.row);
     page.Save();
-    FreeSpace(pages_, maps.owned_pages, maps.free_pages, kLongValueOwner).NoteRoom(page);
-    if (left > 0 && next.page == 0) throw Corruption(at.page, "a long value is cut short");
+    FreeSpace(pages_, maps.owned_pages, maps.free_pages, kLongValueOwner).NoteFreed(page);
+    if (left > 0 && next.page == 0) throw Corruption(at.page, "a long value is truncated");
     at = next;
   }
 }

@@ -1,6 +1,6 @@
-// Stores the content of memo and OLE columns and frees it. Short content stays in the row, longer
-// has a row of its own on a page of long values, the longest a chain of them; long_value.h has the
-// bytes.
+// Stores and frees the content of memo and OLE columns. Short content stays in the row, longer
+// content has a row on a page of long values, the longest a chain of such rows. long_value.h
+// describes the bytes.
 #pragma once
 
 #include <vector>
@@ -15,11 +15,11 @@ class LongValueWriter {
  public:
   explicit LongValueWriter(ChangedPages& pages) : pages_(pages), maps_(pages) {}
 
-  // How many bytes the row will keep of a content that long.
+  // The number of bytes in the row for content of that length.
   static std::size_t SizeInRow(std::size_t length);
-  // What the row keeps.
+  // Stores the content and returns the bytes for the row.
   std::vector<std::byte> Store(const LongValueMaps& maps, Bytes content);
-  // Frees the content of the value whose bytes in a row are `field`.
+  // Frees the content of the long value whose bytes in a row are `field`.
   void Free(const LongValueMaps& maps, Bytes field);
 
  private:

@@ -8,7 +8,7 @@
 namespace tenora::access {
 namespace {
 
-// The positions of columns by name. Raises Corruption for one the table does not have.
+// The positions of columns by name. Raises Corruption for one that the table does not have.
 std::vector<std::size_t> Positions(const TableDefinition& table,
                                    const std::vector<std::string>& names) {
   std::vector<std::size_t> positions;
@@ -16,7 +16,7 @@ std::vector<std::size_t> Positions(const TableDefinition& table,
     const auto found = std::ranges::find_if(
         table.columns, [&](const Column& column) { return EqualsNoCase(column.name, name); });
     if (found == table.columns.end()) {
-      throw Corruption(table.page, "a relationship is over a missing column '" + name + "'");
+      throw Corruption(table.page, "a relationship refers to a missing column '" + name + "'");
     }
     positions.push_back(static_cast<std::size_t>(found - table.columns.begin()));
   }

@@ -22,7 +22,7 @@ bool IsLongValue(const Column& column) {
 
 }  // namespace
 
-// Turns what the readers of pages and the makers of keys raise into errors with the table's name.
+// Turns Corruption and NotEncodable into errors that name the table.
 template <typename Step>
 auto TableEditor::Guarded(Step step) const {
   try {
@@ -32,9 +32,9 @@ auto TableEditor::Guarded(Step step) const {
   }
 }
 
-// Runs the part of a change that touches pages.
+// Runs the part of a change that modifies pages.
 template <typename Step>
-auto TableEditor::Changing(Step step) {
+auto TableEditor::ChangingPages(Step step) {
   if (context_.spoiled) Refuse("an earlier change in this transaction failed half way");
   context_.spoiled = true;
   step();
@@ -49,7 +49,7 @@ TableEditor::TableEditor(WriteContext& context, std::shared_ptr<const TableData>
       properties_(context.Properties(*table_)) {
   for (std::size_t i = 0; i < columns().size(); ++i) {
     if ((table_->definition.places[i].more_flags & kColumnCalculated) != 0) {
-      Refuse("column '" + columns()[i].name + "' is calculated by the engine");
+      Refuse("column '" + columns()[i].name + "' is a calculated column");
     }
   }
   ReadTrees();
@@ -143,10 +143,10 @@ RowId TableEditor::Insert(const std::vector<ColumnValue>& values) {
     plan.row.emplace().fields.resize(columns().size());
     plan.changed.assign(columns().size(), true);
     Assign(values, plan);
-    AssignAutomatic(plan);
+    AssignAutoNumbers(plan);
     Check(plan, {});
     RowPointer place;
-    Changing([&] {
+    ChangingPages([&] {
       StoreLongValues(plan);
       const TableDefinition& definition = table_->definition;
       place = FreeSpace(context_.pages(), definition.owned_pages, definition.free_pages,
@@ -154,8 +154,8 @@ RowId TableEditor::Insert(const std::vector<ColumnValue>& values) {
                   .Add(plan.row->Join(definition), 0);
       ApplyKeys(plan, place);
       AddToCount(context_.pages().layout().tdef_rows, 1);
-      if (plan.automatic_number) {
-        Store(&context_.pages().Change(definition.page)[kTdefAutoNumber], *plan.automatic_number);
+      if (plan.auto_number) {
+        Store(&context_.pages().Change(definition.page)[kTdefAutoNumber], *plan.auto_number);
       }
     });
     return Id(place);
@@ -171,7 +171,7 @@ void TableEditor::Update(RowId row, const std::vector<ColumnValue>& values) {
     plan.changed.assign(columns().size(), false);
     Assign(values, plan);
     Check(plan, located.home);
-    Changing([&] {
+    ChangingPages([&] {
       StoreLongValues(plan);
       Rewrite(located, plan.row->Join(table_->definition));
       ApplyKeys(plan, located.home);
@@ -187,11 +187,11 @@ void TableEditor::Delete(RowId row) {
     plan.changed.assign(columns().size(), true);
     for (std::size_t i = 0; i < columns().size(); ++i) {
       if (columns()[i].type == ColumnType::kComplex) {
-        Refuse("column '" + columns()[i].name + "' keeps values in a table of its own");
+        Refuse("column '" + columns()[i].name + "' is multi-valued, which is not supported");
       }
     }
     Check(plan, located.home);
-    Changing([&] {
+    ChangingPages([&] {
       StoreLongValues(plan);
       for (const RowPointer hop : located.hops) DeleteSlot(hop);
       DeleteSlot(located.home);
@@ -205,7 +205,7 @@ void TableEditor::Assign(const std::vector<ColumnValue>& values, Plan& plan) {
   for (const ColumnValue& value : values) {
     const std::size_t column = ColumnNamed(value.column);
     if (plan.before && columns()[column].auto_number) {
-      Refuse("the automatic numbers of column '" + columns()[column].name + "' stay as they are");
+      Refuse("the AutoNumber column '" + columns()[column].name + "' cannot be changed");
     }
     plan.row->fields[column] =
         EncodeField(columns()[column], table_->definition.places[column], value.value);
@@ -215,15 +215,15 @@ void TableEditor::Assign(const std::vector<ColumnValue>& values, Plan& plan) {
 
 std::int32_t TableEditor::NextNumber(const Column& column, std::int32_t last) const {
   if (!table_->definition.counts_up) {
-    Refuse("the automatic numbers of column '" + column.name + "' do not count upwards");
+    Refuse("the AutoNumber column '" + column.name + "' is random, which is not supported");
   }
   if (last == std::numeric_limits<std::int32_t>::max()) {
-    Refuse("the automatic numbers of column '" + column.name + "' are used up");
+    Refuse("the AutoNumber column '" + column.name + "' has reached its highest value");
   }
   return last + 1;
 }
 
-void TableEditor::AssignAutomatic(Plan& plan) {
+void TableEditor::AssignAutoNumbers(Plan& plan) {
   for (std::size_t i = 0; i < columns().size(); ++i) {
     const Column& column = columns()[i];
     Field& field = plan.row->fields[i];
@@ -236,8 +236,8 @@ void TableEditor::AssignAutomatic(Plan& plan) {
     context_.pages().Read(table_->definition.page, definition);
     const auto last = Load<std::int32_t>(&definition.bytes[kTdefAutoNumber]);
     const std::int32_t given = field ? Load<std::int32_t>(field->data()) : NextNumber(column, last);
-    // The numbers go on behind the highest one, also when that was given by hand.
-    if (given > last) plan.automatic_number = given;
+    // Numbering continues from the highest value, even if that was set explicitly.
+    if (given > last) plan.auto_number = given;
     field.emplace(sizeof given);
     Store(field->data(), given);
   }
@@ -246,7 +246,7 @@ void TableEditor::AssignAutomatic(Plan& plan) {
 void TableEditor::Check(Plan& plan, RowPointer place) {
   if (plan.row) {
     RequireAllowed(plan);
-    RequireRoom(plan);
+    RequireFits(plan);
   }
   for (std::size_t i = 0; i < columns().size(); ++i) {
     if (plan.changed[i] && IsLongValue(columns()[i])) MapsOf(i);
@@ -287,7 +287,7 @@ void TableEditor::RequireAllowed(const Plan& plan) const {
   }
 }
 
-void TableEditor::RequireRoom(const Plan& plan) const {
+void TableEditor::RequireFits(const Plan& plan) const {
   StoredRow sized = *plan.row;
   for (std::size_t i = 0; i < columns().size(); ++i) {
     Field& field = sized.fields[i];
@@ -323,7 +323,7 @@ std::optional<IndexKey> TableEditor::KeyOf(const Tree& tree, const StoredRow& ro
 
 void TableEditor::PlanKeys(Plan& plan, RowPointer place) {
   for (const Tree& tree : trees_) {
-    // An index whose columns stay the same needs no key of ours.
+    // An index whose columns do not change needs no key.
     if (!Affects(tree, plan)) continue;
     if (tree.encoder == nullptr) Refuse(tree.why_not, tree.name);
     KeyChange change{&tree, {}, {}};
@@ -350,7 +350,7 @@ void TableEditor::RequireUnique(const KeyChange& change, const StoredRow& row,
                 "Index or primary key cannot contain a Null value. Table '" + name() +
                     "', index '" + tree.name + "'.");
   }
-  // Rows without any value for it do not collide.
+  // Keys that are entirely null are not duplicates of one another.
   const bool all_null = nulls == tree.encoder->columns().size();
   if (!change.new_key || all_null || (tree.index->flags & kIndexUnique) == 0) return;
   const IndexEditor index(context_.pages(), *tree.index, table_->definition.page);
@@ -368,7 +368,7 @@ const LongValueMaps& TableEditor::MapsOf(std::size_t column) const {
                                       &LongValueMaps::column_number);
   if (maps == table_->definition.long_values.end() || maps->owned_pages.page == 0 ||
       maps->free_pages.page == 0) {
-    Refuse("the pages of column '" + columns()[column].name + "' are not listed");
+    Refuse("the definition has no usage maps for column '" + columns()[column].name + "'");
   }
   return *maps;
 }
@@ -387,7 +387,7 @@ void TableEditor::StoreLongValues(Plan& plan) {
 void TableEditor::ApplyKeys(const Plan& plan, RowPointer row) {
   for (const KeyChange& change : plan.keys) {
     IndexEditor index(context_.pages(), *change.tree->index, table_->definition.page);
-    // The definition counts the different keys of each index.
+    // The definition has the number of distinct keys of each index.
     const Layout& layout = context_.pages().layout();
     const std::size_t count = layout.tdef_first_index +
                               change.tree->position * layout.index_head_size + kTdefIndexEntries;
@@ -402,17 +402,17 @@ void TableEditor::ApplyKeys(const Plan& plan, RowPointer row) {
   }
 }
 
-// Puts the new bytes where the old ones are, else where the row began, else on another page.
+// Stores the new bytes where the old ones are, else in the row's first slot, else on another page.
 void TableEditor::Rewrite(const LocatedRow& located, Bytes row) {
   const TableDefinition& definition = table_->definition;
   ChangedPages& pages = context_.pages();
-  FreeSpace room(pages, definition.owned_pages, definition.free_pages, definition.page);
+  FreeSpace free_space(pages, definition.owned_pages, definition.free_pages, definition.page);
   const RowPointer place = located.place();
   DataPageEditor page(pages, place.page, definition.page);
   if (page.CanReplace(place.row, row.size())) {
     page.Replace(place.row, row, page.Flags(place.row));
     page.Save();
-    return room.NoteRoom(page);
+    return free_space.NoteFreed(page);
   }
   for (const RowPointer hop : located.hops) DeleteSlot(hop);
   if (DataPageEditor home(pages, located.home.page, definition.page);
@@ -421,14 +421,14 @@ void TableEditor::Rewrite(const LocatedRow& located, Bytes row) {
     return home.Save();
   }
   std::array<std::byte, 4> pointer;
-  room.Add(row, kRowHidden).Store(pointer.data());
+  free_space.Add(row, kRowHidden).Store(pointer.data());
   DataPageEditor home(pages, located.home.page, definition.page);
   if (!home.CanReplace(located.home.row, pointer.size())) {
-    throw Corruption(located.home.page, "a row has no room for a pointer");
+    throw Corruption(located.home.page, "a row has no space for a pointer");
   }
   home.Replace(located.home.row, pointer, kRowOverflow);
   home.Save();
-  room.NoteRoom(home);
+  free_space.NoteFreed(home);
 }
 
 void TableEditor::DeleteSlot(RowPointer row) {
@@ -438,10 +438,10 @@ void TableEditor::DeleteSlot(RowPointer row) {
   page.Delete(row.row);
   page.Save();
   FreeSpace(context_.pages(), definition.owned_pages, definition.free_pages, definition.page)
-      .NoteRoom(page);
+      .NoteFreed(page);
 }
 
-// Adds to a count of the definition, which other programs may have left too low.
+// Adds to a count in the definition. Other programs may have left it too low: it stops at 0.
 void TableEditor::AddToCount(std::size_t offset, int change) {
   std::byte* const at = &context_.pages().Change(table_->definition.page)[offset];
   const std::uint32_t count = Load32(at);

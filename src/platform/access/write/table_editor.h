@@ -1,5 +1,6 @@
-// The rows of one table, changed with everything that hangs on them: indexes, long values, usage
-// maps and the counts of the definition. Each change is checked whole before any page is touched.
+// Changes the rows of one table together with everything that depends on them: indexes, long
+// values, usage maps and the counts in the definition. A change is checked completely before any
+// page is modified.
 #pragma once
 
 #include "platform/access/database_writer.h"
@@ -12,7 +13,7 @@ namespace tenora::access {
 
 class TableEditor final : public WritableTable {
  public:
-  // Raises 3073 for a table that cannot be written.
+  // Raises 3073 for a table that cannot be written. `context` must outlive the editor.
   TableEditor(WriteContext& context, std::shared_ptr<const TableData> table);
 
   const std::string& name() const override { return table_->name; }
@@ -30,27 +31,27 @@ class TableEditor final : public WritableTable {
   void Delete(RowId row) override;
 
  private:
-  // The place of one index in the definition, and how to make its keys.
+  // A physical index of the table and how to encode its keys.
   struct Tree {
     const PhysicalIndex* index;
     std::string name;
     std::size_t position;
-    bool required;  // no column may be null
+    bool required;  // its columns must not be null
     std::unique_ptr<IndexKeyEncoder> encoder;
-    std::string why_not;  // no encoder
+    std::string why_not;  // why there is no encoder
   };
-  // What one change does to one index.
+  // The effect of a change on one index.
   struct KeyChange {
     const Tree* tree;
-    std::optional<IndexKey> old_key, new_key;  // none: no entry
+    std::optional<IndexKey> old_key, new_key;  // empty: no entry
   };
-  // A change, worked out but not made. Long values that changed are in `row` as their content.
+  // A change that has been prepared but not applied. Changed long values are in `row` as content.
   struct Plan {
     std::optional<StoredRow> before;
     std::optional<StoredRow> row;
     std::vector<bool> changed;  // by column
     std::vector<KeyChange> keys;
-    std::optional<std::int32_t> automatic_number;
+    std::optional<std::int32_t> auto_number;  // the new last one
   };
 
   void ReadTrees();
@@ -60,13 +61,13 @@ class TableEditor final : public WritableTable {
   template <typename Step>
   auto Guarded(Step step) const;
   template <typename Step>
-  auto Changing(Step step);
+  auto ChangingPages(Step step);
 
   void Assign(const std::vector<ColumnValue>& values, Plan& plan);
   std::int32_t NextNumber(const Column& column, std::int32_t last) const;
-  void AssignAutomatic(Plan& plan);
+  void AssignAutoNumbers(Plan& plan);
   void RequireAllowed(const Plan& plan) const;
-  void RequireRoom(const Plan& plan) const;
+  void RequireFits(const Plan& plan) const;
   void PlanKeys(Plan& plan, RowPointer row);
   bool Affects(const Tree& tree, const Plan& plan) const;
   std::optional<IndexKey> KeyOf(const Tree& tree, const StoredRow& row) const;

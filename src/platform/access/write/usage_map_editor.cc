@@ -10,7 +10,6 @@
 namespace tenora::access {
 namespace {
 
-constexpr RowPointer kFreePages{1, 0};
 constexpr std::uint8_t kIndirect = 1;
 
 std::uint32_t PagesPerBitmap(const Layout& layout) {
@@ -38,7 +37,7 @@ UsageMapEditor::Row UsageMapEditor::Find(RowPointer map, PageBuffer& buffer) con
   const Bytes row = DataPage(pages_.layout(), buffer).Row(map.row).bytes;
   const std::uint8_t kind = row.empty() ? 0xFF : Load8(row.data());
   if (kind > kIndirect || row.size() <= kInlineMapBits) {
-    throw Corruption(map.page, "row " + std::to_string(map.row) + " is no usage map");
+    throw Corruption(map.page, "row " + std::to_string(map.row) + " is not a usage map");
   }
   return {static_cast<std::size_t>(row.data() - buffer.bytes.data()), row, kind == kIndirect};
 }
@@ -57,7 +56,7 @@ UsageMapEditor::Bit UsageMapEditor::BitOf(RowPointer map, std::uint32_t page) co
     PageBuffer bitmap;
     pages_.Read(on_page, bitmap);
     if (bitmap.type() != PageType::kUsageMap) {
-      throw Corruption(on_page, "a page of a usage map is expected here");
+      throw Corruption(on_page, "expected a bitmap page of a usage map");
     }
     bits_start = kBitmapPageBits;
     bit = page % span;
@@ -84,7 +83,7 @@ bool UsageMapEditor::Contains(RowPointer map, std::uint32_t page) const {
 }
 
 void UsageMapEditor::Add(RowPointer map, std::uint32_t page) {
-  if (BitOf(map, page).on_page == 0) MakeRoom(map, page);
+  if (BitOf(map, page).on_page == 0) Extend(map, page);
   Set(BitOf(map, page), true);
 }
 
@@ -92,18 +91,18 @@ void UsageMapEditor::Remove(RowPointer map, std::uint32_t page) {
   if (Contains(map, page)) Set(BitOf(map, page), false);
 }
 
-void UsageMapEditor::MakeRoom(RowPointer map, std::uint32_t page) {
+void UsageMapEditor::Extend(RowPointer map, std::uint32_t page) {
   PageBuffer buffer;
   if (!Find(map, buffer).indirect) {
-    if (MoveWindow(map, page)) return;
+    if (Shift(map, page)) return;
     MakeIndirect(map);
     if (BitOf(map, page).on_page != 0) return;
   }
   AddBitmapPage(map, page, Allocate());
 }
 
-// Lets an inline map begin elsewhere; false when its pages lie too far apart for that.
-bool UsageMapEditor::MoveWindow(RowPointer map, std::uint32_t page) {
+// Shifts the first page of an inline map; false when its pages are too far apart for that.
+bool UsageMapEditor::Shift(RowPointer map, std::uint32_t page) {
   PageBuffer buffer;
   const Row row = Find(map, buffer);
   const std::uint32_t first = Load32(&row.bytes[1]);
@@ -135,7 +134,8 @@ void UsageMapEditor::MakeIndirect(RowPointer map) {
   }
 }
 
-// Makes `bitmap` the page of an indirect map that holds the bit of `page`.
+// Makes `bitmap` the bitmap page of an indirect map that has the bit of `page`; returns the first
+// page that it covers.
 std::uint32_t UsageMapEditor::AddBitmapPage(RowPointer map, std::uint32_t page,
                                             std::uint32_t bitmap) {
   PageBuffer buffer;
@@ -155,7 +155,7 @@ std::uint32_t UsageMapEditor::AddBitmapPage(RowPointer map, std::uint32_t page,
 
 std::uint32_t UsageMapEditor::FindFree() const {
   PageBuffer buffer;
-  const Row row = Find(kFreePages, buffer);
+  const Row row = Find(kFreePagesMap, buffer);
   const auto first_in = [&](Bytes bits, std::uint64_t first) {
     for (std::size_t i = 0; i < bits.size(); ++i) {
       if (bits[i] == std::byte{0}) continue;
@@ -186,40 +186,42 @@ std::uint32_t UsageMapEditor::Allocate() {
     MarkAppended(page);
     return page;
   }
-  // The first pages are never free; a map that says so would have us write over the catalogue.
-  if (found <= kCataloguePage) throw Corruption(kFreePages.page, "the map of free pages is wrong");
-  Set(BitOf(kFreePages, found), false);
+  // The first pages are never free; trusting such a map would overwrite the system catalogue.
+  if (found <= kCataloguePage)
+    throw Corruption(kFreePagesMap.page,
+                     "the map of free pages lists a page of the system catalogue");
+  Set(BitOf(kFreePagesMap, found), false);
   std::ranges::fill(pages_.Change(found), std::byte{0});
   return found;
 }
 
-// The file's map has set bits for the pages that are yet to come.
+// The map of free pages already has set bits for pages beyond the end of the file.
 void UsageMapEditor::MarkAppended(std::uint32_t page) {
-  const Bit bit = BitOf(kFreePages, page);
+  const Bit bit = BitOf(kFreePagesMap, page);
   if (bit.on_page != 0) return Set(bit, false);
   PageBuffer buffer;
-  const Row row = Find(kFreePages, buffer);
+  const Row row = Find(kFreePagesMap, buffer);
   if (row.indirect) {
     const std::uint32_t bitmap = pages_.Append();
-    const std::uint32_t first = AddBitmapPage(kFreePages, page, bitmap);
+    const std::uint32_t first = AddBitmapPage(kFreePagesMap, page, bitmap);
     const std::span<std::byte> bits = pages_.Change(bitmap).subspan(kBitmapPageBits);
     for (std::size_t i = 0; i < bits.size() * 8; ++i) {
       if (first + i > bitmap) bits[i / 8] |= std::byte{1} << i % 8;
     }
     return;
   }
-  // No page of the file is free, else it would have been taken: the map may forget all it says and
-  // begin here. Pages before its first one are in use.
+  // No page of the file is free, otherwise it would have been allocated: the map can start anew
+  // here. Pages before its first one are in use.
   if (page < Load32(&row.bytes[1])) return;
   const std::span<std::byte> map =
-      pages_.Change(kFreePages.page).subspan(row.start, row.bytes.size());
+      pages_.Change(kFreePagesMap.page).subspan(row.start, row.bytes.size());
   Store32(&map[1], page / 8 * 8);
   std::ranges::fill(map.subspan(kInlineMapBits), std::byte{0xFF});
   map[kInlineMapBits] = std::byte{0xFF} << (page % 8 + 1);
 }
 
 bool UsageMapEditor::Release(std::uint32_t page) {
-  const Bit bit = BitOf(kFreePages, page);
+  const Bit bit = BitOf(kFreePagesMap, page);
   if (bit.on_page == 0) return false;
   Set(bit, true);
   return true;

@@ -1,4 +1,4 @@
-// What the tables of one transaction share: its pages, and what has been read of its tables.
+// The state that the tables of one transaction share: its pages, and the schema read so far.
 #pragma once
 
 #include <map>
@@ -22,8 +22,8 @@ class WriteContext {
   ChangedPages& pages() { return *pages_; }
   const TextCodec& codec() const { return codec_; }
 
-  // Null when there is no such table. A definition is read once in a transaction; its counts are
-  // those of that moment. Raises as DatabaseFile::FindTable.
+  // Null when there is no such table. A definition is read once in a transaction; its counts are of
+  // that time. Raises as DatabaseFile::FindTable.
   std::shared_ptr<const TableData> Load(std::string_view name);
 
   bool IsSystemTable(std::string_view name) const;
@@ -33,8 +33,8 @@ class WriteContext {
 
   const std::vector<Relationship>& relationships();
 
-  // Set while pages are changed for one statement: if that fails half way, the pages are neither as
-  // before nor as after, and the transaction must never be committed.
+  // Set while a change modifies pages: if that fails half way, the pages are inconsistent and the
+  // transaction must never be committed.
   bool spoiled = false;
 
  private:
