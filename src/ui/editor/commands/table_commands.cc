@@ -30,26 +30,24 @@ CellRange SelectedCells(const QTextCursor& cursor, const QTextTable& table) {
   return {cell.row(), cell.rowSpan(), cell.column(), cell.columnSpan()};
 }
 
-// True where the table holds the other one, at any depth.
-bool Holds(const Table& table, const Table* inner) {
-  for (const Row& row : table.rows) {
-    for (const richtext::Cell& cell : row.cells) {
-      for (const Block& block : cell.blocks) {
-        const auto* const nested = std::get_if<std::shared_ptr<Table>>(&block);
-        if (nested != nullptr && (nested->get() == inner || Holds(**nested, inner))) return true;
-      }
-    }
-  }
-  return false;
+// True where the block is the table or holds it, at any depth.
+bool Holds(const Block& block, const Table* wanted) {
+  const auto* const table = std::get_if<std::shared_ptr<Table>>(&block);
+  if (table == nullptr || table->get() == wanted) return table != nullptr;
+  return std::ranges::any_of((*table)->rows, [&](const Row& row) {
+    return std::ranges::any_of(row.cells, [&](const richtext::Cell& cell) {
+      return std::ranges::any_of(cell.blocks,
+                                 [&](const Block& inner) { return Holds(inner, wanted); });
+    });
+  });
 }
 
 // Gives the table other rows and returns whether it was found. A table without rows is removed.
 bool ReplaceRows(const Table* table, std::size_t first, std::size_t count, std::vector<Row>* rows,
                  std::vector<Block>* blocks) {
   for (auto block = blocks->begin(); block != blocks->end(); ++block) {
+    if (!Holds(*block, table)) continue;
     auto* const found = std::get_if<std::shared_ptr<Table>>(&*block);
-    if (found == nullptr) continue;
-    if (found->get() != table && !Holds(**found, table)) continue;
     const auto changed = std::make_shared<Table>(**found);
     if (found->get() == table) {
       const auto begin = changed->rows.begin() + static_cast<std::ptrdiff_t>(first);
@@ -82,7 +80,7 @@ void TableCommands::ChangeTable(const Change& change) {
   if (table == nullptr) return;
   LetterReader reader(letter_.formats());
   reader.LookFor(table);
-  std::vector<Block> blocks = reader.Read(*letter_.control().document());
+  const std::vector<Block> blocks = reader.Read(*letter_.control().document());
   const LetterReader::FoundTable& found = reader.Found();
   if (found.table == nullptr) return;
   CellRange cells = SelectedCells(cursor, *table);
@@ -94,10 +92,12 @@ void TableCommands::ChangeTable(const Change& change) {
     caret += shape.PositionOf(std::clamp(cells.row, 0, shape.rows() - 1),
                               std::clamp(cells.column, 0, shape.columns() - 1));
   }
-  const std::vector<Block> before = blocks;
-  ReplaceRows(found.table, found.grid.first_row, found.grid.rows.size(), &rows, &blocks);
-  UpdateLetter(letter_.control().document(), &letter_.formats(), before, reader.positions(),
-               blocks);
+  const auto holder =
+      std::ranges::find_if(blocks, [&](const Block& block) { return Holds(block, found.table); });
+  std::vector<Block> changed = {*holder};
+  ReplaceRows(found.table, found.grid.first_row, found.grid.rows.size(), &rows, &changed);
+  ReplaceBlock(letter_.control().document(), &letter_.formats(), blocks, reader.positions(),
+               static_cast<std::size_t>(holder - blocks.begin()), changed);
   letter_.box().Select(caret, 0);
 }
 

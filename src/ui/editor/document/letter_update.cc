@@ -110,6 +110,8 @@ class Comparison {
   int position_ = 0;
 };
 
+bool IsTable(const Block& block) { return block.index() != 0; }
+
 // The numbers of blocks at the front and at the end that are the same. What is between them begins
 // with a paragraph that follows a paragraph, and ends with one, so that it can be removed from Qt's
 // document.
@@ -118,7 +120,6 @@ struct Middle {
 };
 
 Middle DifferentBlocks(const std::vector<Block>& from, const std::vector<Block>& to) {
-  const auto is_table = [](const Block& block) { return block.index() != 0; };
   const std::size_t most = std::min(from.size(), to.size());
   Middle middle;
   Comparison comparison;
@@ -128,16 +129,34 @@ Middle DifferentBlocks(const std::vector<Block>& from, const std::vector<Block>&
          comparison.Same(from[from.size() - 1 - middle.end], to[to.size() - 1 - middle.end]))
     ++middle.end;
   const auto begins_well = [&](std::size_t first) {
-    return first == 0 || (first < most && !is_table(from[first]) && !is_table(to[first]) &&
-                          !is_table(from[first - 1]));
+    return first == 0 || (first < most && !IsTable(from[first]) && !IsTable(to[first]) &&
+                          !IsTable(from[first - 1]));
   };
   while (!begins_well(middle.front)) --middle.front;
   const auto ends_well = [&](const std::vector<Block>& blocks) {
     return blocks.size() - middle.end > middle.front &&
-           !is_table(blocks[blocks.size() - middle.end - 1]);
+           !IsTable(blocks[blocks.size() - middle.end - 1]);
   };
   while (middle.end > 0 && (!ends_well(from) || !ends_well(to))) --middle.end;
   return middle;
+}
+
+// Replaces what is shown between the blocks that stay.
+void ReplaceMiddle(QTextCursor* cursor, LetterLoader* loader, const std::vector<Block>& shown,
+                   const PositionMap& positions, const Middle& middle,
+                   const std::vector<Block>& blocks) {
+  const QTextDocument& document = *cursor->document();
+  const auto last = shown.end() - static_cast<std::ptrdiff_t>(middle.end) - 1;
+  int start = 0, end = 0;
+  for (auto block = shown.begin(); block != last; ++block) {
+    end += printing::Length(*block);
+    if (block < shown.begin() + static_cast<std::ptrdiff_t>(middle.front)) start = end;
+  }
+  if (middle.front > 0) cursor->setPosition(document.findBlock(positions.ToQt(start)).position());
+  cursor->setPosition(document.findBlock(positions.ToQt(end)).position(), QTextCursor::KeepAnchor);
+  cursor->movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+  cursor->removeSelectedText();
+  loader->Insert(cursor, blocks, true);
 }
 
 }  // namespace
@@ -162,21 +181,27 @@ void UpdateLetter(QTextDocument* document, LetterFormats* formats, const std::ve
     }
   } else {
     const Middle middle = DifferentBlocks(shown, wanted);
-    const auto last = shown.end() - static_cast<std::ptrdiff_t>(middle.end) - 1;
-    int start = 0, end = 0;
-    for (auto block = shown.begin(); block != last; ++block) {
-      end += printing::Length(*block);
-      if (block < shown.begin() + static_cast<std::ptrdiff_t>(middle.front)) start = end;
-    }
-    if (middle.front > 0) cursor.setPosition(document->findBlock(positions.ToQt(start)).position());
-    cursor.setPosition(document->findBlock(positions.ToQt(end)).position(),
-                       QTextCursor::KeepAnchor);
-    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
-    cursor.removeSelectedText();
     const std::vector<Block> blocks(wanted.begin() + static_cast<std::ptrdiff_t>(middle.front),
                                     wanted.end() - static_cast<std::ptrdiff_t>(middle.end));
-    loader.Insert(&cursor, blocks, true);
+    ReplaceMiddle(&cursor, &loader, shown, positions, middle, blocks);
   }
+  cursor.endEditBlock();
+}
+
+void ReplaceBlock(QTextDocument* document, LetterFormats* formats, const std::vector<Block>& shown,
+                  const PositionMap& positions, std::size_t index,
+                  const std::vector<Block>& replacement) {
+  std::size_t front = index, last = index;
+  while (front > 0 && (IsTable(shown[front]) || IsTable(shown[front - 1]))) --front;
+  while (IsTable(shown[last])) ++last;  // a letter ends with a paragraph
+  const auto at = [&](std::size_t i) { return shown.begin() + static_cast<std::ptrdiff_t>(i); };
+  std::vector<Block> blocks(at(front), at(index));
+  blocks.insert(blocks.end(), replacement.begin(), replacement.end());
+  blocks.insert(blocks.end(), at(index + 1), at(last + 1));
+  LetterLoader loader(*formats);
+  QTextCursor cursor(document);
+  cursor.beginEditBlock();
+  ReplaceMiddle(&cursor, &loader, shown, positions, {front, shown.size() - last - 1}, blocks);
   cursor.endEditBlock();
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QTextDocument>
+#include <cstddef>
 #include <vector>
 
 #include "platform/richtext/document.h"
@@ -15,5 +16,11 @@ namespace tenora {
 void UpdateLetter(QTextDocument* document, LetterFormats* formats,
                   const std::vector<richtext::Block>& shown, const PositionMap& positions,
                   const std::vector<richtext::Block>& wanted);
+
+// Puts other blocks, or none, in the place of the one at `index`, as one undo step and without
+// comparing the rest of the letter. `shown` and `positions` are as above.
+void ReplaceBlock(QTextDocument* document, LetterFormats* formats,
+                  const std::vector<richtext::Block>& shown, const PositionMap& positions,
+                  std::size_t index, const std::vector<richtext::Block>& replacement);
 
 }  // namespace tenora
