@@ -1,6 +1,6 @@
 // Two hives of keys with typed values, kept in files: the machine-wide one and the per-user one;
 // docs/settings.md describes places and format. Several processes may read and write at once; every
-// read sees the file as it is on disk.
+// read sees the file as it is on disk, and parses it only when it has changed.
 #pragma once
 
 #include <cstdint>

@@ -111,6 +111,75 @@ TEST_F(RegistryTest, ReadsWhatATechnicianTyped) {
             "End of settings\n");
 }
 
+// The bytes that this process has read so far.
+std::uint64_t BytesRead() {
+  std::ifstream counters("/proc/self/io");
+  std::string name;
+  std::uint64_t value = 0;
+  counters >> name >> value;
+  EXPECT_EQ(name, "rchar:");
+  return value;
+}
+
+// An hour ago, beyond any file system's resolution.
+void Age(const std::filesystem::path& file) {
+  const auto past = std::filesystem::last_write_time(file) - std::chrono::hours(1);
+  std::filesystem::last_write_time(file, past);
+}
+
+TEST_F(RegistryTest, ReadsAnUnchangedFileOnce) {
+  registry_->Set(Hive::kCurrentUser, kKey, "long", Text(std::string(1'000'000, 'x')));
+  for (const bool fresh : {true, false}) {
+    if (!fresh) Age(UserFile());
+    const std::uint64_t before = BytesRead();
+    for (int i = 0; i < 9; ++i) {
+      EXPECT_EQ(Read(Hive::kCurrentUser, kKey, "long").size(), 1'000'000U);
+    }
+    // A fresh file may be read twice, once more when its times are settled.
+    EXPECT_LT(BytesRead() - before, fresh ? 2'100'000U : 1'100'000U);
+  }
+}
+
+TEST_F(RegistryTest, SeesEveryChangeOfAFileItHasRead) {
+  const auto text = [](const char* value) {
+    return "Tenora settings, version 1\n[a]\n\"n\" = \"" + std::string(value) +
+           "\"\nEnd of settings\n";
+  };
+  const auto in_place = [&](const char* value) {
+    std::ofstream(UserFile(), std::ios::binary | std::ios::trunc) << text(value);
+  };
+  std::filesystem::create_directories(UserFile().parent_path());
+  const auto other = Registry::Open(folder_ / "etc", folder_ / "home/config");
+  // Texts of one length, so that only the times or the file itself tell them apart.
+  WriteWholeFile(UserFile(), text("one"));
+  EXPECT_EQ(Read(Hive::kCurrentUser, "a", "n"), "one");
+  for (int i = 0; i < 200; ++i) {
+    const std::string value = std::to_string(100 + i);
+    ASSERT_EQ(other->Set(Hive::kCurrentUser, "a", "n", Text(value)), kSuccess);
+    ASSERT_EQ(Read(Hive::kCurrentUser, "a", "n"), value);
+  }
+  for (const char* value : {"six", "ten", "old", "new"}) {
+    Age(UserFile());
+    EXPECT_NE(Read(Hive::kCurrentUser, "a", "n"), value);
+    in_place(value);
+    EXPECT_EQ(Read(Hive::kCurrentUser, "a", "n"), value);
+  }
+  Age(UserFile());
+  const auto time = std::filesystem::last_write_time(UserFile());
+  EXPECT_EQ(Read(Hive::kCurrentUser, "a", "n"), "new");
+  ASSERT_EQ(other->Set(Hive::kCurrentUser, "a", "n", Text("set")), kSuccess);
+  EXPECT_EQ(Read(Hive::kCurrentUser, "a", "n"), "set");
+  // Another file with the times and the size of the one before.
+  WriteWholeFile(UserFile(), text("mov"));
+  std::filesystem::last_write_time(UserFile(), time);
+  EXPECT_EQ(Read(Hive::kCurrentUser, "a", "n"), "mov");
+  WriteWholeFile(UserFile(), text("end"));
+  std::filesystem::last_write_time(UserFile(), time);
+  EXPECT_EQ(Read(Hive::kCurrentUser, "a", "n"), "end");
+  std::filesystem::remove(UserFile());
+  EXPECT_EQ(Read(Hive::kCurrentUser, "a", "n"), "status 2");
+}
+
 TEST_F(RegistryTest, RefusesADamagedFileAndLeavesItAsItIs) {
   registry_->Set(Hive::kCurrentUser, kKey, "TopMargin", Text("567"));
   registry_->Set(Hive::kCurrentUser, kKey, "CM", Text("<b>\n"));
