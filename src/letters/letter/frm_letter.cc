@@ -18,6 +18,7 @@
 #include "platform/mail/address.h"
 #include "platform/printing/picture_import.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -229,8 +230,9 @@ std::string frmLetter::EmailAddress() const {
 EmailBody frmLetter::BodyOfEmail(bool attach_pdf) const {
   EmailBody body = MakeEmailBody(rtfLetter);
   if (attach_pdf) {
-    body.attachments.push_back({"application/pdf", members_.LetterTitle + ".pdf", "",
-                                MakeLetterPdf(rtfLetter, DocumentTitle(), session_.settings)});
+    body.attachments.push_back({"application/pdf",
+                                SafeFileName(members_.LetterTitle, kLongestFileName - 4) + ".pdf",
+                                "", MakeLetterPdf(rtfLetter, DocumentTitle(), session_.settings)});
   }
   return body;
 }
@@ -401,8 +403,7 @@ void frmLetter::InsertFile(const std::string& title, const std::string& filter, 
       return;
     }
     const EmbeddedFile file{path->filename().string(), ReadWholeFile(*path, kLargestEmbeddedFile)};
-    rtfLetter.InsertObject(
-        EmbeddedFileGroup(file, printing::PictureGroup(printing::FileLabel(file.name))));
+    rtfLetter.InsertObject(EmbeddedFileGroup(file, printing::PictureGroup(printing::FileLabel(file.name))));
   });
 }
 

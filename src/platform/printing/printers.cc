@@ -8,10 +8,13 @@
 #include "platform/printing/printing.h"
 #include "platform/printing/qt_application.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::printing {
 namespace {
+
+constexpr std::size_t kLongestStem = 120;  // of a PDF file's name, bytes
 
 // Where a finished job goes.
 class Destination {
@@ -39,7 +42,10 @@ class PdfFolder : public Destination {
 
   std::filesystem::path Deliver(SpoolFile& spool, const std::string& title,
                                 const JobOptions&) override {
-    if (!IsFile()) return spool.TakeFreeName(SafeStem(title));
+    if (!IsFile()) {
+      const bool named = title.find_first_not_of(". ") != std::string::npos;
+      return spool.TakeFreeName(SafeFileName(named ? title : "Document", kLongestStem));
+    }
     spool.Replace(target_);
     return target_;
   }

@@ -38,5 +38,7 @@ std::u16string ToUtf16(std::string_view text);
 // An unpaired surrogate becomes U+FFFD.
 std::string FromUtf16(std::u16string_view text);
 bool IsValidUtf8(std::string_view text);
+// At most this many bytes of UTF-8, cut between characters.
+std::string_view BoundedUtf8(std::string_view text, std::size_t bytes);
 
 }  // namespace tenora

@@ -3,9 +3,9 @@
 #include <QStatusBar>
 #include <QUrl>
 
-#include "letters/file_names.h"
 #include "letters/template_library.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
 #include "ui/window/frm_main.h"
 #include "ui/window/icons.h"

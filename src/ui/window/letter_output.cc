@@ -2,11 +2,11 @@
 
 #include <QCoreApplication>
 
-#include "letters/file_names.h"
 #include "letters/window_print.h"
 #include "output/letter_pdf.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/safe_file_name.h"
 #include "ui/window/print_preview.h"
 
 namespace tenora {
@@ -65,7 +65,8 @@ void LetterOutput::ExportPdf(frmLetter& letter) {
   const LetterMembers& members = letter.members();
   std::filesystem::path suggestion =
       members.FilePath.empty()
-          ? session_.database.DataFolder() / (SafeFileName(members.LetterTitle) + ".pdf")
+          ? session_.database.DataFolder() /
+                (SafeFileName(members.LetterTitle, kLongestFileName - 4) + ".pdf")
           : std::filesystem::path(members.FilePath).replace_extension(".pdf");
   auto path = session_.platform.dialogs.ChooseFileToSave("Export as PDF", "PDF|*.pdf", suggestion);
   if (!path) return;

@@ -30,7 +30,7 @@ int Fail(int reason) {
 
 }  // namespace
 
-// Stand in front of the C library's.
+// Override the C library's.
 extern "C" int renameat2(int from_folder, const char* from, int to_folder, const char* to,
                          unsigned flags) noexcept {
   if (!file_system.renames_without_replacing) return Fail(EINVAL);

@@ -6,8 +6,8 @@
 #include <cmath>
 #include <memory>
 
-#include "platform/printing/pdf/spool_file.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/text.h"
 
 namespace tenora::printing {
 namespace {

@@ -7,12 +7,10 @@
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
-#include "platform/runtime/text.h"
 
 namespace tenora::printing {
 namespace {
 
-constexpr std::size_t kLongestStem = 120;
 constexpr int kMostNumbers = 100000;
 
 const std::filesystem::path& Made(const std::filesystem::path& folder) {
@@ -47,28 +45,6 @@ std::filesystem::path SpoolFile::TakeFreeName(const std::string& stem) {
 // A server may tell only now that its disk is full.
 void SpoolFile::Sync(const std::filesystem::path& target) const {
   if (::fsync(file_.descriptor()) != 0) throw FileError(errno, target);
-}
-
-std::string SafeStem(std::string_view title) {
-  std::string stem;
-  while (!title.empty()) {
-    const char32_t c = TakeCodePoint(title);
-    const bool control = c < 0x20 || (c >= 0x7F && c < 0xA0);
-    const bool reserved = c < 0x80 && std::string_view("/\\:*?\"<>|").find(static_cast<char>(c)) !=
-                                          std::string_view::npos;
-    AppendUtf8(stem, control || reserved ? U'_' : c);
-  }
-  std::string_view rest = TrimBlanks(stem);
-  rest.remove_prefix(std::min(rest.find_first_not_of(". "), rest.size()));
-  rest = BoundedUtf8(rest, kLongestStem);
-  while (!rest.empty() && (rest.back() == ' ' || rest.back() == '.')) rest.remove_suffix(1);
-  return rest.empty() ? "Document" : std::string(rest);
-}
-
-std::string_view BoundedUtf8(std::string_view text, std::size_t bytes) {
-  if (text.size() <= bytes) return text;
-  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;
-  return text.substr(0, bytes);
 }
 
 }  // namespace tenora::printing

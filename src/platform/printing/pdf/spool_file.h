@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <string>
-#include <string_view>
 
 #include "platform/runtime/scratch_file.h"
 
@@ -28,12 +27,5 @@ class SpoolFile {
 
   ScratchFile file_;
 };
-
-// A file name without extension made from a job's title: no separators, control or wildcard
-// characters, no leading points, bounded in bytes; "Document" when nothing is left.
-std::string SafeStem(std::string_view title);
-
-// At most this many bytes, cut between characters.
-std::string_view BoundedUtf8(std::string_view text, std::size_t bytes);
 
 }  // namespace tenora::printing
