@@ -16,6 +16,7 @@
 #include "output/letter_printing.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
+#include "platform/printing/file_label.h"
 #include "platform/printing/picture_import.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/safe_file_name.h"
@@ -399,11 +400,11 @@ void frmLetter::InsertFile(const std::string& title, const std::string& filter, 
   if (!path) return;
   Guarded(dialogs, as_picture ? "frmLetter - InsertPicture" : "frmLetter - InsertOLEObject", [&] {
     if (as_picture) {
-      rtfLetter.InsertObject(printing::PictureGroup(printing::ReadPictureFile(*path)));
+      rtfLetter.InsertObject(printing::ImportPictureFile(*path).source);
       return;
     }
     const EmbeddedFile file{path->filename().string(), ReadWholeFile(*path, kLargestEmbeddedFile)};
-    rtfLetter.InsertObject(EmbeddedFileGroup(file, printing::PictureGroup(printing::FileLabel(file.name))));
+    rtfLetter.InsertObject(EmbeddedFileGroup(file, printing::FileLabel(file.name).source));
   });
 }
 

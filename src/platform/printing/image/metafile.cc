@@ -1,5 +1,7 @@
 #include "platform/printing/image/metafile.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 namespace tenora::printing {
@@ -8,6 +10,8 @@ namespace {
 constexpr std::size_t kBmpHeader = 14;
 constexpr std::size_t kWmfHeader = 18, kPlaceableHeader = 22;
 constexpr std::uint32_t kPlaceableKey = 0x9AC6CDD7;
+constexpr std::size_t kEmfHeader = 88;
+constexpr double kTwipsPerInch = 1440;
 
 // Little-endian numbers; 0 beyond the end.
 std::uint32_t Number(std::string_view bytes, std::size_t at, int size) {
@@ -17,6 +21,14 @@ std::uint32_t Number(std::string_view bytes, std::size_t at, int size) {
     value = value << 8 | (place < bytes.size() ? static_cast<unsigned char>(bytes[place]) : 0U);
   }
   return value;
+}
+
+int Signed16(std::string_view bytes, std::size_t at) {
+  return static_cast<std::int16_t>(Number(bytes, at, 2));
+}
+
+int Signed32(std::string_view bytes, std::size_t at) {
+  return static_cast<std::int32_t>(Number(bytes, at, 4));
 }
 
 void PutNumber(std::string& bytes, std::uint32_t value, int size) {
@@ -59,7 +71,57 @@ std::size_t EmfBitmapField(std::uint32_t type) {
   }
 }
 
+bool IsPlaceable(std::string_view file) {
+  return file.size() > kPlaceableHeader && Number(file, 0, 4) == kPlaceableKey;
+}
+
+bool IsWmf(std::string_view file) {
+  const int type = Signed16(file, 0);
+  return file.size() > kWmfHeader && (type == 1 || type == 2) && Signed16(file, 2) == 9;
+}
+
+bool IsEmf(std::string_view file) {
+  return file.size() > kEmfHeader && Signed32(file, 0) == 1 && file.substr(40, 4) == " EMF";
+}
+
+Metafile PlaceableWmf(std::string_view file) {
+  const double twips_per_unit = kTwipsPerInch / std::max(Signed16(file, 14), 1);
+  return {richtext::Picture::Kind::kWmf, (Signed16(file, 10) - Signed16(file, 6)) * twips_per_unit,
+          (Signed16(file, 12) - Signed16(file, 8)) * twips_per_unit, From(file, kPlaceableHeader)};
+}
+
+// Without a size of its own it is three inches wide, in its drawing's proportions.
+Metafile PlainWmf(std::string_view file) {
+  constexpr std::uint32_t kSetWindowExt = 0x020C;
+  constexpr double kDefaultWidth = 3 * kTwipsPerInch;
+  double width = 0, height = 0;
+  for (std::size_t at = kWmfHeader; at + 10 <= file.size();) {
+    const std::uint32_t words = Number(file, at, 4);
+    if (words < 3) break;
+    if (Number(file, at + 4, 2) == kSetWindowExt) {
+      height = std::abs(Signed16(file, at + 6));
+      width = std::abs(Signed16(file, at + 8));
+      break;
+    }
+    at += std::size_t{words} * 2;
+  }
+  if (width < 1 || height < 1) width = height = 1;
+  return {richtext::Picture::Kind::kWmf, kDefaultWidth, kDefaultWidth * height / width, file};
+}
+
+Metafile Emf(std::string_view file) {
+  constexpr double kTwipsPerHundredthMillimetre = kTwipsPerInch / 2540;
+  const auto edge = [&](std::size_t at) { return static_cast<double>(Signed32(file, at)); };
+  return {richtext::Picture::Kind::kEmf, (edge(32) - edge(24)) * kTwipsPerHundredthMillimetre,
+          (edge(36) - edge(28)) * kTwipsPerHundredthMillimetre, file};
+}
+
 }  // namespace
+
+bool IsDib(std::string_view bytes) {
+  const std::uint32_t header = Number(bytes, 0, 4);
+  return header == 40 || header == 108 || header == 124;
+}
 
 std::string BmpFromDib(std::string_view dib) {
   const std::uint32_t header = Number(dib, 0, 4);
@@ -119,6 +181,13 @@ std::string BitmapOfEmf(std::string_view emf) {
     at += size;
   }
   return BmpFromDib(largest);
+}
+
+std::optional<Metafile> ReadMetafile(std::string_view file) {
+  if (IsPlaceable(file)) return PlaceableWmf(file);
+  if (IsWmf(file)) return PlainWmf(file);
+  if (IsEmf(file)) return Emf(file);
+  return std::nullopt;
 }
 
 }  // namespace tenora::printing

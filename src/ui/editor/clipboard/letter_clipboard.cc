@@ -9,12 +9,12 @@
 #include <QUrl>
 #include <utility>
 
+#include "platform/printing/picture_import.h"
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/editing.h"
 #include "platform/richtext/rtf_reader.h"
 #include "platform/richtext/rtf_writer.h"
 #include "platform/richtext/table_numbers.h"
-#include "ui/editor/clipboard/picture_source.h"
 #include "ui/editor/document/letter_reader.h"
 #include "ui/editor/text/text_properties.h"
 
@@ -39,12 +39,11 @@ QByteArray RtfOf(const QMimeData& data) {
   return {};
 }
 
-Run PictureRun(std::shared_ptr<const richtext::Picture> picture,
-               const richtext::CharFormat& format) {
+Run PictureRun(richtext::Picture picture, const richtext::CharFormat& format) {
   Run run;
   run.format = format;
   run.text = "\uFFFC";
-  run.object = std::move(picture);
+  run.object = std::make_shared<const richtext::Picture>(std::move(picture));
   return run;
 }
 
@@ -76,14 +75,13 @@ void TakePictures(QTextDocument* page, LetterFormats& formats) {
     cursor.removeSelectedText();
     const QVariant resource =
         page->resource(QTextDocument::ImageResource, QUrl(image->second.name()));
-    const QImage loaded = resource.typeId() == QMetaType::QByteArray
-                              ? QImage::fromData(resource.toByteArray())
-                              : resource.value<QImage>();
-    const auto picture = PictureOfImage(loaded);
-    if (picture == nullptr) continue;
+    auto picture = resource.typeId() == QMetaType::QByteArray
+                       ? printing::ImportPicture(resource.toByteArray().toStdString())
+                       : printing::ImportImage(resource.value<QImage>());
+    if (!picture) continue;
     InlineObject object;
     object.kind = InlineObject::Kind::kPicture;
-    object.runs.push_back(PictureRun(picture, {}));
+    object.runs.push_back(PictureRun(*std::move(picture), {}));
     QTextCharFormat format;
     format.setObjectType(kLetterObject);
     format.setProperty(kObjectProperty,
@@ -120,8 +118,8 @@ std::vector<Block> BlocksOfFiles(const QMimeData& data, const richtext::CharForm
     QFile file(url.toLocalFile());
     if (!url.isLocalFile() || !QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
       continue;
-    if (const auto picture = PictureOfFile(file.read(kLargestPaste)))
-      paragraph.runs.push_back(PictureRun(picture, format));
+    if (auto picture = printing::ImportPicture(file.read(kLargestPaste).toStdString()))
+      paragraph.runs.push_back(PictureRun(*std::move(picture), format));
   }
   if (paragraph.runs.empty()) return {};
   return {std::move(paragraph)};
@@ -166,9 +164,9 @@ std::vector<Block> BlocksOf(const QMimeData& data, LetterFormats& formats,
   if (data.hasHtml() && data.html().size() <= kLargestPaste)
     return BlocksOfHtml(data.html(), formats);
   if (data.hasImage()) {
-    if (auto picture = PictureOfImage(data.imageData().value<QImage>())) {
+    if (auto picture = printing::ImportImage(data.imageData().value<QImage>())) {
       richtext::Paragraph paragraph;
-      paragraph.runs.push_back(PictureRun(std::move(picture), format));
+      paragraph.runs.push_back(PictureRun(*std::move(picture), format));
       return {std::move(paragraph)};
     }
   }
