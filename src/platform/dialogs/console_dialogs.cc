@@ -50,7 +50,7 @@ std::optional<std::size_t> ReadPosition(std::string_view line, std::size_t count
   return number - 1;
 }
 
-// Typed bytes that are no UTF-8 become U+FFFD: text is UTF-8 everywhere inside.
+// Invalid UTF-8 in the input becomes U+FFFD.
 std::string ValidText(std::string_view bytes) {
   std::string text;
   while (!bytes.empty()) AppendUtf8(text, TakeCodePoint(bytes));
@@ -121,7 +121,7 @@ std::optional<std::filesystem::path> ConsoleDialogs::ChooseFileToSave(
   return std::filesystem::path(TrimBlanks(*line));
 }
 
-// None at the end of input and for a line beyond any reasonable length, whose rest is skipped.
+// None at the end of input and for an overlong line, whose rest is skipped.
 std::optional<std::string> ConsoleDialogs::ReadLine() {
   std::string line;
   bool too_long = false;
@@ -129,7 +129,7 @@ std::optional<std::string> ConsoleDialogs::ReadLine() {
     if (c == std::istream::traits_type::eof()) {
       // On a terminal the next question may be answered again.
       input_.clear();
-      // A last line without line break counts as a line.
+      // The last line may lack its line break.
       if (line.empty()) {
         output_ << std::endl;
         return std::nullopt;

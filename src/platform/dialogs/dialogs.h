@@ -20,7 +20,7 @@ struct MessageBox {
   std::string title = kApplicationTitle;
   Buttons buttons = Buttons::kOk;
   Icon icon = Icon::kNone;
-  // The answer that Enter gives, and that a box nobody can see takes.
+  // The answer for Enter, and for a box that nobody can see.
   Answer default_answer = Answer::kOk;
 };
 
@@ -41,7 +41,7 @@ struct PrintChoice {
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
-  // kCancel also for a question with Yes and No that is left by Escape or closed.
+  // kCancel also for a Yes/No question that is closed or left by Escape.
   virtual Answer Show(const MessageBox& box) = 0;
   // What the user typed, none when cancelled.
   virtual std::optional<std::string> AskText(const std::string& prompt,
@@ -51,8 +51,8 @@ class Dialogs {
   virtual std::optional<std::size_t> Choose(const std::string& title,
                                             const std::vector<std::string>& items,
                                             std::size_t default_item) = 0;
-  // The printer and how it is to print, none when cancelled. `shown` is what stands there at first.
-  // Without a window the printer alone is asked for.
+  // The printer and how it is to print, none when cancelled. `shown` is the initial choice.
+  // Without a window only the printer is asked for.
   virtual std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,
                                                    const PrintChoice& shown) {
     std::vector<std::string> names;
@@ -63,11 +63,11 @@ class Dialogs {
     choice.printer = *chosen;
     return choice;
   }
-  // A file that exists, none when cancelled. The filter is "Name|patterns" pairs parted by "|", the
-  // patterns by ";" ("Pictures|*.bmp;*.ico"). It guides the eye: any other file may be chosen.
+  // A file that exists, none when cancelled. The filter is "Name|patterns" pairs separated by "|",
+  // the patterns by ";" ("Pictures|*.bmp;*.ico"). Any other file may be chosen as well.
   virtual std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
                                                                 const std::string& filter) = 0;
-  // Where to save. A file that is there already may be chosen; a window asks about it.
+  // Where to save. An existing file may be chosen; a window asks for confirmation.
   virtual std::optional<std::filesystem::path> ChooseFileToSave(
       const std::string& title, const std::string& filter,
       const std::filesystem::path& suggestion) = 0;

@@ -14,7 +14,7 @@ struct FileFilter {
   bool operator==(const FileFilter&) const = default;
 };
 
-// "Name|*.a;*.b;|Name|*.c" taken apart. Empty patterns and a name without patterns are left out.
+// "Name|*.a;*.b;|Name|*.c" split. Empty patterns and names without patterns are left out.
 std::vector<FileFilter> ParseFileFilter(std::string_view text);
 
 }  // namespace tenora

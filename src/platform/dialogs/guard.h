@@ -1,4 +1,4 @@
-// The error convention, written once: an unexpected error is shown as number, " - " and description
+// The error convention: an unexpected error is shown as number, " - " and description
 // in an OK-only box titled with the procedure's label ("frmMain - cmdGenerate_Click").
 #pragma once
 
@@ -15,8 +15,8 @@ inline void ShowError(Dialogs& dialogs, const std::string& label, const RuntimeE
   dialogs.Say(ErrorText(error), label);
 }
 
-// Runs a procedure body. After an error the box is shown, the procedure is left and the result is
-// false. Who has cancelled the work needs no box about it.
+// Runs a procedure body. After an error the box is shown, the body is abandoned and the result is
+// false. Cancellation shows no message.
 template <typename Body>
 bool Guarded(Dialogs& dialogs, const std::string& label, Body&& body) {
   try {

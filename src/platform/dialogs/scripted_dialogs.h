@@ -1,4 +1,4 @@
-// The stand-in for a person: keeps every box it is shown and answers from a script.
+// Test double for the user: records every box shown and answers from a script.
 #pragma once
 
 #include <deque>
@@ -9,7 +9,7 @@
 
 namespace tenora {
 
-// A question came for which the script has no answer, or one of another kind.
+// The script has no answer for a question, or one of another kind.
 class UnexpectedQuestion : public std::logic_error {
  public:
   using std::logic_error::logic_error;
@@ -38,8 +38,8 @@ class ScriptedDialogs : public Dialogs {
   ScriptedDialogs& WillChoose(std::size_t position);
   ScriptedDialogs& WillCancel();
 
-  // All raise UnexpectedQuestion where the script does not fit. The procedure asked may trap that
-  // error as any other, so it is kept in `unexpected` as well.
+  // All raise UnexpectedQuestion where the script does not fit. The caller may trap that error like
+  // any other, so it is recorded in `unexpected` as well.
   Answer Show(const MessageBox& box) override;
   std::optional<std::string> AskText(const std::string& prompt, const std::string& title,
                                      const std::string& default_answer) override;

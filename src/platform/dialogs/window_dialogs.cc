@@ -2,22 +2,25 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QVBoxLayout>
 #include <algorithm>
 
 #include "platform/dialogs/file_filter.h"
-#include "platform/dialogs/input_box.h"
-#include "platform/dialogs/list_box.h"
 #include "platform/dialogs/print_box.h"
 
 namespace tenora {
 namespace {
 
-// The system's texts part their lines with "\r\n".
+// The system's texts separate lines by "\r\n".
 QString Shown(const std::string& text) {
   return QString::fromStdString(text).replace("\r\n", "\n").replace('\r', '\n');
 }
@@ -71,7 +74,7 @@ Answer AnswerOf(int button, Buttons buttons) {
   return buttons == Buttons::kOk ? Answer::kOk : Answer::kCancel;
 }
 
-// Who leaves a question by Escape or by its frame has not said no: Qt would press No for them.
+// Escape and closing the window are not an answer: Qt would press No.
 class MessageWindow : public QMessageBox {
  public:
   using QMessageBox::QMessageBox;
@@ -87,8 +90,8 @@ class MessageWindow : public QMessageBox {
   }
 };
 
-// A short text makes a narrow box, and its title, which names the procedure, would be cut.
-void MakeRoomForTitle(QMessageBox& box) {
+// A short text makes a narrow box that would cut off its title, which names the procedure.
+void WidenForTitle(QMessageBox& box) {
   constexpr int kFrameButtons = 160, kWidest = 640;  // pixels
   auto* grid = qobject_cast<QGridLayout*>(box.layout());
   if (grid == nullptr) return;
@@ -97,7 +100,7 @@ void MakeRoomForTitle(QMessageBox& box) {
                 grid->columnCount());
 }
 
-// A box that comes up during long work wants an ordinary pointer in the place of the wait cursor.
+// Restores the ordinary pointer while a box is shown during long work.
 class OrdinaryPointer {
  public:
   OrdinaryPointer() {
@@ -111,6 +114,74 @@ class OrdinaryPointer {
 
  private:
   const bool waiting_ = QApplication::overrideCursor() != nullptr;
+};
+
+// Asks for one line of text.
+class InputBox : public QDialog {
+ public:
+  InputBox(const QString& prompt, const QString& title, const QString& default_answer,
+           QWidget* parent)
+      : QDialog(parent), answer_(new QLineEdit(default_answer)) {
+    constexpr int kLeastWidth = 420, kLongestAnswer = 64 * 1024;
+    setWindowTitle(title);
+    setMinimumWidth(kLeastWidth);
+    auto* label = new QLabel(prompt);
+    // The prompt comes from a template: show it as plain text, not as markup.
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setBuddy(answer_);
+    answer_->setObjectName("txtAnswer");
+    answer_->setAccessibleName(prompt);
+    answer_->setMaxLength(kLongestAnswer);
+    answer_->selectAll();
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(label);
+    layout->addWidget(answer_);
+    layout->addStretch();
+    layout->addWidget(buttons);
+  }
+  QString Answer() const { return answer_->text(); }
+
+ private:
+  QLineEdit* answer_;
+};
+
+// Asks for one item of a list, which may be empty; nothing can be chosen then.
+class ListBox : public QDialog {
+ public:
+  ListBox(const QString& title, const QStringList& items, int default_item, QWidget* parent)
+      : QDialog(parent), list_(new QListWidget) {
+    constexpr QSize kUsualSize(420, 300);
+    setWindowTitle(title);
+    list_->setObjectName("lstItems");
+    list_->setAccessibleName(title);
+    // The title again, as a label: a window manager may cut off or hide a long title.
+    auto* question = new QLabel(title);
+    question->setTextFormat(Qt::PlainText);
+    question->setWordWrap(true);
+    list_->addItems(items);
+    list_->setCurrentRow(default_item);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    auto* ok = buttons->button(QDialogButtonBox::Ok);
+    ok->setEnabled(ChosenRow() >= 0);
+    connect(list_, &QListWidget::currentRowChanged, ok,
+            [ok](int row) { ok->setEnabled(row >= 0); });
+    connect(list_, &QListWidget::itemActivated, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(question);
+    layout->addWidget(list_);
+    layout->addWidget(buttons);
+    resize(kUsualSize);
+  }
+  int ChosenRow() const { return list_->currentRow(); }  // -1 when none
+
+ private:
+  QListWidget* list_;
 };
 
 QString QtFilter(const std::string& filter) {
@@ -135,11 +206,11 @@ Answer WindowDialogs::Show(const MessageBox& box) {
   const OrdinaryPointer pointer;
   MessageWindow window(IconOf(box.icon), QString::fromStdString(box.title), Shown(box.text),
                        ButtonsOf(box.buttons), QApplication::activeWindow());
-  // Texts carry names and values from files: what looks like markup in them is text.
+  // Texts contain names and values from files: show them as plain text, not as markup.
   window.setTextFormat(Qt::PlainText);
   window.setTextInteractionFlags(Qt::TextSelectableByMouse);
   window.setDefaultButton(ButtonOf(box.default_answer));
-  MakeRoomForTitle(window);
+  WidenForTitle(window);
   return AnswerOf(window.exec(), box.buttons);
 }
 

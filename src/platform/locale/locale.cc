@@ -43,7 +43,7 @@ struct Category {
   bool plain;
 };
 
-// Regional texts carry digits 0 to 9 in every script: callers compare and parse them.
+// Regional texts use the digits 0 to 9 in every script: callers compare and parse them.
 std::string WithAsciiDigits(const QString& text) {
   QString result;
   result.reserve(text.size());
@@ -78,7 +78,7 @@ class RegionalSettings : public Locale {
   std::string ShortDate(Date date) const override {
     QString format =
         time_.plain ? QStringLiteral("dd/MM/yyyy") : time_.locale.dateFormat(QLocale::ShortFormat);
-    // A letter must not leave the century open.
+    // Years have four digits: a letter must not be ambiguous about the century.
     if (format.count('y') == 2) format.replace(QLatin1String("yy"), QLatin1String("yyyy"));
     return WithAsciiDigits(time_.locale.toString(ToQDate(date), format));
   }
@@ -94,7 +94,7 @@ class RegionalSettings : public Locale {
 
   std::string CurrencyText(double amount) const override {
     const int digits = CurrencyDigits();
-    // Rounded on the decimal text, where 2.675 is a half although its binary form is below one.
+    // Rounded on the decimal text, where 2.675 is a tie although its binary value is below one.
     std::string pattern = "0";
     if (digits > 0) pattern.append(".").append(static_cast<std::size_t>(digits), '0');
     const double rounded = LeadingNumber(FormatNumber(amount, pattern));

@@ -43,7 +43,7 @@ void CheckAddress(std::string_view address, std::string_view text) {
   if (!IsValidUtf8(address)) throw BadAddress(text, "it is not valid text");
 }
 
-// A domain in other letters than ASCII by the name under which servers know it ("xn--…").
+// An internationalised domain in its ASCII form ("xn--…").
 std::string AsciiDomain(std::string_view domain, std::string_view text) {
   if (std::none_of(domain.begin(), domain.end(), [](char c) { return (c & 0x80) != 0; })) {
     return std::string(domain);
@@ -93,7 +93,7 @@ Address ParseOne(std::string_view text) {
           ReadAddress(text.substr(open + 1, close - open - 1), text)};
 }
 
-// The pieces between ";" and ",", but for those inside double quotes.
+// The pieces between ";" and ",", those inside double quotes excepted.
 std::vector<std::string_view> SplitList(std::string_view text) {
   std::vector<std::string_view> pieces;
   bool quoted = false;

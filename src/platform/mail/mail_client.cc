@@ -50,12 +50,12 @@ std::optional<std::string> FindProgram(const std::string& name) {
   ::_exit(127);
 }
 
-// Starts a program that outlives us; a second fork leaves nobody to wait for it.
+// Starts a program that outlives this one; the second fork leaves no child to wait for.
 void StartDetached(const std::string& program, std::vector<std::string> arguments) {
   std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
-  // The program that starts closes the pipe.
+  // A successful exec closes the pipe.
   std::array<int, 2> report{};
   if (::pipe2(report.data(), O_CLOEXEC) != 0) throw FileError(errno, program);
   const pid_t child = ::fork();
@@ -70,8 +70,8 @@ void StartDetached(const std::string& program, std::vector<std::string> argument
   if (reason != 0) throw FileError(reason, program);
 }
 
-// A value of Thunderbird's compose argument: it decodes percent escapes, so that no comma or quote
-// of a subject can begin another field.
+// A value of Thunderbird's compose argument: percent escapes, so that no comma or quote
+// in a subject can start another field.
 std::string PercentEncoded(std::string_view text) {
   std::string result;
   for (const char c : text) {
@@ -94,7 +94,7 @@ std::string BareRecipients(const Message& message) {
   return list;
 }
 
-// Letters are private: nobody else may look into their folder, or have put it there.
+// Letters are private: the folder must be ours and closed to other users.
 void MakePrivateFolder(const std::filesystem::path& folder) {
   std::error_code error;
   std::filesystem::create_directories(folder.parent_path(), error);
@@ -108,7 +108,7 @@ void MakePrivateFolder(const std::filesystem::path& folder) {
   }
 }
 
-// Bodies that no compose window can still be about to read.
+// Deletes bodies too old for a compose window to read.
 void RemoveOldBodies(const std::filesystem::path& folder) {
   const auto oldest = std::filesystem::file_time_type::clock::now() - kKeepBodies;
   std::error_code error;

@@ -52,7 +52,7 @@ std::string AddressList(const std::vector<Address>& addresses) {
   return list;
 }
 
-// Minutes by which local time is ahead of universal time at this local date.
+// The local time zone's offset from UTC at this local date, in minutes.
 int OffsetFromUtc(const CalendarTime& local) {
   std::tm parts{};
   parts.tm_year = local.year - 1900;
@@ -108,7 +108,7 @@ std::string EncodeHeaderText(std::string_view text) {
   std::string result;
   std::string_view rest = line;
   while (!rest.empty()) {
-    // A word ends between characters, never within one.
+    // Encoded words must not split a character.
     std::string_view before = rest;
     std::size_t taken = 0;
     while (!rest.empty()) {

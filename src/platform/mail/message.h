@@ -1,4 +1,4 @@
-// A message on its way out: what it says, and how its header lines are written.
+// An outgoing message and its header lines.
 #pragma once
 
 #include <string>
@@ -30,7 +30,7 @@ struct Message {
 };
 
 // The header lines From, To, Subject, Date and Message-ID, each without its line end, ASCII only,
-// folded where long. Nothing in a message can add a line of its own.
+// folded where long. No text in a message can inject a header line.
 std::vector<std::string> HeaderLines(const Message& message);
 
 // Text of a header as encoded words where it is not plain ASCII.

@@ -81,14 +81,14 @@ curl_mime* AddMultipart(CURL* curl, curl_mime* parent, const char* type) {
   return raw;
 }
 
-// The type of the whole: an alternative of text and HTML, unless files are sent along.
+// The type of the outermost part: an alternative of text and HTML, unless there are attachments.
 const char* BodyType(const Message& message) {
   const bool alternative = !message.html.empty() && message.attachments.empty();
   return alternative ? "multipart/alternative" : "multipart/mixed";
 }
 
 // mixed { alternative { text, related { html, pictures } }, attachments }, each level only where it
-// has something to hold.
+// is not empty.
 MimePtr BuildBody(CURL* curl, const Message& message) {
   MimePtr body(curl_mime_init(curl));
   if (message.html.empty()) {
@@ -142,7 +142,7 @@ struct Conversation {
   bool refusal_open = false;
 };
 
-// A server's line as text for people: what is no printable UTF-8 is replaced.
+// A server's reply for display: what is not printable UTF-8 is replaced.
 std::string Printable(std::string_view line) {
   std::string text;
   while (!line.empty()) {
@@ -155,7 +155,7 @@ std::string Printable(std::string_view line) {
 void NoteAnswer(Conversation& conversation, std::string_view line) {
   if (line.starts_with("354")) {
     conversation.text_asked_for = true;
-    // Of a login that was tried another way since.
+    // From a login method that failed before another was tried.
     conversation.refusal.clear();
   }
   if (!line.starts_with('4') && !line.starts_with('5')) return;
@@ -190,13 +190,13 @@ std::string WithoutSecrets(std::string text, const Server& server) {
   return text;
 }
 
-// A result other than 0 breaks the transfer off.
+// A result other than 0 aborts the transfer.
 int AskToStop(void* server, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
   return static_cast<const Server*>(server)->stop_asked() ? 1 : 0;
 }
 
 int ErrorNumber(CURLcode code, const Conversation& conversation) {
-  // Silence behind the text is no missing connection.
+  // A timeout after the text was sent is not a failure to connect.
   if (conversation.text_asked_for && code == CURLE_OPERATION_TIMEDOUT) return smtp_error::kNotSent;
   switch (code) {
     case CURLE_COULDNT_RESOLVE_HOST:
@@ -240,7 +240,7 @@ std::string_view Summary(int number) {
 }
 
 void SetServer(CURL* curl, const Server& server) {
-  // Options only: the connection of the message before stays.
+  // Resets the options only: the connection stays open.
   curl_easy_reset(curl);
   const std::string url = ServerUrl(server);
   curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
@@ -250,12 +250,12 @@ void SetServer(CURL* curl, const Server& server) {
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, static_cast<long>(server.timeout_seconds));
   curl_easy_setopt(curl, CURLOPT_SERVER_RESPONSE_TIMEOUT,
                    static_cast<long>(server.timeout_seconds));
-  // A server that stops taking the message: not a byte in all that time.
+  // Detects a server that stops receiving: not a byte in all that time.
   curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, 1L);
   curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, static_cast<long>(server.timeout_seconds));
   if (server.ssl) {
     curl_easy_setopt(curl, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
-    // OpenSSL's own variable, as its programs honour it: an office with an authority of its own.
+    // OpenSSL's own variable: an office may have its own certificate authority.
     if (const char* authorities = std::getenv("SSL_CERT_FILE")) {
       curl_easy_setopt(curl, CURLOPT_CAINFO, authorities);
     }
@@ -266,7 +266,7 @@ void SetServer(CURL* curl, const Server& server) {
   }
 }
 
-// `about` says in an error what the conversation was for.
+// `about` names the message in errors.
 void Converse(CURL* curl, const Server& server, const std::string& about) {
   Conversation conversation;
   curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, Watch);
@@ -282,7 +282,7 @@ void Converse(CURL* curl, const Server& server, const std::string& about) {
   }
 
   const CURLcode code = curl_easy_perform(curl);
-  // Nothing on this stack may be reached by a later call.
+  // Later transfers must not reach this function's local variables.
   curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, nullptr);
   curl_easy_setopt(curl, CURLOPT_DEBUGDATA, nullptr);
   curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, nullptr);

@@ -18,7 +18,7 @@ struct Server {
   bool ssl = false;
   std::string user, password;  // both empty: no authentication
   int timeout_seconds = 60;    // to connect, and for each answer of the server
-  // Asked about once a second and more often while data moves; true breaks the conversation off,
+  // Asked about once a second and more often while data moves; true aborts the session,
   // which raises 32755 (Cancel was selected). May be empty.
   std::function<bool()> stop_asked;
 };
@@ -32,8 +32,8 @@ inline constexpr int kSenderRefused = -2147220978;     // 0x8004020E
 inline constexpr int kNotSent = -2147220974;           // 0x80040212
 }  // namespace smtp_error
 
-// A failure after which the server may have taken the message all the same: the conversation broke
-// off while its text was on the way, without the server's last word.
+// A failure after which the server may have taken the message all the same: the connection broke
+// while its text was being sent, before the server's final reply.
 class DeliveryUnknown : public RuntimeError {
  public:
   using RuntimeError::RuntimeError;
@@ -46,12 +46,12 @@ class SmtpClient {
   SmtpClient(const SmtpClient&) = delete;
   SmtpClient& operator=(const SmtpClient&) = delete;
 
-  // Returns when the server has taken the message; raises one of the numbers above with server,
+  // Returns when the server has accepted the message; raises one of the numbers above with server,
   // recipient and the server's own words in the description, as a DeliveryUnknown where it applies.
-  // The password is in none of them.
+  // Never contains the password.
   void Send(const Server& server, const Message& message);
 
-  // Connects and logs in, and sends nothing. Raises as Send does.
+  // Connects and logs in without sending anything. Raises as Send does.
   void Check(const Server& server);
 
  private:

@@ -13,14 +13,14 @@ namespace {
 
 constexpr std::size_t kMostFamilies = 1000;  // kept; no letter has as many
 constexpr int kLargestHalfPoints = 3276;
-constexpr double kSmallCapitals = 0.8;  // their size to that of the others
+constexpr double kSmallCapitals = 0.8;  // of the font size
 
 struct Substitute {
   std::string_view name;  // as documents write it; any longer name may follow
   const char* family;
 };
 
-// Fonts of equal widths first, so that lines break where their author saw them break.
+// Fonts of equal widths first, so that lines break where they did for the author.
 constexpr Substitute kSubstitutes[] = {
     {"Arial Narrow", "Liberation Sans Narrow"},
     {"Arial", "Liberation Sans"},

@@ -1,4 +1,4 @@
-// The document's fonts as this machine has them.
+// The installed fonts that a document's fonts are drawn with.
 #pragma once
 
 #include <QFont>
@@ -15,11 +15,10 @@ namespace tenora::printing {
 
 inline constexpr int kTwipsPerHalfPoint = 10;
 
-// The family that stands for a document's font here: itself where it is installed, else one of
-// equal widths.
+// The installed family for a document's font: the font itself, else a substitute of equal widths.
 QString InstalledFamily(const richtext::Font& font);
 
-// Everything about a character format that decides its shape and place. Lengths are twips.
+// Everything about a character format that determines glyphs and metrics. Lengths are twips.
 struct FontUse {
   QFont font;
   QTextCharFormat format;  // for text of several formats
@@ -29,8 +28,7 @@ struct FontUse {
   bool plain = true;  // `font` and `colour` alone draw it: neither raised nor lowered
 };
 
-// The families that stand in for documents' fonts. Asking the system costs more than setting a
-// page, so answers are kept.
+// Caches InstalledFamily: a look-up costs more than laying out a page.
 class InstalledFamilies {
  public:
   const QString& FamilyFor(const richtext::Font& font);
@@ -47,7 +45,7 @@ class Fonts {
   Fonts(const Fonts&) = delete;
   Fonts& operator=(const Fonts&) = delete;
 
-  // `shaped` text has marks that must be placed on their letters; other text is set like the
+  // `shaped` text has marks that must be placed on their letters; other text is laid out like the
   // classic control does it, without kerning and ligatures. The result lives as long as this.
   // `small` is the size of small capitals.
   const FontUse& Use(const richtext::CharFormat& format, bool shaped = false, bool small = false);

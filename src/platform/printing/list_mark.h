@@ -1,4 +1,4 @@
-// The marks in front of list paragraphs.
+// The bullets and numbers in front of list paragraphs.
 #pragma once
 
 #include <string>

@@ -14,9 +14,10 @@ namespace {
 using Kind = richtext::Picture::Kind;
 
 constexpr double kTwipsPerPixel = 15;    // 96 pixels to the inch
-constexpr double kMostPixels = 400e6;    // of a picture, however well it is packed
-constexpr double kPrintedPixels = 20e6;  // more than paper shows; photographs are read at this size
-constexpr std::size_t kMostKept = std::size_t{64} << 20;  // bytes of pictures, packed and decoded
+constexpr double kMostPixels = 400e6;    // of a picture, however well compressed
+constexpr double kPrintedPixels = 20e6;  // finer than paper shows; larger pictures are scaled to it
+constexpr std::size_t kMostKept = std::size_t{64}
+                                  << 20;  // bytes of pictures, compressed and decoded
 
 QImage FromBytes(const std::string& bytes, const char* format) {
   if (bytes.empty() || bytes.size() > static_cast<std::size_t>(INT_MAX)) return {};

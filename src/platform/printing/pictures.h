@@ -31,7 +31,7 @@ class Pictures {
  private:
   QImage Decoded(const richtext::Picture& picture);
 
-  // By content: each letter of a batch has its own copy of the letterhead.
+  // Keyed by content, since each letter of a batch has its own copy of the letterhead.
   std::map<std::pair<richtext::Picture::Kind, std::string>, QImage> decoded_;
   std::size_t decoded_bytes_ = 0;
 };

@@ -11,7 +11,7 @@
 namespace tenora::printing {
 namespace {
 
-// Where pages are set that nobody looks at yet.
+// A painter that draws nothing, for pages that are laid out but not shown yet.
 class NoPaper {
  public:
   NoPaper() : image_(1, 1, QImage::Format_ARGB32_Premultiplied), painter_(&image_) {
@@ -34,7 +34,7 @@ class PreviewPages::Device : public DrawingPrinter {
 
   void StartDocument(const std::string&, Orientation) override { open_ = true; }
   void NewPage() override {}
-  // Keeps where the page begins; it is drawn when somebody looks.
+  // Records where the page begins; Page renders it on request.
   int Format(const FormatRange& range) override {
     if (range.document == nullptr) return DrawingPrinter::Format(range);
     pages_.push_back(range);

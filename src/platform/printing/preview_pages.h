@@ -1,5 +1,5 @@
-// A print job that goes to the screen: pages are divided exactly as on the printer it is made like,
-// and drawn as pictures of any size.
+// Print preview: a print job for the screen. Pages break exactly as on the given printer and are
+// rendered at any size.
 #pragma once
 
 #include <QImage>
@@ -12,13 +12,13 @@ namespace tenora::printing {
 
 class PreviewPages : public Printers {
  public:
-  // Takes over the paper of the printer.
+  // Uses this printer's paper.
   explicit PreviewPages(const Printer& like);
   ~PreviewPages() override;
 
   int PageCount() const;
   QSizeF PageSize() const;  // twips; of the first page
-  // The document that was printed must still live.
+  // The printed document must outlive the call.
   QImage Page(int number, double pixels_per_twip, double device_ratio = 1);
 
   int Count() const override { return 1; }

@@ -20,7 +20,7 @@ constexpr std::size_t kLongestStem = 120;  // of a PDF file's name, bytes
 class Destination {
  public:
   virtual ~Destination() = default;
-  // The folder the job's file is built in.
+  // The folder in which the job's file is written.
   virtual std::filesystem::path SpoolFolder() const = 0;
   virtual std::filesystem::path Deliver(SpoolFile& spool, const std::string& title,
                                         const JobOptions& options) = 0;
@@ -78,7 +78,7 @@ class Device : public DrawingPrinter {
   Device(std::string name, const Paper& paper, std::unique_ptr<Destination> destination)
       : DrawingPrinter(std::move(name), paper), destination_(std::move(destination)) {}
 
-  // Holds for every job from the next on.
+  // Takes effect with the next job.
   void SetUp(const PrintChoice& choice) {
     options_ = {choice.copies, choice.sides};
     if (std::exchange(landscape_, choice.landscape) == choice.landscape) return;
@@ -88,7 +88,7 @@ class Device : public DrawingPrinter {
   PrintChoice SetUpNow() const { return {0, 1, landscape_, options_.sides}; }
 
   void StartDocument(const std::string& title, Orientation orientation) override {
-    ForgetLayout();
+    ResetLayout();
     orientation_ = orientation;
     if (job_) {
       job_->NewPage(orientation_);
@@ -106,7 +106,7 @@ class Device : public DrawingPrinter {
   }
 
   std::filesystem::path EndJob() override {
-    ForgetLayout();
+    ResetLayout();
     if (!job_) return {};
     const auto job = std::exchange(job_, nullptr);
     std::filesystem::path result;
@@ -116,7 +116,7 @@ class Device : public DrawingPrinter {
   }
 
   void CancelJob() override {
-    ForgetLayout();
+    ResetLayout();
     job_.reset();
   }
 
@@ -129,7 +129,7 @@ class Device : public DrawingPrinter {
   }
 
  private:
-  // Errors of files become those of the printer, naming it and what it was to print.
+  // Reports file errors as printer errors that name the printer and the document.
   template <typename Step>
   void AsPrinterError(const std::string& title, Step&& step) {
     try {
@@ -145,8 +145,8 @@ class Device : public DrawingPrinter {
   std::unique_ptr<Destination> destination_;
   JobOptions options_;
   bool landscape_ = false;                                  // how the printer is set
-  Orientation orientation_ = Orientation::kAsPrinterIsSet;  // of the document in hand
-  // The application outlives what draws with its fonts.
+  Orientation orientation_ = Orientation::kAsPrinterIsSet;  // of the current document
+  // Outlives the job, which draws with its fonts.
   std::shared_ptr<void> qt_;
   std::unique_ptr<PdfJob> job_;
 };
@@ -200,7 +200,7 @@ class InstalledPrinters : public Printers {
 
   bool Choose(Dialogs& dialogs) override {
     const std::string current = CurrentName();
-    // Copies are asked for anew each time.
+    // The number of copies starts at one each time.
     PrintChoice shown = current_ ? current_->SetUpNow() : PrintChoice();
     std::vector<OfferedPrinter> offered;
     for (const std::string& name : Names()) {
@@ -215,7 +215,7 @@ class InstalledPrinters : public Printers {
   }
 
  private:
-  // A default that is not installed must not keep the user from choosing another.
+  // A missing default printer must not stop the user from choosing another.
   std::string CurrentName() {
     try {
       return Current().DeviceName();

@@ -26,11 +26,11 @@ struct CharRange {
   int from = 0, to = -1;
 };
 
-// A document on its way to paper: what EM_FORMATRANGE did. The layout is kept between the pages of
-// one document.
+// What EM_FORMATRANGE took: a part of a document to draw on a page. The layout is kept between the
+// pages of one document.
 struct FormatRange {
   const richtext::Document* document = nullptr;
-  Rect print_rect;  // where text may stand, relative to the device's printable corner
+  Rect print_rect;  // the text area, relative to the device's printable corner
   Rect page_rect;   // the whole page, in the document's orientation
   CharRange range;
 };
@@ -52,24 +52,24 @@ class Printer {
   // paper of this orientation. Raises 482 (Printer error) naming printer and title.
   virtual void StartDocument(const std::string& title, Orientation orientation) = 0;
   virtual void NewPage() = 0;
-  // Draws what fits of the range on the current page; the result is the position of the first
-  // character that did not fit. With `document` null, frees the layout kept from the last call.
+  // Draws as much of the range as fits on the current page; the result is the position of the
+  // first character that did not fit. With `document` null, frees the layout kept from the last
+  // call.
   virtual int Format(const FormatRange& range) = 0;
-  // Ends the job and hands it on; nothing when none is open. For the PDF printer the result is the
-  // path of the file, else empty.
+  // Ends the job and submits it; does nothing when none is open. For the PDF printer the result is
+  // the path of the file, else empty.
   virtual std::filesystem::path EndJob() = 0;
-  // Drops the open job: nothing of it is printed.
+  // Discards the open job without printing any of it.
   virtual void CancelJob() = 0;
   virtual bool JobOpen() const = 0;
 };
 
-// The letter decides the orientation of the printer's paper, the printer its size.
+// The document determines the paper's orientation, the printer its size.
 Orientation OrientationOf(const richtext::Document& document);
 Paper PaperOf(const Printer& printer, Orientation orientation);
 
-// A printer that draws many documents together, so that fonts are packed once, and gives a PDF of
-// each. Every thread may have its own, also off the main thread while HoldQtApplication's result is
-// held.
+// Prints many documents together, so that fonts are embedded once, and returns a PDF of each.
+// Threads other than the main one may have their own while HoldQtApplication's result is held.
 class PdfBatch : public virtual Printer {
  public:
   static std::unique_ptr<PdfBatch> Create();
@@ -93,13 +93,13 @@ class Printers {
   // Where the PDF printer writes when TENORA_PDF is not set: "Printed" under this data folder.
   virtual void SetDataFolder(const std::filesystem::path& folder) = 0;
   // Makes the printer of this name current, letter case ignored; false when there is none. End a
-  // job first: one left open on the printer before is dropped.
+  // job first: one left open on the previous printer is discarded.
   virtual bool SetCurrent(std::string_view name) = 0;
   // Raises 482 when TENORA_PRINTER names a printer that is not installed.
   virtual Printer& Current() = 0;
-  // Makes the default printer current again, as it is set up by itself.
+  // Makes the default printer current again, with its own settings.
   virtual void UseDefault() = 0;
-  // Shows the chooser, and sets the chosen printer up as asked; false when cancelled.
+  // Lets the user choose and set up a printer, which becomes current; false when cancelled.
   virtual bool Choose(Dialogs& dialogs) = 0;
 };
 

@@ -15,8 +15,8 @@ namespace {
 class OffscreenApplication {
  public:
   OffscreenApplication()
-      // Qt remarks on missing run-time folders, damaged pictures and scripts without a font: none
-      // of it is for the reader of a letter, who sees the page.
+      // Qt's warnings about missing run-time folders, corrupt pictures and missing fonts mean
+      // nothing to the user, who sees the printed page.
       : handler_before_(qInstallMessageHandler(
             [](QtMsgType type, const QMessageLogContext&, const QString& message) {
               if (type == QtFatalMsg) std::fputs(qPrintable(message), stderr);
@@ -43,7 +43,7 @@ class OffscreenApplication {
 }  // namespace
 
 std::shared_ptr<void> HoldQtApplication() {
-  // Qt allows one application in a process, so its holder is the process's too.
+  // Qt allows one application per process, hence the process-wide state.
   static std::mutex mutex;
   static std::weak_ptr<OffscreenApplication> current;
   const std::lock_guard lock(mutex);

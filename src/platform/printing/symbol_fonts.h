@@ -1,5 +1,5 @@
-// Fonts whose characters are numbers of their own glyphs. Documents keep those numbers; on paper
-// they become the Unicode characters that other fonts have.
+// Symbol fonts, whose character codes are glyph numbers. Documents keep those numbers; for drawing
+// they are mapped to Unicode characters that other fonts have.
 #pragma once
 
 #include <QString>
@@ -14,7 +14,7 @@ SymbolFont SymbolFontOf(std::string_view font_name);
 // Character by character: 0x20 to 0xFF and U+F020 to U+F0FF are glyph numbers, others stay.
 QString WithUnicodeSymbols(QString text, SymbolFont font);
 
-// A list's bullet, whose font the document no longer names.
+// As WithUnicodeSymbols, for a list's bullet, whose font is not recorded in the document.
 QString UnicodeBullet(QString bullet);
 
 }  // namespace tenora::printing

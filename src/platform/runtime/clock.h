@@ -11,9 +11,9 @@ class Clock {
  public:
   // The machine's local time.
   Clock() = default;
-  // A clock that stands still, for tests and demonstrations.
+  // A fixed clock, for tests and demonstrations.
   explicit Clock(Date fixed) : fixed_(fixed) {}
-  // Stands still at the time named by the environment variable TENORA_NOW ("2026-11-21 09:30:00"),
+  // Fixed at the time in the environment variable TENORA_NOW ("2026-11-21 09:30:00"),
   // else the machine's. Raises 13 (Type mismatch) when the variable holds no date.
   static Clock FromEnvironment();
 

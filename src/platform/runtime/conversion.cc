@@ -161,7 +161,7 @@ double LeadingNumber(std::string_view text) {
     if (c == '+' && digits.empty()) continue;
     digits += c;
   }
-  // from_chars would also read "inf" and "nan", which are no numbers here.
+  // from_chars would also read "inf" and "nan", which are not numbers here.
   const std::size_t first = digits.find_first_not_of('-');
   if (first == std::string::npos || !(IsDigit(digits[first]) || digits[first] == '.')) return 0;
   double number = 0;

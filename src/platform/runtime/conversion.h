@@ -1,5 +1,5 @@
-// Conversions between the run-time types. All raise 13 (Type mismatch) for text that is no value of
-// the type, 6 (Overflow) for one out of range and 94 (Invalid use of Null) for null.
+// Conversions between the run-time types. All raise 13 (Type mismatch) for text that is not a value
+// of the type, 6 (Overflow) for one out of range and 94 (Invalid use of Null) for null.
 #pragma once
 
 #include <cstdint>

@@ -30,7 +30,7 @@ inline constexpr int kCancelled = 32755;
 
 class RuntimeError : public std::runtime_error {
  public:
-  // `source` names the component that raised the error, as the engine's "DAO.Database".
+  // `source` names the component that raised the error, for example the engine's "DAO.Database".
   RuntimeError(int number, const std::string& description, std::string source = "Tenora");
 
   int number() const { return number_; }
@@ -47,7 +47,7 @@ class RuntimeError : public std::runtime_error {
 // concerned.
 RuntimeError StandardError(int number, std::string_view detail = {});
 
-// The same error with ": detail" behind its description, in place of a full stop there.
+// The same error with ": detail" after its description, in place of its full stop.
 RuntimeError WithDetail(const RuntimeError& error, std::string_view detail);
 
 // Runs `body`; an error it raises gets what `subject()` says as its detail.

@@ -42,8 +42,8 @@ void Sync(int fd, Durability durability, const std::filesystem::path& path) {
   if (durability == Durability::kSynced && ::fsync(fd) != 0) throw FileError(errno, path);
 }
 
-// Creates the file under its own name and takes it away again when it cannot be written whole; only
-// a crash can leave a part behind. False when the name is taken.
+// Creates the file under its final name and removes it again when it cannot be written completely;
+// only a crash can leave an incomplete file. False when the name is taken.
 bool CreateInPlace(const std::filesystem::path& path, std::string_view content,
                    Durability durability) {
   const FileDescriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
@@ -60,7 +60,7 @@ bool CreateInPlace(const std::filesystem::path& path, std::string_view content,
 }
 
 // Writes a file that has no name yet and gives it one, so that a kill at any moment leaves nothing
-// behind. False when the name is taken, nothing where the file system lacks such files.
+// behind. False when the name is taken, nothing where the file system has no unnamed files.
 std::optional<bool> CreateUnnamed(const std::filesystem::path& path, std::string_view content,
                                   Durability durability) {
   const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
@@ -76,7 +76,7 @@ std::optional<bool> CreateUnnamed(const std::filesystem::path& path, std::string
   return std::nullopt;
 }
 
-// A file of this content beside the target, that has not yet its name.
+// A scratch file of this content in the target's folder.
 class FilledScratchFile : public ScratchFile {
  public:
   FilledScratchFile(const std::filesystem::path& target, std::string_view content,
@@ -125,7 +125,7 @@ std::string ReadWholeFile(const std::filesystem::path& path, std::size_t most) {
     throw StandardError(error_number::kPathFileAccess,
                         path.string() + " is larger than " + std::to_string(most >> 20) + " MB");
   };
-  // A pipe that nobody writes to is empty; it is not waited for until somebody does.
+  // Reading a pipe without a writer returns nothing instead of blocking.
   const FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (fd.get() < 0 || ::fcntl(fd.get(), F_SETFL, 0) != 0) throw FileError(errno, path);
   struct stat status {};
@@ -135,7 +135,7 @@ std::string ReadWholeFile(const std::filesystem::path& path, std::size_t most) {
   refuse_larger_than_most(size);
   std::string content(size + 1, '\0');
   std::size_t filled = 0;
-  // What grows as it is read, or has no size of its own, is bounded as well.
+  // Files that grow or report no size are bounded as well.
   for (;;) {
     refuse_larger_than_most(filled);
     const ssize_t count = ::read(fd.get(), content.data() + filled, content.size() - filled);
@@ -167,7 +167,7 @@ std::filesystem::path WriteUnderFreeName(
   std::filesystem::path path = wanted;
   for (long n = 1;; ++n) {
     std::error_code error;
-    // A name that another program takes between the two is refused by the write.
+    // The write fails if another program takes the name in between.
     const bool taken = std::filesystem::symlink_status(path, error).type() !=
                        std::filesystem::file_type::not_found;
     if (taken && error) throw FileError(error.value(), path);

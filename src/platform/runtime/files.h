@@ -1,4 +1,5 @@
-// Whole files, and paths as the system's texts write them. Every error names the path.
+// Reading and writing whole files, and paths as the system's texts write them. Every error names
+// the path.
 #pragma once
 
 #include <cstddef>
@@ -14,12 +15,12 @@ namespace tenora {
 std::filesystem::path NativePath(std::string_view path);
 
 // Raises 53 (File not found), 70 (Permission denied) or 75 (Path/File access error), the last also
-// for more than `most` bytes: a hostile file must not fill the memory.
+// for more than `most` bytes: a hostile file must not exhaust memory.
 std::string ReadWholeFile(const std::filesystem::path& path,
                           std::size_t most = std::size_t{1} << 30);
 
 // Writes the file whole or not at all: the text goes to a new file in the same folder, is synced
-// and then takes the name. Raises 61 (Disk full), 70, 75 or 76 (Path not found); the old file then
+// and then renamed. Raises 61 (Disk full), 70, 75 or 76 (Path not found); the old file then
 // stays.
 void WriteWholeFile(const std::filesystem::path& path, std::string_view content);
 
@@ -45,8 +46,8 @@ std::filesystem::path WriteUnderFreeName(
 // taken. Raises the errors of FileError.
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to);
 
-// Brings everything written so far below this folder's file system to the disk: one wait for a
-// group of files in place of one each. Raises the errors of FileError.
+// Flushes everything written so far to this folder's file system to disk: one wait for a group of
+// files instead of one each. Raises the errors of FileError.
 void SyncFiles(const std::filesystem::path& folder);
 
 // The error for an errno value of a failed file operation on `path`.

@@ -1,5 +1,5 @@
-// A file that takes its name only when it is whole. Until then it lies in the folder of that name
-// under one of its own, ".tenora-" and a number, and goes away unless it has taken a name.
+// A file that gets its name only when it is complete. Until then it is in the same folder under a
+// temporary name, ".tenora-" and a number, and it is deleted unless it has taken a name.
 #pragma once
 
 #include <sys/types.h>
@@ -24,8 +24,8 @@ class ScratchFile {
 
   // Takes a name in the same folder, also one that is another file's. Raises as FileError.
   void Replace(const std::filesystem::path& target);
-  // False when the name is taken, also by a file that another program makes at this moment. Nothing
-  // where the file system can name no file without replacing one; errno then tells why.
+  // False when the name is taken, also by a file that another program creates at this moment.
+  // Nothing where the file system cannot rename without replacing; errno then tells why.
   std::optional<bool> TakeFreeName(const std::filesystem::path& target);
 
  private:

@@ -24,14 +24,14 @@ std::size_t FindNoCase(std::string_view text, std::string_view part, std::size_t
 std::string ReplaceAll(std::string text, std::string_view part, std::string_view with);
 std::string ReplaceAllNoCase(std::string_view text, std::string_view part, std::string_view with);
 
-// Blanks (character 32) off both ends; other white space stays.
+// Without the blanks (character 32) at both ends; other white space stays.
 std::string_view TrimBlanks(std::string_view text);
 
 // The pieces between separators; an empty text gives one empty piece.
 std::vector<std::string> Split(std::string_view text, std::string_view separator);
 
-// One code point off the front of UTF-8 text. A byte that starts no valid sequence is taken alone
-// and read as U+FFFD.
+// Removes one code point from the front of UTF-8 text. A byte that starts no valid sequence is
+// removed alone and read as U+FFFD.
 char32_t TakeCodePoint(std::string_view& text);
 void AppendUtf8(std::string& text, char32_t code_point);
 std::u16string ToUtf16(std::string_view text);

@@ -1,4 +1,4 @@
-// One field of a row as the database hands it over.
+// One field of a database row.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Which dictionaries are installed, and which of them serves a language.
+// Which dictionaries are installed, and which one to use for a language.
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -31,7 +31,7 @@ std::string_view Family(std::string_view language) {
   return language.substr(0, language.find('_'));
 }
 
-// Countries that spell as Britain does, more or less; only American English differs.
+// Countries with (mostly) British spelling; only American English differs.
 constexpr std::array<std::string_view, 4> kBritishSpelling{"en_AU", "en_GB", "en_NZ", "en_ZA"};
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Words between UTF-8 and a dictionary's own encoding.
+// Converts words between UTF-8 and a dictionary's encoding.
 #pragma once
 
 #include <memory>

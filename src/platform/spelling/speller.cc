@@ -29,7 +29,7 @@ bool IsWordCharacter(char32_t c) {
   return !sign;
 }
 
-// Off both ends goes what is no letter; the curly apostrophe becomes the plain one.
+// Strips non-letters from both ends; the curly apostrophe becomes the plain one.
 std::string Bare(std::string_view word) {
   std::size_t first = std::string_view::npos, behind_last = 0;
   for (std::string_view rest = word; !rest.empty();) {
@@ -42,7 +42,7 @@ std::string Bare(std::string_view word) {
   return ReplaceAll(std::string(word.substr(first, behind_last - first)), kApostrophe, "'");
 }
 
-// What is no word of a language: numbers, codes, addresses.
+// Not words of a language: numbers, codes, addresses.
 bool IsExempt(std::string_view word) {
   return word.empty() || word.size() > kLongestWord || !IsValidUtf8(word) ||
          std::ranges::any_of(word, IsDigit) || word.find('@') != std::string_view::npos ||
@@ -69,7 +69,7 @@ class HunspellSpeller : public Speller {
     try {
       for (const std::string& word : WordsIn(UserFile())) Learn(word);
     } catch (const RuntimeError&) {
-      // No reason not to check; AddWord, which would write the file, raises it.
+      // Checking works without it; AddWord, which would write the file, raises the error.
     }
   }
 
@@ -104,7 +104,7 @@ class HunspellSpeller : public Speller {
     if (word.empty() || word.size() > kLongestWord) return;
     Learn(word);
     if (user_words_.empty()) return;
-    // Read anew: another program may have added words of its own. What is no word of ours stays.
+    // Read again: another program may have added words. Lines that are not words are kept.
     std::string content = UserFile();
     const std::vector<std::string> words = WordsIn(content);
     if (std::ranges::find(words, word) != words.end()) return;
@@ -125,7 +125,7 @@ class HunspellSpeller : public Speller {
 
   void Learn(const std::string& word) {
     own_words_.insert(word);
-    // The engine takes it in capitals as well; in its encoding only.
+    // The engine accepts it in capitals as well. Words outside its encoding are skipped.
     if (const std::optional<std::string> encoded = text_.Encode(word)) engine_.add(*encoded);
   }
 
@@ -148,7 +148,7 @@ class HunspellSpeller : public Speller {
   }
 
   std::string language_;
-  // Looking a word up changes the engine's own caches only.
+  // A look-up changes only the engine's caches.
   mutable Hunspell engine_;
   DictionaryText text_;
   fs::path user_words_;

@@ -14,7 +14,7 @@ struct Options {
   std::string language;
   // One word a line; need not exist. Empty: words are added for this run only.
   std::filesystem::path user_words;
-  // Where dictionaries lie; the system's and the user's folders unless told otherwise.
+  // Where dictionaries are searched; by default the system's and the user's folders.
   std::vector<std::filesystem::path> folders;
 };
 
@@ -42,17 +42,17 @@ class Speller {
   // The language that was found.
   virtual const std::string& Language() const = 0;
 
-  // One word, without blanks. Quotes, brackets and the like around it are passed over. Words with
+  // One word, without blanks. Quotes, brackets and the like around it are ignored. Words with
   // digits, web and mail addresses and words of more than 100 bytes are never misspelt, nor are
   // words with macrons whose plain form is a word ("Māori").
   virtual bool Misspelt(std::string_view word) const = 0;
   // Best first, at most fifteen.
   virtual std::vector<std::string> Suggestions(std::string_view word) const = 0;
 
-  // Takes the word as right from now on and writes it to the user's file, raising the errors of
-  // WriteWholeFile. Words that another program added meanwhile stay.
+  // Accepts the word from now on and adds it to the user's file. Raises the errors of
+  // WriteWholeFile. Words that another program added meanwhile are kept.
   virtual void AddWord(std::string_view word) = 0;
-  // Takes the word as right, in any letter case, while this speller lives.
+  // Accepts the word, in any letter case, for this speller's lifetime.
   virtual void IgnoreAll(std::string_view word) = 0;
 };
 

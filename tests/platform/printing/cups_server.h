@@ -1,5 +1,5 @@
-// A real print server of the test's own: a scratch configuration, a socket in a scratch folder, a
-// queue whose printer is a folder.
+// Runs a real print server for the test: configuration and socket in a scratch folder, a queue
+// whose printer is a folder.
 #pragma once
 
 #include <sys/types.h>

@@ -1,4 +1,4 @@
-// The printer that is always there: names, files and what they say about themselves.
+// The PDF printer: file names, files and their metadata.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>

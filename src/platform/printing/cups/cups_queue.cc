@@ -36,7 +36,7 @@ int TwipsOf(int hundredths_of_millimetre) {
   return static_cast<int>(std::lround(hundredths_of_millimetre * 1440.0 / 2540.0));
 }
 
-// The protocol's word; null where the queue's own setting holds.
+// The protocol's keyword; null to leave the queue's own setting.
 const char* SidesWord(Sides sides) {
   switch (sides) {
     case Sides::kAsPrinterIsSet:
@@ -97,7 +97,7 @@ void SubmitToCups(const std::string& queue, const std::filesystem::path& file,
   const std::unique_ptr<cups_dest_t, FreeDest> dest(
       cupsGetNamedDest(connection.get(), queue.c_str(), nullptr));
   if (!dest) throw Refused(queue, title, "no such printer");
-  // The pages are set for this paper with their own margins: scaling would move the text.
+  // The pages are laid out for this paper, margins included: scaling would move the text.
   const auto add = [&dest](const char* name, const char* value) {
     dest->num_options = cupsAddOption(name, value, dest->num_options, &dest->options);
   };

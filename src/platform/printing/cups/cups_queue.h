@@ -17,7 +17,7 @@ struct CupsQueues {
 
 CupsQueues ListCupsQueues();
 
-// The queue's default paper; the regional one where the queue does not say.
+// The queue's default paper; RegionalPaper where the queue reports none.
 Paper PaperOfCupsQueue(const std::string& queue);
 
 // How often and on which sides of the paper a job is printed.

@@ -39,7 +39,7 @@ std::string_view From(std::string_view bytes, std::size_t at) {
   return at < bytes.size() ? bytes.substr(at) : std::string_view();
 }
 
-// Where in a WMF record (size and function included) the bitmap of a drawing order starts.
+// Offset of the bitmap in a drawing record of a WMF file, counted from the record's start.
 std::size_t WmfBitmapOffset(std::uint32_t function) {
   switch (function) {
     case 0x0F43:  // StretchDIB
@@ -55,8 +55,8 @@ std::size_t WmfBitmapOffset(std::uint32_t function) {
   }
 }
 
-// Where in an EMF record the offset of the bitmap's header stands; size, then offset and size of
-// the bits follow.
+// Offset in an EMF record of the field that holds the bitmap header's offset; the header's size and
+// the bits' offset and size follow it.
 std::size_t EmfBitmapField(std::uint32_t type) {
   switch (type) {
     case 81:  // StretchDIBits

@@ -13,7 +13,7 @@ namespace tenora::printing {
 // Whether the bytes start with the header of a device-independent bitmap, without that of a BMP
 // file.
 bool IsDib(std::string_view bytes);
-// A BMP file made from a device-independent bitmap; empty when its header makes no sense.
+// A BMP file made from a device-independent bitmap; empty when its header is invalid.
 std::string BmpFromDib(std::string_view dib);
 
 // The largest bitmap among the drawing orders, as a BMP file; empty when there is none.

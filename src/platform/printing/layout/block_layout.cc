@@ -71,7 +71,7 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   place.last_visible = depth_ == 0 && block_ + 1 == visible_blocks_;
   position_ += Length(paragraph);
   ++block_;
-  return SetParagraph(context_, paragraph, place);
+  return LayOutParagraph(context_, paragraph, place);
 }
 
 std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
@@ -86,7 +86,7 @@ std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
     return std::nullopt;
   }
   const std::size_t count = RowsTogether(table, row_);
-  BlockStrips rows = SetRows(context_, table, row_, count, {width_, position_, depth_});
+  BlockStrips rows = LayOutRows(context_, table, row_, count, {width_, position_, depth_});
   for (std::size_t i = 0; i < count; ++i, ++row_) {
     header_open_ = header_open_ && table.rows[row_].header;
     if (header_open_) header_->push_back(rows.strips[i]);
@@ -96,8 +96,8 @@ std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
   return rows;
 }
 
-// Consecutive list paragraphs count on; a paragraph outside the list, or at a lesser indent, ends
-// the lists within.
+// Consecutive list paragraphs continue the numbering; a paragraph outside the list, or at a smaller
+// indent, ends the lists nested in it.
 int BlockLayout::NumberOf(const richtext::ParagraphFormat& format) {
   if (format.bullet.kind == richtext::Bullet::Kind::kNone) {
     lists_.clear();

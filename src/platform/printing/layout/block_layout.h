@@ -1,4 +1,4 @@
-// The blocks of a document or of a table's cell, set one after another as they are asked for.
+// Lays out the blocks of a document or of a table's cell one after another, on demand.
 #pragma once
 
 #include <map>
@@ -11,19 +11,19 @@
 
 namespace tenora::printing {
 
-// Whether any of the blocks leaves a trace on paper.
+// Whether any of the blocks draws anything.
 bool Shows(const std::vector<richtext::Block>& blocks);
 
 class BlockLayout {
  public:
-  // Empty paragraphs at a letter's end must not cost a sheet of paper; elsewhere they have height.
+  // Empty paragraphs at a letter's end must not add a page; elsewhere they have height.
   enum class Ending { kVisible, kWhole };
 
   // `position` is that of the first block's first character; `depth` counts the tables around.
   BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks, double width,
               int position, int depth, Ending ending);
 
-  // The next paragraph or table rows; none at the end, where what follows shows nothing.
+  // The next paragraph or table rows; none at the end, or where nothing that follows is visible.
   std::optional<BlockStrips> Next();
 
  private:

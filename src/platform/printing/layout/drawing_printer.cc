@@ -12,7 +12,7 @@ int DrawingPrinter::Format(const FormatRange& range) {
   QPainter& painter = Page();
   const Rect& area = range.print_rect;
   if (area.right <= area.left || area.bottom <= area.top) {
-    throw StandardError(error_number::kPrinterError, "the margins leave no room on the page");
+    throw StandardError(error_number::kPrinterError, "the margins leave no space on the page");
   }
   const bool landscape = range.page_rect.right > range.page_rect.bottom;
   const Paper paper =

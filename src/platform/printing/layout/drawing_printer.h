@@ -1,5 +1,5 @@
-// What all printers share: every one draws the same pages of twips, so that text breaks alike on
-// all of them.
+// The base of all printers: they draw the same pages, laid out in twips, so that text breaks alike
+// on all of them.
 #pragma once
 
 #include <QPainter>
@@ -30,7 +30,7 @@ class DrawingPrinter : public virtual Printer {
   virtual QPainter& Page() = 0;
   const Paper& paper() const { return paper_; }
   void SetPaper(const Paper& paper) { paper_ = paper; }
-  void ForgetLayout() { layout_.reset(); }
+  void ResetLayout() { layout_.reset(); }
 
  private:
   std::string name_;

@@ -8,14 +8,16 @@
 namespace tenora::printing {
 namespace {
 
-constexpr std::string_view kHeader = "header", kFooter = "footer";  // and of which side, behind
+constexpr std::string_view kHeader = "header", kFooter = "footer";  // followed by the side
 constexpr int kUsualDistance = 720;  // of headers and footers from the paper's edge
-// The share of the paper's height that headers, and that footers, may take with their distance from
-// the edge; taller ones are made smaller.
+// The share of the paper's height that a header or a footer may take, its distance from the edge
+// included; taller ones are scaled down.
 constexpr double kMostShare = 0.4;
-constexpr double kLeastBody = 720;  // less is left by no header: it then stands behind the text
+constexpr double kLeastBody =
+    720;  // the least height left for text; a taller header overlaps the text
 
-// The parameter of a word of the page set-up, 1 where it has none; nothing where it is not there.
+// The parameter of a control word of the page set-up, 1 where it has none; nothing without the
+// word.
 std::optional<int> PageWord(const richtext::PageSetup& page, std::string_view word) {
   std::string_view words = page.other_words;
   while (!words.empty()) {
@@ -64,7 +66,7 @@ HeadersAndFooters::HeadersAndFooters(const LayoutContext& context, const PageAre
   Load("r", kCommon);
 }
 
-// Takes the document's header and footer of a side for these pages where they have none yet.
+// Uses the document's header and footer for this side on these pages, unless they have one already.
 void HeadersAndFooters::Load(std::string_view side, Which which) {
   for (const richtext::HeadGroup& group : context_.document.head_groups) {
     const std::string_view word = group.word;
@@ -76,11 +78,11 @@ void HeadersAndFooters::Load(std::string_view side, Which which) {
     head->footer = footer;
     head->blocks = &group.blocks;
     head->fields = PageFieldsIn(group.blocks);
-    Set(&*head, {});
+    LayOut(&*head, {});
   }
 }
 
-void HeadersAndFooters::Set(Head* head, const PageNumbers& numbers) {
+void HeadersAndFooters::LayOut(Head* head, const PageNumbers& numbers) {
   const bool fields = head->fields.number || head->fields.count;
   if (fields) head->filled = WithPageNumbers(*head->blocks, numbers);
   head->strips.clear();
@@ -104,8 +106,7 @@ HeadersAndFooters::Body HeadersAndFooters::BodyWith(Which which) const {
   const richtext::PageSetup& page = context_.document.page;
   const double most = kMostShare * area_.paper_height;
   Body body{area_.top, area_.bottom};
-  // Text that keeps clear of a header stands where its author saw it stand: at the letter's own
-  // margin.
+  // Below a header, text starts at the letter's own margin, as it did for the author.
   if (const auto& header = headers_[which]) {
     const double end = std::max<double>(header_top_ + header->height, page.top);
     body.top = std::max(body.top, std::min(end, most));
@@ -139,7 +140,7 @@ void HeadersAndFooters::Draw(QPainter& painter, int page, int page_count) {
   for (Heads* heads : {&headers_, &footers_}) {
     std::optional<Head>& head = (*heads)[which];
     if (!head) continue;
-    if (head->fields.number || head->fields.count) Set(&*head, {NumberOf(page), page_count});
+    if (head->fields.number || head->fields.count) LayOut(&*head, {NumberOf(page), page_count});
     Draw(painter, *head);
   }
 }

@@ -1,5 +1,5 @@
-// The headers and footers of a document: which stands on which page, where, and the room they leave
-// for the text. Lengths are twips from the paper's top left corner.
+// The headers and footers of a document: which one a page has, where it is drawn, and the height it
+// leaves for the text. Lengths are twips from the paper's top left corner.
 #pragma once
 
 #include <QPainter>
@@ -26,7 +26,7 @@ class HeadersAndFooters {
     double height() const { return bottom - top; }
   };
   Body BodyOf(int page) const;
-  // On the page that has the least.
+  // On the page with the least.
   double LeastBodyHeight() const;
 
   // Whether some page shows how many pages there are.
@@ -34,12 +34,12 @@ class HeadersAndFooters {
   void Draw(QPainter& painter, int page, int page_count);
 
  private:
-  // One header or footer, set.
+  // One header or footer, laid out.
   struct Head {
     bool footer = false;
     const std::vector<richtext::Block>* blocks = nullptr;
     PageFields fields;
-    std::vector<richtext::Block> filled;  // the blocks with page numbers, where they have any
+    std::vector<richtext::Block> filled;  // the blocks with page numbers filled in, if any
     Strips strips;
     double height = 0;
   };
@@ -47,7 +47,7 @@ class HeadersAndFooters {
   using Heads = std::array<std::optional<Head>, kWhichCount>;
 
   void Load(std::string_view side, Which which);
-  void Set(Head* head, const PageNumbers& numbers);
+  void LayOut(Head* head, const PageNumbers& numbers);
   int NumberOf(int page) const { return first_number_ + page - 1; }
   Which WhichOf(int page) const;
   Body BodyWith(Which which) const;

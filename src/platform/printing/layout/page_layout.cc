@@ -6,16 +6,16 @@ namespace tenora::printing {
 namespace {
 
 constexpr double kSlack = 1;  // rounding of heights, twips
-// A row up to this share of the page moves to the next one whole; a taller one is divided.
+// A row up to this share of the page moves to the next page whole; a taller one is divided.
 constexpr double kWholeRowShare = 0.5;
 // Header rows that leave less than this share of the page are not repeated.
 constexpr double kHeaderShare = 0.5;
 
-// Taller than a page and in one piece: made smaller, so that all of it is seen.
-void DrawSmaller(QPainter& painter, const Strip& strip, QPointF corner, double room) {
+// Scales down what is taller than a page and cannot be divided, so that all of it is visible.
+void DrawSmaller(QPainter& painter, const Strip& strip, QPointF corner, double available_height) {
   painter.save();
   painter.translate(corner);
-  const double scale = room / strip.height;
+  const double scale = available_height / strip.height;
   painter.scale(scale, scale);
   strip.Draw(painter, QPointF());
   painter.restore();
@@ -60,7 +60,7 @@ void PageLayout::FillPage(QPainter* painter, int to) {
   next_ = Load(1) ? pending_.front().block.strips.front()->begin : length_;
 }
 
-// The headers are set for one page when the pages are counted: their heights are the same.
+// Counting needs no page numbers in the headers: they do not change the headers' heights.
 int PageLayout::CountPages() {
   PageLayout pages(context_.document, area_, resources_);
   pages.SkipTo(length_);
@@ -74,7 +74,7 @@ void PageLayout::Restart() {
   next_ = page_ = 0;
 }
 
-// Fills pages until one ends there or behind.
+// Fills pages until one ends at the position or after it.
 void PageLayout::SkipTo(int position) {
   for (int begin = -1; next_ < std::min(position, length_) && next_ > begin;) {
     begin = next_;
@@ -86,7 +86,7 @@ void PageLayout::StartAt(int position) {
   Restart();
   SkipTo(position);
   if (next_ == position) return;
-  // No page begins there.
+  // No page begins at the position.
   const int pages = page_ - 1;
   Restart();
   while (Load(1) && pending_.front().block.strips.front()->end <= position) DropStrip();
@@ -110,8 +110,8 @@ void PageLayout::DropStrip() {
   if (front.block.strips.empty()) pending_.pop_front();
 }
 
-// Whether the next block, with those it must stay with, fits the next page but not this one.
-bool PageLayout::WantsNextPage(double room) {
+// Whether the next block, with those it must stay with, fits on the next page but not on this one.
+bool PageLayout::WantsNextPage(double available_height) {
   const double next_height = headers_and_footers_.BodyOf(page_ + 1).height();
   double needed = space_after_;
   for (std::size_t i = 0; Load(i + 1); ++i) {
@@ -125,7 +125,7 @@ bool PageLayout::WantsNextPage(double room) {
     }
     if (!block.keep_with_next || needed > next_height) break;
   }
-  return needed > room + kSlack && needed <= next_height;
+  return needed > available_height + kSlack && needed <= next_height;
 }
 
 double PageLayout::DrawRepeatedHeader(QPainter* painter) const {
@@ -153,8 +153,8 @@ bool PageLayout::DrawNext(QPainter* painter, double& y, bool& page_empty) {
   if (!page_empty && together && !front.started && WantsNextPage(height_ - y)) return false;
 
   const double top = page_empty ? y : y + space_after_ + strip->space_before;
-  const double room = height_ - top;
-  if (strip->height <= room + kSlack) {
+  const double available_height = height_ - top;
+  if (strip->height <= available_height + kSlack) {
     if (painter != nullptr) strip->Draw(*painter, corner_ + QPointF(0, top));
     y = top + strip->height;
     space_after_ = strip->space_after;
@@ -164,13 +164,14 @@ bool PageLayout::DrawNext(QPainter* painter, double& y, bool& page_empty) {
   }
   if (page_empty || strip->height > height_ * kWholeRowShare) {
     pending_.front().started = true;
-    if (const auto part = strip->TakeTop(room)) {
+    if (const auto part = strip->TakeTop(available_height)) {
       if (painter != nullptr) part->Draw(*painter, corner_ + QPointF(0, top));
       return false;
     }
   }
   if (!page_empty) return false;
-  if (painter != nullptr) DrawSmaller(*painter, *strip, corner_ + QPointF(0, top), room);
+  if (painter != nullptr)
+    DrawSmaller(*painter, *strip, corner_ + QPointF(0, top), available_height);
   DropStrip();
   return false;
 }

@@ -1,5 +1,5 @@
-// The pages of one document: set as they are drawn, once each, so that printing takes time in
-// proportion to the length and memory for a page.
+// The pages of one document: laid out once each, as they are drawn, so that printing takes time
+// proportional to the document's length and memory for one page.
 #pragma once
 
 #include <QPainter>
@@ -19,8 +19,8 @@ class PageLayout {
   // The document and the resources must outlive this.
   PageLayout(const richtext::Document& document, const PageArea& area, SharedResources& resources);
 
-  // Draws a page with what fits from the position on, the paper's corner at the painter's origin,
-  // and gives the position of the first character that did not fit. `to` -1 is the document's end.
+  // Draws a page with what fits from the position on, the paper's corner at the painter's origin;
+  // returns the position of the first character that did not fit. `to` -1 is the document's end.
   int DrawPage(QPainter& painter, int from, int to);
 
   bool IsFor(const richtext::Document& document, const PageArea& area) const {
@@ -40,7 +40,7 @@ class PageLayout {
   // Fills the next page; without a painter nothing is drawn.
   void FillPage(QPainter* painter, int to);
   bool Load(std::size_t count);  // false when fewer blocks remain
-  bool WantsNextPage(double room);
+  bool WantsNextPage(double available_height);
   double DrawRepeatedHeader(QPainter* painter) const;
   // Draws the next strip at y, or a part of it; false when the page is full.
   bool DrawNext(QPainter* painter, double& y, bool& page_empty);
@@ -55,10 +55,10 @@ class PageLayout {
   std::deque<Pending> pending_;
   double space_after_ = 0;  // of the last strip drawn
   int next_ = 0;
-  int page_ = 0;        // the one last begun, 1 the first
+  int page_ = 0;        // the page last begun, 1 the first
   QPointF corner_;      // of its text
   double height_ = 0;   // for its text
-  int page_count_ = 0;  // once somebody asked
+  int page_count_ = 0;  // 0 until counted
 };
 
 }  // namespace tenora::printing

@@ -19,7 +19,7 @@ struct PageField {
   Style style = Style::kDecimal;
 };
 
-// The next word of a field's instruction; braces, backslashes and control words' blanks divide.
+// The next word of a field's instruction; words are separated by braces, backslashes and blanks.
 std::string_view TakeWord(std::string_view* instruction) {
   constexpr std::string_view kBetween = " {}\\\r\n";
   instruction->remove_prefix(
@@ -30,7 +30,7 @@ std::string_view TakeWord(std::string_view* instruction) {
   return word;
 }
 
-// Behind the switch "\*"; its letters' case is that of the numbers.
+// The word after the switch "\*"; its letter case is that of the numbers.
 Style StyleNamed(std::string_view word, Style otherwise) {
   if (word == "roman") return Style::kLowerRoman;
   if (EqualsNoCase(word, "roman")) return Style::kUpperRoman;
@@ -125,7 +125,7 @@ std::vector<richtext::Block> WithPageNumbers(std::vector<richtext::Block> blocks
       continue;
     }
     auto& table = std::get<std::shared_ptr<richtext::Table>>(block);
-    table = std::make_shared<richtext::Table>(*table);  // the document's own stays as it is
+    table = std::make_shared<richtext::Table>(*table);  // the document is not changed
     for (richtext::Row& row : table->rows) {
       for (richtext::Cell& cell : row.cells)
         cell.blocks = WithPageNumbers(std::move(cell.blocks), numbers);

@@ -1,4 +1,4 @@
-// The numbers of pages in headers and footers: written anew for every page.
+// Page numbers and page counts in headers and footers, filled in for each page.
 #pragma once
 
 #include <vector>
@@ -12,7 +12,8 @@ struct PageNumbers {
   int pages = 1;  // of the document
 };
 
-// What the blocks ask for that differs from page to page, or that only the last page tells.
+// Which of the page number, which differs from page to page, and the page count, which is known at
+// the end, the blocks show.
 struct PageFields {
   bool number = false, count = false;
 };

@@ -13,8 +13,8 @@ namespace {
 using richtext::Alignment;
 using richtext::CharFormat;
 
-// Marks stand on other letters, and what runs from the right mirrors its brackets: only shaped text
-// has them right. Other text is set faster without.
+// Combining marks and right-to-left text, whose brackets are mirrored, need shaping. Other text is
+// laid out faster without it.
 bool NeedsShaping(const QString& text) {
   return std::any_of(text.begin(), text.end(), [](QChar c) {
     if (c.unicode() < 0x300) return false;
@@ -23,18 +23,18 @@ bool NeedsShaping(const QString& text) {
   });
 }
 
-// Letter by letter, so that every character keeps its position.
+// Character by character, so that every one keeps its position.
 QString Capitals(QString text) {
   for (QChar& c : text) c = c.toUpper();
   return text;
 }
 
-// Setting a line takes time in proportion to what its text goes on with, so that long texts are set
-// in parts: of so many characters and formats where a blank allows it, of twice as many where not.
+// Breaking a line takes time proportional to the rest of its text, so long texts are laid out in
+// parts: of so many characters and formats where there is a blank, of twice as many where not.
 constexpr qsizetype kLongText = 8192;
 constexpr std::size_t kManyFragments = 512;
 
-// How many characters of a text follow an open text of this size before that one is closed.
+// How many characters of a text are added to an open text of this size before that one is closed.
 qsizetype PartOf(QStringView text, qsizetype open) {
   const qsizetype wanted = std::max<qsizetype>(kLongText - open, 0);
   if (text.size() <= wanted) return text.size();
@@ -133,8 +133,8 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
   ++position_;
 }
 
-// Text does not flow around pictures here, so that in a letter's text those stand in its lines. The
-// headers of letters are made to measure: text and logo each have their side.
+// Text is not wrapped around pictures: in a letter's text they are placed inline. In headers they
+// float, since a header's text and logo are designed not to overlap.
 bool ItemCollector::Floats(const richtext::Run& run, const richtext::Verbatim& object) const {
   using Wrap = richtext::ShapeBox::Wrap;
   if (!object.shape || object.shape->right <= object.shape->left) return false;
@@ -155,7 +155,7 @@ FloatingPicture ItemCollector::PlaceFloating(const richtext::Picture& picture,
   return floating;
 }
 
-// What a text box says ends its line: the text it is anchored in is another.
+// A text box's text is followed by a line break: it is no part of the text it is anchored in.
 void ItemCollector::CollectShown(const CharFormat& format, std::string_view text, bool last) {
   if (text.empty()) return;
   if (open_ && !open_text_.endsWith(QLatin1Char(' ')))
@@ -239,7 +239,7 @@ bool ItemCollector::LongEnough() const {
          formats >= 2 * kManyFragments;
 }
 
-// Gives the collected text its fonts.
+// Ends the open text and applies its fonts.
 void ItemCollector::CloseText() {
   if (!open_) return;
   const bool shaped = format_.right_to_left || NeedsShaping(open_text_);

@@ -1,4 +1,4 @@
-// A paragraph as a row of things to place on lines: shaped text, tabs, pictures and breaks.
+// A paragraph as a sequence of items to place on lines: shaped text, tabs, pictures and breaks.
 #pragma once
 
 #include <memory>
@@ -18,7 +18,7 @@ struct TextItem {
 struct TabItem {
   const richtext::CharFormat* format = nullptr;
   int position = 0;
-  std::optional<double> target;  // the tab behind a list mark goes here
+  std::optional<double> target;  // of the tab after a list mark
 };
 struct PictureItem {
   PlacedPicture picture;
@@ -40,7 +40,7 @@ struct ItemPlace {
   double left = 0, right = 0;  // the indents, twips from the left edge of the text area
 };
 
-// A list's mark and hidden text take no position of their own and no room respectively.
+// A list's mark takes no position in the document; hidden text takes positions but no width.
 std::vector<ParagraphItem> CollectItems(LayoutContext& context,
                                         const richtext::Paragraph& paragraph,
                                         const ItemPlace& place);

@@ -14,9 +14,9 @@ using richtext::Alignment;
 using richtext::CharFormat;
 using richtext::TabStop;
 
-constexpr double kUnbroken = 1e7;   // a line width no text reaches
+constexpr double kUnbroken = 1e7;   // wider than any text
 constexpr double kSlack = 1;        // rounding in the width of a line, twips
-constexpr double kNarrowest = 100;  // what is left of a text area whose indents cross
+constexpr double kNarrowest = 100;  // text width where the indents cross
 
 // The decimal point of a number: the last point or comma that is not a separator of thousands.
 qsizetype DecimalPoint(const QString& text) {
@@ -28,7 +28,7 @@ qsizetype DecimalPoint(const QString& text) {
   return digits == 3 && text[point] == QLatin1Char(',') ? text.size() : point;
 }
 
-// Blanks at the end of a line do not move it when it is centred or set to the right.
+// Trailing blanks do not count when a line is centred or right-aligned.
 double WidthWithoutBlanks(const QString& text, const QTextLine& line) {
   const int start = line.textStart(), full = start + line.textLength();
   int end = full;
@@ -37,9 +37,9 @@ double WidthWithoutBlanks(const QString& text, const QTextLine& line) {
   return std::abs(line.cursorToX(end) - line.cursorToX(start));
 }
 
-class ParagraphSetter {
+class ParagraphLayout {
  public:
-  ParagraphSetter(LayoutContext& context, const richtext::Paragraph& paragraph,
+  ParagraphLayout(LayoutContext& context, const richtext::Paragraph& paragraph,
                   const ParagraphPlace& place)
       : context_(context),
         paragraph_(paragraph),
@@ -48,7 +48,7 @@ class ParagraphSetter {
         left_(format_.left_indent),
         right_(std::max(place.width - format_.right_indent, left_ + kNarrowest)) {}
 
-  BlockStrips Set();
+  BlockStrips LayOut();
 
  private:
   void CloseFrame();
@@ -91,7 +91,7 @@ class ParagraphSetter {
   std::shared_ptr<const Frame> frame_;
 };
 
-BlockStrips ParagraphSetter::Set() {
+BlockStrips ParagraphLayout::LayOut() {
   items_ = CollectItems(context_, paragraph_, {place_.position, place_.number, left_, right_});
   frame_ = MakeFrame();
   page_break_ = format_.page_break_before;
@@ -127,8 +127,8 @@ BlockStrips ParagraphSetter::Set() {
   return block;
 }
 
-// Ends the frame above the first line and below the last, or leads it on to its neighbours.
-void ParagraphSetter::CloseFrame() {
+// Closes the frame above the first line and below the last, or joins it to the neighbours'.
+void ParagraphLayout::CloseFrame() {
   auto& first = static_cast<TextLine&>(*lines_.front());
   auto& last = static_cast<TextLine&>(*lines_.back());
   first.first_of_paragraph = !place_.framed_above;
@@ -142,7 +142,7 @@ void ParagraphSetter::CloseFrame() {
   if (last.last_of_paragraph) last.height += frame_->bottom_edge.space;
 }
 
-void ParagraphSetter::StartLine() {
+void ParagraphLayout::StartLine() {
   line_ = std::make_shared<TextLine>(context_.fonts);
   line_->begin = position_;
   line_->page_break_before = page_break_;
@@ -155,15 +155,15 @@ void ParagraphSetter::StartLine() {
   widths_.clear();
 }
 
-// `end` is the position behind the line's last character.
-void ParagraphSetter::EndLine(int end) {
+// `end` is the position after the line's last character.
+void ParagraphLayout::EndLine(int end) {
   if (ascent_ + descent_ <= 0) {
     const FontUse& use = context_.fonts->Use(paragraph_.mark);
     Grow(use.ascent, use.descent, use.leading);
   }
   const double natural = ascent_ + descent_ + leading_;
   line_->height = LineHeight(natural);
-  // What a fixed height adds stands above the text, what a multiple adds below.
+  // A fixed height adds space above the text, a multiple below it.
   const double extra = line_->height - natural;
   line_->baseline = ascent_ + (format_.line_spacing_multiple ? std::min(extra, 0.0) : extra);
   for (const TabStop& tab : format_.tabs) {
@@ -177,7 +177,7 @@ void ParagraphSetter::EndLine(int end) {
   line_.reset();
 }
 
-double ParagraphSetter::LineHeight(double natural) const {
+double ParagraphLayout::LineHeight(double natural) const {
   const double spacing = format_.line_spacing;
   if (spacing == 0) return natural;
   if (format_.line_spacing_multiple)
@@ -187,7 +187,7 @@ double ParagraphSetter::LineHeight(double natural) const {
   return std::max(set, natural);
 }
 
-void ParagraphSetter::Place(TextItem& item) {
+void ParagraphLayout::Place(TextItem& item) {
   ShapedText& text = *item.text;
   QTextLayout& layout = text.layout;
   const int size = static_cast<int>(layout.text().size());
@@ -227,11 +227,11 @@ void ParagraphSetter::Place(TextItem& item) {
   layout.endLayout();
 }
 
-void ParagraphSetter::Place(const TabItem& item, std::size_t index) {
+void ParagraphLayout::Place(const TabItem& item, std::size_t index) {
   if (!line_) StartLine();
   Stop stop{item.target.value_or(0), TabStop::Kind::kLeft, {}};
   if (!item.target) stop = NextStop(x_);
-  // What is set to the right of a wider page is set to the right of this one.
+  // A right tab made for a wider page aligns at this page's right edge.
   if (stop.kind == TabStop::Kind::kRight) stop.position = std::min(stop.position, right_);
   if (stop.position > right_ + kSlack && !line_->pieces.empty() && !item.target) {
     EndLine(item.position);
@@ -248,7 +248,7 @@ void ParagraphSetter::Place(const TabItem& item, std::size_t index) {
   Put(std::max(target - x_, 0.0), PlacedTab{std::max(target - x_, 0.0), stop.leader, item.format});
 }
 
-void ParagraphSetter::Place(PictureItem& item) {
+void ParagraphLayout::Place(PictureItem& item) {
   if (!line_) StartLine();
   if (!line_->pieces.empty() && x_ + item.picture.width > right_ + kSlack) {
     EndLine(item.position);
@@ -259,8 +259,8 @@ void ParagraphSetter::Place(PictureItem& item) {
   Put(item.picture.width, std::move(item.picture));
 }
 
-void ParagraphSetter::Place(const BreakItem& item, bool last) {
-  const int behind = item.position + 1;
+void ParagraphLayout::Place(const BreakItem& item, bool last) {
+  const int end = item.position + 1;
   const bool nothing_above = item.page && (!line_ || line_->pieces.empty()) && lines_.empty();
   if (nothing_above) {
     line_.reset();
@@ -270,29 +270,29 @@ void ParagraphSetter::Place(const BreakItem& item, bool last) {
       const FontUse& use = context_.fonts->Use(*item.format);
       Grow(use.ascent, use.descent, use.leading);
     }
-    EndLine(behind);
+    EndLine(end);
   }
-  position_ = behind;
+  position_ = end;
   page_break_ = item.page;
   if (item.page && last && place_.last_visible && !lines_.empty()) return;
   StartLine();
 }
 
-void ParagraphSetter::Put(double width, decltype(Piece::content) content) {
+void ParagraphLayout::Put(double width, decltype(Piece::content) content) {
   widths_.push_back(width);
   line_->pieces.push_back({x_, std::move(content)});
   x_ += width;
   content_end_ = x_;
 }
 
-void ParagraphSetter::Grow(double ascent, double descent, double leading) {
+void ParagraphLayout::Grow(double ascent, double descent, double leading) {
   ascent_ = std::max(ascent_, ascent);
   descent_ = std::max(descent_, descent);
   leading_ = std::max(leading_, leading);
 }
 
-// Raised and lowered letters need room in the line too.
-void ParagraphSetter::GrowByRaised(const ShapedText& text, const QTextLine& line) {
+// Raised and lowered letters can make the line higher.
+void ParagraphLayout::GrowByRaised(const ShapedText& text, const QTextLine& line) {
   const int from = line.textStart(), to = from + line.textLength();
   for (const Fragment& fragment : text.FragmentsIn(from, to)) {
     const double raise = fragment.format->raise_half_points * kTwipsPerHalfPoint;
@@ -302,9 +302,9 @@ void ParagraphSetter::GrowByRaised(const ShapedText& text, const QTextLine& line
   }
 }
 
-// Moves the pieces of a centred or right line to their place. In right-to-left paragraphs "left"
-// is the side where lines start, so that it needs no move before mirroring.
-void ParagraphSetter::Align() {
+// Aligns a centred or right-aligned line. In right-to-left paragraphs "left" is the side where
+// lines start, so it needs no move before mirroring.
+void ParagraphLayout::Align() {
   double spare = right_ - content_end_;
   if (format_.alignment == Alignment::kCentre) {
     spare /= 2;
@@ -320,8 +320,8 @@ void ParagraphSetter::Align() {
   }
 }
 
-// Lines were set from the left; right-to-left paragraphs start at the right.
-void ParagraphSetter::Mirror() {
+// Lines are laid out from the left; in right-to-left paragraphs they start at the right.
+void ParagraphLayout::Mirror() {
   for (std::size_t i = 0; i < line_->pieces.size(); ++i) {
     Piece& piece = line_->pieces[i];
     auto* text = std::get_if<PlacedText>(&piece.content);
@@ -331,7 +331,7 @@ void ParagraphSetter::Mirror() {
   }
 }
 
-ParagraphSetter::Stop ParagraphSetter::NextStop(double x) const {
+ParagraphLayout::Stop ParagraphLayout::NextStop(double x) const {
   const TabStop* next = nullptr;
   for (const TabStop& tab : format_.tabs) {
     if (tab.kind == TabStop::Kind::kBar || tab.position <= x + kSlack) continue;
@@ -347,8 +347,8 @@ ParagraphSetter::Stop ParagraphSetter::NextStop(double x) const {
   return {(std::floor((x + kSlack) / step) + 1) * step, TabStop::Kind::kLeft, {}};
 }
 
-// Width of what follows the tab at `index` and must stand before (or around) its stop.
-double ParagraphSetter::WidthToAlign(std::size_t index, TabStop::Kind kind) {
+// Width of what follows the tab at `index` and is aligned at its stop.
+double ParagraphLayout::WidthToAlign(std::size_t index, TabStop::Kind kind) {
   double width = 0;
   for (std::size_t i = index + 1; i < items_.size(); ++i) {
     if (const auto* picture = std::get_if<PictureItem>(&items_[i])) {
@@ -374,7 +374,7 @@ double ParagraphSetter::WidthToAlign(std::size_t index, TabStop::Kind kind) {
   return width;
 }
 
-std::shared_ptr<const Frame> ParagraphSetter::MakeFrame() const {
+std::shared_ptr<const Frame> ParagraphLayout::MakeFrame() const {
   const bool edges = format_.top.present || format_.bottom.present || format_.left.present ||
                      format_.right.present;
   if (!edges && format_.shading <= 0) return nullptr;
@@ -396,9 +396,9 @@ std::shared_ptr<const Frame> ParagraphSetter::MakeFrame() const {
 
 }  // namespace
 
-BlockStrips SetParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
-                         const ParagraphPlace& place) {
-  return ParagraphSetter(context, paragraph, place).Set();
+BlockStrips LayOutParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
+                            const ParagraphPlace& place) {
+  return ParagraphLayout(context, paragraph, place).LayOut();
 }
 
 bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other) {

@@ -1,4 +1,4 @@
-// Setting a paragraph: from runs of text to lines.
+// Breaks a paragraph into lines.
 #pragma once
 
 #include "platform/printing/layout/layout_context.h"
@@ -11,17 +11,17 @@ struct ParagraphPlace {
   double width = 0;  // of the text area, twips
   int position = 0;  // of the paragraph's first character
   int number = 1;    // in its list
-  // Neighbours in the same frame share its lines.
+  // Whether the neighbours share the paragraph's frame.
   bool framed_above = false, framed_below = false;
   double space_below = 0;  // to the neighbour in the same frame
-  // Nothing visible follows: a page break at the paragraph's end makes no page.
+  // Nothing visible follows: a page break at the paragraph's end adds no page.
   bool last_visible = false;
 };
 
-BlockStrips SetParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
-                         const ParagraphPlace& place);
+BlockStrips LayOutParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
+                            const ParagraphPlace& place);
 
-// Whether two paragraphs stand in one frame.
+// Whether two paragraphs share one frame.
 bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other);
 
 }  // namespace tenora::printing

@@ -1,4 +1,4 @@
-// A page is filled from the top with strips, each as wide as the text area. A line of text is one,
+// Strips as wide as the text area, with which a page is filled from the top: a line of text is one,
 // a row of a table another. Lengths are twips.
 #pragma once
 
@@ -15,8 +15,9 @@ class Strip {
   virtual ~Strip() = default;
   // Draws with the strip's left top corner at this point; the space before it is not part of it.
   virtual void Draw(QPainter& painter, QPointF corner) const = 0;
-  // Cuts off what fits into this height, at least something; null when it cannot be divided there.
-  virtual std::shared_ptr<Strip> TakeTop(double /*room*/) { return nullptr; }
+  // Cuts off the part that fits into this height, never an empty one; null when the strip cannot be
+  // divided there.
+  virtual std::shared_ptr<Strip> TakeTop(double /*available_height*/) { return nullptr; }
 
   double height = 0;
   double space_before = 0;  // left out at the top of a page

@@ -22,7 +22,7 @@ struct Edge {
 
 struct CellBox {
   double x = 0, width = 0;
-  double height = 0;  // more than the row's where it is merged downwards
+  double height = 0;  // more than the row's for a vertically merged cell
   // Between the cell's edges and its text.
   double pad_top = 0, pad_left = 0, pad_bottom = 0, pad_right = 0;
   Cell::VerticalAlign align = Cell::VerticalAlign::kTop;
@@ -73,11 +73,11 @@ class RowStrip : public Strip {
     }
   }
 
-  std::shared_ptr<Strip> TakeTop(double room) override;
+  std::shared_ptr<Strip> TakeTop(double available_height) override;
 
   std::vector<CellBox> cells;
   bool fixed_height = false;
-  bool whole = false;  // divided only where no page can hold it
+  bool whole = false;  // divided only if higher than a page
   double page_height = 0;
 
  private:
@@ -100,14 +100,15 @@ class RowStrip : public Strip {
 };
 
 // Moves strips that fit from one cell to its upper part. On an empty page the first always moves.
-void MoveStrips(CellBox& from, CellBox& to, double room, bool whole_page) {
-  room -= from.pad_top + from.pad_bottom;
+void MoveStrips(CellBox& from, CellBox& to, double available_height, bool whole_page) {
+  available_height -= from.pad_top + from.pad_bottom;
   double used = 0;
   while (!from.strips.empty()) {
     Strip& next = *from.strips.front();
     if (to.strips.empty()) next.space_before = 0;
-    const double left = room - used - next.space_before;
-    if (next.height <= left || (whole_page && to.strips.empty() && next.height > room)) {
+    const double left = available_height - used - next.space_before;
+    if (next.height <= left ||
+        (whole_page && to.strips.empty() && next.height > available_height)) {
       if (next.height > left) {
         if (auto part = next.TakeTop(left)) {
           to.strips.push_back(part);
@@ -124,8 +125,8 @@ void MoveStrips(CellBox& from, CellBox& to, double room, bool whole_page) {
   }
 }
 
-std::shared_ptr<Strip> RowStrip::TakeTop(double room) {
-  if (fixed_height || height <= room || room <= 0) return nullptr;
+std::shared_ptr<Strip> RowStrip::TakeTop(double available_height) {
+  if (fixed_height || height <= available_height || available_height <= 0) return nullptr;
   if (whole && height <= page_height) return nullptr;
   auto top = std::make_shared<RowStrip>();
   top->page_height = page_height;
@@ -137,18 +138,18 @@ std::shared_ptr<Strip> RowStrip::TakeTop(double room) {
     CellBox upper = cell;
     upper.strips.clear();
     upper.align = cell.align = Cell::VerticalAlign::kTop;
-    MoveStrips(cell, upper, room, room >= page_height);
+    MoveStrips(cell, upper, available_height, available_height >= page_height);
     moved = moved || !upper.strips.empty();
     rest = rest || !cell.strips.empty();
-    top->height = std::max(top->height, std::min(upper.ContentHeight(), room));
+    top->height = std::max(top->height, std::min(upper.ContentHeight(), available_height));
     rest_height = std::max(rest_height, cell.ContentHeight());
     top->cells.push_back(std::move(upper));
   }
   if (!moved) return nullptr;
-  // A row tall by decree but with little text: nothing remains to be said below.
-  if (!rest) top->height = room;
+  // A row of set height with little text: the rest of it is empty.
+  if (!rest) top->height = available_height;
   for (CellBox& cell : top->cells) cell.height = top->height;
-  height = rest ? rest_height : std::max(height - room, 1.0);
+  height = rest ? rest_height : std::max(height - available_height, 1.0);
   space_before = 0;
   bool first = true;
   for (CellBox& cell : cells) {
@@ -167,16 +168,16 @@ bool KeepsWhole(const richtext::Row& row) {
   constexpr std::string_view kWord = "\\trkeep";
   const std::size_t at = row.definition.find(kWord);
   if (at == std::string::npos) return false;
-  const std::size_t behind = at + kWord.size();
-  return behind == row.definition.size() || row.definition[behind] < 'a';
+  const std::size_t end = at + kWord.size();
+  return end == row.definition.size() || row.definition[end] < 'a';
 }
 
-class RowSetter {
+class RowLayout {
  public:
-  RowSetter(LayoutContext& context, const richtext::Row& row, const TablePlace& place, int position)
+  RowLayout(LayoutContext& context, const richtext::Row& row, const TablePlace& place, int position)
       : context_(context), row_(row), place_(place), position_(position) {}
 
-  std::shared_ptr<RowStrip> Set() {
+  std::shared_ptr<RowStrip> LayOut() {
     auto strip = std::make_shared<RowStrip>();
     strip->begin = position_;
     strip->page_height = context_.page_height;
@@ -201,7 +202,7 @@ class RowSetter {
   }
 
  private:
-  // A row that would run off the paper, or out of its cell, is made as narrow as the text.
+  // A row that would run off the paper, or out of its cell, is scaled to the text's width.
   double Scale() const {
     const double width = row_.cells.empty() ? 0 : row_.cells.back().right_edge - row_.left_edge;
     const double most = place_.depth == 0 ? context_.area.reach() : place_.width;
@@ -232,8 +233,8 @@ class RowSetter {
     box.covered = cell.vertical_merge == Cell::Merge::kContinued;
     if (box.covered) return box;
     Pad(cell.padding, &box);
-    const double room = width - box.pad_left - box.pad_right;
-    BlockLayout layout(context_, cell.blocks, room, position_, place_.depth + 1,
+    const double text_width = width - box.pad_left - box.pad_right;
+    BlockLayout layout(context_, cell.blocks, text_width, position_, place_.depth + 1,
                        BlockLayout::Ending::kWhole);
     while (auto block = layout.Next()) {
       for (auto& strip : block->strips) {
@@ -265,7 +266,7 @@ class RowSetter {
   int position_;
 };
 
-// Rows that the cell at the same left edge, merged downwards, covers from `first` on.
+// The number of rows that a vertically merged cell covers from `first` on.
 std::size_t RowsCovered(const std::vector<std::shared_ptr<RowStrip>>& rows, std::size_t first,
                         const CellBox& cell) {
   std::size_t last = first;
@@ -329,13 +330,13 @@ std::size_t RowsTogether(const richtext::Table& table, std::size_t first) {
   return count;
 }
 
-BlockStrips SetRows(LayoutContext& context, const richtext::Table& table, std::size_t first,
-                    std::size_t count, const TablePlace& place) {
+BlockStrips LayOutRows(LayoutContext& context, const richtext::Table& table, std::size_t first,
+                       std::size_t count, const TablePlace& place) {
   std::vector<std::shared_ptr<RowStrip>> rows;
   int position = place.position;
   for (std::size_t i = 0; i < count; ++i) {
     const richtext::Row& row = table.rows[first + i];
-    rows.push_back(RowSetter(context, row, place, position).Set());
+    rows.push_back(RowLayout(context, row, place, position).LayOut());
     position += Length(row);
   }
   SetHeights(table, first, rows, context.page_height);

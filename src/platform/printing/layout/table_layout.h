@@ -1,4 +1,4 @@
-// Setting rows of a table. Lengths are twips.
+// Lays out the rows of a table. Lengths are twips.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace tenora::printing {
 
-// Tables within tables beyond this depth are left out.
+// Tables nested more deeply are left out.
 inline constexpr int kDeepestTable = 16;
 
 struct TablePlace {
@@ -18,11 +18,11 @@ struct TablePlace {
   int depth = 0;     // tables around this one
 };
 
-// How many rows from `first` cells merged downwards tie together.
+// The number of rows from `first` on that vertically merged cells tie together.
 std::size_t RowsTogether(const richtext::Table& table, std::size_t first);
 
-// One strip a row. Rows tied together stay together where a page can hold them.
-BlockStrips SetRows(LayoutContext& context, const richtext::Table& table, std::size_t first,
-                    std::size_t count, const TablePlace& place);
+// One strip per row. Rows tied together stay on one page where they fit.
+BlockStrips LayOutRows(LayoutContext& context, const richtext::Table& table, std::size_t first,
+                       std::size_t count, const TablePlace& place);
 
 }  // namespace tenora::printing

@@ -12,7 +12,7 @@ using richtext::Underline;
 // Gap between the text and a frame's lines that have no space of their own.
 constexpr double kFrameGapX = 80, kFrameGapY = 20;
 
-// Lines are filled boxes: their thickness is then exact, and they need no pen.
+// Rules are filled rectangles: their thickness is then exact, and they need no pen.
 void HorizontalRule(QPainter& painter, double x, double y, double width, double thickness,
                     const QColor& colour) {
   painter.fillRect(QRectF(x, y - thickness / 2, width, thickness), colour);
@@ -65,7 +65,7 @@ void DrawUnderline(QPainter& painter, double x, double y, double width, double s
   }
 }
 
-// Where a line goes through letters, above the line's baseline: their own may be another.
+// The height of a strike-through above the line's baseline: raised letters have one of their own.
 double MiddleOfLetters(const richtext::CharFormat& format, const FontUse& use) {
   constexpr double kMiddle = 0.27;  // of the size
   constexpr double kScript = 2.0 / 3, kSuper = 1.0 / 2,
@@ -76,7 +76,7 @@ double MiddleOfLetters(const richtext::CharFormat& format, const FontUse& use) {
   return raised + kScript * (kMiddle * use.size + shift * (use.ascent + use.descent));
 }
 
-// The x stretch that characters [start, end) of a layout take on a line.
+// The x range of characters [start, end) of a layout on a line.
 std::pair<double, double> Stretch(const QTextLine& line, int start, int end) {
   const double one = line.cursorToX(start), other = line.cursorToX(end);
   return {std::min(one, other), std::max(one, other)};
@@ -95,7 +95,7 @@ int ShapedText::PositionAt(int offset) const {
 }
 
 std::span<const Fragment> ShapedText::FragmentsIn(int from, int to) const {
-  // A paragraph may have as many fragments as letters, and every line asks for its own.
+  // Binary search: a paragraph may have as many fragments as letters.
   const auto first = std::partition_point(
       fragments.begin(), fragments.end(),
       [&](const Fragment& fragment) { return fragment.start + fragment.length <= from; });
@@ -164,10 +164,10 @@ void TextLine::DrawText(QPainter& painter, QPointF origin, const PlacedText& tex
   const auto each_fragment = [&](auto&& draw) {
     for (const Fragment& fragment : text.text->FragmentsIn(from, to)) {
       const int first = std::max(from, fragment.start);
-      const int behind = std::min(to, fragment.start + fragment.length);
-      if (first >= behind) continue;
-      const auto [left, right] = Stretch(line, first, behind);
-      draw(*fragment.format, first, behind, origin.x() + left, right - left);
+      const int stop = std::min(to, fragment.start + fragment.length);
+      if (first >= stop) continue;
+      const auto [left, right] = Stretch(line, first, stop);
+      draw(*fragment.format, first, stop, origin.x() + left, right - left);
     }
   };
   each_fragment([&](const richtext::CharFormat& format, int, int, double x, double width) {
@@ -177,16 +177,16 @@ void TextLine::DrawText(QPainter& painter, QPointF origin, const PlacedText& tex
   painter.setPen(text.text->colour);
   line.draw(&painter, QPointF(origin.x(), origin.y() - line.ascent()));
   each_fragment(
-      [&](const richtext::CharFormat& format, int first, int behind, double x, double width) {
+      [&](const richtext::CharFormat& format, int first, int stop, double x, double width) {
         if (format.underline != Underline::kWords) {
           Decorate(painter, QPointF(x, origin.y()), width, format);
           return;
         }
         const QString shown = text.text->layout.text();
-        for (int word = first; word < behind;) {
+        for (int word = first; word < stop;) {
           int next = word + 1;
           const bool blank = shown[word].isSpace();
-          while (next < behind && shown[next].isSpace() == blank) ++next;
+          while (next < stop && shown[next].isSpace() == blank) ++next;
           const auto [left, right] = Stretch(line, word, next);
           richtext::CharFormat part = format;
           if (blank) part.underline = Underline::kNone;

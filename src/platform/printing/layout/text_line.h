@@ -1,4 +1,5 @@
-// One set line of a paragraph. Lengths are twips, x counts from the left edge of the text area.
+// One line of a laid-out paragraph. Lengths are twips, x counts from the left edge of the text
+// area.
 #pragma once
 
 #include <QTextLayout>
@@ -15,7 +16,7 @@
 
 namespace tenora::printing {
 
-// A part of a text in one character format, and where it stands in the document.
+// A part of a text in one character format, and its position in the document.
 struct Fragment {
   int start = 0, length = 0;  // in the layout's text
   int position = 0;           // in the document
@@ -46,8 +47,8 @@ struct PlacedTab {
   const richtext::CharFormat* format = nullptr;
 };
 
-// A picture that takes no room in the text. From the left edge of the text area and the line's top,
-// or the paper's.
+// A picture that floats over the text. Its place counts from the left edge of the text area and the
+// top of the line or the paper.
 struct FloatingPicture {
   double x = 0, y = 0;
   bool on_paper = false;  // y counts from the paper's top, which is the painter's
@@ -82,7 +83,7 @@ class TextLine : public Strip {
   std::vector<FloatingPicture> floating;
   std::vector<double> bars;  // x of bar tabs
   std::shared_ptr<const Frame> frame;
-  double frame_below = 0;  // how far the frame goes on below, to a neighbour in the same frame
+  double frame_below = 0;  // how far the frame extends below, to a neighbour that shares it
   bool first_of_paragraph = false, last_of_paragraph = false;
 
  private:

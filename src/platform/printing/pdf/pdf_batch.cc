@@ -17,7 +17,7 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
   BatchPrinter() : DrawingPrinter(kPdfPrinterName, RegionalPaper()) {}
 
   void StartDocument(const std::string& title, Orientation orientation) override {
-    ForgetLayout();
+    ResetLayout();
     orientation_ = orientation;
     if (open_) {
       NewPage();
@@ -41,14 +41,14 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
   }
 
   std::filesystem::path EndJob() override {
-    ForgetLayout();
+    ResetLayout();
     if (open_) parts_.push_back(*std::exchange(open_, std::nullopt));
     return {};
   }
 
-  // Its pages stay in the batch and come out in no file.
+  // Its pages stay in the batch but are in no file.
   void CancelJob() override {
-    ForgetLayout();
+    ResetLayout();
     open_.reset();
   }
 
@@ -85,7 +85,7 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
   QBuffer target_{&bytes_};
   std::optional<PdfPages> pages_;
   std::size_t page_count_ = 0;
-  Orientation orientation_ = Orientation::kAsPrinterIsSet;  // of the document in hand
+  Orientation orientation_ = Orientation::kAsPrinterIsSet;  // of the current document
   std::optional<Part> open_;
   std::vector<Part> parts_;
 };

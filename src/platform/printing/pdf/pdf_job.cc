@@ -27,7 +27,7 @@ PdfPages::PdfPages(QIODevice& device, const std::string& title, const Paper& pap
   painter_.begin(&*writer_);
 }
 
-// Of the pages begun from now on.
+// Takes effect with the next page.
 void PdfPages::SetOrientation(Orientation orientation) {
   const Paper oriented = Oriented(paper_, orientation);
   const QSizeF size(oriented.width / kTwipsPerPoint, oriented.height / kTwipsPerPoint);

@@ -18,7 +18,7 @@ constexpr std::size_t kInfo = 1, kCatalogue = 2, kPageRoot = 3;  // their number
 
 [[noreturn]] void Unreadable(const char* what) {
   throw StandardError(error_number::kPrinterError,
-                      std::string("the pages cannot be divided (") + what + ")");
+                      std::string("cannot split the pages (") + what + ")");
 }
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -30,7 +30,7 @@ std::size_t NumberAt(std::string_view text) {
   return number;
 }
 
-// The number behind the last such word.
+// The number after the last such word.
 std::size_t NumberBehind(std::string_view text, std::string_view word) {
   const std::size_t at = text.rfind(word);
   if (at == std::string_view::npos) Unreadable("an entry is missing");
@@ -40,7 +40,7 @@ std::size_t NumberBehind(std::string_view text, std::string_view word) {
 }
 
 // Calls `use` with the text between references and each reference's object number in turn; the last
-// text has none behind it.
+// text has none after it.
 template <typename Use>
 void ForEachReference(std::string_view text, Use&& use) {
   constexpr std::string_view kBehind = " 0 R";
@@ -56,7 +56,7 @@ void ForEachReference(std::string_view text, Use&& use) {
   use(text.substr(done), std::nullopt);
 }
 
-// An object's text up to its stream, whose bytes are no text.
+// An object's text without its stream, whose bytes are binary.
 std::string_view Dictionary(std::string_view object) {
   constexpr std::string_view kStream = "\nstream\n";
   return object.substr(0, std::min(object.find(kStream), object.size()));
@@ -139,7 +139,7 @@ PdfSplitter::PdfSplitter(std::string pdf) : pdf_(std::move(pdf)) {
                    });
 }
 
-// From its contents to its "endobj".
+// From after "obj" to "endobj".
 std::string_view PdfSplitter::Object(std::size_t number) const {
   if (number >= starts_.size() || starts_[number] == 0) Unreadable("an object is missing");
   const std::string_view text =
@@ -155,7 +155,7 @@ std::string PdfSplitter::File(std::size_t first, std::size_t count, std::string_
   Writer writer;
   writer.Begin(kInfo);
   writer.Add("<<\n/Title " + HexString(title) + "\n");
-  // The program, its version and the time, as they stand.
+  // Producer and dates are copied.
   const std::string_view info = Object(info_);
   writer.Add(info.substr(std::min(info.find("/Creator"), info.find(">>"))));
   writer.Begin(kCatalogue);

@@ -1,5 +1,5 @@
-// Takes a PDF of many documents apart into one file each. What their pages share, fonts above all,
-// was then drawn and packed once, which is most of the work of a one-page PDF.
+// Splits a PDF of many documents into one file each. What the documents share, above all fonts, is
+// then embedded once, which is most of the work of a one-page PDF.
 #pragma once
 
 #include <cstddef>

@@ -42,7 +42,7 @@ std::filesystem::path SpoolFile::TakeFreeName(const std::string& stem) {
   throw FileError(errno, target);
 }
 
-// A server may tell only now that its disk is full.
+// A network file system may report a full disk only here.
 void SpoolFile::Sync(const std::filesystem::path& target) const {
   if (::fsync(file_.descriptor()) != 0) throw FileError(errno, target);
 }

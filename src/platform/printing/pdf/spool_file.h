@@ -1,4 +1,4 @@
-// The file that a print job is drawn into, and the names it may take when it is whole.
+// The file that a print job is drawn into, and the name it gets when it is complete.
 #pragma once
 
 #include <filesystem>
@@ -10,7 +10,7 @@ namespace tenora::printing {
 
 class SpoolFile {
  public:
-  // A new file in this folder, which is made when missing. Raises the errors of FileError.
+  // A new file in this folder, which is created if missing. Raises the errors of FileError.
   explicit SpoolFile(const std::filesystem::path& folder);
 
   int descriptor() const { return file_.descriptor(); }
@@ -18,7 +18,7 @@ class SpoolFile {
 
   // Takes the name, replacing a file of that name in the same folder. Raises as FileError.
   void Replace(const std::filesystem::path& target);
-  // Takes "stem.pdf" or, where that is taken, "stem(1).pdf", "stem(2).pdf" …; the result is the
+  // Takes "stem.pdf" or, where that is taken, "stem(1).pdf", "stem(2).pdf" …; returns the
   // path taken.
   std::filesystem::path TakeFreeName(const std::string& stem);
 
