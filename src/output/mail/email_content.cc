@@ -8,7 +8,6 @@
 #include "output/html/html_converter.h"
 #include "output/mail/email_pictures.h"
 #include "output/mail/letter_pieces.h"
-#include "output/mail/visible_letter.h"
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/rtf_writer.h"
 #include "platform/runtime/text.h"
@@ -20,6 +19,48 @@ namespace {
 constexpr const char* kConverterOptions = "+CR+U+E";
 constexpr const char* kWrapperEnd = "</td></tr></table>";
 constexpr const char* kTab = "&nbsp;&nbsp;&nbsp;&nbsp;";
+
+void ShowRuns(richtext::Paragraph& paragraph) {
+  // Marks are bookmarks and their like; their offsets count text that is removed.
+  paragraph.marks.clear();
+  std::erase_if(paragraph.runs, [](const richtext::Run& run) { return run.format.hidden; });
+  for (richtext::Run& run : paragraph.runs) {
+    const auto* held = std::get_if<std::shared_ptr<const richtext::Verbatim>>(&run.object);
+    if (held == nullptr) continue;
+    const std::shared_ptr<const richtext::Verbatim> object = *held;
+    run.object = std::monostate();
+    run.text = object->shown_text;
+    if (!object->shown_picture) continue;
+    run.text.clear();
+    run.object = object->shown_picture;
+  }
+}
+
+// Tables are shared between copies of a document: each becomes a copy of its own.
+void ShowBlocks(std::vector<richtext::Block>& blocks) {
+  for (richtext::Block& block : blocks) {
+    if (auto* table = std::get_if<std::shared_ptr<richtext::Table>>(&block)) {
+      *table = std::make_shared<richtext::Table>(**table);
+      for (richtext::Row& row : (*table)->rows) {
+        for (richtext::Cell& cell : row.cells) ShowBlocks(cell.blocks);
+      }
+    } else {
+      ShowRuns(std::get<richtext::Paragraph>(block));
+    }
+  }
+}
+
+// A copy without hidden and deleted text and without page headers and footers, none of which is
+// part of the printed text either; objects, shapes and notes are replaced by the picture or text
+// they show.
+richtext::Document VisibleLetter(const richtext::Document& letter) {
+  richtext::Document shown = letter;
+  shown.title.clear();
+  shown.info.clear();
+  shown.head_groups.clear();
+  ShowBlocks(shown.blocks);
+  return shown;
+}
 
 std::vector<const richtext::Row*> RowsOf(const richtext::Document& document) {
   std::vector<const richtext::Row*> rows;

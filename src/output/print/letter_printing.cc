@@ -76,7 +76,8 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
     if (stop_asked && stop_asked()) throw StandardError(error_number::kCancelled);
     if (next >= length) break;
     if (next <= range.range.from) {
-      throw StandardError(error_number::kPrinterError, "\"" + title + "\" cannot be split into pages");
+      throw StandardError(error_number::kPrinterError,
+                          "\"" + title + "\" cannot be split into pages");
     }
     printer.NewPage();
     range.range.from = next;

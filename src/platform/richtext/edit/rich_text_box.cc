@@ -4,8 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include "platform/richtext/characters/byte_decoder.h"
 #include "platform/richtext/characters/code_page.h"
-#include "platform/richtext/characters/text_file.h"
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/edit/canonical_form.h"
 #include "platform/richtext/edit/text_search.h"
@@ -25,6 +25,36 @@ constexpr std::size_t kLargestFile = std::size_t{256} << 20;
 
 bool IsAscii(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+std::string DecodeUtf16(std::string_view bytes, bool big_endian) {
+  std::u16string units;
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    const auto first = static_cast<unsigned char>(bytes[i]);
+    const auto second = static_cast<unsigned char>(bytes[i + 1]);
+    units += static_cast<char16_t>(big_endian ? first << 8 | second : second << 8 | first);
+  }
+  return FromUtf16(units);
+}
+
+std::string DecodeBytes(std::string_view bytes, const richtext::CodePage& page) {
+  std::string text;
+  richtext::ByteDecoder decoder;
+  for (const char c : bytes) {
+    if (const auto character = decoder.Take(static_cast<unsigned char>(c), page))
+      AppendUtf8(text, *character);
+  }
+  return text;
+}
+
+// The text of a file in UTF-8: UTF-8 or UTF-16 by its byte order mark, otherwise UTF-8 if that is
+// valid, otherwise Windows-1252.
+std::string DecodeTextFile(std::string_view bytes) {
+  if (bytes.starts_with("\xff\xfe")) return DecodeUtf16(bytes.substr(2), false);
+  if (bytes.starts_with("\xfe\xff")) return DecodeUtf16(bytes.substr(2), true);
+  if (bytes.starts_with("\xef\xbb\xbf")) bytes.remove_prefix(3);
+  if (IsValidUtf8(bytes)) return std::string(bytes);
+  return DecodeBytes(bytes, richtext::CodePage(richtext::kDefaultCodePage));
 }
 
 // Line ends as positions count them.
@@ -212,7 +242,8 @@ void RichTextBox::InsertObject(std::string_view rtf_group) {
   richtext::Document document = state_->Parsed();
   const int end =
       richtext::ReplaceRangeByObject(&document, SelStart(), SelLength(), richtext::ReadRtf(piece));
-  if (end < 0) throw StandardError(error_number::kInvalidFileFormat, "neither a picture nor an object");
+  if (end < 0)
+    throw StandardError(error_number::kInvalidFileFormat, "neither a picture nor an object");
   state_->SetEdited(std::move(document));
   Select(end, 0);
   state_->Changed();
@@ -255,7 +286,7 @@ int RichTextBox::Find(std::string_view text, int start, int end, int options) {
 
 void RichTextBox::LoadFile(const std::filesystem::path& path, FileType type) {
   const std::string bytes = ReadWholeFile(path, kLargestFile);
-  if (type == FileType::kText) return SetText(richtext::DecodeTextFile(bytes));
+  if (type == FileType::kText) return SetText(DecodeTextFile(bytes));
   if (!richtext::IsRtf(bytes)) throw StandardError(error_number::kInvalidFileFormat, path.string());
   state_->SetDocument(richtext::ReadRtf(bytes));
   state_->Changed(RichTextView::Change::kNewLetter);

@@ -7,8 +7,7 @@
 
 namespace tenora::richtext {
 
-bool CharacterReader::SkipFallback(Token* token) {
-  if (skip_ == 0) return false;
+bool CharacterReader::Skip(Token* token) {
   switch (token->kind) {
     case Token::Kind::kByte:
     case Token::Kind::kSymbol:

@@ -227,11 +227,13 @@ void RtfReader::Finish() {
 
 void RtfReader::Handle(Token token) {
   if (characters_.SkipFallback(&token)) return;
-  // Text and the next \uN can complete a pending character; anything else abandons it.
-  const bool completes = token.kind == Token::Kind::kText || token.kind == Token::Kind::kByte ||
-                         token.kind == Token::Kind::kSymbol || token.IsWord("u") ||
-                         token.IsWord("uc");
-  if (!completes) Characters(characters_.Flush());
+  if (characters_.pending()) {
+    // Text and the next \uN can complete a pending character; anything else abandons it.
+    const bool completes = token.kind == Token::Kind::kText || token.kind == Token::Kind::kByte ||
+                           token.kind == Token::Kind::kSymbol || token.IsWord("u") ||
+                           token.IsWord("uc");
+    if (!completes) Characters(characters_.Flush());
+  }
   switch (token.kind) {
     case Token::Kind::kOpen:
       return OpenGroup();
