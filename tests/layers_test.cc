@@ -43,7 +43,7 @@ const std::vector<std::vector<Module>> kLayers = {
     {{"startup", {}}},
     {{"ui/editor", {"text", "codes", "tables", "document", "clipboard", "commands", "screen"}},
      {"ui/dialogs", {}}},
-    {{"ui/window", {}}},
+    {{"ui/window", {"appearance", "background", "help", "tree", "preview", "letter", "main"}}},
     {{"main.cpp", {}}},
 };
 

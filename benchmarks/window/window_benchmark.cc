@@ -14,7 +14,7 @@
 #include "letters/template_library.h"
 #include "support/fake_platform.h"
 #include "ui/dialogs/frm_generate.h"
-#include "ui/window/frm_main.h"
+#include "ui/window/main/frm_main.h"
 
 namespace tenora {
 namespace {

@@ -10,10 +10,10 @@
 #include <utility>
 
 #include "platform/dialogs/window_dialogs.h"
-#include "ui/window/frm_main.h"
-#include "ui/window/frm_splash.h"
-#include "ui/window/icons.h"
-#include "ui/window/main_thread_dialogs.h"
+#include "ui/window/appearance/icons.h"
+#include "ui/window/background/main_thread_dialogs.h"
+#include "ui/window/help/frm_splash.h"
+#include "ui/window/main/frm_main.h"
 
 namespace tenora {
 namespace {

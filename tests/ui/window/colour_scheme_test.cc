@@ -1,4 +1,4 @@
-#include "ui/window/colour_scheme.h"
+#include "ui/window/appearance/colour_scheme.h"
 
 #include <gtest/gtest.h>
 

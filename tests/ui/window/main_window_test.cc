@@ -9,8 +9,8 @@
 #include "merge/merge_codes.h"
 #include "platform/runtime/files.h"
 #include "support/fake_platform.h"
-#include "ui/window/background_work.h"
-#include "ui/window/frm_main.h"
+#include "ui/window/background/background_work.h"
+#include "ui/window/main/frm_main.h"
 
 namespace tenora {
 namespace {

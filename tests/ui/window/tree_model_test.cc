@@ -1,10 +1,10 @@
-#include "ui/window/tree_model.h"
+#include "ui/window/tree/tree_model.h"
 
 #include <QAbstractItemModelTester>
 
 #include "application.h"
 #include "support/fake_platform.h"
-#include "ui/window/ctl_tree.h"
+#include "ui/window/tree/ctl_tree.h"
 
 namespace tenora {
 namespace {

@@ -1,0 +1,132 @@
+#include "ui/window/letter/insert_menus.h"
+
+#include <QCoreApplication>
+#include <QLineEdit>
+
+#include "letters/template_library.h"
+#include "merge/merge_codes.h"
+
+namespace tenora {
+namespace {
+
+QString Tr(const char* text) { return QCoreApplication::translate("InsertMenus", text); }
+
+QString ToQt(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+// A caption in which no "&" makes a mnemonic.
+QString Caption(std::string_view text) { return ToQt(text).replace("&", "&&"); }
+
+std::span<const MergeCode> CodesOf(InsertList list) {
+  switch (list) {
+    case InsertList::kCheque:
+      return MergeCodesOf(TemplateKind::kCheque);
+    case InsertList::kOwner:
+      return MergeCodesOf(TemplateKind::kOwner);
+    default:
+      return MergeCodesOf(TemplateKind::kTenant);
+  }
+}
+
+}  // namespace
+
+InsertList ListFor(std::string_view letter_kind) {
+  if (letter_kind == kTemplates || letter_kind == kTenantLetter) return InsertList::kTenant;
+  if (letter_kind == kOwnerTemplates || letter_kind == kOwnerLetter) return InsertList::kOwner;
+  return InsertList::kCheque;
+}
+
+InsertMenus::InsertMenus(QMenu& menu, QComboBox& combo, QAction& format,
+                         std::function<void(const std::string&)> insert)
+    : menu_(menu), combo_(combo), format_(format), insert_(std::move(insert)) {
+  tenant_codes_ = AddCodes("mnuInsertItem", MergeCodesOf(TemplateKind::kTenant));
+  cheque_codes_ = AddCodes("mnuInsertItemCheque", MergeCodesOf(TemplateKind::kCheque));
+  owner_codes_ = AddCodes("mnuInsertItemOwner", MergeCodesOf(TemplateKind::kOwner));
+  tenant_custom_ = AddCustom("mnuTenantCustom", Tr("&Tenant Custom Fields"));
+  property_custom_ = AddCustom("mnuPropertyCustom", Tr("&Property Custom Fields"));
+  owner_custom_ = AddCustom("mnuOwnerCustom", Tr("&Owner Custom Fields"));
+  QObject::connect(&combo_, &QComboBox::activated, &combo_, [this](int row) {
+    if (row < 0) return;
+    const std::string item = combo_.itemText(row).toStdString();
+    combo_.setCurrentIndex(-1);  // so that the same entry can be chosen again
+    insert_(item);
+  });
+}
+
+QMenu* InsertMenus::AddCodes(const char* name, std::span<const MergeCode> codes) {
+  QMenu* menu = menu_.addMenu(QString());
+  menu->setObjectName(QLatin1String(name));
+  for (const MergeCode& code : codes) {
+    QAction* action = menu->addAction(Caption(code.name));
+    QObject::connect(action, &QAction::triggered, menu,
+                     [this, item = std::string(code.name)] { insert_(item); });
+  }
+  return menu;
+}
+
+QMenu* InsertMenus::AddCustom(const char* name, const QString& title) {
+  QMenu* menu = menu_.addMenu(title);
+  menu->setObjectName(QLatin1String(name));
+  menu->menuAction()->setVisible(false);
+  return menu;
+}
+
+void InsertMenus::FillCustomMenus(const CustomFieldCodes& codes) {
+  FillCustom(tenant_custom_, codes.tenant, kTenantCustomPrefix);
+  FillCustom(property_custom_, codes.property, kPropertyCustomPrefix);
+  FillCustom(owner_custom_, codes.owner, kOwnerCustomPrefix);
+  ShowCustomMenus();
+}
+
+void InsertMenus::FillCustom(QMenu* menu, const std::set<std::string>& codes,
+                             std::string_view prefix) {
+  menu->clear();
+  for (const std::string& code : codes) {
+    QAction* action = menu->addAction(Caption(code));
+    QObject::connect(action, &QAction::triggered, menu,
+                     [this, item = std::string(prefix) + code] { insert_(item); });
+  }
+}
+
+void InsertMenus::DisplayInsertMenu(InsertList list, const std::string& cheque_word) {
+  const std::string name = list == InsertList::kTenant  ? "Tenant"
+                           : list == InsertList::kOwner ? "Owner"
+                                                        : cheque_word;
+  if (name == list_name_) return;
+  list_ = list;
+  list_name_ = name;
+  const QString title = Tr("Insert %1").arg(ToQt(list_name_));
+  format_.setText(Tr("%1 Format").arg(ToQt(list_name_)));
+  for (QMenu* menu : {tenant_codes_, cheque_codes_, owner_codes_}) {
+    const bool shown = menu == (list == InsertList::kTenant  ? tenant_codes_
+                                : list == InsertList::kOwner ? owner_codes_
+                                                             : cheque_codes_);
+    menu->menuAction()->setVisible(shown);
+    menu->setTitle(title);
+  }
+  ShowCustomMenus();
+  combo_.clear();
+  for (const MergeCode& code : CodesOf(list)) combo_.addItem(ToQt(code.name));
+  combo_.setCurrentIndex(-1);
+  combo_.setPlaceholderText(title);
+}
+
+void InsertMenus::ShowCustomMenus() {
+  const auto show = [](QMenu* menu, bool fits) {
+    menu->menuAction()->setVisible(fits && !menu->isEmpty());
+  };
+  show(tenant_custom_, list_ == InsertList::kTenant);
+  show(property_custom_, list_ == InsertList::kTenant);
+  show(owner_custom_, list_ == InsertList::kOwner);
+}
+
+void InsertMenus::SetEnabled(bool enabled) {
+  combo_.setEnabled(enabled);
+  for (QMenu* menu : {tenant_codes_, cheque_codes_, owner_codes_, tenant_custom_, property_custom_,
+                      owner_custom_}) {
+    menu->setEnabled(enabled);
+  }
+}
+
+}  // namespace tenora

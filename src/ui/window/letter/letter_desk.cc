@@ -1,0 +1,127 @@
+#include "ui/window/letter/letter_desk.h"
+
+#include <QAction>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QTabBar>
+
+namespace tenora {
+namespace {
+
+constexpr double kUsualShare = 0.7;  // of the desk, for a letter among others
+
+}  // namespace
+
+LetterDesk::LetterDesk(QWidget* parent) : QStackedWidget(parent), area_(new QMdiArea(this)) {
+  setObjectName(QStringLiteral("letterDesk"));
+  area_->setObjectName(QStringLiteral("mdiLetters"));
+  area_->setTabsClosable(true);
+  area_->setTabsMovable(true);
+  area_->setDocumentMode(true);
+  area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  addWidget(area_);
+  ShowAsTabs(true);
+  connect(area_, &QMdiArea::subWindowActivated, this, [this] {
+    ShowWelcomeWhereEmpty();
+    emit ActiveChanged();
+  });
+}
+
+LetterDesk::~LetterDesk() {
+  // The letters still open go with the desk, and must not ask it for a welcome any more.
+  for (QMdiSubWindow* frame : area_->subWindowList()) disconnect(frame, nullptr, this, nullptr);
+}
+
+LetterWindow* LetterDesk::Active() const {
+  // While another program's window is in front none is active, but one is still current.
+  const QMdiSubWindow* window = area_->currentSubWindow();
+  if (window == nullptr) {
+    const auto windows = area_->subWindowList(QMdiArea::ActivationHistoryOrder);
+    if (windows.isEmpty()) return nullptr;
+    window = windows.last();
+  }
+  return qobject_cast<LetterWindow*>(window->widget());
+}
+
+std::vector<LetterWindow*> LetterDesk::Letters() const {
+  std::vector<LetterWindow*> letters;
+  for (const QMdiSubWindow* window : area_->subWindowList()) {
+    if (auto* letter = qobject_cast<LetterWindow*>(window->widget())) letters.push_back(letter);
+  }
+  return letters;
+}
+
+LetterWindow* LetterDesk::OfFile(const std::filesystem::path& path) const {
+  for (LetterWindow* window : Letters()) {
+    if (window->letter().members().FilePath == path.string()) return window;
+  }
+  return nullptr;
+}
+
+void LetterDesk::Add(LetterWindow* window) {
+  QMdiSubWindow* frame = area_->addSubWindow(window);
+  frame->setAttribute(Qt::WA_DeleteOnClose);
+  frame->setWindowIcon(window->windowIcon());
+  // The frame's own menu has the keys of ours, and of two commands with one key neither works.
+  for (QAction* action : frame->systemMenu()->actions())
+    action->setShortcuts(QList<QKeySequence>());
+  connect(window, &LetterWindow::CaptionChanged, this, &LetterDesk::ActiveChanged);
+  connect(frame, &QObject::destroyed, this, [this] {
+    ShowWelcomeWhereEmpty();
+    emit ActiveChanged();
+  });
+  setCurrentWidget(area_);
+  if (Tabbed()) {
+    frame->showMaximized();
+  } else {
+    frame->resize(area_->size() * kUsualShare);
+    frame->show();
+  }
+  window->setFocus();
+  emit ActiveChanged();
+}
+
+void LetterDesk::BringToFront(LetterWindow* window) {
+  area_->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(window->parentWidget()));
+  window->setFocus();
+}
+
+void LetterDesk::ShowAsTabs(bool tabs) {
+  area_->setViewMode(tabs ? QMdiArea::TabbedView : QMdiArea::SubWindowView);
+  if (!tabs) return;
+  if (auto* bar = area_->findChild<QTabBar*>()) {
+    bar->setExpanding(false);
+    bar->setElideMode(Qt::ElideRight);
+    bar->setAccessibleName(tr("Open letters"));
+  }
+}
+
+void LetterDesk::Tile() {
+  ShowAsTabs(false);
+  area_->tileSubWindows();
+}
+
+void LetterDesk::Cascade() {
+  ShowAsTabs(false);
+  area_->cascadeSubWindows();
+  for (QMdiSubWindow* frame : area_->subWindowList()) frame->resize(area_->size() * kUsualShare);
+}
+
+bool LetterDesk::CloseAll() {
+  area_->closeAllSubWindows();
+  return area_->subWindowList().isEmpty();
+}
+
+void LetterDesk::SetWelcome(QWidget* welcome) {
+  welcome_ = welcome;
+  addWidget(welcome);
+  ShowWelcomeWhereEmpty();
+}
+
+void LetterDesk::ShowWelcomeWhereEmpty() {
+  if (welcome_ == nullptr) return;
+  setCurrentWidget(area_->subWindowList().isEmpty() ? welcome_ : static_cast<QWidget*>(area_));
+}
+
+}  // namespace tenora

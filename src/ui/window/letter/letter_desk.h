@@ -1,0 +1,52 @@
+// The open letters, as tabs or as windows side by side; a welcome where there is none.
+#pragma once
+
+#include <QMdiArea>
+#include <QStackedWidget>
+#include <filesystem>
+#include <vector>
+
+#include "ui/window/letter/letter_window.h"
+
+namespace tenora {
+
+class LetterDesk : public QStackedWidget {
+  Q_OBJECT
+
+ public:
+  explicit LetterDesk(QWidget* parent = nullptr);
+  ~LetterDesk() override;
+
+  // The letter in front, or null.
+  LetterWindow* Active() const;
+  std::vector<LetterWindow*> Letters() const;
+  // The open letter of this file, or null.
+  LetterWindow* OfFile(const std::filesystem::path& path) const;
+  // Takes the window over and brings it to the front.
+  void Add(LetterWindow* window);
+  void BringToFront(LetterWindow* window);
+
+  bool Tabbed() const { return area_->viewMode() == QMdiArea::TabbedView; }
+  void ShowAsTabs(bool tabs);
+  void Tile();
+  void Cascade();
+  void Next() { area_->activateNextSubWindow(); }
+  void Previous() { area_->activatePreviousSubWindow(); }
+  // False when the user kept a changed letter open.
+  bool CloseAll();
+
+  // Shown while no letter is open.
+  void SetWelcome(QWidget* welcome);
+
+ signals:
+  // Another letter is in front, or the one in front has another caption.
+  void ActiveChanged();
+
+ private:
+  void ShowWelcomeWhereEmpty();
+
+  QMdiArea* area_;
+  QWidget* welcome_ = nullptr;
+};
+
+}  // namespace tenora

@@ -1,0 +1,124 @@
+#include "ui/window/letter/letter_output.h"
+
+#include <QCoreApplication>
+
+#include "letters/window_print.h"
+#include "output/letter_pdf.h"
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/safe_file_name.h"
+#include "ui/window/preview/print_preview.h"
+
+namespace tenora {
+namespace {
+
+QString Tr(const char* text) { return QCoreApplication::translate("LetterOutput", text); }
+
+// A letter with the same content and nobody looking at it.
+class Copy {
+ public:
+  Copy(Session& session, frmLetter& letter) : letter_(session) {
+    letter_.rtfLetter.SetTextRTF(letter.rtfLetter.TextRTF());
+    letter_.members() = letter.members();
+  }
+  frmLetter& letter() { return letter_; }
+
+ private:
+  frmLetter letter_;
+};
+
+}  // namespace
+
+bool LetterOutput::Print(frmLetter& letter) {
+  printers_.SetDataFolder(session_.database.DataFolder());
+  if (PrinterMod(printers_, session_.settings).PrinterCount() == 0) {
+    session_.platform.dialogs.Say("No printer is installed. Nothing was printed.");
+    return false;
+  }
+  return PrintFromWindow(session_, letter,
+                         [this](frmLetter& printed) { return PrintOne(printed); });
+}
+
+bool LetterOutput::PrintOne(frmLetter& letter) {
+  PrinterMod printer(printers_, session_.settings);
+  if (!printer.ChoosePrinter(session_.platform.dialogs)) return false;
+  if (PrinterChosen) PrinterChosen();
+  Copy copy(session_, letter);
+  bool printed = false, cancelled = false;
+  std::filesystem::path file;
+  run_(Tr("Printing"), [&](WorkProgress& progress) {
+    printer.StopAsked = [&progress] { return progress.Cancelled(); };
+    printed = copy.letter().PrintLetter(printer);
+    if (printed) file = printer.EndJob();
+    cancelled = !printed && progress.Cancelled();
+  });
+  if (cancelled && Tell) Tell(Tr("Cancelled; nothing was printed"));
+  if (printed && Tell) {
+    Tell(file.empty()
+             ? Tr("Sent to %1").arg(QString::fromStdString(printers_.Current().DeviceName()))
+             : Tr("Printed: %1").arg(QString::fromStdString(file.string())));
+  }
+  return printed;
+}
+
+void LetterOutput::ExportPdf(frmLetter& letter) {
+  const LetterMembers& members = letter.members();
+  std::filesystem::path suggestion =
+      members.FilePath.empty()
+          ? session_.database.DataFolder() /
+                (SafeFileName(members.LetterTitle, kLongestFileName - 4) + ".pdf")
+          : std::filesystem::path(members.FilePath).replace_extension(".pdf");
+  auto path = session_.platform.dialogs.ChooseFileToSave("Export as PDF", "PDF|*.pdf", suggestion);
+  if (!path) return;
+  if (path->extension() != ".pdf") *path += ".pdf";
+  Copy copy(session_, letter);
+  run_(Tr("Exporting"), [&](WorkProgress& progress) {
+    const std::string title = members.LetterTitle + " - " + members.RecipientName;
+    WriteWholeFile(*path, MakeLetterPdf(copy.letter().rtfLetter, title, session_.settings,
+                                        [&progress] { return progress.Cancelled(); }));
+  });
+  if (Tell) Tell(Tr("Exported: %1").arg(QString::fromStdString(path->string())));
+}
+
+bool LetterOutput::Email(frmLetter& letter) {
+  const auto subject = session_.platform.dialogs.AskText(
+      "Subject of the e-mail to " + letter.members().RecipientName, "E-mail this letter",
+      letter.members().LetterTitle);
+  if (!subject) return false;
+  const bool attach_pdf =
+      session_.settings.GetSettingAs(ToInt32, "Receipt", "PdfAttachment", "0") != 0;
+  Copy copy(session_, letter);
+  bool sent = false;
+  run_(Tr("Sending"), [&](WorkProgress& progress) {
+    clsEmailSender sender(session_);
+    sender.StopAsked = [&progress] { return progress.Cancelled(); };
+    sent = copy.letter().SendEmail(sender, *subject, attach_pdf);
+  });
+  if (sent && Tell) {
+    Tell(Tr("E-mailed to %1").arg(QString::fromStdString(letter.EmailAddress())));
+  }
+  return sent;
+}
+
+void LetterOutput::Preview(frmLetter& letter, QWidget* parent) {
+  printers_.SetDataFolder(session_.database.DataFolder());
+  auto copy = std::make_unique<RichTextBox>();
+  copy->SetTextRTF(letter.rtfLetter.TextRTF());
+  const std::string title = letter.members().LetterTitle;
+  auto pages = std::make_unique<printing::PreviewPages>(printers_.Current());
+  run_(Tr("Laying out"), [&](WorkProgress& progress) {
+    PrinterMod printer(*pages, session_.settings);
+    printer.StopAsked = [&progress] { return progress.Cancelled(); };
+    printer.PrintRichText(*copy, title);
+  });
+  auto* preview = new PrintPreview(std::move(copy), std::move(pages), parent);
+  preview->setWindowFlag(Qt::Window);
+  preview->setWindowTitle(Tr("%1 – Print Preview").arg(QString::fromStdString(title)));
+  QObject::connect(preview, &PrintPreview::PrintAsked, preview, [this, preview] {
+    preview->close();
+    if (PrintFromPreview) PrintFromPreview();
+  });
+  preview->show();
+}
+
+}  // namespace tenora

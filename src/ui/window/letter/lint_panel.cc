@@ -1,0 +1,43 @@
+#include "ui/window/letter/lint_panel.h"
+
+namespace tenora {
+
+LintPanel::LintPanel(QWidget* parent) : QDockWidget(tr("Template Check"), parent) {
+  setObjectName(QStringLiteral("dckTemplateCheck"));
+  setAllowedAreas(Qt::BottomDockWidgetArea | Qt::TopDockWidgetArea);
+  list_ = new QListWidget(this);
+  list_->setObjectName(QStringLiteral("lstFindings"));
+  list_->setAccessibleName(tr("Findings"));
+  list_->setFrameShape(QFrame::NoFrame);
+  list_->setWordWrap(true);
+  list_->setAlternatingRowColors(true);
+  setWidget(list_);
+  connect(list_, &QListWidget::currentRowChanged, this, &LintPanel::Select);
+  connect(list_, &QListWidget::itemActivated, this, [this] { Select(list_->currentRow()); });
+}
+
+void LintPanel::Show(LetterWindow& letter, const std::vector<TemplateFinding>& findings) {
+  list_->clear();  // before the findings go that its rows stand for
+  letter_ = &letter;
+  findings_ = findings;
+  for (const TemplateFinding& finding : findings_) {
+    list_->addItem(QString::fromStdString(finding.Text()));
+  }
+  if (findings_.empty()) {
+    const bool codes = letter.letter().rtfLetter.TextRTF().find("<<") != std::string::npos;
+    list_->addItem(codes ? tr("Nothing was found: every code will be filled.")
+                         : tr("There is no merge code in this letter: everyone gets the same text. "
+                              "The Insert menu puts codes at the caret."));
+  }
+  show();
+}
+
+void LintPanel::Select(int row) {
+  if (!letter_ || row < 0 || static_cast<std::size_t>(row) >= findings_.size()) return;
+  const TemplateFinding& finding = findings_[static_cast<std::size_t>(row)];
+  if (finding.position < 0) return;
+  letter_->letter().rtfLetter.Select(finding.position, finding.length);
+  letter_->ShowLetter();
+}
+
+}  // namespace tenora

@@ -1,0 +1,30 @@
+// What the template check found, below the letters; choosing a line selects the code.
+#pragma once
+
+#include <QDockWidget>
+#include <QListWidget>
+#include <QPointer>
+#include <vector>
+
+#include "letters/template_lint.h"
+#include "ui/window/letter/letter_window.h"
+
+namespace tenora {
+
+class LintPanel : public QDockWidget {
+  Q_OBJECT
+
+ public:
+  explicit LintPanel(QWidget* parent = nullptr);
+
+  void Show(LetterWindow& letter, const std::vector<TemplateFinding>& findings);
+
+ private:
+  void Select(int row);
+
+  QListWidget* list_;
+  QPointer<LetterWindow> letter_;
+  std::vector<TemplateFinding> findings_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,264 @@
+#include "ui/window/tree/ctl_tree.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QStyledItemDelegate>
+#include <QVBoxLayout>
+
+#include "ui/window/appearance/icons.h"
+
+namespace tenora {
+namespace {
+
+constexpr int kRefreshDelay = 250;  // milliseconds: a batch saves many letters in a moment
+constexpr int kHintLength = 60;     // letters of the searched text
+
+// Draws the count behind a name, fainter than the name.
+class CountDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    QStyledItemDelegate::paint(painter, option, index);
+    const QVariant count = index.data(TreeModel::kCountRole);
+    if (!count.isValid()) return;
+    const QPalette::ColorRole role = option.state & QStyle::State_Selected
+                                         ? QPalette::HighlightedText
+                                         : QPalette::PlaceholderText;
+    painter->setPen(option.palette.color(role));
+    painter->setFont(option.font);
+    painter->drawText(option.rect.adjusted(0, 0, -8, 0), Qt::AlignRight | Qt::AlignVCenter,
+                      count.toString());
+  }
+
+  QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    const QSize size = QStyledItemDelegate::sizeHint(option, index);
+    return {size.width() + option.fontMetrics.horizontalAdvance(QStringLiteral(" 0000")),
+            option.fontMetrics.height() + 8};
+  }
+};
+
+}  // namespace
+
+ctlTree::ctlTree(Session& session, QWidget* parent)
+    : QWidget(parent),
+      model_(session),
+      filter_(model_),
+      search_(new QLineEdit(this)),
+      nothing_found_(new QLabel(this)),
+      view_(new QTreeView(this)) {
+  setObjectName(QStringLiteral("ctlTree"));
+  BuildView();
+  search_->setObjectName(QStringLiteral("txtTreeSearch"));
+  search_->setPlaceholderText(tr("Search templates, tenants, owners"));
+  search_->setAccessibleName(tr("Search the tree"));
+  search_->setClearButtonEnabled(true);
+  search_->addAction(LineIcon("find"), QLineEdit::LeadingPosition);
+  search_->installEventFilter(this);
+  nothing_found_->setObjectName(QStringLiteral("lblNothingFound"));
+  nothing_found_->setTextFormat(Qt::PlainText);
+  nothing_found_->setWordWrap(true);
+  nothing_found_->setMargin(6);
+  nothing_found_->hide();
+
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(6, 6, 0, 0);
+  layout->setSpacing(6);
+  layout->addWidget(search_);
+  layout->addWidget(nothing_found_);
+  layout->addWidget(view_);
+
+  refresh_soon_.setSingleShot(true);
+  refresh_soon_.setInterval(kRefreshDelay);
+  connect(&refresh_soon_, &QTimer::timeout, this, &ctlTree::RefreshTree);
+  connect(&watcher_, &QFileSystemWatcher::directoryChanged, this,
+          [this] { refresh_soon_.start(); });
+  connect(search_, &QLineEdit::textChanged, this, &ctlTree::Filter);
+}
+
+void ctlTree::BuildView() {
+  view_->setObjectName(QStringLiteral("tvwTemplates"));
+  view_->setAccessibleName(tr("Templates, tenants and owners"));
+  view_->setModel(&filter_);
+  view_->setItemDelegate(new CountDelegate(view_));
+  view_->setHeaderHidden(true);
+  view_->setUniformRowHeights(true);
+  view_->setFrameShape(QFrame::NoFrame);
+  view_->setIndentation(18);
+  view_->setIconSize(QSize(18, 18));
+  view_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  view_->setContextMenuPolicy(Qt::CustomContextMenu);
+  view_->setTextElideMode(Qt::ElideRight);
+  view_->header()->setStretchLastSection(true);
+  view_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  view_->setExpandsOnDoubleClick(true);
+  connect(view_, &QTreeView::activated, this, [this](const QModelIndex& index) {
+    const Entry* entry = model_.EntryAt(Source(index));
+    if (entry == nullptr) return;
+    if (entry->path.empty()) {
+      // A double click opens it by itself, Enter does not.
+      if (view_->property("byKey").toBool()) view_->setExpanded(index, !view_->isExpanded(index));
+      return;
+    }
+    emit Activated(Entry(*entry));
+  });
+  connect(view_, &QTreeView::expanded, this, [this](const QModelIndex& index) {
+    model_.SetOpen(Source(index), true);
+    Watch();
+  });
+  connect(view_, &QTreeView::collapsed, this, [this](const QModelIndex& index) {
+    model_.SetOpen(Source(index), false);
+    Watch();
+  });
+  connect(view_, &QTreeView::customContextMenuRequested, this, &ctlTree::ShowContextMenu);
+  connect(view_->selectionModel(), &QItemSelectionModel::currentChanged, this,
+          &ctlTree::SelectionChanged);
+  view_->installEventFilter(this);
+}
+
+bool ctlTree::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (object == view_) view_->setProperty("byKey", key == Qt::Key_Return || key == Qt::Key_Enter);
+    if (object == search_ && key == Qt::Key_Escape) {
+      search_->clear();
+      return true;
+    }
+    if (object == search_ && (key == Qt::Key_Down || key == Qt::Key_Return)) {
+      view_->setFocus();
+      if (filter_.Active()) SelectFirstFound();
+      return true;
+    }
+  } else if (object == view_ && event->type() == QEvent::KeyRelease) {
+    view_->setProperty("byKey", false);
+  }
+  return QWidget::eventFilter(object, event);
+}
+
+void ctlTree::SelectFirstFound() {
+  QModelIndex index = filter_.index(0, 0);
+  while (index.isValid()) {
+    const Entry* entry = model_.EntryAt(Source(index));
+    if (entry->type != TreeModel::Type::kGroup && entry->type != TreeModel::Type::kClosedFold) {
+      view_->setCurrentIndex(index);
+      return;
+    }
+    index = view_->indexBelow(index);
+  }
+}
+
+void ctlTree::Hold(bool hold) {
+  held_ = hold;
+  if (!held_ && std::exchange(refresh_wanted_, false)) RefreshTree();
+}
+
+void ctlTree::RefreshTree() {
+  if (held_) {
+    refresh_wanted_ = true;
+    return;
+  }
+  model_.Refresh();
+  Watch();
+  TellWhereNothingIsFound();
+}
+
+const ctlTree::Entry* ctlTree::Current() const {
+  return model_.EntryAt(Source(view_->currentIndex()));
+}
+
+void ctlTree::FocusSearch() {
+  search_->setFocus(Qt::ShortcutFocusReason);
+  search_->selectAll();
+}
+
+void ctlTree::ExpandGroups(const QStringList& names) {
+  for (const QString& name : names) view_->expand(filter_.mapFromSource(model_.Group(name)));
+}
+
+QString ctlTree::OpenEntries() const {
+  // What a search has opened and closed is not the user's doing.
+  if (filter_.Active()) return open_before_search_;
+  QStringList keys;
+  for (QModelIndex index = filter_.index(0, 0); index.isValid(); index = view_->indexBelow(index)) {
+    if (view_->isExpanded(index)) keys.append(model_.KeyOf(Source(index)));
+  }
+  return keys.join(QLatin1Char('\n'));
+}
+
+void ctlTree::OpenAgain(const QString& keys) {
+  // The view says nothing of what it closes this way.
+  view_->collapseAll();
+  model_.SetAllClosed();
+  for (const QString& key : keys.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+    view_->expand(filter_.mapFromSource(model_.IndexOfKey(key)));
+  }
+}
+
+void ctlTree::Filter(const QString& text) {
+  const bool was_active = filter_.Active();
+  if (!was_active) open_before_search_ = OpenEntries();
+  view_->setUpdatesEnabled(false);
+  filter_.SetText(text);
+  if (filter_.Active()) {
+    ExpandGroupsAndFolds();
+    view_->scrollToTop();
+  } else if (was_active) {
+    OpenAgain(open_before_search_);
+  }
+  view_->setUpdatesEnabled(true);
+  TellWhereNothingIsFound();
+}
+
+void ctlTree::TellWhereNothingIsFound() {
+  const bool nothing = filter_.Active() && filter_.rowCount() == 0;
+  if (nothing) {
+    nothing_found_->setText(
+        tr("No template, tenant or owner is called \"%1\". Escape in the search "
+           "box shows them all again.")
+            .arg(search_->text().trimmed().left(kHintLength)));
+  }
+  nothing_found_->setVisible(nothing);
+}
+
+void ctlTree::ExpandGroupsAndFolds() {
+  for (int row = 0; row < filter_.rowCount(); ++row) {
+    const QModelIndex group = filter_.index(row, 0);
+    view_->expand(group);
+    const QModelIndex fold = filter_.index(0, 0, group);
+    const Entry* entry = model_.EntryAt(Source(fold));
+    if (entry != nullptr && entry->type == TreeModel::Type::kClosedFold) view_->expand(fold);
+  }
+}
+
+void ctlTree::ShowContextMenu(const QPoint& position) {
+  const QModelIndex index = view_->indexAt(position);
+  const Entry* entry = model_.EntryAt(Source(index));
+  if (entry == nullptr || !FillContextMenu) return;
+  QMenu menu(this);
+  FillContextMenu(menu, *entry);
+  if (!menu.isEmpty()) menu.exec(view_->viewport()->mapToGlobal(position));
+}
+
+// Watches the folders whose files can be seen; where the system cannot watch (a server's share),
+// F5 refreshes.
+void ctlTree::Watch() {
+  QStringList wanted;
+  for (const auto& folder : model_.ShownFolders()) {
+    wanted.append(QString::fromStdString(folder.string()));
+  }
+  const QStringList watched = watcher_.directories();
+  QStringList gone;
+  for (const QString& folder : watched) {
+    if (!wanted.contains(folder)) gone.append(folder);
+  }
+  if (!gone.isEmpty()) watcher_.removePaths(gone);
+  for (const QString& folder : wanted) {
+    if (!watched.contains(folder)) watcher_.addPath(folder);
+  }
+}
+
+}  // namespace tenora

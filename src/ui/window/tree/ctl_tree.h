@@ -1,0 +1,73 @@
+// The template tree with its search box, on the left of the main window.
+#pragma once
+
+#include <QFileSystemWatcher>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QTimer>
+#include <QTreeView>
+#include <QWidget>
+#include <functional>
+
+#include "ui/window/tree/tree_filter.h"
+#include "ui/window/tree/tree_model.h"
+
+namespace tenora {
+
+class ctlTree : public QWidget {
+  Q_OBJECT
+
+ public:
+  using Entry = TreeModel::Entry;
+
+  explicit ctlTree(Session& session, QWidget* parent = nullptr);
+
+  TreeModel& model() { return model_; }
+  QTreeView& view() { return *view_; }
+
+  // Reads folders and caches anew; what is open and selected stays so.
+  void RefreshTree();
+  // While held, nothing is read: work on another thread may be changing the caches.
+  void Hold(bool hold);
+  // The selected entry, or null.
+  const Entry* Current() const;
+  void FocusSearch();
+
+  // Which entries are open, a key a line, as the settings keep it.
+  QString OpenEntries() const;
+  void OpenAgain(const QString& keys);
+  void ExpandGroups(const QStringList& names);
+
+  // What the context menu offers for an entry; the main window fills it.
+  std::function<void(QMenu& menu, const Entry& entry)> FillContextMenu;
+
+ signals:
+  void Activated(const tenora::TreeModel::Entry& entry);
+  void SelectionChanged();
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  void BuildView();
+  void Filter(const QString& text);
+  void TellWhereNothingIsFound();
+  void SelectFirstFound();
+  void ExpandGroupsAndFolds();
+  void ShowContextMenu(const QPoint& position);
+  void Watch();
+  QModelIndex Source(const QModelIndex& shown) const { return filter_.mapToSource(shown); }
+
+  TreeModel model_;
+  TreeFilter filter_;
+  QLineEdit* search_;
+  QLabel* nothing_found_;
+  QTreeView* view_;
+  QFileSystemWatcher watcher_;
+  QTimer refresh_soon_;
+  QString open_before_search_;
+  bool held_ = false, refresh_wanted_ = false;
+};
+
+}  // namespace tenora
