@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "letters/letter_host.h"
 #include "merge/merge_target.h"
 #include "merge/owner_merge.h"
 #include "merge/prompts.h"
@@ -32,7 +33,10 @@ struct SaveWay {
 
 class frmLetter {
  public:
+  // A letter that no window shows.
   explicit frmLetter(Session& session);
+  // The host outlives the letter, and is first called when the letter is.
+  frmLetter(Session& session, LetterHost& host);
   frmLetter(const frmLetter&) = delete;
   frmLetter& operator=(const frmLetter&) = delete;
 
@@ -95,7 +99,7 @@ class frmLetter {
   void FindAgain();
 
   // Writes the letter to its file, as SaveAs where it has none. A write that fails leaves the file
-  // as it was and the letter marked as changed; it is reported by OnSaveFailed and the result.
+  // as it was and the letter marked as changed; the host is told, and the result is false.
   bool Save();
   // Asks for the title and writes to that file in the letter's folder, which is made where missing.
   // Cancelling leaves the title empty, deliberately. False also when cancelled.
@@ -120,27 +124,6 @@ class frmLetter {
 
   RichTextBox rtfLetter;
 
-  // What a window does for its letter; each may be empty. The dialog writes its code at the caret.
-  std::function<void(RichTextBox& editor)> ShowFutureDateDialog;
-  std::function<void()> FocusEditor;
-  std::function<void()> OnBeforeSave;
-  std::function<void()> OnCaptionChanged;
-  // Where text wraps in twips from the left edge; 0: at the window's edge.
-  std::function<void(int width)> OnWidthChanged;
-  std::function<void()> OnClose;
-  std::function<void()> RefreshTree;
-  // The name of the current insert list, which words the messages of a letter in the folder of the
-  // same name.
-  std::function<std::string()> InsertListName;
-  std::function<void(const RuntimeError& error)> OnSaveFailed;
-  // Whether SaveAs may replace this file; where empty, it may.
-  std::function<bool(const std::filesystem::path& path)> ConfirmReplace;
-  // Whether Save may write over what another program has put into the letter's file since it was
-  // loaded or saved here; where empty, it may.
-  std::function<bool(const std::filesystem::path& path)> ConfirmOverwrite;
-  // The width in twips of the current printer's paper as the letter lays it; where empty, A4's.
-  std::function<int()> PaperWidth;
-
  private:
   std::string KindWord() const;
   enum class Making { kNothing, kMissing };
@@ -163,6 +146,8 @@ class frmLetter {
   static std::optional<FileState> StateOf(const std::filesystem::path& path);
 
   Session& session_;
+  WindowlessHost windowless_;
+  LetterHost& host_;
   LetterMembers members_;
   std::optional<FileState> known_file_;
 };

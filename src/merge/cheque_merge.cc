@@ -12,7 +12,6 @@ std::optional<RuntimeError> InsertChequeDetails(const MergeTarget& target, const
                                                 double amount) {
   try {
     ShowRecipientInCaption(target.letter);
-    const HiddenEditor hidden(target.letter);
     const ChequeDetails cheque{payee, amount, GetValueWords(target.session.settings, amount)};
     const MergeSource source{.session = target.session,
                              .letter = target.letter,

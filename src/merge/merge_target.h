@@ -23,8 +23,6 @@ struct LetterMembers {
   bool Changed = false;    // set by editing, cleared after every load and save
   bool Inserting = false;  // set while InsertItem runs
   std::string Caption;
-  // Cleared during a merge, so that a window does not repaint for each value.
-  bool EditorVisible = true;
 };
 
 // One letter during a merge. All three outlive the merge.
@@ -32,18 +30,6 @@ struct MergeTarget {
   Session& session;
   LetterMembers& letter;
   RichTextBox& editor;
-};
-
-// Keeps the editor hidden while a merge runs, however it ends.
-class HiddenEditor {
- public:
-  explicit HiddenEditor(LetterMembers& letter) : letter_(letter) { letter_.EditorVisible = false; }
-  HiddenEditor(const HiddenEditor&) = delete;
-  HiddenEditor& operator=(const HiddenEditor&) = delete;
-  ~HiddenEditor() { letter_.EditorVisible = true; }
-
- private:
-  LetterMembers& letter_;
 };
 
 // Every merge begins with this: the caption shows the recipient, unless an item is being inserted.

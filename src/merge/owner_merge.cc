@@ -54,7 +54,6 @@ OwnerMergeOutcome InsertOwnerDetails(const MergeTarget& target) {
   OwnerMergeOutcome outcome;
   try {
     ShowRecipientInCaption(target.letter);
-    const HiddenEditor hidden(target.letter);
     FillFromEveryNamesake(target, outcome);
   } catch (...) {
     outcome.error = CurrentError();

@@ -79,7 +79,6 @@ TenantMergeOutcome InsertTenantDetails(const MergeTarget& target) {
     if (letter.TenantCode.empty()) {
       letter.TenantCode = caches.ReferenceByKeyName(letter.RecipientName);
     }
-    const HiddenEditor hidden(letter);
     MergeSource source{target.session, letter, target.session.platform.clock.Now()};
     ReplaceClockCodes(target, source);
     TenantRecord* const tenant = caches.FindTenant(letter.TenantCode);

@@ -9,6 +9,7 @@
 
 #include "letters/template_library.h"
 #include "platform/runtime/files.h"
+#include "support/counting_host.h"
 #include "support/errors.h"
 #include "support/fake_platform.h"
 
@@ -57,7 +58,8 @@ class FrmLetterTest : public testing::Test {
 
   test::FakePlatform machine_;
   Session session_{machine_.Parts()};
-  frmLetter letter_{session_};
+  test::CountingHost host_;
+  frmLetter letter_{session_, host_};
 };
 
 TEST_F(FrmLetterTest, LoadingRecordsTheFileAndClearsTheChangedFlag) {
@@ -92,14 +94,12 @@ TEST_F(FrmLetterTest, AFailedLoadNamesTheFileAndKeepsTheLetter) {
 TEST_F(FrmLetterTest, SavesUnderTheFirstFreeNumberAndOverwritesNothing) {
   letter_.members().RecipientName = "Jane Smith";
   letter_.members().LetterTitle = "Notice";
-  int before_save = 0;
-  letter_.OnBeforeSave = [&] { ++before_save; };
   for (const char* text : {"one", "two", "three"}) {
     letter_.rtfLetter.SetText(text);
     EXPECT_TRUE(letter_.SaveTenantTemplate());
     EXPECT_FALSE(letter_.members().Changed);
   }
-  EXPECT_EQ(before_save, 3);
+  EXPECT_EQ(host_.saves, 3);
   EXPECT_THAT(FilesOf("Jane Smith"),
               UnorderedElementsAre("Notice.rtf", "Notice(1).rtf", "Notice(2).rtf"));
   EXPECT_EQ(letter_.members().FilePath, Data() / "Jane Smith/Notice(2).rtf");
@@ -142,11 +142,9 @@ TEST_F(FrmLetterTest, AFailedSaveNamesTheFileAndLeavesNothing) {
 TEST_F(FrmLetterTest, InsertsACodeInATemplateAndItsValueInALetter) {
   letter_.LoadLetter(Template(), kTemplates);
   letter_.rtfLetter.Select(5, 15);
-  bool focused = false;
-  letter_.FocusEditor = [&] { focused = true; };
   letter_.InsertItem("TCustom:Pet");
   EXPECT_EQ(Shown(), "Dear <<TCustom:Pet>>");
-  EXPECT_TRUE(focused);
+  EXPECT_EQ(host_.focused, 1);
 
   MakeTenantLetter();
   letter_.InsertItem("Tenant Name");
@@ -189,13 +187,13 @@ TEST_F(FrmLetterTest, TakesPromptMessagesOnlyInTemplates) {
 
 TEST_F(FrmLetterTest, LeavesTheFutureDateToItsDialog) {
   letter_.LoadLetter(Template(), kTemplates);
-  letter_.ShowFutureDateDialog = [](RichTextBox& editor) {
+  host_.choose_future_date = [](RichTextBox& editor) {
     editor.Select(0, 0);
     editor.SetSelText("<<FutureDate:1:Days>>");
   };
   letter_.InsertItem("Future Date");
   EXPECT_EQ(Shown(), "<<FutureDate:1:Days>>Dear <<Tenant Name>>");
-  letter_.ShowFutureDateDialog = [](RichTextBox&) { throw StandardError(5); };
+  host_.choose_future_date = [](RichTextBox&) { throw StandardError(5); };
   letter_.InsertItem("Future Date");
   EXPECT_FALSE(letter_.members().Inserting);
   EXPECT_THAT(Boxes(), IsEmpty());

@@ -7,6 +7,7 @@
 #include "letters/letter/embedded_file.h"
 #include "letters/template_library.h"
 #include "platform/runtime/files.h"
+#include "support/counting_host.h"
 #include "support/fake_platform.h"
 
 namespace tenora {
@@ -17,21 +18,15 @@ using testing::ElementsAre;
 
 class LetterCommandsTest : public testing::Test {
  protected:
-  LetterCommandsTest() {
-    letter_.RefreshTree = [this] { ++refreshed_; };
-    letter_.OnClose = [this] { ++closed_; };
-    letter_.InsertListName = [] { return std::string("Templates"); };
-    letter_.OnSaveFailed = [this](const RuntimeError&) { ++failed_; };
-    letter_.members().Kind = letter_.members().RecipientName = kTemplates;
-  }
+  LetterCommandsTest() { letter_.members().Kind = letter_.members().RecipientName = kTemplates; }
   fs::path Data() const { return machine_.ProgramFolder(); }
   ScriptedDialogs& Dialogs() { return machine_.dialogs; }
   const ShownBox& LastBox() const { return machine_.dialogs.shown().back(); }
 
   test::FakePlatform machine_;
   Session session_{machine_.Parts()};
-  frmLetter letter_{session_};
-  int refreshed_ = 0, closed_ = 0, failed_ = 0;
+  test::CountingHost host_{"Templates"};
+  frmLetter letter_{session_, host_};
 };
 
 TEST_F(LetterCommandsTest, FindsFromTheStartAndAgainBehindTheCaret) {
@@ -88,7 +83,7 @@ TEST_F(LetterCommandsTest, SavesUnderTheTitleInTheLettersOwnFolder) {
     EXPECT_EQ(LastBox().text, "Enter the name for this " +
                                   std::string(c.recipient == "Templates" ? "Templates" : "Letter"));
   }
-  EXPECT_EQ(refreshed_, 8);
+  EXPECT_EQ(host_.refreshed, 8);
   Dialogs().WillCancel();
   EXPECT_FALSE(letter_.SaveAs());
   EXPECT_EQ(letter_.members().LetterTitle, "");
@@ -101,7 +96,7 @@ TEST_F(LetterCommandsTest, KeepsALetterThatCouldNotBeSavedMarkedAsChanged) {
   Dialogs().WillPress(Answer::kYes).WillType("Notice");
   EXPECT_FALSE(letter_.CheckSave());
   EXPECT_EQ(Dialogs().shown().front().title, "Notice : Templates");
-  EXPECT_EQ(failed_, 1);
+  EXPECT_EQ(host_.failed, 1);
   EXPECT_TRUE(letter_.members().Changed);
   EXPECT_EQ(letter_.members().FilePath, "");
   EXPECT_EQ(Dialogs().shown().size(), 2u);
@@ -110,7 +105,7 @@ TEST_F(LetterCommandsTest, KeepsALetterThatCouldNotBeSavedMarkedAsChanged) {
   Dialogs().WillPress(Answer::kNo);
   EXPECT_TRUE(letter_.CheckSave());
   fs::remove(Data() / "Templates");
-  letter_.ConfirmReplace = [](const fs::path&) { return false; };
+  host_.may_replace = false;
   fs::create_directory(Data() / "Templates");
   WriteWholeFile(Data() / "Templates/Other.rtf", "another's");
   Dialogs().WillType("Other");
@@ -122,21 +117,19 @@ TEST_F(LetterCommandsTest, AsksBeforeItWritesOverAnothersChangeOfTheFile) {
   const fs::path path = Data() / "Notice.rtf";
   WriteWholeFile(path, "{\\rtf1 old}");
   letter_.LoadLetter(path, kTemplates);
-  int asked = 0;
-  bool answer = false;
-  letter_.ConfirmOverwrite = [&](const fs::path&) { return ++asked > 0 && answer; };
+  host_.may_overwrite = false;
   letter_.rtfLetter.SetText("mine");
   EXPECT_TRUE(letter_.Save());
   EXPECT_TRUE(letter_.Save());
-  EXPECT_EQ(asked, 0);
+  EXPECT_EQ(host_.overwrites_asked, 0);
   WriteWholeFile(path, "{\\rtf1 another's}");
   letter_.rtfLetter.SetText("mine again");
   EXPECT_FALSE(letter_.Save());
   EXPECT_EQ(ReadWholeFile(path), "{\\rtf1 another's}");
   EXPECT_TRUE(letter_.members().Changed);
-  answer = true;
+  host_.may_overwrite = true;
   EXPECT_TRUE(letter_.Save());
-  EXPECT_EQ(asked, 2);
+  EXPECT_EQ(host_.overwrites_asked, 2);
   EXPECT_NE(ReadWholeFile(path).find("mine again"), std::string::npos);
 }
 
@@ -156,7 +149,7 @@ TEST_F(LetterCommandsTest, DeletesOnlyWhatIsSavedAndConfirmed) {
   letter_.Delete();
   EXPECT_FALSE(fs::exists(file));
   EXPECT_FALSE(letter_.members().Changed);
-  EXPECT_EQ(closed_, 1);
+  EXPECT_EQ(host_.closed, 1);
 }
 
 TEST_F(LetterCommandsTest, CarriesAWorkbookThatCanBeGotOutAgain) {
@@ -234,18 +227,16 @@ TEST(EmbeddedFile, ReadsNothingBeyondDamagedData) {
 }
 
 TEST_F(LetterCommandsTest, WrapsAtThePaperLessTheMargins) {
-  int width = -1;
-  letter_.OnWidthChanged = [&](int twips) { width = twips; };
-  letter_.PaperWidth = [] { return 12240; };
+  host_.paper_width = 12240;
   session_.settings.SaveSettingText("Mail\\PrinterSetup", "LeftMargin", "1440");
   session_.settings.SaveSettingText("Mail\\PrinterSetup", "RightMargin", "800");
   letter_.ChangeWidth(true);
-  EXPECT_EQ(width, 10000);
+  EXPECT_EQ(host_.width, 10000);
   letter_.ChangeWidth(false);
-  EXPECT_EQ(width, 0);
+  EXPECT_EQ(host_.width, 0);
   session_.settings.SaveSettingText("Mail\\PrinterSetup", "RightMargin", "2147483647");
   letter_.ChangeWidth(true);
-  EXPECT_EQ(width, 1440);
+  EXPECT_EQ(host_.width, 1440);
 }
 
 }  // namespace

@@ -37,7 +37,6 @@ constexpr const char* kExcelTitle = "Excel Files";
 // The pattern has no dot. Deliberate.
 constexpr const char* kExcelFilter = "Excel Files|*xls";
 constexpr const char* kObjectTitle = "Insert Object";
-constexpr int kA4Width = 11906;  // twips
 
 bool NameTaken(const fs::path& path) {
   std::error_code error;
@@ -76,11 +75,6 @@ std::string FileNameOf(std::string_view title) {
   return SafeFileName(title, kLongestFileName - kExtension.size()).append(kExtension);
 }
 
-template <typename Callback, typename... Arguments>
-void CallIfSet(const Callback& callback, Arguments&&... arguments) {
-  if (callback) callback(std::forward<Arguments>(arguments)...);
-}
-
 void CollectObjects(const std::vector<richtext::Block>& blocks, std::vector<std::string>& sources) {
   for (const richtext::Block& block : blocks) {
     if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
@@ -98,7 +92,9 @@ void CollectObjects(const std::vector<richtext::Block>& blocks, std::vector<std:
 
 }  // namespace
 
-frmLetter::frmLetter(Session& session) : session_(session) {
+frmLetter::frmLetter(Session& session) : frmLetter(session, windowless_) {}
+
+frmLetter::frmLetter(Session& session, LetterHost& host) : session_(session), host_(host) {
   rtfLetter.OnChange([this] { members_.Changed = true; });
 }
 
@@ -118,9 +114,7 @@ void frmLetter::AfterLoadLetter() {
   UpdateCaption();
 }
 
-void frmLetter::BeforeSaveLetter() {
-  if (OnBeforeSave) OnBeforeSave();
-}
+void frmLetter::BeforeSaveLetter() { host_.BeforeSave(); }
 
 void frmLetter::StartNew(std::string_view kind) {
   rtfLetter.SetText("");
@@ -132,7 +126,7 @@ void frmLetter::StartNew(std::string_view kind) {
 void frmLetter::UpdateCaption() {
   const char* const separator = members_.FilePath.empty() ? " : New " : " : ";
   members_.Caption = members_.LetterTitle + separator + members_.Kind;
-  if (OnCaptionChanged) OnCaptionChanged();
+  host_.ShowCaption();
 }
 
 void frmLetter::InsertItem(std::string_view name) {
@@ -140,16 +134,14 @@ void frmLetter::InsertItem(std::string_view name) {
   // Both early returns leave the inserting mark set. That is deliberate.
   if (name.empty()) return;
   if (name == kFutureDateItem) {
-    IgnoringErrors([&] {
-      if (ShowFutureDateDialog) ShowFutureDateDialog(rtfLetter);
-    });
+    IgnoringErrors([&] { host_.ShowFutureDateDialog(rtfLetter); });
   } else if (name == kPromptMessageItem) {
     if (!InsertPromptMessage()) return;
   } else {
     InsertCode(name);
   }
   members_.Inserting = false;
-  if (FocusEditor) IgnoringErrors(FocusEditor);
+  IgnoringErrors([&] { host_.FocusEditor(); });
 }
 
 bool frmLetter::InsertPromptMessage() {
@@ -260,7 +252,7 @@ bool frmLetter::SendEmail(clsEmailSender& sender, const std::string& subject, bo
 }
 
 std::string frmLetter::KindWord() const {
-  const std::string list = InsertListName ? InsertListName() : std::string();
+  const std::string list = host_.InsertListName();
   return !list.empty() && members_.RecipientName == list ? list : "Letter";
 }
 
@@ -286,14 +278,14 @@ void frmLetter::Find() {
   members_.SearchText =
       dialogs.AskText("Enter text to find.", "Find text", members_.SearchText).value_or("");
   if (members_.SearchText.empty()) return;
-  CallIfSet(FocusEditor);
+  host_.FocusEditor();
   if (rtfLetter.Find(members_.SearchText, 0) >= 0) return;
   dialogs.Show({.text = "Search text is not found.", .icon = Icon::kInformation});
 }
 
 void frmLetter::FindAgain() {
   if (members_.SearchText.empty()) return;
-  CallIfSet(FocusEditor);
+  host_.FocusEditor();
   if (rtfLetter.Find(members_.SearchText, rtfLetter.SelStart() + 1) >= 0) return;
   // Spelt so, deliberately.
   session_.platform.dialogs.Show({.text = "No more occurances found.", .icon = Icon::kInformation});
@@ -310,7 +302,7 @@ bool frmLetter::WriteLetter(Making making) {
     known_file_ = StateOf(members_.FilePath);
     written = true;
   } catch (...) {
-    CallIfSet(OnSaveFailed, CurrentError());
+    host_.ShowSaveError(CurrentError());
   }
   return written;
 }
@@ -330,7 +322,7 @@ bool frmLetter::ChangedByOthers() const {
 
 bool frmLetter::Save() {
   if (members_.FilePath.empty()) return SaveAs();
-  if (ChangedByOthers() && ConfirmOverwrite && !ConfirmOverwrite(members_.FilePath)) return false;
+  if (ChangedByOthers() && !host_.ConfirmOverwrite(members_.FilePath)) return false;
   const bool written = WriteLetter();
   AfterLoadLetter();
   members_.Changed = !written;
@@ -345,12 +337,12 @@ bool frmLetter::SaveAs() {
   const fs::path path = LetterFolder() / FileNameOf(members_.LetterTitle);
   std::error_code error;
   const bool replaces = path != fs::path(members_.FilePath) && fs::exists(path, error);
-  if (replaces && ConfirmReplace && !ConfirmReplace(path)) return false;
+  if (replaces && !host_.ConfirmReplace(path)) return false;
   const std::string path_before = std::exchange(members_.FilePath, path.string());
   const bool written = WriteLetter(Making::kMissing);
   // Without a file, the next save asks again.
   if (!written) members_.FilePath = path_before;
-  CallIfSet(RefreshTree);
+  host_.RefreshTree();
   AfterLoadLetter();
   members_.Changed = !written;
   return written;
@@ -384,11 +376,11 @@ void frmLetter::Delete() {
   std::error_code not_deleted;
   // What is deleted must not ask to be saved when it closes.
   if (fs::remove(members_.FilePath, not_deleted)) members_.Changed = false;
-  CallIfSet(RefreshTree);
+  host_.RefreshTree();
   CloseForm();
 }
 
-void frmLetter::CloseForm() { CallIfSet(OnClose); }
+void frmLetter::CloseForm() { host_.CloseLetter(); }
 
 void frmLetter::InsertPicture() { InsertFile(kPictureTitle, kPictureFilter, true); }
 void frmLetter::InsertExcel() { InsertFile(kExcelTitle, kExcelFilter, false); }
@@ -434,11 +426,11 @@ void frmLetter::ChangeWidth(bool page_width) {
     if (!page_width) return;
     const PageMargins margins = StoredMargins(session_.settings);
     constexpr long long kLeastWidth = 1440, kMostWidth = 100'000;
-    const long long paper = PaperWidth ? PaperWidth() : kA4Width;
+    const long long paper = host_.PaperWidth();
     width =
         static_cast<int>(std::clamp(paper - margins.left - margins.right, kLeastWidth, kMostWidth));
   });
-  CallIfSet(OnWidthChanged, width);
+  host_.SetWidth(width);
 }
 
 }  // namespace tenora

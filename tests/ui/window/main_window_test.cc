@@ -183,7 +183,7 @@ TEST_F(MainWindow, RenamesOverNoFileAndTakesTheOpenLetterAlong) {
   Load();
   ctlTree& tree = window_->tree();
   TreeModel::Entry entry = *tree.model().EntryAt(tree.model().IndexOfKey("Templates/One"));
-  window_->OpenEntry(entry);
+  window_->letters().Open(entry);
   const auto rename = [&](const char* name) {
     platform_.dialogs.WillType(name);
     QMenu menu;

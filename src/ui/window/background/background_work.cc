@@ -69,8 +69,7 @@ class ShownProgress : public WorkProgress {
 
 }  // namespace
 
-void RunInBackground(QWidget* parent, const QString& title,
-                     const std::function<void(WorkProgress&)>& work) {
+void RunInBackground(QWidget* parent, const QString& title, const Work& work) {
   ProgressDialog dialog(title, parent);
   dialog.setWindowModality(Qt::ApplicationModal);
   ShownProgress progress(dialog);

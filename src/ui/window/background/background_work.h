@@ -17,9 +17,14 @@ class WorkProgress {
   virtual bool Cancelled() const = 0;
 };
 
+using Work = std::function<void(WorkProgress& progress)>;
+
 // The windows take no input until the work is done; boxes that the work itself shows do. Raises
 // what the work raises. Work never touches a widget, nor a box with an editor on it.
-void RunInBackground(QWidget* parent, const QString& title,
-                     const std::function<void(WorkProgress& progress)>& work);
+void RunInBackground(QWidget* parent, const QString& title, const Work& work);
+
+// How the parts of a window have their long work run: by RunInBackground, and whatever it would
+// disturb waits meanwhile.
+using WorkRunner = std::function<void(const QString& title, const Work& work)>;
 
 }  // namespace tenora

@@ -1,18 +1,52 @@
 #include "ui/window/letter/letter_desk.h"
 
 #include <QAction>
+#include <QLabel>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QTabBar>
+#include <QVBoxLayout>
+
+#include "ui/window/appearance/icons.h"
 
 namespace tenora {
 namespace {
 
 constexpr double kUsualShare = 0.7;  // of the desk, for a letter among others
 
+// What there is to do while no letter is open.
+QWidget* MakeWelcome(QWidget* desk) {
+  auto* welcome = new QWidget(desk);
+  welcome->setObjectName(QStringLiteral("welcome"));
+  auto* picture = new QLabel(welcome);
+  picture->setPixmap(LineIcon("tenora").pixmap(QSize(64, 64), desk->devicePixelRatioF()));
+  auto* title = new QLabel(LetterDesk::tr("No letter is open"), welcome);
+  QFont large = title->font();
+  large.setPointSizeF(large.pointSizeF() * 1.5);
+  title->setFont(large);
+  auto* hint =
+      new QLabel(LetterDesk::tr("Double-click a template on the left to edit it, or select one and "
+                                "choose Generate to write to tenants or owners."),
+                 welcome);
+  hint->setWordWrap(true);
+  hint->setAlignment(Qt::AlignHCenter);
+  hint->setFixedSize(420, hint->heightForWidth(420));
+  hint->setForegroundRole(QPalette::PlaceholderText);
+  auto* layout = new QVBoxLayout(welcome);
+  layout->addStretch(2);
+  layout->addWidget(picture, 0, Qt::AlignHCenter);
+  layout->addSpacing(12);
+  layout->addWidget(title, 0, Qt::AlignHCenter);
+  layout->addSpacing(6);
+  layout->addWidget(hint, 0, Qt::AlignHCenter);
+  layout->addStretch(3);
+  return welcome;
+}
+
 }  // namespace
 
-LetterDesk::LetterDesk(QWidget* parent) : QStackedWidget(parent), area_(new QMdiArea(this)) {
+LetterDesk::LetterDesk(QWidget* parent)
+    : QStackedWidget(parent), area_(new QMdiArea(this)), welcome_(MakeWelcome(this)) {
   setObjectName(QStringLiteral("letterDesk"));
   area_->setObjectName(QStringLiteral("mdiLetters"));
   area_->setTabsClosable(true);
@@ -21,7 +55,9 @@ LetterDesk::LetterDesk(QWidget* parent) : QStackedWidget(parent), area_(new QMdi
   area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   addWidget(area_);
+  addWidget(welcome_);
   ShowAsTabs(true);
+  ShowWelcomeWhereEmpty();
   connect(area_, &QMdiArea::subWindowActivated, this, [this] {
     ShowWelcomeWhereEmpty();
     emit ActiveChanged();
@@ -30,6 +66,7 @@ LetterDesk::LetterDesk(QWidget* parent) : QStackedWidget(parent), area_(new QMdi
 
 LetterDesk::~LetterDesk() {
   // The letters still open go with the desk, and must not ask it for a welcome any more.
+  disconnect(area_, nullptr, this, nullptr);
   for (QMdiSubWindow* frame : area_->subWindowList()) disconnect(frame, nullptr, this, nullptr);
 }
 
@@ -113,14 +150,7 @@ bool LetterDesk::CloseAll() {
   return area_->subWindowList().isEmpty();
 }
 
-void LetterDesk::SetWelcome(QWidget* welcome) {
-  welcome_ = welcome;
-  addWidget(welcome);
-  ShowWelcomeWhereEmpty();
-}
-
 void LetterDesk::ShowWelcomeWhereEmpty() {
-  if (welcome_ == nullptr) return;
   setCurrentWidget(area_->subWindowList().isEmpty() ? welcome_ : static_cast<QWidget*>(area_));
 }
 

@@ -35,9 +35,6 @@ class LetterDesk : public QStackedWidget {
   // False when the user kept a changed letter open.
   bool CloseAll();
 
-  // Shown while no letter is open.
-  void SetWelcome(QWidget* welcome);
-
  signals:
   // Another letter is in front, or the one in front has another caption.
   void ActiveChanged();
@@ -46,7 +43,7 @@ class LetterDesk : public QStackedWidget {
   void ShowWelcomeWhereEmpty();
 
   QMdiArea* area_;
-  QWidget* welcome_ = nullptr;
+  QWidget* welcome_;
 };
 
 }  // namespace tenora

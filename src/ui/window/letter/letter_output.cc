@@ -1,9 +1,8 @@
 #include "ui/window/letter/letter_output.h"
 
-#include <QCoreApplication>
-
 #include "letters/window_print.h"
 #include "output/letter_pdf.h"
+#include "output/letter_printing.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/safe_file_name.h"
@@ -11,8 +10,6 @@
 
 namespace tenora {
 namespace {
-
-QString Tr(const char* text) { return QCoreApplication::translate("LetterOutput", text); }
 
 // A letter with the same content and nobody looking at it.
 class Copy {
@@ -30,33 +27,33 @@ class Copy {
 }  // namespace
 
 bool LetterOutput::Print(frmLetter& letter) {
-  printers_.SetDataFolder(session_.database.DataFolder());
-  if (PrinterMod(printers_, session_.settings).PrinterCount() == 0) {
+  printing::Printers& printers = printers_.Get();
+  if (PrinterMod(printers, session_.settings).PrinterCount() == 0) {
     session_.platform.dialogs.Say("No printer is installed. Nothing was printed.");
     return false;
   }
   return PrintFromWindow(session_, letter,
-                         [this](frmLetter& printed) { return PrintOne(printed); });
+                         [&](frmLetter& printed) { return PrintOne(printers, printed); });
 }
 
-bool LetterOutput::PrintOne(frmLetter& letter) {
-  PrinterMod printer(printers_, session_.settings);
+bool LetterOutput::PrintOne(printing::Printers& printers, frmLetter& letter) {
+  PrinterMod printer(printers, session_.settings);
   if (!printer.ChoosePrinter(session_.platform.dialogs)) return false;
-  if (PrinterChosen) PrinterChosen();
+  letters_.ShowPages();  // its paper may be another
   Copy copy(session_, letter);
   bool printed = false, cancelled = false;
   std::filesystem::path file;
-  run_(Tr("Printing"), [&](WorkProgress& progress) {
+  run_(tr("Printing"), [&](WorkProgress& progress) {
     printer.StopAsked = [&progress] { return progress.Cancelled(); };
     printed = copy.letter().PrintLetter(printer);
     if (printed) file = printer.EndJob();
     cancelled = !printed && progress.Cancelled();
   });
-  if (cancelled && Tell) Tell(Tr("Cancelled; nothing was printed"));
-  if (printed && Tell) {
-    Tell(file.empty()
-             ? Tr("Sent to %1").arg(QString::fromStdString(printers_.Current().DeviceName()))
-             : Tr("Printed: %1").arg(QString::fromStdString(file.string())));
+  if (cancelled) emit Told(tr("Cancelled; nothing was printed"));
+  if (printed) {
+    emit Told(file.empty()
+                  ? tr("Sent to %1").arg(QString::fromStdString(printers.Current().DeviceName()))
+                  : tr("Printed: %1").arg(QString::fromStdString(file.string())));
   }
   return printed;
 }
@@ -72,12 +69,12 @@ void LetterOutput::ExportPdf(frmLetter& letter) {
   if (!path) return;
   if (path->extension() != ".pdf") *path += ".pdf";
   Copy copy(session_, letter);
-  run_(Tr("Exporting"), [&](WorkProgress& progress) {
+  run_(tr("Exporting"), [&](WorkProgress& progress) {
     const std::string title = members.LetterTitle + " - " + members.RecipientName;
     WriteWholeFile(*path, MakeLetterPdf(copy.letter().rtfLetter, title, session_.settings,
                                         [&progress] { return progress.Cancelled(); }));
   });
-  if (Tell) Tell(Tr("Exported: %1").arg(QString::fromStdString(path->string())));
+  emit Told(tr("Exported: %1").arg(QString::fromStdString(path->string())));
 }
 
 bool LetterOutput::Email(frmLetter& letter) {
@@ -89,34 +86,32 @@ bool LetterOutput::Email(frmLetter& letter) {
       session_.settings.GetSettingAs(ToInt32, "Receipt", "PdfAttachment", "0") != 0;
   Copy copy(session_, letter);
   bool sent = false;
-  run_(Tr("Sending"), [&](WorkProgress& progress) {
+  run_(tr("Sending"), [&](WorkProgress& progress) {
     clsEmailSender sender(session_);
     sender.StopAsked = [&progress] { return progress.Cancelled(); };
     sent = copy.letter().SendEmail(sender, *subject, attach_pdf);
   });
-  if (sent && Tell) {
-    Tell(Tr("E-mailed to %1").arg(QString::fromStdString(letter.EmailAddress())));
-  }
+  if (sent) emit Told(tr("E-mailed to %1").arg(QString::fromStdString(letter.EmailAddress())));
   return sent;
 }
 
 void LetterOutput::Preview(frmLetter& letter, QWidget* parent) {
-  printers_.SetDataFolder(session_.database.DataFolder());
+  printing::Printers& printers = printers_.Get();
   auto copy = std::make_unique<RichTextBox>();
   copy->SetTextRTF(letter.rtfLetter.TextRTF());
   const std::string title = letter.members().LetterTitle;
-  auto pages = std::make_unique<printing::PreviewPages>(printers_.Current());
-  run_(Tr("Laying out"), [&](WorkProgress& progress) {
+  auto pages = std::make_unique<printing::PreviewPages>(printers.Current());
+  run_(tr("Laying out"), [&](WorkProgress& progress) {
     PrinterMod printer(*pages, session_.settings);
     printer.StopAsked = [&progress] { return progress.Cancelled(); };
     printer.PrintRichText(*copy, title);
   });
   auto* preview = new PrintPreview(std::move(copy), std::move(pages), parent);
   preview->setWindowFlag(Qt::Window);
-  preview->setWindowTitle(Tr("%1 – Print Preview").arg(QString::fromStdString(title)));
-  QObject::connect(preview, &PrintPreview::PrintAsked, preview, [this, preview] {
+  preview->setWindowTitle(tr("%1 – Print Preview").arg(QString::fromStdString(title)));
+  connect(preview, &PrintPreview::PrintAsked, this, [this, preview] {
     preview->close();
-    if (PrintFromPreview) PrintFromPreview();
+    emit PrintAsked();
   });
   preview->show();
 }

@@ -2,31 +2,27 @@
 // open one can be painted meanwhile.
 #pragma once
 
+#include <QObject>
 #include <QWidget>
-#include <functional>
+#include <utility>
 
 #include "letters/frm_letter.h"
-#include "platform/printing/printing.h"
 #include "ui/window/background/background_work.h"
+#include "ui/window/letter/open_letters.h"
+#include "ui/window/letter/window_printers.h"
 
 namespace tenora {
 
-class LetterOutput {
+class LetterOutput : public QObject {
+  Q_OBJECT
+
  public:
-  using Work = std::function<void(WorkProgress& progress)>;
-  // Runs work beside the windows, as RunInBackground does.
-  using Runner = std::function<void(const QString& title, const Work& work)>;
+  // All outlive this; `run` runs the long work.
+  LetterOutput(Session& session, WindowPrinters& printers, OpenLetters& letters, WorkRunner run)
+      : session_(session), printers_(printers), letters_(letters), run_(std::move(run)) {}
 
-  LetterOutput(Session& session, printing::Printers& printers, Runner run)
-      : session_(session), printers_(printers), run_(std::move(run)) {}
-
-  // Where the PDF printer writes is up to date.
-  printing::Printers& Printers() {
-    printers_.SetDataFolder(session_.database.DataFolder());
-    return printers_;
-  }
-
-  // Asks for the printer. False when nothing was printed; the PDF printer's file is told.
+  // Asks for the printer. False when nothing was printed; the PDF printer's file is told. Raises
+  // 482 (Printer error) where the printers could not be read, as Preview does.
   bool Print(frmLetter& letter);
   // Asks where to.
   void ExportPdf(frmLetter& letter);
@@ -35,18 +31,19 @@ class LetterOutput {
   // The letter as it will lie on the current printer's paper.
   void Preview(frmLetter& letter, QWidget* parent);
 
-  std::function<void(const QString& message)> Tell;
-  // Its paper may be another now.
-  std::function<void()> PrinterChosen;
+ signals:
+  // How it went, for the status bar.
+  void Told(const QString& message);
   // The print command of a preview.
-  std::function<void()> PrintFromPreview;
+  void PrintAsked();
 
  private:
-  bool PrintOne(frmLetter& letter);
+  bool PrintOne(printing::Printers& printers, frmLetter& letter);
 
   Session& session_;
-  printing::Printers& printers_;
-  Runner run_;
+  WindowPrinters& printers_;
+  OpenLetters& letters_;
+  WorkRunner run_;
 };
 
 }  // namespace tenora

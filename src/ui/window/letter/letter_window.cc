@@ -4,12 +4,13 @@
 #include <QVBoxLayout>
 
 #include "platform/dialogs/guard.h"
+#include "ui/dialogs/frm_future_date.h"
 #include "ui/window/appearance/icons.h"
 
 namespace tenora {
 
-LetterWindow::LetterWindow(Session& session, QWidget* parent)
-    : QWidget(parent), session_(session), letter_(session) {
+LetterWindow::LetterWindow(Session& session, Surroundings& surroundings, QWidget* parent)
+    : QWidget(parent), session_(session), surroundings_(surroundings), letter_(session, *this) {
   setObjectName(QStringLiteral("frmLetter"));
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowIcon(LineIcon("letter"));
@@ -23,14 +24,6 @@ LetterWindow::LetterWindow(Session& session, QWidget* parent)
   // Once what was typed has reached the letter.
   connect(&editor(), &QTextEdit::textChanged, this, &LetterWindow::ShowCaption,
           Qt::QueuedConnection);
-
-  letter_.FocusEditor = [this] { editor().setFocus(); };
-  letter_.OnWidthChanged = [this](int width) { view_->ChangeWidth(width > 0); };
-  letter_.OnCaptionChanged = [this] { ShowCaption(); };
-  letter_.OnClose = [this] {
-    // Not at once: the letter is still in the command that closes it.
-    QMetaObject::invokeMethod(parentWidget(), "close", Qt::QueuedConnection);
-  };
 }
 
 LetterWindow::~LetterWindow() {
@@ -42,17 +35,46 @@ void LetterWindow::ShowLetter() {
   ShowCaption();
 }
 
+void LetterWindow::closeEvent(QCloseEvent* event) {
+  bool close = false;
+  Guarded(session_.platform.dialogs, "frmLetter - Form_QueryUnload",
+          [&] { close = letter_.CheckSave(); });
+  event->setAccepted(close);
+}
+
+void LetterWindow::ShowFutureDateDialog(RichTextBox& editor) {
+  frmFutureDate(editor, window()).exec();
+}
+
 void LetterWindow::ShowCaption() {
   setWindowTitle(QString::fromStdString(letter_.members().Caption) + QStringLiteral("[*]"));
   setWindowModified(letter_.members().Changed);
   emit CaptionChanged();
 }
 
-void LetterWindow::closeEvent(QCloseEvent* event) {
-  bool close = false;
-  Guarded(session_.platform.dialogs, "frmLetter - Form_QueryUnload",
-          [&] { close = letter_.CheckSave(); });
-  event->setAccepted(close);
+void LetterWindow::CloseLetter() {
+  // Not at once: the letter is still in the command that closes it.
+  QMetaObject::invokeMethod(parentWidget(), "close", Qt::QueuedConnection);
+}
+
+void LetterWindow::ShowSaveError(const RuntimeError& error) {
+  ShowError(session_.platform.dialogs, "frmMain - mnuSave_Click", error);
+}
+
+bool LetterWindow::ConfirmReplace(const std::filesystem::path& path) {
+  return Confirm("A file of this name is there already:\r\n" + path.string() + "\r\nReplace it?");
+}
+
+bool LetterWindow::ConfirmOverwrite(const std::filesystem::path& path) {
+  return Confirm("Another program has changed this letter since it was opened:\r\n" +
+                 path.string() + "\r\nWrite over it?");
+}
+
+bool LetterWindow::Confirm(const std::string& question) {
+  return session_.platform.dialogs.Show({.text = question,
+                                         .buttons = Buttons::kYesNo,
+                                         .icon = Icon::kQuestion,
+                                         .default_answer = Answer::kNo}) == Answer::kYes;
 }
 
 }  // namespace tenora

@@ -4,18 +4,32 @@
 #include <QWidget>
 
 #include "letters/frm_letter.h"
+#include "letters/letter_host.h"
 #include "ui/editor/letter_view.h"
 
 namespace tenora {
 
-class LetterWindow : public QWidget {
+class LetterWindow : public QWidget, private LetterHost {
   Q_OBJECT
 
  public:
-  explicit LetterWindow(Session& session, QWidget* parent = nullptr);
+  // What all letters of one main window share.
+  class Surroundings {
+   public:
+    virtual ~Surroundings() = default;
+    // Files of the data folder have changed.
+    virtual void RefreshTree() = 0;
+    virtual std::string InsertListName() = 0;
+    // Twips; 0 where it cannot be told.
+    virtual int PaperWidth(const RichTextBox& letter) = 0;
+  };
+
+  // The surroundings outlive the window.
+  LetterWindow(Session& session, Surroundings& surroundings, QWidget* parent = nullptr);
   ~LetterWindow() override;
 
   frmLetter& letter() { return letter_; }
+  const frmLetter& letter() const { return letter_; }
   LetterView& view() { return *view_; }
   LetterEditor& editor() { return view_->editor(); }
   // Shows what the letter holds; after loading and after merges.
@@ -28,9 +42,23 @@ class LetterWindow : public QWidget {
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  void ShowCaption();
+  void ShowFutureDateDialog(RichTextBox& editor) override;
+  void FocusEditor() override { editor().setFocus(); }
+  void BeforeSave() override {}  // the editor has handed over every key already
+  void ShowCaption() override;
+  void SetWidth(int twips) override { view_->ChangeWidth(twips > 0); }
+  void CloseLetter() override;
+  void RefreshTree() override { surroundings_.RefreshTree(); }
+  std::string InsertListName() override { return surroundings_.InsertListName(); }
+  void ShowSaveError(const RuntimeError& error) override;
+  bool ConfirmReplace(const std::filesystem::path& path) override;
+  bool ConfirmOverwrite(const std::filesystem::path& path) override;
+  int PaperWidth() override { return surroundings_.PaperWidth(letter_.rtfLetter); }
+  // False where the user does not say yes.
+  bool Confirm(const std::string& question);
 
   Session& session_;
+  Surroundings& surroundings_;
   frmLetter letter_;
   LetterView* view_;
 };

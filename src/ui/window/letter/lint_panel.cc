@@ -1,6 +1,15 @@
 #include "ui/window/letter/lint_panel.h"
 
+#include <QMainWindow>
+
+#include "ui/window/letter/insert_list.h"
+
 namespace tenora {
+namespace {
+
+constexpr int kHeight = 130;  // pixels
+
+}  // namespace
 
 LintPanel::LintPanel(QWidget* parent) : QDockWidget(tr("Template Check"), parent) {
   setObjectName(QStringLiteral("dckTemplateCheck"));
@@ -14,6 +23,14 @@ LintPanel::LintPanel(QWidget* parent) : QDockWidget(tr("Template Check"), parent
   setWidget(list_);
   connect(list_, &QListWidget::currentRowChanged, this, &LintPanel::Select);
   connect(list_, &QListWidget::itemActivated, this, [this] { Select(list_->currentRow()); });
+}
+
+void LintPanel::Check(LetterWindow& letter, Date today, const CustomFieldCodes& custom_fields) {
+  const TemplateKind kind = ListFor(letter.letter().members().Kind);
+  Show(letter, LintTemplate(letter.letter().rtfLetter, kind, today, &custom_fields));
+  if (auto* window = qobject_cast<QMainWindow*>(parentWidget())) {
+    window->resizeDocks({this}, {kHeight}, Qt::Vertical);
+  }
 }
 
 void LintPanel::Show(LetterWindow& letter, const std::vector<TemplateFinding>& findings) {

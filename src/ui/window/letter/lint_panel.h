@@ -17,9 +17,12 @@ class LintPanel : public QDockWidget {
  public:
   explicit LintPanel(QWidget* parent = nullptr);
 
-  void Show(LetterWindow& letter, const std::vector<TemplateFinding>& findings);
+  // Checks the letter as a template of its kind, and shows what was found. `today` is what future
+  // dates count from.
+  void Check(LetterWindow& letter, Date today, const CustomFieldCodes& custom_fields);
 
  private:
+  void Show(LetterWindow& letter, const std::vector<TemplateFinding>& findings);
   void Select(int row);
 
   QListWidget* list_;

@@ -2,53 +2,89 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QLabel>
-#include <QPushButton>
+#include <QFontDatabase>
 #include <QScreen>
-#include <QVBoxLayout>
+#include <QStatusBar>
+#include <cstdint>
+#include <string>
+#include <utility>
 
 #include "platform/dialogs/guard.h"
+#include "platform/runtime/conversion.h"
 #include "ui/window/appearance/icons.h"
+#include "ui/window/help/frm_forms.h"
 
 namespace tenora {
+namespace {
+
+constexpr const char* kLoad = "MDIForm_Load";
+constexpr int kTellFor = 10000;  // milliseconds in the status bar
+const QStringList kPreselectedFonts{QStringLiteral("Arial"), QStringLiteral("Times New Roman"),
+                                    QStringLiteral("Courier")};
+
+QAction* MakePageWidthAction(QObject* parent) {
+  auto* action = new QAction(MainMenus::tr("Wrap at Printer's Page &Width"), parent);
+  action->setObjectName(QStringLiteral("mnuPageWidth"));
+  action->setCheckable(true);
+  return action;
+}
+
+}  // namespace
 
 frmMain::frmMain(const CommandParts& parts, QWidget* parent)
     : QMainWindow(parent),
       parts_(parts),
       session_(parts.session),
-      dark_desktop_(QApplication::palette().window().color().lightness() < 128) {
+      splitter_(new QSplitter(this)),
+      tree_(new ctlTree(session_, splitter_)),
+      desk_(new LetterDesk(splitter_)),
+      lint_panel_(new LintPanel(this)),
+      editor_actions_(new EditorActions(this)),
+      page_width_(MakePageWidthAction(this)),
+      colours_(session_.settings, this),
+      printers_(session_),
+      spelling_(session_, *desk_, this),
+      letters_(session_, *tree_, *desk_, printers_, spelling_),
+      output_(session_, printers_, letters_,
+              [this](const QString& title, const Work& work) { RunBeside(title, work); }),
+      rental_data_(session_),
+      generate_(
+          session_, *tree_, letters_, printers_,
+          [this](const QString& title, const Work& work) { RunBeside(title, work); }, this),
+      settings_(session_, *tree_, letters_, spelling_, rental_data_, *page_width_, this),
+      help_(session_, *tree_, letters_, this),
+      menus_(*this, {.session = session_,
+                     .tree = *tree_,
+                     .desk = *desk_,
+                     .letters = letters_,
+                     .output = output_,
+                     .spelling = spelling_,
+                     .lint_panel = *lint_panel_,
+                     .generate = generate_,
+                     .settings = settings_,
+                     .help = help_,
+                     .colours = colours_,
+                     .editor_actions = *editor_actions_,
+                     .page_width = *page_width_}),
+      status_(*statusBar(), *page_width_),
+      tree_commands_(session_, *tree_, letters_, generate_, menus_.generate_action(),
+                     menus_.mail_action()),
+      layout_(session_.settings, *this, *splitter_, *tree_, *desk_) {
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(QString::fromLatin1(kApplicationTitle));
   setWindowIcon(LineIcon("tenora"));
-  // Room for the frame that a window manager puts around it.
+  // Some space for the frame that a window manager puts around it.
   resize(QSize(1280, 800).boundedTo(screen()->availableGeometry().size() - QSize(8, 40)));
-
-  splitter_ = new QSplitter(this);
   splitter_->setObjectName(QStringLiteral("SplitterVert"));
   splitter_->setChildrenCollapsible(false);
-  tree_ = new ctlTree(session_, splitter_);
-  desk_ = new LetterDesk(splitter_);
   splitter_->addWidget(tree_);
   splitter_->addWidget(desk_);
   splitter_->setStretchFactor(1, 1);
   splitter_->setSizes({300, 980});
   setCentralWidget(splitter_);
-  desk_->SetWelcome(MakeWelcome());
-
-  lint_panel_ = new LintPanel(this);
   addDockWidget(Qt::BottomDockWidgetArea, lint_panel_);
   lint_panel_->hide();
-
-  editor_actions_ = new EditorActions(this);
-  BuildMenus();
-  BuildToolBar();
-  BuildFormatBar();
-  BuildStatusBar();
-  tree_->FillContextMenu = [this](QMenu& menu, const TreeModel::Entry& entry) {
-    FillTreeMenu(menu, entry);
-  };
-  connect(tree_, &ctlTree::Activated, this, &frmMain::OpenEntry);
-  connect(desk_, &LetterDesk::ActiveChanged, this, &frmMain::ShowLetterState);
+  ConnectParts();
   ShowLetterState();
 }
 
@@ -57,30 +93,69 @@ frmMain::~frmMain() {
   disconnect(desk_, nullptr, this, nullptr);
 }
 
-void frmMain::Guard(const char* procedure, const Body& body) {
-  Guarded(dialogs(), std::string("frmMain - ") + procedure, body);
+void frmMain::ConnectParts() {
+  tree_->FillContextMenu = [this](QMenu& menu, const TreeModel::Entry& entry) {
+    tree_commands_.FillMenu(menu, entry);
+  };
+  connect(tree_, &ctlTree::Activated, this,
+          [this](const TreeModel::Entry& entry) { letters_.Open(entry); });
+  connect(desk_, &LetterDesk::ActiveChanged, this, &frmMain::ShowLetterState);
+  letters_.ShowRuler(editor_actions_->ShowRuler()->isChecked());
+  connect(editor_actions_->ShowRuler(), &QAction::toggled, this,
+          [this](bool shown) { letters_.ShowRuler(shown); });
+  connect(page_width_, &QAction::toggled, this, [this](bool page_width) {
+    Guard("chkPageWidth_Click", [&] {
+      letters_.WrapAtPageWidth(page_width);
+      ShowLetterState();
+    });
+  });
+  connect(&output_, &LetterOutput::PrintAsked, &menus_.print_action(), &QAction::trigger);
+  connect(&output_, &LetterOutput::Told, this,
+          [this](const QString& message) { statusBar()->showMessage(message, kTellFor); });
+  const auto tell = [this](const QString& message) { statusBar()->showMessage(message); };
+  connect(&generate_, &GenerateLetters::Told, this, tell);
+  connect(&tree_commands_, &TreeCommands::Told, this, tell);
+  connect(&rental_data_, &RentalDataLoad::Told, this, tell);
+  connect(&rental_data_, &RentalDataLoad::CustomFieldsRead, this,
+          [this](const CustomFieldCodes& codes) {
+            letters_.SetCustomFields(codes);
+            menus_.FillCustomMenus(codes);
+          });
 }
 
-QAction* frmMain::Command(QMenu* menu, const char* name, const QString& text, const Look& look,
-                          Body body) {
-  auto* action = new QAction(text, this);
-  action->setObjectName(QLatin1String(name));
-  if (look.icon != nullptr) action->setIcon(LineIcon(look.icon));
-  action->setShortcut(look.keys);
-  if (!look.tip.isEmpty()) action->setStatusTip(look.tip);
-  menu->addAction(action);
-  const std::string label = std::string(name) + "_Click";
-  connect(action, &QAction::triggered, this,
-          [this, label, body = std::move(body)] { Guard(label.c_str(), body); });
-  return action;
+template <typename Body>
+void frmMain::Guard(const char* procedure, Body&& body) {
+  Guarded(session_.platform.dialogs, std::string("frmMain - ") + procedure,
+          std::forward<Body>(body));
 }
 
-void frmMain::DisplayInsertMenu() {
-  const LetterWindow* window = desk_->Active();
-  const InsertList list = window == nullptr
-                              ? InsertList::kTenant
-                              : ListFor(const_cast<LetterWindow*>(window)->letter().members().Kind);
-  insert_menus_->DisplayInsertMenu(list, session_.cheque_word);
+void frmMain::MDIForm_Load() {
+  Guard(kLoad, [this] { printers_.Load(parts_.make_printers); });
+  Guard(kLoad, [this] { LoadPageWidth(); });
+  Guard(kLoad, [this] { colours_.Apply(); });
+  Guard(kLoad, [this] { tree_->model().MakeTopGroups(); });
+  Guard(kLoad, [this] { session_.SetChequeWord(); });
+  Guard(kLoad, [this] { LoadFonts(); });
+  Guard(kLoad, [this] { rental_data_.Load(); });
+  // The catalogue of merge codes is fixed; what remains is to show its list.
+  Guard(kLoad, [this] { DisplayInsertMenu(); });
+  Guard(kLoad, [this] { tree_->RefreshTree(); });
+  Guard(kLoad, [this] { spelling_.Load(); });
+  Guard(kLoad, [this] { layout_.Restore(); });
+}
+
+void frmMain::LoadPageWidth() {
+  if (!printers_.HasPrinter()) return;
+  const std::int16_t width =
+      session_.settings.GetSettingAs(ToInt16, "Mail", "PrinterPageWidth", "0");
+  page_width_->setChecked(width != 0);
+}
+
+// The printers draw with the fonts of the desktop; without a printer the list stays empty.
+void frmMain::LoadFonts() {
+  if (printers_.HasPrinter()) {
+    editor_actions_->SetFonts(kPreselectedFonts, QFontDatabase::families());
+  }
 }
 
 void frmMain::showEvent(QShowEvent* event) {
@@ -92,40 +167,44 @@ void frmMain::showEvent(QShowEvent* event) {
       Qt::QueuedConnection);
 }
 
+void frmMain::FirstDisplay() {
+  layout_.RestoreTree();
+  if (parts_.command_line.Contains("/NewFormsInstalled")) {
+    session_.platform.dialogs.Say(
+        "New template forms have been installed.  They are available on the left side of the "
+        "screen in the 'Templates' group");
+  }
+  if (frmForms::WantedAtStartup(session_.settings)) help_.ShowForms();
+}
+
 void frmMain::closeEvent(QCloseEvent* event) {
   bool closed = false;
   Guard("MDIForm_QueryUnload", [&] {
     closed = desk_->CloseAll();
-    if (closed) StoreLayout();
+    if (closed) layout_.Store();
   });
   event->setAccepted(closed);
 }
 
-QWidget* frmMain::MakeWelcome() {
-  auto* welcome = new QWidget(desk_);
-  welcome->setObjectName(QStringLiteral("welcome"));
-  auto* picture = new QLabel(welcome);
-  picture->setPixmap(LineIcon("tenora").pixmap(QSize(64, 64), devicePixelRatioF()));
-  auto* title = new QLabel(tr("No letter is open"), welcome);
-  QFont large = title->font();
-  large.setPointSizeF(large.pointSizeF() * 1.5);
-  title->setFont(large);
-  auto* hint = new QLabel(tr("Double-click a template on the left to edit it, or select one and "
-                             "choose Generate to write to tenants or owners."),
-                          welcome);
-  hint->setWordWrap(true);
-  hint->setAlignment(Qt::AlignHCenter);
-  hint->setFixedSize(420, hint->heightForWidth(420));
-  hint->setForegroundRole(QPalette::PlaceholderText);
-  auto* layout = new QVBoxLayout(welcome);
-  layout->addStretch(2);
-  layout->addWidget(picture, 0, Qt::AlignHCenter);
-  layout->addSpacing(12);
-  layout->addWidget(title, 0, Qt::AlignHCenter);
-  layout->addSpacing(6);
-  layout->addWidget(hint, 0, Qt::AlignHCenter);
-  layout->addStretch(3);
-  return welcome;
+void frmMain::ShowLetterState() {
+  LetterWindow* front = desk_->Active();
+  menus_.ShowLetter(front);
+  status_.Show(front == nullptr ? nullptr : &front->letter().members());
+  LetterEditor* editor = front == nullptr ? nullptr : &front->editor();
+  if (editor_actions_->Editor() == editor) return;
+  editor_actions_->SetEditor(editor);
+  if (front != nullptr) letters_.MarkCodes(*front);
+}
+
+void frmMain::RunBeside(const QString& title, const Work& work) {
+  tree_->Hold(true);
+  try {
+    RunInBackground(this, title, work);
+  } catch (...) {
+    tree_->Hold(false);
+    throw;
+  }
+  tree_->Hold(false);
 }
 
 }  // namespace tenora

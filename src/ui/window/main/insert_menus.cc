@@ -1,10 +1,9 @@
-#include "ui/window/letter/insert_menus.h"
+#include "ui/window/main/insert_menus.h"
 
 #include <QCoreApplication>
 #include <QLineEdit>
 
-#include "letters/template_library.h"
-#include "merge/merge_codes.h"
+#include "ui/window/letter/insert_list.h"
 
 namespace tenora {
 namespace {
@@ -18,24 +17,7 @@ QString ToQt(std::string_view text) {
 // A caption in which no "&" makes a mnemonic.
 QString Caption(std::string_view text) { return ToQt(text).replace("&", "&&"); }
 
-std::span<const MergeCode> CodesOf(InsertList list) {
-  switch (list) {
-    case InsertList::kCheque:
-      return MergeCodesOf(TemplateKind::kCheque);
-    case InsertList::kOwner:
-      return MergeCodesOf(TemplateKind::kOwner);
-    default:
-      return MergeCodesOf(TemplateKind::kTenant);
-  }
-}
-
 }  // namespace
-
-InsertList ListFor(std::string_view letter_kind) {
-  if (letter_kind == kTemplates || letter_kind == kTenantLetter) return InsertList::kTenant;
-  if (letter_kind == kOwnerTemplates || letter_kind == kOwnerLetter) return InsertList::kOwner;
-  return InsertList::kCheque;
-}
 
 InsertMenus::InsertMenus(QMenu& menu, QComboBox& combo, QAction& format,
                          std::function<void(const std::string&)> insert)
@@ -89,25 +71,23 @@ void InsertMenus::FillCustom(QMenu* menu, const std::set<std::string>& codes,
   }
 }
 
-void InsertMenus::DisplayInsertMenu(InsertList list, const std::string& cheque_word) {
-  const std::string name = list == InsertList::kTenant  ? "Tenant"
-                           : list == InsertList::kOwner ? "Owner"
-                                                        : cheque_word;
+void InsertMenus::DisplayInsertMenu(TemplateKind list, const std::string& cheque_word) {
+  const std::string name = ListName(list, cheque_word);
   if (name == list_name_) return;
   list_ = list;
   list_name_ = name;
   const QString title = Tr("Insert %1").arg(ToQt(list_name_));
   format_.setText(Tr("%1 Format").arg(ToQt(list_name_)));
   for (QMenu* menu : {tenant_codes_, cheque_codes_, owner_codes_}) {
-    const bool shown = menu == (list == InsertList::kTenant  ? tenant_codes_
-                                : list == InsertList::kOwner ? owner_codes_
-                                                             : cheque_codes_);
+    const bool shown = menu == (list == TemplateKind::kTenant  ? tenant_codes_
+                                : list == TemplateKind::kOwner ? owner_codes_
+                                                               : cheque_codes_);
     menu->menuAction()->setVisible(shown);
     menu->setTitle(title);
   }
   ShowCustomMenus();
   combo_.clear();
-  for (const MergeCode& code : CodesOf(list)) combo_.addItem(ToQt(code.name));
+  for (const MergeCode& code : MergeCodesOf(list)) combo_.addItem(ToQt(code.name));
   combo_.setCurrentIndex(-1);
   combo_.setPlaceholderText(title);
 }
@@ -116,9 +96,9 @@ void InsertMenus::ShowCustomMenus() {
   const auto show = [](QMenu* menu, bool fits) {
     menu->menuAction()->setVisible(fits && !menu->isEmpty());
   };
-  show(tenant_custom_, list_ == InsertList::kTenant);
-  show(property_custom_, list_ == InsertList::kTenant);
-  show(owner_custom_, list_ == InsertList::kOwner);
+  show(tenant_custom_, list_ == TemplateKind::kTenant);
+  show(property_custom_, list_ == TemplateKind::kTenant);
+  show(owner_custom_, list_ == TemplateKind::kOwner);
 }
 
 void InsertMenus::SetEnabled(bool enabled) {

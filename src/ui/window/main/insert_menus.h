@@ -15,11 +15,6 @@
 
 namespace tenora {
 
-enum class InsertList { kTenant, kCheque, kOwner };
-
-// The list for a letter of this kind; cheque templates have the cheque word for their kind.
-InsertList ListFor(std::string_view letter_kind);
-
 class InsertMenus {
  public:
   // `insert` is given what InsertItem takes.
@@ -29,9 +24,7 @@ class InsertMenus {
   // The field codes by parent: tenants', properties', owners'.
   void FillCustomMenus(const CustomFieldCodes& codes);
   // Shows the list, and its name in the captions "<list> Format" and "Insert <list>".
-  void DisplayInsertMenu(InsertList list, const std::string& cheque_word);
-  // "Tenant", "Owner" or the cheque word.
-  const std::string& ListName() const { return list_name_; }
+  void DisplayInsertMenu(TemplateKind list, const std::string& cheque_word);
   // Without a letter there is nothing to insert into.
   void SetEnabled(bool enabled);
 
@@ -52,7 +45,7 @@ class InsertMenus {
   QMenu* tenant_custom_;
   QMenu* property_custom_;
   QMenu* owner_custom_;
-  InsertList list_ = InsertList::kTenant;
+  TemplateKind list_ = TemplateKind::kTenant;
   std::string list_name_;
 };
 

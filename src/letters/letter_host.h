@@ -1,0 +1,60 @@
+// What surrounds an open letter: the letter tells it what has changed, and asks it for what only a
+// window has or only its user knows.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "platform/richtext/rich_text_box.h"
+#include "platform/runtime/error.h"
+
+namespace tenora {
+
+class LetterHost {
+ public:
+  virtual ~LetterHost() = default;
+
+  // Lets the user choose a future date, whose code replaces the editor's selection.
+  virtual void ShowFutureDateDialog(RichTextBox& editor) = 0;
+  virtual void FocusEditor() = 0;
+  // Immediately before every write of the letter's file.
+  virtual void BeforeSave() = 0;
+  // The letter has another caption, or is changed or saved now.
+  virtual void ShowCaption() = 0;
+  // Where text wraps, in twips from the left edge; 0: at the window's edge.
+  virtual void SetWidth(int twips) = 0;
+  virtual void CloseLetter() = 0;
+  // The letter's folder has changed.
+  virtual void RefreshTree() = 0;
+  // The name of the current insert list, which words the messages of a letter in the folder of the
+  // same name. Empty where there is none.
+  virtual std::string InsertListName() = 0;
+  virtual void ShowSaveError(const RuntimeError& error) = 0;
+  // Whether SaveAs may replace this file.
+  virtual bool ConfirmReplace(const std::filesystem::path& path) = 0;
+  // Whether Save may write over what another program has put into the letter's file since it was
+  // loaded or saved here.
+  virtual bool ConfirmOverwrite(const std::filesystem::path& path) = 0;
+  // Of the current printer's paper as the letter lays it, in twips.
+  virtual int PaperWidth() = 0;
+};
+
+// Surrounds a letter that no window shows: on the command line, in a batch, and the copies that are
+// printed or mailed. There is nobody to tell or to ask; files are replaced, and the paper is A4.
+class WindowlessHost : public LetterHost {
+ public:
+  void ShowFutureDateDialog(RichTextBox&) override {}
+  void FocusEditor() override {}
+  void BeforeSave() override {}
+  void ShowCaption() override {}
+  void SetWidth(int) override {}
+  void CloseLetter() override {}
+  void RefreshTree() override {}
+  std::string InsertListName() override { return {}; }
+  void ShowSaveError(const RuntimeError&) override {}
+  bool ConfirmReplace(const std::filesystem::path&) override { return true; }
+  bool ConfirmOverwrite(const std::filesystem::path&) override { return true; }
+  int PaperWidth() override { return 11906; }
+};
+
+}  // namespace tenora

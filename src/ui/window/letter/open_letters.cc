@@ -1,0 +1,176 @@
+#include "ui/window/letter/open_letters.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "letters/template_library.h"
+#include "output/letter_printing.h"
+#include "platform/dialogs/guard.h"
+
+namespace tenora {
+namespace {
+
+// Of a letter that is deleted without being opened.
+class HostOfUnopened : public WindowlessHost {
+ public:
+  HostOfUnopened(ctlTree& tree, std::string insert_list)
+      : tree_(tree), insert_list_(std::move(insert_list)) {}
+  void RefreshTree() override { tree_.RefreshTree(); }
+  std::string InsertListName() override { return insert_list_; }
+
+ private:
+  ctlTree& tree_;
+  std::string insert_list_;
+};
+
+}  // namespace
+
+void OpenLetters::Open(const TreeModel::Entry& entry) {
+  Guarded(session_.platform.dialogs, "frmMain - ctlTree_DblClick", [&] {
+    if (LetterWindow* open = desk_.OfFile(entry.path)) return desk_.BringToFront(open);
+    std::unique_ptr<LetterWindow> window = MakeWindow();
+    LetterMembers& members = window->letter().members();
+    members.LetterTitle = entry.name.toStdString();
+    members.RecipientName = entry.recipient;
+    members.TenantCode = entry.tenant_code;
+    window->letter().LoadLetter(entry.path, entry.kind);
+    PutOnDesk(std::move(window));
+  });
+}
+
+void OpenLetters::OpenFile(const std::filesystem::path& path) {
+  const std::filesystem::path data_folder = session_.database.DataFolder();
+  const std::vector<std::string> kinds{std::string(kTemplates), std::string(kOwnerTemplates),
+                                       session_.cheque_word};
+  for (const std::string& kind : kinds) {
+    if (path.parent_path() == data_folder / kind) return OpenAsTemplate(path, kind);
+  }
+  if (OpenListed(path)) return;
+  const auto chosen = session_.platform.dialogs.Choose(
+      "\"" + path.filename().string() + "\" is not in the library. Open it as",
+      {"Tenant letter template", "Owner letter template", session_.cheque_word + " template"}, 0);
+  if (chosen) OpenAsTemplate(path, kinds[*chosen]);
+}
+
+void OpenLetters::OpenAsTemplate(const std::filesystem::path& path, const std::string& kind) {
+  const QString extension = QString::fromStdString(path.extension().string()).toLower();
+  if (extension != QLatin1String(".txt")) {
+    TreeModel::Entry entry;
+    entry.name = QString::fromStdString(path.stem().string());
+    entry.kind = entry.folder = entry.recipient = kind;
+    entry.path = path;
+    return Open(entry);
+  }
+  // A text begins a new letter: saved over its file, that would be a text no more.
+  std::unique_ptr<LetterWindow> window = MakeWindow();
+  LetterMembers& members = window->letter().members();
+  members.LetterTitle = path.stem().string();
+  members.RecipientName = kind;
+  window->letter().LoadLetter(path, kind, "TXT");
+  members.FilePath.clear();
+  window->letter().UpdateCaption();
+  PutOnDesk(std::move(window));
+}
+
+bool OpenLetters::OpenListed(const std::filesystem::path& path) {
+  TreeModel& model = tree_.model();
+  for (const char* group : {"Tenants", "Owners"}) {
+    const QModelIndex entry = model.FindFile(model.Group(QLatin1String(group)), path);
+    if (!entry.isValid()) continue;
+    Open(TreeModel::Entry(*model.EntryAt(entry)));
+    return true;
+  }
+  return false;
+}
+
+void OpenLetters::StartNew(std::string_view kind) {
+  std::unique_ptr<LetterWindow> window = MakeWindow();
+  window->letter().members().RecipientName = kind;
+  window->letter().StartNew(kind);
+  PutOnDesk(std::move(window));
+}
+
+void OpenLetters::Delete(const TreeModel::Entry& entry) {
+  if (LetterWindow* open = desk_.OfFile(entry.path)) {
+    desk_.BringToFront(open);
+    return open->letter().Delete();
+  }
+  HostOfUnopened host(tree_, InsertListName());
+  frmLetter unopened(session_, host);
+  LetterMembers& members = unopened.members();
+  members.LetterTitle = entry.name.toStdString();
+  members.RecipientName = entry.recipient;
+  members.FilePath = entry.path.string();
+  unopened.Delete();
+}
+
+void OpenLetters::WithActive(const std::function<void(frmLetter& letter)>& command) {
+  LetterWindow* window = desk_.Active();
+  if (window == nullptr) return;
+  command(window->letter());
+  window->ShowLetter();
+}
+
+TemplateKind OpenLetters::CurrentList() const {
+  const LetterWindow* window = desk_.Active();
+  return window == nullptr ? TemplateKind::kTenant : ListFor(window->letter().members().Kind);
+}
+
+std::string OpenLetters::InsertListName() { return ListName(CurrentList(), session_.cheque_word); }
+
+std::unique_ptr<LetterWindow> OpenLetters::MakeWindow() {
+  std::unique_ptr<LetterWindow> window(new LetterWindow(session_, *this));
+  spelling_.Underline(*window);
+  window->letter().ChangeWidth(page_width_);
+  window->view().ShowRuler(ruler_shown_);
+  QObject::connect(&window->view(), &LetterView::MarginsDragged, window.get(),
+                   [this](int left, int right) {
+                     Guarded(session_.platform.dialogs, "frmMain - frmMain_MarginsDragged",
+                             [&] { StoreMargins(left, right); });
+                   });
+  return window;
+}
+
+void OpenLetters::PutOnDesk(std::unique_ptr<LetterWindow> window) {
+  // The letter opens also where the margins are stored wrongly.
+  Guarded(session_.platform.dialogs, "frmMain - ShowPage", [&] { ShowPage(*window); });
+  // Known before the text is there: marking codes in a long text anew takes far longer.
+  MarkCodes(*window);
+  window->ShowLetter();
+  desk_.Add(window.release());
+}
+
+void OpenLetters::MarkCodes(LetterWindow& window) const {
+  window.editor().SetCodes(CodesFor(ListFor(window.letter().members().Kind), custom_fields_));
+}
+
+void OpenLetters::ShowPage(LetterWindow& window) {
+  const int width = PaperWidth(window.letter().rtfLetter);
+  if (width == 0) return;
+  const PageMargins margins = StoredMargins(session_.settings);
+  window.view().SetPage(width, margins.left, margins.right);
+}
+
+void OpenLetters::ShowPages() {
+  for (LetterWindow* window : desk_.Letters()) ShowPage(*window);
+}
+
+void OpenLetters::StoreMargins(int left, int right) {
+  session_.settings.SaveSettingText("Mail\\PrinterSetup", "LeftMargin", std::to_string(left));
+  session_.settings.SaveSettingText("Mail\\PrinterSetup", "RightMargin", std::to_string(right));
+  ShowPages();
+}
+
+void OpenLetters::WrapAtPageWidth(bool page_width) {
+  page_width_ = page_width;
+  session_.settings.SaveSettingText("Mail", "PrinterPageWidth", page_width ? "1" : "0");
+  for (LetterWindow* window : desk_.Letters()) window->letter().ChangeWidth(page_width);
+}
+
+void OpenLetters::ShowRuler(bool shown) {
+  ruler_shown_ = shown;
+  for (LetterWindow* window : desk_.Letters()) window->view().ShowRuler(shown);
+}
+
+}  // namespace tenora

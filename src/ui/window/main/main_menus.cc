@@ -1,0 +1,317 @@
+#include "ui/window/main/main_menus.h"
+
+#include <QActionGroup>
+#include <QMenuBar>
+#include <QToolBar>
+#include <string>
+#include <utility>
+
+#include "letters/template_library.h"
+#include "platform/dialogs/guard.h"
+#include "platform/runtime/clock.h"
+#include "ui/window/appearance/colour_scheme.h"
+#include "ui/window/appearance/icons.h"
+
+namespace tenora {
+
+MainMenus::MainMenus(QMainWindow& window, const MenuParts& parts) : window_(window), parts_(parts) {
+  BuildFileMenu();
+  BuildEditMenu();
+  BuildViewMenu();
+  BuildInsertMenu();
+  BuildFormatMenu();
+  BuildToolsMenu();
+  BuildWindowMenu();
+  BuildHelpMenu();
+  BuildToolBar();
+  BuildFormatBar();
+}
+
+void MainMenus::ShowLetter(const LetterWindow* front) {
+  for (QAction* action : std::as_const(letter_commands_)) action->setEnabled(front != nullptr);
+  insert_menus_->SetEnabled(front != nullptr);
+  const std::string kind = front == nullptr ? "" : front->letter().members().Kind;
+  mail_action_->setEnabled(kind == kTenantLetter || kind == kOwnerLetter);
+  DisplayInsertMenu();
+}
+
+void MainMenus::DisplayInsertMenu() {
+  insert_menus_->DisplayInsertMenu(parts_.letters.CurrentList(), parts_.session.cheque_word);
+}
+
+QAction* MainMenus::Command(QMenu* menu, const char* name, const QString& text, const Look& look,
+                            Body body) {
+  auto* action = new QAction(text, &window_);
+  action->setObjectName(QLatin1String(name));
+  if (look.icon != nullptr) action->setIcon(LineIcon(look.icon));
+  action->setShortcut(look.keys);
+  if (!look.tip.isEmpty()) action->setStatusTip(look.tip);
+  menu->addAction(action);
+  connect(action, &QAction::triggered, this,
+          [this, label = "frmMain - " + std::string(name) + "_Click", body = std::move(body)] {
+            Guarded(parts_.session.platform.dialogs, label, body);
+          });
+  return action;
+}
+
+QMenu* MainMenus::AddMenu(const char* name, const QString& title) {
+  QMenu* menu = window_.menuBar()->addMenu(title);
+  menu->setObjectName(QLatin1String(name));
+  return menu;
+}
+
+QAction* MainMenus::LetterCommand(QMenu* menu, const char* name, const QString& text,
+                                  const Look& look,
+                                  const std::function<void(frmLetter& letter)>& command) {
+  QAction* action =
+      Command(menu, name, text, look, [this, command] { parts_.letters.WithActive(command); });
+  letter_commands_ << action;
+  return action;
+}
+
+void MainMenus::BuildFileMenu() {
+  QMenu* file = AddMenu("mnuFile", tr("&File"));
+  QMenu* fresh = file->addMenu(LineIcon("new"), tr("&New"));
+  fresh->setObjectName(QStringLiteral("mnuNew"));
+  format_action_ =
+      Command(fresh, "mnuFormat", {}, {"new", QKeySequence::New}, [this] { StartNewInList(); });
+  fresh->addSeparator();
+  Command(fresh, "mnuNewTenantTemplate", tr("&Tenant Letter Template"), {"template"},
+          [this] { parts_.letters.StartNew(kTemplates); });
+  Command(fresh, "mnuNewOwnerTemplate", tr("&Owner Letter Template"), {"template"},
+          [this] { parts_.letters.StartNew(kOwnerTemplates); });
+  Command(fresh, "mnuNewChequeTemplate", tr("&Cheque Template"), {"cheque"},
+          [this] { parts_.letters.StartNew(parts_.session.cheque_word); });
+  Command(file, "mnuOpen", tr("&Open…"), {"open", QKeySequence::Open}, [this] {
+    const auto path =
+        parts_.session.platform.dialogs.ChooseFileToOpen("Open Letter", "Letters|*.rtf;*.txt");
+    if (path) parts_.letters.OpenFile(*path);
+  });
+  file->addSeparator();
+  LetterCommand(file, "mnuSave", tr("&Save"), {"save", QKeySequence::Save},
+                [](frmLetter& letter) { letter.Save(); });
+  LetterCommand(file, "mnuSaveAs", tr("Save &As…"), {nullptr, QKeySequence::SaveAs},
+                [](frmLetter& letter) { letter.SaveAs(); });
+  LetterCommand(file, "mnuDelete", tr("&Delete…"), {"delete"},
+                [](frmLetter& letter) { letter.Delete(); });
+  LetterCommand(file, "mnuClose", tr("&Close"), {"close", QKeySequence::Close},
+                [](frmLetter& letter) { letter.CloseForm(); })
+      ->setShortcuts(QKeySequence::Close);
+  file->addSeparator();
+  print_action_ = LetterCommand(file, "mnuPrint", tr("&Print…"), {"print", QKeySequence::Print},
+                                [this](frmLetter& letter) { parts_.output.Print(letter); });
+  LetterCommand(file, "mnuPrintPreview", tr("Print Pre&view"),
+                {"preview", QKeySequence(tr("Ctrl+Shift+P"))},
+                [this](frmLetter& letter) { parts_.output.Preview(letter, &window_); });
+  LetterCommand(file, "mnuExportPdf", tr("Expor&t as PDF…"), {"pdf"},
+                [this](frmLetter& letter) { parts_.output.ExportPdf(letter); });
+  mail_action_ = LetterCommand(file, "mnuEmail", tr("E-&mail this Letter…"),
+                               {"mail", QKeySequence(tr("Ctrl+Shift+E"))},
+                               [this](frmLetter& letter) { parts_.output.Email(letter); });
+  file->addSeparator();
+  Command(file, "mnuPrinterSetup", tr("Printer Set-&up…"), {},
+          [this] { parts_.settings.ShowPrinterSetup(); });
+  Command(file, "mnuReceiptOptions", tr("&Receipt Options…"), {},
+          [this] { parts_.settings.ShowReceiptOptions(frmReceipt::DocumentKind::kReceipt); });
+  Command(file, "mnuInspectionOptions", tr("&Inspection Letter Options…"), {}, [this] {
+    parts_.settings.ShowReceiptOptions(frmReceipt::DocumentKind::kInspectionLetter);
+  });
+  Command(file, "mnuSettings", tr("S&ettings…"), {"settings", QKeySequence::Preferences}, [this] {
+    parts_.settings.ShowSettings();
+  })->setMenuRole(QAction::PreferencesRole);
+  file->addSeparator();
+  Command(file, "mnuExit", tr("E&xit"), {nullptr, QKeySequence::Quit}, [this] {
+    window_.close();
+  })->setMenuRole(QAction::QuitRole);
+}
+
+void MainMenus::StartNewInList() {
+  switch (parts_.letters.CurrentList()) {
+    case TemplateKind::kOwner:
+      return parts_.letters.StartNew(kOwnerTemplates);
+    case TemplateKind::kCheque:
+      return parts_.letters.StartNew(parts_.session.cheque_word);
+    default:
+      return parts_.letters.StartNew(kTemplates);
+  }
+}
+
+void MainMenus::BuildEditMenu() {
+  QMenu* edit = AddMenu("mnuEdit", tr("&Edit"));
+  edit->addActions(parts_.editor_actions.EditActions());
+  edit->addSeparator();
+  LetterCommand(edit, "mnuFind", tr("&Find…"), {"find", QKeySequence::Find},
+                [](frmLetter& letter) { letter.Find(); });
+  LetterCommand(edit, "mnuFindAgain", tr("Find A&gain"), {nullptr, QKeySequence::FindNext},
+                [](frmLetter& letter) { letter.FindAgain(); });
+}
+
+void MainMenus::BuildViewMenu() {
+  QMenu* view = AddMenu("mnuView", tr("&View"));
+  view->addAction(&parts_.page_width);
+  view->addSeparator();
+  view->addActions(parts_.editor_actions.ViewActions());
+  view->addSeparator();
+  Command(view, "mnuRefresh", tr("&Refresh Tree"), {"refresh", QKeySequence::Refresh},
+          [this] { parts_.tree.RefreshTree(); });
+  Command(view, "mnuSearchTree", tr("&Search Tree"), {"find", QKeySequence(tr("Ctrl+Shift+F"))},
+          [this] { parts_.tree.FocusSearch(); });
+}
+
+void MainMenus::BuildInsertMenu() {
+  QMenu* insert = AddMenu("mnuInsert", tr("&Insert"));
+  insert_combo_ = new QComboBox(&window_);
+  insert_combo_->setObjectName(QStringLiteral("cboInsert"));
+  insert_combo_->setAccessibleName(tr("Insert merge code"));
+  insert_combo_->setMinimumContentsLength(20);
+  insert_combo_->setMaxVisibleItems(20);
+  insert_combo_->setFocusPolicy(Qt::ClickFocus);
+  insert_menus_ = std::make_unique<InsertMenus>(
+      *insert, *insert_combo_, *format_action_, [this](const std::string& item) {
+        Guarded(parts_.session.platform.dialogs, "frmMain - mnuInsertItem_Click", [&] {
+          parts_.letters.WithActive([&item](frmLetter& letter) { letter.InsertItem(item); });
+        });
+      });
+  insert->addSeparator();
+  insert->addAction(parts_.editor_actions.InsertActions().first());  // a table
+  LetterCommand(insert, "mnuInsertPicture", tr("Pi&cture…"), {},
+                [](frmLetter& letter) { letter.InsertPicture(); });
+  LetterCommand(insert, "mnuInsertExcel", tr("&Spreadsheet…"), {},
+                [](frmLetter& letter) { letter.InsertExcel(); });
+  LetterCommand(insert, "mnuInsertObject", tr("&File as Object…"), {},
+                [](frmLetter& letter) { letter.InsertOLEObject(); });
+  LetterCommand(insert, "mnuSaveEmbedded", tr("Sa&ve Embedded File…"), {},
+                [](frmLetter& letter) { letter.SaveEmbeddedFile(); });
+  insert->addAction(parts_.editor_actions.InsertActions().last());  // a page break
+}
+
+void MainMenus::BuildFormatMenu() {
+  QMenu* format = AddMenu("mnuFormatMenu", tr("F&ormat"));
+  format->addActions(parts_.editor_actions.FormatActions());
+  format->addSeparator();
+  QMenu* table = format->addMenu(tr("&Table"));
+  table->setObjectName(QStringLiteral("mnuTable"));
+  table->addActions(parts_.editor_actions.TableActions());
+}
+
+void MainMenus::BuildToolsMenu() {
+  QMenu* tools = AddMenu("mnuTools", tr("&Tools"));
+  generate_action_ =
+      Command(tools, "cmdGenerate", tr("&Generate Letter(s)…"),
+              {"generate", QKeySequence(tr("Ctrl+G")), tr("Letters from the selected template")},
+              [this] { parts_.generate.Generate(); });
+  LetterCommand(tools, "mnuSpelling", tr("&Spelling…"), {"spelling", QKeySequence(tr("F7"))},
+                [this](frmLetter& letter) { parts_.spelling.Check(letter); });
+  letter_commands_ << Command(
+      tools, "mnuCheckTemplate", tr("&Check Template"), {"check", QKeySequence(tr("F8"))}, [this] {
+        LetterWindow* letter = parts_.letters.Active();
+        if (letter == nullptr) return;
+        parts_.lint_panel.Check(*letter, parts_.session.platform.clock.Today(),
+                                parts_.letters.custom_fields());
+      });
+  tools->addSeparator();
+  BuildColourMenu(*tools);
+}
+
+void MainMenus::BuildColourMenu(QMenu& tools) {
+  QMenu* schemes = tools.addMenu(tr("Co&lour Scheme"));
+  schemes->setObjectName(QStringLiteral("mnuColourScheme"));
+  auto* group = new QActionGroup(this);
+  const QStringList titles{tr("&Blue"),  tr("&Gold"), tr("&Silver"),
+                           tr("G&reen"), tr("Gr&ey"), tr("&Custom…")};
+  for (std::size_t i = 0; i < kColourSchemes.size(); ++i) {
+    const char* scheme = kColourSchemes[i];
+    const QByteArray name = QByteArray("mnu") + scheme;
+    QAction* action = Command(schemes, name.constData(), titles[static_cast<qsizetype>(i)], {},
+                              [this, scheme] { parts_.colours.Choose(scheme); });
+    action->setCheckable(true);
+    action->setData(QLatin1String(scheme));
+    group->addAction(action);
+  }
+  connect(schemes, &QMenu::aboutToShow, group, [this, group] {
+    const QString stored = QString::fromStdString(StoredScheme(parts_.session.settings));
+    for (QAction* action : group->actions()) action->setChecked(action->data() == stored);
+  });
+}
+
+void MainMenus::BuildWindowMenu() {
+  QMenu* windows = AddMenu("mnuWindow", tr("&Window"));
+  Command(windows, "mnuTabs", tr("Ta&bs"), {"tabs"}, [this] { parts_.desk.ShowAsTabs(true); });
+  Command(windows, "mnuTile", tr("&Tile"), {"tile"}, [this] { parts_.desk.Tile(); });
+  Command(windows, "mnuCascade", tr("&Cascade"), {"cascade"}, [this] { parts_.desk.Cascade(); });
+  windows->addSeparator();
+  Command(windows, "mnuNext", tr("&Next Letter"), {nullptr, QKeySequence(tr("Ctrl+Tab"))},
+          [this] { parts_.desk.Next(); });
+  Command(windows, "mnuPrevious", tr("&Previous Letter"),
+          {nullptr, QKeySequence(tr("Ctrl+Shift+Tab"))}, [this] { parts_.desk.Previous(); });
+  windows->addSeparator();
+  connect(windows, &QMenu::aboutToShow, this, [this, windows] { ListLetters(*windows); });
+}
+
+void MainMenus::ListLetters(QMenu& windows) {
+  for (QAction* old : std::as_const(listed_letters_)) delete old;
+  listed_letters_.clear();
+  for (LetterWindow* letter : parts_.desk.Letters()) {
+    const auto number = listed_letters_.size() + 1;
+    const QString changed = letter->isWindowModified() ? QStringLiteral(" *") : QString();
+    QString title = QString::fromStdString(letter->letter().members().Caption) + changed;
+    title.replace(QLatin1Char('&'), QLatin1String("&&"));
+    // One key reaches the first nine.
+    QAction* action =
+        windows.addAction((number < 10 ? QStringLiteral("&%1 %2") : QStringLiteral("%1 %2"))
+                              .arg(QString::number(number), title));
+    action->setObjectName(QStringLiteral("mnuLetter%1").arg(number));
+    action->setCheckable(true);
+    action->setChecked(letter == parts_.desk.Active());
+    connect(action, &QAction::triggered, letter,
+            [this, letter] { parts_.desk.BringToFront(letter); });
+    listed_letters_ << action;
+  }
+}
+
+void MainMenus::BuildHelpMenu() {
+  QMenu* help = AddMenu("mnuHelp", tr("&Help"));
+  Command(help, "mnuUserGuide", tr("&User Guide"), {"help", QKeySequence::HelpContents},
+          [this] { parts_.help.ShowGuide("user-guide.md"); });
+  Command(help, "mnuMergeCodes", tr("&Merge Codes"), {},
+          [this] { parts_.help.ShowGuide("merge-codes.md"); });
+  help->addSeparator();
+  Command(help, "mnuForms", tr("Template &Forms…"), {"template"},
+          [this] { parts_.help.ShowForms(); });
+  help->addSeparator();
+  Command(help, "mnuAbout", tr("&About…"), {}, [this] {
+    parts_.help.ShowAbout();
+  })->setMenuRole(QAction::AboutRole);
+}
+
+void MainMenus::BuildToolBar() {
+  QToolBar* bar = window_.addToolBar(tr("Letter"));
+  bar->setObjectName(QStringLiteral("tlbMain"));
+  bar->setMovable(false);
+  bar->setIconSize(QSize(20, 20));
+  bar->addAction(format_action_);
+  for (const char* name :
+       {"mnuOpen", "mnuSave", "", "mnuPrint", "mnuPrintPreview", "mnuExportPdf", "mnuEmail", "",
+        "cmdGenerate", "", "mnuFind", "mnuSpelling", "mnuCheckTemplate", ""}) {
+    QAction* action = window_.findChild<QAction*>(QLatin1String(name));
+    if (*name == '\0') {
+      bar->addSeparator();
+    } else if (action != nullptr) {
+      bar->addAction(action);
+    }
+  }
+  bar->addWidget(insert_combo_);
+}
+
+void MainMenus::BuildFormatBar() {
+  window_.addToolBarBreak();
+  QToolBar* bar = window_.addToolBar(tr("Format"));
+  bar->setObjectName(QStringLiteral("tlbFormat"));
+  bar->setMovable(false);
+  bar->setIconSize(QSize(20, 20));
+  bar->addWidget(parts_.editor_actions.FontBox(bar));
+  bar->addWidget(parts_.editor_actions.SizeBox(bar));
+  bar->addActions(parts_.editor_actions.FormatActions());
+}
+
+}  // namespace tenora

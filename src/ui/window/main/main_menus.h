@@ -1,0 +1,104 @@
+// The main window's menus and tool bars: which commands there are, under which names, keys and
+// pictures, and which of them need a letter. What a command does is in the parts it is given.
+#pragma once
+
+#include <QAction>
+#include <QComboBox>
+#include <QKeySequence>
+#include <QMainWindow>
+#include <QMenu>
+#include <functional>
+#include <memory>
+
+#include "ui/editor/editor_actions.h"
+#include "ui/window/appearance/window_colours.h"
+#include "ui/window/letter/letter_output.h"
+#include "ui/window/letter/letter_spelling.h"
+#include "ui/window/letter/lint_panel.h"
+#include "ui/window/letter/open_letters.h"
+#include "ui/window/main/generate_letters.h"
+#include "ui/window/main/help_commands.h"
+#include "ui/window/main/insert_menus.h"
+#include "ui/window/main/settings_commands.h"
+#include "ui/window/tree/ctl_tree.h"
+
+namespace tenora {
+
+// The parts whose commands the menus offer.
+struct MenuParts {
+  Session& session;
+  ctlTree& tree;
+  LetterDesk& desk;
+  OpenLetters& letters;
+  LetterOutput& output;
+  LetterSpelling& spelling;
+  LintPanel& lint_panel;
+  GenerateLetters& generate;
+  SettingsCommands& settings;
+  HelpCommands& help;
+  WindowColours& colours;
+  EditorActions& editor_actions;
+  QAction& page_width;  // wraps letters at the page width
+};
+
+class MainMenus : public QObject {
+  Q_OBJECT
+
+ public:
+  // Fills the window's menu bar and adds its tool bars. All parts outlive this.
+  MainMenus(QMainWindow& window, const MenuParts& parts);
+
+  // Enables the commands that the letter in front allows; null where none is open. The insert menus
+  // and the format command follow its list of codes.
+  void ShowLetter(const LetterWindow* front);
+  void DisplayInsertMenu();
+  void FillCustomMenus(const CustomFieldCodes& codes) { insert_menus_->FillCustomMenus(codes); }
+
+  QAction& generate_action() { return *generate_action_; }
+  QAction& mail_action() { return *mail_action_; }
+  QAction& print_action() { return *print_action_; }
+
+ private:
+  struct Look {
+    const char* icon = nullptr;
+    QKeySequence keys = {};
+    QString tip = {};
+  };
+  using Body = std::function<void()>;
+
+  // A menu command named "mnuPrint"; an error in it is shown under "frmMain - mnuPrint_Click".
+  QAction* Command(QMenu* menu, const char* name, const QString& text, const Look& look, Body body);
+  // One that acts on the letter in front, and is disabled without one.
+  QAction* LetterCommand(QMenu* menu, const char* name, const QString& text, const Look& look,
+                         const std::function<void(frmLetter& letter)>& command);
+
+  QMenu* AddMenu(const char* name, const QString& title);
+  void BuildFileMenu();
+  void BuildEditMenu();
+  void BuildViewMenu();
+  void BuildInsertMenu();
+  void BuildFormatMenu();
+  void BuildToolsMenu();
+  void BuildColourMenu(QMenu& tools);
+  void BuildWindowMenu();
+  void BuildHelpMenu();
+  void BuildToolBar();
+  void BuildFormatBar();
+  // The open letters at the end of the window menu, with a mark on the one in front.
+  void ListLetters(QMenu& windows);
+  // A new template of the kind whose codes the insert menus show.
+  void StartNewInList();
+
+  QMainWindow& window_;
+  MenuParts parts_;
+  QComboBox* insert_combo_ = nullptr;
+  std::unique_ptr<InsertMenus> insert_menus_;
+  QList<QAction*> letter_commands_;  // that need a letter
+  QList<QAction*> listed_letters_;   // in the window menu, since it was last shown
+  QAction* format_action_ = nullptr;
+  QAction* generate_action_ = nullptr;
+  QAction* mail_action_ = nullptr;
+  QAction* print_action_ = nullptr;
+};
+
+}  // namespace tenora

@@ -1,0 +1,99 @@
+#include "ui/window/main/tree_commands.h"
+
+#include <QDesktopServices>
+#include <QUrl>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "letters/template_library.h"
+#include "platform/dialogs/guard.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/safe_file_name.h"
+#include "platform/runtime/text.h"
+#include "ui/window/appearance/icons.h"
+
+namespace tenora {
+namespace {
+
+using Entry = TreeModel::Entry;
+using Type = TreeModel::Type;
+
+}  // namespace
+
+void TreeCommands::FillMenu(QMenu& menu, const Entry& entry) {
+  const auto add = [&](const char* icon, const QString& text, const char* procedure,
+                       std::function<void()> body) {
+    return menu.addAction(LineIcon(icon), text, this, [this, procedure, body = std::move(body)] {
+      Guarded(session_.platform.dialogs, std::string("frmMain - ") + procedure, body);
+    });
+  };
+  const bool file = !entry.path.empty();
+  if (file) {
+    menu.setDefaultAction(
+        add("open", tr("&Open"), "mnuOpen_Click", [this, entry] { letters_.Open(entry); }));
+  }
+  if (entry.type == Type::kTenant || entry.type == Type::kOwner) {
+    add("generate", tr("&Generate a Letter…"), "cmdGenerate_Click",
+        [this, entry] { generate_.GenerateFor(entry); });
+  }
+  if (entry.type == Type::kTemplate &&
+      (entry.kind == kTemplates || entry.kind == kOwnerTemplates)) {
+    menu.addAction(&generate_action_);
+  }
+  if (entry.type == Type::kLetter) {
+    add("mail", tr("E-&mail…"), "mnuEmail_Click", [this, entry] {
+      letters_.Open(entry);
+      mail_action_.trigger();
+    });
+  }
+  if (file) {
+    menu.addSeparator();
+    add("letter", tr("&Rename…"), "mnuRename_Click", [this, entry] { Rename(entry); });
+    add("delete", tr("&Delete…"), "mnuDelete_Click", [this, entry] { letters_.Delete(entry); });
+  }
+  if (!entry.folder.empty()) {
+    menu.addSeparator();
+    add("folder", tr("Show &Folder"), "mnuShowFolder_Click", [this, entry] { ShowFolder(entry); });
+  }
+}
+
+void TreeCommands::Rename(const Entry& entry) {
+  Dialogs& dialogs = session_.platform.dialogs;
+  const std::string old_name = entry.name.toStdString();
+  const auto answer = dialogs.AskText("Enter the new name for " + old_name, "Rename", old_name);
+  if (!answer) return;
+  const std::string extension = entry.path.extension().string();
+  std::string name(TrimBlanks(*answer));
+  if (name.ends_with(".rtf")) name.resize(name.size() - 4);
+  if (TrimBlanks(name).empty()) return;
+  name = SafeFileName(name, kLongestFileName - extension.size());
+  const std::filesystem::path path = entry.path.parent_path() / (name + extension);
+  if (path == entry.path) return;
+  if (!RenameWithoutReplacing(entry.path, path)) {
+    return dialogs.Say("A file of this name is there already:\r\n" + path.string() +
+                       "\r\nNothing was renamed.");
+  }
+  if (LetterWindow* open = letters_.OfFile(entry.path)) {
+    open->letter().members().FilePath = path.string();
+    open->letter().members().LetterTitle = name;
+    open->letter().UpdateCaption();
+  }
+  tree_.RefreshTree();
+  emit Told(tr("Renamed to %1").arg(QString::fromStdString(name)));
+}
+
+void TreeCommands::ShowFolder(const Entry& entry) {
+  Dialogs& dialogs = session_.platform.dialogs;
+  const std::filesystem::path folder = session_.database.DataFolder() / entry.folder;
+  if (!std::filesystem::is_directory(folder)) {
+    return dialogs.Say("There is no folder yet; the first letter that is saved makes it:\r\n" +
+                       folder.string());
+  }
+  if (!QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(folder.string())))) {
+    dialogs.Say("No program of this desktop shows folders. The folder is:\r\n" + folder.string());
+  }
+}
+
+}  // namespace tenora

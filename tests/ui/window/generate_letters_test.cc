@@ -1,0 +1,174 @@
+#include "ui/window/main/generate_letters.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QLineEdit>
+#include <QTimer>
+
+#include "window_fixture.h"
+
+namespace tenora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+// Runs the work at once, on the caller's thread.
+class Unwatched : public WorkProgress {
+ public:
+  void Report(int, int, const QString&) override {}
+  bool Cancelled() const override { return false; }
+};
+
+class GenerateLettersTest : public WindowPartsTest {
+ protected:
+  GenerateLettersTest() {
+    LoadTenants();
+    QObject::connect(&command_, &GenerateLetters::Told,
+                     [this](const QString& message) { told_ = message.toStdString(); });
+  }
+  void Select(const QString& key) {
+    auto* shown = tree_.view().model();
+    tree_.ExpandGroups({key.section('/', 0, 0)});
+    const QModelIndexList found =
+        shown->match(shown->index(0, 0), Qt::DisplayRole, key.section('/', 1), 1,
+                     Qt::MatchExactly | Qt::MatchRecursive);
+    ASSERT_EQ(found.size(), 1) << key.toStdString();
+    tree_.view().setCurrentIndex(found.front());
+  }
+  // What the user does in the dialog once it is up: searches and ticks, presses the buttons. The
+  // dialog's number of ticked recipients is checked to be what was wanted by what is made.
+  void InDialog(const char* search, std::initializer_list<const char*> buttons) {
+    QTimer::singleShot(0, &desk_, [=, this, names = std::vector<const char*>(buttons)] {
+      QWidget* dialog = QApplication::activeModalWidget();
+      ASSERT_NE(dialog, nullptr);
+      ++dialogs_;
+      if (*search != '\0') dialog->findChild<QLineEdit*>("txtSearch")->setText(search);
+      for (const char* name : names) dialog->findChild<QAbstractButton*>(name)->click();
+    });
+  }
+  std::string NameOf(const char* code) {
+    for (const TenantRecord& tenant : session_.caches.Tenants) {
+      if (tenant.Reference == code) return tenant.KeyName;
+    }
+    throw std::runtime_error(code);
+  }
+
+  GenerateLetters command_{session_,
+                           tree_,
+                           letters_,
+                           printers_,
+                           [](const QString&, const Work& work) {
+                             Unwatched progress;
+                             work(progress);
+                           },
+                           &desk_};
+  std::string told_;
+  int dialogs_ = 0;
+};
+
+TEST_F(GenerateLettersTest, SaysWhatToDoWhereThereIsNoTemplateToGenerateFrom) {
+  command_.Generate();
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre("Select a template in the left menu section first."));
+  letters_.StartNew("Templates");
+  command_.Generate();
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("not in the library yet"));
+  letters_.StartNew("Cheque");
+  command_.Generate();
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("Select a template"));
+}
+
+TEST_F(GenerateLettersTest, MakesOneLetterFromTheSelectedTemplateAndOpensIt) {
+  SaveTemplate("Notice", "Dear <<Tenant Name>>");
+  Select("Templates/Notice");
+  const std::string name = NameOf("T00001");
+  InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
+  command_.Generate();
+  EXPECT_EQ(dialogs_, 1);
+  EXPECT_EQ(told_, "1 of 1 letters were made.");
+  ASSERT_NE(letters_.Active(), nullptr);
+  EXPECT_EQ(InFront().FilePath, Data() / name / "Notice.rtf");
+  EXPECT_EQ(InFront().Kind, "Tenant Letter");
+  EXPECT_THAT(letters_.Active()->editor().toPlainText().toStdString(), HasSubstr("Dear " + name));
+}
+
+TEST_F(GenerateLettersTest, SavesTheTemplateInFrontBeforeItIsRead) {
+  SaveTemplate("Notice", "old text");
+  letters_.Open(Entry("Templates/Notice"));
+  letters_.Active()->letter().rtfLetter.SetText("new text");
+  // Unanswered, the question keeps the run from starting; not to save makes the letters of the
+  // file.
+  platform_.dialogs.WillPress(Answer::kCancel).WillPress(Answer::kYes);
+  command_.Generate();
+  EXPECT_EQ(dialogs_, 0);
+  const std::string name = NameOf("T00001");
+  InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
+  command_.Generate();
+  EXPECT_EQ(dialogs_, 1);
+  EXPECT_THAT(ReadWholeFile(Data() / name / "Notice.rtf"), HasSubstr("new text"));
+}
+
+TEST_F(GenerateLettersTest, TicksTheRecipientThatTheTreeNamesAndAsksForTheTemplate) {
+  SaveTemplate("Arrears", "one");
+  SaveTemplate("Notice", "two");
+  const TreeModel::Entry recipient = Entry("Tenants/T00001");
+  platform_.dialogs.WillChoose(1);
+  InDialog("", {"optFolder", "cmdGenerate"});
+  command_.GenerateFor(recipient);
+  EXPECT_EQ(dialogs_, 1);
+  EXPECT_TRUE(std::filesystem::exists(Data() / NameOf("T00001") / "Notice.rtf"));
+  EXPECT_FALSE(std::filesystem::exists(Data() / NameOf("T00001") / "Arrears.rtf"));
+
+  platform_.dialogs.WillCancel();
+  command_.GenerateFor(recipient);
+  EXPECT_EQ(dialogs_, 1);
+  std::filesystem::remove_all(Data() / "Templates");
+  command_.GenerateFor(recipient);
+  EXPECT_EQ(platform_.dialogs.Texts().back(), "There is no template in the 'Templates' group yet.");
+}
+
+TEST_F(GenerateLettersTest, OffersToMakeTheMissingLettersAfterAFailure) {
+  SaveTemplate("Notice", "Dear <<Tenant Name>>");
+  Select("Templates/Notice");
+  const std::string name = NameOf("T00001");
+  // A file stands where the letter's folder should be.
+  WriteWholeFile(Data() / name, "");
+  platform_.dialogs.WillPress(Answer::kYes).WillPress(Answer::kNo);
+  InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
+  command_.Generate();
+  EXPECT_EQ(told_, "0 of 1 letters were made.");
+  // The error, the offer, and both again for the second attempt.
+  EXPECT_EQ(platform_.dialogs.shown().size(), 4U);
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("Make the missing letters now?"));
+  EXPECT_THAT(desk_.Letters(), IsEmpty());
+}
+
+TEST_F(GenerateLettersTest, NeedsPrintersOnlyForPaper) {
+  SaveTemplate("Notice", "Dear <<Tenant Name>>");
+  Select("Templates/Notice");
+  WindowPrinters unread(session_);
+  GenerateLetters command(
+      session_, tree_, letters_, unread,
+      [](const QString&, const Work& work) {
+        Unwatched progress;
+        work(progress);
+      },
+      &desk_);
+  const std::string name = NameOf("T00001");
+  InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
+  command.Generate();
+  EXPECT_TRUE(std::filesystem::exists(Data() / name / "Notice.rtf"));
+  InDialog(name.c_str(), {"cmdSelectAll", "optPrinter", "cmdGenerate"});
+  try {
+    command.Generate();
+    ADD_FAILURE() << "printed without printers";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.number(), error_number::kPrinterError);
+  }
+}
+
+}  // namespace
+}  // namespace tenora

@@ -1,0 +1,122 @@
+#include "ui/window/letter/open_letters.h"
+
+#include "window_fixture.h"
+
+namespace tenora {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class OpenLettersTest : public WindowPartsTest {};
+
+TEST_F(OpenLettersTest, OpensATemplateOnceAndBringsItBackToTheFront) {
+  SaveTemplate("One", "first");
+  SaveTemplate("Two", "second");
+  for (const char* key : {"Templates/One", "Templates/Two", "Templates/One"}) {
+    letters_.Open(Entry(key));
+  }
+  EXPECT_EQ(desk_.Letters().size(), 2U);
+  EXPECT_EQ(InFront().LetterTitle, "One");
+  EXPECT_EQ(InFront().Kind, "Templates");
+  EXPECT_THAT(letters_.Active()->editor().toPlainText().toStdString(), HasSubstr("first"));
+}
+
+TEST_F(OpenLettersTest, ShowsWhyAFileDoesNotOpenAndLeavesNoWindow) {
+  TreeModel::Entry entry = (SaveTemplate("One", "x"), Entry("Templates/One"));
+  std::filesystem::remove(entry.path);
+  letters_.Open(entry);
+  EXPECT_THAT(desk_.Letters(), IsEmpty());
+  ASSERT_EQ(platform_.dialogs.shown().size(), 1U);
+  EXPECT_EQ(platform_.dialogs.shown()[0].title, "frmMain - ctlTree_DblClick");
+  EXPECT_THAT(platform_.dialogs.shown()[0].text, HasSubstr("One.rtf"));
+}
+
+// What a chosen file is follows from its folder; from elsewhere the user is asked, and a text file
+// becomes a letter that has no file yet.
+TEST_F(OpenLettersTest, TellsWhatAChosenFileIs) {
+  LoadTenants();
+  const std::string tenant = session_.caches.Tenants.at(0).KeyName;
+  const std::string code = session_.caches.Tenants.at(0).Reference;
+  struct Case {
+    std::filesystem::path file;
+    int answer;  // to the question for its kind; -1 where it is not asked
+    std::string kind, title, tenant_code;
+    bool has_file;
+  };
+  const Case cases[] = {
+      {Data() / "Templates/Notice.rtf", -1, "Templates", "Notice", "", true},
+      {Data() / "Owner Templates/Statement.rtf", -1, "Owner Templates", "Statement", "", true},
+      {Data() / tenant / "Arrears.rtf", -1, "Tenant Letter", "Arrears", code, true},
+      {platform_.folder / "Elsewhere.rtf", 1, "Owner Templates", "Elsewhere", "", true},
+      {platform_.folder / "Plain.TXT", 2, "Cheque", "Plain", "", false},
+  };
+  session_.cheque_word = "Cheque";
+  for (const Case& c : cases) {
+    std::filesystem::create_directories(c.file.parent_path());
+    WriteWholeFile(c.file, c.has_file ? "{\\rtf1 text}" : "{\\b text}");
+    tree_.RefreshTree();
+    if (c.answer >= 0) platform_.dialogs.WillChoose(static_cast<std::size_t>(c.answer));
+    letters_.OpenFile(c.file);
+    EXPECT_EQ(InFront().Kind, c.kind) << c.file;
+    EXPECT_EQ(InFront().LetterTitle, c.title) << c.file;
+    EXPECT_EQ(InFront().TenantCode, c.tenant_code) << c.file;
+    EXPECT_EQ(InFront().FilePath, c.has_file ? c.file.string() : "") << c.file;
+    EXPECT_FALSE(InFront().Changed) << c.file;
+  }
+  EXPECT_THAT(letters_.Active()->editor().toPlainText().toStdString(), HasSubstr("{\\b text}"));
+}
+
+TEST_F(OpenLettersTest, AsksBeforeASaveReplacesAFileAndShowsTheNewLetterInTheTree) {
+  const auto taken = SaveTemplate("Taken", "another's");
+  letters_.StartNew("Templates");
+  letters_.Active()->letter().rtfLetter.SetText("mine");
+  platform_.dialogs.WillType("Taken").WillPress(Answer::kNo);
+  EXPECT_FALSE(letters_.Active()->letter().Save());
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("Replace it?"));
+  EXPECT_THAT(ReadWholeFile(taken), HasSubstr("another's"));
+  platform_.dialogs.WillType("Fresh");
+  EXPECT_TRUE(letters_.Active()->letter().Save());
+  EXPECT_TRUE(tree_.model().IndexOfKey("Templates/Fresh").isValid());
+  letters_.Active()->letter().rtfLetter.SetText("mine again");
+  WriteWholeFile(Data() / "Templates/Fresh.rtf", "{\\rtf1 changed by another program}");
+  platform_.dialogs.WillPress(Answer::kNo);
+  EXPECT_FALSE(letters_.Active()->letter().Save());
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("Write over it?"));
+  letters_.Active()->letter().members().Changed = false;
+}
+
+TEST_F(OpenLettersTest, DeletesALetterWhetherItIsOpenOrNot) {
+  for (const bool open : {false, true}) {
+    const auto path = SaveTemplate("Old", "x");
+    const TreeModel::Entry entry = Entry("Templates/Old");
+    if (open) {
+      letters_.Open(entry);
+      letters_.Active()->letter().rtfLetter.SetText("changed, and nobody asks to save it");
+    }
+    platform_.dialogs.WillPress(Answer::kNo).WillPress(Answer::kYes);
+    letters_.Delete(entry);
+    EXPECT_TRUE(std::filesystem::exists(path));
+    letters_.Delete(entry);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_FALSE(tree_.model().IndexOfKey("Templates/Old").isValid());
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_THAT(desk_.Letters(), IsEmpty());
+  }
+}
+
+TEST_F(OpenLettersTest, WritesTheLettersOfTheFolderThatTheInsertListIsNamedFor) {
+  session_.cheque_word = "Cheque";
+  letters_.StartNew("Cheque");
+  EXPECT_EQ(letters_.CurrentList(), TemplateKind::kCheque);
+  platform_.dialogs.WillType("Trust account");
+  letters_.WithActive([](frmLetter& letter) { letter.SaveAs(); });
+  EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre("Enter the name for this Cheque"));
+  EXPECT_TRUE(std::filesystem::exists(Data() / "Cheque/Trust account.rtf"));
+  EXPECT_EQ(letters_.Active()->windowTitle().toStdString(), "Trust account : Cheque[*]");
+}
+
+}  // namespace
+}  // namespace tenora
