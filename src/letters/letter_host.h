@@ -1,5 +1,5 @@
-// What surrounds an open letter: the letter tells it what has changed, and asks it for what only a
-// window has or only its user knows.
+// The window around an open letter, as the letter sees it: the letter notifies it of changes and
+// asks it for what only a window or its user can provide.
 #pragma once
 
 #include <filesystem>
@@ -19,7 +19,7 @@ class LetterHost {
   virtual void FocusEditor() = 0;
   // Immediately before every write of the letter's file.
   virtual void BeforeSave() = 0;
-  // The letter has another caption, or is changed or saved now.
+  // The caption or the changed flag has changed.
   virtual void ShowCaption() = 0;
   // Where text wraps, in twips from the left edge; 0: at the window's edge.
   virtual void SetWidth(int twips) = 0;
@@ -35,12 +35,12 @@ class LetterHost {
   // Whether Save may write over what another program has put into the letter's file since it was
   // loaded or saved here.
   virtual bool ConfirmOverwrite(const std::filesystem::path& path) = 0;
-  // Of the current printer's paper as the letter lays it, in twips.
+  // The width of the current printer's paper in the letter's orientation, in twips.
   virtual int PaperWidth() = 0;
 };
 
-// Surrounds a letter that no window shows: on the command line, in a batch, and the copies that are
-// printed or mailed. There is nobody to tell or to ask; files are replaced, and the paper is A4.
+// For a letter that no window shows: on the command line, in a batch, and for the copies that are
+// printed or mailed. Ignores notifications and confirms every question; the paper is A4.
 class WindowlessHost : public LetterHost {
  public:
   void ShowFutureDateDialog(RichTextBox&) override {}

@@ -14,7 +14,7 @@
 namespace tenora {
 namespace {
 
-// The units as the code spells them; never translated, since the merge reads them.
+// The units as spelt in the code; not translated, since the merge parses them.
 constexpr const char* kUnits[] = {"Days", "Weeks", "Months", "Years"};
 constexpr int kMostDigits = 9;
 
@@ -54,7 +54,7 @@ frmFutureDate::frmFutureDate(RichTextBox& editor, QWidget* parent)
   number_->setFocus();
 }
 
-// The count is written as it was typed, an empty one too.
+// The count is inserted as typed, even if empty.
 void frmFutureDate::Save() {
   editor_.SetSelText(std::string(kFutureDateStart)
                          .append(number_->text().toStdString())

@@ -144,7 +144,7 @@ void frmGenerate::MakeDestinations(QVBoxLayout* column) {
   where_column->addWidget(folder_);
   column->addWidget(where);
   column->addWidget(pdf_);
-  // After the click: a radio button that is switched off by another tells of itself too.
+  // On click, not on toggle: a radio button that is switched off by another emits toggled as well.
   connect(printer_, &QRadioButton::clicked, this,
           [this] { SetDestination(Destination::kPrinter); });
   connect(email_, &QRadioButton::clicked, this, [this] { SetDestination(Destination::kEmail); });

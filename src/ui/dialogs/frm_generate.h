@@ -1,4 +1,4 @@
-// Chooses for whom a template's letters are made, and where they go.
+// Asks for the recipients of a template's letters and their destination.
 #pragma once
 
 #include <QDialog>
@@ -27,21 +27,21 @@ class frmGenerate : public QDialog {
 
  public:
   // The template's kind ("Templates", "Owner Templates") decides who is listed; any other leaves
-  // the list empty. The caches outlive the dialog.
+  // the list empty. The caches must outlive the dialog.
   frmGenerate(const Caches& caches, const std::string& template_kind,
               const std::string& template_name, Dialogs& dialogs, QWidget* parent = nullptr);
 
-  // Also what is available: the subject and the filter by e-mail address go with kEmail.
+  // Also enables what belongs to it: the subject and the e-mail filter for kEmail.
   void SetDestination(Destination destination);
 
-  // Ticks this recipient, and lists the closed ones where it is one of them.
+  // Ticks this recipient, and shows closed ones if it is closed.
   void Preselect(const Recipient& recipient);
 
   // After the dialog was accepted: template, destination, subject, PDF and the recipients.
   GenerationRequest Request() const;
   // The same recipients as one text, each name followed by ";".
   std::string Selection() const;
-  // Print on the current printer, without the chooser.
+  // Whether to print on the default printer without asking.
   bool UsesDefaultPrinter() const;
 
  private:

@@ -18,12 +18,12 @@ class frmPrinter : public QDialog {
   Q_OBJECT
 
  public:
-  // Margins that cannot be read are shown as an error, and as 0.
+  // Margins that cannot be read are reported and shown as 0.
   frmPrinter(Settings& settings, Dialogs& dialogs, QWidget* parent = nullptr);
 
  private:
-  // Twips are kept as they are typed and rounded when they are saved, so that looking at a margin
-  // in the other unit does not change it.
+  // Twips are kept unrounded until saved, so that viewing a margin in the other unit does not
+  // change it.
   struct Margin {
     const char* key;
     double twips = 0;

@@ -15,7 +15,7 @@
 namespace tenora {
 namespace {
 
-// Adds a choice that counts only while another is ticked, set in under it.
+// Adds an indented check box that is enabled only while another one is ticked.
 void AddUnder(QCheckBox* master, QCheckBox* dependent, QVBoxLayout* column) {
   auto* row = new QHBoxLayout;
   row->addSpacing(20);
@@ -95,7 +95,7 @@ QCheckBox* frmReceipt::AddChoice(const QString& caption, const char* name, const
   return box;
 }
 
-// A stored format whose template is gone stays on offer, lest OK change it unseen.
+// A stored format whose template no longer exists stays in the list, so that OK does not change it.
 void frmReceipt::ShowFormats(const std::vector<std::string>& formats) {
   for (const std::string& format : formats) format_->addItem(QString::fromStdString(format));
   const QString stored =

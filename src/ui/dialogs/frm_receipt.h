@@ -1,4 +1,4 @@
-// How receipts, or inspection letters, are put out.
+// Options for the output of receipts or inspection letters.
 #pragma once
 
 #include <QDialog>

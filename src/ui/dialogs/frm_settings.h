@@ -1,4 +1,4 @@
-// All settings that a user may want to change, a page each.
+// The settings dialog, one page for each subject.
 #pragma once
 
 #include <QDialog>
@@ -14,8 +14,8 @@ class frmSettings : public QDialog {
   Q_OBJECT
 
  public:
-  // The session's options are loaded: the mail page shows them. What was changed is saved on OK;
-  // whoever opened the dialog then applies it to the windows.
+  // The session's options must be loaded: the mail page shows them. Changes are saved on OK; the
+  // caller then applies them to the windows.
   explicit frmSettings(Session& session, QWidget* parent = nullptr);
 
  private:

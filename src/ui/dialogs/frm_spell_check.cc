@@ -76,15 +76,14 @@ void frmSpellCheck::MakeButtons(QVBoxLayout* column) {
   add(tr("Stop"), "cmdStop", [this] { reject(); });
 }
 
-// The first line becomes current when the keyboard comes to the list; nobody has selected it by
-// then.
+// The first row becomes current when the list gets the focus; the user has not selected it.
 QString frmSpellCheck::Suggestion() const {
   const QList<QListWidgetItem*> selected = suggestions_->selectedItems();
   return selected.isEmpty() ? QString() : selected.first()->text().trimmed();
 }
 
 void frmSpellCheck::Change() {
-  // With nothing typed and nothing chosen the word stays as it is.
+  // If nothing was typed or chosen, the word is unchanged.
   if (replace_->text().isEmpty() && Suggestion().isEmpty())
     replace_->setText(QString::fromStdString(bad_word_));
   const QString typed = replace_->text().trimmed();
@@ -103,7 +102,7 @@ void frmSpellCheck::IgnoreAll() {
 }
 
 void frmSpellCheck::Add() {
-  // A word that cannot be written down is right for this run.
+  // A word that cannot be saved is accepted for this run.
   Guarded(dialogs_, "frmSpellCheck - cmdAdd_Click", [&] { speller_.AddWord(bad_word_); });
   Ignore();
 }

@@ -20,7 +20,7 @@ class frmSpellCheck : public QDialog {
   frmSpellCheck(const std::string& bad_word, spelling::Speller& speller, Dialogs& dialogs,
                 QWidget* parent = nullptr);
 
-  // After the dialog has closed; closing it by Escape stops the check.
+  // Valid after the dialog has closed; Escape stops the check.
   const SpellChecker::Choice& Chosen() const { return choice_; }
 
  private:

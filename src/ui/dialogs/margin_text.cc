@@ -22,7 +22,7 @@ std::string MarginText(double twips, MarginUnit unit) {
 }
 
 double TwipsOfText(std::string_view text, MarginUnit unit) {
-  // The reader takes no "." without a digit before it.
+  // The parser requires a digit before the ".".
   const std::string digits = "0" + std::string(text);
   double number = 0;
   std::from_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed);

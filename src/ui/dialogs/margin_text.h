@@ -1,4 +1,4 @@
-// Page margins between twips and what a margin box shows.
+// Converts page margins between twips and the text in a margin box.
 #pragma once
 
 #include <string>
@@ -10,11 +10,11 @@ enum class MarginUnit { kCentimetres, kInches };
 
 // Rounded to two decimal places: 567 twips are "1", 1417.5 are "2.5" in centimetres.
 std::string MarginText(double twips, MarginUnit unit);
-// What is typed in a box; a text without a digit is 0. No more than a 32-bit number of twips.
+// Twips of the text typed in a box; 0 without a digit, limited to 32 bits.
 double TwipsOfText(std::string_view text, MarginUnit unit);
-// The whole number that is stored, halves to even.
+// The integer to store, halves rounded to even.
 int WholeTwips(double twips);
-// Whether a box may hold this: digits, and one "." at the most.
+// Whether a box accepts this text: digits and at most one ".".
 bool IsMarginText(std::string_view text);
 
 }  // namespace tenora

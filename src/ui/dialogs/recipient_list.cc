@@ -9,7 +9,7 @@
 namespace tenora {
 
 void RecipientModel::SetRows(std::vector<RecipientRow> rows) {
-  // Namesakes among tenants differ by code, the lines of one owner by property.
+  // Tenants of the same name differ by code, the rows of one owner by property.
   std::set<std::pair<std::string, std::string>> kept;
   for (const RecipientRow& row : TickedRows()) kept.emplace(row.recipient.code, row.text);
   beginResetModel();
@@ -81,7 +81,7 @@ void RecipientView::mouseReleaseEvent(QMouseEvent* event) {
   QListView::mouseReleaseEvent(event);
   const QModelIndex line = indexAt(event->pos());
   if (event->button() != Qt::LeftButton || !line.isValid()) return;
-  // Lines marked with the mouse held, Shift or Ctrl wait for the space bar.
+  // A selection made by dragging, Shift or Ctrl is ticked with the space bar.
   if (selectionModel()->selectedRows().size() > 1 || event->modifiers() != Qt::NoModifier) return;
   const bool ticked = line.data(Qt::CheckStateRole).toInt() == Qt::Checked;
   model()->setData(line, ticked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
@@ -91,7 +91,7 @@ void RecipientView::keyPressEvent(QKeyEvent* event) {
   if (event->key() != Qt::Key_Space) return QListView::keyPressEvent(event);
   const QModelIndex line = currentIndex();
   if (!line.isValid()) return;
-  // The line that Tab came to is current and not yet marked.
+  // A row reached with Tab is current but not selected.
   if (!selectionModel()->hasSelection()) setCurrentIndex(line);
   TickMarked(line.data(Qt::CheckStateRole).toInt() != Qt::Checked);
 }

@@ -1,4 +1,4 @@
-// The recipients of a template with a tick each, and what a search leaves of them.
+// The recipients of a template with check boxes, filtered by a search.
 #pragma once
 
 #include <QAbstractListModel>
@@ -17,7 +17,7 @@ class RecipientModel : public QAbstractListModel {
  public:
   using QAbstractListModel::QAbstractListModel;
 
-  // Ticks of recipients that are in both lists stay.
+  // Recipients in both lists keep their ticks.
   void SetRows(std::vector<RecipientRow> rows);
   int rowCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
@@ -43,7 +43,7 @@ class RecipientFilterModel : public QSortFilterProxyModel {
   Q_OBJECT
 
  public:
-  // The recipients outlive the filter.
+  // The recipients must outlive the filter.
   explicit RecipientFilterModel(RecipientModel& recipients)
       : QSortFilterProxyModel(&recipients), recipients_(recipients) {
     setSourceModel(&recipients);
@@ -58,7 +58,7 @@ class RecipientFilterModel : public QSortFilterProxyModel {
   std::string search_;
 };
 
-// A click anywhere on a line, or the space bar on the lines marked, ticks and unticks.
+// A click anywhere on a row, or the space bar for the selected rows, toggles the ticks.
 class RecipientView : public QListView {
   Q_OBJECT
 

@@ -123,7 +123,7 @@ DatabasePage::DatabasePage(Session& session)
   layout->addWidget(test_);
   layout->addStretch();
   layout->addWidget(
-      Remark(tr("Templates and letters lie in the same folder as the database. A "
+      Remark(tr("Templates and letters are stored in the same folder as the database. A "
                 "change counts from the next start.")));
   const auto enable = [this, browse] {
     location_->setEnabled(networked_->isChecked());
@@ -161,7 +161,7 @@ void DatabasePage::Save() {
 
 MailPage::MailPage(Session& session) {
   const Options& options = session.options;
-  // Ports above 32767 stand in the 16-bit option as negative numbers.
+  // The 16-bit option stores ports above 32767 as negative numbers.
   const auto port = static_cast<std::uint16_t>(options.SmtpPort);
   auto* form = new QFormLayout;
   const auto add = [&](const QString& caption, const QString& value, const char* name) {

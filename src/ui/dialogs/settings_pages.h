@@ -22,12 +22,12 @@ class SettingsPage : public QWidget {
   virtual void Save() = 0;
 };
 
-// A button that runs a test on another thread, and the result under it.
+// A button that runs a test on another thread and shows the result below.
 class TestRunner : public QWidget {
   Q_OBJECT
 
  public:
-  // `prepare` is called on this thread and gives what runs on the other one.
+  // `prepare` is called on this thread and returns what runs on the other one.
   TestRunner(const QString& caption, const char* button_name,
              std::function<std::function<TestResult()>()> prepare);
   void Run();
@@ -38,7 +38,7 @@ class TestRunner : public QWidget {
   std::function<std::function<TestResult()>()> prepare_;
   QPushButton* button_;
   QLabel* result_;
-  int latest_ = 0;  // an earlier test that ends later is not shown
+  int latest_ = 0;  // results of earlier tests are not shown
 };
 
 class DatabasePage : public SettingsPage {
@@ -59,7 +59,7 @@ class DatabasePage : public SettingsPage {
   TestRunner* test_;
 };
 
-// The outgoing mail is the package's affair and kept in its database: shown, not changed.
+// Outgoing mail is configured by the management package, in its database: read-only here.
 class MailPage : public SettingsPage {
   Q_OBJECT
 

@@ -14,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kDatabaseName = "property.mdb";
-constexpr int kMostSeconds = 15;  // somebody is waiting
+constexpr int kMostSeconds = 15;  // the user is waiting
 
 std::int32_t Count(query::EngineDatabase& database, const std::string& clause) {
   const auto rows = database.OpenRecordset("select count(*) as result from tenancy" + clause,

@@ -1,5 +1,5 @@
-// Tries out what is entered in the settings. These take as long as a server lets them: call them
-// off the window's thread.
+// Tests the entered settings. They block until a server answers or times out: call them off the
+// main thread.
 #pragma once
 
 #include <filesystem>
@@ -9,7 +9,7 @@
 
 namespace tenora {
 
-// What was found, and where it is bad what to do next.
+// The result and, on failure, what to do next.
 struct TestResult {
   bool good = false;
   std::string text;

@@ -7,8 +7,8 @@
 namespace tenora {
 namespace {
 
-// What a desktop or the package gives a program is /dev/null, or a pipe that nobody writes to and
-// that stays open.
+// A program started by a desktop or the management package has /dev/null as standard input, or an
+// open pipe without data.
 bool IsAnsweredInText() {
   if (::isatty(STDIN_FILENO) == 1 || ::isatty(STDERR_FILENO) == 1) return true;
   struct stat input {};

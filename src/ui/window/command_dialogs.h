@@ -1,6 +1,6 @@
-// The boxes of a print command. The management package starts it on a desktop, with nobody at a
-// terminal to answer: the boxes are windows then. They are text for whoever answers on standard
-// input, and where no display answers.
+// The message boxes of a print command. When the management package starts it on a desktop without
+// a terminal, the boxes are windows. They are text if standard input can be answered, and where no
+// display is available.
 #pragma once
 
 #include <memory>
@@ -12,11 +12,11 @@ namespace tenora {
 
 class CommandDialogs : public Dialogs {
  public:
-  // The arguments are the process's; all outlive this.
+  // The arguments of the process; all must outlive this object.
   CommandDialogs(int& argc, char** argv, Dialogs& text) : argc_(argc), argv_(argv), text_(text) {}
 
-  // Which of the two it is, decided once, at the first box or here. Call before anything prints:
-  // printing alone makes an application that has no windows, and Qt allows one in a process.
+  // Chooses windows or text, once, at the first box or here. Call before printing: printing creates
+  // a QGuiApplication without windows, and Qt allows only one application per process.
   Dialogs& Decide();
 
   Answer Show(const MessageBox& box) override { return Decide().Show(box); }

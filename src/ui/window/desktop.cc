@@ -25,10 +25,10 @@ bool IsSet(const char* variable) {
   return value != nullptr && *value != '\0';
 }
 
-// The platform asked for, or empty.
+// The requested Qt platform, or empty.
 QByteArray NamedPlatform() { return qgetenv(kPlatformVariable); }
 
-// Other platforms than these two (offscreen, vnc) need no display and show nothing on one.
+// Platforms other than these two (offscreen, vnc) neither need nor use a display.
 bool IsDesktop(const QByteArray& platform) {
   return platform.isEmpty() || platform.startsWith("xcb") || platform.startsWith("wayland");
 }
@@ -37,14 +37,14 @@ class TenoraStyle : public QProxyStyle {
  public:
   TenoraStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
 
-  // Buttons say what they do; small pictures on them only make them restless.
+  // Buttons are labelled; icons on them are only noise.
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                 QStyleHintReturn* result) const override {
     if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
     return QProxyStyle::styleHint(hint, option, widget, result);
   }
 
-  // Fusion's outlines are darker than the window: on a dark one an empty check box cannot be seen.
+  // Fusion's outlines are darker than the window, so empty check boxes are invisible on a dark one.
   void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override {
     QProxyStyle::drawPrimitive(element, option, painter, widget);
@@ -67,8 +67,7 @@ class TenoraStyle : public QProxyStyle {
   static constexpr float kOutlineStrength = 0.6F;
 };
 
-// Qt ends a process without a usable display by an abort; its user is better served by a sentence
-// and an exit status.
+// Without a usable display Qt aborts the process; print a message and exit with a status instead.
 void EndOnFatalMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
   std::fprintf(stderr, "%s\n", qPrintable(message));
   if (type != QtFatalMsg) return;
@@ -82,12 +81,12 @@ void KeepQuiet(QtMsgType, const QMessageLogContext&, const QString&) {}
 }  // namespace
 
 struct Desktop::State {
-  // `remarks` takes what Qt has to say while it starts.
+  // `remarks` handles the messages that Qt prints during start-up.
   State(int& argc, char** argv, QtMessageHandler remarks)
       : handler_before(qInstallMessageHandler(remarks)), application(argc, argv) {
     qInstallMessageHandler(handler_before);
     QApplication::setApplicationName(QStringLiteral("Tenora"));
-    // No display name: Qt would put it behind the title of every box, which are the system's own.
+    // No display name: Qt would append it to every title, and those are given.
     QApplication::setWindowIcon(LineIcon("tenora"));
     QApplication::setStyle(new TenoraStyle);
   }
@@ -115,7 +114,7 @@ std::unique_ptr<Desktop> Desktop::ForBoxes(int& argc, char** argv) {
   const QByteArray named = NamedPlatform();
   if (!IsDesktop(named) || !DisplayProblem().empty()) return nullptr;
   if (QCoreApplication::instance() != nullptr) return nullptr;
-  // Qt takes the first of these that works, and ends the process where none does.
+  // Qt uses the first of these that works, and ends the process if none does.
   qputenv(kPlatformVariable, (named.isEmpty() ? QByteArray("xcb;wayland") : named) + ";offscreen");
   auto state = std::make_unique<State>(argc, argv, KeepQuiet);
   named.isEmpty() ? qunsetenv(kPlatformVariable) : qputenv(kPlatformVariable, named);

@@ -11,23 +11,23 @@ namespace tenora {
 
 class Desktop {
  public:
-  // Why no window can be shown, in words for whoever started the program; empty where one can.
+  // Why no window can be shown, as a message to the user; empty if windows can be shown.
   static std::string DisplayProblem();
 
-  // Call where DisplayProblem is empty, once in a process. A display that turns out not to answer
-  // ends the process with a message and status 1.
+  // Call once per process, and only if DisplayProblem is empty. If the display then does not
+  // respond, the process ends with a message and status 1.
   Desktop(int& argc, char** argv);
   ~Desktop();
-  // For boxes alone. Null where there is no display, or it does not answer.
+  // For message boxes only. Null if there is no display or it does not respond.
   static std::unique_ptr<Desktop> ForBoxes(int& argc, char** argv);
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 
-  // May be asked from any thread.
+  // May be called from any thread.
   Dialogs& dialogs();
 
-  // The splash, where the command line is empty; then the main window until it is closed. The
-  // result is the exit status.
+  // Shows the splash if the command line is empty, then the main window until it is closed. Returns
+  // the exit status.
   int Run(const CommandParts& parts);
 
  private:

@@ -27,8 +27,8 @@ QColor Mix(const QColor& one, const QColor& other, double share) {
                           mixed(one.blueF(), other.blueF()));
 }
 
-// The colour as it was meant where it can be read on all grounds, else moved towards the end
-// (black or white) that stands out more, as far as it takes.
+// The colour itself if it is readable on all backgrounds, else moved as far as necessary towards
+// whichever of black and white has more contrast.
 QColor ReadableOn(const QColor& meant, std::initializer_list<QColor> grounds, double least) {
   const auto worst = [&](const QColor& colour) {
     double result = 21;
@@ -37,14 +37,14 @@ QColor ReadableOn(const QColor& meant, std::initializer_list<QColor> grounds, do
   };
   const QColor end = worst(Qt::black) > worst(Qt::white) ? QColor(Qt::black) : QColor(Qt::white);
   for (int step = 0; step < 20; ++step) {
-    // Rounded to the eight bits a screen has, as it will be seen.
+    // Rounded to 8 bits a channel, as it will be displayed.
     const QColor colour = QColor(Mix(meant, end, step / 20.0).rgb());
     if (worst(colour) >= least) return colour;
   }
   return end;
 }
 
-// A ground pulled towards an end until black or white text can be read well on it.
+// A background moved towards black or white until text is readable on it.
 QColor Ground(const QColor& meant, const QColor& end) {
   for (int step = 0; step < 20; ++step) {
     const QColor ground = QColor(Mix(meant, end, step / 20.0).rgb());

@@ -1,5 +1,5 @@
-// The window's colour schemes: three colours each, made into a palette in which every text can be
-// read, on light and on dark desktops.
+// The colour schemes: three colours each, turned into a palette in which all text is readable, on
+// light and on dark desktops.
 #pragma once
 
 #include <QColor>
@@ -24,11 +24,11 @@ struct SchemeColours {
 // The ratio of relative luminances, from 1 (the same) to 21 (black on white).
 double Contrast(const QColor& one, const QColor& other);
 
-// The least contrast of a text that is to be read.
+// The minimum contrast of readable text.
 inline constexpr double kReadable = 4.5;
 
-// The three colours of a named scheme; those of "Blue" for a name that is none. "Custom" has no
-// colours of its own before the user chooses some: these are what the choice starts from.
+// The three colours of a named scheme; those of "Blue" for an unknown name. For "Custom", the
+// colours that the user's choice starts from.
 SchemeColours ColoursOf(std::string_view scheme);
 
 // On a dark desktop the light colour gives way to a shade of the dark one.

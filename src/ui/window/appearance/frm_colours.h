@@ -17,7 +17,7 @@ class frmColours : public QDialog {
   const SchemeColours& Colours() const { return colours_; }
 
  signals:
-  // For the window to show them while they are chosen.
+  // Emitted while the user is choosing, so that the window can preview the colours.
   void Changed();
 
  private:

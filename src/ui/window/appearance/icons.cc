@@ -7,13 +7,13 @@
 #include <QPalette>
 #include <QSvgRenderer>
 
-// A library's resources are found once they are named, outside every namespace.
+// The resources of a static library must be initialised by name, outside any namespace.
 static void MakeResourcesKnown() { Q_INIT_RESOURCE(window); }
 
 namespace tenora {
 namespace {
 
-constexpr const char* kInk = "#404040";  // the colour the drawings are made in
+constexpr const char* kInk = "#404040";  // the stroke colour in the SVG files
 
 QColor InkFor(QIcon::Mode mode) {
   const QPalette palette = QGuiApplication::palette();

@@ -6,7 +6,7 @@
 
 namespace tenora {
 
-// By the file's name without its ending ("print"); drawn at whatever size is asked for.
+// By file name without extension ("print"); drawn at any size.
 QIcon LineIcon(const char* name);
 
 }  // namespace tenora

@@ -1,4 +1,4 @@
-// The colour scheme that the program's windows wear.
+// Applies the colour scheme of the program's windows and lets the user choose it.
 #pragma once
 
 #include <QWidget>
@@ -10,14 +10,13 @@ namespace tenora {
 
 class WindowColours {
  public:
-  // Call before a scheme is applied: the desktop's own colours tell whether it is a dark one. The
-  // custom colours are asked for over `window`.
+  // Construct before any scheme is applied: whether the desktop is dark is read from its own
+  // palette. `window` is the parent of the dialog for custom colours.
   WindowColours(Settings& settings, QWidget* window);
 
   // The stored scheme.
   void Apply();
-  // Stores a scheme and applies it; of "Custom" the colours are asked for first, and shown while
-  // they are chosen.
+  // Stores and applies a scheme. For "Custom" a dialog asks for the colours and previews them.
   void Choose(std::string_view scheme);
 
  private:

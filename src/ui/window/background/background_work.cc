@@ -14,10 +14,10 @@
 namespace tenora {
 namespace {
 
-constexpr int kShowAfter = 400;  // milliseconds: shorter work needs no window
+constexpr int kShowAfter = 400;  // milliseconds: shorter work shows no progress
 constexpr std::chrono::milliseconds kReportEvery{40};
 
-// Keeps the user's input from the windows until one of the work's own windows takes it.
+// Blocks user input to all windows, except while a modal dialog of the work is open.
 class InputStop : public QObject {
  public:
   InputStop() { qApp->installEventFilter(this); }
@@ -45,7 +45,7 @@ class InputStop : public QObject {
   }
 };
 
-// Told on the work's thread, shown on the main one, no oftener than an eye can follow.
+// Reports from the work's thread to the dialog on the main one, at a limited rate.
 class ShownProgress : public WorkProgress {
  public:
   explicit ShownProgress(ProgressDialog& dialog) : dialog_(dialog) {}
@@ -88,7 +88,7 @@ void RunInBackground(QWidget* parent, const QString& title, const Work& work) {
   });
   QTimer show;
   QObject::connect(&show, &QTimer::timeout, &dialog, [&] {
-    // A question of the work is open: over it, this window would keep the answer from it for good.
+    // The work is asking a question; a modal progress window on top would block the answer.
     if (QApplication::activeModalWidget() != nullptr) return;
     show.stop();
     dialog.show();

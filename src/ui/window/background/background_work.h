@@ -1,5 +1,5 @@
-// Long work beside the windows: it runs on a thread of its own while the windows repaint, shows its
-// progress once it has taken a moment, and can be cancelled.
+// Runs a long task on its own thread while the windows repaint, shows its progress if it takes more
+// than a moment, and lets the user cancel it.
 #pragma once
 
 #include <QString>
@@ -8,23 +8,23 @@
 
 namespace tenora {
 
-// What the work tells and asks, on its own thread.
+// How a task reports its progress and asks whether it was cancelled, on its own thread.
 class WorkProgress {
  public:
   virtual ~WorkProgress() = default;
-  // `total` 0: nobody knows how much there is to do.
+  // `total` 0: the amount of work is unknown.
   virtual void Report(int done, int total, const QString& text) = 0;
   virtual bool Cancelled() const = 0;
 };
 
 using Work = std::function<void(WorkProgress& progress)>;
 
-// The windows take no input until the work is done; boxes that the work itself shows do. Raises
-// what the work raises. Work never touches a widget, nor a box with an editor on it.
+// The windows accept no input until the work is done, except for message boxes of the work itself.
+// Raises what the work raises. The work must not touch a widget, nor a RichTextBox shown in one.
 void RunInBackground(QWidget* parent, const QString& title, const Work& work);
 
-// How the parts of a window have their long work run: by RunInBackground, and whatever it would
-// disturb waits meanwhile.
+// Runs long work for the parts of a window: RunInBackground, with whatever must not run at the same
+// time suspended.
 using WorkRunner = std::function<void(const QString& title, const Work& work)>;
 
 }  // namespace tenora

@@ -1,4 +1,4 @@
-// Boxes for work that runs beside the windows: asked on any thread, shown on the main one.
+// Message boxes for background work: called on any thread, shown on the main one.
 #pragma once
 
 #include <QCoreApplication>
@@ -11,7 +11,7 @@ namespace tenora {
 
 class MainThreadDialogs : public Dialogs {
  public:
-  // The shown dialogs outlive this.
+  // `shown` must outlive this object.
   explicit MainThreadDialogs(Dialogs& shown) : shown_(shown) {}
 
   Answer Show(const MessageBox& box) override {

@@ -1,4 +1,4 @@
-// The progress of long work: a bar, what is being done, and a way to stop it.
+// The progress of a long task: a bar, the current step and a button to cancel.
 #pragma once
 
 #include <QDialog>
@@ -14,14 +14,14 @@ class ProgressDialog : public QDialog {
  public:
   ProgressDialog(const QString& title, QWidget* parent);
 
-  // `total` 0 shows a bar that only moves.
+  // `total` 0 shows an indeterminate bar.
   void Show(int done, int total, const QString& text);
 
  signals:
   void CancelAsked();
 
  protected:
-  // Escape and the close button ask to stop; the window goes when the work has stopped.
+  // Escape and the close button request cancellation; the dialog closes when the task has stopped.
   void reject() override;
 
  private:

@@ -22,9 +22,9 @@ frmAbout::frmAbout(const std::filesystem::path& data_folder, QWidget* parent) : 
   title->setFont(large);
   auto* version = new QLabel(QString::fromLatin1(kVersionCaption), this);
   version->setObjectName(QStringLiteral("lblVersion"));
-  auto* folder = new QLabel(
-      tr("Templates and letters lie in %1").arg(QString::fromStdString(data_folder.string())),
-      this);
+  auto* folder = new QLabel(tr("Templates and letters are stored in %1")
+                                .arg(QString::fromStdString(data_folder.string())),
+                            this);
   folder->setTextFormat(Qt::PlainText);
   folder->setWordWrap(true);
   folder->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

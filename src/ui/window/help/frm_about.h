@@ -10,7 +10,7 @@ class frmAbout : public QDialog {
   Q_OBJECT
 
  public:
-  // The folder is where templates and letters lie, which whoever asks for help is asked for.
+  // Shows the folder that contains templates and letters, which support staff ask for.
   explicit frmAbout(const std::filesystem::path& data_folder, QWidget* parent = nullptr);
 };
 

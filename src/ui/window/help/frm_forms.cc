@@ -31,13 +31,13 @@ frmForms::frmForms(Settings& settings, const QStringList& forms, QWidget* parent
   large.setPointSizeF(large.pointSizeF() * 1.4);
   large.setBold(true);
   title->setFont(large);
-  auto* text = new QLabel(
-      forms.isEmpty()
-          ? tr("Write the first one with File, New, and save it: it then stands in the "
-               "'Templates' group on the left side of the screen.")
-          : tr("These forms are installed. They stand in the 'Templates' group on the left side of "
-               "the screen; double-click one to open it."),
-      this);
+  auto* text =
+      new QLabel(forms.isEmpty()
+                     ? tr("Write the first one with File, New, and save it: it then appears in the "
+                          "'Templates' group on the left side of the screen.")
+                     : tr("These forms are installed. You find them in the 'Templates' group on "
+                          "the left side of the screen; double-click one to open it."),
+                 this);
   text->setWordWrap(true);
   auto* list = new QListWidget(this);
   list->setObjectName(QStringLiteral("lstForms"));

@@ -12,10 +12,10 @@ class frmForms : public QDialog {
   Q_OBJECT
 
  public:
-  // `forms` are the names of the templates there are.
+  // `forms` are the names of the existing templates.
   frmForms(Settings& settings, const QStringList& forms, QWidget* parent = nullptr);
 
-  // Whether the notice is wanted at start-up: until its check box says otherwise.
+  // Whether to show the notice at start-up: true until the user ticks its check box.
   static bool WantedAtStartup(Settings& settings);
 
  signals:

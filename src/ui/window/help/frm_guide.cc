@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 constexpr int kPageMargin = 24;  // pixels
 
-// The name of a heading in links: small letters and digits, blanks as hyphens, no other signs.
+// The anchor of a heading: lower case, blanks as hyphens, punctuation removed.
 QString AnchorOf(const QString& heading) {
   QString anchor;
   for (const QChar c : heading.trimmed().toLower()) {
@@ -73,11 +73,11 @@ void GuideBrowser::ShowHeading(const QString& anchor) {
   }
 }
 
-// Pictures no wider than the page.
+// Scales pictures down to the width of the page.
 QVariant GuideBrowser::loadResource(int type, const QUrl& name) {
   if (type != QTextDocument::ImageResource) return QTextBrowser::loadResource(type, name);
   const QUrl url = source().resolved(name);
-  if (!url.isLocalFile()) return {};  // nothing is fetched from elsewhere
+  if (!url.isLocalFile()) return {};  // no network access
   QImage image(url.toLocalFile());
   const int room = viewport()->width() - 2 * kPageMargin;
   if (image.width() > room && room > 0) {
@@ -112,7 +112,7 @@ frmGuide::frmGuide(const fs::path& page, QWidget* parent)
   layout->addWidget(bar);
   layout->addWidget(browser_);
   resize(900, 720);
-  // Laid out once, so that pictures know the page's width.
+  // Force a layout, so that pictures can be scaled to the page's width.
   layout->activate();
   ShowPage(page);
 }

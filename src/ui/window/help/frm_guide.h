@@ -7,8 +7,8 @@
 
 namespace tenora {
 
-// The folder of the documents beside the program: where an installation puts them, else that of the
-// source tree around a build. Empty where neither is there.
+// The folder of the documents: the installed one, else that of the source tree around a build.
+// Empty if neither exists.
 std::filesystem::path GuideFolder(const std::filesystem::path& program_folder);
 
 class GuideBrowser : public QTextBrowser {
@@ -17,8 +17,8 @@ class GuideBrowser : public QTextBrowser {
  public:
   explicit GuideBrowser(QWidget* parent = nullptr);
 
-  // A page, or its heading where the link names one; what is not a page of ours goes to the
-  // desktop.
+  // Shows a page, scrolled to the heading if the link names one; any other link opens in the
+  // desktop's browser.
   void Follow(const QUrl& link);
   QVariant loadResource(int type, const QUrl& name) override;
 

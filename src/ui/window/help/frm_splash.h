@@ -11,12 +11,11 @@ class frmSplash : public QWidget {
  public:
   explicit frmSplash(QWidget* parent = nullptr);
 
-  // Between one and two seconds, in which the windows live on: the start is the time of day
-  // rounded to a whole second. No allowance is made for midnight, deliberately; a click or a key
-  // ends the wait at any time.
+  // Processes events for one to two seconds, as the start is the time of day rounded to a whole
+  // second. Midnight is not handled, deliberately; a click or a key ends the wait at any time.
   void Wait();
 
-  // Seconds since midnight, both.
+  // Both in seconds since midnight.
   static bool IsOver(double start, double now) { return now - start >= 1.5; }
 
  protected:

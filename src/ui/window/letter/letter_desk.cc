@@ -14,7 +14,7 @@ namespace {
 
 constexpr double kUsualShare = 0.7;  // of the desk, for a letter among others
 
-// What there is to do while no letter is open.
+// Tells the user what to do while no letter is open.
 QWidget* MakeWelcome(QWidget* desk) {
   auto* welcome = new QWidget(desk);
   welcome->setObjectName(QStringLiteral("welcome"));
@@ -65,13 +65,13 @@ LetterDesk::LetterDesk(QWidget* parent)
 }
 
 LetterDesk::~LetterDesk() {
-  // The letters still open go with the desk, and must not ask it for a welcome any more.
+  // Letters that are still open are destroyed after this; their signals must not reach the desk.
   disconnect(area_, nullptr, this, nullptr);
   for (QMdiSubWindow* frame : area_->subWindowList()) disconnect(frame, nullptr, this, nullptr);
 }
 
 LetterWindow* LetterDesk::Active() const {
-  // While another program's window is in front none is active, but one is still current.
+  // While another program is active there is no active window, but there is still a current one.
   const QMdiSubWindow* window = area_->currentSubWindow();
   if (window == nullptr) {
     const auto windows = area_->subWindowList(QMdiArea::ActivationHistoryOrder);

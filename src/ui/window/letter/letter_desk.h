@@ -1,4 +1,4 @@
-// The open letters, as tabs or as windows side by side; a welcome where there is none.
+// The area of the open letters, as tabs or as windows; shows a welcome page when there are none.
 #pragma once
 
 #include <QMdiArea>
@@ -22,7 +22,7 @@ class LetterDesk : public QStackedWidget {
   std::vector<LetterWindow*> Letters() const;
   // The open letter of this file, or null.
   LetterWindow* OfFile(const std::filesystem::path& path) const;
-  // Takes the window over and brings it to the front.
+  // Takes ownership of the window and brings it to the front.
   void Add(LetterWindow* window);
   void BringToFront(LetterWindow* window);
 
@@ -36,7 +36,7 @@ class LetterDesk : public QStackedWidget {
   bool CloseAll();
 
  signals:
-  // Another letter is in front, or the one in front has another caption.
+  // Another letter is in front, or the caption of the one in front has changed.
   void ActiveChanged();
 
  private:

@@ -11,7 +11,7 @@
 namespace tenora {
 namespace {
 
-// A letter with the same content and nobody looking at it.
+// A copy of a letter that no editor shows.
 class Copy {
  public:
   Copy(Session& session, frmLetter& letter) : letter_(session) {
@@ -39,7 +39,7 @@ bool LetterOutput::Print(frmLetter& letter) {
 bool LetterOutput::PrintOne(printing::Printers& printers, frmLetter& letter) {
   PrinterMod printer(printers, session_.settings);
   if (!printer.ChoosePrinter(session_.platform.dialogs)) return false;
-  letters_.ShowPages();  // its paper may be another
+  letters_.ShowPages();  // the paper may differ
   Copy copy(session_, letter);
   bool printed = false, cancelled = false;
   std::filesystem::path file;

@@ -1,5 +1,5 @@
-// What leaves the window as paper, PDF or e-mail. Each works on a copy of the letter, so that the
-// open one can be painted meanwhile.
+// Prints, exports and e-mails a letter, and shows its print preview. Each works on a copy, so that
+// the open letter can be repainted in the meantime.
 #pragma once
 
 #include <QObject>
@@ -17,24 +17,24 @@ class LetterOutput : public QObject {
   Q_OBJECT
 
  public:
-  // All outlive this; `run` runs the long work.
+  // Everything passed in must outlive this object. `run` runs the long tasks.
   LetterOutput(Session& session, WindowPrinters& printers, OpenLetters& letters, WorkRunner run)
       : session_(session), printers_(printers), letters_(letters), run_(std::move(run)) {}
 
   // Asks for the printer. False when nothing was printed; the PDF printer's file is told. Raises
   // 482 (Printer error) where the printers could not be read, as Preview does.
   bool Print(frmLetter& letter);
-  // Asks where to.
+  // Asks for the file.
   void ExportPdf(frmLetter& letter);
   // Asks for the subject. False when nothing was sent.
   bool Email(frmLetter& letter);
-  // The letter as it will lie on the current printer's paper.
+  // Opens the print preview, laid out for the current printer.
   void Preview(frmLetter& letter, QWidget* parent);
 
  signals:
-  // How it went, for the status bar.
+  // The outcome, for the status bar.
   void Told(const QString& message);
-  // The print command of a preview.
+  // The user chose Print in a preview.
   void PrintAsked();
 
  private:

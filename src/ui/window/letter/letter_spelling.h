@@ -1,5 +1,5 @@
-// The spelling of the open letters: misspelt words underlined while they are written, and the check
-// that asks about each.
+// Spelling in the open letters: underlines misspelt words as they are typed, and runs the spelling
+// check.
 #pragma once
 
 #include <QWidget>
@@ -12,12 +12,12 @@ namespace tenora {
 
 class LetterSpelling {
  public:
-  // The questions stand over `window`.
+  // `window` is the parent of the dialog.
   LetterSpelling(Session& session, LetterDesk& desk, QWidget* window)
       : session_(session), desk_(desk), window_(window) {}
 
-  // Reads the dictionaries of the settings and underlines anew in every open letter. Without a
-  // dictionary nothing is underlined; the check says what is missing.
+  // Loads the dictionaries chosen in the settings and updates the underlines of every open letter.
+  // Without a dictionary nothing is underlined; the check reports what is missing.
   void Load();
   void Underline(LetterWindow& letter) const;
   // Asks about every misspelt word of the letter.
@@ -27,7 +27,7 @@ class LetterSpelling {
   Session& session_;
   LetterDesk& desk_;
   QWidget* window_;
-  std::shared_ptr<spelling::Speller> speller_;  // null where nothing is underlined
+  std::shared_ptr<spelling::Speller> speller_;  // null if nothing is to be underlined
 };
 
 }  // namespace tenora

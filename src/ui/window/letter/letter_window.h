@@ -13,18 +13,18 @@ class LetterWindow : public QWidget, private LetterHost {
   Q_OBJECT
 
  public:
-  // What all letters of one main window share.
+  // What the letters of one main window share.
   class Surroundings {
    public:
     virtual ~Surroundings() = default;
     // Files of the data folder have changed.
     virtual void RefreshTree() = 0;
     virtual std::string InsertListName() = 0;
-    // Twips; 0 where it cannot be told.
+    // In twips; 0 if unknown.
     virtual int PaperWidth(const RichTextBox& letter) = 0;
   };
 
-  // The surroundings outlive the window.
+  // The surroundings must outlive the window.
   LetterWindow(Session& session, Surroundings& surroundings, QWidget* parent = nullptr);
   ~LetterWindow() override;
 
@@ -32,7 +32,7 @@ class LetterWindow : public QWidget, private LetterHost {
   const frmLetter& letter() const { return letter_; }
   LetterView& view() { return *view_; }
   LetterEditor& editor() { return view_->editor(); }
-  // Shows what the letter holds; after loading and after merges.
+  // Updates the editor and the caption from the letter, after loading and after merges.
   void ShowLetter();
 
  signals:
@@ -44,7 +44,7 @@ class LetterWindow : public QWidget, private LetterHost {
  private:
   void ShowFutureDateDialog(RichTextBox& editor) override;
   void FocusEditor() override { editor().setFocus(); }
-  void BeforeSave() override {}  // the editor has handed over every key already
+  void BeforeSave() override {}  // the editor passes on each change as it is made
   void ShowCaption() override;
   void SetWidth(int twips) override { view_->ChangeWidth(twips > 0); }
   void CloseLetter() override;
@@ -54,7 +54,7 @@ class LetterWindow : public QWidget, private LetterHost {
   bool ConfirmReplace(const std::filesystem::path& path) override;
   bool ConfirmOverwrite(const std::filesystem::path& path) override;
   int PaperWidth() override { return surroundings_.PaperWidth(letter_.rtfLetter); }
-  // False where the user does not say yes.
+  // False unless the user answers Yes.
   bool Confirm(const std::string& question);
 
   Session& session_;

@@ -34,7 +34,7 @@ void LintPanel::Check(LetterWindow& letter, Date today, const CustomFieldCodes& 
 }
 
 void LintPanel::Show(LetterWindow& letter, const std::vector<TemplateFinding>& findings) {
-  list_->clear();  // before the findings go that its rows stand for
+  list_->clear();  // before the findings that its rows refer to are replaced
   letter_ = &letter;
   findings_ = findings;
   for (const TemplateFinding& finding : findings_) {

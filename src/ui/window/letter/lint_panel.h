@@ -1,4 +1,4 @@
-// What the template check found, below the letters; choosing a line selects the code.
+// The findings of the template check, below the letters; choosing one selects its code.
 #pragma once
 
 #include <QDockWidget>
@@ -17,8 +17,8 @@ class LintPanel : public QDockWidget {
  public:
   explicit LintPanel(QWidget* parent = nullptr);
 
-  // Checks the letter as a template of its kind, and shows what was found. `today` is what future
-  // dates count from.
+  // Checks the letter as a template of its kind and shows the findings. `today` is the base of
+  // future dates.
   void Check(LetterWindow& letter, Date today, const CustomFieldCodes& custom_fields);
 
  private:

@@ -11,7 +11,7 @@
 namespace tenora {
 namespace {
 
-// Of a letter that is deleted without being opened.
+// The host of a letter that is deleted without being opened.
 class HostOfUnopened : public WindowlessHost {
  public:
   HostOfUnopened(ctlTree& tree, std::string insert_list)
@@ -62,7 +62,7 @@ void OpenLetters::OpenAsTemplate(const std::filesystem::path& path, const std::s
     entry.path = path;
     return Open(entry);
   }
-  // A text begins a new letter: saved over its file, that would be a text no more.
+  // A text file becomes a new letter: saving RTF over it would destroy it.
   std::unique_ptr<LetterWindow> window = MakeWindow();
   LetterMembers& members = window->letter().members();
   members.LetterTitle = path.stem().string();
@@ -133,9 +133,9 @@ std::unique_ptr<LetterWindow> OpenLetters::MakeWindow() {
 }
 
 void OpenLetters::PutOnDesk(std::unique_ptr<LetterWindow> window) {
-  // The letter opens also where the margins are stored wrongly.
+  // The letter opens even if the stored margins are invalid.
   Guarded(session_.platform.dialogs, "frmMain - ShowPage", [&] { ShowPage(*window); });
-  // Known before the text is there: marking codes in a long text anew takes far longer.
+  // Set before the text: highlighting the codes of a long text a second time takes far longer.
   MarkCodes(*window);
   window->ShowLetter();
   desk_.Add(window.release());

@@ -1,5 +1,5 @@
-// The letters that are open: brings files and new letters onto the desk, and keeps what all of them
-// share in step: paper and margins, wrapping, the marked merge codes.
+// Opens files and new letters on the desk, and applies to all open letters what they share: paper
+// and margins, wrapping, the highlighted merge codes.
 #pragma once
 
 #include <filesystem>
@@ -19,7 +19,7 @@ namespace tenora {
 
 class OpenLetters : private LetterWindow::Surroundings {
  public:
-  // All outlive this, and the letters close before it goes.
+  // Everything passed in, and this object, must outlive the letter windows.
   OpenLetters(Session& session, ctlTree& tree, LetterDesk& desk, const WindowPrinters& printers,
               const LetterSpelling& spelling)
       : session_(session), tree_(tree), desk_(desk), printers_(printers), spelling_(spelling) {}
@@ -31,27 +31,27 @@ class OpenLetters : private LetterWindow::Surroundings {
 
   // Opens a template or letter, or brings it to the front where it is open. An error is shown.
   void Open(const TreeModel::Entry& entry);
-  // A file that the user chose: what it is follows from its folder, else it is asked.
+  // Opens a file the user chose. Its kind follows from its folder; otherwise the user is asked.
   void OpenFile(const std::filesystem::path& path);
-  // Opens a saved letter of a tenant or owner; false where the tree has none of this file.
+  // Opens a saved letter of a tenant or owner; false if the tree does not list this file.
   bool OpenListed(const std::filesystem::path& path);
   void StartNew(std::string_view kind);
-  // Asks first. Where the letter is open, it closes.
+  // Deletes the file after confirmation and closes the letter if it is open.
   void Delete(const TreeModel::Entry& entry);
-  // Runs a command on the letter in front, and shows what it has done; nothing without a letter.
+  // Runs a command on the letter in front and updates its window; does nothing without a letter.
   void WithActive(const std::function<void(frmLetter& letter)>& command);
 
-  // Which list of codes fits the letter in front; the tenants' without one.
+  // The kind of codes for the letter in front; the tenants' if no letter is open.
   TemplateKind CurrentList() const;
 
-  // The page of every letter anew, after another printer or other margins were chosen.
+  // Updates the page of every letter after the printer or the margins have changed.
   void ShowPages();
-  // Wraps every letter at the printer's page width or at the window's edge, and remembers which.
+  // Wraps every letter at the printer's page width or at the window's edge, and stores the choice.
   void WrapAtPageWidth(bool page_width);
   void ShowRuler(bool shown);
   const CustomFieldCodes& custom_fields() const { return custom_fields_; }
   void SetCustomFields(const CustomFieldCodes& codes) { custom_fields_ = codes; }
-  // Marks the codes that the letter's merge fills.
+  // Highlights the codes that the letter's merge fills.
   void MarkCodes(LetterWindow& window) const;
 
  private:
@@ -61,11 +61,11 @@ class OpenLetters : private LetterWindow::Surroundings {
 
   std::unique_ptr<LetterWindow> MakeWindow();
   void OpenAsTemplate(const std::filesystem::path& path, const std::string& kind);
-  // A letter that holds its text.
+  // The letter must already be loaded.
   void PutOnDesk(std::unique_ptr<LetterWindow> window);
-  // The printer's paper and the stored margins, for the ruler and the lines' ends.
+  // Sets the printer's paper and the stored margins, for the ruler and line wrapping.
   void ShowPage(LetterWindow& window);
-  // Dragged on the ruler; twips.
+  // In twips, as dragged on the ruler.
   void StoreMargins(int left, int right);
 
   Session& session_;

@@ -1,5 +1,5 @@
-// The printers as the open windows use them. They are read once, at the start, and that may fail:
-// letters can be written without them.
+// The printers, as the windows use them. They are loaded once at start-up, which may fail; letters
+// can be written without printers.
 #pragma once
 
 #include <functional>
@@ -19,15 +19,15 @@ class WindowPrinters {
   void Load(const std::function<std::unique_ptr<printing::Printers>()>& make) {
     printers_ = make();
   }
-  // False also where the printers could not be read.
+  // False if no printer is installed or the printers could not be loaded.
   bool HasPrinter() const;
-  // With the PDF printer writing into today's data folder. Raises 482 (Printer error) where the
-  // printers could not be read.
+  // With the PDF printer's folder set to the current data folder. Raises 482 (Printer error) if the
+  // printers could not be loaded.
   printing::Printers& Get();
-  // Null where the printers could not be read.
+  // Null if the printers could not be loaded.
   printing::Printers* IfRead() { return printers_.get(); }
-  // Of the current printer's paper as the letter lays it, in twips; 0 where it cannot be told,
-  // which printing then says.
+  // The width of the current printer's paper in the letter's orientation, in twips; 0 if unknown,
+  // in which case printing reports the error.
   int PaperWidth(const RichTextBox& letter) const;
 
  private:

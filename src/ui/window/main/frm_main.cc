@@ -73,7 +73,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(QString::fromLatin1(kApplicationTitle));
   setWindowIcon(LineIcon("tenora"));
-  // Some space for the frame that a window manager puts around it.
+  // Leave space for the window manager's frame.
   resize(QSize(1280, 800).boundedTo(screen()->availableGeometry().size() - QSize(8, 40)));
   splitter_->setObjectName(QStringLiteral("SplitterVert"));
   splitter_->setChildrenCollapsible(false);
@@ -89,7 +89,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
 }
 
 frmMain::~frmMain() {
-  // The letters' last signals must not reach a window half gone.
+  // Signals of letters being destroyed must not reach a partly destroyed window.
   disconnect(desk_, nullptr, this, nullptr);
 }
 
@@ -151,7 +151,7 @@ void frmMain::LoadPageWidth() {
   page_width_->setChecked(width != 0);
 }
 
-// The printers draw with the fonts of the desktop; without a printer the list stays empty.
+// Printers use the fonts of the desktop; without a printer the list stays empty.
 void frmMain::LoadFonts() {
   if (printers_.HasPrinter()) {
     editor_actions_->SetFonts(kPreselectedFonts, QFontDatabase::families());
@@ -161,7 +161,7 @@ void frmMain::LoadFonts() {
 void frmMain::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   if (std::exchange(displayed_, true)) return;
-  // Once the window is on the screen, so that messages stand over it.
+  // Deferred until the window is on the screen, so that messages appear in front of it.
   QMetaObject::invokeMethod(
       this, [this] { Guard("MDIForm_Activate", [this] { FirstDisplay(); }); },
       Qt::QueuedConnection);

@@ -1,5 +1,5 @@
-// The main window: the template tree on the left, the open letters on the right, menus and bars
-// around them. It makes the parts and brings them together; what the commands do is in the parts.
+// The main window: the template tree on the left, the open letters on the right, menus and tool
+// bars. It only creates and connects the parts; the commands are implemented in the parts.
 #pragma once
 
 #include <QMainWindow>
@@ -34,9 +34,10 @@ class frmMain : public QMainWindow {
   explicit frmMain(const CommandParts& parts, QWidget* parent = nullptr);
   ~frmMain() override;
 
-  // The load sequence, before the window is shown. What fails is shown and the rest goes on.
+  // The load sequence, before the window is shown. A step that fails shows its error; the rest
+  // runs.
   void MDIForm_Load();
-  // The caption of the insert menu and of the format command, for the letter in front.
+  // Updates the insert menu and the format command for the letter in front.
   void DisplayInsertMenu() { menus_.DisplayInsertMenu(); }
 
   ctlTree& tree() { return *tree_; }
@@ -55,9 +56,9 @@ class frmMain : public QMainWindow {
   void LoadPageWidth();
   void LoadFonts();
   void FirstDisplay();
-  // Everything that goes by which letter is in front, and how it is.
+  // Updates everything that depends on the letter in front and its state.
   void ShowLetterState();
-  // Long work beside the window; the tree is not refreshed meanwhile, as work changes the caches.
+  // Runs long work in the background with the tree held, since the work may change the caches.
   void RunBeside(const QString& title, const Work& work);
 
   CommandParts parts_;

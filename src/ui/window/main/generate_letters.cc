@@ -15,7 +15,7 @@ using Entry = TreeModel::Entry;
 
 bool Generates(const std::string& kind) { return kind == kTemplates || kind == kOwnerTemplates; }
 
-// Shows a run's progress, and stops it where the user asks to.
+// Passes on a run's progress, and stops the run when the user cancels.
 class ShownGeneration : public GenerationObserver {
  public:
   explicit ShownGeneration(WorkProgress& progress) : progress_(progress) {}
@@ -61,7 +61,7 @@ std::optional<Entry> GenerateLetters::TemplateInFront() const {
   Entry open;
   open.kind = members.Kind;
   open.path = members.FilePath;
-  // A run reads the library's file of this name, which is another than one opened from elsewhere.
+  // A run reads the template from the library; a file opened from elsewhere is a different one.
   if (open.path.parent_path() != session_.database.DataFolder() / open.kind) return std::nullopt;
   open.name = QString::fromStdString(open.path.stem().string());
   return open;
@@ -108,7 +108,7 @@ void GenerateLetters::GenerateFor(const Entry& recipient) {
 
 void GenerateLetters::GenerateFrom(const Entry& letter_template,
                                    const std::optional<Recipient>& preselected) {
-  // The run reads the file: what is written in the window must be in it.
+  // The run reads the file, so unsaved changes must be saved first.
   LetterWindow* open = letters_.OfFile(letter_template.path);
   if (open != nullptr && !open->letter().CheckSave()) return;
 
@@ -142,7 +142,7 @@ void GenerateLetters::Run(const std::function<GenerationSummary(GenerationObserv
     file = shown.last_file();
   });
   tree_.RefreshTree();
-  if (summary.asked == 0) return;  // nothing was begun, and the reason has been shown
+  if (summary.asked == 0) return;  // nothing was started, and the reason has been shown
   emit Told(tr("%1 of %2 letters were made.").arg(summary.done).arg(summary.asked));
   if (summary.complete()) {
     if (summary.asked == 1 && !file.empty()) letters_.OpenListed(file);

@@ -1,5 +1,5 @@
-// The Generate command: finds the template, asks for whom, runs with its progress shown, and says
-// at the end what was made and what was not.
+// The Generate command: determines the template, asks for the recipients, runs the generation with
+// its progress shown, and reports which letters were made and which were not.
 #pragma once
 
 #include <QObject>
@@ -20,7 +20,8 @@ class GenerateLetters : public QObject {
   Q_OBJECT
 
  public:
-  // All outlive this; `run` runs the generation, and the dialog stands over `window`.
+  // Everything passed in must outlive this object. `run` runs the generation; `window` is the
+  // parent of the dialog.
   GenerateLetters(Session& session, ctlTree& tree, OpenLetters& letters, WindowPrinters& printers,
                   WorkRunner run, QWidget* window)
       : session_(session),
@@ -30,25 +31,26 @@ class GenerateLetters : public QObject {
         run_(std::move(run)),
         window_(window) {}
 
-  // Letters from the template selected in the tree, else from the one in front. Raises what the
-  // generation raises, and 482 (Printer error) where the printers are wanted and could not be read.
+  // Generates from the template selected in the tree, else from the one in front. Raises what the
+  // generation raises, and 482 (Printer error) if printing was chosen and the printers could not be
+  // loaded.
   void Generate();
-  // Letters for this tenant or owner, from the template in front or one that is asked for.
+  // Generates a letter to a tenant or owner, from the template in front or one the user chooses.
   void GenerateFor(const TreeModel::Entry& recipient);
 
  signals:
-  // How it went, for the status bar.
+  // The outcome, for the status bar.
   void Told(const QString& message);
 
  private:
   std::optional<TreeModel::Entry> SelectedTemplate() const;
   std::optional<TreeModel::Entry> TemplateInFront() const;
   std::optional<TreeModel::Entry> TemplateFor(const TreeModel::Entry& recipient);
-  // Asks for whom and where to; `preselected` is ticked already.
+  // Asks for recipients and destination; `preselected` is ticked initially.
   void GenerateFrom(const TreeModel::Entry& letter_template,
                     const std::optional<Recipient>& preselected);
   void Run(const std::function<GenerationSummary(GenerationObserver&)>& run);
-  // Tells of what is missing; true where the user wants it made now.
+  // Reports the missing letters; true if the user wants them made now.
   bool WantsMissing(const GenerationSummary& summary);
 
   Session& session_;

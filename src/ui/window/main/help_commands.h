@@ -11,13 +11,13 @@ namespace tenora {
 
 class HelpCommands {
  public:
-  // All outlive this; the windows stand over `window`.
+  // Everything passed in must outlive this object. `window` is the parent of the windows.
   HelpCommands(Session& session, ctlTree& tree, OpenLetters& letters, QWidget* window)
       : session_(session), tree_(tree), letters_(letters), window_(window) {}
 
-  // A page of the guide by its file's name; says so where the documents are not installed.
+  // Shows a page of the guide, by file name; reports it if the documents are not installed.
   void ShowGuide(const std::string& page);
-  // The template forms there are, each to be opened from the notice.
+  // Lists the template forms; each can be opened from the list.
   void ShowForms();
   void ShowAbout();
 

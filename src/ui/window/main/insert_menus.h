@@ -1,5 +1,5 @@
-// The insert menus and the insert combo box: the merge codes of the list that fits the letter in
-// front, and the custom fields found in the database.
+// The insert menus and the insert combo box: the merge codes for the letter in front, and the
+// custom fields found in the database.
 #pragma once
 
 #include <QComboBox>
@@ -17,7 +17,7 @@ namespace tenora {
 
 class InsertMenus {
  public:
-  // `insert` is given what InsertItem takes.
+  // `insert` receives the name to pass to InsertItem.
   InsertMenus(QMenu& menu, QComboBox& combo, QAction& format,
               std::function<void(const std::string& item)> insert);
 
@@ -25,14 +25,14 @@ class InsertMenus {
   void FillCustomMenus(const CustomFieldCodes& codes);
   // Shows the list, and its name in the captions "<list> Format" and "Insert <list>".
   void DisplayInsertMenu(TemplateKind list, const std::string& cheque_word);
-  // Without a letter there is nothing to insert into.
+  // Disabled while no letter is open.
   void SetEnabled(bool enabled);
 
  private:
   QMenu* AddCodes(const char* name, std::span<const MergeCode> codes);
   QMenu* AddCustom(const char* name, const QString& title);
   void FillCustom(QMenu* menu, const std::set<std::string>& codes, std::string_view prefix);
-  // Those that have entries and fit the list.
+  // Shows those that have entries and belong to the current list.
   void ShowCustomMenus();
 
   QMenu& menu_;

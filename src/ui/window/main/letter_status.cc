@@ -19,7 +19,7 @@ QLabel* AddLabel(QStatusBar& bar, const char* name) {
   return label;
 }
 
-// Who the letter is to, or what kind of template it is.
+// The recipient of a letter, or the kind of a template.
 QString KindText(const LetterMembers& letter) {
   const QString name = QString::fromStdString(letter.RecipientName);
   if (letter.Kind == kTemplates) return Tr("Tenant template");

@@ -1,4 +1,4 @@
-// What the status bar says of the letter in front: to whom it is, and whether it is saved.
+// The status bar's part about the letter in front: its recipient and whether it is saved.
 #pragma once
 
 #include <QAction>
@@ -11,10 +11,10 @@ namespace tenora {
 
 class LetterStatus {
  public:
-  // The action wraps letters at the page width; the bar gets a check box for it.
+  // `page_width` toggles wrapping at the page width; a check box for it is added to the bar.
   LetterStatus(QStatusBar& bar, QAction& page_width);
 
-  // Null where no letter is open.
+  // Null if no letter is open.
   void Show(const LetterMembers* letter);
 
  private:

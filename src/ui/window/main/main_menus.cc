@@ -256,7 +256,7 @@ void MainMenus::ListLetters(QMenu& windows) {
     const QString changed = letter->isWindowModified() ? QStringLiteral(" *") : QString();
     QString title = QString::fromStdString(letter->letter().members().Caption) + changed;
     title.replace(QLatin1Char('&'), QLatin1String("&&"));
-    // One key reaches the first nine.
+    // The first nine have a mnemonic.
     QAction* action =
         windows.addAction((number < 10 ? QStringLiteral("&%1 %2") : QStringLiteral("%1 %2"))
                               .arg(QString::number(number), title));

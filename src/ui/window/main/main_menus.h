@@ -1,5 +1,5 @@
-// The main window's menus and tool bars: which commands there are, under which names, keys and
-// pictures, and which of them need a letter. What a command does is in the parts it is given.
+// The main window's menus and tool bars: the commands with their names, shortcuts and icons, and
+// which of them need a letter. The commands themselves are implemented in the parts.
 #pragma once
 
 #include <QAction>
@@ -24,7 +24,7 @@
 
 namespace tenora {
 
-// The parts whose commands the menus offer.
+// The parts that implement the commands.
 struct MenuParts {
   Session& session;
   ctlTree& tree;
@@ -38,18 +38,18 @@ struct MenuParts {
   HelpCommands& help;
   WindowColours& colours;
   EditorActions& editor_actions;
-  QAction& page_width;  // wraps letters at the page width
+  QAction& page_width;  // toggles wrapping at the page width
 };
 
 class MainMenus : public QObject {
   Q_OBJECT
 
  public:
-  // Fills the window's menu bar and adds its tool bars. All parts outlive this.
+  // Fills the window's menu bar and adds the tool bars. All parts must outlive this object.
   MainMenus(QMainWindow& window, const MenuParts& parts);
 
-  // Enables the commands that the letter in front allows; null where none is open. The insert menus
-  // and the format command follow its list of codes.
+  // Enables the commands that apply to the letter in front, null if none is open, and shows its
+  // codes in the insert menus.
   void ShowLetter(const LetterWindow* front);
   void DisplayInsertMenu();
   void FillCustomMenus(const CustomFieldCodes& codes) { insert_menus_->FillCustomMenus(codes); }
@@ -68,7 +68,7 @@ class MainMenus : public QObject {
 
   // A menu command named "mnuPrint"; an error in it is shown under "frmMain - mnuPrint_Click".
   QAction* Command(QMenu* menu, const char* name, const QString& text, const Look& look, Body body);
-  // One that acts on the letter in front, and is disabled without one.
+  // A command on the letter in front; disabled without one.
   QAction* LetterCommand(QMenu* menu, const char* name, const QString& text, const Look& look,
                          const std::function<void(frmLetter& letter)>& command);
 
@@ -84,17 +84,17 @@ class MainMenus : public QObject {
   void BuildHelpMenu();
   void BuildToolBar();
   void BuildFormatBar();
-  // The open letters at the end of the window menu, with a mark on the one in front.
+  // Lists the open letters at the end of the window menu, with a check mark on the one in front.
   void ListLetters(QMenu& windows);
-  // A new template of the kind whose codes the insert menus show.
+  // Starts a template of the kind whose codes the insert menus show.
   void StartNewInList();
 
   QMainWindow& window_;
   MenuParts parts_;
   QComboBox* insert_combo_ = nullptr;
   std::unique_ptr<InsertMenus> insert_menus_;
-  QList<QAction*> letter_commands_;  // that need a letter
-  QList<QAction*> listed_letters_;   // in the window menu, since it was last shown
+  QList<QAction*> letter_commands_;  // disabled without a letter
+  QList<QAction*> listed_letters_;   // the letters in the window menu, as last shown
   QAction* format_action_ = nullptr;
   QAction* generate_action_ = nullptr;
   QAction* mail_action_ = nullptr;

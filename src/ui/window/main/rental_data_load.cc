@@ -8,7 +8,7 @@ namespace tenora {
 void RentalDataLoad::Load() {
   Database& database = session_.database;
   const OpenedDatabase opened(database);
-  // The failure to open has been shown; every load behind it would only fail in its turn.
+  // The error has been shown; each of the loads below would only fail again.
   if (!database.IsOpen()) {
     emit Told(
         tr("The rental database could not be read: tenants and owners are "

@@ -1,5 +1,5 @@
-// Fills the caches of tenants, owners, properties and account codes, the options and the custom
-// fields from the rental database, for the window as it starts and after its settings changed.
+// Loads the caches of tenants, owners, properties and account codes, the options and the custom
+// fields from the rental database, at start-up and after the settings have changed.
 #pragma once
 
 #include <QObject>
@@ -15,7 +15,7 @@ class RentalDataLoad : public QObject {
  public:
   explicit RentalDataLoad(Session& session) : session_(session) {}
 
-  // What fails is shown, and the rest goes on.
+  // A step that fails shows its error, and the rest runs.
   void Load();
 
  signals:

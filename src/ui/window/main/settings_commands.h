@@ -1,4 +1,4 @@
-// The dialogs of the settings, the printer set-up and the receipts, and what follows from them.
+// The settings, printer set-up and receipt dialogs, and applying what was changed.
 #pragma once
 
 #include <QAction>
@@ -14,7 +14,8 @@ namespace tenora {
 
 class SettingsCommands {
  public:
-  // All outlive this. The action wraps letters at the page width; the dialogs stand over `window`.
+  // Everything passed in must outlive this object. `page_width` toggles wrapping at the page width;
+  // `window` is the parent of the dialogs.
   SettingsCommands(Session& session, ctlTree& tree, OpenLetters& letters, LetterSpelling& spelling,
                    RentalDataLoad& rental_data, QAction& page_width, QWidget* window)
       : session_(session),
@@ -25,7 +26,7 @@ class SettingsCommands {
         page_width_(page_width),
         window_(window) {}
 
-  // After OK everything that depends on settings is loaded anew.
+  // On OK, reloads everything that depends on the settings.
   void ShowSettings();
   void ShowPrinterSetup();
   void ShowReceiptOptions(frmReceipt::DocumentKind kind);

@@ -1,4 +1,4 @@
-// What the tree's context menu offers for an entry.
+// The commands of the tree's context menu.
 #pragma once
 
 #include <QAction>
@@ -15,8 +15,8 @@ class TreeCommands : public QObject {
   Q_OBJECT
 
  public:
-  // All outlive this. The two actions are the menus' own: Generate, and E-mail for the letter in
-  // front.
+  // Everything passed in must outlive this object. The two actions are those of the menus:
+  // Generate, and E-mail for the letter in front.
   TreeCommands(Session& session, ctlTree& tree, OpenLetters& letters, GenerateLetters& generate,
                QAction& generate_action, QAction& mail_action)
       : session_(session),
@@ -29,11 +29,11 @@ class TreeCommands : public QObject {
   void FillMenu(QMenu& menu, const TreeModel::Entry& entry);
 
  signals:
-  // What was done, for the status bar.
+  // The outcome, for the status bar.
   void Told(const QString& message);
 
  private:
-  // Asks for the new name of a template or saved letter; where it is open, the letter follows.
+  // Asks for the new name of a template or saved letter; an open letter is updated.
   void Rename(const TreeModel::Entry& entry);
   void ShowFolder(const TreeModel::Entry& entry);
 

@@ -49,7 +49,7 @@ void WindowLayout::Store() {
   for (const auto& [key, value] : layout) {
     if (settings_.GetSettingText(kSection, key, "") == value) continue;
     settings_.SaveSettingText(kSection, key, value);
-    // Where one cannot be stored, which has been shown, a box for each of the others helps nobody.
+    // If one cannot be stored, the error has been shown; do not repeat it for the others.
     if (settings_.GetSettingText(kSection, key, "") != value) return;
   }
 }

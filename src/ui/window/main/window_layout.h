@@ -1,5 +1,5 @@
-// How the user has arranged the main window, kept from one run to the next: place and size, bars,
-// letters as tabs or windows, the tree's width and what is open in it.
+// Saves and restores the layout of the main window: position and size, tool bars, letters as tabs
+// or windows, the tree's width and its expanded entries.
 #pragma once
 
 #include <QMainWindow>
@@ -13,14 +13,14 @@ namespace tenora {
 
 class WindowLayout {
  public:
-  // The splitter holds the tree and the desk. All outlive this.
+  // The splitter contains the tree and the desk. Everything passed in must outlive this object.
   WindowLayout(Settings& settings, QMainWindow& window, QSplitter& splitter, ctlTree& tree,
                LetterDesk& desk)
       : settings_(settings), window_(window), splitter_(splitter), tree_(tree), desk_(desk) {}
 
-  // Before the window is shown.
+  // Call before the window is shown.
   void Restore();
-  // The tree, once the window is on the screen and has its width.
+  // Restores the tree's state; call once the window is shown and has its width.
   void RestoreTree();
   void Store();
 

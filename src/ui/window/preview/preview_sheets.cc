@@ -8,7 +8,7 @@ namespace tenora {
 namespace {
 
 constexpr int kGap = 18;       // pixels around each sheet
-constexpr int kMostKept = 96;  // megabytes of drawn pages
+constexpr int kMostKept = 96;  // megabytes of cached page images
 constexpr double kTwipsPerInch = 1440;
 
 }  // namespace
@@ -52,7 +52,7 @@ void PreviewSheets::paintEvent(QPaintEvent* event) {
     if (!drawn_.contains(page)) {
       auto* image = new QImage(pages_.Page(page, PixelsPerTwip(), devicePixelRatioF()));
       const qsizetype megabytes = 1 + image->sizeInBytes() / (1 << 20);
-      // One page alone may be larger than what is kept.
+      // A single page may exceed the cache.
       drawn_.insert(page, image, std::min<qsizetype>(megabytes, kMostKept));
     }
     painter.fillRect(sheet.translated(3, 3), QColor(0, 0, 0, 50));

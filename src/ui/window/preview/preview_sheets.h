@@ -1,4 +1,4 @@
-// The pages of a preview on a desk: only those in sight are drawn.
+// The pages of a print preview; only the visible ones are drawn.
 #pragma once
 
 #include <QCache>
@@ -13,12 +13,12 @@ class PreviewSheets : public QWidget {
   Q_OBJECT
 
  public:
-  // The pages outlive the widget.
+  // The pages must outlive the widget.
   explicit PreviewSheets(printing::PreviewPages& pages, QWidget* parent = nullptr);
 
   double zoom() const { return zoom_; }
   void SetZoom(double zoom);
-  // Where a page's paper lies in the widget.
+  // The rectangle of a page in the widget.
   QRect SheetAt(int page) const;
   int PageAt(int y) const;
 

@@ -1,4 +1,4 @@
-// A letter as it will lie on paper: its pages one below the other, with the printer's margins.
+// Print preview: the pages of a letter one below the other, with the printer's margins.
 #pragma once
 
 #include <QComboBox>
@@ -25,7 +25,7 @@ class PrintPreview : public QMainWindow {
 
   int PageCount() const { return pages_->PageCount(); }
   void ShowPage(int number);
-  // 1 is the size on paper.
+  // 1 is actual size.
   void SetZoom(double zoom);
 
  signals:

@@ -13,10 +13,10 @@
 namespace tenora {
 namespace {
 
-constexpr int kRefreshDelay = 250;  // milliseconds: a batch saves many letters in a moment
-constexpr int kHintLength = 60;     // letters of the searched text
+constexpr int kRefreshDelay = 250;  // milliseconds: a batch saves many letters at once
+constexpr int kHintLength = 60;     // characters of the search text
 
-// Draws the count behind a name, fainter than the name.
+// Draws the count after a name, fainter than the name.
 class CountDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
@@ -100,7 +100,7 @@ void ctlTree::BuildView() {
     const Entry* entry = model_.EntryAt(Source(index));
     if (entry == nullptr) return;
     if (entry->path.empty()) {
-      // A double click opens it by itself, Enter does not.
+      // The view expands it on a double click, but not on Enter.
       if (view_->property("byKey").toBool()) view_->setExpanded(index, !view_->isExpanded(index));
       return;
     }
@@ -180,7 +180,7 @@ void ctlTree::ExpandGroups(const QStringList& names) {
 }
 
 QString ctlTree::OpenEntries() const {
-  // What a search has opened and closed is not the user's doing.
+  // Entries expanded by a search are not the user's choice.
   if (filter_.Active()) return open_before_search_;
   QStringList keys;
   for (QModelIndex index = filter_.index(0, 0); index.isValid(); index = view_->indexBelow(index)) {
@@ -190,7 +190,7 @@ QString ctlTree::OpenEntries() const {
 }
 
 void ctlTree::OpenAgain(const QString& keys) {
-  // The view says nothing of what it closes this way.
+  // The view emits no signals for entries collapsed this way.
   view_->collapseAll();
   model_.SetAllClosed();
   for (const QString& key : keys.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
@@ -243,8 +243,8 @@ void ctlTree::ShowContextMenu(const QPoint& position) {
   if (!menu.isEmpty()) menu.exec(view_->viewport()->mapToGlobal(position));
 }
 
-// Watches the folders whose files can be seen; where the system cannot watch (a server's share),
-// F5 refreshes.
+// Watches the folders whose files are shown. Where the system cannot watch a folder (a network
+// share), F5 refreshes.
 void ctlTree::Watch() {
   QStringList wanted;
   for (const auto& folder : model_.ShownFolders()) {

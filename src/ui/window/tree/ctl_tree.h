@@ -26,15 +26,15 @@ class ctlTree : public QWidget {
   TreeModel& model() { return model_; }
   QTreeView& view() { return *view_; }
 
-  // Reads folders and caches anew; what is open and selected stays so.
+  // Reloads from folders and caches; expanded and selected entries stay so.
   void RefreshTree();
-  // While held, nothing is read: work on another thread may be changing the caches.
+  // While held, refreshing is postponed: work on another thread may be changing the caches.
   void Hold(bool hold);
   // The selected entry, or null.
   const Entry* Current() const;
   void FocusSearch();
 
-  // Which entries are open, a key a line, as the settings keep it.
+  // Keys of the expanded entries, one per line, as stored in the settings.
   QString OpenEntries() const;
   void OpenAgain(const QString& keys);
   void ExpandGroups(const QStringList& names);

@@ -27,7 +27,7 @@ bool TreeFilter::filterAcceptsRow(int row, const QModelIndex& parent) const {
   switch (entry->type) {
     case TreeModel::Type::kGroup:
     case TreeModel::Type::kClosedFold:
-      return false;  // shown for what it holds
+      return false;  // shown only if one of its children is
     case TreeModel::Type::kLetter:
       if (Fits(model_.EntryAt(parent)->name)) return true;
       [[fallthrough]];

@@ -1,5 +1,5 @@
-// What of the tree the search box leaves: entries whose names hold the text, with the groups they
-// stand in; a recipient that fits keeps all its letters.
+// Filters the tree by the search box: keeps the entries whose names contain the text and the groups
+// they belong to; a recipient that matches keeps all its letters.
 #pragma once
 
 #include <QSortFilterProxyModel>
@@ -14,7 +14,7 @@ class TreeFilter : public QSortFilterProxyModel {
  public:
   explicit TreeFilter(TreeModel& model, QObject* parent = nullptr);
 
-  // Letter case and blanks around do not count; all words must be there, in any order.
+  // Ignores letter case and surrounding blanks; all words must occur, in any order.
   void SetText(const QString& text);
   bool Active() const { return !words_.isEmpty(); }
 

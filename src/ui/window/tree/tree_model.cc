@@ -220,7 +220,7 @@ void TreeModel::RemoveUnwanted(Node& parent, const Nodes& wanted) {
   }
 }
 
-// Whether what is there stands in the wanted list in the order it has now.
+// Whether the entries that are present appear in the wanted list in their present order.
 bool TreeModel::SameOrder(const Node& parent, const Nodes& wanted) {
   std::size_t found = 0;
   for (const auto& node : wanted) {

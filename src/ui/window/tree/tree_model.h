@@ -22,20 +22,20 @@ class TreeModel : public QAbstractItemModel {
  public:
   enum class Type { kGroup, kTemplate, kClosedFold, kTenant, kOwner, kLetter };
 
-  // What stands behind an entry; paths and names as the letter window takes them.
+  // What an entry represents; paths and names in the form the letter window needs.
   struct Entry {
     Type type = Type::kGroup;
     QString name;                // without counts: "Templates", "Rent review", "Smith J"
     std::string kind;            // of a template or letter: its letter kind; of a group: its name
     std::string folder;          // the sub-folder of the data folder
-    std::string recipient;       // the recipient\'s name; of a template its folder
+    std::string recipient;       // the recipient's name; of a template its folder
     std::string tenant_code;     // of a tenant and of a tenant's letter
     std::filesystem::path path;  // of a template or letter: its file
     bool closed = false;
   };
 
-  // The number to show behind the name, where there is one: a group counts all its entries, closed
-  // ones too.
+  // The number to show after the name, if any: a group counts all its entries, closed ones
+  // included.
   static constexpr int kCountRole = Qt::UserRole + 1;
 
   explicit TreeModel(Session& session, QObject* parent = nullptr);
@@ -43,20 +43,21 @@ class TreeModel : public QAbstractItemModel {
 
   // The three top groups, empty.
   void MakeTopGroups();
-  // Everything anew from the folders and caches. Entries that stay keep their place in the view.
+  // Reloads everything from the folders and caches. Remaining entries keep their place in the view.
   void Refresh();
 
   const Entry* EntryAt(const QModelIndex& index) const;  // null for the invisible root
-  // A name for the entry that is the same in another run: "Tenants/T00001". Empty for the root.
+  // A key for the entry that is stable between runs: "Tenants/T00001". Empty for the root.
   QString KeyOf(const QModelIndex& index) const;
   QModelIndex IndexOfKey(const QString& key) const;
   QModelIndex Group(const QString& name) const;
-  // The letter of this file below an entry; its recipient's letters are read.
+  // The letter with this file below an entry; loads its recipient's letters.
   QModelIndex FindFile(const QModelIndex& below, const std::filesystem::path& path);
   // The folders whose files are shown now.
   std::vector<std::filesystem::path> ShownFolders() const;
 
-  // The folded entry's sign: "+ <Closed Tenants>" closed, "- <Closed Tenants>" open.
+  // The sign of the entry that folds closed tenants: "+ <Closed Tenants>" closed, "- <Closed
+  // Tenants>" open.
   void SetOpen(const QModelIndex& index, bool open);
   void SetAllClosed();
 
@@ -89,7 +90,7 @@ class TreeModel : public QAbstractItemModel {
   Nodes MakeLetters(const Entry& recipient) const;
   std::unique_ptr<Node> MakeGroup(std::string_view name, Nodes children) const;
   Nodes Fold(Nodes open, Nodes closed, std::string_view fold_name) const;
-  // Brings the children of a node to the new list, telling the view of what came and went only.
+  // Updates the children of a node to the new list, signalling only insertions and removals.
   void Replace(Node& parent, Nodes wanted);
   void RemoveUnwanted(Node& parent, const Nodes& wanted);
   static bool SameOrder(const Node& parent, const Nodes& wanted);
