@@ -17,8 +17,9 @@ install_packages lint
 if [ ${#files[@]} -eq 0 ]; then
   mapfile -t files < <(git ls-files '*.h' '*.cc' '*.cpp')
 fi
-clang-format --dry-run -Werror "${files[@]}"
-[ -z "$format_only" ] || exit 0
+status=0
+clang-format --dry-run -Werror "${files[@]}" || status=1
+[ -z "$format_only" ] || exit $status
 
 # The fuzz build is clang's own and has no precompiled headers: clang-tidy can take its commands.
 install_packages build test
@@ -27,6 +28,7 @@ sources=()
 for file in "${files[@]}"; do
   case $file in *.cc | *.cpp) sources+=("$file") ;; esac
 done
-[ ${#sources[@]} -gt 0 ] || exit 0
+[ ${#sources[@]} -gt 0 ] || exit $status
 printf '%s\0' "${sources[@]}" |
-  nice xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/fuzz --quiet
+  nice xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/fuzz --quiet || status=1
+exit $status
