@@ -83,7 +83,7 @@ fs::path Database::StoredLocation() {
 fs::path Database::LocateDatabase() {
   const std::int32_t networkable = settings_.GetSettingAs(ToInt32, kSection, "Networkable", "0");
   if (networkable == 0) return OwnDatabase();
-  const fs::path stored = StoredLocation();
+  fs::path stored = StoredLocation();
   if (IsFile(stored)) return stored;
   // Once a run: every letter reopens the database.
   if (std::exchange(unreachable_told_, stored) == stored) return OwnDatabase();
@@ -110,7 +110,7 @@ fs::path Database::DecideDataFolder() {
     }
     const fs::path stored = StoredLocation();
     if (!IsFile(stored)) return platform_.program_folder;
-    const fs::path candidate = FolderOf(stored);
+    fs::path candidate = FolderOf(stored);
     if (CanWriteIn(candidate)) return candidate;
     if (!command_mode_) {
       platform_.dialogs.Say(

@@ -200,7 +200,7 @@ bool LetterRun::Make(LetterReport& report) {
 fs::path LetterRun::SavedBefore(LetterReport& report) const {
   const LoggedLetter& logged = log_.letter(report.number);
   if (logged.file.empty()) return {};
-  const fs::path file = session_.database.DataFolder() / logged.file;
+  fs::path file = session_.database.DataFolder() / logged.file;
   RemoveIfEmpty(file);
   if (!Exists(file)) return {};
   const bool whole = IsWholeLetter(file);

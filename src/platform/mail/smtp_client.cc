@@ -122,7 +122,7 @@ std::string ServerUrl(const Server& server) {
     throw RuntimeError(smtp_error::kCannotConnect,
                        "'" + server.host + ":" + port + "' is not the address of a mail server");
   }
-  const std::string result = text;
+  std::string result = text;
   curl_free(text);
   return result;
 }
