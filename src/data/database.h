@@ -13,6 +13,7 @@
 #include "data/program.h"
 #include "data/settings.h"
 #include "platform/query/engine.h"
+#include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 
 namespace tenora {
@@ -108,5 +109,31 @@ class Database {
   // The set whose last MoveNext failed: it counts as ended, so that no loop over it runs on.
   const query::Recordset* stuck_ = nullptr;
 };
+
+// Keeps the database open for as long as it lives.
+class OpenedDatabase {
+ public:
+  explicit OpenedDatabase(Database& database) : database_(database) { database_.OpenDatabase(); }
+  OpenedDatabase(const OpenedDatabase&) = delete;
+  OpenedDatabase& operator=(const OpenedDatabase&) = delete;
+  ~OpenedDatabase() { database_.CloseDatabase(); }
+
+ private:
+  Database& database_;
+};
+
+// A column of a row through a conversion (ToDate, ToBool, …), whose error names the column.
+template <typename Convert>
+auto FieldAs(const Convert& convert, const query::Recordset& row, std::string_view column) {
+  const Value value = row.Field(column);
+  return About([&] { return std::string("column \"").append(column).append("\""); },
+               [&] { return convert(value); });
+}
+
+// A missing amount counts as 0.
+inline Currency AmountOf(const query::Recordset& row, std::string_view column) {
+  return FieldAs([](const Value& value) { return ToCurrency(NullTo(value, Value(Currency()))); },
+                 row, column);
+}
 
 }  // namespace tenora

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string>
 
-#include "data/opened_database.h"
+#include "data/database.h"
 #include "merge/custom_fields.h"
 #include "merge/future_dates.h"
 #include "merge/merge_codes.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "data/opened_database.h"
+#include "data/database.h"
 #include "data/sql_text.h"
 #include "merge/building_receipt_number.h"
 #include "merge/custom_fields.h"

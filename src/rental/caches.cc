@@ -6,7 +6,6 @@
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
-#include "rental/row_field.h"
 
 namespace tenora {
 namespace {

@@ -6,7 +6,6 @@
 #include "data/sql_text.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"
-#include "rental/row_field.h"
 
 namespace tenora {
 namespace {

@@ -2,7 +2,6 @@
 
 #include <exception>
 
-#include "data/opened_database.h"
 #include "platform/locale/locale.h"
 
 namespace tenora {

@@ -5,7 +5,6 @@
 #include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"
 #include "rental/rent_account.h"
-#include "rental/row_field.h"
 
 namespace tenora {
 namespace {

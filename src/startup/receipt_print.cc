@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "data/opened_database.h"
+#include "data/database.h"
 #include "letters/frm_letter.h"
 #include "letters/template_library.h"
 #include "platform/dialogs/guard.h"

@@ -1,10 +1,9 @@
 #include "startup/recipient_choice.h"
 
 #include <algorithm>
-#include <numeric>
 #include <set>
-#include <utility>
 
+#include "letters/nearest_name.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -14,27 +13,14 @@ constexpr std::size_t kMostNamed = 5;
 
 using Rows = std::vector<const RecipientRow*>;
 
-// How many letters must be changed, added, dropped or swapped with the next to make one text of the
-// other, letter case ignored.
-std::size_t Distance(std::string_view left, std::string_view right) {
-  std::vector<std::size_t> before, above, row(right.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  const auto same = [&](std::size_t i, std::size_t j) {
-    return LowerAscii(left[i]) == LowerAscii(right[j]);
-  };
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    before = std::exchange(above, row);
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < right.size(); ++j) {
-      row[j + 1] = std::min({above[j] + (same(i, j) ? 0 : 1), above[j + 1] + 1, row[j] + 1});
-      const bool swapped = i > 0 && j > 0 && same(i, j - 1) && same(i - 1, j);
-      if (swapped) row[j + 1] = std::min(row[j + 1], before[j - 1] + 1);
-    }
-  }
-  return row.back();
+std::string Lowered(std::string_view text) {
+  std::string lowered(text);
+  std::ranges::transform(lowered, lowered.begin(), LowerAscii);
+  return lowered;
 }
 
 const RecipientRow* Nearest(const std::string& asked, std::span<const RecipientRow> rows) {
+  const std::string wanted = Lowered(asked);
   const RecipientRow* nearest = nullptr;
   std::size_t best = asked.size() / 2;
   for (const RecipientRow& row : rows) {
@@ -43,7 +29,7 @@ const RecipientRow* Nearest(const std::string& asked, std::span<const RecipientR
       const std::size_t longer = std::max(text.size(), asked.size());
       const std::size_t shorter = std::min(text.size(), asked.size());
       if (longer - shorter > best) continue;
-      const std::size_t distance = Distance(asked, text);
+      const std::size_t distance = EditDistance(wanted, Lowered(text));
       if (distance > best || (distance == best && nearest != nullptr)) continue;
       nearest = &row;
       best = distance;

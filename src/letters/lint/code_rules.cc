@@ -4,7 +4,7 @@
 #include <array>
 #include <vector>
 
-#include "letters/lint/nearest_name.h"
+#include "letters/nearest_name.h"
 #include "merge/future_dates.h"
 #include "merge/merge_codes.h"
 #include "platform/runtime/conversion.h"

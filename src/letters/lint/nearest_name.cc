@@ -1,4 +1,4 @@
-#include "letters/lint/nearest_name.h"
+#include "letters/nearest_name.h"
 
 #include <algorithm>
 
@@ -16,8 +16,9 @@ std::string Letters(std::string_view name) {
   return letters;
 }
 
-// Letters to add, leave out, exchange, or swap with their neighbour, by bytes.
-std::size_t Distance(std::string_view left, std::string_view right) {
+}  // namespace
+
+std::size_t EditDistance(std::string_view left, std::string_view right) {
   std::vector<std::size_t> before(right.size() + 1), above(right.size() + 1), row(right.size() + 1);
   for (std::size_t j = 0; j <= right.size(); ++j) above[j] = j;
   for (std::size_t i = 1; i <= left.size(); ++i) {
@@ -35,8 +36,6 @@ std::size_t Distance(std::string_view left, std::string_view right) {
   return above[right.size()];
 }
 
-}  // namespace
-
 std::string NearestName(std::string_view name, const std::vector<std::string_view>& names) {
   if (name.empty() || name.size() > kLongestName) return {};
   const std::string letters = Letters(name);
@@ -44,7 +43,7 @@ std::string NearestName(std::string_view name, const std::vector<std::string_vie
   std::size_t least = std::max<std::size_t>(1, letters.size() / 3) + 1;
   for (const std::string_view candidate : names) {
     if (candidate.size() > kLongestName) continue;
-    const std::size_t distance = Distance(letters, Letters(candidate));
+    const std::size_t distance = EditDistance(letters, Letters(candidate));
     if (distance >= least) continue;
     least = distance;
     nearest = candidate;

@@ -22,7 +22,7 @@ Wide DivideRounded(Wide value, Wide divisor, Halves halves) {
 }
 
 Wide ScaledWide(Wide value, std::int64_t numerator, Wide denominator, Halves halves) {
-  if (denominator == 0) throw RuntimeError(11, "Division by zero");
+  if (denominator == 0) throw RuntimeError(error_number::kDivisionByZero, "Division by zero");
   const Wide product = value * numerator;
   return denominator < 0 ? DivideRounded(-product, -denominator, halves)
                          : DivideRounded(product, denominator, halves);

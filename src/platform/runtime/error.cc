@@ -15,7 +15,7 @@ struct StandardDescription {
 constexpr std::array kStandardDescriptions{
     StandardDescription{error_number::kInvalidProcedureCall, "Invalid procedure call or argument"},
     StandardDescription{error_number::kOverflow, "Overflow"},
-    StandardDescription{7, "Out of memory"},
+    StandardDescription{error_number::kOutOfMemory, "Out of memory"},
     StandardDescription{error_number::kSubscriptOutOfRange, "Subscript out of range"},
     StandardDescription{error_number::kTypeMismatch, "Type mismatch"},
     StandardDescription{error_number::kFileNotFound, "File not found"},
@@ -67,7 +67,7 @@ RuntimeError CurrentError() {
   } catch (const RuntimeError& error) {
     return error;
   } catch (const std::bad_alloc&) {
-    return StandardError(7);
+    return StandardError(error_number::kOutOfMemory);
   } catch (const std::exception& error) {
     return RuntimeError(error_number::kInvalidProcedureCall, error.what());
   }

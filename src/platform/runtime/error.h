@@ -9,10 +9,15 @@
 
 namespace tenora {
 
+// The numbers of the run-time system, which any module may raise. Two components have ranges of
+// their own: the database engine (platform/access/engine_error.h) and the mail transport
+// (platform/mail/smtp_client.h).
 namespace error_number {
 inline constexpr int kInvalidProcedureCall = 5;
 inline constexpr int kOverflow = 6;
+inline constexpr int kOutOfMemory = 7;
 inline constexpr int kSubscriptOutOfRange = 9;
+inline constexpr int kDivisionByZero = 11;
 inline constexpr int kTypeMismatch = 13;
 inline constexpr int kFileNotFound = 53;
 inline constexpr int kDeviceIoError = 57;

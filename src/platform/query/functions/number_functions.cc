@@ -21,7 +21,9 @@ Value Finite(double number) {
 }
 
 // The standard error numbers of the run-time system end before this one.
-RuntimeError DivisionByZero() { return RuntimeError(11, "Division by zero", "DAO.Database"); }
+RuntimeError DivisionByZero() {
+  return RuntimeError(error_number::kDivisionByZero, "Division by zero", "DAO.Database");
+}
 
 Value Divide(const FunctionContext&, Arguments a) {
   if (Double(a[1]) == 0) throw DivisionByZero();

@@ -1,6 +1,6 @@
 #include "ui/window/main/rental_data_load.h"
 
-#include "data/opened_database.h"
+#include "data/database.h"
 #include "platform/dialogs/guard.h"
 
 namespace tenora {
