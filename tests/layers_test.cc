@@ -39,7 +39,7 @@ const std::vector<std::vector<Module>> kLayers = {
     {{"rental", {}}},
     {{"merge", {}}},
     {{"output", {"html", "mail", "print", "spelling"}}},
-    {{"letters", {"letter", "generate", "lint"}}},
+    {{"letters", {"lint", "check", "letter", "generate"}}},
     {{"startup", {}}},
     {{"ui/editor", {"text", "codes", "tables", "document", "clipboard", "commands", "screen"}},
      {"ui/dialogs", {}}},

@@ -8,7 +8,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "letters/letter_check.h"
 #include "letters/letter_host.h"
 #include "merge/merge_target.h"
 #include "merge/owner_merge.h"
@@ -65,6 +67,10 @@ class frmLetter {
   std::optional<RuntimeError> InsertChequeDetails(const std::string& payee, double amount);
   // The result is how many questions were cancelled.
   std::size_t InsertPrompts(const PromptAnswers& known = {});
+
+  // What is wrong with the letter as it stands now: what the merges since it was begun or loaded
+  // have noted, and what its source shows.
+  std::vector<LetterFinding> Check() const;
 
   // Saves a generated letter in its recipient's folder as "title.rtf" or, where that is taken,
   // under the first free of "title(1).rtf", "title(2).rtf", …; never over a file, also when other

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "merge/merge_notes.h"
 #include "platform/richtext/rich_text_box.h"
 #include "rental/session.h"
 
@@ -23,6 +24,7 @@ struct LetterMembers {
   bool Changed = false;    // set by editing, cleared after every load and save
   bool Inserting = false;  // set while InsertItem runs
   std::string Caption;
+  MergeNotes Notes;  // of the merges since the letter was begun or loaded
 };
 
 // One letter during a merge. All three outlive the merge.

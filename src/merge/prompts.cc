@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "merge/merge_codes.h"
+#include "merge/replace_code.h"
 #include "platform/dialogs/dialogs.h"
-#include "platform/runtime/text.h"
 
 namespace tenora {
 namespace {
@@ -65,8 +65,8 @@ std::size_t InsertPrompts(const MergeTarget& target, const PromptAnswers& known)
           message + "\r\nTenant : " + target.letter.RecipientName);
     }
     if (!answer) ++cancelled;
-    editor.SetTextRTF(
-        ReplaceAll(editor.TextRTF(), prompt->code, editor.SourceForm(answer.value_or(""))));
+    const std::string code(prompt->code);
+    ReplaceInSource(target, code, message, answer.value_or(""));
   }
   return cancelled;
 }

@@ -20,10 +20,16 @@ bool SourceContains(const RichTextBox& editor, std::string_view text);
 // caret, yet stays in the letter.
 bool CodePresent(const MergeTarget& target, std::string_view code_name);
 
-// Replaces every "<<code_name>>" of the letter by `value`, so that formatting around it survives.
-// The value goes in as RTF source: a backslash or brace keeps its RTF meaning. A code that an
-// editor split into differently formatted pieces is not found. While an item is inserted, the caret
-// moves on by the difference between code and value.
+// Replaces every occurrence of a piece of the letter's source, which is not empty, by `value`: the
+// code or question `name`, for what the letter notes about the value. The value goes in as RTF
+// source: a backslash or brace keeps its RTF meaning, which is noted; a line break in it is one in
+// the letter. A control word just before never runs into it.
+void ReplaceInSource(const MergeTarget& target, std::string_view written, std::string_view name,
+                     std::string_view value);
+
+// Replaces every "<<code_name>>" of the letter by `value` as above, so that formatting around it
+// survives. A code that an editor split into differently formatted pieces is not found. While an
+// item is inserted, the caret moves on by the difference between code and value.
 void ReplaceCode(const MergeTarget& target, std::string_view code_name, std::string_view value);
 
 // The same for a code of the tables, whose value is fetched only where the letter holds the code.

@@ -18,6 +18,7 @@
 #include "platform/mail/address.h"
 #include "platform/printing/file_label.h"
 #include "platform/printing/picture_import.h"
+#include "platform/runtime/clock.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
@@ -104,6 +105,7 @@ void frmLetter::LoadLetter(const fs::path& path, std::string_view kind, std::str
   rtfLetter.LoadFile(path,
                      type == "TXT" ? RichTextBox::FileType::kText : RichTextBox::FileType::kRtf);
   known_file_ = found;
+  members_.Notes = {};
   members_.FilePath = path.string();
   members_.Kind = kind;
   AfterLoadLetter();
@@ -118,6 +120,7 @@ void frmLetter::BeforeSaveLetter() { host_.BeforeSave(); }
 
 void frmLetter::StartNew(std::string_view kind) {
   rtfLetter.SetText("");
+  members_.Notes = {};
   members_.Kind = kind;
   members_.FilePath.clear();
   AfterLoadLetter();
@@ -178,6 +181,16 @@ std::optional<RuntimeError> frmLetter::InsertChequeDetails(const std::string& pa
 
 std::size_t frmLetter::InsertPrompts(const PromptAnswers& known) {
   return tenora::InsertPrompts(Target(), known);
+}
+
+std::vector<LetterFinding> frmLetter::Check() const {
+  TemplateKind kind = TemplateKind::kTenant;
+  if (members_.Kind == kOwnerLetter || members_.Kind == kOwnerTemplates) {
+    kind = TemplateKind::kOwner;
+  } else if (members_.Kind == session_.cheque_word) {
+    kind = TemplateKind::kCheque;
+  }
+  return CheckLetter(rtfLetter, kind, members_.Notes, session_.platform.clock.Today());
 }
 
 bool frmLetter::SaveTenantTemplate(Durability durability) {
