@@ -218,7 +218,7 @@ TEST_F(Paragraphs, ShowTheTextOfEveryCharacterFormat) {
   EXPECT_THAT(paper.PageText(1), HasSubstr("Māhuta €12 office LOUD SMALL strong"));
   EXPECT_THAT(paper.Text(), Not(HasSubstr("secret")));
   EXPECT_LT(paper.Find("up").top, paper.Find("strong").top);
-  EXPECT_GE(paper.Find("up").top, kInch - kNear) << "raised letters need room above";
+  EXPECT_GE(paper.Find("up").top, kInch - kNear) << "raised letters make the line higher";
   const std::string fonts = Poppler({"pdffonts", paper.file.string()});
   EXPECT_THAT(fonts, HasSubstr("LiberationSerif"));
   EXPECT_THAT(fonts, HasSubstr("LiberationSans-Bold"));

@@ -1,9 +1,14 @@
 #include "ui/editor/clipboard/letter_clipboard.h"
 
+#include <QBuffer>
+#include <QImage>
 #include <QMimeData>
+#include <QUrl>
+#include <functional>
 #include <memory>
 
 #include "editor_fixture.h"
+#include "support/test_files.h"
 #include "ui/editor/commands/format_commands.h"
 
 namespace tenora {
@@ -53,6 +58,36 @@ TEST_F(LetterClipboardTest, PastesTheRichestFormAndCopiesAllForms) {
     Paste(*copy);
     EXPECT_NE(box.TextRTF().find(c.source), std::string::npos) << c.type << box.TextRTF();
     EXPECT_TRUE(copy->hasHtml() && copy->hasText());
+  }
+}
+
+TEST_F(LetterClipboardTest, PastesAPictureAtItsOwnResolutionFromEverySource) {
+  constexpr int kDotsPerMetre = 11811;  // 300 to the inch
+  QImage logo(900, 300, QImage::Format_RGB32);
+  logo.fill(Qt::darkGreen);
+  logo.setDotsPerMeterX(kDotsPerMetre);
+  logo.setDotsPerMeterY(kDotsPerMetre);
+  QByteArray png;
+  QBuffer buffer(&png);
+  logo.save(&buffer, "PNG");
+  const test::ScratchFolder folder;
+  const QString file = QString::fromStdString((folder / "logo.png").string());
+  ASSERT_TRUE(logo.save(file));
+
+  const std::function<void(QMimeData&)> sources[] = {
+      [&](QMimeData& data) { data.setUrls({QUrl::fromLocalFile(file)}); },
+      [&](QMimeData& data) { data.setImageData(logo); },
+      [&](QMimeData& data) {
+        data.setHtml("<img src='data:image/png;base64," + png.toBase64() + "'>");
+      },
+  };
+  for (const auto& offer : sources) {
+    Open("\\pard\\f0\\fs24 !");
+    QMimeData data;
+    offer(data);
+    Paste(data);
+    EXPECT_NE(box.TextRTF().find("\\picwgoal4320\\pichgoal1440 "), std::string::npos)
+        << data.formats().join(' ').toStdString() << box.TextRTF().substr(0, 500);
   }
 }
 
