@@ -41,8 +41,10 @@ std::string GroupWords(std::string_view digits) {
   return words.append(" ").append(kSmall[static_cast<std::size_t>(tens % 10)]);
 }
 
+std::string Digits(double amount) { return FormatNumber(amount, "000000.00"); }
+
 std::string Sentence(double amount, const CurrencyWords& currency) {
-  const std::string digits = FormatNumber(amount, "000000.00");
+  const std::string digits = Digits(amount);
   std::string words = amount < 1.0 ? "Zero" : "";
   words += GroupWords(std::string_view(digits).substr(0, 3));
   if (amount >= 1000) words += " Thousand ";
@@ -86,5 +88,7 @@ ValueWords GetValueWords(Settings& settings, double amount) {
   return GetValueWords(amount, {settings.GetSettingText("Cheque", "Dollar", usual.dollar),
                                 settings.GetSettingText("Cheque", "Cents", usual.cents)});
 }
+
+bool WordsSay(double amount) { return Digits(amount).size() == Digits(0).size(); }
 
 }  // namespace tenora

@@ -27,5 +27,7 @@ struct CurrencyWords {
 ValueWords GetValueWords(double amount, const CurrencyWords& currency);
 // With the settings "Dollar" and "Cents" of section "Cheque".
 ValueWords GetValueWords(Settings& settings, double amount);
+// Whether the words say the amount: they have six places before the point and no sign.
+bool WordsSay(double amount);
 
 }  // namespace tenora

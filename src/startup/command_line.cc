@@ -1,33 +1,27 @@
 #include "startup/command_line.h"
 
 #include <algorithm>
-#include <array>
+#include <optional>
 
 #include "platform/runtime/text.h"
 
 namespace tenora {
 namespace {
 
-constexpr std::array<std::string_view, 11> kParameterNames{
-    "PRINTRECEIPT", "FORMAT", "DEFAULT", "TOPRINTER", "TOEMAIL", "REPRINT",
-    "PRINTCHEQUE",  "PAYEE",  "VALUE",   "DOLLARS",   "CENTS",
-};
-
-bool IsName(std::string_view word) {
-  return std::ranges::any_of(kParameterNames,
-                             [&](std::string_view name) { return EqualsNoCase(word, name); });
+bool IsCommandWord(std::string_view word) {
+  return EqualsNoCase(word, "PRINTRECEIPT") || EqualsNoCase(word, "PRINTCHEQUE");
 }
 
 bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-// Whether an argument is a parameter of its own: a known name, alone or followed by "=", or an
-// unknown one with "=". A parameter that only another version knows must not become part of the
-// value before it.
+// Whether an argument is a parameter of its own: a command word, or a name followed by "=". A
+// parameter that only another version knows must not become part of the value before it. A bare
+// name other than a command word is text, as in PAYEE=Two Cents Ltd.
 bool IsParameter(std::string_view argument) {
   const std::size_t equals = argument.find('=');
   const std::string_view name = argument.substr(0, equals);
-  if (IsName(name)) return true;
-  return equals != std::string_view::npos && !name.empty() && std::ranges::all_of(name, IsLetter);
+  if (equals == std::string_view::npos) return IsCommandWord(name);
+  return !name.empty() && std::ranges::all_of(name, IsLetter);
 }
 
 // One argument that holds the whole line but no quotes, cut before each parameter.
@@ -84,6 +78,70 @@ class LineWriter {
   bool in_value_ = false;  // inside a value whose quotes are put back
 };
 
+// A name, an equals sign and a value in quotes, found in a line from left to right, so that what
+// looks like a parameter inside a value is none.
+struct WrittenParameter {
+  std::string_view name;
+  std::string_view value;  // empty where no quote closes it
+};
+
+bool IsNameCharacter(char c) {
+  return IsLetter(c) || IsDigit(c) || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+}
+
+std::string_view WithoutBlanksAtEnd(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+// The name before a value that begins behind this text; empty where it does not end in a name and
+// an equals sign. Blanks around the sign are allowed.
+std::string_view NameBefore(std::string_view text) {
+  text = WithoutBlanksAtEnd(text);
+  if (!text.ends_with('=')) return {};
+  text = WithoutBlanksAtEnd(text.substr(0, text.size() - 1));
+  std::size_t start = text.size();
+  while (start > 0 && IsNameCharacter(text[start - 1])) --start;
+  return text.substr(start);
+}
+
+// The next one of the line from `position` on, which moves behind it.
+std::optional<WrittenParameter> NextParameter(std::string_view line, std::size_t& position) {
+  const std::size_t begin = position;
+  for (std::size_t quote = line.find('"', begin); quote != std::string_view::npos;
+       quote = line.find('"', quote + 1)) {
+    const std::string_view name = NameBefore(line.substr(begin, quote - begin));
+    if (name.empty()) continue;
+    const std::string_view value = line.substr(quote + 1);
+    const std::size_t close = value.find('"');
+    if (close == std::string_view::npos) {
+      position = line.size();
+      return WrittenParameter{name, value.substr(0, 0)};
+    }
+    position = quote + 1 + close + 1;
+    return WrittenParameter{name, value.substr(0, close)};
+  }
+  return std::nullopt;
+}
+
+std::vector<WrittenParameter> WrittenParameters(std::string_view line) {
+  std::vector<WrittenParameter> parameters;
+  std::size_t position = 0;
+  while (const auto parameter = NextParameter(line, position)) parameters.push_back(*parameter);
+  return parameters;
+}
+
+// The first place of a name outside the values; npos when there is none.
+std::size_t FindOutsideValues(std::string_view line, std::string_view name,
+                              const std::vector<WrittenParameter>& parameters) {
+  std::size_t found = FindNoCase(line, name);
+  for (const WrittenParameter& parameter : parameters) {
+    const auto begin = static_cast<std::size_t>(parameter.value.data() - line.data());
+    const std::size_t end = begin + parameter.value.size();
+    if (found >= begin && found < end) found = FindNoCase(line, name, end);
+  }
+  return found;
+}
+
 }  // namespace
 
 CommandLine CommandLine::FromArguments(const std::vector<std::string>& arguments) {
@@ -99,10 +157,15 @@ bool CommandLine::Contains(std::string_view word) const { return ContainsNoCase(
 
 std::string CommandLine::GetCommandParameter(std::string_view name,
                                              std::string_view default_text) const {
-  // The first occurrence wins wherever it is, also inside another value or a longer word, and the
-  // two characters after it (by convention an equals sign and a quote) are not looked at. The
-  // package's command lines rely on no more; both are deliberate.
-  const std::size_t found = FindNoCase(text_, name);
+  const std::vector<WrittenParameter> parameters = WrittenParameters(text_);
+  for (const WrittenParameter& parameter : parameters) {
+    if (EqualsNoCase(parameter.name, name)) return std::string(parameter.value);
+  }
+  // A line without it: the first occurrence outside the values wins, also inside a longer word, and
+  // the two characters after it (by convention an equals sign and a quote) are not looked at. Both
+  // are deliberate, for packages that write less than NAME="value". A name inside a value is none:
+  // the payee "Two Cents Ltd" says nothing about the word for cents.
+  const std::size_t found = FindOutsideValues(text_, name, parameters);
   if (found == std::string::npos) return std::string(default_text);
   std::string_view value = std::string_view(text_).substr(found + name.size());
   for (int skipped = 0; skipped < 2 && !value.empty(); ++skipped) TakeCodePoint(value);

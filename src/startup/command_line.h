@@ -14,15 +14,17 @@ class CommandLine {
 
   // Puts the line back together from the arguments (without the program's) that an operating system
   // split it into. A shell also takes the quotes away: NAME=value gets them back, and bare words
-  // after it belong to its value, so that FORMAT=Rent review reads like
+  // after it other than a command word belong to its value, so that FORMAT=Rent review reads like
   // FORMAT="Rent review". Arguments that still hold their quotes stay as they are.
   static CommandLine FromArguments(const std::vector<std::string>& arguments);
 
   const std::string& text() const { return text_; }
   bool Contains(std::string_view word) const;
 
-  // The value of a named parameter; `default_text` when the name does not occur, but empty for a
-  // value that is not closed by a double quote.
+  // The value of a named parameter: of the first NAME="value", in any letter case, that is not
+  // inside another value. A line without one is read by the first place outside the values where
+  // the name occurs at all; `default_text` where it does not. Empty for a value that is not closed
+  // by a double quote.
   std::string GetCommandParameter(std::string_view name, std::string_view default_text) const;
 
  private:

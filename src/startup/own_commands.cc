@@ -36,8 +36,6 @@ constexpr const char* kHelpFooter =
       template is in the data folder's "Cheque", or in "Check" where the locale's short
       date begins with the month.
       DOLLARS="word" CENTS="word"   the currency's words, kept for later cheques
-      Where a payee may hold a parameter's name ("Two Cents Ltd"), give every parameter,
-      an empty one as CENTS="", and PAYEE last: the first occurrence of a name counts.
   Typed in a shell, the inner quotes may be left out: PRINTRECEIPT=T00001 FORMAT="Rent review"
 
 Environment:

@@ -1,5 +1,6 @@
-// Any arguments give a line, and any line gives a value for every name: one that holds no quote and
-// stands in the line. A line that holds its own quotes passes through one argument unchanged.
+// Any arguments give a line, and any line gives a value for every name: the default, or one that
+// holds no quote and is in the line. A line that holds its own quotes passes through one argument
+// unchanged.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -18,10 +19,8 @@ void Require(bool holds) {
 void ReadAll(const tenora::CommandLine& line) {
   for (const char* name : {"PRINTRECEIPT", "FORMAT", "DEFAULT", "TOPRINTER", "REPRINT", "VALUE"}) {
     const std::string value = line.GetCommandParameter(name, "\"default\"");
-    if (!line.Contains(name)) {
-      Require(value == "\"default\"");
-      continue;
-    }
+    if (value == "\"default\"") continue;
+    Require(line.Contains(name));
     Require(value.find('"') == std::string::npos);
     Require(line.text().find(value) != std::string::npos);
   }

@@ -21,6 +21,8 @@ class ChequeCommand : public test::Agency {
                                   ": <<Print Date>> <<Payee Name>> [<<Value in words 1>>|<<Value "
                                   "in words 2>>] <<Value in numbers>>"));
     }
+    WriteFile(Home() / "Cheque/Figures.rtf", test::RtfDocument("Figures: <<Value in numbers>>"));
+    WriteFile(Home() / "Cheque/Words.rtf", test::RtfDocument("<<Value in words 2>>"));
   }
   // Picks the first printer of the list, which is the PDF printer.
   test::ProcessResult Cheque(const std::string& line, const std::string& input = "1\n",
@@ -38,9 +40,21 @@ TEST_F(ChequeCommand, PrintsPayeeAndAmountHoweverTheLineWasTyped) {
        "Cents] 1234.56"},
       {{R"(printcheque VALUE="12.5abc" FORMAT="Trust" PAYEE="Māhuta")"},
        "Cheque: 21/11/2026 Māhuta [Twelve Dollars and 50 Cents|] 12.50"},
-      // A name within another value is taken where it comes first.
-      {{R"(PRINTCHEQUE="" VALUE="1" CENTS="" FORMAT="Trust" PAYEE="Value in Cents Ltd")"},
+      // A name inside a value is part of it, with and without the parameter of that name.
+      {{R"(PRINTCHEQUE="" PAYEE="Value in Cents Ltd" VALUE="1" FORMAT="Trust")"},
        "Cheque: 21/11/2026 Value in Cents Ltd [One Dollars and 00 Cents|] 1.00"},
+      {{"PRINTCHEQUE=", "VALUE=1", "FORMAT=Trust", "PAYEE=Two", "Cents", "Ltd"},
+       "Cheque: 21/11/2026 Two Cents Ltd [One Dollars and 00 Cents|] 1.00"},
+      // A currency behind the amount; blanks inside it are skipped.
+      {{R"(PRINTCHEQUE="" VALUE="1 234.50 NZD" FORMAT="Figures" PAYEE="J")"}, "Figures: 1234.50"},
+      {{R"(PRINTCHEQUE="" VALUE="12.50€" FORMAT="Figures" PAYEE="J")"}, "Figures: 12.50"},
+      {{R"(PRINTCHEQUE="" VALUE="12.50 руб" FORMAT="Figures" PAYEE="J")"}, "Figures: 12.50"},
+      {{R"(PRINTCHEQUE="" VALUE="0.005" FORMAT="Figures" PAYEE="J")"}, "Figures: 0.01"},
+      {{R"(PRINTCHEQUE="" VALUE="999999.99" FORMAT="Trust" PAYEE="J")"},
+       "Cheque: 21/11/2026 J [Nine Hundred and Ninety Nine Thousand Nine Hundred |and Ninety Nine "
+       "Dollars and 99 Cents] 999999.99"},
+      // Without words there is nothing that could differ from the figures.
+      {{R"(PRINTCHEQUE="" VALUE="1000000" FORMAT="Figures" PAYEE="J")"}, "Figures: 1000000.00"},
   };
   for (const auto& [line, printed] : cases) {
     fs::remove_all(Home() / "Printed");
@@ -94,6 +108,51 @@ TEST_F(ChequeCommand, RefusesACommandThatIsNoCommandAndKeepsNothingOfIt) {
     EXPECT_THAT(result.errors, HasSubstr("Invalid command string for ReceiptCheque")) << line;
     EXPECT_THAT(Printed(), IsEmpty());
   }
+  EXPECT_EQ(Cheque(kCheque).status, 0);
+  EXPECT_THAT(PrintedText(), HasSubstr("Twelve Dollars"));
+}
+
+TEST_F(ChequeCommand, RefusesAnAmountThatItWouldMisstateAndNamesIt) {
+  const struct {
+    const char* value;
+    const char* reason;
+  } cases[] = {
+      {"1,234.50", "only as 1."},
+      {"1.234,50", "only as 1.234."},
+      {"12,50", "only as 12."},
+      {"1'234.50", "only as 1."},
+      {"1\u00A0234.50", "only as 1."},
+      {"1\u202F234.50", "only as 1."},
+      {"12.50-", "only as 12.5."},
+      {"12.50 CR-", "only as 12.5."},
+      {"12.5.3", "only as 12.5."},
+      {"12.5+3", "only as 12.5."},
+      {"12 dollars 50", "only as 12."},
+      {"12.5(0)", "only as 12.5."},
+      {"5%", "only as 5."},
+      {"5\u4E07", "only as 5."},
+      {"12\u066B50", "only as 12."},
+      {"1d3", "only as 1."},
+      {"0.004", "rounds to 0.00"},
+      {"1e-300", "rounds to 0.00"},
+      {"0.0049 NZD", "rounds to 0.00"},
+      {"1000000", "words and figures would differ"},
+      {"999999.995", "would differ"},
+      {"1e15", "words and figures would differ"},
+  };
+  for (const auto& c : cases) {
+    for (const char* format : {"Trust", "Words"}) {
+      const test::ProcessResult result = Cheque(std::string(R"(PRINTCHEQUE="" FORMAT=")") + format +
+                                                R"(" PAYEE="Jane" VALUE=")" + c.value + "\"");
+      EXPECT_EQ(result.status, 1) << c.value;
+      EXPECT_THAT(result.errors, AllOf(HasSubstr("\"" + std::string(c.value) + "\""),
+                                       HasSubstr(c.reason), HasSubstr("Nothing was printed.")));
+      EXPECT_THAT(Printed(), IsEmpty()) << c.value;
+    }
+  }
+  // A refused value keeps no word of the currency either.
+  EXPECT_EQ(Cheque(R"(PRINTCHEQUE="" FORMAT="Trust" PAYEE="J" DOLLARS="Yen" VALUE="1,5")").status,
+            1);
   EXPECT_EQ(Cheque(kCheque).status, 0);
   EXPECT_THAT(PrintedText(), HasSubstr("Twelve Dollars"));
 }

@@ -9,7 +9,7 @@
 namespace tenora {
 namespace {
 
-TEST(GetCommandParameter, ReadsByTheFirstOccurrence) {
+TEST(GetCommandParameter, ReadsTheWrittenParameterElseTheFirstOccurrence) {
   const struct {
     const char* line;
     const char* name;
@@ -30,11 +30,37 @@ TEST(GetCommandParameter, ReadsByTheFirstOccurrence) {
       {R"(FORMAT: Receipt" x)", "FORMAT", "Receipt"},
       {R"(FORMATReceipt")", "FORMAT", "ceipt"},
       {R"(FORMAT=“Größe")", "FORMAT", "Größe"},
-      // Repeated: the first. Inside another value or a longer word: that place.
       {R"(FORMAT="a" FORMAT="b")", "FORMAT", "a"},
-      {R"(PRINTRECEIPT="FORMAT" FORMAT="b")", "FORMAT", "FORMAT="},
-      {R"(REFORMAT="a" FORMAT="b")", "FORMAT", "a"},
       {R"(FORMAT="Größe/Māhuta's")", "FORMAT", "Größe/Māhuta's"},
+      {R"(printreceipt = "T1" format  ="x" VALUE=  "5")", "PRINTRECEIPT", "T1"},
+      {R"(printreceipt = "T1" format  ="x" VALUE=  "5")", "FORMAT", "x"},
+      {R"(printreceipt = "T1" format  ="x" VALUE=  "5")", "VALUE", "5"},
+      // A name inside another value is part of that value, whether or not the line has it
+      // elsewhere.
+      {R"(PAYEE="Two Cents Ltd" CENTS="Pence")", "CENTS", "Pence"},
+      {R"(PAYEE="Two Cents Ltd" CENTS="Pence")", "PAYEE", "Two Cents Ltd"},
+      {R"(PAYEE="Two Cents Ltd")", "CENTS", "the default"},
+      {R"(FORMAT="Default receipt" PRINTRECEIPT="T1")", "DEFAULT", "the default"},
+      {R"(FORMAT="Default receipt" default="False")", "DEFAULT", "False"},
+      {R"(PRINTRECEIPT="FORMAT" FORMAT="b")", "FORMAT", "b"},
+      {R"(PAYEE="Two Cents=" CENTS="Pence")", "CENTS", "Pence"},
+      {R"(PAYEE="Two Cents=" FORMAT="b")", "CENTS", "the default"},
+      {R"(PAYEE="Value=5, Cents=7" VALUE="1")", "VALUE", "1"},
+      {R"(NOTE="to PAYEE" PAYEE="Jane")", "PAYEE", "Jane"},
+      // Inside a longer name: only where the name itself is not written.
+      {R"(ACCENTS="a" CENTS="b")", "CENTS", "b"},
+      {R"(éCENTS="a" 2CENTS="b" CENTS="c")", "CENTS", "c"},
+      {R"(REFORMAT="a")", "FORMAT", "a"},
+      {R"(REFORMAT="FORMAT")", "FORMAT", "FORMAT"},
+      // The written one counts, also behind a place that the loose reading would take.
+      {R"(FORMAT: Rent" FORMAT="Receipt")", "FORMAT", "Receipt"},
+      {R"(CENTS PAYEE="Jane" CENTS="Pence")", "CENTS", "Pence"},
+      // A value that is not closed takes the next quote for its own and hides what is before it.
+      {R"(PAYEE="Jane VALUE="5" FORMAT="b")", "VALUE", "the default"},
+      {R"(PAYEE="Jane VALUE="5" FORMAT="b")", "FORMAT", "b"},
+      {R"(TOEMAIL="false TOPRINTER=false)", "TOPRINTER", ""},
+      {R"(" = "" FORMAT="b")", "FORMAT", "b"},
+      {R"(="FORMAT" x" y)", "FORMAT", "x"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(CommandLine(c.line).GetCommandParameter(c.name, "the default"), c.expected) << c.line;
@@ -74,8 +100,12 @@ TEST(CommandLine, PutsBackWhatTheShellTookAway) {
        R"(FORMAT="Rent review" PRINTRECEIPT="T00001")"},
       // A quote that never closes takes the rest in, so that its value reads as empty.
       {{R"(FORMAT="Receipt)", "TOPRINTER=true"}, R"(FORMAT="Receipt TOPRINTER=true)"},
-      // A known name without a value is no part of the value before it.
+      // A command word is no part of the value before it; any other bare name is.
       {{"TOPRINTER=true", "PRINTRECEIPT"}, R"(TOPRINTER="true" PRINTRECEIPT)"},
+      {{"PAYEE=Two", "Cents", "Ltd", "printcheque", "VALUE=5"},
+       R"(PAYEE="Two Cents Ltd" printcheque VALUE="5")"},
+      {{"PRINTRECEIPT=T00001 FORMAT=My Default receipt"},
+       R"(PRINTRECEIPT="T00001" FORMAT="My Default receipt")"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(CommandLine::FromArguments(c.arguments).text(), c.expected)

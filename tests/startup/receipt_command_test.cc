@@ -47,6 +47,17 @@ TEST_F(ReceiptCommand, PrintsTheLatestPaymentHoweverTheLineWasTyped) {
   }
 }
 
+TEST_F(ReceiptCommand, ReadsATemplatesNameThatHoldsAParametersName) {
+  for (const char* name : {"Default receipt", "Reprint of Format", "ToEmail=", "Printreceipt"}) {
+    WriteTemplate(name, "<<Tenant Name>>");
+    fs::remove_all(Home() / "Printed");
+    const test::ProcessResult result =
+        Receipt(std::string("FORMAT=\"") + name + "\" PRINTRECEIPT=\"T00001\"");
+    EXPECT_EQ(result.status, 0) << name << result.errors;
+    EXPECT_EQ(PrintedText(), "Noor Whaanga ");
+  }
+}
+
 TEST_F(ReceiptCommand, ReprintsByThePaymentAloneAndSavesNoCopy) {
   StoreSetting("Receipt", "SaveCopy", "1");
   const std::string tenant = Ask("select tenant_code from revenues where recordnumber = 3");

@@ -154,7 +154,9 @@ std::string ToText(const Value& value) {
   return TextOf(value);
 }
 
-double LeadingNumber(std::string_view text) {
+double LeadingNumber(std::string_view text) { return SplitLeadingNumber(text).number; }
+
+NumberAndRest SplitLeadingNumber(std::string_view text) {
   std::string digits;
   for (const char c : text) {
     if (c == ' ' || c == '\t' || c == '\n') continue;
@@ -163,10 +165,14 @@ double LeadingNumber(std::string_view text) {
   }
   // from_chars would also read "inf" and "nan", which are not numbers here.
   const std::size_t first = digits.find_first_not_of('-');
-  if (first == std::string::npos || !(IsDigit(digits[first]) || digits[first] == '.')) return 0;
+  if (first == std::string::npos || !(IsDigit(digits[first]) || digits[first] == '.')) {
+    return {0, digits};
+  }
   double number = 0;
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  return result.ec == std::errc() && std::isfinite(number) ? number : 0;
+  const bool in_range = result.ec == std::errc() && std::isfinite(number);
+  return {in_range ? number : 0,
+          digits.substr(static_cast<std::size_t>(result.ptr - digits.data()))};
 }
 
 std::string NumberText(double number) { return SignificantDigits(number, 15); }

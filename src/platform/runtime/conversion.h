@@ -31,6 +31,14 @@ std::string ToText(const Value& value);
 // within are skipped. Never raises.
 double LeadingNumber(std::string_view text);
 
+// The same with the text behind the number, without its blanks; the whole text where it begins with
+// none.
+struct NumberAndRest {
+  double number = 0;
+  std::string rest;
+};
+NumberAndRest SplitLeadingNumber(std::string_view text);
+
 // A number as text: up to 15 significant digits, no grouping, a point: "12.5", "-0.25", "1E+20".
 std::string NumberText(double number);
 // The same for a single-precision number: up to 7 significant digits.

@@ -57,6 +57,10 @@ TEST(Conversion, TakesTheLeadingNumberOfAText) {
   } cases[] = {{"12.5abc", 12.5}, {" 1 2 3", 123}, {"-4", -4}, {"abc", 0}, {"", 0},
                {".5", 0.5},       {"1e3", 1000},   {"inf", 0}, {"--1", 0}, {"1e999", 0}};
   for (const auto& c : cases) EXPECT_EQ(LeadingNumber(c.text), c.number) << c.text;
+  EXPECT_EQ(SplitLeadingNumber("1,234.50").rest, ",234.50");
+  EXPECT_EQ(SplitLeadingNumber(" 1 234.50 NZ D").rest, "NZD");
+  EXPECT_EQ(SplitLeadingNumber("+$5").rest, "$5");
+  EXPECT_EQ(SplitLeadingNumber("1e3").rest, "");
 }
 
 TEST(Conversion, JoinsValuesToText) {
