@@ -30,6 +30,12 @@ class Database {
   void CloseDatabase();
   bool IsOpen() const { return open_ != nullptr; }
 
+  // The stored location of the server's database that an open could not reach, so that the program
+  // folder's own was read instead; none when that never happened.
+  const std::optional<std::filesystem::path>& UnreachableServer() const {
+    return unreachable_told_;
+  }
+
   // The folder that holds templates and letters; decided at the first call and kept.
   std::filesystem::path DataFolder();
   // Set by the print commands: suppresses the data-folder warning.

@@ -82,6 +82,15 @@ std::string InspectionDate(Session& session, bool next, std::string_view tenant_
   return locale.LongDate(date) + " " + locale.MediumTime(date);
 }
 
+bool HasPayment(Session& session, const TenantRecord& tenant) {
+  Database& database = session.database;
+  RecordsetPtr row;
+  database.CreateSet(row,
+                     PaymentQuery(tenant, database.LookupText("rent_group", "Options", "", ""), 0),
+                     query::kForwardOnly, query::kReadOnly);
+  return !database.DataIsEmpty(row);
+}
+
 void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_number) {
   Database& database = session.database;
   const std::string rent_group = database.LookupText("rent_group", "Options", "", "");

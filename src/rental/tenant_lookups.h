@@ -22,6 +22,9 @@ std::string InspectionDate(Session& session, bool next, std::string_view tenant_
 // latest payment.
 void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_number);
 
+// Whether a tenancy has a payment that LastPayment finds as its latest.
+bool HasPayment(Session& session, const TenantRecord& tenant);
+
 std::string OwnerNameOfProperty(Session& session, std::string_view property_code);
 
 }  // namespace tenora

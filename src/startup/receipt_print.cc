@@ -1,13 +1,17 @@
 #include "startup/receipt_print.h"
 
+#include <algorithm>
 #include <string>
 
 #include "data/database.h"
 #include "letters/frm_letter.h"
 #include "letters/template_library.h"
+#include "merge/merge_codes.h"
+#include "merge/replace_code.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
+#include "rental/tenant_lookups.h"
 #include "startup/print_one_letter.h"
 
 namespace tenora {
@@ -31,6 +35,14 @@ auto ReadAs(Convert convert, const CommandLine& line, const char* name, const ch
   const std::string value = line.GetCommandParameter(name, absent);
   return About([&] { return std::string(name) + "=\"" + value + "\""; },
                [&] { return convert(value); });
+}
+
+// Whether a receipt template shows the payment itself, not only what it did to the account.
+bool ShowsPayment(const RichTextBox& letter) {
+  return std::ranges::any_of(MergeCodesOf(TemplateKind::kTenant), [&](const MergeCode& code) {
+    return code.source == CodeSource::kLastPayment && code.name.starts_with("Last Payment") &&
+           SourceContains(letter, TagInSource(letter, code.name));
+  });
 }
 
 // Raises 13 (Type mismatch) or 6 (Overflow) for a value that is not a boolean or number.
@@ -62,7 +74,9 @@ class ReceiptCommand {
   // A failed query has been shown and reads as empty fields: such a letter is not a receipt.
   bool DatabaseFailed() const { return session_.database.ErrorsReported() != errors_before_; }
   bool BuildLetter();
+  bool LacksPayment();
   bool MergeLetter();
+  void TellOfLocalCopy();
   bool Print();
   bool Email();
   bool SaveCopy();
@@ -86,6 +100,7 @@ bool ReceiptCommand::Run() {
   if (!LoadRentalData() || DatabaseFailed()) return false;
   if (!BuildLetter()) return false;
   letter_.InsertPrompts();
+  TellOfLocalCopy();
 
   bool done = future_dates_inserted_;
   if (parameters_.to_printer) done = Print() && done;
@@ -130,7 +145,25 @@ bool ReceiptCommand::BuildLetter() {
     const TemplateLibrary library(session_.database.DataFolder());
     letter_.LoadLetter(library.PathOf(kTemplates, parameters_.format), kTemplates);
   });
-  return loaded && MergeLetter();
+  if (!loaded || LacksPayment()) return false;
+  return MergeLetter();
+}
+
+// A tenancy that never paid: the payment's fields would be empty. Found before the merge, which
+// may issue the building's next number. A reprint's payment has been found.
+bool ReceiptCommand::LacksPayment() {
+  if (parameters_.reprint != 0 || !ShowsPayment(letter_.rtfLetter)) return false;
+  const TenantRecord* const tenant = session_.caches.FindTenant(parameters_.tenant_code);
+  if (tenant == nullptr) return false;  // the merge reports it
+  const OpenedDatabase opened(session_.database);
+  const bool has_payment = HasPayment(session_, *tenant);
+  if (DatabaseFailed()) return true;
+  if (!has_payment) {
+    dialogs_.Say("The tenancy '" + parameters_.tenant_code + "' (" + tenant->KeyName +
+                     ") has no payment to make out a receipt for. Nothing was printed.",
+                 kLabel);
+  }
+  return !has_payment;
 }
 
 bool ReceiptCommand::MergeLetter() {
@@ -152,6 +185,16 @@ bool ReceiptCommand::MergeLetter() {
   // The letter is still printed with the code left in it: the user has been told.
   future_dates_inserted_ = outcome.future_dates_inserted;
   return outcome.receipt_number_issued;
+}
+
+// The payments of a copy may be old ones: the box at the failing open names the files only.
+void ReceiptCommand::TellOfLocalCopy() {
+  const auto& server = session_.database.UnreachableServer();
+  if (!server) return;
+  dialogs_.Say("This receipt is made from the copy of the database on this computer, because " +
+                   server->string() +
+                   " could not be reached. Check its payment before you hand it over.",
+               kLabel);
 }
 
 bool ReceiptCommand::Print() {

@@ -16,6 +16,10 @@ constexpr const char* kReceipt = R"(PRINTRECEIPT="T00001" FORMAT="Receipt")";
 
 class ReceiptCommand : public test::Agency {
  protected:
+  void Change(const std::string& sql) const {
+    const test::ProcessResult result = Run({"query", "--write", Database().string(), sql});
+    ASSERT_EQ(result.status, 0) << result.errors;
+  }
   // One value out of the sample database, through the program's own query command.
   std::string Ask(const std::string& sql) const {
     const test::ProcessResult result = Run({"query", test::SampleDatabase().string(), sql});
@@ -130,6 +134,46 @@ TEST_F(ReceiptCommand, RefusesToReprintAPaymentThatIsNotThere) {
     ExpectRefused(result, std::string("There is no payment with the number ") + number + ".");
     EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
   }
+}
+
+TEST_F(ReceiptCommand, RefusesAReceiptOfATenancyThatNeverPaid) {
+  StoreSetting("Receipt", "SaveCopy", "1");
+  const std::string in_building = "T00007";
+  Change("delete from revenues where tenant_code = '" + in_building + "'");
+  const std::string before = ReadWholeFile(Database());
+  for (const char* code : {"Last Payment Number", "Last Payment Amount", "Last Payment Date",
+                           "Last Payment Tender", "Last Payment Tax", "Last Payment Excl."}) {
+    // No number of the building's series is used up either.
+    WriteTemplate("Paid", std::string("<<BuildingReceiptNumber>> <<") + code + ">>");
+    const test::ProcessResult result =
+        Receipt("PRINTRECEIPT=\"" + in_building + "\" FORMAT=\"Paid\" TOPRINTER=\"False\"");
+    ExpectRefused(result, "The tenancy '" + in_building + "' (Mei Huang) has no payment");
+    EXPECT_THAT(result.errors, HasSubstr("General - ReceiptPrint"));
+  }
+  EXPECT_EQ(ReadWholeFile(Database()), before);
+  // The account can be shown without one.
+  WriteTemplate("Account", "<<Tenant Name>> owes <<Balance Owing>>");
+  EXPECT_EQ(Receipt("PRINTRECEIPT=\"" + in_building + "\" FORMAT=\"Account\"").status, 0);
+  EXPECT_THAT(PrintedText(), HasSubstr("Mei Huang owes"));
+}
+
+TEST_F(ReceiptCommand, SaysThatItIsMadeFromTheLocalCopy) {
+  const std::string said = "This receipt is made from the copy of the database on this computer";
+  const fs::path server = Home().parent_path() / "server/property.mdb";
+  StoreSetting("Settings", "Networkable", "1");
+  StoreSetting("Settings", "DatabaseLocation", server.string());
+  const test::ProcessResult local = Receipt(kReceipt);
+  EXPECT_EQ(local.status, 0) << local.errors;
+  EXPECT_THAT(local.errors, HasSubstr(said));
+  EXPECT_THAT(local.errors, HasSubstr(server.string() + " could not be reached"));
+  EXPECT_THAT(PrintedText(), HasSubstr("Noor Whaanga"));
+
+  fs::create_directory(server.parent_path());
+  fs::copy_file(Database(), server);
+  fs::copy(Home() / "Templates", server.parent_path() / "Templates", fs::copy_options::recursive);
+  const test::ProcessResult reached = Receipt(kReceipt);
+  EXPECT_EQ(reached.status, 0);
+  EXPECT_EQ(reached.errors, "");
 }
 
 TEST_F(ReceiptCommand, RefusesATemplateThatCannotBeLoaded) {
