@@ -70,7 +70,7 @@ int RunPrintCommand(const tenora::CommandLine& line, int& argc, char** argv) {
   };
   return WithPlatform(dialogs, [&](const Platform& platform) {
     Session session(platform);
-    return Main(CommandParts{line, session, make_printers, std::cout});
+    return Main(CommandParts{line, session, make_printers, std::cout, std::cerr});
   });
 }
 
@@ -85,7 +85,7 @@ int RunWindows(const tenora::CommandLine& line, int& argc, char** argv) {
   return WithPlatform(desktop.dialogs(), [&](const Platform& platform) {
     Session session(platform);
     const auto run = [&desktop](const CommandParts& parts) { return desktop.Run(parts); };
-    return Main(CommandParts{line, session, MakePrinters, std::cout, run});
+    return Main(CommandParts{line, session, MakePrinters, std::cout, std::cerr, run});
   });
 }
 

@@ -18,6 +18,8 @@ struct CommandParts {
   std::function<std::unique_ptr<printing::Printers>()> make_printers;
   // Results, one a line: "Printed: /home/office/Receipt.pdf".
   std::ostream& output;
+  // What somebody should know of a letter and nothing waits for, one a line.
+  std::ostream& errors;
   // The interactive start: runs until the main window is closed and gives the exit status. Empty
   // where there is no display.
   std::function<int(const CommandParts& parts)> show_main_window = {};

@@ -51,7 +51,7 @@ TEST_F(ChequeCommand, PrintsPayeeAndAmountHoweverTheLineWasTyped) {
       {{R"(PRINTCHEQUE="" VALUE="12.50 руб" FORMAT="Figures" PAYEE="J")"}, "Figures: 12.50"},
       {{R"(PRINTCHEQUE="" VALUE="0.005" FORMAT="Figures" PAYEE="J")"}, "Figures: 0.01"},
       {{R"(PRINTCHEQUE="" VALUE="999999.99" FORMAT="Trust" PAYEE="J")"},
-       "Cheque: 21/11/2026 J [Nine Hundred and Ninety Nine Thousand Nine Hundred |and Ninety Nine "
+       "Cheque: 21/11/2026 J [Nine Hundred and Ninety Nine Thousand Nine |Hundred and Ninety Nine "
        "Dollars and 99 Cents] 999999.99"},
       // Without words there is nothing that could differ from the figures.
       {{R"(PRINTCHEQUE="" VALUE="1000000" FORMAT="Figures" PAYEE="J")"}, "Figures: 1000000.00"},

@@ -264,12 +264,26 @@ TEST_F(ReceiptCommand, WithoutADisplayTheWindowsSaySo) {
   ExpectRefused(Run({"/NewFormsInstalled"}, "", no_display), "There is no display");
 }
 
-TEST_F(ReceiptCommand, PrintsALetterWithABadFutureDateButTellsOfIt) {
-  WriteTemplate("Dated", "By <<FutureDate:soon:Days>> <<Tenant Name>>");
-  const test::ProcessResult result = Receipt(R"(PRINTRECEIPT="T00001" FORMAT="Dated")");
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, HasSubstr("Error inserting future date.  Possible incorrect format"));
-  EXPECT_THAT(PrintedText(), HasSubstr("By <<FutureDate:soon:Days>> Noor Whaanga"));
+TEST_F(ReceiptCommand, HoldsALetterThatIsNotAsItShouldBeAndSaysWhy) {
+  StoreSetting("Receipt", "SaveCopy", "1");
+  const struct {
+    const char* text;
+    const char* answers;
+    const char* reason;
+  } cases[] = {
+      {"By <<FutureDate:soon:Days>>", "", "Noor Whaanga (T00001): FutureDate:soon:Days: "},
+      {"Dear <<Tenant Nmae>>", "", "Noor Whaanga (T00001): Tenant Nmae: "},
+      {"<<?A?>> <<?Who signs?>>", "Ann\n", "Noor Whaanga (T00001): Who signs: "},
+      {"<<?Which house?>>", "5\\99 High St\n", "\"5\\99 High St\" does not stand in the letter"},
+      {"<<?Which house?>>", "Close } brace\n", "\"Close } brace\" does not stand in the letter"},
+  };
+  for (const auto& c : cases) {
+    WriteTemplate("Held", c.text);
+    const test::ProcessResult result =
+        Run({R"(PRINTRECEIPT="T00001" FORMAT="Held" TOEMAIL="True")"}, c.answers);
+    ExpectRefused(result, c.reason);
+    EXPECT_THAT(result.errors, HasSubstr("Otherwise nothing is printed or sent. [No]")) << c.text;
+  }
 }
 
 TEST_F(ReceiptCommand, AsksPromptsOnTheTerminal) {

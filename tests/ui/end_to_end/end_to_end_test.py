@@ -121,6 +121,18 @@ class Windows(unittest.TestCase):
             shown.answer("Print", "Return")
             self.assertIn("Printed: ", command.communicate()[0])
 
+    def test_a_receipt_that_is_not_as_it_should_be_leaves_on_a_word_only(self):
+        line = 'PRINTRECEIPT="T00001" FORMAT="Held"'
+        with screen.Screen(sys.argv[1]) as shown:
+            (shown.home / "Templates/Held.rtf").write_text(r"{\rtf1 Dear <<Tenant Nmae>>}")
+            for key, status, printed in ("alt+n", 1, 0), ("Escape", 1, 0), ("alt+y", 0, 1):
+                with subprocess.Popen([sys.argv[1], line], env=shown.environment, text=True,
+                                      stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                      stderr=subprocess.DEVNULL) as command:
+                    shown.answer("General - ReceiptPrint", key)
+                    self.assertEqual(command.communicate()[0].count("Printed: "), printed)
+                self.assertEqual(command.returncode, status)
+
     def test_from_a_template_to_a_letter_on_paper_and_in_the_mail(self):
         with screen.Screen(sys.argv[1]) as self.screen, \
                 MailServer(self.screen.folder / "mail") as server:

@@ -41,8 +41,9 @@ class MainWindow : public ::testing::Test {
   MainWindow() { session_.settings.SaveSettingText("Mail", "FormsAtStartup", "1"); }
 
   void Load() {
-    parts_ = std::make_unique<CommandParts>(CommandParts{
-        line_, session_, [this] { return std::make_unique<FewPrinters>(printers_); }, std::cout});
+    parts_ = std::make_unique<CommandParts>(
+        CommandParts{line_, session_, [this] { return std::make_unique<FewPrinters>(printers_); },
+                     std::cout, std::cerr});
     window_ = std::make_unique<frmMain>(*parts_);
     window_->MDIForm_Load();
   }
