@@ -1,5 +1,6 @@
 #include "data/options.h"
 
+#include "data/sql_text.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
 
@@ -29,7 +30,7 @@ const std::string& Options::ExtraChargeCodes() {
   if (!set) return kNoCodes;
   std::string codes(kNoCodes, 0, kNoCodes.size() - 1);
   while (!database_.DataEOF(set)) {
-    codes.append(",'").append(TextOf(set->Field("gl_code"))).append("'");
+    codes.append(",").append(SQLText(TextOf(set->Field("gl_code"))));
     database_.MoveNext(set);
   }
   database_.DataClose(set);

@@ -40,29 +40,35 @@ std::int64_t StoredNumber(const std::string& text) {
 }
 
 // The first letter for a building. Where the account code exists already, made for another
-// building, no counter is written and the next letter gets 1000 again: this is deliberate.
-void BeginSeries(Session& session, const std::string& building) {
+// building, no counter is written and the next letter gets 1000 again: this is deliberate. False
+// then.
+bool BeginSeries(Session& session, const std::string& building) {
   const std::string account = session.database.LookupText(
       "gl_code", "glcodes", " where gl_code = 'NxtReceipt' and type = 202", "");
-  if (!account.empty()) return;
+  if (!account.empty()) return false;
   CreateReceiptNumberRecords(session, kCounterField, "Next Receipt Number", kFirstNumber, building);
+  return true;
 }
 
+struct IssuedNumber {
+  std::string text;
+  bool stored = true;  // false: it is given again to the next letter
+};
+
 // The number for this letter; it is stored with the commit.
-std::string AdvanceCounter(Session& session, const std::string& building) {
+IssuedNumber AdvanceCounter(Session& session, const std::string& building) {
   Database& database = session.database;
   RecordsetPtr counter;
   database.CreateSet(counter, "select * from custom_fields" + CounterCondition(building),
                      query::kForwardOnly, query::kReadOnly);
   if (database.DataIsEmpty(counter)) {
-    BeginSeries(session, building);
-    return kFirstNumber;
+    return {kFirstNumber, BeginSeries(session, building)};
   }
   const std::int64_t last = StoredNumber(TextOf(counter->Field("value")));
   const std::string next = std::to_string((last == 0 ? 999 : last) + 1);
   database.ExecuteSQL("update custom_fields set [value] = '" + next + "'" +
                       CounterCondition(building));
-  return next;
+  return {next};
 }
 
 }  // namespace
@@ -92,9 +98,13 @@ bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view pro
   }
   Database::Transaction transaction(session.database);
   if (!transaction.IsOpen()) return false;
-  const std::string number = AdvanceCounter(session, building);
+  const IssuedNumber number = AdvanceCounter(session, building);
   if (!transaction.Commit()) return false;
-  ReplaceCode(target, kBuildingReceiptNumber, number);
+  if (!number.stored) {
+    target.letter.Notes.Add(
+        {MergeFact::kNumberAgain, std::string(kBuildingReceiptNumber), number.text, {}});
+  }
+  ReplaceCode(target, kBuildingReceiptNumber, number.text);
   return true;
 }
 

@@ -16,6 +16,7 @@ std::optional<RuntimeError> InsertChequeDetails(const MergeTarget& target, const
     const MergeSource source{.session = target.session,
                              .letter = target.letter,
                              .now = target.session.platform.clock.Now(),
+                             .notes = target.letter.Notes,
                              .cheque = &cheque};
     for (const MergeCode& code : MergeCodesOf(TemplateKind::kCheque)) {
       FillCode(target, code, source);

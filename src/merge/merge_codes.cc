@@ -6,6 +6,7 @@
 #include "merge/merge_source.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/conversion.h"
+#include "platform/runtime/error.h"
 #include "platform/runtime/format.h"
 #include "rental/tenant_lookups.h"
 
@@ -14,9 +15,37 @@ namespace {
 
 using S = const MergeSource&;
 
-std::string LongDate(S s, Date date) { return s.session.platform.locale.LongDate(date); }
+// The year of the empty date, and of the day after it: neither may appear on paper.
+constexpr int kEmptyYear = 1899;
+
+std::string LongDate(S s, Date date) {
+  if (date.Year() == kEmptyYear) {
+    s.notes.Add(MergeFact::kNoDate);
+    return "";
+  }
+  std::string text = s.session.platform.locale.LongDate(date);
+  if (date.Year() == kNoDateYear) s.notes.Add(MergeFact::kPlaceholder, text);
+  return text;
+}
+
+// Without an inspection the present time is given, and noted.
+std::string Inspection(S s, bool next) {
+  const auto date = FindInspection(s.session, next, s.letter.TenantCode);
+  if (date && (date->Year() == kEmptyYear || date->Year() == kNoDateYear)) {
+    return LongDate(s, *date);
+  }
+  std::string text = InspectionDate(s.session, date);
+  if (!date) s.notes.Add(MergeFact::kPlaceholder, text);
+  return text;
+}
 
 std::string Money(S s, double amount) { return MoneyText(s.session.platform.locale, amount); }
+
+// A fee that is missing stops the letters that print it, no others.
+double FeeValue(S s) {
+  if (s.owner->FeeValue) return *s.owner->FeeValue;
+  throw StandardError(error_number::kTypeMismatch, "column \"fee_value\": owner " + s.owner->Code);
+}
 
 // The present balance and paid-to dates say nothing about an earlier payment: a receipt letter
 // leaves them empty.
@@ -54,16 +83,14 @@ constexpr MergeCode kTenantCodes[] = {
      [](S s) { return Money(s, s.tenant->LastPaymentExclusive); }},
     {"Last Payment Tender", CodeSource::kLastPayment,
      [](S s) { return s.tenant->LastPaymentTender; }},
-    {"Balance Owing", CodeSource::kLastPayment,
+    {"Balance Owing", CodeSource::kRentAccount,
      [](S s) { return IsReceipt(s) ? "" : Money(s, s.tenant->BalanceOwing); }},
-    {"Paid To Date", CodeSource::kLastPayment,
+    {"Paid To Date", CodeSource::kRentAccount,
      [](S s) { return IsReceipt(s) ? "" : LongDate(s, s.tenant->PaidToDate); }},
-    {"Previous Paid To Date", CodeSource::kLastPayment,
+    {"Previous Paid To Date", CodeSource::kRentAccount,
      [](S s) { return IsReceipt(s) ? "" : LongDate(s, s.tenant->PreviousPaidToDate); }},
-    {"Last Inspection", CodeSource::kTenancy,
-     [](S s) { return InspectionDate(s.session, false, s.letter.TenantCode); }},
-    {"Next Inspection", CodeSource::kTenancy,
-     [](S s) { return InspectionDate(s.session, true, s.letter.TenantCode); }},
+    {"Last Inspection", CodeSource::kTenancy, [](S s) { return Inspection(s, false); }},
+    {"Next Inspection", CodeSource::kTenancy, [](S s) { return Inspection(s, true); }},
     {kPromptMessageItem, CodeSource::kMenuCommand, nullptr},
     {"Property Code", CodeSource::kTenancy, [](S s) { return s.tenant->PropertyCode; }},
     {"Property Owners Name", CodeSource::kTenancy,
@@ -75,11 +102,11 @@ constexpr MergeCode kTenantCodes[] = {
     {"Monthly Rent Date", CodeSource::kTenancy,
      [](S s) { return std::to_string(s.tenant->MonthlyDay); }},
     {"ID Number", CodeSource::kTenancy, [](S s) { return s.tenant->IdNumber; }},
-    {"Current Period Start", CodeSource::kLastPayment,
+    {"Current Period Start", CodeSource::kRentAccount,
      [](S s) { return LongDate(s, s.tenant->LastPeriodFrom); }},
-    {"Current Period End", CodeSource::kLastPayment,
+    {"Current Period End", CodeSource::kRentAccount,
      [](S s) { return LongDate(s, s.tenant->LastPeriodTo); }},
-    {"Next Period Start", CodeSource::kLastPayment,
+    {"Next Period Start", CodeSource::kRentAccount,
      [](S s) { return LongDate(s, s.tenant->LastPeriodTo.AddDays(1)); }},
     {"Tenant Code", CodeSource::kTenancy, [](S s) { return s.tenant->Reference; }},
     {"Next Rent Change Date", CodeSource::kTenancy,
@@ -111,7 +138,7 @@ constexpr MergeCode kOwnerCodes[] = {
     {"Email Address", CodeSource::kOwner, [](S s) { return s.owner->Email; }},
     // Plain numbers, unlike a tenant's amounts: 12.5, 100, 0.
     {"Fee Percent", CodeSource::kOwner, [](S s) { return s.owner->FeePercent; }},
-    {"Fee Value", CodeSource::kOwner, [](S s) { return NumberText(s.owner->FeeValue); }},
+    {"Fee Value", CodeSource::kOwner, [](S s) { return NumberText(FeeValue(s)); }},
     {"Tax Number", CodeSource::kOwner, [](S s) { return s.owner->IrdNumber; }},
     {"Bank Account Name", CodeSource::kOwner, [](S s) { return s.owner->AccountName; }},
     {"Bank Account Number", CodeSource::kOwner, [](S s) { return s.owner->AccountNumber; }},

@@ -19,7 +19,9 @@ enum class TemplateKind { kTenant, kOwner, kCheque };
 enum class CodeSource {
   kClock,        // filled even for a tenancy that is not found
   kTenancy,      // the cached record, or a look-up of its own
-  kLastPayment,  // fields of the cached record that the last-payment look-up fills first
+  kLastPayment,  // fields of the cached record that the last-payment look-up fills first: of the
+                 // payment itself
+  kRentAccount,  // the same look-up's balance, paid-to dates and rent period
   kOwner,
   kCheque,
   kMenuCommand,  // an entry of the insert menu that no merge replaces

@@ -21,7 +21,9 @@ struct MergeSource {
   Session& session;
   const LetterMembers& letter;
   Date now;
+  MergeNotes& notes;  // of what is wrong with a value
   const TenantRecord* tenant = nullptr;
+  bool payment_found = true;  // false: the fields of the last payment are empty
   const OwnerRecord* owner = nullptr;
   const ChequeDetails* cheque = nullptr;
 };

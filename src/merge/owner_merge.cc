@@ -19,6 +19,7 @@ void FillFrom(const MergeTarget& target, const OwnerRecord& owner, OwnerMergeOut
   const MergeSource source{.session = target.session,
                            .letter = target.letter,
                            .now = target.session.platform.clock.Now(),
+                           .notes = target.letter.Notes,
                            .owner = &owner};
   for (const MergeCode& code : MergeCodesOf(TemplateKind::kOwner)) FillCode(target, code, source);
   if (SourceContains(target.editor, std::string(kCodeStart).append(kOwnerCustomPrefix))) {

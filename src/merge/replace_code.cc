@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "merge/merge_source.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
 
@@ -119,6 +120,9 @@ void ReplaceCode(const MergeTarget& target, std::string_view code_name, std::str
 void FillCode(const MergeTarget& target, const MergeCode& code, const MergeSource& source) {
   if (code.value == nullptr || !CodePresent(target, code.name)) return;
   target.letter.Notes.Begin(code.name);
+  if (code.source == CodeSource::kLastPayment && !source.payment_found) {
+    target.letter.Notes.Add(MergeFact::kNoPayment);
+  }
   ReplacePresent(target, code.name,
                  About([&] { return std::string(kCodeStart).append(code.name).append(kCodeEnd); },
                        [&] { return code.value(source); }));

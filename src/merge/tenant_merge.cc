@@ -26,16 +26,16 @@ void ReplaceClockCodes(const MergeTarget& target, const MergeSource& source) {
 
 // Fills the other codes of a found tenancy. Look-ups are run only for codes that the letter holds:
 // each costs a query or more, and an absent code must cost one search.
-void ReplaceTenancyCodes(const MergeTarget& target, const MergeSource& source,
-                         TenantRecord& tenant) {
+void ReplaceTenancyCodes(const MergeTarget& target, MergeSource& source, TenantRecord& tenant) {
   const auto codes = MergeCodesOf(TemplateKind::kTenant);
   bool last_payment_known = false;
   const auto needs_last_payment = [&](const MergeCode& code) {
-    return !last_payment_known && code.source == CodeSource::kLastPayment &&
+    return !last_payment_known &&
+           (code.source == CodeSource::kLastPayment || code.source == CodeSource::kRentAccount) &&
            CodePresent(target, code.name);
   };
   const auto run_last_payment = [&] {
-    LastPayment(target.session, tenant, target.letter.ReceiptNumber);
+    source.payment_found = LastPayment(target.session, tenant, target.letter.ReceiptNumber);
     last_payment_known = true;
   };
   // Before the first replacement, so that a failing look-up leaves the letter as it is.
@@ -79,7 +79,7 @@ TenantMergeOutcome InsertTenantDetails(const MergeTarget& target) {
     if (letter.TenantCode.empty()) {
       letter.TenantCode = caches.ReferenceByKeyName(letter.RecipientName);
     }
-    MergeSource source{target.session, letter, target.session.platform.clock.Now()};
+    MergeSource source{target.session, letter, target.session.platform.clock.Now(), letter.Notes};
     ReplaceClockCodes(target, source);
     TenantRecord* const tenant = caches.FindTenant(letter.TenantCode);
     outcome.tenant_found = tenant != nullptr;

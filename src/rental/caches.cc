@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
+#include <utility>
 
-#include "platform/dialogs/guard.h"
+#include "platform/dialogs/dialogs.h"
 #include "platform/runtime/conversion.h"
+#include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -28,53 +31,66 @@ constexpr std::string_view kTenantQuery =
     "property.address3, name, rentreviewdate from tenancy inner join property on "
     "tenancy.[property code] = property.code order by name, closed_yn desc";
 
-// A record whose loaded fields are at their defaults, so that a field that fails to load does not
-// show another tenancy's value. The payment fields stay what the last LastPayment left in the
-// element of this index, whichever tenancy that was: this is deliberate, and the merge fills them
-// again before it reads them.
-TenantRecord WithPaymentOf(const TenantRecord& earlier) {
-  TenantRecord tenant;
-  tenant.LastPaymentDate = earlier.LastPaymentDate;
-  tenant.LastPaymentAmount = earlier.LastPaymentAmount;
-  tenant.BalanceOwing = earlier.BalanceOwing;
-  tenant.LastPaymentTax = earlier.LastPaymentTax;
-  tenant.LastPaymentExclusive = earlier.LastPaymentExclusive;
-  tenant.PaidToDate = earlier.PaidToDate;
-  tenant.LastPaymentNumber = earlier.LastPaymentNumber;
-  tenant.LastPeriodFrom = earlier.LastPeriodFrom;
-  tenant.LastPeriodTo = earlier.LastPeriodTo;
-  tenant.LastPaymentTender = earlier.LastPaymentTender;
-  tenant.PreviousPaidToDate = earlier.PreviousPaidToDate;
-  return tenant;
-}
+// The errors of a load, shown as one however many rows have them.
+class LoadErrors {
+ public:
+  // Runs one statement, which fills a record from a column; where it fails, the next is run.
+  template <typename Statement>
+  void Step(std::string_view column, const std::string& row, Statement&& statement) {
+    try {
+      About([&] { return row; }, std::forward<Statement>(statement));
+    } catch (...) {
+      if (!first_) first_ = CurrentError();
+      ++count_;
+      ++columns_[std::string(column)];
+    }
+  }
+
+  void Show(Dialogs& dialogs) const {
+    if (!first_) return;
+    std::string text = ErrorText(*first_);
+    if (count_ > 1) {
+      text += "\r\n\r\nThere are " + std::to_string(count_) +
+              " such fields in the tables tenancy and property, by column:";
+      for (const auto& [column, count] : columns_) {
+        text += "\r\n" + column + ": " + std::to_string(count);
+      }
+    }
+    dialogs.Say(text, "CacheTenants");
+  }
+
+ private:
+  std::optional<RuntimeError> first_;
+  std::size_t count_ = 0;
+  std::map<std::string, std::size_t> columns_;
+};
 
 std::string FrequencyText(const Value& every_amt, const std::string& every_freq) {
   return ToDouble(every_amt) == 1 ? every_freq : TextOf(every_amt) + " " + every_freq + "s";
 }
 
-// Every statement is a step of its own: one that fails is shown, and the next one is run.
-void FillTenant(ResumeNext& shown, const query::Recordset& row, TenantRecord& tenant) {
-  const auto step = [&](const auto& statement) {
-    shown([&] { About([&] { return "tenancy " + tenant.Reference; }, statement); });
+void FillTenant(LoadErrors& errors, const query::Recordset& row, TenantRecord& tenant) {
+  const auto fill = [&](std::string_view column, const auto& statement) {
+    errors.Step(column, "tenancy " + tenant.Reference, statement);
   };
   const auto text = [&](std::string& field, std::string_view column) {
-    step([&] { field = TextOf(row.Field(column)); });
+    fill(column, [&] { field = TextOf(row.Field(column)); });
   };
   const auto number = [&](double& field, std::string_view column) {
-    step([&] { field = FieldAs(ToDouble, row, column); });
+    fill(column, [&] { field = FieldAs(ToDouble, row, column); });
   };
   const auto date = [&](Date& field, std::string_view column) {
-    step([&] { field = FieldAs(ToDate, row, column); });
+    fill(column, [&] { field = FieldAs(ToDate, row, column); });
   };
   text(tenant.Reference, "reference");
-  step([&] { tenant.Closed = FieldAs(ToBool, row, "closed_yn"); });
-  step([&] { tenant.KeyName = SafeName(TextOf(row.Field("name"))); });
+  fill("closed_yn", [&] { tenant.Closed = FieldAs(ToBool, row, "closed_yn"); });
+  fill("name", [&] { tenant.KeyName = SafeName(TextOf(row.Field("name"))); });
   tenant.DisplayName = tenant.KeyName;
   if (tenant.Closed) tenant.DisplayName = "(Closed) " + tenant.DisplayName;
   text(tenant.PropertyAddress1, "address1");
   text(tenant.PropertyAddress2, "address2");
   text(tenant.PropertyAddress3, "address3");
-  step([&] {
+  fill("every_amt", [&] {
     const std::string every_freq = TextOf(row.Field("every_freq"));
     tenant.FrequencyText =
         FieldAs([&](const Value& every_amt) { return FrequencyText(every_amt, every_freq); }, row,
@@ -95,7 +111,7 @@ void FillTenant(ResumeNext& shown, const query::Recordset& row, TenantRecord& te
   text(tenant.TenantAddress1, "a1");
   text(tenant.TenantAddress2, "a2");
   text(tenant.TenantAddress3, "a3");
-  step([&] { tenant.MonthlyDay = FieldAs(ToInt16, row, "monthly_day"); });
+  fill("monthly_day", [&] { tenant.MonthlyDay = FieldAs(ToInt16, row, "monthly_day"); });
   text(tenant.IdNumber, "id_number");
   date(tenant.RentReviewDate, "RentReviewDate");
 }
@@ -104,6 +120,19 @@ void FillTenant(ResumeNext& shown, const query::Recordset& row, TenantRecord& te
 std::string PercentText(const Value& percent) {
   const double* const number = std::get_if<double>(&percent);
   return number != nullptr ? SingleText(*number) : TextOf(percent);
+}
+
+// A missing flag is not set.
+bool FlagOf(const query::Recordset& row, std::string_view column) {
+  return FieldAs([](const Value& flag) { return ToBool(NullTo(flag, Value(false))); }, row, column);
+}
+
+std::optional<double> FeeOf(const Value& fee) {
+  try {
+    return ToDouble(TextOf(fee));
+  } catch (const RuntimeError&) {
+    return std::nullopt;  // only a letter that prints the fee is affected
+  }
 }
 
 OwnerRecord& FillOwner(OwnerRecord& owner, const query::Recordset& row) {
@@ -124,10 +153,8 @@ OwnerRecord& FillOwner(OwnerRecord& owner, const query::Recordset& row) {
   owner.FeePercent = PercentText(row.Field("fee_percent"));
   owner.AccountName = TextOf(row.Field("account_name"));
   owner.AccountNumber = TextOf(row.Field("account_number"));
-  owner.ClosedStatus = FieldAs(ToBool, row, "ClosedStatus");
-  // Converted from its text: a null is then an empty text, which is not a number.
-  owner.FeeValue =
-      FieldAs([](const Value& fee) { return ToDouble(TextOf(fee)); }, row, "fee_value");
+  owner.ClosedStatus = FlagOf(row, "ClosedStatus");
+  owner.FeeValue = FeeOf(row.Field("fee_value"));
   return owner;
 }
 
@@ -145,16 +172,12 @@ void Caches::Load(Database& database, const std::function<void(const LoadStep&)>
 }
 
 void Caches::CacheTenants(Database& database) {
-  ResumeNext step(database.platform().dialogs, "CacheTenants");
-  std::size_t count = 0;
-  ForEachRow(database, kTenantQuery, [&](const query::Recordset& row) {
-    ++count;
-    if (Tenants.size() < count) Tenants.emplace_back();
-    TenantRecord& tenant = Tenants[count - 1];
-    tenant = WithPaymentOf(tenant);
-    FillTenant(step, row, tenant);
-  });
-  Tenants.resize(count);
+  // Nothing of an earlier load stays: the payment of an index may be another tenancy's.
+  Tenants.clear();
+  LoadErrors errors;
+  ForEachRow(database, kTenantQuery,
+             [&](const query::Recordset& row) { FillTenant(errors, row, Tenants.emplace_back()); });
+  errors.Show(database.platform().dialogs);
 }
 
 void Caches::CacheOwners(Database& database) {
@@ -177,7 +200,7 @@ void Caches::CacheProperties(Database& database) {
     PropertyRecord& property = Properties.emplace_back();
     property.Code = TrimBlanks(code);
     property.OwnerName = SafeName(TextOf(row.Field("name")));
-    property.ClosedStatus = FieldAs(ToBool, row, "ClosedStatus");
+    property.ClosedStatus = FlagOf(row, "ClosedStatus");
     property.Email = TextOf(row.Field("email"));
   });
 }
@@ -189,7 +212,7 @@ void Caches::CacheAccountCodes(Database& database) {
     account.GlCode = TextOf(row.Field("gl_code"));
     account.Description = TextOf(row.Field("description"));
     account.Type = FieldAs(ToInt16, row, "type");
-    account.ExcludeCashflow = FieldAs(ToBool, row, "exclude_cashflow");
+    account.ExcludeCashflow = FlagOf(row, "exclude_cashflow");
   });
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,7 +58,7 @@ struct OwnerRecord {
   std::string FeePercent;
   std::string AccountName, AccountNumber;
   bool ClosedStatus = false;
-  double FeeValue = 0;
+  std::optional<double> FeeValue;  // none where the database has none, or no number
 };
 
 struct PropertyRecord {
@@ -84,9 +85,11 @@ class Caches {
   using LoadStep = std::function<void()>;
   void Load(Database& database, const std::function<void(const LoadStep& load)>& run);
 
-  // Errors are shown one by one under "CacheTenants" and the load goes on with the next field.
+  // A field that cannot be converted keeps its default and the load goes on with the next; at the
+  // end one box titled "CacheTenants" shows the first such error and how many there were where.
   void CacheTenants(Database& database);
-  // Errors pass to the caller; the list holds the rows up to the failing one.
+  // Errors pass to the caller; the list holds the rows up to the failing one. A missing fee or flag
+  // is no error.
   void CacheAccountCodes(Database& database);
   void CacheOwners(Database& database);
   void CacheProperties(Database& database);

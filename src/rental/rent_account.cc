@@ -95,7 +95,7 @@ Payments ReadPayments(Session& session, const std::string& code) {
                           "select sum(amount)+0 as paid from revenues where [revenue group] = " +
                               SQLText(rent_group) + " and tenant_code = " + SQLText(code));
   payments.rent_group_pays_extra_charges =
-      extra_codes.find("'" + rent_group + "'") != std::string::npos;
+      extra_codes.find(SQLText(rent_group)) != std::string::npos;
   payments.period_by_period = session.options.WhatPaysFirst() == 1;
   if (!payments.rent_group_pays_extra_charges) {
     payments.extra_charges = PaidSum(

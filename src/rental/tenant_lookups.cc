@@ -41,11 +41,22 @@ std::string PaymentQuery(const TenantRecord& tenant, const std::string& rent_gro
          " order by date desc, recordnumber desc";
 }
 
-// Without a row the fields keep their values.
-void ReadPayment(Session& session, const std::string& sql, TenantRecord& tenant) {
+// What an earlier look-up has left is of another payment.
+void ClearPayment(TenantRecord& tenant) {
+  tenant.LastPaymentDate = Date();
+  tenant.LastPaymentAmount = 0;
+  tenant.LastPaymentNumber = 0;
+  tenant.LastPaymentTax = 0;
+  tenant.LastPaymentExclusive = 0;
+  tenant.LastPaymentTender.clear();
+}
+
+// Without a row the fields are empty, and the result is false.
+bool ReadPayment(Session& session, const std::string& sql, TenantRecord& tenant) {
+  ClearPayment(tenant);
   RecordsetPtr row;
   session.database.CreateSet(row, sql, query::kForwardOnly, query::kReadOnly);
-  if (session.database.DataIsEmpty(row)) return;
+  if (session.database.DataIsEmpty(row)) return false;
   const Currency amount = AmountOf(*row, "amount");
   const Currency tax = AmountOf(*row, "tax");
   tenant.LastPaymentDate = FieldAs(ToDate, *row, "date");
@@ -54,6 +65,7 @@ void ReadPayment(Session& session, const std::string& sql, TenantRecord& tenant)
   tenant.LastPaymentTax = tax.ToDouble();
   tenant.LastPaymentExclusive = (amount - tax).ToDouble();
   tenant.LastPaymentTender = TextOf(row->Field("tender"));
+  return true;
 }
 
 }  // namespace
@@ -68,15 +80,20 @@ std::string NextRentChangeValue(Session& session, std::string_view tenant_code) 
   return IsNull(rent) ? "" : session.platform.locale.CurrencyText(ToDouble(rent));
 }
 
-std::string InspectionDate(Session& session, bool next, std::string_view tenant_code) {
+std::optional<Date> FindInspection(Session& session, bool next, std::string_view tenant_code) {
   const Clock& clock = session.platform.clock;
-  const Locale& locale = session.platform.locale;
   std::string sql = "select top 1 inspection_date from insp_schedule where tenant_code = " +
                     SQLText(tenant_code) + " and inspection_date ";
   sql += (next ? "> " : "<= ") + SQLDateTime(clock.Today());
   sql += next ? " order by inspection_date" : " order by inspection_date desc";
-  const Date date =
-      ToDate(NullTo(FirstValue(session.database, sql, "inspection_date"), Value(clock.Now())));
+  const Value date = FirstValue(session.database, sql, "inspection_date");
+  if (IsNull(date)) return std::nullopt;
+  return ToDate(date);
+}
+
+std::string InspectionDate(Session& session, std::optional<Date> inspection) {
+  const Locale& locale = session.platform.locale;
+  const Date date = inspection.value_or(session.platform.clock.Now());
   const CalendarTime time = date.Calendar();
   if (time.hour == 0 && time.minute == 0) return locale.LongDate(date);
   return locale.LongDate(date) + " " + locale.MediumTime(date);
@@ -91,7 +108,7 @@ bool HasPayment(Session& session, const TenantRecord& tenant) {
   return !database.DataIsEmpty(row);
 }
 
-void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_number) {
+bool LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_number) {
   Database& database = session.database;
   const std::string rent_group = database.LookupText("rent_group", "Options", "", "");
   const RentAccount account(session, tenant.Reference);
@@ -104,7 +121,7 @@ void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
   tenant.LastPeriodTo =
       database.LookupDate("top 1 period_to", "rent_periods", latest_period, Date());
 
-  ReadPayment(session, PaymentQuery(tenant, rent_group, receipt_number), tenant);
+  const bool found = ReadPayment(session, PaymentQuery(tenant, rent_group, receipt_number), tenant);
 
   const std::string latest_rent_payment = " where [revenue group] = " + SQLText(rent_group) +
                                           " and [property code] = " + SQLText(tenant.PropertyCode) +
@@ -114,6 +131,7 @@ void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
       LeadingNumber(database.LookupText("top 1 amount", "revenues", latest_rent_payment, "0"));
   tenant.PaidToDate = account.PaidToDate(0);
   tenant.PreviousPaidToDate = account.PaidToDate(rent_payment);
+  return found;
 }
 
 std::string OwnerNameOfProperty(Session& session, std::string_view property_code) {

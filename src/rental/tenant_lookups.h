@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,13 +15,15 @@ namespace tenora {
 std::string NextRentChangeDate(Session& session, std::string_view tenant_code);
 std::string NextRentChangeValue(Session& session, std::string_view tenant_code);
 
-// The next or the last inspection as a long date, with a medium time unless it is at midnight;
-// without any inspection the current date and time.
-std::string InspectionDate(Session& session, bool next, std::string_view tenant_code);
+// The next or the last inspection; none where none is stored.
+std::optional<Date> FindInspection(Session& session, bool next, std::string_view tenant_code);
+// An inspection as a long date, with a medium time unless it is at midnight; without one the
+// current date and time.
+std::string InspectionDate(Session& session, std::optional<Date> inspection);
 
 // Fills the payment, balance and paid-to fields of one cached tenant; receipt number 0 means the
-// latest payment.
-void LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_number);
+// latest payment. False without such a payment: its fields are then empty.
+bool LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_number);
 
 // Whether a tenancy has a payment that LastPayment finds as its latest.
 bool HasPayment(Session& session, const TenantRecord& tenant);

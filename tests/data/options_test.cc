@@ -57,9 +57,9 @@ TEST_F(OptionsTest, ListsExtraChargeCodesForAnInClause) {
   EXPECT_EQ(platform_.dialogs.Texts().size(), 1u);
   Result(kCodesQuery) = {.fields = {"gl_code"},
                          .rows = {{std::string("WATER")}, {std::string("O'D")}, {Null{}}}};
-  EXPECT_EQ(options_.ExtraChargeCodes(), "('xydhgus','WATER','O'D','')");
+  EXPECT_EQ(options_.ExtraChargeCodes(), "('xydhgus','WATER','O''D','')");
   Result(kCodesQuery).rows.clear();
-  EXPECT_EQ(options_.ExtraChargeCodes(), "('xydhgus','WATER','O'D','')");
+  EXPECT_EQ(options_.ExtraChargeCodes(), "('xydhgus','WATER','O''D','')");
   EXPECT_EQ(Options(database_).ExtraChargeCodes(), "('xydhgus')");
   EXPECT_EQ(script_.closed_sets, 2);
 }

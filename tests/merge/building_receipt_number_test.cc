@@ -50,8 +50,11 @@ TEST_F(BuildingReceiptNumber, ASecondBuildingWithoutCounterStaysAtAThousand) {
   const std::string other = session_.database.LookupText(
       "code", "property", "where parent_property <> 'PR00001' and parent_property <> ''", "");
   ASSERT_NE(other, "");
+  EXPECT_THAT(letter_.Notes.All(), IsEmpty());
   EXPECT_EQ(Issue(other.c_str()), "[1000]");
   EXPECT_EQ(Issue(other.c_str()), "[1000]");
+  ASSERT_EQ(letter_.Notes.All().size(), 1U);
+  EXPECT_EQ(letter_.Notes.All().front().fact, MergeFact::kNumberAgain);
   EXPECT_EQ(Stored(), "1000");
 }
 

@@ -27,6 +27,7 @@ class InsertOwnerDetailsTest : public test::MergeTest {
     OwnerRecord& owner = session_.caches.Owners.emplace_back();
     owner.Name = name;
     owner.Code = code;
+    owner.FeeValue = 0;
   }
   std::string Merge(const std::string& source, const std::string& recipient) {
     letter_.LetterTitle = "Statement";
@@ -103,6 +104,17 @@ TEST_F(InsertOwnerDetailsTest, KeepsWhatWasReplacedWhenAnErrorEndsIt) {
   WriteWholeFile(machine_.ProgramFolder() / "property.mdb", "no database");
   EXPECT_EQ(Merge("<<Name>> <<OCustom:A>>", "Jane"), "Jane <<OCustom:A>>");
   EXPECT_TRUE(outcome_.error);
+}
+
+TEST_F(InsertOwnerDetailsTest, StopsForAMissingFeeOnlyWhereItIsPrinted) {
+  machine_.InstallSampleDatabase();
+  AddOwner("Feeless", "OW999");
+  session_.caches.Owners.back().FeeValue.reset();
+  EXPECT_EQ(Merge("<<Code>> <<Fee Percent>>", "Feeless"), "OW999 ");
+  EXPECT_FALSE(outcome_.error);
+  EXPECT_EQ(Merge("<<Code>> <<Fee Value>>", "Feeless"), "OW999 <<Fee Value>>");
+  ASSERT_TRUE(outcome_.error);
+  EXPECT_THAT(ErrorText(*outcome_.error), testing::HasSubstr("owner OW999"));
 }
 
 }  // namespace

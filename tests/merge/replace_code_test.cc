@@ -43,6 +43,32 @@ TEST_F(ReplaceCodeTest, PutsValuesInAsSourceWithOnlyForeignCharactersEscaped) {
   }
 }
 
+TEST_F(ReplaceCodeTest, KeepsAValueApartFromAControlWordBeforeIt) {
+  const struct {
+    const char* before;
+    const char* value;
+  } cases[] = {{R"(\b)", "5 High St"}, {R"(\b)", "Jane"},    {R"(\b)", " two  blanks"},
+               {R"(\b)", "-5"},        {R"(\f0)", "5 High"}, {R"(\f0)", "Jane"},
+               {R"(\\b)", "5"},        {R"(\b )", "Jane"},   {R"({\b})", "Jane"},
+               {R"(\li-20)", "5"}};
+  for (const auto& c : cases) {
+    Letter(std::string(c.before).append("<<Fax>>"));
+    ReplaceCode(target_, "Fax", c.value);
+    EXPECT_TRUE(Shown().ends_with(c.value)) << c.before << ": " << Shown();
+  }
+  Letter(R"(\b<<Fax>>5)");
+  ReplaceCode(target_, "Fax", "");
+  EXPECT_EQ(Shown(), "5");
+}
+
+TEST_F(ReplaceCodeTest, MakesLineBreaksOfTheLetterOfThoseInAValue) {
+  Letter("[<<Fax>>]");
+  ReplaceCode(target_, "Fax", "one\r\ntwo\nthree\vfour\r5");
+  EXPECT_THAT(editor_.TextRTF(),
+              testing::HasSubstr(R"([one\line two\line three\line four\line 5])"));
+  EXPECT_THAT(letter_.Notes.All(), testing::IsEmpty());
+}
+
 TEST_F(ReplaceCodeTest, DoesNotSearchTheValueAgain) {
   Letter("<<Fax>>");
   ReplaceCode(target_, "Fax", "<<Fax>><<Fax>>");
