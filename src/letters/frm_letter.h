@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "letters/check/paper_check.h"
 #include "letters/letter_check.h"
 #include "letters/letter_host.h"
 #include "merge/merge_target.h"
@@ -69,7 +70,7 @@ class frmLetter {
   std::size_t InsertPrompts(const PromptAnswers& known = {});
 
   // What is wrong with the letter as it stands now: what the merges since it was begun or loaded
-  // have noted, and what its source shows.
+  // have noted, what its source shows, and what of it will not appear on paper.
   std::vector<LetterFinding> Check() const;
 
   // Saves a generated letter in its recipient's folder as "title.rtf" or, where that is taken,
@@ -155,6 +156,7 @@ class frmLetter {
   WindowlessHost windowless_;
   LetterHost& host_;
   LetterMembers members_;
+  mutable PaperCheck paper_check_;  // remembers what the letters of a batch have in common
   std::optional<FileState> known_file_;
 };
 

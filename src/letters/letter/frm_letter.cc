@@ -1,6 +1,7 @@
 #include "letters/frm_letter.h"
 
 #include <algorithm>
+#include <iterator>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -190,7 +191,10 @@ std::vector<LetterFinding> frmLetter::Check() const {
   } else if (members_.Kind == session_.cheque_word) {
     kind = TemplateKind::kCheque;
   }
-  return CheckLetter(rtfLetter, kind, members_.Notes, session_.platform.clock.Today());
+  std::vector<LetterFinding> findings =
+      CheckLetter(rtfLetter, kind, members_.Notes, session_.platform.clock.Today());
+  std::ranges::copy(paper_check_.Findings(rtfLetter), std::back_inserter(findings));
+  return findings;
 }
 
 bool frmLetter::SaveTenantTemplate(Durability durability) {

@@ -103,6 +103,8 @@ QImage Pictures::Decoded(const richtext::Picture& picture) {
   return image;
 }
 
+bool CanDraw(const richtext::Picture& picture) { return !Decode(picture).isNull(); }
+
 void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& picture) {
   if (!picture.image.isNull()) {
     painter.setRenderHint(QPainter::LosslessImageRendering, picture.lossless);

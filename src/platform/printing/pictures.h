@@ -36,6 +36,9 @@ class Pictures {
   std::size_t decoded_bytes_ = 0;
 };
 
+// Whether the picture itself is drawn, not a frame in its place.
+bool CanDraw(const richtext::Picture& picture);
+
 void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& picture);
 
 }  // namespace tenora::printing

@@ -1,0 +1,25 @@
+// Finds what a letter holds that will not appear on paper.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "letters/letter_check.h"
+#include "platform/richtext/rich_text_box.h"
+
+namespace tenora {
+
+// The letters of a batch share pictures and drawings with their template: while those are the same
+// as at the last call, its findings are given again and nothing is parsed.
+class PaperCheck {
+ public:
+  // Warnings only. Call on the main thread.
+  const std::vector<LetterFinding>& Findings(const RichTextBox& letter);
+
+ private:
+  std::optional<std::size_t> known_;  // identifies the pictures and drawings of findings_
+  std::vector<LetterFinding> findings_;
+};
+
+}  // namespace tenora
