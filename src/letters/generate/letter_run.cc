@@ -7,6 +7,7 @@
 
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
+#include "platform/mail/mail_client.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
@@ -21,6 +22,8 @@ constexpr std::chrono::seconds kBetweenSyncs{1};
 constexpr std::size_t kLargestGroup = 8192;
 // Each attempt to reach a server that does not answer takes a minute.
 constexpr int kMostUnconnected = 3;
+// Each may be a letter that arrived and one that did not: more of them help nobody.
+constexpr int kMostInDoubt = 3;
 
 // One letter cannot be mailed; the next may well be.
 class MailProblem : public LetterProblem {
@@ -40,7 +43,8 @@ void RequireAddress(const std::string& address) {
 
 bool ConcernsEveryLetter(int number) {
   return number == mail::smtp_error::kCannotConnect || number == mail::smtp_error::kLoginRefused ||
-         number == mail::smtp_error::kCertificate || number == mail::smtp_error::kSenderRefused;
+         number == mail::smtp_error::kCertificate || number == mail::smtp_error::kSenderRefused ||
+         number == mail::NoMailClient::kNumber;
 }
 
 // What a run is about to write, for the log: a file of this name may be another run's.
@@ -150,7 +154,8 @@ bool LetterRun::Process(std::size_t number) {
     log_.Note(number, LetterState::kSending, report.problem);
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     observer_.LetterFinished(report);
-    return after_error_ == AfterError::kNextRecipient;
+    ++in_doubt_;
+    return after_error_ == AfterError::kNextRecipient && in_doubt_ <= kMostInDoubt;
   } catch (const MailProblem& error) {
     // As for a single letter, the window shows it and the run continues.
     if (after_error_ == AfterError::kStop) {
@@ -164,7 +169,8 @@ bool LetterRun::Process(std::size_t number) {
   } catch (...) {
     const RuntimeError error = CurrentError();
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
-    const bool unconnected = error.number() == mail::smtp_error::kCannotConnect;
+    const bool unconnected = error.number() == mail::smtp_error::kCannotConnect ||
+                             error.number() == mail::NoMailClient::kNumber;
     unconnected_ = unconnected ? unconnected_ + 1 : 0;
     return Fail(std::move(report), ErrorText(error)) && unconnected_ < kMostUnconnected;
   }
@@ -305,10 +311,10 @@ void LetterRun::Mail(LetterReport& report) {
     throw;
   } catch (const RuntimeError& error) {
     if (ConcernsEveryLetter(error.number())) throw;
-    unconnected_ = 0;
+    unconnected_ = in_doubt_ = 0;
     throw MailProblem(ErrorText(error));
   }
-  unconnected_ = 0;
+  unconnected_ = in_doubt_ = 0;
   log_.Note(report.number, LetterState::kMailed, address);
   try {
     log_.Write();

@@ -66,7 +66,8 @@ class LetterRun {
   std::vector<std::size_t> in_job_;
   std::chrono::steady_clock::time_point last_sync_ = std::chrono::steady_clock::now();
   std::size_t done_before_ = 0;
-  int unconnected_ = 0;  // letters in a row that met no mail server
+  int unconnected_ = 0;  // letters in a row that met no mail server or program
+  int in_doubt_ = 0;     // letters in a row of which the server did not say whether it took them
   bool stopped_ = false;
 };
 

@@ -1,10 +1,13 @@
 #include "platform/mail/mail_client.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -12,6 +15,7 @@
 #include <cstdlib>
 #include <optional>
 #include <random>
+#include <thread>
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
@@ -20,9 +24,14 @@
 namespace tenora::mail {
 namespace {
 
-constexpr int kCannotCreateObject = 429;
 constexpr const char* kBodyName = "message-";
 constexpr std::chrono::hours kKeepBodies(7 * 24);
+// xdg-open ends at once or, on plain desktops, with the program it has started. One that finds no
+// program needs well under this.
+constexpr std::chrono::seconds kWatchStart(5);
+constexpr const char* kWhatToDo =
+    ". Install Thunderbird, or choose a mail program in the desktop's settings, or switch on "
+    "sending by SMTP in the rental package's options";
 
 std::optional<std::string> FindProgram(const std::string& name) {
   const char* path = std::getenv("PATH");
@@ -41,7 +50,6 @@ std::optional<std::string> FindProgram(const std::string& name) {
 // In a forked process: becomes the program, or sends errno down the pipe.
 [[noreturn]] void BecomeDetached(const char* program, char* const* argv, int report) {
   ::setsid();
-  if (::fork() != 0) ::_exit(0);
   const int null = ::open("/dev/null", O_RDWR);
   for (const int fd : {0, 1, 2}) ::dup2(null, fd);
   ::execv(program, argv);
@@ -50,7 +58,29 @@ std::optional<std::string> FindProgram(const std::string& name) {
   ::_exit(127);
 }
 
-// Starts a program that outlives this one; the second fork leaves no child to wait for.
+// The status with which the process ended soon after its start; nothing when it goes on.
+std::optional<int> EarlyStatus(pid_t process) {
+  const int handle = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
+  pollfd ended{handle, POLLIN, 0};
+  const auto deadline = std::chrono::steady_clock::now() + kWatchStart;
+  int found = 0;
+  do {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    found = handle < 0 ? 0 : ::poll(&ended, 1, std::max(0, static_cast<int>(left.count())));
+  } while (found < 0 && errno == EINTR);
+  if (handle >= 0) ::close(handle);
+  if (found <= 0) {
+    // Somebody has to take note of its end, whenever that is.
+    std::thread([process] { ::waitpid(process, nullptr, 0); }).detach();
+    return std::nullopt;
+  }
+  int status = 0;
+  ::waitpid(process, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+// Starts a program that outlives this one. Raises NoMailClient when it fails at once.
 void StartDetached(const std::string& program, std::vector<std::string> arguments) {
   std::vector<char*> argv{const_cast<char*>(program.c_str())};
   for (std::string& argument : arguments) argv.push_back(argument.data());
@@ -62,12 +92,17 @@ void StartDetached(const std::string& program, std::vector<std::string> argument
   if (child == 0) BecomeDetached(program.c_str(), argv.data(), report[1]);
   int reason = child < 0 ? errno : 0;
   ::close(report[1]);
-  if (child > 0) {
-    ::waitpid(child, nullptr, 0);
-    if (::read(report[0], &reason, sizeof reason) <= 0) reason = 0;
-  }
+  if (child > 0 && ::read(report[0], &reason, sizeof reason) <= 0) reason = 0;
   ::close(report[0]);
-  if (reason != 0) throw FileError(reason, program);
+  if (reason != 0) {
+    if (child > 0) ::waitpid(child, nullptr, 0);
+    throw FileError(reason, program);
+  }
+  const int status = EarlyStatus(child).value_or(0);
+  if (status != 0) {
+    throw NoMailClient(program + " could not open the message (status " + std::to_string(status) +
+                       ")");
+  }
 }
 
 // A value of Thunderbird's compose argument: percent escapes, so that no comma or quote
@@ -146,8 +181,7 @@ std::string DraftFile(const Message& message) {
 
 }  // namespace
 
-NoMailClient::NoMailClient()
-    : RuntimeError(kCannotCreateObject, "Neither thunderbird nor xdg-open was found on the path") {}
+NoMailClient::NoMailClient(const std::string& reason) : RuntimeError(kNumber, reason + kWhatToDo) {}
 
 void ComposeInMailClient(const Message& message, const std::filesystem::path& scratch_folder) {
   if (const auto thunderbird = FindProgram("thunderbird")) {
@@ -159,7 +193,7 @@ void ComposeInMailClient(const Message& message, const std::filesystem::path& sc
   } else if (const auto opener = FindProgram("xdg-open")) {
     StartDetached(*opener, {WriteBody(scratch_folder, ".eml", DraftFile(message)).string()});
   } else {
-    throw NoMailClient();
+    throw NoMailClient("Neither thunderbird nor xdg-open was found on the path");
   }
 }
 

@@ -1,27 +1,16 @@
 // Sends messages to an SMTP server. One client keeps its connection for the messages that follow.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 
+#include "platform/mail/mail_server.h"
 #include "platform/mail/message.h"
 #include "platform/runtime/error.h"
 
 namespace tenora::mail {
 
-struct Server {
-  std::string host;
-  int port = 25;
-  // Port 465: encrypted from the first byte; any other: STARTTLS, and nothing is sent without it.
-  // Certificates are always verified, against the system's authorities.
-  bool ssl = false;
-  std::string user, password;  // both empty: no authentication
-  int timeout_seconds = 60;    // to connect, and for each answer of the server
-  // Asked about once a second and more often while data moves; true aborts the session,
-  // which raises 32755 (Cancel was selected). May be empty.
-  std::function<bool()> stop_asked;
-};
+class SmtpConnection;
 
 namespace smtp_error {
 inline constexpr int kCannotConnect = -2147220973;     // 0x80040213
@@ -32,8 +21,8 @@ inline constexpr int kSenderRefused = -2147220978;     // 0x8004020E
 inline constexpr int kNotSent = -2147220974;           // 0x80040212
 }  // namespace smtp_error
 
-// A failure after which the server may have taken the message all the same: the connection broke
-// while its text was being sent, before the server's final reply.
+// A failure after which the server may have taken the message all the same: the final "." of its
+// text was sent, and the server's final reply did not come.
 class DeliveryUnknown : public RuntimeError {
  public:
   using RuntimeError::RuntimeError;
@@ -48,15 +37,18 @@ class SmtpClient {
 
   // Returns when the server has accepted the message; raises one of the numbers above with server,
   // recipient and the server's own words in the description, as a DeliveryUnknown where it applies.
-  // Never contains the password.
+  // Never contains the password. kCannotConnect also stands for a connection that was cut or
+  // ended by the server (421) before the message was complete. The message is tried a second time,
+  // on a fresh connection, when the server ends the session at its sender, or when a connection
+  // kept from an earlier message turns out to be cut or out of step.
   void Send(const Server& server, const Message& message);
 
   // Connects and logs in without sending anything. Raises as Send does.
   void Check(const Server& server);
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  // Of the last message, when it was sent without any error; otherwise none.
+  std::unique_ptr<SmtpConnection> kept_;
 };
 
 }  // namespace tenora::mail

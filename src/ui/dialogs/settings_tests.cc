@@ -1,5 +1,6 @@
 #include "ui/dialogs/settings_tests.h"
 
+#include <chrono>
 #include <system_error>
 
 #include "platform/access/engine_error.h"
@@ -14,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kDatabaseName = "property.mdb";
-constexpr int kMostSeconds = 15;  // the user is waiting
+constexpr std::chrono::seconds kLongestWait{15};  // the user is waiting
 
 std::int32_t Count(query::EngineDatabase& database, const std::string& clause) {
   const auto rows = database.OpenRecordset("select count(*) as result from tenancy" + clause,
@@ -60,7 +61,7 @@ TestResult TestDatabase(const fs::path& path) {
 
 TestResult TestMailServer(mail::Server server) {
   if (server.host.empty()) return {false, "The package's options name no mail server."};
-  server.timeout_seconds = kMostSeconds;
+  server.waits = mail::Waits::AllOf(kLongestWait);
   try {
     mail::SmtpClient().Check(server);
     const bool logged_in = !server.user.empty() || !server.password.empty();

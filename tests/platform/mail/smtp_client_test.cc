@@ -16,7 +16,7 @@ Server Local(const test::SmtpServer& server) {
   Server result;
   result.host = "localhost";
   result.port = server.port();
-  result.timeout_seconds = 20;
+  result.waits = Waits::AllOf(std::chrono::seconds(20));
   return result;
 }
 
@@ -160,7 +160,7 @@ TEST(SmtpClient, AServerThatNeverAnswersTimesOut) {
   for (const auto& [stage, number] : stages) {
     const test::SmtpServer server("silent-" + std::string(stage));
     Server settings = Local(server);
-    settings.timeout_seconds = 1;
+    settings.waits = Waits::AllOf(std::chrono::milliseconds(300));
     EXPECT_EQ(Failure(settings, Letter()).value().number(), number) << stage;
   }
 }
@@ -178,7 +178,7 @@ TEST(SmtpClient, BreaksOffWhenAskedTo) {
 TEST(SmtpClient, AServerThatStopsReadingTimesOut) {
   const test::SmtpServer server("deaf-DATA");
   Server settings = Local(server);
-  settings.timeout_seconds = 1;
+  settings.waits = Waits::AllOf(std::chrono::milliseconds(300));
   Message message = Letter();
   message.text = std::string(8'000'000, 'x');  // more than the sockets hold
   EXPECT_EQ(Failure(settings, message).value().number(), smtp_error::kNotSent);
@@ -202,7 +202,7 @@ TEST(SmtpClient, RefusesServersThatAreNone) {
   for (const char* host : {"", "bad host", "x/y", "user@host", "a\r\nb", "no-such-host.invalid"}) {
     Server settings;
     settings.host = host;
-    settings.timeout_seconds = 5;
+    settings.waits = Waits::AllOf(std::chrono::seconds(5));
     EXPECT_EQ(Failure(settings, Letter()).value().number(), smtp_error::kCannotConnect) << host;
   }
 }
