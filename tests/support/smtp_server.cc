@@ -31,7 +31,10 @@ Certificate MakeCertificate(const std::filesystem::path& folder) {
 }
 
 SmtpServer::SmtpServer(const std::string& mode, const std::vector<std::string>& options) {
-  const std::string script = (SourceDir() / "tests/support/smtp_server.py").string();
+  const bool faulty = mode.find('-') != std::string::npos;
+  const std::string script =
+      (SourceDir() / "tests/support" / (faulty ? "faulty_smtp_server.py" : "smtp_server.py"))
+          .string();
   std::vector<std::string> arguments{kPython, script, folder_.path().string(), mode};
   arguments.insert(arguments.end(), options.begin(), options.end());
   std::array<int, 2> ends{};

@@ -19,7 +19,8 @@ Certificate MakeCertificate(const std::filesystem::path& folder);
 
 class SmtpServer {
  public:
-  // Mode and options as smtp_server.py takes them; returns when the server listens.
+  // Mode and options as smtp_server.py takes them, or faulty_smtp_server.py ("hangup-MAIL");
+  // returns when the server listens.
   explicit SmtpServer(const std::string& mode, const std::vector<std::string>& options = {});
   ~SmtpServer();
   SmtpServer(const SmtpServer&) = delete;

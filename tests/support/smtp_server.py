@@ -6,10 +6,7 @@ Writes the port it listens on to FOLDER/port, each message taken to FOLDER/1.eml
 envelope beside it, and one line a connection to FOLDER/connections. Ends when its standard input
 does.
 
-MODE: plain, starttls, tls; or hangup-STAGE, silent-STAGE and deaf-STAGE with STAGE one of connect,
-EHLO, MAIL, RCPT, DATA, BODY: the connection is cut, never answered or never read again at that
-point; or quoting-MAIL and quoting-AUTH: the last line sent is refused in words that quote it.
-Options: cert=FILE key=FILE, login=USER:PASSWORD, refuse=ADDRESS, port=N.
+MODE: plain, starttls, tls. Options: cert=FILE key=FILE, login=USER:PASSWORD, refuse=ADDRESS, port=N.
 """
 import asyncio
 import pathlib
@@ -65,53 +62,10 @@ def smtp_factory():
                 auth_required=login, auth_require_tls=False)
 
 
-async def broken_server(reader, writer):
-    """Speaks just enough SMTP to reach the stage at which it breaks."""
-    action, stage = mode.split("-")
-
-    async def at(point):
-        if point != stage:
-            return False
-        if action == "silent":
-            await reader.read()
-        if action == "deaf":
-            writer.write(b"354 go on\r\n")
-            await asyncio.Event().wait()
-        if action == "quoting":
-            writer.write(b"550-5.7.8 Unknown \xff\x1b[31m\r\n550 5.7.8 " + line.strip() + b"\r\n")
-            await reader.readline()  # QUIT
-        writer.close()
-        return True
-
-    if await at("connect"):
-        return
-    writer.write(b"220 broken.test\r\n")
-    while line := await reader.readline():
-        word = line.split(b" ")[0].strip().upper().decode()
-        if word == "AUTH":
-            writer.write(b"334 \r\n")
-            line = await reader.readline()
-        if await at(word):
-            return
-        if word == "EHLO" and action == "quoting":
-            writer.write(b"250-broken.test\r\n250 AUTH PLAIN\r\n")
-            continue
-        if word == "DATA":
-            writer.write(b"354 go on\r\n")
-            while (await reader.readline()) not in (b".\r\n", b""):
-                pass
-            if await at("BODY"):
-                return
-        writer.write(b"250 OK\r\n")
-
-
 async def main():
     loop = asyncio.get_running_loop()
-    if mode.startswith(("hangup", "silent", "deaf", "quoting")):
-        server = await asyncio.start_server(broken_server, "127.0.0.1", 0)
-    else:
-        server = await loop.create_server(smtp_factory, "127.0.0.1", int(options.get("port", 0)),
-                                          ssl=tls_context() if mode == "tls" else None)
+    server = await loop.create_server(smtp_factory, "127.0.0.1", int(options.get("port", 0)),
+                                      ssl=tls_context() if mode == "tls" else None)
     port = server.sockets[0].getsockname()[1]
     scratch = folder / "port.new"
     scratch.write_text(str(port))

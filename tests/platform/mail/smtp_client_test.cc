@@ -145,26 +145,6 @@ TEST(SmtpClient, ARefusalNamesRecipientAndReason) {
   EXPECT_TRUE(server.Messages().empty());
 }
 
-TEST(SmtpClient, NoHangUpIsTakenForSuccess) {
-  for (const char* stage : {"connect", "EHLO", "MAIL", "RCPT", "DATA", "BODY"}) {
-    const test::SmtpServer server("hangup-" + std::string(stage));
-    EXPECT_TRUE(Failure(Local(server), Letter())) << stage;
-  }
-}
-
-TEST(SmtpClient, AServerThatNeverAnswersTimesOut) {
-  // Behind the text there was a connection: the message may have gone out.
-  const std::pair<const char*, int> stages[] = {{"connect", smtp_error::kCannotConnect},
-                                                {"MAIL", smtp_error::kCannotConnect},
-                                                {"BODY", smtp_error::kNotSent}};
-  for (const auto& [stage, number] : stages) {
-    const test::SmtpServer server("silent-" + std::string(stage));
-    Server settings = Local(server);
-    settings.waits = Waits::AllOf(std::chrono::milliseconds(300));
-    EXPECT_EQ(Failure(settings, Letter()).value().number(), number) << stage;
-  }
-}
-
 TEST(SmtpClient, BreaksOffWhenAskedTo) {
   for (const char* stage : {"connect", "MAIL"}) {
     const test::SmtpServer server("silent-" + std::string(stage));
@@ -173,15 +153,6 @@ TEST(SmtpClient, BreaksOffWhenAskedTo) {
     settings.stop_asked = [&asked] { return ++asked > 2; };
     EXPECT_EQ(Failure(settings, Letter()).value().number(), error_number::kCancelled) << stage;
   }
-}
-
-TEST(SmtpClient, AServerThatStopsReadingTimesOut) {
-  const test::SmtpServer server("deaf-DATA");
-  Server settings = Local(server);
-  settings.waits = Waits::AllOf(std::chrono::milliseconds(300));
-  Message message = Letter();
-  message.text = std::string(8'000'000, 'x');  // more than the sockets hold
-  EXPECT_EQ(Failure(settings, message).value().number(), smtp_error::kNotSent);
 }
 
 TEST(SmtpClient, ARefusalIsToldInFullButForSecretsAndNoise) {
