@@ -17,12 +17,12 @@ namespace tenora::test {
 // While it lives, the path holds this program alone.
 class StandIn {
  public:
-  explicit StandIn(const std::string& name) {
+  explicit StandIn(const std::string& name, int exit_status = 0) {
     const auto program = folder_ / name;
     WriteWholeFile(program, "#!/bin/sh\nfor a; do printf '%s\\n' \"$a\"; done >'" +
                                 (folder_ / "new").string() + "'\nPATH=/usr/bin:/bin mv '" +
                                 (folder_ / "new").string() + "' '" + (folder_ / "call").string() +
-                                "'\n");
+                                "'\nexit " + std::to_string(exit_status) + "\n");
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
   }
 

@@ -89,6 +89,22 @@ TEST(MailClient, WritesNothingThroughALink) {
   EXPECT_TRUE(std::filesystem::is_empty(elsewhere.path()));
 }
 
+TEST(MailClient, SaysWhatToDoWhenNoProgramShowsTheMessage) {
+  for (const char* name : {"xdg-open", "thunderbird", "no-mail-program"}) {
+    const StandIn failing(name, 3);
+    const auto error = test::RaisedBy([&] { ComposeInMailClient(Letter(), failing.Scratch()); });
+    ASSERT_TRUE(error) << name;
+    EXPECT_EQ(error->number(), NoMailClient::kNumber);
+    const bool started = name != std::string("no-mail-program");
+    const std::string reason = started
+                                   ? std::string(name) + " could not open the message (status 3)"
+                                   : "Neither thunderbird nor xdg-open was found";
+    for (const std::string& part : {reason, std::string("Install Thunderbird, or")}) {
+      EXPECT_NE(error->description().find(part), std::string::npos) << error->description();
+    }
+  }
+}
+
 TEST(MailClient, SaysWhenTheProgramCannotBeStarted) {
   const StandIn broken("xdg-open");
   const auto program = broken.Scratch().parent_path() / "xdg-open";
