@@ -47,7 +47,8 @@ TEST_F(EmailSender, TheOptionChoosesHtmlOrPlainBySmtp) {
               testing::EndsWith("multipart/alternative | None | None\n"
                                 "  text/plain | None | None\n  'Kia ora'\n"
                                 "  text/html | None | None\n  '<b>Kia ora</b>'\n"));
-  EXPECT_THAT(test::ParseMessage(server.MessageFile(2)), HasSubstr("'Plain & simple'"));
+  EXPECT_THAT(test::ParseMessage(server.MessageFile(2)),
+              HasSubstr("text/plain | None | None\n'Plain & simple\\n'"));
   EXPECT_EQ(server.Envelope(2), "office@example.test\nann@example.test\nbob@example.test");
   EXPECT_TRUE(Boxes().empty());
 }
