@@ -44,7 +44,7 @@ auto ReadAs(Convert convert, const CommandLine& line, const char* name, const ch
 // Whether a receipt template shows the payment itself, not only what it did to the account.
 bool ShowsPayment(const RichTextBox& letter) {
   return std::ranges::any_of(MergeCodesOf(TemplateKind::kTenant), [&](const MergeCode& code) {
-    return code.source == CodeSource::kLastPayment && code.name.starts_with("Last Payment") &&
+    return code.source == CodeSource::kLastPayment &&
            SourceContains(letter, TagInSource(letter, code.name));
   });
 }

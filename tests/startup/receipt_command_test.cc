@@ -1,3 +1,4 @@
+#include <algorithm>
 
 #include "agency.h"
 #include "platform/runtime/files.h"
@@ -283,6 +284,23 @@ TEST_F(ReceiptCommand, HoldsALetterThatIsNotAsItShouldBeAndSaysWhy) {
         Run({R"(PRINTRECEIPT="T00001" FORMAT="Held" TOEMAIL="True")"}, c.answers);
     ExpectRefused(result, c.reason);
     EXPECT_THAT(result.errors, HasSubstr("Otherwise nothing is printed or sent. [No]")) << c.text;
+  }
+  Change("update tenancy set name = 'Close } brace' where reference = 'T00001'");
+  ExpectRefused(Receipt(kReceipt), "Tenant Name: the value \"Close } brace\" does not stand");
+}
+
+TEST_F(ReceiptCommand, IsNotStoppedByAWarning) {
+  Change("delete from insp_schedule");
+  WriteTemplate("Dated", "Come by on <<Next Inspection>>");
+  for (const auto& [extra, printed] : {std::pair("", 1U), {R"( TOPRINTER="False")", 0U}}) {
+    fs::remove_all(Home() / "Printed");
+    const test::ProcessResult result =
+        Receipt(std::string(R"(PRINTRECEIPT="T00001" FORMAT="Dated")") + extra);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(result.errors, testing::StartsWith("Warning: Noor Whaanga (T00001): "
+                                                   "Next Inspection: there is no such date"));
+    EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1);
+    EXPECT_EQ(Printed().size(), printed);
   }
 }
 
