@@ -1,5 +1,7 @@
 #include "letters/check/paper_check.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -9,15 +11,20 @@
 namespace tenora {
 namespace {
 
-// Where the group ends that holds a position; a brace in a picture's data would be no hexadecimal
-// digit.
+// Where the group ends that holds a position. A picture's data, which can be megabytes, has no
+// braces.
 std::size_t EndOfGroup(std::string_view source, std::size_t at) {
-  for (int depth = 1; (at = source.find_first_of("{}", at)) != std::string_view::npos; ++at) {
-    depth += source[at] == '{' ? 1 : -1;
-    if (depth == 0) return at;
+  for (std::ptrdiff_t depth = 1;;) {
+    const std::size_t close = source.find('}', at);
+    if (close == std::string_view::npos) return source.size();
+    depth += std::ranges::count(source.substr(at, close - at), '{') - 1;
+    if (depth == 0) return close;
+    at = close + 1;
   }
-  return source.size();
 }
+
+// Of a picture's source; with its length, these bytes tell it from others.
+constexpr std::size_t kTellingStart = 1024, kTellingEnd = 64;
 
 // A number for the pictures and the carried objects of a source, 0 without any. Texts inside are
 // not looked at, since a merge changes them.
@@ -40,7 +47,10 @@ std::size_t IdentityOf(std::string_view source) {
       add(word);
       if (word != kWords[0]) continue;
       const std::size_t end = EndOfGroup(source, at);
-      add(source.substr(at, end - at));
+      const std::string_view picture = source.substr(at, end - at);
+      add(picture.substr(0, kTellingStart));
+      add(picture.substr(picture.size() - std::min(picture.size(), kTellingEnd)));
+      identity += picture.size();
       at = end - 1;
     }
   }
