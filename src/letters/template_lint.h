@@ -24,8 +24,9 @@ struct TemplateFinding {
     kSplit,          // by a change of format inside it
     kUnclosed,
     kShortPrompt,
-    kFutureDate,   // its count or unit
-    kCustomField,  // a field that no record has
+    kFutureDate,     // its count or unit
+    kCustomField,    // a field that no record has
+    kReceiptNumber,  // the same number in every letter
   };
 
   Kind kind;

@@ -188,6 +188,30 @@ TEST_F(TemplateLintTest, SaysWhatIsWrongAndWhatToDo) {
   }
 }
 
+TEST_F(TemplateLintTest, TellsThatABuildingGetsTheSameReceiptNumberInEveryLetter) {
+  const auto findings = [&] {
+    session_.database.OpenDatabase();
+    fields_ = ReadCustomFieldCodes(session_.database);
+    session_.database.CloseDatabase();
+    return Lint("No. <<BuildingReceiptNumber>>");
+  };
+  EXPECT_TRUE(findings().empty()) << "the first building of all gets its counter";
+  frmLetter letter(session_);
+  Load(&letter.rtfLetter, "<<BuildingReceiptNumber>>");
+  letter.members().TenantCode = "T00007";
+  letter.InsertTenantDetails();
+  ASSERT_EQ(findings().size(), 1U);
+  EXPECT_EQ(findings().front().kind, Kind::kReceiptNumber);
+  EXPECT_THAT(findings().front().problem, HasSubstr("1000"));
+  session_.database.OpenDatabase();
+  for (const std::string& building : fields_.uncounted_buildings) {
+    session_.database.ExecuteSQL(
+        "insert into custom_fields(parentcode, parenttype, fieldcode, [value]) values ('" +
+        building + "', 202, 'NxtReceipt', '1500')");
+  }
+  EXPECT_TRUE(findings().empty());
+}
+
 TEST_F(TemplateLintTest, PointsAtTheCodeInTheEditor) {
   RichTextBox box;
   Load(&box,

@@ -176,6 +176,19 @@ std::optional<Complaint> CheckCustomField(std::string_view name, const CustomFor
                              " if that is what you mean"};
 }
 
+// A building for which no counter is kept has the first number in every letter.
+std::optional<Complaint> CheckReceiptNumber(const CustomFieldCodes* codes) {
+  if (codes == nullptr || codes->uncounted_buildings.empty()) return std::nullopt;
+  const std::size_t count = codes->uncounted_buildings.size();
+  return Complaint{Kind::kReceiptNumber,
+                   InBrackets(kBuildingReceiptNumber) +
+                       " prints 1000 in every letter for building " +
+                       *codes->uncounted_buildings.begin() +
+                       (count > 1 ? " and " + std::to_string(count - 1) + " more" : "") +
+                       ", which has no counter",
+                   "give each such building a custom field NxtReceipt with the last number issued"};
+}
+
 Complaint BadFutureDate(std::string_view name, std::string_view why) {
   return {Kind::kFutureDate,
           InBrackets(name).append(why).append(
@@ -254,8 +267,8 @@ std::optional<Complaint> CheckCode(std::string_view name, bool holds_code, Templ
   }
   if (const auto openings = OpeningsOf(kind);
       std::ranges::none_of(openings, [&](std::string_view o) { return name.starts_with(o); })) {
-    if (Holds(NamesOf(kind), name)) return std::nullopt;
-    return NotReplaced(name, kind);
+    if (!Holds(NamesOf(kind), name)) return NotReplaced(name, kind);
+    return name == kBuildingReceiptNumber ? CheckReceiptNumber(fields) : std::nullopt;
   }
   if (holds_code) return std::nullopt;
   if (form == CodeForm::kFutureDate) return CheckFutureDate(name, today);

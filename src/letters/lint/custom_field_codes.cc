@@ -10,6 +10,12 @@ constexpr const char* kStatements[] = {
     "select type as parent, gl_code as code from glcodes where type in (201, 202, 203)",
     "select distinct parenttype as parent, fieldcode as code from custom_fields"};
 
+constexpr const char* kUncountedBuildings =
+    "select distinct parent_property as code from property where parent_property <> '' and exists "
+    "(select gl_code from glcodes where gl_code = 'NxtReceipt' and type = 202) and parent_property "
+    "not in (select parentcode from custom_fields where parenttype = 202 and fieldcode = "
+    "'NxtReceipt')";
+
 void Take(const query::Recordset& row, CustomFieldCodes& codes) {
   const std::string code = TextOf(row.Field("code"));
   const std::string parent = TextOf(row.Field("parent"));
@@ -26,6 +32,11 @@ CustomFieldCodes ReadCustomFieldCodes(query::EngineDatabase& database) {
     const auto rows = database.OpenRecordset(sql, query::kForwardOnly, query::kReadOnly);
     for (; !rows->EndOfFile(); rows->MoveNext()) Take(*rows, codes);
   }
+  const auto rows =
+      database.OpenRecordset(kUncountedBuildings, query::kForwardOnly, query::kReadOnly);
+  for (; !rows->EndOfFile(); rows->MoveNext()) {
+    codes.uncounted_buildings.insert(TextOf(rows->Field("code")));
+  }
   return codes;
 }
 
@@ -37,6 +48,12 @@ CustomFieldCodes ReadCustomFieldCodes(Database& database) {
     for (; !database.DataEOF(rows); database.MoveNext(rows)) Take(*rows, codes);
     database.DataClose(rows);
   }
+  RecordsetPtr rows;
+  database.CreateSet(rows, kUncountedBuildings, query::kForwardOnly, query::kReadOnly);
+  for (; !database.DataEOF(rows); database.MoveNext(rows)) {
+    codes.uncounted_buildings.insert(TextOf(rows->Field("code")));
+  }
+  database.DataClose(rows);
   return codes;
 }
 

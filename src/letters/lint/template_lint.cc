@@ -112,7 +112,7 @@ class Linter {
     const auto complaint = CheckCode(name, code.holds_code, kind_, today_, fields_);
     if (complaint) Add(code, *complaint);
     if (!complaint || complaint->kind == Kind::kFutureDate ||
-        complaint->kind == Kind::kCustomField) {
+        complaint->kind == Kind::kCustomField || complaint->kind == Kind::kReceiptNumber) {
       LintFormat(code, name);
     }
   }
