@@ -145,6 +145,17 @@ TEST_F(GenerateResume, HoldsInDoubtWhatTheServerTookWithoutAWord) {
   EXPECT_EQ(server_.Messages().size(), 1U);
 }
 
+TEST_F(GenerateResume, WithoutAMailProgramTheRunEndsAndSaysWhatToInstall) {
+  fs::copy_file(test::SampleDatabase(), Database(), fs::copy_options::overwrite_existing);
+  const test::ProcessResult run =
+      Mail("T00001 T00002 T00003 T00005", {"PATH=" + (Home() / "no programs").string()});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.errors, HasSubstr("Unable to send an email."));
+  EXPECT_THAT(run.errors, HasSubstr("Install Thunderbird, or choose a mail program"));
+  EXPECT_THAT(run.errors, HasSubstr("Stopped. 0 of 4 letters"));
+  EXPECT_THAT(run.errors, HasSubstr("3 failed, 1 not begun."));
+}
+
 TEST_F(GenerateResume, AServerThatMisbehavesCostsNobodyALetterAndNobodyGetsTwo) {
   std::string thirty;
   for (int code = 1, found = 0; found < 30; ++code) {

@@ -92,6 +92,7 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
       log_(log),
       maker_(maker),
       sender_(session) {
+  sender_.StopAsked = [this] { return observer_.StopAsked(); };
   if (printers != nullptr) printer_.emplace(*printers, session.settings);
   if (request().pdf) pdf_workers_.emplace(StoredMargins(session.settings));
 }
@@ -185,8 +186,7 @@ bool LetterRun::MakeAndHandOver(LetterReport& report) {
     RemoveIfEmpty(PdfBeside(report.file));
   }
   if (request().pdf && !Exists(PdfBeside(report.file))) MakePdf(report);
-  HandOver(report);
-  return true;
+  return HandOver(report);
 }
 
 bool LetterRun::Make(LetterReport& report) {
@@ -276,7 +276,7 @@ void LetterRun::TakePdfs(std::vector<PdfResult> results) {
   }
 }
 
-void LetterRun::HandOver(LetterReport& report) {
+bool LetterRun::HandOver(LetterReport& report) {
   switch (request().destination) {
     case Destination::kFolder:
       if (!pdf_waiting_.contains(report.number)) unsynced_.push_back(report.number);
@@ -285,9 +285,9 @@ void LetterRun::HandOver(LetterReport& report) {
       PrintInJob(report);
       break;
     case Destination::kEmail:
-      Mail(report);
-      break;
+      return Mail(report);
   }
+  return true;
 }
 
 void LetterRun::PrintInJob(LetterReport& report) {
@@ -298,7 +298,7 @@ void LetterRun::PrintInJob(LetterReport& report) {
 
 // Once "sending" is synced, only the server knows whether the letter arrived: without a following
 // "mailed" it is in doubt and is never sent again.
-void LetterRun::Mail(LetterReport& report) {
+bool LetterRun::Mail(LetterReport& report) {
   const std::string address = letter_->EmailAddress();
   log_.Note(report.number, LetterState::kSaved);
   RequireAddress(address);
@@ -310,6 +310,10 @@ void LetterRun::Mail(LetterReport& report) {
   } catch (const mail::DeliveryUnknown&) {
     throw;
   } catch (const RuntimeError& error) {
+    if (error.number() == error_number::kCancelled) {
+      log_.Note(report.number, LetterState::kSaved);
+      return false;
+    }
     if (ConcernsEveryLetter(error.number())) throw;
     unconnected_ = in_doubt_ = 0;
     throw MailProblem(ErrorText(error));
@@ -321,6 +325,7 @@ void LetterRun::Mail(LetterReport& report) {
   } catch (const RuntimeError& error) {
     report.warnings.push_back("mailed, but not yet noted in the run log: " + ErrorText(error));
   }
+  return true;
 }
 
 bool LetterRun::Fail(LetterReport report, const std::string& problem) {

@@ -32,11 +32,12 @@ class LetterRun {
   LetterReport ReportOn(std::size_t number) const;
   // One letter from template to destination. False when the run must end.
   bool Process(std::size_t number);
-  // Raises whatever goes wrong; false when the user stopped while prompts were asked.
+  // Raises whatever goes wrong; false when the user stopped in the middle of it.
   bool MakeAndHandOver(LetterReport& report);
   bool Make(LetterReport& report);
-  void HandOver(LetterReport& report);
-  void Mail(LetterReport& report);
+  // False when the user stopped while the mail server was silent.
+  bool HandOver(LetterReport& report);
+  bool Mail(LetterReport& report);
   void PrintInJob(LetterReport& report);
 
   // The whole letter that an earlier run saved; empty when there is none.

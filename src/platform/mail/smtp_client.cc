@@ -1,6 +1,7 @@
 #include "platform/mail/smtp_client.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "platform/mail/mime_text.h"
@@ -11,6 +12,8 @@ namespace tenora::mail {
 namespace {
 
 constexpr int kServiceEnds = 421;
+// A stop behind the final "." leaves the message in doubt, and most replies come within this time.
+constexpr std::chrono::seconds kPatienceAtEnd{30};
 
 // How far a message has come.
 enum class Stage { kConnecting, kSender, kRecipients, kText, kEndSent };
@@ -92,7 +95,10 @@ bool IsAscii(std::string_view text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-void Deliver(SmtpConnection& connection, const Waits& waits, const Message& message, Stage& stage) {
+void Deliver(SmtpConnection& connection, const Server& server, const Message& message,
+             Stage& stage) {
+  const Waits& waits = server.waits;
+  connection.set_stop_asked(server.stop_asked);
   bool ascii = IsAscii(message.from.address);
   for (const Address& address : message.to) ascii = ascii && IsAscii(address.address);
   const std::string text = DotStuffed(MimeText(message));
@@ -111,6 +117,12 @@ void Deliver(SmtpConnection& connection, const Waits& waits, const Message& mess
   connection.SendText(text, waits.block);
   connection.SendEnd(waits.block);
   stage = Stage::kEndSent;
+  if (server.stop_asked) {
+    connection.set_stop_asked([&server, end = std::chrono::steady_clock::now() + kPatienceAtEnd] {
+      // Asked in any case: a window handles its events meanwhile.
+      return server.stop_asked() && std::chrono::steady_clock::now() >= end;
+    });
+  }
   Expect(2, connection.ReadReply(waits.end), smtp_error::kNotSent);
 }
 
@@ -135,8 +147,7 @@ void SmtpClient::Send(const Server& server, const Message& message) {
     Stage stage = Stage::kConnecting;
     try {
       if (!kept) connection = std::make_unique<SmtpConnection>(server);
-      connection->set_stop_asked(server.stop_asked);
-      Deliver(*connection, server.waits, message, stage);
+      Deliver(*connection, server, message, stage);
       connection->set_stop_asked({});
       kept_ = std::move(connection);
       return;
