@@ -7,6 +7,8 @@
 #include "letters/template_library.h"
 #include "platform/runtime/files.h"
 #include "support/fake_platform.h"
+#include "support/mail_options.h"
+#include "support/smtp_server.h"
 
 namespace tenora {
 namespace {
@@ -21,10 +23,11 @@ class Counting : public GenerationObserver {
     results.push_back(report.result);
     if (after_letter) after_letter();
   }
-  bool StopAsked() override { return results.size() >= stop_after; }
+  bool StopAsked() override { return results.size() >= stop_after && questions_before_stop-- <= 0; }
 
   std::vector<LetterReport::Result> results;
   std::size_t stop_after = 1000;
+  int questions_before_stop = 0;
   std::function<void()> after_letter;
 };
 
@@ -94,6 +97,28 @@ TEST_F(WindowGeneration, StopsBetweenLettersWhenAsked) {
   EXPECT_TRUE(stopped.stopped);
   EXPECT_EQ(stopped.done, 1U);
   EXPECT_THAT(Letter("Ben Huang/Notice.rtf"), HasSubstr("no Ben"));
+}
+
+TEST_F(WindowGeneration, StopsWhileTheMailServerIsSilentAndMailsTheRestLater) {
+  request_.destination = Destination::kEmail;
+  const test::SmtpServer silent("silent-RCPT", {"after=1"}), good("plain");
+  test::SendMailTo(silent.port(), Data() / "property.mdb");
+  observer_.stop_after = 1;
+  observer_.questions_before_stop = 2;  // the first comes between the letters
+  const GenerationSummary stopped = Generate("Mei Huang;Ben Huang;Ben Young;");
+  EXPECT_TRUE(stopped.stopped);
+  EXPECT_EQ(stopped.done, 1U);
+  EXPECT_EQ(stopped.untouched(), 2U);
+  EXPECT_THAT(machine_.dialogs.Texts(), testing::IsEmpty());
+
+  fs::copy_file(test::SampleDatabase(), Data() / "property.mdb",
+                fs::copy_options::overwrite_existing);
+  test::SendMailTo(good.port(), Data() / "property.mdb");
+  Session later(machine_.Parts());
+  observer_.stop_after = 1000;
+  Generation resumption(later, AfterError::kStop, observer_);
+  EXPECT_TRUE(resumption.Resume(stopped.log).complete());
+  EXPECT_EQ(good.Messages().size(), 2U);
 }
 
 TEST_F(WindowGeneration, FindsTheLetterThatAKillLeftUnnoted) {
