@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/runtime/conversion.h"
+#include "rental/rent_account.h"
 #include "rental/rental_fixture.h"
 #include "rental/tenant_lookups.h"
 #include "support/sample_rows.h"
@@ -153,6 +154,18 @@ TEST_F(SampleRental, AgreesWithTheRowsOnEveryTenancysPayments) {
               Cents(payment->amount - payment->tax));
     EXPECT_EQ(tenant.LastPaymentTender, payment->tender);
   }
+  EXPECT_THAT(machine.dialogs.Texts(), IsEmpty());
+}
+
+TEST_F(SampleRental, KeepsTheBalanceWhereAnAccountCodeHasAnApostrophe) {
+  const Currency before = RentAccount(session, "T00001").BalanceOwing();
+  session.database.ExecuteSQL(
+      "insert into glcodes(gl_code, type, taxable_yn, balancedate, description, bankbalance, "
+      "money1, pay_extra_charges) values ('O''Neil', 1, 0, #11/21/2026#, 'Gas', 0, 0, 1)");
+  Session later{machine.Parts()};
+  later.database.OpenDatabase();
+  EXPECT_THAT(later.options.ExtraChargeCodes(), testing::HasSubstr("'O''Neil'"));
+  EXPECT_EQ(RentAccount(later, "T00001").BalanceOwing(), before);
   EXPECT_THAT(machine.dialogs.Texts(), IsEmpty());
 }
 
