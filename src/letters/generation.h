@@ -28,6 +28,7 @@ struct LetterReport {
     kDone,     // all that was asked
     kFailed,   // not all; `problem` says why, and resuming tries again
     kInDoubt,  // handed over, but it is not known whether it arrived: never sent again
+    kHeld,     // saved and not handed over; `problem` says what is wrong with the letter
   };
 
   std::size_t number = 0;  // of the recipient, from 1
@@ -62,16 +63,22 @@ struct GenerationSummary {
   std::size_t done_before = 0;         // by the runs that this one resumes
   std::vector<LetterReport> failed;    // why not, each
   std::vector<LetterReport> in_doubt;  // for a person to check
+  std::vector<LetterReport> held;      // for a person to correct, or to send as they are
   bool stopped = false;  // by StopAsked, an error with kStop, or a mail server that does not answer
   bool composed = false;  // mailed means: opened in the mail program, for the user to send
   std::filesystem::path log;
 
-  std::size_t untouched() const { return asked - done - failed.size() - in_doubt.size(); }
+  std::size_t untouched() const {
+    return asked - done - failed.size() - in_doubt.size() - held.size();
+  }
   bool complete() const { return done == asked; }
 };
 
 // Chooses the recipients, from the caches as the run has just loaded them.
 using ChooseRecipients = std::function<std::vector<Recipient>(const Caches& caches)>;
+
+// Whether a held letter, by its number, is to be handed over as it is.
+using SendHeld = std::function<bool(std::size_t number)>;
 
 class Generation {
  public:
@@ -87,8 +94,11 @@ class Generation {
   GenerationSummary Run(GenerationRequest request, const ChooseRecipients& choose);
 
   // Does what the log shows to be missing, and nothing twice: a letter that was mailed, or perhaps
-  // mailed, is never mailed again. Raises what Run raises, and the errors of RunLog::Resume.
-  GenerationSummary Resume(const std::filesystem::path& log);
+  // mailed, is never mailed again. A held letter that `send_held` takes goes out as its file is.
+  // Any other is looked at again, by its file where a person has corrected that, else merged anew,
+  // and goes out when nothing holds it any more. Raises what Run raises, and the errors of
+  // RunLog::Resume.
+  GenerationSummary Resume(const std::filesystem::path& log, SendHeld send_held = {});
 
   // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does for a
   // log that cannot be read.

@@ -26,8 +26,9 @@ constexpr int kDone = 0, kFailed = 1, kWrongCall = 2;
 constexpr const char* kFooter =
     R"(The files made are printed on standard output, progress and problems on standard error.
 A letter that fails does not stop the others; the run log beside the letters says what became of
-each. Ctrl-C stops after the current letter (a print job ends with the letters in it).
-Exit status: 0 when every letter was made, 1 when not, 2 for a usage error.)";
+each. A letter in which something is wrong is saved and held back; --resume looks at it again.
+Ctrl-C stops after the current letter (a print job ends with the letters in it).
+Exit status: 0 when every letter was made and none is held back, 1 when not, 2 for a usage error.)";
 
 struct Call {
   std::string template_name;
@@ -38,7 +39,7 @@ struct Call {
   RecipientFilter filter;
   std::string subject, printer, resume;
   std::vector<std::string> answers;
-  bool pdf = false;
+  bool pdf = false, send_held = false;
 
   const std::string_view Kind() const { return owners ? kOwnerTemplates : kTemplates; }
   Destination To() const {
@@ -76,6 +77,8 @@ void Declare(CLI::App& app, Call& call) {
   app.add_option("--printer", call.printer, "The printer; without it, the default one");
   app.add_flag("--list", call.list, "Print the recipients and make nothing");
   app.add_option("--resume", call.resume, "Make what the run of this log left undone");
+  app.add_flag("--send-held", call.send_held,
+               "With --resume: hand over the letters held back, as they are");
 }
 
 // What is wrong with the call; empty when nothing is.
@@ -86,9 +89,11 @@ std::string Complaint(const Call& call) {
   if (!call.resume.empty()) {
     const bool more = choosing || call.list || !call.template_name.empty() ||
                       !call.subject.empty() || !call.answers.empty() || call.pdf;
-    return more ? "--resume takes everything from the run log; only --printer may be given with it"
+    return more ? "--resume takes everything from the run log; "
+                  "only --printer and --send-held may be given with it"
                 : "";
   }
+  if (call.send_held) return "--send-held goes with --resume";
   if (call.list) return "";
   if (call.template_name.empty()) return "--template is missing";
   if (call.all && !call.recipients.empty()) return "--all and --recipient exclude each other";
@@ -156,7 +161,7 @@ class GenerateCommand {
     dialogs_.Before(&progress_);
     Generation generation(session_, AfterError::kNextRecipient, progress_, printers_.get());
     const GenerationSummary summary =
-        resuming ? generation.Resume(resumed)
+        resuming ? generation.Resume(resumed, [&](std::size_t) { return call_.send_held; })
                  : generation.Run(WithPrinter(request),
                                   [&](const Caches& caches) { return Chosen(caches); });
     dialogs_.Before(nullptr);

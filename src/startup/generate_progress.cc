@@ -86,7 +86,9 @@ void GenerateProgress::Saved(const std::filesystem::path& file) {
 void GenerateProgress::LetterFinished(const LetterReport& report) {
   ++finished_;
   if (!report.warnings.empty()) Warn(report);
-  if (report.result != LetterReport::Result::kDone) {
+  // Held letters are listed with their reasons at the end.
+  if (report.result != LetterReport::Result::kDone &&
+      report.result != LetterReport::Result::kHeld) {
     ClearLine();
     errors_ << Name(report) << ": " << TerminalLine(report.problem) << std::endl;
   }
@@ -136,6 +138,17 @@ void GenerateProgress::ClearLine() {
   line_length_ = 0;
 }
 
+void GenerateProgress::ShowHeld(const GenerationSummary& summary) {
+  if (summary.held.empty()) return;
+  for (const LetterReport& report : summary.held) {
+    errors_ << "Held back: " << Name(report) << ": " << TerminalLine(report.problem) << "\n  "
+            << TerminalLine(report.file.string()) << "\n";
+  }
+  errors_ << "  Correct the data, the template or the letter's file and resume the run; with "
+             "--send-held the letters go out as\n  they are: tenora generate --resume "
+          << ShellWord(summary.log.string()) << "\n";
+}
+
 void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination destination) {
   ClearLine();
   for (const auto& [warning, met] : warnings_) {
@@ -147,6 +160,7 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
           << DoneWord(destination, summary.composed);
   if (summary.done_before > 0) errors_ << " (" << summary.done_before << " of them before)";
   if (!summary.failed.empty()) errors_ << ", " << summary.failed.size() << " failed";
+  if (!summary.held.empty()) errors_ << ", " << summary.held.size() << " held back";
   if (!summary.in_doubt.empty()) errors_ << ", " << summary.in_doubt.size() << " in doubt";
   if (summary.untouched() > 0) errors_ << ", " << summary.untouched() << " not begun";
   errors_ << ".\n";
@@ -155,6 +169,7 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
         << "Nothing is sent automatically: the option SmtpSend is off. Send each letter from its "
            "window.\n";
   }
+  ShowHeld(summary);
   for (const LetterReport& report : summary.in_doubt) {
     errors_ << "In doubt: " << Name(report) << ", " << TerminalLine(report.file.string()) << "\n";
   }

@@ -37,6 +37,7 @@ class GenerateProgress : public GenerationObserver {
 
   void ShowCount();
   void Warn(const LetterReport& report);
+  void ShowHeld(const GenerationSummary& summary);
 
   const GenerateParts& parts_;
   std::ostream& output_;

@@ -82,6 +82,27 @@ TEST_F(WindowGeneration, EndsAtAnErrorUnderTheHandlersNameAndIsResumed) {
   EXPECT_THAT(Letter("Mei Huang/Notice(1).rtf"), HasSubstr("no Mei"));
 }
 
+TEST_F(WindowGeneration, HoldsALetterBackWithoutABoxAndSendsTheOnesThatAreNamed) {
+  Template("<<Tenant Code>>, <<Tenant Nmae>>");
+  const GenerationSummary run = Generate("Mei Huang;Ben Huang;");
+  EXPECT_TRUE(machine_.dialogs.shown().empty());
+  EXPECT_FALSE(run.stopped);
+  EXPECT_EQ(run.untouched(), 0U);
+  ASSERT_EQ(run.held.size(), 2U);
+  EXPECT_THAT(run.held[1].problem, HasSubstr("\"<<Tenant Nmae>>\" was not filled in"));
+  Generation resumption(session_, AfterError::kStop, observer_);
+  const auto second_only = [](std::size_t number) { return number == 2; };
+  const GenerationSummary sent = resumption.Resume(run.log, second_only);
+  EXPECT_EQ(sent.done, 1U);
+  ASSERT_EQ(sent.held.size(), 1U);
+  EXPECT_EQ(sent.held[0].recipient.name, "Mei Huang");
+  // What can no longer be merged stays held: from "failed" its file would go out as it is.
+  fs::remove(Data() / "Templates/Notice.rtf");
+  EXPECT_EQ(resumption.Resume(run.log).held.size(), 1U);
+  ASSERT_EQ(machine_.dialogs.shown().size(), 1U);
+  EXPECT_THAT(machine_.dialogs.shown()[0].text, HasSubstr("53 - File not found"));
+}
+
 TEST_F(WindowGeneration, NeedsTheTemplateOnlyAtItsBeginning) {
   observer_.after_letter = [&] { fs::remove(Data() / "Templates/Notice.rtf"); };
   EXPECT_TRUE(Generate("Mei Huang;Ben Huang;").complete());

@@ -47,6 +47,8 @@ TEST_F(RunLogTest, IsReadBackWhateverNamesItHolds) {
     log.NoteFile(2, data_ / "Māhuta -" / "Notice(1).rtf");
     log.Note(2, LetterState::kSaving);
     log.Note(1, LetterState::kFailed, "61 - Disk\nfull");
+    log.NoteFile(3, data_ / "-" / "Notice.rtf");
+    log.Note(3, LetterState::kHeld, "no\tpayment", "9 bytes, 1f");
     log.Sync();
   }
   // What a kill in the middle of a line leaves.
@@ -60,7 +62,9 @@ TEST_F(RunLogTest, IsReadBackWhateverNamesItHolds) {
   EXPECT_EQ(log.letter(1).detail, "61 - Disk\nfull");
   EXPECT_EQ(log.letter(2).state, LetterState::kSaving);
   EXPECT_EQ(log.letter(2).file, "Māhuta -/Notice(1).rtf");
-  EXPECT_EQ(log.letter(3).state, LetterState::kWaiting);
+  EXPECT_EQ(log.letter(3).state, LetterState::kHeld);
+  EXPECT_EQ(log.letter(3).detail, "no\tpayment");
+  EXPECT_EQ(log.letter(3).fingerprint, "9 bytes, 1f");
   EXPECT_THAT(ReadWholeFile(path), testing::EndsWith("resumed\t2026-11-21 09:30:00\t\n"));
 }
 
@@ -79,7 +83,7 @@ TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
   const Case cases[] = {
       {"", "not a Tenora run log"},
       {"{\\rtf1}", "not a Tenora run log"},
-      {changed("run log\t1", "run log\t2"), "another version of Tenora, in format 2"},
+      {changed("run log\t2", "run log\t3"), "another version of Tenora, in format 3"},
       {good.substr(0, good.find("recipient")), "ends before its first letter"},
       {changed(data_.string(), "/srv/else"), "in the data folder /srv/else; this is "},
       {changed("093000.log", "093001.log"), "is a copy of the run log"},
@@ -94,6 +98,8 @@ TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
       {with("saved\t0\tJane\t\t"), "damaged"},
       {with("saved\t1\tAnn\t\t"), "damaged"},
       {with("saved\t1\tJane\t\\x4\t"), "damaged"},
+      {with("held\t1\tJane\tJane/x.rtf\tno date"), "damaged"},
+      {with("held\t1\tJane\tJane/../../x.rtf\tno date\t1"), "not a letter in the folder"},
       {with("delivered\t1\tJane\t\t"), "damaged"},
       {good + std::string(20, '\0') + "\n", "damaged"},
   };
@@ -106,6 +112,8 @@ TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
   fs::copy_file(path, data_ / "Copy.log");
   EXPECT_THAT(Refusal(data_ / "Copy.log"), HasSubstr("is a copy of the run log Letters"));
   EXPECT_EQ(Refusal(path), "");
+  WriteWholeFile(path, changed("run log\t2", "run log\t1"));
+  EXPECT_EQ(Refusal(path), "") << "a log of the format before";
 }
 
 }  // namespace

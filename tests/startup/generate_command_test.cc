@@ -105,6 +105,7 @@ TEST_F(Generate, ChoosesRecipientsByNameOrCodeAndSaysWhoMayBeMeant) {
       {{"--all", "--to", "moon"}, 2, "moon"},
       {{"--all", "--by-property"}, 2, "--by-property goes with --owners"},
       {{"--resume", "x.log"}, 2, "--resume takes everything from the run log"},
+      {{"--all", "--send-held"}, 2, "--send-held goes with --resume"},
   };
   for (const auto& call : cases) {
     std::vector<std::string> arguments{"--template", "Note"};
@@ -208,6 +209,30 @@ TEST_F(Generate, AFailedLetterIsNamedAndLeavesNothingAndTheOthersAreMade) {
   EXPECT_THAT(resumed.errors, HasSubstr("1 of 2 letters saved, 1 failed."));
   EXPECT_THAT(Letter("Mei Huang/Long.rtf"), HasSubstr("T00007"));
   EXPECT_THAT(ReadWholeFile(Log()), HasSubstr("failed\t2\tBen Huang"));
+}
+
+TEST_F(Generate, ALetterHeldBackIsSavedButNeitherPrintedNorMadeAPdf) {
+  WriteTemplate("Ask", "<<Tenant Code>> <<?Which day?>>");
+  for (const std::string destination : {"folder", "printer"}) {
+    SCOPED_TRACE(destination);
+    const auto held = Make({"--template", "Ask", "--to", destination, "--pdf", "--recipient",
+                            "T00001", "--recipient", "T00007"},
+                           "Mon } day\nTuesday\n");
+    EXPECT_EQ(held.status, 1);
+    EXPECT_THAT(held.errors, HasSubstr("1 of 2 letters "));
+    EXPECT_THAT(held.errors, HasSubstr(", 1 held back.\nHeld back: Noor Whaanga (T00001): Which"));
+    EXPECT_THAT(held.output, HasSubstr("Noor Whaanga/Ask.rtf\n"));
+    EXPECT_FALSE(fs::exists(Home() / "Noor Whaanga/Ask.pdf"));
+    EXPECT_EQ(Printed().size(), destination == "printer" ? 1U : 0U);
+    const auto sent = Make({"--resume", Log().string(), "--send-held"});
+    EXPECT_EQ(sent.status, 0) << sent.errors;
+    EXPECT_THAT(sent.errors, HasSubstr(" (1 of them before)."));
+    EXPECT_TRUE(fs::exists(Home() / "Noor Whaanga/Ask.pdf"));
+    EXPECT_EQ(Printed().size(), destination == "printer" ? 2U : 0U);
+    EXPECT_EQ(Letters(), 2U);
+    for (const char* name : {"Noor Whaanga", "Mei Huang"}) fs::remove_all(Home() / name);
+    fs::remove(Log());
+  }
 }
 
 TEST_F(Generate, CtrlCEndsTheRunBehindTheLetterInHandAlsoAtAQuestion) {

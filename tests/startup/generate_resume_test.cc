@@ -25,15 +25,28 @@ class GenerateResume : public test::Agency {
     test::SendMailTo(server.port(), Database());
   }
   test::ProcessResult Mail(const std::string& codes,
-                           const std::vector<std::string>& environment = {}) const {
+                           const std::vector<std::string>& environment = {},
+                           const std::string& answers = {}) const {
     std::vector<std::string> call{"generate", "--template", "Note",     "--to",
                                   "email",    "--subject",  "Your rent"};
     for (const std::string& code : Split(codes, " ")) {
       call.insert(call.end(), {"--recipient", code});
     }
-    return Run(call, {}, environment);
+    return Run(call, answers, environment);
   }
-  test::ProcessResult Resume() const { return Run({"generate", "--resume", Log().string()}); }
+  test::ProcessResult Resume(const std::string& answers = {},
+                             const std::vector<std::string>& environment = {}) const {
+    return Run({"generate", "--resume", Log().string()}, answers, environment);
+  }
+  // Kills the program before it writes to its log for the step-th time.
+  static std::vector<std::string> KillAt(int step) {
+    return {"LD_PRELOAD=" + (test::BinaryDir() / "kill_at_log_step.so").string(),
+            "KILL_AT=" + std::to_string(step), "ASAN_OPTIONS=verify_asan_link_order=0"};
+  }
+  static bool NothingWasBegun(const test::ProcessResult& resumed) {
+    return resumed.errors.find("ends before its first letter") != std::string::npos ||
+           resumed.errors.find("this is not a Tenora run log") != std::string::npos;
+  }
   fs::path Log() const { return Home() / "Letters 2026-11-21 093000.log"; }
   // Letters by their folder; everything made is removed.
   std::map<std::string, int> TakeLetters() const {
@@ -53,20 +66,16 @@ class GenerateResume : public test::Agency {
 };
 
 TEST_F(GenerateResume, AfterAKillAtAnyStepOfTheLogNobodyIsMailedTwice) {
-  const std::string killer = (test::BinaryDir() / "kill_at_log_step.so").string();
   const char* const kNames[] = {"Noor Whaanga", "Élodie Evans-Pike"};
   int step = 1, in_doubt = 0, before = 0;
   for (;; ++step) {
     SCOPED_TRACE("killed at step " + std::to_string(step));
-    const test::ProcessResult killed =
-        Mail("T00001 T00002", {"LD_PRELOAD=" + killer, "KILL_AT=" + std::to_string(step),
-                               "ASAN_OPTIONS=verify_asan_link_order=0"});
+    const test::ProcessResult killed = Mail("T00001 T00002", KillAt(step));
     if (killed.status == 0) break;
     ASSERT_EQ(killed.status, 128 + SIGKILL) << killed.errors;
     const test::ProcessResult resumed = Resume();
     const int sent = static_cast<int>(server_.Messages().size()) - before;
-    if (resumed.errors.find("ends before its first letter") != std::string::npos ||
-        resumed.errors.find("this is not a Tenora run log") != std::string::npos) {
+    if (NothingWasBegun(resumed)) {
       EXPECT_EQ(resumed.status, 1);
       EXPECT_EQ(sent, 0);
       EXPECT_TRUE(TakeLetters().empty());
@@ -217,6 +226,81 @@ TEST_F(GenerateResume, AServerThatMisbehavesCostsNobodyALetterAndNobodyGetsTwo) 
     for (const auto& [envelope, number] : copies) EXPECT_EQ(number, 1) << envelope;
     TakeLetters();
   }
+}
+
+TEST_F(GenerateResume, ALetterHeldBackWaitsForACorrectionOrAPersonsWord) {
+  WriteTemplate("Note", "<<Tenant Code>> <<?Which day?>>");
+  const fs::path letter = Home() / "Noor Whaanga/Note.rtf";
+  const auto first = Mail("T00001 T00002", {}, "Mon } day\nTuesday\n");
+  EXPECT_EQ(first.status, 1);
+  EXPECT_THAT(first.errors, HasSubstr("1 of 2 letters mailed, 1 held back.\n"));
+  EXPECT_THAT(first.errors,
+              HasSubstr("Held back: Noor Whaanga (T00001): Which day: the value \"Mon } day\""));
+  EXPECT_THAT(first.errors, HasSubstr("--send-held"));
+  const std::string corrected = test::RtfDocument("Monday, corrected by hand");
+  const struct {
+    const char* what;
+    std::string by_hand;  // what a person makes of the file before the run is resumed
+    const char* answer;
+    const char* said;
+    std::string in_file;
+  } steps[] = {
+      {"merged anew, and wrong again", "", "Fri } day\n", "1 held back", "T00001 Fri"},
+      {"corrected, with a code left", test::RtfDocument("By hand <<Tenant Nmae>>"), "",
+       "\"<<Tenant Nmae>>\" was not filled in", "By hand <<Tenant Nmae>>"},
+      {"never merged over what a person wrote", "", "Saturday\n", "1 held back", "By hand"},
+      {"corrected", corrected, "", "2 of 2 letters mailed (1 of them before).", corrected},
+  };
+  for (const auto& step : steps) {
+    SCOPED_TRACE(step.what);
+    EXPECT_EQ(server_.Messages().size(), 1U);
+    if (!step.by_hand.empty()) WriteFile(letter, step.by_hand);
+    EXPECT_THAT(Resume(step.answer).errors, HasSubstr(step.said));
+    EXPECT_THAT(ReadWholeFile(letter), HasSubstr(step.in_file));
+  }
+  EXPECT_THAT(test::ParseMessage(server_.MessageFile(2)), HasSubstr("corrected by hand"));
+  EXPECT_EQ(Resume().status, 0);
+  EXPECT_EQ(TakeLetters().at("Noor Whaanga"), 1) << "a second letter beside the held one";
+
+  // Right once it is merged anew; or sent as it is.
+  EXPECT_THAT(Mail("T00001", {}, "Mon } day\n").errors, HasSubstr("0 of 1 letter mailed, 1 held"));
+  EXPECT_EQ(Resume("Sunday\n").status, 0);
+  EXPECT_THAT(test::ParseMessage(server_.MessageFile(3)), HasSubstr("T00001 Sunday"));
+  EXPECT_EQ(TakeLetters().at("Noor Whaanga"), 1);
+  EXPECT_EQ(Mail("T00001", {}, "Mon } day\n").status, 1);
+  EXPECT_EQ(Run({"generate", "--resume", Log().string(), "--send-held"}).status, 0);
+  EXPECT_EQ(server_.Messages().size(), 4U);
+}
+
+TEST_F(GenerateResume, AKillAtAnyStepLetsNoHeldLetterOut) {
+  const auto written = [&](const char* text) { WriteTemplate("Note", text); };
+  const auto expect_held = [&](const char* text) {
+    const test::ProcessResult resumed = Resume();
+    if (NothingWasBegun(resumed)) return;
+    EXPECT_THAT(resumed.errors, HasSubstr("0 of 1 letter mailed, 1 held back."));
+    EXPECT_THAT(ReadWholeFile(Home() / "Noor Whaanga/Note.rtf"), HasSubstr(text));
+    EXPECT_EQ(TakeLetters().at("Noor Whaanga"), 1);
+  };
+  int steps = 0;
+  for (int status = -1; status != 1; ++steps) {
+    SCOPED_TRACE("the first run killed at step " + std::to_string(steps + 1));
+    written("first <<Tenant Nmae>>");
+    status = Mail("T00001", KillAt(steps + 1)).status;
+    expect_held("first");
+    TakeLetters();
+  }
+  EXPECT_GE(steps, 4);
+  steps = 0;
+  for (int status = -1; status != 1; ++steps) {
+    SCOPED_TRACE("the resumed run killed at step " + std::to_string(steps + 1));
+    written("first <<Tenant Nmae>>");
+    EXPECT_EQ(Mail("T00001").status, 1);
+    written("second <<Tenant Nmae>>");
+    status = Resume({}, KillAt(steps + 1)).status;
+    expect_held("second");
+  }
+  EXPECT_GE(steps, 4);
+  EXPECT_TRUE(server_.Messages().empty());
 }
 
 }  // namespace

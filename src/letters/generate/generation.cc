@@ -47,12 +47,13 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
   return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go();
 }
 
-GenerationSummary Generation::Resume(const std::filesystem::path& log_path) {
+GenerationSummary Generation::Resume(const std::filesystem::path& log_path, SendHeld send_held) {
   RunLog log = RunLog::Resume(log_path, session_.database.DataFolder(), session_.platform.clock);
   LoadRentalData(session_);
   RequirePrinter(printers_, log.request().destination);
   LetterMaker maker(session_, log.request(), BadFutureDates(after_error_));
-  return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go();
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker)
+      .Go(std::move(send_held));
 }
 
 GenerationRequest Generation::RequestOf(const std::filesystem::path& log) {

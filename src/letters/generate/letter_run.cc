@@ -97,7 +97,8 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
   if (request().pdf) pdf_workers_.emplace(StoredMargins(session.settings));
 }
 
-GenerationSummary LetterRun::Go() {
+GenerationSummary LetterRun::Go(SendHeld send_held) {
+  send_held_ = std::move(send_held);
   std::size_t missing = 0;
   for (std::size_t number = 1; number <= log_.count(); ++number) {
     if (!Settled(number)) ++missing;
@@ -179,17 +180,24 @@ bool LetterRun::Process(std::size_t number) {
 
 bool LetterRun::MakeAndHandOver(LetterReport& report) {
   report.file = SavedBefore(report);
+  const bool held = HeldBack(log_.letter(report.number).state);
   if (report.file.empty()) {
-    if (!Make(report)) return false;
+    // What is there under that name, if anything, is not this letter.
+    log_.NoteFile(report.number, {});
+    if (!Merge(report)) return false;
+    Save(report);
+  } else if (held && !(send_held_ && send_held_(report.number))) {
+    if (!CheckAgain(report)) return false;
   } else {
     letter_ = &maker_.Load(report.recipient, report.file);
     RemoveIfEmpty(PdfBeside(report.file));
   }
+  if (report.result == Result::kHeld) return true;
   if (request().pdf && !Exists(PdfBeside(report.file))) MakePdf(report);
   return HandOver(report);
 }
 
-bool LetterRun::Make(LetterReport& report) {
+bool LetterRun::Merge(LetterReport& report) {
   std::size_t unanswered = 0;
   letter_ = &maker_.Make(report.recipient, &unanswered);
   // An answer interrupted by a request to stop does not count: the letter is not made.
@@ -199,8 +207,62 @@ bool LetterRun::Make(LetterReport& report) {
                               (unanswered == 1 ? " prompt was" : " prompts were") +
                               " left without an answer");
   }
-  Save(report);
+  Check(report);
   return true;
+}
+
+void LetterRun::Check(LetterReport& report) const {
+  for (const LetterFinding& finding : letter_->Check()) {
+    std::string text = finding.code.empty() ? "" : finding.code + ": ";
+    text += finding.sentence;
+    if (finding.weight == FindingWeight::kWarning) {
+      report.warnings.push_back(std::move(text));
+    } else {
+      report.result = Result::kHeld;
+      report.problem += (report.problem.empty() ? "" : "; ") + text;
+    }
+  }
+}
+
+bool LetterRun::CheckAgain(LetterReport& report) {
+  LoggedLetter logged = log_.letter(report.number);
+  const std::string in_file = Fingerprint(ReadWholeFile(report.file));
+  if (logged.state == LetterState::kHolding) {
+    // The run ended before it could say why; until the letter is merged again it stays held.
+    logged.fingerprint = std::exchange(logged.detail, "held back by a run that was cut short");
+    log_.Note(report.number, LetterState::kHeld, logged.detail, logged.fingerprint);
+  }
+  if (logged.fingerprint.find(in_file) == std::string::npos) {
+    letter_ = &maker_.Load(report.recipient, report.file);
+    Check(report);
+    // With the fingerprint from before: what a person has changed is never merged over.
+    if (report.result == Result::kHeld) {
+      log_.Note(report.number, LetterState::kHeld, report.problem, logged.fingerprint);
+    }
+    return true;
+  }
+  if (!Merge(report)) return false;
+  ReplaceHeld(report, in_file);
+  return true;
+}
+
+// Until the new letter is noted, the log knows both contents as the program's own: whichever of
+// them a kill leaves is merged again rather than taken for a person's correction.
+void LetterRun::ReplaceHeld(const LetterReport& report, const std::string& fingerprint_before) {
+  const std::string fingerprint = Fingerprint(letter_->rtfLetter.TextRTF());
+  if (fingerprint != fingerprint_before) {
+    const std::string reason = log_.letter(report.number).detail;
+    log_.Note(report.number, LetterState::kHeld, reason, fingerprint_before + "; " + fingerprint);
+    log_.Sync();
+    WriteWholeFile(report.file, letter_->rtfLetter.TextRTF());
+    observer_.Saved(report.file);
+  }
+  if (report.result == Result::kHeld) {
+    log_.Note(report.number, LetterState::kHeld, report.problem, fingerprint);
+  } else {
+    log_.Note(report.number, LetterState::kSaving, fingerprint);
+  }
+  log_.Write();
 }
 
 fs::path LetterRun::SavedBefore(LetterReport& report) const {
@@ -211,7 +273,9 @@ fs::path LetterRun::SavedBefore(LetterReport& report) const {
   if (!Exists(file)) return {};
   const bool whole = IsWholeLetter(file);
   // The run ended before it took the name, and another run took it.
-  if (whole && logged.state == LetterState::kSaving && !logged.detail.empty() &&
+  const bool name_not_taken =
+      logged.state == LetterState::kSaving || logged.state == LetterState::kHolding;
+  if (whole && name_not_taken && !logged.detail.empty() &&
       Fingerprint(ReadWholeFile(file)) != logged.detail) {
     return {};
   }
@@ -224,14 +288,15 @@ fs::path LetterRun::SavedBefore(LetterReport& report) const {
 // The name is in the log before the letter takes it: after a kill the letter is found again rather
 // than saved twice.
 void LetterRun::Save(LetterReport& report) {
+  const bool held = report.result == Result::kHeld;
   SaveWay way;
-  way.durability =
-      request().destination == Destination::kEmail ? Durability::kSynced : Durability::kUntilSync;
+  way.durability = request().destination == Destination::kEmail || held ? Durability::kSynced
+                                                                        : Durability::kUntilSync;
   way.pdf_name_free = request().pdf;
   const std::string fingerprint = Fingerprint(letter_->rtfLetter.TextRTF());
   way.before_write = [&](const fs::path& path) {
     log_.NoteFile(report.number, path);
-    log_.Note(report.number, LetterState::kSaving, fingerprint);
+    log_.Note(report.number, held ? LetterState::kHolding : LetterState::kSaving, fingerprint);
     log_.Write();
   };
   try {
@@ -241,6 +306,7 @@ void LetterRun::Save(LetterReport& report) {
     throw;
   }
   report.file = letter_->members().FilePath;
+  if (held) log_.Note(report.number, LetterState::kHeld, report.problem, fingerprint);
   observer_.Saved(report.file);
 }
 
@@ -331,7 +397,12 @@ bool LetterRun::Mail(LetterReport& report) {
 bool LetterRun::Fail(LetterReport report, const std::string& problem) {
   report.result = Result::kFailed;
   report.problem = problem;
-  log_.Note(report.number, LetterState::kFailed, report.problem);
+  const LoggedLetter& logged = log_.letter(report.number);
+  // A held letter that could not be looked at again stays held: from "failed", its file would be
+  // handed over as it is.
+  if (!HeldBack(logged.state) || logged.file.empty()) {
+    log_.Note(report.number, LetterState::kFailed, report.problem);
+  }
   observer_.LetterFinished(report);
   return after_error_ == AfterError::kNextRecipient;
 }
@@ -406,6 +477,9 @@ GenerationSummary LetterRun::Summary() const {
     } else if (InDoubt(letter.state)) {
       report.result = Result::kInDoubt;
       summary.in_doubt.push_back(std::move(report));
+    } else if (HeldBack(letter.state)) {
+      report.result = Result::kHeld;
+      summary.held.push_back(std::move(report));
     } else if (letter.state == LetterState::kFailed) {
       report.result = Result::kFailed;
       summary.failed.push_back(std::move(report));

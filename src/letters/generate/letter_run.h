@@ -20,8 +20,9 @@ class LetterRun {
   LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
             printing::Printers* printers, RunLog& log, LetterMaker& maker);
 
-  // Makes every letter that the log does not show as done or in doubt.
-  GenerationSummary Go();
+  // Makes every letter that the log does not show as done or in doubt; a held one that `send_held`
+  // takes is handed over as its file is.
+  GenerationSummary Go(SendHeld send_held = {});
 
  private:
   using Result = LetterReport::Result;
@@ -34,7 +35,13 @@ class LetterRun {
   bool Process(std::size_t number);
   // Raises whatever goes wrong; false when the user stopped in the middle of it.
   bool MakeAndHandOver(LetterReport& report);
-  bool Make(LetterReport& report);
+  bool Merge(LetterReport& report);
+  // Puts the findings on the current letter into the report.
+  void Check(LetterReport& report) const;
+  // Looks again at a letter that an earlier run held back. As MakeAndHandOver.
+  bool CheckAgain(LetterReport& report);
+  // Puts the current letter in place of the unchanged file of a held one.
+  void ReplaceHeld(const LetterReport& report, const std::string& fingerprint_before);
   // False when the user stopped while the mail server was silent.
   bool HandOver(LetterReport& report);
   bool Mail(LetterReport& report);
@@ -58,6 +65,7 @@ class LetterRun {
   GenerationObserver& observer_;
   RunLog& log_;
   LetterMaker& maker_;
+  SendHeld send_held_;
   frmLetter* letter_ = nullptr;  // the current one
   clsEmailSender sender_;
   std::optional<PrinterMod> printer_;

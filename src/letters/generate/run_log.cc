@@ -151,10 +151,12 @@ void RunLog::CheckOrigin(const fs::path& data_folder) const {
   }
 }
 
-void RunLog::Note(std::size_t number, LetterState state, const std::string& detail) {
+void RunLog::Note(std::size_t number, LetterState state, const std::string& detail,
+                  const std::string& fingerprint) {
   LoggedLetter& letter = run_.letters[number - 1];
   letter.state = state;
   letter.detail = detail;
+  letter.fingerprint = fingerprint;
   noted_ += RunLogLine(state, number, recipient(number).name, letter);
 }
 

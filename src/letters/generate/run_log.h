@@ -37,7 +37,8 @@ class RunLog {
 
   // Notes what is to be written on a letter; the file is kept where none is given. Nothing reaches
   // the log before Write.
-  void Note(std::size_t number, LetterState state, const std::string& detail = {});
+  void Note(std::size_t number, LetterState state, const std::string& detail = {},
+            const std::string& fingerprint = {});
   void NoteFile(std::size_t number, const std::filesystem::path& file);
   void Remark(std::string_view what, std::string_view text);
   // Writes the pending lines: they survive the end of this process.

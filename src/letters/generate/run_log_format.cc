@@ -16,13 +16,16 @@ namespace tenora {
 namespace {
 
 constexpr std::string_view kFirstWord = "Tenora run log";
-constexpr std::string_view kVersion = "1";
+constexpr std::string_view kVersion = "2";
+// Held letters came with format 2; a log of format 1 is read, and goes on, like any other.
+constexpr std::string_view kVersionBefore = "1";
 constexpr std::string_view kHeadEnd = "letters";
 constexpr std::size_t kMostRecipients = 10'000'000;
 
 constexpr std::array<std::string_view, 3> kDestinations{"folder", "printer", "email"};
-constexpr std::array<std::string_view, 8> kStates{"waiting", "saving",   "saved",   "sending",
-                                                  "mailed",  "printing", "printed", "failed"};
+constexpr std::array<std::string_view, 10> kStates{"waiting", "saving",   "saved",   "sending",
+                                                   "mailed",  "printing", "printed", "failed",
+                                                   "holding", "held"};
 constexpr std::array<std::string_view, 3> kRemarks{"resumed", "stopped", "ended"};
 
 template <typename Enum, std::size_t Count>
@@ -130,7 +133,7 @@ class Reader {
     if (!rest_.starts_with(kFirstWord)) Refuse("this is not a Tenora run log");
     const Fields first = NextLine();
     if (first.size() != 2 || first[0] != kFirstWord) Damaged();
-    if (first[1] != kVersion) {
+    if (first[1] != kVersion && first[1] != kVersionBefore) {
       Refuse("the run log was written by another version of Tenora, in format " + first[1] +
              "; resume it with that version");
     }
@@ -191,13 +194,14 @@ class Reader {
   void ReadLetterLine(const Fields& fields) {
     if (FromWord<int>(kRemarks, fields[0])) return;
     const auto state = FromWord<LetterState>(kStates, fields[0]);
-    if (!state || fields.size() != 5) Damaged();
+    if (!state || fields.size() != (*state == LetterState::kHeld ? 6 : 5)) Damaged();
     const std::size_t number = Number(fields[1]);
     if (number == 0 || number > run_.letters.size()) Damaged();
     const Recipient& recipient = run_.request.recipients[number - 1];
     if (fields[2] != recipient.name) Damaged();
     RequireInFolder(fields[3], recipient.name);
-    run_.letters[number - 1] = {*state, fields[3], fields[4]};
+    run_.letters[number - 1] = {*state, fields[3], fields[4],
+                                *state == LetterState::kHeld ? fields[5] : std::string()};
   }
 
   void RequireInFolder(const std::string& file, const std::string& name) const {
@@ -241,8 +245,11 @@ std::string RunLogHead(const LoggedRun& run, Date now) {
 
 std::string RunLogLine(LetterState state, std::size_t number, const std::string& name,
                        const LoggedLetter& letter) {
-  return Line({kStates[static_cast<std::size_t>(state)], std::to_string(number), name, letter.file,
-               letter.detail});
+  const std::string_view word = kStates[static_cast<std::size_t>(state)];
+  const std::string place = std::to_string(number);
+  return state == LetterState::kHeld
+             ? Line({word, place, name, letter.file, letter.detail, letter.fingerprint})
+             : Line({word, place, name, letter.file, letter.detail});
 }
 
 std::string RunLogRemark(std::string_view what, std::string_view text, Date now) {

@@ -22,6 +22,8 @@ enum class LetterState {
   kPrinting,  // its print job is about to be handed on
   kPrinted,
   kFailed,
+  kHolding,  // about to take this file name, and then to be held back
+  kHeld,     // on the disk, and held back by the check of the finished letter
 };
 
 // Whether the letter was handed over without confirmation that it arrived.
@@ -29,10 +31,18 @@ inline bool InDoubt(LetterState state) {
   return state == LetterState::kSending || state == LetterState::kPrinting;
 }
 
+// Whether the letter waits for a correction or a person's word.
+inline bool HeldBack(LetterState state) {
+  return state == LetterState::kHolding || state == LetterState::kHeld;
+}
+
 struct LoggedLetter {
   LetterState state = LetterState::kWaiting;
   std::string file;    // below the data folder, "Jane Smith/Rent review(1).rtf"; empty when none
-  std::string detail;  // address, printer, or why it failed
+  std::string detail;  // address, printer, why it failed or is held
+  // kHeld: of the file as the program wrote it, or of both while it is being replaced. Another
+  // content is a person's correction.
+  std::string fingerprint;
 };
 
 struct LoggedRun {

@@ -161,7 +161,10 @@ bool GenerateLetters::WantsMissing(const GenerationSummary& summary) {
   for (const LetterReport& report : summary.in_doubt) {
     text += "\r\n" + report.recipient.name + ": " + report.problem;
   }
-  if (summary.log.empty() || summary.done + summary.in_doubt.size() == summary.asked) {
+  for (const LetterReport& report : summary.held) {
+    text += "\r\nHeld back: " + report.recipient.name + ": " + report.problem;
+  }
+  if (summary.log.empty() || summary.failed.size() + summary.untouched() == 0) {
     dialogs.Say(text);
     return false;
   }
