@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "letters/file_names.h"
 #include "letters/template_library.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
@@ -47,7 +48,7 @@ TEST_F(RunLogTest, IsReadBackWhateverNamesItHolds) {
     log.NoteFile(2, data_ / "Māhuta -" / "Notice(1).rtf");
     log.Note(2, LetterState::kSaving);
     log.Note(1, LetterState::kFailed, "61 - Disk\nfull");
-    log.NoteFile(3, data_ / "-" / "Notice.rtf");
+    log.NoteFile(3, data_ / RecipientFolderName("..") / "Notice.rtf");
     log.Note(3, LetterState::kHeld, "no\tpayment", "9 bytes, 1f");
     log.Sync();
   }

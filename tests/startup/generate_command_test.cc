@@ -139,9 +139,11 @@ TEST_F(Generate, AsksPromptsForEachLetterUnlessTheyAreAnswered) {
                                       "T00001",     "--recipient", "T00002"};
   std::vector<std::string> answered = both;
   answered.insert(answered.end(), {"--answer", "What time=10 = <<?What time?>>ten"});
-  // An answer that holds its own prompt is given once; then it is the user's to answer.
+  // An answer that holds its own prompt is given once; then it is the user's to answer, and the
+  // letter, which does not show what was given, is held back.
   const test::ProcessResult asked = Make(answered, "Monday\n\nTuesday\n\n");
-  EXPECT_EQ(asked.status, 0);
+  EXPECT_EQ(asked.status, 1);
+  EXPECT_THAT(asked.errors, HasSubstr("0 of 2 letters saved, 2 held back."));
   EXPECT_THAT(asked.errors, HasSubstr("Which day\n  Tenant : Élodie Evans-Pike"));
   EXPECT_THAT(Letter("Noor Whaanga/Ask.rtf"), HasSubstr("T00001: Monday at 10 = ten"));
   EXPECT_THAT(Letter("Élodie Evans-Pike/Ask.rtf"), HasSubstr("T00002: Tuesday at 10 = ten"));
