@@ -20,7 +20,7 @@
 #include "platform/printing/file_label.h"
 #include "platform/printing/picture_import.h"
 #include "platform/runtime/clock.h"
-#include "platform/runtime/files.h"
+#include "platform/runtime/free_file_name.h"
 #include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
 

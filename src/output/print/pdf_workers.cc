@@ -8,6 +8,7 @@
 #include "platform/printing/qt_application.h"
 #include "platform/richtext/rich_text_box.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/free_file_name.h"
 
 namespace tenora {
 namespace {

@@ -161,22 +161,6 @@ bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
   return CreateInPlace(path, content, durability);
 }
 
-std::filesystem::path WriteUnderFreeName(
-    const std::filesystem::path& wanted, std::string_view content, Durability durability,
-    const std::function<bool(const std::filesystem::path&)>& accept) {
-  std::filesystem::path path = wanted;
-  for (long n = 1;; ++n) {
-    std::error_code error;
-    // The write fails if another program takes the name in between.
-    const bool taken = std::filesystem::symlink_status(path, error).type() !=
-                       std::filesystem::file_type::not_found;
-    if (taken && error) throw FileError(error.value(), path);
-    if (!taken && (!accept || accept(path)) && WriteNewFile(path, content, durability)) return path;
-    path = wanted.parent_path() /
-           (wanted.stem().string() + "(" + std::to_string(n) + ")" + wanted.extension().string());
-  }
-}
-
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to) {
   if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
   if (errno == EEXIST) return false;

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <string_view>
 
@@ -32,15 +31,6 @@ enum class Durability { kSynced, kUntilSync };
 // may leave the file empty; the end of this process alone does not harm it.
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
                   Durability durability = Durability::kSynced);
-
-// Writes a new file of this name or, where it is taken, of the first free of "stem(1).ext",
-// "stem(2).ext", …, also when other programs write there at the same moment. `accept` is asked
-// before each attempt to take a name and may refuse it. The result is the path written. Raises the
-// errors of WriteNewFile.
-std::filesystem::path WriteUnderFreeName(
-    const std::filesystem::path& wanted, std::string_view content,
-    Durability durability = Durability::kSynced,
-    const std::function<bool(const std::filesystem::path&)>& accept = {});
 
 // Gives a file another name in its file system; false, and nothing changed, where that name is
 // taken. Raises the errors of FileError.

@@ -5,9 +5,7 @@
 #include <system_error>
 #include <thread>
 
-#include "platform/access/format/corruption.h"
-#include "platform/access/format/file_header.h"
-#include "platform/access/format/layout.h"
+#include "platform/access/storage/rollback.h"
 
 namespace tenora::access {
 namespace {
@@ -50,52 +48,6 @@ std::filesystem::path Resolved(const std::filesystem::path& path) {
 RuntimeError NoSuchFile(const std::filesystem::path& path) {
   return RuntimeError(engine_error::kFileNotFound, "Could not find file '" + path.string() + "'.",
                       "DAO.Workspace");
-}
-
-// The length that the journal's header gives, if the file has exactly that length; otherwise 0.
-std::uint64_t CompleteLength(StorageFile& journal) {
-  std::array<std::byte, kJournalHeader> header{};
-  const std::uint64_t length = JournalLength(Bytes(header).first(journal.Read(0, header)));
-  return length == journal.Size() ? length : 0;
-}
-
-std::vector<std::byte> ReadStart(StorageFile& file, std::uint64_t length) {
-  std::vector<std::byte> bytes(length);
-  bytes.resize(file.Read(0, bytes));
-  return bytes;
-}
-
-enum class Finding {
-  kUntouched,    // the database is as it was before the change
-  kInterrupted,  // every byte is the old one or the new one
-  kReplaced,  // nothing of the change is there, and the database is a different one or has changed
-  kMixed,     // another program has written over part of the change
-};
-
-bool IsOldOrNew(const JournalPage& page, Bytes found) {
-  for (std::size_t i = 0; i < found.size(); ++i) {
-    if (found[i] != page.before[i] && found[i] != page.after[i]) return false;
-  }
-  return true;
-}
-
-Finding Compare(const Journal& journal, StorageFile& database) {
-  std::array<std::byte, kHeaderSize> start{};
-  if (database.Read(0, start) < start.size()) return Finding::kReplaced;
-  if (DatabaseIdentity(start) != journal.identity) return Finding::kReplaced;
-  const std::uint64_t size = database.Size();
-  bool possible = size >= journal.old_length && size <= journal.new_length;
-  bool untouched = size == journal.old_length, written = false;
-  std::vector<std::byte> found(journal.page_size);
-  for (const JournalPage& page : journal.pages) {
-    const std::size_t count = database.Read(std::uint64_t{page.number} * journal.page_size, found);
-    possible = possible && count == found.size() && IsOldOrNew(page, found);
-    untouched = untouched && found == page.before;
-    written = written || (found == page.after && found != page.before);
-  }
-  if (untouched) return Finding::kUntouched;
-  if (possible) return Finding::kInterrupted;
-  return written ? Finding::kMixed : Finding::kReplaced;
 }
 
 }  // namespace
@@ -166,24 +118,7 @@ void ExclusiveAccess::LockJournal(std::chrono::milliseconds wait) {
 
 void ExclusiveAccess::Recover() {
   if (!journal_in_use_) return;
-  const std::uint64_t length = CompleteLength(*journal_);
-  // A change has no more pages than the database had before it, and the database is not shorter
-  // than that until the change is rolled back.
-  constexpr std::size_t kPageSize = kJet4Layout.page_size;
-  if (length > JournalLength(kPageSize, database_->Size() / kPageSize)) throw CannotRollBack();
-  Journal journal;
-  // Pages are written only after the journal is synced, so an incomplete one was never needed.
-  if (!DecodeJournal(ReadStart(*journal_, length), journal)) return DropJournal();
-  switch (Compare(journal, *database_)) {
-    case Finding::kUntouched:
-    case Finding::kReplaced:
-      break;
-    case Finding::kInterrupted:
-      RollBack(journal);
-      break;
-    case Finding::kMixed:
-      throw CannotRollBack();
-  }
+  if (!RollBackInterruptedChange(*journal_, *database_)) throw CannotRollBack();
   DropJournal();
 }
 
@@ -209,7 +144,7 @@ CommitStates ExclusiveAccess::Commit(const Journal& journal,
       journal_->Truncate(0);
     } catch (const StorageError&) {
       // If this fails too, the journal stays, and whoever opens the database next rolls back.
-      RollBack(journal);
+      RollBack(journal, *database_);
       DropJournal();
       throw;
     }
@@ -262,14 +197,6 @@ CommitStates ExclusiveAccess::WritePages(const Journal& journal,
   states.after = database_->MarkChanged();
   database_->Sync();
   return states;
-}
-
-void ExclusiveAccess::RollBack(const Journal& journal) {
-  for (const JournalPage& page : journal.pages) {
-    database_->Write(std::uint64_t{page.number} * journal.page_size, page.before);
-  }
-  if (database_->Size() > journal.old_length) database_->Truncate(journal.old_length);
-  database_->Sync();
 }
 
 void ExclusiveAccess::DropJournal() {

@@ -51,7 +51,6 @@ class ExclusiveAccess {
   void RequireUnchanged(const Journal& journal);
   void SaveJournal(const Journal& journal);
   CommitStates WritePages(const Journal& journal, const std::vector<AppendedPage>& appended);
-  void RollBack(const Journal& journal);
   void DropJournal();
 
   Storage& storage_;

@@ -1,4 +1,4 @@
-#include "platform/richtext/edit/canonical_form.h"
+#include "platform/richtext/edit/edited_document.h"
 
 #include <algorithm>
 #include <memory>

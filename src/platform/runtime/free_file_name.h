@@ -1,0 +1,21 @@
+// Names that are not taken yet: "Notice.rtf", "Notice(1).rtf", "Notice(2).rtf", …
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string_view>
+
+#include "platform/runtime/files.h"
+
+namespace tenora {
+
+// Writes a new file of this name or, where it is taken, of the first free of "stem(1).ext",
+// "stem(2).ext", …, also when other programs write there at the same moment. `accept` is asked
+// before each attempt to take a name and may refuse it. The result is the path written. Raises the
+// errors of WriteNewFile.
+std::filesystem::path WriteUnderFreeName(
+    const std::filesystem::path& wanted, std::string_view content,
+    Durability durability = Durability::kSynced,
+    const std::function<bool(const std::filesystem::path&)>& accept = {});
+
+}  // namespace tenora
