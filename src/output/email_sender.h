@@ -1,5 +1,6 @@
 // Sends one message to one recipient: by SMTP, or through the desktop's mail program, as the option
-// SmtpSend says. Nothing is retried, and there is no fallback from one transport to the other.
+// SmtpSend says. There is no fallback from one transport to the other; mail::SmtpClient says when a
+// message is tried a second time.
 #pragma once
 
 #include <functional>
