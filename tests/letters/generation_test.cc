@@ -82,6 +82,46 @@ TEST_F(WindowGeneration, EndsAtAnErrorUnderTheHandlersNameAndIsResumed) {
   EXPECT_THAT(Letter("Mei Huang/Notice(1).rtf"), HasSubstr("no Mei"));
 }
 
+TEST_F(WindowGeneration, NamesWhoHasVanishedAndWritesToTheOthers) {
+  for (const std::string_view kind : {kTemplates, kOwnerTemplates}) {
+    SCOPED_TRACE(kind);
+    fs::create_directories(Data() / kind);
+    WriteWholeFile(Data() / kind / "Notice.rtf", "{\\rtf1\\ansi To whom\\par}");
+    request_.template_kind = kind;
+    const bool tenants = kind == kTemplates;
+    const GenerationSummary run =
+        Generate(tenants ? "Mei Huang;Nobody;Ben Huang;" : "Quinn Māhuta;Nobody;Rimu-Kauri Trust;");
+    EXPECT_EQ(run.done, 2U);
+    EXPECT_FALSE(run.stopped);
+    ASSERT_EQ(run.failed.size(), 1U);
+    EXPECT_EQ(run.failed[0].problem, tenants ? "the rental database has no such tenancy"
+                                             : "the rental database has no owner of this name");
+    Generation resumption(session_, AfterError::kStop, observer_);
+    EXPECT_EQ(resumption.Resume(run.log).failed.size(), 1U);
+    EXPECT_TRUE(machine_.dialogs.shown().empty());
+  }
+}
+
+TEST_F(WindowGeneration, EndsWhenTheDatabaseCannotBeReadAnyMoreAndIsResumed) {
+  const fs::path database = Data() / "property.mdb", away = Data() / "away.mdb";
+  Generation commands(session_, AfterError::kNextRecipient, observer_);
+  observer_.after_letter = [&] {
+    if (observer_.results.size() == 2) fs::rename(database, away);
+  };
+  const GenerationSummary run = commands.Run(request_, [](const Caches& caches) {
+    std::vector<Recipient> all;
+    for (const TenantRecord& tenant : caches.Tenants) all.push_back({tenant.KeyName, ""});
+    return all;
+  });
+  EXPECT_TRUE(run.stopped);
+  EXPECT_EQ(run.done, 2U);
+  ASSERT_EQ(run.failed.size(), 3U);
+  EXPECT_EQ(run.failed[0].problem, "the rental database could not be read");
+  fs::rename(away, database);
+  observer_.after_letter = {};
+  EXPECT_TRUE(commands.Resume(run.log).complete());
+}
+
 TEST_F(WindowGeneration, HoldsALetterBackWithoutABoxAndSendsTheOnesThatAreNamed) {
   Template("<<Tenant Code>>, <<Tenant Nmae>>");
   const GenerationSummary run = Generate("Mei Huang;Ben Huang;");

@@ -82,7 +82,9 @@ TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
     return ReplaceAll(good, part, by);
   };
   const Case cases[] = {
-      {"", "not a Tenora run log"},
+      {"", "ends before its first letter; nothing of that run was done"},
+      {"Tenora ru", "ends before its first letter; nothing of that run was done"},
+      {"Letters", "not a Tenora run log"},
       {"{\\rtf1}", "not a Tenora run log"},
       {changed("run log\t2", "run log\t3"), "another version of Tenora, in format 3"},
       {good.substr(0, good.find("recipient")), "ends before its first letter"},

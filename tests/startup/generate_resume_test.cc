@@ -44,8 +44,7 @@ class GenerateResume : public test::Agency {
             "KILL_AT=" + std::to_string(step), "ASAN_OPTIONS=verify_asan_link_order=0"};
   }
   static bool NothingWasBegun(const test::ProcessResult& resumed) {
-    return resumed.errors.find("ends before its first letter") != std::string::npos ||
-           resumed.errors.find("this is not a Tenora run log") != std::string::npos;
+    return resumed.errors.find("nothing of that run was done") != std::string::npos;
   }
   fs::path Log() const { return Home() / "Letters 2026-11-21 093000.log"; }
   // Letters by their folder; everything made is removed.
@@ -130,6 +129,27 @@ TEST_F(GenerateResume, MailsOnlyWhomTheServerRefusedAndNamesTheReason) {
   }
   EXPECT_THAT(Mail("T00001 T00002 T00003 T00005").errors,
               HasSubstr("Stopped. 0 of 4 letters mailed, 3 failed, 1 not begun."));
+}
+
+TEST_F(GenerateResume, NamesWhoHasVanishedSinceAndMailsTheOthers) {
+  {
+    test::SmtpServer gone("plain");
+    ToServer(gone);
+  }
+  // Saved before the server failed, but for the last.
+  EXPECT_EQ(Mail("T00001 T00002 T00003 T00005").status, 1);
+  ToServer(server_);
+  for (const char* code : {"T00002", "T00005"}) {
+    const auto removed = Run({"query", "--write", Database().string(),
+                              "delete from tenancy where reference = '" + std::string(code) + "'"});
+    ASSERT_EQ(removed.status, 0) << removed.errors;
+  }
+  const test::ProcessResult resumed = Resume();
+  EXPECT_EQ(resumed.status, 1);
+  EXPECT_THAT(resumed.errors, HasSubstr("2 of 4 letters mailed, 2 failed."));
+  EXPECT_THAT(resumed.errors, HasSubstr("(T00002): the rental database no longer has this"));
+  EXPECT_THAT(resumed.errors, HasSubstr("(T00005): the rental database has no such tenancy"));
+  EXPECT_EQ(server_.Messages().size(), 2U);
 }
 
 TEST_F(GenerateResume, HoldsInDoubtWhatTheServerTookWithoutAWord) {

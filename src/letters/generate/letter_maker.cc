@@ -32,14 +32,11 @@ frmLetter& LetterMaker::Make(const Recipient& recipient, std::size_t* unanswered
   letter_.members().FilePath = template_path_.string();
   letter_.rtfLetter.SetTextRTF(*template_source_);
   letter_.AfterLoadLetter();
-  const std::size_t errors_before = session_.database.ErrorsReported();
+  errors_before_ = session_.database.ErrorsReported();
   if (ForTenants()) {
     MergeTenant();
   } else {
     MergeOwner();
-  }
-  if (session_.database.ErrorsReported() != errors_before) {
-    throw LetterProblem("the rental database could not be read");
   }
   *unanswered = letter_.InsertPrompts(request_.answers);
   return letter_;
@@ -53,9 +50,10 @@ frmLetter& LetterMaker::Load(const Recipient& recipient, const std::filesystem::
 
 void LetterMaker::MergeTenant() {
   const TenantMergeOutcome outcome = letter_.InsertTenantDetails();
+  RequireDatabaseRead();
   if (outcome.error) throw *outcome.error;
   if (!outcome.tenant_found) {
-    throw LetterProblem("the rental database has no such tenancy");
+    throw RecipientGone("the rental database has no such tenancy");
   }
   if (!outcome.receipt_number_issued) {
     throw LetterProblem("no building receipt number could be issued");
@@ -65,14 +63,20 @@ void LetterMaker::MergeTenant() {
 
 void LetterMaker::MergeOwner() {
   const OwnerMergeOutcome outcome = letter_.InsertOwnerDetails();
+  RequireDatabaseRead();
   if (outcome.error) throw *outcome.error;
   if (!outcome.owner_found && letter_.members().RecipientName.empty()) {
     throw LetterProblem("the owner has no name in the rental database");
   }
   if (!outcome.owner_found) {
-    throw LetterProblem("the rental database has no owner of this name");
+    throw RecipientGone("the rental database has no owner of this name");
   }
   RequireFutureDates(outcome.future_dates_inserted);
+}
+
+// Before anything else is made of the outcome: what could not be read looks like what is not there.
+void LetterMaker::RequireDatabaseRead() const {
+  if (session_.database.ErrorsReported() != errors_before_) throw DatabaseProblem();
 }
 
 void LetterMaker::RequireFutureDates(bool inserted) const {

@@ -18,6 +18,18 @@ class LetterProblem : public RuntimeError {
       : RuntimeError(error_number::kInvalidProcedureCall, why) {}
 };
 
+// The recipient is not, or no longer, in the database.
+class RecipientGone : public LetterProblem {
+ public:
+  using LetterProblem::LetterProblem;
+};
+
+// The database could not be read for this letter, which has been shown.
+class DatabaseProblem : public LetterProblem {
+ public:
+  DatabaseProblem() : LetterProblem("the rental database could not be read") {}
+};
+
 class LetterMaker {
  public:
   // What happens to a future-date code that cannot be read, which the merge has shown.
@@ -29,9 +41,9 @@ class LetterMaker {
   void ReadTemplate();
 
   // A letter for this recipient, merged, its prompts asked; `unanswered` counts the ones that were
-  // cancelled. Raises LetterProblem for a letter that could not be filled: nobody of that name or
-  // code, a failed look-up, a building receipt number that could not be issued; and the errors of
-  // the merge.
+  // cancelled. Raises RecipientGone for nobody of that name or code, DatabaseProblem for a failed
+  // look-up, LetterProblem for a building receipt number that could not be issued; and the errors
+  // of the merge.
   frmLetter& Make(const Recipient& recipient, std::size_t* unanswered);
   // The letter that an earlier run saved for this recipient. Raises what LoadLetter raises.
   frmLetter& Load(const Recipient& recipient, const std::filesystem::path& file);
@@ -41,6 +53,7 @@ class LetterMaker {
   void Begin(const Recipient& recipient);
   void MergeTenant();
   void MergeOwner();
+  void RequireDatabaseRead() const;
   void RequireFutureDates(bool inserted) const;
 
   Session& session_;
@@ -49,6 +62,7 @@ class LetterMaker {
   std::filesystem::path template_path_;
   std::optional<std::string> template_source_;
   frmLetter letter_;
+  std::size_t errors_before_ = 0;  // of the database, before the current letter
 };
 
 }  // namespace tenora

@@ -1,5 +1,6 @@
 #include "letters/generate/letter_run.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -22,6 +23,8 @@ constexpr std::chrono::seconds kBetweenSyncs{1};
 constexpr std::size_t kLargestGroup = 8192;
 // Each attempt to reach a server that does not answer takes a minute.
 constexpr int kMostUnconnected = 3;
+// So many letters in a row that could not read the database: it may have gone for all of them.
+constexpr int kMostUnread = 3;
 // Each may be a letter that arrived and one that did not: more of them help nobody.
 constexpr int kMostInDoubt = 3;
 
@@ -39,6 +42,17 @@ void RequireAddress(const std::string& address) {
   } catch (const RuntimeError& error) {
     throw MailProblem(std::string(error.description()));
   }
+}
+
+// Whether the database, as the run loaded it, has the recipient of a letter.
+bool StillKnown(const Caches& caches, const LetterMembers& letter) {
+  if (letter.Kind == kTenantLetter) {
+    return std::ranges::any_of(caches.Tenants, [&](const TenantRecord& tenant) {
+      return tenant.Reference == letter.TenantCode;
+    });
+  }
+  return std::ranges::any_of(
+      caches.Owners, [&](const OwnerRecord& owner) { return owner.Name == letter.RecipientName; });
 }
 
 bool ConcernsEveryLetter(int number) {
@@ -165,6 +179,13 @@ bool LetterRun::Process(std::size_t number) {
     }
     Fail(std::move(report), error.what());
     return true;
+  } catch (const RecipientGone& error) {
+    // Named at the end, in the window too: the others are to get their letters.
+    Fail(std::move(report), error.what());
+    return true;
+  } catch (const DatabaseProblem& error) {
+    if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
+    return Fail(std::move(report), error.what()) && !DatabaseLost();
   } catch (const LetterProblem& error) {
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     return Fail(std::move(report), error.what());
@@ -207,6 +228,7 @@ bool LetterRun::Merge(LetterReport& report) {
                               (unanswered == 1 ? " prompt was" : " prompts were") +
                               " left without an answer");
   }
+  unread_ = 0;
   Check(report);
   return true;
 }
@@ -367,6 +389,9 @@ void LetterRun::PrintInJob(LetterReport& report) {
 bool LetterRun::Mail(LetterReport& report) {
   const std::string address = letter_->EmailAddress();
   log_.Note(report.number, LetterState::kSaved);
+  if (address.empty() && !StillKnown(session_.caches, letter_->members())) {
+    throw RecipientGone("the rental database no longer has this recipient");
+  }
   RequireAddress(address);
   const EmailBody body = letter_->BodyOfEmail(false);
   log_.Note(report.number, LetterState::kSending, address);
@@ -392,6 +417,13 @@ bool LetterRun::Mail(LetterReport& report) {
     report.warnings.push_back("mailed, but not yet noted in the run log: " + ErrorText(error));
   }
   return true;
+}
+
+// What cannot be read for one letter alone, as a damaged row, must not keep the others from theirs.
+bool LetterRun::DatabaseLost() {
+  if (++unread_ < kMostUnread) return false;
+  unread_ = 0;
+  return !session_.ReloadRentalData();
 }
 
 bool LetterRun::Fail(LetterReport report, const std::string& problem) {

@@ -53,6 +53,8 @@ class LetterRun {
   void MakePdf(LetterReport& report);
   void TakePdfs(std::vector<PdfResult> results);
 
+  // True when letters in a row could not read the database, and it cannot be read at all.
+  bool DatabaseLost();
   // False when the run must end.
   bool Fail(LetterReport report, const std::string& problem);
   void SyncGroup();
@@ -77,6 +79,7 @@ class LetterRun {
   std::size_t done_before_ = 0;
   int unconnected_ = 0;  // letters in a row that met no mail server or program
   int in_doubt_ = 0;     // letters in a row of which the server did not say whether it took them
+  int unread_ = 0;       // letters in a row for which the database could not be read
   bool stopped_ = false;
 };
 

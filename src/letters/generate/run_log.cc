@@ -109,7 +109,8 @@ std::size_t RunLog::Read() {
   const std::string text = ReadLog(fd_, path_);
   const std::size_t whole = WholeLines(text);
   try {
-    run_ = ReadRunLog(std::string_view(text).substr(0, whole));
+    // A first line cut short still shows whether this is a run log.
+    run_ = ReadRunLog(std::string_view(text).substr(0, whole == 0 ? text.size() : whole));
   } catch (const RuntimeError& error) {
     throw RuntimeError(error.number(), path_.string() + ": " + std::string(error.description()));
   }

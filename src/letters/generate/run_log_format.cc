@@ -130,7 +130,10 @@ class Reader {
   }
 
   void ReadFirstLine() {
-    if (!rest_.starts_with(kFirstWord)) Refuse("this is not a Tenora run log");
+    // A log that a kill left empty, or cut short in its first line, is one all the same.
+    if (!kFirstWord.starts_with(rest_.substr(0, kFirstWord.size()))) {
+      Refuse("this is not a Tenora run log");
+    }
     const Fields first = NextLine();
     if (first.size() != 2 || first[0] != kFirstWord) Damaged();
     if (first[1] != kVersion && first[1] != kVersionBefore) {

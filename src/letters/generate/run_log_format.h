@@ -62,8 +62,9 @@ std::string RunLogRemark(std::string_view what, std::string_view text, Date now)
 
 // The length of the log without a last line that was cut short.
 std::size_t WholeLines(std::string_view text);
-// Reads whole lines. Raises 321 (Invalid file format) with the line's number for text that is not a
-// run log, has another version, is damaged, or names files outside its recipients' folders.
+// Reads whole lines, or what there is of the first. Raises 321 (Invalid file format) with the
+// line's number for text that is not a run log, has another version, is damaged, or names files
+// outside its recipients' folders.
 LoggedRun ReadRunLog(std::string_view text);
 
 }  // namespace tenora

@@ -13,6 +13,8 @@ namespace {
 
 using Entry = TreeModel::Entry;
 
+constexpr std::size_t kMostNamed = 20;  // letters that failed, in the box after a run
+
 bool Generates(const std::string& kind) { return kind == kTemplates || kind == kOwnerTemplates; }
 
 // Passes on a run's progress, and stops the run when the user cancels.
@@ -158,6 +160,14 @@ bool GenerateLetters::WantsMissing(const GenerationSummary& summary) {
   Dialogs& dialogs = session_.platform.dialogs;
   std::string text =
       std::to_string(summary.done) + " of " + std::to_string(summary.asked) + " letters were made.";
+  std::size_t named = 0;
+  for (const LetterReport& report : summary.failed) {
+    if (++named > kMostNamed) break;
+    text += "\r\n" + report.recipient.name + ": " + report.problem;
+  }
+  if (named > kMostNamed) {
+    text += "\r\n" + std::to_string(summary.failed.size() - kMostNamed) + " more failed.";
+  }
   for (const LetterReport& report : summary.in_doubt) {
     text += "\r\n" + report.recipient.name + ": " + report.problem;
   }
