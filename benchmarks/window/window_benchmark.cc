@@ -58,7 +58,7 @@ void Run(const std::filesystem::path& database) {
     session.settings.SaveSettingText("Mail", "FormsAtStartup", "1");
     const CommandLine line("");
     const CommandParts parts{line, session, [] { return printing::Printers::Create({}); },
-                             std::cout};
+                             std::cout, std::cerr};
     std::unique_ptr<frmMain> window;
     up = std::max(up, Milliseconds([&] {
                     window = std::make_unique<frmMain>(parts);
