@@ -21,7 +21,7 @@ richtext::Picture FileLabel(std::string_view name) {
   image.fill(Qt::white);
   QPainter painter(&image);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.translate((kWidth - kSheetWidth) / 2, kTop);
+  painter.translate((kWidth - kSheetWidth) / 2.0, kTop);
   QPainterPath sheet;
   sheet.addPolygon(QPolygonF({{0, 0},
                               {kSheetWidth - kFold, 0},

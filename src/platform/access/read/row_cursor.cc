@@ -213,7 +213,7 @@ class StoredRowCursor : public PlacedCursor {
 // Scans the pages that the table owns.
 class ScanCursor final : public StoredRowCursor {
  public:
-  explicit ScanCursor(std::shared_ptr<const TableData> table)
+  explicit ScanCursor(const std::shared_ptr<const TableData>& table)
       : StoredRowCursor(table), pages_(*table->file, table->definition.owned_pages) {}
 
  private:

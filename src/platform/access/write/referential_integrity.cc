@@ -41,8 +41,8 @@ std::vector<Field> Fields(const StoredRow& row, const std::vector<std::size_t>& 
   return fields;
 }
 
-RuntimeError RelatedError(int number, std::string text) {
-  return RuntimeError(number, std::move(text), "DAO.Recordset");
+RuntimeError RelatedError(int number, const std::string& text) {
+  return RuntimeError(number, text, "DAO.Recordset");
 }
 
 bool HasNull(const std::vector<Field>& fields) {

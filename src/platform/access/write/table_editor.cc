@@ -79,7 +79,7 @@ void TableEditor::Refuse(const std::string& why, const std::string& index) const
   throw NotUpdatable(name(), why, index);
 }
 
-RuntimeError TableEditor::Error(int number, std::string text) const {
+RuntimeError TableEditor::Error(int number, const std::string& text) const {
   return RuntimeError(number, text, kSource);
 }
 

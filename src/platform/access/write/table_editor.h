@@ -57,7 +57,7 @@ class TableEditor final : public WritableTable {
   void ReadTrees();
   std::size_t ColumnNamed(std::string_view name) const;
   [[noreturn]] void Refuse(const std::string& why, const std::string& index = {}) const;
-  RuntimeError Error(int number, std::string text) const;
+  RuntimeError Error(int number, const std::string& text) const;
   template <typename Step>
   auto Guarded(Step step) const;
   template <typename Step>

@@ -74,11 +74,12 @@ void HeadersAndFooters::Load(std::string_view side, Which which) {
     const bool footer = word.starts_with(kFooter);
     std::optional<Head>& head = (footer ? footers_ : headers_)[which];
     if (head || !Shows(group.blocks)) continue;
-    head.emplace();
-    head->footer = footer;
-    head->blocks = &group.blocks;
-    head->fields = PageFieldsIn(group.blocks);
-    LayOut(&*head, {});
+    // Not emplace() without a value: clang finds no default constructor of a nested class.
+    Head& added = head.emplace(Head{});
+    added.footer = footer;
+    added.blocks = &group.blocks;
+    added.fields = PageFieldsIn(group.blocks);
+    LayOut(&added, {});
   }
 }
 
