@@ -11,7 +11,6 @@ namespace tenora::printing {
 namespace {
 
 using richtext::Alignment;
-using richtext::CharFormat;
 using richtext::TabStop;
 
 constexpr double kUnbroken = 1e7;   // wider than any text

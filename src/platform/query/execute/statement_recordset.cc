@@ -12,11 +12,11 @@ RuntimeError RecordsetError(int number, std::string_view description) {
   return RuntimeError(number, std::string(description), "DAO.Recordset");
 }
 
-StatementRecordset::StatementRecordset(std::shared_ptr<SqliteConnection> connection,
+StatementRecordset::StatementRecordset(const std::shared_ptr<SqliteConnection>& connection,
                                        std::string_view statement)
     : StatementRecordset(connection, connection->Prepare(statement), statement) {}
 
-StatementRecordset::StatementRecordset(std::shared_ptr<SqliteConnection> connection,
+StatementRecordset::StatementRecordset(const std::shared_ptr<SqliteConnection>& connection,
                                        const Select& select, std::string_view statement,
                                        const std::vector<Token>& tokens)
     : StatementRecordset(connection, connection->Prepare(select, statement, tokens), statement) {}

@@ -16,9 +16,10 @@ RuntimeError RecordsetError(int number, std::string_view description);
 class StatementRecordset : public Recordset {
  public:
   // Moves to the first row.
-  StatementRecordset(std::shared_ptr<SqliteConnection> connection, std::string_view statement);
+  StatementRecordset(const std::shared_ptr<SqliteConnection>& connection,
+                     std::string_view statement);
   // The rows of a select that is parsed already, as SqliteConnection::Prepare takes it.
-  StatementRecordset(std::shared_ptr<SqliteConnection> connection, const Select& select,
+  StatementRecordset(const std::shared_ptr<SqliteConnection>& connection, const Select& select,
                      std::string_view statement, const std::vector<Token>& tokens);
   ~StatementRecordset() override;
   StatementRecordset(const StatementRecordset&) = delete;
