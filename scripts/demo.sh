@@ -14,4 +14,4 @@ echo "The sample agency is in $home"
 echo "Running: tenora 'PRINTRECEIPT=\"T00001\" FORMAT=\"Receipt\"'"
 build/release/tenora 'PRINTRECEIPT="T00001" FORMAT="Receipt"'
 pdf=$(find "$home/Printed" -name '*.pdf')
-echo "The receipt lies in: $pdf"
+echo "The receipt is in: $pdf"

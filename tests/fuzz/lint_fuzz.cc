@@ -1,4 +1,4 @@
-// Any bytes are a template that can be looked at, and every finding lies in its text.
+// Any bytes are a template that can be looked at, and every finding is within its text.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

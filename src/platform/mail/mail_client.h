@@ -17,7 +17,7 @@ class NoMailClient : public RuntimeError {
 };
 
 // Opens Thunderbird's compose window where `thunderbird` is on the path, else hands a draft file to
-// the desktop's own handler (`xdg-open`). The body lies in a file under `scratch_folder` (made when
+// the desktop's own handler (`xdg-open`). The body is in a file under `scratch_folder` (made when
 // missing, open to its owner only), which stays a week for the mail program to read. Raises
 // NoMailClient (429) when neither program is installed or the one there fails within seconds, 53,
 // 70 or 75 when the file cannot be written or the program cannot be started. A program that keeps
