@@ -127,7 +127,17 @@ TEST_F(SharingTheFile, AnInterruptedChangeOverwrittenByAnotherProgramIsReported)
   WriteWholeFile(JournalPath(path_), {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3049 - A change to "));
   EXPECT_EQ(ReadWholeFile(path_), content);
+  // Pages that another program has appended since must not be cut off with the change.
+  journal.pages.pop_back();
+  const auto shorter = access::EncodeJournal(journal);
+  WriteWholeFile(JournalPath(path_),
+                 {reinterpret_cast<const char*>(shorter.data()), shorter.size()});
+  const std::string longer = content + std::string(4096, 'x');
+  WriteWholeFile(path_, longer);
+  EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3049 - A change to "));
+  EXPECT_EQ(ReadWholeFile(path_), longer);
   // The same in a database with fewer pages than the journal.
+  WriteWholeFile(JournalPath(path_), {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   WriteWholeFile(path_, content.substr(0, 4096));
   EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3049 - A change to "));
   EXPECT_EQ(ReadWholeFile(path_), content.substr(0, 4096));
