@@ -69,7 +69,7 @@ void FontTable::Byte(unsigned char byte) {
   if (byte == ';') {
     EndEntry();
   } else if (byte >= 0x20 && name_.size() < kLongestSource) {
-    name_ += kByte + byte;
+    name_ += static_cast<char32_t>(kByte + byte);
   }
 }
 
