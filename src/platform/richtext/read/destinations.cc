@@ -74,4 +74,32 @@ Opens WhatOpens(std::string_view word, bool starred) {
   return starred ? Opens::kSkipped : Opens::kNothing;
 }
 
+std::optional<Destination> DestinationOf(Opens opens) {
+  switch (opens) {
+    case Opens::kSkipped:
+    case Opens::kInstruction:
+      return Destination::kSkip;
+    case Opens::kFonts:
+      return Destination::kFonts;
+    case Opens::kColours:
+      return Destination::kColours;
+    case Opens::kStyles:
+      return Destination::kStyles;
+    case Opens::kLists:
+      return Destination::kLists;
+    case Opens::kOverrides:
+      return Destination::kOverrides;
+    case Opens::kInfo:
+      return Destination::kInfo;
+    case Opens::kClassicList:
+      return Destination::kClassicList;
+    case Opens::kNestedRow:
+    case Opens::kAlternatives:
+    case Opens::kCopiedStory:  // a text box without its shape: its text is text
+      return Destination::kText;
+    default:
+      return std::nullopt;
+  }
+}
+
 }  // namespace tenora::richtext

@@ -1,6 +1,7 @@
 // The groups of RTF that are not plain text, and how each is handled.
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 namespace tenora::richtext {
@@ -54,5 +55,8 @@ enum class Opens {
 
 // `starred`: \* came before the word; a group with an unknown word is then dropped.
 Opens WhatOpens(std::string_view word, bool starred);
+
+// How a group is read that is neither carried through nor a text of its own; none for others.
+std::optional<Destination> DestinationOf(Opens opens);
 
 }  // namespace tenora::richtext

@@ -10,17 +10,14 @@
 #include "platform/richtext/characters/code_page.h"
 #include "platform/richtext/characters/special_characters.h"
 #include "platform/richtext/document_text.h"
-#include "platform/richtext/read/carried_object.h"
+#include "platform/richtext/read/carried_reader.h"
 #include "platform/richtext/read/character_reader.h"
 #include "platform/richtext/read/character_words.h"
-#include "platform/richtext/read/colour_table.h"
 #include "platform/richtext/read/destinations.h"
-#include "platform/richtext/read/font_table.h"
+#include "platform/richtext/read/document_head.h"
 #include "platform/richtext/read/list_table.h"
-#include "platform/richtext/read/page_words.h"
-#include "platform/richtext/read/picture_reader.h"
+#include "platform/richtext/read/reader_group.h"
 #include "platform/richtext/read/story.h"
-#include "platform/richtext/read/style_sheet.h"
 #include "platform/richtext/rtf_tokenizer.h"
 #include "platform/richtext/table_numbers.h"
 #include "platform/richtext/write/block_writer.h"
@@ -41,39 +38,6 @@ int FieldDepth(const Field* field) {
   return depth;
 }
 
-// How a group is read that is neither carried through nor a text of its own.
-std::optional<Destination> PartOf(Opens opens) {
-  switch (opens) {
-    case Opens::kSkipped:
-    case Opens::kInstruction:
-      return Destination::kSkip;
-    case Opens::kFonts:
-      return Destination::kFonts;
-    case Opens::kColours:
-      return Destination::kColours;
-    case Opens::kStyles:
-      return Destination::kStyles;
-    case Opens::kLists:
-      return Destination::kLists;
-    case Opens::kOverrides:
-      return Destination::kOverrides;
-    case Opens::kInfo:
-      return Destination::kInfo;
-    case Opens::kClassicList:
-      return Destination::kClassicList;
-    case Opens::kNestedRow:
-    case Opens::kAlternatives:
-    case Opens::kCopiedStory:  // a text box without its shape: its text is text
-      return Destination::kText;
-    default:
-      return std::nullopt;
-  }
-}
-
-// A destination's word that does not begin its group has no meaning; copied to a group's start it
-// would gain one.
-bool IsMisplaced(const Token& word) { return WhatOpens(word.text, false) != Opens::kNothing; }
-
 // The stack of groups, and what each token does to it.
 class RtfReader {
  public:
@@ -81,40 +45,6 @@ class RtfReader {
   Document Read();
 
  private:
-  // What is done with the result when the group that owns it closes.
-  enum class Delivery {
-    kNone,
-    kObject,       // a Verbatim in the text
-    kPicture,      // a Picture in the text
-    kMark,         // between two characters
-    kHead,         // among the head's groups
-    kInfo,         // among the information groups
-    kInstruction,  // the instruction of the field around
-    kCarried,      // into the carried object around
-  };
-
-  struct Group {
-    Destination destination = Destination::kText;
-    CharFormat format = PlainFormat();
-    const CodePage* page = nullptr;      // of the font in force
-    int fallback = 1;                    // \ucN
-    std::shared_ptr<const Field> field;  // whose result this is
-    int field_serial = 0;                // the paragraph the result began in
-    std::shared_ptr<Field> making;       // \field: the field being read
-    Delivery delivery = Delivery::kNone;
-    bool owns_story = false, owns_carried = false;
-    bool open_ending = false;  // of the story: its last paragraph has no mark
-    bool fresh = false;        // nothing but \* was seen in it
-    bool starred = false;
-    bool brace_written = false;  // its braces are written into the carried object
-    bool alternatives = false;   // \upr: only \ud in it is read
-    bool nested_row = false;     // \nesttableprops
-    bool saved_state = false;    // the story keeps the paragraph formatting from before
-    bool entry = false;    // it holds one entry of a table (style, list, override), one picture
-    bool shown = false;    // text of a carried object that a reader of the letter sees
-    std::string own_word;  // that began the story or carried object it owns
-  };
-
   // Tokens.
   void Handle(Token token);
   void Symbol(char symbol);
@@ -138,21 +68,13 @@ class RtfReader {
   bool OpenInTable(const Token& word);
   bool OpenInField(const Token& word);
   bool OpenInInfo(const Token& word);
-  bool OpenInLists(const Token& word);
   bool OpenInCarried(Opens opens, const Token& word);
-  bool OpenPart(Destination destination);
-  void BeginCarried(CarriedObject::Style style, Delivery delivery, const Token* word);
-  void BeginPicture();
   void BeginStory(Delivery delivery, const Token& word);
   void BeginField();
-  void WriteBrace();
-  void EndTableEntry(const Group& group);
-  void EndPicture(const Group& group);
-  void EndStory(Group& group);
-  void EndCarried(Group& group);
-  void EndField(const Group& group);
+  void EndStory(ReaderGroup& group);
+  void EndField(const ReaderGroup& group);
   void EndClassicList();
-  void Deliver(const Group& group, Verbatim object);
+  void Deliver(const ReaderGroup& group, Verbatim object);
   void AddObject(Verbatim object);
 
   // Words.
@@ -162,29 +84,20 @@ class RtfReader {
   bool StyleWord(const Token& word);
   bool CharacterWord(const Token& word);
   bool ParagraphWord(const Token& word);
-  bool CodePageWord(const Token& word);
   void ChangeParagraph();
 
-  Group& Top() { return groups_.back(); }
+  ReaderGroup& Top() { return groups_.back(); }
   Story& CurrentStory() { return *stories_.back(); }
-  CarriedObject& Carried() { return *carried_.back(); }
-  StoryContext Context() { return {fonts_, colours_, lists_, budget_}; }
+  StoryContext Context() { return {head_.fonts(), head_.colours(), head_.lists(), budget_}; }
 
   Tokenizer tokens_;
   Document document_;
-  CodePages code_pages_;
-  FontTable fonts_;
-  ColourTable colours_;
-  StyleSheet styles_;
-  ListTable lists_;
-  PageWords page_;
+  DocumentHead head_;
   Budget budget_;
 
-  std::vector<Group> groups_;
+  std::vector<ReaderGroup> groups_;
   std::vector<std::unique_ptr<Story>> stories_;
-  std::vector<std::unique_ptr<CarriedObject>> carried_;
-  PictureReader picture_;
-  bool in_picture_ = false;
+  CarriedReader carried_;
   ClassicBullet bullet_;
 
   std::size_t ignored_depth_ = 0;  // groups open beyond the deepest that is followed
@@ -193,7 +106,7 @@ class RtfReader {
 };
 
 RtfReader::RtfReader(std::string_view source)
-    : tokens_(source), fonts_(&code_pages_), budget_(kMemoryBudget) {
+    : tokens_(source), budget_(kMemoryBudget), carried_(&head_) {
   groups_.emplace_back();
   stories_.push_back(std::make_unique<Story>(Context()));
 }
@@ -215,13 +128,7 @@ void RtfReader::Finish() {
     while (groups_.size() > 2) CloseGroup();
   }
   document_.blocks = CurrentStory().Finish(ResolvedFormat());
-  document_.default_font = fonts_.DefaultPosition();
-  const int page = fonts_.document_code_page();
-  // The head can name Windows code pages only; text of others is written as 1252.
-  document_.code_page = CodePageOfCharset(CharsetOfCodePage(page), kDefaultCodePage);
-  document_.fonts = fonts_.Take();
-  document_.colours = colours_.Take();
-  page_.Apply(&document_);
+  head_.Take(&document_);
   Renumber(&document_);
 }
 
@@ -267,8 +174,7 @@ void RtfReader::Symbol(char symbol) {
   const bool printable = symbol > 0x20 && symbol < 0x7f;
   if (!escape && printable &&
       (destination == Destination::kCarried || destination == Destination::kPicture)) {
-    WriteBrace();
-    return Carried().Symbol(symbol);
+    return carried_.Symbol(symbol, &Top());
   }
   if (character != 0) Character(character);
 }
@@ -285,12 +191,8 @@ void RtfReader::Text(std::string_view ascii) {
     case Destination::kText:
       return CurrentStory().Text(ascii, ResolvedFormat(), CurrentField());
     case Destination::kCarried:
-      WriteBrace();
-      return Carried().Text(ascii, Top().shown);
     case Destination::kPicture:
-      WriteBrace();
-      picture_.Hex(ascii);
-      return Carried().Data(ascii);
+      return carried_.Text(ascii, &Top());
     case Destination::kSkip:
       return;
     default:
@@ -304,12 +206,12 @@ void RtfReader::Byte(unsigned char byte) {
     case Destination::kSkip:
       return;
     case Destination::kFonts:
-      return fonts_.Byte(byte);
+      return head_.fonts().Byte(byte);
     case Destination::kColours:
-      if (byte == ';') colours_.EndEntry();
+      if (byte == ';') head_.colours().EndEntry();
       return;
     case Destination::kLevelText:
-      if (byte < 0x80) return lists_.LevelText(byte);
+      if (byte < 0x80) return head_.lists().LevelText(byte);
       break;
     default:
       break;
@@ -326,7 +228,7 @@ void RtfReader::Characters(const std::u32string& characters) {
 void RtfReader::Character(char32_t raw) {
   Top().fresh = false;
   const Destination destination = Top().destination;
-  if (destination == Destination::kLevelText) return lists_.LevelText(raw);
+  if (destination == Destination::kLevelText) return head_.lists().LevelText(raw);
   const char32_t character = CleanCharacter(raw);
   if (character == 0) return;
   switch (destination) {
@@ -336,10 +238,9 @@ void RtfReader::Character(char32_t raw) {
       return CurrentStory().Text(text, ResolvedFormat(), CurrentField());
     }
     case Destination::kCarried:
-      WriteBrace();
-      return Carried().Character(character, Top().shown);
+      return carried_.Character(character, &Top());
     case Destination::kFonts:
-      return fonts_.Character(character);
+      return head_.fonts().Character(character);
     case Destination::kTitle:
       AppendUtf8(document_.title, character);
       return;
@@ -357,17 +258,14 @@ void RtfReader::ListCharacter(char32_t character) {
 
 void RtfReader::Binary(std::string_view bytes) {
   Top().fresh = false;
-  if (Top().destination == Destination::kPicture) picture_.Binary(bytes);
-  if (Top().destination != Destination::kPicture && Top().destination != Destination::kCarried)
-    return;
-  if (bytes.empty()) return;
-  WriteBrace();
-  Carried().Binary(bytes);
+  const Destination destination = Top().destination;
+  if (destination == Destination::kPicture || destination == Destination::kCarried)
+    carried_.Binary(bytes, &Top());
 }
 
 CharFormat RtfReader::ResolvedFormat() {
   CharFormat format = Top().format;
-  if (format.font == kDefaultFont) format.font = fonts_.DefaultPosition();
+  if (format.font == kDefaultFont) format.font = head_.fonts().DefaultPosition();
   return format;
 }
 
@@ -377,12 +275,12 @@ const CodePage& RtfReader::Page() {
   const Destination destination = Top().destination;
   const bool in_bullet =
       destination == Destination::kListBefore || destination == Destination::kListAfter;
-  if (in_bullet && bullet_.font_number() >= 0) return fonts_.PageOf(bullet_.font_number());
-  return Top().page != nullptr ? *Top().page : fonts_.DefaultPage();
+  if (in_bullet && bullet_.font_number() >= 0) return head_.fonts().PageOf(bullet_.font_number());
+  return Top().page != nullptr ? *Top().page : head_.fonts().DefaultPage();
 }
 
 std::shared_ptr<const Field> RtfReader::CurrentField() {
-  const Group& group = Top();
+  const ReaderGroup& group = Top();
   if (group.field == nullptr || group.field->instruction.empty()) return nullptr;
   return group.field_serial == CurrentStory().paragraph_serial() ? group.field : nullptr;
 }
@@ -392,9 +290,9 @@ void RtfReader::OpenGroup() {
     ++ignored_depth_;
     return;
   }
-  Group& around = Top();
+  ReaderGroup& around = Top();
   around.fresh = false;
-  Group group;
+  ReaderGroup group;
   group.destination = around.destination;
   group.format = around.format;
   group.page = around.page;
@@ -407,7 +305,7 @@ void RtfReader::OpenGroup() {
   group.fresh = true;
   if (around.destination == Destination::kStyles && !around.entry) {
     group.entry = true;
-    styles_.BeginEntry();
+    head_.styles().BeginEntry();
   } else if (around.destination == Destination::kStyles) {
     group.destination = Destination::kSkip;
   }
@@ -427,43 +325,16 @@ void RtfReader::CloseGroup() {
     ended_ = true;
     return;
   }
-  Group group = std::move(groups_.back());
+  ReaderGroup group = std::move(groups_.back());
   groups_.pop_back();
   if (group.saved_state) CurrentStory().RestoreState();
-  if (group.brace_written && !group.owns_carried) Carried().Close();
-  EndTableEntry(group);
+  if (!carried_.empty()) carried_.EndGroup(group);
+  head_.EndGroup(group);
   if (group.owns_story) EndStory(group);
-  if (group.owns_carried) EndCarried(group);
+  if (group.owns_carried) Deliver(group, carried_.End(group));
   if (group.destination == Destination::kField && Top().making != group.making) EndField(group);
   if (group.destination == Destination::kClassicList && Top().destination == Destination::kText)
     EndClassicList();
-}
-
-void RtfReader::EndTableEntry(const Group& group) {
-  switch (group.destination) {
-    case Destination::kFonts:
-      return fonts_.EndEntry();
-    case Destination::kStyles:
-      if (group.entry) styles_.EndEntry();
-      return;
-    case Destination::kLists:
-      if (group.entry) lists_.EndList();
-      return;
-    case Destination::kOverrides:
-      if (group.entry) lists_.EndOverride();
-      return;
-    case Destination::kPicture:
-      if (group.entry) EndPicture(group);
-      return;
-    default:
-      return;
-  }
-}
-
-void RtfReader::EndPicture(const Group& group) {
-  in_picture_ = false;
-  if (group.owns_carried) return;
-  Carried().EndPicture(picture_.Take());
 }
 
 // The first word of a group. True when the word is used up.
@@ -486,47 +357,41 @@ bool RtfReader::OpenDestination(const Token& word) {
     case Destination::kSkip:
       if (opens != Opens::kUnicode || groups_.size() < 2) return false;
       if (!groups_[groups_.size() - 2].alternatives) return false;
-      return OpenPart(groups_[groups_.size() - 2].destination);
+      return Top().Become(groups_[groups_.size() - 2].destination);
     default:
       return false;
   }
 }
 
-bool RtfReader::OpenPart(Destination destination) {
-  Top().destination = destination;
-  Top().fresh = false;
-  return true;
-}
-
 bool RtfReader::OpenInText(Opens opens, const Token& word) {
   // Of a field nested too deep, only the result is kept.
-  if (word.text == "fldinst") return OpenPart(Destination::kSkip);
-  if (const auto destination = PartOf(opens)) {
+  if (word.text == "fldinst") return Top().Become(Destination::kSkip);
+  if (const auto destination = DestinationOf(opens)) {
     if (opens == Opens::kClassicList) bullet_ = ClassicBullet();
     if (opens == Opens::kNestedRow) Top().nested_row = true;
     if (opens == Opens::kAlternatives) Top().alternatives = true;
-    return OpenPart(*destination);
+    return Top().Become(*destination);
   }
   switch (opens) {
     case Opens::kField:
       BeginField();
       return true;
     case Opens::kPicture:
-      BeginCarried(CarriedObject::Style::kWhole, Delivery::kPicture, &word);
-      BeginPicture();
+      carried_.Begin(CarriedObject::Style::kWhole, Delivery::kPicture, &word, &Top());
+      carried_.BeginPicture(&Top());
       return true;
     case Opens::kObject:
-      BeginCarried(CarriedObject::Style::kWhole, Delivery::kObject, &word);
+      carried_.Begin(CarriedObject::Style::kWhole, Delivery::kObject, &word, &Top());
       return true;
     case Opens::kMark:
-      BeginCarried(CarriedObject::Style::kWhole, Delivery::kMark, &word);
+      carried_.Begin(CarriedObject::Style::kWhole, Delivery::kMark, &word, &Top());
       return true;
     case Opens::kHead:
-      BeginCarried(CarriedObject::Style::kWhole, Delivery::kHead, &word);
+      carried_.Begin(CarriedObject::Style::kWhole, Delivery::kHead, &word, &Top());
       return true;
     case Opens::kHeadStory:
       // Headers belong to the letter, not to its parts.
-      if (stories_.size() > 1) return OpenPart(Destination::kSkip);
+      if (stories_.size() > 1) return Top().Become(Destination::kSkip);
       BeginStory(Delivery::kHead, word);
       return true;
     case Opens::kObjectStory:
@@ -544,140 +409,71 @@ bool RtfReader::OpenInText(Opens opens, const Token& word) {
 
 // Groups in the tables of the head, in \field and in \pn.
 bool RtfReader::OpenInTable(const Token& word) {
-  Group& group = Top();
-  switch (group.destination) {
+  switch (Top().destination) {
     case Destination::kField:
       return OpenInField(word);
     case Destination::kClassicList:
-      if (word.text == "pntxtb") return OpenPart(Destination::kListBefore);
-      if (word.text == "pntxta") return OpenPart(Destination::kListAfter);
+      if (word.text == "pntxtb") return Top().Become(Destination::kListBefore);
+      if (word.text == "pntxta") return Top().Become(Destination::kListAfter);
       return false;
     case Destination::kInfo:
       return OpenInInfo(word);
-    case Destination::kLists:
-      return OpenInLists(word);
-    case Destination::kOverrides:
-      if (word.text == "lfolevel") return OpenPart(Destination::kSkip);
-      group.entry = word.text == "listoverride";
-      if (group.entry) lists_.BeginOverride();
-      return false;
-    case Destination::kStyles:
-      if (group.starred && word.text != "cs" && word.text != "s" && word.text != "ds" &&
-          word.text != "ts")
-        return OpenPart(Destination::kSkip);
-      return false;
     default:
-      return group.starred ? OpenPart(Destination::kSkip) : false;
+      return head_.OpenGroup(word, &Top());
   }
 }
 
 bool RtfReader::OpenInField(const Token& word) {
   if (word.text == "fldinst") {
-    BeginCarried(CarriedObject::Style::kInstruction, Delivery::kInstruction, nullptr);
+    carried_.Begin(CarriedObject::Style::kInstruction, Delivery::kInstruction, nullptr, &Top());
     return true;
   }
-  if (word.text != "fldrslt") return OpenPart(Destination::kSkip);
-  Group& group = Top();
+  if (word.text != "fldrslt") return Top().Become(Destination::kSkip);
+  ReaderGroup& group = Top();
   group.field = std::exchange(group.making, nullptr);
   group.field_serial = CurrentStory().paragraph_serial();
-  return OpenPart(Destination::kText);
+  return Top().Become(Destination::kText);
 }
 
 bool RtfReader::OpenInInfo(const Token& word) {
   static constexpr std::string_view kKept[] = {"author",   "subject",  "manager", "company",
                                                "category", "keywords", "doccomm"};
-  if (word.text == "title") return OpenPart(Destination::kTitle);
+  if (word.text == "title") return Top().Become(Destination::kTitle);
   if (word.text == "upr") {
     Top().alternatives = true;
-    return OpenPart(Destination::kInfo);
+    return Top().Become(Destination::kInfo);
   }
-  if (std::ranges::find(kKept, word.text) == std::end(kKept)) return OpenPart(Destination::kSkip);
-  BeginCarried(CarriedObject::Style::kWhole, Delivery::kInfo, &word);
+  if (std::ranges::find(kKept, word.text) == std::end(kKept))
+    return Top().Become(Destination::kSkip);
+  carried_.Begin(CarriedObject::Style::kWhole, Delivery::kInfo, &word, &Top());
   return true;
-}
-
-bool RtfReader::OpenInLists(const Token& word) {
-  if (word.text == "leveltext") return OpenPart(Destination::kLevelText);
-  if (word.text == "levelnumbers" || word.text == "listname" || Top().starred)
-    return OpenPart(Destination::kSkip);
-  if (word.text == "list") {
-    Top().entry = true;
-    lists_.BeginList();
-  } else if (word.text == "listlevel") {
-    lists_.BeginLevel();
-  }
-  return false;
 }
 
 // Groups in what is carried through: dropped, rewritten, or brace_written with their braces.
 bool RtfReader::OpenInCarried(Opens opens, const Token& word) {
   const bool unknown = WhatOpens(word.text, false) == Opens::kNothing;
   if (IsInvisibleWord(word.text)) {
-    if (Top().starred) return OpenPart(Destination::kSkip);
+    if (Top().starred) return Top().Become(Destination::kSkip);
     Top().fresh = false;
     return true;
   }
-  if (opens == Opens::kSkipped && !unknown) return OpenPart(Destination::kSkip);
+  if (opens == Opens::kSkipped && !unknown) return Top().Become(Destination::kSkip);
   if (opens == Opens::kCopiedStory && stories_.size() < kMostStories) {
     BeginStory(Delivery::kCarried, word);
     return true;
   }
-  if (Carried().style() == CarriedObject::Style::kInstruction && !Top().starred && unknown)
-    return false;
-  const bool picture = word.text == "pict" && !in_picture_;
-  if (picture) Carried().BeginPicture();
-  Carried().Open(Top().starred);
-  Top().brace_written = true;
-  Top().fresh = false;
-  if (picture) {
-    BeginPicture();
-  } else if (Top().destination == Destination::kPicture) {
-    Top().destination = Destination::kCarried;
-  }
-  if (word.text == "result" || word.text == "shptxt") Top().shown = true;
-  Carried().Word(word, fonts_, colours_);
+  if (carried_.InInstruction() && !Top().starred && unknown) return false;
+  carried_.OpenGroup(word, &Top());
   return true;
-}
-
-// Writes the opening brace that a group without a destination still lacks.
-void RtfReader::WriteBrace() {
-  Group& group = Top();
-  if (group.brace_written || group.owns_carried) return;
-  group.fresh = false;
-  if (Carried().style() == CarriedObject::Style::kInstruction) return;
-  group.brace_written = true;
-  Carried().Open(false);
-}
-
-void RtfReader::BeginCarried(CarriedObject::Style style, Delivery delivery, const Token* word) {
-  carried_.push_back(std::make_unique<CarriedObject>(style));
-  Group& group = Top();
-  group.owns_carried = true;
-  group.delivery = delivery;
-  group.shown = false;
-  group.destination = Destination::kCarried;
-  group.fresh = false;
-  if (word == nullptr) return;
-  group.own_word.assign(1, '\\').append(word->text);
-  if (word->text == "shp") Carried().BeginShape();
-  Carried().Open(group.starred);
-  Carried().Word(*word, fonts_, colours_);
-}
-
-void RtfReader::BeginPicture() {
-  picture_ = PictureReader();
-  in_picture_ = true;
-  Top().entry = true;
-  Top().destination = Destination::kPicture;
 }
 
 void RtfReader::BeginStory(Delivery delivery, const Token& word) {
   if (stories_.size() >= kMostStories) {
-    OpenPart(Destination::kSkip);
+    Top().Become(Destination::kSkip);
     return;
   }
   stories_.push_back(std::make_unique<Story>(Context()));
-  Group& group = Top();
+  ReaderGroup& group = Top();
   group.owns_story = true;
   group.delivery = delivery;
   group.destination = Destination::kText;
@@ -692,7 +488,7 @@ void RtfReader::BeginStory(Delivery delivery, const Token& word) {
 }
 
 void RtfReader::BeginField() {
-  Group& group = Top();
+  ReaderGroup& group = Top();
   group.fresh = false;
   if (FieldDepth(group.field.get()) >= kDeepestField) return;
   auto field = std::make_shared<Field>();
@@ -701,19 +497,19 @@ void RtfReader::BeginField() {
   group.destination = Destination::kField;
 }
 
-void RtfReader::EndStory(Group& group) {
+void RtfReader::EndStory(ReaderGroup& group) {
   const std::unique_ptr<Story> story = std::move(stories_.back());
   stories_.pop_back();
   CharFormat mark = group.format;
-  if (mark.font == kDefaultFont) mark.font = fonts_.DefaultPosition();
+  if (mark.font == kDefaultFont) mark.font = head_.fonts().DefaultPosition();
   std::vector<Block> blocks = story->Finish(mark);
   if (group.open_ending) DropEmptyEnd(&blocks);
   SourceText source;
   source.Raw("{");
   source.Raw(group.own_word);
   source.Word("plain");
-  BlockWriter(fonts_.fonts(), kDefaultFontToCome, fonts_.document_code_page(), &code_pages_,
-              &source)
+  BlockWriter(head_.fonts().fonts(), kDefaultFontToCome, head_.fonts().document_code_page(),
+              &head_.code_pages(), &source)
       .Write(blocks, group.open_ending ? BlockWriter::Ending::kOpen : BlockWriter::Ending::kMarked);
   source.Raw("}");
   if (group.delivery == Delivery::kHead) {
@@ -728,14 +524,7 @@ void RtfReader::EndStory(Group& group) {
   Deliver(group, std::move(object));
 }
 
-void RtfReader::EndCarried(Group& group) {
-  const std::unique_ptr<CarriedObject> carried = std::move(carried_.back());
-  carried_.pop_back();
-  if (group.delivery != Delivery::kInstruction) carried->Close();
-  Deliver(group, carried->TakeObject());
-}
-
-void RtfReader::EndField(const Group& group) {
+void RtfReader::EndField(const ReaderGroup& group) {
   // A field without a result becomes an object in the text.
   if (group.making == nullptr || group.making->instruction.empty()) return;
   if (group.making.use_count() > 1) return;  // a run of the result holds it
@@ -750,7 +539,7 @@ void RtfReader::EndClassicList() {
   CurrentStory().state().format.bullet = bullet_.Take();
 }
 
-void RtfReader::Deliver(const Group& group, Verbatim object) {
+void RtfReader::Deliver(const ReaderGroup& group, Verbatim object) {
   std::string& source = object.source;
   switch (group.delivery) {
     case Delivery::kNone:
@@ -758,7 +547,7 @@ void RtfReader::Deliver(const Group& group, Verbatim object) {
     case Delivery::kObject:
       return AddObject(std::move(object));
     case Delivery::kPicture: {
-      Picture picture = picture_.Take();
+      Picture picture = carried_.TakePicture();
       picture.source = std::move(source);
       return CurrentStory().Object({ResolvedFormat(),
                                     {},
@@ -779,7 +568,7 @@ void RtfReader::Deliver(const Group& group, Verbatim object) {
       if (Top().making != nullptr) Top().making->instruction = std::move(source);
       return;
     case Delivery::kCarried:
-      return Carried().AddStory(source, object.shown_text);
+      return carried_.Object().AddStory(source, object.shown_text);
   }
 }
 
@@ -802,26 +591,17 @@ void RtfReader::Word(const Token& word) {
     case Destination::kText:
       return TextWord(word);
     case Destination::kCarried:
-      if (word.text == "f") Top().page = &fonts_.PageOf(word.param);
-      if (Carried().style() == CarriedObject::Style::kInstruction && CharacterWord(word)) return;
-      if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
-      WriteBrace();
-      Carried().ShapeWord(word);
-      return Carried().Word(word, fonts_, colours_);
+      if (word.text == "f") Top().page = &head_.fonts().PageOf(word.param);
+      if (carried_.InInstruction() && CharacterWord(word)) return;
+      return carried_.Word(word, &Top());
     case Destination::kPicture:
-      picture_.Word(word);
-      if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
-      WriteBrace();
-      return Carried().Word(word, fonts_, colours_);
+      return carried_.Word(word, &Top());
     case Destination::kFonts:
-      return fonts_.Word(word);
     case Destination::kColours:
-      return colours_.Word(word);
     case Destination::kStyles:
-      return styles_.Word(word);
     case Destination::kLists:
     case Destination::kOverrides:
-      return lists_.Word(word);
+      return head_.Word(Top().destination, word);
     case Destination::kClassicList:
       return bullet_.Word(word);
     case Destination::kTitle:
@@ -844,8 +624,8 @@ void RtfReader::TextWord(const Token& word) {
   if (const char32_t character = CharacterOfWord(word.text)) return Character(character);
   if (CharacterWord(word) || BreakWord(word) || StyleWord(word)) return;
   if (CurrentStory().TakeRowWord(word, Top().nested_row)) return;
-  if (ParagraphWord(word) || CodePageWord(word)) return;
-  page_.Take(word);
+  if (ParagraphWord(word) || head_.Setting(word)) return;
+  head_.page().Take(word);
 }
 
 bool RtfReader::BreakWord(const Token& word) {
@@ -861,8 +641,8 @@ bool RtfReader::BreakWord(const Token& word) {
   else if (word.text == "nestrow")
     story.EndNestedRow();
   else if (word.text == "sect") {
-    story.EndSection(ResolvedFormat(), !page_.continuous());
-    page_.EndFirstSection();
+    story.EndSection(ResolvedFormat(), !head_.page().continuous());
+    head_.page().EndFirstSection();
   } else if (word.text == "chpgn" || word.text == "chftn" || word.text == "sectnum" ||
              word.text == "chdate" || word.text == "chtime") {
     Verbatim object;
@@ -878,8 +658,8 @@ bool RtfReader::BreakWord(const Token& word) {
 
 bool RtfReader::StyleWord(const Token& word) {
   if (word.text != "s" && word.text != "cs") return false;
-  const std::vector<Token>& styled =
-      word.text == "s" ? styles_.ParagraphStyle(word.param) : styles_.CharacterStyle(word.param);
+  const std::vector<Token>& styled = word.text == "s" ? head_.styles().ParagraphStyle(word.param)
+                                                      : head_.styles().CharacterStyle(word.param);
   for (const Token& style_word : styled) {
     if (!CharacterWord(style_word)) ParagraphWord(style_word);
   }
@@ -887,9 +667,9 @@ bool RtfReader::StyleWord(const Token& word) {
 }
 
 bool RtfReader::CharacterWord(const Token& word) {
-  Group& group = Top();
-  if (!ApplyCharacterWord(word, fonts_, colours_, &group.format)) return false;
-  if (word.text == "f") group.page = &fonts_.PageOf(word.param);
+  ReaderGroup& group = Top();
+  if (!ApplyCharacterWord(word, head_.fonts(), head_.colours(), &group.format)) return false;
+  if (word.text == "f") group.page = &head_.fonts().PageOf(word.param);
   if (word.text == "plain") group.page = nullptr;
   return true;
 }
@@ -897,7 +677,7 @@ bool RtfReader::CharacterWord(const Token& word) {
 bool RtfReader::ParagraphWord(const Token& word) {
   if (!IsParagraphWord(word.text)) return false;
   ChangeParagraph();
-  ApplyParagraphWord(word, colours_, &CurrentStory().state());
+  ApplyParagraphWord(word, head_.colours(), &CurrentStory().state());
   return true;
 }
 
@@ -905,26 +685,6 @@ void RtfReader::ChangeParagraph() {
   if (groups_.size() < 2 || Top().saved_state || Top().owns_story) return;
   Top().saved_state = true;
   CurrentStory().SaveState();
-}
-
-bool RtfReader::CodePageWord(const Token& word) {
-  if (word.text == "ansi") return true;
-  if (word.text == "ansicpg") {
-    if (IsKnownCodePage(word.param)) fonts_.SetDocumentCodePage(word.param);
-  } else if (word.text == "mac") {
-    fonts_.SetDocumentCodePage(10000);
-  } else if (word.text == "pc") {
-    fonts_.SetDocumentCodePage(437);
-  } else if (word.text == "pca") {
-    fonts_.SetDocumentCodePage(850);
-  } else if (word.text == "deff") {
-    fonts_.SetDefaultNumber(word.param);
-  } else if (word.text == "deflang") {
-    document_.default_language = std::clamp(word.param, 0, 0xffff);
-  } else {
-    return false;
-  }
-  return true;
 }
 
 }  // namespace

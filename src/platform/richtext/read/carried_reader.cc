@@ -1,0 +1,108 @@
+#include "platform/richtext/read/carried_reader.h"
+
+#include <utility>
+
+#include "platform/richtext/read/character_words.h"
+
+namespace tenora::richtext {
+namespace {
+
+// A destination's word that does not begin its group has no meaning; copied to a group's start it
+// would gain one.
+bool IsMisplaced(const Token& word) { return WhatOpens(word.text, false) != Opens::kNothing; }
+
+}  // namespace
+
+void CarriedReader::Begin(CarriedObject::Style style, Delivery delivery, const Token* word,
+                          ReaderGroup* group) {
+  objects_.push_back(std::make_unique<CarriedObject>(style));
+  group->owns_carried = true;
+  group->delivery = delivery;
+  group->shown = false;
+  group->Become(Destination::kCarried);
+  if (word == nullptr) return;
+  group->own_word.assign(1, '\\').append(word->text);
+  if (word->text == "shp") Object().BeginShape();
+  Object().Open(group->starred);
+  Object().Word(*word, head_.fonts(), head_.colours());
+}
+
+void CarriedReader::BeginPicture(ReaderGroup* group) {
+  picture_ = PictureReader();
+  in_picture_ = true;
+  group->entry = true;
+  group->destination = Destination::kPicture;
+}
+
+Verbatim CarriedReader::End(const ReaderGroup& group) {
+  const std::unique_ptr<CarriedObject> object = std::move(objects_.back());
+  objects_.pop_back();
+  if (group.delivery != Delivery::kInstruction) object->Close();
+  return object->TakeObject();
+}
+
+void CarriedReader::OpenGroup(const Token& word, ReaderGroup* group) {
+  const bool picture = word.text == "pict" && !in_picture_;
+  if (picture) Object().BeginPicture();
+  Object().Open(group->starred);
+  group->brace_written = true;
+  group->fresh = false;
+  if (picture) {
+    BeginPicture(group);
+  } else if (group->destination == Destination::kPicture) {
+    group->destination = Destination::kCarried;
+  }
+  if (word.text == "result" || word.text == "shptxt") group->shown = true;
+  Object().Word(word, head_.fonts(), head_.colours());
+}
+
+void CarriedReader::EndGroup(const ReaderGroup& group) {
+  if (group.brace_written && !group.owns_carried) Object().Close();
+  if (group.destination != Destination::kPicture || !group.entry) return;
+  in_picture_ = false;
+  if (!group.owns_carried) Object().EndPicture(picture_.Take());
+}
+
+void CarriedReader::Word(const Token& word, ReaderGroup* group) {
+  const bool picture = group->destination == Destination::kPicture;
+  if (picture) picture_.Word(word);
+  if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
+  WriteBrace(group);
+  if (!picture) Object().ShapeWord(word);
+  Object().Word(word, head_.fonts(), head_.colours());
+}
+
+void CarriedReader::Symbol(char symbol, ReaderGroup* group) {
+  WriteBrace(group);
+  Object().Symbol(symbol);
+}
+
+void CarriedReader::Character(char32_t character, ReaderGroup* group) {
+  WriteBrace(group);
+  Object().Character(character, group->shown);
+}
+
+void CarriedReader::Text(std::string_view ascii, ReaderGroup* group) {
+  WriteBrace(group);
+  if (group->destination != Destination::kPicture) return Object().Text(ascii, group->shown);
+  picture_.Hex(ascii);
+  Object().Data(ascii);
+}
+
+void CarriedReader::Binary(std::string_view bytes, ReaderGroup* group) {
+  if (group->destination == Destination::kPicture) picture_.Binary(bytes);
+  if (bytes.empty()) return;
+  WriteBrace(group);
+  Object().Binary(bytes);
+}
+
+// Writes the opening brace that a group without a destination still lacks.
+void CarriedReader::WriteBrace(ReaderGroup* group) {
+  if (group->brace_written || group->owns_carried) return;
+  group->fresh = false;
+  if (InInstruction()) return;
+  group->brace_written = true;
+  Object().Open(false);
+}
+
+}  // namespace tenora::richtext

@@ -1,0 +1,104 @@
+#include "platform/richtext/read/document_head.h"
+
+#include <algorithm>
+
+namespace tenora::richtext {
+
+bool DocumentHead::OpenGroup(const Token& word, ReaderGroup* group) {
+  switch (group->destination) {
+    case Destination::kLists:
+      return OpenInLists(word, group);
+    case Destination::kOverrides:
+      if (word.text == "lfolevel") return group->Become(Destination::kSkip);
+      group->entry = word.text == "listoverride";
+      if (group->entry) lists_.BeginOverride();
+      return false;
+    case Destination::kStyles:
+      if (group->starred && word.text != "cs" && word.text != "s" && word.text != "ds" &&
+          word.text != "ts")
+        return group->Become(Destination::kSkip);
+      return false;
+    default:
+      return group->starred ? group->Become(Destination::kSkip) : false;
+  }
+}
+
+bool DocumentHead::OpenInLists(const Token& word, ReaderGroup* group) {
+  if (word.text == "leveltext") return group->Become(Destination::kLevelText);
+  if (word.text == "levelnumbers" || word.text == "listname" || group->starred)
+    return group->Become(Destination::kSkip);
+  if (word.text == "list") {
+    group->entry = true;
+    lists_.BeginList();
+  } else if (word.text == "listlevel") {
+    lists_.BeginLevel();
+  }
+  return false;
+}
+
+void DocumentHead::EndGroup(const ReaderGroup& group) {
+  switch (group.destination) {
+    case Destination::kFonts:
+      return fonts_.EndEntry();
+    case Destination::kStyles:
+      if (group.entry) styles_.EndEntry();
+      return;
+    case Destination::kLists:
+      if (group.entry) lists_.EndList();
+      return;
+    case Destination::kOverrides:
+      if (group.entry) lists_.EndOverride();
+      return;
+    default:
+      return;
+  }
+}
+
+void DocumentHead::Word(Destination destination, const Token& word) {
+  switch (destination) {
+    case Destination::kFonts:
+      return fonts_.Word(word);
+    case Destination::kColours:
+      return colours_.Word(word);
+    case Destination::kStyles:
+      return styles_.Word(word);
+    case Destination::kLists:
+    case Destination::kOverrides:
+      return lists_.Word(word);
+    default:
+      return;
+  }
+}
+
+bool DocumentHead::Setting(const Token& word) {
+  if (word.text == "ansi") return true;
+  if (word.text == "ansicpg") {
+    if (IsKnownCodePage(word.param)) fonts_.SetDocumentCodePage(word.param);
+  } else if (word.text == "mac") {
+    fonts_.SetDocumentCodePage(10000);
+  } else if (word.text == "pc") {
+    fonts_.SetDocumentCodePage(437);
+  } else if (word.text == "pca") {
+    fonts_.SetDocumentCodePage(850);
+  } else if (word.text == "deff") {
+    fonts_.SetDefaultNumber(word.param);
+  } else if (word.text == "deflang") {
+    default_language_ = std::clamp(word.param, 0, 0xffff);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void DocumentHead::Take(Document* document) {
+  document->default_language = default_language_;
+  document->default_font = fonts_.DefaultPosition();
+  const int page = fonts_.document_code_page();
+  // The head can name Windows code pages only; text of others is written as 1252.
+  document->code_page = CodePageOfCharset(CharsetOfCodePage(page), kDefaultCodePage);
+  document->fonts = fonts_.Take();
+  document->colours = colours_.Take();
+  page_.Apply(document);
+}
+
+}  // namespace tenora::richtext
