@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "letters/generation_request.h"
@@ -111,11 +110,12 @@ class Generation {
   printing::Printers* printers_;
 };
 
-// As the window calls it, for the dialog's selection text. An error is shown in a box titled
+// As the window calls it, for the recipients that the request names, each tenant by the tenancy's
+// code: a name alone would reach the first who has it. An error is shown in a box titled
 // "frmMain - cmdGenerate_Click" and ends the run; letters already made stay, and the rest can be
 // resumed from the log.
 GenerationSummary GenerateSelection(Session& session, GenerationRequest request,
-                                    std::string_view selection, GenerationObserver& observer,
+                                    GenerationObserver& observer,
                                     printing::Printers* printers = nullptr);
 
 }  // namespace tenora

@@ -1,7 +1,6 @@
-// Who can be chosen for a template's letters, and the choice as it is handed to the generation.
+// Who can be chosen for a template's letters.
 #pragma once
 
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,23 +43,5 @@ std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view 
 // The rows that a search text leaves, for a list that is filtered while it is typed: letter case
 // and accents do not count.
 bool MatchesSearch(std::string_view item_text, std::string_view search);
-
-// An item's text up to the first " (", all of it when there is none.
-std::string RemoveProperty(std::string_view item_text);
-
-// The selection as one text: the rows' names, each followed by ";". A name that itself holds " ("
-// is given whole, where RemoveProperty would cut it into another's.
-std::string SelectionText(std::span<const RecipientRow> chosen);
-
-// Which of the chosen recipients would be replaced by a namesake, since the selection's text has
-// only names: a question for the user, empty when there are none.
-std::string NamesakeQuestion(const Caches& caches, std::span<const RecipientRow> chosen);
-
-// The recipients of a selection text, in its order. Each name refers to the first tenant (or
-// owner) that has it, as the text cannot tell namesakes apart. A name that itself holds ";" is
-// found again by putting its pieces together; one that nobody has is kept, so that its letter
-// fails by name.
-std::vector<Recipient> SplitSelection(const Caches& caches, std::string_view template_kind,
-                                      std::string_view selection);
 
 }  // namespace tenora

@@ -74,24 +74,5 @@ TEST_F(Recipients, AreFoundWithoutAccentsAndLetterCase) {
   EXPECT_THAT(Texts(kTemplates, {.search = "elodie p3"}), ElementsAre());
 }
 
-TEST_F(Recipients, SurviveTheSelectionTextWhateverTheyAreCalled) {
-  EXPECT_EQ(RemoveProperty("Jane Smith (P00012)"), "Jane Smith");
-  EXPECT_EQ(RemoveProperty("Jane Smith"), "Jane Smith");
-  const auto rows = ListRecipients(caches_, kTemplates, {.closed = true});
-  const std::string selection = SelectionText(rows);
-  EXPECT_EQ(selection, "Élodie Māhuta;Ann;Ann (Trust);Ann;Old Bert;Smith; Jones;");
-  std::vector<std::string> names;
-  for (const auto& recipient : SplitSelection(caches_, kTemplates, selection)) {
-    names.push_back(recipient.name);
-    EXPECT_EQ(recipient.code, "");
-  }
-  EXPECT_THAT(
-      names, ElementsAre("Élodie Māhuta", "Ann", "Ann (Trust)", "Ann", "Old Bert", "Smith; Jones"));
-  // A name that nobody bears takes no other with it.
-  EXPECT_THAT(
-      SplitSelection(caches_, kOwnerTemplates, "Gone;Kauri; Rimu;Zoe"),
-      ElementsAre(Recipient{"Gone", ""}, Recipient{"Kauri; Rimu", ""}, Recipient{"Zoe", ""}));
-}
-
 }  // namespace
 }  // namespace tenora

@@ -61,15 +61,12 @@ GenerationRequest Generation::RequestOf(const std::filesystem::path& log) {
 }
 
 GenerationSummary GenerateSelection(Session& session, GenerationRequest request,
-                                    std::string_view selection, GenerationObserver& observer,
-                                    printing::Printers* printers) {
+                                    GenerationObserver& observer, printing::Printers* printers) {
   GenerationSummary summary;
   Guarded(session.platform.dialogs, "frmMain - cmdGenerate_Click", [&] {
-    const std::string kind = request.template_kind;
+    const std::vector<Recipient> recipients = request.recipients;
     summary = Generation(session, AfterError::kStop, observer, printers)
-                  .Run(std::move(request), [&](const Caches& caches) {
-                    return SplitSelection(caches, kind, selection);
-                  });
+                  .Run(std::move(request), [&](const Caches&) { return recipients; });
   });
   return summary;
 }

@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_map>
-#include <unordered_set>
 
 #include "letters/template_library.h"
 #include "platform/runtime/text.h"
@@ -16,7 +14,6 @@ namespace {
 
 constexpr std::string_view kClosedMark = "(Closed) ";
 constexpr std::string_view kPropertyStart = " (";
-constexpr char kNameEnd = ';';
 
 // A row of a cache as the list needs it.
 struct Candidate {
@@ -126,62 +123,6 @@ std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view 
 
 bool MatchesSearch(std::string_view item_text, std::string_view search) {
   return HoldsAll(item_text, FoldedWords(search));
-}
-
-std::string RemoveProperty(std::string_view item_text) {
-  return std::string(item_text.substr(0, item_text.find(kPropertyStart)));
-}
-
-std::string SelectionText(std::span<const RecipientRow> chosen) {
-  std::string selection;
-  for (const RecipientRow& row : chosen) {
-    std::string_view text = row.text;
-    if (text.starts_with(kClosedMark)) text.remove_prefix(kClosedMark.size());
-    std::string name = RemoveProperty(text);
-    // The brackets were the name's own.
-    if (name != row.recipient.name) name = row.recipient.name;
-    selection.append(name) += kNameEnd;
-  }
-  return selection;
-}
-
-std::string NamesakeQuestion(const Caches& caches, std::span<const RecipientRow> chosen) {
-  std::unordered_map<std::string_view, std::string_view> first;
-  for (const TenantRecord& tenant : caches.Tenants) first.emplace(tenant.KeyName, tenant.Reference);
-  std::string named;
-  for (const RecipientRow& row : chosen) {
-    const auto known = first.find(row.recipient.name);
-    if (row.recipient.code.empty() || known == first.end()) continue;
-    if (known->second == row.recipient.code) continue;
-    named.append("\r\n").append(row.text).append(", code ").append(row.recipient.code);
-    named.append(": the letter would go to ").append(known->second);
-  }
-  if (named.empty()) return named;
-  return "A name refers to the first tenant who has it:" + named +
-         "\r\nTo write to the others, use \"tenora generate\" with --recipient and the code. " +
-         "Continue anyway?";
-}
-
-std::vector<Recipient> SplitSelection(const Caches& caches, std::string_view template_kind,
-                                      std::string_view selection) {
-  std::unordered_set<std::string_view> known;
-  if (template_kind == kTemplates) {
-    for (const TenantRecord& tenant : caches.Tenants) known.insert(tenant.KeyName);
-  } else {
-    for (const OwnerRecord& owner : caches.Owners) known.insert(owner.Name);
-  }
-  std::vector<Recipient> recipients;
-  for (std::string_view rest = selection; !rest.empty();) {
-    const std::size_t first = rest.find(kNameEnd);
-    std::size_t end = first;
-    while (end != std::string_view::npos && !known.contains(rest.substr(0, end))) {
-      end = rest.find(kNameEnd, end + 1);
-    }
-    if (end == std::string_view::npos && !known.contains(rest)) end = first;
-    recipients.push_back({std::string(rest.substr(0, end)), {}});
-    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-  }
-  return recipients;
 }
 
 }  // namespace tenora

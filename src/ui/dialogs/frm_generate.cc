@@ -220,13 +220,6 @@ void frmGenerate::Generate() {
     dialogs_.Say("Nothing selected");
     return;
   }
-  const std::string question = NamesakeQuestion(caches_, model_->TickedRows());
-  const bool stay =
-      !question.empty() && dialogs_.Show({.text = question,
-                                          .buttons = Buttons::kYesNo,
-                                          .icon = Icon::kQuestion,
-                                          .default_answer = Answer::kNo}) != Answer::kYes;
-  if (stay) return;
   accept();
 }
 
@@ -240,8 +233,6 @@ GenerationRequest frmGenerate::Request() const {
   for (const RecipientRow& row : model_->TickedRows()) request.recipients.push_back(row.recipient);
   return request;
 }
-
-std::string frmGenerate::Selection() const { return SelectionText(model_->TickedRows()); }
 
 bool frmGenerate::UsesDefaultPrinter() const { return automatic_->isChecked(); }
 

@@ -39,8 +39,6 @@ class frmGenerate : public QDialog {
 
   // After the dialog was accepted: template, destination, subject, PDF and the recipients.
   GenerationRequest Request() const;
-  // The same recipients as one text, each name followed by ";".
-  std::string Selection() const;
   // Whether to print on the default printer without asking.
   bool UsesDefaultPrinter() const;
 

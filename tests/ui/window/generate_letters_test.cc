@@ -95,6 +95,17 @@ TEST_F(GenerateLettersTest, MakesOneLetterFromTheSelectedTemplateAndOpensIt) {
   EXPECT_THAT(letters_.Active()->editor().toPlainText().toStdString(), HasSubstr("Dear " + name));
 }
 
+// Namesakes share a folder; the letter that is opened is mailed to the one it was made for.
+TEST_F(GenerateLettersTest, WritesToTheNamesakeWhomTheUserChose) {
+  SaveTemplate("Notice", "<<Tenant Code>>");
+  platform_.dialogs.WillChoose(0);
+  InDialog("", {"optFolder", "cmdGenerate"});
+  command_.GenerateFor(Entry("Tenants/<Closed Tenants>/T00006"));
+  ASSERT_NE(letters_.Active(), nullptr);
+  EXPECT_EQ(InFront().TenantCode, "T00006");
+  EXPECT_EQ(letters_.Active()->editor().toPlainText().toStdString(), "T00006");
+}
+
 TEST_F(GenerateLettersTest, SavesTheTemplateInFrontBeforeItIsRead) {
   SaveTemplate("Notice", "old text");
   letters_.Open(Entry("Templates/Notice"));

@@ -73,12 +73,14 @@ void OpenLetters::OpenAsTemplate(const std::filesystem::path& path, const std::s
   PutOnDesk(std::move(window));
 }
 
-bool OpenLetters::OpenListed(const std::filesystem::path& path) {
+bool OpenLetters::OpenListed(const std::filesystem::path& path, const std::string& tenant_code) {
   TreeModel& model = tree_.model();
   for (const char* group : {"Tenants", "Owners"}) {
-    const QModelIndex entry = model.FindFile(model.Group(QLatin1String(group)), path);
-    if (!entry.isValid()) continue;
-    Open(TreeModel::Entry(*model.EntryAt(entry)));
+    const QModelIndex listed = model.FindFile(model.Group(QLatin1String(group)), path);
+    if (!listed.isValid()) continue;
+    TreeModel::Entry entry = *model.EntryAt(listed);
+    if (!tenant_code.empty()) entry.tenant_code = tenant_code;
+    Open(entry);
     return true;
   }
   return false;

@@ -33,8 +33,9 @@ class OpenLetters : private LetterWindow::Surroundings {
   void Open(const TreeModel::Entry& entry);
   // Opens a file the user chose. Its kind follows from its folder; otherwise the user is asked.
   void OpenFile(const std::filesystem::path& path);
-  // Opens a saved letter of a tenant or owner; false if the tree does not list this file.
-  bool OpenListed(const std::filesystem::path& path);
+  // Opens a saved letter of a tenant or owner; false if the tree does not list this file. Namesakes
+  // share a folder: the letter is that of `tenant_code`, or where there is none of the first.
+  bool OpenListed(const std::filesystem::path& path, const std::string& tenant_code = {});
   void StartNew(std::string_view kind);
   // Deletes the file after confirmation and closes the letter if it is open.
   void Delete(const TreeModel::Entry& entry);

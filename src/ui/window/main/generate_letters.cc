@@ -29,11 +29,12 @@ class ShownGeneration : public GenerationObserver {
   void LetterFinished(const LetterReport& report) override {
     done_ = std::min(done_ + 1, total_);
     Report(QString::fromStdString(report.recipient.name));
-    if (!report.file.empty()) last_file_ = report.file;
+    if (!report.file.empty()) last_ = report;
   }
   bool StopAsked() override { return progress_.Cancelled(); }
 
-  const std::filesystem::path& last_file() const { return last_file_; }
+  // The last letter that has a file.
+  const LetterReport& last() const { return last_; }
 
  private:
   void Report(const QString& name) {
@@ -43,7 +44,7 @@ class ShownGeneration : public GenerationObserver {
 
   WorkProgress& progress_;
   int done_ = 0, total_ = 0;
-  std::filesystem::path last_file_;
+  LetterReport last_;
 };
 
 }  // namespace
@@ -131,23 +132,25 @@ void GenerateLetters::GenerateFrom(const Entry& letter_template,
     letters_.ShowPages();
   }
   Run([&](GenerationObserver& observer) {
-    return GenerateSelection(session_, request, choice.Selection(), observer, printers);
+    return GenerateSelection(session_, request, observer, printers);
   });
 }
 
 void GenerateLetters::Run(const std::function<GenerationSummary(GenerationObserver&)>& run) {
   GenerationSummary summary;
-  std::filesystem::path file;
+  LetterReport last;
   run_(tr("Generating"), [&](WorkProgress& progress) {
     ShownGeneration shown(progress);
     summary = run(shown);
-    file = shown.last_file();
+    last = shown.last();
   });
   tree_.RefreshTree();
   if (summary.asked == 0) return;  // nothing was started, and the reason has been shown
   emit Told(tr("%1 of %2 letters were made.").arg(summary.done).arg(summary.asked));
   if (summary.complete()) {
-    if (summary.asked == 1 && !file.empty()) letters_.OpenListed(file);
+    if (summary.asked == 1 && !last.file.empty()) {
+      letters_.OpenListed(last.file, last.recipient.code);
+    }
     return;
   }
   if (!WantsMissing(summary)) return;
