@@ -15,13 +15,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-// Runs the work at once, on the caller's thread.
-class Unwatched : public WorkProgress {
- public:
-  void Report(int, int, const QString&) override {}
-  bool Cancelled() const override { return false; }
-};
-
 class GenerateLettersTest : public WindowPartsTest {
  protected:
   GenerateLettersTest() {
@@ -56,15 +49,7 @@ class GenerateLettersTest : public WindowPartsTest {
     throw std::runtime_error(code);
   }
 
-  GenerateLetters command_{session_,
-                           tree_,
-                           letters_,
-                           printers_,
-                           [](const QString&, const Work& work) {
-                             Unwatched progress;
-                             work(progress);
-                           },
-                           &desk_};
+  GenerateLetters command_{session_, tree_, letters_, printers_, AtOnce, &desk_};
   std::string told_;
   int dialogs_ = 0;
 };
@@ -161,13 +146,7 @@ TEST_F(GenerateLettersTest, NeedsPrintersOnlyForPaper) {
   SaveTemplate("Notice", "Dear <<Tenant Name>>");
   Select("Templates/Notice");
   WindowPrinters unread(session_);
-  GenerateLetters command(
-      session_, tree_, letters_, unread,
-      [](const QString&, const Work& work) {
-        Unwatched progress;
-        work(progress);
-      },
-      &desk_);
+  GenerateLetters command(session_, tree_, letters_, unread, AtOnce, &desk_);
   const std::string name = NameOf("T00001");
   InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
   command.Generate();

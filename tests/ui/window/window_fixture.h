@@ -12,9 +12,19 @@
 #include "application.h"
 #include "platform/runtime/files.h"
 #include "support/fake_platform.h"
+#include "ui/window/background/background_work.h"
 #include "ui/window/letter/open_letters.h"
 
 namespace tenora {
+
+// Runs work on the caller's thread.
+inline void AtOnce(const QString&, const Work& work) {
+  class : public WorkProgress {
+    void Report(int, int, const QString&) override {}
+    bool Cancelled() const override { return false; }
+  } progress;
+  work(progress);
+}
 
 class WindowPartsTest : public ::testing::Test {
  protected:

@@ -1,5 +1,9 @@
 #include "ui/window/letter/letter_output.h"
 
+#include <string>
+#include <vector>
+
+#include "letters/template_library.h"
 #include "letters/window_print.h"
 #include "output/letter_pdf.h"
 #include "output/letter_printing.h"
@@ -26,12 +30,35 @@ class Copy {
 
 }  // namespace
 
+bool LetterOutput::MayLeave(const frmLetter& letter, const char* question) {
+  const LetterMembers& members = letter.members();
+  if (members.Kind != kTenantLetter && members.Kind != kOwnerLetter) return true;
+  const std::vector<LetterFinding> findings = letter.Check();
+  if (findings.empty()) return true;
+  std::string text = Holds(findings) ? "This letter is not as it should be:\r\n"
+                                     : "Have a look at this letter:\r\n";
+  for (const LetterFinding& finding : findings) {
+    text += "\r\n" + FindingText({members.RecipientName, members.TenantCode}, finding) + ".";
+  }
+  Dialogs& dialogs = session_.platform.dialogs;
+  if (!Holds(findings)) {
+    dialogs.Show({.text = text, .title = members.Caption, .icon = Icon::kInformation});
+    return true;
+  }
+  return dialogs.Show({.text = text + "\r\n\r\n" + question,
+                       .title = members.Caption,
+                       .buttons = Buttons::kYesNo,
+                       .icon = Icon::kExclamation,
+                       .default_answer = Answer::kNo}) == Answer::kYes;
+}
+
 bool LetterOutput::Print(frmLetter& letter) {
   printing::Printers& printers = printers_.Get();
   if (PrinterMod(printers, session_.settings).PrinterCount() == 0) {
     session_.platform.dialogs.Say("No printer is installed. Nothing was printed.");
     return false;
   }
+  if (!MayLeave(letter, "Print it anyway?")) return false;
   return PrintFromWindow(session_, letter,
                          [&](frmLetter& printed) { return PrintOne(printers, printed); });
 }
@@ -59,6 +86,7 @@ bool LetterOutput::PrintOne(printing::Printers& printers, frmLetter& letter) {
 }
 
 void LetterOutput::ExportPdf(frmLetter& letter) {
+  if (!MayLeave(letter, "Export it anyway?")) return;
   const LetterMembers& members = letter.members();
   std::filesystem::path suggestion =
       members.FilePath.empty()
@@ -78,6 +106,7 @@ void LetterOutput::ExportPdf(frmLetter& letter) {
 }
 
 bool LetterOutput::Email(frmLetter& letter) {
+  if (!MayLeave(letter, "E-mail it anyway?")) return false;
   const auto subject = session_.platform.dialogs.AskText(
       "Subject of the e-mail to " + letter.members().RecipientName, "E-mail this letter",
       letter.members().LetterTitle);

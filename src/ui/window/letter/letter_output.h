@@ -1,5 +1,6 @@
 // Prints, exports and e-mails a letter, and shows its print preview. Each works on a copy, so that
-// the open letter can be repainted in the meantime.
+// the open letter can be repainted in the meantime. A generated letter in which something is wrong
+// is printed, exported or e-mailed only on the user's word; a warning is shown and stops nothing.
 #pragma once
 
 #include <QObject>
@@ -38,6 +39,9 @@ class LetterOutput : public QObject {
   void PrintAsked();
 
  private:
+  // False when the user leaves a letter in which something is wrong; `question` is "Print it
+  // anyway?" and the like.
+  bool MayLeave(const frmLetter& letter, const char* question);
   bool PrintOne(printing::Printers& printers, frmLetter& letter);
 
   Session& session_;
