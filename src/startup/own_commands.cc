@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <ostream>
 
 #include "output/rtf_to_html.h"
@@ -57,16 +58,26 @@ void ListTables(const std::string& path, std::ostream& output) {
   }
 }
 
-// Changes need the switch, so that a technician cannot change the office's data by mistake.
-void RunQuery(const std::string& path, const std::string& sql, bool write, std::ostream& output) {
+// Returns when the change was made, whatever has become of the output since: a full disk, or a
+// reader that has gone.
+void RunChange(const std::string& path, const std::string& sql, std::ostream& output,
+               std::ostream& errors) {
+  std::signal(SIGPIPE, SIG_IGN);
+  const Clock clock = Clock::FromEnvironment();
+  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
+  const std::int64_t rows = workspace->OpenDatabase(path)->Execute(sql);
+  const std::string changed = std::to_string(rows) + (rows == 1 ? " row" : " rows") + " changed";
+  output << changed << std::endl;
+  if (!output) {
+    errors << "Warning: " << changed << ", but standard output could not be written." << std::endl;
+  }
+}
+
+// Changes need a switch, so that a technician cannot change the office's data by mistake.
+void RunQuery(const std::string& path, const std::string& sql, std::ostream& output) {
   const Clock clock = Clock::FromEnvironment();
   const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
   const auto database = workspace->OpenDatabase(path);
-  if (write) {
-    const std::int64_t rows = database->Execute(sql);
-    output << rows << (rows == 1 ? " row" : " rows") << " changed\n";
-    return;
-  }
   try {
     query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),
                              output);
@@ -129,7 +140,9 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
       "query", "Run a select statement and print the result as tab-separated text");
   run_query->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   run_query->add_option("SQL", sql, "The statement")->required();
-  run_query->add_flag("--write", write, "Run an insert, update or delete statement instead");
+  run_query->add_flag("--write", write,
+                      "Run an insert, update or delete statement instead. Status 0 when the change "
+                      "was made, whatever becomes of the output");
 
   CLI::App* const check = app.add_subcommand(
       "check", "Walk every page, table and index of an Access file and say what disagrees");
@@ -158,7 +171,11 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   }
   try {
     if (tables->parsed()) ListTables(database, output);
-    if (run_query->parsed()) RunQuery(database, sql, write, output);
+    if (run_query->parsed() && write) {
+      RunChange(database, sql, output, errors);
+      return 0;
+    }
+    if (run_query->parsed()) RunQuery(database, sql, output);
     if (html->parsed()) ConvertToHtml(letter, options, output);
     const bool sound = (!check->parsed() || CheckFile(database, output)) &&
                        (!lint->parsed() || LintTemplates(lint_request, output, errors));

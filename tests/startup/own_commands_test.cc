@@ -113,5 +113,38 @@ TEST_F(OwnCommands, ReportAFullStandardOutput) {
   EXPECT_THAT(full.errors, HasSubstr("standard output"));
 }
 
+TEST_F(OwnCommands, AChangesStatusSaysWhetherItWasMade) {
+  constexpr const char* kChange = "\"$0\" query --write \"$1\" \"$2\" ";
+  const struct {
+    std::string shell;
+    int status;
+    const char* message;
+    bool made;
+  } cases[] = {
+      {kChange, 0, "", true},
+      {std::string(kChange) + "> /dev/full", 0, "Warning: 1 row changed", true},
+      {std::string(kChange) + ">&-", 0, "Warning: 1 row changed", true},
+      {std::string(kChange) + ">&- 2>&-", 0, "", true},
+      // The pipe's reader has gone.
+      {"mkfifo \"$1.pipe\"; exec 3<>\"$1.pipe\" 4>\"$1.pipe\" 3<&-; " + std::string(kChange) +
+           ">&4",
+       0, "Warning: 1 row changed", true},
+      {"ulimit -f 1; " + std::string(kChange), 1, "3026 - Not enough space on disk", false},
+  };
+  int bond = 100;
+  for (const auto& c : cases) {
+    const std::string wanted = std::to_string(++bond);
+    const test::ProcessResult result = test::RunProcess(
+        {"sh", "-c", c.shell, (test::BinaryDir() / "tenora").string(), Database().string(),
+         "update tenancy set bond = " + wanted + " where reference = 'T00002'"});
+    EXPECT_EQ(result.status, c.status) << c.shell;
+    EXPECT_THAT(result.errors, HasSubstr(c.message)) << c.shell;
+    const std::string found =
+        Run({"query", Database().string(), "select bond from tenancy where reference = 'T00002'"})
+            .output;
+    EXPECT_EQ(found == "bond\n" + wanted + "\n", c.made) << c.shell << found;
+  }
+}
+
 }  // namespace
 }  // namespace tenora

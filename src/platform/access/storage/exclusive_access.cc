@@ -148,8 +148,13 @@ CommitStates ExclusiveAccess::Commit(const Journal& journal,
       DropJournal();
       throw;
     }
-    journal_->Sync();
     journal_in_use_ = false;
+    try {
+      journal_->Sync();
+    } catch (const StorageError& error) {
+      throw WithDetail(WriteError(error),
+                       "The change is in the file, but may not survive a power failure");
+    }
     return states;
   });
 }
