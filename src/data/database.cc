@@ -12,6 +12,7 @@
 #include "platform/dialogs/dialogs.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"
+#include "platform/runtime/file_lookup.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
@@ -50,9 +51,11 @@ bool CanWriteIn(const fs::path& folder) {
   return ::unlink(name.c_str()) == 0;
 }
 
-// The folder a stored database path names: every "/property.mdb" is taken out, and what is then
-// empty is the root.
+// The data folder of a stored database path. Of "/property.mdb" every occurrence is deliberately
+// taken out, so that letters stay where installations have them; what is then empty is the root. A
+// file of another name has the folder it is in.
 fs::path FolderOf(const fs::path& database) {
+  if (!EqualsNoCase(database.filename().string(), kDatabaseName)) return database.parent_path();
   const std::string folder =
       ReplaceAllNoCase(database.string(), std::string("/").append(kDatabaseName), "");
   return folder.empty() ? fs::path("/") : fs::path(folder);
@@ -74,15 +77,27 @@ void Database::OpenDatabase() {
 
 void Database::CloseDatabase() { open_.reset(); }
 
-fs::path Database::OwnDatabase() const { return platform_.program_folder / kDatabaseName; }
+fs::path Database::OwnDatabase() const {
+  return FindIgnoringCase(platform_.program_folder / kDatabaseName);
+}
 
 fs::path Database::StoredLocation() {
-  return NativePath(settings_.GetSettingText(kSection, "DatabaseLocation", OwnDatabase().string()));
+  return FindIgnoringCase(
+      NativePath(settings_.GetSettingText(kSection, "DatabaseLocation", OwnDatabase().string())));
+}
+
+bool Database::IsNetworked() {
+  return settings_.GetSettingAs(ToInt32, kSection, "Networkable", "0") != 0;
+}
+
+fs::path Database::Location() {
+  if (!IsNetworked()) return OwnDatabase();
+  const fs::path stored = StoredLocation();
+  return IsFile(stored) ? stored : OwnDatabase();
 }
 
 fs::path Database::LocateDatabase() {
-  const std::int32_t networkable = settings_.GetSettingAs(ToInt32, kSection, "Networkable", "0");
-  if (networkable == 0) return OwnDatabase();
+  if (!IsNetworked()) return OwnDatabase();
   fs::path stored = StoredLocation();
   if (IsFile(stored)) return stored;
   // Once a run: every letter reopens the database.

@@ -30,6 +30,10 @@ class Database {
   void CloseDatabase();
   bool IsOpen() const { return open_ != nullptr; }
 
+  // The file that OpenDatabase would open now; nothing is shown. Raises 13 for settings that cannot
+  // be read.
+  std::filesystem::path Location();
+
   // The stored location of the server's database that an open could not reach, so that the program
   // folder's own was read instead; none when that never happened.
   const std::optional<std::filesystem::path>& UnreachableServer() const {
@@ -98,6 +102,7 @@ class Database {
   }
 
   std::filesystem::path OwnDatabase() const;
+  bool IsNetworked();
   std::filesystem::path StoredLocation();
   std::filesystem::path LocateDatabase();
   std::filesystem::path DecideDataFolder();

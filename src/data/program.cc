@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "platform/runtime/file_lookup.h"
 #include "platform/runtime/user_folders.h"
 
 namespace tenora {
@@ -21,7 +22,7 @@ fs::path ProgramFolder() {
   if (named != nullptr && *named != '\0') return WithoutTrailingSeparator(named);
   std::error_code error;
   const fs::path executable = fs::read_symlink("/proc/self/exe", error);
-  if (!error && fs::exists(executable.parent_path() / "property.mdb", error)) {
+  if (!error && fs::exists(FindIgnoringCase(executable.parent_path() / "property.mdb"), error)) {
     return executable.parent_path();
   }
   return WithoutTrailingSeparator(UserFolder("XDG_DATA_HOME", ".local/share") / "Tenora");

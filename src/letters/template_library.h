@@ -24,9 +24,9 @@ class TemplateLibrary {
   std::vector<std::string> Names(std::string_view folder) const;
 
   // The file of a template; a name may lead into sub-folders of its folder, written with either
-  // separator. Where no file is called exactly so, one that differs in letter case only is taken:
-  // the library may come from a file system that ignores case. Raises 75 (Path/File access error)
-  // for a name that leads out of the folder; whether the file exists is not looked at.
+  // separator. Where no file is called exactly so, one that differs in letter case only is taken,
+  // as FindIgnoringCase does. Raises 75 (Path/File access error) for a name that leads out of the
+  // folder; whether the file exists is not looked at.
   std::filesystem::path PathOf(std::string_view folder, std::string_view name) const;
 
  private:

@@ -84,7 +84,7 @@ class LintCommand {
   // Without the agency's database, custom fields are not checked. If it exists it must be readable.
   void ReadFields() {
     const fs::path path =
-        request_.database.empty() ? DataFolder() / "property.mdb" : fs::path(request_.database);
+        request_.database.empty() ? session_.database.Location() : fs::path(request_.database);
     if (request_.database.empty() && !IsFile(path)) return;
     fields_ = ReadCustomFieldCodes(*workspace_->OpenDatabase(path));
   }

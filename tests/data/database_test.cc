@@ -109,9 +109,36 @@ TEST_F(DatabaseTest, TakesEveryOccurrenceOfTheFileNameOutOfTheFolder) {
   EXPECT_EQ(database_.DataFolder(), platform_.folder / "a/b");
 }
 
+TEST_F(DatabaseTest, FindsTheServersFileUnderAnyNameWithoutRegardToCase) {
+  const struct {
+    const char *file, *stored;  // in the server's folder
+    bool found;
+  } cases[] = {
+      {"MyOffice.accdb", "MyOffice.accdb", true},
+      {"MyOffice.accdb", "MYOFFICE.ACCDB", true},
+      {"PROPERTY.MDB", "property.mdb", true},
+      {"Élodie & Söhne.mdb", "éLODIE & SÖHNE.MDB", true},
+      {"E\u0301lodie.mdb", "\u00e9LODIE.mdb", true},  // as macOS writes it
+      {"Дом.mdb", "ДОМ.mdb", true},
+      {"Elodie.mdb", "Élodie.mdb", false},
+  };
+  for (const auto& c : cases) {
+    std::filesystem::remove_all(server_);
+    script_.opened.clear();
+    const std::string file = MakeServer(c.file);
+    Database database(platform_.Parts(), settings_);
+    StoreLocation("1", ReplaceAll((platform_.folder / "SERVER" / c.stored).string(), "/", "\\"));
+    database.OpenDatabase();
+    EXPECT_THAT(script_.opened, ElementsAre(c.found ? file : Own())) << c.stored;
+    EXPECT_EQ(database.Location(), c.found ? file : Own()) << c.stored;
+    EXPECT_EQ(database.DataFolder(), c.found ? server_ : platform_.ProgramFolder()) << c.stored;
+  }
+}
+
 TEST_F(DatabaseTest, SavesLocallyWhenTheServersFolderTakesNoFiles) {
-  // A database under another name leaves its whole path as the folder, which is none.
-  StoreLocation("1", MakeServer("other.mdb"));
+  // What is left of the path when each file name is taken out is no folder.
+  server_ = platform_.folder / "a/property.mdb/b";
+  StoreLocation("1", MakeServer());
   EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
   EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
   EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre(kCannotSave));

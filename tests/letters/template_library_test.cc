@@ -19,8 +19,8 @@ class TemplateLibraryTest : public testing::Test {
  protected:
   TemplateLibraryTest() {
     std::filesystem::create_directories(data_ / "Templates/Weekly");
-    for (const char* name :
-         {"receipt.rtf", "Arrears.RTF", "Zone.rtf", "notes.txt", ".rtf", "Weekly/Short.rtf"}) {
+    for (const char* name : {"receipt.rtf", "Arrears.RTF", "Zone.rtf", "notes.txt", ".rtf",
+                             "Weekly/Short.rtf", "Weekly/élodie.rtf"}) {
       WriteWholeFile(data_ / "Templates" / name, "{\\rtf1}");
     }
     std::filesystem::create_directory(data_ / "Templates/folder.rtf");
@@ -33,7 +33,7 @@ class TemplateLibraryTest : public testing::Test {
 
 TEST_F(TemplateLibraryTest, ListsTheRtfFilesOfAFolderByName) {
   EXPECT_THAT(library_.Names(kTemplates), ElementsAre("Arrears", "receipt", "Zone"));
-  EXPECT_THAT(library_.Names("Templates/Weekly"), ElementsAre("Short"));
+  EXPECT_THAT(library_.Names("Templates/Weekly"), ElementsAre("Short", "élodie"));
   EXPECT_THAT(library_.Names(kOwnerTemplates), IsEmpty());
 }
 
@@ -43,6 +43,7 @@ TEST_F(TemplateLibraryTest, FindsATemplateWrittenInAnotherCase) {
   EXPECT_EQ(library_.PathOf(kTemplates, "Receipt"), folder / "receipt.rtf");
   EXPECT_EQ(library_.PathOf(kTemplates, "Arrears"), folder / "Arrears.RTF");
   EXPECT_EQ(library_.PathOf(kTemplates, "Weekly\\Short"), folder / "Weekly/Short.rtf");
+  EXPECT_EQ(library_.PathOf("TEMPLATES", "WEEKLY/ÉLODIE"), folder / "Weekly/élodie.rtf");
   EXPECT_EQ(library_.PathOf(kTemplates, "None such"), folder / "None such.rtf");
 }
 

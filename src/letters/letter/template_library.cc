@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "platform/runtime/error.h"
+#include "platform/runtime/file_lookup.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
@@ -34,7 +35,7 @@ bool LeadsOut(const fs::path& relative) {
 
 std::vector<std::string> TemplateLibrary::Names(std::string_view folder) const {
   std::vector<std::string> names;
-  for (const std::string& file : FileNames(data_folder_ / folder)) {
+  for (const std::string& file : FileNames(FindIgnoringCase(data_folder_ / folder))) {
     if (file.size() > kExtension.size() && EndsWithNoCase(file, kExtension)) {
       names.push_back(file.substr(0, file.size() - kExtension.size()));
     }
@@ -51,13 +52,7 @@ fs::path TemplateLibrary::PathOf(std::string_view folder, std::string_view name)
         error_number::kPathFileAccess,
         std::string(name).append(" is not in the folder ") + (data_folder_ / folder).string());
   }
-  const fs::path path = data_folder_ / folder / inside;
-  std::error_code error;
-  if (fs::exists(path, error)) return path;
-  for (const std::string& file : FileNames(path.parent_path())) {
-    if (EqualsNoCase(file, path.filename().string())) return path.parent_path() / file;
-  }
-  return path;
+  return FindIgnoringCase(data_folder_ / folder / inside);
 }
 
 }  // namespace tenora

@@ -146,7 +146,7 @@ QString DatabasePage::Location() const {
 
 void DatabasePage::Browse() {
   const auto path =
-      session_.platform.dialogs.ChooseFileToOpen("Database", "Rental database|property.mdb");
+      session_.platform.dialogs.ChooseFileToOpen("Database", "Access database|*.mdb;*.accdb");
   if (!path) return;
   location_->setText(Shown(path->string()));
   test_->Run();

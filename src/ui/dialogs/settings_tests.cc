@@ -7,14 +7,13 @@
 #include "platform/query/engine.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
-#include "platform/runtime/text.h"
+#include "platform/runtime/file_lookup.h"
 
 namespace tenora {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kDatabaseName = "property.mdb";
 constexpr std::chrono::seconds kLongestWait{15};  // the user is waiting
 
 std::int32_t Count(query::EngineDatabase& database, const std::string& clause) {
@@ -25,20 +24,16 @@ std::int32_t Count(query::EngineDatabase& database, const std::string& clause) {
 
 }  // namespace
 
-TestResult TestDatabase(const fs::path& path) {
+TestResult TestDatabase(const fs::path& entered) {
+  const fs::path path = FindIgnoringCase(entered);
   std::error_code error;
   if (path.empty()) return {false, "Enter the full path of the database."};
   if (fs::is_directory(path, error)) {
-    return {false, path.string() + " is a folder. Enter the path of the file " + kDatabaseName +
-                       " in it."};
+    return {false, path.string() + " is a folder. Enter the path of the database file in it."};
   }
   if (!fs::exists(path, error)) {
     return {false, "There is no file " + path.string() +
                        ". Check the path, and that the server's folder is connected."};
-  }
-  if (!EqualsNoCase(path.filename().string(), kDatabaseName)) {
-    return {false, std::string("The file must be called ") + kDatabaseName +
-                       ": letters and templates are looked for beside a file of that name."};
   }
   try {
     const auto workspace = query::Workspace::Create();

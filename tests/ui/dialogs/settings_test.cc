@@ -25,7 +25,7 @@ TEST(TestDatabase, SaysWhatIsThereOrWhatIsWrong) {
   EXPECT_TRUE(TestDatabase(path).good);
   EXPECT_THAT(TestDatabase(path).text, HasSubstr("42 tenancies, 5 of them closed"));
   std::filesystem::rename(path, folder / "other.mdb");
-  EXPECT_THAT(TestDatabase(folder / "other.mdb").text, HasSubstr("must be called property.mdb"));
+  EXPECT_TRUE(TestDatabase(folder / "OTHER.MDB").good);
 }
 
 TEST(TestMailServer, LogsInAndSendsNothing) {
