@@ -66,8 +66,7 @@ class frmLetter {
   TenantMergeOutcome InsertTenantDetails();
   OwnerMergeOutcome InsertOwnerDetails();
   std::optional<RuntimeError> InsertChequeDetails(const std::string& payee, double amount);
-  // The result is how many questions were cancelled.
-  std::size_t InsertPrompts(const PromptAnswers& known = {});
+  PromptOutcome InsertPrompts(const PromptAnswers& known = {}, const std::string& progress = {});
 
   // What is wrong with the letter as it stands now: what the merges since it was begun or loaded
   // have noted, what its source shows, and what of it will not appear on paper.

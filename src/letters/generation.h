@@ -24,10 +24,11 @@ enum class AfterError {
 // One letter as the run leaves it.
 struct LetterReport {
   enum class Result {
-    kDone,     // all that was asked
-    kFailed,   // not all; `problem` says why, and resuming tries again
-    kInDoubt,  // handed over, but it is not known whether it arrived: never sent again
-    kHeld,     // saved and not handed over; `problem` says what is wrong with the letter
+    kDone,       // all that was asked
+    kFailed,     // not all; `problem` says why, and resuming tries again
+    kInDoubt,    // handed over, but it is not known whether it arrived: never sent again
+    kNoAddress,  // saved; the recipient has no e-mail address
+    kHeld,       // saved and not handed over; `problem` says what is wrong with the letter
   };
 
   std::size_t number = 0;  // of the recipient, from 1
@@ -57,18 +58,19 @@ class GenerationObserver {
 
 // How the run ended.
 struct GenerationSummary {
-  std::size_t asked = 0;               // recipients of the run, with those of earlier attempts
-  std::size_t done = 0;                // with those done before
-  std::size_t done_before = 0;         // by the runs that this one resumes
-  std::vector<LetterReport> failed;    // why not, each
-  std::vector<LetterReport> in_doubt;  // for a person to check
-  std::vector<LetterReport> held;      // for a person to correct, or to send as they are
+  std::size_t asked = 0;                 // recipients of the run, with those of earlier attempts
+  std::size_t done = 0;                  // with those done before
+  std::size_t done_before = 0;           // by the runs that this one resumes
+  std::vector<LetterReport> failed;      // why not, each
+  std::vector<LetterReport> in_doubt;    // for a person to check
+  std::vector<LetterReport> held;        // for a person to correct, or to send as they are
+  std::vector<LetterReport> no_address;  // for a person to print, or to be mailed by resuming
   bool stopped = false;  // by StopAsked, an error with kStop, or a mail server that does not answer
   bool composed = false;  // mailed means: opened in the mail program, for the user to send
   std::filesystem::path log;
 
   std::size_t untouched() const {
-    return asked - done - failed.size() - in_doubt.size() - held.size();
+    return asked - done - failed.size() - in_doubt.size() - held.size() - no_address.size();
   }
   bool complete() const { return done == asked; }
 };

@@ -47,28 +47,34 @@ std::vector<std::string> PromptMessages(const RichTextBox& editor) {
   return messages;
 }
 
-std::size_t InsertPrompts(const MergeTarget& target, const PromptAnswers& known) {
+PromptOutcome InsertPrompts(const MergeTarget& target, const PromptAnswers& known,
+                            const std::string& progress) {
   RichTextBox& editor = target.editor;
-  std::size_t cancelled = 0;
+  PromptOutcome outcome;
   // A known answer that contains its own prompt would answer it forever.
   std::set<std::string, std::less<>> answered;
   // From the beginning after every answer: a prompt inside an answer is asked in its turn.
   while (const auto prompt = NextPrompt(editor.TextRTF(), 0)) {
     const std::string message = editor.ShownForm(prompt->message);
-    std::optional<std::string> answer;
+    LetterAnswer answer;
     const auto given = known.find(message);
     if (given != known.end() && answered.insert(message).second) {
-      answer = given->second;
+      answer = {.way = LetterAnswer::Way::kText, .text = given->second};
     } else {
       // The word is "Tenant" for owner letters too.
-      answer = target.session.platform.dialogs.AskText(
-          message + "\r\nTenant : " + target.letter.RecipientName);
+      answer = target.session.platform.dialogs.AskForLetter(
+          {message + "\r\nTenant : " + target.letter.RecipientName, progress});
     }
-    if (!answer) ++cancelled;
+    if (answer.way == LetterAnswer::Way::kStopRun) {
+      outcome.stopped = true;
+      break;
+    }
+    if (answer.way == LetterAnswer::Way::kNone) ++outcome.cancelled;
+    if (answer.for_all) outcome.for_all[message] = answer.text;
     const std::string code(prompt->code);
-    ReplaceInSource(target, code, message, answer.value_or(""));
+    ReplaceInSource(target, code, message, answer.text);
   }
-  return cancelled;
+  return outcome;
 }
 
 }  // namespace tenora

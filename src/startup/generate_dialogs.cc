@@ -20,6 +20,16 @@ std::optional<std::string> GenerateDialogs::AskText(const std::string& prompt,
   return dialogs_.AskText(prompt, title, default_answer);
 }
 
+LetterAnswer GenerateDialogs::AskForLetter(const LetterQuestion& question) {
+  constexpr LetterAnswer::Way kStop = LetterAnswer::Way::kStopRun;
+  if (signals_.Asked()) return {.way = kStop};
+  GiveWay();
+  const StopSignals::InterruptsReads interrupts(signals_);
+  LetterAnswer answer = dialogs_.AskForLetter(question);
+  if (answer.way == LetterAnswer::Way::kNone && signals_.Asked()) answer.way = kStop;
+  return answer;
+}
+
 std::optional<std::size_t> GenerateDialogs::Choose(const std::string& title,
                                                    const std::vector<std::string>& items,
                                                    std::size_t default_item) {

@@ -86,9 +86,10 @@ void GenerateProgress::Saved(const std::filesystem::path& file) {
 void GenerateProgress::LetterFinished(const LetterReport& report) {
   ++finished_;
   if (!report.warnings.empty()) Warn(report);
-  // Held letters are listed with their reasons at the end.
+  // Held letters and those without an address are listed at the end.
   if (report.result != LetterReport::Result::kDone &&
-      report.result != LetterReport::Result::kHeld) {
+      report.result != LetterReport::Result::kHeld &&
+      report.result != LetterReport::Result::kNoAddress) {
     ClearLine();
     errors_ << Name(report) << ": " << TerminalLine(report.problem) << std::endl;
   }
@@ -149,6 +150,18 @@ void GenerateProgress::ShowHeld(const GenerationSummary& summary) {
           << ShellWord(summary.log.string()) << "\n";
 }
 
+void GenerateProgress::ShowWithoutAddress(const GenerationSummary& summary) {
+  if (summary.no_address.empty()) return;
+  const std::size_t count = summary.no_address.size();
+  errors_ << count << (count == 1 ? " has" : " have") << " no e-mail address:\n";
+  for (const LetterReport& report : summary.no_address) {
+    errors_ << "  " << Name(report) << ", " << TerminalLine(report.file.string()) << "\n";
+  }
+  errors_
+      << "  Print their letters and take them to the post, or enter the addresses and resume the "
+         "run.\n";
+}
+
 void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination destination) {
   ClearLine();
   for (const auto& [warning, met] : warnings_) {
@@ -162,6 +175,9 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
   if (!summary.failed.empty()) errors_ << ", " << summary.failed.size() << " failed";
   if (!summary.held.empty()) errors_ << ", " << summary.held.size() << " held back";
   if (!summary.in_doubt.empty()) errors_ << ", " << summary.in_doubt.size() << " in doubt";
+  if (!summary.no_address.empty()) {
+    errors_ << ", " << summary.no_address.size() << " without an address";
+  }
   if (summary.untouched() > 0) errors_ << ", " << summary.untouched() << " not begun";
   errors_ << ".\n";
   if (summary.composed && summary.done > summary.done_before) {
@@ -170,6 +186,7 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
            "window.\n";
   }
   ShowHeld(summary);
+  ShowWithoutAddress(summary);
   for (const LetterReport& report : summary.in_doubt) {
     errors_ << "In doubt: " << Name(report) << ", " << TerminalLine(report.file.string()) << "\n";
   }
@@ -182,7 +199,8 @@ void GenerateProgress::ShowSummary(const GenerationSummary& summary, Destination
                 : "  A letter in doubt may or may not be on paper, so it is never printed again "
                   "automatically. Look at the printer;\n  if it is missing, print the file.\n");
   }
-  const bool missing = !summary.failed.empty() || summary.untouched() > 0;
+  const bool missing =
+      !summary.failed.empty() || !summary.no_address.empty() || summary.untouched() > 0;
   if (missing) {
     errors_ << "To make the missing letters: tenora generate --resume "
             << ShellWord(summary.log.string()) << "\n";

@@ -50,6 +50,8 @@ TEST_F(RunLogTest, IsReadBackWhateverNamesItHolds) {
     log.Note(1, LetterState::kFailed, "61 - Disk\nfull");
     log.NoteFile(3, data_ / RecipientFolderName("..") / "Notice.rtf");
     log.Note(3, LetterState::kHeld, "no\tpayment", "9 bytes, 1f");
+    log.NoteAnswer("Which\nday", "Friday");
+    request_.answers["Which\nday"] = "Friday";
     log.Sync();
   }
   // What a kill in the middle of a line leaves.
@@ -66,7 +68,7 @@ TEST_F(RunLogTest, IsReadBackWhateverNamesItHolds) {
   EXPECT_EQ(log.letter(3).state, LetterState::kHeld);
   EXPECT_EQ(log.letter(3).detail, "no\tpayment");
   EXPECT_EQ(log.letter(3).fingerprint, "9 bytes, 1f");
-  EXPECT_THAT(ReadWholeFile(path), testing::EndsWith("resumed\t2026-11-21 09:30:00\t\n"));
+  EXPECT_THAT(ReadWholeFile(path), testing::EndsWith("resumed\t2026-11-21 09:30:00\n"));
 }
 
 TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {

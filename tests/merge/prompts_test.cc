@@ -36,6 +36,20 @@ TEST_F(InsertPromptsTest, RemovesACancelledPrompt) {
   EXPECT_EQ(Shown(), "[]");
 }
 
+TEST_F(InsertPromptsTest, KeepsAnswersForLaterLettersAndStopsWhenAsked) {
+  using Way = LetterAnswer::Way;
+  machine_.dialogs.WillAnswer({.way = Way::kText, .text = "Friday", .for_all = true})
+      .WillType("Kia ora")
+      .WillAnswer({.way = Way::kStopRun});
+  Letter("<<?Which day?>> <<?Greeting?>> <<?Place?>> <<?Later?>>");
+  const PromptOutcome outcome = InsertPrompts(target_, {}, "3 of 33 letters");
+  EXPECT_TRUE(outcome.stopped);
+  EXPECT_EQ(outcome.cancelled, 0U);
+  EXPECT_EQ(outcome.for_all, (PromptAnswers{{"Which day", "Friday"}}));
+  ASSERT_EQ(machine_.dialogs.shown().size(), 3U);
+  EXPECT_EQ(machine_.dialogs.shown()[2].progress, "3 of 33 letters");
+}
+
 TEST_F(InsertPromptsTest, StopsAtAMalformedPrompt) {
   const struct {
     const char* text;

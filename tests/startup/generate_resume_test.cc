@@ -110,13 +110,14 @@ TEST_F(GenerateResume, MailsOnlyWhomTheServerRefusedAndNamesTheReason) {
       Run({"generate", "--template", "Note", "--to", "email", "--subject", "Rent", "--closed",
            "--recipient", "T00006", "--recipient", "T00002", "--recipient", "T00001"});
   EXPECT_EQ(first.status, 1);
-  EXPECT_THAT(first.errors, HasSubstr("Tama O'Brien (T00006): no e-mail address\n"));
+  EXPECT_THAT(first.errors, HasSubstr("1 has no e-mail address:\n  Tama O'Brien (T00006), "));
   EXPECT_THAT(first.errors, HasSubstr("Élodie Evans-Pike (T00002): -2147220977 - The server "
                                       "rejected one or more recipient addresses."));
-  EXPECT_THAT(first.errors, HasSubstr("1 of 3 letters mailed, 2 failed."));
+  EXPECT_THAT(first.errors, HasSubstr("1 of 3 letters mailed, 1 failed, 1 without an address."));
   ToServer(server_);
   const test::ProcessResult resumed = Resume();
-  EXPECT_THAT(resumed.errors, HasSubstr("2 of 3 letters mailed (1 of them before), 1 failed."));
+  EXPECT_THAT(resumed.errors,
+              HasSubstr("2 of 3 letters mailed (1 of them before), 1 without an address."));
   ASSERT_EQ(server_.Messages().size(), 1U);
   EXPECT_EQ(server_.Envelope(1), "office@example.test\ntenant2@example.test");
   EXPECT_THAT(test::ParseMessage(server_.MessageFile(1)), HasSubstr("subject: Rent\n"));

@@ -26,7 +26,8 @@ void LetterMaker::Begin(const Recipient& recipient) {
   }
 }
 
-frmLetter& LetterMaker::Make(const Recipient& recipient, std::size_t* unanswered) {
+frmLetter& LetterMaker::Make(const Recipient& recipient, const PromptAnswers& answers,
+                             const std::string& progress, PromptOutcome* prompts) {
   ReadTemplate();
   Begin(recipient);
   letter_.members().FilePath = template_path_.string();
@@ -38,7 +39,7 @@ frmLetter& LetterMaker::Make(const Recipient& recipient, std::size_t* unanswered
   } else {
     MergeOwner();
   }
-  *unanswered = letter_.InsertPrompts(request_.answers);
+  *prompts = letter_.InsertPrompts(answers, progress);
   return letter_;
 }
 

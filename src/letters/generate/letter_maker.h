@@ -40,11 +40,12 @@ class LetterMaker {
   // Raises the errors of PathOf and LoadLetter; later calls do nothing.
   void ReadTemplate();
 
-  // A letter for this recipient, merged, its prompts asked; `unanswered` counts the ones that were
-  // cancelled. Raises RecipientGone for nobody of that name or code, DatabaseProblem for a failed
-  // look-up, LetterProblem for a building receipt number that could not be issued; and the errors
-  // of the merge.
-  frmLetter& Make(const Recipient& recipient, std::size_t* unanswered);
+  // A letter for this recipient, merged, its prompts asked unless `answers` has theirs. Raises
+  // RecipientGone for nobody of that name or code, DatabaseProblem for a failed look-up,
+  // LetterProblem for a building receipt number that could not be issued; and the errors of the
+  // merge.
+  frmLetter& Make(const Recipient& recipient, const PromptAnswers& answers,
+                  const std::string& progress, PromptOutcome* prompts);
   // The letter that an earlier run saved for this recipient. Raises what LoadLetter raises.
   frmLetter& Load(const Recipient& recipient, const std::filesystem::path& file);
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <system_error>
 
+#include "letters/generate/run_summary.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
 #include "platform/mail/mail_client.h"
@@ -34,9 +35,14 @@ class MailProblem : public LetterProblem {
   using LetterProblem::LetterProblem;
 };
 
-// Raises MailProblem for an address that nothing can be sent to.
+class NoAddress : public LetterProblem {
+ public:
+  NoAddress() : LetterProblem("no e-mail address") {}
+};
+
+// Raises NoAddress for none, MailProblem for an address that nothing can be sent to.
 void RequireAddress(const std::string& address) {
-  if (TrimBlanks(address).empty()) throw MailProblem("no e-mail address");
+  if (TrimBlanks(address).empty()) throw NoAddress();
   try {
     mail::ParseAddresses(address);
   } catch (const RuntimeError& error) {
@@ -113,14 +119,14 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
 
 GenerationSummary LetterRun::Go(SendHeld send_held) {
   send_held_ = std::move(send_held);
-  std::size_t missing = 0;
   for (std::size_t number = 1; number <= log_.count(); ++number) {
-    if (!Settled(number)) ++missing;
+    if (!Settled(number)) ++missing_;
     if (Done(number)) ++done_before_;
   }
-  observer_.Started(missing, log_.path());
+  observer_.Started(missing_, log_.path());
   for (std::size_t number = 1; number <= log_.count() && !stopped_; ++number) {
     if (Settled(number)) continue;
+    ++begun_;
     stopped_ = observer_.StopAsked() || !Process(number);
     if (pdf_workers_) TakePdfs(pdf_workers_->TakeResults());
     if (std::chrono::steady_clock::now() - last_sync_ >= kBetweenSyncs ||
@@ -133,15 +139,7 @@ GenerationSummary LetterRun::Go(SendHeld send_held) {
 }
 
 bool LetterRun::Done(std::size_t number) const {
-  switch (request().destination) {
-    case Destination::kFolder:
-      return log_.letter(number).state == LetterState::kSaved;
-    case Destination::kPrinter:
-      return log_.letter(number).state == LetterState::kPrinted;
-    case Destination::kEmail:
-      return log_.letter(number).state == LetterState::kMailed;
-  }
-  return false;
+  return log_.letter(number).state == DoneState(request().destination);
 }
 
 bool LetterRun::Settled(std::size_t number) const {
@@ -149,12 +147,7 @@ bool LetterRun::Settled(std::size_t number) const {
 }
 
 LetterReport LetterRun::ReportOn(std::size_t number) const {
-  LetterReport report;
-  report.number = number;
-  report.recipient = log_.recipient(number);
-  const std::string& file = log_.letter(number).file;
-  if (!file.empty()) report.file = session_.database.DataFolder() / file;
-  return report;
+  return ReportOf(log_.run(), number, session_.database.DataFolder());
 }
 
 bool LetterRun::Process(std::size_t number) {
@@ -172,6 +165,13 @@ bool LetterRun::Process(std::size_t number) {
     observer_.LetterFinished(report);
     ++in_doubt_;
     return after_error_ == AfterError::kNextRecipient && in_doubt_ <= kMostInDoubt;
+  } catch (const NoAddress& error) {
+    // One list at the end instead of a box each.
+    report.result = Result::kNoAddress;
+    report.problem = error.what();
+    log_.Note(number, LetterState::kNoAddress, report.problem);
+    observer_.LetterFinished(report);
+    return true;
   } catch (const MailProblem& error) {
     // As for a single letter, the window shows it and the run continues.
     if (after_error_ == AfterError::kStop) {
@@ -219,22 +219,32 @@ bool LetterRun::MakeAndHandOver(LetterReport& report) {
 }
 
 bool LetterRun::Merge(LetterReport& report) {
-  std::size_t unanswered = 0;
-  letter_ = &maker_.Make(report.recipient, &unanswered);
+  PromptOutcome prompts;
+  letter_ = &maker_.Make(report.recipient, request().answers, Progress(), &prompts);
   // An answer interrupted by a request to stop does not count: the letter is not made.
-  if (unanswered > 0 && observer_.StopAsked()) return false;
-  if (unanswered > 0) {
-    report.warnings.push_back(std::to_string(unanswered) +
-                              (unanswered == 1 ? " prompt was" : " prompts were") +
+  if (prompts.stopped || (prompts.cancelled > 0 && observer_.StopAsked())) return false;
+  if (prompts.cancelled > 0) {
+    report.warnings.push_back(std::to_string(prompts.cancelled) +
+                              (prompts.cancelled == 1 ? " prompt was" : " prompts were") +
                               " left without an answer");
   }
   unread_ = 0;
-  Check(report);
+  for (const LetterFinding& finding : Check(report)) {
+    // An answer that holds one letter back would hold back all of them, on resuming too.
+    if (finding.weight == FindingWeight::kHold) prompts.for_all.erase(finding.code);
+  }
+  for (const auto& [prompt, answer] : prompts.for_all) log_.NoteAnswer(prompt, answer);
   return true;
 }
 
-void LetterRun::Check(LetterReport& report) const {
-  for (const LetterFinding& finding : letter_->Check()) {
+std::string LetterRun::Progress() const {
+  if (missing_ < 2) return {};
+  return std::to_string(begun_) + " of " + std::to_string(missing_) + " letters";
+}
+
+std::vector<LetterFinding> LetterRun::Check(LetterReport& report) const {
+  std::vector<LetterFinding> findings = letter_->Check();
+  for (const LetterFinding& finding : findings) {
     std::string text = finding.code.empty() ? "" : finding.code + ": ";
     text += finding.sentence;
     if (finding.weight == FindingWeight::kWarning) {
@@ -244,6 +254,7 @@ void LetterRun::Check(LetterReport& report) const {
       report.problem += (report.problem.empty() ? "" : "; ") + text;
     }
   }
+  return findings;
 }
 
 bool LetterRun::CheckAgain(LetterReport& report) {
@@ -485,7 +496,8 @@ void LetterRun::Finish() {
   if (pdf_workers_) TakePdfs(pdf_workers_->Finish());
   SyncGroup();
   EndJob();
-  log_.Remark(stopped_ ? "stopped" : "ended", "");
+  const bool complete = SummaryOf(log_.run(), session_.database.DataFolder()).complete();
+  log_.Note(complete ? RunRemark::kComplete : stopped_ ? RunRemark::kStopped : RunRemark::kEnded);
   try {
     log_.Sync();
   } catch (...) {
@@ -494,29 +506,11 @@ void LetterRun::Finish() {
 }
 
 GenerationSummary LetterRun::Summary() const {
-  GenerationSummary summary;
-  summary.asked = log_.count();
+  GenerationSummary summary = SummaryOf(log_.run(), session_.database.DataFolder());
   summary.done_before = done_before_;
   summary.stopped = stopped_;
   summary.composed = request().destination == Destination::kEmail && !session_.options.SmtpSend;
   summary.log = log_.path();
-  for (std::size_t number = 1; number <= log_.count(); ++number) {
-    const LoggedLetter& letter = log_.letter(number);
-    LetterReport report = ReportOn(number);
-    report.problem = letter.detail;
-    if (Done(number)) {
-      ++summary.done;
-    } else if (InDoubt(letter.state)) {
-      report.result = Result::kInDoubt;
-      summary.in_doubt.push_back(std::move(report));
-    } else if (HeldBack(letter.state)) {
-      report.result = Result::kHeld;
-      summary.held.push_back(std::move(report));
-    } else if (letter.state == LetterState::kFailed) {
-      report.result = Result::kFailed;
-      summary.failed.push_back(std::move(report));
-    }
-  }
   return summary;
 }
 

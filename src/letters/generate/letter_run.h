@@ -36,8 +36,10 @@ class LetterRun {
   // Raises whatever goes wrong; false when the user stopped in the middle of it.
   bool MakeAndHandOver(LetterReport& report);
   bool Merge(LetterReport& report);
-  // Puts the findings on the current letter into the report.
-  void Check(LetterReport& report) const;
+  // "3 of 33 letters", for a question of the current one.
+  std::string Progress() const;
+  // The findings on the current letter, which are put into the report too.
+  std::vector<LetterFinding> Check(LetterReport& report) const;
   // Looks again at a letter that an earlier run held back. As MakeAndHandOver.
   bool CheckAgain(LetterReport& report);
   // Puts the current letter in place of the unchanged file of a held one.
@@ -76,7 +78,7 @@ class LetterRun {
   std::vector<std::size_t> unsynced_;                // saved, but perhaps not yet on the disk
   std::vector<std::size_t> in_job_;
   std::chrono::steady_clock::time_point last_sync_ = std::chrono::steady_clock::now();
-  std::size_t done_before_ = 0;
+  std::size_t done_before_ = 0, missing_ = 0, begun_ = 0;
   int unconnected_ = 0;  // letters in a row that met no mail server or program
   int in_doubt_ = 0;     // letters in a row of which the server did not say whether it took them
   int unread_ = 0;       // letters in a row for which the database could not be read

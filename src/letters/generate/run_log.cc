@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -19,6 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr off_t kLargestLog = off_t{1} << 30;
+constexpr std::size_t kLongestRemark = 256;
 
 fs::path Resolved(const fs::path& path) {
   std::error_code unresolved;
@@ -36,17 +38,20 @@ int CreateLog(const fs::path& folder, const std::string& stem, fs::path* path) {
   }
 }
 
-std::string ReadLog(int fd, const fs::path& path) {
+// A negative `from` counts from the end.
+std::string ReadLog(int fd, const fs::path& path, off_t from = 0,
+                    std::size_t most = std::string::npos) {
   struct stat status {};
   if (::fstat(fd, &status) != 0) throw FileError(errno, path);
   if (!S_ISREG(status.st_mode) || status.st_size > kLargestLog) {
     throw StandardError(error_number::kInvalidFileFormat, path.string() + " is not a run log");
   }
-  std::string text(static_cast<std::size_t>(status.st_size), '\0');
+  from = from < 0 ? std::max<off_t>(0, status.st_size + from) : std::min(from, status.st_size);
+  std::string text(std::min(most, static_cast<std::size_t>(status.st_size - from)), '\0');
   std::size_t filled = 0;
   while (filled < text.size()) {
     const ssize_t count =
-        ::pread(fd, text.data() + filled, text.size() - filled, static_cast<off_t>(filled));
+        ::pread(fd, text.data() + filled, text.size() - filled, from + static_cast<off_t>(filled));
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) throw FileError(errno, path);
     if (count == 0) break;
@@ -60,10 +65,11 @@ std::string ReadLog(int fd, const fs::path& path) {
 
 RunLog::RunLog(const fs::path& data_folder, GenerationRequest request, const Clock& clock)
     : data_folder_(data_folder), clock_(clock) {
-  const std::string stem = "Letters " + FormatDate(clock.Now(), "yyyy-mm-dd hhnnss");
+  const std::string stem =
+      std::string(kRunLogPrefix) + FormatDate(clock.Now(), "yyyy-mm-dd hhnnss");
   fd_ = CreateLog(data_folder, stem, &path_);
   try {
-    Lock(false);
+    LockNew();
     run_.log_name = path_.filename();
     run_.data_folder = Resolved(data_folder);
     run_.request = std::move(request);
@@ -83,11 +89,11 @@ RunLog RunLog::Resume(const fs::path& path, const fs::path& data_folder, const C
   RunLog log(Resolved(path), clock);
   log.data_folder_ = data_folder;
   log.Open();
-  log.Lock(true);
+  log.LockForChange();
   const std::size_t whole = log.Read();
   log.CheckOrigin(data_folder);
   if (::ftruncate(log.fd_, static_cast<off_t>(whole)) != 0) throw FileError(errno, path);
-  log.Remark("resumed", "");
+  log.Note(RunRemark::kResumed);
   log.Sync();
   return log;
 }
@@ -98,6 +104,33 @@ GenerationRequest RunLog::RequestOf(const fs::path& path) {
   log.Open();
   log.Read();
   return std::move(log.run_.request);
+}
+
+std::optional<LoggedRun> RunLog::Look(const fs::path& path, const fs::path& data_folder) {
+  const Clock clock;
+  RunLog log(Resolved(path), clock);
+  log.Open();
+  if (!log.LockOld(LOCK_SH)) return std::nullopt;
+  if (!BeginsRunLog(ReadLog(log.fd_, log.path_, 0, kLongestRemark))) return std::nullopt;
+  if (EndsSettled(ReadLog(log.fd_, log.path_, -off_t{kLongestRemark}))) return std::nullopt;
+  log.Read();
+  log.CheckOrigin(data_folder);
+  return std::move(log.run_);
+}
+
+void RunLog::Forget(const fs::path& path, const Clock& clock) {
+  RunLog log(Resolved(path), clock);
+  log.Open();
+  log.LockForChange();
+  const std::string text = ReadLog(log.fd_, log.path_);
+  if (!BeginsRunLog(text)) {
+    throw StandardError(error_number::kInvalidFileFormat, path.string() + " is not a run log");
+  }
+  if (::ftruncate(log.fd_, static_cast<off_t>(WholeLines(text))) != 0) {
+    throw FileError(errno, path);
+  }
+  log.Note(RunRemark::kForgotten);
+  log.Sync();
 }
 
 void RunLog::Open() {
@@ -129,10 +162,21 @@ RunLog::~RunLog() {
   if (fd_ >= 0) ::close(fd_);
 }
 
-// A new log needs no lock, also where the file system has none; an old one may be in use.
-void RunLog::Lock(bool required) {
-  if (::flock(fd_, LOCK_EX | LOCK_NB) == 0 || !required) return;
+// Waits for whoever looks at the log before it has a head, which takes no time. Where the file
+// system has no locks, a new log does without.
+void RunLog::LockNew() {
+  while (::flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+  }
+}
+
+bool RunLog::LockOld(int kind) {
+  if (::flock(fd_, kind | LOCK_NB) == 0) return true;
   if (errno != EWOULDBLOCK) throw FileError(errno, path_);
+  return false;
+}
+
+void RunLog::LockForChange() {
+  if (LockOld(LOCK_EX)) return;
   throw StandardError(error_number::kPermissionDenied,
                       path_.string() + " belongs to a run that is still in progress");
 }
@@ -166,9 +210,12 @@ void RunLog::NoteFile(std::size_t number, const fs::path& file) {
       file.empty() ? std::string() : file.lexically_relative(data_folder_).string();
 }
 
-void RunLog::Remark(std::string_view what, std::string_view text) {
-  noted_ += RunLogRemark(what, text, clock_.Now());
+void RunLog::NoteAnswer(const std::string& prompt, const std::string& answer) {
+  run_.request.answers[prompt] = answer;
+  noted_ += RunLogAnswer(prompt, answer);
 }
+
+void RunLog::Note(RunRemark remark) { noted_ += RunLogRemark(remark, clock_.Now()); }
 
 // Lines that cannot be written stay pending, and no part of them stays in the file.
 void RunLog::Write() {

@@ -4,12 +4,17 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "letters/generate/run_log_format.h"
 #include "platform/runtime/clock.h"
 
 namespace tenora {
+
+// What the name of every run log begins with.
+inline constexpr std::string_view kRunLogPrefix = "Letters ";
 
 class RunLog {
  public:
@@ -23,11 +28,19 @@ class RunLog {
                        const Clock& clock);
   // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does.
   static GenerationRequest RequestOf(const std::filesystem::path& path);
+  // What a log says, without taking part in its run; nothing where that is in progress, complete or
+  // forgotten, and for another file. Raises what Resume raises.
+  static std::optional<LoggedRun> Look(const std::filesystem::path& path,
+                                       const std::filesystem::path& data_folder);
+  // Notes that a person has settled the run, also in a log that cannot be resumed. Raises 70 and
+  // 321 as Resume does, and the errors of FileError.
+  static void Forget(const std::filesystem::path& path, const Clock& clock);
   RunLog(RunLog&& other) noexcept;
   RunLog& operator=(RunLog&&) = delete;
   ~RunLog();
 
   const std::filesystem::path& path() const { return path_; }
+  const LoggedRun& run() const { return run_; }
   const GenerationRequest& request() const { return run_.request; }
   const Recipient& recipient(std::size_t number) const {
     return run_.request.recipients[number - 1];
@@ -40,7 +53,9 @@ class RunLog {
   void Note(std::size_t number, LetterState state, const std::string& detail = {},
             const std::string& fingerprint = {});
   void NoteFile(std::size_t number, const std::filesystem::path& file);
-  void Remark(std::string_view what, std::string_view text);
+  // Keeps an answer for every letter from now on.
+  void NoteAnswer(const std::string& prompt, const std::string& answer);
+  void Note(RunRemark remark);
   // Writes the pending lines: they survive the end of this process.
   void Write();
   // Writes and waits for the disk: they survive a power cut too.
@@ -49,7 +64,10 @@ class RunLog {
  private:
   RunLog(std::filesystem::path path, const Clock& clock) : path_(std::move(path)), clock_(clock) {}
   void Open();
-  void Lock(bool required);
+  void LockNew();
+  // False for a run in progress.
+  bool LockOld(int kind);
+  void LockForChange();
   // Reads what whole lines the file has; the result is their length.
   std::size_t Read();
   void CheckOrigin(const std::filesystem::path& data_folder) const;

@@ -23,10 +23,12 @@ constexpr std::string_view kHeadEnd = "letters";
 constexpr std::size_t kMostRecipients = 10'000'000;
 
 constexpr std::array<std::string_view, 3> kDestinations{"folder", "printer", "email"};
-constexpr std::array<std::string_view, 10> kStates{"waiting", "saving",   "saved",   "sending",
-                                                   "mailed",  "printing", "printed", "failed",
-                                                   "holding", "held"};
-constexpr std::array<std::string_view, 3> kRemarks{"resumed", "stopped", "ended"};
+constexpr std::array<std::string_view, 11> kStates{"waiting", "saving",   "saved",     "sending",
+                                                   "mailed",  "printing", "printed",   "failed",
+                                                   "holding", "held",     "no address"};
+constexpr std::array<std::string_view, 5> kRemarks{"resumed", "stopped", "ended", "complete",
+                                                   "forgotten"};
+constexpr std::string_view kAnswer = "answer";
 
 template <typename Enum, std::size_t Count>
 std::optional<Enum> FromWord(const std::array<std::string_view, Count>& words,
@@ -130,10 +132,7 @@ class Reader {
   }
 
   void ReadFirstLine() {
-    // A log that a kill left empty, or cut short in its first line, is one all the same.
-    if (!kFirstWord.starts_with(rest_.substr(0, kFirstWord.size()))) {
-      Refuse("this is not a Tenora run log");
-    }
+    if (!BeginsRunLog(rest_)) Refuse("this is not a Tenora run log");
     const Fields first = NextLine();
     if (first.size() != 2 || first[0] != kFirstWord) Damaged();
     if (first[1] != kVersion && first[1] != kVersionBefore) {
@@ -156,7 +155,7 @@ class Reader {
       if (fields[1] != kTemplates && fields[1] != kOwnerTemplates) Damaged();
       request.template_kind = fields[1];
       request.template_name = fields[2];
-    } else if (word == "answer" && count == 3) {
+    } else if (word == kAnswer && count == 3) {
       request.answers[fields[1]] = fields[2];
     } else if (count == 2) {
       ReadSetting(word, fields[1]);
@@ -181,7 +180,9 @@ class Reader {
       request.printer = value;
     } else if (word == "pdf" && (value == "yes" || value == "no")) {
       request.pdf = value == "yes";
-    } else if (word != "started") {
+    } else if (word == "started") {
+      run_.started = value;
+    } else {
       Damaged();
     }
   }
@@ -195,7 +196,11 @@ class Reader {
   }
 
   void ReadLetterLine(const Fields& fields) {
-    if (FromWord<int>(kRemarks, fields[0])) return;
+    if (FromWord<RunRemark>(kRemarks, fields[0])) return;
+    if (fields[0] == kAnswer && fields.size() == 3) {
+      run_.request.answers[fields[1]] = fields[2];
+      return;
+    }
     const auto state = FromWord<LetterState>(kStates, fields[0]);
     if (!state || fields.size() != (*state == LetterState::kHeld ? 6 : 5)) Damaged();
     const std::size_t number = Number(fields[1]);
@@ -238,7 +243,7 @@ std::string RunLogHead(const LoggedRun& run, Date now) {
   if (request.destination == Destination::kEmail) text += Line({"subject", request.subject});
   if (request.destination == Destination::kPrinter) text += Line({"printer", request.printer});
   text += Line({"pdf", request.pdf ? "yes" : "no"});
-  for (const auto& [prompt, answer] : request.answers) text += Line({"answer", prompt, answer});
+  for (const auto& [prompt, answer] : request.answers) text += RunLogAnswer(prompt, answer);
   for (std::size_t i = 0; i < request.recipients.size(); ++i) {
     const Recipient& recipient = request.recipients[i];
     text += Line({"recipient", std::to_string(i + 1), recipient.name, recipient.code});
@@ -255,8 +260,25 @@ std::string RunLogLine(LetterState state, std::size_t number, const std::string&
              : Line({word, place, name, letter.file, letter.detail});
 }
 
-std::string RunLogRemark(std::string_view what, std::string_view text, Date now) {
-  return Line({what, TimeText(now), text});
+std::string RunLogAnswer(const std::string& prompt, const std::string& answer) {
+  return Line({kAnswer, prompt, answer});
+}
+
+std::string RunLogRemark(RunRemark remark, Date now) {
+  return Line({kRemarks[static_cast<std::size_t>(remark)], TimeText(now)});
+}
+
+bool EndsSettled(std::string_view end) {
+  end.remove_suffix(end.size() - WholeLines(end));
+  if (end.empty()) return false;
+  end.remove_suffix(1);
+  const std::string_view line = end.substr(end.rfind('\n') + 1);
+  const auto remark = FromWord<RunRemark>(kRemarks, line.substr(0, line.find('\t')));
+  return remark == RunRemark::kComplete || remark == RunRemark::kForgotten;
+}
+
+bool BeginsRunLog(std::string_view text) {
+  return kFirstWord.starts_with(text.substr(0, kFirstWord.size()));
 }
 
 std::size_t WholeLines(std::string_view text) {

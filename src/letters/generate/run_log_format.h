@@ -22,9 +22,23 @@ enum class LetterState {
   kPrinting,  // its print job is about to be handed on
   kPrinted,
   kFailed,
-  kHolding,  // about to take this file name, and then to be held back
-  kHeld,     // on the disk, and held back by the check of the finished letter
+  kHolding,    // about to take this file name, and then to be held back
+  kHeld,       // on the disk, and held back by the check of the finished letter
+  kNoAddress,  // on the disk, for a recipient without an e-mail address
 };
+
+// The state in which nothing is left to do on a letter.
+inline LetterState DoneState(Destination destination) {
+  switch (destination) {
+    case Destination::kPrinter:
+      return LetterState::kPrinted;
+    case Destination::kEmail:
+      return LetterState::kMailed;
+    case Destination::kFolder:
+      break;
+  }
+  return LetterState::kSaved;
+}
 
 // Whether the letter was handed over without confirmation that it arrived.
 inline bool InDoubt(LetterState state) {
@@ -46,8 +60,9 @@ struct LoggedLetter {
 };
 
 struct LoggedRun {
-  std::string log_name;     // of the log's own file
-  std::string data_folder;  // as an absolute path
+  std::string log_name;      // of the log's own file
+  std::string data_folder;   // as an absolute path
+  std::string started = {};  // "2026-11-21 09:30:00"
   GenerationRequest request;
   std::vector<LoggedLetter> letters;  // one for each recipient, in the same order
 };
@@ -57,8 +72,23 @@ std::string RunLogHead(const LoggedRun& run, Date now);
 // One line on the letter with this number (from 1).
 std::string RunLogLine(LetterState state, std::size_t number, const std::string& name,
                        const LoggedLetter& letter);
-// A line that says when a run was resumed or ended; readers skip it.
-std::string RunLogRemark(std::string_view what, std::string_view text, Date now);
+// An answer that somebody gave for all later letters.
+std::string RunLogAnswer(const std::string& prompt, const std::string& answer);
+
+// What a line says that is not on one letter: readers skip it, but for the last of a log.
+enum class RunRemark {
+  kResumed,
+  kStopped,    // before the last letter
+  kEnded,      // something may be left to do
+  kComplete,   // nothing is
+  kForgotten,  // a person has settled what was left
+};
+std::string RunLogRemark(RunRemark remark, Date now);
+// Whether the last line, in this end of a log, says that nothing is left to do.
+bool EndsSettled(std::string_view end);
+
+// Whether a file that begins so is a run log, if only one that a kill left empty or cut short.
+bool BeginsRunLog(std::string_view text);
 
 // The length of the log without a last line that was cut short.
 std::size_t WholeLines(std::string_view text);

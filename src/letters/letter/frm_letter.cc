@@ -180,8 +180,8 @@ std::optional<RuntimeError> frmLetter::InsertChequeDetails(const std::string& pa
   return tenora::InsertChequeDetails(Target(), payee, amount);
 }
 
-std::size_t frmLetter::InsertPrompts(const PromptAnswers& known) {
-  return tenora::InsertPrompts(Target(), known);
+PromptOutcome frmLetter::InsertPrompts(const PromptAnswers& known, const std::string& progress) {
+  return tenora::InsertPrompts(Target(), known, progress);
 }
 
 std::vector<LetterFinding> frmLetter::Check() const {

@@ -13,6 +13,9 @@ namespace {
 
 constexpr std::size_t kLongestLine = 64 * 1024;
 constexpr int kChooseAttempts = 3;
+// The words at a letter's question; docs/generating.md names them.
+constexpr const char* kForAll = "/all";
+constexpr const char* kStop = "/stop";
 
 const char* AnswerName(Answer answer) {
   switch (answer) {
@@ -75,6 +78,25 @@ std::optional<std::string> ConsoleDialogs::AskText(const std::string& prompt,
   const std::optional<std::string> line = ReadLine();
   if (!line) return std::nullopt;
   return line->empty() ? default_answer : ValidText(*line);
+}
+
+LetterAnswer ConsoleDialogs::AskForLetter(const LetterQuestion& question) {
+  if (question.progress.empty()) return Dialogs::AskForLetter(question);
+  const std::optional<std::string> line =
+      AskText(question.prompt + "\n(" + question.progress + "; \"" + kForAll +
+                  " TEXT\" answers for all letters from here on, \"" + kStop +
+                  "\" ends the run before this one)",
+              kApplicationTitle, "");
+  if (!line) return {};
+  const std::string_view text = TrimBlanks(*line);
+  if (text == kStop) return {.way = LetterAnswer::Way::kStopRun};
+  LetterAnswer answer{.way = LetterAnswer::Way::kText, .text = *line};
+  const std::string_view all = kForAll;
+  if (text == all || text.starts_with(std::string(all) + " ")) {
+    answer.text = TrimBlanks(text.substr(all.size()));
+    answer.for_all = true;
+  }
+  return answer;
 }
 
 std::optional<std::size_t> ConsoleDialogs::Choose(const std::string& title,

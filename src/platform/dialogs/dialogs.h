@@ -38,6 +38,23 @@ struct PrintChoice {
   Sides sides = Sides::kAsPrinterIsSet;
 };
 
+// A question that one letter of many asks while it is made.
+struct LetterQuestion {
+  std::string prompt;
+  std::string progress = {};  // "3 of 33 letters"; empty where there is no other letter
+};
+
+struct LetterAnswer {
+  enum class Way {
+    kText,
+    kNone,     // left without an answer
+    kStopRun,  // this letter and those after it are not to be made; never without progress
+  };
+  Way way = Way::kNone;
+  std::string text = {};
+  bool for_all = false;  // kText: the answer holds for every later letter too
+};
+
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
@@ -47,6 +64,11 @@ class Dialogs {
   virtual std::optional<std::string> AskText(const std::string& prompt,
                                              const std::string& title = kApplicationTitle,
                                              const std::string& default_answer = {}) = 0;
+  virtual LetterAnswer AskForLetter(const LetterQuestion& question) {
+    const std::optional<std::string> text = AskText(question.prompt);
+    if (!text) return {};
+    return {.way = LetterAnswer::Way::kText, .text = *text};
+  }
   // Position of the chosen item, none when cancelled.
   virtual std::optional<std::size_t> Choose(const std::string& title,
                                             const std::vector<std::string>& items,

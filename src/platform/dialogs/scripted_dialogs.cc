@@ -24,6 +24,11 @@ ScriptedDialogs& ScriptedDialogs::WillCancel() {
   return *this;
 }
 
+ScriptedDialogs& ScriptedDialogs::WillAnswer(LetterAnswer answer) {
+  answers_.emplace_back(std::move(answer));
+  return *this;
+}
+
 Answer ScriptedDialogs::Show(const MessageBox& box) {
   shown_.push_back({.kind = ShownBox::Kind::kMessage,
                     .text = box.text,
@@ -46,6 +51,22 @@ std::optional<std::string> ScriptedDialogs::AskText(const std::string& prompt,
                     .title = title,
                     .default_answer = default_answer});
   return NextText(prompt);
+}
+
+LetterAnswer ScriptedDialogs::AskForLetter(const LetterQuestion& question) {
+  const LetterAnswer* scripted =
+      answers_.empty() ? nullptr : std::get_if<LetterAnswer>(&answers_.front());
+  LetterAnswer answer;
+  if (scripted != nullptr) {
+    shown_.push_back(
+        {.kind = ShownBox::Kind::kText, .text = question.prompt, .title = kApplicationTitle});
+    answer = *scripted;
+    answers_.pop_front();
+  } else {
+    answer = Dialogs::AskForLetter(question);
+  }
+  shown_.back().progress = question.progress;
+  return answer;
 }
 
 std::optional<std::size_t> ScriptedDialogs::Choose(const std::string& title,

@@ -26,7 +26,8 @@ struct ShownBox {
   std::string default_answer = {};      // of an input box
   std::vector<std::string> items = {};  // of a chooser
   std::size_t default_item = 0;
-  std::string filter = {};  // of a file chooser; its suggestion is the default answer
+  std::string progress = {};  // of a question that a letter asks
+  std::string filter = {};    // of a file chooser; its suggestion is the default answer
 };
 
 class ScriptedDialogs : public Dialogs {
@@ -37,12 +38,15 @@ class ScriptedDialogs : public Dialogs {
   ScriptedDialogs& WillType(std::string text);
   ScriptedDialogs& WillChoose(std::size_t position);
   ScriptedDialogs& WillCancel();
+  // To a letter's question; those that WillType and WillCancel answer serve too.
+  ScriptedDialogs& WillAnswer(LetterAnswer answer);
 
   // All raise UnexpectedQuestion where the script does not fit. The caller may trap that error like
   // any other, so it is recorded in `unexpected` as well.
   Answer Show(const MessageBox& box) override;
   std::optional<std::string> AskText(const std::string& prompt, const std::string& title,
                                      const std::string& default_answer) override;
+  LetterAnswer AskForLetter(const LetterQuestion& question) override;
   std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
                                     std::size_t default_item) override;
   std::optional<std::filesystem::path> ChooseFileToOpen(const std::string& title,
@@ -63,7 +67,7 @@ class ScriptedDialogs : public Dialogs {
   struct Position {
     std::size_t value;
   };
-  using Scripted = std::variant<Cancel, Answer, std::string, Position>;
+  using Scripted = std::variant<Cancel, Answer, std::string, Position, LetterAnswer>;
 
   Scripted NextAnswer(const std::string& question);
   std::optional<std::string> NextText(const std::string& question);

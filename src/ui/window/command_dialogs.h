@@ -24,6 +24,9 @@ class CommandDialogs : public Dialogs {
                                      const std::string& default_answer) override {
     return Decide().AskText(prompt, title, default_answer);
   }
+  LetterAnswer AskForLetter(const LetterQuestion& question) override {
+    return Decide().AskForLetter(question);
+  }
   std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
                                     std::size_t default_item) override {
     return Decide().Choose(title, items, default_item);

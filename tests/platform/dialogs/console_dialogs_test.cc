@@ -56,6 +56,36 @@ TEST(ConsoleDialogs, WritesABoxWithItsTitleAndTakesItsDefault) {
             "Save: Replace? [Yes]\n");
 }
 
+TEST(ConsoleDialogs, AtALettersQuestionTakesWordsForTheWholeRun) {
+  using Way = LetterAnswer::Way;
+  const struct {
+    const char* typed;
+    const char* progress;
+    Way way;
+    const char* text;
+    bool for_all;
+  } cases[] = {
+      {"Monday\n", "3 of 33 letters", Way::kText, "Monday", false},
+      {"/all  Monday, 9 am\n", "3 of 33 letters", Way::kText, "Monday, 9 am", true},
+      {"/all\n", "3 of 33 letters", Way::kText, "", true},
+      {"/allotment 5\n", "3 of 33 letters", Way::kText, "/allotment 5", false},
+      {"/stop\n", "3 of 33 letters", Way::kStopRun, "", false},
+      {"", "3 of 33 letters", Way::kNone, "", false},
+      {"/stop\n", "", Way::kText, "/stop", false},
+      {"/all 5\n", "", Way::kText, "/all 5", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.typed) + c.progress);
+    Console console(c.typed);
+    const LetterAnswer answer = console.dialogs.AskForLetter({"Which day", c.progress});
+    EXPECT_EQ(answer.way, c.way);
+    EXPECT_EQ(answer.text, c.text);
+    EXPECT_EQ(answer.for_all, c.for_all);
+    const bool told = console.out.str().find("/stop") != std::string::npos;
+    EXPECT_EQ(told, *c.progress != '\0') << console.out.str();
+  }
+}
+
 TEST(ConsoleDialogs, TakesALineAsTheAnswerOfAnInputBox) {
   const struct {
     std::string typed;

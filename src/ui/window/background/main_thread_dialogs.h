@@ -21,6 +21,9 @@ class MainThreadDialogs : public Dialogs {
                                      const std::string& default_answer) override {
     return OnMainThread([&] { return shown_.AskText(prompt, title, default_answer); });
   }
+  LetterAnswer AskForLetter(const LetterQuestion& question) override {
+    return OnMainThread([&] { return shown_.AskForLetter(question); });
+  }
   std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
                                     std::size_t default_item) override {
     return OnMainThread([&] { return shown_.Choose(title, items, default_item); });

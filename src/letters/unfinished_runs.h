@@ -1,0 +1,33 @@
+// The runs of letters in a data folder that have not done all they were asked, for a person to
+// resume or to forget. docs/generating.md describes their logs.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "letters/generation.h"
+#include "letters/generation_request.h"
+#include "platform/runtime/clock.h"
+
+namespace tenora {
+
+struct UnfinishedRun {
+  std::filesystem::path log;
+  std::string problem;        // why the log cannot be read; all below is then empty
+  std::string started;        // "2026-11-21 09:30:00"
+  GenerationRequest request;  // with every recipient
+  GenerationSummary summary;  // as the run left it
+};
+
+// Those of this data folder, oldest first, but for runs in progress and forgotten ones. A log that
+// cannot be read is among them with its problem. Reads only the ends of the logs of complete runs.
+// Raises nothing: a folder that cannot be listed has no runs.
+std::vector<UnfinishedRun> FindUnfinishedRuns(const std::filesystem::path& data_folder);
+
+// Notes in the log that a person has settled the run, which is then no longer found. No file is
+// removed, and the run can still be resumed by name. Raises 70 (Permission denied) for a run in
+// progress, 321 (Invalid file format) for another file, and the errors of FileError.
+void ForgetRun(const std::filesystem::path& log, const Clock& clock);
+
+}  // namespace tenora
