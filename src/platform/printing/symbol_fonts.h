@@ -1,17 +1,16 @@
-// Symbol fonts, whose character codes are glyph numbers. Documents keep those numbers; for drawing
-// they are mapped to Unicode characters that other fonts have.
+// Text in symbol fonts, as Qt draws it.
 #pragma once
 
 #include <QString>
-#include <string_view>
+
+#include "platform/richtext/symbol_characters.h"
 
 namespace tenora::printing {
 
-enum class SymbolFont { kNone, kSymbol, kWingdings };
+using richtext::SymbolFont;
+using richtext::SymbolFontOf;
 
-SymbolFont SymbolFontOf(std::string_view font_name);
-
-// Character by character: 0x20 to 0xFF and U+F020 to U+F0FF are glyph numbers, others stay.
+// Character by character, as richtext::UnicodeSymbol.
 QString WithUnicodeSymbols(QString text, SymbolFont font);
 
 // As WithUnicodeSymbols, for a list's bullet, whose font is not recorded in the document.

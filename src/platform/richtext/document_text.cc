@@ -1,5 +1,7 @@
 #include "platform/richtext/document_text.h"
 
+#include <algorithm>
+
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
@@ -39,6 +41,13 @@ std::string Collect(const std::vector<Block>& blocks, std::string_view line_end)
   return text;
 }
 
+bool Shows(const Run& run) {
+  if (run.format.hidden) return false;
+  if (!std::holds_alternative<std::monostate>(run.object)) return true;
+  return run.format.underline != Underline::kNone || run.format.highlight > 0 ||
+         run.text.find_first_not_of(" \t\v\f\r\n") != std::string::npos;
+}
+
 }  // namespace
 
 void ForEachParagraph(const std::vector<Block>& blocks,
@@ -76,6 +85,20 @@ void MoveMarksOutOfCodes(Paragraph* paragraph) {
     for (; mark != paragraph->marks.end() && mark->offset < end + 2; ++mark) mark->offset = start;
     from = end + 2;
   }
+}
+
+bool Shows(const Block& block) {
+  const auto* paragraph = std::get_if<Paragraph>(&block);
+  if (paragraph == nullptr) return true;
+  const ParagraphFormat& format = paragraph->format;
+  return format.bullet.kind != Bullet::Kind::kNone || format.shading > 0 || format.top.present ||
+         format.bottom.present || format.left.present || format.right.present ||
+         std::any_of(paragraph->runs.begin(), paragraph->runs.end(),
+                     [](const Run& run) { return Shows(run); });
+}
+
+bool Shows(const std::vector<Block>& blocks) {
+  return std::any_of(blocks.begin(), blocks.end(), [](const Block& block) { return Shows(block); });
 }
 
 void DropEmptyEnd(std::vector<Block>* blocks) {

@@ -28,6 +28,9 @@ std::u16string PositionText(const std::vector<Block>& blocks);
 std::string ParagraphText(const Paragraph& paragraph);
 // A merge code is found in the source as one piece of text, so marks inside it move in front of it.
 void MoveMarksOutOfCodes(Paragraph* paragraph);
+// Whether the block, or any of the blocks, puts anything on paper.
+bool Shows(const Block& block);
+bool Shows(const std::vector<Block>& blocks);
 // Takes empty paragraphs off the end; one block always stays.
 void DropEmptyEnd(std::vector<Block>* blocks);
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/printing/list_mark.h"
+#include "platform/richtext/list_mark.h"
 #include "platform/printing/paper.h"
 
 namespace tenora::test {
@@ -198,7 +198,7 @@ TEST(ListMark, CountsAsTheListsFormatHasIt) {
       {{Bullet::Kind::kDecimal, 1, 0, "", ""}, -5, "1"},
   };
   for (const auto& expected : cases) {
-    EXPECT_EQ(printing::ListMark(expected.bullet, expected.number), expected.mark);
+    EXPECT_EQ(richtext::ListMark(expected.bullet, expected.number), expected.mark);
   }
 }
 

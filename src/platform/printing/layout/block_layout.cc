@@ -1,38 +1,10 @@
 #include "platform/printing/layout/block_layout.h"
 
-#include <algorithm>
-
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/table_layout.h"
+#include "platform/richtext/document_text.h"
 
 namespace tenora::printing {
-namespace {
-
-bool Shows(const richtext::Run& run) {
-  if (run.format.hidden) return false;
-  if (!std::holds_alternative<std::monostate>(run.object)) return true;
-  return run.format.underline != richtext::Underline::kNone || run.format.highlight > 0 ||
-         run.text.find_first_not_of(" \t\v\f\r\n") != std::string::npos;
-}
-
-bool Shows(const richtext::Block& block) {
-  const auto* paragraph = std::get_if<richtext::Paragraph>(&block);
-  if (paragraph == nullptr) return true;
-  const richtext::ParagraphFormat& format = paragraph->format;
-  return format.bullet.kind != richtext::Bullet::Kind::kNone || format.shading > 0 ||
-         format.top.present || format.bottom.present || format.left.present ||
-         format.right.present ||
-         std::any_of(paragraph->runs.begin(), paragraph->runs.end(),
-                     [](const richtext::Run& run) { return Shows(run); });
-}
-
-}  // namespace
-
-bool Shows(const std::vector<richtext::Block>& blocks) {
-  return std::any_of(blocks.begin(), blocks.end(),
-                     [](const richtext::Block& block) { return Shows(block); });
-}
-
 BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks,
                          double width, int position, int depth, Ending ending)
     : context_(context),
@@ -42,7 +14,7 @@ BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Blo
       depth_(depth),
       visible_blocks_(blocks.size()) {
   if (ending == Ending::kWhole) return;
-  while (visible_blocks_ > 0 && !Shows(blocks_[visible_blocks_ - 1])) --visible_blocks_;
+  while (visible_blocks_ > 0 && !richtext::Shows(blocks_[visible_blocks_ - 1])) --visible_blocks_;
 }
 
 std::optional<BlockStrips> BlockLayout::Next() {
@@ -51,7 +23,7 @@ std::optional<BlockStrips> BlockLayout::Next() {
     if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
       return NextParagraph(*paragraph);
     }
-    lists_.clear();
+    lists_.EndAll();
     if (auto rows = NextRows(*std::get<std::shared_ptr<richtext::Table>>(block))) return rows;
   }
   return std::nullopt;
@@ -61,7 +33,7 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   ParagraphPlace place;
   place.width = width_;
   place.position = position_;
-  place.number = NumberOf(paragraph.format);
+  place.number = lists_.Next(paragraph.format);
   place.framed_above = block_ > 0 && FramedWith(paragraph, block_ - 1);
   place.framed_below = FramedWith(paragraph, block_ + 1);
   if (place.framed_below) {
@@ -94,24 +66,6 @@ std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
   }
   if (!header_open_ && !header_->empty()) rows.header = header_;
   return rows;
-}
-
-// Consecutive list paragraphs continue the numbering; a paragraph outside the list, or at a smaller
-// indent, ends the lists nested in it.
-int BlockLayout::NumberOf(const richtext::ParagraphFormat& format) {
-  if (format.bullet.kind == richtext::Bullet::Kind::kNone) {
-    lists_.clear();
-    return 1;
-  }
-  lists_.erase(lists_.upper_bound(format.left_indent), lists_.end());
-  const auto [list, is_new] = lists_.try_emplace(format.left_indent);
-  NumberedList& numbered = list->second;
-  if (is_new || numbered.bullet != format.bullet) {
-    numbered = {format.bullet, format.bullet.start};
-  } else {
-    ++numbered.number;
-  }
-  return numbered.number;
 }
 
 bool BlockLayout::FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const {

@@ -1,18 +1,15 @@
 // Lays out the blocks of a document or of a table's cell one after another, on demand.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <vector>
 
 #include "platform/printing/layout/paragraph_layout.h"
 #include "platform/printing/layout/strip.h"
 #include "platform/richtext/document.h"
+#include "platform/richtext/list_counter.h"
 
 namespace tenora::printing {
-
-// Whether any of the blocks draws anything.
-bool Shows(const std::vector<richtext::Block>& blocks);
 
 class BlockLayout {
  public:
@@ -27,14 +24,8 @@ class BlockLayout {
   std::optional<BlockStrips> Next();
 
  private:
-  struct NumberedList {
-    richtext::Bullet bullet;
-    int number = 0;
-  };
-
   BlockStrips NextParagraph(const richtext::Paragraph& paragraph);
   std::optional<BlockStrips> NextRows(const richtext::Table& table);
-  int NumberOf(const richtext::ParagraphFormat& format);
   bool FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const;
 
   LayoutContext& context_;
@@ -44,8 +35,8 @@ class BlockLayout {
   int depth_;
   std::size_t block_ = 0, row_ = 0, visible_blocks_ = 0;
   std::shared_ptr<Strips> header_;
-  bool header_open_ = false;           // the table's rows so far are all header rows
-  std::map<int, NumberedList> lists_;  // by left indent
+  bool header_open_ = false;  // the table's rows so far are all header rows
+  richtext::ListCounter lists_;
 };
 
 }  // namespace tenora::printing

@@ -5,13 +5,13 @@
 #include <QPainter>
 #include <array>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 #include "platform/printing/layout/layout_context.h"
-#include "platform/printing/layout/page_number_fields.h"
 #include "platform/printing/layout/strip.h"
 #include "platform/richtext/document.h"
+#include "platform/richtext/page_heads.h"
+#include "platform/richtext/page_number_fields.h"
 
 namespace tenora::printing {
 
@@ -38,25 +38,23 @@ class HeadersAndFooters {
   struct Head {
     bool footer = false;
     const std::vector<richtext::Block>* blocks = nullptr;
-    PageFields fields;
+    richtext::PageFields fields;
     std::vector<richtext::Block> filled;  // the blocks with page numbers filled in, if any
     Strips strips;
     double height = 0;
   };
-  enum Which { kCommon, kFirst, kEven, kWhichCount };
-  using Heads = std::array<std::optional<Head>, kWhichCount>;
+  using Heads = std::array<std::optional<Head>, richtext::kPageSides>;
 
-  void Load(std::string_view side, Which which);
-  void LayOut(Head* head, const PageNumbers& numbers);
-  int NumberOf(int page) const { return first_number_ + page - 1; }
-  Which WhichOf(int page) const;
-  Body BodyWith(Which which) const;
+  Heads LayOutAll(bool footers);
+  void LayOut(Head* head, const richtext::PageNumbers& numbers);
+  int NumberOf(int page) const { return which_.first_number + page - 1; }
+  richtext::PageSide SideOf(int page) const { return which_.SideOf(page); }
+  Body BodyWith(richtext::PageSide side) const;
   void Draw(QPainter& painter, const Head& head) const;
 
   LayoutContext context_;
   PageArea area_;
-  bool first_differs_, even_differs_;
-  int first_number_;
+  richtext::PageHeads which_;
   double header_top_, footer_bottom_;  // to the paper's edges
   Heads headers_, footers_;
 };

@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "platform/printing/document_length.h"
-#include "platform/printing/list_mark.h"
 #include "platform/printing/symbol_fonts.h"
+#include "platform/richtext/list_mark.h"
 
 namespace tenora::printing {
 namespace {
@@ -92,7 +92,7 @@ void ItemCollector::CollectListMark() {
   if (format_.bullet.kind == richtext::Bullet::Kind::kNone) return;
   const CharFormat& format =
       paragraph_.runs.empty() ? paragraph_.mark : paragraph_.runs.front().format;
-  const std::string mark = ListMark(format_.bullet, place_.number);
+  const std::string mark = richtext::ListMark(format_.bullet, place_.number);
   Append(format, UnicodeBullet(QString::fromStdString(mark)), position_, true);
   CloseText();
   const double start = place_.left + format_.first_indent;

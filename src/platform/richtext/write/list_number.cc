@@ -7,6 +7,8 @@
 namespace tenora::richtext {
 namespace {
 
+constexpr std::size_t kLongestRoman = 40;
+
 std::string Roman(int number) {
   struct Digit {
     int value;
@@ -27,7 +29,8 @@ std::string Roman(int number) {
                                                   {1, "i"}}};
   std::string text;
   for (const Digit& digit : kDigits) {
-    for (; number >= digit.value; number -= digit.value) text += digit.text;
+    for (; number >= digit.value && text.size() < kLongestRoman; number -= digit.value)
+      text += digit.text;
   }
   return text;
 }

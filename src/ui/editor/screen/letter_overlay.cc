@@ -6,8 +6,8 @@
 #include <QTextTable>
 #include <algorithm>
 
-#include "platform/printing/list_mark.h"
 #include "platform/printing/symbol_fonts.h"
+#include "platform/richtext/list_mark.h"
 
 namespace tenora {
 namespace {
@@ -75,7 +75,7 @@ class Overlay {
     painter_.setPen(coloured ? shown.foreground().color() : QColor(Qt::black));
     const bool counts = format.bullet.kind != Bullet::Kind::kBullet;
     const std::string mark =
-        printing::ListMark(format.bullet, counts ? NumberOf(block, format.bullet) : 1);
+        richtext::ListMark(format.bullet, counts ? NumberOf(block, format.bullet) : 1);
     const QTextLine line = text->lineAt(0);
     const double x = area.left() + (format.left_indent + format.first_indent) * scale_;
     painter_.drawText(QPointF(x, text->position().y() + line.y() + line.ascent()),

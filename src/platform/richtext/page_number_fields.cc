@@ -1,17 +1,17 @@
-#include "platform/printing/layout/page_number_fields.h"
+#include "platform/richtext/page_number_fields.h"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "platform/printing/list_mark.h"
+#include "platform/richtext/list_mark.h"
 #include "platform/runtime/text.h"
 
-namespace tenora::printing {
+namespace tenora::richtext {
 namespace {
 
-using Style = richtext::Bullet::Kind;
+using Style = Bullet::Kind;
 
 struct PageField {
   enum class Kind { kNone, kNumber, kCount };
@@ -54,9 +54,9 @@ PageField FieldOf(std::string_view instruction) {
   return field;
 }
 
-PageField FieldOf(const richtext::Run& run) {
+PageField FieldOf(const Run& run) {
   constexpr std::string_view kInstruction = "\\fldinst";
-  if (const auto* object = std::get_if<std::shared_ptr<const richtext::Verbatim>>(&run.object)) {
+  if (const auto* object = std::get_if<std::shared_ptr<const Verbatim>>(&run.object)) {
     const std::string_view source = (*object)->source;
     if (source == "{\\chpgn}") return {PageField::Kind::kNumber, Style::kDecimal};
     if (!source.starts_with("{\\field")) return {};
@@ -71,29 +71,29 @@ PageField FieldOf(const richtext::Run& run) {
 
 // Calls `use` with every paragraph, those in tables included.
 template <typename Use>
-void ForEachParagraphIn(const std::vector<richtext::Block>& blocks, const Use& use) {
-  for (const richtext::Block& block : blocks) {
-    if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
+void ForEachParagraphIn(const std::vector<Block>& blocks, const Use& use) {
+  for (const Block& block : blocks) {
+    if (const auto* paragraph = std::get_if<Paragraph>(&block)) {
       use(*paragraph);
       continue;
     }
-    for (const richtext::Row& row : std::get<std::shared_ptr<richtext::Table>>(block)->rows) {
-      for (const richtext::Cell& cell : row.cells) ForEachParagraphIn(cell.blocks, use);
+    for (const Row& row : std::get<std::shared_ptr<Table>>(block)->rows) {
+      for (const Cell& cell : row.cells) ForEachParagraphIn(cell.blocks, use);
     }
   }
 }
 
-void Fill(richtext::Paragraph* paragraph, const PageNumbers& numbers) {
-  std::vector<richtext::Run> runs;
-  std::shared_ptr<const richtext::Field> filled;  // its result may be of several runs
-  for (richtext::Run& run : paragraph->runs) {
+void Fill(Paragraph* paragraph, const PageNumbers& numbers) {
+  std::vector<Run> runs;
+  std::shared_ptr<const Field> filled;  // its result may be of several runs
+  for (Run& run : paragraph->runs) {
     if (run.field && run.field == filled) continue;
     const PageField field = FieldOf(run);
     filled = nullptr;
     if (field.kind != PageField::Kind::kNone) {
       filled = std::exchange(run.field, nullptr);
       run.object = std::monostate();
-      richtext::Bullet number;
+      Bullet number;
       number.kind = field.style;
       run.text =
           ListMark(number, field.kind == PageField::Kind::kNumber ? numbers.page : numbers.pages);
@@ -105,10 +105,10 @@ void Fill(richtext::Paragraph* paragraph, const PageNumbers& numbers) {
 
 }  // namespace
 
-PageFields PageFieldsIn(const std::vector<richtext::Block>& blocks) {
+PageFields PageFieldsIn(const std::vector<Block>& blocks) {
   PageFields fields;
-  ForEachParagraphIn(blocks, [&](const richtext::Paragraph& paragraph) {
-    for (const richtext::Run& run : paragraph.runs) {
+  ForEachParagraphIn(blocks, [&](const Paragraph& paragraph) {
+    for (const Run& run : paragraph.runs) {
       const PageField::Kind kind = FieldOf(run).kind;
       fields.number = fields.number || kind == PageField::Kind::kNumber;
       fields.count = fields.count || kind == PageField::Kind::kCount;
@@ -117,21 +117,19 @@ PageFields PageFieldsIn(const std::vector<richtext::Block>& blocks) {
   return fields;
 }
 
-std::vector<richtext::Block> WithPageNumbers(std::vector<richtext::Block> blocks,
-                                             const PageNumbers& numbers) {
-  for (richtext::Block& block : blocks) {
-    if (auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
+std::vector<Block> WithPageNumbers(std::vector<Block> blocks, const PageNumbers& numbers) {
+  for (Block& block : blocks) {
+    if (auto* paragraph = std::get_if<Paragraph>(&block)) {
       Fill(paragraph, numbers);
       continue;
     }
-    auto& table = std::get<std::shared_ptr<richtext::Table>>(block);
-    table = std::make_shared<richtext::Table>(*table);  // the document is not changed
-    for (richtext::Row& row : table->rows) {
-      for (richtext::Cell& cell : row.cells)
-        cell.blocks = WithPageNumbers(std::move(cell.blocks), numbers);
+    auto& table = std::get<std::shared_ptr<Table>>(block);
+    table = std::make_shared<Table>(*table);  // the document is not changed
+    for (Row& row : table->rows) {
+      for (Cell& cell : row.cells) cell.blocks = WithPageNumbers(std::move(cell.blocks), numbers);
     }
   }
   return blocks;
 }
 
-}  // namespace tenora::printing
+}  // namespace tenora::richtext

@@ -5,7 +5,7 @@
 
 #include "platform/richtext/document.h"
 
-namespace tenora::printing {
+namespace tenora::richtext {
 
 struct PageNumbers {
   int page = 1;   // as shown
@@ -18,11 +18,10 @@ struct PageFields {
   bool number = false, count = false;
 };
 
-PageFields PageFieldsIn(const std::vector<richtext::Block>& blocks);
+PageFields PageFieldsIn(const std::vector<Block>& blocks);
 
 // The blocks with the numbers in place of their fields (PAGE, NUMPAGES, SECTIONPAGES) and
 // characters (\chpgn).
-std::vector<richtext::Block> WithPageNumbers(std::vector<richtext::Block> blocks,
-                                             const PageNumbers& numbers);
+std::vector<Block> WithPageNumbers(std::vector<Block> blocks, const PageNumbers& numbers);
 
-}  // namespace tenora::printing
+}  // namespace tenora::richtext

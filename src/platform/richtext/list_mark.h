@@ -5,9 +5,9 @@
 
 #include "platform/richtext/document.h"
 
-namespace tenora::printing {
+namespace tenora::richtext {
 
 // "3." or "(c)" as the list's format has it; the bullet character itself for bullets.
-std::string ListMark(const richtext::Bullet& bullet, int number);
+std::string ListMark(const Bullet& bullet, int number);
 
-}  // namespace tenora::printing
+}  // namespace tenora::richtext
