@@ -7,6 +7,7 @@
 
 #include "letters/generation.h"
 #include "letters/template_library.h"
+#include "letters/unfinished_runs.h"
 #include "merge/merge_codes.h"
 #include "merge/prompts.h"
 #include "platform/dialogs/guard.h"
@@ -16,6 +17,7 @@
 #include "startup/generate_dialogs.h"
 #include "startup/generate_progress.h"
 #include "startup/recipient_choice.h"
+#include "startup/run_report.h"
 #include "startup/stop_signals.h"
 
 namespace tenora {
@@ -27,6 +29,7 @@ constexpr const char* kFooter =
     R"(The files made are printed on standard output, progress and problems on standard error.
 A letter that fails does not stop the others; the run log beside the letters says what became of
 each. A letter in which something is wrong is saved and held back; --resume looks at it again.
+At a question, "/all TEXT" answers for all letters from there on, "/stop" ends the run.
 Ctrl-C stops after the current letter (a print job ends with the letters in it).
 Exit status: 0 when every letter was made and none is held back, 1 when not, 2 for a usage error.)";
 
@@ -37,9 +40,9 @@ struct Call {
   std::vector<std::string> recipients;
   bool all = false, list = false;
   RecipientFilter filter;
-  std::string subject, printer, resume;
+  std::string subject, printer, resume, forget;
   std::vector<std::string> answers;
-  bool pdf = false, send_held = false;
+  bool pdf = false, send_held = false, unfinished = false;
 
   const std::string_view Kind() const { return owners ? kOwnerTemplates : kTemplates; }
   Destination To() const {
@@ -77,6 +80,10 @@ void Declare(CLI::App& app, Call& call) {
   app.add_option("--printer", call.printer, "The printer; without it, the default one");
   app.add_flag("--list", call.list, "Print the recipients and make nothing");
   app.add_option("--resume", call.resume, "Make what the run of this log left undone");
+  app.add_flag("--unfinished", call.unfinished,
+               "Print the runs that have not done all they were asked, and make nothing");
+  app.add_option("--forget", call.forget,
+                 "Strike the run of this log from that list; no file is removed");
   app.add_flag("--send-held", call.send_held,
                "With --resume: hand over the letters held back, as they are");
 }
@@ -85,6 +92,11 @@ void Declare(CLI::App& app, Call& call) {
 std::string Complaint(const Call& call) {
   const bool to_email = call.To() == Destination::kEmail;
   const bool choosing = call.all || !call.recipients.empty();
+  if (call.unfinished || !call.forget.empty()) {
+    const bool more = choosing || call.list || !call.template_name.empty() ||
+                      !call.resume.empty() || (call.unfinished && !call.forget.empty());
+    return more ? "--unfinished and --forget are given alone" : "";
+  }
   if (call.filter.by_property && !call.owners) return "--by-property goes with --owners";
   if (!call.resume.empty()) {
     const bool more = choosing || call.list || !call.template_name.empty() ||
@@ -153,8 +165,10 @@ class GenerateCommand {
 
   int Run() {
     if (call_.list) return List();
+    if (call_.unfinished) return ListUnfinished();
+    if (!call_.forget.empty()) return Forget();
     const bool resuming = !call_.resume.empty();
-    const std::filesystem::path resumed = resuming ? LogToResume() : "";
+    const std::filesystem::path resumed = resuming ? NamedLog(call_.resume) : "";
     const GenerationRequest request = resuming ? Generation::RequestOf(resumed) : AskedRequest();
     const Destination destination = request.destination;
     if (destination == Destination::kPrinter) TakePrinter(request.printer);
@@ -184,6 +198,25 @@ class GenerateCommand {
     return kDone;
   }
 
+  int ListUnfinished() {
+    const std::vector<UnfinishedRun> runs = FindUnfinishedRuns(session_.database.DataFolder());
+    for (const UnfinishedRun& run : runs) WriteUnfinished(parts_.output, run);
+    parts_.errors << (runs.empty()
+                          ? "There are no unfinished runs.\n"
+                          : "To go on with one: tenora generate --resume LOG; to strike it "
+                            "from this list: tenora generate --forget LOG\n")
+                  << std::flush;
+    return kDone;
+  }
+
+  int Forget() {
+    const std::filesystem::path log = NamedLog(call_.forget);
+    ForgetRun(log, session_.platform.clock);
+    parts_.errors << "Forgotten: " << TerminalLine(log.string())
+                  << "\nNo file was removed; --resume still goes on with the run." << std::endl;
+    return kDone;
+  }
+
   std::vector<RecipientRow> Rows(const Caches& caches) const {
     return ListRecipients(caches, call_.Kind(), call_.filter);
   }
@@ -203,8 +236,7 @@ class GenerateCommand {
   }
 
   // A log may also be named relative to the data folder.
-  std::filesystem::path LogToResume() {
-    const std::filesystem::path named = call_.resume;
+  std::filesystem::path NamedLog(const std::filesystem::path& named) {
     const std::filesystem::path inside = session_.database.DataFolder() / named;
     std::error_code error;
     const bool here = std::filesystem::exists(named, error);

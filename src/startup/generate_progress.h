@@ -37,8 +37,6 @@ class GenerateProgress : public GenerationObserver {
 
   void ShowCount();
   void Warn(const LetterReport& report);
-  void ShowHeld(const GenerationSummary& summary);
-  void ShowWithoutAddress(const GenerationSummary& summary);
 
   const GenerateParts& parts_;
   std::ostream& output_;

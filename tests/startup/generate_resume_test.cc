@@ -153,6 +153,74 @@ TEST_F(GenerateResume, NamesWhoHasVanishedSinceAndMailsTheOthers) {
   EXPECT_EQ(server_.Messages().size(), 2U);
 }
 
+TEST_F(GenerateResume, UnfinishedRunsAreListedUntilTheyAreDoneOrForgotten) {
+  const auto list = [&] { return Run({"generate", "--unfinished"}).output; };
+  WriteTemplate("Note", "<<Tenant Code>> <<?Which day?>>");
+  EXPECT_EQ(Mail("T00003", {}, "Monday\n").status, 0);
+  WriteFile(Home() / "Letters to the council.log", "not ours");
+  EXPECT_EQ(list(), "");
+  fs::remove(Log());
+  EXPECT_EQ(Mail("T00001 T00002 T00012", {}, "Mon } day\nTuesday\nFriday\n").status, 1);
+  const std::string log = ReadWholeFile(Log());
+  const std::string found = list();
+  EXPECT_THAT(found, testing::StartsWith(
+                         Log().string() +
+                         "\n  2026-11-21 09:30:00  \"Note\" to tenants by e-mail, subject \"Your "
+                         "rent\"\n  1 of 3 letters mailed, 1 held back, 1 without an address\n"
+                         "  Held back: Noor Whaanga (T00001): Which day: the value "));
+  EXPECT_THAT(found, testing::EndsWith(" (T00012): no e-mail address\n"));
+  WriteWholeFile(Log(), ReplaceAll(log, "mailed\t2", "sending\t2"));
+  EXPECT_THAT(list(), HasSubstr("0 of 3 letters mailed, 1 held back, 1 in doubt, 1 without"));
+  EXPECT_THAT(list(), HasSubstr("  In doubt: Élodie Evans-Pike (T00002)"));
+  WriteWholeFile(Log(), log);
+
+  const std::string name = Log().filename();
+  EXPECT_EQ(Run({"generate", "--forget", name}).status, 0);
+  EXPECT_EQ(list(), "");
+  EXPECT_THAT(ReadWholeFile(Log()), testing::StartsWith(log));
+  // Resumed all the same, it is found again.
+  EXPECT_EQ(Resume("Mon } day\n").status, 1);
+  EXPECT_THAT(list(), HasSubstr("1 of 3 letters mailed"));
+  // One that cannot be resumed is told with its problem, and can be forgotten too.
+  for (const std::string& text : {std::string(), log.substr(0, 9), log + "rubbish\n"}) {
+    WriteWholeFile(Log(), text);
+    EXPECT_THAT(list(), HasSubstr(text.size() > 9 ? "is damaged" : "nothing of that run was done"));
+    EXPECT_EQ(Run({"generate", "--forget", name}).status, 0);
+    EXPECT_EQ(list(), "");
+  }
+  EXPECT_EQ(Run({"generate", "--forget", "Letters to the council.log"}).status, 1);
+  EXPECT_EQ(Run({"generate", "--unfinished", "--all"}).status, 2);
+}
+
+TEST_F(GenerateResume, AnAnswerForAllHoldsOnResumingButNotWhereItHoldsALetterBack) {
+  WriteTemplate("Note", "<<Tenant Code>> <<?Which day?>>");
+  const auto stopped = Mail("T00001 T00002 T00003 T00005", {}, "/all Mon } day\n/stop\n");
+  EXPECT_THAT(stopped.errors, HasSubstr("(1 of 4 letters; \"/all TEXT\" answers for all"));
+  EXPECT_THAT(stopped.errors, HasSubstr("Stopped. 0 of 4 letters mailed, 1 held back, 3 not"));
+  const auto resumed = Resume("Friday\n/all Monday\n");
+  EXPECT_THAT(resumed.errors, HasSubstr("4 of 4 letters mailed"));
+  for (const auto& [number, text] : {std::pair(1, "T00001 Friday"),
+                                     {2, "T00002 Monday"},
+                                     {3, "T00003 Monday"},
+                                     {4, "T00005 Monday"}}) {
+    EXPECT_THAT(test::ParseMessage(server_.MessageFile(number)), HasSubstr(text));
+  }
+  TakeLetters();
+  // Kept from one attempt to the next: a killed run does not ask again.
+  int kept = 0;
+  for (int step = 1;; ++step) {
+    SCOPED_TRACE("killed at step " + std::to_string(step));
+    const auto killed = Mail("T00001 T00002", KillAt(step), "/all Sunday\n");
+    if (killed.status == 0) break;
+    if (ReadWholeFile(Log()).find("answer\tWhich day\tSunday") != std::string::npos) {
+      ++kept;
+      EXPECT_THAT(Resume().errors, testing::Not(HasSubstr("Which day")));
+    }
+    TakeLetters();
+  }
+  EXPECT_GE(kept, 5);
+}
+
 TEST_F(GenerateResume, HoldsInDoubtWhatTheServerTookWithoutAWord) {
   test::SmtpServer silent("hangup-BODY");
   ToServer(silent);
