@@ -211,6 +211,10 @@ class KillingStorage final : public access::Storage {
     Step();
     disk_.Remove(path);
   }
+  bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+    Step();
+    return disk_.Rename(from, to);
+  }
   void SyncFolder(const std::filesystem::path& folder) override {
     Step();
     disk_.SyncFolder(folder);

@@ -88,15 +88,11 @@ TEST_F(SharingTheFile, StaleAndHalfWrittenJournalsChangeNothing) {
   const auto text = [](const std::vector<std::byte>& bytes, std::size_t size) {
     return std::string(reinterpret_cast<const char*>(bytes.data()), size);
   };
-  std::string flipped = text(replaced, replaced.size());
-  flipped[5000] ^= 1;
   const std::string cases[] = {"",
                                "x",
                                std::string(70, '\0'),
                                text(replaced, 64),
                                text(replaced, replaced.size() - 1),
-                               text(replaced, replaced.size()) + "x",
-                               flipped,
                                text(replaced, replaced.size()),
                                text(foreign, foreign.size())};
   for (const std::string& content : cases) {
@@ -105,6 +101,72 @@ TEST_F(SharingTheFile, StaleAndHalfWrittenJournalsChangeNothing) {
     EXPECT_EQ(ErrorOfBegin(), "");
     EXPECT_EQ(ReadWholeFile(path_), before);
     EXPECT_FALSE(std::filesystem::exists(JournalPath(path_)));
+  }
+}
+
+// A journal that no crash leaves like this has been damaged since. What is legible of it decides.
+TEST_F(SharingTheFile, ADamagedJournalIsKeptAndNamed) {
+  const std::string before = ReadWholeFile(path_);
+  std::string after = before;
+  for (const std::size_t page : {30, 31}) after.replace(page * 4096 + 100, 8, "changed!");
+  const auto page = [](const std::string& content, std::size_t number) {
+    const auto* start = reinterpret_cast<const std::byte*>(content.data()) + number * 4096;
+    return std::vector<std::byte>(start, start + 4096);
+  };
+  access::Journal journal;
+  journal.page_size = 4096;
+  journal.old_length = journal.new_length = before.size();
+  journal.identity =
+      access::DatabaseIdentity({reinterpret_cast<const std::byte*>(before.data()), 0x300});
+  for (const std::uint32_t number : {30, 31})
+    journal.pages.push_back({number, page(before, number), page(after, number)});
+  const auto bytes = access::EncodeJournal(journal);
+  const std::string whole(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  constexpr std::size_t kFirst = 64, kSecond = kFirst + 8200;
+  const auto flip = [&](std::size_t at) {
+    std::string damaged = whole;
+    damaged[at] ^= 0x55;
+    return damaged;
+  };
+  std::string zeroed = whole;
+  zeroed.replace(kSecond, 4096, 4096, '\0');
+  const std::string half = before.substr(0, 31 * 4096) + after.substr(31 * 4096);
+  enum Result { kDiscarded, kAside, kRefused };
+  const struct {
+    const char* name;
+    std::string journal, database;
+    Result result;
+  } cases[] = {
+      {"header, nothing written", flip(20), before, kAside},
+      {"header, one page written", flip(20), half, kRefused},
+      {"signature, one page written", flip(0), half, kRefused},
+      {"new content, nothing written", flip(kFirst + 8 + 4096 + 50), before, kAside},
+      {"old content, nothing written", flip(kFirst + 8 + 50), before, kRefused},
+      {"old content, both written", flip(kFirst + 8 + 50), after, kRefused},
+      {"page number", flip(kFirst + 2), before, kRefused},
+      {"longer", whole + "x", half, kRefused},
+      {"pages appended", flip(kFirst + 8 + 4096 + 50), before + std::string(4096, 'a'), kRefused},
+      {"somebody else's file", "Notes of the office\n" + std::string(9000, 'n'), before, kAside},
+      {"lost in a power failure", zeroed, before, kDiscarded},
+      {"cut short", whole.substr(0, whole.size() - 9), before, kDiscarded},
+      {"cut short, one page written", whole.substr(0, kSecond), after, kRefused},
+  };
+  for (const auto& c : cases) {
+    const std::string kept = JournalPath(path_).string() + ".damaged";
+    WriteWholeFile(kept, "of an earlier time");
+    WriteWholeFile(path_, c.database);
+    WriteWholeFile(JournalPath(path_), c.journal);
+    const std::string error = ErrorOfBegin();
+    EXPECT_EQ(error.starts_with("3049 - The journal "), c.result != kDiscarded) << c.name << error;
+    EXPECT_EQ(error.find(kept + "(1)'") != std::string::npos, c.result == kAside) << c.name;
+    EXPECT_EQ(ErrorOfBegin() == "", c.result != kRefused) << c.name;
+    EXPECT_EQ(std::filesystem::exists(JournalPath(path_)), c.result == kRefused) << c.name;
+    if (c.result == kAside) {
+      EXPECT_EQ(ReadWholeFile(kept + "(1)"), c.journal) << c.name;
+    }
+    EXPECT_EQ(ReadWholeFile(kept), "of an earlier time");
+    EXPECT_EQ(ReadWholeFile(path_), c.database) << c.name;
+    std::filesystem::remove(kept + "(1)");
   }
 }
 

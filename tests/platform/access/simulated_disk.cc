@@ -178,6 +178,15 @@ void SimulatedDisk::Remove(const std::filesystem::path& path) {
   }
 }
 
+bool SimulatedDisk::Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (now_.contains(to)) return false;
+  if (Step([] {})) {
+    now_[to] = now_.at(from);
+    now_.erase(from);
+  }
+  return true;
+}
+
 void SimulatedDisk::SyncFolder(const std::filesystem::path&) {
   if (Step([] {})) synced_ = now_;
 }

@@ -39,6 +39,7 @@ class SimulatedDisk final : public access::Storage {
   std::unique_ptr<access::StorageFile> Create(const std::filesystem::path& path,
                                               const std::filesystem::path& like) override;
   void Remove(const std::filesystem::path& path) override;
+  bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
   void SyncFolder(const std::filesystem::path& folder) override;
 
  private:

@@ -118,8 +118,41 @@ void ExclusiveAccess::LockJournal(std::chrono::milliseconds wait) {
 
 void ExclusiveAccess::Recover() {
   if (!journal_in_use_) return;
-  if (!RollBackInterruptedChange(*journal_, *database_)) throw CannotRollBack();
-  DropJournal();
+  switch (RollBackInterruptedChange(*journal_, *database_)) {
+    case Recovery::kDone:
+      return DropJournal();
+    case Recovery::kOverwritten:
+      throw CannotRollBack();
+    case Recovery::kDamaged:
+      throw SetAside();
+    case Recovery::kHalfWritten:
+      throw RuntimeError(
+          engine_error::kCorruptFile,
+          "The journal '" + journal_path_.string() + "' of an interrupted change to '" +
+              path_.string() +
+              "' is damaged, and pages of the change may be half written, so that the database is "
+              "not read. Restore a backup, or compact and repair the database; then move the "
+              "journal to another folder.",
+          kSource);
+  }
+}
+
+// Keeps the journal under another name, so that the database can be opened from now on.
+RuntimeError ExclusiveAccess::SetAside() {
+  const std::string wanted = journal_path_.string() + ".damaged";
+  std::string kept = wanted;
+  for (int taken = 1; !storage_.Rename(journal_path_, kept); ++taken) {
+    kept = wanted + "(" + std::to_string(taken) + ")";
+  }
+  return RuntimeError(
+      engine_error::kCorruptFile,
+      "The journal of an interrupted change to '" + path_.string() +
+          "' is damaged. Nothing of such a change was found in the database. The journal has been "
+          "kept as '" +
+          kept +
+          "'. Try again; if a number or name looks wrong, or \"tenora check\" finds faults, "
+          "restore a backup.",
+      kSource);
 }
 
 RuntimeError ExclusiveAccess::CannotRollBack() const {

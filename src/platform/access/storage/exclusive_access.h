@@ -27,7 +27,7 @@ class ExclusiveAccess {
   // Takes both locks, waiting up to `wait` for each, and rolls back an interrupted change. Raises
   // 3024 (no such file), 3027 (file or folder is read-only), 3218 (locked by another program), 3050
   // (the file system does not support locks), 3043 (I/O error), 3049 (an interrupted change that
-  // cannot be rolled back).
+  // cannot be rolled back, or whose journal is damaged).
   ExclusiveAccess(Storage& storage, const std::filesystem::path& path,
                   std::chrono::milliseconds wait);
   ~ExclusiveAccess();
@@ -48,6 +48,7 @@ class ExclusiveAccess {
   void LockJournal(std::chrono::milliseconds wait);
   void Recover();
   RuntimeError CannotRollBack() const;
+  RuntimeError SetAside();
   void RequireUnchanged(const Journal& journal);
   void SaveJournal(const Journal& journal);
   CommitStates WritePages(const Journal& journal, const std::vector<AppendedPage>& appended);

@@ -179,6 +179,17 @@ void DiskStorage::Remove(const std::filesystem::path& path) {
   if (::unlink(path.c_str()) != 0 && errno != ENOENT) throw StorageError(errno, path, "remove");
 }
 
+bool DiskStorage::Rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno == EEXIST) return false;
+  // Some network file systems cannot do both in one step.
+  struct stat taken {};
+  if (errno != EINVAL && errno != ENOSYS) throw StorageError(errno, from, "rename");
+  if (::lstat(to.c_str(), &taken) == 0) return false;
+  if (::rename(from.c_str(), to.c_str()) != 0) throw StorageError(errno, from, "rename");
+  return true;
+}
+
 void DiskStorage::SyncFolder(const std::filesystem::path& folder) {
   const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) throw StorageError(errno, folder, "open");

@@ -65,6 +65,8 @@ class Storage {
   virtual std::unique_ptr<StorageFile> Create(const std::filesystem::path& path,
                                               const std::filesystem::path& like) = 0;
   virtual void Remove(const std::filesystem::path& path) = 0;
+  // False, and nothing changed, where the new name is taken.
+  virtual bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
   // Once it has returned, the folder's entries survive a power cut.
   virtual void SyncFolder(const std::filesystem::path& folder) = 0;
 };
@@ -76,6 +78,7 @@ class DiskStorage final : public Storage {
   std::unique_ptr<StorageFile> Create(const std::filesystem::path& path,
                                       const std::filesystem::path& like) override;
   void Remove(const std::filesystem::path& path) override;
+  bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
   void SyncFolder(const std::filesystem::path& folder) override;
 };
 

@@ -66,6 +66,15 @@ std::vector<std::byte> EncodeJournal(const Journal& journal) {
   return bytes;
 }
 
+JournalPage PageOfRecord(Bytes record) {
+  const std::size_t page_size = (record.size() - kPageHead) / 2;
+  const Bytes before = record.subspan(kPageHead, page_size);
+  const Bytes after = record.subspan(kPageHead + page_size, page_size);
+  return {.number = Load32(record.data()),
+          .before = {before.begin(), before.end()},
+          .after = {after.begin(), after.end()}};
+}
+
 bool DecodeJournal(Bytes bytes, Journal& journal) {
   // Anything too short for a header has length 0 here.
   if (JournalLength(bytes) != bytes.size() || bytes.empty()) return false;
@@ -82,13 +91,8 @@ bool DecodeJournal(Bytes bytes, Journal& journal) {
   const std::size_t record = kPageHead + 2 * std::size_t{journal.page_size};
   if (Load<std::uint64_t>(&bytes[48]) != Checksum(rest)) return false;
   for (; !rest.empty(); rest = rest.subspan(record)) {
-    JournalPage& page = journal.pages.emplace_back();
-    page.number = Load32(rest.data());
+    const JournalPage& page = journal.pages.emplace_back(PageOfRecord(rest.first(record)));
     if (page.number >= journal.old_length / journal.page_size) return false;
-    const Bytes before = rest.subspan(kPageHead, journal.page_size);
-    const Bytes after = rest.subspan(kPageHead + journal.page_size, journal.page_size);
-    page.before.assign(before.begin(), before.end());
-    page.after.assign(after.begin(), after.end());
   }
   return true;
 }

@@ -48,6 +48,9 @@ std::uint64_t JournalLength(Bytes header);
 
 std::vector<std::byte> EncodeJournal(const Journal& journal);
 
+// A page as the journal has it: the bytes from its number to the end of its new content.
+JournalPage PageOfRecord(Bytes record);
+
 // False for anything but a complete journal.
 bool DecodeJournal(Bytes bytes, Journal& journal);
 

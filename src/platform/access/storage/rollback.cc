@@ -1,5 +1,6 @@
 #include "platform/access/storage/rollback.h"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -55,6 +56,64 @@ Finding Compare(const Journal& journal, StorageFile& database) {
   return written ? Finding::kMixed : Finding::kReplaced;
 }
 
+// How a page of the database compares with a page of a journal that is not complete. Bytes that a
+// power failure kept from the journal's file are 0 in it.
+enum class PageFinding { kBefore, kLost, kWritten, kOther };
+
+PageFinding ComparePage(const JournalPage& page, Bytes found) {
+  if (std::ranges::equal(found, page.before)) return PageFinding::kBefore;
+  bool lost = true, written = false;
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (found[i] == page.before[i] || page.before[i] == std::byte{0}) continue;
+    lost = false;
+    written = written || found[i] == page.after[i];
+  }
+  if (lost && !std::ranges::equal(found, page.after)) return PageFinding::kLost;
+  return lost || (written && IsOldOrNew(page, found)) ? PageFinding::kWritten : PageFinding::kOther;
+}
+
+// Pages are written only after the journal is synced, so one that a crash kept from becoming
+// complete was never needed: its end or its start is missing, or parts of it are 0. Any other has
+// been damaged since. The database is then compared with every page in it that is legible.
+Recovery DamagedJournal(StorageFile& journal, StorageFile& database) {
+  constexpr std::size_t kPageSize = kJet4Layout.page_size;
+  std::array<std::byte, kJournalHeader> header{};
+  const std::size_t read = journal.Read(0, header);
+  const std::uint64_t stated = JournalLength(Bytes(header).first(read));
+  const std::uint64_t size = journal.Size(), pages = database.Size() / kPageSize;
+  const bool cut = read < header.size() || header[0] == std::byte{0} || size < stated;
+  if (stated != 0 && database.Size() > Load<std::uint64_t>(&header[24]))
+    return Recovery::kHalfWritten;
+
+  bool lost = cut, matched = stated != 0, other = false;
+  std::vector<std::byte> record(JournalLength(kPageSize, 1) - kJournalHeader), found(kPageSize);
+  std::uint64_t at = kJournalHeader;
+  for (std::uint64_t i = 0; i < pages && journal.Read(at, record) == record.size(); ++i) {
+    at += record.size();
+    const JournalPage page = PageOfRecord(record);
+    if (page.number >= pages) {
+      other = true;
+      continue;
+    }
+    database.Read(std::uint64_t{page.number} * kPageSize, found);
+    switch (ComparePage(page, found)) {
+      case PageFinding::kWritten:
+        return Recovery::kHalfWritten;
+      case PageFinding::kBefore:
+        matched = true;
+        break;
+      case PageFinding::kLost:
+        lost = true;
+        break;
+      case PageFinding::kOther:
+        other = true;
+        break;
+    }
+  }
+  if (cut || (lost && !other)) return Recovery::kDone;
+  return matched && other ? Recovery::kHalfWritten : Recovery::kDamaged;
+}
+
 }  // namespace
 
 void RollBack(const Journal& journal, StorageFile& database) {
@@ -65,26 +124,25 @@ void RollBack(const Journal& journal, StorageFile& database) {
   database.Sync();
 }
 
-bool RollBackInterruptedChange(StorageFile& journal, StorageFile& database) {
+Recovery RollBackInterruptedChange(StorageFile& journal, StorageFile& database) {
   const std::uint64_t length = CompleteLength(journal);
   // A change has no more pages than the database had before it, and the database is not shorter
   // than that until the change is rolled back.
   constexpr std::size_t kPageSize = kJet4Layout.page_size;
-  if (length > JournalLength(kPageSize, database.Size() / kPageSize)) return false;
+  if (length > JournalLength(kPageSize, database.Size() / kPageSize)) return Recovery::kOverwritten;
   Journal change;
-  // Pages are written only after the journal is synced, so an incomplete one was never needed.
-  if (!DecodeJournal(ReadStart(journal, length), change)) return true;
+  if (!DecodeJournal(ReadStart(journal, length), change)) return DamagedJournal(journal, database);
   switch (Compare(change, database)) {
     case Finding::kUntouched:
     case Finding::kReplaced:
-      return true;
+      return Recovery::kDone;
     case Finding::kInterrupted:
       RollBack(change, database);
-      return true;
+      return Recovery::kDone;
     case Finding::kMixed:
-      return false;
+      break;
   }
-  return false;
+  return Recovery::kOverwritten;
 }
 
 }  // namespace tenora::access

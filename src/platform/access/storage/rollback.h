@@ -10,10 +10,16 @@ namespace tenora::access {
 // Raises StorageError.
 void RollBack(const Journal& journal, StorageFile& database);
 
+enum class Recovery {
+  kDone,         // the journal is no longer needed
+  kOverwritten,  // another program has written over part of the change, or it is another database's
+  kDamaged,      // the journal is damaged, and nothing of a change is seen in the database
+  kHalfWritten,  // the journal is damaged, and pages of the database may be half written
+};
+
 // Rolls back the change recorded in a journal file where it was interrupted; a change that never
-// began, or a journal of another database, needs nothing. True: the journal is no longer needed.
-// False, with nothing written: it can be another database's by its size, or another program has
-// written over part of the change. Raises StorageError.
-bool RollBackInterruptedChange(StorageFile& journal, StorageFile& database);
+// began, or a journal of another database, needs nothing. Nothing is written unless the result is
+// kDone. Raises StorageError.
+Recovery RollBackInterruptedChange(StorageFile& journal, StorageFile& database);
 
 }  // namespace tenora::access
