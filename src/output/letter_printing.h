@@ -23,12 +23,17 @@ struct PageMargins {
 // (Overflow) for a stored text that is no 32-bit number.
 PageMargins StoredMargins(Settings& settings);
 
-// Prints the whole document inside the margins: opens a job under the title or, in an open job,
-// starts on a new page; the job stays open. Raises 482 (Printer error) when the margins leave no
+// The margins that a letter is printed with: each one that the printer set-up stores, and where it
+// stores none (0), the letter's own, which a word processor wrote.
+PageMargins MarginsOf(const richtext::PageSetup& page, const PageMargins& stored);
+
+// Prints the whole document inside the margins, `stored` being those of the printer set-up. The
+// letter's own that leave no room on the printer's paper do not count. Opens a job under the title
+// or, in an open job, starts on a new page; the job stays open. Raises 482 (Printer error) when the margins leave no
 // room or the printer refuses, and 32755 (Cancel was selected) when `stop_asked`, asked between the
 // pages, returns true; a job opened here is then cancelled.
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
-                   const std::string& title, const PageMargins& margins,
+                   const std::string& title, const PageMargins& stored,
                    const std::function<bool()>& stop_asked = {});
 
 class PrinterMod {

@@ -87,6 +87,30 @@ TEST_F(PrinterModTest, PutsTheTextInsideTheMargins) {
   EXPECT_NEAR(paper.Find("Edge").right, test::kPageWidth - 2835, kNear);
 }
 
+TEST_F(PrinterModTest, TakesALettersOwnMarginsWhereNoneAreStored) {
+  const std::string own = "\\paperw11906\\paperh16838\\margl1701\\margr2268\\margt1134\\margb1440";
+  struct Case {
+    std::array<const char*, 4> stored;
+    std::string head;
+    double left, top, right;
+  };
+  const Case cases[] = {
+      {{"0", "0", "0", "0"}, own, 1701, 1134, 2268},
+      {{"567", "0", "0", "850"}, own, 1701, 567, 850},
+      {{"0", "0", "-20", "0"}, "\\margl900\\margt-600", -20, 600, 0},
+      {{"0", "0", "0", "0"}, "", 0, 0, 0},
+      // Made for larger paper: none of its margins counts.
+      {{"0", "0", "1000", "0"}, "\\paperw30000\\margl1000\\margr15000\\margt1134", 1000, 0, 0},
+  };
+  for (const Case& c : cases) {
+    SetMargins(c.stored);
+    const Paper paper = PrintRtf(Rtf(c.head + "Corner\\par\\qr Edge\\par"));
+    EXPECT_NEAR(paper.Find("Corner").left, c.left, kNear) << c.head;
+    EXPECT_NEAR(paper.Find("Corner").top, c.top, kNear) << c.head;
+    EXPECT_NEAR(paper.Find("Edge").right, test::kPageWidth - c.right, kNear) << c.head;
+  }
+}
+
 TEST_F(PrinterModTest, GoesOnToAsManyPagesAsTheTextNeeds) {
   SetMargins({"1440", "1440", "1440", "1440"});
   const Paper paper = PrintRtf(Rtf(Paragraphs(120)));

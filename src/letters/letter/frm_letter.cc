@@ -32,6 +32,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t kLongestTitle = 120;  // characters
 // In bytes; leaves space for "(123456).rtf" after a generated letter's title.
 constexpr std::size_t kLongestGeneratedTitle = kLongestFileName - 16;
+constexpr int kNewLetterMargin = 1134;  // twips: 2 cm
 constexpr std::string_view kExtension = ".rtf";
 constexpr const char* kPictureTitle = "Picture File";
 constexpr const char* kPictureFilter = "All Image files|*.bmp;*.dib;*.wmf;*.emf;*.ico;*.cur;";
@@ -121,6 +122,7 @@ void frmLetter::BeforeSaveLetter() { host_.BeforeSave(); }
 
 void frmLetter::StartNew(std::string_view kind) {
   rtfLetter.SetText("");
+  rtfLetter.SetMargins(kNewLetterMargin, kNewLetterMargin, kNewLetterMargin, kNewLetterMargin);
   members_.Notes = {};
   members_.Kind = kind;
   members_.FilePath.clear();
@@ -441,7 +443,8 @@ void frmLetter::ChangeWidth(bool page_width) {
   int width = 0;
   Guarded(session_.platform.dialogs, "frmLetter - ChangeWidth", [&] {
     if (!page_width) return;
-    const PageMargins margins = StoredMargins(session_.settings);
+    const PageMargins margins =
+        MarginsOf(rtfLetter.Document().page, StoredMargins(session_.settings));
     constexpr long long kLeastWidth = 1440, kMostWidth = 100'000;
     const long long paper = host_.PaperWidth();
     width =

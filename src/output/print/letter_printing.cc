@@ -28,8 +28,12 @@ printing::Rect PrintRect(const printing::Paper& paper, const PageMargins& margin
 // The smallest printable width and height, in twips.
 constexpr int kLeastRoom = 144;
 
+bool HasRoom(const printing::Rect& rect) {
+  return rect.right - rect.left >= kLeastRoom && rect.bottom - rect.top >= kLeastRoom;
+}
+
 void RequireRoom(const printing::Rect& rect, const PageMargins& margins) {
-  if (rect.right - rect.left >= kLeastRoom && rect.bottom - rect.top >= kLeastRoom) return;
+  if (HasRoom(rect)) return;
   throw StandardError(error_number::kPrinterError, "the page margins leave no room to print (top " +
                                                        std::to_string(margins.top) + ", bottom " +
                                                        std::to_string(margins.bottom) + ", left " +
@@ -57,16 +61,26 @@ class LetterPrint {
 
 }  // namespace
 
+PageMargins MarginsOf(const richtext::PageSetup& page, const PageMargins& stored) {
+  const auto either = [](int set, int own) { return set != 0 ? set : own; };
+  return {.top = either(stored.top, page.top),
+          .bottom = either(stored.bottom, page.bottom),
+          .left = either(stored.left, page.left),
+          .right = either(stored.right, page.right)};
+}
+
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
-                   const std::string& title, const PageMargins& margins,
+                   const std::string& title, const PageMargins& stored,
                    const std::function<bool()>& stop_asked) {
   printing::FormatRange range;
   range.document = &document;
   const printing::Orientation orientation = printing::OrientationOf(document);
   const printing::Paper paper = printing::PaperOf(printer, orientation);
   range.page_rect = {0, 0, paper.width, paper.height};
-  range.print_rect = PrintRect(paper, margins);
-  RequireRoom(range.print_rect, margins);
+  range.print_rect = PrintRect(paper, MarginsOf(document.page, stored));
+  // A letter made for larger paper.
+  if (!HasRoom(range.print_rect)) range.print_rect = PrintRect(paper, stored);
+  RequireRoom(range.print_rect, stored);
 
   LetterPrint letter(printer);
   printer.StartDocument(title, orientation);

@@ -204,6 +204,9 @@ struct HeadGroup {
   std::vector<Block> blocks;  // what a header or footer shows
 };
 
+inline constexpr int kLargestPage =
+    31'680;  // twips: 22 inches, the largest page word processors know
+
 struct PageSetup {
   int width = 0, height = 0;  // \paperw, \paperh; 0 when the document names none
   int left = 0, top = 0, right = 0, bottom = 0;

@@ -87,6 +87,25 @@ TEST_F(OpenLettersTest, AsksBeforeASaveReplacesAFileAndShowsTheNewLetterInTheTre
   letters_.Active()->letter().members().Changed = false;
 }
 
+TEST_F(OpenLettersTest, ADraggedMarginIsTheLettersOwnUnlessThePrinterSetUpHasIt) {
+  const auto own_margins = [&] {
+    const richtext::PageSetup& page = letters_.Active()->letter().rtfLetter.Document().page;
+    return std::pair(page.left, page.right);
+  };
+  letters_.StartNew("Templates");
+  EXPECT_EQ(own_margins(), std::pair(1134, 1134));
+  emit letters_.Active()->view().MarginsDragged(1701, 1134);
+  EXPECT_EQ(own_margins(), std::pair(1701, 1134));
+  EXPECT_TRUE(InFront().Changed);
+  EXPECT_EQ(StoredMargins(session_.settings), PageMargins());
+
+  session_.settings.SaveSettingText("Mail\\PrinterSetup", "RightMargin", "850");
+  emit letters_.Active()->view().MarginsDragged(1701, 900);
+  EXPECT_EQ(own_margins(), std::pair(1701, 1134));
+  EXPECT_EQ(StoredMargins(session_.settings), (PageMargins{.right = 900}));
+  letters_.Active()->letter().members().Changed = false;
+}
+
 TEST_F(OpenLettersTest, DeletesALetterWhetherItIsOpenOrNot) {
   for (const bool open : {false, true}) {
     const auto path = SaveTemplate("Old", "x");

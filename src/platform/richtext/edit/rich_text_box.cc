@@ -253,6 +253,20 @@ void RichTextBox::InsertObject(std::string_view rtf_group) {
   state_->Changed();
 }
 
+void RichTextBox::SetMargins(int left, int top, int right, int bottom) {
+  const auto bounded = [](int twips) { return std::clamp(twips, 0, richtext::kLargestPage); };
+  richtext::Document document = state_->Parsed();
+  richtext::PageSetup& page = document.page;
+  page.left = bounded(left);
+  page.top = bounded(top);
+  page.right = bounded(right);
+  page.bottom = bounded(bottom);
+  const int start = SelStart(), selected = SelLength();
+  state_->SetEdited(std::move(document));
+  Select(start, selected);
+  state_->Changed();
+}
+
 int RichTextBox::ReplaceEvery(std::string_view text, std::string_view with, int options,
                               const std::vector<std::pair<int, int>>& skip) {
   const int length = static_cast<int>(PositionsOf(text).size());

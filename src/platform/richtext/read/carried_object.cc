@@ -8,11 +8,6 @@
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
-namespace {
-
-constexpr int kFarthest = 31'680;  // twips: 22 inches, the largest page word processors know
-
-}  // namespace
 
 void CarriedObject::Word(const Token& word, FontTable& fonts, const ColourTable& colours) {
   if (!word.has_param) return out_.Word(word.text);
@@ -86,7 +81,7 @@ void CarriedObject::ShapeWord(const Token& word) {
       {"shpbypage", From::kPage}, {"shpbymargin", From::kMargin}, {"shpbypara", From::kText}};
   if (!shape_ || !word.text.starts_with("shp")) return;
   if (const auto edge = kEdges.find(word.text); edge != kEdges.end()) {
-    (*shape_).*edge->second = std::clamp(word.param, -kFarthest, kFarthest);
+    (*shape_).*edge->second = std::clamp(word.param, -kLargestPage, kLargestPage);
   } else if (const auto x = kX.find(word.text); x != kX.end()) {
     shape_->x_from = x->second;
   } else if (const auto y = kY.find(word.text); y != kY.end()) {

@@ -1,6 +1,7 @@
 #include "platform/richtext/read/page_words.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -8,7 +9,6 @@
 namespace tenora::richtext {
 namespace {
 
-constexpr int kLargestPage = 31'680;  // twips: 22 inches, the largest page word processors know
 constexpr int kLargestParameter = 100'000;
 
 }  // namespace
@@ -34,7 +34,7 @@ bool PageWords::Take(const Token& word) {
   if (length == kLengths.end() && !other && !landscape && word.text != "deftab") return false;
   if (first_section_ended_) return true;
   if (length != kLengths.end()) {
-    page_.*length->second = std::clamp(word.param, 0, kLargestPage);
+    page_.*length->second = std::abs(std::clamp(word.param, -kLargestPage, kLargestPage));
   } else if (other) {
     std::string& source = others_[std::string(word.text)];
     source.assign(1, '\\').append(word.text);

@@ -127,9 +127,9 @@ std::unique_ptr<LetterWindow> OpenLetters::MakeWindow() {
   window->letter().ChangeWidth(page_width_);
   window->view().ShowRuler(ruler_shown_);
   QObject::connect(&window->view(), &LetterView::MarginsDragged, window.get(),
-                   [this](int left, int right) {
+                   [this, window = window.get()](int left, int right) {
                      Guarded(session_.platform.dialogs, "frmMain - frmMain_MarginsDragged",
-                             [&] { StoreMargins(left, right); });
+                             [&] { ChangeMargins(*window, left, right); });
                    });
   return window;
 }
@@ -150,7 +150,8 @@ void OpenLetters::MarkCodes(LetterWindow& window) const {
 void OpenLetters::ShowPage(LetterWindow& window) {
   const int width = PaperWidth(window.letter().rtfLetter);
   if (width == 0) return;
-  const PageMargins margins = StoredMargins(session_.settings);
+  const RichTextBox& letter = window.letter().rtfLetter;
+  const PageMargins margins = MarginsOf(letter.Document().page, StoredMargins(session_.settings));
   window.view().SetPage(width, margins.left, margins.right);
 }
 
@@ -158,9 +159,21 @@ void OpenLetters::ShowPages() {
   for (LetterWindow* window : desk_.Letters()) ShowPage(*window);
 }
 
-void OpenLetters::StoreMargins(int left, int right) {
-  session_.settings.SaveSettingText("Mail\\PrinterSetup", "LeftMargin", std::to_string(left));
-  session_.settings.SaveSettingText("Mail\\PrinterSetup", "RightMargin", std::to_string(right));
+// A margin is changed where it comes from: the printer set-up, for all letters, or this letter.
+void OpenLetters::ChangeMargins(LetterWindow& window, int left, int right) {
+  const PageMargins stored = StoredMargins(session_.settings);
+  RichTextBox& letter = window.letter().rtfLetter;
+  const richtext::PageSetup own = letter.Document().page;
+  const auto store = [&](const char* key, int margin) {
+    session_.settings.SaveSettingText("Mail\\PrinterSetup", key, std::to_string(margin));
+  };
+  if (stored.left != 0) store("LeftMargin", left);
+  if (stored.right != 0) store("RightMargin", right);
+  const int own_left = stored.left == 0 ? left : own.left;
+  const int own_right = stored.right == 0 ? right : own.right;
+  if (own_left != own.left || own_right != own.right) {
+    letter.SetMargins(own_left, own.top, own_right, own.bottom);
+  }
   ShowPages();
 }
 

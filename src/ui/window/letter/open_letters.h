@@ -67,7 +67,7 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Sets the printer's paper and the stored margins, for the ruler and line wrapping.
   void ShowPage(LetterWindow& window);
   // In twips, as dragged on the ruler.
-  void StoreMargins(int left, int right);
+  void ChangeMargins(LetterWindow& window, int left, int right);
 
   Session& session_;
   ctlTree& tree_;
