@@ -30,19 +30,22 @@ QString Capitals(QString text) {
 }
 
 // Breaking a line takes time proportional to the rest of its text, so long texts are laid out in
-// parts: of so many characters and formats where there is a blank, of twice as many where not.
+// parts: of so many characters and formats where there is a blank. Text without any is slowest and
+// has smaller parts.
 constexpr qsizetype kLongText = 8192;
+constexpr qsizetype kLongSolidText = 2048;
 constexpr std::size_t kManyFragments = 512;
 
 // How many characters of a text are added to an open text of this size before that one is closed.
 qsizetype PartOf(QStringView text, qsizetype open) {
-  const qsizetype wanted = std::max<qsizetype>(kLongText - open, 0);
+  const QStringView near = text.first(std::min(text.size(), 2 * kLongText));
+  const bool solid = near.size() > kLongSolidText && near.indexOf(QLatin1Char(' ')) < 0;
+  const qsizetype wanted = solid ? kLongSolidText : std::max<qsizetype>(kLongText - open, 0);
   if (text.size() <= wanted) return text.size();
-  const qsizetype blank = text.indexOf(QLatin1Char(' '), wanted);
-  qsizetype part = blank < 0 ? text.size() : blank + 1;
-  if (part <= wanted + kLongText) return part;
-  part = wanted + kLongText;
-  return text[part].isLowSurrogate() ? part - 1 : part;
+  const qsizetype blank = solid ? -1 : near.indexOf(QLatin1Char(' '), wanted);
+  if (blank >= 0) return blank + 1;
+  const qsizetype part = solid ? wanted : near.size();
+  return part < text.size() && text[part].isLowSurrogate() ? part + 1 : part;
 }
 
 class ItemCollector {
@@ -234,6 +237,7 @@ void ItemCollector::AppendFragment(const CharFormat& format, const QString& text
 bool ItemCollector::LongEnough() const {
   const qsizetype size = open_text_.size();
   const std::size_t formats = open_->fragments.size();
+  if (size >= kLongSolidText && open_text_.indexOf(QLatin1Char(' ')) < 0) return true;
   if (size < kLongText && formats < kManyFragments) return false;
   return open_text_.back() == QLatin1Char(' ') || size >= 2 * kLongText ||
          formats >= 2 * kManyFragments;
