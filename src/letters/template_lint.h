@@ -27,6 +27,7 @@ struct TemplateFinding {
     kFutureDate,     // its count or unit
     kCustomField,    // a field that no record has
     kReceiptNumber,  // the same number in every letter
+    kNotOnPaper,     // a picture or the like: LintPaper
   };
 
   Kind kind;

@@ -9,6 +9,7 @@
 
 #include "data/program.h"
 #include "letters/custom_field_codes.h"
+#include "letters/paper_lint.h"
 #include "letters/template_library.h"
 #include "letters/template_lint.h"
 #include "platform/dialogs/console_dialogs.h"
@@ -133,13 +134,17 @@ class LintCommand {
       letter.LoadFile(path);
       const TemplateKind kind =
           request_.kind.empty() ? KindByFolder(path) : KindByWord(request_.kind);
-      for (const TemplateFinding& finding :
-           LintTemplate(letter, kind, clock_.Today(), fields_ ? &*fields_ : nullptr)) {
-        output_ << TerminalLine(path.string() + ": " + finding.Text()) << '\n';
-        clean_ = false;
-      }
+      Report(path, LintTemplate(letter, kind, clock_.Today(), fields_ ? &*fields_ : nullptr));
+      Report(path, LintPaper(letter));
     } catch (...) {
       Fail(ErrorText(CurrentError()));
+    }
+  }
+
+  void Report(const fs::path& path, const std::vector<TemplateFinding>& findings) {
+    for (const TemplateFinding& finding : findings) {
+      output_ << TerminalLine(path.string() + ": " + finding.Text()) << '\n';
+      clean_ = false;
     }
   }
 

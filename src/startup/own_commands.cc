@@ -107,7 +107,8 @@ CLI::App* AddLint(CLI::App* app, LintRequest* request) {
   CLI::App* const lint = app->add_subcommand(
       "lint",
       "Report what would go wrong with templates: codes that no merge fills, codes split by "
-      "formatting, prompts that are not asked. Status 1 when anything is found");
+      "formatting, prompts that are not asked, pictures that paper does not show. Status 1 when "
+      "anything is found");
   lint->add_option("TEMPLATE", request->templates,
                    "The .rtf file, or the name of a template in the data folder");
   lint->add_flag("--all", request->all, "Every template of the data folder");

@@ -61,6 +61,8 @@ TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnAfterAMissingOne) {
   EXPECT_EQ(library.output, "");
 
   WriteTemplate("Odd", test::RtfDocument("Dear <<Name>>, <<TCustom:Pet>> <<TCustom:NoSuch>>"));
+  WriteTemplate("Drawn", test::RtfDocument(
+                             "{\\pict\\pngblip 89504e47}\\par\\par {\\footnote\\pard one\\par}"));
   const std::string path = (Home() / "Templates/Odd.rtf").string();
   const std::string owner_template = path + ": line 1: \"Dear <<Name>>";
   const struct {
@@ -71,6 +73,11 @@ TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnAfterAMissingOne) {
       {{"lint", "Odd"}, 1, owner_template, ""},
       {{"lint", "Odd"}, 1, "<<TCustom:NoSuch>> names a field that no tenant has", ""},
       {{"lint", "--kind=owner", path}, 1, "<<TCustom:Pet>> is a code of tenant templates", ""},
+      {{"lint", "Drawn"},
+       1,
+       "Drawn.rtf: line 1: \"a picture that cannot be read\": it will not",
+       ""},
+      {{"lint", "Drawn"}, 1, "Drawn.rtf: line 3: \"a footnote\": it will not appear on paper", ""},
       {{"lint", "Receipt", "--kind=tenant"}, 0, "", ""},
       {{"lint", "Missing", "Odd"}, 1, owner_template, "Template \"Missing\" not found"},
       {{"lint", "/no/such.rtf", "Odd"}, 1, owner_template, "/no/such.rtf"},

@@ -28,57 +28,45 @@ std::string_view WordsFor(std::string_view source) {
   return {};
 }
 
-class Finder {
- public:
-  std::vector<std::string> Run(const richtext::Document& document) {
-    LookThrough(document.blocks);
-    for (const richtext::HeadGroup& group : document.head_groups) LookThrough(group.blocks);
-    return std::move(found_);
-  }
-
- private:
-  void LookThrough(const std::vector<richtext::Block>& blocks) {
-    richtext::ForEachParagraph(blocks, [&](const richtext::Paragraph& paragraph, auto) {
-      for (const richtext::Run& run : paragraph.runs) {
-        if (!run.format.hidden) LookAt(run);
-      }
-    });
-  }
-
-  void LookAt(const richtext::Run& run) {
-    if (const auto* picture = std::get_if<PicturePointer>(&run.object)) return LookAt(**picture);
-    const auto* verbatim = std::get_if<VerbatimPointer>(&run.object);
-    if (verbatim == nullptr) return;
-    if ((*verbatim)->shown_picture) return LookAt(*(*verbatim)->shown_picture);
-    if ((*verbatim)->shown_text.empty()) Add(WordsFor((*verbatim)->source));
-  }
-
-  void LookAt(const richtext::Picture& picture) {
-    if (!application_) application_ = HoldQtApplication();
-    if (!CanDraw(picture)) Add(WordsFor(picture));
-  }
-
-  static std::string_view WordsFor(const richtext::Picture& picture) {
-    using Kind = richtext::Picture::Kind;
-    if (picture.kind == Kind::kWmf) return "a WMF picture of lines and shapes";
-    if (picture.kind == Kind::kEmf) return "an EMF picture of lines and shapes";
-    return "a picture that cannot be read";
-  }
-  static std::string_view WordsFor(std::string_view source) { return printing::WordsFor(source); }
-
-  void Add(std::string_view words) {
-    if (words.empty() || std::ranges::find(found_, words) != found_.end()) return;
-    found_.emplace_back(words);
-  }
-
-  std::shared_ptr<void> application_;
-  std::vector<std::string> found_;
-};
+std::string_view WordsFor(const richtext::Picture& picture) {
+  using Kind = richtext::Picture::Kind;
+  if (picture.kind == Kind::kWmf) return "a WMF picture of lines and shapes";
+  if (picture.kind == Kind::kEmf) return "an EMF picture of lines and shapes";
+  return "a picture that cannot be read";
+}
 
 }  // namespace
 
+std::string PaperFinder::NotShown(const richtext::Run& run) {
+  if (run.format.hidden) return {};
+  if (const auto* picture = std::get_if<PicturePointer>(&run.object))
+    return std::string(NotDrawn(**picture));
+  const auto* verbatim = std::get_if<VerbatimPointer>(&run.object);
+  if (verbatim == nullptr) return {};
+  if ((*verbatim)->shown_picture) return std::string(NotDrawn(*(*verbatim)->shown_picture));
+  return std::string((*verbatim)->shown_text.empty() ? WordsFor((*verbatim)->source) : "");
+}
+
+std::string_view PaperFinder::NotDrawn(const richtext::Picture& picture) {
+  if (!application_) application_ = HoldQtApplication();
+  return CanDraw(picture) ? std::string_view() : WordsFor(picture);
+}
+
 std::vector<std::string> NotOnPaper(const richtext::Document& document) {
-  return Finder().Run(document);
+  PaperFinder finder;
+  std::vector<std::string> found;
+  const auto look_through = [&](const std::vector<richtext::Block>& blocks) {
+    richtext::ForEachParagraph(blocks, [&](const richtext::Paragraph& paragraph, auto) {
+      for (const richtext::Run& run : paragraph.runs) {
+        std::string words = finder.NotShown(run);
+        if (words.empty() || std::ranges::find(found, words) != found.end()) continue;
+        found.push_back(std::move(words));
+      }
+    });
+  };
+  look_through(document.blocks);
+  for (const richtext::HeadGroup& group : document.head_groups) look_through(group.blocks);
+  return found;
 }
 
 }  // namespace tenora::printing

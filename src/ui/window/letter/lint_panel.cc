@@ -1,7 +1,10 @@
 #include "ui/window/letter/lint_panel.h"
 
 #include <QMainWindow>
+#include <algorithm>
+#include <iterator>
 
+#include "letters/paper_lint.h"
 #include "ui/window/letter/insert_list.h"
 
 namespace tenora {
@@ -27,7 +30,10 @@ LintPanel::LintPanel(QWidget* parent) : QDockWidget(tr("Template Check"), parent
 
 void LintPanel::Check(LetterWindow& letter, Date today, const CustomFieldCodes& custom_fields) {
   const TemplateKind kind = ListFor(letter.letter().members().Kind);
-  Show(letter, LintTemplate(letter.letter().rtfLetter, kind, today, &custom_fields));
+  const RichTextBox& text = letter.letter().rtfLetter;
+  std::vector<TemplateFinding> findings = LintTemplate(text, kind, today, &custom_fields);
+  std::ranges::move(LintPaper(text), std::back_inserter(findings));
+  Show(letter, findings);
   if (auto* window = qobject_cast<QMainWindow*>(parentWidget())) {
     window->resizeDocks({this}, {kHeight}, Qt::Vertical);
   }
