@@ -66,7 +66,9 @@ fs::path FolderOf(const fs::path& database) {
 void Database::OpenDatabase() {
   Reported("Start ADO", [&] {
     try {
-      open_ = platform_.workspace.OpenDatabase(LocateDatabase());
+      const fs::path file = LocateDatabase();
+      open_ = platform_.workspace.OpenDatabase(file);
+      last_opened_ = file;
     } catch (const RuntimeError& error) {
       if (error.number() != access::engine_error::kFileNotFound) throw;
       throw RuntimeError(error.number(), std::string(error.description()) + kWhereToPutIt,
@@ -96,11 +98,29 @@ fs::path Database::Location() {
   return IsFile(stored) ? stored : OwnDatabase();
 }
 
+std::optional<fs::path> Database::ServerAway() {
+  if (!IsNetworked()) return std::nullopt;
+  fs::path stored = StoredLocation();
+  if (IsFile(stored)) return std::nullopt;
+  return stored;
+}
+
 fs::path Database::LocateDatabase() {
+  if (only_file_) {
+    if (IsFile(*only_file_)) return *only_file_;
+    throw StandardError(error_number::kPathNotFound,
+                        only_file_->string() +
+                            " cannot be reached, and letters that were begun with this database "
+                            "are not made from another");
+  }
   if (!IsNetworked()) return OwnDatabase();
   fs::path stored = StoredLocation();
-  if (IsFile(stored)) return stored;
-  // Once a run: every letter reopens the database.
+  if (IsFile(stored)) {
+    unreachable_told_.reset();
+    return stored;
+  }
+  unreachable_server_ = stored;
+  // Once, until it is reached again: every letter reopens the database.
   if (std::exchange(unreachable_told_, stored) == stored) return OwnDatabase();
   platform_.dialogs.Say(std::string("Unable to access ")
                             .append(kLineBreak)

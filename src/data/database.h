@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "data/program.h"
 #include "data/settings.h"
@@ -37,8 +38,30 @@ class Database {
   // The stored location of the server's database that an open could not reach, so that the program
   // folder's own was read instead; none when that never happened.
   const std::optional<std::filesystem::path>& UnreachableServer() const {
-    return unreachable_told_;
+    return unreachable_server_;
   }
+
+  // The file that was opened last; empty before the first.
+  const std::filesystem::path& LastOpened() const { return last_opened_; }
+
+  // The stored location of the server's database while it cannot be reached. Shows nothing; raises
+  // the errors of the settings.
+  std::optional<std::filesystem::path> ServerAway();
+
+  // While it lives, every open takes this file or fails: what was begun with the server's database
+  // must not go on with the local copy.
+  class OneFile {
+   public:
+    OneFile(Database& database, std::filesystem::path file) : database_(database) {
+      database_.only_file_ = std::move(file);
+    }
+    ~OneFile() { database_.only_file_.reset(); }
+    OneFile(const OneFile&) = delete;
+    OneFile& operator=(const OneFile&) = delete;
+
+   private:
+    Database& database_;
+  };
 
   // The folder that holds templates and letters; decided at the first call and kept.
   std::filesystem::path DataFolder();
@@ -113,7 +136,10 @@ class Database {
   Settings& settings_;
   std::unique_ptr<query::EngineDatabase> open_;
   std::filesystem::path data_folder_;
-  // The stored location the user was last told cannot be reached.
+  std::filesystem::path last_opened_;
+  std::optional<std::filesystem::path> only_file_;
+  std::optional<std::filesystem::path> unreachable_server_;
+  // The stored location the user was told cannot be reached, until it is reached again.
   std::optional<std::filesystem::path> unreachable_told_;
   std::size_t errors_reported_ = 0;
   bool command_mode_ = false;

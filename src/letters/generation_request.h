@@ -20,6 +20,7 @@ struct GenerationRequest {
   bool pdf = false;       // a PDF beside each letter
   PromptAnswers answers;  // prompts that are not asked letter by letter
   std::vector<Recipient> recipients;
+  std::string database;  // the file of the rental data, which the run fills in
 };
 
 }  // namespace tenora

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <ostream>
 
 #include "letters/generation.h"
@@ -169,6 +170,7 @@ class GenerateCommand {
     if (!call_.forget.empty()) return Forget();
     const bool resuming = !call_.resume.empty();
     const std::filesystem::path resumed = resuming ? NamedLog(call_.resume) : "";
+    if (resuming) RequireServerOf(resumed);
     const GenerationRequest request = resuming ? Generation::RequestOf(resumed) : AskedRequest();
     const Destination destination = request.destination;
     if (destination == Destination::kPrinter) TakePrinter(request.printer);
@@ -201,12 +203,30 @@ class GenerateCommand {
   int ListUnfinished() {
     const std::vector<UnfinishedRun> runs = FindUnfinishedRuns(session_.database.DataFolder());
     for (const UnfinishedRun& run : runs) WriteUnfinished(parts_.output, run);
+    if (const auto away = session_.database.ServerAway()) {
+      parts_.errors << TerminalLine(away->string()) << " cannot be reached; runs on the server are "
+                    << "not listed.\n";
+    }
     parts_.errors << (runs.empty()
                           ? "There are no unfinished runs.\n"
                           : "To go on with one: tenora generate --resume LOG; to strike it "
                             "from this list: tenora generate --forget LOG\n")
                   << std::flush;
     return kDone;
+  }
+
+  // While the server is away the data folder is this computer's own, which holds other runs.
+  void RequireServerOf(const std::filesystem::path& log) {
+    const std::optional<std::filesystem::path> away = session_.database.ServerAway();
+    std::error_code elsewhere;
+    if (!away ||
+        std::filesystem::equivalent(log.parent_path(), session_.database.DataFolder(), elsewhere)) {
+      return;
+    }
+    throw StandardError(error_number::kPathNotFound,
+                        away->string() +
+                            " cannot be reached. Nothing was done; resume the run when the server "
+                            "is back");
   }
 
   int Forget() {

@@ -71,6 +71,39 @@ TEST_F(DatabaseTest, RevertsToTheProgramFolderWithOneMessageWhenTheServersFileIs
                                                      "\r\nReverting back to \r\n" + Own()));
 }
 
+TEST_F(DatabaseTest, TellsAgainWhenTheServerIsLostAgain) {
+  const std::string server = MakeServer(), away = server + ".away";
+  StoreLocation("1", server);
+  for (int i = 0; i < 2; ++i) {
+    std::filesystem::rename(server, away);
+    database_.OpenDatabase();
+    database_.OpenDatabase();
+    std::filesystem::rename(away, server);
+    database_.OpenDatabase();
+  }
+  EXPECT_EQ(platform_.dialogs.shown().size(), 2U);
+  EXPECT_EQ(database_.UnreachableServer(), server);
+  EXPECT_EQ(database_.LastOpened(), server);
+}
+
+TEST_F(DatabaseTest, NeverGoesOnWithAnotherFileThanTheOneThatIsAsked) {
+  const std::string server = MakeServer();
+  StoreLocation("1", server);
+  {
+    const Database::OneFile one_file(database_, server);
+    std::filesystem::remove(server);
+    for (int i = 0; i < 2; ++i) {
+      database_.OpenDatabase();
+      EXPECT_FALSE(database_.IsOpen());
+    }
+    EXPECT_THAT(script_.opened, IsEmpty());
+    EXPECT_EQ(database_.ErrorsReported(), 2U);
+    EXPECT_THAT(platform_.dialogs.Texts(), testing::Each(testing::HasSubstr("cannot be reached")));
+  }
+  database_.OpenDatabase();
+  EXPECT_THAT(script_.opened, ElementsAre(Own()));
+}
+
 TEST_F(DatabaseTest, ReportsANonNumericNetworkableUnderStartAdo) {
   StoreLocation("yes", MakeServer());
   database_.OpenDatabase();

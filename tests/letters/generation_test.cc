@@ -129,6 +129,46 @@ TEST_F(WindowGeneration, EndsWhenTheDatabaseCannotBeReadAnyMoreAndIsResumed) {
   EXPECT_TRUE(commands.Resume(run.log).complete());
 }
 
+TEST_F(WindowGeneration, NeverGoesOnWithTheLocalCopyOfAServersDatabase) {
+  const fs::path server = machine_.folder / "server", database = server / "property.mdb",
+                 away = server / "away.mdb";
+  fs::create_directories(server / "Templates");
+  fs::copy_file(Data() / "property.mdb", database);
+  fs::rename(Data() / "Templates/Notice.rtf", server / "Templates/Notice.rtf");
+  session_.settings.SaveSettingText("Settings", "Networkable", "1");
+  session_.settings.SaveSettingText("Settings", "DatabaseLocation", database.string());
+  Generation commands(session_, AfterError::kNextRecipient, observer_);
+  const auto all = [](const Caches& caches) {
+    std::vector<Recipient> some;
+    for (std::size_t i = 0; i < 8; ++i) {
+      some.push_back({caches.Tenants[i].KeyName, caches.Tenants[i].Reference});
+    }
+    return some;
+  };
+  // Away for the third letter only, and from the sixth on.
+  observer_.after_letter = [&] {
+    const std::size_t made = observer_.results.size();
+    if (made == 2 || made == 5) fs::rename(database, away);
+    if (made == 3) fs::rename(away, database);
+  };
+  const GenerationSummary run = commands.Run(request_, all);
+  observer_.after_letter = {};
+  EXPECT_TRUE(run.stopped);
+  EXPECT_EQ(run.done, 4U);
+  EXPECT_EQ(run.failed.size(), 4U);
+  EXPECT_EQ(run.failed[0].number, 3U);
+  EXPECT_EQ(run.log.parent_path(), server);
+  // Each is told, and a last attempt before the run is given up.
+  EXPECT_EQ(machine_.dialogs.shown().size(), 5U);
+  EXPECT_THAT(machine_.dialogs.Texts(), testing::Each(HasSubstr("property.mdb cannot be reached")));
+
+  const std::string log = ReadWholeFile(run.log);
+  EXPECT_THROW(commands.Resume(run.log), RuntimeError);
+  EXPECT_EQ(ReadWholeFile(run.log), log);
+  fs::rename(away, database);
+  EXPECT_TRUE(commands.Resume(run.log).complete());
+}
+
 TEST_F(WindowGeneration, HoldsALetterBackWithoutABoxAndSendsTheOnesThatAreNamed) {
   Template("<<Tenant Code>>, <<Tenant Nmae>>");
   const GenerationSummary run = Generate({"Mei Huang", "Ben Huang"});

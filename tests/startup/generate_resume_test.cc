@@ -221,6 +221,30 @@ TEST_F(GenerateResume, AnAnswerForAllHoldsOnResumingButNotWhereItHoldsALetterBac
   EXPECT_GE(kept, 5);
 }
 
+TEST_F(GenerateResume, WhileTheServerIsAwayNothingIsDoneFromTheLocalCopy) {
+  const fs::path server = Home().parent_path() / "server", database = server / "property.mdb";
+  fs::create_directories(server / "Templates");
+  fs::copy_file(Database(), database);
+  fs::copy_file(Home() / "Templates/Note.rtf", server / "Templates/Note.rtf");
+  StoreSetting("Settings", "Networkable", "1");
+  StoreSetting("Settings", "DatabaseLocation", database.string());
+  EXPECT_EQ(Mail("T00001 T00012").status, 1);  // the second has no address
+  const fs::path log = server / Log().filename();
+  const std::string before = ReadWholeFile(log);
+  fs::rename(database, server / "away.mdb");
+  for (const std::string& named : {log.string(), log.filename().string()}) {
+    const auto resumed = Run({"generate", "--resume", named});
+    EXPECT_EQ(resumed.status, 1);
+    EXPECT_THAT(resumed.errors, HasSubstr("property.mdb cannot be reached. Nothing was done"));
+  }
+  EXPECT_THAT(Run({"generate", "--unfinished"}).errors, HasSubstr("runs on the server are not"));
+  EXPECT_EQ(ReadWholeFile(log), before);
+  fs::rename(server / "away.mdb", database);
+  EXPECT_THAT(Run({"generate", "--unfinished"}).output, HasSubstr("1 without an address"));
+  EXPECT_EQ(Run({"generate", "--resume", log.string()}).status, 1);
+  EXPECT_EQ(server_.Messages().size(), 1U);
+}
+
 TEST_F(GenerateResume, HoldsInDoubtWhatTheServerTookWithoutAWord) {
   test::SmtpServer silent("hangup-BODY");
   ToServer(silent);

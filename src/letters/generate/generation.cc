@@ -1,5 +1,6 @@
 #include "letters/generation.h"
 
+#include <optional>
 #include <utility>
 
 #include "letters/generate/letter_maker.h"
@@ -36,6 +37,8 @@ LetterMaker::BadFutureDate BadFutureDates(AfterError after_error) {
 
 GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipients& choose) {
   LoadRentalData(session_);
+  const Database::OneFile one_file(session_.database, session_.database.LastOpened());
+  request.database = session_.database.LastOpened();
   request.recipients = choose(session_.caches);
   if (request.recipients.empty()) {
     throw StandardError(error_number::kInvalidProcedureCall, "Nothing selected");
@@ -49,9 +52,16 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
 
 GenerationSummary Generation::Resume(const std::filesystem::path& log_path, SendHeld send_held) {
   RunLog log = RunLog::Resume(log_path, session_.database.DataFolder(), session_.platform.clock);
+  const std::filesystem::path before = log.request().database;
+  std::optional<Database::OneFile> one_file;
+  // Those of the first release do not say which it was.
+  if (!before.empty()) one_file.emplace(session_.database, before);
   LoadRentalData(session_);
+  if (before.empty()) one_file.emplace(session_.database, session_.database.LastOpened());
   RequirePrinter(printers_, log.request().destination);
   LetterMaker maker(session_, log.request(), BadFutureDates(after_error_));
+  log.Note(RunRemark::kResumed);
+  log.Sync();
   return LetterRun(session_, after_error_, observer_, printers_, log, maker)
       .Go(std::move(send_held));
 }

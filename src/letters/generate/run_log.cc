@@ -93,8 +93,6 @@ RunLog RunLog::Resume(const fs::path& path, const fs::path& data_folder, const C
   const std::size_t whole = log.Read();
   log.CheckOrigin(data_folder);
   if (::ftruncate(log.fd_, static_cast<off_t>(whole)) != 0) throw FileError(errno, path);
-  log.Note(RunRemark::kResumed);
-  log.Sync();
   return log;
 }
 

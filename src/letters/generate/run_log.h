@@ -21,9 +21,9 @@ class RunLog {
   // A new log in the data folder, "Letters 2026-11-21 093000.log" or "… (1).log" where that is
   // taken; its head is on the disk when this returns. Raises the errors of FileError.
   RunLog(const std::filesystem::path& data_folder, GenerationRequest request, const Clock& clock);
-  // Opens the log of a run that did not finish. Raises 70 (Permission denied) for a run in
-  // progress, 321 (Invalid file format) for what ReadRunLog refuses, for the log of another data
-  // folder, and for a copy: the letters mailed since would be mailed again.
+  // Opens the log of a run that did not finish; nothing is added to it yet. Raises 70 (Permission
+  // denied) for a run in progress, 321 (Invalid file format) for what ReadRunLog refuses, for the
+  // log of another data folder, and for a copy: the letters mailed since would be mailed again.
   static RunLog Resume(const std::filesystem::path& path, const std::filesystem::path& data_folder,
                        const Clock& clock);
   // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does.

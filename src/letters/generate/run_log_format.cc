@@ -170,6 +170,8 @@ class Reader {
       run_.log_name = value;
     } else if (word == "data folder") {
       run_.data_folder = value;
+    } else if (word == "database") {
+      request.database = value;
     } else if (word == "destination") {
       const auto destination = FromWord<Destination>(kDestinations, value);
       if (!destination) Damaged();
@@ -238,6 +240,7 @@ std::string RunLogHead(const LoggedRun& run, Date now) {
   text += Line({"log", run.log_name});
   text += Line({"started", TimeText(now)});
   text += Line({"data folder", run.data_folder});
+  if (!request.database.empty()) text += Line({"database", request.database});
   text += Line({"template", request.template_kind, request.template_name});
   text += Line({"destination", destination});
   if (request.destination == Destination::kEmail) text += Line({"subject", request.subject});
