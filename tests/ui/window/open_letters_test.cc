@@ -33,6 +33,22 @@ TEST_F(OpenLettersTest, ShowsWhyAFileDoesNotOpenAndLeavesNoWindow) {
   EXPECT_THAT(platform_.dialogs.shown()[0].text, HasSubstr("One.rtf"));
 }
 
+TEST_F(OpenLettersTest, RefusesTextThatWouldFreezeTheWindow) {
+  std::string blanks;
+  for (int i = 0; i < 2'500'001; ++i) blanks += "a ";
+  const std::pair<std::string, const char*> cases[] = {
+      {std::string(100'001, 'x'), "a word of more than 100000 characters"},
+      {blanks, "a paragraph of more than 5000000 characters"},
+  };
+  for (const auto& [text, message] : cases) {
+    SaveTemplate("Long", text);
+    letters_.Open(Entry("Templates/Long"));
+    EXPECT_THAT(desk_.Letters(), IsEmpty());
+    ASSERT_FALSE(platform_.dialogs.shown().empty());
+    EXPECT_THAT(platform_.dialogs.shown().back().text, HasSubstr(message));
+  }
+}
+
 // What a chosen file is follows from its folder; from elsewhere the user is asked, and a text file
 // becomes a letter that has no file yet.
 TEST_F(OpenLettersTest, TellsWhatAChosenFileIs) {
