@@ -117,8 +117,8 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
   if (request().pdf) pdf_workers_.emplace(StoredMargins(session.settings));
 }
 
-GenerationSummary LetterRun::Go(ResumeWay way) {
-  way_ = std::move(way);
+GenerationSummary LetterRun::Go(SendHeld send_held) {
+  send_held_ = std::move(send_held);
   for (std::size_t number = 1; number <= log_.count(); ++number) {
     if (!Settled(number)) ++missing_;
     if (Done(number)) ++done_before_;
@@ -139,11 +139,11 @@ GenerationSummary LetterRun::Go(ResumeWay way) {
 }
 
 bool LetterRun::Done(std::size_t number) const {
-  return IsDone(log_.letter(number).state, request().destination);
+  return log_.letter(number).state == DoneState(request().destination);
 }
 
 bool LetterRun::Settled(std::size_t number) const {
-  return Done(number) || InDoubt(log_.letter(number).state) || WayOf(number) == Resuming::kLeft;
+  return Done(number) || InDoubt(log_.letter(number).state);
 }
 
 LetterReport LetterRun::ReportOn(std::size_t number) const {
@@ -207,7 +207,7 @@ bool LetterRun::MakeAndHandOver(LetterReport& report) {
     log_.NoteFile(report.number, {});
     if (!Merge(report)) return false;
     Save(report);
-  } else if (held && WayOf(report.number) != Resuming::kAsItIs) {
+  } else if (held && !(send_held_ && send_held_(report.number))) {
     if (!CheckAgain(report)) return false;
   } else {
     letter_ = &maker_.Load(report.recipient, report.file);
@@ -376,8 +376,7 @@ void LetterRun::TakePdfs(std::vector<PdfResult> results) {
 }
 
 bool LetterRun::HandOver(LetterReport& report) {
-  const bool on_paper = WayOf(report.number) == Resuming::kOnPaper;
-  switch (on_paper ? Destination::kPrinter : request().destination) {
+  switch (request().destination) {
     case Destination::kFolder:
       if (!pdf_waiting_.contains(report.number)) unsynced_.push_back(report.number);
       break;
@@ -391,7 +390,6 @@ bool LetterRun::HandOver(LetterReport& report) {
 }
 
 void LetterRun::PrintInJob(LetterReport& report) {
-  if (!printer_) throw StandardError(error_number::kPrinterError, "no printer is installed");
   printer_->PrintRichText(letter_->rtfLetter, letter_->DocumentTitle());
   unsynced_.push_back(report.number);
   in_job_.push_back(report.number);

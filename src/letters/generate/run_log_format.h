@@ -27,18 +27,17 @@ enum class LetterState {
   kNoAddress,  // on the disk, for a recipient without an e-mail address
 };
 
-// Whether nothing is left to do on a letter. One that was to be mailed may have been printed for
-// want of an address.
-inline bool IsDone(LetterState state, Destination destination) {
+// The state in which nothing is left to do on a letter.
+inline LetterState DoneState(Destination destination) {
   switch (destination) {
     case Destination::kPrinter:
-      return state == LetterState::kPrinted;
+      return LetterState::kPrinted;
     case Destination::kEmail:
-      return state == LetterState::kMailed || state == LetterState::kPrinted;
+      return LetterState::kMailed;
     case Destination::kFolder:
       break;
   }
-  return state == LetterState::kSaved;
+  return LetterState::kSaved;
 }
 
 // Whether the letter was handed over without confirmation that it arrived.

@@ -71,15 +71,18 @@ struct Bullet {
   int start = 1;
   int indent = 0;             // \pnindent
   std::string before, after;  // \pntxtb, \pntxta; the bullet character itself for kBullet
+  int list = 0;               // differs between lists that would else be one
 
   bool operator==(const Bullet&) const = default;
 };
 
 struct Border {
+  enum class Kind { kSingle, kDouble, kDotted, kDashed };
   bool present = false;
-  int width = 0;   // twips
+  int width = 0;   // twips, of each of its lines
   int colour = 0;  // position in Document::colours
   int space = 0;   // to a paragraph's text, twips; 0: as near as it gets
+  Kind kind = Kind::kSingle;
 
   bool operator==(const Border&) const = default;
 };
@@ -88,6 +91,8 @@ struct ParagraphFormat {
   Alignment alignment = Alignment::kLeft;
   int left_indent = 0, right_indent = 0, first_indent = 0;  // first is relative to left
   int space_before = 0, space_after = 0;
+  // \contextualspace: the style within which paragraphs have no space between them; -1 for none.
+  int contextual_style = -1;
   int line_spacing = 0;                // \slN: 0 automatic, negative exact, positive at least
   bool line_spacing_multiple = false;  // \slmult1: line_spacing is in 240ths of a line
   std::vector<TabStop> tabs;

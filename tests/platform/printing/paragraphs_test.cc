@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/richtext/list_mark.h"
 #include "platform/printing/paper.h"
 
 namespace tenora::test {
@@ -184,21 +183,22 @@ TEST_F(Paragraphs, NumberListsAndHangTheirText) {
   EXPECT_THAT(paper.Find("one").left, DoubleNear(kInch + 720, kNear));
 }
 
-TEST(ListMark, CountsAsTheListsFormatHasIt) {
-  const struct {
-    Bullet bullet;
-    int number;
-    const char* mark;
-  } cases[] = {
-      {{Bullet::Kind::kBullet, 1, 0, "", ""}, 3, "•"},
-      {{Bullet::Kind::kDecimal, 1, 0, "", ")"}, 12, "12)"},
-      {{Bullet::Kind::kUpperLetter, 1, 0, "", ""}, 28, "BB"},
-      {{Bullet::Kind::kLowerRoman, 1, 0, "", ""}, 1994, "mcmxciv"},
-      {{Bullet::Kind::kUpperRoman, 1, 0, "", ""}, 4, "IV"},
-      {{Bullet::Kind::kDecimal, 1, 0, "", ""}, -5, "1"},
-  };
-  for (const auto& expected : cases) {
-    EXPECT_EQ(richtext::ListMark(expected.bullet, expected.number), expected.mark);
+TEST_F(Paragraphs, OfOneStyleStandWithoutSpaceBetweenThem) {
+  ParagraphFormat listed;
+  listed.space_before = 200;
+  listed.space_after = 400;
+  listed.contextual_style = 34;
+  ParagraphFormat other = listed;
+  other.contextual_style = 2;
+  const Paper paper = PrintLines({Line("normal"), Line("one", listed), Line("two", listed),
+                                  Line("other", other), Line("after")});
+  const double line = 276;
+  double top = paper.Find("normal").top;
+  const std::pair<const char*, double> steps[] = {
+      {"one", line + 200}, {"two", line}, {"other", line + 600}, {"after", line + 400}};
+  for (const auto& [word, step] : steps) {
+    EXPECT_THAT(paper.Find(word).top - top, DoubleNear(step, kNear)) << word;
+    top = paper.Find(word).top;
   }
 }
 

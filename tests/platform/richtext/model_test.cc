@@ -42,6 +42,27 @@ TEST(RtfReader, GivesTablesTheirGeometry) {
   EXPECT_GT(table.rows[1].cells[1].right_edge, 2000);
 }
 
+TEST(RtfReader, DrawsTheBordersThatCellsHave) {
+  using Kind = Border::Kind;
+  const struct {
+    const char* words;
+    Border border;
+  } cases[] = {{"\\brdrs\\brdrw10", {true, 10}},
+               {"\\brdrtnthsg\\brdrw30", {true, 30}},
+               {"\\brdrdb\\brdrw15\\brdrcf1",
+                {.present = true, .width = 15, .colour = 1, .kind = Kind::kDouble}},
+               {"\\brdrdot", {.present = true, .kind = Kind::kDotted}},
+               {"\\brdrtbl\\brdrw10\\brdrcf1", {}},
+               {"\\brdrs\\brdrtbl", {}},
+               {"\\brdrnil", {}},
+               {"\\brdrw20", {}}};
+  for (const auto& c : cases) {
+    const Document document = ReadRtf(Letter(std::string("\\trowd\\trbrdrt\\brdrs\\clbrdrt") +
+                                             c.words + "\\cellx2000\\pard\\intbl a\\cell\\row"));
+    EXPECT_EQ(FirstTable(document).rows.at(0).cells.at(0).top, c.border) << c.words;
+  }
+}
+
 TEST(RtfReader, GivesCellsTheirPadding) {
   // Cells name their top "l" and their left "t", rows do not; a length counts with its unit only.
   const Document document = ReadRtf(

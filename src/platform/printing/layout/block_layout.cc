@@ -23,7 +23,7 @@ std::optional<BlockStrips> BlockLayout::Next() {
     if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
       return NextParagraph(*paragraph);
     }
-    lists_.EndAll();
+    numbers_.EndAll();
     if (auto rows = NextRows(*std::get<std::shared_ptr<richtext::Table>>(block))) return rows;
   }
   return std::nullopt;
@@ -33,13 +33,15 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   ParagraphPlace place;
   place.width = width_;
   place.position = position_;
-  place.number = lists_.Next(paragraph.format);
-  place.framed_above = block_ > 0 && FramedWith(paragraph, block_ - 1);
+  place.number = numbers_.Next(paragraph.format);
+  if (const richtext::ParagraphFormat* above = FormatOf(block_ - 1))
+    place.joins_above = WithoutSpaceBetween(paragraph.format, *above);
+  if (const richtext::ParagraphFormat* below = FormatOf(block_ + 1))
+    place.joins_below = WithoutSpaceBetween(paragraph.format, *below);
+  place.framed_above = FramedWith(paragraph, block_ - 1);
   place.framed_below = FramedWith(paragraph, block_ + 1);
-  if (place.framed_below) {
-    const auto& below = std::get<richtext::Paragraph>(blocks_[block_ + 1]);
-    place.space_below = paragraph.format.space_after + below.format.space_before;
-  }
+  if (place.framed_below && !place.joins_below)
+    place.space_below = paragraph.format.space_after + FormatOf(block_ + 1)->space_before;
   place.last_visible = depth_ == 0 && block_ + 1 == visible_blocks_;
   position_ += Length(paragraph);
   ++block_;
@@ -68,10 +70,16 @@ std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
   return rows;
 }
 
+// Null for a table, and beyond both ends.
+const richtext::ParagraphFormat* BlockLayout::FormatOf(std::size_t block) const {
+  if (block >= blocks_.size()) return nullptr;
+  const auto* paragraph = std::get_if<richtext::Paragraph>(&blocks_[block]);
+  return paragraph == nullptr ? nullptr : &paragraph->format;
+}
+
 bool BlockLayout::FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const {
-  if (neighbour >= blocks_.size()) return false;
-  const auto* other = std::get_if<richtext::Paragraph>(&blocks_[neighbour]);
-  return other != nullptr && SameFrame(paragraph.format, other->format);
+  const richtext::ParagraphFormat* other = FormatOf(neighbour);
+  return other != nullptr && SameFrame(paragraph.format, *other);
 }
 
 }  // namespace tenora::printing

@@ -26,6 +26,7 @@ class BlockLayout {
  private:
   BlockStrips NextParagraph(const richtext::Paragraph& paragraph);
   std::optional<BlockStrips> NextRows(const richtext::Table& table);
+  const richtext::ParagraphFormat* FormatOf(std::size_t block) const;
   bool FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const;
 
   LayoutContext& context_;
@@ -36,7 +37,7 @@ class BlockLayout {
   std::size_t block_ = 0, row_ = 0, visible_blocks_ = 0;
   std::shared_ptr<Strips> header_;
   bool header_open_ = false;  // the table's rows so far are all header rows
-  richtext::ListCounter lists_;
+  richtext::ListCounter numbers_;
 };
 
 }  // namespace tenora::printing

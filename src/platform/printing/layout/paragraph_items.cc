@@ -93,8 +93,8 @@ class ItemCollector {
 
 void ItemCollector::CollectListMark() {
   if (format_.bullet.kind == richtext::Bullet::Kind::kNone) return;
-  const CharFormat& format =
-      paragraph_.runs.empty() ? paragraph_.mark : paragraph_.runs.front().format;
+  // Word processors give numbers the format of the paragraph's mark.
+  const CharFormat& format = paragraph_.mark;
   const std::string mark = richtext::ListMark(format_.bullet, place_.number);
   Append(format, UnicodeBullet(QString::fromStdString(mark)), position_, true);
   CloseText();

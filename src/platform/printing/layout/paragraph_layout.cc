@@ -16,6 +16,7 @@ using richtext::TabStop;
 constexpr double kUnbroken = 1e7;   // wider than any text
 constexpr double kSlack = 1;        // rounding in the width of a line, twips
 constexpr double kNarrowest = 100;  // text width where the indents cross
+constexpr double kThinRule = 20;    // twips; a border up to this takes no room of its own
 
 // The decimal point of a number: the last point or comma that is not a separator of thousands.
 qsizetype DecimalPoint(const QString& text) {
@@ -115,8 +116,8 @@ BlockStrips ParagraphLayout::LayOut() {
   if (line_) EndLine(end);
   BlockStrips block;
   if (!lines_.empty()) {
-    lines_.front()->space_before = format_.space_before;
-    lines_.back()->space_after = format_.space_after;
+    lines_.front()->space_before = place_.joins_above ? 0 : format_.space_before;
+    lines_.back()->space_after = place_.joins_below ? 0 : format_.space_after;
     lines_.back()->end = end;
     CloseFrame();
   }
@@ -134,11 +135,14 @@ void ParagraphLayout::CloseFrame() {
   last.last_of_paragraph = !place_.framed_below;
   last.frame_below = place_.space_below;
   if (!frame_) return;
+  const auto room = [](const Frame::Edge& edge) {
+    return edge.space + std::max(0.0, edge.rule.Thickness() - kThinRule);
+  };
   if (first.first_of_paragraph) {
-    first.height += frame_->top_edge.space;
-    first.baseline += frame_->top_edge.space;
+    first.height += room(frame_->top_edge);
+    first.baseline += room(frame_->top_edge);
   }
-  if (last.last_of_paragraph) last.height += frame_->bottom_edge.space;
+  if (last.last_of_paragraph) last.height += room(frame_->bottom_edge);
 }
 
 void ParagraphLayout::StartLine() {
@@ -378,8 +382,7 @@ std::shared_ptr<const Frame> ParagraphLayout::MakeFrame() const {
                      format_.right.present;
   if (!edges && format_.shading <= 0) return nullptr;
   const auto edge = [&](const richtext::Border& border) {
-    return border.present ? Frame::Edge{double(std::max(border.width, 5)),
-                                        context_.fonts->Colour(border.colour), double(border.space)}
+    return border.present ? Frame::Edge{RuleOf(border, *context_.fonts), double(border.space)}
                           : Frame::Edge{};
   };
   auto frame = std::make_shared<Frame>();
@@ -398,6 +401,11 @@ std::shared_ptr<const Frame> ParagraphLayout::MakeFrame() const {
 BlockStrips LayOutParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
                             const ParagraphPlace& place) {
   return ParagraphLayout(context, paragraph, place).LayOut();
+}
+
+bool WithoutSpaceBetween(const richtext::ParagraphFormat& one,
+                         const richtext::ParagraphFormat& other) {
+  return one.contextual_style >= 0 && one.contextual_style == other.contextual_style;
 }
 
 bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other) {

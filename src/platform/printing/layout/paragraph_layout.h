@@ -8,9 +8,10 @@
 namespace tenora::printing {
 
 struct ParagraphPlace {
-  double width = 0;  // of the text area, twips
-  int position = 0;  // of the paragraph's first character
-  int number = 1;    // in its list
+  double width = 0;                               // of the text area, twips
+  int position = 0;                               // of the paragraph's first character
+  int number = 1;                                 // in its list
+  bool joins_above = false, joins_below = false;  // there is no space to these neighbours
   // Whether the neighbours share the paragraph's frame.
   bool framed_above = false, framed_below = false;
   double space_below = 0;  // to the neighbour in the same frame
@@ -20,6 +21,10 @@ struct ParagraphPlace {
 
 BlockStrips LayOutParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
                             const ParagraphPlace& place);
+
+// Whether there is no space between two paragraphs of one style.
+bool WithoutSpaceBetween(const richtext::ParagraphFormat& one,
+                         const richtext::ParagraphFormat& other);
 
 // Whether two paragraphs share one frame.
 bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other);

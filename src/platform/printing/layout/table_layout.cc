@@ -5,6 +5,7 @@
 
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/block_layout.h"
+#include "platform/printing/layout/rule.h"
 
 namespace tenora::printing {
 namespace {
@@ -15,11 +16,6 @@ constexpr double kNarrowestCell = 40;
 // The most of a cell's width, or of a page's height, that one side's padding may take.
 constexpr double kMostPaddingShare = 0.25;
 
-struct Edge {
-  double width = 0;  // 0 for none
-  QColor colour;
-};
-
 struct CellBox {
   double x = 0, width = 0;
   double height = 0;  // more than the row's for a vertically merged cell
@@ -27,7 +23,7 @@ struct CellBox {
   double pad_top = 0, pad_left = 0, pad_bottom = 0, pad_right = 0;
   Cell::VerticalAlign align = Cell::VerticalAlign::kTop;
   QColor shading;  // invalid for none
-  Edge top, bottom, left, right;
+  Rule top, bottom, left, right;
   bool covered = false;  // by the cell above
   Strips strips;
 
@@ -41,16 +37,13 @@ struct CellBox {
 };
 
 void DrawEdges(QPainter& painter, const QRectF& area, const CellBox& cell) {
-  const auto fill = [&](const Edge& edge, double x, double y, double width, double height) {
-    if (edge.width > 0) painter.fillRect(QRectF(x, y, width, height), edge.colour);
+  const auto horizontal = [&](const Rule& edge, double y) {
+    const double beyond = edge.Thickness() / 2;
+    DrawHorizontal(painter, edge, area.left() - beyond, y, area.width() + 2 * beyond);
   };
-  const auto horizontal = [&](const Edge& edge, double y) {
-    fill(edge, area.left() - edge.width / 2, y - edge.width / 2, area.width() + edge.width,
-         edge.width);
-  };
-  const auto vertical = [&](const Edge& edge, double x) {
-    fill(edge, x - edge.width / 2, area.top() - edge.width / 2, edge.width,
-         area.height() + edge.width);
+  const auto vertical = [&](const Rule& edge, double x) {
+    const double beyond = edge.Thickness() / 2;
+    DrawVertical(painter, edge, x, area.top() - beyond, area.height() + 2 * beyond);
   };
   horizontal(cell.top, area.top());
   horizontal(cell.bottom, area.bottom());
@@ -226,10 +219,10 @@ class RowLayout {
     box.width = width;
     box.align = cell.vertical_align;
     if (cell.shading > 0) box.shading = context_.fonts->Colour(cell.shading);
-    box.top = MakeEdge(cell.top);
-    box.bottom = MakeEdge(cell.bottom);
-    box.left = MakeEdge(cell.left);
-    box.right = MakeEdge(cell.right);
+    box.top = RuleOf(cell.top, *context_.fonts);
+    box.bottom = RuleOf(cell.bottom, *context_.fonts);
+    box.left = RuleOf(cell.left, *context_.fonts);
+    box.right = RuleOf(cell.right, *context_.fonts);
     box.covered = cell.vertical_merge == Cell::Merge::kContinued;
     if (box.covered) return box;
     Pad(cell.padding, &box);
@@ -253,11 +246,6 @@ class RowLayout {
     box->pad_right = std::min(padding.right < 0 ? gap : padding.right, most_x);
     box->pad_top = std::min<double>(std::max(padding.top, 0), most_y);
     box->pad_bottom = std::min<double>(std::max(padding.bottom, 0), most_y);
-  }
-
-  Edge MakeEdge(const richtext::Border& border) const {
-    if (!border.present) return {};
-    return {double(std::max(border.width, 5)), context_.fonts->Colour(border.colour)};
   }
 
   LayoutContext& context_;

@@ -129,10 +129,10 @@ void TextLine::Draw(QPainter& painter, QPointF corner) const {
 
 void TextLine::DrawFrame(QPainter& painter, QPointF corner) const {
   const auto outside = [](const Frame::Edge& edge) {
-    return edge.width > 0 && edge.space == 0 ? kFrameGapY : 0;
+    return edge.rule.width > 0 && edge.space == 0 ? kFrameGapY : 0;
   };
   const auto aside = [](const Frame::Edge& edge) {
-    if (edge.width == 0) return 0.0;
+    if (edge.rule.width == 0) return 0.0;
     return edge.space > 0 ? edge.space : kFrameGapX;
   };
   const double left = corner.x() + frame->left - aside(frame->left_edge);
@@ -142,19 +142,11 @@ void TextLine::DrawFrame(QPainter& painter, QPointF corner) const {
   const double below = frame_below + (last_of_paragraph ? outside(frame->bottom_edge) : 0);
   const QRectF area(left, corner.y() - above, width, height + above + below);
   if (frame->shading.isValid()) painter.fillRect(area, frame->shading);
-  const auto vertical = [&](const Frame::Edge& edge, double x) {
-    if (edge.width > 0) {
-      painter.fillRect(QRectF(x - edge.width / 2, area.top(), edge.width, area.height()),
-                       edge.colour);
-    }
-  };
-  const auto horizontal = [&](const Frame::Edge& edge, double y) {
-    if (edge.width > 0) HorizontalRule(painter, left, y, width, edge.width, edge.colour);
-  };
-  vertical(frame->left_edge, area.left());
-  vertical(frame->right_edge, area.right());
-  if (first_of_paragraph) horizontal(frame->top_edge, area.top());
-  if (last_of_paragraph) horizontal(frame->bottom_edge, area.bottom());
+  DrawVertical(painter, frame->left_edge.rule, area.left(), area.top(), area.height());
+  DrawVertical(painter, frame->right_edge.rule, area.right(), area.top(), area.height());
+  if (first_of_paragraph) DrawHorizontal(painter, frame->top_edge.rule, left, area.top(), width);
+  if (last_of_paragraph)
+    DrawHorizontal(painter, frame->bottom_edge.rule, left, area.bottom(), width);
 }
 
 // `origin` is the left edge of the text area on the baseline: the line knows its own x.

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/printing/fonts.h"
+#include "platform/printing/layout/rule.h"
 #include "platform/printing/layout/strip.h"
 #include "platform/printing/pictures.h"
 
@@ -65,10 +66,8 @@ struct Frame {
   double left = 0, right = 0;
   QColor shading;  // invalid for none
   struct Edge {
-    double width = 0;  // 0 for none
-    QColor colour;
-    double space =
-        0;  // set between edge and text, in the line's height; 0: a hair's breadth outside
+    Rule rule;
+    double space = 0;  // set between edge and text, in the line's height; 0: a hair's breadth
   };
   Edge left_edge, right_edge, top_edge, bottom_edge;
 };

@@ -9,10 +9,10 @@ bool DocumentHead::OpenGroup(const Token& word, ReaderGroup* group) {
     case Destination::kLists:
       return OpenInLists(word, group);
     case Destination::kOverrides:
-      if (word.text == "lfolevel") return group->Become(Destination::kSkip);
       group->entry = word.text == "listoverride";
       if (group->entry) lists_.BeginOverride();
-      return false;
+      if (word.text == "lfolevel") lists_.BeginOverrideLevel();
+      return OpenInLists(word, group);
     case Destination::kStyles:
       if (group->starred && word.text != "cs" && word.text != "s" && word.text != "ds" &&
           word.text != "ts")

@@ -5,7 +5,8 @@
 #include <utility>
 
 #include "platform/richtext/characters/special_characters.h"
-#include "platform/richtext/write/list_number.h"
+#include "platform/richtext/list_mark.h"
+#include "platform/richtext/write/format_writer.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::ptrdiff_t kLongestText = 64;  // characters
 constexpr int kLargestNumber = 32767;
+constexpr int kLeadingZero = 22;  // of \levelnfc
 
 // What the private characters of Symbol and Wingdings draw.
 char32_t DrawnBullet(char32_t character) {
@@ -77,6 +79,8 @@ void ClassicBullet::Word(const Token& token) {
     bullet_.start = std::clamp(token.param, 0, kLargestNumber);
   else if (token.text == "pnindent")
     bullet_.indent = std::clamp(token.param, 0, kLargestNumber);
+  else if (token.text == kListWord)
+    bullet_.list = std::clamp(token.param, 0, kLargestNumber);
   else if (token.text == "pnf")
     font_number_ = token.param;
 }
@@ -93,96 +97,151 @@ Bullet ClassicBullet::Take() const {
   if (bullet.kind != Bullet::Kind::kBullet) return bullet;
   bullet.before = BulletText(bullet.before.empty() ? "•" : bullet.before);
   bullet.start = 1;
+  bullet.list = 0;
   return bullet;
 }
 
-void ListTable::BeginList() { list_ = List(); }
+void ListTable::BeginList() {
+  list_ = List();
+  level_ = nullptr;
+}
 
 void ListTable::EndList() {
   const int id = list_.id;
   lists_[id] = std::exchange(list_, List());
+  level_ = nullptr;
 }
 
 void ListTable::BeginLevel() {
+  if (override_.level_count > 0) {
+    level_ = &override_.levels[static_cast<std::size_t>(override_.level_count - 1)].emplace();
+    return;
+  }
   if (list_.level_count < kLevels) ++list_.level_count;
+  level_ = &list_.levels[static_cast<std::size_t>(list_.level_count - 1)];
 }
 
-void ListTable::BeginOverride() { override_list_ = override_id_ = 0; }
+void ListTable::BeginOverride() {
+  override_ = Override();
+  level_ = nullptr;
+}
 
-void ListTable::EndOverride() { overrides_[override_list_] = override_id_; }
+void ListTable::BeginOverrideLevel() {
+  if (override_.level_count < kLevels) ++override_.level_count;
+  override_.starts_anew = false;
+  level_ = nullptr;
+}
+
+void ListTable::EndOverride() {
+  const int list = override_.list;
+  overrides_[list] = std::exchange(override_, Override());
+  level_ = nullptr;
+}
 
 void ListTable::Word(const Token& token) {
   if (token.text == "listid") {
-    list_.id = override_id_ = token.param;
+    list_.id = override_.id = token.param;
+  } else if (token.text == "ls") {
+    override_.list = token.param;
+  } else if (token.text == "listoverridestartat") {
+    override_.starts_anew = true;
+  } else if (token.text == "levelstartat") {
+    const int start = std::clamp(token.param, 0, kLargestNumber);
+    if (level_ != nullptr) level_->start = start;
+    if (override_.starts_anew)
+      override_.starts[static_cast<std::size_t>(std::max(override_.level_count - 1, 0))] = start;
+  } else if (level_ == nullptr) {
     return;
+  } else if (token.text == "levelnfc" || token.text == "levelnfcn") {
+    level_->kind = KindOfFormat(token.param);
+    level_->leading_zero = token.param == kLeadingZero;
+  } else if (token.text == "levellegal") {
+    level_->decimal_outer_numbers = token.On();
+  } else if (token.text == "levelnorestart") {
+    level_->runs_through = token.On();
+  } else if (token.text == "li" || token.text == "lin") {
+    level_->left_indent = std::clamp(token.param, 0, kLargestNumber);
+  } else if (token.text == "fi") {
+    level_->first_indent = std::clamp(token.param, -kLargestNumber, kLargestNumber);
   }
-  if (token.text == "ls") {
-    override_list_ = token.param;
-    return;
-  }
-  if (list_.level_count == 0) return;
-  Level& level = list_.levels[static_cast<std::size_t>(list_.level_count - 1)];
-  if (token.text == "levelnfc" || token.text == "levelnfcn")
-    level.kind = KindOfFormat(token.param);
-  else if (token.text == "levelstartat")
-    level.start = std::clamp(token.param, 0, kLargestNumber);
-  else if (token.text == "li" || token.text == "lin")
-    level.left_indent = std::clamp(token.param, 0, kLargestNumber);
-  else if (token.text == "fi")
-    level.first_indent = std::clamp(token.param, -kLargestNumber, kLargestNumber);
 }
 
 void ListTable::LevelText(char32_t character) {
-  if (list_.level_count == 0) return;
-  Level& level = list_.levels[static_cast<std::size_t>(list_.level_count - 1)];
-  if (!std::exchange(level.has_length, true)) return;
-  if (character != ';' && level.text.size() < static_cast<std::size_t>(kLongestText))
-    level.text += character;
+  if (level_ == nullptr || !std::exchange(level_->has_length, true)) return;
+  if (character != ';' && level_->text.size() < static_cast<std::size_t>(kLongestText))
+    level_->text += character;
 }
 
-std::string ListTable::NumberText(const List& list, int level) {
-  const auto index = static_cast<std::size_t>(level);
-  return FormatNumber(list.levels[index].kind, std::max(list.counts[index], 1));
+const ListTable::Level& ListTable::LevelOf(const List& list, const Override& change,
+                                           std::size_t level) {
+  return change.levels[level] ? *change.levels[level] : list.levels[level];
 }
 
-ListTable::Item ListTable::Next(int list_number, int level_number, bool follows) {
-  Item item;
-  const auto override_entry = overrides_.find(list_number);
-  const auto found =
-      override_entry == overrides_.end() ? lists_.end() : lists_.find(override_entry->second);
-  if (found == lists_.end()) return item;
-  List& list = found->second;
-  if (level_number < 0 || level_number >= std::max(list.level_count, 1)) return item;
-  const auto index = static_cast<std::size_t>(level_number);
-  const Level& level = list.levels[index];
+int ListTable::Start(const List& list, const Override& change, std::size_t level) {
+  return change.starts[level].value_or(LevelOf(list, change, level).start);
+}
 
-  int& count = list.counts[index];
-  count = count == 0 ? std::max(level.start, 1) : std::min(count + 1, kLargestNumber);
-  std::fill(list.counts.begin() + level_number + 1, list.counts.end(), 0);
-  if (!follows || list.run_starts[index] == 0) list.run_starts[index] = count;
-
-  item.left_indent = level.left_indent;
-  item.first_indent = level.first_indent;
-  Bullet& bullet = item.bullet;
-  bullet.kind = level.kind;
-  std::string* side = &bullet.before;
-  for (const char32_t character : level.text) {
-    if (character == static_cast<char32_t>(level_number))
-      side = &bullet.after;
-    else if (character < static_cast<char32_t>(level_number)) {
-      for (const char c : NumberText(list, static_cast<int>(character)))
-        AppendBounded(side, static_cast<char32_t>(c));
-    } else
-      AppendBounded(side, character);
+void ListTable::Count(List* list, Override* change, std::size_t level) {
+  // An outer level without an item of its own has its first number.
+  for (std::size_t outer = 0; outer < level; ++outer) {
+    if (list->counts[outer] == kNotBegun) list->counts[outer] = Start(*list, *change, outer);
   }
-  if (bullet.kind == Bullet::Kind::kBullet) {
+  int& count = list->counts[level];
+  const bool anew = change->starts[level] && !std::exchange(change->begun[level], true);
+  count = anew || count == kNotBegun ? Start(*list, *change, level)
+                                     : std::min(count + 1, kLargestNumber);
+  for (std::size_t inner = level + 1; inner < kLevels; ++inner) {
+    if (!LevelOf(*list, *change, inner).runs_through) list->counts[inner] = kNotBegun;
+  }
+}
+
+void ListTable::SetText(const List& list, const Override& change, std::size_t level,
+                        Bullet* bullet) {
+  const Level& own = LevelOf(list, change, level);
+  std::string* side = &bullet->before;
+  for (const char32_t character : own.text) {
+    if (character == static_cast<char32_t>(level)) {
+      // The zero is text, since a Bullet knows no such numbers.
+      if (own.leading_zero && list.counts[level] < 10) AppendBounded(side, U'0');
+      side = &bullet->after;
+    } else if (character < static_cast<char32_t>(level)) {
+      const Level& outer = LevelOf(list, change, character);
+      const auto kind = own.decimal_outer_numbers ? Bullet::Kind::kDecimal : outer.kind;
+      for (const char c : FormatNumber(kind, list.counts[character]))
+        AppendBounded(side, static_cast<char32_t>(c));
+    } else {
+      AppendBounded(side, character);
+    }
+  }
+}
+
+ListTable::Item ListTable::Next(int list_number, int level_number) {
+  const auto change = overrides_.find(list_number);
+  if (change == overrides_.end()) return {};
+  const auto found = lists_.find(change->second.id);
+  if (found == lists_.end()) return {};
+  List& list = found->second;
+  if (level_number < 0 || level_number >= std::max(list.level_count, 1)) return {};
+  const auto level = static_cast<std::size_t>(level_number);
+  const Level& own = LevelOf(list, change->second, level);
+  Count(&list, &change->second, level);
+  if (own.kind == Bullet::Kind::kNone) return {};
+
+  const bool shows_number =
+      !own.has_length || own.text.find(static_cast<char32_t>(level)) != std::u32string::npos;
+  if (own.kind != Bullet::Kind::kBullet && !shows_number && own.text.empty()) return {};
+
+  Item item;
+  item.number = list.counts[level];
+  item.last = &list.last[level];
+  item.left_indent = own.left_indent;
+  item.first_indent = own.first_indent;
+  item.bullet.kind = shows_number ? own.kind : Bullet::Kind::kBullet;
+  SetText(list, change->second, level, &item.bullet);
+  if (item.bullet.kind == Bullet::Kind::kBullet) {
     // A bullet has no number.
-    bullet.before = BulletText(bullet.before.empty() ? "•" : bullet.before);
-    bullet.after.clear();
-  } else if (bullet.kind == Bullet::Kind::kNone) {
-    bullet = Bullet();
-  } else {
-    bullet.start = list.run_starts[index];
+    item.bullet.before = BulletText(item.bullet.before.empty() ? "•" : item.bullet.before);
+    item.bullet.after.clear();
   }
   return item;
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "platform/richtext/document.h"
@@ -35,7 +36,9 @@ class ListTable {
   static constexpr int kLevels = 9;
 
   struct Item {
-    Bullet bullet;
+    Bullet bullet;  // its number and its list are to be chosen; kNone for no list
+    int number = 0;
+    Bullet* last = nullptr;  // what was chosen for the item before of this list and level
     int left_indent = 0, first_indent = 0;
   };
 
@@ -43,15 +46,15 @@ class ListTable {
   void EndList();
   void BeginLevel();
   void BeginOverride();
+  void BeginOverrideLevel();
   void EndOverride();
   void Word(const Token& token);
   // The template of a level's text: its length, then characters, those below 9 standing for the
   // numbers of the levels.
   void LevelText(char32_t character);
 
-  // Counts one more paragraph of list \lsN on a level. `follows` is true when the paragraph before
-  // it was of the same list and level: both then belong to one run of numbers.
-  Item Next(int list, int level, bool follows);
+  // Counts one more paragraph of list \lsN on a level.
+  Item Next(int list, int level);
 
  private:
   struct Level {
@@ -60,21 +63,41 @@ class ListTable {
     std::u32string text;
     int left_indent = 0, first_indent = 0;
     bool has_length = false;
+    bool decimal_outer_numbers = false;  // \levellegal
+    bool runs_through = false;           // \levelnorestart
+    bool leading_zero = false;
   };
+  static constexpr int kNotBegun = -1;
   struct List {
+    List() { counts.fill(kNotBegun); }
+
     int id = 0;
     std::array<Level, kLevels> levels;
     int level_count = 0;
-    std::array<int, kLevels> counts{};  // 0: not begun
-    std::array<int, kLevels> run_starts{};
+    std::array<int, kLevels> counts;
+    std::array<Bullet, kLevels> last;
+  };
+  // What \lsN changes of its list. Lists of one id count together, but one with a start of its own
+  // begins anew there.
+  struct Override {
+    int list = 0, id = 0;
+    int level_count = 0;
+    std::array<std::optional<Level>, kLevels> levels;
+    std::array<std::optional<int>, kLevels> starts;
+    std::array<bool, kLevels> begun{};
+    bool starts_anew = false;  // of the level being read
   };
 
-  static std::string NumberText(const List& list, int level);
+  static int Start(const List& list, const Override& change, std::size_t level);
+  static const Level& LevelOf(const List& list, const Override& change, std::size_t level);
+  static void Count(List* list, Override* change, std::size_t level);
+  static void SetText(const List& list, const Override& change, std::size_t level, Bullet* bullet);
 
-  std::map<int, List> lists_;     // by id
-  std::map<int, int> overrides_;  // \ls to id
-  List list_;                     // being read
-  int override_list_ = 0, override_id_ = 0;
+  std::map<int, List> lists_;          // by id
+  std::map<int, Override> overrides_;  // by \ls
+  List list_;                          // being read
+  Override override_;                  // being read
+  Level* level_ = nullptr;             // being read, of one of the two
 };
 
 }  // namespace tenora::richtext

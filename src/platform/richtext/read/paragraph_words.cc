@@ -4,6 +4,8 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "platform/richtext/read/border_words.h"
+
 namespace tenora::richtext {
 namespace {
 
@@ -17,8 +19,8 @@ using Handler = void (*)(Context&, const Token&);
 using Words = std::unordered_map<std::string_view, Handler>;
 
 constexpr int kLongestLength = 100'000;  // twips, beyond every sheet of paper
-constexpr int kMostSpace = 1440;         // twips between a border and its text
 constexpr std::size_t kMostTabs = 64;
+constexpr int kMostStyles = 0xffff;
 // An editor lays a table out twice for each table around it.
 constexpr int kDeepestNesting = 8;
 
@@ -71,10 +73,6 @@ void ChangeBorders(Context& context, Change change) {
   if (box || target == BorderTarget::kRight) change(format.right);
 }
 
-void SetBorder(Context& context, const Token&) {
-  ChangeBorders(context, [](Border& border) { border.present = true; });
-}
-
 void AddAlignmentWords(Words& words) {
   words.insert({
       {"ql", Align<Alignment::kLeft>},
@@ -123,7 +121,7 @@ void AddTabWords(Words& words) {
   });
 }
 
-void AddBorderWords(Words& words) {
+void AddEdgeWords(Words& words) {
   words.insert({
       {"brdrt", SelectBorder<BorderTarget::kTop>},
       {"brdrb", SelectBorder<BorderTarget::kBottom>},
@@ -133,26 +131,7 @@ void AddBorderWords(Words& words) {
       {"brdrbtw", SelectBorder<BorderTarget::kNone>},
       {"brdrbar", SelectBorder<BorderTarget::kNone>},
       {"chbrdr", SelectBorder<BorderTarget::kNone>},
-      {"brdrw",
-       [](Context& c, const Token& word) {
-         ChangeBorders(c, [&](Border& b) { b.width = std::clamp(word.param, 0, 255); });
-       }},
-      {"brsp",
-       [](Context& c, const Token& word) {
-         ChangeBorders(c, [&](Border& b) { b.space = std::clamp(word.param, 0, kMostSpace); });
-       }},
-      {"brdrcf",
-       [](Context& c, const Token& word) {
-         ChangeBorders(c, [&](Border& b) { b.colour = c.colours.Position(word.param); });
-       }},
-      {"brdrnone", [](Context& c, const Token&) { ChangeBorders(c, [](Border& b) { b = {}; }); }},
-      {"brdrnil", [](Context& c, const Token&) { ChangeBorders(c, [](Border& b) { b = {}; }); }},
   });
-  for (const std::string_view style :
-       {"brdrs", "brdrth", "brdrsh", "brdrdb", "brdrdot", "brdrdash", "brdrhair", "brdrdashsm",
-        "brdrdashd", "brdrdashdd", "brdrtriple", "brdrwavy", "brdrwavydb", "brdrinset",
-        "brdroutset", "brdremboss", "brdrengrave", "brdrframe"})
-    words.emplace(style, SetBorder);
 }
 
 const Words& ParagraphWords() {
@@ -164,13 +143,17 @@ const Words& ParagraphWords() {
          [](Context& c, const Token& word) {
            c.state.nesting = std::clamp(word.param, 0, kDeepestNesting);
          }},
+        {"s", [](Context& c,
+                 const Token& word) { c.state.style = std::clamp(word.param, 0, kMostStyles); }},
+        {"contextualspace",
+         [](Context& c, const Token& word) { c.state.contextual_space = word.On(); }},
         {"ls", [](Context& c, const Token& word) { c.state.list = word.param; }},
         {"ilvl",
          [](Context& c, const Token& word) { c.state.list_level = std::clamp(word.param, 0, 8); }},
     };
     AddAlignmentWords(all);
     AddTabWords(all);
-    AddBorderWords(all);
+    AddEdgeWords(all);
     return all;
   }();
   return words;
@@ -180,11 +163,15 @@ const Words& ParagraphWords() {
 
 int ParagraphState::TableLevel() const { return std::max(nesting, in_table ? 1 : 0); }
 
-bool IsParagraphWord(std::string_view name) { return ParagraphWords().contains(name); }
+bool IsParagraphWord(std::string_view name) {
+  return ParagraphWords().contains(name) || IsBorderWord(name);
+}
 
 void ApplyParagraphWord(const Token& word, const ColourTable& colours, ParagraphState* state) {
   Context context{colours, *state, state->format};
-  ParagraphWords().at(word.text)(context, word);
+  const auto found = ParagraphWords().find(word.text);
+  if (found != ParagraphWords().end()) return found->second(context, word);
+  ChangeBorders(context, [&](Border& border) { ApplyBorderWord(word, colours, &border); });
 }
 
 }  // namespace tenora::richtext

@@ -18,6 +18,8 @@ struct ParagraphState {
   int list = -1;       // \ls, -1 outside lists
   int list_level = 0;  // \ilvl
   int shading = 0;     // \shading, in hundredths of a percent
+  int style = 0;       // \s
+  bool contextual_space = false;
   BorderTarget border = BorderTarget::kNone;
   TabStop tab;  // kind and leader for the next \tx
 

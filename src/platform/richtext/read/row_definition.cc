@@ -5,6 +5,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "platform/richtext/read/border_words.h"
+
 namespace tenora::richtext {
 namespace {
 
@@ -91,7 +93,10 @@ bool RowDefinition::Take(const Token& word, const ColourTable& colours) {
     return true;
   }
   Append(word, NamesColour(name) ? colours.Position(word.param) : word.param, &pending_);
-  if (border) return TakeBorderWord(word, colours);
+  if (border) {
+    if (edge_ != nullptr) ApplyBorderWord(word, colours, &(cell_.*edge_));
+    return true;
+  }
   padding_.Take(word);
   if (cell) return TakeCellWord(word, colours);
   TakeRowWord(word);
@@ -142,20 +147,6 @@ bool RowDefinition::TakeCellWord(const Token& word, const ColourTable& colours) 
   return true;
 }
 
-bool RowDefinition::TakeBorderWord(const Token& word, const ColourTable& colours) {
-  if (edge_ == nullptr) return true;
-  Border& border = cell_.*edge_;
-  if (word.text == "brdrw")
-    border.width = std::clamp(word.param, 0, 255);
-  else if (word.text == "brdrcf")
-    border.colour = colours.Position(word.param);
-  else if (word.text == "brdrnone" || word.text == "brdrnil")
-    border = Border();
-  else if (word.text != "brsp")
-    border.present = true;
-  return true;
-}
-
 void RowDefinition::EndCell(const Token& word) {
   in_border_ = false;
   edge_ = nullptr;
@@ -167,6 +158,9 @@ void RowDefinition::EndCell(const Token& word) {
   Cell cell = std::exchange(cell_, Cell());
   cell.right_edge = std::clamp(word.param, -kWidestTable, kWidestTable);
   cell.padding = padding;
+  for (Border* edge : {&cell.top, &cell.bottom, &cell.left, &cell.right}) {
+    if (!edge->present) *edge = Border();
+  }
   source_.append(std::exchange(pending_, {}));
   source_.append("\\cellx").append(std::to_string(cell.right_edge));
   row_.cells.push_back(std::move(cell));

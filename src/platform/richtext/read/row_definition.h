@@ -43,7 +43,6 @@ class RowDefinition {
  private:
   void TakeRowWord(const Token& word);
   bool TakeCellWord(const Token& word, const ColourTable& colours);
-  bool TakeBorderWord(const Token& word, const ColourTable& colours);
   void EndCell(const Token& word);
 
   std::string source_;   // up to the last \cellx

@@ -415,7 +415,9 @@ bool RtfReader::OpenInTable(const Token& word) {
     case Destination::kClassicList:
       if (word.text == "pntxtb") return Top().Become(Destination::kListBefore);
       if (word.text == "pntxta") return Top().Become(Destination::kListAfter);
-      return false;
+      if (word.text != kListWord) return false;
+      bullet_.Word(word);
+      return Top().Become(Destination::kSkip);
     case Destination::kInfo:
       return OpenInInfo(word);
     default:
@@ -660,6 +662,7 @@ bool RtfReader::StyleWord(const Token& word) {
   if (word.text != "s" && word.text != "cs") return false;
   const std::vector<Token>& styled = word.text == "s" ? head_.styles().ParagraphStyle(word.param)
                                                       : head_.styles().CharacterStyle(word.param);
+  if (word.text == "s") ParagraphWord(word);
   for (const Token& style_word : styled) {
     if (!CharacterWord(style_word)) ParagraphWord(style_word);
   }

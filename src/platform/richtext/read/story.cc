@@ -47,17 +47,30 @@ void Story::AddMark(std::string source) {
 }
 
 void Story::NumberParagraph(ParagraphFormat* format) {
-  const bool follows = state_.list == last_list_ && state_.list_level == last_list_level_;
-  last_list_ = state_.list;
-  last_list_level_ = state_.list_level;
-  if (state_.list < 0) return;
-  const ListTable::Item item = context_.lists.Next(state_.list, state_.list_level, follows);
+  if (std::exchange(counted_level_, state_.TableLevel()) != counted_level_) numbers_.EndAll();
+  if (state_.list >= 0) ApplyList(format);
+  numbers_.Next(*format);
+}
+
+// The bullet of an item is chosen so that counting the letter's bullets gives the number that the
+// list table gives.
+void Story::ApplyList(ParagraphFormat* format) {
+  const ListTable::Item item = context_.lists.Next(state_.list, state_.list_level);
   if (item.bullet.kind == Bullet::Kind::kNone) return;
-  format->bullet = item.bullet;
   if (format->left_indent == 0 && format->first_indent == 0) {
     format->left_indent = item.left_indent;
     format->first_indent = item.first_indent;
   }
+  Bullet& bullet = format->bullet = item.bullet;
+  if (bullet.kind == Bullet::Kind::kBullet) return;
+  bullet.start = item.last->start;
+  bullet.list = item.last->list;
+  if (bullet != *item.last || numbers_.Peek(*format) != item.number) {
+    bullet.start = item.number;
+    for (bullet.list = 0; numbers_.Peek(*format) != item.number; ++bullet.list) {
+    }
+  }
+  *item.last = bullet;
 }
 
 Paragraph Story::TakeParagraph(const CharFormat& mark) {
@@ -70,6 +83,10 @@ Paragraph Story::TakeParagraph(const CharFormat& mark) {
   if (std::exchange(page_break_pending_, false)) format.page_break_before = true;
   if (state_.shading > 0 && format.shading == 0)
     format.shading = context_.colours.Add(GreyOfShading(state_.shading));
+  for (Border* border : {&format.top, &format.bottom, &format.left, &format.right}) {
+    if (!border->present) *border = Border();
+  }
+  if (state_.contextual_space) format.contextual_style = state_.style;
   NumberParagraph(&format);
   if (format.bullet.kind == Bullet::Kind::kBullet) context_.fonts.SymbolPosition();
   MoveMarksOutOfCodes(&paragraph);
@@ -85,6 +102,7 @@ void Story::EndCellAt(int level, const CharFormat& mark) {
   if (!context_.budget.Spend(ParagraphCost(state_.format) + sizeof(Cell)))
     return Text("\t", mark, nullptr);
   blocks_.EndCell(TakeParagraph(mark), level);
+  numbers_.EndAll();
 }
 
 void Story::EndCell(const CharFormat& mark) { EndCellAt(1, mark); }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/richtext/document.h"
+#include "platform/richtext/list_counter.h"
 #include "platform/richtext/read/block_builder.h"
 #include "platform/richtext/read/font_table.h"
 #include "platform/richtext/read/list_table.h"
@@ -68,6 +69,7 @@ class Story {
  private:
   Paragraph TakeParagraph(const CharFormat& mark);
   void NumberParagraph(ParagraphFormat* format);
+  void ApplyList(ParagraphFormat* format);
   void EndCellAt(int level, const CharFormat& mark);
   RowDefinition& Definition(int level);
 
@@ -80,7 +82,8 @@ class Story {
   std::vector<RowDefinition> definitions_;  // by level, from 1
   bool page_break_pending_ = false;
   int serial_ = 0;
-  int last_list_ = -1, last_list_level_ = 0;  // of the paragraph before
+  ListCounter numbers_;
+  int counted_level_ = 0;  // of the table whose paragraphs it counts
 };
 
 }  // namespace tenora::richtext

@@ -3,15 +3,9 @@
 #include <algorithm>
 #include <string>
 
+#include "platform/richtext/list_counter.h"
+
 namespace tenora::richtext {
-namespace {
-
-// Paragraphs of one list count on only while they follow each other.
-bool SameList(const Bullet& left, const Bullet& right) {
-  return left.kind != Bullet::Kind::kNone && left == right;
-}
-
-}  // namespace
 
 BlockWriter::BlockWriter(const std::vector<Font>& fonts, int default_font, int document_code_page,
                          CodePages* code_pages, SourceText* out, Escapes escapes)
@@ -28,12 +22,16 @@ void BlockWriter::Write(const std::vector<Block>& blocks, Ending ending) {
 
 void BlockWriter::WriteBlocks(const std::vector<Block>& blocks, int level,
                               std::string_view last_end) {
+  ListCounter numbers;
   for (std::size_t i = 0; i < blocks.size(); ++i) {
-    if (const auto* table = std::get_if<std::shared_ptr<Table>>(&blocks[i]))
+    if (const auto* table = std::get_if<std::shared_ptr<Table>>(&blocks[i])) {
       WriteTable(**table, level + 1);
-    else
-      WriteParagraph(std::get<Paragraph>(blocks[i]), level,
-                     i + 1 == blocks.size() ? last_end : "par");
+      numbers.EndAll();
+      continue;
+    }
+    const auto& paragraph = std::get<Paragraph>(blocks[i]);
+    WriteParagraph(paragraph, numbers.Next(paragraph.format), level,
+                   i + 1 == blocks.size() ? last_end : "par");
   }
 }
 
@@ -55,10 +53,7 @@ void BlockWriter::WriteTable(const Table& table, int level) {
   paragraph_ = nullptr;
 }
 
-void BlockWriter::WriteParagraphFormat(const ParagraphFormat& format, int level) {
-  const bool counts_on = paragraph_ != nullptr && SameList(paragraph_->bullet, format.bullet);
-  item_ = counts_on ? item_ + 1 : 0;
-  const int number = format.bullet.start + item_;
+void BlockWriter::WriteParagraphFormat(const ParagraphFormat& format, int number, int level) {
   if (paragraph_ != nullptr && level == level_ && *paragraph_ == format) {
     if (format.bullet.kind != Bullet::Kind::kNone) formats_.BulletText(format.bullet, number);
   } else {
@@ -71,8 +66,9 @@ void BlockWriter::WriteParagraphFormat(const ParagraphFormat& format, int level)
   level_ = level;
 }
 
-void BlockWriter::WriteParagraph(const Paragraph& paragraph, int level, std::string_view end) {
-  WriteParagraphFormat(paragraph.format, level);
+void BlockWriter::WriteParagraph(const Paragraph& paragraph, int number, int level,
+                                 std::string_view end) {
+  WriteParagraphFormat(paragraph.format, number, level);
   std::size_t offset = 0, next_mark = 0;
   for (const Run& run : paragraph.runs) WriteRun(run, paragraph, &offset, &next_mark);
   SwitchField(nullptr);

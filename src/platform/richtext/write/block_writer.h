@@ -27,8 +27,9 @@ class BlockWriter {
  private:
   void WriteBlocks(const std::vector<Block>& blocks, int level, std::string_view last_end);
   void WriteTable(const Table& table, int level);
-  void WriteParagraph(const Paragraph& paragraph, int level, std::string_view end);
-  void WriteParagraphFormat(const ParagraphFormat& format, int level);
+  // `number` is the paragraph's in its list.
+  void WriteParagraph(const Paragraph& paragraph, int number, int level, std::string_view end);
+  void WriteParagraphFormat(const ParagraphFormat& format, int number, int level);
   void WriteRun(const Run& run, const Paragraph& paragraph, std::size_t* offset,
                 std::size_t* next_mark);
   // Closes and opens fields; `font` is that of the text in the new one.
@@ -43,7 +44,6 @@ class BlockWriter {
   bool format_known_ = false;
   const ParagraphFormat* paragraph_ = nullptr;
   int level_ = -1;
-  int item_ = 0;  // numbered paragraphs of the current list written so far
   std::vector<const Field*> fields_;
   std::vector<CharFormat> outside_;  // the format around each open field
 };

@@ -1,7 +1,7 @@
 #include "platform/richtext/write/format_writer.h"
 
 #include "platform/richtext/characters/code_page.h"
-#include "platform/richtext/write/list_number.h"
+#include "platform/richtext/list_mark.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::richtext {
@@ -104,9 +104,7 @@ void FormatWriter::BulletText(const Bullet& bullet, int number) {
   if (InSymbol(bullet)) {
     out_.Raw(kBulletByte);
   } else {
-    out_.Text(bullet.before, nullptr);
-    if (bullet.kind != Bullet::Kind::kBullet) out_.Text(FormatNumber(bullet.kind, number), nullptr);
-    out_.Text(bullet.after, nullptr);
+    out_.Text(ListMark(bullet, number), nullptr);
   }
   out_.Word("tab");
   out_.Raw("}");
@@ -131,6 +129,11 @@ void FormatWriter::ListWords(const Bullet& bullet) {
   else
     ListText("pntxtb", bullet.before);
   ListText("pntxta", bullet.after);
+  if (bullet.list != 0) {
+    out_.Raw("{\\*");
+    out_.Word(kListWord, bullet.list);
+    out_.Raw("}");
+  }
   out_.Raw("}");
 }
 
@@ -150,7 +153,10 @@ void FormatWriter::ListText(std::string_view word, std::string_view text) {
 void FormatWriter::BorderWords(std::string_view edge, const Border& border) {
   if (!border.present) return;
   out_.Word(edge);
-  out_.Word("brdrs");
+  out_.Word(border.kind == Border::Kind::kDouble   ? "brdrdb"
+            : border.kind == Border::Kind::kDotted ? "brdrdot"
+            : border.kind == Border::Kind::kDashed ? "brdrdash"
+                                                   : "brdrs");
   if (border.width != 0) out_.Word("brdrw", border.width);
   if (border.space != 0) out_.Word("brsp", border.space);
   if (border.colour != 0) out_.Word("brdrcf", border.colour);
@@ -175,6 +181,10 @@ void FormatWriter::LengthWords(const ParagraphFormat& format) {
 }
 
 void FormatWriter::Paragraph(const ParagraphFormat& format, int number) {
+  if (format.contextual_style >= 0) {
+    out_.Word("s", format.contextual_style);
+    out_.Word("contextualspace");
+  }
   if (format.right_to_left) out_.Word("rtlpar");
   if (format.bullet.kind != Bullet::Kind::kNone) {
     BulletText(format.bullet, number);

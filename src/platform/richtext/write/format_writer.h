@@ -1,6 +1,9 @@
 // Formats as control words, in the order the classic control writes them.
 #pragma once
 
+#include <string_view>
+#include <vector>
+
 #include "platform/richtext/document.h"
 #include "platform/richtext/write/source_text.h"
 
@@ -16,6 +19,10 @@ bool IsBulletFont(const Font& font);
 Font BulletFont();
 // True for the bullet that the classic control writes as a character of that font.
 bool IsSymbolBullet(const Bullet& bullet);
+
+// Our own word in a \pn group, which other readers pass over: lists that look alike and follow each
+// other differ in its number.
+inline constexpr std::string_view kListWord = "tenoralist";
 
 class FormatWriter {
  public:

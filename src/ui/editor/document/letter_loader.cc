@@ -77,15 +77,20 @@ QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& da
   const Cell& bottom_cell = bottom.row->cells[static_cast<std::size_t>(bottom.first)];
 
   const auto width = [](const richtext::Border& border) {
-    return border.present ? std::max(1.0, PixelsOfTwips(border.width)) : 0.0;
+    const int lines = border.kind == richtext::Border::Kind::kDouble ? 3 : 1;
+    return border.present ? lines * std::max(1.0, PixelsOfTwips(border.width)) : 0.0;
   };
   const auto brush = [&](const richtext::Border& border) {
     const QColor colour = formats.ColourAt(border.colour);
     return QBrush(colour.isValid() ? colour : QColor(Qt::black));
   };
   const auto style = [](const richtext::Border& border) {
-    return border.present ? QTextFrameFormat::BorderStyle_Solid
-                          : QTextFrameFormat::BorderStyle_None;
+    using Kind = richtext::Border::Kind;
+    if (!border.present) return QTextFrameFormat::BorderStyle_None;
+    if (border.kind == Kind::kDouble) return QTextFrameFormat::BorderStyle_Double;
+    if (border.kind == Kind::kDotted) return QTextFrameFormat::BorderStyle_Dotted;
+    if (border.kind == Kind::kDashed) return QTextFrameFormat::BorderStyle_Dashed;
+    return QTextFrameFormat::BorderStyle_Solid;
   };
   format.setTopBorder(width(cell.top));
   format.setTopBorderBrush(brush(cell.top));

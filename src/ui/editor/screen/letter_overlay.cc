@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "platform/printing/symbol_fonts.h"
+#include "platform/richtext/list_counter.h"
 #include "platform/richtext/list_mark.h"
 
 namespace tenora {
@@ -14,6 +15,14 @@ namespace {
 
 using richtext::Bullet;
 using richtext::ParagraphFormat;
+
+// Whether two blocks are in one cell, or both outside tables: lists do not reach across.
+bool InOneText(const QTextBlock& one, const QTextBlock& other) {
+  const QTextCursor first(one), second(other);
+  const QTextTable* table = first.currentTable();
+  if (table != second.currentTable()) return false;
+  return table == nullptr || table->cellAt(first) == table->cellAt(second);
+}
 
 class Overlay {
  public:
@@ -49,33 +58,46 @@ class Overlay {
   void Line(const richtext::Border& border, QPointF from, QPointF to) {
     if (!border.present) return;
     const QColor colour = formats_.ColourAt(border.colour);
-    painter_.setPen(
-        QPen(colour.isValid() ? colour : QColor(Qt::black), std::max(1.0, border.width * scale_)));
-    painter_.drawLine(from, to);
+    using Kind = richtext::Border::Kind;
+    const double width = std::max(1.0, border.width * scale_);
+    QPen pen(colour.isValid() ? colour : QColor(Qt::black), width);
+    if (border.kind == Kind::kDotted) pen.setStyle(Qt::DotLine);
+    if (border.kind == Kind::kDashed) pen.setStyle(Qt::DashLine);
+    painter_.setPen(pen);
+    if (border.kind != Kind::kDouble) return painter_.drawLine(from, to);
+    const QPointF apart = from.y() == to.y() ? QPointF(0, width) : QPointF(width, 0);
+    painter_.drawLine(from - apart, to - apart);
+    painter_.drawLine(from + apart, to + apart);
   }
 
-  // Adjacent paragraphs of one list are numbered consecutively.
-  int NumberOf(const QTextBlock& block, const Bullet& bullet) {
-    int before = 0;
-    for (QTextBlock other = block.previous(); other.isValid(); other = other.previous()) {
-      if (formats_.ParagraphOf(other.blockFormat()).bullet != bullet) break;
-      ++before;
+  bool IsItem(const QTextBlock& block) {
+    return block.isValid() &&
+           formats_.ParagraphOf(block.blockFormat()).bullet.kind != Bullet::Kind::kNone;
+  }
+
+  // Blocks are painted in their order, so mostly the block before is the last one counted.
+  int NumberOf(const QTextBlock& block) {
+    if (!counted_.isValid() || counted_.next() != block || !InOneText(counted_, block)) {
+      numbers_.EndAll();
+      QTextBlock first = block;
+      while (IsItem(first.previous()) && InOneText(first.previous(), first))
+        first = first.previous();
+      for (; first != block; first = first.next())
+        numbers_.Next(formats_.ParagraphOf(first.blockFormat()));
     }
-    return bullet.start + before;
+    counted_ = block;
+    return numbers_.Next(formats_.ParagraphOf(block.blockFormat()));
   }
 
   void PaintListMark(const QTextBlock& block, const ParagraphFormat& format, const QRectF& area) {
     const QTextLayout* text = block.layout();
     if (text == nullptr || text->lineCount() == 0) return;
-    const QTextCharFormat shown =
-        block.begin().atEnd() ? block.charFormat() : block.begin().fragment().charFormat();
+    const QTextCharFormat shown = block.charFormat();
     QPaintDevice* device = layout_.paintDevice();
     painter_.setFont(device == nullptr ? shown.font() : QFont(shown.font(), device));
     const bool coloured = shown.foreground().style() == Qt::SolidPattern;
     painter_.setPen(coloured ? shown.foreground().color() : QColor(Qt::black));
-    const bool counts = format.bullet.kind != Bullet::Kind::kBullet;
-    const std::string mark =
-        richtext::ListMark(format.bullet, counts ? NumberOf(block, format.bullet) : 1);
+    const std::string mark = richtext::ListMark(format.bullet, NumberOf(block));
     const QTextLine line = text->lineAt(0);
     const double x = area.left() + (format.left_indent + format.first_indent) * scale_;
     painter_.drawText(QPointF(x, text->position().y() + line.y() + line.ascent()),
@@ -86,6 +108,8 @@ class Overlay {
   QAbstractTextDocumentLayout& layout_;
   LetterFormats& formats_;
   double scale_ = 1;
+  richtext::ListCounter numbers_;
+  QTextBlock counted_;  // the last one
 };
 
 // The first block that may be visible; in a table, the table's first block.

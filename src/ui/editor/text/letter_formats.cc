@@ -198,8 +198,10 @@ QTextBlockFormat LetterFormats::Paragraph(const ParagraphFormat& format) {
   if (format.bullet.kind != richtext::Bullet::Kind::kNone)
     first = first < 0 ? 0 : first + format.bullet.indent;
   shown.setTextIndent(PixelsOfTwips(first) * zoom_);
-  shown.setTopMargin(PixelsOfTwips(format.space_before));
-  shown.setBottomMargin(PixelsOfTwips(format.space_after));
+  // A block does not know its neighbours, so this space is left out at both ends of the list too.
+  const bool spaced = format.contextual_style < 0;
+  shown.setTopMargin(spaced ? PixelsOfTwips(format.space_before) : 0);
+  shown.setBottomMargin(spaced ? PixelsOfTwips(format.space_after) : 0);
   SetLineHeight(format, &shown);
   const QList<QTextOption::Tab> tabs = ShownTabs(format, head_.default_tab);
   if (!tabs.isEmpty()) shown.setTabPositions(tabs);
