@@ -12,8 +12,13 @@ namespace tenora {
 // library.
 std::string RecipientFolderName(std::string_view recipient_name);
 
-// That folder's path, made when missing. Raises the errors of FileError, and 75 where there is a
-// link in its place: letters do not leave the data folder.
+// The folder that version 1.0 saved this recipient's letters in, where it is another one: for names
+// with characters that Windows forbids, and names of its devices. Letters are still found there,
+// new ones are not saved there. Empty for the other names. It is never another recipient's folder.
+std::string EarlierRecipientFolderName(std::string_view recipient_name);
+
+// The path of RecipientFolderName's folder, made when missing. Raises the errors of FileError, and
+// 75 where there is a link in its place: letters do not leave the data folder.
 std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
                                           std::string_view recipient_name);
 

@@ -65,5 +65,28 @@ TEST(RecipientFolderName, TurnsHostileNamesIntoOneFolderInPlace) {
   EXPECT_EQ(std::distance(begin(beside), end(beside)), 1);
 }
 
+// What version 1.0 called the folder, which is on the disks of those who used it.
+TEST(EarlierRecipientFolderName, IsVersion1sWhereItWasAnother) {
+  const struct {
+    std::string name;
+    const char* earlier;
+  } cases[] = {
+      {"Jane Smith", ""},
+      {"Smith/Jones", ""},
+      {"..", ""},
+      {"a\nb", ""},
+      {"Templates", ""},
+      {"Ann: why?", "Ann: why?"},
+      {"  \"Nest\" Trust * . ", "\"Nest\" Trust *"},
+      {"Smith/Jones <x>|", "Smith-Jones <x>|"},
+      {"Con", "Con"},
+      {".a:", "_a:~13fef73e"},
+      {Repeat("x", 300) + ":", ""},
+  };
+  for (const auto& expected : cases) {
+    EXPECT_EQ(EarlierRecipientFolderName(expected.name), expected.earlier) << expected.name;
+  }
+}
+
 }  // namespace
 }  // namespace tenora

@@ -74,6 +74,19 @@ TEST_F(RunLogTest, IsReadBackWhateverNamesItHolds) {
   EXPECT_EQ(log.letter(3).fingerprint, "9 bytes, 1f");
 }
 
+TEST_F(RunLogTest, KnowsTheFolderInWhichVersion1SavedALetter) {
+  request_.recipients = {{"Ann: why?", "T1"}};
+  fs::path path;
+  {
+    RunLog log(data_, request_, clock_);
+    path = log.path();
+    log.NoteFile(1, data_ / "Ann: why?" / "Notice.rtf");
+    log.Note(1, LetterState::kSaving);
+    log.Sync();
+  }
+  EXPECT_EQ(RunLog::Resume(path, data_, clock_).letter(1).file, "Ann: why?/Notice.rtf");
+}
+
 TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
   request_.recipients = {{"Jane", "T1"}};
   const fs::path path = RunLog(data_, request_, clock_).path();

@@ -218,7 +218,9 @@ class Reader {
     if (file.empty()) return;
     const std::filesystem::path path(file);
     const std::string own = path.filename().string();
-    const bool inside = path == std::filesystem::path(RecipientFolderName(name)) / own;
+    const std::string folder = path.parent_path().string();
+    const bool inside = !folder.empty() && (folder == RecipientFolderName(name) ||
+                                            folder == EarlierRecipientFolderName(name));
     if (!inside || own == "." || own == ".." || !own.ends_with(".rtf")) {
       Refuse("the run log names \"" + file + "\" in line " + std::to_string(line_) +
              ", which is not a letter in the folder of " + name);

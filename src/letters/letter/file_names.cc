@@ -24,6 +24,11 @@ std::string RecipientFolderName(std::string_view recipient_name) {
   return taken ? FileNameWithHash(recipient_name) : safe;
 }
 
+std::string EarlierRecipientFolderName(std::string_view recipient_name) {
+  std::string earlier = FileNameOfVersion1(recipient_name);
+  return earlier == SafeFileName(recipient_name) ? std::string() : earlier;
+}
+
 std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
                                           std::string_view recipient_name) {
   const std::filesystem::path folder = data_folder / RecipientFolderName(recipient_name);

@@ -16,9 +16,10 @@ constexpr std::array<std::string_view, 2> kNumberedDevices{"COM", "LPT"};
 // Windows accepts superscript digits here.
 constexpr std::array<std::string_view, 3> kDeviceSuperscripts{"\u00B9", "\u00B2", "\u00B3"};
 
+bool IsControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
+
 bool IsForbidden(char32_t c) {
-  const bool control = c < 0x20 || (c >= 0x7F && c < 0xA0);
-  return control || (c < 0x80 && kForbidden.find(static_cast<char>(c)) != std::string_view::npos);
+  return c < 0x80 && kForbidden.find(static_cast<char>(c)) != std::string_view::npos;
 }
 
 // Windows looks at what stands before the first dot, without the blanks at its end.
@@ -53,15 +54,18 @@ struct SafeName {
   bool ambiguous = false;  // another name may become the same text
 };
 
-SafeName Sanitized(std::string_view name) {
+enum class Rules { kVersion1, kWindows };
+
+SafeName Sanitized(std::string_view name, Rules rules) {
+  const bool windows = rules == Rules::kWindows;
   SafeName safe;
   while (!name.empty()) {
     const char32_t c = TakeCodePoint(name);
-    if (c == U'/' || c == U'\\' || c == U':') {
+    if (c == U'/' || c == U'\\' || (windows && c == U':')) {
       safe.text += '-';
-    } else if (c == U'"') {
+    } else if (windows && c == U'"') {
       safe.text += '`';
-    } else if (IsForbidden(c)) {
+    } else if (IsControl(c) || (windows && IsForbidden(c))) {
       safe.text += '_';
       safe.ambiguous = true;
     } else {
@@ -72,22 +76,30 @@ SafeName Sanitized(std::string_view name) {
   const std::size_t dots = std::min(safe.text.find_first_not_of('.'), safe.text.size());
   std::fill_n(safe.text.begin(), dots, '_');
   safe.text.erase(safe.text.find_last_not_of(". ") + 1);
-  const bool device = NamesDevice(safe.text);
+  const bool device = windows && NamesDevice(safe.text);
   if (device) safe.text.insert(0, "_");
   safe.ambiguous = safe.ambiguous || dots > 0 || device || safe.text.empty();
   return safe;
 }
 
-}  // namespace
-
-std::string SafeFileName(std::string_view name, std::size_t longest) {
-  SafeName safe = Sanitized(name);
+std::string FileName(std::string_view name, std::size_t longest, Rules rules) {
+  SafeName safe = Sanitized(name, rules);
   if (safe.ambiguous || safe.text.size() > longest) return WithHash(safe.text, name, longest);
   return std::move(safe.text);
 }
 
+}  // namespace
+
+std::string SafeFileName(std::string_view name, std::size_t longest) {
+  return FileName(name, longest, Rules::kWindows);
+}
+
 std::string FileNameWithHash(std::string_view name, std::size_t longest) {
-  return WithHash(Sanitized(name).text, name, longest);
+  return WithHash(Sanitized(name, Rules::kWindows).text, name, longest);
+}
+
+std::string FileNameOfVersion1(std::string_view name, std::size_t longest) {
+  return FileName(name, longest, Rules::kVersion1);
 }
 
 }  // namespace tenora

@@ -23,4 +23,8 @@ std::string SafeFileName(std::string_view name, std::size_t longest = kLongestFi
 // The safe form of a name, always followed by the hash of the name.
 std::string FileNameWithHash(std::string_view name, std::size_t longest = kLongestFileName);
 
+// The name as version 1.0 made it, which knew nothing of what Windows forbids: it kept : " * ? < >
+// | and the names of devices. To find what it saved.
+std::string FileNameOfVersion1(std::string_view name, std::size_t longest = kLongestFileName);
+
 }  // namespace tenora

@@ -3,6 +3,7 @@
 #include <QAbstractItemModelTester>
 
 #include "application.h"
+#include "letters/file_names.h"
 #include "support/fake_platform.h"
 #include "ui/window/tree/ctl_tree.h"
 
@@ -69,6 +70,29 @@ TEST_F(Tree, GroupsTemplatesAndRecipientsAndFoldsClosedTenants) {
   tree_.OpenAgain("Tenants\nTenants/<Closed Tenants>");
   EXPECT_EQ(Names(tenants), "- <Closed Tenants>|Jo Green|Bo Green|");
   EXPECT_EQ(Names(model_.index(0, 0, tenants)), "Ann Old|");
+}
+
+// Version 1.0 kept colons and question marks in the names of folders.
+TEST_F(Tree, ListsTheLettersOfARecipientsEarlierFolderToo) {
+  session_.caches.Tenants[2].KeyName = "Bo: why?";
+  Save("Bo: why?/Notice.rtf");
+  Save("Bo: why?/Arrears.rtf");
+  tree_.RefreshTree();
+  const QModelIndex bo = model_.IndexOfKey("Tenants/T3");
+  ASSERT_TRUE(model_.hasChildren(bo));
+  model_.fetchMore(bo);
+  EXPECT_EQ(Names(bo), "Arrears|Notice|");
+  const std::string folder = RecipientFolderName("Bo: why?");
+  Save(folder + "/Notice.rtf");
+  tree_.RefreshTree();
+  EXPECT_EQ(Names(bo), "Arrears|Notice|Notice|");
+  const auto data = platform_.ProgramFolder();
+  for (const auto& file : {data / folder / "Notice.rtf", data / "Bo: why?" / "Notice.rtf"}) {
+    const QModelIndex found = model_.FindFile(model_.Group("Tenants"), file);
+    ASSERT_TRUE(found.isValid()) << file;
+    EXPECT_EQ(model_.EntryAt(found)->path, file);
+    EXPECT_EQ(model_.IndexOfKey(model_.KeyOf(found)), found);
+  }
 }
 
 TEST_F(Tree, ListsARecipientsLettersWhenOpenedAndFollowsTheFolder) {

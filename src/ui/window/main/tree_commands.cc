@@ -86,7 +86,11 @@ void TreeCommands::Rename(const Entry& entry) {
 
 void TreeCommands::ShowFolder(const Entry& entry) {
   Dialogs& dialogs = session_.platform.dialogs;
-  const std::filesystem::path folder = session_.database.DataFolder() / entry.folder;
+  const std::filesystem::path data_folder = session_.database.DataFolder();
+  const bool file = !entry.path.empty();
+  std::filesystem::path folder = file ? entry.path.parent_path() : data_folder / entry.folder;
+  const bool moved = !entry.earlier_folder.empty() && !std::filesystem::is_directory(folder);
+  if (moved) folder = data_folder / entry.earlier_folder;
   if (!std::filesystem::is_directory(folder)) {
     return dialogs.Say("There is no folder yet; the first letter that is saved makes it:\r\n" +
                        folder.string());

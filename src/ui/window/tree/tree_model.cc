@@ -9,6 +9,7 @@
 
 #include "letters/file_names.h"
 #include "letters/template_library.h"
+#include "platform/runtime/text.h"
 #include "ui/window/appearance/icons.h"
 
 namespace tenora {
@@ -88,14 +89,22 @@ std::unique_ptr<TreeModel::Node> TreeModel::MakeGroup(std::string_view name, Nod
   return group;
 }
 
-TreeModel::Nodes TreeModel::MakeFiles(const Entry& like) const {
+std::vector<std::string> TreeModel::FoldersOf(const Entry& entry) const {
+  std::vector<std::string> found;
+  for (const std::string& folder : {entry.folder, entry.earlier_folder}) {
+    if (folders_.contains(folder)) found.push_back(folder);
+  }
+  return found;
+}
+
+TreeModel::Nodes TreeModel::MakeFiles(const Entry& like, const std::string& folder) const {
   const TemplateLibrary library(session_.database.DataFolder());
   Nodes result;
-  for (const std::string& name : library.Names(like.folder)) {
+  for (const std::string& name : library.Names(folder)) {
     auto node = std::make_unique<Node>();
     node->entry = like;
     node->entry.name = node->key = ToQt(name);
-    node->entry.path = library.PathOf(like.folder, name);
+    node->entry.path = library.PathOf(folder, name);
     result.push_back(std::move(node));
   }
   return result;
@@ -105,13 +114,23 @@ TreeModel::Nodes TreeModel::MakeTemplates(std::string_view kind) const {
   Entry like;
   like.type = Type::kTemplate;
   like.kind = like.folder = like.recipient = kind;
-  return MakeFiles(like);
+  return MakeFiles(like, like.folder);
 }
 
 TreeModel::Nodes TreeModel::MakeLetters(const Entry& recipient) const {
   Entry like = recipient;
   like.type = Type::kLetter;
-  return MakeFiles(like);
+  Nodes letters = MakeFiles(like, recipient.folder);
+  if (recipient.earlier_folder.empty()) return letters;
+  // Both folders may hold a letter of the same name.
+  for (std::unique_ptr<Node>& letter : MakeFiles(like, recipient.earlier_folder)) {
+    letter->key = ToQt(recipient.earlier_folder) + QLatin1Char('/') + letter->key;
+    letters.push_back(std::move(letter));
+  }
+  std::ranges::stable_sort(letters, {}, [](const std::unique_ptr<Node>& letter) {
+    return ToUpper(letter->entry.path.stem().string());
+  });
+  return letters;
 }
 
 std::unique_ptr<TreeModel::Node> TreeModel::MakeRecipient(Type type, std::string_view kind,
@@ -122,6 +141,7 @@ std::unique_ptr<TreeModel::Node> TreeModel::MakeRecipient(Type type, std::string
   node->entry.name = ToQt(name);
   node->entry.kind = kind;
   node->entry.folder = RecipientFolderName(name);
+  node->entry.earlier_folder = EarlierRecipientFolderName(name);
   node->entry.recipient = name;
   node->entry.closed = closed;
   node->key = ToQt(code);
@@ -275,7 +295,8 @@ QModelIndex TreeModel::FindFile(const QModelIndex& below, const fs::path& path) 
   const Entry& entry = NodeAt(below)->entry;
   if (entry.path == path) return below;
   if (IsRecipient(entry.type)) {
-    if (path.parent_path().filename() != entry.folder) return {};
+    const std::string folder = path.parent_path().filename().string();
+    if (folder != entry.folder && folder != entry.earlier_folder) return {};
     fetchMore(below);
   }
   for (int row = 0; row < rowCount(below); ++row) {
@@ -289,9 +310,8 @@ std::vector<fs::path> TreeModel::ShownFolders() const {
   const fs::path data_folder = session_.database.DataFolder();
   std::vector<fs::path> folders{data_folder};
   const auto add = [&](const Node& node) {
-    if (!node.entry.folder.empty() && node.open && folders_.contains(node.entry.folder)) {
-      folders.push_back(data_folder / node.entry.folder);
-    }
+    if (!node.open) return;
+    for (const std::string& folder : FoldersOf(node.entry)) folders.push_back(data_folder / folder);
   };
   for (const auto& group : root_->children) {
     add(*group);
@@ -339,7 +359,7 @@ bool TreeModel::hasChildren(const QModelIndex& parent) const {
 
 bool TreeModel::canFetchMore(const QModelIndex& parent) const {
   const Node* node = NodeAt(parent);
-  return !node->listed && folders_.contains(node->entry.folder);
+  return !node->listed && !FoldersOf(node->entry).empty();
 }
 
 void TreeModel::fetchMore(const QModelIndex& parent) {

@@ -28,6 +28,7 @@ class TreeModel : public QAbstractItemModel {
     QString name;                // without counts: "Templates", "Rent review", "Smith J"
     std::string kind;            // of a template or letter: its letter kind; of a group: its name
     std::string folder;          // the sub-folder of the data folder
+    std::string earlier_folder;  // of a recipient: where version 1.0 saved, if it was another one
     std::string recipient;       // the recipient's name; of a template its folder
     std::string tenant_code;     // of a tenant and of a tenant's letter
     std::filesystem::path path;  // of a template or letter: its file
@@ -80,7 +81,7 @@ class TreeModel : public QAbstractItemModel {
   Node* NodeAt(const QModelIndex& index) const;
   QModelIndex IndexOf(const Node& node) const;
   // The letter files of a folder; everything but name and path is as in `like`.
-  Nodes MakeFiles(const Entry& like) const;
+  Nodes MakeFiles(const Entry& like, const std::string& folder) const;
   static std::unique_ptr<Node> MakeRecipient(Type type, std::string_view kind,
                                              const std::string& name, const std::string& code,
                                              bool closed);
@@ -96,6 +97,8 @@ class TreeModel : public QAbstractItemModel {
   static bool SameOrder(const Node& parent, const Nodes& wanted);
   static void Number(Node& parent, bool deep);
   void ReadFolders();
+  // The entry's folders that exist.
+  std::vector<std::string> FoldersOf(const Entry& entry) const;
   static int GroupCount(const Node& group);
 
   const QIcon& IconOf(Type type) const;
