@@ -18,6 +18,7 @@
 #include "platform/registry/registry.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/scratch_cleanup.h"
 #include "rental/session.h"
 #include "startup/command_line.h"
 #include "startup/dispatch.h"
@@ -105,6 +106,7 @@ int main(int argc, char** argv) {
   // Report a file that reaches its size limit, like a full disk, instead of dying of SIGXFSZ.
   std::signal(SIGXFSZ, SIG_IGN);
   KeepStandardDescriptorsTaken();
+  tenora::RemoveScratchFilesAtSignals();
   try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     if (!arguments.empty() && arguments[0] == "generate") return RunGenerateCommand(arguments);

@@ -9,8 +9,7 @@
 
 namespace tenora {
 
-// Raises 482 (Printer error), 32755 when `stop_asked`, polled between pages, returns true, and the
-// errors of writing a scratch file.
+// Raises 482 (Printer error), and 32755 when `stop_asked`, polled between pages, returns true.
 std::string MakeLetterPdf(const RichTextBox& letter, const std::string& title, Settings& settings,
                           const std::function<bool()>& stop_asked = {});
 

@@ -1,8 +1,13 @@
 #include "rental/session.h"
 
 #include <exception>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 #include "platform/locale/locale.h"
+#include "platform/registry/registry.h"
 
 namespace tenora {
 
@@ -24,6 +29,15 @@ void Session::SetChequeWord() {
   } catch (const std::exception&) {
     // Deliberate: the word stays as it is.
   }
+}
+
+ScratchSweep Session::SweepScratchFiles() {
+  std::vector<std::filesystem::path> others{
+      platform.registry.FileOf(registry::Hive::kCurrentUser).parent_path()};
+  std::error_code none;
+  const std::filesystem::path temporary = std::filesystem::temp_directory_path(none);
+  if (!none) others.push_back(temporary);
+  return {database.DataFolder(), std::move(others)};
 }
 
 }  // namespace tenora

@@ -8,6 +8,7 @@
 #include "data/options.h"
 #include "data/program.h"
 #include "data/settings.h"
+#include "platform/runtime/scratch_cleanup.h"
 #include "rental/caches.h"
 
 namespace tenora {
@@ -26,6 +27,10 @@ struct Session {
   // day (or the year) first; else "Check". It is the name of the folder of cheque templates too.
   // Errors are ignored.
   void SetChequeWord();
+
+  // Removes, as long as the result lives, what killed processes have left in the data folder, the
+  // folder of the user's settings and the system's folder for temporary files.
+  ScratchSweep SweepScratchFiles();
 
   Platform platform;
   Settings settings;

@@ -128,6 +128,7 @@ bool PrintCheque(const CommandParts& parts) {
     return false;
   }
   session.database.SetCommandMode();
+  const ScratchSweep sweep = session.SweepScratchFiles();
   frmLetter cheque(session);
   if (!BuildCheque(session, parameters, cheque)) return false;
   return PrintOneLetter(parts, cheque, true, kLabel);

@@ -172,6 +172,7 @@ class GenerateCommand {
     const std::filesystem::path resumed = resuming ? NamedLog(call_.resume) : "";
     if (resuming) RequireServerOf(resumed);
     const GenerationRequest request = resuming ? Generation::RequestOf(resumed) : AskedRequest();
+    const ScratchSweep sweep = session_.SweepScratchFiles();
     const Destination destination = request.destination;
     if (destination == Destination::kPrinter) TakePrinter(request.printer);
     dialogs_.Before(&progress_);

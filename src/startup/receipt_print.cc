@@ -103,6 +103,7 @@ bool ReceiptCommand::Run() {
   }
   session_.database.SetCommandMode();
   if (!LoadRentalData() || DatabaseFailed()) return false;
+  const ScratchSweep sweep = session_.SweepScratchFiles();
   if (!BuildLetter()) return false;
   letter_.InsertPrompts();
   TellOfLocalCopy();

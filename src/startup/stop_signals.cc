@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+#include "platform/runtime/scratch_cleanup.h"
+
 namespace tenora {
 namespace {
 
@@ -51,7 +53,9 @@ void StopSignals::Wait() {
       asked_ = true;
       Say("\nStopping after the current letter; once more to stop immediately.\n");
     } else if ((signal = ::sigtimedwait(&watched_, nullptr, &kBetweenNudges)) > 0) {
-      if (signal != kEnd) ::_exit(kStatusOfInterrupted);
+      if (signal == kEnd) continue;
+      RemoveOpenScratchFiles();
+      ::_exit(kStatusOfInterrupted);
     }
     // Repeatedly: the read may begin just after the first signal.
     if (asked_ && reading_) ::pthread_kill(main_, kNudge);

@@ -286,9 +286,7 @@ fs::path frmLetter::LetterFolder(Making making) const {
     return making == Making::kMissing ? MakeRecipientFolder(data, members_.RecipientName)
                                       : data / RecipientFolderName(members_.RecipientName);
   }
-  // A template folder that cannot be made fails the write.
-  std::error_code error;
-  if (making == Making::kMissing) fs::create_directories(data / members_.Kind, error);
+  if (making == Making::kMissing) MakeFolder(data / members_.Kind);
   return data / members_.Kind;
 }
 

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <optional>
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/scratch_file.h"
@@ -59,23 +58,6 @@ bool CreateInPlace(const std::filesystem::path& path, std::string_view content,
   return true;
 }
 
-// Writes a file that has no name yet and gives it one, so that a kill at any moment leaves nothing
-// behind. False when the name is taken, nothing where the file system has no unnamed files.
-std::optional<bool> CreateUnnamed(const std::filesystem::path& path, std::string_view content,
-                                  Durability durability) {
-  const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
-  const FileDescriptor fd(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
-  if (fd.get() < 0) return std::nullopt;
-  WriteAll(fd.get(), content, path);
-  Sync(fd.get(), durability, path);
-  const std::string by_number = "/proc/self/fd/" + std::to_string(fd.get());
-  if (::linkat(AT_FDCWD, by_number.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) {
-    return true;
-  }
-  if (errno == EEXIST) return false;
-  return std::nullopt;
-}
-
 // A scratch file of this content in the target's folder.
 class FilledScratchFile : public ScratchFile {
  public:
@@ -105,6 +87,9 @@ RuntimeError FileError(int errno_value, const std::filesystem::path& path) {
       return StandardError(error_number::kDiskFull, path.string());
     case EIO:
       return StandardError(error_number::kDeviceIoError, path.string());
+    case ELOOP:
+      return StandardError(error_number::kPathFileAccess,
+                           path.string() + " is a link, which is not followed here");
     default:
       return StandardError(error_number::kPathFileAccess,
                            path.string() + " (" + std::strerror(errno_value) + ")");
@@ -155,10 +140,39 @@ void WriteWholeFile(const std::filesystem::path& path, std::string_view content)
 
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
                   Durability durability) {
-  if (const auto created = CreateUnnamed(path, content, durability)) return *created;
   FilledScratchFile scratch(path, content, durability);
   if (const auto taken = scratch.TakeFreeName(path)) return *taken;
   return CreateInPlace(path, content, durability);
+}
+
+int OpenOwnFile(const std::filesystem::path& path, int flags, mode_t mode) {
+  const int fd = ::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, mode);
+  if (fd < 0) return -1;
+  struct stat status {};
+  if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink <= 1) return fd;
+  const int reason = S_ISREG(status.st_mode) ? EMLINK : EINVAL;
+  ::close(fd);
+  errno = reason;
+  return -1;
+}
+
+bool IsForeignLink(const std::filesystem::path& path) {
+  struct stat link {
+  }, folder{};
+  if (::lstat(path.c_str(), &link) != 0 || !S_ISLNK(link.st_mode)) return false;
+  if (link.st_uid == 0 || link.st_uid == ::geteuid()) return false;
+  const std::filesystem::path in = path.has_parent_path() ? path.parent_path() : ".";
+  return ::stat(in.c_str(), &folder) != 0 || folder.st_uid != link.st_uid;
+}
+
+void MakeFolder(const std::filesystem::path& folder) {
+  std::error_code failure;
+  std::filesystem::create_directories(folder, failure);
+  if (failure) throw FileError(failure.value(), folder);
+  if (!IsForeignLink(folder)) return;
+  throw StandardError(
+      error_number::kPathFileAccess,
+      folder.string() + " is a link that another user has made; nothing is written through it");
 }
 
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -2,6 +2,8 @@
 // the path.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <filesystem>
 #include <string>
@@ -19,8 +21,8 @@ std::string ReadWholeFile(const std::filesystem::path& path,
                           std::size_t most = std::size_t{1} << 30);
 
 // Writes the file whole or not at all: the text goes to a new file in the same folder, is synced
-// and then renamed. Raises 61 (Disk full), 70, 75 or 76 (Path not found); the old file then
-// stays.
+// and then takes the name. A file that was there keeps its mode; a link is replaced, not followed.
+// Raises 61 (Disk full), 70, 75 or 76 (Path not found); the old file then stays.
 void WriteWholeFile(const std::filesystem::path& path, std::string_view content);
 
 // Whether a file is on the disk when the call returns, or only after the next SyncFiles.
@@ -31,6 +33,20 @@ enum class Durability { kSynced, kUntilSync };
 // may leave the file empty; the end of this process alone does not harm it.
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
                   Durability durability = Durability::kSynced);
+
+// Opens a log or lock, which is written in place, with the flags of open(2); its descriptor belongs
+// to the caller. Whoever may write to the folder must not be able to lead the writing elsewhere: -1
+// with errno ELOOP for a symbolic link, EMLINK for a file with a second name, EINVAL or ENXIO for a
+// pipe or device, else as open(2). Never waits.
+int OpenOwnFile(const std::filesystem::path& path, int flags, mode_t mode = 0);
+
+// Whether this is a symbolic link that was made neither by the administrator nor by this user nor
+// by whoever owns the folder it is in: such a link is no part of anybody's set-up.
+bool IsForeignLink(const std::filesystem::path& path);
+
+// Makes a folder, also those above it, unless it is there. Raises the errors of FileError, and 75
+// for a foreign link in its place.
+void MakeFolder(const std::filesystem::path& folder);
 
 // Gives a file another name in its file system; false, and nothing changed, where that name is
 // taken. Raises the errors of FileError.

@@ -133,6 +133,7 @@ int Desktop::Run(const CommandParts& parts) {
   }
   frmMain window(parts);
   window.MDIForm_Load();
+  const ScratchSweep sweep = parts.session.SweepScratchFiles();
   splash.reset();
   window.show();
   return QApplication::exec();

@@ -2,10 +2,12 @@
 // replaces, as memory sticks and some servers do.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 
 #include "platform/runtime/error.h"
@@ -16,6 +18,7 @@ namespace {
 
 struct FileSystem {
   bool unnamed_files = false;
+  bool names_unnamed_files = true;
   bool renames_without_replacing = true;
   bool links = true;
   bool modes = true;
@@ -31,6 +34,15 @@ int Fail(int reason) {
 }  // namespace
 
 // Override the C library's.
+extern "C" int open(const char* path, int flags, ...) {
+  if (!file_system.unnamed_files && (flags & O_TMPFILE) == O_TMPFILE) return Fail(EOPNOTSUPP);
+  va_list rest;
+  va_start(rest, flags);
+  const auto mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
+  va_end(rest);
+  return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
 extern "C" int renameat2(int from_folder, const char* from, int to_folder, const char* to,
                          unsigned flags) noexcept {
   if (!file_system.renames_without_replacing) return Fail(EINVAL);
@@ -44,7 +56,7 @@ extern "C" int link(const char* from, const char* to) noexcept {
 
 extern "C" int linkat(int from_folder, const char* from, int to_folder, const char* to,
                       int flags) noexcept {
-  if (!file_system.unnamed_files) return Fail(ENOENT);
+  if (!file_system.names_unnamed_files) return Fail(ENOENT);
   return static_cast<int>(::syscall(SYS_linkat, from_folder, from, to_folder, to, flags));
 }
 
@@ -82,19 +94,37 @@ TEST_P(FileSystems, SaveNewFilesAndNeverReplaceOne) {
 
 TEST_P(FileSystems, KeepNothingOfAFileThatDoesNotFit) {
   const test::ScratchFolder folder;
+  // Full only when the file is written for the last time.
   const bool in_place = !file_system.renames_without_replacing && !file_system.links;
-  // Full only after the scratch files, where the file is written once more.
-  file_system.syncs_until_full = in_place ? 2 : 0;
+  file_system.syncs_until_full = (in_place ? 1 : 0) + (file_system.names_unnamed_files ? 0 : 1);
   EXPECT_THROW(WriteNewFile(folder / "letter.rtf", "one"), RuntimeError);
   EXPECT_EQ(Entries(folder), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, FileSystems,
-                         testing::Values(FileSystem{.unnamed_files = true}, FileSystem{},
-                                         FileSystem{.renames_without_replacing = false},
-                                         FileSystem{.links = false, .modes = false},
-                                         FileSystem{.renames_without_replacing = false,
-                                                    .links = false}));
+TEST_P(FileSystems, ReplaceAFileAndKeepItsModeWhereThereAreModes) {
+  const test::ScratchFolder folder;
+  const auto path = folder / "letter.rtf";
+  WriteWholeFile(path, "one");
+  ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
+  WriteWholeFile(path, "two");
+  EXPECT_EQ(ReadWholeFile(path), "two");
+  struct stat status {};
+  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  EXPECT_TRUE(!file_system.modes || (status.st_mode & 0777) == 0640) << status.st_mode;
+  EXPECT_EQ(Entries(folder), 1) << "a scratch file stayed behind";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, FileSystems,
+    testing::Values(FileSystem{.unnamed_files = true},
+                    FileSystem{.unnamed_files = true, .names_unnamed_files = false},
+                    FileSystem{.unnamed_files = true,
+                               .names_unnamed_files = false,
+                               .renames_without_replacing = false,
+                               .links = false},
+                    FileSystem{}, FileSystem{.renames_without_replacing = false},
+                    FileSystem{.links = false, .modes = false},
+                    FileSystem{.renames_without_replacing = false, .links = false}));
 
 }  // namespace
 }  // namespace tenora

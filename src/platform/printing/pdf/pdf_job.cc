@@ -65,8 +65,7 @@ SpoolFile& PdfJob::Finish() {
   const bool ended = pages_->End();
   errno = 0;
   if (!ended || !file_.flush() || file_.error() != QFileDevice::NoError) {
-    throw FileError(file_.error() == QFileDevice::ResourceError ? ENOSPC : EIO,
-                    spool_.path().parent_path());
+    throw FileError(file_.error() == QFileDevice::ResourceError ? ENOSPC : EIO, spool_.folder());
   }
   return spool_;
 }

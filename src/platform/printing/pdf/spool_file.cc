@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
@@ -14,9 +13,7 @@ namespace {
 constexpr int kMostNumbers = 100000;
 
 const std::filesystem::path& Made(const std::filesystem::path& folder) {
-  std::error_code failure;
-  std::filesystem::create_directories(folder, failure);
-  if (failure) throw FileError(failure.value(), folder);
+  MakeFolder(folder);
   return folder;
 }
 
@@ -30,14 +27,13 @@ void SpoolFile::Replace(const std::filesystem::path& target) {
 }
 
 std::filesystem::path SpoolFile::TakeFreeName(const std::string& stem) {
-  const std::filesystem::path folder = file_.path().parent_path();
-  std::filesystem::path target = folder / (stem + ".pdf");
+  std::filesystem::path target = folder() / (stem + ".pdf");
   Sync(target);
   for (int number = 1; number <= kMostNumbers; ++number) {
     const std::optional<bool> taken = file_.TakeFreeName(target);
     if (!taken) break;
     if (*taken) return target;
-    target = folder / (stem + "(" + std::to_string(number) + ").pdf");
+    target = folder() / (stem + "(" + std::to_string(number) + ").pdf");
   }
   throw FileError(errno, target);
 }

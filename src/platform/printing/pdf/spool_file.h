@@ -14,6 +14,8 @@ class SpoolFile {
   explicit SpoolFile(const std::filesystem::path& folder);
 
   int descriptor() const { return file_.descriptor(); }
+  const std::filesystem::path& folder() const { return file_.folder(); }
+  // Where this process can read the file until it takes a name.
   const std::filesystem::path& path() const { return file_.path(); }
 
   // Takes the name, replacing a file of that name in the same folder. Raises as FileError.
