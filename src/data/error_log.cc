@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "platform/runtime/files.h"
 #include "platform/runtime/format.h"
 
 namespace tenora {
@@ -16,8 +17,7 @@ void AppendToErrorLog(const std::filesystem::path& program_folder, Date now,
   const std::string name = std::string("err").append(FormatDate(now, "MMMYY")).append(".log");
   std::string line = FormatDate(now, "DD/MM/YY hh:nn:ss");
   line.append(" ").append(message).append("\r\n");
-  const int fd = ::open((program_folder / name).c_str(),
-                        O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
+  const int fd = OpenOwnFile(program_folder / name, O_WRONLY | O_APPEND | O_CREAT, 0666);
   if (fd < 0) return;
   if (::write(fd, line.data(), line.size()) < 0) {
     // Ignored like every failure here.

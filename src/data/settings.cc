@@ -58,6 +58,11 @@ RuntimeError ErrorOfStatus(int status, const std::string& file) {
     case registry::kAccessDenied:
     case registry::kSharingViolation:
       return StandardError(error_number::kPermissionDenied, file);
+    case registry::kStoppedOnLink:
+      return StandardError(error_number::kPathFileAccess,
+                           file +
+                               " or its \".lock\" is a link that is no part of your own set-up; "
+                               "remove the link");
     default:
       return StandardError(error_number::kPathFileAccess, file);
   }

@@ -336,6 +336,15 @@ TEST_F(DatabaseTest, ReportsOnEvenWhenTheLogCannotBeWritten) {
   EXPECT_EQ(platform_.dialogs.shown().size(), 1u);
 }
 
+TEST_F(DatabaseTest, WritesNoReportThroughALinkInThePlaceOfTheLog) {
+  const auto log = platform_.ProgramFolder() / "errNov26.log";
+  WriteWholeFile(platform_.ProgramFolder() / "victim", "precious");
+  std::filesystem::create_symlink("victim", log);
+  database_.DataErrorReport("Execute SQL", RuntimeError(3075, "Syntax error", "DAO.Database"));
+  EXPECT_EQ(platform_.dialogs.shown().size(), 1u);
+  EXPECT_EQ(ReadWholeFile(platform_.ProgramFolder() / "victim"), "precious");
+}
+
 // Over the real engine, which also has to understand the statements as they are repaired.
 TEST(DatabaseOfTheSampleAgency, ReportsAStatementOfUnknownNamesAndGoesOn) {
   test::FakePlatform platform;

@@ -135,12 +135,14 @@ void MakePrivateFolder(const std::filesystem::path& folder) {
   std::filesystem::create_directories(folder.parent_path(), error);
   if (error) throw FileError(error.value(), folder);
   if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) throw FileError(errno, folder);
+  const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (fd < 0) throw FileError(std::filesystem::is_symlink(folder) ? ELOOP : errno, folder);
   struct stat status {};
-  if (::lstat(folder.c_str(), &status) != 0) throw FileError(errno, folder);
-  if (!S_ISDIR(status.st_mode) || status.st_uid != ::geteuid()) throw FileError(EACCES, folder);
-  if ((status.st_mode & 0777) != 0700 && ::chmod(folder.c_str(), 0700) != 0) {
-    throw FileError(errno, folder);
-  }
+  int reason = ::fstat(fd, &status) == 0 ? 0 : errno;
+  if (reason == 0 && status.st_uid != ::geteuid()) reason = EACCES;
+  if (reason == 0 && (status.st_mode & 0777) != 0700 && ::fchmod(fd, 0700) != 0) reason = errno;
+  ::close(fd);
+  if (reason != 0) throw FileError(reason, folder);
 }
 
 // Deletes bodies too old for a compose window to read.

@@ -177,15 +177,17 @@ void LetEveryoneRead(const fs::path& path) {
   fs::permissions(path, reading, fs::perm_options::add, ignored);
 }
 
+// The lock file's descriptor; -1 with errno set when it cannot be opened.
 int OpenLockFile(const std::filesystem::path& path, bool shared) {
-  // Writable where possible: locks over a network file system need that.
-  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-  if (fd >= 0) {
-    // Fails for another owner's file, which has got its mode from its owner.
-    if (shared) ::fchmod(fd, 0644);
-    return fd;
+  const int made = OpenOwnFile(path, O_RDWR | O_CREAT | O_EXCL, 0666);
+  if (made >= 0) {
+    if (shared) ::fchmod(made, 0644);
+    return made;
   }
-  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (errno != EEXIST) return -1;
+  // Writable where possible: locks over a network file system need that.
+  const int old = OpenOwnFile(path, O_RDWR);
+  return old >= 0 || errno != EACCES ? old : OpenOwnFile(path, O_RDONLY);
 }
 
 // Keeps other processes from changing a hive between reading and replacing its file. Readers need
@@ -195,7 +197,10 @@ class HiveLock {
   // Waits half a minute for another holder. A shared lock file can be used by every user.
   HiveLock(const fs::path& hive_file, bool shared) {
     fd_ = OpenLockFile(hive_file.string() + ".lock", shared);
-    if (fd_ < 0) return;
+    if (fd_ < 0) {
+      if (errno == ELOOP || errno == EMLINK) status_ = kStoppedOnLink;
+      return;
+    }
     const auto give_up = std::chrono::steady_clock::now() + kLockTimeout;
     while (::flock(fd_, LOCK_EX | LOCK_NB) != 0) {
       if (errno != EWOULDBLOCK && errno != EINTR) return;
@@ -213,7 +218,7 @@ class HiveLock {
     if (fd_ >= 0) ::close(fd_);
   }
 
-  // kSuccess when the lock is held, else kAccessDenied or kSharingViolation.
+  // kSuccess when the lock is held, else kAccessDenied, kStoppedOnLink or kSharingViolation.
   int status() const { return status_; }
 
  private:
@@ -263,23 +268,19 @@ class FileRegistry : public Registry {
  private:
   HiveReader& ReaderOf(Hive hive) const { return hive == Hive::kLocalMachine ? machine_ : user_; }
 
-  // Replaces the file behind a link rather than the link, and keeps who may read it.
+  // Replaces the file behind a link rather than the link, if it is one of the user's own set-up.
   static int Replace(const fs::path& path, bool shared, const HiveFile& contents) {
+    if (IsForeignLink(path)) return kStoppedOnLink;
     std::error_code error;
     const fs::path target = fs::weakly_canonical(path, error);
     if (error) return kAccessDenied;
-    const fs::file_status old = fs::status(target, error);
+    const bool is_new = !fs::exists(target, error);
     try {
       WriteWholeFile(target, contents.Text());
     } catch (const RuntimeError& failure) {
       return StatusOf(failure);
     }
-    if (fs::is_regular_file(old)) {
-      // A file system that refuses had no permissions to keep.
-      fs::permissions(target, old.permissions(), error);
-    } else if (shared) {
-      LetEveryoneRead(target);
-    }
+    if (is_new && shared) LetEveryoneRead(target);
     return kSuccess;
   }
 

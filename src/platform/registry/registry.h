@@ -22,6 +22,8 @@ inline constexpr int kAccessDenied = 5;
 inline constexpr int kSharingViolation = 32;  // another program holds the hive for too long
 inline constexpr int kInvalidParameter = 87;
 inline constexpr int kDiskFull = 112;
+// The hive's file or its lock is a link that may lead to somebody else's file.
+inline constexpr int kStoppedOnLink = 681;
 inline constexpr int kDamaged = 1015;
 
 struct StoredValue {

@@ -170,6 +170,37 @@ TEST_F(SharingTheFile, ADamagedJournalIsKeptAndNamed) {
   }
 }
 
+// Whoever may write to the folder must not get the journal written into, or read as, another file.
+TEST_F(SharingTheFile, AJournalThatIsALinkIsNamedAndLeftAlone) {
+  const auto victim = scratch_ / "victim";
+  const auto journal = JournalPath(path_);
+  const std::string before = ReadWholeFile(path_);
+  const struct {
+    bool symbolic;
+    const char* content;
+    const char* error;
+  } cases[] = {{true, "", "it is a symbolic link, which is not followed here"},
+               {true, "precious", "it is a symbolic link, which is not followed here"},
+               {false, "precious", "the file has a second name, a hard link"}};
+  for (const auto& planted : cases) {
+    SCOPED_TRACE(planted.error);
+    WriteWholeFile(victim, planted.content);
+    planted.symbolic ? std::filesystem::create_symlink(victim, journal)
+                     : std::filesystem::create_hard_link(victim, journal);
+    EXPECT_THAT(ErrorOfBegin(), testing::AllOf(testing::HasSubstr(journal.string()),
+                                               testing::HasSubstr(planted.error)));
+    EXPECT_EQ(ReadWholeFile(victim), planted.content);
+    EXPECT_EQ(ReadWholeFile(path_), before);
+    std::filesystem::remove(journal);
+  }
+  // A link to the database itself is the administrator's.
+  std::filesystem::create_directory(scratch_ / "shared");
+  std::filesystem::rename(path_, scratch_ / "shared/property.mdb");
+  std::filesystem::create_symlink("shared/property.mdb", path_);
+  EXPECT_EQ(ErrorOfBegin(), "");
+  EXPECT_TRUE(std::filesystem::is_symlink(path_));
+}
+
 TEST_F(SharingTheFile, AnInterruptedChangeOverwrittenByAnotherProgramIsReported) {
   std::string content = ReadWholeFile(path_);
   const auto page = [&](std::size_t number) {

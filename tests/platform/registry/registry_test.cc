@@ -254,6 +254,36 @@ TEST_F(RegistryTest, KeepsAFilesPermissionsAndTheLinkThatLeadsToIt) {
             perms::owner_read | perms::owner_write);
 }
 
+// A lock that leads to another file would make that file readable to everybody.
+TEST_F(RegistryTest, WritesThroughNoLinkThatIsNotPartOfTheSetUp) {
+  using std::filesystem::perms;
+  for (const Hive hive : {Hive::kLocalMachine, Hive::kCurrentUser}) {
+    SCOPED_TRACE(registry_->FileOf(hive));
+    ASSERT_EQ(registry_->Set(hive, kKey, "CM", Text("1")), kSuccess);
+    const std::filesystem::path lock = registry_->FileOf(hive).string() + ".lock";
+    std::filesystem::permissions(lock, perms::owner_all);
+    ASSERT_EQ(registry_->Set(hive, kKey, "CM", Text("2")), kSuccess);
+    EXPECT_EQ(std::filesystem::status(lock).permissions(), perms::owner_all);
+    std::filesystem::rename(lock, folder_ / "victim");
+    for (const bool symbolic : {true, false}) {
+      symbolic ? std::filesystem::create_symlink(folder_ / "victim", lock)
+               : std::filesystem::create_hard_link(folder_ / "victim", lock);
+      EXPECT_EQ(registry_->Set(hive, kKey, "CM", Text("3")), kStoppedOnLink);
+      std::filesystem::remove(lock);
+    }
+    EXPECT_EQ(std::filesystem::status(folder_ / "victim").permissions(), perms::owner_all);
+    EXPECT_EQ(Read(hive, kKey, "CM"), "2");
+    std::filesystem::remove(folder_ / "victim");
+  }
+  if (::geteuid() != 0) return;  // cannot make a link of another user
+  std::filesystem::rename(UserFile(), folder_ / "victim");
+  std::filesystem::create_symlink(folder_ / "victim", UserFile());
+  ASSERT_EQ(::lchown(UserFile().c_str(), 12345, 12345), 0);
+  const std::string before = ReadWholeFile(folder_ / "victim");
+  EXPECT_EQ(registry_->Set(Hive::kCurrentUser, kKey, "CM", Text("3")), kStoppedOnLink);
+  EXPECT_EQ(ReadWholeFile(folder_ / "victim"), before);
+}
+
 TEST(RegistryFromEnvironment, FindsTheHivesOfThisRun) {
   const struct {
     const char *settings, *config, *home;

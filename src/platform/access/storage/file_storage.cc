@@ -12,6 +12,13 @@
 namespace tenora::access {
 namespace {
 
+// Reasons of our own besides the system's.
+std::string TextOf(int reason) {
+  if (reason == ELOOP) return "it is a symbolic link, which is not followed here";
+  if (reason == EMLINK) return "the file has a second name, a hard link";
+  return std::generic_category().message(reason);
+}
+
 // The current time, at a resolution that network file systems keep too. The kernel stamps writes
 // with the time of a clock tick; this time is between two ticks.
 timespec TimeBetweenTicks() {
@@ -143,12 +150,13 @@ std::unique_ptr<OpenDiskFile> RequireFile(std::unique_ptr<OpenDiskFile> file,
 
 StorageError::StorageError(int reason, const std::filesystem::path& path, const char* what)
     : std::runtime_error(std::string("Cannot ") + what + " '" + path.string() +
-                         "': " + std::generic_category().message(reason)),
+                         "': " + TextOf(reason)),
       reason_(reason),
       path_(path) {}
 
 std::unique_ptr<StorageFile> DiskStorage::Open(const std::filesystem::path& path, Mode mode) {
-  const int access = mode == Mode::kReadWrite ? O_RDWR : O_RDONLY;
+  // Whoever writes has resolved the links, since the journal lies beside the file itself.
+  const int access = mode == Mode::kReadWrite ? O_RDWR | O_NOFOLLOW : O_RDONLY;
   const int fd = ::open(path.c_str(), access | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0 && (errno == ENOENT || errno == ENOTDIR)) return nullptr;
   if (fd < 0) throw StorageError(errno, path, "open");
@@ -157,15 +165,23 @@ std::unique_ptr<StorageFile> DiskStorage::Open(const std::filesystem::path& path
 
 std::unique_ptr<StorageFile> DiskStorage::Create(const std::filesystem::path& path,
                                                  const std::filesystem::path& like) {
-  // Symbolic links are not followed: anyone with write access to the folder could redirect the
-  // write.
+  // Anyone with write access to the folder could redirect the writing: by a symbolic link, which
+  // is not followed, or by a hard link.
   constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW;
-  const int old = ::open(path.c_str(), kFlags);
-  if (old >= 0) return RequireFile(std::make_unique<OpenDiskFile>(old, path), path);
-  if (errno != ENOENT) throw StorageError(errno, path, "open");
-  const int made = ::open(path.c_str(), kFlags | O_CREAT, 0600);
-  if (made < 0) throw StorageError(errno, path, "create");
-  auto file = RequireFile(std::make_unique<OpenDiskFile>(made, path), path);
+  int made = -1;
+  while (made < 0) {
+    const int old = ::open(path.c_str(), kFlags);
+    if (old >= 0) {
+      auto file = RequireFile(std::make_unique<OpenDiskFile>(old, path), path);
+      if (file->Status("open").st_nlink > 1) throw StorageError(EMLINK, path, "open");
+      return file;
+    }
+    if (errno != ENOENT) throw StorageError(errno, path, "open");
+    // Only a file that is made here gets a mode.
+    made = ::open(path.c_str(), kFlags | O_CREAT | O_EXCL, 0600);
+    if (made < 0 && errno != EEXIST) throw StorageError(errno, path, "create");
+  }
+  auto file = std::make_unique<OpenDiskFile>(made, path);
   struct stat model {};
   if (::stat(like.c_str(), &model) != 0) throw StorageError(errno, like, "look up");
   // If the group cannot be set, members of the model's group who are not in ours may have no

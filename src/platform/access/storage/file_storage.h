@@ -59,9 +59,10 @@ class Storage {
   enum class Mode { kRead, kReadWrite };
 
   virtual ~Storage() = default;
-  // Null when there is no such file.
+  // Null when there is no such file. For writing, links must have been resolved.
   virtual std::unique_ptr<StorageFile> Open(const std::filesystem::path& path, Mode mode) = 0;
-  // Opens or creates the file, readable and writable by whoever may read and write `like`.
+  // Opens the file, or creates one that is readable and writable by whoever may read and write
+  // `like`. Links, symbolic or hard, are errors.
   virtual std::unique_ptr<StorageFile> Create(const std::filesystem::path& path,
                                               const std::filesystem::path& like) = 0;
   virtual void Remove(const std::filesystem::path& path) = 0;
