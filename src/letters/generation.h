@@ -78,8 +78,14 @@ struct GenerationSummary {
 // Chooses the recipients, from the caches as the run has just loaded them.
 using ChooseRecipients = std::function<std::vector<Recipient>(const Caches& caches)>;
 
-// Whether a held letter, by its number, is to be handed over as it is.
-using SendHeld = std::function<bool(std::size_t number)>;
+// What resuming does with a letter that is not done, by its number.
+enum class Resuming {
+  kUsual,    // what is missing; a held letter is looked at again
+  kAsItIs,   // as kUsual, but a held letter is handed over as its file is
+  kOnPaper,  // as kUsual, but printed, also in a run that e-mails: it is done then
+  kLeft,     // nothing
+};
+using ResumeWay = std::function<Resuming(std::size_t number)>;
 
 class Generation {
  public:
@@ -95,11 +101,11 @@ class Generation {
   GenerationSummary Run(GenerationRequest request, const ChooseRecipients& choose);
 
   // Does what the log shows to be missing, and nothing twice: a letter that was mailed, or perhaps
-  // mailed, is never mailed again. A held letter that `send_held` takes goes out as its file is.
-  // Any other is looked at again, by its file where a person has corrected that, else merged anew,
-  // and goes out when nothing holds it any more. Raises what Run raises, and the errors of
+  // mailed, is never mailed again. A held letter that is looked at again is checked by its file
+  // where a person has corrected that, else merged anew, and goes out when nothing holds it any
+  // more. Without `way` all is done as usual. Raises what Run raises, and the errors of
   // RunLog::Resume.
-  GenerationSummary Resume(const std::filesystem::path& log, SendHeld send_held = {});
+  GenerationSummary Resume(const std::filesystem::path& log, ResumeWay way = {});
 
   // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does for a
   // log that cannot be read.

@@ -178,9 +178,13 @@ class GenerateCommand {
     dialogs_.Before(&progress_);
     Generation generation(session_, AfterError::kNextRecipient, progress_, printers_.get());
     const GenerationSummary summary =
-        resuming ? generation.Resume(resumed, [&](std::size_t) { return call_.send_held; })
-                 : generation.Run(WithPrinter(request),
-                                  [&](const Caches& caches) { return Chosen(caches); });
+        resuming
+            ? generation.Resume(resumed,
+                                [&](std::size_t) {
+                                  return call_.send_held ? Resuming::kAsItIs : Resuming::kUsual;
+                                })
+            : generation.Run(WithPrinter(request),
+                             [&](const Caches& caches) { return Chosen(caches); });
     dialogs_.Before(nullptr);
     progress_.ShowSummary(summary, destination);
     return summary.complete() ? kDone : kFailed;

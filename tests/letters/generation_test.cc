@@ -178,7 +178,9 @@ TEST_F(WindowGeneration, HoldsALetterBackWithoutABoxAndSendsTheOnesThatAreNamed)
   ASSERT_EQ(run.held.size(), 2U);
   EXPECT_THAT(run.held[1].problem, HasSubstr("\"<<Tenant Nmae>>\" was not filled in"));
   Generation resumption(session_, AfterError::kStop, observer_);
-  const auto second_only = [](std::size_t number) { return number == 2; };
+  const auto second_only = [](std::size_t number) {
+    return number == 2 ? Resuming::kAsItIs : Resuming::kLeft;
+  };
   const GenerationSummary sent = resumption.Resume(run.log, second_only);
   EXPECT_EQ(sent.done, 1U);
   ASSERT_EQ(sent.held.size(), 1U);

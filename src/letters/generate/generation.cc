@@ -50,7 +50,7 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
   return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go();
 }
 
-GenerationSummary Generation::Resume(const std::filesystem::path& log_path, SendHeld send_held) {
+GenerationSummary Generation::Resume(const std::filesystem::path& log_path, ResumeWay way) {
   RunLog log = RunLog::Resume(log_path, session_.database.DataFolder(), session_.platform.clock);
   const std::filesystem::path before = log.request().database;
   std::optional<Database::OneFile> one_file;
@@ -62,8 +62,7 @@ GenerationSummary Generation::Resume(const std::filesystem::path& log_path, Send
   LetterMaker maker(session_, log.request(), BadFutureDates(after_error_));
   log.Note(RunRemark::kResumed);
   log.Sync();
-  return LetterRun(session_, after_error_, observer_, printers_, log, maker)
-      .Go(std::move(send_held));
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go(std::move(way));
 }
 
 GenerationRequest Generation::RequestOf(const std::filesystem::path& log) {

@@ -117,8 +117,8 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
   if (request().pdf) pdf_workers_.emplace(StoredMargins(session.settings));
 }
 
-GenerationSummary LetterRun::Go(SendHeld send_held) {
-  send_held_ = std::move(send_held);
+GenerationSummary LetterRun::Go(ResumeWay way) {
+  way_ = std::move(way);
   for (std::size_t number = 1; number <= log_.count(); ++number) {
     if (!Settled(number)) ++missing_;
     if (Done(number)) ++done_before_;
@@ -139,11 +139,11 @@ GenerationSummary LetterRun::Go(SendHeld send_held) {
 }
 
 bool LetterRun::Done(std::size_t number) const {
-  return log_.letter(number).state == DoneState(request().destination);
+  return IsDone(log_.letter(number).state, request().destination);
 }
 
 bool LetterRun::Settled(std::size_t number) const {
-  return Done(number) || InDoubt(log_.letter(number).state);
+  return Done(number) || InDoubt(log_.letter(number).state) || WayOf(number) == Resuming::kLeft;
 }
 
 LetterReport LetterRun::ReportOn(std::size_t number) const {
@@ -207,7 +207,7 @@ bool LetterRun::MakeAndHandOver(LetterReport& report) {
     log_.NoteFile(report.number, {});
     if (!Merge(report)) return false;
     Save(report);
-  } else if (held && !(send_held_ && send_held_(report.number))) {
+  } else if (held && WayOf(report.number) != Resuming::kAsItIs) {
     if (!CheckAgain(report)) return false;
   } else {
     letter_ = &maker_.Load(report.recipient, report.file);
@@ -376,7 +376,8 @@ void LetterRun::TakePdfs(std::vector<PdfResult> results) {
 }
 
 bool LetterRun::HandOver(LetterReport& report) {
-  switch (request().destination) {
+  const bool on_paper = WayOf(report.number) == Resuming::kOnPaper;
+  switch (on_paper ? Destination::kPrinter : request().destination) {
     case Destination::kFolder:
       if (!pdf_waiting_.contains(report.number)) unsynced_.push_back(report.number);
       break;
@@ -390,6 +391,7 @@ bool LetterRun::HandOver(LetterReport& report) {
 }
 
 void LetterRun::PrintInJob(LetterReport& report) {
+  if (!printer_) throw StandardError(error_number::kPrinterError, "no printer is installed");
   printer_->PrintRichText(letter_->rtfLetter, letter_->DocumentTitle());
   unsynced_.push_back(report.number);
   in_job_.push_back(report.number);

@@ -20,15 +20,15 @@ class LetterRun {
   LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
             printing::Printers* printers, RunLog& log, LetterMaker& maker);
 
-  // Makes every letter that the log does not show as done or in doubt; a held one that `send_held`
-  // takes is handed over as its file is.
-  GenerationSummary Go(SendHeld send_held = {});
+  // Makes every letter that the log does not show as done or in doubt, in the way of each.
+  GenerationSummary Go(ResumeWay way = {});
 
  private:
   using Result = LetterReport::Result;
 
   const GenerationRequest& request() const { return log_.request(); }
   bool Settled(std::size_t number) const;
+  Resuming WayOf(std::size_t number) const { return way_ ? way_(number) : Resuming::kUsual; }
   bool Done(std::size_t number) const;
   LetterReport ReportOn(std::size_t number) const;
   // One letter from template to destination. False when the run must end.
@@ -69,7 +69,7 @@ class LetterRun {
   GenerationObserver& observer_;
   RunLog& log_;
   LetterMaker& maker_;
-  SendHeld send_held_;
+  ResumeWay way_;
   frmLetter* letter_ = nullptr;  // the current one
   clsEmailSender sender_;
   std::optional<PrinterMod> printer_;

@@ -27,17 +27,18 @@ enum class LetterState {
   kNoAddress,  // on the disk, for a recipient without an e-mail address
 };
 
-// The state in which nothing is left to do on a letter.
-inline LetterState DoneState(Destination destination) {
+// Whether nothing is left to do on a letter. One that was to be mailed may have been printed for
+// want of an address.
+inline bool IsDone(LetterState state, Destination destination) {
   switch (destination) {
     case Destination::kPrinter:
-      return LetterState::kPrinted;
+      return state == LetterState::kPrinted;
     case Destination::kEmail:
-      return LetterState::kMailed;
+      return state == LetterState::kMailed || state == LetterState::kPrinted;
     case Destination::kFolder:
       break;
   }
-  return LetterState::kSaved;
+  return state == LetterState::kSaved;
 }
 
 // Whether the letter was handed over without confirmation that it arrived.

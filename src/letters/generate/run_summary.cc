@@ -28,7 +28,7 @@ GenerationSummary SummaryOf(const LoggedRun& run, const std::filesystem::path& d
   };
   for (std::size_t number = 1; number <= run.letters.size(); ++number) {
     const LetterState state = run.letters[number - 1].state;
-    if (state == DoneState(run.request.destination)) {
+    if (IsDone(state, run.request.destination)) {
       ++summary.done;
     } else if (InDoubt(state)) {
       add(number, Result::kInDoubt, summary.in_doubt);

@@ -15,6 +15,7 @@
 #include <algorithm>
 
 #include "platform/dialogs/file_filter.h"
+#include "platform/dialogs/letter_question_box.h"
 #include "platform/dialogs/print_box.h"
 
 namespace tenora {
@@ -222,6 +223,13 @@ std::optional<std::string> WindowDialogs::AskText(const std::string& prompt,
                   QString::fromStdString(default_answer), QApplication::activeWindow());
   if (window.exec() != QDialog::Accepted) return std::nullopt;
   return window.Answer().toStdString();
+}
+
+LetterAnswer WindowDialogs::AskForLetter(const LetterQuestion& question) {
+  const OrdinaryPointer pointer;
+  LetterQuestionBox window(question, QApplication::activeWindow());
+  window.exec();
+  return window.Given();
 }
 
 std::optional<std::size_t> WindowDialogs::Choose(const std::string& title,

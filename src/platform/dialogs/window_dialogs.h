@@ -12,6 +12,7 @@ class WindowDialogs : public Dialogs {
   Answer Show(const MessageBox& box) override;
   std::optional<std::string> AskText(const std::string& prompt, const std::string& title,
                                      const std::string& default_answer) override;
+  LetterAnswer AskForLetter(const LetterQuestion& question) override;
   std::optional<std::size_t> Choose(const std::string& title, const std::vector<std::string>& items,
                                     std::size_t default_item) override;
   std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,

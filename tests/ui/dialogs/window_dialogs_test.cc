@@ -63,6 +63,55 @@ TEST_F(DialogsTest, BoxesAnswerEnterWithTheDefaultAndEscapeWithNone) {
   EXPECT_EQ(dialogs.Choose("Print", {}, 0), std::nullopt);
 }
 
+// What a letter's question in a run is answered with, by what is done in its box; "cmdBack" and the
+// like are the buttons of the box that Escape opens.
+TEST_F(DialogsTest, ALettersQuestionTellsAnEmptyAnswerFromTheEndOfTheRun) {
+  using Way = LetterAnswer::Way;
+  struct Case {
+    const char* progress;
+    std::vector<const char*> pressed;
+    Way way;
+    bool for_all;
+  };
+  const Case cases[] = {
+      {"3 of 33 letters", {"Enter"}, Way::kText, false},
+      {"3 of 33 letters", {"chkForAll", "Enter"}, Way::kText, true},
+      {"3 of 33 letters", {"chkForAll", "cmdStopRun"}, Way::kStopRun, false},
+      {"3 of 33 letters", {"Escape", "cmdLeaveEmpty"}, Way::kNone, false},
+      {"3 of 33 letters", {"cmdCancel", "cmdStop"}, Way::kStopRun, false},
+      {"3 of 33 letters", {"Escape", "cmdBack", "chkForAll", "Enter"}, Way::kText, true},
+      {"3 of 33 letters", {"Escape", "Escape", "Enter"}, Way::kText, false},
+      {"", {"Enter"}, Way::kText, false},
+      {"", {"Escape"}, Way::kNone, false},
+  };
+  WindowDialogs dialogs;
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.pressed));
+    std::size_t next = 0;
+    // Each step in the box that is up then: the one of Escape stands over the question.
+    std::function<void()> step = [&] {
+      QWidget* box = QApplication::activeModalWidget();
+      ASSERT_NE(box, nullptr);
+      if (next == 0) {
+        EXPECT_EQ(box->findChild<QWidget*>("cmdStopRun") != nullptr, *c.progress != '\0');
+        QTest::keyClicks(Find<QLineEdit>(*box, "txtAnswer"), "Ann");
+      }
+      const std::string name = c.pressed[next++];
+      if (next < c.pressed.size()) QTimer::singleShot(0, step);
+      if (name == "Enter") return QTest::keyClick(box->focusWidget(), Qt::Key_Return);
+      if (name == "Escape") return QTest::keyClick(box, Qt::Key_Escape);
+      Press(*box, name.c_str());
+    };
+    QTimer::singleShot(0, step);
+    const LetterAnswer answer =
+        dialogs.AskForLetter({.prompt = "Who inspects <b>it</b>?", .progress = c.progress});
+    EXPECT_EQ(next, c.pressed.size());
+    EXPECT_EQ(answer.way, c.way);
+    EXPECT_EQ(answer.text, c.way == Way::kText ? "Ann" : "");
+    EXPECT_EQ(answer.for_all, c.for_all);
+  }
+}
+
 TEST(FileFilter, IsTakenApartAsItStands) {
   using Filters = std::vector<FileFilter>;
   EXPECT_EQ(ParseFileFilter("All Image files|*.bmp;*.dib;"),

@@ -19,7 +19,7 @@ class GenerateLettersTest : public WindowPartsTest {
  protected:
   GenerateLettersTest() {
     LoadTenants();
-    QObject::connect(&command_, &GenerateLetters::Told,
+    QObject::connect(&runs_, &LetterRuns::Told,
                      [this](const QString& message) { told_ = message.toStdString(); });
   }
   void Select(const QString& key) {
@@ -49,7 +49,8 @@ class GenerateLettersTest : public WindowPartsTest {
     throw std::runtime_error(code);
   }
 
-  GenerateLetters command_{session_, tree_, letters_, printers_, AtOnce, &desk_};
+  LetterRuns runs_{session_, tree_, letters_, printers_, AtOnce, &desk_};
+  GenerateLetters command_{session_, tree_, letters_, printers_, runs_, &desk_};
   std::string told_;
   int dialogs_ = 0;
 };
@@ -126,27 +127,11 @@ TEST_F(GenerateLettersTest, TicksTheRecipientThatTheTreeNamesAndAsksForTheTempla
   EXPECT_EQ(platform_.dialogs.Texts().back(), "There is no template in the 'Templates' group yet.");
 }
 
-TEST_F(GenerateLettersTest, OffersToMakeTheMissingLettersAfterAFailure) {
-  SaveTemplate("Notice", "Dear <<Tenant Name>>");
-  Select("Templates/Notice");
-  const std::string name = NameOf("T00001");
-  // A file stands where the letter's folder should be.
-  WriteWholeFile(Data() / name, "");
-  platform_.dialogs.WillPress(Answer::kYes).WillPress(Answer::kNo);
-  InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
-  command_.Generate();
-  EXPECT_EQ(told_, "0 of 1 letters were made.");
-  // The error, the offer, and both again for the second attempt.
-  EXPECT_EQ(platform_.dialogs.shown().size(), 4U);
-  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("Make the missing letters now?"));
-  EXPECT_THAT(desk_.Letters(), IsEmpty());
-}
-
 TEST_F(GenerateLettersTest, NeedsPrintersOnlyForPaper) {
   SaveTemplate("Notice", "Dear <<Tenant Name>>");
   Select("Templates/Notice");
   WindowPrinters unread(session_);
-  GenerateLetters command(session_, tree_, letters_, unread, AtOnce, &desk_);
+  GenerateLetters command(session_, tree_, letters_, unread, runs_, &desk_);
   const std::string name = NameOf("T00001");
   InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
   command.Generate();

@@ -48,9 +48,10 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
       output_(session_, printers_, letters_,
               [this](const QString& title, const Work& work) { RunBeside(title, work); }),
       rental_data_(session_),
-      generate_(
+      runs_(
           session_, *tree_, letters_, printers_,
           [this](const QString& title, const Work& work) { RunBeside(title, work); }, this),
+      generate_(session_, *tree_, letters_, printers_, runs_, this),
       settings_(session_, *tree_, letters_, spelling_, rental_data_, *page_width_, this),
       help_(session_, *tree_, letters_, this),
       menus_(*this, {.session = session_,
@@ -61,6 +62,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
                      .spelling = spelling_,
                      .lint_panel = *lint_panel_,
                      .generate = generate_,
+                     .runs = runs_,
                      .settings = settings_,
                      .help = help_,
                      .colours = colours_,
@@ -113,7 +115,7 @@ void frmMain::ConnectParts() {
   connect(&output_, &LetterOutput::Told, this,
           [this](const QString& message) { statusBar()->showMessage(message, kTellFor); });
   const auto tell = [this](const QString& message) { statusBar()->showMessage(message); };
-  connect(&generate_, &GenerateLetters::Told, this, tell);
+  connect(&runs_, &LetterRuns::Told, this, tell);
   connect(&tree_commands_, &TreeCommands::Told, this, tell);
   connect(&rental_data_, &RentalDataLoad::Told, this, tell);
   connect(&rental_data_, &RentalDataLoad::CustomFieldsRead, this,
@@ -175,6 +177,7 @@ void frmMain::FirstDisplay() {
         "screen in the 'Templates' group");
   }
   if (frmForms::WantedAtStartup(session_.settings)) help_.ShowForms();
+  runs_.ShowUnfinished();
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {

@@ -17,6 +17,7 @@
 #include "ui/window/letter/window_printers.h"
 #include "ui/window/main/generate_letters.h"
 #include "ui/window/main/help_commands.h"
+#include "ui/window/main/letter_runs.h"
 #include "ui/window/main/letter_status.h"
 #include "ui/window/main/main_menus.h"
 #include "ui/window/main/rental_data_load.h"
@@ -75,6 +76,7 @@ class frmMain : public QMainWindow {
   OpenLetters letters_;
   LetterOutput output_;
   RentalDataLoad rental_data_;
+  LetterRuns runs_;
   GenerateLetters generate_;
   SettingsCommands settings_;
   HelpCommands help_;

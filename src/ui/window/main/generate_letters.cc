@@ -1,10 +1,10 @@
 #include "ui/window/main/generate_letters.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "letters/generation.h"
 #include "letters/template_library.h"
 #include "ui/dialogs/frm_generate.h"
 
@@ -13,39 +13,7 @@ namespace {
 
 using Entry = TreeModel::Entry;
 
-constexpr std::size_t kMostNamed = 20;  // letters that failed, in the box after a run
-
 bool Generates(const std::string& kind) { return kind == kTemplates || kind == kOwnerTemplates; }
-
-// Passes on a run's progress, and stops the run when the user cancels.
-class ShownGeneration : public GenerationObserver {
- public:
-  explicit ShownGeneration(WorkProgress& progress) : progress_(progress) {}
-
-  void Started(std::size_t count, const std::filesystem::path&) override {
-    total_ = static_cast<int>(count);
-    Report({});
-  }
-  void LetterFinished(const LetterReport& report) override {
-    done_ = std::min(done_ + 1, total_);
-    Report(QString::fromStdString(report.recipient.name));
-    if (!report.file.empty()) last_ = report;
-  }
-  bool StopAsked() override { return progress_.Cancelled(); }
-
-  // The last letter that has a file.
-  const LetterReport& last() const { return last_; }
-
- private:
-  void Report(const QString& name) {
-    progress_.Report(done_, total_,
-                     GenerateLetters::tr("%1 of %2 letters   %3").arg(done_).arg(total_).arg(name));
-  }
-
-  WorkProgress& progress_;
-  int done_ = 0, total_ = 0;
-  LetterReport last_;
-};
 
 }  // namespace
 
@@ -120,7 +88,7 @@ void GenerateLetters::GenerateFrom(const Entry& letter_template,
                      dialogs, window_);
   if (preselected) choice.Preselect(*preselected);
   if (choice.exec() != QDialog::Accepted) return;
-  const GenerationRequest request = choice.Request();
+  GenerationRequest request = choice.Request();
   printing::Printers* printers = nullptr;
   if (request.destination == Destination::kPrinter) {
     printers = &printers_.Get();
@@ -130,61 +98,11 @@ void GenerateLetters::GenerateFrom(const Entry& letter_template,
       return;
     }
     letters_.ShowPages();
+    request.printer = printers->Current().DeviceName();
   }
-  Run([&](GenerationObserver& observer) {
+  runs_.Run(request.destination, [&](GenerationObserver& observer) {
     return GenerateSelection(session_, request, observer, printers);
   });
-}
-
-void GenerateLetters::Run(const std::function<GenerationSummary(GenerationObserver&)>& run) {
-  GenerationSummary summary;
-  LetterReport last;
-  run_(tr("Generating"), [&](WorkProgress& progress) {
-    ShownGeneration shown(progress);
-    summary = run(shown);
-    last = shown.last();
-  });
-  tree_.RefreshTree();
-  if (summary.asked == 0) return;  // nothing was started, and the reason has been shown
-  emit Told(tr("%1 of %2 letters were made.").arg(summary.done).arg(summary.asked));
-  if (summary.complete()) {
-    if (summary.asked == 1 && !last.file.empty()) {
-      letters_.OpenListed(last.file, last.recipient.code);
-    }
-    return;
-  }
-  if (!WantsMissing(summary)) return;
-  Run([this, log = summary.log](GenerationObserver& observer) {
-    return Generation(session_, AfterError::kStop, observer, printers_.IfRead()).Resume(log);
-  });
-}
-
-bool GenerateLetters::WantsMissing(const GenerationSummary& summary) {
-  Dialogs& dialogs = session_.platform.dialogs;
-  std::string text =
-      std::to_string(summary.done) + " of " + std::to_string(summary.asked) + " letters were made.";
-  std::size_t named = 0;
-  for (const LetterReport& report : summary.failed) {
-    if (++named > kMostNamed) break;
-    text += "\r\n" + report.recipient.name + ": " + report.problem;
-  }
-  if (named > kMostNamed) {
-    text += "\r\n" + std::to_string(summary.failed.size() - kMostNamed) + " more failed.";
-  }
-  for (const LetterReport& report : summary.in_doubt) {
-    text += "\r\n" + report.recipient.name + ": " + report.problem;
-  }
-  for (const LetterReport& report : summary.held) {
-    text += "\r\nHeld back: " + report.recipient.name + ": " + report.problem;
-  }
-  if (summary.log.empty() || summary.failed.size() + summary.untouched() == 0) {
-    dialogs.Say(text);
-    return false;
-  }
-  return dialogs.Show({.text = text + "\r\nMake the missing letters now?",
-                       .buttons = Buttons::kYesNo,
-                       .icon = Icon::kQuestion,
-                       .default_answer = Answer::kNo}) == Answer::kYes;
 }
 
 }  // namespace tenora

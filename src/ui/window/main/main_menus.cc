@@ -200,6 +200,11 @@ void MainMenus::BuildToolsMenu() {
       Command(tools, "cmdGenerate", tr("&Generate Letter(s)…"),
               {"generate", QKeySequence(tr("Ctrl+G")), tr("Letters from the selected template")},
               [this] { parts_.generate.Generate(); });
+  Command(tools, "mnuUnfinishedRuns", tr("&Unfinished Runs…"),
+          {nullptr, {}, tr("Runs of letters that did not finish: resume, look or forget")}, [this] {
+            if (parts_.runs.ShowUnfinished()) return;
+            parts_.session.platform.dialogs.Say("Every run of letters is finished.");
+          });
   LetterCommand(tools, "mnuSpelling", tr("&Spelling…"), {"spelling", QKeySequence(tr("F7"))},
                 [this](frmLetter& letter) { parts_.spelling.Check(letter); });
   letter_commands_ << Command(

@@ -19,6 +19,7 @@
 #include "ui/window/main/generate_letters.h"
 #include "ui/window/main/help_commands.h"
 #include "ui/window/main/insert_menus.h"
+#include "ui/window/main/letter_runs.h"
 #include "ui/window/main/settings_commands.h"
 #include "ui/window/tree/ctl_tree.h"
 
@@ -34,6 +35,7 @@ struct MenuParts {
   LetterSpelling& spelling;
   LintPanel& lint_panel;
   GenerateLetters& generate;
+  LetterRuns& runs;
   SettingsCommands& settings;
   HelpCommands& help;
   WindowColours& colours;

@@ -1,0 +1,113 @@
+#include "ui/dialogs/frm_unfinished_runs.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace tenora {
+namespace {
+
+constexpr int kFirstNumber = 3;  // the columns from here on are counts
+
+QString DestinationText(Destination destination) {
+  switch (destination) {
+    case Destination::kPrinter:
+      return frmUnfinishedRuns::tr("Printer");
+    case Destination::kEmail:
+      return frmUnfinishedRuns::tr("E-mail");
+    case Destination::kFolder:
+      break;
+  }
+  return frmUnfinishedRuns::tr("Save only");
+}
+
+}  // namespace
+
+frmUnfinishedRuns::frmUnfinishedRuns(const std::vector<UnfinishedRun>& runs, QWidget* parent)
+    : QDialog(parent), runs_(runs), list_(new QTreeWidget) {
+  setObjectName("frmUnfinishedRuns");
+  setWindowTitle(tr("Unfinished Runs"));
+  auto* text = new QLabel(tr(
+      "These runs of letters have not done all they were asked. \"Resume\" does the rest: nobody "
+      "gets a letter twice. \"Forget\" leaves it undone; no letter is removed."));
+  text->setWordWrap(true);
+
+  list_->setObjectName("lstRuns");
+  list_->setAccessibleName(tr("Unfinished runs"));
+  list_->setRootIsDecorated(false);
+  list_->setAllColumnsShowFocus(true);
+  list_->setAlternatingRowColors(true);
+  list_->setHeaderLabels({tr("Started"), tr("Template"), tr("Send to"), tr("Asked"), tr("Done"),
+                          tr("Left"), tr("In doubt"), tr("Held back"), tr("No address")});
+  for (const UnfinishedRun& run : runs_) AddRun(run);
+  for (int column = 0; column < list_->columnCount(); ++column) {
+    list_->resizeColumnToContents(column);
+  }
+  connect(list_, &QTreeWidget::currentItemChanged, this, [this] { ShowChosen(); });
+  connect(list_, &QTreeWidget::itemActivated, this, [this] { Choose(Choice::kLook); });
+
+  auto* row = new QHBoxLayout;
+  const auto add = [&](const QString& caption, const char* name, Choice choice) {
+    auto* button = new QPushButton(caption);
+    button->setObjectName(name);
+    button->setAutoDefault(false);
+    connect(button, &QPushButton::clicked, this, [this, choice] { Choose(choice); });
+    row->addWidget(button);
+    return button;
+  };
+  resume_ = add(tr("&Resume"), "cmdResume", Choice::kResume);
+  add(tr("&Look"), "cmdLook", Choice::kLook);
+  add(tr("&Forget…"), "cmdForget", Choice::kForget);
+  row->addStretch();
+  auto* later = new QPushButton(tr("La&ter"));
+  later->setObjectName("cmdLater");
+  later->setDefault(true);
+  connect(later, &QPushButton::clicked, this, &QDialog::reject);
+  row->addWidget(later);
+
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(text);
+  layout->addWidget(list_, 1);
+  layout->addLayout(row);
+  resize(800, 320);
+  list_->setCurrentItem(list_->topLevelItem(0));
+  list_->setFocus();
+}
+
+void frmUnfinishedRuns::AddRun(const UnfinishedRun& run) {
+  if (!run.problem.empty()) {
+    const QString problem = QString::fromStdString(run.problem);
+    auto* item = new QTreeWidgetItem(
+        list_, {tr("%1: %2").arg(QString::fromStdString(run.log.filename().string()), problem)});
+    item->setToolTip(0, problem);
+    item->setFirstColumnSpanned(true);
+    return;
+  }
+  const GenerationSummary& summary = run.summary;
+  QStringList texts{QString::fromStdString(run.started),
+                    QString::fromStdString(run.request.template_name),
+                    DestinationText(run.request.destination)};
+  for (const std::size_t count :
+       {summary.asked, summary.done, summary.failed.size() + summary.untouched(),
+        summary.in_doubt.size(), summary.held.size(), summary.no_address.size()}) {
+    texts << QString::number(count);
+  }
+  auto* item = new QTreeWidgetItem(list_, texts);
+  for (int column = kFirstNumber; column < list_->columnCount(); ++column) {
+    item->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
+  }
+}
+
+const UnfinishedRun& frmUnfinishedRuns::chosen() const {
+  return runs_[static_cast<std::size_t>(list_->indexOfTopLevelItem(list_->currentItem()))];
+}
+
+void frmUnfinishedRuns::ShowChosen() { resume_->setEnabled(chosen().problem.empty()); }
+
+void frmUnfinishedRuns::Choose(Choice choice) {
+  choice_ = choice;
+  accept();
+}
+
+}  // namespace tenora

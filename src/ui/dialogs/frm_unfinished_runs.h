@@ -1,0 +1,38 @@
+// The runs of letters that have not done all they were asked: the user resumes one, looks at its
+// letters, or forgets it. They can also be left until later.
+#pragma once
+
+#include <QDialog>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <vector>
+
+#include "letters/unfinished_runs.h"
+
+namespace tenora {
+
+class frmUnfinishedRuns : public QDialog {
+  Q_OBJECT
+
+ public:
+  enum class Choice { kLater, kResume, kLook, kForget };
+
+  // The runs, of which there is at least one, must outlive the dialog.
+  explicit frmUnfinishedRuns(const std::vector<UnfinishedRun>& runs, QWidget* parent = nullptr);
+
+  // Once the dialog is closed.
+  Choice choice() const { return choice_; }
+  const UnfinishedRun& chosen() const;
+
+ private:
+  void AddRun(const UnfinishedRun& run);
+  void ShowChosen();
+  void Choose(Choice choice);
+
+  const std::vector<UnfinishedRun>& runs_;
+  Choice choice_ = Choice::kLater;
+  QTreeWidget* list_;
+  QPushButton* resume_ = nullptr;
+};
+
+}  // namespace tenora
