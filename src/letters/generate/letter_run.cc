@@ -1,10 +1,6 @@
 #include "letters/generate/letter_run.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
-#include <cstdio>
-#include <system_error>
 
 #include "letters/generate/run_summary.h"
 #include "platform/dialogs/guard.h"
@@ -67,39 +63,6 @@ bool ConcernsEveryLetter(int number) {
          number == mail::NoMailClient::kNumber;
 }
 
-// What a run is about to write, for the log: a file of this name may be another run's.
-std::string Fingerprint(std::string_view text) {
-  std::uint64_t hash = 0xCBF29CE484222325U;  // FNV-1a
-  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
-  std::array<char, 48> shown{};
-  std::snprintf(shown.data(), shown.size(), "%zu bytes, %016llx", text.size(),
-                static_cast<unsigned long long>(hash));
-  return shown.data();
-}
-
-bool Exists(const fs::path& path) {
-  std::error_code error;
-  return fs::symlink_status(path, error).type() != fs::file_type::not_found;
-}
-
-// A power cut may leave an empty file.
-void RemoveIfEmpty(const fs::path& path) {
-  std::error_code error;
-  const bool empty = fs::is_regular_file(fs::symlink_status(path, error)) &&
-                     fs::file_size(path, error) == 0 && !error;
-  if (empty) fs::remove(path, error);
-}
-
-// Whether the file contains a whole letter, from its first brace to its last: a power cut leaves
-// one that was not yet synced empty or truncated.
-bool IsWholeLetter(const fs::path& path) {
-  std::error_code error;
-  if (!fs::is_regular_file(fs::symlink_status(path, error))) return false;
-  const std::string text = ReadWholeFile(path);
-  const std::size_t last = text.find_last_not_of(std::string_view(" \r\n\0", 4));
-  return text.starts_with("{\\rtf") && text[last] == '}';
-}
-
 fs::path PdfBeside(fs::path letter) { return letter.replace_extension(".pdf"); }
 
 }  // namespace
@@ -110,6 +73,7 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
       after_error_(after_error),
       observer_(observer),
       log_(log),
+      files_(log, session.database.DataFolder()),
       maker_(maker),
       sender_(session) {
   sender_.StopAsked = [this] { return observer_.StopAsked(); };
@@ -200,21 +164,21 @@ bool LetterRun::Process(std::size_t number) {
 }
 
 bool LetterRun::MakeAndHandOver(LetterReport& report) {
-  report.file = SavedBefore(report);
+  report.file = files_.SavedBefore(report);
   const bool held = HeldBack(log_.letter(report.number).state);
   if (report.file.empty()) {
     // What is there under that name, if anything, is not this letter.
     log_.NoteFile(report.number, {});
     if (!Merge(report)) return false;
-    Save(report);
+    files_.Save(*letter_, report);
+    observer_.Saved(report.file);
   } else if (held && WayOf(report.number) != Resuming::kAsItIs) {
     if (!CheckAgain(report)) return false;
   } else {
     letter_ = &maker_.Load(report.recipient, report.file);
-    RemoveIfEmpty(PdfBeside(report.file));
   }
   if (report.result == Result::kHeld) return true;
-  if (request().pdf && !Exists(PdfBeside(report.file))) MakePdf(report);
+  if (request().pdf && !IsOnDisk(PdfBeside(report.file))) MakePdf(report);
   return HandOver(report);
 }
 
@@ -258,89 +222,19 @@ std::vector<LetterFinding> LetterRun::Check(LetterReport& report) const {
 }
 
 bool LetterRun::CheckAgain(LetterReport& report) {
-  LoggedLetter logged = log_.letter(report.number);
-  const std::string in_file = Fingerprint(ReadWholeFile(report.file));
-  if (logged.state == LetterState::kHolding) {
-    // The run ended before it could say why; until the letter is merged again it stays held.
-    logged.fingerprint = std::exchange(logged.detail, "held back by a run that was cut short");
-    log_.Note(report.number, LetterState::kHeld, logged.detail, logged.fingerprint);
-  }
-  if (logged.fingerprint.find(in_file) == std::string::npos) {
-    letter_ = &maker_.Load(report.recipient, report.file);
-    Check(report);
-    // With the fingerprint from before: what a person has changed is never merged over.
-    if (report.result == Result::kHeld) {
-      log_.Note(report.number, LetterState::kHeld, report.problem, logged.fingerprint);
+  if (!files_.ChangedByHand(report)) {
+    if (!Merge(report)) return false;
+    // Its questions may have waited long enough for somebody to correct the file.
+    if (!files_.ChangedByHand(report)) {
+      if (files_.ReplaceHeld(*letter_, report)) observer_.Saved(report.file);
+      return true;
     }
-    return true;
+    report = ReportOn(report.number);
   }
-  if (!Merge(report)) return false;
-  ReplaceHeld(report, in_file);
+  letter_ = &maker_.Load(report.recipient, report.file);
+  Check(report);
+  files_.NoteHeld(report);
   return true;
-}
-
-// Until the new letter is noted, the log knows both contents as the program's own: whichever of
-// them a kill leaves is merged again rather than taken for a person's correction.
-void LetterRun::ReplaceHeld(const LetterReport& report, const std::string& fingerprint_before) {
-  const std::string fingerprint = Fingerprint(letter_->rtfLetter.TextRTF());
-  if (fingerprint != fingerprint_before) {
-    const std::string reason = log_.letter(report.number).detail;
-    log_.Note(report.number, LetterState::kHeld, reason, fingerprint_before + "; " + fingerprint);
-    log_.Sync();
-    WriteWholeFile(report.file, letter_->rtfLetter.TextRTF());
-    observer_.Saved(report.file);
-  }
-  if (report.result == Result::kHeld) {
-    log_.Note(report.number, LetterState::kHeld, report.problem, fingerprint);
-  } else {
-    log_.Note(report.number, LetterState::kSaving, fingerprint);
-  }
-  log_.Write();
-}
-
-fs::path LetterRun::SavedBefore(LetterReport& report) const {
-  const LoggedLetter& logged = log_.letter(report.number);
-  if (logged.file.empty()) return {};
-  fs::path file = session_.database.DataFolder() / logged.file;
-  RemoveIfEmpty(file);
-  if (!Exists(file)) return {};
-  const bool whole = IsWholeLetter(file);
-  // The run ended before it took the name, and another run took it.
-  const bool name_not_taken =
-      logged.state == LetterState::kSaving || logged.state == LetterState::kHolding;
-  if (whole && name_not_taken && !logged.detail.empty() &&
-      Fingerprint(ReadWholeFile(file)) != logged.detail) {
-    return {};
-  }
-  if (whole) return file;
-  report.warnings.push_back(file.string() +
-                            " is damaged and was left as it is; a new letter was made");
-  return {};
-}
-
-// The name is in the log before the letter takes it: after a kill the letter is found again rather
-// than saved twice.
-void LetterRun::Save(LetterReport& report) {
-  const bool held = report.result == Result::kHeld;
-  SaveWay way;
-  way.durability = request().destination == Destination::kEmail || held ? Durability::kSynced
-                                                                        : Durability::kUntilSync;
-  way.pdf_name_free = request().pdf;
-  const std::string fingerprint = Fingerprint(letter_->rtfLetter.TextRTF());
-  way.before_write = [&](const fs::path& path) {
-    log_.NoteFile(report.number, path);
-    log_.Note(report.number, held ? LetterState::kHolding : LetterState::kSaving, fingerprint);
-    log_.Write();
-  };
-  try {
-    letter_->SaveGenerated(way);
-  } catch (...) {
-    log_.NoteFile(report.number, {});
-    throw;
-  }
-  report.file = letter_->members().FilePath;
-  if (held) log_.Note(report.number, LetterState::kHeld, report.problem, fingerprint);
-  observer_.Saved(report.file);
 }
 
 void LetterRun::MakePdf(LetterReport& report) {

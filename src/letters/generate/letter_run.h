@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 
+#include "letters/generate/letter_files.h"
 #include "letters/generate/letter_maker.h"
 #include "letters/generate/run_log.h"
 #include "letters/generation.h"
@@ -42,16 +43,11 @@ class LetterRun {
   std::vector<LetterFinding> Check(LetterReport& report) const;
   // Looks again at a letter that an earlier run held back. As MakeAndHandOver.
   bool CheckAgain(LetterReport& report);
-  // Puts the current letter in place of the unchanged file of a held one.
-  void ReplaceHeld(const LetterReport& report, const std::string& fingerprint_before);
   // False when the user stopped while the mail server was silent.
   bool HandOver(LetterReport& report);
   bool Mail(LetterReport& report);
   void PrintInJob(LetterReport& report);
 
-  // The whole letter that an earlier run saved; empty when there is none.
-  std::filesystem::path SavedBefore(LetterReport& report) const;
-  void Save(LetterReport& report);
   void MakePdf(LetterReport& report);
   void TakePdfs(std::vector<PdfResult> results);
 
@@ -68,6 +64,7 @@ class LetterRun {
   const AfterError after_error_;
   GenerationObserver& observer_;
   RunLog& log_;
+  LetterFiles files_;
   LetterMaker& maker_;
   ResumeWay way_;
   frmLetter* letter_ = nullptr;  // the current one

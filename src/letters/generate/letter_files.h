@@ -1,0 +1,43 @@
+// The letters of a run as files: what earlier attempts left of one, and how it is written so that
+// after a kill it is neither lost, nor saved twice, nor taken for a person's work.
+#pragma once
+
+#include <filesystem>
+#include <utility>
+
+#include "letters/frm_letter.h"
+#include "letters/generate/run_log.h"
+#include "letters/generation.h"
+
+namespace tenora {
+
+// Also a link that leads nowhere. An empty file, which a power cut may leave, is removed.
+bool IsOnDisk(const std::filesystem::path& path);
+
+class LetterFiles {
+ public:
+  // The log outlives this object.
+  LetterFiles(RunLog& log, std::filesystem::path data_folder)
+      : log_(log), data_folder_(std::move(data_folder)) {}
+
+  // The whole letter that an earlier run saved; empty when there is none. A damaged one is left as
+  // it is, with a warning.
+  std::filesystem::path SavedBefore(LetterReport& report) const;
+  // Saves a new letter, held back or not. Raises what SaveGenerated raises.
+  void Save(frmLetter& letter, LetterReport& report);
+
+  // Of a letter that an earlier run held back:
+
+  // Whether its file is not as the program wrote it.
+  bool ChangedByHand(const LetterReport& report);
+  // Notes the reasons that still hold a letter changed by hand.
+  void NoteHeld(const LetterReport& report);
+  // Puts a letter merged anew in place of the unchanged file. False where both are the same.
+  bool ReplaceHeld(const frmLetter& letter, const LetterReport& report);
+
+ private:
+  RunLog& log_;
+  std::filesystem::path data_folder_;
+};
+
+}  // namespace tenora
