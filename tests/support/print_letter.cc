@@ -1,0 +1,38 @@
+// Prints one RTF file to a PDF as a letter window would, with the margins of TENORA_SETTINGS.
+// scripts/compare_with_office.py drives it: print_letter FILE.rtf FILE.pdf
+#include <iostream>
+
+#include "data/program.h"
+#include "data/settings.h"
+#include "output/letter_pdf.h"
+#include "platform/dialogs/console_dialogs.h"
+#include "platform/locale/locale.h"
+#include "platform/query/engine.h"
+#include "platform/registry/registry.h"
+#include "platform/richtext/rich_text_box.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
+
+int main(int argc, char** argv) {
+  using namespace tenora;
+  if (argc != 3) {
+    std::cerr << "print_letter FILE.rtf FILE.pdf" << std::endl;
+    return 2;
+  }
+  try {
+    const Clock clock = Clock::FromEnvironment();
+    ConsoleDialogs dialogs(std::cin, std::cerr);
+    const auto locale = MakeLocale();
+    const auto registry = registry::Registry::FromEnvironment();
+    const auto workspace = query::Workspace::Create();
+    Settings settings(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
+    RichTextBox letter;
+    letter.LoadFile(argv[1]);
+    WriteWholeFile(argv[2], MakeLetterPdf(letter, "letter", settings));
+    return 0;
+  } catch (...) {
+    std::cerr << ErrorText(CurrentError()) << std::endl;
+    return 1;
+  }
+}
