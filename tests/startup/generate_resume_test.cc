@@ -197,14 +197,15 @@ TEST_F(GenerateResume, AnAnswerForAllHoldsOnResumingButNotWhereItHoldsALetterBac
   const auto stopped = Mail("T00001 T00002 T00003 T00005", {}, "/all Mon } day\n/stop\n");
   EXPECT_THAT(stopped.errors, HasSubstr("(1 of 4 letters; \"/all TEXT\" answers for all"));
   EXPECT_THAT(stopped.errors, HasSubstr("Stopped. 0 of 4 letters mailed, 1 held back, 3 not"));
-  const auto resumed = Resume("Friday\n/all Monday\n");
-  EXPECT_THAT(resumed.errors, HasSubstr("4 of 4 letters mailed"));
+  EXPECT_THAT(Resume("Friday\n/all Monday\n/stop\n").errors, HasSubstr("4 of 4 letters mailed"));
   for (const auto& [number, text] : {std::pair(1, "T00001 Friday"),
                                      {2, "T00002 Monday"},
                                      {3, "T00003 Monday"},
                                      {4, "T00005 Monday"}}) {
     EXPECT_THAT(test::ParseMessage(server_.MessageFile(number)), HasSubstr(text));
   }
+  TakeLetters();
+  EXPECT_THAT(Mail("T00001", {}, "/stop\n").errors, HasSubstr("Stopped. 0 of 1 letter mailed, 1"));
   TakeLetters();
   // Kept from one attempt to the next: a killed run does not ask again.
   int kept = 0;

@@ -202,8 +202,8 @@ bool LetterRun::Merge(LetterReport& report) {
 }
 
 std::string LetterRun::Progress() const {
-  if (missing_ < 2) return {};
-  return std::to_string(begun_) + " of " + std::to_string(missing_) + " letters";
+  return std::to_string(begun_) + " of " + std::to_string(missing_) +
+         (missing_ == 1 ? " letter" : " letters");
 }
 
 std::vector<LetterFinding> LetterRun::Check(LetterReport& report) const {

@@ -19,7 +19,7 @@ class ConsoleDialogs : public Dialogs {
   // An empty line takes the default answer; an end of input, or a line too long, is Cancel.
   std::optional<std::string> AskText(const std::string& prompt, const std::string& title,
                                      const std::string& default_answer) override;
-  // Among other letters, "/all TEXT" answers for all of them and "/stop" ends the run.
+  // In a run "/all TEXT" answers for all letters from there on, and "/stop" ends it.
   LetterAnswer AskForLetter(const LetterQuestion& question) override;
   // A numbered list, the default item starred. An empty line or an end of input is Cancel, as is
   // the last of a few wrong numbers.

@@ -41,7 +41,7 @@ struct PrintChoice {
 // A question that one letter of many asks while it is made.
 struct LetterQuestion {
   std::string prompt;
-  std::string progress = {};  // "3 of 33 letters"; empty where there is no other letter
+  std::string progress = {};  // "3 of 33 letters"; empty outside a run
 };
 
 struct LetterAnswer {
