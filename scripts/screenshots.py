@@ -41,6 +41,30 @@ class Studio(Screen):
         self.keys("Escape")
         self.until_gone(window)
 
+    def unfinished_run(self):
+        """A log as a run of e-mails leaves it that was ended in the middle."""
+        name = "Letters 2026-11-20 163000.log"
+        code = "the code \"<<Rent Paid Too>>\" was not filled in; did you mean \"Rent Paid To\"?"
+        recipients = (
+            ("Mei Huang", "T00007", "mailed", "mei@example.test"),
+            ("Ben Huang", "T00032", "held", code), ("Ben Young", "T00028", "held", code),
+            ("Tama O'Brien", "T00006", "no address", "no e-mail address"),
+            ("Claire Xu", "T00024", "no address", "no e-mail address"),
+            ("Jane Smith", "T00001", "sending", "no answer to the letter from mail.example.test"),
+            ("Ana Young", "T00012", None, None))
+        lines = [("Tenora run log", "2"), ("log", name), ("started", "2026-11-20 16:30:00"),
+                 ("data folder", str(self.home)), ("template", "Templates", "Rent review"),
+                 ("destination", "email"), ("subject", "Your rent"), ("pdf", "no")]
+        for number, (person, code, _, _) in enumerate(recipients, 1):
+            lines.append(("recipient", str(number), person, code))
+        lines.append(("letters",))
+        for number, (person, _, state, detail) in enumerate(recipients, 1):
+            if state:
+                held = ("0 bytes",) if state == "held" else ()
+                lines.append((state, str(number), person, f"{person}/Rent review.rtf", detail, *held))
+        lines.append(("stopped", "2026-11-20 16:31:00"))
+        (self.home / name).write_text("".join("\t".join(line) + "\n" for line in lines))
+
     def window_of(self, window):
         self.xdotool("windowfocus", "--sync", window)
 
@@ -85,6 +109,18 @@ def main():
         studio.dialog("spelling", "Spell Check", "F7")
         studio.window_of(studio.main)
         studio.keys("ctrl+z")
+        studio.unfinished_run()
+        studio.keys("alt+t", "u")
+        runs = studio.window("Unfinished Runs")
+        studio.take("unfinished-runs", runs)
+        studio.keys("alt+l")
+        window = studio.window("Letters Left")
+        studio.keys("Down", "space", "Down", "Down", "space")
+        studio.take("letters-left", window)
+        studio.keys("Escape")
+        studio.until_gone(window)
+        studio.keys("Escape")
+        studio.window_of(studio.main)
         # "Future Date" is the last of the Insert menu's codes.
         studio.dialog("future-date", "Future Date", "alt+i", "Right", "Up", "Return")
         studio.dialog("preview", "Welcome.*Print Preview", "ctrl+shift+p")

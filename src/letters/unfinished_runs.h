@@ -25,6 +25,10 @@ struct UnfinishedRun {
 // Raises nothing: a folder that cannot be listed has no runs.
 std::vector<UnfinishedRun> FindUnfinishedRuns(const std::filesystem::path& data_folder);
 
+// Why an unfinished run holds back the letter of this file, as long as that is as the run wrote it;
+// empty where none does. Raises nothing.
+std::string HeldReason(const std::filesystem::path& data_folder, const std::filesystem::path& file);
+
 // Notes in the log that a person has settled the run, which is then no longer found. No file is
 // removed, and the run can still be resumed by name. Raises 70 (Permission denied) for a run in
 // progress, 321 (Invalid file format) for another file, and the errors of FileError.

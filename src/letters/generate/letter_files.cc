@@ -50,6 +50,12 @@ bool IsOnDisk(const fs::path& path) {
   return fs::symlink_status(path, error).type() != fs::file_type::not_found;
 }
 
+bool IsAsHeld(const LoggedLetter& letter, const fs::path& file) {
+  const bool unfinished = letter.state == LetterState::kHolding;
+  const std::string& fingerprints = unfinished ? letter.detail : letter.fingerprint;
+  return fingerprints.find(Fingerprint(ReadWholeFile(file))) != std::string::npos;
+}
+
 fs::path LetterFiles::SavedBefore(LetterReport& report) const {
   const LoggedLetter& logged = log_.letter(report.number);
   if (logged.file.empty()) return {};
@@ -95,14 +101,13 @@ void LetterFiles::Save(frmLetter& letter, LetterReport& report) {
 }
 
 bool LetterFiles::ChangedByHand(const LetterReport& report) {
-  LoggedLetter logged = log_.letter(report.number);
+  const LoggedLetter logged = log_.letter(report.number);
   if (logged.state == LetterState::kHolding) {
     // The run ended before it could say why; until the letter is merged again it stays held.
-    logged.fingerprint = std::exchange(logged.detail, "held back by a run that was cut short");
-    log_.Note(report.number, LetterState::kHeld, logged.detail, logged.fingerprint);
+    log_.Note(report.number, LetterState::kHeld, "held back by a run that was cut short",
+              logged.detail);
   }
-  const std::string in_file = Fingerprint(ReadWholeFile(report.file));
-  return logged.fingerprint.find(in_file) == std::string::npos;
+  return !IsAsHeld(logged, report.file);
 }
 
 // With the fingerprint from before: what a person has changed is never merged over.

@@ -14,6 +14,9 @@ namespace tenora {
 // Also a link that leads nowhere. An empty file, which a power cut may leave, is removed.
 bool IsOnDisk(const std::filesystem::path& path);
 
+// Whether the file of a held letter is as the program wrote it.
+bool IsAsHeld(const LoggedLetter& letter, const std::filesystem::path& file);
+
 class LetterFiles {
  public:
   // The log outlives this object.

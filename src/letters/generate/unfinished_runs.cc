@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "letters/generate/letter_files.h"
 #include "letters/generate/run_log.h"
 #include "letters/generate/run_summary.h"
 #include "platform/runtime/error.h"
@@ -39,9 +40,7 @@ std::optional<UnfinishedRun> Look(const fs::path& log, const fs::path& data_fold
   return run;
 }
 
-}  // namespace
-
-std::vector<UnfinishedRun> FindUnfinishedRuns(const fs::path& data_folder) {
+std::vector<fs::path> RunLogsIn(const fs::path& data_folder) {
   std::vector<fs::path> logs;
   std::error_code unlisted;
   fs::directory_iterator entry(data_folder, unlisted);
@@ -49,11 +48,40 @@ std::vector<UnfinishedRun> FindUnfinishedRuns(const fs::path& data_folder) {
     if (MayBeRunLog(*entry)) logs.push_back(entry->path());
   }
   std::ranges::sort(logs);
+  return logs;
+}
+
+// Of a letter that this run holds back; empty for any other.
+std::string ReasonIn(const LoggedRun& run, const fs::path& data_folder, const fs::path& file) {
+  for (const LoggedLetter& letter : run.letters) {
+    if (!HeldBack(letter.state) || data_folder / letter.file != file) continue;
+    if (!IsAsHeld(letter, file)) continue;
+    return letter.state == LetterState::kHeld ? letter.detail : "it was held back by a run";
+  }
+  return {};
+}
+
+}  // namespace
+
+std::vector<UnfinishedRun> FindUnfinishedRuns(const fs::path& data_folder) {
   std::vector<UnfinishedRun> runs;
-  for (const fs::path& log : logs) {
+  for (const fs::path& log : RunLogsIn(data_folder)) {
     if (std::optional<UnfinishedRun> run = Look(log, data_folder)) runs.push_back(std::move(*run));
   }
   return runs;
+}
+
+std::string HeldReason(const fs::path& data_folder, const fs::path& file) {
+  for (const fs::path& log : RunLogsIn(data_folder)) {
+    try {
+      const std::optional<LoggedRun> run = RunLog::Look(log, data_folder);
+      std::string reason = run ? ReasonIn(*run, data_folder, file) : "";
+      if (!reason.empty()) return reason;
+    } catch (const RuntimeError&) {
+      // A log that cannot be read is told where the unfinished runs are listed.
+    }
+  }
+  return {};
 }
 
 void ForgetRun(const fs::path& log, const Clock& clock) { RunLog::Forget(log, clock); }

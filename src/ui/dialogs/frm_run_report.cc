@@ -111,6 +111,9 @@ void frmRunReport::AddGroup(const QString& title, const Reports& reports, const 
   if (reports.empty()) return;
   auto* group = new QTreeWidgetItem(list_, {title});
   group->setFirstColumnSpanned(true);
+  QFont bold = list_->font();
+  bold.setBold(true);
+  group->setFont(0, bold);
   bool tickable = false;
   for (const LetterReport& report : reports) {
     const QString problem = QString::fromStdString(report.problem).simplified();

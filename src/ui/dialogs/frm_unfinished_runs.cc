@@ -8,7 +8,7 @@
 namespace tenora {
 namespace {
 
-constexpr int kFirstNumber = 3;  // the columns from here on are counts
+constexpr int kTemplate = 1, kFirstNumber = 3;  // columns; from the latter on they are counts
 
 QString DestinationText(Destination destination) {
   switch (destination) {
@@ -44,6 +44,8 @@ frmUnfinishedRuns::frmUnfinishedRuns(const std::vector<UnfinishedRun>& runs, QWi
   for (int column = 0; column < list_->columnCount(); ++column) {
     list_->resizeColumnToContents(column);
   }
+  list_->header()->setStretchLastSection(false);
+  list_->header()->setSectionResizeMode(kTemplate, QHeaderView::Stretch);
   connect(list_, &QTreeWidget::currentItemChanged, this, [this] { ShowChosen(); });
   connect(list_, &QTreeWidget::itemActivated, this, [this] { Choose(Choice::kLook); });
 
@@ -77,9 +79,11 @@ frmUnfinishedRuns::frmUnfinishedRuns(const std::vector<UnfinishedRun>& runs, QWi
 
 void frmUnfinishedRuns::AddRun(const UnfinishedRun& run) {
   if (!run.problem.empty()) {
-    const QString problem = QString::fromStdString(run.problem);
-    auto* item = new QTreeWidgetItem(
-        list_, {tr("%1: %2").arg(QString::fromStdString(run.log.filename().string()), problem)});
+    // It names the log, whose folder need not be told.
+    const QString problem = QString::fromStdString(run.problem)
+                                .replace(QString::fromStdString(run.log.string()),
+                                         QString::fromStdString(run.log.filename().string()));
+    auto* item = new QTreeWidgetItem(list_, {problem});
     item->setToolTip(0, problem);
     item->setFirstColumnSpanned(true);
     return;

@@ -142,7 +142,7 @@ TEST_F(RunReportTest, OpensTheLetterThatIsActivatedAndIsLeftByEscape) {
 TEST_F(DialogsTest, UnfinishedRunsAreShownWithTheirCountsAndChosenByTheirLine) {
   std::vector<UnfinishedRun> runs(2);
   runs[0].log = "/data/Letters a.log";
-  runs[0].problem = "line 3: damaged";
+  runs[0].problem = "/data/Letters a.log: line 3 is damaged";
   runs[1].started = "2026-11-21 09:30:00";
   runs[1].request.template_name = "Rent review";
   runs[1].request.destination = Destination::kEmail;
@@ -158,7 +158,7 @@ TEST_F(DialogsTest, UnfinishedRunsAreShownWithTheirCountsAndChosenByTheirLine) {
   auto* list = Find<QTreeWidget>(dialog, "lstRuns");
   // A log that cannot be read is not resumed.
   EXPECT_FALSE(Find<QPushButton>(dialog, "cmdResume")->isEnabled());
-  EXPECT_EQ(list->topLevelItem(0)->text(0), "Letters a.log: line 3: damaged");
+  EXPECT_EQ(list->topLevelItem(0)->text(0), "Letters a.log: line 3 is damaged");
   QTest::keyClick(list, Qt::Key_Down);
   QStringList shown;
   for (int column = 0; column < list->columnCount(); ++column) {

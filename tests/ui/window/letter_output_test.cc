@@ -2,12 +2,15 @@
 
 #include <array>
 
+#include "letters/generation.h"
 #include "letters/template_library.h"
+#include "letters/unfinished_runs.h"
 #include "window_fixture.h"
 
 namespace tenora {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 class LetterOutputTest : public WindowPartsTest {
@@ -62,6 +65,37 @@ TEST_F(LetterOutputTest, AsksBeforeAWrongLetterLeavesAndOnlyWarnsOfTheRest) {
       EXPECT_EQ(shown[0].default_choice, c.held ? Answer::kNo : Answer::kOk);
     }
   }
+}
+
+// A value that the merge altered cannot be seen in the file: the run's log still says what is
+// wrong, until the letter is changed or the run forgotten.
+TEST_F(LetterOutputTest, AsksForAHeldLetterThatIsOpenedAgain) {
+  SaveTemplate("Notice", "It is <<?What?>>.");
+  GenerationRequest request;
+  request.template_kind = kTemplates;
+  request.template_name = "Notice";
+  request.recipients = {{"Mei Huang", "T00007"}};
+  platform_.dialogs.WillType("a close } brace");
+  GenerationObserver unseen;
+  const GenerationSummary run = GenerateSelection(session_, request, unseen);
+  ASSERT_EQ(run.held.size(), 1U);
+  tree_.RefreshTree();
+  ASSERT_TRUE(letters_.OpenListed(run.held[0].file, "T00007"));
+  frmLetter& letter = letters_.Active()->letter();
+  EXPECT_TRUE(letter.Check().empty());
+  EXPECT_EQ(HeldReason(Data(), run.held[0].file), run.held[0].problem);
+  platform_.dialogs.ForgetShown();
+  platform_.dialogs.WillPress(Answer::kNo);
+  output_.Print(letter);
+  EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre(HasSubstr("Print it anyway?")));
+
+  letter.rtfLetter.SetText("It is a brace.");
+  platform_.dialogs.WillCancel();
+  output_.Email(letter);
+  EXPECT_EQ(platform_.dialogs.shown().size(), 2U);
+  EXPECT_EQ(platform_.dialogs.shown()[1].kind, ShownBox::Kind::kText);
+  ForgetRun(run.log, platform_.clock);
+  EXPECT_EQ(HeldReason(Data(), run.held[0].file), "");
 }
 
 }  // namespace

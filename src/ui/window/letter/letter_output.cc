@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "letters/template_library.h"
+#include "letters/unfinished_runs.h"
 #include "letters/window_print.h"
 #include "output/letter_pdf.h"
 #include "output/letter_printing.h"
@@ -33,7 +34,12 @@ class Copy {
 bool LetterOutput::MayLeave(const frmLetter& letter, const char* question) {
   const LetterMembers& members = letter.members();
   if (members.Kind != kTenantLetter && members.Kind != kOwnerLetter) return true;
-  const std::vector<LetterFinding> findings = letter.Check();
+  std::vector<LetterFinding> findings = letter.Check();
+  if (!Holds(findings) && !members.Changed && !members.FilePath.empty()) {
+    // What the merge found wrong with a value cannot be seen in the file.
+    const std::string held = HeldReason(session_.database.DataFolder(), members.FilePath);
+    if (!held.empty()) findings.insert(findings.begin(), {FindingWeight::kHold, {}, held});
+  }
   if (findings.empty()) return true;
   std::string text = Holds(findings) ? "This letter is not as it should be:\r\n"
                                      : "Have a look at this letter:\r\n";
