@@ -28,10 +28,10 @@ std::string_view WordsFor(std::string_view source) {
   return {};
 }
 
-std::string_view WordsFor(const richtext::Picture& picture) {
+std::string_view WordsFor(const richtext::Picture& picture, bool in_part) {
   using Kind = richtext::Picture::Kind;
-  if (picture.kind == Kind::kWmf) return "a WMF picture of lines and shapes";
-  if (picture.kind == Kind::kEmf) return "an EMF picture of lines and shapes";
+  if (picture.kind == Kind::kWmf) return in_part ? "parts of a WMF picture" : "a WMF picture";
+  if (picture.kind == Kind::kEmf) return in_part ? "parts of an EMF picture" : "an EMF picture";
   return "a picture that cannot be read";
 }
 
@@ -49,7 +49,9 @@ std::string PaperFinder::NotShown(const richtext::Run& run) {
 
 std::string_view PaperFinder::NotDrawn(const richtext::Picture& picture) {
   if (!application_) application_ = HoldQtApplication();
-  return CanDraw(picture) ? std::string_view() : WordsFor(picture);
+  const Drawable drawable = DrawableIn(picture);
+  return drawable == Drawable::kWhole ? std::string_view()
+                                      : WordsFor(picture, drawable == Drawable::kInPart);
 }
 
 std::vector<std::string> NotOnPaper(const richtext::Document& document) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/printing/image/decoded_image.h"
 #include "platform/printing/image/metafile.h"
 #include "platform/printing/qt_application.h"
 #include "platform/runtime/error.h"

@@ -1,11 +1,11 @@
 #include "platform/printing/pictures.h"
 
 #include <QBuffer>
-#include <QImageReader>
 #include <QPen>
 #include <algorithm>
 #include <cmath>
 
+#include "platform/printing/image/decoded_image.h"
 #include "platform/printing/image/metafile.h"
 
 namespace tenora::printing {
@@ -13,41 +13,34 @@ namespace {
 
 using Kind = richtext::Picture::Kind;
 
-constexpr double kTwipsPerPixel = 15;    // 96 pixels to the inch
-constexpr double kMostPixels = 400e6;    // of a picture, however well compressed
-constexpr double kPrintedPixels = 20e6;  // finer than paper shows; larger pictures are scaled to it
+constexpr double kTwipsPerPixel = 15;  // 96 pixels to the inch
+constexpr double kTwipsPerInch = 1440;
+constexpr int kMostPngSide = 4000;  // pixels
 constexpr std::size_t kMostKept = std::size_t{64}
                                   << 20;  // bytes of pictures, compressed and decoded
 
-QImage FromBytes(const std::string& bytes, const char* format) {
-  if (bytes.empty() || bytes.size() > static_cast<std::size_t>(INT_MAX)) return {};
-  QByteArray view = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
-  QBuffer buffer(&view);
-  QImageReader reader(&buffer, format);
-  const QSize size = reader.size();
-  const double pixels = double(size.width()) * size.height();
-  if (pixels > kMostPixels) return {};
-  if (pixels > kPrintedPixels) reader.setScaledSize(size * std::sqrt(kPrintedPixels / pixels));
-  return reader.read();
-}
-
-QImage Decode(const richtext::Picture& picture) {
+QImage DecodedBitmap(const richtext::Picture& picture) {
   switch (picture.kind) {
     case Kind::kPng:
-      return FromBytes(picture.bytes, "PNG");
+      return DecodedImage(picture.bytes, "PNG");
     case Kind::kJpeg:
-      return FromBytes(picture.bytes, "JPEG");
+      return DecodedImage(picture.bytes, "JPEG");
     case Kind::kDib:
     case Kind::kBitmap:
-      return FromBytes(BmpFromDib(picture.bytes), "BMP");
-    case Kind::kWmf:
-      return FromBytes(BitmapOfWmf(picture.bytes), "BMP");
-    case Kind::kEmf:
-      return FromBytes(BitmapOfEmf(picture.bytes), "BMP");
-    case Kind::kUnknown:
+      return DecodedImage(BmpFromDib(picture.bytes), "BMP");
+    default:
       return {};
   }
-  return {};
+}
+
+bool IsMetafile(const richtext::Picture& picture) {
+  return picture.kind == Kind::kWmf || picture.kind == Kind::kEmf;
+}
+
+// Nothing for one in which nothing is drawn of what it should show.
+std::shared_ptr<const Drawing> ReadableDrawing(const richtext::Picture& picture) {
+  auto drawing = DrawingOf(picture.kind, picture.bytes);
+  return drawing->empty() && !drawing->complete() ? nullptr : drawing;
 }
 
 const char* Caption(Kind kind) {
@@ -73,12 +66,16 @@ const char* Caption(Kind kind) {
 
 PlacedPicture Pictures::Place(const richtext::Picture& picture, double most_width,
                               double most_height) {
+  const Content& content = Decoded(picture);
   PlacedPicture placed;
-  placed.image = Decoded(picture);
+  placed.image = content.image;
+  placed.drawing = content.drawing;
   placed.caption = Caption(picture.kind);
   placed.lossless = picture.kind != Kind::kJpeg;
-  placed.width = picture.width > 0 ? picture.width : placed.image.width() * kTwipsPerPixel;
-  placed.height = picture.height > 0 ? picture.height : placed.image.height() * kTwipsPerPixel;
+  const QSizeF own =
+      content.drawing ? content.drawing->size() : QSizeF(content.image.size()) * kTwipsPerPixel;
+  placed.width = picture.width > 0 ? picture.width : own.width();
+  placed.height = picture.height > 0 ? picture.height : own.height();
   placed.width = std::max(placed.width, 1.0);
   placed.height = std::max(placed.height, 1.0);
   const double scale =
@@ -88,24 +85,58 @@ PlacedPicture Pictures::Place(const richtext::Picture& picture, double most_widt
   return placed;
 }
 
-QImage Pictures::Decoded(const richtext::Picture& picture) {
+Pictures::Content Pictures::Decode(const richtext::Picture& picture) {
+  Content content;
+  if (IsMetafile(picture)) {
+    content.drawing = ReadableDrawing(picture);
+  } else {
+    content.image = DecodedBitmap(picture);
+  }
+  return content;
+}
+
+const Pictures::Content& Pictures::Decoded(const richtext::Picture& picture) {
   const std::pair key(picture.kind, picture.bytes);
   const auto found = decoded_.find(key);
   if (found != decoded_.end()) return found->second;
-  const QImage image = Decode(picture);
-  const std::size_t bytes = picture.bytes.size() + static_cast<std::size_t>(image.sizeInBytes());
+  const Content content = Decode(picture);
+  const std::size_t bytes = picture.bytes.size() +
+                            static_cast<std::size_t>(content.image.sizeInBytes()) +
+                            (content.drawing ? content.drawing->bytes() : 0);
   if (decoded_bytes_ + bytes > kMostKept) {
     decoded_.clear();
     decoded_bytes_ = 0;
   }
   decoded_bytes_ += bytes;
-  decoded_.emplace(key, image);
-  return image;
+  return decoded_.emplace(key, content).first->second;
 }
 
-bool CanDraw(const richtext::Picture& picture) { return !Decode(picture).isNull(); }
+Drawable DrawableIn(const richtext::Picture& picture) {
+  if (!IsMetafile(picture)) {
+    return DecodedBitmap(picture).isNull() ? Drawable::kNot : Drawable::kWhole;
+  }
+  const auto drawing = ReadableDrawing(picture);
+  if (drawing == nullptr) return Drawable::kNot;
+  return drawing->complete() ? Drawable::kWhole : Drawable::kInPart;
+}
+
+std::optional<std::string> MetafileAsPng(const richtext::Picture& picture, int dots_per_inch) {
+  if (!IsMetafile(picture)) return std::nullopt;
+  Pictures pictures;
+  const double most = kMostPngSide * kTwipsPerInch / dots_per_inch;
+  const PlacedPicture placed = pictures.Place(picture, most, most);
+  if (placed.drawing == nullptr) return std::nullopt;
+  const QSizeF pixels = QSizeF(placed.width, placed.height) * dots_per_inch / kTwipsPerInch;
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  buffer.open(QIODevice::WriteOnly);
+  const QImage image = placed.drawing->Rendered(pixels.toSize().expandedTo({1, 1}));
+  if (!image.save(&buffer, "PNG")) return std::nullopt;
+  return bytes.toStdString();
+}
 
 void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& picture) {
+  if (picture.drawing) return picture.drawing->Draw(painter, area);
   if (!picture.image.isNull()) {
     painter.setRenderHint(QPainter::LosslessImageRendering, picture.lossless);
     painter.drawImage(area, picture.image);

@@ -1,24 +1,15 @@
-// Windows' own picture formats. A device-independent bitmap becomes a BMP file; a metafile is
-// mostly a list of drawing orders with one bitmap in it, which is all that is drawn of it.
+// Windows' picture files of drawing orders: what they are, how large, and the drawing they give.
 #pragma once
 
+#include <QRectF>
+#include <memory>
 #include <optional>
-#include <string>
 #include <string_view>
 
+#include "platform/printing/image/drawing.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
-
-// Whether the bytes start with the header of a device-independent bitmap, without that of a BMP
-// file.
-bool IsDib(std::string_view bytes);
-// A BMP file made from a device-independent bitmap; empty when its header is invalid.
-std::string BmpFromDib(std::string_view dib);
-
-// The largest bitmap among the drawing orders, as a BMP file; empty when there is none.
-std::string BitmapOfWmf(std::string_view wmf);
-std::string BitmapOfEmf(std::string_view emf);
 
 // A metafile with its size on paper, twips. The bytes are as rich text holds them, without the
 // header that gives a WMF file its size; they lie in the file's.
@@ -30,5 +21,13 @@ struct Metafile {
 
 // Nothing for a file of another kind.
 std::optional<Metafile> ReadMetafile(std::string_view file);
+
+// Length of the header that gives a WMF file its size.
+inline constexpr std::size_t kPlaceableHeader = 22;
+// The rectangle in that header, in logical units; nothing for a file without one.
+std::optional<QRectF> PlaceableBox(std::string_view file);
+
+// The drawing of a WMF or EMF picture's bytes, empty for others.
+std::shared_ptr<const Drawing> DrawingOf(richtext::Picture::Kind kind, std::string_view bytes);
 
 }  // namespace tenora::printing

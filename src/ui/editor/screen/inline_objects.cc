@@ -99,9 +99,9 @@ void InlineObjects::drawObject(QPainter* painter, const QRectF& rect, QTextDocum
                       QPointF(rect.right(), rect.center().y()));
   } else {
     const printing::PlacedPicture placed = Placed(*object);
-    if (!placed.image.isNull()) {
+    if (placed.readable()) {
       painter->setRenderHint(QPainter::SmoothPixmapTransform);
-      painter->drawImage(rect, placed.image);
+      printing::DrawPicture(*painter, rect, placed);
     } else {
       painter->setFont(font);
       painter->setPen(Qt::gray);
