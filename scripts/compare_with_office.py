@@ -29,15 +29,15 @@ import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unicodedata
 import zlib
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 OUR_SECONDS = 10          # of processor time, so that a busy machine changes nothing
 OUR_WAIT = 120            # seconds on the clock
-OFFICE_BATCH = 25         # files to one start of LibreOffice, which takes longer than a letter
-OFFICE_SECONDS = 90       # for a batch; a file it ends at gets another try alone
-ALONE_SECONDS = 60
+OFFICE_BATCH = 100        # files to one start of LibreOffice, which takes longer than a letter
+OFFICE_SECONDS = 90       # without a new PDF; a file that a batch ends at gets another try alone
 TOOL_SECONDS = 60         # for a poppler tool
 DPI = 50
 PICTURE_DPI = 70
@@ -80,6 +80,25 @@ def run(command, seconds, **options):
     return subprocess.CompletedProcess(command, process.returncode, output, errors)
 
 
+def wait_while_files_come(process, folder, patience):
+    """Whether the process ended by itself; it is killed when no file is added for `patience` s."""
+    count, since = 0, time.monotonic()
+    try:
+        while time.monotonic() - since < patience:
+            try:
+                process.wait(1)
+                return True
+            except subprocess.TimeoutExpired:
+                now = len(list(folder.iterdir()))
+                if now != count:
+                    count, since = now, time.monotonic()
+        return False
+    finally:
+        if process.poll() is None:
+            os.killpg(process.pid, signal.SIGKILL)
+            process.wait()
+
+
 def limit_processor_time():
     resource.setrlimit(resource.RLIMIT_CPU, (OUR_SECONDS, OUR_SECONDS + 1))
 
@@ -111,11 +130,11 @@ class Office:
         while left:
             print(f"LibreOffice: {len(left)} files left", file=sys.stderr)
             batch = left[:OFFICE_BATCH]
-            self.convert(batch, OFFICE_SECONDS)
+            self.convert(batch)
             failed = self.still_to_do(batch)
             if failed:
                 # The first without a PDF is what the batch ended at; those after it are innocent.
-                ended = self.convert(failed[:1], ALONE_SECONDS)
+                ended = self.convert(failed[:1])
                 checksum = failed[0][0]
                 if not self.pdf(checksum).exists():
                     write_whole(self.refusal(checksum), ended.encode())
@@ -125,23 +144,26 @@ class Office:
         return [file for file in files
                 if not self.pdf(file[0]).exists() and not self.refusal(file[0]).exists()]
 
-    def convert(self, files, seconds):
+    def convert(self, files):
+        """Returns how it ended, for a file that has no PDF after it."""
         with tempfile.TemporaryDirectory(dir=self.scratch) as folder:
             folder = pathlib.Path(folder)
-            names = []
-            for checksum, path in files:
-                names.append(str(shutil.copy(path, folder / f"{checksum}.rtf")))
+            names = [str(shutil.copy(path, folder / f"{checksum}.rtf")) for checksum, path in files]
             try:
-                done = run(["soffice", f"-env:UserInstallation=file://{self.scratch}/profile",
-                            "--headless", "--norestore", "--convert-to", "pdf",
-                            "--outdir", str(folder), *names], seconds)
+                process = subprocess.Popen(
+                    ["soffice", f"-env:UserInstallation=file://{self.scratch}/profile", "--headless",
+                     "--norestore", "--convert-to", "pdf", "--outdir", str(folder), *names],
+                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                    start_new_session=True)
             except FileNotFoundError as error:
                 raise CompareError("soffice is missing: install libreoffice-writer-nogui") from error
+            finished = wait_while_files_come(process, folder, OFFICE_SECONDS)
             for checksum, _ in files:
                 made = folder / f"{checksum}.pdf"
-                if made.exists():
+                # One that was being written when the time was up has no end.
+                if made.exists() and b"%%EOF" in made.read_bytes()[-1024:]:
                     write_whole(self.pdf(checksum), made.read_bytes())
-        return "no PDF" if done else f"no PDF after {seconds} s"
+        return "no PDF" if finished else f"no PDF in {OFFICE_SECONDS} s"
 
 
 def poppler(*command):
