@@ -52,7 +52,8 @@ struct TabStop {
   enum class Kind { kLeft, kCentre, kRight, kDecimal, kBar };
   int position = 0;
   Kind kind = Kind::kLeft;
-  std::string leader;  // "dot", "hyph", "ul", "th", "eq": the word after "\tl"; empty for no leader
+  std::string
+      leader;  // "dot", "mdot", "hyph", "ul", "th", "eq": the word after "\tl"; empty for no leader
 
   bool operator==(const TabStop&) const = default;
 };

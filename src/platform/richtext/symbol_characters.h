@@ -6,7 +6,7 @@
 
 namespace tenora::richtext {
 
-enum class SymbolFont { kNone, kSymbol, kWingdings };
+enum class SymbolFont { kNone, kSymbol, kWingdings, kWingdings2, kWebdings };
 
 SymbolFont SymbolFontOf(std::string_view font_name);
 

@@ -9,6 +9,7 @@ namespace {
 using richtext::Cell;
 using richtext::Row;
 using richtext::Table;
+using testing::DoubleNear;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -64,6 +65,25 @@ TEST_F(Tables, KeepTextOffTheEdgesAsFarAsTheCellSays) {
   tall.cells[0].padding = {100000, 100000, 100000, 100000};
   for (int i = 1; i <= 50; ++i) tall.cells[0].blocks.emplace_back(Line("p" + std::to_string(i)));
   EXPECT_EQ(PrintTable({tall}, 5600).Find("p50").page, 5) << "half of each page is padding";
+}
+
+TEST_F(Tables, AlignAmountsAtACellsDecimalTab) {
+  richtext::ParagraphFormat amounts;
+  amounts.tabs = {{2000, richtext::TabStop::Kind::kDecimal, ""}};
+  richtext::Row row;
+  for (const char* text : {"1.25", "1,234.50", "9\t7.25"}) {
+    richtext::Cell cell = CellOf("", 3000 * (int(row.cells.size()) + 1));
+    cell.blocks = {Line(text, amounts)};
+    row.cells.push_back(std::move(cell));
+  }
+  auto table = std::make_shared<richtext::Table>();
+  table->rows.push_back(std::move(row));
+  const Paper paper = Print(DocumentOf({table, Line("0.25", amounts)}), folder_);
+  const double digit = 120;  // of 12-point Times
+  EXPECT_THAT(paper.Find("1.25").right, DoubleNear(kInch + 2060 + 2 * digit, 12));
+  EXPECT_THAT(paper.Find("1,234.50").right, DoubleNear(kInch + 5060 + 2 * digit, 12));
+  EXPECT_THAT(paper.Find("9").left, DoubleNear(kInch + 6000, 20)) << "it has a tab of its own";
+  EXPECT_THAT(paper.Find("0.25").left, DoubleNear(kInch, 12)) << "outside tables";
 }
 
 TEST_F(Tables, StandWhereTheirRowsAreAligned) {

@@ -128,6 +128,28 @@ TEST(CanonicalForm, JoinsTheCharacterSetsOfAFont) {
   EXPECT_THAT(source, HasSubstr("<<Tenant Name>> \\u261a\\'e9\\f1 s"));
 }
 
+TEST(CanonicalForm, JoinsTheScriptsOfAFont) {
+  const std::string source = Canonical(
+      "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fcharset0 Arial;}{\\f1\\fcharset238 Arial CE;}"
+      "{\\f2\\fcharset204 Arial Cyr;}{\\f3 Arial Greek;}{\\f4\\fcharset0 Office CE;}}"
+      "a\\f1\\'e8\\f2\\'cf\\f3\\'e1\\f4 b}");
+  EXPECT_THAT(source, HasSubstr("a\\u269c\\u1055?\\u945?\\f1 b"));
+  EXPECT_THAT(source, HasSubstr("{\\f1\\fnil\\fcharset0 Office CE;}")) << "not its character set";
+}
+
+TEST(CanonicalForm, MakesSymbolFieldsText) {
+  const auto symbol = [](const std::string& instruction) {
+    const Document document =
+        ReadRtf(Letter("{\\field{\\*\\fldinst " + instruction + "}{\\fldrslt\\f1}}"));
+    const richtext::Run& run = std::get<Paragraph>(document.blocks.at(0)).runs.at(0);
+    return document.fonts.at(static_cast<std::size_t>(run.format.font)).name + " " + run.text +
+           " " + std::to_string(run.format.half_points);
+  };
+  EXPECT_EQ(symbol("SYMBOL 252 \\\\f \"Wingdings\" \\\\s 18"), "Wingdings \uf0fc 36");
+  EXPECT_EQ(symbol("{SYMBOL 0xAE \\\\f Verdana}"), "Verdana ® 24");
+  EXPECT_EQ(symbol("SYMBOL 8364 \\\\u"), "Arial € 24");
+}
+
 TEST(CanonicalForm, CarriesWhatItCannotEdit) {
   const char* const kept[] = {
       "{\\*\\shppict{\\pict\\pngblip\\picwgoal300\\pichgoal150 89504e47}}",

@@ -68,9 +68,12 @@ constexpr const char* kTables =
     // 10: from 0; "08" with a leading zero; words without a number
     "{\\list{\\listlevel\\levelnfc0\\levelstartat0{\\leveltext\\'02\\'00.;}{\\levelnumbers\\'01;}}"
     "{\\listlevel\\levelnfc22\\levelstartat9{\\leveltext\\'01\\'01;}{\\levelnumbers\\'01;}}"
-    "{\\listlevel\\levelnfc0\\levelstartat1{\\leveltext\\'05Note:;}{\\levelnumbers;}}\\listid10}}"
+    "{\\listlevel\\levelnfc0\\levelstartat1{\\leveltext\\'05Note:;}{\\levelnumbers;}}\\listid10}"
+    "{\\list{\\listlevel\\levelnfc5\\levelstartat20{\\leveltext\\'01\\'00;}{\\levelnumbers\\'01;}}"
+    "\\listid11}}"
     "{\\*\\listoverridetable{\\listoverride\\listid7\\ls1}{\\listoverride\\listid8\\ls2}"
     "{\\listoverride\\listid9\\ls3}{\\listoverride\\listid10\\ls4}"
+    "{\\listoverride\\listid11\\ls7}"
     "{\\listoverride\\listid7\\listoverridecount1{\\lfolevel\\listoverridestartat"
     "\\levelstartat4}\\ls5}{\\listoverride\\listid7\\listoverridecount1{\\lfolevel"
     "\\listoverrideformat1{\\listlevel\\levelnfc3\\levelstartat1{\\leveltext\\'02\\'00.;}"
@@ -116,6 +119,9 @@ TEST(Lists, CountAsTheListTablesSay) {
       {"starts and forms",
        Item(4, 0) + Item(4, 1) + Item(4, 1) + Item(4, 0) + Item(4, 2),
        {"0.", "09", "10", "1.", "Note:"}},
+      {"ordinals",
+       Item(7, 0) + Item(7, 0) + Item(7, 0) + Item(7, 0) + Item(7, 0),
+       {"20th", "21st", "22nd", "23rd", "24th"}},
       {"an override with a start of its own begins once",
        Item(1, 0) + Item(5, 0) + Item(5, 0) + Item(1, 0),
        {"1.", "4.", "5.", "6."}},

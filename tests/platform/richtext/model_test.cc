@@ -122,6 +122,77 @@ TEST(RtfReader, MeasuresPictures) {
   }
 }
 
+TEST(RtfReader, ShowsFormFields) {
+  const auto shown = [](const std::string& instruction) {
+    const std::string source =
+        Canonical(Letter("{\\field{\\*\\fldinst {" + instruction + "}}{\\fldrslt }}"));
+    const richtext::Run run = std::get<Paragraph>(ReadRtf(source).blocks.at(0)).runs.at(0);
+    EXPECT_EQ(Canonical(source), source);
+    return std::get<std::shared_ptr<const Verbatim>>(run.object)->shown_text;
+  };
+  const std::string box = "FORMCHECKBOX {\\*\\formfield{\\fftype1\\fftypetxt0\\ffhps20";
+  const std::string list = "FORMDROPDOWN {\\*\\formfield{\\fftype2{\\*\\ffname D}";
+  EXPECT_EQ(shown(box + "\\ffres1\\ffdefres0}}"), "☒");
+  EXPECT_EQ(shown(box + "\\ffres0\\ffdefres1}}"), "☐");
+  EXPECT_EQ(shown(box + "\\ffres25\\ffdefres1}}"), "☒") << "25 is undecided";
+  EXPECT_EQ(shown(list + "\\ffres1\\ffdefres0{\\*\\ffl one}{\\*\\ffl zw\\'f6lf}}}"), "zwölf");
+  EXPECT_EQ(shown(list + "\\ffres7{\\*\\ffl one}}}"), "");
+  EXPECT_EQ(shown("MACROBUTTON NoMacro [Click here]"), "[Click here]");
+}
+
+TEST(RtfReader, SizesPicturesWithoutAGoalByTheirResolution) {
+  // 300 by 150 pixels at 11811 dots to the metre, which is 300 to the inch.
+  const std::string png =
+      "89504e470d0a1a0a0000000d49484452"
+      "0000012c"
+      "00000096"
+      "0802000000"
+      "00000000"
+      "00000009"
+      "70485973"
+      "00002e23"
+      "00002e23"
+      "01"
+      "00000000"
+      "0000000049444154";
+  const std::string jpeg =
+      "ffd8ffe000104a46494600010101"
+      "00c8"
+      "00c8"
+      "0000"
+      "ffc00011"
+      "08"
+      "0064"
+      "00c8"
+      "03";
+  const std::string dib =
+      "28000000"
+      "60000000"
+      "a0ffffff"
+      "01001800"
+      "00000000"
+      "00000000"
+      "00000000"
+      "00000000";
+  const struct {
+    std::string words, bytes;
+    int width, height;
+  } cases[] = {{"\\pngblip\\picw300\\pich150", png, 1440, 720},
+               {"\\pngblip\\picscalex50\\picscaley200", png, 720, 1440},
+               {"\\pngblip\\picwgoal2880", png, 2880, 1440},
+               {"\\pngblip\\picw300\\pich150", png.substr(0, 60), 4500, 2250},
+               {"\\jpegblip\\picw200\\pich100", jpeg, 1440, 720},
+               {"\\dibitmap0", dib, 1440, 1440}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.words);
+    const Document document = ReadRtf(Letter("{\\pict" + c.words + " " + c.bytes + "}"));
+    const richtext::Run& run = std::get<Paragraph>(document.blocks.at(0)).runs.at(0);
+    const Picture& picture = *std::get<std::shared_ptr<const Picture>>(run.object);
+    EXPECT_EQ(picture.width, c.width);
+    EXPECT_EQ(picture.height, c.height);
+  }
+}
+
 TEST(RtfReader, ShowsWhatObjectsShow) {
   const Document document =
       ReadRtf(Letter("{\\object\\objemb{\\*\\objdata 01}{\\result{\\pict\\pngblip 89}}}"

@@ -33,6 +33,7 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   ParagraphPlace place;
   place.width = width_;
   place.position = position_;
+  place.in_cell = depth_ > 0;
   place.number = numbers_.Next(paragraph.format);
   if (const richtext::ParagraphFormat* above = FormatOf(block_ - 1))
     place.joins_above = WithoutSpaceBetween(paragraph.format, *above);

@@ -121,7 +121,9 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
     picture = verbatim->shown_picture;
     if (Floats(run, *verbatim)) floats_in = &*verbatim->shape;
     if (!picture && !run.format.hidden) {
-      CollectShown(run.format, verbatim->shown_text, &run == &paragraph_.runs.back());
+      const bool field = verbatim->source.starts_with("{\\field");
+      if (field) CollectText(run.format, verbatim->shown_text, true);
+      if (!field) CollectShown(run.format, verbatim->shown_text, &run == &paragraph_.runs.back());
     }
   }
   if (picture && floats_in != nullptr && !run.format.hidden) {

@@ -51,6 +51,7 @@ class ParagraphLayout {
   BlockStrips LayOut();
 
  private:
+  bool StartsAtDecimalTab() const;
   void CloseFrame();
   void StartLine();
   void EndLine(int end);
@@ -93,6 +94,8 @@ class ParagraphLayout {
 
 BlockStrips ParagraphLayout::LayOut() {
   items_ = CollectItems(context_, paragraph_, {place_.position, place_.number, left_, right_});
+  if (StartsAtDecimalTab())
+    items_.insert(items_.begin(), TabItem{&paragraph_.runs.front().format, place_.position, {}});
   frame_ = MakeFrame();
   page_break_ = format_.page_break_before;
   position_ = place_.position;
@@ -125,6 +128,19 @@ BlockStrips ParagraphLayout::LayOut() {
   block.keep_together = format_.keep_together;
   block.keep_with_next = format_.keep_with_next;
   return block;
+}
+
+// In a cell, text without a tab of its own is aligned at the paragraph's first stop if that is for
+// decimals: how word processors set columns of amounts.
+bool ParagraphLayout::StartsAtDecimalTab() const {
+  if (!place_.in_cell || paragraph_.runs.empty() || format_.alignment != Alignment::kLeft)
+    return false;
+  if (std::ranges::none_of(format_.tabs,
+                           [](const TabStop& tab) { return tab.kind == TabStop::Kind::kDecimal; }))
+    return false;
+  const bool text_only = std::ranges::all_of(
+      items_, [](const ParagraphItem& item) { return std::holds_alternative<TextItem>(item); });
+  return text_only && NextStop(left_ + format_.first_indent).kind == TabStop::Kind::kDecimal;
 }
 
 // Closes the frame above the first line and below the last, or joins it to the neighbours'.

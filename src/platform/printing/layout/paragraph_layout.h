@@ -8,9 +8,10 @@
 namespace tenora::printing {
 
 struct ParagraphPlace {
-  double width = 0;                               // of the text area, twips
-  int position = 0;                               // of the paragraph's first character
-  int number = 1;                                 // in its list
+  double width = 0;  // of the text area, twips
+  int position = 0;  // of the paragraph's first character
+  int number = 1;    // in its list
+  bool in_cell = false;
   bool joins_above = false, joins_below = false;  // there is no space to these neighbours
   // Whether the neighbours share the paragraph's frame.
   bool framed_above = false, framed_below = false;

@@ -199,8 +199,12 @@ void TextLine::DrawTab(QPainter& painter, QPointF origin, const PlacedTab& tab) 
                   tab.leader == "th" ? Underline::kThick : Underline::kSingle);
     return;
   }
-  const char mark = tab.leader == "dot" ? '.' : tab.leader == "hyph" ? '-' : '=';
-  if (tab.leader != "dot" && tab.leader != "hyph" && tab.leader != "eq") return;
+  const char mark = tab.leader == "dot"    ? '.'
+                    : tab.leader == "mdot" ? '\xB7'
+                    : tab.leader == "hyph" ? '-'
+                    : tab.leader == "eq"   ? '='
+                                           : '\0';
+  if (mark == '\0') return;
   const double step = QFontMetricsF(use.font).horizontalAdvance(QLatin1Char(mark));
   // On a grid of the line's start, so that the leaders of neighbouring lines stand in columns.
   const double first = std::ceil(origin.x() / step) * step;

@@ -46,6 +46,22 @@ std::string DecodeName(std::u32string_view name, const CodePage& page) {
   return std::string(TrimBlanks(text));
 }
 
+// Old systems had a font of its own for each script: "Arial CE" is Arial in code page 1250.
+bool JoinScript(std::string* name, bool has_charset, int* charset) {
+  static constexpr std::pair<std::string_view, int> kScripts[] = {
+      {" CE", 238},       {" Cyr", 204},    {" Greek", 161},
+      {" Tur", 162},      {" Baltic", 186}, {" (Hebrew)", 177},
+      {" (Arabic)", 178}, {" (Thai)", 222}, {" (Vietnamese)", 163}};
+  for (const auto& [suffix, script] : kScripts) {
+    if (name->size() <= suffix.size() || !name->ends_with(suffix)) continue;
+    if (has_charset && *charset != script) continue;
+    name->resize(name->size() - suffix.size());
+    *charset = script;
+    return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 void FontTable::Word(const Token& token) {
@@ -89,6 +105,8 @@ void FontTable::EndEntry() {
   font.name =
       DecodeName(name, code_pages_->Get(page == kSymbolCodePage ? document_code_page_ : page));
   if (font.name.empty()) font.name = kDefaultFontName;
+  const bool one_script = JoinScript(&font.name, has_charset, &font.charset);
+  if (one_script && !has_charset) page = CodePageOfCharset(font.charset, document_code_page_);
   if (!has_charset && IsSymbolName(font.name)) page = kSymbolCodePage;
   if (IsKnownCodePage(wanted_page) && page != kSymbolCodePage) page = wanted_page;
   font.charset = CharsetOfCodePage(page);
@@ -120,6 +138,16 @@ int FontTable::DefaultPosition() {
     Add(std::move(font));
   }
   return 0;
+}
+
+int FontTable::PositionOf(std::string_view name) {
+  Font font;
+  std::u32string characters;
+  while (!name.empty()) characters += TakeCodePoint(name);
+  font.name = DecodeName(characters, DefaultPage());
+  if (font.name.empty()) return DefaultPosition();
+  font.charset = IsSymbolName(font.name) ? kSymbolCharset : CharsetOfCodePage(document_code_page_);
+  return Add(std::move(font));
 }
 
 int FontTable::SymbolPosition() {

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -34,6 +35,8 @@ class FontTable {
   // Position of the font with this number in the source; an unknown number is the default font.
   int Position(int number);
   int DefaultPosition();
+  // Position of the font with this name (UTF-8), which is added if there is none.
+  int PositionOf(std::string_view name);
   // Position of the font that bullets are written in.
   int SymbolPosition();
   // How the bytes of text in the font with this number are read.

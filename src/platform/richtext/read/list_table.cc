@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::ptrdiff_t kLongestText = 64;  // characters
 constexpr int kLargestNumber = 32767;
-constexpr int kLeadingZero = 22;  // of \levelnfc
+constexpr int kLeadingZero = 22, kOrdinal = 5;  // of \levelnfc
 
 // What the private characters of Symbol and Wingdings draw.
 char32_t DrawnBullet(char32_t character) {
@@ -34,6 +34,12 @@ void AppendBounded(std::string* text, char32_t raw) {
   const auto length = std::ranges::count_if(
       *text, [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; });
   if (character >= 0x20 && length < kLongestText) AppendUtf8(*text, character);
+}
+
+const char* OrdinalEnding(int number) {
+  if (number / 10 % 10 == 1) return "th";
+  const int last = number % 10;
+  return last == 1 ? "st" : last == 2 ? "nd" : last == 3 ? "rd" : "th";
 }
 
 Bullet::Kind KindOfFormat(int nfc) {
@@ -155,6 +161,7 @@ void ListTable::Word(const Token& token) {
   } else if (token.text == "levelnfc" || token.text == "levelnfcn") {
     level_->kind = KindOfFormat(token.param);
     level_->leading_zero = token.param == kLeadingZero;
+    level_->ordinal = token.param == kOrdinal;
   } else if (token.text == "levellegal") {
     level_->decimal_outer_numbers = token.On();
   } else if (token.text == "levelnorestart") {
@@ -201,9 +208,10 @@ void ListTable::SetText(const List& list, const Override& change, std::size_t le
   std::string* side = &bullet->before;
   for (const char32_t character : own.text) {
     if (character == static_cast<char32_t>(level)) {
-      // The zero is text, since a Bullet knows no such numbers.
+      // Zeros and the endings of ordinals are text, since a Bullet knows no such numbers.
       if (own.leading_zero && list.counts[level] < 10) AppendBounded(side, U'0');
       side = &bullet->after;
+      if (own.ordinal) side->append(OrdinalEnding(list.counts[level]));
     } else if (character < static_cast<char32_t>(level)) {
       const Level& outer = LevelOf(list, change, character);
       const auto kind = own.decimal_outer_numbers ? Bullet::Kind::kDecimal : outer.kind;

@@ -65,7 +65,7 @@ class ListTable {
     bool has_length = false;
     bool decimal_outer_numbers = false;  // \levellegal
     bool runs_through = false;           // \levelnorestart
-    bool leading_zero = false;
+    bool leading_zero = false, ordinal = false;
   };
   static constexpr int kNotBegun = -1;
   struct List {

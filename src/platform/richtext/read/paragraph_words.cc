@@ -113,7 +113,7 @@ void AddTabWords(Words& words) {
       {"tqc", SetTabKind<TabStop::Kind::kCentre>},
       {"tqdec", SetTabKind<TabStop::Kind::kDecimal>},
       {"tldot", SetLeader<'d', 'o', 't'>},
-      {"tlmdot", SetLeader<'d', 'o', 't'>},
+      {"tlmdot", SetLeader<'m', 'd', 'o', 't'>},
       {"tlhyph", SetLeader<'h', 'y', 'p', 'h'>},
       {"tlul", SetLeader<'u', 'l'>},
       {"tlth", SetLeader<'t', 'h'>},

@@ -5,6 +5,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/richtext/read/picture_size.h"
+
 namespace tenora::richtext {
 namespace {
 
@@ -59,11 +61,26 @@ void PictureReader::Hex(std::string_view digits) {
   }
 }
 
+// A length that the source does not name follows from the picture's own size.
+void PictureReader::CompleteGoal() {
+  const std::optional<PictureSize> own = SizeOf(picture_);
+  if (!own) return;
+  const double scale = goal_width_ > 0    ? double(goal_width_) / own->width
+                       : goal_height_ > 0 ? double(goal_height_) / own->height
+                                          : 1;
+  const auto length = [&](int twips) {
+    return static_cast<int>(std::clamp(twips * scale, 1.0, double(kLargest)));
+  };
+  if (goal_width_ <= 0) goal_width_ = length(own->width);
+  if (goal_height_ <= 0) goal_height_ = length(own->height);
+}
+
 Picture PictureReader::Take() {
   const bool metafile =
       picture_.kind == Picture::Kind::kWmf || picture_.kind == Picture::Kind::kEmf;
   if (scale_x_ == 0) scale_x_ = 100;
   if (scale_y_ == 0) scale_y_ = 100;
+  if (goal_width_ <= 0 || goal_height_ <= 0) CompleteGoal();
   picture_.width = OnPaper(goal_width_, width_, scale_x_, crop_x_, metafile);
   picture_.height = OnPaper(goal_height_, height_, scale_y_, crop_y_, metafile);
   return std::move(picture_);

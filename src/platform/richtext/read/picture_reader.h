@@ -17,6 +17,8 @@ class PictureReader {
   Picture Take();
 
  private:
+  void CompleteGoal();
+
   Picture picture_;
   int width_ = 0, height_ = 0;            // in the picture's own units
   int goal_width_ = 0, goal_height_ = 0;  // twips

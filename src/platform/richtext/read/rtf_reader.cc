@@ -15,10 +15,12 @@
 #include "platform/richtext/read/character_words.h"
 #include "platform/richtext/read/destinations.h"
 #include "platform/richtext/read/document_head.h"
+#include "platform/richtext/read/field_display.h"
 #include "platform/richtext/read/list_table.h"
 #include "platform/richtext/read/reader_group.h"
 #include "platform/richtext/read/story.h"
 #include "platform/richtext/rtf_tokenizer.h"
+#include "platform/richtext/symbol_characters.h"
 #include "platform/richtext/table_numbers.h"
 #include "platform/richtext/write/block_writer.h"
 #include "platform/runtime/text.h"
@@ -73,6 +75,7 @@ class RtfReader {
   void BeginField();
   void EndStory(ReaderGroup& group);
   void EndField(const ReaderGroup& group);
+  void AddSymbol(const SymbolField& symbol);
   void EndClassicList();
   void Deliver(const ReaderGroup& group, Verbatim object);
   void AddObject(Verbatim object);
@@ -530,10 +533,29 @@ void RtfReader::EndField(const ReaderGroup& group) {
   // A field without a result becomes an object in the text.
   if (group.making == nullptr || group.making->instruction.empty()) return;
   if (group.making.use_count() > 1) return;  // a run of the result holds it
+  if (const auto symbol = SymbolOf(group.making->instruction)) return AddSymbol(*symbol);
   Verbatim object;
   object.source = "{\\field" + group.making->flags + "{\\*\\fldinst{" + group.making->instruction +
                   "}}{\\fldrslt}}";
+  object.shown_text = TextOfInstruction(group.making->instruction);
   AddObject(std::move(object));
+}
+
+// A symbol becomes a character of the text.
+void RtfReader::AddSymbol(const SymbolField& symbol) {
+  CharFormat format = ResolvedFormat();
+  if (!symbol.font.empty()) format.font = head_.fonts().PositionOf(symbol.font);
+  if (symbol.half_points > 0) format.half_points = symbol.half_points;
+  char32_t character = symbol.code;
+  if (character <= 0xff && !symbol.unicode) {
+    const std::string& font = head_.fonts().fonts()[static_cast<std::size_t>(format.font)].name;
+    const bool glyph = SymbolFontOf(font) != SymbolFont::kNone;
+    const CodePage& page = head_.code_pages().Get(glyph ? kSymbolCodePage : kDefaultCodePage);
+    character = page.Decode(static_cast<unsigned char>(character));
+  }
+  std::string text;
+  AppendUtf8(text, CleanCharacter(character));
+  CurrentStory().Text(text, format, CurrentField());
 }
 
 void RtfReader::EndClassicList() {
