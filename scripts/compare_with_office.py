@@ -44,7 +44,16 @@ PICTURE_DPI = 70
 ACROSS, DOWN = 2, 1       # pixels that ink may be off: 1 mm and 0.5 mm
 ALIKE = 0.85
 INK = 208                 # greys darker than this are ink
-FORMAT = 1                # of the kept figures; a change of what they mean raises it
+FORMAT = 3                # of what is kept; raised when it would come out differently
+# Both sides have these fonts only: which font stands in for a missing one is not what is compared.
+FONTS = """<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "fonts.dtd">
+<fontconfig>
+  <dir>/usr/share/fonts/truetype/liberation</dir>
+  <include ignore_missing="yes">/etc/fonts/conf.d</include>
+  <cachedir>{cache}</cachedir>
+</fontconfig>
+"""
 WRITERS = ("Word", "WordPad", "others")
 
 
@@ -113,10 +122,11 @@ def write_whole(path, data):
 class Office:
     """LibreOffice's PDFs, kept by the checksum of the file they were made of."""
 
-    def __init__(self, cache, scratch):
-        self.folder = cache / "office"
+    def __init__(self, cache, scratch, environment):
+        self.folder = cache / f"office-{FORMAT}"
         self.folder.mkdir(parents=True, exist_ok=True)
         self.scratch = scratch
+        self.environment = environment
 
     def pdf(self, checksum):
         return self.folder / f"{checksum}.pdf"
@@ -154,7 +164,7 @@ class Office:
                     ["soffice", f"-env:UserInstallation=file://{self.scratch}/profile", "--headless",
                      "--norestore", "--convert-to", "pdf", "--outdir", str(folder), *names],
                     stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                    start_new_session=True)
+                    start_new_session=True, env=self.environment)
             except FileNotFoundError as error:
                 raise CompareError("soffice is missing: install libreoffice-writer-nogui") from error
             finished = wait_while_files_come(process, folder, OFFICE_SECONDS)
@@ -178,6 +188,11 @@ def poppler(*command):
 
 def page_count(pdf):
     return int(re.search(rb"^Pages:\s+(\d+)", poppler("pdfinfo", str(pdf)), re.M).group(1))
+
+
+def page_width(pdf):
+    """Of page 1, in points."""
+    return float(re.search(rb"^Page size:\s+([\d.]+) x", poppler("pdfinfo", str(pdf)), re.M).group(1))
 
 
 def texts(pdf):
@@ -338,15 +353,19 @@ class Letter:
 
 class Comparison:
     def __init__(self, folder, program, scratch):
-        self.cache = folder / ".compare"
+        cache = folder / ".compare"
         self.program = program
         self.scratch = scratch
-        self.office = Office(self.cache, scratch)
-        stamp = hashlib.sha256(program.read_bytes()).hexdigest()[:16]
-        self.figures = self.cache / f"ours-{FORMAT}-{stamp}"
-        self.figures.mkdir(parents=True, exist_ok=True)
+        fonts = scratch / "fonts.conf"
+        fonts.write_text(FONTS.format(cache=scratch / "fonts"))
         self.environment = {**os.environ, "TENORA_SETTINGS": str(scratch / "settings"),
-                            "QT_QPA_PLATFORM": "offscreen"}
+                            "QT_QPA_PLATFORM": "offscreen", "LC_CTYPE": "C.UTF-8",
+                            "FONTCONFIG_FILE": str(fonts)}
+        self.environment.pop("LC_ALL", None)
+        self.office = Office(cache, scratch, self.environment)
+        stamp = hashlib.sha256(program.read_bytes()).hexdigest()[:16]
+        self.figures = cache / f"ours-{FORMAT}-{stamp}"
+        self.figures.mkdir(parents=True, exist_ok=True)
 
     def letter(self, path, checksum):
         kept = self.figures / f"{checksum}.json"
@@ -367,7 +386,7 @@ class Comparison:
             return figures
         with tempfile.TemporaryDirectory(dir=self.scratch) as folder:
             ours = pathlib.Path(folder) / "letter.pdf"
-            figures["state"] = self.print_ours(path, ours)
+            figures["state"] = self.print_ours(path, ours, checksum)
             if figures["state"] != "compared":
                 return figures
             figures["pages"] = [page_count(ours), page_count(office)]
@@ -375,8 +394,11 @@ class Comparison:
             figures["overlap"] = round(office_ink.overlap(Ink(ours)), 3)
         return figures
 
-    def print_ours(self, path, pdf):
-        done = run([str(self.program), str(path), str(pdf)], OUR_WAIT, env=self.environment,
+    def print_ours(self, path, pdf, checksum):
+        """On the paper of the country that the letter is from: ours is the printer's."""
+        letter_paper = abs(page_width(self.office.pdf(checksum)) - 612) < 2
+        environment = {**self.environment, "LC_PAPER": "en_US" if letter_paper else "en_NZ"}
+        done = run([str(self.program), str(path), str(pdf)], OUR_WAIT, env=environment,
                    preexec_fn=limit_processor_time)
         if done is None or done.returncode == -signal.SIGXCPU:
             return f"not printed in {OUR_SECONDS} s"
@@ -393,7 +415,7 @@ class Comparison:
             with tempfile.TemporaryDirectory(dir=self.scratch) as scratch:
                 ours = pathlib.Path(scratch) / "letter.pdf"
                 pdfs = [self.office.pdf(letter.checksum)]
-                if self.print_ours(letter.path, ours) == "compared":
+                if self.print_ours(letter.path, ours, letter.checksum) == "compared":
                     pdfs.insert(0, ours)
                 write_png(folder / f"{letter.path.stem}.png",
                           [GreyPage(pdf, PICTURE_DPI) for pdf in pdfs])
