@@ -44,7 +44,7 @@ PICTURE_DPI = 70
 ACROSS, DOWN = 2, 1       # pixels that ink may be off: 1 mm and 0.5 mm
 ALIKE = 0.85
 INK = 208                 # greys darker than this are ink
-FORMAT = 3                # of what is kept; raised when it would come out differently
+FORMAT = 4                # of our kept figures; raised when they would come out differently
 # Both sides have these fonts only: which font stands in for a missing one is not what is compared.
 FONTS = """<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "fonts.dtd">
@@ -123,7 +123,7 @@ class Office:
     """LibreOffice's PDFs, kept by the checksum of the file they were made of."""
 
     def __init__(self, cache, scratch, environment):
-        self.folder = cache / f"office-{FORMAT}"
+        self.folder = cache / "office-liberation"
         self.folder.mkdir(parents=True, exist_ok=True)
         self.scratch = scratch
         self.environment = environment
@@ -201,12 +201,18 @@ def texts(pdf):
             for order in ([], ["-raw"])]
 
 
+def is_compared(character):
+    """Letters, digits and currencies of the scripts that FONTS have. Of a letter without a glyph our
+    PDF keeps only the box."""
+    known = character < "\u0600" or "\u1e00" <= character <= "\u24ff"
+    return known and (unicodedata.category(character)[0] in "LMN" or character in "$€£")
+
+
 def plain(text):
-    """Letters and digits, other characters as spaces; soft hyphens and hyphenation removed."""
+    """What is compared, other characters as spaces; soft hyphens and hyphenation removed."""
     text = unicodedata.normalize("NFKC", text).replace("\u00ad", "")
     text = re.sub(r"(?<=\w)[-\u2010]\n\s*(?=\w)", "", text)
-    return "".join(c if unicodedata.category(c)[0] in "LMN" or c in "$€£" else " "
-                   for c in text.casefold())
+    return "".join(c if is_compared(c) else " " for c in text.casefold())
 
 
 def without_repeated_edges(text):
