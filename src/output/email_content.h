@@ -6,8 +6,8 @@
 
 namespace tenora {
 
-// Text goes through RtfToHtml; tables, which that leaves out, become HTML tables around their
-// cells' text, and pictures become inline parts that the HTML shows in their places.
+// Pictures become inline parts that the HTML shows in their places. Raises 482 (Printer error) when
+// a picture cannot be drawn for want of graphics.
 EmailBody MakeEmailBody(const RichTextBox& letter);
 
 }  // namespace tenora

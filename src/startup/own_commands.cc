@@ -6,11 +6,13 @@
 #include <csignal>
 #include <ostream>
 
+#include "output/embedded_picture.h"
 #include "output/rtf_to_html.h"
 #include "platform/access/check.h"
 #include "platform/access/engine_error.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/query/engine.h"
+#include "platform/richtext/rtf_reader.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
@@ -99,8 +101,8 @@ bool CheckFile(const std::string& path, std::ostream& output) {
 
 void ConvertToHtml(const std::string& path, const std::string& options, std::ostream& output) {
   const std::string rtf = ReadWholeFile(path);
-  if (!rtf.starts_with("{\\rtf")) throw StandardError(error_number::kInvalidFileFormat, path);
-  output << RtfToHtml(rtf, options);
+  if (!richtext::IsRtf(rtf)) throw StandardError(error_number::kInvalidFileFormat, path);
+  output << RtfToHtml(rtf, options, EmbeddedPicture);
 }
 
 CLI::App* AddLint(CLI::App* app, LintRequest* request) {
@@ -149,11 +151,21 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
       "check", "Walk every page, table and index of an Access file and say what disagrees");
   check->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   std::string letter, options;
-  CLI::App* const html = app.add_subcommand("html", "Print a letter as HTML, as e-mails carry it");
+  CLI::App* const html = app.add_subcommand(
+      "html",
+      "Print a letter as HTML: rebuilt from its control words by the classic rules, or with "
+      "--document as e-mails carry it");
   html->add_option("FILE", letter, "The .rtf file")->required();
-  html->add_option("--options", options,
-                   "Switches: +CR line ends, +F=3 default font size, -FF no font faces, +U Unicode "
-                   "escapes as character references, +E angle brackets and & as entities");
+  bool as_document = false;
+  html->add_flag(
+      "--document", as_document,
+      "Convert the parsed letter, with its lists, tables, links and pictures, as e-mails "
+      "carry it; the same as the switch +D");
+  html->add_option(
+      "--options", options,
+      "Switches: +CR line ends, +F=3 default font size, -FF no font faces, +U Unicode "
+      "escapes as character references, +E angle brackets and & as entities; +D as --document, "
+      "where +CR, -FF and +U count");
   LintRequest lint_request;
   CLI::App* const lint = AddLint(&app, &lint_request);
 
@@ -177,7 +189,7 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
       return 0;
     }
     if (run_query->parsed()) RunQuery(database, sql, output);
-    if (html->parsed()) ConvertToHtml(letter, options, output);
+    if (html->parsed()) ConvertToHtml(letter, options + (as_document ? "+D" : ""), output);
     const bool sound = (!check->parsed() || CheckFile(database, output)) &&
                        (!lint->parsed() || LintTemplates(lint_request, output, errors));
     output.flush();

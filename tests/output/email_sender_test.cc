@@ -68,7 +68,7 @@ TEST_F(EmailSender, ShowsNumberAndDescriptionAndTriesNothingElse) {
 
 TEST_F(EmailSender, TheMailProgramGetsEveryPictureInItsPlace) {
   EmailBody body;
-  body.body = "cid:picture1";
+  body.body = "M\u0101huta cid:picture1";
   for (int i = 1; i <= 12; ++i) {
     const std::string id = "picture" + std::to_string(i);
     body.pictures.push_back({"image/png", id + ".png", id, std::string(3, static_cast<char>(i))});
@@ -79,8 +79,9 @@ TEST_F(EmailSender, TheMailProgramGetsEveryPictureInItsPlace) {
   EXPECT_TRUE(sender_.DeliverEmail("ann@example.test", body, "Rent", true));
   const std::string html =
       ReadWholeFile(std::filesystem::directory_iterator(thunderbird.Scratch() / "Tenora")->path());
-  EXPECT_THAT(html,
-              StartsWith("cid:picture1<img src=\"data:image/png;base64,AQEB\" alt=\"\"><img"));
+  EXPECT_THAT(
+      html,
+      StartsWith("M&#257;huta cid:picture1<img src=\"data:image/png;base64,AQEB\" alt=\"\"><img"));
   EXPECT_THAT(html, testing::EndsWith("<img src=\"data:image/png;base64,DAwM\" alt=\"\">"));
 }
 

@@ -30,7 +30,7 @@ TEST_F(ReceiptEmail, GoesToTheTenantBesideOrInsteadOfPaper) {
   const std::string message = test::ParseMessage(server_.MessageFile(1));
   EXPECT_THAT(message, HasSubstr("subject: Receipt\n"));
   EXPECT_THAT(message, HasSubstr("of T00002 Élodie Evans-Pike"));
-  EXPECT_THAT(message, HasSubstr("of T00002 &#201;lodie Evans-Pike"));
+  EXPECT_THAT(message, HasSubstr("\">Receipt 1637 of T00002 Élodie Evans-Pike"));
 }
 
 TEST_F(ReceiptEmail, ATenantWithoutAddressFailsAloudAndIsStillPrinted) {
@@ -69,6 +69,14 @@ TEST_F(ReceiptEmail, HtmlCommandConvertsALetter) {
   const std::string letter = (Home() / "letter.rtf").string();
   EXPECT_EQ(Run({"html", letter}).output, "<b>Rent</b> & M?huta");
   EXPECT_EQ(Run({"html", letter, "--options", "+U+E"}).output, "<b>Rent</b> &amp; M&#257;huta");
+  const std::string document = Run({"html", letter, "--document"}).output;
+  EXPECT_THAT(document, HasSubstr("<b>Rent</b> &amp; M\u0101huta</p>"));
+  EXPECT_EQ(Run({"html", letter, "--options", "+D"}).output, document);
+  // As other programs save it.
+  WriteFile(Home() / "marked.rtf", "\xEF\xBB\xBF\r\n{\\rtf1\\ansi\\b Rent}");
+  const std::string marked = (Home() / "marked.rtf").string();
+  EXPECT_EQ(Run({"html", marked}).output, "<b>Rent</b>");
+  EXPECT_THAT(Run({"html", marked, "--document"}).output, HasSubstr("<b>Rent</b></p>"));
   EXPECT_EQ(Run({"html", Database().string()}).status, 1);
   EXPECT_THAT(Run({"html", "absent.rtf"}).errors, HasSubstr("53 - File not found: absent.rtf"));
   EXPECT_EQ(Run({"html"}).status, 2);

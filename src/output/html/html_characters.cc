@@ -1,5 +1,6 @@
 #include "output/html/html_characters.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <utility>
@@ -72,6 +73,13 @@ constexpr auto kClasses = [] {
   return table;
 }();
 
+// What AppendEscaped writes as it is.
+constexpr auto kIsPlain = [] {
+  std::array<bool, 256> table{};
+  for (int c = 0x20; c < 0x7F; ++c) table[c] = kClasses[c] == Class::kPlain && c != '"';
+  return table;
+}();
+
 Class ClassOf(char c) { return kClasses[static_cast<unsigned char>(c)]; }
 
 std::string_view Entity(char c) { return c == '<' ? "&lt;" : c == '>' ? "&gt;" : "&amp;"; }
@@ -117,6 +125,40 @@ void AppendText(std::string& html, std::string_view text, bool entities) {
     }
     text.remove_prefix(1);
   }
+}
+
+void AppendEscaped(std::string& html, std::string_view text) {
+  while (!text.empty()) {
+    std::size_t plain = 0;
+    while (plain < text.size() && kIsPlain[static_cast<unsigned char>(text[plain])]) ++plain;
+    html.append(text.substr(0, plain));
+    text.remove_prefix(plain);
+    if (text.empty()) return;
+    const char first = text.front();
+    const char32_t c = TakeCodePoint(text);
+    if (c >= 0xA0) {
+      AppendUtf8(html, c);
+    } else if (first == '"') {
+      html += "&quot;";
+    } else if (ClassOf(first) == Class::kMarkup) {
+      html += Entity(first);
+    }
+  }
+}
+
+std::string WithReferences(std::string_view html) {
+  std::string ascii;
+  ascii.reserve(html.size());
+  while (!html.empty()) {
+    const auto end = std::ranges::find_if(html, [](char c) { return (c & 0x80) != 0; });
+    const auto plain = static_cast<std::size_t>(end - html.begin());
+    ascii.append(html.substr(0, plain));
+    html.remove_prefix(plain);
+    if (html.empty()) break;
+    const auto c = static_cast<std::uint32_t>(TakeCodePoint(html));
+    ascii.append("&#").append(std::to_string(c)).append(";");
+  }
+  return ascii;
 }
 
 }  // namespace tenora::html

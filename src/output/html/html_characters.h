@@ -18,4 +18,11 @@ std::string_view EscapedCharacter(std::string_view two_digits);
 // entities.
 void AppendText(std::string& html, std::string_view text, bool entities);
 
+// Appends UTF-8 text for an element or for an attribute in double quotes: markup and double quotes
+// become entities, control characters are left out.
+void AppendEscaped(std::string& html, std::string_view text);
+
+// HTML in ASCII: characters beyond it become references.
+std::string WithReferences(std::string_view html);
+
 }  // namespace tenora::html

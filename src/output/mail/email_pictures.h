@@ -1,8 +1,9 @@
-// Moves the pictures of a letter into the parts of an e-mail.
+// The pictures of a letter as parts of an e-mail.
 #pragma once
 
+#include <map>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/mail/message.h"
@@ -10,17 +11,17 @@
 
 namespace tenora {
 
-// The pictures of a letter in the order of the text. Each leaves a mark in its place, two
-// private-use characters around its number, that passes through the HTML converter.
-struct EmailPictures {
-  std::vector<mail::Part> parts;
-  std::vector<std::string> image_tags;  // "<img src="cid:…" …>", one a part
+class EmailPictures {
+ public:
+  // The address under which the HTML shows the picture, "cid:…"; empty for a picture that cannot be
+  // shown. A picture that a letter shows twice is one part.
+  std::string AddressOf(const richtext::Picture& picture);
+  // In the order in which they were first asked for.
+  std::vector<mail::Part> TakeParts() { return std::move(parts_); }
 
-  // Replaces the pictures in the document by marks.
-  void Take(richtext::Document& document);
-  // Replaces the marks by the image tags.
-  std::string WithTags(std::string_view html) const;
-  std::string WithoutMarks(std::string_view text) const;
+ private:
+  std::vector<mail::Part> parts_;
+  std::map<std::pair<richtext::Picture::Kind, std::string>, std::string> addresses_;  // by content
 };
 
 }  // namespace tenora

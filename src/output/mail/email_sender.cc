@@ -1,30 +1,28 @@
 #include "output/email_sender.h"
 
 #include <filesystem>
+#include <utility>
 
+#include "output/html/html_characters.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/mail_client.h"
 #include "platform/runtime/clock.h"
+#include "platform/runtime/text.h"
 #include "platform/runtime/user_folders.h"
 
 namespace tenora {
 namespace {
 
-// The compose window reads one file: its pictures are embedded in the HTML.
-std::string WithPicturesInPlace(const EmailBody& body) {
-  std::string html;
-  std::size_t copied = 0;
-  // The pictures come in the order of the text.
+// The compose window reads one file, which names no character set: its pictures are embedded in the
+// HTML, its characters beyond ASCII references.
+std::string SelfContained(const EmailBody& body) {
+  std::string html = html::WithReferences(body.body);
   for (const mail::Part& picture : body.pictures) {
-    const std::string reference = "<img src=\"cid:" + picture.content_id + "\"";
-    const std::size_t at = body.body.find(reference, copied);
-    if (at == std::string::npos) continue;
-    html.append(body.body, copied, at - copied);
-    html +=
-        "<img src=\"data:" + picture.content_type + ";base64," + mail::Base64(picture.bytes) + "\"";
-    copied = at + reference.size();
+    html = ReplaceAll(std::move(html), "<img src=\"cid:" + picture.content_id + "\"",
+                      "<img src=\"data:" + picture.content_type + ";base64," +
+                          mail::Base64(picture.bytes) + "\"");
   }
-  return html.append(body.body, copied);
+  return html;
 }
 
 std::string NoMailClientText(const mail::NoMailClient& error) {
@@ -59,7 +57,7 @@ void clsEmailSender::Compose(const std::string& recipient, const EmailBody& body
   mail::Message message;
   message.to = mail::ParseAddresses(recipient);
   message.subject = subject;
-  message.html = WithPicturesInPlace(body);
+  message.html = SelfContained(body);
   message.date = session_.platform.clock.Now();
   mail::ComposeInMailClient(message, DraftFolder());
 }

@@ -3,6 +3,7 @@
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/table_layout.h"
 #include "platform/richtext/document_text.h"
+#include "platform/richtext/neighbours.h"
 
 namespace tenora::printing {
 BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks,

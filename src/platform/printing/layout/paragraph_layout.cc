@@ -419,15 +419,4 @@ BlockStrips LayOutParagraph(LayoutContext& context, const richtext::Paragraph& p
   return ParagraphLayout(context, paragraph, place).LayOut();
 }
 
-bool WithoutSpaceBetween(const richtext::ParagraphFormat& one,
-                         const richtext::ParagraphFormat& other) {
-  return one.contextual_style >= 0 && one.contextual_style == other.contextual_style;
-}
-
-bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other) {
-  return one.top == other.top && one.bottom == other.bottom && one.left == other.left &&
-         one.right == other.right && one.shading == other.shading &&
-         one.left_indent == other.left_indent && one.right_indent == other.right_indent;
-}
-
 }  // namespace tenora::printing

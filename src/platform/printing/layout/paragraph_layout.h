@@ -23,11 +23,4 @@ struct ParagraphPlace {
 BlockStrips LayOutParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,
                             const ParagraphPlace& place);
 
-// Whether there is no space between two paragraphs of one style.
-bool WithoutSpaceBetween(const richtext::ParagraphFormat& one,
-                         const richtext::ParagraphFormat& other);
-
-// Whether two paragraphs share one frame.
-bool SameFrame(const richtext::ParagraphFormat& one, const richtext::ParagraphFormat& other);
-
 }  // namespace tenora::printing

@@ -1,0 +1,77 @@
+#include "output/html/document_html.h"
+
+#include <map>
+#include <span>
+#include <utility>
+
+#include "output/html/block_html.h"
+#include "output/html/document_parts.h"
+#include "output/html/html_characters.h"
+#include "output/html/html_context.h"
+#include "platform/richtext/document_text.h"
+
+namespace tenora::html {
+namespace {
+
+// The font and size of most of the text, which the element around the letter states.
+Inherited MostOf(const richtext::Document& document, const Looks& looks) {
+  std::map<std::pair<int, int>, std::size_t> lengths;
+  richtext::ForEachParagraph(document.blocks, [&](const richtext::Paragraph& paragraph, auto) {
+    for (const richtext::Run& run : paragraph.runs) {
+      if (!run.format.hidden) lengths[{run.format.font, run.format.half_points}] += run.text.size();
+    }
+  });
+  Inherited most;
+  std::size_t longest = 0;
+  for (const auto& [format, length] : lengths) {
+    richtext::CharFormat text;
+    text.font = format.first;
+    text.half_points = format.second;
+    const TextLook look = looks.Of(text);
+    if (length <= longest) continue;
+    longest = length;
+    most.font = look.font;
+    most.half_points = look.half_points;
+  }
+  return most;
+}
+
+void WritePart(HtmlContext& context, const Surroundings& around,
+               std::span<const richtext::Block> blocks, std::string_view space) {
+  if (blocks.empty()) return;
+  if (!space.empty()) {
+    context.html.append("<div style=\"").append(space).append("\">").append(context.line_end);
+  }
+  BlockHtml(context, around, 0).Write(blocks);
+  if (!space.empty()) context.html.append("</div>").append(context.line_end);
+}
+
+}  // namespace
+
+std::string DocumentHtml(const richtext::Document& document, const DocumentHtmlOptions& options,
+                         const PictureSource& pictures) {
+  HtmlContext context{
+      document, Looks(document, options.font_faces), pictures, options.line_end, {}};
+  const DocumentParts parts = PartsOf(document);
+  if (parts.header.empty() && parts.text.empty() && parts.footer.empty()) return {};
+  Surroundings around;
+  around.inherited = MostOf(document, context.looks);
+  const TextArea area = TextAreaOf(document, parts);
+  around.width = area.width;
+  around.left = area.left;
+  around.right = area.right;
+  // Lines as long as on paper; in a window narrower than that they break earlier.
+  std::string style =
+      "max-width:" + std::to_string(Pixels(area.width - area.left - area.right)) + "px;";
+  if (around.inherited.half_points > 0)
+    AppendFontStyle(style, context.looks, {}, around.inherited.font, around.inherited.half_points);
+  style.pop_back();
+  context.html.append("<div style=\"").append(style).append("\">").append(options.line_end);
+  WritePart(context, around, parts.header, "margin-bottom:12pt");
+  WritePart(context, around, parts.text, {});
+  WritePart(context, around, parts.footer, "margin-top:12pt");
+  context.html.append("</div>").append(options.line_end);
+  return options.references ? WithReferences(context.html) : std::move(context.html);
+}
+
+}  // namespace tenora::html

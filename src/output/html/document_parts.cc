@@ -1,0 +1,68 @@
+#include "output/html/document_parts.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/page_heads.h"
+#include "platform/richtext/page_number_fields.h"
+
+namespace tenora::html {
+namespace {
+
+constexpr int kUsualWidth = 9638;  // A4 with margins of 2 cm
+constexpr int kNarrowest = 4000, kWidest = 16'000;
+
+std::vector<richtext::Block> OnOnePage(richtext::PageHeads::Blocks blocks) {
+  if (blocks == nullptr) return {};
+  return richtext::WithPageNumbers(*blocks, {1, 1});
+}
+
+// Makes the area's indents no larger than the block's.
+void Limit(const richtext::Block& block, TextArea* area) {
+  if (!richtext::Shows(block)) return;
+  if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
+    const richtext::ParagraphFormat& format = paragraph->format;
+    const int left = format.left_indent + std::min(format.first_indent, 0);
+    area->left = std::clamp(left, 0, area->left);
+    area->right = std::clamp(format.right_indent, 0, area->right);
+    return;
+  }
+  for (const richtext::Row& row : std::get<std::shared_ptr<richtext::Table>>(block)->rows) {
+    if (row.alignment != richtext::Alignment::kLeft) continue;
+    area->left = std::clamp(row.left_edge + std::max(row.half_gap, 0), 0, area->left);
+  }
+}
+
+}  // namespace
+
+DocumentParts PartsOf(const richtext::Document& document) {
+  DocumentParts parts;
+  const richtext::PageHeads heads = richtext::PageHeadsOf(document);
+  const richtext::PageSide side = heads.SideOf(1);
+  parts.header = OnOnePage(heads.Header(side));
+  parts.footer = OnOnePage(heads.Footer(side));
+  std::size_t count = document.blocks.size();
+  while (count > 0 && !richtext::Shows(document.blocks[count - 1])) --count;
+  parts.text = std::span(document.blocks).first(count);
+  return parts;
+}
+
+TextArea TextAreaOf(const richtext::Document& document, const DocumentParts& parts) {
+  TextArea area;
+  area.left = area.right = kNarrowest;
+  for (const std::span<const richtext::Block> part :
+       {std::span<const richtext::Block>(parts.header), parts.text,
+        std::span<const richtext::Block>(parts.footer)}) {
+    for (const richtext::Block& block : part) Limit(block, &area);
+  }
+  if (area.left == kNarrowest) area.left = 0;
+  if (area.right == kNarrowest) area.right = 0;
+  const richtext::PageSetup& page = document.page;
+  area.width = page.width > 0 ? page.width - std::max(page.left, 0) - std::max(page.right, 0)
+                              : kUsualWidth + area.left + area.right;
+  area.width = std::clamp(area.width, kNarrowest + area.left + area.right, kWidest);
+  return area;
+}
+
+}  // namespace tenora::html

@@ -1,0 +1,22 @@
+// Blocks as lines of plain text, for a font whose characters are equally wide.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/richtext/document.h"
+
+namespace tenora::html {
+
+// `width` in characters is that of the cell around, in which long lines are broken between words;
+// 0 for a text outside tables, whose paragraphs stay whole. UTF-8 without line ends.
+std::vector<std::string> PlainLines(const richtext::Document& document,
+                                    std::span<const richtext::Block> blocks, std::size_t width);
+
+// The number of characters of a text.
+std::size_t CharactersIn(std::string_view utf8);
+
+}  // namespace tenora::html
