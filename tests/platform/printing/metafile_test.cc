@@ -73,6 +73,25 @@ std::string MaskedBitmap() {
   return file.Done();
 }
 
+// A comment with the enhanced metafile that the file was made from.
+std::string WithEnhancedMetafile() {
+  const std::string enhanced = EmfFile().Brush(0, 0, 255).Rectangle(0, 0, 100, 100).Done();
+  std::string comment;
+  for (const std::size_t number : {std::size_t{0x43464D57}, std::size_t{1}, std::size_t{0x10000}}) {
+    PutNumber(comment, static_cast<std::int64_t>(number), 4);
+  }
+  PutNumber(comment, 0, 2);
+  for (const std::size_t number :
+       {std::size_t{0}, std::size_t{1}, enhanced.size(), std::size_t{0}, enhanced.size()}) {
+    PutNumber(comment, static_cast<std::int64_t>(number), 4);
+  }
+  comment += enhanced;
+  return RedWmf()
+      .Record(0x0626, {15, static_cast<int>(comment.size())}, comment)
+      .Rectangle(0, 0, 100, 100)
+      .Done();
+}
+
 std::string RasterOperations() {
   return RedWmf()
       .Rectangle(0, 0, 60, 100)
@@ -152,6 +171,7 @@ std::vector<Case> WmfCases() {
       {"bitmaps side by side",
        BitmapsSideBySide(),
        {{25, 25, kRed}, {75, 60, kBlue}, {75, 90, kGreen}, {75, 25, kNothing}}},
+      {"enhanced metafile in a comment", WithEnhancedMetafile(), {{50, 50, kBlue}}},
       {"masked bitmap", MaskedBitmap(), {{20, 20, kRed}, {80, 80, kNothing}}},
       {"raster operation",
        RasterOperations(),
@@ -179,6 +199,19 @@ std::vector<Case> EmfCases() {
            .Record(62, {0, 0, 0, 0})
            .Done(),
        {{50, 30, kRed}, {3, 95, kNothing}}},
+      {"path of two figures",
+       RedEmf()
+           .Record(59, {})
+           .Record(27, {0, 0})
+           .Record(89, {0, 0, 0, 0, 3}, Shorts({40, 0, 40, 40, 0, 40}))
+           .Record(61, {})
+           .Record(27, {60, 60})
+           .Record(89, {0, 0, 0, 0, 3}, Shorts({100, 60, 100, 100, 60, 100}))
+           .Record(61, {})
+           .Record(60, {})
+           .Record(62, {0, 0, 0, 0})
+           .Done(),
+       {{20, 20, kRed}, {80, 80, kRed}, {50, 50, kNothing}}},
       {"clipped to a path",
        RedEmf()
            .Record(59, {})

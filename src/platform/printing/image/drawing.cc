@@ -7,7 +7,8 @@
 namespace tenora::printing {
 namespace {
 
-constexpr double kThinnestLine = 7;              // twips, a third of a point
+constexpr double kThinnestLine = 0.35 / 72;  // inches
+constexpr double kThinnestPixels = 0.75;
 constexpr double kRasterPerTwip = 300.0 / 1440;  // pixels, where raster operations need them
 constexpr int kMostRasterSide = 2000;
 
@@ -84,6 +85,13 @@ DrawnItem Marked(const DrawnItem& item) {
   return marked;
 }
 
+// Thin lines survive this; drawing the image smaller would leave some out.
+QImage ShrunkTo(QSizeF pixels, const QImage& image) {
+  const QSize size = pixels.toSize().expandedTo({1, 1});
+  if (size.width() >= image.width() || size.height() >= image.height()) return image;
+  return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
 }  // namespace
 
 Drawing::Drawing(std::vector<DrawnItem> items, QRectF frame, QSizeF size, bool complete)
@@ -98,7 +106,7 @@ void Drawing::Draw(QPainter& painter, const QRectF& area) const {
   if (!raster_operations_) return DrawVectors(painter, area);
   painter.save();
   painter.setRenderHints(QPainter::SmoothPixmapTransform | QPainter::LosslessImageRendering);
-  painter.drawImage(area, Pixels());
+  painter.drawImage(area, ShrunkTo(painter.combinedTransform().mapRect(area).size(), Pixels()));
   painter.restore();
 }
 
@@ -130,7 +138,10 @@ void Drawing::DrawVectors(QPainter& painter, const QRectF& area) const {
   painter.translate(area.topLeft());
   painter.scale(area.width() / frame_.width(), area.height() / frame_.height());
   painter.translate(-frame_.topLeft());
-  const double thinnest = frame_.width() / std::max(size_.width(), 1.0) * kThinnestLine;
+  const double scale = std::sqrt(std::abs(painter.combinedTransform().determinant()));
+  const double thinnest =
+      std::max(kThinnestPixels, painter.device()->logicalDpiX() * kThinnestLine) /
+      std::max(scale, 1e-9);
   // Lines on the frame itself are shown in their whole width.
   painter.setClipRect(frame_.adjusted(-thinnest, -thinnest, thinnest, thinnest), Qt::IntersectClip);
   ItemPainter paint(painter, thinnest);
@@ -162,7 +173,7 @@ QImage Drawing::WithRasterOperations(QSize pixels) const {
     one->scale(pixels.width() / frame_.width(), pixels.height() / frame_.height());
     one->translate(-frame_.topLeft());
   }
-  const double thinnest = frame_.width() / std::max(size_.width(), 1.0) * kThinnestLine;
+  const double thinnest = 1.5 * frame_.width() / pixels.width();
   for (const DrawnItem& item : items_) {
     for (QPainter* one : {&painter, &marker}) {
       one->save();

@@ -77,6 +77,27 @@ QColor Mixed(const std::array<GradientCorner, 3>& corners, const std::array<doub
   return {level(red), level(green), level(blue)};
 }
 
+// Goes on from the path's end along the other. QPainterPath::connectPath forgets a last moveTo.
+void Append(QPainterPath& path, const QPainterPath& other) {
+  if (path.elementCount() == 0) {
+    path = other;
+    return;
+  }
+  for (int i = 0; i < other.elementCount(); ++i) {
+    const QPainterPath::Element& element = other.elementAt(i);
+    if (i == 0) {
+      if (path.currentPosition() != QPointF(element)) path.lineTo(element);
+    } else if (element.isMoveTo()) {
+      path.moveTo(element);
+    } else if (element.isLineTo()) {
+      path.lineTo(element);
+    } else if (element.isCurveTo() && i + 2 < other.elementCount()) {
+      path.cubicTo(element, other.elementAt(i + 1), other.elementAt(i + 2));
+      i += 2;
+    }
+  }
+}
+
 double Angle(const QRectF& ellipse, QPointF point) {
   const QPointF from_centre = point - ellipse.center();
   return std::atan2(-from_centre.y() / std::max(ellipse.height(), 1e-9),
@@ -215,12 +236,7 @@ void MetafileCanvas::Continue(const QPainterPath& path) {
   if (path.isEmpty()) return;
   state_.position = path.currentPosition();
   if (!in_path_) return Line(path);
-  const QPainterPath mapped = transform_.map(path);
-  if (path_.isEmpty() && path_.elementCount() == 0) {
-    path_ = mapped;
-  } else {
-    path_.connectPath(mapped);
-  }
+  Append(path_, transform_.map(path));
 }
 
 QPainterPath MetafileCanvas::ArcPath(ArcKind kind, const QRectF& ellipse, QPointF from,
@@ -254,7 +270,7 @@ void MetafileCanvas::Arc(ArcKind kind, const QRectF& ellipse, QPointF from, QPoi
 void MetafileCanvas::ArcTo(const QRectF& ellipse, QPointF from, QPointF to) {
   QPainterPath path;
   path.moveTo(state_.position);
-  path.connectPath(ArcPath(ArcKind::kArc, ellipse, from, to));
+  Append(path, ArcPath(ArcKind::kArc, ellipse, from, to));
   Continue(path);
 }
 

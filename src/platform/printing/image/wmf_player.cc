@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <string>
 
+#include "platform/printing/image/emf_player.h"
 #include "platform/printing/image/metafile.h"
 #include "platform/printing/image/metafile_canvas.h"
 #include "platform/printing/image/record_bytes.h"
@@ -114,6 +116,10 @@ class WmfPlayer {
       at += size;
     }
     if (!ended) canvas_.output().LeaveOut();
+    if (!enhanced_.empty() && enhanced_.size() == enhanced_size_) {
+      const auto enhanced = PlayEmf(enhanced_);
+      if (enhanced->complete() && !enhanced->empty()) return enhanced;
+    }
     return Take();
   }
 
@@ -192,8 +198,10 @@ class WmfPlayer {
       case kSetBkColour:
         state.ground_colour = ColourAt(values, 0);
         return true;
-      // These show nothing.
       case kEscape:
+        Escape(values);
+        return true;
+      // These show nothing.
       case kSetStretchBltMode:
       case kSetRelAbs:
       case kSetMapperFlags:
@@ -207,6 +215,15 @@ class WmfPlayer {
       default:
         return false;
     }
+  }
+
+  // Windows puts the enhanced metafile that a file was made from into its comments, in pieces.
+  void Escape(const RecordBytes& values) {
+    constexpr std::uint16_t kComment = 15;
+    constexpr std::uint32_t kEnhancedMetafile = 0x43464D57;
+    if (values.Unsigned16(0) != kComment || values.Unsigned32(4) != kEnhancedMetafile) return;
+    enhanced_.append(values.Part(38, values.Unsigned32(26)).bytes());
+    enhanced_size_ = values.Unsigned32(34);
   }
 
   bool Coordinates(std::uint16_t function, const RecordBytes& values) {
@@ -594,6 +611,8 @@ class WmfPlayer {
   std::optional<QRectF> frame_;
   std::size_t start_ = 0;
   bool has_window_ = false;
+  std::string enhanced_;
+  std::size_t enhanced_size_ = 0;
 };
 
 }  // namespace

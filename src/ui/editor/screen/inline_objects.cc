@@ -15,6 +15,7 @@ using Kind = InlineObject::Kind;
 
 constexpr double kWidest = 10800, kTallest = 14400;  // twips
 constexpr double kFrameWidth = 1600, kFrameHeight = 300;
+constexpr std::size_t kMostRendered = 32;
 constexpr double kBreakWidth = 6000, kBreakHeight = 200;
 
 double PixelsPerTwip(const QTextDocument& document) {
@@ -56,6 +57,17 @@ printing::PlacedPicture InlineObjects::Placed(const InlineObject& object) {
   const auto picture = PictureOf(object);
   return picture == nullptr ? printing::PlacedPicture()
                             : pictures_.Place(*picture, kWidest, kTallest);
+}
+
+void InlineObjects::Draw(QPainter& painter, const QRectF& rect,
+                         const printing::PlacedPicture& picture) {
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  if (picture.drawing == nullptr) return printing::DrawPicture(painter, rect, picture);
+  const QSize pixels = (rect.size() * painter.device()->devicePixelRatioF()).toSize();
+  if (rendered_.size() > kMostRendered) rendered_.clear();
+  QImage& image = rendered_[picture.drawing];
+  if (image.size() != pixels) image = picture.drawing->Rendered(pixels.expandedTo({1, 1}));
+  painter.drawImage(rect, image);
 }
 
 QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int /*position*/,
@@ -100,8 +112,7 @@ void InlineObjects::drawObject(QPainter* painter, const QRectF& rect, QTextDocum
   } else {
     const printing::PlacedPicture placed = Placed(*object);
     if (placed.readable()) {
-      painter->setRenderHint(QPainter::SmoothPixmapTransform);
-      printing::DrawPicture(*painter, rect, placed);
+      Draw(*painter, rect, placed);
     } else {
       painter->setFont(font);
       painter->setPen(Qt::gray);

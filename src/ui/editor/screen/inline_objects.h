@@ -3,6 +3,8 @@
 
 #include <QObject>
 #include <QTextObjectInterface>
+#include <map>
+#include <memory>
 
 #include "platform/printing/pictures.h"
 #include "ui/editor/text/text_properties.h"
@@ -23,8 +25,11 @@ class InlineObjects : public QObject, public QTextObjectInterface {
  private:
   // The size is in twips; empty where the object has no picture.
   printing::PlacedPicture Placed(const InlineObject& object);
+  void Draw(QPainter& painter, const QRectF& rect, const printing::PlacedPicture& picture);
 
   printing::Pictures pictures_;
+  // Drawings in the pixels of the screen: a letter is painted again with each key.
+  std::map<std::shared_ptr<const printing::Drawing>, QImage> rendered_;
 };
 
 }  // namespace tenora
