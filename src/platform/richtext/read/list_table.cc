@@ -120,7 +120,9 @@ void ListTable::EndList() {
 
 void ListTable::BeginLevel() {
   if (override_.level_count > 0) {
-    level_ = &override_.levels[static_cast<std::size_t>(override_.level_count - 1)].emplace();
+    auto& level = override_.levels[static_cast<std::size_t>(override_.level_count - 1)];
+    level = Level();
+    level_ = &*level;
     return;
   }
   if (list_.level_count < kLevels) ++list_.level_count;
