@@ -38,6 +38,7 @@ struct TemplateFinding {
   std::string text;   // of the line
   std::string problem;
   std::string advice;
+  std::string replacement;  // what to write at `position` where that is certain; else empty
 
   // "line 3: "…text…": problem; advice".
   std::string Text() const;

@@ -4,25 +4,18 @@
 #include <filesystem>
 #include <optional>
 #include <ostream>
-#include <sstream>
 #include <system_error>
 
-#include "data/program.h"
 #include "letters/custom_field_codes.h"
 #include "letters/paper_lint.h"
 #include "letters/template_library.h"
 #include "letters/template_lint.h"
-#include "platform/dialogs/console_dialogs.h"
 #include "platform/dialogs/terminal_text.h"
-#include "platform/locale/locale.h"
-#include "platform/query/engine.h"
-#include "platform/registry/registry.h"
 #include "platform/richtext/rtf_reader.h"
-#include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
-#include "rental/session.h"
+#include "startup/command_session.h"
 
 namespace tenora {
 namespace {
@@ -68,9 +61,7 @@ bool LooksLikePath(const std::string& name) {
 class LintCommand {
  public:
   LintCommand(const LintRequest& request, std::ostream& output, std::ostream& errors)
-      : request_(request), output_(output), errors_(errors) {
-    session_.database.SetCommandMode();
-  }
+      : request_(request), output_(output), errors_(errors) {}
 
   bool Run() {
     ReadFields();
@@ -80,14 +71,14 @@ class LintCommand {
   }
 
  private:
-  fs::path DataFolder() { return session_.database.DataFolder(); }
+  fs::path DataFolder() { return command_.session().database.DataFolder(); }
 
   // Without the agency's database, custom fields are not checked. If it exists it must be readable.
   void ReadFields() {
     const fs::path path =
-        request_.database.empty() ? session_.database.Location() : fs::path(request_.database);
+        request_.database.empty() ? command_.session().database.Location() : fs::path(request_.database);
     if (request_.database.empty() && !IsFile(path)) return;
-    fields_ = ReadCustomFieldCodes(*workspace_->OpenDatabase(path));
+    fields_ = ReadCustomFieldCodes(*command_.workspace().OpenDatabase(path));
   }
 
   // A file; else every template of that name, whichever catalogue it is for.
@@ -134,7 +125,8 @@ class LintCommand {
       letter.LoadFile(path);
       const TemplateKind kind =
           request_.kind.empty() ? KindByFolder(path) : KindByWord(request_.kind);
-      Report(path, LintTemplate(letter, kind, clock_.Today(), fields_ ? &*fields_ : nullptr));
+      Report(path,
+             LintTemplate(letter, kind, command_.clock().Today(), fields_ ? &*fields_ : nullptr));
       Report(path, LintPaper(letter));
     } catch (...) {
       Fail(ErrorText(CurrentError()));
@@ -157,13 +149,7 @@ class LintCommand {
   std::ostream& output_;
   std::ostream& errors_;
 
-  const Clock clock_ = Clock::FromEnvironment();
-  std::istringstream no_input_;
-  ConsoleDialogs dialogs_{no_input_, errors_};
-  const std::unique_ptr<Locale> locale_ = MakeLocale();
-  const std::unique_ptr<registry::Registry> registry_ = registry::Registry::FromEnvironment();
-  const std::unique_ptr<query::Workspace> workspace_ = query::Workspace::Create();
-  Session session_{Platform{clock_, dialogs_, *locale_, *registry_, *workspace_, ProgramFolder()}};
+  CommandSession command_{errors_};
   std::optional<CustomFieldCodes> fields_;
   bool clean_ = true;
 };

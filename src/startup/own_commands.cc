@@ -17,13 +17,14 @@
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/version.h"
+#include "startup/import_command.h"
 #include "startup/lint_command.h"
 
 namespace tenora {
 namespace {
 
-constexpr std::array<std::string_view, 8> kOwnWords{"query", "tables", "check", "html",
-                                                    "lint",  "--help", "-h",    "--version"};
+constexpr std::array<std::string_view, 9> kOwnWords{
+    "query", "tables", "check", "html", "import", "lint", "--help", "-h", "--version"};
 
 constexpr const char* kHelpFooter =
     R"(The management package's command words, each parameter as NAME="value":
@@ -123,6 +124,21 @@ CLI::App* AddLint(CLI::App* app, LintRequest* request) {
   return lint;
 }
 
+CLI::App* AddImport(CLI::App* app, ImportRequest* request) {
+  CLI::App* const command = app->add_subcommand(
+      "import",
+      "Make templates of a word processor's documents (.docx, .doc, .odt, .html through "
+      "LibreOffice; .rtf), mend merge fields and codes, and report what lint finds in them");
+  command->add_option("FILE", request->documents, "The documents")->required();
+  command->add_option("--kind", request->kind, "Which templates they become")
+      ->check(CLI::IsMember({"tenant", "owner", "cheque"}))
+      ->capture_default_str();
+  command->add_option("--name", request->name,
+                      "The template's name; without it the document's. A name that is taken gets "
+                      "\"(1)\"");
+  return command;
+}
+
 }  // namespace
 
 bool IsOwnCommand(std::string_view first_argument) {
@@ -169,6 +185,9 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
   LintRequest lint_request;
   CLI::App* const lint = AddLint(&app, &lint_request);
 
+  ImportRequest import_request;
+  CLI::App* const import_documents = AddImport(&app, &import_request);
+
   // Handled before this parser is reached; here it is only listed in the help.
   app.add_subcommand("generate", "Make a letter for each of many tenants or owners");
 
@@ -182,6 +201,10 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
     errors << "Name the templates, or give --all for the whole library." << std::endl;
     return 2;
   }
+  if (import_request.documents.size() > 1 && !import_request.name.empty()) {
+    errors << "--name is for one document." << std::endl;
+    return 2;
+  }
   try {
     if (tables->parsed()) ListTables(database, output);
     if (run_query->parsed() && write) {
@@ -190,8 +213,10 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
     }
     if (run_query->parsed()) RunQuery(database, sql, output);
     if (html->parsed()) ConvertToHtml(letter, options + (as_document ? "+D" : ""), output);
-    const bool sound = (!check->parsed() || CheckFile(database, output)) &&
-                       (!lint->parsed() || LintTemplates(lint_request, output, errors));
+    const bool sound =
+        (!check->parsed() || CheckFile(database, output)) &&
+        (!lint->parsed() || LintTemplates(lint_request, output, errors)) &&
+        (!import_documents->parsed() || ImportTemplates(import_request, output, errors));
     output.flush();
     if (!output) throw StandardError(error_number::kDeviceIoError, "standard output");
     return sound ? 0 : 1;

@@ -275,16 +275,19 @@ std::optional<Complaint> CheckCode(std::string_view name, bool holds_code, Templ
   return CheckCustomField(name, *CustomFormOf(name), fields);
 }
 
-std::string AdviceForLookalike(std::string_view name, TemplateKind kind) {
+std::string CodeForLookalike(std::string_view name, TemplateKind kind) {
   const std::string tidy = Tidied(name);
-  if (tidy.size() > 2 && tidy.front() == '?' && tidy.back() == '?') {
-    return "write " + InBrackets(tidy);
-  }
+  if (tidy.size() > 2 && tidy.front() == '?' && tidy.back() == '?') return InBrackets(tidy);
   const std::string meant = Respelt(name, kind);
   const bool with_parameters = meant.find(':') != std::string::npos;
-  if (with_parameters || (!meant.empty() && EqualsNoCase(meant, tidy))) {
-    return "write " + InBrackets(meant);
-  }
+  const bool certain = with_parameters || (!meant.empty() && EqualsNoCase(meant, tidy));
+  return certain ? InBrackets(meant) : "";
+}
+
+std::string AdviceForLookalike(std::string_view name, TemplateKind kind) {
+  const std::string code = CodeForLookalike(name, kind);
+  if (!code.empty()) return "write " + code;
+  const std::string tidy = Tidied(name);
   const bool is_code = IsMenuEntry(tidy) || std::ranges::any_of(kAllKinds, [&](TemplateKind other) {
                          const std::string there = Respelt(tidy, other);
                          return !there.empty() &&

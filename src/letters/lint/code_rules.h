@@ -27,8 +27,11 @@ std::string_view OpeningOf(std::string_view name);
 std::optional<Complaint> CheckCode(std::string_view name, bool holds_code, TemplateKind kind,
                                    Date today, const CustomFieldCodes* fields);
 
-// What to write in place of a text in other brackets, or of a word processor's merge field, of this
-// name; empty when it is the name of no code.
+// The code that a text in other brackets, or a word processor's merge field, of this name is; empty
+// where it is none or may be another one.
+std::string CodeForLookalike(std::string_view name, TemplateKind kind);
+
+// What to write in place of such a text or field; empty when it is the name of no code.
 std::string AdviceForLookalike(std::string_view name, TemplateKind kind);
 
 }  // namespace tenora

@@ -7,6 +7,7 @@
 #include "letters/lint/code_rules.h"
 #include "letters/lint/code_scanner.h"
 #include "letters/lint/letter_text.h"
+#include "letters/lint/merge_field.h"
 #include "merge/merge_codes.h"
 #include "merge/replace_code.h"
 #include "platform/runtime/text.h"
@@ -50,10 +51,6 @@ std::size_t LengthInSource(const RichTextBox& letter, std::string_view text) {
 bool MayBeEscaped(std::string_view text) {
   return std::ranges::any_of(
       text, [](char c) { return c < ' ' || c > '~' || c == '\\' || c == '{' || c == '}'; });
-}
-
-bool IsMergeField(const richtext::Field& field) {
-  return ContainsNoCase(field.instruction, "MERGEFIELD");
 }
 
 // In which respects two character formats differ: "bold", "font", in a fixed order; empty for equal
@@ -173,11 +170,18 @@ class Linter {
     const std::size_t opening = kCodeStart.size() + OpeningOf(name).size();
     const bool found =
         FormOf(name) != CodeForm::kCatalogue && ChangesIn(code.begin, code.begin + opening).empty();
-    Add(code, {Kind::kSplit,
-               tag + " has more than one format (" + change + "): the merge " +
-                   (found ? "loses the format that changes inside it and may take it for another"
-                          : "does not find it, and it stays in the letter"),
-               "select the whole code and give it one format, or retype it"});
+    Add(code,
+        {Kind::kSplit,
+         tag + " has more than one format (" + change + "): the merge " +
+             (found ? "loses the format that changes inside it and may take it for another"
+                    : "does not find it, and it stays in the letter"),
+         "select the whole code and give it one format, or retype it"},
+        HoldsObject(code) ? "" : tag);
+  }
+
+  bool HoldsObject(const ScannedCode& code) const {
+    return std::ranges::any_of(text_->SpansOf(code.begin, code.end),
+                               [](const TextSpan* span) { return span->is_object; });
   }
 
   // What changes between the characters of a stretch of text; empty where the source has it in one
@@ -211,9 +215,11 @@ class Linter {
       written = written.substr(code.begin, code.end - code.begin);
       std::string advice = AdviceForLookalike(WithoutBrackets(written), kind_);
       if (advice.empty()) continue;
-      Add(code, {Kind::kBrackets,
-                 std::string(written) + " stays in the letter: a code has two < and two >",
-                 std::move(advice)});
+      Add(code,
+          {Kind::kBrackets,
+           std::string(written) + " stays in the letter: a code has two < and two >",
+           std::move(advice)},
+          CodeForLookalike(WithoutBrackets(written), kind_));
     }
   }
 
@@ -235,22 +241,18 @@ class Linter {
 
   void LintMergeField() {
     static constexpr std::string_view kWord = "MERGEFIELD";
-    const std::string& instruction = text_->text;
-    const std::size_t word = FindNoCase(instruction, kWord);
+    const std::size_t word = FindNoCase(text_->text, kWord);
     if (word == std::string::npos) return;
-    std::string_view name = TrimBlanks(std::string_view(instruction).substr(word + kWord.size()));
-    name = name.substr(0, name.find_first_of("\\\n"));
-    if (name.starts_with('"')) name = name.substr(1, name.find('"', 1) - 1);
-    std::string advice = AdviceForLookalike(TrimBlanks(name), kind_);
+    const std::string name = MergeFieldName(text_->text);
+    std::string advice = AdviceForLookalike(name, kind_);
     if (advice.empty()) advice = "write a code in << and >>";
     Add({word, word + kWord.size(), true, false},
         {Kind::kMergeField,
-         "the word processor's merge field \"" + std::string(TrimBlanks(name)) +
-             "\" is not filled by this program",
+         "the word processor's merge field \"" + name + "\" is not filled by this program",
          "remove the field and " + advice});
   }
 
-  void Add(const ScannedCode& code, Complaint complaint) {
+  void Add(const ScannedCode& code, Complaint complaint, std::string replacement = {}) {
     TemplateFinding finding;
     finding.kind = complaint.kind;
     finding.place = text_->place;
@@ -264,6 +266,7 @@ class Linter {
     }
     finding.problem = std::move(complaint.problem);
     finding.advice = std::move(complaint.advice);
+    finding.replacement = std::move(replacement);
     found_.push_back(std::move(finding));
   }
 

@@ -17,6 +17,7 @@
 #include "ui/window/letter/window_printers.h"
 #include "ui/window/main/generate_letters.h"
 #include "ui/window/main/help_commands.h"
+#include "ui/window/main/import_templates.h"
 #include "ui/window/main/letter_runs.h"
 #include "ui/window/main/letter_status.h"
 #include "ui/window/main/main_menus.h"
@@ -78,6 +79,7 @@ class frmMain : public QMainWindow {
   RentalDataLoad rental_data_;
   LetterRuns runs_;
   GenerateLetters generate_;
+  ImportTemplates imports_;
   SettingsCommands settings_;
   HelpCommands help_;
   MainMenus menus_;

@@ -87,6 +87,8 @@ void MainMenus::BuildFileMenu() {
         parts_.session.platform.dialogs.ChooseFileToOpen("Open Letter", "Letters|*.rtf;*.txt");
     if (path) parts_.letters.OpenFile(*path);
   });
+  Command(file, "mnuImportTemplate", tr("Import Temp&late…"), {},
+          [this] { parts_.imports.Import(); });
   file->addSeparator();
   LetterCommand(file, "mnuSave", tr("&Save"), {"save", QKeySequence::Save},
                 [](frmLetter& letter) { letter.Save(); });

@@ -18,6 +18,7 @@
 #include "ui/window/letter/open_letters.h"
 #include "ui/window/main/generate_letters.h"
 #include "ui/window/main/help_commands.h"
+#include "ui/window/main/import_templates.h"
 #include "ui/window/main/insert_menus.h"
 #include "ui/window/main/letter_runs.h"
 #include "ui/window/main/settings_commands.h"
@@ -36,6 +37,7 @@ struct MenuParts {
   LintPanel& lint_panel;
   GenerateLetters& generate;
   LetterRuns& runs;
+  ImportTemplates& imports;
   SettingsCommands& settings;
   HelpCommands& help;
   WindowColours& colours;

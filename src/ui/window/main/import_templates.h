@@ -1,0 +1,38 @@
+// The Import Template command: makes a template of a word processor's document and opens it with
+// what the template check finds.
+#pragma once
+
+#include <QWidget>
+#include <utility>
+
+#include "rental/session.h"
+#include "ui/window/background/background_work.h"
+#include "ui/window/letter/lint_panel.h"
+#include "ui/window/letter/open_letters.h"
+#include "ui/window/tree/ctl_tree.h"
+
+namespace tenora {
+
+class ImportTemplates {
+ public:
+  // Everything passed in must outlive this object.
+  ImportTemplates(Session& session, ctlTree& tree, OpenLetters& letters, LintPanel& lint_panel,
+                  WorkRunner run)
+      : session_(session),
+        tree_(tree),
+        letters_(letters),
+        lint_panel_(lint_panel),
+        run_(std::move(run)) {}
+
+  // Asks for the document and the kind of template. Raises what ImportTemplate raises.
+  void Import();
+
+ private:
+  Session& session_;
+  ctlTree& tree_;
+  OpenLetters& letters_;
+  LintPanel& lint_panel_;
+  WorkRunner run_;
+};
+
+}  // namespace tenora
