@@ -381,6 +381,16 @@ TEST_F(Metafiles, DamagedAnywhereAreStillBounded) {
   }
 }
 
+// Qt would look for room for a letter of a hundred thousand pixels.
+TEST_F(Metafiles, MayStretchTheirTextsBeyondMeasure) {
+  const std::string bytes =
+      EmfFile()
+          .Record(35, {}, Floats({5000, 0, 0, 0.01F, 0, 0}))
+          .Record(84, {0, 0, 0, 0, 2, 0, 0, 0, 2000, 1, 76, 0, 0, 0, 0, 0, 0}, Shorts({'M', 0}))
+          .Done();
+  EXPECT_EQ(Draw(bytes)->Rendered({200, 200}).width(), 200);
+}
+
 TEST_F(Metafiles, StopDrawingBeforeTheyHoldUpALetter) {
   WmfFile file = RedWmf();
   for (int i = 0; i < 5000; ++i) file.Rectangle(0, 0, 100, 100);

@@ -18,6 +18,15 @@ void ApplyClip(QPainter& painter, const Clip* clip) {
   }
 }
 
+// Eight times as wide as high, or more: Qt's store of glyphs crashes on letters that are too wide
+// for a bitmap and yet of a small area.
+bool IsDistorted(const QTransform& transform) {
+  constexpr double kMostRatio = 8;
+  const double squares = transform.m11() * transform.m11() + transform.m12() * transform.m12() +
+                         transform.m21() * transform.m21() + transform.m22() * transform.m22();
+  return !(squares <= (kMostRatio + 1 / kMostRatio) * std::abs(transform.determinant()));
+}
+
 class ItemPainter {
  public:
   ItemPainter(QPainter& painter, double thinnest) : painter_(painter), thinnest_(thinnest) {}
@@ -46,6 +55,7 @@ class ItemPainter {
     painter_.restore();
   }
   void operator()(const DrawnText& text) {
+    if (IsDistorted(text.place * painter_.combinedTransform())) return DrawOutlines(text);
     painter_.save();
     painter_.setTransform(text.place, true);
     painter_.setFont(text.font);
@@ -55,6 +65,14 @@ class ItemPainter {
   }
 
  private:
+  void DrawOutlines(const DrawnText& text) {
+    QPainterPath outlines;
+    outlines.addText(QPointF(0, 0), text.font, text.text);
+    painter_.setPen(Qt::NoPen);
+    painter_.setBrush(text.colour);
+    painter_.drawPath(text.place.map(outlines));
+  }
+
   QPainter& painter_;
   double thinnest_;
 };

@@ -9,6 +9,8 @@
 #include "platform/printing/image/metafile.h"
 #include "platform/printing/image/metafile_canvas.h"
 #include "platform/printing/image/record_bytes.h"
+#include "platform/printing/image/wmf_bitmaps.h"
+#include "platform/printing/image/wmf_record.h"
 
 namespace tenora::printing {
 namespace {
@@ -16,79 +18,6 @@ namespace {
 constexpr double kTwipsPerInch = 1440, kTwipsPerPixel = 15;
 constexpr double kTwipsPerMillimetre = kTwipsPerInch / 25.4;
 constexpr std::size_t kHeader = 18, kRecordHeader = 6;
-
-enum Function : std::uint16_t {
-  kEnd = 0x0000,
-  kSaveDc = 0x001E,
-  kRealizePalette = 0x0035,
-  kSetPaletteEntries = 0x0037,
-  kCreatePalette = 0x00F7,
-  kSetBkMode = 0x0102,
-  kSetMapMode = 0x0103,
-  kSetRop2 = 0x0104,
-  kSetRelAbs = 0x0105,
-  kSetPolyFillMode = 0x0106,
-  kSetStretchBltMode = 0x0107,
-  kSetTextCharExtra = 0x0108,
-  kRestoreDc = 0x0127,
-  kInvertRegion = 0x012A,
-  kPaintRegion = 0x012B,
-  kSelectClipRegion = 0x012C,
-  kSelectObject = 0x012D,
-  kSetTextAlign = 0x012E,
-  kResizePalette = 0x0139,
-  kDibCreatePatternBrush = 0x0142,
-  kSetLayout = 0x0149,
-  kDeleteObject = 0x01F0,
-  kCreatePatternBrush = 0x01F9,
-  kSetBkColour = 0x0201,
-  kSetTextColour = 0x0209,
-  kSetTextJustification = 0x020A,
-  kSetWindowOrg = 0x020B,
-  kSetWindowExt = 0x020C,
-  kSetViewportOrg = 0x020D,
-  kSetViewportExt = 0x020E,
-  kOffsetWindowOrg = 0x020F,
-  kOffsetViewportOrg = 0x0211,
-  kLineTo = 0x0213,
-  kMoveTo = 0x0214,
-  kOffsetClipRegion = 0x0220,
-  kFillRegion = 0x0228,
-  kSetMapperFlags = 0x0231,
-  kSelectPalette = 0x0234,
-  kCreatePen = 0x02FA,
-  kCreateFont = 0x02FB,
-  kCreateBrush = 0x02FC,
-  kPolygon = 0x0324,
-  kPolyline = 0x0325,
-  kScaleWindowExt = 0x0410,
-  kScaleViewportExt = 0x0412,
-  kExcludeClipRect = 0x0415,
-  kIntersectClipRect = 0x0416,
-  kEllipse = 0x0418,
-  kRectangle = 0x041B,
-  kSetPixel = 0x041F,
-  kFrameRegion = 0x0429,
-  kAnimatePalette = 0x0436,
-  kTextOut = 0x0521,
-  kPolyPolygon = 0x0538,
-  kRoundRect = 0x061C,
-  kPatBlt = 0x061D,
-  kEscape = 0x0626,
-  kCreateRegion = 0x06FF,
-  kArc = 0x0817,
-  kPie = 0x081A,
-  kChord = 0x0830,
-  kBitBlt = 0x0922,
-  kDibBitBlt = 0x0940,
-  kExtTextOut = 0x0A32,
-  kStretchBlt = 0x0B23,
-  kDibStretchBlt = 0x0B41,
-  kSetDibToDevice = 0x0D33,
-  kStretchDib = 0x0F43,
-};
-
-int TernaryOperation(const RecordBytes& values) { return values.Byte(2); }
 
 QColor ColourAt(const RecordBytes& values, std::size_t at) {
   return {values.Byte(at), values.Byte(at + 1), values.Byte(at + 2)};
@@ -160,7 +89,7 @@ class WmfPlayer {
   void Record(std::uint16_t function, const RecordBytes& values) {
     if (!Context(function, values) && !Coordinates(function, values) && !Object(function, values) &&
         !Clipping(function, values) && !Shape(function, values) && !RoundShape(function, values) &&
-        !Text(function, values) && !Bitmap(function, values)) {
+        !Text(function, values) && !PlayWmfBitmap(function, values, canvas_)) {
       canvas_.output().LeaveOut();
     }
   }
@@ -330,27 +259,10 @@ class WmfPlayer {
     return font;
   }
 
-  // A monochrome bitmap of the device; rows are whole words, from the top.
-  QImage DeviceBitmap(const RecordBytes& bitmap, std::size_t bits_at) {
-    const int width = bitmap.Signed16(2), height = bitmap.Signed16(4), stride = bitmap.Signed16(6);
-    const RecordBytes bits = bitmap.From(bits_at);
-    const bool monochrome = bitmap.Byte(8) == 1 && bitmap.Byte(9) == 1;
-    if (!monochrome || width <= 0 || height <= 0 || stride < (width + 7) / 8 ||
-        bits.size() < static_cast<std::size_t>(stride) * static_cast<std::size_t>(height)) {
-      canvas_.output().LeaveOut();
-      return {};
-    }
-    QImage image = QImage(reinterpret_cast<const uchar*>(bits.bytes().data()), width, height,
-                          stride, QImage::Format_Mono)
-                       .copy();
-    image.setColorTable({canvas_.state().text.colour.rgb(), canvas_.state().ground_colour.rgb()});
-    return image;
-  }
-
   GdiBrush DevicePattern(const RecordBytes& values) {
     GdiBrush brush;
     brush.kind = GdiBrush::Kind::kPattern;
-    brush.pattern = DeviceBitmap(values, 32);
+    brush.pattern = WmfDeviceBitmap(values, 32, canvas_);
     brush.two_colours = true;
     return brush;
   }
@@ -537,71 +449,6 @@ class WmfPlayer {
     }
     canvas_.Text(text);
     return true;
-  }
-
-  // The numbers from `at` on are height, width, y and x.
-  static QRectF TargetAt(const RecordBytes& values, std::size_t at) {
-    return {QPointF(values.Signed16(at + 6), values.Signed16(at + 4)),
-            QSizeF(values.Signed16(at + 2), values.Signed16(at))};
-  }
-
-  bool Bitmap(std::uint16_t function, const RecordBytes& values) {
-    // A bitmap record without a bitmap has two bytes in its place, and no more than its numbers.
-    const bool bare = values.size() / 2 == static_cast<std::size_t>(function >> 8);
-    const int operation = TernaryOperation(values);
-    BitmapPlace place;
-    switch (function) {
-      case kPatBlt:
-        place.target = TargetAt(values, 4);
-        canvas_.Image({}, place, operation);
-        return true;
-      case kStretchDib:
-        place.target = TargetAt(values, 14);
-        place.source = TargetAt(values, 6);
-        Draw(values.From(22), place, operation, true);
-        return true;
-      case kSetDibToDevice:
-        place.target = TargetAt(values, 10);
-        place.source = QRectF(QPointF(values.Signed16(8), values.Signed16(6)), place.target.size());
-        Draw(values.From(18), place, kCopySource, true);
-        return true;
-      case kDibStretchBlt:
-      case kStretchBlt:
-        place.target = TargetAt(values, bare ? 14 : 12);
-        place.source = TargetAt(values, 4);
-        break;
-      case kDibBitBlt:
-      case kBitBlt:
-        place.target = TargetAt(values, bare ? 10 : 8);
-        place.source = QRectF(QPointF(values.Signed16(6), values.Signed16(4)), place.target.size());
-        break;
-      default:
-        return false;
-    }
-    if (bare || !UsesSource(operation)) {
-      if (UsesSource(operation))
-        canvas_.output().LeaveOut();
-      else
-        canvas_.Image({}, place, operation);
-      return true;
-    }
-    const bool stretched = function == kDibStretchBlt || function == kStretchBlt;
-    const RecordBytes bitmap = values.From(stretched ? 20 : 16);
-    if (function == kDibBitBlt || function == kDibStretchBlt) {
-      Draw(bitmap, place, operation, false);
-    } else {
-      canvas_.Image(DeviceBitmap(bitmap, 10), place, operation);
-    }
-    return true;
-  }
-
-  void Draw(const RecordBytes& dib, BitmapPlace place, int operation, bool from_below) {
-    const QImage image = canvas_.output().Bitmap(PartsOf(dib.bytes()), false);
-    // Rows of a bitmap that is stored upside down are counted from its lower edge.
-    if (from_below && dib.Signed32(8) > 0 && place.source.height() > 0) {
-      place.source.moveTop(image.height() - place.source.bottom());
-    }
-    canvas_.Image(image, place, operation);
   }
 
   RecordBytes file_;
