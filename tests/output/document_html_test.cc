@@ -281,6 +281,7 @@ TEST(DocumentHtml, TabsReachTheirStops) {
   EXPECT_NEAR(blanks("\\tqr\\tx2880 a\\tab wwww\\par"), (2880 - 600) / 56, 5);
   EXPECT_NEAR(blanks("\\tqr\\tx99999 a\\tab\\tab b\\par"), 9638 / 56, 12) << "the text's edge";
   EXPECT_EQ(blanks("\\qc a\\tab b\\par"), 4);
+  EXPECT_NEAR(blanks("a" + std::string(999, ' ') + "\\par"), 9638 / 56, 3) << "a line full";
   EXPECT_THAT(Html("\\tldot\\tx2880 a\\tab b\\par"), HasSubstr("a........"));
 }
 

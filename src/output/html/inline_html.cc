@@ -18,8 +18,9 @@ using richtext::Underline;
 constexpr const char* kBlank = "&nbsp;";
 constexpr const char* kUnalignedTab = "&nbsp;&nbsp;&nbsp; ";
 constexpr double kSureShare = 0.97;
-constexpr int kNarrowWindow = 4500;  // twips, of a telephone
-constexpr int kMostFilling = 200;    // characters for one tab
+constexpr std::size_t kManyBlanks = 40;  // in a row, that might fill a line
+constexpr int kNarrowWindow = 4500;      // twips, of a telephone
+constexpr int kMostFilling = 200;        // characters for one tab
 
 std::string_view UnderlineTag(Underline kind) {
   switch (kind) {
@@ -40,6 +41,18 @@ std::string_view UnderlineTag(Underline kind) {
       break;
   }
   return "<u>";
+}
+
+// The text with no more blanks in a row. On paper those that have no room hang over the line's end,
+// as behind a rule made of underlined blanks; in HTML they would begin further lines.
+std::string WithBlanksUpTo(std::string_view text, std::size_t most) {
+  std::string kept;
+  std::size_t blanks = 0;
+  for (const char c : text) {
+    blanks = c == ' ' ? blanks + 1 : 0;
+    if (blanks <= most) kept += c;
+  }
+  return kept;
 }
 
 // What stands for a picture that cannot be shown.
@@ -135,7 +148,11 @@ void InlineHtml::WriteText(const ShownPiece& piece) {
   if (measure_) Advance(piece);
   if (look.underline == Underline::kWords) return WriteWords(piece.text, look, piece.link);
   ShowAs(look, piece.link);
-  WriteEscaped(piece.text);
+  if (piece.text.find(std::string(kManyBlanks, ' ')) == std::string_view::npos)
+    return WriteEscaped(piece.text);
+  const double room = std::max(width_ - format_->left_indent - format_->right_indent, 1);
+  WriteEscaped(
+      WithBlanksUpTo(piece.text, static_cast<std::size_t>(room / WidthOf(" ", *piece.format))));
 }
 
 // Moves on by the width of a text, which may go on in further lines; blanks at a line's end take no
