@@ -26,7 +26,7 @@ const std::string kHead =
     "Roman;}"
     "{\\f2\\ftech\\fcharset2 Symbol;}{\\f3\\fnil Bad\\'22\\'27<Name>{\\*\\x};}}"
     "{\\colortbl ;\\red255\\green0\\blue0;\\red0\\green0\\blue0;\\red255\\green255\\blue0;"
-    "\\red255\\green255\\blue255;}\\viewkind4\\uc1\\fs20 ";
+    "\\red255\\green255\\blue255;\\red38\\green44\\blue48;}\\viewkind4\\uc1\\fs20 ";
 
 std::string Whole(const std::string& body, const std::string& options = "+D") {
   return RtfToHtml(kHead + body + "}", options, [](const richtext::Picture& picture) {
@@ -88,7 +88,8 @@ TEST(DocumentHtml, FormatsEndWhereTheyEndOnPaper) {
 
 TEST(DocumentHtml, BlackAndWhiteAreTheReadersOwn) {
   Check({
-      {"{\\cf2 black} {\\highlight4 on white}\\par", P("black on white")},
+      {"{\\cf2 black} {\\cf5 and nearly} {\\highlight4 on white}\\par",
+       P("black and nearly on white")},
       {"{\\highlight3 lit}\\par",
        P("<span style=\"background-color:#FFFF00;color:#000000\">lit</span>")},
       {"{\\highlight3\\cf1 lit}\\par",
@@ -250,7 +251,7 @@ TEST(DocumentHtml, ShowsTheFirstPagesHeaderAndFooter) {
     }
     return plain;
   };
-  EXPECT_EQ(text(Html(heads + "\\pard Dear\\par\\par")), "UsualDearPage 1 of 1");
+  EXPECT_EQ(text(Html(heads + "\\pard\\par Dear\\par\\par")), "UsualDearPage 1 of 1");
   EXPECT_EQ(text(Html("\\titlepg" + heads + "\\pard Dear\\par")), "FirstDear");
 }
 

@@ -16,9 +16,16 @@ namespace {
 using richtext::Border;
 
 constexpr Rgb kBlack = 0x000000, kWhite = 0xFFFFFF;
+constexpr Rgb kDarkest = 0x40;  // of each component of a colour that is as good as black
 constexpr double kTwipsPerPoint = 20, kTwipsPerPixel = 15;
 constexpr std::size_t kLongestFamily = 64;  // bytes; no real name comes near this
 constexpr int kThickBorder = 30;            // twips
+
+// Text of this colour looks black on paper, and cannot be read on a dark screen.
+bool IsNearlyBlack(Rgb colour) {
+  return (colour >> 16) <= kDarkest && (colour >> 8 & 0xFF) <= kDarkest &&
+         (colour & 0xFF) <= kDarkest;
+}
 
 bool IsNameCharacter(char32_t c) {
   return c >= 0x80 || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
@@ -108,7 +115,7 @@ std::optional<Rgb> Looks::Colour(int position) const {
 
 std::optional<Rgb> Looks::Ink(int position) const {
   const std::optional<Rgb> colour = Colour(position);
-  return colour == kBlack ? std::nullopt : colour;
+  return colour && IsNearlyBlack(*colour) ? std::nullopt : colour;
 }
 
 std::optional<Rgb> Looks::Paper(int position) const {

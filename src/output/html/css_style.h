@@ -43,7 +43,8 @@ class Looks {
   Looks(const richtext::Document& document, bool font_faces);
 
   TextLook Of(const richtext::CharFormat& format) const;
-  // Black ink and white paper are the reader's own colours, however the document writes them.
+  // Ink that is black or nearly so and white paper are the reader's own colours, however the
+  // document writes them.
   std::optional<Rgb> Ink(int position) const;
   std::optional<Rgb> Paper(int position) const;
   // "Arial,sans-serif", ready for an attribute in double quotes.

@@ -42,9 +42,12 @@ DocumentParts PartsOf(const richtext::Document& document) {
   const richtext::PageSide side = heads.SideOf(1);
   parts.header = OnOnePage(heads.Header(side));
   parts.footer = OnOnePage(heads.Footer(side));
-  std::size_t count = document.blocks.size();
-  while (count > 0 && !richtext::Shows(document.blocks[count - 1])) --count;
-  parts.text = std::span(document.blocks).first(count);
+  // Empty paragraphs at the start stand for a margin of the page.
+  parts.text = document.blocks;
+  while (!parts.text.empty() && !richtext::Shows(parts.text.front()))
+    parts.text = parts.text.subspan(1);
+  while (!parts.text.empty() && !richtext::Shows(parts.text.back()))
+    parts.text = parts.text.first(parts.text.size() - 1);
   return parts;
 }
 

@@ -11,7 +11,7 @@ namespace tenora::html {
 struct DocumentParts {
   // The first page's, with 1 for page numbers and counts; empty where there is none.
   std::vector<richtext::Block> header, footer;
-  std::span<const richtext::Block> text;  // without the empty paragraphs at the end
+  std::span<const richtext::Block> text;  // without the empty paragraphs around it
 };
 
 // Points into the document.
