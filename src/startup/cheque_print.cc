@@ -131,6 +131,8 @@ bool PrintCheque(const CommandParts& parts) {
   const ScratchSweep sweep = session.SweepScratchFiles();
   frmLetter cheque(session);
   if (!BuildCheque(session, parameters, cheque)) return false;
+  if (!MayLeave(parts, cheque, {.name = parameters.payee, .code = {}}, "cheque", kLabel))
+    return false;
   return PrintOneLetter(parts, cheque, true, kLabel);
 }
 

@@ -1,18 +1,15 @@
 #include "startup/receipt_print.h"
 
 #include <algorithm>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "data/database.h"
 #include "letters/frm_letter.h"
-#include "letters/letter_check.h"
 #include "letters/template_library.h"
 #include "merge/merge_codes.h"
 #include "merge/replace_code.h"
 #include "platform/dialogs/guard.h"
-#include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
 #include "rental/tenant_lookups.h"
@@ -80,7 +77,6 @@ class ReceiptCommand {
   bool BuildLetter();
   bool LacksPayment();
   bool MergeLetter();
-  bool MayLeave();
   void TellOfLocalCopy();
   bool Print();
   bool Email();
@@ -107,7 +103,8 @@ bool ReceiptCommand::Run() {
   if (!BuildLetter()) return false;
   letter_.InsertPrompts();
   TellOfLocalCopy();
-  if (!MayLeave()) return false;
+  const Recipient recipient{letter_.members().RecipientName, parameters_.tenant_code};
+  if (!MayLeave(parts_, letter_, recipient, "receipt", kLabel)) return false;
 
   bool done = future_dates_inserted_;
   if (parameters_.to_printer) done = Print() && done;
@@ -192,29 +189,6 @@ bool ReceiptCommand::MergeLetter() {
   // Such a letter, with the code left in it, leaves only on a person's word.
   future_dates_inserted_ = outcome.future_dates_inserted;
   return outcome.receipt_number_issued;
-}
-
-// Warnings are told and wait for nobody; what holds the letter asks whoever is there. Nobody there
-// is a No: the letter is then neither printed, mailed nor saved.
-bool ReceiptCommand::MayLeave() {
-  const Recipient recipient{letter_.members().RecipientName, letter_.members().TenantCode};
-  std::string reasons;
-  const std::vector<LetterFinding> findings = letter_.Check();
-  for (const LetterFinding& finding : findings) {
-    const std::string text = FindingText(recipient, finding);
-    if (finding.weight == FindingWeight::kHold) {
-      reasons += text + ".\r\n";
-    } else {
-      parts_.errors << TerminalLine("Warning: " + text + ".") << std::endl;
-    }
-  }
-  if (!Holds(findings)) return true;
-  return dialogs_.Show({.text = "This receipt is not as it should be:\r\n\r\n" + reasons +
-                                "\r\nUse it anyway? Otherwise nothing is printed or sent.",
-                        .title = kLabel,
-                        .buttons = Buttons::kYesNo,
-                        .icon = Icon::kExclamation,
-                        .default_answer = Answer::kNo}) == Answer::kYes;
 }
 
 // The payments of a copy may be old ones: the box at the failing open names the files only.

@@ -157,6 +157,28 @@ TEST_F(ChequeCommand, RefusesAnAmountThatItWouldMisstateAndNamesIt) {
   EXPECT_THAT(PrintedText(), HasSubstr("Twelve Dollars"));
 }
 
+TEST_F(ChequeCommand, ThatIsNotAsItShouldBeDoesNotLeaveWithoutAWord) {
+  WriteFile(Home() / "Cheque/Misspelt.rtf", test::RtfDocument("Pay <<Payee Nmae>>"));
+  const struct {
+    const char* parameters;
+    const char* reason;
+  } cases[] = {
+      {R"(FORMAT="Trust" PAYEE="Close } brace")", "Payee Name: the value \"Close } brace\" does"},
+      {R"(FORMAT="Trust" PAYEE="J" DOLLARS="Do{lars")", "the value \"Five Do{lars and 00 Cents\""},
+      {R"(FORMAT="Misspelt" PAYEE="Jane")",
+       "Jane: Payee Nmae: the code \"<<Payee Nmae>>\" was not"},
+  };
+  for (const auto& c : cases) {
+    const std::string line = std::string(R"(PRINTCHEQUE="" VALUE="5" )") + c.parameters;
+    // Where nobody can answer the question, nothing leaves.
+    const test::ProcessResult held = Cheque(line);
+    EXPECT_EQ(held.status, 1);
+    EXPECT_THAT(held.errors, AllOf(HasSubstr("This cheque is not as"), HasSubstr(c.reason),
+                                   HasSubstr("nothing is printed or sent. [No]")));
+    EXPECT_THAT(Printed(), IsEmpty());
+  }
+}
+
 TEST_F(ChequeCommand, NamesTheTemplateThatCannotBeLoaded) {
   for (const auto& [format, message] :
        {std::pair("None", "53 - File not found"), {"../Templates/Receipt", "75 - "}}) {
