@@ -4,6 +4,7 @@
 #include <set>
 
 #include "letters/nearest_name.h"
+#include "platform/runtime/file_lookup.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -45,17 +46,20 @@ Rows Matches(const std::string& asked, std::span<const RecipientRow> rows) {
       [](const RecipientRow& row, const std::string& text) { return row.key == text; },
       [](const RecipientRow& row, const std::string& text) { return row.text == text; },
       [](const RecipientRow& row, const std::string& text) { return row.recipient.name == text; },
-      [](const RecipientRow& row, const std::string& text) {
-        return EqualsNoCase(row.key, text) || EqualsNoCase(row.text, text) ||
-               EqualsNoCase(row.recipient.name, text);
-      },
   };
   Rows found;
   for (const Test test : kTests) {
     for (const RecipientRow& row : rows) {
       if (test(row, asked)) found.push_back(&row);
     }
-    if (!found.empty()) break;
+    if (!found.empty()) return found;
+  }
+  const std::string wanted = FoldedName(asked);
+  for (const RecipientRow& row : rows) {
+    if (FoldedName(row.key) == wanted || FoldedName(row.text) == wanted ||
+        FoldedName(row.recipient.name) == wanted) {
+      found.push_back(&row);
+    }
   }
   return found;
 }

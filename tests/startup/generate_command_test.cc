@@ -89,6 +89,7 @@ TEST_F(Generate, ChoosesRecipientsByNameOrCodeAndSaysWhoMayBeMeant) {
     const char* said;
   } cases[] = {
       {{"--recipient", "T00003", "--recipient", "mei huang"}, 0, "2 of 2 letters saved."},
+      {{"--recipient", "élodie EVANS-PIKE"}, 0, "1 of 1 letter saved."},
       {{"--recipient", "Tama O'Brien", "--recipient", "T00005"}, 0, "1 of 1 letter saved."},
       {{"--recipient", "Tama O'Brien", "--closed"}, 1, "may mean 2 recipients; name one by its"},
       {{"--recipient", "T00006"},
@@ -115,7 +116,7 @@ TEST_F(Generate, ChoosesRecipientsByNameOrCodeAndSaysWhoMayBeMeant) {
     EXPECT_THAT(result.errors, HasSubstr(call.said));
   }
   EXPECT_THAT(Letter("Smith-Jones, flat 2-rear `Red`/Note.rtf"), HasSubstr("(T00003)"));
-  EXPECT_EQ(Letters(), 3U);
+  EXPECT_EQ(Letters(), 4U);
   EXPECT_THAT(Make({"--list", "--search", "mei"}).output, "Mei Huang (PR00018)\n");
   EXPECT_THAT(Make({"--list", "--owners"}).output, HasSubstr("Rimu-Kauri Trust\n"));
 }
