@@ -12,27 +12,8 @@ import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "support"))
 import screen
+from mail_server import MailServer
 from screen import MAIN, wait_for
-
-
-class MailServer:
-    """smtp_server.py on a free port of loopback."""
-
-    def __init__(self, folder):
-        self.folder = folder
-        folder.mkdir()
-        self.process = subprocess.Popen(
-            [sys.executable, screen.SOURCE / "tests/support/smtp_server.py", folder, "plain"],
-            stdin=subprocess.PIPE)
-        wait_for("the mail server", (folder / "port").exists)
-        port = int((folder / "port").read_text())
-        self.stored_port = port - 65536 if port > 32767 else port  # the column has 16 bits
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.process.communicate()
 
 
 class Windows(unittest.TestCase):
