@@ -1,5 +1,6 @@
-// Prints one RTF file to a PDF as a letter window would, with the margins of TENORA_SETTINGS.
-// scripts/compare_with_office.py drives it: print_letter FILE.rtf FILE.pdf
+// Prints one RTF file to a PDF as a letter window would, with the margins of TENORA_SETTINGS. A
+// letter that names no margins gets those that LibreOffice gives it: without them the pages could
+// not be compared. scripts/compare_with_office.py drives it: print_letter FILE.rtf FILE.pdf
 #include <iostream>
 
 #include "data/program.h"
@@ -13,6 +14,18 @@
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
+
+namespace {
+
+constexpr int kOfficeMargin = 1440;  // twips
+
+void GiveMargins(tenora::RichTextBox* letter) {
+  const tenora::richtext::PageSetup& page = letter->Document().page;
+  if (page.left != 0 || page.right != 0 || page.top != 0 || page.bottom != 0) return;
+  letter->SetMargins(kOfficeMargin, kOfficeMargin, kOfficeMargin, kOfficeMargin);
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   using namespace tenora;
@@ -29,6 +42,7 @@ int main(int argc, char** argv) {
     Settings settings(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
     RichTextBox letter;
     letter.LoadFile(argv[1]);
+    GiveMargins(&letter);
     WriteWholeFile(argv[2], MakeLetterPdf(letter, "letter", settings));
     return 0;
   } catch (...) {
