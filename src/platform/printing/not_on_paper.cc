@@ -43,6 +43,12 @@ std::string PaperFinder::NotShown(const richtext::Run& run) {
     return std::string(NotDrawn(**picture));
   const auto* verbatim = std::get_if<VerbatimPointer>(&run.object);
   if (verbatim == nullptr) return {};
+  for (const auto& figure : (*verbatim)->figures) {
+    if (!figure->picture) continue;
+    if (const std::string_view words = NotDrawn(*figure->picture); !words.empty())
+      return std::string(words);
+  }
+  if (!(*verbatim)->figures.empty()) return {};
   if ((*verbatim)->shown_picture) return std::string(NotDrawn(*(*verbatim)->shown_picture));
   return std::string((*verbatim)->shown_text.empty() ? WordsFor((*verbatim)->source) : "");
 }

@@ -115,15 +115,21 @@ struct Picture {
   std::string source;
 };
 
-// Where a shape is on the page, in twips; `left` to `bottom` are relative to what the other two
-// name.
+// Where a shape is on the page, in twips; `left` to `bottom` are relative to what `x_from` and
+// `y_from` name.
 struct ShapeBox {
-  enum class From { kText, kMargin, kPage };  // kText: the column, or the paragraph's top
+  enum class From { kText, kMargin, kPage };           // kText: the column, or the paragraph's top
+  enum class Align { kAsSet, kStart, kCentre, kEnd };  // other than kAsSet: in that part of it
   enum class Wrap { kNone, kAboveAndBelow, kAround };
   int left = 0, top = 0, right = 0, bottom = 0;
   From x_from = From::kText, y_from = From::kText;
+  Align x_align = Align::kAsSet, y_align = Align::kAsSet;
   Wrap wrap = Wrap::kAround;  // what the text does
+  bool behind = false;        // the text
+  bool in_line = false;       // it stands in its line as a letter does
 };
+
+struct Figure;
 
 // Anything the editor cannot edit (an embedded object, a drawing, a footnote, a field without a
 // result): carried through verbatim. `shown` is what a reader sees in its place: an object's
@@ -132,7 +138,8 @@ struct Verbatim {
   std::string source;
   std::string shown_text;
   std::shared_ptr<const Picture> shown_picture;
-  std::optional<ShapeBox> shape;  // of a shape with a box of its own
+  std::optional<ShapeBox> shape;                       // of a drawing
+  std::vector<std::shared_ptr<const Figure>> figures;  // of a drawing, the undermost first
 };
 
 // A field (a hyperlink, a word processor's merge field) whose result is in the text as ordinary
@@ -200,6 +207,20 @@ struct Row {
 
 struct Table {
   std::vector<Row> rows;
+};
+
+// A part of a drawing that is seen. Twips; the place is relative to the drawing's left top corner.
+struct Figure {
+  enum class Kind { kRectangle, kRounded, kEllipse, kLine };
+  Kind kind = Kind::kRectangle;
+  int left = 0, top = 0, right = 0, bottom = 0;
+  bool rising = false;         // a line from the left bottom corner to the right top one
+  std::optional<Colour> fill;  // not drawn without
+  std::optional<Colour> line;  // not drawn without
+  int line_width = 0;
+  Padding inset{0, 0, 0, 0};  // between the edges and the text
+  std::shared_ptr<const Picture> picture;
+  std::vector<Block> blocks;  // of a text box; its height grows with them
 };
 
 // A group of the head that is carried through verbatim: a header or footer, document variables,

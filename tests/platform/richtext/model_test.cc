@@ -205,6 +205,83 @@ TEST(RtfReader, ShowsWhatObjectsShow) {
   EXPECT_EQ(std::get<std::shared_ptr<const Verbatim>>(runs[1].object)->shown_text, "Box");
 }
 
+// One figure as "kind left,top,right,bottom fill line text".
+std::string Described(const richtext::Figure& figure) {
+  const char* const kinds[] = {"rectangle", "rounded", "ellipse", "line"};
+  const auto colour = [](const std::optional<richtext::Colour>& one) {
+    if (!one) return std::string("-");
+    return std::to_string(one->red) + "/" + std::to_string(one->green) + "/" +
+           std::to_string(one->blue);
+  };
+  std::string text = kinds[static_cast<int>(figure.kind)];
+  for (const int edge : {figure.left, figure.top, figure.right, figure.bottom})
+    text += " " + std::to_string(edge);
+  return text + " " + colour(figure.fill) + " " + colour(figure.line) + " " +
+         PlainText(figure.blocks) + (figure.picture ? "[picture]" : "");
+}
+
+TEST(RtfReader, TakesTheFiguresOutOfDrawings) {
+  const std::string place = "\\shpleft100\\shptop200\\shpright1100\\shpbottom700";
+  const auto shape = [&](int type, const std::string& more) {
+    return "{\\shp{\\*\\shpinst" + place + "{\\sp{\\sn shapeType}{\\sv " + std::to_string(type) +
+           "}}" + more + "}{\\shprslt{\\*\\do\\dptxbx{\\dptxbxtext copy\\par}}}}";
+  };
+  const auto member = [](int left, int right, const std::string& more) {
+    return "{\\shp{\\*\\shpinst{\\sp{\\sn shapeType}{\\sv 1}}{\\sp{\\sn relLeft}{\\sv " +
+           std::to_string(left) + "}}{\\sp{\\sn relRight}{\\sv " + std::to_string(right) +
+           "}}{\\sp{\\sn relBottom}{\\sv 50}}" + more + "}}";
+  };
+  const struct {
+    std::string source;
+    std::vector<std::string> figures;
+  } cases[] = {
+      {shape(202, "{\\sp{\\sn fillColor}{\\sv 255}}{\\shptxt box\\par}"),
+       {"rectangle 0 0 1000 500 255/0/0 0/0/0 box"}},
+      {shape(3, "{\\sp{\\sn fFilled}{\\sv 0}}{\\sp{\\sn lineColor}{\\sv 16711680}}"),
+       {"ellipse 0 0 1000 500 - 0/0/255 "}},
+      {shape(20, ""), {"line 0 0 1000 500 - 0/0/0 "}},
+      {shape(75, "{\\sp{\\sn pib}{\\sv{\\pict\\pngblip 89}}}"),
+       {"rectangle 0 0 1000 500 - - [picture]"}},
+      {shape(2, "{\\sp{\\sn fHidden}{\\sv 1}}"), {}},
+      // Lettering, and kinds that are not known, show nothing without a text.
+      {shape(136, "{\\sp{\\sn fFilled}{\\sv 1}}"), {}},
+      {shape(13, ""), {}},
+      {"{\\shpgrp{\\*\\shpinst" + place +
+           "{\\sp{\\sn groupRight}{\\sv 200}}{\\sp{\\sn groupBottom}{\\sv 100}}" +
+           member(0, 100, "{\\shptxt a\\par}") + member(100, 200, "") + "}}",
+       {"rectangle 0 0 500 250 255/255/255 0/0/0 a",
+        "rectangle 500 0 1000 250 255/255/255 0/0/0 "}},
+      {"{\\*\\do\\dobxpage\\dptxbx\\dptxbxmar40{\\dptxbxtext old\\par}\\dpx10\\dpy20\\dpxsize300"
+       "\\dpysize400\\dpfillbgcr255\\dpfillpat1\\dplinehollow\\dpline\\dpptx0\\dppty100\\dpptx100"
+       "\\dppty0\\dpx10\\dpy20\\dpxsize100\\dpysize100}",
+       {"rectangle 0 0 300 400 255/0/0 - old", "line 0 0 100 100 - 0/0/0 "}},
+  };
+  for (const auto& c : cases) {
+    for (const std::string& source : {Letter(c.source), Canonical(Letter(c.source))}) {
+      const Document document = ReadRtf(source);
+      const richtext::Run& run = std::get<Paragraph>(document.blocks.at(0)).runs.at(0);
+      std::vector<std::string> found;
+      for (const auto& figure : std::get<std::shared_ptr<const Verbatim>>(run.object)->figures)
+        found.push_back(Described(*figure));
+      EXPECT_EQ(found, c.figures) << source;
+    }
+  }
+}
+
+// A box's fonts and colours are those of the letter, also after its tables are put in order.
+TEST(RtfReader, NumbersTheTextInBoxesAsTheLetter) {
+  const Document document = ReadRtf(
+      "{\\rtf1{\\fonttbl{\\f0 Unused;}{\\f7 Arial;}}{\\colortbl;\\red9;\\red255;}"
+      "{\\shp{\\*\\shpinst{\\sp{\\sn shapeType}{\\sv 202}}{\\shptxt\\f7\\cf2 box\\par}}}}");
+  const auto& object = std::get<std::shared_ptr<const Verbatim>>(
+      std::get<Paragraph>(document.blocks.at(0)).runs.at(0).object);
+  ASSERT_EQ(object->figures.size(), 1U);
+  const richtext::CharFormat& format =
+      std::get<Paragraph>(object->figures[0]->blocks.at(0)).runs.at(0).format;
+  EXPECT_EQ(document.fonts.at(static_cast<std::size_t>(format.font)).name, "Arial");
+  EXPECT_EQ(document.colours.at(static_cast<std::size_t>(format.colour)).red, 255);
+}
+
 TEST(RtfReader, KeepsAFieldsResultAsText) {
   const Document document =
       ReadRtf(Letter("see {\\field\\fldlock{\\*\\fldinst {\\b HYPER}{\\i LINK \"a\"}}{\\fldrslt "

@@ -7,13 +7,15 @@
 
 namespace tenora::printing {
 BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks,
-                         double width, int position, int depth, Ending ending)
+                         double width, int position, int depth, Ending ending,
+                         std::optional<QPointF> origin)
     : context_(context),
       blocks_(blocks),
       width_(width),
       position_(position),
       depth_(depth),
-      visible_blocks_(blocks.size()) {
+      visible_blocks_(blocks.size()),
+      taken_(origin) {
   if (ending == Ending::kWhole) return;
   while (visible_blocks_ > 0 && !richtext::Shows(blocks_[visible_blocks_ - 1])) --visible_blocks_;
 }
@@ -47,7 +49,28 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   place.last_visible = depth_ == 0 && block_ + 1 == visible_blocks_;
   position_ += Length(paragraph);
   ++block_;
-  return LayOutParagraph(context_, paragraph, place);
+  if (paragraph.format.page_break_before) StartPage();
+  place.y = y_ + (place.joins_above ? 0 : paragraph.format.space_before);
+  place.taken = &taken_;
+  BlockStrips lines = LayOutParagraph(context_, paragraph, place);
+  Pass(lines.strips);
+  return lines;
+}
+
+// What floated on the page before is not on this one.
+void BlockLayout::StartPage() {
+  taken_.Clear();
+  y_ = 0;
+}
+
+// Goes on below the strips.
+void BlockLayout::Pass(const Strips& strips) {
+  for (const auto& strip : strips) {
+    if (strip->page_break_before) StartPage();
+    const QPointF corner(0, y_ + strip->space_before);
+    y_ = taken_.FreeBelow(*strip, corner) + strip->height + strip->space_after;
+    if (y_ > context_.page_height) StartPage();
+  }
 }
 
 std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
@@ -68,6 +91,7 @@ std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
     if (header_open_) header_->push_back(rows.strips[i]);
     position_ += Length(table.rows[row_]);
   }
+  Pass(rows.strips);
   if (!header_open_ && !header_->empty()) rows.header = header_;
   return rows;
 }

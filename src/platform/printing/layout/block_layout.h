@@ -1,11 +1,13 @@
 // Lays out the blocks of a document or of a table's cell one after another, on demand.
 #pragma once
 
+#include <QPointF>
 #include <optional>
 #include <vector>
 
 #include "platform/printing/layout/paragraph_layout.h"
 #include "platform/printing/layout/strip.h"
+#include "platform/printing/layout/taken_areas.h"
 #include "platform/richtext/document.h"
 #include "platform/richtext/list_counter.h"
 
@@ -17,8 +19,9 @@ class BlockLayout {
   enum class Ending { kVisible, kWhole };
 
   // `position` is that of the first block's first character; `depth` counts the tables around.
+  // `origin` is the paper's point where the first block begins, and each after a page break.
   BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks, double width,
-              int position, int depth, Ending ending);
+              int position, int depth, Ending ending, std::optional<QPointF> origin = std::nullopt);
 
   // The next paragraph or table rows; none at the end, or where nothing that follows is visible.
   std::optional<BlockStrips> Next();
@@ -26,6 +29,8 @@ class BlockLayout {
  private:
   BlockStrips NextParagraph(const richtext::Paragraph& paragraph);
   std::optional<BlockStrips> NextRows(const richtext::Table& table);
+  void StartPage();
+  void Pass(const Strips& strips);
   const richtext::ParagraphFormat* FormatOf(std::size_t block) const;
   bool FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const;
 
@@ -38,6 +43,8 @@ class BlockLayout {
   std::shared_ptr<Strips> header_;
   bool header_open_ = false;  // the table's rows so far are all header rows
   richtext::ListCounter numbers_;
+  double y_ = 0;  // of the next block, where no page ends before it
+  TakenAreas taken_;
 };
 
 }  // namespace tenora::printing

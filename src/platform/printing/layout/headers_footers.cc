@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "platform/printing/layout/block_layout.h"
+#include "platform/printing/layout/placed_strips.h"
+#include "platform/printing/layout/taken_areas.h"
 
 namespace tenora::printing {
 namespace {
@@ -22,7 +24,6 @@ std::size_t Index(PageSide side) { return static_cast<std::size_t>(side); }
 
 HeadersAndFooters::HeadersAndFooters(const LayoutContext& context, const PageArea& area)
     : context_(context), area_(area), which_(richtext::PageHeadsOf(context.document)) {
-  context_.in_header = true;
   context_.page_height = kMostShare * area.paper_height;
   const double most = context_.page_height;
   const auto distance = [&](std::string_view word) {
@@ -58,11 +59,11 @@ void HeadersAndFooters::LayOut(Head* head, const richtext::PageNumbers& numbers)
   BlockLayout layout(context_, fields ? head->filled : *head->blocks, area_.width(), 0, 0,
                      BlockLayout::Ending::kWhole);
   while (auto block = layout.Next()) {
-    for (auto& strip : block->strips) {
-      head->height += strip->space_before + strip->height + strip->space_after;
-      head->strips.push_back(std::move(strip));
-    }
+    for (auto& strip : block->strips) head->strips.push_back(std::move(strip));
   }
+  MakeRoom(&head->strips);
+  for (const auto& strip : head->strips)
+    head->height += strip->space_before + strip->height + strip->space_after;
 }
 
 HeadersAndFooters::Body HeadersAndFooters::BodyWith(PageSide side) const {
@@ -116,11 +117,13 @@ void HeadersAndFooters::Draw(QPainter& painter, const Head& head) const {
   painter.translate(area_.left * (1 - scale), top * (1 - scale));
   painter.scale(scale, scale);
   double y = top;
+  PlacedStrips strips;
   for (const auto& strip : head.strips) {
     y += strip->space_before;
-    strip->Draw(painter, QPointF(area_.left, y));
+    strips.Add(strip, QPointF(area_.left, y));
     y += strip->height + strip->space_after;
   }
+  strips.Draw(painter);
   painter.restore();
 }
 

@@ -37,8 +37,7 @@ struct LayoutContext {
 
   const richtext::Document& document;
   PageArea area;
-  double page_height;      // twips; nothing undividable is made taller
-  bool in_header = false;  // or in a footer
+  double page_height;  // twips; nothing undividable is made taller
   std::shared_ptr<Fonts> fonts;
   Pictures& pictures;
 };

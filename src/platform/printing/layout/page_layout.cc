@@ -13,6 +13,9 @@ constexpr double kHeaderShare = 0.5;
 
 // Scales down what is taller than a page and cannot be divided, so that all of it is visible.
 void DrawSmaller(QPainter& painter, const Strip& strip, QPointF corner, double available_height) {
+  std::vector<PlacedFloating> floating;
+  strip.CollectFloating(corner, &floating);
+  for (const PlacedFloating& one : floating) one.floating->content->Draw(painter, one.corner);
   painter.save();
   painter.translate(corner);
   const double scale = available_height / strip.height;
@@ -51,12 +54,14 @@ void PageLayout::FillPage(QPainter* painter, int to) {
   double y = 0;
   bool page_empty = true;
   space_after_ = 0;
+  taken_.Clear();
   if (Load(1)) y = DrawRepeatedHeader(painter);
   while (Load(1)) {
     const Strip& strip = *pending_.front().block.strips.front();
     if (to >= 0 && strip.begin >= to) break;
     if (!DrawNext(painter, y, page_empty)) break;
   }
+  if (painter != nullptr) placed_.Draw(*painter);
   next_ = Load(1) ? pending_.front().block.strips.front()->begin : length_;
 }
 
@@ -70,7 +75,8 @@ int PageLayout::CountPages() {
 void PageLayout::Restart() {
   pending_.clear();
   blocks_ = std::make_unique<BlockLayout>(context_, context_.document.blocks, area_.width(), 0, 0,
-                                          BlockLayout::Ending::kVisible);
+                                          BlockLayout::Ending::kVisible,
+                                          QPointF(area_.left, headers_and_footers_.BodyOf(1).top));
   next_ = page_ = 0;
 }
 
@@ -128,7 +134,7 @@ bool PageLayout::WantsNextPage(double available_height) {
   return needed > available_height + kSlack && needed <= next_height;
 }
 
-double PageLayout::DrawRepeatedHeader(QPainter* painter) const {
+double PageLayout::DrawRepeatedHeader(QPainter* painter) {
   const Pending& front = pending_.front();
   if (!front.block.header) return 0;
   const Strips& header = *front.block.header;
@@ -138,7 +144,7 @@ double PageLayout::DrawRepeatedHeader(QPainter* painter) const {
   if (total > height_ * kHeaderShare) return 0;
   double y = 0;
   for (const auto& strip : header) {
-    if (painter != nullptr) strip->Draw(*painter, corner_ + QPointF(0, y));
+    if (painter != nullptr) placed_.Add(strip, corner_ + QPointF(0, y));
     y += strip->height;
   }
   return y;
@@ -152,10 +158,18 @@ bool PageLayout::DrawNext(QPainter* painter, double& y, bool& page_empty) {
   const bool together = front.block.keep_together || front.block.keep_with_next;
   if (!page_empty && together && !front.started && WantsNextPage(height_ - y)) return false;
 
-  const double top = page_empty ? y : y + space_after_ + strip->space_before;
+  double top = page_empty ? y : y + space_after_ + strip->space_before;
+  const double unmoved = top;
+  for (const Floating& one : strip->floating) taken_.Add(one, corner_ + QPointF(0, top));
+  const double free = taken_.FreeBelow(*strip, corner_ + QPointF(0, top)) - corner_.y();
+  // Where no page has room below what floats in the strip itself, it stays over or under that.
+  if (!page_empty || free + strip->height <= height_ + kSlack) {
+    strip->MoveBelowFloating(free - top);
+    top = free;
+  }
   const double available_height = height_ - top;
   if (strip->height <= available_height + kSlack) {
-    if (painter != nullptr) strip->Draw(*painter, corner_ + QPointF(0, top));
+    if (painter != nullptr) placed_.Add(strip, corner_ + QPointF(0, top));
     y = top + strip->height;
     space_after_ = strip->space_after;
     page_empty = false;
@@ -165,11 +179,14 @@ bool PageLayout::DrawNext(QPainter* painter, double& y, bool& page_empty) {
   if (page_empty || strip->height > height_ * kWholeRowShare) {
     pending_.front().started = true;
     if (const auto part = strip->TakeTop(available_height)) {
-      if (painter != nullptr) part->Draw(*painter, corner_ + QPointF(0, top));
+      if (painter != nullptr) placed_.Add(part, corner_ + QPointF(0, top));
       return false;
     }
   }
-  if (!page_empty) return false;
+  if (!page_empty) {
+    strip->MoveBelowFloating(unmoved - top);
+    return false;
+  }
   if (painter != nullptr)
     DrawSmaller(*painter, *strip, corner_ + QPointF(0, top), available_height);
   DropStrip();

@@ -10,6 +10,8 @@
 #include "platform/printing/layout/headers_footers.h"
 #include "platform/printing/layout/layout_context.h"
 #include "platform/printing/layout/paragraph_layout.h"
+#include "platform/printing/layout/placed_strips.h"
+#include "platform/printing/layout/taken_areas.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
@@ -41,7 +43,7 @@ class PageLayout {
   void FillPage(QPainter* painter, int to);
   bool Load(std::size_t count);  // false when fewer blocks remain
   bool WantsNextPage(double available_height);
-  double DrawRepeatedHeader(QPainter* painter) const;
+  double DrawRepeatedHeader(QPainter* painter);
   // Draws the next strip at y, or a part of it; false when the page is full.
   bool DrawNext(QPainter* painter, double& y, bool& page_empty);
   void DropStrip();
@@ -55,10 +57,12 @@ class PageLayout {
   std::deque<Pending> pending_;
   double space_after_ = 0;  // of the last strip drawn
   int next_ = 0;
-  int page_ = 0;        // the page last begun, 1 the first
-  QPointF corner_;      // of its text
-  double height_ = 0;   // for its text
-  int page_count_ = 0;  // 0 until counted
+  int page_ = 0;                 // the page last begun, 1 the first
+  QPointF corner_;               // of its text
+  double height_ = 0;            // for its text
+  int page_count_ = 0;           // 0 until counted
+  TakenAreas taken_{QPointF()};  // of the page
+  PlacedStrips placed_;
 };
 
 }  // namespace tenora::printing

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/printing/document_length.h"
+#include "platform/printing/layout/shape_layout.h"
 #include "platform/printing/symbol_fonts.h"
 #include "platform/richtext/list_mark.h"
 
@@ -68,9 +69,7 @@ class ItemCollector {
  private:
   void CollectListMark();
   void CollectRun(const richtext::Run& run);
-  bool Floats(const richtext::Run& run, const richtext::Verbatim& object) const;
-  FloatingPicture PlaceFloating(const richtext::Picture& picture,
-                                const richtext::ShapeBox& box) const;
+  bool CollectFloating(const richtext::Run& run);
   void CollectShown(const CharFormat& format, std::string_view text, bool last);
   void CollectText(const CharFormat& format, std::string_view utf8, bool one_position);
   void Append(const CharFormat& format, const QString& source, int position, bool one_position);
@@ -113,23 +112,20 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
     return;
   }
   std::shared_ptr<const richtext::Picture> picture;
-  const richtext::ShapeBox* floats_in = nullptr;
   if (const auto* own = std::get_if<std::shared_ptr<const richtext::Picture>>(&run.object)) {
     picture = *own;
   } else if (const auto& verbatim =
                  std::get<std::shared_ptr<const richtext::Verbatim>>(run.object)) {
     picture = verbatim->shown_picture;
-    if (Floats(run, *verbatim)) floats_in = &*verbatim->shape;
-    if (!picture && !run.format.hidden) {
+    if (CollectFloating(run)) {
+      picture.reset();
+    } else if (!picture && !run.format.hidden) {
       const bool field = verbatim->source.starts_with("{\\field");
       if (field) CollectText(run.format, verbatim->shown_text, true);
       if (!field) CollectShown(run.format, verbatim->shown_text, &run == &paragraph_.runs.back());
     }
   }
-  if (picture && floats_in != nullptr && !run.format.hidden) {
-    CloseText();
-    items_.emplace_back(FloatItem{PlaceFloating(*picture, *floats_in)});
-  } else if (picture && !run.format.hidden) {
+  if (picture && !run.format.hidden) {
     CloseText();
     items_.emplace_back(PictureItem{
         context_.pictures.Place(*picture, place_.right - place_.left, context_.page_height),
@@ -138,26 +134,24 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
   ++position_;
 }
 
-// Text is not wrapped around pictures: in a letter's text they are placed inline. In headers they
-// float, since a header's text and logo are designed not to overlap.
-bool ItemCollector::Floats(const richtext::Run& run, const richtext::Verbatim& object) const {
-  using Wrap = richtext::ShapeBox::Wrap;
-  if (!object.shape || object.shape->right <= object.shape->left) return false;
-  if (run.field && run.field->instruction.find("SHAPE") != std::string::npos) return false;
-  const Wrap wrap = object.shape->wrap;
-  return wrap == Wrap::kNone || (wrap == Wrap::kAround && context_.in_header);
-}
-
-FloatingPicture ItemCollector::PlaceFloating(const richtext::Picture& picture,
-                                             const richtext::ShapeBox& box) const {
-  using From = richtext::ShapeBox::From;
-  const PageArea& area = context_.area;
-  FloatingPicture floating;
-  floating.picture = context_.pictures.Place(picture, area.paper_width, area.paper_height);
-  floating.x = box.left - (box.x_from == From::kPage ? area.left : 0);
-  floating.on_paper = box.y_from != From::kText;
-  floating.y = box.top + (box.y_from == From::kMargin ? area.top : 0);
-  return floating;
+// False for what stands in the text.
+bool ItemCollector::CollectFloating(const richtext::Run& run) {
+  const auto& object = *std::get<std::shared_ptr<const richtext::Verbatim>>(run.object);
+  if (!IsShown(object)) return false;
+  const bool in_line = object.shape->in_line ||
+                       (run.field && run.field->instruction.find("SHAPE") != std::string::npos);
+  if (in_line && object.shown_picture) return false;
+  if (run.format.hidden) return true;
+  CloseText();
+  Floating floating = LayOutShape(context_, object, place_.width);
+  if (in_line) {
+    floating.x = place_.left;
+    floating.y = 0;
+    floating.x_on_paper = floating.y_on_paper = false;
+    floating.wrap = richtext::ShapeBox::Wrap::kAboveAndBelow;
+  }
+  items_.emplace_back(FloatItem{std::move(floating)});
+  return true;
 }
 
 // A text box's text is followed by a line break: it is no part of the text it is anchored in.

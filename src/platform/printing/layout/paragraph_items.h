@@ -25,7 +25,7 @@ struct PictureItem {
   int position = 0;
 };
 struct FloatItem {
-  FloatingPicture picture;
+  Floating floating;  // on a strip at the paragraph's top
 };
 struct BreakItem {
   const richtext::CharFormat* format = nullptr;
@@ -38,6 +38,7 @@ struct ItemPlace {
   int position = 0;            // of the paragraph's first character
   int number = 1;              // in its list
   double left = 0, right = 0;  // the indents, twips from the left edge of the text area
+  double width = 0;            // of the text area
 };
 
 // A list's mark takes no position in the document; hidden text takes positions but no width.

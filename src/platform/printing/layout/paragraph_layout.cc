@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/paragraph_items.h"
@@ -45,14 +46,19 @@ class ParagraphLayout {
         paragraph_(paragraph),
         format_(paragraph.format),
         place_(place),
-        left_(format_.left_indent),
-        right_(std::max(place.width - format_.right_indent, left_ + kNarrowest)) {}
+        widest_left_(format_.left_indent),
+        widest_right_(std::max(place.width - format_.right_indent, widest_left_ + kNarrowest)),
+        left_(widest_left_),
+        right_(widest_right_),
+        y_(place.y) {}
 
   BlockStrips LayOut();
 
  private:
   bool StartsAtDecimalTab() const;
   void CloseFrame();
+  void TakeAreas();
+  Strip& AnchorLine();
   void StartLine();
   void EndLine(int end);
   void Place(TextItem& item);
@@ -78,7 +84,9 @@ class ParagraphLayout {
   const richtext::Paragraph& paragraph_;
   const richtext::ParagraphFormat& format_;
   const ParagraphPlace& place_;
-  double left_, right_;
+  double widest_left_, widest_right_;
+  double left_, right_;  // of the line
+  double y_;             // its top
 
   std::vector<ParagraphItem> items_;
   int position_ = 0;
@@ -93,9 +101,11 @@ class ParagraphLayout {
 };
 
 BlockStrips ParagraphLayout::LayOut() {
-  items_ = CollectItems(context_, paragraph_, {place_.position, place_.number, left_, right_});
+  items_ = CollectItems(context_, paragraph_,
+                        {place_.position, place_.number, left_, right_, place_.width});
   if (StartsAtDecimalTab())
     items_.insert(items_.begin(), TabItem{&paragraph_.runs.front().format, place_.position, {}});
+  TakeAreas();
   frame_ = MakeFrame();
   page_break_ = format_.page_break_before;
   position_ = place_.position;
@@ -110,7 +120,7 @@ BlockStrips ParagraphLayout::LayOut() {
       Place(*picture);
     } else if (auto* floating = std::get_if<FloatItem>(&item)) {
       if (!line_) StartLine();
-      line_->floating.push_back(std::move(floating->picture));
+      AnchorLine().floating.push_back(std::move(floating->floating));
     } else {
       Place(std::get<BreakItem>(item), i + 1 == items_.size());
     }
@@ -161,12 +171,34 @@ void ParagraphLayout::CloseFrame() {
   if (last.last_of_paragraph) last.height += room(frame_->bottom_edge);
 }
 
+// Lines stand beside what floats in the paragraph even if that is anchored further down in it.
+void ParagraphLayout::TakeAreas() {
+  if (place_.taken == nullptr) return;
+  for (const ParagraphItem& item : items_) {
+    const auto* const one = std::get_if<FloatItem>(&item);
+    if (one != nullptr) place_.taken->Add(one->floating, QPointF(0, y_));
+  }
+}
+
+// The first line of the paragraph on its page: what is anchored in the paragraph counts from there.
+Strip& ParagraphLayout::AnchorLine() {
+  if (line_->page_break_before || lines_.empty()) return *line_;
+  for (auto line = lines_.rbegin(); line != lines_.rend(); ++line) {
+    if ((*line)->page_break_before) return **line;
+  }
+  return *lines_.front();
+}
+
 void ParagraphLayout::StartLine() {
   line_ = std::make_shared<TextLine>(context_.fonts);
   line_->begin = position_;
   line_->page_break_before = page_break_;
   line_->frame = frame_;
   page_break_ = false;
+  if (place_.taken != nullptr) {
+    const double height = context_.fonts->Use(paragraph_.mark).size;
+    std::tie(left_, right_) = place_.taken->Beside(widest_left_, widest_right_, y_, height);
+  }
   x_ = left_ + (lines_.empty() ? format_.first_indent : 0);
   content_end_ = x_;
   ascent_ = descent_ = leading_ = 0;
@@ -188,8 +220,20 @@ void ParagraphLayout::EndLine(int end) {
   for (const TabStop& tab : format_.tabs) {
     if (tab.kind == TabStop::Kind::kBar) line_->bars.push_back(tab.position);
   }
+  const double unaligned_start = line_->pieces.empty() ? 0 : line_->pieces.front().x;
   if (!justified_) Align();
   if (format_.right_to_left) Mirror();
+  if (!line_->pieces.empty()) {
+    const double first = line_->pieces.front().x;
+    const bool whole = justified_ || format_.right_to_left;
+    line_->ink_left = whole ? left_ : first;
+    line_->ink_right = whole ? right_ : first + content_end_ - unaligned_start;
+  }
+  if (frame_) {
+    line_->ink_left = frame_->left;
+    line_->ink_right = frame_->right;
+  }
+  if (place_.taken != nullptr) y_ = place_.taken->FreeBelow(*line_, QPointF(0, y_)) + line_->height;
   line_->end = end;
   position_ = end;
   lines_.push_back(std::move(line_));
@@ -280,7 +324,8 @@ void ParagraphLayout::Place(PictureItem& item) {
 
 void ParagraphLayout::Place(const BreakItem& item, bool last) {
   const int end = item.position + 1;
-  const bool nothing_above = item.page && (!line_ || line_->pieces.empty()) && lines_.empty();
+  const bool line_empty = !line_ || (line_->pieces.empty() && line_->floating.empty());
+  const bool nothing_above = item.page && line_empty && lines_.empty();
   if (nothing_above) {
     line_.reset();
   } else {

@@ -3,6 +3,7 @@
 
 #include "platform/printing/layout/layout_context.h"
 #include "platform/printing/layout/strip.h"
+#include "platform/printing/layout/taken_areas.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::printing {
@@ -18,6 +19,10 @@ struct ParagraphPlace {
   double space_below = 0;  // to the neighbour in the same frame
   // Nothing visible follows: a page break at the paragraph's end adds no page.
   bool last_visible = false;
+  // The paragraph's first line begins at this height, and what floats in it is added; null where
+  // nothing may float.
+  double y = 0;
+  TakenAreas* taken = nullptr;
 };
 
 BlockStrips LayOutParagraph(LayoutContext& context, const richtext::Paragraph& paragraph,

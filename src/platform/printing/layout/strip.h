@@ -8,7 +8,15 @@
 #include <memory>
 #include <vector>
 
+#include "platform/printing/layout/floating.h"
+
 namespace tenora::printing {
+
+// Something that floats, in its place: the left top corner.
+struct PlacedFloating {
+  const Floating* floating = nullptr;
+  QPointF corner;
+};
 
 class Strip {
  public:
@@ -19,11 +27,24 @@ class Strip {
   // divided there.
   virtual std::shared_ptr<Strip> TakeTop(double /*available_height*/) { return nullptr; }
 
+  // Adds what floats in the strip when it is at `corner`.
+  virtual void CollectFloating(QPointF corner, std::vector<PlacedFloating>* found) const {
+    for (const Floating& one : floating) found->push_back({&one, one.Corner(corner)});
+  }
+  // The strip goes so much lower, and what floats in it stays where it is.
+  void MoveBelowFloating(double distance) {
+    for (Floating& one : floating) {
+      if (!one.y_on_paper) one.y -= distance;
+    }
+  }
+
   double height = 0;
-  double space_before = 0;  // left out at the top of a page
-  double space_after = 0;   // left out at the bottom of a page
-  int begin = 0, end = 0;   // positions in the document, the end not included
+  double ink_left = 0, ink_right = 0;  // between which it shows something
+  double space_before = 0;             // left out at the top of a page
+  double space_after = 0;              // left out at the bottom of a page
+  int begin = 0, end = 0;              // positions in the document, the end not included
   bool page_break_before = false;
+  std::vector<Floating> floating;
 };
 
 using Strips = std::deque<std::shared_ptr<Strip>>;

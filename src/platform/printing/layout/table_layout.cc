@@ -6,6 +6,7 @@
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/block_layout.h"
 #include "platform/printing/layout/rule.h"
+#include "platform/printing/layout/taken_areas.h"
 
 namespace tenora::printing {
 namespace {
@@ -66,6 +67,14 @@ class RowStrip : public Strip {
     }
   }
 
+  void CollectFloating(QPointF corner, std::vector<PlacedFloating>* found) const override {
+    for (const CellBox& cell : cells) {
+      if (cell.covered) continue;
+      ForEachStrip(cell, corner + QPointF(cell.x, 0),
+                   [&](const Strip& strip, QPointF place) { strip.CollectFloating(place, found); });
+    }
+  }
+
   std::shared_ptr<Strip> TakeTop(double available_height) override;
 
   std::vector<CellBox> cells;
@@ -75,20 +84,26 @@ class RowStrip : public Strip {
 
  private:
   void DrawContent(QPainter& painter, const QRectF& area, const CellBox& cell) const {
-    double y = area.top() + cell.pad_top;
-    const double spare = std::max(0.0, cell.height - cell.ContentHeight());
-    if (cell.align == Cell::VerticalAlign::kCentre) y += spare / 2;
-    if (cell.align == Cell::VerticalAlign::kBottom) y += spare;
     if (fixed_height) {
       painter.save();
       painter.setClipRect(area, Qt::IntersectClip);
     }
+    ForEachStrip(cell, area.topLeft(),
+                 [&](const Strip& strip, QPointF corner) { strip.Draw(painter, corner); });
+    if (fixed_height) painter.restore();
+  }
+
+  template <class Use>
+  void ForEachStrip(const CellBox& cell, QPointF cell_corner, const Use& use) const {
+    double y = cell_corner.y() + cell.pad_top;
+    const double spare = std::max(0.0, cell.height - cell.ContentHeight());
+    if (cell.align == Cell::VerticalAlign::kCentre) y += spare / 2;
+    if (cell.align == Cell::VerticalAlign::kBottom) y += spare;
     for (const auto& strip : cell.strips) {
       y += strip->space_before;
-      strip->Draw(painter, QPointF(area.left() + cell.pad_left, y));
+      use(*strip, QPointF(cell_corner.x() + cell.pad_left, y));
       y += strip->height + strip->space_after;
     }
-    if (fixed_height) painter.restore();
   }
 };
 
@@ -190,6 +205,10 @@ class RowLayout {
       left = std::max(right, left + kNarrowestCell);
       for (; i < next; ++i) position_ += Length(row_.cells[i]);
     }
+    if (!strip->cells.empty()) {
+      strip->ink_left = strip->cells.front().x;
+      strip->ink_right = strip->cells.back().x + strip->cells.back().width;
+    }
     strip->end = position_;
     return strip;
   }
@@ -235,6 +254,7 @@ class RowLayout {
         box.strips.push_back(std::move(strip));
       }
     }
+    MakeRoom(&box.strips);
     return box;
   }
 

@@ -109,10 +109,6 @@ void TextLine::Draw(QPainter& painter, QPointF corner) const {
   for (const double bar : bars) {
     painter.fillRect(QRectF(corner.x() + bar, corner.y(), 10, height), Qt::black);
   }
-  for (const FloatingPicture& one : floating) {
-    const QPointF place(corner.x() + one.x, one.y + (one.on_paper ? 0 : corner.y()));
-    DrawPicture(painter, QRectF(place, QSizeF(one.picture.width, one.picture.height)), one.picture);
-  }
   for (const Piece& piece : pieces) {
     const QPointF origin(corner.x() + piece.x, corner.y() + baseline);
     if (const auto* text = std::get_if<PlacedText>(&piece.content)) {

@@ -48,14 +48,6 @@ struct PlacedTab {
   const richtext::CharFormat* format = nullptr;
 };
 
-// A picture that floats over the text. Its place counts from the left edge of the text area and the
-// top of the line or the paper.
-struct FloatingPicture {
-  double x = 0, y = 0;
-  bool on_paper = false;  // y counts from the paper's top, which is the painter's
-  PlacedPicture picture;
-};
-
 struct Piece {
   double x = 0;
   std::variant<PlacedText, PlacedTab, PlacedPicture> content;
@@ -79,7 +71,6 @@ class TextLine : public Strip {
 
   double baseline = 0;  // from the strip's top
   std::vector<Piece> pieces;
-  std::vector<FloatingPicture> floating;
   std::vector<double> bars;  // x of bar tabs
   std::shared_ptr<const Frame> frame;
   double frame_below = 0;  // how far the frame extends below, to a neighbour that shares it

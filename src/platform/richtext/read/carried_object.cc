@@ -1,7 +1,5 @@
 #include "platform/richtext/read/carried_object.h"
 
-#include <algorithm>
-#include <unordered_map>
 #include <utility>
 
 #include "platform/richtext/table_numbers.h"
@@ -50,47 +48,34 @@ void CarriedObject::Binary(std::string_view bytes) {
   Data(digits);
 }
 
-void CarriedObject::AddStory(std::string_view source, std::string_view shown_text) {
-  out_.Raw(source);
+void CarriedObject::ShowStory(std::string_view shown_text, std::vector<Block> blocks) {
   shown_text_ += shown_text;
+  if (shapes_) shapes_->AddBlocks(std::move(blocks));
+}
+
+void CarriedObject::EndProperty() {
+  const std::string name = std::exchange(property_name_, {});
+  const std::string value = std::exchange(property_value_, {});
+  if (shapes_) shapes_->Property(name, value);
 }
 
 void CarriedObject::EndPicture(Picture picture) {
   picture.source = std::string_view(out_.text()).substr(picture_start_);
-  if (shape_ && shape_->right > shape_->left && shape_->bottom > shape_->top) {
-    picture.width = shape_->right - shape_->left;
-    picture.height = shape_->bottom - shape_->top;
+  if (shapes_ && shapes_->single() && shapes_->width() > 0 && shapes_->height() > 0) {
+    picture.width = shapes_->width();
+    picture.height = shapes_->height();
   }
   shown_picture_ = std::make_shared<const Picture>(std::move(picture));
+  if (shapes_) shapes_->AddPicture(shown_picture_);
 }
 
 Verbatim CarriedObject::TakeObject() {
-  return {out_.Take(), std::move(shown_text_), std::move(shown_picture_), shape_};
-}
-
-void CarriedObject::ShapeWord(const Token& word) {
-  using From = ShapeBox::From;
-  static const std::unordered_map<std::string_view, int ShapeBox::*> kEdges{
-      {"shpleft", &ShapeBox::left},
-      {"shptop", &ShapeBox::top},
-      {"shpright", &ShapeBox::right},
-      {"shpbottom", &ShapeBox::bottom}};
-  static const std::unordered_map<std::string_view, From> kX{
-      {"shpbxpage", From::kPage}, {"shpbxmargin", From::kMargin}, {"shpbxcolumn", From::kText}};
-  static const std::unordered_map<std::string_view, From> kY{
-      {"shpbypage", From::kPage}, {"shpbymargin", From::kMargin}, {"shpbypara", From::kText}};
-  if (!shape_ || !word.text.starts_with("shp")) return;
-  if (const auto edge = kEdges.find(word.text); edge != kEdges.end()) {
-    (*shape_).*edge->second = std::clamp(word.param, -kLargestPage, kLargestPage);
-  } else if (const auto x = kX.find(word.text); x != kX.end()) {
-    shape_->x_from = x->second;
-  } else if (const auto y = kY.find(word.text); y != kY.end()) {
-    shape_->y_from = y->second;
-  } else if (word.text == "shpwr") {
-    shape_->wrap = word.param == 1   ? ShapeBox::Wrap::kAboveAndBelow
-                   : word.param == 3 ? ShapeBox::Wrap::kNone
-                                     : ShapeBox::Wrap::kAround;
-  }
+  Verbatim object{out_.Take(), std::move(shown_text_), std::move(shown_picture_), {}, {}};
+  if (!shapes_) return object;
+  shapes_->Close();
+  object.figures = shapes_->TakeFigures();
+  object.shape = shapes_->box();
+  return object;
 }
 
 }  // namespace tenora::richtext

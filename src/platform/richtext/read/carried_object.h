@@ -6,13 +6,14 @@
 
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/richtext/document.h"
 #include "platform/richtext/read/colour_table.h"
 #include "platform/richtext/read/font_table.h"
+#include "platform/richtext/read/shape_reader.h"
 #include "platform/richtext/rtf_tokenizer.h"
 #include "platform/richtext/write/source_text.h"
 
@@ -41,14 +42,19 @@ class CarriedObject {
   // The bytes of a \bin, as hexadecimal digits: source is ASCII.
   void Binary(std::string_view bytes);
   // A text that is part of the object, in canonical form.
-  void AddStory(std::string_view source, std::string_view shown_text);
+  void AddStory(std::string_view source) { out_.Raw(source); }
+  // It is visible to a reader of the letter.
+  void ShowStory(std::string_view shown_text, std::vector<Block> blocks);
 
-  // The object is one shape.
-  void BeginShape() { shape_.emplace(); }
-  // A word of the shape's box; other words change nothing.
-  void ShapeWord(const Token& word);
+  // The object is a drawing; null for others.
+  void BeginShapes() { shapes_ = std::make_unique<ShapeReader>(); }
+  ShapeReader* shapes() { return shapes_.get(); }
+  // A property of a shape: its name, or more of it or of its value, and its end.
+  void PropertyName(std::string_view text) { property_name_.append(text); }
+  void PropertyValue(std::string_view text) { property_value_.append(text); }
+  void EndProperty();
   // A picture inside the object; its source starts at the current end of the object's. EndPicture
-  // sets what is shown, in the size of the shape if that has one.
+  // sets what is shown, in the size of the shape if the object is one.
   void BeginPicture() { picture_start_ = out_.text().size(); }
   void EndPicture(Picture picture);
 
@@ -61,7 +67,8 @@ class CarriedObject {
   std::string shown_text_;
   std::shared_ptr<const Picture> shown_picture_;
   std::size_t picture_start_ = 0;
-  std::optional<ShapeBox> shape_;
+  std::unique_ptr<ShapeReader> shapes_;
+  std::string property_name_, property_value_;
 };
 
 }  // namespace tenora::richtext

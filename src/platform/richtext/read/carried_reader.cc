@@ -22,7 +22,10 @@ void CarriedReader::Begin(CarriedObject::Style style, Delivery delivery, const T
   group->Become(Destination::kCarried);
   if (word == nullptr) return;
   group->own_word.assign(1, '\\').append(word->text);
-  if (word->text == "shp") Object().BeginShape();
+  if (ShapeReader::IsShape(word->text)) {
+    Object().BeginShapes();
+    Object().shapes()->Open(word->text);
+  }
   Object().Open(group->starred);
   Object().Word(*word, head_.fonts(), head_.colours());
 }
@@ -52,15 +55,29 @@ void CarriedReader::OpenGroup(const Token& word, ReaderGroup* group) {
   } else if (group->destination == Destination::kPicture) {
     group->destination = Destination::kCarried;
   }
-  if (word.text == "result" || word.text == "shptxt") group->shown = true;
+  if (word.text == "result" || word.text == "shptxt") group->shown = !group->replaced;
+  if (ShapeReader* const shapes = ShapesOf(*group)) {
+    group->in_shape = ShapeReader::IsShape(word.text);
+    if (group->in_shape) shapes->Open(word.text);
+    if (word.text == "sn") group->property = ReaderGroup::Property::kName;
+    if (word.text == "sv") group->property = ReaderGroup::Property::kValue;
+  }
+  if (word.text == "shprslt") group->replaced = true;
   Object().Word(word, head_.fonts(), head_.colours());
+}
+
+// The drawing that the group says something about; null where it says nothing.
+ShapeReader* CarriedReader::ShapesOf(const ReaderGroup& group) {
+  return in_picture_ || group.replaced ? nullptr : Object().shapes();
 }
 
 void CarriedReader::EndGroup(const ReaderGroup& group) {
   if (group.brace_written && !group.owns_carried) Object().Close();
+  if (group.property == ReaderGroup::Property::kValue) Object().EndProperty();
+  if (group.in_shape) Object().shapes()->Close();
   if (group.destination != Destination::kPicture || !group.entry) return;
   in_picture_ = false;
-  if (!group.owns_carried) Object().EndPicture(picture_.Take());
+  if (!group.owns_carried && !group.replaced) Object().EndPicture(picture_.Take());
 }
 
 void CarriedReader::Word(const Token& word, ReaderGroup* group) {
@@ -68,7 +85,7 @@ void CarriedReader::Word(const Token& word, ReaderGroup* group) {
   if (picture) picture_.Word(word);
   if (IsInvisibleWord(word.text) || IsMisplaced(word)) return;
   WriteBrace(group);
-  if (!picture) Object().ShapeWord(word);
+  if (ShapeReader* const shapes = ShapesOf(*group)) shapes->Word(word);
   Object().Word(word, head_.fonts(), head_.colours());
 }
 
@@ -84,6 +101,8 @@ void CarriedReader::Character(char32_t character, ReaderGroup* group) {
 
 void CarriedReader::Text(std::string_view ascii, ReaderGroup* group) {
   WriteBrace(group);
+  if (group->property == ReaderGroup::Property::kName) Object().PropertyName(ascii);
+  if (group->property == ReaderGroup::Property::kValue) Object().PropertyValue(ascii);
   if (group->destination != Destination::kPicture) return Object().Text(ascii, group->shown);
   picture_.Hex(ascii);
   Object().Data(ascii);

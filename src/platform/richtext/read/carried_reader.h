@@ -49,6 +49,7 @@ class CarriedReader {
 
  private:
   void WriteBrace(ReaderGroup* group);
+  ShapeReader* ShapesOf(const ReaderGroup& group);
 
   DocumentHead& head_;
   std::vector<std::unique_ptr<CarriedObject>> objects_;

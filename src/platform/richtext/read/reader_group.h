@@ -49,7 +49,11 @@ struct ReaderGroup {
   bool saved_state = false;    // the story keeps the paragraph formatting from before
   bool entry = false;          // it holds one entry of a table (style, list, override), one picture
   bool shown = false;          // text of a carried object that a reader of the letter sees
-  std::string own_word;        // that began the story or carried object it owns
+  bool replaced = false;       // \shprslt: what readers show that do not know the shape
+  bool in_shape = false;       // it holds a shape inside a carried group of shapes
+  enum class Property { kNone, kName, kValue };
+  Property property = Property::kNone;  // of a shape
+  std::string own_word;                 // that began the story or carried object it owns
 };
 
 }  // namespace tenora::richtext

@@ -305,6 +305,7 @@ void RtfReader::OpenGroup() {
   group.making = around.making;
   group.nested_row = around.nested_row;
   group.shown = around.shown;
+  group.replaced = around.replaced;
   group.fresh = true;
   if (around.destination == Destination::kStyles && !around.entry) {
     group.entry = true;
@@ -488,6 +489,7 @@ void RtfReader::BeginStory(Delivery delivery, const Token& word) {
   group.making = nullptr;
   group.nested_row = false;
   group.fresh = false;
+  group.property = ReaderGroup::Property::kNone;
   group.own_word = (group.starred ? "\\*\\" : "\\") + std::string(word.text);
   if (word.has_param) group.own_word += std::to_string(word.param);
 }
@@ -525,7 +527,12 @@ void RtfReader::EndStory(ReaderGroup& group) {
   }
   Verbatim object;
   object.source = source.Take();
-  if (group.delivery == Delivery::kCarried) object.shown_text = PlainText(blocks);
+  if (group.delivery == Delivery::kCarried) {
+    carried_.Object().AddStory(object.source);
+    const std::string text = PlainText(blocks);
+    if (!group.replaced) carried_.Object().ShowStory(text, std::move(blocks));
+    return;
+  }
   Deliver(group, std::move(object));
 }
 
@@ -592,7 +599,7 @@ void RtfReader::Deliver(const ReaderGroup& group, Verbatim object) {
       if (Top().making != nullptr) Top().making->instruction = std::move(source);
       return;
     case Delivery::kCarried:
-      return carried_.Object().AddStory(source, object.shown_text);
+      return;  // EndStory has delivered it
   }
 }
 

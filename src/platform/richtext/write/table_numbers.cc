@@ -89,6 +89,17 @@ bool ForEachNumber(std::string* source, const Change& change) {
   return true;
 }
 
+void CopyTables(std::vector<Block>* blocks) {
+  for (Block& block : *blocks) {
+    auto* const table = std::get_if<std::shared_ptr<Table>>(&block);
+    if (table == nullptr) continue;
+    *table = std::make_shared<Table>(**table);
+    for (Row& row : (*table)->rows) {
+      for (Cell& cell : row.cells) CopyTables(&cell.blocks);
+    }
+  }
+}
+
 // Visits every font and colour number of a document. `change` gives the number to put in its place.
 template <class Change>
 class Visitor {
@@ -130,9 +141,28 @@ class Visitor {
       if (auto* picture = std::get_if<std::shared_ptr<const Picture>>(&run.object))
         Shared(picture, &Picture::source, &pictures_);
       if (auto* object = std::get_if<std::shared_ptr<const Verbatim>>(&run.object))
-        Shared(object, &Verbatim::source, &objects_);
+        VisitObject(object);
     }
     for (Mark& mark : paragraph->marks) Source(&mark.source);
+  }
+
+  // The figures' texts are copied, since other documents may share them.
+  void VisitObject(std::shared_ptr<const Verbatim>* object) {
+    const Verbatim* const original = object->get();
+    const bool done = objects_.contains(original);
+    Shared(object, &Verbatim::source, &objects_);
+    if (done || *object == nullptr) return;
+    const bool texts = std::ranges::any_of(
+        (*object)->figures, [](const auto& figure) { return !figure->blocks.empty(); });
+    if (!texts) return;
+    Verbatim copy = **object;
+    for (std::shared_ptr<const Figure>& figure : copy.figures) {
+      Figure changed = *figure;
+      CopyTables(&changed.blocks);
+      for (Block& block : changed.blocks) Visit(&block);
+      figure = std::make_shared<const Figure>(std::move(changed));
+    }
+    *object = objects_[original] = std::make_shared<const Verbatim>(std::move(copy));
   }
 
   void Visit(CharFormat* format) {

@@ -1,0 +1,159 @@
+#include "platform/printing/layout/shape_layout.h"
+
+#include <QPen>
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/printing/layout/block_layout.h"
+#include "platform/printing/layout/placed_strips.h"
+#include "platform/printing/layout/taken_areas.h"
+#include "platform/printing/pictures.h"
+
+namespace tenora::printing {
+namespace {
+
+using richtext::Figure;
+using richtext::ShapeBox;
+
+constexpr double kNarrowestText = 100;
+constexpr double kCornerShare = 0.18;  // of a rounded rectangle's shorter side
+constexpr double kHairline = 5;        // twips; the thinnest outline
+
+QColor ColourOf(const richtext::Colour& colour) { return {colour.red, colour.green, colour.blue}; }
+
+struct LaidOutFigure {
+  std::shared_ptr<const Figure> figure;
+  QRectF area;
+  QPointF text;
+  std::optional<PlacedPicture> picture;
+  Strips strips;
+};
+
+class LaidOutDrawing : public FloatContent {
+ public:
+  void Draw(QPainter& painter, QPointF corner) const override {
+    for (const LaidOutFigure& one : figures) {
+      painter.save();
+      DrawOutline(painter, one, corner);
+      if (one.picture) DrawPicture(painter, one.area.translated(corner), *one.picture);
+      painter.restore();
+      PlacedStrips text;
+      double y = one.text.y();
+      for (const auto& strip : one.strips) {
+        y += strip->space_before;
+        text.Add(strip, corner + QPointF(one.text.x(), y));
+        y += strip->height + strip->space_after;
+      }
+      text.Draw(painter);
+    }
+  }
+
+  std::vector<LaidOutFigure> figures;
+
+ private:
+  static void DrawOutline(QPainter& painter, const LaidOutFigure& one, QPointF corner) {
+    const Figure& figure = *one.figure;
+    const QRectF area = one.area.translated(corner);
+    if (!figure.fill && !figure.line) return;
+    QPen pen(Qt::NoPen);
+    if (figure.line) {
+      pen = QPen(ColourOf(*figure.line), std::max<double>(figure.line_width, kHairline));
+      pen.setJoinStyle(Qt::MiterJoin);
+      pen.setCapStyle(Qt::FlatCap);
+    }
+    painter.setPen(pen);
+    painter.setBrush(figure.fill ? QBrush(ColourOf(*figure.fill)) : QBrush(Qt::NoBrush));
+    const double radius = kCornerShare * std::min(area.width(), area.height());
+    switch (figure.kind) {
+      case Figure::Kind::kRectangle:
+        return painter.drawRect(area);
+      case Figure::Kind::kRounded:
+        return painter.drawRoundedRect(area, radius, radius);
+      case Figure::Kind::kEllipse:
+        return painter.drawEllipse(area);
+      case Figure::Kind::kLine:
+        return figure.rising ? painter.drawLine(area.bottomLeft(), area.topRight())
+                             : painter.drawLine(area.topLeft(), area.bottomRight());
+    }
+  }
+};
+
+LaidOutFigure LayOutFigure(LayoutContext& context, std::shared_ptr<const Figure> figure) {
+  LaidOutFigure laid_out;
+  laid_out.area =
+      QRectF(QPointF(figure->left, figure->top), QPointF(figure->right, figure->bottom));
+  if (figure->picture)
+    laid_out.picture =
+        context.pictures.Place(*figure->picture, laid_out.area.width(), laid_out.area.height());
+  const richtext::Padding& inset = figure->inset;
+  laid_out.text = QPointF(figure->left + inset.left, figure->top + inset.top);
+  if (!figure->blocks.empty()) {
+    const double width = std::max(laid_out.area.width() - inset.left - inset.right, kNarrowestText);
+    BlockLayout layout(context, figure->blocks, width, 0, 1, BlockLayout::Ending::kVisible);
+    double height = inset.top + inset.bottom;
+    while (auto block = layout.Next()) {
+      for (auto& strip : block->strips) laid_out.strips.push_back(std::move(strip));
+    }
+    MakeRoom(&laid_out.strips);
+    for (const auto& strip : laid_out.strips)
+      height += strip->space_before + strip->height + strip->space_after;
+    laid_out.area.setHeight(std::max(laid_out.area.height(), height));
+  }
+  laid_out.figure = std::move(figure);
+  return laid_out;
+}
+
+// A place on an axis, from where [start, start + size] begins.
+double Along(ShapeBox::Align align, double set, double start, double size, double own) {
+  switch (align) {
+    case ShapeBox::Align::kAsSet:
+      return start + set;
+    case ShapeBox::Align::kStart:
+      return start;
+    case ShapeBox::Align::kCentre:
+      return start + (size - own) / 2;
+    case ShapeBox::Align::kEnd:
+      return start + size - own;
+  }
+  return start;
+}
+
+}  // namespace
+
+bool IsShown(const richtext::Verbatim& object) {
+  return object.shape.has_value() && !object.figures.empty();
+}
+
+Floating LayOutShape(LayoutContext& context, const richtext::Verbatim& drawing, double width) {
+  using From = ShapeBox::From;
+  const ShapeBox& box = *drawing.shape;
+  const PageArea& area = context.area;
+  auto content = std::make_shared<LaidOutDrawing>();
+  QRectF all(0, 0, box.right - box.left, box.bottom - box.top);
+  for (const auto& figure : drawing.figures) {
+    content->figures.push_back(LayOutFigure(context, figure));
+    all.setBottom(std::max(all.bottom(), content->figures.back().area.bottom()));
+  }
+  Floating floating;
+  floating.width = all.width();
+  floating.height = all.height();
+  floating.behind = box.behind;
+  floating.wrap = box.behind ? ShapeBox::Wrap::kNone : box.wrap;
+  floating.x_on_paper = box.x_from != From::kText;
+  floating.y_on_paper = box.y_from != From::kText;
+  const auto [left, wide] = box.x_from == From::kPage     ? std::pair(0.0, area.paper_width)
+                            : box.x_from == From::kMargin ? std::pair(area.left, area.width())
+                                                          : std::pair(0.0, width);
+  const auto [top, high] = box.y_from == From::kPage     ? std::pair(0.0, area.paper_height)
+                           : box.y_from == From::kMargin ? std::pair(area.top, area.height())
+                                                         : std::pair(0.0, 0.0);
+  floating.x = Along(box.x_align, box.left, left, wide, floating.width);
+  floating.y =
+      box.y_from == From::kText ? box.top : Along(box.y_align, box.top, top, high, floating.height);
+  floating.content = std::move(content);
+  return floating;
+}
+
+}  // namespace tenora::printing

@@ -1,0 +1,17 @@
+// Lays out drawings: shapes with their fill, outline, picture and text.
+#pragma once
+
+#include "platform/printing/layout/floating.h"
+#include "platform/printing/layout/layout_context.h"
+#include "platform/richtext/document.h"
+
+namespace tenora::printing {
+
+// Whether the object is a drawing with something to see, or with a place of its own.
+bool IsShown(const richtext::Verbatim& object);
+
+// A drawing in its place, for a strip of this width whose top is the top of the paragraph the
+// drawing is anchored in. Its text boxes grow until they hold their text.
+Floating LayOutShape(LayoutContext& context, const richtext::Verbatim& drawing, double width);
+
+}  // namespace tenora::printing

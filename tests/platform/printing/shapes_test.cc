@@ -1,0 +1,118 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/printing/not_on_paper.h"
+#include "platform/printing/paper.h"
+#include "platform/richtext/rtf_reader.h"
+
+namespace tenora::test {
+namespace {
+
+using testing::HasSubstr;
+
+// A text box of 3000 by 1000 twips.
+std::string Box(const std::string& place, const std::string& text = "boxed") {
+  return "{\\shp{\\*\\shpinst" + place + "{\\sp{\\sn shapeType}{\\sv 202}}{\\shptxt " + text +
+         "\\par}}{\\shprslt{\\*\\do\\dptxbx{\\dptxbxtext " + text + "\\par}}}}";
+}
+
+constexpr const char* kAtColumn =
+    "\\shpleft0\\shptop0\\shpright3000\\shpbottom1000\\shpbxcolumn"
+    "\\shpbypara";
+constexpr const char* kAtPage =
+    "\\shpleft5000\\shptop6000\\shpright8000\\shpbottom7000\\shpbxpage"
+    "\\shpbypage";
+
+Paper PrintSource(const std::string& text, const ScratchFolder& folder) {
+  return Print(richtext::ReadRtf(
+                   "{\\rtf1{\\fonttbl{\\f0 Arial;}}\\paperw11906\\paperh16838\\fs20 " + text + "}"),
+               folder);
+}
+
+TEST(Shapes, StandInTheirPlace) {
+  const std::string centred = "{\\sp{\\sn posh}{\\sv 2}}{\\sp{\\sn posrelh}{\\sv 1}}";
+  const struct {
+    std::string source;
+    double left, top;  // of the box's text, from the paper's edges
+  } cases[] = {
+      {Box(std::string(kAtColumn) + "\\shpwr3") + "text\\par", kInch + 144, kInch + 72},
+      {Box(std::string(kAtPage) + "\\shpwr3") + "text\\par", 5144, 6072},
+      {Box(kAtPage + centred) + "text\\par", (kPageWidth - 3000) / 2 + 144, 6072},
+      {"above\\par below" + Box(std::string(kAtColumn) + "\\shpwr3") + "\\par", kInch + 144,
+       kInch + 72 + 230},
+      {"{\\header " + Box(std::string(kAtPage) + "\\shpwr3") + "\\par}text\\par", 5144, 6072},
+      {"\\trowd\\cellx2000\\cellx8000\\pard\\intbl a\\cell b" +
+           Box(std::string(kAtColumn) + "\\shpwr3") + "\\cell\\row\\pard text\\par",
+       kInch + 2000 + 144, kInch + 72},
+      {"text{\\*\\do\\dobxpage\\dobypage\\dptxbx\\dptxbxmar50{\\dptxbxtext boxed\\par}\\dpx5000"
+       "\\dpy6000\\dpxsize3000\\dpysize1000}\\par",
+       5050, 6050},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases) {
+    const Paper paper = PrintSource(c.source, folder);
+    int count = 0;
+    for (const Word& word : paper.Words()) count += word.text == "boxed" ? 1 : 0;
+    EXPECT_EQ(count, 1) << c.source;
+    EXPECT_NEAR(paper.Find("boxed").left, c.left, 30) << c.source;
+    EXPECT_NEAR(paper.Find("boxed").top, c.top, 60) << c.source;
+  }
+}
+
+TEST(Shapes, LeaveTheTextRoom) {
+  const std::string right =
+      "\\shpleft6000\\shptop0\\shpright9000\\shpbottom1000\\shpbxcolumn"
+      "\\shpbypara\\shpwr2";
+  const std::string narrow =
+      "\\shpleft1000\\shptop0\\shpright8500\\shpbottom1000\\shpbxcolumn"
+      "\\shpbypara\\shpwr2";
+  std::string grown = "1";
+  for (int i = 2; i <= 10; ++i) grown += "\\par " + std::to_string(i);
+  const struct {
+    std::string source;
+    double top, left;  // of the word "text", from the margins
+  } cases[] = {
+      {Box(std::string(kAtColumn) + "\\shpwr3") + "text\\par", 0, 0},
+      {Box(std::string(kAtColumn) + "\\shpwr1") + "text\\par", 1000, 0},
+      {Box(std::string(kAtColumn) + "\\shpwr1", grown) + "text\\par", 10 * 276 + 144, 0},
+      {Box(std::string(kAtColumn) + "\\shpwr2") + "text\\par", 0, 3115},
+      {Box(std::string(kAtColumn) + "\\shpwr2") + "\\par\\par text\\par", 460, 3115},
+      {Box(right) + "text\\par", 0, 0},
+      {Box(narrow) + "longer than an inch: text\\par", 1000, 1600},
+      {"\\trowd\\cellx8000\\pard\\intbl " + Box(std::string(kAtColumn) + "\\shpwr1") +
+           "text\\cell\\row\\pard\\par",
+       1000, 0},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases) {
+    const Word word = PrintSource(c.source, folder).Find("text");
+    EXPECT_NEAR(word.top - kInch, c.top, 60) << c.source;
+    EXPECT_NEAR(word.left - kInch, c.left, 250) << c.source;
+  }
+}
+
+TEST(Shapes, ThatFillAPageDoNotKeepTheTextOffAllPages) {
+  const ScratchFolder folder;
+  const Paper paper =
+      PrintSource(Box("\\shpleft0\\shptop0\\shpright12000\\shpbottom17000\\shpbxpage\\shpbypage"
+                      "\\shpwr1") +
+                      "text\\par next\\par",
+                  folder);
+  EXPECT_EQ(paper.Find("text").page, 1);
+  EXPECT_EQ(paper.Find("next").page, 2);
+}
+
+TEST(Shapes, AreReportedOnlyWhereNothingIsDrawn) {
+  const auto finds = [](const std::string& source) {
+    return printing::NotOnPaper(richtext::ReadRtf("{\\rtf1 " + source + "}"));
+  };
+  const std::string shape = "{\\shp{\\*\\shpinst\\shpright900\\shpbottom900{\\sp{\\sn shapeType}";
+  EXPECT_THAT(finds(Box(kAtColumn)), testing::IsEmpty());
+  EXPECT_THAT(finds(shape + "{\\sv 3}}}}"), testing::IsEmpty());
+  EXPECT_THAT(finds(shape + "{\\sv 13}}}}"), testing::ElementsAre("a drawing"));
+}
+
+}  // namespace
+}  // namespace tenora::test
