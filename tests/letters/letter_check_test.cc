@@ -192,6 +192,10 @@ TEST_F(LetterCheckTest, TellsWhatWillNotAppearOnPaper) {
       {png + R"({\footnote\pard one\par}{\footnote\pard two\par})", {"a footnote"}},
       {R"({\object\objemb{\*\objdata 00}})", {"an embedded object"}},
       {png, {}},  // after a letter that had something
+      // A script that computers have no font for; and what every font has, or a symbol font.
+      {R"(\u-10206?\u-8448? and \u-10206?\u-8448?)",
+       {"no installed font has \"\U00018B00\", which"}},
+      {R"(\u937?\u8364?\u8205?\u-3913?\ul x)", {}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);

@@ -1,12 +1,14 @@
 #include "letters/check/paper_check.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
 
 #include "platform/printing/not_on_paper.h"
+#include "platform/runtime/text.h"
 
 namespace tenora {
 namespace {
@@ -57,9 +59,47 @@ std::size_t IdentityOf(std::string_view source) {
   return identity;
 }
 
+// The text that a source writes as "\\u" and the number of a UTF-16 unit each.
+std::string EscapedText(std::string_view source) {
+  constexpr std::string_view kEscape = "\\u";
+  std::u16string units;
+  for (std::size_t at = source.find(kEscape); at != std::string_view::npos;
+       at = source.find(kEscape, at + 1)) {
+    int unit = 0;
+    const char* const number = source.data() + at + kEscape.size();
+    const auto read = std::from_chars(number, source.data() + source.size(), unit);
+    // Numbers above 32767 may be written as negative ones.
+    if (read.ec == std::errc() && unit >= -0x8000 && unit <= 0xFFFF) {
+      units += static_cast<char16_t>(unit);
+    }
+  }
+  return FromUtf16(units);
+}
+
+constexpr std::size_t kMostNamed = 20;
+
 }  // namespace
 
-const std::vector<LetterFinding>& PaperCheck::Findings(const RichTextBox& letter) {
+std::vector<LetterFinding> PaperCheck::Findings(const RichTextBox& letter) {
+  std::vector<LetterFinding> findings = PictureFindings(letter);
+  const std::string escaped = EscapedText(letter.TextRTF());
+  std::u32string missing;
+  for (std::string_view rest = escaped; !rest.empty() && missing.size() < kMostNamed;) {
+    const char32_t character = TakeCodePoint(rest);
+    if (missing.find(character) == std::u32string::npos && !fonts_.Shows(character)) {
+      missing += character;
+    }
+  }
+  if (missing.empty()) return findings;
+  std::string named;
+  for (const char32_t character : missing) AppendUtf8(named, character);
+  findings.push_back({FindingWeight::kWarning, "",
+                      "no installed font has \"" + named +
+                          "\", which will appear on paper as empty boxes; install a font for it"});
+  return findings;
+}
+
+const std::vector<LetterFinding>& PaperCheck::PictureFindings(const RichTextBox& letter) {
   const std::size_t identity = IdentityOf(letter.TextRTF());
   if (known_ == identity) return findings_;
   known_ = identity;
