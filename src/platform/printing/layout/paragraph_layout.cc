@@ -292,8 +292,10 @@ void ParagraphLayout::Place(TextItem& item) {
 
 void ParagraphLayout::Place(const TabItem& item, std::size_t index) {
   if (!line_) StartLine();
+  // A list's mark that is wider than its place ends at the next stop.
+  const bool fits = item.target && *item.target > x_ + kSlack;
   Stop stop{item.target.value_or(0), TabStop::Kind::kLeft, {}};
-  if (!item.target) stop = NextStop(x_);
+  if (!fits) stop = NextStop(x_);
   // A right tab made for a wider page aligns at this page's right edge.
   if (stop.kind == TabStop::Kind::kRight) stop.position = std::min(stop.position, right_);
   if (stop.position > right_ + kSlack && !line_->pieces.empty() && !item.target) {
