@@ -85,13 +85,15 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
   });
 }
 
-TEST(CanonicalForm, TakesFormattingOutOfStyles) {
+TEST(CanonicalForm, TakesFormattingFromTheTextNotFromItsStyle) {
+  // Writers repeat a style's formatting on the text and leave out what is as \pard and \plain
+  // set it: space after the heading would be that of the style it is based on.
   const std::string source =
-      "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}{\\stylesheet{\\fs24 Normal;}"
-      "{\\s1\\sbasedon2\\b Title;}{\\s2\\qc\\fs40 Base;}{\\*\\cs3\\i Accent;}}"
-      "\\pard\\plain\\s1 Head\\par\\pard\\plain x{\\cs3 y}\\par}";
-  EXPECT_THAT(Canonical(source), HasSubstr("\\pard\\qc\\b\\f0\\fs40 Head\\par\r\n"
-                                           "\\pard\\b0\\fs24 x\\i y\\i0\\par"));
+      "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}{\\stylesheet{\\sa160\\fs22 Normal;}"
+      "{\\s1\\sb240\\b\\fs32\\sbasedon0 heading 1;}{\\*\\cs3\\i Accent;}}"
+      "\\pard\\plain\\s1\\sb240\\fs32 Head\\par\\pard\\plain x{\\cs3 y}{\\cs3\\i z}\\par}";
+  EXPECT_THAT(Canonical(source), HasSubstr("\\pard\\sb240\\f0\\fs32 Head\\par\r\n"
+                                           "\\pard\\fs24 xy\\i z\\i0\\par"));
   EXPECT_THAT(Canonical(source), Not(HasSubstr("stylesheet")));
 }
 

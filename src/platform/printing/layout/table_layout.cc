@@ -266,6 +266,8 @@ class RowLayout {
     box->pad_right = std::min(padding.right < 0 ? gap : padding.right, most_x);
     box->pad_top = std::min<double>(std::max(padding.top, 0), most_y);
     box->pad_bottom = std::min<double>(std::max(padding.bottom, 0), most_y);
+    // A row is higher by the line above it.
+    box->pad_top += box->top.Thickness();
   }
 
   LayoutContext& context_;

@@ -8,7 +8,6 @@ Opens WhatOpens(std::string_view word, bool starred) {
   static const std::unordered_map<std::string_view, Opens> kDestinations{
       {"fonttbl", Opens::kFonts},
       {"colortbl", Opens::kColours},
-      {"stylesheet", Opens::kStyles},
       {"listtable", Opens::kLists},
       {"listoverridetable", Opens::kOverrides},
       {"info", Opens::kInfo},
@@ -51,6 +50,8 @@ Opens WhatOpens(std::string_view word, bool starred) {
       {"background", Opens::kHead},
       {"upr", Opens::kAlternatives},
       {"ud", Opens::kUnicode},
+      // What a style looks like is repeated on all text in it, without what it only inherits.
+      {"stylesheet", Opens::kSkipped},
       {"nonshppict", Opens::kSkipped},
       {"nonesttables", Opens::kSkipped},
       {"pntext", Opens::kSkipped},
@@ -83,8 +84,6 @@ std::optional<Destination> DestinationOf(Opens opens) {
       return Destination::kFonts;
     case Opens::kColours:
       return Destination::kColours;
-    case Opens::kStyles:
-      return Destination::kStyles;
     case Opens::kLists:
       return Destination::kLists;
     case Opens::kOverrides:

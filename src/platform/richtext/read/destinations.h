@@ -14,7 +14,6 @@ enum class Destination {
   kPicture,      // as kCarried, and the picture's bytes are read
   kFonts,        // \fonttbl
   kColours,      // \colortbl
-  kStyles,       // \stylesheet
   kLists,        // \listtable
   kLevelText,    // \leveltext in it
   kOverrides,    // \listoverridetable
@@ -32,7 +31,6 @@ enum class Opens {
   kSkipped,  // a group that is dropped
   kFonts,
   kColours,
-  kStyles,
   kLists,
   kOverrides,
   kInfo,

@@ -13,11 +13,6 @@ bool DocumentHead::OpenGroup(const Token& word, ReaderGroup* group) {
       if (group->entry) lists_.BeginOverride();
       if (word.text == "lfolevel") lists_.BeginOverrideLevel();
       return OpenInLists(word, group);
-    case Destination::kStyles:
-      if (group->starred && word.text != "cs" && word.text != "s" && word.text != "ds" &&
-          word.text != "ts")
-        return group->Become(Destination::kSkip);
-      return false;
     default:
       return group->starred ? group->Become(Destination::kSkip) : false;
   }
@@ -40,9 +35,6 @@ void DocumentHead::EndGroup(const ReaderGroup& group) {
   switch (group.destination) {
     case Destination::kFonts:
       return fonts_.EndEntry();
-    case Destination::kStyles:
-      if (group.entry) styles_.EndEntry();
-      return;
     case Destination::kLists:
       if (group.entry) lists_.EndList();
       return;
@@ -60,8 +52,6 @@ void DocumentHead::Word(Destination destination, const Token& word) {
       return fonts_.Word(word);
     case Destination::kColours:
       return colours_.Word(word);
-    case Destination::kStyles:
-      return styles_.Word(word);
     case Destination::kLists:
     case Destination::kOverrides:
       return lists_.Word(word);

@@ -8,7 +8,6 @@
 #include "platform/richtext/read/list_table.h"
 #include "platform/richtext/read/page_words.h"
 #include "platform/richtext/read/reader_group.h"
-#include "platform/richtext/read/style_sheet.h"
 #include "platform/richtext/rtf_tokenizer.h"
 
 namespace tenora::richtext {
@@ -19,7 +18,6 @@ class DocumentHead {
 
   FontTable& fonts() { return fonts_; }
   ColourTable& colours() { return colours_; }
-  StyleSheet& styles() { return styles_; }
   ListTable& lists() { return lists_; }
   PageWords& page() { return page_; }
   CodePages& code_pages() { return code_pages_; }
@@ -42,7 +40,6 @@ class DocumentHead {
   CodePages code_pages_;
   FontTable fonts_;
   ColourTable colours_;
-  StyleSheet styles_;
   ListTable lists_;
   PageWords page_;
   int default_language_ = 0;

@@ -47,7 +47,7 @@ struct ReaderGroup {
   bool alternatives = false;   // \upr: only \ud in it is read
   bool nested_row = false;     // \nesttableprops
   bool saved_state = false;    // the story keeps the paragraph formatting from before
-  bool entry = false;          // it holds one entry of a table (style, list, override), one picture
+  bool entry = false;          // it holds one entry of a table (list, override), one picture
   bool shown = false;          // text of a carried object that a reader of the letter sees
   bool replaced = false;       // \shprslt: what readers show that do not know the shape
   bool in_shape = false;       // it holds a shape inside a carried group of shapes

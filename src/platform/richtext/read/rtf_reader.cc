@@ -84,7 +84,6 @@ class RtfReader {
   void Word(const Token& word);
   void TextWord(const Token& word);
   bool BreakWord(const Token& word);
-  bool StyleWord(const Token& word);
   bool CharacterWord(const Token& word);
   bool ParagraphWord(const Token& word);
   void ChangeParagraph();
@@ -307,12 +306,6 @@ void RtfReader::OpenGroup() {
   group.shown = around.shown;
   group.replaced = around.replaced;
   group.fresh = true;
-  if (around.destination == Destination::kStyles && !around.entry) {
-    group.entry = true;
-    head_.styles().BeginEntry();
-  } else if (around.destination == Destination::kStyles) {
-    group.destination = Destination::kSkip;
-  }
   // Skips the plain form in \upr; the \ud after it opens its own group.
   if (around.alternatives) group.destination = Destination::kSkip;
   group.alternatives = false;
@@ -351,7 +344,6 @@ bool RtfReader::OpenDestination(const Token& word) {
     case Destination::kClassicList:
     case Destination::kInfo:
     case Destination::kFonts:
-    case Destination::kStyles:
     case Destination::kLists:
     case Destination::kOverrides:
       return OpenInTable(word);
@@ -629,7 +621,6 @@ void RtfReader::Word(const Token& word) {
       return carried_.Word(word, &Top());
     case Destination::kFonts:
     case Destination::kColours:
-    case Destination::kStyles:
     case Destination::kLists:
     case Destination::kOverrides:
       return head_.Word(Top().destination, word);
@@ -653,7 +644,7 @@ void RtfReader::Word(const Token& word) {
 void RtfReader::TextWord(const Token& word) {
   if (IsInvisibleWord(word.text)) return;
   if (const char32_t character = CharacterOfWord(word.text)) return Character(character);
-  if (CharacterWord(word) || BreakWord(word) || StyleWord(word)) return;
+  if (CharacterWord(word) || BreakWord(word)) return;
   if (CurrentStory().TakeRowWord(word, Top().nested_row)) return;
   if (ParagraphWord(word) || head_.Setting(word)) return;
   head_.page().Take(word);
@@ -683,17 +674,6 @@ bool RtfReader::BreakWord(const Token& word) {
     story.AddMark("{\\chatn}");
   } else {
     return false;
-  }
-  return true;
-}
-
-bool RtfReader::StyleWord(const Token& word) {
-  if (word.text != "s" && word.text != "cs") return false;
-  const std::vector<Token>& styled = word.text == "s" ? head_.styles().ParagraphStyle(word.param)
-                                                      : head_.styles().CharacterStyle(word.param);
-  if (word.text == "s") ParagraphWord(word);
-  for (const Token& style_word : styled) {
-    if (!CharacterWord(style_word)) ParagraphWord(style_word);
   }
   return true;
 }
