@@ -38,8 +38,9 @@ void Limit(const richtext::Block& block, TextArea* area) {
 
 DocumentParts PartsOf(const richtext::Document& document) {
   DocumentParts parts;
-  const richtext::PageHeads heads = richtext::PageHeadsOf(document);
-  const richtext::PageSide side = heads.SideOf(1);
+  const richtext::PageHeads heads =
+      richtext::PageHeadsOf(document, richtext::SectionsOf(document).front());
+  const richtext::PageSide side = heads.SideOf(1, heads.first_number.value_or(1));
   parts.header = OnOnePage(heads.Header(side));
   parts.footer = OnOnePage(heads.Footer(side));
   // Empty paragraphs at the start stand for a margin of the page.

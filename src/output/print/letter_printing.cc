@@ -78,6 +78,10 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
   const printing::Paper paper = printing::PaperOf(printer, orientation);
   range.page_rect = {0, 0, paper.width, paper.height};
   range.print_rect = PrintRect(paper, MarginsOf(document.page, stored));
+  range.own_margins = {.left = stored.left == 0,
+                       .top = stored.top == 0,
+                       .right = stored.right == 0,
+                       .bottom = stored.bottom == 0};
   // A letter made for larger paper.
   if (!HasRoom(range.print_rect)) range.print_rect = PrintRect(paper, stored);
   RequireRoom(range.print_rect, stored);

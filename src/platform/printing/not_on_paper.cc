@@ -63,8 +63,13 @@ std::string_view PaperFinder::NotDrawn(const richtext::Picture& picture) {
 std::vector<std::string> NotOnPaper(const richtext::Document& document) {
   PaperFinder finder;
   std::vector<std::string> found;
+  std::vector<const richtext::HeadGroup*> heads;  // of the sections after the first
   const auto look_through = [&](const std::vector<richtext::Block>& blocks) {
     richtext::ForEachParagraph(blocks, [&](const richtext::Paragraph& paragraph, auto) {
+      if (paragraph.next_section != nullptr) {
+        for (const richtext::HeadGroup& group : paragraph.next_section->head_groups)
+          heads.push_back(&group);
+      }
       for (const richtext::Run& run : paragraph.runs) {
         std::string words = finder.NotShown(run);
         if (words.empty() || std::ranges::find(found, words) != found.end()) continue;
@@ -74,6 +79,8 @@ std::vector<std::string> NotOnPaper(const richtext::Document& document) {
   };
   look_through(document.blocks);
   for (const richtext::HeadGroup& group : document.head_groups) look_through(group.blocks);
+  const auto later = std::exchange(heads, {});
+  for (const richtext::HeadGroup* group : later) look_through(group->blocks);
   return found;
 }
 

@@ -37,7 +37,10 @@ class PreviewPages::Device : public DrawingPrinter {
   // Records where the page begins; Page renders it on request.
   int Format(const FormatRange& range) override {
     if (range.document == nullptr) return DrawingPrinter::Format(range);
-    pages_.push_back(range);
+    const Paper paper = Oriented(this->paper(), NextOrientation(Orientation::kAsPrinterIsSet));
+    const bool first = range.range.from == 0;
+    pages_.push_back({range, first ? QSize(range.page_rect.right, range.page_rect.bottom)
+                                   : QSize(paper.width, paper.height)});
     NoPaper nowhere;
     return Draw(nowhere.painter(), range);
   }
@@ -52,22 +55,22 @@ class PreviewPages::Device : public DrawingPrinter {
 
   QSizeF PageSize() const {
     if (pages_.empty()) return QSizeF(Width(), Height());
-    return QSizeF(pages_.front().page_rect.right, pages_.front().page_rect.bottom);
+    return pages_.front().size;
   }
 
   QImage PageImage(int number, double pixels_per_twip, double device_ratio) {
-    const FormatRange& page = pages_.at(static_cast<std::size_t>(number));
+    const ShownPage& page = pages_.at(static_cast<std::size_t>(number));
     const double scale = pixels_per_twip * device_ratio;
     const auto pixels = [&](int twips) {
       return std::max(1, static_cast<int>(std::lround(twips * scale)));
     };
-    QImage image(pixels(page.page_rect.right), pixels(page.page_rect.bottom), QImage::Format_RGB32);
+    QImage image(pixels(page.size.width()), pixels(page.size.height()), QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
                            QPainter::SmoothPixmapTransform);
     painter.scale(scale, scale);
-    Draw(painter, page);
+    Draw(painter, page.range);
     painter.end();
     image.setDevicePixelRatio(device_ratio);
     return image;
@@ -84,8 +87,13 @@ class PreviewPages::Device : public DrawingPrinter {
     return next;
   }
 
+  struct ShownPage {
+    FormatRange range;
+    QSize size;  // twips
+  };
+
   bool open_ = false;
-  std::vector<FormatRange> pages_;
+  std::vector<ShownPage> pages_;
   std::shared_ptr<void> qt_;
   QPainter* painter_ = nullptr;  // while a page is drawn
 };

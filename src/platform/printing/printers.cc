@@ -102,7 +102,7 @@ class Device : public DrawingPrinter {
 
   void NewPage() override {
     Page();
-    job_->NewPage(orientation_);
+    job_->NewPage(NextOrientation(orientation_));
   }
 
   std::filesystem::path EndJob() override {

@@ -26,12 +26,18 @@ struct CharRange {
   int from = 0, to = -1;
 };
 
+// The sides on which the sections of a document have margins of their own.
+struct OwnMargins {
+  bool left = false, top = false, right = false, bottom = false;
+};
+
 // What EM_FORMATRANGE took: a part of a document to draw on a page. The layout is kept between the
 // pages of one document.
 struct FormatRange {
   const richtext::Document* document = nullptr;
-  Rect print_rect;  // the text area, relative to the device's printable corner
+  Rect print_rect;  // the first section's text area, relative to the device's printable corner
   Rect page_rect;   // the whole page, in the document's orientation
+  OwnMargins own_margins;  // elsewhere all sections have print_rect's
   CharRange range;
 };
 

@@ -167,11 +167,15 @@ struct Mark {
   std::string source;
 };
 
+struct Section;
+
 struct Paragraph {
   ParagraphFormat format;
   CharFormat mark;  // the format of the paragraph mark; decides the height of an empty paragraph
   std::vector<Run> runs;
   std::vector<Mark> marks;  // in the order of their offsets
+  // Set where the paragraph ends a section: the section that begins after it. Only outside tables.
+  std::shared_ptr<const Section> next_section;
 };
 
 struct Table;
@@ -238,8 +242,19 @@ struct PageSetup {
   int width = 0, height = 0;  // \paperw, \paperh; 0 when the document names none
   int left = 0, top = 0, right = 0, bottom = 0;
   bool landscape = false;
-  // What else the head says about the page, as control words: "\\headery720\\titlepg".
+  // What else is said about the page, as control words: "\\headery720\\titlepg".
   std::string other_words;
+
+  bool operator==(const PageSetup&) const = default;
+};
+
+// A section after the document's first. The first is described by the document itself.
+struct Section {
+  enum class Begin { kContinuous, kColumn, kPage, kEvenPage, kOddPage };
+  Begin begin = Begin::kPage;
+  PageSetup page;
+  // Its own headers and footers; of a kind that it has none of, the section before's count.
+  std::vector<HeadGroup> head_groups;
 };
 
 struct Document {

@@ -2,23 +2,37 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include "platform/richtext/document_text.h"
 
 namespace tenora::richtext {
 namespace {
 
+constexpr int kLastPageNumber = 100'000;
 constexpr std::string_view kHeader = "header", kFooter = "footer";  // followed by the side
 
-// Uses the document's header and footer for this side on these pages, unless they have one already.
-void Load(const Document& document, std::string_view word, PageSide side, PageHeads* heads) {
-  for (const HeadGroup& group : document.head_groups) {
-    const std::string_view name = group.word;
+// Uses the section's header and footer for this side on these pages, unless they have one already.
+void Load(const DocumentSection& section, std::string_view word, PageSide side, PageHeads* heads) {
+  for (const HeadGroup* group : section.head_groups) {
+    const std::string_view name = group->word;
     if (name.size() < kHeader.size() || name.substr(kHeader.size()) != word) continue;
     auto& sides = name.starts_with(kFooter) ? heads->footers : heads->headers;
     PageHeads::Blocks& head = sides[static_cast<std::size_t>(side)];
-    if (head == nullptr && Shows(group.blocks)) head = &group.blocks;
+    if (head == nullptr && Shows(group->blocks)) head = &group->blocks;
   }
+}
+
+Bullet::Kind NumberStyleOf(const PageSetup& page) {
+  constexpr std::pair<std::string_view, Bullet::Kind> kStyles[] = {
+      {"pgnlcrm", Bullet::Kind::kLowerRoman},
+      {"pgnucrm", Bullet::Kind::kUpperRoman},
+      {"pgnlcltr", Bullet::Kind::kLowerLetter},
+      {"pgnucltr", Bullet::Kind::kUpperLetter}};
+  for (const auto& [word, style] : kStyles) {
+    if (PageWord(page, word)) return style;
+  }
+  return Bullet::Kind::kDecimal;
 }
 
 }  // namespace
@@ -40,26 +54,29 @@ std::optional<int> PageWord(const PageSetup& page, std::string_view word) {
   return std::nullopt;
 }
 
-PageSide PageHeads::SideOf(int page) const {
+PageSide PageHeads::SideOf(int page, int number) const {
   if (page == 1 && first_differs) return PageSide::kFirst;
-  return even_differs && (first_number + page - 1) % 2 == 0 ? PageSide::kEven : PageSide::kCommon;
+  return even_differs && number % 2 == 0 ? PageSide::kEven : PageSide::kCommon;
 }
 
-PageHeads PageHeadsOf(const Document& document) {
+PageHeads PageHeadsOf(const Document& document, const DocumentSection& section) {
   PageHeads heads;
-  heads.first_differs = PageWord(document.page, "titlepg").value_or(0) != 0;
+  heads.number_style = NumberStyleOf(*section.page);
+  heads.first_differs = PageWord(*section.page, "titlepg").value_or(0) != 0;
   heads.even_differs = PageWord(document.page, "facingp").value_or(0) != 0;
-  const bool restarts = PageWord(document.page, "pgnrestart").value_or(0) != 0;
-  const auto number = PageWord(document.page, restarts ? "pgnstarts" : "pgnstart");
-  heads.first_number = std::clamp(number.value_or(1), 0, 100'000);
-  if (heads.first_differs) Load(document, "f", PageSide::kFirst, &heads);
-  if (heads.even_differs) {
-    Load(document, "l", PageSide::kEven, &heads);
-    Load(document, "r", PageSide::kCommon, &heads);
-    Load(document, "", PageSide::kEven, &heads);
+  const bool restarts = PageWord(*section.page, "pgnrestart").value_or(0) != 0;
+  if (restarts || section.page == &document.page) {
+    const auto number = PageWord(*section.page, restarts ? "pgnstarts" : "pgnstart");
+    heads.first_number = std::clamp(number.value_or(1), 0, kLastPageNumber);
   }
-  Load(document, "", PageSide::kCommon, &heads);
-  Load(document, "r", PageSide::kCommon, &heads);
+  if (heads.first_differs) Load(section, "f", PageSide::kFirst, &heads);
+  if (heads.even_differs) {
+    Load(section, "l", PageSide::kEven, &heads);
+    Load(section, "r", PageSide::kCommon, &heads);
+    Load(section, "", PageSide::kEven, &heads);
+  }
+  Load(section, "", PageSide::kCommon, &heads);
+  Load(section, "r", PageSide::kCommon, &heads);
   return heads;
 }
 

@@ -1,4 +1,4 @@
-// Which headers and footers the pages of a document have.
+// Which headers and footers the pages of a section have.
 #pragma once
 
 #include <array>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/richtext/document.h"
+#include "platform/richtext/document_sections.h"
 
 namespace tenora::richtext {
 
@@ -22,16 +23,17 @@ struct PageHeads {
       const std::vector<Block>*;  // null where there is none, or none that shows anything
 
   bool first_differs = false, even_differs = false;
-  int first_number = 1;  // that the first page shows
+  Bullet::Kind number_style = Bullet::Kind::kDecimal;
+  std::optional<int> first_number;  // that the first page shows, unless the count goes on
   std::array<Blocks, kPageSides> headers{}, footers{};
 
   Blocks Header(PageSide side) const { return headers[static_cast<std::size_t>(side)]; }
   Blocks Footer(PageSide side) const { return footers[static_cast<std::size_t>(side)]; }
-  // Of a page, 1 the first.
-  PageSide SideOf(int page) const;
+  // Of a page of the section, 1 the first, that shows this number.
+  PageSide SideOf(int page, int number) const;
 };
 
-// Points into the document.
-PageHeads PageHeadsOf(const Document& document);
+// Points into the document, whose section it is.
+PageHeads PageHeadsOf(const Document& document, const DocumentSection& section);
 
 }  // namespace tenora::richtext

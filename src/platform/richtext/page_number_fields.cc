@@ -1,6 +1,7 @@
 #include "platform/richtext/page_number_fields.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,9 +15,9 @@ namespace {
 using Style = Bullet::Kind;
 
 struct PageField {
-  enum class Kind { kNone, kNumber, kCount };
+  enum class Kind { kNone, kNumber, kCount, kSection, kSectionCount };
   Kind kind = Kind::kNone;
-  Style style = Style::kDecimal;
+  std::optional<Style> style;
 };
 
 // The next word of a field's instruction; words are separated by braces, backslashes and blanks.
@@ -31,11 +32,12 @@ std::string_view TakeWord(std::string_view* instruction) {
 }
 
 // The word after the switch "\*"; its letter case is that of the numbers.
-Style StyleNamed(std::string_view word, Style otherwise) {
+std::optional<Style> StyleNamed(std::string_view word, std::optional<Style> otherwise) {
   if (word == "roman") return Style::kLowerRoman;
   if (EqualsNoCase(word, "roman")) return Style::kUpperRoman;
   if (word == "alphabetic") return Style::kLowerLetter;
   if (EqualsNoCase(word, "alphabetic")) return Style::kUpperLetter;
+  if (EqualsNoCase(word, "arabic")) return Style::kDecimal;
   return otherwise;
 }
 
@@ -44,8 +46,12 @@ PageField FieldOf(std::string_view instruction) {
   const std::string_view name = TakeWord(&instruction);
   if (EqualsNoCase(name, "PAGE")) {
     field.kind = PageField::Kind::kNumber;
-  } else if (EqualsNoCase(name, "NUMPAGES") || EqualsNoCase(name, "SECTIONPAGES")) {
+  } else if (EqualsNoCase(name, "NUMPAGES")) {
     field.kind = PageField::Kind::kCount;
+  } else if (EqualsNoCase(name, "SECTION")) {
+    field.kind = PageField::Kind::kSection;
+  } else if (EqualsNoCase(name, "SECTIONPAGES")) {
+    field.kind = PageField::Kind::kSectionCount;
   }
   while (!instruction.empty()) {
     if (TakeWord(&instruction) == "*")
@@ -58,7 +64,8 @@ PageField FieldOf(const Run& run) {
   constexpr std::string_view kInstruction = "\\fldinst";
   if (const auto* object = std::get_if<std::shared_ptr<const Verbatim>>(&run.object)) {
     const std::string_view source = (*object)->source;
-    if (source == "{\\chpgn}") return {PageField::Kind::kNumber, Style::kDecimal};
+    if (source == "{\\chpgn}") return {PageField::Kind::kNumber, std::nullopt};
+    if (source == "{\\sectnum}") return {PageField::Kind::kSection, std::nullopt};
     if (!source.starts_with("{\\field")) return {};
     const std::size_t at = source.find(kInstruction);
     return at == std::string_view::npos ? PageField{}
@@ -83,6 +90,19 @@ void ForEachParagraphIn(const std::vector<Block>& blocks, const Use& use) {
   }
 }
 
+int NumberOf(PageField::Kind kind, const PageNumbers& numbers) {
+  switch (kind) {
+    case PageField::Kind::kCount:
+      return numbers.pages;
+    case PageField::Kind::kSection:
+      return numbers.section;
+    case PageField::Kind::kSectionCount:
+      return numbers.section_pages;
+    default:
+      return numbers.page;
+  }
+}
+
 void Fill(Paragraph* paragraph, const PageNumbers& numbers) {
   std::vector<Run> runs;
   std::shared_ptr<const Field> filled;  // its result may be of several runs
@@ -93,10 +113,10 @@ void Fill(Paragraph* paragraph, const PageNumbers& numbers) {
     if (field.kind != PageField::Kind::kNone) {
       filled = std::exchange(run.field, nullptr);
       run.object = std::monostate();
+      const bool page = field.kind == PageField::Kind::kNumber;
       Bullet number;
-      number.kind = field.style;
-      run.text =
-          ListMark(number, field.kind == PageField::Kind::kNumber ? numbers.page : numbers.pages);
+      number.kind = field.style.value_or(page ? numbers.style : Style::kDecimal);
+      run.text = ListMark(number, NumberOf(field.kind, numbers));
     }
     runs.push_back(std::move(run));
   }
@@ -110,8 +130,10 @@ PageFields PageFieldsIn(const std::vector<Block>& blocks) {
   ForEachParagraphIn(blocks, [&](const Paragraph& paragraph) {
     for (const Run& run : paragraph.runs) {
       const PageField::Kind kind = FieldOf(run).kind;
-      fields.number = fields.number || kind == PageField::Kind::kNumber;
-      fields.count = fields.count || kind == PageField::Kind::kCount;
+      fields.number =
+          fields.number || kind == PageField::Kind::kNumber || kind == PageField::Kind::kSection;
+      fields.count =
+          fields.count || kind == PageField::Kind::kCount || kind == PageField::Kind::kSectionCount;
     }
   });
   return fields;

@@ -1,4 +1,4 @@
-// Page numbers and page counts in headers and footers, filled in for each page.
+// Page numbers and page counts, filled in for each page.
 #pragma once
 
 #include <vector>
@@ -8,8 +8,11 @@
 namespace tenora::richtext {
 
 struct PageNumbers {
-  int page = 1;   // as shown
-  int pages = 1;  // of the document
+  int page = 1;                                 // as shown
+  int pages = 1;                                // of the document
+  int section = 1;                              // the page's
+  int section_pages = 1;                        // of the section
+  Bullet::Kind style = Bullet::Kind::kDecimal;  // of page numbers whose field names none
 };
 
 // Which of the page number, which differs from page to page, and the page count, which is known at
@@ -20,8 +23,8 @@ struct PageFields {
 
 PageFields PageFieldsIn(const std::vector<Block>& blocks);
 
-// The blocks with the numbers in place of their fields (PAGE, NUMPAGES, SECTIONPAGES) and
-// characters (\chpgn).
+// The blocks with the numbers in place of their fields (PAGE, NUMPAGES, SECTION, SECTIONPAGES) and
+// characters (\chpgn, \sectnum).
 std::vector<Block> WithPageNumbers(std::vector<Block> blocks, const PageNumbers& numbers);
 
 }  // namespace tenora::richtext

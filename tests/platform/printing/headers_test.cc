@@ -34,7 +34,8 @@ TEST(Headers, StandOnThePagesThatTheLetterNames) {
       {"\\facingp" + sides, {"right text", "left text", "right text"}},
       {"\\facingp\\pgnrestart\\pgnstarts4" + sides, {"left text", "right text", "left text"}},
       {"\\facingp" + common, {"all text", "all text", "all text"}},
-      {common + "\\sect{\\header later\\par}", {"all text", "all text", "all text"}},
+      {common + "one\\sect\\sbknone{\\header later\\par}",
+       {"all one text", "later text", "later text"}},
       {"{\\footer foot\\par}", {"text foot", "text foot", "text foot"}},
       {"{\\footer {\\chpgn}/{\\field{\\*\\fldinst{ NUMPAGES }}{\\fldrslt 9}}\\par}",
        {"text 1/3", "text 2/3", "text 3/3"}},
@@ -71,8 +72,9 @@ TEST(Headers, PushTheTextAndNeverOffThePage) {
       {"\\margt3000{\\header\\pard\\par}", 0},
       {"{\\header" + square + tall(500), 0},
       {"{\\header" + tall(2000) + "{\\footer" + tall(3000), 720 + 2000 - kInch},
-      // Made smaller, to four tenths of the paper.
-      {"{\\header" + tall(9000) + "{\\footer" + tall(9000), 0.4 * kPageHeight - kInch},
+      {"{\\header" + tall(9000), 720 + 9000 - kInch},
+      // Made smaller: they would leave no room.
+      {"{\\header" + tall(9000) + "{\\footer" + tall(9000), (kPageHeight - kInch) / 2.0 - kInch},
   };
   const ScratchFolder folder;
   const double usual = PrintWithHead("", 1, folder).Find("text").top;

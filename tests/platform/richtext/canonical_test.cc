@@ -10,8 +10,8 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 struct Case {
-  const char* body;
-  const char* canonical;  // after \pard\f0\fs24 of the first paragraph unless it begins with \pard
+  std::string body;
+  std::string canonical;  // after \pard\f0\fs24 of the first paragraph unless it begins with \pard
 };
 
 void Check(const std::vector<Case>& cases) {
@@ -81,7 +81,29 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
       {"a\\~b\\-c\\_d\\emdash\\bullet e",
        "\\pard\\f0\\fs24 a\\'a0b\\'adc\\u8209?d\\'97\\'95e\\par\r\n"},
       {"\\{\\\\\\}\\'41", "\\pard\\f0\\fs24\\{\\\\\\}A\\par\r\n"},
-      {"a\\sect b", "\\pard\\f0\\fs24 a\\par\r\n\\pard\\pagebb b\\par\r\n"},
+  });
+}
+
+// A section word describes the section in which it stands; \sectd takes the page from the head.
+TEST(CanonicalForm, DescribesTheSectionThatBegins) {
+  const std::string margins = "\\marglsxn0\\margrsxn0\\margtsxn0\\margbsxn0";
+  const std::string plain = "\\sectd" + margins + "\\lndscpsxn0\r\n";
+  Check({
+      {"a\\sect b", "\\pard\\f0\\fs24 a\\sect" + plain + "b\\par\r\n"},
+      {"a\\par\\sect\\sectd b", "\\pard\\f0\\fs24 a\\sect" + plain + "b\\par\r\n"},
+      {"\\sbknone a\\sect\\sectd b\\sect\\sectd\\sbknone\\cols2\\pgnlcrm c\\sect",
+       "\\pard\\f0\\fs24 a\\sect" + plain + "b\\sect\\sectd\\sbknone" + margins +
+           "\\lndscpsxn0\\cols2\\pgnlcrm\r\nc\\par\r\n"},
+      {"a\\sect\\sect b",
+       "\\pard\\f0\\fs24 a\\sect" + plain + "\\par\r\n\\sect" + plain + "b\\par\r\n"},
+      {"a\\sect\\sectd\\pgwsxn300\\pghsxn200\\marglsxn7{\\header\\cf2 h\\par}b",
+       "\\pard\\f0\\fs24 a\\sect\\sectd\\pgwsxn300\\pghsxn200\\marglsxn7\\margrsxn0\\margtsxn0"
+       "\\margbsxn0\\lndscpsxn\r\n{\\header\\plain\\pard\\cf1\\f0\\fs24 h\\par\r\n}\r\nb\\par\r\n"},
+      {"\\trowd\\cellx900\\pard\\intbl a\\cell\\row\\sect b",
+       "\\trowd\\cellx900\\pard\\intbl\\f0\\fs24 a\\cell\\row\r\n\\pard\\par\r\n\\sect" + plain +
+           "b\\par\r\n"},
+      {"{\\footnote a\\sect b}c",
+       "\\pard\\f0\\fs24{\\footnote\\plain\\pard\\f0\\fs24 a\\par\r\nb}c\\par\r\n"},
   });
 }
 

@@ -20,6 +20,13 @@ BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Blo
   while (visible_blocks_ > 0 && !richtext::Shows(blocks_[visible_blocks_ - 1])) --visible_blocks_;
 }
 
+void BlockLayout::BeginSection(double width, std::optional<QPointF> origin) {
+  width_ = width;
+  if (!origin) return;
+  taken_ = TakenAreas(origin);
+  y_ = 0;
+}
+
 std::optional<BlockStrips> BlockLayout::Next() {
   while (block_ < visible_blocks_) {
     const richtext::Block& block = blocks_[block_];

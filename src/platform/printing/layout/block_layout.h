@@ -23,6 +23,12 @@ class BlockLayout {
   BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks, double width,
               int position, int depth, Ending ending, std::optional<QPointF> origin = std::nullopt);
 
+  // A section begins, which has lines of this width; `origin` is where its first page begins, and
+  // is not given where it goes on below the blocks before.
+  void BeginSection(double width, std::optional<QPointF> origin);
+  // The number of the block that comes next.
+  std::size_t block() const { return block_; }
+
   // The next paragraph or table rows; none at the end, or where nothing that follows is visible.
   std::optional<BlockStrips> Next();
 

@@ -23,8 +23,18 @@ int DrawingPrinter::Format(const FormatRange& range) {
                           double(area.top + paper.offset_y),
                           double(area.right + paper.offset_x),
                           double(area.bottom + paper.offset_y)};
-  if (!layout_ || !layout_->IsFor(*range.document, on_paper)) {
-    layout_ = std::make_unique<PageLayout>(*range.document, on_paper, resources_);
+  const Paper across = Oriented(paper_, Orientation::kLandscape);
+  const PageFrame frame{on_paper,
+                        double(paper_.width),
+                        double(paper_.height),
+                        double(across.width),
+                        double(across.height),
+                        !range.own_margins.left,
+                        !range.own_margins.top,
+                        !range.own_margins.right,
+                        !range.own_margins.bottom};
+  if (!layout_ || !layout_->IsFor(*range.document, frame)) {
+    layout_ = std::make_unique<PageLayout>(*range.document, frame, resources_);
   }
   return layout_->DrawPage(painter, range.range.from, range.range.to);
 }

@@ -12,23 +12,23 @@ namespace {
 using richtext::PageSide;
 
 constexpr int kUsualDistance = 720;  // of headers and footers from the paper's edge
-// The share of the paper's height that a header or a footer may take, its distance from the edge
-// included; taller ones are scaled down.
-constexpr double kMostShare = 0.4;
-constexpr double kLeastBody =
-    720;  // the least height left for text; a taller header overlaps the text
+// The least height left for text, twips. Headers and footers that leave less are scaled down.
+constexpr double kLeastBody = 1440;
 
 std::size_t Index(PageSide side) { return static_cast<std::size_t>(side); }
 
 }  // namespace
 
-HeadersAndFooters::HeadersAndFooters(const LayoutContext& context, const PageArea& area)
-    : context_(context), area_(area), which_(richtext::PageHeadsOf(context.document)) {
-  context_.page_height = kMostShare * area.paper_height;
-  const double most = context_.page_height;
+HeadersAndFooters::HeadersAndFooters(const LayoutContext& context,
+                                     const richtext::DocumentSection& section)
+    : context_(context),
+      area_(context.area),
+      page_(*section.page),
+      which_(richtext::PageHeadsOf(context.document, section)) {
+  context_.page_height = std::max(area_.paper_height - kLeastBody, kLeastBody);
   const auto distance = [&](std::string_view word) {
-    const int set = richtext::PageWord(context.document.page, word).value_or(kUsualDistance);
-    return std::clamp<double>(set, 0, most / 2);
+    const int set = richtext::PageWord(page_, word).value_or(kUsualDistance);
+    return std::clamp<double>(set, 0, area_.paper_height / 5);
   };
   header_top_ = distance("headery");
   footer_bottom_ = distance("footery");
@@ -66,23 +66,38 @@ void HeadersAndFooters::LayOut(Head* head, const richtext::PageNumbers& numbers)
     head->height += strip->space_before + strip->height + strip->space_after;
 }
 
+// The distance of its end from the paper's edge where it stands.
+double HeadersAndFooters::EndOf(const std::optional<Head>& head) const {
+  if (!head) return 0;
+  return (head->footer ? footer_bottom_ : header_top_) + head->height;
+}
+
+// Between the paper's edge and the end of a header, or of a footer.
+double HeadersAndFooters::MostOn(PageSide side) const {
+  const double both = EndOf(headers_[Index(side)]) + EndOf(footers_[Index(side)]);
+  const double room = std::max(area_.paper_height - kLeastBody, 0.0);
+  return both > room ? room / 2 : room;
+}
+
 HeadersAndFooters::Body HeadersAndFooters::BodyWith(PageSide side) const {
-  const richtext::PageSetup& page = context_.document.page;
-  const double most = kMostShare * area_.paper_height;
+  const double most = MostOn(side);
   Body body{area_.top, area_.bottom};
   // Below a header, text starts at the letter's own margin, as it did for the author.
   if (const auto& header = headers_[Index(side)]) {
-    const double end = std::max<double>(header_top_ + header->height, page.top);
+    const double end = std::max<double>(EndOf(header), page_.top);
     body.top = std::max(body.top, std::min(end, most));
   }
   if (const auto& footer = footers_[Index(side)]) {
-    const double end = std::max<double>(footer_bottom_ + footer->height, page.bottom);
+    const double end = std::max<double>(EndOf(footer), page_.bottom);
     body.bottom = std::min(body.bottom, area_.paper_height - std::min(end, most));
   }
-  return body.height() < kLeastBody ? Body{area_.top, area_.bottom} : body;
+  return body.height() < std::min(kLeastBody, area_.height()) / 2 ? Body{area_.top, area_.bottom}
+                                                                  : body;
 }
 
-HeadersAndFooters::Body HeadersAndFooters::BodyOf(int page) const { return BodyWith(SideOf(page)); }
+HeadersAndFooters::Body HeadersAndFooters::BodyOf(int page, int number) const {
+  return BodyWith(which_.SideOf(page, number));
+}
 
 double HeadersAndFooters::LeastBodyHeight() const {
   double least = BodyWith(PageSide::kCommon).height();
@@ -97,19 +112,19 @@ bool HeadersAndFooters::ShowPageCount() const {
          std::any_of(footers_.begin(), footers_.end(), counts);
 }
 
-void HeadersAndFooters::Draw(QPainter& painter, int page, int page_count) {
-  const std::size_t side = Index(SideOf(page));
+void HeadersAndFooters::Draw(QPainter& painter, int page, richtext::PageNumbers numbers) {
+  const PageSide side = which_.SideOf(page, numbers.page);
+  numbers.style = which_.number_style;
   for (Heads* heads : {&headers_, &footers_}) {
-    std::optional<Head>& head = (*heads)[side];
+    std::optional<Head>& head = (*heads)[Index(side)];
     if (!head) continue;
-    if (head->fields.number || head->fields.count) LayOut(&*head, {NumberOf(page), page_count});
-    Draw(painter, *head);
+    if (head->fields.number || head->fields.count) LayOut(&*head, numbers);
+    Draw(painter, *head, MostOn(side));
   }
 }
 
-void HeadersAndFooters::Draw(QPainter& painter, const Head& head) const {
-  const double edge = head.footer ? footer_bottom_ : header_top_;
-  const double most = kMostShare * area_.paper_height - edge;
+void HeadersAndFooters::Draw(QPainter& painter, const Head& head, double most) const {
+  most -= head.footer ? footer_bottom_ : header_top_;
   const double scale = head.height > most ? most / head.height : 1;
   const double top =
       head.footer ? area_.paper_height - footer_bottom_ - head.height * scale : header_top_;

@@ -1,4 +1,4 @@
-// The headers and footers of a document: which one a page has, where it is drawn, and the height it
+// The headers and footers of a section: which one a page has, where it is drawn, and the height it
 // leaves for the text. Lengths are twips from the paper's top left corner.
 #pragma once
 
@@ -17,21 +17,27 @@ namespace tenora::printing {
 
 class HeadersAndFooters {
  public:
-  // The context's document must outlive this.
-  HeadersAndFooters(const LayoutContext& context, const PageArea& area);
+  // The context is that of the section's pages. Its document must outlive this.
+  HeadersAndFooters(const LayoutContext& context, const richtext::DocumentSection& section);
 
-  // What is left of the text area's height on a page, 1 the first.
+  // What is left of the text area's height.
   struct Body {
     double top = 0, bottom = 0;
     double height() const { return bottom - top; }
   };
-  Body BodyOf(int page) const;
+  // On a page of the section, 1 the first, that shows this number.
+  Body BodyOf(int page, int number) const;
   // On the page with the least.
   double LeastBodyHeight() const;
 
   // Whether some page shows how many pages there are.
   bool ShowPageCount() const;
-  void Draw(QPainter& painter, int page, int page_count);
+  // On a page of the section, 1 the first.
+  void Draw(QPainter& painter, int page, richtext::PageNumbers numbers);
+
+  // That the section's first page shows; nothing where the count goes on.
+  std::optional<int> FirstNumber() const { return which_.first_number; }
+  richtext::Bullet::Kind NumberStyle() const { return which_.number_style; }
 
  private:
   // One header or footer, laid out.
@@ -47,13 +53,14 @@ class HeadersAndFooters {
 
   Heads LayOutAll(bool footers);
   void LayOut(Head* head, const richtext::PageNumbers& numbers);
-  int NumberOf(int page) const { return which_.first_number + page - 1; }
-  richtext::PageSide SideOf(int page) const { return which_.SideOf(page); }
+  double MostOn(richtext::PageSide side) const;
+  double EndOf(const std::optional<Head>& head) const;
   Body BodyWith(richtext::PageSide side) const;
-  void Draw(QPainter& painter, const Head& head) const;
+  void Draw(QPainter& painter, const Head& head, double most) const;
 
   LayoutContext context_;
   PageArea area_;
+  const richtext::PageSetup& page_;
   richtext::PageHeads which_;
   double header_top_, footer_bottom_;  // to the paper's edges
   Heads headers_, footers_;

@@ -20,6 +20,17 @@ struct PageArea {
   bool operator==(const PageArea&) const = default;
 };
 
+// Where a document is printed: the paper lying either way, the area of its first section, and the
+// sides on which all sections keep that area's margin. On the others each has its own.
+struct PageFrame {
+  PageArea first;
+  double upright_width = 0, upright_height = 0;
+  double across_width = 0, across_height = 0;
+  bool left_kept = true, top_kept = true, right_kept = true, bottom_kept = true;
+
+  bool operator==(const PageFrame&) const = default;
+};
+
 // What a printer looks up once for all its documents: letters from one template share their fonts
 // and their letterhead. Used by one thread at a time.
 struct SharedResources {
@@ -28,6 +39,7 @@ struct SharedResources {
 };
 
 struct LayoutContext {
+  // For the pages of the first section.
   LayoutContext(const richtext::Document& source, const PageArea& page, SharedResources& resources)
       : document(source),
         area(page),

@@ -1,39 +1,31 @@
 #include "platform/printing/layout/page_layout.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "platform/printing/document_length.h"
 
 namespace tenora::printing {
 namespace {
+
+using Begin = richtext::Section::Begin;
 
 constexpr double kSlack = 1;  // rounding of heights, twips
 // A row up to this share of the page moves to the next page whole; a taller one is divided.
 constexpr double kWholeRowShare = 0.5;
 // Header rows that leave less than this share of the page are not repeated.
 constexpr double kHeaderShare = 0.5;
-
-// Scales down what is taller than a page and cannot be divided, so that all of it is visible.
-void DrawSmaller(QPainter& painter, const Strip& strip, QPointF corner, double available_height) {
-  std::vector<PlacedFloating> floating;
-  strip.CollectFloating(corner, &floating);
-  for (const PlacedFloating& one : floating) one.floating->content->Draw(painter, one.corner);
-  painter.save();
-  painter.translate(corner);
-  const double scale = available_height / strip.height;
-  painter.scale(scale, scale);
-  strip.Draw(painter, QPointF());
-  painter.restore();
-}
+constexpr double kLeastRoom = 144;  // between margins, twips
 
 }  // namespace
 
-PageLayout::PageLayout(const richtext::Document& document, const PageArea& area,
+PageLayout::PageLayout(const richtext::Document& document, const PageFrame& frame,
                        SharedResources& resources)
-    : area_(area),
+    : frame_(frame),
       resources_(resources),
-      context_(document, area, resources),
-      headers_and_footers_(context_, area),
+      context_(document, frame.first, resources),
+      sections_(richtext::SectionsOf(document)),
       length_(DocumentLength(document)) {
-  context_.page_height = headers_and_footers_.LeastBodyHeight();
   Restart();
 }
 
@@ -43,41 +35,151 @@ int PageLayout::DrawPage(QPainter& painter, int from, int to) {
   return next_;
 }
 
+Orientation PageLayout::NextOrientation() const {
+  const std::size_t section = pending_.empty() ? section_ : pending_.front().section;
+  return sections_[section].page->landscape ? Orientation::kLandscape
+                                            : Orientation::kAsPrinterIsSet;
+}
+
+// Margins that leave no room do not count.
+PageArea PageLayout::AreaOf(const richtext::DocumentSection& section) const {
+  const PageArea& first = frame_.first;
+  const richtext::PageSetup& page = *section.page;
+  if (&page == sections_.front().page) return first;
+  PageArea area;
+  area.paper_width = page.landscape ? frame_.across_width : frame_.upright_width;
+  area.paper_height = page.landscape ? frame_.across_height : frame_.upright_height;
+  area.left = frame_.left_kept ? first.left : page.left;
+  area.top = frame_.top_kept ? first.top : page.top;
+  area.right =
+      area.paper_width - (frame_.right_kept ? first.paper_width - first.right : page.right);
+  area.bottom =
+      area.paper_height - (frame_.bottom_kept ? first.paper_height - first.bottom : page.bottom);
+  if (area.width() >= kLeastRoom && area.height() >= kLeastRoom) return area;
+  return {area.paper_width, area.paper_height, 0, 0, area.paper_width, area.paper_height};
+}
+
+LayoutContext PageLayout::ContextOf(std::size_t section) const {
+  LayoutContext context = context_;
+  context.area = AreaOf(sections_[section]);
+  return context;
+}
+
+HeadersAndFooters& PageLayout::HeadsOf(std::size_t section) {
+  if (heads_ == nullptr || heads_section_ != section) {
+    heads_ = std::make_unique<HeadersAndFooters>(ContextOf(section), sections_[section]);
+    heads_section_ = section;
+  }
+  return *heads_;
+}
+
+// What is laid out from now on belongs to the section.
+void PageLayout::EnterSection(std::size_t section) {
+  load_section_ = section;
+  context_.area = AreaOf(sections_[section]);
+  context_.page_height = HeadsOf(section).LeastBodyHeight();
+  const double width = ColumnsOf(*sections_[section].page, context_.area.width()).width;
+  const bool goes_on = section > 0 && sections_[section].begin == Begin::kContinuous;
+  if (goes_on) return blocks_->BeginSection(width, std::nullopt);
+  blocks_->BeginSection(width, QPointF(context_.area.left, HeadsOf(section).BodyOf(1, 1).top));
+}
+
 void PageLayout::FillPage(QPainter* painter, int to) {
-  const HeadersAndFooters::Body body = headers_and_footers_.BodyOf(++page_);
-  corner_ = QPointF(area_.left, body.top);
-  height_ = body.height();
-  if (painter != nullptr) {
-    if (page_count_ == 0 && headers_and_footers_.ShowPageCount()) page_count_ = CountPages();
-    headers_and_footers_.Draw(*painter, page_, page_count_);
-  }
-  double y = 0;
-  bool page_empty = true;
-  space_after_ = 0;
-  taken_.Clear();
-  if (Load(1)) y = DrawRepeatedHeader(painter);
+  BeginPage();
+  if (painter != nullptr && totals_.pages == 0 && HeadsOf(page_.section).ShowPageCount())
+    CountPages();
   while (Load(1)) {
-    const Strip& strip = *pending_.front().block.strips.front();
-    if (to >= 0 && strip.begin >= to) break;
-    if (!DrawNext(painter, y, page_empty)) break;
+    const Pending& front = pending_.front();
+    if (to >= 0 && front.block.strips.front()->begin >= to) break;
+    if (front.section != section_ && !NextSection()) break;
+    const Outcome outcome = PlaceNext();
+    if (outcome == Outcome::kPlaced) continue;
+    if (outcome == Outcome::kPageFull || !columns_->NextColumn()) break;
+    PlaceRepeatedHeader();
   }
-  if (painter != nullptr) placed_.Draw(*painter);
+  if (painter != nullptr) Draw(*painter);
   next_ = Load(1) ? pending_.front().block.strips.front()->begin : length_;
 }
 
+PageLayout::PageCount PageLayout::NextPage() {
+  PageCount next = page_;
+  ++next.page;
+  next.section = Load(1) ? pending_.front().section : section_;
+  ++next.number;
+  ++next.in_section;
+  if (next.section == page_.section && page_.page > 0) return next;
+  const bool begun = page_.page > 0 && next.section == section_;  // further up on the page before
+  next.in_section = begun ? 2 : 1;
+  if (begun) return next;
+  if (const auto first = HeadsOf(next.section).FirstNumber()) next.number = *first;
+  // The empty page that makes the next one even or odd is not printed.
+  const Begin begin = sections_[next.section].begin;
+  const bool even = next.number % 2 == 0;
+  if (page_.page > 0 &&
+      ((begin == Begin::kEvenPage && !even) || (begin == Begin::kOddPage && even)))
+    ++next.number;
+  return next;
+}
+
+void PageLayout::BeginPage() {
+  page_before_ = page_;
+  page_ = NextPage();
+  section_ = page_.section;
+  const HeadersAndFooters::Body body = HeadsOf(section_).BodyOf(page_.in_section, page_.number);
+  const PageArea area = AreaOf(sections_[section_]);
+  columns_ = std::make_unique<PageColumns>(body.top, body.bottom);
+  columns_->Begin(ColumnsOf(*sections_[section_].page, area.width()), area.left);
+  if (Load(1)) PlaceRepeatedHeader();
+}
+
+bool PageLayout::NextSection() {
+  const std::size_t next = pending_.front().section;
+  const richtext::DocumentSection& section = sections_[next];
+  const PageArea area = AreaOf(section);
+  const bool same_paper = area.paper_width == AreaOf(sections_[section_]).paper_width;
+  if (section.begin == Begin::kColumn && same_paper && columns_->NextColumn()) {
+    section_ = next;
+    return true;
+  }
+  if (section.begin != Begin::kContinuous || !same_paper) return false;
+  columns_->Balance();
+  columns_->Begin(ColumnsOf(*section.page, area.width()), area.left);
+  section_ = next;
+  return true;
+}
+
+void PageLayout::Draw(QPainter& painter) {
+  richtext::PageNumbers numbers;
+  numbers.page = page_.number;
+  numbers.section = static_cast<int>(page_.section) + 1;
+  if (totals_.pages > 0) {
+    numbers.pages = totals_.pages;
+    numbers.section_pages = totals_.by_section[page_.section];
+  }
+  HeadsOf(page_.section).Draw(painter, page_.in_section, numbers);
+  columns_->Draw(painter);
+}
+
 // Counting needs no page numbers in the headers: they do not change the headers' heights.
-int PageLayout::CountPages() {
-  PageLayout pages(context_.document, area_, resources_);
-  pages.SkipTo(length_);
-  return pages.page_;
+void PageLayout::CountPages() {
+  PageLayout pages(context_.document, frame_, resources_);
+  totals_.by_section.assign(sections_.size(), 0);
+  for (int begin = -1; pages.next_ < length_ && pages.next_ > begin;) {
+    begin = pages.next_;
+    pages.FillPage(nullptr, -1);
+    ++totals_.by_section[pages.page_.section];
+  }
+  totals_.pages = pages.page_.page;
 }
 
 void PageLayout::Restart() {
   pending_.clear();
-  blocks_ = std::make_unique<BlockLayout>(context_, context_.document.blocks, area_.width(), 0, 0,
-                                          BlockLayout::Ending::kVisible,
-                                          QPointF(area_.left, headers_and_footers_.BodyOf(1).top));
-  next_ = page_ = 0;
+  blocks_ = std::make_unique<BlockLayout>(context_, context_.document.blocks, frame_.first.width(),
+                                          0, 0, BlockLayout::Ending::kVisible);
+  EnterSection(0);
+  next_ = 0;
+  section_ = 0;
+  page_ = page_before_ = {};
 }
 
 // Fills pages until one ends at the position or after it.
@@ -93,18 +195,24 @@ void PageLayout::StartAt(int position) {
   SkipTo(position);
   if (next_ == position) return;
   // No page begins at the position.
-  const int pages = page_ - 1;
+  const PageCount pages = page_before_;
+  const std::size_t section = pages.section;
   Restart();
   while (Load(1) && pending_.front().block.strips.front()->end <= position) DropStrip();
   next_ = position;
-  page_ = std::max(pages, 0);
+  page_ = pages;
+  section_ = section;
 }
 
 bool PageLayout::Load(std::size_t count) {
   while (pending_.size() < count) {
+    while (load_section_ + 1 < sections_.size() &&
+           blocks_->block() >= sections_[load_section_].end_block) {
+      EnterSection(load_section_ + 1);
+    }
     auto block = blocks_->Next();
     if (!block) return false;
-    if (!block->strips.empty()) pending_.push_back({std::move(*block), false});
+    if (!block->strips.empty()) pending_.push_back({std::move(*block), load_section_, false});
   }
   return true;
 }
@@ -116,12 +224,17 @@ void PageLayout::DropStrip() {
   if (front.block.strips.empty()) pending_.pop_front();
 }
 
-// Whether the next block, with those it must stay with, fits on the next page but not on this one.
-bool PageLayout::WantsNextPage(double available_height) {
-  const double next_height = headers_and_footers_.BodyOf(page_ + 1).height();
-  double needed = space_after_;
+// Whether the next block, with those it must stay with, fits into the next column but not into what
+// is left of this one.
+bool PageLayout::WantsNextColumn(double available_height) {
+  const double next_height =
+      columns_->LastColumn()
+          ? HeadsOf(page_.section).BodyOf(page_.in_section + 1, page_.number + 1).height()
+          : columns_->ColumnHeight();
+  double needed = columns_->space_after();
   for (std::size_t i = 0; Load(i + 1); ++i) {
     const BlockStrips& block = pending_[i].block;
+    if (pending_[i].section != pending_.front().section) break;
     const bool whole = block.keep_together || block.keep_with_next;
     for (const auto& strip : block.strips) {
       if (strip != block.strips.front() && strip->page_break_before) break;
@@ -134,63 +247,47 @@ bool PageLayout::WantsNextPage(double available_height) {
   return needed > available_height + kSlack && needed <= next_height;
 }
 
-double PageLayout::DrawRepeatedHeader(QPainter* painter) {
+void PageLayout::PlaceRepeatedHeader() {
   const Pending& front = pending_.front();
-  if (!front.block.header) return 0;
+  if (!front.block.header) return;
   const Strips& header = *front.block.header;
-  if (next_ < header.back()->end || next_ == 0) return 0;
+  if (front.block.strips.front()->begin < header.back()->end) return;
   double total = 0;
   for (const auto& strip : header) total += strip->height;
-  if (total > height_ * kHeaderShare) return 0;
-  double y = 0;
-  for (const auto& strip : header) {
-    if (painter != nullptr) placed_.Add(strip, corner_ + QPointF(0, y));
-    y += strip->height;
-  }
-  return y;
+  if (total > columns_->ColumnHeight() * kHeaderShare) return;
+  for (const auto& strip : header) columns_->PlaceRepeated(strip);
 }
 
-bool PageLayout::DrawNext(QPainter* painter, double& y, bool& page_empty) {
+PageLayout::Outcome PageLayout::PlaceNext() {
   Pending& front = pending_.front();
   const std::shared_ptr<Strip> strip = front.block.strips.front();
   const bool breaks = std::exchange(strip->page_break_before, false);
-  if (breaks && !page_empty) return false;
+  if (breaks && !columns_->page_empty()) return Outcome::kPageFull;
   const bool together = front.block.keep_together || front.block.keep_with_next;
-  if (!page_empty && together && !front.started && WantsNextPage(height_ - y)) return false;
+  if (!columns_->column_empty() && together && !front.started && WantsNextColumn(columns_->Left()))
+    return Outcome::kColumnFull;
 
-  double top = page_empty ? y : y + space_after_ + strip->space_before;
-  const double unmoved = top;
-  for (const Floating& one : strip->floating) taken_.Add(one, corner_ + QPointF(0, top));
-  const double free = taken_.FreeBelow(*strip, corner_ + QPointF(0, top)) - corner_.y();
-  // Where no page has room below what floats in the strip itself, it stays over or under that.
-  if (!page_empty || free + strip->height <= height_ + kSlack) {
-    strip->MoveBelowFloating(free - top);
-    top = free;
-  }
-  const double available_height = height_ - top;
+  const double top = columns_->FindTop(strip.get());
+  const double available_height = columns_->bottom() - top;
   if (strip->height <= available_height + kSlack) {
-    if (painter != nullptr) placed_.Add(strip, corner_ + QPointF(0, top));
-    y = top + strip->height;
-    space_after_ = strip->space_after;
-    page_empty = false;
+    columns_->Place(strip, top);
     DropStrip();
-    return true;
+    return Outcome::kPlaced;
   }
-  if (page_empty || strip->height > height_ * kWholeRowShare) {
+  if (columns_->column_empty() || strip->height > columns_->ColumnHeight() * kWholeRowShare) {
     pending_.front().started = true;
-    if (const auto part = strip->TakeTop(available_height)) {
-      if (painter != nullptr) placed_.Add(part, corner_ + QPointF(0, top));
-      return false;
+    if (auto part = strip->TakeTop(available_height)) {
+      columns_->Place(std::move(part), top);
+      return Outcome::kColumnFull;
     }
   }
-  if (!page_empty) {
-    strip->MoveBelowFloating(unmoved - top);
-    return false;
+  if (!columns_->column_empty() || !columns_->column_is_whole()) {
+    columns_->GiveBack(strip.get(), top);
+    return Outcome::kColumnFull;
   }
-  if (painter != nullptr)
-    DrawSmaller(*painter, *strip, corner_ + QPointF(0, top), available_height);
+  columns_->PlaceSmaller(strip, top);
   DropStrip();
-  return false;
+  return Outcome::kColumnFull;
 }
 
 }  // namespace tenora::printing

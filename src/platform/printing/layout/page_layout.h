@@ -5,64 +5,96 @@
 #include <QPainter>
 #include <deque>
 #include <memory>
+#include <vector>
 
 #include "platform/printing/layout/block_layout.h"
 #include "platform/printing/layout/headers_footers.h"
 #include "platform/printing/layout/layout_context.h"
+#include "platform/printing/layout/page_columns.h"
 #include "platform/printing/layout/paragraph_layout.h"
-#include "platform/printing/layout/placed_strips.h"
-#include "platform/printing/layout/taken_areas.h"
+#include "platform/printing/paper_size.h"
 #include "platform/richtext/document.h"
+#include "platform/richtext/document_sections.h"
 
 namespace tenora::printing {
 
 class PageLayout {
  public:
   // The document and the resources must outlive this.
-  PageLayout(const richtext::Document& document, const PageArea& area, SharedResources& resources);
+  PageLayout(const richtext::Document& document, const PageFrame& frame,
+             SharedResources& resources);
 
   // Draws a page with what fits from the position on, the paper's corner at the painter's origin;
   // returns the position of the first character that did not fit. `to` -1 is the document's end.
   int DrawPage(QPainter& painter, int from, int to);
 
-  bool IsFor(const richtext::Document& document, const PageArea& area) const {
-    return &document == &context_.document && area == area_;
+  bool IsFor(const richtext::Document& document, const PageFrame& frame) const {
+    return &document == &context_.document && frame == frame_;
   }
+  // Of the page that follows.
+  Orientation NextOrientation() const;
 
  private:
   struct Pending {
     BlockStrips block;
+    std::size_t section = 0;
     bool started = false;
   };
+  // Where a page is among the others.
+  struct PageCount {
+    int page = 0;             // 1 the first
+    std::size_t section = 0;  // in which it begins
+    int in_section = 0;       // 1 the section's first
+    int number = 0;           // that it shows
+  };
+  struct PageTotals {
+    int pages = 0;                // 0 until counted
+    std::vector<int> by_section;  // the pages that begin in each
+  };
+  enum class Outcome { kPlaced, kColumnFull, kPageFull };
 
   void Restart();
   void StartAt(int position);
   void SkipTo(int position);
-  int CountPages();
+  void CountPages();
+  void EnterSection(std::size_t section);
+  PageArea AreaOf(const richtext::DocumentSection& section) const;
+  LayoutContext ContextOf(std::size_t section) const;
+  HeadersAndFooters& HeadsOf(std::size_t section);
+
   // Fills the next page; without a painter nothing is drawn.
   void FillPage(QPainter* painter, int to);
+  PageCount NextPage();
+  void BeginPage();
+  bool NextColumn();
+  // Goes on with the section of the next block on this page; false where it begins another.
+  bool NextSection();
+  void Draw(QPainter& painter);
+
   bool Load(std::size_t count);  // false when fewer blocks remain
-  bool WantsNextPage(double available_height);
-  double DrawRepeatedHeader(QPainter* painter);
-  // Draws the next strip at y, or a part of it; false when the page is full.
-  bool DrawNext(QPainter* painter, double& y, bool& page_empty);
+  bool WantsNextColumn(double available_height);
+  void PlaceRepeatedHeader();
+  // Places the next strip, or a part of it.
+  Outcome PlaceNext();
   void DropStrip();
 
-  PageArea area_;
+  PageFrame frame_;
   SharedResources& resources_;
-  LayoutContext context_;
-  HeadersAndFooters headers_and_footers_;
+  LayoutContext context_;  // of the section that is laid out
+  std::vector<richtext::DocumentSection> sections_;
   int length_;
+
   std::unique_ptr<BlockLayout> blocks_;
+  std::size_t load_section_ = 0;
   std::deque<Pending> pending_;
-  double space_after_ = 0;  // of the last strip drawn
   int next_ = 0;
-  int page_ = 0;                 // the page last begun, 1 the first
-  QPointF corner_;               // of its text
-  double height_ = 0;            // for its text
-  int page_count_ = 0;           // 0 until counted
-  TakenAreas taken_{QPointF()};  // of the page
-  PlacedStrips placed_;
+
+  PageCount page_, page_before_;
+  std::unique_ptr<HeadersAndFooters> heads_;
+  std::size_t heads_section_ = 0;
+  std::size_t section_ = 0;  // that is placed
+  std::unique_ptr<PageColumns> columns_;
+  PageTotals totals_;
 };
 
 }  // namespace tenora::printing

@@ -35,7 +35,7 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
 
   void NewPage() override {
     Page();
-    pages_->NewPage(orientation_);
+    pages_->NewPage(NextOrientation(orientation_));
     ++open_->pages;
     ++page_count_;
   }

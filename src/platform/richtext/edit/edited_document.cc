@@ -53,6 +53,7 @@ bool Tidy(std::vector<Block>* blocks) {
 }  // namespace
 
 Document InCanonicalForm(Document document) {
+  if (auto* last = std::get_if<Paragraph>(&document.blocks.back())) last->next_section = nullptr;
   if (Tidy(&document.blocks) && std::ranges::none_of(document.fonts, IsBulletFont)) {
     document.fonts.push_back(BulletFont());
   }

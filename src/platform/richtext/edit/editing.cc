@@ -174,6 +174,7 @@ class Editor {
 Paragraph CutOut(const Editor& editor, const Place& from, const Place& to) {
   const std::size_t end = ParagraphText(*to.paragraph).size();
   Paragraph tail = Part(*to.paragraph, to.offset, end);
+  tail.next_section = to.paragraph->next_section;
   for (const Mark& mark : to.paragraph->marks) {
     if (mark.offset >= to.offset) tail.marks.push_back({mark.offset - to.offset, mark.source});
   }
@@ -243,6 +244,7 @@ int ReplaceRange(Document* document, int start, int length, std::string_view utf
   }
   Paragraph& last = added.empty() ? first : std::get<Paragraph>(added.back());
   last.mark = tail.mark;
+  last.next_section = tail.next_section;
   Append(&last, tail);
   from.container->insert(from.container->begin() + static_cast<std::ptrdiff_t>(from.index) + 1,
                          std::make_move_iterator(added.begin()),
@@ -270,6 +272,7 @@ int ReplaceRangeByObject(Document* document, int start, int length, const Docume
   Join(&joined.runs, std::move(object));
   for (const Run& run : tail.runs) Join(&joined.runs, run);
   joined.marks = place.paragraph->marks;
+  joined.next_section = place.paragraph->next_section;
   for (Mark& mark : joined.marks) {
     if (mark.offset >= place.offset) mark.offset += added;
   }

@@ -83,6 +83,11 @@ bool BlockBuilder::Empty(int level) const {
   return open_.size() < wanted || (open_.size() == wanted && open_.back().blocks.empty());
 }
 
+Paragraph* BlockBuilder::LastParagraph() {
+  MoveTo(0);
+  return blocks_.empty() ? nullptr : std::get_if<Paragraph>(&blocks_.back());
+}
+
 std::vector<Block> BlockBuilder::Finish(const CharFormat& mark) {
   MoveTo(0);
   EndWithParagraph(&blocks_, mark);

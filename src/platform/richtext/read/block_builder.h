@@ -17,6 +17,9 @@ class BlockBuilder {
   void EndRow(int level, const RowDefinition& definition);
   // True when the cell being filled at this level, or the text outside tables, holds nothing yet.
   bool Empty(int level) const;
+  // Ends what tables are open. The paragraph outside tables that was added last; null after a
+  // table, and when there is none.
+  Paragraph* LastParagraph();
   // Ends what is open and gives the blocks; a table at the end is followed by a paragraph
   // with this mark.
   std::vector<Block> Finish(const CharFormat& mark);

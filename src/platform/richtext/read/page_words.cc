@@ -5,52 +5,147 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace tenora::richtext {
 namespace {
 
 constexpr int kLargestParameter = 100'000;
+constexpr std::size_t kLongestColumns = 1000;  // of the words of \colno
+
+std::string SourceOf(const Token& word) {
+  std::string source(1, '\\');
+  source += word.text;
+  if (word.has_param)
+    source += std::to_string(std::clamp(word.param, -kLargestParameter, kLargestParameter));
+  return source;
+}
 
 }  // namespace
 
 bool PageWords::Take(const Token& word) {
-  static const std::unordered_map<std::string_view, int PageSetup::*> kLengths{
-      {"paperw", &PageSetup::width},  {"paperh", &PageSetup::height},
-      {"margl", &PageSetup::left},    {"margr", &PageSetup::right},
-      {"margt", &PageSetup::top},     {"margb", &PageSetup::bottom},
-      {"pgwsxn", &PageSetup::width},  {"pghsxn", &PageSetup::height},
-      {"marglsxn", &PageSetup::left}, {"margrsxn", &PageSetup::right},
-      {"margtsxn", &PageSetup::top},  {"margbsxn", &PageSetup::bottom}};
-  static const std::unordered_set<std::string_view> kOthers{
-      "headery", "footery", "titlepg",  "facingp",   "margmirror", "gutter",  "guttersxn", "cols",
-      "colsx",   "linex",   "pgnstart", "pgnstarts", "pgnrestart", "vertalc", "vertalb"};
-  if (word.text == "sbknone" || word.text == "sbkpage" || word.text == "sectd") {
-    continuous_ = word.text == "sbknone";
-    return true;
-  }
-  const auto length = kLengths.find(word.text);
-  const bool other = kOthers.contains(word.text);
-  const bool landscape = word.text == "landscape" || word.text == "lndscpsxn";
-  if (length == kLengths.end() && !other && !landscape && word.text != "deftab") return false;
-  if (first_section_ended_) return true;
-  if (length != kLengths.end()) {
-    page_.*length->second = std::abs(std::clamp(word.param, -kLargestPage, kLargestPage));
-  } else if (other) {
-    std::string& source = others_[std::string(word.text)];
-    source.assign(1, '\\').append(word.text);
-    if (word.has_param)
-      source += std::to_string(std::clamp(word.param, -kLargestParameter, kLargestParameter));
-  } else if (landscape) {
-    page_.landscape = word.On();
+  static const std::unordered_map<std::string_view, Section::Begin> kBegins{
+      {"sbknone", Section::Begin::kContinuous},
+      {"sbkcol", Section::Begin::kColumn},
+      {"sbkpage", Section::Begin::kPage},
+      {"sbkeven", Section::Begin::kEvenPage},
+      {"sbkodd", Section::Begin::kOddPage}};
+  if (const auto begin = kBegins.find(word.text); begin != kBegins.end()) {
+    begin_ = begin->second;
+  } else if (word.text == "sectd") {
+    begin_ = Section::Begin::kPage;
+    // In the head, section words may come before.
+    if (section_ == nullptr) return true;
+    own_ = {};
+    own_landscape_.reset();
+    others_.clear();
+  } else if (word.text == "landscape") {
+    if (section_ == nullptr)
+      landscape_ = word.On();
+    else
+      own_landscape_ = word.On();
+  } else if (word.text == "lndscpsxn") {
+    own_landscape_ = word.On();
+  } else if (word.text == "deftab") {
+    if (section_ == nullptr) default_tab_ = std::clamp(word.Or(720), 1, kLargestPage);
   } else {
-    default_tab_ = std::clamp(word.Or(720), 1, kLargestPage);
+    return TakeLength(word) || TakeColumn(word) || TakeOther(word);
   }
   return true;
 }
 
-void PageWords::Apply(Document* document) const {
-  document->page = page_;
-  for (const auto& [word, source] : others_) document->page.other_words += source;
+bool PageWords::TakeLength(const Token& word) {
+  static const std::unordered_map<std::string_view, std::optional<int> Lengths::*> kHead{
+      {"paperw", &Lengths::width}, {"paperh", &Lengths::height}, {"margl", &Lengths::left},
+      {"margr", &Lengths::right},  {"margt", &Lengths::top},     {"margb", &Lengths::bottom}};
+  static const std::unordered_map<std::string_view, std::optional<int> Lengths::*> kOwn{
+      {"pgwsxn", &Lengths::width},   {"pghsxn", &Lengths::height}, {"marglsxn", &Lengths::left},
+      {"margrsxn", &Lengths::right}, {"margtsxn", &Lengths::top},  {"margbsxn", &Lengths::bottom}};
+  const int length = std::abs(std::clamp(word.param, -kLargestPage, kLargestPage));
+  if (const auto own = kOwn.find(word.text); own != kOwn.end()) {
+    own_.*own->second = length;
+    return true;
+  }
+  const auto head = kHead.find(word.text);
+  if (head == kHead.end()) return false;
+  Lengths& lengths = section_ == nullptr ? head_ : own_;
+  lengths.*head->second = length;
+  return true;
+}
+
+// The words that describe the columns one by one belong together, in their order.
+bool PageWords::TakeColumn(const Token& word) {
+  if (word.text != "colno" && word.text != "colw" && word.text != "colsr") return false;
+  if (word.text == "colno" && word.Or(1) <= 1) others_.erase("colno");
+  std::string& source = others_["colno"];
+  if (source.size() < kLongestColumns && (word.text == "colno" || !source.empty()))
+    source += SourceOf(word);
+  if (source.empty()) others_.erase("colno");
+  return true;
+}
+
+bool PageWords::TakeOther(const Token& word) {
+  static const std::unordered_set<std::string_view> kHead{"facingp", "margmirror", "gutter",
+                                                          "pgnstart"};
+  static const std::unordered_set<std::string_view> kOwn{
+      "headery",    "footery",   "titlepg",    "guttersxn", "cols",    "colsx",
+      "linebetcol", "pgnstarts", "pgnrestart", "vertalc",   "vertalb", "linex"};
+  static const std::unordered_set<std::string_view> kNumbers{"pgnucrm", "pgnlcrm", "pgnucltr",
+                                                             "pgnlcltr"};
+  if (word.text == "pgncont") {
+    others_.erase("pgnrestart");
+  } else if (word.text == "pgndec") {
+    others_.erase("pgnformat");
+  } else if (kNumbers.contains(word.text)) {
+    others_["pgnformat"] = SourceOf(word);
+  } else if (kOwn.contains(word.text)) {
+    others_[std::string(word.text)] = SourceOf(word);
+  } else if (kHead.contains(word.text)) {
+    if (section_ == nullptr) head_others_[std::string(word.text)] = SourceOf(word);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+PageSetup PageWords::Page() const {
+  PageSetup page;
+  const auto length = [&](std::optional<int> Lengths::*which) {
+    return (own_.*which).value_or((head_.*which).value_or(0));
+  };
+  page.width = length(&Lengths::width);
+  page.height = length(&Lengths::height);
+  page.left = length(&Lengths::left);
+  page.top = length(&Lengths::top);
+  page.right = length(&Lengths::right);
+  page.bottom = length(&Lengths::bottom);
+  // A later section may lie across by its size alone.
+  const bool sized = section_ != nullptr && own_.width && own_.height;
+  page.landscape = own_landscape_.value_or(sized ? page.width > page.height : landscape_);
+  Others words = others_;
+  if (section_ == nullptr) words.insert(head_others_.begin(), head_others_.end());
+  for (const auto& [word, source] : words) page.other_words += source;
+  return page;
+}
+
+void PageWords::EndSection() {
+  if (section_ == nullptr) {
+    first_ = Page();
+    return;
+  }
+  section_->page = Page();
+  section_->begin = begin_;
+}
+
+std::shared_ptr<Section> PageWords::BeginSection() {
+  EndSection();
+  section_ = std::make_shared<Section>();
+  return section_;
+}
+
+void PageWords::Apply(Document* document) {
+  EndSection();
+  document->page = first_;
   document->default_tab = default_tab_;
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/richtext/document.h"
@@ -11,20 +13,36 @@ namespace tenora::richtext {
 
 class PageWords {
  public:
-  // False for other words. Section formatting of the first section counts, that of
-  // later ones is dropped: EndFirstSection.
+  // False for other words. Section words set the section that is being read.
   bool Take(const Token& word);
-  void EndFirstSection() { first_section_ended_ = true; }
-  // True when a section begins on the page where the one before ended.
-  bool continuous() const { return continuous_; }
-  void Apply(Document* document) const;
+  // \sect: ends the section, whose page is then known, and begins the next.
+  std::shared_ptr<Section> BeginSection();
+  // The section being read; null for the first, which is the document's page.
+  Section* section() { return section_.get(); }
+  // The source has ended: completes the last section and the document.
+  void Apply(Document* document);
 
  private:
-  PageSetup page_;
+  // What was said; nothing where the page is as the head says.
+  struct Lengths {
+    std::optional<int> width, height, left, top, right, bottom;
+  };
+  using Others = std::map<std::string, std::string, std::less<>>;  // by word, with parameter
+
+  bool TakeLength(const Token& word);
+  bool TakeOther(const Token& word);
+  bool TakeColumn(const Token& word);
+  PageSetup Page() const;
+  void EndSection();
+
+  Lengths head_, own_;  // of the document; of the section
+  bool landscape_ = false;
+  std::optional<bool> own_landscape_;
+  Others head_others_, others_;
+  Section::Begin begin_ = Section::Begin::kPage;
   int default_tab_ = 720;
-  std::map<std::string, std::string, std::less<>> others_;  // by word, with parameter
-  bool first_section_ended_ = false;
-  bool continuous_ = false;
+  PageSetup first_;
+  std::shared_ptr<Section> section_;
 };
 
 }  // namespace tenora::richtext

@@ -29,6 +29,7 @@ namespace tenora::richtext {
 namespace {
 
 constexpr std::size_t kMemoryBudget = std::size_t{1} << 30;
+constexpr std::size_t kSectionCost = 2048;
 constexpr int kLongestFallback = 1000;
 constexpr std::size_t kDeepest = 1000;
 constexpr std::size_t kMostStories = 8;  // a text box in a footnote in a table in …
@@ -87,6 +88,7 @@ class RtfReader {
   bool CharacterWord(const Token& word);
   bool ParagraphWord(const Token& word);
   void ChangeParagraph();
+  void EndSection();
 
   ReaderGroup& Top() { return groups_.back(); }
   Story& CurrentStory() { return *stories_.back(); }
@@ -513,8 +515,9 @@ void RtfReader::EndStory(ReaderGroup& group) {
   source.Raw("}");
   if (group.delivery == Delivery::kHead) {
     const std::size_t word = group.own_word.rfind('\\') + 1;
-    document_.head_groups.push_back(
-        {source.Take(), group.own_word.substr(word), std::move(blocks)});
+    Section* const section = head_.page().section();
+    (section == nullptr ? document_.head_groups : section->head_groups)
+        .push_back({source.Take(), group.own_word.substr(word), std::move(blocks)});
     return;
   }
   Verbatim object;
@@ -662,11 +665,10 @@ bool RtfReader::BreakWord(const Token& word) {
     story.EndRow(ResolvedFormat());
   else if (word.text == "nestrow")
     story.EndNestedRow();
-  else if (word.text == "sect") {
-    story.EndSection(ResolvedFormat(), !head_.page().continuous());
-    head_.page().EndFirstSection();
-  } else if (word.text == "chpgn" || word.text == "chftn" || word.text == "sectnum" ||
-             word.text == "chdate" || word.text == "chtime") {
+  else if (word.text == "sect")
+    EndSection();
+  else if (word.text == "chpgn" || word.text == "chftn" || word.text == "sectnum" ||
+           word.text == "chdate" || word.text == "chtime") {
     Verbatim object;
     object.source = "{\\" + std::string(word.text) + "}";
     AddObject(std::move(object));
@@ -676,6 +678,13 @@ bool RtfReader::BreakWord(const Token& word) {
     return false;
   }
   return true;
+}
+
+// Sections are the letter's; in its headers and notes the word ends a paragraph.
+void RtfReader::EndSection() {
+  if (stories_.size() > 1 || !budget_.Spend(kSectionCost))
+    return CurrentStory().EndParagraph(ResolvedFormat());
+  CurrentStory().EndSection(ResolvedFormat(), head_.page().BeginSection());
 }
 
 bool RtfReader::CharacterWord(const Token& word) {

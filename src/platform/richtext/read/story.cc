@@ -80,7 +80,6 @@ Paragraph Story::TakeParagraph(const CharFormat& mark) {
   paragraph.mark = mark;
   paragraph.format = state_.format;
   ParagraphFormat& format = paragraph.format;
-  if (std::exchange(page_break_pending_, false)) format.page_break_before = true;
   if (state_.shading > 0 && format.shading == 0)
     format.shading = context_.colours.Add(GreyOfShading(state_.shading));
   for (Border* border : {&format.top, &format.bottom, &format.left, &format.right}) {
@@ -126,9 +125,16 @@ void Story::EndNestedRow() {
   blocks_.EndRow(level, definition);
 }
 
-void Story::EndSection(const CharFormat& mark, bool new_page) {
-  if (!current_.runs.empty()) EndParagraph(mark);
-  page_break_pending_ = new_page;
+// An empty paragraph before the break is there only where no paragraph could end the section.
+void Story::EndSection(const CharFormat& mark, const std::shared_ptr<const Section>& next) {
+  Paragraph* last = current_.runs.empty() ? blocks_.LastParagraph() : nullptr;
+  if (last == nullptr || last->next_section != nullptr) {
+    state_.in_table = false;
+    state_.nesting = 0;
+    EndParagraph(mark);
+    last = blocks_.LastParagraph();
+  }
+  if (last != nullptr) last->next_section = next;
 }
 
 std::vector<Block> Story::Finish(const CharFormat& mark) {
@@ -140,6 +146,7 @@ std::vector<Block> Story::Finish(const CharFormat& mark) {
   std::vector<Mark> marks = std::move(current_.marks);
   std::vector<Block> blocks = blocks_.Finish(mark);
   auto& last = std::get<Paragraph>(blocks.back());
+  last.next_section = nullptr;  // nothing is in it
   std::size_t end = 0;
   for (const Run& run : last.runs) end += run.text.size();
   for (Mark& mark_left : marks) last.marks.push_back({end, std::move(mark_left.source)});

@@ -54,7 +54,8 @@ class Story {
   void EndNestedCell(const CharFormat& mark);
   void EndRow(const CharFormat& mark);
   void EndNestedRow();
-  void EndSection(const CharFormat& mark, bool new_page);
+  // `next` is described by what follows.
+  void EndSection(const CharFormat& mark, const std::shared_ptr<const Section>& next);
   std::vector<Block> Finish(const CharFormat& mark);
 
   ParagraphState& state() { return state_; }
@@ -80,7 +81,6 @@ class Story {
   ParagraphState state_;
   std::vector<ParagraphState> saved_;
   std::vector<RowDefinition> definitions_;  // by level, from 1
-  bool page_break_pending_ = false;
   int serial_ = 0;
   ListCounter numbers_;
   int counted_level_ = 0;  // of the table whose paragraphs it counts

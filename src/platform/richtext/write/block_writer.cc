@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/richtext/list_counter.h"
+#include "platform/richtext/write/section_writer.h"
 
 namespace tenora::richtext {
 
@@ -76,8 +77,15 @@ void BlockWriter::WriteParagraph(const Paragraph& paragraph, int number, int lev
     out_.Raw(paragraph.marks[next_mark].source);
   if (end.empty()) return;
   ChangeFormat(paragraph.mark);
-  out_.Word(end);
-  if (end == "par") out_.LineEnd();
+  // The mark of an empty paragraph is written: the section's end alone would be the paragraph's
+  // before.
+  if (paragraph.next_section == nullptr || paragraph.runs.empty()) {
+    out_.Word(end);
+    if (end == "par") out_.LineEnd();
+  }
+  if (paragraph.next_section == nullptr) return;
+  out_.Word("sect");
+  WriteSection(*paragraph.next_section, &out_);
 }
 
 void BlockWriter::WriteRun(const Run& run, const Paragraph& paragraph, std::size_t* offset,

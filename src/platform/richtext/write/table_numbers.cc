@@ -107,15 +107,19 @@ class Visitor {
   explicit Visitor(const Change& change) : change_(change) {}
 
   void Visit(Document* document) {
-    for (HeadGroup& group : document->head_groups) {
-      Source(&group.source);
-      for (Block& block : group.blocks) Visit(&block);
-    }
+    Visit(&document->head_groups);
     for (std::string& group : document->info) Source(&group);
     for (Block& block : document->blocks) Visit(&block);
   }
 
  private:
+  void Visit(std::vector<HeadGroup>* groups) {
+    for (HeadGroup& group : *groups) {
+      Source(&group.source);
+      for (Block& block : group.blocks) Visit(&block);
+    }
+  }
+
   void Visit(Block* block) {
     if (auto* paragraph = std::get_if<Paragraph>(block)) return Visit(paragraph);
     for (Row& row : std::get<std::shared_ptr<Table>>(*block)->rows) {
@@ -144,6 +148,10 @@ class Visitor {
         VisitObject(object);
     }
     for (Mark& mark : paragraph->marks) Source(&mark.source);
+    if (paragraph->next_section == nullptr || paragraph->next_section->head_groups.empty()) return;
+    Section section = *paragraph->next_section;  // copies of the document may share it
+    Visit(&section.head_groups);
+    paragraph->next_section = std::make_shared<const Section>(std::move(section));
   }
 
   // The figures' texts are copied, since other documents may share them.

@@ -197,6 +197,11 @@ void LetterLoader::InsertContent(QTextCursor* cursor, const Paragraph& paragraph
     offset += run.text.size();
   }
   insert_marks(static_cast<std::size_t>(-1), nullptr);
+  if (paragraph.next_section == nullptr) return;
+  InlineObject section_end;
+  section_end.kind = InlineObject::Kind::kSection;
+  section_end.next_section = paragraph.next_section;
+  InsertObject(cursor, std::move(section_end), paragraph.mark, nullptr);
 }
 
 void LetterLoader::InsertRun(QTextCursor* cursor, const Run& run, std::string_view text) {

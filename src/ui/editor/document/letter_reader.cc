@@ -191,6 +191,7 @@ void LetterReader::ReadObject(const InlineObject& object, const QTextCharFormat&
                               Paragraph* paragraph) {
   using Kind = InlineObject::Kind;
   if (object.kind == Kind::kMark) paragraph->marks.push_back({length_, object.mark_source});
+  if (object.kind == Kind::kSection && depth_ == 0) paragraph->next_section = object.next_section;
   int units = 0;
   for (Run run : object.runs) {
     units += run.object.index() == 0 ? printing::TextUnits(run.text) : 1;

@@ -42,8 +42,16 @@ bool SameRun(const Run& left, const Run& right) {
   return a == nullptr || *a == *b;
 }
 
+bool SameSection(const richtext::Section* left, const richtext::Section* right) {
+  if (left == nullptr || right == nullptr || left == right) return left == right;
+  return left->begin == right->begin && left->page == right->page &&
+         std::ranges::equal(left->head_groups, right->head_groups, {}, &richtext::HeadGroup::source,
+                            &richtext::HeadGroup::source);
+}
+
 bool SameText(const Paragraph& left, const Paragraph& right) {
-  return std::ranges::equal(left.runs, right.runs, SameRun) &&
+  return SameSection(left.next_section.get(), right.next_section.get()) &&
+         std::ranges::equal(left.runs, right.runs, SameRun) &&
          std::ranges::equal(left.marks, right.marks,
                             [](const richtext::Mark& a, const richtext::Mark& b) {
                               return a.offset == b.offset && a.source == b.source;

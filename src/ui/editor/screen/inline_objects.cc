@@ -85,6 +85,7 @@ QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int /*position*/,
       return {std::min(width, kWidest * scale), std::max(metrics.height(), kFrameHeight * scale)};
     }
     case Kind::kPageBreak:
+    case Kind::kSection:
       return QSizeF(kBreakWidth, kBreakHeight) * scale;
     case Kind::kCharacter:
       return {metrics.horizontalAdvance(SymbolText(*object)), metrics.ascent()};
@@ -105,10 +106,13 @@ void InlineObjects::drawObject(QPainter* painter, const QRectF& rect, QTextDocum
     painter->setFont(font);
     if (coloured) painter->setPen(shown.foreground().color());
     painter->drawText(rect, Qt::AlignCenter | Qt::TextDontClip, SymbolText(*object));
-  } else if (object->kind == Kind::kPageBreak) {
+  } else if (object->kind == Kind::kPageBreak || object->kind == Kind::kSection) {
     painter->setPen(QPen(Qt::gray, 1, Qt::DashLine));
-    painter->drawLine(QPointF(rect.left(), rect.center().y()),
-                      QPointF(rect.right(), rect.center().y()));
+    const int lines = object->kind == Kind::kSection ? 2 : 1;
+    for (int line = 1; line <= lines; ++line) {
+      const double y = rect.top() + rect.height() * line / (lines + 1);
+      painter->drawLine(QPointF(rect.left(), y), QPointF(rect.right(), y));
+    }
   } else {
     const printing::PlacedPicture placed = Placed(*object);
     if (placed.readable()) {

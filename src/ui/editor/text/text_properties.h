@@ -35,12 +35,14 @@ struct InlineObject {
     kPageBreak,  // "\f"
     kCharacter,  // a character that Qt has another meaning for, or of a symbol font
     kMark,       // a bookmark or comment
+    kSection,    // ends a section with its paragraph, wherever it is in that
     kPad,        // nothing: keeps an empty line after a table visible
   };
   Kind kind = Kind::kPad;
-  std::vector<richtext::Run> runs;  // empty for kPad and kMark
+  std::vector<richtext::Run> runs;  // empty for kPad, kMark and kSection
   std::string mark_source;          // kMark
   std::string shown_text;           // kCharacter
+  std::shared_ptr<const richtext::Section> next_section = nullptr;  // kSection: that begins then
 };
 
 // The cells of one row that a cell of Qt's table shows; several where they are merged across.

@@ -1,0 +1,221 @@
+#include "platform/printing/layout/page_columns.h"
+
+#include <QPen>
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+#include <utility>
+
+#include "platform/richtext/page_heads.h"
+
+namespace tenora::printing {
+namespace {
+
+constexpr int kMostColumns = 45;
+constexpr int kUsualGap = 720;
+constexpr double kNarrowest = 300;
+constexpr double kThinLine = 10;
+constexpr int kBalanceSteps = 16;
+constexpr double kSlack = 1;  // rounding of heights
+
+struct OwnColumn {
+  double width = 0, gap = 0;
+};
+
+// \colno1\colw2000\colsr400\colno2…
+std::vector<OwnColumn> OwnColumns(std::string_view words) {
+  std::vector<OwnColumn> columns;
+  while (!words.empty()) {
+    words.remove_prefix(1);
+    const std::string_view word = words.substr(0, words.find('\\'));
+    words.remove_prefix(word.size());
+    const std::size_t digits = std::min(word.find_first_of("0123456789"), word.size());
+    const std::string_view name = word.substr(0, digits);
+    int number = 0;
+    std::from_chars(word.data() + digits, word.data() + word.size(), number);
+    if (name == "colno" && columns.size() < kMostColumns) columns.emplace_back();
+    if (columns.empty()) continue;
+    if (name == "colw") columns.back().width = number;
+    if (name == "colsr") columns.back().gap = number;
+  }
+  return columns;
+}
+
+}  // namespace
+
+ColumnSetup ColumnsOf(const richtext::PageSetup& page, double text_width) {
+  const int count = std::clamp(richtext::PageWord(page, "cols").value_or(1), 1, kMostColumns);
+  ColumnSetup setup;
+  setup.left = {0};
+  setup.width = text_width;
+  if (count == 1) return setup;
+  setup.line_between = richtext::PageWord(page, "linebetcol").has_value();
+  const std::vector<OwnColumn> own = OwnColumns(page.other_words);
+  double end = 0, narrowest = text_width;
+  std::vector<double> lefts;
+  for (const OwnColumn& column : own) {
+    lefts.push_back(end);
+    end += column.width + column.gap;
+    narrowest = std::min(narrowest, column.width);
+  }
+  if (own.size() == static_cast<std::size_t>(count) && narrowest >= kNarrowest &&
+      lefts.back() + own.back().width <= text_width * 1.05) {
+    setup.left = std::move(lefts);
+    setup.width = narrowest;
+    return setup;
+  }
+  const double gap = std::max(0, richtext::PageWord(page, "colsx").value_or(kUsualGap));
+  const double width = (text_width - gap * (count - 1)) / count;
+  if (width < kNarrowest) return setup;
+  for (int i = 1; i < count; ++i) setup.left.push_back(i * (width + gap));
+  setup.width = width;
+  return setup;
+}
+
+void PageColumns::Begin(ColumnSetup setup, double left) {
+  EndColumns();
+  top_ = y_ = lowest_ = std::max(lowest_, y_);
+  // The space after the last strip is between it and what comes.
+  const bool below = !page_empty_;
+  setup_ = std::move(setup);
+  left_ = left;
+  column_ = 0;
+  first_ = placed_.size();
+  empty_ = !below;
+  if (setup_.left.size() > 1 && below) {
+    top_ = y_ = std::min(y_ + std::exchange(space_after_, 0), bottom_);
+    empty_ = true;
+  }
+}
+
+void PageColumns::EndColumns() {
+  if (!setup_.line_between || column_ == 0) return;
+  for (std::size_t i = 1; i < setup_.left.size(); ++i) {
+    const double x = left_ + (setup_.left[i - 1] + setup_.width + setup_.left[i]) / 2;
+    lines_.push_back({x, top_, std::max(lowest_, y_)});
+  }
+}
+
+bool PageColumns::NextColumn() {
+  if (LastColumn()) return false;
+  ++column_;
+  lowest_ = std::max(lowest_, y_);
+  y_ = top_;
+  space_after_ = 0;
+  empty_ = true;
+  return true;
+}
+
+std::size_t PageColumns::Distribute(double height, bool place) {
+  std::size_t column = 0;
+  double y = 0, after = 0;
+  bool empty = true;
+  for (std::size_t i = first_; i < placed_.size(); ++i) {
+    const Strip& strip = *placed_[i].strip;
+    double top = empty ? y : y + after + strip.space_before;
+    if (!empty && top + strip.height > height + kSlack) {
+      ++column;
+      top = 0;
+    }
+    if (place) {
+      column_ = std::min(column, setup_.left.size() - 1);
+      placed_[i].corner = Corner(top_ + top);
+      lowest_ = std::max(lowest_, top_ + top + strip.height);
+    }
+    y = top + strip.height;
+    after = strip.space_after;
+    empty = false;
+  }
+  return column + 1;
+}
+
+void PageColumns::Balance() {
+  const std::size_t count = setup_.left.size();
+  if (count < 2 || placed_.size() == first_) return;
+  // What floats stays where the text made room for it.
+  const auto floats = [](const Placed& placed) { return !placed.strip->floating.empty(); };
+  if (std::any_of(placed_.begin(), placed_.end(), floats)) return;
+  double least = 0, most = ColumnHeight();
+  for (int i = 0; i < kBalanceSteps; ++i) {
+    const double height = (least + most) / 2;
+    (Distribute(height, false) > count ? least : most) = height;
+  }
+  if (Distribute(most, false) > count) return;
+  lowest_ = top_;
+  Distribute(most, true);
+  y_ = lowest_;
+}
+
+QPointF PageColumns::Corner(double y) const { return QPointF(left_ + setup_.left[column_], y); }
+
+double PageColumns::Top(const Strip& strip) const {
+  return empty_ ? y_ : y_ + space_after_ + strip.space_before;
+}
+
+double PageColumns::FindTop(Strip* strip) {
+  const double top = Top(*strip);
+  if (!strip->floating.empty()) taken_before_ = taken_;
+  for (const Floating& one : strip->floating) taken_.Add(one, Corner(top));
+  const double free = taken_.FreeBelow(*strip, Corner(top));
+  // Where no page has room below what floats in the strip itself, it stays over or under that.
+  if (empty_ && free + strip->height > bottom_ + kSlack) return top;
+  strip->MoveBelowFloating(free - top);
+  return free;
+}
+
+void PageColumns::GiveBack(Strip* strip, double top) {
+  if (strip->floating.empty()) return;
+  taken_ = taken_before_;
+  strip->MoveBelowFloating(Top(*strip) - top);
+}
+
+void PageColumns::Place(std::shared_ptr<Strip> strip, double top) {
+  y_ = top + strip->height;
+  space_after_ = strip->space_after;
+  empty_ = page_empty_ = false;
+  placed_.push_back({std::move(strip), Corner(top), 1});
+}
+
+void PageColumns::PlaceRepeated(std::shared_ptr<Strip> strip) {
+  const double top = y_;
+  y_ += strip->height;
+  placed_.push_back({std::move(strip), Corner(top), 1});
+}
+
+void PageColumns::PlaceSmaller(std::shared_ptr<Strip> strip, double top) {
+  const double scale = (bottom_ - top) / strip->height;
+  y_ = bottom_;
+  empty_ = page_empty_ = false;
+  placed_.push_back({std::move(strip), Corner(top), scale});
+}
+
+void PageColumns::Draw(QPainter& painter) const {
+  std::vector<PlacedFloating> floating;
+  for (const Placed& placed : placed_) placed.strip->CollectFloating(placed.corner, &floating);
+  const auto draw_floating = [&](bool behind) {
+    for (const PlacedFloating& one : floating) {
+      if (one.floating->behind == behind) one.floating->content->Draw(painter, one.corner);
+    }
+  };
+  draw_floating(true);
+  for (const Placed& placed : placed_) {
+    if (placed.scale == 1) {
+      placed.strip->Draw(painter, placed.corner);
+      continue;
+    }
+    painter.save();
+    painter.translate(placed.corner);
+    painter.scale(placed.scale, placed.scale);
+    placed.strip->Draw(painter, QPointF());
+    painter.restore();
+  }
+  draw_floating(false);
+  if (lines_.empty()) return;
+  painter.save();
+  painter.setPen(QPen(Qt::black, kThinLine));
+  for (const Line& line : lines_)
+    painter.drawLine(QPointF(line.x, line.top), QPointF(line.x, line.bottom));
+  painter.restore();
+}
+
+}  // namespace tenora::printing

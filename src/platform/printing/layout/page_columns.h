@@ -1,0 +1,94 @@
+// A page while it is filled: strips placed in the columns of one section after the other. A page
+// without columns has one. Lengths are twips.
+#pragma once
+
+#include <QPainter>
+#include <QPointF>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "platform/printing/layout/layout_context.h"
+#include "platform/printing/layout/strip.h"
+#include "platform/printing/layout/taken_areas.h"
+#include "platform/richtext/document.h"
+
+namespace tenora::printing {
+
+// The columns of a section. Unequal ones get lines of the narrowest's length.
+struct ColumnSetup {
+  std::vector<double> left;  // of each, from the left of the text area; at least one
+  double width = 0;
+  bool line_between = false;
+};
+ColumnSetup ColumnsOf(const richtext::PageSetup& page, double text_width);
+
+class PageColumns {
+ public:
+  // Between these heights from the paper's top.
+  PageColumns(double top, double bottom)
+      : page_top_(top), top_(top), bottom_(bottom), y_(top), lowest_(top) {}
+
+  // Goes on with the columns of another section, below what is there.
+  void Begin(ColumnSetup setup, double left);
+  // Makes the columns of the section that ends here equally long.
+  void Balance();
+  // False where the current column is the last.
+  bool NextColumn();
+  bool LastColumn() const { return column_ + 1 >= setup_.left.size(); }
+
+  // The strip's place below the last one and below what floats there. What floats in the strip
+  // itself takes its room.
+  double FindTop(Strip* strip);
+  // The strip is not placed there after all.
+  void GiveBack(Strip* strip, double top);
+  void Place(std::shared_ptr<Strip> strip, double top);
+  // A row of a table's header, at the top of a column that counts as empty nevertheless.
+  void PlaceRepeated(std::shared_ptr<Strip> strip);
+  // Scaled to what is left, where it is alone.
+  void PlaceSmaller(std::shared_ptr<Strip> strip, double top);
+
+  bool page_empty() const { return page_empty_; }
+  bool column_empty() const { return empty_; }
+  // Whether the column reaches from the page's top to its bottom.
+  bool column_is_whole() const { return top_ <= page_top_; }
+  double Left() const { return bottom_ - y_; }  // below the last strip, its space after included
+  double bottom() const { return bottom_; }
+  double ColumnHeight() const { return bottom_ - top_; }
+  double space_after() const { return space_after_; }
+
+  void Draw(QPainter& painter) const;
+
+ private:
+  struct Placed {
+    std::shared_ptr<Strip> strip;
+    QPointF corner;
+    double scale = 1;
+  };
+  struct Line {
+    double x, top, bottom;
+  };
+
+  double Top(const Strip& strip) const;
+  QPointF Corner(double y) const;
+  // How many columns the strips take when none is longer; places them if wanted.
+  std::size_t Distribute(double height, bool place);
+  void EndColumns();
+
+  double page_top_;
+  double top_, bottom_;  // of the columns
+  double y_, lowest_;
+  bool page_empty_ = true;
+  ColumnSetup setup_;
+  double left_ = 0;
+  std::size_t column_ = 0;
+  bool empty_ = true;
+  double space_after_ = 0;  // of the last strip placed
+  std::size_t first_ = 0;   // of placed_ in these columns
+  std::vector<Placed> placed_;
+  std::vector<Line> lines_;
+  TakenAreas taken_{QPointF()};
+  TakenAreas taken_before_{QPointF()};  // before a strip in which something floats took its room
+};
+
+}  // namespace tenora::printing

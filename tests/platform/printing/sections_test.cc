@@ -1,0 +1,113 @@
+// Sections of a document on paper: how each begins, its page and its columns.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/printing/paper.h"
+#include "platform/richtext/rtf_reader.h"
+
+namespace tenora::test {
+namespace {
+
+using testing::ElementsAreArray;
+
+richtext::Document Letter(const std::string& body) {
+  return richtext::ReadRtf("{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Times New Roman;}}\\pard\\plain " +
+                           body + "\\par}");
+}
+
+// The words of each page, from top to bottom.
+std::vector<std::string> PagesOf(const Paper& paper) {
+  std::vector<std::string> pages(paper.ends.size());
+  for (const Word& word : paper.Words()) {
+    std::string& page = pages.at(static_cast<std::size_t>(word.page - 1));
+    page += (page.empty() ? "" : " ") + word.text;
+  }
+  return pages;
+}
+
+TEST(Sections, BeginAsTheirOwnWordsSay) {
+  const std::string number = "{\\header\\chpgn\\par}";
+  const struct {
+    std::string body;
+    std::vector<std::string> pages;
+  } cases[] = {
+      {"a\\sect b", {"a", "b"}},
+      {"\\sbknone a\\sect\\sectd b", {"a", "b"}},
+      {"a\\sect\\sectd\\sbknone b\\sect\\sectd c", {"a b", "c"}},
+      {"a\\sect\\sectd\\sbknone\\lndscpsxn b", {"a", "b"}},
+      {number + "a\\sect\\sectd\\sbkodd b\\sect\\sectd\\sbkeven c", {"1 a", "3 b", "4 c"}},
+      {number + "a\\sect\\sectd\\pgnrestart\\pgnstarts8\\pgnucrm b\\page c\\sect\\sectd d",
+       {"1 a", "VIII b", "IX c", "10 d"}},
+      {"{\\header one\\par}{\\footer foot\\par}a\\sect{\\header two\\par}b\\sect c",
+       {"one a foot", "two b foot", "two c foot"}},
+      {"{\\header all\\par}a\\sect\\titlepg{\\headerf first\\par}b\\page c",
+       {"all a", "first b", "all c"}},
+      {"{\\header\\sectnum  of {\\field{\\*\\fldinst SECTIONPAGES}{\\fldrslt 9}}\\par}a\\page b"
+       "\\sect c",
+       {"1 of 2 a", "1 of 2 b", "2 of 1 c"}},
+      {"a\\par\\sect\\sect b", {"a", "", "b"}},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases)
+    EXPECT_THAT(PagesOf(Print(Letter(c.body), folder)), ElementsAreArray(c.pages)) << c.body;
+}
+
+// Lines of exactly 500 twips, on pages of ten.
+TEST(Sections, FillTheirColumnsOneAfterTheOther) {
+  std::string body = "\\pard\\sl-500 above\\sect\\sectd\\sbknone\\cols2\\colsx526 ";
+  for (int line = 1; line <= 12; ++line) body += "line" + std::to_string(line) + "\\par ";
+  const std::string below = "\\sect\\sectd\\sbknone below";
+  const ScratchFolder folder;
+  const auto at = [](const Paper& paper, const char* word, int page, int column, int line) {
+    const Word found = paper.Find(word);
+    const Word above = paper.Find("above");
+    EXPECT_EQ(found.page, page) << word;
+    EXPECT_NEAR(found.left - above.left, column * (kTextWidth + 526) / 2, 2) << word;
+    EXPECT_NEAR(found.bottom - above.bottom, line * 500, 2) << word;
+  };
+  const Paper open = Print(Letter(body), folder, kTextWidth, 5000);
+  at(open, "line9", 1, 0, 9);
+  at(open, "line10", 1, 1, 1);
+  // Equally long before a section on the same page.
+  const Paper closed = Print(Letter(body + below), folder, kTextWidth, 5000);
+  at(closed, "line6", 1, 0, 6);
+  at(closed, "line7", 1, 1, 1);
+  at(closed, "below", 1, 0, 7);
+  // A page further where both columns are full.
+  const Paper full =
+      Print(Letter("\\cols2\\colsx526 " + body + body + below), folder, kTextWidth, 5000);
+  EXPECT_EQ(full.Find("below").page, 2);
+}
+
+TEST(Sections, HaveMarginsOfTheirOwnAndLieAcross) {
+  const richtext::Document document = Letter(
+      "one\\sect\\sectd\\marglsxn2000\\margtsxn3000 two\\sect\\sectd\\lndscpsxn\\marglsxn2500 "
+      "three");
+  const ScratchFolder folder;
+  for (const bool own : {true, false}) {
+    const auto printers =
+        printing::Printers::Create({printing::kPdfPrinterName, folder / "sections.pdf"});
+    printing::Printer& printer = printers->Current();
+    printer.StartDocument("Sections", printing::Orientation::kAsPrinterIsSet);
+    printing::FormatRange range;
+    range.document = &document;
+    range.print_rect = {kInch, kInch, kInch + kTextWidth, kInch + kTextHeight};
+    range.page_rect = {0, 0, kPageWidth, kPageHeight};
+    range.own_margins = {own, own, own, own};
+    for (int page = 1; page <= 3; ++page) {
+      if (page > 1) printer.NewPage();
+      range.range.from = printer.Format(range);
+    }
+    Paper paper;
+    paper.file = printer.EndJob();
+    EXPECT_NEAR(paper.Find("one").left, kInch, 2);
+    EXPECT_NEAR(paper.Find("two").left, own ? 2000 : kInch, 2);
+    EXPECT_NEAR(paper.Find("two").top - paper.Find("one").top, own ? 3000 - kInch : 0, 2);
+    EXPECT_NEAR(paper.Find("three").left, own ? 2500 : kInch, 2);
+    EXPECT_THAT(Poppler({"pdfinfo", "-f", "3", "-l", "3", paper.file.string()}),
+                testing::ContainsRegex("Page +3 size: +842 x 595"));
+  }
+}
+
+}  // namespace
+}  // namespace tenora::test
