@@ -391,6 +391,17 @@ TEST_F(Metafiles, MayStretchTheirTextsBeyondMeasure) {
   EXPECT_EQ(Draw(bytes)->Rendered({200, 200}).width(), 200);
 }
 
+// In pixels, a shape that reaches two thousand frames beyond the picture takes a minute.
+TEST_F(Metafiles, DrawNothingThatIsFarOutsideTheirFrame) {
+  const auto frame = [](std::int16_t reach) {
+    return RedWmf().Rectangle(0, 0, 100, 100).Rectangle(0, -reach, 50, reach).Done();
+  };
+  EXPECT_TRUE(Draw(frame(5'000))->complete());
+  const auto drawing = Draw(frame(32'000));
+  EXPECT_FALSE(drawing->complete());
+  EXPECT_EQ(drawing->Rendered({10, 10}).pixel(5, 5), kRed);
+}
+
 TEST_F(Metafiles, StopDrawingBeforeTheyHoldUpALetter) {
   WmfFile file = RedWmf();
   for (int i = 0; i < 5000; ++i) file.Rectangle(0, 0, 100, 100);

@@ -16,6 +16,9 @@ constexpr double kMostPixels = 40e6;    // of bitmaps
 constexpr double kMostPainting = 1500;  // frames filled, one upon the other
 constexpr double kMostDashes = 20'000;  // of a line
 constexpr double kLargestCoordinate = 1e8;
+// From the frame, in frames: drawing in pixels takes time for what is outside as well.
+constexpr double kFarthest = 200;
+constexpr double kUnseenCost = 0.02;  // of a shape's length in frames, in frames filled
 
 QRectF BoundsOf(const DrawnItem& item) {
   if (const auto* shape = std::get_if<DrawnShape>(&item.what)) {
@@ -219,13 +222,20 @@ bool DrawingBuilder::Add(DrawnItem item, int points, int operation) {
   return true;
 }
 
-void DrawingBuilder::TrimPainting(const QRectF& frame) {
+void DrawingBuilder::FitToFrame(const QRectF& frame) {
+  const double across = kFarthest * frame.width(), down = kFarthest * frame.height();
+  const QRectF reach = frame.adjusted(-across, -down, across, down);
+  if (std::erase_if(items_,
+                    [&](const DrawnItem& item) { return !reach.contains(BoundsOf(item)); }) > 0) {
+    complete_ = false;
+  }
   const double area = frame.width() * frame.height();
   double painted = 0;
   const Clip* clip = nullptr;
   for (std::size_t i = 0; i < items_.size(); ++i) {
-    const QRectF shown = BoundsOf(items_[i]) & frame;
+    const QRectF bounds = BoundsOf(items_[i]), shown = bounds & frame;
     painted += shown.width() * shown.height() / area;
+    painted += (bounds.width() / frame.width() + bounds.height() / frame.height()) * kUnseenCost;
     if (items_[i].clip.get() != clip) {
       clip = items_[i].clip.get();
       for (const Clip* one = clip; one != nullptr; one = one->outer.get()) {
@@ -245,7 +255,7 @@ std::shared_ptr<const Drawing> DrawingBuilder::Take(const QRectF& frame, QSizeF 
     items_.clear();
     complete_ = false;
   } else {
-    TrimPainting(frame);
+    FitToFrame(frame);
   }
   return std::make_shared<const Drawing>(std::move(items_), frame, size, complete_);
 }

@@ -49,7 +49,7 @@ class DrawingBuilder {
 
   bool Add(DrawnItem item, int points, int operation);
   bool MergeParts(const QImage& image, const QTransform& place, int operation);
-  void TrimPainting(const QRectF& frame);
+  void FitToFrame(const QRectF& frame);
 
   std::vector<DrawnItem> items_;
   std::vector<Part> parts_;
