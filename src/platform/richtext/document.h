@@ -88,6 +88,34 @@ struct Border {
   bool operator==(const Border&) const = default;
 };
 
+// Where a shape is on the page, in twips; `left` to `bottom` are relative to what `x_from` and
+// `y_from` name.
+struct ShapeBox {
+  enum class From { kText, kMargin, kPage };           // kText: the column, or the paragraph's top
+  enum class Align { kAsSet, kStart, kCentre, kEnd };  // other than kAsSet: in that part of it
+  enum class Wrap { kNone, kAboveAndBelow, kAround };
+  int left = 0, top = 0, right = 0, bottom = 0;
+  From x_from = From::kText, y_from = From::kText;
+  Align x_align = Align::kAsSet, y_align = Align::kAsSet;
+  Wrap wrap = Wrap::kAround;  // what the text does
+  bool behind = false;        // the text
+  bool in_line = false;       // it stands in its line as a letter does
+};
+
+// Where the frame is that a paragraph stands in, twips. Paragraphs of the same frame that follow
+// each other share it.
+struct FramePlace {
+  ShapeBox::From x_from = ShapeBox::From::kText, y_from = ShapeBox::From::kText;
+  ShapeBox::Align x_align = ShapeBox::Align::kAsSet, y_align = ShapeBox::Align::kAsSet;
+  int x = 0, y = 0;
+  int width = 0;             // 0: as wide as its text
+  int height = 0;            // at least; negative: exactly
+  int gap_x = 0, gap_y = 0;  // to the text around
+  bool text_beside = true;
+
+  bool operator==(const FramePlace&) const = default;
+};
+
 struct ParagraphFormat {
   Alignment alignment = Alignment::kLeft;
   int left_indent = 0, right_indent = 0, first_indent = 0;  // first is relative to left
@@ -102,6 +130,7 @@ struct ParagraphFormat {
   bool right_to_left = false;
   int shading = 0;  // position in Document::colours; 0 is none
   Border top, bottom, left, right;
+  std::optional<FramePlace> frame;
 
   bool operator==(const ParagraphFormat&) const = default;
 };
@@ -113,20 +142,6 @@ struct Picture {
   int width = 0, height = 0;  // on paper, scaling applied
   std::string bytes;  // decoded; without the file header for kDib and kWmf, as RTF holds them
   std::string source;
-};
-
-// Where a shape is on the page, in twips; `left` to `bottom` are relative to what `x_from` and
-// `y_from` name.
-struct ShapeBox {
-  enum class From { kText, kMargin, kPage };           // kText: the column, or the paragraph's top
-  enum class Align { kAsSet, kStart, kCentre, kEnd };  // other than kAsSet: in that part of it
-  enum class Wrap { kNone, kAboveAndBelow, kAround };
-  int left = 0, top = 0, right = 0, bottom = 0;
-  From x_from = From::kText, y_from = From::kText;
-  Align x_align = Align::kAsSet, y_align = Align::kAsSet;
-  Wrap wrap = Wrap::kAround;  // what the text does
-  bool behind = false;        // the text
-  bool in_line = false;       // it stands in its line as a letter does
 };
 
 struct Figure;

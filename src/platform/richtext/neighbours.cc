@@ -8,7 +8,7 @@ bool WithoutSpaceBetween(const ParagraphFormat& one, const ParagraphFormat& othe
 
 bool SameFrame(const ParagraphFormat& one, const ParagraphFormat& other) {
   return one.top == other.top && one.bottom == other.bottom && one.left == other.left &&
-         one.right == other.right && one.shading == other.shading &&
+         one.right == other.right && one.frame == other.frame && one.shading == other.shading &&
          one.left_indent == other.left_indent && one.right_indent == other.right_indent;
 }
 

@@ -76,12 +76,19 @@ PageField FieldOf(const Run& run) {
   return {};
 }
 
-// Calls `use` with every paragraph, those in tables included.
+using VerbatimPointer = std::shared_ptr<const Verbatim>;
+
+// Calls `use` with every paragraph, those in tables and text boxes included.
 template <typename Use>
 void ForEachParagraphIn(const std::vector<Block>& blocks, const Use& use) {
   for (const Block& block : blocks) {
     if (const auto* paragraph = std::get_if<Paragraph>(&block)) {
       use(*paragraph);
+      for (const Run& run : paragraph->runs) {
+        const auto* const object = std::get_if<VerbatimPointer>(&run.object);
+        if (object == nullptr) continue;
+        for (const auto& figure : (*object)->figures) ForEachParagraphIn(figure->blocks, use);
+      }
       continue;
     }
     for (const Row& row : std::get<std::shared_ptr<Table>>(block)->rows) {
@@ -103,6 +110,21 @@ int NumberOf(PageField::Kind kind, const PageNumbers& numbers) {
   }
 }
 
+// The document is not changed.
+void Fill(VerbatimPointer* drawing, const PageNumbers& numbers) {
+  std::shared_ptr<Verbatim> filled;
+  for (std::size_t i = 0; i < (*drawing)->figures.size(); ++i) {
+    const Figure& figure = *(*drawing)->figures[i];
+    const PageFields fields = PageFieldsIn(figure.blocks);
+    if (!fields.number && !fields.count) continue;
+    if (filled == nullptr) filled = std::make_shared<Verbatim>(**drawing);
+    Figure changed = figure;
+    changed.blocks = WithPageNumbers(std::move(changed.blocks), numbers);
+    filled->figures[i] = std::make_shared<const Figure>(std::move(changed));
+  }
+  if (filled != nullptr) *drawing = std::move(filled);
+}
+
 void Fill(Paragraph* paragraph, const PageNumbers& numbers) {
   std::vector<Run> runs;
   std::shared_ptr<const Field> filled;  // its result may be of several runs
@@ -110,6 +132,7 @@ void Fill(Paragraph* paragraph, const PageNumbers& numbers) {
     if (run.field && run.field == filled) continue;
     const PageField field = FieldOf(run);
     filled = nullptr;
+    if (auto* const object = std::get_if<VerbatimPointer>(&run.object)) Fill(object, numbers);
     if (field.kind != PageField::Kind::kNone) {
       filled = std::exchange(run.field, nullptr);
       run.object = std::monostate();

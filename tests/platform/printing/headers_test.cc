@@ -42,6 +42,11 @@ TEST(Headers, StandOnThePagesThatTheLetterNames) {
       {"\\pgnstart6{\\footer\\trowd\\cellx5000\\pard\\intbl {\\field{\\*\\fldinst{\\f0 page \\\\* "
        "roman \\\\* MERGEFORMAT}}{\\fldrslt{\\b 1}{\\i 2}}}\\cell\\row\\pard\\par}",
        {"text vi", "text vii", "text viii"}},
+      {"{\\header{\\shp{\\*\\shpinst\\shpright3000\\shpbottom900{\\sp{\\sn shapeType}{\\sv 202}}"
+       "{\\shptxt p{\\chpgn}\\par}}}\\par}",
+       {"p1 text", "p2 text", "p3 text"}},
+      {"{\\header\\pard\\posxr\\pvpara p{\\chpgn}\\par\\pard\\par}",
+       {"p1 text", "p2 text", "p3 text"}},
   };
   const ScratchFolder folder;
   for (const auto& c : cases) {

@@ -93,6 +93,39 @@ TEST(Shapes, LeaveTheTextRoom) {
   }
 }
 
+TEST(Frames, StandInTheirPlaceAndLeaveTheTextRoom) {
+  const std::string window = "\\pard\\absw4000\\absh1800\\phpg\\posx6000\\pvpg\\posy2000 ";
+  const struct {
+    std::string source;
+    double left, top;            // of the word "framed", from the paper's edges
+    double text_left, text_top;  // of the word "text"
+  } cases[] = {
+      {window + "A\\par framed\\par\\pard text\\par", 6000, 2230, kInch, kInch},
+      {window + "\\nowrap framed\\par\\pard text\\par\\par\\par text2\\par", 6000, 2000, kInch,
+       kInch},
+      {"\\pard\\absw4000\\pvpara\\phmrg framed\\par\\pard text\\par", kInch, kInch, kInch + 4115,
+       kInch},
+      {"\\pard\\absw4000\\pvpara\\phmrg\\nowrap framed\\par\\pard text\\par", kInch, kInch, kInch,
+       kInch + 230},
+      {"\\pard\\posxr\\pvpara framed\\par\\pard text\\par", kPageWidth - kInch - 650, kInch, kInch,
+       kInch},
+      {"{\\header\\pard\\absw3000\\pvpg\\phpg\\posx7000\\posy3000\\fs20 framed\\par}text\\par",
+       7000, 3000, kInch, kInch},
+      {"\\trowd\\cellx3000\\pard\\intbl\\absw3000\\pvpg\\phpg\\posx7000\\posy3000 framed\\cell"
+       "\\row\\pard text\\par",
+       7000, 3000, kInch, kInch},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases) {
+    const Paper paper = PrintSource(c.source, folder);
+    EXPECT_NEAR(paper.Find("framed").left, c.left, 60) << c.source;
+    EXPECT_NEAR(paper.Find("framed").top, c.top, 60) << c.source;
+    EXPECT_NEAR(paper.Find("text").left, c.text_left, 60) << c.source;
+    EXPECT_NEAR(paper.Find("text").top, c.text_top, 60) << c.source;
+    EXPECT_EQ(paper.Pages(), 1) << c.source;
+  }
+}
+
 TEST(Shapes, ThatFillAPageDoNotKeepTheTextOffAllPages) {
   const ScratchFolder folder;
   const Paper paper =

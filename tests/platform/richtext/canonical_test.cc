@@ -76,6 +76,10 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
        "\\pard\\brdrb\\brdrs\\brdrw10\\brsp85\\f0\\fs24 x\\par\r\n"},
       {"\\pard\\brdrt\\brdrtbl\\brdrw10\\brdrb\\brdrdb\\brdrl\\brdrdot\\brdrr\\brdrdashsm x",
        "\\pard\\brdrl\\brdrdot\\brdrb\\brdrdb\\brdrr\\brdrdash\\f0\\fs24 x\\par\r\n"},
+      {"\\pard\\posxc\\absw4000\\absh-900\\posyb\\dxfrtext180 x\\par\\pard y",
+       "\\pard\\absw4000\\absh-900\\posxc\\pvmrg\\posyb\\dfrmtxtx180\\dfrmtxty180\\f0\\fs24 "
+       "x\\par\r\n"
+       "\\pard y\\par\r\n"},
       {"\\pard\\s34\\sa200\\contextualspace x\\par\\pard\\s3 y",
        "\\pard\\s34\\contextualspace\\sa200\\f0\\fs24 x\\par\r\n\\pard y\\par\r\n"},
       {"a\\~b\\-c\\_d\\emdash\\bullet e",

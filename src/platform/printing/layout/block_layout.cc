@@ -1,11 +1,42 @@
 #include "platform/printing/layout/block_layout.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include "platform/printing/document_length.h"
+#include "platform/printing/layout/placed_strips.h"
+#include "platform/printing/layout/shape_layout.h"
 #include "platform/printing/layout/table_layout.h"
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/neighbours.h"
 
 namespace tenora::printing {
+namespace {
+
+class Anchor : public Strip {
+ public:
+  void Draw(QPainter& /*painter*/, QPointF /*corner*/) const override {}
+};
+
+class FrameContent : public FloatContent {
+ public:
+  void Draw(QPainter& painter, QPointF corner) const override {
+    PlacedStrips placed;
+    double y = corner.y();
+    for (const auto& strip : strips) {
+      y += strip->space_before;
+      placed.Add(strip, QPointF(corner.x() - left, y));
+      y += strip->height + strip->space_after;
+    }
+    placed.Draw(painter);
+  }
+
+  Strips strips;
+  double left = 0;  // where the frame begins in the strips
+};
+
+}  // namespace
+
 BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks,
                          double width, int position, int depth, Ending ending,
                          std::optional<QPointF> origin)
@@ -30,6 +61,7 @@ void BlockLayout::BeginSection(double width, std::optional<QPointF> origin) {
 std::optional<BlockStrips> BlockLayout::Next() {
   while (block_ < visible_blocks_) {
     const richtext::Block& block = blocks_[block_];
+    if (const richtext::FramePlace* const frame = FrameOf(block_)) return NextFrame(*frame);
     if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
       return NextParagraph(*paragraph);
     }
@@ -37,6 +69,73 @@ std::optional<BlockStrips> BlockLayout::Next() {
     if (auto rows = NextRows(*std::get<std::shared_ptr<richtext::Table>>(block))) return rows;
   }
   return std::nullopt;
+}
+
+// Null in tables and text boxes: frames stand in the letter and its headers only. A table has the
+// frame of its first paragraph.
+const richtext::FramePlace* BlockLayout::FrameOf(std::size_t block) const {
+  if (depth_ > 0) return nullptr;
+  const richtext::Block* at = &blocks_[block];
+  if (const auto* const table = std::get_if<std::shared_ptr<richtext::Table>>(at)) {
+    if ((*table)->rows.empty() || (*table)->rows.front().cells.empty()) return nullptr;
+    at = &(*table)->rows.front().cells.front().blocks.front();
+  }
+  const auto* const paragraph = std::get_if<richtext::Paragraph>(at);
+  return paragraph != nullptr && paragraph->format.frame ? &*paragraph->format.frame : nullptr;
+}
+
+// A strip without height, in which the frame floats.
+BlockStrips BlockLayout::NextFrame(const richtext::FramePlace& frame) {
+  using Wrap = richtext::ShapeBox::Wrap;
+  const std::size_t first = block_;
+  auto anchor = std::make_shared<Anchor>();
+  anchor->begin = position_;
+  while (block_ < visible_blocks_) {
+    const richtext::FramePlace* const next = FrameOf(block_);
+    if (next == nullptr || *next != frame) break;
+    position_ += Length(blocks_[block_++]);
+  }
+  anchor->end = position_;
+  const double most = frame.width > 0 ? frame.width : width_;
+  BlockLayout inside(context_, blocks_, most, anchor->begin, depth_ + 1, Ending::kWhole);
+  inside.block_ = first;
+  inside.visible_blocks_ = block_;
+  auto content = std::make_shared<FrameContent>();
+  while (auto block = inside.Next()) {
+    for (auto& strip : block->strips) content->strips.push_back(std::move(strip));
+  }
+  MakeRoom(&content->strips);
+  if (!content->strips.empty())
+    anchor->page_break_before = content->strips.front()->page_break_before;
+  QSizeF size(most, 0);
+  double left = most, right = 0;
+  for (const auto& strip : content->strips) {
+    size.rheight() += strip->space_before + strip->height + strip->space_after;
+    if (strip->ink_right <= strip->ink_left) continue;
+    left = std::min(left, strip->ink_left);
+    right = std::max(right, strip->ink_right);
+  }
+  if (frame.width == 0 && right > left) {
+    content->left = left;
+    size.setWidth(right - left);
+  }
+  size.setHeight(std::max<double>(size.height(), std::abs(frame.height)) + frame.gap_y);
+  richtext::ShapeBox box;
+  box.left = frame.x;
+  box.top = frame.y;
+  box.x_from = frame.x_from;
+  box.y_from = frame.y_from;
+  box.x_align = frame.x_align;
+  box.y_align = frame.y_align;
+  box.wrap = frame.text_beside ? Wrap::kAround : Wrap::kAboveAndBelow;
+  anchor->floating.push_back(PlaceFloating(context_, box, size, width_));
+  anchor->floating.back().content = std::move(content);
+  if (anchor->page_break_before) StartPage();
+  taken_.Add(anchor->floating.back(), QPointF(0, y_));
+  BlockStrips strips;
+  strips.keep_with_next = true;
+  strips.strips.push_back(std::move(anchor));
+  return strips;
 }
 
 BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {

@@ -33,6 +33,8 @@ class BlockLayout {
   std::optional<BlockStrips> Next();
 
  private:
+  const richtext::FramePlace* FrameOf(std::size_t block) const;
+  BlockStrips NextFrame(const richtext::FramePlace& frame);
   BlockStrips NextParagraph(const richtext::Paragraph& paragraph);
   std::optional<BlockStrips> NextRows(const richtext::Table& table);
   void StartPage();

@@ -172,7 +172,9 @@ void PageColumns::GiveBack(Strip* strip, double top) {
 void PageColumns::Place(std::shared_ptr<Strip> strip, double top) {
   y_ = top + strip->height;
   space_after_ = strip->space_after;
-  empty_ = page_empty_ = false;
+  // What only holds a frame leaves the top to the text.
+  empty_ = empty_ && strip->height <= 0;
+  page_empty_ = false;
   placed_.push_back({std::move(strip), Corner(top), 1});
 }
 

@@ -92,6 +92,7 @@ class ParagraphLayout {
   int position_ = 0;
 
   Strips lines_;
+  std::size_t page_start_ = 0;  // the first line on the last line's page
   std::shared_ptr<TextLine> line_;
   double x_ = 0, content_end_ = 0;
   double ascent_ = 0, descent_ = 0, leading_ = 0;
@@ -183,10 +184,7 @@ void ParagraphLayout::TakeAreas() {
 // The first line of the paragraph on its page: what is anchored in the paragraph counts from there.
 Strip& ParagraphLayout::AnchorLine() {
   if (line_->page_break_before || lines_.empty()) return *line_;
-  for (auto line = lines_.rbegin(); line != lines_.rend(); ++line) {
-    if ((*line)->page_break_before) return **line;
-  }
-  return *lines_.front();
+  return *lines_[page_start_];
 }
 
 void ParagraphLayout::StartLine() {
@@ -236,6 +234,7 @@ void ParagraphLayout::EndLine(int end) {
   if (place_.taken != nullptr) y_ = place_.taken->FreeBelow(*line_, QPointF(0, y_)) + line_->height;
   line_->end = end;
   position_ = end;
+  if (line_->page_break_before) page_start_ = lines_.size();
   lines_.push_back(std::move(line_));
   line_.reset();
 }

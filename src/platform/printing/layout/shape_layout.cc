@@ -126,19 +126,13 @@ bool IsShown(const richtext::Verbatim& object) {
   return object.shape.has_value() && !object.figures.empty();
 }
 
-Floating LayOutShape(LayoutContext& context, const richtext::Verbatim& drawing, double width) {
+Floating PlaceFloating(const LayoutContext& context, const ShapeBox& box, QSizeF size,
+                       double width) {
   using From = ShapeBox::From;
-  const ShapeBox& box = *drawing.shape;
   const PageArea& area = context.area;
-  auto content = std::make_shared<LaidOutDrawing>();
-  QRectF all(0, 0, box.right - box.left, box.bottom - box.top);
-  for (const auto& figure : drawing.figures) {
-    content->figures.push_back(LayOutFigure(context, figure));
-    all.setBottom(std::max(all.bottom(), content->figures.back().area.bottom()));
-  }
   Floating floating;
-  floating.width = all.width();
-  floating.height = all.height();
+  floating.width = size.width();
+  floating.height = size.height();
   floating.behind = box.behind;
   floating.wrap = box.behind ? ShapeBox::Wrap::kNone : box.wrap;
   floating.x_on_paper = box.x_from != From::kText;
@@ -152,6 +146,18 @@ Floating LayOutShape(LayoutContext& context, const richtext::Verbatim& drawing, 
   floating.x = Along(box.x_align, box.left, left, wide, floating.width);
   floating.y =
       box.y_from == From::kText ? box.top : Along(box.y_align, box.top, top, high, floating.height);
+  return floating;
+}
+
+Floating LayOutShape(LayoutContext& context, const richtext::Verbatim& drawing, double width) {
+  const ShapeBox& box = *drawing.shape;
+  auto content = std::make_shared<LaidOutDrawing>();
+  QSizeF size(box.right - box.left, box.bottom - box.top);
+  for (const auto& figure : drawing.figures) {
+    content->figures.push_back(LayOutFigure(context, figure));
+    size.setHeight(std::max(size.height(), content->figures.back().area.bottom()));
+  }
+  Floating floating = PlaceFloating(context, box, size, width);
   floating.content = std::move(content);
   return floating;
 }

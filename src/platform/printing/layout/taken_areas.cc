@@ -8,12 +8,15 @@ namespace {
 constexpr double kSlack = 1;  // rounding
 // Text beside something stands so far from it, and needs so much room.
 constexpr double kGap = 115, kNarrowest = 1440;
+// On one page; text makes no room for more, since every line looks at all of them.
+constexpr std::size_t kMostAreas = 64;
 
 }  // namespace
 
 void TakenAreas::Add(const Floating& floating, QPointF corner) {
   using Wrap = richtext::ShapeBox::Wrap;
   if (floating.wrap == Wrap::kNone || floating.height <= 0) return;
+  if (areas_.size() >= kMostAreas) return;
   if (!origin_ && (floating.x_on_paper || floating.y_on_paper)) return;
   const QPointF origin = origin_.value_or(QPointF());
   const QPointF at = floating.Corner(corner + origin) - origin;

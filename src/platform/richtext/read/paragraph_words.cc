@@ -62,6 +62,11 @@ void AddTab(Context& context, int position) {
   if (context.format.tabs.size() < kMostTabs) context.format.tabs.push_back(std::move(tab));
 }
 
+FramePlace& FrameOf(Context& context) {
+  if (!context.format.frame) context.format.frame.emplace();
+  return *context.format.frame;
+}
+
 template <class Change>
 void ChangeBorders(Context& context, Change change) {
   ParagraphFormat& format = context.format;
@@ -134,6 +139,72 @@ void AddEdgeWords(Words& words) {
   });
 }
 
+template <int FramePlace::*Member>
+void SetFrameLength(Context& context, const Token& word) {
+  FrameOf(context).*Member = std::clamp(word.param, -kLargestPage, kLargestPage);
+}
+
+template <auto FramePlace::*Member, auto Value>
+void SetFrame(Context& context, const Token&) {
+  FrameOf(context).*Member = Value;
+}
+
+// Heights that are not relative to anything are so to the margin.
+void SetFrameHeight(Context& context, ShapeBox::Align align, int y) {
+  FramePlace& frame = FrameOf(context);
+  frame.y_align = align;
+  frame.y = y;
+  if (!context.state.frame_from_named) frame.y_from = ShapeBox::From::kMargin;
+}
+
+template <ShapeBox::From From>
+void SetFrameTopFrom(Context& context, const Token&) {
+  FrameOf(context).y_from = From;
+  context.state.frame_from_named = true;
+}
+
+void AddFrameWords(Words& words) {
+  using From = ShapeBox::From;
+  using Align = ShapeBox::Align;
+  words.insert({
+      {"absw",
+       [](Context& c, const Token& word) {
+         FrameOf(c).width = std::clamp(word.param, 0, kLargestPage);
+       }},
+      {"absh", SetFrameLength<&FramePlace::height>},
+      {"posx", SetFrameLength<&FramePlace::x>},
+      {"posnegx", SetFrameLength<&FramePlace::x>},
+      {"dxfrtext",
+       [](Context& c, const Token& word) {
+         FramePlace& frame = FrameOf(c);
+         frame.gap_x = frame.gap_y = std::clamp(word.param, 0, kLargestPage);
+       }},
+      {"dfrmtxtx", SetFrameLength<&FramePlace::gap_x>},
+      {"dfrmtxty", SetFrameLength<&FramePlace::gap_y>},
+      {"nowrap", SetFrame<&FramePlace::text_beside, false>},
+      {"phcol", SetFrame<&FramePlace::x_from, From::kText>},
+      {"phmrg", SetFrame<&FramePlace::x_from, From::kMargin>},
+      {"phpg", SetFrame<&FramePlace::x_from, From::kPage>},
+      {"posxl", SetFrame<&FramePlace::x_align, Align::kStart>},
+      {"posxi", SetFrame<&FramePlace::x_align, Align::kStart>},
+      {"posxc", SetFrame<&FramePlace::x_align, Align::kCentre>},
+      {"posxr", SetFrame<&FramePlace::x_align, Align::kEnd>},
+      {"posxo", SetFrame<&FramePlace::x_align, Align::kEnd>},
+      {"pvpara", SetFrameTopFrom<From::kText>},
+      {"pvmrg", SetFrameTopFrom<From::kMargin>},
+      {"pvpg", SetFrameTopFrom<From::kPage>},
+      {"posyil", SetFrameTopFrom<From::kText>},
+      {"posyt", [](Context& c, const Token&) { SetFrameHeight(c, Align::kStart, 0); }},
+      {"posyc", [](Context& c, const Token&) { SetFrameHeight(c, Align::kCentre, 0); }},
+      {"posyb", [](Context& c, const Token&) { SetFrameHeight(c, Align::kEnd, 0); }},
+  });
+  for (const char* const word : {"posy", "posnegy"}) {
+    words[word] = [](Context& c, const Token& token) {
+      SetFrameHeight(c, Align::kAsSet, std::clamp(token.param, -kLargestPage, kLargestPage));
+    };
+  }
+}
+
 const Words& ParagraphWords() {
   static const Words words = [] {
     Words all{
@@ -154,6 +225,7 @@ const Words& ParagraphWords() {
     AddAlignmentWords(all);
     AddTabWords(all);
     AddEdgeWords(all);
+    AddFrameWords(all);
     return all;
   }();
   return words;

@@ -20,6 +20,7 @@ struct ParagraphState {
   int shading = 0;     // \shading, in hundredths of a percent
   int style = 0;       // \s
   bool contextual_space = false;
+  bool frame_from_named = false;  // what the frame's height is relative to
   BorderTarget border = BorderTarget::kNone;
   TabStop tab;  // kind and leader for the next \tx
 

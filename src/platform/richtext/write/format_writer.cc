@@ -180,6 +180,36 @@ void FormatWriter::LengthWords(const ParagraphFormat& format) {
   if (format.line_spacing_multiple) out_.Word("slmult", 1);
 }
 
+// What the frame's height is relative to is always written: it makes the frame one.
+void FormatWriter::FrameWords(const FramePlace& frame) {
+  using From = ShapeBox::From;
+  using Align = ShapeBox::Align;
+  const auto length = [&](std::string_view word, int twips) {
+    if (twips != 0) out_.Word(word, twips);
+  };
+  length("absw", frame.width);
+  length("absh", frame.height);
+  if (frame.x_from != From::kText) out_.Word(frame.x_from == From::kPage ? "phpg" : "phmrg");
+  length(frame.x < 0 ? "posnegx" : "posx", frame.x);
+  if (frame.x_align != Align::kAsSet) {
+    out_.Word(frame.x_align == Align::kStart    ? "posxl"
+              : frame.x_align == Align::kCentre ? "posxc"
+                                                : "posxr");
+  }
+  out_.Word(frame.y_from == From::kPage     ? "pvpg"
+            : frame.y_from == From::kMargin ? "pvmrg"
+                                            : "pvpara");
+  length(frame.y < 0 ? "posnegy" : "posy", frame.y);
+  if (frame.y_align != Align::kAsSet) {
+    out_.Word(frame.y_align == Align::kStart    ? "posyt"
+              : frame.y_align == Align::kCentre ? "posyc"
+                                                : "posyb");
+  }
+  length("dfrmtxtx", frame.gap_x);
+  length("dfrmtxty", frame.gap_y);
+  if (!frame.text_beside) out_.Word("nowrap");
+}
+
 void FormatWriter::Paragraph(const ParagraphFormat& format, int number) {
   if (format.contextual_style >= 0) {
     out_.Word("s", format.contextual_style);
@@ -193,6 +223,7 @@ void FormatWriter::Paragraph(const ParagraphFormat& format, int number) {
   if (format.page_break_before) out_.Word("pagebb");
   if (format.keep_together) out_.Word("keep");
   if (format.keep_with_next) out_.Word("keepn");
+  if (format.frame) FrameWords(*format.frame);
   BorderWords("brdrt", format.top);
   BorderWords("brdrl", format.left);
   BorderWords("brdrb", format.bottom);

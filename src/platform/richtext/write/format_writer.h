@@ -40,6 +40,7 @@ class FormatWriter {
  private:
   void ListWords(const Bullet& bullet);
   void ListText(std::string_view word, std::string_view text);
+  void FrameWords(const FramePlace& frame);
   void LengthWords(const ParagraphFormat& format);
   void BorderWords(std::string_view edge, const Border& border);
   void TabWords(const TabStop& tab);
