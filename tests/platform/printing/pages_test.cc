@@ -143,15 +143,20 @@ TEST_F(Pages, ShrinkALineTallerThanThePage) {
   EXPECT_LT(paper.Find("A").bottom, kInch + 2000 + 20);
 }
 
-TEST_F(Pages, LeaveOutSpaceAtTheirTop) {
-  ParagraphFormat spaced = HalfThousand();
-  spaced.space_before = 700;
+TEST_F(Pages, LeaveOutSpaceAtTheirTopWhereTheyEndOfThemselves) {
+  ParagraphFormat spaced = HalfThousand(), broken = HalfThousand();
+  spaced.space_before = broken.space_before = 700;
+  broken.page_break_before = true;
   std::vector<Block> blocks = NumberedLines(10);
   blocks.emplace_back(Line("top", spaced));
+  blocks.emplace_back(Line("broken", broken));
   const Paper paper = PrintTenLinePages(blocks);
-  const Word first = paper.Find("line1"), top = paper.Find("top");
-  EXPECT_EQ(top.page, 2);
-  EXPECT_NEAR(top.top, first.top, 12);
+  const double first = paper.Find("line1").top;
+  EXPECT_EQ(paper.Find("top").page, 2);
+  EXPECT_NEAR(paper.Find("top").top, first, 12);
+  EXPECT_EQ(paper.Find("broken").page, 3);
+  EXPECT_NEAR(paper.Find("broken").top, first + 700, 12);
+  EXPECT_NEAR(PrintTenLinePages({Line("opening", spaced)}).Find("opening").top, first + 700, 12);
 }
 
 TEST_F(Pages, HoldALongDocumentInOrder) {

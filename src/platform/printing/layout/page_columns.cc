@@ -152,6 +152,10 @@ double PageColumns::Top(const Strip& strip) const {
   return empty_ ? y_ : y_ + space_after_ + strip.space_before;
 }
 
+void PageColumns::LeaveSpaceAbove(const Strip& strip) {
+  if (y_ + strip.space_before + strip.height <= bottom_) y_ += strip.space_before;
+}
+
 double PageColumns::FindTop(Strip* strip) {
   const double top = Top(*strip);
   if (!strip->floating.empty()) taken_before_ = taken_;

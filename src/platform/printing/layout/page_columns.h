@@ -37,6 +37,8 @@ class PageColumns {
   bool NextColumn();
   bool LastColumn() const { return column_ + 1 >= setup_.left.size(); }
 
+  // Keeps the space above the first strip of the page, if it then fits.
+  void LeaveSpaceAbove(const Strip& strip);
   // The strip's place below the last one and below what floats there. What floats in the strip
   // itself takes its room.
   double FindTop(Strip* strip);

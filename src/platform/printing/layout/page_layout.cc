@@ -180,6 +180,7 @@ void PageLayout::Restart() {
   next_ = 0;
   section_ = 0;
   page_ = page_before_ = {};
+  break_ahead_ = false;
 }
 
 // Fills pages until one ends at the position or after it.
@@ -262,7 +263,13 @@ PageLayout::Outcome PageLayout::PlaceNext() {
   Pending& front = pending_.front();
   const std::shared_ptr<Strip> strip = front.block.strips.front();
   const bool breaks = std::exchange(strip->page_break_before, false);
-  if (breaks && !columns_->page_empty()) return Outcome::kPageFull;
+  if (breaks && !columns_->page_empty()) {
+    break_ahead_ = true;
+    return Outcome::kPageFull;
+  }
+  // Only where a page ends of itself is the space above the next paragraph left out.
+  const bool authors_page = std::exchange(break_ahead_, false) || breaks || strip->begin == 0;
+  if (authors_page && columns_->page_empty()) columns_->LeaveSpaceAbove(*strip);
   const bool together = front.block.keep_together || front.block.keep_with_next;
   if (!columns_->column_empty() && together && !front.started && WantsNextColumn(columns_->Left()))
     return Outcome::kColumnFull;

@@ -87,6 +87,7 @@ class PageLayout {
   std::unique_ptr<BlockLayout> blocks_;
   std::size_t load_section_ = 0;
   std::deque<Pending> pending_;
+  bool break_ahead_ = false;  // the author ended the last page
   int next_ = 0;
 
   PageCount page_, page_before_;
