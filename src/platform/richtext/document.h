@@ -97,9 +97,10 @@ struct ShapeBox {
   int left = 0, top = 0, right = 0, bottom = 0;
   From x_from = From::kText, y_from = From::kText;
   Align x_align = Align::kAsSet, y_align = Align::kAsSet;
-  Wrap wrap = Wrap::kAround;  // what the text does
-  bool behind = false;        // the text
-  bool in_line = false;       // it stands in its line as a letter does
+  Wrap wrap = Wrap::kNone;  // what the text does
+  bool behind = false;      // the text
+  bool in_line = false;     // it stands in its line as a letter does
+  int layer = 0;            // what is in a higher one covers what is in a lower
 };
 
 // Where the frame is that a paragraph stands in, twips. Paragraphs of the same frame that follow
@@ -240,6 +241,7 @@ struct Figure {
   Padding inset{0, 0, 0, 0};  // between the edges and the text
   std::shared_ptr<const Picture> picture;
   std::vector<Block> blocks;  // of a text box; its height grows with them
+  bool fits_text = false;     // its height also shrinks with them
 };
 
 // A group of the head that is carried through verbatim: a header or footer, document variables,

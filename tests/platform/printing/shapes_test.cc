@@ -77,6 +77,8 @@ TEST(Shapes, LeaveTheTextRoom) {
       {Box(std::string(kAtColumn) + "\\shpwr3") + "text\\par", 0, 0},
       {Box(std::string(kAtColumn) + "\\shpwr1") + "text\\par", 1000, 0},
       {Box(std::string(kAtColumn) + "\\shpwr1", grown) + "text\\par", 10 * 276 + 144, 0},
+      {Box(std::string(kAtColumn) + "\\shpwr1{\\sp{\\sn fFitShapeToText}{\\sv 1}}") + "text\\par",
+       276 + 144, 0},
       {Box(std::string(kAtColumn) + "\\shpwr2") + "text\\par", 0, 3115},
       {Box(std::string(kAtColumn) + "\\shpwr2") + "\\par\\par text\\par", 460, 3115},
       {Box(right) + "text\\par", 0, 0},

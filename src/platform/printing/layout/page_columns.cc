@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/printing/layout/placed_strips.h"
 #include "platform/richtext/page_heads.h"
 
 namespace tenora::printing {
@@ -198,6 +199,7 @@ void PageColumns::PlaceSmaller(std::shared_ptr<Strip> strip, double top) {
 void PageColumns::Draw(QPainter& painter) const {
   std::vector<PlacedFloating> floating;
   for (const Placed& placed : placed_) placed.strip->CollectFloating(placed.corner, &floating);
+  SortByLayer(&floating);
   const auto draw_floating = [&](bool behind) {
     for (const PlacedFloating& one : floating) {
       if (one.floating->behind == behind) one.floating->content->Draw(painter, one.corner);

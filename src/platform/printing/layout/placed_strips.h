@@ -12,6 +12,9 @@
 
 namespace tenora::printing {
 
+// Puts what floats in the order in which it is drawn.
+void SortByLayer(std::vector<PlacedFloating>* floating);
+
 class PlacedStrips {
  public:
   void Add(std::shared_ptr<const Strip> strip, QPointF corner) {

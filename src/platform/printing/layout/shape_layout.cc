@@ -99,7 +99,8 @@ LaidOutFigure LayOutFigure(LayoutContext& context, std::shared_ptr<const Figure>
     MakeRoom(&laid_out.strips);
     for (const auto& strip : laid_out.strips)
       height += strip->space_before + strip->height + strip->space_after;
-    laid_out.area.setHeight(std::max(laid_out.area.height(), height));
+    const double least = figure->fits_text ? 0 : laid_out.area.height();
+    laid_out.area.setHeight(std::max(least, height));
   }
   laid_out.figure = std::move(figure);
   return laid_out;
@@ -134,6 +135,7 @@ Floating PlaceFloating(const LayoutContext& context, const ShapeBox& box, QSizeF
   floating.width = size.width();
   floating.height = size.height();
   floating.behind = box.behind;
+  floating.layer = box.layer;
   floating.wrap = box.behind ? ShapeBox::Wrap::kNone : box.wrap;
   floating.x_on_paper = box.x_from != From::kText;
   floating.y_on_paper = box.y_from != From::kText;
@@ -152,7 +154,7 @@ Floating PlaceFloating(const LayoutContext& context, const ShapeBox& box, QSizeF
 Floating LayOutShape(LayoutContext& context, const richtext::Verbatim& drawing, double width) {
   const ShapeBox& box = *drawing.shape;
   auto content = std::make_shared<LaidOutDrawing>();
-  QSizeF size(box.right - box.left, box.bottom - box.top);
+  QSizeF size(box.right - box.left, 0);
   for (const auto& figure : drawing.figures) {
     content->figures.push_back(LayOutFigure(context, figure));
     size.setHeight(std::max(size.height(), content->figures.back().area.bottom()));

@@ -121,6 +121,7 @@ Figure ShapeReader::FigureOf(Shape* shape) {
   if (known && shape->lined.value_or(usual)) figure.line = shape->line;
   figure.line_width = shape->line_width;
   figure.inset = shape->inset;
+  figure.fits_text = shape->fits_text;
   figure.picture = std::move(shape->picture);
   figure.blocks = std::move(shape->blocks);
   return figure;
@@ -152,6 +153,8 @@ void ShapeReader::Word(const Token& word) {
                                   : ShapeBox::Wrap::kAround;
   } else if (word.text == "shpfblwtxt") {
     box_.behind = word.param == 1;
+  } else if (word.text == "shpz") {
+    box_.layer = word.param;
   }
 }
 
@@ -185,6 +188,7 @@ void ShapeReader::SetStyle(Shape* shape, std::string_view name, int value) {
   if (name == "fillColor") SetColour(value, &shape->fill);
   if (name == "lineColor") SetColour(value, &shape->line);
   if (name == "lineWidth") shape->line_width = Twips(value, kWidestLine);
+  if (name == "fFitShapeToText") shape->fits_text = value != 0;
   if (name == "fHidden") shape->hidden = value != 0;
   if (name == "fFlipH") shape->flip_x = value != 0;
   if (name == "fFlipV") shape->flip_y = value != 0;

@@ -49,7 +49,7 @@ class ShapeReader {
     Area in_group;               // in the units of the group around
     std::optional<Area> inside;  // the units of this group
     std::optional<bool> filled, lined;
-    bool hidden = false, flip_x = false, flip_y = false;
+    bool fits_text = false, hidden = false, flip_x = false, flip_y = false;
     Colour fill{.automatic = false, .red = 255, .green = 255, .blue = 255};
     Colour line{};
     int line_width = 15;
