@@ -128,6 +128,7 @@ struct ParagraphFormat {
   std::vector<TabStop> tabs;
   Bullet bullet;
   bool page_break_before = false, keep_together = false, keep_with_next = false;
+  bool widow_control = false;  // neither its first line nor its last is alone on a page
   bool right_to_left = false;
   int shading = 0;  // position in Document::colours; 0 is none
   Border top, bottom, left, right;

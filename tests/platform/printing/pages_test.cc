@@ -134,6 +134,27 @@ TEST_F(Pages, KeepTogetherWhatBelongsTogether) {
   EXPECT_THAT(PrintTenLinePages(blocks).PageText(1), HasSubstr("line9\n1\n"));
 }
 
+TEST_F(Pages, LeaveNoLineAloneWhereWidowsAreControlled) {
+  const struct {
+    int before, lines;
+    bool controlled;
+    int on_first_page;
+  } cases[] = {{9, 2, false, 1}, {9, 2, true, 0}, {8, 3, false, 2}, {8, 3, true, 0},
+               {9, 5, true, 0},  {8, 5, true, 2}, {6, 5, true, 3},  {5, 5, true, 5}};
+  for (const auto& c : cases) {
+    std::vector<Block> blocks = NumberedLines(c.before);
+    ParagraphFormat format = HalfThousand();
+    format.widow_control = c.controlled;
+    std::string text = "p1";
+    for (int line = 2; line <= c.lines; ++line) text += "\vp" + std::to_string(line);
+    blocks.emplace_back(Line(text, format));
+    const Paper paper = PrintTenLinePages(blocks);
+    int on_first = 0;
+    for (const Word& word : paper.Words()) on_first += word.page == 1 && word.text[0] == 'p';
+    EXPECT_EQ(on_first, c.on_first_page) << c.before << " and " << c.lines << c.controlled;
+  }
+}
+
 TEST_F(Pages, ShrinkALineTallerThanThePage) {
   CharFormat huge;
   huge.half_points = 3000;

@@ -82,6 +82,8 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
        "\\pard y\\par\r\n"},
       {"\\pard\\s34\\sa200\\contextualspace x\\par\\pard\\s3 y",
        "\\pard\\s34\\contextualspace\\sa200\\f0\\fs24 x\\par\r\n\\pard y\\par\r\n"},
+      {"\\widowctrl\\pard x\\par\\pard\\nowidctlpar y",
+       "\\pard\\widctlpar\\f0\\fs24 x\\par\r\n\\pard y\\par\r\n"},
       {"a\\~b\\-c\\_d\\emdash\\bullet e",
        "\\pard\\f0\\fs24 a\\'a0b\\'adc\\u8209?d\\'97\\'95e\\par\r\n"},
       {"\\{\\\\\\}\\'41", "\\pard\\f0\\fs24\\{\\\\\\}A\\par\r\n"},

@@ -17,6 +17,14 @@ constexpr double kWholeRowShare = 0.5;
 constexpr double kHeaderShare = 0.5;
 constexpr double kLeastRoom = 144;  // between margins, twips
 
+// How many of the lines of a paragraph with widow control, of which some may stand in the column
+// before, must begin with the next one in one column.
+std::size_t LinesTogether(const BlockStrips& paragraph, bool started) {
+  const std::size_t lines = paragraph.strips.size();
+  if (started) return lines == 2 ? 2 : 1;
+  return lines <= 3 ? lines : 2;
+}
+
 }  // namespace
 
 PageLayout::PageLayout(const richtext::Document& document, const PageFrame& frame,
@@ -91,7 +99,10 @@ void PageLayout::FillPage(QPainter* painter, int to) {
   while (Load(1)) {
     const Pending& front = pending_.front();
     if (to >= 0 && front.block.strips.front()->begin >= to) break;
-    if (front.section != section_ && !NextSection()) break;
+    if (front.section != section_ && !NextSection()) {
+      break_ahead_ = true;
+      break;
+    }
     const Outcome outcome = PlaceNext();
     if (outcome == Outcome::kPlaced) continue;
     if (outcome == Outcome::kPageFull || !columns_->NextColumn()) break;
@@ -237,15 +248,34 @@ bool PageLayout::WantsNextColumn(double available_height) {
     const BlockStrips& block = pending_[i].block;
     if (pending_[i].section != pending_.front().section) break;
     const bool whole = block.keep_together || block.keep_with_next;
+    std::size_t lines = 0;
     for (const auto& strip : block.strips) {
       if (strip != block.strips.front() && strip->page_break_before) break;
       needed += strip->space_before + strip->height;
-      if (!whole || needed > next_height) break;
+      ++lines;
+      const bool enough =
+          !whole && lines >= (block.widow_control ? LinesTogether(block, false) : 1);
+      if (enough || needed > next_height) break;
       needed += strip->space_after;
     }
     if (!block.keep_with_next || needed > next_height) break;
   }
   return needed > available_height + kSlack && needed <= next_height;
+}
+
+bool PageLayout::LeavesLineAlone() const {
+  const Pending& front = pending_.front();
+  const Strips& lines = front.block.strips;
+  if (!front.block.widow_control || lines.size() < 2) return false;
+  const std::size_t together = LinesTogether(front.block, front.started);
+  double y = 0;
+  for (std::size_t i = 0; i < together; ++i) {
+    const Strip& line = *lines[i];
+    if (i > 0 && line.page_break_before) return false;
+    if (i > 0 || !columns_->column_empty()) y += line.space_before;
+    y += line.height;
+  }
+  return together > 1 && y + columns_->space_after() > columns_->Left() + kSlack;
 }
 
 void PageLayout::PlaceRepeatedHeader() {
@@ -273,6 +303,7 @@ PageLayout::Outcome PageLayout::PlaceNext() {
   const bool together = front.block.keep_together || front.block.keep_with_next;
   if (!columns_->column_empty() && together && !front.started && WantsNextColumn(columns_->Left()))
     return Outcome::kColumnFull;
+  if (!columns_->column_empty() && LeavesLineAlone()) return Outcome::kColumnFull;
 
   const double top = columns_->FindTop(strip.get());
   const double available_height = columns_->bottom() - top;

@@ -73,6 +73,8 @@ class PageLayout {
 
   bool Load(std::size_t count);  // false when fewer blocks remain
   bool WantsNextColumn(double available_height);
+  // Whether the next line would be alone in a column, or leave one line to the next.
+  bool LeavesLineAlone() const;
   void PlaceRepeatedHeader();
   // Places the next strip, or a part of it.
   Outcome PlaceNext();

@@ -138,6 +138,7 @@ BlockStrips ParagraphLayout::LayOut() {
   block.strips = std::move(lines_);
   block.keep_together = format_.keep_together;
   block.keep_with_next = format_.keep_with_next;
+  block.widow_control = format_.widow_control;
   return block;
 }
 

@@ -53,6 +53,7 @@ using Strips = std::deque<std::shared_ptr<Strip>>;
 struct BlockStrips {
   Strips strips;
   bool keep_together = false, keep_with_next = false;
+  bool widow_control = false;  // of a paragraph
   // The table's header rows, drawn again at the top of every page the table goes on to.
   std::shared_ptr<const Strips> header;
 };

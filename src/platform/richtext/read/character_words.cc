@@ -115,12 +115,12 @@ bool ApplyCharacterWord(const Token& word, FontTable& fonts, const ColourTable& 
 
 bool IsInvisibleWord(std::string_view name) {
   static const std::unordered_set<std::string_view> kWords{
-      "lang",     "langfe",  "langnp",   "langfenp",   "noproof",      "insrsid",   "rsid",
-      "charrsid", "delrsid", "sectrsid", "pararsid",   "tblrsid",      "styrsid",   "kerning",
-      "expnd",    "expndtw", "cgrid",    "rtlch",      "ltrch",        "fcs",       "loch",
-      "hich",     "dbch",    "af",       "afs",        "ab",           "ai",        "alang",
-      "acf",      "aul",     "aulnone",  "lbr",        "nosectexpand", "widctlpar", "nowidctlpar",
-      "aspalpha", "aspnum",  "faauto",   "adjustright"};
+      "lang",     "langfe",     "langnp",   "langfenp", "noproof",      "insrsid",  "rsid",
+      "charrsid", "delrsid",    "sectrsid", "pararsid", "tblrsid",      "styrsid",  "kerning",
+      "expnd",    "expndtw",    "cgrid",    "rtlch",    "ltrch",        "fcs",      "loch",
+      "hich",     "dbch",       "af",       "afs",      "ab",           "ai",       "alang",
+      "acf",      "aul",        "aulnone",  "lbr",      "nosectexpand", "aspalpha", "aspnum",
+      "faauto",   "adjustright"};
   return kWords.contains(name);
 }
 

@@ -97,6 +97,12 @@ void AddAlignmentWords(Words& words) {
       {"pagebb", Switch<&ParagraphFormat::page_break_before>},
       {"keep", Switch<&ParagraphFormat::keep_together>},
       {"keepn", Switch<&ParagraphFormat::keep_with_next>},
+      {"widctlpar", Switch<&ParagraphFormat::widow_control>},
+      {"nowidctlpar", [](Context& c, const Token&) { c.format.widow_control = false; }},
+      {"widowctrl",
+       [](Context& c, const Token& word) {
+         c.format.widow_control = c.state.widow_control = word.On();
+       }},
       {"rtlpar", [](Context& c, const Token&) { c.format.right_to_left = true; }},
       {"ltrpar", [](Context& c, const Token&) { c.format.right_to_left = false; }},
       {"cbpat",
@@ -208,7 +214,12 @@ void AddFrameWords(Words& words) {
 const Words& ParagraphWords() {
   static const Words words = [] {
     Words all{
-        {"pard", [](Context& c, const Token&) { c.state = ParagraphState(); }},
+        {"pard",
+         [](Context& c, const Token&) {
+           const bool widow_control = c.state.widow_control;
+           c.state = ParagraphState();
+           c.state.widow_control = c.format.widow_control = widow_control;
+         }},
         {"intbl", [](Context& c, const Token& word) { c.state.in_table = word.On(); }},
         {"itap",
          [](Context& c, const Token& word) {

@@ -223,6 +223,7 @@ void FormatWriter::Paragraph(const ParagraphFormat& format, int number) {
   if (format.page_break_before) out_.Word("pagebb");
   if (format.keep_together) out_.Word("keep");
   if (format.keep_with_next) out_.Word("keepn");
+  if (format.widow_control) out_.Word("widctlpar");
   if (format.frame) FrameWords(*format.frame);
   BorderWords("brdrt", format.top);
   BorderWords("brdrl", format.left);
