@@ -37,15 +37,15 @@ Converted ThroughQt(const std::string& rtf) {
   back.blocks = reader.Read(shown);
   result.after = richtext::WriteRtf(back);
 
-  // Every character that is shown as itself is at the position that the map gives.
+  // Every character that is shown as itself is at the position that the map gives. The end of a
+  // covered cell is not shown: it has the position of what follows.
   const std::u16string text = richtext::PositionText(letter.blocks);
   for (int i = 0; i < static_cast<int>(text.size()); ++i) {
+    const QChar character = text[static_cast<std::size_t>(i)];
     const int place = reader.positions().ToQt(i);
     const QChar there = shown.characterAt(place);
-    if (there.isLetterOrNumber() && there.unicode() != text[static_cast<std::size_t>(i)])
-      result.positions_agree = false;
-    if (there.isLetterOrNumber() && reader.positions().ToBox(place) != i)
-      result.positions_agree = false;
+    if (!character.isLetterOrNumber() || !there.isLetterOrNumber()) continue;
+    if (there != character || reader.positions().ToBox(place) != i) result.positions_agree = false;
   }
   return result;
 }
