@@ -15,6 +15,7 @@
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
+#include "startup/generate_call.h"
 #include "startup/generate_dialogs.h"
 #include "startup/generate_progress.h"
 #include "startup/recipient_choice.h"
@@ -25,105 +26,6 @@ namespace tenora {
 namespace {
 
 constexpr int kDone = 0, kFailed = 1, kWrongCall = 2;
-
-constexpr const char* kFooter =
-    R"(The files made are printed on standard output, progress and problems on standard error.
-A letter that fails does not stop the others; the run log beside the letters says what became of
-each. A letter in which something is wrong is saved and held back; --resume looks at it again.
-At a question, "/all TEXT" answers for all letters from there on, "/stop" ends the run.
-Ctrl-C stops after the current letter (a print job ends with the letters in it).
-Exit status: 0 when every letter was made and none is held back, 1 when not, 2 for a usage error.)";
-
-struct Call {
-  std::string template_name;
-  bool owners = false;
-  std::string destination = "folder";
-  std::vector<std::string> recipients;
-  bool all = false, list = false;
-  RecipientFilter filter;
-  std::string subject, printer, resume, forget;
-  std::vector<std::string> answers;
-  bool pdf = false, send_held = false, unfinished = false;
-
-  const std::string_view Kind() const { return owners ? kOwnerTemplates : kTemplates; }
-  Destination To() const {
-    if (destination == "printer") return Destination::kPrinter;
-    return destination == "email" ? Destination::kEmail : Destination::kFolder;
-  }
-};
-
-void Declare(CLI::App& app, Call& call) {
-  RecipientFilter& filter = call.filter;
-  app.footer(kFooter);
-  app.add_option("--template", call.template_name, "The template's name, without \".rtf\"");
-  app.add_flag("--owners", call.owners, "Write to owners, from \"Owner Templates\"");
-  app.add_flag("--by-property", filter.by_property,
-               "List owners once for each of their properties");
-  app.add_option("--to", call.destination, "Where the letters go; they are saved in any case")
-      ->check(CLI::IsMember({"folder", "printer", "email"}))
-      ->capture_default_str();
-  app.add_option("--recipient", call.recipients,
-                 "A recipient by name or code; may be given many times")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  app.add_flag("--all", call.all, "Every recipient of the list");
-  app.add_flag("--closed", filter.closed, "Closed ones too");
-  app.add_flag("--with-email-only", filter.exclude_no_email_ticked,
-               "Only recipients with an e-mail address");
-  app.add_option("--search", filter.search,
-                 "Only recipients whose line in the list holds the words");
-  app.add_option("--subject", call.subject, "Of the e-mails");
-  app.add_option("--answer", call.answers,
-                 "\"prompt=text\": the answer to a prompt for all letters; others are asked")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  app.add_flag("--pdf", call.pdf, "Save a PDF beside each letter");
-  app.add_option("--printer", call.printer, "The printer; without it, the default one");
-  app.add_flag("--list", call.list, "Print the recipients and make nothing");
-  app.add_option("--resume", call.resume, "Make what the run of this log left undone");
-  app.add_flag("--unfinished", call.unfinished,
-               "Print the runs that have not done all they were asked, and make nothing");
-  app.add_option("--forget", call.forget,
-                 "Strike the run of this log from that list; no file is removed");
-  app.add_flag("--send-held", call.send_held,
-               "With --resume: hand over the letters held back, as they are");
-}
-
-// What is wrong with the call; empty when nothing is.
-std::string Complaint(const Call& call) {
-  const bool to_email = call.To() == Destination::kEmail;
-  const bool choosing = call.all || !call.recipients.empty();
-  if (call.unfinished || !call.forget.empty()) {
-    const bool more = choosing || call.list || !call.template_name.empty() ||
-                      !call.resume.empty() || (call.unfinished && !call.forget.empty());
-    return more ? "--unfinished and --forget are given alone" : "";
-  }
-  if (call.filter.by_property && !call.owners) return "--by-property goes with --owners";
-  if (!call.resume.empty()) {
-    const bool more = choosing || call.list || !call.template_name.empty() ||
-                      !call.subject.empty() || !call.answers.empty() || call.pdf;
-    return more ? "--resume takes everything from the run log; "
-                  "only --printer and --send-held may be given with it"
-                : "";
-  }
-  if (call.send_held) return "--send-held goes with --resume";
-  if (call.list) return "";
-  if (call.template_name.empty()) return "--template is missing";
-  if (call.all && !call.recipients.empty()) return "--all and --recipient exclude each other";
-  if (!choosing) return "Nothing selected: name each --recipient, or give --all";
-  if (!call.filter.search.empty() && !call.all) return "--search goes with --all or --list";
-  if (to_email && TrimBlanks(call.subject).empty()) return "--to email needs a --subject";
-  if (!to_email && !call.subject.empty()) return "--subject goes with --to email";
-  if (!call.printer.empty() && call.To() != Destination::kPrinter) {
-    return "--printer goes with --to printer";
-  }
-  for (const std::string& answer : call.answers) {
-    if (answer.find('=') == 0 || answer.find('=') == std::string::npos) {
-      return "--answer \"" + answer + "\" does not have the form \"prompt=text\"";
-    }
-  }
-  return "";
-}
 
 [[noreturn]] void RefuseAnswer(const std::string& answer, const std::vector<std::string>& prompts) {
   std::string names;
@@ -157,7 +59,7 @@ PromptAnswers MatchAnswers(const std::vector<std::string>& given,
 
 class GenerateCommand {
  public:
-  GenerateCommand(const Call& call, const GenerateParts& parts)
+  GenerateCommand(const GenerateCall& call, const GenerateParts& parts)
       : call_(call),
         parts_(parts),
         dialogs_(parts.platform.dialogs, signals_),
@@ -308,7 +210,7 @@ class GenerateCommand {
                         "there is no printer \"" + wanted + "\"; installed are " + names);
   }
 
-  const Call& call_;
+  const GenerateCall& call_;
   const GenerateParts& parts_;
   StopSignals signals_;
   GenerateDialogs dialogs_;
@@ -320,12 +222,9 @@ class GenerateCommand {
 }  // namespace
 
 int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts) {
-  Call call;
-  // On the command line the filter is always available.
-  call.filter.exclude_no_email_available = true;
-  CLI::App app("Makes a letter from a template for each of many tenants or owners.",
-               "tenora generate");
-  Declare(app, call);
+  GenerateCall call;
+  CLI::App app("", "tenora generate");
+  DeclareGenerate(app, call);
   std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back
   arguments.pop_back();
   try {
@@ -333,7 +232,7 @@ int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts) 
   } catch (const CLI::ParseError& error) {
     return app.exit(error, parts.output, parts.errors) == 0 ? kDone : kWrongCall;
   }
-  if (const std::string complaint = Complaint(call); !complaint.empty()) {
+  if (const std::string complaint = call.Complaint(); !complaint.empty()) {
     parts.errors << TerminalLine(complaint) << "\nRun with --help for more information."
                  << std::endl;
     return kWrongCall;

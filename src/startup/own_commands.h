@@ -1,5 +1,6 @@
 // The program's own command-line words, for scripts and technicians: query, tables, --help and
-// --version. The management package's command words are handled in dispatch.h.
+// --version, and those that the installed completion and manual page are made with. The management
+// package's command words are handled in dispatch.h.
 #pragma once
 
 #include <iosfwd>

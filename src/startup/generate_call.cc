@@ -1,0 +1,101 @@
+#include "startup/generate_call.h"
+
+#include <CLI/CLI.hpp>
+
+#include "letters/template_library.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+constexpr const char* kFooter =
+    R"(The files made are printed on standard output, progress and problems on standard error.
+A letter that fails does not stop the others; the run log beside the letters says what became of
+each. A letter in which something is wrong is saved and held back; --resume looks at it again.
+At a question, "/all TEXT" answers for all letters from there on, "/stop" ends the run.
+Ctrl-C stops after the current letter (a print job ends with the letters in it).
+Exit status: 0 when every letter was made and none is held back, 1 when not, 2 for a usage error.)";
+
+}  // namespace
+
+std::string_view GenerateCall::Kind() const { return owners ? kOwnerTemplates : kTemplates; }
+
+Destination GenerateCall::To() const {
+  if (destination == "printer") return Destination::kPrinter;
+  return destination == "email" ? Destination::kEmail : Destination::kFolder;
+}
+
+std::string GenerateCall::Complaint() const {
+  const bool to_email = To() == Destination::kEmail;
+  const bool choosing = all || !recipients.empty();
+  if (unfinished || !forget.empty()) {
+    const bool more = choosing || list || !template_name.empty() || !resume.empty() ||
+                      (unfinished && !forget.empty());
+    return more ? "--unfinished and --forget are given alone" : "";
+  }
+  if (filter.by_property && !owners) return "--by-property goes with --owners";
+  if (!resume.empty()) {
+    const bool more =
+        choosing || list || !template_name.empty() || !subject.empty() || !answers.empty() || pdf;
+    return more ? "--resume takes everything from the run log; "
+                  "only --printer and --send-held may be given with it"
+                : "";
+  }
+  if (send_held) return "--send-held goes with --resume";
+  if (list) return "";
+  if (template_name.empty()) return "--template is missing";
+  if (all && !recipients.empty()) return "--all and --recipient exclude each other";
+  if (!choosing) return "Nothing selected: name each --recipient, or give --all";
+  if (!filter.search.empty() && !all) return "--search goes with --all or --list";
+  if (to_email && TrimBlanks(subject).empty()) return "--to email needs a --subject";
+  if (!to_email && !subject.empty()) return "--subject goes with --to email";
+  if (!printer.empty() && To() != Destination::kPrinter) {
+    return "--printer goes with --to printer";
+  }
+  for (const std::string& answer : answers) {
+    if (answer.find('=') == 0 || answer.find('=') == std::string::npos) {
+      return "--answer \"" + answer + "\" does not have the form \"prompt=text\"";
+    }
+  }
+  return "";
+}
+
+void DeclareGenerate(CLI::App& app, GenerateCall& call) {
+  RecipientFilter& filter = call.filter;
+  app.description("Make a letter from a template for each of many tenants or owners");
+  app.footer(kFooter);
+  app.add_option("--template", call.template_name, "The template's name, without \".rtf\"");
+  app.add_flag("--owners", call.owners, "Write to owners, from \"Owner Templates\"");
+  app.add_flag("--by-property", filter.by_property,
+               "List owners once for each of their properties");
+  app.add_option("--to", call.destination, "Where the letters go; they are saved in any case")
+      ->check(CLI::IsMember({"folder", "printer", "email"}))
+      ->capture_default_str();
+  app.add_option("--recipient", call.recipients,
+                 "A recipient by name or code; may be given many times")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  app.add_flag("--all", call.all, "Every recipient of the list");
+  app.add_flag("--closed", filter.closed, "Closed ones too");
+  app.add_flag("--with-email-only", filter.exclude_no_email_ticked,
+               "Only recipients with an e-mail address");
+  app.add_option("--search", filter.search,
+                 "Only recipients whose line in the list holds the words");
+  app.add_option("--subject", call.subject, "Of the e-mails");
+  app.add_option("--answer", call.answers,
+                 "\"prompt=text\": the answer to a prompt for all letters; others are asked")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  app.add_flag("--pdf", call.pdf, "Save a PDF beside each letter");
+  app.add_option("--printer", call.printer, "The printer; without it, the default one");
+  app.add_flag("--list", call.list, "Print the recipients and make nothing");
+  app.add_option("--resume", call.resume, "Make what the run of this log left undone");
+  app.add_flag("--unfinished", call.unfinished,
+               "Print the runs that have not done all they were asked, and make nothing");
+  app.add_option("--forget", call.forget,
+                 "Strike the run of this log from that list; no file is removed");
+  app.add_flag("--send-held", call.send_held,
+               "With --resume: hand over the letters held back, as they are");
+}
+
+}  // namespace tenora

@@ -1,0 +1,39 @@
+// What `tenora generate` is asked for on the command line.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "letters/generation_request.h"
+#include "letters/recipients.h"
+
+namespace CLI {
+class App;
+}
+
+namespace tenora {
+
+struct GenerateCall {
+  std::string template_name;
+  bool owners = false;
+  std::string destination = "folder";
+  std::vector<std::string> recipients;
+  bool all = false, list = false;
+  // On the command line the filter by e-mail address is always available.
+  RecipientFilter filter{.exclude_no_email_available = true};
+  std::string subject, printer, resume, forget;
+  std::vector<std::string> answers;
+  bool pdf = false, send_held = false, unfinished = false;
+
+  std::string_view Kind() const;
+  Destination To() const;
+  // What is wrong with the call; empty when nothing is.
+  std::string Complaint() const;
+};
+
+// Gives the parser the command's description, its options, which are stored in `call`, and its
+// footer.
+void DeclareGenerate(CLI::App& app, GenerateCall& call);
+
+}  // namespace tenora
