@@ -225,6 +225,8 @@ TEST(DocumentHtml, LinksLeadToTheWebAndToMailOnly) {
       {"HYPERLINK \"data:text/html,x\"", ""},
       {"HYPERLINK \"file:///etc/passwd\"", ""},
       {"HYPERLINK \\\\l \"bookmark\"", ""},
+      {"HYPERLINK \"http://a.nz/\" \\\\l \"rates 1\" \\\\o \"tip\"", "http://a.nz/#rates%201"},
+      {"HYPERLINK \"http://a.nz/#top\" \\\\l \"rates\"", "http://a.nz/#top"},
       {"MERGEFIELD \"http://a.nz\"", ""},
       {"HYPERLINK", ""},
   };

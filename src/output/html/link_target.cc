@@ -54,19 +54,24 @@ std::string_view TakeArgument(std::string_view* text, bool* quoted) {
   return argument;
 }
 
-// The address in the text of a field's instruction; empty for other fields and for links within the
-// document.
-std::string_view Address(std::string_view instruction) {
+// The address in the text of a field's instruction, with the place in its page; empty for other
+// fields and for links within the document.
+std::string Address(std::string_view instruction) {
   bool quoted = false;
   if (!EqualsNoCase(TakeArgument(&instruction, &quoted), "HYPERLINK")) return {};
+  std::string address, place;
   while (!instruction.empty()) {
     const std::string_view argument = TakeArgument(&instruction, &quoted);
-    if (quoted || !argument.starts_with('\\')) return argument;
-    // The switches that have an argument: a bookmark, a screen tip, a frame.
-    if (argument == "\\l" || argument == "\\o" || argument == "\\t")
-      TakeArgument(&instruction, &quoted);
+    if (quoted || !argument.starts_with('\\')) {
+      if (address.empty()) address = TrimBlanks(argument);
+    } else if (EqualsNoCase(argument, "\\l")) {
+      place = TakeArgument(&instruction, &quoted);
+    } else if (EqualsNoCase(argument, "\\o") || EqualsNoCase(argument, "\\t")) {
+      TakeArgument(&instruction, &quoted);  // a screen tip, a frame
+    }
   }
-  return {};
+  const bool complete = address.empty() || place.empty() || address.find('#') != std::string::npos;
+  return complete ? address : address + "#" + place;
 }
 
 // "" for an address that is refused.
@@ -97,8 +102,8 @@ std::string SafeTarget(std::string_view address) {
 std::string LinkTarget(const richtext::Field* field) {
   for (; field != nullptr; field = field->outer.get()) {
     const std::string text = InstructionText(field->instruction);
-    const std::string_view address = Address(text);
-    if (!address.empty()) return SafeTarget(TrimBlanks(address));
+    const std::string address = Address(text);
+    if (!address.empty()) return SafeTarget(address);
   }
   return {};
 }
