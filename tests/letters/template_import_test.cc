@@ -74,6 +74,30 @@ TEST(CodeRepair, KeepsBookmarksAroundAFieldInTheirPlaces) {
       HasSubstr("ab<<Tenant Name>>{\\*\\bkmkstart b}cd{\\*\\bkmkend b}{\\*\\bkmkend a}\\par"));
 }
 
+TEST(CodeRepair, MakesCodesOfTheMergeFieldsInHeadersAndFooters) {
+  RichTextBox box;
+  box.SetTextRTF(
+      "{\\rtf1\\ansi\\deff1{\\fonttbl{\\f0 Courier New;}{\\f1 Arial;}}"
+      "{\\headerf\\pard\\qr\\f0 For {\\b " +
+      MergeField("MERGEFIELD Tenant_Name", "x") +
+      "} only\\par}{\\footer\\trowd\\cellx4000\\pard\\intbl " +
+      MergeField("MERGEFIELD Current_Rent", "y") + "\\cell\\row\\pard\\par}\\pard text\\par}");
+  EXPECT_THAT(RepairCodes(&box, TemplateKind::kTenant, kToday),
+              ElementsAre("the merge field \"Tenant_Name\" is now <<Tenant Name>>",
+                          "the merge field \"Current_Rent\" is now <<Current Rent>>"));
+  EXPECT_THAT(LintTemplate(box, TemplateKind::kTenant, kToday), IsEmpty());
+  const std::string rtf = box.TextRTF();
+  EXPECT_THAT(rtf, HasSubstr("For \\b <<Tenant Name>>\\b0  only\\par"));
+  EXPECT_THAT(rtf, HasSubstr("<<Current Rent>>\\cell\\row"));
+  const auto& groups = box.Document().head_groups;
+  ASSERT_EQ(groups.size(), 2U);
+  EXPECT_EQ(groups[0].word, "headerf");
+  const auto& header = std::get<richtext::Paragraph>(groups[0].blocks.front());
+  EXPECT_EQ(groups[0].blocks.size(), 1U);
+  EXPECT_EQ(header.format.alignment, richtext::Alignment::kRight);
+  EXPECT_EQ(box.Document().fonts[header.runs[1].format.font].name, "Courier New");
+}
+
 class TemplateImportTest : public testing::Test {
  protected:
   std::filesystem::path Document(const std::string& name, const std::string& content) {

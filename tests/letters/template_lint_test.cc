@@ -152,7 +152,7 @@ TEST_F(TemplateLintTest, SaysWhatIsWrongAndWhatToDo) {
       {"{\\field{\\*\\fldinst MERGEFIELD Tenant_Name \\\\* UPPER}{\\fldrslt "
        "\\'abTenant_Name\\'bb}}",
        kTenant,
-       "merge field \"Tenant_Name\" is not filled by this program; remove the field and "
+       "merge field \"Tenant_Name\" is not filled by this program; remove the field; "
        "write "
        "<<Tenant Name>>"},
       {"1 << 2", kTenant, "\"<<\" without \">>\""},

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -16,6 +17,7 @@ namespace {
 using richtext::Block;
 using richtext::Document;
 using richtext::Field;
+using richtext::HeadGroup;
 using richtext::Paragraph;
 using richtext::Run;
 
@@ -79,10 +81,29 @@ class MergeFieldRepair {
   std::vector<std::string>& repairs_;
 };
 
+// A header's or footer's source after a change of its blocks; the letter's numbers of fonts and
+// colours hold in it.
+std::string SourceOf(const HeadGroup& group, Document letter) {
+  letter.head_groups.clear();
+  letter.info.clear();
+  letter.title.clear();
+  letter.blocks = group.blocks;
+  constexpr std::string_view kBeforeText = "\\viewkind4\\uc1";
+  const std::string alone = richtext::WriteRtf(letter);
+  const std::size_t text = alone.find(kBeforeText) + kBeforeText.size();
+  return "{\\" + group.word + "\\plain" + alone.substr(text, alone.rfind('}') - text) + "}";
+}
+
 void RepairMergeFields(RichTextBox* letter, TemplateKind kind, std::vector<std::string>* repairs) {
   Document document = letter->Document();
   const std::size_t before = repairs->size();
-  MergeFieldRepair(kind, repairs).Repair(&document.blocks);
+  MergeFieldRepair repair(kind, repairs);
+  for (HeadGroup& group : document.head_groups) {
+    const std::size_t already = repairs->size();
+    repair.Repair(&group.blocks);
+    if (repairs->size() != already) group.source = SourceOf(group, document);
+  }
+  repair.Repair(&document.blocks);
   if (repairs->size() == before) return;
   letter->SetTextRTF(richtext::WriteRtf(richtext::ReadRtf(richtext::WriteRtf(document))));
 }

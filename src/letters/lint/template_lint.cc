@@ -249,7 +249,7 @@ class Linter {
     Add({word, word + kWord.size(), true, false},
         {Kind::kMergeField,
          "the word processor's merge field \"" + name + "\" is not filled by this program",
-         "remove the field and " + advice});
+         "remove the field; " + advice});
   }
 
   void Add(const ScannedCode& code, Complaint complaint, std::string replacement = {}) {
