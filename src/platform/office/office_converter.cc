@@ -154,7 +154,9 @@ std::string ConvertToRtf(const fs::path& document, const Conversion& conversion)
   std::error_code error;
   // LibreOffice ends with status 0 also when it could not load the document.
   if (result.status != 0 || !fs::is_regular_file(fs::symlink_status(made, error))) {
-    const std::string said = Complaint(result.output);
+    std::string said = Complaint(result.output);
+    // Without a window it asks for no password, and says no more than this.
+    if (said.ends_with("could not be loaded")) said += " (damaged, or protected by a password)";
     Fail(document, said.empty()
                        ? "LibreOffice cannot read it (status " + std::to_string(result.status) + ")"
                        : "LibreOffice says: " + said);

@@ -53,7 +53,8 @@ TEST_F(OfficeConverterTest, NamesTheDocumentAndTheReasonOfAFailure) {
     const char* reason;
   } cases[] = {
       {"exit 0", "LibreOffice cannot read it (status 0)"},
-      {"echo 'Error: source file could not be loaded' >&2", "says: Error: source file could not"},
+      {"echo 'Error: source file could not be loaded' >&2",
+       "be loaded (damaged, or protected by a password)"},
       {"kill -SEGV $$", "status 139"},
       {"ln -s /etc/passwd document.rtf", "LibreOffice cannot read it"},
       {"mkdir document.rtf", "LibreOffice cannot read it"},
