@@ -49,6 +49,8 @@ files() {
     -prune -o -print | sort)
 }
 
+packages() { inside dpkg-query -W -f '${Package}\n' | sort; }
+
 wait_for() { # wait_for WHAT COMMAND…: asks for up to a minute
   local what=$1 left=600
   shift
@@ -75,6 +77,7 @@ chmod +x "$debian/usr/sbin/policy-rc.d"
 cp "$package" "$debian/tmp/tenora.deb"
 echo "$(inside dpkg-query -W | wc -l) packages"
 apt_get update
+packages >"$work/packages-before"
 files >"$work/before"
 
 say "apt-get install ./tenora.deb"
@@ -99,7 +102,15 @@ read -r -u 3 display
 as_user env DISPLAY=":$display" tenora 2>"$work/window.log" &
 program=$!
 export DISPLAY=:$display
-shown() { [ -n "$(xdotool search --onlyvisible --name 'Tenora Mail Merge Facility' 2>/dev/null)" ]; }
+# The main window: wider than the picture shown while it starts.
+shown() {
+  local window WIDTH=0
+  for window in $(xdotool search --onlyvisible --name 'Tenora Mail Merge Facility' 2>/dev/null); do
+    eval "$(xdotool getwindowgeometry --shell "$window" 2>/dev/null | grep '^WIDTH=')"
+    [ "$WIDTH" -lt 800 ] || return 0
+  done
+  return 1
+}
 wait_for "the window" shown
 # Drawn once two pictures in a row are alike.
 drawn() {
@@ -129,11 +140,12 @@ inside dpkg-query -L tenora | sed 's/^/./' | sort >"$work/owned"
 apt_get purge --autoremove tenora
 files >"$work/after"
 comm -13 "$work/before" "$work/after" >"$work/left"
-if [ -s "$work/left" ]; then
-  echo "Left by the packages that tenora needed:"
-  sed 's/^\.//' "$work/left"
-fi
+packages >"$work/packages-after"
+echo "Packages that apt keeps because others recommend them:" \
+  $(comm -13 "$work/packages-before" "$work/packages-after")
+echo "Files left by the packages that tenora needed, and of those kept:"
+cut -d/ -f2-4 "$work/left" | uniq -c
 comm -12 "$work/owned" "$work/left" | grep . && fail "files of the package are left"
 grep -i tenora "$work/left" && fail "something of Tenora is left"
 echo "Nothing of the package is left. The user's own:"
-(cd "$debian/home/office" && find .config .local -maxdepth 3 \( -ipath '*tenora*' \) | sort)
+(cd "$debian/home/office" && find . -maxdepth 4 -ipath '*tenora*' | sort)

@@ -36,7 +36,7 @@ class CommandHelp : public test::Agency {
   std::string TypeInBash(const std::string& lines) const {
     const std::string script = (test::SourceDir() / "packaging/tenora.bash-completion").string();
     return test::RunProcess(
-               {"script", "-qec", "bash --noprofile --norc -i", "/dev/null"},
+               {"timeout", "60", "script", "-qec", "bash --noprofile --norc -i", "/dev/null"},
                {"TENORA_HOME=" + Home().string(), "HOME=" + Home().string(), "TERM=dumb",
                 "INPUTRC=/dev/null", "PATH=" + test::BinaryDir().string() + ":/usr/bin:/bin"},
                "cd; . '" + script +
