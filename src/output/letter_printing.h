@@ -29,9 +29,9 @@ PageMargins MarginsOf(const richtext::PageSetup& page, const PageMargins& stored
 
 // Prints the whole document inside the margins, `stored` being those of the printer set-up. The
 // letter's own that leave no room on the printer's paper do not count. Opens a job under the title
-// or, in an open job, starts on a new page; the job stays open. Raises 482 (Printer error) when the margins leave no
-// room or the printer refuses, and 32755 (Cancel was selected) when `stop_asked`, asked between the
-// pages, returns true; a job opened here is then cancelled.
+// or, in an open job, starts on a new page; the job stays open. Raises 482 (Printer error) when the
+// margins leave no room or the printer refuses, and 32755 (Cancel was selected) when `stop_asked`,
+// asked between the pages, returns true; a job opened here is then cancelled.
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
                    const std::string& title, const PageMargins& stored,
                    const std::function<bool()>& stop_asked = {});

@@ -75,8 +75,8 @@ class LintCommand {
 
   // Without the agency's database, custom fields are not checked. If it exists it must be readable.
   void ReadFields() {
-    const fs::path path =
-        request_.database.empty() ? command_.session().database.Location() : fs::path(request_.database);
+    const fs::path path = request_.database.empty() ? command_.session().database.Location()
+                                                    : fs::path(request_.database);
     if (request_.database.empty() && !IsFile(path)) return;
     fields_ = ReadCustomFieldCodes(*command_.workspace().OpenDatabase(path));
   }

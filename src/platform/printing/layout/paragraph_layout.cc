@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <tuple>
 
 #include "platform/printing/document_length.h"
@@ -102,10 +103,11 @@ class ParagraphLayout {
 };
 
 BlockStrips ParagraphLayout::LayOut() {
-  items_ = CollectItems(context_, paragraph_,
-                        {place_.position, place_.number, left_, right_, place_.width});
   if (StartsAtDecimalTab())
-    items_.insert(items_.begin(), TabItem{&paragraph_.runs.front().format, place_.position, {}});
+    items_.emplace_back(TabItem{&paragraph_.runs.front().format, place_.position, {}});
+  std::ranges::move(CollectItems(context_, paragraph_,
+                                 {place_.position, place_.number, left_, right_, place_.width}),
+                    std::back_inserter(items_));
   TakeAreas();
   frame_ = MakeFrame();
   page_break_ = format_.page_break_before;

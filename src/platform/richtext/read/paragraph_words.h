@@ -21,7 +21,7 @@ struct ParagraphState {
   int style = 0;       // \s
   bool contextual_space = false;
   bool frame_from_named = false;  // what the frame's height is relative to
-  bool widow_control = false;  // \widowctrl: of paragraphs that say nothing about it
+  bool widow_control = false;     // \widowctrl: of paragraphs that say nothing about it
   BorderTarget border = BorderTarget::kNone;
   TabStop tab;  // kind and leader for the next \tx
 
