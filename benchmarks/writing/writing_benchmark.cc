@@ -36,6 +36,9 @@ class SlowStorage final : public access::Storage {
     return std::make_unique<File>(*this, disk_.Create(path, like));
   }
   void Remove(const std::filesystem::path& path) override { disk_.Remove(path); }
+  bool Rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+    return disk_.Rename(from, to);
+  }
   void SyncFolder(const std::filesystem::path&) override { Sync(); }
   int syncs() const { return syncs_; }
 
