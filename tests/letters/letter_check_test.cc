@@ -129,7 +129,7 @@ TEST_F(LetterCheckTest, HoldsALetterWithCodesOrQuestionsLeft) {
       {"<<?x?>> <<?When?>>", {"hold x", "hold When"}},
       {"<<?Never closed", {"hold Never closed"}},
       {"<<Tenant Name", {"hold "}},
-      {R"({\footnote\pard <<Nme>>})", {"hold Nme", "warn "}},
+      {R"({\footnote\pard <<Nme>>})", {"hold Nme"}},
       {"a << b, 1 < 2 <3", {}},
       {"<<Fax>> >>", {}},
   };
@@ -188,8 +188,8 @@ TEST_F(LetterCheckTest, TellsWhatWillNotAppearOnPaper) {
       {R"({\pict\wmetafile8\picwgoal300\pichgoal300 010009000003})", {"a WMF picture"}},
       {R"({\pict\emfblip\picwgoal300\pichgoal300 01000000})", {"an EMF picture"}},
       {R"({\pict\pngblip\picwgoal300\pichgoal300 89504e47})", {"a picture that cannot be read"}},
-      {R"(text{\footnote\pard <<Fax>>\par})", {"a footnote"}},
-      {png + R"({\footnote\pard one\par}{\footnote\pard two\par})", {"a footnote"}},
+      {R"(text{\footnote\pard <<Fax>>\par})", {}},
+      {png + R"({\mmath one}{\mmath two})", {"a formula"}},
       {R"({\object\objemb{\*\objdata 00}})", {"an embedded object"}},
       {png, {}},  // after a letter that had something
       // A script that computers have no font for; and what every font has, or a symbol font.

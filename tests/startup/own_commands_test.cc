@@ -62,7 +62,7 @@ TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnAfterAMissingOne) {
 
   WriteTemplate("Odd", test::RtfDocument("Dear <<Name>>, <<TCustom:Pet>> <<TCustom:NoSuch>>"));
   WriteTemplate("Drawn", test::RtfDocument(
-                             "{\\pict\\pngblip 89504e47}\\par\\par {\\footnote\\pard one\\par}"));
+                             "{\\pict\\pngblip 89504e47}\\par\\par {\\mmath one}"));
   const std::string path = (Home() / "Templates/Odd.rtf").string();
   const std::string owner_template = path + ": line 1: \"Dear <<Name>>";
   const struct {
@@ -77,7 +77,7 @@ TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnAfterAMissingOne) {
        1,
        "Drawn.rtf: line 1: \"a picture that cannot be read\": it will not",
        ""},
-      {{"lint", "Drawn"}, 1, "Drawn.rtf: line 3: \"a footnote\": it will not appear on paper", ""},
+      {{"lint", "Drawn"}, 1, "Drawn.rtf: line 3: \"a formula\": it will not appear on paper", ""},
       {{"lint", "Receipt", "--kind=tenant"}, 0, "", ""},
       {{"lint", "Missing", "Odd"}, 1, owner_template, "Template \"Missing\" not found"},
       {{"lint", "/no/such.rtf", "Odd"}, 1, owner_template, "/no/such.rtf"},

@@ -1,5 +1,8 @@
 #include "platform/printing/document_length.h"
 
+#include "platform/richtext/document_text.h"
+#include "platform/richtext/notes.h"
+
 namespace tenora::printing {
 
 int TextUnits(std::string_view utf8) {
@@ -44,6 +47,13 @@ int Length(const richtext::Block& block) {
 int DocumentLength(const richtext::Document& document) {
   int length = 0;
   for (const richtext::Block& block : document.blocks) length += Length(block);
+  richtext::ForEachParagraph(document.blocks, [&](const richtext::Paragraph& paragraph, auto) {
+    for (const richtext::Run& run : paragraph.runs) {
+      const auto* const note = run.format.hidden ? nullptr : richtext::BlocksOfNote(run);
+      if (note == nullptr) continue;
+      for (const richtext::Block& block : *note) length += Length(block);
+    }
+  });
   return length;
 }
 

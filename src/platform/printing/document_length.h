@@ -13,6 +13,7 @@ int Length(const richtext::Paragraph& paragraph);
 int Length(const richtext::Cell& cell);
 int Length(const richtext::Row& row);
 int Length(const richtext::Block& block);
+// The text of its notes, which comes after all else, is part of it.
 int DocumentLength(const richtext::Document& document);
 
 }  // namespace tenora::printing

@@ -18,9 +18,11 @@ using VerbatimPointer = std::shared_ptr<const richtext::Verbatim>;
 // show, as a bookmark.
 std::string_view WordsFor(std::string_view source) {
   constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
-      {"{\\footnote", "a footnote"}, {"{\\object", "an embedded object without a picture"},
-      {"{\\shp", "a drawing"},       {"{\\*\\do", "a drawing"},
-      {"{\\do", "a drawing"},        {"{\\mmath", "a formula"},
+      {"{\\object", "an embedded object without a picture"},
+      {"{\\shp", "a drawing"},
+      {"{\\*\\do", "a drawing"},
+      {"{\\do", "a drawing"},
+      {"{\\mmath", "a formula"},
       {"{\\*\\mmath", "a formula"}};
   for (const auto& [opening, words] : kKinds) {
     if (source.starts_with(opening)) return words;

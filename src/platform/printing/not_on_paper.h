@@ -10,7 +10,7 @@
 
 namespace tenora::printing {
 
-// In words for people ("a WMF picture", "a footnote"), each once, in the order of the document and
+// In words for people ("a WMF picture", "a formula"), each once, in the order of the document and
 // then of its headers and footers. Pictures are decoded. Call on the main thread.
 std::vector<std::string> NotOnPaper(const richtext::Document& document);
 

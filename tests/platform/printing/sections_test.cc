@@ -79,6 +79,42 @@ TEST(Sections, FillTheirColumnsOneAfterTheOther) {
   EXPECT_EQ(full.Find("below").page, 2);
 }
 
+// Lines of exactly 500 twips, on pages of ten.
+TEST(Sections, HaveTheirNotesAtTheFootOfThePageAndAtTheEnd) {
+  const auto lines = [](const std::string& name, int count) {
+    std::string body;
+    for (int line = 1; line <= count; ++line) body += name + std::to_string(line) + "\\par ";
+    return body;
+  };
+  const auto note = [](const std::string& text, const std::string& kind = "") {
+    return "{\\super\\chftn}{\\footnote" + kind + "\\pard\\plain\\sl-500{\\super\\chftn} " + text +
+           "}";
+  };
+  const struct {
+    std::string body;
+    std::vector<std::string> pages;
+  } cases[] = {
+      // Its room is taken from the text of its page; marks of the author's stay as they are.
+      {"a" + note("first") + " b*{\\footnote\\pard * own} c" + note("second") + "\\par" +
+           lines(" x", 7) + "end",
+       {"a 1 b* c 2 x1 x2 x3 x4 x5 x6 1 first * own 2 second", "x7 end"}},
+      // Where it has no room the line goes with it to the next page.
+      {lines("x", 9) + "m" + note("foot"), {"x1 x2 x3 x4 x5 x6 x7 x8 x9", "m 1 1 foot"}},
+      // One that is too long goes on on the next pages, beside their text and beyond it.
+      {"m" + note(lines("n", 18)) + "\\par after\\par " + lines("x", 5),
+       {"m 1 1 n1 n2 n3 n4 n5 n6 n7 n8", "after x1 x2 x3 x4 n9 n10 n11 n12",
+        "x5 n13 n14 n15 n16 n17 n18"}},
+      {"\\aftnnrlc\\ftnstart5 a" + note("last", "\\ftnalt") + " b" + note("foot") + "\\par " +
+           lines("x", 6),
+       {"a i b 5 x1 x2 x3 x4 x5 x6 i last 5 foot"}},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases) {
+    const Paper paper = Print(Letter("\\sl-500 " + c.body), folder, kTextWidth, 5000);
+    EXPECT_THAT(PagesOf(paper), ElementsAreArray(c.pages)) << c.body;
+  }
+}
+
 TEST(Sections, HaveMarginsOfTheirOwnAndLieAcross) {
   const richtext::Document document = Letter(
       "one\\sect\\sectd\\marglsxn2000\\margtsxn3000 two\\sect\\sectd\\lndscpsxn\\marglsxn2500 "

@@ -190,6 +190,7 @@ TEST(CanonicalForm, CarriesWhatItCannotEdit) {
       "{\\field{\\*\\fldinst{HYPERLINK \"http://example.com\"}}{\\fldrslt\\ul here}}",
       "{\\field{\\*\\fldinst{PAGE}}{\\fldrslt}}",
       "{\\footnote\\plain\\pard\\f0\\fs20 note}",
+      "{\\chftn}{\\footnote\\ftnalt\\plain\\pard\\f0\\fs20{\\chftn} note}",
   };
   for (const char* source : kept) {
     SCOPED_TRACE(source);

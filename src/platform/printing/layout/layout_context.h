@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/printing/fonts.h"
+#include "platform/printing/layout/note_marks.h"
 #include "platform/printing/pictures.h"
 #include "platform/richtext/document.h"
 
@@ -45,13 +46,15 @@ struct LayoutContext {
         area(page),
         page_height(page.height()),
         fonts(std::make_shared<Fonts>(source, resources.families)),
-        pictures(resources.pictures) {}
+        pictures(resources.pictures),
+        notes(std::make_shared<Notes>(source)) {}
 
   const richtext::Document& document;
   PageArea area;
   double page_height;  // twips; nothing undividable is made taller
   std::shared_ptr<Fonts> fonts;
   Pictures& pictures;
+  std::shared_ptr<const Notes> notes;
 };
 
 }  // namespace tenora::printing

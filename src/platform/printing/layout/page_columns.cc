@@ -78,6 +78,12 @@ void PageColumns::Begin(ColumnSetup setup, double left) {
   top_ = y_ = lowest_ = std::max(lowest_, y_);
   // The space after the last strip is between it and what comes.
   const bool below = !page_empty_;
+  // A foot as wide as the new columns is theirs as well; what they add to others is above these.
+  if (setup.left.size() != 1 || setup_.left.size() != 1) {
+    for (const Foot& foot : feet_) foot_bottom_ = std::min(foot_bottom_, foot.bottom - foot.height);
+    bottom_ = foot_bottom_;
+    foot_open_ = false;
+  }
   setup_ = std::move(setup);
   left_ = left;
   column_ = 0;
@@ -102,6 +108,8 @@ bool PageColumns::NextColumn() {
   ++column_;
   lowest_ = std::max(lowest_, y_);
   y_ = top_;
+  bottom_ = foot_bottom_;
+  foot_open_ = false;
   space_after_ = 0;
   empty_ = true;
   return true;
@@ -133,6 +141,8 @@ std::size_t PageColumns::Distribute(double height, bool place) {
 void PageColumns::Balance() {
   const std::size_t count = setup_.left.size();
   if (count < 2 || placed_.size() == first_) return;
+  // A note stays below the column with its mark.
+  if (!feet_.empty()) return;
   // What floats stays where the text made room for it.
   const auto floats = [](const Placed& placed) { return !placed.strip->floating.empty(); };
   if (std::any_of(placed_.begin(), placed_.end(), floats)) return;
@@ -189,6 +199,15 @@ void PageColumns::PlaceRepeated(std::shared_ptr<Strip> strip) {
   placed_.push_back({std::move(strip), Corner(top), 1});
 }
 
+void PageColumns::PlaceAtFoot(std::shared_ptr<Strip> strip) {
+  if (!std::exchange(foot_open_, true))
+    feet_.push_back({left_ + setup_.left[column_], foot_bottom_, 0, {}});
+  Foot& foot = feet_.back();
+  foot.height += strip->space_before + strip->height + strip->space_after;
+  foot.strips.push_back(std::move(strip));
+  bottom_ = foot.bottom - foot.height;
+}
+
 void PageColumns::PlaceSmaller(std::shared_ptr<Strip> strip, double top) {
   const double scale = (bottom_ - top) / strip->height;
   y_ = bottom_;
@@ -218,6 +237,16 @@ void PageColumns::Draw(QPainter& painter) const {
     painter.restore();
   }
   draw_floating(false);
+  for (const Foot& foot : feet_) {
+    PlacedStrips strips;
+    double y = foot.bottom - foot.height;
+    for (const auto& strip : foot.strips) {
+      y += strip->space_before;
+      strips.Add(strip, QPointF(foot.left, y));
+      y += strip->height + strip->space_after;
+    }
+    strips.Draw(painter);
+  }
   if (lines_.empty()) return;
   painter.save();
   painter.setPen(QPen(Qt::black, kThinLine));

@@ -27,7 +27,7 @@ class PageColumns {
  public:
   // Between these heights from the paper's top.
   PageColumns(double top, double bottom)
-      : page_top_(top), top_(top), bottom_(bottom), y_(top), lowest_(top) {}
+      : page_top_(top), top_(top), bottom_(bottom), foot_bottom_(bottom), y_(top), lowest_(top) {}
 
   // Goes on with the columns of another section, below what is there.
   void Begin(ColumnSetup setup, double left);
@@ -47,16 +47,20 @@ class PageColumns {
   void Place(std::shared_ptr<Strip> strip, double top);
   // A row of a table's header, at the top of a column that counts as empty nevertheless.
   void PlaceRepeated(std::shared_ptr<Strip> strip);
+  // Below what is at the column's foot, all of which moves up: a line of a note.
+  void PlaceAtFoot(std::shared_ptr<Strip> strip);
   // Scaled to what is left, where it is alone.
   void PlaceSmaller(std::shared_ptr<Strip> strip, double top);
 
   bool page_empty() const { return page_empty_; }
   bool column_empty() const { return empty_; }
+  bool foot_empty() const { return !foot_open_; }
   // Whether the column reaches from the page's top to its bottom.
   bool column_is_whole() const { return top_ <= page_top_; }
   double Left() const { return bottom_ - y_; }  // below the last strip, its space after included
   double bottom() const { return bottom_; }
   double ColumnHeight() const { return bottom_ - top_; }
+  double width() const { return setup_.width; }
   double space_after() const { return space_after_; }
 
   void Draw(QPainter& painter) const;
@@ -70,6 +74,11 @@ class PageColumns {
   struct Line {
     double x, top, bottom;
   };
+  // What is at the foot of a column.
+  struct Foot {
+    double left = 0, bottom = 0, height = 0;
+    Strips strips;
+  };
 
   double Top(const Strip& strip) const;
   QPointF Corner(double y) const;
@@ -78,7 +87,8 @@ class PageColumns {
   void EndColumns();
 
   double page_top_;
-  double top_, bottom_;  // of the columns
+  double top_, bottom_;  // of the columns; the bottom is above what is at the column's foot
+  double foot_bottom_;   // of that
   double y_, lowest_;
   bool page_empty_ = true;
   ColumnSetup setup_;
@@ -89,6 +99,8 @@ class PageColumns {
   std::size_t first_ = 0;   // of placed_ in these columns
   std::vector<Placed> placed_;
   std::vector<Line> lines_;
+  std::vector<Foot> feet_;
+  bool foot_open_ = false;  // the last is the current column's
   TakenAreas taken_{QPointF()};
   TakenAreas taken_before_{QPointF()};  // before a strip in which something floats took its room
 };

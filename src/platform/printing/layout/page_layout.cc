@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/printing/document_length.h"
+#include "platform/printing/layout/note_layout.h"
 
 namespace tenora::printing {
 namespace {
@@ -16,6 +17,8 @@ constexpr double kWholeRowShare = 0.5;
 // Header rows that leave less than this share of the page are not repeated.
 constexpr double kHeaderShare = 0.5;
 constexpr double kLeastRoom = 144;  // between margins, twips
+// Of a column, for the rest of a footnote from the page before.
+constexpr double kNoteShare = 0.5;
 
 // How many of the lines of a paragraph with widow control, of which some may stand in the column
 // before, must begin with the next one in one column.
@@ -23,6 +26,10 @@ std::size_t LinesTogether(const BlockStrips& paragraph, bool started) {
   const std::size_t lines = paragraph.strips.size();
   if (started) return lines == 2 ? 2 : 1;
   return lines <= 3 ? lines : 2;
+}
+
+double HeightOf(const Strip& strip) {
+  return strip.space_before + strip.height + strip.space_after;
 }
 
 }  // namespace
@@ -106,10 +113,15 @@ void PageLayout::FillPage(QPainter* painter, int to) {
     const Outcome outcome = PlaceNext();
     if (outcome == Outcome::kPlaced) continue;
     if (outcome == Outcome::kPageFull || !columns_->NextColumn()) break;
-    PlaceRepeatedHeader();
+    BeginColumn();
   }
+  if (!Load(1)) FillFoot(columns_->Left());
   if (painter != nullptr) Draw(*painter);
-  next_ = Load(1) ? pending_.front().block.strips.front()->begin : length_;
+  next_ = length_;
+  if (Load(1))
+    next_ = pending_.front().block.strips.front()->begin;
+  else if (!waiting_notes_.empty())
+    next_ = waiting_notes_.front()->begin;
 }
 
 PageLayout::PageCount PageLayout::NextPage() {
@@ -140,7 +152,13 @@ void PageLayout::BeginPage() {
   const PageArea area = AreaOf(sections_[section_]);
   columns_ = std::make_unique<PageColumns>(body.top, body.bottom);
   columns_->Begin(ColumnsOf(*sections_[section_].page, area.width()), area.left);
-  if (Load(1)) PlaceRepeatedHeader();
+  BeginColumn();
+}
+
+void PageLayout::BeginColumn() {
+  const bool text = Load(1);
+  FillFoot(text ? columns_->ColumnHeight() * kNoteShare : columns_->ColumnHeight());
+  if (text) PlaceRepeatedHeader();
 }
 
 bool PageLayout::NextSection() {
@@ -185,6 +203,8 @@ void PageLayout::CountPages() {
 
 void PageLayout::Restart() {
   pending_.clear();
+  waiting_notes_.clear();
+  endnotes_loaded_ = 0;
   blocks_ = std::make_unique<BlockLayout>(context_, context_.document.blocks, frame_.first.width(),
                                           0, 0, BlockLayout::Ending::kVisible);
   EnterSection(0);
@@ -223,10 +243,54 @@ bool PageLayout::Load(std::size_t count) {
       EnterSection(load_section_ + 1);
     }
     auto block = blocks_->Next();
-    if (!block) return false;
+    if (!block) {
+      if (!LoadEndnote()) return false;
+      continue;
+    }
     if (!block->strips.empty()) pending_.push_back({std::move(*block), load_section_, false});
   }
   return true;
+}
+
+// The endnotes go on where the text ends.
+bool PageLayout::LoadEndnote() {
+  const std::vector<Note>& notes = context_.notes->endnotes();
+  if (endnotes_loaded_ >= notes.size()) return false;
+  const Note& note = notes[endnotes_loaded_];
+  const double width = ColumnsOf(*sections_[load_section_].page, context_.area.width()).width;
+  BlockStrips block;
+  block.strips = LayOutNote(context_, note, width);
+  if (endnotes_loaded_ == 0) block.strips.push_front(NoteSeparator(note.position));
+  ++endnotes_loaded_;
+  if (!block.strips.empty()) pending_.push_back({std::move(block), load_section_, false});
+  return true;
+}
+
+Strips PageLayout::NotesIn(const Strip& strip) {
+  Strips found;
+  const std::vector<Note>& notes = context_.notes->footnotes();
+  auto note = std::ranges::lower_bound(notes, strip.begin, {}, &Note::anchor);
+  for (; note != notes.end() && note->anchor < strip.end; ++note) {
+    for (auto& line : LayOutNote(context_, *note, columns_->width()))
+      found.push_back(std::move(line));
+  }
+  return found;
+}
+
+void PageLayout::FillFoot(double room) {
+  while (!waiting_notes_.empty()) {
+    const std::shared_ptr<Strip> line = waiting_notes_.front();
+    std::shared_ptr<Strip> separator;
+    if (columns_->foot_empty()) separator = NoteSeparator(line->begin);
+    // A page of nothing but notes has at least one line of them.
+    const bool must = separator != nullptr && columns_->page_empty() && !Load(1);
+    const double needed = HeightOf(*line) + (separator == nullptr ? 0 : HeightOf(*separator));
+    if (needed > room + kSlack && !must) return;
+    room -= needed;
+    if (separator != nullptr) columns_->PlaceAtFoot(std::move(separator));
+    columns_->PlaceAtFoot(line);
+    waiting_notes_.pop_front();
+  }
 }
 
 void PageLayout::DropStrip() {
@@ -307,15 +371,29 @@ PageLayout::Outcome PageLayout::PlaceNext() {
 
   const double top = columns_->FindTop(strip.get());
   const double available_height = columns_->bottom() - top;
-  if (strip->height <= available_height + kSlack) {
+  Strips notes = NotesIn(*strip);
+  double notes_height = 0;
+  if (!notes.empty() && columns_->foot_empty())
+    notes_height = HeightOf(*NoteSeparator(notes.front()->begin));
+  for (const auto& line : notes) notes_height += HeightOf(*line);
+  // Notes that are too long for a page go on on the next one.
+  if (columns_->column_empty() && strip->height <= available_height + kSlack) notes_height = 0;
+  const auto place_notes = [&](Strips lines) {
+    const bool others_wait = !waiting_notes_.empty();
+    for (auto& line : lines) waiting_notes_.push_back(std::move(line));
+    if (!others_wait) FillFoot(columns_->Left());
+  };
+  if (strip->height + notes_height <= available_height + kSlack) {
     columns_->Place(strip, top);
+    place_notes(std::move(notes));
     DropStrip();
     return Outcome::kPlaced;
   }
   if (columns_->column_empty() || strip->height > columns_->ColumnHeight() * kWholeRowShare) {
     pending_.front().started = true;
     if (auto part = strip->TakeTop(available_height)) {
-      columns_->Place(std::move(part), top);
+      columns_->Place(part, top);
+      place_notes(NotesIn(*part));
       return Outcome::kColumnFull;
     }
   }
@@ -324,6 +402,7 @@ PageLayout::Outcome PageLayout::PlaceNext() {
     return Outcome::kColumnFull;
   }
   columns_->PlaceSmaller(strip, top);
+  place_notes(std::move(notes));
   DropStrip();
   return Outcome::kColumnFull;
 }

@@ -75,7 +75,13 @@ class PageLayout {
   bool WantsNextColumn(double available_height);
   // Whether the next line would be alone in a column, or leave one line to the next.
   bool LeavesLineAlone() const;
+  bool LoadEndnote();
   void PlaceRepeatedHeader();
+  // The footnotes whose marks are in the strip.
+  Strips NotesIn(const Strip& strip);
+  // Puts as much of the waiting footnotes at the column's foot as fits into the room.
+  void FillFoot(double room);
+  void BeginColumn();
   // Places the next strip, or a part of it.
   Outcome PlaceNext();
   void DropStrip();
@@ -89,6 +95,8 @@ class PageLayout {
   std::unique_ptr<BlockLayout> blocks_;
   std::size_t load_section_ = 0;
   std::deque<Pending> pending_;
+  std::size_t endnotes_loaded_ = 0;
+  Strips waiting_notes_;      // footnotes that had no room on their page yet
   bool break_ahead_ = false;  // the author ended the last page
   int next_ = 0;
 

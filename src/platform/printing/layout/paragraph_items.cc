@@ -7,6 +7,7 @@
 #include "platform/printing/layout/shape_layout.h"
 #include "platform/printing/symbol_fonts.h"
 #include "platform/richtext/list_mark.h"
+#include "platform/richtext/notes.h"
 
 namespace tenora::printing {
 namespace {
@@ -119,6 +120,8 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
     picture = verbatim->shown_picture;
     if (CollectFloating(run)) {
       picture.reset();
+    } else if (richtext::IsNoteMark(run) && !run.format.hidden) {
+      CollectText(run.format, context_.notes->MarkAt(position_), true);
     } else if (!picture && !run.format.hidden) {
       const bool field = verbatim->source.starts_with("{\\field");
       if (field) CollectText(run.format, verbatim->shown_text, true);

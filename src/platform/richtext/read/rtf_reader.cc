@@ -522,6 +522,11 @@ void RtfReader::EndStory(ReaderGroup& group) {
   }
   Verbatim object;
   object.source = source.Take();
+  if (group.delivery == Delivery::kObject) {
+    Figure note;
+    note.blocks = std::move(blocks);
+    object.figures.push_back(std::make_shared<const Figure>(std::move(note)));
+  }
   if (group.delivery == Delivery::kCarried) {
     carried_.Object().AddStory(object.source);
     const std::string text = PlainText(blocks);
@@ -650,6 +655,11 @@ void RtfReader::TextWord(const Token& word) {
   if (CharacterWord(word) || BreakWord(word)) return;
   if (CurrentStory().TakeRowWord(word, Top().nested_row)) return;
   if (ParagraphWord(word) || head_.Setting(word)) return;
+  // Kept at the start of the note, where it makes an endnote of a footnote.
+  if (word.text == "ftnalt" && Top().owns_story && Top().own_word == "\\footnote") {
+    Top().own_word += "\\ftnalt";
+    return;
+  }
   head_.page().Take(word);
 }
 
