@@ -56,7 +56,7 @@ class ParagraphLayout {
   BlockStrips LayOut();
 
  private:
-  bool StartsAtDecimalTab() const;
+  bool StartsAtDecimalTab(const std::vector<ParagraphItem>& items) const;
   void CloseFrame();
   void TakeAreas();
   Strip& AnchorLine();
@@ -103,11 +103,11 @@ class ParagraphLayout {
 };
 
 BlockStrips ParagraphLayout::LayOut() {
-  if (StartsAtDecimalTab())
+  std::vector<ParagraphItem> items = CollectItems(
+      context_, paragraph_, {place_.position, place_.number, left_, right_, place_.width});
+  if (StartsAtDecimalTab(items))
     items_.emplace_back(TabItem{&paragraph_.runs.front().format, place_.position, {}});
-  std::ranges::move(CollectItems(context_, paragraph_,
-                                 {place_.position, place_.number, left_, right_, place_.width}),
-                    std::back_inserter(items_));
+  std::ranges::move(items, std::back_inserter(items_));
   TakeAreas();
   frame_ = MakeFrame();
   page_break_ = format_.page_break_before;
@@ -146,14 +146,14 @@ BlockStrips ParagraphLayout::LayOut() {
 
 // In a cell, text without a tab of its own is aligned at the paragraph's first stop if that is for
 // decimals: how word processors set columns of amounts.
-bool ParagraphLayout::StartsAtDecimalTab() const {
+bool ParagraphLayout::StartsAtDecimalTab(const std::vector<ParagraphItem>& items) const {
   if (!place_.in_cell || paragraph_.runs.empty() || format_.alignment != Alignment::kLeft)
     return false;
   if (std::ranges::none_of(format_.tabs,
                            [](const TabStop& tab) { return tab.kind == TabStop::Kind::kDecimal; }))
     return false;
   const bool text_only = std::ranges::all_of(
-      items_, [](const ParagraphItem& item) { return std::holds_alternative<TextItem>(item); });
+      items, [](const ParagraphItem& item) { return std::holds_alternative<TextItem>(item); });
   return text_only && NextStop(left_ + format_.first_indent).kind == TabStop::Kind::kDecimal;
 }
 
