@@ -100,6 +100,9 @@ TEST(Sections, HaveTheirNotesAtTheFootOfThePageAndAtTheEnd) {
        {"a 1 b* c 2 x1 x2 x3 x4 x5 x6 1 first * own 2 second", "x7 end"}},
       // Where it has no room the line goes with it to the next page.
       {lines("x", 9) + "m" + note("foot"), {"x1 x2 x3 x4 x5 x6 x7 x8 x9", "m 1 1 foot"}},
+      // But not where it is long.
+      {lines("x", 7) + "m" + note(lines("n", 8)),
+       {"x1 x2 x3 x4 x5 x6 x7 m 1 1 n1", "n2 n3 n4 n5 n6 n7 n8"}},
       // One that is too long goes on on the next pages, beside their text and beyond it.
       {"m" + note(lines("n", 18)) + "\\par after\\par " + lines("x", 5),
        {"m 1 1 n1 n2 n3 n4 n5 n6 n7 n8", "after x1 x2 x3 x4 n9 n10 n11 n12",

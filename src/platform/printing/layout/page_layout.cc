@@ -376,7 +376,10 @@ PageLayout::Outcome PageLayout::PlaceNext() {
   if (!notes.empty() && columns_->foot_empty())
     notes_height = HeightOf(*NoteSeparator(notes.front()->begin));
   for (const auto& line : notes) notes_height += HeightOf(*line);
-  // Notes that are too long for a page go on on the next one.
+  // Long notes begin below their mark and go on on the next page, as all notes do that are too long
+  // for a page of their own.
+  if (notes_height > columns_->ColumnHeight() * kNoteShare)
+    notes_height = HeightOf(*NoteSeparator(0)) + HeightOf(*notes.front());
   if (columns_->column_empty() && strip->height <= available_height + kSlack) notes_height = 0;
   const auto place_notes = [&](Strips lines) {
     const bool others_wait = !waiting_notes_.empty();
