@@ -61,8 +61,7 @@ TEST_F(OwnCommands, LintSaysWhatIsWrongWithTemplatesAndGoesOnAfterAMissingOne) {
   EXPECT_EQ(library.output, "");
 
   WriteTemplate("Odd", test::RtfDocument("Dear <<Name>>, <<TCustom:Pet>> <<TCustom:NoSuch>>"));
-  WriteTemplate("Drawn", test::RtfDocument(
-                             "{\\pict\\pngblip 89504e47}\\par\\par {\\mmath one}"));
+  WriteTemplate("Drawn", test::RtfDocument("{\\pict\\pngblip 89504e47}\\par\\par {\\mmath one}"));
   const std::string path = (Home() / "Templates/Odd.rtf").string();
   const std::string owner_template = path + ": line 1: \"Dear <<Name>>";
   const struct {
