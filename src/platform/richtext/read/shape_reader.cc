@@ -208,7 +208,8 @@ void ShapeReader::SetPlace(Shape* shape, std::string_view name, int value) {
       {"relRight", &Area::right},
       {"relBottom", &Area::bottom}};
   if (const auto edge = kInside.find(name); edge != kInside.end()) {
-    if (!shape->inside) shape->inside.emplace();
+    // Not emplace() without a value: clang finds no default constructor of a nested class.
+    if (!shape->inside) shape->inside.emplace(Area{});
     (*shape->inside).*edge->second = value;
   } else if (const auto own = kInGroup.find(name); own != kInGroup.end()) {
     shape->in_group.*own->second = value;
