@@ -116,6 +116,9 @@ PageSetup PageWords::Page() const {
   };
   page.width = length(&Lengths::width);
   page.height = length(&Lengths::height);
+  // As a saved letter has it, where the first section's size is the document's.
+  if (page.width == 0) page.width = first_.width;
+  if (page.height == 0) page.height = first_.height;
   page.left = length(&Lengths::left);
   page.top = length(&Lengths::top);
   page.right = length(&Lengths::right);
