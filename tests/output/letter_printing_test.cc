@@ -97,7 +97,8 @@ TEST_F(PrinterModTest, TakesALettersOwnMarginsWhereNoneAreStored) {
   const Case cases[] = {
       {{"0", "0", "0", "0"}, own, 1701, 1134, 2268},
       {{"567", "0", "0", "850"}, own, 1701, 567, 850},
-      {{"0", "0", "-20", "0"}, "\\margl900\\margt-600", -20, 600, 0},
+      {{"0", "0", "-20", "0"}, "\\margl900\\margt-600", -20, 600, 1800},
+      {{"0", "0", "0", "0"}, "\\margl900\\margr900", 900, 1440, 900},
       {{"0", "0", "0", "0"}, "", 0, 0, 0},
       // Made for larger paper: none of its margins counts.
       {{"0", "0", "1000", "0"}, "\\paperw30000\\margl1000\\margr15000\\margt1134", 1000, 0, 0},

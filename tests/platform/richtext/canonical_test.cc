@@ -103,14 +103,35 @@ TEST(CanonicalForm, DescribesTheSectionThatBegins) {
       {"a\\sect\\sect b",
        "\\pard\\f0\\fs24 a\\sect" + plain + "\\par\r\n\\sect" + plain + "b\\par\r\n"},
       {"a\\sect\\sectd\\pgwsxn300\\pghsxn200\\marglsxn7{\\header\\cf2 h\\par}b",
-       "\\pard\\f0\\fs24 a\\sect\\sectd\\pgwsxn300\\pghsxn200\\marglsxn7\\margrsxn0\\margtsxn0"
-       "\\margbsxn0\\lndscpsxn\r\n{\\header\\plain\\pard\\cf1\\f0\\fs24 h\\par\r\n}\r\nb\\par\r\n"},
+       "\\pard\\f0\\fs24 a\\sect\\sectd\\pgwsxn300\\pghsxn200\\marglsxn7\\margrsxn1800"
+       "\\margtsxn1440\\margbsxn1440\\lndscpsxn\r\n{\\header\\plain\\pard\\cf1\\f0\\fs24 "
+       "h\\par\r\n}\r\nb\\par\r\n"},
       {"\\trowd\\cellx900\\pard\\intbl a\\cell\\row\\sect b",
        "\\trowd\\cellx900\\pard\\intbl\\f0\\fs24 a\\cell\\row\r\n\\pard\\par\r\n\\sect" + plain +
            "b\\par\r\n"},
       {"{\\footnote a\\sect b}c",
        "\\pard\\f0\\fs24{\\footnote\\plain\\pard\\f0\\fs24 a\\par\r\nb}c\\par\r\n"},
   });
+}
+
+// Beside a margin that a letter names, the others have RTF's usual values; one that names none has
+// none.
+TEST(CanonicalForm, WritesAllMarginsOrNone) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"x", ""},
+      {"\\margl0\\margt0\\margr0\\margb0 x", ""},
+      {"\\margt0 x", "\\margl1800\\margr1800\\margt0\\margb1440"},
+      {"\\margl900\\margr0 x", "\\margl900\\margr0\\margt1440\\margb1440"},
+      {"\\margl900\\sectd\\margtsxn5 x", "\\margl900\\margr1800\\margt5\\margb1440"},
+  };
+  for (const auto& [body, margins] : cases) {
+    const std::string saved =
+        Canonical("{\\rtf1{\\fonttbl{\\f0 Arial;}}" + std::string(body) + "}");
+    const std::size_t at = saved.find("\\marg");
+    EXPECT_EQ(at == std::string::npos ? "" : saved.substr(at, saved.find('\r', at) - at), margins)
+        << body;
+    EXPECT_EQ(Canonical(saved), saved);
+  }
 }
 
 TEST(CanonicalForm, TakesFormattingFromTheTextNotFromItsStyle) {
@@ -224,7 +245,8 @@ TEST(CanonicalForm, KeepsTheHead) {
       "W;}x}");
   EXPECT_THAT(source, HasSubstr("\\ansicpg1252\\deff0\\deflang1033"));
   EXPECT_THAT(source, HasSubstr("{\\info{\\title Rent \\u233e}{\\author Kim}}\r\n"));
-  EXPECT_THAT(source, HasSubstr("\\paperw11906\\margl900\\deftab567\\titlepg\r\n"));
+  EXPECT_THAT(source, HasSubstr("\\paperw11906\\margl900\\margr1800\\margt1440\\margb1440"
+                                "\\deftab567\\titlepg\r\n"));
   EXPECT_THAT(source, Not(HasSubstr("generator")));
 }
 

@@ -12,6 +12,9 @@ namespace {
 
 constexpr int kLargestParameter = 100'000;
 constexpr std::size_t kLongestColumns = 1000;  // of the words of \colno
+// Of the sides that a letter does not name, where it names others. Deliberate: a letter that names
+// none has none.
+constexpr int kUsualSideMargin = 1800, kUsualEndMargin = 1440;
 
 std::string SourceOf(const Token& word) {
   std::string source(1, '\\');
@@ -111,18 +114,20 @@ bool PageWords::TakeOther(const Token& word) {
 
 PageSetup PageWords::Page() const {
   PageSetup page;
-  const auto length = [&](std::optional<int> Lengths::*which) {
-    return (own_.*which).value_or((head_.*which).value_or(0));
+  const auto length = [&](std::optional<int> Lengths::*which, int usual = 0) {
+    return (own_.*which).value_or((head_.*which).value_or(usual));
   };
   page.width = length(&Lengths::width);
   page.height = length(&Lengths::height);
   // As a saved letter has it, where the first section's size is the document's.
   if (page.width == 0) page.width = first_.width;
   if (page.height == 0) page.height = first_.height;
-  page.left = length(&Lengths::left);
-  page.top = length(&Lengths::top);
-  page.right = length(&Lengths::right);
-  page.bottom = length(&Lengths::bottom);
+  const bool margins = own_.NamesMargin() || head_.NamesMargin();
+  const int side = margins ? kUsualSideMargin : 0, end = margins ? kUsualEndMargin : 0;
+  page.left = length(&Lengths::left, side);
+  page.top = length(&Lengths::top, end);
+  page.right = length(&Lengths::right, side);
+  page.bottom = length(&Lengths::bottom, end);
   // A later section may lie across by its size alone.
   const bool sized = section_ != nullptr && own_.width && own_.height;
   page.landscape = own_landscape_.value_or(sized ? page.width > page.height : landscape_);

@@ -26,6 +26,8 @@ class PageWords {
   // What was said; nothing where the page is as the head says.
   struct Lengths {
     std::optional<int> width, height, left, top, right, bottom;
+
+    bool NamesMargin() const { return left || top || right || bottom; }
   };
   using Others = std::map<std::string, std::string, std::less<>>;  // by word, with parameter
 

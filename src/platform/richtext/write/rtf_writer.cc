@@ -56,11 +56,14 @@ void WriteInfo(const Document& document, SourceText* out) {
 void WritePageSetup(const Document& document, SourceText* out) {
   const PageSetup& page = document.page;
   const std::size_t before = out->text().size();
-  const std::pair<const char*, int> lengths[] = {{"paperw", page.width}, {"paperh", page.height},
-                                                 {"margl", page.left},   {"margr", page.right},
-                                                 {"margt", page.top},    {"margb", page.bottom}};
-  for (const auto& [word, value] : lengths) {
-    if (value != 0) out->Word(word, value);
+  if (page.width != 0) out->Word("paperw", page.width);
+  if (page.height != 0) out->Word("paperh", page.height);
+  // All or none: beside one that is named, the others would have their usual values.
+  if (page.left != 0 || page.right != 0 || page.top != 0 || page.bottom != 0) {
+    out->Word("margl", page.left);
+    out->Word("margr", page.right);
+    out->Word("margt", page.top);
+    out->Word("margb", page.bottom);
   }
   if (page.landscape) out->Word("landscape");
   if (document.default_tab != 720) out->Word("deftab", document.default_tab);
