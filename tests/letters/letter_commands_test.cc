@@ -200,6 +200,7 @@ TEST_F(LetterCommandsTest, PutsPicturesAtTheCaretAndRefusesWhatIsNone) {
     Dialogs().WillType(file.string());
     letter_.InsertPicture();
     EXPECT_EQ(Dialogs().shown().front().filter,
+              "PNG and JPEG pictures|*.png;*.jpg;*.jpeg|"
               "All Image files|*.bmp;*.dib;*.wmf;*.emf;*.ico;*.cur;");
     if (c.word != nullptr) {
       EXPECT_THAT(letter_.rtfLetter.TextRTF(), testing::HasSubstr(c.word));

@@ -35,7 +35,9 @@ constexpr std::size_t kLongestGeneratedTitle = kLongestFileName - 16;
 constexpr int kNewLetterMargin = 1134;  // twips: 2 cm
 constexpr std::string_view kExtension = ".rtf";
 constexpr const char* kPictureTitle = "Picture File";
-constexpr const char* kPictureFilter = "All Image files|*.bmp;*.dib;*.wmf;*.emf;*.ico;*.cur;";
+constexpr const char* kPictureFilter =
+    "PNG and JPEG pictures|*.png;*.jpg;*.jpeg|"
+    "All Image files|*.bmp;*.dib;*.wmf;*.emf;*.ico;*.cur;";
 constexpr const char* kExcelTitle = "Excel Files";
 // The pattern has no dot. Deliberate.
 constexpr const char* kExcelFilter = "Excel Files|*xls";

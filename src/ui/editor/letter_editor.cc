@@ -157,7 +157,19 @@ bool LetterEditor::canInsertFromMimeData(const QMimeData* source) const {
   return CanPaste(*source);
 }
 
+QStringList LetterEditor::FilesOf(const QMimeData& data) { return tenora::FilesOf(data); }
+
+void LetterEditor::InsertFiles(const QStringList& files) {
+  ShowBox();
+  QStringList others;
+  const auto pictures = BlocksOfPictures(files, formatting_.CharAtCaret(), &others);
+  if (!pictures.empty()) letter_.InsertBlocks(pictures);
+  ensureCursorVisible();
+  if (!others.isEmpty()) emit FilesGiven(others);
+}
+
 void LetterEditor::insertFromMimeData(const QMimeData* source) {
+  if (const QStringList files = FilesOf(*source); !files.isEmpty()) return InsertFiles(files);
   ShowBox();
   SetTypingFormat(this, formats());
   const auto blocks = BlocksOf(*source, formats(), formatting_.CharAtCaret());

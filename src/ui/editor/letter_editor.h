@@ -36,6 +36,10 @@ class LetterEditor : public QTextEdit {
   void InsertPageBreak();
   void PastePlainText();
   void Cut();
+  // The files of this computer among what is dragged or pasted.
+  static QStringList FilesOf(const QMimeData& data);
+  // Puts the files that are pictures at the caret; the others are left to FilesGiven.
+  void InsertFiles(const QStringList& files);
   void Undo() { history_.Undo(); }
   void Redo() { history_.Redo(); }
 
@@ -48,6 +52,8 @@ class LetterEditor : public QTextEdit {
  signals:
   // A context menu was asked for; the caret is already where it was asked for.
   void MenuWanted(const QPoint& on_screen);
+  // Files that are no pictures were dropped on the letter or pasted into it.
+  void FilesGiven(const QStringList& files);
 
  protected:
   bool event(QEvent* event) override;

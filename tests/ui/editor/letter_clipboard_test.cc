@@ -14,6 +14,13 @@
 namespace tenora {
 namespace {
 
+int CountOf(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+    ++count;
+  return count;
+}
+
 class LetterClipboardTest : public PlainControlTest {
  protected:
   void Paste(const QMimeData& data) {
@@ -75,8 +82,12 @@ TEST_F(LetterClipboardTest, PastesAPictureAtItsOwnResolutionFromEverySource) {
   ASSERT_TRUE(logo.save(file));
 
   const std::function<void(QMimeData&)> sources[] = {
-      [&](QMimeData& data) { data.setUrls({QUrl::fromLocalFile(file)}); },
       [&](QMimeData& data) { data.setImageData(logo); },
+      // As browsers copy a picture: a page that names it, and the picture.
+      [&](QMimeData& data) {
+        data.setHtml("<img src='https://example.com/logo.png'>");
+        data.setImageData(logo);
+      },
       [&](QMimeData& data) {
         data.setHtml("<img src='data:image/png;base64," + png.toBase64() + "'>");
       },
@@ -89,6 +100,11 @@ TEST_F(LetterClipboardTest, PastesAPictureAtItsOwnResolutionFromEverySource) {
     EXPECT_NE(box.TextRTF().find("\\picwgoal4320\\pichgoal1440 "), std::string::npos)
         << data.formats().join(' ').toStdString() << box.TextRTF().substr(0, 500);
   }
+  Open("\\pard\\f0\\fs24 !");
+  QStringList others;
+  letter.InsertBlocks(BlocksOfPictures({file, file}, formatting.CharAtCaret(), &others));
+  EXPECT_EQ(CountOf(box.TextRTF(), "\\picwgoal4320\\pichgoal1440 "), 2);
+  EXPECT_TRUE(others.isEmpty());
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <QTextDocument>
 #include <QTextDocumentFragment>
 #include <QUrl>
+#include <optional>
 #include <utility>
 
 #include "platform/printing/picture_import.h"
@@ -111,18 +112,10 @@ std::vector<Block> BlocksOfText(const QString& text, const richtext::CharFormat&
   return std::move(letter.blocks);
 }
 
-std::vector<Block> BlocksOfFiles(const QMimeData& data, const richtext::CharFormat& format) {
-  richtext::Paragraph paragraph;
-  const QList<QUrl> urls = data.urls();
-  for (const QUrl& url : urls) {
-    QFile file(url.toLocalFile());
-    if (!url.isLocalFile() || !QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
-      continue;
-    if (auto picture = printing::ImportPicture(file.read(kLargestPaste).toStdString()))
-      paragraph.runs.push_back(PictureRun(*std::move(picture), format));
-  }
-  if (paragraph.runs.empty()) return {};
-  return {std::move(paragraph)};
+// A browser's copy of a picture comes with a page that only names it.
+bool HasContent(const std::vector<Block>& blocks) {
+  return blocks.size() > 1 || blocks.front().index() != 0 ||
+         !std::get<richtext::Paragraph>(blocks.front()).runs.empty();
 }
 
 }  // namespace
@@ -161,8 +154,10 @@ std::vector<Block> BlocksOf(const QMimeData& data, LetterFormats& formats,
     formats.Adopt(&letter);
     return std::move(letter.blocks);
   }
-  if (data.hasHtml() && data.html().size() <= kLargestPaste)
-    return BlocksOfHtml(data.html(), formats);
+  if (data.hasHtml() && data.html().size() <= kLargestPaste) {
+    auto blocks = BlocksOfHtml(data.html(), formats);
+    if (HasContent(blocks) || !data.hasImage()) return blocks;
+  }
   if (data.hasImage()) {
     if (auto picture = printing::ImportImage(data.imageData().value<QImage>())) {
       richtext::Paragraph paragraph;
@@ -170,13 +165,35 @@ std::vector<Block> BlocksOf(const QMimeData& data, LetterFormats& formats,
       return {std::move(paragraph)};
     }
   }
-  if (data.hasUrls()) {
-    auto blocks = BlocksOfFiles(data, format);
-    if (!blocks.empty()) return blocks;
-  }
   if (data.hasText() && data.text().size() <= kLargestPaste)
     return BlocksOfText(data.text(), format);
   return {};
+}
+
+QStringList FilesOf(const QMimeData& data) {
+  QStringList files;
+  const QList<QUrl> urls = data.urls();
+  for (const QUrl& url : urls) {
+    if (url.isLocalFile()) files.append(url.toLocalFile());
+  }
+  return files;
+}
+
+std::vector<Block> BlocksOfPictures(const QStringList& files, const richtext::CharFormat& format,
+                                    QStringList* others) {
+  richtext::Paragraph paragraph;
+  for (const QString& name : files) {
+    QFile file(name);
+    std::optional<richtext::Picture> picture;
+    if (QFileInfo(file).isFile() && file.size() <= kLargestPaste && file.open(QIODevice::ReadOnly))
+      picture = printing::ImportPicture(file.readAll().toStdString());
+    if (picture)
+      paragraph.runs.push_back(PictureRun(*std::move(picture), format));
+    else
+      others->append(name);
+  }
+  if (paragraph.runs.empty()) return {};
+  return {std::move(paragraph)};
 }
 
 }  // namespace tenora

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QMimeData>
+#include <QStringList>
 #include <QTextCursor>
 #include <vector>
 
@@ -18,5 +19,13 @@ bool CanPaste(const QMimeData& data);
 // pasted.
 std::vector<richtext::Block> BlocksOf(const QMimeData& data, LetterFormats& formats,
                                       const richtext::CharFormat& format);
+
+// The files of this computer that are offered, as a file manager offers them.
+QStringList FilesOf(const QMimeData& data);
+// The files that are pictures, one after the other in a paragraph; empty where none is. The rest,
+// folders and files over 64 MB among them, is added to `others`.
+std::vector<richtext::Block> BlocksOfPictures(const QStringList& files,
+                                              const richtext::CharFormat& format,
+                                              QStringList* others);
 
 }  // namespace tenora

@@ -164,6 +164,10 @@ std::unique_ptr<LetterWindow> OpenLetters::MakeWindow() {
                      Guarded(session_.platform.dialogs, "frmMain - frmMain_MarginsDragged",
                              [&] { ChangeMargins(*window, left, right); });
                    });
+  QObject::connect(&window->editor(), &LetterEditor::FilesGiven, window.get(),
+                   [this](const QStringList& files) {
+                     if (files_given_) files_given_(files);
+                   });
   return window;
 }
 

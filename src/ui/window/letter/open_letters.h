@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "letters/custom_field_codes.h"
 #include "ui/window/letter/insert_list.h"
@@ -50,6 +51,10 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Wraps every letter at the printer's page width or at the window's edge, and stores the choice.
   void WrapAtPageWidth(bool page_width);
   void ShowRuler(bool shown);
+  // Is told the files that were dropped on a letter, or pasted into it, and are no pictures.
+  void OnFilesGiven(std::function<void(const QStringList&)> take) {
+    files_given_ = std::move(take);
+  }
   const CustomFieldCodes& custom_fields() const { return custom_fields_; }
   void SetCustomFields(const CustomFieldCodes& codes) { custom_fields_ = codes; }
   // Highlights the codes that the letter's merge fills.
@@ -75,6 +80,7 @@ class OpenLetters : private LetterWindow::Surroundings {
   const WindowPrinters& printers_;
   const LetterSpelling& spelling_;
   CustomFieldCodes custom_fields_;
+  std::function<void(const QStringList&)> files_given_;
   bool page_width_ = false;
   bool ruler_shown_ = false;
 };

@@ -2,7 +2,9 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDropEvent>
 #include <QFontDatabase>
+#include <QMimeData>
 #include <QScreen>
 #include <QStatusBar>
 #include <cstdint>
@@ -54,6 +56,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
       generate_(session_, *tree_, letters_, printers_, runs_, this),
       imports_(session_, *tree_, letters_, *lint_panel_,
                [this](const QString& title, const Work& work) { RunBeside(title, work); }),
+      given_files_(session_, letters_, imports_),
       settings_(session_, *tree_, letters_, spelling_, rental_data_, *page_width_, this),
       help_(session_, *tree_, letters_, this),
       menus_(*this, {.session = session_,
@@ -87,6 +90,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
   splitter_->setStretchFactor(1, 1);
   splitter_->setSizes({300, 980});
   setCentralWidget(splitter_);
+  setAcceptDrops(true);
   addDockWidget(Qt::BottomDockWidgetArea, lint_panel_);
   lint_panel_->hide();
   ConnectParts();
@@ -105,6 +109,11 @@ void frmMain::ConnectParts() {
   connect(tree_, &ctlTree::Activated, this,
           [this](const TreeModel::Entry& entry) { letters_.Open(entry); });
   connect(desk_, &LetterDesk::ActiveChanged, this, &frmMain::ShowLetterState);
+  // Once the letter, or the program that the files come from, has done with the drop.
+  letters_.OnFilesGiven([this](const QStringList& files) {
+    QMetaObject::invokeMethod(
+        this, [this, files] { given_files_.TakeAllButPictures(files); }, Qt::QueuedConnection);
+  });
   letters_.ShowRuler(editor_actions_->ShowRuler()->isChecked());
   connect(editor_actions_->ShowRuler(), &QAction::toggled, this,
           [this](bool shown) { letters_.ShowRuler(shown); });
@@ -190,6 +199,20 @@ void frmMain::closeEvent(QCloseEvent* event) {
     if (closed) layout_.Store();
   });
   event->setAccepted(closed);
+}
+
+void frmMain::dragEnterEvent(QDragEnterEvent* event) {
+  if (LetterEditor::FilesOf(*event->mimeData()).isEmpty()) return;
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+}
+
+void frmMain::dropEvent(QDropEvent* event) {
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+  QMetaObject::invokeMethod(
+      this, [this, files = LetterEditor::FilesOf(*event->mimeData())] { given_files_.Take(files); },
+      Qt::QueuedConnection);
 }
 
 void frmMain::ShowLetterState() {

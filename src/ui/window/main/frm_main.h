@@ -16,6 +16,7 @@
 #include "ui/window/letter/open_letters.h"
 #include "ui/window/letter/window_printers.h"
 #include "ui/window/main/generate_letters.h"
+#include "ui/window/main/given_files.h"
 #include "ui/window/main/help_commands.h"
 #include "ui/window/main/import_templates.h"
 #include "ui/window/main/letter_runs.h"
@@ -49,6 +50,8 @@ class frmMain : public QMainWindow {
  protected:
   void showEvent(QShowEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   // Runs a procedure's body; an error is shown under "frmMain - procedure".
@@ -80,6 +83,7 @@ class frmMain : public QMainWindow {
   LetterRuns runs_;
   GenerateLetters generate_;
   ImportTemplates imports_;
+  GivenFiles given_files_;
   SettingsCommands settings_;
   HelpCommands help_;
   MainMenus menus_;

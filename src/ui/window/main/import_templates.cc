@@ -5,8 +5,10 @@
 #include <string>
 
 #include "letters/template_import.h"
+#include "platform/dialogs/file_filter.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/text.h"
 
 namespace tenora {
 namespace {
@@ -32,9 +34,19 @@ std::string RepairsText(const std::vector<std::string>& repairs) {
 void ImportTemplates::Import() {
   Dialogs& dialogs = session_.platform.dialogs;
   const auto document = dialogs.ChooseFileToOpen(kTitle, kFilter);
-  if (!document) return;
+  if (document) Import(*document);
+}
+
+bool ImportTemplates::IsDocument(const std::filesystem::path& file) {
+  const std::string extension = ToLower(file.extension().string());
+  const std::vector<std::string> patterns = ParseFileFilter(kFilter).front().patterns;
+  return extension != ".rtf" && std::ranges::find(patterns, "*" + extension) != patterns.end();
+}
+
+void ImportTemplates::Import(const std::filesystem::path& document) {
+  Dialogs& dialogs = session_.platform.dialogs;
   const auto kind = dialogs.Choose(
-      kTitle,
+      "Import \"" + document.filename().string() + "\" as",
       {"Tenant letter template", "Owner letter template", session_.cheque_word + " template"},
       static_cast<std::size_t>(letters_.CurrentList()));
   if (!kind) return;
@@ -42,10 +54,10 @@ void ImportTemplates::Import() {
                                  session_.cheque_word};
   ImportedTemplate imported;
   try {
-    run_(QObject::tr("Importing %1").arg(QString::fromStdString(document->filename().string())),
+    run_(QObject::tr("Importing %1").arg(QString::fromStdString(document.filename().string())),
          [&](WorkProgress& progress) {
            progress.Report(0, 0, QObject::tr("LibreOffice is reading the document…"));
-           TemplateImport wanted{*document, folders[*kind], {}, {}};
+           TemplateImport wanted{document, folders[*kind], {}, {}};
            wanted.conversion.stopped = [&] { return progress.Cancelled(); };
            imported = ImportTemplate(wanted, TemplateLibrary(session_.database.DataFolder()),
                                      session_.platform.clock.Today());

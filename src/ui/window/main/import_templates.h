@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QWidget>
+#include <filesystem>
 #include <utility>
 
 #include "rental/session.h"
@@ -26,6 +27,10 @@ class ImportTemplates {
 
   // Asks for the document and the kind of template. Raises what ImportTemplate raises.
   void Import();
+  // The same of a document that is known; asks for the kind.
+  void Import(const std::filesystem::path& document);
+  // Whether a file of this name is a document that can be imported, and no letter.
+  static bool IsDocument(const std::filesystem::path& file);
 
  private:
   Session& session_;
