@@ -107,11 +107,12 @@ class frmLetter {
   // Writes the letter to its file, as SaveAs where it has none. A write that fails leaves the file
   // as it was and the letter marked as changed; the host is told, and the result is false.
   bool Save();
-  // Asks for the title and writes to that file in the letter's folder, which is made where missing.
-  // Cancelling leaves the title empty, deliberately. False also when cancelled.
+  // Asks for the title and writes to that file in the letter's folder, which is made where missing;
+  // asks again, with the title shown, where the file is there and must not be replaced. Cancelling
+  // leaves the title empty, deliberately. False also when cancelled.
   bool SaveAs();
   // Asks whether to save what was changed. True when the letter may be closed: unchanged, not to be
-  // saved, or saved. False where the question is left unanswered.
+  // saved, or saved. False where it is cancelled.
   bool CheckSave();
   // Deletes the file once confirmed, and closes the letter.
   void Delete();

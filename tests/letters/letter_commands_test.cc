@@ -96,6 +96,7 @@ TEST_F(LetterCommandsTest, KeepsALetterThatCouldNotBeSavedMarkedAsChanged) {
   Dialogs().WillPress(Answer::kYes).WillType("Notice");
   EXPECT_FALSE(letter_.CheckSave());
   EXPECT_EQ(Dialogs().shown().front().title, "Notice : Templates");
+  EXPECT_EQ(Dialogs().shown().front().buttons, Buttons::kYesNoCancel);
   EXPECT_EQ(host_.failed, 1);
   EXPECT_TRUE(letter_.members().Changed);
   EXPECT_EQ(letter_.members().FilePath, "");
@@ -108,8 +109,9 @@ TEST_F(LetterCommandsTest, KeepsALetterThatCouldNotBeSavedMarkedAsChanged) {
   host_.may_replace = false;
   fs::create_directory(Data() / "Templates");
   WriteWholeFile(Data() / "Templates/Other.rtf", "another's");
-  Dialogs().WillType("Other");
+  Dialogs().WillType("Other").WillCancel();
   EXPECT_FALSE(letter_.SaveAs());
+  EXPECT_EQ(LastBox().default_answer, "Other");
   EXPECT_EQ(ReadWholeFile(Data() / "Templates/Other.rtf"), "another's");
 }
 

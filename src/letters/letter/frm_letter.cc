@@ -349,14 +349,21 @@ bool frmLetter::Save() {
 }
 
 bool frmLetter::SaveAs() {
-  const std::string answer =
-      session_.platform.dialogs.AskText("Enter the name for this " + KindWord()).value_or("");
-  members_.LetterTitle = FirstCharacters(answer, kLongestTitle);
-  if (members_.LetterTitle.empty()) return false;
-  const fs::path path = LetterFolder() / FileNameOf(members_.LetterTitle);
-  std::error_code error;
-  const bool replaces = path != fs::path(members_.FilePath) && fs::exists(path, error);
-  if (replaces && !host_.ConfirmReplace(path)) return false;
+  fs::path path;
+  const auto refused = [&] {
+    std::error_code error;
+    const bool replaces = path != fs::path(members_.FilePath) && fs::exists(path, error);
+    return replaces && !host_.ConfirmReplace(path);
+  };
+  std::string answer;
+  do {
+    answer = session_.platform.dialogs
+                 .AskText("Enter the name for this " + KindWord(), kApplicationTitle, answer)
+                 .value_or("");
+    members_.LetterTitle = FirstCharacters(answer, kLongestTitle);
+    if (members_.LetterTitle.empty()) return false;
+    path = LetterFolder() / FileNameOf(members_.LetterTitle);
+  } while (refused());
   const std::string path_before = std::exchange(members_.FilePath, path.string());
   const bool written = WriteLetter(Making::kMissing);
   // Without a file, the next save asks again.
@@ -371,7 +378,7 @@ bool frmLetter::CheckSave() {
   if (!members_.Changed) return true;
   const Answer answer = session_.platform.dialogs.Show({.text = "Save changes?",
                                                         .title = members_.Caption,
-                                                        .buttons = Buttons::kYesNo,
+                                                        .buttons = Buttons::kYesNoCancel,
                                                         .icon = Icon::kQuestion,
                                                         .default_answer = Answer::kYes});
   return answer == Answer::kNo || (answer == Answer::kYes && Save());

@@ -11,7 +11,7 @@ namespace tenora {
 
 inline constexpr const char* kApplicationTitle = "Tenora Mail Merge Facility";
 
-enum class Buttons { kOk, kOkCancel, kYesNo };
+enum class Buttons { kOk, kOkCancel, kYesNo, kYesNoCancel };
 enum class Icon { kNone, kQuestion, kInformation, kExclamation, kCritical };
 enum class Answer { kOk, kCancel, kYes, kNo };
 

@@ -50,6 +50,8 @@ QMessageBox::StandardButtons ButtonsOf(Buttons buttons) {
       return QMessageBox::Ok | QMessageBox::Cancel;
     case Buttons::kYesNo:
       return QMessageBox::Yes | QMessageBox::No;
+    case Buttons::kYesNoCancel:
+      return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
   }
   return QMessageBox::Ok;
 }

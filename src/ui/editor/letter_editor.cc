@@ -34,6 +34,7 @@ LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent)
   connect(&paper_, &PaperLayout::SideMarginsChanged, this, [this](const QMargins& margins) {
     if (viewportMargins() != margins) setViewportMargins(margins);
   });
+  connect(&letter_, &EditedLetter::SavedAgain, this, &LetterEditor::SavedAgain);
   paper_.SetLook(PaperLook());
   paper_.SetZoom(1);
   ShowBox();

@@ -33,6 +33,8 @@ class LetterEditor : public QTextEdit {
   // Shows at once what was changed through the box; it happens by itself before the next paint or
   // key.
   void ShowBox() { letter_.ShowBox(); }
+  // The letter as it is now is on the disk.
+  void MarkSaved() { letter_.MarkSaved(); }
   void InsertPageBreak();
   void PastePlainText();
   void Cut();
@@ -50,6 +52,8 @@ class LetterEditor : public QTextEdit {
   void SetMisspelt(std::function<bool(const QString&)> misspelt);
 
  signals:
+  // Undo or redo has brought back the letter as it was last marked as saved.
+  void SavedAgain();
   // A context menu was asked for; the caret is already where it was asked for.
   void MenuWanted(const QPoint& on_screen);
   // Files that are no pictures were dropped on the letter or pasted into it.

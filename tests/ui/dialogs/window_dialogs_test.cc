@@ -35,6 +35,8 @@ TEST_F(DialogsTest, BoxesAnswerEnterWithTheDefaultAndEscapeWithNone) {
       {Buttons::kYesNo, Answer::kNo, Qt::Key_Return, Answer::kNo},
       {Buttons::kYesNo, Answer::kYes, Qt::Key_Return, Answer::kYes},
       {Buttons::kYesNo, Answer::kYes, Qt::Key_Escape, Answer::kCancel},
+      {Buttons::kYesNoCancel, Answer::kYes, Qt::Key_Escape, Answer::kCancel},
+      {Buttons::kYesNoCancel, Answer::kYes, Qt::Key_N, Answer::kNo},
   };
   for (const auto& c : cases) {
     WhenUp(c.key, [](QWidget& box) {

@@ -1,7 +1,11 @@
 #include "ui/editor/document/undo_history.h"
 
+#include <QClipboard>
+#include <QMimeData>
+#include <QSignalSpy>
 #include <QTextBlockFormat>
 #include <QTextCursor>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,6 +13,13 @@
 
 namespace tenora {
 namespace {
+
+void PasteRtf(LetterEditor& editor, const std::string& body) {
+  auto* data = new QMimeData;
+  data->setData("text/rtf", QByteArray::fromStdString(LetterSource(body)));
+  QGuiApplication::clipboard()->setMimeData(data);
+  editor.paste();
+}
 
 class UndoHistoryTest : public PlainControlTest {
  protected:
@@ -66,6 +77,57 @@ TEST_F(UndoHistoryTest, SkipsChangesOfTheLooks) {
     }
     for (std::size_t i = 0; i < c.undone.size(); ++i) history.Redo();
     EXPECT_EQ(box.Text(), last) << c.steps;
+  }
+}
+
+// What is done to an empty letter after which it is undone: all of the letter must be back, and
+// known to be as it was saved.
+TEST_F(EditorTest, UndoBringsBackTheSavedLetterAndTellsSo) {
+  const struct {
+    const char* what;
+    std::string body;
+    std::function<void()> edit;
+    bool back;
+  } cases[] = {
+      {"paste into an empty letter", "\\pard\\f0\\fs24 ",
+       [&] { PasteRtf(editor, "\\pard\\qc\\f1\\b\\fs60 Big\\par Small"); }, true},
+      {"paste before the text", "\\pard\\f0\\fs24 one\\par two",
+       [&] { PasteRtf(editor, "\\pard\\qc\\f1\\b\\fs60 Big\\par Small"); }, true},
+      {"paste of a table", "\\pard\\f0\\fs24 ", [&] { PasteRtf(editor, kTable); }, true},
+      {"paste over everything", "\\pard\\f0\\fs24 one\\par two",
+       [&] {
+         editor.selectAll();
+         PasteRtf(editor, "\\pard\\qr\\f1\\fs60 Big");
+       },
+       true},
+      {"typing and zooming", "\\pard\\fi300\\f0\\fs24 one",
+       [&] {
+         QTest::keyClicks(&editor, "x");
+         editor.paper().SetZoom(1.5);
+       },
+       true},
+      // A margin is not brought back by undoing what was typed after it.
+      {"a margin", "\\pard\\f0\\fs24 one",
+       [&] {
+         box.SetMargins(1000, 1000, 1000, 1000);
+         QTest::keyClicks(&editor, "x");
+       },
+       false},
+  };
+  for (const auto& c : cases) {
+    Open(c.body);
+    editor.moveCursor(QTextCursor::Start);
+    editor.MarkSaved();
+    const std::string saved = Written();
+    const QSignalSpy told(&editor, &LetterEditor::SavedAgain);
+    c.edit();
+    EXPECT_TRUE(told.isEmpty()) << c.what;
+    EXPECT_NE(box.TextRTF(), saved) << c.what;
+    editor.Undo();
+    EXPECT_EQ(box.TextRTF() == saved, c.back) << c.what << box.TextRTF();
+    EXPECT_EQ(told.count(), c.back ? 1 : 0) << c.what;
+    editor.Redo();
+    EXPECT_EQ(told.count(), c.back ? 1 : 0) << c.what;
   }
 }
 

@@ -1,5 +1,7 @@
 #include "ui/window/letter/open_letters.h"
 
+#include <QTest>
+
 #include "window_fixture.h"
 
 namespace tenora {
@@ -8,6 +10,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 class OpenLettersTest : public WindowPartsTest {};
 
@@ -88,9 +91,11 @@ TEST_F(OpenLettersTest, AsksBeforeASaveReplacesAFileAndShowsTheNewLetterInTheTre
   const auto taken = SaveTemplate("Taken", "another's");
   letters_.StartNew("Templates");
   letters_.Active()->letter().rtfLetter.SetText("mine");
-  platform_.dialogs.WillType("Taken").WillPress(Answer::kNo);
+  platform_.dialogs.WillType("Taken").WillPress(Answer::kNo).WillCancel();
   EXPECT_FALSE(letters_.Active()->letter().Save());
-  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("Replace it?"));
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre("Enter the name for this Letter", HasSubstr("Replace it?"),
+                          "Enter the name for this Letter"));
   EXPECT_THAT(ReadWholeFile(taken), HasSubstr("another's"));
   platform_.dialogs.WillType("Fresh");
   EXPECT_TRUE(letters_.Active()->letter().Save());
@@ -140,6 +145,52 @@ TEST_F(OpenLettersTest, DeletesALetterWhetherItIsOpenOrNot) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_THAT(desk_.Letters(), IsEmpty());
   }
+}
+
+TEST_F(OpenLettersTest, CancellingOneQuestionKeepsAllLettersOpen) {
+  for (const char* name : {"One", "Two"}) {
+    SaveTemplate(name, "text");
+    letters_.Open(Entry(QString("Templates/") + name));
+    QTest::keyClicks(&letters_.Active()->editor(), "new");
+  }
+  platform_.dialogs.WillPress(Answer::kNo).WillPress(Answer::kCancel);
+  EXPECT_FALSE(desk_.CloseAll());
+  EXPECT_EQ(desk_.Letters().size(), 2U);
+  EXPECT_TRUE(desk_.Letters()[0]->letter().members().Changed);
+  platform_.dialogs.WillPress(Answer::kNo).WillPress(Answer::kYes);
+  EXPECT_TRUE(desk_.CloseAll());
+  EXPECT_THAT(desk_.Letters(), IsEmpty());
+  EXPECT_THAT(ReadWholeFile(Data() / "Templates/One.rtf"), Not(HasSubstr("new")));
+  EXPECT_THAT(ReadWholeFile(Data() / "Templates/Two.rtf"), HasSubstr("newtext"));
+}
+
+// The marks of a changed letter go when what changed it is undone, and come back.
+TEST_F(OpenLettersTest, AnUndoneLetterIsUnchangedAgain) {
+  SaveTemplate("One", "text");
+  letters_.Open(Entry("Templates/One"));
+  LetterWindow& window = *letters_.Active();
+  const auto marked = [&] {
+    QCoreApplication::processEvents();
+    EXPECT_EQ(InFront().Changed, window.isWindowModified());
+    return window.isWindowModified();
+  };
+  EXPECT_FALSE(marked());
+  QTest::keyClicks(&window.editor(), "x");
+  EXPECT_TRUE(marked());
+  window.editor().Undo();
+  EXPECT_FALSE(marked());
+  window.editor().Redo();
+  EXPECT_TRUE(marked());
+  EXPECT_TRUE(window.letter().Save());
+  EXPECT_FALSE(marked());
+  window.editor().Undo();
+  EXPECT_TRUE(marked());
+  window.letter().rtfLetter.SetTextRTF("{\\rtf1 merged}");
+  EXPECT_TRUE(window.letter().Save());  // before it is shown
+  EXPECT_FALSE(marked());
+  window.editor().Undo();
+  EXPECT_TRUE(marked());
+  window.letter().members().Changed = false;
 }
 
 TEST_F(OpenLettersTest, WritesTheLettersOfTheFolderThatTheInsertListIsNamedFor) {

@@ -6,35 +6,11 @@
 #include <utility>
 
 #include "ui/editor/codes/merge_code_spans.h"
+#include "ui/editor/text/paragraph_mark.h"
 #include "ui/editor/text/text_properties.h"
 #include "ui/editor/text/typing_format.h"
 
 namespace tenora {
-namespace {
-
-// Qt keeps no history of the format of the first paragraph's mark.
-class FirstMarkCommand : public QAbstractUndoItem {
- public:
-  FirstMarkCommand(QTextDocument* document, QTextCharFormat before, QTextCharFormat after)
-      : document_(document), before_(std::move(before)), after_(std::move(after)) {}
-  void undo() override { QTextCursor(document_).setBlockCharFormat(before_); }
-  void redo() override { QTextCursor(document_).setBlockCharFormat(after_); }
-
- private:
-  QTextDocument* document_;
-  QTextCharFormat before_, after_;
-};
-
-void SetMark(QTextCursor* cursor, const QTextCharFormat& mark) {
-  if (cursor->block().position() == 0) {
-    QTextDocument* document = cursor->document();
-    document->appendUndoItem(new FirstMarkCommand(document, cursor->blockCharFormat(), mark));
-  }
-  cursor->setBlockCharFormat(mark);
-}
-
-}  // namespace
-
 richtext::CharFormat FormatCommands::CharAtCaret() {
   letter_.ShowBox();
   return letter_.formats().CharOf(FormatAtCaret(letter_.control()));
@@ -110,7 +86,7 @@ void FormatCommands::FormatCharacters(const std::function<void(richtext::CharFor
   if (cursor.block().length() == 1) {
     QTextCharFormat mark = cursor.blockCharFormat();
     mark.merge(formats.Mark(formats.CharOf(format)));
-    SetMark(&cursor, mark);
+    SetParagraphMark(&cursor, mark);
   }
   control.setCurrentCharFormat(format);
 }
@@ -136,7 +112,7 @@ void FormatCommands::FormatRange(
       edit.setPosition(block.position());
       QTextCharFormat mark = edit.blockCharFormat();
       mark.merge(formats.Mark(formats.CharOf(changed(mark))));
-      SetMark(&edit, mark);
+      SetParagraphMark(&edit, mark);
     }
   }
   for (const Piece& piece : pieces) {

@@ -17,8 +17,23 @@
 
 namespace tenora {
 
+namespace {
+
+// Whether two heads are the same but for their tables, to which edits add.
+bool SameHead(const richtext::Document& left, const richtext::Document& right) {
+  return left.page == right.page && left.default_tab == right.default_tab &&
+         left.title == right.title && left.info == right.info &&
+         std::ranges::equal(left.head_groups, right.head_groups, {}, &richtext::HeadGroup::source,
+                            &richtext::HeadGroup::source);
+}
+
+}  // namespace
+
 EditedLetter::EditedLetter(RichTextBox& box, QTextEdit& control) : box_(box), control_(control) {
   connect(control.document(), &QTextDocument::contentsChange, this, &EditedLetter::ContentsChanged);
+  connect(control.document(), &QTextDocument::modificationChanged, this, [this](bool modified) {
+    if (!modified && editing_ && !pending_) emit SavedAgain();
+  });
   box_.AttachView(this);
 }
 
@@ -26,6 +41,7 @@ EditedLetter::~EditedLetter() { box_.AttachView(nullptr); }
 
 void EditedLetter::BoxChanged(Change change) {
   const bool waiting = pending_.has_value();
+  pending_is_saved_ = false;
   if (pending_ != Change::kNewLetter) pending_ = change;
   if (!waiting) QMetaObject::invokeMethod(this, &EditedLetter::ShowBox, Qt::QueuedConnection);
 }
@@ -39,6 +55,7 @@ void EditedLetter::ShowBox() {
       Load(box_.Document());
     else
       Update(box_.Document());
+    if (std::exchange(pending_is_saved_, false)) control_.document()->setModified(false);
   });
   reading_.reset();
   box_.ViewShown();
@@ -65,8 +82,11 @@ void EditedLetter::Update(richtext::Document letter) {
   const std::vector<richtext::Block> wanted = std::exchange(letter.blocks, {});
   const std::vector<richtext::Block> shown = TakeBlocks();
   const PositionMap positions = std::move(reading_->positions);
+  const bool same_head = SameHead(formats_.head(), letter);
   formats_.SetHead(std::move(letter));
   UpdateLetter(control_.document(), &formats_, shown, positions, wanted);
+  // Undo brings back the text only.
+  if (!same_head) control_.document()->setModified(true);
 }
 
 EditedLetter::Reading& EditedLetter::Read() {
@@ -160,6 +180,11 @@ void EditedLetter::WithoutEdit(const std::function<void()>& change) {
   const bool was_editing = std::exchange(editing_, false);
   change();
   editing_ = was_editing;
+}
+
+void EditedLetter::MarkSaved() {
+  pending_is_saved_ = pending_.has_value();
+  if (!pending_is_saved_) WithoutEdit([&] { control_.document()->setModified(false); });
 }
 
 void EditedLetter::ContentsChanged() {

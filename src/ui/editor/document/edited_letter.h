@@ -39,8 +39,12 @@ class EditedLetter : public QObject, private RichTextView {
   bool MayChange(int start, int end);
   // Runs a change of the document that is no change of the letter.
   void WithoutEdit(const std::function<void()>& change);
+  // The letter as it is now is on the disk.
+  void MarkSaved();
 
  signals:
+  // Undo or redo has brought back the letter as it was last marked as saved.
+  void SavedAgain();
   // The document has been emptied and is about to be filled with another letter.
   void Cleared();
 
@@ -71,6 +75,7 @@ class EditedLetter : public QObject, private RichTextView {
   std::optional<Change> pending_;  // a change of the box that is not shown yet
   std::optional<Reading> reading_;
   bool editing_ = true;  // a change of the document is one of the letter
+  bool pending_is_saved_ = false;
   bool told_refusal_ = false;
 };
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/richtext/document_text.h"
+#include "ui/editor/text/paragraph_mark.h"
 
 namespace tenora {
 namespace {
@@ -146,7 +147,7 @@ void LetterLoader::Insert(QTextCursor* cursor, const std::vector<Block>& blocks,
           cursor->setBlockFormat(filler);
           QTextCharFormat mark = cursor->blockCharFormat();
           mark.merge(formats_.Mark({.font = formats_.head().default_font}));
-          cursor->setBlockCharFormat(mark);
+          SetParagraphMark(cursor, mark);
         }
         Spaces spaces;
         const bool last = grid.first_row + grid.rows.size() == table.rows.size();
@@ -168,7 +169,7 @@ void LetterLoader::SetFormats(QTextCursor* cursor, const Paragraph& paragraph) {
   cursor->setBlockFormat(formats_.Paragraph(paragraph.format));
   QTextCharFormat mark = cursor->blockCharFormat();
   mark.merge(formats_.Mark(paragraph.mark));
-  cursor->setBlockCharFormat(mark);
+  SetParagraphMark(cursor, mark);
 }
 
 void LetterLoader::InsertContent(QTextCursor* cursor, const Paragraph& paragraph) {

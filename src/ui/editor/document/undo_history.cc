@@ -42,19 +42,21 @@ void UndoHistory::Step(void (QTextEdit::*step)(), bool (QTextDocument::*availabl
 void UndoHistory::ChangeLooks(const std::function<void()>& change) {
   letter_.WithoutEdit([&] {
     QTextDocument* const document = letter_.control().document();
+    const bool modified = document->isModified();
     if (!document->isUndoAvailable() && !document->isRedoAvailable()) {
       document->setUndoRedoEnabled(false);
       change();
       document->setUndoRedoEnabled(true);
-      return;
+    } else {
+      QTextCursor cursor(document);
+      cursor.joinPreviousEditBlock();
+      const int before = document->availableUndoSteps();
+      change();
+      const int commands = document->availableUndoSteps() - before;
+      if (commands > 0) document->appendUndoItem(new LooksCommand(commands + 1, &looks_commands_));
+      cursor.endEditBlock();
     }
-    QTextCursor cursor(document);
-    cursor.joinPreviousEditBlock();
-    const int before = document->availableUndoSteps();
-    change();
-    const int commands = document->availableUndoSteps() - before;
-    if (commands > 0) document->appendUndoItem(new LooksCommand(commands + 1, &looks_commands_));
-    cursor.endEditBlock();
+    if (!modified) document->setModified(false);
   });
 }
 

@@ -65,9 +65,12 @@ LetterDesk::LetterDesk(QWidget* parent)
 }
 
 LetterDesk::~LetterDesk() {
-  // Letters that are still open are destroyed after this; their signals must not reach the desk.
+  // Letters that are still open, or closed just now, are destroyed after this; their signals must
+  // not reach the desk.
   disconnect(area_, nullptr, this, nullptr);
-  for (QMdiSubWindow* frame : area_->subWindowList()) disconnect(frame, nullptr, this, nullptr);
+  for (QMdiSubWindow* frame : area_->findChildren<QMdiSubWindow*>()) {
+    disconnect(frame, nullptr, this, nullptr);
+  }
 }
 
 LetterWindow* LetterDesk::Active() const {
@@ -146,8 +149,14 @@ void LetterDesk::Cascade() {
 }
 
 bool LetterDesk::CloseAll() {
-  area_->closeAllSubWindows();
-  return area_->subWindowList().isEmpty();
+  const std::vector<LetterWindow*> letters = Letters();
+  // All are asked for before the first one goes: cancelling keeps everything open.
+  for (LetterWindow* letter : letters) {
+    if (letter->letter().members().Changed) BringToFront(letter);
+    if (!letter->MayClose()) return false;
+  }
+  for (LetterWindow* letter : letters) letter->CloseNow();
+  return true;
 }
 
 void LetterDesk::ShowWelcomeWhereEmpty() {

@@ -32,7 +32,7 @@ class LetterDesk : public QStackedWidget {
   void Cascade();
   void Next() { area_->activateNextSubWindow(); }
   void Previous() { area_->activatePreviousSubWindow(); }
-  // False when the user kept a changed letter open.
+  // False when the user cancelled at a changed letter: all are open then.
   bool CloseAll();
 
  signals:

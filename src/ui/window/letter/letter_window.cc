@@ -24,6 +24,10 @@ LetterWindow::LetterWindow(Session& session, Surroundings& surroundings, QWidget
   // Once what was typed has reached the letter.
   connect(&editor(), &QTextEdit::textChanged, this, &LetterWindow::ShowCaption,
           Qt::QueuedConnection);
+  connect(&editor(), &LetterEditor::SavedAgain, this, [this] {
+    letter_.members().Changed = false;
+    ShowCaption();
+  });
 }
 
 LetterWindow::~LetterWindow() {
@@ -35,11 +39,22 @@ void LetterWindow::ShowLetter() {
   ShowCaption();
 }
 
-void LetterWindow::closeEvent(QCloseEvent* event) {
-  bool close = false;
+bool LetterWindow::MayClose() {
+  bool may_close = false;
   Guarded(session_.platform.dialogs, "frmLetter - Form_QueryUnload",
-          [&] { close = letter_.CheckSave(); });
+          [&] { may_close = letter_.CheckSave(); });
+  return may_close;
+}
+
+void LetterWindow::CloseNow() {
+  asked_ = true;
+  parentWidget()->close();
+}
+
+void LetterWindow::closeEvent(QCloseEvent* event) {
+  const bool close = asked_ || MayClose();
   event->setAccepted(close);
+  if (close) emit Closed();
 }
 
 void LetterWindow::ShowFutureDateDialog(RichTextBox& editor) {
@@ -47,6 +62,7 @@ void LetterWindow::ShowFutureDateDialog(RichTextBox& editor) {
 }
 
 void LetterWindow::ShowCaption() {
+  if (!letter_.members().Changed) editor().MarkSaved();
   setWindowTitle(QString::fromStdString(letter_.members().Caption) + QStringLiteral("[*]"));
   setWindowModified(letter_.members().Changed);
   emit CaptionChanged();

@@ -34,9 +34,15 @@ class LetterWindow : public QWidget, private LetterHost {
   LetterEditor& editor() { return view_->editor(); }
   // Updates the editor and the caption from the letter, after loading and after merges.
   void ShowLetter();
+  // Asks whether to save what was changed. True when the letter may be closed.
+  bool MayClose();
+  // Without asking.
+  void CloseNow();
 
  signals:
   void CaptionChanged();
+  // The user has closed the letter; what was not saved is not wanted.
+  void Closed();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -61,6 +67,7 @@ class LetterWindow : public QWidget, private LetterHost {
   Surroundings& surroundings_;
   frmLetter letter_;
   LetterView* view_;
+  bool asked_ = false;  // whether it may be closed, and answered
 };
 
 }  // namespace tenora
