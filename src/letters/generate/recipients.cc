@@ -1,13 +1,7 @@
 #include "letters/recipients.h"
 
-#include <unicode/uchar.h>
-#include <unicode/unorm2.h>
-
-#include <algorithm>
-#include <array>
-
 #include "letters/template_library.h"
-#include "platform/runtime/text.h"
+#include "platform/runtime/search_text.h"
 
 namespace tenora {
 namespace {
@@ -55,55 +49,11 @@ std::string ItemText(const Candidate& row, bool with_property) {
   return text;
 }
 
-// Without letter case and accents: "Élodie" and "ELODIE" fold alike.
-std::u32string Folded(std::string_view text) {
-  UErrorCode status = U_ZERO_ERROR;
-  const UNormalizer2* const decomposer = unorm2_getNFDInstance(&status);
-  std::u32string folded;
-  while (!text.empty()) {
-    const auto character = static_cast<UChar32>(TakeCodePoint(text));
-    std::array<UChar, 16> parts{};
-    int32_t length = -1;
-    if (U_SUCCESS(status) && character >= 0x80) {
-      UErrorCode failed = U_ZERO_ERROR;
-      length = unorm2_getDecomposition(decomposer, character, parts.data(),
-                                       static_cast<int32_t>(parts.size()), &failed);
-      if (U_FAILURE(failed)) length = -1;
-    }
-    if (length < 0) {
-      folded += static_cast<char32_t>(u_foldCase(character, U_FOLD_CASE_DEFAULT));
-      continue;
-    }
-    for (int32_t at = 0; at < length;) {
-      UChar32 part = 0;
-      U16_NEXT(parts.data(), at, length, part);
-      if (u_charType(part) == U_NON_SPACING_MARK) continue;
-      folded += static_cast<char32_t>(u_foldCase(part, U_FOLD_CASE_DEFAULT));
-    }
-  }
-  return folded;
-}
-
-std::vector<std::u32string> FoldedWords(std::string_view search) {
-  std::vector<std::u32string> words;
-  for (const std::string& word : Split(search, " ")) {
-    if (!word.empty()) words.push_back(Folded(word));
-  }
-  return words;
-}
-
-bool HoldsAll(std::string_view text, const std::vector<std::u32string>& words) {
-  if (words.empty()) return true;
-  const std::u32string folded = Folded(text);
-  return std::ranges::all_of(
-      words, [&](const std::u32string& word) { return folded.find(word) != std::u32string::npos; });
-}
-
 }  // namespace
 
 std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view template_kind,
                                          const RecipientFilter& filter) {
-  const std::vector<std::u32string> words = FoldedWords(filter.search);
+  const std::vector<std::string> words = SearchWords(filter.search);
   std::vector<RecipientRow> rows;
   const auto pass = [&](bool closed) {
     ForEachCandidate(
@@ -112,7 +62,7 @@ std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view 
           const bool listed = !row.email.empty() || !filter.exclude_no_email_available ||
                               !filter.exclude_no_email_ticked;
           std::string text = ItemText(row, with_property);
-          if (!listed || !HoldsAll(text, words)) return;
+          if (!listed || !HoldsWords(FoldedForSearch(text), words)) return;
           rows.push_back({std::move(text), row.key, {row.name, row.code}});
         });
   };
@@ -122,7 +72,7 @@ std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view 
 }
 
 bool MatchesSearch(std::string_view item_text, std::string_view search) {
-  return HoldsAll(item_text, FoldedWords(search));
+  return HoldsWords(FoldedForSearch(item_text), SearchWords(search));
 }
 
 }  // namespace tenora

@@ -1,11 +1,14 @@
 #include <gmock/gmock.h>
 
 #include <QDialog>
+#include <QTabBar>
+#include <QTest>
 #include <QTimer>
 #include <iostream>
 #include <set>
 
 #include "application.h"
+#include "letters/file_names.h"
 #include "merge/merge_codes.h"
 #include "platform/runtime/files.h"
 #include "support/fake_platform.h"
@@ -113,6 +116,54 @@ TEST_F(MainWindow, GivesNoKeyToTwoCommandsSinceNeitherWouldWork) {
     }
   }
   EXPECT_TRUE(keys.contains("Ctrl+W"));
+}
+
+TEST_F(MainWindow, NamesTheLetterAndThePersonInItsTitleAndTheTab) {
+  platform_.InstallSampleDatabase();
+  const auto data = session_.database.DataFolder();
+  Load();
+  window_->show();
+  const TenantRecord& tenant = session_.caches.Tenants.at(0);
+  const auto folder = data / RecipientFolderName(tenant.KeyName);
+  for (const auto& file : {folder / "Rent review.rtf", data / "Templates/Notice [*].rtf"}) {
+    std::filesystem::create_directories(file.parent_path());
+    WriteWholeFile(file, "{\\rtf1 x}");
+  }
+  window_->tree().RefreshTree();
+  const QString program = " - Tenora Mail Merge Facility";
+  const auto* tabs = window_->desk().findChild<QTabBar*>();
+  const auto expect = [&](const QString& name) {
+    QCoreApplication::processEvents();
+    EXPECT_EQ(tabs->tabText(tabs->currentIndex()), name);
+    // As the platform's own title bar has it.
+    const QString mark = window_->isWindowModified() ? "*" : "";
+    EXPECT_EQ(
+        window_->windowTitle().replace("[*][*]", "\1").replace("[*]", mark).replace("\1", "[*]"),
+        name + program);
+  };
+  EXPECT_EQ(window_->windowTitle() + " - ", program.mid(3) + " - ");
+  window_->letters().OpenFile(folder / "Rent review.rtf");
+  const QString letter = "Rent review - " + QString::fromStdString(tenant.KeyName);
+  expect(letter);
+  QTest::keyClick(&window_->desk().Active()->editor(), Qt::Key_X);
+  expect(letter + "*");
+  Trigger("mnuSave");
+  expect(letter);
+  window_->letters().OpenFile(data / "Templates/Notice [*].rtf");
+  expect("Notice [*] : Templates");
+  Trigger("mnuNewTenantTemplate");
+  expect("New letter 1 : New Templates");
+  Trigger("mnuNewOwnerTemplate");
+  expect("New letter 2 : New Owner Templates");
+  platform_.dialogs.WillCancel();
+  Trigger("mnuSaveAs");
+  expect("New letter 2 : New Owner Templates");
+  platform_.dialogs.WillType("Statement.rtf");
+  Trigger("mnuSaveAs");
+  expect("Statement : Owner Templates");
+  window_->desk().CloseAll();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(window_->windowTitle() + " - ", program.mid(3) + " - ");
 }
 
 TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {

@@ -1,6 +1,7 @@
 #include "ui/window/tree/tree_model.h"
 
 #include <QAbstractItemModelTester>
+#include <QTest>
 
 #include "application.h"
 #include "letters/file_names.h"
@@ -140,6 +141,65 @@ TEST_F(Tree, SearchesNamesAndGivesTheTreeBackAsItWas) {
   search->setText("green");
   search->clear();
   EXPECT_EQ(Shown(), before);
+}
+
+// The letters of Ann and Jo are in folders that nobody has opened.
+TEST_F(Tree, FindsWithoutAccentsAndInFoldersThatWereNeverOpenedAndCountsWhatItShows) {
+  Save("Ann Old/Rent review.rtf");
+  Save("Jo Green/Rénovation.rtf");
+  session_.caches.Owners[0].Name = "Ólga Ærø";
+  tree_.RefreshTree();
+  auto* search = tree_.findChild<QLineEdit*>("txtTreeSearch");
+  tree_.OpenAgain("Templates");
+  const std::string before = Shown();
+  const struct {
+    const char *typed, *shown;
+    int tenants;  // counted beside the group; 0 where it is not shown
+  } cases[] = {
+      {"olga AERO", "Ólga Ærø|", 0},
+      {"green", "Jo Green|Bo Green|", 2},
+      {"renovation", "Jo Green|Rénovation|", 1},
+      {"ren", "- <Closed Tenants>|Ann Old|Rent review|Jo Green|Rénovation|", 2},
+      {"old review", "- <Closed Tenants>|Ann Old|Rent review|", 1},
+      {"jo wel", "Jo Green|Welcome|", 1},
+  };
+  for (const auto& c : cases) {
+    search->setText(c.typed);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return Shown() == c.shown; })) << c.typed << ": " << Shown();
+    const QAbstractItemModel& shown = *tree_.view().model();
+    int tenants = 0;
+    for (int row = 0; row < shown.rowCount(); ++row) {
+      const QModelIndex group = shown.index(row, 0);
+      if (group.data() == "Tenants") tenants = group.data(TreeModel::kCountRole).toInt();
+    }
+    EXPECT_EQ(tenants, c.tenants) << c.typed;
+  }
+  search->clear();
+  EXPECT_EQ(Shown(), before);
+  EXPECT_EQ(model_.Group("Tenants").data(TreeModel::kCountRole).toInt(), 3);
+
+  search->setText("statement");
+  const auto* hint = tree_.findChild<QLabel*>("lblNothingFound");
+  EXPECT_TRUE(QTest::qWaitFor([&] { return hint->text().contains("statement"); }));
+  Save("Bo Green/Statement.rtf");
+  tree_.RefreshTree();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Shown() == "Bo Green|Statement|"; })) << Shown();
+  EXPECT_TRUE(hint->isHidden());
+}
+
+TEST_F(Tree, PicksAnOpenTenancyWithEnterBeforeAClosedOne) {
+  session_.caches.Tenants[1].KeyName = "Jo Greenwood";  // closed, and above the others
+  Save("Jo Greenwood/Welcome.rtf");
+  tree_.RefreshTree();
+  auto* search = tree_.findChild<QLineEdit*>("txtTreeSearch");
+  const std::pair<const char*, const char*> cases[] = {
+      {"green", "Jo Green"}, {"greenwood", "Jo Greenwood"}, {"notice", "Notice"}};
+  for (const auto& [typed, picked] : cases) {
+    search->setText(typed);
+    QTest::keyClick(search, Qt::Key_Return);
+    ASSERT_NE(tree_.Current(), nullptr) << typed;
+    EXPECT_EQ(tree_.Current()->name, picked) << typed;
+  }
 }
 
 TEST_F(Tree, WaitsWhileWorkMayBeChangingTheCaches) {

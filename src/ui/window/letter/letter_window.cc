@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QVBoxLayout>
 
+#include "letters/template_library.h"
 #include "platform/dialogs/guard.h"
 #include "ui/dialogs/frm_future_date.h"
 #include "ui/window/appearance/icons.h"
@@ -61,9 +62,26 @@ void LetterWindow::ShowFutureDateDialog(RichTextBox& editor) {
   frmFutureDate(editor, window()).exec();
 }
 
+QString LetterWindow::ShownName() const {
+  const LetterMembers& letter = letter_.members();
+  const bool saved = !letter.FilePath.empty();
+  // A title may have what no file name has.
+  std::string name =
+      saved ? std::filesystem::path(letter.FilePath).stem().string() : letter.LetterTitle;
+  if (name.empty()) name = name_while_untitled_;
+  if (letter.Kind == kTenantLetter || letter.Kind == kOwnerLetter) {
+    name += " - " + letter.RecipientName;
+  } else {
+    name += (saved ? " : " : " : New ") + letter.Kind;
+  }
+  return QString::fromStdString(name);
+}
+
 void LetterWindow::ShowCaption() {
   if (!letter_.members().Changed) editor().MarkSaved();
-  setWindowTitle(QString::fromStdString(letter_.members().Caption) + QStringLiteral("[*]"));
+  // In a title, "[*]" is where Qt marks what is changed, and "[*][*]" is that text itself.
+  setWindowTitle(ShownName().replace(QLatin1String("[*]"), QLatin1String("[*][*]")) +
+                 QStringLiteral("[*]"));
   setWindowModified(letter_.members().Changed);
   emit CaptionChanged();
 }

@@ -1,6 +1,7 @@
 // One open letter or template in the main window: a frmLetter and the editor that shows it.
 #pragma once
 
+#include <QString>
 #include <QWidget>
 
 #include "letters/frm_letter.h"
@@ -38,6 +39,11 @@ class LetterWindow : public QWidget, private LetterHost {
   bool MayClose();
   // Without asking.
   void CloseNow();
+  // What its tab and the main window's title call the letter: by the name that the library shows,
+  // and a letter to a person by that person too, "Rent review - Jane Smith".
+  QString ShownName() const;
+  // What a letter is called until it has a title.
+  void SetNameWhileUntitled(const std::string& name) { name_while_untitled_ = name; }
 
  signals:
   void CaptionChanged();
@@ -68,6 +74,7 @@ class LetterWindow : public QWidget, private LetterHost {
   frmLetter letter_;
   LetterView* view_;
   bool asked_ = false;  // whether it may be closed, and answered
+  std::string name_while_untitled_;
 };
 
 }  // namespace tenora

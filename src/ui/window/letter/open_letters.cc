@@ -121,6 +121,9 @@ bool OpenLetters::OpenListed(const std::filesystem::path& path, const std::strin
 
 void OpenLetters::StartNew(std::string_view kind) {
   std::unique_ptr<LetterWindow> window = MakeWindow();
+  const std::string name = "New letter " + std::to_string(++new_letters_);
+  window->SetNameWhileUntitled(name);
+  window->letter().members().LetterTitle = name;
   window->letter().members().RecipientName = kind;
   window->letter().StartNew(kind);
   PutOnDesk(std::move(window));

@@ -37,6 +37,7 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Opens a saved letter of a tenant or owner; false if the tree does not list this file. Namesakes
   // share a folder: the letter is that of `tenant_code`, or where there is none of the first.
   bool OpenListed(const std::filesystem::path& path, const std::string& tenant_code = {});
+  // Starts a letter called "New letter 1", "New letter 2" and so on until it is saved.
   void StartNew(std::string_view kind);
   // Deletes the file after confirmation and closes the letter if it is open.
   void Delete(const TreeModel::Entry& entry);
@@ -81,6 +82,7 @@ class OpenLetters : private LetterWindow::Surroundings {
   const LetterSpelling& spelling_;
   CustomFieldCodes custom_fields_;
   std::function<void(const QStringList&)> files_given_;
+  int new_letters_ = 0;
   bool page_width_ = false;
   bool ruler_shown_ = false;
 };

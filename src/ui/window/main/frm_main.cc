@@ -218,11 +218,18 @@ void frmMain::dropEvent(QDropEvent* event) {
 void frmMain::ShowLetterState() {
   LetterWindow* front = desk_->Active();
   menus_.ShowLetter(front);
+  ShowTitle(front);
   status_.Show(front == nullptr ? nullptr : &front->letter().members());
   LetterEditor* editor = front == nullptr ? nullptr : &front->editor();
   if (editor_actions_->Editor() == editor) return;
   editor_actions_->SetEditor(editor);
   if (front != nullptr) letters_.MarkCodes(*front);
+}
+
+void frmMain::ShowTitle(const LetterWindow* front) {
+  const QString program = QString::fromLatin1(kApplicationTitle);
+  setWindowTitle(front == nullptr ? program : front->windowTitle() + " - " + program);
+  setWindowModified(front != nullptr && front->isWindowModified());
 }
 
 void frmMain::RunBeside(const QString& title, const Work& work) {

@@ -261,7 +261,7 @@ void MainMenus::ListLetters(QMenu& windows) {
   for (LetterWindow* letter : parts_.desk.Letters()) {
     const auto number = listed_letters_.size() + 1;
     const QString changed = letter->isWindowModified() ? QStringLiteral(" *") : QString();
-    QString title = QString::fromStdString(letter->letter().members().Caption) + changed;
+    QString title = letter->ShownName() + changed;
     title.replace(QLatin1Char('&'), QLatin1String("&&"));
     // The first nine have a mnemonic.
     QAction* action =

@@ -14,6 +14,7 @@ namespace tenora {
 namespace {
 
 constexpr int kRefreshDelay = 250;  // milliseconds: a batch saves many letters at once
+constexpr int kFindDelay = 200;     // milliseconds: until typing has paused
 constexpr int kHintLength = 60;     // characters of the search text
 
 // Draws the count after a name, fainter than the name.
@@ -54,7 +55,7 @@ ctlTree::ctlTree(Session& session, QWidget* parent)
   setObjectName(QStringLiteral("ctlTree"));
   BuildView();
   search_->setObjectName(QStringLiteral("txtTreeSearch"));
-  search_->setPlaceholderText(tr("Search templates, tenants, owners"));
+  search_->setPlaceholderText(tr("Search templates, people, letters"));
   search_->setAccessibleName(tr("Search the tree"));
   search_->setClearButtonEnabled(true);
   search_->addAction(LineIcon("find"), QLineEdit::LeadingPosition);
@@ -78,6 +79,14 @@ ctlTree::ctlTree(Session& session, QWidget* parent)
   connect(&watcher_, &QFileSystemWatcher::directoryChanged, this,
           [this] { refresh_soon_.start(); });
   connect(search_, &QLineEdit::textChanged, this, &ctlTree::Filter);
+  find_soon_.setSingleShot(true);
+  find_soon_.setInterval(kFindDelay);
+  connect(&find_soon_, &QTimer::timeout, this, &ctlTree::FindLetters);
+  connect(&finder_, &LetterFinder::Found, this, &ctlTree::ListFound);
+  connect(&finder_, &LetterFinder::Ended, this, [this](bool all) {
+    more_letters_ = !all;
+    TellWhatIsFound();
+  });
 }
 
 void ctlTree::BuildView() {
@@ -140,15 +149,14 @@ bool ctlTree::eventFilter(QObject* object, QEvent* event) {
 }
 
 void ctlTree::SelectFirstFound() {
-  QModelIndex index = filter_.index(0, 0);
-  while (index.isValid()) {
-    const Entry* entry = model_.EntryAt(Source(index));
-    if (entry->type != TreeModel::Type::kGroup && entry->type != TreeModel::Type::kClosedFold) {
-      view_->setCurrentIndex(index);
-      return;
-    }
-    index = view_->indexBelow(index);
+  QModelIndex closed;  // the fold of closed tenancies is above the open ones
+  for (QModelIndex at = filter_.index(0, 0); at.isValid(); at = view_->indexBelow(at)) {
+    const Entry& entry = *model_.EntryAt(Source(at));
+    if (!filter_.IsHit(entry)) continue;
+    if (!entry.closed) return view_->setCurrentIndex(at);
+    if (!closed.isValid()) closed = at;
   }
+  if (closed.isValid()) view_->setCurrentIndex(closed);
 }
 
 void ctlTree::Hold(bool hold) {
@@ -163,7 +171,9 @@ void ctlTree::RefreshTree() {
   }
   model_.Refresh();
   Watch();
-  TellWhereNothingIsFound();
+  finder_.Forget();
+  if (filter_.Active()) find_soon_.start();
+  TellWhatIsFound();
 }
 
 const ctlTree::Entry* ctlTree::Current() const {
@@ -203,25 +213,67 @@ void ctlTree::Filter(const QString& text) {
   if (!was_active) open_before_search_ = OpenEntries();
   view_->setUpdatesEnabled(false);
   filter_.SetText(text);
+  finder_.Cancel();
+  more_letters_ = false;
   if (filter_.Active()) {
     ExpandGroupsAndFolds();
+    ExpandHolders({});
     view_->scrollToTop();
+    find_soon_.start();
   } else if (was_active) {
     OpenAgain(open_before_search_);
+    find_soon_.stop();
   }
   view_->setUpdatesEnabled(true);
-  TellWhereNothingIsFound();
+  TellWhatIsFound();
 }
 
-void ctlTree::TellWhereNothingIsFound() {
+void ctlTree::FindLetters() {
+  if (!filter_.Active()) return;
+  if (held_) return find_soon_.start();
+  finder_.Start(model_.data_folder(), model_.UnlistedRecipients(), filter_.words());
+  TellWhatIsFound();
+}
+
+void ctlTree::ListFound(const QStringList& keys) {
+  if (held_) return find_soon_.start();
+  view_->setUpdatesEnabled(false);
+  for (const QString& key : keys) model_.fetchMore(model_.IndexOfKey(key));
+  ExpandGroupsAndFolds();
+  ExpandHolders({});
+  view_->setUpdatesEnabled(true);
+  TellWhatIsFound();
+}
+
+void ctlTree::ExpandHolders(const QModelIndex& below) {
+  // For the view's signals they would count as opened by the user, and be watched.
+  const QSignalBlocker quiet(view_);
+  for (int row = 0; row < filter_.rowCount(below); ++row) {
+    const QModelIndex shown = filter_.index(row, 0, below);
+    const Entry& entry = *model_.EntryAt(Source(shown));
+    if (entry.type == TreeModel::Type::kGroup || entry.type == TreeModel::Type::kClosedFold) {
+      ExpandHolders(shown);
+    } else if (filter_.rowCount(shown) > 0 && !filter_.IsHit(entry)) {
+      view_->expand(shown);
+    }
+  }
+}
+
+void ctlTree::TellWhatIsFound() {
   const bool nothing = filter_.Active() && filter_.rowCount() == 0;
-  if (nothing) {
+  if (nothing && (find_soon_.isActive() || finder_.Running())) {
+    nothing_found_->setText(tr("Looking through the saved letters…"));
+  } else if (nothing) {
     nothing_found_->setText(
-        tr("No template, tenant or owner is called \"%1\". Escape in the search "
+        tr("No template, tenant, owner or letter is called \"%1\". Escape in the search "
            "box shows them all again.")
             .arg(search_->text().trimmed().left(kHintLength)));
+  } else if (more_letters_) {
+    nothing_found_->setText(
+        tr("More than %1 people have such letters; type more of the name to see the others.")
+            .arg(LetterFinder::kMostFound));
   }
-  nothing_found_->setVisible(nothing);
+  nothing_found_->setVisible(nothing || more_letters_);
 }
 
 void ctlTree::ExpandGroupsAndFolds() {

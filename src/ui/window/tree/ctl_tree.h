@@ -10,6 +10,7 @@
 #include <QWidget>
 #include <functional>
 
+#include "ui/window/tree/letter_finder.h"
 #include "ui/window/tree/tree_filter.h"
 #include "ui/window/tree/tree_model.h"
 
@@ -52,9 +53,13 @@ class ctlTree : public QWidget {
  private:
   void BuildView();
   void Filter(const QString& text);
-  void TellWhereNothingIsFound();
+  void FindLetters();
+  void ListFound(const QStringList& keys);
+  void TellWhatIsFound();
   void SelectFirstFound();
   void ExpandGroupsAndFolds();
+  // Shows the letters of recipients who were found by these alone.
+  void ExpandHolders(const QModelIndex& below);
   void ShowContextMenu(const QPoint& position);
   void Watch();
   QModelIndex Source(const QModelIndex& shown) const { return filter_.mapToSource(shown); }
@@ -66,6 +71,9 @@ class ctlTree : public QWidget {
   QTreeView* view_;
   QFileSystemWatcher watcher_;
   QTimer refresh_soon_;
+  LetterFinder finder_;
+  QTimer find_soon_;
+  bool more_letters_ = false;  // than were looked for
   QString open_before_search_;
   bool held_ = false, refresh_wanted_ = false;
 };

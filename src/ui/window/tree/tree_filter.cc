@@ -1,8 +1,10 @@
 #include "ui/window/tree/tree_filter.h"
 
-#include <algorithm>
+#include "platform/runtime/search_text.h"
 
 namespace tenora {
+
+using Type = TreeModel::Type;
 
 TreeFilter::TreeFilter(TreeModel& model, QObject* parent)
     : QSortFilterProxyModel(parent), model_(model) {
@@ -11,29 +13,51 @@ TreeFilter::TreeFilter(TreeModel& model, QObject* parent)
 }
 
 void TreeFilter::SetText(const QString& text) {
-  words_ = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+  words_ = SearchWords(text.toStdString());
   invalidateFilter();
 }
 
-bool TreeFilter::Fits(const QString& name) const {
-  return std::ranges::all_of(
-      words_, [&name](const QString& word) { return name.contains(word, Qt::CaseInsensitive); });
+bool TreeFilter::Fits(const QString& name, const std::string& person) const {
+  std::string folded = FoldedForSearch(name.toStdString());
+  if (!person.empty()) folded += '\n' + FoldedForSearch(person);
+  return HoldsWords(folded, words_);
+}
+
+bool TreeFilter::IsHit(const TreeModel::Entry& entry) const {
+  switch (entry.type) {
+    case Type::kGroup:
+    case Type::kClosedFold:
+      return false;
+    case Type::kLetter:
+      return Fits(entry.name, entry.recipient);
+    default:
+      return Fits(entry.name);
+  }
 }
 
 bool TreeFilter::filterAcceptsRow(int row, const QModelIndex& parent) const {
-  if (words_.isEmpty()) return true;
-  const QModelIndex index = model_.index(row, 0, parent);
-  const TreeModel::Entry* entry = model_.EntryAt(index);
-  switch (entry->type) {
-    case TreeModel::Type::kGroup:
-    case TreeModel::Type::kClosedFold:
-      return false;  // shown only if one of its children is
-    case TreeModel::Type::kLetter:
-      if (Fits(model_.EntryAt(parent)->name)) return true;
-      [[fallthrough]];
-    default:
-      return Fits(entry->name);
+  if (words_.empty()) return true;
+  return IsHit(*model_.EntryAt(model_.index(row, 0, parent)));
+}
+
+int TreeFilter::CountKept(const QModelIndex& parent) const {
+  int count = 0;
+  for (int row = 0; row < rowCount(parent); ++row) {
+    const QModelIndex child = index(row, 0, parent);
+    const bool fold = model_.EntryAt(mapToSource(child))->type == Type::kClosedFold;
+    count += fold ? rowCount(child) : 1;
   }
+  return count;
+}
+
+QVariant TreeFilter::data(const QModelIndex& index, int role) const {
+  const QVariant whole = QSortFilterProxyModel::data(index, role);
+  if (!Active() || !whole.isValid()) return whole;
+  if (role == TreeModel::kCountRole) return CountKept(index);
+  if (role == Qt::AccessibleDescriptionRole) {
+    return tr("%n entries", nullptr, CountKept(index));
+  }
+  return whole;
 }
 
 }  // namespace tenora

@@ -306,6 +306,24 @@ QModelIndex TreeModel::FindFile(const QModelIndex& below, const fs::path& path) 
   return {};
 }
 
+std::vector<TreeModel::Unlisted> TreeModel::UnlistedRecipients() const {
+  std::vector<Unlisted> unlisted;
+  AddUnlisted(*root_, unlisted);
+  return unlisted;
+}
+
+void TreeModel::AddUnlisted(const Node& below, std::vector<Unlisted>& unlisted) const {
+  for (const auto& child : below.children) {
+    if (child->listed) {
+      AddUnlisted(*child, unlisted);
+      continue;
+    }
+    std::vector<std::string> folders = FoldersOf(child->entry);
+    if (folders.empty()) continue;
+    unlisted.push_back({KeyOf(IndexOf(*child)), child->entry.recipient, std::move(folders)});
+  }
+}
+
 std::vector<fs::path> TreeModel::ShownFolders() const {
   const fs::path data_folder = session_.database.DataFolder();
   std::vector<fs::path> folders{data_folder};

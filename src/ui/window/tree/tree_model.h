@@ -54,6 +54,15 @@ class TreeModel : public QAbstractItemModel {
   QModelIndex Group(const QString& name) const;
   // The letter with this file below an entry; loads its recipient's letters.
   QModelIndex FindFile(const QModelIndex& below, const std::filesystem::path& path);
+  // A recipient whose letters have not been read yet, and the sub-folders of the data folder that
+  // hold them.
+  struct Unlisted {
+    QString key;
+    std::string name;
+    std::vector<std::string> folders;
+  };
+  std::vector<Unlisted> UnlistedRecipients() const;
+  std::filesystem::path data_folder() const { return session_.database.DataFolder(); }
   // The folders whose files are shown now.
   std::vector<std::filesystem::path> ShownFolders() const;
 
@@ -78,6 +87,7 @@ class TreeModel : public QAbstractItemModel {
   };
   using Nodes = std::vector<std::unique_ptr<Node>>;
 
+  void AddUnlisted(const Node& below, std::vector<Unlisted>& unlisted) const;
   Node* NodeAt(const QModelIndex& index) const;
   QModelIndex IndexOf(const Node& node) const;
   // The letter files of a folder; everything but name and path is as in `like`.
