@@ -43,7 +43,7 @@ std::string Collect(const std::vector<Block>& blocks, std::string_view line_end)
 
 bool Shows(const Run& run) {
   if (run.format.hidden) return false;
-  if (!std::holds_alternative<std::monostate>(run.object)) return true;
+  if (!std::holds_alternative<std::monostate>(run.object)) return !IsColumnBreak(run);
   return run.format.underline != Underline::kNone || run.format.highlight > 0 ||
          run.text.find_first_not_of(" \t\v\f\r\n") != std::string::npos;
 }
@@ -64,6 +64,11 @@ std::string PlainText(const std::vector<Block>& blocks) { return Collect(blocks,
 
 std::u16string PositionText(const std::vector<Block>& blocks) {
   return ToUtf16(Collect(blocks, "\n"));
+}
+
+bool IsColumnBreak(const Run& run) {
+  const auto* const object = std::get_if<std::shared_ptr<const Verbatim>>(&run.object);
+  return object != nullptr && *object != nullptr && (*object)->source == "{\\column}";
 }
 
 std::string ParagraphText(const Paragraph& paragraph) {

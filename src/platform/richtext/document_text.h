@@ -25,6 +25,9 @@ std::string PlainText(const std::vector<Block>& blocks);
 // The same by positions: every end and line break is one "\n".
 std::u16string PositionText(const std::vector<Block>& blocks);
 
+// \column: the text goes on in the next column.
+bool IsColumnBreak(const Run& run);
+
 std::string ParagraphText(const Paragraph& paragraph);
 // A merge code is found in the source as one piece of text, so marks inside it move in front of it.
 void MoveMarksOutOfCodes(Paragraph* paragraph);

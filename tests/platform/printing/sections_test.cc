@@ -79,6 +79,33 @@ TEST(Sections, FillTheirColumnsOneAfterTheOther) {
   EXPECT_EQ(full.Find("below").page, 2);
 }
 
+TEST(Sections, BreakTheirColumnsWhereTheAuthorDoes) {
+  const struct {
+    std::string body;
+    std::vector<std::string> words;  // page, column and line of each
+  } cases[] = {
+      {"\\cols2 a\\column b\\par c\\column d", {"a 1 0 0", "b 1 1 0", "c 1 1 1", "d 2 0 0"}},
+      {"\\cols2\\column a", {"a 1 1 0"}},
+      {"a\\column b", {"a 1 0 0", "b 2 0 0"}},
+      // Equally long before a section on the same page, unless somebody says otherwise.
+      {"\\cols2 a\\par b\\sect\\sectd\\sbknone c", {"a 1 0 0", "b 1 1 0", "c 1 0 1"}},
+      {"\\cols2 a\\par b\\column d\\sect\\sectd\\sbknone c",
+       {"a 1 0 0", "b 1 0 1", "d 1 1 0", "c 1 0 2"}},
+      {"\\nocolbal\\cols2 a\\par b\\sect\\sectd\\sbknone c", {"a 1 0 0", "b 1 0 1", "c 1 0 2"}},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases) {
+    const Paper paper = Print(Letter("\\sl-500 " + c.body), folder);
+    std::vector<std::string> words;
+    for (const Word& word : paper.Words()) {
+      words.push_back(word.text + " " + std::to_string(word.page) + " " +
+                      std::to_string(word.left > kPageWidth / 2.0) + " " +
+                      std::to_string(static_cast<int>((word.bottom - kInch) / 500)));
+    }
+    EXPECT_THAT(words, testing::UnorderedElementsAreArray(c.words)) << c.body;
+  }
+}
+
 // Lines of exactly 500 twips, on pages of ten.
 TEST(Sections, HaveTheirNotesAtTheFootOfThePageAndAtTheEnd) {
   const auto lines = [](const std::string& name, int count) {
@@ -98,6 +125,11 @@ TEST(Sections, HaveTheirNotesAtTheFootOfThePageAndAtTheEnd) {
       {"a" + note("first") + " b*{\\footnote\\pard * own} c" + note("second") + "\\par" +
            lines(" x", 7) + "end",
        {"a 1 b* c 2 x1 x2 x3 x4 x5 x6 1 first * own 2 second", "x7 end"}},
+      // One with neither its mark nor the author's is numbered, or its other end is.
+      {"a{\\*\\footnote first} b" + note("second") +
+           " c\\super\\u8224?{\\footnote own} d"
+           "{\\super\\chftn}{\\footnote third}\\par\\plain end",
+       {"a 1 b 2 c † d3 end 1first 2 second own 3third"}},
       // Where it has no room the line goes with it to the next page.
       {lines("x", 9) + "m" + note("foot"), {"x1 x2 x3 x4 x5 x6 x7 x8 x9", "m 1 1 foot"}},
       // But not where it is long.

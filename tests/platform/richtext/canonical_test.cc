@@ -109,8 +109,8 @@ TEST(CanonicalForm, DescribesTheSectionThatBegins) {
       {"\\trowd\\cellx900\\pard\\intbl a\\cell\\row\\sect b",
        "\\trowd\\cellx900\\pard\\intbl\\f0\\fs24 a\\cell\\row\r\n\\pard\\par\r\n\\sect" + plain +
            "b\\par\r\n"},
-      {"{\\footnote a\\sect b}c",
-       "\\pard\\f0\\fs24{\\footnote\\plain\\pard\\f0\\fs24 a\\par\r\nb}c\\par\r\n"},
+      {"{\\*\\footnote a\\sect b}c\\column d",
+       "\\pard\\f0\\fs24{\\footnote\\plain\\pard\\f0\\fs24 a\\par\r\nb}c{\\column}d\\par\r\n"},
   });
 }
 

@@ -172,7 +172,7 @@ void BlockLayout::StartPage() {
 // Goes on below the strips.
 void BlockLayout::Pass(const Strips& strips) {
   for (const auto& strip : strips) {
-    if (strip->page_break_before) StartPage();
+    if (strip->BreaksBefore()) StartPage();
     const QPointF corner(0, y_ + strip->space_before);
     y_ = taken_.FreeBelow(*strip, corner) + strip->height + strip->space_after;
     if (y_ > context_.page_height) StartPage();

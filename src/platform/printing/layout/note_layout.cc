@@ -30,7 +30,7 @@ Strips LayOutNote(LayoutContext& context, const Note& note, double width) {
   BlockLayout layout(context, *note.blocks, width, note.position, 1, BlockLayout::Ending::kWhole);
   while (auto block = layout.Next()) {
     for (auto& strip : block->strips) {
-      strip->page_break_before = false;
+      strip->ForgetBreaks();
       strips.push_back(std::move(strip));
     }
   }

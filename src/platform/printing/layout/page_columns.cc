@@ -88,6 +88,7 @@ void PageColumns::Begin(ColumnSetup setup, double left) {
   left_ = left;
   column_ = 0;
   first_ = placed_.size();
+  broken_ = false;
   empty_ = !below;
   if (setup_.left.size() > 1 && below) {
     top_ = y_ = std::min(y_ + std::exchange(space_after_, 0), bottom_);
@@ -140,7 +141,7 @@ std::size_t PageColumns::Distribute(double height, bool place) {
 
 void PageColumns::Balance() {
   const std::size_t count = setup_.left.size();
-  if (count < 2 || placed_.size() == first_) return;
+  if (count < 2 || placed_.size() == first_ || broken_) return;
   // A note stays below the column with its mark.
   if (!feet_.empty()) return;
   // What floats stays where the text made room for it.

@@ -35,6 +35,9 @@ class PageColumns {
   void Balance();
   // False where the current column is the last.
   bool NextColumn();
+  // The author goes on in the next column: these columns stay as long as they are.
+  void Break() { broken_ = true; }
+  bool single() const { return setup_.left.size() < 2; }
   bool LastColumn() const { return column_ + 1 >= setup_.left.size(); }
 
   // Keeps the space above the first strip of the page, if it then fits.
@@ -95,6 +98,7 @@ class PageColumns {
   double left_ = 0;
   std::size_t column_ = 0;
   bool empty_ = true;
+  bool broken_ = false;     // by the author
   double space_after_ = 0;  // of the last strip placed
   std::size_t first_ = 0;   // of placed_ in these columns
   std::vector<Placed> placed_;

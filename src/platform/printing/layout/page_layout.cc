@@ -171,7 +171,7 @@ bool PageLayout::NextSection() {
     return true;
   }
   if (section.begin != Begin::kContinuous || !same_paper) return false;
-  columns_->Balance();
+  if (!richtext::PageWord(*sections_.front().page, "nocolbal")) columns_->Balance();
   columns_->Begin(ColumnsOf(*section.page, area.width()), area.left);
   section_ = next;
   return true;
@@ -314,7 +314,7 @@ bool PageLayout::WantsNextColumn(double available_height) {
     const bool whole = block.keep_together || block.keep_with_next;
     std::size_t lines = 0;
     for (const auto& strip : block.strips) {
-      if (strip != block.strips.front() && strip->page_break_before) break;
+      if (strip != block.strips.front() && strip->BreaksBefore()) break;
       needed += strip->space_before + strip->height;
       ++lines;
       const bool enough =
@@ -335,7 +335,7 @@ bool PageLayout::LeavesLineAlone() const {
   double y = 0;
   for (std::size_t i = 0; i < together; ++i) {
     const Strip& line = *lines[i];
-    if (i > 0 && line.page_break_before) return false;
+    if (i > 0 && line.BreaksBefore()) return false;
     if (i > 0 || !columns_->column_empty()) y += line.space_before;
     y += line.height;
   }
@@ -356,6 +356,15 @@ void PageLayout::PlaceRepeatedHeader() {
 PageLayout::Outcome PageLayout::PlaceNext() {
   Pending& front = pending_.front();
   const std::shared_ptr<Strip> strip = front.block.strips.front();
+  if (std::exchange(strip->column_break_before, false)) {
+    if (columns_->single()) {
+      strip->page_break_before = true;
+    } else {
+      columns_->Break();
+      break_ahead_ = true;
+      return Outcome::kColumnFull;
+    }
+  }
   const bool breaks = std::exchange(strip->page_break_before, false);
   if (breaks && !columns_->page_empty()) {
     break_ahead_ = true;

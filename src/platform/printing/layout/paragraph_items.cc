@@ -6,6 +6,7 @@
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/shape_layout.h"
 #include "platform/printing/symbol_fonts.h"
+#include "platform/richtext/document_text.h"
 #include "platform/richtext/list_mark.h"
 #include "platform/richtext/notes.h"
 
@@ -62,6 +63,8 @@ class ItemCollector {
 
   std::vector<ParagraphItem> Collect() {
     CollectListMark();
+    if (const ShownMark* const mark = context_.notes->LeadAt(position_))
+      CollectText(mark->format, mark->text, true);
     for (const richtext::Run& run : paragraph_.runs) CollectRun(run);
     CloseText();
     return std::move(items_);
@@ -120,8 +123,13 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
     picture = verbatim->shown_picture;
     if (CollectFloating(run)) {
       picture.reset();
+    } else if (richtext::IsColumnBreak(run)) {
+      CloseText();
+      items_.emplace_back(BreakItem{&run.format, position_, BreakItem::Kind::kColumn});
     } else if (richtext::IsNoteMark(run) && !run.format.hidden) {
       CollectText(run.format, context_.notes->MarkAt(position_), true);
+    } else if (const ShownMark* const mark = context_.notes->AddedAt(position_)) {
+      CollectText(mark->format, mark->text, true);
     } else if (!picture && !run.format.hidden) {
       const bool field = verbatim->source.starts_with("{\\field");
       if (field) CollectText(run.format, verbatim->shown_text, true);
@@ -165,7 +173,7 @@ void ItemCollector::CollectShown(const CharFormat& format, std::string_view text
   CollectText(format, text, true);
   if (last) return;
   CloseText();
-  items_.emplace_back(BreakItem{&format, position_, false});
+  items_.emplace_back(BreakItem{&format, position_, BreakItem::Kind::kLine});
 }
 
 // `one_position`: the text stands for a single character of the document, which the caller counts.
@@ -182,7 +190,9 @@ void ItemCollector::CollectText(const CharFormat& format, std::string_view utf8,
       if (utf8.front() == '\t') {
         items_.emplace_back(TabItem{&format, position_, {}});
       } else {
-        items_.emplace_back(BreakItem{&format, position_, utf8.front() == '\f'});
+        const bool page = utf8.front() == '\f';
+        items_.emplace_back(
+            BreakItem{&format, position_, page ? BreakItem::Kind::kPage : BreakItem::Kind::kLine});
       }
       if (!one_position) ++position_;
     }

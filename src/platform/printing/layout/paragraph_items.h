@@ -28,9 +28,10 @@ struct FloatItem {
   Floating floating;  // on a strip at the paragraph's top
 };
 struct BreakItem {
+  enum class Kind { kLine, kColumn, kPage };
   const richtext::CharFormat* format = nullptr;
   int position = 0;
-  bool page = false;
+  Kind kind = Kind::kLine;
 };
 using ParagraphItem = std::variant<TextItem, TabItem, PictureItem, FloatItem, BreakItem>;
 

@@ -93,11 +93,11 @@ class ParagraphLayout {
   int position_ = 0;
 
   Strips lines_;
-  std::size_t page_start_ = 0;  // the first line on the last line's page
+  std::size_t page_start_ = 0;  // the first line on the last line's page or column
   std::shared_ptr<TextLine> line_;
   double x_ = 0, content_end_ = 0;
   double ascent_ = 0, descent_ = 0, leading_ = 0;
-  bool has_picture_ = false, justified_ = false, page_break_ = false;
+  bool has_picture_ = false, justified_ = false, page_break_ = false, column_break_ = false;
   std::vector<double> widths_;  // of the line's pieces
   std::shared_ptr<const Frame> frame_;
 };
@@ -186,7 +186,7 @@ void ParagraphLayout::TakeAreas() {
 
 // The first line of the paragraph on its page: what is anchored in the paragraph counts from there.
 Strip& ParagraphLayout::AnchorLine() {
-  if (line_->page_break_before || lines_.empty()) return *line_;
+  if (line_->BreaksBefore() || lines_.empty()) return *line_;
   return *lines_[page_start_];
 }
 
@@ -195,7 +195,8 @@ void ParagraphLayout::StartLine() {
   line_->begin = position_;
   line_->page_break_before = page_break_;
   line_->frame = frame_;
-  page_break_ = false;
+  line_->column_break_before = column_break_;
+  page_break_ = column_break_ = false;
   if (place_.taken != nullptr) {
     const double height = context_.fonts->Use(paragraph_.mark).size;
     std::tie(left_, right_) = place_.taken->Beside(widest_left_, widest_right_, y_, height);
@@ -237,7 +238,7 @@ void ParagraphLayout::EndLine(int end) {
   if (place_.taken != nullptr) y_ = place_.taken->FreeBelow(*line_, QPointF(0, y_)) + line_->height;
   line_->end = end;
   position_ = end;
-  if (line_->page_break_before) page_start_ = lines_.size();
+  if (line_->BreaksBefore()) page_start_ = lines_.size();
   lines_.push_back(std::move(line_));
   line_.reset();
 }
@@ -329,7 +330,8 @@ void ParagraphLayout::Place(PictureItem& item) {
 void ParagraphLayout::Place(const BreakItem& item, bool last) {
   const int end = item.position + 1;
   const bool line_empty = !line_ || (line_->pieces.empty() && line_->floating.empty());
-  const bool nothing_above = item.page && line_empty && lines_.empty();
+  const bool in_text = item.kind == BreakItem::Kind::kLine;
+  const bool nothing_above = !in_text && line_empty && lines_.empty();
   if (nothing_above) {
     line_.reset();
   } else {
@@ -341,8 +343,9 @@ void ParagraphLayout::Place(const BreakItem& item, bool last) {
     EndLine(end);
   }
   position_ = end;
-  page_break_ = item.page;
-  if (item.page && last && place_.last_visible && !lines_.empty()) return;
+  page_break_ = item.kind == BreakItem::Kind::kPage;
+  column_break_ = item.kind == BreakItem::Kind::kColumn;
+  if (!in_text && last && place_.last_visible && !lines_.empty()) return;
   StartLine();
 }
 

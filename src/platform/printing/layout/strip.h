@@ -38,12 +38,16 @@ class Strip {
     }
   }
 
+  bool BreaksBefore() const { return page_break_before || column_break_before; }
+  // For text that stands in a cell or a note.
+  void ForgetBreaks() { page_break_before = column_break_before = false; }
+
   double height = 0;
   double ink_left = 0, ink_right = 0;  // between which it shows something
   double space_before = 0;             // left out at the top of a page
   double space_after = 0;              // left out at the bottom of a page
   int begin = 0, end = 0;              // positions in the document, the end not included
-  bool page_break_before = false;
+  bool page_break_before = false, column_break_before = false;
   std::vector<Floating> floating;
 };
 

@@ -250,7 +250,7 @@ class RowLayout {
                        BlockLayout::Ending::kWhole);
     while (auto block = layout.Next()) {
       for (auto& strip : block->strips) {
-        strip->page_break_before = false;
+        strip->ForgetBreaks();
         box.strips.push_back(std::move(strip));
       }
     }

@@ -6,12 +6,11 @@ namespace tenora::richtext {
 
 char32_t CharacterOfWord(std::string_view word) {
   static const std::unordered_map<std::string_view, char32_t> kCharacters{
-      {"tab", U'\t'},      {"line", U'\v'},       {"lbr", U'\v'},        {"column", U'\v'},
-      {"page", U'\f'},     {"emdash", 0x2014},    {"endash", 0x2013},    {"lquote", 0x2018},
-      {"rquote", 0x2019},  {"ldblquote", 0x201c}, {"rdblquote", 0x201d}, {"bullet", 0x2022},
-      {"emspace", 0x2003}, {"enspace", 0x2002},   {"qmspace", 0x2005},   {"zwj", 0x200d},
-      {"zwnj", 0x200c},    {"zwbo", 0x200b},      {"zwnbo", 0x2060},     {"ltrmark", 0x200e},
-      {"rtlmark", 0x200f}};
+      {"tab", U'\t'},        {"line", U'\v'},       {"lbr", U'\v'},      {"page", U'\f'},
+      {"emdash", 0x2014},    {"endash", 0x2013},    {"lquote", 0x2018},  {"rquote", 0x2019},
+      {"ldblquote", 0x201c}, {"rdblquote", 0x201d}, {"bullet", 0x2022},  {"emspace", 0x2003},
+      {"enspace", 0x2002},   {"qmspace", 0x2005},   {"zwj", 0x200d},     {"zwnj", 0x200c},
+      {"zwbo", 0x200b},      {"zwnbo", 0x2060},     {"ltrmark", 0x200e}, {"rtlmark", 0x200f}};
   const auto found = kCharacters.find(word);
   return found == kCharacters.end() ? 0 : found->second;
 }

@@ -89,8 +89,9 @@ bool PageWords::TakeColumn(const Token& word) {
 
 bool PageWords::TakeOther(const Token& word) {
   static const std::unordered_set<std::string_view> kHead{
-      "facingp", "margmirror", "gutter",  "pgnstart", "ftnstart", "aftnstart", "ftnnalc",
-      "ftnnauc", "ftnnrlc",    "ftnnruc", "aftnnalc", "aftnnauc", "aftnnrlc",  "aftnnruc"};
+      "facingp",  "nocolbal",  "margmirror", "gutter",   "pgnstart",
+      "ftnstart", "aftnstart", "ftnnalc",    "ftnnauc",  "ftnnrlc",
+      "ftnnruc",  "aftnnalc",  "aftnnauc",   "aftnnrlc", "aftnnruc"};
   static const std::unordered_set<std::string_view> kOwn{
       "headery",    "footery",   "titlepg",    "guttersxn", "cols",    "colsx",
       "linebetcol", "pgnstarts", "pgnrestart", "vertalc",   "vertalb", "linex"};

@@ -484,7 +484,9 @@ void RtfReader::BeginStory(Delivery delivery, const Token& word) {
   group.nested_row = false;
   group.fresh = false;
   group.property = ReaderGroup::Property::kNone;
-  group.own_word = (group.starred ? "\\*\\" : "\\") + std::string(word.text);
+  // LibreOffice writes a star before footnotes.
+  const bool starred = group.starred && delivery != Delivery::kObject;
+  group.own_word = (starred ? "\\*\\" : "\\") + std::string(word.text);
   if (word.has_param) group.own_word += std::to_string(word.param);
 }
 
@@ -678,7 +680,7 @@ bool RtfReader::BreakWord(const Token& word) {
   else if (word.text == "sect")
     EndSection();
   else if (word.text == "chpgn" || word.text == "chftn" || word.text == "sectnum" ||
-           word.text == "chdate" || word.text == "chtime") {
+           word.text == "column" || word.text == "chdate" || word.text == "chtime") {
     Verbatim object;
     object.source = "{\\" + std::string(word.text) + "}";
     AddObject(std::move(object));
