@@ -267,9 +267,86 @@ TEST(DocumentHtml, ShowsPicturesInTheirSize) {
       {wide + "\\par", P("<img src=\"cid:logo\" alt=\"\" width=\"643\" height=\"25\" "
                          "style=\"width:643px;max-width:100%;height:auto\">")},
       {wmf + "\\par", P("[WMF picture]")},
-      {"a{\\shp{\\*\\shpinst{\\shptxt A box\\par}}{\\shprslt old}} b\\par",
-       P("a A box<br>&nbsp;b")},
   });
+}
+
+// A shape without line and fill, unless it has one of its own.
+std::string Shape(const std::string& words, const std::string& content) {
+  return "{\\shp{\\*\\shpinst" + words + "{\\sp{\\sn fLine}{\\sv 0}}" + content +
+         "}{\\shprslt old}}";
+}
+
+TEST(DocumentHtml, TextBoxesStandApartOnce) {
+  const std::string box = Shape("\\shpright3000\\shpbypara", "{\\shptxt A {\\b box}\\par}");
+  const std::string html = "<div style=\"margin:0 0 6pt;max-width:200px\">" +
+                           P("A <b>box</b>", "margin:0;font-size:12pt") + "</div>";
+  const std::string filled = Shape(
+      "\\shpleft6000\\shpright9000\\shpbypara",
+      "{\\sp{\\sn fLine}{\\sv 1}}{\\sp{\\sn lineColor}{\\sv 255}}{\\sp{\\sn fillColor}{\\sv 65535}}"
+      "{\\shptxt x}");
+  const std::string logo =
+      Shape("\\shpright1500\\shpbottom750", "{\\sp{\\sn pib}{\\sv {\\pict\\pngblip 89504e47}}}");
+  const std::string numbers = "{\\*\\pn\\pnlvlbody\\pndec{\\pntxta.}}\\fi-360\\li360 ";
+  Check({
+      {"a" + box + " b\\par", html + P("a b")},
+      {"a\\par" + box + "\\par b\\par", P("a") + html + P("b")},
+      {filled + "a\\par",
+       "<div style=\"margin:0 0 6pt auto;max-width:200px;border:1px solid #FF0000;"
+       "background-color:#FFFF00;color:#000000;padding:3.6pt 7.2pt 3.6pt 7.2pt\">" +
+           P("x", "margin:0;font-size:12pt") + "</div>" + P("a")},
+      {"a" + logo + "\\par", P("a<img src=\"cid:logo\" alt=\"\" width=\"100\" height=\"50\" "
+                               "style=\"width:100px;height:50px\">")},
+      {"x\\par\\pard" + numbers + "a" + box + "\\par\\pard x\\par",
+       P("x") + "<ol style=\"margin:0 0 0 18pt;padding:0;list-style-type:decimal\">" +
+           "<li style=\"margin:0\">" + html + "a</li></ol>" + P("x")},
+      // At the foot of the page: below the text.
+      {Shape("\\shptop15000\\shpright3000\\shpbottom15500\\shpbypage",
+             "{\\shptxt A {\\b box}\\par}") +
+           "a\\par b\\par",
+       P("a") + P("b") + html},
+  });
+  const std::string cell = Html("\\trowd\\cellx6000\\pard\\intbl a" + box + "\\cell\\row\\pard");
+  EXPECT_THAT(cell, testing::MatchesRegex("<table.*<td[^>]*><div[^>]*>.*box.*</div>" + P("a") +
+                                          "</td></tr></table>.*"));
+}
+
+// A note with an automatic mark.
+std::string Note(const std::string& text, const std::string& word = "\\footnote") {
+  return "{\\super\\chftn}{" + word + "\\pard\\fs20{\\super\\chftn} " + text + "}";
+}
+
+std::string Notes(const std::string& notes) {
+  return "<div style=\"margin-top:12pt\"><hr width=\"33%\" size=\"1\" align=\"left\">" + notes +
+         "</div>";
+}
+
+TEST(DocumentHtml, ShowsNotesBelowTheText) {
+  const std::string one = "<sup>1</sup>";
+  Check({
+      {"a" + Note("foot\\par on") + " b" + Note("end", "\\footnote\\ftnalt") + " c" +
+           Note("third") + "\\par",
+       P("a" + one + " b" + one + " c<sup>2</sup>") +
+           Notes(P(one + " foot") + P("on") + P("<sup>2</sup> third") + P(one + " end"))},
+      {"\\ftnnruc\\ftnstart4 a\\chftn{\\footnote\\pard\\fs20\\chftn  b}\\par",
+       P("a<sup>IV</sup>") + Notes(P("<sup>IV</sup> b"))},
+      // A note without a mark gets one.
+      {"a{\\footnote\\pard\\fs20 b} c{\\super\\chftn}{\\footnote\\pard\\fs20 d}\\par",
+       P("a" + one + " c<sup>2</sup>") + Notes(P(one + "b") + P("<sup>2</sup>d"))},
+      // The author's own mark counts for nothing, a hidden note does not either.
+      {"a*{\\footnote\\pard\\fs20 * own}{\\v" + Note("gone") + "} b" + Note("c") + "\\par",
+       P("a* b" + one) + Notes(P("* own") + P(one + " c"))},
+  });
+  const std::string tables_and_boxes =
+      "\\trowd\\cellx6000\\pard\\intbl a" + Note("cell") + "\\cell\\row\\pard" +
+      Shape("", "{\\shptxt\\pard\\fs20 b" + Note("box") + "}") + "c" + Note("text") + "\\par";
+  EXPECT_THAT(
+      Html(tables_and_boxes),
+      AllOf(HasSubstr(">a" + one + "<"), HasSubstr(">b<sup>2</sup><"),
+            testing::EndsWith(P("c<sup>3</sup>") + Notes(P(one + " cell") + P("<sup>2</sup> box") +
+                                                         P("<sup>3</sup> text")))));
+  EXPECT_THAT(Html("{\\footer\\pard\\fs20 f" + Note("footer") + "\\par}a" + Note("text") + "\\par"),
+              testing::EndsWith(Notes(P(one + " text") + P("<sup>2</sup> footer")) +
+                                "<div style=\"margin-top:12pt\">" + P("f<sup>2</sup>") + "</div>"));
 }
 
 TEST(DocumentHtml, TabsReachTheirStops) {
@@ -339,7 +416,11 @@ TEST(DocumentHtml, TakesAnyLetter) {
       "{\\*\\pn\\pnlvlblt}",
       "{\\field{\\*\\fldinst HYPERLINK \"http://a\\'22>\"}{\\fldrslt go}}",
       "{\\pict\\pngblip\\picwgoal-1\\pichgoal9 00}",
-      "{\\header\\pard h\\par}"};
+      "{\\header\\pard h\\par}",
+      "\\chftn ",
+      "{\\footnote ",
+      "{\\shp{\\*\\shpinst\\shpbypage\\shptop15000{\\shptxt t\\par}}}",
+      "{\\shp{\\*\\shpinst{\\shptxt "};
   std::mt19937 random(20261122);
   for (int i = 0; i < 400; ++i) {
     std::string body;
@@ -368,6 +449,13 @@ TEST(DocumentPlainText, KeepsNumbersLinksAndColumns) {
       {"{\\field{\\*\\fldinst HYPERLINK \"mailto:a@b.nz\"}{\\fldrslt a@b.nz}}\\par", "a@b.nz"},
       {"{\\header\\pard H\\par}{\\footer\\pard F\\par}\\pard a\\par", "H\r\n\r\na\r\n\r\nF"},
       {"\\tx1440 Rent\\tab $5\\par", "Rent        $5"},
+      {"{\\footer\\pard F\\par}a" + Note("foot") + " b{\\super i}{\\footnote" +
+           "\\pard{\\super i}own} m{\\super 2}" + Note("end", "\\footnote\\ftnalt") + "\\par",
+       "a[1] b[i] m2[1]\r\n\r\n____________________\r\n[1] foot\r\n[i] own\r\n[1] end\r\n\r\nF"},
+      {"a\\par x" + Shape("\\shpbypara", "{\\shptxt b\\par c}") + " y\\par",
+       "a\r\n\r\nb\r\nc\r\n\r\nx y"},
+      {Shape("\\shpbymargin\\shptop14000\\shpbottom14500", "{\\shptxt b}") + "x\\par y\\par",
+       "x\r\ny\r\n\r\nb"},
       {"\\trowd\\cellx3000\\cellx6000\\pard\\intbl Rent\\cell\\qr $420.00\\cell\\row"
        "\\trowd\\cellx3000\\cellx6000\\pard\\intbl Bond held\\cell\\qr $5\\line x\\cell\\row\\pard "
        "x\\par",

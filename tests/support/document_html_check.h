@@ -28,10 +28,10 @@ class DocumentHtmlCheck {
   }
 
   std::string Run() {
-    constexpr std::array<std::string_view, 2> kVoid{"br", "img"};
-    constexpr std::array<std::string_view, 17> kNames{"div", "p",    "ul",  "ol",  "li", "table",
-                                                      "tr",  "td",   "a",   "b",   "i",  "u",
-                                                      "s",   "span", "sup", "sub", "img"};
+    constexpr std::array<std::string_view, 3> kVoid{"br", "hr", "img"};
+    constexpr std::array<std::string_view, 18> kNames{"div", "p",  "ul",   "ol",  "li",  "table",
+                                                      "hr",  "tr", "td",   "a",   "b",   "i",
+                                                      "u",   "s",  "span", "sup", "sub", "img"};
     for (const char c : html_) {
       const auto byte = static_cast<unsigned char>(c);
       if (byte < 0x20 && c != '\r' && c != '\n') return "a control character";
@@ -60,7 +60,7 @@ class DocumentHtmlCheck {
 
   // Paragraphs hold no blocks, lists only items, tables only rows, rows only cells.
   std::string PlaceFault(std::string_view name) const {
-    constexpr std::array<std::string_view, 5> kBlocks{"div", "p", "ul", "ol", "table"};
+    constexpr std::array<std::string_view, 6> kBlocks{"div", "p", "ul", "ol", "table", "hr"};
     const std::string_view around = open_.empty() ? std::string_view() : open_.back();
     if (IsOneOf(name, kBlocks) && IsOneOf("p", open_) && !IsOneOf("td", open_))
       return "block in a paragraph";
@@ -71,9 +71,9 @@ class DocumentHtmlCheck {
   }
 
   static std::string AttributeFault(std::string_view rest) {
-    constexpr std::array<std::string_view, 15> kNames{
+    constexpr std::array<std::string_view, 16> kNames{
         "style",  "href",  "src",   "alt",         "width",       "height", "colspan", "rowspan",
-        "valign", "align", "start", "cellspacing", "cellpadding", "border", "dir"};
+        "valign", "align", "start", "cellspacing", "cellpadding", "border", "dir",     "size"};
     while (!rest.empty()) {
       const std::size_t equals = rest.find("=\"");
       if (rest.front() != ' ' || equals == std::string_view::npos) return "malformed attribute";

@@ -23,6 +23,7 @@ constexpr int kSingleLine = 240;   // \sl of single spacing
 constexpr double kLineHeight = 1.15;
 constexpr double kTwipsPerHalfPoint = 10;
 constexpr Rgb kBlack = 0;
+constexpr int kNarrowestBox = 600;  // twips
 
 struct ListTag {
   bool ordered = false;
@@ -165,6 +166,13 @@ void BlockHtml::Write(const Paragraph& paragraph, const richtext::Block* next) {
   const int number = counter_.Next(format);
   if (TagOf(format.bullet)) return WriteItem(paragraph, number, next);
   CloseLists(0);
+  const std::vector<TextBox> boxes = BoxesIn(context_.parts, paragraph);
+  if (!boxes.empty()) {
+    WriteBoxes(boxes, around_.inherited);
+    // A paragraph that only holds them would be an empty line.
+    const bool plain = format.bullet.kind == Bullet::Kind::kNone && !HasFrame(format);
+    if (plain && ShownText(context_.parts, paragraph).pieces().empty()) return;
+  }
   auto [above, below] = SpacesOf(format, next);
   if (HasFrame(format)) {
     // The spaces above and below a frame are outside it.
@@ -201,7 +209,7 @@ void BlockHtml::WriteItem(const Paragraph& paragraph, int number, const richtext
 // Leaves a list's item open: lists inside it follow.
 void BlockHtml::WriteElement(std::string_view tag, const Paragraph& paragraph, std::string style,
                              std::string_view mark) {
-  const ShownText text(context_.document, paragraph);
+  const ShownText text(context_.parts, paragraph);
   Inherited inside;
   style += ParagraphStyle(context_, paragraph, text, around_.inherited, &inside);
   style.pop_back();
@@ -209,10 +217,51 @@ void BlockHtml::WriteElement(std::string_view tag, const Paragraph& paragraph, s
   html.append("<").append(tag);
   if (paragraph.format.right_to_left) html += " dir=\"rtl\"";
   html.append(" style=\"").append(style).append("\">");
+  if (tag == "li") WriteBoxes(BoxesIn(context_.parts, paragraph), inside);
   InlineHtml inline_html(context_, inside, around_.width);
   if (!mark.empty()) inline_html.SetMark(mark, TextLeft(paragraph.format));
   inline_html.Write(paragraph, text);
   if (tag != "li") html.append("</").append(tag).append(">").append(context_.line_end);
+}
+
+void BlockHtml::WriteBoxes(const std::vector<TextBox>& boxes, const Inherited& inherited) {
+  if (boxes.empty()) return;
+  Surroundings around = around_;
+  around.inherited = inherited;
+  BlockHtml outside(context_, around, depth_);
+  for (const TextBox& box : boxes) outside.WriteBox(box);
+}
+
+void BlockHtml::WriteBox(const TextBox& box) {
+  const richtext::Figure& figure = *box.figure;
+  const int width = std::max(figure.right - figure.left, kNarrowestBox);
+  const Alignment side = SideOf(box, context_.parts.document.page, around_.width);
+  std::string style = side == Alignment::kLeft     ? "margin:0 0 6pt"
+                      : side == Alignment::kCentre ? "margin:0 auto 6pt"
+                                                   : "margin:0 0 6pt auto";
+  style.append(";max-width:").append(std::to_string(Pixels(width))).append("px;");
+  Surroundings inside;
+  inside.inherited = around_.inherited;
+  inside.width = width;
+  if (figure.line) {
+    style += "border:1px solid";
+    if (const auto line = Looks::Ink(*figure.line)) style.append(" ").append(ColourText(*line));
+    style += ';';
+  }
+  const auto paper = figure.fill ? Looks::Paper(*figure.fill) : std::nullopt;
+  if (paper) {
+    AppendBackgroundStyle(style, paper, kBlack);
+    inside.inherited.colour.reset();
+  }
+  if (figure.line || paper) {
+    const richtext::Padding& inset = figure.inset;
+    style.append("padding:").append(Points(inset.top)).append(" ").append(Points(inset.right));
+    style.append(" ").append(Points(inset.bottom)).append(" ").append(Points(inset.left)) += ';';
+  }
+  style.pop_back();
+  context_.html.append("<div style=\"").append(style).append("\">").append(context_.line_end);
+  BlockHtml(context_, inside, depth_).Write(WithoutEmptyEnds(figure.blocks));
+  context_.html.append("</div>").append(context_.line_end);
 }
 
 // Closes and opens lists so that an item with this format can follow.

@@ -23,6 +23,7 @@ class BlockHtml {
       : context_(context), around_(around), depth_(depth) {}
 
   void Write(std::span<const richtext::Block> blocks);
+  void WriteBox(const TextBox& box);
 
  private:
   // A list that is open, with its last item.
@@ -38,6 +39,7 @@ class BlockHtml {
   void WriteItem(const richtext::Paragraph& paragraph, int number, const richtext::Block* next);
   void WriteElement(std::string_view tag, const richtext::Paragraph& paragraph, std::string margins,
                     std::string_view mark);
+  void WriteBoxes(const std::vector<TextBox>& boxes, const Inherited& inherited);
   void OpenListFor(const richtext::ParagraphFormat& format, int number);
   void CloseLists(std::size_t kept);
   void OpenFrame(const richtext::ParagraphFormat& format);

@@ -21,6 +21,10 @@ constexpr double kTwipsPerPoint = 20, kTwipsPerPixel = 15;
 constexpr std::size_t kLongestFamily = 64;  // bytes; no real name comes near this
 constexpr int kThickBorder = 30;            // twips
 
+Rgb RgbOf(const richtext::Colour& colour) {
+  return Rgb{colour.red} << 16 | Rgb{colour.green} << 8 | Rgb{colour.blue};
+}
+
 // Text of this colour looks black on paper, and cannot be read on a dark screen.
 bool IsNearlyBlack(Rgb colour) {
   return (colour >> 16) <= kDarkest && (colour >> 8 & 0xFF) <= kDarkest &&
@@ -105,22 +109,31 @@ TextLook Looks::Of(const richtext::CharFormat& format) const {
   return look;
 }
 
-std::optional<Rgb> Looks::Colour(int position) const {
+const richtext::Colour* Looks::ColourAt(int position) const {
   if (position <= 0 || static_cast<std::size_t>(position) >= document_.colours.size())
-    return std::nullopt;
+    return nullptr;
   const richtext::Colour& colour = document_.colours[static_cast<std::size_t>(position)];
-  if (colour.automatic) return std::nullopt;
-  return Rgb{colour.red} << 16 | Rgb{colour.green} << 8 | Rgb{colour.blue};
+  return colour.automatic ? nullptr : &colour;
 }
 
 std::optional<Rgb> Looks::Ink(int position) const {
-  const std::optional<Rgb> colour = Colour(position);
-  return colour && IsNearlyBlack(*colour) ? std::nullopt : colour;
+  const richtext::Colour* const colour = ColourAt(position);
+  return colour == nullptr ? std::nullopt : Ink(*colour);
 }
 
 std::optional<Rgb> Looks::Paper(int position) const {
-  const std::optional<Rgb> colour = Colour(position);
-  return colour == kWhite ? std::nullopt : colour;
+  const richtext::Colour* const colour = ColourAt(position);
+  return colour == nullptr ? std::nullopt : Paper(*colour);
+}
+
+std::optional<Rgb> Looks::Ink(const richtext::Colour& colour) {
+  const Rgb rgb = RgbOf(colour);
+  return IsNearlyBlack(rgb) ? std::nullopt : std::optional(rgb);
+}
+
+std::optional<Rgb> Looks::Paper(const richtext::Colour& colour) {
+  const Rgb rgb = RgbOf(colour);
+  return rgb == kWhite ? std::nullopt : std::optional(rgb);
 }
 
 const std::string& Looks::Family(int font) const {

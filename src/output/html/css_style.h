@@ -47,11 +47,14 @@ class Looks {
   // document writes them.
   std::optional<Rgb> Ink(int position) const;
   std::optional<Rgb> Paper(int position) const;
+  static std::optional<Rgb> Ink(const richtext::Colour& colour);
+  static std::optional<Rgb> Paper(const richtext::Colour& colour);
   // "Arial,sans-serif", ready for an attribute in double quotes.
   const std::string& Family(int font) const;
 
  private:
-  std::optional<Rgb> Colour(int position) const;
+  // Null for the automatic colour.
+  const richtext::Colour* ColourAt(int position) const;
 
   const richtext::Document& document_;
   bool font_faces_;

@@ -46,17 +46,24 @@ void WritePart(HtmlContext& context, const Surroundings& around,
   if (!space.empty()) context.html.append("</div>").append(context.line_end);
 }
 
+// Below a short line, as on paper.
+void WriteNotes(HtmlContext& context, const Surroundings& around) {
+  context.html.append("<div style=\"margin-top:12pt\">").append(context.line_end);
+  context.html.append("<hr width=\"33%\" size=\"1\" align=\"left\">").append(context.line_end);
+  for (const auto& note : context.parts.notes) BlockHtml(context, around, 0).Write(note);
+  context.html.append("</div>").append(context.line_end);
+}
+
 }  // namespace
 
 std::string DocumentHtml(const richtext::Document& document, const DocumentHtmlOptions& options,
                          const PictureSource& pictures) {
-  HtmlContext context{
-      document, Looks(document, options.font_faces), pictures, options.line_end, {}};
   const DocumentParts parts = PartsOf(document);
+  HtmlContext context{parts, Looks(document, options.font_faces), pictures, options.line_end, {}};
   if (parts.header.empty() && parts.text.empty() && parts.footer.empty()) return {};
   Surroundings around;
   around.inherited = MostOf(document, context.looks);
-  const TextArea area = TextAreaOf(document, parts);
+  const TextArea area = TextAreaOf(parts);
   around.width = area.width;
   around.left = area.left;
   around.right = area.right;
@@ -69,6 +76,8 @@ std::string DocumentHtml(const richtext::Document& document, const DocumentHtmlO
   context.html.append("<div style=\"").append(style).append("\">").append(options.line_end);
   WritePart(context, around, parts.header, "margin-bottom:12pt");
   WritePart(context, around, parts.text, {});
+  for (const TextBox& box : parts.below) BlockHtml(context, around, 0).WriteBox(box);
+  if (!parts.notes.empty()) WriteNotes(context, around);
   WritePart(context, around, parts.footer, "margin-top:12pt");
   context.html.append("</div>").append(options.line_end);
   return options.references ? WithReferences(context.html) : std::move(context.html);

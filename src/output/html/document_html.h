@@ -16,8 +16,8 @@ struct DocumentHtmlOptions {
   bool references = false;  // in ASCII, other characters as references
 };
 
-// The first page's header, the text and the first page's footer. Every "<", "&" and quote of
-// the letter's text is an entity. UTF-8.
+// The first page's header, the text, its notes and the first page's footer. Every "<", "&" and
+// quote of the letter's text is an entity. UTF-8.
 std::string DocumentHtml(const richtext::Document& document, const DocumentHtmlOptions& options,
                          const PictureSource& pictures);
 

@@ -7,7 +7,8 @@
 
 namespace tenora::html {
 
-// UTF-8, lines ended by "\r\n" except the last: the first page's header, the text and its footer.
+// UTF-8, lines ended by "\r\n" except the last: the first page's header, the text, its
+// notes and the footer. Marks of notes are in brackets.
 // Lists keep their marks, links are followed by their address, a table's cells stand in columns.
 std::string DocumentPlainText(const richtext::Document& document);
 

@@ -5,13 +5,13 @@
 #include <string_view>
 
 #include "output/html/css_style.h"
+#include "output/html/document_parts.h"
 #include "output/rtf_to_html.h"
-#include "platform/richtext/document.h"
 
 namespace tenora::html {
 
 struct HtmlContext {
-  const richtext::Document& document;
+  const DocumentParts& parts;
   Looks looks;
   const PictureSource& pictures;
   std::string_view line_end;  // after each block: "\r\n" or empty

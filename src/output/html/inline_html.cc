@@ -55,6 +55,10 @@ std::string WithBlanksUpTo(std::string_view text, std::size_t most) {
   return kept;
 }
 
+bool IsText(const ShownPiece& piece) {
+  return piece.kind == Kind::kText || piece.kind == Kind::kNoteMark;
+}
+
 // What stands for a picture that cannot be shown.
 const char* Caption(richtext::Picture::Kind kind) {
   if (kind == richtext::Picture::Kind::kWmf) return "[WMF picture]";
@@ -70,7 +74,7 @@ CarriedLook CarriedBy(const Looks& looks, const ShownText& text,
   std::map<std::pair<int, int>, std::size_t> lengths;
   bool first = true;
   for (const ShownPiece& piece : text.pieces()) {
-    if (piece.kind != Kind::kText && piece.kind != Kind::kTab) continue;
+    if (!IsText(piece) && piece.kind != Kind::kTab) continue;
     const TextLook look = looks.Of(*piece.format);
     lengths[{look.font, look.half_points}] += piece.text.size() + 1;
     if (first) carried.colour = look.colour;
@@ -120,11 +124,12 @@ void InlineHtml::WriteMark(const richtext::CharFormat& format) {
 void InlineHtml::Write(const ShownPiece& piece) {
   switch (piece.kind) {
     case Kind::kText:
+    case Kind::kNoteMark:
       WriteText(piece);
       break;
     case Kind::kPicture:
       ShowAs(context_.looks.Of(*piece.format), piece.link);
-      WritePicture(*piece.picture);
+      WritePicture(piece);
       at_line_start_ = behind_blank_ = false;
       break;
     case Kind::kPageBreak:
@@ -194,12 +199,12 @@ void InlineHtml::WriteTab(const std::vector<ShownPiece>& pieces, std::size_t ind
     at_line_start_ = false;
     return;
   }
-  TabTarget target = NextTab(*format_, context_.document.default_tab, x_);
+  TabTarget target = NextTab(*format_, context_.parts.document.default_tab, x_);
   const double right = std::max(width_ - format_->right_indent, 1);
   target.position = std::min(target.position, right);
   // The text up to the next tab or break is aligned at the stop.
   for (std::size_t i = index + 1; i < pieces.size() && target.kind != TabStop::Kind::kLeft; ++i) {
-    if (pieces[i].kind != Kind::kText) break;
+    if (!IsText(pieces[i])) break;
     std::string_view text = pieces[i].text;
     const bool decimal = target.kind == TabStop::Kind::kDecimal;
     if (decimal) text = AheadOfDecimalPoint(text);
@@ -234,20 +239,20 @@ void InlineHtml::WriteFilling(double width, char leader, const richtext::CharFor
   at_line_start_ = false;
 }
 
-void InlineHtml::WritePicture(const richtext::Picture& picture) {
-  const std::string source = context_.pictures ? context_.pictures(picture) : std::string();
-  if (source.empty()) return WriteEscaped(Caption(picture.kind));
+void InlineHtml::WritePicture(const ShownPiece& piece) {
+  const std::string source = context_.pictures ? context_.pictures(*piece.picture) : std::string();
+  if (source.empty()) return WriteEscaped(Caption(piece.picture->kind));
   context_.html.append("<img src=\"");
   AppendEscaped(context_.html, source);
   context_.html.append("\" alt=\"\"");
-  if (picture.width > 0 && picture.height > 0) {
+  if (piece.width > 0 && piece.height > 0) {
     // As on paper, a picture is not wider than the text.
-    const double scale = std::min(1.0, double(std::max(width_, 1)) / picture.width);
-    const std::string width = std::to_string(Pixels(picture.width * scale));
-    const std::string height = std::to_string(Pixels(picture.height * scale));
+    const double scale = std::min(1.0, double(std::max(width_, 1)) / piece.width);
+    const std::string width = std::to_string(Pixels(piece.width * scale));
+    const std::string height = std::to_string(Pixels(piece.height * scale));
     // Some programs heed the attributes only, others the style only. Where a narrow window makes a
     // wide picture smaller, its height follows.
-    const bool shrinks = scale * picture.width > kNarrowWindow;
+    const bool shrinks = scale * piece.width > kNarrowWindow;
     context_.html.append(
         " width=\"" + width + "\" height=\"" + height + "\" style=\"width:" + width + "px;" +
         (shrinks ? "max-width:100%;height:auto" : "height:" + height + "px") + "\"");
@@ -328,8 +333,9 @@ void InlineHtml::CloseTags(std::size_t kept) {
 double InlineHtml::WidthOf(std::string_view text, const richtext::CharFormat& format) const {
   const auto font = static_cast<std::size_t>(std::max(format.font, 0));
   static const richtext::Font kNone;
-  return TextWidth(text, format,
-                   font < context_.document.fonts.size() ? context_.document.fonts[font] : kNone);
+  return TextWidth(
+      text, format,
+      font < context_.parts.document.fonts.size() ? context_.parts.document.fonts[font] : kNone);
 }
 
 }  // namespace tenora::html

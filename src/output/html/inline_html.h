@@ -47,7 +47,7 @@ class InlineHtml {
   void Advance(const ShownPiece& piece);
   void WriteWords(std::string_view text, const TextLook& look, std::string_view link);
   void WriteTab(const std::vector<ShownPiece>& pieces, std::size_t index);
-  void WritePicture(const richtext::Picture& picture);
+  void WritePicture(const ShownPiece& piece);
   void WriteEscaped(std::string_view text);
   void WriteFilling(double width, char leader, const richtext::CharFormat& format);
   void ShowAs(const TextLook& look, std::string_view link);

@@ -1,6 +1,7 @@
 #include "output/html/plain_lines.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -28,8 +29,8 @@ constexpr std::size_t kDeepestIndent = 24;
 // One paragraph's lines.
 class ParagraphLines {
  public:
-  ParagraphLines(const richtext::Document& document, const Paragraph& paragraph)
-      : document_(document), format_(paragraph.format), text_(document, paragraph) {}
+  ParagraphLines(const DocumentParts& parts, const Paragraph& paragraph)
+      : parts_(parts), format_(paragraph.format), text_(parts, paragraph) {}
 
   std::vector<std::string> Make(std::string_view mark) {
     lines_.emplace_back();
@@ -43,6 +44,7 @@ class ParagraphLines {
       if (pieces[i].link != link_) EndLink();
       link_ = pieces[i].link;
       if (pieces[i].kind == Kind::kText) Add(pieces[i].text);
+      if (pieces[i].kind == Kind::kNoteMark) AddMark(i);
       if (pieces[i].kind == Kind::kTab) AddTab(i);
       if (pieces[i].kind == Kind::kLineBreak || pieces[i].kind == Kind::kPageBreak)
         lines_.emplace_back();
@@ -55,6 +57,21 @@ class ParagraphLines {
   void Add(std::string_view text) {
     lines_.back() += text;
     if (!link_.empty()) linked_ += text;
+  }
+
+  // Plain text has no raised characters.
+  void AddMark(std::size_t index) {
+    const std::vector<ShownPiece>& pieces = text_.pieces();
+    std::string_view mark = pieces[index].text;
+    mark.remove_prefix(mark.find_first_not_of(' '));
+    const std::string_view blanks = mark.substr(mark.find_last_not_of(' ') + 1);
+    mark.remove_suffix(blanks.size());
+    Add("[" + std::string(mark) + "]");
+    Add(blanks);
+    // The mark of a note's own text, which may stand right ahead of it.
+    if (index == 0 && blanks.empty() && pieces.size() > 1 && pieces[1].kind == Kind::kText &&
+        !pieces[1].text.starts_with(' '))
+      Add(" ");
   }
 
   // The address behind a link's text, unless that is the address itself.
@@ -72,7 +89,7 @@ class ParagraphLines {
     std::string& line = lines_.back();
     const std::size_t at = CharactersIn(line);
     const TabTarget target =
-        NextTab(format_, document_.default_tab, static_cast<double>(at) * kTwipsPerCharacter);
+        NextTab(format_, parts_.document.default_tab, static_cast<double>(at) * kTwipsPerCharacter);
     auto to = static_cast<std::size_t>(std::max(target.position, 0.0) / kTwipsPerCharacter);
     to = std::min(to, kFarthestTab);
     if (target.kind == TabStop::Kind::kRight || target.kind == TabStop::Kind::kDecimal)
@@ -86,14 +103,17 @@ class ParagraphLines {
   std::size_t WidthBehind(std::size_t index, TabStop::Kind kind) const {
     const std::vector<ShownPiece>& pieces = text_.pieces();
     std::size_t width = 0;
-    for (std::size_t i = index + 1; i < pieces.size() && pieces[i].kind == Kind::kText; ++i) {
+    for (std::size_t i = index + 1; i < pieces.size(); ++i) {
+      const bool mark = pieces[i].kind == Kind::kNoteMark;
+      if (!mark && pieces[i].kind != Kind::kText) break;
       const bool decimal = kind == TabStop::Kind::kDecimal;
       width += CharactersIn(decimal ? AheadOfDecimalPoint(pieces[i].text) : pieces[i].text);
+      if (mark) width += 2;  // its brackets
     }
     return width;
   }
 
-  const richtext::Document& document_;
+  const DocumentParts& parts_;
   const ParagraphFormat& format_;
   ShownText text_;
   std::vector<std::string> lines_;
@@ -129,8 +149,8 @@ std::size_t CharactersIn(std::string_view utf8) {
       utf8, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
-std::vector<std::string> PlainLines(const richtext::Document& document,
-                                    std::span<const richtext::Block> blocks, std::size_t width) {
+std::vector<std::string> PlainLines(PlainContext& context, std::span<const richtext::Block> blocks,
+                                    std::size_t width) {
   std::vector<std::string> lines;
   richtext::ListCounter counter;
   int space_below = 0;
@@ -138,21 +158,30 @@ std::vector<std::string> PlainLines(const richtext::Document& document,
   for (std::size_t i = 0; i < blocks.size(); ++i) {
     if (const auto* table = std::get_if<std::shared_ptr<richtext::Table>>(&blocks[i])) {
       counter.EndAll();
-      for (std::string& line : PlainTable(document, **table, width))
+      for (std::string& line : PlainTable(context, **table, width))
         lines.push_back(std::move(line));
       space_below = 0;
       in_list = false;
       continue;
     }
     const auto& paragraph = std::get<Paragraph>(blocks[i]);
+    const std::vector<TextBox> boxes = BoxesIn(context.parts, paragraph);
+    for (const TextBox& box : boxes) {
+      if (!lines.empty() && !lines.back().empty()) lines.emplace_back();
+      std::ranges::move(PlainLines(context, WithoutEmptyEnds(box.figure->blocks), width),
+                        std::back_inserter(lines));
+      lines.emplace_back();
+    }
     // RTF ends a cell with a paragraph, also behind a nested table.
     if (width > 0 && i > 0 && i + 1 == blocks.size() && !richtext::Shows(blocks[i])) continue;
     const ParagraphFormat& format = paragraph.format;
     const std::string mark = richtext::ListMark(format.bullet, counter.Next(format));
+    if (!boxes.empty() && mark.empty() && ShownText(context.parts, paragraph).pieces().empty())
+      continue;
     const bool spaced = space_below + format.space_before >= kBlankLine;
     if (spaced && !lines.empty() && !lines.back().empty() && !(in_list && !mark.empty()))
       lines.emplace_back();
-    for (const std::string& line : ParagraphLines(document, paragraph).Make(mark))
+    for (const std::string& line : ParagraphLines(context.parts, paragraph).Make(mark))
       AppendBroken(line, width, &lines);
     space_below = format.space_after;
     in_list = !mark.empty();

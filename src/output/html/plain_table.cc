@@ -28,9 +28,8 @@ bool IsRightAligned(const richtext::Cell& cell) {
 
 class PlainTableWriter {
  public:
-  PlainTableWriter(const richtext::Document& document, const richtext::Table& table,
-                   std::size_t width)
-      : document_(document), grid_(GridOf(table)), widths_(grid_.columns()) {
+  PlainTableWriter(PlainContext& context, const richtext::Table& table, std::size_t width)
+      : context_(context), grid_(GridOf(table)), widths_(grid_.columns()) {
     FitColumns();
     Narrow(width == 0 ? kUsualWidth : width);
   }
@@ -49,7 +48,13 @@ class PlainTableWriter {
  private:
   std::vector<std::string> TextOf(const GridCell& cell, std::size_t width) const {
     if (cell.cell == nullptr || cell.covered) return {};
-    return PlainLines(document_, cell.cell->blocks, width);
+    auto found = context_.cells.find(cell.cell);
+    if (found == context_.cells.end()) {
+      std::vector<std::string> lines = PlainLines(context_, cell.cell->blocks, kUsualWidth);
+      found = context_.cells.emplace(cell.cell, std::move(lines)).first;
+    }
+    if (WidthOf(found->second) <= width) return found->second;
+    return PlainLines(context_, cell.cell->blocks, width);
   }
 
   // Columns as wide as their text. What a cell over several columns needs beyond them goes to the
@@ -120,16 +125,16 @@ class PlainTableWriter {
     return lines;
   }
 
-  const richtext::Document& document_;
+  PlainContext& context_;
   CellGrid grid_;
   std::vector<std::size_t> widths_;  // characters, of the grid's columns
 };
 
 }  // namespace
 
-std::vector<std::string> PlainTable(const richtext::Document& document,
-                                    const richtext::Table& table, std::size_t width) {
-  return PlainTableWriter(document, table, width).Write();
+std::vector<std::string> PlainTable(PlainContext& context, const richtext::Table& table,
+                                    std::size_t width) {
+  return PlainTableWriter(context, table, width).Write();
 }
 
 }  // namespace tenora::html

@@ -5,12 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "output/html/plain_lines.h"
 #include "platform/richtext/document.h"
 
 namespace tenora::html {
 
 // `width` in characters is that of the cell around, 0 outside tables.
-std::vector<std::string> PlainTable(const richtext::Document& document,
-                                    const richtext::Table& table, std::size_t width);
+std::vector<std::string> PlainTable(PlainContext& context, const richtext::Table& table,
+                                    std::size_t width);
 
 }  // namespace tenora::html

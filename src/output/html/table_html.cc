@@ -46,8 +46,9 @@ const Paragraph* OnlyParagraph(const Cell& cell) {
   const bool plain = format.bullet.kind == richtext::Bullet::Kind::kNone &&
                      format.left_indent <= 0 && format.right_indent <= 0 &&
                      format.first_indent == 0 && format.space_before == 0 &&
-                     format.space_after == 0 && format.shading <= 0 && !format.top.present &&
-                     !format.bottom.present && !format.left.present && !format.right.present;
+                     TextBoxesOf(*paragraph).empty() && format.space_after == 0 &&
+                     format.shading <= 0 && !format.top.present && !format.bottom.present &&
+                     !format.left.present && !format.right.present;
   return plain ? paragraph : nullptr;
 }
 
@@ -157,7 +158,7 @@ class TableWriter {
     const auto* first =
         cell.blocks.empty() ? nullptr : std::get_if<Paragraph>(&cell.blocks.front());
     if (only != nullptr) {
-      const ShownText text(context_.document, *only);
+      const ShownText text(context_.parts, *only);
       Inherited inherited;
       std::string text_style = ParagraphStyle(context_, *only, text, {}, &inherited);
       AppendBackgroundStyle(style, paper,
@@ -171,7 +172,7 @@ class TableWriter {
     }
     AppendBackgroundStyle(style, paper, paper ? std::optional(kBlack) : std::nullopt);
     if (first != nullptr) {
-      const ShownText text(context_.document, *first);
+      const ShownText text(context_.parts, *first);
       const CarriedLook carried = CarriedBy(context_.looks, text, *first);
       AppendFontStyle(style, context_.looks, {}, carried.font, carried.half_points);
       inside.inherited.font = carried.font;
