@@ -189,6 +189,9 @@ TEST_F(LetterCheckTest, TellsWhatWillNotAppearOnPaper) {
       {R"({\pict\emfblip\picwgoal300\pichgoal300 01000000})", {"an EMF picture"}},
       {R"({\pict\pngblip\picwgoal300\pichgoal300 89504e47})", {"a picture that cannot be read"}},
       {R"(text{\footnote\pard <<Fax>>\par})", {}},
+      {R"(text{\footnote\pard {\mmath one}})", {"a formula"}},
+      {R"({\footer\pard text{\footnote\pard note}})", {"a note in a header or footer"}},
+      {R"({\shp{\*\shpinst{\shptxt text{\footnote\pard note}}}})", {"a note in a text box"}},
       {png + R"({\mmath one}{\mmath two})", {"a formula"}},
       {R"({\object\objemb{\*\objdata 00}})", {"an embedded object"}},
       {png, {}},  // after a letter that had something

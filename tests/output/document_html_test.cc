@@ -105,7 +105,7 @@ TEST(DocumentHtml, KeepsEveryCharacterAndNoMarkup) {
       {"M\\u257?huta \\'80 \\u-10179?\\u-8704?\\par", P("M\u0101huta \u20AC \U0001F600")},
       {"a   b\\par  c\\par", P("a &nbsp; b") + P("&nbsp;c")},
       {"a\\line b\\line\\par\\par c\\par", P("a<br>b<br>&nbsp;") + P("&nbsp;") + P("c")},
-      {"a\\page b\\par", P("a<br>b")},
+      {"a\\page b\\par c\\column d\\par", P("a<br>b") + P("c<br>d")},
       {"a{\\v hidden}{\\deleted gone}b\\par", P("ab")},
       {"\\'01\\'7f\\u8206?x\\par", P("\u200Ex")},
   });

@@ -22,11 +22,13 @@ TemplateFinding Finding(const std::string& words) {
 // `place`: empty for the letter's own text.
 void LintBlocks(const std::vector<richtext::Block>& blocks, const std::string& place,
                 printing::PaperFinder& finder, std::vector<TemplateFinding>* found) {
+  using Place = printing::PaperFinder::Place;
+  const Place where = place.empty() ? Place::kText : Place::kHead;
   int line = 1, position = 0;
   richtext::ForEachParagraph(
       blocks, [&](const richtext::Paragraph& paragraph, richtext::ParagraphEnd end) {
         for (const richtext::Run& run : paragraph.runs) {
-          if (const std::string words = finder.NotShown(run); !words.empty()) {
+          if (const std::string words = finder.NotShown(run, where); !words.empty()) {
             TemplateFinding& finding = found->emplace_back(Finding(words));
             finding.place = place;
             finding.line = line;

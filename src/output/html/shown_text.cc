@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "output/html/link_target.h"
+#include "platform/richtext/document_text.h"
 #include "platform/richtext/notes.h"
 #include "platform/richtext/symbol_characters.h"
 #include "platform/runtime/text.h"
@@ -65,6 +66,10 @@ void ShownText::Add(const richtext::Run& run, const richtext::Verbatim& object, 
     } else if (!pieces_.empty()) {
       MakeMark(&pieces_.back());  // the author's own
     }
+    return;
+  }
+  if (richtext::IsColumnBreak(run)) {
+    pieces_.push_back({.kind = Kind::kPageBreak, .format = &run.format, .link = link_});
     return;
   }
   if (object.shape && !object.figures.empty()) {

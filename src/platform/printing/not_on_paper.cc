@@ -7,6 +7,7 @@
 #include "platform/printing/pictures.h"
 #include "platform/printing/qt_application.h"
 #include "platform/richtext/document_text.h"
+#include "platform/richtext/notes.h"
 
 namespace tenora::printing {
 namespace {
@@ -39,20 +40,34 @@ std::string_view WordsFor(const richtext::Picture& picture, bool in_part) {
 
 }  // namespace
 
-std::string PaperFinder::NotShown(const richtext::Run& run) {
+std::string PaperFinder::NotShown(const richtext::Run& run, Place place) {
   if (run.format.hidden) return {};
   if (const auto* picture = std::get_if<PicturePointer>(&run.object))
     return std::string(NotDrawn(**picture));
   const auto* verbatim = std::get_if<VerbatimPointer>(&run.object);
   if (verbatim == nullptr) return {};
+  const bool note = richtext::BlocksOfNote(run) != nullptr;
+  if (note && place == Place::kHead) return "a note in a header or footer";
+  if (note && place == Place::kTextBox) return "a note in a text box";
   for (const auto& figure : (*verbatim)->figures) {
-    if (!figure->picture) continue;
-    if (const std::string_view words = NotDrawn(*figure->picture); !words.empty())
-      return std::string(words);
+    std::string words = NotShown(figure->blocks, note ? place : Place::kTextBox);
+    if (words.empty() && figure->picture) words = NotDrawn(*figure->picture);
+    if (!words.empty()) return words;
   }
   if (!(*verbatim)->figures.empty()) return {};
   if ((*verbatim)->shown_picture) return std::string(NotDrawn(*(*verbatim)->shown_picture));
   return std::string((*verbatim)->shown_text.empty() ? WordsFor((*verbatim)->source) : "");
+}
+
+// Of the first thing in the blocks.
+std::string PaperFinder::NotShown(const std::vector<richtext::Block>& blocks, Place place) {
+  std::string words;
+  richtext::ForEachParagraph(blocks, [&](const richtext::Paragraph& paragraph, auto) {
+    for (const richtext::Run& run : paragraph.runs) {
+      if (words.empty()) words = NotShown(run, place);
+    }
+  });
+  return words;
 }
 
 std::string_view PaperFinder::NotDrawn(const richtext::Picture& picture) {
@@ -66,23 +81,26 @@ std::vector<std::string> NotOnPaper(const richtext::Document& document) {
   PaperFinder finder;
   std::vector<std::string> found;
   std::vector<const richtext::HeadGroup*> heads;  // of the sections after the first
-  const auto look_through = [&](const std::vector<richtext::Block>& blocks) {
+  const auto look_through = [&](const std::vector<richtext::Block>& blocks,
+                                PaperFinder::Place place) {
     richtext::ForEachParagraph(blocks, [&](const richtext::Paragraph& paragraph, auto) {
       if (paragraph.next_section != nullptr) {
         for (const richtext::HeadGroup& group : paragraph.next_section->head_groups)
           heads.push_back(&group);
       }
       for (const richtext::Run& run : paragraph.runs) {
-        std::string words = finder.NotShown(run);
+        std::string words = finder.NotShown(run, place);
         if (words.empty() || std::ranges::find(found, words) != found.end()) continue;
         found.push_back(std::move(words));
       }
     });
   };
-  look_through(document.blocks);
-  for (const richtext::HeadGroup& group : document.head_groups) look_through(group.blocks);
+  look_through(document.blocks, PaperFinder::Place::kText);
+  for (const richtext::HeadGroup& group : document.head_groups)
+    look_through(group.blocks, PaperFinder::Place::kHead);
   const auto later = std::exchange(heads, {});
-  for (const richtext::HeadGroup* group : later) look_through(group->blocks);
+  for (const richtext::HeadGroup* group : later)
+    look_through(group->blocks, PaperFinder::Place::kHead);
   return found;
 }
 

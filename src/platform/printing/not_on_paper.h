@@ -17,11 +17,14 @@ std::vector<std::string> NotOnPaper(const richtext::Document& document);
 // The same of one run after the other.
 class PaperFinder {
  public:
+  enum class Place { kText, kHead, kTextBox };
+
   // What the run holds that is not shown; empty for nothing. A picture is decoded. Call on the main
   // thread.
-  std::string NotShown(const richtext::Run& run);
+  std::string NotShown(const richtext::Run& run, Place place);
 
  private:
+  std::string NotShown(const std::vector<richtext::Block>& blocks, Place place);
   std::string_view NotDrawn(const richtext::Picture& picture);
 
   std::shared_ptr<void> application_;

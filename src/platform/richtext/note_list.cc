@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/richtext/document_text.h"
 #include "platform/richtext/list_mark.h"
 #include "platform/richtext/notes.h"
 #include "platform/richtext/page_heads.h"
@@ -34,13 +35,11 @@ const Verbatim* ObjectOf(const Run& run) {
 // The automatic marks in a note's own text.
 std::vector<const Verbatim*> MarksIn(const std::vector<Block>& blocks) {
   std::vector<const Verbatim*> marks;
-  for (const Block& block : blocks) {
-    const auto* const paragraph = std::get_if<Paragraph>(&block);
-    if (paragraph == nullptr) continue;
-    for (const Run& run : paragraph->runs) {
+  ForEachParagraph(blocks, [&](const Paragraph& paragraph, auto) {
+    for (const Run& run : paragraph.runs) {
       if (IsNoteMark(run)) marks.push_back(ObjectOf(run));
     }
-  }
+  });
   return marks;
 }
 

@@ -63,7 +63,7 @@ class ItemCollector {
 
   std::vector<ParagraphItem> Collect() {
     CollectListMark();
-    if (const ShownMark* const mark = context_.notes->LeadAt(position_))
+    if (const auto* const mark = context_.notes->marks().AddedAhead(paragraph_))
       CollectText(mark->format, mark->text, true);
     for (const richtext::Run& run : paragraph_.runs) CollectRun(run);
     CloseText();
@@ -127,8 +127,8 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
       CloseText();
       items_.emplace_back(BreakItem{&run.format, position_, BreakItem::Kind::kColumn});
     } else if (richtext::IsNoteMark(run) && !run.format.hidden) {
-      CollectText(run.format, context_.notes->MarkAt(position_), true);
-    } else if (const ShownMark* const mark = context_.notes->AddedAt(position_)) {
+      CollectText(run.format, context_.notes->marks().MarkOf(run), true);
+    } else if (const auto* const mark = context_.notes->marks().AddedFor(run)) {
       CollectText(mark->format, mark->text, true);
     } else if (!picture && !run.format.hidden) {
       const bool field = verbatim->source.starts_with("{\\field");
