@@ -49,7 +49,7 @@ class Scratch {
 void PrintDocument(printing::Printer& printer, const richtext::Document& document,
                    const std::string& title = "Letter") {
   constexpr int kMargin = 1440;
-  printer.StartDocument(title, printing::Orientation::kAsPrinterIsSet);
+  printer.StartDocument(title, {});
   printing::FormatRange range;
   range.document = &document;
   range.print_rect = {kMargin, kMargin, printer.Width() - kMargin, printer.Height() - kMargin};

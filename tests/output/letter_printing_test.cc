@@ -136,18 +136,30 @@ TEST_F(PrinterModTest, RefusesMarginsThatLeaveNoRoom) {
 
 TEST_F(PrinterModTest, LaysTheSheetAsEachLetterOfAJobWantsIt) {
   SetMargins({"1000", "1000", "2000", "3000"});
-  for (const char* head : {"", "\\landscape\\paperw9999", "\\landscape0"}) {
+  // The PDF's pages are as large as the letter says, where it says both lengths.
+  for (const char* head :
+       {"", "\\landscape\\paperw9999", "\\landscape0", "\\paperw12240\\paperh7920",
+        "\\landscape\\paperw7920\\paperh12240", "\\paperw9000\\paperh50",
+        "\\paperw8391\\paperh11906 first\\sect\\sectd\\pgwsxn6000\\pghsxn8000 "}) {
     RichTextBox box;
     box.SetTextRTF(Rtf(std::string(head) + "\\qr Edge\\par"));
     printer_mod_.PrintRichText(box, "Letter");
   }
   const Paper paper{printer_mod_.EndJob(), {}};
   const std::vector<test::Word> words = paper.Words();
-  ASSERT_EQ(words.size(), 3U);
-  const int widths[] = {test::kPageWidth, test::kPageHeight, test::kPageWidth};
+  const int widths[] = {test::kPageWidth,
+                        test::kPageHeight,
+                        test::kPageWidth,
+                        12240,
+                        12240,
+                        test::kPageWidth,
+                        0,
+                        6000};
+  ASSERT_EQ(words.size(), std::size(widths));
   for (std::size_t i = 0; i < words.size(); ++i) {
     EXPECT_EQ(words[i].page, i + 1);
-    EXPECT_NEAR(words[i].right, widths[i] - 3000, kNear) << i;
+    const double edge = words[i].text == "Edge" ? widths[i] - 3000 : 2000;
+    EXPECT_NEAR(words[i].text == "Edge" ? words[i].right : words[i].left, edge, kNear) << i;
     EXPECT_NEAR(words[i].top, 1000, kNear) << i;
   }
 }

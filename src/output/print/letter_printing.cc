@@ -74,8 +74,7 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
                    const std::function<bool()>& stop_asked) {
   printing::FormatRange range;
   range.document = &document;
-  const printing::Orientation orientation = printing::OrientationOf(document);
-  const printing::Paper paper = printing::PaperOf(printer, orientation);
+  const printing::Paper paper = printing::PaperOf(printer, document.page);
   range.page_rect = {0, 0, paper.width, paper.height};
   range.print_rect = PrintRect(paper, MarginsOf(document.page, stored));
   range.own_margins = {.left = stored.left == 0,
@@ -87,7 +86,7 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
   RequireRoom(range.print_rect, stored);
 
   LetterPrint letter(printer);
-  printer.StartDocument(title, orientation);
+  printer.StartDocument(title, document.page);
   const int length = printing::DocumentLength(*range.document);
   for (;;) {
     const int next = printer.Format(range);

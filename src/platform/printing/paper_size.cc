@@ -11,6 +11,9 @@ namespace {
 
 constexpr Paper kA4{11906, 16838, 0, 0}, kLetter{12240, 15840, 0, 0};
 
+// Twips; less is no paper but a mistake.
+constexpr int kSmallestPaper = 1440;
+
 }  // namespace
 
 Paper Oriented(Paper paper, Orientation orientation) {
@@ -19,6 +22,13 @@ Paper Oriented(Paper paper, Orientation orientation) {
     std::swap(paper.offset_x, paper.offset_y);
   }
   return paper;
+}
+
+Paper PaperFor(const richtext::PageSetup& page, const Paper& printers, bool any_size) {
+  const bool across = page.landscape || printers.width > printers.height;
+  const bool own = any_size && page.width >= kSmallestPaper && page.height >= kSmallestPaper;
+  return Oriented(own ? Paper{page.width, page.height, 0, 0} : printers,
+                  across ? Orientation::kLandscape : Orientation::kAsPrinterIsSet);
 }
 
 Paper RegionalPaper() {

@@ -29,15 +29,17 @@ class NoPaper {
 class PreviewPages::Device : public DrawingPrinter {
  public:
   explicit Device(const Printer& like)
-      : DrawingPrinter(like.DeviceName(), PaperOf(like, Orientation::kAsPrinterIsSet)),
+      : DrawingPrinter(like.DeviceName(), PaperOf(like, {})),
+        takes_any_paper_(like.TakesAnyPaper()),
         qt_(HoldQtApplication()) {}
 
-  void StartDocument(const std::string&, Orientation) override { open_ = true; }
+  bool TakesAnyPaper() const override { return takes_any_paper_; }
+  void StartDocument(const std::string&, const richtext::PageSetup&) override { open_ = true; }
   void NewPage() override {}
   // Records where the page begins; Page renders it on request.
   int Format(const FormatRange& range) override {
     if (range.document == nullptr) return DrawingPrinter::Format(range);
-    const Paper paper = Oriented(this->paper(), NextOrientation(Orientation::kAsPrinterIsSet));
+    const Paper paper = NextPaper(this->paper());
     const bool first = range.range.from == 0;
     pages_.push_back({range, first ? QSize(range.page_rect.right, range.page_rect.bottom)
                                    : QSize(paper.width, paper.height)});
@@ -92,6 +94,7 @@ class PreviewPages::Device : public DrawingPrinter {
     QSize size;  // twips
   };
 
+  bool takes_any_paper_;
   bool open_ = false;
   std::vector<ShownPage> pages_;
   std::shared_ptr<void> qt_;

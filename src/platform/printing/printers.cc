@@ -24,6 +24,7 @@ class Destination {
   virtual std::filesystem::path SpoolFolder() const = 0;
   virtual std::filesystem::path Deliver(SpoolFile& spool, const std::string& title,
                                         const JobOptions& options) = 0;
+  virtual bool TakesAnyPaper() const { return false; }
 };
 
 class PdfFolder : public Destination {
@@ -49,6 +50,8 @@ class PdfFolder : public Destination {
     spool.Replace(target_);
     return target_;
   }
+
+  bool TakesAnyPaper() const override { return true; }
 
  private:
   bool IsFile() const { return EqualsNoCase(target_.extension().string(), ".pdf"); }
@@ -87,22 +90,24 @@ class Device : public DrawingPrinter {
   }
   PrintChoice SetUpNow() const { return {0, 1, landscape_, options_.sides}; }
 
-  void StartDocument(const std::string& title, Orientation orientation) override {
+  bool TakesAnyPaper() const override { return destination_->TakesAnyPaper(); }
+
+  void StartDocument(const std::string& title, const richtext::PageSetup& page) override {
     ResetLayout();
-    orientation_ = orientation;
+    first_ = PaperFor(page, paper(), TakesAnyPaper());
     if (job_) {
-      job_->NewPage(orientation_);
+      job_->NewPage(first_);
       return;
     }
     if (!qt_) qt_ = HoldQtApplication();
     AsPrinterError(title, [&] {
-      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, paper(), orientation_);
+      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, first_);
     });
   }
 
   void NewPage() override {
     Page();
-    job_->NewPage(NextOrientation(orientation_));
+    job_->NewPage(NextPaper(first_));
   }
 
   std::filesystem::path EndJob() override {
@@ -144,8 +149,8 @@ class Device : public DrawingPrinter {
 
   std::unique_ptr<Destination> destination_;
   JobOptions options_;
-  bool landscape_ = false;                                  // how the printer is set
-  Orientation orientation_ = Orientation::kAsPrinterIsSet;  // of the current document
+  bool landscape_ = false;  // how the printer is set
+  Paper first_;             // of the current document's first page
   // Outlives the job, which draws with its fonts.
   std::shared_ptr<void> qt_;
   std::unique_ptr<PdfJob> job_;
@@ -242,18 +247,14 @@ class InstalledPrinters : public Printers {
 
 }  // namespace
 
-Orientation OrientationOf(const richtext::Document& document) {
-  return document.page.landscape ? Orientation::kLandscape : Orientation::kAsPrinterIsSet;
-}
-
-Paper PaperOf(const Printer& printer, Orientation orientation) {
+Paper PaperOf(const Printer& printer, const richtext::PageSetup& page) {
   const auto twips = [](int pixels, double twips_per_pixel) {
     return static_cast<int>(std::lround(pixels * twips_per_pixel));
   };
-  return Oriented({printer.Width(), printer.Height(),
-                   twips(printer.PhysicalOffsetX(), printer.TwipsPerPixelX()),
-                   twips(printer.PhysicalOffsetY(), printer.TwipsPerPixelY())},
-                  orientation);
+  const Paper paper{printer.Width(), printer.Height(),
+                    twips(printer.PhysicalOffsetX(), printer.TwipsPerPixelX()),
+                    twips(printer.PhysicalOffsetY(), printer.TwipsPerPixelY())};
+  return PaperFor(page, paper, printer.TakesAnyPaper());
 }
 
 std::unique_ptr<Printers> Printers::Create(PrinterOptions options) {

@@ -54,9 +54,12 @@ class Printer {
   virtual double TwipsPerPixelX() const = 0;
   virtual double TwipsPerPixelY() const = 0;
 
+  // Whether each page may have the size that the letter names for it, as in a PDF.
+  virtual bool TakesAnyPaper() const = 0;
+
   // Opens a job (or, in an open job, starts another document on a new page) under a title, on
-  // paper of this orientation. Raises 482 (Printer error) naming printer and title.
-  virtual void StartDocument(const std::string& title, Orientation orientation) = 0;
+  // paper for this page. Raises 482 (Printer error) naming printer and title.
+  virtual void StartDocument(const std::string& title, const richtext::PageSetup& page) = 0;
   virtual void NewPage() = 0;
   // Draws as much of the range as fits on the current page; the result is the position of the
   // first character that did not fit. With `document` null, frees the layout kept from the last
@@ -70,9 +73,8 @@ class Printer {
   virtual bool JobOpen() const = 0;
 };
 
-// The document determines the paper's orientation, the printer its size.
-Orientation OrientationOf(const richtext::Document& document);
-Paper PaperOf(const Printer& printer, Orientation orientation);
+// What the printer prints the page on.
+Paper PaperOf(const Printer& printer, const richtext::PageSetup& page);
 
 // Prints many documents together, so that fonts are embedded once, and returns a PDF of each.
 // Threads other than the main one may have their own while HoldQtApplication's result is held.

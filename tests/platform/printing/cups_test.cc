@@ -55,11 +55,13 @@ TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitleAsSetInTheChooser) {
   Chooses dialogs;
   ASSERT_TRUE(printers->Choose(dialogs));
   printing::Printer& printer = printers->Current();
-  const richtext::Document letters[] = {DocumentOf({Line("Dear Mr Māhuta,")}),
-                                        DocumentOf({Line("Dear Mrs Smith,")})};
+  richtext::Document letters[] = {DocumentOf({Line("Dear Mr Māhuta,")}),
+                                  DocumentOf({Line("Dear Mrs Smith,")})};
+  // What is in the tray counts, not what the letter was written for.
+  letters[0].page.width = letters[0].page.height = 9000;
   const printing::Rect area{kInch, kInch, kInch + kTextWidth, kInch + kTextHeight};
   for (const richtext::Document& letter : letters) {
-    printer.StartDocument("Rent rise \"2026\"; $HOME", printing::Orientation::kAsPrinterIsSet);
+    printer.StartDocument("Rent rise \"2026\"; $HOME", letter.page);
     DrawPages(printer, letter, area);
   }
   EXPECT_EQ(printer.EndJob(), "");
@@ -71,12 +73,13 @@ TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitleAsSetInTheChooser) {
   const Paper paper{jobs[0].file, {}};
   EXPECT_THAT(paper.PageText(1), HasSubstr("Dear Mr Māhuta,"));
   EXPECT_THAT(paper.PageText(2), HasSubstr("Dear Mrs Smith,"));
+  EXPECT_THAT(Poppler({"pdfinfo", paper.file.string()}), HasSubstr("595 x 842"));
 }
 
 TEST_F(Cups, NamesPrinterAndTitleWhenAQueueRefuses) {
   const auto printers = Printers::Create({"Closed", {}});
   printing::Printer& printer = printers->Current();
-  printer.StartDocument("Notice", printing::Orientation::kAsPrinterIsSet);
+  printer.StartDocument("Notice", {});
   EXPECT_THAT(ErrorOf([&] { printer.EndJob(); }),
               AllOf(HasSubstr("482 - Printer error"), HasSubstr("Closed"), HasSubstr("Notice")));
   EXPECT_FALSE(printer.JobOpen());

@@ -75,7 +75,7 @@ TEST_F(Pages, GiveTheSamePagesWhenStartedInTheMiddle) {
   const auto printers =
       printing::Printers::Create({printing::kPdfPrinterName, folder_ / "middle.pdf"});
   printing::Printer& printer = printers->Current();
-  printer.StartDocument("Middle", printing::Orientation::kAsPrinterIsSet);
+  printer.StartDocument("Middle", {});
   printing::FormatRange range;
   range.document = &document;
   range.print_rect = {0, 0, kTextWidth, 5000};

@@ -118,7 +118,7 @@ Paper Print(const richtext::Document& document, const ScratchFolder& folder, int
   const auto printers =
       printing::Printers::Create({printing::kPdfPrinterName, folder / "paper.pdf"});
   printing::Printer& printer = printers->Current();
-  printer.StartDocument("Paper", printing::Orientation::kAsPrinterIsSet);
+  printer.StartDocument("Paper", {});
   Paper paper;
   paper.ends = DrawPages(printer, document, {kInch, kInch, kInch + width, kInch + height});
   paper.file = printer.EndJob();

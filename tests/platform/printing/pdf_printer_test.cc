@@ -25,7 +25,7 @@ using testing::HasSubstr;
 std::filesystem::path PrintLetter(Printers& printers, const std::string& title,
                                   const std::string& text = "letter") {
   Printer& printer = printers.Current();
-  printer.StartDocument(title, printing::Orientation::kAsPrinterIsSet);
+  printer.StartDocument(title, {});
   const richtext::Document document = DocumentOf({Line(text)});
   DrawPages(printer, document, {kInch, kInch, kInch + kTextWidth, kInch + kTextHeight});
   return printer.EndJob();
@@ -108,7 +108,7 @@ TEST(PdfPrinter, CollectsTheLettersOfOneJob) {
   const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
   Printer& printer = printers->Current();
   for (const char* text : {"first", "second", "third"}) {
-    printer.StartDocument(text, printing::Orientation::kAsPrinterIsSet);
+    printer.StartDocument(text, {});
     const richtext::Document document = DocumentOf({Line(text)});
     DrawPages(printer, document, {0, 0, kTextWidth, kTextHeight});
     EXPECT_TRUE(printer.JobOpen());
@@ -125,10 +125,10 @@ TEST(PdfPrinter, LeavesNothingOfADroppedJob) {
   const ScratchFolder folder;
   {
     const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
-    printers->Current().StartDocument("Dropped", printing::Orientation::kAsPrinterIsSet);
+    printers->Current().StartDocument("Dropped", {});
     printers->Current().CancelJob();
     EXPECT_THAT(FilesIn(folder.path()), ElementsAre());
-    printers->Current().StartDocument("Left open", printing::Orientation::kAsPrinterIsSet);
+    printers->Current().StartDocument("Left open", {});
   }
   EXPECT_THAT(FilesIn(folder.path()), ElementsAre());
 }
@@ -158,7 +158,7 @@ TEST(PdfPrinter, ReportsADiskThatFillsUp) {
   const ScratchFolder folder;
   const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
   Printer& printer = printers->Current();
-  printer.StartDocument("Large", printing::Orientation::kAsPrinterIsSet);
+  printer.StartDocument("Large", {});
   // The job's own file is made unable to grow.
   rlimit old_limit{}, tight{};
   ::getrlimit(RLIMIT_FSIZE, &old_limit);
@@ -188,7 +188,7 @@ TEST(PdfPrinter, NamesFilesAfterTitlesAsEverySystemAllows) {
   for (const auto& expected : cases) {
     const ScratchFolder folder;
     const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
-    printers->Current().StartDocument(expected.title, printing::Orientation::kAsPrinterIsSet);
+    printers->Current().StartDocument(expected.title, {});
     EXPECT_THAT(printers->Current().EndJob().filename().string(),
                 testing::StartsWith(expected.stem));
   }

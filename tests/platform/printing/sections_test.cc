@@ -159,7 +159,7 @@ TEST(Sections, HaveMarginsOfTheirOwnAndLieAcross) {
     const auto printers =
         printing::Printers::Create({printing::kPdfPrinterName, folder / "sections.pdf"});
     printing::Printer& printer = printers->Current();
-    printer.StartDocument("Sections", printing::Orientation::kAsPrinterIsSet);
+    printer.StartDocument("Sections", {});
     printing::FormatRange range;
     range.document = &document;
     range.print_rect = {kInch, kInch, kInch + kTextWidth, kInch + kTextHeight};

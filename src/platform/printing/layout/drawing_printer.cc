@@ -15,20 +15,18 @@ int DrawingPrinter::Format(const FormatRange& range) {
     throw StandardError(error_number::kPrinterError, "the margins leave no space on the page");
   }
   const bool landscape = range.page_rect.right > range.page_rect.bottom;
-  const Paper paper =
-      Oriented(paper_, landscape ? Orientation::kLandscape : Orientation::kAsPrinterIsSet);
+  richtext::PageSetup page = range.document->page;
+  page.landscape = landscape;
+  const Paper paper = PaperFor(page, paper_, TakesAnyPaper());
   const PageArea on_paper{double(paper.width),
                           double(paper.height),
                           double(area.left + paper.offset_x),
                           double(area.top + paper.offset_y),
                           double(area.right + paper.offset_x),
                           double(area.bottom + paper.offset_y)};
-  const Paper across = Oriented(paper_, Orientation::kLandscape);
   const PageFrame frame{on_paper,
-                        double(paper_.width),
-                        double(paper_.height),
-                        double(across.width),
-                        double(across.height),
+                        paper_,
+                        TakesAnyPaper(),
                         !range.own_margins.left,
                         !range.own_margins.top,
                         !range.own_margins.right,

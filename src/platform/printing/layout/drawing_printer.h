@@ -31,9 +31,9 @@ class DrawingPrinter : public virtual Printer {
   const Paper& paper() const { return paper_; }
   void SetPaper(const Paper& paper) { paper_ = paper; }
   void ResetLayout() { layout_.reset(); }
-  // Of the page that follows the one drawn last; of the document's first page before that.
-  Orientation NextOrientation(Orientation first) const {
-    return layout_ ? layout_->NextOrientation() : first;
+  // For the page that follows the one drawn last; before that `first`, the document's first.
+  Paper NextPaper(const Paper& first) const {
+    return layout_ ? PaperFor(layout_->NextPageSetup(), paper_, TakesAnyPaper()) : first;
   }
 
  private:

@@ -5,6 +5,7 @@
 
 #include "platform/printing/fonts.h"
 #include "platform/printing/layout/note_marks.h"
+#include "platform/printing/paper_size.h"
 #include "platform/printing/pictures.h"
 #include "platform/richtext/document.h"
 
@@ -21,12 +22,12 @@ struct PageArea {
   bool operator==(const PageArea&) const = default;
 };
 
-// Where a document is printed: the paper lying either way, the area of its first section, and the
-// sides on which all sections keep that area's margin. On the others each has its own.
+// Where a document is printed: the area of its first section, the printer's paper, and the sides on
+// which all sections keep that area's margin. On the others each has its own.
 struct PageFrame {
   PageArea first;
-  double upright_width = 0, upright_height = 0;
-  double across_width = 0, across_height = 0;
+  Paper printers;
+  bool any_size = false;  // a section may have another than the printer's
   bool left_kept = true, top_kept = true, right_kept = true, bottom_kept = true;
 
   bool operator==(const PageFrame&) const = default;

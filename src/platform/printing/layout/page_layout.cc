@@ -50,10 +50,9 @@ int PageLayout::DrawPage(QPainter& painter, int from, int to) {
   return next_;
 }
 
-Orientation PageLayout::NextOrientation() const {
+const richtext::PageSetup& PageLayout::NextPageSetup() const {
   const std::size_t section = pending_.empty() ? section_ : pending_.front().section;
-  return sections_[section].page->landscape ? Orientation::kLandscape
-                                            : Orientation::kAsPrinterIsSet;
+  return *sections_[section].page;
 }
 
 // Margins that leave no room do not count.
@@ -62,8 +61,9 @@ PageArea PageLayout::AreaOf(const richtext::DocumentSection& section) const {
   const richtext::PageSetup& page = *section.page;
   if (&page == sections_.front().page) return first;
   PageArea area;
-  area.paper_width = page.landscape ? frame_.across_width : frame_.upright_width;
-  area.paper_height = page.landscape ? frame_.across_height : frame_.upright_height;
+  const Paper paper = PaperFor(page, frame_.printers, frame_.any_size);
+  area.paper_width = paper.width;
+  area.paper_height = paper.height;
   area.left = frame_.left_kept ? first.left : page.left;
   area.top = frame_.top_kept ? first.top : page.top;
   area.right =
@@ -165,7 +165,9 @@ bool PageLayout::NextSection() {
   const std::size_t next = pending_.front().section;
   const richtext::DocumentSection& section = sections_[next];
   const PageArea area = AreaOf(section);
-  const bool same_paper = area.paper_width == AreaOf(sections_[section_]).paper_width;
+  const PageArea before = AreaOf(sections_[section_]);
+  const bool same_paper =
+      area.paper_width == before.paper_width && area.paper_height == before.paper_height;
   if (section.begin == Begin::kColumn && same_paper && columns_->NextColumn()) {
     section_ = next;
     return true;

@@ -32,7 +32,7 @@ class PageLayout {
     return &document == &context_.document && frame == frame_;
   }
   // Of the page that follows.
-  Orientation NextOrientation() const;
+  const richtext::PageSetup& NextPageSetup() const;
 
  private:
   struct Pending {

@@ -16,18 +16,20 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
  public:
   BatchPrinter() : DrawingPrinter(kPdfPrinterName, RegionalPaper()) {}
 
-  void StartDocument(const std::string& title, Orientation orientation) override {
+  bool TakesAnyPaper() const override { return true; }
+
+  void StartDocument(const std::string& title, const richtext::PageSetup& page) override {
     ResetLayout();
-    orientation_ = orientation;
+    first_ = PaperFor(page, paper(), TakesAnyPaper());
     if (open_) {
       NewPage();
       return;
     }
     if (pages_) {
-      pages_->NewPage(orientation_);
+      pages_->NewPage(first_);
     } else {
       target_.open(QIODevice::WriteOnly);
-      pages_.emplace(target_, "", paper(), orientation_);
+      pages_.emplace(target_, "", first_);
     }
     open_ = Part{title, page_count_, 1};
     ++page_count_;
@@ -35,7 +37,7 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
 
   void NewPage() override {
     Page();
-    pages_->NewPage(NextOrientation(orientation_));
+    pages_->NewPage(NextPaper(first_));
     ++open_->pages;
     ++page_count_;
   }
@@ -85,7 +87,7 @@ class BatchPrinter : public PdfBatch, public DrawingPrinter {
   QBuffer target_{&bytes_};
   std::optional<PdfPages> pages_;
   std::size_t page_count_ = 0;
-  Orientation orientation_ = Orientation::kAsPrinterIsSet;  // of the current document
+  Paper first_;  // of the current document's first page
   std::optional<Part> open_;
   std::vector<Part> parts_;
 };

@@ -16,28 +16,25 @@ constexpr double kTwipsPerPoint = 20;
 
 }  // namespace
 
-PdfPages::PdfPages(QIODevice& device, const std::string& title, const Paper& paper,
-                   Orientation orientation)
-    : paper_(paper) {
+PdfPages::PdfPages(QIODevice& device, const std::string& title, const Paper& paper) {
   writer_.emplace(&device);
   writer_->setResolution(kUnitsPerInch);
   writer_->setTitle(QString::fromStdString(title));
   writer_->setCreator(QStringLiteral("Tenora Mail Merge Facility"));
-  SetOrientation(orientation);
+  SetPaper(paper);
   painter_.begin(&*writer_);
 }
 
 // Takes effect with the next page.
-void PdfPages::SetOrientation(Orientation orientation) {
-  const Paper oriented = Oriented(paper_, orientation);
-  const QSizeF size(oriented.width / kTwipsPerPoint, oriented.height / kTwipsPerPoint);
+void PdfPages::SetPaper(const Paper& paper) {
+  const QSizeF size(paper.width / kTwipsPerPoint, paper.height / kTwipsPerPoint);
   const QPageSize page_size(size, QPageSize::Point, {}, QPageSize::ExactMatch);
-  orientation_ = orientation;
+  paper_ = paper;
   writer_->setPageLayout(QPageLayout(page_size, QPageLayout::Portrait, QMarginsF()));
 }
 
-void PdfPages::NewPage(Orientation orientation) {
-  if (orientation != orientation_) SetOrientation(orientation);
+void PdfPages::NewPage(const Paper& paper) {
+  if (paper != paper_) SetPaper(paper);
   writer_->newPage();
 }
 
@@ -51,13 +48,12 @@ bool PdfPages::End() {
   return ended;
 }
 
-PdfJob::PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper,
-               Orientation orientation)
+PdfJob::PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper)
     : title_(title), spool_(folder) {
   if (!file_.open(spool_.descriptor(), QIODevice::WriteOnly, QFileDevice::DontCloseHandle)) {
     throw FileError(EIO, folder);
   }
-  pages_.emplace(file_, title, paper, orientation);
+  pages_.emplace(file_, title, paper);
   if (!pages_->ok()) throw FileError(EIO, folder);
 }
 

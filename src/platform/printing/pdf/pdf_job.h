@@ -18,23 +18,21 @@ namespace tenora::printing {
 class PdfPages {
  public:
   // Starts the first page; ok() is false when the device cannot be written. It must outlive this.
-  PdfPages(QIODevice& device, const std::string& title, const Paper& paper,
-           Orientation orientation);
+  PdfPages(QIODevice& device, const std::string& title, const Paper& paper);
   PdfPages(const PdfPages&) = delete;
   PdfPages& operator=(const PdfPages&) = delete;
   ~PdfPages();
 
   bool ok() const { return painter_.isActive(); }
   QPainter& painter() { return painter_; }
-  void NewPage(Orientation orientation);
+  void NewPage(const Paper& paper);
   // Writes what is left; false when it could not.
   bool End();
 
  private:
-  void SetOrientation(Orientation orientation);
+  void SetPaper(const Paper& paper);
 
-  Paper paper_;
-  Orientation orientation_ = Orientation::kAsPrinterIsSet;
+  Paper paper_;  // of the current page
   std::optional<QPdfWriter> writer_;
   QPainter painter_;
 };
@@ -43,12 +41,11 @@ class PdfPages {
 class PdfJob {
  public:
   // Starts the first page. Raises the errors of FileError when the folder cannot be written.
-  PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper,
-         Orientation orientation);
+  PdfJob(const std::filesystem::path& folder, const std::string& title, const Paper& paper);
 
   const std::string& title() const { return title_; }
   QPainter& painter() { return pages_->painter(); }
-  void NewPage(Orientation orientation) { pages_->NewPage(orientation); }
+  void NewPage(const Paper& paper) { pages_->NewPage(paper); }
   // Completes the file, which the caller then names or sends. Raises 61 (Disk full) or 57 (Device
   // I/O error) when not all of it could be written.
   SpoolFile& Finish();

@@ -20,8 +20,7 @@ printing::Printers& WindowPrinters::Get() {
 int WindowPrinters::PaperWidth(const RichTextBox& letter) const {
   if (printers_ == nullptr) return 0;
   try {
-    const printing::Orientation orientation = printing::OrientationOf(letter.Document());
-    return printing::PaperOf(printers_->Current(), orientation).width;
+    return printing::PaperOf(printers_->Current(), letter.Document().page).width;
   } catch (const RuntimeError&) {
     return 0;
   }
