@@ -22,4 +22,7 @@ std::string EarlierRecipientFolderName(std::string_view recipient_name);
 std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
                                           std::string_view recipient_name);
 
+// What to ask before a file is called `used` where somebody typed `typed`.
+std::string FileNameQuestion(std::string_view typed, std::string_view used);
+
 }  // namespace tenora

@@ -108,7 +108,8 @@ class frmLetter {
   // as it was and the letter marked as changed; the host is told, and the result is false.
   bool Save();
   // Asks for the title and writes to that file in the letter's folder, which is made where missing;
-  // asks again, with the title shown, where the file is there and must not be replaced. Cancelling
+  // asks again, with the title shown, where the file is there and must not be replaced, and where
+  // it would have another name since not every system can open one of the title's. Cancelling
   // leaves the title empty, deliberately. False also when cancelled.
   bool SaveAs();
   // Asks whether to save what was changed. True when the letter may be closed: unchanged, not to be

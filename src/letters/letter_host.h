@@ -30,6 +30,8 @@ class LetterHost {
   // same name. Empty where there is none.
   virtual std::string InsertListName() = 0;
   virtual void ShowSaveError(const RuntimeError& error) = 0;
+  // Whether SaveAs may call the file `used`, since not every system could open one called `typed`.
+  virtual bool ConfirmFileName(const std::string& typed, const std::string& used) = 0;
   // Whether SaveAs may replace this file.
   virtual bool ConfirmReplace(const std::filesystem::path& path) = 0;
   // Whether Save may write over what another program has put into the letter's file since it was
@@ -52,6 +54,7 @@ class WindowlessHost : public LetterHost {
   void RefreshTree() override {}
   std::string InsertListName() override { return {}; }
   void ShowSaveError(const RuntimeError&) override {}
+  bool ConfirmFileName(const std::string&, const std::string&) override { return true; }
   bool ConfirmReplace(const std::filesystem::path&) override { return true; }
   bool ConfirmOverwrite(const std::filesystem::path&) override { return true; }
   int PaperWidth() override { return 11906; }

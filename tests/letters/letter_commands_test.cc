@@ -84,6 +84,9 @@ TEST_F(LetterCommandsTest, SavesUnderTheTitleInTheLettersOwnFolder) {
                                   std::string(c.recipient == "Templates" ? "Templates" : "Letter"));
   }
   EXPECT_EQ(host_.refreshed, 8);
+  EXPECT_THAT(host_.names_asked,
+              testing::ElementsAre(testing::StartsWith("../../out -> __-..-out~"), "a/b -> a-b",
+                                   long_title + " -> " + std::string(120, 'x')));
   Dialogs().WillCancel();
   EXPECT_FALSE(letter_.SaveAs());
   EXPECT_EQ(letter_.members().LetterTitle, "");

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "letters/letter_host.h"
 
@@ -23,6 +24,10 @@ class CountingHost : public LetterHost {
   void RefreshTree() override { ++refreshed; }
   std::string InsertListName() override { return insert_list_; }
   void ShowSaveError(const RuntimeError&) override { ++failed; }
+  bool ConfirmFileName(const std::string& typed, const std::string& used) override {
+    names_asked.push_back(typed + " -> " + used);
+    return may_rename;
+  }
   bool ConfirmReplace(const std::filesystem::path&) override { return may_replace; }
   bool ConfirmOverwrite(const std::filesystem::path&) override {
     ++overwrites_asked;
@@ -32,7 +37,8 @@ class CountingHost : public LetterHost {
 
   int focused = 0, saves = 0, closed = 0, refreshed = 0, failed = 0, overwrites_asked = 0;
   int width = -1;  // twips, of the last SetWidth
-  bool may_replace = true, may_overwrite = true;
+  std::vector<std::string> names_asked;
+  bool may_rename = true, may_replace = true, may_overwrite = true;
   int paper_width = 0;
   std::function<void(RichTextBox& editor)> choose_future_date;
 

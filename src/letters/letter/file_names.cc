@@ -42,4 +42,11 @@ std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_fold
   return folder;
 }
 
+std::string FileNameQuestion(std::string_view typed, std::string_view used) {
+  const std::string fault = FileNameFault(typed);
+  return "\"" + std::string(typed) + "\" cannot be the name of a file on every system: " +
+         (fault.empty() ? "it is too long" : fault) + ".\r\nIt will be called \"" +
+         std::string(used) + "\". Use this name?";
+}
+
 }  // namespace tenora

@@ -350,12 +350,16 @@ bool frmLetter::Save() {
 
 bool frmLetter::SaveAs() {
   fs::path path;
+  std::string answer;
   const auto refused = [&] {
+    std::string_view typed = answer;
+    if (typed.ends_with(kExtension)) typed.remove_suffix(kExtension.size());
+    const std::string used = path.stem().string();
+    if (used != TrimBlanks(typed) && !host_.ConfirmFileName(answer, used)) return true;
     std::error_code error;
     const bool replaces = path != fs::path(members_.FilePath) && fs::exists(path, error);
     return replaces && !host_.ConfirmReplace(path);
   };
-  std::string answer;
   do {
     answer = session_.platform.dialogs
                  .AskText("Enter the name for this " + KindWord(), kApplicationTitle, answer)

@@ -94,6 +94,26 @@ std::string SafeFileName(std::string_view name, std::size_t longest) {
   return FileName(name, longest, Rules::kWindows);
 }
 
+std::string FileNameFault(std::string_view given, std::size_t longest) {
+  const std::string_view name = TrimBlanks(given);
+  std::string forbidden;
+  bool control = false;
+  for (std::string_view rest = name; !rest.empty();) {
+    const char32_t c = TakeCodePoint(rest);
+    control = control || IsControl(c);
+    if (c != U'/' && c != U'\\' && c != U':' && c != U'"' && !IsForbidden(c)) continue;
+    if (forbidden.find(static_cast<char>(c)) != std::string::npos) continue;
+    forbidden.append(" ").append(1, static_cast<char>(c));
+  }
+  if (!forbidden.empty()) return "it contains" + forbidden;
+  if (control) return "it contains characters that cannot be seen";
+  if (name.starts_with('.')) return "it begins with a dot";
+  if (name.ends_with('.')) return "it ends in a dot";
+  if (NamesDevice(name)) return "Windows keeps this name for a device";
+  if (name.size() > longest) return "it is too long";
+  return {};
+}
+
 std::string FileNameWithHash(std::string_view name, std::size_t longest) {
   return WithHash(Sanitized(name, Rules::kWindows).text, name, longest);
 }

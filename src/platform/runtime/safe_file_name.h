@@ -20,6 +20,10 @@ inline constexpr std::size_t kLongestFileName = 255;
 // of the whole name's hash, so that two names do not become one.
 std::string SafeFileName(std::string_view name, std::size_t longest = kLongestFileName);
 
+// Why SafeFileName would change a name, as a clause about it: "it contains : ?". Empty for a name
+// that every system can open; blanks around it do not count.
+std::string FileNameFault(std::string_view name, std::size_t longest = kLongestFileName);
+
 // The safe form of a name, always followed by the hash of the name.
 std::string FileNameWithHash(std::string_view name, std::size_t longest = kLongestFileName);
 

@@ -77,6 +77,28 @@ TEST(SafeFileName, GivesANameThatEverySystemCanOpen) {
   }
 }
 
+TEST(FileNameFault, SaysWhatNotEverySystemCanOpen) {
+  const struct {
+    std::string name;
+    const char* fault;
+  } cases[] = {
+      {"Rent review 3.4 (2nd)", ""},
+      {" Māhuta, Ngā ", ""},
+      {Repeat("x", 255), ""},
+      {"Rent: 3/4? Why?", "it contains : / ?"},
+      {"a\nb", "it contains characters that cannot be seen"},
+      {".hidden", "it begins with a dot"},
+      {"Notice.", "it ends in a dot"},
+      {"Notice. ", "it ends in a dot"},
+      {"nul.old", "Windows keeps this name for a device"},
+      {Repeat("x", 256), "it is too long"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(FileNameFault(c.name), c.fault) << c.name;
+    EXPECT_EQ(SafeFileName(c.name) == TrimBlanks(c.name), *c.fault == '\0') << c.name;
+  }
+}
+
 TEST(SafeFileName, KeepsNamesApartThatOneSubstituteWouldJoin) {
   const char* const pairs[][2] = {
       {"what?", "what*"}, {"CON", "_CON"}, {".a", "_a"}, {"a\n", "a_"}, {"?", "*"}};

@@ -108,6 +108,22 @@ TEST_F(OpenLettersTest, AsksBeforeASaveReplacesAFileAndShowsTheNewLetterInTheTre
   letters_.Active()->letter().members().Changed = false;
 }
 
+// The tab then says what the tree does.
+TEST_F(OpenLettersTest, TellsWhichNameALetterReallyGetsAndAsksAgainWhereThatIsRefused) {
+  letters_.StartNew("Templates");
+  platform_.dialogs.WillType("Rent: why?").WillPress(Answer::kNo);
+  platform_.dialogs.WillType("Rent: 3/4").WillPress(Answer::kYes);
+  letters_.WithActive([](frmLetter& letter) { letter.SaveAs(); });
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre("Enter the name for this Letter", HasSubstr("it contains : ?."),
+                          "Enter the name for this Letter",
+                          "\"Rent: 3/4\" cannot be the name of a file on every system: it contains "
+                          ": /.\r\nIt will be called \"Rent- 3-4\". Use this name?"));
+  EXPECT_EQ(platform_.dialogs.shown()[2].default_answer, "Rent: why?");
+  EXPECT_EQ(Entry("Templates/Rent- 3-4").name, "Rent- 3-4");
+  EXPECT_EQ(letters_.Active()->ShownName(), "Rent- 3-4 : Templates");
+}
+
 TEST_F(OpenLettersTest, ADraggedMarginIsTheLettersOwnUnlessThePrinterSetUpHasIt) {
   const auto own_margins = [&] {
     const richtext::PageSetup& page = letters_.Active()->letter().rtfLetter.Document().page;

@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QVBoxLayout>
 
+#include "letters/file_names.h"
 #include "letters/template_library.h"
 #include "platform/dialogs/guard.h"
 #include "ui/dialogs/frm_future_date.h"
@@ -95,6 +96,10 @@ void LetterWindow::ShowSaveError(const RuntimeError& error) {
   ShowError(session_.platform.dialogs, "frmMain - mnuSave_Click", error);
 }
 
+bool LetterWindow::ConfirmFileName(const std::string& typed, const std::string& used) {
+  return Confirm(FileNameQuestion(typed, used), Answer::kYes);
+}
+
 bool LetterWindow::ConfirmReplace(const std::filesystem::path& path) {
   return Confirm("A file of this name is there already:\r\n" + path.string() + "\r\nReplace it?");
 }
@@ -104,11 +109,11 @@ bool LetterWindow::ConfirmOverwrite(const std::filesystem::path& path) {
                  path.string() + "\r\nWrite over it?");
 }
 
-bool LetterWindow::Confirm(const std::string& question) {
+bool LetterWindow::Confirm(const std::string& question, Answer default_answer) {
   return session_.platform.dialogs.Show({.text = question,
                                          .buttons = Buttons::kYesNo,
                                          .icon = Icon::kQuestion,
-                                         .default_answer = Answer::kNo}) == Answer::kYes;
+                                         .default_answer = default_answer}) == Answer::kYes;
 }
 
 }  // namespace tenora

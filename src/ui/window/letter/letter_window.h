@@ -63,11 +63,12 @@ class LetterWindow : public QWidget, private LetterHost {
   void RefreshTree() override { surroundings_.RefreshTree(); }
   std::string InsertListName() override { return surroundings_.InsertListName(); }
   void ShowSaveError(const RuntimeError& error) override;
+  bool ConfirmFileName(const std::string& typed, const std::string& used) override;
   bool ConfirmReplace(const std::filesystem::path& path) override;
   bool ConfirmOverwrite(const std::filesystem::path& path) override;
   int PaperWidth() override { return surroundings_.PaperWidth(letter_.rtfLetter); }
   // False unless the user answers Yes.
-  bool Confirm(const std::string& question);
+  bool Confirm(const std::string& question, Answer default_answer = Answer::kNo);
 
   Session& session_;
   Surroundings& surroundings_;
