@@ -435,6 +435,7 @@ void EditorActions::SetEditor(LetterEditor* editor) {
 
 void EditorActions::ShowMenu(const QPoint& on_screen) {
   QMenu menu(editor_);
+  editor_->AddSpellingTo(menu);
   menu.addActions(edit_);
   if (editor_->tables().CaretInTable()) {
     menu.addSeparator();

@@ -22,6 +22,11 @@
 #include "ui/editor/text/typing_format.h"
 
 namespace tenora {
+namespace {
+
+constexpr int kMostSuggestions = 7;  // in a menu
+
+}  // namespace
 
 LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent)
     : QTextEdit(parent),
@@ -72,8 +77,33 @@ void LetterEditor::SetCodes(const QStringList& names) {
   marker_->SetCodes(QSet<QString>(names.begin(), names.end()));
 }
 
-void LetterEditor::SetMisspelt(std::function<bool(const QString&)> misspelt) {
-  marker_->SetMisspelt(std::move(misspelt));
+void LetterEditor::SetSpelling(Spelling spelling) {
+  spelling_ = std::move(spelling);
+  marker_->SetMisspelt(spelling_.misspelt);
+}
+
+void LetterEditor::AddSpellingTo(QMenu& menu) {
+  const QTextCursor word = marker_->MisspeltAt(textCursor().position());
+  if (word.isNull() || !spelling_.suggestions) return;
+  const QString text = word.selectedText();
+  const QStringList suggestions = spelling_.suggestions(text).mid(0, kMostSuggestions);
+  QFont bold = menu.font();
+  bold.setBold(true);
+  for (const QString& suggestion : suggestions) {
+    QAction* change = menu.addAction(QString(suggestion).replace('&', QLatin1String("&&")));
+    change->setFont(bold);
+    connect(change, &QAction::triggered, this, [this, word, suggestion] {
+      search_.ReplaceText(word.selectionStart(), word.selectionEnd(), suggestion);
+    });
+  }
+  if (suggestions.isEmpty()) menu.addAction(tr("No suggestions"))->setEnabled(false);
+  menu.addSeparator();
+  // Copies: both set the spelling anew.
+  connect(menu.addAction(tr("&Add to Dictionary")), &QAction::triggered, this,
+          [add = spelling_.add, text] { add(text); });
+  connect(menu.addAction(tr("I&gnore All")), &QAction::triggered, this,
+          [ignore = spelling_.ignore, text] { ignore(text); });
+  menu.addSeparator();
 }
 
 bool LetterEditor::event(QEvent* event) {

@@ -2,6 +2,7 @@
 // paper and the merge codes around it.
 #pragma once
 
+#include <QMenu>
 #include <QStringList>
 #include <QTextEdit>
 #include <functional>
@@ -10,6 +11,7 @@
 #include "ui/editor/codes/code_completer.h"
 #include "ui/editor/codes/code_marker.h"
 #include "ui/editor/commands/format_commands.h"
+#include "ui/editor/commands/letter_search.h"
 #include "ui/editor/commands/table_commands.h"
 #include "ui/editor/commands/typing_keys.h"
 #include "ui/editor/document/edited_letter.h"
@@ -28,6 +30,7 @@ class LetterEditor : public QTextEdit {
   LetterFormats& formats() { return letter_.formats(); }
   FormatCommands& formatting() { return formatting_; }
   TableCommands& tables() { return tables_; }
+  LetterSearch& search() { return search_; }
   PaperLayout& paper() { return paper_; }
 
   // Shows at once what was changed through the box; it happens by itself before the next paint or
@@ -48,8 +51,15 @@ class LetterEditor : public QTextEdit {
   // The names that are known between "<<" and ">>": they are offered while typing, others are
   // marked as unknown.
   void SetCodes(const QStringList& names);
-  // Says whether a word is misspelt; such words are underlined. Empty switches it off.
-  void SetMisspelt(std::function<bool(const QString&)> misspelt);
+  // What is known about words; without `misspelt` none is checked.
+  struct Spelling {
+    std::function<bool(const QString&)> misspelt;  // such words are underlined
+    std::function<QStringList(const QString&)> suggestions;
+    std::function<void(const QString&)> add, ignore;
+  };
+  void SetSpelling(Spelling spelling);
+  // What can be done about the misspelt word at the caret, if there is one.
+  void AddSpellingTo(QMenu& menu);
 
  signals:
   // Undo or redo has brought back the letter as it was last marked as saved.
@@ -81,9 +91,11 @@ class LetterEditor : public QTextEdit {
   UndoHistory history_{letter_};
   FormatCommands formatting_{letter_};
   TableCommands tables_{letter_, formatting_};
+  LetterSearch search_{letter_};
   TypingKeys keys_{letter_, formatting_, tables_};
   PaperLayout paper_{letter_, history_};
   CodeMarker* marker_;
+  Spelling spelling_;
   CodeCompleter* completer_;
 };
 

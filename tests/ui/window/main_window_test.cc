@@ -166,6 +166,57 @@ TEST_F(MainWindow, NamesTheLetterAndThePersonInItsTitleAndTheTab) {
   EXPECT_EQ(window_->windowTitle() + " - ", program.mid(3) + " - ");
 }
 
+TEST_F(MainWindow, OffersTheFilesOpenedLastAndGreysThoseThatAreGone) {
+  platform_.InstallSampleDatabase();
+  const auto data = session_.database.DataFolder();
+  Load();
+  const TenantRecord& tenant = session_.caches.Tenants.at(1);
+  const auto folder = data / RecipientFolderName(tenant.KeyName);
+  const std::filesystem::path files[] = {data / "Templates/This & that.rtf", folder / "Rent.rtf",
+                                         platform_.folder / "Elsewhere.rtf"};
+  for (const auto& file : files) {
+    std::filesystem::create_directories(file.parent_path());
+    WriteWholeFile(file, "{\\rtf1 x}");
+  }
+  window_->tree().RefreshTree();
+  auto* menu = window_->findChild<QMenu*>("mnuRecent");
+  const auto listed = [&] {
+    emit menu->aboutToShow();
+    QStringList names;
+    for (QAction* action : menu->actions()) {
+      if (!action->isSeparator()) names << action->text() + (action->isEnabled() ? "" : " -");
+    }
+    return names;
+  };
+  EXPECT_EQ(listed(), QStringList({"No file has been opened yet -", "&Clear List -"}));
+  window_->letters().OpenFile(files[0]);
+  window_->letters().OpenFile(files[1]);
+  platform_.dialogs.WillChoose(1);
+  window_->letters().OpenFile(files[2]);
+  const QString person = QString::fromStdString(tenant.KeyName);
+  const QString place = QString::fromStdString(files[2].parent_path().filename().string());
+  EXPECT_EQ(listed(), QStringList({"&1 Elsewhere - " + place, "&2 Rent - " + person,
+                                   "&3 This && that - Templates", "&Clear List"}));
+  window_->desk().CloseAll();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  std::filesystem::remove(files[0]);
+  // As in a later run, and nobody is asked again what they are.
+  Load();
+  menu = window_->findChild<QMenu*>("mnuRecent");
+  listed();
+  menu->actions()[1]->trigger();
+  EXPECT_EQ(window_->desk().Active()->letter().members().TenantCode, tenant.Reference);
+  EXPECT_EQ(listed(), QStringList({"&1 Rent - " + person, "&2 Elsewhere - " + place,
+                                   "&3 This && that - Templates -", "&Clear List"}));
+  menu->actions()[1]->trigger();
+  EXPECT_EQ(window_->desk().Active()->letter().members().Kind, "Owner Templates");
+  platform_.dialogs.WillType("Another name");
+  Trigger("mnuSaveAs");
+  EXPECT_EQ(listed().front(), "&1 Another name - Owner Templates");
+  menu->actions().back()->trigger();
+  EXPECT_EQ(listed(), QStringList({"No file has been opened yet -", "&Clear List -"}));
+}
+
 TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {
   platform_.InstallSampleDatabase();
   Load();
@@ -236,8 +287,7 @@ TEST_F(MainWindow, RenamesOverNoFileAndTakesTheOpenLetterAlong) {
   ctlTree& tree = window_->tree();
   TreeModel::Entry entry = *tree.model().EntryAt(tree.model().IndexOfKey("Templates/One"));
   window_->letters().Open(entry);
-  const auto rename = [&](const char* name) {
-    platform_.dialogs.WillType(name);
+  const auto rename = [&] {
     QMenu menu;
     tree.FillContextMenu(menu, entry);
     for (QAction* action : menu.actions()) {
@@ -245,10 +295,12 @@ TEST_F(MainWindow, RenamesOverNoFileAndTakesTheOpenLetterAlong) {
     }
     FAIL() << "nothing to rename with";
   };
-  rename("Two");
+  platform_.dialogs.WillType("Two");
+  rename();
   EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("is there already"));
   EXPECT_TRUE(std::filesystem::exists(folder / "One.rtf"));
-  rename("../Three.rtf");
+  platform_.dialogs.WillType("../Three.rtf").WillPress(Answer::kYes);
+  rename();
   EXPECT_FALSE(std::filesystem::exists(folder / "One.rtf"));
   const LetterMembers& open = window_->desk().Active()->letter().members();
   EXPECT_EQ(std::filesystem::path(open.FilePath).parent_path(), folder);

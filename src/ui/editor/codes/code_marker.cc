@@ -49,35 +49,55 @@ void CodeMarker::SetMisspelt(std::function<bool(const QString&)> misspelt) {
   rehighlight();
 }
 
+std::vector<CodeSpan> CodeMarker::CodesIn(const QString& text) const {
+  return text.contains(u"<<") ? FindCodes(text, names_) : std::vector<CodeSpan>();
+}
+
 void CodeMarker::highlightBlock(const QString& text) {
   MarkProtected();
-  const std::vector<CodeSpan> codes =
-      text.contains(u"<<") ? FindCodes(text, names_) : std::vector<CodeSpan>();
-  if (misspelt_) MarkWords(text, codes);
-  for (const CodeSpan& code : codes)
+  for (const Word& word : MisspeltWords(text)) {
+    QTextCharFormat look;
+    look.setUnderlineStyle(QTextCharFormat::SpellCheckUnderline);
+    look.setUnderlineColor(Qt::red);
+    setFormat(word.start, word.length, look);
+  }
+  for (const CodeSpan& code : CodesIn(text))
     setFormat(static_cast<int>(code.start), static_cast<int>(code.length), LookOf(code.kind));
 }
 
-void CodeMarker::MarkWords(const QString& text, const std::vector<CodeSpan>& codes) {
+std::vector<CodeMarker::Word> CodeMarker::MisspeltWords(const QString& text) const {
+  std::vector<Word> found;
+  if (!misspelt_) return found;
+  const std::vector<CodeSpan> codes = CodesIn(text);
   QTextBoundaryFinder words(QTextBoundaryFinder::Word, text);
   qsizetype start = -1;
   for (qsizetype at = 0; at >= 0; at = words.toNextBoundary()) {
     const auto reasons = words.boundaryReasons();
     if (start >= 0 && (reasons & QTextBoundaryFinder::EndOfItem)) {
-      const QString word = text.mid(start, at - start);
       const bool in_code = std::any_of(codes.begin(), codes.end(), [&](const CodeSpan& code) {
         return start >= code.start && start < code.start + code.length;
       });
-      if (!in_code && misspelt_(word)) {
-        QTextCharFormat look;
-        look.setUnderlineStyle(QTextCharFormat::SpellCheckUnderline);
-        look.setUnderlineColor(Qt::red);
-        setFormat(static_cast<int>(start), static_cast<int>(word.size()), look);
+      if (!in_code && misspelt_(text.mid(start, at - start))) {
+        found.push_back({static_cast<int>(start), static_cast<int>(at - start)});
       }
       start = -1;
     }
     if (reasons & QTextBoundaryFinder::StartOfItem) start = at;
   }
+  return found;
+}
+
+QTextCursor CodeMarker::MisspeltAt(int position) const {
+  const QTextBlock block = document()->findBlock(position);
+  const int at = position - block.position();
+  for (const Word& word : MisspeltWords(block.text())) {
+    if (at < word.start || at > word.start + word.length) continue;
+    QTextCursor selected(block);
+    selected.setPosition(block.position() + word.start);
+    selected.setPosition(block.position() + word.start + word.length, QTextCursor::KeepAnchor);
+    return selected;
+  }
+  return {};
 }
 
 void CodeMarker::MarkProtected() {

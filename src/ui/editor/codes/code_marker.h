@@ -4,6 +4,7 @@
 #include <QSet>
 #include <QString>
 #include <QSyntaxHighlighter>
+#include <QTextCursor>
 #include <functional>
 #include <vector>
 
@@ -21,12 +22,18 @@ class CodeMarker : public QSyntaxHighlighter {
   void SetCodes(const QSet<QString>& names);
   // Says whether a word is misspelt; empty: words are not checked.
   void SetMisspelt(std::function<bool(const QString&)> misspelt);
+  // Selects the misspelt word that a position of the document is in or beside; nothing without one.
+  QTextCursor MisspeltAt(int position) const;
 
  protected:
   void highlightBlock(const QString& text) override;
 
  private:
-  void MarkWords(const QString& text, const std::vector<CodeSpan>& codes);
+  struct Word {
+    int start, length;  // in its paragraph
+  };
+  std::vector<CodeSpan> CodesIn(const QString& text) const;
+  std::vector<Word> MisspeltWords(const QString& text) const;
   void MarkProtected();
 
   QSet<QString> names_;

@@ -119,6 +119,21 @@ bool OpenLetters::OpenListed(const std::filesystem::path& path, const std::strin
   return false;
 }
 
+void OpenLetters::OpenRecent(const RecentLetter& letter) {
+  if (letter.kind != kTenantLetter && letter.kind != kOwnerLetter) {
+    return OpenAsTemplate(letter.path, letter.kind);
+  }
+  if (!OpenListed(letter.path, letter.tenant_code)) OpenFile(letter.path);
+}
+
+void OpenLetters::Remember(const frmLetter& letter, std::string& known) {
+  const LetterMembers& members = letter.members();
+  if (members.FilePath.empty() || members.FilePath == known) return;
+  known = members.FilePath;
+  std::error_code error;
+  recent_.Add({std::filesystem::absolute(known, error), members.Kind, members.TenantCode});
+}
+
 void OpenLetters::StartNew(std::string_view kind) {
   std::unique_ptr<LetterWindow> window = MakeWindow();
   const std::string name = "New letter " + std::to_string(++new_letters_);
@@ -180,7 +195,14 @@ void OpenLetters::PutOnDesk(std::unique_ptr<LetterWindow> window) {
   // Set before the text: highlighting the codes of a long text a second time takes far longer.
   MarkCodes(*window);
   window->ShowLetter();
-  desk_.Add(window.release());
+  LetterWindow* const shown = window.release();
+  desk_.Add(shown);
+  // Now, and when it is saved under another name.
+  const auto remember = [this, shown, known = std::string()]() mutable {
+    Remember(shown->letter(), known);
+  };
+  QObject::connect(shown, &LetterWindow::CaptionChanged, shown, remember);
+  emit shown->CaptionChanged();
 }
 
 void OpenLetters::MarkCodes(LetterWindow& window) const {

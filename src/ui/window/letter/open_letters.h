@@ -13,6 +13,7 @@
 #include "ui/window/letter/insert_list.h"
 #include "ui/window/letter/letter_desk.h"
 #include "ui/window/letter/letter_spelling.h"
+#include "ui/window/letter/recent_letters.h"
 #include "ui/window/letter/window_printers.h"
 #include "ui/window/tree/ctl_tree.h"
 
@@ -37,6 +38,9 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Opens a saved letter of a tenant or owner; false if the tree does not list this file. Namesakes
   // share a folder: the letter is that of `tenant_code`, or where there is none of the first.
   bool OpenListed(const std::filesystem::path& path, const std::string& tenant_code = {});
+  // Opens one of recent() again.
+  void OpenRecent(const RecentLetter& letter);
+  RecentLetters& recent() { return recent_; }
   // Starts a letter called "New letter 1", "New letter 2" and so on until it is saved.
   void StartNew(std::string_view kind);
   // Deletes the file after confirmation and closes the letter if it is open.
@@ -68,6 +72,8 @@ class OpenLetters : private LetterWindow::Surroundings {
 
   std::unique_ptr<LetterWindow> MakeWindow();
   void OpenAsTemplate(const std::filesystem::path& path, const std::string& kind);
+  // Puts the letter's file among the recent ones, unless it is `known`, which it then is.
+  void Remember(const frmLetter& letter, std::string& known);
   // The letter must already be loaded.
   void PutOnDesk(std::unique_ptr<LetterWindow> window);
   // Sets the printer's paper and the stored margins, for the ruler and line wrapping.
@@ -81,6 +87,7 @@ class OpenLetters : private LetterWindow::Surroundings {
   const WindowPrinters& printers_;
   const LetterSpelling& spelling_;
   CustomFieldCodes custom_fields_;
+  RecentLetters recent_{session_.platform.registry};
   std::function<void(const QStringList&)> files_given_;
   int new_letters_ = 0;
   bool page_width_ = false;

@@ -7,6 +7,7 @@
 #include <QMimeData>
 #include <QScreen>
 #include <QStatusBar>
+#include <QVBoxLayout>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -41,6 +42,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
       tree_(new ctlTree(session_, splitter_)),
       desk_(new LetterDesk(splitter_)),
       lint_panel_(new LintPanel(this)),
+      find_panel_(new FindPanel(session_.platform.dialogs, this)),
       editor_actions_(new EditorActions(this)),
       page_width_(MakePageWidthAction(this)),
       colours_(session_.settings, this),
@@ -66,6 +68,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
                      .output = output_,
                      .spelling = spelling_,
                      .lint_panel = *lint_panel_,
+                     .find_panel = *find_panel_,
                      .generate = generate_,
                      .runs = runs_,
                      .imports = imports_,
@@ -89,7 +92,13 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
   splitter_->addWidget(desk_);
   splitter_->setStretchFactor(1, 1);
   splitter_->setSizes({300, 980});
-  setCentralWidget(splitter_);
+  auto* centre = new QWidget(this);
+  auto* column = new QVBoxLayout(centre);
+  column->setContentsMargins({});
+  column->setSpacing(0);
+  column->addWidget(splitter_, 1);
+  column->addWidget(find_panel_);
+  setCentralWidget(centre);
   setAcceptDrops(true);
   addDockWidget(Qt::BottomDockWidgetArea, lint_panel_);
   lint_panel_->hide();
@@ -219,6 +228,7 @@ void frmMain::ShowLetterState() {
   LetterWindow* front = desk_->Active();
   menus_.ShowLetter(front);
   ShowTitle(front);
+  find_panel_->SetLetter(front);
   status_.Show(front == nullptr ? nullptr : &front->letter().members());
   LetterEditor* editor = front == nullptr ? nullptr : &front->editor();
   if (editor_actions_->Editor() == editor) return;

@@ -9,6 +9,7 @@
 #include "ui/editor/editor_actions.h"
 #include "ui/window/appearance/window_colours.h"
 #include "ui/window/background/background_work.h"
+#include "ui/window/letter/find_panel.h"
 #include "ui/window/letter/letter_desk.h"
 #include "ui/window/letter/letter_output.h"
 #include "ui/window/letter/letter_spelling.h"
@@ -74,6 +75,7 @@ class frmMain : public QMainWindow {
   ctlTree* tree_;
   LetterDesk* desk_;
   LintPanel* lint_panel_;
+  FindPanel* find_panel_;
   EditorActions* editor_actions_;
   QAction* page_width_;
   WindowColours colours_;

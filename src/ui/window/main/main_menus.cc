@@ -87,6 +87,7 @@ void MainMenus::BuildFileMenu() {
         parts_.session.platform.dialogs.ChooseFileToOpen("Open Letter", "Letters|*.rtf;*.txt");
     if (path) parts_.letters.OpenFile(*path);
   });
+  BuildRecentMenu(*file);
   Command(file, "mnuImportTemplate", tr("Import Temp&late…"), {},
           [this] { parts_.imports.Import(); });
   file->addSeparator();
@@ -127,6 +128,42 @@ void MainMenus::BuildFileMenu() {
   })->setMenuRole(QAction::QuitRole);
 }
 
+void MainMenus::BuildRecentMenu(QMenu& file) {
+  QMenu* recent = file.addMenu(tr("Recent &Files"));
+  recent->setObjectName(QStringLiteral("mnuRecent"));
+  recent->setToolTipsVisible(true);
+  connect(recent, &QMenu::aboutToShow, this, [this, recent] { ListRecent(*recent); });
+}
+
+void MainMenus::ListRecent(QMenu& recent) {
+  recent.clear();
+  int number = 0;
+  for (const RecentLetter& letter : parts_.letters.recent().List()) {
+    const std::filesystem::path& path = letter.path;
+    QString name = QString::fromStdString(path.stem().string() + " - " +
+                                          path.parent_path().filename().string());
+    name.replace(QLatin1Char('&'), QLatin1String("&&"));
+    ++number;
+    // The tenth has the mnemonic 0.
+    const QString counted = number < 10 ? QStringLiteral("&%1 %2") : QStringLiteral("1&%1 %2");
+    QAction* action =
+        Command(&recent, "mnuRecentFile", counted.arg(QString::number(number % 10), name), {},
+                [this, letter] { parts_.letters.OpenRecent(letter); });
+    // It goes with the list.
+    action->setParent(&recent);
+    action->setToolTip(QString::fromStdString(path.string()));
+    action->setStatusTip(action->toolTip());
+    std::error_code error;
+    action->setEnabled(std::filesystem::exists(path, error));
+  }
+  if (number == 0) recent.addAction(tr("No file has been opened yet"))->setEnabled(false);
+  recent.addSeparator();
+  QAction* clear = Command(&recent, "mnuClearRecent", tr("&Clear List"), {},
+                           [this] { parts_.letters.recent().Clear(); });
+  clear->setParent(&recent);
+  clear->setEnabled(number > 0);
+}
+
 void MainMenus::StartNewInList() {
   switch (parts_.letters.CurrentList()) {
     case TemplateKind::kOwner:
@@ -143,9 +180,20 @@ void MainMenus::BuildEditMenu() {
   edit->addActions(parts_.editor_actions.EditActions());
   edit->addSeparator();
   LetterCommand(edit, "mnuFind", tr("&Find…"), {"find", QKeySequence::Find},
-                [](frmLetter& letter) { letter.Find(); });
-  LetterCommand(edit, "mnuFindAgain", tr("Find A&gain"), {nullptr, QKeySequence::FindNext},
-                [](frmLetter& letter) { letter.FindAgain(); });
+                [this](frmLetter& letter) {
+                  letter.Find();
+                  parts_.find_panel.SetText(QString::fromStdString(letter.members().SearchText));
+                });
+  LetterCommand(edit, "mnuFindAgain", tr("Find A&gain"), {nullptr, QKeySequence(tr("F3"))},
+                [this](frmLetter& letter) {
+                  if (parts_.find_panel.isVisible()) return parts_.find_panel.FindNext();
+                  letter.FindAgain();
+                });
+  LetterCommand(edit, "mnuFindPrevious", tr("Find Pre&vious"),
+                {nullptr, QKeySequence(tr("Shift+F3"))},
+                [this](frmLetter&) { parts_.find_panel.FindPrevious(); });
+  LetterCommand(edit, "mnuReplace", tr("R&eplace…"), {nullptr, QKeySequence(tr("Ctrl+H"))},
+                [this](frmLetter&) { parts_.find_panel.Open(); });
 }
 
 void MainMenus::BuildViewMenu() {

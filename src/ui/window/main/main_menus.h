@@ -12,6 +12,7 @@
 
 #include "ui/editor/editor_actions.h"
 #include "ui/window/appearance/window_colours.h"
+#include "ui/window/letter/find_panel.h"
 #include "ui/window/letter/letter_output.h"
 #include "ui/window/letter/letter_spelling.h"
 #include "ui/window/letter/lint_panel.h"
@@ -35,6 +36,7 @@ struct MenuParts {
   LetterOutput& output;
   LetterSpelling& spelling;
   LintPanel& lint_panel;
+  FindPanel& find_panel;
   GenerateLetters& generate;
   LetterRuns& runs;
   ImportTemplates& imports;
@@ -78,6 +80,9 @@ class MainMenus : public QObject {
 
   QMenu* AddMenu(const char* name, const QString& title);
   void BuildFileMenu();
+  // The letters opened last; those whose file is gone are greyed.
+  void BuildRecentMenu(QMenu& file);
+  void ListRecent(QMenu& recent);
   void BuildEditMenu();
   void BuildViewMenu();
   void BuildInsertMenu();

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "letters/file_names.h"
 #include "letters/template_library.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/files.h"
@@ -62,13 +63,22 @@ void TreeCommands::FillMenu(QMenu& menu, const Entry& entry) {
 void TreeCommands::Rename(const Entry& entry) {
   Dialogs& dialogs = session_.platform.dialogs;
   const std::string old_name = entry.name.toStdString();
-  const auto answer = dialogs.AskText("Enter the new name for " + old_name, "Rename", old_name);
-  if (!answer) return;
   const std::string extension = entry.path.extension().string();
-  std::string name(TrimBlanks(*answer));
-  if (name.ends_with(".rtf")) name.resize(name.size() - 4);
-  if (TrimBlanks(name).empty()) return;
-  name = SafeFileName(name, kLongestFileName - extension.size());
+  std::string name = old_name;
+  for (bool accepted = false; !accepted;) {
+    const auto answer = dialogs.AskText("Enter the new name for " + old_name, "Rename", name);
+    if (!answer) return;
+    std::string typed(TrimBlanks(*answer));
+    if (typed.ends_with(".rtf")) typed = TrimBlanks(typed.substr(0, typed.size() - 4));
+    if (typed.empty()) return;
+    name = SafeFileName(typed, kLongestFileName - extension.size());
+    accepted = name == typed || dialogs.Show({.text = FileNameQuestion(typed, name),
+                                              .title = "Rename",
+                                              .buttons = Buttons::kYesNo,
+                                              .icon = Icon::kQuestion,
+                                              .default_answer = Answer::kYes}) == Answer::kYes;
+    if (!accepted) name = typed;
+  }
   const std::filesystem::path path = entry.path.parent_path() / (name + extension);
   if (path == entry.path) return;
   if (!RenameWithoutReplacing(entry.path, path)) {

@@ -1,0 +1,112 @@
+#include "ui/window/letter/find_panel.h"
+
+#include <QTest>
+
+#include "window_fixture.h"
+
+namespace tenora {
+namespace {
+
+class FindPanelTest : public WindowPartsTest {
+ protected:
+  FindPanelTest() {
+    panel_.show();
+    panel_.hide();
+  }
+  void OpenLetter(const std::string& text) {
+    SaveTemplate("Letter", text);
+    letters_.Open(Entry("Templates/Letter"));
+    panel_.SetLetter(letters_.Active());
+    Editor().setFocus();
+  }
+  LetterEditor& Editor() { return letters_.Active()->editor(); }
+  template <class Widget>
+  Widget* Find(const char* name) {
+    return panel_.findChild<Widget*>(name);
+  }
+  void Type(const char* field, const char* text) {
+    auto* line = Find<QLineEdit>(field);
+    line->clear();
+    QTest::keyClicks(line, text);
+  }
+  std::string Told() { return Find<QLabel>("lblFindResult")->text().toStdString(); }
+  std::string Text() { return letters_.Active()->letter().rtfLetter.Text(); }
+
+  FindPanel panel_{platform_.dialogs};
+};
+
+TEST_F(FindPanelTest, IsWorkedByKeysAndTellsWhatItDid) {
+  OpenLetter("Rent, rent and current");
+  panel_.Open();
+  ASSERT_TRUE(panel_.isVisible());
+  auto* text = Find<QLineEdit>("txtFind");
+  EXPECT_FALSE(Find<QPushButton>("cmdReplaceAll")->isEnabled());
+  QTest::keyClicks(text, "rent");
+  QTest::keyClick(text, Qt::Key_Return);
+  EXPECT_EQ(Editor().textCursor().selectionStart(), 0);
+  QTest::keyClick(text, Qt::Key_Return, Qt::ShiftModifier);
+  EXPECT_EQ(Editor().textCursor().selectedText(), "rent");
+  EXPECT_EQ(Editor().textCursor().selectionStart(), 18);
+  EXPECT_EQ(Told(), "The beginning was reached; this is the last one.");
+  panel_.FindNext();
+  EXPECT_EQ(Told(), "The end was reached; this is the first one.");
+  Find<QCheckBox>("chkMatchCase")->setChecked(true);
+  Find<QCheckBox>("chkWholeWords")->setChecked(true);
+  Type("txtReplaceWith", "fee");
+  QTest::keyClick(Find<QLineEdit>("txtReplaceWith"), Qt::Key_Return);  // "Rent" is not it
+  EXPECT_EQ(Text(), "Rent, rent and current");
+  QTest::keyClick(Find<QLineEdit>("txtReplaceWith"), Qt::Key_Return);
+  EXPECT_EQ(Text(), "Rent, fee and current");
+  EXPECT_EQ(Told(), "\"rent\" is not in this letter.");
+  Find<QCheckBox>("chkMatchCase")->setChecked(false);
+  Find<QCheckBox>("chkWholeWords")->setChecked(false);
+  Find<QPushButton>("cmdReplaceAll")->click();
+  EXPECT_EQ(Told(), "2 were replaced.");
+  EXPECT_EQ(Text(), "fee, fee and curfee");
+  Editor().Undo();
+  EXPECT_EQ(Text(), "Rent, fee and current");
+  QTest::keyClick(text, Qt::Key_Escape);
+  EXPECT_TRUE(panel_.isHidden());
+  letters_.Active()->letter().members().Changed = false;
+}
+
+TEST_F(FindPanelTest, BeginsWithTheSelectionAndLooksOnlyThereWhereItIsOfSeveralLines) {
+  OpenLetter("one two\\par two three\\par two");
+  const auto select = [&](int start, int end) {
+    QTextCursor cursor = Editor().textCursor();
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    Editor().setTextCursor(cursor);
+  };
+  select(4, 7);
+  panel_.Open();
+  EXPECT_EQ(Find<QLineEdit>("txtFind")->text(), "two");
+  EXPECT_FALSE(Find<QCheckBox>("chkInSelection")->isChecked());
+  select(4, 13);
+  panel_.Open();
+  EXPECT_EQ(Find<QLineEdit>("txtFind")->text(), "two");
+  EXPECT_TRUE(Find<QCheckBox>("chkInSelection")->isChecked());
+  Type("txtReplaceWith", "2");
+  Find<QPushButton>("cmdReplaceAll")->click();
+  EXPECT_EQ(Text(), "one 2\r\n2 three\r\ntwo");
+  panel_.SetLetter(nullptr);
+  EXPECT_FALSE(Find<QCheckBox>("chkInSelection")->isChecked());
+  EXPECT_TRUE(panel_.isHidden());
+  letters_.Active()->letter().members().Changed = false;
+}
+
+// Without the panel, back from the caret by the letter's last search.
+TEST_F(FindPanelTest, GoesBackByTheLastSearchAndSaysWhereThatEnds) {
+  OpenLetter("rent rent");
+  platform_.dialogs.WillType("rent");
+  letters_.Active()->letter().Find();
+  letters_.Active()->letter().FindAgain();
+  EXPECT_EQ(letters_.Active()->letter().rtfLetter.SelStart(), 5);
+  panel_.FindPrevious();
+  EXPECT_EQ(letters_.Active()->letter().rtfLetter.SelStart(), 0);
+  panel_.FindPrevious();
+  EXPECT_EQ(platform_.dialogs.Texts().back(), "There is no earlier occurrence.");
+}
+
+}  // namespace
+}  // namespace tenora
