@@ -315,6 +315,10 @@ void EditorActions::AddLineSpacingMenu() {
 }
 
 void EditorActions::MakeInsertActions() {
+  QList<QAction*> picture;
+  picture_ = Add(&picture, tr("Picture Si&ze and Place…"), "picture", {},
+                 [](LetterEditor& editor) { editor.pictures().Ask(); });
+  EnableWhere(picture_, [](LetterEditor& editor) { return editor.pictures().Selected() >= 0; });
   Add(&insert_, tr("T&able…"), "table", {}, [](LetterEditor& editor) {
     if (const auto size = AskTableSize(&editor))
       editor.tables().InsertTable(size->rows, size->columns, editor.paper().TableWidth());
@@ -437,6 +441,10 @@ void EditorActions::ShowMenu(const QPoint& on_screen) {
   QMenu menu(editor_);
   editor_->AddSpellingTo(menu);
   menu.addActions(edit_);
+  if (editor_->pictures().Selected() >= 0) {
+    menu.addSeparator();
+    menu.addAction(picture_);
+  }
   if (editor_->tables().CaretInTable()) {
     menu.addSeparator();
     menu.addActions(table_);

@@ -28,6 +28,8 @@ class EditorActions : public QObject {
   const QList<QAction*>& FormatActions() const { return format_; }
   const QList<QAction*>& InsertActions() const { return insert_; }
   const QList<QAction*>& TableActions() const { return table_; }
+  // Size and place of the selected picture.
+  QAction* PictureAction() const { return picture_; }
   // Zoom and ruler.
   const QList<QAction*>& ViewActions() const { return view_; }
   // Font and size boxes; each parent gets its own.
@@ -68,6 +70,7 @@ class EditorActions : public QObject {
   QList<QAction*> edit_, format_, insert_, table_, view_;
   QList<QPair<QAction*, std::function<bool(LetterEditor&)>>> states_, enabled_;
   QStringList preselected_fonts_, fonts_;
+  QAction* picture_ = nullptr;
   QAction* show_ruler_ = nullptr;
 };
 

@@ -123,6 +123,7 @@ bool LetterEditor::viewportEvent(QEvent* event) {
 void LetterEditor::keyPressEvent(QKeyEvent* event) {
   // The list of merge codes takes its keys itself once the editor leaves them alone.
   if (completer_->TakesKey(*event)) return event->ignore();
+  if (handles_.Key(*event)) return;
   if (event->matches(QKeySequence::Undo)) return Undo();
   if (event->matches(QKeySequence::Redo)) return Redo();
   if (event->matches(QKeySequence::Cut)) return Cut();
@@ -148,6 +149,26 @@ void LetterEditor::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
   painter.translate(-scrolled);
   PaintOverlay(&painter, *document(), formats(), QRectF(scrolled, viewport()->size()));
+  painter.translate(scrolled);
+  handles_.Paint(&painter);
+}
+
+void LetterEditor::mousePressEvent(QMouseEvent* event) {
+  if (!handles_.Press(*event)) QTextEdit::mousePressEvent(event);
+}
+
+void LetterEditor::mouseMoveEvent(QMouseEvent* event) {
+  if (!handles_.Move(*event)) QTextEdit::mouseMoveEvent(event);
+}
+
+void LetterEditor::mouseReleaseEvent(QMouseEvent* event) {
+  if (handles_.Release(*event)) return;
+  QTextEdit::mouseReleaseEvent(event);
+  handles_.Released();
+}
+
+void LetterEditor::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (!handles_.DoubleClick(*event)) QTextEdit::mouseDoubleClickEvent(event);
 }
 
 void LetterEditor::resizeEvent(QResizeEvent* event) {

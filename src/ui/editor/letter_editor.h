@@ -12,11 +12,13 @@
 #include "ui/editor/codes/code_marker.h"
 #include "ui/editor/commands/format_commands.h"
 #include "ui/editor/commands/letter_search.h"
+#include "ui/editor/commands/picture_commands.h"
 #include "ui/editor/commands/table_commands.h"
 #include "ui/editor/commands/typing_keys.h"
 #include "ui/editor/document/edited_letter.h"
 #include "ui/editor/document/undo_history.h"
 #include "ui/editor/screen/paper_layout.h"
+#include "ui/editor/screen/picture_handles.h"
 
 namespace tenora {
 
@@ -31,6 +33,7 @@ class LetterEditor : public QTextEdit {
   FormatCommands& formatting() { return formatting_; }
   TableCommands& tables() { return tables_; }
   LetterSearch& search() { return search_; }
+  PictureCommands& pictures() { return pictures_; }
   PaperLayout& paper() { return paper_; }
 
   // Shows at once what was changed through the box; it happens by itself before the next paint or
@@ -75,6 +78,10 @@ class LetterEditor : public QTextEdit {
   void keyPressEvent(QKeyEvent* event) override;
   void inputMethodEvent(QInputMethodEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void dropEvent(QDropEvent* event) override;
@@ -92,6 +99,8 @@ class LetterEditor : public QTextEdit {
   FormatCommands formatting_{letter_};
   TableCommands tables_{letter_, formatting_};
   LetterSearch search_{letter_};
+  PictureCommands pictures_{letter_, [this] { return paper_.PageTextWidth(); }};
+  PictureHandles handles_{letter_, pictures_};
   TypingKeys keys_{letter_, formatting_, tables_};
   PaperLayout paper_{letter_, history_};
   CodeMarker* marker_;

@@ -66,7 +66,7 @@ void FormatCommands::FormatCharacters(const std::function<void(richtext::CharFor
     change(own);
     QTextCharFormat shown = formats.Char(own);
     for (const int kept : {int(kFieldProperty), int(kObjectProperty), int(kSerialProperty),
-                           int(QTextFormat::ObjectType)}) {
+                           int(QTextFormat::ObjectType), int(QTextFormat::ObjectIndex)}) {
       if (format.hasProperty(kept)) shown.setProperty(kept, format.property(kept));
     }
     return shown;
@@ -83,6 +83,7 @@ void FormatCommands::FormatCharacters(const std::function<void(richtext::CharFor
   }
   QTextCharFormat format = changed(control.currentCharFormat());
   format.clearProperty(QTextFormat::ObjectType);
+  format.clearProperty(QTextFormat::ObjectIndex);
   if (cursor.block().length() == 1) {
     QTextCharFormat mark = cursor.blockCharFormat();
     mark.merge(formats.Mark(formats.CharOf(format)));

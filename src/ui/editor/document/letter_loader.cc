@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/richtext/document_text.h"
+#include "platform/richtext/picture_look.h"
 #include "ui/editor/text/paragraph_mark.h"
 
 namespace tenora {
@@ -61,6 +62,16 @@ QTextTableFormat TableFormat(const Table& source, const TableGrid& grid) {
 // A number that differs from object to object.
 int SerialOf(const void* object) {
   return static_cast<int>(reinterpret_cast<std::uintptr_t>(object) >> 4 & 0x7fffffff);
+}
+
+// Text goes on beside a picture that stands so.
+QTextFrameFormat::Position PositionOf(const InlineObject& object) {
+  if (object.kind != InlineObject::Kind::kVerbatim || object.runs.size() != 1)
+    return QTextFrameFormat::InFlow;
+  const auto look = richtext::LookOf(object.runs.front());
+  if (look && look->place == richtext::PicturePlace::kLeft) return QTextFrameFormat::FloatLeft;
+  if (look && look->place == richtext::PicturePlace::kRight) return QTextFrameFormat::FloatRight;
+  return QTextFrameFormat::InFlow;
 }
 
 // How a cell looks.
@@ -256,7 +267,11 @@ void LetterLoader::InsertObject(QTextCursor* cursor, InlineObject object,
   shown.setProperty(kObjectProperty, QVariant::fromValue(kept));
   shown.setProperty(kSerialProperty, SerialOf(kept.get()));
   if (field) shown.setProperty(kFieldProperty, QVariant::fromValue(field));
-  cursor->insertText(QString(QChar::ObjectReplacementCharacter), shown);
+  const QTextFrameFormat::Position position = PositionOf(*kept);
+  if (position == QTextFrameFormat::InFlow)
+    cursor->insertText(QString(QChar::ObjectReplacementCharacter), shown);
+  else
+    cursor->insertImage(shown.toImageFormat(), position);
 }
 
 void LetterLoader::InsertTable(QTextCursor* cursor, const Table& source, const TableGrid& grid,

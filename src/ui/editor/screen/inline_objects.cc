@@ -4,6 +4,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QTextDocument>
+#include <QTextFrame>
 #include <algorithm>
 
 #include "ui/editor/text/letter_formats.h"
@@ -15,6 +16,7 @@ using Kind = InlineObject::Kind;
 
 constexpr double kWidest = 10800, kTallest = 14400;  // twips
 constexpr double kFrameWidth = 1600, kFrameHeight = 300;
+constexpr double kFloatingGap = 115;  // as on paper
 constexpr std::size_t kMostRendered = 32;
 constexpr double kBreakWidth = 6000, kBreakHeight = 200;
 
@@ -53,6 +55,15 @@ QFont FontOn(const QTextDocument& document, const QTextFormat& format) {
 
 }  // namespace
 
+QRectF InlineObjects::WithoutGap(const QRectF& place, const QTextDocument& document,
+                                 const QTextFormat& format) {
+  const auto* frame = qobject_cast<QTextFrame*>(document.objectForFormat(format));
+  if (frame == nullptr) return place;
+  const double gap = kFloatingGap * PixelsPerTwip(document);
+  const bool left = frame->frameFormat().position() == QTextFrameFormat::FloatLeft;
+  return place.adjusted(left ? 0 : gap, 0, left ? -gap : 0, 0);
+}
+
 printing::PlacedPicture InlineObjects::Placed(const InlineObject& object) {
   const auto picture = PictureOf(object);
   return picture == nullptr ? printing::PlacedPicture()
@@ -80,7 +91,8 @@ QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int /*position*/,
     case Kind::kPicture:
     case Kind::kVerbatim: {
       const printing::PlacedPicture placed = Placed(*object);
-      if (placed.width > 0) return QSizeF(placed.width, placed.height) * scale;
+      const double gap = format.objectIndex() < 0 ? 0 : kFloatingGap;
+      if (placed.width > 0) return QSizeF(placed.width + gap, placed.height) * scale;
       const double width = metrics.horizontalAdvance(Label(*object)) + 200 * scale;
       return {std::min(width, kWidest * scale), std::max(metrics.height(), kFrameHeight * scale)};
     }
@@ -116,7 +128,7 @@ void InlineObjects::drawObject(QPainter* painter, const QRectF& rect, QTextDocum
   } else {
     const printing::PlacedPicture placed = Placed(*object);
     if (placed.readable()) {
-      Draw(*painter, rect, placed);
+      Draw(*painter, WithoutGap(rect, *document, format), placed);
     } else {
       painter->setFont(font);
       painter->setPen(Qt::gray);

@@ -18,6 +18,10 @@ class InlineObjects : public QObject, public QTextObjectInterface {
  public:
   using QObject::QObject;
 
+  // The picture's part of the place that something floating has; the rest keeps the text away.
+  static QRectF WithoutGap(const QRectF& place, const QTextDocument& document,
+                           const QTextFormat& format);
+
   QSizeF intrinsicSize(QTextDocument* document, int position, const QTextFormat& format) override;
   void drawObject(QPainter* painter, const QRectF& rect, QTextDocument* document, int position,
                   const QTextFormat& format) override;

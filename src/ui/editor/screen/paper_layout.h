@@ -33,6 +33,8 @@ class PaperLayout : public QObject {
   void SetLook(const PaperLook& look);
   // Between the paper's edge and the text, twips.
   int TextLeftMargin() const;
+  // Of the paper, also where lines end at the window's edge; twips.
+  int PageTextWidth() const { return look_.width - look_.left - look_.right; }
   // The width of a new table, twips: that of the paper's text, or one that fits most papers.
   int TableWidth() const;
   // To be called when the window's size has changed.

@@ -239,6 +239,7 @@ void MainMenus::BuildFormatMenu() {
   QMenu* format = AddMenu("mnuFormatMenu", tr("F&ormat"));
   format->addActions(parts_.editor_actions.FormatActions());
   format->addSeparator();
+  format->addAction(parts_.editor_actions.PictureAction());
   QMenu* table = format->addMenu(tr("&Table"));
   table->setObjectName(QStringLiteral("mnuTable"));
   table->addActions(parts_.editor_actions.TableActions());
