@@ -16,6 +16,14 @@ At a question, "/all TEXT" answers for all letters from there on, "/stop" ends t
 Ctrl-C stops after the current letter (a print job ends with the letters in it).
 Exit status: 0 when every letter was made and none is held back, 1 when not, 2 for a usage error.)";
 
+// An option with one value each time it is given.
+void AddRepeated(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                 const std::string& description) {
+  app.add_option(name, values, description)
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 }  // namespace
 
 std::string_view GenerateCall::Kind() const { return owners ? kOwnerTemplates : kTemplates; }
@@ -71,10 +79,8 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
   app.add_option("--to", call.destination, "Where the letters go; they are saved in any case")
       ->check(CLI::IsMember({"folder", "printer", "email"}))
       ->capture_default_str();
-  app.add_option("--recipient", call.recipients,
-                 "A recipient by name or code; may be given many times")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  AddRepeated(app, "--recipient", call.recipients,
+              "A recipient by name or code; may be given many times");
   app.add_flag("--all", call.all, "Every recipient of the list");
   app.add_flag("--closed", filter.closed, "Closed ones too");
   app.add_flag("--with-email-only", filter.exclude_no_email_ticked,
@@ -82,10 +88,8 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
   app.add_option("--search", filter.search,
                  "Only recipients whose line in the list holds the words");
   app.add_option("--subject", call.subject, "Of the e-mails");
-  app.add_option("--answer", call.answers,
-                 "\"prompt=text\": the answer to a prompt for all letters; others are asked")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  AddRepeated(app, "--answer", call.answers,
+              "\"prompt=text\": the answer to a prompt for all letters; others are asked");
   app.add_flag("--pdf", call.pdf, "Save a PDF beside each letter");
   app.add_option("--printer", call.printer, "The printer; without it, the default one");
   app.add_flag("--list", call.list, "Print the recipients and make nothing");

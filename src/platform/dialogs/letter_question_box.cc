@@ -6,25 +6,18 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "platform/dialogs/answer_field.h"
+
 namespace tenora {
 
 LetterQuestionBox::LetterQuestionBox(const LetterQuestion& question, QWidget* parent)
     : QDialog(parent),
       in_run_(!question.progress.empty()),
-      answer_(new QLineEdit),
       for_all_(new QCheckBox(tr("Use this answer for &all letters"))) {
-  constexpr int kLeastWidth = 460, kLongestAnswer = 64 * 1024;
+  constexpr int kLeastWidth = 460;
   setWindowTitle(QString::fromLatin1(kApplicationTitle));
   setMinimumWidth(kLeastWidth);
   const QString prompt = QString::fromStdString(question.prompt).remove(QLatin1Char('\r'));
-  auto* label = new QLabel(prompt);
-  // The prompt comes from a template: show it as plain text, not as markup.
-  label->setTextFormat(Qt::PlainText);
-  label->setWordWrap(true);
-  label->setBuddy(answer_);
-  answer_->setObjectName("txtAnswer");
-  answer_->setAccessibleName(prompt);
-  answer_->setMaxLength(kLongestAnswer);
   for_all_->setObjectName("chkForAll");
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   buttons->button(QDialogButtonBox::Cancel)->setObjectName("cmdCancel");
@@ -42,8 +35,7 @@ LetterQuestionBox::LetterQuestionBox(const LetterQuestion& question, QWidget* pa
     stop->setAutoDefault(false);
     connect(stop, &QPushButton::clicked, this, [this] { StopRun(); });
   }
-  layout->addWidget(label);
-  layout->addWidget(answer_);
+  answer_ = AddAnswerField(prompt, {}, layout);
   layout->addWidget(for_all_);
   layout->addStretch();
   layout->addWidget(buttons);

@@ -28,7 +28,7 @@ class LetterQuestionBox : public QDialog {
 
   const bool in_run_;
   bool stopped_ = false;
-  QLineEdit* answer_;
+  QLineEdit* answer_ = nullptr;
   QCheckBox* for_all_;
 };
 

@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "platform/dialogs/answer_field.h"
 #include "platform/dialogs/file_filter.h"
 #include "platform/dialogs/letter_question_box.h"
 #include "platform/dialogs/print_box.h"
@@ -124,32 +125,22 @@ class InputBox : public QDialog {
  public:
   InputBox(const QString& prompt, const QString& title, const QString& default_answer,
            QWidget* parent)
-      : QDialog(parent), answer_(new QLineEdit(default_answer)) {
-    constexpr int kLeastWidth = 420, kLongestAnswer = 64 * 1024;
+      : QDialog(parent) {
+    constexpr int kLeastWidth = 420;
     setWindowTitle(title);
     setMinimumWidth(kLeastWidth);
-    auto* label = new QLabel(prompt);
-    // The prompt comes from a template: show it as plain text, not as markup.
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    label->setBuddy(answer_);
-    answer_->setObjectName("txtAnswer");
-    answer_->setAccessibleName(prompt);
-    answer_->setMaxLength(kLongestAnswer);
-    answer_->selectAll();
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(label);
-    layout->addWidget(answer_);
+    answer_ = AddAnswerField(prompt, default_answer, layout);
     layout->addStretch();
     layout->addWidget(buttons);
   }
   QString Answer() const { return answer_->text(); }
 
  private:
-  QLineEdit* answer_;
+  QLineEdit* answer_ = nullptr;
 };
 
 // Asks for one item of a list, which may be empty; nothing can be chosen then.

@@ -156,7 +156,7 @@ struct Verbatim {
   std::string shown_text;
   std::shared_ptr<const Picture> shown_picture;
   std::optional<ShapeBox> shape;                       // of a drawing
-  std::vector<std::shared_ptr<const Figure>> figures;  // of a drawing, the undermost first
+  std::vector<std::shared_ptr<const Figure>> figures;  // a drawing's, undermost first; a note's one
 };
 
 // A field (a hyperlink, a word processor's merge field) whose result is in the text as ordinary
