@@ -44,7 +44,10 @@ std::string Money(S s, double amount) { return MoneyText(s.session.platform.loca
 // A fee that is missing stops the letters that print it, no others.
 double FeeValue(S s) {
   if (s.owner->FeeValue) return *s.owner->FeeValue;
-  throw StandardError(error_number::kTypeMismatch, "column \"fee_value\": owner " + s.owner->Code);
+  throw StandardError(error_number::kTypeMismatch,
+                      "column \"fee_value\": owner " + s.owner->Code +
+                          " has no fee; enter it in the rental package, or use a template "
+                          "without <<Fee Value>>");
 }
 
 // The present balance and paid-to dates say nothing about an earlier payment: a receipt letter

@@ -21,9 +21,10 @@ enum class MergeFact {
 
 struct MergeNote {
   MergeFact fact;
-  std::string code;    // the merge code ("Tenant Name") or question, without brackets
-  std::string value;   // as shown to people
-  std::string source;  // kBrackets: as it was put into the letter's source
+  std::string code;       // the merge code ("Tenant Name") or question, without brackets
+  std::string value;      // as shown to people
+  std::string source;     // kBrackets: as it was put into the letter's source
+  bool answered = false;  // the value is an answer to a question, not from the data
 };
 
 class MergeNotes {
@@ -31,7 +32,7 @@ class MergeNotes {
   // The code whose value is being fetched; Add without a code concerns it.
   void Begin(std::string_view code) { current_ = code; }
   void Add(MergeFact fact, std::string_view value = {}) {
-    Add({fact, current_, std::string(value), {}});
+    Add({fact, current_, std::string(value), {}, false});
   }
   void Add(MergeNote note) {
     const auto same = [&](const MergeNote& other) {

@@ -29,13 +29,15 @@ bool IsAltered(std::string_view text) {
 }
 
 // What the check of the finished letter has to know about a value.
-void NoteValue(const MergeTarget& target, std::string_view name, std::string_view value,
-               std::string_view text, const std::string& source) {
+void NoteValue(const MergeTarget& target, std::string_view written, std::string_view name,
+               std::string_view value, std::string_view text, const std::string& source) {
   MergeNotes& notes = target.letter.Notes;
-  if (IsAltered(text)) notes.Add({MergeFact::kAltered, std::string(name), std::string(value), {}});
+  const bool answered = written.starts_with(kPromptStart);
+  if (IsAltered(text))
+    notes.Add({MergeFact::kAltered, std::string(name), std::string(value), {}, answered});
   if (text.find(kCodeStart) != std::string_view::npos ||
       text.find(kCodeEnd) != std::string_view::npos) {
-    notes.Add({MergeFact::kBrackets, std::string(name), std::string(value), source});
+    notes.Add({MergeFact::kBrackets, std::string(name), std::string(value), source, answered});
   }
 }
 
@@ -97,7 +99,7 @@ void ReplaceInSource(const MergeTarget& target, std::string_view written, std::s
   RichTextBox& editor = target.editor;
   const std::string text = WithLineBreaks(value);
   const std::string put_in = ReplaceAll(editor.SourceForm(text), "\v", "\\line ");
-  NoteValue(target, name, value, text, put_in);
+  NoteValue(target, written, name, value, text, put_in);
   const std::string& source = editor.TextRTF();
   std::string merged;
   merged.reserve(source.size() + put_in.size());

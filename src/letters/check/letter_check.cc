@@ -27,9 +27,15 @@ std::string Quoted(std::string_view value) {
   return "\"" + shown + (value.empty() ? "\"" : "…\"");
 }
 
-std::string ValueSentence(const MergeNote& note) {
+// `characters` are those that do not belong there.
+std::string ValueSentence(const MergeNote& note, const std::string& characters) {
+  if (note.answered)
+    return "the answer " + Quoted(note.value) +
+           " does not stand in the letter as it was given; answer without " + characters +
+           ", or correct the letter by hand";
   return "the value " + Quoted(note.value) +
-         " does not stand in the letter as it stands in the data; take ";
+         " does not stand in the letter as it stands in the data; take " + characters +
+         " out of the data, or correct the letter by hand";
 }
 
 std::optional<LetterFinding> FindingOf(const MergeNote& note, const std::string& source) {
@@ -37,15 +43,11 @@ std::optional<LetterFinding> FindingOf(const MergeNote& note, const std::string&
   switch (note.fact) {
     case MergeFact::kAltered:
       return LetterFinding{kHold, note.code,
-                           ValueSentence(note) +
-                               "backslashes, braces and control characters out of the data, or "
-                               "correct the letter by hand"};
+                           ValueSentence(note, "backslashes, braces and control characters")};
     case MergeFact::kBrackets:
       if (source.find(note.source) != std::string::npos) return std::nullopt;
       return LetterFinding{kHold, note.code,
-                           ValueSentence(note) +
-                               "<< and >> out of the data, which were read as a code, or correct "
-                               "the letter by hand"};
+                           ValueSentence(note, "<< and >>, which were read as a code,")};
     case MergeFact::kNoPayment:
       return LetterFinding{kHold, note.code,
                            "the tenancy has no payment, and the letter shows an empty one; record "

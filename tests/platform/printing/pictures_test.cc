@@ -147,8 +147,14 @@ TEST(Pictures, OfEmbeddedObjectsStandForThem) {
 
 TEST(Pictures, ThatAreDamagedLeaveNoRemarksOnTheTerminal) {
   const ScratchFolder folder;
+  const std::string png = Encoded("PNG");
+  std::string altered = png;
+  altered[png.find("IDAT") + 10] ^= 1;
   testing::internal::CaptureStderr();
-  Print(DocumentOf({WithPicture(PictureOf(Kind::kJpeg, "\xFF\xD8\xFF\xE0"))}), folder);
+  Print(DocumentOf({WithPicture(PictureOf(Kind::kJpeg, "\xFF\xD8\xFF\xE0")),
+                    WithPicture(PictureOf(Kind::kPng, png.substr(0, png.size() - 14))),
+                    WithPicture(PictureOf(Kind::kPng, altered))}),
+        folder);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 

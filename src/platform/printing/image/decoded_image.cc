@@ -2,6 +2,7 @@
 
 #include <QBuffer>
 #include <QImageReader>
+#include <array>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -67,10 +68,52 @@ QImage ImageWithAlpha(const DibParts& dib) {
   return head.Signed32(8) > 0 ? pixels.mirrored() : pixels.copy();
 }
 
+std::uint32_t BigEndian32(std::string_view bytes) {
+  std::uint32_t number = 0;
+  for (const char c : bytes.substr(0, 4)) number = number << 8 | static_cast<unsigned char>(c);
+  return number;
+}
+
+constexpr std::array<std::uint32_t, 256> kCrcTable = [] {
+  std::array<std::uint32_t, 256> table{};
+  for (std::uint32_t i = 0; i < table.size(); ++i) {
+    std::uint32_t rest = i;
+    for (int bit = 0; bit < 8; ++bit) rest = (rest & 1) != 0 ? 0xEDB88320 ^ rest >> 1 : rest >> 1;
+    table[i] = rest;
+  }
+  return table;
+}();
+
+std::uint32_t Crc(std::string_view bytes) {
+  std::uint32_t crc = ~0U;
+  for (const char c : bytes)
+    crc = kCrcTable[(crc ^ static_cast<unsigned char>(c)) & 0xFF] ^ crc >> 8;
+  return ~crc;
+}
+
+// Whether all chunks are there, with the checksums that they name. The decoder refuses others too,
+// but with a word on standard error, which is not its to write to.
+bool IsWholePng(std::string_view file) {
+  constexpr std::string_view kSignature = "\x89PNG\r\n\x1A\n";
+  constexpr std::size_t kHead = 8, kChecksum = 4;  // of a chunk: length and name; behind its data
+  if (!file.starts_with(kSignature)) return false;
+  file.remove_prefix(kSignature.size());
+  while (file.size() >= kHead + kChecksum) {
+    const std::size_t length = BigEndian32(file);
+    if (length > file.size() - kHead - kChecksum) return false;
+    const std::string_view named = file.substr(4, 4 + length);
+    if (Crc(named) != BigEndian32(file.substr(kHead + length))) return false;
+    if (named.starts_with("IEND")) return true;
+    file.remove_prefix(kHead + length + kChecksum);
+  }
+  return false;
+}
+
 }  // namespace
 
 QImage DecodedImage(std::string_view bytes, const char* format) {
   if (bytes.empty() || bytes.size() > static_cast<std::size_t>(INT_MAX)) return {};
+  if (format != nullptr && std::string_view(format) == "PNG" && !IsWholePng(bytes)) return {};
   QByteArray view = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
   QBuffer buffer(&view);
   QImageReader reader(&buffer, format);
