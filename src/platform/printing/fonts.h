@@ -49,6 +49,8 @@ class Fonts {
   // classic control does it, without kerning and ligatures. The result lives as long as this.
   // `small` is the size of small capitals.
   const FontUse& Use(const richtext::CharFormat& format, bool shaped = false, bool small = false);
+  // For a font that the document's table need not have.
+  const QString& Installed(const richtext::Font& font) { return installed_.FamilyFor(font); }
   // As the document writes it; empty for a number it does not define.
   std::string_view NameOf(int font) const;
   // Black for automatic.

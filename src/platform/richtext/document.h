@@ -230,15 +230,51 @@ struct Table {
   std::vector<Row> rows;
 };
 
+// A figure of any shape. Its points are in the figure's box: (0, 0) is the left top corner of that,
+// (1, 1) the right bottom one. They may lie outside.
+struct Outline {
+  struct Point {
+    double x = 0, y = 0;
+  };
+  struct Step {
+    enum class Kind { kMove, kLine, kCurve, kClose };
+    Kind kind = Kind::kMove;
+    Point to;
+    Point first, second;  // what a curve is pulled to where it begins and ends
+  };
+  std::vector<Step> steps;
+  bool open = false;  // a line, which has nothing to fill
+};
+
+// The colour of a fill goes over into another one.
+struct Gradient {
+  Colour to;
+  double angle = 0;     // degrees; 0 is downwards, 90 to the right
+  double turn = 1;      // the part of the way where it is all `to`; then it goes back
+  bool radial = false;  // from the middle
+};
+
+// Lettering as wide and high as its figure: the text of a watermark.
+struct Lettering {
+  std::string text, font;
+  bool bold = false, italic = false;
+};
+
 // A part of a drawing that is seen. Twips; the place is relative to the drawing's left top corner.
 struct Figure {
-  enum class Kind { kRectangle, kRounded, kEllipse, kLine };
+  enum class Kind { kRectangle, kRounded, kEllipse, kLine, kOutline };
   Kind kind = Kind::kRectangle;
   int left = 0, top = 0, right = 0, bottom = 0;
-  bool rising = false;         // a line from the left bottom corner to the right top one
-  std::optional<Colour> fill;  // not drawn without
-  std::optional<Colour> line;  // not drawn without
+  bool rising = false;  // a line from the left bottom corner to the right top one
+  double rotation = 0;  // degrees clockwise about its middle; the text of a text box stays as it is
+  Outline outline;      // of kOutline
+  std::optional<Colour> fill;        // not drawn without
+  std::optional<Gradient> gradient;  // of the fill
+  double opacity = 1;                // of the fill
+  std::optional<Colour> line;        // not drawn without
   int line_width = 0;
+  bool arrow_at_start = false, arrow_at_end = false;  // of an open outline
+  std::optional<Lettering> lettering;
   Padding inset{0, 0, 0, 0};  // between the edges and the text
   std::shared_ptr<const Picture> picture;
   std::vector<Block> blocks;  // of a text box; its height grows with them

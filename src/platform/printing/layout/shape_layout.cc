@@ -1,12 +1,13 @@
 #include "platform/printing/layout/shape_layout.h"
 
-#include <QPen>
+#include <QPainterPath>
 #include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "platform/printing/layout/block_layout.h"
+#include "platform/printing/layout/figure_painter.h"
 #include "platform/printing/layout/placed_strips.h"
 #include "platform/printing/layout/taken_areas.h"
 #include "platform/printing/pictures.h"
@@ -18,15 +19,13 @@ using richtext::Figure;
 using richtext::ShapeBox;
 
 constexpr double kNarrowestText = 100;
-constexpr double kCornerShare = 0.18;  // of a rounded rectangle's shorter side
-constexpr double kHairline = 5;        // twips; the thinnest outline
-
-QColor ColourOf(const richtext::Colour& colour) { return {colour.red, colour.green, colour.blue}; }
-
+constexpr int kLetteringSize = 1000;
+constexpr std::size_t kMostLettering = 200;  // bytes
 struct LaidOutFigure {
   std::shared_ptr<const Figure> figure;
   QRectF area;
   QPointF text;
+  QPainterPath letters;  // of any size
   std::optional<PlacedPicture> picture;
   Strips strips;
 };
@@ -35,9 +34,15 @@ class LaidOutDrawing : public FloatContent {
  public:
   void Draw(QPainter& painter, QPointF corner) const override {
     for (const LaidOutFigure& one : figures) {
+      const QRectF area = one.area.translated(corner);
       painter.save();
-      DrawOutline(painter, one, corner);
-      if (one.picture) DrawPicture(painter, one.area.translated(corner), *one.picture);
+      if (one.figure->rotation != 0) {
+        painter.translate(area.center());
+        painter.rotate(one.figure->rotation);
+        painter.translate(-area.center());
+      }
+      DrawFigure(painter, *one.figure, one.letters, area);
+      if (one.picture) DrawPicture(painter, area, *one.picture);
       painter.restore();
       PlacedStrips text;
       double y = one.text.y();
@@ -51,34 +56,19 @@ class LaidOutDrawing : public FloatContent {
   }
 
   std::vector<LaidOutFigure> figures;
-
- private:
-  static void DrawOutline(QPainter& painter, const LaidOutFigure& one, QPointF corner) {
-    const Figure& figure = *one.figure;
-    const QRectF area = one.area.translated(corner);
-    if (!figure.fill && !figure.line) return;
-    QPen pen(Qt::NoPen);
-    if (figure.line) {
-      pen = QPen(ColourOf(*figure.line), std::max<double>(figure.line_width, kHairline));
-      pen.setJoinStyle(Qt::MiterJoin);
-      pen.setCapStyle(Qt::FlatCap);
-    }
-    painter.setPen(pen);
-    painter.setBrush(figure.fill ? QBrush(ColourOf(*figure.fill)) : QBrush(Qt::NoBrush));
-    const double radius = kCornerShare * std::min(area.width(), area.height());
-    switch (figure.kind) {
-      case Figure::Kind::kRectangle:
-        return painter.drawRect(area);
-      case Figure::Kind::kRounded:
-        return painter.drawRoundedRect(area, radius, radius);
-      case Figure::Kind::kEllipse:
-        return painter.drawEllipse(area);
-      case Figure::Kind::kLine:
-        return figure.rising ? painter.drawLine(area.bottomLeft(), area.topRight())
-                             : painter.drawLine(area.topLeft(), area.bottomRight());
-    }
-  }
 };
+
+QPainterPath LettersOf(LayoutContext& context, const richtext::Lettering& lettering) {
+  richtext::Font font;
+  font.name = lettering.font;
+  QFont letters(context.fonts->Installed(font));
+  letters.setPixelSize(kLetteringSize);
+  letters.setBold(lettering.bold);
+  letters.setItalic(lettering.italic);
+  QPainterPath path;
+  path.addText(0, 0, letters, QString::fromStdString(lettering.text.substr(0, kMostLettering)));
+  return path;
+}
 
 LaidOutFigure LayOutFigure(LayoutContext& context, std::shared_ptr<const Figure> figure) {
   LaidOutFigure laid_out;
@@ -87,6 +77,7 @@ LaidOutFigure LayOutFigure(LayoutContext& context, std::shared_ptr<const Figure>
   if (figure->picture)
     laid_out.picture =
         context.pictures.Place(*figure->picture, laid_out.area.width(), laid_out.area.height());
+  if (figure->lettering) laid_out.letters = LettersOf(context, *figure->lettering);
   const richtext::Padding& inset = figure->inset;
   laid_out.text = QPointF(figure->left + inset.left, figure->top + inset.top);
   if (!figure->blocks.empty()) {

@@ -1,8 +1,10 @@
 #include "platform/richtext/read/carried_reader.h"
 
+#include <string>
 #include <utility>
 
 #include "platform/richtext/read/character_words.h"
+#include "platform/runtime/text.h"
 
 namespace tenora::richtext {
 namespace {
@@ -96,6 +98,11 @@ void CarriedReader::Symbol(char symbol, ReaderGroup* group) {
 
 void CarriedReader::Character(char32_t character, ReaderGroup* group) {
   WriteBrace(group);
+  if (group->property == ReaderGroup::Property::kValue) {
+    std::string text;
+    AppendUtf8(text, character);
+    Object().PropertyValue(text);
+  }
   Object().Character(character, group->shown);
 }
 

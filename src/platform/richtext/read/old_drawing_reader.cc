@@ -4,18 +4,22 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/richtext/read/shape_outline.h"
+
 namespace tenora::richtext {
 namespace {
 
 constexpr std::size_t kMostFigures = 1000;
 constexpr std::size_t kDeepestGroup = 16;
+constexpr std::size_t kMostPoints = 10'000;
 constexpr int kWidestLine = 1440;  // twips
 
 int OnPage(int twips) { return std::clamp(twips, -kLargestPage, kLargestPage); }
 
 bool IsKind(std::string_view word) {
-  static constexpr std::string_view kKinds[] = {"dptxbx",     "dprect", "dpellipse", "dpline",
-                                                "dppolyline", "dparc",  "dpcallout", "dpgroup"};
+  static constexpr std::string_view kKinds[] = {"dptxbx", "dprect",     "dpellipse",
+                                                "dpline", "dppolyline", "dppolygon",
+                                                "dparc",  "dpcallout",  "dpgroup"};
   return std::ranges::find(kKinds, word) != std::end(kKinds);
 }
 
@@ -41,7 +45,7 @@ void OldDrawingReader::Word(const Token& word) {
   } else if (word.text == "dpendgroup") {
     End();
     if (!corners_.empty()) corners_.pop_back();
-  } else if (word.text == "dpptx" && now_.points.size() < 2) {
+  } else if (word.text == "dpptx" && now_.points.size() < kMostPoints) {
     now_.points.emplace_back(OnPage(word.param), 0);
   } else if (word.text == "dppty" && !now_.points.empty()) {
     now_.points.back().second = OnPage(word.param);
@@ -70,6 +74,14 @@ void OldDrawingReader::StyleWord(const Token& word) {
     now_.hollow = true;
   } else if (word.text == "dpfillpat") {
     now_.clear = word.param == 0;
+  } else if (word.text == "dparcflipx") {
+    now_.flip_x = true;
+  } else if (word.text == "dparcflipy") {
+    now_.flip_y = true;
+  } else if (word.text == "dpastartsol" || word.text == "dpastarthol") {
+    figure.arrow_at_start = true;
+  } else if (word.text == "dpaendsol" || word.text == "dpaendhol") {
+    figure.arrow_at_end = true;
   } else if (word.text == "dproundr") {
     figure.kind = Figure::Kind::kRounded;
   } else if (word.text == "dptxbxmar") {
@@ -85,10 +97,34 @@ void OldDrawingReader::AddBlocks(std::vector<Block> blocks) {
 void OldDrawingReader::Begin(std::string_view kind) {
   End();
   now_.group = kind == "dpgroup";
-  now_.drawn = kind == "dptxbx" || kind == "dprect" || kind == "dpellipse" || kind == "dpline";
-  now_.figure.kind = kind == "dpellipse" ? Figure::Kind::kEllipse
-                     : kind == "dpline"  ? Figure::Kind::kLine
-                                         : Figure::Kind::kRectangle;
+  now_.drawn = !now_.group && kind != "dpcallout";
+  now_.arc = kind == "dparc";
+  now_.closed = kind == "dppolygon";
+  now_.figure.kind = kind == "dpellipse"                      ? Figure::Kind::kEllipse
+                     : kind == "dpline"                       ? Figure::Kind::kLine
+                     : kind.starts_with("dppoly") || now_.arc ? Figure::Kind::kOutline
+                                                              : Figure::Kind::kRectangle;
+}
+
+// Points are relative to the primitive's place; those of a line say where it begins.
+Outline OldDrawingReader::OutlineOf(const Primitive& primitive) {
+  using Kind = Outline::Step::Kind;
+  Outline outline;
+  if (primitive.arc) {
+    constexpr double kPull = 0.5523;  // of a quarter of a circle
+    outline.steps = {{Kind::kMove, {0, 0}, {}, {}},
+                     {Kind::kCurve, {1, 1}, {kPull, 0}, {1, 1 - kPull}}};
+    Flip(&outline, primitive.flip_x, primitive.flip_y);
+    return outline;
+  }
+  const double width = std::max(primitive.width, 1), height = std::max(primitive.height, 1);
+  for (const auto& [x, y] : primitive.points) {
+    const Kind kind = outline.steps.empty() ? Kind::kMove : Kind::kLine;
+    outline.steps.push_back({kind, {x / width, y / height}, {}, {}});
+  }
+  if (primitive.closed) outline.steps.push_back({Kind::kClose, {}, {}, {}});
+  outline.open = !primitive.closed;
+  return outline;
 }
 
 void OldDrawingReader::End() {
@@ -109,10 +145,16 @@ void OldDrawingReader::End() {
   if (figure.kind == Figure::Kind::kLine && primitive.points.size() == 2) {
     const auto [one, other] = std::pair(primitive.points[0], primitive.points[1]);
     figure.rising = (one.first < other.first) != (one.second < other.second);
+    if (figure.arrow_at_start || figure.arrow_at_end) figure.kind = Figure::Kind::kOutline;
+  }
+  if (figure.kind == Figure::Kind::kOutline) {
+    figure.outline = OutlineOf(primitive);
+    if (figure.outline.steps.size() < 2) return;
   }
   if (!figure.line) figure.line.emplace();
   if (primitive.hollow) figure.line.reset();
-  if (primitive.clear || figure.kind == Figure::Kind::kLine) figure.fill.reset();
+  if (primitive.clear || figure.kind == Figure::Kind::kLine || figure.outline.open)
+    figure.fill.reset();
   figures_.push_back(std::move(figure));
 }
 

@@ -28,14 +28,17 @@ class OldDrawingReader {
     bool drawn = false;  // else it is a group, or of a kind that is not drawn
     bool group = false;
     int x = 0, y = 0, width = 0, height = 0;
-    std::vector<std::pair<int, int>> points;  // of a line
-    bool hollow = false, clear = false;       // without line, without fill
+    std::vector<std::pair<int, int>> points;  // of a line or a polygon
+    bool closed = false, arc = false;
+    bool flip_x = false, flip_y = false;  // of an arc
+    bool hollow = false, clear = false;   // without line, without fill
     Figure figure;
   };
 
   void Begin(std::string_view kind);
   void End();
   void StyleWord(const Token& word);
+  static Outline OutlineOf(const Primitive& primitive);
 
   ShapeBox box_{.wrap = ShapeBox::Wrap::kNone};
   Primitive now_;

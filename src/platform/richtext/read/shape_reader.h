@@ -4,11 +4,13 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/richtext/document.h"
 #include "platform/richtext/read/old_drawing_reader.h"
+#include "platform/richtext/read/shape_outline.h"
 #include "platform/richtext/rtf_tokenizer.h"
 
 namespace tenora::richtext {
@@ -39,9 +41,12 @@ class ShapeReader {
   struct Area {
     double left = 0, top = 0, right = 0, bottom = 0;
   };
+  // With its width as its height, about the same middle.
+  static Area Turned(const Area& area);
   struct Part {
     Area area;
     Figure figure;
+    bool flip_x = false, flip_y = false;
   };
   struct Shape {
     bool group = false;
@@ -50,7 +55,16 @@ class ShapeReader {
     std::optional<Area> inside;  // the units of this group
     std::optional<bool> filled, lined;
     bool fits_text = false, hidden = false, flip_x = false, flip_y = false;
+    double rotation = 0;  // degrees clockwise
+    Adjustments adjustments;
+    std::string points, segments;  // of a shape drawn by hand
+    Area form{0, 0, 21600, 21600};
     Colour fill{.automatic = false, .red = 255, .green = 255, .blue = 255};
+    Colour other_fill{.automatic = false, .red = 255, .green = 255, .blue = 255};
+    int fill_type = 0, fill_focus = 0;
+    double fill_angle = 0, opacity = 1;
+    Lettering lettering;
+    bool arrow_at_start = false, arrow_at_end = false;
     Colour line{};
     int line_width = 15;
     Padding inset{72, 144, 72, 144};
@@ -60,6 +74,11 @@ class ShapeReader {
   };
 
   static Figure FigureOf(Shape* shape);
+  static void SetForm(Shape* shape, Figure* figure);
+  static void SetFill(const Shape& shape, Figure* figure);
+  static void JoinGroup(Shape* group, const Area& whole);
+  void AddFigure(Part part);
+  static void SetForm(Shape* shape, std::string_view name, std::string_view value);
   static void SetStyle(Shape* shape, std::string_view name, int value);
   void SetPlace(Shape* shape, std::string_view name, int value);
 
