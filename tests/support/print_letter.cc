@@ -19,9 +19,11 @@ namespace {
 
 constexpr int kOfficeMargin = 1440;  // twips
 
-void GiveMargins(tenora::RichTextBox* letter) {
+// A letter that names margins of 0 keeps them.
+void GiveMargins(const std::string& source, tenora::RichTextBox* letter) {
   const tenora::richtext::PageSetup& page = letter->Document().page;
   if (page.left != 0 || page.right != 0 || page.top != 0 || page.bottom != 0) return;
+  if (source.find("\\margl0") != source.npos || source.find("\\margt0") != source.npos) return;
   letter->SetMargins(kOfficeMargin, kOfficeMargin, kOfficeMargin, kOfficeMargin);
 }
 
@@ -42,7 +44,7 @@ int main(int argc, char** argv) {
     Settings settings(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder()});
     RichTextBox letter;
     letter.LoadFile(argv[1]);
-    GiveMargins(&letter);
+    GiveMargins(ReadWholeFile(argv[1]), &letter);
     WriteWholeFile(argv[2], MakeLetterPdf(letter, "letter", settings));
     return 0;
   } catch (...) {

@@ -109,6 +109,7 @@ TEST(Frames, StandInTheirPlaceAndLeaveTheTextRoom) {
        kInch},
       {"\\pard\\absw4000\\pvpara\\phmrg\\nowrap framed\\par\\pard text\\par", kInch, kInch, kInch,
        kInch + 230},
+      {"\\pard\\phpg\\pvpg framed\\par\\pard text\\par", kInch, kInch, kInch, kInch + 230},
       {"\\pard\\posxr\\pvpara framed\\par\\pard text\\par", kPageWidth - kInch - 650, kInch, kInch,
        kInch},
       {"{\\header\\pard\\absw3000\\pvpg\\phpg\\posx7000\\posy3000\\fs20 framed\\par}text\\par",
@@ -146,7 +147,7 @@ TEST(Shapes, AreReportedOnlyWhereNothingIsDrawn) {
   const std::string shape = "{\\shp{\\*\\shpinst\\shpright900\\shpbottom900{\\sp{\\sn shapeType}";
   EXPECT_THAT(finds(Box(kAtColumn)), testing::IsEmpty());
   EXPECT_THAT(finds(shape + "{\\sv 3}}}}"), testing::IsEmpty());
-  EXPECT_THAT(finds(shape + "{\\sv 13}}}}"), testing::ElementsAre("a drawing"));
+  EXPECT_THAT(finds(shape + "{\\sv 199}}}}"), testing::ElementsAre("a drawing"));
 }
 
 }  // namespace

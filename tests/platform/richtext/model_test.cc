@@ -205,9 +205,28 @@ TEST(RtfReader, ShowsWhatObjectsShow) {
   EXPECT_EQ(std::get<std::shared_ptr<const Verbatim>>(runs[1].object)->shown_text, "Box");
 }
 
+// The points of an outline in twips of the figure, with how they are reached.
+std::string DescribedOutline(const richtext::Figure& figure) {
+  std::string text;
+  const auto add = [&](const richtext::Outline::Point& point) {
+    text += std::to_string(std::lround(point.x * (figure.right - figure.left))) + "," +
+            std::to_string(std::lround(point.y * (figure.bottom - figure.top))) + " ";
+  };
+  for (const richtext::Outline::Step& step : figure.outline.steps) {
+    using Kind = richtext::Outline::Step::Kind;
+    text += "MLCZ"[static_cast<int>(step.kind)];
+    if (step.kind == Kind::kCurve) {
+      add(step.first);
+      add(step.second);
+    }
+    if (step.kind != Kind::kClose) add(step.to);
+  }
+  return text;
+}
+
 // One figure as "kind left,top,right,bottom fill line text".
 std::string Described(const richtext::Figure& figure) {
-  const char* const kinds[] = {"rectangle", "rounded", "ellipse", "line"};
+  const char* const kinds[] = {"rectangle", "rounded", "ellipse", "line", "outline"};
   const auto colour = [](const std::optional<richtext::Colour>& one) {
     if (!one) return std::string("-");
     return std::to_string(one->red) + "/" + std::to_string(one->green) + "/" +
@@ -217,7 +236,9 @@ std::string Described(const richtext::Figure& figure) {
   for (const int edge : {figure.left, figure.top, figure.right, figure.bottom})
     text += " " + std::to_string(edge);
   return text + " " + colour(figure.fill) + " " + colour(figure.line) + " " +
-         PlainText(figure.blocks) + (figure.picture ? "[picture]" : "");
+         PlainText(figure.blocks) + (figure.picture ? "[picture]" : "") +
+         (figure.lettering ? "[" + figure.lettering->text + "]" : "") + DescribedOutline(figure) +
+         (figure.rotation == 0 ? "" : "turned " + std::to_string(std::lround(figure.rotation)));
 }
 
 TEST(RtfReader, TakesTheFiguresOutOfDrawings) {
@@ -245,16 +266,47 @@ TEST(RtfReader, TakesTheFiguresOutOfDrawings) {
       {shape(2, "{\\sp{\\sn fHidden}{\\sv 1}}"), {}},
       // Lettering, and kinds that are not known, show nothing without a text.
       {shape(136, "{\\sp{\\sn fFilled}{\\sv 1}}"), {}},
-      {shape(13, ""), {}},
+      {shape(199, ""), {}},
+      {shape(136, "{\\sp{\\sn gtextUNICODE}{\\sv Caf\\'e9}}{\\sp{\\sn rotation}{\\sv 20643840}}"),
+       {"rectangle 0 0 1000 500 255/255/255 0/0/0 [Caf\u00e9]turned 315"}},
+      {shape(6, "{\\sp{\\sn fFlipH}{\\sv 1}}"),
+       {"outline 0 0 1000 500 255/255/255 0/0/0 M1000,0 L0,500 L1000,500 Z"}},
+      {shape(66, "{\\sp{\\sn adjustValue}{\\sv 10800}}{\\sp{\\sn fFilled}{\\sv 0}}"),
+       {"outline 0 0 1000 500 - 0/0/0 M1000,125 L500,125 L500,0 L0,250 L500,500 L500,375 L1000,375 "
+        "Z"}},
+      {shape(0,
+             "{\\sp{\\sn geoRight}{\\sv 10}}{\\sp{\\sn geoBottom}{\\sv 10}}{\\sp{\\sn "
+             "pVerticies}{\\sv "
+             "8;5;(0,0);(10,0);(10,5);(10,10);(5,10)}}{\\sp{\\sn pSegmentInfo}{\\sv "
+             "2;5;16384;1;8193;24577;32768}}"),
+       {"outline 0 0 1000 500 255/255/255 0/0/0 M0,0 L1000,0 C1000,250 1000,500 500,500 Z"}},
+      // What is turned by about a quarter has the place of the turned shape; its text stays
+      // upright.
+      {shape(1, "{\\sp{\\sn rotation}{\\sv 5898240}}"),
+       {"rectangle 250 -250 750 750 255/255/255 0/0/0 turned 90"}},
+      {shape(1, "{\\sp{\\sn rotation}{\\sv 5898240}}{\\shptxt box\\par}"),
+       {"rectangle 0 0 1000 500 255/255/255 0/0/0 box"}},
       {"{\\shpgrp{\\*\\shpinst" + place +
            "{\\sp{\\sn groupRight}{\\sv 200}}{\\sp{\\sn groupBottom}{\\sv 100}}" +
            member(0, 100, "{\\shptxt a\\par}") + member(100, 200, "") + "}}",
        {"rectangle 0 0 500 250 255/255/255 0/0/0 a",
         "rectangle 500 0 1000 250 255/255/255 0/0/0 "}},
+      {"{\\shpgrp{\\*\\shpinst" + place +
+           "{\\sp{\\sn groupRight}{\\sv 200}}{\\sp{\\sn groupBottom}{\\sv 100}}{\\sp{\\sn "
+           "fFlipH}{\\sv "
+           "1}}{\\sp{\\sn rotation}{\\sv 11796480}}" +
+           member(0, 100, "") + "}}",
+       {"rectangle 0 250 500 500 255/255/255 0/0/0 turned 180"}},
       {"{\\*\\do\\dobxpage\\dptxbx\\dptxbxmar40{\\dptxbxtext old\\par}\\dpx10\\dpy20\\dpxsize300"
        "\\dpysize400\\dpfillbgcr255\\dpfillpat1\\dplinehollow\\dpline\\dpptx0\\dppty100\\dpptx100"
        "\\dppty0\\dpx10\\dpy20\\dpxsize100\\dpysize100}",
        {"rectangle 0 0 300 400 255/0/0 - old", "line 0 0 100 100 - 0/0/0 "}},
+      {"{\\*"
+       "\\do\\dppolyline\\dppolycount2\\dpptx20\\dppty0\\dpptx0\\dppty10\\dpx10\\dpy20\\dpxsize20"
+       "\\dpysize10\\dppolygon\\dpptx0\\dppty0\\dpptx5\\dppty5\\dpptx0\\dppty5\\dpx10\\dpy20\\dpxsi"
+       "ze5"
+       "\\dpysize5}",
+       {"outline 0 0 20 10 - 0/0/0 M20,0 L0,10 ", "outline 0 0 5 5 - 0/0/0 M0,0 L5,5 L0,5 Z"}},
   };
   for (const auto& c : cases) {
     for (const std::string& source : {Letter(c.source), Canonical(Letter(c.source))}) {

@@ -118,6 +118,8 @@ BlockStrips BlockLayout::NextFrame(const richtext::FramePlace& frame) {
   if (frame.width == 0 && right > left) {
     content->left = left;
     size.setWidth(right - left);
+  } else if (frame.width == 0) {
+    size.setWidth(0);
   }
   size.setHeight(std::max<double>(size.height(), std::abs(frame.height)) + frame.gap_y);
   richtext::ShapeBox box;

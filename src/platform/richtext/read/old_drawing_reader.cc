@@ -38,6 +38,7 @@ void OldDrawingReader::Word(const Token& word) {
       {"dpysize", &Primitive::height}};
   if (const auto x = kX.find(word.text); x != kX.end()) box_.x_from = x->second;
   if (const auto y = kY.find(word.text); y != kY.end()) box_.y_from = y->second;
+  if (word.text == "dodhgt") in_front_ = true;
   if (!word.text.starts_with("dp")) return;
   if (IsKind(word.text)) return Begin(word.text);
   if (const auto place = kPlaces.find(word.text); place != kPlaces.end()) {
@@ -160,6 +161,7 @@ void OldDrawingReader::End() {
 
 ShapeBox OldDrawingReader::box() {
   End();
+  box_.behind = !in_front_;
   for (const Figure& figure : figures_) {
     const bool first = &figure == &figures_.front();
     box_.left = first ? figure.left : std::min(box_.left, figure.left);

@@ -41,6 +41,7 @@ class OldDrawingReader {
   static Outline OutlineOf(const Primitive& primitive);
 
   ShapeBox box_{.wrap = ShapeBox::Wrap::kNone};
+  bool in_front_ = false;  // a height above the text is given
   Primitive now_;
   std::vector<std::pair<int, int>> corners_;  // of the groups around
   std::vector<Figure> figures_;

@@ -15,6 +15,13 @@ Colour GreyOfShading(int hundredths_of_percent) {
   return {.automatic = false, .red = level, .green = level, .blue = level};
 }
 
+// The words that only say what a place is relative to make no frame.
+bool IsPlaced(const FramePlace& frame) {
+  using Align = ShapeBox::Align;
+  return frame.x != 0 || frame.y != 0 || frame.width != 0 || frame.height != 0 ||
+         frame.x_align != Align::kAsSet || frame.y_align != Align::kAsSet;
+}
+
 std::size_t ParagraphCost(const ParagraphFormat& format) {
   return sizeof(Block) + format.tabs.size() * sizeof(TabStop);
 }
@@ -85,6 +92,7 @@ Paragraph Story::TakeParagraph(const CharFormat& mark) {
   for (Border* border : {&format.top, &format.bottom, &format.left, &format.right}) {
     if (!border->present) *border = Border();
   }
+  if (format.frame && !IsPlaced(*format.frame)) format.frame.reset();
   if (state_.contextual_space) format.contextual_style = state_.style;
   NumberParagraph(&format);
   if (format.bullet.kind == Bullet::Kind::kBullet) context_.fonts.SymbolPosition();
