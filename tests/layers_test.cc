@@ -44,7 +44,8 @@ const std::vector<std::vector<Module>> kLayers = {
     {{"startup", {}}},
     {{"ui/editor", {"text", "codes", "tables", "document", "clipboard", "commands", "screen"}},
      {"ui/dialogs", {}}},
-    {{"ui/window", {"appearance", "background", "help", "tree", "preview", "letter", "main"}}},
+    {{"ui/window",
+      {"appearance", "background", "help", "tree", "preview", "letter", "recovery", "main"}}},
     {{"main.cpp", {}}},
 };
 

@@ -28,4 +28,8 @@ fs::path ProgramFolder() {
   return WithoutTrailingSeparator(UserFolder("XDG_DATA_HOME", ".local/share") / "Tenora");
 }
 
+fs::path StateFolder() {
+  return WithoutTrailingSeparator(UserFolder("XDG_STATE_HOME", ".local/state") / "tenora");
+}
+
 }  // namespace tenora

@@ -9,6 +9,10 @@ namespace tenora {
 // that holds property.mdb, else the user's data folder for Tenora (~/.local/share/Tenora).
 std::filesystem::path ProgramFolder();
 
+// The folder for what a run leaves to the next one of the same user, in no folder that users share:
+// XDG_STATE_HOME, else ~/.local/state.
+std::filesystem::path StateFolder();
+
 class Clock;
 class Dialogs;
 class Locale;
@@ -30,6 +34,7 @@ struct Platform {
   registry::Registry& registry;
   query::Workspace& workspace;
   std::filesystem::path program_folder;
+  std::filesystem::path state_folder;
 };
 
 }  // namespace tenora

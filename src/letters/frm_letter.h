@@ -13,6 +13,7 @@
 #include "letters/check/paper_check.h"
 #include "letters/letter_check.h"
 #include "letters/letter_host.h"
+#include "letters/unsaved_letter.h"
 #include "merge/merge_target.h"
 #include "merge/owner_merge.h"
 #include "merge/prompts.h"
@@ -56,6 +57,11 @@ class frmLetter {
   void BeforeSaveLetter();
   // Begins an unsaved letter.
   void StartNew(std::string_view kind);
+  // The letter as it is to be kept while it is not saved; whoever keeps it adds when and by which
+  // program.
+  UnsavedLetter Unsaved() const;
+  // Takes a kept letter: it is changed, and has the file that it had.
+  void Recover(const UnsavedLetter& kept);
   void UpdateCaption();
 
   // Puts a merge code at the caret; "Future Date" and "Prompt Message" ask for theirs. In a
@@ -144,21 +150,18 @@ class frmLetter {
   bool InsertPromptMessage();
   void InsertCode(std::string_view name);
 
-  // How a file was found or left, to tell when another program changes it.
-  struct FileState {
+  struct KnownFile {
     std::string path;
-    std::filesystem::file_time_type time;
-    std::uintmax_t size = 0;
-    bool operator==(const FileState&) const = default;
+    FileStamp stamp;  // as it was loaded or last saved
   };
-  static std::optional<FileState> StateOf(const std::filesystem::path& path);
+  void KnowFile(const std::string& path, const std::optional<FileStamp>& stamp);
 
   Session& session_;
   WindowlessHost windowless_;
   LetterHost& host_;
   LetterMembers members_;
   mutable PaperCheck paper_check_;  // remembers what the letters of a batch have in common
-  std::optional<FileState> known_file_;
+  std::optional<KnownFile> known_file_;
 };
 
 }  // namespace tenora

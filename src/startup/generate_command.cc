@@ -96,7 +96,8 @@ class GenerateCommand {
   static Platform WithDialogs(const Platform& platform, Dialogs& dialogs) {
     return Platform{platform.clock,     dialogs,
                     platform.locale,    platform.registry,
-                    platform.workspace, platform.program_folder};
+                    platform.workspace, platform.program_folder,
+                    platform.state_folder};
   }
 
   int List() {

@@ -59,6 +59,7 @@ class Screen:
             "TENORA_NOW": "2026-11-21 09:30:00", "TENORA_PDF": str(self.home / "Printed"),
             "TENORA_PRINTER": "Print to PDF", "CUPS_SERVER": "127.0.0.1:9",
             "XDG_CONFIG_HOME": str(self.folder), "XDG_RUNTIME_DIR": str(self.folder),
+            "XDG_STATE_HOME": str(self.folder / "state"),
             # The desktop's message bus library leaves its last kilobyte to the process's end.
             "QT_ACCESSIBILITY": "0", "ASAN_OPTIONS": "detect_leaks=0"}
         self.running = None
@@ -79,10 +80,14 @@ class Screen:
         return subprocess.run([self.program, *arguments], env=self.environment, check=True,
                               capture_output=True, text=True).stdout
 
-    def start(self):
-        """Starts the windows; returns when the main window can be used."""
+    def start(self, answer_first=lambda: None):
+        """Starts the windows; returns when the main window can be used.
+
+        `answer_first` answers what is asked before the usual windows.
+        """
         with (self.folder / "errors").open("a") as errors:
             self.running = subprocess.Popen([self.program], env=self.environment, stderr=errors)
+        answer_first()
         self.close("Template Forms")
         self.main = self.window(MAIN)
 

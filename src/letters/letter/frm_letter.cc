@@ -105,10 +105,10 @@ frmLetter::frmLetter(Session& session, LetterHost& host) : session_(session), ho
 
 void frmLetter::LoadLetter(const fs::path& path, std::string_view kind, std::string_view type) {
   // Taken before reading, so that a write in between is seen as a change.
-  const std::optional<FileState> found = StateOf(path);
+  const std::optional<FileStamp> found = StampOf(path);
   rtfLetter.LoadFile(path,
                      type == "TXT" ? RichTextBox::FileType::kText : RichTextBox::FileType::kRtf);
-  known_file_ = found;
+  KnowFile(path.string(), found);
   members_.Notes = {};
   members_.FilePath = path.string();
   members_.Kind = kind;
@@ -129,6 +129,33 @@ void frmLetter::StartNew(std::string_view kind) {
   members_.Kind = kind;
   members_.FilePath.clear();
   AfterLoadLetter();
+}
+
+UnsavedLetter frmLetter::Unsaved() const {
+  UnsavedLetter kept{.title = members_.LetterTitle,
+                     .recipient = members_.RecipientName,
+                     .kind = members_.Kind,
+                     .tenant_code = members_.TenantCode,
+                     .receipt_number = members_.ReceiptNumber,
+                     .path = members_.FilePath,
+                     .saved = std::nullopt,
+                     .program_folder = {},
+                     .kept = {},
+                     .text = rtfLetter.TextRTF()};
+  if (known_file_ && known_file_->path == kept.path) kept.saved = known_file_->stamp;
+  return kept;
+}
+
+void frmLetter::Recover(const UnsavedLetter& kept) {
+  StartNew(kept.kind);
+  rtfLetter.SetTextRTF(kept.text);
+  members_.LetterTitle = kept.title;
+  members_.RecipientName = kept.recipient;
+  members_.TenantCode = kept.tenant_code;
+  members_.ReceiptNumber = kept.receipt_number;
+  members_.FilePath = kept.path;
+  KnowFile(kept.path, kept.saved);
+  UpdateCaption();
 }
 
 void frmLetter::UpdateCaption() {
@@ -318,7 +345,7 @@ bool frmLetter::WriteLetter(Making making) {
     if (making == Making::kMissing) LetterFolder(making);
     BeforeSaveLetter();
     rtfLetter.SaveFile(members_.FilePath);
-    known_file_ = StateOf(members_.FilePath);
+    KnowFile(members_.FilePath, StampOf(members_.FilePath));
     written = true;
   } catch (...) {
     host_.ShowSaveError(CurrentError());
@@ -326,17 +353,15 @@ bool frmLetter::WriteLetter(Making making) {
   return written;
 }
 
-std::optional<frmLetter::FileState> frmLetter::StateOf(const fs::path& path) {
-  std::error_code no_time, no_size;
-  FileState state{path.string(), fs::last_write_time(path, no_time), fs::file_size(path, no_size)};
-  if (no_time || no_size) return std::nullopt;
-  return state;
+void frmLetter::KnowFile(const std::string& path, const std::optional<FileStamp>& stamp) {
+  known_file_.reset();
+  if (stamp) known_file_.emplace(KnownFile{path, *stamp});
 }
 
 bool frmLetter::ChangedByOthers() const {
   if (!known_file_ || known_file_->path != members_.FilePath) return false;
-  const std::optional<FileState> now = StateOf(members_.FilePath);
-  return now && *now != *known_file_;
+  const std::optional<FileStamp> now = StampOf(members_.FilePath);
+  return now && *now != known_file_->stamp;
 }
 
 bool frmLetter::Save() {

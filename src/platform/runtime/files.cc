@@ -138,6 +138,12 @@ void WriteWholeFile(const std::filesystem::path& path, std::string_view content)
   FilledScratchFile(path, content, Durability::kSynced).Replace(path);
 }
 
+void WritePrivateFile(const std::filesystem::path& path, std::string_view content) {
+  FilledScratchFile file(path, content, Durability::kSynced);
+  file.KeepPrivate();
+  file.Replace(path);
+}
+
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
                   Durability durability) {
   FilledScratchFile scratch(path, content, durability);

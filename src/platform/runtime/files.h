@@ -25,6 +25,9 @@ std::string ReadWholeFile(const std::filesystem::path& path,
 // Raises 61 (Disk full), 70, 75 or 76 (Path not found); the old file then stays.
 void WriteWholeFile(const std::filesystem::path& path, std::string_view content);
 
+// As WriteWholeFile; a new file is for its owner alone.
+void WritePrivateFile(const std::filesystem::path& path, std::string_view content);
+
 // Whether a file is on the disk when the call returns, or only after the next SyncFiles.
 enum class Durability { kSynced, kUntilSync };
 

@@ -27,6 +27,9 @@ class ScratchFile {
   // Where this process, and perhaps no other, can open the file until it takes a name.
   const std::filesystem::path& path() const { return path_; }
 
+  // The file stays for its owner alone when it takes a name that is free.
+  void KeepPrivate() { mode_ = 0600; }
+
   // Takes a name in the same folder. A file of that name is replaced by this one, which then has
   // its mode; of a link only the link is replaced. Raises as FileError.
   void Replace(const std::filesystem::path& target);

@@ -121,6 +121,7 @@ bool LetterEditor::viewportEvent(QEvent* event) {
 }
 
 void LetterEditor::keyPressEvent(QKeyEvent* event) {
+  if (isReadOnly()) return QTextEdit::keyPressEvent(event);
   // The list of merge codes takes its keys itself once the editor leaves them alone.
   if (completer_->TakesKey(*event)) return event->ignore();
   if (handles_.Key(*event)) return;

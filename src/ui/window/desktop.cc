@@ -14,6 +14,7 @@
 #include "ui/window/background/main_thread_dialogs.h"
 #include "ui/window/help/frm_splash.h"
 #include "ui/window/main/frm_main.h"
+#include "ui/window/recovery/abrupt_end.h"
 
 namespace tenora {
 namespace {
@@ -135,6 +136,7 @@ int Desktop::Run(const CommandParts& parts) {
   window.MDIForm_Load();
   const ScratchSweep sweep = parts.session.SweepScratchFiles();
   splash.reset();
+  const AbruptEnd abrupt_end([&window] { window.KeepLetters(); });
   window.show();
   return QApplication::exec();
 }

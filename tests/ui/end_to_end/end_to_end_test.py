@@ -6,6 +6,7 @@ Usage: end_to_end_test.py PROGRAM. Ends with 77 (skipped) where there is no X se
 import email
 import email.policy
 import pathlib
+import signal
 import subprocess
 import sys
 import unittest
@@ -113,6 +114,45 @@ class Windows(unittest.TestCase):
                     shown.answer("General - ReceiptPrint", key)
                     self.assertEqual(command.communicate()[0].count("Printed: "), printed)
                 self.assertEqual(command.returncode, status)
+
+    def kept(self):
+        """What is on the disk of letters that were not saved."""
+        sessions = self.screen.folder / "state/tenora/unsaved"
+        return "".join(file.read_text() for file in sessions.glob("session-*/*.letter"))
+
+    def type_and_end(self, words, end):
+        self.open_from_tree("Inspection")
+        self.screen.keys("ctrl+Home")
+        self.screen.type(words)
+        # Its box shows that the words have arrived.
+        self.screen.keys("ctrl+f")
+        self.screen.window("Find text")
+        end()
+        self.screen.running.wait(screen.LIMIT)
+
+    def start_and_recover(self, words):
+        self.screen.start(lambda: self.screen.answer("Unsaved Letters", "Return"))
+        self.screen.keys("ctrl+s")
+        template = self.screen.home / "Templates/Inspection notice.rtf"
+        wait_for("the recovered letter", lambda: words in template.read_text("latin-1"))
+        wait_for("nothing kept", lambda: not self.kept())
+
+    def test_an_end_without_saving_loses_nothing(self):
+        with screen.Screen(sys.argv[1]) as self.screen:
+            def kill_when_kept():
+                wait_for("the kept letter", lambda: "Killed words" in self.kept())
+                self.screen.running.kill()
+
+            self.screen.start()
+            self.type_and_end("Killed words. ", kill_when_kept)
+            self.start_and_recover("Killed words. ")
+
+            self.type_and_end("Ended words. ", self.screen.running.terminate)
+            self.assertEqual(self.screen.running.returncode, -signal.SIGTERM)
+            self.start_and_recover("Ended words. Killed")
+
+            self.type_and_end("Unseen words. ", self.screen.server.kill)
+            self.assertIn("Unseen words. Ended", self.kept())
 
     def test_from_a_template_to_a_letter_on_paper_and_in_the_mail(self):
         with screen.Screen(sys.argv[1]) as self.screen, \

@@ -119,6 +119,7 @@ void LetterDesk::Add(LetterWindow* window) {
     frame->show();
   }
   window->setFocus();
+  emit Added(window);
   emit ActiveChanged();
 }
 

@@ -36,6 +36,7 @@ class LetterDesk : public QStackedWidget {
   bool CloseAll();
 
  signals:
+  void Added(tenora::LetterWindow* window);
   // Another letter is in front, or the caption of the one in front has changed.
   void ActiveChanged();
 

@@ -1,6 +1,5 @@
 #include "ui/window/letter/open_letters.h"
 
-#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,8 +7,8 @@
 #include "letters/template_library.h"
 #include "output/letter_printing.h"
 #include "platform/dialogs/guard.h"
-#include "platform/richtext/document_text.h"
 #include "platform/runtime/error.h"
+#include "ui/window/letter/showable_letter.h"
 
 namespace tenora {
 namespace {
@@ -27,34 +26,6 @@ class HostOfUnopened : public WindowlessHost {
   std::string insert_list_;
 };
 
-// In characters. Beyond these a window does not answer for minutes, or needs more than half a
-// gigabyte: breaking lines takes Qt time that grows with the square of a word's length.
-constexpr std::ptrdiff_t kLongestWord = 100'000, kLongestParagraph = 5'000'000;
-
-// Raises 75 (Path/File access error) for a letter that the editor cannot show.
-void RequireShowable(const frmLetter& letter) {
-  const auto refuse = [&](const char* what, std::ptrdiff_t most) {
-    throw StandardError(error_number::kPathFileAccess,
-                        letter.members().FilePath + " has a " + what + " of more than " +
-                            std::to_string(most) +
-                            " characters, which a window cannot show; divide it in a word "
-                            "processor. Letters can be generated from it as it is.");
-  };
-  const auto visit = [&](const richtext::Paragraph& paragraph, richtext::ParagraphEnd) {
-    std::ptrdiff_t length = 0, word = 0;
-    for (const richtext::Run& run : paragraph.runs) {
-      for (const char c : run.text) {
-        if ((static_cast<unsigned char>(c) & 0xC0U) == 0x80) continue;
-        ++length;
-        word = c >= 0 && c <= ' ' ? 0 : word + 1;
-        if (word > kLongestWord) refuse("word", kLongestWord);
-      }
-    }
-    if (length > kLongestParagraph) refuse("paragraph", kLongestParagraph);
-  };
-  richtext::ForEachParagraph(letter.rtfLetter.Document().blocks, visit);
-}
-
 }  // namespace
 
 void OpenLetters::Open(const TreeModel::Entry& entry) {
@@ -66,7 +37,7 @@ void OpenLetters::Open(const TreeModel::Entry& entry) {
     members.RecipientName = entry.recipient;
     members.TenantCode = entry.tenant_code;
     window->letter().LoadLetter(entry.path, entry.kind);
-    RequireShowable(window->letter());
+    RequireShowable(window->letter().rtfLetter, entry.path.string());
     PutOnDesk(std::move(window));
   });
 }
@@ -100,7 +71,7 @@ void OpenLetters::OpenAsTemplate(const std::filesystem::path& path, const std::s
   members.LetterTitle = path.stem().string();
   members.RecipientName = kind;
   window->letter().LoadLetter(path, kind, "TXT");
-  RequireShowable(window->letter());
+  RequireShowable(window->letter().rtfLetter, path.string());
   members.FilePath.clear();
   window->letter().UpdateCaption();
   PutOnDesk(std::move(window));
@@ -142,6 +113,20 @@ void OpenLetters::StartNew(std::string_view kind) {
   window->letter().members().RecipientName = kind;
   window->letter().StartNew(kind);
   PutOnDesk(std::move(window));
+}
+
+bool OpenLetters::OpenRecovered(const UnsavedLetter& kept) {
+  return Guarded(session_.platform.dialogs, "frmMain - OpenRecovered", [&] {
+    if (LetterWindow* open = kept.path.empty() ? nullptr : desk_.OfFile(kept.path)) {
+      desk_.BringToFront(open);
+      throw StandardError(error_number::kPathFileAccess,
+                          kept.path + " is open; close it before it is recovered");
+    }
+    std::unique_ptr<LetterWindow> window = MakeWindow();
+    window->letter().Recover(kept);
+    RequireShowable(window->letter().rtfLetter, kept.title);
+    PutOnDesk(std::move(window));
+  });
 }
 
 void OpenLetters::Delete(const TreeModel::Entry& entry) {

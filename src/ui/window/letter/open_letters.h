@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "letters/custom_field_codes.h"
+#include "letters/unsaved_letter.h"
 #include "ui/window/letter/insert_list.h"
 #include "ui/window/letter/letter_desk.h"
 #include "ui/window/letter/letter_spelling.h"
@@ -43,6 +44,9 @@ class OpenLetters : private LetterWindow::Surroundings {
   RecentLetters& recent() { return recent_; }
   // Starts a letter called "New letter 1", "New letter 2" and so on until it is saved.
   void StartNew(std::string_view kind);
+  // Opens what was kept of a letter, as changed. An error is shown and gives false, also where the
+  // letter of its file is open.
+  bool OpenRecovered(const UnsavedLetter& kept);
   // Deletes the file after confirmation and closes the letter if it is open.
   void Delete(const TreeModel::Entry& entry);
   // Runs a command on the letter in front and updates its window; does nothing without a letter.

@@ -49,6 +49,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
       printers_(session_),
       spelling_(session_, *desk_, this),
       letters_(session_, *tree_, *desk_, printers_, spelling_),
+      keeper_(session_, *desk_, letters_),
       output_(session_, printers_, letters_,
               [this](const QString& title, const Work& work) { RunBeside(title, work); }),
       rental_data_(session_),
@@ -65,6 +66,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
                      .tree = *tree_,
                      .desk = *desk_,
                      .letters = letters_,
+                     .keeper = keeper_,
                      .output = output_,
                      .spelling = spelling_,
                      .lint_panel = *lint_panel_,
@@ -192,6 +194,7 @@ void frmMain::showEvent(QShowEvent* event) {
 
 void frmMain::FirstDisplay() {
   layout_.RestoreTree();
+  keeper_.OfferLeft(this);
   if (parts_.command_line.Contains("/NewFormsInstalled")) {
     session_.platform.dialogs.Say(
         "New template forms have been installed.  They are available on the left side of the "

@@ -27,6 +27,7 @@
 #include "ui/window/main/settings_commands.h"
 #include "ui/window/main/tree_commands.h"
 #include "ui/window/main/window_layout.h"
+#include "ui/window/recovery/letter_keeper.h"
 #include "ui/window/tree/ctl_tree.h"
 
 namespace tenora {
@@ -41,6 +42,8 @@ class frmMain : public QMainWindow {
   // The load sequence, before the window is shown. A step that fails shows its error; the rest
   // runs.
   void MDIForm_Load();
+  // Keeps what is not saved, before an end that does not close the window.
+  void KeepLetters() { keeper_.KeepNow(); }
   // Updates the insert menu and the format command for the letter in front.
   void DisplayInsertMenu() { menus_.DisplayInsertMenu(); }
 
@@ -82,6 +85,7 @@ class frmMain : public QMainWindow {
   WindowPrinters printers_;
   LetterSpelling spelling_;
   OpenLetters letters_;
+  LetterKeeper keeper_;
   LetterOutput output_;
   RentalDataLoad rental_data_;
   LetterRuns runs_;

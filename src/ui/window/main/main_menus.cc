@@ -256,6 +256,11 @@ void MainMenus::BuildToolsMenu() {
             if (parts_.runs.ShowUnfinished()) return;
             parts_.session.platform.dialogs.Say("Every run of letters is finished.");
           });
+  Command(tools, "mnuUnsavedLetters", tr("&Recover Unsaved Letters…"),
+          {nullptr, {}, tr("Letters that were not saved when Tenora last ended")}, [this] {
+            if (parts_.keeper.OfferLeft(&window_)) return;
+            parts_.session.platform.dialogs.Say("There are no unsaved letters.");
+          });
   LetterCommand(tools, "mnuSpelling", tr("&Spelling…"), {"spelling", QKeySequence(tr("F7"))},
                 [this](frmLetter& letter) { parts_.spelling.Check(letter); });
   letter_commands_ << Command(

@@ -23,6 +23,7 @@
 #include "ui/window/main/insert_menus.h"
 #include "ui/window/main/letter_runs.h"
 #include "ui/window/main/settings_commands.h"
+#include "ui/window/recovery/letter_keeper.h"
 #include "ui/window/tree/ctl_tree.h"
 
 namespace tenora {
@@ -33,6 +34,7 @@ struct MenuParts {
   ctlTree& tree;
   LetterDesk& desk;
   OpenLetters& letters;
+  LetterKeeper& keeper;
   LetterOutput& output;
   LetterSpelling& spelling;
   LintPanel& lint_panel;
