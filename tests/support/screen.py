@@ -87,6 +87,7 @@ class Screen:
         """
         with (self.folder / "errors").open("a") as errors:
             self.running = subprocess.Popen([self.program], env=self.environment, stderr=errors)
+        self.main = None
         answer_first()
         self.close("Template Forms")
         self.main = self.window(MAIN)
@@ -97,8 +98,11 @@ class Screen:
         return done.stdout.split()
 
     def find(self, title):
-        """The visible window whose title begins so, or None."""
-        for window in self.xdotool("search", "--onlyvisible", "--name", f"^{title}"):
+        """The visible window whose title begins so, or None; the main window's ends so."""
+        if title == MAIN and self.main:
+            return self.main
+        form = f"{title}$" if title == MAIN else f"^{title}"
+        for window in self.xdotool("search", "--onlyvisible", "--name", form):
             if self.xdotool("getwindowgeometry", window):
                 return window
         return None
