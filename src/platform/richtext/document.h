@@ -206,9 +206,13 @@ struct Padding {
 struct Cell {
   enum class VerticalAlign { kTop, kCentre, kBottom };
   enum class Merge { kNone, kFirst, kContinued };
+  // Where its lines run: kUp, from the bottom, the first at the left; kDown, from the top, the
+  // first at the right.
+  enum class Direction { kAcross, kUp, kDown };
   int right_edge = 0;  // \cellx
   VerticalAlign vertical_align = VerticalAlign::kTop;
   Merge horizontal_merge = Merge::kNone, vertical_merge = Merge::kNone;
+  Direction direction = Direction::kAcross;
   int shading = 0;  // position in Document::colours; 0 is none
   Border top, bottom, left, right;
   Padding padding;            // the row's where the cell has none of its own
@@ -222,6 +226,7 @@ struct Row {
   int half_gap = 0;     // \trgaph
   int height = 0;       // \trrh: 0 automatic, positive at least, negative exact
   bool header = false;  // \trhdr
+  bool right_to_left = false;  // \rtlrow: the first cell is the rightmost
   Alignment alignment = Alignment::kLeft;
   std::vector<Cell> cells;
 };

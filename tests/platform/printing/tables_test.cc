@@ -57,7 +57,7 @@ TEST_F(Tables, KeepTextOffTheEdgesAsFarAsTheCellSays) {
   EXPECT_NEAR(paper.Find("own").left, kInch + 300, kNear);
   EXPECT_NEAR(paper.Find("own").top, kInch + 200, kNear);
   EXPECT_NEAR(paper.Find("gap").left, kInch + 3100, kNear);
-  EXPECT_NEAR(paper.Find("gap").top, kInch, kNear);
+  EXPECT_NEAR(paper.Find("gap").top, kInch + 200, kNear) << "as high as its neighbour";
   EXPECT_NEAR(paper.Find("next").top - paper.Find("own").bottom, 150, 60);
 
   Row tall = RowOf({"", "x"});
@@ -65,6 +65,66 @@ TEST_F(Tables, KeepTextOffTheEdgesAsFarAsTheCellSays) {
   tall.cells[0].padding = {100000, 100000, 100000, 100000};
   for (int i = 1; i <= 50; ++i) tall.cells[0].blocks.emplace_back(Line("p" + std::to_string(i)));
   EXPECT_EQ(PrintTable({tall}, 5600).Find("p50").page, 5) << "half of each page is padding";
+}
+
+TEST_F(Tables, MakeRoomForTheLinesBetweenRows) {
+  const auto line = [](int width, richtext::Border::Kind kind = {}) {
+    return richtext::Border{.present = true, .width = width, .kind = kind};
+  };
+  const double text = 276;  // of a line, 12 points
+  const struct {
+    const char* name;
+    richtext::Border top, bottom;  // of the left cells, and the other way round of the right ones
+    double first, pitch, last;     // above the first row, between rows, below the last
+  } cases[] = {{"none", {}, {}, 0, 0, 0},
+               {"the thicker counts", line(40), line(100), 100, 100, 100},
+               {"double", line(20, richtext::Border::Kind::kDouble), {}, 60, 60, 60},
+               {"hairlines", line(1), line(1), 1, 1, 1},
+               {"no width named", line(0), line(0), 15, 15, 15}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::vector<Row> rows{RowOf({"r0", "x0"}), RowOf({"r1", "x1"}), RowOf({"r2", "x2"})};
+    for (Row& row : rows) {
+      row.cells[0].top = row.cells[1].bottom = c.top;
+      row.cells[0].bottom = row.cells[1].top = c.bottom;
+    }
+    const Paper paper = PrintTable(rows);
+    EXPECT_NEAR(paper.Find("r0").top, kInch + c.first, 4);
+    EXPECT_NEAR(paper.Find("x0").top, kInch + c.first, 4);
+    EXPECT_NEAR(paper.Find("r2").top - paper.Find("r0").top, 2 * (text + c.pitch), 4);
+    EXPECT_NEAR(paper.Find("after").top - paper.Find("r2").top, text + c.last, 4);
+  }
+}
+
+TEST_F(Tables, SetTextUpAndDownThePage) {
+  Row set = RowOf({"rising text", "level", "falling text"});
+  set.half_gap = 0;
+  set.height = 2000;
+  set.cells[0].direction = Cell::Direction::kUp;
+  set.cells[2].direction = Cell::Direction::kDown;
+  Row automatic = RowOf({"Unseparated", "beside"});
+  automatic.cells[0].direction = Cell::Direction::kUp;
+  const Paper paper = PrintTable({set, automatic});
+  const Word rising = paper.Find("rising"), falling = paper.Find("falling");
+  EXPECT_NEAR(rising.left, kInch, 60);
+  EXPECT_NEAR(rising.bottom, kInch + 2000, 60);
+  EXPECT_LT(paper.Find("text").bottom, rising.top + 1) << "the line runs up";
+  EXPECT_GT(rising.bottom - rising.top, rising.right - rising.left);
+  EXPECT_NEAR(falling.right, kInch + 9000, 80);
+  EXPECT_NEAR(falling.top, kInch, 60);
+  EXPECT_NEAR(paper.Find("level").top, kInch, kNear);
+  const Word long_word = paper.Find("Unseparated");
+  EXPECT_GE(long_word.top, kInch + 2000 - kNear) << "the row is as high as its text is long";
+  EXPECT_LE(long_word.bottom, paper.Find("after").top + kNear);
+}
+
+TEST_F(Tables, BeginARightToLeftRowAtItsRightEnd) {
+  Row row = RowOf({"first", "second"});
+  row.right_to_left = true;
+  row.cells[1].right_edge = 4000;
+  const Paper paper = PrintTable({row});
+  EXPECT_NEAR(paper.Find("second").left, kInch + 100, kNear);
+  EXPECT_NEAR(paper.Find("first").left, kInch + 1000 + 100, kNear);
 }
 
 TEST_F(Tables, AlignAmountsAtACellsDecimalTab) {
@@ -146,6 +206,19 @@ TEST_F(Tables, NestAndStayInTheirCell) {
   EXPECT_GT(paper.Find("in1").top, paper.Find("above").top);
   EXPECT_GT(paper.Find("below").top, paper.Find("in1").top);
   EXPECT_NEAR(paper.Find("beside").left, kInch + 3100, kNear);
+}
+
+TEST_F(Tables, EndACellThatEndsWithATableBelowThat) {
+  auto inner = std::make_shared<Table>();
+  inner->rows = {RowOf({"inside"})};
+  inner->rows[0].cells[0].right_edge = 2000;
+  const double plain = PrintTable({RowOf({"inside"})}).Find("after").top;
+  for (const char* last : {"", "more"}) {
+    Row outer = RowOf({"", "beside"});
+    outer.cells[0].blocks = {inner, Line(last)};
+    const double lines = *last == '\0' ? 2 * 10 : 2 * 10 + 276;
+    EXPECT_NEAR(PrintTable({outer}).Find("after").top, plain + lines, kNear) << last;
+  }
 }
 
 TEST_F(Tables, NarrowRowsThatWouldRunOffThePaper) {

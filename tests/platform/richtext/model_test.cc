@@ -42,6 +42,40 @@ TEST(RtfReader, GivesTablesTheirGeometry) {
   EXPECT_GT(table.rows[1].cells[1].right_edge, 2000);
 }
 
+TEST(RtfReader, ShadesCellsInSharesOfTheirColours) {
+  // Red is 1, blue is 2 of the letter's colours; white and black are no colours of a cell's own.
+  const struct {
+    const char* words;
+    Colour colour;
+  } cases[] = {{"\\clshdng2500", {.red = 192, .green = 192, .blue = 192}},
+               {"\\clcfpat1\\clcbpat2\\clshdng5000", {.red = 127, .blue = 128}},
+               {"\\clcfpat2\\clshdng10000", {.blue = 255}},
+               {"\\clcfpat1\\clcbpat2\\clshdng-50", {.blue = 255}},
+               {"\\clcbpatraw2", {.blue = 255}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.words);
+    const std::string source = Canonical(Letter(std::string("\\trowd") + c.words +
+                                                "\\cellx2000\\cellx3000\\pard\\intbl "
+                                                "a\\cell b\\cell\\row\\pard x"));
+    EXPECT_EQ(Canonical(source), source);
+    const Document document = ReadRtf(source);
+    const std::vector<Cell>& cells = FirstTable(document).rows[0].cells;
+    EXPECT_EQ(document.colours.at(static_cast<std::size_t>(cells[0].shading)), c.colour);
+    EXPECT_EQ(cells[1].shading, 0);
+  }
+}
+
+TEST(RtfReader, KnowsWhereTheTextOfRowsAndCellsRuns) {
+  const Document document = ReadRtf(
+      Letter("\\trowd\\rtlrow\\cltxbtlr\\cellx1000\\cltxtbrl\\cellx2000\\cltxlrtb\\cellx3000"
+             "\\pard\\intbl a\\cell b\\cell c\\cell\\row\\pard x"));
+  const Row& row = FirstTable(document).rows[0];
+  EXPECT_TRUE(row.right_to_left);
+  EXPECT_EQ(row.cells[0].direction, Cell::Direction::kUp);
+  EXPECT_EQ(row.cells[1].direction, Cell::Direction::kDown);
+  EXPECT_EQ(row.cells[2].direction, Cell::Direction::kAcross);
+}
+
 TEST(RtfReader, DrawsTheBordersThatCellsHave) {
   using Kind = Border::Kind;
   const struct {

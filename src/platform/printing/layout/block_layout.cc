@@ -161,8 +161,21 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   place.y = y_ + (place.joins_above ? 0 : paragraph.format.space_before);
   place.taken = &taken_;
   BlockStrips lines = LayOutParagraph(context_, paragraph, place);
+  if (EndsCellBehindTable(block_ - 1)) {
+    for (const auto& strip : lines.strips)
+      strip->height = strip->space_before = strip->space_after = 0;
+  }
   Pass(lines.strips);
   return lines;
+}
+
+// A cell that ends with a table has an empty paragraph behind it, which takes no room.
+bool BlockLayout::EndsCellBehindTable(std::size_t block) const {
+  if (depth_ == 0 || block == 0 || block + 1 != blocks_.size()) return false;
+  const auto* const paragraph = std::get_if<richtext::Paragraph>(&blocks_[block]);
+  return paragraph != nullptr && paragraph->runs.empty() &&
+         paragraph->format.bullet.kind == richtext::Bullet::Kind::kNone &&
+         FormatOf(block - 1) == nullptr;
 }
 
 // What floated on the page before is not on this one.

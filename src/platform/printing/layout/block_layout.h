@@ -37,6 +37,7 @@ class BlockLayout {
   BlockStrips NextFrame(const richtext::FramePlace& frame);
   BlockStrips NextParagraph(const richtext::Paragraph& paragraph);
   std::optional<BlockStrips> NextRows(const richtext::Table& table);
+  bool EndsCellBehindTable(std::size_t block) const;
   void StartPage();
   void Pass(const Strips& strips);
   const richtext::ParagraphFormat* FormatOf(std::size_t block) const;

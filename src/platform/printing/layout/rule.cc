@@ -8,27 +8,29 @@ namespace {
 
 using Kind = richtext::Border::Kind;
 
-constexpr int kThinnest = 5;  // twips
+constexpr double kThinnest = 5;  // twips; thinner lines are drawn so, but take less room
+constexpr int kUnnamed = 15;     // of a border without a width, as word processors draw it
 
 // `along` and `across` are unit vectors of the rule's direction and of its thickness.
 void Draw(QPainter& painter, const Rule& rule, QPointF start, double length, QPointF along,
           QPointF across) {
   if (rule.width <= 0) return;
+  const double width = std::max(rule.width, kThinnest);
   if (rule.kind == Kind::kDotted || rule.kind == Kind::kDashed) {
     const Qt::PenStyle style = rule.kind == Kind::kDotted ? Qt::DotLine : Qt::DashLine;
-    painter.setPen(QPen(rule.colour, rule.width, style, Qt::FlatCap));
+    painter.setPen(QPen(rule.colour, width, style, Qt::FlatCap));
     painter.drawLine(start, start + along * length);
     return;
   }
   // Filled rectangles: their thickness is exact, and they need no pen.
   const auto line = [&](double offset) {
-    const QPointF corner = start + across * (offset - rule.width / 2);
-    const QPointF extent = along * length + across * rule.width;
+    const QPointF corner = start + across * (offset - width / 2);
+    const QPointF extent = along * length + across * width;
     painter.fillRect(QRectF(corner, QSizeF(extent.x(), extent.y())), rule.colour);
   };
   if (rule.kind != Kind::kDouble) return line(0);
-  line(-rule.width);
-  line(rule.width);
+  line(-width);
+  line(width);
 }
 
 }  // namespace
@@ -37,7 +39,8 @@ double Rule::Thickness() const { return kind == Kind::kDouble ? 3 * width : widt
 
 Rule RuleOf(const richtext::Border& border, const Fonts& fonts) {
   if (!border.present) return {};
-  return {double(std::max(border.width, kThinnest)), fonts.Colour(border.colour), border.kind};
+  const int width = border.width > 0 ? border.width : kUnnamed;
+  return {double(width), fonts.Colour(border.colour), border.kind};
 }
 
 void DrawHorizontal(QPainter& painter, const Rule& rule, double x, double y, double length) {

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/block_layout.h"
+#include "platform/printing/layout/row_strip.h"
 #include "platform/printing/layout/rule.h"
 #include "platform/printing/layout/taken_areas.h"
 
@@ -12,167 +14,57 @@ namespace tenora::printing {
 namespace {
 
 using richtext::Cell;
+using richtext::Row;
 
 constexpr double kNarrowestCell = 40;
 // The most of a cell's width, or of a page's height, that one side's padding may take.
 constexpr double kMostPaddingShare = 0.25;
+// Of a page's height, that lines up or down the page make a row high.
+constexpr double kMostLineShare = 0.25;
 
-struct CellBox {
+// Where a cell is, or several that are merged across.
+struct CellPlace {
+  std::size_t first = 0, end = 0;  // of the row's cells
   double x = 0, width = 0;
-  double height = 0;  // more than the row's for a vertically merged cell
-  // Between the cell's edges and its text.
-  double pad_top = 0, pad_left = 0, pad_bottom = 0, pad_right = 0;
-  Cell::VerticalAlign align = Cell::VerticalAlign::kTop;
-  QColor shading;  // invalid for none
-  Rule top, bottom, left, right;
-  bool covered = false;  // by the cell above
-  Strips strips;
-
-  double ContentHeight() const {
-    double height_sum = pad_top + pad_bottom;
-    for (const auto& strip : strips) {
-      height_sum += strip->space_before + strip->height + strip->space_after;
-    }
-    return height_sum;
-  }
 };
 
-void DrawEdges(QPainter& painter, const QRectF& area, const CellBox& cell) {
-  const auto horizontal = [&](const Rule& edge, double y) {
-    const double beyond = edge.Thickness() / 2;
-    DrawHorizontal(painter, edge, area.left() - beyond, y, area.width() + 2 * beyond);
-  };
-  const auto vertical = [&](const Rule& edge, double x) {
-    const double beyond = edge.Thickness() / 2;
-    DrawVertical(painter, edge, x, area.top() - beyond, area.height() + 2 * beyond);
-  };
-  horizontal(cell.top, area.top());
-  horizontal(cell.bottom, area.bottom());
-  vertical(cell.left, area.left());
-  vertical(cell.right, area.right());
-}
+// The places of a row's cells, in the order of their text.
+std::vector<CellPlace> PlacesOf(const Row& row, const LayoutContext& context,
+                                const TablePlace& place) {
+  std::vector<CellPlace> places;
+  if (row.cells.empty()) return places;
+  const double own_width = row.cells.back().right_edge - row.left_edge;
+  // A row that would run off the paper, or out of its cell, is scaled to the text's width.
+  const double most = place.depth == 0 ? context.area.reach() : place.width;
+  const bool indented = row.alignment == richtext::Alignment::kLeft && row.left_edge > 0;
+  const double indent = indented ? row.left_edge : 0;
+  const double wanted = std::max(place.width - indent, kNarrowestCell);
+  const double scale = own_width > std::max(most - indent, wanted) ? wanted / own_width : 1;
 
-class RowStrip : public Strip {
- public:
-  void Draw(QPainter& painter, QPointF corner) const override {
-    for (const CellBox& cell : cells) {
-      const QRectF area(corner.x() + cell.x, corner.y(), cell.width, cell.height);
-      if (!cell.covered && cell.shading.isValid()) painter.fillRect(area, cell.shading);
-    }
-    for (const CellBox& cell : cells) {
-      if (cell.covered) continue;
-      const QRectF area(corner.x() + cell.x, corner.y(), cell.width, cell.height);
-      DrawContent(painter, area, cell);
-      DrawEdges(painter, area, cell);
-    }
-  }
-
-  void CollectFloating(QPointF corner, std::vector<PlacedFloating>* found) const override {
-    for (const CellBox& cell : cells) {
-      if (cell.covered) continue;
-      ForEachStrip(cell, corner + QPointF(cell.x, 0),
-                   [&](const Strip& strip, QPointF place) { strip.CollectFloating(place, found); });
-    }
-  }
-
-  std::shared_ptr<Strip> TakeTop(double available_height) override;
-
-  std::vector<CellBox> cells;
-  bool fixed_height = false;
-  bool whole = false;  // divided only if higher than a page
-  double page_height = 0;
-
- private:
-  void DrawContent(QPainter& painter, const QRectF& area, const CellBox& cell) const {
-    if (fixed_height) {
-      painter.save();
-      painter.setClipRect(area, Qt::IntersectClip);
-    }
-    ForEachStrip(cell, area.topLeft(),
-                 [&](const Strip& strip, QPointF corner) { strip.Draw(painter, corner); });
-    if (fixed_height) painter.restore();
-  }
-
-  template <class Use>
-  void ForEachStrip(const CellBox& cell, QPointF cell_corner, const Use& use) const {
-    double y = cell_corner.y() + cell.pad_top;
-    const double spare = std::max(0.0, cell.height - cell.ContentHeight());
-    if (cell.align == Cell::VerticalAlign::kCentre) y += spare / 2;
-    if (cell.align == Cell::VerticalAlign::kBottom) y += spare;
-    for (const auto& strip : cell.strips) {
-      y += strip->space_before;
-      use(*strip, QPointF(cell_corner.x() + cell.pad_left, y));
-      y += strip->height + strip->space_after;
-    }
-  }
-};
-
-// Moves strips that fit from one cell to its upper part. On an empty page the first always moves.
-void MoveStrips(CellBox& from, CellBox& to, double available_height, bool whole_page) {
-  available_height -= from.pad_top + from.pad_bottom;
-  double used = 0;
-  while (!from.strips.empty()) {
-    Strip& next = *from.strips.front();
-    if (to.strips.empty()) next.space_before = 0;
-    const double left = available_height - used - next.space_before;
-    if (next.height <= left ||
-        (whole_page && to.strips.empty() && next.height > available_height)) {
-      if (next.height > left) {
-        if (auto part = next.TakeTop(left)) {
-          to.strips.push_back(part);
-          return;
-        }
+  double origin = row.left_edge;
+  if (row.alignment == richtext::Alignment::kCentre) origin = (place.width - scale * own_width) / 2;
+  if (row.alignment == richtext::Alignment::kRight) origin = place.width - scale * own_width;
+  double left = origin;
+  for (std::size_t i = 0; i < row.cells.size();) {
+    std::size_t next = i + 1;
+    if (row.cells[i].horizontal_merge == Cell::Merge::kFirst) {
+      while (next < row.cells.size() &&
+             row.cells[next].horizontal_merge == Cell::Merge::kContinued) {
+        ++next;
       }
-      used += next.space_before + next.height + next.space_after;
-      to.strips.push_back(std::move(from.strips.front()));
-      from.strips.pop_front();
-      continue;
     }
-    if (auto part = next.TakeTop(left)) to.strips.push_back(part);
-    return;
+    const double right = origin + scale * (row.cells[next - 1].right_edge - row.left_edge);
+    places.push_back({i, next, left, std::max(right - left, kNarrowestCell)});
+    left = std::max(right, left + kNarrowestCell);
+    i = next;
   }
+  if (row.right_to_left) {
+    for (CellPlace& cell : places) cell.x = origin + left - cell.x - cell.width;
+  }
+  return places;
 }
 
-std::shared_ptr<Strip> RowStrip::TakeTop(double available_height) {
-  if (fixed_height || height <= available_height || available_height <= 0) return nullptr;
-  if (whole && height <= page_height) return nullptr;
-  auto top = std::make_shared<RowStrip>();
-  top->page_height = page_height;
-  top->begin = begin;
-  top->space_before = space_before;
-  bool moved = false, rest = false;
-  double rest_height = 0;
-  for (CellBox& cell : cells) {
-    CellBox upper = cell;
-    upper.strips.clear();
-    upper.align = cell.align = Cell::VerticalAlign::kTop;
-    MoveStrips(cell, upper, available_height, available_height >= page_height);
-    moved = moved || !upper.strips.empty();
-    rest = rest || !cell.strips.empty();
-    top->height = std::max(top->height, std::min(upper.ContentHeight(), available_height));
-    rest_height = std::max(rest_height, cell.ContentHeight());
-    top->cells.push_back(std::move(upper));
-  }
-  if (!moved) return nullptr;
-  // A row of set height with little text: the rest of it is empty.
-  if (!rest) top->height = available_height;
-  for (CellBox& cell : top->cells) cell.height = top->height;
-  height = rest ? rest_height : std::max(height - available_height, 1.0);
-  space_before = 0;
-  bool first = true;
-  for (CellBox& cell : cells) {
-    cell.height = height;
-    if (first && !cell.strips.empty()) {
-      begin = cell.strips.front()->begin;
-      first = false;
-    }
-  }
-  if (first) begin = end - 1;
-  top->end = begin;
-  return top;
-}
-
-bool KeepsWhole(const richtext::Row& row) {
+bool KeepsWhole(const Row& row) {
   constexpr std::string_view kWord = "\\trkeep";
   const std::size_t at = row.definition.find(kWord);
   if (at == std::string::npos) return false;
@@ -180,81 +72,93 @@ bool KeepsWhole(const richtext::Row& row) {
   return end == row.definition.size() || row.definition[end] < 'a';
 }
 
+// The text of a cell laid out in lines of this length.
+Strips LinesOf(LayoutContext& context, const Cell& cell, double length, int position, int depth) {
+  Strips strips;
+  BlockLayout layout(context, cell.blocks, length, position, depth + 1,
+                     BlockLayout::Ending::kWhole);
+  while (auto block = layout.Next()) {
+    for (auto& strip : block->strips) {
+      strip->ForgetBreaks();
+      strips.push_back(std::move(strip));
+    }
+  }
+  MakeRoom(&strips);
+  return strips;
+}
+
 class RowLayout {
  public:
-  RowLayout(LayoutContext& context, const richtext::Row& row, const TablePlace& place, int position)
+  RowLayout(LayoutContext& context, const Row& row, const TablePlace& place, int position)
       : context_(context), row_(row), place_(place), position_(position) {}
 
-  std::shared_ptr<RowStrip> LayOut() {
-    auto strip = std::make_shared<RowStrip>();
-    strip->begin = position_;
-    strip->page_height = context_.page_height;
-    strip->fixed_height = row_.height < 0;
-    strip->whole = KeepsWhole(row_);
-    double left = Left();
-    for (std::size_t i = 0; i < row_.cells.size();) {
-      std::size_t next = i + 1;
-      if (row_.cells[i].horizontal_merge == Cell::Merge::kFirst) {
-        while (next < row_.cells.size() &&
-               row_.cells[next].horizontal_merge == Cell::Merge::kContinued) {
-          ++next;
-        }
-      }
-      const double right = Left() + Scale() * (row_.cells[next - 1].right_edge - row_.left_edge);
-      strip->cells.push_back(SetCell(row_.cells[i], left, std::max(right - left, kNarrowestCell)));
-      left = std::max(right, left + kNarrowestCell);
-      for (; i < next; ++i) position_ += Length(row_.cells[i]);
+  // Text up or down the page is left out: see SetVerticalText.
+  std::shared_ptr<RowStrip> LayOut(std::vector<LineAbove> lines_above) {
+    strip_ = std::make_shared<RowStrip>();
+    strip_->begin = position_;
+    strip_->page_height = context_.page_height;
+    strip_->fixed_height = row_.height < 0;
+    strip_->whole = KeepsWhole(row_);
+    strip_->lines_above = std::move(lines_above);
+    for (const CellPlace& place : PlacesOf(row_, context_, place_)) {
+      strip_->cells.push_back(SetCell(place));
+      for (std::size_t i = place.first; i < place.end; ++i) position_ += Length(row_.cells[i]);
     }
-    if (!strip->cells.empty()) {
-      strip->ink_left = strip->cells.front().x;
-      strip->ink_right = strip->cells.back().x + strip->cells.back().width;
+    AlignTops();
+    for (const CellBox& cell : strip_->cells) {
+      const bool first = &cell == &strip_->cells.front();
+      strip_->ink_left = first ? cell.x : std::min(strip_->ink_left, cell.x);
+      strip_->ink_right = std::max(first ? cell.x : strip_->ink_right, cell.x + cell.width);
     }
-    strip->end = position_;
-    return strip;
+    strip_->end = position_;
+    return strip_;
+  }
+
+  // To be called when the heights of the cells are known.
+  void SetVerticalText() {
+    for (const Vertical& vertical : vertical_) {
+      CellBox& box = strip_->cells[vertical.box];
+      const double length = box.height - box.pad_top - box.pad_bottom;
+      box.strips = LinesOf(context_, *vertical.cell, std::max(length, kNarrowestCell),
+                           vertical.position, place_.depth);
+    }
   }
 
  private:
-  // A row that would run off the paper, or out of its cell, is scaled to the text's width.
-  double Scale() const {
-    const double width = row_.cells.empty() ? 0 : row_.cells.back().right_edge - row_.left_edge;
-    const double most = place_.depth == 0 ? context_.area.reach() : place_.width;
-    const bool indented = row_.alignment == richtext::Alignment::kLeft && row_.left_edge > 0;
-    const double indent = indented ? row_.left_edge : 0;
-    const double wanted = std::max(place_.width - indent, kNarrowestCell);
-    return width > std::max(most - indent, wanted) ? wanted / width : 1;
-  }
+  struct Vertical {
+    std::size_t box;  // of the strip's cells
+    const Cell* cell;
+    int position;
+  };
 
-  double Left() const {
-    const double width =
-        row_.cells.empty() ? 0 : Scale() * (row_.cells.back().right_edge - row_.left_edge);
-    if (row_.alignment == richtext::Alignment::kCentre) return (place_.width - width) / 2;
-    if (row_.alignment == richtext::Alignment::kRight) return place_.width - width;
-    return row_.left_edge;
-  }
-
-  CellBox SetCell(const Cell& cell, double x, double width) {
+  CellBox SetCell(const CellPlace& place) {
+    const Cell& cell = row_.cells[place.first];
+    const Cell& last = row_.cells[place.end - 1];
     CellBox box;
-    box.x = x;
-    box.width = width;
+    box.x = place.x;
+    box.width = place.width;
     box.align = cell.vertical_align;
+    box.direction = cell.direction;
     if (cell.shading > 0) box.shading = context_.fonts->Colour(cell.shading);
     box.top = RuleOf(cell.top, *context_.fonts);
     box.bottom = RuleOf(cell.bottom, *context_.fonts);
     box.left = RuleOf(cell.left, *context_.fonts);
-    box.right = RuleOf(cell.right, *context_.fonts);
+    box.right = RuleOf(last.right.present ? last.right : cell.right, *context_.fonts);
     box.covered = cell.vertical_merge == Cell::Merge::kContinued;
     if (box.covered) return box;
     Pad(cell.padding, &box);
-    const double text_width = width - box.pad_left - box.pad_right;
-    BlockLayout layout(context_, cell.blocks, text_width, position_, place_.depth + 1,
-                       BlockLayout::Ending::kWhole);
-    while (auto block = layout.Next()) {
-      for (auto& strip : block->strips) {
-        strip->ForgetBreaks();
-        box.strips.push_back(std::move(strip));
-      }
+    if (cell.direction == Cell::Direction::kAcross) {
+      box.strips = LinesOf(context_, cell, box.width - box.pad_left - box.pad_right, position_,
+                           place_.depth);
+      return box;
     }
-    MakeRoom(&box.strips);
+    vertical_.push_back({strip_->cells.size(), &cell, position_});
+    // Without a height of its own the row is high enough for the text's lines.
+    if (row_.height == 0) {
+      const double most = context_.page_height * kMostLineShare;
+      for (const auto& line : LinesOf(context_, cell, most, position_, place_.depth))
+        box.line_length = std::max(box.line_length, std::ceil(line->ink_right));
+    }
     return box;
   }
 
@@ -266,28 +170,59 @@ class RowLayout {
     box->pad_right = std::min(padding.right < 0 ? gap : padding.right, most_x);
     box->pad_top = std::min<double>(std::max(padding.top, 0), most_y);
     box->pad_bottom = std::min<double>(std::max(padding.bottom, 0), most_y);
-    // A row is higher by the line above it.
-    box->pad_top += box->top.Thickness();
+  }
+
+  // All cells of a row begin their text at one height, below the thickest line above the row.
+  void AlignTops() {
+    double line = 0, padding = 0;
+    for (const LineAbove& above : strip_->lines_above)
+      line = std::max(line, above.rule.Thickness());
+    for (const CellBox& cell : strip_->cells) {
+      if (cell.covered) continue;
+      line = std::max(line, cell.top.Thickness());
+      padding = std::max(padding, cell.pad_top);
+    }
+    for (CellBox& cell : strip_->cells) cell.pad_top = line + padding;
   }
 
   LayoutContext& context_;
-  const richtext::Row& row_;
+  const Row& row_;
   const TablePlace& place_;
   int position_;
+  std::shared_ptr<RowStrip> strip_;
+  std::vector<Vertical> vertical_;
 };
+
+const CellBox* CoveredAt(const RowStrip& row, double x) {
+  const auto found = std::ranges::find_if(row.cells, [&](const CellBox& cell) {
+    return cell.covered && std::abs(cell.x - x) < kNarrowestCell;
+  });
+  return found == row.cells.end() ? nullptr : &*found;
+}
+
+// The lines along the bottoms of a row's cells, but for cells that go on in the row below.
+std::vector<LineAbove> LinesBelow(const Row& row, const Row& below, const LayoutContext& context,
+                                  const TablePlace& place) {
+  std::vector<LineAbove> lines;
+  if (std::ranges::none_of(row.cells, [](const Cell& cell) { return cell.bottom.present; }))
+    return lines;
+  const std::vector<CellPlace> places_below = PlacesOf(below, context, place);
+  for (const CellPlace& cell : PlacesOf(row, context, place)) {
+    const bool goes_on = std::ranges::any_of(places_below, [&](const CellPlace& other) {
+      return below.cells[other.first].vertical_merge == Cell::Merge::kContinued &&
+             std::abs(other.x - cell.x) < kNarrowestCell;
+    });
+    const Rule rule = RuleOf(row.cells[cell.first].bottom, *context.fonts);
+    if (rule.width > 0 && !goes_on) lines.push_back({cell.x, cell.width, rule});
+  }
+  return lines;
+}
 
 // The number of rows that a vertically merged cell covers from `first` on.
 std::size_t RowsCovered(const std::vector<std::shared_ptr<RowStrip>>& rows, std::size_t first,
                         const CellBox& cell) {
   std::size_t last = first;
-  while (last + 1 < rows.size()) {
-    const auto& below = rows[last + 1]->cells;
-    const bool covered = std::any_of(below.begin(), below.end(), [&](const CellBox& other) {
-      return other.covered && std::abs(other.x - cell.x) < kNarrowestCell;
-    });
-    if (!covered) break;
-    ++last;
-  }
+  while (last + 1 < rows.size() && CoveredAt(*rows[last + 1], cell.x) != nullptr) ++last;
   return last - first + 1;
 }
 
@@ -310,11 +245,11 @@ void SetHeights(const richtext::Table& table, std::size_t first,
     for (CellBox& cell : rows[i]->cells) cell.height = height;
   }
   for (const Merged& merge : merged) {
+    RowStrip& last = *rows[merge.row + merge.span - 1];
     double total = 0;
     for (std::size_t i = 0; i < merge.span; ++i) total += rows[merge.row + i]->height;
     const double missing = merge.cell->ContentHeight() - total;
     if (missing > 0) {
-      RowStrip& last = *rows[merge.row + merge.span - 1];
       for (CellBox& cell : last.cells) {
         if (cell.height == last.height) cell.height += missing;
       }
@@ -322,7 +257,16 @@ void SetHeights(const richtext::Table& table, std::size_t first,
       total += missing;
     }
     merge.cell->height = total;
+    const Rule& bottom = CoveredAt(last, merge.cell->x)->bottom;
+    if (bottom.width > 0) merge.cell->bottom = bottom;
   }
+}
+
+// Below the table's last row its bottom lines have room.
+void EndTable(RowStrip* row) {
+  for (const CellBox& cell : row->cells)
+    row->line_below = std::max(row->line_below, cell.bottom.Thickness());
+  row->height += row->line_below;
 }
 
 }  // namespace
@@ -342,14 +286,20 @@ std::size_t RowsTogether(const richtext::Table& table, std::size_t first) {
 
 BlockStrips LayOutRows(LayoutContext& context, const richtext::Table& table, std::size_t first,
                        std::size_t count, const TablePlace& place) {
+  std::vector<RowLayout> layouts;
   std::vector<std::shared_ptr<RowStrip>> rows;
   int position = place.position;
-  for (std::size_t i = 0; i < count; ++i) {
-    const richtext::Row& row = table.rows[first + i];
-    rows.push_back(RowLayout(context, row, place, position).LayOut());
+  for (std::size_t i = first; i < first + count; ++i) {
+    const Row& row = table.rows[i];
+    std::vector<LineAbove> lines_above;
+    if (i > 0) lines_above = LinesBelow(table.rows[i - 1], row, context, place);
+    layouts.emplace_back(context, row, place, position);
+    rows.push_back(layouts.back().LayOut(std::move(lines_above)));
     position += Length(row);
   }
   SetHeights(table, first, rows, context.page_height);
+  for (RowLayout& layout : layouts) layout.SetVerticalText();
+  if (first + count == table.rows.size()) EndTable(rows.back().get());
   BlockStrips block;
   block.keep_together = count > 1;
   block.strips.assign(rows.begin(), rows.end());

@@ -23,6 +23,8 @@ class ColourTable {
   // Position of the colour with this number in the source; an unknown number is automatic.
   int Position(int number) const;
   int Add(Colour colour);
+  // The colour at a position that this table gave.
+  const Colour& At(int position) const { return colours_[static_cast<std::size_t>(position)]; }
   std::vector<Colour> Take() { return std::move(colours_); }
 
  private:

@@ -20,6 +20,7 @@ constexpr std::string_view kRowSides = "tlbr";
 constexpr std::string_view kCellSides = "ltbr";
 constexpr int kTwips = 3;
 constexpr int kMostPadding = 1440;
+constexpr int kWhole = 10'000;  // hundredths of a percent
 
 bool IsRowWord(std::string_view name) {
   if (name == "rtlrow") return true;
@@ -42,6 +43,18 @@ bool NamesColour(std::string_view name) {
   static const std::unordered_set<std::string_view> kColours{
       "brdrcf", "clcbpat", "clcfpat", "trcbpat", "trcfpat", "clcbpatraw", "clcfpatraw"};
   return kColours.contains(name);
+}
+
+// A share of the one colour, in hundredths of a percent, on the other.
+Colour Mixed(Colour pattern, Colour ground, int share) {
+  if (pattern.automatic) pattern = {};
+  if (ground.automatic) ground = {.red = 255, .green = 255, .blue = 255};
+  const auto mix = [&](int over, int under) {
+    return static_cast<std::uint8_t>(under + (over - under) * share / kWhole);
+  };
+  return {.red = mix(pattern.red, ground.red),
+          .green = mix(pattern.green, ground.green),
+          .blue = mix(pattern.blue, ground.blue)};
 }
 
 void Append(const Token& word, int param, std::string* out) {
@@ -73,7 +86,7 @@ Padding CellPadding::EndCell() {
   return {length(0), length(1), length(2), length(3)};
 }
 
-bool RowDefinition::Take(const Token& word, const ColourTable& colours) {
+bool RowDefinition::Take(const Token& word, ColourTable& colours) {
   const std::string_view name = word.text;
   if (name == "trowd") {
     *this = RowDefinition();
@@ -89,7 +102,7 @@ bool RowDefinition::Take(const Token& word, const ColourTable& colours) {
   if (!started() || IsNoise(name)) return true;
   if (source_.size() + pending_.size() > kLongestDefinition) return true;
   if (name == "cellx") {
-    EndCell(word);
+    EndCell(word, colours);
     return true;
   }
   Append(word, NamesColour(name) ? colours.Position(word.param) : word.param, &pending_);
@@ -115,6 +128,8 @@ void RowDefinition::TakeRowWord(const Token& word) {
     row_.height = length;
   else if (word.text == "trhdr")
     row_.header = true;
+  else if (word.text == "rtlrow")
+    row_.right_to_left = true;
   else if (word.text == "trqc")
     row_.alignment = Alignment::kCentre;
   else if (word.text == "trqr")
@@ -142,14 +157,24 @@ bool RowDefinition::TakeCellWord(const Token& word, const ColourTable& colours) 
     cell_.vertical_merge = Cell::Merge::kFirst;
   else if (word.text == "clvmrg")
     cell_.vertical_merge = Cell::Merge::kContinued;
-  else if (word.text == "clcbpat")
+  else if (word.text == "cltxbtlr")
+    cell_.direction = Cell::Direction::kUp;
+  else if (word.text == "cltxtbrl" || word.text == "cltxtbrlv")
+    cell_.direction = Cell::Direction::kDown;
+  else if (word.text == "clcbpat" || word.text == "clcbpatraw")
     cell_.shading = colours.Position(word.param);
+  else if (word.text == "clcfpat" || word.text == "clcfpatraw")
+    pattern_colour_ = colours.Position(word.param);
+  else if (word.text == "clshdng" || word.text == "clshdngraw")
+    pattern_share_ = std::clamp(word.param, 0, kWhole);
   return true;
 }
 
-void RowDefinition::EndCell(const Token& word) {
+void RowDefinition::EndCell(const Token& word, ColourTable& colours) {
   in_border_ = false;
   edge_ = nullptr;
+  const int pattern = std::exchange(pattern_colour_, 0);
+  const int share = std::exchange(pattern_share_, 0);
   const Padding padding = padding_.EndCell();
   if (row_.cells.size() >= kMostCells) {
     pending_.clear();
@@ -158,6 +183,8 @@ void RowDefinition::EndCell(const Token& word) {
   Cell cell = std::exchange(cell_, Cell());
   cell.right_edge = std::clamp(word.param, -kWidestTable, kWidestTable);
   cell.padding = padding;
+  if (share > 0)
+    cell.shading = colours.Add(Mixed(colours.At(pattern), colours.At(cell.shading), share));
   for (Border* edge : {&cell.top, &cell.bottom, &cell.left, &cell.right}) {
     if (!edge->present) *edge = Border();
   }

@@ -32,7 +32,7 @@ class RowDefinition {
  public:
   // Takes a word that defines rows or cells; false for any other word. Border words are taken after
   // a word that names an edge of a row or cell.
-  bool Take(const Token& word, const ColourTable& colours);
+  bool Take(const Token& word, ColourTable& colours);
   bool started() const { return !source_.empty(); }
 
   // Gives a row with its cells' content the geometry defined here. Cells without a definition get
@@ -43,7 +43,7 @@ class RowDefinition {
  private:
   void TakeRowWord(const Token& word);
   bool TakeCellWord(const Token& word, const ColourTable& colours);
-  void EndCell(const Token& word);
+  void EndCell(const Token& word, ColourTable& colours);
 
   std::string source_;   // up to the last \cellx
   std::string pending_;  // after it
@@ -52,6 +52,8 @@ class RowDefinition {
   CellPadding padding_;
   bool in_border_ = false;
   Border Cell::*edge_ = nullptr;  // null for a row's border
+  int pattern_colour_ = 0;        // of the cell's shading; 0 is black
+  int pattern_share_ = 0;         // in hundredths of a percent; the rest has the cell's colour
 };
 
 }  // namespace tenora::richtext

@@ -50,6 +50,8 @@ void PaddingSource(const Row& row, const richtext::Padding& padding, std::string
 
 void CellSource(const Row& row, const Cell& cell, std::string* out) {
   out->append(CellMergeWords(cell));
+  if (cell.direction == Cell::Direction::kUp) out->append("\\cltxbtlr");
+  if (cell.direction == Cell::Direction::kDown) out->append("\\cltxtbrl");
   if (cell.vertical_align == Cell::VerticalAlign::kCentre) out->append("\\clvertalc");
   if (cell.vertical_align == Cell::VerticalAlign::kBottom) out->append("\\clvertalb");
   BorderSource("clbrdrt", cell.top, out);
@@ -78,6 +80,7 @@ std::string RowSource(const Row& row) {
   if (row.left_edge != 0) source.append("\\trleft").append(std::to_string(row.left_edge));
   if (row.height != 0) source.append("\\trrh").append(std::to_string(row.height));
   if (row.header) source.append("\\trhdr");
+  if (row.right_to_left) source.append("\\rtlrow");
   if (row.alignment == richtext::Alignment::kCentre) source.append("\\trqc");
   if (row.alignment == richtext::Alignment::kRight) source.append("\\trqr");
   for (const Cell& cell : row.cells) CellSource(row, cell, &source);
