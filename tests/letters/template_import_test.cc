@@ -81,12 +81,16 @@ TEST(CodeRepair, MakesCodesOfTheMergeFieldsInHeadersAndFooters) {
       "{\\headerf\\pard\\qr\\f0 For {\\b " +
       MergeField("MERGEFIELD Tenant_Name", "x") +
       "} only\\par}{\\footer\\trowd\\cellx4000\\pard\\intbl " +
-      MergeField("MERGEFIELD Current_Rent", "y") + "\\cell\\row\\pard\\par}\\pard text\\par}");
+      MergeField("MERGEFIELD Current_Rent", "y") +
+      "\\cell\\row\\pard\\par}\\pard text\\sect\\sectd{\\header\\pard " +
+      MergeField("MERGEFIELD Tenant_Code", "z") + "\\par}end\\par}");
   EXPECT_THAT(RepairCodes(&box, TemplateKind::kTenant, kToday),
               ElementsAre("the merge field \"Tenant_Name\" is now <<Tenant Name>>",
-                          "the merge field \"Current_Rent\" is now <<Current Rent>>"));
+                          "the merge field \"Current_Rent\" is now <<Current Rent>>",
+                          "the merge field \"Tenant_Code\" is now <<Tenant Code>>"));
   EXPECT_THAT(LintTemplate(box, TemplateKind::kTenant, kToday), IsEmpty());
   const std::string rtf = box.TextRTF();
+  EXPECT_THAT(rtf, HasSubstr("<<Tenant Code>>\\par"));
   EXPECT_THAT(rtf, HasSubstr("For \\b <<Tenant Name>>\\b0  only\\par"));
   EXPECT_THAT(rtf, HasSubstr("<<Current Rent>>\\cell\\row"));
   const auto& groups = box.Document().head_groups;

@@ -104,6 +104,7 @@ TEST_F(TemplateLintTest, FindsACodeExactlyWhereTheMergeLeavesIt) {
       "<{\\b <@>>}",
       "<<^{\\cf1 $}>>",
       "x{\\footnote <<^{\\f1 $}>>}",
+      "x\\sect\\sectd{\\footerf <<^{\\f1 $}>>\\par}y",
       "{\\shp{\\*\\shpinst{\\shptxt <<^{\\ul $}>>\\par}}}",
       "<< @ >>",
       "<<@\\par >",

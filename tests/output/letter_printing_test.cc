@@ -100,6 +100,10 @@ TEST_F(PrinterModTest, TakesALettersOwnMarginsWhereNoneAreStored) {
       {{"0", "0", "-20", "0"}, "\\margl900\\margt-600", -20, 600, 1800},
       {{"0", "0", "0", "0"}, "\\margl900\\margr900", 900, 1440, 900},
       {{"0", "0", "0", "0"}, "", 0, 0, 0},
+      {{"0", "0", "0", "0"}, own + "\\gutter300", 2001, 1134, 2268},
+      {{"0", "0", "0", "0"}, own + "\\gutter300\\rtlgutter ", 1701, 1134, 2568},
+      {{"0", "0", "0", "0"}, own + "\\gutter300\\gutterprl ", 1701, 1434, 2268},
+      {{"0", "0", "567", "0"}, own + "\\gutter300\\margmirror ", 567, 1134, 2268},
       // Made for larger paper: none of its margins counts.
       {{"0", "0", "1000", "0"}, "\\paperw30000\\margl1000\\margr15000\\margt1134", 1000, 0, 0},
   };
@@ -109,6 +113,25 @@ TEST_F(PrinterModTest, TakesALettersOwnMarginsWhereNoneAreStored) {
     EXPECT_NEAR(paper.Find("Corner").left, c.left, kNear) << c.head;
     EXPECT_NEAR(paper.Find("Corner").top, c.top, kNear) << c.head;
     EXPECT_NEAR(paper.Find("Edge").right, test::kPageWidth - c.right, kNear) << c.head;
+  }
+}
+
+TEST_F(PrinterModTest, MirrorsMarginsAndGutterOnEvenPages) {
+  SetMargins({"0", "0", "0", "0"});
+  const Paper paper =
+      PrintRtf(Rtf("\\margmirror\\margl1000\\margr700\\gutter500{\\header\\pard "
+                   "Head\\par}one\\page two\\sect\\sectd"
+                   "\\guttersxn100 three\\page four"));
+  const std::vector<std::pair<const char*, int>> lefts{
+      {"one", 1500}, {"two", 700}, {"three", 1100}, {"four", 700}};
+  for (std::size_t page = 0; page < lefts.size(); ++page) {
+    const test::Word word = paper.Find(lefts[page].first);
+    EXPECT_EQ(word.page, page + 1);
+    EXPECT_NEAR(word.left, lefts[page].second, kNear) << word.text;
+    for (const test::Word& head : paper.Words()) {
+      if (head.page != word.page || head.text != "Head") continue;
+      EXPECT_NEAR(head.left, word.left, kNear);
+    }
   }
 }
 

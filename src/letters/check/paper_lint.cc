@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/printing/not_on_paper.h"
+#include "platform/richtext/document_sections.h"
 #include "platform/richtext/document_text.h"
 #include "platform/runtime/text.h"
 
@@ -49,8 +50,8 @@ std::vector<TemplateFinding> LintPaper(const RichTextBox& letter) {
   std::vector<TemplateFinding> found;
   printing::PaperFinder finder;
   LintBlocks(letter.Document().blocks, "", finder, &found);
-  for (const richtext::HeadGroup& group : letter.Document().head_groups) {
-    LintBlocks(group.blocks, group.word.starts_with("footer") ? "footer" : "header", finder,
+  for (const richtext::HeadGroup* group : richtext::HeadGroupsOf(letter.Document())) {
+    LintBlocks(group->blocks, group->word.starts_with("footer") ? "footer" : "header", finder,
                &found);
   }
   return found;

@@ -8,6 +8,7 @@
 #include "letters/lint/code_rules.h"
 #include "letters/lint/merge_field.h"
 #include "letters/template_import.h"
+#include "platform/richtext/document_sections.h"
 #include "platform/richtext/rtf_reader.h"
 #include "platform/richtext/rtf_writer.h"
 
@@ -98,10 +99,15 @@ void RepairMergeFields(RichTextBox* letter, TemplateKind kind, std::vector<std::
   Document document = letter->Document();
   const std::size_t before = repairs->size();
   MergeFieldRepair repair(kind, repairs);
-  for (HeadGroup& group : document.head_groups) {
-    const std::size_t already = repairs->size();
-    repair.Repair(&group.blocks);
-    if (repairs->size() != already) group.source = SourceOf(group, document);
+  std::vector<std::vector<HeadGroup>*> heads{&document.head_groups};
+  for (richtext::Section* section : richtext::OwnSections(&document))
+    heads.push_back(&section->head_groups);
+  for (std::vector<HeadGroup>* const groups : heads) {
+    for (HeadGroup& group : *groups) {
+      const std::size_t already = repairs->size();
+      repair.Repair(&group.blocks);
+      if (repairs->size() != already) group.source = SourceOf(group, document);
+    }
   }
   repair.Repair(&document.blocks);
   if (repairs->size() == before) return;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/richtext/carried_text.h"
+#include "platform/richtext/document_sections.h"
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/rtf_reader.h"
 #include "platform/richtext/source_head.h"
@@ -58,7 +59,8 @@ class Collector {
   };
 
   void Add(const Document& document, std::string_view place, int position) {
-    for (const richtext::HeadGroup& group : document.head_groups) AddCarried(group.source, kInHead);
+    for (const richtext::HeadGroup* group : richtext::HeadGroupsOf(document))
+      AddCarried(group->source, kInHead);
     LetterText text;
     text.place = place;
     text.position = position;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/printing/document_length.h"
+#include "platform/richtext/page_heads.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 
@@ -75,8 +76,9 @@ void PrintDocument(printing::Printer& printer, const richtext::Document& documen
   printing::FormatRange range;
   range.document = &document;
   const printing::Paper paper = printing::PaperOf(printer, document.page);
+  const richtext::PageSetup page = richtext::WithGutter(document.page, document.page);
   range.page_rect = {0, 0, paper.width, paper.height};
-  range.print_rect = PrintRect(paper, MarginsOf(document.page, stored));
+  range.print_rect = PrintRect(paper, MarginsOf(page, stored));
   range.own_margins = {.left = stored.left == 0,
                        .top = stored.top == 0,
                        .right = stored.right == 0,

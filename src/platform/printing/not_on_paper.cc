@@ -6,6 +6,7 @@
 
 #include "platform/printing/pictures.h"
 #include "platform/printing/qt_application.h"
+#include "platform/richtext/document_sections.h"
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/notes.h"
 
@@ -80,14 +81,9 @@ std::string_view PaperFinder::NotDrawn(const richtext::Picture& picture) {
 std::vector<std::string> NotOnPaper(const richtext::Document& document) {
   PaperFinder finder;
   std::vector<std::string> found;
-  std::vector<const richtext::HeadGroup*> heads;  // of the sections after the first
   const auto look_through = [&](const std::vector<richtext::Block>& blocks,
                                 PaperFinder::Place place) {
     richtext::ForEachParagraph(blocks, [&](const richtext::Paragraph& paragraph, auto) {
-      if (paragraph.next_section != nullptr) {
-        for (const richtext::HeadGroup& group : paragraph.next_section->head_groups)
-          heads.push_back(&group);
-      }
       for (const richtext::Run& run : paragraph.runs) {
         std::string words = finder.NotShown(run, place);
         if (words.empty() || std::ranges::find(found, words) != found.end()) continue;
@@ -96,10 +92,7 @@ std::vector<std::string> NotOnPaper(const richtext::Document& document) {
     });
   };
   look_through(document.blocks, PaperFinder::Place::kText);
-  for (const richtext::HeadGroup& group : document.head_groups)
-    look_through(group.blocks, PaperFinder::Place::kHead);
-  const auto later = std::exchange(heads, {});
-  for (const richtext::HeadGroup* group : later)
+  for (const richtext::HeadGroup* group : richtext::HeadGroupsOf(document))
     look_through(group->blocks, PaperFinder::Place::kHead);
   return found;
 }

@@ -46,4 +46,27 @@ std::vector<DocumentSection> SectionsOf(const Document& document) {
   return sections;
 }
 
+std::vector<const HeadGroup*> HeadGroupsOf(const Document& document) {
+  std::vector<const HeadGroup*> groups;
+  for (const HeadGroup& group : document.head_groups) groups.push_back(&group);
+  for (const Block& block : document.blocks) {
+    const auto* paragraph = std::get_if<Paragraph>(&block);
+    if (paragraph == nullptr || paragraph->next_section == nullptr) continue;
+    for (const HeadGroup& group : paragraph->next_section->head_groups) groups.push_back(&group);
+  }
+  return groups;
+}
+
+std::vector<Section*> OwnSections(Document* document) {
+  std::vector<Section*> sections;
+  for (Block& block : document->blocks) {
+    auto* paragraph = std::get_if<Paragraph>(&block);
+    if (paragraph == nullptr || paragraph->next_section == nullptr) continue;
+    auto own = std::make_shared<Section>(*paragraph->next_section);
+    sections.push_back(own.get());
+    paragraph->next_section = std::move(own);
+  }
+  return sections;
+}
+
 }  // namespace tenora::richtext

@@ -19,4 +19,9 @@ struct DocumentSection {
 // At least one. Points into the document.
 std::vector<DocumentSection> SectionsOf(const Document& document);
 
+// The headers, footers and the like of all sections, in their order.
+std::vector<const HeadGroup*> HeadGroupsOf(const Document& document);
+// The sections after the first, which the document then shares with no other: they may be changed.
+std::vector<Section*> OwnSections(Document* document);
+
 }  // namespace tenora::richtext

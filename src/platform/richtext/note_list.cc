@@ -66,8 +66,12 @@ bool HasAuthorsMark(const Run* before, const std::vector<Block>& note) {
 }  // namespace
 
 NoteList::NoteList(const PageSetup& page)
-    : foot_{StyleOf(page, "ftn"), PageWord(page, "ftnstart").value_or(1)},
-      end_{StyleOf(page, "aftn"), PageWord(page, "aftnstart").value_or(1)} {}
+    : foot_(NumbersOf(page, "ftn")), end_(NumbersOf(page, "aftn")) {}
+
+NoteList::Numbers NoteList::NumbersOf(const PageSetup& page, const std::string& kind) {
+  const int start = PageWord(page, kind + "start").value_or(1);
+  return {StyleOf(page, kind), start, start, PageWord(page, kind + "restart").has_value()};
+}
 
 void NoteList::Add(std::span<const Block> blocks) {
   for (const Block& block : blocks) {
@@ -95,6 +99,10 @@ void NoteList::Add(const Paragraph& paragraph) {
     } else {
       for (const auto& figure : object->figures) Add(figure->blocks);
     }
+  }
+  if (paragraph.next_section == nullptr) return;
+  for (Numbers* const numbers : {&foot_, &end_}) {
+    if (numbers->restarts) numbers->next = numbers->start;
   }
 }
 

@@ -42,7 +42,11 @@ class NoteList {
   struct Numbers {
     Bullet::Kind style = Bullet::Kind::kDecimal;
     int next = 1;
+    int start = 1;  // of the first, and of each section's where they restart
+    bool restarts = false;
   };
+
+  static Numbers NumbersOf(const PageSetup& page, const std::string& kind);
 
   void Add(const Paragraph& paragraph);
   void AddNote(const Run& run, Note note, const Run* before, std::vector<const Verbatim*>* waiting);

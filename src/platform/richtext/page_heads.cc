@@ -54,6 +54,19 @@ std::optional<int> PageWord(const PageSetup& page, std::string_view word) {
   return std::nullopt;
 }
 
+PageSetup WithGutter(PageSetup page, const PageSetup& first) {
+  const int whole = PageWord(first, "gutter").value_or(0);
+  const int gutter = std::clamp(PageWord(page, "guttersxn").value_or(whole), 0, kLargestPage);
+  if (gutter == 0) return page;
+  if (PageWord(first, "gutterprl"))
+    page.top += gutter;
+  else if (PageWord(page, "rtlgutter"))
+    page.right += gutter;
+  else
+    page.left += gutter;
+  return page;
+}
+
 PageSide PageHeads::SideOf(int page, int number) const {
   if (page == 1 && first_differs) return PageSide::kFirst;
   return even_differs && number % 2 == 0 ? PageSide::kEven : PageSide::kCommon;

@@ -15,6 +15,9 @@ namespace tenora::richtext {
 // word.
 std::optional<int> PageWord(const PageSetup& page, std::string_view word);
 
+// The page with the section's gutter, where its sheets are bound, as a part of a margin.
+PageSetup WithGutter(PageSetup page, const PageSetup& first);
+
 enum class PageSide { kCommon, kFirst, kEven };
 inline constexpr std::size_t kPageSides = 3;
 

@@ -54,7 +54,7 @@ class RichTextBox {
   // Raises 321 (Invalid file format) when the piece contains none.
   void InsertObject(std::string_view rtf_group);
   // Changes the page margins that the letter itself names, twips, 0 for none; those beyond 22
-  // inches are cut. The selection stays.
+  // inches are cut. Sections that had the first one's margin go with it. The selection stays.
   void SetMargins(int left, int top, int right, int bottom);
   // Replaces every occurrence that Find finds, as one change, and gives their number. What is put
   // in is not searched again; an occurrence that touches one of the ranges to skip (from, to)

@@ -46,6 +46,8 @@ TEST(Sections, BeginAsTheirOwnWordsSay) {
        "\\sect c",
        {"1 of 2 a", "1 of 2 b", "2 of 1 c"}},
       {"a\\par\\sect\\sect b", {"a", "", "b"}},
+      {"a\\page\\sect b\\par\\page\\sect\\sectd c\\page\\sect\\sectd\\sbknone d",
+       {"a", "b", "c", "d"}},
   };
   const ScratchFolder folder;
   for (const auto& c : cases)
@@ -139,6 +141,8 @@ TEST(Sections, HaveTheirNotesAtTheFootOfThePageAndAtTheEnd) {
       {"m" + note(lines("n", 18)) + "\\par after\\par " + lines("x", 5),
        {"m 1 1 n1 n2 n3 n4 n5 n6 n7 n8", "after x1 x2 x3 x4 n9 n10 n11 n12",
         "x5 n13 n14 n15 n16 n17 n18"}},
+      {"\\ftnrestart a" + note("x") + note("y") + "\\sect\\sectd b" + note("z"),
+       {"a 12 1 x 2 y", "b 1 1 z"}},
       {"\\aftnnrlc\\ftnstart5 a" + note("last", "\\ftnalt") + " b" + note("foot") + "\\par " +
            lines("x", 6),
        {"a i b 5 x1 x2 x3 x4 x5 x6 i last 5 foot"}},

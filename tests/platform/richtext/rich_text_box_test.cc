@@ -125,6 +125,16 @@ TEST(RichTextBox, SavesWhatItHolds) {
   EXPECT_EQ(changes, 1);
 }
 
+TEST(RichTextBox, ChangesTheMarginsOfSectionsThatHadTheFirstOnes) {
+  RichTextBox box;
+  box.SetTextRTF("{\\rtf1\\margl900\\margr900 a\\sect\\sectd b\\sect\\sectd\\marglsxn500 c}");
+  box.SetMargins(700, 1440, 900, 100);
+  EXPECT_THAT(box.TextRTF(),
+              AllOf(HasSubstr("\\margl700\\margr900\\margt1440\\margb100"),
+                    HasSubstr("\\marglsxn700\\margrsxn900\\margtsxn1440\\margbsxn100"),
+                    HasSubstr("\\marglsxn500\\margrsxn900\\margtsxn1440\\margbsxn100")));
+}
+
 TEST(RichTextBox, TakesOtherTextForPlainText) {
   RichTextBox box;
   box.SetTextRTF("just {text}");

@@ -154,6 +154,8 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   place.framed_below = FramedWith(paragraph, block_ + 1);
   if (place.framed_below && !place.joins_below)
     place.space_below = paragraph.format.space_after + FormatOf(block_ + 1)->space_before;
+  place.ends_page = paragraph.next_section != nullptr &&
+                    paragraph.next_section->begin == richtext::Section::Begin::kPage;
   place.last_visible = depth_ == 0 && block_ + 1 == visible_blocks_;
   position_ += Length(paragraph);
   ++block_;

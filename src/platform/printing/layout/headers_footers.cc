@@ -112,30 +112,31 @@ bool HeadersAndFooters::ShowPageCount() const {
          std::any_of(footers_.begin(), footers_.end(), counts);
 }
 
-void HeadersAndFooters::Draw(QPainter& painter, int page, richtext::PageNumbers numbers) {
+void HeadersAndFooters::Draw(QPainter& painter, int page, richtext::PageNumbers numbers,
+                             double shift) {
   const PageSide side = which_.SideOf(page, numbers.page);
   numbers.style = which_.number_style;
   for (Heads* heads : {&headers_, &footers_}) {
     std::optional<Head>& head = (*heads)[Index(side)];
     if (!head) continue;
     if (head->fields.number || head->fields.count) LayOut(&*head, numbers);
-    Draw(painter, *head, MostOn(side));
+    Draw(painter, *head, MostOn(side), area_.left + shift);
   }
 }
 
-void HeadersAndFooters::Draw(QPainter& painter, const Head& head, double most) const {
+void HeadersAndFooters::Draw(QPainter& painter, const Head& head, double most, double left) const {
   most -= head.footer ? footer_bottom_ : header_top_;
   const double scale = head.height > most ? most / head.height : 1;
   const double top =
       head.footer ? area_.paper_height - footer_bottom_ - head.height * scale : header_top_;
   painter.save();
-  painter.translate(area_.left * (1 - scale), top * (1 - scale));
+  painter.translate(left * (1 - scale), top * (1 - scale));
   painter.scale(scale, scale);
   double y = top;
   PlacedStrips strips;
   for (const auto& strip : head.strips) {
     y += strip->space_before;
-    strips.Add(strip, QPointF(area_.left, y));
+    strips.Add(strip, QPointF(left, y));
     y += strip->height + strip->space_after;
   }
   strips.Draw(painter);

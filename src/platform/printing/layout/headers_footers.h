@@ -32,8 +32,8 @@ class HeadersAndFooters {
 
   // Whether some page shows how many pages there are.
   bool ShowPageCount() const;
-  // On a page of the section, 1 the first.
-  void Draw(QPainter& painter, int page, richtext::PageNumbers numbers);
+  // On a page of the section, 1 the first; `shift` is to the right of the text area.
+  void Draw(QPainter& painter, int page, richtext::PageNumbers numbers, double shift);
 
   // That the section's first page shows; nothing where the count goes on.
   std::optional<int> FirstNumber() const { return which_.first_number; }
@@ -56,7 +56,7 @@ class HeadersAndFooters {
   double MostOn(richtext::PageSide side) const;
   double EndOf(const std::optional<Head>& head) const;
   Body BodyWith(richtext::PageSide side) const;
-  void Draw(QPainter& painter, const Head& head, double most) const;
+  void Draw(QPainter& painter, const Head& head, double most, double left) const;
 
   LayoutContext context_;
   PageArea area_;

@@ -58,8 +58,8 @@ const richtext::PageSetup& PageLayout::NextPageSetup() const {
 // Margins that leave no room do not count.
 PageArea PageLayout::AreaOf(const richtext::DocumentSection& section) const {
   const PageArea& first = frame_.first;
-  const richtext::PageSetup& page = *section.page;
-  if (&page == sections_.front().page) return first;
+  if (section.page == sections_.front().page) return first;
+  const richtext::PageSetup page = richtext::WithGutter(*section.page, *sections_.front().page);
   PageArea area;
   const Paper paper = PaperFor(page, frame_.printers, frame_.any_size);
   area.paper_width = paper.width;
@@ -72,6 +72,13 @@ PageArea PageLayout::AreaOf(const richtext::DocumentSection& section) const {
       area.paper_height - (frame_.bottom_kept ? first.paper_height - first.bottom : page.bottom);
   if (area.width() >= kLeastRoom && area.height() >= kLeastRoom) return area;
   return {area.paper_width, area.paper_height, 0, 0, area.paper_width, area.paper_height};
+}
+
+// Of mirrored margins, the left one of a page with an even number is the right one of the others.
+double PageLayout::Shift(const PageArea& area) const {
+  const bool mirrored = !frame_.left_kept && !frame_.right_kept && page_.number % 2 == 0 &&
+                        richtext::PageWord(*sections_.front().page, "margmirror").has_value();
+  return mirrored ? area.paper_width - area.right - area.left : 0;
 }
 
 LayoutContext PageLayout::ContextOf(std::size_t section) const {
@@ -151,7 +158,7 @@ void PageLayout::BeginPage() {
   const HeadersAndFooters::Body body = HeadsOf(section_).BodyOf(page_.in_section, page_.number);
   const PageArea area = AreaOf(sections_[section_]);
   columns_ = std::make_unique<PageColumns>(body.top, body.bottom);
-  columns_->Begin(ColumnsOf(*sections_[section_].page, area.width()), area.left);
+  columns_->Begin(ColumnsOf(*sections_[section_].page, area.width()), area.left + Shift(area));
   BeginColumn();
 }
 
@@ -174,7 +181,7 @@ bool PageLayout::NextSection() {
   }
   if (section.begin != Begin::kContinuous || !same_paper) return false;
   if (!richtext::PageWord(*sections_.front().page, "nocolbal")) columns_->Balance();
-  columns_->Begin(ColumnsOf(*section.page, area.width()), area.left);
+  columns_->Begin(ColumnsOf(*section.page, area.width()), area.left + Shift(area));
   section_ = next;
   return true;
 }
@@ -187,7 +194,8 @@ void PageLayout::Draw(QPainter& painter) {
     numbers.pages = totals_.pages;
     numbers.section_pages = totals_.by_section[page_.section];
   }
-  HeadsOf(page_.section).Draw(painter, page_.in_section, numbers);
+  const double shift = Shift(AreaOf(sections_[page_.section]));
+  HeadsOf(page_.section).Draw(painter, page_.in_section, numbers, shift);
   columns_->Draw(painter);
 }
 

@@ -59,6 +59,8 @@ class PageLayout {
   void CountPages();
   void EnterSection(std::size_t section);
   PageArea AreaOf(const richtext::DocumentSection& section) const;
+  // How far the text of the page stands to the right of the area.
+  double Shift(const PageArea& area) const;
   LayoutContext ContextOf(std::size_t section) const;
   HeadersAndFooters& HeadsOf(std::size_t section);
 

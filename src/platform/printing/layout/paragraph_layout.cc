@@ -346,6 +346,8 @@ void ParagraphLayout::Place(const BreakItem& item, bool last) {
   page_break_ = item.kind == BreakItem::Kind::kPage;
   column_break_ = item.kind == BreakItem::Kind::kColumn;
   if (!in_text && last && place_.last_visible && !lines_.empty()) return;
+  // One page break is enough.
+  if (page_break_ && last && place_.ends_page) return;
   StartLine();
 }
 

@@ -19,6 +19,7 @@ struct ParagraphPlace {
   double space_below = 0;  // to the neighbour in the same frame
   // Nothing visible follows: a page break at the paragraph's end adds no page.
   bool last_visible = false;
+  bool ends_page = false;  // the section ends with it, and the next one begins a page
   // The paragraph's first line begins at this height, and what floats in it is added; null where
   // nothing may float.
   double y = 0;

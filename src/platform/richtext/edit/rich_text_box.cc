@@ -6,6 +6,7 @@
 
 #include "platform/richtext/characters/byte_decoder.h"
 #include "platform/richtext/characters/code_page.h"
+#include "platform/richtext/document_sections.h"
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/edit/edited_document.h"
 #include "platform/richtext/edit/text_search.h"
@@ -256,11 +257,19 @@ void RichTextBox::InsertObject(std::string_view rtf_group) {
 void RichTextBox::SetMargins(int left, int top, int right, int bottom) {
   const auto bounded = [](int twips) { return std::clamp(twips, 0, richtext::kLargestPage); };
   richtext::Document document = state_->Parsed();
+  const richtext::PageSetup before = document.page;
   richtext::PageSetup& page = document.page;
   page.left = bounded(left);
   page.top = bounded(top);
   page.right = bounded(right);
   page.bottom = bounded(bottom);
+  for (richtext::Section* const section : richtext::OwnSections(&document)) {
+    for (int richtext::PageSetup::*const side :
+         {&richtext::PageSetup::left, &richtext::PageSetup::top, &richtext::PageSetup::right,
+          &richtext::PageSetup::bottom}) {
+      if (section->page.*side == before.*side) section->page.*side = page.*side;
+    }
+  }
   const int start = SelStart(), selected = SelLength();
   state_->SetEdited(std::move(document));
   Select(start, selected);

@@ -89,12 +89,12 @@ bool PageWords::TakeColumn(const Token& word) {
 
 bool PageWords::TakeOther(const Token& word) {
   static const std::unordered_set<std::string_view> kHead{
-      "facingp",  "nocolbal",  "margmirror", "gutter",   "pgnstart",
-      "ftnstart", "aftnstart", "ftnnalc",    "ftnnauc",  "ftnnrlc",
-      "ftnnruc",  "aftnnalc",  "aftnnauc",   "aftnnrlc", "aftnnruc"};
+      "facingp", "nocolbal", "margmirror", "gutterprl", "ftnrestart", "aftnrestart",
+      "gutter",  "pgnstart", "ftnstart",   "aftnstart", "ftnnalc",    "ftnnauc",
+      "ftnnrlc", "ftnnruc",  "aftnnalc",   "aftnnauc",  "aftnnrlc",   "aftnnruc"};
   static const std::unordered_set<std::string_view> kOwn{
-      "headery",    "footery",   "titlepg",    "guttersxn", "cols",    "colsx",
-      "linebetcol", "pgnstarts", "pgnrestart", "vertalc",   "vertalb", "linex"};
+      "headery",   "footery",    "titlepg", "guttersxn", "cols",  "colsx",    "linebetcol",
+      "pgnstarts", "pgnrestart", "vertalc", "vertalb",   "linex", "rtlgutter"};
   static const std::unordered_set<std::string_view> kNumbers{"pgnucrm", "pgnlcrm", "pgnucltr",
                                                              "pgnlcltr"};
   if (word.text == "pgncont") {
