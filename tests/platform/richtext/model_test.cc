@@ -314,11 +314,11 @@ TEST(RtfReader, TakesTheFiguresOutOfDrawings) {
              "8;5;(0,0);(10,0);(10,5);(10,10);(5,10)}}{\\sp{\\sn pSegmentInfo}{\\sv "
              "2;5;16384;1;8193;24577;32768}}"),
        {"outline 0 0 1000 500 255/255/255 0/0/0 M0,0 L1000,0 C1000,250 1000,500 500,500 Z"}},
-      // What is turned by about a quarter has the place of the turned shape; its text stays
-      // upright.
+      // What is turned by about a quarter has the place of the turned shape. Boxes of text are not
+      // turned.
       {shape(1, "{\\sp{\\sn rotation}{\\sv 5898240}}"),
        {"rectangle 250 -250 750 750 255/255/255 0/0/0 turned 90"}},
-      {shape(1, "{\\sp{\\sn rotation}{\\sv 5898240}}{\\shptxt box\\par}"),
+      {shape(1, "{\\sp{\\sn rotation}{\\sv 2949120}}{\\shptxt box\\par}"),
        {"rectangle 0 0 1000 500 255/255/255 0/0/0 box"}},
       {"{\\shpgrp{\\*\\shpinst" + place +
            "{\\sp{\\sn groupRight}{\\sv 200}}{\\sp{\\sn groupBottom}{\\sv 100}}" +

@@ -95,11 +95,10 @@ void ShapeReader::Close() {
   }
   if (shape.hidden) return;
   Area whole = outermost ? Area{0, 0, double(width()), double(height())} : shape.in_group;
-  // Text stays upright, so a box of text that is turned about a quarter fills the same place.
-  const bool quarter = IsNearlyQuarter(shape.rotation);
-  if (quarter && !shape.blocks.empty()) shape.rotation = 0;
+  // Text is not turned, nor the box around it.
+  if (!shape.blocks.empty()) shape.rotation = 0;
   // The place of what is turned so far is that of its turned box.
-  if (quarter && shape.rotation != 0) whole = Turned(whole);
+  if (IsNearlyQuarter(shape.rotation)) whole = Turned(whole);
   if (shape.group) {
     JoinGroup(&shape, whole);
   } else {
