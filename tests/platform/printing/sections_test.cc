@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/printing/paper.h"
 #include "platform/richtext/rtf_reader.h"
 
@@ -105,6 +107,27 @@ TEST(Sections, BreakTheirColumnsWhereTheAuthorDoes) {
                       std::to_string(static_cast<int>((word.bottom - kInch) / 500)));
     }
     EXPECT_THAT(words, testing::UnorderedElementsAreArray(c.words)) << c.body;
+  }
+}
+
+// Whether anything dark is between two columns of the page, beside their first line.
+bool HasLineBetween(const Paper& paper, int page) {
+  const std::string number = std::to_string(page);
+  const std::string image =
+      Poppler({"pdftoppm", "-r", "72", "-gray", "-f", number, "-l", number, paper.file.string()});
+  constexpr std::size_t kWidth = 595, kRow = 78, kLeft = 290, kRight = 305;
+  const std::size_t pixels = image.find("255\n") + 4;
+  const std::string_view row = std::string_view(image).substr(pixels + kRow * kWidth, kWidth);
+  return std::ranges::any_of(row.substr(kLeft, kRight - kLeft),
+                             [](char grey) { return static_cast<unsigned char>(grey) < 200; });
+}
+
+TEST(Sections, HaveALineBetweenTheirColumnsOnEveryPage) {
+  const ScratchFolder folder;
+  for (const std::string word : {"\\linebetcol", ""}) {
+    const Paper paper =
+        Print(Letter("\\cols2" + word + " a\\column b\\column c\\column d"), folder);
+    for (const int page : {1, 2}) EXPECT_EQ(HasLineBetween(paper, page), !word.empty()) << page;
   }
 }
 

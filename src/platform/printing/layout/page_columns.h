@@ -31,6 +31,8 @@ class PageColumns {
 
   // Goes on with the columns of another section, below what is there.
   void Begin(ColumnSetup setup, double left);
+  // Nothing more is placed in these columns.
+  void EndColumns();
   // Makes the columns of the section that ends here equally long.
   void Balance();
   // False where the current column is the last.
@@ -87,7 +89,6 @@ class PageColumns {
   QPointF Corner(double y) const;
   // How many columns the strips take when none is longer; places them if wanted.
   std::size_t Distribute(double height, bool place);
-  void EndColumns();
 
   double page_top_;
   double top_, bottom_;  // of the columns; the bottom is above what is at the column's foot

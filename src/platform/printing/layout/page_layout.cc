@@ -123,6 +123,7 @@ void PageLayout::FillPage(QPainter* painter, int to) {
     BeginColumn();
   }
   if (!Load(1)) FillFoot(columns_->Left());
+  columns_->EndColumns();
   if (painter != nullptr) Draw(*painter);
   next_ = length_;
   if (Load(1))
