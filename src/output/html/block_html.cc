@@ -331,12 +331,13 @@ void BlockHtml::CloseFrame() {
   around_ = outside_frame_;
 }
 
-// HTML keeps the larger of the spaces between two paragraphs, paper adds them.
+// HTML keeps the larger of the spaces between two paragraphs, most letters add them.
 BlockHtml::Spaces BlockHtml::SpacesOf(const ParagraphFormat& format, const richtext::Block* next) {
   const Paragraph* const below = ParagraphIn(next);
   const bool joins_below = below != nullptr && richtext::WithoutSpaceBetween(format, below->format);
   Spaces spaces;
-  if (format.space_before > 0 && !joins_above_) spaces.above = format.space_before + space_below_;
+  const int added = richtext::HasHtmlSpacing(context_.parts.document) ? 0 : space_below_;
+  if (format.space_before > 0 && !joins_above_) spaces.above = format.space_before + added;
   if (!joins_below) spaces.below = format.space_after;
   space_below_ = spaces.below;
   joins_above_ = joins_below;

@@ -73,6 +73,13 @@ struct Bullet {
   int indent = 0;             // \pnindent
   std::string before, after;  // \pntxtb, \pntxta; the bullet character itself for kBullet
   int list = 0;               // differs between lists that would else be one
+  // Between the mark and the text.
+  enum class Gap { kTab, kSpace, kNone };
+  Gap gap = Gap::kTab;
+  Alignment alignment = Alignment::kLeft;  // of the mark, at the first line's start
+  // Of the mark, where it is not as the paragraph's mark.
+  std::optional<bool> bold = std::nullopt, italic = std::nullopt;
+  int half_points = 0;
 
   bool operator==(const Bullet&) const = default;
 };
@@ -121,6 +128,8 @@ struct ParagraphFormat {
   Alignment alignment = Alignment::kLeft;
   int left_indent = 0, right_indent = 0, first_indent = 0;  // first is relative to left
   int space_before = 0, space_after = 0;
+  // \sbauto, \saauto: the space is that of a paragraph in HTML, which lists have only around them.
+  bool automatic_before = false, automatic_after = false;
   // \contextualspace: the style within which paragraphs have no space between them; -1 for none.
   int contextual_style = -1;
   int line_spacing = 0;                // \slN: 0 automatic, negative exact, positive at least

@@ -5,8 +5,18 @@
 
 namespace tenora::richtext {
 
-// Whether there is no space between two paragraphs of one style.
-bool WithoutSpaceBetween(const ParagraphFormat& one, const ParagraphFormat& other);
+// Whether there is no space between two paragraphs: of one style, or items whose space is
+// automatic.
+bool WithoutSpaceBetween(const ParagraphFormat& upper, const ParagraphFormat& lower);
+
+// \htmautsp: of the space below a paragraph and that above the next, the larger counts, as in HTML.
+bool HasHtmlSpacing(const Document& document);
+
+// The space between a paragraph and its neighbours, twips; they are null at the ends of the text,
+// of a cell and beside tables. What is above the lower of two comes in addition to what is below
+// the upper one.
+int SpaceAbove(const ParagraphFormat& format, const ParagraphFormat* above, bool html_spacing);
+int SpaceBelow(const ParagraphFormat& format, const ParagraphFormat* below);
 
 // Whether two paragraphs share one frame.
 bool SameFrame(const ParagraphFormat& one, const ParagraphFormat& other);

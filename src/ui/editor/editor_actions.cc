@@ -283,6 +283,8 @@ void EditorActions::MakeParagraphActions() {
     editor.formatting().ChangeParagraphs([&](ParagraphFormat& format) {
       format.space_before = wanted.space_before;
       format.space_after = wanted.space_after;
+      format.automatic_before = wanted.automatic_before;
+      format.automatic_after = wanted.automatic_after;
       format.line_spacing = wanted.line_spacing;
       format.line_spacing_multiple = wanted.line_spacing_multiple;
     });

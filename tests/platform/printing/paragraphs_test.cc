@@ -94,7 +94,7 @@ TEST_F(Paragraphs, HangTheirFirstLineAndFillJustifiedOnes) {
 TEST_F(Paragraphs, BreakLinesWhereEqualWidthsSay) {
   // 10-point Courier is 120 twips a letter: 24 letters to two inches.
   const std::string text = "123456789 123456789 1234 123456789 123456789 12345 end";
-  const Paper paper = Print(DocumentOf({Line(text, {}, Courier(20))}), folder_, 2890);
+  const Paper paper = Print(DocumentOf({Line(text, {}, Courier(20))}), folder_, 2880);
   EXPECT_THAT(paper.PageText(1), HasSubstr("123456789 123456789 1234\n123456789 123456789\n"
                                            "12345 end\n"));
 }
@@ -200,6 +200,88 @@ TEST_F(Paragraphs, OfOneStyleStandWithoutSpaceBetweenThem) {
     EXPECT_THAT(paper.Find(word).top - top, DoubleNear(step, kNear)) << word;
     top = paper.Find(word).top;
   }
+}
+
+TEST_F(Paragraphs, HaveTheLargerSpaceBetweenThemInLettersWithTheSpacingOfHtml) {
+  ParagraphFormat automatic, spaced, item;
+  automatic.automatic_before = automatic.automatic_after = true;
+  automatic.space_before = automatic.space_after = 280;
+  spaced.space_before = 500;
+  spaced.space_after = 100;
+  item = automatic;
+  item.bullet.kind = Bullet::Kind::kBullet;
+  item.left_indent = 360;
+  item.first_indent = -360;
+  richtext::Document document = DocumentOf({Line("first", automatic), Line("second", automatic),
+                                            Line("third", spaced), Line("fourth", automatic),
+                                            Line("fifth", item), Line("sixth", item), Line("end")});
+  const double line = 276;
+  const struct {
+    const char* word;
+    double added, larger;  // below the word before
+  } steps[] = {{"second", 560, 280}, {"third", 780, 500}, {"fourth", 380, 280},
+               {"fifth", 560, 280},  {"sixth", 0, 0},     {"end", 280, 280}};
+  for (const bool html : {false, true}) {
+    if (html) document.page.other_words = "\\htmautsp";
+    const Paper paper = Print(document, folder_);
+    double top = paper.Find("first").top;
+    EXPECT_THAT(top, DoubleNear(kInch + (html ? 0 : 280), kNear));
+    for (const auto& step : steps) {
+      const double below = paper.Find(step.word).top;
+      EXPECT_THAT(below - top, DoubleNear(line + (html ? step.larger : step.added), kNear))
+          << step.word;
+      top = below;
+    }
+  }
+}
+
+TEST_F(Paragraphs, TakeNoLineWhereTheirMarksAreHiddenToo) {
+  CharFormat hidden;
+  hidden.hidden = true;
+  richtext::Paragraph only_text = Line("secret", {}, hidden);
+  only_text.mark.hidden = false;
+  const Paper paper = PrintLines({Line("one"), Line("secret", {}, hidden), Line("", {}, hidden),
+                                  Line("two"), only_text, Line("three")});
+  EXPECT_THAT(paper.Find("two").top - paper.Find("one").top, DoubleNear(276, kNear));
+  EXPECT_THAT(paper.Find("three").top - paper.Find("two").top, DoubleNear(552, kNear));
+  EXPECT_THAT(paper.Text(), Not(HasSubstr("secret")));
+}
+
+TEST_F(Paragraphs, PlaceListMarksAsTheListSays) {
+  ParagraphFormat format;
+  format.left_indent = 1440;
+  format.first_indent = -360;
+  format.bullet.kind = Bullet::Kind::kDecimal;
+  const auto bullet = [&](Alignment alignment, Bullet::Gap gap) {
+    format.bullet.alignment = alignment;
+    format.bullet.gap = gap;
+    ++format.bullet.start;
+    return format;
+  };
+  // In Courier, whose letters are 120 twips wide.
+  const Paper paper =
+      PrintLines({Line("left", bullet(Alignment::kLeft, Bullet::Gap::kTab), Courier(20)),
+                  Line("centred", bullet(Alignment::kCentre, Bullet::Gap::kTab), Courier(20)),
+                  Line("right", bullet(Alignment::kRight, Bullet::Gap::kTab), Courier(20)),
+                  Line("spaced", bullet(Alignment::kLeft, Bullet::Gap::kSpace), Courier(20)),
+                  Line("5", bullet(Alignment::kRight, Bullet::Gap::kNone), Courier(20))});
+  const double start = kInch + 1080;
+  EXPECT_THAT(paper.Find("2").left, DoubleNear(start, kNear));
+  EXPECT_THAT(paper.Find("3").left, DoubleNear(start - 60, kNear));
+  EXPECT_THAT(paper.Find("4").left, DoubleNear(start - 120, kNear));
+  for (const char* const word : {"left", "centred", "right"})
+    EXPECT_THAT(paper.Find(word).left, DoubleNear(start + 360, kNear)) << word;
+  EXPECT_THAT(paper.Find("spaced").left, DoubleNear(start + 240, kNear));
+  EXPECT_THAT(paper.Find("65").left, DoubleNear(start - 120, kNear));
+}
+
+TEST_F(Paragraphs, ShowListMarksInAFormatOfTheirOwn) {
+  ParagraphFormat format;
+  format.bullet.kind = Bullet::Kind::kDecimal;
+  format.bullet.half_points = 80;
+  const Paper paper = PrintLines({Line("text", format)});
+  EXPECT_THAT(paper.Find("1").bottom - paper.Find("1").top, DoubleNear(40 * 20 * 1.107, 40));
+  EXPECT_THAT(paper.Find("text").bottom - paper.Find("text").top, DoubleNear(12 * 20 * 1.107, 40));
 }
 
 TEST_F(Paragraphs, ShowTheTextOfEveryCharacterFormat) {

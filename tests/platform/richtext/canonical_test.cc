@@ -82,6 +82,8 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
        "\\pard y\\par\r\n"},
       {"\\pard\\s34\\sa200\\contextualspace x\\par\\pard\\s3 y",
        "\\pard\\s34\\contextualspace\\sa200\\f0\\fs24 x\\par\r\n\\pard y\\par\r\n"},
+      {"\\pard\\sa50\\sb50\\sbauto1\\saauto1 x\\par\\pard\\sb50\\sbauto0 y",
+       "\\pard\\sb100\\sa100\\sbauto1\\saauto1\\f0\\fs24 x\\par\r\n\\pard\\sb50 y\\par\r\n"},
       {"\\widowctrl\\pard x\\par\\pard\\nowidctlpar y",
        "\\pard\\widctlpar\\f0\\fs24 x\\par\r\n\\pard y\\par\r\n"},
       {"a\\~b\\-c\\_d\\emdash\\bullet e",
@@ -169,7 +171,6 @@ TEST(CanonicalForm, MapsListTablesOntoBullets) {
   EXPECT_EQ(bullet(3).start, 5);
   EXPECT_EQ(bullet(4).kind, Bullet::Kind::kBullet);
   EXPECT_EQ(bullet(4).before, "•");
-  EXPECT_EQ(std::get<Paragraph>(document.blocks[0]).format.left_indent, 720);
 }
 
 TEST(CanonicalForm, JoinsTheCharacterSetsOfAFont) {

@@ -141,6 +141,51 @@ TEST(Lists, CountAsTheListTablesSay) {
   }
 }
 
+// The paragraph's own indents count, even where it has none.
+TEST(Lists, MarksStandAndLookAsTheirLevelsSay) {
+  const struct {
+    const char* level;
+    Bullet::Gap gap = Bullet::Gap::kTab;
+    Alignment alignment = Alignment::kLeft;
+    std::optional<bool> bold = {}, italic = {};
+    int half_points = 0;
+  } cases[] = {
+      {"\\levelfollow0\\leveljc0"},
+      {"\\levelfollow1\\leveljc1", Bullet::Gap::kSpace, Alignment::kCentre},
+      {"\\levelfollow2\\leveljc2\\b\\fs40", Bullet::Gap::kNone, Alignment::kRight, true, {}, 40},
+      {"\\b0\\i", Bullet::Gap::kTab, Alignment::kLeft, false, true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.level);
+    const std::string tables = std::string("{\\*\\listtable{\\list{\\listlevel\\levelnfc0") +
+                               c.level +
+                               "{\\leveltext\\'02\\'00.;}{\\levelnumbers\\'01;}\\fi-360\\li720}"
+                               "\\listid7}}{\\*\\listoverridetable{\\listoverride\\listid7\\ls1}}";
+    const std::string saved = Canonical(Letter(tables + "\\pard\\ls1 x\\par\\pard\\ls1\\li900 y"));
+    EXPECT_EQ(Canonical(saved), saved);
+    const Document document = ReadRtf(saved);
+    for (std::size_t i = 0; i < 2; ++i) {
+      const ParagraphFormat& format = std::get<Paragraph>(document.blocks[i]).format;
+      EXPECT_EQ(format.left_indent, i == 0 ? 0 : 900);
+      EXPECT_EQ(format.first_indent, 0);
+      EXPECT_EQ(format.bullet.gap, c.gap);
+      EXPECT_EQ(format.bullet.alignment, c.alignment);
+      EXPECT_EQ(format.bullet.bold, c.bold);
+      EXPECT_EQ(format.bullet.italic, c.italic);
+      EXPECT_EQ(format.bullet.half_points, c.half_points);
+    }
+  }
+}
+
+TEST(Lists, TextOfLevelsIsInTheLettersCodePage) {
+  // Big5, whose second bytes may be letters.
+  EXPECT_THAT(MarksOf("{\\rtf1\\ansi\\ansicpg950\\deff0{\\fonttbl{\\f0\\fcharset0 Arial;}}"
+                      "{\\*\\listtable{\\list{\\listlevel\\levelnfc0\\levelstartat1"
+                      "{\\leveltext\\'05\\'abe\\'00\\'b3\\'b9;}{\\levelnumbers\\'03;}}\\listid7}}"
+                      "{\\*\\listoverridetable{\\listoverride\\listid7\\ls1}}\\pard\\ls1 x\\par}"),
+              ElementsAreArray(Marks{"前1章"}));
+}
+
 TEST(Lists, OfTheClassicFormCountWhileTheyFollowEachOther) {
   const auto item = [](const char* pn, int indent) {
     return std::string("\\pard{\\pntext\\tab}{\\*\\pn\\pnlvlbody\\pnindent0") + pn + "}\\li" +

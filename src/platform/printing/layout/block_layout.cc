@@ -18,6 +18,13 @@ class Anchor : public Strip {
   void Draw(QPainter& /*painter*/, QPointF /*corner*/) const override {}
 };
 
+// A paragraph whose mark is hidden too has no line.
+bool IsHidden(const richtext::Paragraph& paragraph) {
+  return paragraph.mark.hidden && std::ranges::all_of(paragraph.runs, [](const richtext::Run& run) {
+           return run.format.hidden;
+         });
+}
+
 class FrameContent : public FloatContent {
  public:
   void Draw(QPainter& painter, QPointF corner) const override {
@@ -63,6 +70,12 @@ std::optional<BlockStrips> BlockLayout::Next() {
     const richtext::Block& block = blocks_[block_];
     if (const richtext::FramePlace* const frame = FrameOf(block_)) return NextFrame(*frame);
     if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
+      const bool last = block_ + 1 == blocks_.size();
+      if (!last && IsHidden(*paragraph)) {
+        position_ += Length(*paragraph);
+        ++block_;
+        continue;
+      }
       return NextParagraph(*paragraph);
     }
     numbers_.EndAll();
@@ -146,21 +159,18 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   place.position = position_;
   place.in_cell = depth_ > 0;
   place.number = numbers_.Next(paragraph.format);
-  if (const richtext::ParagraphFormat* above = FormatOf(block_ - 1))
-    place.joins_above = WithoutSpaceBetween(paragraph.format, *above);
-  if (const richtext::ParagraphFormat* below = FormatOf(block_ + 1))
-    place.joins_below = WithoutSpaceBetween(paragraph.format, *below);
+  place.space_above = SpaceAbove(block_);
+  place.space_below = SpaceBelow(block_);
   place.framed_above = FramedWith(paragraph, block_ - 1);
   place.framed_below = FramedWith(paragraph, block_ + 1);
-  if (place.framed_below && !place.joins_below)
-    place.space_below = paragraph.format.space_after + FormatOf(block_ + 1)->space_before;
+  if (place.framed_below) place.frame_below = place.space_below + SpaceAbove(block_ + 1);
   place.ends_page = paragraph.next_section != nullptr &&
                     paragraph.next_section->begin == richtext::Section::Begin::kPage;
   place.last_visible = depth_ == 0 && block_ + 1 == visible_blocks_;
   position_ += Length(paragraph);
   ++block_;
   if (paragraph.format.page_break_before) StartPage();
-  place.y = y_ + (place.joins_above ? 0 : paragraph.format.space_before);
+  place.y = y_ + place.space_above;
   place.taken = &taken_;
   BlockStrips lines = LayOutParagraph(context_, paragraph, place);
   if (EndsCellBehindTable(block_ - 1)) {
@@ -224,6 +234,22 @@ const richtext::ParagraphFormat* BlockLayout::FormatOf(std::size_t block) const 
   if (block >= blocks_.size()) return nullptr;
   const auto* paragraph = std::get_if<richtext::Paragraph>(&blocks_[block]);
   return paragraph == nullptr ? nullptr : &paragraph->format;
+}
+
+// Automatic space is between paragraphs only: a letter has none at its top, a cell none at either
+// end.
+double BlockLayout::SpaceAbove(std::size_t block) const {
+  const richtext::ParagraphFormat& format = *FormatOf(block);
+  const bool html = context_.html_spacing;
+  if (block == 0 && html && format.automatic_before) return 0;
+  return richtext::SpaceAbove(format, FormatOf(block - 1), html);
+}
+
+double BlockLayout::SpaceBelow(std::size_t block) const {
+  const richtext::ParagraphFormat& format = *FormatOf(block);
+  const bool last = depth_ > 0 && block + 1 == blocks_.size();
+  if (last && context_.html_spacing && format.automatic_after) return 0;
+  return richtext::SpaceBelow(format, FormatOf(block + 1));
 }
 
 bool BlockLayout::FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const {

@@ -41,6 +41,8 @@ class BlockLayout {
   void StartPage();
   void Pass(const Strips& strips);
   const richtext::ParagraphFormat* FormatOf(std::size_t block) const;
+  double SpaceAbove(std::size_t block) const;
+  double SpaceBelow(std::size_t block) const;
   bool FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const;
 
   LayoutContext& context_;

@@ -8,6 +8,7 @@
 #include "platform/printing/paper_size.h"
 #include "platform/printing/pictures.h"
 #include "platform/richtext/document.h"
+#include "platform/richtext/neighbours.h"
 
 namespace tenora::printing {
 
@@ -48,7 +49,8 @@ struct LayoutContext {
         page_height(page.height()),
         fonts(std::make_shared<Fonts>(source, resources.families)),
         pictures(resources.pictures),
-        notes(std::make_shared<Notes>(source)) {}
+        notes(std::make_shared<Notes>(source)),
+        html_spacing(richtext::HasHtmlSpacing(source)) {}
 
   const richtext::Document& document;
   PageArea area;
@@ -56,6 +58,7 @@ struct LayoutContext {
   std::shared_ptr<Fonts> fonts;
   Pictures& pictures;
   std::shared_ptr<const Notes> notes;
+  bool html_spacing;  // of the space below a paragraph and that above the next, the larger counts
 };
 
 }  // namespace tenora::printing

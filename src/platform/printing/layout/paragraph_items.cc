@@ -98,9 +98,18 @@ void ItemCollector::CollectListMark() {
   if (format_.bullet.kind == richtext::Bullet::Kind::kNone) return;
   // Word processors give numbers the format of the paragraph's mark.
   const CharFormat& format = paragraph_.mark;
-  const std::string mark = richtext::ListMark(format_.bullet, place_.number);
-  Append(format, UnicodeBullet(QString::fromStdString(mark)), position_, true);
+  const richtext::Bullet& bullet = format_.bullet;
+  QString mark = QString::fromStdString(richtext::ListMark(bullet, place_.number));
+  if (bullet.gap == richtext::Bullet::Gap::kSpace) mark += QLatin1Char(' ');
+  open_ = std::make_shared<ShapedText>();
+  open_text_.clear();
+  CharFormat& own = open_->own_format.emplace(format);
+  own.bold = bullet.bold.value_or(own.bold);
+  own.italic = bullet.italic.value_or(own.italic);
+  if (bullet.half_points > 0) own.half_points = bullet.half_points;
+  Append(own, UnicodeBullet(mark), position_, true);
   CloseText();
+  if (bullet.gap != richtext::Bullet::Gap::kTab) return;
   const double start = place_.left + format_.first_indent;
   const double target = format_.first_indent < 0 ? place_.left : start + format_.bullet.indent;
   items_.emplace_back(TabItem{&format, position_, target});

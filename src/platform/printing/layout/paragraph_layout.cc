@@ -17,6 +17,7 @@ using richtext::TabStop;
 
 constexpr double kUnbroken = 1e7;   // wider than any text
 constexpr double kSlack = 1;        // rounding in the width of a line, twips
+constexpr double kOverhang = 4;     // twips; glyphs that end this little beyond the edge still fit
 constexpr double kNarrowest = 100;  // text width where the indents cross
 constexpr double kThinRule = 20;    // twips; a border up to this takes no room of its own
 
@@ -79,6 +80,7 @@ class ParagraphLayout {
   };
   Stop NextStop(double x) const;
   double WidthToAlign(std::size_t index, TabStop::Kind kind);
+  void AlignListMark();
   std::shared_ptr<const Frame> MakeFrame() const;
 
   LayoutContext& context_;
@@ -113,6 +115,7 @@ BlockStrips ParagraphLayout::LayOut() {
   page_break_ = format_.page_break_before;
   position_ = place_.position;
   StartLine();
+  AlignListMark();
   for (std::size_t i = 0; i < items_.size(); ++i) {
     ParagraphItem& item = items_[i];
     if (auto* text = std::get_if<TextItem>(&item)) {
@@ -132,8 +135,8 @@ BlockStrips ParagraphLayout::LayOut() {
   if (line_) EndLine(end);
   BlockStrips block;
   if (!lines_.empty()) {
-    lines_.front()->space_before = place_.joins_above ? 0 : format_.space_before;
-    lines_.back()->space_after = place_.joins_below ? 0 : format_.space_after;
+    lines_.front()->space_before = place_.space_above;
+    lines_.back()->space_after = place_.space_below;
     lines_.back()->end = end;
     CloseFrame();
   }
@@ -163,7 +166,7 @@ void ParagraphLayout::CloseFrame() {
   auto& last = static_cast<TextLine&>(*lines_.back());
   first.first_of_paragraph = !place_.framed_above;
   last.last_of_paragraph = !place_.framed_below;
-  last.frame_below = place_.space_below;
+  last.frame_below = place_.frame_below;
   if (!frame_) return;
   const auto room = [](const Frame::Edge& edge) {
     return edge.space + std::max(0.0, edge.rule.Thickness() - kThinRule);
@@ -267,13 +270,13 @@ void ParagraphLayout::Place(TextItem& item) {
     option.setWrapMode(line_empty ? QTextOption::WrapAtWordBoundaryOrAnywhere
                                   : QTextOption::WordWrap);
     layout.setTextOption(option);
-    line.setLineWidth(std::max(right_ - x_, 1.0));
-    if (!line_empty && line.naturalTextWidth() > right_ - x_ + kSlack) {
+    line.setLineWidth(std::max(right_ - x_ + kOverhang, 1.0));
+    if (!line_empty && line.naturalTextWidth() > right_ - x_ + kOverhang) {
       EndLine(text.PositionAt(line.textStart()));
       StartLine();
       option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
       layout.setTextOption(option);
-      line.setLineWidth(std::max(right_ - x_, 1.0));
+      line.setLineWidth(std::max(right_ - x_ + kOverhang, 1.0));
     }
     const int end = line.textStart() + line.textLength();
     const double shown = line.naturalTextWidth();
@@ -445,6 +448,22 @@ double ParagraphLayout::WidthToAlign(std::size_t index, TabStop::Kind kind) {
     if (point < text.size()) break;
   }
   return width;
+}
+
+// A mark can end or be centred where the first line begins.
+void ParagraphLayout::AlignListMark() {
+  const richtext::Bullet& bullet = format_.bullet;
+  if (bullet.kind == richtext::Bullet::Kind::kNone || bullet.alignment == Alignment::kLeft) return;
+  const auto* const mark = std::get_if<TextItem>(&items_.front());
+  if (mark == nullptr) return;
+  QTextLayout& layout = mark->text->layout;
+  layout.beginLayout();
+  QTextLine line = layout.createLine();
+  line.setLineWidth(kUnbroken);
+  const double width = WidthWithoutBlanks(layout.text(), line);
+  layout.endLayout();
+  x_ -= bullet.alignment == Alignment::kCentre ? width / 2 : width;
+  content_end_ = x_;
 }
 
 std::shared_ptr<const Frame> ParagraphLayout::MakeFrame() const {

@@ -13,10 +13,10 @@ struct ParagraphPlace {
   int position = 0;  // of the paragraph's first character
   int number = 1;    // in its list
   bool in_cell = false;
-  bool joins_above = false, joins_below = false;  // there is no space to these neighbours
+  double space_above = 0, space_below = 0;  // to the neighbours
   // Whether the neighbours share the paragraph's frame.
   bool framed_above = false, framed_below = false;
-  double space_below = 0;  // to the neighbour in the same frame
+  double frame_below = 0;  // how far the frame extends below, to the neighbour that shares it
   // Nothing visible follows: a page break at the paragraph's end adds no page.
   bool last_visible = false;
   bool ends_page = false;  // the section ends with it, and the next one begins a page

@@ -30,7 +30,8 @@ struct Fragment {
 struct ShapedText {
   QTextLayout layout;
   std::vector<Fragment> fragments;
-  QColor colour;  // of a text in one plain format
+  QColor colour;                                   // of a text in one plain format
+  std::optional<richtext::CharFormat> own_format;  // of a list's mark
 
   int PositionAt(int offset) const;
   // The fragments that have characters in [from, to).

@@ -21,6 +21,7 @@ class DocumentHead {
   ListTable& lists() { return lists_; }
   PageWords& page() { return page_; }
   CodePages& code_pages() { return code_pages_; }
+  const CodePage& DocumentPage() { return code_pages_.Get(fonts_.document_code_page()); }
 
   // The first word of a group in a table. True when the word is used up; otherwise it is a Word of
   // the table too.

@@ -130,14 +130,14 @@ int FontTable::Position(int number) {
 int FontTable::DefaultPosition() {
   const auto found = numbers_.find(default_number_);
   if (found != numbers_.end()) return found->second.position;
-  if (fonts_.empty()) {
-    Font font;
-    font.name = kDefaultFontName;
-    font.family = "roman";
-    font.charset = CharsetOfCodePage(document_code_page_);
-    Add(std::move(font));
-  }
-  return 0;
+  // A font of symbols cannot stand in for a default font that is missing.
+  const bool usable = !fonts_.empty() && fonts_.front().charset != kSymbolCharset;
+  if (usable) return 0;
+  Font font;
+  font.name = kDefaultFontName;
+  font.family = "roman";
+  font.charset = CharsetOfCodePage(document_code_page_);
+  return Add(std::move(font));
 }
 
 int FontTable::PositionOf(std::string_view name) {

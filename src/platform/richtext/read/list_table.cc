@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::ptrdiff_t kLongestText = 64;  // characters
 constexpr int kLargestNumber = 32767;
+constexpr int kLargestHalfPoints = 3276;
 constexpr int kLeadingZero = 22, kOrdinal = 5;  // of \levelnfc
 
 // What the private characters of Symbol and Wingdings draw.
@@ -61,6 +62,22 @@ Bullet::Kind KindOfFormat(int nfc) {
   }
 }
 
+Bullet::Gap GapOf(int follow) {
+  return follow == 1 ? Bullet::Gap::kSpace : follow == 2 ? Bullet::Gap::kNone : Bullet::Gap::kTab;
+}
+
+// Words of a mark's own character format, which \pn groups write with a prefix.
+void TakeMarkFormat(const Token& token, std::string_view prefix, Bullet* bullet) {
+  if (!token.text.starts_with(prefix)) return;
+  const std::string_view word = token.text.substr(prefix.size());
+  if (word == "b")
+    bullet->bold = token.On();
+  else if (word == "i")
+    bullet->italic = token.On();
+  else if (word == "fs")
+    bullet->half_points = std::clamp(token.param, 0, kLargestHalfPoints);
+}
+
 }  // namespace
 
 std::string BulletText(std::string_view text) {
@@ -87,8 +104,16 @@ void ClassicBullet::Word(const Token& token) {
     bullet_.indent = std::clamp(token.param, 0, kLargestNumber);
   else if (token.text == kListWord)
     bullet_.list = std::clamp(token.param, 0, kLargestNumber);
+  else if (token.text == kListGapWord)
+    bullet_.gap = GapOf(token.param);
+  else if (token.text == "pnqr")
+    bullet_.alignment = Alignment::kRight;
+  else if (token.text == "pnqc")
+    bullet_.alignment = Alignment::kCentre;
   else if (token.text == "pnf")
     font_number_ = token.param;
+  else
+    TakeMarkFormat(token, "pn", &bullet_);
 }
 
 void ClassicBullet::Character(char32_t character, bool before) {
@@ -168,10 +193,14 @@ void ListTable::Word(const Token& token) {
     level_->decimal_outer_numbers = token.On();
   } else if (token.text == "levelnorestart") {
     level_->runs_through = token.On();
-  } else if (token.text == "li" || token.text == "lin") {
-    level_->left_indent = std::clamp(token.param, 0, kLargestNumber);
-  } else if (token.text == "fi") {
-    level_->first_indent = std::clamp(token.param, -kLargestNumber, kLargestNumber);
+  } else if (token.text == "levelfollow") {
+    level_->form.gap = GapOf(token.param);
+  } else if (token.text == "leveljc" || token.text == "leveljcn") {
+    level_->form.alignment = token.param == 2   ? Alignment::kRight
+                             : token.param == 1 ? Alignment::kCentre
+                                                : Alignment::kLeft;
+  } else {
+    TakeMarkFormat(token, "", &level_->form);
   }
 }
 
@@ -244,8 +273,7 @@ ListTable::Item ListTable::Next(int list_number, int level_number) {
   Item item;
   item.number = list.counts[level];
   item.last = &list.last[level];
-  item.left_indent = own.left_indent;
-  item.first_indent = own.first_indent;
+  item.bullet = own.form;
   item.bullet.kind = shows_number ? own.kind : Bullet::Kind::kBullet;
   SetText(list, change->second, level, &item.bullet);
   if (item.bullet.kind == Bullet::Kind::kBullet) {

@@ -39,7 +39,6 @@ class ListTable {
     Bullet bullet;  // its number and its list are to be chosen; kNone for no list
     int number = 0;
     Bullet* last = nullptr;  // what was chosen for the item before of this list and level
-    int left_indent = 0, first_indent = 0;
   };
 
   void BeginList();
@@ -61,7 +60,7 @@ class ListTable {
     Bullet::Kind kind = Bullet::Kind::kDecimal;
     int start = 1;
     std::u32string text;
-    int left_indent = 0, first_indent = 0;
+    Bullet form;  // what is kept of it as it is
     bool has_length = false;
     bool decimal_outer_numbers = false;  // \levellegal
     bool runs_through = false;           // \levelnorestart

@@ -89,9 +89,9 @@ bool PageWords::TakeColumn(const Token& word) {
 
 bool PageWords::TakeOther(const Token& word) {
   static const std::unordered_set<std::string_view> kHead{
-      "facingp", "nocolbal", "margmirror", "gutterprl", "ftnrestart", "aftnrestart",
-      "gutter",  "pgnstart", "ftnstart",   "aftnstart", "ftnnalc",    "ftnnauc",
-      "ftnnrlc", "ftnnruc",  "aftnnalc",   "aftnnauc",  "aftnnrlc",   "aftnnruc"};
+      "facingp",  "nocolbal", "margmirror", "gutterprl", "ftnrestart", "aftnrestart", "gutter",
+      "pgnstart", "ftnstart", "aftnstart",  "ftnnalc",   "ftnnauc",    "ftnnrlc",     "ftnnruc",
+      "aftnnalc", "aftnnauc", "aftnnrlc",   "aftnnruc",  "htmautsp"};
   static const std::unordered_set<std::string_view> kOwn{
       "headery",   "footery",    "titlepg", "guttersxn", "cols",  "colsx",    "linebetcol",
       "pgnstarts", "pgnrestart", "vertalc", "vertalb",   "linex", "rtlgutter"};
@@ -137,6 +137,9 @@ PageSetup PageWords::Page() const {
   for (const auto& [word, source] : words) page.other_words += source;
   return page;
 }
+
+// As word processors have it, with and without the spacing of HTML.
+int PageWords::AutomaticSpace() const { return head_others_.contains("htmautsp") ? 280 : 100; }
 
 void PageWords::EndSection() {
   if (section_ == nullptr) {

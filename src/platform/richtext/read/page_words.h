@@ -19,6 +19,8 @@ class PageWords {
   std::shared_ptr<Section> BeginSection();
   // The section being read; null for the first, which is the document's page.
   Section* section() { return section_.get(); }
+  // The space above and below paragraphs that have it set automatically, twips.
+  int AutomaticSpace() const;
   // The source has ended: completes the last section and the document.
   void Apply(Document* document);
 

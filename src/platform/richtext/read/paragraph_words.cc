@@ -92,6 +92,8 @@ void AddAlignmentWords(Words& words) {
       {"fi", SetLength<&ParagraphFormat::first_indent>},
       {"sb", SetLength<&ParagraphFormat::space_before>},
       {"sa", SetLength<&ParagraphFormat::space_after>},
+      {"sbauto", Switch<&ParagraphFormat::automatic_before>},
+      {"saauto", Switch<&ParagraphFormat::automatic_after>},
       {"sl", SetLength<&ParagraphFormat::line_spacing>},
       {"slmult", Switch<&ParagraphFormat::line_spacing_multiple>},
       {"pagebb", Switch<&ParagraphFormat::page_break_before>},

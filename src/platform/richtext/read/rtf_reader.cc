@@ -92,7 +92,9 @@ class RtfReader {
 
   ReaderGroup& Top() { return groups_.back(); }
   Story& CurrentStory() { return *stories_.back(); }
-  StoryContext Context() { return {head_.fonts(), head_.colours(), head_.lists(), budget_}; }
+  StoryContext Context() {
+    return {head_.fonts(), head_.colours(), head_.lists(), budget_, head_.page()};
+  }
 
   Tokenizer tokens_;
   Document document_;
@@ -215,7 +217,7 @@ void RtfReader::Byte(unsigned char byte) {
       if (byte == ';') head_.colours().EndEntry();
       return;
     case Destination::kLevelText:
-      if (byte < 0x80) return head_.lists().LevelText(byte);
+      if (byte < 0x80 && !characters_.byte_pending()) return head_.lists().LevelText(byte);
       break;
     default:
       break;
@@ -279,6 +281,7 @@ const CodePage& RtfReader::Page() {
   const Destination destination = Top().destination;
   const bool in_bullet =
       destination == Destination::kListBefore || destination == Destination::kListAfter;
+  if (destination == Destination::kLevelText) return head_.DocumentPage();
   if (in_bullet && bullet_.font_number() >= 0) return head_.fonts().PageOf(bullet_.font_number());
   return Top().page != nullptr ? *Top().page : head_.fonts().DefaultPage();
 }
@@ -413,7 +416,7 @@ bool RtfReader::OpenInTable(const Token& word) {
     case Destination::kClassicList:
       if (word.text == "pntxtb") return Top().Become(Destination::kListBefore);
       if (word.text == "pntxta") return Top().Become(Destination::kListAfter);
-      if (word.text != kListWord) return false;
+      if (word.text != kListWord && word.text != kListGapWord) return false;
       bullet_.Word(word);
       return Top().Become(Destination::kSkip);
     case Destination::kInfo:

@@ -64,10 +64,6 @@ void Story::NumberParagraph(ParagraphFormat* format) {
 void Story::ApplyList(ParagraphFormat* format) {
   const ListTable::Item item = context_.lists.Next(state_.list, state_.list_level);
   if (item.bullet.kind == Bullet::Kind::kNone) return;
-  if (format->left_indent == 0 && format->first_indent == 0) {
-    format->left_indent = item.left_indent;
-    format->first_indent = item.first_indent;
-  }
   Bullet& bullet = format->bullet = item.bullet;
   if (bullet.kind == Bullet::Kind::kBullet) return;
   bullet.start = item.last->start;
@@ -89,6 +85,8 @@ Paragraph Story::TakeParagraph(const CharFormat& mark) {
   ParagraphFormat& format = paragraph.format;
   if (state_.shading > 0 && format.shading == 0)
     format.shading = context_.colours.Add(GreyOfShading(state_.shading));
+  if (format.automatic_before) format.space_before = context_.page.AutomaticSpace();
+  if (format.automatic_after) format.space_after = context_.page.AutomaticSpace();
   for (Border* border : {&format.top, &format.bottom, &format.left, &format.right}) {
     if (!border->present) *border = Border();
   }

@@ -11,6 +11,7 @@
 #include "platform/richtext/read/block_builder.h"
 #include "platform/richtext/read/font_table.h"
 #include "platform/richtext/read/list_table.h"
+#include "platform/richtext/read/page_words.h"
 #include "platform/richtext/read/paragraph_words.h"
 #include "platform/richtext/read/row_definition.h"
 
@@ -37,6 +38,7 @@ struct StoryContext {
   ColourTable& colours;
   ListTable& lists;
   Budget& budget;
+  const PageWords& page;
 };
 
 class Story {

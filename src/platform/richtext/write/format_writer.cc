@@ -106,7 +106,8 @@ void FormatWriter::BulletText(const Bullet& bullet, int number) {
   } else {
     out_.Text(ListMark(bullet, number), nullptr);
   }
-  out_.Word("tab");
+  if (bullet.gap == Bullet::Gap::kTab) out_.Word("tab");
+  if (bullet.gap == Bullet::Gap::kSpace) out_.Text(" ", nullptr);
   out_.Raw("}");
 }
 
@@ -116,6 +117,11 @@ void FormatWriter::ListWords(const Bullet& bullet) {
   out_.Raw(is_bullet ? "{\\*\\pn\\pnlvlblt" : "{\\*\\pn\\pnlvlbody");
   out_.Word("pnf", font);
   out_.Word("pnindent", bullet.indent);
+  if (bullet.alignment == Alignment::kCentre) out_.Word("pnqc");
+  if (bullet.alignment == Alignment::kRight) out_.Word("pnqr");
+  if (bullet.bold) Switch("pnb", !*bullet.bold, *bullet.bold);
+  if (bullet.italic) Switch("pni", !*bullet.italic, *bullet.italic);
+  if (bullet.half_points != 0) out_.Word("pnfs", bullet.half_points);
   if (!is_bullet) {
     out_.Word("pnstart", bullet.start);
     out_.Word(bullet.kind == Bullet::Kind::kUpperRoman    ? "pnucrm"
@@ -129,11 +135,14 @@ void FormatWriter::ListWords(const Bullet& bullet) {
   else
     ListText("pntxtb", bullet.before);
   ListText("pntxta", bullet.after);
-  if (bullet.list != 0) {
+  const auto own_word = [&](std::string_view word, int value) {
+    if (value == 0) return;
     out_.Raw("{\\*");
-    out_.Word(kListWord, bullet.list);
+    out_.Word(word, value);
     out_.Raw("}");
-  }
+  };
+  own_word(kListWord, bullet.list);
+  own_word(kListGapWord, static_cast<int>(bullet.gap));
   out_.Raw("}");
 }
 
@@ -176,6 +185,8 @@ void FormatWriter::LengthWords(const ParagraphFormat& format) {
   if (format.right_indent != 0) out_.Word("ri", format.right_indent);
   if (format.space_before != 0) out_.Word("sb", format.space_before);
   if (format.space_after != 0) out_.Word("sa", format.space_after);
+  if (format.automatic_before) out_.Word("sbauto", 1);
+  if (format.automatic_after) out_.Word("saauto", 1);
   if (format.line_spacing != 0) out_.Word("sl", format.line_spacing);
   if (format.line_spacing_multiple) out_.Word("slmult", 1);
 }

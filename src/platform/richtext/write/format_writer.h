@@ -23,6 +23,7 @@ bool IsSymbolBullet(const Bullet& bullet);
 // Our own word in a \pn group, which other readers pass over: lists that look alike and follow each
 // other differ in its number.
 inline constexpr std::string_view kListWord = "tenoralist";
+inline constexpr std::string_view kListGapWord = "tenoralistgap";  // 1: a space, 2: nothing
 
 class FormatWriter {
  public:

@@ -184,8 +184,12 @@ bool AskSpacing(QWidget* parent, richtext::ParagraphFormat* format) {
   const auto twips = [](const QDoubleSpinBox* box) {
     return static_cast<int>(std::lround(box->value() * kTwipsPerPoint));
   };
-  format->space_before = twips(before);
-  format->space_after = twips(after);
+  const auto change = [&](const QDoubleSpinBox* box, int* space, bool* automatic) {
+    *automatic = *automatic && twips(box) == *space;
+    *space = twips(box);
+  };
+  change(before, &format->space_before, &format->automatic_before);
+  change(after, &format->space_after, &format->automatic_after);
   // An exact line height is kept until another spacing is chosen.
   if (lines->value() != lines_before) {
     format->line_spacing = static_cast<int>(std::lround(lines->value() * 240));
