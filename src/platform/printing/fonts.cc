@@ -37,6 +37,11 @@ constexpr Substitute kSubstitutes[] = {
     {"Cambria", "Caladea"},
     {"Verdana", "DejaVu Sans"},
     {"Tahoma", "DejaVu Sans Condensed"},
+    // Where those are not installed; the class that a document gives them may be wrong.
+    {"Calibri", "Liberation Sans"},
+    {"Verdana", "Liberation Sans"},
+    {"Tahoma", "Liberation Sans"},
+    {"Cambria", "Liberation Serif"},
     {"Symbol", "DejaVu Sans"},
     {"Wingdings", "DejaVu Sans"},
     {"Webdings", "DejaVu Sans"},
