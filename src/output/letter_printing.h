@@ -53,8 +53,9 @@ class PrinterMod {
   // else empty.
   std::filesystem::path EndJob();
 
-  // Lets the user pick the current printer; false when cancelled.
-  bool ChoosePrinter(Dialogs& dialogs);
+  // Lets the user pick the current printer, and of one letter the pages; false when cancelled.
+  bool ChoosePrinter(Dialogs& dialogs,
+                     printing::Printers::Offer offer = printing::Printers::Offer::kWhole);
 
   // The number of installed printers; 0, when they cannot be read either, tells callers not to
   // print.

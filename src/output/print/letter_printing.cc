@@ -122,7 +122,9 @@ void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title)
 
 std::filesystem::path PrinterMod::EndJob() { return printers_.Current().EndJob(); }
 
-bool PrinterMod::ChoosePrinter(Dialogs& dialogs) { return printers_.Choose(dialogs); }
+bool PrinterMod::ChoosePrinter(Dialogs& dialogs, printing::Printers::Offer offer) {
+  return printers_.Choose(dialogs, offer);
+}
 
 int PrinterMod::PrinterCount() {
   try {

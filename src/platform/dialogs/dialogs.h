@@ -3,9 +3,13 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "platform/dialogs/page_ranges.h"
 
 namespace tenora {
 
@@ -24,9 +28,26 @@ struct MessageBox {
   Answer default_answer = Answer::kOk;
 };
 
+// What a printer can be set to, such as its paper tray.
+struct PrinterSetting {
+  struct Value {
+    std::string value;  // for the printer
+    std::string label;  // for people
+  };
+  std::string name;  // for the printer
+  std::string label;
+  std::vector<Value> values;
+  std::string preset;  // the label of how the printer is set; empty if unknown
+};
+
+// Names and values of PrinterSetting.
+using ChosenSettings = std::vector<std::pair<std::string, std::string>>;
+
 struct OfferedPrinter {
   std::string name;
   bool on_paper = true;  // false: a file, of which there are no copies and no sides
+  // Asks the printer, which may take a moment; empty: it has no settings.
+  std::function<std::vector<PrinterSetting>()> settings = {};
 };
 
 enum class Sides { kAsPrinterIsSet, kOne, kBothLongEdge, kBothShortEdge };
@@ -36,6 +57,10 @@ struct PrintChoice {
   int copies = 1;
   bool landscape = false;
   Sides sides = Sides::kAsPrinterIsSet;
+  bool collate = true;  // whole copies, not each page several times
+  // All where there is no range; no value: pages are not to be chosen.
+  std::optional<std::vector<PageRange>> pages = std::nullopt;
+  ChosenSettings settings = {};  // of the printer
 };
 
 // A question that one letter of many asks while it is made.

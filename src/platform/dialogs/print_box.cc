@@ -1,17 +1,22 @@
 #include "platform/dialogs/print_box.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QFormLayout>
-#include <QPushButton>
+#include <QHBoxLayout>
+#include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <initializer_list>
+#include <utility>
+
+#include "platform/dialogs/printer_settings_box.h"
 
 namespace tenora {
 namespace {
 
 constexpr int kMostCopies = 999;
-constexpr QSize kUsualSize(420, 360);
+constexpr QSize kUsualSize(440, 390), kWindowFrame(8, 40);
 
 }  // namespace
 
@@ -19,8 +24,16 @@ PrintBox::PrintBox(const std::vector<OfferedPrinter>& printers, const PrintChoic
                    QWidget* parent)
     : QDialog(parent),
       printers_(printers),
+      shown_printer_(shown.printer),
+      pages_offered_(shown.pages.has_value()),
+      settings_(shown.settings),
       list_(new QListWidget),
+      properties_(new QPushButton(tr("P&roperties…"))),
+      all_pages_(new QRadioButton(tr("&All"))),
+      some_pages_(new QRadioButton(tr("Pa&ges"))),
+      pages_(new QLineEdit),
       copies_(new QSpinBox),
+      collate_(new QCheckBox(tr("Whol&e copies"))),
       orientation_(new QComboBox),
       sides_(new QComboBox) {
   setWindowTitle(tr("Print"));
@@ -29,9 +42,20 @@ PrintBox::PrintBox(const std::vector<OfferedPrinter>& printers, const PrintChoic
   for (const OfferedPrinter& printer : printers_) {
     list_->addItem(QString::fromStdString(printer.name));
   }
+  properties_->setObjectName("cmdProperties");
+  properties_->setAutoDefault(false);
+  all_pages_->setObjectName("optAllPages");
+  all_pages_->setChecked(true);
+  some_pages_->setObjectName("optPages");
+  pages_->setObjectName("txtPages");
+  pages_->setPlaceholderText(tr("such as 2-3, 5"));
+  pages_->setAccessibleName(tr("Pages, such as 2-3, 5"));
   copies_->setObjectName("txtCopies");
   copies_->setRange(1, kMostCopies);
   copies_->setValue(shown.copies);
+  collate_->setObjectName("chkCollate");
+  collate_->setToolTip(tr("All pages of one copy, then those of the next"));
+  collate_->setChecked(shown.collate);
   orientation_->setObjectName("cboOrientation");
   orientation_->addItems({tr("Portrait"), tr("Landscape")});
   orientation_->setCurrentIndex(shown.landscape ? 1 : 0);
@@ -41,25 +65,61 @@ PrintBox::PrintBox(const std::vector<OfferedPrinter>& printers, const PrintChoic
   sides_->addItem(tr("Both sides, turned like a book"), static_cast<int>(Sides::kBothLongEdge));
   sides_->addItem(tr("Both sides, turned like a pad"), static_cast<int>(Sides::kBothShortEdge));
   sides_->setCurrentIndex(sides_->findData(static_cast<int>(shown.sides)));
+  Build();
+  list_->setCurrentRow(static_cast<int>(shown.printer));
+  list_->setFocus();
+  ShowWhatApplies();
+}
+
+void PrintBox::Build() {
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   print_ = buttons->button(QDialogButtonBox::Ok);
-  connect(list_, &QListWidget::currentRowChanged, this, &PrintBox::ShowWhatApplies);
-  connect(list_, &QListWidget::itemActivated, this, &QDialog::accept);
+  connect(list_, &QListWidget::currentRowChanged, this, [this](int row) {
+    // Another printer has other settings.
+    if (row != static_cast<int>(shown_printer_)) settings_.clear();
+    ShowWhatApplies();
+  });
+  connect(list_, &QListWidget::itemActivated, this, [this] { print_->click(); });
+  connect(properties_, &QPushButton::clicked, this, &PrintBox::ShowSettings);
+  connect(some_pages_, &QRadioButton::toggled, this, [this](bool some) {
+    if (some) pages_->setFocus();
+    ShowWhatApplies();
+  });
+  connect(pages_, &QLineEdit::textEdited, this, [this] {
+    some_pages_->setChecked(true);
+    ShowWhatApplies();
+  });
+  connect(copies_, &QSpinBox::valueChanged, this, &PrintBox::ShowWhatApplies);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
   auto* form = new QFormLayout;
-  form->addRow(tr("&Copies"), copies_);
+  const auto add_row = [form](const QString& caption, std::initializer_list<QWidget*> widgets,
+                              QWidget* buddy) {
+    auto* row = new QHBoxLayout;
+    for (QWidget* widget : widgets) row->addWidget(widget, widget == *(widgets.end() - 1) ? 1 : 0);
+    auto* label = new QLabel(caption);
+    label->setBuddy(buddy);
+    form->addRow(label, row);
+  };
+  if (pages_offered_) {
+    add_row(tr("Print"), {all_pages_, some_pages_, pages_}, all_pages_);
+  } else {
+    for (QWidget* widget : std::initializer_list<QWidget*>{all_pages_, some_pages_, pages_}) {
+      widget->setParent(this);
+      widget->hide();
+    }
+  }
+  add_row(tr("&Copies"), {copies_, collate_}, copies_);
   form->addRow(tr("&Orientation"), orientation_);
   form->addRow(tr("&Sides"), sides_);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(list_, 1);
+  layout->addWidget(properties_, 0, Qt::AlignRight);
   layout->addLayout(form);
   layout->addWidget(buttons);
-  resize(kUsualSize);
-  list_->setCurrentRow(static_cast<int>(shown.printer));
-  list_->setFocus();
-  ShowWhatApplies();
+  // The list is what gets smaller on a low screen.
+  resize(kUsualSize.boundedTo(screen()->availableSize() - kWindowFrame));
 }
 
 const OfferedPrinter* PrintBox::Chosen() const {
@@ -67,21 +127,42 @@ const OfferedPrinter* PrintBox::Chosen() const {
   return row < 0 ? nullptr : &printers_[static_cast<std::size_t>(row)];
 }
 
+std::optional<std::vector<PageRange>> PrintBox::Pages() const {
+  if (!some_pages_->isChecked()) return std::vector<PageRange>();
+  return ParsePageRanges(pages_->text().toStdString());
+}
+
 void PrintBox::ShowWhatApplies() {
   const OfferedPrinter* printer = Chosen();
-  print_->setEnabled(printer != nullptr);
-  for (QWidget* box : std::initializer_list<QWidget*>{copies_, sides_}) {
+  print_->setEnabled(printer != nullptr && Pages().has_value());
+  for (QWidget* box : std::initializer_list<QWidget*>{copies_, collate_, sides_}) {
     box->setEnabled(printer != nullptr && printer->on_paper);
   }
+  if (copies_->value() == 1) collate_->setEnabled(false);
+  properties_->setEnabled(printer != nullptr && printer->settings != nullptr);
+}
+
+void PrintBox::ShowSettings() {
+  const OfferedPrinter* printer = Chosen();
+  if (printer == nullptr || !printer->settings) return;
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  std::vector<PrinterSetting> settings = printer->settings();
+  QApplication::restoreOverrideCursor();
+  PrinterSettingsBox box(QString::fromStdString(printer->name), std::move(settings), settings_,
+                         this);
+  if (box.exec() == QDialog::Accepted) settings_ = box.Chosen();
 }
 
 PrintChoice PrintBox::Choice() const {
   PrintChoice choice;
   choice.printer = static_cast<std::size_t>(std::max(0, list_->currentRow()));
   choice.landscape = orientation_->currentIndex() == 1;
+  if (pages_offered_) choice.pages = Pages();
   if (!Chosen() || !Chosen()->on_paper) return choice;
   choice.copies = copies_->value();
+  choice.collate = collate_->isChecked();
   choice.sides = static_cast<Sides>(sides_->currentData().toInt());
+  choice.settings = settings_;
   return choice;
 }
 

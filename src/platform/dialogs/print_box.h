@@ -1,9 +1,14 @@
-// The dialog before printing: printer, copies, orientation and sides.
+// The dialog before printing: printer and its properties, pages, copies, orientation and sides.
 #pragma once
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QSpinBox>
 #include <vector>
 
@@ -20,13 +25,24 @@ class PrintBox : public QDialog {
 
  private:
   const OfferedPrinter* Chosen() const;  // null when none is
+  void Build();
   void ShowWhatApplies();
+  // None for a text that names no pages.
+  std::optional<std::vector<PageRange>> Pages() const;
+  void ShowSettings();
 
   const std::vector<OfferedPrinter> printers_;
+  const std::size_t shown_printer_;
+  const bool pages_offered_;
+  ChosenSettings settings_;  // of the printer in the list
   QListWidget* list_;
+  QPushButton* properties_;
+  QRadioButton *all_pages_, *some_pages_;
+  QLineEdit* pages_;
   QSpinBox* copies_;
+  QCheckBox* collate_;
   QComboBox *orientation_, *sides_;
-  QPushButton* print_;
+  QPushButton* print_ = nullptr;
 };
 
 }  // namespace tenora

@@ -6,25 +6,10 @@
 #include <vector>
 
 #include "platform/printing/layout/drawing_printer.h"
+#include "platform/printing/no_paper.h"
 #include "platform/printing/qt_application.h"
 
 namespace tenora::printing {
-namespace {
-
-// A painter that draws nothing, for pages that are laid out but not shown yet.
-class NoPaper {
- public:
-  NoPaper() : image_(1, 1, QImage::Format_ARGB32_Premultiplied), painter_(&image_) {
-    painter_.setClipRect(0, 0, 0, 0);
-  }
-  QPainter& painter() { return painter_; }
-
- private:
-  QImage image_;
-  QPainter painter_;
-};
-
-}  // namespace
 
 class PreviewPages::Device : public DrawingPrinter {
  public:

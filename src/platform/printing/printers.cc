@@ -4,6 +4,7 @@
 
 #include "platform/printing/cups/cups_queue.h"
 #include "platform/printing/layout/drawing_printer.h"
+#include "platform/printing/no_paper.h"
 #include "platform/printing/pdf/pdf_job.h"
 #include "platform/printing/printing.h"
 #include "platform/printing/qt_application.h"
@@ -82,38 +83,49 @@ class Device : public DrawingPrinter {
       : DrawingPrinter(std::move(name), paper), destination_(std::move(destination)) {}
 
   // Takes effect with the next job.
-  void SetUp(const PrintChoice& choice) {
-    options_ = {choice.copies, choice.sides};
-    if (std::exchange(landscape_, choice.landscape) == choice.landscape) return;
-    const Paper& upright = paper();
-    SetPaper({upright.height, upright.width, upright.offset_y, upright.offset_x});
+  void SetUp(const PrintChoice& choice, const Paper& upright) {
+    options_ = {choice.copies, choice.sides, choice.collate, choice.settings};
+    pages_ = choice.pages.value_or(std::vector<PageRange>());
+    landscape_ = choice.landscape;
+    SetPaper(landscape_ ? Paper{upright.height, upright.width, upright.offset_y, upright.offset_x}
+                        : upright);
   }
-  PrintChoice SetUpNow() const { return {0, 1, landscape_, options_.sides}; }
+  PrintChoice SetUpNow() const {
+    return {.landscape = landscape_,
+            .sides = options_.sides,
+            .collate = options_.collate,
+            .settings = options_.settings};
+  }
 
   bool TakesAnyPaper() const override { return destination_->TakesAnyPaper(); }
 
   void StartDocument(const std::string& title, const richtext::PageSetup& page) override {
     ResetLayout();
     first_ = PaperFor(page, paper(), TakesAnyPaper());
-    if (job_) {
-      job_->NewPage(first_);
-      return;
-    }
+    if (!job_) title_ = title;
+    page_ = 1;
     if (!qt_) qt_ = HoldQtApplication();
-    AsPrinterError(title, [&] {
-      job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title, first_);
-    });
+    BeginPage(first_);
   }
 
   void NewPage() override {
     Page();
-    job_->NewPage(NextPaper(first_));
+    ++page_;
+    BeginPage(NextPaper(first_));
   }
 
   std::filesystem::path EndJob() override {
     ResetLayout();
-    if (!job_) return {};
+    const bool left_out = std::exchange(nowhere_, nullptr) != nullptr;
+    pages_.clear();
     const auto job = std::exchange(job_, nullptr);
+    if (!job && left_out) {
+      throw StandardError(error_number::kPrinterError,
+                          "\"" + title_ + "\" has " + std::to_string(page_) +
+                              (page_ == 1 ? " page" : " pages") +
+                              ", and none of those that were to be printed");
+    }
+    if (!job) return {};
     std::filesystem::path result;
     AsPrinterError(job->title(),
                    [&] { result = destination_->Deliver(job->Finish(), job->title(), options_); });
@@ -122,18 +134,35 @@ class Device : public DrawingPrinter {
 
   void CancelJob() override {
     ResetLayout();
+    pages_.clear();
+    nowhere_.reset();
     job_.reset();
   }
 
-  bool JobOpen() const override { return job_ != nullptr; }
+  bool JobOpen() const override { return job_ != nullptr || nowhere_ != nullptr; }
 
  protected:
   QPainter& Page() override {
+    if (nowhere_) return nowhere_->painter();
     if (!job_) throw StandardError(error_number::kPrinterError, DeviceName() + " has no open job");
     return job_->painter();
   }
 
  private:
+  // A page that is not to be printed is only laid out.
+  void BeginPage(const Paper& sheet) {
+    nowhere_.reset();
+    if (!HoldsPage(pages_, page_)) {
+      nowhere_ = std::make_unique<NoPaper>();
+    } else if (job_) {
+      job_->NewPage(sheet);
+    } else {
+      AsPrinterError(title_, [&] {
+        job_ = std::make_unique<PdfJob>(destination_->SpoolFolder(), title_, sheet);
+      });
+    }
+  }
+
   // Reports file errors as printer errors that name the printer and the document.
   template <typename Step>
   void AsPrinterError(const std::string& title, Step&& step) {
@@ -149,11 +178,15 @@ class Device : public DrawingPrinter {
 
   std::unique_ptr<Destination> destination_;
   JobOptions options_;
-  bool landscape_ = false;  // how the printer is set
-  Paper first_;             // of the current document's first page
+  std::vector<PageRange> pages_;  // of the next job; all where it is empty
+  std::string title_;             // of the job
+  int page_ = 0;                  // of the current document
+  bool landscape_ = false;        // how the printer is set
+  Paper first_;                   // of the current document's first page
   // Outlives the job, which draws with its fonts.
   std::shared_ptr<void> qt_;
   std::unique_ptr<PdfJob> job_;
+  std::unique_ptr<NoPaper> nowhere_;  // while a page is left out
 };
 
 class InstalledPrinters : public Printers {
@@ -203,7 +236,7 @@ class InstalledPrinters : public Printers {
     if (!current_ || !current_->JobOpen()) current_.reset();
   }
 
-  bool Choose(Dialogs& dialogs) override {
+  bool Choose(Dialogs& dialogs, Offer offer) override {
     const std::string current = CurrentName();
     // The number of copies starts at one each time.
     PrintChoice shown = current_ ? current_->SetUpNow() : PrintChoice();
@@ -211,11 +244,15 @@ class InstalledPrinters : public Printers {
     for (const std::string& name : Names()) {
       if (name == current) shown.printer = offered.size();
       offered.push_back({name, name != kPdfPrinterName});
+      if (offered.back().on_paper) {
+        offered.back().settings = [name] { return SettingsOfCupsQueue(name); };
+      }
     }
+    if (offer == Offer::kPages) shown.pages.emplace();
     const auto chosen = dialogs.ChoosePrinter(offered, shown);
     if (!chosen || chosen->printer >= offered.size()) return false;
     if (!SetCurrent(offered[chosen->printer].name)) return false;
-    current_->SetUp(*chosen);
+    current_->SetUp(*chosen, SheetOf(offered[chosen->printer].name, chosen->settings));
     return true;
   }
 
@@ -229,15 +266,23 @@ class InstalledPrinters : public Printers {
     }
   }
 
+  static Paper SheetOf(const std::string& name, const ChosenSettings& settings) {
+    if (name == kPdfPrinterName) return RegionalPaper();
+    for (const auto& [setting, value] : settings) {
+      if (setting == kPaperSetting) return PaperOfCupsQueue(name, value);
+    }
+    return PaperOfCupsQueue(name);
+  }
+
   void Use(const std::string& name) {
     if (current_ && current_->DeviceName() == name) return;
+    std::unique_ptr<Destination> destination;
     if (name == kPdfPrinterName) {
-      current_ = std::make_unique<Device>(
-          name, RegionalPaper(), std::make_unique<PdfFolder>(options_.pdf_target, data_folder_));
+      destination = std::make_unique<PdfFolder>(options_.pdf_target, data_folder_);
     } else {
-      current_ = std::make_unique<Device>(name, PaperOfCupsQueue(name),
-                                          std::make_unique<CupsDestination>(name));
+      destination = std::make_unique<CupsDestination>(name);
     }
+    current_ = std::make_unique<Device>(name, SheetOf(name, {}), std::move(destination));
   }
 
   PrinterOptions options_;

@@ -107,8 +107,12 @@ class Printers {
   virtual Printer& Current() = 0;
   // Makes the default printer current again, with its own settings.
   virtual void UseDefault() = 0;
-  // Lets the user choose and set up a printer, which becomes current; false when cancelled.
-  virtual bool Choose(Dialogs& dialogs) = 0;
+  // Lets the user choose and set up a printer, which becomes current; false when cancelled. Of one
+  // letter the pages of the next job may be chosen; a page that it does not have is no error as
+  // long as there is another one, else the job's end raises 482.
+  enum class Offer { kWhole, kPages };
+  virtual bool Choose(Dialogs& dialogs, Offer offer) = 0;
+  bool Choose(Dialogs& dialogs) { return Choose(dialogs, Offer::kWhole); }
 };
 
 }  // namespace tenora::printing

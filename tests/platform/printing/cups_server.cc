@@ -20,6 +20,47 @@ namespace {
 constexpr const char* kDaemon = "/usr/sbin/cupsd";
 constexpr const char* kServerPrograms = "/usr/lib/cups";
 
+// A printer with two trays and two sizes of paper, which takes PDF as it is.
+constexpr const char* kTraysDriver = R"ppd(*PPD-Adobe: "4.3"
+*FormatVersion: "4.3"
+*FileVersion: "1.0"
+*LanguageVersion: English
+*LanguageEncoding: ISOLatin1
+*PCFileName: "TRAYS.PPD"
+*Manufacturer: "Test"
+*Product: "(Trays)"
+*ModelName: "Trays"
+*ShortNickName: "Trays"
+*NickName: "Trays"
+*PSVersion: "(3010.000) 0"
+*LanguageLevel: "3"
+*ColorDevice: True
+*DefaultColorSpace: RGB
+*FileSystem: False
+*cupsFilter2: "application/pdf application/pdf 0 -"
+*OpenUI *PageSize/Page Size: PickOne
+*DefaultPageSize: A4
+*PageSize A4/A4: ""
+*PageSize A5/A5: ""
+*CloseUI: *PageSize
+*OpenUI *PageRegion/Page Region: PickOne
+*DefaultPageRegion: A4
+*PageRegion A4/A4: ""
+*PageRegion A5/A5: ""
+*CloseUI: *PageRegion
+*DefaultImageableArea: A4
+*ImageableArea A4/A4: "18 18 577 824"
+*ImageableArea A5/A5: "18 18 402 577"
+*DefaultPaperDimension: A4
+*PaperDimension A4/A4: "595 842"
+*PaperDimension A5/A5: "420 595"
+*OpenUI *InputSlot/Paper Source: PickOne
+*DefaultInputSlot: Upper
+*InputSlot Upper/Upper Tray: ""
+*InputSlot Lower/Lower Tray: ""
+*CloseUI: *InputSlot
+)ppd";
+
 template <typename Condition>
 bool WaitFor(Condition&& condition) {
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
@@ -65,7 +106,7 @@ CupsServer::~CupsServer() {
 
 void CupsServer::WriteConfiguration() const {
   const std::string root = folder_.path().string();
-  for (const char* name : {"spool", "cache", "state", "jobs", "programs/backend"}) {
+  for (const char* name : {"spool", "cache", "state", "jobs", "programs/backend", "ppd"}) {
     std::filesystem::create_directories(folder_ / name);
   }
   const passwd* user = ::getpwuid(::geteuid());
@@ -86,9 +127,10 @@ void CupsServer::WriteConfiguration() const {
                      "Allow all\n</Location>\n<Policy default>\n<Limit All>\n"
                      "Order deny,allow\nAllow all\n</Limit>\n</Policy>\n");
   const std::string uri = "\nDeviceURI folder:/jobs\nState Idle\nAccepting ";
-  WriteWholeFile(folder_ / "printers.conf", "<DefaultPrinter Office>" + uri +
-                                                "Yes\n</DefaultPrinter>\n<Printer Closed>" + uri +
-                                                "No\n</Printer>\n");
+  WriteWholeFile(folder_ / "printers.conf",
+                 "<DefaultPrinter Office>" + uri + "Yes\n</DefaultPrinter>\n<Printer Closed>" +
+                     uri + "No\n</Printer>\n<Printer Trays>" + uri + "Yes\n</Printer>\n");
+  WriteWholeFile(folder_ / "ppd/Trays.ppd", kTraysDriver);
 }
 
 // A back end keeps what it is sent: a line of titles, a file for each job.

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "platform/dialogs/scripted_dialogs.h"
@@ -15,6 +16,7 @@ namespace {
 using printing::Printers;
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::UnorderedElementsAre;
 
 class Cups : public testing::Test {
@@ -37,7 +39,7 @@ TEST_F(Cups, ListsItsQueuesBehindThePdfPrinter) {
   const auto printers = Printers::Create({});
   EXPECT_EQ(printers->Names().front(), printing::kPdfPrinterName);
   EXPECT_THAT(printers->Names(),
-              UnorderedElementsAre(printing::kPdfPrinterName, "Office", "Closed"));
+              UnorderedElementsAre(printing::kPdfPrinterName, "Office", "Closed", "Trays"));
   EXPECT_EQ(printers->Current().DeviceName(), "Office") << "the server's default";
   EXPECT_TRUE(printers->SetCurrent("CLOSED"));
   EXPECT_EQ(printers->Current().DeviceName(), "Closed");
@@ -74,6 +76,53 @@ TEST_F(Cups, TakesTheLettersOfARunAsOneJobUnderItsTitleAsSetInTheChooser) {
   EXPECT_THAT(paper.PageText(1), HasSubstr("Dear Mr Māhuta,"));
   EXPECT_THAT(paper.PageText(2), HasSubstr("Dear Mrs Smith,"));
   EXPECT_THAT(Poppler({"pdfinfo", paper.file.string()}), HasSubstr("595 x 842"));
+}
+
+TEST_F(Cups, OffersWhatThePrinterCanBeSetToAndPrintsSo) {
+  class ChoosesTray : public ScriptedDialogs {
+    std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,
+                                             const PrintChoice& shown) override {
+      EXPECT_FALSE(printers.front().settings) << "the PDF printer";
+      PrintChoice choice = shown;
+      choice.copies = 2;
+      choice.collate = false;
+      choice.pages = {{2, 2}};
+      for (const PrinterSetting& setting : printers[shown.printer].settings()) {
+        offered += setting.label + " (" + setting.preset + "):";
+        for (const PrinterSetting::Value& value : setting.values) {
+          offered += " " + value.label + ",";
+          const bool wanted = value.label == "Bottom" || value.label.starts_with("A5");
+          if (wanted) choice.settings.emplace_back(setting.name, value.value);
+        }
+        offered += "\n";
+      }
+      return choice;
+    }
+
+   public:
+    std::string offered;
+  };
+  const auto printers = Printers::Create({"Trays", {}});
+  EXPECT_NEAR(printers->Current().Width(), 595 * 20, 20) << "the queue's own paper";
+  ChoosesTray dialogs;
+  ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages));
+  EXPECT_EQ(dialogs.offered,
+            "Paper (A4): A4, A5,\nPaper tray (): Top, Bottom,\n"
+            "Colours (Color): Monochrome, Color,\n");
+  printing::Printer& printer = printers->Current();
+  EXPECT_NEAR(printer.Width(), 420 * 20, 20);
+  printer.StartDocument("Pages", {});
+  DrawPages(printer, DocumentOf({Line("first\fsecond\fthird")}),
+            {kInch, kInch, 420 * 20 - kInch, 595 * 20 - kInch});
+  printer.EndJob();
+  const auto jobs = server_->WaitForJobs(2);
+  const auto job = std::ranges::find(jobs, "Pages", &CupsServer::Job::title);
+  ASSERT_NE(job, jobs.end());
+  EXPECT_THAT(job->options, AllOf(HasSubstr("copies=2"), HasSubstr("noCollate"),
+                                  HasSubstr("InputSlot=Lower"), HasSubstr("PageSize=A5")));
+  const Paper paper{job->file, {}};
+  EXPECT_THAT(paper.Text(),
+              AllOf(HasSubstr("second"), Not(HasSubstr("first")), Not(HasSubstr("third"))));
 }
 
 TEST_F(Cups, NamesPrinterAndTitleWhenAQueueRefuses) {

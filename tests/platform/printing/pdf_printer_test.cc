@@ -204,6 +204,56 @@ TEST(PrinterChooser, OffersAllAndTakesTheChosenOne) {
   EXPECT_EQ(dialogs.shown().front().items.front(), kPdfPrinterName);
 }
 
+TEST(PrinterChooser, PrintsThePagesThatWereChosenOnce) {
+  class ChoosesPages : public ScriptedDialogs {
+   public:
+    std::vector<PageRange> pages;
+
+   private:
+    std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>&,
+                                             const PrintChoice& shown) override {
+      EXPECT_TRUE(shown.pages.has_value() && shown.pages->empty());
+      PrintChoice choice = shown;
+      choice.pages = pages;
+      return choice;
+    }
+  };
+  const ScratchFolder folder;
+  const auto printers = Printers::Create({kPdfPrinterName, folder.path()});
+  const std::string break_before = "\f";
+  const richtext::Document letter = DocumentOf(
+      {Line("one" + break_before + "two" + break_before + "three" + break_before + "four")});
+  ChoosesPages dialogs;
+  const auto print = [&] {
+    Printer& printer = printers->Current();
+    printer.StartDocument("Letter", {});
+    DrawPages(printer, letter, {kInch, kInch, kInch + kTextWidth, kInch + kTextHeight});
+    const Paper paper{printer.EndJob(), {}};
+    std::string text = paper.Text();
+    std::erase(text, '\n');
+    std::ranges::replace(text, '\f', '|');
+    return text;
+  };
+  const struct {
+    std::vector<PageRange> pages;
+    const char* text;
+  } cases[] = {{{}, "one|two|three|four|"},
+               {{{2, 3}}, "two|three|"},
+               {{{1, 1}, {4, 9}}, "one|four|"},
+               {{{3, 3}, {2, 2}}, "two|three|"}};
+  for (const auto& c : cases) {
+    dialogs.pages = c.pages;
+    ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages));
+    EXPECT_EQ(print(), c.text);
+  }
+  EXPECT_EQ(print(), "one|two|three|four|") << "not the pages of the job before";
+  dialogs.pages = {{5, 6}};
+  ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages));
+  EXPECT_THAT(ErrorOf(print), HasSubstr("\"Letter\" has 4 pages, and none of those"));
+  EXPECT_FALSE(printers->Current().JobOpen());
+  EXPECT_EQ(print(), "one|two|three|four|");
+}
+
 TEST(PrinterChooser, TurnsThePaperAndKeepsItTurnedUntilTheDefaultIsWanted) {
   class Sideways : public ScriptedDialogs {
     std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>& printers,

@@ -1,10 +1,13 @@
 #include "platform/dialogs/window_dialogs.h"
 
+#include <QDialogButtonBox>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QSpinBox>
 #include <QTimer>
 
 #include "platform/dialogs/file_filter.h"
+#include "platform/dialogs/print_box.h"
 #include "ui/dialogs/dialogs_fixture.h"
 
 namespace tenora {
@@ -112,6 +115,62 @@ TEST_F(DialogsTest, ALettersQuestionTellsAnEmptyAnswerFromTheEndOfTheRun) {
     EXPECT_EQ(answer.text, c.way == Way::kText ? "Ann" : "");
     EXPECT_EQ(answer.for_all, c.for_all);
   }
+}
+
+TEST_F(DialogsTest, ThePrintBoxTakesPagesCopiesAndThePrintersOwnSettings) {
+  const std::vector<OfferedPrinter> printers{
+      {"Print to PDF", false, {}},
+      {"Office", true, [] {
+         return std::vector<PrinterSetting>{
+             {"media-source", "Paper tray", {{"upper", "Upper"}, {"lower", "Lower"}}, "Upper"},
+             {"media-type", "Kind of paper", {{"plain", "Plain"}, {"thick", "Thick"}}, ""}};
+       }}};
+  PrintChoice shown;
+  shown.pages.emplace();
+  shown.printer = 1;
+  PrintBox box(printers, shown, nullptr);
+  box.show();
+  auto* print = box.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+  const auto choose_tray = [&](int row) {
+    QTimer::singleShot(0, [row] {
+      QWidget* settings = QApplication::activeModalWidget();
+      ASSERT_NE(settings, nullptr);
+      EXPECT_EQ(settings->windowTitle(), "Properties of Office");
+      Find<QComboBox>(*settings, "media-source")->setCurrentIndex(row);
+      QTest::keyClick(settings, Qt::Key_Return);
+    });
+    Press(box, "cmdProperties");
+  };
+  EXPECT_TRUE(box.Choice().pages->empty());
+  auto* pages = Find<QLineEdit>(box, "txtPages");
+  const struct {
+    const char* typed;
+    bool printable;
+  } cases[] = {{"2-", true}, {"2-x", false}, {"3-2", false}, {"2-3, 5", true}};
+  for (const auto& c : cases) {
+    pages->clear();
+    QTest::keyClicks(pages, c.typed);
+    EXPECT_EQ(print->isEnabled(), c.printable) << c.typed;
+  }
+  EXPECT_EQ(box.Choice().pages, (std::vector<PageRange>{{2, 3}, {5, 5}}));
+  EXPECT_FALSE(Find<QCheckBox>(box, "chkCollate")->isEnabled()) << "one copy";
+  Find<QSpinBox>(box, "txtCopies")->setValue(2);
+  Find<QCheckBox>(box, "chkCollate")->setChecked(false);
+  choose_tray(2);
+  EXPECT_EQ(box.Choice().settings, (ChosenSettings{{"media-source", "lower"}}));
+  EXPECT_FALSE(box.Choice().collate);
+  EXPECT_EQ(box.Choice().copies, 2);
+  choose_tray(0);
+  EXPECT_EQ(box.Choice().settings, ChosenSettings());
+  Find<QListWidget>(box, "lstItems")->setCurrentRow(0);
+  EXPECT_FALSE(Find<QPushButton>(box, "cmdProperties")->isEnabled());
+  EXPECT_EQ(box.Choice().copies, 1);
+  EXPECT_EQ(box.Choice().pages->size(), 2U);
+  shown.pages.reset();
+  PrintBox run(printers, shown, nullptr);
+  run.show();
+  EXPECT_FALSE(Find<QLineEdit>(run, "txtPages")->isVisible());
+  EXPECT_FALSE(run.Choice().pages.has_value());
 }
 
 TEST(FileFilter, IsTakenApartAsItStands) {

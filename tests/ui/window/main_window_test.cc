@@ -32,7 +32,7 @@ class FewPrinters : public printing::Printers {
   bool SetCurrent(std::string_view name) override { return real_->SetCurrent(name); }
   printing::Printer& Current() override { return real_->Current(); }
   void UseDefault() override { real_->UseDefault(); }
-  bool Choose(Dialogs& dialogs) override { return real_->Choose(dialogs); }
+  bool Choose(Dialogs& dialogs, Offer offer) override { return real_->Choose(dialogs, offer); }
 
  private:
   int count_;

@@ -71,7 +71,9 @@ bool LetterOutput::Print(frmLetter& letter) {
 
 bool LetterOutput::PrintOne(printing::Printers& printers, frmLetter& letter) {
   PrinterMod printer(printers, session_.settings);
-  if (!printer.ChoosePrinter(session_.platform.dialogs)) return false;
+  if (!printer.ChoosePrinter(session_.platform.dialogs, printing::Printers::Offer::kPages)) {
+    return false;
+  }
   letters_.ShowPages();  // the paper may differ
   Copy copy(session_, letter);
   bool printed = false, cancelled = false;
