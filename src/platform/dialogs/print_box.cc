@@ -82,7 +82,9 @@ void PrintBox::Build() {
   connect(list_, &QListWidget::itemActivated, this, [this] { print_->click(); });
   connect(properties_, &QPushButton::clicked, this, &PrintBox::ShowSettings);
   connect(some_pages_, &QRadioButton::toggled, this, [this](bool some) {
-    if (some) pages_->setFocus();
+    // Once the button that was pressed has taken the keyboard itself.
+    if (some)
+      QMetaObject::invokeMethod(pages_, qOverload<>(&QWidget::setFocus), Qt::QueuedConnection);
     ShowWhatApplies();
   });
   connect(pages_, &QLineEdit::textEdited, this, [this] {

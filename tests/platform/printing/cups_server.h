@@ -13,7 +13,8 @@ namespace tenora::test {
 
 class CupsServer {
  public:
-  // The default queue is "Office"; "Closed" takes no jobs, "Trays" has a driver with settings. `problem()` says why it does not run.
+  // The default queue is "Office"; "Closed" takes no jobs, "Trays" has a driver with settings.
+  // `problem()` says why it does not run.
   CupsServer();
   ~CupsServer();
   CupsServer(const CupsServer&) = delete;

@@ -66,6 +66,31 @@ class Windows(unittest.TestCase):
         for expected in ("Dear Ben Young", "Mere", "T00028"):
             self.assertIn(expected, text)
 
+    def replace_and_print_a_page(self):
+        letter = self.screen.home / "Templates/Two pages.rtf"
+        self.open_from_tree("Two pages")
+        self.screen.keys("ctrl+h")
+        self.screen.type("rent")
+        self.screen.keys("Tab")
+        self.screen.type("fee")
+        # Match case, whole words, and back to "Replace All".
+        self.screen.keys(*["Tab"] * 5, "space", "Tab", "space", "shift+Tab", "shift+Tab", "Return",
+                         "Escape", "ctrl+s")
+        wait_for("the letter with other words",
+                 lambda: "The fee. Rent, rental" in self.plain_text(letter))
+        self.screen.keys("ctrl+p")
+        window = self.screen.window("Print")
+        self.screen.keys("Tab", "Tab")
+        self.screen.type("2")
+        self.screen.keys("Return")
+        self.screen.until_gone(window)
+        pdf = self.screen.home / "Printed/Two pages - Templates.pdf"
+        wait_for("the printed page", pdf.exists)
+        text = subprocess.run(["pdftotext", pdf, "-"], capture_output=True, text=True,
+                              check=True).stdout
+        self.assertEqual(text.split(), ["your", "fee"])
+        self.screen.window(MAIN)
+
     def mail_letter(self, server):
         self.screen.window(MAIN)
         self.screen.keys("ctrl+shift+e")
@@ -159,12 +184,15 @@ class Windows(unittest.TestCase):
                 MailServer(self.screen.folder / "mail") as server:
             self.screen.run("query", "--write", str(self.screen.home / "property.mdb"),
                             f"update options set SmtpSend=True, SmtpPort={server.stored_port}")
+            (self.screen.home / "Templates/Two pages.rtf").write_text(
+                r"{\rtf1 The rent. Rent, rental\page your rent}")
             self.screen.start()
             self.insert_code_and_save()
             self.generate_for_two()
             self.print_letter()
             self.mail_letter(server)
             self.check_spelling()
+            self.replace_and_print_a_page()
             self.close()
 
 
