@@ -329,8 +329,9 @@ TEST(RtfReader, TakesTheFiguresOutOfDrawings) {
            "{\\sp{\\sn groupRight}{\\sv 200}}{\\sp{\\sn groupBottom}{\\sv 100}}{\\sp{\\sn "
            "fFlipH}{\\sv "
            "1}}{\\sp{\\sn rotation}{\\sv 11796480}}" +
-           member(0, 100, "") + "}}",
-       {"rectangle 0 250 500 500 255/255/255 0/0/0 turned 180"}},
+           member(0, 100, "") + member(100, 200, "{\\shptxt a\\par}") + "}}",
+       {"rectangle 0 250 500 500 255/255/255 0/0/0 turned 180",
+        "rectangle 500 250 1000 500 255/255/255 0/0/0 a"}},
       {"{\\*\\do\\dobxpage\\dptxbx\\dptxbxmar40{\\dptxbxtext old\\par}\\dpx10\\dpy20\\dpxsize300"
        "\\dpysize400\\dpfillbgcr255\\dpfillpat1\\dplinehollow\\dpline\\dpptx0\\dppty100\\dpptx100"
        "\\dppty0\\dpx10\\dpy20\\dpxsize100\\dpysize100}",

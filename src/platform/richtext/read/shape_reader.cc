@@ -147,7 +147,7 @@ void ShapeReader::JoinGroup(Shape* group, const Area& whole) {
     const double move_x = x * std::cos(angle) - y * std::sin(angle) - x;
     const double move_y = x * std::sin(angle) + y * std::cos(angle) - y;
     area = {area.left + move_x, area.top + move_y, area.right + move_x, area.bottom + move_y};
-    part.figure.rotation += group->rotation;
+    if (part.figure.blocks.empty()) part.figure.rotation += group->rotation;
   }
 }
 
