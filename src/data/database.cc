@@ -28,6 +28,7 @@ constexpr const char* kDatabaseName = "property.mdb";
 constexpr const char* kWhereToPutIt =
     "  Put the rental package's property.mdb there, or start Tenora with TENORA_HOME set to the "
     "folder that holds it.";
+constexpr const char* kBrowse = "&Browse…";
 constexpr const char* kLineBreak = "\r\n";
 // Errors of this source are deliberately not described: the engine has shown them itself.
 constexpr std::string_view kSilentSource = "Microsoft JET Database Engine";
@@ -64,17 +65,30 @@ fs::path FolderOf(const fs::path& database) {
 }  // namespace
 
 void Database::OpenDatabase() {
-  Reported("Start ADO", [&] {
+  for (;;) {
     try {
       const fs::path file = LocateDatabase();
       open_ = platform_.workspace.OpenDatabase(file);
       last_opened_ = file;
-    } catch (const RuntimeError& error) {
-      if (error.number() != access::engine_error::kFileNotFound) throw;
-      throw RuntimeError(error.number(), std::string(error.description()) + kWhereToPutIt,
-                         error.source());
+      return;
+    } catch (...) {
+      const RuntimeError error = CurrentError();
+      const bool missing = error.number() == access::engine_error::kFileNotFound;
+      if (!missing) return DataErrorReport("Start ADO", error);
+      const RuntimeError told(error.number(), std::string(error.description()) + kWhereToPutIt,
+                              error.source());
+      if (!Report(told, browse_ ? kBrowse : "") || !browse_()) return;
     }
-  });
+  }
+}
+
+bool Database::CanBeRead() {
+  const fs::path file = Location();
+  try {
+    return platform_.workspace.OpenDatabase(file) != nullptr;
+  } catch (const RuntimeError&) {
+    return false;
+  }
 }
 
 void Database::CloseDatabase() { open_.reset(); }
@@ -243,6 +257,10 @@ Date Database::LookupDate(std::string_view field, std::string_view table, std::s
 }
 
 void Database::DataErrorReport(std::string_view /*label*/, const RuntimeError& error) {
+  Report(error, {});
+}
+
+bool Database::Report(const RuntimeError& error, const std::string& other_button) {
   ++errors_reported_;
   std::string message;
   if (error.number() != 0 && error.source() != kSilentSource) {
@@ -251,8 +269,9 @@ void Database::DataErrorReport(std::string_view /*label*/, const RuntimeError& e
     message.append(gap).append("General Errors...").append(gap);
     message.append(ErrorText(error)).append(gap);
   }
-  platform_.dialogs.Say(message);
+  const Answer answer = platform_.dialogs.Show({.text = message, .other_button = other_button});
   AppendToErrorLog(platform_.program_folder, platform_.clock.Now(), message);
+  return answer == Answer::kOther;
 }
 
 }  // namespace tenora

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,6 +30,12 @@ class Database {
   // Where the settings say so and the file is there, on the server; else the program folder's own.
   void OpenDatabase();
   void CloseDatabase();
+  // Lets the user look for a database that is missing: the box that tells so has a "Browse…" then, which
+  // calls `browse`; where that gives true, what the settings name now is opened. Empty: no such
+  // button, as it is at first.
+  void OnMissing(std::function<bool()> browse) { browse_ = std::move(browse); }
+  // Whether OpenDatabase would succeed at this moment. Shows nothing; raises as Location.
+  bool CanBeRead();
   bool IsOpen() const { return open_ != nullptr; }
 
   // The file that OpenDatabase would open now; nothing is shown. Raises 13 for settings that cannot
@@ -124,6 +131,8 @@ class Database {
     }
   }
 
+  // Shows and logs an error; whether its other button, if it has one, was pressed.
+  bool Report(const RuntimeError& error, const std::string& other_button);
   std::filesystem::path OwnDatabase() const;
   bool IsNetworked();
   std::filesystem::path StoredLocation();
@@ -135,6 +144,7 @@ class Database {
   Platform platform_;
   Settings& settings_;
   std::unique_ptr<query::EngineDatabase> open_;
+  std::function<bool()> browse_;
   std::filesystem::path data_folder_;
   std::filesystem::path last_opened_;
   std::optional<std::filesystem::path> only_file_;

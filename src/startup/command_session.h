@@ -33,7 +33,8 @@ class CommandSession {
   const std::unique_ptr<Locale> locale_ = MakeLocale();
   const std::unique_ptr<registry::Registry> registry_ = registry::Registry::FromEnvironment();
   const std::unique_ptr<query::Workspace> workspace_ = query::Workspace::Create();
-  Session session_{Platform{clock_, dialogs_, *locale_, *registry_, *workspace_, ProgramFolder(), StateFolder()}};
+  Session session_{Platform{clock_, dialogs_, *locale_, *registry_, *workspace_, ProgramFolder(),
+                            StateFolder()}};
 };
 
 }  // namespace tenora

@@ -72,8 +72,8 @@ class ContendedRegistry : public registry::Registry {
 TEST_F(SettingsTest, StaysMachineWideWhenAnotherProgramsStampComesBetween) {
   ContendedRegistry contended(*platform_.registry, 2);
   const Platform parts = platform_.Parts();
-  Settings settings(
-      {parts.clock, parts.dialogs, parts.locale, contended, parts.workspace, parts.program_folder});
+  Settings settings({parts.clock, parts.dialogs, parts.locale, contended, parts.workspace,
+                     parts.program_folder, parts.state_folder});
   EXPECT_TRUE(settings.MachineWideSettings());
 }
 

@@ -41,7 +41,8 @@ int main(int argc, char** argv) {
     const auto locale = MakeLocale();
     const auto registry = registry::Registry::FromEnvironment();
     const auto workspace = query::Workspace::Create();
-    Settings settings(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder(), StateFolder()});
+    Settings settings(
+        Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder(), StateFolder()});
     RichTextBox letter;
     letter.LoadFile(argv[1]);
     GiveMargins(ReadWholeFile(argv[1]), &letter);

@@ -27,6 +27,8 @@ const char* AnswerName(Answer answer) {
       return "Yes";
     case Answer::kNo:
       return "No";
+    case Answer::kOther:
+      break;
   }
   return "";
 }

@@ -17,7 +17,7 @@ inline constexpr const char* kApplicationTitle = "Tenora Mail Merge Facility";
 
 enum class Buttons { kOk, kOkCancel, kYesNo, kYesNoCancel };
 enum class Icon { kNone, kQuestion, kInformation, kExclamation, kCritical };
-enum class Answer { kOk, kCancel, kYes, kNo };
+enum class Answer { kOk, kCancel, kYes, kNo, kOther };
 
 struct MessageBox {
   std::string text;
@@ -26,6 +26,8 @@ struct MessageBox {
   Icon icon = Icon::kNone;
   // The answer for Enter, and for a box that nobody can see.
   Answer default_answer = Answer::kOk;
+  // The caption of one more button, which answers kOther. A box without windows has none.
+  std::string other_button = {};
 };
 
 // What a printer can be set to, such as its paper tray.

@@ -35,8 +35,12 @@ Answer ScriptedDialogs::Show(const MessageBox& box) {
                     .title = box.title,
                     .buttons = box.buttons,
                     .icon = box.icon,
-                    .default_choice = box.default_answer});
-  if (box.buttons == Buttons::kOk) return Answer::kOk;
+                    .default_choice = box.default_answer,
+                    .other_button = box.other_button});
+  if (box.buttons == Buttons::kOk) {
+    const Answer* next = answers_.empty() ? nullptr : std::get_if<Answer>(&answers_.front());
+    if (box.other_button.empty() || next == nullptr || *next != Answer::kOther) return Answer::kOk;
+  }
   const Scripted answer = NextAnswer(box.text);
   if (std::holds_alternative<Cancel>(answer)) return Answer::kCancel;
   if (const Answer* pressed = std::get_if<Answer>(&answer)) return *pressed;

@@ -23,6 +23,7 @@ struct ShownBox {
   Buttons buttons = Buttons::kOk;
   Icon icon = Icon::kNone;
   Answer default_choice = Answer::kOk;  // of a message
+  std::string other_button = {};        // of a message
   std::string default_answer = {};      // of an input box
   std::vector<std::string> items = {};  // of a chooser
   std::size_t default_item = 0;
@@ -32,7 +33,8 @@ struct ShownBox {
 
 class ScriptedDialogs : public Dialogs {
  public:
-  // Each appends one answer; questions take them in this order. An OK-only box is no question.
+  // Each appends one answer; questions take them in this order. An OK-only box is no question,
+  // unless its other button is to be pressed.
   ScriptedDialogs& WillPress(Answer answer);
   // Also the path that a file chooser gives.
   ScriptedDialogs& WillType(std::string text);

@@ -67,6 +67,8 @@ QMessageBox::StandardButton ButtonOf(Answer answer) {
       return QMessageBox::Yes;
     case Answer::kNo:
       return QMessageBox::No;
+    case Answer::kOther:
+      break;
   }
   return QMessageBox::Ok;
 }
@@ -204,8 +206,14 @@ Answer WindowDialogs::Show(const MessageBox& box) {
   window.setTextFormat(Qt::PlainText);
   window.setTextInteractionFlags(Qt::TextSelectableByMouse);
   window.setDefaultButton(ButtonOf(box.default_answer));
+  const QAbstractButton* other = nullptr;
+  if (!box.other_button.empty()) {
+    other = window.addButton(QString::fromStdString(box.other_button), QMessageBox::ActionRole);
+  }
   WidenForTitle(window);
-  return AnswerOf(window.exec(), box.buttons);
+  const int pressed = window.exec();
+  if (other != nullptr && window.clickedButton() == other) return Answer::kOther;
+  return AnswerOf(pressed, box.buttons);
 }
 
 std::optional<std::string> WindowDialogs::AskText(const std::string& prompt,

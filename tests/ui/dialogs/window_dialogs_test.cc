@@ -54,6 +54,12 @@ TEST_F(DialogsTest, BoxesAnswerEnterWithTheDefaultAndEscapeWithNone) {
                             .default_answer = c.default_answer}),
               c.answer);
   }
+  for (const auto& [key, answer] : {std::pair(Qt::Key_B, Answer::kOther),
+                                    {Qt::Key_Return, Answer::kOk},
+                                    {Qt::Key_Escape, Answer::kOk}}) {
+    WhenUp(key, [](QWidget&) {});
+    EXPECT_EQ(dialogs.Show({.text = "missing", .other_button = "&Browse…"}), answer);
+  }
   WhenUp(Qt::Key_Return, [](QWidget& box) {
     EXPECT_EQ(box.windowTitle(), "Find text");
     QTest::keyClicks(Find<QLineEdit>(box, "txtAnswer"), "new");

@@ -50,7 +50,8 @@ class GenerateLettersTest : public WindowPartsTest {
   }
 
   LetterRuns runs_{session_, tree_, letters_, printers_, AtOnce, &desk_};
-  GenerateLetters command_{session_, tree_, letters_, printers_, runs_, &desk_};
+  RentalDataLoad rental_data_{session_};
+  GenerateLetters command_{session_, tree_, letters_, printers_, rental_data_, runs_, &desk_};
   std::string told_;
   int dialogs_ = 0;
 };
@@ -131,7 +132,7 @@ TEST_F(GenerateLettersTest, NeedsPrintersOnlyForPaper) {
   SaveTemplate("Notice", "Dear <<Tenant Name>>");
   Select("Templates/Notice");
   WindowPrinters unread(session_);
-  GenerateLetters command(session_, tree_, letters_, unread, runs_, &desk_);
+  GenerateLetters command(session_, tree_, letters_, unread, rental_data_, runs_, &desk_);
   const std::string name = NameOf("T00001");
   InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
   command.Generate();

@@ -308,5 +308,83 @@ TEST_F(MainWindow, RenamesOverNoFileAndTakesTheOpenLetterAlong) {
   EXPECT_EQ(open.Kind, "Templates");
 }
 
+class RentalDataInTheWindow : public MainWindow {
+ protected:
+  int Tenants() {
+    TreeModel& model = window_->tree().model();
+    return model.rowCount(model.Group("Tenants"));
+  }
+  bool HasTenant(const char* name) {
+    TreeModel& model = window_->tree().model();
+    return !model
+                .match(model.index(0, 0), Qt::DisplayRole, QString(name), 1,
+                       Qt::MatchExactly | Qt::MatchRecursive)
+                .isEmpty();
+  }
+  // As another program does.
+  void Rename(const char* code, const std::string& name) {
+    query::Workspace::Create()
+        ->OpenDatabase(platform_.ProgramFolder() / "property.mdb")
+        ->Execute("update tenancy set name = '" + name + "' where reference = '" + code + "'");
+  }
+};
+
+TEST_F(RentalDataInTheWindow, FindsADatabaseThatTurnsUp) {
+  const auto folder = platform_.ProgramFolder(), database = folder / "property.mdb";
+  std::filesystem::remove_all(folder);
+  Load();
+  ASSERT_EQ(platform_.dialogs.shown().size(), 1U);
+  EXPECT_EQ(platform_.dialogs.shown()[0].other_button, "&Browse…");
+  EXPECT_EQ(Tenants(), 0);
+  std::filesystem::create_directories(folder);
+  // The first part of a slow copy.
+  WriteWholeFile(database, ReadWholeFile(test::SampleDatabase()).substr(0, 10'000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !window_->findChild<QTimer*>("tmrLook")->isActive(); }));
+  platform_.InstallSampleDatabase();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Tenants() > 0; }));
+  EXPECT_EQ(platform_.dialogs.shown().size(), 1U) << "nothing was tried aloud";
+}
+
+TEST_F(RentalDataInTheWindow, LetsTheUserBrowseForAMissingDatabase) {
+  const auto elsewhere = platform_.folder / "server";
+  std::filesystem::create_directories(elsewhere / "Templates");
+  std::filesystem::copy_file(test::SampleDatabase(), elsewhere / "property.mdb");
+  WriteWholeFile(elsewhere / "Templates/Notice.rtf", "{\\rtf1 x}");
+  platform_.dialogs.WillPress(Answer::kOther).WillType((elsewhere / "property.mdb").string());
+  Load();
+  EXPECT_GT(Tenants(), 0);
+  EXPECT_TRUE(window_->tree().model().IndexOfKey("Templates/Notice").isValid());
+  EXPECT_EQ(session_.database.Location(), elsewhere / "property.mdb");
+}
+
+TEST_F(RentalDataInTheWindow, ReadsTenantsAgainAtF5AndBeforeLettersWhenTheFileHasChanged) {
+  platform_.InstallSampleDatabase();
+  std::filesystem::create_directories(platform_.ProgramFolder() / "Templates");
+  WriteWholeFile(platform_.ProgramFolder() / "Templates/Notice.rtf", "{\\rtf1 x}");
+  Load();
+  ASSERT_TRUE(HasTenant("Ben Young"));
+  Rename("T00028", "Benedict Young");
+  EXPECT_TRUE(HasTenant("Ben Young"));
+  Trigger("mnuRefresh");
+  EXPECT_TRUE(HasTenant("Benedict Young"));
+  EXPECT_FALSE(HasTenant("Ben Young"));
+
+  Rename("T00028", "Benjamin Young");
+  window_->letters().Open(
+      *window_->tree().model().EntryAt(window_->tree().model().IndexOfKey("Templates/Notice")));
+  bool offered = false;
+  QTimer::singleShot(0, [&] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    for (const TenantRecord& tenant : session_.caches.Tenants) {
+      offered = offered || tenant.KeyName == "Benjamin Young";
+    }
+    dialog->reject();
+  });
+  Trigger("cmdGenerate");
+  EXPECT_TRUE(offered);
+  EXPECT_TRUE(HasTenant("Benjamin Young"));
+}
+
 }  // namespace
 }  // namespace tenora

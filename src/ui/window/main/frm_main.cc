@@ -52,11 +52,11 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
       keeper_(session_, *desk_, letters_),
       output_(session_, printers_, letters_,
               [this](const QString& title, const Work& work) { RunBeside(title, work); }),
-      rental_data_(session_),
+      rental_data_(session_, this),
       runs_(
           session_, *tree_, letters_, printers_,
           [this](const QString& title, const Work& work) { RunBeside(title, work); }, this),
-      generate_(session_, *tree_, letters_, printers_, runs_, this),
+      generate_(session_, *tree_, letters_, printers_, rental_data_, runs_, this),
       imports_(session_, *tree_, letters_, *lint_panel_,
                [this](const QString& title, const Work& work) { RunBeside(title, work); }),
       given_files_(session_, letters_, imports_),
@@ -74,6 +74,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
                      .generate = generate_,
                      .runs = runs_,
                      .imports = imports_,
+                     .rental_data = rental_data_,
                      .settings = settings_,
                      .help = help_,
                      .colours = colours_,
@@ -141,6 +142,7 @@ void frmMain::ConnectParts() {
   connect(&runs_, &LetterRuns::Told, this, tell);
   connect(&tree_commands_, &TreeCommands::Told, this, tell);
   connect(&rental_data_, &RentalDataLoad::Told, this, tell);
+  connect(&rental_data_, &RentalDataLoad::Reloaded, tree_, &ctlTree::RefreshTree);
   connect(&rental_data_, &RentalDataLoad::CustomFieldsRead, this,
           [this](const CustomFieldCodes& codes) {
             letters_.SetCustomFields(codes);
@@ -246,14 +248,18 @@ void frmMain::ShowTitle(const LetterWindow* front) {
 }
 
 void frmMain::RunBeside(const QString& title, const Work& work) {
-  tree_->Hold(true);
+  const auto hold = [this](bool held) {
+    rental_data_.Hold(held);
+    tree_->Hold(held);
+  };
+  hold(true);
   try {
     RunInBackground(this, title, work);
   } catch (...) {
-    tree_->Hold(false);
+    hold(false);
     throw;
   }
-  tree_->Hold(false);
+  hold(false);
 }
 
 }  // namespace tenora

@@ -83,6 +83,7 @@ void GenerateLetters::GenerateFrom(const Entry& letter_template,
   LetterWindow* open = letters_.OfFile(letter_template.path);
   if (open != nullptr && !open->letter().CheckSave()) return;
 
+  rental_data_.LoadIfChanged();
   Dialogs& dialogs = session_.platform.dialogs;
   frmGenerate choice(session_.caches, letter_template.kind, letter_template.name.toStdString(),
                      dialogs, window_);

@@ -8,6 +8,7 @@
 #include "ui/window/letter/open_letters.h"
 #include "ui/window/letter/window_printers.h"
 #include "ui/window/main/letter_runs.h"
+#include "ui/window/main/rental_data_load.h"
 #include "ui/window/tree/ctl_tree.h"
 
 namespace tenora {
@@ -16,11 +17,12 @@ class GenerateLetters {
  public:
   // Everything passed in must outlive this object. `window` is the parent of the dialog.
   GenerateLetters(Session& session, ctlTree& tree, OpenLetters& letters, WindowPrinters& printers,
-                  LetterRuns& runs, QWidget* window)
+                  RentalDataLoad& rental_data, LetterRuns& runs, QWidget* window)
       : session_(session),
         tree_(tree),
         letters_(letters),
         printers_(printers),
+        rental_data_(rental_data),
         runs_(runs),
         window_(window) {}
 
@@ -43,6 +45,7 @@ class GenerateLetters {
   ctlTree& tree_;
   OpenLetters& letters_;
   WindowPrinters& printers_;
+  RentalDataLoad& rental_data_;
   LetterRuns& runs_;
   QWidget* window_;
 };

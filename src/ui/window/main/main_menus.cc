@@ -202,8 +202,10 @@ void MainMenus::BuildViewMenu() {
   view->addSeparator();
   view->addActions(parts_.editor_actions.ViewActions());
   view->addSeparator();
-  Command(view, "mnuRefresh", tr("&Refresh Tree"), {"refresh", QKeySequence::Refresh},
-          [this] { parts_.tree.RefreshTree(); });
+  Command(view, "mnuRefresh", tr("&Refresh Tree"), {"refresh", QKeySequence::Refresh}, [this] {
+    parts_.rental_data.LoadIfChanged();
+    parts_.tree.RefreshTree();
+  });
   Command(view, "mnuSearchTree", tr("&Search Tree"), {"find", QKeySequence(tr("Ctrl+Shift+F"))},
           [this] { parts_.tree.FocusSearch(); });
 }

@@ -42,6 +42,7 @@ struct MenuParts {
   GenerateLetters& generate;
   LetterRuns& runs;
   ImportTemplates& imports;
+  RentalDataLoad& rental_data;
   SettingsCommands& settings;
   HelpCommands& help;
   WindowColours& colours;

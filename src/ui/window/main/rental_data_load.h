@@ -1,10 +1,15 @@
 // Loads the caches of tenants, owners, properties and account codes, the options and the custom
-// fields from the rental database, at start-up and after the settings have changed.
+// fields from the rental database: at start-up, after the settings or the file have changed, and
+// when a database that was missing is there.
 #pragma once
 
+#include <QFileSystemWatcher>
 #include <QObject>
+#include <QTimer>
+#include <optional>
 
 #include "letters/custom_field_codes.h"
+#include "platform/access/file_state.h"
 #include "rental/session.h"
 
 namespace tenora {
@@ -13,18 +18,44 @@ class RentalDataLoad : public QObject {
   Q_OBJECT
 
  public:
-  explicit RentalDataLoad(Session& session) : session_(session) {}
+  explicit RentalDataLoad(Session& session, QObject* parent = nullptr);
 
-  // A step that fails shows its error, and the rest runs.
+  // A step that fails shows its error, and the rest runs. Where the database is missing the user
+  // can browse for it.
   void Load();
+  // The same if nothing could be loaded before, or the file is another one or was written since.
+  void LoadIfChanged();
+  // While held, a database that turns up is not loaded: work on another thread may be using the
+  // caches.
+  void Hold(bool hold) { held_ = hold; }
 
  signals:
   // For the status bar.
   void Told(const QString& message);
   void CustomFieldsRead(const tenora::CustomFieldCodes& codes);
+  // By LoadIfChanged, or since a database has turned up.
+  void Reloaded();
 
  private:
+  // A database's file, and how it was.
+  struct File {
+    std::filesystem::path path;
+    access::FileState state;
+
+    bool operator==(const File&) const = default;
+  };
+
+  std::optional<File> FileNow();
+  bool Browse();
+  void WatchForMissing(bool missing);
+  void LookForMissing();
+
   Session& session_;
+  std::optional<File> loaded_;
+  QFileSystemWatcher watcher_;
+  QTimer look_{this};
+  std::optional<File> seen_;  // when last looked for
+  bool held_ = false;
 };
 
 }  // namespace tenora
