@@ -75,7 +75,7 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   tenora::RichTextBox box;
   tenora::LetterView view(box);
-  view.ChangeWidth(true);
+  view.ShowSheet(true);
   view.resize(1000, 900);
   view.show();
   QApplication::processEvents();

@@ -40,6 +40,14 @@ class PreviewPages::Device : public DrawingPrinter {
 
   int PageCount() const { return static_cast<int>(pages_.size()); }
 
+  std::vector<int> PageStarts() const {
+    std::vector<int> starts;
+    for (const ShownPage& page : pages_) {
+      if (page.range.range.from > 0) starts.push_back(page.range.range.from);
+    }
+    return starts;
+  }
+
   QSizeF PageSize() const {
     if (pages_.empty()) return QSizeF(Width(), Height());
     return pages_.front().size;
@@ -89,6 +97,8 @@ class PreviewPages::Device : public DrawingPrinter {
 PreviewPages::PreviewPages(const Printer& like) : device_(std::make_unique<Device>(like)) {}
 
 PreviewPages::~PreviewPages() = default;
+
+std::vector<int> PreviewPages::PageStarts() const { return device_->PageStarts(); }
 
 int PreviewPages::PageCount() const { return device_->PageCount(); }
 

@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QSizeF>
 #include <memory>
+#include <vector>
 
 #include "platform/printing/printing.h"
 
@@ -17,6 +18,8 @@ class PreviewPages : public Printers {
   ~PreviewPages() override;
 
   int PageCount() const;
+  // Where the pages after the first begin, as positions in the document.
+  std::vector<int> PageStarts() const;
   QSizeF PageSize() const;  // twips; of the first page
   // The printed document must outlive the call.
   QImage Page(int number, double pixels_per_twip, double device_ratio = 1);

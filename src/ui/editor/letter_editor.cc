@@ -10,6 +10,8 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QTextLayout>
 #include <QWheelEvent>
 #include <cmath>
 #include <utility>
@@ -40,9 +42,28 @@ LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent)
     if (viewportMargins() != margins) setViewportMargins(margins);
   });
   connect(&letter_, &EditedLetter::SavedAgain, this, &LetterEditor::SavedAgain);
+  connect(&letter_, &EditedLetter::Cleared, this, &LetterEditor::ShowTop, Qt::QueuedConnection);
+  connect(this, &QTextEdit::cursorPositionChanged, this, &LetterEditor::ShowTop,
+          Qt::QueuedConnection);
   paper_.SetLook(PaperLook());
   paper_.SetZoom(1);
   ShowBox();
+}
+
+void LetterEditor::ShowPageStarts(const std::vector<int>& positions) {
+  std::vector<int> shown;
+  for (const int position : positions) shown.push_back(letter_.ShownAt(position));
+  sheet_.SetStarts(shown);
+}
+
+// Qt shows no more than the caret's line.
+void LetterEditor::ShowTop() {
+  const QTextCursor cursor = textCursor();
+  if (cursor.block().position() > 0 || cursor.hasSelection()) return;
+  const QTextLine line = cursor.block().layout()->lineForTextPosition(cursor.positionInBlock());
+  const bool first = !line.isValid() || line.lineNumber() == 0;
+  const int bottom = cursorRect().bottom() + verticalScrollBar()->value();
+  if (first && bottom < viewport()->height()) verticalScrollBar()->setValue(0);
 }
 
 void LetterEditor::InsertPageBreak() {
@@ -145,11 +166,18 @@ void LetterEditor::inputMethodEvent(QInputMethodEvent* event) {
 }
 
 void LetterEditor::paintEvent(QPaintEvent* event) {
-  QTextEdit::paintEvent(event);
   const QPointF scrolled(horizontalScrollBar()->value(), verticalScrollBar()->value());
+  const QRectF visible(scrolled, viewport()->size());
+  {
+    QPainter under(viewport());
+    under.translate(-scrolled);
+    sheet_.PaintSheet(&under, visible);
+  }
+  QTextEdit::paintEvent(event);
   QPainter painter(viewport());
   painter.translate(-scrolled);
-  PaintOverlay(&painter, *document(), formats(), QRectF(scrolled, viewport()->size()));
+  PaintOverlay(&painter, *document(), formats(), visible);
+  sheet_.PaintPageEnds(&painter, visible);
   painter.translate(scrolled);
   handles_.Paint(&painter);
 }

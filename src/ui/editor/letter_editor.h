@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QTextEdit>
 #include <functional>
+#include <vector>
 
 #include "platform/richtext/rich_text_box.h"
 #include "ui/editor/codes/code_completer.h"
@@ -17,6 +18,7 @@
 #include "ui/editor/commands/typing_keys.h"
 #include "ui/editor/document/edited_letter.h"
 #include "ui/editor/document/undo_history.h"
+#include "ui/editor/screen/page_sheet.h"
 #include "ui/editor/screen/paper_layout.h"
 #include "ui/editor/screen/picture_handles.h"
 
@@ -41,6 +43,8 @@ class LetterEditor : public QTextEdit {
   void ShowBox() { letter_.ShowBox(); }
   // The letter as it is now is on the disk.
   void MarkSaved() { letter_.MarkSaved(); }
+  // Where the pages after the first begin, as positions in the letter.
+  void ShowPageStarts(const std::vector<int>& positions);
   void InsertPageBreak();
   void PastePlainText();
   void Cut();
@@ -91,6 +95,8 @@ class LetterEditor : public QTextEdit {
   void insertFromMimeData(const QMimeData* source) override;
 
  private:
+  // Scrolls up to the sheet's edge where the caret is in the first line.
+  void ShowTop();
   // True where the selection, or the caret's place, may be changed.
   bool MayChangeSelection();
 
@@ -103,6 +109,7 @@ class LetterEditor : public QTextEdit {
   PictureHandles handles_{letter_, pictures_};
   TypingKeys keys_{letter_, formatting_, tables_};
   PaperLayout paper_{letter_, history_};
+  PageSheet sheet_{letter_, paper_};
   CodeMarker* marker_;
   Spelling spelling_;
   CodeCompleter* completer_;

@@ -18,11 +18,16 @@ LetterView::LetterView(RichTextBox& box, QWidget* parent) : QWidget(parent) {
   connect(ruler_, &Ruler::MarginsDragged, this, &LetterView::MarginsDragged);
 }
 
-void LetterView::SetPage(int width, int left, int right) {
+void LetterView::SetPage(PaperLook page) {
+  const PaperLook& now = editor_->paper().Look();
+  page.wraps_at_page = now.wraps_at_page;
+  page.sheet = now.sheet;
+  editor_->paper().SetLook(page);
+}
+
+void LetterView::ShowSheet(bool shown) {
   PaperLook paper = editor_->paper().Look();
-  paper.width = width;
-  paper.left = left;
-  paper.right = right;
+  paper.sheet = shown;
   editor_->paper().SetLook(paper);
 }
 

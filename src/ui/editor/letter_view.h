@@ -16,8 +16,11 @@ class LetterView : public QWidget {
 
   LetterEditor& editor() { return *editor_; }
   void ShowRuler(bool shown) { ruler_->setVisible(shown); }
-  // The paper of the current printer and the margins that letters print with, twips.
-  void SetPage(int width, int left, int right);
+  // The paper of the current printer and the margins that the letter prints with; how its lines
+  // end stays.
+  void SetPage(PaperLook page);
+  // The letter lies on a sheet of that paper, and its lines end with it.
+  void ShowSheet(bool shown);
   // Lines end where the printer's page ends; else at the window's edge.
   void ChangeWidth(bool page_width);
 

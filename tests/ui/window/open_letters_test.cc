@@ -1,6 +1,8 @@
 #include "ui/window/letter/open_letters.h"
 
+#include <QScrollBar>
 #include <QTest>
+#include <cmath>
 
 #include "window_fixture.h"
 
@@ -140,6 +142,31 @@ TEST_F(OpenLettersTest, ADraggedMarginIsTheLettersOwnUnlessThePrinterSetUpHasIt)
   emit letters_.Active()->view().MarginsDragged(1701, 900);
   EXPECT_EQ(own_margins(), std::pair(1701, 1134));
   EXPECT_EQ(StoredMargins(session_.settings), (PageMargins{.right = 900}));
+  letters_.Active()->letter().members().Changed = false;
+}
+
+// Beside the window's work, some time after a change.
+TEST_F(OpenLettersTest, FindsWhereThePagesEndOnPaper) {
+  letters_.ShowAsPages(true);
+  SaveTemplate("Long", "\\margt1440\\margb1440 one\\par\\page two\\par three\\page four");
+  letters_.Open(Entry("Templates/Long"));
+  LetterEditor& editor = letters_.Active()->editor();
+  const auto sheet_ends_below = [&](const char* text) {
+    QTextCursor line = editor.document()->find(QLatin1String(text));
+    const double top = editor.cursorRect(line).top() + editor.verticalScrollBar()->value();
+    const PaperLook& look = editor.paper().Look();
+    const double end = top + PixelsOfTwips(look.height - look.top + kDesk);
+    const int shown = editor.verticalScrollBar()->maximum() + editor.viewport()->height();
+    // Within the height of a break's line, with which the page may begin.
+    return std::abs(shown - end) < 40;
+  };
+  EXPECT_TRUE(QTest::qWaitFor([&] { return sheet_ends_below("four"); }, 20'000));
+  QTextCursor end(editor.document());
+  end.movePosition(QTextCursor::End);
+  editor.setTextCursor(end);
+  editor.InsertPageBreak();
+  QTest::keyClicks(&editor, "five");
+  EXPECT_TRUE(QTest::qWaitFor([&] { return sheet_ends_below("five"); }, 20'000));
   letters_.Active()->letter().members().Changed = false;
 }
 

@@ -32,6 +32,8 @@ class EditedLetter : public QObject, private RichTextView {
 
   // Shows at once what was changed through the box.
   void ShowBox();
+  // Where a position in the letter is in the document that the control shows.
+  int ShownAt(int position) { return Positions().ToQt(position); }
   // Puts parts of a letter, whose numbers are on this letter's tables, in the selection's place.
   void InsertBlocks(const std::vector<richtext::Block>& blocks);
   // False, with a message in the status bar, where a change of the range would change protected

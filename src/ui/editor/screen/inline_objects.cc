@@ -18,11 +18,18 @@ constexpr double kWidest = 10800, kTallest = 14400;  // twips
 constexpr double kFrameWidth = 1600, kFrameHeight = 300;
 constexpr double kFloatingGap = 115;  // as on paper
 constexpr std::size_t kMostRendered = 32;
-constexpr double kBreakWidth = 6000, kBreakHeight = 200;
+constexpr double kLeastBreakWidth = 3000, kBreakHeight = 200;
 
 double PixelsPerTwip(const QTextDocument& document) {
   const QPaintDevice* device = document.documentLayout()->paintDevice();
   return (device == nullptr ? 96 : device->logicalDpiX()) / 1440.0;
+}
+
+// Of the document's lines, pixels: what stands after a break is on the next line then.
+double LineWidth(const QTextDocument& document) {
+  const QTextFrameFormat page = document.rootFrame()->frameFormat();
+  const double enlarged = PixelsPerTwip(document) / PixelsOfTwips(1);
+  return document.pageSize().width() - (page.leftMargin() + page.rightMargin()) * enlarged - 1;
 }
 
 std::shared_ptr<const richtext::Picture> PictureOf(const InlineObject& object) {
@@ -98,7 +105,7 @@ QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int /*position*/,
     }
     case Kind::kPageBreak:
     case Kind::kSection:
-      return QSizeF(kBreakWidth, kBreakHeight) * scale;
+      return {std::max(LineWidth(*document), kLeastBreakWidth * scale), kBreakHeight * scale};
     case Kind::kCharacter:
       return {metrics.horizontalAdvance(SymbolText(*object)), metrics.ascent()};
     default:

@@ -110,23 +110,24 @@ void PaperLayout::SetLook(const PaperLook& look) {
   emit PaperChanged();
 }
 
-int PaperLayout::TextLeftMargin() const { return look_.wraps_at_page ? look_.left : kWindowMargin; }
+int PaperLayout::TextLeftMargin() const { return look_.HasPage() ? look_.left : kWindowMargin; }
 
 int PaperLayout::TableWidth() const {
-  return look_.wraps_at_page ? look_.width - look_.left - look_.right : kWindowTableWidth;
+  return look_.HasPage() ? look_.width - look_.left - look_.right : kWindowTableWidth;
 }
 
 void PaperLayout::LayOut() {
   QTextEdit& control = letter_.control();
-  const bool page = look_.wraps_at_page;
+  const bool page = look_.HasPage();
+  const int desk = look_.sheet ? kDesk : 0;
   letter_.WithoutEdit([&] {
     QTextFrame* const frame = control.document()->rootFrame();
     const QTextFrameFormat format = frame->frameFormat();
     QTextFrameFormat wanted = format;
     wanted.setLeftMargin(PixelsOfTwips(page ? look_.left : kWindowMargin));
     wanted.setRightMargin(PixelsOfTwips(page ? look_.right : kWindowMargin));
-    wanted.setTopMargin(PixelsOfTwips(page ? look_.top : kWindowMargin));
-    wanted.setBottomMargin(PixelsOfTwips(page ? look_.bottom : kWindowMargin));
+    wanted.setTopMargin(PixelsOfTwips(page ? look_.top + desk : kWindowMargin));
+    wanted.setBottomMargin(PixelsOfTwips(page ? look_.bottom + desk : kWindowMargin));
     if (wanted != format) history_.ChangeLooks([&] { frame->setFrameFormat(wanted); });
     int free_width = 0;
     if (page) {
@@ -141,6 +142,7 @@ void PaperLayout::LayOut() {
     }
     emit SideMarginsChanged(QMargins(free_width / 2, 0, free_width - free_width / 2, 0));
   });
+  emit LaidOut();
 }
 
 int PaperLayout::FreeWidth(int paper_width) const {

@@ -14,9 +14,14 @@ namespace tenora {
 // Lengths are twips.
 struct PaperLook {
   bool wraps_at_page = false;  // lines end where they will on paper; else at the window's edge
-  int width = 11906;
+  bool sheet = false;          // the same, and the sheet is seen, on a desk
+  int width = 11906, height = 16838;
   int left = 1134, right = 1134, top = 567, bottom = 1134;
+
+  bool HasPage() const { return wraps_at_page || sheet; }
 };
+
+inline constexpr int kDesk = 180;  // twips of it above and below a sheet
 
 class PaperLayout : public QObject {
   Q_OBJECT
@@ -43,6 +48,7 @@ class PaperLayout : public QObject {
  signals:
   void ZoomChanged(double zoom);
   void PaperChanged();
+  void LaidOut();
   // The free space in the window at both sides of the paper, pixels.
   void SideMarginsChanged(const QMargins& margins);
 

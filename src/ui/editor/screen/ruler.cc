@@ -49,7 +49,7 @@ double Ruler::TextLeft() const {
 
 int Ruler::TextWidth() const {
   const PaperLook& paper = editor_.paper().Look();
-  if (paper.wraps_at_page) return std::max(paper.width - paper.left - paper.right, kNarrowestText);
+  if (paper.HasPage()) return std::max(paper.width - paper.left - paper.right, kNarrowestText);
   return std::max(static_cast<int>(editor_.viewport()->width() / Scale()) -
                       2 * editor_.paper().TextLeftMargin(),
                   kNarrowestText);
@@ -64,7 +64,7 @@ void Ruler::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.fillRect(rect(), palette().window());
   const QRectF text(TextLeft(), 4, TextWidth() * Scale(), kHeight - 8);
-  if (editor_.paper().Look().wraps_at_page) {
+  if (editor_.paper().Look().HasPage()) {
     const PaperLook& paper = editor_.paper().Look();
     painter.fillRect(
         QRectF(text.left() - paper.left * Scale(), 4, paper.width * Scale(), kHeight - 8),
@@ -138,7 +138,7 @@ std::optional<Ruler::Held> Ruler::GripAt(QPointF point) {
   if (!upper && near(format.left_indent)) return Held{Grip::kLeft, 0, format.left_indent};
   const int right = TextWidth() - format.right_indent;
   if (!upper && near(right)) return Held{Grip::kRight, 0, right};
-  if (!editor_.paper().Look().wraps_at_page) return std::nullopt;
+  if (!editor_.paper().Look().HasPage()) return std::nullopt;
   if (near(0)) return Held{Grip::kLeftMargin, 0, 0};
   if (near(TextWidth())) return Held{Grip::kRightMargin, 0, TextWidth()};
   return std::nullopt;

@@ -19,6 +19,7 @@ LetterWindow::LetterWindow(Session& session, Surroundings& surroundings, QWidget
   view_ = new LetterView(letter_.rtfLetter, this);
   editor().setObjectName(QStringLiteral("rtfLetter"));
   editor().setAccessibleName(tr("Letter"));
+  pages_ = std::make_unique<PageFinder>(editor(), letter_.rtfLetter);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(view_);
@@ -33,7 +34,21 @@ LetterWindow::LetterWindow(Session& session, Surroundings& surroundings, QWidget
 }
 
 LetterWindow::~LetterWindow() {
+  pages_.reset();
   delete view_;  // before the letter it shows
+}
+
+void LetterWindow::ShowPage(const printing::Printer& printer, const PageMargins& stored) {
+  const richtext::PageSetup& page = letter_.rtfLetter.Document().page;
+  const printing::Paper paper = printing::PaperOf(printer, page);
+  const PageMargins margins = MarginsOf(page, stored);
+  view_->SetPage({.width = paper.width,
+                  .height = paper.height,
+                  .left = margins.left,
+                  .right = margins.right,
+                  .top = margins.top,
+                  .bottom = margins.bottom});
+  pages_->SetPaper(printer, stored);
 }
 
 void LetterWindow::ShowLetter() {

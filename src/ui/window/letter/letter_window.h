@@ -3,10 +3,12 @@
 
 #include <QString>
 #include <QWidget>
+#include <memory>
 
 #include "letters/frm_letter.h"
 #include "letters/letter_host.h"
 #include "ui/editor/letter_view.h"
+#include "ui/window/letter/page_finder.h"
 
 namespace tenora {
 
@@ -33,6 +35,8 @@ class LetterWindow : public QWidget, private LetterHost {
   const frmLetter& letter() const { return letter_; }
   LetterView& view() { return *view_; }
   LetterEditor& editor() { return view_->editor(); }
+  // Shows what the letter is printed on; `stored`: the margins of the printer set-up.
+  void ShowPage(const printing::Printer& printer, const PageMargins& stored);
   // Updates the editor and the caption from the letter, after loading and after merges.
   void ShowLetter();
   // Asks whether to save what was changed. True when the letter may be closed.
@@ -74,6 +78,7 @@ class LetterWindow : public QWidget, private LetterHost {
   Surroundings& surroundings_;
   frmLetter letter_;
   LetterView* view_;
+  std::unique_ptr<PageFinder> pages_;
   bool asked_ = false;  // whether it may be closed, and answered
   std::string name_while_untitled_;
 };

@@ -161,6 +161,7 @@ std::unique_ptr<LetterWindow> OpenLetters::MakeWindow() {
   std::unique_ptr<LetterWindow> window(new LetterWindow(session_, *this));
   spelling_.Underline(*window);
   window->letter().ChangeWidth(page_width_);
+  window->view().ShowSheet(pages_);
   window->view().ShowRuler(ruler_shown_);
   QObject::connect(&window->view(), &LetterView::MarginsDragged, window.get(),
                    [this, window = window.get()](int left, int right) {
@@ -195,11 +196,8 @@ void OpenLetters::MarkCodes(LetterWindow& window) const {
 }
 
 void OpenLetters::ShowPage(LetterWindow& window) {
-  const int width = PaperWidth(window.letter().rtfLetter);
-  if (width == 0) return;
-  const RichTextBox& letter = window.letter().rtfLetter;
-  const PageMargins margins = MarginsOf(letter.Document().page, StoredMargins(session_.settings));
-  window.view().SetPage(width, margins.left, margins.right);
+  const printing::Printer* const printer = printers_.Current();
+  if (printer != nullptr) window.ShowPage(*printer, StoredMargins(session_.settings));
 }
 
 void OpenLetters::ShowPages() {
@@ -228,6 +226,11 @@ void OpenLetters::WrapAtPageWidth(bool page_width) {
   page_width_ = page_width;
   session_.settings.SaveSettingText("Mail", "PrinterPageWidth", page_width ? "1" : "0");
   for (LetterWindow* window : desk_.Letters()) window->letter().ChangeWidth(page_width);
+}
+
+void OpenLetters::ShowAsPages(bool pages) {
+  pages_ = pages;
+  for (LetterWindow* window : desk_.Letters()) window->view().ShowSheet(pages);
 }
 
 void OpenLetters::ShowRuler(bool shown) {

@@ -59,6 +59,8 @@ class OpenLetters : private LetterWindow::Surroundings {
   void ShowPages();
   // Wraps every letter at the printer's page width or at the window's edge, and stores the choice.
   void WrapAtPageWidth(bool page_width);
+  // Shows every letter on a sheet of its paper, or as text alone.
+  void ShowAsPages(bool pages);
   void ShowRuler(bool shown);
   // Is told the files that were dropped on a letter, or pasted into it, and are no pictures.
   void OnFilesGiven(std::function<void(const QStringList&)> take) {
@@ -95,6 +97,7 @@ class OpenLetters : private LetterWindow::Surroundings {
   std::function<void(const QStringList&)> files_given_;
   int new_letters_ = 0;
   bool page_width_ = false;
+  bool pages_ = false;
   bool ruler_shown_ = false;
 };
 

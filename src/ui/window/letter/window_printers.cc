@@ -17,13 +17,18 @@ printing::Printers& WindowPrinters::Get() {
   return *printers_;
 }
 
-int WindowPrinters::PaperWidth(const RichTextBox& letter) const {
-  if (printers_ == nullptr) return 0;
+const printing::Printer* WindowPrinters::Current() const {
+  if (printers_ == nullptr) return nullptr;
   try {
-    return printing::PaperOf(printers_->Current(), letter.Document().page).width;
+    return &printers_->Current();
   } catch (const RuntimeError&) {
-    return 0;
+    return nullptr;
   }
+}
+
+int WindowPrinters::PaperWidth(const RichTextBox& letter) const {
+  const printing::Printer* const printer = Current();
+  return printer == nullptr ? 0 : printing::PaperOf(*printer, letter.Document().page).width;
 }
 
 }  // namespace tenora

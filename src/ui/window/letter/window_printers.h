@@ -26,6 +26,8 @@ class WindowPrinters {
   printing::Printers& Get();
   // Null if the printers could not be loaded.
   printing::Printers* IfRead() { return printers_.get(); }
+  // Null if it is not known, in which case printing reports the error.
+  const printing::Printer* Current() const;
   // The width of the current printer's paper in the letter's orientation, in twips; 0 if unknown,
   // in which case printing reports the error.
   int PaperWidth(const RichTextBox& letter) const;

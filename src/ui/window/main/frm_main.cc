@@ -32,6 +32,15 @@ QAction* MakePageWidthAction(QObject* parent) {
   return action;
 }
 
+QAction* MakePageLayoutAction(QObject* parent) {
+  auto* action = new QAction(MainMenus::tr("Page &Layout"), parent);
+  action->setObjectName(QStringLiteral("mnuPageLayout"));
+  action->setCheckable(true);
+  action->setStatusTip(
+      MainMenus::tr("Letters lie on their paper; without it, only the text is seen"));
+  return action;
+}
+
 }  // namespace
 
 frmMain::frmMain(const CommandParts& parts, QWidget* parent)
@@ -44,6 +53,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
       lint_panel_(new LintPanel(this)),
       find_panel_(new FindPanel(session_.platform.dialogs, this)),
       editor_actions_(new EditorActions(this)),
+      page_layout_(MakePageLayoutAction(this)),
       page_width_(MakePageWidthAction(this)),
       colours_(session_.settings, this),
       printers_(session_),
@@ -79,6 +89,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
                      .help = help_,
                      .colours = colours_,
                      .editor_actions = *editor_actions_,
+                     .page_layout = *page_layout_,
                      .page_width = *page_width_}),
       status_(*statusBar(), *page_width_),
       tree_commands_(session_, *tree_, letters_, generate_, menus_.generate_action(),
@@ -129,6 +140,14 @@ void frmMain::ConnectParts() {
   letters_.ShowRuler(editor_actions_->ShowRuler()->isChecked());
   connect(editor_actions_->ShowRuler(), &QAction::toggled, this,
           [this](bool shown) { letters_.ShowRuler(shown); });
+  // On a sheet, lines end with the paper.
+  connect(page_layout_, &QAction::toggled, page_width_, &QAction::setDisabled);
+  connect(page_layout_, &QAction::toggled, this, [this](bool pages) {
+    Guard("mnuPageLayout_Click", [&] { letters_.ShowAsPages(pages); });
+  });
+  connect(page_layout_, &QAction::triggered, this, [this](bool pages) {
+    session_.settings.SaveSettingText("Mail", "PageLayout", pages ? "1" : "0");
+  });
   connect(page_width_, &QAction::toggled, this, [this](bool page_width) {
     Guard("chkPageWidth_Click", [&] {
       letters_.WrapAtPageWidth(page_width);
@@ -172,6 +191,7 @@ void frmMain::MDIForm_Load() {
 }
 
 void frmMain::LoadPageWidth() {
+  page_layout_->setChecked(session_.settings.GetSettingText("Mail", "PageLayout", "1") != "0");
   if (!printers_.HasPrinter()) return;
   const std::int16_t width =
       session_.settings.GetSettingAs(ToInt16, "Mail", "PrinterPageWidth", "0");

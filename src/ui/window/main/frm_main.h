@@ -80,6 +80,7 @@ class frmMain : public QMainWindow {
   LintPanel* lint_panel_;
   FindPanel* find_panel_;
   EditorActions* editor_actions_;
+  QAction* page_layout_;
   QAction* page_width_;
   WindowColours colours_;
   WindowPrinters printers_;

@@ -40,6 +40,8 @@ LetterStatus::LetterStatus(QStatusBar& bar, QAction& page_width)
   box->setChecked(page_width.isChecked());
   QObject::connect(box, &QCheckBox::toggled, &page_width, &QAction::setChecked);
   QObject::connect(&page_width, &QAction::toggled, box, &QCheckBox::setChecked);
+  box->setEnabled(page_width.isEnabled());
+  QObject::connect(&page_width, &QAction::enabledChanged, box, &QCheckBox::setEnabled);
   bar.addPermanentWidget(box);
 }
 

@@ -198,6 +198,7 @@ void MainMenus::BuildEditMenu() {
 
 void MainMenus::BuildViewMenu() {
   QMenu* view = AddMenu("mnuView", tr("&View"));
+  view->addAction(&parts_.page_layout);
   view->addAction(&parts_.page_width);
   view->addSeparator();
   view->addActions(parts_.editor_actions.ViewActions());

@@ -47,6 +47,7 @@ struct MenuParts {
   HelpCommands& help;
   WindowColours& colours;
   EditorActions& editor_actions;
+  QAction& page_layout;
   QAction& page_width;  // toggles wrapping at the page width
 };
 
