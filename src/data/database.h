@@ -30,7 +30,7 @@ class Database {
   // Where the settings say so and the file is there, on the server; else the program folder's own.
   void OpenDatabase();
   void CloseDatabase();
-  // Lets the user look for a database that is missing: the box that tells so has a "Browse…" then, which
+  // Lets the user look for a database that is missing: the box that tells so has "Browse…", which
   // calls `browse`; where that gives true, what the settings name now is opened. Empty: no such
   // button, as it is at first.
   void OnMissing(std::function<bool()> browse) { browse_ = std::move(browse); }
