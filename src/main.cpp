@@ -58,7 +58,8 @@ int WithPlatform(tenora::Dialogs& dialogs, Use&& use) {
   const auto locale = MakeLocale();
   const auto registry = registry::Registry::FromEnvironment();
   const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
-  return use(Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder(), StateFolder()});
+  return use(
+      Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder(), StateFolder()});
 }
 
 int RunPrintCommand(const tenora::CommandLine& line, int& argc, char** argv) {

@@ -94,9 +94,9 @@ class GenerateCommand {
 
  private:
   static Platform WithDialogs(const Platform& platform, Dialogs& dialogs) {
-    return Platform{platform.clock,     dialogs,
-                    platform.locale,    platform.registry,
-                    platform.workspace, platform.program_folder,
+    return Platform{platform.clock,       dialogs,
+                    platform.locale,      platform.registry,
+                    platform.workspace,   platform.program_folder,
                     platform.state_folder};
   }
 

@@ -67,7 +67,8 @@ class FakePlatform {
   FakePlatform& operator=(const FakePlatform&) = delete;
 
   Platform Parts() {
-    return Platform{clock, dialogs, locale, *registry, *workspace, ProgramFolder(), folder / "state"};
+    return Platform{clock,      dialogs,         locale,          *registry,
+                    *workspace, ProgramFolder(), folder / "state"};
   }
 
   std::filesystem::path ProgramFolder() const { return folder / "program"; }
