@@ -45,27 +45,45 @@ class TenoraStyle : public QProxyStyle {
     return QProxyStyle::styleHint(hint, option, widget, result);
   }
 
-  // Fusion's outlines are darker than the window, so empty check boxes are invisible on a dark one.
+  // Fusion's outlines are darker than the window, so empty boxes and fields are invisible on a dark
+  // one.
   void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override {
     QProxyStyle::drawPrimitive(element, option, painter, widget);
-    if (option->palette.base().color().lightness() >= kDark) return;
     const bool box = element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck;
-    if (!box && element != PE_IndicatorRadioButton) return;
-    QColor outline = option->palette.text().color();
-    outline.setAlphaF(kOutlineStrength);
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing, !box);
-    painter->setPen(outline);
-    painter->setBrush(Qt::NoBrush);
-    const QRect rect = option->rect.adjusted(0, 0, -1, -1);
-    box ? painter->drawRect(rect) : painter->drawEllipse(rect);
-    painter->restore();
+    if (box) DrawEdge(Edge::kSquare, *option, painter);
+    if (element == PE_IndicatorRadioButton) DrawEdge(Edge::kRound, *option, painter);
+    if (element == PE_FrameLineEdit) DrawEdge(Edge::kField, *option, painter);
+  }
+
+  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                          QPainter* painter, const QWidget* widget) const override {
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+    if (control == CC_SpinBox || control == CC_ComboBox) DrawEdge(Edge::kField, *option, painter);
   }
 
  private:
+  enum class Edge { kSquare, kRound, kField };
+
+  static void DrawEdge(Edge edge, const QStyleOption& option, QPainter* painter) {
+    if (option.palette.base().color().lightness() >= kDark) return;
+    const bool focused = edge == Edge::kField && (option.state & State_HasFocus) != 0;
+    QColor outline =
+        focused ? option.palette.highlight().color().lighter(150) : option.palette.text().color();
+    outline.setAlphaF(edge == Edge::kField && !focused ? kFieldStrength : kOutlineStrength);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing, edge != Edge::kSquare);
+    painter->setPen(outline);
+    painter->setBrush(Qt::NoBrush);
+    const QRect rect = option.rect.adjusted(0, 0, -1, -1);
+    if (edge == Edge::kSquare) painter->drawRect(rect);
+    if (edge == Edge::kRound) painter->drawEllipse(rect);
+    if (edge == Edge::kField) painter->drawRoundedRect(QRectF(rect).translated(0.5, 0.5), 2, 2);
+    painter->restore();
+  }
+
   static constexpr int kDark = 128;  // of 255
-  static constexpr float kOutlineStrength = 0.6F;
+  static constexpr float kOutlineStrength = 0.6F, kFieldStrength = 0.4F;
 };
 
 // Without a usable display Qt aborts the process; print a message and exit with a status instead.
