@@ -2,6 +2,8 @@
 
 #include <QDialogButtonBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -16,7 +18,14 @@ frmSettings::frmSettings(Session& session, QWidget* parent) : QDialog(parent) {
   tabs->setObjectName("tabPages");
   const auto add = [&](SettingsPage* page, const QString& title) {
     pages_.push_back(page);
-    tabs->addTab(page, title);
+    // A small or enlarged screen may be lower than a page.
+    auto* scrolled = new QScrollArea;
+    scrolled->setWidget(page);
+    scrolled->setWidgetResizable(true);
+    scrolled->setFrameShape(QFrame::NoFrame);
+    scrolled->viewport()->setAutoFillBackground(false);
+    page->setAutoFillBackground(false);
+    tabs->addTab(scrolled, title);
   };
   add(new DatabasePage(session), tr("&Database"));
   add(new MailPage(session), tr("&Mail"));
@@ -30,7 +39,8 @@ frmSettings::frmSettings(Session& session, QWidget* parent) : QDialog(parent) {
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs);
   layout->addWidget(buttons);
-  resize(560, 420);
+  constexpr QSize kUsualSize(560, 420), kFrame(16, 48);
+  resize(kUsualSize.boundedTo(screen()->availableSize() - kFrame));
 }
 
 void frmSettings::Save() {
