@@ -110,6 +110,13 @@ int NumberOf(PageField::Kind kind, const PageNumbers& numbers) {
   }
 }
 
+std::string TextOf(const PageField& field, const PageNumbers& numbers) {
+  const bool page = field.kind == PageField::Kind::kNumber;
+  Bullet number;
+  number.kind = field.style.value_or(page ? numbers.style : Style::kDecimal);
+  return ListMark(number, NumberOf(field.kind, numbers));
+}
+
 // The document is not changed.
 void Fill(VerbatimPointer* drawing, const PageNumbers& numbers) {
   std::shared_ptr<Verbatim> filled;
@@ -136,10 +143,7 @@ void Fill(Paragraph* paragraph, const PageNumbers& numbers) {
     if (field.kind != PageField::Kind::kNone) {
       filled = std::exchange(run.field, nullptr);
       run.object = std::monostate();
-      const bool page = field.kind == PageField::Kind::kNumber;
-      Bullet number;
-      number.kind = field.style.value_or(page ? numbers.style : Style::kDecimal);
-      run.text = ListMark(number, NumberOf(field.kind, numbers));
+      run.text = TextOf(field, numbers);
     }
     runs.push_back(std::move(run));
   }
@@ -161,6 +165,14 @@ PageFields PageFieldsIn(const std::vector<Block>& blocks) {
   });
   return fields;
 }
+
+std::optional<std::string> PageNumberIn(const Run& run, const PageNumbers& numbers) {
+  const PageField field = FieldOf(run);
+  if (field.kind == PageField::Kind::kNone) return std::nullopt;
+  return TextOf(field, numbers);
+}
+
+bool HoldsPageNumber(const Run& run) { return FieldOf(run).kind != PageField::Kind::kNone; }
 
 std::vector<Block> WithPageNumbers(std::vector<Block> blocks, const PageNumbers& numbers) {
   for (Block& block : blocks) {

@@ -1,6 +1,8 @@
 // Page numbers and page counts, filled in for each page.
 #pragma once
 
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/richtext/document.h"
@@ -22,6 +24,11 @@ struct PageFields {
 };
 
 PageFields PageFieldsIn(const std::vector<Block>& blocks);
+
+// What the run shows if it is such a field's result, or the first run of one, or such a character.
+std::optional<std::string> PageNumberIn(const Run& run, const PageNumbers& numbers);
+// Whether PageNumberIn gives a text.
+bool HoldsPageNumber(const Run& run);
 
 // The blocks with the numbers in place of their fields (PAGE, NUMPAGES, SECTION, SECTIONPAGES) and
 // characters (\chpgn, \sectnum).

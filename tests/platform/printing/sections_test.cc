@@ -177,6 +177,47 @@ TEST(Sections, HaveTheirNotesAtTheFootOfThePageAndAtTheEnd) {
   }
 }
 
+TEST(Sections, NumberTheirPagesInTheTextToo) {
+  const auto field = [](const std::string& instruction, const std::string& result) {
+    return "{\\field{\\*\\fldinst " + instruction + "}{\\fldrslt " + result + "}}";
+  };
+  const std::string page = field("PAGE", "7"), pages = field("NUMPAGES", "{\\b 8}{\\i 9}");
+  // Nine letters fill a line in which the right number leaves room for one more.
+  const std::string wide =
+      "\\ri" + std::to_string(kTextWidth - 1300) + " MMM" + field("PAGE", "MMMM") + " W\\par ";
+  const struct {
+    std::string body;
+    std::vector<std::string> pages;
+  } cases[] = {
+      {page + " of " + pages + "\\page p{\\chpgn} of " + pages + "\\page " + page,
+       {"1 of 3", "p2 of 3", "3"}},
+      {"\\pgnstart4\\pgnucrm{\\header h{\\chpgn}\\par}" + page + "\\page " +
+           field("PAGE \\\\* alphabetic", "7"),
+       {"hIV IV", "hV e"}},
+      {"s{\\sectnum} " + field("SECTIONPAGES", "") +
+           "\\page b\\sect\\sectd\\pgnrestart\\pgnlcrm s" + field("SECTION", "7") + " " +
+           field("SECTIONPAGES", "7") + " " + page,
+       {"s1 2", "b", "s2 1 i"}},
+      // A row that goes on on the next page, of which each cell is divided elsewhere.
+      {"x\\page y\\par\\trowd\\cellx3000\\cellx6000\\pard\\intbl\\sl-3000 a\\par b\\par c" + page +
+           "\\cell d" + page + "\\cell\\row\\pard ",
+       {"x", "y a b d2", "c3"}},
+      {"x\\page y\\par\\pard\\posxr\\pvpara f" + page + "\\par\\pard\\par", {"x", "y f2"}},
+      {"x\\page{\\shp{\\*\\shpinst\\shpright3000\\shpbottom900{\\sp{\\sn shapeType}{\\sv 202}}"
+       "{\\shptxt b{\\chpgn}\\par}}}\\par",
+       {"x", "b2"}},
+      {"x\\page m{\\super\\chftn}{\\footnote\\pard\\plain {\\super\\chftn} n" + page + "}",
+       {"x", "m 1 1 n2"}},
+      {"\\v " + page + "\\v0 a\\page b", {"a", "b"}},
+      // Where the stored results are shorter or longer, the right ones move the text.
+      {"\\sl-4000 " + wide + "\\pard\\sl-4000 " + page + "\\page " + page, {"MMM1 W 1", "2"}},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases)
+    EXPECT_THAT(PagesOf(Print(Letter(c.body), folder, kTextWidth, 8100)), ElementsAreArray(c.pages))
+        << c.body;
+}
+
 TEST(Sections, HaveMarginsOfTheirOwnAndLieAcross) {
   const richtext::Document document = Letter(
       "one\\sect\\sectd\\marglsxn2000\\margtsxn3000 two\\sect\\sectd\\lndscpsxn\\marglsxn2500 "

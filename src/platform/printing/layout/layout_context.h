@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/printing/fonts.h"
+#include "platform/printing/layout/body_numbers.h"
 #include "platform/printing/layout/note_marks.h"
 #include "platform/printing/paper_size.h"
 #include "platform/printing/pictures.h"
@@ -58,6 +59,7 @@ struct LayoutContext {
   std::shared_ptr<Fonts> fonts;
   Pictures& pictures;
   std::shared_ptr<const Notes> notes;
+  std::shared_ptr<BodyNumbers> numbers;  // null in a document without any
   bool html_spacing;  // of the space below a paragraph and that above the next, the larger counts
 };
 

@@ -216,6 +216,15 @@ void PageColumns::PlaceSmaller(std::shared_ptr<Strip> strip, double top) {
   placed_.push_back({std::move(strip), Corner(top), scale});
 }
 
+std::vector<TextRange> PageColumns::Ranges() const {
+  std::vector<TextRange> ranges;
+  for (const Placed& placed : placed_) placed.strip->CollectRanges(&ranges);
+  for (const Foot& foot : feet_) {
+    for (const auto& strip : foot.strips) strip->CollectRanges(&ranges);
+  }
+  return ranges;
+}
+
 void PageColumns::Draw(QPainter& painter) const {
   std::vector<PlacedFloating> floating;
   for (const Placed& placed : placed_) placed.strip->CollectFloating(placed.corner, &floating);

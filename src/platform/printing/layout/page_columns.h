@@ -68,6 +68,8 @@ class PageColumns {
   double width() const { return setup_.width; }
   double space_after() const { return space_after_; }
 
+  // Of all that is on the page.
+  std::vector<TextRange> Ranges() const;
   void Draw(QPainter& painter) const;
 
  private:

@@ -19,6 +19,7 @@ constexpr double kHeaderShare = 0.5;
 constexpr double kLeastRoom = 144;  // between margins, twips
 // Of a column, for the rest of a footnote from the page before.
 constexpr double kNoteShare = 0.5;
+constexpr int kNumberRounds = 3;
 
 // How many of the lines of a paragraph with widow control, of which some may stand in the column
 // before, must begin with the next one in one column.
@@ -41,7 +42,29 @@ PageLayout::PageLayout(const richtext::Document& document, const PageFrame& fram
       context_(document, frame.first, resources),
       sections_(richtext::SectionsOf(document)),
       length_(DocumentLength(document)) {
+  auto numbers = std::make_shared<BodyNumbers>(document, *context_.notes, sections_);
+  if (!numbers->empty()) {
+    context_.numbers = std::move(numbers);
+    FindBodyNumbers();
+  }
   Restart();
+}
+
+PageLayout::PageLayout(const PageLayout& other, Anew)
+    : frame_(other.frame_),
+      resources_(other.resources_),
+      context_(other.context_),
+      sections_(other.sections_),
+      length_(other.length_) {
+  Restart();
+}
+
+// A number may push itself, or another, to the next page and back: then the last one stays.
+void PageLayout::FindBodyNumbers() {
+  for (int round = 0; round < kNumberRounds; ++round) {
+    CountPages();
+    if (!context_.numbers->Update(totals_)) return;
+  }
 }
 
 int PageLayout::DrawPage(QPainter& painter, int from, int to) {
@@ -202,12 +225,13 @@ void PageLayout::Draw(QPainter& painter) {
 
 // Counting needs no page numbers in the headers: they do not change the headers' heights.
 void PageLayout::CountPages() {
-  PageLayout pages(context_.document, frame_, resources_);
+  PageLayout pages(*this, Anew());
   totals_.by_section.assign(sections_.size(), 0);
   for (int begin = -1; pages.next_ < length_ && pages.next_ > begin;) {
     begin = pages.next_;
     pages.FillPage(nullptr, -1);
     ++totals_.by_section[pages.page_.section];
+    if (context_.numbers) context_.numbers->AddPage(pages.page_.number, pages.columns_->Ranges());
   }
   totals_.pages = pages.page_.page;
 }

@@ -47,12 +47,14 @@ class PageLayout {
     int in_section = 0;       // 1 the section's first
     int number = 0;           // that it shows
   };
-  struct PageTotals {
-    int pages = 0;                // 0 until counted
-    std::vector<int> by_section;  // the pages that begin in each
-  };
   enum class Outcome { kPlaced, kColumnFull, kPageFull };
 
+  // What the other lays out, from the beginning.
+  struct Anew {};
+  PageLayout(const PageLayout& other, Anew);
+
+  // Lays all out until the page numbers in the text are those of the pages they are on.
+  void FindBodyNumbers();
   void Restart();
   void StartAt(int position);
   void SkipTo(int position);

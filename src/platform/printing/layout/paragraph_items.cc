@@ -116,6 +116,13 @@ void ItemCollector::CollectListMark() {
 }
 
 void ItemCollector::CollectRun(const richtext::Run& run) {
+  const std::string* const number = context_.numbers ? context_.numbers->TextOf(run) : nullptr;
+  if (number != nullptr) {
+    CollectText(run.format, *number, true);
+    const bool text = std::holds_alternative<std::monostate>(run.object);
+    position_ += text ? TextUnits(run.text) : 1;
+    return;
+  }
   if (std::holds_alternative<std::monostate>(run.object)) {
     if (run.format.hidden) {
       position_ += TextUnits(run.text);

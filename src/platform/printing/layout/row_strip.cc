@@ -133,6 +133,14 @@ void RowStrip::CollectFloating(QPointF corner, std::vector<PlacedFloating>* foun
   }
 }
 
+// Of a row that goes on on the next page, each cell is divided elsewhere.
+void RowStrip::CollectRanges(std::vector<TextRange>* found) const {
+  for (const CellBox& cell : cells) {
+    if (cell.covered) continue;
+    for (const auto& strip : cell.strips) strip->CollectRanges(found);
+  }
+}
+
 std::shared_ptr<Strip> RowStrip::TakeTop(double available_height) {
   if (fixed_height || height <= available_height || available_height <= 0) return nullptr;
   if (whole && height <= page_height) return nullptr;

@@ -42,6 +42,7 @@ class RowStrip : public Strip {
  public:
   void Draw(QPainter& painter, QPointF corner) const override;
   void CollectFloating(QPointF corner, std::vector<PlacedFloating>* found) const override;
+  void CollectRanges(std::vector<TextRange>* found) const override;
   std::shared_ptr<Strip> TakeTop(double available_height) override;
 
   std::vector<CellBox> cells;

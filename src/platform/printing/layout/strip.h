@@ -18,6 +18,11 @@ struct PlacedFloating {
   QPointF corner;
 };
 
+// Positions in the document; `end` is behind the last.
+struct TextRange {
+  int begin = 0, end = 0;
+};
+
 class Strip {
  public:
   virtual ~Strip() = default;
@@ -30,6 +35,10 @@ class Strip {
   // Adds what floats in the strip when it is at `corner`.
   virtual void CollectFloating(QPointF corner, std::vector<PlacedFloating>* found) const {
     for (const Floating& one : floating) found->push_back({&one, one.Corner(corner)});
+  }
+  // Adds the positions of the strip's text.
+  virtual void CollectRanges(std::vector<TextRange>* found) const {
+    found->push_back({begin, end});
   }
   // The strip goes so much lower, and what floats in it stays where it is.
   void MoveBelowFloating(double distance) {
