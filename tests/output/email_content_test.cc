@@ -25,23 +25,25 @@ EmailBody BodyOf(const std::string& rtf) {
 TEST(EmailBody, PicturesBecomeInlinePartsInTheirPlaces) {
   const std::string png =
       "{\\pict\\pngblip\\picw1\\pich1\\picwgoal1500\\pichgoal750 89504e470d0a1a0a}";
-  const std::string dib =
-      "{\\pict\\dibitmap0\\picwgoal300\\pichgoal300 "
+  const std::string bitmap =
       "2800000001000000010000000100180000000000040000000000000000000000000000000000000000ff00ff}";
+  const std::string dib = "{\\pict\\dibitmap0\\picwgoal300\\pichgoal300 " + bitmap;
+  const std::string padded = "{\\pict\\dibitmap0\\picwgoal300\\pichgoal300\\piccropl-300 " + bitmap;
   const std::string unreadable = "{\\pict\\wmetafile8\\picwgoal300\\pichgoal300 0100}";
   const EmailBody body =
-      BodyOf("\\pard one " + png + " two " + dib + " three " + unreadable + png + "\\par");
-  ASSERT_EQ(body.pictures.size(), 2U) << "a picture shown twice is sent once";
+      BodyOf("\\pard one " + png + " two " + dib + " three " + unreadable + png + padded + "\\par");
+  ASSERT_EQ(body.pictures.size(), 3U) << "a picture shown twice is sent once, cropped or not";
   EXPECT_EQ(body.pictures[0].bytes, "\x89PNG\r\n\x1a\n");
   EXPECT_TRUE(body.pictures[1].bytes.starts_with("\x89PNG")) << "a bitmap is sent as PNG";
   EXPECT_THAT(body.body,
               testing::ContainsRegex("one <img src=\"cid:picture1[^\"]*\" alt=\"\" width=\"100\" "
                                      "height=\"50\"[^>]*> two <img src=\"cid:picture2[^>]*> three "
-                                     "\\[WMF picture\\]<img src=\"cid:picture1"));
+                                     "\\[WMF picture\\]<img src=\"cid:picture1[^>]*>"
+                                     "<img src=\"cid:picture3[^>]* width=\"40\" height=\"20\""));
   EXPECT_EQ(body.plain_text, "one  two  three ");
   for (const mail::Part& picture : body.pictures) {
     EXPECT_EQ(picture.content_type, "image/png");
-    EXPECT_THAT(picture.content_id, testing::MatchesRegex("picture[12]\\.[0-9a-f]{16}@tenora"));
+    EXPECT_THAT(picture.content_id, testing::MatchesRegex("picture[123]\\.[0-9a-f]{16}@tenora"));
     EXPECT_THAT(body.body, HasSubstr("\"cid:" + picture.content_id + "\""));
   }
 }

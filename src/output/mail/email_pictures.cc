@@ -9,7 +9,7 @@
 namespace tenora {
 
 std::string EmailPictures::AddressOf(const richtext::Picture& picture) {
-  const auto [known, is_new] = addresses_.try_emplace({picture.kind, picture.bytes});
+  const auto [known, is_new] = addresses_.try_emplace({picture.kind, picture.bytes, picture.crop});
   if (!is_new) return known->second;
   const auto file = printing::ShowableFile(picture);
   if (!file) return {};

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -21,7 +22,9 @@ class EmailPictures {
 
  private:
   std::vector<mail::Part> parts_;
-  std::map<std::pair<richtext::Picture::Kind, std::string>, std::string> addresses_;  // by content
+  // By content and what is shown of it.
+  std::map<std::tuple<richtext::Picture::Kind, std::string, richtext::Picture::Crop>, std::string>
+      addresses_;
 };
 
 }  // namespace tenora

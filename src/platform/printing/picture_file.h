@@ -14,8 +14,8 @@ struct PictureFile {
   std::string bytes;
 };
 
-// PNG and JPEG pictures as they are, bitmaps and metafiles as PNG; nothing for a picture that
-// cannot be drawn. Raises what HoldQtApplication does.
+// PNG and JPEG pictures as they are unless they are cropped, bitmaps and metafiles as PNG; nothing
+// for a picture that cannot be drawn. Raises what HoldQtApplication does.
 std::optional<PictureFile> ShowableFile(const richtext::Picture& picture);
 
 }  // namespace tenora::printing

@@ -43,6 +43,13 @@ std::shared_ptr<const Drawing> ReadableDrawing(const richtext::Picture& picture)
   return drawing->empty() && !drawing->complete() ? nullptr : drawing;
 }
 
+// Where the whole picture is when what cropping leaves of it fills the area.
+QRectF WholeArea(const QRectF& area, const richtext::Picture::Crop& crop) {
+  const double width = area.width() / (1 - crop.left - crop.right);
+  const double height = area.height() / (1 - crop.top - crop.bottom);
+  return {area.left() - crop.left * width, area.top() - crop.top * height, width, height};
+}
+
 const char* Caption(Kind kind) {
   switch (kind) {
     case Kind::kPng:
@@ -70,6 +77,7 @@ PlacedPicture Pictures::Place(const richtext::Picture& picture, double most_widt
   PlacedPicture placed;
   placed.image = content.image;
   placed.drawing = content.drawing;
+  placed.crop = picture.crop;
   placed.caption = Caption(picture.kind);
   placed.lossless = picture.kind != Kind::kJpeg;
   const QSizeF own =
@@ -130,12 +138,20 @@ std::optional<std::string> MetafileAsPng(const richtext::Picture& picture, int d
   QByteArray bytes;
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::WriteOnly);
-  const QImage image = placed.drawing->Rendered(pixels.toSize().expandedTo({1, 1}));
+  const QImage image = Rendered(placed, pixels.toSize().expandedTo({1, 1}));
   if (!image.save(&buffer, "PNG")) return std::nullopt;
   return bytes.toStdString();
 }
 
 void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& picture) {
+  if (picture.readable() && picture.crop != richtext::Picture::Crop()) {
+    PlacedPicture whole = picture;
+    whole.crop = {};
+    painter.save();
+    painter.setClipRect(area, Qt::IntersectClip);
+    DrawPicture(painter, WholeArea(area, picture.crop), whole);
+    return painter.restore();
+  }
   if (picture.drawing) return picture.drawing->Draw(painter, area);
   if (!picture.image.isNull()) {
     painter.setRenderHint(QPainter::LosslessImageRendering, picture.lossless);
@@ -148,6 +164,19 @@ void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& pic
   font.setPixelSize(static_cast<int>(std::clamp(area.height() / 3, 40.0, 200.0)));
   painter.setFont(font);
   painter.drawText(area, Qt::AlignCenter, QString::fromStdString(picture.caption));
+}
+
+QImage Rendered(const PlacedPicture& picture, QSize pixels) {
+  const QRectF area(QPointF(0, 0), QSizeF(pixels));
+  if (picture.drawing && picture.crop == richtext::Picture::Crop())
+    return picture.drawing->Rendered(pixels);
+  QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+  if (image.isNull()) return image;
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+  DrawPicture(painter, area, picture);
+  return image;
 }
 
 }  // namespace tenora::printing

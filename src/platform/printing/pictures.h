@@ -19,7 +19,8 @@ struct PlacedPicture {
   double width = 0, height = 0;
   QImage image;
   std::shared_ptr<const Drawing> drawing;  // instead of the image, for a metafile
-  std::string caption;                     // the kind of picture, for one that could not be read
+  richtext::Picture::Crop crop;
+  std::string caption;  // the kind of picture, for one that could not be read
   bool lossless = true;
 
   // Whether there is something to draw; else a frame with the caption is drawn.
@@ -60,5 +61,8 @@ Drawable DrawableIn(const richtext::Picture& picture);
 std::optional<std::string> MetafileAsPng(const richtext::Picture& picture, int dots_per_inch);
 
 void DrawPicture(QPainter& painter, const QRectF& area, const PlacedPicture& picture);
+
+// The picture in that many pixels, transparent where nothing is drawn.
+QImage Rendered(const PlacedPicture& picture, QSize pixels);
 
 }  // namespace tenora::printing

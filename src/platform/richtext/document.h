@@ -2,6 +2,7 @@
 // out. Lengths are twips (1440 to the inch), text is UTF-8, positions count UTF-16 units.
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -150,7 +151,13 @@ struct ParagraphFormat {
 struct Picture {
   enum class Kind { kPng, kJpeg, kDib, kBitmap, kWmf, kEmf, kUnknown };
   Kind kind = Kind::kUnknown;
-  int width = 0, height = 0;  // on paper, scaling applied
+  int width = 0, height = 0;  // on paper, scaled and cropped
+  // What is cut off on each side, as parts of the whole picture; negative adds empty space.
+  struct Crop {
+    double left = 0, top = 0, right = 0, bottom = 0;
+    auto operator<=>(const Crop&) const = default;
+  };
+  Crop crop;
   std::string bytes;  // decoded; without the file header for kDib and kWmf, as RTF holds them
   std::string source;
 };
@@ -279,9 +286,9 @@ struct Figure {
   enum class Kind { kRectangle, kRounded, kEllipse, kLine, kOutline };
   Kind kind = Kind::kRectangle;
   int left = 0, top = 0, right = 0, bottom = 0;
-  bool rising = false;  // a line from the left bottom corner to the right top one
-  double rotation = 0;  // degrees clockwise about its middle; the text of a text box stays as it is
-  Outline outline;      // of kOutline
+  bool rising = false;               // a line from the left bottom corner to the right top one
+  double rotation = 0;               // degrees clockwise about its middle
+  Outline outline;                   // of kOutline
   std::optional<Colour> fill;        // not drawn without
   std::optional<Gradient> gradient;  // of the fill
   double opacity = 1;                // of the fill

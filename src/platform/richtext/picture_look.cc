@@ -51,8 +51,6 @@ std::string_view GroupIn(std::string_view source) {
 // The words at the head of a picture's group that say how large it is.
 struct Measures {
   int own_width = 0, own_height = 0;
-  int scale_x = 100, scale_y = 100;
-  int crop_left = 0, crop_top = 0, crop_right = 0, crop_bottom = 0;
 };
 
 struct HeadWord {
@@ -61,16 +59,11 @@ struct HeadWord {
   bool replaced;  // by the words of another size
 };
 constexpr std::array kHeadWords{
-    HeadWord{"picw", &Measures::own_width, false},
-    HeadWord{"pich", &Measures::own_height, false},
-    HeadWord{"picwgoal", nullptr, true},
-    HeadWord{"pichgoal", nullptr, true},
-    HeadWord{"picscalex", &Measures::scale_x, true},
-    HeadWord{"picscaley", &Measures::scale_y, true},
-    HeadWord{"piccropl", &Measures::crop_left, true},
-    HeadWord{"piccropt", &Measures::crop_top, true},
-    HeadWord{"piccropr", &Measures::crop_right, true},
-    HeadWord{"piccropb", &Measures::crop_bottom, true},
+    HeadWord{"picw", &Measures::own_width, false}, HeadWord{"pich", &Measures::own_height, false},
+    HeadWord{"picwgoal", nullptr, true},           HeadWord{"pichgoal", nullptr, true},
+    HeadWord{"picscalex", nullptr, true},          HeadWord{"picscaley", nullptr, true},
+    HeadWord{"piccropl", nullptr, true},           HeadWord{"piccropt", nullptr, true},
+    HeadWord{"piccropr", nullptr, true},           HeadWord{"piccropb", nullptr, true},
 };
 
 // A picture's group cut into its head, without the words of its size, and its data.
@@ -111,15 +104,13 @@ std::string Resized(const Picture& picture, const PictureLook& look) {
     source.append("\\").append(name).append(std::to_string(value));
   };
   // What is cut off keeps its share.
-  const auto cut = [](int crop, int scale, int before, int after) {
-    const double shown = crop * (scale == 0 ? 1 : scale / 100.0);
-    return static_cast<int>(std::lround(before == 0 ? shown : shown * after / before));
-  };
-  const Measures& m = group.measures;
-  const int left = cut(m.crop_left, m.scale_x, picture.width, look.width);
-  const int right = cut(m.crop_right, m.scale_x, picture.width, look.width);
-  const int top = cut(m.crop_top, m.scale_y, picture.height, look.height);
-  const int bottom = cut(m.crop_bottom, m.scale_y, picture.height, look.height);
+  const Picture::Crop& crop = picture.crop;
+  const double width = look.width / (1 - crop.left - crop.right);
+  const double height = look.height / (1 - crop.top - crop.bottom);
+  const int left = static_cast<int>(std::lround(crop.left * width));
+  const int right = static_cast<int>(std::lround(crop.right * width));
+  const int top = static_cast<int>(std::lround(crop.top * height));
+  const int bottom = static_cast<int>(std::lround(crop.bottom * height));
   word("picwgoal", look.width + left + right);
   word("pichgoal", look.height + top + bottom);
   if (left != 0) word("piccropl", left);
@@ -196,6 +187,8 @@ PictureLook OwnLookOf(const Run& run) {
     width = measures.own_width * kTwipsPerHundredth;
     height = measures.own_height * kTwipsPerHundredth;
   }
+  width *= 1 - picture.crop.left - picture.crop.right;
+  height *= 1 - picture.crop.top - picture.crop.bottom;
   if (width < 1 || height < 1) return look;
   const double scale = std::min({1.0, kMostWidth / width, kMostHeight / height});
   look.width = std::max(static_cast<int>(std::lround(width * scale)), kLeast);

@@ -5,9 +5,11 @@
 
 #include <QBuffer>
 #include <QImage>
+#include <QPainter>
 
 #include "platform/printing/metafile_bytes.h"
 #include "platform/printing/paper.h"
+#include "platform/printing/picture_file.h"
 
 namespace tenora::test {
 namespace {
@@ -90,6 +92,66 @@ TEST(Pictures, AreMadeSmallerToFitButNeverDistorted) {
   Picture unsized = wide;
   unsized.width = unsized.height = 0;
   EXPECT_EQ(decoder.Place(unsized, 10000, 10000).width, 6 * 15);
+}
+
+// Leaves nothing of the checkers but the red pixel of the third column and the second row.
+constexpr Picture::Crop kToRedPixel{2 / 6.0, 1 / 4.0, 3 / 6.0, 2 / 4.0};
+
+TEST(Pictures, ShowOnlyWhatIsNotCutOff) {
+  const auto drawn = [](const Picture::Crop& crop) {
+    Picture picture = PictureOf(Kind::kPng, Encoded("PNG"));
+    picture.crop = crop;
+    printing::Pictures decoder;
+    QImage paper(60, 60, QImage::Format_RGB32);
+    paper.fill(Qt::blue);
+    QPainter painter(&paper);
+    printing::DrawPicture(painter, QRectF(10, 10, 40, 40), decoder.Place(picture, 10000, 10000));
+    return paper;
+  };
+  const QImage cropped = drawn(kToRedPixel);
+  for (const QPoint inside : {QPoint(13, 13), QPoint(46, 46)})
+    EXPECT_EQ(cropped.pixelColor(inside), QColor(Qt::red));
+  for (const QPoint outside : {QPoint(7, 30), QPoint(53, 30), QPoint(30, 7), QPoint(30, 53)})
+    EXPECT_EQ(cropped.pixelColor(outside), QColor(Qt::blue));
+  // Negative cropping leaves its half of the area empty.
+  const QImage padded = drawn({-1, 0, 0, 0});
+  EXPECT_EQ(padded.pixelColor(20, 30), QColor(Qt::blue));
+  EXPECT_EQ(padded.pixelColor(48, 46), QColor(Qt::white));
+}
+
+TEST(Pictures, BecomeFilesOfWhatIsNotCutOff) {
+  const Picture::Crop padding{0, -1, 0, 0};
+  const struct {
+    Kind kind;
+    std::string bytes;
+    Picture::Crop crop;
+    const char* content_type;
+    QSize pixels;
+    QPoint at;
+    QColor colour;
+  } kCases[] = {
+      {Kind::kPng, Encoded("PNG"), kToRedPixel, "image/png", {1, 1}, {0, 0}, Qt::red},
+      {Kind::kDib, Dib(), kToRedPixel, "image/png", {1, 1}, {0, 0}, Qt::red},
+      {Kind::kWmf, Wmf(), kToRedPixel, "image/png", {400, 267}, {200, 133}, Qt::red},
+      {Kind::kJpeg, Encoded("JPEG"), {0, 0, 0.5, 0}, "image/jpeg", {3, 4}, {0, 0}, Qt::white},
+      {Kind::kJpeg, Encoded("JPEG"), padding, "image/png", {6, 8}, {0, 0}, Qt::transparent},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(static_cast<int>(c.kind));
+    Picture picture = PictureOf(c.kind, c.bytes);
+    picture.crop = c.crop;
+    const auto file = printing::ShowableFile(picture);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->content_type, c.content_type);
+    const QImage image = QImage::fromData(QByteArray::fromStdString(file->bytes));
+    EXPECT_EQ(image.size(), c.pixels);
+    const QColor colour = image.pixelColor(c.at);
+    EXPECT_EQ(colour.alpha(), c.colour.alpha());
+    // JPEG and metafiles mix neighbouring pixels a little.
+    if (c.colour.alpha() > 0) {
+      EXPECT_NEAR(colour.green(), c.colour.green(), 30);
+    }
+  }
 }
 
 richtext::Paragraph WithPicture(const Picture& picture) {

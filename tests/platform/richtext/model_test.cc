@@ -140,6 +140,13 @@ TEST(RtfReader, MeasuresPictures) {
       {"{\\pict{\\*\\picprop{\\sp{\\sn a}{\\sv 1}}}\\emfblip\\picwgoal10\\pichgoal10\\bin3 a}b}",
        Picture::Kind::kEmf, 10, 10, 3},
       {"{\\pict\\dibitmap0\\picwgoal20\\pichgoal20 0a0b}", Picture::Kind::kDib, 20, 20, 2},
+      {"{\\pict\\pngblip\\picwgoal400\\pichgoal200\\piccropl100\\piccropt-50 89}",
+       Picture::Kind::kPng, 300, 250, 1},
+      // Nothing would be left of its width.
+      {"{\\pict\\pngblip\\picwgoal400\\pichgoal200\\piccropl300\\piccropr100\\piccropb50 89}",
+       Picture::Kind::kPng, 400, 150, 1},
+      // The bytes are of another kind than their name.
+      {"{\\pict\\wmetafile8\\picwgoal20\\pichgoal20 89504e470d0a}", Picture::Kind::kPng, 20, 20, 6},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.source);

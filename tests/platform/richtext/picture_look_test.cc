@@ -42,6 +42,10 @@ TEST(PictureLook, ResizesEveryKindOfPictureAndKeepsWhatIsCutOff) {
       {"\\pngblip\\picwgoal500\\pichgoal150\\piccropl100\\piccropr100\\piccropt0",
        {300, 150},
        "\\picwgoal5000\\pichgoal1500\\piccropl1000\\piccropr1000 8950"},
+      // Added room keeps its share too; cropping that would leave nothing does not come back.
+      {"\\pngblip\\picwgoal300\\pichgoal150\\piccropl400\\piccropt-150",
+       {300, 300},
+       "\\picwgoal3000\\pichgoal750\\piccropt-750 8950"},
       {"{\\*\\picprop{\\sp{\\sn picw1}{\\sv "
        "1}}}\\wmetafile8\\picw2540\\pich1270\\picwgoal300\\pichgoal150",
        {300, 150},

@@ -22,10 +22,7 @@ int HexValue(char c) {
   return -1;
 }
 
-int OnPaper(std::int64_t goal, std::int64_t own, int scale, int crop, bool metafile) {
-  if (goal <= 0)
-    goal = metafile ? own * kTwipsPerInch / kHundredthsOfMillimetrePerInch : own * kTwipsPerPixel;
-  goal = std::max<std::int64_t>(goal - crop, 0);
+int OnPaper(std::int64_t goal, int scale) {
   return static_cast<int>(std::clamp<std::int64_t>(goal * scale / 100, 0, kLargest));
 }
 
@@ -40,14 +37,16 @@ void PictureReader::Word(const Token& token) {
       {"picw", &PictureReader::width_},          {"pich", &PictureReader::height_},
       {"picwgoal", &PictureReader::goal_width_}, {"pichgoal", &PictureReader::goal_height_},
       {"picscalex", &PictureReader::scale_x_},   {"picscaley", &PictureReader::scale_y_}};
+  static const std::unordered_map<std::string_view, int PictureReader::*> kCrops{
+      {"piccropl", &PictureReader::crop_left_},
+      {"piccropt", &PictureReader::crop_top_},
+      {"piccropr", &PictureReader::crop_right_},
+      {"piccropb", &PictureReader::crop_bottom_}};
   if (const auto kind = kKinds.find(token.text); kind != kKinds.end()) picture_.kind = kind->second;
   const int value = static_cast<int>(std::clamp<std::int64_t>(token.param, -kLargest, kLargest));
   if (const auto number = kNumbers.find(token.text); number != kNumbers.end())
     this->*number->second = std::max(value, 0);
-  if (token.text == "piccropl" || token.text == "piccropr") crop_x_ += value;
-  if (token.text == "piccropt" || token.text == "piccropb") crop_y_ += value;
-  crop_x_ = static_cast<int>(std::clamp<std::int64_t>(crop_x_, -kLargest, kLargest));
-  crop_y_ = static_cast<int>(std::clamp<std::int64_t>(crop_y_, -kLargest, kLargest));
+  if (const auto crop = kCrops.find(token.text); crop != kCrops.end()) this->*crop->second = value;
 }
 
 void PictureReader::Hex(std::string_view digits) {
@@ -64,7 +63,18 @@ void PictureReader::Hex(std::string_view digits) {
 // A length that the source does not name follows from the picture's own size.
 void PictureReader::CompleteGoal() {
   const std::optional<PictureSize> own = SizeOf(picture_);
-  if (!own) return;
+  if (!own) {
+    const bool metafile =
+        picture_.kind == Picture::Kind::kWmf || picture_.kind == Picture::Kind::kEmf;
+    const auto twips = [&](std::int64_t length) {
+      length = metafile ? length * kTwipsPerInch / kHundredthsOfMillimetrePerInch
+                        : length * kTwipsPerPixel;
+      return static_cast<int>(std::min(length, kLargest));
+    };
+    if (goal_width_ <= 0) goal_width_ = twips(width_);
+    if (goal_height_ <= 0) goal_height_ = twips(height_);
+    return;
+  }
   const double scale = goal_width_ > 0    ? double(goal_width_) / own->width
                        : goal_height_ > 0 ? double(goal_height_) / own->height
                                           : 1;
@@ -75,14 +85,32 @@ void PictureReader::CompleteGoal() {
   if (goal_height_ <= 0) goal_height_ = length(own->height);
 }
 
+// A picture of which nothing would be left is not cropped.
+void PictureReader::Crop() {
+  const auto cut = [](int* goal, int from_start, int from_end, double* start, double* end) {
+    constexpr double kLeastShare = 0.01;
+    const int left = *goal - from_start - from_end;
+    if (*goal <= 0 || left < *goal * kLeastShare) return;
+    *start = double(from_start) / *goal;
+    *end = double(from_end) / *goal;
+    *goal = left;
+  };
+  Picture::Crop& crop = picture_.crop;
+  cut(&goal_width_, crop_left_, crop_right_, &crop.left, &crop.right);
+  cut(&goal_height_, crop_top_, crop_bottom_, &crop.top, &crop.bottom);
+}
+
 Picture PictureReader::Take() {
-  const bool metafile =
-      picture_.kind == Picture::Kind::kWmf || picture_.kind == Picture::Kind::kEmf;
+  // Some writers name another kind than the bytes are of.
+  const std::string_view bytes = picture_.bytes;
+  if (bytes.starts_with("\x89PNG\r\n")) picture_.kind = Picture::Kind::kPng;
+  if (bytes.starts_with("\xff\xd8\xff")) picture_.kind = Picture::Kind::kJpeg;
   if (scale_x_ == 0) scale_x_ = 100;
   if (scale_y_ == 0) scale_y_ = 100;
   if (goal_width_ <= 0 || goal_height_ <= 0) CompleteGoal();
-  picture_.width = OnPaper(goal_width_, width_, scale_x_, crop_x_, metafile);
-  picture_.height = OnPaper(goal_height_, height_, scale_y_, crop_y_, metafile);
+  Crop();
+  picture_.width = OnPaper(goal_width_, scale_x_);
+  picture_.height = OnPaper(goal_height_, scale_y_);
   return std::move(picture_);
 }
 

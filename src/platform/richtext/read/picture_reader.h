@@ -18,12 +18,13 @@ class PictureReader {
 
  private:
   void CompleteGoal();
+  void Crop();
 
   Picture picture_;
   int width_ = 0, height_ = 0;            // in the picture's own units
   int goal_width_ = 0, goal_height_ = 0;  // twips
   int scale_x_ = 100, scale_y_ = 100;
-  int crop_x_ = 0, crop_y_ = 0;
+  int crop_left_ = 0, crop_top_ = 0, crop_right_ = 0, crop_bottom_ = 0;  // twips
   int pending_digit_ = -1;
 };
 

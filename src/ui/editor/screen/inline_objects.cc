@@ -83,8 +83,8 @@ void InlineObjects::Draw(QPainter& painter, const QRectF& rect,
   if (picture.drawing == nullptr) return printing::DrawPicture(painter, rect, picture);
   const QSize pixels = (rect.size() * painter.device()->devicePixelRatioF()).toSize();
   if (rendered_.size() > kMostRendered) rendered_.clear();
-  QImage& image = rendered_[picture.drawing];
-  if (image.size() != pixels) image = picture.drawing->Rendered(pixels.expandedTo({1, 1}));
+  QImage& image = rendered_[{picture.drawing, picture.crop}];
+  if (image.size() != pixels) image = printing::Rendered(picture, pixels.expandedTo({1, 1}));
   painter.drawImage(rect, image);
 }
 

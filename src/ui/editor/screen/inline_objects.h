@@ -5,6 +5,7 @@
 #include <QTextObjectInterface>
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "platform/printing/pictures.h"
 #include "ui/editor/text/text_properties.h"
@@ -33,7 +34,8 @@ class InlineObjects : public QObject, public QTextObjectInterface {
 
   printing::Pictures pictures_;
   // Drawings in the pixels of the screen: a letter is painted again with each key.
-  std::map<std::shared_ptr<const printing::Drawing>, QImage> rendered_;
+  std::map<std::pair<std::shared_ptr<const printing::Drawing>, richtext::Picture::Crop>, QImage>
+      rendered_;
 };
 
 }  // namespace tenora
