@@ -218,6 +218,46 @@ TEST(Sections, NumberTheirPagesInTheTextToo) {
         << c.body;
 }
 
+// Lines of exactly 500 twips, on pages of ten and a half.
+TEST(Sections, StandUpAndDownThePageAsTheySay) {
+  std::string long_text;
+  for (int line = 1; line <= 10; ++line)
+    long_text += "l" + std::to_string(line) + (line % 2 == 0 ? "\\par " : "\\line ");
+  const std::string shape =
+      "{\\shp{\\*\\shpinst\\shptop1440\\shpright3000\\shpbottom2000\\shpbypage\\shpwr1{\\sp{\\sn "
+      "shapeType}{\\sv 1}}}}";
+  const struct {
+    std::string body;
+    std::vector<std::string> words;  // twips below the top of the text area
+  } cases[] = {
+      {"a\\par b", {"a 0", "b 500"}},
+      {"\\vertalc a\\par b", {"a 2125", "b 2625"}},
+      {"\\vertalb a\\par b", {"a 4250", "b 4750"}},
+      {"\\vertalb\\vertalt a", {"a 0"}},
+      {"a\\sect\\sectd\\vertal b\\sect\\sectd c", {"a 0", "b 4750", "c 0"}},
+      // Above the notes (their line takes 200), and below what keeps its place on the page.
+      {"\\vertalb a{\\super\\chftn}{\\footnote\\pard\\plain\\sl-500{\\super\\chftn} n}",
+       {"a 4050", "n 4750"}},
+      {"\\vertalb " + shape + "\\pard\\sl-500 a", {"a 560"}},
+      // Only where the text goes on of itself.
+      {"\\vertalj a\\par b\\page c", {"a 0", "b 500", "c 0"}},
+      {"\\vertalj " + long_text + "m",
+       {"l1 0", "l2 500", "l3 1062", "l4 1562", "l5 2125", "l6 2625", "l7 3187", "l8 3687",
+        "l9 4250", "l10 4750", "m 0"}},
+  };
+  const ScratchFolder folder;
+  const double top = Print(Letter("\\sl-500 top"), folder, kTextWidth, 5250).Find("top").top;
+  for (const auto& c : cases) {
+    const Paper paper = Print(Letter("\\sl-500 " + c.body), folder, kTextWidth, 5250);
+    for (const std::string& expected : c.words) {
+      const std::size_t blank = expected.find(' ');
+      EXPECT_NEAR(paper.Find(expected.substr(0, blank)).top - top,
+                  std::stod(expected.substr(blank)), 3)
+          << c.body << " " << expected;
+    }
+  }
+}
+
 TEST(Sections, HaveMarginsOfTheirOwnAndLieAcross) {
   const richtext::Document document = Letter(
       "one\\sect\\sectd\\marglsxn2000\\margtsxn3000 two\\sect\\sectd\\lndscpsxn\\marglsxn2500 "

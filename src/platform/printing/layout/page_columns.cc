@@ -44,6 +44,14 @@ std::vector<OwnColumn> OwnColumns(std::string_view words) {
 
 }  // namespace
 
+VerticalPlace VerticalPlaceOf(const richtext::PageSetup& page) {
+  using richtext::PageWord;
+  if (PageWord(page, "vertalc")) return VerticalPlace::kCentre;
+  if (PageWord(page, "vertalj")) return VerticalPlace::kJustified;
+  const bool bottom = PageWord(page, "vertalb") || PageWord(page, "vertal");
+  return bottom ? VerticalPlace::kBottom : VerticalPlace::kTop;
+}
+
 ColumnSetup ColumnsOf(const richtext::PageSetup& page, double text_width) {
   const int count = std::clamp(richtext::PageWord(page, "cols").value_or(1), 1, kMostColumns);
   ColumnSetup setup;
@@ -185,13 +193,13 @@ void PageColumns::GiveBack(Strip* strip, double top) {
   strip->MoveBelowFloating(Top(*strip) - top);
 }
 
-void PageColumns::Place(std::shared_ptr<Strip> strip, double top) {
+void PageColumns::Place(std::shared_ptr<Strip> strip, double top, bool begins) {
   y_ = top + strip->height;
   space_after_ = strip->space_after;
   // What only holds a frame leaves the top to the text.
   empty_ = empty_ && strip->height <= 0;
   page_empty_ = false;
-  placed_.push_back({std::move(strip), Corner(top), 1});
+  placed_.push_back({std::move(strip), Corner(top), 1, begins});
 }
 
 void PageColumns::PlaceRepeated(std::shared_ptr<Strip> strip) {
@@ -214,6 +222,43 @@ void PageColumns::PlaceSmaller(std::shared_ptr<Strip> strip, double top) {
   y_ = bottom_;
   empty_ = page_empty_ = false;
   placed_.push_back({std::move(strip), Corner(top), scale});
+}
+
+bool PageColumns::TextMadeRoom() const {
+  std::vector<PlacedFloating> floating;
+  for (const Placed& placed : placed_) placed.strip->CollectFloating(placed.corner, &floating);
+  return std::ranges::any_of(floating, [](const PlacedFloating& one) {
+    return one.floating->y_on_paper && one.floating->wrap != richtext::ShapeBox::Wrap::kNone;
+  });
+}
+
+void PageColumns::MoveDown(VerticalPlace place, bool full) {
+  if (place == VerticalPlace::kTop || placed_.empty() || TextMadeRoom()) return;
+  double text_bottom = page_top_, room_bottom = page_bottom_;
+  for (const Placed& one : placed_)
+    text_bottom = std::max(text_bottom, one.corner.y() + one.strip->height * one.scale);
+  for (const Foot& foot : feet_) room_bottom = std::min(room_bottom, foot.bottom - foot.height);
+  const double spare = room_bottom - text_bottom;
+  if (spare <= 0) return;
+  if (place != VerticalPlace::kJustified) {
+    const double down = place == VerticalPlace::kCentre ? spare / 2 : spare;
+    for (Placed& one : placed_) one.corner.ry() += down;
+    for (Line& line : lines_) {
+      line.top += down;
+      line.bottom += down;
+    }
+    return;
+  }
+  // As word processors do: between paragraphs, of full pages, and not in columns.
+  const bool columns = std::ranges::any_of(
+      placed_, [&](const Placed& one) { return one.corner.x() != placed_.front().corner.x(); });
+  const auto gaps = std::ranges::count_if(placed_.begin() + 1, placed_.end(), &Placed::begins);
+  if (!full || columns || gaps == 0) return;
+  double down = 0;
+  for (std::size_t i = 1; i < placed_.size(); ++i) {
+    if (placed_[i].begins) down += spare / double(gaps);
+    placed_[i].corner.ry() += down;
+  }
 }
 
 std::vector<TextRange> PageColumns::Ranges() const {

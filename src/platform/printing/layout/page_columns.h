@@ -23,14 +23,26 @@ struct ColumnSetup {
 };
 ColumnSetup ColumnsOf(const richtext::PageSetup& page, double text_width);
 
+// Where the text of a page stands that does not fill it.
+enum class VerticalPlace { kTop, kCentre, kBottom, kJustified };
+VerticalPlace VerticalPlaceOf(const richtext::PageSetup& page);
+
 class PageColumns {
  public:
   // Between these heights from the paper's top.
   PageColumns(double top, double bottom)
-      : page_top_(top), top_(top), bottom_(bottom), foot_bottom_(bottom), y_(top), lowest_(top) {}
+      : page_top_(top),
+        page_bottom_(bottom),
+        top_(top),
+        bottom_(bottom),
+        foot_bottom_(bottom),
+        y_(top),
+        lowest_(top) {}
 
   // Goes on with the columns of another section, below what is there.
   void Begin(ColumnSetup setup, double left);
+  // All is placed. `full`: the text goes on on the next page of itself.
+  void MoveDown(VerticalPlace place, bool full);
   // Nothing more is placed in these columns.
   void EndColumns();
   // Makes the columns of the section that ends here equally long.
@@ -49,7 +61,8 @@ class PageColumns {
   double FindTop(Strip* strip);
   // The strip is not placed there after all.
   void GiveBack(Strip* strip, double top);
-  void Place(std::shared_ptr<Strip> strip, double top);
+  // `begins`: it is the first of a paragraph or of a table's row.
+  void Place(std::shared_ptr<Strip> strip, double top, bool begins);
   // A row of a table's header, at the top of a column that counts as empty nevertheless.
   void PlaceRepeated(std::shared_ptr<Strip> strip);
   // Below what is at the column's foot, all of which moves up: a line of a note.
@@ -77,6 +90,7 @@ class PageColumns {
     std::shared_ptr<Strip> strip;
     QPointF corner;
     double scale = 1;
+    bool begins = false;  // a paragraph or a row
   };
   struct Line {
     double x, top, bottom;
@@ -87,12 +101,14 @@ class PageColumns {
     Strips strips;
   };
 
+  // Whether something keeps its place on the paper for which text made room.
+  bool TextMadeRoom() const;
   double Top(const Strip& strip) const;
   QPointF Corner(double y) const;
   // How many columns the strips take when none is longer; places them if wanted.
   std::size_t Distribute(double height, bool place);
 
-  double page_top_;
+  double page_top_, page_bottom_;
   double top_, bottom_;  // of the columns; the bottom is above what is at the column's foot
   double foot_bottom_;   // of that
   double y_, lowest_;

@@ -147,6 +147,8 @@ void PageLayout::FillPage(QPainter* painter, int to) {
   }
   if (!Load(1)) FillFoot(columns_->Left());
   columns_->EndColumns();
+  const bool goes_on = Load(1) && !break_ahead_;
+  columns_->MoveDown(VerticalPlaceOf(*sections_[page_.section].page), goes_on);
   if (painter != nullptr) Draw(*painter);
   next_ = length_;
   if (Load(1))
@@ -431,15 +433,15 @@ PageLayout::Outcome PageLayout::PlaceNext() {
     if (!others_wait) FillFoot(columns_->Left());
   };
   if (strip->height + notes_height <= available_height + kSlack) {
-    columns_->Place(strip, top);
+    columns_->Place(strip, top, !front.started);
     place_notes(std::move(notes));
     DropStrip();
     return Outcome::kPlaced;
   }
   if (columns_->column_empty() || strip->height > columns_->ColumnHeight() * kWholeRowShare) {
-    pending_.front().started = true;
+    const bool begins = !std::exchange(pending_.front().started, true);
     if (auto part = strip->TakeTop(available_height)) {
-      columns_->Place(part, top);
+      columns_->Place(part, top, begins);
       place_notes(NotesIn(*part));
       return Outcome::kColumnFull;
     }

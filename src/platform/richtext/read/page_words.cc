@@ -93,14 +93,20 @@ bool PageWords::TakeOther(const Token& word) {
       "pgnstart", "ftnstart", "aftnstart",  "ftnnalc",   "ftnnauc",    "ftnnrlc",     "ftnnruc",
       "aftnnalc", "aftnnauc", "aftnnrlc",   "aftnnruc",  "htmautsp"};
   static const std::unordered_set<std::string_view> kOwn{
-      "headery",   "footery",    "titlepg", "guttersxn", "cols",  "colsx",    "linebetcol",
-      "pgnstarts", "pgnrestart", "vertalc", "vertalb",   "linex", "rtlgutter"};
+      "headery",    "footery",   "titlepg",    "guttersxn", "cols",     "colsx",
+      "linebetcol", "pgnstarts", "pgnrestart", "linex",     "rtlgutter"};
   static const std::unordered_set<std::string_view> kNumbers{"pgnucrm", "pgnlcrm", "pgnucltr",
                                                              "pgnlcltr"};
+  static const std::unordered_set<std::string_view> kVertical{"vertal", "vertalb", "vertalc",
+                                                              "vertalj"};
   if (word.text == "pgncont") {
     others_.erase("pgnrestart");
   } else if (word.text == "pgndec") {
     others_.erase("pgnformat");
+  } else if (word.text == "vertalt") {
+    others_.erase("vertal");
+  } else if (kVertical.contains(word.text)) {
+    others_["vertal"] = SourceOf(word);
   } else if (kNumbers.contains(word.text)) {
     others_["pgnformat"] = SourceOf(word);
   } else if (kOwn.contains(word.text)) {
