@@ -141,8 +141,9 @@ void FindPanel::Open() {
 
 void FindPanel::Leave() {
   in_selection_->setChecked(false);
-  hide();
+  // Before hiding, at which Qt would give the keyboard to another letter and bring that to the front.
   if (letter_) letter_->editor().setFocus();
+  hide();
 }
 
 void FindPanel::keyPressEvent(QKeyEvent* event) {
