@@ -1,6 +1,7 @@
 #include "platform/dialogs/letter_question_box.h"
 
 #include <QDialogButtonBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -30,15 +31,21 @@ LetterQuestionBox::LetterQuestionBox(const LetterQuestion& question, QWidget* pa
     progress->setObjectName("lblProgress");
     progress->setAlignment(Qt::AlignRight);
     layout->addWidget(progress);
-    auto* stop = buttons->addButton(tr("&Stop the Run"), QDialogButtonBox::ResetRole);
-    stop->setObjectName("cmdStopRun");
-    stop->setAutoDefault(false);
-    connect(stop, &QPushButton::clicked, this, [this] { StopRun(); });
   }
   answer_ = AddAnswerField(prompt, {}, layout);
   layout->addWidget(for_all_);
   layout->addStretch();
-  layout->addWidget(buttons);
+  auto* row = new QHBoxLayout;
+  if (in_run_) {
+    // Not in the box of the others, whose buttons Tab would then not reach.
+    auto* stop = new QPushButton(tr("&Stop the Run"));
+    stop->setObjectName("cmdStopRun");
+    stop->setAutoDefault(false);
+    connect(stop, &QPushButton::clicked, this, [this] { StopRun(); });
+    row->addWidget(stop);
+  }
+  row->addWidget(buttons);
+  layout->addLayout(row);
   for_all_->setVisible(in_run_);
   answer_->setFocus();
 }

@@ -4,19 +4,19 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
-#include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <initializer_list>
 #include <utility>
 
 #include "platform/dialogs/printer_settings_box.h"
+#include "platform/dialogs/window_size.h"
 
 namespace tenora {
 namespace {
 
 constexpr int kMostCopies = 999;
-constexpr QSize kUsualSize(440, 390), kWindowFrame(8, 40);
+constexpr QSize kUsualSize(440, 390);
 
 }  // namespace
 
@@ -121,7 +121,7 @@ void PrintBox::Build() {
   layout->addLayout(form);
   layout->addWidget(buttons);
   // The list is what gets smaller on a low screen.
-  resize(kUsualSize.boundedTo(screen()->availableSize() - kWindowFrame));
+  resize(OpeningSize(*this, kUsualSize));
 }
 
 const OfferedPrinter* PrintBox::Chosen() const {

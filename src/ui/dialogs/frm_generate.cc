@@ -12,7 +12,9 @@
 #include <QVBoxLayout>
 
 #include "letters/template_library.h"
+#include "platform/dialogs/window_size.h"
 #include "ui/dialogs/recipient_list.h"
+#include "ui/dialogs/scrolled_page.h"
 
 namespace tenora {
 namespace {
@@ -61,14 +63,14 @@ frmGenerate::frmGenerate(const Caches& caches, const std::string& template_kind,
 
   auto* sides = new QHBoxLayout;
   sides->addWidget(MakeListSide(), 3);
-  sides->addWidget(MakeOptionSide(), 2);
+  sides->addWidget(new ScrolledPage(MakeOptionSide()), 2);
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(sides, 1);
   layout->addWidget(buttons);
   connect(model_, &RecipientModel::TicksChanged, this, &frmGenerate::ShowCount);
   SetDestination(Destination::kPrinter);
   search_->setFocus();
-  resize(760, 520);
+  resize(OpeningSize(*this, {760, 520}));
 }
 
 QWidget* frmGenerate::MakeListSide() {

@@ -5,6 +5,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "platform/dialogs/window_size.h"
+
 namespace tenora {
 namespace {
 
@@ -96,7 +98,7 @@ frmRunReport::frmRunReport(const GenerationSummary& summary, Destination destina
   layout->addWidget(reason_);
   layout->addWidget(log);
   layout->addWidget(MakeButtons(summary, destination));
-  resize(780, 480);
+  resize(OpeningSize(*this, {780, 480}));
   // The only letter needs no tick of the user's.
   if (listed_.size() == 1) {
     QTreeWidgetItem* only = list_->topLevelItem(0)->child(0);

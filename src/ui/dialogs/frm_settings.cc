@@ -2,11 +2,11 @@
 
 #include <QDialogButtonBox>
 #include <QPushButton>
-#include <QScreen>
-#include <QScrollArea>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "platform/dialogs/window_size.h"
+#include "ui/dialogs/scrolled_page.h"
 #include "ui/dialogs/settings_pages.h"
 
 namespace tenora {
@@ -18,14 +18,7 @@ frmSettings::frmSettings(Session& session, QWidget* parent) : QDialog(parent) {
   tabs->setObjectName("tabPages");
   const auto add = [&](SettingsPage* page, const QString& title) {
     pages_.push_back(page);
-    // A small or enlarged screen may be lower than a page.
-    auto* scrolled = new QScrollArea;
-    scrolled->setWidget(page);
-    scrolled->setWidgetResizable(true);
-    scrolled->setFrameShape(QFrame::NoFrame);
-    scrolled->viewport()->setAutoFillBackground(false);
-    page->setAutoFillBackground(false);
-    tabs->addTab(scrolled, title);
+    tabs->addTab(new ScrolledPage(page), title);
   };
   add(new DatabasePage(session), tr("&Database"));
   add(new MailPage(session), tr("&Mail"));
@@ -39,8 +32,7 @@ frmSettings::frmSettings(Session& session, QWidget* parent) : QDialog(parent) {
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs);
   layout->addWidget(buttons);
-  constexpr QSize kUsualSize(560, 420), kFrame(16, 48);
-  resize(kUsualSize.boundedTo(screen()->availableSize() - kFrame));
+  resize(OpeningSize(*this, {560, 420}));
 }
 
 void frmSettings::Save() {

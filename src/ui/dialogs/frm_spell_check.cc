@@ -40,6 +40,8 @@ frmSpellCheck::frmSpellCheck(const std::string& bad_word, spelling::Speller& spe
   const auto add = [&](const QString& caption, QWidget* field, int row) {
     auto* label = new QLabel(caption);
     label->setBuddy(field);
+    // Qt gives a list no name by its label.
+    field->setAccessibleName(QString(caption).remove('&'));
     grid->addWidget(label, row, 0);
     grid->addWidget(field, row + 1, 0);
   };

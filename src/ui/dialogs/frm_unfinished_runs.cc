@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "platform/dialogs/window_size.h"
+
 namespace tenora {
 namespace {
 
@@ -72,7 +74,7 @@ frmUnfinishedRuns::frmUnfinishedRuns(const std::vector<UnfinishedRun>& runs, QWi
   layout->addWidget(text);
   layout->addWidget(list_, 1);
   layout->addLayout(row);
-  resize(800, 320);
+  resize(OpeningSize(*this, {800, 320}));
   list_->setCurrentItem(list_->topLevelItem(0));
   list_->setFocus();
 }

@@ -1,5 +1,7 @@
 #include "ui/dialogs/settings_pages.h"
 
+#include <QAccessible>
+#include <QAccessibleEvent>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
@@ -89,6 +91,8 @@ void TestRunner::Run() {
 void TestRunner::ShowResult(const TestResult& result) {
   result_->setText((result.good ? QString::fromUtf8("✔ ") : QString::fromUtf8("✘ ")) +
                    Shown(result.text));
+  QAccessibleEvent told(result_, QAccessible::Alert);
+  QAccessible::updateAccessibility(&told);
 }
 
 DatabasePage::DatabasePage(Session& session)
@@ -167,6 +171,7 @@ MailPage::MailPage(Session& session) {
   const auto add = [&](const QString& caption, const QString& value, const char* name) {
     auto* field = Named(Remark(value), name);
     field->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    field->setAccessibleName(caption + ": " + value);
     form->addRow(caption, field);
   };
   add(tr("Letters are sent"),

@@ -366,7 +366,7 @@ void EditorActions::MakeViewActions() {
   Add(&view_, tr("&Actual Size"), "zoom-reset", QKeySequence(Qt::CTRL | Qt::Key_0),
       [](LetterEditor& editor) { editor.paper().SetZoom(1); });
   Separate(&view_);
-  show_ruler_ = new QAction(Icon(QStringLiteral("ruler")), tr("&Ruler"), this);
+  show_ruler_ = new QAction(Icon(QStringLiteral("ruler")), tr("R&uler"), this);
   show_ruler_->setCheckable(true);
   show_ruler_->setChecked(true);
   view_.append(show_ruler_);

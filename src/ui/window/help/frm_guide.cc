@@ -1,6 +1,7 @@
 #include "ui/window/help/frm_guide.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QAction>
 #include <QDesktopServices>
 #include <QImage>
 #include <QScrollBar>
@@ -8,6 +9,8 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 #include <system_error>
+
+#include "platform/dialogs/window_size.h"
 
 namespace tenora {
 namespace {
@@ -106,12 +109,16 @@ frmGuide::frmGuide(const fs::path& page, QWidget* parent)
     const QString title = browser_->document()->begin().text();
     setWindowTitle(title.isEmpty() ? tr("Guide") : title);
   });
+  auto* close = new QAction(this);
+  close->setShortcuts({QKeySequence::Close, QKeySequence(Qt::Key_Escape)});
+  connect(close, &QAction::triggered, this, &QWidget::close);
+  addAction(close);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   layout->addWidget(bar);
   layout->addWidget(browser_);
-  resize(900, 720);
+  resize(OpeningSize(*this, {900, 720}));
   // Force a layout, so that pictures can be scaled to the page's width.
   layout->activate();
   ShowPage(page);

@@ -75,7 +75,7 @@ void FindPanel::Build() {
   close->setIcon(LineIcon("close"));
   close->setAutoRaise(true);
   close->setToolTip(tr("Close (Esc)"));
-  close->setAccessibleName(tr("Close"));
+  close->setAccessibleName(tr("Close find and replace"));
   connect(close, &QToolButton::clicked, this, &FindPanel::Leave);
   message_->setObjectName(QStringLiteral("lblFindResult"));
   message_->setTextFormat(Qt::PlainText);

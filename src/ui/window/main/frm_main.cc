@@ -5,7 +5,6 @@
 #include <QDropEvent>
 #include <QFontDatabase>
 #include <QMimeData>
-#include <QScreen>
 #include <QStatusBar>
 #include <QVBoxLayout>
 #include <cstdint>
@@ -13,6 +12,7 @@
 #include <utility>
 
 #include "platform/dialogs/guard.h"
+#include "platform/dialogs/window_size.h"
 #include "platform/runtime/conversion.h"
 #include "ui/window/appearance/icons.h"
 #include "ui/window/help/frm_forms.h"
@@ -98,8 +98,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(QString::fromLatin1(kApplicationTitle));
   setWindowIcon(LineIcon("tenora"));
-  // Leave space for the window manager's frame.
-  resize(QSize(1280, 800).boundedTo(screen()->availableGeometry().size() - QSize(8, 40)));
+  resize(OpeningSize(*this, {1280, 800}));
   splitter_->setObjectName(QStringLiteral("SplitterVert"));
   splitter_->setChildrenCollapsible(false);
   splitter_->addWidget(tree_);

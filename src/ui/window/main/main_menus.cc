@@ -3,6 +3,7 @@
 #include <QActionGroup>
 #include <QMenuBar>
 #include <QToolBar>
+#include <QToolButton>
 #include <string>
 #include <utility>
 
@@ -13,6 +14,15 @@
 #include "ui/window/appearance/icons.h"
 
 namespace tenora {
+namespace {
+
+// The button for what a narrow bar has no space for; Qt leaves it without a name.
+void NameMoreButton(QToolBar& bar, const QString& name) {
+  auto* more = bar.findChild<QToolButton*>(QStringLiteral("qt_toolbar_ext_button"));
+  if (more != nullptr) more->setAccessibleName(name);
+}
+
+}  // namespace
 
 MainMenus::MainMenus(QMainWindow& window, const MenuParts& parts) : window_(window), parts_(parts) {
   BuildFileMenu();
@@ -365,6 +375,7 @@ void MainMenus::BuildToolBar() {
     }
   }
   bar->addWidget(insert_combo_);
+  NameMoreButton(*bar, tr("More commands"));
 }
 
 void MainMenus::BuildFormatBar() {
@@ -376,6 +387,7 @@ void MainMenus::BuildFormatBar() {
   bar->addWidget(parts_.editor_actions.FontBox(bar));
   bar->addWidget(parts_.editor_actions.SizeBox(bar));
   bar->addActions(parts_.editor_actions.FormatActions());
+  NameMoreButton(*bar, tr("More formats"));
 }
 
 }  // namespace tenora

@@ -6,6 +6,7 @@
 #include <QToolBar>
 #include <algorithm>
 
+#include "platform/dialogs/window_size.h"
 #include "ui/window/appearance/icons.h"
 #include "ui/window/preview/preview_sheets.h"
 
@@ -36,6 +37,7 @@ PrintPreview::PrintPreview(std::unique_ptr<RichTextBox> letter,
   list_->setSpacing(8);
   scroll_ = new QScrollArea(splitter);
   scroll_->setFrameShape(QFrame::NoFrame);
+  scroll_->setAccessibleName(tr("Sheets"));
   scroll_->setBackgroundRole(QPalette::Mid);
   sheets_ = new PreviewSheets(*pages_);
   scroll_->setWidget(sheets_);
@@ -45,7 +47,7 @@ PrintPreview::PrintPreview(std::unique_ptr<RichTextBox> letter,
   splitter->setStretchFactor(1, 1);
   splitter->setSizes({kThumbWidth + 50, 740});
   setCentralWidget(splitter);
-  resize(900, 760);
+  resize(OpeningSize(*this, {900, 760}));
 
   FillPageList();
   BuildToolBar();

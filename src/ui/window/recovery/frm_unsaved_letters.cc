@@ -5,13 +5,13 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QScreen>
 #include <QSplitter>
 #include <QVBoxLayout>
 #include <string>
 #include <utility>
 
 #include "letters/template_library.h"
+#include "platform/dialogs/window_size.h"
 #include "platform/runtime/error.h"
 #include "ui/window/letter/insert_list.h"
 #include "ui/window/letter/showable_letter.h"
@@ -97,7 +97,7 @@ frmUnsavedLetters::frmUnsavedLetters(const Locale& locale, const CustomFieldCode
   layout->addWidget(MakeList());
   layout->addWidget(versions, 1);
   layout->addLayout(buttons);
-  resize(kUsualSize.boundedTo(screen()->availableGeometry().size() - QSize(8, 40)));
+  resize(OpeningSize(*this, kUsualSize));
   list_->setCurrentItem(list_->topLevelItem(0));
   list_->setFocus();
 }

@@ -58,7 +58,7 @@ ctlTree::ctlTree(Session& session, QWidget* parent)
   search_->setPlaceholderText(tr("Search templates, people, letters"));
   search_->setAccessibleName(tr("Search the tree"));
   search_->setClearButtonEnabled(true);
-  search_->addAction(LineIcon("find"), QLineEdit::LeadingPosition);
+  search_->addAction(LineIcon("find"), QLineEdit::LeadingPosition)->setText(tr("Search"));
   search_->installEventFilter(this);
   nothing_found_->setObjectName(QStringLiteral("lblNothingFound"));
   nothing_found_->setTextFormat(Qt::PlainText);
