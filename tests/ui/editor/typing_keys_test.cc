@@ -1,5 +1,7 @@
 #include "ui/editor/commands/typing_keys.h"
 
+#include <QAccessible>
+
 #include "editor_fixture.h"
 
 namespace tenora {
@@ -12,6 +14,24 @@ TEST_F(TypingKeysTest, KeepsAFieldFromGrowingAtItsEnd) {
   box.Select(4, 0);
   Type("s");
   EXPECT_NE(box.TextRTF().find("link}}s"), std::string::npos) << box.TextRTF();
+}
+
+TEST_F(TypingKeysTest, TellsScreenReadersTextCaretAndSelection) {
+  Open("Dear \\b Ann\\b0\\par");
+  box.Select(5, 0);
+  Type("Mary ");
+  QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(&editor);
+  ASSERT_NE(spoken, nullptr);
+  QAccessibleTextInterface* text = spoken->textInterface();
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(text->text(0, 13), "Dear Mary Ann");
+  EXPECT_EQ(text->cursorPosition(), 10);
+  box.Select(5, 4);
+  editor.ShowBox();
+  int start = 0, end = 0;
+  text->selection(0, &start, &end);
+  EXPECT_EQ(text->text(start, end), "Mary");
+  EXPECT_FALSE(spoken->state().readOnly);
 }
 
 TEST_F(TypingKeysTest, LeavesProtectedTextAsItIs) {

@@ -55,7 +55,10 @@ QList<QWidget*> ControlsOf(QWidget& window) {
   for (QWidget* widget : window.findChildren<QWidget*>()) {
     const bool button = qobject_cast<QAbstractButton*>(widget) != nullptr;
     if (widget->window() != &window || !widget->isVisible()) continue;
-    if (widget->focusProxy() != nullptr || qobject_cast<QTabBar*>(widget->parentWidget())) continue;
+    const QWidget* whole = widget->parentWidget();
+    // The field of a combo box is told by itself.
+    const bool part = widget->focusProxy() != nullptr && !qobject_cast<const QComboBox*>(whole);
+    if (part || qobject_cast<const QTabBar*>(whole) != nullptr) continue;
     const auto* text = qobject_cast<QLabel*>(widget);
     if (text != nullptr && text->text().isEmpty()) continue;
     if (button || widget->focusPolicy() != Qt::NoFocus) controls << widget;

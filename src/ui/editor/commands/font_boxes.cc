@@ -1,5 +1,6 @@
 #include "ui/editor/commands/font_boxes.h"
 
+#include <QLineEdit>
 #include <QLocale>
 #include <cmath>
 
@@ -12,6 +13,8 @@ void SetUp(QComboBox* box, const QString& name) {
   box->setAccessibleName(name);
   box->setToolTip(name);
   box->setEditable(true);
+  // Screen readers are told of the field, which has the keyboard, by itself.
+  box->lineEdit()->setAccessibleName(name);
   box->setInsertPolicy(QComboBox::NoInsert);
   box->setFocusPolicy(Qt::ClickFocus);
 }
