@@ -119,7 +119,9 @@ def main():
         studio.take("letters-left", window)
         studio.keys("Escape")
         studio.until_gone(window)
+        studio.window_of(runs)
         studio.keys("Escape")
+        studio.until_gone(runs)
         studio.window_of(studio.main)
         # "Future Date" is the last of the Insert menu's codes.
         studio.dialog("future-date", "Future Date", "alt+i", "Right", "Up", "Return")
