@@ -276,7 +276,8 @@ TEST_F(ReceiptCommand, HoldsALetterThatIsNotAsItShouldBeAndSaysWhy) {
       {"Dear <<Tenant Nmae>>", "", "Noor Whaanga (T00001): Tenant Nmae: "},
       {"<<?A?>> <<?Who signs?>>", "Ann\n", "Noor Whaanga (T00001): Who signs: "},
       {"<<?Which house?>>", "5\\99 High St\n", "\"5\\99 High St\" does not stand in the letter"},
-      {"<<?Which house?>>", "Close } brace\n", "the answer \"Close } brace\" does not stand in the letter as it was given; answer without"},
+      {"<<?Which house?>>", "Close } brace\n",
+       "the answer \"Close } brace\" does not stand in the letter as it was given; answer without"},
   };
   for (const auto& c : cases) {
     WriteTemplate("Held", c.text);

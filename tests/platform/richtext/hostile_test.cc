@@ -78,6 +78,12 @@ TEST(RtfReader, KeepsTheTextOfADeepGroup) {
             "deep after");
 }
 
+TEST(RtfReader, KeepsTheParagraphsBehindANote) {
+  const Document letter =
+      ReadRtf("{\\rtf1{\\footnote note}" + Repeat("text\\par ", 10000) + "end}");
+  EXPECT_EQ(letter.blocks.size(), 10001U);
+}
+
 TEST(RtfReader, ShowsOnlyTheResultsOfFieldsInFieldsInFields) {
   const std::string deep = "{\\rtf1 " + Repeat("{\\field{\\*\\fldinst PAGE}{\\fldrslt ", 40) +
                            "text" + Repeat("}}", 40) + "}";

@@ -145,9 +145,9 @@ void Story::EndSection(const CharFormat& mark, const std::shared_ptr<const Secti
 
 std::vector<Block> Story::Finish(const CharFormat& mark) {
   const bool cell_open = state_.TableLevel() > 0 && !current_.runs.empty();
+  // Also when the budget is used up: what could not be put into paragraphs stands in this one.
   if (!current_.runs.empty() || (blocks_.Empty(0) && !cell_open)) {
-    if (blocks_.Empty(0)) context_.budget = Budget(std::size_t{1} << 20);
-    EndParagraph(mark);
+    blocks_.AddParagraph(TakeParagraph(mark), state_.TableLevel());
   }
   std::vector<Mark> marks = std::move(current_.marks);
   std::vector<Block> blocks = blocks_.Finish(mark);

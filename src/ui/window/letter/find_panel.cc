@@ -141,7 +141,7 @@ void FindPanel::Open() {
 
 void FindPanel::Leave() {
   in_selection_->setChecked(false);
-  // Before hiding, at which Qt would give the keyboard to another letter and bring that to the front.
+  // First, for a panel hidden with the keyboard passes it on to another letter, which comes in front.
   if (letter_) letter_->editor().setFocus();
   hide();
 }
