@@ -141,7 +141,7 @@ void FindPanel::Open() {
 
 void FindPanel::Leave() {
   in_selection_->setChecked(false);
-  // First, for a panel hidden with the keyboard passes it on to another letter, which comes in front.
+  // First: a panel hidden with the keyboard hands it to another letter, which comes to the front.
   if (letter_) letter_->editor().setFocus();
   hide();
 }
