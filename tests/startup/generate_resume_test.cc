@@ -349,7 +349,7 @@ TEST_F(GenerateResume, ALetterHeldBackWaitsForACorrectionOrAPersonsWord) {
   EXPECT_EQ(first.status, 1);
   EXPECT_THAT(first.errors, HasSubstr("1 of 2 letters mailed, 1 held back.\n"));
   EXPECT_THAT(first.errors,
-              HasSubstr("Held back: Noor Whaanga (T00001): Which day: the value \"Mon } day\""));
+              HasSubstr("Held back: Noor Whaanga (T00001): Which day: the answer \"Mon } day\""));
   EXPECT_THAT(first.errors, HasSubstr("--send-held"));
   const std::string corrected = test::RtfDocument("Monday, corrected by hand");
   const struct {
