@@ -167,7 +167,7 @@ TEST_F(GenerateResume, UnfinishedRunsAreListedUntilTheyAreDoneOrForgotten) {
                          Log().string() +
                          "\n  2026-11-21 09:30:00  \"Note\" to tenants by e-mail, subject \"Your "
                          "rent\"\n  1 of 3 letters mailed, 1 held back, 1 without an address\n"
-                         "  Held back: Noor Whaanga (T00001): Which day: the value "));
+                         "  Held back: Noor Whaanga (T00001): Which day: the answer "));
   EXPECT_THAT(found, testing::EndsWith(" (T00012): no e-mail address\n"));
   WriteWholeFile(Log(), ReplaceAll(log, "mailed\t2", "sending\t2"));
   EXPECT_THAT(list(), HasSubstr("0 of 3 letters mailed, 1 held back, 1 in doubt, 1 without"));
