@@ -43,10 +43,10 @@ std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_fold
 }
 
 std::string FileNameQuestion(std::string_view typed, std::string_view used) {
-  const std::string fault = FileNameFault(typed);
-  return "\"" + std::string(typed) + "\" cannot be the name of a file on every system: " +
-         (fault.empty() ? "it is too long" : fault) + ".\r\nIt will be called \"" +
-         std::string(used) + "\". Use this name?";
+  std::string fault = FileNameFault(typed);
+  if (fault.empty()) fault = TrimBlanks(typed).empty() ? "it is blank" : "it is too long";
+  return "\"" + std::string(typed) + "\" cannot be the name of a file on every system: " + fault +
+         ".\r\nIt will be called \"" + std::string(used) + "\". Use this name?";
 }
 
 }  // namespace tenora

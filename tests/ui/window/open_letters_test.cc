@@ -110,6 +110,25 @@ TEST_F(OpenLettersTest, AsksBeforeASaveReplacesAFileAndShowsTheNewLetterInTheTre
   letters_.Active()->letter().members().Changed = false;
 }
 
+TEST_F(OpenLettersTest, ALetterTakesNoNameOfOneThatIsOpen) {
+  SaveTemplate("Taken", "another's");
+  letters_.Open(Entry("Templates/Taken"));
+  letters_.StartNew("Templates");
+  platform_.dialogs.WillType("Taken").WillCancel();
+  EXPECT_FALSE(letters_.Active()->letter().Save());
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre("Enter the name for this Letter", HasSubstr("is open; close it"),
+                          "Enter the name for this Letter"));
+  letters_.Active()->letter().members().Changed = false;
+}
+
+TEST_F(OpenLettersTest, ANewLetterGetsANumberThatNoOpenLetterHas) {
+  letters_.StartNew("Templates");
+  InFront().LetterTitle = "New letter 2";  // as one that was recovered
+  letters_.StartNew("Templates");
+  EXPECT_EQ(InFront().LetterTitle, "New letter 3");
+}
+
 // The tab then says what the tree does.
 TEST_F(OpenLettersTest, TellsWhichNameALetterReallyGetsAndAsksAgainWhereThatIsRefused) {
   letters_.StartNew("Templates");

@@ -116,6 +116,11 @@ bool LetterWindow::ConfirmFileName(const std::string& typed, const std::string& 
 }
 
 bool LetterWindow::ConfirmReplace(const std::filesystem::path& path) {
+  if (surroundings_.IsOpen(path)) {
+    session_.platform.dialogs.Say(path.string() +
+                                  " is open; close it before another letter takes its name.");
+    return false;
+  }
   return Confirm("A file of this name is there already:\r\n" + path.string() + "\r\nReplace it?");
 }
 

@@ -23,6 +23,8 @@ class LetterWindow : public QWidget, private LetterHost {
     // Files of the data folder have changed.
     virtual void RefreshTree() = 0;
     virtual std::string InsertListName() = 0;
+    // Whether a letter of this file is open.
+    virtual bool IsOpen(const std::filesystem::path& path) = 0;
     // In twips; 0 if unknown.
     virtual int PaperWidth(const RichTextBox& letter) = 0;
   };

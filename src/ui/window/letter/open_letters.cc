@@ -1,5 +1,6 @@
 #include "ui/window/letter/open_letters.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -105,9 +106,20 @@ void OpenLetters::Remember(const frmLetter& letter, std::string& known) {
   recent_.Add({std::filesystem::absolute(known, error), members.Kind, members.TenantCode});
 }
 
+bool OpenLetters::IsTitleOpen(const std::string& title) const {
+  const std::vector<LetterWindow*> letters = desk_.Letters();
+  return std::any_of(letters.begin(), letters.end(), [&](const LetterWindow* window) {
+    return window->letter().members().LetterTitle == title;
+  });
+}
+
 void OpenLetters::StartNew(std::string_view kind) {
   std::unique_ptr<LetterWindow> window = MakeWindow();
-  const std::string name = "New letter " + std::to_string(++new_letters_);
+  std::string name;
+  // A recovered letter may have the name already.
+  do {
+    name = "New letter " + std::to_string(++new_letters_);
+  } while (IsTitleOpen(name));
   window->SetNameWhileUntitled(name);
   window->letter().members().LetterTitle = name;
   window->letter().members().RecipientName = kind;

@@ -74,8 +74,10 @@ class OpenLetters : private LetterWindow::Surroundings {
  private:
   void RefreshTree() override { tree_.RefreshTree(); }
   std::string InsertListName() override;
+  bool IsOpen(const std::filesystem::path& path) override { return OfFile(path) != nullptr; }
   int PaperWidth(const RichTextBox& letter) override { return printers_.PaperWidth(letter); }
 
+  bool IsTitleOpen(const std::string& title) const;
   std::unique_ptr<LetterWindow> MakeWindow();
   void OpenAsTemplate(const std::filesystem::path& path, const std::string& kind);
   // Puts the letter's file among the recent ones, unless it is `known`, which it then is.
