@@ -227,9 +227,10 @@ class Trials:
             wait_for("the dialog's end", lambda: ended() or not shown.find("Unfinished Runs"))
             self.wait_for_window(MAIN, ended, "alt+t", "u")
         self.wait_for_window("Unfinished Runs", ended)
+        # Before a box can come that has the same title.
+        main = wait_for("the main window", lambda: ended() or shown.find(MAIN))
         self.kill_after(process, plan.get("seconds"))
         shown.keys("alt+r")
-        main = shown.find(MAIN)
 
         def all_done():
             if ended() or Log(log).last == "complete" or shown.find("Letters Left"):
