@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/placed_strips.h"
@@ -255,6 +256,20 @@ double BlockLayout::SpaceBelow(std::size_t block) const {
 bool BlockLayout::FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const {
   const richtext::ParagraphFormat* other = FormatOf(neighbour);
   return other != nullptr && SameFrame(paragraph.format, *other);
+}
+
+Strips LayOutInside(LayoutContext& context, const std::vector<richtext::Block>& blocks,
+                    double width, int position, int depth) {
+  Strips strips;
+  BlockLayout layout(context, blocks, width, position, depth, BlockLayout::Ending::kWhole);
+  while (auto block = layout.Next()) {
+    for (auto& strip : block->strips) {
+      strip->ForgetBreaks();
+      strips.push_back(std::move(strip));
+    }
+  }
+  MakeRoom(&strips);
+  return strips;
 }
 
 }  // namespace tenora::printing

@@ -58,4 +58,9 @@ class BlockLayout {
   TakenAreas taken_;
 };
 
+// All lines of blocks that stand inside something, a cell or a note: without page breaks of their
+// own, and with the room that what is placed among them takes.
+Strips LayOutInside(LayoutContext& context, const std::vector<richtext::Block>& blocks,
+                    double width, int position, int depth);
+
 }  // namespace tenora::printing

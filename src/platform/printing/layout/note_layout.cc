@@ -1,10 +1,8 @@
 #include "platform/printing/layout/note_layout.h"
 
 #include <QPen>
-#include <utility>
 
 #include "platform/printing/layout/block_layout.h"
-#include "platform/printing/layout/taken_areas.h"
 
 namespace tenora::printing {
 namespace {
@@ -25,17 +23,8 @@ class Separator : public Strip {
 }  // namespace
 
 Strips LayOutNote(LayoutContext& context, const Note& note, double width) {
-  Strips strips;
-  // As in a cell: notes hold no frames.
-  BlockLayout layout(context, *note.blocks, width, note.position, 1, BlockLayout::Ending::kWhole);
-  while (auto block = layout.Next()) {
-    for (auto& strip : block->strips) {
-      strip->ForgetBreaks();
-      strips.push_back(std::move(strip));
-    }
-  }
-  MakeRoom(&strips);
-  return strips;
+  // As deep as a cell: notes hold no frames.
+  return LayOutInside(context, *note.blocks, width, note.position, 1);
 }
 
 std::shared_ptr<Strip> NoteSeparator(int position) {

@@ -8,7 +8,6 @@
 #include "platform/printing/layout/block_layout.h"
 #include "platform/printing/layout/row_strip.h"
 #include "platform/printing/layout/rule.h"
-#include "platform/printing/layout/taken_areas.h"
 
 namespace tenora::printing {
 namespace {
@@ -74,17 +73,7 @@ bool KeepsWhole(const Row& row) {
 
 // The text of a cell laid out in lines of this length.
 Strips LinesOf(LayoutContext& context, const Cell& cell, double length, int position, int depth) {
-  Strips strips;
-  BlockLayout layout(context, cell.blocks, length, position, depth + 1,
-                     BlockLayout::Ending::kWhole);
-  while (auto block = layout.Next()) {
-    for (auto& strip : block->strips) {
-      strip->ForgetBreaks();
-      strips.push_back(std::move(strip));
-    }
-  }
-  MakeRoom(&strips);
-  return strips;
+  return LayOutInside(context, cell.blocks, length, position, depth + 1);
 }
 
 class RowLayout {
