@@ -5,12 +5,9 @@
 #include <string_view>
 
 #include "merge/merge_target.h"
+#include "rental/custom_field_parents.h"
 
 namespace tenora {
-
-inline constexpr std::int16_t kTenantParent = 201;
-inline constexpr std::int16_t kPropertyParent = 202;
-inline constexpr std::int16_t kOwnerParent = 203;
 
 // Fills the custom codes of one prefix ("TCustom:") from the record's fields and removes those for
 // which the record has none. A prefix that is not a code stays. The database is open. Raises the

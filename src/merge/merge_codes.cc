@@ -8,15 +8,13 @@
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/format.h"
+#include "rental/missing_date.h"
 #include "rental/tenant_lookups.h"
 
 namespace tenora {
 namespace {
 
 using S = const MergeSource&;
-
-// The year of the empty date, and of the day after it: neither may appear on paper.
-constexpr int kEmptyYear = 1899;
 
 std::string LongDate(S s, Date date) {
   if (date.Year() == kEmptyYear) {
@@ -31,9 +29,7 @@ std::string LongDate(S s, Date date) {
 // Without an inspection the present time is given, and noted.
 std::string Inspection(S s, bool next) {
   const auto date = FindInspection(s.session, next, s.letter.TenantCode);
-  if (date && (date->Year() == kEmptyYear || date->Year() == kNoDateYear)) {
-    return LongDate(s, *date);
-  }
+  if (date && DateMeansNone(*date)) return LongDate(s, *date);
   std::string text = InspectionDate(s.session, date);
   if (!date) s.notes.Add(MergeFact::kPlaceholder, text);
   return text;

@@ -10,11 +10,9 @@
 
 #include "data/database.h"
 #include "platform/runtime/date.h"
+#include "rental/missing_date.h"
 
 namespace tenora {
-
-// The year by which the package's own data says "no date".
-inline constexpr int kNoDateYear = 1234;
 
 // One tenancy with the details of its property.
 struct TenantRecord {

@@ -6,11 +6,11 @@
 #include "data/sql_text.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"
+#include "rental/missing_date.h"
 
 namespace tenora {
 namespace {
 
-constexpr int kEmptyYear = 1899;
 constexpr int kYearsWithoutEnd = 10;
 
 bool IsSet(Date as_at_date) { return as_at_date.Year() != kEmptyYear; }

@@ -70,6 +70,13 @@ bool ReadPayment(Session& session, const std::string& sql, TenantRecord& tenant)
 
 }  // namespace
 
+std::optional<RentChange> FindNextRentChange(Session& session, std::string_view tenant_code) {
+  const Value date = NextRentChange(session, "changedate", tenant_code);
+  const Value rent = NextRentChange(session, "changevalue", tenant_code);
+  if (IsNull(date)) return std::nullopt;
+  return RentChange{ToDate(date), IsNull(rent) ? Currency() : ToCurrency(rent)};
+}
+
 std::string NextRentChangeDate(Session& session, std::string_view tenant_code) {
   const Value date = NextRentChange(session, "changedate", tenant_code);
   return IsNull(date) ? "" : session.platform.locale.LongDate(ToDate(date));

@@ -6,12 +6,20 @@
 #include <string>
 #include <string_view>
 
+#include "platform/runtime/currency.h"
+#include "platform/runtime/date.h"
 #include "rental/session.h"
 
 namespace tenora {
 
-// The next rent change from today on: its date as a long date, its rent as currency; empty for
-// none.
+struct RentChange {
+  Date date;
+  Currency rent;
+};
+
+// The next rent change from today on.
+std::optional<RentChange> FindNextRentChange(Session& session, std::string_view tenant_code);
+// Its date as a long date, its rent as currency; empty for none.
 std::string NextRentChangeDate(Session& session, std::string_view tenant_code);
 std::string NextRentChangeValue(Session& session, std::string_view tenant_code);
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 
-#include "letters/nearest_name.h"
 #include "platform/runtime/file_lookup.h"
+#include "platform/runtime/nearest_name.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {

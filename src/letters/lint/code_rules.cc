@@ -4,11 +4,11 @@
 #include <array>
 #include <vector>
 
-#include "letters/nearest_name.h"
 #include "merge/future_dates.h"
 #include "merge/merge_codes.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/nearest_name.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {

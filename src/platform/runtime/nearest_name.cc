@@ -1,4 +1,4 @@
-#include "letters/nearest_name.h"
+#include "platform/runtime/nearest_name.h"
 
 #include <algorithm>
 
