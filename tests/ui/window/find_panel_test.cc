@@ -89,9 +89,61 @@ TEST_F(FindPanelTest, BeginsWithTheSelectionAndLooksOnlyThereWhereItIsOfSeveralL
   Type("txtReplaceWith", "2");
   Find<QPushButton>("cmdReplaceAll")->click();
   EXPECT_EQ(Text(), "one 2\r\n2 three\r\ntwo");
+  // Again in the same words, and the key for the panel does not leave them.
+  panel_.Open();
+  Type("txtFind", "2");
+  Type("txtReplaceWith", "second");
+  QTest::keyClick(Find<QPushButton>("cmdReplaceAll"), Qt::Key_Space);
+  EXPECT_EQ(Text(), "one second\r\nsecond three\r\ntwo");
+  QTest::keyClick(Find<QLineEdit>("txtFind"), Qt::Key_Escape);
+  EXPECT_EQ(Editor().textCursor().selectedText(), "second\u2029second t");
   panel_.SetLetter(nullptr);
   EXPECT_FALSE(Find<QCheckBox>("chkInSelection")->isChecked());
   EXPECT_TRUE(panel_.isHidden());
+  letters_.Active()->letter().members().Changed = false;
+}
+
+TEST_F(FindPanelTest, LeavesWhatIsInsideMergeCodesAndSaysSo) {
+  const struct {
+    const char *letter, *find, *told, *text;
+  } cases[] = {
+      {"rent rent rent <<Rent Due>> <<Rent Paid To>>", "rent",
+       "3 were replaced; 2 inside merge codes were left as they are.",
+       "fee fee fee <<Rent Due>> <<Rent Paid To>>"},
+      {"rent <<Rent Due>> {\\protect rent}", "rent",
+       "1 was replaced; 1 inside a merge code was left as it is. 1 in protected text stayed.",
+       "fee <<Rent Due>> rent"},
+      {"<<Rent Due>>", "rent", "None was replaced; 1 inside a merge code was left as it is.",
+       "<<Rent Due>>"},
+      {"<<Rent Due>>", "<<Rent Due>>", "1 was replaced.", "fee"},
+  };
+  for (const auto& c : cases) {
+    OpenLetter(c.letter);
+    panel_.Open();
+    Type("txtFind", c.find);
+    Type("txtReplaceWith", "fee");
+    QTest::mouseClick(Find<QPushButton>("cmdReplaceAll"), Qt::LeftButton);
+    EXPECT_EQ(Told(), c.told);
+    EXPECT_EQ(Text(), c.text);
+    letters_.Active()->letter().members().Changed = false;
+    letters_.Active()->CloseNow();
+  }
+}
+
+TEST_F(FindPanelTest, GoesOnFromAMergeCodeThatItLeaves) {
+  OpenLetter("<<Rent Due>> rent");
+  panel_.Open();
+  Type("txtFind", "rent");
+  Type("txtReplaceWith", "fee");
+  const auto enter = [&](const char* field) {
+    QTest::keyClick(Find<QLineEdit>(field), Qt::Key_Return);
+  };
+  enter("txtFind");
+  enter("txtReplaceWith");
+  EXPECT_EQ(Told(), "The one inside a merge code was left as it is.");
+  EXPECT_EQ(Editor().textCursor().selectionStart(), 13);
+  enter("txtReplaceWith");
+  EXPECT_EQ(Text(), "<<Rent Due>> fee");
   letters_.Active()->letter().members().Changed = false;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/editor/codes/merge_code_spans.h"
 #include "ui/editor/text/protected_text.h"
 #include "ui/editor/text/text_properties.h"
 
@@ -61,13 +62,22 @@ void LetterSearch::FindInBlock(const QTextBlock& block, const Wanted& wanted,
   const QString part = OneLine(wanted.text).replace(QChar::Nbsp, kPlain);
   if (part.isEmpty() || block.length() <= part.size()) return;
   const BlockText shown(block);
+  std::vector<CodeSpan> codes;
+  if (!part.contains(QLatin1String("<<")) && !part.contains(QLatin1String(">>"))) {
+    codes = FindCodes(shown.text, {});
+    // A "<<" that is never closed is no code.
+    std::erase_if(codes, [](const CodeSpan& code) { return code.length <= 2; });
+  }
+  auto code = codes.begin();
   for (qsizetype at = 0; (at = shown.text.indexOf(part, at, sensitivity)) >= 0;) {
     if (wanted.whole_words && !shown.IsWord(at, part.size())) {
       ++at;
       continue;
     }
     const auto first = shown.positions.begin() + at;
-    places.emplace_back(first, first + part.size());
+    while (code != codes.end() && code->start + code->length <= at) ++code;
+    const bool in_code = code != codes.end() && code->start < at + part.size();
+    places.push_back({std::vector<int>(first, first + part.size()), in_code});
     at += part.size();
   }
 }
@@ -85,7 +95,7 @@ std::vector<LetterSearch::Place> LetterSearch::FindAll(const Wanted& wanted) {
 
 bool LetterSearch::InLimits(const Place& place) const {
   return !limits_ ||
-         (place.front() >= limits_->start.position() && place.back() < limits_->end.position());
+         (place.start() >= limits_->selectionStart() && place.end() <= limits_->selectionEnd());
 }
 
 LetterSearch::Found LetterSearch::Find(const Wanted& wanted, Direction direction, bool wrap) {
@@ -96,17 +106,17 @@ LetterSearch::Found LetterSearch::Find(const Wanted& wanted, Direction direction
   auto place = places.end();
   if (forward) {
     place = std::ranges::find_if(
-        places, [&](const Place& each) { return each.front() >= cursor.selectionEnd(); });
+        places, [&](const Place& each) { return each.start() >= cursor.selectionEnd(); });
   } else {
     const auto after = std::ranges::find_if(
-        places, [&](const Place& each) { return each.back() >= cursor.selectionStart(); });
+        places, [&](const Place& each) { return each.end() > cursor.selectionStart(); });
     if (after != places.begin()) place = std::prev(after);
   }
   const bool wrapped = place == places.end();
   if (wrapped && !wrap) return Found::kNo;
   if (wrapped) place = forward ? places.begin() : std::prev(places.end());
-  cursor.setPosition(place->front());
-  cursor.setPosition(place->back() + 1, QTextCursor::KeepAnchor);
+  cursor.setPosition(place->start());
+  cursor.setPosition(place->end(), QTextCursor::KeepAnchor);
   letter_.control().setTextCursor(cursor);
   letter_.control().ensureCursorVisible();
   return wrapped ? Found::kPastTheEnd : Found::kYes;
@@ -119,19 +129,20 @@ void LetterSearch::Put(QTextCursor& cursor, const Place& place, const QString& w
     cursor.setPosition(position + 1, QTextCursor::KeepAnchor);
     return cursor.charFormat();
   };
-  QTextCharFormat format = format_at(place.front());
+  QTextCharFormat format = format_at(place.start());
   const auto field = SharedProperty<richtext::Field>(format, kFieldProperty);
   // What is only partly in a field is not in it afterwards.
   if (field != nullptr &&
-      SharedProperty<richtext::Field>(format_at(place.back()), kFieldProperty) != field) {
+      SharedProperty<richtext::Field>(format_at(place.end() - 1), kFieldProperty) != field) {
     LetterFormats& formats = letter_.formats();
     format = formats.Char(formats.CharOf(format));
   }
-  for (std::size_t end = place.size(); end > 0;) {
+  const std::vector<int>& at = place.positions;
+  for (std::size_t end = at.size(); end > 0;) {
     std::size_t start = end - 1;
-    while (start > 0 && place[start - 1] + 1 == place[start]) --start;
-    cursor.setPosition(place[start]);
-    cursor.setPosition(place[end - 1] + 1, QTextCursor::KeepAnchor);
+    while (start > 0 && at[start - 1] + 1 == at[start]) --start;
+    cursor.setPosition(at[start]);
+    cursor.setPosition(at[end - 1] + 1, QTextCursor::KeepAnchor);
     if (start > 0) {
       cursor.removeSelectedText();
     } else {
@@ -141,31 +152,34 @@ void LetterSearch::Put(QTextCursor& cursor, const Place& place, const QString& w
   }
 }
 
-bool LetterSearch::Replace(const Wanted& wanted, const QString& with) {
+LetterSearch::Replaced LetterSearch::Replace(const Wanted& wanted, const QString& with) {
   letter_.ShowBox();
   const QTextCursor selected = letter_.control().textCursor();
-  if (!selected.hasSelection()) return false;
+  if (!selected.hasSelection()) return Replaced::kNo;
   std::vector<Place> places;
   FindInBlock(selected.document()->findBlock(selected.selectionStart()), wanted, places);
   const auto place = std::ranges::find_if(places, [&](const Place& each) {
-    return each.front() == selected.selectionStart() && each.back() + 1 == selected.selectionEnd();
+    return each.start() == selected.selectionStart() && each.end() == selected.selectionEnd();
   });
-  if (place == places.end() || !InLimits(*place)) return false;
-  if (!letter_.MayChange(selected.selectionStart(), selected.selectionEnd())) return false;
+  if (place == places.end() || !InLimits(*place)) return Replaced::kNo;
+  if (place->in_code) return Replaced::kInCode;
+  if (!letter_.MayChange(place->start(), place->end())) return Replaced::kNo;
   QTextCursor cursor(selected.document());
   cursor.beginEditBlock();
   Put(cursor, *place, OneLine(with));
   cursor.endEditBlock();
   letter_.control().setTextCursor(cursor);
-  return true;
+  return Replaced::kYes;
 }
 
 LetterSearch::Count LetterSearch::ReplaceAll(const Wanted& wanted, const QString& with) {
   std::vector<Place> places = FindAll(wanted);
   const QTextDocument& document = *letter_.control().document();
   Count count;
+  count.in_code =
+      static_cast<int>(std::erase_if(places, [](const Place& place) { return place.in_code; }));
   count.kept = static_cast<int>(std::erase_if(places, [&](const Place& place) {
-    return TouchesProtected(document, place.front(), place.back() + 1);
+    return TouchesProtected(document, place.start(), place.end());
   }));
   count.replaced = static_cast<int>(places.size());
   if (places.empty()) return count;
@@ -182,7 +196,7 @@ bool LetterSearch::ReplaceText(int start, int end, const QString& with) {
   letter_.ShowBox();
   if (start >= end || !letter_.MayChange(start, end)) return false;
   Place place;
-  for (int position = start; position < end; ++position) place.push_back(position);
+  for (int position = start; position < end; ++position) place.positions.push_back(position);
   QTextCursor cursor(letter_.control().document());
   cursor.beginEditBlock();
   Put(cursor, place, OneLine(with));
@@ -196,14 +210,13 @@ bool LetterSearch::LimitToSelection() {
   QTextEdit& control = letter_.control();
   QTextCursor selected = control.textCursor();
   if (!selected.hasSelection()) return false;
-  limits_.emplace();
-  limits_->start = limits_->end = selected;
-  limits_->start.setPosition(selected.selectionStart());
-  limits_->end.setPosition(selected.selectionEnd());
-  // What is put in at the very start is within.
-  limits_->start.setKeepPositionOnInsert(true);
+  limits_.emplace(selected.document());
+  limits_->setPosition(selected.selectionEnd());
+  limits_->setPosition(selected.selectionStart(), QTextCursor::KeepAnchor);
+  // What is put in at the very start is within. Of a cursor's two ends only its position can stay.
+  limits_->setKeepPositionOnInsert(true);
   QTextEdit::ExtraSelection shown;
-  shown.cursor = selected;
+  shown.cursor = *limits_;
   QColor colour = control.palette().color(QPalette::Highlight);
   colour.setAlpha(60);
   shown.format.setBackground(colour);
@@ -215,6 +228,12 @@ bool LetterSearch::LimitToSelection() {
 
 void LetterSearch::Unlimit() {
   if (!limits_) return;
+  QTextCursor selected = letter_.control().textCursor();
+  if (!selected.hasSelection()) {
+    selected.setPosition(limits_->selectionStart());
+    selected.setPosition(limits_->selectionEnd(), QTextCursor::KeepAnchor);
+    letter_.control().setTextCursor(selected);
+  }
   limits_.reset();
   letter_.control().setExtraSelections({});
 }

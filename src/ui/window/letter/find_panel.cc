@@ -17,6 +17,7 @@ constexpr int kLongestText = 1000;  // characters
 constexpr int kHintLength = 60;
 
 using Found = LetterSearch::Found;
+using Replaced = LetterSearch::Replaced;
 
 QLineEdit* MakeField(const char* name) {
   auto* field = new QLineEdit;
@@ -35,6 +36,20 @@ QPushButton* MakeButton(const char* name, const QString& text) {
   auto* button = new QPushButton(text);
   button->setObjectName(QLatin1String(name));
   return button;
+}
+
+QString ToldOf(const LetterSearch::Count& count) {
+  QString told = count.replaced == 0   ? FindPanel::tr("None was replaced")
+                 : count.replaced == 1 ? FindPanel::tr("1 was replaced")
+                                       : FindPanel::tr("%1 were replaced").arg(count.replaced);
+  if (count.in_code == 1) {
+    told += FindPanel::tr("; 1 inside a merge code was left as it is");
+  } else if (count.in_code > 1) {
+    told += FindPanel::tr("; %1 inside merge codes were left as they are").arg(count.in_code);
+  }
+  told += QLatin1Char('.');
+  if (count.kept > 0) told += FindPanel::tr(" %1 in protected text stayed.").arg(count.kept);
+  return told;
 }
 
 }  // namespace
@@ -124,7 +139,15 @@ void FindPanel::SetLetter(LetterWindow* letter) {
 void FindPanel::Open() {
   if (!letter_) return;
   const QTextCursor cursor = letter_->editor().textCursor();
-  const QString selected = cursor.selectedText();
+  // A selection that is being searched stays so until something else is selected.
+  if (!in_selection_->isChecked() || cursor.hasSelection()) BeginWith(cursor.selectedText());
+  Tell({});
+  show();
+  text_->setFocus(Qt::ShortcutFocusReason);
+  text_->selectAll();
+}
+
+void FindPanel::BeginWith(const QString& selected) {
   const bool lines = selected.contains(QChar::ParagraphSeparator);
   if (!selected.isEmpty() && !lines) {
     text_->setText(selected);
@@ -133,10 +156,6 @@ void FindPanel::Open() {
   }
   in_selection_->setChecked(false);
   if (lines) in_selection_->setChecked(true);
-  Tell({});
-  show();
-  text_->setFocus(Qt::ShortcutFocusReason);
-  text_->selectAll();
 }
 
 void FindPanel::Leave() {
@@ -199,20 +218,22 @@ void FindPanel::Find(Direction direction) {
 
 void FindPanel::Replace() {
   if (!letter_ || text_->text().isEmpty()) return;
-  const bool replaced = letter_->editor().search().Replace(Wanted(), with_->text());
+  const Replaced replaced = letter_->editor().search().Replace(Wanted(), with_->text());
   Find(Direction::kForward);
-  if (replaced && message_->text().isEmpty()) Tell(tr("Replaced; this is the next one."));
+  const QString found = message_->text();
+  if (replaced == Replaced::kYes && found.isEmpty()) Tell(tr("Replaced; this is the next one."));
+  if (replaced == Replaced::kInCode) {
+    Tell(tr("The one inside a merge code was left as it is.") +
+         (found.isEmpty() ? QString() : QLatin1Char(' ') + found));
+  }
 }
 
 void FindPanel::ReplaceAll() {
   if (!letter_ || text_->text().isEmpty()) return;
   letter_->letter().members().SearchText = text_->text().toStdString();
   const LetterSearch::Count count = letter_->editor().search().ReplaceAll(Wanted(), with_->text());
-  if (count.replaced == 0 && count.kept == 0) return ShowNotFound();
-  QString message =
-      count.replaced == 1 ? tr("1 was replaced.") : tr("%1 were replaced.").arg(count.replaced);
-  if (count.kept > 0) message += tr(" %1 in protected text stayed.").arg(count.kept);
-  Tell(message);
+  if (count.replaced + count.kept + count.in_code == 0) return ShowNotFound();
+  Tell(ToldOf(count));
 }
 
 void FindPanel::Limit(bool limit) {

@@ -38,6 +38,7 @@ class FindPanel : public QFrame {
   using Direction = LetterSearch::Direction;
 
   void Build();
+  void BeginWith(const QString& selected);
   LetterSearch::Wanted Wanted() const;
   void Find(Direction direction);
   void Replace();
