@@ -111,13 +111,13 @@ struct ShapeBox {
   int layer = 0;            // what is in a higher one covers what is in a lower
 };
 
-// Where the frame is that a paragraph stands in, twips. Paragraphs of the same frame that follow
-// each other share it.
+// Where the frame is that a paragraph stands in, or a table that floats, twips. Paragraphs of the
+// same frame that follow each other share it.
 struct FramePlace {
   ShapeBox::From x_from = ShapeBox::From::kText, y_from = ShapeBox::From::kText;
   ShapeBox::Align x_align = ShapeBox::Align::kAsSet, y_align = ShapeBox::Align::kAsSet;
   int x = 0, y = 0;
-  int width = 0;             // 0: as wide as its text
+  int width = 0;             // 0: as wide as its text, or as the table
   int height = 0;            // at least; negative: exactly
   int gap_x = 0, gap_y = 0;  // to the text around
   bool text_beside = true;
@@ -244,6 +244,7 @@ struct Row {
   bool header = false;  // \trhdr
   bool right_to_left = false;  // \rtlrow: the first cell is the rightmost
   Alignment alignment = Alignment::kLeft;
+  std::optional<FramePlace> place;  // the table floats where its first row says
   std::vector<Cell> cells;
 };
 

@@ -129,6 +129,58 @@ TEST(Frames, StandInTheirPlaceAndLeaveTheTextRoom) {
   }
 }
 
+std::string TableAt(std::string_view place, int width, int rows) {
+  std::string source;
+  for (int row = 1; row <= rows; ++row) {
+    source.append("\\trowd").append(place).append("\\cellx").append(std::to_string(width));
+    source.append("\\pard\\intbl row").append(std::to_string(row)).append("\\cell\\row ");
+  }
+  return source + "\\pard text\\par ";
+}
+
+TEST(FloatingTables, StandWhereTheyAreSetBesideTheText) {
+  const struct {
+    std::string source;
+    double left, top;            // of the word "row1", from the paper's edges
+    double text_left, text_top;  // of the word "text"
+  } cases[] = {
+      {TableAt("\\tphpg\\tposx6000\\tpvpg\\tposy2000", 3000, 2), 6000, 2000, kInch, kInch},
+      {TableAt("\\tphmrg\\tposxr\\tposyb", 3000, 1), kPageWidth - kInch - 3000,
+       kPageHeight - kInch - 230, kInch, kInch},
+      {TableAt("\\tpvpara\\tphmrg\\tposx100\\tposy1\\tdfrmtxtRight300", 3000, 2), kInch + 100,
+       kInch, kInch + 3400, kInch},
+      {TableAt("\\tpvpara\\tphmrg\\tposnegx-500\\tposy1", 9000, 2), kInch - 500, kInch, kInch,
+       kInch + 2 * 230},
+      {TableAt("\\tphmrg\\tposx100\\tpvpg\\tposy30000", 3000, 1), kInch + 100, kPageHeight - 230,
+       kInch, kInch},
+      {TableAt("\\tphmrg\\tpvpara\\tdfrmtxtLeft180", 3000, 1), kInch, kInch, kInch, kInch + 230},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases) {
+    const Paper paper = PrintSource(c.source, folder);
+    EXPECT_NEAR(paper.Find("row1").left, c.left, 60) << c.source;
+    EXPECT_NEAR(paper.Find("row1").top, c.top, 60) << c.source;
+    EXPECT_NEAR(paper.Find("text").left, c.text_left, 60) << c.source;
+    EXPECT_NEAR(paper.Find("text").top, c.text_top, 60) << c.source;
+  }
+}
+
+// What has no room below its paragraph goes to the next page; what no page has room for is divided.
+TEST(FloatingTables, StayOnThePaper) {
+  constexpr std::string_view kPlace = "\\tpvpara\\tphmrg\\tposx100\\tposy1";
+  std::string lines;
+  for (int i = 0; i < 57; ++i) lines += "line\\par ";
+  const ScratchFolder folder;
+  const Paper late = PrintSource(lines + TableAt(kPlace, 3000, 8), folder);
+  EXPECT_EQ(late.Find("row1").page, 2);
+  EXPECT_NEAR(late.Find("row1").top, kInch, 60);
+  EXPECT_EQ(late.Find("text").page, 2);
+  const Paper tall = PrintSource(TableAt(kPlace, 3000, 90), folder);
+  EXPECT_EQ(tall.Find("row1").page, 1);
+  EXPECT_EQ(tall.Find("row90").page, 2);
+  EXPECT_NEAR(tall.Find("row90").left, kInch + 100, 60);
+}
+
 TEST(Shapes, ThatFillAPageDoNotKeepTheTextOffAllPages) {
   const ScratchFolder folder;
   const Paper paper =

@@ -14,6 +14,9 @@
 namespace tenora::printing {
 namespace {
 
+// A table so near to its own place in the text stands in that, twips.
+constexpr int kNearText = 240;
+
 class Anchor : public Strip {
  public:
   void Draw(QPainter& /*painter*/, QPointF /*corner*/) const override {}
@@ -43,6 +46,49 @@ class FrameContent : public FloatContent {
   double left = 0;  // where the frame begins in the strips
 };
 
+richtext::ShapeBox BoxOf(const richtext::FramePlace& frame) {
+  using Wrap = richtext::ShapeBox::Wrap;
+  richtext::ShapeBox box;
+  box.left = frame.x;
+  box.top = frame.y;
+  box.x_from = frame.x_from;
+  box.y_from = frame.y_from;
+  box.x_align = frame.x_align;
+  box.y_align = frame.y_align;
+  box.wrap = frame.text_beside ? Wrap::kAround : Wrap::kAboveAndBelow;
+  return box;
+}
+
+// Null for a table in the text, and for paragraphs.
+const richtext::Table* FloatingTable(const richtext::Block& block) {
+  const auto* const table = std::get_if<std::shared_ptr<richtext::Table>>(&block);
+  if (table == nullptr || (*table)->rows.empty() || !(*table)->rows.front().place) return nullptr;
+  return table->get();
+}
+
+double WidthOf(const richtext::Row& row) {
+  return row.cells.empty() ? 0 : row.cells.back().right_edge - row.left_edge;
+}
+
+// A table that floats where it would stand anyway, and has no text beside it, goes on on the next
+// page as others do.
+bool StandsInText(const richtext::Table& table, double width) {
+  const richtext::FramePlace& place = *table.rows.front().place;
+  if (place.y_from != richtext::ShapeBox::From::kText || std::abs(place.y) > kNearText)
+    return false;
+  double widest = 0;
+  for (const richtext::Row& row : table.rows) widest = std::max(widest, WidthOf(row));
+  return !TakenAreas::RoomBeside(widest + place.gap_x, width);
+}
+
+// How far to the right of its own place in the text it is then.
+double ShiftInText(const LayoutContext& context, const richtext::Row& row,
+                   const richtext::FramePlace& place, double width) {
+  const Floating placed = PlaceFloating(context, BoxOf(place), QSizeF(WidthOf(row), 0), width);
+  const double x = placed.x_on_paper ? placed.x - context.area.left : placed.x;
+  return place.x_align == richtext::ShapeBox::Align::kAsSet ? x : x - row.left_edge;
+}
+
 }  // namespace
 
 BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Block>& blocks,
@@ -69,7 +115,10 @@ void BlockLayout::BeginSection(double width, std::optional<QPointF> origin) {
 std::optional<BlockStrips> BlockLayout::Next() {
   while (block_ < visible_blocks_) {
     const richtext::Block& block = blocks_[block_];
-    if (const richtext::FramePlace* const frame = FrameOf(block_)) return NextFrame(*frame);
+    const richtext::FramePlace* const frame = block_ < in_text_until_ ? nullptr : FrameOf(block_);
+    if (frame != nullptr) {
+      if (auto strips = NextFrame(*frame)) return strips;
+    }
     if (const auto* paragraph = std::get_if<richtext::Paragraph>(&block)) {
       const bool last = block_ + 1 == blocks_.size();
       if (!last && IsHidden(*paragraph)) {
@@ -85,42 +134,44 @@ std::optional<BlockStrips> BlockLayout::Next() {
   return std::nullopt;
 }
 
-// Null in tables and text boxes: frames stand in the letter and its headers only. A table has the
-// frame of its first paragraph.
+// Null in tables and text boxes: frames stand in the letter and its headers only. A table has its
+// own, or that of its first paragraph.
 const richtext::FramePlace* BlockLayout::FrameOf(std::size_t block) const {
   if (depth_ > 0) return nullptr;
   const richtext::Block* at = &blocks_[block];
   if (const auto* const table = std::get_if<std::shared_ptr<richtext::Table>>(at)) {
     if ((*table)->rows.empty() || (*table)->rows.front().cells.empty()) return nullptr;
-    at = &(*table)->rows.front().cells.front().blocks.front();
+    const richtext::Row& first = (*table)->rows.front();
+    if (first.place) return &*first.place;
+    at = &first.cells.front().blocks.front();
   }
   const auto* const paragraph = std::get_if<richtext::Paragraph>(at);
   return paragraph != nullptr && paragraph->format.frame ? &*paragraph->format.frame : nullptr;
 }
 
-// A strip without height, in which the frame floats.
-BlockStrips BlockLayout::NextFrame(const richtext::FramePlace& frame) {
-  using Wrap = richtext::ShapeBox::Wrap;
-  const std::size_t first = block_;
-  auto anchor = std::make_shared<Anchor>();
-  anchor->begin = position_;
-  while (block_ < visible_blocks_) {
-    const richtext::FramePlace* const next = FrameOf(block_);
+// The blocks from here on that share the frame.
+std::size_t BlockLayout::EndOfFrame(const richtext::FramePlace& frame) const {
+  std::size_t end = block_;
+  while (end < visible_blocks_) {
+    const richtext::FramePlace* const next = FrameOf(end);
     if (next == nullptr || *next != frame) break;
-    position_ += Length(blocks_[block_++]);
+    ++end;
   }
-  anchor->end = position_;
-  const double most = frame.width > 0 ? frame.width : width_;
-  BlockLayout inside(context_, blocks_, most, anchor->begin, depth_ + 1, Ending::kWhole);
-  inside.block_ = first;
-  inside.visible_blocks_ = block_;
+  return end;
+}
+
+// A strip without height, in which the frame floats; none where it stands in the text.
+std::optional<BlockStrips> BlockLayout::NextFrame(const richtext::FramePlace& frame) {
+  const std::size_t end = EndOfFrame(frame);
+  const richtext::Table* const table = FloatingTable(blocks_[block_]);
+  const double most = table != nullptr  ? context_.area.paper_width
+                      : frame.width > 0 ? frame.width
+                                        : width_;
+  BlockLayout inside(context_, blocks_, most, position_, depth_ + 1, Ending::kWhole);
+  inside.block_ = block_;
+  inside.visible_blocks_ = end;
   auto content = std::make_shared<FrameContent>();
-  while (auto block = inside.Next()) {
-    for (auto& strip : block->strips) content->strips.push_back(std::move(strip));
-  }
-  MakeRoom(&content->strips);
-  if (!content->strips.empty())
-    anchor->page_break_before = content->strips.front()->page_break_before;
+  if (table == nullptr || !StandsInText(*table, width_)) content->strips = inside.TakeAll();
   QSizeF size(most, 0);
   double left = most, right = 0;
   for (const auto& strip : content->strips) {
@@ -129,6 +180,10 @@ BlockStrips BlockLayout::NextFrame(const richtext::FramePlace& frame) {
     left = std::min(left, strip->ink_left);
     right = std::max(right, strip->ink_right);
   }
+  if (content->strips.empty() || size.height() > context_.page_height) {
+    in_text_until_ = end;
+    return std::nullopt;
+  }
   if (frame.width == 0 && right > left) {
     content->left = left;
     size.setWidth(right - left);
@@ -136,21 +191,38 @@ BlockStrips BlockLayout::NextFrame(const richtext::FramePlace& frame) {
     size.setWidth(0);
   }
   size.setHeight(std::max<double>(size.height(), std::abs(frame.height)) + frame.gap_y);
-  richtext::ShapeBox box;
-  box.left = frame.x;
-  box.top = frame.y;
-  box.x_from = frame.x_from;
-  box.y_from = frame.y_from;
-  box.x_align = frame.x_align;
-  box.y_align = frame.y_align;
-  box.wrap = frame.text_beside ? Wrap::kAround : Wrap::kAboveAndBelow;
-  anchor->floating.push_back(PlaceFloating(context_, box, size, width_));
-  anchor->floating.back().content = std::move(content);
-  if (anchor->page_break_before) StartPage();
-  taken_.Add(anchor->floating.back(), QPointF(0, y_));
+  auto anchor = std::make_shared<Anchor>();
+  anchor->begin = position_;
+  for (; block_ < end; ++block_) position_ += Length(blocks_[block_]);
+  anchor->end = position_;
+  anchor->page_break_before = content->strips.front()->page_break_before;
+  Floating placed = PlaceFloating(context_, BoxOf(frame), size, width_);
+  if (table != nullptr) {
+    placed.gap = frame.gap_x;
+    if (frame.x_align == richtext::ShapeBox::Align::kAsSet) placed.x += left;
+  }
+  placed.content = std::move(content);
+  if (placed.y_on_paper) {
+    const double lowest = context_.area.paper_height - placed.height + frame.gap_y;
+    placed.y = std::max(std::min(placed.y, lowest), 0.0);
+  }
+  const bool ends_page = !placed.y_on_paper && y_ + placed.y + placed.height > context_.page_height;
+  if (anchor->page_break_before || ends_page) StartPage();
+  taken_.Add(placed, QPointF(0, y_));
+  anchor->floating.push_back(std::move(placed));
   BlockStrips strips;
   strips.keep_with_next = true;
   strips.strips.push_back(std::move(anchor));
+  return strips;
+}
+
+// All strips of the blocks that are left.
+Strips BlockLayout::TakeAll() {
+  Strips strips;
+  while (auto block = Next()) {
+    for (auto& strip : block->strips) strips.push_back(std::move(strip));
+  }
+  MakeRoom(&strips);
   return strips;
 }
 
@@ -219,7 +291,10 @@ std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
     return std::nullopt;
   }
   const std::size_t count = RowsTogether(table, row_);
-  BlockStrips rows = LayOutRows(context_, table, row_, count, {width_, position_, depth_});
+  const richtext::Row& first = table.rows.front();
+  std::optional<double> shift;
+  if (depth_ == 0 && first.place) shift = ShiftInText(context_, first, *first.place, width_);
+  BlockStrips rows = LayOutRows(context_, table, row_, count, {width_, position_, depth_, shift});
   for (std::size_t i = 0; i < count; ++i, ++row_) {
     header_open_ = header_open_ && table.rows[row_].header;
     if (header_open_) header_->push_back(rows.strips[i]);

@@ -34,7 +34,9 @@ class BlockLayout {
 
  private:
   const richtext::FramePlace* FrameOf(std::size_t block) const;
-  BlockStrips NextFrame(const richtext::FramePlace& frame);
+  std::optional<BlockStrips> NextFrame(const richtext::FramePlace& frame);
+  std::size_t EndOfFrame(const richtext::FramePlace& frame) const;
+  Strips TakeAll();
   BlockStrips NextParagraph(const richtext::Paragraph& paragraph);
   std::optional<BlockStrips> NextRows(const richtext::Table& table);
   bool EndsCellBehindTable(std::size_t block) const;
@@ -51,6 +53,7 @@ class BlockLayout {
   int position_;
   int depth_;
   std::size_t block_ = 0, row_ = 0, visible_blocks_ = 0;
+  std::size_t in_text_until_ = 0;  // of blocks whose frame has no room on a page
   std::shared_ptr<Strips> header_;
   bool header_open_ = false;  // the table's rows so far are all header rows
   richtext::ListCounter numbers_;

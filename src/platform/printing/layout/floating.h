@@ -15,10 +15,14 @@ class FloatContent {
   virtual void Draw(QPainter& painter, QPointF corner) const = 0;
 };
 
+// Between what floats and the text beside it.
+inline constexpr double kUsualGap = 115;
+
 struct Floating {
   double x = 0, y = 0;  // from the left top corner of the strip it belongs to
   bool x_on_paper = false, y_on_paper = false;  // from the paper's instead, the painter's origin
   double width = 0, height = 0;
+  double gap = kUsualGap;  // to the text beside it
   bool behind = false;  // the text
   int layer = 0;        // what is in a higher one is drawn later
   richtext::ShapeBox::Wrap wrap = richtext::ShapeBox::Wrap::kNone;

@@ -13,7 +13,7 @@ namespace tenora::printing {
 namespace {
 
 constexpr int kMostColumns = 45;
-constexpr int kUsualGap = 720;
+constexpr int kUsualColumnGap = 720;
 constexpr double kNarrowest = 300;
 constexpr double kThinLine = 10;
 constexpr int kBalanceSteps = 16;
@@ -73,7 +73,7 @@ ColumnSetup ColumnsOf(const richtext::PageSetup& page, double text_width) {
     setup.width = narrowest;
     return setup;
   }
-  const double gap = std::max(0, richtext::PageWord(page, "colsx").value_or(kUsualGap));
+  const double gap = std::max(0, richtext::PageWord(page, "colsx").value_or(kUsualColumnGap));
   const double width = (text_width - gap * (count - 1)) / count;
   if (width < kNarrowest) return setup;
   for (int i = 1; i < count; ++i) setup.left.push_back(i * (width + gap));
@@ -185,6 +185,13 @@ double PageColumns::FindTop(Strip* strip) {
   if (empty_ && free + strip->height > bottom_ + kSlack) return top;
   strip->MoveBelowFloating(free - top);
   return free;
+}
+
+bool PageColumns::FloatsOffEnd(const Strip& strip) const {
+  return std::ranges::any_of(strip.floating, [&](const Floating& one) {
+    return !one.y_on_paper && one.wrap != richtext::ShapeBox::Wrap::kNone &&
+           Top(strip) + one.y + one.height > bottom_ + kSlack && one.height <= ColumnHeight();
+  });
 }
 
 void PageColumns::GiveBack(Strip* strip, double top) {

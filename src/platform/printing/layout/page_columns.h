@@ -59,6 +59,8 @@ class PageColumns {
   // The strip's place below the last one and below what floats there. What floats in the strip
   // itself takes its room.
   double FindTop(Strip* strip);
+  // Whether something in the strip would run off the column's end that the next one has room for.
+  bool FloatsOffEnd(const Strip& strip) const;
   // The strip is not placed there after all.
   void GiveBack(Strip* strip, double top);
   // `begins`: it is the first of a paragraph or of a table's row.

@@ -414,6 +414,9 @@ PageLayout::Outcome PageLayout::PlaceNext() {
   if (!columns_->column_empty() && together && !front.started && WantsNextColumn(columns_->Left()))
     return Outcome::kColumnFull;
   if (!columns_->column_empty() && LeavesLineAlone()) return Outcome::kColumnFull;
+  // What only holds a frame or a table that floats.
+  if (!columns_->column_empty() && strip->height <= 0 && columns_->FloatsOffEnd(*strip))
+    return Outcome::kColumnFull;
 
   const double top = columns_->FindTop(strip.get());
   const double available_height = columns_->bottom() - top;

@@ -200,14 +200,15 @@ void ParagraphLayout::StartLine() {
   line_->frame = frame_;
   line_->column_break_before = column_break_;
   page_break_ = column_break_ = false;
+  has_picture_ = justified_ = false;
   if (place_.taken != nullptr) {
-    const double height = context_.fonts->Use(paragraph_.mark).size;
+    const FontUse& use = context_.fonts->Use(paragraph_.mark);
+    const double height = LineHeight(use.ascent + use.descent + use.leading);
     std::tie(left_, right_) = place_.taken->Beside(widest_left_, widest_right_, y_, height);
   }
   x_ = left_ + (lines_.empty() ? format_.first_indent : 0);
   content_end_ = x_;
   ascent_ = descent_ = leading_ = 0;
-  has_picture_ = justified_ = false;
   widths_.clear();
 }
 

@@ -40,9 +40,11 @@ std::vector<CellPlace> PlacesOf(const Row& row, const LayoutContext& context,
   const double wanted = std::max(place.width - indent, kNarrowestCell);
   const double scale = own_width > std::max(most - indent, wanted) ? wanted / own_width : 1;
 
-  double origin = row.left_edge;
-  if (row.alignment == richtext::Alignment::kCentre) origin = (place.width - scale * own_width) / 2;
-  if (row.alignment == richtext::Alignment::kRight) origin = place.width - scale * own_width;
+  double origin = row.left_edge + place.shift.value_or(0);
+  if (!place.shift && row.alignment == richtext::Alignment::kCentre)
+    origin = (place.width - scale * own_width) / 2;
+  if (!place.shift && row.alignment == richtext::Alignment::kRight)
+    origin = place.width - scale * own_width;
   double left = origin;
   for (std::size_t i = 0; i < row.cells.size();) {
     std::size_t next = i + 1;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 
 #include "platform/printing/layout/paragraph_layout.h"
 #include "platform/printing/layout/strip.h"
@@ -16,6 +17,8 @@ struct TablePlace {
   double width = 0;  // of the text area
   int position = 0;  // of the first row's first character
   int depth = 0;     // tables around this one
+  // To the right of where the rows stand by themselves, whatever their alignment.
+  std::optional<double> shift = std::nullopt;
 };
 
 // The number of rows from `first` on that vertically merged cells tie together.

@@ -5,9 +5,8 @@
 namespace tenora::printing {
 namespace {
 
-constexpr double kSlack = 1;  // rounding
-// Text beside something stands so far from it, and needs so much room.
-constexpr double kGap = 115, kNarrowest = 1440;
+constexpr double kSlack = 1;         // rounding
+constexpr double kNarrowest = 1440;  // that text beside something needs
 // On one page; text makes no room for more, since every line looks at all of them.
 constexpr std::size_t kMostAreas = 64;
 
@@ -21,8 +20,10 @@ void TakenAreas::Add(const Floating& floating, QPointF corner) {
   const QPointF origin = origin_.value_or(QPointF());
   const QPointF at = floating.Corner(corner + origin) - origin;
   areas_.push_back({at.x(), at.x() + floating.width, at.y(), at.y() + floating.height,
-                    floating.wrap == Wrap::kAboveAndBelow});
+                    floating.wrap == Wrap::kAboveAndBelow, floating.gap});
 }
+
+bool TakenAreas::RoomBeside(double taken, double whole) { return whole - taken >= kNarrowest; }
 
 double TakenAreas::FreeBelow(const Strip& strip, QPointF corner) const {
   double top = corner.y();
@@ -47,9 +48,9 @@ std::pair<double, double> TakenAreas::Beside(double left, double right, double y
     if (area.whole_width || area.bottom <= y + kSlack || area.top >= y + height - kSlack) continue;
     if (area.right <= from || area.left >= to) continue;
     if (area.left - from > to - area.right) {
-      to = area.left - kGap;
+      to = area.left - area.gap;
     } else {
-      from = area.right + kGap;
+      from = area.right + area.gap;
     }
   }
   return to - from < std::min(kNarrowest, right - left) ? std::pair(left, right)

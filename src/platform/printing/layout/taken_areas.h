@@ -21,6 +21,8 @@ class TakenAreas {
   void Add(const Floating& floating, QPointF corner);
   // The first height from `corner` downwards where nothing of the strip is in a taken area.
   double FreeBelow(const Strip& strip, QPointF corner) const;
+  // Whether text can stand beside what takes so much of a line's whole width.
+  static bool RoomBeside(double taken, double whole);
   // The part of [left, right] where a line of this height can stand beside what is taken; all of it
   // where too little is free.
   std::pair<double, double> Beside(double left, double right, double y, double height) const;
@@ -29,6 +31,7 @@ class TakenAreas {
   struct Area {
     double left = 0, right = 0, top = 0, bottom = 0;
     bool whole_width = false;
+    double gap = 0;  // to the text beside it
   };
   std::optional<QPointF> origin_;
   std::vector<Area> areas_;

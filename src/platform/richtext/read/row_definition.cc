@@ -86,6 +86,57 @@ Padding CellPadding::EndCell() {
   return {length(0), length(1), length(2), length(3)};
 }
 
+void TablePosition::Take(const Token& word) {
+  using From = ShapeBox::From;
+  using Align = ShapeBox::Align;
+  static const std::unordered_map<std::string_view, From> kX{
+      {"tphcol", From::kText}, {"tphmrg", From::kMargin}, {"tphpg", From::kPage}};
+  static const std::unordered_map<std::string_view, From> kY{
+      {"tpvpara", From::kText}, {"tpvmrg", From::kMargin}, {"tpvpg", From::kPage}};
+  static const std::unordered_map<std::string_view, Align> kAcross{{"tposxl", Align::kStart},
+                                                                   {"tposxi", Align::kStart},
+                                                                   {"tposxc", Align::kCentre},
+                                                                   {"tposxr", Align::kEnd},
+                                                                   {"tposxo", Align::kEnd}};
+  static const std::unordered_map<std::string_view, Align> kDown{{"tposyt", Align::kStart},
+                                                                 {"tposyin", Align::kStart},
+                                                                 {"tposyc", Align::kCentre},
+                                                                 {"tposyb", Align::kEnd},
+                                                                 {"tposyout", Align::kEnd}};
+  const std::string_view name = word.text;
+  const int length = std::clamp(word.param, -kLargestPage, kLargestPage);
+  if (name == "tdfrmtxtLeft" || name == "tdfrmtxtRight")
+    set_.gap_x = std::max(set_.gap_x, length);
+  else if (name == "tdfrmtxtBottom")
+    set_.gap_y = std::max(0, length);
+  else if (name == "tposx" || name == "tposnegx")
+    set_.x = length;
+  else if (name == "tposy" || name == "tposnegy")
+    SetHeight(Align::kAsSet, length);
+  else if (const auto x = kX.find(name); x != kX.end())
+    set_.x_from = x->second;
+  else if (const auto across = kAcross.find(name); across != kAcross.end())
+    set_.x_align = across->second;
+  else if (const auto down = kDown.find(name); down != kDown.end())
+    SetHeight(down->second, 0);
+  else if (const auto y = kY.find(name); y != kY.end()) {
+    set_.y_from = y->second;
+    y_from_named_ = true;
+  } else {
+    return;
+  }
+  const bool placed =
+      set_.x != 0 || set_.y != 0 || set_.x_align != Align::kAsSet || set_.y_align != Align::kAsSet;
+  place_ = placed ? std::optional(set_) : std::nullopt;
+}
+
+// Heights that are not relative to anything are so to the margin.
+void TablePosition::SetHeight(ShapeBox::Align align, int y) {
+  set_.y_align = align;
+  set_.y = y;
+  if (!y_from_named_) set_.y_from = ShapeBox::From::kMargin;
+}
+
 bool RowDefinition::Take(const Token& word, ColourTable& colours) {
   const std::string_view name = word.text;
   if (name == "trowd") {
@@ -119,6 +170,7 @@ bool RowDefinition::Take(const Token& word, ColourTable& colours) {
 void RowDefinition::TakeRowWord(const Token& word) {
   in_border_ = word.text.starts_with("trbrdr");
   if (in_border_) edge_ = nullptr;
+  position_.Take(word);
   const int length = std::clamp(word.param, -kWidestTable, kWidestTable);
   if (word.text == "trleft")
     row_.left_edge = length;
@@ -196,6 +248,7 @@ void RowDefinition::EndCell(const Token& word, ColourTable& colours) {
 void RowDefinition::Apply(Row* row) const {
   std::vector<Cell> content = std::move(row->cells);
   *row = row_;
+  row->place = position_.place();
   row->definition = started() ? source_ : "\\trowd";
   while (row->cells.size() < content.size()) {
     Cell cell;

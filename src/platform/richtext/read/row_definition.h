@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 
 #include "platform/richtext/document.h"
@@ -28,6 +29,21 @@ class CellPadding {
   Sides row_, cell_;
 };
 
+// The words that make a table float: \tphpg\tposx1134\tpvpara\tposy720\tdfrmtxtLeft180.
+class TablePosition {
+ public:
+  void Take(const Token& word);
+  // Nothing for words that leave the table where it is.
+  const std::optional<FramePlace>& place() const { return place_; }
+
+ private:
+  void SetHeight(ShapeBox::Align align, int y);
+
+  FramePlace set_;
+  bool y_from_named_ = false;
+  std::optional<FramePlace> place_;
+};
+
 class RowDefinition {
  public:
   // Takes a word that defines rows or cells; false for any other word. Border words are taken after
@@ -50,6 +66,7 @@ class RowDefinition {
   Row row_;              // cells without blocks
   Cell cell_;
   CellPadding padding_;
+  TablePosition position_;
   bool in_border_ = false;
   Border Cell::*edge_ = nullptr;  // null for a row's border
   int pattern_colour_ = 0;        // of the cell's shading; 0 is black
