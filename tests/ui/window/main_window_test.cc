@@ -146,7 +146,7 @@ TEST_F(MainWindow, NamesTheLetterAndThePersonInItsTitleAndTheTab) {
   const QString letter = "Rent review - " + QString::fromStdString(tenant.KeyName);
   expect(letter);
   QTest::keyClick(&window_->desk().Active()->editor(), Qt::Key_X);
-  expect(letter + "*");
+  expect("*" + letter);
   Trigger("mnuSave");
   expect(letter);
   window_->letters().OpenFile(data / "Templates/Notice [*].rtf");

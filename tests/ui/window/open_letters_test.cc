@@ -263,7 +263,7 @@ TEST_F(OpenLettersTest, WritesTheLettersOfTheFolderThatTheInsertListIsNamedFor) 
   letters_.WithActive([](frmLetter& letter) { letter.SaveAs(); });
   EXPECT_THAT(platform_.dialogs.Texts(), ElementsAre("Enter the name for this Cheque"));
   EXPECT_TRUE(std::filesystem::exists(Data() / "Cheque/Trust account.rtf"));
-  EXPECT_EQ(letters_.Active()->windowTitle().toStdString(), "Trust account : Cheque[*]");
+  EXPECT_EQ(letters_.Active()->windowTitle().toStdString(), "[*]Trust account : Cheque");
 }
 
 }  // namespace

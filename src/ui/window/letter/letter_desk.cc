@@ -133,7 +133,8 @@ void LetterDesk::ShowAsTabs(bool tabs) {
   if (!tabs) return;
   if (auto* bar = area_->findChild<QTabBar*>()) {
     bar->setExpanding(false);
-    bar->setElideMode(Qt::ElideRight);
+    // Shortened, many names would be one letter each; the bar scrolls instead.
+    bar->setElideMode(Qt::ElideNone);
     bar->setAccessibleName(tr("Open letters"));
   }
 }

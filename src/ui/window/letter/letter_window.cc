@@ -96,8 +96,9 @@ QString LetterWindow::ShownName() const {
 void LetterWindow::ShowCaption() {
   if (!letter_.members().Changed) editor().MarkSaved();
   // In a title, "[*]" is where Qt marks what is changed, and "[*][*]" is that text itself.
-  setWindowTitle(ShownName().replace(QLatin1String("[*]"), QLatin1String("[*][*]")) +
-                 QStringLiteral("[*]"));
+  // The mark is in front, where neither a narrow tab nor a long title cuts it off.
+  setWindowTitle(QStringLiteral("[*]") +
+                 ShownName().replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
   setWindowModified(letter_.members().Changed);
   emit CaptionChanged();
 }
