@@ -187,18 +187,32 @@ TEST_F(Tree, FindsWithoutAccentsAndInFoldersThatWereNeverOpenedAndCountsWhatItSh
   EXPECT_TRUE(hint->isHidden());
 }
 
-TEST_F(Tree, PicksAnOpenTenancyWithEnterBeforeAClosedOne) {
+TEST_F(Tree, PicksTheVeryNameWithEnterAndThenAnOpenTenancyBeforeAClosedOne) {
   session_.caches.Tenants[1].KeyName = "Jo Greenwood";  // closed, and above the others
+  TenantRecord same;
+  same.Reference = "T4";
+  same.KeyName = "Bo Gréen";
+  same.Closed = true;
+  session_.caches.Tenants.push_back(same);
+  session_.caches.Owners[0].Name = "Rent";
   Save("Jo Greenwood/Welcome.rtf");
+  Save("Templates/Rent review.rtf");
+  Save("Templates/Rent.rtf");
   tree_.RefreshTree();
   auto* search = tree_.findChild<QLineEdit*>("txtTreeSearch");
-  const std::pair<const char*, const char*> cases[] = {
-      {"green", "Jo Green"}, {"greenwood", "Jo Greenwood"}, {"notice", "Notice"}};
-  for (const auto& [typed, picked] : cases) {
-    search->setText(typed);
+  const struct {
+    const char *typed, *picked;
+    bool closed;
+  } cases[] = {{"green", "Jo Green", false},    {"greenwood", "Jo Greenwood", true},
+               {"notice", "Notice", false},     {"ren", "Rent", false},
+               {"rent", "Rent", false},         {" RÉNT  review", "Rent review", false},
+               {"bo green", "Bo Green", false}, {"jo gréenwood", "Jo Greenwood", true}};
+  for (const auto& c : cases) {
+    search->setText(QString::fromUtf8(c.typed));
     QTest::keyClick(search, Qt::Key_Return);
-    ASSERT_NE(tree_.Current(), nullptr) << typed;
-    EXPECT_EQ(tree_.Current()->name, picked) << typed;
+    ASSERT_NE(tree_.Current(), nullptr) << c.typed;
+    EXPECT_EQ(tree_.Current()->name, c.picked) << c.typed;
+    EXPECT_EQ(tree_.Current()->closed, c.closed) << c.typed;
   }
 }
 

@@ -149,14 +149,19 @@ bool ctlTree::eventFilter(QObject* object, QEvent* event) {
 }
 
 void ctlTree::SelectFirstFound() {
-  QModelIndex closed;  // the fold of closed tenancies is above the open ones
-  for (QModelIndex at = filter_.index(0, 0); at.isValid(); at = view_->indexBelow(at)) {
+  QModelIndex best;
+  int best_rank = 4;
+  for (QModelIndex at = filter_.index(0, 0); at.isValid() && best_rank > 0;
+       at = view_->indexBelow(at)) {
     const Entry& entry = *model_.EntryAt(Source(at));
     if (!filter_.IsHit(entry)) continue;
-    if (!entry.closed) return view_->setCurrentIndex(at);
-    if (!closed.isValid()) closed = at;
+    // The fold of closed tenancies is above the open ones.
+    const int rank = (filter_.IsName(entry) ? 0 : 2) + (entry.closed ? 1 : 0);
+    if (rank >= best_rank) continue;
+    best = at;
+    best_rank = rank;
   }
-  if (closed.isValid()) view_->setCurrentIndex(closed);
+  if (best.isValid()) view_->setCurrentIndex(best);
 }
 
 void ctlTree::Hold(bool hold) {

@@ -56,6 +56,7 @@ class ctlTree : public QWidget {
   void FindLetters();
   void ListFound(const QStringList& keys);
   void TellWhatIsFound();
+  // One of just this name before others, and an open tenancy before a closed one.
   void SelectFirstFound();
   void ExpandGroupsAndFolds();
   // Shows the letters of recipients who were found by these alone.

@@ -35,6 +35,10 @@ bool TreeFilter::IsHit(const TreeModel::Entry& entry) const {
   }
 }
 
+bool TreeFilter::IsName(const TreeModel::Entry& entry) const {
+  return SearchWords(entry.name.toStdString()) == words_;
+}
+
 bool TreeFilter::filterAcceptsRow(int row, const QModelIndex& parent) const {
   if (words_.empty()) return true;
   return IsHit(*model_.EntryAt(model_.index(row, 0, parent)));

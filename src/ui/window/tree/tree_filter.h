@@ -24,6 +24,8 @@ class TreeFilter : public QSortFilterProxyModel {
   // True for a template, recipient or letter that was searched for by its own name; groups, and
   // recipients who are only shown because of their letters, are none.
   bool IsHit(const TreeModel::Entry& entry) const;
+  // Whether the search is the whole of the entry's own name.
+  bool IsName(const TreeModel::Entry& entry) const;
 
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
