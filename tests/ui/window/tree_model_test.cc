@@ -216,6 +216,26 @@ TEST_F(Tree, PicksTheVeryNameWithEnterAndThenAnOpenTenancyBeforeAClosedOne) {
   }
 }
 
+TEST_F(Tree, ShortensANameBeforeItsCount) {
+  tree_.resize(150, 400);
+  tree_.show();
+  QTreeView& view = tree_.view();
+  for (const char* name : {"Owner Templates", "Tenants"}) {
+    const QModelIndex group = view.model()->match(view.model()->index(0, 0), Qt::DisplayRole,
+                                                  QString::fromLatin1(name))[0];
+    const QImage row = view.viewport()->grab(view.visualRect(group)).toImage();
+    const QString count = group.data(TreeModel::kCountRole).toString();
+    const int digits = view.fontMetrics().horizontalAdvance(count);
+    // Nothing is drawn beside the count, which is at the right.
+    const int behind = row.width() - 8 - digits;
+    for (int x = behind - 6; x < behind - 1; ++x) {
+      for (int y = 0; y < row.height(); ++y) {
+        ASSERT_EQ(row.pixel(x, y), row.pixel(behind - 1, 0)) << name << ": " << x << "," << y;
+      }
+    }
+  }
+}
+
 TEST_F(Tree, WaitsWhileWorkMayBeChangingTheCaches) {
   tree_.Hold(true);
   session_.caches.Tenants.clear();

@@ -16,24 +16,33 @@ namespace {
 constexpr int kRefreshDelay = 250;  // milliseconds: a batch saves many letters at once
 constexpr int kFindDelay = 200;     // milliseconds: until typing has paused
 constexpr int kHintLength = 60;     // characters of the search text
+constexpr int kBesideCount = 8;     // pixels, on either side of a count
 
-// Draws the count after a name, fainter than the name.
+// Draws the count after a name, fainter than the name, which is shortened before it reaches it.
 class CountDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
-    QStyledItemDelegate::paint(painter, option, index);
-    const QVariant count = index.data(TreeModel::kCountRole);
-    if (!count.isValid()) return;
+    const QString count = index.data(TreeModel::kCountRole).toString();
+    if (count.isEmpty()) return QStyledItemDelegate::paint(painter, option, index);
+    QStyleOptionViewItem shown = option;
+    initStyleOption(&shown, index);
+    const QStyle& style = *option.widget->style();
+    const int margin = style.pixelMetric(QStyle::PM_FocusFrameHMargin, &shown, shown.widget) + 1;
+    const int name_width =
+        style.subElementRect(QStyle::SE_ItemViewItemText, &shown, shown.widget).width() -
+        2 * margin - option.fontMetrics.horizontalAdvance(count) - 2 * kBesideCount;
+    shown.text = shown.fontMetrics.elidedText(shown.text, shown.textElideMode, name_width);
+    style.drawControl(QStyle::CE_ItemViewItem, &shown, painter, shown.widget);
     const QPalette::ColorRole role = option.state & QStyle::State_Selected
                                          ? QPalette::HighlightedText
                                          : QPalette::PlaceholderText;
     painter->setPen(option.palette.color(role));
     painter->setFont(option.font);
-    painter->drawText(option.rect.adjusted(0, 0, -8, 0), Qt::AlignRight | Qt::AlignVCenter,
-                      count.toString());
+    painter->drawText(option.rect.adjusted(0, 0, -kBesideCount, 0),
+                      Qt::AlignRight | Qt::AlignVCenter, count);
   }
 
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
