@@ -29,6 +29,10 @@ TEST(CodePages, ReadBytesByDocumentAndFont) {
       {"\\ansi", "\\fcharset134", "\\'d6\\'d0\\'b9\\'fa", "中国"},
       {"\\ansi", "\\fcharset136", "\\'a4\\'a4", "中"},
       {"\\ansi", "\\fcharset129", "\\'c7\\'d1", "한"},
+      {"\\ansi\\ansicpg65001", "", "\\'c3\\'a9 \xe2\x82\xac \\'f0\\'9f\\'98\\'80", "é € 😀"},
+      // No UTF-8: read as 1252.
+      {"\\ansi\\ansicpg65001", "", "\\'e9t\\'e9 \\'e2\\'82x", "été â‚x"},
+      {"\\ansi\\ansicpg65001", "", "\\'ed\\'a0\\'80\\'c0\\'af", "\ufffdÀ¯"},
       {"\\mac", "", "\\'8e\\'d2", "é“"},
       {"\\pc", "", "\\'82", "é"},
       {"\\pca", "", "\\'9b", "ø"},

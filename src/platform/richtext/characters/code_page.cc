@@ -87,7 +87,7 @@ CodePage::CodePage(int number) : number_(number) {
   } else if (number_ != kDefaultCodePage && ConverterName(number_) != nullptr) {
     FillFromConverter();
   } else {
-    number_ = kDefaultCodePage;
+    if (number_ != kUtf8CodePage) number_ = kDefaultCodePage;
     for (std::size_t i = 0; i < kWindows1252.size(); ++i) single_[0x80 + i] = kWindows1252[i];
   }
   for (unsigned byte = 0x80; byte < 256; ++byte) {
@@ -150,7 +150,9 @@ const CodePage& CodePages::Get(int number) {
   return *page;
 }
 
-bool IsKnownCodePage(int number) { return ConverterName(number) != nullptr; }
+bool IsKnownCodePage(int number) {
+  return number == kUtf8CodePage || ConverterName(number) != nullptr;
+}
 
 int CodePageOfCharset(int charset, int document_code_page) {
   const auto* found = std::ranges::find(kCharsets, charset, &CharsetEntry::charset);

@@ -18,6 +18,8 @@ namespace tenora::richtext {
 // the characters U+F080 to U+F0FF, as word processors write them.
 inline constexpr int kSymbolCodePage = 42;
 inline constexpr int kDefaultCodePage = 1252;
+// UTF-8. Bytes that are no UTF-8 read as 1252, which is also what Encode gives.
+inline constexpr int kUtf8CodePage = 65001;
 // The character set of such fonts.
 inline constexpr int kSymbolCharset = 2;
 

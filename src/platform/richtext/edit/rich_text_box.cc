@@ -43,12 +43,11 @@ std::string DecodeUtf16(std::string_view bytes, bool big_endian) {
 }
 
 std::string DecodeBytes(std::string_view bytes, const richtext::CodePage& page) {
-  std::string text;
+  std::u32string characters;
   richtext::ByteDecoder decoder;
-  for (const char c : bytes) {
-    if (const auto character = decoder.Take(static_cast<unsigned char>(c), page))
-      AppendUtf8(text, *character);
-  }
+  for (const char c : bytes) decoder.Take(static_cast<unsigned char>(c), page, &characters);
+  std::string text;
+  for (const char32_t character : characters) AppendUtf8(text, character);
   return text;
 }
 

@@ -37,7 +37,7 @@ bool CharacterReader::Skip(Token* token) {
 std::u32string CharacterReader::TakeByte(unsigned char byte, const CodePage& page) {
   std::u32string characters;
   if (surrogate_pending()) characters = Flush();
-  if (const auto character = decoder_.Take(byte, page)) characters += *character;
+  decoder_.Take(byte, page, &characters);
   return characters;
 }
 

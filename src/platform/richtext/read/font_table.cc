@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/richtext/characters/byte_decoder.h"
@@ -31,17 +31,22 @@ std::string DecodeName(std::u32string_view name, const CodePage& page) {
   std::string text;
   ByteDecoder decoder;
   int length = 0;
+  std::u32string decoded;
   for (const char32_t unit : name) {
-    std::optional<char32_t> decoded = unit;
+    decoded.clear();
     // An escaped brace or backslash may be the second byte of a pair.
-    if (unit >= kByte || (decoder.pending() && unit < 0x80))
-      decoded = decoder.Take(static_cast<unsigned char>(unit & 0xff), page);
-    else
+    if (unit >= kByte || (decoder.pending() && unit < 0x80)) {
+      decoder.Take(static_cast<unsigned char>(unit & 0xff), page, &decoded);
+    } else {
       decoder.Reset();
-    const char32_t character = decoded ? CleanCharacter(*decoded) : 0;
-    if (character < 0x20 || character == ';' || length == kLongestName) continue;
-    AppendUtf8(text, character);
-    ++length;
+      decoded = unit;
+    }
+    for (const char32_t one : decoded) {
+      const char32_t character = CleanCharacter(one);
+      if (character < 0x20 || character == ';' || length == kLongestName) continue;
+      AppendUtf8(text, character);
+      ++length;
+    }
   }
   return std::string(TrimBlanks(text));
 }

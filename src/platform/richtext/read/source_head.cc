@@ -21,7 +21,7 @@ SourceHead ReadHead(std::string_view source) {
       for (const char c : token.text) fonts.Byte(static_cast<unsigned char>(c));
     }
     if (token.kind != Token::Kind::kWord) continue;
-    if (token.text == "ansicpg" && IsKnownCodePage(token.param)) {
+    if (token.text == "ansicpg" && IsKnownCodePage(token.param) && token.param != kUtf8CodePage) {
       head.code_page = token.param;
       fonts.SetDocumentCodePage(token.param);
     }
