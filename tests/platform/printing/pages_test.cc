@@ -97,6 +97,11 @@ TEST_F(Pages, BreakWhereTheAuthorSaid) {
   EXPECT_THAT(paper.PageText(1), StartsWith("first\n"));
   EXPECT_THAT(paper.PageText(2), StartsWith("second\n"));
   EXPECT_THAT(paper.PageText(3), StartsWith("third\nwith it\n"));
+  // A break at the very beginning leaves a page empty, a paragraph on a new page does not.
+  const Paper second = PrintTenLinePages({Line("\fsecond")});
+  ASSERT_EQ(second.Pages(), 2);
+  EXPECT_THAT(second.PageText(2), StartsWith("second\n"));
+  EXPECT_EQ(PrintTenLinePages({Line("first", before)}).Pages(), 1);
 }
 
 TEST_F(Pages, SpendNoSheetOnEmptyParagraphsAtTheEnd) {

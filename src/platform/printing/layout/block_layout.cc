@@ -100,7 +100,8 @@ BlockLayout::BlockLayout(LayoutContext& context, const std::vector<richtext::Blo
       position_(position),
       depth_(depth),
       visible_blocks_(blocks.size()),
-      taken_(origin) {
+      taken_(origin),
+      letter_(depth == 0 && ending == Ending::kVisible) {
   if (ending == Ending::kWhole) return;
   while (visible_blocks_ > 0 && !richtext::Shows(blocks_[visible_blocks_ - 1])) --visible_blocks_;
 }
@@ -240,6 +241,7 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   place.ends_page = paragraph.next_section != nullptr &&
                     paragraph.next_section->begin == richtext::Section::Begin::kPage;
   place.last_visible = depth_ == 0 && block_ + 1 == visible_blocks_;
+  place.begins_letter = letter_ && block_ == 0;
   position_ += Length(paragraph);
   ++block_;
   if (paragraph.format.page_break_before) StartPage();

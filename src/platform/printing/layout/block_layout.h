@@ -59,6 +59,7 @@ class BlockLayout {
   richtext::ListCounter numbers_;
   double y_ = 0;  // of the next block, where no page ends before it
   TakenAreas taken_;
+  bool letter_;  // these are all the letter's own blocks
 };
 
 // All lines of blocks that stand inside something, a cell or a note: without page breaks of their

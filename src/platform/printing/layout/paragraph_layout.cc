@@ -335,7 +335,8 @@ void ParagraphLayout::Place(const BreakItem& item, bool last) {
   const int end = item.position + 1;
   const bool line_empty = !line_ || (line_->pieces.empty() && line_->floating.empty());
   const bool in_text = item.kind == BreakItem::Kind::kLine;
-  const bool nothing_above = !in_text && line_empty && lines_.empty();
+  const bool empty_page = item.kind == BreakItem::Kind::kPage && place_.begins_letter;
+  const bool nothing_above = !in_text && line_empty && lines_.empty() && !empty_page;
   if (nothing_above) {
     line_.reset();
   } else {

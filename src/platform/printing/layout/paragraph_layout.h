@@ -19,6 +19,8 @@ struct ParagraphPlace {
   double frame_below = 0;  // how far the frame extends below, to the neighbour that shares it
   // Nothing visible follows: a page break at the paragraph's end adds no page.
   bool last_visible = false;
+  // It begins the letter: a page break before its text leaves a page empty.
+  bool begins_letter = false;
   bool ends_page = false;  // the section ends with it, and the next one begins a page
   // The paragraph's first line begins at this height, and what floats in it is added; null where
   // nothing may float.
