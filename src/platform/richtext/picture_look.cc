@@ -80,7 +80,7 @@ struct PictureGroup {
       if (depth == 0 || (depth == 1 && content)) break;
       const HeadWord* word = nullptr;
       for (const HeadWord& known : kHeadWords) {
-        if (depth == 1 && token.IsWord(known.name)) word = &known;
+        if (token.IsWord(known.name)) word = &known;
       }
       if (word != nullptr && word->number != nullptr)
         measures.*word->number = std::clamp(token.param, -kLargestPage, kLargestPage);

@@ -145,6 +145,10 @@ TEST(RtfReader, MeasuresPictures) {
       // Nothing would be left of its width.
       {"{\\pict\\pngblip\\picwgoal400\\pichgoal200\\piccropl300\\piccropr100\\piccropb50 89}",
        Picture::Kind::kPng, 400, 150, 1},
+      // Its words, or all of it, in a group of their own.
+      {"{\\pict{\\pngblip\\picwgoal300\\pichgoal150\\picscalex50 8950}}", Picture::Kind::kPng, 150,
+       150, 2},
+      {"{\\pict{\\jpegblip}{\\picwgoal300\\pichgoal150}ffd8ff}", Picture::Kind::kJpeg, 300, 150, 3},
       // The bytes are of another kind than their name.
       {"{\\pict\\wmetafile8\\picwgoal20\\pichgoal20 89504e470d0a}", Picture::Kind::kPng, 20, 20, 6},
   };
@@ -178,7 +182,33 @@ TEST(RtfReader, ShowsFormFields) {
   EXPECT_EQ(shown(box + "\\ffres25\\ffdefres1}}"), "☒") << "25 is undecided";
   EXPECT_EQ(shown(list + "\\ffres1\\ffdefres0{\\*\\ffl one}{\\*\\ffl zw\\'f6lf}}}"), "zwölf");
   EXPECT_EQ(shown(list + "\\ffres7{\\*\\ffl one}}}"), "");
+  EXPECT_EQ(shown(" " + list + "\\ffres0{\\*\\ffl one}}}"), "one");
   EXPECT_EQ(shown("MACROBUTTON NoMacro [Click here]"), "[Click here]");
+  EXPECT_EQ(shown("GOTOBUTTON _Toc1 {\\field{\\*\\fldinst PAGEREF _Toc1}{\\fldrslt 3}}"), "3");
+}
+
+TEST(RtfReader, ShowsEquationsAsText) {
+  const struct {
+    const char* instruction;
+    const char* shown;
+  } kCases[] = {
+      {"x = \\\\f(1,2)", "x = 1/2"},
+      {"\\\\r(,a;b)", "\u221aa"},
+      {"\\\\r(3;x\\\\s\\\\up8(2))", "3\u221ax2"},
+      {"\\\\b\\\\bc\\\\[(\\\\a\\\\al\\\\co2(1,2,3,4))", "[1 2 3 4]"},
+      {"\\\\b(a \\\\( b)", "(a ( b)"},
+      {"\\\\i(0,1,x dx)", "\u222bx dx"},
+      {"\\\\* jc2 \\\\* \"Font:Arial\" \\\\o\\\\ad(\\\\s\\\\up 10(small),large)", "smalllarge"},
+      // Cut off, or nothing of the kind.
+      {"\\\\f(1,\\\\f(2", "1/2/"},
+      {"\\\\", ""},
+  };
+  for (const auto& c : kCases) {
+    const Document document = ReadRtf(
+        Letter("{\\field{\\*\\fldinst { EQ " + std::string(c.instruction) + "}}{\\fldrslt }}"));
+    const richtext::Run& run = std::get<Paragraph>(document.blocks.at(0)).runs.at(0);
+    EXPECT_EQ(std::get<std::shared_ptr<const Verbatim>>(run.object)->shown_text, c.shown);
+  }
 }
 
 TEST(RtfReader, SizesPicturesWithoutAGoalByTheirResolution) {
@@ -305,6 +335,9 @@ TEST(RtfReader, TakesTheFiguresOutOfDrawings) {
       {shape(75, "{\\sp{\\sn pib}{\\sv{\\pict\\pngblip 89}}}"),
        {"rectangle 0 0 1000 500 - - [picture]"}},
       {shape(2, "{\\sp{\\sn fHidden}{\\sv 1}}"), {}},
+      // Its \shp does not begin the group.
+      {"{\\fs20\\shp{\\*\\shpinst" + place + "{\\sp{\\sn shapeType}{\\sv 1}}}}",
+       {"rectangle 0 0 1000 500 255/255/255 0/0/0 "}},
       // Lettering, and kinds that are not known, show nothing without a text.
       {shape(136, "{\\sp{\\sn fFilled}{\\sv 1}}"), {}},
       {shape(199, ""), {}},

@@ -28,6 +28,15 @@ void CarriedReader::Begin(CarriedObject::Style style, Delivery delivery, const T
     Object().BeginShapes();
     Object().shapes()->Open(word->text);
   }
+  if (word->text == "shpinst") {
+    // A shape whose \shp does not begin its group gets one that does.
+    Object().BeginShapes();
+    Object().shapes()->Open("shp");
+    Object().Open(false);
+    Token shape = *word;
+    shape.text = "shp";
+    Object().Word(shape, head_.fonts(), head_.colours());
+  }
   Object().Open(group->starred);
   Object().Word(*word, head_.fonts(), head_.colours());
 }
@@ -43,6 +52,7 @@ Verbatim CarriedReader::End(const ReaderGroup& group) {
   const std::unique_ptr<CarriedObject> object = std::move(objects_.back());
   objects_.pop_back();
   if (group.delivery != Delivery::kInstruction) object->Close();
+  if (group.own_word == "\\shpinst") object->Close();
   return object->TakeObject();
 }
 
@@ -55,7 +65,9 @@ void CarriedReader::OpenGroup(const Token& word, ReaderGroup* group) {
   if (picture) {
     BeginPicture(group);
   } else if (group->destination == Destination::kPicture) {
-    group->destination = Destination::kCarried;
+    // Some writers put the picture's words into a group of their own, and its data too.
+    const bool goes_on = !group->starred && picture_.Word(word);
+    if (!goes_on) group->destination = Destination::kCarried;
   }
   if (word.text == "result" || word.text == "shptxt") group->shown = !group->replaced;
   if (ShapeReader* const shapes = ShapesOf(*group)) {

@@ -1,6 +1,7 @@
 #include "platform/richtext/read/destinations.h"
 
 #include <unordered_map>
+#include <unordered_set>
 
 namespace tenora::richtext {
 
@@ -21,6 +22,7 @@ Opens WhatOpens(std::string_view word, bool starred) {
       {"object", Opens::kObject},
       {"shp", Opens::kObject},
       {"shpgrp", Opens::kObject},
+      {"shpinst", Opens::kObject},
       {"do", Opens::kObject},
       {"moMath", Opens::kObject},
       {"mmath", Opens::kObject},
@@ -73,6 +75,14 @@ Opens WhatOpens(std::string_view word, bool starred) {
   const auto found = kDestinations.find(word);
   if (found != kDestinations.end()) return found->second;
   return starred ? Opens::kSkipped : Opens::kNothing;
+}
+
+bool IsNeverText(std::string_view word) {
+  static const std::unordered_set<std::string_view> kWords{
+      "blipuid", "colorschememapping", "datafield", "datastore",
+      "falt",    "latentstyles",       "mmathPr",   "panose",
+      "rsidtbl", "themedata",          "xmlnstbl",  "wgrffmtfilter"};
+  return kWords.contains(word);
 }
 
 std::optional<Destination> DestinationOf(Opens opens) {

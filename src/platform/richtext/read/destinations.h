@@ -54,6 +54,9 @@ enum class Opens {
 // `starred`: \* came before the word; a group with an unknown word is then dropped.
 Opens WhatOpens(std::string_view word, bool starred);
 
+// A word with which groups begin that hold no text. Some writers lose what stands before it.
+bool IsNeverText(std::string_view word);
+
 // How a group is read that is neither carried through nor a text of its own; none for others.
 std::optional<Destination> DestinationOf(Opens opens);
 

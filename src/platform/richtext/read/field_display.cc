@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/richtext/document_text.h"
+#include "platform/richtext/read/equation_text.h"
 #include "platform/richtext/rtf_reader.h"
 #include "platform/richtext/rtf_tokenizer.h"
 #include "platform/runtime/text.h"
@@ -93,6 +94,7 @@ std::optional<SymbolField> SymbolOf(std::string_view instruction) {
 }
 
 std::string TextOfInstruction(std::string_view instruction) {
+  instruction = TrimBlanks(instruction);
   if (instruction.size() > kLongest) return {};
   if (StartsWithNoCase(instruction, "FORMCHECKBOX"))
     return ReadFormField(instruction).Result() != 0 ? "\u2612" : "\u2610";
@@ -101,10 +103,14 @@ std::string TextOfInstruction(std::string_view instruction) {
     const auto chosen = static_cast<std::size_t>(field.Result());
     return chosen < field.entries.size() ? Shown(field.entries[chosen]) : std::string();
   }
-  if (!StartsWithNoCase(instruction, "MACROBUTTON ")) return {};
+  const bool equation = StartsWithNoCase(instruction, "EQ ");
+  const bool button =
+      StartsWithNoCase(instruction, "MACROBUTTON ") || StartsWithNoCase(instruction, "GOTOBUTTON ");
+  if (!equation && !button) return {};
   const std::string shown = Shown(instruction);
   std::string_view text = shown;
   TakeWord(&text);
+  if (equation) return TextOfEquation(text);
   TakeWord(&text);
   return std::string(TrimBlanks(text));
 }

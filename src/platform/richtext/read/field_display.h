@@ -1,5 +1,5 @@
 // What a reader of the letter sees of fields whose instruction says it all: symbols, check boxes,
-// drop-down lists, prompts to click on.
+// drop-down lists, prompts to click on, equations.
 #pragma once
 
 #include <optional>

@@ -28,7 +28,7 @@ int OnPaper(std::int64_t goal, int scale) {
 
 }  // namespace
 
-void PictureReader::Word(const Token& token) {
+bool PictureReader::Word(const Token& token) {
   using Kind = Picture::Kind;
   static const std::unordered_map<std::string_view, Kind> kKinds{
       {"pngblip", Kind::kPng},    {"jpegblip", Kind::kJpeg}, {"dibitmap", Kind::kDib},
@@ -42,11 +42,19 @@ void PictureReader::Word(const Token& token) {
       {"piccropt", &PictureReader::crop_top_},
       {"piccropr", &PictureReader::crop_right_},
       {"piccropb", &PictureReader::crop_bottom_}};
-  if (const auto kind = kKinds.find(token.text); kind != kKinds.end()) picture_.kind = kind->second;
+  if (const auto kind = kKinds.find(token.text); kind != kKinds.end()) {
+    picture_.kind = kind->second;
+    return true;
+  }
   const int value = static_cast<int>(std::clamp<std::int64_t>(token.param, -kLargest, kLargest));
-  if (const auto number = kNumbers.find(token.text); number != kNumbers.end())
+  if (const auto number = kNumbers.find(token.text); number != kNumbers.end()) {
     this->*number->second = std::max(value, 0);
-  if (const auto crop = kCrops.find(token.text); crop != kCrops.end()) this->*crop->second = value;
+    return true;
+  }
+  const auto crop = kCrops.find(token.text);
+  if (crop == kCrops.end()) return false;
+  this->*crop->second = value;
+  return true;
 }
 
 void PictureReader::Hex(std::string_view digits) {

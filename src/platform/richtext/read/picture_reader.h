@@ -10,7 +10,8 @@ namespace tenora::richtext {
 
 class PictureReader {
  public:
-  void Word(const Token& token);
+  // True for a word about the picture.
+  bool Word(const Token& token);
   void Hex(std::string_view digits);
   void Binary(std::string_view bytes) { picture_.bytes.append(bytes); }
   // The picture, without its source.

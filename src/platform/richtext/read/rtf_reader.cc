@@ -549,7 +549,8 @@ void RtfReader::EndField(const ReaderGroup& group) {
   Verbatim object;
   object.source = "{\\field" + group.making->flags + "{\\*\\fldinst{" + group.making->instruction +
                   "}}{\\fldrslt}}";
-  object.shown_text = TextOfInstruction(group.making->instruction);
+  const bool title = EqualsNoCase(TrimBlanks(group.making->instruction), "TITLE");
+  object.shown_text = title ? document_.title : TextOfInstruction(group.making->instruction);
   AddObject(std::move(object));
 }
 
@@ -633,6 +634,8 @@ void RtfReader::Word(const Token& word) {
     case Destination::kPicture:
       return carried_.Word(word, &Top());
     case Destination::kFonts:
+      if (IsNeverText(word.text)) Top().destination = Destination::kSkip;
+      return head_.Word(Destination::kFonts, word);
     case Destination::kColours:
     case Destination::kLists:
     case Destination::kOverrides:
@@ -656,6 +659,10 @@ void RtfReader::Word(const Token& word) {
 
 void RtfReader::TextWord(const Token& word) {
   if (IsInvisibleWord(word.text)) return;
+  if (groups_.size() > 2 && IsNeverText(word.text)) {
+    Top().destination = Destination::kSkip;
+    return;
+  }
   if (const char32_t character = CharacterOfWord(word.text)) return Character(character);
   if (CharacterWord(word) || BreakWord(word)) return;
   if (CurrentStory().TakeRowWord(word, Top().nested_row)) return;
