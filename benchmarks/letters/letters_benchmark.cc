@@ -1,12 +1,15 @@
-// The two jobs that people wait for, on a scratch copy of the sample agency: letters merged and
+// The jobs that people wait for, on a scratch copy of the sample agency: letters merged and
 // saved one after the other, and one receipt from start to PDF; beside the latter LibreOffice
-// converting the same letter, where it is installed.
+// converting the same letter, where it is installed. And a step of the preview, over the sample
+// agency and over the database that is the first argument.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <string>
 
 #include "letters/frm_letter.h"
+#include "letters/letter_preview.h"
 #include "letters/template_library.h"
 #include "support/fake_platform.h"
 
@@ -55,6 +58,39 @@ void MergeLetters(bool save) {
               kLetters / seconds);
 }
 
+// Letters of the sample agency's templates to many recipients, one after the other.
+void StepThroughPreviews(const fs::path& database) {
+  test::FakePlatform machine;
+  CopyAgency(machine.ProgramFolder());
+  if (!database.empty()) {
+    fs::remove(machine.ProgramFolder() / "property.mdb");
+    fs::create_symlink(fs::absolute(database), machine.ProgramFolder() / "property.mdb");
+  }
+  const TemplateLibrary library(machine.ProgramFolder());
+  for (const std::string_view kind : {kTemplates, kOwnerTemplates}) {
+    for (const std::string& name : library.Names(kind)) {
+      RichTextBox text;
+      text.LoadFile(library.PathOf(kind, name), RichTextBox::FileType::kRtf);
+      LetterPreview preview(machine.Parts(), std::string(kind), name);
+      const double load = Seconds([&] { preview.Load(); });
+      preview.SetTemplate(text);
+      const std::vector<RecipientRow> rows = preview.Recipients({.closed = true});
+      const std::size_t steps = std::min<std::size_t>(rows.size(), 300);
+      // The first of all reads the tables.
+      const double first = Seconds([&] { preview.Show(rows.front().recipient); });
+      double slowest = 0, all = 0;
+      for (std::size_t i = 0; i < steps; ++i) {
+        const double step = Seconds([&] { preview.Show(rows[i * rows.size() / steps].recipient); });
+        slowest = std::max(slowest, step);
+        all += step;
+      }
+      std::printf("%-44s %9.1f ms a step, at most %.1f; first %.1f, %zu recipients read in %.1f\n",
+                  ("preview of " + name).c_str(), all / static_cast<double>(steps) * 1000,
+                  slowest * 1000, first * 1000, rows.size(), load * 1000);
+    }
+  }
+}
+
 void PrintReceipts() {
   const test::ScratchFolder scratch;
   const fs::path home = scratch / "home";
@@ -85,7 +121,9 @@ void PrintReceipts() {
 }  // namespace
 }  // namespace tenora
 
-int main() {
+int main(int argc, char** argv) {
+  tenora::StepThroughPreviews({});
+  if (argc > 1) tenora::StepThroughPreviews(argv[1]);
   tenora::MergeLetters(false);
   tenora::MergeLetters(true);
   tenora::PrintReceipts();

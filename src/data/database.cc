@@ -171,18 +171,22 @@ fs::path Database::DecideDataFolder() {
   return platform_.program_folder;
 }
 
+query::EngineDatabase& Database::ToChange() {
+  if (!open_) throw StandardError(error_number::kObjectNotSet);
+  if (OnlyLooks()) {
+    throw StandardError(error_number::kPermissionDenied, "the database is only looked at");
+  }
+  return *open_;
+}
+
 void Database::ExecuteSQL(std::string_view statement) {
-  Reported(kExecuteLabel, [&] {
-    if (!open_) throw StandardError(error_number::kObjectNotSet);
-    open_->Execute(FixSQL(statement));
-  });
+  Reported(kExecuteLabel, [&] { ToChange().Execute(FixSQL(statement)); });
 }
 
 Database::Transaction::Transaction(Database& database)
     : database_(database), errors_before_(database.ErrorsReported()) {
   database_.Reported(kExecuteLabel, [&] {
-    if (!database_.open_) throw StandardError(error_number::kObjectNotSet);
-    database_.open_->BeginTrans();
+    database_.ToChange().BeginTrans();
     open_ = true;
   });
 }
@@ -270,7 +274,7 @@ bool Database::Report(const RuntimeError& error, const std::string& other_button
     message.append(ErrorText(error)).append(gap);
   }
   const Answer answer = platform_.dialogs.Show({.text = message, .other_button = other_button});
-  AppendToErrorLog(platform_.program_folder, platform_.clock.Now(), message);
+  if (!OnlyLooks()) AppendToErrorLog(platform_.program_folder, platform_.clock.Now(), message);
   return answer == Answer::kOther;
 }
 

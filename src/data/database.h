@@ -22,10 +22,17 @@ namespace tenora {
 
 using RecordsetPtr = std::unique_ptr<query::Recordset>;
 
+enum class DatabaseUse {
+  kChange,
+  kLook,  // every statement and transaction that would change it is refused; errors are not logged
+};
+
 class Database {
  public:
-  Database(const Platform& platform, Settings& settings)
-      : platform_(platform), settings_(settings) {}
+  Database(const Platform& platform, Settings& settings, DatabaseUse use = DatabaseUse::kChange)
+      : platform_(platform), settings_(settings), use_(use) {}
+
+  bool OnlyLooks() const { return use_ == DatabaseUse::kLook; }
 
   // Where the settings say so and the file is there, on the server; else the program folder's own.
   void OpenDatabase();
@@ -75,7 +82,8 @@ class Database {
   // Set by the print commands: suppresses the data-folder warning.
   void SetCommandMode() { command_mode_ = true; }
 
-  // Repairs the statement (insert, update or delete) and runs it.
+  // Repairs the statement (insert, update or delete) and runs it. For kLook the error is 70
+  // (Permission denied), as it is for a transaction.
   void ExecuteSQL(std::string_view statement);
   void CreateSet(RecordsetPtr& set, std::string_view sql, int type, int options);
   bool DataEOF(const RecordsetPtr& set);
@@ -141,8 +149,12 @@ class Database {
   // The field's value in the first row, null when there is none.
   Value Lookup(std::string_view field, std::string_view table, std::string_view clause);
 
+  // The open database for a change. Raises 91 without one, 70 where it is only looked at.
+  query::EngineDatabase& ToChange();
+
   Platform platform_;
   Settings& settings_;
+  const DatabaseUse use_;
   std::unique_ptr<query::EngineDatabase> open_;
   std::function<bool()> browse_;
   std::filesystem::path data_folder_;

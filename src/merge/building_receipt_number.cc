@@ -39,36 +39,55 @@ std::int64_t StoredNumber(const std::string& text) {
   return static_cast<std::int64_t>(std::nearbyint(number));
 }
 
-// The first letter for a building. Where the account code exists already, made for another
-// building, no counter is written and the next letter gets 1000 again: this is deliberate. False
-// then.
-bool BeginSeries(Session& session, const std::string& building) {
-  const std::string account = session.database.LookupText(
-      "gl_code", "glcodes", " where gl_code = 'NxtReceipt' and type = 202", "");
-  if (!account.empty()) return false;
-  CreateReceiptNumberRecords(session, kCounterField, "Next Receipt Number", kFirstNumber, building);
-  return true;
-}
-
-struct IssuedNumber {
+// The number for the next letter of a building.
+struct NextNumber {
   std::string text;
-  bool stored = true;  // false: it is given again to the next letter
+  bool counted = false;  // false: the building has no counter yet
 };
 
-// The number for this letter; it is stored with the commit.
-IssuedNumber AdvanceCounter(Session& session, const std::string& building) {
-  Database& database = session.database;
+NextNumber ReadCounter(Database& database, const std::string& building) {
   RecordsetPtr counter;
   database.CreateSet(counter, "select * from custom_fields" + CounterCondition(building),
                      query::kForwardOnly, query::kReadOnly);
-  if (database.DataIsEmpty(counter)) {
-    return {kFirstNumber, BeginSeries(session, building)};
-  }
+  if (database.DataIsEmpty(counter)) return {kFirstNumber};
   const std::int64_t last = StoredNumber(TextOf(counter->Field("value")));
-  const std::string next = std::to_string((last == 0 ? 999 : last) + 1);
-  database.ExecuteSQL("update custom_fields set [value] = '" + next + "'" +
-                      CounterCondition(building));
-  return {next};
+  return {std::to_string((last == 0 ? 999 : last) + 1), true};
+}
+
+// For a building without a counter: whether it can be given one. Where the account code exists
+// already, made for another building, no counter is written and the next letter gets 1000 again:
+// this is deliberate.
+bool CanBeginSeries(Database& database) {
+  return database
+      .LookupText("gl_code", "glcodes", " where gl_code = 'NxtReceipt' and type = 202", "")
+      .empty();
+}
+
+void Note(const MergeTarget& target, MergeFact fact, const NextNumber& number) {
+  target.letter.Notes.Add({fact, std::string(kBuildingReceiptNumber), number.text, {}});
+}
+
+// Stores the number as issued, with the commit.
+void Take(const MergeTarget& target, const std::string& building, const NextNumber& number) {
+  Session& session = target.session;
+  if (number.counted) {
+    session.database.ExecuteSQL("update custom_fields set [value] = '" + number.text + "'" +
+                                CounterCondition(building));
+  } else if (CanBeginSeries(session.database)) {
+    CreateReceiptNumberRecords(session, kCounterField, "Next Receipt Number", kFirstNumber,
+                               building);
+  } else {
+    Note(target, MergeFact::kNumberAgain, number);
+  }
+}
+
+// False when nothing was kept.
+bool Issue(const MergeTarget& target, const std::string& building, NextNumber& number) {
+  Database::Transaction transaction(target.session.database);
+  if (!transaction.IsOpen()) return false;
+  number = ReadCounter(target.session.database, building);
+  Take(target, building, number);
+  return transaction.Commit();
 }
 
 }  // namespace
@@ -96,13 +115,12 @@ bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view pro
     ReplaceCode(target, kBuildingReceiptNumber, "");
     return true;
   }
-  Database::Transaction transaction(session.database);
-  if (!transaction.IsOpen()) return false;
-  const IssuedNumber number = AdvanceCounter(session, building);
-  if (!transaction.Commit()) return false;
-  if (!number.stored) {
-    target.letter.Notes.Add(
-        {MergeFact::kNumberAgain, std::string(kBuildingReceiptNumber), number.text, {}});
+  NextNumber number;
+  if (session.database.OnlyLooks()) {
+    number = ReadCounter(session.database, building);
+    Note(target, MergeFact::kNumberLeft, number);
+  } else if (!Issue(target, building, number)) {
+    return false;
   }
   ReplaceCode(target, kBuildingReceiptNumber, number.text);
   return true;

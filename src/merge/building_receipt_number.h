@@ -9,7 +9,9 @@ namespace tenora {
 
 // Replaces the code by the next receipt number of the property's building, which is advanced in the
 // database; by nothing for a property that belongs to no building. The database is open. No other
-// program can issue a number between the reading and the advancing. False when the database could
+// program can issue a number between the reading and the advancing. A session that only looks at
+// the database shows that number and leaves it for the next letter, which is noted. False when the
+// database could
 // not be changed, which has been reported: the code then stays and no number is used. Raises 6
 // (Overflow) for a counter beyond 9007199254740991.
 bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view property_code);

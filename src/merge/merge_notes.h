@@ -17,6 +17,7 @@ enum class MergeFact {
   kNoDate,       // no date: the value is empty
   kPlaceholder,  // no date: the value is what stands for none, as 1 January 1234
   kNumberAgain,  // a first receipt number that another building has had
+  kNumberLeft,   // the next receipt number, which was looked at and not taken
 };
 
 struct MergeNote {

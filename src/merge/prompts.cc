@@ -53,8 +53,9 @@ PromptOutcome InsertPrompts(const MergeTarget& target, const PromptAnswers& know
   PromptOutcome outcome;
   // A known answer that contains its own prompt would answer it forever.
   std::set<std::string, std::less<>> answered;
-  // From the beginning after every answer: a prompt inside an answer is asked in its turn.
-  while (const auto prompt = NextPrompt(editor.TextRTF(), 0)) {
+  std::size_t from = 0;  // just past the last prompt that stays
+  // Not from where an answer was put in: a prompt inside the answer is asked in its turn.
+  while (const auto prompt = NextPrompt(editor.TextRTF(), from)) {
     const std::string message = editor.ShownForm(prompt->message);
     LetterAnswer answer;
     const auto given = known.find(message);
@@ -68,6 +69,11 @@ PromptOutcome InsertPrompts(const MergeTarget& target, const PromptAnswers& know
     if (answer.way == LetterAnswer::Way::kStopRun) {
       outcome.stopped = true;
       break;
+    }
+    if (answer.way == LetterAnswer::Way::kLater) {
+      outcome.left.push_back(message);
+      from = prompt->end;
+      continue;
     }
     if (answer.way == LetterAnswer::Way::kNone) ++outcome.cancelled;
     if (answer.for_all) outcome.for_all[message] = answer.text;

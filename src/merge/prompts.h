@@ -19,9 +19,10 @@ using PromptAnswers = std::map<std::string, std::string, std::less<>>;
 std::vector<std::string> PromptMessages(const RichTextBox& editor);
 
 struct PromptOutcome {
-  std::size_t cancelled = 0;  // prompts left without an answer
-  PromptAnswers for_all;      // answers that hold for every later letter too
-  bool stopped = false;       // the run is to end: the letter is not finished
+  std::size_t cancelled = 0;      // prompts left without an answer
+  PromptAnswers for_all;          // answers that hold for every later letter too
+  bool stopped = false;           // the run is to end: the letter is not finished
+  std::vector<std::string> left;  // messages whose codes stay, to be asked another time
 };
 
 // Asks each prompt message of the letter once and puts the answer in all its places; cancelling

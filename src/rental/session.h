@@ -14,8 +14,10 @@
 namespace tenora {
 
 struct Session {
-  explicit Session(const Platform& parts)
-      : platform(parts), settings(parts), database(parts, settings), options(database) {}
+  // With kLook nothing that is done with the session changes the database: a merge shows the next
+  // receipt number without taking it.
+  explicit Session(const Platform& parts, DatabaseUse use = DatabaseUse::kChange)
+      : platform(parts), settings(parts), database(parts, settings, use), options(database) {}
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 

@@ -58,6 +58,27 @@ TEST_F(BuildingReceiptNumber, ASecondBuildingWithoutCounterStaysAtAThousand) {
   EXPECT_EQ(Stored(), "1000");
 }
 
+TEST_F(BuildingReceiptNumber, IsOnlyLookedAtInASessionThatChangesNothing) {
+  Issue();
+  Session looking(machine_.Parts(), DatabaseUse::kLook);
+  looking.database.OpenDatabase();
+  const MergeTarget target{looking, letter_, editor_};
+  for (int i = 0; i < 2; ++i) {
+    Letter("[<<BuildingReceiptNumber>>]");
+    EXPECT_TRUE(InsertBuildingReceiptNumber(target, "PR00003"));
+    EXPECT_EQ(Shown(), "[1001]");
+  }
+  ASSERT_EQ(letter_.Notes.All().size(), 1U);
+  EXPECT_EQ(letter_.Notes.All().front().fact, MergeFact::kNumberLeft);
+  EXPECT_THAT(Boxes(), IsEmpty());
+  // Whatever else would change the database is refused, and nothing is logged of it.
+  looking.database.ExecuteSQL("delete from custom_fields");
+  EXPECT_FALSE(Database::Transaction(looking.database).IsOpen());
+  EXPECT_THAT(Boxes(), ElementsAre(HasSubstr("70 - "), HasSubstr("70 - ")));
+  EXPECT_FALSE(std::filesystem::exists(machine_.ProgramFolder() / "errNov26.log"));
+  EXPECT_EQ(Stored(), "1000");
+}
+
 TEST_F(BuildingReceiptNumber, ReadsWhateverTheCounterHolds) {
   Issue();
   const struct {

@@ -50,6 +50,18 @@ TEST_F(InsertPromptsTest, KeepsAnswersForLaterLettersAndStopsWhenAsked) {
   EXPECT_EQ(machine_.dialogs.shown()[2].progress, "3 of 33 letters");
 }
 
+TEST_F(InsertPromptsTest, LeavesTheCodesOfWhatIsAskedAnotherTime) {
+  using Way = LetterAnswer::Way;
+  machine_.dialogs.WillAnswer({.way = Way::kLater})
+      .WillType("Kia ora")
+      .WillAnswer({.way = Way::kLater});
+  Letter("<<?Which day?>> <<?Greeting?>> <<?Place?>> <<?Greeting?>>");
+  const PromptOutcome outcome = InsertPrompts(target_);
+  EXPECT_EQ(Shown(), "<<?Which day?>> Kia ora <<?Place?>> Kia ora");
+  EXPECT_THAT(outcome.left, ElementsAre("Which day", "Place"));
+  EXPECT_EQ(outcome.cancelled, 0U);
+}
+
 TEST_F(InsertPromptsTest, StopsAtAMalformedPrompt) {
   const struct {
     const char* text;

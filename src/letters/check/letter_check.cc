@@ -67,6 +67,11 @@ std::optional<LetterFinding> FindingOf(const MergeNote& note, const std::string&
               " is not stored for this building: another one may have had it, and "
               "the next letter of this one gets it again; give the building a custom field "
               "NxtReceipt with the last number issued"};
+    case MergeFact::kNumberLeft:
+      return LetterFinding{kWarning, note.code,
+                           note.value +
+                               " is the next receipt number; a preview does not take it, and the "
+                               "letter gets the one that is the next when it is generated"};
   }
   return std::nullopt;
 }

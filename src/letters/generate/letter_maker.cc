@@ -13,6 +13,11 @@ void LetterMaker::ReadTemplate() {
   template_source_ = letter_.rtfLetter.TextRTF();
 }
 
+void LetterMaker::UseTemplate(const std::string& source) {
+  letter_.rtfLetter.SetTextRTF(source);
+  template_source_ = letter_.rtfLetter.TextRTF();
+}
+
 // A letter window of its own for each recipient would start with the same members.
 void LetterMaker::Begin(const Recipient& recipient) {
   LetterMembers& members = letter_.members();

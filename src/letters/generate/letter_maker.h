@@ -39,6 +39,8 @@ class LetterMaker {
 
   // Raises the errors of PathOf and LoadLetter; later calls do nothing.
   void ReadTemplate();
+  // From now on letters are made of this text, as the template's window has it.
+  void UseTemplate(const std::string& source);
 
   // A letter for this recipient, merged, its prompts asked unless `answers` has theirs. Raises
   // RecipientGone for nobody of that name or code, DatabaseProblem for a failed look-up,

@@ -75,6 +75,7 @@ struct LetterAnswer {
   enum class Way {
     kText,
     kNone,     // left without an answer
+    kLater,    // not asked now: its code stays in the letter
     kStopRun,  // this letter and those after it are not to be made; never without progress
   };
   Way way = Way::kNone;
