@@ -109,7 +109,7 @@ const Paragraph* ParagraphIn(const richtext::Block* block) {
 bool GoesOn(const ParagraphFormat& format, const richtext::Block* next) {
   const Paragraph* const other = ParagraphIn(next);
   return other != nullptr && richtext::SameFrame(format, other->format) &&
-         !TagOf(other->format.bullet);
+         other->format.shading == format.shading && !TagOf(other->format.bullet);
 }
 
 int FrameLeft(const ParagraphFormat& format) {
@@ -126,7 +126,7 @@ std::string ParagraphStyle(const HtmlContext& context, const Paragraph& paragrap
   if (format.alignment == Alignment::kCentre) css += "text-align:center;";
   if (format.alignment == Alignment::kRight)
     css += format.right_to_left ? "text-align:left;" : "text-align:right;";
-  if (format.alignment == Alignment::kJustified) css += "text-align:justify;";
+  if (richtext::IsJustified(format.alignment)) css += "text-align:justify;";
   css += LineHeight(format, carried.half_points);
   AppendFontStyle(css, context.looks, around, carried.font, carried.half_points);
   *inside = around;

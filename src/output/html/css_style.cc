@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "output/html/html_characters.h"
+#include "platform/richtext/border_kinds.h"
 #include "platform/richtext/symbol_characters.h"
 #include "platform/runtime/text.h"
 
@@ -60,17 +61,17 @@ std::string FamilyStack(const richtext::Font& font) {
 }
 
 const char* StyleOf(const Border& border) {
+  if (richtext::HasSeveralLines(border.kind)) return "double";
   switch (border.kind) {
-    case Border::Kind::kSingle:
-      return "solid";
-    case Border::Kind::kDouble:
-      return "double";
     case Border::Kind::kDotted:
       return "dotted";
     case Border::Kind::kDashed:
-      break;
+    case Border::Kind::kDashDot:
+    case Border::Kind::kDashDotDot:
+      return "dashed";
+    default:
+      return "solid";
   }
-  return "dashed";
 }
 
 }  // namespace
@@ -172,8 +173,9 @@ void AppendBorderStyle(std::string& css, const Looks& looks, const Borders& bord
   const auto width = [](const Border& b) {
     if (!b.present) return "0";
     // Two lines and the space between them.
-    if (b.kind == Border::Kind::kDouble) return "3px";
-    return b.width >= kThickBorder ? "2px" : "1px";
+    if (richtext::HasSeveralLines(b.kind)) return "3px";
+    const bool thick = b.kind == Border::Kind::kThick || b.width >= kThickBorder;
+    return thick ? "2px" : "1px";
   };
   // A border without a colour has the text's, in dark mode too.
   css.append("border:").append(StyleOf(*first));

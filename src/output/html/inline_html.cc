@@ -191,8 +191,8 @@ void InlineHtml::WriteWords(std::string_view text, const TextLook& look, std::st
 void InlineHtml::WriteTab(const std::vector<ShownPiece>& pieces, std::size_t index) {
   const richtext::CharFormat& format = *pieces[index].format;
   ShowAs(context_.looks.Of(format), pieces[index].link);
-  const bool aligned = format_->alignment == richtext::Alignment::kLeft ||
-                       format_->alignment == richtext::Alignment::kJustified;
+  const bool aligned =
+      format_->alignment == richtext::Alignment::kLeft || richtext::IsJustified(format_->alignment);
   if (!aligned || format_->right_to_left) {
     context_.html += at_line_start_ ? "&nbsp;&nbsp;&nbsp;&nbsp;" : kUnalignedTab;
     behind_blank_ = !at_line_start_;

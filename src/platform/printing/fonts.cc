@@ -69,6 +69,10 @@ QString InstalledFamily(const richtext::Font& font) {
   return QLatin1String(FamilyOfClass(font.family));
 }
 
+bool IsKerned(const richtext::CharFormat& format) {
+  return format.kerned_from > 0 && format.half_points >= format.kerned_from;
+}
+
 const QString& InstalledFamilies::FamilyFor(const richtext::Font& font) {
   const std::pair key(font.name, font.family);
   const auto found = families_.find(key);
@@ -83,6 +87,7 @@ const FontUse& Fonts::Use(const richtext::CharFormat& format, bool shaped, bool 
                 format.colour,
                 format.bold,
                 format.italic,
+                IsKerned(format),
                 shaped,
                 small,
                 static_cast<int>(format.script),
@@ -105,15 +110,16 @@ QColor Fonts::Colour(int position) const {
 
 FontUse Fonts::Make(const richtext::CharFormat& format, bool shaped, bool small) {
   FontUse use;
+  const bool kerned = IsKerned(format);
   use.size = std::clamp(format.half_points, 2, kLargestHalfPoints) * kTwipsPerHalfPoint;
   if (small) use.size *= kSmallCapitals;
   use.font.setFamily(Family(format.font));
   use.font.setPixelSize(static_cast<int>(use.size));
   use.font.setBold(format.bold);
   use.font.setItalic(format.italic);
-  use.font.setKerning(false);
+  use.font.setKerning(kerned);
   use.font.setHintingPreference(QFont::PreferNoHinting);
-  if (!shaped) use.font.setStyleStrategy(QFont::PreferNoShaping);
+  if (!shaped && !kerned) use.font.setStyleStrategy(QFont::PreferNoShaping);
   use.colour = Colour(format.colour);
   use.format.setFont(use.font);
   use.format.setForeground(use.colour);

@@ -18,6 +18,9 @@ inline constexpr int kTwipsPerHalfPoint = 10;
 // The installed family for a document's font: the font itself, else a substitute of equal widths.
 QString InstalledFamily(const richtext::Font& font);
 
+// Whether the format's font is one whose pairs of letters are set closer where they fit.
+bool IsKerned(const richtext::CharFormat& format);
+
 // Everything about a character format that determines glyphs and metrics. Lengths are twips.
 struct FontUse {
   QFont font;
@@ -46,8 +49,8 @@ class Fonts {
   Fonts& operator=(const Fonts&) = delete;
 
   // `shaped` text has marks that must be placed on their letters; other text is laid out like the
-  // classic control does it, without kerning and ligatures. The result lives as long as this.
-  // `small` is the size of small capitals.
+  // classic control does it, without ligatures, and kerned only where the letter says so. The
+  // result lives as long as this. `small` is the size of small capitals.
   const FontUse& Use(const richtext::CharFormat& format, bool shaped = false, bool small = false);
   // For a font that the document's table need not have.
   const QString& Installed(const richtext::Font& font) { return installed_.FamilyFor(font); }
@@ -57,7 +60,7 @@ class Fonts {
   QColor Colour(int position) const;
 
  private:
-  using Key = std::tuple<int, int, int, bool, bool, bool, bool, int, int>;
+  using Key = std::tuple<int, int, int, bool, bool, bool, bool, bool, int, int>;
 
   FontUse Make(const richtext::CharFormat& format, bool shaped, bool small);
   QString Family(int font);

@@ -43,11 +43,16 @@ struct CharFormat {
   Underline underline = Underline::kNone;
   Script script = Script::kNormal;
   int raise_half_points = 0;  // \up positive, \dn negative
+  int kerned_from = 0;        // \kerning: pairs are kerned from this size on, half-points; 0: never
 
   bool operator==(const CharFormat&) const = default;
 };
 
-enum class Alignment { kLeft, kCentre, kRight, kJustified };
+// kDistributed: as kJustified, the last line too.
+enum class Alignment { kLeft, kCentre, kRight, kJustified, kDistributed };
+constexpr bool IsJustified(Alignment alignment) {
+  return alignment == Alignment::kJustified || alignment == Alignment::kDistributed;
+}
 
 struct TabStop {
   enum class Kind { kLeft, kCentre, kRight, kDecimal, kBar };
@@ -80,17 +85,38 @@ struct Bullet {
   Alignment alignment = Alignment::kLeft;  // of the mark, at the first line's start
   // Of the mark, where it is not as the paragraph's mark.
   std::optional<bool> bold = std::nullopt, italic = std::nullopt;
+  std::optional<int> font = std::nullopt, colour = std::nullopt;  // positions in the document's
   int half_points = 0;
 
   bool operator==(const Bullet&) const = default;
 };
 
 struct Border {
-  enum class Kind { kSingle, kDouble, kDotted, kDashed };
+  // Of a thick line and thin ones, the first that is named is the outermost; small, medium and
+  // large are the gaps between them.
+  enum class Kind {
+    kSingle,
+    kThick,
+    kDouble,
+    kTriple,
+    kDotted,
+    kDashed,
+    kDashDot,
+    kDashDotDot,
+    kThickThinSmall,
+    kThinThickSmall,
+    kThinThickThinSmall,
+    kThickThinMedium,
+    kThinThickMedium,
+    kThinThickThinMedium,
+    kThickThinLarge,
+    kThinThickLarge,
+    kThinThickThinLarge
+  };
   bool present = false;
-  int width = 0;   // twips, of each of its lines
+  int width = 0;   // twips, as the kind counts it: of a single line, of each of two equal ones
   int colour = 0;  // position in Document::colours
-  int space = 0;   // to a paragraph's text, twips; 0: as near as it gets
+  int space = 0;   // to what it is around, twips
   Kind kind = Kind::kSingle;
 
   bool operator==(const Border&) const = default;
@@ -142,6 +168,7 @@ struct ParagraphFormat {
   bool right_to_left = false;
   int shading = 0;  // position in Document::colours; 0 is none
   Border top, bottom, left, right;
+  Border between;  // this paragraph and the next that has the same borders
   std::optional<FramePlace> frame;
 
   bool operator==(const ParagraphFormat&) const = default;
@@ -314,10 +341,24 @@ struct HeadGroup {
 inline constexpr int kLargestPage =
     31'680;  // twips: 22 inches, the largest page word processors know
 
+inline constexpr int kBordersFromPaper = 32;  // of \pgbrdropt; its lowest bits name the pages
+
+// The borders around a page.
+struct PageBorders {
+  Border top, left, bottom, right;
+  bool from_paper = false;  // their space is to the paper's edges, not to the text
+  bool around_header = false, around_footer = false;
+  enum class Pages { kAll, kFirst, kAllButFirst };
+  Pages pages = Pages::kAll;  // of the section
+
+  bool operator==(const PageBorders&) const = default;
+};
+
 struct PageSetup {
   int width = 0, height = 0;  // \paperw, \paperh; 0 when the document names none
   int left = 0, top = 0, right = 0, bottom = 0;
   bool landscape = false;
+  std::optional<PageBorders> borders;
   // What else is said about the page, as control words: "\\headery720\\titlepg".
   std::string other_words;
 

@@ -32,9 +32,15 @@ int SpaceBelow(const ParagraphFormat& format, const ParagraphFormat* below) {
 }
 
 bool SameFrame(const ParagraphFormat& one, const ParagraphFormat& other) {
+  const auto left = [](const ParagraphFormat& format) {
+    return format.left_indent + std::min(format.first_indent, 0);
+  };
+  const bool borders = one.top.present || one.bottom.present || one.left.present ||
+                       one.right.present || one.between.present;
   return one.top == other.top && one.bottom == other.bottom && one.left == other.left &&
-         one.right == other.right && one.frame == other.frame && one.shading == other.shading &&
-         one.left_indent == other.left_indent && one.right_indent == other.right_indent;
+         one.right == other.right && one.between == other.between && one.frame == other.frame &&
+         (borders || one.shading == other.shading) && left(one) == left(other) &&
+         one.right_indent == other.right_indent;
 }
 
 }  // namespace tenora::richtext

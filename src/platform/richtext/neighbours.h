@@ -18,7 +18,8 @@ bool HasHtmlSpacing(const Document& document);
 int SpaceAbove(const ParagraphFormat& format, const ParagraphFormat* above, bool html_spacing);
 int SpaceBelow(const ParagraphFormat& format, const ParagraphFormat* below);
 
-// Whether two paragraphs share one frame.
+// Whether two paragraphs that follow each other share one frame. Within borders, each may have its
+// own shading.
 bool SameFrame(const ParagraphFormat& one, const ParagraphFormat& other);
 
 }  // namespace tenora::richtext

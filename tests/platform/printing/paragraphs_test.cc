@@ -363,18 +363,57 @@ TEST_F(Paragraphs, RunFromTheRightWhereTheScriptDoes) {
   EXPECT_THAT(PrintLines({Line("שלום (see) x", format)}).Text(), HasSubstr("(see)"));
 }
 
-TEST_F(Paragraphs, MakeRoomForTheSpaceOfTheirBorders) {
-  ParagraphFormat boxed;
-  boxed.top = boxed.bottom = {true, 20, 0, 300};
+TEST_F(Paragraphs, MakeRoomForTheirBorders) {
+  using Kind = richtext::Border::Kind;
+  const auto framed = [](int width, int space, Kind kind = Kind::kSingle) {
+    ParagraphFormat format;
+    format.top = format.bottom = format.left = format.right = {true, width, 0, space, kind};
+    return format;
+  };
+  ParagraphFormat parted = framed(20, 40), hanging = framed(20, 0), shaded = framed(20, 0);
+  parted.between = {true, 60, 0, 100};
+  hanging.first_indent = -300;
+  shaded.shading = 1;
+  const struct {
+    const char* name;
+    ParagraphFormat one, two;
+    double above, between, below;  // twips more than without borders
+  } cases[] = {
+      {"space", framed(20, 300), framed(20, 300), 320, 0, 320},
+      {"double", framed(20, 0, Kind::kDouble), framed(20, 0, Kind::kDouble), 60, 0, 60},
+      {"thick", framed(20, 0, Kind::kThick), framed(20, 0, Kind::kThick), 40, 0, 40},
+      {"triple", framed(60, 0, Kind::kTriple), framed(60, 0, Kind::kTriple), 300, 0, 300},
+      {"thin and thick", framed(60, 0, Kind::kThinThickThinMedium),
+       framed(60, 0, Kind::kThinThickThinMedium), 180, 0, 180},
+      {"a line between", parted, parted, 60, 200, 60},
+      {"other borders", framed(100, 0), framed(60, 0), 100, 160, 60},
+      {"another left edge", framed(20, 0), hanging, 20, 40, 20},
+      {"shading", framed(20, 0), shaded, 20, 0, 20},
+  };
   const auto tops = [](const Paper& paper) {
     return std::vector{paper.Find("one").top, paper.Find("two").top, paper.Find("after").top};
   };
   const std::vector<double> plain = tops(PrintLines({Line("one"), Line("two"), Line("after")}));
-  const std::vector<double> framed =
-      tops(PrintLines({Line("one", boxed), Line("two", boxed), Line("after")}));
-  EXPECT_THAT(framed[0] - plain[0], DoubleNear(300, kNear));
-  EXPECT_THAT(framed[1] - plain[1], DoubleNear(300, kNear)) << "neighbours share one frame";
-  EXPECT_THAT(framed[2] - plain[2], DoubleNear(600, kNear));
+  for (const auto& c : cases) {
+    const Paper paper = PrintLines({Line("one", c.one), Line("two", c.two), Line("after")});
+    const std::vector<double> found = tops(paper);
+    EXPECT_THAT(found[0] - plain[0], DoubleNear(c.above, kNear)) << c.name;
+    EXPECT_THAT(found[1] - plain[1] - c.above, DoubleNear(c.between, kNear)) << c.name;
+    EXPECT_THAT(found[2] - plain[2] - c.above - c.between, DoubleNear(c.below, kNear)) << c.name;
+    EXPECT_THAT(paper.Find("one").left, DoubleNear(kInch, kNear)) << "outside of the text";
+  }
+}
+
+TEST_F(Paragraphs, KernPairsFromTheSizeThatTheLetterSays) {
+  const auto width = [&](int kerned_from) {
+    CharFormat format;
+    format.half_points = 40;
+    format.kerned_from = kerned_from;
+    const Word word = PrintLines({Line("AVAVAV", {}, format)}).Find("AVAVAV");
+    return word.right - word.left;
+  };
+  EXPECT_THAT(width(41), DoubleNear(width(0), 1));
+  EXPECT_LT(width(40), width(0) - 200);
 }
 
 TEST_F(Paragraphs, AreWholeWhenTheyAreSetInParts) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <utility>
 
 #include "platform/printing/paper.h"
 #include "platform/richtext/rtf_reader.h"
@@ -255,6 +257,48 @@ TEST(Sections, StandUpAndDownThePageAsTheySay) {
                   std::stod(expected.substr(blank)), 3)
           << c.body << " " << expected;
     }
+  }
+}
+
+// Points from the first page's left edge to the first ink in its middle row, and from its top in
+// its middle column; -1 where there is none.
+std::pair<int, int> InkAround(const Paper& paper) {
+  const std::string image = Poppler({"pdftoppm", "-r", "72", "-gray", "-l", "1", paper.file});
+  int width = 0, height = 0;
+  std::sscanf(image.c_str(), "P5 %d %d", &width, &height);
+  const std::size_t start = image.find("\n255\n") + 5;
+  const auto dark = [&](int x, int y) {
+    return static_cast<unsigned char>(image.at(start + std::size_t(y * width + x))) < 128;
+  };
+  std::pair<int, int> found{-1, -1};
+  for (int x = width - 1; x >= 0; --x) found.first = dark(x, height / 2) ? x : found.first;
+  for (int y = height - 1; y >= 0; --y) found.second = dark(width / 2, y) ? y : found.second;
+  return found;
+}
+
+TEST(Sections, HaveTheirBordersAroundThePage) {
+  const std::string border = "\\brdrs\\brdrw100\\brsp200", head = "{\\header\\pard h\\par}";
+  const std::string all = "\\pgbrdrt" + border + "\\pgbrdrl" + border + "\\pgbrdrb" + border;
+  const struct {
+    std::string body;
+    int left, top;
+  } cases[] = {
+      {all + " a", (kInch - 300) / 20, (kInch - 300) / 20},
+      {all + "\\pgbrdropt32 a", 10, 10},
+      {"\\pgbrdrt" + border + " a", -1, (kInch - 300) / 20},
+      {all + "\\pgbrdrhead\\headery500 " + head + "a", (kInch - 300) / 20, 10},
+      {all + "\\pgbrdrhead\\headery500 a", (kInch - 300) / 20, (kInch - 300) / 20},
+      {all + "\\pgbrdropt1 a", (kInch - 300) / 20, (kInch - 300) / 20},
+      {all + "\\pgbrdropt2 a", -1, -1},
+      // Section words in a footer are not the section's.
+      {all + "{\\footer\\pard\\sectd\\pgbrdrl\\brdrnone f\\par}a", (kInch - 300) / 20,
+       (kInch - 300) / 20},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases) {
+    const auto [left, top] = InkAround(Print(Letter(c.body), folder));
+    EXPECT_NEAR(left, c.left, 1) << c.body;
+    EXPECT_NEAR(top, c.top, 1) << c.body;
   }
 }
 

@@ -76,6 +76,12 @@ TEST(CanonicalForm, WritesFormattingOnTheText) {
        "\\pard\\brdrb\\brdrs\\brdrw10\\brsp85\\f0\\fs24 x\\par\r\n"},
       {"\\pard\\brdrt\\brdrtbl\\brdrw10\\brdrb\\brdrdb\\brdrl\\brdrdot\\brdrr\\brdrdashsm x",
        "\\pard\\brdrl\\brdrdot\\brdrb\\brdrdb\\brdrr\\brdrdash\\f0\\fs24 x\\par\r\n"},
+      {"\\pard\\brdrt\\brdrth\\brdrb\\brdrtnthsg\\brdrw30\\brdrl\\brdrtriple\\brdrr\\brdrdashdd"
+       "\\brdrbtw\\brdrs\\brdrw10\\brdrcf1\\brdrbar\\brdrs x",
+       "\\pard\\brdrt\\brdrth\\brdrl\\brdrtriple\\brdrb\\brdrtnthsg\\brdrw30\\brdrr\\brdrdashdd"
+       "\\brdrbtw\\brdrs\\brdrw10\\brdrcf1\\f0\\fs24 x\\par\r\n"},
+      {"\\pard\\qd\\kerning28 x\\kerning0 y",
+       "\\pard\\qd\\kerning28\\f0\\fs24 x\\kerning0 y\\par\r\n"},
       {"\\pard\\posxc\\absw4000\\absh-900\\posyb\\dxfrtext180 x\\par\\pard y",
        "\\pard\\absw4000\\absh-900\\posxc\\pvmrg\\posyb\\dfrmtxtx180\\dfrmtxty180\\f0\\fs24 "
        "x\\par\r\n"
@@ -111,9 +117,25 @@ TEST(CanonicalForm, DescribesTheSectionThatBegins) {
       {"\\trowd\\cellx900\\pard\\intbl a\\cell\\row\\sect b",
        "\\trowd\\cellx900\\pard\\intbl\\f0\\fs24 a\\cell\\row\r\n\\pard\\par\r\n\\sect" + plain +
            "b\\par\r\n"},
+      {"a\\sect\\sectd\\pgbrdrr\\brdrs\\brdrw20\\brdrcf2\\pgbrdropt1 b\\sect\\sectd c",
+       "\\pard\\f0\\fs24 a\\sect\\sectd" + margins +
+           "\\lndscpsxn0\\pgbrdrr\\brdrs\\brdrw20\\brdrcf1"
+           "\\pgbrdropt1\r\nb\\sect" +
+           plain + "c\\par\r\n"},
       {"{\\*\\footnote a\\sect b}c\\column d",
        "\\pard\\f0\\fs24{\\footnote\\plain\\pard\\f0\\fs24 a\\par\r\nb}c{\\column}d\\par\r\n"},
   });
+}
+
+TEST(CanonicalForm, KeepsTheBordersAroundThePage) {
+  const std::string borders =
+      "\\pgbrdrhead\\pgbrdrt\\brdrs\\brdrw10\\brsp480\\pgbrdrb\\brdrdb\\pgbrdropt34";
+  const std::string letter =
+      "{\\rtf1{\\fonttbl{\\f0 Arial;}}\\pgbrdropt34\\pgbrdrhead\\pgbrdrt\\brdrs\\brdrw10\\brsp480"
+      "\\pgbrdrb\\brdrdb\\pgbrdrl\\brdrw20\\headery300\\pard\\brdrt\\brdrs x}";
+  EXPECT_THAT(Canonical(letter), HasSubstr(borders + "\\headery300\r\n"));
+  EXPECT_THAT(Canonical(letter), HasSubstr("\\pard\\brdrt\\brdrs\\f0"));
+  EXPECT_EQ(Canonical(Canonical(letter)), Canonical(letter));
 }
 
 // Beside a margin that a letter names, the others have RTF's usual values; one that names none has

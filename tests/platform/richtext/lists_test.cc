@@ -149,11 +149,14 @@ TEST(Lists, MarksStandAndLookAsTheirLevelsSay) {
     Alignment alignment = Alignment::kLeft;
     std::optional<bool> bold = {}, italic = {};
     int half_points = 0;
+    std::optional<int> font = {}, colour = {};
   } cases[] = {
       {"\\levelfollow0\\leveljc0"},
       {"\\levelfollow1\\leveljc1", Bullet::Gap::kSpace, Alignment::kCentre},
       {"\\levelfollow2\\leveljc2\\b\\fs40", Bullet::Gap::kNone, Alignment::kRight, true, {}, 40},
       {"\\b0\\i", Bullet::Gap::kTab, Alignment::kLeft, false, true},
+      {"\\f2\\cf2", Bullet::Gap::kTab, Alignment::kLeft, {}, {}, 0, 1, 1},
+      {"\\f0\\cf0", Bullet::Gap::kTab, Alignment::kLeft, {}, {}, 0, {}, 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.level);
@@ -173,6 +176,8 @@ TEST(Lists, MarksStandAndLookAsTheirLevelsSay) {
       EXPECT_EQ(format.bullet.bold, c.bold);
       EXPECT_EQ(format.bullet.italic, c.italic);
       EXPECT_EQ(format.bullet.half_points, c.half_points);
+      EXPECT_EQ(format.bullet.font, c.font);
+      EXPECT_EQ(format.bullet.colour, c.colour);
     }
   }
 }

@@ -81,15 +81,16 @@ TEST(RtfReader, DrawsTheBordersThatCellsHave) {
   const struct {
     const char* words;
     Border border;
-  } cases[] = {{"\\brdrs\\brdrw10", {true, 10}},
-               {"\\brdrtnthsg\\brdrw30", {true, 30}},
-               {"\\brdrdb\\brdrw15\\brdrcf1",
-                {.present = true, .width = 15, .colour = 1, .kind = Kind::kDouble}},
-               {"\\brdrdot", {.present = true, .kind = Kind::kDotted}},
-               {"\\brdrtbl\\brdrw10\\brdrcf1", {}},
-               {"\\brdrs\\brdrtbl", {}},
-               {"\\brdrnil", {}},
-               {"\\brdrw20", {}}};
+  } cases[] = {
+      {"\\brdrs\\brdrw10", {true, 10}},
+      {"\\brdrtnthsg\\brdrw30", {.present = true, .width = 30, .kind = Kind::kThickThinSmall}},
+      {"\\brdrdb\\brdrw15\\brdrcf1",
+       {.present = true, .width = 15, .colour = 1, .kind = Kind::kDouble}},
+      {"\\brdrdot", {.present = true, .kind = Kind::kDotted}},
+      {"\\brdrtbl\\brdrw10\\brdrcf1", {}},
+      {"\\brdrs\\brdrtbl", {}},
+      {"\\brdrnil", {}},
+      {"\\brdrw20", {}}};
   for (const auto& c : cases) {
     const Document document = ReadRtf(Letter(std::string("\\trowd\\trbrdrt\\brdrs\\clbrdrt") +
                                              c.words + "\\cellx2000\\pard\\intbl a\\cell\\row"));

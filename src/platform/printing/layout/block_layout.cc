@@ -235,8 +235,8 @@ BlockStrips BlockLayout::NextParagraph(const richtext::Paragraph& paragraph) {
   place.number = numbers_.Next(paragraph.format);
   place.space_above = SpaceAbove(block_);
   place.space_below = SpaceBelow(block_);
-  place.framed_above = FramedWith(paragraph, block_ - 1);
-  place.framed_below = FramedWith(paragraph, block_ + 1);
+  place.framed_above = block_ > 0 && FrameGoesOn(block_ - 1);
+  place.framed_below = FrameGoesOn(block_);
   if (place.framed_below) place.frame_below = place.space_below + SpaceAbove(block_ + 1);
   place.ends_page = paragraph.next_section != nullptr &&
                     paragraph.next_section->begin == richtext::Section::Begin::kPage;
@@ -330,9 +330,14 @@ double BlockLayout::SpaceBelow(std::size_t block) const {
   return richtext::SpaceBelow(format, FormatOf(block + 1));
 }
 
-bool BlockLayout::FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const {
-  const richtext::ParagraphFormat* other = FormatOf(neighbour);
-  return other != nullptr && SameFrame(paragraph.format, *other);
+// Whether a paragraph, if it is one, shares its frame with the next one.
+bool BlockLayout::FrameGoesOn(std::size_t block) const {
+  if (block + 1 >= visible_blocks_ || FormatOf(block) == nullptr || FormatOf(block + 1) == nullptr)
+    return false;
+  const auto& upper = std::get<richtext::Paragraph>(blocks_[block]);
+  const auto& lower = std::get<richtext::Paragraph>(blocks_[block + 1]);
+  if (upper.next_section != nullptr || lower.format.page_break_before) return false;
+  return SameFrame(upper.format, lower.format);
 }
 
 Strips LayOutInside(LayoutContext& context, const std::vector<richtext::Block>& blocks,

@@ -45,7 +45,7 @@ class BlockLayout {
   const richtext::ParagraphFormat* FormatOf(std::size_t block) const;
   double SpaceAbove(std::size_t block) const;
   double SpaceBelow(std::size_t block) const;
-  bool FramedWith(const richtext::Paragraph& paragraph, std::size_t neighbour) const;
+  bool FrameGoesOn(std::size_t block) const;
 
   LayoutContext& context_;
   const std::vector<richtext::Block>& blocks_;

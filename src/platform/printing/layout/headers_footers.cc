@@ -99,6 +99,15 @@ HeadersAndFooters::Body HeadersAndFooters::BodyOf(int page, int number) const {
   return BodyWith(which_.SideOf(page, number));
 }
 
+HeadersAndFooters::Body HeadersAndFooters::WithHeads(int page, int number, bool header,
+                                                     bool footer) const {
+  const PageSide side = which_.SideOf(page, number);
+  Body body = BodyWith(side);
+  if (header && headers_[Index(side)]) body.top = header_top_;
+  if (footer && footers_[Index(side)]) body.bottom = area_.paper_height - footer_bottom_;
+  return body;
+}
+
 double HeadersAndFooters::LeastBodyHeight() const {
   double least = BodyWith(PageSide::kCommon).height();
   if (which_.first_differs) least = std::min(least, BodyWith(PageSide::kFirst).height());

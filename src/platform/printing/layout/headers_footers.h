@@ -35,6 +35,9 @@ class HeadersAndFooters {
   // On a page of the section, 1 the first; `shift` is to the right of the text area.
   void Draw(QPainter& painter, int page, richtext::PageNumbers numbers, double shift);
 
+  // From the header's top, where the page has one, to the footer's end; else the body's.
+  Body WithHeads(int page, int number, bool header, bool footer) const;
+
   // That the section's first page shows; nothing where the count goes on.
   std::optional<int> FirstNumber() const { return which_.first_number; }
   richtext::Bullet::Kind NumberStyle() const { return which_.number_style; }

@@ -5,6 +5,7 @@
 
 #include "platform/printing/document_length.h"
 #include "platform/printing/layout/note_layout.h"
+#include "platform/printing/layout/rule.h"
 
 namespace tenora::printing {
 namespace {
@@ -220,9 +221,41 @@ void PageLayout::Draw(QPainter& painter) {
     numbers.pages = totals_.pages;
     numbers.section_pages = totals_.by_section[page_.section];
   }
+  DrawBorders(painter);
   const double shift = Shift(AreaOf(sections_[page_.section]));
   HeadsOf(page_.section).Draw(painter, page_.in_section, numbers, shift);
   columns_->Draw(painter);
+}
+
+// Of the section in which the page begins.
+void PageLayout::DrawBorders(QPainter& painter) {
+  const std::optional<richtext::PageBorders>& borders = sections_[page_.section].page->borders;
+  if (!borders) return;
+  using Pages = richtext::PageBorders::Pages;
+  const bool first = page_.in_section == 1;
+  if (borders->pages == (first ? Pages::kAllButFirst : Pages::kFirst)) return;
+  const BoxRules rules{
+      RuleOf(borders->top, *context_.fonts), RuleOf(borders->left, *context_.fonts),
+      RuleOf(borders->bottom, *context_.fonts), RuleOf(borders->right, *context_.fonts)};
+  const PageArea area = AreaOf(sections_[page_.section]);
+  if (borders->from_paper) {
+    const QRectF paper(0, 0, area.paper_width, area.paper_height);
+    DrawBox(painter, rules,
+            paper.adjusted(borders->left.space, borders->top.space, -borders->right.space,
+                           -borders->bottom.space));
+    return;
+  }
+  const HeadersAndFooters::Body body =
+      HeadsOf(page_.section)
+          .WithHeads(page_.in_section, page_.number, borders->around_header,
+                     borders->around_footer);
+  const auto room = [](const richtext::Border& border, const Rule& rule) {
+    return border.space + rule.Thickness();
+  };
+  const QRectF text(area.left + Shift(area), body.top, area.width(), body.height());
+  DrawBox(painter, rules,
+          text.adjusted(-room(borders->left, rules.left), -room(borders->top, rules.top),
+                        room(borders->right, rules.right), room(borders->bottom, rules.bottom)));
 }
 
 // Counting needs no page numbers in the headers: they do not change the headers' heights.

@@ -74,6 +74,7 @@ class PageLayout {
   // Goes on with the section of the next block on this page; false where it begins another.
   bool NextSection();
   void Draw(QPainter& painter);
+  void DrawBorders(QPainter& painter);
 
   bool Load(std::size_t count);  // false when fewer blocks remain
   bool WantsNextColumn(double available_height);

@@ -13,8 +13,8 @@
 namespace tenora::printing {
 namespace {
 
-using richtext::Alignment;
 using richtext::CharFormat;
+using richtext::IsJustified;
 
 // Combining marks and right-to-left text, whose brackets are mirrored, need shaping. Other text is
 // laid out faster without it.
@@ -106,6 +106,8 @@ void ItemCollector::CollectListMark() {
   CharFormat& own = open_->own_format.emplace(format);
   own.bold = bullet.bold.value_or(own.bold);
   own.italic = bullet.italic.value_or(own.italic);
+  own.font = bullet.font.value_or(own.font);
+  own.colour = bullet.colour.value_or(own.colour);
   if (bullet.half_points > 0) own.half_points = bullet.half_points;
   Append(own, UnicodeBullet(mark), position_, true);
   CloseText();
@@ -292,9 +294,8 @@ void ItemCollector::CloseText() {
     }
     layout.setFormats(ranges);
   }
-  QTextOption option(format_.alignment == Alignment::kJustified ? Qt::AlignJustify : Qt::AlignLeft);
-  if (format_.alignment != Alignment::kJustified)
-    option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+  QTextOption option(Qt::AlignJustify);
+  if (!IsJustified(format_.alignment)) option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
   option.setTextDirection(format_.right_to_left ? Qt::RightToLeft : Qt::LeftToRight);
   option.setUseDesignMetrics(true);
   layout.setTextOption(option);

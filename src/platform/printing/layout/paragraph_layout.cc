@@ -19,7 +19,6 @@ constexpr double kUnbroken = 1e7;   // wider than any text
 constexpr double kSlack = 1;        // rounding in the width of a line, twips
 constexpr double kOverhang = 4;     // twips; glyphs that end this little beyond the edge still fit
 constexpr double kNarrowest = 100;  // text width where the indents cross
-constexpr double kThinRule = 20;    // twips; a border up to this takes no room of its own
 
 // The decimal point of a number: the last point or comma that is not a separator of thousands.
 qsizetype DecimalPoint(const QString& text) {
@@ -160,22 +159,25 @@ bool ParagraphLayout::StartsAtDecimalTab(const std::vector<ParagraphItem>& items
   return text_only && NextStop(left_ + format_.first_indent).kind == TabStop::Kind::kDecimal;
 }
 
-// Closes the frame above the first line and below the last, or joins it to the neighbours'.
+// Closes the frame above the first line and below the last, or joins it to the neighbours'. What is
+// above a line between paragraphs keeps the distance from it that it has from the frame's end.
 void ParagraphLayout::CloseFrame() {
+  if (!frame_) return;
   auto& first = static_cast<TextLine&>(*lines_.front());
   auto& last = static_cast<TextLine&>(*lines_.back());
-  first.first_of_paragraph = !place_.framed_above;
-  last.last_of_paragraph = !place_.framed_below;
+  const bool parted = frame_->between.rule.width > 0;
+  first.closed_above = !place_.framed_above;
+  first.parted_above = place_.framed_above && parted;
+  last.closed_below = !place_.framed_below;
   last.frame_below = place_.frame_below;
-  if (!frame_) return;
-  const auto room = [](const Frame::Edge& edge) {
-    return edge.space + std::max(0.0, edge.rule.Thickness() - kThinRule);
-  };
-  if (first.first_of_paragraph) {
-    first.height += room(frame_->top_edge);
-    first.baseline += room(frame_->top_edge);
-  }
-  if (last.last_of_paragraph) last.height += room(frame_->bottom_edge);
+  double above = 0, below = 0;
+  if (first.closed_above) above = frame_->top_edge.Room();
+  if (first.parted_above) above = frame_->between.Room();
+  if (last.closed_below) below = frame_->bottom_edge.Room();
+  if (!last.closed_below && parted) below = frame_->bottom_edge.space;
+  first.height += above;
+  first.baseline += above;
+  last.height += below;
 }
 
 // Lines stand beside what floats in the paragraph even if that is anchored further down in it.
@@ -470,7 +472,7 @@ void ParagraphLayout::AlignListMark() {
 
 std::shared_ptr<const Frame> ParagraphLayout::MakeFrame() const {
   const bool edges = format_.top.present || format_.bottom.present || format_.left.present ||
-                     format_.right.present;
+                     format_.right.present || format_.between.present;
   if (!edges && format_.shading <= 0) return nullptr;
   const auto edge = [&](const richtext::Border& border) {
     return border.present ? Frame::Edge{RuleOf(border, *context_.fonts), double(border.space)}
@@ -484,6 +486,7 @@ std::shared_ptr<const Frame> ParagraphLayout::MakeFrame() const {
   frame->right_edge = edge(format_.right);
   frame->top_edge = edge(format_.top);
   frame->bottom_edge = edge(format_.bottom);
+  frame->between = edge(format_.between);
   return frame;
 }
 

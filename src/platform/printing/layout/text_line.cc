@@ -9,9 +9,6 @@ namespace {
 
 using richtext::Underline;
 
-// Gap between the text and a frame's lines that have no space of their own.
-constexpr double kFrameGapX = 80, kFrameGapY = 20;
-
 // Rules are filled rectangles: their thickness is then exact, and they need no pen.
 void HorizontalRule(QPainter& painter, double x, double y, double width, double thickness,
                     const QColor& colour) {
@@ -124,25 +121,20 @@ void TextLine::Draw(QPainter& painter, QPointF corner) const {
 }
 
 void TextLine::DrawFrame(QPainter& painter, QPointF corner) const {
-  const auto outside = [](const Frame::Edge& edge) {
-    return edge.rule.width > 0 && edge.space == 0 ? kFrameGapY : 0;
-  };
-  const auto aside = [](const Frame::Edge& edge) {
-    if (edge.rule.width == 0) return 0.0;
-    return edge.space > 0 ? edge.space : kFrameGapX;
-  };
-  const double left = corner.x() + frame->left - aside(frame->left_edge);
-  const double width =
-      frame->right + aside(frame->right_edge) - frame->left + aside(frame->left_edge);
-  const double above = first_of_paragraph ? outside(frame->top_edge) : 0;
-  const double below = frame_below + (last_of_paragraph ? outside(frame->bottom_edge) : 0);
-  const QRectF area(left, corner.y() - above, width, height + above + below);
+  const double left = frame->left - frame->left_edge.Room();
+  const double width = frame->right + frame->right_edge.Room() - left;
+  const QRectF area(corner.x() + left, corner.y(), width, height + frame_below);
   if (frame->shading.isValid()) painter.fillRect(area, frame->shading);
-  DrawVertical(painter, frame->left_edge.rule, area.left(), area.top(), area.height());
-  DrawVertical(painter, frame->right_edge.rule, area.right(), area.top(), area.height());
-  if (first_of_paragraph) DrawHorizontal(painter, frame->top_edge.rule, left, area.top(), width);
-  if (last_of_paragraph)
-    DrawHorizontal(painter, frame->bottom_edge.rule, left, area.bottom(), width);
+  BoxRules rules{{}, frame->left_edge.rule, {}, frame->right_edge.rule};
+  if (closed_above) rules.top = frame->top_edge.rule;
+  if (closed_below) rules.bottom = frame->bottom_edge.rule;
+  DrawBox(painter, rules, area);
+  if (!parted_above) return;
+  const double inner_left = area.left() + frame->left_edge.rule.Thickness();
+  const double inner_right = area.right() - frame->right_edge.rule.Thickness();
+  const Rule& between = frame->between.rule;
+  DrawHorizontal(painter, between, inner_left, area.top() + between.Thickness() / 2,
+                 inner_right - inner_left);
 }
 
 // `origin` is the left edge of the text area on the baseline: the line knows its own x.

@@ -60,9 +60,13 @@ struct Frame {
   QColor shading;  // invalid for none
   struct Edge {
     Rule rule;
-    double space = 0;  // set between edge and text, in the line's height; 0: a hair's breadth
+    double space = 0;  // to the text
+
+    double Room() const { return rule.width > 0 ? rule.Thickness() + space : 0; }
   };
+  // Those at the sides are outside of `left` and `right`, the others have room in the lines.
   Edge left_edge, right_edge, top_edge, bottom_edge;
+  Edge between;  // paragraphs that share the frame
 };
 
 class TextLine : public Strip {
@@ -75,7 +79,8 @@ class TextLine : public Strip {
   std::vector<double> bars;  // x of bar tabs
   std::shared_ptr<const Frame> frame;
   double frame_below = 0;  // how far the frame extends below, to a neighbour that shares it
-  bool first_of_paragraph = false, last_of_paragraph = false;
+  bool closed_above = false, closed_below = false;  // the frame begins or ends with the line
+  bool parted_above = false;                        // with the frame's line between paragraphs
 
  private:
   void DrawFrame(QPainter& painter, QPointF corner) const;

@@ -45,6 +45,10 @@ void SetSize(Context& context, const Token& word) {
   context.format.half_points = size <= 0 ? kDefaultHalfPoints : std::min(size, kLargestHalfPoints);
 }
 
+void SetKerning(Context& context, const Token& word) {
+  context.format.kerned_from = std::clamp(word.param, 0, kLargestHalfPoints);
+}
+
 void SetHighlight(Context& context, const Token& word) {
   context.format.highlight = context.colours.Position(word.param);
 }
@@ -86,6 +90,7 @@ const Words& CharacterWords() {
       {"up", Raise<1>},
       {"dn", Raise<-1>},
       {"fs", SetSize},
+      {"kerning", SetKerning},
       {"f", [](Context& c, const Token& word) { c.format.font = c.fonts.Position(word.param); }},
       {"cf",
        [](Context& c, const Token& word) { c.format.colour = c.colours.Position(word.param); }},
@@ -115,12 +120,12 @@ bool ApplyCharacterWord(const Token& word, FontTable& fonts, const ColourTable& 
 
 bool IsInvisibleWord(std::string_view name) {
   static const std::unordered_set<std::string_view> kWords{
-      "lang",     "langfe",     "langnp",   "langfenp", "noproof",      "insrsid",  "rsid",
-      "charrsid", "delrsid",    "sectrsid", "pararsid", "tblrsid",      "styrsid",  "kerning",
-      "expnd",    "expndtw",    "cgrid",    "rtlch",    "ltrch",        "fcs",      "loch",
-      "hich",     "dbch",       "af",       "afs",      "ab",           "ai",       "alang",
-      "acf",      "aul",        "aulnone",  "lbr",      "nosectexpand", "aspalpha", "aspnum",
-      "faauto",   "adjustright"};
+      "lang",    "langfe",       "langnp",   "langfenp", "noproof",  "insrsid",
+      "rsid",    "charrsid",     "delrsid",  "sectrsid", "pararsid", "tblrsid",
+      "styrsid", "expnd",        "expndtw",  "cgrid",    "rtlch",    "ltrch",
+      "fcs",     "loch",         "hich",     "dbch",     "af",       "afs",
+      "ab",      "ai",           "alang",    "acf",      "aul",      "aulnone",
+      "lbr",     "nosectexpand", "aspalpha", "aspnum",   "faauto",   "adjustright"};
   return kWords.contains(name);
 }
 

@@ -54,10 +54,16 @@ void DocumentHead::Word(Destination destination, const Token& word) {
       return colours_.Word(word);
     case Destination::kLists:
     case Destination::kOverrides:
-      return lists_.Word(word);
+      return lists_.Word(WithPosition(word));
     default:
       return;
   }
+}
+
+Token DocumentHead::WithPosition(Token word) {
+  if (word.text == "f") word.param = fonts_.Position(word.param);
+  if (word.text == "cf" || word.text == "pncf") word.param = colours_.Position(word.param);
+  return word;
 }
 
 bool DocumentHead::Setting(const Token& word) {

@@ -30,6 +30,8 @@ class DocumentHead {
   void EndGroup(const ReaderGroup& group);
   // A word in the group of a table.
   void Word(Destination destination, const Token& word);
+  // The word with the number of a list mark's font or colour as a position in the document's.
+  Token WithPosition(Token word);
   // Code page, default font and default language; false for other words.
   bool Setting(const Token& word);
   // Moves everything into the document.

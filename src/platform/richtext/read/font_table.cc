@@ -155,6 +155,12 @@ int FontTable::PositionOf(std::string_view name) {
   return Add(std::move(font));
 }
 
+std::optional<int> FontTable::FontOfMark(int position) {
+  if (position == DefaultPosition()) return std::nullopt;
+  const Font& font = fonts_[static_cast<std::size_t>(position)];
+  return font.charset == kSymbolCharset ? std::nullopt : std::optional(position);
+}
+
 int FontTable::SymbolPosition() {
   DefaultPosition();
   return Add(BulletFont());

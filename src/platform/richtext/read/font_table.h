@@ -37,6 +37,9 @@ class FontTable {
   int DefaultPosition();
   // Position of the font with this name (UTF-8), which is added if there is none.
   int PositionOf(std::string_view name);
+  // The font at this position if a list's mark has it for its own: not a font of symbols, whose
+  // characters are Unicode by now, nor the default font, which saved letters name for want of one.
+  std::optional<int> FontOfMark(int position);
   // Position of the font that bullets are written in.
   int SymbolPosition();
   // How the bytes of text in the font with this number are read.

@@ -66,7 +66,8 @@ Bullet::Gap GapOf(int follow) {
   return follow == 1 ? Bullet::Gap::kSpace : follow == 2 ? Bullet::Gap::kNone : Bullet::Gap::kTab;
 }
 
-// Words of a mark's own character format, which \pn groups write with a prefix.
+// Words of a mark's own character format, which \pn groups write with a prefix. Fonts and colours
+// are positions.
 void TakeMarkFormat(const Token& token, std::string_view prefix, Bullet* bullet) {
   if (!token.text.starts_with(prefix)) return;
   const std::string_view word = token.text.substr(prefix.size());
@@ -76,6 +77,10 @@ void TakeMarkFormat(const Token& token, std::string_view prefix, Bullet* bullet)
     bullet->italic = token.On();
   else if (word == "fs")
     bullet->half_points = std::clamp(token.param, 0, kLargestHalfPoints);
+  else if (word == "cf")
+    bullet->colour = token.param;
+  else if (word == "f")
+    bullet->font = token.param;
 }
 
 }  // namespace

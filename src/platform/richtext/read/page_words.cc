@@ -7,6 +7,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "platform/richtext/read/border_words.h"
+
 namespace tenora::richtext {
 namespace {
 
@@ -24,6 +26,16 @@ std::string SourceOf(const Token& word) {
   return source;
 }
 
+std::optional<PageBorders> PresentIn(PageBorders borders) {
+  bool any = false;
+  for (Border* border : {&borders.top, &borders.left, &borders.bottom, &borders.right}) {
+    any = any || border->present;
+    if (!border->present) *border = Border();
+  }
+  if (!any) return std::nullopt;
+  return borders;
+}
+
 }  // namespace
 
 bool PageWords::Take(const Token& word) {
@@ -39,6 +51,7 @@ bool PageWords::Take(const Token& word) {
     begin_ = Section::Begin::kPage;
     // In the head, section words may come before.
     if (section_ == nullptr) return true;
+    borders_ = {};
     own_ = {};
     own_landscape_.reset();
     others_.clear();
@@ -53,6 +66,31 @@ bool PageWords::Take(const Token& word) {
     if (section_ == nullptr) default_tab_ = std::clamp(word.Or(720), 1, kLargestPage);
   } else {
     return TakeLength(word) || TakeColumn(word) || TakeOther(word);
+  }
+  return true;
+}
+
+bool PageWords::TakeBorder(const Token& word, const ColourTable& colours, bool counts) {
+  if (border_ != nullptr && IsBorderWord(word.text)) {
+    ApplyBorderWord(word, colours, border_);
+    return true;
+  }
+  border_ = nullptr;
+  constexpr std::string_view kPrefix = "pgbrdr";
+  if (!word.text.starts_with(kPrefix)) return false;
+  PageBorders& borders = counts ? borders_ : ignored_;
+  const std::string_view name = word.text.substr(kPrefix.size());
+  if (name == "t") border_ = &borders.top;
+  if (name == "l") border_ = &borders.left;
+  if (name == "b") border_ = &borders.bottom;
+  if (name == "r") border_ = &borders.right;
+  if (name == "head") borders.around_header = true;
+  if (name == "foot") borders.around_footer = true;
+  if (name == "opt") {
+    using Pages = PageBorders::Pages;
+    const int pages = word.param & 7;
+    borders.pages = pages == 1 ? Pages::kFirst : pages == 2 ? Pages::kAllButFirst : Pages::kAll;
+    borders.from_paper = (word.param & kBordersFromPaper) != 0;
   }
   return true;
 }
@@ -138,6 +176,7 @@ PageSetup PageWords::Page() const {
   // A later section may lie across by its size alone.
   const bool sized = section_ != nullptr && own_.width && own_.height;
   page.landscape = own_landscape_.value_or(sized ? page.width > page.height : landscape_);
+  page.borders = PresentIn(borders_);
   Others words = others_;
   if (section_ == nullptr) words.insert(head_others_.begin(), head_others_.end());
   for (const auto& [word, source] : words) page.other_words += source;

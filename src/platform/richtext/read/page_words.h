@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/richtext/document.h"
+#include "platform/richtext/read/colour_table.h"
 #include "platform/richtext/rtf_tokenizer.h"
 
 namespace tenora::richtext {
@@ -15,6 +16,9 @@ class PageWords {
  public:
   // False for other words. Section words set the section that is being read.
   bool Take(const Token& word);
+  // The words of the borders around the page, which come before paragraphs' border words are looked
+  // for; false for others. They count in the letter's text only.
+  bool TakeBorder(const Token& word, const ColourTable& colours, bool counts);
   // \sect: ends the section, whose page is then known, and begins the next.
   std::shared_ptr<Section> BeginSection();
   // The section being read; null for the first, which is the document's page.
@@ -43,6 +47,8 @@ class PageWords {
   bool landscape_ = false;
   std::optional<bool> own_landscape_;
   Others head_others_, others_;
+  PageBorders borders_, ignored_;
+  Border* border_ = nullptr;  // the one whose words are read
   Section::Begin begin_ = Section::Begin::kPage;
   int default_tab_ = 720;
   PageSetup first_;

@@ -76,6 +76,7 @@ void ChangeBorders(Context& context, Change change) {
   if (box || target == BorderTarget::kBottom) change(format.bottom);
   if (box || target == BorderTarget::kLeft) change(format.left);
   if (box || target == BorderTarget::kRight) change(format.right);
+  if (target == BorderTarget::kBetween) change(format.between);
 }
 
 void AddAlignmentWords(Words& words) {
@@ -84,7 +85,7 @@ void AddAlignmentWords(Words& words) {
       {"qc", Align<Alignment::kCentre>},
       {"qr", Align<Alignment::kRight>},
       {"qj", Align<Alignment::kJustified>},
-      {"qd", Align<Alignment::kJustified>},
+      {"qd", Align<Alignment::kDistributed>},
       {"li", SetLength<&ParagraphFormat::left_indent>},
       {"ri", SetLength<&ParagraphFormat::right_indent>},
       {"lin", SetLength<&ParagraphFormat::left_indent>},
@@ -141,7 +142,7 @@ void AddEdgeWords(Words& words) {
       {"brdrl", SelectBorder<BorderTarget::kLeft>},
       {"brdrr", SelectBorder<BorderTarget::kRight>},
       {"box", SelectBorder<BorderTarget::kBox>},
-      {"brdrbtw", SelectBorder<BorderTarget::kNone>},
+      {"brdrbtw", SelectBorder<BorderTarget::kBetween>},
       {"brdrbar", SelectBorder<BorderTarget::kNone>},
       {"chbrdr", SelectBorder<BorderTarget::kNone>},
   });

@@ -8,7 +8,7 @@
 namespace tenora::richtext {
 
 // Where border words go: they follow the word that names the edge.
-enum class BorderTarget { kNone, kTop, kBottom, kLeft, kRight, kBox, kRow };
+enum class BorderTarget { kNone, kTop, kBottom, kLeft, kRight, kBetween, kBox, kRow };
 
 // The paragraph formatting in force while a document is read, with what only reading needs.
 struct ParagraphState {

@@ -573,7 +573,10 @@ void RtfReader::AddSymbol(const SymbolField& symbol) {
 
 void RtfReader::EndClassicList() {
   ChangeParagraph();
-  CurrentStory().state().format.bullet = bullet_.Take();
+  Bullet bullet = bullet_.Take();
+  if (bullet_.font_number() >= 0)
+    bullet.font = head_.fonts().FontOfMark(head_.fonts().Position(bullet_.font_number()));
+  CurrentStory().state().format.bullet = std::move(bullet);
 }
 
 void RtfReader::Deliver(const ReaderGroup& group, Verbatim object) {
@@ -641,7 +644,7 @@ void RtfReader::Word(const Token& word) {
     case Destination::kOverrides:
       return head_.Word(Top().destination, word);
     case Destination::kClassicList:
-      return bullet_.Word(word);
+      return bullet_.Word(head_.WithPosition(word));
     case Destination::kTitle:
     case Destination::kListBefore:
     case Destination::kListAfter:
@@ -666,13 +669,17 @@ void RtfReader::TextWord(const Token& word) {
   if (const char32_t character = CharacterOfWord(word.text)) return Character(character);
   if (CharacterWord(word) || BreakWord(word)) return;
   if (CurrentStory().TakeRowWord(word, Top().nested_row)) return;
+  const bool letters = stories_.size() == 1;
+  if (head_.page().TakeBorder(word, head_.colours(), letters)) return;
   if (ParagraphWord(word) || head_.Setting(word)) return;
   // Kept at the start of the note, where it makes an endnote of a footnote.
   if (word.text == "ftnalt" && Top().owns_story && Top().own_word == "\\footnote") {
     Top().own_word += "\\ftnalt";
     return;
   }
-  head_.page().Take(word);
+  // Word processors write section words behind fields, also in headers, whose sections they are
+  // not.
+  if (letters) head_.page().Take(word);
 }
 
 bool RtfReader::BreakWord(const Token& word) {

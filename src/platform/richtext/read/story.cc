@@ -8,6 +8,7 @@
 namespace tenora::richtext {
 namespace {
 
+constexpr std::size_t kLongestCode = 512;  // bytes that a code's beginning is looked for in
 constexpr std::string_view kObjectCharacter = "\xef\xbf\xbc";  // U+FFFC
 
 Colour GreyOfShading(int hundredths_of_percent) {
@@ -28,8 +29,29 @@ std::size_t ParagraphCost(const ParagraphFormat& format) {
 
 }  // namespace
 
+// Word processors put words for kerning into the middle of a code, which stays one run.
+std::size_t Story::RestOfCode(std::string_view utf8, const CharFormat& format) const {
+  if (current_.runs.empty()) return 0;
+  const Run& last = current_.runs.back();
+  if (last.format.kerned_from == format.kerned_from || last.object.index() != 0) return 0;
+  CharFormat as_before = format;
+  as_before.kerned_from = last.format.kerned_from;
+  if (last.format != as_before) return 0;
+  const std::string_view whole = last.text;
+  const std::string_view text = whole.substr(whole.size() - std::min(whole.size(), kLongestCode));
+  const std::size_t open = text.rfind("<<"), closed = text.rfind(">>");
+  if (open == text.npos || (closed != text.npos && closed > open)) return 0;
+  const std::size_t end = utf8.find(">>");
+  return end == utf8.npos ? utf8.size() : end + 2;
+}
+
 void Story::Text(std::string_view utf8, const CharFormat& format,
                  const std::shared_ptr<const Field>& field) {
+  if (const std::size_t rest = RestOfCode(utf8, format); rest > 0) {
+    const CharFormat before = current_.runs.back().format;
+    Text(utf8.substr(0, rest), before, field);
+    utf8.remove_prefix(rest);
+  }
   if (utf8.empty()) return;
   Run* last = current_.runs.empty() ? nullptr : &current_.runs.back();
   const bool plain = last != nullptr && last->object.index() == 0;
@@ -65,6 +87,7 @@ void Story::ApplyList(ParagraphFormat* format) {
   const ListTable::Item item = context_.lists.Next(state_.list, state_.list_level);
   if (item.bullet.kind == Bullet::Kind::kNone) return;
   Bullet& bullet = format->bullet = item.bullet;
+  if (bullet.font) bullet.font = context_.fonts.FontOfMark(*bullet.font);
   if (bullet.kind == Bullet::Kind::kBullet) return;
   bullet.start = item.last->start;
   bullet.list = item.last->list;
@@ -87,7 +110,8 @@ Paragraph Story::TakeParagraph(const CharFormat& mark) {
     format.shading = context_.colours.Add(GreyOfShading(state_.shading));
   if (format.automatic_before) format.space_before = context_.page.AutomaticSpace();
   if (format.automatic_after) format.space_after = context_.page.AutomaticSpace();
-  for (Border* border : {&format.top, &format.bottom, &format.left, &format.right}) {
+  for (Border* border :
+       {&format.top, &format.bottom, &format.left, &format.right, &format.between}) {
     if (!border->present) *border = Border();
   }
   if (format.frame && !IsPlaced(*format.frame)) format.frame.reset();

@@ -70,6 +70,9 @@ class Story {
   int paragraph_serial() const { return serial_; }
 
  private:
+  // How much of the text belongs to a code that the last run began, and differs in its kerning
+  // only.
+  std::size_t RestOfCode(std::string_view utf8, const CharFormat& format) const;
   Paragraph TakeParagraph(const CharFormat& mark);
   void NumberParagraph(ParagraphFormat* format);
   void ApplyList(ParagraphFormat* format);

@@ -1,5 +1,6 @@
 #include "platform/richtext/write/format_writer.h"
 
+#include "platform/richtext/border_kinds.h"
 #include "platform/richtext/characters/code_page.h"
 #include "platform/richtext/list_mark.h"
 #include "platform/runtime/text.h"
@@ -89,6 +90,7 @@ void FormatWriter::Change(const CharFormat* before, const CharFormat& to) {
     else
       out_.Word("dn", -to.raise_half_points);
   }
+  if (from.kerned_from != to.kerned_from) out_.Word("kerning", to.kerned_from);
   if (before == nullptr || from.font != to.font) out_.Word("f", to.font);
   if (before == nullptr || from.half_points != to.half_points) out_.Word("fs", to.half_points);
 }
@@ -98,7 +100,7 @@ bool FormatWriter::InSymbol(const Bullet& bullet) const {
 }
 
 void FormatWriter::BulletText(const Bullet& bullet, int number) {
-  const int font = InSymbol(bullet) ? symbol_font_ : default_font_;
+  const int font = InSymbol(bullet) ? symbol_font_ : bullet.font.value_or(default_font_);
   out_.Raw("{\\pntext");
   out_.Word("f", font);
   if (InSymbol(bullet)) {
@@ -112,7 +114,7 @@ void FormatWriter::BulletText(const Bullet& bullet, int number) {
 }
 
 void FormatWriter::ListWords(const Bullet& bullet) {
-  const int font = InSymbol(bullet) ? symbol_font_ : default_font_;
+  const int font = InSymbol(bullet) ? symbol_font_ : bullet.font.value_or(default_font_);
   const bool is_bullet = bullet.kind == Bullet::Kind::kBullet;
   out_.Raw(is_bullet ? "{\\*\\pn\\pnlvlblt" : "{\\*\\pn\\pnlvlbody");
   out_.Word("pnf", font);
@@ -122,6 +124,7 @@ void FormatWriter::ListWords(const Bullet& bullet) {
   if (bullet.bold) Switch("pnb", !*bullet.bold, *bullet.bold);
   if (bullet.italic) Switch("pni", !*bullet.italic, *bullet.italic);
   if (bullet.half_points != 0) out_.Word("pnfs", bullet.half_points);
+  if (bullet.colour) out_.Word("pncf", *bullet.colour);
   if (!is_bullet) {
     out_.Word("pnstart", bullet.start);
     out_.Word(bullet.kind == Bullet::Kind::kUpperRoman    ? "pnucrm"
@@ -159,16 +162,13 @@ void FormatWriter::ListText(std::string_view word, std::string_view text) {
   out_.Raw("}");
 }
 
-void FormatWriter::BorderWords(std::string_view edge, const Border& border) {
+void WriteBorder(std::string_view edge, const Border& border, SourceText* out) {
   if (!border.present) return;
-  out_.Word(edge);
-  out_.Word(border.kind == Border::Kind::kDouble   ? "brdrdb"
-            : border.kind == Border::Kind::kDotted ? "brdrdot"
-            : border.kind == Border::Kind::kDashed ? "brdrdash"
-                                                   : "brdrs");
-  if (border.width != 0) out_.Word("brdrw", border.width);
-  if (border.space != 0) out_.Word("brsp", border.space);
-  if (border.colour != 0) out_.Word("brdrcf", border.colour);
+  out->Word(edge);
+  out->Word(BorderKindWord(border.kind));
+  if (border.width != 0) out->Word("brdrw", border.width);
+  if (border.space != 0) out->Word("brsp", border.space);
+  if (border.colour != 0) out->Word("brdrcf", border.colour);
 }
 
 void FormatWriter::TabWords(const TabStop& tab) {
@@ -236,15 +236,17 @@ void FormatWriter::Paragraph(const ParagraphFormat& format, int number) {
   if (format.keep_with_next) out_.Word("keepn");
   if (format.widow_control) out_.Word("widctlpar");
   if (format.frame) FrameWords(*format.frame);
-  BorderWords("brdrt", format.top);
-  BorderWords("brdrl", format.left);
-  BorderWords("brdrb", format.bottom);
-  BorderWords("brdrr", format.right);
+  WriteBorder("brdrt", format.top, &out_);
+  WriteBorder("brdrl", format.left, &out_);
+  WriteBorder("brdrb", format.bottom, &out_);
+  WriteBorder("brdrr", format.right, &out_);
+  WriteBorder("brdrbtw", format.between, &out_);
   if (format.shading != 0) out_.Word("cbpat", format.shading);
   LengthWords(format);
   if (format.alignment == Alignment::kCentre) out_.Word("qc");
   if (format.alignment == Alignment::kRight) out_.Word("qr");
   if (format.alignment == Alignment::kJustified) out_.Word("qj");
+  if (format.alignment == Alignment::kDistributed) out_.Word("qd");
   for (const TabStop& tab : format.tabs) TabWords(tab);
 }
 

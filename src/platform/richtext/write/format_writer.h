@@ -25,6 +25,9 @@ bool IsSymbolBullet(const Bullet& bullet);
 inline constexpr std::string_view kListWord = "tenoralist";
 inline constexpr std::string_view kListGapWord = "tenoralistgap";  // 1: a space, 2: nothing
 
+// Writes nothing for a border that is not there; `edge` is the word that names its place.
+void WriteBorder(std::string_view edge, const Border& border, SourceText* out);
+
 class FormatWriter {
  public:
   // Bullets are written in the Symbol font among `fonts`, numbers in the default font.
@@ -43,7 +46,6 @@ class FormatWriter {
   void ListText(std::string_view word, std::string_view text);
   void FrameWords(const FramePlace& frame);
   void LengthWords(const ParagraphFormat& format);
-  void BorderWords(std::string_view edge, const Border& border);
   void TabWords(const TabStop& tab);
   void Switch(std::string_view word, bool from, bool to);
   void UnderlineWord(Underline underline);

@@ -4,6 +4,7 @@
 
 #include "platform/richtext/characters/code_page.h"
 #include "platform/richtext/write/block_writer.h"
+#include "platform/richtext/write/section_writer.h"
 #include "platform/richtext/write/source_text.h"
 
 namespace tenora::richtext {
@@ -67,6 +68,7 @@ void WritePageSetup(const Document& document, SourceText* out) {
   }
   if (page.landscape) out->Word("landscape");
   if (document.default_tab != 720) out->Word("deftab", document.default_tab);
+  WritePageBorders(page, out);
   out->Raw(page.other_words, true);
   if (out->text().size() != before) out->LineEnd();
 }

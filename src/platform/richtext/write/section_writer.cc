@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/richtext/write/format_writer.h"
+
 namespace tenora::richtext {
 namespace {
 
@@ -23,6 +25,20 @@ const char* BeginWord(Section::Begin begin) {
 
 }  // namespace
 
+void WritePageBorders(const PageSetup& page, SourceText* out) {
+  if (!page.borders) return;
+  const PageBorders& borders = *page.borders;
+  if (borders.around_header) out->Word("pgbrdrhead");
+  if (borders.around_footer) out->Word("pgbrdrfoot");
+  WriteBorder("pgbrdrt", borders.top, out);
+  WriteBorder("pgbrdrl", borders.left, out);
+  WriteBorder("pgbrdrb", borders.bottom, out);
+  WriteBorder("pgbrdrr", borders.right, out);
+  const int options =
+      static_cast<int>(borders.pages) | (borders.from_paper ? kBordersFromPaper : 0);
+  if (options != 0) out->Word("pgbrdropt", options);
+}
+
 void WriteSection(const Section& section, SourceText* out) {
   out->Word("sectd");
   if (const char* const word = BeginWord(section.begin)) out->Word(word);
@@ -40,6 +56,7 @@ void WriteSection(const Section& section, SourceText* out) {
     out->Word("lndscpsxn");
   else if (!upright)
     out->Word("lndscpsxn", 0);
+  WritePageBorders(page, out);
   out->Raw(page.other_words, true);
   out->LineEnd();
   for (const HeadGroup& group : section.head_groups) {

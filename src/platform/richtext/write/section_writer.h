@@ -1,4 +1,4 @@
-// Writes the sections after a document's first.
+// Writes the page of a document and the sections after its first.
 #pragma once
 
 #include "platform/richtext/document.h"
@@ -6,6 +6,8 @@
 
 namespace tenora::richtext {
 
+// The words of the borders around the page.
+void WritePageBorders(const PageSetup& page, SourceText* out);
 // What follows \sect: how the section begins, its page, headers and footers.
 void WriteSection(const Section& section, SourceText* out);
 

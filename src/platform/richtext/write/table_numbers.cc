@@ -107,12 +107,20 @@ class Visitor {
   explicit Visitor(const Change& change) : change_(change) {}
 
   void Visit(Document* document) {
+    Visit(&document->page);
     Visit(&document->head_groups);
     for (std::string& group : document->info) Source(&group);
     for (Block& block : document->blocks) Visit(&block);
   }
 
  private:
+  void Visit(PageSetup* page) {
+    if (!page->borders) return;
+    PageBorders& borders = *page->borders;
+    for (Border* border : {&borders.top, &borders.left, &borders.bottom, &borders.right})
+      Colour(&border->colour);
+  }
+
   void Visit(std::vector<HeadGroup>* groups) {
     for (HeadGroup& group : *groups) {
       Source(&group.source);
@@ -136,8 +144,11 @@ class Visitor {
   void Visit(Paragraph* paragraph) {
     ParagraphFormat& format = paragraph->format;
     Colour(&format.shading);
-    for (Border* border : {&format.top, &format.bottom, &format.left, &format.right})
+    for (Border* border :
+         {&format.top, &format.bottom, &format.left, &format.right, &format.between})
       Colour(&border->colour);
+    if (format.bullet.font) format.bullet.font = change_(Reference::kFont, *format.bullet.font);
+    if (format.bullet.colour) Colour(&*format.bullet.colour);
     Visit(&paragraph->mark);
     for (Run& run : paragraph->runs) {
       Visit(&run.format);
@@ -148,8 +159,11 @@ class Visitor {
         VisitObject(object);
     }
     for (Mark& mark : paragraph->marks) Source(&mark.source);
-    if (paragraph->next_section == nullptr || paragraph->next_section->head_groups.empty()) return;
+    if (paragraph->next_section == nullptr) return;
+    if (paragraph->next_section->head_groups.empty() && !paragraph->next_section->page.borders)
+      return;
     Section section = *paragraph->next_section;  // copies of the document may share it
+    Visit(&section.page);
     Visit(&section.head_groups);
     paragraph->next_section = std::make_shared<const Section>(std::move(section));
   }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "platform/richtext/border_kinds.h"
 #include "platform/richtext/document_text.h"
 #include "platform/richtext/picture_look.h"
 #include "ui/editor/text/paragraph_mark.h"
@@ -46,8 +47,7 @@ QTextTableFormat TableFormat(const Table& source, const TableGrid& grid) {
   const Row& first = source.rows[grid.first_row];
   if (first.alignment == richtext::Alignment::kCentre) format.setAlignment(Qt::AlignHCenter);
   if (first.alignment == richtext::Alignment::kRight) format.setAlignment(Qt::AlignRight);
-  if (first.alignment == richtext::Alignment::kLeft ||
-      first.alignment == richtext::Alignment::kJustified)
+  if (first.alignment == richtext::Alignment::kLeft || richtext::IsJustified(first.alignment))
     format.setLeftMargin(PixelsOfTwips(grid.edges.front()));
   QList<QTextLength> widths;
   for (int c = 0; c < grid.columns(); ++c) {
@@ -89,7 +89,7 @@ QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& da
   const Cell& bottom_cell = bottom.row->cells[static_cast<std::size_t>(bottom.first)];
 
   const auto width = [](const richtext::Border& border) {
-    const int lines = border.kind == richtext::Border::Kind::kDouble ? 3 : 1;
+    const int lines = richtext::HasSeveralLines(border.kind) ? 3 : 1;
     return border.present ? lines * std::max(1.0, PixelsOfTwips(border.width)) : 0.0;
   };
   const auto brush = [&](const richtext::Border& border) {
@@ -99,9 +99,11 @@ QTextTableCellFormat CellFormat(const LetterFormats& formats, const CellData& da
   const auto style = [](const richtext::Border& border) {
     using Kind = richtext::Border::Kind;
     if (!border.present) return QTextFrameFormat::BorderStyle_None;
-    if (border.kind == Kind::kDouble) return QTextFrameFormat::BorderStyle_Double;
+    if (richtext::HasSeveralLines(border.kind)) return QTextFrameFormat::BorderStyle_Double;
     if (border.kind == Kind::kDotted) return QTextFrameFormat::BorderStyle_Dotted;
     if (border.kind == Kind::kDashed) return QTextFrameFormat::BorderStyle_Dashed;
+    if (border.kind == Kind::kDashDot) return QTextFrameFormat::BorderStyle_DotDash;
+    if (border.kind == Kind::kDashDotDot) return QTextFrameFormat::BorderStyle_DotDotDash;
     return QTextFrameFormat::BorderStyle_Solid;
   };
   format.setTopBorder(width(cell.top));

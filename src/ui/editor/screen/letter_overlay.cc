@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "platform/printing/symbol_fonts.h"
+#include "platform/richtext/border_kinds.h"
 #include "platform/richtext/list_counter.h"
 #include "platform/richtext/list_mark.h"
 
@@ -63,8 +64,10 @@ class Overlay {
     QPen pen(colour.isValid() ? colour : QColor(Qt::black), width);
     if (border.kind == Kind::kDotted) pen.setStyle(Qt::DotLine);
     if (border.kind == Kind::kDashed) pen.setStyle(Qt::DashLine);
+    if (border.kind == Kind::kDashDot) pen.setStyle(Qt::DashDotLine);
+    if (border.kind == Kind::kDashDotDot) pen.setStyle(Qt::DashDotDotLine);
     painter_.setPen(pen);
-    if (border.kind != Kind::kDouble) return painter_.drawLine(from, to);
+    if (!richtext::HasSeveralLines(border.kind)) return painter_.drawLine(from, to);
     const QPointF apart = from.y() == to.y() ? QPointF(0, width) : QPointF(width, 0);
     painter_.drawLine(from - apart, to - apart);
     painter_.drawLine(from + apart, to + apart);

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/richtext/border_kinds.h"
+
 namespace tenora {
 namespace {
 
@@ -15,23 +17,9 @@ using richtext::Table;
 constexpr int kNewCellGap = 108;  // twips
 constexpr int kNewBorder = 10;    // twips
 
-std::string_view WordFor(richtext::Border::Kind kind) {
-  switch (kind) {
-    case richtext::Border::Kind::kSingle:
-      return "brdrs";
-    case richtext::Border::Kind::kDouble:
-      return "brdrdb";
-    case richtext::Border::Kind::kDotted:
-      return "brdrdot";
-    case richtext::Border::Kind::kDashed:
-      return "brdrdash";
-  }
-  return "brdrs";
-}
-
 void BorderSource(std::string_view edge, const richtext::Border& border, std::string* out) {
   if (!border.present) return;
-  out->append("\\").append(edge).append("\\").append(WordFor(border.kind));
+  out->append("\\").append(edge).append("\\").append(richtext::BorderKindWord(border.kind));
   out->append("\\brdrw").append(std::to_string(border.width));
   if (border.colour != 0) out->append("\\brdrcf").append(std::to_string(border.colour));
 }

@@ -67,6 +67,7 @@ Qt::Alignment ShownAlignment(Alignment alignment) {
     case Alignment::kRight:
       return Qt::AlignRight | Qt::AlignAbsolute;
     case Alignment::kJustified:
+    case Alignment::kDistributed:
       return Qt::AlignJustify;
   }
   return Qt::AlignLeft;
@@ -155,7 +156,7 @@ QTextCharFormat LetterFormats::Mark(const CharFormat& format) {
   shown.setFontPointSize(std::clamp(format.half_points, 2, 3276) / 2.0);
   shown.setFontWeight(format.bold ? QFont::Bold : QFont::Normal);
   shown.setFontItalic(format.italic);
-  shown.setFontKerning(false);
+  shown.setFontKerning(printing::IsKerned(format));
   shown.setFontHintingPreference(QFont::PreferNoHinting);
   shown.setProperty(kCharProperty, QVariant::fromValue(format));
   return shown;
