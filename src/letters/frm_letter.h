@@ -142,6 +142,7 @@ class frmLetter {
   std::string KindWord() const;
   enum class Making { kNothing, kMissing };
   std::filesystem::path LetterFolder(Making making = Making::kNothing) const;
+  void RenameInCase(const std::filesystem::path& path);
   bool WriteLetter(Making making = Making::kNothing);
   bool ChangedByOthers() const;
   void InsertFile(const std::string& title, const std::string& filter, bool as_picture);

@@ -32,7 +32,7 @@ class LetterHost {
   virtual void ShowSaveError(const RuntimeError& error) = 0;
   // Whether SaveAs may call the file `used`, since not every system could open one called `typed`.
   virtual bool ConfirmFileName(const std::string& typed, const std::string& used) = 0;
-  // Whether SaveAs may replace this file.
+  // Whether SaveAs may replace this file, whose name may differ from the given one in letter case.
   virtual bool ConfirmReplace(const std::filesystem::path& path) = 0;
   // Whether Save may write over what another program has put into the letter's file since it was
   // loaded or saved here.

@@ -118,6 +118,52 @@ TEST_F(LetterCommandsTest, KeepsALetterThatCouldNotBeSavedMarkedAsChanged) {
   EXPECT_EQ(ReadWholeFile(Data() / "Templates/Other.rtf"), "another's");
 }
 
+// On a Windows server both would be one file.
+TEST_F(LetterCommandsTest, AsksBeforeItReplacesALetterWhoseNameDiffersInCaseOnly) {
+  const struct {
+    const char *there, *own, *typed;  // own: the letter's file before; empty for a new letter
+    const char* asked;
+    bool may_replace;
+    std::vector<std::string> files;
+    const char* shown;  // the file's name then
+  } cases[] = {
+      {"Welcome", "", "welcome", "Welcome.rtf", true, {"Welcome.rtf"}, "Welcome.rtf"},
+      {"Ärger", "", "ÄRGER.rtf", "Ärger.rtf", true, {"Ärger.rtf"}, "Ärger.rtf"},
+      {"Welcome", "Notice", "WELCOME", "Welcome.rtf", false, {"Notice.rtf", "Welcome.rtf"}, ""},
+      {"Welcome", "Welcome", "welcome", "", true, {"welcome.rtf"}, "welcome.rtf"},
+      {"Welcome", "Welcome", "Welcome", "", true, {"Welcome.rtf"}, "Welcome.rtf"},
+      {"Straße", "", "Strasse", "", true, {"Strasse.rtf", "Straße.rtf"}, "Strasse.rtf"},
+      {"Welcome.old", "", "welcome", "", true, {"Welcome.old.rtf", "welcome.rtf"}, "welcome.rtf"},
+  };
+  const fs::path folder = Data() / "Templates";
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.there) + " <- " + c.typed);
+    fs::remove_all(folder);
+    fs::create_directory(folder);
+    host_.replacements_asked.clear();
+    host_.may_replace = c.may_replace;
+    for (const std::string name : {c.there, c.own}) {
+      if (!name.empty()) WriteWholeFile(folder / (name + ".rtf"), "{\\rtf1 old}");
+    }
+    letter_.StartNew(kTemplates);
+    if (*c.own != '\0') letter_.LoadLetter(folder / (std::string(c.own) + ".rtf"), kTemplates);
+    letter_.rtfLetter.SetText("mine");
+    Dialogs().WillType(c.typed);
+    if (!c.may_replace) Dialogs().WillCancel();
+    EXPECT_EQ(letter_.SaveAs(), c.may_replace);
+    std::vector<std::string> asked, files;
+    if (*c.asked != '\0') asked.emplace_back(c.asked);
+    EXPECT_EQ(host_.replacements_asked, asked);
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      files.push_back(entry.path().filename().string());
+    }
+    EXPECT_THAT(files, testing::UnorderedElementsAreArray(c.files));
+    if (!c.may_replace) continue;
+    EXPECT_EQ(fs::path(letter_.members().FilePath), folder / c.shown);
+    EXPECT_THAT(ReadWholeFile(folder / c.shown), testing::HasSubstr("mine"));
+  }
+}
+
 TEST_F(LetterCommandsTest, AsksBeforeItWritesOverAnothersChangeOfTheFile) {
   const fs::path path = Data() / "Notice.rtf";
   WriteWholeFile(path, "{\\rtf1 old}");

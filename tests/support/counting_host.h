@@ -28,7 +28,10 @@ class CountingHost : public LetterHost {
     names_asked.push_back(typed + " -> " + used);
     return may_rename;
   }
-  bool ConfirmReplace(const std::filesystem::path&) override { return may_replace; }
+  bool ConfirmReplace(const std::filesystem::path& path) override {
+    replacements_asked.push_back(path.filename().string());
+    return may_replace;
+  }
   bool ConfirmOverwrite(const std::filesystem::path&) override {
     ++overwrites_asked;
     return may_overwrite;
@@ -37,7 +40,7 @@ class CountingHost : public LetterHost {
 
   int focused = 0, saves = 0, closed = 0, refreshed = 0, failed = 0, overwrites_asked = 0;
   int width = -1;  // twips, of the last SetWidth
-  std::vector<std::string> names_asked;
+  std::vector<std::string> names_asked, replacements_asked;
   bool may_rename = true, may_replace = true, may_overwrite = true;
   int paper_width = 0;
   std::function<void(RichTextBox& editor)> choose_future_date;

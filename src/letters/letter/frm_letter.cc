@@ -381,9 +381,11 @@ bool frmLetter::SaveAs() {
     if (typed.ends_with(kExtension)) typed.remove_suffix(kExtension.size());
     const std::string used = path.stem().string();
     if (used != TrimBlanks(typed) && !host_.ConfirmFileName(answer, used)) return true;
-    std::error_code error;
-    const bool replaces = path != fs::path(members_.FilePath) && fs::exists(path, error);
-    return replaces && !host_.ConfirmReplace(path);
+    const fs::path taken = FileOfName(path);
+    if (taken.empty() || taken == fs::path(members_.FilePath)) return false;
+    if (!host_.ConfirmReplace(taken)) return true;
+    path = taken;
+    return false;
   };
   do {
     answer = session_.platform.dialogs
@@ -393,6 +395,7 @@ bool frmLetter::SaveAs() {
     if (members_.LetterTitle.empty()) return false;
     path = LetterFolder() / FileNameOf(members_.LetterTitle);
   } while (refused());
+  RenameInCase(path);
   const std::string path_before = std::exchange(members_.FilePath, path.string());
   const bool written = WriteLetter(Making::kMissing);
   // Without a file, the next save asks again.
@@ -401,6 +404,16 @@ bool frmLetter::SaveAs() {
   AfterLoadLetter();
   members_.Changed = !written;
   return written;
+}
+
+// A letter that is saved under its own name in another letter case is not to be there twice. Where
+// it cannot be renamed, it is.
+void frmLetter::RenameInCase(const fs::path& path) {
+  if (members_.FilePath.empty() || path == members_.FilePath) return;
+  if (FileOfName(path) != fs::path(members_.FilePath)) return;
+  std::error_code kept;
+  fs::rename(members_.FilePath, path, kept);
+  if (!kept) members_.FilePath = path.string();
 }
 
 bool frmLetter::CheckSave() {

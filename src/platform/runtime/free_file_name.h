@@ -1,4 +1,4 @@
-// Names that are not taken yet: "Notice.rtf", "Notice(1).rtf", "Notice(2).rtf", …
+// Names that are taken, and those that are not yet: "Notice.rtf", "Notice(1).rtf", …
 #pragma once
 
 #include <filesystem>
@@ -17,5 +17,9 @@ std::filesystem::path WriteUnderFreeName(
     const std::filesystem::path& wanted, std::string_view content,
     Durability durability = Durability::kSynced,
     const std::function<bool(const std::filesystem::path&)>& accept = {});
+
+// The file that has this name or, in the same folder, one that differs from it in letter case only:
+// a Windows folder, or one shared by SMB, has room for one of them. Empty where there is none.
+std::filesystem::path FileOfName(const std::filesystem::path& wanted);
 
 }  // namespace tenora

@@ -11,6 +11,7 @@
 #include "letters/template_library.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/free_file_name.h"
 #include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
 #include "ui/window/appearance/icons.h"
@@ -81,9 +82,11 @@ void TreeCommands::Rename(const Entry& entry) {
   }
   const std::filesystem::path path = entry.path.parent_path() / (name + extension);
   if (path == entry.path) return;
-  if (!RenameWithoutReplacing(entry.path, path)) {
-    return dialogs.Say("A file of this name is there already:\r\n" + path.string() +
-                       "\r\nNothing was renamed.");
+  const std::filesystem::path taken = FileOfName(path);
+  const bool by_another = !taken.empty() && taken != entry.path;
+  if (by_another || !RenameWithoutReplacing(entry.path, path)) {
+    return dialogs.Say("A file of this name is there already:\r\n" +
+                       (by_another ? taken : path).string() + "\r\nNothing was renamed.");
   }
   if (LetterWindow* open = letters_.OfFile(entry.path)) {
     open->letter().members().FilePath = path.string();
