@@ -18,6 +18,7 @@
 #include "platform/registry/registry.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/pdf_target.h"
 #include "platform/runtime/scratch_cleanup.h"
 #include "rental/session.h"
 #include "startup/command_line.h"
@@ -46,8 +47,8 @@ std::string Environment(const char* name) {
 }
 
 std::unique_ptr<tenora::printing::Printers> MakePrinters() {
-  return tenora::printing::Printers::Create(
-      {.default_printer = Environment("TENORA_PRINTER"), .pdf_target = Environment("TENORA_PDF")});
+  return tenora::printing::Printers::Create({.default_printer = Environment("TENORA_PRINTER"),
+                                             .pdf_target = tenora::PdfTargetFromEnvironment()});
 }
 
 // Calls `use` with the process-wide services, made from this process's environment.

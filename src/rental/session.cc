@@ -8,6 +8,7 @@
 
 #include "platform/locale/locale.h"
 #include "platform/registry/registry.h"
+#include "platform/runtime/pdf_target.h"
 
 namespace tenora {
 
@@ -37,6 +38,8 @@ ScratchSweep Session::SweepScratchFiles() {
   std::error_code none;
   const std::filesystem::path temporary = std::filesystem::temp_directory_path(none);
   if (!none) others.push_back(temporary);
+  const std::filesystem::path pdfs = FolderOfPdfTarget(PdfTargetFromEnvironment());
+  if (!pdfs.empty()) others.push_back(pdfs);
   return {database.DataFolder(), std::move(others)};
 }
 

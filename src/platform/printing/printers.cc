@@ -9,6 +9,7 @@
 #include "platform/printing/printing.h"
 #include "platform/printing/qt_application.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/pdf_target.h"
 #include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
 
@@ -34,9 +35,7 @@ class PdfFolder : public Destination {
       : target_(target), data_folder_(data_folder) {}
 
   std::filesystem::path SpoolFolder() const override {
-    if (!target_.empty()) {
-      return !IsFile() ? target_ : target_.has_parent_path() ? target_.parent_path() : ".";
-    }
+    if (!target_.empty()) return FolderOfPdfTarget(target_);
     if (!data_folder_.empty()) return data_folder_ / "Printed";
     throw StandardError(error_number::kPrinterError,
                         std::string(kPdfPrinterName) + " has no folder to write to");
@@ -44,7 +43,7 @@ class PdfFolder : public Destination {
 
   std::filesystem::path Deliver(SpoolFile& spool, const std::string& title,
                                 const JobOptions&) override {
-    if (!IsFile()) {
+    if (!IsPdfFile(target_)) {
       const bool named = title.find_first_not_of(". ") != std::string::npos;
       return spool.TakeFreeName(SafeFileName(named ? title : "Document", kLongestStem));
     }
@@ -55,8 +54,6 @@ class PdfFolder : public Destination {
   bool TakesAnyPaper() const override { return true; }
 
  private:
-  bool IsFile() const { return EqualsNoCase(target_.extension().string(), ".pdf"); }
-
   const std::filesystem::path& target_;
   const std::filesystem::path& data_folder_;
 };
