@@ -29,6 +29,19 @@ std::vector<UnfinishedRun> FindUnfinishedRuns(const std::filesystem::path& data_
 // empty where none does. Raises nothing.
 std::string HeldReason(const std::filesystem::path& data_folder, const std::filesystem::path& file);
 
+// How a person has handed over a letter that was open.
+struct HandedOver {
+  Destination by = Destination::kPrinter;  // or kEmail
+  std::string to;                          // the printer, or the address
+  std::filesystem::path pdf = {};          // the PDF printer's file
+};
+
+// Notes it in the log of each unfinished run that holds back the letter of this file, changed since
+// or not, and was to hand it over in this way; a PDF is no letter of a run on paper. Raises 70
+// (Permission denied) for a run that is being resumed, and the errors of FileError.
+void NoteHandedOver(const std::filesystem::path& data_folder, const std::filesystem::path& file,
+                    const HandedOver& handed, const Clock& clock);
+
 // Notes in the log that a person has settled the run, which is then no longer found. No file is
 // removed, and the run can still be resumed by name. Raises 70 (Permission denied) for a run in
 // progress, 321 (Invalid file format) for another file, and the errors of FileError.

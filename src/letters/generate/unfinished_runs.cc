@@ -1,6 +1,7 @@
 #include "letters/unfinished_runs.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -61,6 +62,29 @@ std::string ReasonIn(const LoggedRun& run, const fs::path& data_folder, const fs
   return {};
 }
 
+// The numbers of the letters that this run holds back in this file, and was to hand over so.
+std::vector<std::size_t> HeldFor(const HandedOver& handed, const LoggedRun& run,
+                                 const fs::path& data_folder, const fs::path& file) {
+  std::vector<std::size_t> numbers;
+  if (run.request.destination != handed.by) return numbers;
+  if (!handed.pdf.empty() && run.request.printer != handed.to) return numbers;
+  for (std::size_t i = 0; i < run.letters.size(); ++i) {
+    const LoggedLetter& letter = run.letters[i];
+    if (HeldBack(letter.state) && data_folder / letter.file == file) numbers.push_back(i + 1);
+  }
+  return numbers;
+}
+
+// What the log says; nothing for one that cannot be read, which is told where the unfinished runs
+// are listed.
+std::optional<LoggedRun> LookIfReadable(const fs::path& log, const fs::path& data_folder) {
+  try {
+    return RunLog::Look(log, data_folder);
+  } catch (const RuntimeError&) {
+    return std::nullopt;
+  }
+}
+
 }  // namespace
 
 std::vector<UnfinishedRun> FindUnfinishedRuns(const fs::path& data_folder) {
@@ -73,15 +97,29 @@ std::vector<UnfinishedRun> FindUnfinishedRuns(const fs::path& data_folder) {
 
 std::string HeldReason(const fs::path& data_folder, const fs::path& file) {
   for (const fs::path& log : RunLogsIn(data_folder)) {
-    try {
-      const std::optional<LoggedRun> run = RunLog::Look(log, data_folder);
-      std::string reason = run ? ReasonIn(*run, data_folder, file) : "";
-      if (!reason.empty()) return reason;
-    } catch (const RuntimeError&) {
-      // A log that cannot be read is told where the unfinished runs are listed.
-    }
+    const std::optional<LoggedRun> run = LookIfReadable(log, data_folder);
+    std::string reason = run ? ReasonIn(*run, data_folder, file) : "";
+    if (!reason.empty()) return reason;
   }
   return {};
+}
+
+void NoteHandedOver(const fs::path& data_folder, const fs::path& file, const HandedOver& handed,
+                    const Clock& clock) {
+  for (const fs::path& path : RunLogsIn(data_folder)) {
+    const std::optional<LoggedRun> run = LookIfReadable(path, data_folder);
+    if (!run || HeldFor(handed, *run, data_folder, file).empty()) continue;
+    RunLog log = RunLog::Resume(path, data_folder, clock);
+    // Another window may have resumed it in between.
+    for (const std::size_t number : HeldFor(handed, log.run(), data_folder, file)) {
+      const bool printed = handed.by == Destination::kPrinter;
+      log.Note(number, printed ? LetterState::kPrinted : LetterState::kMailed,
+               handed.pdf.empty() ? handed.to : handed.pdf.string());
+    }
+    const bool complete = SummaryOf(log.run(), data_folder).complete();
+    log.Note(complete ? RunRemark::kComplete : RunRemark::kEnded);
+    log.Sync();
+  }
 }
 
 void ForgetRun(const fs::path& log, const Clock& clock) { RunLog::Forget(log, clock); }

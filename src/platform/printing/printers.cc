@@ -250,8 +250,11 @@ class InstalledPrinters : public Printers {
     if (!chosen || chosen->printer >= offered.size()) return false;
     if (!SetCurrent(offered[chosen->printer].name)) return false;
     current_->SetUp(*chosen, SheetOf(offered[chosen->printer].name, chosen->settings));
+    some_pages_ = chosen->pages && !chosen->pages->empty();
     return true;
   }
+
+  bool SomePages() const override { return some_pages_; }
 
  private:
   // A missing default printer must not stop the user from choosing another.
@@ -285,6 +288,7 @@ class InstalledPrinters : public Printers {
   PrinterOptions options_;
   std::filesystem::path data_folder_;
   std::unique_ptr<Device> current_;
+  bool some_pages_ = false;
 };
 
 }  // namespace

@@ -113,6 +113,8 @@ class Printers {
   enum class Offer { kWhole, kPages };
   virtual bool Choose(Dialogs& dialogs, Offer offer) = 0;
   bool Choose(Dialogs& dialogs) { return Choose(dialogs, Offer::kWhole); }
+  // Whether the user chose some of the pages there, and not all.
+  virtual bool SomePages() const { return false; }
 };
 
 }  // namespace tenora::printing

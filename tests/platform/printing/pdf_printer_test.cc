@@ -244,6 +244,7 @@ TEST(PrinterChooser, PrintsThePagesThatWereChosenOnce) {
   for (const auto& c : cases) {
     dialogs.pages = c.pages;
     ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages));
+    EXPECT_EQ(printers->SomePages(), !c.pages.empty());
     EXPECT_EQ(print(), c.text);
   }
   EXPECT_EQ(print(), "one|two|three|four|") << "not the pages of the job before";

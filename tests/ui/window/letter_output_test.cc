@@ -98,5 +98,51 @@ TEST_F(LetterOutputTest, AsksForAHeldLetterThatIsOpenedAgain) {
   EXPECT_EQ(HeldReason(Data(), run.held[0].file), "");
 }
 
+TEST_F(LetterOutputTest, NotesInItsRunThatAHeldLetterHasLeft) {
+  SaveTemplate("Notice", "Dear <<Tenant Nmae>>");
+  const struct {
+    Destination destination;
+    const char* printer;  // of the run
+    Destination by;       // how its letters leave: here always from the window, as PDFs
+    const char* noted;    // empty: they stay held
+  } cases[] = {{Destination::kPrinter, "Print to PDF", Destination::kPrinter, "printed"},
+               {Destination::kPrinter, "Laser", Destination::kPrinter, ""},
+               {Destination::kEmail, "", Destination::kPrinter, ""},
+               {Destination::kEmail, "", Destination::kEmail, "mailed"},
+               {Destination::kFolder, "", Destination::kPrinter, ""}};
+  for (const auto& c : cases) {
+    GenerationRequest request;
+    request.template_kind = kTemplates;
+    request.template_name = "Notice";
+    request.destination = c.destination;
+    request.printer = c.printer;
+    request.recipients = {{"Mei Huang", "T00007"}, {"Tama O'Brien", "T00006"}};
+    GenerationObserver unseen;
+    const GenerationSummary run = GenerateSelection(session_, request, unseen, printers_.IfRead());
+    ASSERT_EQ(run.held.size(), 2U);
+    tree_.RefreshTree();
+    for (const LetterReport& held : run.held) {
+      EXPECT_EQ(FindUnfinishedRuns(Data()).size(), 1U);
+      if (c.by == Destination::kEmail) {
+        NoteHandedOver(Data(), held.file, {c.by, "someone@example.test"}, platform_.clock);
+        continue;
+      }
+      ASSERT_TRUE(letters_.OpenListed(held.file, held.recipient.code));
+      platform_.dialogs.WillPress(Answer::kYes).WillChoose(0);
+      EXPECT_TRUE(output_.Print(letters_.Active()->letter()));
+    }
+    const bool done = *c.noted != '\0';
+    EXPECT_EQ(FindUnfinishedRuns(Data()).size(), done ? 0U : 1U);
+    EXPECT_EQ(HeldReason(Data(), run.held[0].file).empty(), done);
+    const std::string log = ReadWholeFile(run.log);
+    if (done) {
+      EXPECT_THAT(log, HasSubstr("\n" + std::string(c.noted) + "\t2\tTama O'Brien\t"));
+      EXPECT_THAT(log, HasSubstr("\ncomplete\t"));
+    } else {
+      ForgetRun(run.log, platform_.clock);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace tenora

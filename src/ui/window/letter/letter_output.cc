@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "letters/template_library.h"
-#include "letters/unfinished_runs.h"
 #include "letters/window_print.h"
 #include "output/letter_pdf.h"
 #include "output/letter_printing.h"
@@ -90,7 +89,17 @@ bool LetterOutput::PrintOne(printing::Printers& printers, frmLetter& letter) {
                   ? tr("Sent to %1").arg(QString::fromStdString(printers.Current().DeviceName()))
                   : tr("Printed: %1").arg(QString::fromStdString(file.string())));
   }
+  // Some of its pages may have been printed for a look at them.
+  if (printed && !printers.SomePages()) {
+    Note(letter, {Destination::kPrinter, printers.Current().DeviceName(), file});
+  }
   return printed;
+}
+
+void LetterOutput::Note(const frmLetter& letter, const HandedOver& handed) {
+  const LetterMembers& members = letter.members();
+  if (members.FilePath.empty()) return;
+  NoteHandedOver(session_.database.DataFolder(), members.FilePath, handed, session_.platform.clock);
 }
 
 void LetterOutput::ExportPdf(frmLetter& letter) {
@@ -128,7 +137,10 @@ bool LetterOutput::Email(frmLetter& letter) {
     sender.StopAsked = [&progress] { return progress.Cancelled(); };
     sent = copy.letter().SendEmail(sender, *subject, attach_pdf);
   });
-  if (sent) emit Told(tr("E-mailed to %1").arg(QString::fromStdString(letter.EmailAddress())));
+  if (sent) {
+    emit Told(tr("E-mailed to %1").arg(QString::fromStdString(letter.EmailAddress())));
+    Note(letter, {Destination::kEmail, letter.EmailAddress()});
+  }
   return sent;
 }
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "letters/frm_letter.h"
+#include "letters/unfinished_runs.h"
 #include "ui/window/background/background_work.h"
 #include "ui/window/letter/open_letters.h"
 #include "ui/window/letter/window_printers.h"
@@ -43,6 +44,8 @@ class LetterOutput : public QObject {
   // anyway?" and the like.
   bool MayLeave(const frmLetter& letter, const char* question);
   bool PrintOne(printing::Printers& printers, frmLetter& letter);
+  // In the run that holds the letter back, so that resuming it does not do so again.
+  void Note(const frmLetter& letter, const HandedOver& handed);
 
   Session& session_;
   WindowPrinters& printers_;
