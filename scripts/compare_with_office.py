@@ -5,10 +5,20 @@ A file counts as readable when LibreOffice's PDF of it shows text or ink. Of eac
 things are compared:
 
   text   every word of LibreOffice's PDF is found in ours as often, white space, hyphens, letter
-         case, punctuation and the order of columns aside; a line repeated at the top or bottom of
-         several pages counts once
+         case, punctuation, characters that the fonts lack and the order of columns aside; a line
+         repeated at the top or bottom of several pages counts once
   pages  both have the same number of pages
   alike  page 1 has its ink in the same places: see Ink.overlap
+
+What LibreOffice makes up does not count, nor what ours leaves out on purpose. How many files would
+otherwise have failed is printed below the table:
+
+  references  "Error: Reference source not found", where a field refers to nothing; we print the
+              result that the author saw
+  today       day, month, year, hour and minute of LibreOffice's PDF, in letters with fields for
+              today's date or the time; ours keep the last result
+  file name   the name under which the letter was given to LibreOffice, in fields for it
+  empty end   pages without ink at the end; we spend no sheet on empty paragraphs there
 
 LibreOffice's PDFs and our figures are kept in FOLDER/.compare, by checksum of the file and of our
 program, so that an interrupted run goes on where it stopped and a second run costs nothing. Needs
@@ -44,12 +54,23 @@ PICTURE_DPI = 70
 ACROSS, DOWN = 2, 1       # pixels that ink may be off: 1 mm and 0.5 mm
 ALIKE = 0.85
 INK = 208                 # greys darker than this are ink
-FORMAT = 4                # of our kept figures; raised when they would come out differently
+FORMAT = 5                # of our kept figures; raised when they would come out differently
 # Both sides have these fonts only: which font stands in for a missing one is not what is compared.
+# The fonts that LibreOffice finds no stand-in for get the one that ours take.
+FONT_FOLDER = "/usr/share/fonts/truetype/liberation"
 FONTS = """<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "fonts.dtd">
 <fontconfig>
-  <dir>/usr/share/fonts/truetype/liberation</dir>
+  <dir>{folder}</dir>
+  <alias binding="same">
+    <family>Cambria</family><prefer><family>Liberation Serif</family></prefer>
+  </alias>
+  <alias binding="same">
+    <family>Georgia</family><prefer><family>Liberation Serif</family></prefer>
+  </alias>
+  <alias binding="same">
+    <family>Consolas</family><prefer><family>Liberation Mono</family></prefer>
+  </alias>
   <include ignore_missing="yes">/etc/fonts/conf.d</include>
   <cachedir>{cache}</cachedir>
 </fontconfig>
@@ -123,7 +144,9 @@ class Office:
     """LibreOffice's PDFs, kept by the checksum of the file they were made of."""
 
     def __init__(self, cache, scratch, environment):
-        self.folder = cache / "office-liberation"
+        # Other fonts make other pages.
+        fonts = hashlib.sha256(FONTS.encode()).hexdigest()[:8]
+        self.folder = cache / f"office-{fonts}"
         self.folder.mkdir(parents=True, exist_ok=True)
         self.scratch = scratch
         self.environment = environment
@@ -201,18 +224,33 @@ def texts(pdf):
             for order in ([], ["-raw"])]
 
 
+@functools.lru_cache(None)
+def glyphs():
+    """The characters that each of the fonts has."""
+    common = None
+    for font in pathlib.Path(FONT_FOLDER).glob("*-Regular.ttf"):
+        listed = poppler("fc-query", "--format", "%{charset}", str(font)).decode()
+        ranges = [[int(end, 16) for end in part.split("-")] for part in listed.split()]
+        has = {code for ends in ranges for code in range(ends[0], ends[-1] + 1)}
+        common = has if common is None else common & has
+    if not common:
+        raise CompareError(f"{FONT_FOLDER} has no fonts: install fonts-liberation")
+    return frozenset(map(chr, common))
+
+
+@functools.lru_cache(None)
 def is_compared(character):
-    """Letters, digits and currencies of the scripts that FONTS have. Of a letter without a glyph our
-    PDF keeps only the box."""
-    known = character < "\u0600" or "\u1e00" <= character <= "\u24ff"
-    return known and (unicodedata.category(character)[0] in "LMN" or character in "$€£")
+    """Letters, digits and currencies that the fonts have. Of others our PDF keeps only the box."""
+    return character in glyphs() and (unicodedata.category(character)[0] in "LMN" or
+                                      character in "$€£")
 
 
 def plain(text):
     """What is compared, other characters as spaces; soft hyphens and hyphenation removed."""
-    text = unicodedata.normalize("NFKC", text).replace("\u00ad", "")
+    text = unicodedata.normalize("NFC", text).replace("\u00ad", "")
     text = re.sub(r"(?<=\w)[-\u2010]\n\s*(?=\w)", "", text)
-    return "".join(c if is_compared(c) else " " for c in text.casefold())
+    text = "".join(c if is_compared(c) else " " for c in text)
+    return unicodedata.normalize("NFKC", text).casefold()
 
 
 def without_repeated_edges(text):
@@ -249,16 +287,66 @@ def missing_words(office_texts, our_texts):
     return sorted(missing), sum(words.values())
 
 
-class GreyPage:
-    """Page 1 as greys, a byte a pixel."""
+def shown_by_office_alone(source, pdf, checksum):
+    """What LibreOffice puts into this letter of itself: patterns by the names of --help."""
+    found = {"references": [r"error:?\s+reference\s+source\s+not\s+found"],
+             "file name": [rf"{checksum}(\.rtf)?"]}
+    if re.search(rb"fldinst[^}]*[\s{](DATE|TIME)\b|\\ch(date|time)\b", source):
+        info = poppler("pdfinfo", "-isodates", str(pdf)).decode()
+        made = re.search(r"CreationDate:\s+\d\d(\d\d)-(\d\d)-(\d\d)T(\d\d):(\d\d)", info)
+        if made:
+            year, month, day, hour, minute = (f"0?{int(part)}" for part in made.groups())
+            date = [rf"(20)?{year}", month, day]
+            named = rf"\b{day}\.?\s+\w+\s+(20)?{year}\b"
+            found["today"] = ([named] + [rf"\b{a}[./-]\s?{b}[./-]\s?{c}\b" for a in date
+                                        for b in date for c in date if len({a, b, c}) == 3] +
+                              [rf"\b{hour}:{minute}(:\d\d)?\b"])
+    return found
 
-    def __init__(self, pdf, dpi):
-        image = poppler("pdftoppm", "-gray", "-r", str(dpi), "-f", "1", "-l", "1", str(pdf))
+
+def without(patterns, pages):
+    return [re.sub("|".join(patterns), " ", text, flags=re.I) if patterns else text
+            for text in pages]
+
+
+def missing_but_made_up(source, office, checksum, our_texts):
+    """As missing_words, without what LibreOffice made up; and the names of what did not count."""
+    office_texts = texts(office)
+    missing, words = missing_words(office_texts, our_texts)
+    if not missing:
+        return missing, words, []
+    names = []
+    for name, patterns in shown_by_office_alone(source, office, checksum).items():
+        rest = without(patterns, office_texts)
+        if rest != office_texts:
+            fewer, words = missing_words(rest, our_texts)
+            if len(fewer) < len(missing):
+                names.append(name)
+            missing, office_texts = fewer, rest
+    return missing, words, names
+
+
+def pages_with_end(pdf, pages):
+    """How many pages are left without those at the end that have no ink."""
+    while pages > 1 and not GreyPage(pdf, DPI, pages).has_ink():
+        pages -= 1
+    return pages
+
+
+class GreyPage:
+    """A page as greys, a byte a pixel."""
+
+    def __init__(self, pdf, dpi, page=1):
+        image = poppler("pdftoppm", "-gray", "-r", str(dpi), "-f", str(page), "-l", str(page),
+                        str(pdf))
         header = re.match(rb"P5\s+(\d+)\s+(\d+)\s+255\s", image)
         if not header:
             raise CompareError(f"pdftoppm draws no page of {pdf}")
         self.width, self.height = int(header.group(1)), int(header.group(2))
         self.pixels = image[header.end():]
+
+    def has_ink(self):
+        return min(self.pixels, default=255) < INK
 
     def row(self, number):
         """White below the page."""
@@ -308,6 +396,7 @@ class Letter:
         self.missing = figures.get("missing", [])
         self.words = figures.get("words", 0)
         self.overlap = figures.get("overlap", 0.0)
+        self.not_counted = figures.get("not_counted", [])
 
     @property
     def readable(self):
@@ -363,7 +452,7 @@ class Comparison:
         self.program = program
         self.scratch = scratch
         fonts = scratch / "fonts.conf"
-        fonts.write_text(FONTS.format(cache=scratch / "fonts"))
+        fonts.write_text(FONTS.format(folder=FONT_FOLDER, cache=scratch / "fonts"))
         self.environment = {**os.environ, "TENORA_SETTINGS": str(scratch / "settings"),
                             "QT_QPA_PLATFORM": "offscreen", "LC_CTYPE": "C.UTF-8",
                             "FONTCONFIG_FILE": str(fonts)}
@@ -387,16 +476,24 @@ class Comparison:
         office = self.office.pdf(checksum)
         if not office.exists():
             return figures
-        office_texts, office_ink = texts(office), Ink(office)
-        if not office_texts[0].strip() and not office_ink.bits:
+        office_ink = Ink(office)
+        if not office_ink.bits and not texts(office)[0].strip():
             return figures
         with tempfile.TemporaryDirectory(dir=self.scratch) as folder:
             ours = pathlib.Path(folder) / "letter.pdf"
             figures["state"] = self.print_ours(path, ours, checksum)
             if figures["state"] != "compared":
                 return figures
-            figures["pages"] = [page_count(ours), page_count(office)]
-            figures["missing"], figures["words"] = missing_words(office_texts, texts(ours))
+            figures["missing"], figures["words"], not_counted = missing_but_made_up(
+                path.read_bytes(), office, checksum, texts(ours))
+            our_pages, pages = page_count(ours), page_count(office)
+            if pages > our_pages:
+                filled = max(pages_with_end(office, pages), our_pages)
+                if filled < pages:
+                    not_counted.append("empty end")
+                pages = filled
+            figures["pages"] = [our_pages, pages]
+            figures["not_counted"] = not_counted
             figures["overlap"] = round(office_ink.overlap(Ink(ours)), 3)
         return figures
 
@@ -462,6 +559,12 @@ def print_table(letters):
               "".join(f"{column:>{10 + (i == 4)}}" for i, column in enumerate(columns)))
 
 
+def print_not_counted(letters):
+    names = collections.Counter(name for letter in letters for name in letter.not_counted)
+    for name, count in sorted(names.items()):
+        print(f"not counted: {name} in {count} file{'s' * (count != 1)}")
+
+
 def files_of(folder, pattern):
     """(checksum, path) of each different RTF file below the folder, in the order of names."""
     found = {}
@@ -499,6 +602,7 @@ def main():
                 print(f"{number} of {len(files)} compared", file=sys.stderr)
             letters.append(comparison.letter(path, checksum))
         print_table(letters)
+        print_not_counted(letters)
         worst = sorted((letter for letter in letters if letter.readable and not letter.good),
                        key=lambda letter: (-letter.badness(), str(letter.path)))[:options.worst]
         for letter in worst:
