@@ -175,6 +175,18 @@ TEST(Pictures, TakeTheirRoomInTheLine) {
   EXPECT_THAT(Poppler({"pdfimages", "-list", paper.file.string()}), HasSubstr(" 6     4 "));
 }
 
+TEST(Pictures, AreNoFurtherApartWhereTheTextIsSpaced) {
+  const ScratchFolder folder;
+  const auto step = [&](int spacing) {
+    richtext::Paragraph paragraph = WithPicture(PictureOf(Kind::kPng, Encoded("PNG")));
+    paragraph.format.line_spacing = spacing;
+    paragraph.format.line_spacing_multiple = true;
+    const Paper paper = Print(DocumentOf({paragraph, Line("below")}), folder);
+    return paper.Find("below").top - paper.Find("before").top;
+  };
+  EXPECT_NEAR(step(480), step(240), 10);
+}
+
 TEST(Pictures, NameTheirKindWhereTheyCannotBeDrawn) {
   const ScratchFolder folder;
   const Paper paper = Print(DocumentOf({WithPicture(PictureOf(Kind::kWmf, "lines only"))}), folder);

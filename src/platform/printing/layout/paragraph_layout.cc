@@ -97,7 +97,8 @@ class ParagraphLayout {
   std::size_t page_start_ = 0;  // the first line on the last line's page or column
   std::shared_ptr<TextLine> line_;
   double x_ = 0, content_end_ = 0;
-  double ascent_ = 0, descent_ = 0, leading_ = 0;
+  double ascent_ = 0, descent_ = 0, leading_ = 0;  // of the line's text
+  double picture_height_ = 0;                      // of the highest picture in it
   bool has_picture_ = false, justified_ = false, page_break_ = false, column_break_ = false;
   std::vector<double> widths_;  // of the line's pieces
   std::shared_ptr<const Frame> frame_;
@@ -210,21 +211,25 @@ void ParagraphLayout::StartLine() {
   }
   x_ = left_ + (lines_.empty() ? format_.first_indent : 0);
   content_end_ = x_;
-  ascent_ = descent_ = leading_ = 0;
+  ascent_ = descent_ = leading_ = picture_height_ = 0;
   widths_.clear();
 }
 
 // `end` is the position after the line's last character.
 void ParagraphLayout::EndLine(int end) {
-  if (ascent_ + descent_ <= 0) {
+  if (ascent_ + descent_ + picture_height_ <= 0) {
     const FontUse& use = context_.fonts->Use(paragraph_.mark);
     Grow(use.ascent, use.descent, use.leading);
   }
-  const double natural = ascent_ + descent_ + leading_;
-  line_->height = LineHeight(natural);
+  const double ascent = std::max(ascent_, picture_height_);
+  const double natural = ascent + descent_ + leading_;
+  // A multiple is one of the text's height; a picture is no further from its neighbours for it.
+  line_->height = has_picture_ && format_.line_spacing_multiple
+                      ? std::max(natural, LineHeight(ascent_ + descent_ + leading_))
+                      : LineHeight(natural);
   // A fixed height adds space above the text, a multiple below it.
   const double extra = line_->height - natural;
-  line_->baseline = ascent_ + (format_.line_spacing_multiple ? std::min(extra, 0.0) : extra);
+  line_->baseline = ascent + (format_.line_spacing_multiple ? std::min(extra, 0.0) : extra);
   for (const TabStop& tab : format_.tabs) {
     if (tab.kind == TabStop::Kind::kBar) line_->bars.push_back(tab.position);
   }
@@ -329,7 +334,7 @@ void ParagraphLayout::Place(PictureItem& item) {
     StartLine();
   }
   has_picture_ = true;
-  Grow(item.picture.height, 0, 0);
+  picture_height_ = std::max(picture_height_, item.picture.height);
   Put(item.picture.width, std::move(item.picture));
 }
 
