@@ -76,6 +76,9 @@ TEST(RtfReader, ReadsAnyBytes) {
 TEST(RtfReader, KeepsTheTextOfADeepGroup) {
   EXPECT_EQ(TextOf("{\\rtf1" + Repeat("{", 50000) + "deep" + Repeat("}", 50000) + " after}"),
             "deep after");
+  EXPECT_EQ(TextOf("{\\rtf1" + Repeat("{", 5000) + "{\\*\\htmltag {<b>}}deep{\\*\\generator x;}" +
+                   Repeat("}", 5000) + " after}"),
+            "deep after");
 }
 
 TEST(RtfReader, KeepsTheParagraphsBehindANote) {

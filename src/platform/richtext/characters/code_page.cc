@@ -50,17 +50,41 @@ struct CharsetEntry {
   int code_page;
 };
 
+// Those of Windows, in which letters are written.
 constexpr std::array kCharsets{
     CharsetEntry{0, 1252},   CharsetEntry{kSymbolCharset, kSymbolCodePage},
-    CharsetEntry{77, 10000}, CharsetEntry{128, 932},
-    CharsetEntry{129, 949},  CharsetEntry{134, 936},
-    CharsetEntry{136, 950},  CharsetEntry{161, 1253},
-    CharsetEntry{162, 1254}, CharsetEntry{163, 1258},
-    CharsetEntry{177, 1255}, CharsetEntry{178, 1256},
-    CharsetEntry{186, 1257}, CharsetEntry{204, 1251},
-    CharsetEntry{222, 874},  CharsetEntry{238, 1250},
+    CharsetEntry{128, 932},  CharsetEntry{129, 949},
+    CharsetEntry{134, 936},  CharsetEntry{136, 950},
+    CharsetEntry{161, 1253}, CharsetEntry{162, 1254},
+    CharsetEntry{163, 1258}, CharsetEntry{177, 1255},
+    CharsetEntry{178, 1256}, CharsetEntry{186, 1257},
+    CharsetEntry{204, 1251}, CharsetEntry{222, 874},
+    CharsetEntry{238, 1250},
+};
+
+// Those of Macs and of DOS, which are read only.
+constexpr std::array kOldCharsets{
+    CharsetEntry{77, 10000}, CharsetEntry{78, 10001}, CharsetEntry{79, 10003},
+    CharsetEntry{80, 10008}, CharsetEntry{81, 10002}, CharsetEntry{85, 10006},
+    CharsetEntry{86, 10081}, CharsetEntry{88, 10029}, CharsetEntry{89, 10007},
     CharsetEntry{254, 437},  CharsetEntry{255, 850},
 };
+
+// The East Asian sets of old Macs are those of Windows but for a few signs.
+int SameAs(int number) {
+  switch (number) {
+    case 10001:
+      return 932;
+    case 10002:
+      return 950;
+    case 10003:
+      return 949;
+    case 10008:
+      return 936;
+    default:
+      return number;
+  }
+}
 
 const char* ConverterName(int number) {
   const auto* found = std::ranges::find(kNames, number, &CodePageName::number);
@@ -80,7 +104,7 @@ bool IsLeadByte(int number, unsigned byte) {
 
 void CodePage::CloseConverter::operator()(UConverter* converter) const { ucnv_close(converter); }
 
-CodePage::CodePage(int number) : number_(number) {
+CodePage::CodePage(int number) : number_(SameAs(number)) {
   for (unsigned byte = 0; byte < 256; ++byte) single_[byte] = byte;
   if (number_ == kSymbolCodePage) {
     for (unsigned byte = 0x80; byte < 256; ++byte) single_[byte] = 0xf000 + byte;
@@ -151,17 +175,18 @@ const CodePage& CodePages::Get(int number) {
 }
 
 bool IsKnownCodePage(int number) {
-  return number == kUtf8CodePage || ConverterName(number) != nullptr;
+  return number == kUtf8CodePage || ConverterName(SameAs(number)) != nullptr;
 }
 
 int CodePageOfCharset(int charset, int document_code_page) {
   const auto* found = std::ranges::find(kCharsets, charset, &CharsetEntry::charset);
-  return found == kCharsets.end() ? document_code_page : found->code_page;
+  if (found != kCharsets.end()) return found->code_page;
+  const auto* old = std::ranges::find(kOldCharsets, charset, &CharsetEntry::charset);
+  return old == kOldCharsets.end() ? document_code_page : old->code_page;
 }
 
 int CharsetOfCodePage(int code_page) {
-  if (code_page == 10000 || code_page == 437 || code_page == 850) return 0;
-  const auto* found = std::ranges::find(kCharsets, code_page, &CharsetEntry::code_page);
+  const auto* found = std::ranges::find(kCharsets, SameAs(code_page), &CharsetEntry::code_page);
   return found == kCharsets.end() ? 0 : found->charset;
 }
 

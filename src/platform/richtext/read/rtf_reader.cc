@@ -107,6 +107,7 @@ class RtfReader {
   ClassicBullet bullet_;
 
   std::size_t ignored_depth_ = 0;  // groups open beyond the deepest that is followed
+  bool ignored_begins_ = false;    // nothing of the innermost of them was seen
   CharacterReader characters_;
   bool ended_ = false;
 };
@@ -140,6 +141,12 @@ void RtfReader::Finish() {
 
 void RtfReader::Handle(Token token) {
   if (characters_.SkipFallback(&token)) return;
+  // Even there, what is not for every reader is not text.
+  if (std::exchange(ignored_begins_, false) && token.kind == Token::Kind::kSymbol &&
+      token.text.front() == '*') {
+    --ignored_depth_;
+    return tokens_.LeaveGroup();
+  }
   if (characters_.pending()) {
     // Text and the next \uN can complete a pending character; anything else abandons it.
     const bool completes = token.kind == Token::Kind::kText || token.kind == Token::Kind::kByte ||
@@ -295,6 +302,7 @@ std::shared_ptr<const Field> RtfReader::CurrentField() {
 void RtfReader::OpenGroup() {
   if (groups_.size() >= kDeepest) {
     ++ignored_depth_;
+    ignored_begins_ = true;
     return;
   }
   ReaderGroup& around = Top();
