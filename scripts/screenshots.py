@@ -3,6 +3,8 @@
 
 Needs ImageMagick beside what the tests need. Run it after the release build and look at the result.
 """
+import datetime
+import os
 import pathlib
 import subprocess
 import sys
@@ -12,6 +14,8 @@ sys.path.insert(0, str(ROOT / "tests/support"))
 from screen import Screen, wait_for
 
 PICTURES = ROOT / "docs/pictures"
+# When the agency's files were written, as the windows say.
+SAVED = datetime.datetime(2026, 11, 20, 16, 5).timestamp()
 SCHEMES = ("Blue", "Gold", "Silver", "Green", "Grey", "Custom")
 
 
@@ -36,10 +40,7 @@ class Studio(Screen):
         """The dialog that these keys of the main window open."""
         self.window_of(self.main)
         self.keys(*keys)
-        window = self.window(title)
-        self.take(name, window)
-        self.keys("Escape")
-        self.until_gone(window)
+        self.dialog_of(name, title)
 
     def unfinished_run(self):
         """A log as a run of e-mails leaves it that was ended in the middle."""
@@ -65,6 +66,39 @@ class Studio(Screen):
         lines.append(("stopped", "2026-11-20 16:31:00"))
         (self.home / name).write_text("".join("\t".join(line) + "\n" for line in lines))
 
+    def find_and_replace(self):
+        """The panel after Replace All in some lines of a letter, of which a code keeps its words."""
+        self.window_of(self.main)
+        self.keys("ctrl+Home", *["shift+Down"] * 12, "ctrl+h")
+        self.type("tenancy")
+        self.keys("Tab")
+        self.type("lease")
+        self.keys("alt+a")
+        self.take("find-and-replace")
+        self.keys("Escape", "ctrl+z", "ctrl+Home")
+
+    def unsaved_letters(self):
+        """What the start after a kill asks about a letter that was not saved."""
+        kept = self.folder / "state/tenora/unsaved"
+        self.window_of(self.main)
+        self.keys("ctrl+Home")
+        self.click(self.main, 800, 458)  # behind the greeting
+        self.type(", haere mai!")
+        wait_for("the kept letter", lambda: any("haere mai!" in file.read_text()
+                                                for file in kept.glob("session-*/*.letter")))
+        self.running.kill()
+        self.running.wait()
+        for log in self.home.glob("Letters *.log"):
+            log.unlink()  # its run would be asked about too
+        self.start(lambda: self.dialog_of("unsaved-letters", "Unsaved Letters"))
+
+    def dialog_of(self, name, title):
+        """A dialog that comes by itself."""
+        window = self.window(title)
+        self.take(name, window)
+        self.keys("Escape")
+        self.until_gone(window)
+
     def window_of(self, window):
         self.xdotool("windowfocus", "--sync", window)
 
@@ -80,6 +114,8 @@ def main():
     # The folder is shown in some windows, so its name is the same each time.
     with Studio(ROOT / "build/release/tenora", "1280x800",
                 "/tmp/tenora") as studio:
+        for file in studio.home.glob("*/*.rtf"):
+            os.utime(file, (SAVED, SAVED))
         studio.start()
         studio.keys("ctrl+shift+f")
         studio.type("Welcome")
@@ -91,6 +127,7 @@ def main():
             studio.scheme(number)
             studio.take(f"scheme-{scheme.lower()}", width=640)
         studio.scheme(0)
+        studio.find_and_replace()
         studio.dialog("settings", "Settings", "alt+f", "e")
         studio.dialog("margins", "Page Margins", "alt+f", "u")
         studio.dialog("receipt-options", "Receipt Options", "alt+f", "r")
@@ -126,6 +163,7 @@ def main():
         # "Future Date" is the last of the Insert menu's codes.
         studio.dialog("future-date", "Future Date", "alt+i", "Right", "Up", "Return")
         studio.dialog("preview", "Welcome.*Print Preview", "ctrl+shift+p")
+        studio.unsaved_letters()
 
 
 main()
