@@ -1,9 +1,12 @@
 // The rental room over a whole database (the first argument; else the sample agency): loading the
-// tenant cache before and after the tables are in memory, and the payment look-up of every tenant.
+// tenant cache before and after the tables are in memory, and the payment look-up of every tenant,
+// one by one and of all at once. What both give is compared.
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 
+#include "rental/all_tenancies.h"
+#include "rental/details_comparison.h"
 #include "rental/rent_account.h"
 #include "rental/session.h"
 #include "rental/tenant_lookups.h"
@@ -46,6 +49,18 @@ void Run(const std::filesystem::path& file) {
   // What reading the account anew for each of its three answers would add.
   std::printf("%-44s %9.3f ms each, %.2f times LastPayment if read thrice\n", "RentAccount",
               accounts / count, (all + 2 * accounts) / all);
+  const auto read_all = [&](const TenancyNeeds& needs) {
+    return Milliseconds([&] { const AllTenancies read(session, needs); });
+  };
+  std::printf("%-44s %9.3f ms\n", "AllTenancies, accounts", read_all({.account = true}));
+  std::printf("%-44s %9.3f ms\n", "AllTenancies, everything",
+              read_all({true, true, true, true, true, true}));
+  session.caches.Load(session.database);
+  std::size_t differences = 0;
+  const double compared =
+      Milliseconds([&] { differences = test::Differences(session, {}).size(); });
+  std::printf("%-44s %9.3f ms, %zu differences\n", "compared with the look-ups of each", compared,
+              differences);
 }
 
 }  // namespace

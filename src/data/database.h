@@ -181,18 +181,24 @@ class OpenedDatabase {
   Database& database_;
 };
 
-// A column of a row through a conversion (ToDate, ToBool, …), whose error names the column.
+// A column's value through a conversion (ToDate, ToBool, …), whose error names the column.
 template <typename Convert>
-auto FieldAs(const Convert& convert, const query::Recordset& row, std::string_view column) {
-  const Value value = row.Field(column);
+auto ValueAs(const Convert& convert, const Value& value, std::string_view column) {
   return About([&] { return std::string("column \"").append(column).append("\""); },
                [&] { return convert(value); });
 }
+template <typename Convert>
+auto FieldAs(const Convert& convert, const query::Recordset& row, std::string_view column) {
+  return ValueAs(convert, row.Field(column), column);
+}
 
 // A missing amount counts as 0.
+inline Currency AmountIn(const Value& value, std::string_view column) {
+  return ValueAs([](const Value& amount) { return ToCurrency(NullTo(amount, Value(Currency()))); },
+                 value, column);
+}
 inline Currency AmountOf(const query::Recordset& row, std::string_view column) {
-  return FieldAs([](const Value& value) { return ToCurrency(NullTo(value, Value(Currency()))); },
-                 row, column);
+  return AmountIn(row.Field(column), column);
 }
 
 }  // namespace tenora

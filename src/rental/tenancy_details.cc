@@ -4,20 +4,13 @@
 
 #include "data/sql_text.h"
 #include "rental/custom_field_parents.h"
+#include "rental/custom_field_table.h"
+#include "rental/lookup_rows.h"
 #include "rental/missing_date.h"
 #include "rental/rent_account.h"
 
 namespace tenora {
 namespace {
-
-std::string FieldOf(Session& session, std::int16_t parent_type, const std::string& parent_code,
-                    std::string_view code) {
-  return session.database.LookupText("value", "custom_fields",
-                                     " where parenttype = " + std::to_string(parent_type) +
-                                         " and parentcode = " + SQLText(parent_code) +
-                                         " and fieldcode = " + SQLText(code),
-                                     "");
-}
 
 // Calls `use` with the code of each open tenancy in a property of the owner.
 template <typename Use>
@@ -25,9 +18,10 @@ void ForEachTenancy(Session& session, const std::string& owner_code, Use&& use) 
   RecordsetPtr rows;
   Database& database = session.database;
   database.CreateSet(rows,
-                     "select reference from tenancy inner join property on tenancy.[property code] "
-                     "= property.code where closed_yn = 0 and property.ownercode = " +
-                         SQLText(owner_code),
+                     std::string("select reference from ")
+                         .append(kOpenTenanciesOfOwners)
+                         .append(" and property.ownercode = ")
+                         .append(SQLText(owner_code)),
                      query::kForwardOnly, query::kReadOnly);
   for (; !database.DataEOF(rows); database.MoveNext(rows)) use(TextOf(rows->Field("reference")));
 }
@@ -62,11 +56,11 @@ std::string LookedUpTenancy::OwnerName() const {
 }
 
 std::string LookedUpTenancy::TenantField(std::string_view code) const {
-  return FieldOf(session_, kTenantParent, tenant_.Reference, code);
+  return LookUpCustomField(session_.database, kTenantParent, tenant_.Reference, code);
 }
 
 std::string LookedUpTenancy::PropertyField(std::string_view code) const {
-  return FieldOf(session_, kPropertyParent, tenant_.PropertyCode, code);
+  return LookUpCustomField(session_.database, kPropertyParent, tenant_.PropertyCode, code);
 }
 
 int LookedUpOwner::Properties() const {
@@ -90,7 +84,7 @@ Currency LookedUpOwner::Arrears() const {
 }
 
 std::string LookedUpOwner::OwnerField(std::string_view code) const {
-  return FieldOf(session_, kOwnerParent, owner_.Code, code);
+  return LookUpCustomField(session_.database, kOwnerParent, owner_.Code, code);
 }
 
 }  // namespace tenora

@@ -4,6 +4,7 @@
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"
+#include "rental/lookup_rows.h"
 #include "rental/rent_account.h"
 
 namespace tenora {
@@ -17,12 +18,9 @@ Value FirstValue(Database& database, const std::string& sql, std::string_view fi
 }
 
 Value NextRentChange(Session& session, const std::string& field, std::string_view tenant_code) {
-  // No blank in front of "order": the statement is sent as it always was.
   return FirstValue(session.database,
-                    "select top 1 " + field +
-                        " from rentchanges where tenantcode = " + SQLText(tenant_code) +
-                        " and changedate>=" + SQLDateTime(session.platform.clock.Today()) +
-                        "order by changedate asc",
+                    "select top 1 " + field + " from rentchanges where tenantcode = " +
+                        SQLText(tenant_code) + " and " + RentChangeCondition(session),
                     field);
 }
 
@@ -34,14 +32,29 @@ std::string PaymentQuery(const TenantRecord& tenant, const std::string& rent_gro
                          std::int32_t receipt_number) {
   std::string sql(kPaymentQuery);
   if (receipt_number != 0) return sql + "recordnumber = " + std::to_string(receipt_number);
-  return sql + "([revenue group] = " + SQLText(rent_group) +
-         " or [revenue group] in (select gl_code from glcodes where type = 1 and "
-         "pay_extra_charges <> 0)) and [property code] = " +
-         SQLText(tenant.PropertyCode) + " and tenant_code = " + SQLText(tenant.Reference) +
-         " order by date desc, recordnumber desc";
+  sql += PaysTenancy(rent_group) + " and [property code] = " + SQLText(tenant.PropertyCode) +
+         " and tenant_code = " + SQLText(tenant.Reference);
+  return sql.append(kLatestPaymentFirst);
 }
 
-// What an earlier look-up has left is of another payment.
+// Without a row the fields are empty, and the result is false.
+bool FindPayment(Session& session, const std::string& sql, TenantRecord& tenant) {
+  ClearPayment(tenant);
+  RecordsetPtr row;
+  session.database.CreateSet(row, sql, query::kForwardOnly, query::kReadOnly);
+  if (session.database.DataIsEmpty(row)) return false;
+  ReadPayment(*row, tenant);
+  return true;
+}
+
+}  // namespace
+
+std::string PaysTenancy(const std::string& rent_group) {
+  return "([revenue group] = " + SQLText(rent_group) +
+         " or [revenue group] in (select gl_code from glcodes where type = 1 and "
+         "pay_extra_charges <> 0))";
+}
+
 void ClearPayment(TenantRecord& tenant) {
   tenant.LastPaymentDate = Date();
   tenant.LastPaymentAmount = 0;
@@ -51,30 +64,46 @@ void ClearPayment(TenantRecord& tenant) {
   tenant.LastPaymentTender.clear();
 }
 
-// Without a row the fields are empty, and the result is false.
-bool ReadPayment(Session& session, const std::string& sql, TenantRecord& tenant) {
-  ClearPayment(tenant);
-  RecordsetPtr row;
-  session.database.CreateSet(row, sql, query::kForwardOnly, query::kReadOnly);
-  if (session.database.DataIsEmpty(row)) return false;
-  const Currency amount = AmountOf(*row, "amount");
-  const Currency tax = AmountOf(*row, "tax");
-  tenant.LastPaymentDate = FieldAs(ToDate, *row, "date");
+void ReadPayment(const query::Recordset& row, TenantRecord& tenant) {
+  const Currency amount = AmountOf(row, "amount");
+  const Currency tax = AmountOf(row, "tax");
+  tenant.LastPaymentDate = FieldAs(ToDate, row, "date");
   tenant.LastPaymentAmount = amount.ToDouble();
-  tenant.LastPaymentNumber = FieldAs(ToInt32, *row, "recordnumber");
+  tenant.LastPaymentNumber = FieldAs(ToInt32, row, "recordnumber");
   tenant.LastPaymentTax = tax.ToDouble();
   tenant.LastPaymentExclusive = (amount - tax).ToDouble();
-  tenant.LastPaymentTender = TextOf(row->Field("tender"));
-  return true;
+  tenant.LastPaymentTender = TextOf(row.Field("tender"));
 }
 
-}  // namespace
+double RentPaymentOf(const Value& amount) {
+  return LeadingNumber(ToText(NullTo(amount, std::string("0"))));
+}
+
+void FillPaidTo(const RentAccount& account, double rent_payment, TenantRecord& tenant) {
+  tenant.PaidToDate = account.PaidToDate(0);
+  tenant.PreviousPaidToDate = account.PaidToDate(rent_payment);
+}
+
+std::string InspectionCondition(Session& session, bool next) {
+  return std::string("inspection_date ") + (next ? "> " : "<= ") +
+         SQLDateTime(session.platform.clock.Today()) +
+         (next ? " order by inspection_date" : " order by inspection_date desc");
+}
+
+std::string RentChangeCondition(Session& session) {
+  // No blank in front of "order": the statement is sent as it always was.
+  return "changedate>=" + SQLDateTime(session.platform.clock.Today()) + "order by changedate asc";
+}
+
+RentChange RentChangeOf(const Value& date, const Value& rent) {
+  return RentChange{ToDate(date), IsNull(rent) ? Currency() : ToCurrency(rent)};
+}
 
 std::optional<RentChange> FindNextRentChange(Session& session, std::string_view tenant_code) {
   const Value date = NextRentChange(session, "changedate", tenant_code);
   const Value rent = NextRentChange(session, "changevalue", tenant_code);
   if (IsNull(date)) return std::nullopt;
-  return RentChange{ToDate(date), IsNull(rent) ? Currency() : ToCurrency(rent)};
+  return RentChangeOf(date, rent);
 }
 
 std::string NextRentChangeDate(Session& session, std::string_view tenant_code) {
@@ -88,11 +117,8 @@ std::string NextRentChangeValue(Session& session, std::string_view tenant_code) 
 }
 
 std::optional<Date> FindInspection(Session& session, bool next, std::string_view tenant_code) {
-  const Clock& clock = session.platform.clock;
-  std::string sql = "select top 1 inspection_date from insp_schedule where tenant_code = " +
-                    SQLText(tenant_code) + " and inspection_date ";
-  sql += (next ? "> " : "<= ") + SQLDateTime(clock.Today());
-  sql += next ? " order by inspection_date" : " order by inspection_date desc";
+  const std::string sql = "select top 1 inspection_date from insp_schedule where tenant_code = " +
+                          SQLText(tenant_code) + " and " + InspectionCondition(session, next);
   const Value date = FirstValue(session.database, sql, "inspection_date");
   if (IsNull(date)) return std::nullopt;
   return ToDate(date);
@@ -128,22 +154,20 @@ bool LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
   tenant.LastPeriodTo =
       database.LookupDate("top 1 period_to", "rent_periods", latest_period, Date());
 
-  const bool found = ReadPayment(session, PaymentQuery(tenant, rent_group, receipt_number), tenant);
+  const bool found = FindPayment(session, PaymentQuery(tenant, rent_group, receipt_number), tenant);
 
   const std::string latest_rent_payment = " where [revenue group] = " + SQLText(rent_group) +
                                           " and [property code] = " + SQLText(tenant.PropertyCode) +
                                           " and tenant_code = " + SQLText(tenant.Reference) +
-                                          " order by date desc, recordnumber desc";
+                                          std::string(kLatestPaymentFirst);
   const double rent_payment =
-      LeadingNumber(database.LookupText("top 1 amount", "revenues", latest_rent_payment, "0"));
-  tenant.PaidToDate = account.PaidToDate(0);
-  tenant.PreviousPaidToDate = account.PaidToDate(rent_payment);
+      RentPaymentOf(database.LookupText("top 1 amount", "revenues", latest_rent_payment, "0"));
+  FillPaidTo(account, rent_payment, tenant);
   return found;
 }
 
 std::string OwnerNameOfProperty(Session& session, std::string_view property_code) {
-  return session.database.LookupText("owner.name",
-                                     "owner inner join property on owner.code = property.ownercode",
+  return session.database.LookupText("owner.name", kOwnersOfProperties,
                                      "Where property.code = " + SQLText(property_code), "");
 }
 

@@ -1,0 +1,224 @@
+#include "rental/all_tenancies.h"
+
+#include <exception>
+#include <utility>
+
+#include "data/sql_text.h"
+#include "platform/query/text_match.h"
+#include "platform/runtime/error.h"
+#include "rental/code_groups.h"
+#include "rental/custom_field_parents.h"
+#include "rental/custom_field_table.h"
+#include "rental/lookup_rows.h"
+#include "rental/rent_account.h"
+#include "rental/table_pass.h"
+
+namespace tenora {
+namespace {
+
+// Conversions that may fail are made when the value is asked for, as a look-up makes them.
+struct Inspections {
+  std::optional<Value> last, next;
+};
+struct StoredRentChange {
+  Value date, rent;
+};
+
+void RequireRead(bool read) {
+  if (!read) throw StandardError(error_number::kInvalidProcedureCall, "not read");
+}
+
+}  // namespace
+
+struct AllTenancies::Data {
+  class Tenancy : public TenancyDetails {
+   public:
+    Tenancy(const Data& data, std::size_t number, const TenantRecord& record)
+        : record_(record), data_(data), number_(number) {
+      // The cached record may hold the payment of a letter that was made.
+      if (data.needs.account) ClearPayment(record_);
+    }
+
+    const TenantRecord& Record() const override { return record_; }
+    const TenantRecord& WithAccount() const override {
+      RequireRead(data_.needs.account);
+      if (account_error_) std::rethrow_exception(account_error_);
+      return record_;
+    }
+    bool HasPayment() const override {
+      WithAccount();
+      return has_payment_;
+    }
+    std::optional<Date> Inspection(bool next) const override {
+      RequireRead(data_.needs.inspections);
+      const Inspections& found = data_.inspections[data_.tenants.Of(number_)];
+      const std::optional<Value>& date = next ? found.next : found.last;
+      if (!date || IsNull(*date)) return std::nullopt;
+      return ToDate(*date);
+    }
+    std::optional<RentChange> NextRentChange() const override {
+      RequireRead(data_.needs.rent_changes);
+      const auto& change = data_.rent_changes[data_.tenants.Of(number_)];
+      if (!change || IsNull(change->date)) return std::nullopt;
+      return RentChangeOf(change->date, change->rent);
+    }
+    std::string OwnerName() const override {
+      RequireRead(data_.needs.owner_names);
+      return data_.owner_names[data_.properties.Of(number_)];
+    }
+    std::string TenantField(std::string_view code) const override {
+      RequireRead(data_.needs.tenant_fields);
+      return data_.tenant_fields->Get(data_.tenants.Of(number_), code);
+    }
+    std::string PropertyField(std::string_view code) const override {
+      RequireRead(data_.needs.property_fields);
+      return data_.property_fields->Get(data_.properties.Of(number_), code);
+    }
+    std::optional<Date> LastLetter() const override { return last_letter; }
+
+    // A row of the tenancy's revenues, the latest first.
+    void TakePayment(const query::Recordset& row, bool of_rent) {
+      if (of_rent && !rent_payment_) rent_payment_ = row.Field("amount");
+      if (has_payment_) return;
+      has_payment_ = true;
+      try {
+        ReadPayment(row, record_);
+      } catch (...) {
+        payment_error_ = std::current_exception();
+      }
+    }
+    // The steps of LastPayment, the payments read before: the first of its errors counts.
+    void TakeAccount(const ReadOneAccount& read) {
+      try {
+        const ReadAccount one = read();
+        record_.BalanceOwing = one.account.BalanceOwing().ToDouble();
+        record_.LastPeriodFrom = one.latest_from;
+        record_.LastPeriodTo = one.latest_to;
+        if (payment_error_) std::rethrow_exception(payment_error_);
+        FillPaidTo(one.account, RentPaymentOf(rent_payment_.value_or(Null())), record_);
+      } catch (...) {
+        account_error_ = std::current_exception();
+      }
+    }
+
+    std::optional<Date> last_letter;
+
+   private:
+    TenantRecord record_;
+    const Data& data_;
+    const std::size_t number_;
+    bool has_payment_ = false;
+    std::optional<Value> rent_payment_;
+    std::exception_ptr payment_error_, account_error_;
+  };
+
+  Data(Session& session, const TenancyNeeds& asked, const std::stop_token& stop) : needs(asked) {
+    for (const TenantRecord& tenant : session.caches.Tenants) {
+      all.emplace_back(*this, all.size(), tenant);
+      tenants.Add(tenant.Reference);
+      properties.Add(tenant.PropertyCode);
+    }
+    if (needs.account) ReadAccounts(session, stop);
+    if (needs.inspections) ReadInspections(session, stop);
+    if (needs.rent_changes) ReadRentChanges(session, stop);
+    if (needs.owner_names) ReadOwnerNames(session, stop);
+    Database& database = session.database;
+    if (needs.tenant_fields) tenant_fields.emplace(database, kTenantParent, tenants.codes(), stop);
+    if (needs.property_fields)
+      property_fields.emplace(database, kPropertyParent, properties.codes(), stop);
+  }
+
+  void ReadAccounts(Session& session, const std::stop_token& stop) {
+    ReadPayments(session, stop);
+    ForEachRentAccount(session, tenants.codes(), stop,
+                       [&](std::size_t code, const ReadOneAccount& read) {
+                         for (const std::size_t i : tenants.Members(code)) all[i].TakeAccount(read);
+                       });
+  }
+
+  void ReadPayments(Session& session, const std::stop_token& stop) {
+    const std::string rent_group = session.database.LookupText("rent_group", "Options", "", "");
+    const query::TextMatch equal;
+    TablePass(session.database, tenants.codes(), stop)
+        .Each(
+            "select tenant_code, [property code], [revenue group], recordnumber, tender, date, "
+            "amount, tax from revenues where " +
+                PaysTenancy(rent_group).append(kLatestPaymentFirst),
+            [&](std::size_t code, const query::Recordset& row) {
+              const Value property = row.Field(1);
+              const auto* const property_code = std::get_if<std::string>(&property);
+              if (property_code == nullptr) return;
+              const Value group = row.Field(2);
+              const auto* const group_code = std::get_if<std::string>(&group);
+              const bool of_rent = group_code != nullptr && equal(*group_code, rent_group);
+              for (const std::size_t i : tenants.Members(code)) {
+                if (equal(all[i].Record().PropertyCode, *property_code)) {
+                  all[i].TakePayment(row, of_rent);
+                }
+              }
+            });
+  }
+
+  void ReadInspections(Session& session, const std::stop_token& stop) {
+    inspections.resize(tenants.codes().size());
+    TablePass pass(session.database, tenants.codes(), stop);
+    for (const bool next : {false, true}) {
+      pass.Each("select tenant_code, inspection_date from insp_schedule where " +
+                    InspectionCondition(session, next),
+                [&](std::size_t code, const query::Recordset& row) {
+                  std::optional<Value>& first =
+                      next ? inspections[code].next : inspections[code].last;
+                  if (!first) first = row.Field(1);
+                });
+    }
+  }
+
+  void ReadRentChanges(Session& session, const std::stop_token& stop) {
+    rent_changes.resize(tenants.codes().size());
+    TablePass(session.database, tenants.codes(), stop)
+        .Each("select tenantcode, changedate, changevalue from rentchanges where " +
+                  RentChangeCondition(session),
+              [&](std::size_t code, const query::Recordset& row) {
+                if (!rent_changes[code]) rent_changes[code] = {row.Field(1), row.Field(2)};
+              });
+  }
+
+  // Of several rows for one property a query for it alone says which is the first.
+  void ReadOwnerNames(Session& session, const std::stop_token& stop) {
+    const std::vector<std::string>& codes = properties.codes();
+    owner_names.resize(codes.size());
+    std::vector<int> rows(codes.size());
+    TablePass pass(session.database, codes, stop);
+    pass.Each("select property.code, owner.name from " + std::string(kOwnersOfProperties),
+              [&](std::size_t code, const query::Recordset& row) {
+                if (++rows[code] == 1) owner_names[code] = TextOf(row.Field(1));
+              });
+    for (std::size_t i = 0; i < codes.size() && !pass.Stopped(); ++i) {
+      if (rows[i] > 1) owner_names[i] = OwnerNameOfProperty(session, codes[i]);
+    }
+  }
+
+  const TenancyNeeds needs;
+  std::vector<Tenancy> all;
+  CodeGroups tenants, properties;
+  std::vector<Inspections> inspections;                       // by tenancy's code
+  std::vector<std::optional<StoredRentChange>> rent_changes;  // likewise
+  std::vector<std::string> owner_names;                       // by property's code
+  std::optional<CustomFieldTable> tenant_fields, property_fields;
+};
+
+AllTenancies::AllTenancies(Session& session, const TenancyNeeds& needs, const std::stop_token& stop)
+    : data_(std::make_unique<Data>(session, needs, stop)) {}
+AllTenancies::~AllTenancies() = default;
+AllTenancies::AllTenancies(AllTenancies&&) noexcept = default;
+AllTenancies& AllTenancies::operator=(AllTenancies&&) noexcept = default;
+
+std::size_t AllTenancies::size() const { return data_->all.size(); }
+
+const TenancyDetails& AllTenancies::operator[](std::size_t i) const { return data_->all.at(i); }
+
+void AllTenancies::SetLastLetter(std::size_t i, std::optional<Date> day) {
+  data_->all.at(i).last_letter = day;
+}
+
+}  // namespace tenora
