@@ -1,6 +1,7 @@
 // Who can be chosen for a template's letters.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,9 @@ struct RecipientRow {
   std::string text;  // "(Closed) Jane Smith (P00012)"
   std::string key;   // the code of the tenancy, the owner or, by property, the property
   Recipient recipient;
+  bool closed = false;
+  bool has_email = false;
+  std::size_t cached = 0;  // its place in its cache: tenants, owners or, by property, properties
 };
 
 // What the dialog's check boxes and its search box say.
@@ -33,6 +37,17 @@ struct RecipientFilter {
   bool exclude_no_email_available = false;
   bool exclude_no_email_ticked = false;
   std::string search = {};  // txtSearch: every word of it occurs in the item's text
+};
+
+// Which rows a filter lists, as they are made by property or not.
+class RecipientTest {
+ public:
+  explicit RecipientTest(const RecipientFilter& filter);
+  bool operator()(const RecipientRow& row) const;
+
+ private:
+  const bool closed_, without_email_;
+  const std::vector<std::string> words_;
 };
 
 // The list for a template kind, in cache order, open ones first; empty for any other kind than

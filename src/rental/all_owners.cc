@@ -1,10 +1,10 @@
 #include "rental/all_owners.h"
 
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "platform/runtime/error.h"
 #include "rental/code_groups.h"
 #include "rental/custom_field_parents.h"
 #include "rental/custom_field_table.h"
@@ -16,7 +16,7 @@ namespace tenora {
 namespace {
 
 void RequireRead(bool read) {
-  if (!read) throw StandardError(error_number::kInvalidProcedureCall, "not read");
+  if (!read) throw std::logic_error("a fact was asked for that was not read");
 }
 
 struct Balance {

@@ -31,8 +31,7 @@ class AllOwners {
 
   // In the order of the cache.
   std::size_t size() const;
-  // Gives what LookedUpOwner gives of the same owner, and raises what that raises; 5 for what was
-  // not read.
+  // Gives what LookedUpOwner gives of the same owner, and raises what that raises.
   const OwnerDetails& operator[](std::size_t i) const;
 
   void SetLastLetter(std::size_t i, std::optional<Date> day);

@@ -1,11 +1,11 @@
 #include "rental/all_tenancies.h"
 
 #include <exception>
+#include <stdexcept>
 #include <utility>
 
 #include "data/sql_text.h"
 #include "platform/query/text_match.h"
-#include "platform/runtime/error.h"
 #include "rental/code_groups.h"
 #include "rental/custom_field_parents.h"
 #include "rental/custom_field_table.h"
@@ -25,7 +25,7 @@ struct StoredRentChange {
 };
 
 void RequireRead(bool read) {
-  if (!read) throw StandardError(error_number::kInvalidProcedureCall, "not read");
+  if (!read) throw std::logic_error("a fact was asked for that was not read");
 }
 
 }  // namespace

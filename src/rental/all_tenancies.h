@@ -41,7 +41,8 @@ class AllTenancies {
   // In the order of the cache.
   std::size_t size() const;
   // Gives exactly what LookedUpTenancy gives of the same tenancy, and raises what that raises: a
-  // row that cannot be read concerns one tenancy. Raises 5 for what was not read.
+  // row that cannot be read concerns one tenancy. To ask for what was not read is an error of the
+  // program: std::logic_error.
   const TenancyDetails& operator[](std::size_t i) const;
 
   void SetLastLetter(std::size_t i, std::optional<Date> day);

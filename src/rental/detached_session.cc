@@ -43,7 +43,8 @@ struct DetachedSession::Parts {
       : file(location),
         workspace(query::Workspace::Create([&clock = platform.clock] { return clock.Now(); })),
         session(Platform{platform.clock, dialogs, platform.locale, platform.registry, *workspace,
-                         platform.program_folder, platform.state_folder}),
+                         platform.program_folder, platform.state_folder},
+                DatabaseUse::kLook),
         one_file(session.database, location) {}
 
   const std::filesystem::path file;

@@ -1,7 +1,7 @@
 // A session for a thread beside the windows': over the database file of another session, with an
 // engine and caches of its own, and without boxes. The two share only what does not change: clock,
-// locale and folders; a registry is never asked. What it keeps of the file in memory, it keeps
-// twice.
+// locale and folders; a registry is never asked. Nothing is changed. What it keeps of the file in
+// memory, it keeps twice.
 #pragma once
 
 #include <filesystem>

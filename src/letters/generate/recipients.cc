@@ -51,20 +51,34 @@ std::string ItemText(const Candidate& row, bool with_property) {
 
 }  // namespace
 
+RecipientTest::RecipientTest(const RecipientFilter& filter)
+    : closed_(filter.closed),
+      without_email_(!filter.exclude_no_email_available || !filter.exclude_no_email_ticked),
+      words_(SearchWords(filter.search)) {}
+
+bool RecipientTest::operator()(const RecipientRow& row) const {
+  return (closed_ || !row.closed) && (without_email_ || row.has_email) &&
+         (words_.empty() || HoldsWords(FoldedForSearch(row.text), words_));
+}
+
 std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view template_kind,
                                          const RecipientFilter& filter) {
-  const std::vector<std::string> words = SearchWords(filter.search);
+  const RecipientTest listed(filter);
   std::vector<RecipientRow> rows;
   const auto pass = [&](bool closed) {
-    ForEachCandidate(
-        caches, template_kind, filter.by_property, [&](const Candidate& row, bool with_property) {
-          if (row.closed != closed) return;
-          const bool listed = !row.email.empty() || !filter.exclude_no_email_available ||
-                              !filter.exclude_no_email_ticked;
-          std::string text = ItemText(row, with_property);
-          if (!listed || !HoldsWords(FoldedForSearch(text), words)) return;
-          rows.push_back({std::move(text), row.key, {row.name, row.code}});
-        });
+    std::size_t cached = 0;
+    ForEachCandidate(caches, template_kind, filter.by_property,
+                     [&](const Candidate& one, bool with_property) {
+                       const std::size_t place = cached++;
+                       if (one.closed != closed) return;
+                       RecipientRow row{.text = ItemText(one, with_property),
+                                        .key = one.key,
+                                        .recipient = {one.name, one.code},
+                                        .closed = one.closed,
+                                        .has_email = !one.email.empty(),
+                                        .cached = place};
+                       if (listed(row)) rows.push_back(std::move(row));
+                     });
   };
   pass(false);
   if (filter.closed) pass(true);

@@ -1,0 +1,178 @@
+#include "letters/recipient_table.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "letters/generate/fact_needs.h"
+#include "letters/template_library.h"
+#include "merge/recipient_facts.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/search_text.h"
+#include "rental/all_owners.h"
+#include "rental/all_tenancies.h"
+
+namespace tenora {
+namespace {
+
+std::string DayText(const Locale& locale, Date date) {
+  const CalendarTime time = date.Calendar();
+  std::string text = locale.ShortDate(date);
+  if (time.hour != 0 || time.minute != 0) text += " " + locale.MediumTime(date);
+  return text;
+}
+
+// What a fact is sorted by: facts of one column have one type, but for fields of the office's own,
+// of which numbers come before other texts.
+struct SortKey {
+  int kind = 0;  // 0: a number or a date, 1: a text, 2: none
+  double number = 0;
+  std::string text = {};
+};
+
+SortKey KeyOf(const Fact& fact, bool field) {
+  if (const auto* number = std::get_if<double>(&fact)) return {.number = *number};
+  if (const auto* money = std::get_if<Currency>(&fact)) return {.number = money->ToDouble()};
+  if (const auto* date = std::get_if<Date>(&fact)) return {.number = ToDouble(Value(*date))};
+  if (const auto* yes = std::get_if<bool>(&fact)) return {.number = *yes ? 1.0 : 0.0};
+  const auto* const text = std::get_if<std::string>(&fact);
+  if (text == nullptr) return {.kind = 2};
+  if (field) {
+    try {
+      return {.number = ToDouble(Value(*text))};
+    } catch (const RuntimeError&) {
+      // Another text.
+    }
+  }
+  return {.kind = 1, .text = FoldedForSearch(*text)};
+}
+
+bool Before(const SortKey& left, const SortKey& right, bool descending) {
+  const bool none = left.kind == 2 || right.kind == 2;
+  if (none) return left.kind < right.kind;
+  const SortKey& first = descending ? right : left;
+  const SortKey& second = descending ? left : right;
+  if (first.kind != second.kind) return first.kind < second.kind;
+  return first.kind == 0 ? first.number < second.number : first.text < second.text;
+}
+
+}  // namespace
+
+const FactNames* RecipientFactNames(std::string_view template_kind) {
+  if (template_kind == kTemplates) return &TenantFactNames();
+  if (template_kind == kOwnerTemplates) return &OwnerFactNames();
+  return nullptr;
+}
+
+const std::vector<std::string>& UsualColumns(std::string_view template_kind) {
+  static const std::vector<std::string> kOfTenants{
+      "Tenant Name",        "Property Code",    "Property Address", "Email",
+      "Current Rent",       "Balance Owing",    "Paid To Date",     "Days Behind",
+      "Tenancy Start Date", "Tenancy End Date", "Rent Review Date", "Next Inspection",
+      "Last Letter"};
+  static const std::vector<std::string> kOfOwners{
+      "Name",       "Postal Address 1", "Postal Address 2", "Email Address",
+      "Properties", "Tenancies",        "Arrears",          "Last Letter"};
+  return template_kind == kOwnerTemplates ? kOfOwners : kOfTenants;
+}
+
+std::string FactText(const Locale& locale, const Fact& fact) {
+  if (const auto* text = std::get_if<std::string>(&fact)) return *text;
+  if (const auto* number = std::get_if<double>(&fact)) return NumberText(*number);
+  if (const auto* money = std::get_if<Currency>(&fact)) {
+    return locale.CurrencyText(money->ToDouble());
+  }
+  if (const auto* date = std::get_if<Date>(&fact)) return DayText(locale, *date);
+  if (const auto* yes = std::get_if<bool>(&fact)) return *yes ? "yes" : "no";
+  return {};
+}
+
+// Where the facts of a row come from.
+struct RecipientTable::Facts {
+  Facts(Session& session, const Subject& subject, std::span<const std::string> names,
+        const std::stop_token& stop)
+      : now(session.platform.clock.Now()), by_property(subject.by_property) {
+    if (subject.template_kind == kTemplates) {
+      tenancies.emplace(session, TenancyNeedsOf(names), stop);
+    } else if (subject.template_kind == kOwnerTemplates) {
+      owners.emplace(session, OwnerNeedsOf(names), stop);
+      for (std::size_t i = 0; i < owners->size(); ++i) {
+        owner_by_name.emplace((*owners)[i].Record().Name, i);
+      }
+    }
+  }
+
+  // Calls `use` with the facts of a row; an owner's letter is of the first owner of its name.
+  template <typename Use>
+  auto With(const RecipientRow& row, Use&& use) const {
+    if (tenancies) return use(TenantFacts((*tenancies)[row.cached], now));
+    std::size_t owner = row.cached;
+    if (by_property) {
+      const auto found = owner_by_name.find(row.recipient.name);
+      if (found == owner_by_name.end()) {
+        throw StandardError(error_number::kInvalidProcedureCall, "no owner has this name");
+      }
+      owner = found->second;
+    }
+    return use(OwnerFacts((*owners)[owner], now));
+  }
+
+  const Date now;
+  const bool by_property;
+  std::optional<AllTenancies> tenancies;
+  std::optional<AllOwners> owners;
+  std::map<std::string, std::size_t> owner_by_name;
+};
+
+RecipientTable::RecipientTable(Session& session, const Subject& subject,
+                               std::span<const std::string> names, const std::stop_token& stop)
+    : rows_(ListRecipients(session.caches, subject.template_kind,
+                           {.closed = true, .by_property = subject.by_property})),
+      today_(session.platform.clock.Today()),
+      facts_(std::make_unique<Facts>(session, subject, names, stop)) {}
+RecipientTable::~RecipientTable() = default;
+RecipientTable::RecipientTable(RecipientTable&&) noexcept = default;
+RecipientTable& RecipientTable::operator=(RecipientTable&&) noexcept = default;
+
+RecipientTable::Cell RecipientTable::At(std::size_t row, std::string_view name) const {
+  try {
+    return {.fact = facts_->With(rows_.at(row),
+                                 [&](const FactSource& facts) { return facts.Get(name); })};
+  } catch (const RuntimeError& error) {
+    return {.problem = ErrorText(error)};
+  }
+}
+
+RecipientTable::Selection RecipientTable::Select(const RecipientFilter& filter,
+                                                 const Condition* condition) const {
+  Selection selection;
+  const RecipientTest listed(filter);
+  for (std::size_t row = 0; row < rows_.size(); ++row) {
+    if (!listed(rows_[row])) continue;
+    try {
+      const bool holds =
+          condition == nullptr || facts_->With(rows_[row], [&](const FactSource& facts) {
+            return condition->Holds(facts, today_);
+          });
+      if (holds) selection.rows.push_back(row);
+    } catch (const RuntimeError& error) {
+      selection.undecided.emplace_back(row, ErrorText(error));
+    }
+  }
+  return selection;
+}
+
+void RecipientTable::Sort(std::vector<std::size_t>& rows, std::string_view name,
+                          bool descending) const {
+  const bool field = name.find(':') != std::string_view::npos;
+  std::vector<std::pair<SortKey, std::size_t>> keyed;
+  for (const std::size_t row : rows) keyed.emplace_back(KeyOf(At(row, name).fact, field), row);
+  std::ranges::stable_sort(keyed, [&](const auto& left, const auto& right) {
+    return Before(left.first, right.first, descending);
+  });
+  std::ranges::transform(keyed, rows.begin(), [](const auto& one) { return one.second; });
+}
+
+}  // namespace tenora
