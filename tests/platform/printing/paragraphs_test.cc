@@ -415,6 +415,17 @@ TEST_F(Paragraphs, CloseTheirFrameWhereAPageEnds) {
   EXPECT_NEAR(FirstInk(paper, 2), (kInch - 120) / 20, 1);
 }
 
+TEST_F(Paragraphs, SpreadTheirWordsWhereTheyAreDistributed) {
+  ParagraphFormat format;
+  format.alignment = richtext::Alignment::kDistributed;
+  const Paper paper = PrintLines({Line("one two three", format), Line("alone", format)});
+  EXPECT_THAT(paper.Find("one").left, DoubleNear(kInch, kNear));
+  EXPECT_THAT(paper.Find("three").right, DoubleNear(kInch + kTextWidth, kNear));
+  EXPECT_THAT(paper.Find("two").left - paper.Find("one").right,
+              DoubleNear(paper.Find("three").left - paper.Find("two").right, kNear));
+  EXPECT_THAT(paper.Find("alone").left, DoubleNear(kInch, kNear));
+}
+
 TEST_F(Paragraphs, KernPairsFromTheSizeThatTheLetterSays) {
   const auto width = [&](int kerned_from) {
     CharFormat format;

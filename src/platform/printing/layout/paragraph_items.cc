@@ -13,8 +13,8 @@
 namespace tenora::printing {
 namespace {
 
+using richtext::Alignment;
 using richtext::CharFormat;
-using richtext::IsJustified;
 
 // Combining marks and right-to-left text, whose brackets are mirrored, need shaping. Other text is
 // laid out faster without it.
@@ -251,13 +251,17 @@ void ItemCollector::AppendFragment(const CharFormat& format, const QString& text
       open_text_.clear();
     }
     const QStringView rest = QStringView(text).mid(start);
-    const qsizetype part = one_position ? rest.size() : PartOf(rest, open_text_.size());
+    qsizetype part = one_position ? rest.size() : PartOf(rest, open_text_.size());
+    // Each word by itself, to be set apart from the others.
+    const bool words = format_.alignment == Alignment::kDistributed && !one_position;
+    const qsizetype blank = words ? rest.indexOf(QLatin1Char(' ')) : -1;
+    if (blank >= 0) part = std::min(part, blank + 1);
     open_->fragments.push_back({int(open_text_.size()), int(part),
                                 one_position ? position : position + int(start), small,
                                 one_position, &format});
     open_text_ += rest.first(part);
     start += part;
-    if (LongEnough()) CloseText();
+    if (blank >= 0 || LongEnough()) CloseText();
   }
 }
 
@@ -295,7 +299,8 @@ void ItemCollector::CloseText() {
     layout.setFormats(ranges);
   }
   QTextOption option(Qt::AlignJustify);
-  if (!IsJustified(format_.alignment)) option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+  if (format_.alignment != Alignment::kJustified)
+    option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
   option.setTextDirection(format_.right_to_left ? Qt::RightToLeft : Qt::LeftToRight);
   option.setUseDesignMetrics(true);
   layout.setTextOption(option);
