@@ -51,6 +51,24 @@ qsizetype PartOf(QStringView text, qsizetype open) {
   return part < text.size() && text[part].isLowSurrogate() ? part + 1 : part;
 }
 
+// Gives a rule the room of a text line above its baseline and in its whole width. The rule is in
+// the middle of the line.
+void PutAcross(const richtext::Picture::Across& across, double width, const FontUse& use,
+               PlacedPicture* rule) {
+  if (across.share > 0) rule->width = std::max(across.share * width, 1.0);
+  const double above = (use.ascent + use.descent + use.leading - rule->height) / 2;
+  const double beside = width - rule->width;
+  const double start = across.alignment == Alignment::kLeft    ? 0
+                       : across.alignment == Alignment::kRight ? beside
+                                                               : beside / 2;
+  rule->crop.left = -start / rule->width;
+  rule->crop.right = -(beside - start) / rule->width;
+  rule->crop.top = -above / rule->height;
+  rule->crop.bottom = -(use.ascent - above - rule->height) / rule->height;
+  rule->width = width;
+  rule->height = use.ascent;
+}
+
 class ItemCollector {
  public:
   ItemCollector(LayoutContext& context, const richtext::Paragraph& paragraph,
@@ -156,9 +174,12 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
   }
   if (picture && !run.format.hidden) {
     CloseText();
-    items_.emplace_back(PictureItem{
-        context_.pictures.Place(*picture, place_.right - place_.left, context_.page_height),
-        position_});
+    const double width = place_.right - place_.left;
+    PlacedPicture placed = context_.pictures.Place(*picture, width, context_.page_height);
+    const FontUse& use = context_.fonts->Use(paragraph_.mark);
+    const bool across = picture->across && placed.height < use.ascent - use.descent - use.leading;
+    if (across) PutAcross(*picture->across, width, use, &placed);
+    items_.emplace_back(PictureItem{std::move(placed), position_, across});
   }
   ++position_;
 }

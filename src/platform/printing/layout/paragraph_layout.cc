@@ -333,8 +333,13 @@ void ParagraphLayout::Place(PictureItem& item) {
     EndLine(item.position);
     StartLine();
   }
-  has_picture_ = true;
-  picture_height_ = std::max(picture_height_, item.picture.height);
+  if (item.across) {
+    const FontUse& use = context_.fonts->Use(paragraph_.mark);
+    Grow(use.ascent, use.descent, use.leading);
+  } else {
+    has_picture_ = true;
+    picture_height_ = std::max(picture_height_, item.picture.height);
+  }
   Put(item.picture.width, std::move(item.picture));
 }
 
