@@ -92,6 +92,7 @@ TEST(Condition, ComparesByTheTypeOfTheFact) {
       {"Closed = no", true},
       {"TCustom:Pets > 1", true},
       {"TCustom:Pets = \"2\"", true},
+      {"TCustom:Pets is not empty and TCustom:Pets contains '2'", true},
       {"TCustom:Moved In < today", true},
       {"[TCustom:Moved In] is empty", false},
       {"PCustom:Alarm", true},

@@ -283,6 +283,8 @@ class Parser {
     while (count < names_.LongestWords() && words_[at_ + count].kind == WordKind::kWord) ++count;
     for (; count > 0; --count) {
       std::string name = WordsFrom(at_, at_ + count);
+      // A field that the names do not have whole ends with its first word.
+      if (count > 1 && names_.Find(name) == nullptr) continue;
       std::optional<Operand> named = Named(name);
       if (!named) continue;
       at_ += count;
