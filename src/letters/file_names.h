@@ -1,11 +1,17 @@
 // The folders that recipients' letters are kept in.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
 
+#include "platform/runtime/safe_file_name.h"
+
 namespace tenora {
+
+// The longest name of a generated letter's file, in bytes: leaves space for "(123456).rtf" behind.
+inline constexpr std::size_t kLongestGeneratedTitle = kLongestFileName - 16;
 
 // The sub-folder of the data folder for a recipient's letters: as SafeFileName, and never one of
 // the data folder's own names, so that a tenant called "Templates" does not fill the template
@@ -17,9 +23,8 @@ std::string RecipientFolderName(std::string_view recipient_name);
 // new ones are not saved there. Empty for the other names. It is never another recipient's folder.
 std::string EarlierRecipientFolderName(std::string_view recipient_name);
 
-// The path of RecipientFolderName's folder, made when missing. Raises the errors of FileError, 76
-// where the data folder itself is missing, and 75 where there is a link in the folder's place:
-// letters do not leave the data folder.
+// The path of RecipientFolderName's folder, made when missing. Raises the errors of FileError, and
+// 75 where there is a link in its place: letters do not leave the data folder.
 std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
                                           std::string_view recipient_name);
 

@@ -47,7 +47,9 @@ class FactNames {
   // The name, letter case and the number of blanks between words aside; null for none.
   const Name* Find(std::string_view name) const;
   bool IsField(std::string_view name) const;
-  // In the order in which they were added, the names that are no fields.
+  // In the order in which they were added; fields too, where they were added whole.
+  const std::vector<Name>& Names() const { return names_; }
+  // In the same order, the names that are no fields.
   std::vector<std::string_view> All() const;
   // The most words that a name has.
   std::size_t LongestWords() const { return longest_words_; }

@@ -1,7 +1,5 @@
 #include "letters/generate/fact_needs.h"
 
-#include <algorithm>
-
 #include "merge/recipient_facts.h"
 
 namespace tenora {
@@ -88,10 +86,6 @@ OwnerNeeds OwnerNeedsOf(std::span<const std::string> names) {
   const OwnerFacts facts(asked, Date());
   for (const std::string& name : names) static_cast<void>(facts.Get(name));
   return asked.needs;
-}
-
-bool NeedsLastLetter(std::span<const std::string> names) {
-  return std::ranges::find(names, "Last Letter") != names.end();
 }
 
 }  // namespace tenora

@@ -12,7 +12,5 @@ namespace tenora {
 // The names are those of the kind's FactNames, or fields.
 TenancyNeeds TenancyNeedsOf(std::span<const std::string> names);
 OwnerNeeds OwnerNeedsOf(std::span<const std::string> names);
-// Whether the day of the last letter is among them.
-bool NeedsLastLetter(std::span<const std::string> names);
 
 }  // namespace tenora

@@ -4,8 +4,11 @@
 #include <map>
 #include <utility>
 
+#include "letters/custom_field_codes.h"
 #include "letters/generate/fact_needs.h"
+#include "letters/generate/last_letters.h"
 #include "letters/template_library.h"
+#include "merge/merge_codes.h"
 #include "merge/recipient_facts.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"
@@ -66,6 +69,24 @@ const FactNames* RecipientFactNames(std::string_view template_kind) {
   return nullptr;
 }
 
+FactNames RecipientFactNames(Session& session, std::string_view template_kind) {
+  FactNames names;
+  if (const FactNames* const fixed = RecipientFactNames(template_kind)) names.Add(*fixed);
+  const CustomFieldCodes codes = ReadCustomFieldCodes(session.database);
+  const auto add = [&](std::string_view prefix, const std::set<std::string>& fields) {
+    for (const std::string& field : fields) {
+      if (!field.empty()) names.Add(std::string(prefix) + field, FactType::kField);
+    }
+  };
+  if (template_kind == kTemplates) {
+    add(kTenantCustomPrefix, codes.tenant);
+    add(kPropertyCustomPrefix, codes.property);
+  } else if (template_kind == kOwnerTemplates) {
+    add(kOwnerCustomPrefix, codes.owner);
+  }
+  return names;
+}
+
 const std::vector<std::string>& UsualColumns(std::string_view template_kind) {
   static const std::vector<std::string> kOfTenants{
       "Tenant Name",        "Property Code",    "Property Address", "Email",
@@ -104,19 +125,34 @@ struct RecipientTable::Facts {
     }
   }
 
+  // By the recipient as a run has it: an owner by name, whichever property the row is of.
+  void SetLastLetters(const std::vector<RecipientRow>& rows, const LastLetters& letters) {
+    for (const RecipientRow& row : rows) {
+      const std::optional<Date> day = letters.Of(row.recipient);
+      if (tenancies) {
+        tenancies->SetLastLetter(row.cached, day);
+      } else if (const std::optional<std::size_t> owner = OwnerOf(row)) {
+        owners->SetLastLetter(*owner, day);
+      }
+    }
+  }
+
+  // None for a property of an owner without a name.
+  std::optional<std::size_t> OwnerOf(const RecipientRow& row) const {
+    if (!by_property) return row.cached;
+    const auto found = owner_by_name.find(row.recipient.name);
+    return found == owner_by_name.end() ? std::nullopt : std::optional(found->second);
+  }
+
   // Calls `use` with the facts of a row; an owner's letter is of the first owner of its name.
   template <typename Use>
   auto With(const RecipientRow& row, Use&& use) const {
     if (tenancies) return use(TenantFacts((*tenancies)[row.cached], now));
-    std::size_t owner = row.cached;
-    if (by_property) {
-      const auto found = owner_by_name.find(row.recipient.name);
-      if (found == owner_by_name.end()) {
-        throw StandardError(error_number::kInvalidProcedureCall, "no owner has this name");
-      }
-      owner = found->second;
+    const std::optional<std::size_t> owner = OwnerOf(row);
+    if (!owner) {
+      throw StandardError(error_number::kInvalidProcedureCall, "the owner has no name");
     }
-    return use(OwnerFacts((*owners)[owner], now));
+    return use(OwnerFacts((*owners)[*owner], now));
   }
 
   const Date now;
@@ -131,7 +167,13 @@ RecipientTable::RecipientTable(Session& session, const Subject& subject,
     : rows_(ListRecipients(session.caches, subject.template_kind,
                            {.closed = true, .by_property = subject.by_property})),
       today_(session.platform.clock.Today()),
-      facts_(std::make_unique<Facts>(session, subject, names, stop)) {}
+      facts_(std::make_unique<Facts>(session, subject, names, stop)) {
+  const bool last_letters = std::ranges::find(names, kLastLetterFact) != names.end();
+  if (last_letters && !subject.template_name.empty()) {
+    facts_->SetLastLetters(rows_, LastLetters(subject.data_folder, subject.template_kind,
+                                              subject.template_name, rows_, stop));
+  }
+}
 RecipientTable::~RecipientTable() = default;
 RecipientTable::RecipientTable(RecipientTable&&) noexcept = default;
 RecipientTable& RecipientTable::operator=(RecipientTable&&) noexcept = default;

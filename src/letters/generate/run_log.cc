@@ -21,6 +21,8 @@ namespace fs = std::filesystem;
 
 constexpr off_t kLargestLog = off_t{1} << 30;
 constexpr std::size_t kLongestRemark = 256;
+// Holds the template, which stands behind two paths.
+constexpr std::size_t kLongestBeginning = 16384;
 
 fs::path Resolved(const fs::path& path) {
   std::error_code unresolved;
@@ -61,7 +63,25 @@ std::string ReadLog(int fd, const fs::path& path, off_t from = 0,
   return text;
 }
 
+bool MayBeRunLog(const fs::directory_entry& entry) {
+  std::error_code unknown;
+  return entry.path().extension() == ".log" &&
+         entry.path().filename().string().starts_with(kRunLogPrefix) &&
+         fs::is_regular_file(entry.symlink_status(unknown));
+}
+
 }  // namespace
+
+std::vector<fs::path> RunLogsIn(const fs::path& data_folder) {
+  std::vector<fs::path> logs;
+  std::error_code unlisted;
+  fs::directory_iterator entry(data_folder, unlisted);
+  for (; !unlisted && entry != fs::directory_iterator(); entry.increment(unlisted)) {
+    if (MayBeRunLog(*entry)) logs.push_back(entry->path());
+  }
+  std::ranges::sort(logs);
+  return logs;
+}
 
 RunLog::RunLog(const fs::path& data_folder, GenerationRequest request, const Clock& clock)
     : data_folder_(data_folder), clock_(clock) {
@@ -113,6 +133,24 @@ std::optional<LoggedRun> RunLog::Look(const fs::path& path, const fs::path& data
   if (EndsSettled(ReadLog(log.fd_, log.path_, -off_t{kLongestRemark}))) return std::nullopt;
   log.Read();
   log.CheckOrigin(data_folder);
+  return std::move(log.run_);
+}
+
+std::optional<LoggedRun> RunLog::History(const fs::path& path, std::string_view template_kind,
+                                         std::string_view template_name) {
+  const Clock clock;
+  RunLog log(path, clock);
+  log.fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (log.fd_ < 0) return std::nullopt;
+  try {
+    const std::string beginning = ReadLog(log.fd_, path, 0, kLongestBeginning);
+    if (!BeginsRunLog(beginning) || !IsRunOf(beginning, template_kind, template_name)) {
+      return std::nullopt;
+    }
+    log.Read();
+  } catch (const RuntimeError&) {
+    return std::nullopt;
+  }
   return std::move(log.run_);
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "letters/generate/run_log_format.h"
 #include "platform/runtime/clock.h"
@@ -15,6 +16,10 @@ namespace tenora {
 
 // What the name of every run log begins with.
 inline constexpr std::string_view kRunLogPrefix = "Letters ";
+
+// The files in a data folder that may be run logs, in the order of their names; none where it
+// cannot be listed. Raises nothing.
+std::vector<std::filesystem::path> RunLogsIn(const std::filesystem::path& data_folder);
 
 class RunLog {
  public:
@@ -32,6 +37,11 @@ class RunLog {
   // forgotten, and for another file. Raises what Resume raises.
   static std::optional<LoggedRun> Look(const std::filesystem::path& path,
                                        const std::filesystem::path& data_folder);
+  // What a log of this template says, also of a run in progress or of another data folder; nothing
+  // for any other file, and where it cannot be read. Raises nothing.
+  static std::optional<LoggedRun> History(const std::filesystem::path& path,
+                                          std::string_view template_kind,
+                                          std::string_view template_name);
   // Notes that a person has settled the run, also in a log that cannot be resumed. Raises 70 and
   // 321 as Resume does, and the errors of FileError.
   static void Forget(const std::filesystem::path& path, const Clock& clock);

@@ -184,6 +184,7 @@ class Reader {
       request.pdf = value == "yes";
     } else if (word == "started") {
       run_.started = value;
+      attempt_ = value;
     } else {
       Damaged();
     }
@@ -198,7 +199,10 @@ class Reader {
   }
 
   void ReadLetterLine(const Fields& fields) {
-    if (FromWord<RunRemark>(kRemarks, fields[0])) return;
+    if (const auto remark = FromWord<RunRemark>(kRemarks, fields[0])) {
+      if (remark == RunRemark::kResumed && fields.size() == 2) attempt_ = fields[1];
+      return;
+    }
     if (fields[0] == kAnswer && fields.size() == 3) {
       run_.request.answers[fields[1]] = fields[2];
       return;
@@ -211,7 +215,7 @@ class Reader {
     if (fields[2] != recipient.name) Damaged();
     RequireInFolder(fields[3], recipient.name);
     run_.letters[number - 1] = {*state, fields[3], fields[4],
-                                *state == LetterState::kHeld ? fields[5] : std::string()};
+                                *state == LetterState::kHeld ? fields[5] : std::string(), attempt_};
   }
 
   void RequireInFolder(const std::string& file, const std::string& name) const {
@@ -230,6 +234,7 @@ class Reader {
   std::string_view rest_;
   std::size_t line_ = 0;
   bool in_letters_ = false;
+  std::string attempt_;
   LoggedRun run_;
 };
 
@@ -289,6 +294,12 @@ bool BeginsRunLog(std::string_view text) {
 std::size_t WholeLines(std::string_view text) {
   const std::size_t last = text.rfind('\n');
   return last == std::string_view::npos ? 0 : last + 1;
+}
+
+bool IsRunOf(std::string_view beginning, std::string_view template_kind,
+             std::string_view template_name) {
+  // A name may have been typed in other letter case.
+  return ContainsNoCase(beginning, '\n' + Line({"template", template_kind, template_name}));
 }
 
 LoggedRun ReadRunLog(std::string_view text) { return Reader(text).Read(); }

@@ -58,6 +58,7 @@ struct LoggedLetter {
   // kHeld: of the file as the program wrote it, or of both while it is being replaced. Another
   // content is a person's correction.
   std::string fingerprint;
+  std::string attempt = {};  // when the run that wrote the state began, "2026-11-21 09:30:00"
 };
 
 struct LoggedRun {
@@ -97,5 +98,8 @@ std::size_t WholeLines(std::string_view text);
 // line's number for text that is not a run log, has another version, is damaged, or names files
 // outside its recipients' folders.
 LoggedRun ReadRunLog(std::string_view text);
+// Whether a log that begins so, with at least the lines before its recipients, is of this template.
+bool IsRunOf(std::string_view beginning, std::string_view template_kind,
+             std::string_view template_name);
 
 }  // namespace tenora

@@ -1,6 +1,5 @@
 #include "letters/unfinished_runs.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <system_error>
@@ -15,13 +14,6 @@ namespace tenora {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool MayBeRunLog(const fs::directory_entry& entry) {
-  std::error_code unknown;
-  return entry.path().extension() == ".log" &&
-         entry.path().filename().string().starts_with(kRunLogPrefix) &&
-         fs::is_regular_file(entry.symlink_status(unknown));
-}
 
 std::optional<UnfinishedRun> Look(const fs::path& log, const fs::path& data_folder) {
   UnfinishedRun run;
@@ -39,17 +31,6 @@ std::optional<UnfinishedRun> Look(const fs::path& log, const fs::path& data_fold
     run.problem = error.description();
   }
   return run;
-}
-
-std::vector<fs::path> RunLogsIn(const fs::path& data_folder) {
-  std::vector<fs::path> logs;
-  std::error_code unlisted;
-  fs::directory_iterator entry(data_folder, unlisted);
-  for (; !unlisted && entry != fs::directory_iterator(); entry.increment(unlisted)) {
-    if (MayBeRunLog(*entry)) logs.push_back(entry->path());
-  }
-  std::ranges::sort(logs);
-  return logs;
 }
 
 // Of a letter that this run holds back; empty for any other.

@@ -30,9 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestTitle = 120;  // characters
-// In bytes; leaves space for "(123456).rtf" after a generated letter's title.
-constexpr std::size_t kLongestGeneratedTitle = kLongestFileName - 16;
-constexpr int kNewLetterMargin = 1134;  // twips: 2 cm
+constexpr int kNewLetterMargin = 1134;      // twips: 2 cm
 constexpr std::string_view kExtension = ".rtf";
 constexpr const char* kPictureTitle = "Picture File";
 constexpr const char* kPictureFilter =
@@ -315,7 +313,7 @@ fs::path frmLetter::LetterFolder(Making making) const {
     return making == Making::kMissing ? MakeRecipientFolder(data, members_.RecipientName)
                                       : data / RecipientFolderName(members_.RecipientName);
   }
-  if (making == Making::kMissing) MakeSubfolder(data / members_.Kind);
+  if (making == Making::kMissing) MakeFolder(data / members_.Kind);
   return data / members_.Kind;
 }
 
@@ -367,18 +365,9 @@ bool frmLetter::ChangedByOthers() const {
 bool frmLetter::Save() {
   if (members_.FilePath.empty()) return SaveAs();
   if (ChangedByOthers() && !host_.ConfirmOverwrite(members_.FilePath)) return false;
-  return AfterWriting(WriteLetter());
-}
-
-// Of a letter that is not on disk nobody may be told that it is saved, not even for a moment: what
-// is kept of it would be dropped.
-bool frmLetter::AfterWriting(bool written) {
-  if (written) {
-    AfterLoadLetter();
-  } else {
-    members_.Changed = true;
-    UpdateCaption();
-  }
+  const bool written = WriteLetter();
+  AfterLoadLetter();
+  members_.Changed = !written;
   return written;
 }
 
@@ -410,7 +399,9 @@ bool frmLetter::SaveAs() {
   // Without a file, the next save asks again.
   if (!written) members_.FilePath = path_before;
   host_.RefreshTree();
-  return AfterWriting(written);
+  AfterLoadLetter();
+  members_.Changed = !written;
+  return written;
 }
 
 // A letter that is saved under its own name in another letter case is not to be there twice. Where
