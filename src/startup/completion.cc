@@ -7,6 +7,8 @@
 #include <ostream>
 #include <sstream>
 
+#include "letters/named_filters.h"
+#include "letters/recipient_table.h"
 #include "letters/recipients.h"
 #include "letters/template_library.h"
 #include "letters/unfinished_runs.h"
@@ -127,6 +129,8 @@ class Completion {
     if (name == "--template") return TemplateNames({Kind()});
     if (name == "TEMPLATE") return TemplateNames({kTemplates, kOwnerTemplates, "Cheque", "Check"});
     if (name == "--recipient") return Recipients();
+    if (name == "--columns" || name == "--sort") return FactsOf(name == "--columns");
+    if (name == "--filter") return FilterNames();
     if (name == "--resume" || name == "--forget") return UnfinishedLogs();
     return {};
   }
@@ -141,6 +145,21 @@ class Completion {
     for (const std::string_view folder : folders) {
       const Names in_folder = library.Names(folder);
       names.insert(names.end(), in_folder.begin(), in_folder.end());
+    }
+    return names;
+  }
+
+  Names FactsOf(bool with_words) const {
+    Names names;
+    if (with_words) names = {"all", "help"};
+    for (const std::string_view fact : RecipientFactNames(Kind())->All()) names.emplace_back(fact);
+    return names;
+  }
+
+  Names FilterNames() {
+    Names names;
+    for (const NamedFilter& filter : NamedFilters(session().platform.registry).List(Kind())) {
+      names.push_back(filter.name);
     }
     return names;
   }

@@ -33,9 +33,18 @@ Destination GenerateCall::To() const {
   return destination == "email" ? Destination::kEmail : Destination::kFolder;
 }
 
+ListingFormat GenerateCall::Format() const {
+  if (format == "csv") return ListingFormat::kCsv;
+  return format == "json" ? ListingFormat::kJson : ListingFormat::kTable;
+}
+
 std::string GenerateCall::Complaint() const {
   const bool to_email = To() == Destination::kEmail;
-  const bool choosing = all || !recipients.empty();
+  const bool choosing = all || !recipients.empty() || ByFacts();
+  if (!list && (AsTable() || !sort.empty())) {
+    return "--columns, --format and --sort go with --list";
+  }
+  if (descending && sort.empty()) return "--descending goes with --sort";
   if (unfinished || !forget.empty()) {
     const bool more = choosing || list || !template_name.empty() || !resume.empty() ||
                       (unfinished && !forget.empty());
@@ -53,8 +62,11 @@ std::string GenerateCall::Complaint() const {
   if (list) return "";
   if (template_name.empty()) return "--template is missing";
   if (all && !recipients.empty()) return "--all and --recipient exclude each other";
-  if (!choosing) return "Nothing selected: name each --recipient, or give --all";
-  if (!filter.search.empty() && !all) return "--search goes with --all or --list";
+  if (ByFacts() && !recipients.empty()) {
+    return "--where or --filter and --recipient exclude each other";
+  }
+  if (!choosing) return "Nothing selected: name each --recipient, or give --all or --where";
+  if (!filter.search.empty() && !all && !ByFacts()) return "--search goes with --all or --list";
   if (to_email && TrimBlanks(subject).empty()) return "--to email needs a --subject";
   if (!to_email && !subject.empty()) return "--subject goes with --to email";
   if (!printer.empty() && To() != Destination::kPrinter) {
@@ -87,12 +99,24 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
                "Only recipients with an e-mail address");
   app.add_option("--search", filter.search,
                  "Only recipients whose line in the list holds the words");
+  app.add_option("--where", call.where,
+                 "Everyone of whom this holds, as \"Days Behind >= 14 and Balance Owing > 50\"; "
+                 "\"--list --columns help\" prints the names");
+  app.add_option("--filter", call.named_filter,
+                 "Everyone of whom the condition saved under this name holds");
   app.add_option("--subject", call.subject, "Of the e-mails");
   AddRepeated(app, "--answer", call.answers,
               "\"prompt=text\": the answer to a prompt for all letters; others are asked");
   app.add_flag("--pdf", call.pdf, "Save a PDF beside each letter");
   app.add_option("--printer", call.printer, "The printer; without it, the default one");
   app.add_flag("--list", call.list, "Print the recipients and make nothing");
+  app.add_option("--columns", call.columns,
+                 "With --list: a table of these, with commas between; \"all\" for every one, "
+                 "\"help\" prints their names");
+  app.add_option("--format", call.format, "With --list: of the table")
+      ->check(CLI::IsMember({"table", "csv", "json"}));
+  app.add_option("--sort", call.sort, "With --list: by the values of this column");
+  app.add_flag("--descending", call.descending, "With --sort: the last first");
   app.add_option("--resume", call.resume, "Make what the run of this log left undone");
   app.add_flag("--unfinished", call.unfinished,
                "Print the runs that have not done all they were asked, and make nothing");

@@ -7,6 +7,7 @@
 
 #include "letters/generation_request.h"
 #include "letters/recipients.h"
+#include "startup/recipient_listing.h"
 
 namespace CLI {
 class App;
@@ -22,12 +23,19 @@ struct GenerateCall {
   bool all = false, list = false;
   // On the command line the filter by e-mail address is always available.
   RecipientFilter filter{.exclude_no_email_available = true};
+  std::string where, named_filter;    // conditions on the recipients' facts
+  std::string columns, format, sort;  // of the list as a table
+  bool descending = false;
   std::string subject, printer, resume, forget;
   std::vector<std::string> answers;
   bool pdf = false, send_held = false, unfinished = false;
 
   std::string_view Kind() const;
   Destination To() const;
+  // Whether recipients are chosen or listed by what is known of them.
+  bool ByFacts() const { return !where.empty() || !named_filter.empty(); }
+  bool AsTable() const { return !columns.empty() || !format.empty(); }
+  ListingFormat Format() const;
   // What is wrong with the call; empty when nothing is.
   std::string Complaint() const;
 };

@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "letters/generation.h"
+#include "letters/named_filters.h"
 #include "letters/template_library.h"
 #include "letters/unfinished_runs.h"
 #include "merge/merge_codes.h"
@@ -19,6 +20,7 @@
 #include "startup/generate_dialogs.h"
 #include "startup/generate_progress.h"
 #include "startup/recipient_choice.h"
+#include "startup/recipient_query.h"
 #include "startup/run_report.h"
 #include "startup/stop_signals.h"
 
@@ -89,7 +91,7 @@ class GenerateCommand {
                              [&](const Caches& caches) { return Chosen(caches); });
     dialogs_.Before(nullptr);
     progress_.ShowSummary(summary, destination);
-    return summary.complete() ? kDone : kFailed;
+    return summary.complete() && all_known_ ? kDone : kFailed;
   }
 
  private:
@@ -101,7 +103,14 @@ class GenerateCommand {
   }
 
   int List() {
+    if (EqualsNoCase(TrimBlanks(call_.columns), "help")) {
+      PrintColumnHelp(session_, call_, parts_.output);
+      return kDone;
+    }
     if (!session_.ReloadRentalData()) return kFailed;
+    if (call_.ByFacts() || call_.AsTable() || !call_.sort.empty()) {
+      return RecipientQuery(session_, call_, parts_.errors).List(parts_.output) ? kDone : kFailed;
+    }
     for (const RecipientRow& row : Rows(session_.caches)) {
       parts_.output << TerminalLine(row.text) << '\n';
     }
@@ -149,7 +158,28 @@ class GenerateCommand {
     return ListRecipients(caches, call_.Kind(), call_.filter);
   }
 
-  std::vector<Recipient> Chosen(const Caches& caches) const {
+  // A run does not fail for it.
+  void NoteUseOfFilter() {
+    if (call_.named_filter.empty()) return;
+    try {
+      NamedFilters(session_.platform.registry)
+          .NoteUse(call_.Kind(), call_.named_filter, call_.template_name);
+    } catch (const RuntimeError& error) {
+      parts_.errors << TerminalLine(ErrorText(error)) << std::endl;
+    }
+  }
+
+  std::vector<Recipient> ChosenByFacts() {
+    RecipientQuery query(session_, call_, parts_.errors);
+    std::vector<Recipient> chosen = query.Recipients();
+    all_known_ = query.complete();
+    if (chosen.empty()) throw WrongChoice("Nothing selected: the condition holds of nobody.");
+    NoteUseOfFilter();
+    return chosen;
+  }
+
+  std::vector<Recipient> Chosen(const Caches& caches) {
+    if (call_.ByFacts()) return ChosenByFacts();
     const std::vector<RecipientRow> rows = Rows(caches);
     if (!call_.all) {
       RecipientFilter closed_too = call_.filter;
@@ -218,6 +248,7 @@ class GenerateCommand {
   Session session_;
   GenerateProgress progress_;
   std::unique_ptr<printing::Printers> printers_;
+  bool all_known_ = true;  // of whom the conditions hold
 };
 
 }  // namespace
@@ -243,6 +274,12 @@ int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts) 
     parts.output.flush();
     if (!parts.output) throw StandardError(error_number::kDeviceIoError, "standard output");
     return status;
+  } catch (const ConditionError& problem) {
+    const std::string sentence = problem.what();
+    parts.errors << TerminalLine(sentence) << (sentence.ends_with('?') ? "\n" : ".\n");
+    if (!problem.possible().empty()) parts.errors << TerminalLine(problem.possible()) << '\n';
+    parts.errors << std::flush;
+    return kWrongCall;
   } catch (const WrongChoice& problem) {
     parts.errors << TerminalLine(problem.what()) << std::endl;
     return kFailed;

@@ -60,7 +60,7 @@ std::vector<PdfResult> WriteGroup(printing::PdfBatch& batch, std::vector<PdfLett
     ForLetter(results[i], [&] {
       if (file == files.end()) throw LetterError(letters[i].title, failure);
       const std::string content = std::move(*file++);
-      MakeSubfolder(letters[i].target.parent_path());
+      MakeFolder(letters[i].target.parent_path());
       results[i].path = WriteUnderFreeName(letters[i].target, content, Durability::kUntilSync);
     });
   }

@@ -49,7 +49,6 @@ class CarriedReader {
 
  private:
   void WriteBrace(ReaderGroup* group);
-  void EndProperty();
   ShapeReader* ShapesOf(const ReaderGroup& group);
 
   DocumentHead& head_;

@@ -109,7 +109,6 @@ void LetterWindow::CloseLetter() {
 }
 
 void LetterWindow::ShowSaveError(const RuntimeError& error) {
-  editor().MarkUnsaved();
   ShowError(session_.platform.dialogs, "frmMain - mnuSave_Click", error);
 }
 

@@ -1,0 +1,255 @@
+#include "startup/recipient_listing.h"
+
+#include <unicode/uchar.h>
+
+#include <algorithm>
+#include <ostream>
+#include <utility>
+
+#include "platform/dialogs/terminal_text.h"
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/format.h"
+#include "platform/runtime/nearest_name.h"
+#include "platform/runtime/text.h"
+
+namespace tenora {
+namespace {
+
+constexpr std::size_t kMostColumns = 1000;
+
+bool IsNumber(FactType type) { return type == FactType::kNumber || type == FactType::kMoney; }
+
+std::string_view TypeName(FactType type) {
+  switch (type) {
+    case FactType::kText:
+      return "text";
+    case FactType::kNumber:
+      return "number";
+    case FactType::kMoney:
+      return "amount";
+    case FactType::kDate:
+      return "date";
+    case FactType::kYesNo:
+      return "yes or no";
+    case FactType::kField:
+      return "field of your own";
+  }
+  return "";
+}
+
+// The columns of a terminal that a text takes.
+std::size_t WidthOf(std::string_view text) {
+  std::size_t width = 0;
+  while (!text.empty()) {
+    const auto c = static_cast<UChar32>(TakeCodePoint(text));
+    const auto category = u_charType(c);
+    if (category == U_NON_SPACING_MARK || category == U_ENCLOSING_MARK ||
+        category == U_FORMAT_CHAR) {
+      continue;
+    }
+    const int east = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
+    width += east == U_EA_WIDE || east == U_EA_FULLWIDTH ? 2 : 1;
+  }
+  return width;
+}
+
+std::string DayText(Date date) {
+  const std::string day = FormatDate(date, "yyyy-mm-dd");
+  return date.SecondOfDay() == 0 ? day : day + "T" + FormatDate(date, "hh:nn:ss");
+}
+
+// A fact for programs; empty for none.
+std::string PlainText(const Fact& fact) {
+  if (const auto* text = std::get_if<std::string>(&fact)) return *text;
+  if (const auto* number = std::get_if<double>(&fact)) return NumberText(*number);
+  if (const auto* money = std::get_if<Currency>(&fact)) return money->ToText();
+  if (const auto* date = std::get_if<Date>(&fact)) return DayText(*date);
+  if (const auto* yes = std::get_if<bool>(&fact)) return *yes ? "yes" : "no";
+  return {};
+}
+
+std::string CsvField(const std::string& text) {
+  if (text.find_first_of("\",\r\n") == std::string::npos) return text;
+  return '"' + ReplaceAll(text, "\"", "\"\"") + '"';
+}
+
+std::string JsonText(std::string_view text) {
+  std::string quoted = "\"";
+  while (!text.empty()) {
+    const char32_t c = TakeCodePoint(text);
+    if (c == '"' || c == '\\') {
+      quoted += '\\';
+      quoted += static_cast<char>(c);
+    } else if (c < 0x20 || c == 0x7F) {
+      constexpr std::string_view kDigits = "0123456789abcdef";
+      quoted += "\\u00";
+      quoted += kDigits[c >> 4];
+      quoted += kDigits[c & 15];
+    } else {
+      AppendUtf8(quoted, c);
+    }
+  }
+  return quoted += '"';
+}
+
+std::string JsonValue(const Fact& fact) {
+  if (std::holds_alternative<std::monostate>(fact)) return "null";
+  if (const auto* yes = std::get_if<bool>(&fact)) return *yes ? "true" : "false";
+  const bool number =
+      std::holds_alternative<double>(fact) || std::holds_alternative<Currency>(fact);
+  return number ? PlainText(fact) : JsonText(PlainText(fact));
+}
+
+class Listing {
+ public:
+  Listing(const RecipientTable& table, const std::vector<std::size_t>& rows,
+          const std::vector<ListingColumn>& columns, const Locale& locale, std::ostream& output,
+          std::ostream& errors)
+      : table_(table),
+        rows_(rows),
+        columns_(columns),
+        locale_(locale),
+        output_(output),
+        errors_(errors) {}
+
+  bool Print(ListingFormat format) {
+    switch (format) {
+      case ListingFormat::kTable:
+        PrintTable();
+        break;
+      case ListingFormat::kCsv:
+        PrintCsv();
+        break;
+      case ListingFormat::kJson:
+        PrintJson();
+        break;
+    }
+    return complete_;
+  }
+
+ private:
+  Fact At(std::size_t row, const ListingColumn& column) {
+    RecipientTable::Cell cell = table_.At(row, column.name);
+    if (!cell.problem.empty()) {
+      complete_ = false;
+      errors_ << TerminalLine(table_.Row(row).text + ", code " + table_.Row(row).key + ": " +
+                              column.name + ": " + cell.problem)
+              << '\n';
+    }
+    return std::move(cell.fact);
+  }
+
+  void PrintTable() {
+    std::vector<std::vector<std::string>> lines(1);
+    for (const ListingColumn& column : columns_) lines[0].push_back(column.name);
+    for (const std::size_t row : rows_) {
+      std::vector<std::string>& line = lines.emplace_back();
+      for (const ListingColumn& column : columns_) {
+        line.push_back(TerminalLine(FactText(locale_, At(row, column))));
+      }
+    }
+    std::vector<std::size_t> widths(columns_.size());
+    for (const auto& line : lines) {
+      for (std::size_t i = 0; i < line.size(); ++i) {
+        widths[i] = std::max(widths[i], WidthOf(line[i]));
+      }
+    }
+    for (const auto& line : lines) PrintLine(line, widths);
+  }
+
+  void PrintLine(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths) {
+    std::string line;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+      const std::string gap(widths[i] - WidthOf(cells[i]), ' ');
+      const bool right = IsNumber(columns_[i].type);
+      line += (i == 0 ? "" : "  ") + (right ? gap + cells[i] : cells[i] + gap);
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    output_ << line << '\n';
+  }
+
+  void PrintCsv() {
+    const auto print = [&](auto&& text_of) {
+      std::string line;
+      for (std::size_t i = 0; i < columns_.size(); ++i) {
+        line += (i == 0 ? "" : ",") + CsvField(text_of(columns_[i]));
+      }
+      // A line of one empty field would be no line to some readers.
+      output_ << (line.empty() ? "\"\"" : line) << "\r\n";
+    };
+    print([](const ListingColumn& column) { return column.name; });
+    for (const std::size_t row : rows_) {
+      print([&](const ListingColumn& column) { return PlainText(At(row, column)); });
+    }
+  }
+
+  void PrintJson() {
+    output_ << '[';
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      output_ << (i == 0 ? "\n  {" : ",\n  {");
+      for (std::size_t column = 0; column < columns_.size(); ++column) {
+        output_ << (column == 0 ? "" : ", ") << JsonText(columns_[column].name) << ": "
+                << JsonValue(At(rows_[i], columns_[column]));
+      }
+      output_ << '}';
+    }
+    output_ << (rows_.empty() ? "]\n" : "\n]\n");
+  }
+
+  const RecipientTable& table_;
+  const std::vector<std::size_t>& rows_;
+  const std::vector<ListingColumn>& columns_;
+  const Locale& locale_;
+  std::ostream& output_;
+  std::ostream& errors_;
+  bool complete_ = true;
+};
+
+}  // namespace
+
+ListingColumn ColumnOf(std::string_view name, const FactNames& names) {
+  const std::string_view trimmed = TrimBlanks(name);
+  if (const FactNames::Name* const found = names.Find(trimmed)) return {found->name, found->type};
+  if (names.IsField(trimmed)) return {std::string(trimmed), FactType::kField};
+  const std::string near = NearestName(std::string(trimmed), names.All());
+  std::string possible = "the names are ";
+  for (const std::string_view one : names.All()) {
+    possible += (possible.back() == ' ' ? "" : ", ") + std::string(one);
+  }
+  throw ConditionError("There is no column \"" + std::string(trimmed) + "\"" +
+                           (near.empty() ? "" : "; is " + near + " meant?"),
+                       possible);
+}
+
+std::vector<ListingColumn> ListingColumns(std::string_view text, std::string_view template_kind,
+                                          const FactNames& names) {
+  std::vector<ListingColumn> columns;
+  if (TrimBlanks(text).empty()) {
+    for (const std::string& name : UsualColumns(template_kind)) {
+      columns.push_back(ColumnOf(name, names));
+    }
+  } else if (EqualsNoCase(TrimBlanks(text), "all")) {
+    for (const FactNames::Name& name : names.Names()) columns.push_back({name.name, name.type});
+  } else {
+    for (const std::string& name : Split(text, ",")) columns.push_back(ColumnOf(name, names));
+  }
+  if (columns.size() > kMostColumns) throw ConditionError("There are too many columns");
+  return columns;
+}
+
+void PrintColumnNames(std::ostream& output, const FactNames& names) {
+  std::size_t width = 0;
+  for (const FactNames::Name& name : names.Names()) width = std::max(width, WidthOf(name.name));
+  for (const FactNames::Name& name : names.Names()) {
+    output << TerminalLine(name.name) << std::string(width - WidthOf(name.name) + 2, ' ')
+           << TypeName(name.type) << '\n';
+  }
+}
+
+bool PrintListing(const RecipientTable& table, const std::vector<std::size_t>& rows,
+                  const std::vector<ListingColumn>& columns, ListingFormat format,
+                  const Locale& locale, std::ostream& output, std::ostream& errors) {
+  return Listing(table, rows, columns, locale, output, errors).Print(format);
+}
+
+}  // namespace tenora

@@ -1,0 +1,42 @@
+// The recipients' table on the command line: which columns, and how they are printed.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "letters/recipient_table.h"
+#include "merge/fact.h"
+#include "platform/locale/locale.h"
+
+namespace tenora {
+
+struct ListingColumn {
+  std::string name;  // as FactNames has it, or a field's
+  FactType type;
+};
+
+// The columns of a text such as "Tenant Name, Balance Owing": names as conditions take them, commas
+// between; "all" for every one; the usual ones for an empty text. Raises ConditionError for a name
+// that there is not, with those there are.
+std::vector<ListingColumn> ListingColumns(std::string_view text, std::string_view template_kind,
+                                          const FactNames& names);
+ListingColumn ColumnOf(std::string_view name, const FactNames& names);
+
+// "Balance Owing      amount", a line each; then the fields of the office's own.
+void PrintColumnNames(std::ostream& output, const FactNames& names);
+
+enum class ListingFormat {
+  kTable,  // for people: aligned, amounts and dates by locale
+  kCsv,    // RFC 4180 with a header; numbers with a point, dates as 2026-11-21
+  kJson,   // an array of objects; what is not known is null
+};
+
+// Prints the rows. A cell whose fact cannot be known is empty and is told on `errors`; the result
+// is whether there was none.
+bool PrintListing(const RecipientTable& table, const std::vector<std::size_t>& rows,
+                  const std::vector<ListingColumn>& columns, ListingFormat format,
+                  const Locale& locale, std::ostream& output, std::ostream& errors);
+
+}  // namespace tenora

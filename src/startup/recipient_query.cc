@@ -1,0 +1,130 @@
+#include "startup/recipient_query.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <ostream>
+#include <utility>
+
+#include "letters/named_filters.h"
+#include "platform/dialogs/terminal_text.h"
+#include "platform/runtime/text.h"
+#include "startup/recipient_listing.h"
+
+namespace tenora {
+namespace {
+
+// The text of the condition, of both where two are given. Each must be whole by itself.
+std::string ConditionText(Session& session, const GenerateCall& call, const FactNames& names) {
+  std::vector<std::string> parts;
+  if (!call.named_filter.empty()) {
+    const NamedFilters filters(session.platform.registry);
+    const std::optional<NamedFilter> found = filters.Find(call.Kind(), call.named_filter);
+    if (!found) {
+      std::string possible;
+      for (const NamedFilter& filter : filters.List(call.Kind())) {
+        possible += (possible.empty() ? "there are " : ", ") + ("\"" + filter.name + "\"");
+      }
+      throw ConditionError("There is no filter \"" + call.named_filter + "\"",
+                           possible.empty() ? "none has been saved" : possible);
+    }
+    parts.push_back(found->condition);
+  }
+  if (!call.where.empty()) parts.push_back(call.where);
+  for (const std::string& part : parts) static_cast<void>(Condition(part, names));
+  if (parts.size() == 1) return parts.front();
+  return "(" + parts.front() + ") and (" + parts.back() + ")";
+}
+
+void RequireTemplate(const std::vector<std::string>& names, const GenerateCall& call) {
+  if (!call.template_name.empty() || std::ranges::find(names, kLastLetterFact) == names.end()) {
+    return;
+  }
+  throw ConditionError(std::string(kLastLetterFact) +
+                       " is of the letters of one template: name it with --template");
+}
+
+}  // namespace
+
+RecipientQuery::RecipientQuery(Session& session, const GenerateCall& call, std::ostream& errors)
+    : session_(session), call_(call), errors_(errors) {
+  const OpenedDatabase opened(session_.database);
+  names_ = RecipientFactNames(session_, call_.Kind());
+  if (!call_.where.empty() || !call_.named_filter.empty()) {
+    condition_.emplace(ConditionText(session_, call_, *names_), *names_);
+    RequireTemplate(condition_->Names(), call_);
+  }
+}
+
+RecipientTable RecipientQuery::Read(std::vector<std::string> names) {
+  if (condition_) {
+    names.insert(names.end(), condition_->Names().begin(), condition_->Names().end());
+  }
+  const OpenedDatabase opened(session_.database);
+  return RecipientTable(session_,
+                        {.template_kind = std::string(call_.Kind()),
+                         .by_property = call_.filter.by_property,
+                         .template_name = call_.template_name,
+                         .data_folder = session_.database.DataFolder()},
+                        names);
+}
+
+std::vector<std::size_t> RecipientQuery::Rows(const RecipientTable& table) {
+  RecipientTable::Selection selection =
+      table.Select(call_.filter, condition_ ? &*condition_ : nullptr);
+  for (const auto& [row, problem] : selection.undecided) {
+    complete_ = false;
+    errors_ << TerminalLine(table.Row(row).text + ", code " + table.Row(row).key +
+                            ", is left out: " + problem)
+            << '\n';
+  }
+  return std::move(selection.rows);
+}
+
+bool RecipientQuery::List(std::ostream& output) {
+  const bool as_table = call_.AsTable();
+  std::vector<ListingColumn> columns;
+  if (as_table) {
+    columns = ListingColumns(call_.columns, call_.Kind(), *names_);
+    // The usual columns are those that can be filled.
+    if (call_.columns.empty() && call_.template_name.empty()) {
+      std::erase_if(columns,
+                    [](const ListingColumn& column) { return column.name == kLastLetterFact; });
+    }
+  }
+  std::vector<std::string> names;
+  for (const ListingColumn& column : columns) names.push_back(column.name);
+  std::string sorted_by;
+  if (!call_.sort.empty()) {
+    sorted_by = ColumnOf(call_.sort, *names_).name;
+    names.push_back(sorted_by);
+  }
+  const bool every_one = EqualsNoCase(TrimBlanks(call_.columns), "all");
+  if (!every_one) RequireTemplate(names, call_);
+  const RecipientTable table = Read(names);
+  std::vector<std::size_t> rows = Rows(table);
+  if (!sorted_by.empty()) table.Sort(rows, sorted_by, call_.descending);
+  if (as_table) {
+    return PrintListing(table, rows, columns, call_.Format(), session_.platform.locale, output,
+                        errors_) &&
+           complete_;
+  }
+  for (const std::size_t row : rows) output << TerminalLine(table.Row(row).text) << '\n';
+  return complete_;
+}
+
+std::vector<Recipient> RecipientQuery::Recipients() {
+  const RecipientTable table = Read({});
+  std::vector<Recipient> recipients;
+  for (const std::size_t row : Rows(table)) recipients.push_back(table.Row(row).recipient);
+  return recipients;
+}
+
+void PrintColumnHelp(Session& session, const GenerateCall& call, std::ostream& output) {
+  if (!std::filesystem::exists(session.database.Location())) {
+    return PrintColumnNames(output, *RecipientFactNames(call.Kind()));
+  }
+  const OpenedDatabase opened(session.database);
+  PrintColumnNames(output, RecipientFactNames(session, call.Kind()));
+}
+
+}  // namespace tenora
