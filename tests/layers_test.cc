@@ -38,7 +38,7 @@ const std::vector<std::vector<Module>> kLayers = {
      {"platform/printing", {"image", "layout", "pdf", "cups"}}},
     {{"data", {}}},
     {{"rental", {}}},
-    {{"merge", {"condition"}}},
+    {{"merge", {"condition", "forms"}}},
     {{"output", {"html", "mail", "print", "spelling"}}},
     {{"letters", {"lint", "import", "check", "letter", "generate"}}},
     {{"startup", {}}},

@@ -17,6 +17,7 @@
 #include "merge/merge_target.h"
 #include "merge/owner_merge.h"
 #include "merge/prompts.h"
+#include "merge/template_forms.h"
 #include "merge/tenant_merge.h"
 #include "output/email_sender.h"
 #include "output/letter_printing.h"
@@ -155,6 +156,8 @@ class frmLetter {
     std::string path;
     FileStamp stamp;  // as it was loaded or last saved
   };
+  // Those of the letter as it stands; null for none, and while a code is inserted.
+  const TemplateForms* Forms(TemplateKind kind);
   void KnowFile(const std::string& path, const std::optional<FileStamp>& stamp);
 
   Session& session_;
@@ -163,6 +166,7 @@ class frmLetter {
   LetterMembers members_;
   mutable PaperCheck paper_check_;  // remembers what the letters of a batch have in common
   std::optional<KnownFile> known_file_;
+  std::optional<TemplateForms> forms_;  // that Forms found last
 };
 
 }  // namespace tenora

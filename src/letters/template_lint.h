@@ -28,6 +28,7 @@ struct TemplateFinding {
     kCustomField,    // a field that no record has
     kReceiptNumber,  // the same number in every letter
     kNotOnPaper,     // a picture or the like: LintPaper
+    kForm,           // a condition, repetition or format: no letter is made of such a template
   };
 
   Kind kind;
@@ -48,5 +49,9 @@ struct TemplateFinding {
 // nothing is said about custom fields.
 std::vector<TemplateFinding> LintTemplate(const RichTextBox& letter, TemplateKind kind, Date today,
                                           const CustomFieldCodes* fields = nullptr);
+
+// Before the first letter of a template: raises 5 (Invalid procedure call or argument) with what
+// LintTemplate says of its conditions, repetitions and formats, where something is wrong with them.
+void RequireSoundForms(const RichTextBox& letter, TemplateKind kind, Date today);
 
 }  // namespace tenora

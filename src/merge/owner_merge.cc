@@ -34,7 +34,8 @@ void FillFrom(const MergeTarget& target, const OwnerRecord& owner, OwnerMergeOut
 // The largest value of the loop's counter.
 constexpr std::size_t kLastOwner = std::numeric_limits<std::int16_t>::max();
 
-void FillFromEveryNamesake(const MergeTarget& target, OwnerMergeOutcome& outcome) {
+void FillFromEveryNamesake(const MergeTarget& target, const TemplateForms* forms,
+                           OwnerMergeOutcome& outcome) {
   std::size_t number = 0;
   for (const OwnerRecord& owner : target.session.caches.Owners) {
     // The counter's size is deliberate. A letter that has been filled by then is complete.
@@ -43,6 +44,10 @@ void FillFromEveryNamesake(const MergeTarget& target, OwnerMergeOutcome& outcome
       throw StandardError(error_number::kOverflow);
     }
     if (owner.Name != target.letter.RecipientName) continue;
+    if (forms != nullptr && !outcome.owner_found) {
+      const OpenedDatabase opened(target.session.database);
+      forms->Fill(target, owner);
+    }
     outcome.owner_found = true;
     // A later owner of the same name finds the codes replaced.
     FillFrom(target, owner, outcome);
@@ -51,11 +56,11 @@ void FillFromEveryNamesake(const MergeTarget& target, OwnerMergeOutcome& outcome
 
 }  // namespace
 
-OwnerMergeOutcome InsertOwnerDetails(const MergeTarget& target) {
+OwnerMergeOutcome InsertOwnerDetails(const MergeTarget& target, const TemplateForms* forms) {
   OwnerMergeOutcome outcome;
   try {
     ShowRecipientInCaption(target.letter);
-    FillFromEveryNamesake(target, outcome);
+    FillFromEveryNamesake(target, forms, outcome);
   } catch (...) {
     outcome.error = CurrentError();
   }

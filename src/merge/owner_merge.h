@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "merge/merge_target.h"
+#include "merge/template_forms.h"
 #include "platform/runtime/error.h"
 
 namespace tenora {
@@ -17,9 +18,11 @@ struct OwnerMergeOutcome {
 };
 
 // Fills the letter from the cached owner whose name is the recipient's, exactly. The database is
-// opened only for a letter with custom fields. Codes already replaced stay replaced when an error
-// ends the merge; a name that no owner has leaves every code in place. The loop over the owners
-// ends with 6 (Overflow) after the 32767th; an owner found before is not affected.
-OwnerMergeOutcome InsertOwnerDetails(const MergeTarget& target);
+// opened only for a letter with custom fields or forms. Codes already replaced stay replaced when
+// an error ends the merge; a name that no owner has leaves every code in place. The loop over the
+// owners ends with 6 (Overflow) after the 32767th; an owner found before is not affected. The
+// template's forms are filled first, from the first owner of the name.
+OwnerMergeOutcome InsertOwnerDetails(const MergeTarget& target,
+                                     const TemplateForms* forms = nullptr);
 
 }  // namespace tenora

@@ -69,7 +69,7 @@ void ReplaceSpecialForms(const MergeTarget& target, const TenantRecord& tenant,
 
 }  // namespace
 
-TenantMergeOutcome InsertTenantDetails(const MergeTarget& target) {
+TenantMergeOutcome InsertTenantDetails(const MergeTarget& target, const TemplateForms* forms) {
   LetterMembers& letter = target.letter;
   Caches& caches = target.session.caches;
   TenantMergeOutcome outcome;
@@ -79,9 +79,10 @@ TenantMergeOutcome InsertTenantDetails(const MergeTarget& target) {
     if (letter.TenantCode.empty()) {
       letter.TenantCode = caches.ReferenceByKeyName(letter.RecipientName);
     }
+    TenantRecord* const tenant = caches.FindTenant(letter.TenantCode);
+    if (tenant != nullptr && forms != nullptr) forms->Fill(target, *tenant);
     MergeSource source{target.session, letter, target.session.platform.clock.Now(), letter.Notes};
     ReplaceClockCodes(target, source);
-    TenantRecord* const tenant = caches.FindTenant(letter.TenantCode);
     outcome.tenant_found = tenant != nullptr;
     if (tenant != nullptr) {
       source.tenant = tenant;

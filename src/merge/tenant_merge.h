@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "merge/merge_target.h"
+#include "merge/template_forms.h"
 #include "platform/runtime/error.h"
 
 namespace tenora {
@@ -19,6 +20,8 @@ struct TenantMergeOutcome {
 
 // Opens the database for the time of the merge. Codes already replaced stay replaced when an error
 // ends it. A tenant code that is not in the cache leaves every code but print date and time.
-TenantMergeOutcome InsertTenantDetails(const MergeTarget& target);
+// The template's forms, where it has any, are filled ahead of the codes of a tenancy that is found.
+TenantMergeOutcome InsertTenantDetails(const MergeTarget& target,
+                                       const TemplateForms* forms = nullptr);
 
 }  // namespace tenora

@@ -7,9 +7,11 @@
 #include "data/database.h"
 #include "letters/frm_letter.h"
 #include "letters/template_library.h"
+#include "letters/template_lint.h"
 #include "merge/merge_codes.h"
 #include "merge/replace_code.h"
 #include "platform/dialogs/guard.h"
+#include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
 #include "rental/tenant_lookups.h"
@@ -148,6 +150,7 @@ bool ReceiptCommand::BuildLetter() {
   const bool loaded = Guarded(dialogs_, "frmLetter - LoadLetter", [&] {
     const TemplateLibrary library(session_.database.DataFolder());
     letter_.LoadLetter(library.PathOf(kTemplates, parameters_.format), kTemplates);
+    RequireSoundForms(letter_.rtfLetter, TemplateKind::kTenant, session_.platform.clock.Today());
   });
   if (!loaded || LacksPayment()) return false;
   return MergeLetter();

@@ -1,5 +1,8 @@
 #include "letters/generate/letter_maker.h"
 
+#include "letters/template_lint.h"
+#include "platform/runtime/clock.h"
+
 namespace tenora {
 LetterMaker::LetterMaker(Session& session, const GenerationRequest& request,
                          BadFutureDate bad_future_date)
@@ -10,6 +13,8 @@ void LetterMaker::ReadTemplate() {
   const TemplateLibrary library(session_.database.DataFolder());
   template_path_ = library.PathOf(request_.template_kind, request_.template_name);
   letter_.LoadLetter(template_path_, request_.template_kind);
+  RequireSoundForms(letter_.rtfLetter, ForTenants() ? TemplateKind::kTenant : TemplateKind::kOwner,
+                    session_.platform.clock.Today());
   template_source_ = letter_.rtfLetter.TextRTF();
 }
 

@@ -198,11 +198,23 @@ void frmLetter::InsertCode(std::string_view name) {
   if (members_.Kind == kOwnerLetter) IgnoringErrors([&] { InsertOwnerDetails(); });
 }
 
-TenantMergeOutcome frmLetter::InsertTenantDetails() {
-  return tenora::InsertTenantDetails(Target());
+// A batch sets the same source for each of its letters: its forms are read once.
+const TemplateForms* frmLetter::Forms(TemplateKind kind) {
+  const std::string& source = rtfLetter.TextRTF();
+  if (members_.Inserting || !TemplateForms::MayHold(source, kind)) return nullptr;
+  if (!forms_ || forms_->Kind() != kind || forms_->Source() != source) {
+    forms_.emplace(source, kind);
+  }
+  return &*forms_;
 }
 
-OwnerMergeOutcome frmLetter::InsertOwnerDetails() { return tenora::InsertOwnerDetails(Target()); }
+TenantMergeOutcome frmLetter::InsertTenantDetails() {
+  return tenora::InsertTenantDetails(Target(), Forms(TemplateKind::kTenant));
+}
+
+OwnerMergeOutcome frmLetter::InsertOwnerDetails() {
+  return tenora::InsertOwnerDetails(Target(), Forms(TemplateKind::kOwner));
+}
 
 std::optional<RuntimeError> frmLetter::InsertChequeDetails(const std::string& payee,
                                                            double amount) {

@@ -19,6 +19,7 @@ using richtext::Paragraph;
 using richtext::ParagraphEnd;
 
 constexpr int kInHead = -1;
+constexpr int kNoHead = -1;
 
 int PositionsIn(std::string_view text) { return static_cast<int>(ToUtf16(text).size()); }
 
@@ -58,11 +59,13 @@ class Collector {
     int position;
   };
 
-  void Add(const Document& document, std::string_view place, int position) {
+  void Add(const Document& document, std::string_view place, int position, int head = kNoHead) {
+    int number = 0;
     for (const richtext::HeadGroup* group : richtext::HeadGroupsOf(document))
-      AddCarried(group->source, kInHead);
+      AddCarried(group->source, kInHead, place.empty() ? number++ : kNoHead);
     LetterText text;
     text.place = place;
+    text.head = head;
     text.position = position;
     std::vector<Carried> carried;
     int line = 1;
@@ -111,15 +114,15 @@ class Collector {
   }
 
   // Finds the texts in carried source. A nested text is found when the outer one is read.
-  void AddCarried(std::string_view source, int position) {
+  void AddCarried(std::string_view source, int position, int head = kNoHead) {
     if (!MayHoldCodes(source)) return;
     for (const richtext::CarriedText& text : richtext::CarriedTexts(source))
-      AddText(PlaceOf(text.word), text.content, position);
+      AddText(PlaceOf(text.word), text.content, position, head);
   }
 
-  void AddText(std::string_view place, std::string_view content, int position) {
+  void AddText(std::string_view place, std::string_view content, int position, int head) {
     if (!MayHoldCodes(content)) return;
-    Add(richtext::ReadRtf(head_ + std::string(content) + "}"), place, position);
+    Add(richtext::ReadRtf(head_ + std::string(content) + "}"), place, position, head);
   }
 
   const RichTextBox& letter_;

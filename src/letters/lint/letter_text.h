@@ -28,6 +28,7 @@ struct LetterText {
   };
 
   std::string place;  // "header", "footnote", …; empty for the letter's own text
+  int head = -1;      // of a header or footer: which, as HeadGroupsOf counts
   // In the letter, in the control's positions: of the first character, or of the place where a text
   // from elsewhere is anchored; -1 for those of the head.
   int position = 0;

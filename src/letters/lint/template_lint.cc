@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include "letters/lint/code_rules.h"
@@ -10,6 +11,8 @@
 #include "letters/lint/merge_field.h"
 #include "merge/merge_codes.h"
 #include "merge/replace_code.h"
+#include "merge/template_forms.h"
+#include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -22,6 +25,8 @@ constexpr std::size_t kShownBefore = 30;
 constexpr std::size_t kShownAfter = 60;
 // A message of fewer bytes stops the asking.
 constexpr std::size_t kShortestMessage = 3;
+// Findings in the message that says why no letter is made.
+constexpr std::size_t kMostShown = 3;
 
 int PositionsIn(std::string_view text) { return static_cast<int>(ToUtf16(text).size()); }
 
@@ -83,7 +88,9 @@ std::vector<std::string_view> FormatDifference(const richtext::CharFormat& left,
 class Linter {
  public:
   Linter(const RichTextBox& letter, TemplateKind kind, Date today, const CustomFieldCodes* fields)
-      : letter_(letter), kind_(kind), today_(today), fields_(fields), texts_(TextsOf(letter)) {}
+      : letter_(letter), kind_(kind), today_(today), fields_(fields), texts_(TextsOf(letter)) {
+    if (TemplateForms::MayHold(letter.TextRTF(), kind)) forms_.emplace(letter.TextRTF(), kind);
+  }
 
   std::vector<TemplateFinding> Run() {
     for (const LetterText& text : texts_) Lint(text);
@@ -99,8 +106,37 @@ class Linter {
     counted_ = text.position;
     if (text.place == "field") LintMergeField();
     const std::vector<ScannedCode> codes = ScanCodes(text.text);
-    for (const ScannedCode& code : codes) LintCode(code);
+    for (const ScannedCode& code : codes) {
+      if (!IsForm(code)) LintCode(code);
+    }
     LintLookalikes(codes);
+    if (forms_) AddFormFindings();
+  }
+
+  bool InStream() const { return text_->place.empty() || text_->head >= 0; }
+
+  // A form that the merge fills, or one where it fills none, which is complained of.
+  bool IsForm(const ScannedCode& code) {
+    if (!forms_ || !code.closed) return false;
+    if (InStream()) return forms_->Codes().contains({text_->head, code.begin});
+    if (!TemplateForms::IsForm(NameOf(code), kind_)) return false;
+    Add(code, {Kind::kForm,
+               std::string(kCodeStart).append(NameOf(code)).append(kCodeEnd) +
+                   " cannot stand in a " + text_->place,
+               "write it in the letter's text, in a table, a header or a footer"});
+    return true;
+  }
+
+  void AddFormFindings() {
+    if (!InStream()) return;
+    for (const FormFinding& finding : forms_->Findings()) {
+      if (finding.head != text_->head || finding.offset + finding.size > text_->text.size()) {
+        continue;
+      }
+      Add({finding.offset, finding.offset + finding.size, true, false},
+          {Kind::kForm, finding.problem, finding.advice},
+          finding.kind == FormFinding::Kind::kSplit ? finding.code : "");
+    }
   }
 
   void LintCode(const ScannedCode& code) {
@@ -296,6 +332,7 @@ class Linter {
   Date today_;
   const CustomFieldCodes* fields_;
   std::vector<LetterText> texts_;
+  std::optional<TemplateForms> forms_;
 
   const LetterText* text_ = nullptr;  // being looked at
   std::size_t counted_bytes_ = 0;     // of its text, up to where positions are counted
@@ -314,6 +351,20 @@ std::string TemplateFinding::Text() const {
 std::vector<TemplateFinding> LintTemplate(const RichTextBox& letter, TemplateKind kind, Date today,
                                           const CustomFieldCodes* fields) {
   return Linter(letter, kind, today, fields).Run();
+}
+
+void RequireSoundForms(const RichTextBox& letter, TemplateKind kind, Date today) {
+  if (!TemplateForms::MayHold(letter.TextRTF(), kind)) return;
+  std::vector<TemplateFinding> found = LintTemplate(letter, kind, today);
+  std::erase_if(found, [](const TemplateFinding& one) { return one.kind != Kind::kForm; });
+  if (found.empty()) return;
+  std::string text = "The template cannot be filled. It has " +
+                     (found.size() == 1 ? "a mistake" : std::to_string(found.size()) + " mistakes");
+  for (std::size_t i = 0; i < std::min(found.size(), kMostShown); ++i) {
+    text += (i == 0 ? ": " : "; ") + found[i].Text();
+  }
+  if (found.size() > kMostShown) text += "; tenora lint shows the others";
+  throw RuntimeError(error_number::kInvalidProcedureCall, text);
 }
 
 }  // namespace tenora

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "platform/richtext/document.h"
 
@@ -12,5 +13,10 @@ namespace tenora::richtext {
 enum class Escapes { kCodePage, kUnicode };
 
 std::string WriteRtf(const Document& document, Escapes escapes = Escapes::kCodePage);
+
+// The group of a header or footer of the document with these blocks in place of its own. Its source
+// is in canonical form once the document has been written and read.
+std::string WriteHeadGroup(const Document& document, const HeadGroup& group,
+                           const std::vector<Block>& blocks);
 
 }  // namespace tenora::richtext

@@ -4,11 +4,11 @@
 #include <optional>
 #include <utility>
 
+#include "platform/richtext/canonical_form.h"
 #include "platform/richtext/characters/byte_decoder.h"
 #include "platform/richtext/characters/code_page.h"
 #include "platform/richtext/document_sections.h"
 #include "platform/richtext/document_text.h"
-#include "platform/richtext/edit/edited_document.h"
 #include "platform/richtext/edit/text_search.h"
 #include "platform/richtext/editing.h"
 #include "platform/richtext/rtf_reader.h"

@@ -98,4 +98,16 @@ std::string WriteRtf(const Document& document, Escapes escapes) {
   return out.Take();
 }
 
+std::string WriteHeadGroup(const Document& document, const HeadGroup& group,
+                           const std::vector<Block>& blocks) {
+  SourceText out;
+  CodePages code_pages;
+  out.Raw("{");
+  out.Word(group.word);
+  BlockWriter(document.fonts, document.default_font, document.code_page, &code_pages, &out)
+      .Write(blocks, BlockWriter::Ending::kMarked);
+  out.Raw("}");
+  return out.Take();
+}
+
 }  // namespace tenora::richtext

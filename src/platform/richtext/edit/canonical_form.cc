@@ -1,4 +1,4 @@
-#include "platform/richtext/edit/edited_document.h"
+#include "platform/richtext/canonical_form.h"
 
 #include <algorithm>
 #include <memory>

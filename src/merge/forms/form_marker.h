@@ -1,0 +1,33 @@
+// What stands between "<<" and ">>" where a form begins, goes on or ends: "If Balance Owing > 0",
+// "Else", "End Each".
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tenora {
+
+struct FormMarker {
+  enum class Kind { kIf, kElseIf, kElse, kEndIf, kEach, kEndEach };
+  Kind kind = Kind::kIf;
+  std::string rest;  // behind the words: a condition, a collection
+
+  bool Begins() const { return kind == Kind::kIf || kind == Kind::kEach; }
+  bool Ends() const { return kind == Kind::kEndIf || kind == Kind::kEndEach; }
+};
+
+// Letter case and blanks aside; nothing for other codes.
+std::optional<FormMarker> MarkerOf(std::string_view code);
+
+// What <<Each …>> says.
+struct EachWords {
+  std::string collection;
+  std::optional<std::string> since, until, where;
+  bool newest_first = false;
+};
+
+// Raises ConditionError for a clause that is there twice or says nothing.
+EachWords ReadEach(std::string_view rest);
+
+}  // namespace tenora
