@@ -7,7 +7,10 @@
 #include <string>
 #include <string_view>
 
+#include "merge/form_names.h"
+#include "merge/template_forms.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
 #include "support/test_files.h"
 
 namespace tenora {
@@ -47,6 +50,42 @@ TEST(MergeCodes, AreExactlyThoseOfTheGuide) {
       EXPECT_TRUE(names.emplace(code.name).second) << code.name << " is listed twice";
     }
     EXPECT_THAT(CodesInGuide(section.heading), ElementsAreArray(names));
+  }
+}
+
+TEST(FormNames, AreExactlyThoseOfTheGuide) {
+  constexpr std::string_view kHeading = "Text that depends on the recipient";
+  const std::set<std::string> written = CodesInGuide(kHeading);
+  const std::string guide = ReadWholeFile(test::SourceDir() / "docs/merge-codes.md");
+  const std::size_t begin = guide.find(std::string("\n## ").append(kHeading));
+  const std::string section = guide.substr(begin, guide.find("\n## ", begin + 1) - begin);
+  std::set<std::string> names;
+  const auto names_it = [&](std::string_view name) {
+    EXPECT_THAT(section, testing::HasSubstr("`" + std::string(name) + "`"));
+  };
+  for (const Collection& collection : Collections()) {
+    names_it(collection.name);
+    names.insert(collection.CountName());
+    for (const CollectionColumn& column : collection.columns) names.emplace(column.name);
+    for (const std::string& total : collection.TotalNames()) names.insert(total);
+    EXPECT_EQ(FindCollection(ToLower(collection.name)), &collection);
+  }
+  names.emplace(kOpeningBalance);
+  for (const std::string& name : names) {
+    EXPECT_TRUE(name.starts_with(kTotalStart) || written.contains(name)) << name;
+  }
+  for (const FormatName& format : FormatNames()) names_it(format.name);
+  for (const TemplateKind kind : {TemplateKind::kTenant, TemplateKind::kOwner}) {
+    for (const std::string_view fact : PrintedFacts(kind)) names_it(fact);
+  }
+  // And none besides, of those that look like columns and sums.
+  for (const std::string& name : written) {
+    const bool is_form = TemplateForms::IsForm(name, TemplateKind::kTenant) ||
+                         TemplateForms::IsForm(name, TemplateKind::kOwner);
+    const bool is_code =
+        std::ranges::any_of(MergeCodesOf(TemplateKind::kTenant),
+                            [&](const MergeCode& code) { return code.name == name; });
+    EXPECT_TRUE(is_form || is_code || name == "Each …" || name == "If …") << name;
   }
 }
 
