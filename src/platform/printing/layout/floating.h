@@ -23,8 +23,8 @@ struct Floating {
   bool x_on_paper = false, y_on_paper = false;  // from the paper's instead, the painter's origin
   double width = 0, height = 0;
   double gap = kUsualGap;  // to the text beside it
-  bool behind = false;  // the text
-  int layer = 0;        // what is in a higher one is drawn later
+  bool behind = false;     // the text
+  int layer = 0;           // what is in a higher one is drawn later
   richtext::ShapeBox::Wrap wrap = richtext::ShapeBox::Wrap::kNone;
   std::shared_ptr<const FloatContent> content;
 
