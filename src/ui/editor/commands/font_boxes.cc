@@ -47,6 +47,8 @@ FontSizeBox::FontSizeBox(QWidget* parent) : QComboBox(parent) {
   SetUp(this, tr("Font size"));
   for (const int points : {8, 9, 10, 11, 12, 14, 16, 18, 20, 24, 28, 36, 48, 72})
     addItem(QString::number(points));
+  // Half points too; the list has none.
+  setMinimumContentsLength(5);
   connect(this, &QComboBox::textActivated, this, [this](const QString& text) {
     bool valid = false;
     const double points = QLocale().toDouble(text, &valid);
