@@ -18,6 +18,7 @@
 #include "platform/dialogs/file_filter.h"
 #include "platform/dialogs/letter_question_box.h"
 #include "platform/dialogs/print_box.h"
+#include "platform/dialogs/window_size.h"
 
 namespace tenora {
 namespace {
@@ -196,6 +197,13 @@ std::optional<std::filesystem::path> PathOf(const QString& chosen) {
   return std::filesystem::path(QFile::encodeName(chosen).toStdString());
 }
 
+// No larger than the screen; Qt's own opens at its usual size.
+std::optional<std::filesystem::path> ChosenIn(QFileDialog& dialog) {
+  if (dialog.layout() != nullptr) dialog.resize(OpeningSize(dialog, dialog.size()));
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  return PathOf(dialog.selectedFiles().value(0));
+}
+
 }  // namespace
 
 Answer WindowDialogs::Show(const MessageBox& box) {
@@ -256,9 +264,10 @@ std::optional<PrintChoice> WindowDialogs::ChoosePrinter(const std::vector<Offere
 std::optional<std::filesystem::path> WindowDialogs::ChooseFileToOpen(const std::string& title,
                                                                      const std::string& filter) {
   const OrdinaryPointer pointer;
-  const auto path = PathOf(QFileDialog::getOpenFileName(
-      QApplication::activeWindow(), QString::fromStdString(title),
-      QString::fromStdString(last_folder_.string()), QtFilter(filter)));
+  QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(title),
+                     QString::fromStdString(last_folder_.string()), QtFilter(filter));
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  const auto path = ChosenIn(dialog);
   if (path) last_folder_ = path->parent_path();
   return path;
 }
@@ -268,9 +277,11 @@ std::optional<std::filesystem::path> WindowDialogs::ChooseFileToSave(
   const OrdinaryPointer pointer;
   const std::filesystem::path start =
       suggestion.is_absolute() ? suggestion : last_folder_ / suggestion;
-  const auto path = PathOf(
-      QFileDialog::getSaveFileName(QApplication::activeWindow(), QString::fromStdString(title),
-                                   QString::fromStdString(start.string()), QtFilter(filter)));
+  QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(title),
+                     QString::fromStdString(start.parent_path().string()), QtFilter(filter));
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.selectFile(QString::fromStdString(start.filename().string()));
+  const auto path = ChosenIn(dialog);
   if (path) last_folder_ = path->parent_path();
   return path;
 }
