@@ -316,6 +316,9 @@ TEST_F(ReachableControls, InTheMainWindowWithItsPanelsMenusPreviewAndGuide) {
   Trigger("mnuReplace");
   Trigger("mnuCheckTemplate");
   QCoreApplication::processEvents();
+  EXPECT_EQ(FaultsOfSize(*window_).join("\n").toStdString(), "");
+  window_->resize(1200, 800);
+  QCoreApplication::processEvents();
   EXPECT_EQ((FaultsOfNames(*window_) + FaultsOfMnemonics(*window_) + FaultsOfMenus(*window_))
                 .join("\n")
                 .toStdString(),

@@ -23,6 +23,7 @@ LintPanel::LintPanel(QWidget* parent) : QDockWidget(tr("Template Check"), parent
   list_->setFrameShape(QFrame::NoFrame);
   list_->setWordWrap(true);
   list_->setAlternatingRowColors(true);
+  list_->setMinimumHeight(2 * list_->fontMetrics().lineSpacing());  // it scrolls
   setWidget(list_);
   connect(list_, &QListWidget::currentRowChanged, this, &LintPanel::Select);
   connect(list_, &QListWidget::itemActivated, this, [this] { Select(list_->currentRow()); });

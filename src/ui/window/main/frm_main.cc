@@ -21,7 +21,8 @@ namespace tenora {
 namespace {
 
 constexpr const char* kLoad = "MDIForm_Load";
-constexpr int kTellFor = 10000;  // milliseconds in the status bar
+constexpr int kTellFor = 10000;   // milliseconds in the status bar
+constexpr int kLeastHeight = 84;  // pixels of the tree and the letters, below which panels may push
 const QStringList kPreselectedFonts{QStringLiteral("Arial"), QStringLiteral("Times New Roman"),
                                     QStringLiteral("Courier")};
 
@@ -101,6 +102,8 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
   resize(OpeningSize(*this, {1280, 800}));
   splitter_->setObjectName(QStringLiteral("SplitterVert"));
   splitter_->setChildrenCollapsible(false);
+  // Far less than they ask for: on a small screen the panels take their room, not the screen's end.
+  splitter_->setMinimumHeight(kLeastHeight);
   splitter_->addWidget(tree_);
   splitter_->addWidget(desk_);
   splitter_->setStretchFactor(1, 1);
