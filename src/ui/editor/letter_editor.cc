@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "ui/editor/clipboard/letter_clipboard.h"
+#include "ui/editor/screen/floating_pictures.h"
 #include "ui/editor/screen/inline_objects.h"
 #include "ui/editor/screen/letter_overlay.h"
 #include "ui/editor/text/protected_text.h"
@@ -38,6 +39,7 @@ LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent)
   setAccessibleName(tr("Letter"));
   setFrameShape(QFrame::NoFrame);
   document()->documentLayout()->registerHandler(kLetterObject, new InlineObjects(document()));
+  new FloatingPictures(*document());
   connect(&paper_, &PaperLayout::SideMarginsChanged, this, [this](const QMargins& margins) {
     if (viewportMargins() != margins) setViewportMargins(margins);
   });

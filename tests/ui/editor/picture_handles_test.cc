@@ -3,9 +3,11 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QPushButton>
+#include <QTextBlock>
 #include <QTimer>
 #include <cmath>
 #include <functional>
+#include <vector>
 
 #include "editor_fixture.h"
 #include "platform/printing/picture_import.h"
@@ -40,6 +42,44 @@ class PictureHandlesTest : public EditorTest {
     return QPointF(caret.left() + PixelsOfTwips(x),
                    caret.top() + line.ascent() - PixelsOfTwips(kInserted.height) + PixelsOfTwips(y))
         .toPoint();
+  }
+  // Four paragraphs of three lines; a picture beside the second and those below.
+  void OpenBeside(PicturePlace place) {
+    std::string text;
+    for (int i = 0; i < 60; ++i) text += "words ";
+    Open("\\pard\\f0\\fs24 " + text + "\\par " + source_ + text + "\\par " + text + "\\par " +
+         text);
+    const int position = editor.document()->begin().next().position();
+    QTextCursor cursor(editor.document());
+    cursor.setPosition(position);
+    cursor.setPosition(position + 1, QTextCursor::KeepAnchor);
+    editor.setTextCursor(cursor);
+    editor.pictures().Change({4320, 1800, place});
+    editor.grab();
+  }
+  // Where the picture, which is blue, is on the screen.
+  QRect Blue() {
+    editor.setFocus();
+    const QImage shown = editor.viewport()->grab().toImage();
+    QRect blue;
+    for (int y = 0; y < shown.height(); y += 2) {
+      for (int x = 0; x < shown.width(); x += 2) {
+        const QColor colour = shown.pixelColor(x, y);
+        if (colour.blue() > 180 && colour.red() < 60 && colour.green() < 60)
+          blue |= QRect(x, y, 2, 2);
+      }
+    }
+    return blue;
+  }
+  // The lines as they are after a layout of the whole letter.
+  std::vector<QRectF> Lines() {
+    std::vector<QRectF> lines;
+    for (QTextBlock block = editor.document()->begin(); block.isValid(); block = block.next()) {
+      const QPointF corner = block.layout()->position();
+      for (int i = 0; i < block.layout()->lineCount(); ++i)
+        lines.push_back(block.layout()->lineAt(i).rect().translated(corner));
+    }
+    return lines;
   }
   void Click(QPoint at) { QTest::mouseClick(editor.viewport(), Qt::LeftButton, {}, at); }
   void MoveTo(QPoint at, Qt::KeyboardModifiers keys) {
@@ -102,6 +142,7 @@ TEST_F(PictureHandlesTest, SizesAFloatingPicture) {
   OpenPicture();
   Click(At(700, 300));
   editor.pictures().Change({1440, 720, PicturePlace::kRight});
+  ASSERT_EQ(editor.pictures().Selected(), 0) << "it hangs at the first line of its paragraph";
   editor.formatting().ChangeCharacters([](richtext::CharFormat& format) { format.bold = true; });
   editor.grab();
   QTextCursor start(editor.document());
@@ -111,11 +152,80 @@ TEST_F(PictureHandlesTest, SizesAFloatingPicture) {
   const QPoint corner(right - qRound(PixelsOfTwips(1440)), top + qRound(PixelsOfTwips(720)));
   editor.moveCursor(QTextCursor::End);
   Click(corner + QPoint(20, -20));
-  ASSERT_EQ(editor.pictures().Selected(), 7);
+  ASSERT_EQ(editor.pictures().Selected(), 0);
   Drag(corner, corner + QPoint(-qRound(PixelsOfTwips(1440)), 0));
-  EXPECT_TRUE(Near(Look().width, 2880)) << Look().width;
-  EXPECT_TRUE(Near(Look().height, 1440)) << Look().height;
-  EXPECT_EQ(Look().place, PicturePlace::kRight);
+  const PictureLook look = editor.pictures().LookAt(0).value_or(PictureLook{});
+  EXPECT_TRUE(Near(look.width, 2880)) << look.width;
+  EXPECT_TRUE(Near(look.height, 1440)) << look.height;
+  EXPECT_EQ(look.place, PicturePlace::kRight);
+}
+
+TEST_F(PictureHandlesTest, LaysOutTheTextBesideAPictureAgain) {
+  struct Case {
+    const char* what;
+    std::function<void()> change;
+    bool remains = true;
+  };
+  PicturePlace place = PicturePlace::kLeft;
+  // The lower corner beside the text, away from the margin.
+  const auto drag = [&](int away, int down) {
+    const QRect picture = Blue();
+    const bool left = place == PicturePlace::kLeft;
+    const QPoint corner = left ? picture.bottomRight() : picture.bottomLeft();
+    Drag(corner, corner + QPoint(left ? away : -away, down));
+  };
+  const Case cases[] = {
+      {"put beside the text", [] {}},
+      {"smaller", [&] { drag(-60, -30); }},
+      {"larger", [&] { drag(60, 30); }},
+      {"smaller and back", [&] { drag(-60, -30), editor.Undo(); }},
+      {"removed", [&] { QTest::keyClick(&editor, Qt::Key_Delete); }, false},
+      {"removed and back", [&] { QTest::keyClick(&editor, Qt::Key_Delete), editor.Undo(); }},
+      {"moved down",
+       [&] {
+         editor.moveCursor(QTextCursor::Start);
+         for (int i = 0; i < 4; ++i) QTest::keyClick(&editor, Qt::Key_Return);
+       }},
+      {"a paragraph beside it removed",
+       [&] {
+         QTextCursor cursor(editor.document()->begin().next().next());
+         cursor.select(QTextCursor::BlockUnderCursor);
+         editor.setTextCursor(cursor);
+         QTest::keyClick(&editor, Qt::Key_Delete);
+       }},
+  };
+  for (const PicturePlace each : {PicturePlace::kLeft, PicturePlace::kRight}) {
+    place = each;
+    for (const Case& c : cases) {
+      SCOPED_TRACE(c.what);
+      OpenBeside(place);
+      c.change();
+      const std::vector<QRectF> lines = Lines();
+      const QRect picture = Blue();
+      editor.document()->markContentsDirty(0, editor.document()->characterCount());
+      EXPECT_EQ(lines, Lines());
+      EXPECT_EQ(picture, Blue());
+      EXPECT_EQ(picture.isValid(), c.remains);
+      if (!c.remains) continue;
+      editor.moveCursor(QTextCursor::End);
+      Click(picture.center());
+      EXPECT_GE(editor.pictures().Selected(), 0) << "a click on it selects it";
+    }
+  }
+}
+
+// As on paper, where a wider one is made smaller.
+TEST_F(PictureHandlesTest, KeepsAPictureInTheWidthOfTheText) {
+  editor.paper().SetLook({.wraps_at_page = true, .width = 9000, .left = 1000, .right = 1000});
+  OpenPicture();
+  Click(At(700, 300));
+  editor.pictures().Change({14000, 1400, PicturePlace::kInLine});
+  EXPECT_EQ(Look(), (PictureLook{7000, 700, PicturePlace::kInLine}));
+  editor.Undo();
+  Click(At(700, 300));
+  Drag(At(1440, 360), At(12000, 360));
+  EXPECT_TRUE(Near(Look().width, 7000)) << Look().width;
+  EXPECT_EQ(Look().height, kInserted.height) << "only the width was dragged";
 }
 
 TEST_F(PictureHandlesTest, LeavesAPictureInProtectedTextAsItIs) {
@@ -169,18 +279,18 @@ TEST_F(PictureHandlesTest, AsksForSizeAndPlaceOnADoubleClick) {
       QTest::keyClick(dialog, Qt::Key_Return);
     });
     QTest::mouseDClick(editor.viewport(), Qt::LeftButton, {}, At(700, 300));
-    EXPECT_EQ(Look().width, c.look.width);
-    EXPECT_EQ(Look().height, c.look.height);
-    EXPECT_EQ(Look().place, c.look.place);
+    const int position = editor.pictures().Selected();
+    const auto look = [&] { return editor.pictures().LookAt(position).value_or(PictureLook{}); };
+    EXPECT_EQ(look(), c.look);
     // As it is saved and opened again, typed beside, copied, and undone.
     const std::string saved = Written();
     box.SetTextRTF(saved);
     editor.ShowBox();
-    EXPECT_EQ(Look(), c.look);
+    EXPECT_EQ(look(), c.look);
     EXPECT_EQ(Written(), saved);
     editor.selectAll();
     editor.formatting().ChangeCharacters([](richtext::CharFormat& format) { format.bold = true; });
-    EXPECT_EQ(Look(), c.look);
+    EXPECT_EQ(look(), c.look);
     editor.moveCursor(QTextCursor::End);
     Type("y");
     EXPECT_EQ(box.Text().substr(box.Text().size() - 5), "nexty");

@@ -8,6 +8,7 @@
 
 #include "ui/editor/commands/picture_dialog.h"
 #include "ui/editor/document/letter_loader.h"
+#include "ui/editor/text/protected_text.h"
 #include "ui/editor/text/text_properties.h"
 
 namespace tenora {
@@ -18,6 +19,15 @@ QTextCharFormat FormatOf(const QTextDocument& document, int position) {
   cursor.setPosition(position);
   cursor.setPosition(position + 1, QTextCursor::KeepAnchor);
   return cursor.charFormat();
+}
+
+// As large as in the text, which a word processor's own place does not go by.
+richtext::PictureLook Fitted(richtext::PictureLook look, int text_width) {
+  if (look.place == richtext::PicturePlace::kAsSet || look.width <= text_width) return look;
+  look.height =
+      static_cast<int>(std::lround(static_cast<double>(look.height) * text_width / look.width));
+  look.width = text_width;
+  return look;
 }
 
 }  // namespace
@@ -42,7 +52,9 @@ int PictureCommands::Selected() const {
 
 std::optional<richtext::PictureLook> PictureCommands::LookAt(int position) const {
   const auto object = ObjectAt(position);
-  return object == nullptr ? std::nullopt : richtext::LookOf(object->runs.front());
+  auto look = object == nullptr ? std::nullopt : richtext::LookOf(object->runs.front());
+  if (look && look->place == richtext::PicturePlace::kInLine) look = Fitted(*look, page_width_());
+  return look;
 }
 
 int PictureCommands::TextWidth() const {
@@ -57,19 +69,30 @@ int PictureCommands::TextWidth() const {
 
 void PictureCommands::Change(const richtext::PictureLook& look) {
   letter_.ShowBox();
-  const int position = Selected();
+  int position = Selected();
   if (position < 0 || look == LookAt(position)) return;
   if (!letter_.MayChange(position, position + 1)) return;
   QTextEdit& control = letter_.control();
   const QTextCharFormat format = FormatOf(*control.document(), position);
+  const auto before = LookAt(position);
   InlineObject object = *ObjectAt(position);
   richtext::Run& run = object.runs.front();
-  run = richtext::WithLook(run, look, TextWidth());
+  run = richtext::WithLook(run, Fitted(look, page_width_()), TextWidth());
   object.kind =
       run.object.index() == 1 ? InlineObject::Kind::kPicture : InlineObject::Kind::kVerbatim;
   QTextCursor cursor = control.textCursor();
   cursor.beginEditBlock();
   cursor.removeSelectedText();
+  const auto beside = [](const std::optional<richtext::PictureLook>& of) {
+    return of && (of->place == richtext::PicturePlace::kLeft ||
+                  of->place == richtext::PicturePlace::kRight);
+  };
+  // It hangs at the first line of its paragraph on paper, on the screen at the line that it is in.
+  const int start = cursor.block().position();
+  if (beside(look) && !beside(before) && !TouchesProtected(*control.document(), start, start)) {
+    cursor.setPosition(start);
+    position = start;
+  }
   LetterLoader(letter_.formats())
       .InsertObject(&cursor, std::move(object), letter_.formats().CharOf(format),
                     SharedProperty<richtext::Field>(format, kFieldProperty));
@@ -84,8 +107,7 @@ void PictureCommands::Ask() {
   const int position = Selected();
   if (position < 0) return;
   const richtext::Run run = ObjectAt(position)->runs.front();
-  const auto look =
-      AskPictureLook(&letter_.control(), *richtext::LookOf(run), richtext::OwnLookOf(run));
+  const auto look = AskPictureLook(&letter_.control(), *LookAt(position), richtext::OwnLookOf(run));
   if (look) Change(*look);
 }
 

@@ -71,10 +71,20 @@ QRectF InlineObjects::WithoutGap(const QRectF& place, const QTextDocument& docum
   return place.adjusted(left ? 0 : gap, 0, left ? -gap : 0, 0);
 }
 
-printing::PlacedPicture InlineObjects::Placed(const InlineObject& object) {
+double InlineObjects::MostWidth(const QTextDocument& document) {
+  const int page = document.rootFrame()->frameFormat().intProperty(kPageTextWidth);
+  return (page > 0 ? page : kWidest) * PixelsPerTwip(document);
+}
+
+double InlineObjects::MostHeight(const QTextDocument& document) {
+  return kTallest * PixelsPerTwip(document);
+}
+
+// `most_width` in twips.
+printing::PlacedPicture InlineObjects::Placed(const InlineObject& object, double most_width) {
   const auto picture = PictureOf(object);
   return picture == nullptr ? printing::PlacedPicture()
-                            : pictures_.Place(*picture, kWidest, kTallest);
+                            : pictures_.Place(*picture, most_width, kTallest);
 }
 
 void InlineObjects::Draw(QPainter& painter, const QRectF& rect,
@@ -97,8 +107,10 @@ QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int /*position*/,
   switch (object->kind) {
     case Kind::kPicture:
     case Kind::kVerbatim: {
-      const printing::PlacedPicture placed = Placed(*object);
-      const double gap = format.objectIndex() < 0 ? 0 : kFloatingGap;
+      const bool floats = format.objectIndex() >= 0;
+      const double most = floats ? kWidest : MostWidth(*document) / scale;
+      const printing::PlacedPicture placed = Placed(*object, most);
+      const double gap = floats ? kFloatingGap : 0;
       if (placed.width > 0) return QSizeF(placed.width + gap, placed.height) * scale;
       const double width = metrics.horizontalAdvance(Label(*object)) + 200 * scale;
       return {std::min(width, kWidest * scale), std::max(metrics.height(), kFrameHeight * scale)};
@@ -133,7 +145,7 @@ void InlineObjects::drawObject(QPainter* painter, const QRectF& rect, QTextDocum
       painter->drawLine(QPointF(rect.left(), y), QPointF(rect.right(), y));
     }
   } else {
-    const printing::PlacedPicture placed = Placed(*object);
+    const printing::PlacedPicture placed = Placed(*object, kWidest);
     if (placed.readable()) {
       Draw(*painter, WithoutGap(rect, *document, format), placed);
     } else {

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ui/editor/screen/inline_objects.h"
 #include "ui/editor/text/text_properties.h"
 
 namespace tenora {
@@ -128,6 +129,7 @@ void PaperLayout::LayOut() {
     wanted.setRightMargin(PixelsOfTwips(page ? look_.right : kWindowMargin));
     wanted.setTopMargin(PixelsOfTwips(page ? look_.top + desk : kWindowMargin));
     wanted.setBottomMargin(PixelsOfTwips(page ? look_.bottom + desk : kWindowMargin));
+    wanted.setProperty(InlineObjects::kPageTextWidth, PageTextWidth());
     if (wanted != format) history_.ChangeLooks([&] { frame->setFrameFormat(wanted); });
     int free_width = 0;
     if (page) {

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "ui/editor/commands/editor_dialogs.h"
+#include "ui/editor/screen/floating_pictures.h"
 #include "ui/editor/screen/inline_objects.h"
 #include "ui/editor/text/text_properties.h"
 
@@ -68,6 +69,11 @@ int PictureHandles::PictureAt(QPointF point) const {
   const int position = letter_.control().cursorForPosition(point.toPoint()).position();
   for (const int near : {position, position - 1}) {
     if (pictures_.LookAt(near) && AreaOf(near).contains(point)) return near;
+  }
+  // The text at a point beside the lines is not always that with the picture.
+  for (const QTextFrame* floating : FloatingPictures::In(*letter_.control().document())) {
+    const int place = FloatingPictures::PositionOf(*floating);
+    if (pictures_.LookAt(place) && AreaOf(place).contains(point)) return place;
   }
   return -1;
 }
@@ -150,11 +156,17 @@ bool PictureHandles::Move(const QMouseEvent& event) {
   if ((edges & kRight) != 0) width += by.x();
   if ((edges & kTop) != 0) height -= by.y();
   if ((edges & kBottom) != 0) height += by.y();
+  const auto look = pictures_.LookAt(pictures_.Selected());
+  const bool set_apart = look && look->place == richtext::PicturePlace::kAsSet;
+  const double widest = std::max(
+      before.width(), set_apart ? width : InlineObjects::MostWidth(*letter_.control().document()));
+  width = std::min(width, widest);
   const bool corner = (edges & (kLeft | kRight)) != 0 && (edges & (kTop | kBottom)) != 0;
   if (corner && (event.modifiers() & Qt::ShiftModifier) == 0) {
     const double least = kSmallest / std::min(before.width(), before.height());
     const double scale =
-        std::max({width / before.width(), height / before.height(), std::min(least, 1.0)});
+        std::min(std::max({width / before.width(), height / before.height(), std::min(least, 1.0)}),
+                 widest / before.width());
     width = before.width() * scale;
     height = before.height() * scale;
   }
