@@ -18,7 +18,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kTemplate = "Rent arrears notice";
+// Without forms, and with conditions and a repetition.
+constexpr const char* kTemplate = "Rent review";
+constexpr const char* kTemplateWithForms = "Rent arrears notice";
+constexpr std::size_t kRows = 500;
 constexpr int kLetters = 500;
 constexpr int kReceipts = 10;
 
@@ -35,7 +38,7 @@ void CopyAgency(const fs::path& home) {
            fs::copy_options::recursive | fs::copy_options::overwrite_existing);
 }
 
-void MergeLetters(bool save) {
+void MergeLetters(const char* template_name, const char* what, bool save) {
   test::FakePlatform machine;
   CopyAgency(machine.ProgramFolder());
   Session session(machine.Parts());
@@ -47,15 +50,42 @@ void MergeLetters(bool save) {
   const double seconds = Seconds([&] {
     for (int i = 0; i < kLetters; ++i) {
       frmLetter letter(session);
-      letter.members().LetterTitle = kTemplate;
+      letter.members().LetterTitle = template_name;
       letter.members().RecipientName = tenants.at(i % tenants.size()).KeyName;
-      letter.LoadLetter(library.PathOf(kTemplates, kTemplate), kTemplates);
+      letter.LoadLetter(library.PathOf(kTemplates, template_name), kTemplates);
       letter.InsertTenantDetails();
       if (save) letter.SaveTenantTemplate();
     }
   });
-  std::printf("%-44s %9.0f letters a second\n", save ? "load, merge and save" : "load and merge",
-              kLetters / seconds);
+  std::printf("%-44s %9.0f letters a second\n", what, kLetters / seconds);
+}
+
+// A table with a row for each payment, repeated until there are so many rows.
+void RepeatRows() {
+  test::FakePlatform machine;
+  CopyAgency(machine.ProgramFolder());
+  Session session(machine.Parts());
+  session.database.OpenDatabase();
+  session.caches.Load(session.database);
+  session.database.CloseDatabase();
+  const std::string row =
+      R"(\trowd\cellx3000\cellx6000\cellx9000\pard\intbl <<Each Payment>><<Payment Date:short>>\cell )"
+      R"(<<Payment Amount>>\cell <<Total Payment Amount>><<End Each>>\cell\row\pard )";
+  std::string source = R"({\rtf1\ansi\deff0{\fonttbl{\f0\fnil Arial;}})";
+  std::size_t rows = 0;
+  double seconds = 0;
+  while (rows < kRows) {
+    source += row;
+    frmLetter letter(session);
+    letter.members().TenantCode = "T00001";
+    letter.rtfLetter.SetTextRTF(source + "\\par}");
+    seconds = Seconds([&] { letter.InsertTenantDetails(); });
+    const std::string text = letter.rtfLetter.Text();
+    rows = static_cast<std::size_t>(std::ranges::count(text, '\n'));
+  }
+  std::printf("%-44s %9.1f ms\n",
+              ("read and fill a table of " + std::to_string(rows) + " rows").c_str(),
+              seconds * 1000);
 }
 
 // Letters of the sample agency's templates to many recipients, one after the other.
@@ -124,8 +154,10 @@ void PrintReceipts() {
 int main(int argc, char** argv) {
   tenora::StepThroughPreviews({});
   if (argc > 1) tenora::StepThroughPreviews(argv[1]);
-  tenora::MergeLetters(false);
-  tenora::MergeLetters(true);
+  tenora::MergeLetters(tenora::kTemplate, "load and merge", false);
+  tenora::MergeLetters(tenora::kTemplate, "load, merge and save", true);
+  tenora::MergeLetters(tenora::kTemplateWithForms, "load and merge, with forms", false);
+  tenora::RepeatRows();
   tenora::PrintReceipts();
   return 0;
 }

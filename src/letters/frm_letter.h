@@ -70,6 +70,10 @@ class frmLetter {
   // in.
   void InsertItem(std::string_view name);
 
+  // Puts the beginning and the end of a condition or repetition around the selection, in a
+  // template. Errors skip the step they happen in.
+  void InsertForm(std::string_view open, std::string_view close);
+
   TenantMergeOutcome InsertTenantDetails();
   OwnerMergeOutcome InsertOwnerDetails();
   std::optional<RuntimeError> InsertChequeDetails(const std::string& payee, double amount);

@@ -88,6 +88,18 @@ TEST_F(WindowGeneration, EndsAtAnErrorUnderTheHandlersNameAndIsResumed) {
   EXPECT_THAT(Letter("Mei Huang/Notice(1).rtf"), HasSubstr("no Mei"));
 }
 
+TEST_F(WindowGeneration, StopsBeforeTheFirstLetterOfATemplateWithAWrongForm) {
+  WriteWholeFile(Data() / kTemplates / "Notice.rtf",
+                 "{\\rtf1\\ansi First line\\par <<If Closed>>To whom\\par}");
+  const GenerationSummary run = Generate({"Mei Huang", "Ben Huang"});
+  EXPECT_EQ(run.asked, 0U);
+  ASSERT_EQ(machine_.dialogs.shown().size(), 1U);
+  EXPECT_THAT(machine_.dialogs.shown()[0].text,
+              HasSubstr("line 2: \"<<If Closed>>To whom\": <<If Closed>> has no <<End If>>; write "
+                        "<<End If>> where its text ends"));
+  EXPECT_FALSE(fs::exists(Data() / "Mei Huang"));
+}
+
 TEST_F(WindowGeneration, NamesWhoHasVanishedAndWritesToTheOthers) {
   for (const std::string_view kind : {kTemplates, kOwnerTemplates}) {
     SCOPED_TRACE(kind);

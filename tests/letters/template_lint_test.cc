@@ -125,6 +125,43 @@ TEST_F(TemplateLintTest, FindsACodeExactlyWhereTheMergeLeavesIt) {
   }
 }
 
+TEST_F(TemplateLintTest, FindsWrongFormsInTheirPlaces) {
+  struct Case {
+    const char* body;
+    const char* text;  // empty: nothing is wrong
+    TemplateKind kind = TemplateKind::kTenant;
+  };
+  const Case cases[] = {
+      {"<<If Closed>>a<<End If>> <<Each Payment>><<Payment Date:short>><<End Each>> <<Days "
+       "Behind>>",
+       ""},
+      {"{\\header\\pard <<If Closed>>a<<End If>>\\par}b", ""},
+      {"<<Each Tenancy>><<Tenant Name>> <<TCustom:ParkingBay>><<End Each>>", "",
+       TemplateKind::kOwner},
+      {"a\\par b <<Else>>", "line 2: \"b <<Else>>\": <<Else>> has nothing that it belongs to"},
+      {"{\\header\\pard x\\par <<If Closed>>a\\par}b", "header, line 2: \"<<If Closed>>a\""},
+      {"a{\\footnote <<Days Behind>>}",
+       "footnote, line 1: \"<<Days Behind>>\": <<Days Behind>> "
+       "cannot stand in a footnote"},
+      {"{\\shp{\\*\\shpinst{\\shptxt <<If Closed>>\\par}}}<<Print Date:short>>",
+       "text box, line 1: \"<<If Closed>>\": <<If Closed>> cannot stand in a text box"},
+      {"<<Print Date:{\\b short}>>", "<<Print Date:short>> has more than one format"},
+  };
+  for (const Case& one : cases) {
+    const auto found = Lint(one.body, one.kind);
+    if (*one.text == 0) {
+      EXPECT_TRUE(found.empty()) << found.front().Text();
+      continue;
+    }
+    ASSERT_EQ(found.size(), 1U) << one.body;
+    EXPECT_EQ(found[0].kind, Kind::kForm);
+    EXPECT_THAT(found[0].Text(), HasSubstr(one.text));
+  }
+  const auto split = Lint("\\u333?<<Print Date:{\\b short}>>");
+  EXPECT_EQ(split[0].position, 1);
+  EXPECT_EQ(split[0].replacement, "<<Print Date:short>>");
+}
+
 TEST_F(TemplateLintTest, SaysWhatIsWrongAndWhatToDo) {
   struct Case {
     const char* body;

@@ -123,6 +123,9 @@ TEST_F(TemplateFormsTest, PutInAndTakeOutWordsParagraphsAndRows) {
            Row({"<<If Payment Number = 25>>only<<End If>>", "y"}) + Row({end_each.c_str(), ""}),
        "13|x/|y/25|x/only|y/56|x/|y//"},
       {Row({(no + "a").c_str(), ("b" + end_if).c_str()}) + par("c"), "c/"},
+      {Row({(R"({\*\bkmkstart _GoBack}{\*\bkmkend _GoBack})" + no).c_str()}) + Row({"a"}) +
+           Row({end_if.c_str()}) + par("c"),
+       "c/"},
       {par("b") + Row({no.c_str()}) + Row({"a"}) + Row({"<<Else>>"}) + Row({"e"}) +
            Row({end_if.c_str()}) + par("c"),
        "b/e/c/"},

@@ -191,6 +191,22 @@ bool frmLetter::InsertPromptMessage() {
   return true;
 }
 
+void frmLetter::InsertForm(std::string_view open, std::string_view close) {
+  if (members_.Kind != kTemplates && members_.Kind != kOwnerTemplates) {
+    session_.platform.dialogs.Say("Conditions and lists are only available in template letters.");
+    return;
+  }
+  IgnoringErrors([&] {
+    const int start = rtfLetter.SelStart(), length = rtfLetter.SelLength();
+    rtfLetter.Select(start + length, 0);
+    rtfLetter.SetSelText(close);
+    rtfLetter.Select(start, 0);
+    rtfLetter.SetSelText(open);
+    rtfLetter.Select(rtfLetter.SelStart(), length);
+  });
+  IgnoringErrors([&] { host_.FocusEditor(); });
+}
+
 void frmLetter::InsertCode(std::string_view name) {
   IgnoringErrors(
       [&] { rtfLetter.SetSelText(std::string(kCodeStart).append(name).append(kCodeEnd)); });

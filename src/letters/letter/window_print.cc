@@ -5,6 +5,7 @@
 
 #include "letters/template_library.h"
 #include "merge/merge_codes.h"
+#include "merge/template_forms.h"
 #include "platform/dialogs/guard.h"
 
 namespace tenora {
@@ -16,10 +17,13 @@ constexpr double kSampleAmount = 1234.56;
 
 bool HoldsCodeOf(TemplateKind kind, const frmLetter& letter) {
   const std::string text = letter.rtfLetter.Text();
-  return std::ranges::any_of(MergeCodesOf(kind), [&](const MergeCode& code) {
-    return text.find(std::string(kCodeStart).append(code.name).append(kCodeEnd)) !=
-           std::string::npos;
-  });
+  return std::ranges::any_of(
+             MergeCodesOf(kind),
+             [&](const MergeCode& code) {
+               return text.find(std::string(kCodeStart).append(code.name).append(kCodeEnd)) !=
+                      std::string::npos;
+             }) ||
+         TemplateForms::MayHold(letter.rtfLetter.TextRTF(), kind);
 }
 
 bool IsUnfilledTemplate(const frmLetter& letter) {

@@ -153,8 +153,12 @@ class ParagraphPieces {
   bool line_marked_ = false, marked_ = false;
 };
 
+// Word processors leave bookmarks of their own anywhere.
 bool IsBlank(const FormPiece& piece) {
-  if (piece.kind == Kind::kParagraphEnd || piece.kind == Kind::kLineEnd) return true;
+  if (piece.kind == Kind::kParagraphEnd || piece.kind == Kind::kLineEnd ||
+      piece.kind == Kind::kMark) {
+    return true;
+  }
   if (piece.kind != Kind::kText || piece.run->object.index() != 0) return false;
   return std::string_view(piece.run->text)
              .substr(piece.begin, piece.end - piece.begin)

@@ -123,16 +123,14 @@ bool TemplateForms::IsForm(std::string_view code, TemplateKind kind) {
   if (kind == TemplateKind::kCheque || code.starts_with('?')) return false;
   if (MarkerOf(code)) return true;
   if (IsOrdinary(code, kind)) return false;
-  const auto printed = PrintedFacts(kind);
-  if (Named(printed, code)) return true;
   const FactNames& facts = RecipientFactNames(kind);
+  if (facts.IsField(code) || code.starts_with("FutureDate:")) return false;
+  if (Named(PrintedFacts(kind), code)) return true;
   // In another letter case it is a slip of a merge code, and no form.
   if (facts.Find(code) != nullptr) return false;
   if (IsRowOrSum(code)) return true;
   const std::size_t colon = code.rfind(':');
-  if (colon == std::string_view::npos || facts.IsField(code) || code.starts_with("FutureDate:")) {
-    return false;
-  }
+  if (colon == std::string_view::npos) return false;
   const std::string_view base = code.substr(0, colon);
   return FindFormat(TrimBlanks(code.substr(colon + 1))) != nullptr || facts.Find(base) != nullptr ||
          IsRowOrSum(base);

@@ -248,12 +248,40 @@ TEST_F(MainWindow, OffersTheCodesThatFitTheLetterInFront) {
     letter.members().Changed = false;
   }
   EXPECT_FALSE(window_->findChild<QMenu*>("mnuTenantCustom")->isEmpty());
+  EXPECT_FALSE(window_->findChild<QMenu*>("mnuInsertForms")->menuAction()->isVisible());
   auto* combo = window_->findChild<QComboBox*>("cboInsert");
   combo->setCurrentIndex(1);
   emit combo->activated(1);
   EXPECT_EQ(combo->currentIndex(), -1);
   EXPECT_EQ(window_->desk().Active()->letter().rtfLetter.Text(), "<<Payee Name>><<Payee Name>>");
   window_->desk().Active()->letter().members().Changed = false;
+}
+
+TEST_F(MainWindow, PutsConditionsAndListsAroundTheSelection) {
+  platform_.InstallSampleDatabase();
+  Load();
+  Trigger("mnuNewTenantTemplate");
+  frmLetter& letter = window_->desk().Active()->letter();
+  letter.rtfLetter.SetText("you owe something");
+  letter.rtfLetter.Select(0, 7);
+  auto* menu = window_->findChild<QMenu*>("mnuInsertForms");
+  EXPECT_TRUE(menu->menuAction()->isVisible());
+  menu->actions()[0]->trigger();
+  EXPECT_EQ(letter.rtfLetter.Text(), "<<If Balance Owing > 0>>you owe<<End If>> something");
+  EXPECT_EQ(letter.rtfLetter.SelText(), "you owe");
+  QMenu* payment = nullptr;
+  for (QAction* action : menu->actions()) {
+    if (action->text() == "Each Payment") payment = action->menu();
+  }
+  ASSERT_NE(payment, nullptr);
+  payment->actions()[0]->trigger();
+  EXPECT_EQ(letter.rtfLetter.Text(),
+            "<<If Balance Owing > 0>><<Each Payment>>you owe<<End Each>><<End If>> something");
+  payment->actions()[2]->trigger();
+  EXPECT_EQ(letter.rtfLetter.Text(),
+            "<<If Balance Owing > 0>><<Each Payment>><<Payment Date>><<End Each>><<End If>> "
+            "something");
+  letter.members().Changed = false;
 }
 
 TEST(RunInBackground, KeepsItsProgressFromCoveringAQuestionOfTheWork) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "merge/merge_codes.h"
+#include "merge/template_forms.h"
 
 namespace tenora {
 namespace {
@@ -27,7 +28,12 @@ Kind KindOf(const QString& inside, const QSet<QString>& names) {
   // These two are commands of the Insert menu: no merge replaces a code of their name.
   if (inside == FromView(kFutureDateItem) || inside == FromView(kPromptMessageItem))
     return Kind::kUnknown;
-  return names.contains(inside) ? Kind::kData : Kind::kUnknown;
+  if (names.contains(inside)) return Kind::kData;
+  const std::string code = inside.toStdString();
+  // Forms have their names in any letter case, and formats.
+  const bool form = TemplateForms::IsForm(code, TemplateKind::kTenant) ||
+                    TemplateForms::IsForm(code, TemplateKind::kOwner);
+  return form && !names.isEmpty() ? Kind::kData : Kind::kUnknown;
 }
 
 }  // namespace

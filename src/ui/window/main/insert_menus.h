@@ -17,9 +17,13 @@ namespace tenora {
 
 class InsertMenus {
  public:
-  // `insert` receives the name to pass to InsertItem.
-  InsertMenus(QMenu& menu, QComboBox& combo, QAction& format,
-              std::function<void(const std::string& item)> insert);
+  struct Inserts {
+    // Receives the name to pass to InsertItem.
+    std::function<void(const std::string& item)> item;
+    // Receives the beginning and end to pass to InsertForm.
+    std::function<void(const std::string& open, const std::string& close)> form;
+  };
+  InsertMenus(QMenu& menu, QComboBox& combo, QAction& format, Inserts inserts);
 
   // The field codes by parent: tenants', properties', owners'.
   void FillCustomMenus(const CustomFieldCodes& codes);
@@ -31,6 +35,11 @@ class InsertMenus {
  private:
   QMenu* AddCodes(const char* name, std::span<const MergeCode> codes);
   QMenu* AddCustom(const char* name, const QString& title);
+  // Conditions, and what can be repeated with its columns and sums.
+  QMenu* AddForms(const char* name, TemplateKind kind);
+  void AddItem(QMenu* menu, std::string_view item);
+  void AddForm(QMenu* menu, const QString& caption, const std::string& open,
+               const std::string& close);
   void FillCustom(QMenu* menu, const std::set<std::string>& codes, std::string_view prefix);
   // Shows those that have entries and belong to the current list.
   void ShowCustomMenus();
@@ -38,10 +47,12 @@ class InsertMenus {
   QMenu& menu_;
   QComboBox& combo_;
   QAction& format_;
-  std::function<void(const std::string&)> insert_;
+  const Inserts inserts_;
   QMenu* tenant_codes_;  // mnuInsertItem
   QMenu* cheque_codes_;  // mnuInsertItemCheque
   QMenu* owner_codes_;   // mnuInsertItemOwner
+  QMenu* tenant_forms_;  // mnuInsertForms
+  QMenu* owner_forms_;   // mnuInsertFormsOwner
   QMenu* tenant_custom_;
   QMenu* property_custom_;
   QMenu* owner_custom_;

@@ -230,11 +230,21 @@ void MainMenus::BuildInsertMenu() {
   insert_combo_->setMaxVisibleItems(20);
   insert_combo_->setFocusPolicy(Qt::ClickFocus);
   insert_menus_ = std::make_unique<InsertMenus>(
-      *insert, *insert_combo_, *format_action_, [this](const std::string& item) {
-        Guarded(parts_.session.platform.dialogs, "frmMain - mnuInsertItem_Click", [&] {
-          parts_.letters.WithActive([&item](frmLetter& letter) { letter.InsertItem(item); });
-        });
-      });
+      *insert, *insert_combo_, *format_action_,
+      InsertMenus::Inserts{
+          .item =
+              [this](const std::string& item) {
+                Guarded(parts_.session.platform.dialogs, "frmMain - mnuInsertItem_Click", [&] {
+                  parts_.letters.WithActive([&](frmLetter& letter) { letter.InsertItem(item); });
+                });
+              },
+          .form =
+              [this](const std::string& open, const std::string& close) {
+                Guarded(parts_.session.platform.dialogs, "frmMain - mnuInsertForms_Click", [&] {
+                  parts_.letters.WithActive(
+                      [&](frmLetter& letter) { letter.InsertForm(open, close); });
+                });
+              }});
   insert->addSeparator();
   insert->addAction(parts_.editor_actions.InsertActions().first());  // a table
   LetterCommand(insert, "mnuInsertPicture", tr("Pi&cture…"), {},
