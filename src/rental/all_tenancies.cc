@@ -1,6 +1,8 @@
 #include "rental/all_tenancies.h"
 
+#include <compare>
 #include <exception>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -76,16 +78,33 @@ struct AllTenancies::Data {
     }
     std::optional<Date> LastLetter() const override { return last_letter; }
 
-    // A row of the tenancy's revenues, the latest first.
-    void TakePayment(const query::Recordset& row, bool of_rent) {
-      if (of_rent && !rent_payment_) rent_payment_ = row.Field("amount");
-      if (has_payment_) return;
-      has_payment_ = true;
+    // A payment of the tenancy; those of rent come before the others.
+    void TakePayment(PaymentRow row) {
+      if (!latest_) {
+        latest_ = std::make_unique<PaymentRow>(std::move(row));
+        return;
+      }
+      const std::partial_ordering order = CompareLateness(row, *latest_);
+      if (order > 0) *latest_ = std::move(row);
+      if (order == std::partial_ordering::unordered) undecided_ = true;
+    }
+    void EndOfRent(Session& session, const std::string& rent_group) {
+      rent_payment_ = undecided_ ? FindRentPayment(session, record_, rent_group)
+                      : latest_  ? RentPaymentOf(latest_->amount)
+                                 : 0;
+    }
+    void EndOfPayments(Session& session, const std::string& rent_group) {
       try {
-        ReadPayment(row, record_);
+        if (undecided_) {
+          has_payment_ = FindLastPayment(session, record_, rent_group, 0);
+        } else if (latest_) {
+          has_payment_ = true;
+          ReadPayment(*latest_, record_);
+        }
       } catch (...) {
         payment_error_ = std::current_exception();
       }
+      latest_.reset();
     }
     // The steps of LastPayment, the payments read before: the first of its errors counts.
     void TakeAccount(const ReadOneAccount& read) {
@@ -95,7 +114,7 @@ struct AllTenancies::Data {
         record_.LastPeriodFrom = one.latest_from;
         record_.LastPeriodTo = one.latest_to;
         if (payment_error_) std::rethrow_exception(payment_error_);
-        FillPaidTo(one.account, RentPaymentOf(rent_payment_.value_or(Null())), record_);
+        FillPaidTo(one.account, rent_payment_, record_);
       } catch (...) {
         account_error_ = std::current_exception();
       }
@@ -108,7 +127,9 @@ struct AllTenancies::Data {
     const Data& data_;
     const std::size_t number_;
     bool has_payment_ = false;
-    std::optional<Value> rent_payment_;
+    double rent_payment_ = 0;
+    std::unique_ptr<PaymentRow> latest_;
+    bool undecided_ = false;  // which is the latest
     std::exception_ptr payment_error_, account_error_;
   };
 
@@ -136,27 +157,31 @@ struct AllTenancies::Data {
                        });
   }
 
+  // In no order: sorting all payments would take longer than all else.
   void ReadPayments(Session& session, const std::stop_token& stop) {
     const std::string rent_group = session.database.LookupText("rent_group", "Options", "", "");
     const query::TextMatch equal;
-    TablePass(session.database, tenants.codes(), stop)
-        .Each(
-            "select tenant_code, [property code], [revenue group], recordnumber, tender, date, "
-            "amount, tax from revenues where " +
-                PaysTenancy(rent_group).append(kLatestPaymentFirst),
-            [&](std::size_t code, const query::Recordset& row) {
-              const Value property = row.Field(1);
-              const auto* const property_code = std::get_if<std::string>(&property);
-              if (property_code == nullptr) return;
-              const Value group = row.Field(2);
-              const auto* const group_code = std::get_if<std::string>(&group);
-              const bool of_rent = group_code != nullptr && equal(*group_code, rent_group);
-              for (const std::size_t i : tenants.Members(code)) {
-                if (equal(all[i].Record().PropertyCode, *property_code)) {
-                  all[i].TakePayment(row, of_rent);
-                }
-              }
-            });
+    TablePass pass(session.database, tenants.codes(), stop);
+    const auto read = [&](const std::string& which) {
+      pass.Each(
+          "select tenant_code, [property code], date, recordnumber, tender, amount, tax from "
+          "revenues where " +
+              which,
+          [&](std::size_t code, const query::Recordset& row) {
+            const Value property = row.Field(1);
+            const auto* const property_code = std::get_if<std::string>(&property);
+            if (property_code == nullptr) return;
+            for (const std::size_t i : tenants.Members(code)) {
+              if (!equal(all[i].Record().PropertyCode, *property_code)) continue;
+              all[i].TakePayment(
+                  {row.Field(2), row.Field(3), row.Field(4), row.Field(5), row.Field(6)});
+            }
+          });
+    };
+    read(PaysRent(rent_group));
+    for (Tenancy& tenancy : all) tenancy.EndOfRent(session, rent_group);
+    read(std::string(kPaysExtraCharges) + " and not " + PaysRent(rent_group));
+    for (Tenancy& tenancy : all) tenancy.EndOfPayments(session, rent_group);
   }
 
   void ReadInspections(Session& session, const std::stop_token& stop) {

@@ -1,6 +1,8 @@
 // How the look-ups of one tenancy and the pass over all of them read the same rows.
 #pragma once
 
+#include <compare>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -10,14 +12,30 @@
 
 namespace tenora {
 
-// The condition on a row of revenues that is a payment of rent or of extra charges.
+// Conditions on a row of revenues: a payment of rent, one of extra charges, either.
+std::string PaysRent(const std::string& rent_group);
+inline constexpr std::string_view kPaysExtraCharges =
+    "[revenue group] in (select gl_code from glcodes where type = 1 and pay_extra_charges <> 0)";
 std::string PaysTenancy(const std::string& rent_group);
+
+// The columns of revenues that say which payment is the latest, and what it was.
+struct PaymentRow {
+  Value date, number, tender = {}, amount = {}, tax = {};
+};
+// Whether a payment is later than another in the order of kLatestPaymentFirst. Unordered where only
+// a statement knows, since the two are equally late or a value is missing.
+std::partial_ordering CompareLateness(const PaymentRow& left, const PaymentRow& right);
 inline constexpr std::string_view kLatestPaymentFirst = " order by date desc, recordnumber desc";
 
 // What an earlier look-up has left is of another payment.
 void ClearPayment(TenantRecord& tenant);
 // Fills the fields of the last payment from its row.
-void ReadPayment(const query::Recordset& row, TenantRecord& tenant);
+void ReadPayment(const PaymentRow& row, TenantRecord& tenant);
+// Finds it by a statement; false, and empty fields, where there is none.
+bool FindLastPayment(Session& session, TenantRecord& tenant, const std::string& rent_group,
+                     std::int32_t receipt_number);
+// The amount of the latest payment of rent, by a statement; 0 where there is none.
+double FindRentPayment(Session& session, const TenantRecord& tenant, const std::string& rent_group);
 
 // The amount of the latest payment of rent; null where there is none.
 double RentPaymentOf(const Value& amount);

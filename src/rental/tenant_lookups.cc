@@ -37,22 +37,31 @@ std::string PaymentQuery(const TenantRecord& tenant, const std::string& rent_gro
   return sql.append(kLatestPaymentFirst);
 }
 
-// Without a row the fields are empty, and the result is false.
-bool FindPayment(Session& session, const std::string& sql, TenantRecord& tenant) {
-  ClearPayment(tenant);
-  RecordsetPtr row;
-  session.database.CreateSet(row, sql, query::kForwardOnly, query::kReadOnly);
-  if (session.database.DataIsEmpty(row)) return false;
-  ReadPayment(*row, tenant);
-  return true;
+// None where either is missing or they are of different types.
+std::partial_ordering CompareValues(const Value& left, const Value& right) {
+  if (const auto* date = std::get_if<Date>(&left);
+      date != nullptr && right.index() == left.index()) {
+    return *date <=> std::get<Date>(right);
+  }
+  const auto* const number = std::get_if<std::int64_t>(&left);
+  if (number == nullptr || right.index() != left.index()) return std::partial_ordering::unordered;
+  return *number <=> std::get<std::int64_t>(right);
 }
 
 }  // namespace
 
+std::string PaysRent(const std::string& rent_group) {
+  return "[revenue group] = " + SQLText(rent_group);
+}
+
 std::string PaysTenancy(const std::string& rent_group) {
-  return "([revenue group] = " + SQLText(rent_group) +
-         " or [revenue group] in (select gl_code from glcodes where type = 1 and "
-         "pay_extra_charges <> 0))";
+  return "(" + PaysRent(rent_group) + " or " + std::string(kPaysExtraCharges) + ")";
+}
+
+std::partial_ordering CompareLateness(const PaymentRow& left, const PaymentRow& right) {
+  std::partial_ordering order = CompareValues(left.date, right.date);
+  if (order == 0) order = CompareValues(left.number, right.number);
+  return order == 0 ? std::partial_ordering::unordered : order;
 }
 
 void ClearPayment(TenantRecord& tenant) {
@@ -64,15 +73,36 @@ void ClearPayment(TenantRecord& tenant) {
   tenant.LastPaymentTender.clear();
 }
 
-void ReadPayment(const query::Recordset& row, TenantRecord& tenant) {
-  const Currency amount = AmountOf(row, "amount");
-  const Currency tax = AmountOf(row, "tax");
-  tenant.LastPaymentDate = FieldAs(ToDate, row, "date");
+void ReadPayment(const PaymentRow& row, TenantRecord& tenant) {
+  const Currency amount = AmountIn(row.amount, "amount");
+  const Currency tax = AmountIn(row.tax, "tax");
+  tenant.LastPaymentDate = ValueAs(ToDate, row.date, "date");
   tenant.LastPaymentAmount = amount.ToDouble();
-  tenant.LastPaymentNumber = FieldAs(ToInt32, row, "recordnumber");
+  tenant.LastPaymentNumber = ValueAs(ToInt32, row.number, "recordnumber");
   tenant.LastPaymentTax = tax.ToDouble();
   tenant.LastPaymentExclusive = (amount - tax).ToDouble();
-  tenant.LastPaymentTender = TextOf(row.Field("tender"));
+  tenant.LastPaymentTender = TextOf(row.tender);
+}
+
+bool FindLastPayment(Session& session, TenantRecord& tenant, const std::string& rent_group,
+                     std::int32_t receipt_number) {
+  ClearPayment(tenant);
+  RecordsetPtr row;
+  session.database.CreateSet(row, PaymentQuery(tenant, rent_group, receipt_number),
+                             query::kForwardOnly, query::kReadOnly);
+  if (session.database.DataIsEmpty(row)) return false;
+  ReadPayment({row->Field("date"), row->Field("recordnumber"), row->Field("tender"),
+               row->Field("amount"), row->Field("tax")},
+              tenant);
+  return true;
+}
+
+double FindRentPayment(Session& session, const TenantRecord& tenant,
+                       const std::string& rent_group) {
+  const std::string latest =
+      " where " + PaysRent(rent_group) + " and [property code] = " + SQLText(tenant.PropertyCode) +
+      " and tenant_code = " + SQLText(tenant.Reference) + std::string(kLatestPaymentFirst);
+  return RentPaymentOf(session.database.LookupText("top 1 amount", "revenues", latest, "0"));
 }
 
 double RentPaymentOf(const Value& amount) {
@@ -154,15 +184,8 @@ bool LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
   tenant.LastPeriodTo =
       database.LookupDate("top 1 period_to", "rent_periods", latest_period, Date());
 
-  const bool found = FindPayment(session, PaymentQuery(tenant, rent_group, receipt_number), tenant);
-
-  const std::string latest_rent_payment = " where [revenue group] = " + SQLText(rent_group) +
-                                          " and [property code] = " + SQLText(tenant.PropertyCode) +
-                                          " and tenant_code = " + SQLText(tenant.Reference) +
-                                          std::string(kLatestPaymentFirst);
-  const double rent_payment =
-      RentPaymentOf(database.LookupText("top 1 amount", "revenues", latest_rent_payment, "0"));
-  FillPaidTo(account, rent_payment, tenant);
+  const bool found = FindLastPayment(session, tenant, rent_group, receipt_number);
+  FillPaidTo(account, FindRentPayment(session, tenant, rent_group), tenant);
   return found;
 }
 
