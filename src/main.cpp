@@ -55,6 +55,7 @@ std::unique_ptr<tenora::printing::Printers> MakePrinters() {
 template <typename Use>
 int WithPlatform(tenora::Dialogs& dialogs, Use&& use) {
   using namespace tenora;
+  MakeOwnProgramFolder();
   const Clock clock = Clock::FromEnvironment();
   const auto locale = MakeLocale();
   const auto registry = registry::Registry::FromEnvironment();

@@ -12,8 +12,6 @@ namespace tenora {
 
 void AppendToErrorLog(const std::filesystem::path& program_folder, Date now,
                       std::string_view message) {
-  std::error_code ignored;
-  std::filesystem::create_directories(program_folder, ignored);
   const std::string name = std::string("err").append(FormatDate(now, "MMMYY")).append(".log");
   std::string line = FormatDate(now, "DD/MM/YY hh:nn:ss");
   line.append(" ").append(message).append("\r\n");

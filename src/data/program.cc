@@ -15,6 +15,10 @@ fs::path WithoutTrailingSeparator(const fs::path& folder) {
   return normal.has_filename() || normal == normal.root_path() ? normal : normal.parent_path();
 }
 
+fs::path OwnFolder() {
+  return WithoutTrailingSeparator(UserFolder("XDG_DATA_HOME", ".local/share") / "Tenora");
+}
+
 }  // namespace
 
 fs::path ProgramFolder() {
@@ -25,7 +29,12 @@ fs::path ProgramFolder() {
   if (!error && fs::exists(FindIgnoringCase(executable.parent_path() / "property.mdb"), error)) {
     return executable.parent_path();
   }
-  return WithoutTrailingSeparator(UserFolder("XDG_DATA_HOME", ".local/share") / "Tenora");
+  return OwnFolder();
+}
+
+void MakeOwnProgramFolder() {
+  std::error_code error;
+  if (ProgramFolder() == OwnFolder()) fs::create_directories(OwnFolder(), error);
 }
 
 fs::path StateFolder() {

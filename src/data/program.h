@@ -8,6 +8,9 @@ namespace tenora {
 // The program folder, without a trailing separator: TENORA_HOME, else the executable's folder where
 // that holds property.mdb, else the user's data folder for Tenora (~/.local/share/Tenora).
 std::filesystem::path ProgramFolder();
+// Makes the last of these where it is the program folder. A folder that somebody named is never
+// made: it may be on a server that is not connected. Raises nothing.
+void MakeOwnProgramFolder();
 
 // The folder for what a run leaves to the next one of the same user, in no folder that users share:
 // XDG_STATE_HOME, else ~/.local/state.

@@ -23,8 +23,9 @@ std::string RecipientFolderName(std::string_view recipient_name);
 // new ones are not saved there. Empty for the other names. It is never another recipient's folder.
 std::string EarlierRecipientFolderName(std::string_view recipient_name);
 
-// The path of RecipientFolderName's folder, made when missing. Raises the errors of FileError, and
-// 75 where there is a link in its place: letters do not leave the data folder.
+// The path of RecipientFolderName's folder, made when missing. Raises the errors of FileError, 76
+// where the data folder itself is missing, and 75 where there is a link in the folder's place:
+// letters do not leave the data folder.
 std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
                                           std::string_view recipient_name);
 

@@ -149,6 +149,7 @@ class frmLetter {
   std::filesystem::path LetterFolder(Making making = Making::kNothing) const;
   void RenameInCase(const std::filesystem::path& path);
   bool WriteLetter(Making making = Making::kNothing);
+  bool AfterWriting(bool written);
   bool ChangedByOthers() const;
   void InsertFile(const std::string& title, const std::string& filter, bool as_picture);
   MergeTarget Target() { return MergeTarget{session_, members_, rtfLetter}; }

@@ -29,6 +29,7 @@ class LetterHost {
   // The name of the current insert list, which words the messages of a letter in the folder of the
   // same name. Empty where there is none.
   virtual std::string InsertListName() = 0;
+  // The letter could not be written, and is not saved in any earlier state either.
   virtual void ShowSaveError(const RuntimeError& error) = 0;
   // Whether SaveAs may call the file `used`, since not every system could open one called `typed`.
   virtual bool ConfirmFileName(const std::string& typed, const std::string& used) = 0;

@@ -19,6 +19,8 @@ class TemplateLibrary {
   explicit TemplateLibrary(std::filesystem::path data_folder)
       : data_folder_(std::move(data_folder)) {}
 
+  const std::filesystem::path& data_folder() const { return data_folder_; }
+
   // Names of the ".rtf" files of a folder, without the extension, in alphabetical order with letter
   // case ignored. Empty when there are none or no such folder.
   std::vector<std::string> Names(std::string_view folder) const;

@@ -22,7 +22,7 @@ struct PdfLetter {
   std::size_t number = 0;        // the caller's own, given back with the result
   std::string rtf;               // RichTextBox::TextRTF of the merged letter
   std::string title;             // of the document, and the letter's name in errors
-  std::filesystem::path target;  // ends in ".pdf"; the folder is made when missing
+  std::filesystem::path target;  // ends in ".pdf"; its folder is made in one that is there
 };
 
 struct PdfResult {

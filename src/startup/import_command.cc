@@ -4,6 +4,7 @@
 #include <optional>
 #include <ostream>
 
+#include "data/program.h"
 #include "letters/custom_field_codes.h"
 #include "letters/template_import.h"
 #include "letters/template_library.h"
@@ -34,6 +35,7 @@ std::optional<CustomFieldCodes> FieldsIn(const fs::path& path, query::Workspace&
 }  // namespace
 
 bool ImportTemplates(const ImportRequest& request, std::ostream& output, std::ostream& errors) {
+  MakeOwnProgramFolder();
   CommandSession command(errors);
   const fs::path data_folder = command.session().database.DataFolder();
   const std::string folder = FolderOf(request.kind, command.session());

@@ -139,6 +139,32 @@ TEST_F(FrmLetterTest, AFailedSaveNamesTheFileAndLeavesNothing) {
   EXPECT_EQ(letter_.members().FilePath, "before");
 }
 
+// A new folder in the place of one on a server that is not connected would hide the letters there.
+TEST_F(FrmLetterTest, MakesNoNewDataFolderWhereThatIsAway) {
+  fs::rename(Data(), machine_.folder / "gone");
+  letter_.members().LetterTitle = "Notice";
+  for (const std::string_view kind : {kTemplates, kOwnerTemplates, kTenantLetter}) {
+    letter_.members().Kind = kind;
+    letter_.members().RecipientName = kind == kTenantLetter ? "Jane Smith" : kind;
+    letter_.rtfLetter.SetText("precious");
+    machine_.dialogs.WillType("Notice");
+    EXPECT_FALSE(letter_.SaveAs()) << kind;
+    EXPECT_TRUE(letter_.members().Changed);
+    EXPECT_EQ(host_.last_error, "76 - Path not found: " + Data().string());
+  }
+  machine_.dialogs.ForgetShown();
+  EXPECT_FALSE(letter_.SaveTenantTemplate());
+  EXPECT_THAT(Boxes(), ElementsAre("76 - Path not found: " + Data().string()));
+  session_.database.DataErrorReport("Execute SQL", RuntimeError(3075, "x", "DAO.Database"));
+  EXPECT_FALSE(fs::exists(Data()));
+  fs::rename(machine_.folder / "gone", Data());
+  fs::remove_all(Data() / "Templates");
+  letter_.members().Kind = letter_.members().RecipientName = kTemplates;
+  machine_.dialogs.WillType("Notice");
+  EXPECT_TRUE(letter_.SaveAs());
+  EXPECT_TRUE(fs::exists(Template()));
+}
+
 TEST_F(FrmLetterTest, InsertsACodeInATemplateAndItsValueInALetter) {
   letter_.LoadLetter(Template(), kTemplates);
   letter_.rtfLetter.Select(5, 15);

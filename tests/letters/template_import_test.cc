@@ -119,6 +119,7 @@ class TemplateImportTest : public testing::Test {
 
 TEST_F(TemplateImportTest, SavesUnderAFreeNameAndTellsWhatIsLeftToDo) {
   const auto document = Document("Rent.doc", Letter("<<Tenant Name>> <<Tenent Name>>"));
+  std::filesystem::create_directory(folder_ / "data");
   const ImportedTemplate first = Import(document), second = Import(document);
   EXPECT_EQ(first.file, folder_ / "data/Templates/Rent.rtf");
   EXPECT_EQ(second.file, folder_ / "data/Templates/Rent(1).rtf");

@@ -23,7 +23,10 @@ class CountingHost : public LetterHost {
   void CloseLetter() override { ++closed; }
   void RefreshTree() override { ++refreshed; }
   std::string InsertListName() override { return insert_list_; }
-  void ShowSaveError(const RuntimeError&) override { ++failed; }
+  void ShowSaveError(const RuntimeError& error) override {
+    ++failed;
+    last_error = ErrorText(error);
+  }
   bool ConfirmFileName(const std::string& typed, const std::string& used) override {
     names_asked.push_back(typed + " -> " + used);
     return may_rename;
@@ -40,6 +43,7 @@ class CountingHost : public LetterHost {
 
   int focused = 0, saves = 0, closed = 0, refreshed = 0, failed = 0, overwrites_asked = 0;
   int width = -1;  // twips, of the last SetWidth
+  std::string last_error;
   std::vector<std::string> names_asked, replacements_asked;
   bool may_rename = true, may_replace = true, may_overwrite = true;
   int paper_width = 0;

@@ -8,6 +8,7 @@
 #include "letters/generate/run_log.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
 
 namespace tenora {
 namespace {
@@ -44,6 +45,7 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
     throw StandardError(error_number::kInvalidProcedureCall, "Nothing selected");
   }
   RequirePrinter(printers_, request.destination);
+  RequireFolder(session_.database.DataFolder());
   LetterMaker maker(session_, request, BadFutureDates(after_error_));
   maker.ReadTemplate();
   RunLog log(session_.database.DataFolder(), request, session_.platform.clock);

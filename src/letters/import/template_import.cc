@@ -48,6 +48,7 @@ ImportedTemplate ImportTemplate(const TemplateImport& request, const TemplateLib
   const std::string name = request.name.empty() ? request.document.stem().string() : request.name;
   const fs::path file =
       library.PathOf(request.folder, SafeFileName(name, kLongestFileName - kExtension.size() - 16));
+  RequireFolder(library.data_folder());
   fs::create_directories(file.parent_path());
   imported.file = WriteUnderFreeName(file, letter.TextRTF());
   return imported;

@@ -32,8 +32,9 @@ std::string EarlierRecipientFolderName(std::string_view recipient_name) {
 std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
                                           std::string_view recipient_name) {
   const std::filesystem::path folder = data_folder / RecipientFolderName(recipient_name);
+  RequireFolder(data_folder);
   std::error_code error;
-  std::filesystem::create_directories(folder, error);
+  std::filesystem::create_directory(folder, error);
   if (error) throw FileError(error.value(), folder);
   if (std::filesystem::is_symlink(std::filesystem::symlink_status(folder, error))) {
     throw StandardError(error_number::kPathFileAccess,

@@ -341,7 +341,7 @@ fs::path frmLetter::LetterFolder(Making making) const {
     return making == Making::kMissing ? MakeRecipientFolder(data, members_.RecipientName)
                                       : data / RecipientFolderName(members_.RecipientName);
   }
-  if (making == Making::kMissing) MakeFolder(data / members_.Kind);
+  if (making == Making::kMissing) MakeSubfolder(data / members_.Kind);
   return data / members_.Kind;
 }
 
@@ -393,9 +393,18 @@ bool frmLetter::ChangedByOthers() const {
 bool frmLetter::Save() {
   if (members_.FilePath.empty()) return SaveAs();
   if (ChangedByOthers() && !host_.ConfirmOverwrite(members_.FilePath)) return false;
-  const bool written = WriteLetter();
-  AfterLoadLetter();
-  members_.Changed = !written;
+  return AfterWriting(WriteLetter());
+}
+
+// Of a letter that is not on disk nobody may be told that it is saved, not even for a moment: what
+// is kept of it would be dropped.
+bool frmLetter::AfterWriting(bool written) {
+  if (written) {
+    AfterLoadLetter();
+  } else {
+    members_.Changed = true;
+    UpdateCaption();
+  }
   return written;
 }
 
@@ -427,9 +436,7 @@ bool frmLetter::SaveAs() {
   // Without a file, the next save asks again.
   if (!written) members_.FilePath = path_before;
   host_.RefreshTree();
-  AfterLoadLetter();
-  members_.Changed = !written;
-  return written;
+  return AfterWriting(written);
 }
 
 // A letter that is saved under its own name in another letter case is not to be there twice. Where

@@ -60,7 +60,7 @@ std::vector<PdfResult> WriteGroup(printing::PdfBatch& batch, std::vector<PdfLett
     ForLetter(results[i], [&] {
       if (file == files.end()) throw LetterError(letters[i].title, failure);
       const std::string content = std::move(*file++);
-      MakeFolder(letters[i].target.parent_path());
+      MakeSubfolder(letters[i].target.parent_path());
       results[i].path = WriteUnderFreeName(letters[i].target, content, Durability::kUntilSync);
     });
   }

@@ -9,6 +9,7 @@
 #include "platform/printing/printing.h"
 #include "platform/printing/qt_application.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
 #include "platform/runtime/pdf_target.h"
 #include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
@@ -36,7 +37,10 @@ class PdfFolder : public Destination {
 
   std::filesystem::path SpoolFolder() const override {
     if (!target_.empty()) return FolderOfPdfTarget(target_);
-    if (!data_folder_.empty()) return data_folder_ / "Printed";
+    if (!data_folder_.empty()) {
+      RequireFolder(data_folder_);
+      return data_folder_ / "Printed";
+    }
     throw StandardError(error_number::kPrinterError,
                         std::string(kPdfPrinterName) + " has no folder to write to");
   }

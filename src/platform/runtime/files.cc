@@ -181,6 +181,17 @@ void MakeFolder(const std::filesystem::path& folder) {
       folder.string() + " is a link that another user has made; nothing is written through it");
 }
 
+void RequireFolder(const std::filesystem::path& folder) {
+  std::error_code unknown;
+  if (std::filesystem::is_directory(folder, unknown)) return;
+  throw StandardError(error_number::kPathNotFound, folder.string());
+}
+
+void MakeSubfolder(const std::filesystem::path& folder) {
+  RequireFolder(folder.parent_path());
+  MakeFolder(folder);
+}
+
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to) {
   if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
   if (errno == EEXIST) return false;

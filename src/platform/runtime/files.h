@@ -51,6 +51,13 @@ bool IsForeignLink(const std::filesystem::path& path);
 // for a foreign link in its place.
 void MakeFolder(const std::filesystem::path& folder);
 
+// Raises 76 (Path not found) with the folder's name where it is not there: it may be that of a
+// server which is not connected, and a new one in its place would hide that.
+void RequireFolder(const std::filesystem::path& folder);
+
+// MakeFolder of a folder in one that is there. Raises as RequireFolder does for the latter.
+void MakeSubfolder(const std::filesystem::path& folder);
+
 // Gives a file another name in its file system; false, and nothing changed, where that name is
 // taken. Raises the errors of FileError.
 bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to);

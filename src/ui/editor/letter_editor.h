@@ -43,6 +43,8 @@ class LetterEditor : public QTextEdit {
   void ShowBox() { letter_.ShowBox(); }
   // The letter as it is now is on the disk.
   void MarkSaved() { letter_.MarkSaved(); }
+  // Nor is any state of it that undo or redo may bring back.
+  void MarkUnsaved() { letter_.MarkUnsaved(); }
   // Where the pages after the first begin, as positions in the letter.
   void ShowPageStarts(const std::vector<int>& positions);
   void InsertPageBreak();

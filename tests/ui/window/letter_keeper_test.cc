@@ -118,6 +118,51 @@ TEST_F(LetterKeeperTest, KeepsNothingOfLettersThatWereSavedDeclinedOrUndone) {
   }
 }
 
+// What cannot be written stays changed and kept until it is on the disk, whatever is undone.
+TEST_F(LetterKeeperTest, KeepsALetterWhoseSavingFailed) {
+  const struct {
+    const char* typed;
+    std::function<bool()> save;
+  } cases[] = {
+      {"typed ", [&] { return letters_.Active()->letter().Save(); }},
+      {"", [&] { return letters_.Active()->letter().Save(); }},
+      {"typed ",
+       [&] {
+         platform_.dialogs.WillPress(Answer::kYes);
+         return desk_.CloseAll();
+       }},
+  };
+  for (const auto& c : cases) {
+    OpenAndType(c.typed);
+    EXPECT_TRUE(keeper_->KeepNow());
+    std::filesystem::rename(Data() / "Templates", Data() / "away");
+    EXPECT_FALSE(c.save());
+    LetterWindow& window = *letters_.Active();
+    const auto expect_changed = [&] {
+      QCoreApplication::processEvents();
+      EXPECT_TRUE(InFront().Changed);
+      EXPECT_TRUE(window.isWindowModified());
+      platform_.dialogs.WillPress(Answer::kCancel);
+      EXPECT_FALSE(desk_.CloseAll()) << "it was not asked about";
+    };
+    expect_changed();
+    QTest::keyClicks(&window.editor(), "x");
+    for (int i = 0; i < 5; ++i) {
+      QTest::keyClick(&window.editor(), Qt::Key_Z, Qt::ControlModifier);
+      expect_changed();
+    }
+    EndAbruptlyAndStartAgain();
+    EXPECT_TRUE(Offer([](QWidget& dialog) { Press(dialog, "cmdRecover"); }));
+    std::filesystem::rename(Data() / "away", Data() / "Templates");
+    EXPECT_TRUE(letters_.Active()->letter().Save());
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(letters_.Active()->isWindowModified());
+    EXPECT_TRUE(desk_.CloseAll());
+    EndAbruptlyAndStartAgain();
+    EXPECT_FALSE(Offer([](QWidget&) {}));
+  }
+}
+
 TEST_F(LetterKeeperTest, OffersAgainWhatIsLeftUntilLaterAndDiscardsOnAWordOnly) {
   OpenAndType("typed ");
   EndAbruptlyAndStartAgain();

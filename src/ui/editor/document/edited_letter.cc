@@ -187,6 +187,15 @@ void EditedLetter::MarkSaved() {
   if (!pending_is_saved_) WithoutEdit([&] { control_.document()->setModified(false); });
 }
 
+void EditedLetter::MarkUnsaved() {
+  pending_is_saved_ = false;
+  // Qt forgets the saved state only where the document is in it.
+  WithoutEdit([&] {
+    control_.document()->setModified(false);
+    control_.document()->setModified(true);
+  });
+}
+
 void EditedLetter::ContentsChanged() {
   reading_.reset();
   if (editing_) box_.ViewEdited();

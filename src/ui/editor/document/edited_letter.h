@@ -43,6 +43,8 @@ class EditedLetter : public QObject, private RichTextView {
   void WithoutEdit(const std::function<void()>& change);
   // The letter as it is now is on the disk.
   void MarkSaved();
+  // No state of the letter is known to be there, until the next MarkSaved.
+  void MarkUnsaved();
 
  signals:
   // Undo or redo has brought back the letter as it was last marked as saved.

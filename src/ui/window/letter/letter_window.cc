@@ -109,6 +109,7 @@ void LetterWindow::CloseLetter() {
 }
 
 void LetterWindow::ShowSaveError(const RuntimeError& error) {
+  editor().MarkUnsaved();
   ShowError(session_.platform.dialogs, "frmMain - mnuSave_Click", error);
 }
 
