@@ -68,7 +68,7 @@ GenerationSummary Generation::Resume(const std::filesystem::path& log_path, Resu
 }
 
 GenerationRequest Generation::RequestOf(const std::filesystem::path& log) {
-  return RunLog::RequestOf(log);
+  return RunLog::Contents(log).request;
 }
 
 GenerationSummary GenerateSelection(Session& session, GenerationRequest request,

@@ -51,7 +51,8 @@ bool IsOnDisk(const fs::path& path) {
 }
 
 bool IsAsHeld(const LoggedLetter& letter, const fs::path& file) {
-  const bool unfinished = letter.state == LetterState::kHolding;
+  const bool unfinished =
+      letter.state == LetterState::kSaving || letter.state == LetterState::kHolding;
   const std::string& fingerprints = unfinished ? letter.detail : letter.fingerprint;
   return fingerprints.find(Fingerprint(ReadWholeFile(file))) != std::string::npos;
 }

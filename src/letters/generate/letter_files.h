@@ -14,7 +14,8 @@ namespace tenora {
 // Also a link that leads nowhere. An empty file, which a power cut may leave, is removed.
 bool IsOnDisk(const std::filesystem::path& path);
 
-// Whether the file of a held letter is as the program wrote it.
+// Whether the file of a held letter, or of one that was about to be saved, is as the program wrote
+// it.
 bool IsAsHeld(const LoggedLetter& letter, const std::filesystem::path& file);
 
 class LetterFiles {

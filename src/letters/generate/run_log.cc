@@ -116,12 +116,12 @@ RunLog RunLog::Resume(const fs::path& path, const fs::path& data_folder, const C
   return log;
 }
 
-GenerationRequest RunLog::RequestOf(const fs::path& path) {
+LoggedRun RunLog::Contents(const fs::path& path) {
   const Clock clock;
   RunLog log(Resolved(path), clock);
   log.Open();
   log.Read();
-  return std::move(log.run_.request);
+  return std::move(log.run_);
 }
 
 std::optional<LoggedRun> RunLog::Look(const fs::path& path, const fs::path& data_folder) {

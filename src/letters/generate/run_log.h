@@ -31,8 +31,9 @@ class RunLog {
   // log of another data folder, and for a copy: the letters mailed since would be mailed again.
   static RunLog Resume(const std::filesystem::path& path, const std::filesystem::path& data_folder,
                        const Clock& clock);
-  // What the run of a log was asked, for whoever prepares to resume it. Raises as Resume does.
-  static GenerationRequest RequestOf(const std::filesystem::path& path);
+  // What a log says, in whatever state its run is. Raises 321 as Resume does, and the errors of
+  // FileError.
+  static LoggedRun Contents(const std::filesystem::path& path);
   // What a log says, without taking part in its run; nothing where that is in progress, complete or
   // forgotten, and for another file. Raises what Resume raises.
   static std::optional<LoggedRun> Look(const std::filesystem::path& path,

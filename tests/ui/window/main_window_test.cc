@@ -375,6 +375,19 @@ TEST_F(RentalDataInTheWindow, FindsADatabaseThatTurnsUp) {
   EXPECT_EQ(platform_.dialogs.shown().size(), 1U) << "nothing was tried aloud";
 }
 
+TEST_F(RentalDataInTheWindow, NoLongerSaysThatTheDatabaseIsMissingOnceItIsReadAtF5) {
+  const auto database = platform_.ProgramFolder() / "property.mdb";
+  platform_.InstallSampleDatabase();
+  Load();
+  const auto status = [&] { return window_->statusBar()->currentMessage().toStdString(); };
+  std::filesystem::rename(database, platform_.folder / "away");
+  Trigger("mnuRefresh");
+  EXPECT_THAT(status(), HasSubstr("tenants and owners are missing"));
+  std::filesystem::rename(platform_.folder / "away", database);
+  Trigger("mnuRefresh");
+  EXPECT_THAT(status(), HasSubstr("tenants and owners were read"));
+}
+
 TEST_F(RentalDataInTheWindow, LetsTheUserBrowseForAMissingDatabase) {
   const auto elsewhere = platform_.folder / "server";
   std::filesystem::create_directories(elsewhere / "Templates");

@@ -1,8 +1,11 @@
 #include "ui/window/letter/letter_output.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <vector>
 
+#include "letters/letter_origin.h"
 #include "letters/template_library.h"
 #include "letters/window_print.h"
 #include "output/letter_pdf.h"
@@ -10,6 +13,7 @@
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/safe_file_name.h"
+#include "platform/runtime/text.h"
 #include "ui/window/preview/print_preview.h"
 
 namespace tenora {
@@ -27,6 +31,14 @@ class Copy {
  private:
   frmLetter letter_;
 };
+
+// "Notice" of "Notice(2)", which a file is called where the name was taken.
+std::string WithoutNumber(const std::string& title) {
+  const std::size_t open = title.rfind('(');
+  if (open == std::string::npos || open == 0 || !title.ends_with(')')) return title;
+  const std::string number = title.substr(open + 1, title.size() - open - 2);
+  return !number.empty() && std::ranges::all_of(number, IsDigit) ? title.substr(0, open) : title;
+}
 
 }  // namespace
 
@@ -122,11 +134,44 @@ void LetterOutput::ExportPdf(frmLetter& letter) {
   emit Told(tr("Exported: %1").arg(QString::fromStdString(path->string())));
 }
 
+std::optional<std::string> LetterOutput::Recipient(frmLetter& letter) {
+  LetterMembers& members = letter.members();
+  const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, members.RecipientName);
+  const bool to_person = members.Kind == kTenantLetter || members.Kind == kOwnerLetter;
+  if (namesakes.empty() || !to_person) return members.RecipientName;
+  const auto origin = OriginOf(session_.database.DataFolder(), members.FilePath);
+  const Namesake* to =
+      origin ? FindNamesake(namesakes, origin->letter_kind, origin->recipient.code) : nullptr;
+  if (to == nullptr) {
+    std::vector<std::string> items;
+    std::size_t shown = 0;
+    for (const Namesake& namesake : namesakes) {
+      if (&namesake == FindNamesake(namesakes, members.Kind, members.TenantCode)) {
+        shown = items.size();
+      }
+      items.push_back(namesake.text + ": " +
+                      (namesake.email.empty() ? "no e-mail address" : namesake.email));
+    }
+    const auto chosen = session_.platform.dialogs.Choose(
+        "Several are called " + members.RecipientName +
+            ", and nothing says for which of them this letter was made. E-mail it to",
+        items, shown);
+    if (!chosen) return std::nullopt;
+    to = &namesakes[*chosen];
+  }
+  members.Kind = to->letter_kind;
+  members.TenantCode = to->code;
+  letter.UpdateCaption();
+  return members.RecipientName + " (" + to->text + ")" +
+         (to->email.empty() ? "" : " at " + to->email);
+}
+
 bool LetterOutput::Email(frmLetter& letter) {
   if (!MayLeave(letter, "E-mail it anyway?")) return false;
-  const auto subject = session_.platform.dialogs.AskText(
-      "Subject of the e-mail to " + letter.members().RecipientName, "E-mail this letter",
-      letter.members().LetterTitle);
+  const auto recipient = Recipient(letter);
+  if (!recipient) return false;
+  const auto subject = session_.platform.dialogs.AskText("Subject of the e-mail to " + *recipient,
+                                                         "E-mail this letter", SubjectOf(letter));
   if (!subject) return false;
   const bool attach_pdf =
       session_.settings.GetSettingAs(ToInt32, "Receipt", "PdfAttachment", "0") != 0;
@@ -138,10 +183,24 @@ bool LetterOutput::Email(frmLetter& letter) {
     sent = copy.letter().SendEmail(sender, *subject, attach_pdf);
   });
   if (sent) {
-    emit Told(tr("E-mailed to %1").arg(QString::fromStdString(letter.EmailAddress())));
+    const bool namesakes = *recipient != letter.members().RecipientName;
+    emit Told(tr("E-mailed to %1")
+                  .arg(QString::fromStdString(namesakes ? *recipient : letter.EmailAddress())));
     Note(letter, {Destination::kEmail, letter.EmailAddress()});
   }
   return sent;
+}
+
+// The template's name: the number that tells a file from others of the name is no matter of the
+// recipient.
+std::string LetterOutput::SubjectOf(const frmLetter& letter) {
+  const LetterMembers& members = letter.members();
+  const std::string& title = members.LetterTitle;
+  const std::string name = WithoutNumber(title);
+  if (name == title || members.FilePath.empty()) return title;
+  // A template may have such a name itself.
+  const auto origin = OriginOf(session_.database.DataFolder(), members.FilePath);
+  return origin && origin->template_name == title ? title : name;
 }
 
 void LetterOutput::Preview(frmLetter& letter, QWidget* parent) {

@@ -5,6 +5,8 @@
 
 #include <QObject>
 #include <QWidget>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "letters/frm_letter.h"
@@ -28,7 +30,8 @@ class LetterOutput : public QObject {
   bool Print(frmLetter& letter);
   // Asks for the file.
   void ExportPdf(frmLetter& letter);
-  // Asks for the subject. False when nothing was sent.
+  // Asks for the subject, and where several recipients have the name of the letter's and nothing
+  // says for which of them it was made, for that. False when nothing was sent.
   bool Email(frmLetter& letter);
   // Opens the print preview, laid out for the current printer.
   void Preview(frmLetter& letter, QWidget* parent);
@@ -43,6 +46,11 @@ class LetterOutput : public QObject {
   // False when the user leaves a letter in which something is wrong; `question` is "Print it
   // anyway?" and the like.
   bool MayLeave(const frmLetter& letter, const char* question);
+  // The recipient of an e-mail as it is shown; of several of one name, who the letter then is for.
+  // None when the user cancels.
+  std::optional<std::string> Recipient(frmLetter& letter);
+  // What is offered as an e-mail's subject.
+  std::string SubjectOf(const frmLetter& letter);
   bool PrintOne(printing::Printers& printers, frmLetter& letter);
   // In the run that holds the letter back, so that resuming it does not do so again.
   void Note(const frmLetter& letter, const HandedOver& handed);

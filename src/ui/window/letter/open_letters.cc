@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "letters/letter_origin.h"
 #include "letters/template_library.h"
 #include "output/letter_printing.h"
 #include "platform/dialogs/guard.h"
@@ -37,10 +38,23 @@ void OpenLetters::Open(const TreeModel::Entry& entry) {
     members.LetterTitle = entry.name.toStdString();
     members.RecipientName = entry.recipient;
     members.TenantCode = entry.tenant_code;
-    window->letter().LoadLetter(entry.path, entry.kind);
+    window->letter().LoadLetter(entry.path, KindOfListed(entry, &members.TenantCode));
     RequireShowable(window->letter().rtfLetter, entry.path.string());
     PutOnDesk(std::move(window));
   });
+}
+
+// Recipients of one name share a folder, and the library lists its letters under each of them.
+std::string OpenLetters::KindOfListed(const TreeModel::Entry& entry, std::string* tenant_code) {
+  if (entry.kind != kTenantLetter && entry.kind != kOwnerLetter) return entry.kind;
+  const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, entry.recipient);
+  if (namesakes.empty()) return entry.kind;
+  const auto origin = OriginOf(session_.database.DataFolder(), entry.path);
+  if (!origin) return entry.kind;
+  const Namesake* const own = FindNamesake(namesakes, origin->letter_kind, origin->recipient.code);
+  if (own == nullptr) return entry.kind;
+  *tenant_code = own->code;
+  return own->letter_kind;
 }
 
 void OpenLetters::OpenFile(const std::filesystem::path& path) {

@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "letters/letter_origin.h"
 #include "platform/dialogs/guard.h"
 #include "platform/dialogs/window_size.h"
 #include "platform/runtime/conversion.h"
@@ -256,11 +258,18 @@ void frmMain::ShowLetterState() {
   menus_.ShowLetter(front);
   ShowTitle(front);
   find_panel_->SetLetter(front);
-  status_.Show(front == nullptr ? nullptr : &front->letter().members());
+  const LetterMembers* const letter = front == nullptr ? nullptr : &front->letter().members();
+  status_.Show(letter, letter == nullptr ? std::string() : WhichNamesake(*letter));
   LetterEditor* editor = front == nullptr ? nullptr : &front->editor();
   if (editor_actions_->Editor() == editor) return;
   editor_actions_->SetEditor(editor);
   if (front != nullptr) letters_.MarkCodes(*front);
+}
+
+std::string frmMain::WhichNamesake(const LetterMembers& letter) const {
+  const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, letter.RecipientName);
+  const Namesake* const own = FindNamesake(namesakes, letter.Kind, letter.TenantCode);
+  return own == nullptr ? std::string() : own->text;
 }
 
 void frmMain::ShowTitle(const LetterWindow* front) {

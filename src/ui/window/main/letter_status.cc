@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <string>
 
 #include "letters/template_library.h"
 
@@ -45,14 +46,15 @@ LetterStatus::LetterStatus(QStatusBar& bar, QAction& page_width)
   bar.addPermanentWidget(box);
 }
 
-void LetterStatus::Show(const LetterMembers* letter) {
+void LetterStatus::Show(const LetterMembers* letter, const std::string& which) {
   recipient_->setVisible(letter != nullptr);
   state_->setVisible(letter != nullptr);
   if (letter == nullptr) return;
   state_->setText(letter->FilePath.empty() ? Tr("New")
                   : letter->Changed        ? Tr("Changed")
                                            : Tr("Saved"));
-  recipient_->setText(KindText(*letter));
+  const QString told = QString::fromStdString(which);
+  recipient_->setText(KindText(*letter) + (which.empty() ? told : " (" + told + ")"));
 }
 
 }  // namespace tenora

@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QLabel>
 #include <QStatusBar>
+#include <string>
 
 #include "merge/merge_target.h"
 
@@ -14,8 +15,8 @@ class LetterStatus {
   // `page_width` toggles wrapping at the page width; a check box for it is added to the bar.
   LetterStatus(QStatusBar& bar, QAction& page_width);
 
-  // Null if no letter is open.
-  void Show(const LetterMembers* letter);
+  // Null if no letter is open. `which`: of several recipients of one name, else empty.
+  void Show(const LetterMembers* letter, const std::string& which);
 
  private:
   QLabel* recipient_;

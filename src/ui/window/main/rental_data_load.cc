@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "data/database.h"
 #include "platform/dialogs/guard.h"
@@ -43,6 +44,7 @@ void RentalDataLoad::Load() {
   // The error has been shown; each of the loads below would only fail again.
   WatchForMissing(!database.IsOpen());
   if (!database.IsOpen()) {
+    told_missing_ = true;
     emit Told(
         tr("The rental database could not be read: tenants and owners are "
            "missing."));
@@ -56,6 +58,9 @@ void RentalDataLoad::Load() {
   step([&] { emit CustomFieldsRead(ReadCustomFieldCodes(database)); });
   // A file that was written a moment ago could be written again without a trace.
   if (access::IsSettled(file.state)) loaded_ = file;
+  if (std::exchange(told_missing_, false)) {
+    emit Told(tr("The rental database is there: tenants and owners were read."));
+  }
 }
 
 void RentalDataLoad::LoadIfChanged() {
@@ -124,9 +129,9 @@ void RentalDataLoad::LookForMissing() {
     watcher_.addPath(QString::fromStdString(now->path.string()));
     return;
   }
+  told_missing_ = true;  // perhaps a server's, and not that it is missing
   Load();
   emit Reloaded();
-  emit Told(tr("The rental database is there: tenants and owners were read."));
 }
 
 }  // namespace tenora

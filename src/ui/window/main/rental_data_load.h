@@ -56,6 +56,7 @@ class RentalDataLoad : public QObject {
   QTimer look_{this};
   std::optional<File> seen_;  // when last looked for
   bool held_ = false;
+  bool told_missing_ = false;  // what the status bar may still show
 };
 
 }  // namespace tenora
