@@ -1,11 +1,13 @@
 #include "ui/dialogs/frm_unfinished_runs.h"
 
+#include <QDateTime>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QVBoxLayout>
 
 #include "platform/dialogs/window_size.h"
+#include "ui/dialogs/shown_time.h"
 
 namespace tenora {
 namespace {
@@ -24,10 +26,18 @@ QString DestinationText(Destination destination) {
   return frmUnfinishedRuns::tr("Save only");
 }
 
+// "2026-11-21 09:30:00", as a log has it, in the user's own form.
+QString TimeText(const Locale& locale, const std::string& logged) {
+  const QDateTime time =
+      QDateTime::fromString(QString::fromStdString(logged), QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+  return time.isValid() ? ShownTime(locale, time) : QString::fromStdString(logged);
+}
+
 }  // namespace
 
-frmUnfinishedRuns::frmUnfinishedRuns(const std::vector<UnfinishedRun>& runs, QWidget* parent)
-    : QDialog(parent), runs_(runs), list_(new QTreeWidget) {
+frmUnfinishedRuns::frmUnfinishedRuns(const Locale& locale, const std::vector<UnfinishedRun>& runs,
+                                     QWidget* parent)
+    : QDialog(parent), locale_(locale), runs_(runs), list_(new QTreeWidget) {
   setObjectName("frmUnfinishedRuns");
   setWindowTitle(tr("Unfinished Runs"));
   auto* text = new QLabel(tr(
@@ -91,7 +101,7 @@ void frmUnfinishedRuns::AddRun(const UnfinishedRun& run) {
     return;
   }
   const GenerationSummary& summary = run.summary;
-  QStringList texts{QString::fromStdString(run.started),
+  QStringList texts{TimeText(locale_, run.started),
                     QString::fromStdString(run.request.template_name),
                     DestinationText(run.request.destination)};
   for (const std::size_t count :

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "letters/unfinished_runs.h"
+#include "platform/locale/locale.h"
 
 namespace tenora {
 
@@ -17,8 +18,9 @@ class frmUnfinishedRuns : public QDialog {
  public:
   enum class Choice { kLater, kResume, kLook, kForget };
 
-  // The runs, of which there is at least one, must outlive the dialog.
-  explicit frmUnfinishedRuns(const std::vector<UnfinishedRun>& runs, QWidget* parent = nullptr);
+  // The locale and the runs, of which there is at least one, must outlive the dialog.
+  frmUnfinishedRuns(const Locale& locale, const std::vector<UnfinishedRun>& runs,
+                    QWidget* parent = nullptr);
 
   // Once the dialog is closed.
   Choice choice() const { return choice_; }
@@ -29,6 +31,7 @@ class frmUnfinishedRuns : public QDialog {
   void ShowChosen();
   void Choose(Choice choice);
 
+  const Locale& locale_;
   const std::vector<UnfinishedRun>& runs_;
   Choice choice_ = Choice::kLater;
   QTreeWidget* list_;

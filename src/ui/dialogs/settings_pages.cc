@@ -119,7 +119,6 @@ DatabasePage::DatabasePage(Session& session)
   layout->addWidget(own_);
   auto* own_path = Remark(Shown(own));
   own_path->setIndent(20);
-  own_path->setEnabled(false);
   layout->addWidget(own_path);
   layout->addWidget(networked_);
   layout->addLayout(row);

@@ -153,7 +153,8 @@ TEST_F(DialogsTest, UnfinishedRunsAreShownWithTheirCountsAndChosenByTheirLine) {
   summary.no_address = {Report(3, Result::kNoAddress)};
   summary.in_doubt = {Report(4, Result::kInDoubt)};
   summary.failed = {Report(5, Result::kFailed)};
-  frmUnfinishedRuns dialog(runs);
+  const test::PlainLocale locale;
+  frmUnfinishedRuns dialog(locale, runs);
   dialog.show();
   auto* list = Find<QTreeWidget>(dialog, "lstRuns");
   // A log that cannot be read is not resumed.
@@ -164,7 +165,7 @@ TEST_F(DialogsTest, UnfinishedRunsAreShownWithTheirCountsAndChosenByTheirLine) {
   for (int column = 0; column < list->columnCount(); ++column) {
     shown << list->currentItem()->text(column);
   }
-  EXPECT_EQ(shown, QStringList({"2026-11-21 09:30:00", "Rent review", "E-mail", "33", "20", "9",
+  EXPECT_EQ(shown, QStringList({"21/11/2026 09:30 AM", "Rent review", "E-mail", "33", "20", "9",
                                 "1", "2", "1"}));
   Press(dialog, "cmdResume");
   EXPECT_EQ(dialog.choice(), frmUnfinishedRuns::Choice::kResume);

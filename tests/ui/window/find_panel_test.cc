@@ -70,6 +70,21 @@ TEST_F(FindPanelTest, IsWorkedByKeysAndTellsWhatItDid) {
   letters_.Active()->letter().members().Changed = false;
 }
 
+TEST_F(FindPanelTest, FindsWithEnterAfterAChoice) {
+  OpenLetter("rents, rent, Rent");
+  panel_.Open();
+  Type("txtFind", "rent");
+  auto* words = Find<QCheckBox>("chkWholeWords");
+  QTest::keyClick(words, Qt::Key_Space);
+  QTest::keyClick(words, Qt::Key_Return);
+  EXPECT_EQ(Editor().textCursor().selectionStart(), 7);
+  EXPECT_TRUE(words->isChecked());
+  QTest::keyClick(Find<QCheckBox>("chkMatchCase"), Qt::Key_Return);
+  EXPECT_EQ(Editor().textCursor().selectionStart(), 13);
+  QTest::keyClick(words, Qt::Key_Return, Qt::ShiftModifier);
+  EXPECT_EQ(Editor().textCursor().selectionStart(), 7);
+}
+
 TEST_F(FindPanelTest, BeginsWithTheSelectionAndLooksOnlyThereWhereItIsOfSeveralLines) {
   OpenLetter("one two\\par two three\\par two");
   const auto select = [&](int start, int end) {

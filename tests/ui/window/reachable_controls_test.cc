@@ -279,7 +279,7 @@ TEST_F(ReachableControls, InEveryDialogByNameTabAndMnemonicWithEscapeAndEnter) {
        [&] { Show<frmGenerate>(session_.caches, "Owner Templates", "Statement", dialogs); }},
       {"run report", [&] { Show<frmRunReport>(run.summary, Destination::kEmail); }},
       {"printed run", [&] { Show<frmRunReport>(run.summary, Destination::kPrinter); }},
-      {"unfinished runs", [&] { Show<frmUnfinishedRuns>(runs); }},
+      {"unfinished runs", [&] { Show<frmUnfinishedRuns>(platform_.locale, runs); }},
       {"spelling", [&] { Show<frmSpellCheck>("recieve", *speller, dialogs, nullptr); }},
       {"unsaved letters",
        [&] {

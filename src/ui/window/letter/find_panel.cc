@@ -77,7 +77,8 @@ FindPanel::FindPanel(Dialogs& dialogs, QWidget* parent)
   connect(in_selection_, &QCheckBox::toggled, this, &FindPanel::Limit);
   connect(text_, &QLineEdit::textChanged, this, &FindPanel::ShowWhatApplies);
   for (QWidget* each :
-       std::initializer_list<QWidget*>{text_, with_, next_, previous_, replace_, replace_all_}) {
+       std::initializer_list<QWidget*>{text_, with_, next_, previous_, replace_, replace_all_,
+                                       match_case_, whole_words_, in_selection_}) {
     each->installEventFilter(this);
   }
   ShowWhatApplies();
@@ -170,13 +171,14 @@ void FindPanel::keyPressEvent(QKeyEvent* event) {
   QFrame::keyPressEvent(event);
 }
 
-// Enter does what the line is for, as in a dialog; on a button it presses that.
+// Enter does what the line is for, as in a dialog, and after a choice finds by it; on a button it
+// presses that.
 bool FindPanel::eventFilter(QObject* object, QEvent* event) {
   if (event->type() != QEvent::KeyPress) return QFrame::eventFilter(object, event);
   const auto& key = *static_cast<QKeyEvent*>(event);
   if (key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter) return false;
   const bool back = (key.modifiers() & Qt::ShiftModifier) != 0;
-  if (object == text_) {
+  if (object == text_ || qobject_cast<QCheckBox*>(object) != nullptr) {
     Find(back ? Direction::kBackward : Direction::kForward);
   } else if (object == with_) {
     Replace();

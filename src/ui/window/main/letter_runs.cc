@@ -142,7 +142,7 @@ bool LetterRuns::ShowUnfinished() {
   for (bool shown = false;; shown = true) {
     const std::vector<UnfinishedRun> runs = FindUnfinishedRuns(session_.database.DataFolder());
     if (runs.empty()) return shown;
-    frmUnfinishedRuns dialog(runs, window_);
+    frmUnfinishedRuns dialog(session_.platform.locale, runs, window_);
     dialog.exec();
     switch (dialog.choice()) {
       case Choice::kLater:

@@ -13,6 +13,7 @@
 #include "letters/template_library.h"
 #include "platform/dialogs/window_size.h"
 #include "platform/runtime/error.h"
+#include "ui/dialogs/shown_time.h"
 #include "ui/window/letter/insert_list.h"
 #include "ui/window/letter/showable_letter.h"
 
@@ -43,17 +44,6 @@ QString FileStateOf(const UnsavedLetter& letter) {
   if (!now) return frmUnsavedLetters::tr("no longer there");
   if (letter.saved && *now != *letter.saved) return frmUnsavedLetters::tr("changed since");
   return frmUnsavedLetters::tr("as it was");
-}
-
-QString TimeText(const Locale& locale, Date time) {
-  return Shown(locale.ShortDate(time) + " " + locale.MediumTime(time));
-}
-
-QString SavedTime(const Locale& locale, const std::string& path) {
-  const QDateTime time = QFileInfo(Shown(path)).lastModified();
-  return TimeText(
-      locale, Date::FromCalendar(time.date().year(), time.date().month(), time.date().day(),
-                                 time.time().hour(), time.time().minute(), time.time().second()));
 }
 
 }  // namespace
@@ -115,7 +105,7 @@ QWidget* frmUnsavedLetters::MakeList() {
   for (std::size_t i = 0; i < letters_.size(); ++i) {
     const UnsavedLetter& letter = letters_[i].letter;
     auto* item = new QTreeWidgetItem(list_, {TitleOf(letter), PersonOf(letter),
-                                             TimeText(locale_, letter.kept), FileStateOf(letter)});
+                                             ShownTime(locale_, letter.kept), FileStateOf(letter)});
     item->setData(0, Qt::UserRole, static_cast<qulonglong>(i));
     item->setToolTip(kFile, Shown(letter.path));
   }
@@ -167,7 +157,7 @@ void frmUnsavedLetters::ShowChosen() {
 }
 
 void frmUnsavedLetters::ShowKept(const UnsavedLetter& letter) {
-  kept_.caption->setText(tr("Unsaved, %1").arg(TimeText(locale_, letter.kept)));
+  kept_.caption->setText(tr("Unsaved, %1").arg(ShownTime(locale_, letter.kept)));
   try {
     RichTextBox read;
     read.SetTextRTF(letter.text);
@@ -189,7 +179,8 @@ void frmUnsavedLetters::ShowSaved(const UnsavedLetter& letter) {
       RichTextBox read;
       read.LoadFile(letter.path);
       RequireShowable(read, letter.path);
-      saved_.caption->setText(tr("Saved, %1").arg(SavedTime(locale_, letter.path)));
+      saved_.caption->setText(
+          tr("Saved, %1").arg(ShownTime(locale_, QFileInfo(Shown(letter.path)).lastModified())));
       saved_.box.SetTextRTF(read.TextRTF());
     } catch (const RuntimeError& error) {
       saved_.caption->setText(
