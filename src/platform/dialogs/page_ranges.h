@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -17,6 +18,13 @@ struct PageRange {
 // The ranges between commas; "4-" goes to the end, "-2" begins with the first page. None for a text
 // that is something else or names no page.
 std::optional<std::vector<PageRange>> ParsePageRanges(std::string_view text);
+
+// What is wrong with a text that ParsePageRanges does not take, for the person who typed it; empty
+// for one that it takes.
+std::string PageRangesFault(std::string_view text);
+
+// The text that ParsePageRanges reads as these ranges.
+std::string PageRangesText(const std::vector<PageRange>& ranges);
 
 // True for every page where there is no range.
 bool HoldsPage(const std::vector<PageRange>& ranges, int page);

@@ -1,5 +1,7 @@
 #include "platform/dialogs/print_box.h"
 
+#include <QAccessible>
+#include <QAccessibleEvent>
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -32,6 +34,7 @@ PrintBox::PrintBox(const std::vector<OfferedPrinter>& printers, const PrintChoic
       all_pages_(new QRadioButton(tr("&All"))),
       some_pages_(new QRadioButton(tr("Pa&ges"))),
       pages_(new QLineEdit),
+      pages_fault_(new QLabel),
       copies_(new QSpinBox),
       collate_(new QCheckBox(tr("Whol&e copies"))),
       orientation_(new QComboBox),
@@ -45,11 +48,19 @@ PrintBox::PrintBox(const std::vector<OfferedPrinter>& printers, const PrintChoic
   properties_->setObjectName("cmdProperties");
   properties_->setAutoDefault(false);
   all_pages_->setObjectName("optAllPages");
-  all_pages_->setChecked(true);
   some_pages_->setObjectName("optPages");
   pages_->setObjectName("txtPages");
   pages_->setPlaceholderText(tr("such as 2-3, 5"));
   pages_->setAccessibleName(tr("Pages, such as 2-3, 5"));
+  const bool some_shown = pages_offered_ && !shown.pages->empty();
+  all_pages_->setChecked(!some_shown);
+  if (some_shown) {
+    some_pages_->setChecked(true);
+    pages_->setText(QString::fromStdString(PageRangesText(*shown.pages)));
+  }
+  pages_fault_->setObjectName("lblPagesFault");
+  pages_fault_->setTextFormat(Qt::PlainText);
+  pages_fault_->setWordWrap(true);
   copies_->setObjectName("txtCopies");
   copies_->setRange(1, kMostCopies);
   copies_->setValue(shown.copies);
@@ -106,8 +117,10 @@ void PrintBox::Build() {
   };
   if (pages_offered_) {
     add_row(tr("Print"), {all_pages_, some_pages_, pages_}, all_pages_);
+    form->addRow(QString(), pages_fault_);
   } else {
-    for (QWidget* widget : std::initializer_list<QWidget*>{all_pages_, some_pages_, pages_}) {
+    for (QWidget* widget :
+         std::initializer_list<QWidget*>{all_pages_, some_pages_, pages_, pages_fault_}) {
       widget->setParent(this);
       widget->hide();
     }
@@ -137,11 +150,22 @@ std::optional<std::vector<PageRange>> PrintBox::Pages() const {
 void PrintBox::ShowWhatApplies() {
   const OfferedPrinter* printer = Chosen();
   print_->setEnabled(printer != nullptr && Pages().has_value());
+  ShowPagesFault();
   for (QWidget* box : std::initializer_list<QWidget*>{copies_, collate_, sides_}) {
     box->setEnabled(printer != nullptr && printer->on_paper);
   }
   if (copies_->value() == 1) collate_->setEnabled(false);
   properties_->setEnabled(printer != nullptr && printer->settings != nullptr);
+}
+
+void PrintBox::ShowPagesFault() {
+  const QString fault = some_pages_->isChecked()
+                            ? QString::fromStdString(PageRangesFault(pages_->text().toStdString()))
+                            : QString();
+  if (fault == pages_fault_->text()) return;
+  pages_fault_->setText(fault);
+  QAccessibleEvent told(pages_fault_, QAccessible::Alert);
+  if (!fault.isEmpty()) QAccessible::updateAccessibility(&told);
 }
 
 void PrintBox::ShowSettings() {

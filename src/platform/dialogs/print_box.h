@@ -29,6 +29,8 @@ class PrintBox : public QDialog {
   void ShowWhatApplies();
   // None for a text that names no pages.
   std::optional<std::vector<PageRange>> Pages() const;
+  // Says why what was typed names no pages.
+  void ShowPagesFault();
   void ShowSettings();
 
   const std::vector<OfferedPrinter> printers_;
@@ -39,6 +41,7 @@ class PrintBox : public QDialog {
   QPushButton* properties_;
   QRadioButton *all_pages_, *some_pages_;
   QLineEdit* pages_;
+  QLabel* pages_fault_;
   QSpinBox* copies_;
   QCheckBox* collate_;
   QComboBox *orientation_, *sides_;

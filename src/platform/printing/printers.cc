@@ -241,6 +241,7 @@ class InstalledPrinters : public Printers {
     const std::string current = CurrentName();
     // The number of copies starts at one each time.
     PrintChoice shown = current_ ? current_->SetUpNow() : PrintChoice();
+    if (offer == Offer::kPagesAgain) shown = chosen_;
     std::vector<OfferedPrinter> offered;
     for (const std::string& name : Names()) {
       if (name == current) shown.printer = offered.size();
@@ -249,12 +250,13 @@ class InstalledPrinters : public Printers {
         offered.back().settings = [name] { return SettingsOfCupsQueue(name); };
       }
     }
-    if (offer == Offer::kPages) shown.pages.emplace();
+    if (offer != Offer::kWhole && !shown.pages) shown.pages.emplace();
     const auto chosen = dialogs.ChoosePrinter(offered, shown);
     if (!chosen || chosen->printer >= offered.size()) return false;
     if (!SetCurrent(offered[chosen->printer].name)) return false;
     current_->SetUp(*chosen, SheetOf(offered[chosen->printer].name, chosen->settings));
     some_pages_ = chosen->pages && !chosen->pages->empty();
+    chosen_ = *chosen;
     return true;
   }
 
@@ -292,6 +294,7 @@ class InstalledPrinters : public Printers {
   PrinterOptions options_;
   std::filesystem::path data_folder_;
   std::unique_ptr<Device> current_;
+  PrintChoice chosen_;  // last
   bool some_pages_ = false;
 };
 

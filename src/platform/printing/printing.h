@@ -110,7 +110,8 @@ class Printers {
   // Lets the user choose and set up a printer, which becomes current; false when cancelled. Of one
   // letter the pages of the next job may be chosen; a page that it does not have is no error as
   // long as there is another one, else the job's end raises 482.
-  enum class Offer { kWhole, kPages };
+  // kPagesAgain: as kPages, with what the user chose last.
+  enum class Offer { kWhole, kPages, kPagesAgain };
   virtual bool Choose(Dialogs& dialogs, Offer offer) = 0;
   bool Choose(Dialogs& dialogs) { return Choose(dialogs, Offer::kWhole); }
   // Whether the user chose some of the pages there, and not all.

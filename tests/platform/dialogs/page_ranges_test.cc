@@ -26,6 +26,12 @@ TEST(PageRanges, AreReadAsPeopleWriteThem) {
     EXPECT_EQ(pages, c.pages) << c.text;
   }
   EXPECT_TRUE(HoldsPage({}, 12));
+  EXPECT_EQ(PageRangesText({{2, 3}, {5, 5}, *ParsePageRanges("7-")->begin()}), "2-3, 5, 7-");
+  EXPECT_EQ(PageRangesFault("2-3, 5"), "");
+  EXPECT_EQ(PageRangesFault("1, 3-2"), "\"3-2\" ends before it begins.");
+  EXPECT_EQ(PageRangesFault("0"), "There is no page 0: the first page is 1.");
+  EXPECT_EQ(PageRangesFault("1, a"), "\"a\" is no page. Write pages such as 2-3, 5.");
+  EXPECT_EQ(PageRangesFault(" "), "Write pages such as 2-3, 5.");
 }
 
 }  // namespace

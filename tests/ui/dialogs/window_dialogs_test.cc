@@ -157,6 +157,7 @@ TEST_F(DialogsTest, ThePrintBoxTakesPagesCopiesAndThePrintersOwnSettings) {
     pages->clear();
     QTest::keyClicks(pages, c.typed);
     EXPECT_EQ(print->isEnabled(), c.printable) << c.typed;
+    EXPECT_EQ(Find<QLabel>(box, "lblPagesFault")->text().isEmpty(), c.printable) << c.typed;
   }
   EXPECT_EQ(box.Choice().pages, (std::vector<PageRange>{{2, 3}, {5, 5}}));
   EXPECT_FALSE(Find<QCheckBox>(box, "chkCollate")->isEnabled()) << "one copy";
@@ -172,6 +173,11 @@ TEST_F(DialogsTest, ThePrintBoxTakesPagesCopiesAndThePrintersOwnSettings) {
   EXPECT_FALSE(Find<QPushButton>(box, "cmdProperties")->isEnabled());
   EXPECT_EQ(box.Choice().copies, 1);
   EXPECT_EQ(box.Choice().pages->size(), 2U);
+  shown.pages = {{2, 3}, {5, 5}};
+  PrintBox again(printers, shown, nullptr);
+  EXPECT_EQ(Find<QLineEdit>(again, "txtPages")->text(), "2-3, 5");
+  EXPECT_EQ(again.Choice().pages, shown.pages);
+  EXPECT_FALSE(Find<QRadioButton>(again, "optAllPages")->isChecked());
   shown.pages.reset();
   PrintBox run(printers, shown, nullptr);
   run.show();

@@ -154,6 +154,7 @@ TEST_F(LetterKeeperTest, KeepsALetterWhoseSavingFailed) {
     EndAbruptlyAndStartAgain();
     EXPECT_TRUE(Offer([](QWidget& dialog) { Press(dialog, "cmdRecover"); }));
     std::filesystem::rename(Data() / "away", Data() / "Templates");
+    tree_.RefreshTree();
     EXPECT_TRUE(letters_.Active()->letter().Save());
     QCoreApplication::processEvents();
     EXPECT_FALSE(letters_.Active()->isWindowModified());

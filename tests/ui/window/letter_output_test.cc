@@ -5,6 +5,7 @@
 #include "letters/generation.h"
 #include "letters/template_library.h"
 #include "letters/unfinished_runs.h"
+#include "platform/dialogs/page_ranges.h"
 #include "window_fixture.h"
 
 namespace tenora {
@@ -142,6 +143,76 @@ TEST_F(LetterOutputTest, NotesInItsRunThatAHeldLetterHasLeft) {
       ForgetRun(run.log, platform_.clock);
     }
   }
+}
+
+// T00005 and T00006 are called Tama O'Brien; the latter has no address.
+TEST_F(LetterOutputTest, MailsALetterToTheTenancyThatItWasMadeFor) {
+  SaveTemplate("Notice", "<<Property Address>>");
+  SaveTemplate("Notice(2)", "<<Property Address>>");
+  GenerationRequest request;
+  request.template_kind = kTemplates;
+  request.recipients = {{"Tama O'Brien", "T00005"}, {"Tama O'Brien", "T00006"}};
+  for (const char* name : {"Notice", "Notice(2)"}) {
+    request.template_name = name;
+    GenerationObserver unseen;
+    ASSERT_EQ(GenerateSelection(session_, request, unseen).failed.size(), 0U);
+  }
+  const auto folder = Data() / "Tama O'Brien";
+  WriteWholeFile(folder / "By hand.rtf", "{\\rtf1 x}");
+  tree_.RefreshTree();
+  const struct {
+    const char *file, *opened_under;
+    int chosen;  // -1: nobody is asked for the tenancy
+    const char *code, *asked, *subject;
+  } cases[] = {
+      {"Notice.rtf", "T00006", -1, "T00005", " at tenant5@example.test", "Notice"},
+      {"Notice(1).rtf", "T00005", -1, "T00006", "Tama O'Brien (T00006, ", "Notice"},
+      {"Notice(2).rtf", "T00005", -1, "T00005", "Tama O'Brien (T00005, ", "Notice(2)"},
+      {"By hand.rtf", "T00005", 0, "T00006", "Tama O'Brien (T00006, ", "By hand"},
+      {"By hand.rtf", "T00006", 1, "T00005", " at tenant5@example.test", "By hand"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    ASSERT_TRUE(letters_.OpenListed(folder / c.file, c.opened_under));
+    EXPECT_EQ(InFront().TenantCode, c.chosen < 0 ? c.code : c.opened_under);
+    platform_.dialogs.ForgetShown();
+    if (c.chosen >= 0) platform_.dialogs.WillChoose(static_cast<std::size_t>(c.chosen));
+    platform_.dialogs.WillCancel();
+    EXPECT_FALSE(output_.Email(letters_.Active()->letter()));
+    const auto& shown = platform_.dialogs.shown();
+    ASSERT_EQ(shown.size(), c.chosen < 0 ? 1U : 2U);
+    EXPECT_EQ(InFront().TenantCode, c.code);
+    EXPECT_THAT(shown.back().text, HasSubstr(c.asked));
+    EXPECT_EQ(shown.back().default_answer, c.subject);
+    EXPECT_EQ(shown[0].items.size(), c.chosen < 0 ? 0U : 2U);
+    letters_.Active()->CloseNow();
+    QCoreApplication::processEvents();
+  }
+}
+
+// Answers the print dialog with pages.
+class PagesDialogs : public ScriptedDialogs {
+ public:
+  std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>&,
+                                           const PrintChoice& offered) override {
+    shown.push_back(offered.pages ? PageRangesText(*offered.pages) : "none");
+    PrintChoice choice = offered;
+    choice.pages = ParsePageRanges(shown.size() == 1 ? "9" : "1");
+    return choice;
+  }
+  std::vector<std::string> shown;
+};
+
+TEST_F(LetterOutputTest, AsksAgainForPagesThatTheLetterHas) {
+  PagesDialogs dialogs;
+  const Platform fake = platform_.Parts();
+  Session session(Platform{fake.clock, dialogs, fake.locale, fake.registry, fake.workspace,
+                           fake.program_folder, fake.state_folder});
+  LetterOutput output(session, printers_, letters_, AtOnce);
+  OpenLetter("Dear Mei", "Tenant Letter");
+  EXPECT_TRUE(output.Print(letters_.Active()->letter()));
+  EXPECT_THAT(dialogs.shown, ElementsAre("", "9"));
+  EXPECT_THAT(dialogs.Texts(), ElementsAre(HasSubstr("has 1 page, and none of those")));
 }
 
 }  // namespace

@@ -10,7 +10,9 @@
 #include "letters/window_print.h"
 #include "output/letter_pdf.h"
 #include "output/letter_printing.h"
+#include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
+#include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
@@ -81,10 +83,24 @@ bool LetterOutput::Print(frmLetter& letter) {
 }
 
 bool LetterOutput::PrintOne(printing::Printers& printers, frmLetter& letter) {
-  PrinterMod printer(printers, session_.settings);
-  if (!printer.ChoosePrinter(session_.platform.dialogs, printing::Printers::Offer::kPages)) {
-    return false;
+  auto offer = printing::Printers::Offer::kPages;
+  for (;;) {
+    if (!PrinterMod(printers, session_.settings).ChoosePrinter(session_.platform.dialogs, offer)) {
+      return false;
+    }
+    try {
+      return PrintChosen(printers, letter);
+    } catch (const RuntimeError& error) {
+      // How many pages there are depends on the paper that was chosen.
+      if (error.number() != error_number::kPrinterError || !printers.SomePages()) throw;
+      ShowError(session_.platform.dialogs, "frmLetter - PrintLetter", error);
+      offer = printing::Printers::Offer::kPagesAgain;
+    }
   }
+}
+
+bool LetterOutput::PrintChosen(printing::Printers& printers, frmLetter& letter) {
+  PrinterMod printer(printers, session_.settings);
   letters_.ShowPages();  // the paper may differ
   Copy copy(session_, letter);
   bool printed = false, cancelled = false;

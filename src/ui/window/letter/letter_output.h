@@ -51,7 +51,9 @@ class LetterOutput : public QObject {
   std::optional<std::string> Recipient(frmLetter& letter);
   // What is offered as an e-mail's subject.
   std::string SubjectOf(const frmLetter& letter);
+  // Asks for the printer; again where the letter has none of the pages that were chosen.
   bool PrintOne(printing::Printers& printers, frmLetter& letter);
+  bool PrintChosen(printing::Printers& printers, frmLetter& letter);
   // In the run that holds the letter back, so that resuming it does not do so again.
   void Note(const frmLetter& letter, const HandedOver& handed);
 

@@ -37,8 +37,8 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Opens a file the user chose. Its kind follows from its folder; otherwise the user is asked.
   void OpenFile(const std::filesystem::path& path);
   // Opens a saved letter of a tenant or owner; false if the tree does not list this file. Namesakes
-  // share a folder: the letter is that of the tenancy that it was made for; where nothing says which
-  // that is, of `tenant_code`, or where there is none of the first.
+  // share a folder: the letter is that of the tenancy that it was made for, and where nothing says
+  // which, of `tenant_code`, or where there is none of the first.
   bool OpenListed(const std::filesystem::path& path, const std::string& tenant_code = {});
   // Opens one of recent() again.
   void OpenRecent(const RecentLetter& letter);
