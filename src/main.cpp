@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -78,7 +79,8 @@ int RunPrintCommand(const tenora::CommandLine& line, int& argc, char** argv) {
   });
 }
 
-int RunWindows(const tenora::CommandLine& line, int& argc, char** argv) {
+int RunWindows(const tenora::CommandLine& line, const std::vector<std::filesystem::path>& files,
+               int& argc, char** argv) {
   using namespace tenora;
   const std::string problem = Desktop::DisplayProblem();
   if (!problem.empty()) {
@@ -89,7 +91,7 @@ int RunWindows(const tenora::CommandLine& line, int& argc, char** argv) {
   return WithPlatform(desktop.dialogs(), [&](const Platform& platform) {
     Session session(platform);
     const auto run = [&desktop](const CommandParts& parts) { return desktop.Run(parts); };
-    return Main(CommandParts{line, session, MakePrinters, std::cout, std::cerr, run});
+    return Main(CommandParts{line, session, MakePrinters, std::cout, std::cerr, run, files});
   });
 }
 
@@ -116,8 +118,10 @@ int main(int argc, char** argv) {
     if (!arguments.empty() && tenora::IsOwnCommand(arguments[0])) {
       return tenora::RunOwnCommand(arguments, std::cout, std::cerr);
     }
-    const tenora::CommandLine line = tenora::CommandLine::FromArguments(arguments);
-    if (tenora::IsInteractive(line)) return RunWindows(line, argc, argv);
+    const std::vector<std::filesystem::path> files = tenora::FilesToOpen(arguments);
+    const tenora::CommandLine line =
+        tenora::CommandLine::FromArguments(files.empty() ? arguments : std::vector<std::string>());
+    if (tenora::IsInteractive(line)) return RunWindows(line, files, argc, argv);
     return RunPrintCommand(line, argc, argv);
   } catch (...) {
     std::cerr << tenora::TerminalText(tenora::ErrorText(tenora::CurrentError())) << std::endl;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <system_error>
 
 #include "platform/runtime/text.h"
 
@@ -143,6 +144,21 @@ std::size_t FindOutsideValues(std::string_view line, std::string_view name,
 }
 
 }  // namespace
+
+std::vector<std::filesystem::path> FilesToOpen(const std::vector<std::string>& arguments) {
+  std::vector<std::filesystem::path> files;
+  for (const std::string& argument : arguments) {
+    const std::filesystem::path path(argument);
+    std::error_code unknown;
+    const bool there = std::filesystem::is_regular_file(path, unknown);
+    const bool parameter = argument.find_first_of("=\"") != std::string::npos ||
+                           IsCommandWord(argument.substr(0, argument.find(' ')));
+    const bool named = path.has_extension() && !parameter && !argument.starts_with('-');
+    if (!named && (!there || IsParameter(argument))) return {};
+    files.push_back(std::filesystem::absolute(path, unknown).lexically_normal());
+  }
+  return files;
+}
 
 CommandLine CommandLine::FromArguments(const std::vector<std::string>& arguments) {
   const bool whole_line = arguments.size() == 1 && arguments[0].find('"') == std::string::npos;

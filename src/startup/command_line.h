@@ -1,6 +1,7 @@
 // The command line as the management package writes it, and its named parameters.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,5 +31,9 @@ class CommandLine {
  private:
   std::string text_;
 };
+
+// The files that are to be opened, as absolute paths, where every argument is one: names a file
+// that is there, or has a file name's extension. Empty for the package's command lines.
+std::vector<std::filesystem::path> FilesToOpen(const std::vector<std::string>& arguments);
 
 }  // namespace tenora

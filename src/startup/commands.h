@@ -1,9 +1,11 @@
 // What the commands, and the windows, are started with.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <iosfwd>
 #include <memory>
+#include <vector>
 
 #include "platform/printing/printing.h"
 #include "rental/session.h"
@@ -23,6 +25,8 @@ struct CommandParts {
   // The interactive start: runs until the main window is closed and gives the exit status. Empty
   // where there is no display.
   std::function<int(const CommandParts& parts)> show_main_window = {};
+  // What the main window opens first.
+  std::vector<std::filesystem::path> files = {};
 };
 
 }  // namespace tenora

@@ -96,6 +96,9 @@ CLI::App* AddImport(CLI::App* app, ImportRequest* request) {
 
 const std::vector<HelpSection>& HelpSections() {
   static const std::vector<HelpSection> kSections{
+      {"Window",
+       "Without a command the window is shown.",
+       {{"FILE...", "opens these letters (.rtf, .txt), and offers other documents for import."}}},
       {"Command words",
        "The management package's, each parameter as NAME=\"value\". Typed in a shell, the inner "
        "quotes may be left out: PRINTRECEIPT=T00001 FORMAT=\"Rent review\"",

@@ -118,5 +118,23 @@ TEST(CommandLine, FindsACommandWordAnywhereInAnyCase) {
   EXPECT_FALSE(CommandLine("PRINT RECEIPT").Contains("PRINTRECEIPT"));
 }
 
+TEST(FilesToOpen, AreThoseOfALineOfNothingElse) {
+  const std::filesystem::path here = std::filesystem::current_path();
+  const struct {
+    std::vector<std::string> arguments;
+    std::vector<std::filesystem::path> files;
+  } cases[] = {
+      {{}, {}},
+      {{"Rent review.rtf"}, {here / "Rent review.rtf"}},
+      {{"/srv/x/../a.rtf", "b.docx"}, {"/srv/a.rtf", here / "b.docx"}},
+      {{"/NewFormsInstalled"}, {}},
+      {{"--all.rtf"}, {}},
+      {{"PRINTRECEIPT=T00001", "FORMAT=Rent", "review.rtf"}, {}},
+      {{"PRINTRECEIPT=\"T00001\" FORMAT=\"a.rtf\""}, {}},
+      {{"PRINTRECEIPT", "a.rtf"}, {}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(FilesToOpen(c.arguments), c.files);
+}
+
 }  // namespace
 }  // namespace tenora

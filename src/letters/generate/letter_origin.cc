@@ -18,8 +18,7 @@ bool Made(const LoggedLetter& letter, const fs::path& data_folder, const fs::pat
   if (letter.file.empty() || data_folder / letter.file != file) return false;
   if (letter.state == LetterState::kWaiting || letter.state == LetterState::kFailed) return false;
   // A run that was cut short here may have left the name to another one.
-  const bool taking =
-      letter.state == LetterState::kSaving || letter.state == LetterState::kHolding;
+  const bool taking = letter.state == LetterState::kSaving || letter.state == LetterState::kHolding;
   return !taking || IsAsHeld(letter, file);
 }
 

@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
 #include <QDialog>
+#include <QDockWidget>
+#include <QLabel>
+#include <QListWidget>
+#include <QStatusBar>
 #include <QTabBar>
 #include <QTest>
 #include <QTimer>
@@ -164,6 +168,55 @@ TEST_F(MainWindow, NamesTheLetterAndThePersonInItsTitleAndTheTab) {
   window_->desk().CloseAll();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_EQ(window_->windowTitle() + " - ", program.mid(3) + " - ");
+}
+
+TEST_F(MainWindow, OpensTheFilesOfItsCommandLine) {
+  const auto folder = platform_.ProgramFolder() / "Templates";
+  std::filesystem::create_directories(folder);
+  WriteWholeFile(folder / "Notice.rtf", "{\\rtf1 x}");
+  session_.settings.SaveSettingText("Mail", "FormsAtStartup", "0");
+  Load();
+  platform_.dialogs.ForgetShown();
+  parts_->files = {folder / "Notice.rtf", folder / "None.rtf"};
+  window_ = std::make_unique<frmMain>(*parts_);
+  window_->show();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return window_->desk().Active() != nullptr; }));
+  EXPECT_EQ(window_->desk().Active()->letter().members().FilePath, folder / "Notice.rtf");
+  EXPECT_THAT(platform_.dialogs.Texts().front(), HasSubstr("53 - File not found: "));
+  EXPECT_THAT(platform_.dialogs.Texts().front(), HasSubstr("None.rtf"));
+}
+
+TEST_F(MainWindow, ShowsTheCheckOfTheLetterInFrontAndNoOther) {
+  const auto folder = platform_.ProgramFolder() / "Templates";
+  std::filesystem::create_directories(folder);
+  WriteWholeFile(folder / "Wrong.rtf", "{\\rtf1 <<Tenant Nmae>>}");
+  WriteWholeFile(folder / "Other.rtf", "{\\rtf1 x}");
+  Load();
+  window_->show();
+  const auto open = [&](const char* key) {
+    TreeModel& model = window_->tree().model();
+    window_->letters().Open(*model.EntryAt(model.IndexOfKey(key)));
+    QCoreApplication::processEvents();
+  };
+  auto* panel = window_->findChild<QDockWidget*>("dckTemplateCheck");
+  auto* list = window_->findChild<QListWidget*>("lstFindings");
+  const auto said = [&] {
+    return panel->windowTitle().toStdString() + "|" + list->item(0)->text().toStdString();
+  };
+  open("Templates/Wrong");
+  Trigger("mnuCheckTemplate");
+  EXPECT_THAT(said(), HasSubstr("Wrong"));
+  EXPECT_THAT(said(), HasSubstr("<<Tenant Nmae>>"));
+  open("Templates/Other");
+  EXPECT_THAT(said(), HasSubstr("Other"));
+  EXPECT_THAT(said(), HasSubstr("has not been checked"));
+  open("Templates/Wrong");
+  EXPECT_THAT(said(), HasSubstr("<<Tenant Nmae>>"));
+  window_->desk().Active()->CloseNow();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return window_->desk().Letters().size() == 1; }));
+  EXPECT_THAT(said(), HasSubstr("has not been checked"));
+  window_->desk().Active()->CloseNow();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !panel->isVisible(); }));
 }
 
 TEST_F(MainWindow, OffersTheFilesOpenedLastAndGreysThoseThatAreGone) {
@@ -398,6 +451,19 @@ TEST_F(RentalDataInTheWindow, LetsTheUserBrowseForAMissingDatabase) {
   EXPECT_GT(Tenants(), 0);
   EXPECT_TRUE(window_->tree().model().IndexOfKey("Templates/Notice").isValid());
   EXPECT_EQ(session_.database.Location(), elsewhere / "property.mdb");
+}
+
+TEST_F(RentalDataInTheWindow, TellsWhichOfSeveralTenanciesOfANameALetterIsFor) {
+  platform_.InstallSampleDatabase();
+  const auto folder = platform_.ProgramFolder() / "Tama O'Brien";
+  std::filesystem::create_directories(folder);
+  WriteWholeFile(folder / "Notice.rtf", "{\\rtf1 x}");
+  Load();
+  ASSERT_TRUE(window_->letters().OpenListed(folder / "Notice.rtf", "T00006"));
+  QCoreApplication::processEvents();
+  const std::string told = window_->findChild<QLabel*>("lblRecipient")->text().toStdString();
+  EXPECT_THAT(told, HasSubstr("Letter to tenant Tama O'Brien (T00006, "));
+  EXPECT_THAT(told, HasSubstr(", closed)"));
 }
 
 TEST_F(RentalDataInTheWindow, ReadsTenantsAgainAtF5AndBeforeLettersWhenTheFileHasChanged) {

@@ -1,9 +1,11 @@
-// The findings of the template check, below the letters; choosing one selects its code.
+// The findings of the template check of the letter in front, below the letters; choosing one
+// selects its code.
 #pragma once
 
 #include <QDockWidget>
 #include <QListWidget>
 #include <QPointer>
+#include <map>
 #include <vector>
 
 #include "letters/template_lint.h"
@@ -20,14 +22,23 @@ class LintPanel : public QDockWidget {
   // Checks the letter as a template of its kind and shows the findings. `today` is the base of
   // future dates.
   void Check(LetterWindow& letter, Date today, const CustomFieldCodes& custom_fields);
+  // The letter in front, null if none is open: shows what its last check found, or says that there
+  // was none.
+  void SetLetter(LetterWindow* letter);
 
  private:
-  void Show(LetterWindow& letter, const std::vector<TemplateFinding>& findings);
+  struct Checked {
+    std::vector<TemplateFinding> findings;
+    bool has_codes = false;
+  };
+
+  void Show();
+  void ShowName();
   void Select(int row);
 
   QListWidget* list_;
   QPointer<LetterWindow> letter_;
-  std::vector<TemplateFinding> findings_;
+  std::map<const QObject*, Checked> checked_;  // those that are open
 };
 
 }  // namespace tenora

@@ -3,12 +3,15 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDropEvent>
+#include <QFile>
 #include <QFontDatabase>
 #include <QMimeData>
 #include <QStatusBar>
 #include <QVBoxLayout>
 #include <cstdint>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -16,6 +19,7 @@
 #include "platform/dialogs/guard.h"
 #include "platform/dialogs/window_size.h"
 #include "platform/runtime/conversion.h"
+#include "platform/runtime/error.h"
 #include "ui/window/appearance/icons.h"
 #include "ui/window/help/frm_forms.h"
 
@@ -221,6 +225,7 @@ void frmMain::showEvent(QShowEvent* event) {
 void frmMain::FirstDisplay() {
   layout_.RestoreTree();
   keeper_.OfferLeft(this);
+  OpenNamedFiles();
   if (parts_.command_line.Contains("/NewFormsInstalled")) {
     session_.platform.dialogs.Say(
         "New template forms have been installed.  They are available on the left side of the "
@@ -228,6 +233,20 @@ void frmMain::FirstDisplay() {
   }
   if (frmForms::WantedAtStartup(session_.settings)) help_.ShowForms();
   runs_.ShowUnfinished();
+}
+
+void frmMain::OpenNamedFiles() {
+  QStringList files;
+  for (const std::filesystem::path& file : parts_.files) {
+    std::error_code unknown;
+    if (std::filesystem::exists(file, unknown)) {
+      files << QFile::decodeName(file.c_str());
+    } else {
+      Guard("OpenNamedFiles",
+            [&] { throw StandardError(error_number::kFileNotFound, file.string()); });
+    }
+  }
+  if (!files.isEmpty()) given_files_.Take(files);
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
@@ -258,6 +277,7 @@ void frmMain::ShowLetterState() {
   menus_.ShowLetter(front);
   ShowTitle(front);
   find_panel_->SetLetter(front);
+  lint_panel_->SetLetter(front);
   const LetterMembers* const letter = front == nullptr ? nullptr : &front->letter().members();
   status_.Show(letter, letter == nullptr ? std::string() : WhichNamesake(*letter));
   LetterEditor* editor = front == nullptr ? nullptr : &front->editor();

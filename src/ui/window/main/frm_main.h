@@ -65,6 +65,8 @@ class frmMain : public QMainWindow {
   void LoadPageWidth();
   void LoadFonts();
   void FirstDisplay();
+  // Those of the command line.
+  void OpenNamedFiles();
   // Updates everything that depends on the letter in front and its state.
   void ShowLetterState();
   // What tells the letter's recipient from others of the name; empty where there are none.
