@@ -56,25 +56,25 @@ ALIKE = 0.85
 INK = 208                 # greys darker than this are ink
 FORMAT = 5                # of our kept figures; raised when they would come out differently
 # Both sides have these fonts only: which font stands in for a missing one is not what is compared.
-# The fonts that LibreOffice finds no stand-in for get the one that ours take.
+# LibreOffice takes Liberation Sans for all others, also for those with serifs or of one width.
+SERIF = ("Book Antiqua", "Bookman", "Bookman Old Style", "Cambria", "Century", "Century Schoolbook",
+         "Constantia", "Garamond", "Georgia", "Palatino", "Palatino Linotype", "Tms Rmn")
+ONE_WIDTH = ("Andale Mono", "Consolas", "Lucida Console", "Menlo", "Monaco")
+ALIAS = """  <alias binding="same">
+    <family>{}</family><prefer><family>{}</family></prefer>
+  </alias>
+"""
 FONT_FOLDER = "/usr/share/fonts/truetype/liberation"
 FONTS = """<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "fonts.dtd">
 <fontconfig>
   <dir>{folder}</dir>
-  <alias binding="same">
-    <family>Cambria</family><prefer><family>Liberation Serif</family></prefer>
-  </alias>
-  <alias binding="same">
-    <family>Georgia</family><prefer><family>Liberation Serif</family></prefer>
-  </alias>
-  <alias binding="same">
-    <family>Consolas</family><prefer><family>Liberation Mono</family></prefer>
-  </alias>
-  <include ignore_missing="yes">/etc/fonts/conf.d</include>
+{aliases}  <include ignore_missing="yes">/etc/fonts/conf.d</include>
   <cachedir>{cache}</cachedir>
 </fontconfig>
 """
+ALIASES = ("".join(ALIAS.format(name, "Liberation Serif") for name in SERIF) +
+           "".join(ALIAS.format(name, "Liberation Mono") for name in ONE_WIDTH))
 WRITERS = ("Word", "WordPad", "others")
 
 
@@ -145,8 +145,8 @@ class Office:
 
     def __init__(self, cache, scratch, environment):
         # Other fonts make other pages.
-        fonts = hashlib.sha256(FONTS.encode()).hexdigest()[:8]
-        self.folder = cache / f"office-{fonts}"
+        self.fonts = hashlib.sha256((FONTS + ALIASES).encode()).hexdigest()[:8]
+        self.folder = cache / f"office-{self.fonts}"
         self.folder.mkdir(parents=True, exist_ok=True)
         self.scratch = scratch
         self.environment = environment
@@ -452,14 +452,15 @@ class Comparison:
         self.program = program
         self.scratch = scratch
         fonts = scratch / "fonts.conf"
-        fonts.write_text(FONTS.format(folder=FONT_FOLDER, cache=scratch / "fonts"))
+        fonts.write_text(FONTS.format(folder=FONT_FOLDER, aliases=ALIASES,
+                                      cache=scratch / "fonts"))
         self.environment = {**os.environ, "TENORA_SETTINGS": str(scratch / "settings"),
                             "QT_QPA_PLATFORM": "offscreen", "LC_CTYPE": "C.UTF-8",
                             "FONTCONFIG_FILE": str(fonts)}
         self.environment.pop("LC_ALL", None)
         self.office = Office(cache, scratch, self.environment)
         stamp = hashlib.sha256(program.read_bytes()).hexdigest()[:16]
-        self.figures = cache / f"ours-{FORMAT}-{stamp}"
+        self.figures = cache / f"ours-{FORMAT}-{self.office.fonts}-{stamp}"
         self.figures.mkdir(parents=True, exist_ok=True)
 
     def letter(self, path, checksum):

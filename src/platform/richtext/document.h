@@ -135,6 +135,9 @@ struct ShapeBox {
   bool behind = false;      // the text
   bool in_line = false;     // it stands in its line as a letter does
   int layer = 0;            // what is in a higher one covers what is in a lower
+  // Other than 0: its size is this part of the paper, or of what is between the margins.
+  double width_share = 0, height_share = 0;
+  From width_of = From::kPage, height_of = From::kPage;
 };
 
 // Where the frame is that a paragraph stands in, or a table that floats, twips. Paragraphs of the
@@ -185,6 +188,12 @@ struct Picture {
     auto operator<=>(const Crop&) const = default;
   };
   Crop crop;
+  // A rule that word processors put across the page: in the middle of a line of text.
+  struct Across {
+    double share = 1;  // of the text's width; 0: as wide as the picture
+    Alignment alignment = Alignment::kCentre;
+  };
+  std::optional<Across> across;
   std::string bytes;  // decoded; without the file header for kDib and kWmf, as RTF holds them
   std::string source;
 };
@@ -327,7 +336,8 @@ struct Figure {
   Padding inset{0, 0, 0, 0};  // between the edges and the text
   std::shared_ptr<const Picture> picture;
   std::vector<Block> blocks;  // of a text box; its height grows with them
-  bool fits_text = false;     // its height also shrinks with them
+  Cell::Direction direction = Cell::Direction::kAcross;  // of their lines
+  bool fits_text = false;                                // its height also shrinks with them
 };
 
 // A group of the head that is carried through verbatim: a header or footer, document variables,

@@ -307,9 +307,11 @@ TEST_F(Paragraphs, ShowTheTextOfEveryCharacterFormat) {
   EXPECT_THAT(fonts, Not(testing::ContainsRegex("Identity-H +no"))) << "all are embedded";
 }
 
-// The first row of the first page, in points, that is not white.
-int FirstInk(const Paper& paper) {
-  const std::string image = Poppler({"pdftoppm", "-r", "72", "-gray", paper.file.string()});
+// The first row of the page, in points, that is not white.
+int FirstInk(const Paper& paper, int page = 1) {
+  const std::string number = std::to_string(page);
+  const std::string image =
+      Poppler({"pdftoppm", "-r", "72", "-gray", "-f", number, "-l", number, paper.file.string()});
   // A line each: the kind, width and height, the greatest value; then a byte for each point.
   const int width = std::atoi(image.substr(3, 8).c_str());
   const std::size_t start = image.find("\n255\n") + 5;
@@ -402,6 +404,26 @@ TEST_F(Paragraphs, MakeRoomForTheirBorders) {
     EXPECT_THAT(found[2] - plain[2] - c.above - c.between, DoubleNear(c.below, kNear)) << c.name;
     EXPECT_THAT(paper.Find("one").left, DoubleNear(kInch, kNear)) << "outside of the text";
   }
+}
+
+TEST_F(Paragraphs, CloseTheirFrameWhereAPageEnds) {
+  ParagraphFormat framed;
+  framed.top = framed.bottom = {true, 20, 0, 100};
+  const std::vector<richtext::Block> lines(80, Line("text", framed));
+  const Paper paper = Print(DocumentOf(lines), folder_);
+  ASSERT_GT(paper.Pages(), 1);
+  EXPECT_NEAR(FirstInk(paper, 2), (kInch - 120) / 20, 1);
+}
+
+TEST_F(Paragraphs, SpreadTheirWordsWhereTheyAreDistributed) {
+  ParagraphFormat format;
+  format.alignment = richtext::Alignment::kDistributed;
+  const Paper paper = PrintLines({Line("one two three", format), Line("alone", format)});
+  EXPECT_THAT(paper.Find("one").left, DoubleNear(kInch, kNear));
+  EXPECT_THAT(paper.Find("three").right, DoubleNear(kInch + kTextWidth, kNear));
+  EXPECT_THAT(paper.Find("two").left - paper.Find("one").right,
+              DoubleNear(paper.Find("three").left - paper.Find("two").right, kNear));
+  EXPECT_THAT(paper.Find("alone").left, DoubleNear(kInch, kNear));
 }
 
 TEST_F(Paragraphs, KernPairsFromTheSizeThatTheLetterSays) {

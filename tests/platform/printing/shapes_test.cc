@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <sstream>
 #include <string>
+#include <string_view>
 
 #include "platform/printing/not_on_paper.h"
 #include "platform/printing/paper.h"
@@ -39,6 +42,10 @@ TEST(Shapes, StandInTheirPlace) {
   } cases[] = {
       {Box(std::string(kAtColumn) + "\\shpwr3") + "text\\par", kInch + 144, kInch + 72},
       {Box(std::string(kAtPage) + "\\shpwr3") + "text\\par", 5144, 6072},
+      {Box(std::string(kAtPage) + "{\\sp{\\sn txflTextFlow}{\\sv 1}}") + "text\\par",
+       8000 - 144 - 276, 6072},
+      {Box(std::string(kAtPage) + "{\\sp{\\sn txflTextFlow}{\\sv 2}}") + "text\\par", 5144,
+       7000 - 72 - 600},
       {Box(kAtPage + centred) + "text\\par", (kPageWidth - 3000) / 2 + 144, 6072},
       {"above\\par below" + Box(std::string(kAtColumn) + "\\shpwr3") + "\\par", kInch + 144,
        kInch + 72 + 230},
@@ -79,6 +86,12 @@ TEST(Shapes, LeaveTheTextRoom) {
       {Box(std::string(kAtColumn) + "\\shpwr1", grown) + "text\\par", 10 * 276 + 144, 0},
       {Box(std::string(kAtColumn) + "\\shpwr1{\\sp{\\sn fFitShapeToText}{\\sv 1}}") + "text\\par",
        276 + 144, 0},
+      {Box(std::string(kAtColumn) +
+           "\\shpwr1{\\sp{\\sn pctVert}{\\sv 200}}{\\sp{\\sn sizerelv}{\\sv 0}}") +
+           "text\\par",
+       kTextHeight * 0.2, 0},
+      {Box(std::string(kAtColumn) + "\\shpwr2{\\sp{\\sn pctHoriz}{\\sv 400}}") + "text\\par", 0,
+       kPageWidth * 0.4 + 115},
       {Box(std::string(kAtColumn) + "\\shpwr2") + "text\\par", 0, 3115},
       {Box(std::string(kAtColumn) + "\\shpwr2") + "\\par\\par text\\par", 460, 3115},
       {Box(right) + "text\\par", 0, 0},
@@ -92,6 +105,63 @@ TEST(Shapes, LeaveTheTextRoom) {
     const Word word = PrintSource(c.source, folder).Find("text");
     EXPECT_NEAR(word.top - kInch, c.top, 60) << c.source;
     EXPECT_NEAR(word.left - kInch, c.left, 250) << c.source;
+  }
+}
+
+struct Rule {
+  double left = 0, right = 0, top = 0, height = 0;  // twips
+};
+
+// The longest line across the first page.
+Rule FindRule(const Paper& paper) {
+  constexpr double kTwipsPerPixel = 10;
+  const std::string image = Poppler({"pdftoppm", "-r", "144", "-gray", paper.file.string()});
+  std::istringstream head(image);
+  std::string kind;
+  std::size_t width = 0, height = 0, white = 0;
+  head >> kind >> width >> height >> white;
+  const std::size_t start = image.size() - width * height;
+  Rule rule;
+  for (std::size_t y = 0; y < height; ++y) {
+    const std::string_view row = std::string_view(image).substr(start + y * width, width);
+    const auto is_ink = [](char grey) { return static_cast<unsigned char>(grey) < 128; };
+    const auto first = std::ranges::find_if(row, is_ink);
+    const auto end = std::ranges::find_if_not(first, row.end(), is_ink);
+    const double left = double(first - row.begin()) * kTwipsPerPixel;
+    const double right = double(end - row.begin()) * kTwipsPerPixel;
+    if (right - left > rule.right - rule.left) rule = {left, right, double(y) * kTwipsPerPixel, 0};
+    if (right - left == rule.right - rule.left) rule.height += kTwipsPerPixel;
+  }
+  return rule;
+}
+
+// Whatever width the picture had when it was saved.
+TEST(Rules, StandInALineOfTextAsWideAsTheyAreSet) {
+  const auto rule = [](const std::string& properties) {
+    return "text\\par{\\pict{\\*\\picprop" + properties +
+           "}\\picwgoal3000\\pichgoal40\\dibitmap 2800000001000000010000000100180000000000"
+           "040000000000000000000000000000000000000000000000}\\par below\\par";
+  };
+  const std::string across = "{\\sp{\\sn fHorizRule}{\\sv 1}}";
+  const struct {
+    std::string properties;
+    double left, width, middle;  // from the margins
+    double below;                // the text that follows
+  } cases[] = {
+      {"", 0, 3000, 250, 270},
+      {across, 0, kTextWidth, 345, 460},
+      {across + "{\\sp{\\sn pctHR}{\\sv 500}}", kTextWidth / 4.0, kTextWidth / 2.0, 345, 460},
+      {across + "{\\sp{\\sn pctHR}{\\sv 0}}{\\sp{\\sn alignHR}{\\sv 2}}", kTextWidth - 3000.0, 3000,
+       345, 460},
+  };
+  const ScratchFolder folder;
+  for (const auto& c : cases) {
+    const Paper paper = PrintSource(rule(c.properties), folder);
+    const Rule found = FindRule(paper);
+    EXPECT_NEAR(found.left - kInch, c.left, 20) << c.properties;
+    EXPECT_NEAR(found.right - found.left, c.width, 20) << c.properties;
+    EXPECT_NEAR(found.top + found.height / 2 - kInch, c.middle, 20) << c.properties;
+    EXPECT_NEAR(paper.Find("below").top - kInch, c.below, 20) << c.properties;
   }
 }
 

@@ -185,6 +185,7 @@ TEST(RtfReader, ShowsFormFields) {
   EXPECT_EQ(shown(list + "\\ffres7{\\*\\ffl one}}}"), "");
   EXPECT_EQ(shown(" " + list + "\\ffres0{\\*\\ffl one}}}"), "one");
   EXPECT_EQ(shown("MACROBUTTON NoMacro [Click here]"), "[Click here]");
+  EXPECT_EQ(shown("MACROBUTTON MTPlaceRef \\\\* MERGEFORMAT (1)"), "(1)");
   EXPECT_EQ(shown("GOTOBUTTON _Toc1 {\\field{\\*\\fldinst PAGEREF _Toc1}{\\fldrslt 3}}"), "3");
 }
 

@@ -277,6 +277,21 @@ std::vector<TextRange> PageColumns::Ranges() const {
   return ranges;
 }
 
+// Strips without height, which hold frames, are no ends.
+void PageColumns::SetEnds() const {
+  const Placed* before = nullptr;
+  bool begins = true;
+  for (const Placed& placed : placed_) {
+    if (placed.strip->height <= 0) continue;
+    const bool goes_on = before != nullptr && before->corner.x() == placed.corner.x() &&
+                         before->corner.y() < placed.corner.y();
+    if (before != nullptr) before->strip->SetEnds(begins, !goes_on);
+    begins = !goes_on;
+    before = &placed;
+  }
+  if (before != nullptr) before->strip->SetEnds(begins, true);
+}
+
 void PageColumns::Draw(QPainter& painter) const {
   std::vector<PlacedFloating> floating;
   for (const Placed& placed : placed_) placed.strip->CollectFloating(placed.corner, &floating);
@@ -287,6 +302,7 @@ void PageColumns::Draw(QPainter& painter) const {
     }
   };
   draw_floating(true);
+  SetEnds();
   for (const Placed& placed : placed_) {
     if (placed.scale == 1) {
       placed.strip->Draw(painter, placed.corner);

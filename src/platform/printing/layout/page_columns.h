@@ -107,6 +107,8 @@ class PageColumns {
   bool TextMadeRoom() const;
   double Top(const Strip& strip) const;
   QPointF Corner(double y) const;
+  // Tells the strips which of them begin and end columns.
+  void SetEnds() const;
   // How many columns the strips take when none is longer; places them if wanted.
   std::size_t Distribute(double height, bool place);
 

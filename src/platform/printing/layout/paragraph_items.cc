@@ -13,8 +13,8 @@
 namespace tenora::printing {
 namespace {
 
+using richtext::Alignment;
 using richtext::CharFormat;
-using richtext::IsJustified;
 
 // Combining marks and right-to-left text, whose brackets are mirrored, need shaping. Other text is
 // laid out faster without it.
@@ -49,6 +49,24 @@ qsizetype PartOf(QStringView text, qsizetype open) {
   if (blank >= 0) return blank + 1;
   const qsizetype part = solid ? wanted : near.size();
   return part < text.size() && text[part].isLowSurrogate() ? part + 1 : part;
+}
+
+// Gives a rule the room of a text line above its baseline and in its whole width. The rule is in
+// the middle of the line.
+void PutAcross(const richtext::Picture::Across& across, double width, const FontUse& use,
+               PlacedPicture* rule) {
+  if (across.share > 0) rule->width = std::max(across.share * width, 1.0);
+  const double above = (use.ascent + use.descent + use.leading - rule->height) / 2;
+  const double beside = width - rule->width;
+  const double start = across.alignment == Alignment::kLeft    ? 0
+                       : across.alignment == Alignment::kRight ? beside
+                                                               : beside / 2;
+  rule->crop.left = -start / rule->width;
+  rule->crop.right = -(beside - start) / rule->width;
+  rule->crop.top = -above / rule->height;
+  rule->crop.bottom = -(use.ascent - above - rule->height) / rule->height;
+  rule->width = width;
+  rule->height = use.ascent;
 }
 
 class ItemCollector {
@@ -156,9 +174,12 @@ void ItemCollector::CollectRun(const richtext::Run& run) {
   }
   if (picture && !run.format.hidden) {
     CloseText();
-    items_.emplace_back(PictureItem{
-        context_.pictures.Place(*picture, place_.right - place_.left, context_.page_height),
-        position_});
+    const double width = place_.right - place_.left;
+    PlacedPicture placed = context_.pictures.Place(*picture, width, context_.page_height);
+    const FontUse& use = context_.fonts->Use(paragraph_.mark);
+    const bool across = picture->across && placed.height < use.ascent - use.descent - use.leading;
+    if (across) PutAcross(*picture->across, width, use, &placed);
+    items_.emplace_back(PictureItem{std::move(placed), position_, across});
   }
   ++position_;
 }
@@ -251,13 +272,17 @@ void ItemCollector::AppendFragment(const CharFormat& format, const QString& text
       open_text_.clear();
     }
     const QStringView rest = QStringView(text).mid(start);
-    const qsizetype part = one_position ? rest.size() : PartOf(rest, open_text_.size());
+    qsizetype part = one_position ? rest.size() : PartOf(rest, open_text_.size());
+    // Each word by itself, to be set apart from the others.
+    const bool words = format_.alignment == Alignment::kDistributed && !one_position;
+    const qsizetype blank = words ? rest.indexOf(QLatin1Char(' ')) : -1;
+    if (blank >= 0) part = std::min(part, blank + 1);
     open_->fragments.push_back({int(open_text_.size()), int(part),
                                 one_position ? position : position + int(start), small,
                                 one_position, &format});
     open_text_ += rest.first(part);
     start += part;
-    if (LongEnough()) CloseText();
+    if (blank >= 0 || LongEnough()) CloseText();
   }
 }
 
@@ -295,7 +320,8 @@ void ItemCollector::CloseText() {
     layout.setFormats(ranges);
   }
   QTextOption option(Qt::AlignJustify);
-  if (!IsJustified(format_.alignment)) option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+  if (format_.alignment != Alignment::kJustified)
+    option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
   option.setTextDirection(format_.right_to_left ? Qt::RightToLeft : Qt::LeftToRight);
   option.setUseDesignMetrics(true);
   layout.setTextOption(option);

@@ -23,6 +23,7 @@ struct TabItem {
 struct PictureItem {
   PlacedPicture picture;
   int position = 0;
+  bool across = false;  // a rule, as high as the line of text that it makes
 };
 struct FloatItem {
   Floating floating;  // on a strip at the paragraph's top

@@ -333,8 +333,13 @@ void ParagraphLayout::Place(PictureItem& item) {
     EndLine(item.position);
     StartLine();
   }
-  has_picture_ = true;
-  picture_height_ = std::max(picture_height_, item.picture.height);
+  if (item.across) {
+    const FontUse& use = context_.fonts->Use(paragraph_.mark);
+    Grow(use.ascent, use.descent, use.leading);
+  } else {
+    has_picture_ = true;
+    picture_height_ = std::max(picture_height_, item.picture.height);
+  }
   Put(item.picture.width, std::move(item.picture));
 }
 
@@ -387,18 +392,22 @@ void ParagraphLayout::GrowByRaised(const ShapedText& text, const QTextLine& line
   }
 }
 
-// Aligns a centred or right-aligned line. In right-to-left paragraphs "left" is the side where
-// lines start, so it needs no move before mirroring.
+// Aligns a centred or right-aligned line, or sets apart the words of a distributed one. In
+// right-to-left paragraphs "left" is the side where lines start, so it needs no move before
+// mirroring.
 void ParagraphLayout::Align() {
+  const bool distributed = format_.alignment == Alignment::kDistributed;
   double spare = right_ - content_end_;
   if (format_.alignment == Alignment::kCentre) {
     spare /= 2;
-  } else if (format_.alignment != Alignment::kRight) {
+  } else if (format_.alignment != Alignment::kRight && !distributed) {
     return;
   }
   if (spare <= 0) return;
-  for (Piece& piece : line_->pieces) {
-    piece.x += spare;
+  const double gaps = std::max<double>(double(line_->pieces.size()) - 1, 1);
+  for (std::size_t i = 0; i < line_->pieces.size(); ++i) {
+    Piece& piece = line_->pieces[i];
+    piece.x += distributed ? spare * double(i) / gaps : spare;
     if (auto* text = std::get_if<PlacedText>(&piece.content)) {
       text->line.setPosition(QPointF(piece.x, 0));
     }

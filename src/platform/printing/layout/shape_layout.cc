@@ -15,6 +15,7 @@
 namespace tenora::printing {
 namespace {
 
+using Direction = richtext::Cell::Direction;
 using richtext::Figure;
 using richtext::ShapeBox;
 
@@ -24,7 +25,7 @@ constexpr std::size_t kMostLettering = 200;  // bytes
 struct LaidOutFigure {
   std::shared_ptr<const Figure> figure;
   QRectF area;
-  QPointF text;
+  QPointF text;          // in the drawing or, for lines up or down the page, from where they begin
   QPainterPath letters;  // of any size
   std::optional<PlacedPicture> picture;
   Strips strips;
@@ -44,18 +45,31 @@ class LaidOutDrawing : public FloatContent {
       DrawFigure(painter, *one.figure, one.letters, area);
       if (one.picture) DrawPicture(painter, area, *one.picture);
       painter.restore();
-      PlacedStrips text;
-      double y = one.text.y();
-      for (const auto& strip : one.strips) {
-        y += strip->space_before;
-        text.Add(strip, corner + QPointF(one.text.x(), y));
-        y += strip->height + strip->space_after;
+      if (one.figure->direction == Direction::kAcross) {
+        DrawText(painter, one, corner + one.text);
+        continue;
       }
-      text.Draw(painter);
+      const bool up = one.figure->direction == Direction::kUp;
+      painter.save();
+      painter.translate(up ? area.bottomLeft() : area.topRight());
+      painter.rotate(up ? -90 : 90);
+      DrawText(painter, one, one.text);
+      painter.restore();
     }
   }
 
   std::vector<LaidOutFigure> figures;
+
+ private:
+  static void DrawText(QPainter& painter, const LaidOutFigure& figure, QPointF corner) {
+    PlacedStrips text;
+    for (const auto& strip : figure.strips) {
+      corner.ry() += strip->space_before;
+      text.Add(strip, corner);
+      corner.ry() += strip->height + strip->space_after;
+    }
+    text.Draw(painter);
+  }
 };
 
 QPainterPath LettersOf(LayoutContext& context, const richtext::Lettering& lettering) {
@@ -70,18 +84,43 @@ QPainterPath LettersOf(LayoutContext& context, const richtext::Lettering& letter
   return path;
 }
 
-LaidOutFigure LayOutFigure(LayoutContext& context, std::shared_ptr<const Figure> figure) {
+// How much wider and higher the drawing is than its box says.
+struct Stretch {
+  double x = 1, y = 1;
+};
+
+Stretch StretchOf(const LayoutContext& context, const ShapeBox& box) {
+  const PageArea& area = context.area;
+  const auto stretch = [](double share, double whole, double set) {
+    return share > 0 && set > 0 ? share * whole / set : 1;
+  };
+  const bool width_of_page = box.width_of == ShapeBox::From::kPage;
+  const bool height_of_page = box.height_of == ShapeBox::From::kPage;
+  return {stretch(box.width_share, width_of_page ? area.paper_width : area.width(),
+                  box.right - box.left),
+          stretch(box.height_share, height_of_page ? area.paper_height : area.height(),
+                  box.bottom - box.top)};
+}
+
+LaidOutFigure LayOutFigure(LayoutContext& context, std::shared_ptr<const Figure> figure,
+                           Stretch stretch) {
   LaidOutFigure laid_out;
-  laid_out.area =
-      QRectF(QPointF(figure->left, figure->top), QPointF(figure->right, figure->bottom));
+  laid_out.area = QRectF(QPointF(figure->left * stretch.x, figure->top * stretch.y),
+                         QPointF(figure->right * stretch.x, figure->bottom * stretch.y));
   if (figure->picture)
     laid_out.picture =
         context.pictures.Place(*figure->picture, laid_out.area.width(), laid_out.area.height());
   if (figure->lettering) laid_out.letters = LettersOf(context, *figure->lettering);
   const richtext::Padding& inset = figure->inset;
-  laid_out.text = QPointF(figure->left + inset.left, figure->top + inset.top);
+  const bool across = figure->direction == Direction::kAcross;
+  const bool up = figure->direction == Direction::kUp;
+  laid_out.text = across ? laid_out.area.topLeft() + QPointF(inset.left, inset.top)
+                  : up   ? QPointF(inset.bottom, inset.left)
+                         : QPointF(inset.top, inset.right);
   if (!figure->blocks.empty()) {
-    const double width = std::max(laid_out.area.width() - inset.left - inset.right, kNarrowestText);
+    const double room = across ? laid_out.area.width() - inset.left - inset.right
+                               : laid_out.area.height() - inset.top - inset.bottom;
+    const double width = std::max(room, kNarrowestText);
     BlockLayout layout(context, figure->blocks, width, 0, 1, BlockLayout::Ending::kVisible);
     double height = inset.top + inset.bottom;
     while (auto block = layout.Next()) {
@@ -91,7 +130,7 @@ LaidOutFigure LayOutFigure(LayoutContext& context, std::shared_ptr<const Figure>
     for (const auto& strip : laid_out.strips)
       height += strip->space_before + strip->height + strip->space_after;
     const double least = figure->fits_text ? 0 : laid_out.area.height();
-    laid_out.area.setHeight(std::max(least, height));
+    if (across) laid_out.area.setHeight(std::max(least, height));
   }
   laid_out.figure = std::move(figure);
   return laid_out;
@@ -145,9 +184,10 @@ Floating PlaceFloating(const LayoutContext& context, const ShapeBox& box, QSizeF
 Floating LayOutShape(LayoutContext& context, const richtext::Verbatim& drawing, double width) {
   const ShapeBox& box = *drawing.shape;
   auto content = std::make_shared<LaidOutDrawing>();
-  QSizeF size(box.right - box.left, 0);
+  const Stretch stretch = StretchOf(context, box);
+  QSizeF size((box.right - box.left) * stretch.x, 0);
   for (const auto& figure : drawing.figures) {
-    content->figures.push_back(LayOutFigure(context, figure));
+    content->figures.push_back(LayOutFigure(context, figure, stretch));
     size.setHeight(std::max(size.height(), content->figures.back().area.bottom()));
   }
   Floating floating = PlaceFloating(context, box, size, width);

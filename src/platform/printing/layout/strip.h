@@ -28,6 +28,8 @@ class Strip {
   virtual ~Strip() = default;
   // Draws with the strip's left top corner at this point; the space before it is not part of it.
   virtual void Draw(QPainter& painter, QPointF corner) const = 0;
+  // Whether it is the first or the last strip of its column, for what goes on in another one.
+  virtual void SetEnds(bool /*begins_column*/, bool /*ends_column*/) {}
   // Cuts off the part that fits into this height, never an empty one; null when the strip cannot be
   // divided there.
   virtual std::shared_ptr<Strip> TakeTop(double /*available_height*/) { return nullptr; }

@@ -120,16 +120,24 @@ void TextLine::Draw(QPainter& painter, QPointF corner) const {
   }
 }
 
+void TextLine::SetEnds(bool begins_column, bool ends_column) {
+  cut_above_ = begins_column && !closed_above;
+  cut_below_ = ends_column && !closed_below;
+}
+
+// Where a column cuts the frame, it is closed outside of the lines, which have no room for that.
 void TextLine::DrawFrame(QPainter& painter, QPointF corner) const {
+  const double above = cut_above_ ? frame->top_edge.Room() : 0;
+  const double below = cut_below_ ? frame->bottom_edge.Room() : frame_below;
   const double left = frame->left - frame->left_edge.Room();
   const double width = frame->right + frame->right_edge.Room() - left;
-  const QRectF area(corner.x() + left, corner.y(), width, height + frame_below);
+  const QRectF area(corner.x() + left, corner.y() - above, width, above + height + below);
   if (frame->shading.isValid()) painter.fillRect(area, frame->shading);
   BoxRules rules{{}, frame->left_edge.rule, {}, frame->right_edge.rule};
-  if (closed_above) rules.top = frame->top_edge.rule;
-  if (closed_below) rules.bottom = frame->bottom_edge.rule;
+  if (closed_above || cut_above_) rules.top = frame->top_edge.rule;
+  if (closed_below || cut_below_) rules.bottom = frame->bottom_edge.rule;
   DrawBox(painter, rules, area);
-  if (!parted_above) return;
+  if (!parted_above || cut_above_) return;
   const double inner_left = area.left() + frame->left_edge.rule.Thickness();
   const double inner_right = area.right() - frame->right_edge.rule.Thickness();
   const Rule& between = frame->between.rule;

@@ -73,6 +73,7 @@ class TextLine : public Strip {
  public:
   explicit TextLine(std::shared_ptr<Fonts> fonts) : fonts_(std::move(fonts)) {}
   void Draw(QPainter& painter, QPointF corner) const override;
+  void SetEnds(bool begins_column, bool ends_column) override;
 
   double baseline = 0;  // from the strip's top
   std::vector<Piece> pieces;
@@ -91,6 +92,8 @@ class TextLine : public Strip {
                 const richtext::CharFormat& format) const;
 
   std::shared_ptr<Fonts> fonts_;
+  // The frame goes on in the column before or the next one, and is closed there and here.
+  bool cut_above_ = false, cut_below_ = false;
 };
 
 }  // namespace tenora::printing

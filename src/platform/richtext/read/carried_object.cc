@@ -53,10 +53,8 @@ void CarriedObject::ShowStory(std::string_view shown_text, std::vector<Block> bl
   if (shapes_) shapes_->AddBlocks(std::move(blocks));
 }
 
-void CarriedObject::EndProperty() {
-  const std::string name = std::exchange(property_name_, {});
-  const std::string value = std::exchange(property_value_, {});
-  if (shapes_) shapes_->Property(name, value);
+std::pair<std::string, std::string> CarriedObject::TakeProperty() {
+  return {std::exchange(property_name_, {}), std::exchange(property_value_, {})};
 }
 
 void CarriedObject::EndPicture(Picture picture) {

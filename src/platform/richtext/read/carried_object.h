@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/richtext/document.h"
@@ -49,10 +50,10 @@ class CarriedObject {
   // The object is a drawing; null for others.
   void BeginShapes() { shapes_ = std::make_unique<ShapeReader>(); }
   ShapeReader* shapes() { return shapes_.get(); }
-  // A property of a shape: its name, or more of it or of its value, and its end.
+  // A property of a shape or a picture: its name, or more of it or of its value, and its end.
   void PropertyName(std::string_view text) { property_name_.append(text); }
   void PropertyValue(std::string_view text) { property_value_.append(text); }
-  void EndProperty();
+  std::pair<std::string, std::string> TakeProperty();
   // A picture inside the object; its source starts at the current end of the object's. EndPicture
   // sets what is shown, in the size of the shape if the object is one.
   void BeginPicture() { picture_start_ = out_.text().size(); }

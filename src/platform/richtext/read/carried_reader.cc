@@ -73,6 +73,8 @@ void CarriedReader::OpenGroup(const Token& word, ReaderGroup* group) {
   if (ShapeReader* const shapes = ShapesOf(*group)) {
     group->in_shape = ShapeReader::IsShape(word.text);
     if (group->in_shape) shapes->Open(word.text);
+  }
+  if (in_picture_ || ShapesOf(*group) != nullptr) {
     if (word.text == "sn") group->property = ReaderGroup::Property::kName;
     if (word.text == "sv") group->property = ReaderGroup::Property::kValue;
   }
@@ -87,11 +89,20 @@ ShapeReader* CarriedReader::ShapesOf(const ReaderGroup& group) {
 
 void CarriedReader::EndGroup(const ReaderGroup& group) {
   if (group.brace_written && !group.owns_carried) Object().Close();
-  if (group.property == ReaderGroup::Property::kValue) Object().EndProperty();
+  if (group.property == ReaderGroup::Property::kValue) EndProperty();
   if (group.in_shape) Object().shapes()->Close();
   if (group.destination != Destination::kPicture || !group.entry) return;
   in_picture_ = false;
   if (!group.owns_carried && !group.replaced) Object().EndPicture(picture_.Take());
+}
+
+// Those of a picture inside a shape say nothing about the shape.
+void CarriedReader::EndProperty() {
+  const auto [name, value] = Object().TakeProperty();
+  if (in_picture_)
+    picture_.Property(name, value);
+  else if (ShapeReader* const shapes = Object().shapes())
+    shapes->Property(name, value);
 }
 
 void CarriedReader::Word(const Token& word, ReaderGroup* group) {

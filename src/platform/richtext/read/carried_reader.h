@@ -49,6 +49,7 @@ class CarriedReader {
 
  private:
   void WriteBrace(ReaderGroup* group);
+  void EndProperty();
   ShapeReader* ShapesOf(const ReaderGroup& group);
 
   DocumentHead& head_;

@@ -112,6 +112,11 @@ std::string TextOfInstruction(std::string_view instruction) {
   TakeWord(&text);
   if (equation) return TextOfEquation(text);
   TakeWord(&text);
+  // \* MERGEFORMAT and the like are about the text.
+  for (text = TrimBlanks(text); text.starts_with("\\* "); text = TrimBlanks(text)) {
+    TakeWord(&text);
+    TakeWord(&text);
+  }
   return std::string(TrimBlanks(text));
 }
 

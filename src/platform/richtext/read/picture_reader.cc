@@ -1,6 +1,7 @@
 #include "platform/richtext/read/picture_reader.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <unordered_map>
 #include <utility>
@@ -55,6 +56,18 @@ bool PictureReader::Word(const Token& token) {
   if (crop == kCrops.end()) return false;
   this->*crop->second = value;
   return true;
+}
+
+void PictureReader::Property(std::string_view name, std::string_view value) {
+  int number = 0;
+  std::from_chars(value.data(), value.data() + value.size(), number);
+  if (name == "fHorizRule") is_rule_ = number != 0;
+  if (name == "pctHR") across_.share = std::clamp(number / 1000.0, 0.0, 1.0);
+  if (name == "alignHR") {
+    across_.alignment = number == 0   ? Alignment::kLeft
+                        : number == 2 ? Alignment::kRight
+                                      : Alignment::kCentre;
+  }
 }
 
 void PictureReader::Hex(std::string_view digits) {
@@ -119,6 +132,7 @@ Picture PictureReader::Take() {
   Crop();
   picture_.width = OnPaper(goal_width_, scale_x_);
   picture_.height = OnPaper(goal_height_, scale_y_);
+  if (is_rule_) picture_.across = across_;
   return std::move(picture_);
 }
 

@@ -52,7 +52,7 @@ struct ReaderGroup {
   bool replaced = false;       // \shprslt: what readers show that do not know the shape
   bool in_shape = false;       // it holds a shape inside a carried group of shapes
   enum class Property { kNone, kName, kValue };
-  Property property = Property::kNone;  // of a shape
+  Property property = Property::kNone;  // of a shape or a picture
   std::string own_word;                 // that began the story or carried object it owns
 };
 

@@ -87,6 +87,7 @@ Padding CellPadding::EndCell() {
 }
 
 void TablePosition::Take(const Token& word) {
+  if (!word.text.starts_with("tp") && !word.text.starts_with("tdfrmtxt")) return;
   using From = ShapeBox::From;
   using Align = ShapeBox::Align;
   static const std::unordered_map<std::string_view, From> kX{

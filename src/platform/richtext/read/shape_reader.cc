@@ -182,6 +182,7 @@ Figure ShapeReader::FigureOf(Shape* shape) {
   figure.fits_text = shape->fits_text;
   figure.picture = std::move(shape->picture);
   figure.blocks = std::move(shape->blocks);
+  figure.direction = shape->direction;
   return figure;
 }
 
@@ -286,6 +287,13 @@ void ShapeReader::SetStyle(Shape* shape, std::string_view name, int value) {
   if (name == "lineColor") SetColour(value, &shape->line);
   if (name == "lineWidth") shape->line_width = Twips(value, kWidestLine);
   if (name == "fFitShapeToText") shape->fits_text = value != 0;
+  if (name == "txflTextFlow") {
+    constexpr int kDown = 1, kUp = 2, kDownToo = 3, kDownUpright = 5;
+    const bool down = value == kDown || value == kDownToo || value == kDownUpright;
+    shape->direction = down           ? Cell::Direction::kDown
+                       : value == kUp ? Cell::Direction::kUp
+                                      : Cell::Direction::kAcross;
+  }
   if (name == "fHidden") shape->hidden = value != 0;
   if (name == "fFlipH" || name == "fRelFlipH") shape->flip_x = value != 0;
   if (name == "fFlipV" || name == "fRelFlipV") shape->flip_y = value != 0;
@@ -347,6 +355,10 @@ void ShapeReader::SetPlace(Shape* shape, std::string_view name, int value) {
   if (name == "posrelv") box_.y_from = from;
   if (name == "posh") box_.x_align = align;
   if (name == "posv") box_.y_align = align;
+  if (name == "pctHoriz") box_.width_share = std::clamp(value / 1000.0, 0.0, 1.0);
+  if (name == "pctVert") box_.height_share = std::clamp(value / 1000.0, 0.0, 1.0);
+  if (name == "sizerelh") box_.width_of = value == 1 ? From::kPage : From::kMargin;
+  if (name == "sizerelv") box_.height_of = value == 1 ? From::kPage : From::kMargin;
   if (name == "fBehindDocument") box_.behind = value != 0;
   if (name == "fPseudoInline") box_.in_line = value != 0;
 }

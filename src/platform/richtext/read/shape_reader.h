@@ -70,6 +70,7 @@ class ShapeReader {
     Padding inset{72, 144, 72, 144};
     std::shared_ptr<const Picture> picture;
     std::vector<Block> blocks;
+    Cell::Direction direction = Cell::Direction::kAcross;
     std::vector<Part> parts;
   };
 
