@@ -183,6 +183,7 @@ TEST(RtfReader, ShowsFormFields) {
   EXPECT_EQ(shown(box + "\\ffres25\\ffdefres1}}"), "☒") << "25 is undecided";
   EXPECT_EQ(shown(list + "\\ffres1\\ffdefres0{\\*\\ffl one}{\\*\\ffl zw\\'f6lf}}}"), "zwölf");
   EXPECT_EQ(shown(list + "\\ffres7{\\*\\ffl one}}}"), "");
+  EXPECT_EQ(shown("\\cs16 " + box + "\\ffres1}}"), "☒");
   EXPECT_EQ(shown(" " + list + "\\ffres0{\\*\\ffl one}}}"), "one");
   EXPECT_EQ(shown("MACROBUTTON NoMacro [Click here]"), "[Click here]");
   EXPECT_EQ(shown("MACROBUTTON MTPlaceRef \\\\* MERGEFORMAT (1)"), "(1)");

@@ -640,7 +640,8 @@ void RtfReader::Word(const Token& word) {
       return TextWord(word);
     case Destination::kCarried:
       if (word.text == "f") Top().page = &head_.fonts().PageOf(word.param);
-      if (carried_.InInstruction() && CharacterWord(word)) return;
+      // Formatting, and \cs, which names it, are no part of what an instruction says.
+      if (carried_.InInstruction() && (word.text == "cs" || CharacterWord(word))) return;
       return carried_.Word(word, &Top());
     case Destination::kPicture:
       return carried_.Word(word, &Top());
