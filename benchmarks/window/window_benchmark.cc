@@ -1,6 +1,7 @@
 // The windows over a large database: window_benchmark DATABASE. From the splash's end to the main
 // window drawn; a key in the tree's search box; the generate dialog opened, all recipients ticked,
-// a key in its search box. Each figure is the slowest of its kind.
+// a key in its search box; a template's preview begun, and a step of it to the next person. Each
+// figure is the slowest of its kind.
 #include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
@@ -19,7 +20,8 @@
 namespace tenora {
 namespace {
 
-constexpr double kUpGoal = 700, kAtOnce = 100;  // milliseconds
+constexpr double kUpGoal = 700, kAtOnce = 100, kStepGoal = 50;  // milliseconds
+constexpr int kSteps = 20;
 constexpr int kRounds = 5;
 constexpr const char* kTyped = "young 1";
 
@@ -49,7 +51,35 @@ double Type(QWidget& window, const char* field) {
   return slowest;
 }
 
+struct PreviewTimes {
+  double begun = 0, step = 0;
+};
+
+PreviewTimes Preview(frmMain& window, const std::filesystem::path& home) {
+  std::filesystem::create_directories(home / kTemplates);
+  const std::filesystem::path file = home / kTemplates / "Notice.rtf";
+  std::filesystem::copy_file(
+      test::SourceDir() / "examples/agency/Templates/Rent arrears notice.rtf", file);
+  window.letters().OpenFile(file);
+  LetterWindow* const letter = window.letters().Active();
+  const auto drawn = [&](const std::function<void()>& work) {
+    return Milliseconds([&] {
+      work();
+      QApplication::processEvents();
+      window.grab();
+    });
+  };
+  PreviewTimes times;
+  times.begun = drawn([&] { letter->ShowPreview(true); });
+  for (int i = 0; i < kSteps; ++i) {
+    times.step = std::max(times.step, drawn([&] { letter->StepPreview(PreviewBar::Step::kNext); }));
+  }
+  delete letter->parentWidget();
+  return times;
+}
+
 void Run(const std::filesystem::path& database) {
+  PreviewTimes preview;
   double up = 0, tree_key = 0, dialog_up = 0, tick_all = 0, dialog_key = 0;
   for (int round = 0; round < kRounds; ++round) {
     test::FakePlatform machine;
@@ -83,12 +113,16 @@ void Run(const std::filesystem::path& database) {
                           dialog->grab();
                         }));
     dialog_key = std::max(dialog_key, Type(*dialog, "txtSearch"));
+    const PreviewTimes times = Preview(*window, machine.ProgramFolder());
+    preview = {std::max(preview.begun, times.begun), std::max(preview.step, times.step)};
   }
   Print("main window up after the splash", up, kUpGoal);
   Print("a key in the tree's search box", tree_key, kAtOnce);
   Print("generate dialog up", dialog_up, kAtOnce);
   Print("all recipients ticked", tick_all, kAtOnce);
   Print("a key in the dialog's search box", dialog_key, kAtOnce);
+  Print("a template's preview begun", preview.begun, kUpGoal);
+  Print("a step of the preview", preview.step, kStepGoal);
 }
 
 }  // namespace

@@ -20,8 +20,9 @@ enum class FindingWeight {
 
 struct LetterFinding {
   FindingWeight weight = FindingWeight::kHold;
-  std::string code;      // the merge code or question it concerns ("Tenant Name"), or empty
-  std::string sentence;  // what is wrong and what to do, without the recipient's name
+  std::string code;        // the merge code or question it concerns ("Tenant Name"), or empty
+  std::string sentence;    // what is wrong and what to do, without the recipient's name
+  std::string shown = {};  // the text of the letter that it is about; empty where unknown
 
   bool operator==(const LetterFinding&) const = default;
 };

@@ -165,6 +165,10 @@ TEST_F(PreviewOfLetters, SaysWhyThereIsNoLetter) {
   const PreviewedLetter gone = preview->Show({"Nobody", "T99999"});
   EXPECT_EQ(gone.problem, "the rental database has no such tenancy");
   EXPECT_THAT(gone.source, HasSubstr("<<Tenant Name>>"));
+  const auto unsound = Of("<<If Balance Owing > 0>> Please pay.");
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_THAT(unsound->Show({"Mei Huang", "T00007"}).problem, HasSubstr("<<If Balance Owing"));
+  }
 
   fs::remove(Home() / "property.mdb");
   const PreviewedLetter unread = preview->Show({"Mei Huang", "T00007"});

@@ -59,19 +59,22 @@ std::optional<LetterFinding> FindingOf(const MergeNote& note, const std::string&
     case MergeFact::kPlaceholder:
       return LetterFinding{kWarning, note.code,
                            "there is no such date, and the letter shows " + Quoted(note.value) +
-                               "; enter the date, or correct the letter by hand"};
+                               "; enter the date, or correct the letter by hand",
+                           note.value};
     case MergeFact::kNumberAgain:
       return LetterFinding{
           kWarning, note.code,
           "the receipt number " + note.value +
               " is not stored for this building: another one may have had it, and "
               "the next letter of this one gets it again; give the building a custom field "
-              "NxtReceipt with the last number issued"};
+              "NxtReceipt with the last number issued",
+          note.value};
     case MergeFact::kNumberLeft:
       return LetterFinding{kWarning, note.code,
                            note.value +
                                " is the next receipt number; a preview does not take it, and the "
-                               "letter gets the one that is the next when it is generated"};
+                               "letter gets the one that is the next when it is generated",
+                           note.value};
   }
   return std::nullopt;
 }
@@ -131,21 +134,23 @@ class CodesLeft {
     if (!code.closed && !BeginsLikeCode(name, kind_)) return;
     if (code.closed) name.remove_suffix(kCodeEnd.size());
     if (!seen_.insert(std::string(name)).second) return;
-    if (written.starts_with(kPromptStart)) return AddQuestion(name);
+    if (written.starts_with(kPromptStart)) return AddQuestion(name, written);
     const auto complaint =
         code.closed ? CheckCode(name, code.holds_code, kind_, today_, nullptr) : std::nullopt;
     found_.push_back({FindingWeight::kHold, std::string(code.closed ? name : ""),
                       "the code " + Quoted(written) + " was not filled in; " +
-                          (complaint ? complaint->advice : "correct the template or the letter")});
+                          (complaint ? complaint->advice : "correct the template or the letter"),
+                      std::string(written)});
   }
 
-  void AddQuestion(std::string_view name) {
+  void AddQuestion(std::string_view name, std::string_view written) {
     name.remove_prefix(1);
     if (name.ends_with('?')) name.remove_suffix(1);
     found_.push_back({FindingWeight::kHold, std::string(name),
                       "the question " + Quoted(name) +
                           " was not asked and stands in the letter; every question needs its ?>> "
-                          "and three characters or more, correct the template"});
+                          "and three characters or more, correct the template",
+                      std::string(written)});
   }
 
   TemplateKind kind_;

@@ -13,13 +13,18 @@ void LetterMaker::ReadTemplate() {
   const TemplateLibrary library(session_.database.DataFolder());
   template_path_ = library.PathOf(request_.template_kind, request_.template_name);
   letter_.LoadLetter(template_path_, request_.template_kind);
-  RequireSoundForms(letter_.rtfLetter, ForTenants() ? TemplateKind::kTenant : TemplateKind::kOwner,
-                    session_.platform.clock.Today());
-  template_source_ = letter_.rtfLetter.TextRTF();
+  TakeTemplate();
 }
 
 void LetterMaker::UseTemplate(const std::string& source) {
   letter_.rtfLetter.SetTextRTF(source);
+  TakeTemplate();
+}
+
+void LetterMaker::TakeTemplate() {
+  template_source_.reset();
+  RequireSoundForms(letter_.rtfLetter, ForTenants() ? TemplateKind::kTenant : TemplateKind::kOwner,
+                    session_.platform.clock.Today());
   template_source_ = letter_.rtfLetter.TextRTF();
 }
 

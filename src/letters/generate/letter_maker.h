@@ -39,7 +39,8 @@ class LetterMaker {
 
   // Raises the errors of PathOf and LoadLetter; later calls do nothing.
   void ReadTemplate();
-  // From now on letters are made of this text, as the template's window has it.
+  // From now on letters are made of this text, as the template's window has it. Raises what
+  // ReadTemplate raises for a form that is not sound; there is no template then.
   void UseTemplate(const std::string& source);
 
   // A letter for this recipient, merged, its prompts asked unless `answers` has theirs. Raises
@@ -53,6 +54,8 @@ class LetterMaker {
 
  private:
   bool ForTenants() const { return request_.template_kind == kTemplates; }
+  // From the letter's editor.
+  void TakeTemplate();
   void Begin(const Recipient& recipient);
   void MergeTenant();
   void MergeOwner();

@@ -115,7 +115,8 @@ std::vector<LetterFinding> WithUnanswered(std::vector<LetterFinding> findings,
   for (const std::string& question : unanswered) {
     std::erase_if(findings, [&](const LetterFinding& finding) { return finding.code == question; });
     findings.push_back({FindingWeight::kWarning, question,
-                        "this question has no answer yet, and its code stands in the preview"});
+                        "this question has no answer yet, and its code stands in the preview",
+                        std::string(kPromptStart).append(question).append(kPromptEnd)});
   }
   return findings;
 }

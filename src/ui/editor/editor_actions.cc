@@ -110,6 +110,14 @@ QAction* EditorActions::Add(QList<QAction*>* group, const QString& text, const c
   return action;
 }
 
+QAction* EditorActions::AddReading(QList<QAction*>* group, const QString& text, const char* icon,
+                                   const QKeySequence& shortcut,
+                                   std::function<void(LetterEditor&)> run) {
+  QAction* action = Add(group, text, icon, shortcut, std::move(run));
+  reading_.insert(action);
+  return action;
+}
+
 QAction* EditorActions::AddToggle(QList<QAction*>* group, const QString& text, const char* icon,
                                   const QKeySequence& shortcut,
                                   std::function<void(LetterEditor&, bool)> run,
@@ -152,8 +160,8 @@ void EditorActions::MakeEditActions() {
   EnableWhere(
       Add(&edit_, tr("Cu&t"), "cut", QKeySequence::Cut, [](LetterEditor& editor) { editor.Cut(); }),
       selected);
-  EnableWhere(Add(&edit_, tr("&Copy"), "copy", QKeySequence::Copy,
-                  [](LetterEditor& editor) { editor.copy(); }),
+  EnableWhere(AddReading(&edit_, tr("&Copy"), "copy", QKeySequence::Copy,
+                         [](LetterEditor& editor) { editor.copy(); }),
               selected);
   EnableWhere(Add(&edit_, tr("&Paste"), "paste", QKeySequence::Paste,
                   [](LetterEditor& editor) { editor.paste(); }),
@@ -163,8 +171,8 @@ void EditorActions::MakeEditActions() {
                   [](LetterEditor& editor) { editor.PastePlainText(); }),
               pasteable);
   Separate(&edit_);
-  Add(&edit_, tr("Select &All"), "select-all", QKeySequence::SelectAll,
-      [](LetterEditor& editor) { editor.selectAll(); });
+  AddReading(&edit_, tr("Select &All"), "select-all", QKeySequence::SelectAll,
+             [](LetterEditor& editor) { editor.selectAll(); });
 }
 
 void EditorActions::MakeCharacterActions() {
@@ -359,12 +367,14 @@ void EditorActions::MakeTableActions() {
 }
 
 void EditorActions::MakeViewActions() {
-  Add(&view_, tr("Zoom &In"), "zoom-in", QKeySequence::ZoomIn,
-      [](LetterEditor& editor) { editor.paper().SetZoom(editor.paper().Zoom() * kZoomStep); });
-  Add(&view_, tr("Zoom &Out"), "zoom-out", QKeySequence::ZoomOut,
-      [](LetterEditor& editor) { editor.paper().SetZoom(editor.paper().Zoom() / kZoomStep); });
-  Add(&view_, tr("&Actual Size"), "zoom-reset", QKeySequence(Qt::CTRL | Qt::Key_0),
-      [](LetterEditor& editor) { editor.paper().SetZoom(1); });
+  AddReading(&view_, tr("Zoom &In"), "zoom-in", QKeySequence::ZoomIn, [](LetterEditor& editor) {
+    editor.paper().SetZoom(editor.paper().Zoom() * kZoomStep);
+  });
+  AddReading(&view_, tr("Zoom &Out"), "zoom-out", QKeySequence::ZoomOut, [](LetterEditor& editor) {
+    editor.paper().SetZoom(editor.paper().Zoom() / kZoomStep);
+  });
+  AddReading(&view_, tr("&Actual Size"), "zoom-reset", QKeySequence(Qt::CTRL | Qt::Key_0),
+             [](LetterEditor& editor) { editor.paper().SetZoom(1); });
   Separate(&view_);
   show_ruler_ = new QAction(Icon(QStringLiteral("ruler")), tr("R&uler"), this);
   show_ruler_->setCheckable(true);
@@ -384,7 +394,7 @@ QWidget* EditorActions::FontBox(QWidget* parent) {
     editor_->setFocus();
   });
   const auto refresh = [this, box] {
-    box->setEnabled(editor_ != nullptr);
+    box->setEnabled(MayWrite());
     if (!editor_ || box->hasFocus()) return;
     box->setEditText(editor_->formats().FontName(editor_->formatting().CharAtCaret().font));
   };
@@ -408,7 +418,7 @@ QWidget* EditorActions::SizeBox(QWidget* parent) {
     editor_->setFocus();
   });
   const auto refresh = [this, box] {
-    box->setEnabled(editor_ != nullptr);
+    box->setEnabled(MayWrite());
     if (!editor_ || box->hasFocus()) return;
     box->ShowSize(editor_->formatting().CharAtCaret().half_points);
   };
@@ -455,11 +465,14 @@ void EditorActions::ShowMenu(const QPoint& on_screen) {
   menu.exec(on_screen);
 }
 
+bool EditorActions::MayWrite() const { return editor_ && !editor_->isReadOnly(); }
+
 void EditorActions::Refresh() {
   // The pointer is null once the editor is being destroyed.
   LetterEditor* const editor = editor_.data();
   for (const auto& [action, holds] : std::as_const(enabled_))
-    action->setEnabled(editor != nullptr && holds(*editor));
+    action->setEnabled(editor != nullptr && (MayWrite() || reading_.contains(action)) &&
+                       holds(*editor));
   for (const auto& [action, state] : std::as_const(states_))
     action->setChecked(editor != nullptr && state(*editor));
   emit StateChanged();

@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QList>
 #include <QPointer>
+#include <QSet>
 #include <QStringList>
 #include <functional>
 
@@ -18,7 +19,7 @@ class EditorActions : public QObject {
  public:
   explicit EditorActions(QObject* parent = nullptr);
 
-  // Null disables all actions.
+  // Null disables all actions; a read-only letter leaves those that only read it.
   void SetEditor(LetterEditor* editor);
   LetterEditor* Editor() const { return editor_; }
 
@@ -48,6 +49,9 @@ class EditorActions : public QObject {
  private:
   QAction* Add(QList<QAction*>* group, const QString& text, const char* icon,
                const QKeySequence& shortcut, std::function<void(LetterEditor&)> run);
+  // One that leaves the letter as it is.
+  QAction* AddReading(QList<QAction*>* group, const QString& text, const char* icon,
+                      const QKeySequence& shortcut, std::function<void(LetterEditor&)> run);
   QAction* AddToggle(QList<QAction*>* group, const QString& text, const char* icon,
                      const QKeySequence& shortcut, std::function<void(LetterEditor&, bool)> run,
                      std::function<bool(LetterEditor&)> state);
@@ -64,10 +68,12 @@ class EditorActions : public QObject {
   void MakeViewActions();
   void ShowMenu(const QPoint& on_screen);
   void Refresh();
+  bool MayWrite() const;
 
   QPointer<LetterEditor> editor_;
   QList<QMetaObject::Connection> connections_;
   QList<QAction*> edit_, format_, insert_, table_, view_;
+  QSet<QAction*> reading_;
   QList<QPair<QAction*, std::function<bool(LetterEditor&)>>> states_, enabled_;
   QStringList preselected_fonts_, fonts_;
   QAction* picture_ = nullptr;

@@ -181,11 +181,11 @@ void LetterEditor::paintEvent(QPaintEvent* event) {
   PaintOverlay(&painter, *document(), formats(), visible);
   sheet_.PaintPageEnds(&painter, visible);
   painter.translate(scrolled);
-  handles_.Paint(&painter);
+  if (!isReadOnly()) handles_.Paint(&painter);
 }
 
 void LetterEditor::mousePressEvent(QMouseEvent* event) {
-  if (!handles_.Press(*event)) QTextEdit::mousePressEvent(event);
+  if (isReadOnly() || !handles_.Press(*event)) QTextEdit::mousePressEvent(event);
 }
 
 void LetterEditor::mouseMoveEvent(QMouseEvent* event) {
@@ -199,7 +199,7 @@ void LetterEditor::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void LetterEditor::mouseDoubleClickEvent(QMouseEvent* event) {
-  if (!handles_.DoubleClick(*event)) QTextEdit::mouseDoubleClickEvent(event);
+  if (isReadOnly() || !handles_.DoubleClick(*event)) QTextEdit::mouseDoubleClickEvent(event);
 }
 
 void LetterEditor::resizeEvent(QResizeEvent* event) {

@@ -25,6 +25,13 @@ void LetterView::SetPage(PaperLook page) {
   editor_->paper().SetLook(page);
 }
 
+void LetterView::MakeReadOnly() {
+  editor_->setReadOnly(true);
+  editor_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  editor_->setTabChangesFocus(true);
+  ruler_->setEnabled(false);
+}
+
 void LetterView::ShowSheet(bool shown) {
   PaperLook paper = editor_->paper().Look();
   paper.sheet = shown;

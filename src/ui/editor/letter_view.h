@@ -16,6 +16,8 @@ class LetterView : public QWidget {
 
   LetterEditor& editor() { return *editor_; }
   void ShowRuler(bool shown) { ruler_->setVisible(shown); }
+  // The letter can be read, searched and copied, and not changed.
+  void MakeReadOnly();
   // The paper of the current printer and the margins that the letter prints with; how its lines
   // end stays.
   void SetPage(PaperLook page);

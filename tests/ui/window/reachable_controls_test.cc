@@ -22,6 +22,7 @@
 #include "platform/dialogs/printer_settings_box.h"
 #include "platform/dialogs/window_dialogs.h"
 #include "support/fake_platform.h"
+#include "ui/dialogs/frm_answers.h"
 #include "ui/dialogs/frm_future_date.h"
 #include "ui/dialogs/frm_generate.h"
 #include "ui/dialogs/frm_run_report.h"
@@ -274,6 +275,11 @@ TEST_F(ReachableControls, InEveryDialogByNameTabAndMnemonicWithEscapeAndEnter) {
       {"colours", command("mnuCustom")},
       {"about", command("mnuAbout")},
       {"future date", [&] { Show<frmFutureDate>(letter, nullptr); }},
+      {"answers for a preview",
+       [&] {
+         Show<frmAnswers>(std::vector<std::string>{"Who inspects", "Tea & biscuits"},
+                          PromptAnswers());
+       }},
       {"tenants", [&] { Show<frmGenerate>(session_.caches, "Templates", "Rent review", dialogs); }},
       {"owners",
        [&] { Show<frmGenerate>(session_.caches, "Owner Templates", "Statement", dialogs); }},
@@ -312,6 +318,9 @@ TEST_F(ReachableControls, InEveryDialogByNameTabAndMnemonicWithEscapeAndEnter) {
 
 TEST_F(ReachableControls, InTheMainWindowWithItsPanelsMenusPreviewAndGuide) {
   EXPECT_EQ(FaultsOfSize(*window_).join("\n").toStdString(), "");
+  Trigger("mnuPreviewLetters");
+  EXPECT_EQ(FaultsOfSize(*window_).join("\n").toStdString(), "");
+  Trigger("mnuPreviewLetters");
   window_->resize(1200, 800);
   Trigger("mnuReplace");
   Trigger("mnuCheckTemplate");
@@ -323,6 +332,9 @@ TEST_F(ReachableControls, InTheMainWindowWithItsPanelsMenusPreviewAndGuide) {
                 .join("\n")
                 .toStdString(),
             "");
+  Trigger("mnuPreviewLetters");
+  QCoreApplication::processEvents();
+  EXPECT_EQ((FaultsOfNames(*window_) + FaultsOfMnemonics(*window_)).join("\n").toStdString(), "");
   Trigger("mnuPrintPreview");
   Trigger("mnuForms");
   WriteWholeFile(platform_.folder / "page.md", "# Page");

@@ -130,16 +130,17 @@ void FindPanel::Build() {
 }
 
 void FindPanel::SetLetter(LetterWindow* letter) {
-  if (letter == letter_) return;
+  if (letter == letter_) return ShowWhatApplies();
   in_selection_->setChecked(false);
   letter_ = letter;
   Tell({});
+  ShowWhatApplies();
   if (letter == nullptr) hide();
 }
 
 void FindPanel::Open() {
   if (!letter_) return;
-  const QTextCursor cursor = letter_->editor().textCursor();
+  const QTextCursor cursor = letter_->shown_editor().textCursor();
   // A selection that is being searched stays so until something else is selected.
   if (!in_selection_->isChecked() || cursor.hasSelection()) BeginWith(cursor.selectedText());
   Tell({});
@@ -152,8 +153,8 @@ void FindPanel::BeginWith(const QString& selected) {
   const bool lines = selected.contains(QChar::ParagraphSeparator);
   if (!selected.isEmpty() && !lines) {
     text_->setText(selected);
-  } else if (!letter_->letter().members().SearchText.empty()) {
-    text_->setText(QString::fromStdString(letter_->letter().members().SearchText));
+  } else if (!letter_->shown_letter().members().SearchText.empty()) {
+    text_->setText(QString::fromStdString(letter_->shown_letter().members().SearchText));
   }
   in_selection_->setChecked(false);
   if (lines) in_selection_->setChecked(true);
@@ -162,7 +163,7 @@ void FindPanel::BeginWith(const QString& selected) {
 void FindPanel::Leave() {
   in_selection_->setChecked(false);
   // First: a panel hidden with the keyboard hands it to another letter, which comes to the front.
-  if (letter_) letter_->editor().setFocus();
+  if (letter_) letter_->shown_editor().setFocus();
   hide();
 }
 
@@ -195,18 +196,19 @@ LetterSearch::Wanted FindPanel::Wanted() const {
 void FindPanel::FindPrevious() {
   if (!letter_) return;
   if (isVisible()) return Find(Direction::kBackward);
-  const QString text = QString::fromStdString(letter_->letter().members().SearchText);
+  const QString text = QString::fromStdString(letter_->shown_letter().members().SearchText);
   if (text.isEmpty()) return;
-  letter_->editor().setFocus();
-  if (letter_->editor().search().Find({text}, Direction::kBackward, false) != Found::kNo) return;
+  letter_->shown_editor().setFocus();
+  if (letter_->shown_editor().search().Find({text}, Direction::kBackward, false) != Found::kNo)
+    return;
   dialogs_.Show({.text = "There is no earlier occurrence.", .icon = Icon::kInformation});
 }
 
 void FindPanel::Find(Direction direction) {
   if (!letter_ || text_->text().isEmpty()) return;
   // What F3 goes on with once the panel is closed.
-  letter_->letter().members().SearchText = text_->text().toStdString();
-  switch (letter_->editor().search().Find(Wanted(), direction, true)) {
+  letter_->shown_letter().members().SearchText = text_->text().toStdString();
+  switch (letter_->shown_editor().search().Find(Wanted(), direction, true)) {
     case Found::kNo:
       return ShowNotFound();
     case Found::kYes:
@@ -219,8 +221,8 @@ void FindPanel::Find(Direction direction) {
 }
 
 void FindPanel::Replace() {
-  if (!letter_ || text_->text().isEmpty()) return;
-  const Replaced replaced = letter_->editor().search().Replace(Wanted(), with_->text());
+  if (!replace_->isEnabled()) return;
+  const Replaced replaced = letter_->shown_editor().search().Replace(Wanted(), with_->text());
   Find(Direction::kForward);
   const QString found = message_->text();
   if (replaced == Replaced::kYes && found.isEmpty()) Tell(tr("Replaced; this is the next one."));
@@ -232,8 +234,9 @@ void FindPanel::Replace() {
 
 void FindPanel::ReplaceAll() {
   if (!letter_ || text_->text().isEmpty()) return;
-  letter_->letter().members().SearchText = text_->text().toStdString();
-  const LetterSearch::Count count = letter_->editor().search().ReplaceAll(Wanted(), with_->text());
+  letter_->shown_letter().members().SearchText = text_->text().toStdString();
+  const LetterSearch::Count count =
+      letter_->shown_editor().search().ReplaceAll(Wanted(), with_->text());
   if (count.replaced + count.kept + count.in_code == 0) return ShowNotFound();
   Tell(ToldOf(count));
 }
@@ -241,8 +244,8 @@ void FindPanel::ReplaceAll() {
 void FindPanel::Limit(bool limit) {
   Tell({});
   if (!letter_) return;
-  if (!limit) return letter_->editor().search().Unlimit();
-  if (letter_->editor().search().LimitToSelection()) return;
+  if (!limit) return letter_->shown_editor().search().Unlimit();
+  if (letter_->shown_editor().search().LimitToSelection()) return;
   in_selection_->setChecked(false);
   Tell(tr("Nothing is selected in the letter."));
 }
@@ -262,9 +265,10 @@ void FindPanel::Tell(const QString& message) {
 }
 
 void FindPanel::ShowWhatApplies() {
-  for (QPushButton* button : {next_, previous_, replace_, replace_all_}) {
-    button->setEnabled(!text_->text().isEmpty());
-  }
+  const bool has_text = !text_->text().isEmpty();
+  const bool may_write = letter_ && !letter_->shown_editor().isReadOnly();
+  for (QPushButton* button : {next_, previous_}) button->setEnabled(has_text);
+  for (QPushButton* button : {replace_, replace_all_}) button->setEnabled(has_text && may_write);
 }
 
 }  // namespace tenora

@@ -1,6 +1,7 @@
 #include "ui/window/letter/letter_window.h"
 
 #include <QCloseEvent>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 #include "letters/file_names.h"
@@ -10,20 +11,47 @@
 #include "ui/window/appearance/icons.h"
 
 namespace tenora {
+namespace {
+
+void ShowOnPage(LetterView& view, PageFinder& pages, const RichTextBox& letter,
+                const printing::Printer& printer, const PageMargins& stored) {
+  const richtext::PageSetup& page = letter.Document().page;
+  const printing::Paper paper = printing::PaperOf(printer, page);
+  const PageMargins margins = MarginsOf(page, stored);
+  view.SetPage({.width = paper.width,
+                .height = paper.height,
+                .left = margins.left,
+                .right = margins.right,
+                .top = margins.top,
+                .bottom = margins.bottom});
+  pages.SetPaper(printer, stored);
+}
+
+}  // namespace
 
 LetterWindow::LetterWindow(Session& session, Surroundings& surroundings, QWidget* parent)
     : QWidget(parent), session_(session), surroundings_(surroundings), letter_(session, *this) {
   setObjectName(QStringLiteral("frmLetter"));
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowIcon(LineIcon("letter"));
+  bar_ = new PreviewBar(this);
+  texts_ = new QStackedWidget(this);
   view_ = new LetterView(letter_.rtfLetter, this);
+  texts_->addWidget(view_);
   editor().setObjectName(QStringLiteral("rtfLetter"));
   editor().setAccessibleName(tr("Letter"));
   pages_ = std::make_unique<PageFinder>(editor(), letter_.rtfLetter);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(view_);
+  layout->setSpacing(0);
+  layout->addWidget(bar_);
+  layout->addWidget(texts_, 1);
   setFocusProxy(&editor());
+  connect(bar_, &PreviewBar::SwitchAsked, this, &LetterWindow::ShowPreview);
+  leave_ = new QShortcut(Qt::Key_Escape, this);
+  leave_->setContext(Qt::WidgetWithChildrenShortcut);
+  leave_->setEnabled(false);
+  connect(leave_, &QShortcut::activated, this, [this] { ShowPreview(false); });
   // Once what was typed has reached the letter.
   connect(&editor(), &QTextEdit::textChanged, this, &LetterWindow::ShowCaption,
           Qt::QueuedConnection);
@@ -35,20 +63,91 @@ LetterWindow::LetterWindow(Session& session, Surroundings& surroundings, QWidget
 
 LetterWindow::~LetterWindow() {
   pages_.reset();
-  delete view_;  // before the letter it shows
+  delete preview_;  // before the bar it uses
+  delete view_;     // before the letter it shows
 }
 
 void LetterWindow::ShowPage(const printing::Printer& printer, const PageMargins& stored) {
-  const richtext::PageSetup& page = letter_.rtfLetter.Document().page;
-  const printing::Paper paper = printing::PaperOf(printer, page);
-  const PageMargins margins = MarginsOf(page, stored);
-  view_->SetPage({.width = paper.width,
-                  .height = paper.height,
-                  .left = margins.left,
-                  .right = margins.right,
-                  .top = margins.top,
-                  .bottom = margins.bottom});
-  pages_->SetPaper(printer, stored);
+  ShowOnPage(*view_, *pages_, letter_.rtfLetter, printer, stored);
+  if (!Previewing()) return;
+  ShowOnPage(preview_->view(), preview_->pages(), preview_->letter().rtfLetter, printer, stored);
+}
+
+void LetterWindow::ShowSheet(bool shown) {
+  view_->ShowSheet(shown);
+  if (preview_ != nullptr) preview_->view().ShowSheet(shown);
+}
+
+void LetterWindow::ShowRuler(bool shown) {
+  ruler_shown_ = shown;
+  view_->ShowRuler(shown);
+  if (preview_ != nullptr) preview_->view().ShowRuler(shown);
+}
+
+void LetterWindow::SetWidth(int twips) {
+  view_->ChangeWidth(twips > 0);
+  if (preview_ != nullptr) preview_->view().ChangeWidth(twips > 0);
+}
+
+void LetterWindow::SetCodes(const QStringList& names) {
+  codes_ = names;
+  editor().SetCodes(names);
+  if (preview_ != nullptr) preview_->editor().SetCodes(names);
+}
+
+bool LetterWindow::CanPreview() const {
+  const std::string& kind = letter_.members().Kind;
+  return kind == kTemplates || kind == kOwnerTemplates;
+}
+
+bool LetterWindow::Previewing() const {
+  return preview_ != nullptr && texts_->currentWidget() == preview_;
+}
+
+void LetterWindow::ShowPreview(bool letters) {
+  const bool wanted = letters && CanPreview();
+  if (wanted == Previewing()) return;
+  Guarded(session_.platform.dialogs, "frmLetter - cmdPreview_Click",
+          [&] { wanted ? BeginPreview() : EndPreview(); });
+  if (!Previewing()) bar_->ShowCodes();
+  setFocusProxy(&shown_editor());
+  shown_editor().setFocus();
+  ShowCaption();
+}
+
+void LetterWindow::BeginPreview() {
+  if (preview_ == nullptr) {
+    preview_ = new TemplatePreview(session_, *bar_, texts_);
+    preview_->view().ShowRuler(ruler_shown_);
+    preview_->editor().SetCodes(codes_);
+    texts_->addWidget(preview_);
+    connect(preview_, &TemplatePreview::LetterShown, this, &LetterWindow::ShowCaption);
+  }
+  preview_->editor().paper().SetLook(editor().paper().Look());
+  preview_->editor().paper().SetZoom(editor().paper().Zoom());
+  preview_->Begin(letter_);
+  texts_->setCurrentWidget(preview_);
+  surroundings_.ShowPage(*this);
+}
+
+void LetterWindow::EndPreview() {
+  const double zoom = preview_->editor().paper().Zoom();
+  if (zoom != editor().paper().Zoom()) editor().paper().SetZoom(zoom);
+  letter_.members().SearchText = preview_->letter().members().SearchText;
+  texts_->setCurrentWidget(view_);
+  preview_->End();
+}
+
+void LetterWindow::StepPreview(PreviewBar::Step step) {
+  if (Previewing()) preview_->Step(step);
+}
+
+void LetterWindow::RefreshPreview() {
+  if (Previewing()) preview_->Refresh();
+}
+
+std::optional<Recipient> LetterWindow::PreviewedRecipient() const {
+  return Previewing() ? preview_->Shown() : std::nullopt;
 }
 
 void LetterWindow::ShowLetter() {
@@ -95,10 +194,16 @@ QString LetterWindow::ShownName() const {
 
 void LetterWindow::ShowCaption() {
   if (!letter_.members().Changed) editor().MarkSaved();
+  bar_->setVisible(CanPreview());
+  leave_->setEnabled(Previewing());
+  QString title = ShownName();
+  if (const auto recipient = PreviewedRecipient()) {
+    title = tr("%1 – preview of %2").arg(title, QString::fromStdString(recipient->name));
+  }
   // In a title, "[*]" is where Qt marks what is changed, and "[*][*]" is that text itself.
   // The mark is in front, where neither a narrow tab nor a long title cuts it off.
   setWindowTitle(QStringLiteral("[*]") +
-                 ShownName().replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
+                 title.replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
   setWindowModified(letter_.members().Changed);
   emit CaptionChanged();
 }

@@ -1,14 +1,20 @@
-// One open letter or template in the main window: a frmLetter and the editor that shows it.
+// One open letter or template in the main window: a frmLetter and the editor that shows it. In a
+// template's, a bar above the text switches to the letters that the template makes.
 #pragma once
 
+#include <QShortcut>
+#include <QStackedWidget>
 #include <QString>
 #include <QWidget>
 #include <memory>
+#include <optional>
 
 #include "letters/frm_letter.h"
 #include "letters/letter_host.h"
 #include "ui/editor/letter_view.h"
 #include "ui/window/letter/page_finder.h"
+#include "ui/window/letter/preview_bar.h"
+#include "ui/window/letter/template_preview.h"
 
 namespace tenora {
 
@@ -27,6 +33,8 @@ class LetterWindow : public QWidget, private LetterHost {
     virtual bool IsOpen(const std::filesystem::path& path) = 0;
     // In twips; 0 if unknown.
     virtual int PaperWidth(const RichTextBox& letter) = 0;
+    // Shows the window's texts on the current printer's paper, where there is a printer.
+    virtual void ShowPage(LetterWindow& window) = 0;
   };
 
   // The surroundings must outlive the window.
@@ -37,6 +45,24 @@ class LetterWindow : public QWidget, private LetterHost {
   const frmLetter& letter() const { return letter_; }
   LetterView& view() { return *view_; }
   LetterEditor& editor() { return view_->editor(); }
+
+  // A template of letters to tenants or owners can be previewed.
+  bool CanPreview() const;
+  // While it is, the letter of a recipient is shown in place of the template, which stays as it is.
+  bool Previewing() const;
+  void ShowPreview(bool letters);
+  void StepPreview(PreviewBar::Step step);
+  // With the rental data as it is now.
+  void RefreshPreview();
+  // Whose letter is shown; none without a preview.
+  std::optional<Recipient> PreviewedRecipient() const;
+  // What is seen: the letter itself, or the one that is previewed.
+  frmLetter& shown_letter() { return Previewing() ? preview_->letter() : letter_; }
+  LetterEditor& shown_editor() { return Previewing() ? preview_->editor() : editor(); }
+
+  void ShowSheet(bool shown);
+  void ShowRuler(bool shown);
+  void SetCodes(const QStringList& names);
   // Shows what the letter is printed on; `stored`: the margins of the printer set-up.
   void ShowPage(const printing::Printer& printer, const PageMargins& stored);
   // Updates the editor and the caption from the letter, after loading and after merges.
@@ -64,7 +90,7 @@ class LetterWindow : public QWidget, private LetterHost {
   void FocusEditor() override { editor().setFocus(); }
   void BeforeSave() override {}  // the editor passes on each change as it is made
   void ShowCaption() override;
-  void SetWidth(int twips) override { view_->ChangeWidth(twips > 0); }
+  void SetWidth(int twips) override;
   void CloseLetter() override;
   void RefreshTree() override { surroundings_.RefreshTree(); }
   std::string InsertListName() override { return surroundings_.InsertListName(); }
@@ -73,14 +99,22 @@ class LetterWindow : public QWidget, private LetterHost {
   bool ConfirmReplace(const std::filesystem::path& path) override;
   bool ConfirmOverwrite(const std::filesystem::path& path) override;
   int PaperWidth() override { return surroundings_.PaperWidth(letter_.rtfLetter); }
+  void BeginPreview();
+  void EndPreview();
   // False unless the user answers Yes.
   bool Confirm(const std::string& question, Answer default_answer = Answer::kNo);
 
   Session& session_;
   Surroundings& surroundings_;
   frmLetter letter_;
+  PreviewBar* bar_;
+  QShortcut* leave_;  // the preview
+  QStackedWidget* texts_;
   LetterView* view_;
+  TemplatePreview* preview_ = nullptr;  // made at the first preview
   std::unique_ptr<PageFinder> pages_;
+  QStringList codes_;
+  bool ruler_shown_ = true;
   bool asked_ = false;  // whether it may be closed, and answered
   std::string name_while_untitled_;
 };

@@ -88,6 +88,7 @@ void LintPanel::Select(int row) {
   if (static_cast<std::size_t>(row) >= findings.size()) return;
   const TemplateFinding& finding = findings[static_cast<std::size_t>(row)];
   if (finding.position < 0) return;
+  letter_->ShowPreview(false);
   letter_->letter().rtfLetter.Select(finding.position, finding.length);
   letter_->ShowLetter();
 }

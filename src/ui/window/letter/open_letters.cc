@@ -176,6 +176,13 @@ void OpenLetters::WithActive(const std::function<void(frmLetter& letter)>& comma
   window->ShowLetter();
 }
 
+void OpenLetters::WithShown(const std::function<void(frmLetter& letter)>& command) {
+  LetterWindow* window = desk_.Active();
+  if (window == nullptr) return;
+  command(window->shown_letter());
+  window->shown_editor().ShowBox();
+}
+
 TemplateKind OpenLetters::CurrentList() const {
   const LetterWindow* window = desk_.Active();
   return window == nullptr ? TemplateKind::kTenant : ListFor(window->letter().members().Kind);
@@ -187,8 +194,8 @@ std::unique_ptr<LetterWindow> OpenLetters::MakeWindow() {
   std::unique_ptr<LetterWindow> window(new LetterWindow(session_, *this));
   spelling_.Underline(*window);
   window->letter().ChangeWidth(page_width_);
-  window->view().ShowSheet(pages_);
-  window->view().ShowRuler(ruler_shown_);
+  window->ShowSheet(pages_);
+  window->ShowRuler(ruler_shown_);
   QObject::connect(&window->view(), &LetterView::MarginsDragged, window.get(),
                    [this, window = window.get()](int left, int right) {
                      Guarded(session_.platform.dialogs, "frmMain - frmMain_MarginsDragged",
@@ -218,7 +225,7 @@ void OpenLetters::PutOnDesk(std::unique_ptr<LetterWindow> window) {
 }
 
 void OpenLetters::MarkCodes(LetterWindow& window) const {
-  window.editor().SetCodes(CodesFor(ListFor(window.letter().members().Kind), custom_fields_));
+  window.SetCodes(CodesFor(ListFor(window.letter().members().Kind), custom_fields_));
 }
 
 void OpenLetters::ShowPage(LetterWindow& window) {
@@ -256,12 +263,16 @@ void OpenLetters::WrapAtPageWidth(bool page_width) {
 
 void OpenLetters::ShowAsPages(bool pages) {
   pages_ = pages;
-  for (LetterWindow* window : desk_.Letters()) window->view().ShowSheet(pages);
+  for (LetterWindow* window : desk_.Letters()) window->ShowSheet(pages);
+}
+
+void OpenLetters::RefreshPreviews() {
+  for (LetterWindow* window : desk_.Letters()) window->RefreshPreview();
 }
 
 void OpenLetters::ShowRuler(bool shown) {
   ruler_shown_ = shown;
-  for (LetterWindow* window : desk_.Letters()) window->view().ShowRuler(shown);
+  for (LetterWindow* window : desk_.Letters()) window->ShowRuler(shown);
 }
 
 }  // namespace tenora

@@ -53,6 +53,9 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Runs a command on the letter in front and updates its window; does nothing without a letter.
   void WithActive(const std::function<void(frmLetter& letter)>& command);
 
+  // The same on what is seen of it, which may be the preview of a letter.
+  void WithShown(const std::function<void(frmLetter& letter)>& command);
+
   // The kind of codes for the letter in front; the tenants' if no letter is open.
   TemplateKind CurrentList() const;
 
@@ -63,6 +66,8 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Shows every letter on a sheet of its paper, or as text alone.
   void ShowAsPages(bool pages);
   void ShowRuler(bool shown);
+  // Shows previewed letters with the rental data as it is now.
+  void RefreshPreviews();
   // Is told the files that were dropped on a letter, or pasted into it, and are no pictures.
   void OnFilesGiven(std::function<void(const QStringList&)> take) {
     files_given_ = std::move(take);
@@ -77,6 +82,8 @@ class OpenLetters : private LetterWindow::Surroundings {
   std::string InsertListName() override;
   bool IsOpen(const std::filesystem::path& path) override { return OfFile(path) != nullptr; }
   int PaperWidth(const RichTextBox& letter) override { return printers_.PaperWidth(letter); }
+  // Sets the printer's paper and the stored margins, for the ruler and line wrapping.
+  void ShowPage(LetterWindow& window) override;
 
   // The kind of a letter in the library, and the tenancy that it was made for where that is known.
   std::string KindOfListed(const TreeModel::Entry& entry, std::string* tenant_code);
@@ -87,8 +94,6 @@ class OpenLetters : private LetterWindow::Surroundings {
   void Remember(const frmLetter& letter, std::string& known);
   // The letter must already be loaded.
   void PutOnDesk(std::unique_ptr<LetterWindow> window);
-  // Sets the printer's paper and the stored margins, for the ruler and line wrapping.
-  void ShowPage(LetterWindow& window);
   // In twips, as dragged on the ruler.
   void ChangeMargins(LetterWindow& window, int left, int right);
 

@@ -170,6 +170,7 @@ void frmMain::ConnectParts() {
   connect(&tree_commands_, &TreeCommands::Told, this, tell);
   connect(&rental_data_, &RentalDataLoad::Told, this, tell);
   connect(&rental_data_, &RentalDataLoad::Reloaded, tree_, &ctlTree::RefreshTree);
+  connect(&rental_data_, &RentalDataLoad::Reloaded, this, [this] { letters_.RefreshPreviews(); });
   connect(&rental_data_, &RentalDataLoad::CustomFieldsRead, this,
           [this](const CustomFieldCodes& codes) {
             letters_.SetCustomFields(codes);
@@ -280,7 +281,7 @@ void frmMain::ShowLetterState() {
   lint_panel_->SetLetter(front);
   const LetterMembers* const letter = front == nullptr ? nullptr : &front->letter().members();
   status_.Show(letter, letter == nullptr ? std::string() : WhichNamesake(*letter));
-  LetterEditor* editor = front == nullptr ? nullptr : &front->editor();
+  LetterEditor* editor = front == nullptr ? nullptr : &front->shown_editor();
   if (editor_actions_->Editor() == editor) return;
   editor_actions_->SetEditor(editor);
   if (front != nullptr) letters_.MarkCodes(*front);

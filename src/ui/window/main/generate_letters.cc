@@ -42,6 +42,15 @@ void GenerateLetters::Generate() {
   std::optional<Entry> entry = SelectedTemplate();
   if (!entry) entry = TemplateInFront();
   if (entry) return GenerateFrom(*entry, std::nullopt);
+  TellNoTemplate();
+}
+
+void GenerateLetters::GenerateFront(const Recipient& recipient) {
+  if (const auto entry = TemplateInFront()) return GenerateFrom(*entry, recipient);
+  TellNoTemplate();
+}
+
+void GenerateLetters::TellNoTemplate() {
   const LetterWindow* front = letters_.Active();
   const bool outside = front != nullptr && Generates(front->letter().members().Kind);
   session_.platform.dialogs.Say(outside

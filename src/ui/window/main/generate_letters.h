@@ -32,10 +32,14 @@ class GenerateLetters {
   void Generate();
   // Generates a letter to a tenant or owner, from the template in front or one the user chooses.
   void GenerateFor(const TreeModel::Entry& recipient);
+  // Generates from the template in front, with this recipient ticked.
+  void GenerateFront(const Recipient& recipient);
 
  private:
   std::optional<TreeModel::Entry> SelectedTemplate() const;
   std::optional<TreeModel::Entry> TemplateInFront() const;
+  // Says why there is no template to generate from.
+  void TellNoTemplate();
   std::optional<TreeModel::Entry> TemplateFor(const TreeModel::Entry& recipient);
   // Asks for recipients and destination; `preselected` is ticked initially.
   void GenerateFrom(const TreeModel::Entry& letter_template,

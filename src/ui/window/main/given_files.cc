@@ -51,6 +51,7 @@ void GivenFiles::Take(const QStringList& files) {
   // First, into the letter that is in front now. It gives back what is no picture.
   LetterWindow* const front = letters_.Active();
   if (front != nullptr && !perhaps_pictures.isEmpty()) {
+    front->ShowPreview(false);
     front->editor().InsertFiles(perhaps_pictures);
     front->ShowLetter();
   } else {

@@ -38,8 +38,15 @@ MainMenus::MainMenus(QMainWindow& window, const MenuParts& parts) : window_(wind
 }
 
 void MainMenus::ShowLetter(const LetterWindow* front) {
+  const bool previewing = front != nullptr && front->Previewing();
   for (QAction* action : std::as_const(letter_commands_)) action->setEnabled(front != nullptr);
-  insert_menus_->SetEnabled(front != nullptr);
+  for (QAction* action : std::as_const(writing_commands_)) {
+    action->setEnabled(front != nullptr && !previewing);
+  }
+  for (QAction* action : std::as_const(preview_commands_)) action->setEnabled(previewing);
+  preview_action_->setEnabled(front != nullptr && front->CanPreview());
+  preview_action_->setChecked(previewing);
+  insert_menus_->SetEnabled(front != nullptr && !previewing);
   const std::string kind = front == nullptr ? "" : front->letter().members().Kind;
   mail_action_->setEnabled(kind == kTenantLetter || kind == kOwnerLetter);
   DisplayInsertMenu();
@@ -79,6 +86,23 @@ QAction* MainMenus::LetterCommand(QMenu* menu, const char* name, const QString& 
   return action;
 }
 
+QAction* MainMenus::ReadingCommand(QMenu* menu, const char* name, const QString& text,
+                                   const Look& look,
+                                   const std::function<void(frmLetter& letter)>& command) {
+  QAction* action =
+      Command(menu, name, text, look, [this, command] { parts_.letters.WithShown(command); });
+  letter_commands_ << action;
+  return action;
+}
+
+QAction* MainMenus::WritingCommand(QMenu* menu, const char* name, const QString& text,
+                                   const Look& look,
+                                   const std::function<void(frmLetter& letter)>& command) {
+  QAction* action = LetterCommand(menu, name, text, look, command);
+  writing_commands_ << action;
+  return action;
+}
+
 void MainMenus::BuildFileMenu() {
   QMenu* file = AddMenu("mnuFile", tr("&File"));
   QMenu* fresh = file->addMenu(LineIcon("new"), tr("&New"));
@@ -111,13 +135,14 @@ void MainMenus::BuildFileMenu() {
                 [](frmLetter& letter) { letter.CloseForm(); })
       ->setShortcuts(QKeySequence::Close);
   file->addSeparator();
-  print_action_ = LetterCommand(file, "mnuPrint", tr("&Print…"), {"print", QKeySequence::Print},
-                                [this](frmLetter& letter) { parts_.output.Print(letter); });
-  LetterCommand(file, "mnuPrintPreview", tr("Print Pre&view"),
-                {"preview", QKeySequence(tr("Ctrl+Shift+P"))},
-                [this](frmLetter& letter) { parts_.output.Preview(letter, &window_); });
-  LetterCommand(file, "mnuExportPdf", tr("Expor&t as PDF…"), {"pdf"},
-                [this](frmLetter& letter) { parts_.output.ExportPdf(letter); });
+  print_action_ =
+      Command(file, "mnuPrint", tr("&Print…"), {"print", QKeySequence::Print}, [this] { Print(); });
+  letter_commands_ << print_action_;
+  ReadingCommand(file, "mnuPrintPreview", tr("Print Pre&view"),
+                 {"preview", QKeySequence(tr("Ctrl+Shift+P"))},
+                 [this](frmLetter& letter) { parts_.output.Preview(letter, &window_); });
+  WritingCommand(file, "mnuExportPdf", tr("Expor&t as PDF…"), {"pdf"},
+                 [this](frmLetter& letter) { parts_.output.ExportPdf(letter); });
   mail_action_ = LetterCommand(file, "mnuEmail", tr("E-&mail this Letter…"),
                                {"mail", QKeySequence(tr("Ctrl+Shift+E"))},
                                [this](frmLetter& letter) { parts_.output.Email(letter); });
@@ -136,6 +161,15 @@ void MainMenus::BuildFileMenu() {
   Command(file, "mnuExit", tr("E&xit"), {nullptr, QKeySequence::Quit}, [this] {
     window_.close();
   })->setMenuRole(QAction::QuitRole);
+}
+
+void MainMenus::Print() {
+  const LetterWindow* front = parts_.letters.Active();
+  if (front == nullptr) return;
+  if (const auto previewed = front->PreviewedRecipient()) {
+    return parts_.generate.GenerateFront(*previewed);
+  }
+  parts_.letters.WithActive([this](frmLetter& letter) { parts_.output.Print(letter); });
 }
 
 void MainMenus::BuildRecentMenu(QMenu& file) {
@@ -189,16 +223,16 @@ void MainMenus::BuildEditMenu() {
   QMenu* edit = AddMenu("mnuEdit", tr("&Edit"));
   edit->addActions(parts_.editor_actions.EditActions());
   edit->addSeparator();
-  LetterCommand(edit, "mnuFind", tr("&Find…"), {"find", QKeySequence::Find},
-                [this](frmLetter& letter) {
-                  letter.Find();
-                  parts_.find_panel.SetText(QString::fromStdString(letter.members().SearchText));
-                });
-  LetterCommand(edit, "mnuFindAgain", tr("Find A&gain"), {nullptr, QKeySequence(tr("F3"))},
-                [this](frmLetter& letter) {
-                  if (parts_.find_panel.isVisible()) return parts_.find_panel.FindNext();
-                  letter.FindAgain();
-                });
+  ReadingCommand(edit, "mnuFind", tr("&Find…"), {"find", QKeySequence::Find},
+                 [this](frmLetter& letter) {
+                   letter.Find();
+                   parts_.find_panel.SetText(QString::fromStdString(letter.members().SearchText));
+                 });
+  ReadingCommand(edit, "mnuFindAgain", tr("Find A&gain"), {nullptr, QKeySequence(tr("F3"))},
+                 [this](frmLetter& letter) {
+                   if (parts_.find_panel.isVisible()) return parts_.find_panel.FindNext();
+                   letter.FindAgain();
+                 });
   LetterCommand(edit, "mnuFindPrevious", tr("Find Pre&vious"),
                 {nullptr, QKeySequence(tr("Shift+F3"))},
                 [this](frmLetter&) { parts_.find_panel.FindPrevious(); });
@@ -213,12 +247,41 @@ void MainMenus::BuildViewMenu() {
   view->addSeparator();
   view->addActions(parts_.editor_actions.ViewActions());
   view->addSeparator();
+  BuildPreviewMenu(*view);
   Command(view, "mnuRefresh", tr("&Refresh Tree"), {"refresh", QKeySequence::Refresh}, [this] {
     parts_.rental_data.LoadIfChanged();
     parts_.tree.RefreshTree();
+    parts_.letters.RefreshPreviews();
   });
   Command(view, "mnuSearchTree", tr("&Search Tree"), {"find", QKeySequence(tr("Ctrl+Shift+F"))},
           [this] { parts_.tree.FocusSearch(); });
+}
+
+void MainMenus::BuildPreviewMenu(QMenu& view) {
+  QMenu* preview = view.addMenu(LineIcon("merged"), tr("&Preview of Letters"));
+  preview->setObjectName(QStringLiteral("mnuPreview"));
+  preview_action_ =
+      Command(preview, "mnuPreviewLetters", tr("&Show Letters"),
+              {nullptr, QKeySequence(tr("F9")), tr("The letters that the template in front makes")},
+              [this] {
+                LetterWindow* letter = parts_.letters.Active();
+                if (letter != nullptr) letter->ShowPreview(!letter->Previewing());
+                // Where it could not be shown.
+                ShowLetter(letter);
+              });
+  preview_action_->setCheckable(true);
+  preview->addSeparator();
+  const auto add = [&](const char* name, const QString& text, const QString& keys,
+                       PreviewBar::Step step) {
+    preview_commands_ << Command(preview, name, text, {nullptr, QKeySequence(keys)}, [this, step] {
+      if (LetterWindow* letter = parts_.letters.Active()) letter->StepPreview(step);
+    });
+  };
+  add("mnuFirstRecipient", tr("&First Recipient"), tr("Alt+Home"), PreviewBar::Step::kFirst);
+  add("mnuPreviousRecipient", tr("&Previous Recipient"), tr("Alt+PgUp"),
+      PreviewBar::Step::kPrevious);
+  add("mnuNextRecipient", tr("&Next Recipient"), tr("Alt+PgDown"), PreviewBar::Step::kNext);
+  add("mnuLastRecipient", tr("&Last Recipient"), tr("Alt+End"), PreviewBar::Step::kLast);
 }
 
 void MainMenus::BuildInsertMenu() {
@@ -247,12 +310,12 @@ void MainMenus::BuildInsertMenu() {
               }});
   insert->addSeparator();
   insert->addAction(parts_.editor_actions.InsertActions().first());  // a table
-  LetterCommand(insert, "mnuInsertPicture", tr("Pi&cture…"), {},
-                [](frmLetter& letter) { letter.InsertPicture(); });
-  LetterCommand(insert, "mnuInsertExcel", tr("&Spreadsheet…"), {},
-                [](frmLetter& letter) { letter.InsertExcel(); });
-  LetterCommand(insert, "mnuInsertObject", tr("&File as Object…"), {},
-                [](frmLetter& letter) { letter.InsertOLEObject(); });
+  WritingCommand(insert, "mnuInsertPicture", tr("Pi&cture…"), {},
+                 [](frmLetter& letter) { letter.InsertPicture(); });
+  WritingCommand(insert, "mnuInsertExcel", tr("&Spreadsheet…"), {},
+                 [](frmLetter& letter) { letter.InsertExcel(); });
+  WritingCommand(insert, "mnuInsertObject", tr("&File as Object…"), {},
+                 [](frmLetter& letter) { letter.InsertOLEObject(); });
   LetterCommand(insert, "mnuSaveEmbedded", tr("Sa&ve Embedded File…"), {},
                 [](frmLetter& letter) { letter.SaveEmbeddedFile(); });
   insert->addAction(parts_.editor_actions.InsertActions().last());  // a page break
@@ -284,8 +347,8 @@ void MainMenus::BuildToolsMenu() {
             if (parts_.keeper.OfferLeft(&window_)) return;
             parts_.session.platform.dialogs.Say("There are no unsaved letters.");
           });
-  LetterCommand(tools, "mnuSpelling", tr("&Spelling…"), {"spelling", QKeySequence(tr("F7"))},
-                [this](frmLetter& letter) { parts_.spelling.Check(letter); });
+  WritingCommand(tools, "mnuSpelling", tr("&Spelling…"), {"spelling", QKeySequence(tr("F7"))},
+                 [this](frmLetter& letter) { parts_.spelling.Check(letter); });
   letter_commands_ << Command(
       tools, "mnuCheckTemplate", tr("&Check Template"), {"check", QKeySequence(tr("F8"))}, [this] {
         LetterWindow* letter = parts_.letters.Active();

@@ -78,9 +78,14 @@ class MainMenus : public QObject {
 
   // A menu command named "mnuPrint"; an error in it is shown under "frmMain - mnuPrint_Click".
   QAction* Command(QMenu* menu, const char* name, const QString& text, const Look& look, Body body);
-  // A command on the letter in front; disabled without one.
+  // A command on the letter in front; disabled without one. One that reads a letter is for what is
+  // seen, the preview too; one that writes is disabled during a preview.
   QAction* LetterCommand(QMenu* menu, const char* name, const QString& text, const Look& look,
                          const std::function<void(frmLetter& letter)>& command);
+  QAction* ReadingCommand(QMenu* menu, const char* name, const QString& text, const Look& look,
+                          const std::function<void(frmLetter& letter)>& command);
+  QAction* WritingCommand(QMenu* menu, const char* name, const QString& text, const Look& look,
+                          const std::function<void(frmLetter& letter)>& command);
 
   QMenu* AddMenu(const char* name, const QString& title);
   void BuildFileMenu();
@@ -99,6 +104,9 @@ class MainMenus : public QObject {
   void BuildFormatBar();
   // Lists the open letters at the end of the window menu, with a check mark on the one in front.
   void ListLetters(QMenu& windows);
+  void BuildPreviewMenu(QMenu& view);
+  // Prints the letter in front. One that is previewed is generated, which prints it as it is then.
+  void Print();
   // Starts a template of the kind whose codes the insert menus show.
   void StartNewInList();
 
@@ -106,12 +114,15 @@ class MainMenus : public QObject {
   MenuParts parts_;
   QComboBox* insert_combo_ = nullptr;
   std::unique_ptr<InsertMenus> insert_menus_;
-  QList<QAction*> letter_commands_;  // disabled without a letter
-  QList<QAction*> listed_letters_;   // the letters in the window menu, as last shown
+  QList<QAction*> letter_commands_;   // disabled without a letter
+  QList<QAction*> writing_commands_;  // of those, disabled while a letter is only looked at
+  QList<QAction*> preview_commands_;  // disabled without a preview
+  QList<QAction*> listed_letters_;    // the letters in the window menu, as last shown
   QAction* format_action_ = nullptr;
   QAction* generate_action_ = nullptr;
   QAction* mail_action_ = nullptr;
   QAction* print_action_ = nullptr;
+  QAction* preview_action_ = nullptr;
 };
 
 }  // namespace tenora

@@ -131,9 +131,7 @@ QWidget* frmUnsavedLetters::MakeVersion(Version& version, const char* name,
   LetterEditor& editor = version.view->editor();
   editor.setObjectName(name);
   editor.setAccessibleName(accessible_name);
-  editor.setReadOnly(true);
-  editor.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  editor.setTabChangesFocus(true);
+  version.view->MakeReadOnly();
   editor.paper().SetZoom(kZoom);
   auto* layout = new QVBoxLayout(side);
   layout->setContentsMargins(0, 0, 0, 0);
