@@ -13,6 +13,7 @@
 #include "letters/check/paper_check.h"
 #include "letters/letter_check.h"
 #include "letters/letter_host.h"
+#include "letters/template_library.h"
 #include "letters/unsaved_letter.h"
 #include "merge/merge_target.h"
 #include "merge/owner_merge.h"
@@ -67,7 +68,7 @@ class frmLetter {
 
   // Puts a merge code at the caret; "Future Date" and "Prompt Message" ask for theirs. In a
   // generated tenant or owner letter the code is filled at once. Errors skip the step they happen
-  // in.
+  // in. What only conditions and lists have is for templates, which is said.
   void InsertItem(std::string_view name);
 
   // Puts the beginning and the end of a condition or repetition around the selection, in a
@@ -145,6 +146,10 @@ class frmLetter {
 
  private:
   std::string KindWord() const;
+  // Of tenants' or owners' letters.
+  bool IsTemplate() const {
+    return members_.Kind == kTemplates || members_.Kind == kOwnerTemplates;
+  }
   enum class Making { kNothing, kMissing };
   std::filesystem::path LetterFolder(Making making = Making::kNothing) const;
   void RenameInCase(const std::filesystem::path& path);

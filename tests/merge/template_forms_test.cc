@@ -267,6 +267,22 @@ TEST_F(TemplateFormsTest, EndTheLedgerWithTheBalanceOwing) {
   }
 }
 
+TEST_F(TemplateFormsTest, SayWhatTheAccountDoesNotCount) {
+  session_.database.OpenDatabase();
+  session_.database.ExecuteSQL("delete from rent_periods where tenant_code = 'T00001'");
+  session_.database.CloseDatabase();
+  long paid = 0;
+  for (const test::SampleRow& payment : test::SampleTable("revenues")) {
+    if (payment.at("tenant_code") == "T00001" && payment.at("revenue group") != "BOND") {
+      paid += std::lround(std::atof(payment.at("amount").c_str()));
+    }
+  }
+  EXPECT_EQ(Merge(Rtf(R"(<<Each Ledger Entry where Entry Charge > 0>><<Entry Text>>: )"
+                      R"(<<Entry Charge:whole>> <<Running Balance>><<End Each>> <<Balance Owing>>)"
+                      R"(\par )")),
+            "Payments without rent periods, not counted: " + std::to_string(paid) + " 0.00 0.00/");
+}
+
 TEST_F(TemplateFormsTest, FindWhatIsWrong) {
   struct Case {
     const char* body;

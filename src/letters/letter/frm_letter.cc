@@ -32,6 +32,8 @@ namespace fs = std::filesystem;
 constexpr std::size_t kLongestTitle = 120;  // characters
 constexpr int kNewLetterMargin = 1134;      // twips: 2 cm
 constexpr std::string_view kExtension = ".rtf";
+constexpr const char* kOnlyInTemplates =
+    "Conditions and lists are only available in template letters.";
 constexpr const char* kPictureTitle = "Picture File";
 constexpr const char* kPictureFilter =
     "PNG and JPEG pictures|*.png;*.jpg;*.jpeg|"
@@ -170,6 +172,9 @@ void frmLetter::InsertItem(std::string_view name) {
     IgnoringErrors([&] { host_.ShowFutureDateDialog(rtfLetter); });
   } else if (name == kPromptMessageItem) {
     if (!InsertPromptMessage()) return;
+  } else if (!IsTemplate() && (TemplateForms::IsForm(name, TemplateKind::kTenant) ||
+                               TemplateForms::IsForm(name, TemplateKind::kOwner))) {
+    session_.platform.dialogs.Say(kOnlyInTemplates);
   } else {
     InsertCode(name);
   }
@@ -192,10 +197,7 @@ bool frmLetter::InsertPromptMessage() {
 }
 
 void frmLetter::InsertForm(std::string_view open, std::string_view close) {
-  if (members_.Kind != kTemplates && members_.Kind != kOwnerTemplates) {
-    session_.platform.dialogs.Say("Conditions and lists are only available in template letters.");
-    return;
-  }
+  if (!IsTemplate()) return session_.platform.dialogs.Say(kOnlyInTemplates);
   IgnoringErrors([&] {
     const int start = rtfLetter.SelStart(), length = rtfLetter.SelLength();
     rtfLetter.Select(start + length, 0);
