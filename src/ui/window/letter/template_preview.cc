@@ -14,7 +14,7 @@
 namespace tenora {
 namespace {
 
-constexpr int kFindingsWidth = 260, kFindingsHeight = 76;  // pixels
+constexpr int kFindingsWidth = 260, kFindingsHeight = 64;  // pixels
 // Narrower, the findings are below the letter, which would be cut off.
 constexpr int kWide = 1080;
 
@@ -35,6 +35,7 @@ TemplatePreview::TemplatePreview(Session& session, PreviewBar& bar, QWidget* par
   findings_->setWordWrap(true);
   findings_->setAlternatingRowColors(true);
   findings_->setFrameShape(QFrame::NoFrame);
+  findings_->setMinimumHeight(2 * findings_->fontMetrics().lineSpacing());  // it scrolls
   findings_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   connect(findings_, &QListWidget::itemActivated, this,
           [this](const QListWidgetItem* item) { Select(*item); });
