@@ -183,6 +183,21 @@ TEST_F(Tables, RepeatTheirHeaderOnEveryPage) {
   EXPECT_EQ(paper.ends.back(), 5 + 9 * 5 + 51 * 6 + 6) << "headers count once";
 }
 
+TEST_F(Tables, LeaveNoHeaderAloneAtThePagesFoot) {
+  Row header = RowOf({"heading"}), body = RowOf({"first"});
+  header.header = true;
+  header.height = body.height = 1000;
+  // The header itself would fit below the text.
+  auto table = std::make_shared<Table>(Table{{header, body}});
+  richtext::ParagraphFormat tall;
+  tall.line_spacing = -5000;
+  const Paper paper =
+      Print(DocumentOf({Line("above", tall), table}), folder_, kTextWidth, 5000 + 1500);
+  EXPECT_EQ(paper.Find("above").page, 1);
+  EXPECT_EQ(paper.Find("heading").page, 2);
+  EXPECT_EQ(paper.Find("first").page, 2);
+}
+
 TEST_F(Tables, DivideARowThatIsTallerThanThePage) {
   Row row = RowOf({"", "short"});
   row.cells[0].blocks.clear();

@@ -304,6 +304,8 @@ std::optional<BlockStrips> BlockLayout::NextRows(const richtext::Table& table) {
   }
   Pass(rows.strips);
   if (!header_open_ && !header_->empty()) rows.header = header_;
+  // Nothing stands below a table's header that is alone at the foot of a page.
+  rows.keep_with_next = header_open_ && row_ < table.rows.size();
   return rows;
 }
 
