@@ -56,6 +56,17 @@ class GenerationObserver {
   virtual bool StopAsked() { return false; }
 };
 
+// What a run leaves of all its letters together.
+struct MergedFiles {
+  std::filesystem::path pdf;           // empty: none
+  std::size_t letters = 0, pages = 0;  // in the PDF
+  std::vector<LetterReport> left_out;  // of the PDF; `problem` says why
+  std::filesystem::path post_list;     // empty: none
+  std::vector<std::string> problems;   // why there is none that was asked for
+
+  bool whole() const { return left_out.empty() && problems.empty(); }
+};
+
 // How the run ended.
 struct GenerationSummary {
   std::size_t asked = 0;                 // recipients of the run, with those of earlier attempts
@@ -68,6 +79,7 @@ struct GenerationSummary {
   bool stopped = false;  // by StopAsked, an error with kStop, or a mail server that does not answer
   bool composed = false;  // mailed means: opened in the mail program, for the user to send
   std::filesystem::path log;
+  MergedFiles merged;
 
   std::size_t untouched() const {
     return asked - done - failed.size() - in_doubt.size() - held.size() - no_address.size();

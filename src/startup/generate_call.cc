@@ -52,8 +52,8 @@ std::string GenerateCall::Complaint() const {
   }
   if (filter.by_property && !owners) return "--by-property goes with --owners";
   if (!resume.empty()) {
-    const bool more =
-        choosing || list || !template_name.empty() || !subject.empty() || !answers.empty() || pdf;
+    const bool more = choosing || list || !template_name.empty() || !subject.empty() ||
+                      !answers.empty() || pdf || !one_pdf.empty() || duplex || !post_list.empty();
     return more ? "--resume takes everything from the run log; "
                   "only --printer and --send-held may be given with it"
                 : "";
@@ -71,6 +71,13 @@ std::string GenerateCall::Complaint() const {
   if (!to_email && !subject.empty()) return "--subject goes with --to email";
   if (!printer.empty() && To() != Destination::kPrinter) {
     return "--printer goes with --to printer";
+  }
+  if (duplex && one_pdf.empty()) return "--duplex goes with --one-pdf";
+  if (!one_pdf.empty() && !EndsWithNoCase(one_pdf, ".pdf")) {
+    return "--one-pdf needs a name that ends in \".pdf\"";
+  }
+  if (!post_list.empty() && !EndsWithNoCase(post_list, ".csv")) {
+    return "--csv needs a name that ends in \".csv\"";
   }
   for (const std::string& answer : answers) {
     if (answer.find('=') == 0 || answer.find('=') == std::string::npos) {
@@ -108,6 +115,13 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
   AddRepeated(app, "--answer", call.answers,
               "\"prompt=text\": the answer to a prompt for all letters; others are asked");
   app.add_flag("--pdf", call.pdf, "Save a PDF beside each letter");
+  app.add_option("--one-pdf", call.one_pdf,
+                 "A new PDF file of all letters, in the order of the list, with a bookmark each");
+  app.add_flag(
+      "--duplex", call.duplex,
+      "With --one-pdf: each letter begins on a front side, after an empty page if need be");
+  app.add_option("--csv", call.post_list,
+                 "A new file that lists the letters, with addresses and what became of each");
   app.add_option("--printer", call.printer, "The printer; without it, the default one");
   app.add_flag("--list", call.list, "Print the recipients and make nothing");
   app.add_option("--columns", call.columns,

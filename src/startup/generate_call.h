@@ -28,7 +28,8 @@ struct GenerateCall {
   bool descending = false;
   std::string subject, printer, resume, forget;
   std::vector<std::string> answers;
-  bool pdf = false, send_held = false, unfinished = false;
+  std::string one_pdf, post_list;
+  bool pdf = false, duplex = false, send_held = false, unfinished = false;
 
   std::string_view Kind() const;
   Destination To() const;

@@ -15,6 +15,7 @@
 #include "platform/dialogs/guard.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 #include "startup/generate_call.h"
 #include "startup/generate_dialogs.h"
@@ -91,7 +92,7 @@ class GenerateCommand {
                              [&](const Caches& caches) { return Chosen(caches); });
     dialogs_.Before(nullptr);
     progress_.ShowSummary(summary, destination);
-    return summary.complete() && all_known_ ? kDone : kFailed;
+    return summary.complete() && summary.merged.whole() && all_known_ ? kDone : kFailed;
   }
 
  private:
@@ -206,6 +207,21 @@ class GenerateCommand {
     return request;
   }
 
+  // A file that is already there is never replaced: it may be that of the last run. Only resuming
+  // the run that made it does that.
+  static std::optional<std::filesystem::path> NewFile(const std::string& name) {
+    if (name.empty()) return std::nullopt;
+    const std::filesystem::path file = std::filesystem::absolute(name);
+    RequireFolder(file.parent_path());
+    std::error_code error;
+    const auto type = std::filesystem::symlink_status(file, error).type();
+    if (type != std::filesystem::file_type::not_found) {
+      throw StandardError(error_number::kFileAlreadyExists,
+                          file.string() + "; nothing was done. Give the new file another name");
+    }
+    return file;
+  }
+
   GenerationRequest AskedRequest() {
     GenerationRequest request;
     request.template_kind = call_.Kind();
@@ -213,6 +229,9 @@ class GenerateCommand {
     request.destination = call_.To();
     request.subject = call_.subject;
     request.pdf = call_.pdf;
+    request.one_pdf = NewFile(call_.one_pdf);
+    request.duplex = call_.duplex;
+    request.post_list = NewFile(call_.post_list);
     if (!call_.answers.empty()) {
       request.answers = MatchAnswers(call_.answers, PromptsOf(request));
     }

@@ -8,6 +8,7 @@
 
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/conversion.h"
+#include "platform/runtime/csv_field.h"
 #include "platform/runtime/format.h"
 #include "platform/runtime/nearest_name.h"
 #include "platform/runtime/text.h"
@@ -66,11 +67,6 @@ std::string PlainText(const Fact& fact) {
   if (const auto* date = std::get_if<Date>(&fact)) return DayText(*date);
   if (const auto* yes = std::get_if<bool>(&fact)) return *yes ? "yes" : "no";
   return {};
-}
-
-std::string CsvField(const std::string& text) {
-  if (text.find_first_of("\",\r\n") == std::string::npos) return text;
-  return '"' + ReplaceAll(text, "\"", "\"\"") + '"';
 }
 
 std::string JsonText(std::string_view text) {

@@ -71,6 +71,24 @@ void WriteWithoutAddress(std::ostream& output, const GenerationSummary& summary)
          "run.\n";
 }
 
+void WriteMerged(std::ostream& output, const GenerationSummary& summary) {
+  const MergedFiles& merged = summary.merged;
+  if (!merged.pdf.empty()) {
+    output << "One PDF of " << LettersText(merged.letters) << ", " << merged.pages
+           << (merged.pages == 1 ? " page: " : " pages: ") << TerminalLine(merged.pdf.string())
+           << "\n";
+  }
+  for (const LetterReport& report : merged.left_out) {
+    output << "Not in the PDF: " << RecipientText(report) << ": " << TerminalLine(report.problem)
+           << "\n";
+  }
+  for (const std::string& problem : merged.problems) output << TerminalLine(problem) << "\n";
+  if (!merged.whole()) {
+    output << "To make it again: tenora generate --resume " << ShellWord(summary.log.string())
+           << "\n";
+  }
+}
+
 }  // namespace
 
 std::string LettersText(std::size_t count) {
@@ -117,6 +135,7 @@ void WriteSummary(std::ostream& output, const GenerationSummary& summary, Destin
     output << "To make the missing letters: tenora generate --resume "
            << ShellWord(summary.log.string()) << "\n";
   }
+  WriteMerged(output, summary);
   output << std::flush;
 }
 

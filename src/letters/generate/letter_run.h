@@ -57,6 +57,8 @@ class LetterRun {
   bool Fail(LetterReport report, const std::string& problem);
   void SyncGroup();
   void EndJob();
+  // Makes what was asked of all letters together. Errors become problems of the summary.
+  void MergeAll();
   void Finish();
   GenerationSummary Summary() const;
 
@@ -80,6 +82,7 @@ class LetterRun {
   int in_doubt_ = 0;     // letters in a row of which the server did not say whether it took them
   int unread_ = 0;       // letters in a row for which the database could not be read
   bool stopped_ = false;
+  MergedFiles merged_;
 };
 
 }  // namespace tenora

@@ -90,6 +90,12 @@ std::string Line(std::initializer_list<std::string_view> fields) {
 
 std::string TimeText(Date time) { return FormatDate(time, "yyyy-mm-dd hh:nn:ss"); }
 
+// A file of all letters together: where it goes the person who asked for the run has said, who is
+// not always the one who resumes it.
+bool IsMergedFile(const std::filesystem::path& path, std::string_view ending) {
+  return path.empty() || (path.is_absolute() && EqualsNoCase(path.extension().string(), ending));
+}
+
 class Reader {
  public:
   explicit Reader(std::string_view text) : rest_(text) {}
@@ -182,6 +188,12 @@ class Reader {
       request.printer = value;
     } else if (word == "pdf" && (value == "yes" || value == "no")) {
       request.pdf = value == "yes";
+    } else if (word == "one pdf" && IsMergedFile(value, ".pdf")) {
+      request.one_pdf = value;
+    } else if (word == "duplex" && value == "yes") {
+      request.duplex = true;
+    } else if (word == "post list" && IsMergedFile(value, ".csv")) {
+      request.post_list = value;
     } else if (word == "started") {
       run_.started = value;
       attempt_ = value;
@@ -253,6 +265,9 @@ std::string RunLogHead(const LoggedRun& run, Date now) {
   if (request.destination == Destination::kEmail) text += Line({"subject", request.subject});
   if (request.destination == Destination::kPrinter) text += Line({"printer", request.printer});
   text += Line({"pdf", request.pdf ? "yes" : "no"});
+  if (request.one_pdf) text += Line({"one pdf", request.one_pdf->string()});
+  if (request.duplex) text += Line({"duplex", "yes"});
+  if (request.post_list) text += Line({"post list", request.post_list->string()});
   for (const auto& [prompt, answer] : request.answers) text += RunLogAnswer(prompt, answer);
   for (std::size_t i = 0; i < request.recipients.size(); ++i) {
     const Recipient& recipient = request.recipients[i];

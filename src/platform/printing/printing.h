@@ -86,6 +86,22 @@ class PdfBatch : public virtual Printer {
   virtual std::vector<std::string> TakeFiles() = 0;
 };
 
+// Prints many documents into one PDF file, in which each has a bookmark of its title. Only what the
+// pages share, as fonts, is held in memory.
+class PdfBook : public virtual Printer {
+ public:
+  // `title` is the file's. With `front_sides` an empty page follows a document that ends on a front
+  // side, if there is a next one, so that on both sides of the paper each begins a sheet.
+  static std::unique_ptr<PdfBook> Create(const std::filesystem::path& target,
+                                         const std::string& title, bool front_sides);
+  // So far, with empty ones. To cancel a document drops all before it too: a page once begun cannot
+  // be taken back.
+  virtual std::size_t Pages() const = 0;
+  // Writes the file, whole or not at all; one of its name is replaced. Raises the errors of
+  // FileError, and 482 (Printer error) where there is no document.
+  virtual void Finish() = 0;
+};
+
 struct PrinterOptions {
   std::string default_printer;       // TENORA_PRINTER; empty: the system's default
   std::filesystem::path pdf_target;  // TENORA_PDF: a folder, or a file when it ends in ".pdf"

@@ -1,43 +1,18 @@
 #include "platform/printing/pdf/pdf_splitter.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdio>
 #include <map>
 #include <optional>
 #include <utility>
 
-#include "platform/runtime/error.h"
-#include "platform/runtime/text.h"
+#include "platform/printing/pdf/pdf_syntax.h"
 
 namespace tenora::printing {
 namespace {
 
-constexpr std::size_t kEntrySize = 20;  // of the table of objects: "0000000015 00000 n \n"
 constexpr std::size_t kInfo = 1, kCatalogue = 2, kPageRoot = 3;  // their numbers in every file
 
-[[noreturn]] void Unreadable(const char* what) {
-  throw StandardError(error_number::kPrinterError,
-                      std::string("cannot split the pages (") + what + ")");
-}
-
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-std::size_t NumberAt(std::string_view text) {
-  std::size_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc()) Unreadable("no number");
-  return number;
-}
-
-// The number after the last such word.
-std::size_t NumberBehind(std::string_view text, std::string_view word) {
-  const std::size_t at = text.rfind(word);
-  if (at == std::string_view::npos) Unreadable("an entry is missing");
-  text.remove_prefix(at + word.size());
-  text.remove_prefix(std::min(text.find_first_not_of(" \n"), text.size()));
-  return NumberAt(text);
-}
 
 // Calls `use` with the text between references and each reference's object number in turn; the last
 // text has none after it.
@@ -50,7 +25,8 @@ void ForEachReference(std::string_view text, Use&& use) {
     std::size_t start = at;
     while (start > done && IsDigit(text[start - 1])) --start;
     if (start == at) continue;
-    use(text.substr(done, start - done), std::optional(NumberAt(text.substr(start, at - start))));
+    use(text.substr(done, start - done),
+        std::optional(PdfNumberAt(text.substr(start, at - start))));
     done = at + kBehind.size();
   }
   use(text.substr(done), std::nullopt);
@@ -60,16 +36,6 @@ void ForEachReference(std::string_view text, Use&& use) {
 std::string_view Dictionary(std::string_view object) {
   constexpr std::string_view kStream = "\nstream\n";
   return object.substr(0, std::min(object.find(kStream), object.size()));
-}
-
-std::string HexString(std::string_view utf8) {
-  std::string hex = "<FEFF";
-  for (const char16_t unit : ToUtf16(utf8)) {
-    char digits[5];
-    std::snprintf(digits, sizeof digits, "%04X", static_cast<unsigned>(unit));
-    hex += digits;
-  }
-  return hex + ">";
 }
 
 // A file being written, with the table of its objects.
@@ -90,9 +56,7 @@ class Writer {
     const std::size_t table = text_.size();
     Add("xref\n0 " + std::to_string(starts_.size()) + "\n0000000000 65535 f \n");
     for (std::size_t number = 1; number < starts_.size(); ++number) {
-      char entry[kEntrySize + 1];
-      std::snprintf(entry, sizeof entry, "%010zu 00000 n \n", starts_[number]);
-      Add(entry);
+      Add(PdfEntry(starts_[number]));
     }
     Add("trailer\n<<\n/Size " + std::to_string(starts_.size()) + "\n/Info ");
     AddReference(kInfo);
@@ -111,16 +75,17 @@ class Writer {
 
 PdfSplitter::PdfSplitter(std::string pdf) : pdf_(std::move(pdf)) {
   const std::string_view text = pdf_;
-  const std::size_t table = NumberBehind(text, "startxref");
+  const std::size_t table = PdfNumberBehind(text, "startxref");
   constexpr std::string_view kHead = "xref\n0 ";
-  if (table >= text.size() || !text.substr(table).starts_with(kHead)) Unreadable("no table");
-  const std::size_t count = NumberAt(text.substr(table + kHead.size()));
+  if (table >= text.size() || !text.substr(table).starts_with(kHead)) UnreadablePdf("no table");
+  const std::size_t count = PdfNumberAt(text.substr(table + kHead.size()));
   const std::size_t entries = text.find('\n', table + kHead.size()) + 1;
-  if (entries == 0 || count > (text.size() - entries) / kEntrySize) Unreadable("table cut short");
+  if (entries == 0 || count > (text.size() - entries) / kPdfEntrySize)
+    UnreadablePdf("table cut short");
   for (std::size_t number = 0; number < count; ++number) {
-    const std::string_view entry = text.substr(entries + number * kEntrySize, kEntrySize);
-    starts_.push_back(entry[kEntrySize - 3] == 'n' ? NumberAt(entry) : 0);
-    if (starts_.back() > table) Unreadable("an object outside");
+    const std::string_view entry = text.substr(entries + number * kPdfEntrySize, kPdfEntrySize);
+    starts_.push_back(entry[kPdfEntrySize - 3] == 'n' ? PdfNumberAt(entry) : 0);
+    if (starts_.back() > table) UnreadablePdf("an object outside");
   }
   std::vector<std::size_t> order = starts_;
   order.push_back(table);
@@ -128,9 +93,9 @@ PdfSplitter::PdfSplitter(std::string pdf) : pdf_(std::move(pdf)) {
   for (const std::size_t start : starts_) {
     ends_.push_back(start == 0 ? 0 : *std::upper_bound(order.begin(), order.end(), start));
   }
-  const std::string_view trailer = text.substr(entries + count * kEntrySize);
-  info_ = NumberBehind(trailer, "/Info ");
-  page_root_ = NumberBehind(Object(NumberBehind(trailer, "/Root ")), "/Pages ");
+  const std::string_view trailer = text.substr(entries + count * kPdfEntrySize);
+  info_ = PdfNumberBehind(trailer, "/Info ");
+  page_root_ = PdfNumberBehind(Object(PdfNumberBehind(trailer, "/Root ")), "/Pages ");
   std::string_view kids = Object(page_root_);
   kids.remove_prefix(std::min(kids.find("/Kids"), kids.size()));
   ForEachReference(kids.substr(0, kids.find(']')),
@@ -141,20 +106,20 @@ PdfSplitter::PdfSplitter(std::string pdf) : pdf_(std::move(pdf)) {
 
 // From after "obj" to "endobj".
 std::string_view PdfSplitter::Object(std::size_t number) const {
-  if (number >= starts_.size() || starts_[number] == 0) Unreadable("an object is missing");
+  if (number >= starts_.size() || starts_[number] == 0) UnreadablePdf("an object is missing");
   const std::string_view text =
       std::string_view(pdf_).substr(starts_[number], ends_[number] - starts_[number]);
   constexpr std::string_view kHead = " obj\n";
   const std::size_t head = text.find(kHead);
-  if (head == std::string_view::npos) Unreadable("no object");
+  if (head == std::string_view::npos) UnreadablePdf("no object");
   return text.substr(head + kHead.size());
 }
 
 std::string PdfSplitter::File(std::size_t first, std::size_t count, std::string_view title) const {
-  if (first > pages_.size() || count > pages_.size() - first) Unreadable("a page is missing");
+  if (first > pages_.size() || count > pages_.size() - first) UnreadablePdf("a page is missing");
   Writer writer;
   writer.Begin(kInfo);
-  writer.Add("<<\n/Title " + HexString(title) + "\n");
+  writer.Add("<<\n/Title " + PdfText(title) + "\n");
   // Producer and dates are copied.
   const std::string_view info = Object(info_);
   writer.Add(info.substr(std::min(info.find("/Creator"), info.find(">>"))));
