@@ -1,11 +1,14 @@
 // The windows over a large database: window_benchmark DATABASE. From the splash's end to the main
-// window drawn; a key in the tree's search box; the generate dialog opened, all recipients ticked,
-// a key in its search box; a template's preview begun, and a step of it to the next person. Each
-// figure is the slowest of its kind.
+// window drawn; a key in the tree's search box; the generate dialog opened, what it shows of the
+// recipients there and sorted, all ticked, a key in its search box; a template's preview begun, and
+// a step of it to the next person. Each figure is the slowest of its kind.
 #include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QHeaderView>
 #include <QKeyEvent>
+#include <QLabel>
+#include <QTreeView>
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -20,7 +23,7 @@
 namespace tenora {
 namespace {
 
-constexpr double kUpGoal = 700, kAtOnce = 100, kStepGoal = 50;  // milliseconds
+constexpr double kUpGoal = 700, kAtOnce = 100, kStepGoal = 50, kValuesGoal = 500;  // ms
 constexpr int kSteps = 20;
 constexpr int kRounds = 5;
 constexpr const char* kTyped = "young 1";
@@ -81,6 +84,7 @@ PreviewTimes Preview(frmMain& window, const std::filesystem::path& home) {
 void Run(const std::filesystem::path& database) {
   PreviewTimes preview;
   double up = 0, tree_key = 0, dialog_up = 0, tick_all = 0, dialog_key = 0;
+  double values = 0, sorted = 0;
   for (int round = 0; round < kRounds; ++round) {
     test::FakePlatform machine;
     std::filesystem::create_symlink(database, machine.ProgramFolder() / "property.mdb");
@@ -102,12 +106,25 @@ void Run(const std::filesystem::path& database) {
 
     std::unique_ptr<frmGenerate> dialog;
     dialog_up = std::max(dialog_up, Milliseconds([&] {
-                           dialog = std::make_unique<frmGenerate>(
-                               session.caches, std::string(kTemplates), "Notice", machine.dialogs);
+                           dialog = std::make_unique<frmGenerate>(session, std::string(kTemplates),
+                                                                  "Notice");
                            dialog->show();
                            QApplication::processEvents();
                            dialog->grab();
                          }));
+    const auto* state = dialog->findChild<QLabel*>("lblState");
+    values = std::max(values, Milliseconds([&] {
+                        while (!state->text().isEmpty()) {
+                          QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+                        }
+                        dialog->grab();
+                      }));
+    sorted = std::max(sorted, Milliseconds([&] {
+                        dialog->findChild<QTreeView*>("lstMultiSelect")
+                            ->header()
+                            ->setSortIndicator(4, Qt::DescendingOrder);
+                        dialog->grab();
+                      }));
     tick_all = std::max(tick_all, Milliseconds([&] {
                           dialog->findChild<QAbstractButton*>("cmdSelectAll")->click();
                           dialog->grab();
@@ -119,6 +136,8 @@ void Run(const std::filesystem::path& database) {
   Print("main window up after the splash", up, kUpGoal);
   Print("a key in the tree's search box", tree_key, kAtOnce);
   Print("generate dialog up", dialog_up, kAtOnce);
+  Print("what is known of the recipients there", values, kValuesGoal);
+  Print("sorted by the balance", sorted, kAtOnce);
   Print("all recipients ticked", tick_all, kAtOnce);
   Print("a key in the dialog's search box", dialog_key, kAtOnce);
   Print("a template's preview begun", preview.begun, kUpGoal);

@@ -9,10 +9,17 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSplitter>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <set>
+#include <utility>
 
+#include "letters/recipient_table.h"
 #include "letters/template_library.h"
 #include "platform/dialogs/window_size.h"
+#include "ui/dialogs/filter_panel.h"
+#include "ui/dialogs/recipient_columns.h"
 #include "ui/dialogs/recipient_list.h"
 #include "ui/dialogs/scrolled_page.h"
 
@@ -25,20 +32,45 @@ Widget* Named(Widget* widget, const char* name) {
   return widget;
 }
 
+// The usual columns but for those that the list's text has: name and property.
+std::vector<std::string> ColumnsBehind(const std::string& template_kind) {
+  std::vector<std::string> names = UsualColumns(template_kind);
+  std::erase_if(names, [](const std::string& name) {
+    return name == "Tenant Name" || name == "Property Code" || name == "Name";
+  });
+  return names;
+}
+
+// The facts that a filter most often asks for come first: what is owed, and since when.
+std::vector<std::string> FilteredFirst(const std::string& template_kind) {
+  std::vector<std::string> names = UsualColumns(template_kind);
+  const auto owed = [](const std::string& name) {
+    return name == "Balance Owing" || name == "Days Behind" || name == "Arrears";
+  };
+  std::ranges::stable_partition(names, owed);
+  return names;
+}
+
 }  // namespace
 
-frmGenerate::frmGenerate(const Caches& caches, const std::string& template_kind,
-                         const std::string& template_name, Dialogs& dialogs, QWidget* parent)
+frmGenerate::frmGenerate(Session& session, const std::string& template_kind,
+                         const std::string& template_name, QWidget* parent)
     : QDialog(parent),
-      caches_(caches),
+      session_(session),
       kind_(template_kind),
       name_(template_name),
-      dialogs_(dialogs),
-      model_(new RecipientModel(this)),
+      dialogs_(session.platform.dialogs),
+      model_(new RecipientModel(session.platform.locale, this)),
       shown_(new RecipientFilterModel(*model_)),
       list_(Named(new RecipientView, "lstMultiSelect")),
+      filter_(new FilterPanel(session.platform.registry, dialogs_, kind_, name_,
+                              FilteredFirst(template_kind))),
+      columns_(new RecipientColumns(*list_, *model_, dialogs_, ColumnsBehind(template_kind))),
+      reader_(new RecipientReader(session, template_kind, template_name)),
+      sides_(Named(new QSplitter, "spltSides")),
       search_(Named(new QLineEdit, "txtSearch")),
       count_(Named(new QLabel, "lblCount")),
+      state_(Named(new QLabel, "lblState")),
       closed_(Named(new QCheckBox, "chkClosed")),
       by_property_(Named(new QCheckBox(tr("One for each &property")), "chkByProperty")),
       exclude_(Named(new QCheckBox(tr("E&xclude those without an e-mail address")),
@@ -52,6 +84,8 @@ frmGenerate::frmGenerate(const Caches& caches, const std::string& template_kind,
       subject_(Named(new QLineEdit(QString::fromStdString(template_name)), "txtSubject")) {
   setObjectName("frmGenerate");
   setWindowTitle(tr("Generate Letters"));
+  reader_->setParent(this);
+  columns_->setParent(this);
   list_->setModel(shown_);
   auto* buttons = new QDialogButtonBox;
   auto* generate =
@@ -61,17 +95,105 @@ frmGenerate::frmGenerate(const Caches& caches, const std::string& template_kind,
   connect(buttons, &QDialogButtonBox::accepted, this, &frmGenerate::Generate);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
-  auto* sides = new QHBoxLayout;
-  sides->addWidget(MakeListSide(), 3);
-  sides->addWidget(new ScrolledPage(MakeOptionSide()), 2);
+  sides_->addWidget(MakeListSide());
+  sides_->addWidget(new ScrolledPage(MakeOptionSide()));
+  sides_->setChildrenCollapsible(false);
+  sides_->setStretchFactor(0, 1);
   auto* layout = new QVBoxLayout(this);
-  layout->addLayout(sides, 1);
+  layout->addWidget(sides_, 1);
   layout->addWidget(buttons);
   connect(model_, &RecipientModel::TicksChanged, this, &frmGenerate::ShowCount);
+  MakeTable();
   SetDestination(Destination::kPrinter);
   search_->setFocus();
-  resize(OpeningSize(*this, {760, 520}));
+  resize(OpeningSize(*this, {1240, 680}));
 }
+
+frmGenerate::~frmGenerate() { reader_->Stop(); }
+
+void frmGenerate::MakeTable() {
+  const FactNames* const fixed = RecipientFactNames(kind_);
+  if (fixed == nullptr) return;
+  const auto names = std::make_shared<const FactNames>(*fixed);
+  const auto use_names = [this](const std::shared_ptr<const FactNames>& known) {
+    model_->SetNames(known);
+    columns_->SetNames(known);
+    // The same filter as before, read again.
+    const bool generate = generate_when_read_;
+    filter_->SetNames(known);
+    generate_when_read_ = generate;
+  };
+  use_names(names);
+  const RecipientLayout layout = StoredRecipientLayout(session_.platform.registry, kind_);
+  if (layout.table_width > 0 && layout.options_width > 0) {
+    sides_->setSizes({layout.table_width, layout.options_width});
+  }
+  columns_->Restore(layout, *names);
+  connect(reader_, &RecipientReader::NamesRead, this, use_names);
+  connect(reader_, &RecipientReader::NowRead, this, &frmGenerate::ShowValues);
+  connect(reader_, &RecipientReader::Failed, this, [this](const QString& problem) {
+    reading_problem_ = problem;
+    generate_when_read_ = false;
+    ApplyFilter();
+  });
+  connect(columns_, &RecipientColumns::ColumnsChanged, this, &frmGenerate::ReadFacts);
+  connect(columns_, &RecipientColumns::OrderChanged, this, &frmGenerate::ApplyOrder);
+  connect(filter_, &FilterPanel::Changed, this, [this] {
+    generate_when_read_ = false;
+    ReadFacts();
+    ApplyFilter();
+  });
+}
+
+void frmGenerate::done(int result) {
+  reader_->Stop();
+  if (RecipientFactNames(kind_) != nullptr) {
+    RecipientLayout layout = columns_->Layout();
+    layout.table_width = sides_->sizes().value(0);
+    layout.options_width = sides_->sizes().value(1);
+    StoreRecipientLayout(session_.platform.registry, kind_, layout);
+  }
+  QDialog::done(result);
+}
+
+bool frmGenerate::HasFactsOfFilter() const {
+  const RecipientValues* values = model_->Values();
+  if (values == nullptr || values->by_property != by_property_->isChecked()) return false;
+  const std::optional<Condition>& condition = filter_->condition();
+  return !condition || std::ranges::all_of(condition->Names(), [&](const std::string& name) {
+    return values->names.contains(name);
+  });
+}
+
+void frmGenerate::ReadFacts() {
+  if (RecipientFactNames(kind_) == nullptr) return;
+  std::set<std::string> names(model_->Columns().begin(), model_->Columns().end());
+  const std::optional<Condition>& condition = filter_->condition();
+  if (condition) names.insert(condition->Names().begin(), condition->Names().end());
+  const RecipientValues* values = model_->Values();
+  const bool all_there = HasFactsOfFilter() && std::ranges::includes(values->names, names);
+  if (!all_there) reader_->Read(names, by_property_->isChecked());
+}
+
+void frmGenerate::ShowValues(const std::shared_ptr<const RecipientValues>& values) {
+  reading_problem_.clear();
+  model_->SetValues(values);
+  // A filter may have come since.
+  ReadFacts();
+  ApplyFilter();
+  ApplyOrder();
+  if (std::exchange(generate_when_read_, false)) Generate();
+}
+
+void frmGenerate::ApplyFilter() {
+  // What is typed is no condition for a moment: the list waits.
+  if (filter_->Problem().empty() && (HasFactsOfFilter() || !filter_->condition())) {
+    shown_->SetCondition(filter_->condition());
+  }
+  ShowCount();
+}
+
+void frmGenerate::ApplyOrder() { shown_->SetOrder(columns_->SortedBy(), columns_->Descending()); }
 
 QWidget* frmGenerate::MakeListSide() {
   auto* side = new QWidget;
@@ -96,9 +218,22 @@ QWidget* frmGenerate::MakeListSide() {
   add(tr("Select &None"), "cmdSelectNone", [this] { TickShown(false); });
   add(tr("&Invert"), "cmdInvert", [this] { InvertShown(); });
   row->addStretch();
-  column->addWidget(search_);
+  auto* columns = Named(new QPushButton(tr("Colu&mns")), "cmdColumns");
+  columns->setAutoDefault(false);
+  columns->setMenu(&columns_->Menu());
+  auto* search_row = new QHBoxLayout;
+  search_row->addWidget(search_, 1);
+  search_row->addWidget(columns);
+  column->addWidget(filter_);
+  column->addLayout(search_row);
   column->addWidget(list_, 1);
+  state_->setWordWrap(true);
+  state_->setTextFormat(Qt::PlainText);
+  column->addWidget(state_);
   column->addWidget(count_);
+  // From the search straight into what it leaves.
+  setTabOrder(search_, list_);
+  setTabOrder(list_, columns);
   column->addLayout(row);
   return side;
 }
@@ -172,7 +307,7 @@ void frmGenerate::Preselect(const Recipient& recipient) {
     for (int row = 0; row < model_->rowCount(); ++row) {
       if (model_->Row(row).recipient != recipient) continue;
       model_->Tick({row}, true);
-      const QModelIndex shown = shown_->mapFromSource(model_->index(row));
+      const QModelIndex shown = shown_->mapFromSource(model_->index(row, 0));
       list_->setCurrentIndex(shown);
       list_->scrollTo(shown);
       return;
@@ -187,17 +322,46 @@ void frmGenerate::Refill() {
   filter.by_property = by_property_->isChecked();
   filter.exclude_no_email_available = exclude_->isEnabled();
   filter.exclude_no_email_ticked = exclude_->isChecked();
-  model_->SetRows(ListRecipients(caches_, kind_, filter));
-  ShowCount();
+  model_->SetRows(ListRecipients(session_.caches, kind_, filter));
+  ReadFacts();
+  ApplyFilter();
+  ApplyOrder();
 }
 
 void frmGenerate::ShowCount() {
   const QLocale locale;
-  const int all = model_->rowCount(), found = shown_->rowCount();
-  QString text =
-      tr("%1 of %2 selected").arg(locale.toString(model_->TickedCount()), locale.toString(all));
-  if (found != all) text += tr(" – %1 shown").arg(locale.toString(found));
+  int left = 0, ticked = 0, left_out = 0;
+  for (int row = 0; row < model_->rowCount(); ++row) {
+    if (shown_->Leaves(row)) ++left;
+    if (!model_->IsTicked(row)) continue;
+    ++(shown_->Leaves(row) ? ticked : left_out);
+  }
+  const int found = shown_->rowCount();
+  QString text = filter_->condition()
+                     ? tr("%1 of %2 listed, %3 selected")
+                           .arg(locale.toString(left), locale.toString(model_->rowCount()),
+                                locale.toString(ticked))
+                     : tr("%1 of %2 selected").arg(locale.toString(ticked), locale.toString(left));
+  if (found != left) text += tr(" – %1 shown").arg(locale.toString(found));
+  if (left_out > 0) {
+    text += tr(" – %1 more selected, but left out by the filter: no letter")
+                .arg(locale.toString(left_out));
+  }
   count_->setText(text);
+
+  QString state;
+  if (!reading_problem_.isEmpty()) {
+    state = tr("What is known of the recipients cannot be read: %1").arg(reading_problem_);
+  } else if (!filter_->Problem().empty()) {
+    state = tr("The list stays as it is until the condition is right.");
+  } else if (RecipientFactNames(kind_) != nullptr && !HasFactsOfFilter()) {
+    state = tr("Reading what is known of the recipients…");
+  } else if (shown_->Undecided() > 0) {
+    state = tr("Of %1 it cannot be said whether they meet the condition. They are left out.")
+                .arg(locale.toString(static_cast<qulonglong>(shown_->Undecided())));
+  }
+  state_->setText(state);
+  state_->setVisible(!state.isEmpty());
 }
 
 std::vector<int> frmGenerate::ShownRows() const {
@@ -217,11 +381,28 @@ void frmGenerate::InvertShown() {
   model_->Tick(off, false);
 }
 
+// Those who are ticked and whom the filter leaves, in the list's own order.
+std::vector<RecipientRow> frmGenerate::ChosenRows() const {
+  std::vector<RecipientRow> rows;
+  for (int row = 0; row < model_->rowCount(); ++row) {
+    if (model_->IsTicked(row) && shown_->Leaves(row)) rows.push_back(model_->Row(row));
+  }
+  return rows;
+}
+
 void frmGenerate::Generate() {
-  if (model_->TickedCount() == 0) {
-    dialogs_.Say("Nothing selected");
+  if (!filter_->Problem().empty()) {
+    return dialogs_.Say("The filter's condition is not right yet. " + filter_->Problem());
+  }
+  if (filter_->condition() && !HasFactsOfFilter()) {
+    generate_when_read_ = reading_problem_.isEmpty();
+    if (!generate_when_read_) {
+      dialogs_.Say("What the filter needs to know of the recipients cannot be read.");
+    }
     return;
   }
+  if (ChosenRows().empty()) return dialogs_.Say("Nothing selected");
+  filter_->NoteUse();
   accept();
 }
 
@@ -232,7 +413,7 @@ GenerationRequest frmGenerate::Request() const {
   request.destination = destination_;
   request.subject = subject_->text().toStdString();
   request.pdf = pdf_->isChecked();
-  for (const RecipientRow& row : model_->TickedRows()) request.recipients.push_back(row.recipient);
+  for (const RecipientRow& row : ChosenRows()) request.recipients.push_back(row.recipient);
   return request;
 }
 

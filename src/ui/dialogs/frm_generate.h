@@ -8,16 +8,20 @@
 #include "letters/generation_request.h"
 #include "letters/recipients.h"
 #include "platform/dialogs/dialogs.h"
-#include "rental/caches.h"
+#include "rental/session.h"
+#include "ui/dialogs/recipient_reader.h"
 
 class QCheckBox;
 class QLabel;
 class QLineEdit;
 class QRadioButton;
+class QSplitter;
 class QVBoxLayout;
 
 namespace tenora {
 
+class FilterPanel;
+class RecipientColumns;
 class RecipientModel;
 class RecipientFilterModel;
 class RecipientView;
@@ -26,10 +30,12 @@ class frmGenerate : public QDialog {
   Q_OBJECT
 
  public:
-  // The template's kind ("Templates", "Owner Templates") decides who is listed; any other leaves
-  // the list empty. The caches must outlive the dialog.
-  frmGenerate(const Caches& caches, const std::string& template_kind,
-              const std::string& template_name, Dialogs& dialogs, QWidget* parent = nullptr);
+  // The template's kind ("Templates", "Owner Templates") decides who of the session's caches is
+  // listed; any other leaves the list empty. What else the table shows of them is read beside the
+  // windows and follows. The session must outlive the dialog.
+  frmGenerate(Session& session, const std::string& template_kind, const std::string& template_name,
+              QWidget* parent = nullptr);
+  ~frmGenerate() override;
 
   // Also enables what belongs to it: the subject and the e-mail filter for kEmail.
   void SetDestination(Destination destination);
@@ -42,26 +48,45 @@ class frmGenerate : public QDialog {
   // Whether to print on the default printer without asking.
   bool UsesDefaultPrinter() const;
 
+  // Also remembers the table's columns, order and room.
+  void done(int result) override;
+
  private:
   QWidget* MakeListSide();
   QWidget* MakeOptionSide();
   void MakeDestinations(QVBoxLayout* column);
   void Refill();
+  void MakeTable();
+  // Asks for the facts of the columns and the filter, where they have not been read.
+  void ReadFacts();
+  void ShowValues(const std::shared_ptr<const RecipientValues>& values);
+  void ApplyFilter();
+  void ApplyOrder();
+  // Whether the values are there that the filter and the list need.
+  bool HasFactsOfFilter() const;
+  std::vector<RecipientRow> ChosenRows() const;
   void ShowCount();
   std::vector<int> ShownRows() const;
   void TickShown(bool ticked);
   void InvertShown();
   void Generate();
 
-  const Caches& caches_;
+  Session& session_;
   std::string kind_, name_;
   Dialogs& dialogs_;
   Destination destination_ = Destination::kPrinter;
   RecipientModel* model_;
   RecipientFilterModel* shown_;
   RecipientView* list_;
+  FilterPanel* filter_;
+  RecipientColumns* columns_;
+  RecipientReader* reader_;
+  QSplitter* sides_;
+  QString reading_problem_;
+  bool generate_when_read_ = false;
   QLineEdit* search_;
   QLabel* count_;
+  QLabel* state_;  // of the reading, and of the filter
   QCheckBox* closed_;
   QCheckBox* by_property_;
   QCheckBox* exclude_;

@@ -170,17 +170,16 @@ class GenerateTest : public DialogsTest {
       record.PropertyCode = t.property;
       record.Email = t.email;
       record.Closed = t.closed;
-      caches_.Tenants.push_back(record);
+      session_.caches.Tenants.push_back(record);
     }
   }
   static std::string Count(QWidget& dialog) {
     return Find<QLabel>(dialog, "lblCount")->text().toStdString();
   }
-  Caches caches_;
 };
 
 TEST_F(GenerateTest, KeepsTicksThroughSearchAndFilters) {
-  frmGenerate dialog(caches_, "Templates", "Notice", machine_.dialogs);
+  frmGenerate dialog(session_, "Templates", "Notice");
   dialog.show();
   Press(dialog, "cmdGenerate");
   EXPECT_THAT(machine_.dialogs.Texts(), ElementsAre("Nothing selected"));
@@ -202,7 +201,7 @@ TEST_F(GenerateTest, KeepsTicksThroughSearchAndFilters) {
 }
 
 TEST_F(GenerateTest, OffersTheEMailFilterWithEMailOnly) {
-  frmGenerate dialog(caches_, "Templates", "Notice", machine_.dialogs);
+  frmGenerate dialog(session_, "Templates", "Notice");
   auto* exclude = Find<QCheckBox>(dialog, "ExcludeNoEmailAddress");
   exclude->setChecked(true);
   EXPECT_FALSE(exclude->isEnabled());

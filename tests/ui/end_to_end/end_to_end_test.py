@@ -40,7 +40,7 @@ class Windows(unittest.TestCase):
         self.screen.type("Young")
         # One recipient is ticked with the keyboard, the other with the mouse.
         self.screen.keys("Tab", "space", "alt+s")
-        self.screen.click(dialog, 100, 60)
+        self.screen.click(dialog, 100, 109)
         self.screen.keys("alt+g")
         self.screen.until_gone(dialog)
         for answer in ("Mere", "Ladders", "Hemi", "Dogs"):
@@ -54,6 +54,28 @@ class Windows(unittest.TestCase):
                 self.assertIn(expected, text)
             for left in ("&lt;&lt;", "<<"):
                 self.assertNotIn(left, text)
+
+    def write_to_those_in_arrears(self):
+        self.open_from_tree("Rent review")
+        self.screen.keys("ctrl+g")
+        dialog = self.screen.window("Generate Letters")
+        # The filter's first line is about the balance.
+        self.screen.keys("shift+Tab", "space", "Tab", "Tab")
+        self.screen.type("4000")
+        self.screen.keys("alt+a", "alt+s", "alt+g")
+        self.screen.until_gone(dialog)
+        listed = self.screen.run("generate", "--template", "Rent review", "--list",
+                                 "--where", "Balance Owing >= 4000").splitlines()
+        expected = {line.split(" (")[0] for line in listed}
+        self.assertGreater(len(expected), 1)
+        logs = lambda: [log.read_text() for log in self.screen.home.glob("Letters *.log")]
+        run = wait_for("the whole run", lambda: next(
+            (log for log in logs() if "Rent review" in log and "\ncomplete" in log), None))
+        written = {line.split("\t")[2] for line in run.splitlines()
+                   if line.startswith("recipient\t")}
+        self.assertEqual(written, expected)
+        for name in written:
+            self.assertTrue((self.screen.home / name / "Rent review.rtf").exists(), name)
 
     def print_letter(self):
         printed = self.screen.home / "Printed"
@@ -192,6 +214,7 @@ class Windows(unittest.TestCase):
             self.print_letter()
             self.mail_letter(server)
             self.check_spelling()
+            self.write_to_those_in_arrears()
             self.replace_and_print_a_page()
             self.close()
 

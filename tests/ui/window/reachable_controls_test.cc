@@ -280,9 +280,8 @@ TEST_F(ReachableControls, InEveryDialogByNameTabAndMnemonicWithEscapeAndEnter) {
          Show<frmAnswers>(std::vector<std::string>{"Who inspects", "Tea & biscuits"},
                           PromptAnswers());
        }},
-      {"tenants", [&] { Show<frmGenerate>(session_.caches, "Templates", "Rent review", dialogs); }},
-      {"owners",
-       [&] { Show<frmGenerate>(session_.caches, "Owner Templates", "Statement", dialogs); }},
+      {"tenants", [&] { Show<frmGenerate>(session_, "Templates", "Rent review"); }},
+      {"owners", [&] { Show<frmGenerate>(session_, "Owner Templates", "Statement"); }},
       {"run report", [&] { Show<frmRunReport>(run.summary, Destination::kEmail); }},
       {"printed run", [&] { Show<frmRunReport>(run.summary, Destination::kPrinter); }},
       {"unfinished runs", [&] { Show<frmUnfinishedRuns>(platform_.locale, runs); }},

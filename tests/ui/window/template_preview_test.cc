@@ -18,7 +18,7 @@
 #include "application.h"
 #include "platform/runtime/files.h"
 #include "support/fake_platform.h"
-#include "ui/dialogs/recipient_list.h"
+#include "ui/dialogs/frm_generate.h"
 #include "ui/window/main/frm_main.h"
 
 namespace tenora {
@@ -275,11 +275,10 @@ TEST_F(PreviewInTheWindow, IsPrintedByGeneratingTheLetter) {
 
   std::vector<std::string> ticked;
   QTimer::singleShot(0, [&] {
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    auto* dialog = qobject_cast<frmGenerate*>(QApplication::activeModalWidget());
     ASSERT_NE(dialog, nullptr);
-    EXPECT_EQ(dialog->objectName(), "frmGenerate");
-    for (const RecipientRow& row : dialog->findChild<RecipientModel*>()->TickedRows()) {
-      ticked.push_back(row.recipient.name);
+    for (const Recipient& recipient : dialog->Request().recipients) {
+      ticked.push_back(recipient.name);
     }
     dialog->reject();
   });

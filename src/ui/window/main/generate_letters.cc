@@ -94,8 +94,7 @@ void GenerateLetters::GenerateFrom(const Entry& letter_template,
 
   rental_data_.LoadIfChanged();
   Dialogs& dialogs = session_.platform.dialogs;
-  frmGenerate choice(session_.caches, letter_template.kind, letter_template.name.toStdString(),
-                     dialogs, window_);
+  frmGenerate choice(session_, letter_template.kind, letter_template.name.toStdString(), window_);
   if (preselected) choice.Preselect(*preselected);
   if (choice.exec() != QDialog::Accepted) return;
   GenerationRequest request = choice.Request();

@@ -1,0 +1,46 @@
+// One row of a filter: fact, comparison and value.
+#pragma once
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QToolButton>
+#include <QWidget>
+#include <memory>
+
+#include "merge/fact.h"
+#include "ui/dialogs/filter_rows.h"
+
+namespace tenora {
+
+class FilterRowWidget : public QWidget {
+  Q_OBJECT
+
+ public:
+  // The facts in the order in which they are offered; `number`: of the row, from 1, for those who
+  // hear it read out.
+  FilterRowWidget(std::shared_ptr<const FactNames> names, const QStringList& facts,
+                  const FilterRow& row, int number);
+
+  FilterRow Row() const;
+  // Other facts are on offer now; the chosen one stays.
+  void SetNames(std::shared_ptr<const FactNames> names, const QStringList& facts);
+
+ signals:
+  void Changed();
+  void RemoveAsked();
+
+ private:
+  std::span<const FilterComparison> Comparisons() const;
+  void ShowComparisons(std::size_t current);
+  void ShowValues();
+
+  std::shared_ptr<const FactNames> names_;
+  QComboBox* fact_;
+  QComboBox* comparison_;
+  QLineEdit* first_;
+  QLabel* and_;
+  QLineEdit* second_;
+};
+
+}  // namespace tenora

@@ -1,0 +1,249 @@
+// The recipients' table of the Generate dialog and its filter, over the sample agency.
+#include "letters/recipient_table.h"
+
+#include <gmock/gmock.h>
+
+#include <QHeaderView>
+#include <QToolButton>
+#include <algorithm>
+
+#include "letters/named_filters.h"
+#include "ui/dialogs/dialogs_fixture.h"
+#include "ui/dialogs/filter_rows.h"
+#include "ui/dialogs/frm_generate.h"
+#include "ui/dialogs/recipient_list.h"
+
+namespace tenora {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kArrears = "Balance Owing >= 500 and Days Behind > 7";
+
+TEST(FilterRows, SayWhatTheirConditionSaysAndComeBackFromIt) {
+  FactNames names;
+  names.Add("Balance Owing", FactType::kMoney);
+  names.Add("Current Rent", FactType::kMoney);
+  names.Add("Last Letter", FactType::kDate);
+  names.Add("Email", FactType::kText);
+  names.Add("Email Address", FactType::kText);
+  names.Add("Closed", FactType::kYesNo);
+  names.Add("TCustom:Pet", FactType::kField);
+  const struct {
+    const char* text;
+    std::vector<FilterRow> rows;  // none: no rows can show it
+  } cases[] = {
+      {"Balance Owing >= 50", {{"Balance Owing", 0, "50"}}},
+      {"Balance Owing > 50", {{"Balance Owing", 1, "50"}}},
+      {"balance owing between 5 and 10 and Email is empty",
+       {{"Balance Owing", 5, "5", "10"}, {"Email", 5}}},
+      {"Email Address contains \"a and b\"", {{"Email Address", 0, "a and b"}}},
+      {"Email not contains \"x\" or Closed or not Closed",
+       {{"Email", 1, "x"}, {"Closed", 0}, {"Closed", 1}}},
+      {"Last Letter within 30 days", {{"Last Letter", 0, "30"}}},
+      {"not Last Letter in the last 14 days", {{"Last Letter", 2, "14"}}},
+      {"not Last Letter >= 1 April 2026", {{"Last Letter", 5, "1 April 2026"}}},
+      {"TCustom:Pet = \"dog\"", {{"TCustom:Pet", 3, "dog"}}},
+      // Brackets, both joins, two facts, other words and quotation marks are for the text alone.
+      {"(Closed)", {}},
+      {"Closed or Closed and Closed", {}},
+      {"Email = Bob", {}},
+      {"Email contains 'x'", {}},
+      {"Last Letter in the last 2 weeks", {}},
+      {"Nothing > 4", {}},
+      {"", {}},
+  };
+  for (const auto& c : cases) {
+    const auto read = ReadFilterRows(c.text, names);
+    ASSERT_EQ(read.has_value(), !c.rows.empty()) << c.text;
+    if (read) {
+      EXPECT_EQ(read->rows, c.rows) << c.text;
+    }
+  }
+  // A value with quotation marks, and rows that are not filled in.
+  EXPECT_EQ(
+      FilterText({.rows = {{"Email", 0, "5\" pipe"}, {"Email", 0, " "}, {"Gone", 0, "1"}}}, names),
+      "Email contains '5\" pipe'");
+}
+
+class RecipientTableTest : public DialogsTest {
+ protected:
+  RecipientTableTest() {
+    machine_.InstallSampleDatabase();
+    EXPECT_TRUE(session_.ReloadRentalData());
+  }
+
+  std::unique_ptr<frmGenerate> Open(const char* kind = "Templates", const char* name = "Notice") {
+    auto dialog = std::make_unique<frmGenerate>(session_, kind, name);
+    dialog->show();
+    AwaitValues(*dialog);
+    return dialog;
+  }
+  static void AwaitValues(frmGenerate& dialog) {
+    const auto* state = Find<QLabel>(dialog, "lblState");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !state->text().startsWith("Reading"); }, 60'000));
+  }
+  static void TypeCondition(frmGenerate& dialog, const char* text) {
+    if (!Find<QPushButton>(dialog, "cmdFilter")->isChecked()) Press(dialog, "cmdFilter");
+    Type(dialog, "txtWhere", text);
+    AwaitValues(dialog);
+  }
+  static std::vector<std::string> Listed(frmGenerate& dialog) {
+    const auto* model = Find<RecipientView>(dialog, "lstMultiSelect")->model();
+    std::vector<std::string> texts;
+    for (int row = 0; row < model->rowCount(); ++row) {
+      texts.push_back(model->index(row, 0).data().toString().toStdString());
+    }
+    return texts;
+  }
+  static std::string Count(frmGenerate& dialog) {
+    return Find<QLabel>(dialog, "lblCount")->text().toStdString();
+  }
+  static int ColumnOf(const RecipientView& list, const QString& name) {
+    for (int i = 0; i < list.model()->columnCount(); ++i) {
+      if (list.model()->headerData(i, Qt::Horizontal).toString() == name) return i;
+    }
+    return -1;
+  }
+  // Whom `tenora generate --where` writes to.
+  std::vector<Recipient> Meeting(const char* condition) {
+    const OpenedDatabase opened(session_.database);
+    const Condition read(condition, RecipientFactNames(session_, "Templates"));
+    const RecipientTable table(session_, {.template_kind = "Templates"}, read.Names());
+    std::vector<Recipient> recipients;
+    for (const std::size_t row : table.Select({}, &read).rows) {
+      recipients.push_back(table.Row(row).recipient);
+    }
+    return recipients;
+  }
+};
+
+TEST_F(RecipientTableTest, WritesToThoseWhomTheFilterLeaves) {
+  const std::vector<Recipient> expected = Meeting(kArrears);
+  const auto dialog = Open();
+  const std::size_t all = Listed(*dialog).size();
+  ASSERT_GT(expected.size(), 1U);
+  ASSERT_LT(expected.size(), all);
+  Press(*dialog, "cmdSelectAll");
+  TypeCondition(*dialog, kArrears);
+  EXPECT_THAT(Count(*dialog),
+              StartsWith(std::to_string(expected.size()) + " of " + std::to_string(all) +
+                         " listed, " + std::to_string(expected.size()) + " selected"));
+  EXPECT_THAT(Count(*dialog), HasSubstr(std::to_string(all - expected.size()) +
+                                        " more selected, but left out by the filter"));
+  EXPECT_EQ(dialog->Request().recipients, expected);
+  // What the filter hides keeps its tick; what the search hides is written to as well.
+  Find<QLineEdit>(*dialog, "txtSearch")->setText("nobody of this name");
+  EXPECT_EQ(dialog->Request().recipients, expected);
+  Type(*dialog, "txtWhere", "");
+  EXPECT_EQ(dialog->Request().recipients.size(), all);
+}
+
+TEST_F(RecipientTableTest, AsksForAConditionThatCanBeRead) {
+  const auto dialog = Open();
+  TypeCondition(*dialog, kArrears);
+  const auto listed = Listed(*dialog);
+  Press(*dialog, "cmdSelectAll");
+  QTest::keyClicks(Find<QLineEdit>(*dialog, "txtWhere"), " and Days Behnd > 7");
+  EXPECT_THAT(Find<QLabel>(*dialog, "lblWhere")->text().toStdString(), HasSubstr("Days Behind"));
+  EXPECT_EQ(Listed(*dialog), listed);
+  Press(*dialog, "cmdGenerate");
+  EXPECT_THAT(machine_.dialogs.Texts(), ElementsAre(StartsWith("The filter's condition is not")));
+  EXPECT_TRUE(dialog->isVisible());
+  // Return in the line neither generates nor closes.
+  QTest::keyClick(Find<QLineEdit>(*dialog, "txtWhere"), Qt::Key_Return);
+  EXPECT_TRUE(dialog->isVisible());
+}
+
+TEST_F(RecipientTableTest, TakesAFilterBeforeTheFactsHaveBeenRead) {
+  frmGenerate dialog(session_, "Templates", "Notice");
+  dialog.show();
+  Press(dialog, "cmdFilter");
+  auto* value = Find<QLineEdit>(dialog, "txtFirst");
+  QTest::keyClicks(value, "40");
+  Press(dialog, "cmdSelectAll");
+  Press(dialog, "cmdGenerate");
+  AwaitValues(dialog);
+  EXPECT_EQ(dialog.result(), QDialog::Accepted);
+  EXPECT_EQ(value, Find<QLineEdit>(dialog, "txtFirst"));
+  EXPECT_EQ(dialog.Request().recipients, Meeting("Balance Owing >= 40"));
+}
+
+TEST_F(RecipientTableTest, SortsByValueAndKeepsTicksColumnsAndOrder) {
+  auto dialog = Open();
+  auto* list = Find<RecipientView>(*dialog, "lstMultiSelect");
+  const auto as_listed = Listed(*dialog);
+  const std::string ticked = as_listed[2];
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                    list->visualRect(list->model()->index(2, 0)).center());
+  const int balance = ColumnOf(*list, "Balance Owing");
+  const auto amounts = [&] {
+    std::vector<double> values;
+    for (int row = 0; row < list->model()->rowCount(); ++row) {
+      QString text = list->model()->index(row, balance).data().toString();
+      if (!text.isEmpty()) values.push_back(text.remove('$').remove(',').toDouble());
+    }
+    return values;
+  };
+  EXPECT_EQ(amounts().size(), as_listed.size());
+  QTest::mouseClick(list->header()->viewport(), Qt::LeftButton, {},
+                    {list->header()->sectionViewportPosition(balance) + 10, 5});
+  EXPECT_TRUE(std::ranges::is_sorted(amounts()));
+  list->header()->setSortIndicator(balance, Qt::DescendingOrder);
+  EXPECT_TRUE(std::ranges::is_sorted(amounts(), std::greater<>()));
+  const auto sorted = Listed(*dialog);
+  EXPECT_NE(sorted, as_listed);
+  EXPECT_EQ(dialog->Request().recipients.size(), 1U);
+  EXPECT_EQ(list->model()
+                ->index(static_cast<int>(std::ranges::find(sorted, ticked) - sorted.begin()), 0)
+                .data(Qt::CheckStateRole)
+                .toInt(),
+            Qt::Checked);
+  list->header()->resizeSection(balance, 171);
+  dialog->reject();
+
+  dialog = Open();
+  list = Find<RecipientView>(*dialog, "lstMultiSelect");
+  EXPECT_EQ(Listed(*dialog), sorted);
+  EXPECT_EQ(list->header()->sectionSize(balance), 171);
+  // Owners have a table of their own.
+  const auto owners = Open("Owner Templates");
+  EXPECT_GT(ColumnOf(*Find<RecipientView>(*owners, "lstMultiSelect"), "Arrears"), 0);
+}
+
+TEST_F(RecipientTableTest, KeepsFiltersUnderNames) {
+  auto dialog = Open();
+  TypeCondition(*dialog, kArrears);
+  auto* named = Find<QComboBox>(*dialog, "cboFilter");
+  machine_.dialogs.WillType("Arrears");
+  Press(*dialog, "cmdSaveFilter");
+  EXPECT_EQ(named->currentText(), "Arrears");
+  machine_.dialogs.WillType("Arrears 7 days");
+  Press(*dialog, "cmdRenameFilter");
+  EXPECT_EQ(named->currentText(), "Arrears 7 days");
+  const std::size_t left = Listed(*dialog).size();
+  dialog->reject();
+
+  dialog = Open();
+  named = Find<QComboBox>(*dialog, "cboFilter");
+  Press(*dialog, "cmdFilter");
+  QTest::keyClicks(named, "Arr");
+  EXPECT_EQ(named->currentText(), "Arrears 7 days");
+  AwaitValues(*dialog);
+  EXPECT_EQ(Listed(*dialog).size(), left);
+  EXPECT_EQ(Text(*dialog, "txtWhere"), kArrears);
+  EXPECT_EQ(dialog->findChildren<QComboBox*>("cboFact").size(), 2);
+  // A line that is taken away is out of the condition.
+  Find<QToolButton>(*dialog, "cmdRemoveRow")->click();
+  EXPECT_EQ(Text(*dialog, "txtWhere"), "Days Behind > 7");
+  EXPECT_EQ(named->currentIndex(), -1);
+  QTest::keyClick(named, Qt::Key_End);
+  machine_.dialogs.WillPress(Answer::kYes);
+  Press(*dialog, "cmdDeleteFilter");
+  EXPECT_TRUE(NamedFilters(session_.platform.registry).List("Templates").empty());
+}
+
+}  // namespace
+}  // namespace tenora
