@@ -32,6 +32,7 @@ namespace tenora {
 // How a generated letter is saved.
 struct SaveWay {
   Durability durability = Durability::kSynced;
+  std::string name = {};       // of the file, without ".rtf"; empty: the letter's title
   bool pdf_name_free = false;  // only under a name that ".pdf" has free too
   // Called before each attempt to take a name.
   std::function<void(const std::filesystem::path&)> before_write = {};

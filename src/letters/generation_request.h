@@ -20,6 +20,9 @@ struct GenerationRequest {
   std::string subject;  // of the e-mails
   std::string printer;  // by name; the caller makes it the current one
   bool pdf = false;     // a PDF beside each letter
+  // Of the letters' files, as LetterNames takes it; none: that of the settings, which the run fills
+  // in.
+  std::optional<std::string> name_pattern;
   // Of all letters together, written at the end of the run and again when it is resumed; an empty
   // path is the run log's, ending in ".pdf" or ".csv".
   std::optional<std::filesystem::path> one_pdf;    // ends in ".pdf"

@@ -31,6 +31,10 @@ Fact DateFact(Date date);
 // An empty text is none.
 Fact TextFact(std::string text);
 
+// A fact for programs: numbers and amounts with a point, dates as 2026-11-21 (with a time of day as
+// 2026-11-21T09:30:00), "yes" or "no"; empty for none.
+std::string PlainText(const Fact& fact);
+
 // The names that a condition can use, each with its type.
 class FactNames {
  public:

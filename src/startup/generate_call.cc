@@ -53,7 +53,8 @@ std::string GenerateCall::Complaint() const {
   if (filter.by_property && !owners) return "--by-property goes with --owners";
   if (!resume.empty()) {
     const bool more = choosing || list || !template_name.empty() || !subject.empty() ||
-                      !answers.empty() || pdf || !one_pdf.empty() || duplex || !post_list.empty();
+                      !answers.empty() || pdf || !name_pattern.empty() || !one_pdf.empty() ||
+                      duplex || !post_list.empty();
     return more ? "--resume takes everything from the run log; "
                   "only --printer and --send-held may be given with it"
                 : "";
@@ -115,6 +116,9 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
   AddRepeated(app, "--answer", call.answers,
               "\"prompt=text\": the answer to a prompt for all letters; others are asked");
   app.add_flag("--pdf", call.pdf, "Save a PDF beside each letter");
+  app.add_option("--name-pattern", call.name_pattern,
+                 "Of the letters' files, as \"{Tenant Name} - {Template} - {Print Date}\": the "
+                 "names of --where, {Template} and {Number}");
   app.add_option("--one-pdf", call.one_pdf,
                  "A new PDF file of all letters, in the order of the list, with a bookmark each");
   app.add_flag(

@@ -28,7 +28,7 @@ struct GenerateCall {
   bool descending = false;
   std::string subject, printer, resume, forget;
   std::vector<std::string> answers;
-  std::string one_pdf, post_list;
+  std::string name_pattern, one_pdf, post_list;
   bool pdf = false, duplex = false, send_held = false, unfinished = false;
 
   std::string_view Kind() const;

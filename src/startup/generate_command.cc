@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "letters/generation.h"
+#include "letters/letter_names.h"
 #include "letters/named_filters.h"
 #include "letters/template_library.h"
 #include "letters/unfinished_runs.h"
@@ -229,6 +230,10 @@ class GenerateCommand {
     request.destination = call_.To();
     request.subject = call_.subject;
     request.pdf = call_.pdf;
+    if (!call_.name_pattern.empty()) {
+      static_cast<void>(LetterNames(call_.name_pattern, call_.Kind()));  // may refuse it
+      request.name_pattern = call_.name_pattern;
+    }
     request.one_pdf = NewFile(call_.one_pdf);
     request.duplex = call_.duplex;
     request.post_list = NewFile(call_.post_list);

@@ -54,21 +54,6 @@ std::size_t WidthOf(std::string_view text) {
   return width;
 }
 
-std::string DayText(Date date) {
-  const std::string day = FormatDate(date, "yyyy-mm-dd");
-  return date.SecondOfDay() == 0 ? day : day + "T" + FormatDate(date, "hh:nn:ss");
-}
-
-// A fact for programs; empty for none.
-std::string PlainText(const Fact& fact) {
-  if (const auto* text = std::get_if<std::string>(&fact)) return *text;
-  if (const auto* number = std::get_if<double>(&fact)) return NumberText(*number);
-  if (const auto* money = std::get_if<Currency>(&fact)) return money->ToText();
-  if (const auto* date = std::get_if<Date>(&fact)) return DayText(*date);
-  if (const auto* yes = std::get_if<bool>(&fact)) return *yes ? "yes" : "no";
-  return {};
-}
-
 std::string JsonText(std::string_view text) {
   std::string quoted = "\"";
   while (!text.empty()) {

@@ -143,5 +143,44 @@ TEST_F(GenerateMerged, TheListForThePostReadsAsASpreadsheetTakesIt) {
   }
 }
 
+TEST_F(GenerateMerged, FilesAreCalledByThePatternAndStayInTheFolder) {
+  struct Case {
+    std::string pattern, file;
+  };
+  const std::vector<Case> cases{
+      {"{tenant name} - {Template}", "Mei Huang - Note.rtf"},
+      {"{Number} {Property Code}", "1 PR00018.rtf"},
+      {"../{Tenant Code}/x", "__-T00007-x~97ad9c24.rtf"},
+      {"{Tenancy End Date}", "Note.rtf"},
+      {" ", "Note(1).rtf"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.pattern);
+    const auto result =
+        Make({"--template", "Note", "--recipient", "T00007", "--name-pattern", c.pattern});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.output, (Home() / "Mei Huang" / c.file).string() + "\n");
+  }
+  // Cut between characters, and once more where it is taken.
+  std::string macrons;
+  for (int i = 0; i < 200; ++i) macrons += "\u014D";
+  const auto cut = Make({"--template", "Note", "--recipient", "T00007", "--recipient", "T00007",
+                         "--name-pattern", "x" + macrons, "--pdf"});
+  EXPECT_EQ(cut.status, 0) << cut.errors;
+  for (const std::string& line : Split(cut.output, "\n")) {
+    EXPECT_LE(fs::path(line).filename().string().size(), 255U);
+    EXPECT_TRUE(IsValidUtf8(line));
+  }
+  // The setting holds where the call says nothing, and on resuming what held then.
+  StoreSetting("Mail", "TenantFileNames", "{Tenant Code} {Print Date}");
+  const auto set = Make({"--template", "Note", "--recipient", "T00001"});
+  EXPECT_THAT(set.output, testing::ContainsRegex("/T00001 20..-..-..[.]rtf\n$"));
+  const auto unknown =
+      Make({"--template", "Note", "--recipient", "T00001", "--name-pattern", "{Tennant Name}"});
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_THAT(unknown.errors, HasSubstr("do you mean \"Tenant Name\"?"));
+  EXPECT_THAT(unknown.errors, HasSubstr("There are: Template, Number, "));
+}
+
 }  // namespace
 }  // namespace tenora

@@ -6,6 +6,8 @@
 #include "letters/generate/letter_maker.h"
 #include "letters/generate/letter_run.h"
 #include "letters/generate/run_log.h"
+#include "letters/letter_names.h"
+#include "merge/condition.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
@@ -28,6 +30,16 @@ void RequirePrinter(printing::Printers* printers, Destination destination) {
   static_cast<void>(printers->Current());
 }
 
+// Before anything is made.
+void RequireSoundPattern(const std::string& pattern, const std::string& template_kind) {
+  try {
+    static_cast<void>(LetterNames(pattern, template_kind));
+  } catch (const ConditionError& error) {
+    throw StandardError(error_number::kInvalidProcedureCall,
+                        std::string(error.what()) + ". " + error.possible());
+  }
+}
+
 LetterMaker::BadFutureDate BadFutureDates(AfterError after_error) {
   // In the window the user has seen the message and can look at the letter.
   return after_error == AfterError::kStop ? LetterMaker::BadFutureDate::kLeftInLetter
@@ -44,6 +56,10 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
   if (request.recipients.empty()) {
     throw StandardError(error_number::kInvalidProcedureCall, "Nothing selected");
   }
+  if (!request.name_pattern) {
+    request.name_pattern = StoredNamePattern(session_.settings, request.template_kind);
+  }
+  RequireSoundPattern(*request.name_pattern, request.template_kind);
   RequirePrinter(printers_, request.destination);
   RequireFolder(session_.database.DataFolder());
   LetterMaker maker(session_, request, BadFutureDates(after_error_));
@@ -54,6 +70,7 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
 
 GenerationSummary Generation::Resume(const std::filesystem::path& log_path, ResumeWay way) {
   RunLog log = RunLog::Resume(log_path, session_.database.DataFolder(), session_.platform.clock);
+  RequireSoundPattern(log.request().name_pattern.value_or(""), log.request().template_kind);
   const std::filesystem::path before = log.request().database;
   std::optional<Database::OneFile> one_file;
   // Those of the first release do not say which it was.

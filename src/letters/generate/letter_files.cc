@@ -78,9 +78,10 @@ fs::path LetterFiles::SavedBefore(LetterReport& report) const {
 
 // The name is in the log before the letter takes it: after a kill the letter is found again rather
 // than saved twice.
-void LetterFiles::Save(frmLetter& letter, LetterReport& report) {
+void LetterFiles::Save(frmLetter& letter, LetterReport& report, const std::string& name) {
   const bool held = report.result == LetterReport::Result::kHeld;
   SaveWay way;
+  way.name = name;
   way.durability = log_.request().destination == Destination::kEmail || held
                        ? Durability::kSynced
                        : Durability::kUntilSync;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <utility>
 
 #include "letters/frm_letter.h"
@@ -27,8 +28,9 @@ class LetterFiles {
   // The whole letter that an earlier run saved; empty when there is none. A damaged one is left as
   // it is, with a warning.
   std::filesystem::path SavedBefore(LetterReport& report) const;
-  // Saves a new letter, held back or not. Raises what SaveGenerated raises.
-  void Save(frmLetter& letter, LetterReport& report);
+  // Saves a new letter, held back or not, under a name as LetterNames gives it. Raises what
+  // SaveGenerated raises.
+  void Save(frmLetter& letter, LetterReport& report, const std::string& name);
 
   // Of a letter that an earlier run held back:
 

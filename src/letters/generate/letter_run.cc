@@ -96,6 +96,7 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
       observer_(observer),
       log_(log),
       files_(log, session.database.DataFolder()),
+      names_(log.request().name_pattern.value_or(""), log.request().template_kind),
       maker_(maker),
       sender_(session) {
   sender_.StopAsked = [this] { return observer_.StopAsked(); };
@@ -192,7 +193,9 @@ bool LetterRun::MakeAndHandOver(LetterReport& report) {
     // What is there under that name, if anything, is not this letter.
     log_.NoteFile(report.number, {});
     if (!Merge(report)) return false;
-    files_.Save(*letter_, report);
+    files_.Save(*letter_, report,
+                names_.NameOf({session_, letter_->members(), letter_->rtfLetter}, report.number,
+                              log_.count()));
     observer_.Saved(report.file);
   } else if (held && WayOf(report.number) != Resuming::kAsItIs) {
     if (!CheckAgain(report)) return false;

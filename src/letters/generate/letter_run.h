@@ -10,6 +10,7 @@
 #include "letters/generate/letter_maker.h"
 #include "letters/generate/run_log.h"
 #include "letters/generation.h"
+#include "letters/letter_names.h"
 #include "output/email_sender.h"
 #include "output/letter_printing.h"
 #include "output/pdf_workers.h"
@@ -67,6 +68,7 @@ class LetterRun {
   GenerationObserver& observer_;
   RunLog& log_;
   LetterFiles files_;
+  const LetterNames names_;
   LetterMaker& maker_;
   ResumeWay way_;
   frmLetter* letter_ = nullptr;  // the current one

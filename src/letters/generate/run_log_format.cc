@@ -188,6 +188,8 @@ class Reader {
       request.printer = value;
     } else if (word == "pdf" && (value == "yes" || value == "no")) {
       request.pdf = value == "yes";
+    } else if (word == "name pattern") {
+      request.name_pattern = value;
     } else if (word == "one pdf" && IsMergedFile(value, ".pdf")) {
       request.one_pdf = value;
     } else if (word == "duplex" && value == "yes") {
@@ -265,6 +267,9 @@ std::string RunLogHead(const LoggedRun& run, Date now) {
   if (request.destination == Destination::kEmail) text += Line({"subject", request.subject});
   if (request.destination == Destination::kPrinter) text += Line({"printer", request.printer});
   text += Line({"pdf", request.pdf ? "yes" : "no"});
+  if (!request.name_pattern.value_or("").empty()) {
+    text += Line({"name pattern", *request.name_pattern});
+  }
   if (request.one_pdf) text += Line({"one pdf", request.one_pdf->string()});
   if (request.duplex) text += Line({"duplex", "yes"});
   if (request.post_list) text += Line({"post list", request.post_list->string()});

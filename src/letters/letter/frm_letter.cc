@@ -265,7 +265,8 @@ void frmLetter::SaveGenerated(const SaveWay& way) {
   const fs::path folder =
       MakeRecipientFolder(session_.database.DataFolder(), members_.RecipientName);
   BeforeSaveLetter();
-  const std::string title = SafeFileName(members_.LetterTitle, kLongestGeneratedTitle);
+  const std::string title =
+      SafeFileName(way.name.empty() ? members_.LetterTitle : way.name, kLongestGeneratedTitle);
   const auto accept = [&](const fs::path& path) {
     if (way.pdf_name_free && NameTaken(fs::path(path).replace_extension(".pdf"))) return false;
     if (way.before_write) way.before_write(path);

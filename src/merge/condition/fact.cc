@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/runtime/conversion.h"
+#include "platform/runtime/format.h"
 #include "platform/runtime/text.h"
 #include "rental/missing_date.h"
 
@@ -21,7 +23,21 @@ std::size_t WordsOf(std::string_view folded) {
   return 1 + static_cast<std::size_t>(std::ranges::count(folded, ' '));
 }
 
+std::string DayText(Date date) {
+  const std::string day = FormatDate(date, "yyyy-mm-dd");
+  return date.SecondOfDay() == 0 ? day : day + "T" + FormatDate(date, "hh:nn:ss");
+}
+
 }  // namespace
+
+std::string PlainText(const Fact& fact) {
+  if (const auto* text = std::get_if<std::string>(&fact)) return *text;
+  if (const auto* number = std::get_if<double>(&fact)) return NumberText(*number);
+  if (const auto* money = std::get_if<Currency>(&fact)) return money->ToText();
+  if (const auto* date = std::get_if<Date>(&fact)) return DayText(*date);
+  if (const auto* yes = std::get_if<bool>(&fact)) return *yes ? "yes" : "no";
+  return {};
+}
 
 Fact DateFact(Date date) {
   if (DateMeansNone(date)) return {};

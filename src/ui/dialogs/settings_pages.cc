@@ -19,8 +19,11 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "letters/letter_names.h"
 #include "letters/template_library.h"
+#include "merge/condition.h"
 #include "output/spelling_choice.h"
+#include "platform/runtime/clock.h"
 #include "platform/runtime/files.h"
 #include "ui/dialogs/frm_printer.h"
 #include "ui/dialogs/frm_receipt.h"
@@ -223,8 +226,48 @@ PrintingPage::PrintingPage(Session& session)
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(page_width_);
   layout->addWidget(words);
+  layout->addWidget(MakeFileNames());
   layout->addWidget(MakeButtons());
   layout->addStretch();
+}
+
+QWidget* PrintingPage::MakeFileNames() {
+  auto* group = new QGroupBox(tr("Files of generated letters"));
+  auto* form = new QFormLayout(group);
+  const auto add = [&](const QString& caption, std::string_view kind, const char* setting) {
+    const std::string stored = StoredNamePattern(session_.settings, kind);
+    const FileNames names{kind, setting,
+                          Named(new QLineEdit(Shown(stored)),
+                                kind == kTemplates ? "txtTenantFileNames" : "txtOwnerFileNames"),
+                          Remark({})};
+    names.pattern->setPlaceholderText("{Template}");
+    names.example->setTextFormat(Qt::PlainText);
+    form->addRow(caption, names.pattern);
+    form->addRow({}, names.example);
+    connect(names.pattern, &QLineEdit::textChanged, this, [this, names] { ShowExample(names); });
+    ShowExample(names);
+    file_names_.push_back(names);
+  };
+  add(tr("For &tenants"), kTemplates, kTenantFileNames);
+  add(tr("F&or owners"), kOwnerTemplates, kOwnerFileNames);
+  return group;
+}
+
+bool PrintingPage::ShowExample(const FileNames& names) {
+  QString shown;
+  bool sound = true;
+  try {
+    const LetterNames pattern(names.pattern->text().toStdString(), names.kind);
+    shown = tr("For example %1").arg(Shown(pattern.Example(session_.platform.clock.Today())));
+  } catch (const ConditionError& error) {
+    sound = false;
+    shown = Shown(error.what()) + tr(". It is not kept like this.");
+    names.pattern->setToolTip(Shown(error.possible()));
+  }
+  if (sound) names.pattern->setToolTip({});
+  names.example->setText(shown);
+  names.pattern->setAccessibleDescription(shown);
+  return sound;
 }
 
 QWidget* PrintingPage::MakeButtons() {
@@ -257,6 +300,10 @@ void PrintingPage::Save() {
   settings.SaveSettingText(kMail, "PrinterPageWidth", page_width_->isChecked() ? "1" : "0");
   settings.SaveSettingText(kCheque, "Dollar", dollar_->text().toStdString());
   settings.SaveSettingText(kCheque, "Cents", cents_->text().toStdString());
+  for (const FileNames& names : file_names_) {
+    if (!ShowExample(names)) continue;
+    settings.SaveSettingText(kMail, names.setting, names.pattern->text().toStdString());
+  }
 }
 
 SpellingPage::SpellingPage(Session& session)

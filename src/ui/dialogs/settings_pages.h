@@ -3,6 +3,8 @@
 
 #include <QWidget>
 #include <functional>
+#include <string_view>
+#include <vector>
 
 #include "rental/session.h"
 #include "ui/dialogs/settings_tests.h"
@@ -76,6 +78,17 @@ class PrintingPage : public SettingsPage {
   void Save() override;
 
  private:
+  // The files of generated letters, for one kind of template.
+  struct FileNames {
+    std::string_view kind;
+    const char* setting;
+    QLineEdit* pattern;
+    QLabel* example;
+  };
+
+  QWidget* MakeFileNames();
+  // What the pattern gives, or what is wrong with it; true when nothing is.
+  bool ShowExample(const FileNames& names);
   QWidget* MakeButtons();
   void ShowReceiptOptions(bool receipts);
 
@@ -83,6 +96,7 @@ class PrintingPage : public SettingsPage {
   QCheckBox* page_width_;
   QLineEdit* dollar_;
   QLineEdit* cents_;
+  std::vector<FileNames> file_names_;
 };
 
 class SpellingPage : public SettingsPage {

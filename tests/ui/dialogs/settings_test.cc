@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <QLabel>
 #include <QTabWidget>
 #include <QThreadPool>
+#include <algorithm>
 
 #include "support/smtp_server.h"
 #include "ui/dialogs/dialogs_fixture.h"
@@ -69,6 +71,23 @@ TEST_F(SettingsTest, TestsTheLocationWhenItIsEnteredAndStoresIt) {
   EXPECT_EQ(Stored("Settings", "DatabaseLocation"), path);
   EXPECT_EQ(Stored("Cheque", "Dollar"), "Pounds");
   EXPECT_EQ(Stored("Mail\\Spelling", "Underline"), "0");
+}
+
+TEST_F(SettingsTest, TheExampleOfAFilesNameFollowsTheTypingAndOnlySoundPatternsAreKept) {
+  frmSettings dialog(session_);
+  const auto says = [&](const char* text) {
+    return std::ranges::any_of(dialog.findChildren<QLabel*>(), [&](const QLabel* label) {
+      return label->text().contains(QString::fromUtf8(text));
+    });
+  };
+  EXPECT_TRUE(says("For example Rent review.rtf"));
+  Type(dialog, "txtTenantFileNames", "{Number} {Tenant Name}");
+  EXPECT_TRUE(says("For example 07 Jane Smith.rtf"));
+  Type(dialog, "txtOwnerFileNames", "{Tenant Name}");
+  EXPECT_TRUE(says("There is no \"Tenant Name\" for a file's name"));
+  Press(dialog, "cmdOK");
+  EXPECT_EQ(Stored("Mail", "TenantFileNames"), "{Number} {Tenant Name}");
+  EXPECT_EQ(Stored("Mail", "OwnerFileNames"), "not stored");
 }
 
 }  // namespace
