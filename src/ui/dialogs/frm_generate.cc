@@ -77,6 +77,10 @@ frmGenerate::frmGenerate(Session& session, const std::string& template_kind,
                      "ExcludeNoEmailAddress")),
       automatic_(Named(new QCheckBox(tr("Use the &default printer")), "chkAuto")),
       pdf_(Named(new QCheckBox(tr("Save a PD&F beside each letter")), "chkPdf")),
+      one_pdf_(Named(new QCheckBox(tr("&One PDF of all letters")), "chkOnePdf")),
+      duplex_(Named(new QCheckBox(tr("Eac&h on a sheet of its own")), "chkDuplex")),
+      post_list_(
+          Named(new QCheckBox(tr("&Keep a list of the letters for the post")), "chkPostList")),
       printer_(Named(new QRadioButton(tr("P&rinter")), "optPrinter")),
       email_(Named(new QRadioButton(tr("&E-mail")), "optEmail")),
       folder_(Named(new QRadioButton(tr("&Save only")), "optFolder")),
@@ -281,6 +285,20 @@ void frmGenerate::MakeDestinations(QVBoxLayout* column) {
   where_column->addWidget(folder_);
   column->addWidget(where);
   column->addWidget(pdf_);
+  column->addWidget(one_pdf_);
+  auto* duplex_row = new QHBoxLayout;
+  duplex_row->addSpacing(20);
+  duplex_row->addWidget(duplex_);
+  column->addLayout(duplex_row);
+  column->addWidget(post_list_);
+  const QString place = tr("Written into the data folder, under the name of the run log");
+  one_pdf_->setToolTip(place);
+  post_list_->setToolTip(place);
+  duplex_->setToolTip(
+      tr("Where both sides of the paper are printed: an empty page follows a letter "
+         "that ends on a front side"));
+  duplex_->setEnabled(false);
+  connect(one_pdf_, &QCheckBox::toggled, duplex_, &QCheckBox::setEnabled);
   // On click, not on toggle: a radio button that is switched off by another emits toggled as well.
   connect(printer_, &QRadioButton::clicked, this,
           [this] { SetDestination(Destination::kPrinter); });
@@ -413,6 +431,9 @@ GenerationRequest frmGenerate::Request() const {
   request.destination = destination_;
   request.subject = subject_->text().toStdString();
   request.pdf = pdf_->isChecked();
+  if (one_pdf_->isChecked()) request.one_pdf.emplace();
+  request.duplex = one_pdf_->isChecked() && duplex_->isChecked();
+  if (post_list_->isChecked()) request.post_list.emplace();
   for (const RecipientRow& row : ChosenRows()) request.recipients.push_back(row.recipient);
   return request;
 }

@@ -92,6 +92,9 @@ class frmGenerate : public QDialog {
   QCheckBox* exclude_;
   QCheckBox* automatic_;
   QCheckBox* pdf_;
+  QCheckBox* one_pdf_;
+  QCheckBox* duplex_;
+  QCheckBox* post_list_;
   QRadioButton* printer_;
   QRadioButton* email_;
   QRadioButton* folder_;

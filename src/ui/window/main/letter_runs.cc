@@ -74,7 +74,13 @@ void LetterRuns::Run(Destination destination, const Letters& letters) {
   });
   tree_.RefreshTree();
   if (summary.asked == 0) return;  // nothing was started, and the reason has been shown
-  emit Told(tr("%1 of %2 letters were made.").arg(summary.done).arg(summary.asked));
+  const MergedFiles& merged = summary.merged;
+  QString told = tr("%1 of %2 letters were made.").arg(summary.done).arg(summary.asked);
+  for (const std::filesystem::path& file : {merged.pdf, merged.post_list}) {
+    if (!file.empty()) told += " " + QString::fromStdString(file.string());
+  }
+  emit Told(told);
+  for (const std::string& problem : merged.problems) session_.platform.dialogs.Say(problem);
   if (!summary.complete()) {
     Settle(destination, summary);
   } else if (summary.asked == 1 && !last.file.empty()) {
