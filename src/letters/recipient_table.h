@@ -25,13 +25,11 @@
 
 namespace tenora {
 
-// The fact that a table knows only with a template.
-inline constexpr std::string_view kLastLetterFact = "Last Letter";
-
-// The facts that recipients of a template kind have; null for a kind without recipients.
+// The facts that recipients of a template kind have, kLastLetterFact too, which a table knows only
+// with a template; null for a kind without recipients.
 const FactNames* RecipientFactNames(std::string_view template_kind);
-// The same with the fields of the office's own that the session's open database has, also those
-// whose names hold blanks.
+// The same with the fields of the office's own that the session's open database has, and no other
+// fields: a misspelt one is unknown.
 FactNames RecipientFactNames(Session& session, std::string_view template_kind);
 // The columns that a table shows at first.
 const std::vector<std::string>& UsualColumns(std::string_view template_kind);

@@ -47,6 +47,8 @@ class FactNames {
   // Names that begin with this are fields: "TCustom:". Only the names added whole may hold blanks.
   void AddFieldPrefix(std::string_view prefix) { prefixes_.emplace_back(prefix); }
   void Add(const FactNames& others);
+  // Without their prefixes: for somebody who adds every field that there is.
+  void AddNames(const FactNames& others);
 
   // The name, letter case and the number of blanks between words aside; null for none.
   const Name* Find(std::string_view name) const;

@@ -9,11 +9,14 @@
 
 namespace tenora {
 
-// The codes' names and "Days Behind", "Property Address" (its lines in one), "Closed" and "Last
-// Letter"; for owners "Properties", "Tenancies", "Arrears", "Closed" and "Last Letter". Fields of
-// the office's own by their prefixes.
+// The codes' names and "Days Behind", "Property Address" (its lines in one) and "Closed"; for
+// owners "Properties", "Tenancies", "Arrears" and "Closed". Fields of the office's own by their
+// prefixes.
 const FactNames& TenantFactNames();
 const FactNames& OwnerFactNames();
+
+// Of recipients in a table, which knows when each got a letter: no letter can ask for it.
+inline constexpr std::string_view kLastLetterFact = "Last Letter";
 
 class TenantFacts : public FactSource {
  public:

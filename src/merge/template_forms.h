@@ -61,6 +61,9 @@ class TemplateForms {
   const std::vector<FormFinding>& Findings() const;
   // Where the codes are that are forms, right or wrong: the head as in FormFinding, and the offset.
   const std::set<std::pair<int, std::size_t>>& Codes() const;
+  // False where there is so much wrong, or so deep a nesting, that not all has been looked at: the
+  // findings and codes are those up to there.
+  bool Complete() const;
 
   // Makes the letter the template with its forms filled for a recipient. The database is open.
   // Raises 5 for forms with findings, 7 for a letter that would become too long, and what the

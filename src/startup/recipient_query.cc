@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "letters/named_filters.h"
+#include "merge/recipient_facts.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/text.h"
 #include "startup/recipient_listing.h"

@@ -125,6 +125,15 @@ TEST_F(TemplateLintTest, FindsACodeExactlyWhereTheMergeLeavesIt) {
   }
 }
 
+TEST_F(TemplateLintTest, SaysOnceThatFormsAreNestedTooDeep) {
+  std::string body;
+  for (int i = 0; i < 500; ++i) body += "<<If Closed>>";
+  for (int i = 0; i < 500; ++i) body += "<<End If>>";
+  const auto found = Lint(body, TemplateKind::kTenant);
+  ASSERT_EQ(found.size(), 1U) << found[1].Text();
+  EXPECT_THAT(found[0].Text(), HasSubstr("stands inside 20 others"));
+}
+
 TEST_F(TemplateLintTest, FindsWrongFormsInTheirPlaces) {
   struct Case {
     const char* body;

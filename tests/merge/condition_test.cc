@@ -140,6 +140,9 @@ TEST(Condition, SaysWhatIsWrongAndWhatThereIs) {
        "\"within 30 days\"",
        ""},
       {"Next Inspection within 9999999 days", "9999999 days is too long a time", ""},
+      {"Tenancy Start Date >= today - 99999 years", "99999 years is too long a time", ""},
+      {"Print Date > today + 1 day + 1 day + 1 day + 1 day + 1 day",
+       "Too much is added to a day or taken off it", ""},
       {"Balance Owing > 99999999999999999999",
        "\"99999999999999999999\" is no number that can be "
        "compared",

@@ -86,6 +86,20 @@ constexpr const char* kYes = "<<If Current Rent > 0>>";
 constexpr const char* kNo = "<<If Current Rent < 0>>";
 constexpr const char* kEach = "<<Each Payment where Payment Number < 60>>";
 
+TEST_F(TemplateFormsTest, GiveEveryRowTheFormatOfItsOwnParagraph) {
+  Merge(Rtf(R"(\ql <<Each Rent Period until 2025-01-01>>\par)"
+            R"(\pard\qc\li700 <<Period From:short>><<End Each>>\par)"));
+  int rows = 0;
+  for (const richtext::Block& block : editor_.Document().blocks) {
+    const auto& paragraph = std::get<richtext::Paragraph>(block);
+    if (paragraph.runs.empty()) continue;
+    ++rows;
+    EXPECT_EQ(paragraph.format.alignment, richtext::Alignment::kCentre) << rows;
+    EXPECT_EQ(paragraph.format.left_indent, 700) << rows;
+  }
+  EXPECT_GT(rows, 3);
+}
+
 TEST_F(TemplateFormsTest, PutInAndTakeOutWordsParagraphsAndRows) {
   const std::string yes = kYes, no = kNo, each = kEach, end_if = "<<End If>>",
                     end_each = "<<End Each>>", number = "<<Payment Number>>";

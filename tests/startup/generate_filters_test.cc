@@ -109,6 +109,7 @@ TEST_F(GenerateFilters, SayWhatIsWrongWithACall) {
       {{"--list", "--sort", "Arrears"}, 2, "There is no column \"Arrears\""},
       {{"--list", "--columns", "Last Letter"}, 2, "name it with --template"},
       {{"--list", "--where", "Last Letter is empty"}, 2, "name it with --template"},
+      {{"--list", "--where", "TCustom:Pett is empty"}, 2, "\"TCustom:Pett\" is no name or value"},
       {{"--list", "--filter", "None"}, 2, "There is no filter \"None\".\nnone has been saved"},
       {{"--list", "--format", "xml"}, 2, "xml"},
       {{"--list", "--descending"}, 2, "--descending goes with --sort"},

@@ -61,17 +61,24 @@ bool Before(const SortKey& left, const SortKey& right, bool descending) {
   return first.kind == 0 ? first.number < second.number : first.text < second.text;
 }
 
+FactNames WithLastLetter(FactNames names) {
+  names.Add(kLastLetterFact, FactType::kDate);
+  return names;
+}
+
 }  // namespace
 
 const FactNames* RecipientFactNames(std::string_view template_kind) {
-  if (template_kind == kTemplates) return &TenantFactNames();
-  if (template_kind == kOwnerTemplates) return &OwnerFactNames();
+  static const FactNames kOfTenants = WithLastLetter(TenantFactNames());
+  static const FactNames kOfOwners = WithLastLetter(OwnerFactNames());
+  if (template_kind == kTemplates) return &kOfTenants;
+  if (template_kind == kOwnerTemplates) return &kOfOwners;
   return nullptr;
 }
 
 FactNames RecipientFactNames(Session& session, std::string_view template_kind) {
   FactNames names;
-  if (const FactNames* const fixed = RecipientFactNames(template_kind)) names.Add(*fixed);
+  if (const FactNames* const fixed = RecipientFactNames(template_kind)) names.AddNames(*fixed);
   const CustomFieldCodes codes = ReadCustomFieldCodes(session.database);
   const auto add = [&](std::string_view prefix, const std::set<std::string>& fields) {
     for (const std::string& field : fields) {

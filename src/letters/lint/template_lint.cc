@@ -118,8 +118,10 @@ class Linter {
   // A form that the merge fills, or one where it fills none, which is complained of.
   bool IsForm(const ScannedCode& code) {
     if (!forms_ || !code.closed) return false;
-    if (InStream()) return forms_->Codes().contains({text_->head, code.begin});
+    if (InStream() && forms_->Codes().contains({text_->head, code.begin})) return true;
+    if (InStream() && forms_->Complete()) return false;
     if (!TemplateForms::IsForm(NameOf(code), kind_)) return false;
+    if (InStream()) return true;
     Add(code, {Kind::kForm,
                std::string(kCodeStart).append(NameOf(code)).append(kCodeEnd) +
                    " cannot stand in a " + text_->place,

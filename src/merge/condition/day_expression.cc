@@ -21,8 +21,9 @@ constexpr std::array<std::string_view, 12> kMonths{"january",   "february", "mar
                                                    "september", "october",  "november", "december"};
 constexpr std::size_t kShortMonth = 3;
 constexpr int kDaysInWeek = 7, kMonthsInYear = 12;
-// No calendar reaches further.
-constexpr int kMostUnits = 100'000;
+// Longer times have no use, and lead out of the calendar.
+constexpr int kMostDays = 73'000, kMostMonths = 2'400;
+constexpr std::size_t kMostAdded = 4;
 
 std::optional<int> WholeNumber(const ConditionWord& word) {
   int number = 0;
@@ -77,18 +78,14 @@ std::optional<Stretch> TakeStretch(std::span<const ConditionWord> words, std::si
   if (!number || words[at + 1].kind != Kind::kWord) return std::nullopt;
   std::string unit = ToLower(words[at + 1].text);
   if (unit.ends_with('s')) unit.pop_back();
-  Stretch stretch;
-  if (unit == "day") stretch.days = *number;
-  if (unit == "week") stretch.days = *number * kDaysInWeek;
-  if (unit == "month") stretch.months = *number;
-  if (unit == "year") stretch.months = *number * kMonthsInYear;
-  const bool is_unit = unit == "day" || unit == "week" || unit == "month" || unit == "year";
-  if (!is_unit) return std::nullopt;
-  if (*number < 0 || *number > kMostUnits) {
+  const bool in_months = unit == "month" || unit == "year";
+  if (!in_months && unit != "day" && unit != "week") return std::nullopt;
+  const int size = unit == "week" ? kDaysInWeek : unit == "year" ? kMonthsInYear : 1;
+  if (*number < 0 || *number > (in_months ? kMostMonths : kMostDays) / size) {
     throw ConditionError(words[at].text + " " + words[at + 1].text + " is too long a time");
   }
   at += 2;
-  return stretch;
+  return in_months ? Stretch{.months = *number * size} : Stretch{.days = *number * size};
 }
 
 std::optional<DayExpression> TakeDay(std::span<const ConditionWord> words, std::size_t& at) {
@@ -131,6 +128,9 @@ std::vector<Stretch> TakeAdded(std::span<const ConditionWord> words, std::size_t
       throw ConditionError("Behind \"" + words[at].text +
                            "\" stands a number of days, weeks, months or years, as in "
                            "\"today + 14 days\"");
+    }
+    if (added.size() == kMostAdded) {
+      throw ConditionError("Too much is added to a day or taken off it");
     }
     added.push_back(back ? stretch->Back() : *stretch);
     at = next;

@@ -57,8 +57,12 @@ void FactNames::Add(std::string_view name, FactType type) {
   }
 }
 
-void FactNames::Add(const FactNames& others) {
+void FactNames::AddNames(const FactNames& others) {
   for (const Name& other : others.names_) Add(other.name, other.type);
+}
+
+void FactNames::Add(const FactNames& others) {
+  AddNames(others);
   prefixes_.insert(prefixes_.end(), others.prefixes_.begin(), others.prefixes_.end());
 }
 

@@ -148,7 +148,7 @@ constexpr NamedFact<TenantSource> kTenantFacts[] = {
      }},
     {"Rent Review Date", Type::kDate, [](T t) { return DateFact(t.record().RentReviewDate); }},
     {"Closed", Type::kYesNo, [](T t) { return Fact(t.record().Closed); }},
-    {"Last Letter", Type::kDate, [](T t) { return Day(t.details.LastLetter()); }},
+    {kLastLetterFact, Type::kDate, [](T t) { return Day(t.details.LastLetter()); }},
 };
 
 constexpr NamedFact<OwnerSource> kOwnerFacts[] = {
@@ -176,13 +176,15 @@ constexpr NamedFact<OwnerSource> kOwnerFacts[] = {
     {"Tenancies", Type::kNumber, [](O o) { return Number(o.details.Tenancies()); }},
     {"Arrears", Type::kMoney, [](O o) { return Fact(o.details.Arrears()); }},
     {"Closed", Type::kYesNo, [](O o) { return Fact(o.record().ClosedStatus); }},
-    {"Last Letter", Type::kDate, [](O o) { return Day(o.details.LastLetter()); }},
+    {kLastLetterFact, Type::kDate, [](O o) { return Day(o.details.LastLetter()); }},
 };
 
 template <typename Source>
 FactNames NamesIn(std::span<const NamedFact<Source>> facts) {
   FactNames names;
-  for (const NamedFact<Source>& fact : facts) names.Add(fact.name, fact.type);
+  for (const NamedFact<Source>& fact : facts) {
+    if (fact.name != kLastLetterFact) names.Add(fact.name, fact.type);
+  }
   return names;
 }
 

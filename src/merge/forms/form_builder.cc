@@ -58,6 +58,7 @@ class Builder {
           std::vector<std::size_t>* codes)
       : scope_(kind, HasLedger(pieces)), findings_(*findings), codes_(*codes) {
     tree_.nodes = All(pieces, "");
+    tree_.complete = !gave_up_;
   }
 
   FormTree Take() { return std::move(tree_); }

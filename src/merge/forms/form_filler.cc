@@ -16,7 +16,7 @@ using richtext::Paragraph;
 using richtext::Run;
 using Kind = FormNode::Kind;
 
-constexpr std::size_t kMostPieces = 1'000'000;
+constexpr std::size_t kMostPieces = 200'000;
 constexpr std::size_t kMostBytes = 100'000'000;
 
 bool IsBlank(std::string_view text) {

@@ -81,7 +81,8 @@ void FormSink::EndParagraph(const Paragraph& from, bool marked, bool paragraph_m
     --line_begin_;
     DropLine();
   }
-  Finish(from);
+  // The end may be that of a paragraph of nothing but a marker, in which nothing began.
+  Finish(from_ != nullptr ? *from_ : from);
   std::get<Paragraph>(blocks_.back()).next_section = from.next_section;
 }
 

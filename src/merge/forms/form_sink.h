@@ -24,8 +24,10 @@ class FormSink {
   // Behind another table, its rows go on with that.
   void AddTable(richtext::Table table);
 
-  // What is begun stands in a paragraph like this.
-  void BeginIn(const richtext::Paragraph& from) { from_ = &from; }
+  // What comes next stands in this paragraph of the template; what has begun keeps its own.
+  void BeginIn(const richtext::Paragraph& from) {
+    if (from_ == nullptr) from_ = &from;
+  }
 
   // Never empty, and never ending in a table: what is missing is an empty paragraph like `like`.
   std::vector<richtext::Block> Take(const richtext::Paragraph& like);

@@ -51,6 +51,7 @@ struct FormTree {
   std::set<std::string, std::less<>> sums;  // "Total …" and "Number of …" that are used
   // The first Each over the ledger, whose opening balance counts ahead of it; null for none.
   std::shared_ptr<const Repetition> ledger = {};
+  bool complete = true;  // false: it ends where there was too much wrong
 };
 
 }  // namespace tenora

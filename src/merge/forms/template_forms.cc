@@ -91,11 +91,13 @@ struct TemplateForms::State {
   std::vector<HeadForms> heads;  // those that hold forms
   std::vector<FormFinding> findings;
   std::set<std::pair<int, std::size_t>> codes;
+  bool complete = true;
 
   FormTree Read(const std::vector<richtext::Block>& blocks, int head) {
     std::vector<FormFinding> found;
     std::vector<std::size_t> held;
     FormTree read = BuildForms(PiecesOf(blocks), kind, &found, &held);
+    complete = complete && read.complete;
     for (FormFinding& finding : found) {
       finding.head = head;
       findings.push_back(std::move(finding));
@@ -175,6 +177,7 @@ const std::string& TemplateForms::Source() const { return state_->source; }
 TemplateKind TemplateForms::Kind() const { return state_->kind; }
 const std::vector<FormFinding>& TemplateForms::Findings() const { return state_->findings; }
 const std::set<std::pair<int, std::size_t>>& TemplateForms::Codes() const { return state_->codes; }
+bool TemplateForms::Complete() const { return state_->complete; }
 
 bool TemplateForms::State::FillHeads(FormFiller& filler, Document* filled) const {
   if (heads.empty()) return false;
