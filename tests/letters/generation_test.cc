@@ -45,9 +45,9 @@ class WindowGeneration : public testing::Test {
   }
   fs::path Data() const { return machine_.ProgramFolder(); }
   // Recipients whose names are enough to tell them apart.
-  GenerationSummary Generate(std::initializer_list<const char*> names) {
+  GenerationSummary Generate(const std::vector<std::string>& names) {
     request_.recipients.clear();
-    for (const char* name : names) request_.recipients.push_back({name, {}});
+    for (const std::string& name : names) request_.recipients.push_back({name, {}});
     return GenerateSelection(session_, request_, observer_);
   }
   std::string Letter(const std::string& file) const {
@@ -101,20 +101,30 @@ TEST_F(WindowGeneration, StopsBeforeTheFirstLetterOfATemplateWithAWrongForm) {
 }
 
 TEST_F(WindowGeneration, NamesWhoHasVanishedAndWritesToTheOthers) {
-  for (const std::string_view kind : {kTemplates, kOwnerTemplates}) {
-    SCOPED_TRACE(kind);
-    fs::create_directories(Data() / kind);
-    WriteWholeFile(Data() / kind / "Notice.rtf", "{\\rtf1\\ansi To whom\\par}");
-    request_.template_kind = kind;
-    const bool tenants = kind == kTemplates;
-    const GenerationSummary run = tenants
-                                      ? Generate({"Mei Huang", "Nobody", "Ben Huang"})
-                                      : Generate({"Quinn Māhuta", "Nobody", "Rimu-Kauri Trust"});
+  const struct {
+    std::string_view kind;
+    std::vector<std::string> names;
+    const char* problem;
+  } cases[] = {
+      {kTemplates, {"Mei Huang", "Nobody", "Ben Huang"}, "the rental database has no such tenancy"},
+      {kOwnerTemplates,
+       {"Quinn Māhuta", "Nobody", "Rimu-Kauri Trust"},
+       "the rental database has no owner of this name"},
+      // The owner of a property who has none.
+      {kOwnerTemplates,
+       {"Quinn Māhuta", "", "Rimu-Kauri Trust"},
+       "the owner has no name in the rental database"},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.problem);
+    fs::create_directories(Data() / one.kind);
+    WriteWholeFile(Data() / one.kind / "Notice.rtf", "{\\rtf1\\ansi To whom\\par}");
+    request_.template_kind = one.kind;
+    const GenerationSummary run = Generate(one.names);
     EXPECT_EQ(run.done, 2U);
     EXPECT_FALSE(run.stopped);
     ASSERT_EQ(run.failed.size(), 1U);
-    EXPECT_EQ(run.failed[0].problem, tenants ? "the rental database has no such tenancy"
-                                             : "the rental database has no owner of this name");
+    EXPECT_EQ(run.failed[0].problem, one.problem);
     Generation resumption(session_, AfterError::kStop, observer_);
     EXPECT_EQ(resumption.Resume(run.log).failed.size(), 1U);
     EXPECT_TRUE(machine_.dialogs.shown().empty());

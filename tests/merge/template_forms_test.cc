@@ -339,6 +339,8 @@ TEST_F(TemplateFormsTest, FindWhatIsWrong) {
        "<<Each Payment since 1 May since 1 June>>", "there twice"},
       {"<<Each Payment where>>a<<End Each>>", Kind::kCollection, "<<Each Payment where>>",
        "a condition is missing"},
+      {"<<Each Payment>>a<<End Each>><<Payment Date>>", Kind::kName, "<<Payment Date>>",
+       "only inside <<Each Payment>>"},
       {"a <<Payment Date>>", Kind::kName, "<<Payment Date>>", "only inside <<Each Payment>>"},
       {"a <<Total Payment Amount>> <<Each Payment>><<End Each>>", Kind::kName,
        "<<Total Payment Amount>>", "stands before"},

@@ -81,11 +81,10 @@ void LetterMaker::MergeOwner() {
   const OwnerMergeOutcome outcome = letter_.InsertOwnerDetails();
   RequireDatabaseRead();
   if (outcome.error) throw *outcome.error;
-  if (!outcome.owner_found && letter_.members().RecipientName.empty()) {
-    throw LetterProblem("the owner has no name in the rental database");
-  }
   if (!outcome.owner_found) {
-    throw RecipientGone("the rental database has no owner of this name");
+    throw RecipientGone(letter_.members().RecipientName.empty()
+                            ? "the owner has no name in the rental database"
+                            : "the rental database has no owner of this name");
   }
   RequireFutureDates(outcome.future_dates_inserted);
 }
