@@ -13,6 +13,7 @@
 
 #include "application.h"
 #include "letters/file_names.h"
+#include "letters/generation.h"
 #include "merge/merge_codes.h"
 #include "platform/runtime/files.h"
 #include "support/fake_platform.h"
@@ -389,6 +390,35 @@ TEST_F(MainWindow, RenamesOverNoFileAndTakesTheOpenLetterAlong) {
   EXPECT_EQ(std::filesystem::path(open.FilePath).parent_path(), folder);
   EXPECT_TRUE(std::filesystem::exists(open.FilePath));
   EXPECT_EQ(open.Kind, "Templates");
+}
+
+// T00005 and T00006 are called Tama O'Brien: whom a letter is for shows in its name only.
+TEST_F(MainWindow, GivesNoLetterTheNameOfANamesakes) {
+  platform_.InstallSampleDatabase();
+  const auto data = session_.database.DataFolder();
+  std::filesystem::create_directories(data / "Templates");
+  WriteWholeFile(data / "Templates" / "Notice.rtf", "{\\rtf1 <<Tenant Code>>}");
+  Load();
+  GenerationRequest request;
+  request.template_kind = "Templates";
+  request.template_name = "Notice";
+  request.recipients = {{"Tama O'Brien", "T00005"}, {"Tama O'Brien", "T00006"}};
+  GenerationObserver observer;
+  ASSERT_TRUE(GenerateSelection(session_, request, observer).complete());
+  const auto folder = data / "Tama O'Brien";
+  std::filesystem::rename(folder / "Notice.rtf", folder / "Hers.rtf");
+  TreeModel::Entry entry;
+  entry.type = TreeModel::Type::kLetter;
+  entry.name = "Notice(1)";
+  entry.path = folder / "Notice(1).rtf";
+  QMenu menu;
+  window_->tree().FillContextMenu(menu, entry);
+  platform_.dialogs.WillType("Notice");
+  for (QAction* action : menu.actions()) {
+    if (action->text() == "&Rename…") action->trigger();
+  }
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("was made for another one called"));
+  EXPECT_TRUE(std::filesystem::exists(entry.path));
 }
 
 class RentalDataInTheWindow : public MainWindow {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "letters/file_names.h"
+#include "letters/letter_origin.h"
 #include "letters/template_library.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/files.h"
@@ -21,6 +22,16 @@ namespace {
 
 using Entry = TreeModel::Entry;
 using Type = TreeModel::Type;
+
+// Whether a letter would get the name that another one of the same folder was made under: whom a
+// letter in a folder of several is for is known by its name.
+bool BelongsToNamesake(Session& session, const std::filesystem::path& letter,
+                       const std::filesystem::path& renamed) {
+  const std::filesystem::path data = session.database.DataFolder();
+  const auto before = OriginOf(data, letter), after = OriginOf(data, renamed);
+  if (!after || NamesakesOf(session.caches, after->recipient.name).empty()) return false;
+  return !before || before->recipient != after->recipient;
+}
 
 }  // namespace
 
@@ -82,6 +93,11 @@ void TreeCommands::Rename(const Entry& entry) {
   }
   const std::filesystem::path path = entry.path.parent_path() / (name + extension);
   if (path == entry.path) return;
+  if (BelongsToNamesake(session_, entry.path, path)) {
+    return dialogs.Say("The letter \"" + name + "\" was made for another one called " +
+                       path.parent_path().filename().string() +
+                       ", and would be mailed to that one.\r\nNothing was renamed.");
+  }
   const std::filesystem::path taken = FileOfName(path);
   const bool by_another = !taken.empty() && taken != entry.path;
   if (by_another || !RenameWithoutReplacing(entry.path, path)) {
