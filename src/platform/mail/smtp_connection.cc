@@ -11,6 +11,7 @@
 
 #include "platform/mail/smtp_client.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/shared_library.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::mail {
@@ -24,28 +25,61 @@ constexpr std::size_t kLongestAnswerLine = 64 * 1024;
 constexpr std::size_t kBlock = 256 * 1024;
 constexpr milliseconds kBetweenQuestions{1000};
 
-template <typename T, void (*Free)(T*)>
-struct Freed {
-  void operator()(T* pointer) const { Free(pointer); }
+// The library, loaded when the first e-mail is sent.
+struct CurlLibrary {
+  SharedLibrary library{"libcurl.so.4"};
+  LibraryFunction<decltype(::curl_easy_cleanup)> easy_cleanup{library, "curl_easy_cleanup"};
+  LibraryFunction<decltype(::curl_easy_getinfo)> easy_getinfo{library, "curl_easy_getinfo"};
+  LibraryFunction<decltype(::curl_easy_init)> easy_init{library, "curl_easy_init"};
+  LibraryFunction<decltype(::curl_easy_recv)> easy_recv{library, "curl_easy_recv"};
+  LibraryFunction<decltype(::curl_easy_send)> easy_send{library, "curl_easy_send"};
+  LibraryFunction<decltype(::curl_easy_setopt)> easy_setopt{library, "curl_easy_setopt"};
+  LibraryFunction<decltype(::curl_easy_strerror)> easy_strerror{library, "curl_easy_strerror"};
+  LibraryFunction<decltype(::curl_free)> free{library, "curl_free"};
+  LibraryFunction<decltype(::curl_multi_add_handle)> multi_add_handle{library,
+                                                                      "curl_multi_add_handle"};
+  LibraryFunction<decltype(::curl_multi_cleanup)> multi_cleanup{library, "curl_multi_cleanup"};
+  LibraryFunction<decltype(::curl_multi_info_read)> multi_info_read{library,
+                                                                    "curl_multi_info_read"};
+  LibraryFunction<decltype(::curl_multi_init)> multi_init{library, "curl_multi_init"};
+  LibraryFunction<decltype(::curl_multi_perform)> multi_perform{library, "curl_multi_perform"};
+  LibraryFunction<decltype(::curl_multi_poll)> multi_poll{library, "curl_multi_poll"};
+  LibraryFunction<decltype(::curl_multi_remove_handle)> multi_remove_handle{
+      library, "curl_multi_remove_handle"};
+  LibraryFunction<decltype(::curl_multi_strerror)> multi_strerror{library, "curl_multi_strerror"};
+  LibraryFunction<decltype(::curl_url)> url_new{library, "curl_url"};
+  LibraryFunction<decltype(::curl_url_cleanup)> url_cleanup{library, "curl_url_cleanup"};
+  LibraryFunction<decltype(::curl_url_get)> url_get{library, "curl_url_get"};
+  LibraryFunction<decltype(::curl_url_set)> url_set{library, "curl_url_set"};
 };
-using UrlPtr = std::unique_ptr<CURLU, Freed<CURLU, curl_url_cleanup>>;
+
+const CurlLibrary& Curl() {
+  static const CurlLibrary kCurl;
+  return kCurl;
+}
+
+struct FreeUrl {
+  void operator()(CURLU* url) const { Curl().url_cleanup(url); }
+};
+using UrlPtr = std::unique_ptr<CURLU, FreeUrl>;
 
 std::string ServerUrl(const Server& server) {
-  const UrlPtr url(curl_url());
+  const UrlPtr url(Curl().url_new());
   const bool implicit_tls = server.ssl && server.port == 465;
   const std::string port = std::to_string(server.port);
   const bool valid =
       !server.host.empty() && server.port > 0 &&
-      curl_url_set(url.get(), CURLUPART_SCHEME, implicit_tls ? "smtps" : "smtp", 0) == CURLUE_OK &&
-      curl_url_set(url.get(), CURLUPART_HOST, server.host.c_str(), 0) == CURLUE_OK &&
-      curl_url_set(url.get(), CURLUPART_PORT, port.c_str(), 0) == CURLUE_OK;
+      Curl().url_set(url.get(), CURLUPART_SCHEME, implicit_tls ? "smtps" : "smtp", 0) ==
+          CURLUE_OK &&
+      Curl().url_set(url.get(), CURLUPART_HOST, server.host.c_str(), 0) == CURLUE_OK &&
+      Curl().url_set(url.get(), CURLUPART_PORT, port.c_str(), 0) == CURLUE_OK;
   char* text = nullptr;
-  if (!valid || curl_url_get(url.get(), CURLUPART_URL, &text, 0) != CURLUE_OK) {
+  if (!valid || Curl().url_get(url.get(), CURLUPART_URL, &text, 0) != CURLUE_OK) {
     throw SmtpProblem(smtp_error::kCannotConnect,
                       "'" + server.host + ":" + port + "' is not the address of a mail server");
   }
   std::string result = text;
-  curl_free(text);
+  Curl().free(text);
   return result;
 }
 
@@ -126,7 +160,7 @@ int Watch(CURL*, curl_infotype type, char* data, std::size_t size, void* user) {
 }  // namespace
 
 struct SmtpConnection::Transport {
-  Transport() : multi(curl_multi_init()), curl(curl_easy_init()) {
+  Transport() : multi(Curl().multi_init()), curl(Curl().easy_init()) {
     if (multi != nullptr && curl != nullptr) return;
     Free();
     throw std::bad_alloc();
@@ -136,9 +170,9 @@ struct SmtpConnection::Transport {
   Transport& operator=(const Transport&) = delete;
 
   void Free() const {
-    if (multi != nullptr && curl != nullptr) curl_multi_remove_handle(multi, curl);
-    curl_easy_cleanup(curl);
-    if (multi != nullptr) curl_multi_cleanup(multi);
+    if (multi != nullptr && curl != nullptr) Curl().multi_remove_handle(multi, curl);
+    Curl().easy_cleanup(curl);
+    if (multi != nullptr) Curl().multi_cleanup(multi);
   }
 
   CURLM* multi;
@@ -150,32 +184,32 @@ struct SmtpConnection::Transport {
 SmtpConnection::SmtpConnection(const Server& server)
     : server_(server), transport_(std::make_unique<Transport>()) {
   CURL* curl = transport_->curl;
-  curl_easy_setopt(curl, CURLOPT_URL, ServerUrl(server).c_str());
-  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "smtp,smtps");
-  curl_easy_setopt(curl, CURLOPT_PROXY, "");
-  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+  Curl().easy_setopt(curl, CURLOPT_URL, ServerUrl(server).c_str());
+  Curl().easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "smtp,smtps");
+  Curl().easy_setopt(curl, CURLOPT_PROXY, "");
+  Curl().easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
   // libcurl goes as far as the login; the messages are sent here, where each step has a wait of its
   // own and an answer that comes too late or without a question is noticed.
-  curl_easy_setopt(curl, CURLOPT_CONNECT_ONLY, 1L);
+  Curl().easy_setopt(curl, CURLOPT_CONNECT_ONLY, 1L);
   // Open() has its own limits; libcurl's defaults are shorter than the greeting may take.
   constexpr long kOneDay = 24 * 60 * 60;
-  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, kOneDay);
-  curl_easy_setopt(curl, CURLOPT_SERVER_RESPONSE_TIMEOUT, kOneDay);
+  Curl().easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, kOneDay);
+  Curl().easy_setopt(curl, CURLOPT_SERVER_RESPONSE_TIMEOUT, kOneDay);
   if (server.ssl) {
-    curl_easy_setopt(curl, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
+    Curl().easy_setopt(curl, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
     // OpenSSL's own variable: an office may have its own certificate authority.
     if (const char* authorities = std::getenv("SSL_CERT_FILE")) {
-      curl_easy_setopt(curl, CURLOPT_CAINFO, authorities);
+      Curl().easy_setopt(curl, CURLOPT_CAINFO, authorities);
     }
   }
   if (!server.user.empty() || !server.password.empty()) {
-    curl_easy_setopt(curl, CURLOPT_USERNAME, server.user.c_str());
-    curl_easy_setopt(curl, CURLOPT_PASSWORD, server.password.c_str());
+    Curl().easy_setopt(curl, CURLOPT_USERNAME, server.user.c_str());
+    Curl().easy_setopt(curl, CURLOPT_PASSWORD, server.password.c_str());
   }
-  curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, Watch);
-  curl_easy_setopt(curl, CURLOPT_DEBUGDATA, &transport_->opening);
-  curl_easy_setopt(curl, CURLOPT_VERBOSE, 1L);
-  curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, transport_->opening.error.data());
+  Curl().easy_setopt(curl, CURLOPT_DEBUGFUNCTION, Watch);
+  Curl().easy_setopt(curl, CURLOPT_DEBUGDATA, &transport_->opening);
+  Curl().easy_setopt(curl, CURLOPT_VERBOSE, 1L);
+  Curl().easy_setopt(curl, CURLOPT_ERRORBUFFER, transport_->opening.error.data());
   Open();
   in_step_ = true;
 }
@@ -184,28 +218,28 @@ SmtpConnection::~SmtpConnection() {
   if (!in_step_) return;
   constexpr std::string_view kQuit = "QUIT\r\n";
   std::size_t sent = 0;
-  curl_easy_send(transport_->curl, kQuit.data(), kQuit.size(), &sent);
+  Curl().easy_send(transport_->curl, kQuit.data(), kQuit.size(), &sent);
 }
 
 void SmtpConnection::Open() {
   CURL* curl = transport_->curl;
   Opening& opening = transport_->opening;
-  curl_multi_add_handle(transport_->multi, curl);
+  Curl().multi_add_handle(transport_->multi, curl);
   const Clock::time_point start = Clock::now();
   bool connected = false;
   CURLcode code = CURLE_OK;
   for (int running = 1; running > 0;) {
-    const CURLMcode step = curl_multi_perform(transport_->multi, &running);
+    const CURLMcode step = Curl().multi_perform(transport_->multi, &running);
     if (step != CURLM_OK) {
-      throw SmtpProblem(smtp_error::kCannotConnect, curl_multi_strerror(step));
+      throw SmtpProblem(smtp_error::kCannotConnect, Curl().multi_strerror(step));
     }
     int queued = 0;
-    if (const CURLMsg* message = curl_multi_info_read(transport_->multi, &queued)) {
+    if (const CURLMsg* message = Curl().multi_info_read(transport_->multi, &queued)) {
       code = message->data.result;
       break;
     }
     curl_off_t connect_time = 0;
-    curl_easy_getinfo(curl, CURLINFO_CONNECT_TIME_T, &connect_time);
+    Curl().easy_getinfo(curl, CURLINFO_CONNECT_TIME_T, &connect_time);
     if (connect_time > 0 && !connected) {
       connected = true;
       opening.last_heard = Clock::now();
@@ -219,15 +253,15 @@ void SmtpConnection::Open() {
     }
     AskToStop();
     const auto slice = std::min(std::chrono::ceil<milliseconds>(left), kBetweenQuestions);
-    curl_multi_poll(transport_->multi, nullptr, 0, static_cast<int>(slice.count()), nullptr);
+    Curl().multi_poll(transport_->multi, nullptr, 0, static_cast<int>(slice.count()), nullptr);
   }
-  curl_easy_setopt(curl, CURLOPT_VERBOSE, 0L);
+  Curl().easy_setopt(curl, CURLOPT_VERBOSE, 0L);
   if (code != CURLE_OK) {
     throw SmtpProblem(OpeningError(code),
-                      opening.error[0] != '\0' ? opening.error.data() : curl_easy_strerror(code),
+                      opening.error[0] != '\0' ? opening.error.data() : Curl().easy_strerror(code),
                       opening.refusal);
   }
-  if (curl_easy_getinfo(curl, CURLINFO_ACTIVESOCKET, &transport_->socket) != CURLE_OK ||
+  if (Curl().easy_getinfo(curl, CURLINFO_ACTIVESOCKET, &transport_->socket) != CURLE_OK ||
       transport_->socket == CURL_SOCKET_BAD) {
     throw SmtpProblem(smtp_error::kCannotConnect, "the connection was lost");
   }
@@ -315,7 +349,7 @@ void SmtpConnection::Write(std::string_view bytes, milliseconds wait) {
   Clock::time_point deadline = Clock::now() + wait;
   while (!bytes.empty()) {
     std::size_t sent = 0;
-    const CURLcode code = curl_easy_send(transport_->curl, bytes.data(), bytes.size(), &sent);
+    const CURLcode code = Curl().easy_send(transport_->curl, bytes.data(), bytes.size(), &sent);
     if (code == CURLE_AGAIN) {
       Await(POLLOUT, deadline, wait);
     } else if (code != CURLE_OK) {
@@ -333,7 +367,7 @@ void SmtpConnection::Write(std::string_view bytes, milliseconds wait) {
 bool SmtpConnection::Receive() {
   std::array<char, 4096> block{};
   std::size_t received = 0;
-  const CURLcode code = curl_easy_recv(transport_->curl, block.data(), block.size(), &received);
+  const CURLcode code = Curl().easy_recv(transport_->curl, block.data(), block.size(), &received);
   if (code == CURLE_AGAIN) return false;
   if (code != CURLE_OK || received == 0) {
     in_step_ = false;

@@ -29,6 +29,7 @@ constexpr std::array kStandardDescriptions{
                         "Object variable or With block variable not set"},
     StandardDescription{error_number::kInvalidUseOfNull, "Invalid use of Null"},
     StandardDescription{error_number::kInvalidFileFormat, "Invalid file format"},
+    StandardDescription{error_number::kLibraryFunctionNotFound, "Specified DLL function not found"},
     StandardDescription{error_number::kPrinterError, "Printer error"},
     StandardDescription{error_number::kCancelled, "Cancel was selected"},
 };

@@ -29,6 +29,7 @@ inline constexpr int kPathNotFound = 76;
 inline constexpr int kObjectNotSet = 91;
 inline constexpr int kInvalidUseOfNull = 94;
 inline constexpr int kInvalidFileFormat = 321;
+inline constexpr int kLibraryFunctionNotFound = 453;
 inline constexpr int kPrinterError = 482;
 inline constexpr int kCancelled = 32755;
 }  // namespace error_number
