@@ -121,8 +121,9 @@ class frmLetter {
   // as it was and the letter marked as changed; the host is told, and the result is false.
   bool Save();
   // Asks for the title and writes to that file in the letter's folder, which is made where missing;
-  // asks again, with the title shown, where the file is there and must not be replaced, and where
-  // it would have another name since not every system can open one of the title's. Cancelling
+  // asks again, with the title shown, where the file is there and must not be replaced, where it
+  // would have another name since not every system can open one of the title's, and at the next
+  // call where it could not be written. Cancelling
   // leaves the title empty, deliberately. False also when cancelled.
   bool SaveAs();
   // Asks whether to save what was changed. True when the letter may be closed: unchanged, not to be
@@ -156,6 +157,7 @@ class frmLetter {
   void RenameInCase(const std::filesystem::path& path);
   bool WriteLetter(Making making = Making::kNothing);
   bool AfterWriting(bool written);
+  void NoteRecipient() const;
   bool ChangedByOthers() const;
   void InsertFile(const std::string& title, const std::string& filter, bool as_picture);
   MergeTarget Target() { return MergeTarget{session_, members_, rtfLetter}; }
@@ -177,6 +179,7 @@ class frmLetter {
   LetterMembers members_;
   mutable PaperCheck paper_check_;  // remembers what the letters of a batch have in common
   std::optional<KnownFile> known_file_;
+  std::string unused_name_;             // as it was typed, of a file that could not be written
   std::optional<TemplateForms> forms_;  // that Forms found last
 };
 

@@ -1,5 +1,5 @@
 // For whom a saved letter was made. Recipients of one name share a folder, and no letter says whose
-// it is; the run logs of the data folder do.
+// it is; what the run logs of the data folder and the saves here have noted of its content does.
 #pragma once
 
 #include <filesystem>
@@ -14,15 +14,26 @@
 namespace tenora {
 
 struct LetterOrigin {
-  std::string letter_kind;  // kTenantLetter or kOwnerLetter
-  Recipient recipient;
-  std::string template_name;
+  std::string letter_kind;         // kTenantLetter or kOwnerLetter
+  std::string code;                // of a tenancy
+  std::string template_name = {};  // empty: not known
 };
 
-// What the newest run says that made this file; none where no log names it. A log that cannot be
-// read says nothing. Raises nothing.
+// For whom the content of this file was made, whatever the file has been called since. None for
+// what another program has changed, and for what was made for several, none of them under this
+// name. Raises nothing.
 std::optional<LetterOrigin> OriginOf(const std::filesystem::path& data_folder,
                                      const std::filesystem::path& file);
+
+// What the newest run that made a letter of this name says, whatever the file is now. A log that
+// cannot be read says nothing. Raises nothing.
+std::optional<LetterOrigin> MadeUnderName(const std::filesystem::path& data_folder,
+                                          const std::filesystem::path& file);
+
+// Keeps for OriginOf for whom the content is that was saved in this file. Where that cannot be
+// kept, the origin is not known. Raises nothing.
+void NoteOrigin(const std::filesystem::path& data_folder, const std::filesystem::path& file,
+                std::string_view content, const LetterOrigin& origin);
 
 // One of several whose letters are in one folder.
 struct Namesake {

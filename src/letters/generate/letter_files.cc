@@ -14,16 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What a run is about to write, for the log: a file of this name may be another run's.
-std::string Fingerprint(std::string_view text) {
-  std::uint64_t hash = 0xCBF29CE484222325U;  // FNV-1a
-  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
-  std::array<char, 48> shown{};
-  std::snprintf(shown.data(), shown.size(), "%zu bytes, %016llx", text.size(),
-                static_cast<unsigned long long>(hash));
-  return shown.data();
-}
-
 // A power cut may leave an empty file.
 void RemoveIfEmpty(const fs::path& path) {
   std::error_code error;
@@ -44,17 +34,36 @@ bool IsWholeLetter(const fs::path& path) {
 
 }  // namespace
 
+std::string Fingerprint(std::string_view text) {
+  std::uint64_t hash = 0xCBF29CE484222325U;  // FNV-1a
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
+  std::array<char, 48> shown{};
+  std::snprintf(shown.data(), shown.size(), "%zu bytes, %016llx", text.size(),
+                static_cast<unsigned long long>(hash));
+  return shown.data();
+}
+
 bool IsOnDisk(const fs::path& path) {
   RemoveIfEmpty(path);
   std::error_code error;
   return fs::symlink_status(path, error).type() != fs::file_type::not_found;
 }
 
-bool IsAsHeld(const LoggedLetter& letter, const fs::path& file) {
-  const bool unfinished =
-      letter.state == LetterState::kSaving || letter.state == LetterState::kHolding;
-  const std::string& fingerprints = unfinished ? letter.detail : letter.fingerprint;
-  return fingerprints.find(Fingerprint(ReadWholeFile(file))) != std::string::npos;
+bool Wrote(const LoggedLetter& letter, std::string_view fingerprint) {
+  return letter.fingerprint.find(fingerprint) != std::string::npos;
+}
+
+bool IsAsWritten(const LoggedLetter& letter, const fs::path& file) {
+  return Wrote(letter, Fingerprint(ReadWholeFile(file)));
+}
+
+std::size_t LetterFiles::OtherIn(const LetterReport& report) const {
+  const std::string fingerprint = Fingerprint(ReadWholeFile(report.file));
+  if (Wrote(log_.letter(report.number), fingerprint)) return 0;
+  for (std::size_t number = 1; number <= log_.count(); ++number) {
+    if (Wrote(log_.letter(number), fingerprint)) return number;
+  }
+  return 0;
 }
 
 fs::path LetterFiles::SavedBefore(LetterReport& report) const {
@@ -109,7 +118,7 @@ bool LetterFiles::ChangedByHand(const LetterReport& report) {
     log_.Note(report.number, LetterState::kHeld, "held back by a run that was cut short",
               logged.detail);
   }
-  return !IsAsHeld(logged, report.file);
+  return !IsAsWritten(logged, report.file);
 }
 
 // With the fingerprint from before: what a person has changed is never merged over.

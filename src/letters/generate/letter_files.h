@@ -2,8 +2,10 @@
 // after a kill it is neither lost, nor saved twice, nor taken for a person's work.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "letters/frm_letter.h"
@@ -15,9 +17,12 @@ namespace tenora {
 // Also a link that leads nowhere. An empty file, which a power cut may leave, is removed.
 bool IsOnDisk(const std::filesystem::path& path);
 
-// Whether the file of a held letter, or of one that was about to be saved, is as the program wrote
-// it.
-bool IsAsHeld(const LoggedLetter& letter, const std::filesystem::path& file);
+// "1234 bytes, 0123456789abcdef", by which a log knows the content of a letter's file.
+std::string Fingerprint(std::string_view text);
+// Whether a run wrote the content with this fingerprint as this letter's.
+bool Wrote(const LoggedLetter& letter, std::string_view fingerprint);
+// Whether the letter's file is as the run wrote it.
+bool IsAsWritten(const LoggedLetter& letter, const std::filesystem::path& file);
 
 class LetterFiles {
  public:
@@ -28,6 +33,9 @@ class LetterFiles {
   // The whole letter that an earlier run saved; empty when there is none. A damaged one is left as
   // it is, with a warning.
   std::filesystem::path SavedBefore(LetterReport& report) const;
+  // The number of the other letter of the run whose content the file of that letter has, as when
+  // somebody has exchanged the names of two; 0 where it has its own, or none of the run's.
+  std::size_t OtherIn(const LetterReport& report) const;
   // Saves a new letter, held back or not, under a name as LetterNames gives it. Raises what
   // SaveGenerated raises.
   void Save(frmLetter& letter, LetterReport& report, const std::string& name);

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "letters/generate/letter_files.h"
+#include "letters/generate/origin_notes.h"
 #include "letters/generate/run_log.h"
 #include "letters/template_library.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
 
 namespace tenora {
@@ -14,13 +17,59 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool Made(const LoggedLetter& letter, const fs::path& data_folder, const fs::path& file) {
-  if (letter.file.empty() || data_folder / letter.file != file) return false;
+// Whether a run has made this letter; it may be another file now.
+bool Made(const LoggedLetter& letter, const fs::path& file) {
   if (letter.state == LetterState::kWaiting || letter.state == LetterState::kFailed) return false;
   // A run that was cut short here may have left the name to another one.
   const bool taking = letter.state == LetterState::kSaving || letter.state == LetterState::kHolding;
-  return !taking || IsAsHeld(letter, file);
+  return !taking || IsAsWritten(letter, file);
 }
+
+LetterOrigin OriginIn(const LoggedRun& run, std::size_t index) {
+  const bool tenants = run.request.template_kind == kTemplates;
+  return {std::string(tenants ? kTenantLetter : kOwnerLetter),
+          tenants ? run.request.recipients[index].code : std::string(), run.request.template_name};
+}
+
+// Calls `use` for each letter that a log names, newest run first, until that gives true.
+template <typename Use>
+void ForEachLogged(const fs::path& data_folder, Use&& use) {
+  std::vector<fs::path> logs = RunLogsIn(data_folder);
+  std::ranges::reverse(logs);
+  for (const fs::path& log : logs) {
+    try {
+      const LoggedRun run = RunLog::Contents(log);
+      for (std::size_t i = 0; i < run.letters.size(); ++i) {
+        if (!run.letters[i].file.empty() && use(run, i)) return;
+      }
+    } catch (const RuntimeError&) {
+      // It is told where the unfinished runs are listed.
+    }
+  }
+}
+
+// For whom a content was made; letters of the same content may be several recipients'.
+class Candidates {
+ public:
+  void Add(LetterOrigin origin, bool same_name) {
+    if (same_name) AddTo(of_this_name_, origin);
+    AddTo(all_, std::move(origin));
+  }
+  std::optional<LetterOrigin> Only() const {
+    if (all_.size() == 1) return all_.front();
+    return of_this_name_.size() == 1 ? std::optional(of_this_name_.front()) : std::nullopt;
+  }
+
+ private:
+  static void AddTo(std::vector<LetterOrigin>& origins, LetterOrigin origin) {
+    const bool known = std::ranges::any_of(origins, [&](const LetterOrigin& each) {
+      return each.letter_kind == origin.letter_kind && each.code == origin.code;
+    });
+    if (!known) origins.push_back(std::move(origin));
+  }
+
+  std::vector<LetterOrigin> all_, of_this_name_;
+};
 
 std::string TextOf(const TenantRecord& tenant) {
   std::string text = tenant.Reference;
@@ -34,22 +83,42 @@ std::string TextOf(const TenantRecord& tenant) {
 }  // namespace
 
 std::optional<LetterOrigin> OriginOf(const fs::path& data_folder, const fs::path& file) {
-  std::vector<fs::path> logs = RunLogsIn(data_folder);
-  std::ranges::reverse(logs);
-  for (const fs::path& log : logs) {
-    try {
-      const LoggedRun run = RunLog::Contents(log);
-      for (std::size_t i = 0; i < run.letters.size(); ++i) {
-        if (!Made(run.letters[i], data_folder, file)) continue;
-        const bool tenants = run.request.template_kind == kTemplates;
-        return LetterOrigin{std::string(tenants ? kTenantLetter : kOwnerLetter),
-                            run.request.recipients[i], run.request.template_name};
-      }
-    } catch (const RuntimeError&) {
-      // It is told where the unfinished runs are listed.
-    }
+  std::string fingerprint;
+  try {
+    fingerprint = Fingerprint(ReadWholeFile(file));
+  } catch (const RuntimeError&) {
+    return std::nullopt;
   }
-  return std::nullopt;
+  Candidates candidates;
+  ForEachLogged(data_folder, [&](const LoggedRun& run, std::size_t i) {
+    const fs::path made = data_folder / run.letters[i].file;
+    if (made.parent_path() == file.parent_path() && Wrote(run.letters[i], fingerprint)) {
+      candidates.Add(OriginIn(run, i), made == file);
+    }
+    return false;
+  });
+  for (OriginNote& note : OriginNotesIn(data_folder)) {
+    const fs::path saved = data_folder / note.file;
+    if (saved.parent_path() != file.parent_path() || note.fingerprint != fingerprint) continue;
+    candidates.Add({std::move(note.letter_kind), std::move(note.code)}, saved == file);
+  }
+  return candidates.Only();
+}
+
+std::optional<LetterOrigin> MadeUnderName(const fs::path& data_folder, const fs::path& file) {
+  std::optional<LetterOrigin> found;
+  ForEachLogged(data_folder, [&](const LoggedRun& run, std::size_t i) {
+    if (data_folder / run.letters[i].file != file || !Made(run.letters[i], file)) return false;
+    found = OriginIn(run, i);
+    return true;
+  });
+  return found;
+}
+
+void NoteOrigin(const fs::path& data_folder, const fs::path& file, std::string_view content,
+                const LetterOrigin& origin) {
+  AddOriginNote(data_folder, {file.lexically_relative(data_folder).string(), origin.letter_kind,
+                              origin.code, Fingerprint(content)});
 }
 
 std::vector<Namesake> NamesakesOf(const Caches& caches, std::string_view recipient_name) {

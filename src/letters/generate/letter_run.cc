@@ -35,6 +35,14 @@ class MailProblem : public LetterProblem {
   using LetterProblem::LetterProblem;
 };
 
+// The file of the letter is another one's.
+class OtherLetter : public LetterProblem {
+ public:
+  OtherLetter(const Recipient& recipient, const fs::path& file)
+      : LetterProblem(file.string() + " is the letter that was made for " + recipient.name +
+                      (recipient.code.empty() ? "" : " (" + recipient.code + ")")) {}
+};
+
 class NoAddress : public LetterProblem {
  public:
   NoAddress() : LetterProblem("no e-mail address") {}
@@ -166,6 +174,9 @@ bool LetterRun::Process(std::size_t number) {
     }
     Fail(std::move(report), error.what());
     return true;
+  } catch (const OtherLetter& error) {
+    Fail(std::move(report), error.what());
+    return true;
   } catch (const RecipientGone& error) {
     // Named at the end, in the window too: the others are to get their letters.
     Fail(std::move(report), error.what());
@@ -189,6 +200,10 @@ bool LetterRun::Process(std::size_t number) {
 bool LetterRun::MakeAndHandOver(LetterReport& report) {
   report.file = files_.SavedBefore(report);
   const bool held = HeldBack(log_.letter(report.number).state);
+  if (!report.file.empty()) {
+    const std::size_t other = files_.OtherIn(report);
+    if (other != 0) throw OtherLetter(log_.recipient(other), report.file);
+  }
   if (report.file.empty()) {
     // What is there under that name, if anything, is not this letter.
     log_.NoteFile(report.number, {});

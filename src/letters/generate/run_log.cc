@@ -237,13 +237,18 @@ void RunLog::Note(std::size_t number, LetterState state, const std::string& deta
   LoggedLetter& letter = run_.letters[number - 1];
   letter.state = state;
   letter.detail = detail;
-  letter.fingerprint = fingerprint;
+  const std::string& written = FingerprintIn(state, detail, fingerprint);
+  if (!written.empty()) letter.fingerprint = written;
   noted_ += RunLogLine(state, number, recipient(number).name, letter);
 }
 
 void RunLog::NoteFile(std::size_t number, const fs::path& file) {
-  run_.letters[number - 1].file =
+  LoggedLetter& letter = run_.letters[number - 1];
+  const std::string name =
       file.empty() ? std::string() : file.lexically_relative(data_folder_).string();
+  if (name == letter.file) return;
+  letter.file = name;
+  letter.fingerprint.clear();
 }
 
 void RunLog::NoteAnswer(const std::string& prompt, const std::string& answer) {

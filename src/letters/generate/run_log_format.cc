@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include "letters/file_names.h"
 #include "letters/template_library.h"
@@ -228,8 +229,11 @@ class Reader {
     const Recipient& recipient = run_.request.recipients[number - 1];
     if (fields[2] != recipient.name) Damaged();
     RequireInFolder(fields[3], recipient.name);
-    run_.letters[number - 1] = {*state, fields[3], fields[4],
-                                *state == LetterState::kHeld ? fields[5] : std::string(), attempt_};
+    LoggedLetter& letter = run_.letters[number - 1];
+    std::string written =
+        FingerprintIn(*state, fields[4], fields.size() > 5 ? fields[5] : std::string());
+    if (written.empty() && letter.file == fields[3]) written = letter.fingerprint;
+    letter = {*state, fields[3], fields[4], std::move(written), attempt_};
   }
 
   void RequireInFolder(const std::string& file, const std::string& name) const {

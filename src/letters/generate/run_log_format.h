@@ -55,11 +55,19 @@ struct LoggedLetter {
   LetterState state = LetterState::kWaiting;
   std::string file;    // below the data folder, "Jane Smith/Rent review(1).rtf"; empty when none
   std::string detail;  // address, printer, why it failed or is held
-  // kHeld: of the file as the program wrote it, or of both while it is being replaced. Another
-  // content is a person's correction.
+  // Of the file as the program wrote it, or of both while a held one is being replaced. Another
+  // content is a person's correction, or another letter.
   std::string fingerprint;
   std::string attempt = {};  // when the run that wrote the state began, "2026-11-21 09:30:00"
 };
+
+// What a line with this state, detail and, for kHeld, fingerprint says of the content of a letter's
+// file; empty where it says nothing, and what earlier lines on the same file said still holds.
+inline const std::string& FingerprintIn(LetterState state, const std::string& detail,
+                                        const std::string& fingerprint) {
+  const bool taking = state == LetterState::kSaving || state == LetterState::kHolding;
+  return taking ? detail : fingerprint;
+}
 
 struct LoggedRun {
   std::string log_name;      // of the log's own file

@@ -8,6 +8,8 @@
 #include "letters/generate/letter_files.h"
 #include "letters/generate/run_log.h"
 #include "letters/generate/run_summary.h"
+#include "letters/letter_origin.h"
+#include "letters/template_library.h"
 #include "platform/runtime/error.h"
 
 namespace tenora {
@@ -37,21 +39,27 @@ std::optional<UnfinishedRun> Look(const fs::path& log, const fs::path& data_fold
 std::string ReasonIn(const LoggedRun& run, const fs::path& data_folder, const fs::path& file) {
   for (const LoggedLetter& letter : run.letters) {
     if (!HeldBack(letter.state) || data_folder / letter.file != file) continue;
-    if (!IsAsHeld(letter, file)) continue;
+    if (!IsAsWritten(letter, file)) continue;
     return letter.state == LetterState::kHeld ? letter.detail : "it was held back by a run";
   }
   return {};
 }
 
 // The numbers of the letters that this run holds back in this file, and was to hand over so.
+// `origin`: of the letter that left, where that is known. It may have the name of another one.
 std::vector<std::size_t> HeldFor(const HandedOver& handed, const LoggedRun& run,
-                                 const fs::path& data_folder, const fs::path& file) {
+                                 const fs::path& data_folder, const fs::path& file,
+                                 const std::optional<LetterOrigin>& origin) {
   std::vector<std::size_t> numbers;
   if (run.request.destination != handed.by) return numbers;
   if (!handed.pdf.empty() && run.request.printer != handed.to) return numbers;
   for (std::size_t i = 0; i < run.letters.size(); ++i) {
     const LoggedLetter& letter = run.letters[i];
-    if (HeldBack(letter.state) && data_folder / letter.file == file) numbers.push_back(i + 1);
+    if (!HeldBack(letter.state) || data_folder / letter.file != file) continue;
+    const std::string& code = run.request.recipients[i].code;
+    const bool tenancy = run.request.template_kind == kTemplates && !code.empty();
+    if (origin && tenancy && origin->code != code) continue;
+    numbers.push_back(i + 1);
   }
   return numbers;
 }
@@ -87,12 +95,16 @@ std::string HeldReason(const fs::path& data_folder, const fs::path& file) {
 
 void NoteHandedOver(const fs::path& data_folder, const fs::path& file, const HandedOver& handed,
                     const Clock& clock) {
+  const std::optional<LetterOrigin> origin = OriginOf(data_folder, file);
+  const auto held_in = [&](const LoggedRun& run) {
+    return HeldFor(handed, run, data_folder, file, origin);
+  };
   for (const fs::path& path : RunLogsIn(data_folder)) {
     const std::optional<LoggedRun> run = LookIfReadable(path, data_folder);
-    if (!run || HeldFor(handed, *run, data_folder, file).empty()) continue;
+    if (!run || held_in(*run).empty()) continue;
     RunLog log = RunLog::Resume(path, data_folder, clock);
     // Another window may have resumed it in between.
-    for (const std::size_t number : HeldFor(handed, log.run(), data_folder, file)) {
+    for (const std::size_t number : held_in(log.run())) {
       const bool printed = handed.by == Destination::kPrinter;
       log.Note(number, printed ? LetterState::kPrinted : LetterState::kMailed,
                handed.pdf.empty() ? handed.to : handed.pdf.string());

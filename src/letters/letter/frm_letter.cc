@@ -8,6 +8,7 @@
 
 #include "letters/file_names.h"
 #include "letters/letter/embedded_file.h"
+#include "letters/letter_origin.h"
 #include "letters/template_library.h"
 #include "merge/cheque_merge.h"
 #include "merge/merge_codes.h"
@@ -257,8 +258,18 @@ std::vector<LetterFinding> frmLetter::Check() const {
 }
 
 bool frmLetter::SaveTenantTemplate(Durability durability) {
-  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate",
-                 [&] { SaveGenerated({.durability = durability}); });
+  return Guarded(session_.platform.dialogs, "frmLetter - SaveTenantTemplate", [&] {
+    SaveGenerated({.durability = durability});
+    NoteRecipient();
+  });
+}
+
+// In the folder of several, a run's log knows no content that was edited or made without a run.
+void frmLetter::NoteRecipient() const {
+  const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, members_.RecipientName);
+  if (FindNamesake(namesakes, members_.Kind, members_.TenantCode) == nullptr) return;
+  NoteOrigin(session_.database.DataFolder(), members_.FilePath, rtfLetter.TextRTF(),
+             {members_.Kind, members_.Kind == kTenantLetter ? members_.TenantCode : ""});
 }
 
 void frmLetter::SaveGenerated(const SaveWay& way) {
@@ -403,6 +414,7 @@ bool frmLetter::Save() {
 // is kept of it would be dropped.
 bool frmLetter::AfterWriting(bool written) {
   if (written) {
+    NoteRecipient();
     AfterLoadLetter();
   } else {
     members_.Changed = true;
@@ -413,7 +425,7 @@ bool frmLetter::AfterWriting(bool written) {
 
 bool frmLetter::SaveAs() {
   fs::path path;
-  std::string answer;
+  std::string answer = std::exchange(unused_name_, {});
   const auto refused = [&] {
     std::string_view typed = answer;
     if (typed.ends_with(kExtension)) typed.remove_suffix(kExtension.size());
@@ -437,7 +449,10 @@ bool frmLetter::SaveAs() {
   const std::string path_before = std::exchange(members_.FilePath, path.string());
   const bool written = WriteLetter(Making::kMissing);
   // Without a file, the next save asks again.
-  if (!written) members_.FilePath = path_before;
+  if (!written) {
+    members_.FilePath = path_before;
+    unused_name_ = answer;
+  }
   host_.RefreshTree();
   return AfterWriting(written);
 }

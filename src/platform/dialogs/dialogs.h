@@ -97,7 +97,9 @@ class Dialogs {
     if (!text) return {};
     return {.way = LetterAnswer::Way::kText, .text = *text};
   }
-  // Position of the chosen item, none when cancelled.
+  // Where no item is to be chosen until the user does so.
+  static constexpr std::size_t kNoItem = static_cast<std::size_t>(-1);
+  // Position of the chosen item, none when cancelled. `default_item`, or kNoItem, is chosen first.
   virtual std::optional<std::size_t> Choose(const std::string& title,
                                             const std::vector<std::string>& items,
                                             std::size_t default_item) = 0;

@@ -160,13 +160,15 @@ class ListBox : public QDialog {
     question->setTextFormat(Qt::PlainText);
     question->setWordWrap(true);
     list_->addItems(items);
-    list_->setCurrentRow(default_item);
+    if (default_item >= 0) list_->setCurrentRow(default_item);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     auto* ok = buttons->button(QDialogButtonBox::Ok);
     ok->setEnabled(ChosenRow() >= 0);
-    connect(list_, &QListWidget::currentRowChanged, ok,
-            [ok](int row) { ok->setEnabled(row >= 0); });
-    connect(list_, &QListWidget::itemActivated, this, &QDialog::accept);
+    connect(list_, &QListWidget::itemSelectionChanged, ok,
+            [this, ok] { ok->setEnabled(ChosenRow() >= 0); });
+    connect(list_, &QListWidget::itemActivated, this, [this] {
+      if (ChosenRow() >= 0) accept();
+    });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);
@@ -175,7 +177,11 @@ class ListBox : public QDialog {
     layout->addWidget(buttons);
     resize(kUsualSize);
   }
-  int ChosenRow() const { return list_->currentRow(); }  // -1 when none
+  // -1 when none. A list that gets the focus makes its first row the current one, unselected.
+  int ChosenRow() const {
+    const QList<QListWidgetItem*> chosen = list_->selectedItems();
+    return chosen.isEmpty() ? -1 : list_->row(chosen.front());
+  }
 
  private:
   QListWidget* list_;
@@ -247,8 +253,8 @@ std::optional<std::size_t> WindowDialogs::Choose(const std::string& title,
   const OrdinaryPointer pointer;
   QStringList texts;
   for (const std::string& item : items) texts << QString::fromStdString(item);
-  ListBox window(QString::fromStdString(title), texts, static_cast<int>(default_item),
-                 QApplication::activeWindow());
+  const int shown = default_item < items.size() ? static_cast<int>(default_item) : -1;
+  ListBox window(QString::fromStdString(title), texts, shown, QApplication::activeWindow());
   if (window.exec() != QDialog::Accepted || window.ChosenRow() < 0) return std::nullopt;
   return static_cast<std::size_t>(window.ChosenRow());
 }

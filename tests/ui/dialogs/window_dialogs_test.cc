@@ -70,6 +70,21 @@ TEST_F(DialogsTest, BoxesAnswerEnterWithTheDefaultAndEscapeWithNone) {
   WhenUp(Qt::Key_Return,
          [](QWidget& box) { QTest::keyClick(Find<QListWidget>(box, "lstItems"), Qt::Key_Down); });
   EXPECT_EQ(dialogs.Choose("Print", {"a", "b", "c"}, 1), 2u);
+  // Enter takes what nobody has chosen neither in the list nor by its button.
+  WhenUp(Qt::Key_Escape, [](QWidget& box) {
+    auto* list = Find<QListWidget>(box, "lstItems");
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Return);
+    QTest::keyClick(&box, Qt::Key_Return);
+    EXPECT_TRUE(box.isVisible());
+  });
+  EXPECT_EQ(dialogs.Choose("Print", {"a", "b"}, Dialogs::kNoItem), std::nullopt);
+  WhenUp(Qt::Key_Return, [](QWidget& box) {
+    auto* list = Find<QListWidget>(box, "lstItems");
+    const QPoint place = list->visualItemRect(list->item(1)).center();
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+  });
+  EXPECT_EQ(dialogs.Choose("Print", {"a", "b"}, Dialogs::kNoItem), 1u);
   WhenUp(Qt::Key_Escape, [](QWidget&) {});
   EXPECT_EQ(dialogs.Choose("Print", {}, 0), std::nullopt);
 }

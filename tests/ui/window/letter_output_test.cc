@@ -81,7 +81,7 @@ TEST_F(LetterOutputTest, AsksForAHeldLetterThatIsOpenedAgain) {
   const GenerationSummary run = GenerateSelection(session_, request, unseen);
   ASSERT_EQ(run.held.size(), 1U);
   tree_.RefreshTree();
-  ASSERT_TRUE(letters_.OpenListed(run.held[0].file, "T00007"));
+  ASSERT_TRUE(letters_.OpenListed(run.held[0].file));
   frmLetter& letter = letters_.Active()->letter();
   EXPECT_TRUE(letter.Check().empty());
   EXPECT_EQ(HeldReason(Data(), run.held[0].file), run.held[0].problem);
@@ -128,7 +128,7 @@ TEST_F(LetterOutputTest, NotesInItsRunThatAHeldLetterHasLeft) {
         NoteHandedOver(Data(), held.file, {c.by, "someone@example.test"}, platform_.clock);
         continue;
       }
-      ASSERT_TRUE(letters_.OpenListed(held.file, held.recipient.code));
+      ASSERT_TRUE(letters_.OpenListed(held.file));
       platform_.dialogs.WillPress(Answer::kYes).WillChoose(0);
       EXPECT_TRUE(output_.Print(letters_.Active()->letter()));
     }
@@ -146,35 +146,78 @@ TEST_F(LetterOutputTest, NotesInItsRunThatAHeldLetterHasLeft) {
 }
 
 // T00005 and T00006 are called Tama O'Brien; the latter has no address.
-TEST_F(LetterOutputTest, MailsALetterToTheTenancyThatItWasMadeFor) {
-  SaveTemplate("Notice", "<<Property Address>>");
-  SaveTemplate("Notice(2)", "<<Property Address>>");
-  GenerationRequest request;
-  request.template_kind = kTemplates;
-  request.recipients = {{"Tama O'Brien", "T00005"}, {"Tama O'Brien", "T00006"}};
-  for (const char* name : {"Notice", "Notice(2)"}) {
+class NamesakesLetters : public LetterOutputTest {
+ protected:
+  // Letters of a template to both of them.
+  GenerationSummary Make(const char* name, const char* text, GenerationRequest request = {}) {
+    SaveTemplate(name, text);
+    request.template_kind = kTemplates;
     request.template_name = name;
+    request.recipients = {{"Tama O'Brien", "T00005"}, {"Tama O'Brien", "T00006"}};
     GenerationObserver unseen;
-    ASSERT_EQ(GenerateSelection(session_, request, unseen).failed.size(), 0U);
+    GenerationSummary run = GenerateSelection(session_, request, unseen, printers_.IfRead());
+    tree_.RefreshTree();
+    return run;
   }
-  const auto folder = Data() / "Tama O'Brien";
-  WriteWholeFile(folder / "By hand.rtf", "{\\rtf1 x}");
-  tree_.RefreshTree();
+  void Exchange(const char* one, const char* other) {
+    std::filesystem::rename(folder_ / one, folder_ / "aside");
+    std::filesystem::rename(folder_ / other, folder_ / one);
+    std::filesystem::rename(folder_ / "aside", folder_ / other);
+  }
+  LetterWindow& Open(const char* file) {
+    tree_.RefreshTree();
+    EXPECT_TRUE(letters_.OpenListed(folder_ / file)) << file;
+    return *letters_.Active();
+  }
+  void Close() {
+    letters_.Active()->CloseNow();
+    QCoreApplication::processEvents();
+  }
+
+  const std::filesystem::path folder_ = Data() / "Tama O'Brien";
+};
+
+TEST_F(NamesakesLetters, AreMailedToTheTenancyThatTheyWereMadeForOrThatIsAskedFor) {
+  const char* const code = "<<Tenant Code>>";
+  for (const char* name : {"Notice", "Notice(2)", "Exchanged", "Typed", "Elsewhere"}) {
+    EXPECT_EQ(Make(name, code).done, 2U);
+  }
+  Make("Same", "Dear <<Tenant Name>>");
+  Exchange("Exchanged.rtf", "Exchanged(1).rtf");
+  std::filesystem::copy_file(folder_ / "Notice(1).rtf", folder_ / "Copied.rtf");
+  std::filesystem::copy_file(folder_ / "Same.rtf", folder_ / "Same again.rtf");
+  WriteWholeFile(folder_ / "Elsewhere.rtf", "{\\rtf1 changed by another program}");
+  WriteWholeFile(folder_ / "By hand.rtf", "{\\rtf1 x}");
+  for (const char* name : {"Typed.rtf", "Typed(1).rtf"}) {
+    frmLetter& letter = Open(name).letter();
+    letter.rtfLetter.SetTextRTF("{\\rtf1 changed here, " + letter.members().TenantCode + "}");
+    EXPECT_TRUE(letter.Save());
+    Close();
+  }
+  Exchange("Typed.rtf", "Typed(1).rtf");
   const struct {
-    const char *file, *opened_under;
+    const char *file, *code;
     int chosen;  // -1: nobody is asked for the tenancy
-    const char *code, *asked, *subject;
+    const char *asked, *subject;
   } cases[] = {
-      {"Notice.rtf", "T00006", -1, "T00005", " at tenant5@example.test", "Notice"},
-      {"Notice(1).rtf", "T00005", -1, "T00006", "Tama O'Brien (T00006, ", "Notice"},
-      {"Notice(2).rtf", "T00005", -1, "T00005", "Tama O'Brien (T00005, ", "Notice(2)"},
-      {"By hand.rtf", "T00005", 0, "T00006", "Tama O'Brien (T00006, ", "By hand"},
-      {"By hand.rtf", "T00006", 1, "T00005", " at tenant5@example.test", "By hand"},
+      {"Notice.rtf", "T00005", -1, " at tenant5@example.test", "Notice"},
+      {"Notice(1).rtf", "T00006", -1, "Tama O'Brien (T00006, ", "Notice"},
+      {"Notice(2).rtf", "T00005", -1, "Tama O'Brien (T00005, ", "Notice(2)"},
+      {"Exchanged.rtf", "T00006", -1, "Tama O'Brien (T00006, ", "Exchanged"},
+      {"Exchanged(1).rtf", "T00005", -1, "Tama O'Brien (T00005, ", "Exchanged"},
+      {"Typed.rtf", "T00006", -1, "Tama O'Brien (T00006, ", "Typed"},
+      {"Typed(1).rtf", "T00005", -1, "Tama O'Brien (T00005, ", "Typed"},
+      {"Copied.rtf", "T00006", -1, "Tama O'Brien (T00006, ", "Copied"},
+      {"Same.rtf", "T00005", -1, "Tama O'Brien (T00005, ", "Same"},
+      {"Same(1).rtf", "T00006", -1, "Tama O'Brien (T00006, ", "Same"},
+      {"Same again.rtf", "T00006", 0, "Tama O'Brien (T00006, ", "Same again"},
+      {"Elsewhere.rtf", "T00005", 1, "Tama O'Brien (T00005, ", "Elsewhere"},
+      {"By hand.rtf", "T00006", 0, "Tama O'Brien (T00006, ", "By hand"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.file);
-    ASSERT_TRUE(letters_.OpenListed(folder / c.file, c.opened_under));
-    EXPECT_EQ(InFront().TenantCode, c.chosen < 0 ? c.code : c.opened_under);
+    Open(c.file);
+    EXPECT_EQ(InFront().TenantCode, c.chosen < 0 ? c.code : "");
     platform_.dialogs.ForgetShown();
     if (c.chosen >= 0) platform_.dialogs.WillChoose(static_cast<std::size_t>(c.chosen));
     platform_.dialogs.WillCancel();
@@ -184,9 +227,44 @@ TEST_F(LetterOutputTest, MailsALetterToTheTenancyThatItWasMadeFor) {
     EXPECT_EQ(InFront().TenantCode, c.code);
     EXPECT_THAT(shown.back().text, HasSubstr(c.asked));
     EXPECT_EQ(shown.back().default_answer, c.subject);
-    EXPECT_EQ(shown[0].items.size(), c.chosen < 0 ? 0U : 2U);
-    letters_.Active()->CloseNow();
-    QCoreApplication::processEvents();
+    if (c.chosen >= 0) {
+      EXPECT_EQ(shown[0].items.size(), 2U);
+      EXPECT_EQ(shown[0].default_item, Dialogs::kNoItem);
+    }
+    // Once somebody has said for whom it is, that is kept with what is saved.
+    EXPECT_TRUE(letters_.Active()->letter().Save());
+    Close();
+    Open(c.file);
+    EXPECT_EQ(InFront().TenantCode, c.code);
+    Close();
+  }
+}
+
+TEST_F(NamesakesLetters, DoNotGoToTheOtherOneWhenTheirRunIsResumed) {
+  printers_.Load([this] {
+    return printing::Printers::Create({printing::kPdfPrinterName, Data() / "printed.pdf"});
+  });
+  GenerationRequest request;
+  request.destination = Destination::kPrinter;
+  request.printer = printing::kPdfPrinterName;
+  for (const char* text : {"<<Tenant Code>>", "<<Tenant Code>> <<Tenant Nmae>>"}) {  // held back
+    SCOPED_TRACE(text);
+    const std::filesystem::path path = Make("Notice", text, request).log;
+    // As a kill before the printing leaves it.
+    const std::string log = ReadWholeFile(path);
+    const std::size_t printing = log.find("\nprinting\t");
+    if (printing != std::string::npos) WriteWholeFile(path, log.substr(0, printing + 1));
+    GenerationObserver unseen;
+    const auto resume = [&] {
+      return Generation(session_, AfterError::kNextRecipient, unseen, printers_.IfRead())
+          .Resume(path, [](std::size_t) { return Resuming::kAsItIs; });
+    };
+    Exchange("Notice.rtf", "Notice(1).rtf");
+    const GenerationSummary exchanged = resume();
+    EXPECT_EQ(exchanged.done, 0U);
+    Exchange("Notice.rtf", "Notice(1).rtf");
+    EXPECT_EQ(resume().done, 2U);
+    std::filesystem::remove_all(folder_);
   }
 }
 

@@ -16,6 +16,7 @@
 #include "platform/runtime/files.h"
 #include "platform/runtime/safe_file_name.h"
 #include "platform/runtime/text.h"
+#include "ui/window/letter/letter_recipient.h"
 #include "ui/window/preview/print_preview.h"
 
 namespace tenora {
@@ -151,33 +152,11 @@ void LetterOutput::ExportPdf(frmLetter& letter) {
 }
 
 std::optional<std::string> LetterOutput::Recipient(frmLetter& letter) {
-  LetterMembers& members = letter.members();
+  if (!AskForRecipient(session_, letter, "E-mail it to")) return std::nullopt;
+  const LetterMembers& members = letter.members();
   const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, members.RecipientName);
-  const bool to_person = members.Kind == kTenantLetter || members.Kind == kOwnerLetter;
-  if (namesakes.empty() || !to_person) return members.RecipientName;
-  const auto origin = OriginOf(session_.database.DataFolder(), members.FilePath);
-  const Namesake* to =
-      origin ? FindNamesake(namesakes, origin->letter_kind, origin->recipient.code) : nullptr;
-  if (to == nullptr) {
-    std::vector<std::string> items;
-    std::size_t shown = 0;
-    for (const Namesake& namesake : namesakes) {
-      if (&namesake == FindNamesake(namesakes, members.Kind, members.TenantCode)) {
-        shown = items.size();
-      }
-      items.push_back(namesake.text + ": " +
-                      (namesake.email.empty() ? "no e-mail address" : namesake.email));
-    }
-    const auto chosen = session_.platform.dialogs.Choose(
-        "Several are called " + members.RecipientName +
-            ", and nothing says for which of them this letter was made. E-mail it to",
-        items, shown);
-    if (!chosen) return std::nullopt;
-    to = &namesakes[*chosen];
-  }
-  members.Kind = to->letter_kind;
-  members.TenantCode = to->code;
-  letter.UpdateCaption();
+  const Namesake* const to = FindNamesake(namesakes, members.Kind, members.TenantCode);
+  if (to == nullptr) return members.RecipientName;
   return members.RecipientName + " (" + to->text + ")" +
          (to->email.empty() ? "" : " at " + to->email);
 }
@@ -215,8 +194,8 @@ std::string LetterOutput::SubjectOf(const frmLetter& letter) {
   const std::string name = WithoutNumber(title);
   if (name == title || members.FilePath.empty()) return title;
   // A template may have such a name itself.
-  const auto origin = OriginOf(session_.database.DataFolder(), members.FilePath);
-  return origin && origin->template_name == title ? title : name;
+  const auto made = MadeUnderName(session_.database.DataFolder(), members.FilePath);
+  return made && made->template_name == title ? title : name;
 }
 
 void LetterOutput::Preview(frmLetter& letter, QWidget* parent) {

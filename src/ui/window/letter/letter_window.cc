@@ -181,9 +181,12 @@ QString LetterWindow::ShownName() const {
   const LetterMembers& letter = letter_.members();
   const bool saved = !letter.FilePath.empty();
   // A title may have what no file name has.
-  std::string name =
-      saved ? std::filesystem::path(letter.FilePath).stem().string() : letter.LetterTitle;
-  if (name.empty()) name = name_while_untitled_;
+  std::string name = name_while_unsaved_;
+  if (saved) {
+    name = std::filesystem::path(letter.FilePath).stem().string();
+  } else if (name.empty()) {
+    name = letter.LetterTitle;
+  }
   if (letter.Kind == kTenantLetter || letter.Kind == kOwnerLetter) {
     name += " - " + letter.RecipientName;
   } else {

@@ -74,8 +74,8 @@ class LetterWindow : public QWidget, private LetterHost {
   // What its tab and the main window's title call the letter: by the name that the library shows,
   // and a letter to a person by that person too, "Rent review - Jane Smith".
   QString ShownName() const;
-  // What a letter is called until it has a title.
-  void SetNameWhileUntitled(const std::string& name) { name_while_untitled_ = name; }
+  // What a new letter is called until it is saved, whatever title it was to be saved under.
+  void SetNameWhileUnsaved(const std::string& name) { name_while_unsaved_ = name; }
 
  signals:
   void CaptionChanged();
@@ -116,7 +116,7 @@ class LetterWindow : public QWidget, private LetterHost {
   QStringList codes_;
   bool ruler_shown_ = true;
   bool asked_ = false;  // whether it may be closed, and answered
-  std::string name_while_untitled_;
+  std::string name_while_unsaved_;
 };
 
 }  // namespace tenora

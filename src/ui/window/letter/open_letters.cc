@@ -50,11 +50,11 @@ std::string OpenLetters::KindOfListed(const TreeModel::Entry& entry, std::string
   const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, entry.recipient);
   if (namesakes.empty()) return entry.kind;
   const auto origin = OriginOf(session_.database.DataFolder(), entry.path);
-  if (!origin) return entry.kind;
-  const Namesake* const own = FindNamesake(namesakes, origin->letter_kind, origin->recipient.code);
-  if (own == nullptr) return entry.kind;
-  *tenant_code = own->code;
-  return own->letter_kind;
+  const Namesake* const own =
+      origin ? FindNamesake(namesakes, origin->letter_kind, origin->code) : nullptr;
+  *tenant_code = own == nullptr ? std::string() : own->code;
+  // Of several there is always a tenant; a tenant's letter without a code is nobody's yet.
+  return own == nullptr ? std::string(kTenantLetter) : own->letter_kind;
 }
 
 void OpenLetters::OpenFile(const std::filesystem::path& path) {
@@ -92,14 +92,12 @@ void OpenLetters::OpenAsTemplate(const std::filesystem::path& path, const std::s
   PutOnDesk(std::move(window));
 }
 
-bool OpenLetters::OpenListed(const std::filesystem::path& path, const std::string& tenant_code) {
+bool OpenLetters::OpenListed(const std::filesystem::path& path) {
   TreeModel& model = tree_.model();
   for (const char* group : {"Tenants", "Owners"}) {
     const QModelIndex listed = model.FindFile(model.Group(QLatin1String(group)), path);
     if (!listed.isValid()) continue;
-    TreeModel::Entry entry = *model.EntryAt(listed);
-    if (!tenant_code.empty()) entry.tenant_code = tenant_code;
-    Open(entry);
+    Open(TreeModel::Entry(*model.EntryAt(listed)));
     return true;
   }
   return false;
@@ -109,7 +107,7 @@ void OpenLetters::OpenRecent(const RecentLetter& letter) {
   if (letter.kind != kTenantLetter && letter.kind != kOwnerLetter) {
     return OpenAsTemplate(letter.path, letter.kind);
   }
-  if (!OpenListed(letter.path, letter.tenant_code)) OpenFile(letter.path);
+  if (!OpenListed(letter.path)) OpenFile(letter.path);
 }
 
 void OpenLetters::Remember(const frmLetter& letter, std::string& known) {
@@ -117,7 +115,7 @@ void OpenLetters::Remember(const frmLetter& letter, std::string& known) {
   if (members.FilePath.empty() || members.FilePath == known) return;
   known = members.FilePath;
   std::error_code error;
-  recent_.Add({std::filesystem::absolute(known, error), members.Kind, members.TenantCode});
+  recent_.Add({std::filesystem::absolute(known, error), members.Kind});
 }
 
 bool OpenLetters::IsTitleOpen(const std::string& title) const {
@@ -134,7 +132,7 @@ void OpenLetters::StartNew(std::string_view kind) {
   do {
     name = "New letter " + std::to_string(++new_letters_);
   } while (IsTitleOpen(name));
-  window->SetNameWhileUntitled(name);
+  window->SetNameWhileUnsaved(name);
   window->letter().members().LetterTitle = name;
   window->letter().members().RecipientName = kind;
   window->letter().StartNew(kind);

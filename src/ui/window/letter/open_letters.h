@@ -38,8 +38,8 @@ class OpenLetters : private LetterWindow::Surroundings {
   void OpenFile(const std::filesystem::path& path);
   // Opens a saved letter of a tenant or owner; false if the tree does not list this file. Namesakes
   // share a folder: the letter is that of the tenancy that it was made for, and where nothing says
-  // which, of `tenant_code`, or where there is none of the first.
-  bool OpenListed(const std::filesystem::path& path, const std::string& tenant_code = {});
+  // which, a tenant's without a code.
+  bool OpenListed(const std::filesystem::path& path);
   // Opens one of recent() again.
   void OpenRecent(const RecentLetter& letter);
   RecentLetters& recent() { return recent_; }
@@ -85,7 +85,8 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Sets the printer's paper and the stored margins, for the ruler and line wrapping.
   void ShowPage(LetterWindow& window) override;
 
-  // The kind of a letter in the library, and the tenancy that it was made for where that is known.
+  // The kind of a letter in the library, and the tenancy that it was made for; empty where several
+  // have the name and nothing says which of them.
   std::string KindOfListed(const TreeModel::Entry& entry, std::string* tenant_code);
   bool IsTitleOpen(const std::string& title) const;
   std::unique_ptr<LetterWindow> MakeWindow();

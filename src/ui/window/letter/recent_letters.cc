@@ -15,17 +15,16 @@ constexpr std::string_view kKey = "SOFTWARE\\Tenora\\Mail";
 constexpr std::string_view kName = "RecentLetters";
 constexpr auto kHive = registry::Hive::kCurrentUser;
 
-// A letter as a line: the kind, the tenant code and the path, between tabs.
+// A letter as a line: the kind and the path, between them a field that is not used any more.
 std::string TextOf(const RecentLetter& letter) {
-  return letter.kind + '\t' + letter.tenant_code + '\t' + letter.path.string();
+  return letter.kind + "\t\t" + letter.path.string();
 }
 
 std::optional<RecentLetter> LetterOf(const std::string& text) {
   const std::size_t kind = text.find('\t');
-  const std::size_t code = kind == std::string::npos ? kind : text.find('\t', kind + 1);
-  if (code == std::string::npos) return std::nullopt;
-  RecentLetter letter{text.substr(code + 1), text.substr(0, kind),
-                      text.substr(kind + 1, code - kind - 1)};
+  const std::size_t unused = kind == std::string::npos ? kind : text.find('\t', kind + 1);
+  if (unused == std::string::npos) return std::nullopt;
+  RecentLetter letter{text.substr(unused + 1), text.substr(0, kind)};
   if (!letter.path.is_absolute()) return std::nullopt;
   return letter;
 }

@@ -12,8 +12,7 @@ namespace tenora {
 // A letter as it is opened again.
 struct RecentLetter {
   std::filesystem::path path;
-  std::string kind;         // one of the letter kinds
-  std::string tenant_code;  // of a tenant's letter: namesakes share a folder
+  std::string kind;  // one of the letter kinds
 
   bool operator==(const RecentLetter&) const = default;
 };

@@ -15,13 +15,13 @@
 #include <utility>
 #include <vector>
 
-#include "letters/letter_origin.h"
 #include "platform/dialogs/guard.h"
 #include "platform/dialogs/window_size.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 #include "ui/window/appearance/icons.h"
 #include "ui/window/help/frm_forms.h"
+#include "ui/window/letter/letter_recipient.h"
 
 namespace tenora {
 namespace {
@@ -280,17 +280,11 @@ void frmMain::ShowLetterState() {
   find_panel_->SetLetter(front);
   lint_panel_->SetLetter(front);
   const LetterMembers* const letter = front == nullptr ? nullptr : &front->letter().members();
-  status_.Show(letter, letter == nullptr ? std::string() : WhichNamesake(*letter));
+  status_.Show(letter, letter == nullptr ? std::string() : WhichRecipient(session_, *letter));
   LetterEditor* editor = front == nullptr ? nullptr : &front->shown_editor();
   if (editor_actions_->Editor() == editor) return;
   editor_actions_->SetEditor(editor);
   if (front != nullptr) letters_.MarkCodes(*front);
-}
-
-std::string frmMain::WhichNamesake(const LetterMembers& letter) const {
-  const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, letter.RecipientName);
-  const Namesake* const own = FindNamesake(namesakes, letter.Kind, letter.TenantCode);
-  return own == nullptr ? std::string() : own->text;
 }
 
 void frmMain::ShowTitle(const LetterWindow* front) {

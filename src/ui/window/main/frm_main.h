@@ -69,8 +69,6 @@ class frmMain : public QMainWindow {
   void OpenNamedFiles();
   // Updates everything that depends on the letter in front and its state.
   void ShowLetterState();
-  // What tells the letter's recipient from others of the name; empty where there are none.
-  std::string WhichNamesake(const LetterMembers& letter) const;
   // Names the letter in front, null if none is open, in the window's title.
   void ShowTitle(const LetterWindow* front);
   // Runs long work in the background with the tree held, since the work may change the caches.

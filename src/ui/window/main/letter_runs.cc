@@ -84,7 +84,7 @@ void LetterRuns::Run(Destination destination, const Letters& letters) {
   if (!summary.complete()) {
     Settle(destination, summary);
   } else if (summary.asked == 1 && !last.file.empty()) {
-    letters_.OpenListed(last.file, last.recipient.code);
+    letters_.OpenListed(last.file);
   }
 }
 
@@ -122,7 +122,7 @@ void LetterRuns::Resume(Destination destination, const std::filesystem::path& lo
 
 void LetterRuns::Open(const std::vector<LetterReport>& reports) {
   for (const LetterReport& report : reports) {
-    if (letters_.OpenListed(report.file, report.recipient.code)) continue;
+    if (letters_.OpenListed(report.file)) continue;
     session_.platform.dialogs.Say("The tree does not list this letter any more:\r\n" +
                                   report.file.string());
   }

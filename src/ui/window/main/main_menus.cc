@@ -12,6 +12,7 @@
 #include "platform/runtime/clock.h"
 #include "ui/window/appearance/colour_scheme.h"
 #include "ui/window/appearance/icons.h"
+#include "ui/window/letter/letter_recipient.h"
 
 namespace tenora {
 namespace {
@@ -298,7 +299,11 @@ void MainMenus::BuildInsertMenu() {
           .item =
               [this](const std::string& item) {
                 Guarded(parts_.session.platform.dialogs, "frmMain - mnuInsertItem_Click", [&] {
-                  parts_.letters.WithActive([&](frmLetter& letter) { letter.InsertItem(item); });
+                  parts_.letters.WithActive([&](frmLetter& letter) {
+                    if (AskForRecipient(parts_.session, letter, "Fill the code in for")) {
+                      letter.InsertItem(item);
+                    }
+                  });
                 });
               },
           .form =

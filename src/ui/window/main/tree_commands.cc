@@ -23,14 +23,15 @@ namespace {
 using Entry = TreeModel::Entry;
 using Type = TreeModel::Type;
 
-// Whether a letter would get the name that another one of the same folder was made under: whom a
-// letter in a folder of several is for is known by its name.
-bool BelongsToNamesake(Session& session, const std::filesystem::path& letter,
+// Whether a letter would get the name that another one of the same folder was made under, by which
+// the run that made it, and earlier versions of the program, know it.
+bool BelongsToNamesake(Session& session, const Entry& letter,
                        const std::filesystem::path& renamed) {
+  if (NamesakesOf(session.caches, letter.recipient).empty()) return false;
   const std::filesystem::path data = session.database.DataFolder();
-  const auto before = OriginOf(data, letter), after = OriginOf(data, renamed);
-  if (!after || NamesakesOf(session.caches, after->recipient.name).empty()) return false;
-  return !before || before->recipient != after->recipient;
+  const auto before = OriginOf(data, letter.path), after = MadeUnderName(data, renamed);
+  if (!after) return false;
+  return !before || before->letter_kind != after->letter_kind || before->code != after->code;
 }
 
 }  // namespace
@@ -93,7 +94,7 @@ void TreeCommands::Rename(const Entry& entry) {
   }
   const std::filesystem::path path = entry.path.parent_path() / (name + extension);
   if (path == entry.path) return;
-  if (BelongsToNamesake(session_, entry.path, path)) {
+  if (BelongsToNamesake(session_, entry, path)) {
     return dialogs.Say("The letter \"" + name + "\" was made for another one called " +
                        path.parent_path().filename().string() +
                        ", and would be mailed to that one.\r\nNothing was renamed.");
