@@ -55,7 +55,11 @@ class PrinterMod {
 
   // Lets the user pick the current printer, and of one letter the pages; false when cancelled.
   bool ChoosePrinter(Dialogs& dialogs,
-                     printing::Printers::Offer offer = printing::Printers::Offer::kWhole);
+                     printing::Printers::Offer offer = printing::Printers::Offer::kWhole,
+                     int page_count = 0);
+
+  // The letter's on the current printer; 0 where it cannot be laid out, or not soon.
+  int PageCount(const RichTextBox& box);
 
   // The number of installed printers; 0, when they cannot be read either, tells callers not to
   // print.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/printing/document_length.h"
+#include "platform/printing/preview_pages.h"
 #include "platform/richtext/page_heads.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
@@ -11,6 +12,7 @@ namespace tenora {
 namespace {
 
 constexpr const char* kSection = "Mail\\PrinterSetup";
+constexpr int kLongestCounted = 300'000;  // characters; laid out while somebody waits
 
 // The page less the margins. The device counts from its printable corner, so margins of 0 start at
 // minus the physical offset: at the paper's edge.
@@ -122,8 +124,21 @@ void PrinterMod::PrintRichText(const RichTextBox& box, const std::string& title)
 
 std::filesystem::path PrinterMod::EndJob() { return printers_.Current().EndJob(); }
 
-bool PrinterMod::ChoosePrinter(Dialogs& dialogs, printing::Printers::Offer offer) {
-  return printers_.Choose(dialogs, offer);
+bool PrinterMod::ChoosePrinter(Dialogs& dialogs, printing::Printers::Offer offer, int page_count) {
+  return printers_.Choose(dialogs, offer, page_count);
+}
+
+int PrinterMod::PageCount(const RichTextBox& box) {
+  const richtext::Document& document = box.Document();
+  if (printing::DocumentLength(document) > kLongestCounted) return 0;
+  try {
+    printing::PreviewPages pages(printers_.Current());
+    PrintDocument(pages.Current(), document, {}, LoadMargins(), {});
+    return pages.PageCount();
+  } catch (const RuntimeError&) {
+    // No such printer, or margins that leave no room: printing tells it.
+    return 0;
+  }
 }
 
 int PrinterMod::PrinterCount() {

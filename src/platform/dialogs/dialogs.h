@@ -62,6 +62,8 @@ struct PrintChoice {
   bool collate = true;  // whole copies, not each page several times
   // All where there is no range; no value: pages are not to be chosen.
   std::optional<std::vector<PageRange>> pages = std::nullopt;
+  // Of the letter as it would be printed so; 0 where that is not known.
+  int page_count = 0;
   ChosenSettings settings = {};  // of the printer
 };
 

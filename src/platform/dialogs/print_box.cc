@@ -26,8 +26,7 @@ PrintBox::PrintBox(const std::vector<OfferedPrinter>& printers, const PrintChoic
                    QWidget* parent)
     : QDialog(parent),
       printers_(printers),
-      shown_printer_(shown.printer),
-      pages_offered_(shown.pages.has_value()),
+      shown_(shown),
       settings_(shown.settings),
       list_(new QListWidget),
       properties_(new QPushButton(tr("P&roperties…"))),
@@ -52,7 +51,7 @@ PrintBox::PrintBox(const std::vector<OfferedPrinter>& printers, const PrintChoic
   pages_->setObjectName("txtPages");
   pages_->setPlaceholderText(tr("such as 2-3, 5"));
   pages_->setAccessibleName(tr("Pages, such as 2-3, 5"));
-  const bool some_shown = pages_offered_ && !shown.pages->empty();
+  const bool some_shown = shown.pages && !shown.pages->empty();
   all_pages_->setChecked(!some_shown);
   if (some_shown) {
     some_pages_->setChecked(true);
@@ -87,7 +86,7 @@ void PrintBox::Build() {
   print_ = buttons->button(QDialogButtonBox::Ok);
   connect(list_, &QListWidget::currentRowChanged, this, [this](int row) {
     // Another printer has other settings.
-    if (row != static_cast<int>(shown_printer_)) settings_.clear();
+    if (row != static_cast<int>(shown_.printer)) settings_.clear();
     ShowWhatApplies();
   });
   connect(list_, &QListWidget::itemActivated, this, [this] { print_->click(); });
@@ -103,6 +102,7 @@ void PrintBox::Build() {
     ShowWhatApplies();
   });
   connect(copies_, &QSpinBox::valueChanged, this, &PrintBox::ShowWhatApplies);
+  connect(orientation_, &QComboBox::currentIndexChanged, this, &PrintBox::ShowWhatApplies);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -115,7 +115,7 @@ void PrintBox::Build() {
     label->setBuddy(buddy);
     form->addRow(label, row);
   };
-  if (pages_offered_) {
+  if (shown_.pages) {
     add_row(tr("Print"), {all_pages_, some_pages_, pages_}, all_pages_);
     form->addRow(QString(), pages_fault_);
   } else {
@@ -149,7 +149,7 @@ std::optional<std::vector<PageRange>> PrintBox::Pages() const {
 
 void PrintBox::ShowWhatApplies() {
   const OfferedPrinter* printer = Chosen();
-  print_->setEnabled(printer != nullptr && Pages().has_value());
+  print_->setEnabled(printer != nullptr && PagesFault().isEmpty());
   ShowPagesFault();
   for (QWidget* box : std::initializer_list<QWidget*>{copies_, collate_, sides_}) {
     box->setEnabled(printer != nullptr && printer->on_paper);
@@ -158,10 +158,24 @@ void PrintBox::ShowWhatApplies() {
   properties_->setEnabled(printer != nullptr && printer->settings != nullptr);
 }
 
+QString PrintBox::PagesFault() const {
+  if (!some_pages_->isChecked()) return {};
+  const std::string typed = pages_->text().toStdString();
+  if (std::string fault = PageRangesFault(typed); !fault.empty())
+    return QString::fromStdString(fault);
+  const int count = shown_.page_count;
+  const auto is_behind = [count](const PageRange& range) { return range.first > count; };
+  if (!PagesCounted() || !std::ranges::all_of(*Pages(), is_behind)) return {};
+  return count == 1 ? tr("The letter has 1 page.") : tr("The letter has %1 pages.").arg(count);
+}
+
+bool PrintBox::PagesCounted() const {
+  return shown_.page_count > 0 && list_->currentRow() == static_cast<int>(shown_.printer) &&
+         (orientation_->currentIndex() == 1) == shown_.landscape && settings_ == shown_.settings;
+}
+
 void PrintBox::ShowPagesFault() {
-  const QString fault = some_pages_->isChecked()
-                            ? QString::fromStdString(PageRangesFault(pages_->text().toStdString()))
-                            : QString();
+  const QString fault = PagesFault();
   if (fault == pages_fault_->text()) return;
   pages_fault_->setText(fault);
   QAccessibleEvent told(pages_fault_, QAccessible::Alert);
@@ -176,14 +190,16 @@ void PrintBox::ShowSettings() {
   QApplication::restoreOverrideCursor();
   PrinterSettingsBox box(QString::fromStdString(printer->name), std::move(settings), settings_,
                          this);
-  if (box.exec() == QDialog::Accepted) settings_ = box.Chosen();
+  if (box.exec() != QDialog::Accepted) return;
+  settings_ = box.Chosen();
+  ShowWhatApplies();
 }
 
 PrintChoice PrintBox::Choice() const {
   PrintChoice choice;
   choice.printer = static_cast<std::size_t>(std::max(0, list_->currentRow()));
   choice.landscape = orientation_->currentIndex() == 1;
-  if (pages_offered_) choice.pages = Pages();
+  if (shown_.pages) choice.pages = Pages();
   if (!Chosen() || !Chosen()->on_paper) return choice;
   choice.copies = copies_->value();
   choice.collate = collate_->isChecked();

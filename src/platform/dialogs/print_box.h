@@ -29,13 +29,15 @@ class PrintBox : public QDialog {
   void ShowWhatApplies();
   // None for a text that names no pages.
   std::optional<std::vector<PageRange>> Pages() const;
-  // Says why what was typed names no pages.
+  // Why the pages that were typed cannot be printed; empty when they can.
+  QString PagesFault() const;
+  // Whether printer, paper and orientation are those that the letter's pages were counted for.
+  bool PagesCounted() const;
   void ShowPagesFault();
   void ShowSettings();
 
   const std::vector<OfferedPrinter> printers_;
-  const std::size_t shown_printer_;
-  const bool pages_offered_;
+  const PrintChoice shown_;
   ChosenSettings settings_;  // of the printer in the list
   QListWidget* list_;
   QPushButton* properties_;

@@ -30,7 +30,7 @@ class PreviewPages : public Printers {
   bool SetCurrent(std::string_view) override { return false; }
   Printer& Current() override;
   void UseDefault() override {}
-  bool Choose(Dialogs&, Offer) override { return false; }
+  bool Choose(Dialogs&, Offer, int) override { return false; }
 
  private:
   class Device;

@@ -237,11 +237,12 @@ class InstalledPrinters : public Printers {
     if (!current_ || !current_->JobOpen()) current_.reset();
   }
 
-  bool Choose(Dialogs& dialogs, Offer offer) override {
+  bool Choose(Dialogs& dialogs, Offer offer, int page_count) override {
     const std::string current = CurrentName();
     // The number of copies starts at one each time.
     PrintChoice shown = current_ ? current_->SetUpNow() : PrintChoice();
     if (offer == Offer::kPagesAgain) shown = chosen_;
+    shown.page_count = page_count;
     std::vector<OfferedPrinter> offered;
     for (const std::string& name : Names()) {
       if (name == current) shown.printer = offered.size();

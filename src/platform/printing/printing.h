@@ -128,8 +128,9 @@ class Printers {
   // long as there is another one, else the job's end raises 482.
   // kPagesAgain: as kPages, with what the user chose last.
   enum class Offer { kWhole, kPages, kPagesAgain };
-  virtual bool Choose(Dialogs& dialogs, Offer offer) = 0;
-  bool Choose(Dialogs& dialogs) { return Choose(dialogs, Offer::kWhole); }
+  // `page_count` is the letter's on the current printer; 0 where it is not known.
+  virtual bool Choose(Dialogs& dialogs, Offer offer, int page_count) = 0;
+  bool Choose(Dialogs& dialogs) { return Choose(dialogs, Offer::kWhole, 0); }
   // Whether the user chose some of the pages there, and not all.
   virtual bool SomePages() const { return false; }
 };

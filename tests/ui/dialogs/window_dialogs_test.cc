@@ -149,6 +149,7 @@ TEST_F(DialogsTest, ThePrintBoxTakesPagesCopiesAndThePrintersOwnSettings) {
   PrintChoice shown;
   shown.pages.emplace();
   shown.printer = 1;
+  shown.page_count = 4;
   PrintBox box(printers, shown, nullptr);
   box.show();
   auto* print = box.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
@@ -167,7 +168,7 @@ TEST_F(DialogsTest, ThePrintBoxTakesPagesCopiesAndThePrintersOwnSettings) {
   const struct {
     const char* typed;
     bool printable;
-  } cases[] = {{"2-", true}, {"2-x", false}, {"3-2", false}, {"2-3, 5", true}};
+  } cases[] = {{"2-", true}, {"2-x", false}, {"3-2", false}, {"5, 99", false}, {"2-3, 5", true}};
   for (const auto& c : cases) {
     pages->clear();
     QTest::keyClicks(pages, c.typed);
@@ -175,6 +176,12 @@ TEST_F(DialogsTest, ThePrintBoxTakesPagesCopiesAndThePrintersOwnSettings) {
     EXPECT_EQ(Find<QLabel>(box, "lblPagesFault")->text().isEmpty(), c.printable) << c.typed;
   }
   EXPECT_EQ(box.Choice().pages, (std::vector<PageRange>{{2, 3}, {5, 5}}));
+  pages->setText("99");
+  Find<QComboBox>(box, "cboOrientation")->setCurrentIndex(1);
+  EXPECT_TRUE(print->isEnabled()) << "nobody has counted these pages";
+  Find<QComboBox>(box, "cboOrientation")->setCurrentIndex(0);
+  EXPECT_EQ(Find<QLabel>(box, "lblPagesFault")->text(), "The letter has 4 pages.");
+  pages->setText("2-3, 5");
   EXPECT_FALSE(Find<QCheckBox>(box, "chkCollate")->isEnabled()) << "one copy";
   Find<QSpinBox>(box, "txtCopies")->setValue(2);
   Find<QCheckBox>(box, "chkCollate")->setChecked(false);

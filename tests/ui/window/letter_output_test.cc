@@ -274,6 +274,7 @@ class PagesDialogs : public ScriptedDialogs {
   std::optional<PrintChoice> ChoosePrinter(const std::vector<OfferedPrinter>&,
                                            const PrintChoice& offered) override {
     shown.push_back(offered.pages ? PageRangesText(*offered.pages) : "none");
+    EXPECT_EQ(offered.page_count, 1);
     PrintChoice choice = offered;
     choice.pages = ParsePageRanges(shown.size() == 1 ? "9" : "1");
     return choice;

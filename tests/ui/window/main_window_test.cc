@@ -37,7 +37,9 @@ class FewPrinters : public printing::Printers {
   bool SetCurrent(std::string_view name) override { return real_->SetCurrent(name); }
   printing::Printer& Current() override { return real_->Current(); }
   void UseDefault() override { real_->UseDefault(); }
-  bool Choose(Dialogs& dialogs, Offer offer) override { return real_->Choose(dialogs, offer); }
+  bool Choose(Dialogs& dialogs, Offer offer, int page_count) override {
+    return real_->Choose(dialogs, offer, page_count);
+  }
 
  private:
   int count_;

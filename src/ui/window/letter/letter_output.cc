@@ -86,9 +86,9 @@ bool LetterOutput::Print(frmLetter& letter) {
 bool LetterOutput::PrintOne(printing::Printers& printers, frmLetter& letter) {
   auto offer = printing::Printers::Offer::kPages;
   for (;;) {
-    if (!PrinterMod(printers, session_.settings).ChoosePrinter(session_.platform.dialogs, offer)) {
-      return false;
-    }
+    PrinterMod printer(printers, session_.settings);
+    const int page_count = printer.PageCount(letter.rtfLetter);
+    if (!printer.ChoosePrinter(session_.platform.dialogs, offer, page_count)) return false;
     try {
       return PrintChosen(printers, letter);
     } catch (const RuntimeError& error) {
