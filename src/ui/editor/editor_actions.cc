@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QColorDialog>
 #include <QIcon>
 #include <QLocale>
 #include <QMenu>
@@ -12,6 +11,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/editor/commands/colour_dialog.h"
 #include "ui/editor/commands/editor_dialogs.h"
 #include "ui/editor/commands/font_boxes.h"
 
@@ -240,10 +240,11 @@ void EditorActions::AddColourMenu(const QString& text, const char* icon, const Q
     QAction* item = menu->addAction(Swatch(colour), name);
     connect(item, &QAction::triggered, this, [apply, chosen = colour] { apply(chosen); });
   }
-  connect(menu->addAction(tr("&More…")), &QAction::triggered, this, [this, apply, member] {
+  const QString title = QString(text).remove('&');
+  connect(menu->addAction(tr("&More…")), &QAction::triggered, this, [this, apply, member, title] {
     if (!editor_) return;
     const QColor now = editor_->formats().ColourAt(editor_->formatting().CharAtCaret().*member);
-    const QColor chosen = QColorDialog::getColor(now.isValid() ? now : QColor(Qt::black), editor_);
+    const QColor chosen = AskColour(editor_, now.isValid() ? now : QColor(Qt::black), title);
     if (chosen.isValid()) apply(chosen);
   });
   action->setMenu(menu);

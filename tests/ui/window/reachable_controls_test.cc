@@ -28,6 +28,7 @@
 #include "ui/dialogs/frm_run_report.h"
 #include "ui/dialogs/frm_spell_check.h"
 #include "ui/dialogs/frm_unfinished_runs.h"
+#include "ui/editor/commands/colour_dialog.h"
 #include "ui/editor/commands/editor_dialogs.h"
 #include "ui/editor/commands/picture_dialog.h"
 #include "ui/window/background/progress_dialog.h"
@@ -295,6 +296,7 @@ TEST_F(ReachableControls, InEveryDialogByNameTabAndMnemonicWithEscapeAndEnter) {
       {"tab stops", [&] { AskTabStops(nullptr, {{}}); }},
       {"spacing", [&] { AskSpacing(nullptr, &paragraph); }},
       {"table", [&] { AskTableSize(nullptr); }},
+      {"colour", [&] { AskColour(nullptr, Qt::red, "Colour"); }},
       {"picture", [&] { AskPictureLook(nullptr, {}, {}); }},
       {"text", [&] { dialogs.AskText("Enter the name", "Rename", "Notice"); }},
       {"letter's question", [&] { dialogs.AskForLetter({.prompt = "Who inspects?"}); }},

@@ -1,9 +1,10 @@
 #include "ui/window/appearance/frm_colours.h"
 
-#include <QColorDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
+
+#include "ui/editor/commands/colour_dialog.h"
 
 namespace tenora {
 
@@ -38,7 +39,7 @@ QPushButton* frmColours::AddColour(const char* name, const QString& caption, QCo
   button->setAccessibleName(caption);
   Paint(button, colour);
   connect(button, &QPushButton::clicked, this, [this, button, caption, &colour] {
-    const QColor chosen = QColorDialog::getColor(colour, this, caption);
+    const QColor chosen = AskColour(this, colour, caption);
     if (!chosen.isValid()) return;
     colour = chosen;
     Paint(button, colour);
