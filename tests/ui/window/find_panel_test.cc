@@ -65,6 +65,7 @@ TEST_F(FindPanelTest, IsWorkedByKeysAndTellsWhatItDid) {
   EXPECT_EQ(Text(), "fee, fee and curfee");
   Editor().Undo();
   EXPECT_EQ(Text(), "Rent, fee and current");
+  EXPECT_EQ(Told(), "") << "they are no longer replaced";
   QTest::keyClick(text, Qt::Key_Escape);
   EXPECT_TRUE(panel_.isHidden());
   letters_.Active()->letter().members().Changed = false;

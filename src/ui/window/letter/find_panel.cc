@@ -130,6 +130,11 @@ void FindPanel::Build() {
 }
 
 void FindPanel::SetLetter(LetterWindow* letter) {
+  disconnect(text_change_);
+  if (letter != nullptr) {
+    text_change_ =
+        connect(&letter->shown_editor(), &QTextEdit::textChanged, this, &FindPanel::ForgetMessage);
+  }
   if (letter == letter_) return ShowWhatApplies();
   in_selection_->setChecked(false);
   letter_ = letter;
@@ -147,6 +152,7 @@ void FindPanel::Open() {
   show();
   text_->setFocus(Qt::ShortcutFocusReason);
   text_->selectAll();
+  emit Opened();
 }
 
 void FindPanel::BeginWith(const QString& selected) {
@@ -258,10 +264,16 @@ void FindPanel::ShowNotFound() {
 
 void FindPanel::Tell(const QString& message) {
   message_->setText(message);
+  told_revision_ = letter_ ? letter_->shown_editor().document()->revision() : 0;
   if (message.isEmpty()) return;
   message_->setAccessibleName(message);
   QAccessibleEvent told(message_, QAccessible::Alert);
   QAccessible::updateAccessibility(&told);
+}
+
+// After an undo or typing it may no longer be true. What marks words and codes changes no text.
+void FindPanel::ForgetMessage() {
+  if (letter_ && letter_->shown_editor().document()->revision() != told_revision_) Tell({});
 }
 
 void FindPanel::ShowWhatApplies() {

@@ -29,6 +29,11 @@ class FindPanel : public QFrame {
   void FindNext() { Find(Direction::kForward); }
   // While the panel is hidden, for the letter's last search and no further than its start.
   void FindPrevious();
+  // Hands the keyboard to the letter.
+  void Leave();
+
+ signals:
+  void Opened();
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -46,8 +51,8 @@ class FindPanel : public QFrame {
   void Limit(bool limit);
   void ShowNotFound();
   void Tell(const QString& message);
+  void ForgetMessage();
   void ShowWhatApplies();
-  void Leave();
 
   Dialogs& dialogs_;
   QPointer<LetterWindow> letter_;
@@ -55,6 +60,8 @@ class FindPanel : public QFrame {
   QCheckBox *match_case_, *whole_words_, *in_selection_;
   QPushButton *next_, *previous_, *replace_, *replace_all_;
   QLabel* message_;
+  QMetaObject::Connection text_change_;
+  int told_revision_ = 0;  // of the text that the message is about
 };
 
 }  // namespace tenora

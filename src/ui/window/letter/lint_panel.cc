@@ -11,7 +11,8 @@
 namespace tenora {
 namespace {
 
-constexpr int kHeight = 130;  // pixels
+constexpr int kHeight = 130;  // pixels, but no more of a window than
+constexpr int kShare = 5;
 
 }  // namespace
 
@@ -44,7 +45,7 @@ void LintPanel::Check(LetterWindow& letter, Date today, const CustomFieldCodes& 
   Show();
   show();
   if (auto* window = qobject_cast<QMainWindow*>(parentWidget())) {
-    window->resizeDocks({this}, {kHeight}, Qt::Vertical);
+    window->resizeDocks({this}, {std::min(kHeight, window->height() / kShare)}, Qt::Vertical);
   }
 }
 

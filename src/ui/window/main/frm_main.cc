@@ -28,6 +28,7 @@ namespace {
 
 constexpr const char* kLoad = "MDIForm_Load";
 constexpr int kTellFor = 10000;   // milliseconds in the status bar
+constexpr int kLowWindow = 480;   // pixels of a window with no room for two panels
 constexpr int kLeastHeight = 84;  // pixels of the tree and the letters, below which panels may push
 const QStringList kPreselectedFonts{QStringLiteral("Arial"), QStringLiteral("Times New Roman"),
                                     QStringLiteral("Courier")};
@@ -144,6 +145,13 @@ void frmMain::ConnectParts() {
   letters_.OnFilesGiven([this](const QStringList& files) {
     QMetaObject::invokeMethod(
         this, [this, files] { given_files_.TakeAllButPictures(files); }, Qt::QueuedConnection);
+  });
+  // Together they would leave nothing of the letter.
+  connect(find_panel_, &FindPanel::Opened, this, [this] {
+    if (height() < kLowWindow) lint_panel_->hide();
+  });
+  connect(lint_panel_, &QDockWidget::visibilityChanged, this, [this](bool shown) {
+    if (shown && height() < kLowWindow && find_panel_->isVisible()) find_panel_->Leave();
   });
   letters_.ShowRuler(editor_actions_->ShowRuler()->isChecked());
   connect(editor_actions_->ShowRuler(), &QAction::toggled, this,
