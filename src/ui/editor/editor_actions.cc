@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/editor/commands/colour_dialog.h"
+#include "ui/editor/colour_dialog.h"
 #include "ui/editor/commands/editor_dialogs.h"
 #include "ui/editor/commands/font_boxes.h"
 

@@ -28,7 +28,7 @@
 #include "ui/dialogs/frm_run_report.h"
 #include "ui/dialogs/frm_spell_check.h"
 #include "ui/dialogs/frm_unfinished_runs.h"
-#include "ui/editor/commands/colour_dialog.h"
+#include "ui/editor/colour_dialog.h"
 #include "ui/editor/commands/editor_dialogs.h"
 #include "ui/editor/commands/picture_dialog.h"
 #include "ui/window/background/progress_dialog.h"

@@ -3,8 +3,9 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
+#include <QPainter>
 
-#include "ui/editor/commands/colour_dialog.h"
+#include "ui/editor/colour_dialog.h"
 
 namespace tenora {
 
@@ -51,6 +52,8 @@ QPushButton* frmColours::AddColour(const char* name, const QString& caption, QCo
 void frmColours::Paint(QPushButton* button, const QColor& colour) {
   QPixmap sample(64, 18);
   sample.fill(colour);
+  // A colour like the button's own would not be seen.
+  QPainter(&sample).drawRect(sample.rect().adjusted(0, 0, -1, -1));
   button->setIcon(sample);
   button->setIconSize(sample.size());
   button->setText(colour.name());

@@ -1,4 +1,4 @@
-#include "ui/editor/commands/colour_dialog.h"
+#include "ui/editor/colour_dialog.h"
 
 #include <QColorDialog>
 #include <QDialog>
