@@ -67,19 +67,27 @@ int TextLeft(const ParagraphFormat& format) {
                                  : format.left_indent + format.first_indent + format.bullet.indent;
 }
 
-// "margin:" with one to four values.
-std::string Margins(double top, double right, double bottom, double left) {
+// "margin:" with one to four lengths.
+std::string Margins(int top, int right, int bottom, int left) {
   // Programs drop negative margins, some with the whole style.
-  std::array<std::string, 4> values{Points(std::max(top, 0.0)), Points(std::max(right, 0.0)),
-                                    Points(std::max(bottom, 0.0)), Points(std::max(left, 0.0))};
+  const std::array<int, 4> lengths{std::max(top, 0), std::max(right, 0), std::max(bottom, 0),
+                                   std::max(left, 0)};
+  const auto equal = [&](std::size_t one, std::size_t other) {
+    return lengths[one] == lengths[other] ||
+           TenthsOfPoint(lengths[one]) == TenthsOfPoint(lengths[other]);
+  };
   std::size_t count = 4;
-  if (values[3] == values[1]) {
+  if (equal(3, 1)) {
     count = 3;
-    if (values[2] == values[0]) count = values[1] == values[0] ? 1 : 2;
+    if (equal(2, 0)) count = equal(1, 0) ? 1 : 2;
   }
-  std::string css = "margin:" + values[0];
-  for (std::size_t i = 1; i < count; ++i) css.append(" ").append(values[i]);
-  return css + ";";
+  std::string css = "margin:";
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i > 0) css += ' ';
+    AppendPoints(css, lengths[i]);
+  }
+  css += ';';
+  return css;
 }
 
 std::string LineHeight(const ParagraphFormat& format, int half_points) {

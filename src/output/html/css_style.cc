@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <string_view>
 
 #include "output/html/html_characters.h"
@@ -60,6 +60,12 @@ std::string FamilyStack(const richtext::Font& font) {
   return name.empty() ? GenericFamily(font) : name + "," + GenericFamily(font);
 }
 
+// Of the automatic colour, which is at 0, none.
+std::optional<Rgb> At(const std::vector<std::optional<Rgb>>& colours, int position) {
+  const auto index = static_cast<std::size_t>(position);
+  return position > 0 && index < colours.size() ? colours[index] : std::nullopt;
+}
+
 const char* StyleOf(const Border& border) {
   if (richtext::HasSeveralLines(border.kind)) return "double";
   switch (border.kind) {
@@ -86,9 +92,12 @@ const char* GenericFamily(const richtext::Font& font) {
   return font.family == "script" ? "cursive" : "sans-serif";
 }
 
-Looks::Looks(const richtext::Document& document, bool font_faces)
-    : document_(document), font_faces_(font_faces) {
+Looks::Looks(const richtext::Document& document, bool font_faces) : font_faces_(font_faces) {
   for (const richtext::Font& font : document.fonts) families_.push_back(FamilyStack(font));
+  for (const richtext::Colour& colour : document.colours) {
+    inks_.push_back(colour.automatic ? std::nullopt : Ink(colour));
+    papers_.push_back(colour.automatic ? std::nullopt : Paper(colour));
+  }
 }
 
 TextLook Looks::Of(const richtext::CharFormat& format) const {
@@ -110,22 +119,9 @@ TextLook Looks::Of(const richtext::CharFormat& format) const {
   return look;
 }
 
-const richtext::Colour* Looks::ColourAt(int position) const {
-  if (position <= 0 || static_cast<std::size_t>(position) >= document_.colours.size())
-    return nullptr;
-  const richtext::Colour& colour = document_.colours[static_cast<std::size_t>(position)];
-  return colour.automatic ? nullptr : &colour;
-}
+std::optional<Rgb> Looks::Ink(int position) const { return At(inks_, position); }
 
-std::optional<Rgb> Looks::Ink(int position) const {
-  const richtext::Colour* const colour = ColourAt(position);
-  return colour == nullptr ? std::nullopt : Ink(*colour);
-}
-
-std::optional<Rgb> Looks::Paper(int position) const {
-  const richtext::Colour* const colour = ColourAt(position);
-  return colour == nullptr ? std::nullopt : Paper(*colour);
-}
+std::optional<Rgb> Looks::Paper(int position) const { return At(papers_, position); }
 
 std::optional<Rgb> Looks::Ink(const richtext::Colour& colour) {
   const Rgb rgb = RgbOf(colour);
@@ -148,8 +144,10 @@ void AppendFontStyle(std::string& css, const Looks& looks, const Inherited& arou
                      int half_points) {
   if (font != TextLook::kNoFont && font != around.font)
     css.append("font-family:").append(looks.Family(font)).append(";");
-  if (half_points != around.half_points)
-    css.append("font-size:").append(Points(half_points * 10)).append(";");
+  if (half_points != around.half_points) {
+    AppendPoints(css.append("font-size:"), half_points * 10);
+    css += ';';
+  }
 }
 
 void AppendBackgroundStyle(std::string& css, std::optional<Rgb> background,
@@ -195,18 +193,32 @@ void AppendBorderStyle(std::string& css, const Looks& looks, const Borders& bord
 }
 
 std::string ColourText(Rgb colour) {
-  std::array<char, 8> text{};
-  std::snprintf(text.data(), text.size(), "#%06X", colour & 0xFFFFFFU);
-  return text.data();
+  std::string text = "#";
+  for (int shift = 20; shift >= 0; shift -= 4) text += "0123456789ABCDEF"[colour >> shift & 0xF];
+  return text;
+}
+
+long long TenthsOfPoint(double twips) { return std::llround(twips / kTwipsPerPoint * 10); }
+
+void AppendPoints(std::string& css, double twips) {
+  const long long tenths = TenthsOfPoint(twips);
+  if (tenths == 0) {
+    css += '0';
+    return;
+  }
+  if (tenths < 0) css += '-';
+  std::array<char, 24> digits{};
+  const auto written = std::to_chars(digits.begin(), digits.end(), std::abs(tenths) / 10);
+  css.append(digits.begin(), written.ptr);
+  if (tenths % 10 != 0)
+    css.append(1, '.').append(1, static_cast<char>('0' + std::abs(tenths) % 10));
+  css += "pt";
 }
 
 std::string Points(double twips) {
-  const auto tenths = static_cast<long long>(std::llround(twips / kTwipsPerPoint * 10));
-  if (tenths == 0) return "0";
-  std::string text = tenths < 0 ? "-" : "";
-  text += std::to_string(std::abs(tenths) / 10);
-  if (tenths % 10 != 0) text.append(".").append(std::to_string(std::abs(tenths) % 10));
-  return text + "pt";
+  std::string text;
+  AppendPoints(text, twips);
+  return text;
 }
 
 int Pixels(double twips) {

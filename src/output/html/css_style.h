@@ -36,7 +36,7 @@ struct Inherited {
   std::optional<Rgb> colour;
 };
 
-// The looks of one document, which must outlive this.
+// The looks of one document.
 class Looks {
  public:
   // Without `font_faces` no font is named.
@@ -53,12 +53,9 @@ class Looks {
   const std::string& Family(int font) const;
 
  private:
-  // Null for the automatic colour.
-  const richtext::Colour* ColourAt(int position) const;
-
-  const richtext::Document& document_;
   bool font_faces_;
-  std::vector<std::string> families_;  // empty for symbol fonts
+  std::vector<std::string> families_;              // empty for symbol fonts
+  std::vector<std::optional<Rgb>> inks_, papers_;  // of the document's colours
 };
 
 // The generic family that stands in for a font that the reader does not have.
@@ -80,7 +77,10 @@ void AppendBorderStyle(std::string& css, const Looks& looks, const Borders& bord
 
 // "#RRGGBB"
 std::string ColourText(Rgb colour);
+// A length in tenths of a point, as CSS has it here.
+long long TenthsOfPoint(double twips);
 // A length in points, "10.5pt" or "0".
+void AppendPoints(std::string& css, double twips);
 std::string Points(double twips);
 // A length in pixels of 96 to the inch, at least 1.
 int Pixels(double twips);

@@ -1,38 +1,41 @@
 #include "output/html/document_html.h"
 
-#include <map>
 #include <span>
+#include <tuple>
 #include <utility>
 
 #include "output/html/block_html.h"
 #include "output/html/document_parts.h"
 #include "output/html/html_characters.h"
 #include "output/html/html_context.h"
+#include "output/html/text_lengths.h"
 #include "platform/richtext/document_text.h"
 
 namespace tenora::html {
 namespace {
 
-// The font and size of most of the text, which the element around the letter states.
-Inherited MostOf(const richtext::Document& document, const Looks& looks) {
-  std::map<std::pair<int, int>, std::size_t> lengths;
+constexpr std::size_t kUsualHtml = 2;  // bytes of HTML for each of text, with the tags
+
+TextLengths LengthsIn(const richtext::Document& document) {
+  TextLengths lengths;
   richtext::ForEachParagraph(document.blocks, [&](const richtext::Paragraph& paragraph, auto) {
     for (const richtext::Run& run : paragraph.runs) {
-      if (!run.format.hidden) lengths[{run.format.font, run.format.half_points}] += run.text.size();
+      if (!run.format.hidden)
+        lengths.Add({run.format.font, run.format.half_points}, run.text.size());
     }
   });
+  return lengths;
+}
+
+// The font and size of most of the text, which the element around the letter states.
+Inherited MostOf(const TextLengths& lengths, const Looks& looks) {
   Inherited most;
-  std::size_t longest = 0;
-  for (const auto& [format, length] : lengths) {
-    richtext::CharFormat text;
-    text.font = format.first;
-    text.half_points = format.second;
-    const TextLook look = looks.Of(text);
-    if (length <= longest) continue;
-    longest = length;
-    most.font = look.font;
-    most.half_points = look.half_points;
-  }
+  if (lengths.empty()) return most;
+  richtext::CharFormat text;
+  std::tie(text.font, text.half_points) = lengths.Most();
+  const TextLook look = looks.Of(text);
+  most.font = look.font;
+  most.half_points = look.half_points;
   return most;
 }
 
@@ -62,7 +65,9 @@ std::string DocumentHtml(const richtext::Document& document, const DocumentHtmlO
   HtmlContext context{parts, Looks(document, options.font_faces), pictures, options.line_end, {}};
   if (parts.header.empty() && parts.text.empty() && parts.footer.empty()) return {};
   Surroundings around;
-  around.inherited = MostOf(document, context.looks);
+  const TextLengths lengths = LengthsIn(document);
+  context.html.reserve(kUsualHtml * lengths.all());
+  around.inherited = MostOf(lengths, context.looks);
   const TextArea area = TextAreaOf(parts);
   around.width = area.width;
   around.left = area.left;

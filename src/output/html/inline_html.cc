@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <map>
+#include <tuple>
 
 #include "output/html/html_characters.h"
 #include "output/html/tab_stops.h"
+#include "output/html/text_lengths.h"
 
 namespace tenora::html {
 namespace {
@@ -70,13 +71,12 @@ const char* Caption(richtext::Picture::Kind kind) {
 CarriedLook CarriedBy(const Looks& looks, const ShownText& text,
                       const richtext::Paragraph& source) {
   CarriedLook carried;
-  // Few paragraphs have many fonts.
-  std::map<std::pair<int, int>, std::size_t> lengths;
+  TextLengths lengths;
   bool first = true;
   for (const ShownPiece& piece : text.pieces()) {
     if (!IsText(piece) && piece.kind != Kind::kTab) continue;
     const TextLook look = looks.Of(*piece.format);
-    lengths[{look.font, look.half_points}] += piece.text.size() + 1;
+    lengths.Add({look.font, look.half_points}, piece.text.size() + 1);
     if (first) carried.colour = look.colour;
     if (look.colour != carried.colour || look.background) carried.colour.reset();
     first = false;
@@ -87,10 +87,7 @@ CarriedLook CarriedBy(const Looks& looks, const ShownText& text,
     carried.half_points = look.half_points;
     return carried;
   }
-  const auto most =
-      std::ranges::max_element(lengths, {}, [](const auto& entry) { return entry.second; });
-  carried.font = most->first.first;
-  carried.half_points = most->first.second;
+  std::tie(carried.font, carried.half_points) = lengths.Most();
   return carried;
 }
 
@@ -298,8 +295,13 @@ std::vector<InlineHtml::Tag> InlineHtml::TagsOf(const TextLook& look, std::strin
     AppendEscaped(opening, link);
     tags.push_back({opening + "\">", "</a>"});
   }
-  const std::string style = StyleOf(look);
-  if (!style.empty()) tags.push_back({"<span style=\"" + style + "\">", "</span>"});
+  constexpr std::string_view kSpan = "<span style=\"";
+  std::string span(kSpan);
+  AppendStyle(span, look);
+  if (span.size() > kSpan.size()) {
+    span.back() = '"';  // in place of the last semicolon
+    tags.push_back({std::move(span += '>'), "</span>"});
+  }
   if (look.bold) tags.push_back({"<b>", "</b>"});
   if (look.italic) tags.push_back({"<i>", "</i>"});
   if (look.underline != Underline::kNone)
@@ -310,8 +312,8 @@ std::vector<InlineHtml::Tag> InlineHtml::TagsOf(const TextLook& look, std::strin
   return tags;
 }
 
-std::string InlineHtml::StyleOf(const TextLook& look) const {
-  std::string css;
+// Declarations, each ended by a semicolon.
+void InlineHtml::AppendStyle(std::string& css, const TextLook& look) const {
   AppendFontStyle(css, context_.looks, inherited_, look.font, look.half_points);
   if (look.background || look.colour != inherited_.colour)
     AppendBackgroundStyle(css, look.background, look.colour);
@@ -319,8 +321,6 @@ std::string InlineHtml::StyleOf(const TextLook& look) const {
   if (look.small_caps) css += "font-variant:small-caps;";
   if (look.raise_half_points != 0)
     css += "vertical-align:" + Points(look.raise_half_points * 10) + ";";
-  if (!css.empty()) css.pop_back();
-  return css;
 }
 
 void InlineHtml::CloseTags(std::size_t kept) {

@@ -52,7 +52,7 @@ class InlineHtml {
   void WriteFilling(double width, char leader, const richtext::CharFormat& format);
   void ShowAs(const TextLook& look, std::string_view link);
   std::vector<Tag> TagsOf(const TextLook& look, std::string_view link) const;
-  std::string StyleOf(const TextLook& look) const;
+  void AppendStyle(std::string& css, const TextLook& look) const;
   void CloseTags(std::size_t kept);
   double WidthOf(std::string_view text, const richtext::CharFormat& format) const;
 

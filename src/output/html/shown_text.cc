@@ -22,6 +22,9 @@ std::string WithUnicodeSymbols(std::string_view text, SymbolFont font) {
   return shown;
 }
 
+// A tab or the end of a line.
+bool IsControl(char c) { return c >= '\t' && c <= '\r'; }
+
 void MakeMark(ShownPiece* piece) {
   if (piece->kind == Kind::kText && piece->format->script == richtext::Script::kSuper &&
       piece->text.find_first_not_of(' ') != std::string_view::npos)
@@ -32,6 +35,7 @@ void MakeMark(ShownPiece* piece) {
 
 ShownText::ShownText(const DocumentParts& parts, const richtext::Paragraph& paragraph)
     : parts_(parts) {
+  pieces_.reserve(paragraph.runs.size() + 1);
   if (const auto* const mark = parts.note_list.AddedAhead(paragraph))
     AddMark(mark->text, mark->format);
   for (const richtext::Run& run : paragraph.runs) {
@@ -106,7 +110,8 @@ void ShownText::AddText(const richtext::CharFormat& format, std::string_view tex
   const SymbolFont symbols =
       font < fonts.size() ? richtext::SymbolFontOf(fonts[font].name) : SymbolFont::kNone;
   while (!text.empty()) {
-    const std::size_t size = std::min(text.find_first_of("\t\v\f\r\n"), text.size());
+    const auto size =
+        static_cast<std::size_t>(std::ranges::find_if(text, IsControl) - text.begin());
     if (size > 0) {
       std::string_view shown = text.substr(0, size);
       if (symbols != SymbolFont::kNone) shown = Keep(WithUnicodeSymbols(shown, symbols));

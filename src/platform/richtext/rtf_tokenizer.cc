@@ -10,7 +10,13 @@
 namespace tenora::richtext {
 namespace {
 
-bool IsText(char c) { return c >= 0x20 && c < 0x7f && c != '\\' && c != '{' && c != '}'; }
+constexpr auto kIsText = [] {
+  std::array<bool, 256> table{};
+  for (std::size_t c = 0x20; c < 0x7f; ++c) table[c] = c != '\\' && c != '{' && c != '}';
+  return table;
+}();
+
+bool IsText(char c) { return kIsText[static_cast<unsigned char>(c)]; }
 
 constexpr auto kEndsLiteralText = [] {
   std::array<bool, 256> table{};

@@ -38,15 +38,12 @@ void BlockBuilder::MoveTo(int level) {
   while (open_.size() < wanted) open_.emplace_back();
 }
 
-void BlockBuilder::AddParagraph(Paragraph paragraph, int level) {
+Paragraph& BlockBuilder::AddParagraph(int level) {
   MoveTo(level);
-  Container(open_.size()).emplace_back(std::move(paragraph));
+  return std::get<Paragraph>(Container(open_.size()).emplace_back(std::in_place_type<Paragraph>));
 }
 
-void BlockBuilder::EndCell(Paragraph paragraph, int level) {
-  AddParagraph(std::move(paragraph), level);
-  EndCell(&open_.back());
-}
+void BlockBuilder::EndCell() { EndCell(&open_.back()); }
 
 void BlockBuilder::EndCell(OpenRow* row) {
   Cell cell;

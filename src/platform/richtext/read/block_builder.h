@@ -2,6 +2,7 @@
 // such in RTF, they are runs of rows.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "platform/richtext/document.h"
@@ -11,9 +12,12 @@ namespace tenora::richtext {
 
 class BlockBuilder {
  public:
-  // `level` is 0 outside tables, 1 in a table, 2 in a table in a cell, …
-  void AddParagraph(Paragraph paragraph, int level);
-  void EndCell(Paragraph paragraph, int level);
+  // Makes room for so many blocks outside tables.
+  void Reserve(std::size_t blocks) { blocks_.reserve(blocks); }
+  // Adds an empty paragraph. `level` is 0 outside tables, 1 in a table, 2 in a table in a cell, …
+  Paragraph& AddParagraph(int level);
+  // Ends the cell that the last paragraph was added to.
+  void EndCell();
   void EndRow(int level, const RowDefinition& definition);
   // True when the cell being filled at this level, or the text outside tables, holds nothing yet.
   bool Empty(int level) const;

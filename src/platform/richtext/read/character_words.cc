@@ -109,6 +109,8 @@ CharFormat PlainFormat() {
   return format;
 }
 
+bool IsCharacterWord(std::string_view name) { return CharacterWords().contains(name); }
+
 bool ApplyCharacterWord(const Token& word, FontTable& fonts, const ColourTable& colours,
                         CharFormat* format) {
   const auto found = CharacterWords().find(word.text);

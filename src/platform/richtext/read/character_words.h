@@ -13,6 +13,7 @@ namespace tenora::richtext {
 inline constexpr int kDefaultFont = -1;
 CharFormat PlainFormat();
 
+bool IsCharacterWord(std::string_view name);
 // False when the word is not one of character formatting.
 bool ApplyCharacterWord(const Token& word, FontTable& fonts, const ColourTable& colours,
                         CharFormat* format);

@@ -22,13 +22,17 @@ constexpr int kTwips = 3;
 constexpr int kMostPadding = 1440;
 constexpr int kWhole = 10'000;  // hundredths of a percent
 
-bool IsRowWord(std::string_view name) {
+bool IsOfRow(std::string_view name) {
   if (name == "rtlrow") return true;
   if (name == "trautofit" || name.starts_with("tdfrmtxt") || name.starts_with("tabsnoovrlp"))
     return true;
   if (name.starts_with("tpos") || name.starts_with("tpv") || name.starts_with("tph")) return true;
   return name.starts_with("tr") || name.starts_with("tblind");
 }
+
+bool IsOfEdge(std::string_view name) { return name.starts_with("brdr") || name == "brsp"; }
+
+bool IsOfCell(std::string_view name) { return name.starts_with("cl") && name != "cloverride"; }
 
 // Words for a row's place in its table or for who changed it: irrelevant, or known from the text.
 bool IsNoise(std::string_view name) {
@@ -138,6 +142,11 @@ void TablePosition::SetHeight(ShapeBox::Align align, int y) {
   if (!y_from_named_) set_.y_from = ShapeBox::From::kMargin;
 }
 
+bool RowDefinition::IsRowWord(std::string_view name) {
+  return name == "trowd" || name == "cellx" || IsOfEdge(name) || IsOfCell(name) || IsOfRow(name) ||
+         IsNoise(name);
+}
+
 bool RowDefinition::Take(const Token& word, ColourTable& colours) {
   const std::string_view name = word.text;
   if (name == "trowd") {
@@ -145,10 +154,10 @@ bool RowDefinition::Take(const Token& word, ColourTable& colours) {
     source_ = "\\trowd";
     return true;
   }
-  const bool border = in_border_ && (name.starts_with("brdr") || name == "brsp");
-  const bool cell = name.starts_with("cl") && name != "cloverride";
-  if (!border && !cell && name != "cellx" && !IsRowWord(name) && !IsNoise(name)) {
-    in_border_ = false;
+  const bool border = in_border_ && IsOfEdge(name);
+  const bool cell = IsOfCell(name);
+  if (!border && !cell && name != "cellx" && !IsOfRow(name) && !IsNoise(name)) {
+    LeaveEdge();
     return false;
   }
   if (!started() || IsNoise(name)) return true;

@@ -46,9 +46,13 @@ class TablePosition {
 
 class RowDefinition {
  public:
+  // A word that Take may take.
+  static bool IsRowWord(std::string_view name);
   // Takes a word that defines rows or cells; false for any other word. Border words are taken after
   // a word that names an edge of a row or cell.
   bool Take(const Token& word, ColourTable& colours);
+  // Any other word ends the words of an edge.
+  void LeaveEdge() { in_border_ = false; }
   bool started() const { return !source_.empty(); }
 
   // Gives a row with its cells' content the geometry defined here. Cells without a definition get

@@ -19,6 +19,7 @@
 #include "platform/richtext/read/list_table.h"
 #include "platform/richtext/read/reader_group.h"
 #include "platform/richtext/read/story.h"
+#include "platform/richtext/read/word_roles.h"
 #include "platform/richtext/rtf_tokenizer.h"
 #include "platform/richtext/symbol_characters.h"
 #include "platform/richtext/table_numbers.h"
@@ -41,6 +42,17 @@ int FieldDepth(const Field* field) {
   return depth;
 }
 
+// How often \par stands in the source, also where it ends no paragraph.
+std::size_t ParagraphEndsIn(std::string_view source) {
+  std::size_t count = 0;
+  // Without a branch that depends on the bytes: compilers make it one of many bytes at once.
+  for (std::size_t i = 0; i + 4 < source.size(); ++i)
+    count += static_cast<std::size_t>((source[i] == '\\') & (source[i + 1] == 'p') &
+                                      (source[i + 2] == 'a') & (source[i + 3] == 'r') &
+                                      !IsWordLetter(source[i + 4]));
+  return count;
+}
+
 // The stack of groups, and what each token does to it.
 class RtfReader {
  public:
@@ -49,7 +61,7 @@ class RtfReader {
 
  private:
   // Tokens.
-  void Handle(Token token);
+  void Handle(Token& token);
   void Symbol(char symbol);
   void Text(std::string_view ascii);
   void Byte(unsigned char byte);
@@ -84,9 +96,9 @@ class RtfReader {
   // Words.
   void Word(const Token& word);
   void TextWord(const Token& word);
-  bool BreakWord(const Token& word);
+  void BreakWord(const Token& word);
   bool CharacterWord(const Token& word);
-  bool ParagraphWord(const Token& word);
+  void ParagraphWord(const Token& word);
   void ChangeParagraph();
   void EndSection();
 
@@ -109,6 +121,7 @@ class RtfReader {
   std::size_t ignored_depth_ = 0;  // groups open beyond the deepest that is followed
   bool ignored_begins_ = false;    // nothing of the innermost of them was seen
   CharacterReader characters_;
+  WordRoles roles_;
   bool ended_ = false;
 };
 
@@ -116,11 +129,12 @@ RtfReader::RtfReader(std::string_view source)
     : tokens_(source), budget_(kMemoryBudget), carried_(&head_) {
   groups_.emplace_back();
   stories_.push_back(std::make_unique<Story>(Context()));
+  CurrentStory().Reserve(std::min(ParagraphEndsIn(source), kMemoryBudget / sizeof(Block)));
 }
 
 Document RtfReader::Read() {
   while (!ended_) {
-    const Token token = tokens_.Next();
+    Token token = tokens_.Next();
     if (token.kind == Token::Kind::kEnd) break;
     Handle(token);
   }
@@ -139,7 +153,7 @@ void RtfReader::Finish() {
   Renumber(&document_);
 }
 
-void RtfReader::Handle(Token token) {
+void RtfReader::Handle(Token& token) {
   if (characters_.SkipFallback(&token)) return;
   // Even there, what is not for every reader is not text.
   if (std::exchange(ignored_begins_, false) && token.kind == Token::Kind::kSymbol &&
@@ -670,17 +684,34 @@ void RtfReader::Word(const Token& word) {
 }
 
 void RtfReader::TextWord(const Token& word) {
-  if (IsInvisibleWord(word.text)) return;
-  if (groups_.size() > 2 && IsNeverText(word.text)) {
-    Top().destination = Destination::kSkip;
-    return;
+  const WordRole& role = roles_.Of(word.text);
+  switch (role.kind) {
+    case WordRole::Kind::kInvisible:
+      return;
+    case WordRole::Kind::kCharacter:
+      return Character(role.character);
+    case WordRole::Kind::kFormat:
+      CharacterWord(word);
+      return;
+    case WordRole::Kind::kBreak:
+      return BreakWord(word);
+    case WordRole::Kind::kNeverText:
+      if (groups_.size() > 2) {
+        Top().destination = Destination::kSkip;
+        return;
+      }
+      break;
+    case WordRole::Kind::kOther:
+      break;
   }
-  if (const char32_t character = CharacterOfWord(word.text)) return Character(character);
-  if (CharacterWord(word) || BreakWord(word)) return;
-  if (CurrentStory().TakeRowWord(word, Top().nested_row)) return;
+  if (!role.of_row)
+    CurrentStory().LeaveRowWords(Top().nested_row);
+  else if (CurrentStory().TakeRowWord(word, Top().nested_row))
+    return;
   const bool letters = stories_.size() == 1;
   if (head_.page().TakeBorder(word, head_.colours(), letters)) return;
-  if (ParagraphWord(word) || head_.Setting(word)) return;
+  if (role.of_paragraph) return ParagraphWord(word);
+  if (head_.Setting(word)) return;
   // Kept at the start of the note, where it makes an endnote of a footnote.
   if (word.text == "ftnalt" && Top().owns_story && Top().own_word == "\\footnote") {
     Top().own_word += "\\ftnalt";
@@ -691,7 +722,7 @@ void RtfReader::TextWord(const Token& word) {
   if (letters) head_.page().Take(word);
 }
 
-bool RtfReader::BreakWord(const Token& word) {
+void RtfReader::BreakWord(const Token& word) {
   Story& story = CurrentStory();
   if (word.text == "par")
     story.EndParagraph(ResolvedFormat());
@@ -712,10 +743,7 @@ bool RtfReader::BreakWord(const Token& word) {
     AddObject(std::move(object));
   } else if (word.text == "chatn") {
     story.AddMark("{\\chatn}");
-  } else {
-    return false;
   }
-  return true;
 }
 
 // Sections are the letter's; in its headers and notes the word ends a paragraph.
@@ -733,11 +761,9 @@ bool RtfReader::CharacterWord(const Token& word) {
   return true;
 }
 
-bool RtfReader::ParagraphWord(const Token& word) {
-  if (!IsParagraphWord(word.text)) return false;
+void RtfReader::ParagraphWord(const Token& word) {
   ChangeParagraph();
   ApplyParagraphWord(word, head_.colours(), &CurrentStory().state());
-  return true;
 }
 
 void RtfReader::ChangeParagraph() {

@@ -1,6 +1,7 @@
 #include "platform/richtext/read/story.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "platform/richtext/document_text.h"
@@ -31,8 +32,8 @@ std::size_t ParagraphCost(const ParagraphFormat& format) {
 
 // Word processors put words for kerning into the middle of a code, which stays one run.
 std::size_t Story::RestOfCode(std::string_view utf8, const CharFormat& format) const {
-  if (current_.runs.empty()) return 0;
-  const Run& last = current_.runs.back();
+  if (runs_.empty()) return 0;
+  const Run& last = runs_.back();
   if (last.format.kerned_from == format.kerned_from || last.object.index() != 0) return 0;
   CharFormat as_before = format;
   as_before.kerned_from = last.format.kerned_from;
@@ -48,17 +49,17 @@ std::size_t Story::RestOfCode(std::string_view utf8, const CharFormat& format) c
 void Story::Text(std::string_view utf8, const CharFormat& format,
                  const std::shared_ptr<const Field>& field) {
   if (const std::size_t rest = RestOfCode(utf8, format); rest > 0) {
-    const CharFormat before = current_.runs.back().format;
+    const CharFormat before = runs_.back().format;
     Text(utf8.substr(0, rest), before, field);
     utf8.remove_prefix(rest);
   }
   if (utf8.empty()) return;
-  Run* last = current_.runs.empty() ? nullptr : &current_.runs.back();
+  Run* last = runs_.empty() ? nullptr : &runs_.back();
   const bool plain = last != nullptr && last->object.index() == 0;
   const bool joins = plain && last->format == format && last->field == field;
   if (!joins && (context_.budget.Spend(sizeof(Run)) || !plain)) {
-    current_.runs.push_back({format, {}, {}, field});
-    last = &current_.runs.back();
+    runs_.push_back({format, {}, {}, field});
+    last = &runs_.back();
   }
   last->text += utf8;
   length_ += utf8.size();
@@ -68,11 +69,11 @@ void Story::Object(Run run) {
   if (!context_.budget.Spend(sizeof(Run) + sizeof(Picture))) return;
   run.text = kObjectCharacter;
   length_ += run.text.size();
-  current_.runs.push_back(std::move(run));
+  runs_.push_back(std::move(run));
 }
 
 void Story::AddMark(std::string source) {
-  if (context_.budget.Spend(sizeof(Mark))) current_.marks.push_back({length_, std::move(source)});
+  if (context_.budget.Spend(sizeof(Mark))) marks_.push_back({length_, std::move(source)});
 }
 
 void Story::NumberParagraph(ParagraphFormat* format) {
@@ -99,13 +100,17 @@ void Story::ApplyList(ParagraphFormat* format) {
   *item.last = bullet;
 }
 
-Paragraph Story::TakeParagraph(const CharFormat& mark) {
-  Paragraph paragraph = std::exchange(current_, Paragraph());
+void Story::TakeParagraph(const CharFormat& mark, Paragraph* paragraph) {
+  // runs_ keeps its room for the next paragraph.
+  paragraph->runs.assign(std::make_move_iterator(runs_.begin()),
+                         std::make_move_iterator(runs_.end()));
+  runs_.clear();
+  paragraph->marks = std::exchange(marks_, {});
   length_ = 0;
   ++serial_;
-  paragraph.mark = mark;
-  paragraph.format = state_.format;
-  ParagraphFormat& format = paragraph.format;
+  paragraph->mark = mark;
+  paragraph->format = state_.format;
+  ParagraphFormat& format = paragraph->format;
   if (state_.shading > 0 && format.shading == 0)
     format.shading = context_.colours.Add(GreyOfShading(state_.shading));
   if (format.automatic_before) format.space_before = context_.page.AutomaticSpace();
@@ -118,19 +123,19 @@ Paragraph Story::TakeParagraph(const CharFormat& mark) {
   if (state_.contextual_space) format.contextual_style = state_.style;
   NumberParagraph(&format);
   if (format.bullet.kind == Bullet::Kind::kBullet) context_.fonts.SymbolPosition();
-  MoveMarksOutOfCodes(&paragraph);
-  return paragraph;
+  MoveMarksOutOfCodes(paragraph);
 }
 
 void Story::EndParagraph(const CharFormat& mark) {
   if (!context_.budget.Spend(ParagraphCost(state_.format))) return Text("\v", mark, nullptr);
-  blocks_.AddParagraph(TakeParagraph(mark), state_.TableLevel());
+  TakeParagraph(mark, &blocks_.AddParagraph(state_.TableLevel()));
 }
 
 void Story::EndCellAt(int level, const CharFormat& mark) {
   if (!context_.budget.Spend(ParagraphCost(state_.format) + sizeof(Cell)))
     return Text("\t", mark, nullptr);
-  blocks_.EndCell(TakeParagraph(mark), level);
+  TakeParagraph(mark, &blocks_.AddParagraph(level));
+  blocks_.EndCell();
   numbers_.EndAll();
 }
 
@@ -141,7 +146,7 @@ void Story::EndNestedCell(const CharFormat& mark) {
 }
 
 void Story::EndRow(const CharFormat& mark) {
-  if (!current_.runs.empty()) EndCell(mark);
+  if (!runs_.empty()) EndCell(mark);
   const RowDefinition& definition = Definition(1);
   if (context_.budget.Spend(sizeof(Row) + definition.size() * 4))
     blocks_.EndRow(1, definition);
@@ -157,7 +162,7 @@ void Story::EndNestedRow() {
 
 // An empty paragraph before the break is there only where no paragraph could end the section.
 void Story::EndSection(const CharFormat& mark, const std::shared_ptr<const Section>& next) {
-  Paragraph* last = current_.runs.empty() ? blocks_.LastParagraph() : nullptr;
+  Paragraph* last = runs_.empty() ? blocks_.LastParagraph() : nullptr;
   if (last == nullptr || last->next_section != nullptr) {
     state_.in_table = false;
     state_.nesting = 0;
@@ -168,12 +173,12 @@ void Story::EndSection(const CharFormat& mark, const std::shared_ptr<const Secti
 }
 
 std::vector<Block> Story::Finish(const CharFormat& mark) {
-  const bool cell_open = state_.TableLevel() > 0 && !current_.runs.empty();
+  const bool cell_open = state_.TableLevel() > 0 && !runs_.empty();
   // Also when the budget is used up: what could not be put into paragraphs stands in this one.
-  if (!current_.runs.empty() || (blocks_.Empty(0) && !cell_open)) {
-    blocks_.AddParagraph(TakeParagraph(mark), state_.TableLevel());
+  if (!runs_.empty() || (blocks_.Empty(0) && !cell_open)) {
+    TakeParagraph(mark, &blocks_.AddParagraph(state_.TableLevel()));
   }
-  std::vector<Mark> marks = std::move(current_.marks);
+  std::vector<Mark> marks = std::move(marks_);
   std::vector<Block> blocks = blocks_.Finish(mark);
   auto& last = std::get<Paragraph>(blocks.back());
   last.next_section = nullptr;  // nothing is in it
@@ -195,9 +200,12 @@ RowDefinition& Story::Definition(int level) {
   return definitions_[index];
 }
 
+int Story::RowLevel(bool nested) const { return nested ? std::max(2, state_.TableLevel()) : 1; }
+
 bool Story::TakeRowWord(const Token& word, bool nested) {
-  const int level = nested ? std::max(2, state_.TableLevel()) : 1;
-  return Definition(level).Take(word, context_.colours);
+  return Definition(RowLevel(nested)).Take(word, context_.colours);
 }
+
+void Story::LeaveRowWords(bool nested) { Definition(RowLevel(nested)).LeaveEdge(); }
 
 }  // namespace tenora::richtext

@@ -45,6 +45,9 @@ class Story {
  public:
   explicit Story(StoryContext context) : context_(context) {}
 
+  // Makes room for so many paragraphs, which need not come.
+  void Reserve(std::size_t paragraphs) { blocks_.Reserve(paragraphs); }
+
   void Text(std::string_view utf8, const CharFormat& format,
             const std::shared_ptr<const Field>& field);
   void Object(Run run);
@@ -66,6 +69,8 @@ class Story {
   void RestoreState();
   // A word of a row definition, of the outer table or of the nested ones; false for other words.
   bool TakeRowWord(const Token& word, bool nested);
+  // Before any word that is none of those.
+  void LeaveRowWords(bool nested);
   // Counts the paragraphs: a field's result ends with the paragraph it began in.
   int paragraph_serial() const { return serial_; }
 
@@ -73,16 +78,19 @@ class Story {
   // How much of the text belongs to a code that the last run began, and differs in its kerning
   // only.
   std::size_t RestOfCode(std::string_view utf8, const CharFormat& format) const;
-  Paragraph TakeParagraph(const CharFormat& mark);
+  // Moves the text since the last paragraph into a new one.
+  void TakeParagraph(const CharFormat& mark, Paragraph* paragraph);
   void NumberParagraph(ParagraphFormat* format);
   void ApplyList(ParagraphFormat* format);
   void EndCellAt(int level, const CharFormat& mark);
+  int RowLevel(bool nested) const;
   RowDefinition& Definition(int level);
 
   StoryContext context_;
   BlockBuilder blocks_;
-  Paragraph current_;
-  std::size_t length_ = 0;  // of current_'s text, bytes
+  std::vector<Run> runs_;    // of the paragraph being read
+  std::vector<Mark> marks_;  // of it
+  std::size_t length_ = 0;   // of its text, bytes
   ParagraphState state_;
   std::vector<ParagraphState> saved_;
   std::vector<RowDefinition> definitions_;  // by level, from 1

@@ -51,7 +51,7 @@ class Numbers {
   }
 
  private:
-  std::vector<bool> used_;
+  std::vector<char> used_;  // not bool: bits are slow to set one by one
   std::vector<int> to_;
   std::size_t count_ = 0;
   bool all_known_ = true;
