@@ -142,7 +142,8 @@ TEST(DocumentHtml, ParagraphsKeepTheirShape) {
        "<div style=\"margin:0;margin-bottom:5pt;border:solid #FF0000;border-width:0 0 1px 0;"
        "padding:0 0 1pt 0\">" +
            P("a", "margin:0 0 5pt") + P("b") + "</div>"},
-      {"\\rtlpar\\qr a\\par", "<p dir=\"rtl\" style=\"margin:0;text-align:left\">a</p>"},
+      {"\\rtlpar\\qr a\\par", "<p dir=\"rtl\" style=\"margin:0;text-align:right\">a</p>"},
+      {"\\rtlpar\\ql a\\par", "<p dir=\"rtl\" style=\"margin:0;text-align:left\">a</p>"},
   });
 }
 

@@ -132,8 +132,8 @@ std::string ParagraphStyle(const HtmlContext& context, const Paragraph& paragrap
   const ParagraphFormat& format = paragraph.format;
   std::string css;
   if (format.alignment == Alignment::kCentre) css += "text-align:center;";
-  if (format.alignment == Alignment::kRight)
-    css += format.right_to_left ? "text-align:left;" : "text-align:right;";
+  if (format.alignment == Alignment::kRight) css += "text-align:right;";
+  if (format.alignment == Alignment::kLeft && format.right_to_left) css += "text-align:left;";
   if (richtext::IsJustified(format.alignment)) css += "text-align:justify;";
   css += LineHeight(format, carried.half_points);
   AppendFontStyle(css, context.looks, around, carried.font, carried.half_points);

@@ -356,10 +356,16 @@ TEST_F(Paragraphs, ReadSymbolFontsByTheirGlyphs) {
 }
 
 TEST_F(Paragraphs, RunFromTheRightWhereTheScriptDoes) {
-  ParagraphFormat format;
-  format.right_to_left = true;
-  const Paper paper = PrintLines({Line("שלום", format), Line("latin", format)});
+  ParagraphFormat format, left, filled;
+  format.right_to_left = left.right_to_left = filled.right_to_left = true;
+  format.alignment = Alignment::kRight;
+  filled.alignment = Alignment::kJustified;
+  const Paper paper = PrintLines({Line("שלום", format), Line("latin", format), Line("left", left),
+                                  Line("outermost " + Sentences(3) + "last", filled)});
   EXPECT_THAT(paper.Find("latin").right, DoubleNear(kPageWidth - kInch, kNear));
+  EXPECT_THAT(paper.Find("left").left, DoubleNear(kInch, kNear));
+  EXPECT_GT(paper.Find("last").top, paper.Find("outermost").top);
+  EXPECT_LT(paper.Find("last").right, kPageWidth - kInch + kNear);
   // The reader takes right-to-left words apart; the first letter stands outermost.
   EXPECT_THAT(paper.Find("ש").right, DoubleNear(kPageWidth - kInch, kNear));
   EXPECT_THAT(PrintLines({Line("שלום (see) x", format)}).Text(), HasSubstr("(see)"));

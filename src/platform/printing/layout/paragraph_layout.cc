@@ -392,15 +392,15 @@ void ParagraphLayout::GrowByRaised(const ShapedText& text, const QTextLine& line
   }
 }
 
-// Aligns a centred or right-aligned line, or sets apart the words of a distributed one. In
-// right-to-left paragraphs "left" is the side where lines start, so it needs no move before
-// mirroring.
+// Aligns a line in the middle or where lines end, or sets apart the words of a distributed one.
+// Lines of right-to-left paragraphs end at the left, once they are mirrored.
 void ParagraphLayout::Align() {
   const bool distributed = format_.alignment == Alignment::kDistributed;
+  const Alignment at_end = format_.right_to_left ? Alignment::kLeft : Alignment::kRight;
   double spare = right_ - content_end_;
   if (format_.alignment == Alignment::kCentre) {
     spare /= 2;
-  } else if (format_.alignment != Alignment::kRight && !distributed) {
+  } else if (format_.alignment != at_end && !distributed) {
     return;
   }
   if (spare <= 0) return;
@@ -419,7 +419,9 @@ void ParagraphLayout::Mirror() {
   for (std::size_t i = 0; i < line_->pieces.size(); ++i) {
     Piece& piece = line_->pieces[i];
     auto* text = std::get_if<PlacedText>(&piece.content);
-    const double width = text != nullptr && justified_ ? text->line.width() : widths_[i];
+    // In a justified paragraph the text ends at the right of its room, in the last line too.
+    const bool fills = text != nullptr && format_.alignment == Alignment::kJustified;
+    const double width = fills ? text->line.width() : widths_[i];
     piece.x = left_ + right_ - piece.x - width;
     if (text != nullptr) text->line.setPosition(QPointF(piece.x, 0));
   }
