@@ -243,13 +243,13 @@ TEST(PrinterChooser, PrintsThePagesThatWereChosenOnce) {
                {{{3, 3}, {2, 2}}, "two|three|"}};
   for (const auto& c : cases) {
     dialogs.pages = c.pages;
-    ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages));
+    ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages, 0));
     EXPECT_EQ(printers->SomePages(), !c.pages.empty());
     EXPECT_EQ(print(), c.text);
   }
   EXPECT_EQ(print(), "one|two|three|four|") << "not the pages of the job before";
   dialogs.pages = {{5, 6}};
-  ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages));
+  ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages, 0));
   EXPECT_THAT(ErrorOf(print), HasSubstr("\"Letter\" has 4 pages, and none of those"));
   EXPECT_FALSE(printers->Current().JobOpen());
   EXPECT_EQ(print(), "one|two|three|four|");
