@@ -172,7 +172,8 @@ struct AllTenancies::Data {
             const auto* const property_code = std::get_if<std::string>(&property);
             if (property_code == nullptr) return;
             for (const std::size_t i : tenants.Members(code)) {
-              if (!equal(all[i].Record().PropertyCode, *property_code)) continue;
+              const std::string& own = all[i].Record().PropertyCode;
+              if (own != *property_code && !equal(own, *property_code)) continue;
               all[i].TakePayment(
                   {row.Field(2), row.Field(3), row.Field(4), row.Field(5), row.Field(6)});
             }

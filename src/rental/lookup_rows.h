@@ -37,6 +37,12 @@ bool FindLastPayment(Session& session, TenantRecord& tenant, const std::string& 
 // The amount of the latest payment of rent, by a statement; 0 where there is none.
 double FindRentPayment(Session& session, const TenantRecord& tenant, const std::string& rent_group);
 
+// The latest stored period, also a future one; empty dates without one.
+struct LatestPeriod {
+  Date from, to;
+};
+LatestPeriod FindLatestPeriod(Session& session, const std::string& tenant_code);
+
 // The amount of the latest payment of rent; null where there is none.
 double RentPaymentOf(const Value& amount);
 // Fills the paid-to dates, the present one and that before the latest payment of rent.

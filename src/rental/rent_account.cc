@@ -1,12 +1,12 @@
 #include "rental/rent_account.h"
 
 #include <algorithm>
-#include <exception>
 #include <optional>
 
 #include "data/sql_text.h"
 #include "platform/locale/locale.h"
 #include "platform/runtime/clock.h"
+#include "rental/lookup_rows.h"
 #include "rental/missing_date.h"
 #include "rental/table_pass.h"
 
@@ -17,12 +17,11 @@ constexpr int kYearsWithoutEnd = 10;
 
 bool IsSet(Date as_at_date) { return as_at_date.Year() != kEmptyYear; }
 
-RentPeriod StoredPeriod(const query::Recordset& row, Date from) {
-  const Currency rent = AmountOf(row, "rent_due");
+RentPeriod PeriodOf(Date from, Date to, Currency rent, Currency extra_charges) {
   return RentPeriod{.PeriodFrom = from,
-                    .PeriodTo = FieldAs(ToDate, row, "period_to"),
+                    .PeriodTo = to,
                     .RentDue = rent.RoundedToCents().Absolute(),
-                    .ExtraCharges = AmountOf(row, "extra_charges"),
+                    .ExtraCharges = extra_charges,
                     .Credit = rent < Currency()};
 }
 
@@ -31,7 +30,9 @@ RentPeriod StoredPeriod(const query::Recordset& row, Date from) {
 void AddStoredPeriod(std::vector<RentPeriod>& schedule, const query::Recordset& row, Date now) {
   const Date from = FieldAs(ToDate, row, "period_from");
   if (from > now && !schedule.empty()) return;
-  schedule.push_back(StoredPeriod(row, from));
+  const Currency rent = AmountOf(row, "rent_due");
+  const Date to = FieldAs(ToDate, row, "period_to");
+  schedule.push_back(PeriodOf(from, to, rent, AmountOf(row, "extra_charges")));
 }
 
 std::vector<RentPeriod> StoredPeriods(Session& session, const std::string& code) {
@@ -143,9 +144,10 @@ class AllAccounts {
   void Run(const UseAccount& use) {
     ReadEnds();
     ReadSums();
-    ReadPeriods(use);
+    ReadPeriods();
     for (std::size_t i = 0; i < codes_.size() && !pass_.Stopped(); ++i) {
-      if (!read_[i].used) Use(i, use);
+      use(i, [&] { return read_[i].odd ? ByItself(codes_[i]) : Make(codes_[i], read_[i]); });
+      std::vector<RentPeriod>().swap(read_[i].periods);
     }
   }
 
@@ -154,11 +156,10 @@ class AllAccounts {
     bool tenancy = false;  // of this code is there; the first one's end is
     Value ended = {};
     Currency rent = {}, extra = {};
-    bool summed = true;  // false: by the engine
-    std::vector<RentPeriod> periods = {};
-    Value latest_from = {}, latest_to = {};
-    std::exception_ptr error = {};  // of a payment or a period
-    bool used = false;
+    std::vector<RentPeriod> periods = {};  // future ones too
+    // There is a row whose values are missing or of other types: what the engine makes of them,
+    // and which error they give, the statements of this account alone say.
+    bool odd = false;
   };
 
   void ReadEnds() {
@@ -169,82 +170,77 @@ class AllAccounts {
                });
   }
 
-  // Added up here: to group all payments by their texts takes the engine three times as long. Of
-  // amounts that are no money in the table, the engine's sum counts.
+  // Added up here: to group all payments by their texts takes the engine three times as long.
   void ReadSums() {
     const auto add = [&](const std::string& which, Currency Reading::*sum) {
       pass_.Each("select tenant_code, amount from revenues where " + which,
                  [&](std::size_t i, const query::Recordset& row) {
-                   Reading& reading = read_[i];
-                   const Value amount = row.Field(1);
-                   const auto* const money = std::get_if<Currency>(&amount);
-                   if (money != nullptr) {
-                     Add(*money, reading.*sum, reading);
-                   } else if (!IsNull(amount)) {
-                     reading.summed = false;
-                   }
+                   Add(row.Field(1), read_[i].*sum, read_[i]);
                  });
     };
     add(rules_.rent, &Reading::rent);
     if (!rules_.unpaid.rent_group_pays_extra_charges) add(rules_.extra, &Reading::extra);
   }
 
-  static void Add(Currency amount, Currency& sum, Reading& reading) {
+  static void Add(const Value& amount, Currency& sum, Reading& reading) {
+    if (IsNull(amount)) return;
     try {
-      sum += amount;
+      sum += std::get<Currency>(amount);
     } catch (...) {
-      reading.error = std::current_exception();
+      reading.odd = true;
     }
   }
 
-  // A tenancy's periods come together: its account is made when the next one's begin.
-  void ReadPeriods(const UseAccount& use) {
-    std::optional<std::size_t> last;
+  // In no order: for the engine to sort them takes as long as to read them.
+  void ReadPeriods() {
     pass_.Each(
-        "select tenant_code, period_from, period_to, rent_due, extra_charges from rent_periods "
-        "order by tenant_code, period_from",
+        "select tenant_code, period_from, period_to, rent_due, extra_charges from rent_periods",
         [&](std::size_t i, const query::Recordset& row) {
-          if (last && *last != i) Use(*last, use);
-          last = i;
-          AddPeriod(read_[i], row);
+          Reading& reading = read_[i];
+          const Value from = row.Field(1), to = row.Field(2);
+          const Value rent = row.Field(3), extra = row.Field(4);
+          reading.odd =
+              reading.odd || !IsDate(from) || !IsDate(to) || !IsAmount(rent) || !IsAmount(extra);
+          if (reading.odd) return;
+          reading.periods.push_back(PeriodOf(std::get<Date>(from), std::get<Date>(to),
+                                             AmountIn(rent, "rent_due"),
+                                             AmountIn(extra, "extra_charges")));
         });
-    if (last && !pass_.Stopped()) Use(*last, use);
-  }
-
-  // The latest period is the first of those with the latest day, as a statement in the opposite
-  // order has it.
-  void AddPeriod(Reading& reading, const query::Recordset& row) const {
-    Value from = row.Field(1);
-    if (from != reading.latest_from) {
-      reading.latest_from = std::move(from);
-      reading.latest_to = row.Field(2);
-    }
-    if (reading.error) return;
-    try {
-      AddStoredPeriod(reading.periods, row, now_);
-    } catch (...) {
-      reading.error = std::current_exception();
+    for (Reading& reading : read_) {
+      const auto from = &RentPeriod::PeriodFrom;
+      if (std::ranges::is_sorted(reading.periods, {}, from)) continue;
+      std::ranges::stable_sort(reading.periods, {}, from);
     }
   }
 
-  void Use(std::size_t i, const UseAccount& use) {
-    Reading& reading = read_[i];
-    reading.used = true;
-    use(i, [&] { return Make(codes_[i], reading); });
-    std::vector<RentPeriod>().swap(reading.periods);
+  static bool IsDate(const Value& value) { return std::holds_alternative<Date>(value); }
+  static bool IsAmount(const Value& value) {
+    return IsNull(value) || std::holds_alternative<Currency>(value);
   }
 
   ReadAccount Make(const std::string& code, const Reading& reading) const {
-    if (reading.error) std::rethrow_exception(reading.error);
-    std::vector<RentPeriod> periods = reading.periods;
+    const std::vector<RentPeriod>& all = reading.periods;
+    const auto from = &RentPeriod::PeriodFrom;
+    std::vector<RentPeriod> periods(all.begin(), std::ranges::upper_bound(all, now_, {}, from));
+    // The first one counts in any case, as in AddStoredPeriod.
+    if (periods.empty() && !all.empty()) periods.push_back(all.front());
     if (IsSet(session_.as_at_date)) ExtendToAsAtDate(session_, code, periods);
     TrimPeriods(periods, CutOff(reading), decimals_);
     Payments payments = rules_.unpaid;
     payments.rent = reading.rent;
     payments.extra_charges = reading.extra;
-    if (!reading.summed) payments = ReadPayments(session_, rules_, code);
-    return {RentAccount(std::move(periods), payments, now_.DateOnly()),
-            ToDate(NullTo(reading.latest_from, Date())), ToDate(NullTo(reading.latest_to, Date()))};
+    // The first of those with the latest day, as a statement in the opposite order has it.
+    const RentPeriod latest = all.empty()
+                                  ? RentPeriod()
+                                  : *std::ranges::lower_bound(all, all.back().PeriodFrom, {}, from);
+    return {RentAccount(std::move(periods), payments, now_.DateOnly()), latest.PeriodFrom,
+            latest.PeriodTo};
+  }
+
+  ReadAccount ByItself(const std::string& code) const {
+    RentAccount account(session_, code);
+    const LatestPeriod latest = FindLatestPeriod(session_, code);
+    return {std::move(account), latest.from, latest.to};
   }
 
   Date CutOff(const Reading& reading) const {

@@ -105,6 +105,16 @@ double FindRentPayment(Session& session, const TenantRecord& tenant,
   return RentPaymentOf(session.database.LookupText("top 1 amount", "revenues", latest, "0"));
 }
 
+LatestPeriod FindLatestPeriod(Session& session, const std::string& tenant_code) {
+  const std::string latest =
+      " where tenant_code = " + SQLText(tenant_code) + " order by period_from desc";
+  const auto find = [&](const char* day) {
+    return session.database.LookupDate(std::string("top 1 ") + day, "rent_periods", latest, Date());
+  };
+  const Date from = find("period_from");
+  return {from, find("period_to")};
+}
+
 double RentPaymentOf(const Value& amount) {
   return LeadingNumber(ToText(NullTo(amount, std::string("0"))));
 }
@@ -177,12 +187,9 @@ bool LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
   const RentAccount account(session, tenant.Reference);
   tenant.BalanceOwing = account.BalanceOwing().ToDouble();
 
-  const std::string latest_period =
-      " where tenant_code = " + SQLText(tenant.Reference) + " order by period_from desc";
-  tenant.LastPeriodFrom =
-      database.LookupDate("top 1 period_from", "rent_periods", latest_period, Date());
-  tenant.LastPeriodTo =
-      database.LookupDate("top 1 period_to", "rent_periods", latest_period, Date());
+  const LatestPeriod latest = FindLatestPeriod(session, tenant.Reference);
+  tenant.LastPeriodFrom = latest.from;
+  tenant.LastPeriodTo = latest.to;
 
   const bool found = FindLastPayment(session, tenant, rent_group, receipt_number);
   FillPaidTo(account, FindRentPayment(session, tenant, rent_group), tenant);
