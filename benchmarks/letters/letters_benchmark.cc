@@ -96,12 +96,13 @@ void StepThroughPreviews(const fs::path& database) {
     fs::remove(machine.ProgramFolder() / "property.mdb");
     fs::create_symlink(fs::absolute(database), machine.ProgramFolder() / "property.mdb");
   }
+  Session session(machine.Parts());
   const TemplateLibrary library(machine.ProgramFolder());
   for (const std::string_view kind : {kTemplates, kOwnerTemplates}) {
     for (const std::string& name : library.Names(kind)) {
       RichTextBox text;
       text.LoadFile(library.PathOf(kind, name), RichTextBox::FileType::kRtf);
-      LetterPreview preview(machine.Parts(), std::string(kind), name);
+      LetterPreview preview(session, std::string(kind), name);
       const double load = Seconds([&] { preview.Load(); });
       preview.SetTemplate(text);
       const std::vector<RecipientRow> rows = preview.Recipients({.closed = true});

@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "data/program.h"
 #include "letters/letter_check.h"
 #include "letters/recipients.h"
 #include "merge/prompts.h"
 #include "platform/richtext/rich_text_box.h"
+#include "rental/session.h"
 
 namespace tenora {
 
@@ -26,14 +26,16 @@ struct PreviewedLetter {
 
 class LetterPreview {
  public:
-  // For "Templates" or "Owner Templates". What `platform` refers to outlives this object; its
-  // dialogs are not used: no box is shown, whatever happens.
-  LetterPreview(const Platform& platform, const std::string& template_kind,
+  // For "Templates" or "Owner Templates", on the thread of `session`, whose platform outlives this
+  // object; its dialogs are not used: no box is shown, whatever happens. Raises what
+  // Session::Beside raises.
+  LetterPreview(Session& session, const std::string& template_kind,
                 const std::string& template_name);
   ~LetterPreview();
 
-  // Reads tenants, owners and options anew; before the first call there is nobody. Returns what is
-  // wrong with the database, in one line; empty where it could be read.
+  // Takes tenants and owners of the database as it is now; before the first call there is nobody.
+  // Reads only what the session beside the windows, refreshed on another thread, has not read yet.
+  // Returns what is wrong with the database, in one line; empty where it could be read.
   std::string Load();
   std::vector<RecipientRow> Recipients(const RecipientFilter& filter) const;
 

@@ -1,4 +1,4 @@
-// A session for a thread beside the windows': over the database file of another session, with an
+// A session for threads beside the windows': over the database file of another session, with an
 // engine and caches of its own, and without boxes. The two share only what does not change: clock,
 // locale and folders; a registry is never asked. Nothing is changed. What it keeps of the file in
 // memory, it keeps twice.
@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -20,12 +21,25 @@ class DetachedSession {
   explicit DetachedSession(Session& session);
   ~DetachedSession();
 
-  // For one thread at a time, any but that of the first session included.
+  // While the result lives, all else here is this thread's; other threads wait for it.
+  [[nodiscard]] std::unique_lock<std::mutex> Take();
+  // The same, or nothing while another thread has it.
+  [[nodiscard]] std::unique_lock<std::mutex> TryTake();
+
   Session& session();
   // The file; after the settings name another, a new detached session is needed.
   const std::filesystem::path& file() const;
+  // Its platform with other boxes, for a further session on the same thread over the tables that
+  // are in memory here.
+  Platform PlatformWith(Dialogs& dialogs) const;
   // What would have been shown since this was asked last.
   std::vector<std::string> TakeMessages();
+
+  // Whether the caches and options are those of the file as it is now.
+  bool IsFresh() const;
+  // Loads them where they are not, and forgets what else was kept of the file. Returns what is
+  // wrong with it, in one line; empty where it could be read.
+  std::string Refresh();
 
  private:
   struct Parts;

@@ -9,6 +9,7 @@
 #include "platform/locale/locale.h"
 #include "platform/registry/registry.h"
 #include "platform/runtime/pdf_target.h"
+#include "rental/detached_session.h"
 
 namespace tenora {
 
@@ -30,6 +31,13 @@ void Session::SetChequeWord() {
   } catch (const std::exception&) {
     // Deliberate: the word stays as it is.
   }
+}
+
+std::shared_ptr<DetachedSession> Session::Beside() {
+  if (beside_ == nullptr || beside_->file() != database.Location()) {
+    beside_ = std::make_shared<DetachedSession>(*this);
+  }
+  return beside_;
 }
 
 ScratchSweep Session::SweepScratchFiles() {

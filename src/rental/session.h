@@ -2,6 +2,7 @@
 // passes it on; a test can have several.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "data/database.h"
@@ -12,6 +13,8 @@
 #include "rental/caches.h"
 
 namespace tenora {
+
+class DetachedSession;
 
 struct Session {
   // With kLook nothing that is done with the session changes the database: a merge shows the next
@@ -30,6 +33,11 @@ struct Session {
   // Errors are ignored.
   void SetChequeWord();
 
+  // The session for threads beside the windows', kept from one work to the next; another one after
+  // the settings have named another file. Called on this session's thread. Raises what
+  // Database::Location raises.
+  std::shared_ptr<DetachedSession> Beside();
+
   // Removes, as long as the result lives, what killed processes have left in the data folder, the
   // folder of the user's settings and the system's folder for temporary files.
   ScratchSweep SweepScratchFiles();
@@ -43,6 +51,9 @@ struct Session {
   // nothing sets it yet.
   Date as_at_date;
   std::string cheque_word = "Cheque";
+
+ private:
+  std::shared_ptr<DetachedSession> beside_;
 };
 
 }  // namespace tenora

@@ -34,7 +34,7 @@ class PreviewOfLetters : public testing::Test {
   std::unique_ptr<LetterPreview> Of(const std::string& text, std::string_view kind = kTemplates) {
     RichTextBox box;
     box.SetTextRTF("{\\rtf1\\ansi " + text + "\\par}");
-    auto preview = std::make_unique<LetterPreview>(machine_.Parts(), std::string(kind), "Notice");
+    auto preview = std::make_unique<LetterPreview>(session_, std::string(kind), "Notice");
     EXPECT_EQ(preview->Load(), "");
     preview->SetTemplate(box);
     return preview;
@@ -62,15 +62,15 @@ class PreviewOfLetters : public testing::Test {
   }
 
   test::FakePlatform machine_;
+  Session session_{machine_.Parts()};
 };
 
 TEST_F(PreviewOfLetters, ShowsWhatARunSaves) {
-  Session session(machine_.Parts());
   const TemplateLibrary library(Home());
   for (const std::string_view kind : {kTemplates, kOwnerTemplates}) {
     for (const std::string& name : library.Names(kind)) {
       SCOPED_TRACE(name);
-      LetterPreview preview(machine_.Parts(), std::string(kind), name);
+      LetterPreview preview(session_, std::string(kind), name);
       ASSERT_EQ(preview.Load(), "");
       RichTextBox text;
       text.LoadFile(library.PathOf(kind, name), RichTextBox::FileType::kRtf);
@@ -94,7 +94,7 @@ TEST_F(PreviewOfLetters, ShowsWhatARunSaves) {
           void Saved(const fs::path& file) override { path = file; }
           fs::path path;
         } observer;
-        GenerateSelection(session, request, observer);
+        GenerateSelection(session_, request, observer);
         ASSERT_FALSE(observer.path.empty());
         EXPECT_EQ(shown.source, ReadWholeFile(observer.path));
       }
@@ -127,13 +127,12 @@ TEST_F(PreviewOfLetters, ChangesNothingAndTakesNoReceiptNumber) {
 
   // What a run takes is seen at once.
   WriteWholeFile(Home() / "Templates/Notice.rtf", "{\\rtf1\\ansi " + text + "\\par}");
-  Session session(machine_.Parts());
   GenerationObserver nobody;
   GenerationRequest request;
   request.template_kind = kTemplates;
   request.template_name = "Notice";
   request.recipients = {{"Mei Huang", "T00007"}};
-  ASSERT_TRUE(GenerateSelection(session, request, nobody).complete());
+  ASSERT_TRUE(GenerateSelection(session_, request, nobody).complete());
   EXPECT_EQ(number(preview->Show(second)), "[1001]");
 }
 

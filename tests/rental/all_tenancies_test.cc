@@ -1,5 +1,7 @@
 #include "rental/all_tenancies.h"
 
+#include <chrono>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -132,6 +134,38 @@ TEST_F(AllDetails, AreReadOnAThreadBesideTheSession) {
     EXPECT_EQ(texts[i], AccountText(LookedUpTenancy(session, session.caches.Tenants[i], 0)));
   }
   EXPECT_THAT(beside.TakeMessages(), IsEmpty());
+}
+
+TEST_F(AllDetails, AreKeptBesideTheSessionUntilTheFileChanges) {
+  const std::shared_ptr<DetachedSession> beside = session.Beside();
+  const auto settle = [&](std::chrono::seconds ago) {
+    std::filesystem::last_write_time(beside->file(),
+                                     std::filesystem::file_time_type::clock::now() - ago);
+  };
+  const auto rent_group = [&] {
+    const OpenedDatabase opened(beside->session().database);
+    return beside->session().options.RentGroup();
+  };
+  settle(std::chrono::seconds(20));
+  EXPECT_FALSE(beside->IsFresh());
+  EXPECT_EQ(beside->Refresh(), "");
+  EXPECT_TRUE(beside->IsFresh());
+  EXPECT_EQ(rent_group(), "RENT");
+  EXPECT_EQ(session.Beside(), beside);
+
+  // Another window's tenancy and its options, which a session keeps, are those of the file again.
+  Run({"update options set rent_group = 'WATER'",
+       "update tenancy set name = 'Zoe Zed' where reference = 'T00001'"});
+  settle(std::chrono::seconds(10));
+  EXPECT_FALSE(beside->IsFresh());
+  EXPECT_EQ(beside->Refresh(), "");
+  EXPECT_EQ(rent_group(), "WATER");
+  EXPECT_EQ(beside->session().caches.FindTenant("T00001")->KeyName, "Zoe Zed");
+
+  std::filesystem::resize_file(beside->file(), 4096);
+  EXPECT_THAT(beside->Refresh(), testing::Not(IsEmpty()));
+  EXPECT_FALSE(beside->IsFresh());
+  session.database.CloseDatabase();
 }
 
 TEST_F(AllDetails, SayWhatCannotBeReadInsteadOfShowingIt) {

@@ -6,8 +6,10 @@
 
 #include "letters/generate/letter_maker.h"
 #include "letters/generation_request.h"
+#include "platform/dialogs/silent_dialogs.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
+#include "rental/detached_session.h"
 
 namespace tenora {
 namespace {
@@ -39,17 +41,9 @@ bool Asks(std::string_view asked, std::string_view question) {
   return asked.ends_with(parts.back());
 }
 
-// Nobody sees a box: what it says is kept, and questions are answered from the given answers.
-class QuietDialogs : public Dialogs {
+// Questions are answered from the given answers.
+class PreviewDialogs : public SilentDialogs {
  public:
-  Answer Show(const MessageBox& box) override {
-    if (told_.empty()) told_ = box.text;
-    return box.default_answer;
-  }
-  std::optional<std::string> AskText(const std::string&, const std::string&,
-                                     const std::string&) override {
-    return std::nullopt;
-  }
   LetterAnswer AskForLetter(const LetterQuestion& question) override {
     // Without the line that names the recipient.
     const std::string_view message =
@@ -59,46 +53,15 @@ class QuietDialogs : public Dialogs {
     if (given == answers_.end()) return {.way = LetterAnswer::Way::kLater};
     return {.way = LetterAnswer::Way::kText, .text = given->second};
   }
-  std::optional<std::size_t> Choose(const std::string&, const std::vector<std::string>&,
-                                    std::size_t) override {
-    return std::nullopt;
-  }
-  std::optional<std::filesystem::path> ChooseFileToOpen(const std::string&,
-                                                        const std::string&) override {
-    return std::nullopt;
-  }
-  std::optional<std::filesystem::path> ChooseFileToSave(const std::string&, const std::string&,
-                                                        const std::filesystem::path&) override {
-    return std::nullopt;
-  }
 
   void Begin(const PromptAnswers& answers) {
     answers_ = answers;
-    told_.clear();
-  }
-  // The first box since Begin, in one line.
-  std::string Told() const {
-    std::string line;
-    for (const std::string& part : Split(told_, "\r\n")) {
-      if (!part.empty()) line.append(line.empty() ? "" : " ").append(part);
-    }
-    return line;
+    TakeMessages();
   }
 
  private:
   PromptAnswers answers_;
-  std::string told_;
 };
-
-Platform WithDialogs(Platform platform, Dialogs& dialogs) {
-  return Platform{platform.clock,
-                  dialogs,
-                  platform.locale,
-                  platform.registry,
-                  platform.workspace,
-                  std::move(platform.program_folder),
-                  std::move(platform.state_folder)};
-}
 
 GenerationRequest RequestFor(const std::string& template_kind, const std::string& template_name) {
   GenerationRequest request;
@@ -123,35 +86,37 @@ std::vector<LetterFinding> WithUnanswered(std::vector<LetterFinding> findings,
 
 }  // namespace
 
-// A session of its own, which only looks at the database.
+// A session of its own over the tables of the one that is kept beside the windows.
 class LetterPreview::Machine {
  public:
-  Machine(const Platform& platform, GenerationRequest letters)
-      : session(WithDialogs(platform, dialogs), DatabaseUse::kLook),
+  Machine(std::shared_ptr<DetachedSession> detached, GenerationRequest letters)
+      : beside(std::move(detached)),
+        session(beside->PlatformWith(dialogs), DatabaseUse::kLook),
+        one_file(session.database, beside->file()),
         request(std::move(letters)),
         maker(session, request, LetterMaker::BadFutureDate::kLeftInLetter) {}
 
-  QuietDialogs dialogs;
+  const std::shared_ptr<DetachedSession> beside;
+  PreviewDialogs dialogs;
   Session session;
+  const Database::OneFile one_file;
   GenerationRequest request;
   LetterMaker maker;
 };
 
-LetterPreview::LetterPreview(const Platform& platform, const std::string& template_kind,
+LetterPreview::LetterPreview(Session& session, const std::string& template_kind,
                              const std::string& template_name)
-    : machine_(std::make_unique<Machine>(platform, RequestFor(template_kind, template_name))) {}
+    : machine_(
+          std::make_unique<Machine>(session.Beside(), RequestFor(template_kind, template_name))) {}
 
 LetterPreview::~LetterPreview() = default;
 
 std::string LetterPreview::Load() {
-  machine_->dialogs.Begin({});
-  std::string problem;
-  try {
-    if (!machine_->session.ReloadRentalData()) problem = machine_->dialogs.Told();
-  } catch (...) {
-    problem = ErrorText(CurrentError());
-  }
-  return problem.empty() ? problem : std::string(kUnread) + ": " + problem;
+  const auto taken = machine_->beside->Take();
+  const std::string problem = machine_->beside->Refresh();
+  if (!problem.empty()) return std::string(kUnread) + ": " + problem;
+  machine_->session.caches = machine_->beside->session().caches;
+  return {};
 }
 
 std::vector<RecipientRow> LetterPreview::Recipients(const RecipientFilter& filter) const {
@@ -168,7 +133,8 @@ PreviewedLetter LetterPreview::Show(const Recipient& recipient) {
   try {
     return Make(recipient);
   } catch (const DatabaseProblem&) {
-    return {template_source_, std::string(kUnread) + ": " + machine_->dialogs.Told(), {}};
+    return {
+        template_source_, std::string(kUnread) + ": " + machine_->dialogs.TakeFirstInOneLine(), {}};
   } catch (...) {
     const RuntimeError error = CurrentError();
     return {template_source_, std::string(error.description()), {}};
@@ -176,6 +142,7 @@ PreviewedLetter LetterPreview::Show(const Recipient& recipient) {
 }
 
 PreviewedLetter LetterPreview::Make(const Recipient& recipient) {
+  const auto taken = machine_->beside->Take();
   machine_->dialogs.Begin(answers_);
   if (!template_used_) machine_->maker.UseTemplate(template_source_);
   template_used_ = true;

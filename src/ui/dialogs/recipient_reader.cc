@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "platform/runtime/error.h"
+#include "rental/detached_session.h"
 
 namespace tenora {
 
@@ -40,7 +41,7 @@ void RecipientReader::Read(const std::set<std::string>& names, bool by_property)
 void RecipientReader::Start() {
   wanted_ = false;
   try {
-    if (!detached_) detached_ = std::make_unique<DetachedSession>(session_);
+    if (!detached_) detached_ = session_.Beside();
   } catch (const RuntimeError& error) {
     emit Failed(QString::fromStdString(ErrorText(error)));
     return;
@@ -64,14 +65,11 @@ RecipientReader::Reading RecipientReader::ReadOnThread(const RecipientTable::Sub
                                                        bool first, const std::stop_token& stop) {
   Reading reading;
   try {
-    Session& session = detached_->session();
+    const auto taken = detached_->Take();
     const std::vector<std::string> list(names.begin(), names.end());
-    if (first && !session.ReloadRentalData()) {
-      std::string problem;
-      for (const std::string& message : detached_->TakeMessages()) problem += message + " ";
-      reading.problem = QString::fromStdString(problem).simplified();
-      return reading;
-    }
+    reading.problem = QString::fromStdString(detached_->Refresh());
+    if (!reading.problem.isEmpty()) return reading;
+    Session& session = detached_->session();
     const OpenedDatabase opened(session.database);
     if (first) {
       reading.names = std::make_shared<FactNames>(RecipientFactNames(session, kind_));

@@ -1,5 +1,5 @@
-// Reads what is known of a template's recipients beside the windows: on a thread and in a session
-// of its own.
+// Reads what is known of a template's recipients beside the windows: on a thread of its own, in the
+// session that is kept for such work.
 #pragma once
 
 #include <QObject>
@@ -15,7 +15,6 @@
 
 #include "letters/recipient_table.h"
 #include "merge/fact.h"
-#include "rental/detached_session.h"
 #include "rental/session.h"
 
 namespace tenora {
@@ -67,7 +66,7 @@ class RecipientReader : public QObject {
 
   Session& session_;
   const std::string kind_, template_name_;
-  std::unique_ptr<DetachedSession> detached_;
+  std::shared_ptr<DetachedSession> detached_;
   std::set<std::string> names_;
   bool by_property_ = false;
   bool names_read_ = false;

@@ -110,6 +110,7 @@ void PreviewBar::ShowCodes() {
   switch_->setChecked(false);
   for (QToolButton* step : steps_) step->hide();
   choice_->hide();
+  search_->clear();
   place_->clear();
   text_.clear();
   update();

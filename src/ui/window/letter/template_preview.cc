@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "letters/template_library.h"
+#include "rental/detached_session.h"
 #include "ui/dialogs/frm_answers.h"
 #include "ui/window/letter/showable_letter.h"
 
@@ -57,12 +58,12 @@ TemplatePreview::~TemplatePreview() {
 void TemplatePreview::Begin(const frmLetter& letter_template) {
   const LetterMembers& members = letter_template.members();
   const bool owners = members.Kind == kOwnerTemplates;
-  preview_ = std::make_unique<LetterPreview>(session_.platform, members.Kind, members.LetterTitle);
+  kind_ = members.Kind;
+  title_ = letter_.members().LetterTitle = members.LetterTitle;
   template_source_ = letter_template.rtfLetter.TextRTF();
-  preview_->SetTemplate(letter_template.rtfLetter);
   letter_.members().Kind = owners ? kOwnerLetter : kTenantLetter;
   letter_.members().SearchText = members.SearchText;
-  title_ = letter_.members().LetterTitle = members.LetterTitle;
+  Prepare(letter_template.rtfLetter);
   bar_.ShowLetters(owners ? PreviewBar::Recipients::kOwners : PreviewBar::Recipients::kTenancies,
                    !preview_->Questions().empty());
   AskWhatIsNew();
@@ -75,14 +76,55 @@ void TemplatePreview::End() {
   rows_.clear();
 }
 
+void TemplatePreview::Prepare(const RichTextBox& text) {
+  beside_ = session_.Beside();
+  preview_ = std::make_unique<LetterPreview>(session_, kind_, title_);
+  preview_->SetTemplate(text);
+  preview_->SetAnswers(answers_);
+}
+
 void TemplatePreview::Refresh() {
+  if (preview_ == nullptr) return;
+  if (beside_ != session_.Beside()) {
+    RichTextBox text;
+    text.SetTextRTF(template_source_);
+    Prepare(text);
+  }
+  // Whoever has it is about to refresh it.
+  if (auto taken = beside_->TryTake(); !reading_ && taken && beside_->IsFresh()) {
+    taken.unlock();
+    return TakeData();
+  }
+  if (rows_.empty()) {
+    problem_.clear();
+    ShowLetter();
+    bar_.ShowProblem(tr("Reading the recipients…"));
+  }
+  if (std::exchange(reading_, true)) return;
+  reader_ = std::jthread([this, beside = beside_] {
+    {
+      const auto taken = beside->Take();
+      beside->Refresh();
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+          reader_.join();
+          reading_ = false;
+          TakeData();
+        },
+        Qt::QueuedConnection);
+  });
+}
+
+void TemplatePreview::TakeData() {
   if (preview_ == nullptr) return;
   problem_ = preview_->Load();
   List();
 }
 
 void TemplatePreview::List() {
-  if (preview_ == nullptr) return;
+  if (preview_ == nullptr || reading_) return;
   rows_ = preview_->Recipients(
       {.closed = bar_.WithClosed(), .search = bar_.SearchText().toStdString()});
   const auto same = std::ranges::find(rows_, key_, &RecipientRow::key);

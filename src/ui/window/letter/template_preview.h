@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "letters/frm_letter.h"
@@ -30,7 +31,8 @@ class TemplatePreview : public QSplitter {
   // or the first one. Questions that were never asked are asked first.
   void Begin(const frmLetter& letter_template);
   void End();
-  // Reads the rental data anew.
+  // Reads the rental data anew where it has changed, beside the window, which can be used
+  // meanwhile.
   void Refresh();
   void Step(PreviewBar::Step step);
   // The search text or the check box has changed.
@@ -63,6 +65,10 @@ class TemplatePreview : public QSplitter {
     TemplatePreview& page_;
   };
 
+  // Makes the preview of a text of the template, over the database that the settings name.
+  void Prepare(const RichTextBox& text);
+  // Takes the rental data, which has been read.
+  void TakeData();
   void AskWhatIsNew();
   void ShowLetter();
   void ShowText(const std::string& source);
@@ -73,18 +79,22 @@ class TemplatePreview : public QSplitter {
   PreviewBar& bar_;
   Host host_{*this};
   frmLetter letter_;
-  std::string title_, template_source_;  // of the template; its text shows where there is no letter
+  std::string kind_, title_, template_source_;  // of the template, which shows without a letter
   LetterView* view_;
   std::unique_ptr<PageFinder> pages_;
   QListWidget* findings_;
   std::unique_ptr<LetterPreview> preview_;
-  std::string problem_;  // of the rental data
+  std::shared_ptr<DetachedSession> beside_;  // whose rental data it takes
+  std::string problem_;                      // of the rental data
+  bool reading_ = false;
   std::vector<RecipientRow> rows_;
   std::size_t at_ = 0;     // in rows_
   std::string key_;        // of the recipient shown last
   PromptAnswers answers_;  // kept from one preview to the next
   std::set<std::string> asked_;
   std::optional<Recipient> recipient_;
+  // Last: it ends before what it works on.
+  std::jthread reader_;
 };
 
 }  // namespace tenora
