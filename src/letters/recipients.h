@@ -20,8 +20,9 @@ struct Recipient {
 
 // One line of the list.
 struct RecipientRow {
-  std::string text;  // "(Closed) Jane Smith (P00012)"
-  std::string key;   // the code of the tenancy, the owner or, by property, the property
+  std::string text;     // "(Closed) Jane Smith (P00012)"
+  std::string address;  // of the property, "12 High Street, Auckland"; empty where it is not known
+  std::string key;      // the code of the tenancy, the owner or, by property, the property
   Recipient recipient;
   bool closed = false;
   bool has_email = false;
@@ -36,7 +37,8 @@ struct RecipientFilter {
   // dialog makes it available with the e-mail destination, the command line always.
   bool exclude_no_email_available = false;
   bool exclude_no_email_ticked = false;
-  std::string search = {};  // txtSearch: every word of it occurs in the item's text
+  // txtSearch: every word of it occurs in the item's text or the property's address.
+  std::string search = {};
 };
 
 // Which rows a filter lists, as they are made by property or not.
@@ -55,8 +57,11 @@ class RecipientTest {
 std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view template_kind,
                                          const RecipientFilter& filter);
 
-// The rows that a search text leaves, for a list that is filtered while it is typed: letter case
+// "12 High Street, Auckland", as it is searched for.
+std::string PropertyAddressOf(const TenantRecord& tenant);
+
+// Whether a search text leaves a row, for a list that is filtered while it is typed: letter case
 // and accents do not count.
-bool MatchesSearch(std::string_view item_text, std::string_view search);
+bool MatchesSearch(const RecipientRow& row, std::string_view search);
 
 }  // namespace tenora

@@ -81,7 +81,7 @@ std::string Named(const Rows& rows) {
 Rows Likely(const std::string& asked, std::span<const RecipientRow> rows) {
   Rows likely;
   for (const RecipientRow& row : rows) {
-    if (MatchesSearch(row.text, asked)) likely.push_back(&row);
+    if (MatchesSearch(row, asked)) likely.push_back(&row);
   }
   const RecipientRow* const nearest = likely.empty() ? Nearest(asked, rows) : nullptr;
   if (nearest != nullptr) likely.push_back(nearest);

@@ -29,6 +29,8 @@ class Recipients : public testing::Test {
                        Tenant("4", "Ann (Trust)", false, ""),
                        Tenant("5", "Smith; Jones", true, ""),
                        Tenant("6", "Ann", false, "ann@x.test")};
+    caches_.Tenants[0].PropertyAddress1 = "12 Pūriri Street";
+    caches_.Tenants[0].PropertyAddress3 = "Auckland";
     caches_.Owners.resize(2);
     caches_.Owners[0].Name = "Kauri; Rimu";
     caches_.Owners[1].Name = "Zoe";
@@ -68,10 +70,13 @@ TEST_F(Recipients, WithoutAnAddressAreLeftOutOnlyWhileTheBoxIsAvailableAndTicked
 }
 
 TEST_F(Recipients, AreFoundWithoutAccentsAndLetterCase) {
-  for (const char* search : {"ELODIE", "mahuta éLO", " māhuta  p1 ", "(p1"}) {
+  for (const char* search :
+       {"ELODIE", "mahuta éLO", " māhuta  p1 ", "(p1", "puriri ST", "auckland elodie"}) {
     EXPECT_THAT(Texts(kTemplates, {.search = search}), ElementsAre("Élodie Māhuta (P1)")) << search;
   }
   EXPECT_THAT(Texts(kTemplates, {.search = "elodie p3"}), ElementsAre());
+  EXPECT_THAT(Texts(kOwnerTemplates, {.by_property = true, .search = "12 puriri"}),
+              ElementsAre("Zoe (P1)"));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "letters/recipients.h"
 
+#include <unordered_map>
+
 #include "letters/template_library.h"
 #include "platform/runtime/search_text.h"
 
@@ -17,6 +19,7 @@ struct Candidate {
   const std::string& property;  // shown in brackets, unless empty
   const std::string& email;
   bool closed;
+  const TenantRecord* at;  // a tenancy of the property, which has its address; null: none
 };
 
 // Calls `use` for each row of the cache that the list is made of, in cache order.
@@ -26,18 +29,24 @@ void ForEachCandidate(const Caches& caches, std::string_view kind, bool by_prope
   if (kind == kTemplates) {
     for (const TenantRecord& tenant : caches.Tenants) {
       use(Candidate{tenant.KeyName, tenant.Reference, tenant.Reference, tenant.PropertyCode,
-                    tenant.Email, tenant.Closed},
+                    tenant.Email, tenant.Closed, &tenant},
           true);
     }
   } else if (kind == kOwnerTemplates && by_property) {
+    std::unordered_map<std::string_view, const TenantRecord*> tenancies;
+    for (const TenantRecord& tenant : caches.Tenants) {
+      tenancies.emplace(tenant.PropertyCode, &tenant);
+    }
     for (const PropertyRecord& property : caches.Properties) {
+      const auto at = tenancies.find(property.Code);
       use(Candidate{property.OwnerName, property.Code, kNone, property.Code, property.Email,
-                    property.ClosedStatus},
+                    property.ClosedStatus, at == tenancies.end() ? nullptr : at->second},
           true);
     }
   } else if (kind == kOwnerTemplates) {
     for (const OwnerRecord& owner : caches.Owners) {
-      use(Candidate{owner.Name, owner.Code, kNone, kNone, owner.Email, owner.ClosedStatus}, false);
+      use(Candidate{owner.Name, owner.Code, kNone, kNone, owner.Email, owner.ClosedStatus, nullptr},
+          false);
     }
   }
 }
@@ -49,7 +58,21 @@ std::string ItemText(const Candidate& row, bool with_property) {
   return text;
 }
 
+bool HoldsAll(const RecipientRow& row, const std::vector<std::string>& words) {
+  return words.empty() || HoldsWords(FoldedForSearch(row.text + '\n' + row.address), words);
+}
+
 }  // namespace
+
+std::string PropertyAddressOf(const TenantRecord& tenant) {
+  std::string address;
+  for (const std::string* line :
+       {&tenant.PropertyAddress1, &tenant.PropertyAddress2, &tenant.PropertyAddress3}) {
+    if (!address.empty() && !line->empty()) address += ", ";
+    address += *line;
+  }
+  return address;
+}
 
 RecipientTest::RecipientTest(const RecipientFilter& filter)
     : closed_(filter.closed),
@@ -57,8 +80,7 @@ RecipientTest::RecipientTest(const RecipientFilter& filter)
       words_(SearchWords(filter.search)) {}
 
 bool RecipientTest::operator()(const RecipientRow& row) const {
-  return (closed_ || !row.closed) && (without_email_ || row.has_email) &&
-         (words_.empty() || HoldsWords(FoldedForSearch(row.text), words_));
+  return (closed_ || !row.closed) && (without_email_ || row.has_email) && HoldsAll(row, words_);
 }
 
 std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view template_kind,
@@ -72,6 +94,7 @@ std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view 
                        const std::size_t place = cached++;
                        if (one.closed != closed) return;
                        RecipientRow row{.text = ItemText(one, with_property),
+                                        .address = one.at ? PropertyAddressOf(*one.at) : "",
                                         .key = one.key,
                                         .recipient = {one.name, one.code},
                                         .closed = one.closed,
@@ -85,8 +108,8 @@ std::vector<RecipientRow> ListRecipients(const Caches& caches, std::string_view 
   return rows;
 }
 
-bool MatchesSearch(std::string_view item_text, std::string_view search) {
-  return HoldsWords(FoldedForSearch(item_text), SearchWords(search));
+bool MatchesSearch(const RecipientRow& row, std::string_view search) {
+  return HoldsAll(row, SearchWords(search));
 }
 
 }  // namespace tenora

@@ -203,7 +203,7 @@ QWidget* frmGenerate::MakeListSide() {
   auto* side = new QWidget;
   auto* column = new QVBoxLayout(side);
   column->setContentsMargins(0, 0, 6, 0);
-  search_->setPlaceholderText(tr("Search names and properties"));
+  search_->setPlaceholderText(tr("Search names, properties and addresses"));
   search_->setAccessibleName(tr("Search"));
   search_->setClearButtonEnabled(true);
   list_->setAccessibleName(tr("Recipients"));

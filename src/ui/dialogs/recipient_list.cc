@@ -184,7 +184,7 @@ bool RecipientFilterModel::Leaves(int row) const {
 }
 
 bool RecipientFilterModel::filterAcceptsRow(int row, const QModelIndex& /*parent*/) const {
-  return Leaves(row) && MatchesSearch(recipients_.Row(row).text, search_);
+  return Leaves(row) && MatchesSearch(recipients_.Row(row), search_);
 }
 
 bool RecipientFilterModel::lessThan(const QModelIndex& left, const QModelIndex& right) const {

@@ -148,6 +148,7 @@ TEST_F(Tree, FindsWithoutAccentsAndInFoldersThatWereNeverOpenedAndCountsWhatItSh
   Save("Ann Old/Rent review.rtf");
   Save("Jo Green/Rénovation.rtf");
   session_.caches.Owners[0].Name = "Ólga Ærø";
+  session_.caches.Tenants[0].PropertyAddress1 = "12 Pūriri Street";
   tree_.RefreshTree();
   auto* search = tree_.findChild<QLineEdit*>("txtTreeSearch");
   tree_.OpenAgain("Templates");
@@ -158,10 +159,12 @@ TEST_F(Tree, FindsWithoutAccentsAndInFoldersThatWereNeverOpenedAndCountsWhatItSh
   } cases[] = {
       {"olga AERO", "Ólga Ærø|", 0},
       {"green", "Jo Green|Bo Green|", 2},
+      {"puriri str", "Jo Green|", 1},
       {"renovation", "Jo Green|Rénovation|", 1},
       {"ren", "- <Closed Tenants>|Ann Old|Rent review|Jo Green|Rénovation|", 2},
       {"old review", "- <Closed Tenants>|Ann Old|Rent review|", 1},
       {"jo wel", "Jo Green|Welcome|", 1},
+      {"12 puriri wel", "Jo Green|Welcome|", 1},
   };
   for (const auto& c : cases) {
     search->setText(c.typed);

@@ -30,7 +30,7 @@ struct LetterFinder::Search {
   std::shared_ptr<std::atomic<bool>> stop;
 
   bool Holds(const TreeModel::Unlisted& place) const {
-    const std::string person = FoldedForSearch(place.name) + '\n';
+    const std::string person = FoldedForSearch(place.name + '\n' + place.address) + '\n';
     for (const std::string& folder : place.folders) {
       auto known = names->of_folder.find(folder);
       if (known == names->of_folder.end()) known = Read(folder);

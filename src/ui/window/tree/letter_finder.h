@@ -27,8 +27,8 @@ class LetterFinder : public QObject {
   explicit LetterFinder(QObject* parent = nullptr);
   ~LetterFinder() override;
 
-  // Ends the search that is running. Each word (SearchWords) must be in a letter's name or in that
-  // of its recipient.
+  // Ends the search that is running. Each word (SearchWords) must be in a letter's name, in that of
+  // its recipient or in the property's address.
   void Start(const std::filesystem::path& data_folder, Places places,
              std::vector<std::string> words);
   void Cancel();

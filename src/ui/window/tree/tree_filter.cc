@@ -17,10 +17,8 @@ void TreeFilter::SetText(const QString& text) {
   invalidateFilter();
 }
 
-bool TreeFilter::Fits(const QString& name, const std::string& person) const {
-  std::string folded = FoldedForSearch(name.toStdString());
-  if (!person.empty()) folded += '\n' + FoldedForSearch(person);
-  return HoldsWords(folded, words_);
+bool TreeFilter::Fits(const std::string& text) const {
+  return HoldsWords(FoldedForSearch(text), words_);
 }
 
 bool TreeFilter::IsHit(const TreeModel::Entry& entry) const {
@@ -29,9 +27,9 @@ bool TreeFilter::IsHit(const TreeModel::Entry& entry) const {
     case Type::kClosedFold:
       return false;
     case Type::kLetter:
-      return Fits(entry.name, entry.recipient);
+      return Fits(entry.name.toStdString() + '\n' + entry.recipient + '\n' + entry.address);
     default:
-      return Fits(entry.name);
+      return Fits(entry.name.toStdString() + '\n' + entry.address);
   }
 }
 

@@ -17,7 +17,7 @@ class TreeFilter : public QSortFilterProxyModel {
   explicit TreeFilter(TreeModel& model, QObject* parent = nullptr);
 
   // Ignores letter case, accents and surrounding blanks; all words must occur, in any order, for a
-  // letter in its name or its recipient's.
+  // tenant in the name or the property's address, for a letter in its name or its recipient's.
   void SetText(const QString& text);
   bool Active() const { return !words_.empty(); }
   const std::vector<std::string>& words() const { return words_; }
@@ -33,7 +33,7 @@ class TreeFilter : public QSortFilterProxyModel {
   bool filterAcceptsRow(int row, const QModelIndex& parent) const override;
 
  private:
-  bool Fits(const QString& name, const std::string& person = {}) const;
+  bool Fits(const std::string& text) const;
   int CountKept(const QModelIndex& parent) const;
 
   TreeModel& model_;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "letters/file_names.h"
+#include "letters/recipients.h"
 #include "letters/template_library.h"
 #include "platform/runtime/text.h"
 #include "ui/window/appearance/icons.h"
@@ -66,8 +67,8 @@ void TreeModel::Refresh() {
   groups.push_back(MakeGroup(kTemplates, MakeTemplates(kTemplates)));
   groups.push_back(MakeGroup(kOwnerTemplates, MakeTemplates(kOwnerTemplates)));
   groups.push_back(MakeGroup(session_.cheque_word, MakeTemplates(session_.cheque_word)));
-  groups.push_back(MakeGroup(kTenants, MakeTenants()));
-  groups.push_back(MakeGroup(kOwners, MakeOwners()));
+  groups.push_back(MakeGroup(kTenants, recipients_listed_ ? MakeTenants() : Nodes()));
+  groups.push_back(MakeGroup(kOwners, recipients_listed_ ? MakeOwners() : Nodes()));
   Replace(*root_, std::move(groups));
 }
 
@@ -155,6 +156,7 @@ TreeModel::Nodes TreeModel::MakeTenants() const {
     auto node = MakeRecipient(Type::kTenant, kTenantLetter, tenant.KeyName, tenant.Reference,
                               tenant.Closed);
     node->entry.tenant_code = tenant.Reference;
+    node->entry.address = PropertyAddressOf(tenant);
     (tenant.Closed ? closed : open).push_back(std::move(node));
   }
   return Fold(std::move(open), std::move(closed), kClosedTenants);
@@ -320,7 +322,8 @@ void TreeModel::AddUnlisted(const Node& below, std::vector<Unlisted>& unlisted) 
     }
     std::vector<std::string> folders = FoldersOf(child->entry);
     if (folders.empty()) continue;
-    unlisted.push_back({KeyOf(IndexOf(*child)), child->entry.recipient, std::move(folders)});
+    unlisted.push_back(
+        {KeyOf(IndexOf(*child)), child->entry.recipient, child->entry.address, std::move(folders)});
   }
 }
 

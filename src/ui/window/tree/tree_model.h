@@ -31,6 +31,7 @@ class TreeModel : public QAbstractItemModel {
     std::string earlier_folder;  // of a recipient: where version 1.0 saved, if it was another one
     std::string recipient;       // the recipient's name; of a template its folder
     std::string tenant_code;     // of a tenant and of a tenant's letter
+    std::string address;         // the same: of the property
     std::filesystem::path path;  // of a template or letter: its file
     bool closed = false;
   };
@@ -46,6 +47,9 @@ class TreeModel : public QAbstractItemModel {
   void MakeTopGroups();
   // Reloads everything from the folders and caches. Remaining entries keep their place in the view.
   void Refresh();
+  // Whether the next Refresh lists tenants and owners: not while their database is not there,
+  // though the caches still have them for open letters.
+  void ListRecipients(bool listed) { recipients_listed_ = listed; }
 
   const Entry* EntryAt(const QModelIndex& index) const;  // null for the invisible root
   // A key for the entry that is stable between runs: "Tenants/T00001". Empty for the root.
@@ -59,6 +63,7 @@ class TreeModel : public QAbstractItemModel {
   struct Unlisted {
     QString key;
     std::string name;
+    std::string address;  // of a tenant's property
     std::vector<std::string> folders;
   };
   std::vector<Unlisted> UnlistedRecipients() const;
@@ -117,6 +122,7 @@ class TreeModel : public QAbstractItemModel {
   const Icons icons_;
   std::unique_ptr<Node> root_;
   std::set<std::string> folders_;  // sub-folders of the data folder when it was last read
+  bool recipients_listed_ = true;
 };
 
 }  // namespace tenora
