@@ -121,7 +121,15 @@ int main(int argc, char** argv) {
     const std::vector<std::filesystem::path> files = tenora::FilesToOpen(arguments);
     const tenora::CommandLine line =
         tenora::CommandLine::FromArguments(files.empty() ? arguments : std::vector<std::string>());
-    if (tenora::IsInteractive(line)) return RunWindows(line, files, argc, argv);
+    if (tenora::IsInteractive(line)) {
+      const std::filesystem::path folder = tenora::FolderAmong(arguments);
+      if (folder.empty()) return RunWindows(line, files, argc, argv);
+      std::cerr << tenora::TerminalText(folder.string())
+                << " is a folder. Name the letters that are to be opened; for another data folder, "
+                   "set TENORA_HOME.\n\"tenora --help\" shows more."
+                << std::endl;
+      return 2;
+    }
     return RunPrintCommand(line, argc, argv);
   } catch (...) {
     std::cerr << tenora::TerminalText(tenora::ErrorText(tenora::CurrentError())) << std::endl;

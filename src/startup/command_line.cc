@@ -160,6 +160,16 @@ std::vector<std::filesystem::path> FilesToOpen(const std::vector<std::string>& a
   return files;
 }
 
+std::filesystem::path FolderAmong(const std::vector<std::string>& arguments) {
+  for (const std::string& argument : arguments) {
+    const std::filesystem::path path(argument);
+    std::error_code unknown;
+    if (!std::filesystem::is_directory(path, unknown) || IsParameter(argument)) continue;
+    return std::filesystem::absolute(path, unknown).lexically_normal();
+  }
+  return {};
+}
+
 CommandLine CommandLine::FromArguments(const std::vector<std::string>& arguments) {
   const bool whole_line = arguments.size() == 1 && arguments[0].find('"') == std::string::npos;
   LineWriter writer;

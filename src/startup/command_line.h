@@ -35,5 +35,8 @@ class CommandLine {
 // The files that are to be opened, as absolute paths, where every argument is one: names a file
 // that is there, or has a file name's extension. Empty for the package's command lines.
 std::vector<std::filesystem::path> FilesToOpen(const std::vector<std::string>& arguments);
+// The first argument that is no parameter and names a folder, as an absolute path; empty where none
+// does.
+std::filesystem::path FolderAmong(const std::vector<std::string>& arguments);
 
 }  // namespace tenora

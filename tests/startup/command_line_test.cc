@@ -136,5 +136,20 @@ TEST(FilesToOpen, AreThoseOfALineOfNothingElse) {
   for (const auto& c : cases) EXPECT_EQ(FilesToOpen(c.arguments), c.files);
 }
 
+TEST(FolderAmong, IsNoParameterOfThePackage) {
+  const std::filesystem::path here = std::filesystem::current_path();
+  const struct {
+    std::vector<std::string> arguments;
+    std::filesystem::path folder;
+  } cases[] = {
+      {{}, {}},
+      {{"a.rtf", "/usr"}, "/usr"},
+      {{"."}, here / ""},
+      {{"/no such folder", "/NewFormsInstalled"}, {}},
+      {{"PRINTRECEIPT=/usr", "FORMAT=a"}, {}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(FolderAmong(c.arguments), c.folder);
+}
+
 }  // namespace
 }  // namespace tenora

@@ -41,6 +41,7 @@ TEST_F(OwnCommands, TellAFailureFromAUsageError) {
       {{"query", database}, 2, "SQL"},
       {{"tables", database, "more"}, 2, "more"},
       {{"tables", "--bogus", database}, 2, "--bogus"},
+      {{"letter.rtf", "/usr"}, 2, "/usr is a folder"},
   };
   for (const auto& c : cases) {
     const test::ProcessResult result = Run(c.arguments);
