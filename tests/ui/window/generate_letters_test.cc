@@ -49,7 +49,9 @@ class GenerateLettersTest : public WindowPartsTest {
     throw std::runtime_error(code);
   }
 
-  LetterRuns runs_{session_, tree_, letters_, printers_, AtOnce, &desk_};
+  LetterRuns runs_{session_,  tree_,  letters_,
+                   printers_, AtOnce, [](const std::filesystem::path&) { return false; },
+                   &desk_};
   RentalDataLoad rental_data_{session_};
   GenerateLetters command_{session_, tree_, letters_, printers_, rental_data_, runs_, &desk_};
   std::string told_;

@@ -62,7 +62,9 @@ class LetterRunsTest : public WindowPartsTest {
 
   const Recipient mei_{"Mei Huang", "T00007"}, ben_{"Ben Huang", "T00032"},
       tama_{"Tama O'Brien", "T00006"};
-  LetterRuns runs_{session_, tree_, letters_, printers_, AtOnce, &desk_};
+  LetterRuns runs_{session_,  tree_,  letters_,
+                   printers_, AtOnce, [](const std::filesystem::path&) { return false; },
+                   &desk_};
   GenerationRequest request_;
   std::vector<Step> steps_;
   std::size_t done_ = 0;

@@ -8,6 +8,7 @@
 #include <QTabBar>
 #include <QTest>
 #include <QTimer>
+#include <QTreeWidget>
 #include <iostream>
 #include <set>
 
@@ -132,16 +133,17 @@ TEST_F(MainWindow, NamesTheLetterAndThePersonInItsTitleAndTheTab) {
   window_->show();
   const TenantRecord& tenant = session_.caches.Tenants.at(0);
   const auto folder = data / RecipientFolderName(tenant.KeyName);
-  for (const auto& file : {folder / "Rent review.rtf", data / "Templates/Notice [*].rtf"}) {
+  for (const auto& file : {folder / "Rent review.rtf", data / "Templates/Q & A [*].rtf"}) {
     std::filesystem::create_directories(file.parent_path());
     WriteWholeFile(file, "{\\rtf1 x}");
   }
   window_->tree().RefreshTree();
   const QString program = " - Tenora Mail Merge Facility";
-  const auto* tabs = window_->desk().findChild<QTabBar*>();
   const auto expect = [&](const QString& name) {
     QCoreApplication::processEvents();
-    EXPECT_EQ(tabs->tabText(tabs->currentIndex()), name);
+    const auto* tabs = window_->desk().findChild<QTabBar*>();
+    // Of two "&" in a row a tab shows one, and of one none.
+    EXPECT_EQ(tabs->tabText(tabs->currentIndex()), QString(name).replace("&", "&&"));
     // As the platform's own title bar has it.
     const QString mark = window_->isWindowModified() ? "*" : "";
     EXPECT_EQ(
@@ -156,8 +158,16 @@ TEST_F(MainWindow, NamesTheLetterAndThePersonInItsTitleAndTheTab) {
   expect("*" + letter);
   Trigger("mnuSave");
   expect(letter);
-  window_->letters().OpenFile(data / "Templates/Notice [*].rtf");
-  expect("Notice [*] : Templates");
+  window_->letters().OpenFile(data / "Templates/Q & A [*].rtf");
+  expect("Q & A [*] : Templates");
+  Trigger("mnuTile");
+  Trigger("mnuTabs");
+  expect("Q & A [*] : Templates");
+  window_->desk().findChild<QTabBar*>()->moveTab(1, 0);
+  QTest::keyClick(&window_->desk().Active()->editor(), Qt::Key_X);
+  expect("*Q & A [*] : Templates");
+  Trigger("mnuSave");
+  expect("Q & A [*] : Templates");
   Trigger("mnuNewTenantTemplate");
   expect("New letter 1 : New Templates");
   Trigger("mnuNewOwnerTemplate");
@@ -165,8 +175,14 @@ TEST_F(MainWindow, NamesTheLetterAndThePersonInItsTitleAndTheTab) {
   platform_.dialogs.WillCancel();
   Trigger("mnuSaveAs");
   expect("New letter 2 : New Owner Templates");
+  WriteWholeFile(data / "Owner Templates", "a file where the folder should be");
   platform_.dialogs.WillType("Statement.rtf");
   Trigger("mnuSaveAs");
+  expect("*New letter 2 : New Owner Templates");
+  std::filesystem::remove(data / "Owner Templates");
+  platform_.dialogs.WillType("Statement.rtf");
+  Trigger("mnuSaveAs");
+  EXPECT_EQ(platform_.dialogs.shown().back().default_answer, "Statement.rtf");
   expect("Statement : Owner Templates");
   window_->desk().CloseAll();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -185,8 +201,64 @@ TEST_F(MainWindow, OpensTheFilesOfItsCommandLine) {
   window_->show();
   EXPECT_TRUE(QTest::qWaitFor([&] { return window_->desk().Active() != nullptr; }));
   EXPECT_EQ(window_->desk().Active()->letter().members().FilePath, folder / "Notice.rtf");
-  EXPECT_THAT(platform_.dialogs.Texts().front(), HasSubstr("53 - File not found: "));
-  EXPECT_THAT(platform_.dialogs.Texts().front(), HasSubstr("None.rtf"));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return platform_.dialogs.shown().size() == 2; }));
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("53 - File not found: "));
+  EXPECT_THAT(platform_.dialogs.Texts().back(), HasSubstr("None.rtf"));
+}
+
+// A letter that was held back, and corrected before the program ended without saving it.
+TEST_F(MainWindow, ShowsOneThingAfterTheOtherAtItsStartAndTheRecoveredLetterInFront) {
+  platform_.InstallSampleDatabase();
+  const auto data = session_.database.DataFolder();
+  std::filesystem::create_directories(data / "Templates");
+  WriteWholeFile(data / "Templates/Notice.rtf", "{\\rtf1 Dear <<Tenant Nmae>>}");
+  session_.settings.SaveSettingText("Mail", "FormsAtStartup", "0");
+  Load();
+  GenerationRequest request;
+  request.template_kind = "Templates";
+  request.template_name = "Notice";
+  request.recipients = {{"Mei Huang", "T00007"}};
+  GenerationObserver observer;
+  ASSERT_EQ(GenerateSelection(session_, request, observer).held.size(), 1U);
+  ASSERT_TRUE((window_->tree().RefreshTree(),
+               window_->letters().OpenListed(data / "Mei Huang/Notice.rtf")));
+  window_->desk().Active()->letter().rtfLetter.SetText("Dear Mei");
+  window_->KeepLetters();
+  window_.reset();
+  platform_.dialogs.ForgetShown();
+
+  window_ = std::make_unique<frmMain>(*parts_);
+  window_->MDIForm_Load();
+  const std::pair<const char*, const char*> steps[] = {{"frmUnfinishedRuns", "cmdResume"},
+                                                       {"frmUnfinishedRuns", "cmdLook"},
+                                                       {"frmRunReport", "cmdOpen"},
+                                                       {"frmUnsavedLetters", "cmdRecover"}};
+  std::size_t done = 0;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, [&] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (dialog == nullptr || done == std::size(steps)) return;
+    const auto [name, button] = steps[done++];
+    EXPECT_EQ(dialog->objectName(), name);
+    if (auto* letters = dialog->findChild<QTreeWidget*>("lstLetters")) {
+      letters->topLevelItem(0)->setCheckState(0, Qt::Checked);
+    }
+    dialog->findChild<QAbstractButton*>(button)->click();
+  });
+  timer.start(0);
+  window_->show();
+  const auto in_front = [&] {
+    const LetterWindow* letter = window_->desk().Active();
+    return letter == nullptr ? "" : letter->letter().rtfLetter.Text();
+  };
+  EXPECT_TRUE(QTest::qWaitFor([&] { return in_front() == "Dear Mei"; }));
+  EXPECT_EQ(done, std::size(steps));
+  EXPECT_EQ(window_->desk().Letters().size(), 1U);
+  EXPECT_EQ(window_->findChild<QDialog*>("frmForms"), nullptr);
+  // Resumed, the run would have handed over the letter without its correction.
+  EXPECT_THAT(platform_.dialogs.Texts(),
+              ElementsAre(HasSubstr("New template forms"), HasSubstr("Recover or discard them")));
+  window_->desk().Active()->letter().members().Changed = false;
 }
 
 TEST_F(MainWindow, ShowsTheCheckOfTheLetterInFrontAndNoOther) {
@@ -371,6 +443,9 @@ TEST_F(MainWindow, RenamesOverNoFileAndTakesTheOpenLetterAlong) {
   ctlTree& tree = window_->tree();
   TreeModel::Entry entry = *tree.model().EntryAt(tree.model().IndexOfKey("Templates/One"));
   window_->letters().Open(entry);
+  QAbstractItemModel& listed = *tree.view().model();
+  tree.view().setCurrentIndex(
+      listed.match(listed.index(0, 0), Qt::DisplayRole, "One", 1, Qt::MatchRecursive).value(0));
   const auto rename = [&] {
     QMenu menu;
     tree.FillContextMenu(menu, entry);
@@ -392,6 +467,8 @@ TEST_F(MainWindow, RenamesOverNoFileAndTakesTheOpenLetterAlong) {
   EXPECT_EQ(std::filesystem::path(open.FilePath).parent_path(), folder);
   EXPECT_TRUE(std::filesystem::exists(open.FilePath));
   EXPECT_EQ(open.Kind, "Templates");
+  ASSERT_NE(tree.Current(), nullptr);
+  EXPECT_EQ(tree.Current()->path, open.FilePath);
 }
 
 // T00005 and T00006 are called Tama O'Brien: whom a letter is for shows in its name only.
@@ -466,12 +543,20 @@ TEST_F(RentalDataInTheWindow, NoLongerSaysThatTheDatabaseIsMissingOnceItIsReadAt
   platform_.InstallSampleDatabase();
   Load();
   const auto status = [&] { return window_->statusBar()->currentMessage().toStdString(); };
+  const auto* told = window_->findChild<QLabel*>("lblDatabaseMissing");
+  const int tenants = Tenants();
+  EXPECT_GT(tenants, 0);
+  EXPECT_TRUE(told->isHidden());
   std::filesystem::rename(database, platform_.folder / "away");
   Trigger("mnuRefresh");
   EXPECT_THAT(status(), HasSubstr("tenants and owners are missing"));
+  EXPECT_EQ(Tenants(), 0);
+  EXPECT_FALSE(told->isHidden());
   std::filesystem::rename(platform_.folder / "away", database);
   Trigger("mnuRefresh");
   EXPECT_THAT(status(), HasSubstr("tenants and owners were read"));
+  EXPECT_EQ(Tenants(), tenants);
+  EXPECT_TRUE(told->isHidden());
 }
 
 TEST_F(RentalDataInTheWindow, LetsTheUserBrowseForAMissingDatabase) {

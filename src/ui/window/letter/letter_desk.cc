@@ -106,7 +106,10 @@ void LetterDesk::Add(LetterWindow* window) {
   // The frame's own menu has the keys of ours, and of two commands with one key neither works.
   for (QAction* action : frame->systemMenu()->actions())
     action->setShortcuts(QList<QKeySequence>());
-  connect(window, &LetterWindow::CaptionChanged, this, &LetterDesk::ActiveChanged);
+  connect(window, &LetterWindow::CaptionChanged, this, [this] {
+    ShowTabTexts();
+    emit ActiveChanged();
+  });
   connect(frame, &QObject::destroyed, this, [this] {
     ShowWelcomeWhereEmpty();
     emit ActiveChanged();
@@ -119,6 +122,7 @@ void LetterDesk::Add(LetterWindow* window) {
     frame->show();
   }
   window->setFocus();
+  ShowTabTexts();
   emit Added(window);
   emit ActiveChanged();
 }
@@ -136,6 +140,21 @@ void LetterDesk::ShowAsTabs(bool tabs) {
     // Shortened, many names would be one letter each; the bar scrolls instead.
     bar->setElideMode(Qt::ElideNone);
     bar->setAccessibleName(tr("Open letters"));
+  }
+  ShowTabTexts();
+}
+
+// The area itself takes an "&" in a name for the mark of a mnemonic. The tabs are in the order of
+// its windows, also once they were moved.
+void LetterDesk::ShowTabTexts() {
+  auto* const bar = Tabbed() ? area_->findChild<QTabBar*>() : nullptr;
+  if (bar == nullptr) return;
+  int tab = 0;
+  for (const QMdiSubWindow* frame : area_->subWindowList()) {
+    if (const auto* letter = qobject_cast<LetterWindow*>(frame->widget())) {
+      bar->setTabText(tab, letter->TabText().replace(QLatin1Char('&'), QLatin1String("&&")));
+    }
+    ++tab;
   }
 }
 

@@ -42,6 +42,7 @@ class LetterDesk : public QStackedWidget {
 
  private:
   void ShowWelcomeWhereEmpty();
+  void ShowTabTexts();
 
   QMdiArea* area_;
   QWidget* welcome_;

@@ -195,18 +195,24 @@ QString LetterWindow::ShownName() const {
   return QString::fromStdString(name);
 }
 
+QString LetterWindow::Title() const {
+  const auto recipient = PreviewedRecipient();
+  if (!recipient) return ShownName();
+  return tr("%1 – preview of %2").arg(ShownName(), QString::fromStdString(recipient->name));
+}
+
+// The mark is in front, where neither a narrow tab nor a long title cuts it off.
+QString LetterWindow::TabText() const {
+  return (isWindowModified() ? QStringLiteral("*") : QString()) + Title();
+}
+
 void LetterWindow::ShowCaption() {
   if (!letter_.members().Changed) editor().MarkSaved();
   bar_->setVisible(CanPreview());
   leave_->setEnabled(Previewing());
-  QString title = ShownName();
-  if (const auto recipient = PreviewedRecipient()) {
-    title = tr("%1 – preview of %2").arg(title, QString::fromStdString(recipient->name));
-  }
   // In a title, "[*]" is where Qt marks what is changed, and "[*][*]" is that text itself.
-  // The mark is in front, where neither a narrow tab nor a long title cuts it off.
   setWindowTitle(QStringLiteral("[*]") +
-                 title.replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
+                 Title().replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
   setWindowModified(letter_.members().Changed);
   emit CaptionChanged();
 }

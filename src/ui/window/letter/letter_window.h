@@ -74,6 +74,8 @@ class LetterWindow : public QWidget, private LetterHost {
   // What its tab and the main window's title call the letter: by the name that the library shows,
   // and a letter to a person by that person too, "Rent review - Jane Smith".
   QString ShownName() const;
+  // The same with whose letter is previewed, and "*" in front of what is changed.
+  QString TabText() const;
   // What a new letter is called until it is saved, whatever title it was to be saved under.
   void SetNameWhileUnsaved(const std::string& name) { name_while_unsaved_ = name; }
 
@@ -89,6 +91,7 @@ class LetterWindow : public QWidget, private LetterHost {
   void ShowFutureDateDialog(RichTextBox& editor) override;
   void FocusEditor() override { editor().setFocus(); }
   void BeforeSave() override {}  // the editor passes on each change as it is made
+  QString Title() const;
   void ShowCaption() override;
   void SetWidth(int twips) override;
   void CloseLetter() override;

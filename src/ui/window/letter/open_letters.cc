@@ -141,7 +141,8 @@ void OpenLetters::StartNew(std::string_view kind) {
 
 bool OpenLetters::OpenRecovered(const UnsavedLetter& kept) {
   return Guarded(session_.platform.dialogs, "frmMain - OpenRecovered", [&] {
-    if (LetterWindow* open = kept.path.empty() ? nullptr : desk_.OfFile(kept.path)) {
+    LetterWindow* const open = kept.path.empty() ? nullptr : desk_.OfFile(kept.path);
+    if (open != nullptr && open->letter().members().Changed) {
       desk_.BringToFront(open);
       throw StandardError(error_number::kPathFileAccess,
                           kept.path + " is open; close it before it is recovered");
@@ -149,6 +150,7 @@ bool OpenLetters::OpenRecovered(const UnsavedLetter& kept) {
     std::unique_ptr<LetterWindow> window = MakeWindow();
     window->letter().Recover(kept);
     RequireShowable(window->letter().rtfLetter, kept.title);
+    if (open != nullptr) open->CloseNow();
     PutOnDesk(std::move(window));
   });
 }

@@ -45,8 +45,8 @@ class OpenLetters : private LetterWindow::Surroundings {
   RecentLetters& recent() { return recent_; }
   // Starts a letter called "New letter 1", "New letter 2" and so on until it is saved.
   void StartNew(std::string_view kind);
-  // Opens what was kept of a letter, as changed. An error is shown and gives false, also where the
-  // letter of its file is open.
+  // Opens what was kept of a letter, as changed, in place of the unchanged letter of its file. An
+  // error is shown and gives false, also where that is changed too.
   bool OpenRecovered(const UnsavedLetter& kept);
   // Deletes the file after confirmation and closes the letter if it is open.
   void Delete(const TreeModel::Entry& entry);

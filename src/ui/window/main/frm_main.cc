@@ -27,6 +27,7 @@ namespace tenora {
 namespace {
 
 constexpr const char* kLoad = "MDIForm_Load";
+constexpr const char* kDisplay = "MDIForm_Activate";
 constexpr int kTellFor = 10000;   // milliseconds in the status bar
 constexpr int kLowWindow = 480;   // pixels of a window with no room for two panels
 constexpr int kLeastHeight = 84;  // pixels of the tree and the letters, below which panels may push
@@ -73,7 +74,8 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
       rental_data_(session_, this),
       runs_(
           session_, *tree_, letters_, printers_,
-          [this](const QString& title, const Work& work) { RunBeside(title, work); }, this),
+          [this](const QString& title, const Work& work) { RunBeside(title, work); },
+          [this](const std::filesystem::path& file) { return keeper_.HasLeft(file); }, this),
       generate_(session_, *tree_, letters_, printers_, rental_data_, runs_, this),
       imports_(session_, *tree_, letters_, *lint_panel_,
                [this](const QString& title, const Work& work) { RunBeside(title, work); }),
@@ -177,6 +179,7 @@ void frmMain::ConnectParts() {
   connect(&runs_, &LetterRuns::Told, this, tell);
   connect(&tree_commands_, &TreeCommands::Told, this, tell);
   connect(&rental_data_, &RentalDataLoad::Told, this, tell);
+  connect(&rental_data_, &RentalDataLoad::Missing, tree_, &ctlTree::SetDatabaseMissing);
   connect(&rental_data_, &RentalDataLoad::Reloaded, tree_, &ctlTree::RefreshTree);
   connect(&rental_data_, &RentalDataLoad::Reloaded, this, [this] { letters_.RefreshPreviews(); });
   connect(&rental_data_, &RentalDataLoad::CustomFieldsRead, this,
@@ -227,21 +230,22 @@ void frmMain::showEvent(QShowEvent* event) {
   if (std::exchange(displayed_, true)) return;
   // Deferred until the window is on the screen, so that messages appear in front of it.
   QMetaObject::invokeMethod(
-      this, [this] { Guard("MDIForm_Activate", [this] { FirstDisplay(); }); },
-      Qt::QueuedConnection);
+      this, [this] { Guard(kDisplay, [this] { FirstDisplay(); }); }, Qt::QueuedConnection);
 }
 
+// One after the other. Nothing lies over the letter that was recovered or named at the end.
 void frmMain::FirstDisplay() {
-  layout_.RestoreTree();
-  keeper_.OfferLeft(this);
-  OpenNamedFiles();
+  Guard(kDisplay, [this] { layout_.RestoreTree(); });
   if (parts_.command_line.Contains("/NewFormsInstalled")) {
     session_.platform.dialogs.Say(
         "New template forms have been installed.  They are available on the left side of the "
         "screen in the 'Templates' group");
   }
-  if (frmForms::WantedAtStartup(session_.settings)) help_.ShowForms();
-  runs_.ShowUnfinished();
+  bool shown = !parts_.files.empty();
+  Guard(kDisplay, [&] { shown = runs_.ShowUnfinished() || shown; });
+  Guard(kDisplay, [&] { shown = keeper_.OfferLeft(this) || shown; });
+  OpenNamedFiles();
+  if (!shown && frmForms::WantedAtStartup(session_.settings)) help_.ShowForms();
 }
 
 void frmMain::OpenNamedFiles() {

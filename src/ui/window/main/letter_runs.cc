@@ -130,6 +130,13 @@ void LetterRuns::Open(const std::vector<LetterReport>& reports) {
 
 bool LetterRuns::CheckSaved(const std::vector<LetterReport>& reports) {
   return std::ranges::all_of(reports, [this](const LetterReport& report) {
+    if (left_unsaved_(report.file)) {
+      session_.platform.dialogs.Say(
+          "Changes of this letter were not saved when Tenora last ended:\r\n" +
+          report.file.string() +
+          "\r\nRecover or discard them first (Tools, Recover Unsaved Letters).");
+      return false;
+    }
     LetterWindow* open = letters_.OfFile(report.file);
     return open == nullptr || open->letter().CheckSave();
   });

@@ -25,15 +25,19 @@ class LetterRuns : public QObject {
  public:
   using Letters = std::function<GenerationSummary(GenerationObserver& observer)>;
 
+  // Whether changes of the letter in a file were left unsaved when the program last ended.
+  using LeftUnsaved = std::function<bool(const std::filesystem::path& file)>;
+
   // Everything passed in must outlive this object. `run` runs the letters; `window` is the parent
   // of the dialogs.
   LetterRuns(Session& session, ctlTree& tree, OpenLetters& letters, WindowPrinters& printers,
-             WorkRunner run, QWidget* window)
+             WorkRunner run, LeftUnsaved left_unsaved, QWidget* window)
       : session_(session),
         tree_(tree),
         letters_(letters),
         printers_(printers),
         run_(std::move(run)),
+        left_unsaved_(std::move(left_unsaved)),
         window_(window) {}
 
   // Makes the letters; opens the only one that was asked for. What is left is shown, and done as
@@ -59,7 +63,7 @@ class LetterRuns : public QObject {
   void Forget(const UnfinishedRun& run);
   // False when the user cancels.
   bool TakePrinter(const std::string& wanted);
-  // Whether nothing of these letters waits to be saved in an open window.
+  // Whether nothing of these letters waits to be saved in an open window, or to be recovered.
   bool CheckSaved(const std::vector<LetterReport>& reports);
 
   Session& session_;
@@ -67,6 +71,7 @@ class LetterRuns : public QObject {
   OpenLetters& letters_;
   WindowPrinters& printers_;
   WorkRunner run_;
+  LeftUnsaved left_unsaved_;
   QWidget* window_;
 };
 

@@ -14,6 +14,7 @@ QString Tr(const char* text) { return QCoreApplication::translate("LetterStatus"
 QLabel* AddLabel(QStatusBar& bar, const char* name) {
   auto* label = new QLabel(&bar);
   label->setObjectName(QLatin1String(name));
+  label->setTextFormat(Qt::PlainText);
   label->setContentsMargins(8, 0, 8, 0);
   label->setFrameShape(QFrame::StyledPanel);
   bar.addPermanentWidget(label);

@@ -43,6 +43,7 @@ void RentalDataLoad::Load() {
   database.OnMissing({});
   // The error has been shown; each of the loads below would only fail again.
   WatchForMissing(!database.IsOpen());
+  emit Missing(!database.IsOpen());
   if (!database.IsOpen()) {
     told_missing_ = true;
     emit Told(

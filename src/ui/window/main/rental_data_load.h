@@ -32,6 +32,9 @@ class RentalDataLoad : public QObject {
  signals:
   // For the status bar.
   void Told(const QString& message);
+  // By each load: whether there was no database to read. The caches still have what was read
+  // before.
+  void Missing(bool missing);
   void CustomFieldsRead(const tenora::CustomFieldCodes& codes);
   // By LoadIfChanged, or since a database has turned up.
   void Reloaded();

@@ -110,7 +110,7 @@ void TreeCommands::Rename(const Entry& entry) {
     open->letter().members().LetterTitle = name;
     open->letter().UpdateCaption();
   }
-  tree_.RefreshTree();
+  tree_.RefreshAfterRename(path);
   emit Told(tr("Renamed to %1").arg(QString::fromStdString(name)));
 }
 

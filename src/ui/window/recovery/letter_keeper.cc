@@ -113,6 +113,14 @@ bool LetterKeeper::OfferLeft(QWidget* window) {
   return true;
 }
 
+bool LetterKeeper::HasLeft(const std::filesystem::path& file) {
+  writing_.waitForDone();
+  const std::vector<UnsavedStore::Left> left =
+      store_.FindLeft(session_.platform.program_folder.string());
+  return std::ranges::any_of(
+      left, [&](const UnsavedStore::Left& each) { return each.letter.path == file.string(); });
+}
+
 bool LetterKeeper::Recover(const UnsavedStore::Left& left) {
   if (!letters_.OpenRecovered(left.letter)) return false;
   // Only what is safe here may go there.

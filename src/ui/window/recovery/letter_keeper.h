@@ -40,6 +40,8 @@ class LetterKeeper : public QObject {
   // Shows what earlier programs have left, for the user to recover or discard; false where there is
   // nothing. `window` is the parent of the dialog.
   bool OfferLeft(QWidget* window);
+  // Whether they have left changes of the letter in this file.
+  bool HasLeft(const std::filesystem::path& file);
 
  private:
   struct Watched {

@@ -60,11 +60,12 @@ ctlTree::ctlTree(Session& session, QWidget* parent)
       filter_(model_),
       search_(new QLineEdit(this)),
       nothing_found_(new QLabel(this)),
+      missing_(new QLabel(this)),
       view_(new QTreeView(this)) {
   setObjectName(QStringLiteral("ctlTree"));
   BuildView();
   search_->setObjectName(QStringLiteral("txtTreeSearch"));
-  search_->setPlaceholderText(tr("Search templates, people, letters"));
+  search_->setPlaceholderText(tr("Search names, addresses, letters"));
   search_->setAccessibleName(tr("Search the tree"));
   search_->setClearButtonEnabled(true);
   search_->addAction(LineIcon("find"), QLineEdit::LeadingPosition)->setText(tr("Search"));
@@ -74,12 +75,18 @@ ctlTree::ctlTree(Session& session, QWidget* parent)
   nothing_found_->setWordWrap(true);
   nothing_found_->setMargin(6);
   nothing_found_->hide();
+  missing_->setObjectName(QStringLiteral("lblDatabaseMissing"));
+  missing_->setTextFormat(Qt::PlainText);
+  missing_->setWordWrap(true);
+  missing_->setMargin(6);
+  missing_->hide();
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(6, 6, 0, 0);
   layout->setSpacing(6);
   layout->addWidget(search_);
   layout->addWidget(nothing_found_);
+  layout->addWidget(missing_);
   layout->addWidget(view_);
 
   refresh_soon_.setSingleShot(true);
@@ -190,6 +197,26 @@ void ctlTree::RefreshTree() {
   TellWhatIsFound();
 }
 
+void ctlTree::SetDatabaseMissing(bool missing) {
+  model_.ListRecipients(!missing);
+  missing_->setVisible(missing);
+  if (!missing) return;
+  missing_->setText(
+      tr("The rental database is not there. Tenants and owners are listed again once "
+         "it is."));
+}
+
+void ctlTree::RefreshAfterRename(const std::filesystem::path& renamed) {
+  const QPersistentModelIndex folder = Source(view_->currentIndex()).parent();
+  RefreshTree();
+  for (int row = 0; folder.isValid() && row < model_.rowCount(folder); ++row) {
+    const QModelIndex index = model_.index(row, 0, folder);
+    // A search may leave it out now.
+    const QModelIndex shown = filter_.mapFromSource(index);
+    if (model_.EntryAt(index)->path == renamed && shown.isValid()) view_->setCurrentIndex(shown);
+  }
+}
+
 const ctlTree::Entry* ctlTree::Current() const {
   return model_.EntryAt(Source(view_->currentIndex()));
 }
@@ -279,7 +306,7 @@ void ctlTree::TellWhatIsFound() {
     nothing_found_->setText(tr("Looking through the saved letters…"));
   } else if (nothing) {
     nothing_found_->setText(
-        tr("No template, tenant, owner or letter is called \"%1\". Escape in the search "
+        tr("No template, tenant, owner, address or letter is called \"%1\". Escape in the search "
            "box shows them all again.")
             .arg(search_->text().trimmed().left(kHintLength)));
   } else if (more_letters_) {

@@ -29,6 +29,10 @@ class ctlTree : public QWidget {
 
   // Reloads from folders and caches; expanded and selected entries stay so.
   void RefreshTree();
+  // The same, with the selection on a file that had another name in the selected one's place.
+  void RefreshAfterRename(const std::filesystem::path& renamed);
+  // Says so, and lists neither tenants nor owners from the next refresh on.
+  void SetDatabaseMissing(bool missing);
   // While held, refreshing is postponed: work on another thread may be changing the caches.
   void Hold(bool hold);
   // The selected entry, or null.
@@ -69,6 +73,7 @@ class ctlTree : public QWidget {
   TreeFilter filter_;
   QLineEdit* search_;
   QLabel* nothing_found_;
+  QLabel* missing_;
   QTreeView* view_;
   QFileSystemWatcher watcher_;
   QTimer refresh_soon_;
