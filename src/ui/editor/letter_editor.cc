@@ -44,6 +44,9 @@ LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent)
     if (viewportMargins() != margins) setViewportMargins(margins);
   });
   connect(&letter_, &EditedLetter::SavedAgain, this, &LetterEditor::SavedAgain);
+  marker_->SetLetterSpacing(
+      [this](const QTextCharFormat& format) { return formats().LetterSpacing(format); });
+  connect(&paper_, &PaperLayout::ZoomChanged, marker_, &CodeMarker::rehighlight);
   connect(&letter_, &EditedLetter::Cleared, this, &LetterEditor::ShowTop, Qt::QueuedConnection);
   connect(this, &QTextEdit::cursorPositionChanged, this, &LetterEditor::ShowTop,
           Qt::QueuedConnection);

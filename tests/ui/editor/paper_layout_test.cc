@@ -3,9 +3,13 @@
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextFrame>
+#include <QTextLayout>
+#include <algorithm>
 #include <cmath>
 
 #include "editor_fixture.h"
+#include "platform/printing/document_length.h"
+#include "platform/printing/preview_pages.h"
 
 namespace tenora {
 namespace {
@@ -89,6 +93,71 @@ TEST_F(EditorTest, ShowsWholeSheetsDownToTheLastPagesEnd) {
   editor.paper().SetLook(look);
   QCoreApplication::processEvents();
   EXPECT_LT(ScrolledHeight(editor), 700) << "text alone ends with its last line";
+}
+
+// Where lines begin on paper of one line's height, or pages on a higher one.
+std::vector<int> StartsOnPaper(const richtext::Document& letter, int text_width, int height) {
+  const auto printers = printing::Printers::Create({});
+  printers->SetCurrent(printing::kPdfPrinterName);
+  printing::PreviewPages pages(printers->Current());
+  printing::FormatRange range;
+  range.document = &letter;
+  range.page_rect = {0, 0, text_width, height};
+  range.print_rect = range.page_rect;
+  while (range.range.from < printing::DocumentLength(letter)) {
+    range.range.from = pages.Current().Format(range);
+  }
+  return pages.PageStarts();
+}
+
+std::vector<int> StartsOnScreen(const QTextDocument& document) {
+  std::vector<int> starts;
+  for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+    for (int i = 0; i < block.layout()->lineCount(); ++i)
+      starts.push_back(block.position() + block.layout()->lineAt(i).textStart());
+  }
+  return starts;
+}
+
+TEST_F(EditorTest, BreaksLinesAndPagesWhereTheyBreakOnPaper) {
+  const int text_width = 9638, page_height = 8000;
+  std::string words;
+  for (int i = 0; i < 30; ++i) {
+    words += "We have looked at account no. " + std::to_string(i * 7919) +
+             " again, and the rent of $" + std::to_string(i * 31) +
+             ".50 for 25 Kauri Street is due on Friday the 1st; will you kindly see to it, or let "
+             "us know before the end of this month how much of it you can pay and when?\\par ";
+  }
+  std::size_t lines = 0, differing = 0;
+  for (const char* format :
+       {"\\f0\\fs16", "\\f0\\fs19", "\\f0\\fs20", "\\f1\\fs22", "\\f1\\fs24", "\\f1\\b\\fs28"}) {
+    Open(std::string("\\pard") + format + " " + words);
+    const std::vector<int> on_paper = StartsOnPaper(box.Document(), text_width, 20);
+    const int next_page = StartsOnPaper(box.Document(), text_width, page_height).front();
+    for (const double zoom : {0.75, 1.0, 1.25, 2.0}) {
+      editor.paper().SetLook(
+          {.sheet = true, .width = text_width + 2000, .left = 1000, .right = 1000});
+      editor.paper().SetZoom(zoom);
+      QCoreApplication::processEvents();
+      const std::vector<int> on_screen = StartsOnScreen(*editor.document());
+      lines += on_paper.size();
+      differing += static_cast<std::size_t>(std::ranges::count_if(on_paper, [&](int start) {
+        return std::ranges::find(on_screen, start) == on_screen.end();
+      }));
+      // The line that is the next page's first on paper is the first that does not end above this
+      // one's end here.
+      QTextCursor cursor(editor.document());
+      const QTextLayout& layout = *cursor.block().layout();
+      const double pitch = layout.lineAt(1).y() - layout.lineAt(0).y();
+      const double top = editor.cursorRect(cursor).top();
+      cursor.setPosition(next_page);
+      const double next = editor.cursorRect(cursor).top() - top;
+      const double end = PixelsOfTwips(page_height) * zoom;
+      EXPECT_LE(next, end + 1) << format << " " << zoom;
+      EXPECT_GE(next + pitch, end - 1) << format << " " << zoom;
+    }
+  }
+  EXPECT_LE(differing, lines / 100) << "of " << lines;
 }
 
 TEST_F(EditorTest, GoesUpToTheSheetsEdgeWithTheCaret) {

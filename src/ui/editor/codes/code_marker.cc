@@ -63,6 +63,33 @@ void CodeMarker::highlightBlock(const QString& text) {
   }
   for (const CodeSpan& code : CodesIn(text))
     setFormat(static_cast<int>(code.start), static_cast<int>(code.length), LookOf(code.kind));
+  SpaceLetters();
+}
+
+void CodeMarker::SetLetterSpacing(std::function<double(const QTextCharFormat&)> spacing) {
+  spacing_ = std::move(spacing);
+  rehighlight();
+}
+
+void CodeMarker::SpaceLetters() {
+  if (!spacing_) return;
+  const QTextBlock block = currentBlock();
+  for (auto it = block.begin(); !it.atEnd(); ++it) {
+    const QTextFragment fragment = it.fragment();
+    if (fragment.charFormat().objectType() != QTextFormat::NoObject) continue;
+    const double spacing = spacing_(fragment.charFormat());
+    int at = fragment.position() - block.position();
+    const int end = at + fragment.length();
+    while (at < end) {
+      QTextCharFormat look = format(at);
+      int next = at + 1;
+      while (next < end && format(next) == look) ++next;
+      look.setFontLetterSpacingType(QFont::PercentageSpacing);
+      look.setFontLetterSpacing(spacing);
+      setFormat(at, next - at, look);
+      at = next;
+    }
+  }
 }
 
 std::vector<CodeMarker::Word> CodeMarker::MisspeltWords(const QString& text) const {

@@ -1,4 +1,5 @@
-// Marks merge codes, misspelt words and protected text while a letter is written.
+// Marks merge codes, misspelt words and protected text while a letter is written, and sets letters
+// as far apart as they are on paper.
 #pragma once
 
 #include <QSet>
@@ -22,6 +23,8 @@ class CodeMarker : public QSyntaxHighlighter {
   void SetCodes(const QSet<QString>& names);
   // Says whether a word is misspelt; empty: words are not checked.
   void SetMisspelt(std::function<bool(const QString&)> misspelt);
+  // Says how far apart letters of a format are, percent.
+  void SetLetterSpacing(std::function<double(const QTextCharFormat&)> spacing);
   // Selects the misspelt word that a position of the document is in or beside; nothing without one.
   QTextCursor MisspeltAt(int position) const;
 
@@ -35,9 +38,11 @@ class CodeMarker : public QSyntaxHighlighter {
   std::vector<CodeSpan> CodesIn(const QString& text) const;
   std::vector<Word> MisspeltWords(const QString& text) const;
   void MarkProtected();
+  void SpaceLetters();
 
   QSet<QString> names_;
   std::function<bool(const QString&)> misspelt_;
+  std::function<double(const QTextCharFormat&)> spacing_;
 };
 
 }  // namespace tenora

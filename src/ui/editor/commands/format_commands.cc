@@ -121,6 +121,10 @@ void FormatCommands::FormatRange(
     edit.setPosition(piece.to, QTextCursor::KeepAnchor);
     edit.setCharFormat(changed(piece.format));
   }
+  for (const QTextBlock& block : SelectedBlocks()) {
+    edit.setPosition(block.position());
+    formats.FitLines(&edit);
+  }
   edit.endEditBlock();
   emit control.currentCharFormatChanged(control.currentCharFormat());
 }
@@ -138,7 +142,7 @@ void FormatCommands::ChangeParagraphs(
     richtext::ParagraphFormat format = formats.ParagraphOf(block.blockFormat());
     change(format);
     edit.setPosition(block.position());
-    edit.setBlockFormat(formats.Paragraph(format));
+    edit.setBlockFormat(formats.Fitted(format, block));
   }
   edit.endEditBlock();
 }

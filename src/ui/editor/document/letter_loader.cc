@@ -211,6 +211,7 @@ void LetterLoader::InsertContent(QTextCursor* cursor, const Paragraph& paragraph
     offset += run.text.size();
   }
   insert_marks(static_cast<std::size_t>(-1), nullptr);
+  formats_.FitLines(cursor);
   if (paragraph.next_section == nullptr) return;
   InlineObject section_end;
   section_end.kind = InlineObject::Kind::kSection;

@@ -18,6 +18,7 @@ namespace tenora {
 namespace {
 
 constexpr double kLeastZoom = 0.25, kMostZoom = 5;
+constexpr int kOverhang = 4;             // twips that a line may be longer, as on paper
 constexpr int kWindowMargin = 240;       // twips around text that wraps at the window
 constexpr int kWindowTableWidth = 9000;  // twips of a table where lines end at the window
 
@@ -93,9 +94,12 @@ void PaperLayout::FitIndentsToZoom() {
   history_.ChangeLooks([&] {
     for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
       const QTextBlockFormat format = block.blockFormat();
-      if (format.textIndent() == 0 && format.rightMargin() == 0) continue;
-      if (format.hasProperty(kParagraphProperty))
-        QTextCursor(block).setBlockFormat(formats.Paragraph(formats.ParagraphOf(format)));
+      if (!format.hasProperty(kParagraphProperty)) continue;
+      const QTextBlockFormat wanted = formats.Fitted(formats.ParagraphOf(format), block);
+      const bool fits = wanted.textIndent() == format.textIndent() &&
+                        wanted.rightMargin() == format.rightMargin() &&
+                        wanted.lineHeight() == format.lineHeight();
+      if (!fits) QTextCursor(block).setBlockFormat(wanted);
     }
   });
 }
@@ -121,19 +125,22 @@ void PaperLayout::LayOut() {
   QTextEdit& control = letter_.control();
   const bool page = look_.HasPage();
   const int desk = look_.sheet ? kDesk : 0;
+  const int width = static_cast<int>(std::lround(PixelsOfTwips(look_.width) * zoom_));
+  // The paper is whole pixels wide; the text is as wide as it is on it.
+  const double enlarged = static_cast<double>(device_->logicalDpiX()) / ScreenDpi();
+  const double right = width / enlarged - PixelsOfTwips(look_.width - look_.right + kOverhang);
   letter_.WithoutEdit([&] {
     QTextFrame* const frame = control.document()->rootFrame();
     const QTextFrameFormat format = frame->frameFormat();
     QTextFrameFormat wanted = format;
     wanted.setLeftMargin(PixelsOfTwips(page ? look_.left : kWindowMargin));
-    wanted.setRightMargin(PixelsOfTwips(page ? look_.right : kWindowMargin));
+    wanted.setRightMargin(page ? right : PixelsOfTwips(kWindowMargin));
     wanted.setTopMargin(PixelsOfTwips(page ? look_.top + desk : kWindowMargin));
     wanted.setBottomMargin(PixelsOfTwips(page ? look_.bottom + desk : kWindowMargin));
     wanted.setProperty(InlineObjects::kPageTextWidth, PageTextWidth());
     if (wanted != format) history_.ChangeLooks([&] { frame->setFrameFormat(wanted); });
     int free_width = 0;
     if (page) {
-      const int width = static_cast<int>(std::lround(PixelsOfTwips(look_.width) * zoom_));
       control.setLineWrapMode(QTextEdit::FixedPixelWidth);
       // Only a new width: Qt lays the whole letter out for the same one too, and asks again while
       // the layout of a long one goes on.

@@ -109,11 +109,13 @@ QList<QTextOption::Tab> ShownTabs(const ParagraphFormat& format, int default_tab
   return tabs;
 }
 
-void SetLineHeight(const ParagraphFormat& format, QTextBlockFormat* shown) {
-  if (format.line_spacing == 0) return shown->setLineHeight(100, QTextBlockFormat::SingleHeight);
+// `pitch` is the part of the height of Qt's lines that they are to have.
+void SetLineHeight(const ParagraphFormat& format, double pitch, QTextBlockFormat* shown) {
+  if (format.line_spacing == 0)
+    return shown->setLineHeight(100 * pitch, QTextBlockFormat::ProportionalHeight);
   const double height = PixelsOfTwips(std::abs(format.line_spacing));
   if (format.line_spacing_multiple)
-    shown->setLineHeight(format.line_spacing / 2.4, QTextBlockFormat::ProportionalHeight);
+    shown->setLineHeight(format.line_spacing / 2.4 * pitch, QTextBlockFormat::ProportionalHeight);
   else if (format.line_spacing < 0)
     shown->setLineHeight(height, QTextBlockFormat::FixedHeight);
   else
@@ -203,7 +205,7 @@ QTextBlockFormat LetterFormats::Paragraph(const ParagraphFormat& format) {
   const bool spaced = format.contextual_style < 0;
   shown.setTopMargin(spaced ? PixelsOfTwips(format.space_before) : 0);
   shown.setBottomMargin(spaced ? PixelsOfTwips(format.space_after) : 0);
-  SetLineHeight(format, &shown);
+  SetLineHeight(format, 1, &shown);
   const QList<QTextOption::Tab> tabs = ShownTabs(format, head_.default_tab);
   if (!tabs.isEmpty()) shown.setTabPositions(tabs);
   shown.setNonBreakableLines(false);
@@ -212,6 +214,53 @@ QTextBlockFormat LetterFormats::Paragraph(const ParagraphFormat& format) {
   const QColor shading = ColourAt(format.shading);
   shown.setBackground(shading.isValid() ? QBrush(shading) : QBrush(Qt::NoBrush));
   return shown;
+}
+
+// None where a picture in the line sets its height.
+std::optional<CharFormat> LetterFormats::MainText(const QTextBlock& block) {
+  QTextCharFormat longest = block.charFormat();
+  int length = 0;
+  for (auto it = block.begin(); !it.atEnd(); ++it) {
+    const QTextFragment fragment = it.fragment();
+    const QTextCharFormat format = fragment.charFormat();
+    if (format.objectType() == QTextFormat::NoObject) {
+      if (fragment.length() <= length) continue;
+      length = fragment.length();
+      longest = format;
+    } else if (const auto object = SharedProperty<InlineObject>(format, kObjectProperty)) {
+      const bool high = object->kind == InlineObject::Kind::kPicture ||
+                        object->kind == InlineObject::Kind::kVerbatim;
+      if (high && format.objectIndex() < 0) return std::nullopt;
+    }
+  }
+  return CharOf(longest);
+}
+
+QTextBlockFormat LetterFormats::Fitted(const ParagraphFormat& format, const QTextBlock& block) {
+  QTextBlockFormat shown = Paragraph(format);
+  if (format.line_spacing != 0 && !format.line_spacing_multiple) return shown;
+  if (const auto text = MainText(block))
+    SetLineHeight(format, fits_.Of(Family(text->font), *text).line_pitch, &shown);
+  return shown;
+}
+
+void LetterFormats::FitLines(QTextCursor* cursor) {
+  const QTextBlockFormat format = cursor->blockFormat();
+  if (!format.hasProperty(kParagraphProperty)) return;
+  const QTextBlockFormat wanted = Fitted(ParagraphOf(format), cursor->block());
+  if (wanted.lineHeight() != format.lineHeight()) cursor->setBlockFormat(wanted);
+}
+
+double LetterFormats::LetterSpacing(const QTextCharFormat& format) {
+  // Qt sets raised letters in a size of their own.
+  if (format.verticalAlignment() != QTextCharFormat::AlignNormal) return 100;
+  const CharFormat text = CharOf(format);
+  return fits_.Of(Family(text.font), text).letter_spacing;
+}
+
+void LetterFormats::SetZoom(double zoom) {
+  zoom_ = zoom;
+  fits_.SetResolution(static_cast<int>(std::lround(ScreenDpi() * zoom)));
 }
 
 CharFormat LetterFormats::CharOf(const QTextCharFormat& format) {

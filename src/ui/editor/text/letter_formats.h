@@ -3,14 +3,18 @@
 #pragma once
 
 #include <QColor>
+#include <QTextBlock>
 #include <QTextBlockFormat>
 #include <QTextCharFormat>
+#include <QTextCursor>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/richtext/document.h"
+#include "ui/editor/text/screen_fit.h"
 
 namespace tenora {
 
@@ -25,12 +29,18 @@ class LetterFormats {
   void SetHead(richtext::Document head);
 
   // The factor for lengths that Qt does not scale itself.
-  void SetZoom(double zoom) { zoom_ = zoom; }
+  void SetZoom(double zoom);
 
   QTextCharFormat Char(const richtext::CharFormat& format);
   // The properties that set the height of an empty paragraph, to be merged into its block's format.
   QTextCharFormat Mark(const richtext::CharFormat& format);
   QTextBlockFormat Paragraph(const richtext::ParagraphFormat& format);
+  // The same with lines as high as on paper for most of the text that the block has now.
+  QTextBlockFormat Fitted(const richtext::ParagraphFormat& format, const QTextBlock& block);
+  // Makes the lines of the cursor's block as high as on paper.
+  void FitLines(QTextCursor* cursor);
+  // Of text on the screen, percent, so that it is as wide as on paper.
+  double LetterSpacing(const QTextCharFormat& format);
 
   // The letter's format of text in Qt's document; for text from elsewhere the nearest one.
   richtext::CharFormat CharOf(const QTextCharFormat& format);
@@ -52,9 +62,11 @@ class LetterFormats {
 
  private:
   const QString& Family(int font);
+  std::optional<richtext::CharFormat> MainText(const QTextBlock& block);
 
   richtext::Document head_;
   double zoom_ = 1;
+  ScreenFits fits_;
   std::map<int, QString> families_;
   std::vector<std::pair<richtext::CharFormat, QTextCharFormat>> recent_;
 };
