@@ -46,7 +46,7 @@ LetterEditor::LetterEditor(RichTextBox& box, QWidget* parent)
   connect(&letter_, &EditedLetter::SavedAgain, this, &LetterEditor::SavedAgain);
   marker_->SetLetterSpacing(
       [this](const QTextCharFormat& format) { return formats().LetterSpacing(format); });
-  connect(&paper_, &PaperLayout::ZoomChanged, marker_, &CodeMarker::rehighlight);
+  connect(&paper_, &PaperLayout::FontsChanged, marker_, &CodeMarker::rehighlight);
   connect(&letter_, &EditedLetter::Cleared, this, &LetterEditor::ShowTop, Qt::QueuedConnection);
   connect(this, &QTextEdit::cursorPositionChanged, this, &LetterEditor::ShowTop,
           Qt::QueuedConnection);

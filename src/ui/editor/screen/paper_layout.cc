@@ -80,7 +80,11 @@ void PaperLayout::SetZoom(double zoom) {
   document->documentLayout()->setPaintDevice(device_.get());
   LayOut();
   letter_.formats().SetZoom(zoom_);
+  // Else Qt would lay the rest of the letter out anew with each paragraph.
+  document->setLayoutEnabled(false);
   FitIndentsToZoom();
+  emit FontsChanged();
+  document->setLayoutEnabled(true);
   document->markContentsDirty(0, document->characterCount());
   emit ZoomChanged(zoom_);
 }

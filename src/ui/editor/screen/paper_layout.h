@@ -47,6 +47,8 @@ class PaperLayout : public QObject {
 
  signals:
   void ZoomChanged(double zoom);
+  // By the zoom, before the letter is laid out with it.
+  void FontsChanged();
   void PaperChanged();
   void LaidOut();
   // The free space in the window at both sides of the paper, pixels.
