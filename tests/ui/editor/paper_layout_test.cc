@@ -160,6 +160,25 @@ TEST_F(EditorTest, BreaksLinesAndPagesWhereTheyBreakOnPaper) {
   EXPECT_LE(differing, lines / 100) << "of " << lines;
 }
 
+// A picture of a blue pixel, drawn so large; twips.
+std::string PictureSource(int width, int height) {
+  return "{\\pict\\pngblip\\picwgoal" + std::to_string(width) + "\\pichgoal" +
+         std::to_string(height) +
+         " 89504e470d0a1a0a0000000d49484452000000010000000108020000009077"
+         "53de0000000c49444154789c6360600000000400017dac7a160000000049454e44ae426082}";
+}
+
+TEST_F(EditorTest, ShowsAPictureAsWideAsTheTextWithoutAScrollBar) {
+  Open("\\pard\\f0\\fs24 " + PictureSource(9638, 1500) + "\\par text");
+  editor.resize(1200, 500);
+  for (const double zoom : {0.9, 1.0, 1.1, 1.37}) {
+    editor.paper().SetLook({.sheet = true});
+    editor.paper().SetZoom(zoom);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(editor.horizontalScrollBar()->maximum(), 0) << zoom;
+  }
+}
+
 TEST_F(EditorTest, GoesUpToTheSheetsEdgeWithTheCaret) {
   std::string lines;
   for (int i = 0; i < 200; ++i) lines += "line\\par ";

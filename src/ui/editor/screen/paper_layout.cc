@@ -18,7 +18,6 @@ namespace tenora {
 namespace {
 
 constexpr double kLeastZoom = 0.25, kMostZoom = 5;
-constexpr int kOverhang = 4;             // twips that a line may be longer, as on paper
 constexpr int kWindowMargin = 240;       // twips around text that wraps at the window
 constexpr int kWindowTableWidth = 9000;  // twips of a table where lines end at the window
 
@@ -130,15 +129,17 @@ void PaperLayout::LayOut() {
   const bool page = look_.HasPage();
   const int desk = look_.sheet ? kDesk : 0;
   const int width = static_cast<int>(std::lround(PixelsOfTwips(look_.width) * zoom_));
-  // The paper is whole pixels wide; the text is as wide as it is on it.
+  // Qt makes paper and margins whole pixels wide. The text has what it has on paper, or a little
+  // more, so that a picture as wide as the text fits.
   const double enlarged = static_cast<double>(device_->logicalDpiX()) / ScreenDpi();
-  const double right = width / enlarged - PixelsOfTwips(look_.width - look_.right + kOverhang);
+  const double left = std::round(PixelsOfTwips(look_.left) * enlarged);
+  const double right = width - left - std::ceil(PixelsOfTwips(PageTextWidth()) * enlarged);
   letter_.WithoutEdit([&] {
     QTextFrame* const frame = control.document()->rootFrame();
     const QTextFrameFormat format = frame->frameFormat();
     QTextFrameFormat wanted = format;
     wanted.setLeftMargin(PixelsOfTwips(page ? look_.left : kWindowMargin));
-    wanted.setRightMargin(page ? right : PixelsOfTwips(kWindowMargin));
+    wanted.setRightMargin(page ? right / enlarged : PixelsOfTwips(kWindowMargin));
     wanted.setTopMargin(PixelsOfTwips(page ? look_.top + desk : kWindowMargin));
     wanted.setBottomMargin(PixelsOfTwips(page ? look_.bottom + desk : kWindowMargin));
     wanted.setProperty(InlineObjects::kPageTextWidth, PageTextWidth());
