@@ -1,14 +1,18 @@
 #!/usr/bin/python3
 """Compares the pages that this program and LibreOffice make of the RTF files of a folder.
 
-A file counts as readable when LibreOffice's PDF of it shows text or ink. Of each readable file three
+A file counts as readable when LibreOffice's PDF of it shows text or ink. Of each readable file these
 things are compared:
 
   text   every word of LibreOffice's PDF is found in ours as often, white space, hyphens, letter
          case, punctuation, characters that the fonts lack and the order of columns aside; a line
          repeated at the top or bottom of several pages counts once
   pages  both have the same number of pages
-  alike  page 1 has its ink in the same places: see Ink.overlap
+  alike  page 1 has its ink in the same places, 0.85 of it within 1 mm across and 0.5 mm down: see
+         Ink.overlap
+  near   the same within 2 mm across and 1 mm down: a paragraph that is set a little wider or lower
+         passes, one that is moved by half a line does not. With 2 mm down, the lines of most text
+         would run together, and any would pass
 
 What LibreOffice makes up does not count, nor what ours leaves out on purpose. How many files would
 otherwise have failed is printed below the table:
@@ -52,9 +56,10 @@ TOOL_SECONDS = 60         # for a poppler tool
 DPI = 50
 PICTURE_DPI = 70
 ACROSS, DOWN = 2, 1       # pixels that ink may be off: 1 mm and 0.5 mm
+NEAR_ACROSS, NEAR_DOWN = 4, 2
 ALIKE = 0.85
 INK = 208                 # greys darker than this are ink
-FORMAT = 5                # of our kept figures; raised when they would come out differently
+FORMAT = 6                # of our kept figures; raised when they would come out differently
 # Both sides have these fonts only: which font stands in for a missing one is not what is compared.
 # LibreOffice takes Liberation Sans for all others, also for those with serifs or of one width.
 SERIF = ("Book Antiqua", "Bookman", "Bookman Old Style", "Cambria", "Century", "Century Schoolbook",
@@ -362,25 +367,25 @@ class Ink:
     def __init__(self, pdf):
         page = GreyPage(pdf, DPI)
         dark = bytes(ord("1") if grey < INK else ord("0") for grey in range(256))
-        used = self.WIDTH - 2 * ACROSS
+        used = self.WIDTH - 2 * NEAR_ACROSS
         bits = [page.row(row)[:used].translate(dark).ljust(self.WIDTH, b"0")
                 for row in range(min(page.height, self.WIDTH))]
         self.bits = int(b"".join(bits).ljust(self.WIDTH * self.WIDTH, b"0"), 2)
 
-    def widened(self):
-        wide = functools.reduce(int.__or__, (self.bits << n for n in range(1, ACROSS + 1)), self.bits)
-        wide = functools.reduce(int.__or__, (self.bits >> n for n in range(1, ACROSS + 1)), wide)
+    def widened(self, across, down):
+        wide = functools.reduce(int.__or__, (self.bits << n for n in range(1, across + 1)), self.bits)
+        wide = functools.reduce(int.__or__, (self.bits >> n for n in range(1, across + 1)), wide)
         row = self.WIDTH
         return functools.reduce(int.__or__, (wide << row * n | wide >> row * n
-                                             for n in range(1, DOWN + 1)), wide)
+                                             for n in range(1, down + 1)), wide)
 
-    def overlap(self, other):
+    def overlap(self, other, across=ACROSS, down=DOWN):
         """Precision and recall of the ink as one figure: of either page the part of its ink that has
-        ink of the other within ACROSS and DOWN pixels; 1 for equal pages, also for two empty ones."""
+        ink of the other within so many pixels; 1 for equal pages, also for two empty ones."""
         if not self.bits or not other.bits:
             return float(self.bits == other.bits)
-        found = (self.bits & other.widened()).bit_count() / self.bits.bit_count()
-        covered = (other.bits & self.widened()).bit_count() / other.bits.bit_count()
+        found = (self.bits & other.widened(across, down)).bit_count() / self.bits.bit_count()
+        covered = (other.bits & self.widened(across, down)).bit_count() / other.bits.bit_count()
         return 2 * found * covered / (found + covered) if found + covered else 0.0
 
 
@@ -396,6 +401,7 @@ class Letter:
         self.missing = figures.get("missing", [])
         self.words = figures.get("words", 0)
         self.overlap = figures.get("overlap", 0.0)
+        self.near = figures.get("near", 0.0)
         self.not_counted = figures.get("not_counted", [])
 
     @property
@@ -417,6 +423,10 @@ class Letter:
     @property
     def is_alike(self):
         return self.compared and self.overlap >= ALIKE
+
+    @property
+    def is_near(self):
+        return self.compared and self.near >= ALIKE
 
     @property
     def good(self):
@@ -442,7 +452,7 @@ class Letter:
         if not self.has_pages:
             parts.append(f"{self.pages[0]} pages, not {self.pages[1]}")
         if not self.is_alike:
-            parts.append(f"page 1 {self.overlap:.2f} alike")
+            parts.append(f"page 1 {self.overlap:.2f} alike, {self.near:.2f} near")
         return "; ".join(parts)
 
 
@@ -495,7 +505,9 @@ class Comparison:
                 pages = filled
             figures["pages"] = [our_pages, pages]
             figures["not_counted"] = not_counted
-            figures["overlap"] = round(office_ink.overlap(Ink(ours)), 3)
+            our_ink = Ink(ours)
+            figures["overlap"] = round(office_ink.overlap(our_ink), 3)
+            figures["near"] = round(office_ink.overlap(our_ink, NEAR_ACROSS, NEAR_DOWN), 3)
         return figures
 
     def print_ours(self, path, pdf, checksum):
@@ -549,15 +561,15 @@ def print_table(letters):
               for writer in WRITERS]
     groups += [("Word and WordPad", groups[0][1] + groups[1][1]), ("all", letters)]
     print(f"{'written by':18}{'files':>7}{'readable':>10}{'printed':>10}{'text':>10}{'pages':>10}"
-          f"{'alike':>10}{'all three':>11}")
+          f"{'alike':>10}{'near':>10}{'text, pages, alike':>20}")
     for name, group in groups:
         readable = [letter for letter in group if letter.readable]
         columns = [percent(sum(map(test, readable)), len(readable))
                    for test in (lambda letter: letter.compared, lambda letter: letter.has_text,
                                 lambda letter: letter.has_pages, lambda letter: letter.is_alike,
-                                lambda letter: letter.good)]
+                                lambda letter: letter.is_near, lambda letter: letter.good)]
         print(f"{name:18}{len(group):7}{len(readable):10}" +
-              "".join(f"{column:>{10 + (i == 4)}}" for i, column in enumerate(columns)))
+              "".join(f"{column:>{20 if i == 5 else 10}}" for i, column in enumerate(columns)))
 
 
 def print_not_counted(letters):
