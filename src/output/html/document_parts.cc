@@ -14,7 +14,7 @@ constexpr int kUsualWidth = 9638;  // A4 with margins of 2 cm
 constexpr int kNarrowest = 4000, kWidest = 16'000;
 
 std::vector<richtext::Block> OnOnePage(richtext::PageHeads::Blocks blocks) {
-  if (blocks == nullptr) return {};
+  if (blocks == nullptr || !richtext::Shows(*blocks)) return {};
   return richtext::WithPageNumbers(*blocks, {1, 1});
 }
 

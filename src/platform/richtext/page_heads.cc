@@ -19,7 +19,7 @@ void Load(const DocumentSection& section, std::string_view word, PageSide side, 
     if (name.size() < kHeader.size() || name.substr(kHeader.size()) != word) continue;
     auto& sides = name.starts_with(kFooter) ? heads->footers : heads->headers;
     PageHeads::Blocks& head = sides[static_cast<std::size_t>(side)];
-    if (head == nullptr && Shows(group->blocks)) head = &group->blocks;
+    if (head == nullptr || (!Shows(*head) && Shows(group->blocks))) head = &group->blocks;
   }
 }
 

@@ -22,8 +22,7 @@ enum class PageSide { kCommon, kFirst, kEven };
 inline constexpr std::size_t kPageSides = 3;
 
 struct PageHeads {
-  using Blocks =
-      const std::vector<Block>*;  // null where there is none, or none that shows anything
+  using Blocks = const std::vector<Block>*;  // null where there is none; it may show nothing
 
   bool first_differs = false, even_differs = false;
   Bullet::Kind number_style = Bullet::Kind::kDecimal;

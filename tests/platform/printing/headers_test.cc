@@ -74,7 +74,9 @@ TEST(Headers, PushTheTextAndNeverOffThePage) {
       {"\\headery1300{\\header" + tall(500), 1300 + 500 - kInch},
       {"\\margt3000", 0},
       {"\\margt3000{\\header" + tall(500), 3000 - kInch},
+      // An empty one pushes it where the letter's own margin, also of an inch, holds.
       {"\\margt3000{\\header\\pard\\par}", 0},
+      {"\\margt1440\\headery1300{\\header\\pard\\sl-500\\par}", 1300 + 500 - kInch},
       {"{\\header" + square + tall(500), 0},
       {"{\\header" + tall(2000) + "{\\footer" + tall(3000), 720 + 2000 - kInch},
       {"{\\header" + tall(9000), 720 + 9000 - kInch},

@@ -5,6 +5,7 @@
 #include "platform/printing/layout/block_layout.h"
 #include "platform/printing/layout/placed_strips.h"
 #include "platform/printing/layout/taken_areas.h"
+#include "platform/richtext/document_text.h"
 
 namespace tenora::printing {
 namespace {
@@ -45,6 +46,7 @@ HeadersAndFooters::Heads HeadersAndFooters::LayOutAll(bool footers) {
     Head& added = heads[side].emplace(Head{});
     added.footer = footers;
     added.blocks = sources[side];
+    added.shows = richtext::Shows(*sources[side]);
     added.fields = richtext::PageFieldsIn(*added.blocks);
     LayOut(&added, {});
   }
@@ -67,14 +69,25 @@ void HeadersAndFooters::LayOut(Head* head, const richtext::PageNumbers& numbers)
 }
 
 // The distance of its end from the paper's edge where it stands.
-double HeadersAndFooters::EndOf(const std::optional<Head>& head) const {
-  if (!head) return 0;
-  return (head->footer ? footer_bottom_ : header_top_) + head->height;
+double HeadersAndFooters::EndOf(const Head& head) const {
+  return (head.footer ? footer_bottom_ : header_top_) + head.height;
+}
+
+// How far from the paper's edge the text begins below a header, or ends above a footer: at the
+// letter's own margin, as it did for the author. An empty one takes its room only in letters whose
+// own margin holds.
+double HeadersAndFooters::TextEdge(const Head& head) const {
+  const double own = head.footer ? page_.bottom : page_.top;
+  const double set = head.footer ? area_.paper_height - area_.bottom : area_.top;
+  if (!head.shows && own != set) return 0;
+  return std::max(EndOf(head), own);
 }
 
 // Between the paper's edge and the end of a header, or of a footer.
 double HeadersAndFooters::MostOn(PageSide side) const {
-  const double both = EndOf(headers_[Index(side)]) + EndOf(footers_[Index(side)]);
+  double both = 0;
+  for (const auto* const head : {&headers_[Index(side)], &footers_[Index(side)]})
+    both += *head ? EndOf(**head) : 0;
   const double room = std::max(area_.paper_height - kLeastBody, 0.0);
   return both > room ? room / 2 : room;
 }
@@ -82,15 +95,10 @@ double HeadersAndFooters::MostOn(PageSide side) const {
 HeadersAndFooters::Body HeadersAndFooters::BodyWith(PageSide side) const {
   const double most = MostOn(side);
   Body body{area_.top, area_.bottom};
-  // Below a header, text starts at the letter's own margin, as it did for the author.
-  if (const auto& header = headers_[Index(side)]) {
-    const double end = std::max<double>(EndOf(header), page_.top);
-    body.top = std::max(body.top, std::min(end, most));
-  }
-  if (const auto& footer = footers_[Index(side)]) {
-    const double end = std::max<double>(EndOf(footer), page_.bottom);
-    body.bottom = std::min(body.bottom, area_.paper_height - std::min(end, most));
-  }
+  if (const auto& header = headers_[Index(side)])
+    body.top = std::max(body.top, std::min(TextEdge(*header), most));
+  if (const auto& footer = footers_[Index(side)])
+    body.bottom = std::min(body.bottom, area_.paper_height - std::min(TextEdge(*footer), most));
   return body.height() < std::min(kLeastBody, area_.height()) / 2 ? Body{area_.top, area_.bottom}
                                                                   : body;
 }
@@ -103,8 +111,11 @@ HeadersAndFooters::Body HeadersAndFooters::WithHeads(int page, int number, bool 
                                                      bool footer) const {
   const PageSide side = which_.SideOf(page, number);
   Body body = BodyWith(side);
-  if (header && headers_[Index(side)]) body.top = header_top_;
-  if (footer && footers_[Index(side)]) body.bottom = area_.paper_height - footer_bottom_;
+  const auto shows = [&](const Heads& heads) {
+    return heads[Index(side)] && heads[Index(side)]->shows;
+  };
+  if (header && shows(headers_)) body.top = header_top_;
+  if (footer && shows(footers_)) body.bottom = area_.paper_height - footer_bottom_;
   return body;
 }
 

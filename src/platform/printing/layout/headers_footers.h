@@ -46,6 +46,7 @@ class HeadersAndFooters {
   // One header or footer, laid out.
   struct Head {
     bool footer = false;
+    bool shows = false;  // anything
     const std::vector<richtext::Block>* blocks = nullptr;
     richtext::PageFields fields;
     std::vector<richtext::Block> filled;  // the blocks with page numbers filled in, if any
@@ -57,7 +58,8 @@ class HeadersAndFooters {
   Heads LayOutAll(bool footers);
   void LayOut(Head* head, const richtext::PageNumbers& numbers);
   double MostOn(richtext::PageSide side) const;
-  double EndOf(const std::optional<Head>& head) const;
+  double EndOf(const Head& head) const;
+  double TextEdge(const Head& head) const;
   Body BodyWith(richtext::PageSide side) const;
   void Draw(QPainter& painter, const Head& head, double most, double left) const;
 
