@@ -7,6 +7,8 @@
 #include <QGuiApplication>
 #include <QSessionManager>
 #include <QThread>
+#include <QWindow>
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -52,8 +54,10 @@ void WatchForLostDisplay(QtMsgType type, const QMessageLogContext& context,
 }  // namespace
 
 AbruptEnd::AbruptEnd(std::function<void()> before_end) : before_end_(std::move(before_end)) {
-  connect(qGuiApp, &QGuiApplication::commitDataRequest, this,
-          [this](QSessionManager&) { before_end_(); });
+  connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) {
+    before_end_();
+    qGuiApp->installEventFilter(this);
+  });
   before_lost_display = &before_end_;
   messages_before = qInstallMessageHandler(WatchForLostDisplay);
   if (::pipe2(signals_, O_CLOEXEC | O_NONBLOCK) != 0) return;
@@ -80,6 +84,21 @@ AbruptEnd::~AbruptEnd() {
   pipe_of_signals = -1;
   delete arrived_;
   for (const int end : signals_) ::close(end);
+}
+
+// A session manager ends its programs with Qt's event for quitting, which would close the windows:
+// the log-out would wait for somebody to answer whether letters are to be saved, which are kept.
+// Where the log-out was cancelled, the event comes once the last window is closed.
+bool AbruptEnd::eventFilter(QObject* object, QEvent* event) {
+  if (object == qGuiApp && event->type() == QEvent::Quit) {
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    const auto visible = [](const QWindow* window) { return window->isVisible(); };
+    if (std::any_of(windows.begin(), windows.end(), visible)) {
+      before_end_();
+      Raise(SIGTERM);
+    }
+  }
+  return QObject::eventFilter(object, event);
 }
 
 void AbruptEnd::EndBySignal() {

@@ -17,6 +17,9 @@ class AbruptEnd : public QObject {
   // Restores the previous handling of the signals.
   ~AbruptEnd() override;
 
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
  private:
   void EndBySignal();
 
