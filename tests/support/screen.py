@@ -80,16 +80,18 @@ class Screen:
         return subprocess.run([self.program, *arguments], env=self.environment, check=True,
                               capture_output=True, text=True).stdout
 
-    def start(self, answer_first=lambda: None):
+    def start(self, answer=None):
         """Starts the windows; returns when the main window can be used.
 
-        `answer_first` answers what is asked before the usual windows.
+        `answer` answers what the program asks in place of showing the template forms.
         """
         with (self.folder / "errors").open("a") as errors:
             self.running = subprocess.Popen([self.program], env=self.environment, stderr=errors)
         self.main = None
-        answer_first()
-        self.close("Template Forms")
+        if answer:
+            answer()
+        else:
+            self.close("Template Forms")
         self.main = self.window(MAIN)
 
     def xdotool(self, *arguments):
