@@ -2,6 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <algorithm>
+#include <memory>
+
+#include "application.h"
+#include "ui/window/appearance/edged_style.h"
+
 namespace tenora {
 namespace {
 
@@ -40,6 +50,29 @@ TEST(ColourScheme, ContrastIsThatOfRelativeLuminances) {
   EXPECT_NEAR(Contrast(Qt::black, Qt::white), 21, 0.001);
   EXPECT_NEAR(Contrast(QColor(0x76, 0x76, 0x76), Qt::white), 4.54, 0.01);
   EXPECT_EQ(Contrast(Qt::red, Qt::red), 1);
+}
+
+TEST(EdgedStyle, ShowsWhereEmptyControlsAreOnADarkDesktop) {
+  constexpr double kSeen = 3;  // the contrast of what is no text
+  EdgedStyle style;
+  const QPalette palette = MakePalette(ColoursOf("Blue"), true);
+  const std::pair<const char*, std::shared_ptr<QWidget>> controls[] = {
+      {"check box", std::make_shared<QCheckBox>()},
+      {"radio button", std::make_shared<QRadioButton>()},
+      {"field", std::make_shared<QLineEdit>()},
+      {"number", std::make_shared<QSpinBox>()}};
+  for (const auto& [name, control] : controls) {
+    control->setStyle(&style);
+    control->setPalette(palette);
+    control->resize(100, 30);
+    const QImage shown = control->grab().toImage();
+    double most = 0;
+    for (int x = 0; x < 10; ++x) {
+      const QColor pixel = shown.pixelColor(x, shown.height() / 2);
+      most = std::max(most, Contrast(pixel, palette.color(QPalette::Window)));
+    }
+    EXPECT_GE(most, kSeen) << name;
+  }
 }
 
 }  // namespace

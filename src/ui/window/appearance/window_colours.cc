@@ -1,8 +1,10 @@
 #include "ui/window/appearance/window_colours.h"
 
 #include <QApplication>
+#include <QStyle>
 
 #include "ui/window/appearance/colour_scheme.h"
+#include "ui/window/appearance/edged_style.h"
 #include "ui/window/appearance/frm_colours.h"
 
 namespace tenora {
@@ -15,7 +17,10 @@ constexpr int kDark = 128;  // of 255
 WindowColours::WindowColours(Settings& settings, QWidget* window)
     : settings_(settings),
       window_(window),
-      dark_desktop_(QApplication::palette().window().color().lightness() < kDark) {}
+      dark_desktop_(QApplication::palette().window().color().lightness() < kDark) {
+  if (dark_desktop_ && EdgedStyle::Mends(*QApplication::style()))
+    QApplication::setStyle(new EdgedStyle);
+}
 
 void WindowColours::Apply() {
   QApplication::setPalette(MakePalette(StoredColours(settings_), dark_desktop_));
