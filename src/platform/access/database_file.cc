@@ -3,24 +3,45 @@
 #include <stdexcept>
 
 #include "platform/access/database_writer.h"
+#include "platform/access/read/index_lookup.h"
 #include "platform/access/read/row_cursor.h"
 #include "platform/access/read/system_catalogue.h"
+#include "platform/access/read/usage_map.h"
 
 namespace tenora::access {
 namespace {
 
 class StoredTable final : public Table {
  public:
-  explicit StoredTable(std::shared_ptr<const TableData> data) : data_(std::move(data)) {}
+  explicit StoredTable(std::shared_ptr<const TableData> data)
+      : data_(std::move(data)), lookup_(data_) {}
 
   const std::string& name() const override { return data_->name; }
   const std::vector<Column>& columns() const override { return data_->definition.columns; }
   const std::vector<Index>& indexes() const override { return data_->definition.indexes; }
   std::int64_t row_count() const override { return data_->definition.row_count; }
   std::unique_ptr<RowCursor> Rows() const override { return OpenCursor(data_); }
+  std::uint32_t page_count() const override {
+    return NamingCorruption(data_->file->path(), data_->name, [&] {
+      return UsageMap(*data_->file, data_->definition.owned_pages).Count();
+    });
+  }
+
+  std::optional<IndexPath> FindIndex(std::span<const std::size_t> columns) const override {
+    return lookup_.FindIndex(columns);
+  }
+
+  std::unique_ptr<RowCursor> FindRows(const IndexPath& path, std::span<const Value> values,
+                                      std::size_t most) const override {
+    std::optional<std::vector<RowPointer>> rows = NamingCorruption(
+        data_->file->path(), data_->name, [&] { return lookup_.FindRows(path, values, most); });
+    if (!rows) return nullptr;
+    return OpenCursorAt(data_, *std::move(rows));
+  }
 
  private:
   std::shared_ptr<const TableData> data_;
+  IndexLookup lookup_;
 };
 
 class StoredDatabase final : public DatabaseFile {

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,6 +20,13 @@
 #include "platform/runtime/value.h"
 
 namespace tenora::access {
+
+// The location of a row, valid until the row is deleted.
+struct RowId {
+  std::uint32_t page = 0;
+  std::uint8_t slot = 0;
+  bool operator==(const RowId&) const = default;
+};
 
 // Scans the rows of a table in the order in which the file stores them. Deleted rows are skipped,
 // overflow pointers are followed. A corrupt page or row raises a RuntimeError that names file,
@@ -30,6 +38,8 @@ class RowCursor {
   virtual ~RowCursor() = default;
   // Moves to the next row; false after the last one.
   virtual bool Next() = 0;
+  // Where a scan finds the current row, even if the row has moved to another page since.
+  virtual RowId Id() const = 0;
   // Fields of the current row, by position in Table::columns(). The typed readers do not convert:
   // call the one that matches the column's type. A null reads as 0, "" or empty.
   virtual bool IsNull(std::size_t column) const = 0;  // never for a boolean
@@ -49,6 +59,14 @@ class RowCursor {
   virtual const std::vector<Column>& Columns() const = 0;
 };
 
+// A way to find rows: an index, by the values of its leading columns.
+struct IndexPath {
+  std::size_t number = 0;            // among the table's physical indexes
+  std::string name;                  // "PrimaryKey"
+  std::vector<std::size_t> columns;  // the leading ones, as positions in Table::columns()
+  double rows_per_key = 1;           // rows of equal values, estimated from a sample
+};
+
 class Table {
  public:
   virtual ~Table() = default;
@@ -57,6 +75,18 @@ class Table {
   virtual const std::vector<Index>& indexes() const = 0;
   virtual std::int64_t row_count() const = 0;  // as recorded in the definition
   virtual std::unique_ptr<RowCursor> Rows() const = 0;
+  // The pages that hold its rows.
+  virtual std::uint32_t page_count() const = 0;
+
+  // The index that finds the fewest rows by equality in these columns or some of them. None if no
+  // index starts with one of them, or if the keys of such columns are not known, as in Jet 3; nor
+  // where the index is corrupt.
+  virtual std::optional<IndexPath> FindIndex(std::span<const std::size_t> columns) const = 0;
+  // The rows with these values, none of them null, in the columns of the path, in the order of
+  // Rows(). The caller compares what it finds: a few others may be among them. Null when there are
+  // more than `most`, or when the key of a value is not known. Raises like RowCursor.
+  virtual std::unique_ptr<RowCursor> FindRows(const IndexPath& path, std::span<const Value> values,
+                                              std::size_t most) const = 0;
 };
 
 // Not thread-safe.

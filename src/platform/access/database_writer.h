@@ -28,13 +28,6 @@ namespace tenora::access {
 
 class Storage;
 
-// The location of a row, valid until the transaction ends or the row is deleted.
-struct RowId {
-  std::uint32_t page = 0;
-  std::uint8_t slot = 0;
-  bool operator==(const RowId&) const = default;
-};
-
 struct ColumnValue {
   std::string column;  // case-insensitive
   Value value;

@@ -6,6 +6,7 @@
 #include "platform/query/execute/statement_recordset.h"
 #include "platform/query/execute/transaction.h"
 #include "platform/runtime/clock.h"
+#include "platform/runtime/text.h"
 
 namespace tenora::query {
 namespace {
@@ -21,6 +22,11 @@ class FileDatabase : public EngineDatabase {
   const std::string& Name() const override { return name_; }
 
   std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int, int) override {
+    constexpr std::string_view kExplain = "explain ";
+    if (transaction_ == nullptr && StartsWithNoCase(sql, kExplain)) {
+      if (connection_ == nullptr) connection_ = connections_->Get(path_);
+      return connection_->Explain(sql.substr(kExplain.size()));
+    }
     if (transaction_ != nullptr) {
       if (auto rows = transaction_->TrySelect(sql)) return rows;
       return std::make_unique<StatementRecordset>(ConnectionWithinTransaction(), sql);

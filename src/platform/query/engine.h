@@ -1,6 +1,7 @@
 // The database engine: opens Access-format files, runs statements of the engine's SQL dialect over
-// them and returns record sets. Queries run over a table cache that is kept while the file on
-// disk is unchanged; a table is read into it when a statement first names it.
+// them and returns record sets. A few look-ups by indexed columns read the pages that they need;
+// after more of them, a table is read into memory, where it is kept while the file on disk is
+// unchanged.
 #pragma once
 
 #include <chrono>
@@ -50,6 +51,8 @@ class EngineDatabase {
   virtual const std::string& Name() const = 0;
   // Raises 3061 (an unknown column name), 3078 (no such table), 3075 (syntax) or what reading the
   // file raises. All sets are forward-only and read-only, whatever type is asked for.
+  // "explain select …" gives a row for each table that the select would read: the table, how it
+  // would be read now, by which columns, and the expected number of rows.
   virtual std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) = 0;
   virtual std::vector<TableSummary> Tables() const = 0;
 

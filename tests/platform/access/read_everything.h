@@ -12,6 +12,7 @@ namespace tenora::test {
 struct ReadCounts {
   std::size_t rows = 0;
   std::size_t fields = 0;
+  std::size_t found = 0;    // through indexes
   std::string first_error;  // reading continues after it
 };
 
@@ -36,6 +37,15 @@ inline ReadCounts ReadEverything(const access::DatabaseFile& database, std::size
         attempt([&] { return rows->Field(i); });
         ++counts.fields;
       }
+    }
+    for (std::size_t i = 0; i < table->columns().size(); ++i) {
+      const auto path = attempt([&] { return table->FindIndex({{i}}); });
+      const auto first = attempt([&] { return table->Rows(); });
+      if (!path || first == nullptr || !attempt([&] { return first->Next(); })) continue;
+      const Value value = attempt([&] { return first->Field(i); });
+      if (IsNull(value)) continue;
+      const auto found = attempt([&] { return table->FindRows(*path, {&value, 1}, 50); });
+      while (found != nullptr && attempt([&] { return found->Next(); })) ++counts.found;
     }
   }
   return counts;

@@ -18,6 +18,30 @@ std::vector<std::uint32_t> PathToLeaf(const PageFile& file, std::uint32_t root,
   }
 }
 
+IndexPage MiddleLeaf(const PageFile& file, std::uint32_t root) {
+  PageBuffer buffer;
+  IndexPage page;
+  std::uint32_t number = root;
+  for (std::size_t level = 0; level < kMostIndexLevels; ++level) {
+    file.Read(number, buffer);
+    ReadIndexPage(file.layout(), buffer, page);
+    if (page.leaf) return page;
+    number = page.entries.empty() ? page.tail : page.entries[page.entries.size() / 2].child;
+  }
+  throw Corruption(root, "the index has too many levels");
+}
+
+bool RowsWithKey(const PageFile& file, std::uint32_t root, std::string_view key, std::size_t most,
+                 std::vector<RowPointer>& rows) {
+  IndexWalk walk(file, root, key);
+  for (const IndexEntry* entry = walk.Next();
+       entry != nullptr && std::string_view(entry->key).starts_with(key); entry = walk.Next()) {
+    if (rows.size() == most) return false;
+    rows.push_back(entry->row);
+  }
+  return true;
+}
+
 IndexWalk::IndexWalk(const PageFile& file, std::uint32_t root, std::string_view key, RowPointer row)
     : file_(file) {
   Load(PathToLeaf(file, root, key, row).back());

@@ -16,6 +16,14 @@ inline constexpr std::size_t kMostIndexLevels = 16;
 std::vector<std::uint32_t> PathToLeaf(const PageFile& file, std::uint32_t root,
                                       std::string_view key, RowPointer row);
 
+// A leaf in the middle of the index, empty only if the index is. Raises like PathToLeaf.
+IndexPage MiddleLeaf(const PageFile& file, std::uint32_t root);
+
+// Adds to `rows` those of the entries whose keys start with `key`, in the order of the entries;
+// false, with `rows` incomplete, when there are more than `most`.
+bool RowsWithKey(const PageFile& file, std::uint32_t root, std::string_view key, std::size_t most,
+                 std::vector<RowPointer>& rows);
+
 // Scans the entries of an index in order. Raises Corruption for a page that is not an index page
 // and for leaves that are linked in a loop.
 class IndexWalk {

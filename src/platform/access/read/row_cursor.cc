@@ -24,6 +24,7 @@ class StoredRowCursor : public PlacedCursor {
     return Guarded([&] { return Advance(); });
   }
 
+  RowId Id() const override { return {place().page, place().row}; }
   RowPointer place() const override { return {page_.number, static_cast<std::uint8_t>(slot_ - 1)}; }
 
   bool IsNull(std::size_t column) const override {

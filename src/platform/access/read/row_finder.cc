@@ -1,6 +1,7 @@
 #include "platform/access/read/row_finder.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 
 #include "platform/access/read/index_tree.h"
@@ -123,12 +124,8 @@ bool RowFinder::Candidates(const std::vector<std::size_t>& columns,
     }
     IndexKey key;
     encoder.Encode(picked, key);
-    IndexWalk walk(*table_->file, best.root_page, key);
-    for (const IndexEntry* entry = walk.Next();
-         entry != nullptr && std::string_view(entry->key).starts_with(key); entry = walk.Next()) {
-      rows.push_back(entry->row);
-    }
-    return true;
+    return RowsWithKey(*table_->file, best.root_page, key, std::numeric_limits<std::size_t>::max(),
+                       rows);
   } catch (const NotEncodable&) {
     return false;
   }

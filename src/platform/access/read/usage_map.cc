@@ -62,6 +62,12 @@ std::vector<std::uint32_t> BitmapPages(const PageFile& file, RowPointer map) {
   return pages;
 }
 
+std::uint32_t UsageMap::Count() const {
+  std::uint32_t count = 0;
+  for (const std::uint64_t word : bits_) count += static_cast<std::uint32_t>(std::popcount(word));
+  return count;
+}
+
 std::uint32_t UsageMap::NextFrom(std::uint32_t from) const {
   std::size_t word = from / 64;
   if (word >= bits_.size()) return PageBuffer::kNone;

@@ -32,6 +32,7 @@ class UsageMap {
 
   // The first page of the set from `from` on; PageBuffer::kNone when there is none.
   std::uint32_t NextFrom(std::uint32_t from) const;
+  std::uint32_t Count() const;
   bool Contains(std::uint32_t page) const {
     return page / 64 < bits_.size() && (bits_[page / 64] >> page % 64 & 1) != 0;
   }

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
 #include <unordered_set>
 
+#include "platform/query/cache/cell.h"
 #include "platform/query/values/collation.h"
 
 namespace tenora::query {
@@ -16,16 +16,6 @@ constexpr std::int64_t kMostReservedRows = 1 << 20;
 std::uint64_t HashInteger(std::int64_t number) {
   std::uint64_t hash = static_cast<std::uint64_t>(number) * 0x9E3779B97F4A7C15;
   return hash ^ hash >> 32;
-}
-
-// A single-precision number as the double that reads the same: 7.1, not 7.0999999046.
-double FromSingle(double single) {
-  char digits[32];
-  const auto end =
-      std::to_chars(std::begin(digits), std::end(digits), static_cast<float>(single)).ptr;
-  double number = single;
-  std::from_chars(digits, end, number);
-  return number;
 }
 
 }  // namespace
@@ -40,39 +30,6 @@ CachedColumn::CachedColumn(const access::Column& column, std::int64_t expected_r
     doubles_.reserve(rows);
   else
     integers_.reserve(rows);
-}
-
-void CachedColumn::AppendInteger(access::RowCursor& cursor, std::size_t column) {
-  switch (column_type_) {
-    case access::ColumnType::kBoolean:
-      integers_.push_back(cursor.Boolean(column) ? -1 : 0);
-      break;
-    case access::ColumnType::kCurrency:
-      integers_.push_back(cursor.TenThousandths(column));
-      break;
-    case access::ColumnType::kDateTime:
-      integers_.push_back(DateToSeconds(Date::FromSerial(cursor.Double(column))));
-      break;
-    case access::ColumnType::kDateTimeExtended: {
-      const Value value = cursor.Field(column);
-      const Date* date = std::get_if<Date>(&value);
-      integers_.push_back(date == nullptr ? 0 : DateToSeconds(*date));
-      break;
-    }
-    default:
-      integers_.push_back(cursor.Integer(column));
-  }
-}
-
-void CachedColumn::AppendDouble(access::RowCursor& cursor, std::size_t column) {
-  if (column_type_ == access::ColumnType::kDecimal) {
-    const Value value = cursor.Field(column);
-    const double* number = std::get_if<double>(&value);
-    doubles_.push_back(number == nullptr ? 0 : *number);
-    return;
-  }
-  const double number = cursor.Double(column);
-  doubles_.push_back(column_type_ == access::ColumnType::kSingle ? FromSingle(number) : number);
 }
 
 void CachedColumn::AppendBytes(std::string_view bytes) {
@@ -92,10 +49,15 @@ void CachedColumn::Append(access::RowCursor& cursor, std::size_t column) {
     const auto bytes = cursor.Bytes(column);
     AppendBytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   } else if (type_ == Type::kDouble) {
-    AppendDouble(cursor, column);
+    doubles_.push_back(DoubleCell(cursor, column, column_type_));
   } else {
-    AppendInteger(cursor, column);
+    integers_.push_back(IntegerCell(cursor, column, column_type_));
   }
+}
+
+void CachedColumn::LeaveOut(RowNumber rows) {
+  nulls_.assign(rows, true);
+  rows_ = rows;
 }
 
 void CachedColumn::PrefetchPlace(RowNumber row) const {
@@ -159,21 +121,23 @@ LookupIndex::LookupIndex(const CachedColumn& column, RowNumber rows) {
 }
 
 CachedTable::CachedTable(std::string name, const std::vector<access::Column>& columns,
-                         std::int64_t expected_rows, access::RowCursor& rows)
+                         std::int64_t expected_rows, access::RowCursor& rows, ColumnMask used)
     : name_(std::move(name)) {
   for (const access::Column& column : columns) columns_.emplace_back(column, expected_rows);
   while (rows.Next()) {
-    for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].Append(rows, i);
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (IsUsed(used, i)) columns_[i].Append(rows, i);
+    }
+    ids_.push_back(RowKey(rows.Id()));
     ++rows_;
   }
-  for (CachedColumn& column : columns_) column.ShrinkToFit();
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    if (!IsUsed(used, i)) columns_[i].LeaveOut(rows_);
+    columns_[i].ShrinkToFit();
+  }
+  ids_.shrink_to_fit();
   indexes_.resize(columns_.size());
   rows_per_value_.resize(columns_.size());
-}
-
-bool CachedTable::CanLookUp(std::size_t column) const {
-  const Type type = columns_[column].type();
-  return type != Type::kDouble && type != Type::kBinary;
 }
 
 double CachedTable::RowsPerValue(std::size_t column) {

@@ -2,6 +2,7 @@
 // look up.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -17,6 +18,20 @@ namespace tenora::query {
 
 using RowNumber = std::uint32_t;
 inline constexpr RowNumber kNoRow = 0xFFFFFFFF;
+
+// Which columns of a table a statement reads: a bit for each, the last for all further ones.
+using ColumnMask = std::uint64_t;
+inline constexpr ColumnMask kAllColumns = ~ColumnMask{0};
+inline bool IsUsed(ColumnMask used, std::size_t column) {
+  constexpr std::size_t kLastBit = 63;
+  return (used >> std::min(column, kLastBit) & 1) != 0;
+}
+
+// A row's location as a number, the same however the row was found.
+inline std::uint32_t RowKey(access::RowId row) { return row.page << 8 | row.slot; }
+inline access::RowId RowOfKey(std::uint32_t key) {
+  return {key >> 8, static_cast<std::uint8_t>(key)};
+}
 
 class CachedColumn {
  public:
@@ -39,6 +54,8 @@ class CachedColumn {
   void PrefetchPlace(RowNumber row) const;
   void PrefetchBytes(RowNumber row) const;
   void Append(access::RowCursor& cursor, std::size_t column);
+  // Makes the column null in as many rows: no statement reads it.
+  void LeaveOut(RowNumber rows);
   // Releases the capacity that growing left unused.
   void ShrinkToFit();
 
@@ -47,8 +64,6 @@ class CachedColumn {
   bool Equal(RowNumber left, RowNumber right) const;
 
  private:
-  void AppendInteger(access::RowCursor& cursor, std::size_t column);
-  void AppendDouble(access::RowCursor& cursor, std::size_t column);
   void AppendBytes(std::string_view bytes);
 
   std::string name_;
@@ -101,17 +116,16 @@ class LookupIndex {
 
 class CachedTable {
  public:
-  // Reads all rows of the cursor; `expected_rows` is a hint for reserving memory. Raises what
-  // reading the file raises.
+  // Reads all rows of the cursor; `expected_rows` is a hint for reserving memory. Columns that are
+  // not used are null. Raises what reading the file raises.
   CachedTable(std::string name, const std::vector<access::Column>& columns,
-              std::int64_t expected_rows, access::RowCursor& rows);
+              std::int64_t expected_rows, access::RowCursor& rows, ColumnMask used = kAllColumns);
 
   const std::string& name() const { return name_; }
   const std::vector<CachedColumn>& columns() const { return columns_; }
   RowNumber rows() const { return rows_; }
+  std::uint32_t Key(RowNumber row) const { return ids_[row]; }
 
-  // Whether rows can be looked up by this column's value.
-  bool CanLookUp(std::size_t column) const;
   // The estimated number of rows per distinct value of the column.
   double RowsPerValue(std::size_t column);
   // The rows with this value; the span stays valid. The index is built on first use.
@@ -124,6 +138,7 @@ class CachedTable {
   std::string name_;
   std::vector<CachedColumn> columns_;
   RowNumber rows_ = 0;
+  std::vector<std::uint32_t> ids_;  // by row: RowKey
   std::vector<std::optional<LookupIndex>> indexes_;
   std::vector<double> rows_per_value_;  // 0 until estimated
 };

@@ -1,61 +1,51 @@
 #include "platform/query/cache/table_cache.h"
 
-#include <chrono>
+#include <utility>
 
-#include "platform/access/database_writer.h"
-#include "platform/access/engine_error.h"
-#include "platform/runtime/error.h"
+#include "platform/runtime/text.h"
 
 namespace tenora::query {
 namespace {
 
-// Far more than another program's transaction takes.
-constexpr std::chrono::milliseconds kWaitForWriters{10000};
-
-// Null if the file system does not support locks: the file is then read without one.
-std::unique_ptr<access::ReadLock> LockForReading(const std::filesystem::path& path) {
-  try {
-    return access::ReadLock::Take(path, kWaitForWriters);
-  } catch (const RuntimeError& error) {
-    if (error.number() == access::engine_error::kCannotLock) return nullptr;
-    throw;
-  }
-}
+// A table is small when it is read here; a change meanwhile is rare.
+constexpr int kTries = 50;
 
 }  // namespace
 
 TableCache::TableCache(std::filesystem::path path, const access::FileState& state,
-                       ReadLocking locking, CachedTables tables)
-    : path_(std::move(path)), state_(state), locking_(locking), tables_(std::move(tables)) {}
-
-const std::shared_ptr<access::DatabaseFile>& TableCache::OpenFile() {
-  if (file_ == nullptr) file_ = access::DatabaseFile::Open(path_);
-  return file_;
+                       ReadLocking locking, const TableSources& tables)
+    : reader_(std::make_shared<FileReader>(std::move(path), state, locking)) {
+  for (const auto& [name, table] : tables) tables_.emplace(name, table->For(reader_));
 }
 
-void TableCache::Add(std::string_view name, std::shared_ptr<CachedTable> table) {
-  tables_.insert_or_assign(ToLower(name), std::move(table));
+void TableCache::Hold(const std::vector<access::Column>& columns,
+                      const std::shared_ptr<CachedTable>& table) {
+  std::shared_ptr<TableSource>& source = tables_[ToLower(table->name())];
+  if (source == nullptr) {
+    source = std::make_shared<TableSource>(columns, table);
+  } else {
+    source->Hold(table);
+  }
 }
 
-std::shared_ptr<CachedTable> TableCache::Find(std::string_view name) {
+bool TableCache::Holds(std::string_view name) const {
+  const auto known = tables_.find(ToLower(name));
+  return known != tables_.end() && known->second->rows() != nullptr;
+}
+
+std::shared_ptr<TableSource> TableCache::Find(std::string_view name) {
   const std::string key = ToLower(name);
   if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
-  const std::unique_ptr<access::ReadLock> lock =
-      locking_ == ReadLocking::kLock ? LockForReading(path_) : nullptr;
-  // If another program has written since the file was opened, the table is read from the file as
-  // it is now: the catalogue and usage maps of the open one are out of date.
-  const std::shared_ptr<access::DatabaseFile> file =
-      access::ReadFileState(path_) == state_ ? OpenFile() : access::DatabaseFile::Open(path_);
-  const access::Table* const table = file->FindTable(name);
-  if (table == nullptr) return nullptr;
-  return tables_
-      .emplace(key, std::make_shared<CachedTable>(table->name(), table->columns(),
-                                                  table->row_count(), *table->Rows()))
-      .first->second;
+  auto source = reader_->Read(kTries, [&](const access::DatabaseFile& file) {
+    const access::Table* const table = file.FindTable(name);
+    return table == nullptr ? nullptr : std::make_shared<TableSource>(*table, reader_);
+  });
+  if (source == nullptr) return nullptr;
+  return tables_.emplace(key, std::move(source)).first->second;
 }
 
-CachedTables TableCache::TablesExcept(const std::set<std::string>& names) const {
-  CachedTables kept = tables_;
+TableSources TableCache::TablesExcept(const std::set<std::string>& names) const {
+  TableSources kept = tables_;
   std::erase_if(kept, [&](const auto& entry) { return names.contains(entry.second->name()); });
   return kept;
 }

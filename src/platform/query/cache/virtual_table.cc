@@ -9,7 +9,11 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
+#include "platform/query/cache/cell.h"
 #include "platform/query/sql/statement_error.h"
 #include "platform/query/values/collation.h"
 
@@ -17,56 +21,79 @@ namespace tenora::query {
 namespace {
 
 struct VirtualTable : sqlite3_vtab {
-  CachedTable* table = nullptr;
+  TableSource* source = nullptr;
+  VirtualTables* tables = nullptr;
+  std::size_t number = 0;
 };
 
-// Scans all rows, or those where the lookup column has a given value.
+// A value that a column must have.
+struct Wanted {
+  std::size_t column = 0;
+  std::int64_t number = 0;
+  std::string_view text;  // of a text column
+};
+
+// Scans all rows, or those where some columns have given values.
 struct Cursor : sqlite3_vtab_cursor {
-  CachedTable* table = nullptr;
+  TableSource* source = nullptr;
+  VirtualTables* tables = nullptr;
+
+  const CachedTable* table = nullptr;  // with the current row; null in a stream
   RowNumber row = 0;
   bool lookup = false;
-  std::span<const RowNumber> matches;  // of a lookup, from the current row on
+  std::span<const RowNumber> matches;  // of a look-up, from the current row on
+
+  std::shared_ptr<CachedTable> found;  // the rows that an index led to
+  std::vector<RowNumber> selected;     // of them, those that are wanted
+
+  std::unique_ptr<TableStream> stream;
+  bool stream_ended = false;
+  std::vector<Wanted> wanted;
+  std::vector<std::string> texts;  // of `wanted`
 };
 
-// No exception may pass through SQLite's code. Reading a table in memory raises none; should one be
-// raised all the same, the statement fails without a message.
+// No exception may pass through SQLite's code.
 template <typename Work>
-int Guarded(const Work& work) {
+int Guarded(VirtualTables& tables, const Work& work) {
   try {
     return work();
   } catch (const std::bad_alloc&) {
     return SQLITE_NOMEM;
+  } catch (const RuntimeError& error) {
+    tables.error = error;
+    return SQLITE_ERROR;
   } catch (...) {
     return SQLITE_ERROR;
   }
 }
 
-int Connect(sqlite3* connection, void* tables, int count, const char* const* arguments,
+int Connect(sqlite3* connection, VirtualTables& tables, int count, const char* const* arguments,
             sqlite3_vtab** result, char** error) {
   // Module, database and table name come before the module's own argument.
   constexpr int kNumberArgument = 3;
   std::size_t number = 0;
   const std::string_view digits = count > kNumberArgument ? arguments[kNumberArgument] : "";
   std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  const auto& cached = *static_cast<const VirtualTables*>(tables);
-  if (number >= cached.size()) {
-    *error = sqlite3_mprintf("no cached table %d", static_cast<int>(number));
+  if (number >= tables.sources.size()) {
+    *error = sqlite3_mprintf("no table %d", static_cast<int>(number));
     return SQLITE_ERROR;
   }
-  CachedTable* const table = cached[number].get();
+  TableSource* const source = tables.sources[number].get();
   std::string declaration = "create table t(";
-  for (std::size_t i = 0; i < table->columns().size(); ++i) {
+  for (std::size_t i = 0; i < source->columns().size(); ++i) {
     if (i > 0) declaration += ", ";
     // Without a declared type SQLite converts nothing when it compares.
     declaration += "c" + std::to_string(i);
-    if (table->columns()[i].type() == Type::kText)
+    if (source->columns()[i].type == Type::kText)
       declaration += std::string(" collate ") + kCollationName;
   }
-  if (table->columns().empty()) declaration += "none";
+  if (source->columns().empty()) declaration += "none";
   const int status = sqlite3_declare_vtab(connection, (declaration + ")").c_str());
   if (status != SQLITE_OK) return status;
   auto created = std::make_unique<VirtualTable>();
-  created->table = table;
+  created->source = source;
+  created->tables = &tables;
+  created->number = number;
   *result = created.release();
   return SQLITE_OK;
 }
@@ -76,44 +103,103 @@ int Disconnect(sqlite3_vtab* table) {
   return SQLITE_OK;
 }
 
-// Chooses the equality on the most selective column.
-int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
-  CachedTable& table = *static_cast<VirtualTable*>(base)->table;
-  const double rows = table.rows();
-  int best = -1;
-  double best_rows = 0;
+// Equalities that a look-up can use, and how many rows it is expected to find.
+struct LookUpPlan {
+  std::vector<int> constraints;
+  double rows = 0;
+  double cost = 0;
+};
+
+// The usable equalities, one a column.
+std::vector<int> Equalities(const TableSource& source, sqlite3_index_info* info) {
+  std::vector<int> usable;
+  const auto column_of = [&](int constraint) { return info->aConstraint[constraint].iColumn; };
   for (int i = 0; i < info->nConstraint; ++i) {
     const auto& constraint = info->aConstraint[i];
     if (constraint.usable == 0 || constraint.op != SQLITE_INDEX_CONSTRAINT_EQ) continue;
     if (constraint.iColumn < 0) continue;
-    const auto column = static_cast<std::size_t>(constraint.iColumn);
-    if (!table.CanLookUp(column)) continue;
-    if (table.columns()[column].type() == Type::kText &&
+    const SourceColumn& column = source.columns()[static_cast<std::size_t>(constraint.iColumn)];
+    if (!column.CanLookUp()) continue;
+    if (column.type == Type::kText &&
         std::string_view(sqlite3_vtab_collation(info, i)) != kCollationName)
       continue;
-    const double found = table.RowsPerValue(column);
-    if (best >= 0 && found >= best_rows) continue;
-    best = i;
-    best_rows = found;
+    if (std::ranges::find(usable, constraint.iColumn, column_of) == usable.end())
+      usable.push_back(i);
   }
-  info->idxNum = -1;
+  return usable;
+}
+
+// Chooses the equality on the most selective column.
+LookUpPlan PlanInMemory(CachedTable& table, const sqlite3_index_info* info,
+                        const std::vector<int>& equalities) {
+  LookUpPlan best;
+  for (const int i : equalities) {
+    const double found = table.RowsPerValue(static_cast<std::size_t>(info->aConstraint[i].iColumn));
+    if (best.constraints.empty() || found < best.rows) best = {{i}, found, found + 1};
+  }
+  return best;
+}
+
+// Chooses an index of the file. Without one the rows are found in a pass over the table, the first
+// time, and then in memory.
+LookUpPlan PlanInFile(TableSource& source, const sqlite3_index_info* info,
+                      const std::vector<int>& equalities) {
+  // What reaching a row of the file costs, compared with a row in memory.
+  constexpr double kLookUpCost = 200, kFoundCost = 8;
+  if (equalities.empty()) return {};
+  std::vector<std::size_t> columns;
+  for (const int i : equalities)
+    columns.push_back(static_cast<std::size_t>(info->aConstraint[i].iColumn));
+  const access::IndexPath* const path = source.FindIndex(columns);
+  if (path == nullptr) {
+    constexpr double kShare = 0.1;
+    const double rows = static_cast<double>(source.row_count());
+    return {{equalities.front()}, std::max(rows * kShare, 1.0), rows + 1};
+  }
+  LookUpPlan plan{{}, path->rows_per_key, kLookUpCost + kFoundCost * path->rows_per_key};
+  for (const std::size_t column : path->columns) {
+    const auto place = std::ranges::find(columns, column) - columns.begin();
+    plan.constraints.push_back(equalities[static_cast<std::size_t>(place)]);
+  }
+  return plan;
+}
+
+// Tells Filter the columns that the statement reads and those of the look-up's values, and
+// ReadTablePlan the table: "1f:2,0 t3", the first number in hexadecimal.
+int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
+  const VirtualTable& table = *static_cast<VirtualTable*>(base);
+  TableSource& source = *table.source;
+  const std::vector<int> equalities = Equalities(source, info);
+  const LookUpPlan plan = source.rows() != nullptr ? PlanInMemory(*source.rows(), info, equalities)
+                                                   : PlanInFile(source, info, equalities);
+  const double rows =
+      source.rows() != nullptr ? source.rows()->rows() : static_cast<double>(source.row_count());
+  info->idxNum = static_cast<int>(plan.constraints.size());
   info->estimatedRows = static_cast<sqlite3_int64>(rows);
   info->estimatedCost = rows + 1;
-  if (best < 0) return SQLITE_OK;
-  info->idxNum = info->aConstraint[best].iColumn;
-  info->idxStr = sqlite3_mprintf("%llx", info->colUsed);
+  std::string columns;
+  for (std::size_t i = 0; i < plan.constraints.size(); ++i) {
+    const int constraint = plan.constraints[i];
+    columns += (i == 0 ? ":" : ",") + std::to_string(info->aConstraint[constraint].iColumn);
+    info->aConstraintUsage[constraint].argvIndex = static_cast<int>(i) + 1;
+    // Of several values, a look-up in memory observes only one.
+    info->aConstraintUsage[constraint].omit = plan.constraints.size() == 1 ? 1 : 0;
+  }
+  info->idxStr =
+      sqlite3_mprintf("%llx%s t%d", info->colUsed, columns.c_str(), static_cast<int>(table.number));
   if (info->idxStr == nullptr) return SQLITE_NOMEM;
   info->needToFreeIdxStr = 1;
-  info->aConstraintUsage[best].argvIndex = 1;
-  info->aConstraintUsage[best].omit = 1;
-  info->estimatedRows = static_cast<sqlite3_int64>(best_rows);
-  info->estimatedCost = best_rows + 1;
+  if (plan.constraints.empty()) return SQLITE_OK;
+  info->estimatedRows = static_cast<sqlite3_int64>(plan.rows);
+  info->estimatedCost = plan.cost;
   return SQLITE_OK;
 }
 
-int OpenCursor(sqlite3_vtab* table, sqlite3_vtab_cursor** result) {
+int OpenCursor(sqlite3_vtab* base, sqlite3_vtab_cursor** result) {
+  const VirtualTable& table = *static_cast<VirtualTable*>(base);
   auto cursor = std::make_unique<Cursor>();
-  cursor->table = static_cast<VirtualTable*>(table)->table;
+  cursor->source = table.source;
+  cursor->tables = table.tables;
   *result = cursor.release();
   return SQLITE_OK;
 }
@@ -133,26 +219,49 @@ std::optional<std::int64_t> IntegerOf(sqlite3_value* value) {
   return static_cast<std::int64_t>(number);
 }
 
-std::span<const RowNumber> Matches(CachedTable& table, std::size_t column, sqlite3_value* value) {
-  if (table.columns()[column].type() != Type::kText) {
+// None if nothing in the column equals the value. The text is valid as long as the value.
+std::optional<Wanted> WantedOf(const SourceColumn& column, std::size_t position,
+                               sqlite3_value* value) {
+  if (column.type != Type::kText) {
     const std::optional<std::int64_t> number = IntegerOf(value);
-    return number ? table.Matches(column, *number) : std::span<const RowNumber>();
+    if (!number) return std::nullopt;
+    return Wanted{.column = position, .number = *number, .text = {}};
   }
-  if (sqlite3_value_type(value) != SQLITE_TEXT) return {};
+  if (sqlite3_value_type(value) != SQLITE_TEXT) return std::nullopt;
   const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-  return table.Matches(
-      column, std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value))));
+  return Wanted{.column = position,
+                .number = 0,
+                .text = {text, static_cast<std::size_t>(sqlite3_value_bytes(value))}};
 }
 
-// Prefetches the cells that a statement will read from the rows found. `used` has a bit for each
-// column, the last bit standing for all further columns.
-void Prefetch(const CachedTable& table, std::span<const RowNumber> rows, std::uint64_t used) {
+std::span<const RowNumber> Matches(CachedTable& table, const Wanted& wanted) {
+  return table.columns()[wanted.column].type() == Type::kText
+             ? table.Matches(wanted.column, wanted.text)
+             : table.Matches(wanted.column, wanted.number);
+}
+
+bool Equals(const CachedTable& table, RowNumber row, const Wanted& wanted) {
+  const CachedColumn& column = table.columns()[wanted.column];
+  if (column.IsNull(row)) return false;
+  return column.type() == Type::kText ? CompareText(column.Bytes(row), wanted.text) == 0
+                                      : column.Integer(row) == wanted.number;
+}
+
+bool Equals(const TableSource& source, access::RowCursor& row, const Wanted& wanted) {
+  if (row.IsNull(wanted.column)) return false;
+  const SourceColumn& column = source.columns()[wanted.column];
+  return column.type == Type::kText
+             ? CompareText(row.Text(wanted.column), wanted.text) == 0
+             : IntegerCell(row, wanted.column, column.stored) == wanted.number;
+}
+
+// Prefetches the cells that a statement will read from the rows found.
+void Prefetch(const CachedTable& table, std::span<const RowNumber> rows, ColumnMask used) {
   constexpr std::size_t kMostRows = 512;  // no more than the processor's caches hold
-  constexpr std::size_t kLastBit = 63;
   rows = rows.first(std::min(rows.size(), kMostRows));
   const auto each_used = [&](auto&& fetch) {
     for (std::size_t i = 0; i < table.columns().size(); ++i) {
-      if ((used >> std::min(i, kLastBit) & 1) == 0) continue;
+      if (!IsUsed(used, i)) continue;
       for (const RowNumber row : rows) fetch(table.columns()[i], row);
     }
   };
@@ -164,20 +273,119 @@ void TakeMatch(Cursor& cursor) {
   cursor.row = cursor.matches.empty() ? kNoRow : cursor.matches.front();
 }
 
-int Filter(sqlite3_vtab_cursor* base, int column, const char* used, int count,
-           sqlite3_value** values) {
+void AdvanceStream(Cursor& cursor) {
+  do {
+    cursor.stream_ended = !cursor.stream->Next();
+  } while (!cursor.stream_ended && !std::ranges::all_of(cursor.wanted, [&](const Wanted& wanted) {
+    return Equals(*cursor.source, cursor.stream->row(), wanted);
+  }));
+}
+
+// Starts a pass over a table that is not kept in memory; false for all others.
+bool StartStream(Cursor& cursor) {
+  cursor.stream = cursor.source->Stream();
+  if (cursor.stream == nullptr) return false;
+  // The values are SQLite's only until Filter returns.
+  for (const Wanted& wanted : cursor.wanted) cursor.texts.emplace_back(wanted.text);
+  for (std::size_t i = 0; i < cursor.wanted.size(); ++i) cursor.wanted[i].text = cursor.texts[i];
+  AdvanceStream(cursor);
+  return true;
+}
+
+Value ValueOf(const SourceColumn& column, const Wanted& wanted) {
+  if (column.type == Type::kCurrency) return Currency::FromTenThousandths(wanted.number);
+  if (column.type != Type::kText) return wanted.number;
+  // Equal texts may differ in trailing blanks.
+  return std::string(wanted.text.substr(0, wanted.text.find_last_not_of(' ') + 1));
+}
+
+// Reads the wanted rows through an index of the file; false if the table is better read whole.
+bool FindInFile(Cursor& cursor, ColumnMask used) {
+  TableSource& source = *cursor.source;
+  std::vector<std::size_t> columns;
+  std::vector<Value> values;
+  for (const Wanted& wanted : cursor.wanted) {
+    columns.push_back(wanted.column);
+    values.push_back(ValueOf(source.columns()[wanted.column], wanted));
+  }
+  if (source.FindIndex(columns) == nullptr) return false;
+  cursor.found = source.FindRows(columns, values, used);
+  if (cursor.found == nullptr) return false;
+  cursor.table = cursor.found.get();
+  for (RowNumber row = 0; row < cursor.found->rows(); ++row) {
+    if (std::ranges::all_of(cursor.wanted, [&](const Wanted& wanted) {
+          return Equals(*cursor.found, row, wanted);
+        })) {
+      cursor.selected.push_back(row);
+    }
+  }
+  cursor.matches = cursor.selected;
+  return true;
+}
+
+void FindInMemory(Cursor& cursor, ColumnMask used) {
+  CachedTable& table = cursor.source->Load();
+  const auto rows_per_value = [&](const Wanted& wanted) {
+    return table.RowsPerValue(wanted.column);
+  };
+  const auto best = cursor.wanted.size() == 1
+                        ? cursor.wanted.begin()
+                        : std::ranges::min_element(cursor.wanted, {}, rows_per_value);
+  cursor.table = &table;
+  cursor.matches = Matches(table, *best);
+  Prefetch(table, cursor.matches, used);
+}
+
+// Sets the values that the cursor's rows must have; false if no row can.
+bool ReadWanted(Cursor& cursor, const char* columns, int count, sqlite3_value** values) {
+  for (int i = 0; i < count; ++i) {
+    char* end = nullptr;
+    const std::size_t column = std::strtoull(columns + 1, &end, 10);
+    columns = end;
+    const std::optional<Wanted> wanted =
+        WantedOf(cursor.source->columns().at(column), column, values[i]);
+    if (!wanted) return false;
+    cursor.wanted.push_back(*wanted);
+  }
+  return true;
+}
+
+int Filter(sqlite3_vtab_cursor* base, const char* plan, int count, sqlite3_value** values) {
   Cursor& cursor = *static_cast<Cursor*>(base);
   cursor.lookup = count > 0;
   cursor.row = 0;
-  if (!cursor.lookup) return SQLITE_OK;
-  cursor.matches = Matches(*cursor.table, static_cast<std::size_t>(column), values[0]);
-  Prefetch(*cursor.table, cursor.matches, std::strtoull(used, nullptr, 16));
-  TakeMatch(cursor);
+  cursor.table = nullptr;
+  cursor.stream.reset();
+  cursor.stream_ended = false;
+  cursor.wanted.clear();
+  cursor.texts.clear();
+  cursor.selected.clear();
+  cursor.matches = {};
+  if (!cursor.lookup) {
+    if (!StartStream(cursor)) cursor.table = &cursor.source->Load();
+    return SQLITE_OK;
+  }
+  char* columns = nullptr;
+  const ColumnMask used = std::strtoull(plan, &columns, 16);
+  if (!ReadWanted(cursor, columns, count, values)) {
+    cursor.row = kNoRow;
+    cursor.stream_ended = true;
+    return SQLITE_OK;
+  }
+  const bool in_memory = cursor.source->rows() != nullptr;
+  if (in_memory || (!FindInFile(cursor, used) && !StartStream(cursor))) FindInMemory(cursor, used);
+  if (cursor.stream == nullptr) TakeMatch(cursor);
   return SQLITE_OK;
 }
 
 int Next(sqlite3_vtab_cursor* base) {
   Cursor& cursor = *static_cast<Cursor*>(base);
+  if (cursor.stream != nullptr) {
+    return Guarded(*cursor.tables, [&] {
+      AdvanceStream(cursor);
+      return SQLITE_OK;
+    });
+  }
   if (cursor.lookup) {
     cursor.matches = cursor.matches.subspan(1);
     TakeMatch(cursor);
@@ -189,21 +397,55 @@ int Next(sqlite3_vtab_cursor* base) {
 
 int AtEnd(sqlite3_vtab_cursor* base) {
   const Cursor& cursor = *static_cast<Cursor*>(base);
+  if (cursor.table == nullptr) return cursor.stream_ended ? 1 : 0;
   return cursor.row >= cursor.table->rows() ? 1 : 0;  // kNoRow is beyond every row
 }
 
-int ReadColumn(sqlite3_vtab_cursor* base, sqlite3_context* context, int index) {
+void SetText(sqlite3_context* context, std::string_view text, sqlite3_destructor_type lifetime) {
+  sqlite3_result_text64(context, text.data(), text.size(), lifetime, SQLITE_UTF8);
+}
+
+void SetBytes(sqlite3_context* context, std::string_view bytes, sqlite3_destructor_type lifetime) {
+  sqlite3_result_blob64(context, bytes.data(), bytes.size(), lifetime);
+}
+
+void ReadCell(const TableSource& source, access::RowCursor& row, std::size_t index,
+              sqlite3_context* context) {
+  const SourceColumn& column = source.columns()[index];
+  if (row.IsNull(index)) {
+    sqlite3_result_null(context);
+  } else if (column.type == Type::kText) {
+    SetText(context, row.Text(index), SQLITE_TRANSIENT);
+  } else if (column.type == Type::kBinary) {
+    const auto bytes = row.Bytes(index);
+    SetBytes(context, {reinterpret_cast<const char*>(bytes.data()), bytes.size()},
+             SQLITE_TRANSIENT);
+  } else if (column.type == Type::kDouble) {
+    sqlite3_result_double(context, DoubleCell(row, index, column.stored));
+  } else {
+    sqlite3_result_int64(context, IntegerCell(row, index, column.stored));
+  }
+}
+
+int ReadColumn(sqlite3_vtab_cursor* base, sqlite3_context* context, int number) {
   const Cursor& cursor = *static_cast<Cursor*>(base);
-  const CachedColumn& column = cursor.table->columns()[static_cast<std::size_t>(index)];
+  const auto index = static_cast<std::size_t>(number);
+  if (cursor.table == nullptr) {
+    return Guarded(*cursor.tables, [&] {
+      ReadCell(*cursor.source, cursor.stream->row(), index, context);
+      return SQLITE_OK;
+    });
+  }
+  const CachedColumn& column = cursor.table->columns()[index];
+  // A table in memory never changes and outlives every statement, so nothing is copied.
+  const sqlite3_destructor_type lifetime =
+      cursor.table == cursor.found.get() ? SQLITE_TRANSIENT : SQLITE_STATIC;
   if (column.IsNull(cursor.row)) {
     sqlite3_result_null(context);
   } else if (column.type() == Type::kText) {
-    // The rows never change and outlive every statement, so nothing is copied.
-    const std::string_view text = column.Bytes(cursor.row);
-    sqlite3_result_text64(context, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+    SetText(context, column.Bytes(cursor.row), lifetime);
   } else if (column.type() == Type::kBinary) {
-    const std::string_view bytes = column.Bytes(cursor.row);
-    sqlite3_result_blob64(context, bytes.data(), bytes.size(), SQLITE_STATIC);
+    SetBytes(context, column.Bytes(cursor.row), lifetime);
   } else if (column.type() == Type::kDouble) {
     sqlite3_result_double(context, column.Double(cursor.row));
   } else {
@@ -213,31 +455,38 @@ int ReadColumn(sqlite3_vtab_cursor* base, sqlite3_context* context, int index) {
 }
 
 int ReadRowId(sqlite3_vtab_cursor* base, sqlite3_int64* row) {
-  *row = static_cast<Cursor*>(base)->row;
+  const Cursor& cursor = *static_cast<Cursor*>(base);
+  *row =
+      cursor.table != nullptr ? cursor.table->Key(cursor.row) : RowKey(cursor.stream->row().Id());
   return SQLITE_OK;
 }
 
 sqlite3_module MakeModule() {
   sqlite3_module module{};
   module.iVersion = 1;
-  const auto connect = [](sqlite3* connection, void* tables, int count,
-                          const char* const* arguments, sqlite3_vtab** result, char** error) {
-    return Guarded([&] { return Connect(connection, tables, count, arguments, result, error); });
+  const auto connect = [](sqlite3* connection, void* data, int count, const char* const* arguments,
+                          sqlite3_vtab** result, char** error) {
+    auto& tables = *static_cast<VirtualTables*>(data);
+    return Guarded(tables,
+                   [&] { return Connect(connection, tables, count, arguments, result, error); });
   };
   module.xCreate = connect;
   module.xConnect = connect;
   module.xBestIndex = [](sqlite3_vtab* table, sqlite3_index_info* info) {
-    return Guarded([&] { return BestIndex(table, info); });
+    return Guarded(*static_cast<VirtualTable*>(table)->tables,
+                   [&] { return BestIndex(table, info); });
   };
   module.xDisconnect = Disconnect;
   module.xDestroy = Disconnect;
   module.xOpen = [](sqlite3_vtab* table, sqlite3_vtab_cursor** result) {
-    return Guarded([&] { return OpenCursor(table, result); });
+    return Guarded(*static_cast<VirtualTable*>(table)->tables,
+                   [&] { return OpenCursor(table, result); });
   };
   module.xClose = CloseCursor;
-  module.xFilter = [](sqlite3_vtab_cursor* cursor, int column, const char* used, int count,
+  module.xFilter = [](sqlite3_vtab_cursor* cursor, int, const char* plan, int count,
                       sqlite3_value** values) {
-    return Guarded([&] { return Filter(cursor, column, used, count, values); });
+    return Guarded(*static_cast<Cursor*>(cursor)->tables,
+                   [&] { return Filter(cursor, plan, count, values); });
   };
   module.xNext = Next;
   module.xEof = AtEnd;
@@ -250,10 +499,32 @@ const sqlite3_module kModule = MakeModule();
 
 }  // namespace
 
-void RegisterVirtualTables(sqlite3* connection, const VirtualTables& tables) {
-  // SQLite hands the pointer back to Connect, which only reads.
-  RequireDone(sqlite3_create_module_v2(connection, "cached", &kModule,
-                                       const_cast<VirtualTables*>(&tables), nullptr));
+std::optional<TablePlan> ReadTablePlan(std::string_view line) {
+  constexpr std::string_view kBefore = " VIRTUAL TABLE INDEX ";
+  const std::size_t start = line.find(kBefore);
+  const std::size_t end = line.rfind(" t");
+  if (start == std::string_view::npos || end == std::string_view::npos) return std::nullopt;
+  TablePlan plan;
+  const auto read = [](std::string_view digits, std::size_t& number) {
+    std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  };
+  read(line.substr(end + 2), plan.number);
+  // The number of values, the columns that are read, then those of the values.
+  std::string_view columns = line.substr(0, end).substr(start + kBefore.size());
+  for (int colons = 0; colons < 2; ++colons) {
+    const std::size_t colon = columns.find(':');
+    if (colon == std::string_view::npos) return plan;
+    columns.remove_prefix(colon + 1);
+  }
+  while (!columns.empty()) {
+    read(columns, plan.columns.emplace_back());
+    columns.remove_prefix(std::min(columns.find(','), columns.size() - 1) + 1);
+  }
+  return plan;
+}
+
+void RegisterVirtualTables(sqlite3* connection, VirtualTables& tables) {
+  RequireDone(sqlite3_create_module_v2(connection, "source", &kModule, &tables, nullptr));
 }
 
 }  // namespace tenora::query

@@ -9,13 +9,13 @@ std::shared_ptr<SqliteConnection> ConnectionCache::Get(const std::filesystem::pa
   const std::string key = path.string();
   if (entries_.size() >= kMostConnections && !entries_.contains(key)) entries_.clear();
   Entry& entry = entries_[key];
-  CachedTables kept;
+  TableSources kept;
   if (entry.connection != nullptr && entry.settled && entry.state == state) {
     if (entry.changed.empty()) return entry.connection;
     kept = entry.connection->tables().TablesExcept(entry.changed);
   }
   entry.connection = nullptr;
-  TableCache tables(path, state, ReadLocking::kLock, std::move(kept));
+  TableCache tables(path, state, ReadLocking::kLock, kept);
   tables.File();
   auto connection = std::make_shared<SqliteConnection>(std::move(tables), settings_);
   entry = {.connection = connection,

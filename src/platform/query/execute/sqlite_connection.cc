@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/query/execute/row_list.h"
 #include "platform/query/sql/lexer.h"
 #include "platform/query/sql/parser.h"
 #include "platform/query/sql/statement_error.h"
@@ -81,24 +82,24 @@ int SqliteConnection::CheckProgress(void* connection) {
 Catalogue::Entry SqliteConnection::FindTable(std::string_view name) {
   const std::string key = ToLower(name);
   if (const auto known = numbers_.find(key); known != numbers_.end())
-    return {.number = known->second, .table = virtual_tables_[known->second].get()};
-  std::shared_ptr<CachedTable> table = tables_.Find(name);
+    return {.number = known->second, .table = virtual_tables_.sources[known->second].get()};
+  std::shared_ptr<TableSource> table = tables_.Find(name);
   if (table == nullptr) return {};
-  const std::size_t number = virtual_tables_.size();
-  virtual_tables_.push_back(std::move(table));
+  const std::size_t number = virtual_tables_.sources.size();
+  virtual_tables_.sources.push_back(std::move(table));
   const std::string digits = std::to_string(number);
-  const std::string create = "create virtual table t" + digits + " using cached(" + digits + ")";
+  const std::string create = "create virtual table t" + digits + " using source(" + digits + ")";
   creating_table_ = true;
   const int status = sqlite3_exec(connection_, create.c_str(), nullptr, nullptr, nullptr);
   creating_table_ = false;
   if (status != SQLITE_OK) {
-    virtual_tables_.pop_back();
+    virtual_tables_.sources.pop_back();
     throw RuntimeError(engine_error::kOutOfResources,
                        "Table '" + std::string(name) + "': " + sqlite3_errmsg(connection_),
                        "DAO.Database");
   }
   numbers_.emplace(key, number);
-  return {.number = number, .table = virtual_tables_[number].get()};
+  return {.number = number, .table = virtual_tables_.sources[number].get()};
 }
 
 StatementPtr SqliteConnection::Compile(const Plan& plan, std::string_view statement) {
@@ -106,6 +107,7 @@ StatementPtr SqliteConnection::Compile(const Plan& plan, std::string_view statem
   const int status =
       sqlite3_prepare_v3(connection_, plan.sql.c_str(), static_cast<int>(plan.sql.size()) + 1,
                          SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+  ThrowReadError();
   if (status != SQLITE_OK)
     throw StatementError(engine_error::kTooComplex,
                          std::string("Query is too complex (") + sqlite3_errmsg(connection_) + ").",
@@ -157,15 +159,55 @@ SqliteConnection::Ready SqliteConnection::Begin(std::shared_ptr<CachedPlan> plan
   return ready;
 }
 
+std::unique_ptr<Recordset> SqliteConnection::Explain(std::string_view statement) {
+  const std::vector<Token> tokens = ReadTokens(statement);
+  Plan plan = Translate(*ParseSelect(statement, tokens), statement, *this);
+  plan.sql.insert(0, "explain query plan ");
+  const StatementPtr prepared = Compile(plan, statement);
+  std::vector<std::vector<Value>> rows;
+  while (Step(prepared.get(), statement)) {
+    constexpr int kDetail = 3;
+    const auto* const detail =
+        reinterpret_cast<const char*>(sqlite3_column_text(prepared.get(), kDetail));
+    const std::optional<TablePlan> read = ReadTablePlan(detail == nullptr ? "" : detail);
+    if (!read || read->number >= virtual_tables_.sources.size()) continue;
+    TableSource& source = *virtual_tables_.sources[read->number];
+    std::string columns;
+    for (const std::size_t column : read->columns) {
+      columns += (columns.empty() ? "" : ", ") + source.columns().at(column).name;
+    }
+    const access::IndexPath* const path = source.rows() == nullptr && !read->columns.empty()
+                                              ? source.FindIndex(read->columns)
+                                              : nullptr;
+    std::string access = source.Streams() ? "one pass" : "whole table";
+    if (source.rows() != nullptr) access = "memory";
+    if (path != nullptr) access = "index " + path->name;
+    const auto expected =
+        path == nullptr ? source.row_count() : static_cast<std::int64_t>(path->rows_per_key);
+    rows.push_back({source.name(), access, columns, expected});
+  }
+  return std::make_unique<RowList>(std::vector<std::string>{"table", "access", "columns", "rows"},
+                                   std::move(rows));
+}
+
 bool SqliteConnection::Step(sqlite3_stmt* statement, std::string_view text) {
   deadline_ = std::chrono::steady_clock::now() + time_limit_;
   const int status = sqlite3_step(statement);
+  tables_.reader().EndStep();
   if (status == SQLITE_ROW) return true;
   if (status == SQLITE_DONE) return false;
   ThrowStepError(status, text);
 }
 
+void SqliteConnection::ThrowReadError() {
+  if (!virtual_tables_.error) return;
+  const RuntimeError error = *virtual_tables_.error;
+  virtual_tables_.error.reset();
+  throw error;
+}
+
 void SqliteConnection::ThrowStepError(int status, std::string_view text) {
+  ThrowReadError();
   if (functions_.error) {
     const RuntimeError error = *functions_.error;
     functions_.error.reset();

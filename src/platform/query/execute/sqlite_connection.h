@@ -14,6 +14,7 @@
 
 #include "platform/query/cache/table_cache.h"
 #include "platform/query/cache/virtual_table.h"
+#include "platform/query/engine.h"
 #include "platform/query/execute/plan_cache.h"
 #include "platform/query/functions/functions.h"
 #include "platform/query/translate/translator.h"
@@ -44,6 +45,10 @@ class SqliteConnection : private Catalogue {
   // The same for a select that is parsed already, its literals among `tokens`. The plan is not
   // cached. `statement` is the text that the select comes from, for errors.
   Ready Prepare(const Select& select, std::string_view statement, const std::vector<Token>& tokens);
+  // How a select would read its tables now, in the order of its loops: the columns table, access
+  // ("index PrimaryKey", "memory", "whole table", "one pass"), the names of the columns of a
+  // look-up, and the expected number of rows.
+  std::unique_ptr<Recordset> Explain(std::string_view statement);
   // Moves to the next row; false past the last. `text` is the statement, for errors.
   bool Step(sqlite3_stmt* statement, std::string_view text);
   // Restarts a statement of a TopRows plan without the limit.
@@ -58,6 +63,8 @@ class SqliteConnection : private Catalogue {
               const std::vector<Token>& tokens);
   StatementPtr Compile(const Plan& plan, std::string_view statement);
   void Bind(sqlite3_stmt* prepared, const Plan& plan, const std::vector<Token>& tokens) const;
+  // Raises the error of reading a table, if there is one.
+  void ThrowReadError();
   [[noreturn]] void ThrowStepError(int status, std::string_view text);
   void Configure();
   static int Authorize(void* connection, int action, const char* first, const char* second,

@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/query/execute/row_list.h"
 #include "platform/query/execute/statement_recordset.h"
 #include "platform/query/sql/parser.h"
 #include "platform/runtime/conversion.h"
@@ -124,47 +125,6 @@ bool ReadEqualities(const Expression& condition, const access::WritableTable& ta
   if (!column || !FitsColumn(value, table.columns()[*column])) return false;
   equal.push_back({name.name, value});
   return true;
-}
-
-// A record set over rows in memory.
-class RowList : public Recordset {
- public:
-  RowList(std::vector<std::string> names, std::vector<std::vector<Value>> rows)
-      : names_(std::move(names)), rows_(std::move(rows)) {}
-
-  bool EndOfFile() const override { return row_ >= rows_.size(); }
-  bool BeginningOfFile() const override { return rows_.empty(); }
-  void MoveNext() override;
-  Value Field(std::string_view name) const override;
-  Value Field(std::size_t position) const override;
-  const std::vector<std::string>& FieldNames() const override { return names_; }
-  void Close() override { rows_.clear(); }
-
- private:
-  std::vector<std::string> names_;
-  std::vector<std::vector<Value>> rows_;
-  std::size_t row_ = 0;
-};
-
-void RowList::MoveNext() {
-  if (EndOfFile()) throw RecordsetError(engine_error::kNoCurrentRecord, "No current record.");
-  ++row_;
-}
-
-Value RowList::Field(std::string_view name) const {
-  for (std::size_t i = 0; i < names_.size(); ++i) {
-    if (EqualsNoCase(names_[i], name)) return Field(i);
-  }
-  throw RecordsetError(engine_error::kItemNotFound,
-                       "Item not found in this collection: '" + std::string(name) + "'.");
-}
-
-Value RowList::Field(std::size_t position) const {
-  if (EndOfFile()) throw RecordsetError(engine_error::kNoCurrentRecord, "No current record.");
-  if (position >= names_.size()) {
-    throw RecordsetError(engine_error::kItemNotFound, "Item not found in this collection.");
-  }
-  return rows_[row_][position];
 }
 
 }  // namespace
@@ -301,9 +261,9 @@ std::vector<Transaction::Change> Transaction::FindBySelect(Action action,
                          statement);
   }
   Select select;
-  auto row_number = std::make_unique<Expression>();
-  row_number->kind = ExpressionKind::kRowNumber;
-  AddItem(select, std::move(row_number));
+  auto row_key = std::make_unique<Expression>();
+  row_key->kind = ExpressionKind::kRowKey;
+  AddItem(select, std::move(row_key));
   for (ExpressionPtr& value : action.values) AddItem(select, std::move(value));
   select.from = std::make_unique<Source>();
   select.from->table = action.table;
@@ -312,16 +272,14 @@ std::vector<Transaction::Change> Transaction::FindBySelect(Action action,
   // The transaction has already read the table's definition and opened the file: neither is done a
   // second time.
   if (!connection->tables().Holds(action.table)) {
-    connection->tables().Add(
-        action.table, std::make_shared<CachedTable>(table.name(), table.columns(), kUnknownRowCount,
-                                                    *table.Rows()));
+    connection->tables().Hold(table.columns(),
+                              std::make_shared<CachedTable>(table.name(), table.columns(),
+                                                            kUnknownRowCount, *table.Rows()));
   }
-  // Rows() and All() return the rows in the same order.
-  const std::vector<access::RowId> rows = table.All();
   std::vector<Change> changes;
   for (StatementRecordset found(connection, select, statement, tokens); !found.EndOfFile();
        found.MoveNext()) {
-    Change change{rows.at(static_cast<std::size_t>(ToDouble(found.Field(0)))), {}};
+    Change change{RowOfKey(static_cast<std::uint32_t>(ToDouble(found.Field(0)))), {}};
     for (std::size_t i = 0; i < action.columns.size(); ++i) {
       change.values.push_back({action.columns[i], found.Field(i + 1)});
     }

@@ -33,7 +33,7 @@ enum class ExpressionKind : std::uint8_t {
   kIsNull,      // a is null
   kExists,      // exists (select)
   kSubquery,    // (select)
-  kRowNumber,   // the row's position in the select's first table, from 0; has no syntax
+  kRowKey,      // the RowKey of the row in the select's first table; has no syntax
 };
 
 struct Expression {

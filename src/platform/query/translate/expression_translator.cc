@@ -74,8 +74,8 @@ Fragment ExpressionTranslator::Translate(const Expression& expression) {
       const auto subselect = subselects_.TranslateColumn(*expression.select, scope_, Type::kNull);
       return {.sql = subselect.sql, .type = subselect.type};
     }
-    case ExpressionKind::kRowNumber:
-      return {.sql = scope_.sources().at(0).row_number, .type = Type::kInteger};
+    case ExpressionKind::kRowKey:
+      return {.sql = scope_.sources().at(0).row_key, .type = Type::kInteger};
   }
   state_.Fail(engine_error::kSyntax, "Syntax error in query expression.");
 }

@@ -19,7 +19,7 @@ struct ScopeColumn {
 struct ScopeSource {
   std::string name;  // the alias, or else the table name
   std::vector<ScopeColumn> columns = {};
-  std::string row_number = {};  // SQL; empty if the source is a subquery
+  std::string row_key = {};  // SQL; empty if the source is a subquery
 };
 
 class Scope {

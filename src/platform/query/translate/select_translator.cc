@@ -275,11 +275,11 @@ std::string SelectTranslator::TranslateTable(const Source& source, Scope& scope)
                     "correctly.");
   const std::string alias = "s" + std::to_string(state_.next_source++);
   ScopeSource added{.name = source.alias.empty() ? entry.table->name() : source.alias,
-                    .row_number = alias + ".rowid"};
+                    .row_key = alias + ".rowid"};
   for (std::size_t i = 0; i < entry.table->columns().size(); ++i) {
-    const CachedColumn& column = entry.table->columns()[i];
+    const SourceColumn& column = entry.table->columns()[i];
     added.columns.push_back(
-        {.name = column.name(), .type = column.type(), .sql = alias + ".c" + std::to_string(i)});
+        {.name = column.name, .type = column.type, .sql = alias + ".c" + std::to_string(i)});
   }
   if (scope.FindSource(added.name) != nullptr)
     state_.Fail(engine_error::kSyntax,

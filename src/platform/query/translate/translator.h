@@ -1,5 +1,5 @@
-// Translates a parsed statement of the engine's dialect into one that SQLite runs over the table
-// cache.
+// Translates a parsed statement of the engine's dialect into one that SQLite runs over the
+// tables.
 #pragma once
 
 #include <optional>
@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/query/cache/cached_table.h"
+#include "platform/query/cache/table_source.h"
 #include "platform/query/sql/syntax.h"
 
 namespace tenora::query {
@@ -44,9 +44,9 @@ class Catalogue {
   virtual ~Catalogue() = default;
   struct Entry {
     std::size_t number = 0;  // the table is t<number> in SQLite
-    const CachedTable* table = nullptr;
+    const TableSource* table = nullptr;
   };
-  // Reads the table into the cache; `table` is null if the file has none of this name.
+  // `table` is null if the file has none of this name.
   virtual Entry FindTable(std::string_view name) = 0;
 };
 

@@ -1,0 +1,151 @@
+// Rows read through the indexes of the file: the same as from tables in memory, also while others
+// write.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "platform/query/cache/file_reader.h"
+#include "platform/query/query_test_support.h"
+#include "support/test_files.h"
+
+namespace tenora::query {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::StartsWith;
+
+// A copy of the sample agency. Its revenues, rent periods and custom fields are large enough not to
+// be read into memory at once.
+class IndexReads : public ::testing::Test {
+ protected:
+  IndexReads() {
+    std::filesystem::copy_file(test::SampleDatabase(), path_);
+    std::filesystem::permissions(path_, std::filesystem::perms::owner_write,
+                                 std::filesystem::perm_options::add);
+  }
+
+  // In a workspace of its own, which has read nothing yet.
+  std::vector<std::string> Fresh(const std::string& sql) const {
+    return RowsOf(*Workspace::Create()->OpenDatabase(path_), sql);
+  }
+
+  test::ScratchFolder folder_;
+  std::filesystem::path path_ = folder_ / "property.mdb";
+};
+
+TEST_F(IndexReads, GiveTheRowsOfTheTableInItsOrder) {
+  const struct {
+    const char* sql;
+    const char* path;  // how its first table is read
+  } kCases[] = {
+      {"select * from revenues where tenant_code = 'T00001'", "revenues|index tenant_code"},
+      {"select * from revenues where tenant_code = 't00002  ' and amount > 100",
+       "revenues|index tenant_code"},
+      {"select * from revenues where tenant_code = 'T00001' and recordnumber = 17",
+       "revenues|index PrimaryKey"},
+      {"select * from revenues where recordnumber in (17, 99999999, -5, 3, 17)",
+       "revenues|index PrimaryKey"},
+      {"select * from revenues where recordnumber = 17.5", "revenues|index PrimaryKey"},
+      {"select * from revenues where recordnumber = 99999999999", "revenues|index PrimaryKey"},
+      {"select * from revenues where tenant_code = null", "revenues|index tenant_code"},
+      {"select * from revenues where tenant_code = ''", "revenues|index tenant_code"},
+      {"select * from revenues where tenant_code = '\xe6\x97\xa5'", "revenues|index tenant_code"},
+      {"select * from revenues where tenant_code = 'T00001 and far longer than its column'",
+       "revenues|index tenant_code"},
+      {"select * from revenues where recordnumber = 17 or tenant_code = 'T00002'", "revenues|"},
+      {"select * from revenues where comment = 'x'", "revenues|"},
+      {"select * from rent_periods where tenant_code = 'T00003' order by period_from desc",
+       "rent_periods|index"},
+      {"select sum(amount)+0, max([property code]) from revenues where tenant_code = 'T00001'",
+       "revenues|index tenant_code"},
+      {"select reference, (select max(date) from revenues where tenant_code = reference) from "
+       "tenancy where reference < 'T00005'",
+       "tenancy|"},
+      {"select r.recordnumber, p.period_from from revenues r left join rent_periods p on "
+       "p.tenant_code = r.tenant_code where r.recordnumber = 17",
+       "revenues|index PrimaryKey"},
+  };
+  const auto workspace = Workspace::Create();
+  const auto in_memory = workspace->OpenDatabase(path_);
+  for (const char* table : {"revenues", "rent_periods"})
+    RowsOf(*in_memory, std::string("select * from ") + table);
+  for (const auto& c : kCases) {
+    EXPECT_EQ(Fresh(c.sql), RowsOf(*in_memory, c.sql)) << c.sql;
+    EXPECT_THAT(Fresh(std::string("explain ") + c.sql).at(0), StartsWith(c.path)) << c.sql;
+  }
+}
+
+TEST_F(IndexReads, GiveWayToTheTableWhenThereAreMany) {
+  const auto workspace = Workspace::Create();
+  const auto database = workspace->OpenDatabase(path_);
+  const std::string sql = "select sum(amount) from revenues where tenant_code = ";
+  const std::string explain = "explain " + sql + "'T00001'";
+  EXPECT_THAT(RowsOf(*database, explain).at(0), StartsWith("revenues|index tenant_code"));
+  int look_ups = 0;
+  while (look_ups < 100 && RowsOf(*database, explain).at(0).starts_with("revenues|index")) {
+    RowsOf(*database, sql + "'T0000" + std::to_string(look_ups++ % 9) + "'");
+  }
+  EXPECT_GT(look_ups, 2) << "a letter's few look-ups do not read the table";
+  EXPECT_LT(look_ups, 30) << "a batch reads it once";
+  EXPECT_THAT(RowsOf(*database, explain).at(0), StartsWith("revenues|memory"));
+}
+
+// Each change moves money from one payment of a tenancy to another: their sum is always the same.
+TEST_F(IndexReads, SeeEachTransactionOfAnotherProgramWholeOrNotAtAll) {
+  const std::string sum = "select sum(amount) from revenues where tenant_code = 'T00001'";
+  const std::vector<std::string> before = Fresh(sum);
+  constexpr int kChanges = 40;
+  std::jthread writer([&] {
+    const auto workspace = Workspace::Create();
+    for (int i = 1; i <= kChanges; ++i) {
+      const auto database = workspace->OpenDatabase(path_);
+      const std::string step = std::to_string(i);
+      database->BeginTrans();
+      for (const char* change : {"amount = amount - ", "amount = amount + "}) {
+        const char* const which = change[16] == '-' ? "min" : "max";
+        const auto row = RowsOf(*database, std::string("select ") + which +
+                                               "(recordnumber) from revenues where tenant_code = "
+                                               "'T00001'");
+        const auto amount =
+            RowsOf(*database, "select amount from revenues where recordnumber = " + row.at(0));
+        const double moved = std::stod(amount.at(0)) + (change[16] == '-' ? -i : i);
+        database->Execute("update revenues set amount = " + std::to_string(moved) +
+                          " where recordnumber = " + row.at(0));
+      }
+      database->CommitTrans();
+    }
+  });
+  const auto workspace = Workspace::Create();
+  for (int i = 0; i < 100; ++i) {
+    const auto database = workspace->OpenDatabase(path_);
+    ASSERT_EQ(RowsOf(*database, sum), before) << i;
+  }
+  writer.join();
+  EXPECT_EQ(Fresh(sum), before);
+}
+
+// Who does not use locks can write in the middle of a reading.
+TEST_F(IndexReads, StartAgainAfterAWriteWithoutLocks) {
+  FileReader reader(path_, access::ReadFileState(path_), ReadLocking::kLock);
+  int readings = 0;
+  const auto read = [&](bool writes) {
+    return reader.Read(10, [&](const access::DatabaseFile& file) {
+      EXPECT_NE(file.FindTable("revenues"), nullptr);
+      if (++readings <= 2 && writes) {
+        std::filesystem::last_write_time(
+            path_, std::filesystem::last_write_time(path_) - std::chrono::seconds(1));
+        if (readings == 2) throw RuntimeError(3049, "half a change", "DAO.Recordset");
+      }
+      return readings;
+    });
+  };
+  EXPECT_EQ(read(true), 3);
+  EXPECT_EQ(reader.opened(), 3);
+  EXPECT_EQ(read(false), 4);
+  EXPECT_EQ(reader.opened(), 3) << "an unchanged file is not opened again";
+}
+
+}  // namespace
+}  // namespace tenora::query
