@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "data/sql_text.h"
 #include "platform/dialogs/dialogs.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
@@ -22,14 +23,15 @@ void ForEachRow(Database& database, std::string_view sql, Use&& use) {
 }
 
 // The doubled columns and the unread last_inspection are part of the text.
-constexpr std::string_view kTenantQuery =
+constexpr std::string_view kTenantRows =
     "select reference, id_number, monthly_day, [Property Code], water_meter, "
     "tenancy.address1 as a1, tenancy.address2 as a2, tenancy.address3 as a3, reference, "
     "[property code], [when ended], last_inspection, "
     "lastrentrise,email,home_phone,work_phone,mobile,fax,[when started], bond, closed_yn, "
     "[current rent], every_amt, every_freq, property.address1, property.address2, "
     "property.address3, name, rentreviewdate from tenancy inner join property on "
-    "tenancy.[property code] = property.code order by name, closed_yn desc";
+    "tenancy.[property code] = property.code";
+constexpr std::string_view kTenantOrder = " order by name, closed_yn desc";
 
 // The errors of a load, shown as one however many rows have them.
 class LoadErrors {
@@ -172,10 +174,24 @@ void Caches::Load(Database& database, const std::function<void(const LoadStep&)>
 }
 
 void Caches::CacheTenants(Database& database) {
+  ReadTenants(database, std::string(kTenantRows).append(kTenantOrder));
+}
+
+void Caches::CacheTenancy(Database& database, std::string_view reference) {
+  Owners.clear();
+  Properties.clear();
+  AccountCodes.clear();
+  ReadTenants(database, std::string(kTenantRows)
+                            .append(" where reference = ")
+                            .append(SQLText(reference))
+                            .append(kTenantOrder));
+}
+
+void Caches::ReadTenants(Database& database, std::string_view sql) {
   // Nothing of an earlier load stays: the payment of an index may be another tenancy's.
   Tenants.clear();
   LoadErrors errors;
-  ForEachRow(database, kTenantQuery,
+  ForEachRow(database, sql,
              [&](const query::Recordset& row) { FillTenant(errors, row, Tenants.emplace_back()); });
   errors.Show(database.platform().dialogs);
 }

@@ -86,6 +86,9 @@ class Caches {
   // A field that cannot be converted keeps its default and the load goes on with the next; at the
   // end one box titled "CacheTenants" shows the first such error and how many there were where.
   void CacheTenants(Database& database);
+  // What a letter to one tenancy needs: only the tenancies with this code, in any letter case, and
+  // nothing in the other lists. Errors as of CacheTenants.
+  void CacheTenancy(Database& database, std::string_view reference);
   // Errors pass to the caller; the list holds the rows up to the failing one. A missing fee or flag
   // is no error.
   void CacheAccountCodes(Database& database);
@@ -102,6 +105,9 @@ class Caches {
   std::vector<OwnerRecord> Owners;
   std::vector<PropertyRecord> Properties;
   std::vector<AccountCodeRecord> AccountCodes;
+
+ private:
+  void ReadTenants(Database& database, std::string_view sql);
 };
 
 // Trimmed, "/" and "\" as "-", a double quote as "`": safe as a file name and as a list key.

@@ -142,7 +142,10 @@ OwnParser::OwnParser()
   query = app.add_subcommand("query",
                              "Run a select statement and print the result as tab-separated text");
   query->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
-  query->add_option("SQL", sql, "The statement")->required();
+  query
+      ->add_option("SQL", sql,
+                   "The statement; \"explain select ...\" says how a select would read its tables")
+      ->required();
   query->add_flag("--write", write,
                   "Run an insert, update or delete statement instead. Status 0 when the change "
                   "was made, whatever becomes of the output");

@@ -119,8 +119,13 @@ bool ReceiptCommand::LoadRentalData() {
   const OpenedDatabase opened(database);
   // The failure has been shown; every load below would fail too.
   if (!database.IsOpen()) return false;
-  session_.caches.Load(database);
   if (parameters_.reprint != 0 && !FindPayment()) return false;
+  // Without a code the tenancy is found by its name, among all.
+  if (parameters_.tenant_code.empty()) {
+    session_.caches.Load(database);
+  } else {
+    session_.caches.CacheTenancy(database, parameters_.tenant_code);
+  }
   session_.options.LoadOptions();
   return true;
 }

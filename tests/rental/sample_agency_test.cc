@@ -188,6 +188,24 @@ TEST_F(SampleRental, CachesEveryTenancyThatHasAProperty) {
   EXPECT_EQ(Tenant("T00008").EndDate.Year(), kNoDateYear);
 }
 
+TEST_F(SampleRental, CachesOneTenancyAsAmongAllOfThem) {
+  Caches& caches = session.caches;
+  caches.Load(session.database);
+  const std::vector<TenantRecord> all = caches.Tenants;
+  for (const TenantRecord& tenant : all) {
+    caches.CacheTenancy(session.database, tenant.Reference);
+    ASSERT_THAT(caches.Tenants, SizeIs(1)) << tenant.Reference;
+    const TenantRecord& alone = Tenant(tenant.Reference);
+    EXPECT_EQ(alone.DisplayName, tenant.DisplayName);
+    EXPECT_EQ(alone.PropertyAddress1, tenant.PropertyAddress1);
+    EXPECT_EQ(alone.CurrentRent, tenant.CurrentRent);
+    EXPECT_EQ(alone.Email, tenant.Email);
+    EXPECT_EQ(alone.EndDate, tenant.EndDate);
+  }
+  caches.CacheTenancy(session.database, "No such tenancy's code");
+  EXPECT_THAT(caches.Tenants, IsEmpty());
+}
+
 TEST_F(SampleRental, CachesOwnersPropertiesAndAccountCodes) {
   Caches& caches = session.caches;
   caches.CacheOwners(session.database);

@@ -1,7 +1,6 @@
 // The database engine: opens Access-format files, runs statements of the engine's SQL dialect over
 // them and returns record sets. A few look-ups by indexed columns read the pages that they need;
-// after more of them, a table is read into memory, where it is kept while the file on disk is
-// unchanged.
+// after more of them a table is read into memory, and kept while the file on disk is unchanged.
 #pragma once
 
 #include <chrono>
