@@ -105,7 +105,7 @@ TEST_F(Cups, OffersWhatThePrinterCanBeSetToAndPrintsSo) {
   const auto printers = Printers::Create({"Trays", {}});
   EXPECT_NEAR(printers->Current().Width(), 595 * 20, 20) << "the queue's own paper";
   ChoosesTray dialogs;
-  ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages));
+  ASSERT_TRUE(printers->Choose(dialogs, Printers::Offer::kPages, 0));
   EXPECT_EQ(dialogs.offered,
             "Paper (A4): A4, A5,\nPaper tray (): Top, Bottom,\n"
             "Colours (Color): Monochrome, Color,\n");
