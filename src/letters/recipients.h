@@ -14,6 +14,8 @@ namespace tenora {
 struct Recipient {
   std::string name;  // a tenant's KeyName, an owner's Name
   std::string code;  // a tenancy's code; empty for owners
+  // Of the owner of this name, for the run log: a run fills it in.
+  std::string owner_code = {};
 
   bool operator==(const Recipient&) const = default;
 };

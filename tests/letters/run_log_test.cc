@@ -87,6 +87,34 @@ TEST_F(RunLogTest, KnowsTheFolderInWhichVersion1SavedALetter) {
   EXPECT_EQ(RunLog::Resume(path, data_, clock_).letter(1).file, "Ann: why?/Notice.rtf");
 }
 
+TEST_F(RunLogTest, NamesAFormatThatEarlierVersionsRefuseOnlyWhereTheyCannotReadIt) {
+  request_.recipients = {{"Jane", "T1"}};
+  const auto format_with = [&](auto&& change) {
+    GenerationRequest request = request_;
+    change(request);
+    const fs::path path = RunLog(data_, request, clock_).path();
+    EXPECT_EQ(RunLog::Resume(path, data_, clock_).request().recipients, request_.recipients);
+    return ReadWholeFile(path).substr(0, 16);
+  };
+  EXPECT_EQ(format_with([](GenerationRequest&) {}), "Tenora run log\t2");
+  EXPECT_EQ(format_with([](GenerationRequest& one) { one.name_pattern = ""; }),
+            "Tenora run log\t2");
+  EXPECT_EQ(format_with([](GenerationRequest& one) { one.name_pattern = "{Number}"; }),
+            "Tenora run log\t3");
+  EXPECT_EQ(format_with([](GenerationRequest& one) { one.one_pdf.emplace(); }),
+            "Tenora run log\t3");
+  EXPECT_EQ(format_with([](GenerationRequest& one) { one.post_list.emplace(); }),
+            "Tenora run log\t3");
+}
+
+TEST_F(RunLogTest, SaysWhichOwnerALetterIsOf) {
+  request_.template_kind = kOwnerTemplates;
+  request_.recipients = {{"Rimu Trust", "", "OW0002"}, {"Ann", "", ""}};
+  const fs::path path = RunLog(data_, request_, clock_).path();
+  EXPECT_THAT(ReadWholeFile(path), HasSubstr("recipient\t1\tRimu Trust\tOW0002\n"));
+  EXPECT_EQ(RunLog::Resume(path, data_, clock_).request().recipients, request_.recipients);
+}
+
 TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
   request_.recipients = {{"Jane", "T1"}};
   const fs::path path = RunLog(data_, request_, clock_).path();
@@ -104,7 +132,7 @@ TEST_F(RunLogTest, OfAnotherFolderOrHostileIsRefused) {
       {"Tenora ru", "ends before its first letter; nothing of that run was done"},
       {"Letters", "not a Tenora run log"},
       {"{\\rtf1}", "not a Tenora run log"},
-      {changed("run log\t2", "run log\t3"), "another version of Tenora, in format 3"},
+      {changed("run log\t2", "run log\t4"), "another version of Tenora, in format 4"},
       {good.substr(0, good.find("recipient")), "ends before its first letter"},
       {changed(data_.string(), "/srv/else"), "in the data folder /srv/else; this is "},
       {changed("093000.log", "093001.log"), "is a copy of the run log"},

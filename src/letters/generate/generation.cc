@@ -1,7 +1,9 @@
 #include "letters/generation.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "letters/generate/letter_maker.h"
 #include "letters/generate/letter_run.h"
@@ -40,6 +42,14 @@ void RequireSoundPattern(const std::string& pattern, const std::string& template
   }
 }
 
+// Letters are made for the first owner of a name.
+void FillOwnerCodes(const Caches& caches, std::vector<Recipient>& recipients) {
+  for (Recipient& recipient : recipients) {
+    const auto owner = std::ranges::find(caches.Owners, recipient.name, &OwnerRecord::Name);
+    if (owner != caches.Owners.end()) recipient.owner_code = owner->Code;
+  }
+}
+
 LetterMaker::BadFutureDate BadFutureDates(AfterError after_error) {
   // In the window the user has seen the message and can look at the letter.
   return after_error == AfterError::kStop ? LetterMaker::BadFutureDate::kLeftInLetter
@@ -55,6 +65,9 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
   request.recipients = choose(session_.caches);
   if (request.recipients.empty()) {
     throw StandardError(error_number::kInvalidProcedureCall, "Nothing selected");
+  }
+  if (request.template_kind == kOwnerTemplates) {
+    FillOwnerCodes(session_.caches, request.recipients);
   }
   if (!request.name_pattern) {
     request.name_pattern = StoredNamePattern(session_.settings, request.template_kind);

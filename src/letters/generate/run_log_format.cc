@@ -17,8 +17,10 @@ namespace tenora {
 namespace {
 
 constexpr std::string_view kFirstWord = "Tenora run log";
+// Held letters came with format 2, name patterns and files of all letters with format 3. A log has
+// the lowest that it needs, so that earlier versions read what they know and name what they do not.
 constexpr std::string_view kVersion = "2";
-// Held letters came with format 2; a log of format 1 is read, and goes on, like any other.
+constexpr std::string_view kVersionOfAllLetters = "3";
 constexpr std::string_view kVersionBefore = "1";
 constexpr std::string_view kHeadEnd = "letters";
 constexpr std::size_t kMostRecipients = 10'000'000;
@@ -107,6 +109,9 @@ class Reader {
     if (run_.request.template_kind.empty() || run_.log_name.empty() || run_.data_folder.empty()) {
       Damaged();
     }
+    if (run_.request.template_kind == kOwnerTemplates) {
+      for (Recipient& owner : run_.request.recipients) std::swap(owner.code, owner.owner_code);
+    }
     run_.letters.resize(run_.request.recipients.size());
     while (!rest_.empty()) ReadLetterLine(NextLine());
     return std::move(run_);
@@ -142,7 +147,7 @@ class Reader {
     if (!BeginsRunLog(rest_)) Refuse("this is not a Tenora run log");
     const Fields first = NextLine();
     if (first.size() != 2 || first[0] != kFirstWord) Damaged();
-    if (first[1] != kVersion && first[1] != kVersionBefore) {
+    if (first[1] != kVersion && first[1] != kVersionBefore && first[1] != kVersionOfAllLetters) {
       Refuse("the run log was written by another version of Tenora, in format " + first[1] +
              "; resume it with that version");
     }
@@ -157,7 +162,7 @@ class Reader {
     } else if (word == "recipient" && count == 4) {
       if (request.recipients.size() == kMostRecipients) Damaged();
       if (Number(fields[1]) != request.recipients.size() + 1) Damaged();
-      request.recipients.push_back({fields[2], fields[3]});
+      request.recipients.push_back({fields[2], fields[3], {}});
     } else if (word == "template" && count == 3) {
       if (fields[1] != kTemplates && fields[1] != kOwnerTemplates) Damaged();
       request.template_kind = fields[1];
@@ -261,7 +266,9 @@ class Reader {
 std::string RunLogHead(const LoggedRun& run, Date now) {
   const GenerationRequest& request = run.request;
   const auto destination = kDestinations[static_cast<std::size_t>(request.destination)];
-  std::string text = Line({kFirstWord, kVersion});
+  const bool pattern = !request.name_pattern.value_or("").empty();
+  const bool of_all = pattern || request.one_pdf || request.duplex || request.post_list;
+  std::string text = Line({kFirstWord, of_all ? kVersionOfAllLetters : kVersion});
   text += Line({"log", run.log_name});
   text += Line({"started", TimeText(now)});
   text += Line({"data folder", run.data_folder});
@@ -271,16 +278,16 @@ std::string RunLogHead(const LoggedRun& run, Date now) {
   if (request.destination == Destination::kEmail) text += Line({"subject", request.subject});
   if (request.destination == Destination::kPrinter) text += Line({"printer", request.printer});
   text += Line({"pdf", request.pdf ? "yes" : "no"});
-  if (!request.name_pattern.value_or("").empty()) {
-    text += Line({"name pattern", *request.name_pattern});
-  }
+  if (pattern) text += Line({"name pattern", *request.name_pattern});
   if (request.one_pdf) text += Line({"one pdf", request.one_pdf->string()});
   if (request.duplex) text += Line({"duplex", "yes"});
   if (request.post_list) text += Line({"post list", request.post_list->string()});
   for (const auto& [prompt, answer] : request.answers) text += RunLogAnswer(prompt, answer);
   for (std::size_t i = 0; i < request.recipients.size(); ++i) {
     const Recipient& recipient = request.recipients[i];
-    text += Line({"recipient", std::to_string(i + 1), recipient.name, recipient.code});
+    const bool owner = recipient.code.empty();
+    text += Line({"recipient", std::to_string(i + 1), recipient.name,
+                  owner ? recipient.owner_code : recipient.code});
   }
   return text += Line({kHeadEnd});
 }
