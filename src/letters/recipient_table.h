@@ -69,6 +69,10 @@ class RecipientTable {
   // A fact that was not read is an error of the program: std::logic_error.
   Cell At(std::size_t row, std::string_view name) const;
 
+  // What is to be said of a row whose facts are empty: a property's owner has no name, so that
+  // nobody can write there. Empty for any other row.
+  std::string Remark(std::size_t row) const;
+
   // The rows that a filter leaves.
   struct Selection {
     std::vector<std::size_t> rows;

@@ -208,7 +208,8 @@ void Caches::CacheOwners(Database& database) {
 void Caches::CacheProperties(Database& database) {
   Properties.clear();
   constexpr std::string_view kQuery =
-      "select property.code, name, ClosedStatus, email from Property inner join owner on "
+      "select property.code, ownercode, name, ClosedStatus, email from Property inner join owner "
+      "on "
       "property.ownercode = owner.code order by property.Code";
   ForEachRow(database, kQuery, [&](const query::Recordset& row) {
     const std::string code = TextOf(row.Field("code"));
@@ -216,6 +217,7 @@ void Caches::CacheProperties(Database& database) {
     PropertyRecord& property = Properties.emplace_back();
     property.Code = TrimBlanks(code);
     property.OwnerName = SafeName(TextOf(row.Field("name")));
+    property.OwnerCode = TextOf(row.Field("ownercode"));
     property.ClosedStatus = FlagOf(row, "ClosedStatus");
     property.Email = TextOf(row.Field("email"));
   });

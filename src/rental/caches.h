@@ -61,7 +61,8 @@ struct OwnerRecord {
 
 struct PropertyRecord {
   std::string Code;
-  std::string OwnerName;
+  std::string OwnerName;  // may be empty
+  std::string OwnerCode;
   bool ClosedStatus = false;
   std::string Email;
 };

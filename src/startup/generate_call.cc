@@ -130,7 +130,11 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
   app.add_flag("--list", call.list, "Print the recipients and make nothing");
   app.add_option("--columns", call.columns,
                  "With --list: a table of these, with commas between; \"all\" for every one, "
-                 "\"help\" prints their names");
+                 "\"help\" prints their names")
+      ->check([](const std::string& text) {
+        return TrimBlanks(text).empty() ? "it names no column; \"help\" prints the names there are"
+                                        : "";
+      });
   app.add_option("--format", call.format, "With --list: of the table")
       ->check(CLI::IsMember({"table", "csv", "json"}));
   app.add_option("--sort", call.sort, "With --list: by the values of this column");

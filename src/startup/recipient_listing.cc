@@ -94,6 +94,10 @@ class Listing {
         errors_(errors) {}
 
   bool Print(ListingFormat format) {
+    for (const std::size_t row : rows_) {
+      const std::string remark = table_.Remark(row);
+      if (!remark.empty()) errors_ << TerminalLine(remark) << '\n';
+    }
     switch (format) {
       case ListingFormat::kTable:
         PrintTable();
@@ -189,12 +193,18 @@ class Listing {
 }  // namespace
 
 ListingColumn ColumnOf(std::string_view name, const FactNames& names) {
-  const std::string_view trimmed = TrimBlanks(name);
+  std::string_view trimmed = TrimBlanks(name);
+  // As a condition has fields whose names hold blanks.
+  if (trimmed.starts_with('[') && trimmed.ends_with(']')) {
+    trimmed = TrimBlanks(trimmed.substr(1, trimmed.size() - 2));
+  }
   if (const FactNames::Name* const found = names.Find(trimmed)) return {found->name, found->type};
   if (names.IsField(trimmed)) return {std::string(trimmed), FactType::kField};
-  const std::string near = NearestName(std::string(trimmed), names.All());
+  std::vector<std::string_view> all;
+  for (const FactNames::Name& one : names.Names()) all.push_back(one.name);
+  const std::string near = NearestName(trimmed, all);
   std::string possible = "the names are ";
-  for (const std::string_view one : names.All()) {
+  for (const std::string_view one : all) {
     possible += (possible.back() == ' ' ? "" : ", ") + std::string(one);
   }
   throw ConditionError("There is no column \"" + std::string(trimmed) + "\"" +
@@ -205,7 +215,7 @@ ListingColumn ColumnOf(std::string_view name, const FactNames& names) {
 std::vector<ListingColumn> ListingColumns(std::string_view text, std::string_view template_kind,
                                           const FactNames& names) {
   std::vector<ListingColumn> columns;
-  if (TrimBlanks(text).empty()) {
+  if (text.empty()) {
     for (const std::string& name : UsualColumns(template_kind)) {
       columns.push_back(ColumnOf(name, names));
     }

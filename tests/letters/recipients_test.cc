@@ -35,7 +35,7 @@ class Recipients : public testing::Test {
     caches_.Owners[0].Name = "Kauri; Rimu";
     caches_.Owners[1].Name = "Zoe";
     caches_.Owners[1].ClosedStatus = true;
-    caches_.Properties = {{"P1", "Zoe", false, "z@x.test"}, {"P2", "Zoe", true, ""}};
+    caches_.Properties = {{"P1", "Zoe", "O1", false, "z@x.test"}, {"P2", "Zoe", "O1", true, ""}};
   }
   std::vector<std::string> Texts(std::string_view kind, const RecipientFilter& filter) const {
     std::vector<std::string> texts;

@@ -106,6 +106,9 @@ TEST_F(GenerateFilters, SayWhatIsWrongWithACall) {
       {{"--list", "--where", "Balanse Owing > 0"}, 2, "is Balance Owing meant?\nthe names are"},
       {{"--list", "--where", "Email > 7"}, 2, "Email is a text and cannot be compared with 7"},
       {{"--list", "--columns", "Tenant Name, Balance"}, 2, "There is no column \"Balance\""},
+      {{"--list", "--columns", "[TCustom:Pett]"}, 2, "is TCustom:Pet meant?\nthe names are"},
+      {{"--list", "--columns", " "}, 2, "--columns: it names no column"},
+      {{"--list", "--columns", ""}, 2, "--columns: it names no column"},
       {{"--list", "--sort", "Arrears"}, 2, "There is no column \"Arrears\""},
       {{"--list", "--columns", "Last Letter"}, 2, "name it with --template"},
       {{"--list", "--where", "Last Letter is empty"}, 2, "name it with --template"},
@@ -167,6 +170,15 @@ TEST_F(GenerateFilters, PrintTablesForPeopleAndForPrograms) {
   ASSERT_EQ(lines.size(), 4U);
   EXPECT_THAT(lines[0], HasSubstr("Tenant Name   Current Rent  Closed"));
   EXPECT_EQ(lines[1].find("yes"), lines[0].find("Closed"));
+}
+
+TEST_F(GenerateFilters, ListAPropertyWhoseOwnerHasNoName) {
+  const test::ProcessResult result = Make({"--list", "--owners", "--by-property", "--columns",
+                                           "Code, Name, [OCustom:Salutation]", "--format", "csv"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.output, HasSubstr("\r\nOW0004,,\r\nOW0006,Søren Ngata,"));
+  EXPECT_THAT(result.errors,
+              HasSubstr("property PR00001: its owner OW0004 has no name in the rental database\n"));
 }
 
 TEST_F(GenerateFilters, WriteToEachOnceAndLeaveOutThoseWrittenToSince) {

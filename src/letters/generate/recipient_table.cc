@@ -61,6 +61,19 @@ bool Before(const SortKey& left, const SortKey& right, bool descending) {
   return first.kind == 0 ? first.number < second.number : first.text < second.text;
 }
 
+// Of an owner whom nobody can write to for want of a name, nothing is known but the code.
+class NamelessOwner : public FactSource {
+ public:
+  explicit NamelessOwner(const std::string& code) : code_(code) {}
+
+  Fact Get(std::string_view name) const override {
+    return name == "Code" ? TextFact(code_) : Fact();
+  }
+
+ private:
+  const std::string& code_;
+};
+
 FactNames WithLastLetter(FactNames names) {
   names.Add(kLastLetterFact, FactType::kDate);
   return names;
@@ -129,6 +142,9 @@ struct RecipientTable::Facts {
       for (std::size_t i = 0; i < owners->size(); ++i) {
         owner_by_name.emplace((*owners)[i].Record().Name, i);
       }
+      for (const PropertyRecord& property : session.caches.Properties) {
+        owner_of_property.push_back(property.OwnerCode);
+      }
     }
   }
 
@@ -156,9 +172,7 @@ struct RecipientTable::Facts {
   auto With(const RecipientRow& row, Use&& use) const {
     if (tenancies) return use(TenantFacts((*tenancies)[row.cached], now));
     const std::optional<std::size_t> owner = OwnerOf(row);
-    if (!owner) {
-      throw StandardError(error_number::kInvalidProcedureCall, "the owner has no name");
-    }
+    if (!owner) return use(NamelessOwner(owner_of_property.at(row.cached)));
     return use(OwnerFacts((*owners)[*owner], now));
   }
 
@@ -167,6 +181,7 @@ struct RecipientTable::Facts {
   std::optional<AllTenancies> tenancies;
   std::optional<AllOwners> owners;
   std::map<std::string, std::size_t> owner_by_name;
+  std::vector<std::string> owner_of_property;  // codes, as the properties are cached
 };
 
 RecipientTable::RecipientTable(Session& session, const Subject& subject,
@@ -192,6 +207,13 @@ RecipientTable::Cell RecipientTable::At(std::size_t row, std::string_view name) 
   } catch (const RuntimeError& error) {
     return {.problem = ErrorText(error)};
   }
+}
+
+std::string RecipientTable::Remark(std::size_t row) const {
+  const RecipientRow& one = rows_.at(row);
+  if (facts_->tenancies || facts_->OwnerOf(one)) return {};
+  const std::string& code = facts_->owner_of_property.at(one.cached);
+  return "property " + one.key + ": its owner " + code + " has no name in the rental database";
 }
 
 RecipientTable::Selection RecipientTable::Select(const RecipientFilter& filter,
