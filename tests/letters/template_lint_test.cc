@@ -187,6 +187,8 @@ TEST_F(TemplateLintTest, SaysWhatIsWrongAndWhatToDo) {
        "<<Tenant Name>> if"},
       {"<<TENANT NAME>>", kTenant,
        "differs from the code in letter case and stays in the letter; write <<Tenant Name>>"},
+      {"<<EndIf>>", kTenant, "write <<End If>> if that is what you mean"},
+      {"<<elseif>>", kOwner, "write <<Else If>> if that is what you mean"},
       {"<<Zebra>>", kTenant, "the Insert menu lists the codes of tenant templates"},
       {"<<Tenant Name>> <<Fee Value>>", kOwner,
        "<<Tenant Name>> is a code of tenant templates and stays as it is in this owner template"},

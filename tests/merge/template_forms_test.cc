@@ -337,6 +337,8 @@ TEST_F(TemplateFormsTest, FindWhatIsWrong) {
        "<<Each Payment since Friday>>", "no day"},
       {"<<Each Payment since 1 May since 1 June>>a<<End Each>>", Kind::kCollection,
        "<<Each Payment since 1 May since 1 June>>", "there twice"},
+      {"<<Each Payment since until 1 May>>a<<End Each>>", Kind::kCollection,
+       "<<Each Payment since until 1 May>>", "Behind \"since\" a day is missing before \"until\""},
       {"<<Each Payment where>>a<<End Each>>", Kind::kCollection, "<<Each Payment where>>",
        "a condition is missing"},
       {"<<Each Payment>>a<<End Each>><<Payment Date>>", Kind::kName, "<<Payment Date>>",

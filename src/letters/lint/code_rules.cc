@@ -112,7 +112,10 @@ std::string Respelt(std::string_view name, TemplateKind kind) {
 }
 
 std::string DidYouMean(std::string_view name, TemplateKind kind) {
-  const std::string meant = Respelt(name, kind);
+  std::string meant = Respelt(name, kind);
+  if (meant.empty() && kind != TemplateKind::kCheque) {
+    meant = NearestName(name, {"End If", "End Each", "Else", "Else If"});
+  }
   if (!meant.empty()) return "write " + InBrackets(meant) + " if that is what you mean";
   return "the Insert menu lists the codes of " + std::string(WordOf(kind)) + " templates";
 }

@@ -131,10 +131,12 @@ class EachReader {
     if (part == nullptr) {
       each_.collection = text;
     } else if (text.empty()) {
-      throw ConditionError("Behind \"" +
-                               std::string(part == &each_.where ? "where" : "since or until") +
-                               "\" " + (part == &each_.where ? "a condition" : "a day") +
-                               " is missing" + (before.empty() ? "" : " before \"" + before + "\""),
+      const char* const word = part == &each_.where   ? "where"
+                               : part == &each_.since ? "since"
+                                                      : "until";
+      throw ConditionError("Behind \"" + std::string(word) + "\" " +
+                               (part == &each_.where ? "a condition" : "a day") + " is missing" +
+                               (before.empty() ? "" : " before \"" + before + "\""),
                            "for example <<Each Payment since 1 April where Payment Amount > 100>>");
     } else {
       *part = text;
