@@ -17,9 +17,9 @@ FilterRowWidget::FilterRowWidget(std::shared_ptr<const FactNames> names, const Q
     : names_(std::move(names)),
       fact_(new QComboBox),
       comparison_(new QComboBox),
-      first_(new QLineEdit(QString::fromStdString(row.first))),
+      first_(new DayField(QString::fromStdString(row.first))),
       and_(new QLabel(tr("and"))),
-      second_(new QLineEdit(QString::fromStdString(row.second))) {
+      second_(new DayField(QString::fromStdString(row.second))) {
   fact_->setObjectName("cboFact");
   comparison_->setObjectName("cboComparison");
   first_->setObjectName("txtFirst");
@@ -42,7 +42,7 @@ FilterRowWidget::FilterRowWidget(std::shared_ptr<const FactNames> names, const Q
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     box->setMinimumContentsLength(10);
   }
-  for (QLineEdit* box : {first_, second_}) box->setMinimumWidth(50);
+  for (DayField* box : {first_, second_}) box->setMinimumWidth(50);
 
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -61,8 +61,9 @@ FilterRowWidget::FilterRowWidget(std::shared_ptr<const FactNames> names, const Q
     ShowValues();
     emit Changed();
   });
-  for (QLineEdit* box : {first_, second_}) {
-    connect(box, &QLineEdit::textEdited, this, &FilterRowWidget::Changed);
+  for (DayField* box : {first_, second_}) {
+    connect(box, &DayField::textEdited, this, &FilterRowWidget::Changed);
+    connect(box, &DayField::DayChosen, this, &FilterRowWidget::Changed);
   }
   connect(remove, &QToolButton::clicked, this, &FilterRowWidget::RemoveAsked);
 }
@@ -89,6 +90,7 @@ void FilterRowWidget::ShowValues() {
   and_->setVisible(comparison.values > 1);
   second_->setVisible(comparison.values > 1);
   first_->setPlaceholderText(Text(comparison.example));
+  for (DayField* box : {first_, second_}) box->OfferCalendar(comparison.example == kDayExample);
 }
 
 void FilterRowWidget::SetNames(std::shared_ptr<const FactNames> names, const QStringList& facts) {

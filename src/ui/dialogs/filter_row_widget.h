@@ -3,12 +3,12 @@
 
 #include <QComboBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QToolButton>
 #include <QWidget>
 #include <memory>
 
 #include "merge/fact.h"
+#include "ui/dialogs/day_field.h"
 #include "ui/dialogs/filter_rows.h"
 
 namespace tenora {
@@ -38,9 +38,9 @@ class FilterRowWidget : public QWidget {
   std::shared_ptr<const FactNames> names_;
   QComboBox* fact_;
   QComboBox* comparison_;
-  QLineEdit* first_;
+  DayField* first_;
   QLabel* and_;
-  QLineEdit* second_;
+  DayField* second_;
 };
 
 }  // namespace tenora

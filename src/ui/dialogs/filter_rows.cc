@@ -1,5 +1,6 @@
 #include "ui/dialogs/filter_rows.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -8,6 +9,15 @@
 
 namespace tenora {
 namespace {
+
+template <std::size_t First, std::size_t Rest>
+constexpr auto Joined(const std::array<FilterComparison, First>& first,
+                      const std::array<FilterComparison, Rest>& rest) {
+  std::array<FilterComparison, First + Rest> all{};
+  std::ranges::copy(first, all.begin());
+  std::ranges::copy(rest, all.begin() + First);
+  return all;
+}
 
 constexpr FilterComparison kEmpty{"is empty", "@ is empty", 0, ""};
 constexpr FilterComparison kNotEmpty{"is not empty", "@ is not empty", 0, ""};
@@ -25,31 +35,25 @@ constexpr std::array kOfDates{
     FilterComparison{"is in the next … days", "@ within # days", 1, "30"},
     FilterComparison{"was in the last … days", "@ in the last # days", 1, "14"},
     FilterComparison{"was not in the last … days", "not @ in the last # days", 1, "14"},
-    FilterComparison{"is before", "@ < #", 1, "1 April 2026"},
-    FilterComparison{"is on or after", "@ >= #", 1, "1 April 2026"},
-    FilterComparison{"is not since", "not @ >= #", 1, "1 April 2026"},
-    FilterComparison{"is on", "@ = #", 1, "1 April 2026"},
-    FilterComparison{"is between", "@ between # and #", 2, "1 April 2026"},
+    FilterComparison{"is before", "@ < #", 1, kDayExample},
+    FilterComparison{"is on or after", "@ >= #", 1, kDayExample},
+    FilterComparison{"is not since", "not @ >= #", 1, kDayExample},
+    FilterComparison{"is on", "@ = #", 1, kDayExample},
+    FilterComparison{"is between", "@ between # and #", 2, kDayExample},
     kEmpty,
     kNotEmpty};
 
-constexpr std::array kOfTexts{FilterComparison{"contains", "@ contains \"#\"", 1, "Smith"},
-                              FilterComparison{"does not contain", "@ not contains \"#\"", 1, ""},
-                              FilterComparison{"starts with", "@ starts with \"#\"", 1, "Smith"},
-                              FilterComparison{"is", "@ = \"#\"", 1, "Smith"},
-                              FilterComparison{"is not", "@ <> \"#\"", 1, "Smith"},
-                              kEmpty,
-                              kNotEmpty};
+constexpr std::array kByText{FilterComparison{"contains", "@ contains \"#\"", 1, "Smith"},
+                             FilterComparison{"does not contain", "@ not contains \"#\"", 1, ""},
+                             FilterComparison{"starts with", "@ starts with \"#\"", 1, "Smith"},
+                             FilterComparison{"is", "@ = \"#\"", 1, "Smith"},
+                             FilterComparison{"is not", "@ <> \"#\"", 1, "Smith"}};
 
-constexpr std::array kOfFields{FilterComparison{"contains", "@ contains \"#\"", 1, "Smith"},
-                               FilterComparison{"does not contain", "@ not contains \"#\"", 1, ""},
-                               FilterComparison{"starts with", "@ starts with \"#\"", 1, "Smith"},
-                               FilterComparison{"is", "@ = \"#\"", 1, "Smith"},
-                               FilterComparison{"is not", "@ <> \"#\"", 1, "Smith"},
-                               FilterComparison{"is at least", "@ >= #", 1, "50"},
-                               FilterComparison{"is at most", "@ <= #", 1, "50"},
-                               kEmpty,
-                               kNotEmpty};
+constexpr std::array kOfTexts = Joined(kByText, std::array{kEmpty, kNotEmpty});
+
+constexpr std::array kOfFields = Joined(
+    kByText, std::array{FilterComparison{"is at least", "@ >= #", 1, "50"},
+                        FilterComparison{"is at most", "@ <= #", 1, "50"}, kEmpty, kNotEmpty});
 
 constexpr std::array kOfYesNo{FilterComparison{"is yes", "@", 0, ""},
                               FilterComparison{"is no", "not @", 0, ""}};

@@ -12,6 +12,9 @@
 
 namespace tenora {
 
+// The example of a value that is a day.
+inline constexpr std::string_view kDayExample = "1 April 2026";
+
 struct FilterComparison {
   std::string_view caption;  // "is at least"
   std::string_view pattern;  // "@ >= #": the fact and the value, or two values

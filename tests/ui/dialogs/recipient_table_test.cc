@@ -3,11 +3,19 @@
 
 #include <gmock/gmock.h>
 
+#include <QCalendarWidget>
 #include <QHeaderView>
+#include <QTableView>
 #include <QToolButton>
 #include <algorithm>
+#include <filesystem>
 
+#include "letters/generation.h"
+#include "letters/letter_names.h"
 #include "letters/named_filters.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
+#include "support/test_files.h"
 #include "ui/dialogs/dialogs_fixture.h"
 #include "ui/dialogs/filter_rows.h"
 #include "ui/dialogs/frm_generate.h"
@@ -16,6 +24,7 @@
 namespace tenora {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -155,6 +164,74 @@ TEST_F(RecipientTableTest, AsksForAConditionThatCanBeRead) {
   // Return in the line neither generates nor closes.
   QTest::keyClick(Find<QLineEdit>(*dialog, "txtWhere"), Qt::Key_Return);
   EXPECT_TRUE(dialog->isVisible());
+}
+
+TEST_F(RecipientTableTest, OffersACalendarWhereAFilterComparesDays) {
+  const auto dialog = Open();
+  Press(*dialog, "cmdFilter");
+  auto* value = Find<QLineEdit>(*dialog, "txtFirst");
+  const auto calendar = [] {
+    QWidget* const popup = QApplication::activePopupWidget();
+    return popup == nullptr ? nullptr : popup->findChild<QCalendarWidget*>("calDay");
+  };
+  QTest::keyClick(value, Qt::Key_Down, Qt::AltModifier);
+  EXPECT_EQ(calendar(), nullptr) << "an amount";
+
+  Find<QComboBox>(*dialog, "cboFact")->setCurrentText("Tenancy Start Date");
+  Find<QComboBox>(*dialog, "cboComparison")->setCurrentText("is before");
+  QTest::keyClicks(value, "30 March 2024");
+  QTest::keyClick(value, Qt::Key_Down, Qt::AltModifier);
+  ASSERT_NE(calendar(), nullptr);
+  EXPECT_EQ(calendar()->selectedDate(), QDate(2024, 3, 30));
+  QWidget* const days = calendar()->findChild<QTableView*>();
+  QTest::keyClick(days, Qt::Key_Right);
+  QTest::keyClick(days, Qt::Key_Right);
+  QTest::keyClick(days, Qt::Key_Return);
+  EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+  EXPECT_EQ(value->text(), "1 April 2024");
+  EXPECT_EQ(Text(*dialog, "txtWhere"), "Tenancy Start Date < 1 April 2024");
+  AwaitValues(*dialog);
+  EXPECT_EQ(Listed(*dialog).size(),
+            Meeting("Tenancy Start Date < 2024-04-01 and not Closed").size());
+  // Left by Escape it changes nothing.
+  QTest::keyClick(value, Qt::Key_Down, Qt::AltModifier);
+  ASSERT_NE(calendar(), nullptr);
+  QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+  EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+  EXPECT_EQ(value->text(), "1 April 2024");
+}
+
+TEST_F(RecipientTableTest, MakesOnePdfAndAListOfTheLettersUnderTheNamesOfTheSettings) {
+  const std::filesystem::path home = machine_.ProgramFolder();
+  std::filesystem::create_directories(home / "Templates");
+  WriteWholeFile(home / "Templates/Notice.rtf", "{\\rtf1\\ansi Dear <<Tenant Code>>\\par}");
+  Store("Mail", kTenantFileNames, "{Number} {Tenant Code}");
+  const auto dialog = Open();
+  Press(*dialog, "optFolder");
+  EXPECT_FALSE(Find<QCheckBox>(*dialog, "chkDuplex")->isEnabled());
+  for (const char* box : {"chkOnePdf", "chkDuplex", "chkPostList"}) Press(*dialog, box);
+  TypeCondition(*dialog, "Tenant Code = 'T00001' or Tenant Code = 'T00007'");
+  Press(*dialog, "cmdSelectAll");
+  Press(*dialog, "cmdGenerate");
+  ASSERT_EQ(dialog->result(), QDialog::Accepted);
+  GenerationObserver nobody;
+  const GenerationSummary made = GenerateSelection(session_, dialog->Request(), nobody);
+  ASSERT_TRUE(made.complete());
+
+  std::filesystem::path beside = made.log;
+  const auto text = test::RunProcess({"pdftotext", beside.replace_extension(".pdf").string(), "-"});
+  std::vector<std::string> pages;
+  for (const std::string& page : Split(text.output, "\f")) pages.emplace_back(TrimBlanks(page));
+  ASSERT_EQ(pages.size(), 4U) << text.output << text.errors;
+  EXPECT_THAT(pages[0], HasSubstr("Dear T00007"));
+  EXPECT_EQ(pages[1], "") << "the back of the first letter";
+  EXPECT_THAT(pages[2], HasSubstr("Dear T00001"));
+  const std::vector<std::string> lines =
+      Split(ReadWholeFile(beside.replace_extension(".csv")), "\r\n");
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_THAT(lines[1], AllOf(StartsWith("1,Mei Huang,T00007,"), HasSubstr("/1 T00007.rtf,done,")));
+  EXPECT_THAT(lines[2],
+              AllOf(StartsWith("2,Noor Whaanga,T00001,"), HasSubstr("/2 T00001.rtf,done,")));
 }
 
 TEST_F(RecipientTableTest, TakesAFilterBeforeTheFactsHaveBeenRead) {
