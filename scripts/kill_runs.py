@@ -221,7 +221,6 @@ class Trials:
             process = subprocess.Popen([shown.program], stderr=errors,
                                        env=self.environment(to, plan.get("step")))
         ended = lambda: process.poll() is not None
-        self.wait_for_window("Template Forms", ended, "Escape")
         if self.random.random() < 0.5:
             self.wait_for_window("Unfinished Runs", ended, "Escape")
             wait_for("the dialog's end", lambda: ended() or not shown.find("Unfinished Runs"))
