@@ -251,7 +251,7 @@ TEST(Jet4Text, IsReadCompressedUncompressedAndMixed) {
   };
   const std::vector<Case> cases{
       {"", ""},
-      {"\xFF\xFE", ""},
+      {"\xFF\xFE", "\uFEFF"},
       {"\xFF\xFE"
        "caf\xE9",
        "café"},

@@ -113,7 +113,7 @@ Field Text(const Column& column, const ColumnPlace& place, const std::string& te
                   units.size() <= kMostCompressed;
   for (const char16_t unit : units) compress = compress && unit > 0 && unit <= 0xFF;
   // Uncompressed, the text would start with the mark of a compressed one.
-  if (!compress && !units.empty() && units.front() == kCompressedMark) throw WrongKind(column);
+  if (!compress && units.size() > 1 && units.front() == kCompressedMark) throw WrongKind(column);
   Field field(std::in_place);
   if (compress) {
     *field = {std::byte{0xFF}, std::byte{0xFE}};

@@ -5,16 +5,17 @@
 //   descending    80 and the value's bytes inverted  FF for null
 //
 // Numbers are big-endian with the sign bit inverted; a negative single, double or date has all bits
-// inverted. A boolean is 00 for true, FF for false. For text see sort_order.h; descending text is
-// followed by an extra 00 that is not inverted. Binary values and GUIDs are split into pieces of
-// eight bytes, each followed by 09; the last is padded with zeros and followed by its length.
+// inverted. A boolean is 00 for true, FF for false. For text see platform/access/sort_order.h;
+// descending text is followed by an extra 00 that is not inverted. Binary values and GUIDs are
+// split into pieces of eight bytes, each followed by 09; the last is padded with zeros and followed
+// by its length.
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "platform/access/format/row.h"
-#include "platform/access/format/sort_order.h"
+#include "platform/access/sort_order.h"
 
 namespace tenora::access {
 

@@ -118,7 +118,8 @@ TextCodec::~TextCodec() = default;
 
 std::string_view TextCodec::Decode(Bytes stored, std::string& buffer) const {
   if (converter_ != nullptr) return DecodeCodePage(stored, buffer);
-  const bool compressed = stored.size() >= 2 && Load16(stored.data()) == kCompressed;
+  // An empty text is not compressed: the mark alone is the character U+FEFF.
+  const bool compressed = stored.size() > 2 && Load16(stored.data()) == kCompressed;
   if (compressed && IsPlainAscii(stored.subspan(2))) return AsText(stored.subspan(2));
   buffer.clear();
   if (compressed) {

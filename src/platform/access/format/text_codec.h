@@ -1,6 +1,7 @@
 // Decodes stored text to UTF-8. Jet 3 stores text in the file's code page. Jet 4 and ACE store
 // UTF-16, or a compressed form that starts with FF FE: one byte for each character below U+0100; a
-// zero byte switches to two bytes for each character, and another one back.
+// zero byte switches to two bytes for each character, and another one back. FF FE alone is the
+// character U+FEFF.
 #pragma once
 
 #include <memory>
