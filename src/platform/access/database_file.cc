@@ -51,6 +51,7 @@ class StoredDatabase final : public DatabaseFile {
 
   const std::filesystem::path& path() const override { return file_->path(); }
   Format format() const override { return file_->header().format; }
+  std::uint32_t sort_order() const override { return file_->header().sort_order; }
 
   std::vector<std::string> TableNames() const override {
     std::vector<std::string> names;

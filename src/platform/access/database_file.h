@@ -104,6 +104,8 @@ class DatabaseFile {
 
   virtual const std::filesystem::path& path() const = 0;
   virtual Format format() const = 0;
+  // The number of the order in which the engine sorts its texts: see sort_order.h.
+  virtual std::uint32_t sort_order() const = 0;
   // The user's tables in catalogue order, without system and temporary tables.
   virtual std::vector<std::string> TableNames() const = 0;
   // Any table by name, ignoring case; null when the file has no such table. Tables linked from

@@ -1,5 +1,5 @@
 // Texts as the engine's "=" compares them (letter case and trailing blanks aside, accents not), for
-// maps that put the rows of several statements together.
+// maps that put the rows of several statements together. The order is that of .mdb files.
 #pragma once
 
 #include <cstddef>

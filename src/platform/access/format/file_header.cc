@@ -16,6 +16,8 @@ constexpr std::uint8_t kVersionJet4 = 1;
 constexpr std::uint8_t kNewestVersion = 6;
 
 // From the start of the file.
+constexpr std::size_t kSortOrderJet3 = 0x3A;
+constexpr std::size_t kSortOrderJet4 = 0x6E;
 constexpr std::size_t kCodePage = 0x3C;
 constexpr std::size_t kEncodingKey = 0x3E;
 constexpr std::size_t kPassword = 0x42;
@@ -98,6 +100,8 @@ FileHeader ReadFileHeader(Bytes start, const std::filesystem::path& path) {
   std::copy_n(start.begin(), kHeaderSize, clear.begin());
   MaskHeader(std::span(clear).subspan(kMaskedOffset, MaskedSize(header.version)));
   header.code_page = Load16(&clear[kCodePage]);
+  header.sort_order = header.version == kVersionJet3 ? Load16(&clear[kSortOrderJet3])
+                                                     : Load32(&clear[kSortOrderJet4]);
   if (Load32(&clear[kEncodingKey]) != 0) {
     throw Locked(path, "is encoded or encrypted, which is not supported");
   }

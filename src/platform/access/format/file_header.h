@@ -17,6 +17,7 @@ struct FileHeader {
   Format format = Format::kJet4;
   std::uint8_t version = 1;     // 0 Jet 3, 1 Jet 4, 2 to 6 ACE of 2007 to 2019
   std::uint16_t code_page = 0;  // of Jet 3 text
+  std::uint32_t sort_order = 0;
 };
 
 inline constexpr std::size_t kHeaderSize = 0x300;

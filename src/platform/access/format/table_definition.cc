@@ -103,7 +103,8 @@ void ReadColumns(const Layout& layout, const TextCodec& codec, std::size_t count
       column.precision = Load8(record + layout.column_precision);
       column.scale = Load8(record + layout.column_scale);
     }
-    if (column.type == ColumnType::kText && layout.column_sort_order != 0) {
+    const bool text = column.type == ColumnType::kText || column.type == ColumnType::kMemo;
+    if (text && layout.column_sort_order != 0) {
       column.sort_order = Load32(record + layout.column_sort_order);
     }
     table.places.push_back({Load16(record + layout.column_variable_index),

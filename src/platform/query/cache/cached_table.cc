@@ -5,7 +5,6 @@
 #include <unordered_set>
 
 #include "platform/query/cache/cell.h"
-#include "platform/query/values/collation.h"
 
 namespace tenora::query {
 namespace {
@@ -21,7 +20,10 @@ std::uint64_t HashInteger(std::int64_t number) {
 }  // namespace
 
 CachedColumn::CachedColumn(const access::Column& column, std::int64_t expected_rows)
-    : name_(column.name), column_type_(column.type), type_(TypeOf(column.type)) {
+    : name_(column.name),
+      column_type_(column.type),
+      type_(TypeOf(column.type)),
+      collation_(&Collation::Of(column.sort_order)) {
   const auto rows =
       static_cast<std::size_t>(std::clamp<std::int64_t>(expected_rows, 0, kMostReservedRows));
   if (type_ == Type::kText || type_ == Type::kBinary)
@@ -83,11 +85,11 @@ void CachedColumn::ShrinkToFit() {
 }
 
 std::uint64_t CachedColumn::Hash(RowNumber row) const {
-  return type_ == Type::kText ? HashText(Bytes(row)) : HashInteger(integers_[row]);
+  return type_ == Type::kText ? collation_->Hash(Bytes(row)) : HashInteger(integers_[row]);
 }
 
 bool CachedColumn::Equal(RowNumber left, RowNumber right) const {
-  return type_ == Type::kText ? CompareText(Bytes(left), Bytes(right)) == 0
+  return type_ == Type::kText ? collation_->Compare(Bytes(left), Bytes(right)) == 0
                               : integers_[left] == integers_[right];
 }
 
@@ -170,8 +172,9 @@ std::span<const RowNumber> CachedTable::Matches(std::size_t column, std::int64_t
 }
 
 std::span<const RowNumber> CachedTable::Matches(std::size_t column, std::string_view value) {
-  return IndexOf(column).Find(HashText(value), [&](RowNumber row) {
-    return CompareText(columns_[column].Bytes(row), value) == 0;
+  const Collation& collation = columns_[column].collation();
+  return IndexOf(column).Find(collation.Hash(value), [&](RowNumber row) {
+    return collation.Compare(columns_[column].Bytes(row), value) == 0;
   });
 }
 

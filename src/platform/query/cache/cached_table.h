@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/access/database_file.h"
+#include "platform/query/values/collation.h"
 #include "platform/query/values/sqlite_value.h"
 
 namespace tenora::query {
@@ -39,6 +40,7 @@ class CachedColumn {
 
   const std::string& name() const { return name_; }
   Type type() const { return type_; }
+  const Collation& collation() const { return *collation_; }  // of its texts
   bool IsNull(RowNumber row) const { return row < nulls_.size() && nulls_[row]; }
   // Booleans, integers, currency and dates, as SQLite stores them.
   std::int64_t Integer(RowNumber row) const { return integers_[row]; }
@@ -69,6 +71,7 @@ class CachedColumn {
   std::string name_;
   access::ColumnType column_type_;
   Type type_;
+  const Collation* collation_;
   RowNumber rows_ = 0;
   std::vector<bool> nulls_;  // up to the last null; empty where there is none
   std::vector<std::int64_t> integers_;

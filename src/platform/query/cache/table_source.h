@@ -20,7 +20,10 @@ namespace tenora::query {
 
 struct SourceColumn {
   explicit SourceColumn(const access::Column& column)
-      : name(column.name), stored(column.type), type(TypeOf(column.type)) {}
+      : name(column.name),
+        stored(column.type),
+        type(TypeOf(column.type)),
+        collation(&Collation::Of(column.sort_order)) {}
 
   // Whether rows can be found by equality in this column.
   bool CanLookUp() const { return type != Type::kDouble && type != Type::kBinary; }
@@ -29,6 +32,7 @@ struct SourceColumn {
   std::string name;
   access::ColumnType stored;
   Type type;
+  const Collation* collation;  // of its texts
 };
 
 // The rows of a table too large for memory, read as they are asked for.

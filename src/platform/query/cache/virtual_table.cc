@@ -243,15 +243,16 @@ std::span<const RowNumber> Matches(CachedTable& table, const Wanted& wanted) {
 bool Equals(const CachedTable& table, RowNumber row, const Wanted& wanted) {
   const CachedColumn& column = table.columns()[wanted.column];
   if (column.IsNull(row)) return false;
-  return column.type() == Type::kText ? CompareText(column.Bytes(row), wanted.text) == 0
-                                      : column.Integer(row) == wanted.number;
+  return column.type() == Type::kText
+             ? column.collation().Compare(column.Bytes(row), wanted.text) == 0
+             : column.Integer(row) == wanted.number;
 }
 
 bool Equals(const TableSource& source, access::RowCursor& row, const Wanted& wanted) {
   if (row.IsNull(wanted.column)) return false;
   const SourceColumn& column = source.columns()[wanted.column];
   return column.type == Type::kText
-             ? CompareText(row.Text(wanted.column), wanted.text) == 0
+             ? column.collation->Compare(row.Text(wanted.column), wanted.text) == 0
              : IntegerCell(row, wanted.column, column.stored) == wanted.number;
 }
 

@@ -16,8 +16,8 @@ std::shared_ptr<SqliteConnection> ConnectionCache::Get(const std::filesystem::pa
   }
   entry.connection = nullptr;
   TableCache tables(path, state, ReadLocking::kLock, kept);
-  tables.File();
-  auto connection = std::make_shared<SqliteConnection>(std::move(tables), settings_);
+  const Collation& collation = Collation::Of(tables.File().sort_order());
+  auto connection = std::make_shared<SqliteConnection>(std::move(tables), collation, settings_);
   entry = {.connection = connection,
            .state = state,
            .settled = access::IsSettled(state) || state == entry.committed,
@@ -38,8 +38,12 @@ void ConnectionCache::Follow(const std::filesystem::path& path, const access::Co
 
 std::shared_ptr<SqliteConnection> ConnectionCache::ForTransaction(
     const std::filesystem::path& path) const {
-  return std::make_shared<SqliteConnection>(
-      TableCache(path, access::ReadFileState(path), ReadLocking::kNone), settings_);
+  TableCache tables(path, access::ReadFileState(path), ReadLocking::kNone);
+  const auto entry = entries_.find(path.string());
+  const bool known = entry != entries_.end() && entry->second.connection != nullptr;
+  const Collation& collation = known ? entry->second.connection->collation()
+                                     : Collation::Of(tables.File().sort_order());
+  return std::make_shared<SqliteConnection>(std::move(tables), collation, settings_);
 }
 
 }  // namespace tenora::query

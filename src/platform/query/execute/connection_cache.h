@@ -26,7 +26,7 @@ class ConnectionCache {
               const std::set<std::string>& changed);
 
   // A connection for use while this process itself locks out other writers. It opens the file only
-  // if a statement names a table that it was not given.
+  // if there was none to it before, or a statement names a table that it was not given.
   std::shared_ptr<SqliteConnection> ForTransaction(const std::filesystem::path& path) const;
 
   void Forget(const std::filesystem::path& path) { entries_.erase(path.string()); }

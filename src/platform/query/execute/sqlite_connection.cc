@@ -27,9 +27,10 @@ int LimitParameter(const Plan& plan) { return static_cast<int>(plan.parameters.s
 
 }  // namespace
 
-SqliteConnection::SqliteConnection(TableCache tables, const ConnectionSettings& settings)
+SqliteConnection::SqliteConnection(TableCache tables, const Collation& collation,
+                                   const ConnectionSettings& settings)
     : tables_(std::move(tables)),
-      functions_{.now = settings.now, .error = {}},
+      functions_{.now = settings.now, .collation = collation, .error = {}},
       time_limit_(settings.time_limit) {
   constexpr int kFlags =
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX;
@@ -53,7 +54,7 @@ void SqliteConnection::Configure() {
   sqlite3_db_config(connection_, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
   sqlite3_limit(connection_, SQLITE_LIMIT_LENGTH, kLongestValue);
   sqlite3_limit(connection_, SQLITE_LIMIT_ATTACHED, 0);
-  RegisterCollation(connection_);
+  RegisterCollation(connection_, functions_.collation);
   RegisterVirtualTables(connection_, virtual_tables_);
   RegisterFunctions(connection_, functions_);
   sqlite3_set_authorizer(connection_, Authorize, this);

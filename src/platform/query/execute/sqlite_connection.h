@@ -28,12 +28,15 @@ struct ConnectionSettings {
 
 class SqliteConnection : private Catalogue {
  public:
-  SqliteConnection(TableCache tables, const ConnectionSettings& settings);
+  // `collation` is that of the file's texts.
+  SqliteConnection(TableCache tables, const Collation& collation,
+                   const ConnectionSettings& settings);
   ~SqliteConnection() override;
   SqliteConnection(const SqliteConnection&) = delete;
   SqliteConnection& operator=(const SqliteConnection&) = delete;
 
   TableCache& tables() { return tables_; }
+  const Collation& collation() const { return functions_.collation; }
 
   // A statement ready for its first step, and the plan it is returned to.
   struct Ready {

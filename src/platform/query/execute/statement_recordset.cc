@@ -51,10 +51,11 @@ bool StatementRecordset::IsWithinTop(const TopRows& top) {
   if (row_ == top.count) last_keys_ = ReadKeys(top);
   if (row_ <= top.count) return true;
   const std::vector<Value> keys = ReadKeys(top);
-  const auto ties = [](const Value& left, const Value& right) {
+  const auto ties = [this](const Value& left, const Value& right) {
     const auto* const a = std::get_if<std::string>(&left);
     const auto* const b = std::get_if<std::string>(&right);
-    return a != nullptr && b != nullptr ? CompareText(*a, *b) == 0 : left == right;
+    return a != nullptr && b != nullptr ? connection_->collation().Compare(*a, *b) == 0
+                                      : left == right;
   };
   if (!std::equal(keys.begin(), keys.end(), last_keys_.begin(), last_keys_.end(), ties))
     return false;

@@ -8,6 +8,7 @@
 #include <span>
 #include <string_view>
 
+#include "platform/query/values/collation.h"
 #include "platform/query/values/sqlite_value.h"
 #include "platform/runtime/date.h"
 #include "platform/runtime/error.h"
@@ -16,6 +17,7 @@ namespace tenora::query {
 
 struct FunctionContext {
   std::function<Date()> now;
+  const Collation& collation;  // of the database
   // The error of a function that failed, kept until its statement reports it.
   std::optional<RuntimeError> error;
 };

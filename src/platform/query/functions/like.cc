@@ -22,9 +22,23 @@ std::u32string Characters(std::string_view text) {
   return characters;
 }
 
+int Compare(char32_t left, char32_t right, const Collation& collation) {
+  std::string left_text, right_text;
+  AppendUtf8(left_text, left);
+  AppendUtf8(right_text, right);
+  return collation.Compare(left_text, right_text);
+}
+
+// Both are folded.
+bool Equal(char32_t left, char32_t right, const Collation& collation) {
+  if (left == right) return true;
+  return (left >= 0x80 || right >= 0x80) && Compare(left, right, collation) == 0;
+}
+
 // `at` is just past the opening bracket of a list: moves past the closing one and tells whether the
 // list contains the character.
-bool MatchesList(std::u32string_view pattern, std::size_t& at, char32_t character) {
+bool MatchesList(std::u32string_view pattern, std::size_t& at, char32_t character,
+                 const Collation& collation) {
   const std::size_t end = pattern.find(U']', at);
   if (end == std::u32string_view::npos) {
     at = pattern.size();
@@ -37,14 +51,17 @@ bool MatchesList(std::u32string_view pattern, std::size_t& at, char32_t characte
   bool found = false;
   for (std::size_t i = 0; i < list.size(); ++i) {
     const bool range = i + 2 < list.size() && list[i + 1] == U'-';
-    found |= range ? list[i] <= character && character <= list[i + 2] : list[i] == character;
+    found = found || (range ? Compare(list[i], character, collation) <= 0 &&
+                                  Compare(character, list[i + 2], collation) <= 0
+                            : Equal(list[i], character, collation));
     if (range) i += 2;
   }
   return found != outside;
 }
 
 // Matches one pattern element other than * against one character; moves past the element.
-bool MatchesOne(std::u32string_view pattern, std::size_t& at, char32_t character) {
+bool MatchesOne(std::u32string_view pattern, std::size_t& at, char32_t character,
+                const Collation& collation) {
   const char32_t element = pattern[at++];
   switch (element) {
     case U'?':
@@ -52,15 +69,16 @@ bool MatchesOne(std::u32string_view pattern, std::size_t& at, char32_t character
     case U'#':
       return character >= U'0' && character <= U'9';
     case U'[':
-      return MatchesList(pattern, at, character);
+      return MatchesList(pattern, at, character, collation);
     default:
-      return element == character;
+      return Equal(element, character, collation);
   }
 }
 
 }  // namespace
 
-bool MatchesLike(std::string_view text_utf8, std::string_view pattern_utf8) {
+bool MatchesLike(std::string_view text_utf8, std::string_view pattern_utf8,
+                 const Collation& collation) {
   const std::u32string text = Characters(text_utf8), pattern = Characters(pattern_utf8);
   std::size_t t = 0, p = 0;
   // Where to backtrack to if what follows the last * does not match: one character further on.
@@ -72,7 +90,7 @@ bool MatchesLike(std::string_view text_utf8, std::string_view pattern_utf8) {
       continue;
     }
     std::size_t next = p;
-    if (p < pattern.size() && MatchesOne(pattern, next, text[t])) {
+    if (p < pattern.size() && MatchesOne(pattern, next, text[t], collation)) {
       p = next;
       ++t;
       continue;

@@ -179,11 +179,13 @@ Value Chr(const FunctionContext&, Arguments a) {
   return text;
 }
 
-Value StrComp(const FunctionContext&, Arguments a) {
-  return std::int64_t{CompareText(Text(a[0]), Text(a[1]))};
+Value StrComp(const FunctionContext& context, Arguments a) {
+  return std::int64_t{context.collation.Compare(Text(a[0]), Text(a[1]))};
 }
 
-Value Like(const FunctionContext&, Arguments a) { return MatchesLike(Text(a[0]), Text(a[1])); }
+Value Like(const FunctionContext& context, Arguments a) {
+  return MatchesLike(Text(a[0]), Text(a[1]), context.collation);
+}
 
 // a & b: null counts as empty, but two nulls give null.
 Value Concat(const FunctionContext&, Arguments a) {

@@ -7,6 +7,8 @@
 namespace tenora::query {
 namespace {
 
+const Collation& kOrder = Collation::Of(0x00000409);
+
 TEST(MatchesLike, FollowsTheEnginesWildcards) {
   const struct {
     const char* text;
@@ -37,15 +39,24 @@ TEST(MatchesLike, FollowsTheEnginesWildcards) {
       {"a!c", "a[!]c", true},
       {"a]c", "a]c", true},
       {"", "", true},
+      // Ranges follow the order of texts, in which letters have their accents behind them.
+      {"Émile", "[a-f]*", true},
+      {"Émile", "[!a-f]*", false},
+      {"é", "[a-e]", false},
+      {"Øst", "[o-p]st", true},
+      {"Жуков", "[а-я]*", true},
+      {"Жуков", "[a-z]*", false},
+      {"Straße", "STRA[r-t]E", true},
+      {"ﾏ", "マ", true},
   };
   for (const auto& c : kCases)
-    EXPECT_EQ(MatchesLike(c.text, c.pattern), c.matches) << c.text << " like " << c.pattern;
+    EXPECT_EQ(MatchesLike(c.text, c.pattern, kOrder), c.matches) << c.text << " like " << c.pattern;
 }
 
 TEST(MatchesLike, EndsSoonOnPatternsMadeToTakeForever) {
   std::string pattern;
   for (int i = 0; i < 2000; ++i) pattern += "*a";
-  EXPECT_FALSE(MatchesLike(std::string(20000, 'a'), pattern + "b"));
+  EXPECT_FALSE(MatchesLike(std::string(20000, 'a'), pattern + "b", kOrder));
 }
 
 }  // namespace
