@@ -8,8 +8,12 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto* bytes = reinterpret_cast<const std::byte*>(data);
   try {
-    for (const auto& finding : tenora::access::CheckDatabase({bytes, bytes + size}, "fuzz.mdb")) {
-      if (finding.Text().empty()) __builtin_trap();
+    // Each table in memory, and each as one too large for that.
+    for (const std::size_t pages : {4096, 0}) {
+      for (const auto& finding : tenora::access::CheckDatabase(
+               {bytes, bytes + size}, "fuzz.mdb", {.pages_with_keys = pages, .rows_of_part = 10})) {
+        if (finding.Text().empty()) __builtin_trap();
+      }
     }
   } catch (const tenora::RuntimeError&) {
   }

@@ -1,5 +1,7 @@
 #include "platform/access/check.h"
 
+#include <algorithm>
+
 #include "platform/access/check/relationship_check.h"
 #include "platform/access/check/table_check.h"
 #include "platform/access/format/table_properties.h"
@@ -49,11 +51,17 @@ std::vector<std::shared_ptr<const TableData>> ReadTables(
   return tables;
 }
 
-std::vector<Finding> CheckPages(const std::shared_ptr<const PageFile>& file) {
+std::vector<Finding> CheckPages(const std::shared_ptr<const PageFile>& file,
+                                const CheckMemory& memory) {
   CheckReport report;
   PageLedger ledger(*file, report);
   const TextCodec codec(file->header());
-  const CheckContext context{*file, codec, report, ledger};
+  const CheckContext context{*file,
+                             codec,
+                             report,
+                             ledger,
+                             memory.pages_with_keys,
+                             std::max<std::uint64_t>(memory.rows_of_part, 1)};
   try {
     const std::vector<std::shared_ptr<const TableData>> tables = ReadTables(context, file);
     RelationshipCheck relationships(context, tables);
@@ -71,9 +79,10 @@ std::vector<Finding> CheckPages(const std::shared_ptr<const PageFile>& file) {
   return report.Take();
 }
 
-std::vector<Finding> CheckFile(const std::shared_ptr<const PageFile>& file) {
+std::vector<Finding> CheckFile(const std::shared_ptr<const PageFile>& file,
+                               const CheckMemory& memory) {
   try {
-    return CheckPages(file);
+    return CheckPages(file, memory);
   } catch (const std::invalid_argument& unknown_code_page) {
     throw UnrecognizedFormat(file->path(), unknown_code_page.what());
   }
@@ -99,12 +108,12 @@ std::string Finding::Text() const {
 }
 
 std::vector<Finding> CheckDatabase(const std::filesystem::path& path) {
-  return CheckFile(PageFile::Open(path));
+  return CheckFile(PageFile::Open(path), {});
 }
 
-std::vector<Finding> CheckDatabase(std::vector<std::byte> bytes,
-                                   const std::filesystem::path& name) {
-  return CheckFile(PageFile::OfBytes(std::move(bytes), name));
+std::vector<Finding> CheckDatabase(std::vector<std::byte> bytes, const std::filesystem::path& name,
+                                   const CheckMemory& memory) {
+  return CheckFile(PageFile::OfBytes(std::move(bytes), name), memory);
 }
 
 }  // namespace tenora::access

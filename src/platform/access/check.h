@@ -35,12 +35,21 @@ struct Finding {
   std::string Text() const;
 };
 
+// How much of a table is kept in memory while its indexes are compared with its rows. Of a table of
+// more pages only sums over its keys are; where they differ, its rows are read again part by part
+// to find those concerned.
+struct CheckMemory {
+  std::size_t pages_with_keys = 4096;
+  std::uint64_t rows_of_part = 250'000;
+};
+
 // All findings, in the order in which the tables, relationships and pages are checked; none for a
 // healthy file. Findings about one table or index beyond a limit are only counted. Raises
 // RuntimeError like DatabaseFile::Open for a file that is not a database or cannot be read at all.
 std::vector<Finding> CheckDatabase(const std::filesystem::path& path);
 
 // The same for a file whose bytes are in memory; `name` is used as its path in messages.
-std::vector<Finding> CheckDatabase(std::vector<std::byte> bytes, const std::filesystem::path& name);
+std::vector<Finding> CheckDatabase(std::vector<std::byte> bytes, const std::filesystem::path& name,
+                                   const CheckMemory& memory = {});
 
 }  // namespace tenora::access

@@ -6,8 +6,10 @@
 
 #include <thread>
 
+#include "platform/access/file_builder.h"
 #include "platform/query/cache/file_reader.h"
 #include "platform/query/query_test_support.h"
+#include "platform/runtime/files.h"
 #include "support/test_files.h"
 
 namespace tenora::query {
@@ -145,6 +147,80 @@ TEST_F(IndexReads, StartAgainAfterAWriteWithoutLocks) {
   EXPECT_EQ(reader.opened(), 3);
   EXPECT_EQ(read(false), 4);
   EXPECT_EQ(reader.opened(), 3) << "an unchanged file is not opened again";
+}
+
+// A table just beyond the size up to which a pass over it keeps it in memory.
+class LargeTable : public ::testing::Test {
+ protected:
+  static constexpr std::uint32_t kPages = 8200, kRowsOfPage = 2;
+
+  static void SetUpTestSuite() {
+    folder_ = new test::ScratchFolder();
+    test::FileBuilder builder(1);
+    test::BuiltTable table{
+        {{"id", 4, 0, true, 0, 4, 3}, {"code", 10, 1, false, 0, 20}}, 2, 1, {}, 0, {}, true};
+    const std::uint32_t definition = builder.NewPage();
+    for (std::uint32_t i = 0; i < kPages; ++i) table.data_pages.push_back(builder.NewPage());
+    for (std::uint32_t i = 0; i < kPages; ++i) {
+      std::vector<test::BuiltRow> rows;
+      for (std::uint32_t row = 0; row < kRowsOfPage; ++row) {
+        const std::uint32_t id = i * kRowsOfPage + row;
+        const std::string code = builder.Text("c" + std::to_string(id % 100));
+        rows.push_back({builder.Row({true, true}, test::Stored32(id), {code})});
+      }
+      builder.PutRows(table.data_pages[i], definition, rows);
+    }
+    table.row_count = kPages * kRowsOfPage;
+    builder.PutDefinition(definition, table);
+    builder.AddToCatalogue("large", definition);
+    WriteWholeFile(*folder_ / "large.mdb", builder.Finish());
+  }
+  static void TearDownTestSuite() {
+    delete folder_;
+    folder_ = nullptr;
+  }
+
+  static inline test::ScratchFolder* folder_ = nullptr;
+  std::unique_ptr<Workspace> workspace_ = Workspace::Create();
+  std::unique_ptr<EngineDatabase> database_ = workspace_->OpenDatabase(*folder_ / "large.mdb");
+};
+
+TEST_F(LargeTable, IsReadInOnePassUnlessItIsReadAgain) {
+  const struct {
+    const char* sql;
+    std::vector<std::string> rows;
+  } kCases[] = {
+      {"select count(*), max(id), max(code) from large", {"16400|16399|c99"}},
+      {"select count(*) from large where code = 'C7 '", {"164"}},
+      {"select id, code from large where id = 16399", {"16399|c99"}},
+      {"select top 2 id from large order by id desc", {"16399", "16398"}},
+      {"select a.id from large a inner join large b on a.id = b.id + 1 where b.code = 'c1' and "
+       "b.id "
+       "< 200",
+       {"2", "102"}},
+  };
+  for (const auto& c : kCases) {
+    const auto fresh = Workspace::Create()->OpenDatabase(*folder_ / "large.mdb");
+    EXPECT_THAT(RowsOf(*fresh, std::string("explain ") + c.sql).at(0), StartsWith("large|one pass"))
+        << c.sql;
+    EXPECT_EQ(RowsOf(*fresh, c.sql), c.rows) << c.sql;
+    EXPECT_EQ(RowsOf(*fresh, c.sql), c.rows) << c.sql;
+    EXPECT_THAT(RowsOf(*fresh, std::string("explain ") + c.sql).at(0), StartsWith("large|memory"))
+        << c.sql;
+  }
+}
+
+TEST_F(LargeTable, LocksNobodyOutBetweenTwoRows) {
+  const auto rows = database_->OpenRecordset("select id from large", kForwardOnly, kReadOnly);
+  const auto other = Workspace::Create()->OpenDatabase(*folder_ / "large.mdb");
+  EXPECT_EQ(other->Execute("update large set id = -1 where id = 16000"), 1);
+  std::int64_t count = 0, changed = 0;
+  for (; !rows->EndOfFile(); rows->MoveNext(), ++count) {
+    if (rows->Field("id") == Value(std::int64_t{-1})) ++changed;
+  }
+  EXPECT_EQ(count, kPages * kRowsOfPage);
+  EXPECT_EQ(changed, 1);
+  EXPECT_EQ(other->Execute("update large set id = 16000 where id = -1"), 1);
 }
 
 }  // namespace

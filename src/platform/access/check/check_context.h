@@ -1,6 +1,9 @@
 // What all checks share, and a check that several of them use.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "platform/access/check/check_report.h"
 #include "platform/access/check/page_ledger.h"
 #include "platform/access/format/text_codec.h"
@@ -12,6 +15,8 @@ struct CheckContext {
   const TextCodec& codec;
   CheckReport& report;
   PageLedger& ledger;
+  std::size_t pages_with_keys;  // as in CheckMemory
+  std::uint64_t rows_of_part;
 };
 
 // Checks a data page's count of free bytes against its rows. Raises Corruption for a row that

@@ -20,17 +20,17 @@ IndexCheck::IndexCheck(const CheckContext& context, FindingPlace place,
       place_(std::move(place)),
       table_(table),
       index_(index),
-      keys_(keys),
+      keys_(&keys),
       owned_(context.ledger.ReadMap(index.owned_pages, "index '" + place_.index + "'", place_)),
       user_(context.ledger.AddUser("index '" + place_.index + "' of table '" + place_.table + "'")),
       matched_(keys.entries().size()),
       unkeyed_matched_(keys.unkeyed().size()) {}
 
 void IndexCheck::Run() {
-  if (!keys_.reason().empty()) {
-    std::string what = keys_.has_keys() ? std::to_string(keys_.unkeyed().size()) + " keys: "
-                                        : std::string("the keys: ");
-    context_.report.NotChecked(place_, what.append(keys_.reason()));
+  if (!keys_->reason().empty()) {
+    std::string what = keys_->has_keys() ? std::to_string(keys_->unkeyed_count()) + " keys: "
+                                         : std::string("the keys: ");
+    context_.report.NotChecked(place_, what.append(keys_->reason()));
   }
   Visit(index_.root_page, 0);
   for (const Level& level : levels_) {
@@ -45,8 +45,32 @@ void IndexCheck::Run() {
     if (!context_.ledger.Claim(page, user_, place_) || !complete_ || IsBlank(page)) continue;
     Fault(page, "the index owns the page, but no entry leads there");
   }
+  if (keys_->is_sum()) return;
   if (complete_) CheckRowsHaveEntries();
-  CheckUnique();
+  if (unique()) CheckUnique(*keys_);
+}
+
+bool IndexCheck::Differs() const {
+  return !complete_ || keys_->unkeyed_count() > 0 || sum_ != keys_->sum() || (unique() && repeats_);
+}
+
+void IndexCheck::CompareEntries(const KeyList& keys) {
+  keys_ = &keys;
+  matched_.assign(keys.entries().size(), false);
+  unkeyed_matched_.assign(keys.unkeyed().size(), false);
+  explained_.clear();
+  rows_.clear();
+  position_ = 0;
+  PageBuffer buffer;
+  IndexPage page;
+  for (const std::uint32_t number : leaves_) {
+    context_.file.Read(number, buffer);
+    ReadIndexPage(context_.file.layout(), buffer, page);
+    for (const IndexEntry& entry : page.entries) {
+      if (keys.part().Has({}, entry.row)) MatchEntry(entry, number);
+    }
+  }
+  if (complete_) CheckRowsHaveEntries();
 }
 
 // A page that became empty stays with its index, blank, if the map of free pages starts after it.
@@ -79,9 +103,15 @@ void IndexCheck::Visit(std::uint32_t number, std::size_t level) {
     if (!page.leaf) return VisitNode(number, page, level);
     if (leaf_level_ == 0) leaf_level_ = level + 1;
     if (leaf_level_ != level + 1) Fault(number, "the leaf is not on the level of the others");
+    if (keys_->is_sum()) leaves_.push_back(number);
     for (const IndexEntry& entry : page.entries) {
+      repeats_ = repeats_ || (has_last_ && last_.key == entry.key && last_.row != entry.row);
       CheckOrder(entry, number);
-      MatchEntry(entry, number);
+      if (keys_->is_sum()) {
+        sum_.Add(entry.key, entry.row);
+      } else {
+        MatchEntry(entry, number);
+      }
     }
   } catch (const Corruption& corruption) {
     complete_ = false;
@@ -139,7 +169,7 @@ void IndexCheck::CheckOrder(const IndexEntry& entry, std::uint32_t page) {
 }
 
 void IndexCheck::MatchEntry(const IndexEntry& entry, std::uint32_t page) {
-  const std::vector<KeyList::Entry>& expected = keys_.entries();
+  const std::vector<KeyList::Entry>& expected = keys_->entries();
   std::size_t at = position_;
   if (at >= expected.size() || expected[at].row != entry.row || expected[at].key != entry.key) {
     at =
@@ -157,7 +187,7 @@ void IndexCheck::MatchEntry(const IndexEntry& entry, std::uint32_t page) {
 }
 
 void IndexCheck::ExplainEntry(const IndexEntry& entry, std::uint32_t page) {
-  const std::vector<RowPointer>& unkeyed = keys_.unkeyed();
+  const std::vector<RowPointer>& unkeyed = keys_->unkeyed();
   const auto by_place = [](RowPointer left, RowPointer right) {
     return Packed(left) < Packed(right);
   };
@@ -171,7 +201,7 @@ void IndexCheck::ExplainEntry(const IndexEntry& entry, std::uint32_t page) {
     return Fault(page, RowName(entry.row) + " has more than one entry");
   }
   if (rows_.empty()) {
-    for (const KeyList::Entry& row : keys_.entries()) rows_.push_back(Packed(row.row));
+    for (const KeyList::Entry& row : keys_->entries()) rows_.push_back(Packed(row.row));
     std::sort(rows_.begin(), rows_.end());
   }
   if (!std::binary_search(rows_.begin(), rows_.end(), Packed(entry.row))) {
@@ -188,17 +218,16 @@ void IndexCheck::CheckRowsHaveEntries() {
     if (matched || std::binary_search(explained_.begin(), explained_.end(), Packed(row))) return;
     context_.report.Fault(place_, row, "the row has no entry in the index", Remedy::kRebuildIndex);
   };
-  for (std::size_t i = 0; i < matched_.size(); ++i) check(keys_.entries()[i].row, matched_[i]);
+  for (std::size_t i = 0; i < matched_.size(); ++i) check(keys_->entries()[i].row, matched_[i]);
   // Which rows the index ignores can be known only from their keys.
-  if (!keys_.has_keys() && (index_.flags & kIndexLeavesOutNulls) != 0) return;
+  if (!keys_->has_keys() && (index_.flags & kIndexLeavesOutNulls) != 0) return;
   for (std::size_t i = 0; i < unkeyed_matched_.size(); ++i) {
-    check(keys_.unkeyed()[i], unkeyed_matched_[i]);
+    check(keys_->unkeyed()[i], unkeyed_matched_[i]);
   }
 }
 
-void IndexCheck::CheckUnique() {
-  if ((index_.flags & kIndexUnique) == 0) return;
-  const std::vector<KeyList::Entry>& rows = keys_.entries();
+void IndexCheck::CheckUnique(const KeyList& keys) {
+  const std::vector<KeyList::Entry>& rows = keys.entries();
   for (std::size_t i = 1; i < rows.size(); ++i) {
     if (rows[i].has_null || rows[i].key != rows[i - 1].key) continue;
     context_.report.Fault(

@@ -11,11 +11,21 @@ namespace tenora::access {
 
 class IndexCheck {
  public:
-  // `keys` are the sorted keys of the table's rows. All arguments must outlive the check.
+  // `keys` are the sorted keys of the table's rows, or their sum. All arguments must outlive the
+  // check.
   IndexCheck(const CheckContext& context, FindingPlace place, const TableDefinition& table,
              const PhysicalIndex& index, const KeyList& keys);
 
   void Run();
+
+  // After Run with a sum: whether the entries are not those of the rows, or a key is there twice
+  // although the index is unique. Which rows are concerned, the next two find out.
+  bool Differs() const;
+  bool unique() const { return (index_.flags & kIndexUnique) != 0; }
+  // Compares the entries of some rows with their sorted keys.
+  void CompareEntries(const KeyList& keys);
+  // `keys` are the sorted keys of rows among which are all those of equal keys.
+  void CheckUnique(const KeyList& keys);
 
  private:
   void Visit(std::uint32_t number, std::size_t level);
@@ -25,7 +35,6 @@ class IndexCheck {
   void MatchEntry(const IndexEntry& entry, std::uint32_t page);
   void ExplainEntry(const IndexEntry& entry, std::uint32_t page);
   void CheckRowsHaveEntries();
-  void CheckUnique();
   bool IsBlank(std::uint32_t number) const;
   void Fault(std::optional<std::uint32_t> page, std::string what);
 
@@ -39,7 +48,7 @@ class IndexCheck {
   FindingPlace place_;
   const TableDefinition& table_;
   const PhysicalIndex& index_;
-  const KeyList& keys_;
+  const KeyList* keys_;
   UsageMap owned_;
   PageLedger::User user_;
   std::vector<Level> levels_;
@@ -47,11 +56,14 @@ class IndexCheck {
   IndexEntry last_;             // the last entry visited
   bool has_last_ = false;
   bool complete_ = true;                  // every page of the tree could be read
-  std::size_t position_ = 0;              // in keys_.entries(), where the next entry should match
-  std::vector<bool> matched_;             // of keys_.entries()
-  std::vector<bool> unkeyed_matched_;     // of keys_.unkeyed()
+  std::vector<std::uint32_t> leaves_;     // visited, if keys_ is a sum
+  KeySum sum_;                            // of the entries visited
+  bool repeats_ = false;                  // two entries have the same key
+  std::size_t position_ = 0;              // in keys_->entries(), where the next entry should match
+  std::vector<bool> matched_;             // of keys_->entries()
+  std::vector<bool> unkeyed_matched_;     // of keys_->unkeyed()
   std::vector<std::uint32_t> explained_;  // rows, as page << 8 | row, that have a faulty entry
-  std::vector<std::uint32_t> rows_;       // of keys_.entries(), sorted; filled when needed
+  std::vector<std::uint32_t> rows_;       // of keys_->entries(), sorted; filled when needed
 };
 
 }  // namespace tenora::access
