@@ -95,7 +95,8 @@ class Agency {
                         {"every_freq", std::string("Week")},
                         {"comments", std::string(kNotes, 'n')}});
       inspections.Insert(
-          {{"tenant_code", code}, {"inspection_date", Day(kFirstMonday + 800 + number % 200)}});
+          {{"tenant_code", code},
+           {"inspection_date", Day(kFirstMonday + static_cast<double>(800 + number % 200))}});
     }
   }
 
