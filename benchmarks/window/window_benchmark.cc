@@ -88,7 +88,12 @@ PreviewTimes Preview(frmMain& window, const std::filesystem::path& home) {
     });
   };
   PreviewTimes times;
-  times.begun = drawn([&] { letter->ShowPreview(true); });
+  times.begun = drawn([&] {
+    letter->ShowPreview(true);
+    while (!letter->PreviewedRecipient()) {
+      QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+  });
   for (int i = 0; i < kSteps; ++i) {
     Slowest(times.step, drawn([&] { letter->StepPreview(PreviewBar::Step::kNext); }));
   }
@@ -98,8 +103,7 @@ PreviewTimes Preview(frmMain& window, const std::filesystem::path& home) {
 
 void Run(const std::filesystem::path& database) {
   PreviewTimes preview;
-  double up = 0, tree_key = 0, dialog_up = 0, tick_all = 0, dialog_key = 0;
-  double values = 0, sorted = 0;
+  Time up, tree_key, dialog_up, tick_all, dialog_key, values, read_before, sorted;
   for (int round = 0; round < kRounds; ++round) {
     test::FakePlatform machine;
     std::filesystem::create_symlink(database, machine.ProgramFolder() / "property.mdb");
@@ -109,49 +113,59 @@ void Run(const std::filesystem::path& database) {
     const CommandParts parts{line, session, [] { return printing::Printers::Create({}); },
                              std::cout, std::cerr};
     std::unique_ptr<frmMain> window;
-    up = std::max(up, Milliseconds([&] {
-                    window = std::make_unique<frmMain>(parts);
-                    window->MDIForm_Load();
-                    window->show();
-                    QApplication::processEvents();
-                    window->grab();
-                  }));
+    Slowest(up, Milliseconds([&] {
+              window = std::make_unique<frmMain>(parts);
+              window->MDIForm_Load();
+              window->show();
+              QApplication::processEvents();
+              window->grab();
+            }));
     if (round == 0) std::printf("%zu tenancies\n", session.caches.Tenants.size());
-    tree_key = std::max(tree_key, Type(*window, "txtTreeSearch"));
+    Slowest(tree_key, Type(*window, "txtTreeSearch"));
 
     std::unique_ptr<frmGenerate> dialog;
-    dialog_up = std::max(dialog_up, Milliseconds([&] {
-                           dialog = std::make_unique<frmGenerate>(session, std::string(kTemplates),
-                                                                  "Notice");
-                           dialog->show();
-                           QApplication::processEvents();
-                           dialog->grab();
-                         }));
+    Slowest(dialog_up, Milliseconds([&] {
+              dialog = std::make_unique<frmGenerate>(session, std::string(kTemplates), "Notice");
+              dialog->show();
+              QApplication::processEvents();
+              dialog->grab();
+            }));
     const auto* state = dialog->findChild<QLabel*>("lblState");
-    values = std::max(values, Milliseconds([&] {
-                        while (!state->text().isEmpty()) {
-                          QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-                        }
-                        dialog->grab();
-                      }));
-    sorted = std::max(sorted, Milliseconds([&] {
-                        dialog->findChild<QTreeView*>("lstMultiSelect")
-                            ->header()
-                            ->setSortIndicator(4, Qt::DescendingOrder);
-                        dialog->grab();
-                      }));
-    tick_all = std::max(tick_all, Milliseconds([&] {
-                          dialog->findChild<QAbstractButton*>("cmdSelectAll")->click();
-                          dialog->grab();
-                        }));
-    dialog_key = std::max(dialog_key, Type(*dialog, "txtSearch"));
+    Slowest(values, Milliseconds([&] {
+              while (!state->text().isEmpty()) {
+                QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+              }
+              dialog->grab();
+            }));
+    Slowest(sorted, Milliseconds([&] {
+              dialog->findChild<QTreeView*>("lstMultiSelect")
+                  ->header()
+                  ->setSortIndicator(4, Qt::DescendingOrder);
+              dialog->grab();
+            }));
+    Slowest(tick_all, Milliseconds([&] {
+              dialog->findChild<QAbstractButton*>("cmdSelectAll")->click();
+              dialog->grab();
+            }));
+    Slowest(dialog_key, Type(*dialog, "txtSearch"));
+    dialog.reset();
+    Slowest(read_before, Milliseconds([&] {
+              frmGenerate again(session, std::string(kTemplates), "Notice");
+              again.show();
+              while (!again.findChild<QLabel*>("lblState")->text().isEmpty()) {
+                QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+              }
+              again.grab();
+            }));
     const PreviewTimes times = Preview(*window, machine.ProgramFolder());
-    preview = {std::max(preview.begun, times.begun), std::max(preview.step, times.step)};
+    Slowest(preview.begun, times.begun);
+    Slowest(preview.step, times.step);
   }
   Print("main window up after the splash", up, kUpGoal);
   Print("a key in the tree's search box", tree_key, kAtOnce);
   Print("generate dialog up", dialog_up, kAtOnce);
   Print("what is known of the recipients there", values, kValuesGoal);
+  Print("generate dialog up with that, once more", read_before, kValuesGoal);
   Print("sorted by the balance", sorted, kAtOnce);
   Print("all recipients ticked", tick_all, kAtOnce);
   Print("a key in the dialog's search box", dialog_key, kAtOnce);
