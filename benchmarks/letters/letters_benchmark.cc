@@ -1,14 +1,17 @@
 // The jobs that people wait for, on a scratch copy of the sample agency: letters merged and
 // saved one after the other, and one receipt from start to PDF; beside the latter LibreOffice
 // converting the same letter, where it is installed. And a step of the preview, over the sample
-// agency and over the database that is the first argument.
+// agency and over the database that is the first argument. Over that also whole runs of letters, by
+// the number of threads that merge them.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <thread>
 
 #include "letters/frm_letter.h"
+#include "letters/generation.h"
 #include "letters/letter_preview.h"
 #include "letters/template_library.h"
 #include "support/fake_platform.h"
@@ -58,6 +61,50 @@ void MergeLetters(const char* template_name, const char* what, bool save) {
     }
   });
   std::printf("%-44s %9.0f letters a second\n", what, kLetters / seconds);
+}
+
+// A run for every so-many-th tenancy, saved as RTF, with a new session: the tables are read too.
+double RunLetters(const fs::path& database, const char* template_name, std::size_t step,
+                  unsigned threads, std::size_t& letters) {
+  test::FakePlatform machine;
+  CopyAgency(machine.ProgramFolder());
+  fs::remove(machine.ProgramFolder() / "property.mdb");
+  fs::create_symlink(fs::absolute(database), machine.ProgramFolder() / "property.mdb");
+  Session session(machine.Parts());
+  GenerationObserver nobody;
+  Generation generation(session, AfterError::kNextRecipient, nobody);
+  generation.MergeOn(threads);
+  GenerationRequest request;
+  request.template_kind = kTemplates;
+  request.template_name = template_name;
+  return Seconds([&] {
+    letters = generation
+                  .Run(request,
+                       [&](const Caches& caches) {
+                         std::vector<Recipient> some;
+                         for (std::size_t i = 0; i < caches.Tenants.size(); i += step) {
+                           some.push_back({caches.Tenants[i].KeyName, caches.Tenants[i].Reference});
+                         }
+                         return some;
+                       })
+                  .done;
+  });
+}
+
+void RunOnThreads(const fs::path& database, const char* template_name) {
+  constexpr std::size_t kShare = 4;  // of the recipients, in the run that is mostly its start
+  double alone = 0;
+  const unsigned most = std::max(2U, std::thread::hardware_concurrency());
+  for (unsigned threads = 1; threads <= most; threads *= 2) {
+    std::size_t few = 0, all = 0;
+    const double start = RunLetters(database, template_name, kShare, threads, few);
+    const double seconds = RunLetters(database, template_name, 1, threads, all);
+    const double rate = static_cast<double>(all - few) / (seconds - start);
+    if (threads == 1) alone = rate;
+    std::printf("%-44s %9.0f further letters a second, %.2f times one thread's; %zu in %.2f s\n",
+                (std::string(template_name) + ", threads: " + std::to_string(threads)).c_str(),
+                rate, rate / alone, all, seconds);
+  }
 }
 
 // A table with a row for each payment, repeated until there are so many rows.
@@ -154,7 +201,11 @@ void PrintReceipts() {
 
 int main(int argc, char** argv) {
   tenora::StepThroughPreviews({});
-  if (argc > 1) tenora::StepThroughPreviews(argv[1]);
+  if (argc > 1) {
+    tenora::RunOnThreads(argv[1], tenora::kTemplate);
+    tenora::RunOnThreads(argv[1], tenora::kTemplateWithForms);
+    tenora::StepThroughPreviews(argv[1]);
+  }
   tenora::MergeLetters(tenora::kTemplate, "load and merge", false);
   tenora::MergeLetters(tenora::kTemplate, "load, merge and save", true);
   tenora::MergeLetters(tenora::kTemplateWithForms, "load and merge, with forms", false);

@@ -106,6 +106,10 @@ class Generation {
              printing::Printers* printers = nullptr)
       : session_(session), after_error_(after_error), observer_(observer), printers_(printers) {}
 
+  // How many threads merge the letters, 0 for one for each processor, up to four, as it is at
+  // first. What is made, asked and logged does not depend on it.
+  void MergeOn(unsigned threads) { threads_ = threads; }
+
   // Opens the database, reloads the caches and the options and closes it; fills the request's
   // recipients by `choose`; then makes the letters. The template is read once: it may change or
   // disappear during the run. Raises before anything is made: a database that cannot be read (91,
@@ -128,6 +132,7 @@ class Generation {
   AfterError after_error_;
   GenerationObserver& observer_;
   printing::Printers* printers_;
+  unsigned threads_ = 0;
 };
 
 // As the window calls it, for the recipients that the request names, each tenant by the tenancy's

@@ -78,7 +78,7 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
   LetterMaker maker(session_, request, BadFutureDates(after_error_));
   maker.ReadTemplate();
   RunLog log(session_.database.DataFolder(), request, session_.platform.clock);
-  return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go();
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go({}, threads_);
 }
 
 GenerationSummary Generation::Resume(const std::filesystem::path& log_path, ResumeWay way) {
@@ -94,7 +94,8 @@ GenerationSummary Generation::Resume(const std::filesystem::path& log_path, Resu
   LetterMaker maker(session_, log.request(), BadFutureDates(after_error_));
   log.Note(RunRemark::kResumed);
   log.Sync();
-  return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go(std::move(way));
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker)
+      .Go(std::move(way), threads_);
 }
 
 GenerationRequest Generation::RequestOf(const std::filesystem::path& log) {

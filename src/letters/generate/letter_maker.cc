@@ -1,5 +1,7 @@
 #include "letters/generate/letter_maker.h"
 
+#include <utility>
+
 #include "letters/template_lint.h"
 #include "platform/runtime/clock.h"
 
@@ -19,6 +21,11 @@ void LetterMaker::ReadTemplate() {
 void LetterMaker::UseTemplate(const std::string& source) {
   letter_.rtfLetter.SetTextRTF(source);
   TakeTemplate();
+}
+
+const std::string& LetterMaker::TemplateSource() {
+  ReadTemplate();
+  return *template_source_;
 }
 
 void LetterMaker::TakeTemplate() {
@@ -55,6 +62,13 @@ frmLetter& LetterMaker::Make(const Recipient& recipient, const PromptAnswers& an
     MergeOwner();
   }
   *prompts = letter_.InsertPrompts(answers, progress);
+  return letter_;
+}
+
+frmLetter& LetterMaker::Put(LetterMembers members, std::string source) {
+  letter_.rtfLetter.SetTextRTF(std::move(source));
+  letter_.members() = std::move(members);
+  letter_.members().FilePath = template_path_.string();
   return letter_;
 }
 

@@ -42,6 +42,9 @@ class LetterMaker {
   // From now on letters are made of this text, as the template's window has it. Raises what
   // ReadTemplate raises for a form that is not sound; there is no template then.
   void UseTemplate(const std::string& source);
+  // The text that letters are made of. Raises what ReadTemplate raises.
+  const std::string& TemplateSource();
+  BadFutureDate bad_future_date() const { return bad_future_date_; }
 
   // A letter for this recipient, merged, its prompts asked unless `answers` has theirs. Raises
   // RecipientGone for nobody of that name or code, DatabaseProblem for a failed look-up,
@@ -49,6 +52,8 @@ class LetterMaker {
   // merge.
   frmLetter& Make(const Recipient& recipient, const PromptAnswers& answers,
                   const std::string& progress, PromptOutcome* prompts);
+  // A letter that another maker has merged from the same template, as Make would give it.
+  frmLetter& Put(LetterMembers members, std::string source);
   // The letter that an earlier run saved for this recipient. Raises what LoadLetter raises.
   frmLetter& Load(const Recipient& recipient, const std::filesystem::path& file);
 

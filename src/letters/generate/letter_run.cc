@@ -112,13 +112,14 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
   if (request().pdf) pdf_workers_.emplace(StoredMargins(session.settings));
 }
 
-GenerationSummary LetterRun::Go(ResumeWay way) {
+GenerationSummary LetterRun::Go(ResumeWay way, unsigned threads) {
   way_ = std::move(way);
   for (std::size_t number = 1; number <= log_.count(); ++number) {
     if (!Settled(number)) ++missing_;
     if (Done(number)) ++done_before_;
   }
   observer_.Started(missing_, log_.path());
+  ahead_ = BeginToMerge(threads);
   for (std::size_t number = 1; number <= log_.count() && !stopped_; ++number) {
     if (Settled(number)) continue;
     ++begun_;
@@ -129,6 +130,7 @@ GenerationSummary LetterRun::Go(ResumeWay way) {
       SyncGroup();
     }
   }
+  ahead_.reset();
   Finish();
   return Summary();
 }
@@ -205,13 +207,7 @@ bool LetterRun::MakeAndHandOver(LetterReport& report) {
     if (other != 0) throw OtherLetter(log_.recipient(other), report.file);
   }
   if (report.file.empty()) {
-    // What is there under that name, if anything, is not this letter.
-    log_.NoteFile(report.number, {});
-    if (!Merge(report)) return false;
-    files_.Save(*letter_, report,
-                names_.NameOf({session_, letter_->members(), letter_->rtfLetter}, report.number,
-                              log_.count()));
-    observer_.Saved(report.file);
+    if (!MergeAndSave(report)) return false;
   } else if (held && WayOf(report.number) != Resuming::kAsItIs) {
     if (!CheckAgain(report)) return false;
   } else {
@@ -220,6 +216,33 @@ bool LetterRun::MakeAndHandOver(LetterReport& report) {
   if (report.result == Result::kHeld) return true;
   if (request().pdf && !IsOnDisk(PdfBeside(report.file))) MakePdf(report);
   return HandOver(report);
+}
+
+bool LetterRun::MergeAndSave(LetterReport& report) {
+  // What is there under that name, if anything, is not this letter.
+  log_.NoteFile(report.number, {});
+  std::string name;
+  if (auto merged = ahead_ ? ahead_->Take(report.number) : std::nullopt) {
+    letter_ = &maker_.Put(std::move(merged->members), std::move(merged->source));
+    unread_ = 0;
+    Tell(report, merged->findings);
+    name = std::move(merged->name);
+  } else {
+    if (!Merge(report)) return false;
+    name = names_.NameOf({session_, letter_->members(), letter_->rtfLetter}, report.number,
+                         log_.count());
+  }
+  files_.Save(*letter_, report, name);
+  observer_.Saved(report.file);
+  return true;
+}
+
+std::unique_ptr<MergeAhead> LetterRun::BeginToMerge(unsigned threads) {
+  std::vector<std::size_t> numbers;
+  for (std::size_t number = 1; number <= log_.count(); ++number) {
+    if (!Settled(number) && log_.letter(number).file.empty()) numbers.push_back(number);
+  }
+  return MergeAhead::Start(session_, log_, maker_, names_, std::move(numbers), threads);
 }
 
 bool LetterRun::Merge(LetterReport& report) {
@@ -233,7 +256,9 @@ bool LetterRun::Merge(LetterReport& report) {
                               " left without an answer");
   }
   unread_ = 0;
-  for (const LetterFinding& finding : Check(report)) {
+  const std::vector<LetterFinding> findings = letter_->Check();
+  Tell(report, findings);
+  for (const LetterFinding& finding : findings) {
     // An answer that holds one letter back would hold back all of them, on resuming too.
     if (finding.weight == FindingWeight::kHold) prompts.for_all.erase(finding.code);
   }
@@ -246,8 +271,7 @@ std::string LetterRun::Progress() const {
          (missing_ == 1 ? " letter" : " letters");
 }
 
-std::vector<LetterFinding> LetterRun::Check(LetterReport& report) const {
-  std::vector<LetterFinding> findings = letter_->Check();
+void LetterRun::Tell(LetterReport& report, const std::vector<LetterFinding>& findings) {
   for (const LetterFinding& finding : findings) {
     std::string text = finding.code.empty() ? "" : finding.code + ": ";
     text += finding.sentence;
@@ -258,7 +282,6 @@ std::vector<LetterFinding> LetterRun::Check(LetterReport& report) const {
       report.problem += (report.problem.empty() ? "" : "; ") + text;
     }
   }
-  return findings;
 }
 
 bool LetterRun::CheckAgain(LetterReport& report) {
@@ -272,7 +295,7 @@ bool LetterRun::CheckAgain(LetterReport& report) {
     report = ReportOn(report.number);
   }
   letter_ = &maker_.Load(report.recipient, report.file);
-  Check(report);
+  Tell(report, letter_->Check());
   files_.NoteHeld(report);
   return true;
 }
@@ -370,6 +393,8 @@ bool LetterRun::Mail(LetterReport& report) {
 bool LetterRun::DatabaseLost() {
   if (++unread_ < kMostUnread) return false;
   unread_ = 0;
+  // The threads have what was loaded before.
+  ahead_.reset();
   return !session_.ReloadRentalData();
 }
 

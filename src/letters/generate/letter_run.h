@@ -4,10 +4,12 @@
 
 #include <chrono>
 #include <map>
+#include <memory>
 #include <optional>
 
 #include "letters/generate/letter_files.h"
 #include "letters/generate/letter_maker.h"
+#include "letters/generate/merge_ahead.h"
 #include "letters/generate/run_log.h"
 #include "letters/generation.h"
 #include "letters/letter_names.h"
@@ -22,8 +24,9 @@ class LetterRun {
   LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
             printing::Printers* printers, RunLog& log, LetterMaker& maker);
 
-  // Makes every letter that the log does not show as done or in doubt, in the way of each.
-  GenerationSummary Go(ResumeWay way = {});
+  // Makes every letter that the log does not show as done or in doubt, in the way of each. So many
+  // threads merge, 0 for one for each processor.
+  GenerationSummary Go(ResumeWay way, unsigned threads);
 
  private:
   using Result = LetterReport::Result;
@@ -38,10 +41,14 @@ class LetterRun {
   // Raises whatever goes wrong; false when the user stopped in the middle of it.
   bool MakeAndHandOver(LetterReport& report);
   bool Merge(LetterReport& report);
+  // Gives the letter's file its name too, which is then saved; false as Merge.
+  bool MergeAndSave(LetterReport& report);
+  // The letters that are certain to be merged.
+  std::unique_ptr<MergeAhead> BeginToMerge(unsigned threads);
   // "3 of 33 letters", for a question of the current one.
   std::string Progress() const;
-  // The findings on the current letter, which are put into the report too.
-  std::vector<LetterFinding> Check(LetterReport& report) const;
+  // Puts what the check of a letter found into its report.
+  static void Tell(LetterReport& report, const std::vector<LetterFinding>& findings);
   // Looks again at a letter that an earlier run held back. As MakeAndHandOver.
   bool CheckAgain(LetterReport& report);
   // False when the user stopped while the mail server was silent.
@@ -85,6 +92,7 @@ class LetterRun {
   int unread_ = 0;       // letters in a row for which the database could not be read
   bool stopped_ = false;
   MergedFiles merged_;
+  std::unique_ptr<MergeAhead> ahead_;
 };
 
 }  // namespace tenora
