@@ -145,6 +145,7 @@ TEST(TextKey, RefusesUnknownCharactersInsteadOfGuessing) {
       {u"\U0001F600", "U+1F600"},
       {u"いぬ", "how character U+3044 sorts beside others is not known"},
       {u"a가", "U+AC00"},
+      {std::u16string(1, u'\xD83D'), "half a character"},
       {u"ﬃ-a", "U+002D after character U+FB03"},
       {u"\u0301a-", "U+002D after character U+0301"},
       {u"a" + std::u16string(59, u'\u0300'), "U+0300 after"},

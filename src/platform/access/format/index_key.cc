@@ -62,6 +62,12 @@ void AppendGuid(Bytes stored, IndexKey& key) {
   AppendPieces(bytes, key);
 }
 
+std::size_t Count(std::string_view text, std::string_view part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
 bool HasKnownKeys(ColumnType type, bool descending) {
   switch (type) {
     case ColumnType::kBoolean:
@@ -131,6 +137,17 @@ bool IndexKeyEncoder::Includes(std::span<const StoredField> fields) const {
   return false;
 }
 
+void IndexKeyEncoder::AppendText(const Part& part, Bytes stored, IndexKey& key) {
+  const std::string_view text = codec_.Decode(stored, text_);
+  // U+FFFD is also what half a surrogate pair is read as, whose codes are not known.
+  const std::string_view bytes(reinterpret_cast<const char*>(stored.data()), stored.size());
+  const std::size_t replaced = Count(text, "\xEF\xBF\xBD");
+  if (replaced > 0 && replaced > Count(bytes, "\xFD\xFF")) {
+    throw NotEncodable("half a character beyond U+FFFF has no sort codes");
+  }
+  part.order->AppendText(text, key);
+}
+
 void IndexKeyEncoder::AppendField(const Part& part, const StoredField& field, IndexKey& key) {
   const std::size_t start = key.size();
   const bool null = !field.present && part.type != ColumnType::kBoolean;
@@ -162,7 +179,7 @@ void IndexKeyEncoder::AppendField(const Part& part, const StoredField& field, In
         AppendFloating(field.bytes, 8, key);
         break;
       case ColumnType::kText:
-        part.order->AppendText(codec_.Decode(field.bytes, text_), key);
+        AppendText(part, field.bytes, key);
         break;
       case ColumnType::kGuid:
         AppendGuid(field.bytes, key);

@@ -47,6 +47,7 @@ class IndexKeyEncoder {
     const SortOrder* order;  // of text
     std::string_view name;
   };
+  void AppendText(const Part& part, Bytes stored, IndexKey& key);
   void AppendField(const Part& part, const StoredField& field, IndexKey& key);
 
   const TextCodec& codec_;

@@ -55,7 +55,7 @@ bool StatementRecordset::IsWithinTop(const TopRows& top) {
     const auto* const a = std::get_if<std::string>(&left);
     const auto* const b = std::get_if<std::string>(&right);
     return a != nullptr && b != nullptr ? connection_->collation().Compare(*a, *b) == 0
-                                      : left == right;
+                                        : left == right;
   };
   if (!std::equal(keys.begin(), keys.end(), last_keys_.begin(), last_keys_.end(), ties))
     return false;

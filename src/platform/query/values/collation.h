@@ -1,6 +1,6 @@
 // How the engine compares the texts of a database: case-insensitive, accent-sensitive; hyphens and
-// apostrophes count only between texts that are otherwise equal, trailing blanks never. The order is
-// that of the keys of its text indexes.
+// apostrophes count only between texts that are otherwise equal, trailing blanks never. The order
+// is that of the keys of its text indexes.
 #pragma once
 
 #include <sqlite3.h>
