@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 #include "platform/access/format/sort_codes.h"
 #include "platform/runtime/text.h"
@@ -126,19 +127,24 @@ std::string_view WithoutTrailingSpaces(std::string_view text) {
 }  // namespace
 
 const SortOrder* SortOrder::Find(std::uint32_t number) {
-  static const SortOrder legacy(kLegacySortCodes), general(kGeneralSortCodes);
-  if (number == kGeneralLegacyNumber) return &legacy;
-  return number == kGeneralNumber ? &general : nullptr;
+  if (number == kGeneralLegacyNumber) {
+    static const SortOrder legacy(kLegacySortCodes);
+    return &legacy;
+  }
+  if (number != kGeneralNumber) return nullptr;
+  static const SortOrder general(kGeneralSortCodes);
+  return &general;
 }
 
 const SortOrder& SortOrder::Closest(std::uint32_t number) {
   return *Find((number & kVersionMask) == 0 ? kGeneralLegacyNumber : kGeneralNumber);
 }
 
-SortOrder::SortOrder(std::span<const SortCodeRow> rows) : rows_(rows), common_(kCommonEnd) {
+SortOrder::SortOrder(std::span<const SortCodeRow> rows)
+    : rows_(rows), common_(kCommonEnd), blocks_(std::make_unique<Block[]>(rows.size())) {
   for (const SortCodeRow& row : rows_) {
     if (row.first >= kCommonEnd) break;
-    ReadSortCodes(row, common_);
+    ReadSortCodes(row, std::span(common_).subspan(row.first));
   }
 }
 
@@ -148,11 +154,14 @@ const SortCodes& SortOrder::CodesOf(char32_t character) const {
   static constexpr SortCodes kUnknown;
   if (character < kCommonEnd) return common_[character];
   if (character >= kPlaneSize) return kUnknown;
-  std::call_once(all_read_, [this] {
-    all_.resize(kPlaneSize);
-    for (const SortCodeRow& row : rows_) ReadSortCodes(row, all_);
+  const auto next = std::ranges::upper_bound(rows_, character, {}, &SortCodeRow::first);
+  const SortCodeRow& row = *std::prev(next);  // the first starts before kCommonEnd
+  Block& block = blocks_[static_cast<std::size_t>(&row - rows_.data())];
+  std::call_once(block.read, [&] {
+    block.codes.resize((next == rows_.end() ? kPlaneSize : next->first) - row.first);
+    ReadSortCodes(row, block.codes);
   });
-  return all_[character];
+  return block.codes[character - row.first];
 }
 
 void SortOrder::RequireKnown(std::string_view text) const {

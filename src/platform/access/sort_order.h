@@ -16,6 +16,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <span>
 #include <stdexcept>
@@ -65,12 +66,16 @@ class SortOrder {
   const SortCodes& CodesOf(char32_t character) const;
   void RequireKnown(std::string_view text) const;
 
+  // The codes from a row's first character to the next one's, read when they are first needed: few
+  // texts have any but common characters.
+  struct Block {
+    std::once_flag read;
+    std::vector<SortCodes> codes;
+  };
+
   const std::span<const SortCodeRow> rows_;
-  // The codes of the characters before kCommonEnd, then those of all 65,536. Few texts have any
-  // but the common ones, so the others are read when they are first needed.
-  std::vector<SortCodes> common_;
-  mutable std::once_flag all_read_;
-  mutable std::vector<SortCodes> all_;
+  std::vector<SortCodes> common_;          // of the characters before kCommonEnd
+  const std::unique_ptr<Block[]> blocks_;  // one for each row
 };
 
 }  // namespace tenora::access

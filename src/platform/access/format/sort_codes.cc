@@ -75,10 +75,10 @@ void ReadSortCodes(const SortCodeRow& row, std::span<SortCodes> codes) {
   SortCodes before;
   const auto put = [&](std::string_view word) {
     before = ReadWord(word, before);
-    codes[row.first + count] = before;
+    codes[count] = before;
     last[count++ % kMostRepeated] = word;
   };
-  for (std::string_view rest = row.words; !rest.empty() && row.first + count < codes.size();) {
+  for (std::string_view rest = row.words; !rest.empty() && count < codes.size();) {
     const std::string_view word = rest.substr(0, rest.find(' '));
     rest.remove_prefix(std::min(rest.size(), word.size() + 1));
     if (word.front() != '@') {
@@ -88,7 +88,7 @@ void ReadSortCodes(const SortCodeRow& row, std::span<SortCodes> codes) {
     const auto size = static_cast<std::size_t>(word[1] - '0');
     std::size_t times = 0;
     std::from_chars(word.data() + 3, word.data() + word.size(), times);
-    for (std::size_t i = 0; i < size * times && row.first + count < codes.size(); ++i) {
+    for (std::size_t i = 0; i < size * times && count < codes.size(); ++i) {
       put(last[(count - size) % kMostRepeated]);
     }
   }

@@ -54,8 +54,7 @@ struct SortCodeRow {
 extern const std::span<const SortCodeRow> kLegacySortCodes;
 extern const std::span<const SortCodeRow> kGeneralSortCodes;
 
-// Puts the codes of a row where its characters stand in `codes`, by their number. Characters that
-// are beyond its end are left out.
+// Puts the codes of a row's characters into `codes`, as many as it has room for.
 void ReadSortCodes(const SortCodeRow& row, std::span<SortCodes> codes);
 
 }  // namespace tenora::access

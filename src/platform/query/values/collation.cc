@@ -8,7 +8,7 @@
 namespace tenora::query {
 namespace {
 
-constexpr std::uint32_t kBefore2010 = 0x00000409, kSince2010 = 0x01000409;
+constexpr std::uint32_t kBefore2010 = 0x00000409;
 constexpr char kFirstPrintable = 0x20, kLastPrintable = 0x7E;
 // What follows the weights in the key of a text without accents and marks.
 constexpr std::string_view kEndOfPlainKey("\1\0", 2);
@@ -38,9 +38,13 @@ class Hasher {
 }  // namespace
 
 const Collation& Collation::Of(std::uint32_t sort_order) {
-  static const Collation before(access::SortOrder::Closest(kBefore2010));
-  static const Collation since(access::SortOrder::Closest(kSince2010));
-  return &access::SortOrder::Closest(sort_order) == &before.order_ ? before : since;
+  const access::SortOrder& order = access::SortOrder::Closest(sort_order);
+  if (&order == access::SortOrder::Find(kBefore2010)) {
+    static const Collation before(order);
+    return before;
+  }
+  static const Collation since(order);
+  return since;
 }
 
 Collation::Collation(const access::SortOrder& order) : order_(order) {
