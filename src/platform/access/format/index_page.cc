@@ -74,6 +74,11 @@ void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& pag
   const std::size_t prefix = Load16(start + layout.index_page_prefix);
   const std::string_view area(reinterpret_cast<const char*>(start) + layout.index_page_entries,
                               layout.page_size - layout.index_page_entries);
+  std::size_t total = 0;
+  for (std::size_t at = layout.index_page_ends; at < layout.index_page_entries; ++at) {
+    total += static_cast<std::size_t>(std::popcount(Load8(start + at)));
+  }
+  page.entries.reserve(total);
   std::size_t count = 0, begin = 0, repeated = 0;
   for (std::size_t at = layout.index_page_ends; at < layout.index_page_entries; ++at) {
     for (std::uint8_t ends = Load8(start + at); ends != 0;
