@@ -41,8 +41,8 @@ std::shared_ptr<SqliteConnection> ConnectionCache::ForTransaction(
   TableCache tables(path, access::ReadFileState(path), ReadLocking::kNone);
   const auto entry = entries_.find(path.string());
   const bool known = entry != entries_.end() && entry->second.connection != nullptr;
-  const Collation& collation = known ? entry->second.connection->collation()
-                                     : Collation::Of(tables.File().sort_order());
+  const Collation& collation =
+      known ? entry->second.connection->collation() : Collation::Of(tables.File().sort_order());
   return std::make_shared<SqliteConnection>(std::move(tables), collation, settings_);
 }
 
