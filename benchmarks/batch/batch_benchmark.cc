@@ -1,7 +1,7 @@
-// Letters from one template of nine codes for 500 and for 5,000 recipients, saved as RTF and as one
-// PDF each: letters a second beside a word processor's mail merge, time of the processors, peak
-// memory, and the growth from 500 to 5,000. The argument is a database; its tenants take turns
-// where they are fewer than the recipients.
+// Runs of letters from one template of nine codes for 500 and for 5,000 recipients, on all
+// processors, saved as RTF and with a PDF each: letters a second beside a word processor's mail
+// merge, time of the processors, peak memory, and the growth from 500 to 5,000. The argument is a
+// database; its tenants take turns where they are fewer than the recipients.
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,9 +11,9 @@
 #include <filesystem>
 #include <string>
 
-#include "letters/frm_letter.h"
+#include "letters/generation.h"
 #include "letters/template_library.h"
-#include "output/pdf_workers.h"
+#include "platform/runtime/files.h"
 #include "support/fake_platform.h"
 
 namespace tenora {
@@ -22,7 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kTemplate = "Rent review";
-constexpr std::size_t kGroup = 64;  // letters saved between two waits for the disk
 
 // LibreOffice 7.4's mail merge on a two-core machine with 500 recipients and nine fields, letters a
 // second: the figures the goals were set by.
@@ -48,38 +47,26 @@ std::string Template() {
 void Batch(const fs::path& database, std::size_t recipients, bool pdf) {
   test::FakePlatform machine;
   fs::create_symlink(database, machine.ProgramFolder() / "property.mdb");
+  fs::create_directory(machine.ProgramFolder() / kTemplates);
+  WriteWholeFile(machine.ProgramFolder() / kTemplates / (std::string(kTemplate) + ".rtf"),
+                 Template());
   Session session(machine.Parts());
-  session.database.OpenDatabase();
-  session.caches.CacheTenants(session.database);
-  session.database.CloseDatabase();
-  const fs::path& data = session.database.DataFolder();
-  const fs::path source = data / (std::string(kTemplate) + ".rtf");
-  WriteWholeFile(source, Template());
-  std::unique_ptr<PdfWorkers> workers;
-  if (pdf) workers = std::make_unique<PdfWorkers>(PageMargins{1440, 1440, 1440, 1440});
-  const auto& tenants = session.caches.Tenants;
-  std::size_t failed = 0;
-  const auto count_failures = [&](const std::vector<PdfResult>& results) {
-    for (const PdfResult& result : results) failed += result.error ? 1 : 0;
-  };
-  for (std::size_t i = 0; i < recipients; ++i) {
-    frmLetter letter(session);
-    letter.members().LetterTitle = kTemplate;
-    letter.members().RecipientName = tenants.at(i % tenants.size()).KeyName;
-    letter.LoadLetter(source, kTemplates);
-    letter.InsertTenantDetails();
-    if (pdf) {
-      workers->Add({i, letter.rtfLetter.TextRTF(), kTemplate,
-                    data / "pdf" / ("Letter " + std::to_string(i) + ".pdf")});
-      count_failures(workers->TakeResults());
-    } else if (!letter.SaveTenantTemplate(Durability::kUntilSync)) {
-      ++failed;
-    }
-    if (!pdf && (i + 1) % kGroup == 0) SyncFiles(data);
-  }
-  if (pdf) count_failures(workers->Finish());
-  SyncFiles(data);
-  if (failed > 0) std::printf("%zu letters failed\n", failed);
+  GenerationObserver nobody;
+  GenerationRequest request;
+  request.template_kind = kTemplates;
+  request.template_name = kTemplate;
+  request.pdf = pdf;
+  const GenerationSummary summary = Generation(session, AfterError::kNextRecipient, nobody)
+                                        .Run(request, [&](const Caches& caches) {
+                                          std::vector<Recipient> some;
+                                          for (std::size_t i = 0; i < recipients; ++i) {
+                                            const TenantRecord& tenant =
+                                                caches.Tenants.at(i % caches.Tenants.size());
+                                            some.push_back({tenant.KeyName, tenant.Reference});
+                                          }
+                                          return some;
+                                        });
+  if (!summary.complete()) std::printf("%zu letters failed\n", summary.asked - summary.done);
 }
 
 struct Cost {

@@ -3,6 +3,8 @@
 // converting the same letter, where it is installed. And a step of the preview, over the sample
 // agency and over the database that is the first argument. Over that also whole runs of letters, by
 // the number of threads that merge them.
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -63,9 +65,24 @@ void MergeLetters(const char* template_name, const char* what, bool save) {
   std::printf("%-44s %9.0f letters a second\n", what, kLetters / seconds);
 }
 
+double ProcessorSeconds(int whose) {
+  rusage usage{};
+  ::getrusage(whose, &usage);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+// Seconds; those of processors are steadier where other programs run.
+struct Cost {
+  std::size_t letters = 0;
+  double wall = 0, processors = 0, own_thread = 0;
+};
+
 // A run for every so-many-th tenancy, saved as RTF, with a new session: the tables are read too.
-double RunLetters(const fs::path& database, const char* template_name, std::size_t step,
-                  unsigned threads, std::size_t& letters) {
+Cost RunLetters(const fs::path& database, const char* template_name, std::size_t step,
+                unsigned threads) {
   test::FakePlatform machine;
   CopyAgency(machine.ProgramFolder());
   fs::remove(machine.ProgramFolder() / "property.mdb");
@@ -77,18 +94,24 @@ double RunLetters(const fs::path& database, const char* template_name, std::size
   GenerationRequest request;
   request.template_kind = kTemplates;
   request.template_name = template_name;
-  return Seconds([&] {
-    letters = generation
-                  .Run(request,
-                       [&](const Caches& caches) {
-                         std::vector<Recipient> some;
-                         for (std::size_t i = 0; i < caches.Tenants.size(); i += step) {
-                           some.push_back({caches.Tenants[i].KeyName, caches.Tenants[i].Reference});
-                         }
-                         return some;
-                       })
-                  .done;
+  Cost cost{.processors = -ProcessorSeconds(RUSAGE_SELF),
+            .own_thread = -ProcessorSeconds(RUSAGE_THREAD)};
+  cost.wall = Seconds([&] {
+    cost.letters =
+        generation
+            .Run(request,
+                 [&](const Caches& caches) {
+                   std::vector<Recipient> some;
+                   for (std::size_t i = 0; i < caches.Tenants.size(); i += step) {
+                     some.push_back({caches.Tenants[i].KeyName, caches.Tenants[i].Reference});
+                   }
+                   return some;
+                 })
+            .done;
   });
+  cost.processors += ProcessorSeconds(RUSAGE_SELF);
+  cost.own_thread += ProcessorSeconds(RUSAGE_THREAD);
+  return cost;
 }
 
 void RunOnThreads(const fs::path& database, const char* template_name) {
@@ -96,14 +119,17 @@ void RunOnThreads(const fs::path& database, const char* template_name) {
   double alone = 0;
   const unsigned most = std::max(2U, std::thread::hardware_concurrency());
   for (unsigned threads = 1; threads <= most; threads *= 2) {
-    std::size_t few = 0, all = 0;
-    const double start = RunLetters(database, template_name, kShare, threads, few);
-    const double seconds = RunLetters(database, template_name, 1, threads, all);
-    const double rate = static_cast<double>(all - few) / (seconds - start);
+    const Cost few = RunLetters(database, template_name, kShare, threads);
+    const Cost all = RunLetters(database, template_name, 1, threads);
+    const auto further = static_cast<double>(all.letters - few.letters);
+    const double rate = further / (all.wall - few.wall);
     if (threads == 1) alone = rate;
-    std::printf("%-44s %9.0f further letters a second, %.2f times one thread's; %zu in %.2f s\n",
-                (std::string(template_name) + ", threads: " + std::to_string(threads)).c_str(),
-                rate, rate / alone, all, seconds);
+    std::printf(
+        "%-44s %9.0f further letters a second, %.2f times one thread's; %.2f ms of processors "
+        "each, %.2f on the run's own thread; all %zu in %.2f s\n",
+        (std::string(template_name) + ", threads: " + std::to_string(threads)).c_str(), rate,
+        rate / alone, (all.processors - few.processors) / further * 1000,
+        (all.own_thread - few.own_thread) / further * 1000, all.letters, all.wall);
   }
 }
 
