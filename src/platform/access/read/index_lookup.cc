@@ -135,7 +135,7 @@ std::optional<std::vector<RowPointer>> IndexLookup::FindRows(const IndexPath& pa
   }
   const auto place = [](RowPointer row) { return std::uint64_t{row.page} << 8 | row.row; };
   std::ranges::sort(rows, {}, place);
-  rows.erase(std::ranges::unique(rows).begin(), rows.end());
+  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
   return rows;
 }
 
