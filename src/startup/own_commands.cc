@@ -31,7 +31,12 @@ constexpr std::array<std::string_view, 11> kOwnWords{
 void ListTables(const std::string& path, std::ostream& output) {
   const auto workspace = query::Workspace::Create();
   for (const query::TableSummary& table : workspace->OpenDatabase(path)->Tables()) {
-    output << TerminalLine(table.name) << '\t' << table.rows << '\n';
+    output << TerminalLine(table.name) << '\t';
+    if (table.kind.empty()) {
+      output << table.rows << '\n';
+    } else {
+      output << TerminalLine(table.kind) << '\n';
+    }
   }
 }
 

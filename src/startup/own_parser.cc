@@ -137,7 +137,10 @@ OwnParser::OwnParser()
     : app("Prints letters and receipts from a rental agency's database.", "tenora") {
   app.set_version_flag("--version", std::string("Tenora Mail Merge Facility ") + kVersion);
   app.require_subcommand(1);
-  tables = app.add_subcommand("tables", "List the tables of an Access file with their row counts");
+  tables = app.add_subcommand(
+      "tables",
+      "List the tables of an Access file with their row counts, then its linked tables and saved "
+      "queries");
   tables->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   query = app.add_subcommand("query",
                              "Run a select statement and print the result as tab-separated text");

@@ -4,11 +4,15 @@
 
 #include "platform/access/check/relationship_check.h"
 #include "platform/access/check/table_check.h"
+#include "platform/access/database_writer.h"
+#include "platform/access/file_state.h"
 #include "platform/access/format/table_properties.h"
 #include "platform/access/read/system_catalogue.h"
 
 namespace tenora::access {
 namespace {
+
+constexpr int kMostAttempts = 3;
 
 void CheckProperties(const CheckContext& context, const SystemCatalogue& catalogue,
                      const CatalogueEntry& entry, const TableDefinition& table) {
@@ -27,17 +31,18 @@ void CheckProperties(const CheckContext& context, const SystemCatalogue& catalog
   }
 }
 
-// The tables whose definitions can be read and share no page with another.
+// The tables whose definitions can be read and share no page with another; those of linked tables
+// too, which have indexes without entries.
 std::vector<std::shared_ptr<const TableData>> ReadTables(
     const CheckContext& context, const std::shared_ptr<const PageFile>& file) {
   const SystemCatalogue catalogue(file);
   std::vector<std::shared_ptr<const TableData>> tables;
-  for (const CatalogueEntry& entry : catalogue.tables()) {
+  const auto read = [&](const CatalogueEntry& entry) {
     const FindingPlace place{entry.name, {}};
     const auto user = context.ledger.AddUser("the definition of table '" + entry.name + "'");
-    if (!context.ledger.Claim(entry.definition_page, user, place)) continue;
+    if (!context.ledger.Claim(entry.definition_page, user, place)) return;
     try {
-      auto table = ReadTable(file, entry.name, entry.definition_page);
+      auto table = catalogue.Read(entry);
       bool all_own = true;
       for (const std::uint32_t page : table->definition.further_pages) {
         all_own = context.ledger.Claim(page, user, place) && all_own;
@@ -47,7 +52,9 @@ std::vector<std::shared_ptr<const TableData>> ReadTables(
     } catch (const Corruption& corruption) {
       context.report.Fault(place, corruption, Remedy::kRestore);
     }
-  }
+  };
+  std::ranges::for_each(catalogue.tables(), read);
+  std::ranges::for_each(catalogue.copied_definitions(), read);
   return tables;
 }
 
@@ -102,13 +109,26 @@ std::string Finding::Text() const {
   if (row) add("row ", std::to_string(*row));
   std::string text = place.empty() ? what : place.append(": ").append(what);
   if (kind == Kind::kNotChecked) text.insert(0, "not checked: ");
+  if (kind == Kind::kNote) text.insert(0, "note: ");
   if (!text.ends_with('.')) text += '.';
   if (!remedy.empty()) text.append(" ").append(remedy);
   return text;
 }
 
-std::vector<Finding> CheckDatabase(const std::filesystem::path& path) {
-  return CheckFile(PageFile::Open(path), {});
+std::vector<Finding> CheckDatabase(const std::filesystem::path& path,
+                                   std::chrono::milliseconds wait_for_writers) {
+  const std::unique_ptr<ReadLock> lock = ReadLock::TakeWherePossible(path, wait_for_writers);
+  for (int attempt = 1;; ++attempt) {
+    const FileState before = ReadFileState(path);
+    std::vector<Finding> findings = CheckFile(PageFile::Open(path), {});
+    if (ReadFileState(path) == before) return findings;
+    if (attempt < kMostAttempts) continue;
+    Finding& changing = findings.emplace_back();
+    changing.kind = Finding::Kind::kNotChecked;
+    changing.what =
+        "another program changed the file while it was read; what is said above may not be so";
+    return findings;
+  }
 }
 
 std::vector<Finding> CheckDatabase(std::vector<std::byte> bytes, const std::filesystem::path& name,

@@ -10,6 +10,7 @@
 //   relationships  no row refers to a row that is missing
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -23,6 +24,7 @@ struct Finding {
   enum class Kind {
     kFault,
     kNotChecked,  // not a fault: the file uses something that the checker does not know
+    kNote,        // not a fault: what programs leave behind in sound files
   };
   Kind kind = Kind::kFault;
   std::string table, index;  // empty when the finding is not about one
@@ -43,10 +45,15 @@ struct CheckMemory {
   std::uint64_t rows_of_part = 250'000;
 };
 
-// All findings, in the order in which the tables, relationships and pages are checked; none for a
-// healthy file. Findings about one table or index beyond a limit are only counted. Raises
-// RuntimeError like DatabaseFile::Open for a file that is not a database or cannot be read at all.
-std::vector<Finding> CheckDatabase(const std::filesystem::path& path);
+// Takes the lock of readers, so that none of our writers is in the middle of a change. Where
+// another program changes the file meanwhile, it is checked again, a few times; if that does not
+// help, a finding says so. All findings, in the order in which the tables, relationships and pages
+// are checked; none for a healthy file. Findings about one table or index beyond a limit are only
+// counted. Raises RuntimeError like DatabaseFile::Open for a file that is not a database or cannot
+// be read at all, and 3218 when a writer takes longer than the time given.
+std::vector<Finding> CheckDatabase(
+    const std::filesystem::path& path,
+    std::chrono::milliseconds wait_for_writers = std::chrono::seconds(10));
 
 // The same for a file whose bytes are in memory; `name` is used as its path in messages.
 std::vector<Finding> CheckDatabase(std::vector<std::byte> bytes, const std::filesystem::path& name,

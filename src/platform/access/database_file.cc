@@ -61,6 +61,9 @@ class StoredDatabase final : public DatabaseFile {
     return names;
   }
 
+  std::vector<LinkedTable> LinkedTables() const override { return catalogue_.linked_tables(); }
+  std::vector<std::string> QueryNames() const override { return catalogue_.queries(); }
+
   const Table* FindTable(std::string_view name) const override {
     const CatalogueEntry* const entry = catalogue_.Find(name);
     if (entry == nullptr) return nullptr;
@@ -68,7 +71,7 @@ class StoredDatabase final : public DatabaseFile {
         tables_[static_cast<std::size_t>(entry - catalogue_.tables().data())];
     if (table == nullptr) {
       table = NamingCorruption(file_->path(), entry->name, [&] {
-        return std::make_unique<StoredTable>(ReadTable(file_, entry->name, entry->definition_page));
+        return std::make_unique<StoredTable>(catalogue_.Read(*entry));
       });
     }
     return table.get();

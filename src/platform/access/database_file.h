@@ -108,6 +108,9 @@ class DatabaseFile {
   virtual std::uint32_t sort_order() const = 0;
   // The user's tables in catalogue order, without system and temporary tables.
   virtual std::vector<std::string> TableNames() const = 0;
+  // The tables linked from other files and servers, and the saved queries.
+  virtual std::vector<LinkedTable> LinkedTables() const = 0;
+  virtual std::vector<std::string> QueryNames() const = 0;
   // Any table by name, ignoring case; null when the file has no such table. Tables linked from
   // other files are not found. Raises like RowCursor when the definition is corrupt.
   virtual const Table* FindTable(std::string_view name) const = 0;

@@ -92,6 +92,16 @@ std::unique_ptr<ReadLock> ReadLock::Take(const std::filesystem::path& path,
   }
 }
 
+std::unique_ptr<ReadLock> ReadLock::TakeWherePossible(const std::filesystem::path& path,
+                                                      std::chrono::milliseconds wait) {
+  try {
+    return Take(path, wait);
+  } catch (const RuntimeError& error) {
+    if (error.number() == engine_error::kCannotLock) return nullptr;
+    throw;
+  }
+}
+
 void RecoverDatabase(const std::filesystem::path& path) {
   DiskStorage disk;
   RecoverDatabase(disk, path, kRecoveryWait);

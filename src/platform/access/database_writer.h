@@ -101,6 +101,9 @@ class ReadLock {
   // Raises 3024, 3051, 3218, 3050.
   static std::unique_ptr<ReadLock> Take(const std::filesystem::path& path,
                                         std::chrono::milliseconds wait);
+  // Null where the file system does not support locks: the file is then read without one.
+  static std::unique_ptr<ReadLock> TakeWherePossible(const std::filesystem::path& path,
+                                                     std::chrono::milliseconds wait);
 };
 
 // Rolls back a change that a crash interrupted. DatabaseFile::Open does so itself.

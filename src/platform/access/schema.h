@@ -36,6 +36,7 @@ struct Column {
   std::uint16_t number = 0;  // its bit in the null mask
   bool fixed_length = false;
   bool auto_number = false;
+  bool calculated = false;                // by an expression, whose result's type `type` is
   std::uint16_t length = 0;               // bytes
   std::uint8_t precision = 0, scale = 0;  // of decimals
   // Of text, Jet 4 and ACE: language in the low 16 bits, version in the top 8.
@@ -52,6 +53,14 @@ struct Index {
   std::vector<IndexColumn> columns;
   bool unique = false;
   bool primary = false;
+};
+
+// A table that is elsewhere, under a name of its own here.
+struct LinkedTable {
+  std::string name;
+  std::string source;    // its name there
+  std::string database;  // the path as the engine keeps it; empty for other than Access files
+  std::string connect;  // how the engine connects to others, as "ODBC;DSN=…"; it may hold passwords
 };
 
 }  // namespace tenora::access

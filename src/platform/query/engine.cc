@@ -43,6 +43,14 @@ class FileDatabase : public EngineDatabase {
       const access::Table* const table = connection->tables().File().FindTable(name);
       summaries.push_back({.name = name, .rows = table == nullptr ? 0 : table->row_count()});
     }
+    for (const access::LinkedTable& link : connection->tables().File().LinkedTables()) {
+      const std::string where = link.database.empty() ? "a server" : "'" + link.database + "'";
+      summaries.push_back(
+          {.name = link.name, .kind = "linked to table '" + link.source + "' of " + where});
+    }
+    for (const std::string& name : connection->tables().File().QueryNames()) {
+      summaries.push_back({.name = name, .kind = "query"});
+    }
     return summaries;
   }
 

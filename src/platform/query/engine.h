@@ -41,6 +41,9 @@ class Recordset {
 struct TableSummary {
   std::string name;
   std::int64_t rows = 0;
+  // What a name stands for that is no table of this file: "query", "linked to table 'tenant' of
+  // 'C:\\data\\rents.mdb'", "linked to table 'dbo.tenant' of a server"; empty for its tables.
+  std::string kind = {};
 };
 
 class EngineDatabase {
@@ -53,6 +56,7 @@ class EngineDatabase {
   // "explain select …" gives a row for each table that the select would read: the table, how it
   // would be read now, by which columns, and the expected number of rows.
   virtual std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) = 0;
+  // The tables, then linked tables and saved queries.
   virtual std::vector<TableSummary> Tables() const = 0;
 
   // Runs an insert, update or delete statement and returns the number of rows changed. Outside a

@@ -6,6 +6,7 @@
 #include "platform/access/file_builder.h"
 #include "platform/access/other_readers.h"
 #include "platform/access/showcase.h"
+#include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "support/test_files.h"
 
@@ -195,6 +196,79 @@ TEST(SystemCatalogue, ListsOnlyTheUsersTables) {
   EXPECT_NE(database->FindTable("flagged"), nullptr);
   EXPECT_EQ(database->FindTable("a query"), nullptr);
   EXPECT_EQ(database->FindTable("linked"), nullptr);
+  EXPECT_THAT(database->QueryNames(), ElementsAre("a query"));
+  ASSERT_EQ(database->LinkedTables().size(), 1U);
+  EXPECT_EQ(database->LinkedTables()[0].name, "linked");
+}
+
+// A calculated value as the row has it.
+std::string Calculated(const std::string& value) {
+  return std::string(16, '\0') + test::Stored32(static_cast<std::uint32_t>(value.size())) + value +
+         std::string(3, '\0');
+}
+
+TEST(CalculatedColumns, AreReadByTheTypeOfTheirResult) {
+  constexpr unsigned kCalculated = 0xC0;
+  FileBuilder builder(3);
+  // -12345.678: two bytes, scale, sign, then the high, low and middle words of the number.
+  const std::string decimal = std::string("\x0E\0\3\x80", 4) + test::Stored32(0) +
+                              test::Stored32(12345678) + test::Stored32(0);
+  const std::string memo = Calculated(builder.Text("as long as it likes"));
+  struct Case {
+    const char* name;
+    int declared, result;
+    std::string stored;
+    const char* read;
+  };
+  const std::vector<Case> cases{
+      {"text", 10, 10, Calculated(builder.Text("Wayne, Bruce")), "Wayne, Bruce"},
+      {"empty", 10, 10, Calculated({}), ""},
+      {"long", 4, 4, Calculated(test::Stored32(12)), "12"},
+      {"money", 7, 5, Calculated(test::Stored(std::int64_t{833333333})), "83333.3333"},
+      {"single", 16, 6, Calculated(test::Stored(2.5F)), "2.5"},
+      {"double", 7, 7, Calculated(test::Stored(-0.125)), "-0.125"},
+      {"decimal", 7, 16, Calculated(decimal), "-12345.678"},
+      {"yes", 3, 1, Calculated("\xFF"), "True"},
+      {"no", 3, 1, Calculated(std::string(1, '\0')), "False"},
+      {"memo", 10, 12, test::LongValueHead(0x80000000, memo.size(), test::Pointer(0, 0)) + memo,
+       "as long as it likes"},
+      {"unnamed type", 4, 0, Calculated(test::Stored32(7)), "7"},
+  };
+  BuiltTable table;
+  std::vector<test::BuiltProperty> properties;
+  std::vector<std::string> values, cut;
+  for (unsigned i = 0; i < cases.size(); ++i) {
+    const Case& c = cases[i];
+    table.columns.push_back({.name = c.name,
+                             .type = c.declared,
+                             .number = i,
+                             .fixed = false,
+                             .place = i,
+                             .more_flags = kCalculated});
+    if (c.result != 0) {
+      properties.push_back({c.name, "ResultType", 2, std::string(1, static_cast<char>(c.result))});
+    }
+    values.push_back(c.stored);
+    cut.push_back(c.stored.substr(0, 19));
+  }
+  const std::vector<bool> all(cases.size(), true), none(cases.size(), false);
+  builder.AddTable(
+      "t", table,
+      {builder.Row(all, {}, values), builder.Row(none, {}, {}), builder.Row(all, {}, cut)},
+      builder.Properties(properties));
+  const auto database = OpenText(builder.Finish());
+  const auto rows = database->FindTable("t")->Rows();
+  ASSERT_TRUE(rows->Next());
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    EXPECT_EQ(TextOf(rows->Field(i)), cases[i].read) << cases[i].name;
+  }
+  ASSERT_TRUE(rows->Next());
+  EXPECT_TRUE(rows->IsNull(2));
+  EXPECT_FALSE(rows->Boolean(7));
+  ASSERT_TRUE(rows->Next());
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    EXPECT_THROW(rows->Field(i), RuntimeError) << cases[i].name;
+  }
 }
 
 // A Jet 3 row of more than 256 bytes has a jump table; the one of the second row ends with an

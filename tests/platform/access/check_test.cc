@@ -36,6 +36,11 @@ class CorruptibleSample {
     bytes_.assign(start, start + content.size());
   }
 
+  // A page of zeros at the end.
+  std::uint32_t AddPage() {
+    bytes_.resize(bytes_.size() + kPageSize);
+    return static_cast<std::uint32_t>(bytes_.size() / kPageSize - 1);
+  }
   std::byte* Page(std::uint32_t page) { return &bytes_[page * kPageSize]; }
   std::byte* RowAt(RowPointer row) { return Page(row.page) + (Load16(OffsetOf(row)) & kRowOffset); }
   std::byte* OffsetOf(RowPointer row) { return Page(row.page) + kRowOffsets + 2 * row.row; }
@@ -410,6 +415,31 @@ std::string FileWithRelationship(std::int32_t child_refers_to, std::uint32_t fla
                    {number(2), number(child_refers_to)});
   builder.AddRelationships({{"belongs", "child", "parent", "parent", "id", flags}});
   return builder.Finish();
+}
+
+// What other programs leave behind.
+TEST(ASoundFile, MayHaveUncountedRowsBlankPagesAndUnusedLongValues) {
+  CorruptibleSample sample;
+  const TableDefinition table = sample.Table("revenues");
+  Store32(sample.Page(table.page) + kJet4Layout.tdef_rows, table.row_count - 1);
+  const std::uint32_t blank = sample.AddPage(), unused = sample.AddPage();
+  // The map of free pages lists all beyond the end.
+  for (const std::uint32_t page : {blank, unused}) sample.Toggle(kFreePagesMap, page);
+  Store16(sample.Page(unused), 0x0101);
+  Store32(sample.Page(unused) + kOwner, kLongValueOwner);
+  Store16(sample.Page(unused) + 12, 1);
+  Store16(sample.Page(unused) + kRowOffsets, 4000);
+  std::string notes;
+  for (const Finding& finding : sample.Findings()) {
+    EXPECT_EQ(finding.kind, Finding::Kind::kNote) << finding.Text();
+    notes += finding.Text() + "\n";
+  }
+  EXPECT_EQ(notes,
+            "note: table 'revenues', page 39: the definition says that the table has 1645 rows, "
+            "but there are 1646; no rows are concerned.\n"
+            "note: page " +
+                std::to_string(unused) +
+                ": the page is space that nobody uses; no rows are concerned.\n");
 }
 
 TEST(ARowThatRefersToAMissingOne, IsFoundWhereTheRelationshipIsEnforced) {

@@ -179,7 +179,7 @@ std::string FileBuilder::ColumnRecord(const BuiltColumn& c) const {
     return type + number + variable + number + Stored16(0x409) + digits + Zeros(2) + flags + offset;
   }
   return type + Stored32(0x659) + number + variable + number + digits + Zeros(2) + flags +
-         Zeros(5) + offset;
+         static_cast<char>(c.more_flags) + Zeros(4) + offset;
 }
 
 // The pointer to the usage map of an empty index, and its root page.

@@ -34,6 +34,7 @@ struct BuiltColumn {
   unsigned length = 0;
   unsigned flags = 0x02;
   unsigned precision = 0, scale = 0;
+  unsigned more_flags = 0;  // not in Jet 3
 };
 
 struct BuiltIndex {

@@ -212,7 +212,12 @@ TEST(BinaryKey, IsSplitIntoPiecesOfEightBytes) {
   EXPECT_EQ(Hex(Subject({{ColumnType::kGuid, false}}).KeyOf(guid)),
             "7F030201000504070609"
             "08090A0B0C0D0E0F08");
-  EXPECT_THROW(Subject({{ColumnType::kBinary, true}}).KeyOf("abc"), NotEncodable);
+  EXPECT_EQ(Hex(binary.KeyOf("")), "7F");
+  Subject descending({{ColumnType::kBinary, true}});
+  EXPECT_EQ(Hex(descending.KeyOf("")), "80");
+  EXPECT_EQ(Hex(descending.KeyOf("a")), "809EFFFFFFFFFFFFFFFE");
+  EXPECT_EQ(Hex(descending.KeyOf("abcdefghabcdefghi")),
+            "809E9D9C9B9A999897099E9D9C9B9A9998970996FFFFFFFFFFFFFFFE");
   EXPECT_THROW(Subject({{ColumnType::kDecimal, false}}).KeyOf(std::string(17, 'x')), NotEncodable);
 }
 

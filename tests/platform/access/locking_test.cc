@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/access/check.h"
 #include "platform/access/database_writer.h"
 #include "platform/access/storage/exclusive_access.h"
 #include "platform/runtime/files.h"
@@ -54,6 +55,14 @@ TEST_F(SharingTheFile, AReadLockExcludesWritersButNotReaders) {
   const auto lock = access::ReadLock::Take(path_, wait);
   const auto second = access::ReadLock::Take(path_, wait);
   EXPECT_THAT(ErrorOfBegin(), testing::StartsWith("3218 - "));
+}
+
+TEST_F(SharingTheFile, ACheckWaitsForAWriter) {
+  const auto check = [&] { access::CheckDatabase(path_, std::chrono::milliseconds(30)); };
+  auto transaction = WriteTransaction::Begin(path_);
+  EXPECT_THAT(ErrorOf(check), testing::StartsWith("3218 - "));
+  transaction.reset();
+  EXPECT_EQ(ErrorOf(check), "");
 }
 
 TEST_F(SharingTheFile, AConcurrentChangeByAnotherProgramIsNotOverwritten) {

@@ -146,7 +146,7 @@ TEST_F(WritingByRules, NoRowRefersToOneThatIsMissing) {
   EXPECT_EQ(Delete("strict", child), "done");
   EXPECT_EQ(Delete("parent", one), "done");
   transaction_->Commit();
-  for (const access::Finding& finding : access::CheckDatabase(path_)) {
+  for (const access::Finding& finding : FindingsIn(path_)) {
     EXPECT_THAT(finding.Text(), testing::HasSubstr("table 'torn'"));
   }
 }

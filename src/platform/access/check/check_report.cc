@@ -37,6 +37,11 @@ void CheckReport::NotChecked(const FindingPlace& place, std::string what) {
   Add({Finding::Kind::kNotChecked, place.table, place.index, {}, {}, std::move(what), {}});
 }
 
+void CheckReport::Note(const FindingPlace& place, std::optional<std::uint32_t> page,
+                       std::string what) {
+  Add({Finding::Kind::kNote, place.table, place.index, page, {}, std::move(what), {}});
+}
+
 void CheckReport::Add(Finding finding) {
   if (findings_.size() < kMostInAll &&
       ++counts_[{finding.table, finding.index}] <= kMostOfOnePlace) {

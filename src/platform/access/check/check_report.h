@@ -38,6 +38,8 @@ class CheckReport {
     Fault(place, corruption.page(), std::nullopt, corruption.what(), remedy);
   }
   void NotChecked(const FindingPlace& place, std::string what);
+  // Of what is not a fault, on this page or no certain one.
+  void Note(const FindingPlace& place, std::optional<std::uint32_t> page, std::string what);
 
   // Returns the findings, with a line that counts those left out, and clears the report.
   std::vector<Finding> Take();

@@ -1,5 +1,7 @@
 #include "platform/access/check/page_ledger.h"
 
+#include <algorithm>
+
 namespace tenora::access {
 
 PageLedger::PageLedger(const PageFile& file, CheckReport& report)
@@ -44,7 +46,7 @@ UsageMap PageLedger::ReadMap(RowPointer map, const std::string& name, const Find
   try {
     if (!IsClaimedBy(map.page, maps_user_) && !Claim(map.page, maps_user_, place)) return {};
     const User bitmap = AddUser("the usage map of " + name);
-    for (const std::uint32_t page : BitmapPages(file_, map)) {
+    for (const std::uint32_t page : BitmapPages(file_, map, beyond_end)) {
       if (!Claim(page, bitmap, place)) return {};
     }
     return UsageMap(file_, map, beyond_end);
@@ -59,6 +61,7 @@ void PageLedger::CheckAllClaimed() {
   const UsageMap free =
       ReadMap(kFreePagesMap, "the file's free pages", {}, UsageMap::BeyondEnd::kIgnored);
   PageBuffer page;
+  std::vector<std::uint32_t> unused;
   for (std::uint32_t number = 0; number < users_.size(); ++number) {
     const bool is_free = free.Contains(number);
     if (is_free != (users_[number] != 0)) continue;
@@ -72,14 +75,27 @@ void PageLedger::CheckAllClaimed() {
     try {
       file_.Read(number, page);
       if (IsLeftOver(page)) continue;
-      report_.Fault({}, number, {},
-                    "the page, of type " + std::to_string(static_cast<int>(page.type())) +
-                        ", is in use, but nothing owns it",
-                    page.type() == PageType::kData ? Remedy::kRestore : Remedy::kCompact);
+      if (page.type() != PageType::kData || page.owner() == kLongValueOwner) {
+        unused.push_back(number);
+        continue;
+      }
+      report_.Fault({}, number, {}, "the page of rows is in use, but nothing owns it",
+                    Remedy::kRestore);
     } catch (const Corruption& corruption) {
       report_.Fault({}, corruption, Remedy::kRestore);
     }
   }
+  NoteUnused(unused);
+}
+
+// A long value on one of these that a row still refers to is reported with the row, and so are the
+// rows of a definition that the catalogue has lost.
+void PageLedger::NoteUnused(const std::vector<std::uint32_t>& pages) {
+  if (pages.empty()) return;
+  const std::string which =
+      pages.size() == 1 ? "the page is"
+                        : "this and other pages, " + std::to_string(pages.size()) + " in all, are";
+  report_.Note({}, pages.front(), which + " space that nobody uses; no rows are concerned");
 }
 
 bool PageLedger::IsDropped(std::uint32_t page) {
@@ -97,8 +113,14 @@ bool PageLedger::HasNoRows(const PageBuffer& page) const {
   return true;
 }
 
+bool PageLedger::IsBlank(const PageBuffer& page) {
+  return std::ranges::all_of(Bytes(page.bytes).first(page.size),
+                             [](std::byte byte) { return byte == std::byte{0}; });
+}
+
 // What remains of a dropped table until the file is compacted: its definition, the pages that name
-// it as their owner, and pages on which all rows (its usage maps) are deleted.
+// it as their owner, and pages on which all rows (its usage maps) are deleted. And pages that were
+// added to the file but never used.
 bool PageLedger::IsLeftOver(const PageBuffer& page) {
   switch (page.type()) {
     case PageType::kDroppedDefinition:
@@ -108,6 +130,8 @@ bool PageLedger::IsLeftOver(const PageBuffer& page) {
     case PageType::kIndexLeaf:
     case PageType::kIndexNode:
       return IsDropped(page.owner());
+    case PageType::kHeader:
+      return IsBlank(page);
     default:
       return false;
   }

@@ -33,6 +33,8 @@ class PageLedger {
   void CheckAllClaimed();
 
  private:
+  void NoteUnused(const std::vector<std::uint32_t>& pages);
+  static bool IsBlank(const PageBuffer& page);
   bool IsLeftOver(const PageBuffer& page);
   bool IsDropped(std::uint32_t page);
   bool HasNoRows(const PageBuffer& page) const;

@@ -44,12 +44,21 @@ void AppendFloating(Bytes stored, std::size_t size, IndexKey& key) {
 }
 
 void AppendPieces(std::string_view bytes, IndexKey& key) {
+  if (bytes.empty()) return;
   while (bytes.size() > kPiece) {
     key.append(bytes.substr(0, kPiece)) += kPieceGoesOn;
     bytes.remove_prefix(kPiece);
   }
   key.append(bytes).append(kPiece - bytes.size(), '\0');
   key += static_cast<char>(bytes.size());
+}
+
+// In a descending key the pieces and the last one's length are inverted, the marks between them are
+// not.
+void RestorePieceMarks(std::size_t pieces, IndexKey& key) {
+  for (std::size_t mark = pieces + kPiece; mark + 1 < key.size(); mark += kPiece + 1) {
+    key[mark] = kPieceGoesOn;
+  }
 }
 
 // The bytes in the order in which the text of a GUID shows them.
@@ -81,8 +90,8 @@ bool HasKnownKeys(ColumnType type, bool descending) {
     case ColumnType::kDouble:
     case ColumnType::kDateTime:
     case ColumnType::kText:
-      return true;
     case ColumnType::kBinary:
+      return true;
     case ColumnType::kGuid:
       return !descending;
     default:
@@ -191,6 +200,7 @@ void IndexKeyEncoder::AppendField(const Part& part, const StoredField& field, In
   if (!part.descending) return;
   Invert(key, start);
   if (!null && part.type == ColumnType::kText) key += '\0';
+  if (!null && part.type == ColumnType::kBinary) RestorePieceMarks(start + 1, key);
 }
 
 }  // namespace tenora::access

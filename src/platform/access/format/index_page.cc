@@ -71,7 +71,8 @@ void ReadIndexPage(const Layout& layout, const PageBuffer& bytes, IndexPage& pag
   page.next = Load32(start + layout.index_page_previous + 4);
   page.tail = page.leaf ? 0 : Load32(start + layout.index_page_previous + 8);
   page.free_bytes = Load16(start + kFreeBytes);
-  const std::size_t prefix = Load16(start + layout.index_page_prefix);
+  const std::byte* const shared = start + layout.index_page_prefix;
+  const std::size_t prefix = layout.index_page_prefix_size == 1 ? Load8(shared) : Load16(shared);
   const std::string_view area(reinterpret_cast<const char*>(start) + layout.index_page_entries,
                               layout.page_size - layout.index_page_entries);
   std::size_t total = 0;

@@ -4,7 +4,7 @@
 //   0  type (3 node, 4 leaf), always 1, free bytes (2)
 //   4  owner: page of the table's definition
 //      previous page, next page of the same level, tail child (4 each, 0 for none)
-//      length of the prefix that all entries share and only the first one stores (2)
+//      length of the prefix that all entries share and only the first one stores (2; Jet 3: 1)
 //      mask: bit n is set where an entry ends, n bytes after the start of the first one
 //      entries: key, row pointer (4) and, on a node, child (4); the pointers big-endian
 //

@@ -62,6 +62,7 @@ struct Layout {
   // Index page: type, 1, free bytes, owner, [Jet 4: four unknown bytes,] and these.
   std::size_t index_page_previous;  // then the next page, then a node's tail child, 4 each
   std::size_t index_page_prefix;
+  std::size_t index_page_prefix_size;
   std::size_t index_page_ends;  // bit mask: where entries end
   std::size_t index_page_entries;
 };
@@ -100,6 +101,7 @@ inline constexpr Layout kJet3Layout{
     .logical_type = 19,
     .index_page_previous = 8,
     .index_page_prefix = 20,
+    .index_page_prefix_size = 1,
     .index_page_ends = 22,
     .index_page_entries = 0xF8,
 };
@@ -138,6 +140,7 @@ inline constexpr Layout kJet4Layout{
     .logical_type = 23,
     .index_page_previous = 12,
     .index_page_prefix = 24,
+    .index_page_prefix_size = 2,
     .index_page_ends = 27,
     .index_page_entries = 0x1E0,
 };

@@ -107,11 +107,12 @@ void ReadColumns(const Layout& layout, const TextCodec& codec, std::size_t count
     if (text && layout.column_sort_order != 0) {
       column.sort_order = Load32(record + layout.column_sort_order);
     }
+    const std::uint8_t more_flags = layout.page_size == kJet4Layout.page_size
+                                        ? Load8(record + kColumnMoreFlags)
+                                        : std::uint8_t{0};
+    column.calculated = (more_flags & kColumnCalculated) == kColumnCalculated;
     table.places.push_back({Load16(record + layout.column_variable_index),
-                            Load16(record + layout.column_fixed_offset), flags,
-                            layout.page_size == kJet4Layout.page_size
-                                ? Load8(record + kColumnMoreFlags)
-                                : std::uint8_t{0}});
+                            Load16(record + layout.column_fixed_offset), flags, more_flags});
   }
   for (Column& column : table.columns) column.name = ReadName(layout, codec, reader);
 }

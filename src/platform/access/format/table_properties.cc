@@ -88,6 +88,9 @@ class PropertyReader {
     if (name == "AllowZeroLength") column.allow_zero_length = yes;
     if (name == "DefaultValue") column.default_value = Text(value);
     if (name == "ValidationRule") column.validation_rule = Text(value);
+    if (name == "ResultType" && !value.empty()) {
+      column.result_type = static_cast<ColumnType>(Load8(value.data()));
+    }
   }
 
   const TextCodec& codec_;

@@ -9,6 +9,7 @@
 //                   length in bytes (2), value
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct ColumnProperties {
   bool required = false;
   bool allow_zero_length = true;
   std::string default_value, validation_rule;
+  std::optional<ColumnType> result_type;  // of a calculated column
 };
 
 struct TableProperties {

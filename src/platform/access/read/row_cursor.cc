@@ -3,6 +3,7 @@
 #include <charconv>
 #include <type_traits>
 
+#include "platform/access/format/calculated_value.h"
 #include "platform/access/format/field_codec.h"
 #include "platform/access/format/row.h"
 #include "platform/access/read/long_value.h"
@@ -33,7 +34,12 @@ class StoredRowCursor : public PlacedCursor {
   }
 
   bool Boolean(std::size_t column) const override {
-    return row_.HasValue(Columns()[column].number);
+    const Column& c = Columns()[column];
+    if (!c.calculated) return row_.HasValue(c.number);
+    return Guarded([&] {
+      const access::Bytes stored = Stored(column);
+      return !stored.empty() && stored[0] != std::byte{0};
+    });
   }
 
   std::int64_t Integer(std::size_t column) const override {
@@ -84,12 +90,15 @@ class StoredRowCursor : public PlacedCursor {
         case ColumnType::kText:
           return codec_.Decode(Stored(column), text_);
         case ColumnType::kMemo:
-          return codec_.Decode(long_values_.Read(Stored(column), row_page_->number), text_);
+          return codec_.Decode(LongValue(column), text_);
         case ColumnType::kGuid:
           if (IsNull(column)) return {};
           return text_ = GuidText(Stored(column, kGuidSize).data());
         case ColumnType::kDecimal:
           if (IsNull(column)) return {};
+          if (c.calculated) {
+            return text_ = CalculatedDecimalText(Stored(column), row_page_->number);
+          }
           return text_ = DecimalText(Stored(column, kDecimalSize).data(), c.scale);
         default:
           return {};
@@ -99,10 +108,7 @@ class StoredRowCursor : public PlacedCursor {
 
   std::span<const std::byte> Bytes(std::size_t column) override {
     return Guarded([&] {
-      const access::Bytes stored = Stored(column);
-      return Columns()[column].type == ColumnType::kOle
-                 ? long_values_.Read(stored, row_page_->number)
-                 : stored;
+      return Columns()[column].type == ColumnType::kOle ? LongValue(column) : Stored(column);
     });
   }
 
@@ -175,9 +181,17 @@ class StoredRowCursor : public PlacedCursor {
     row_ = Row(table_->file->layout(), table_->definition, bytes, row_page_->number);
   }
 
-  // The bytes of a column in the row; empty when it is null.
+  // The bytes of a column's value in the row; empty when it is null.
   access::Bytes Stored(std::size_t column) const {
-    return StoredBytes(row_, table_->definition, column);
+    const access::Bytes stored = StoredBytes(row_, table_->definition, column);
+    return Columns()[column].calculated ? CalculatedContent(stored, row_page_->number) : stored;
+  }
+
+  // The content of a memo or OLE column.
+  access::Bytes LongValue(std::size_t column) {
+    const access::Bytes content =
+        long_values_.Read(StoredBytes(row_, table_->definition, column), row_page_->number);
+    return Columns()[column].calculated ? CalculatedContent(content, row_page_->number) : content;
   }
 
   access::Bytes Stored(std::size_t column, std::size_t size) const {

@@ -20,6 +20,7 @@ UsageMap::UsageMap(const PageFile& file, RowPointer map, BeyondEnd beyond_end) {
     for (std::size_t i = 0; 1 + 4 * (i + 1) <= row.size(); ++i) {
       const std::uint32_t number = Load32(&row[1 + 4 * i]);
       if (number == 0) continue;
+      if (number >= file.page_count() && beyond_end == BeyondEnd::kIgnored) continue;
       file.Read(number, bitmap);
       if (bitmap.type() != PageType::kUsageMap) {
         throw Corruption(number, "expected a bitmap page of a usage map");
@@ -49,7 +50,8 @@ void UsageMap::Add(const PageFile& file, std::uint32_t map_page, std::uint64_t f
   }
 }
 
-std::vector<std::uint32_t> BitmapPages(const PageFile& file, RowPointer map) {
+std::vector<std::uint32_t> BitmapPages(const PageFile& file, RowPointer map,
+                                       UsageMap::BeyondEnd beyond_end) {
   std::vector<std::uint32_t> pages;
   if (map.page == 0) return pages;
   PageBuffer page;
@@ -57,7 +59,9 @@ std::vector<std::uint32_t> BitmapPages(const PageFile& file, RowPointer map) {
   const Bytes row = DataPage(file.layout(), page).Row(map.row).bytes;
   if (row.empty() || Load8(row.data()) != 1) return pages;
   for (std::size_t i = 1; i + 4 <= row.size(); i += 4) {
-    if (const std::uint32_t number = Load32(&row[i]); number != 0) pages.push_back(number);
+    const std::uint32_t number = Load32(&row[i]);
+    const bool ignored = number >= file.page_count() && beyond_end == UsageMap::BeyondEnd::kIgnored;
+    if (number != 0 && !ignored) pages.push_back(number);
   }
   return pages;
 }

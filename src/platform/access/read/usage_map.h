@@ -45,6 +45,8 @@ class UsageMap {
 };
 
 // The bitmap pages of an indirect map; none for an inline one. Raises Corruption like UsageMap.
-std::vector<std::uint32_t> BitmapPages(const PageFile& file, RowPointer map);
+std::vector<std::uint32_t> BitmapPages(
+    const PageFile& file, RowPointer map,
+    UsageMap::BeyondEnd beyond_end = UsageMap::BeyondEnd::kCorrupt);
 
 }  // namespace tenora::access

@@ -47,10 +47,8 @@ TableEditor::TableEditor(WriteContext& context, std::shared_ptr<const TableData>
       finder_(table_, context.codec()),
       references_(context, table_),
       properties_(context.Properties(*table_)) {
-  for (std::size_t i = 0; i < columns().size(); ++i) {
-    if ((table_->definition.places[i].more_flags & kColumnCalculated) != 0) {
-      Refuse("column '" + columns()[i].name + "' is a calculated column");
-    }
+  for (const Column& column : columns()) {
+    if (column.calculated) Refuse("column '" + column.name + "' is a calculated column");
   }
   ReadTrees();
 }

@@ -7,9 +7,7 @@ std::shared_ptr<const TableData> WriteContext::Load(std::string_view name) {
   if (entry == nullptr) return nullptr;
   std::shared_ptr<const TableData>& table = loaded_[entry->definition_page];
   if (table == nullptr) {
-    table = NamingCorruption(pages_->path(), entry->name, [&] {
-      return ReadTable(pages_, entry->name, entry->definition_page);
-    });
+    table = NamingCorruption(pages_->path(), entry->name, [&] { return catalogue_.Read(*entry); });
   }
   return table;
 }
