@@ -60,7 +60,9 @@ int WithPlatform(tenora::Dialogs& dialogs, Use&& use) {
   const Clock clock = Clock::FromEnvironment();
   const auto locale = MakeLocale();
   const auto registry = registry::Registry::FromEnvironment();
-  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
+  const auto workspace =
+      query::Workspace::Create([&clock] { return clock.Now(); }, query::kTimeLimit,
+                               [&locale](Date date) { return locale->ShortDate(date); });
   return use(
       Platform{clock, dialogs, *locale, *registry, *workspace, ProgramFolder(), StateFolder()});
 }

@@ -4,6 +4,7 @@
 
 #include "platform/access/file_state.h"
 #include "platform/dialogs/silent_dialogs.h"
+#include "platform/locale/locale.h"
 #include "platform/query/engine.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
@@ -22,7 +23,9 @@ struct DetachedSession::Parts {
 
   Parts(const Platform& given, const std::filesystem::path& location)
       : file(location),
-        workspace(query::Workspace::Create([&clock = given.clock] { return clock.Now(); })),
+        workspace(query::Workspace::Create(
+            [&clock = given.clock] { return clock.Now(); }, query::kTimeLimit,
+            [&locale = given.locale](Date date) { return locale.ShortDate(date); })),
         platform{given.clock,          dialogs,           given.locale, given.registry, *workspace,
                  given.program_folder, given.state_folder} {
     kept.emplace(platform, file);

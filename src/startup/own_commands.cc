@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <memory>
 #include <ostream>
 
 #include "output/embedded_picture.h"
@@ -10,6 +11,7 @@
 #include "platform/access/check.h"
 #include "platform/access/engine_error.h"
 #include "platform/dialogs/terminal_text.h"
+#include "platform/locale/locale.h"
 #include "platform/query/engine.h"
 #include "platform/richtext/rtf_reader.h"
 #include "platform/runtime/clock.h"
@@ -40,13 +42,23 @@ void ListTables(const std::string& path, std::ostream& output) {
   }
 }
 
+// The engine for a statement of the user's. Most statements need no locale, which takes a while to
+// load.
+std::unique_ptr<query::Workspace> MakeWorkspace(const Clock& clock) {
+  const auto short_date = [locale = std::shared_ptr<Locale>()](Date date) mutable {
+    if (locale == nullptr) locale = MakeLocale();
+    return locale->ShortDate(date);
+  };
+  return query::Workspace::Create([&clock] { return clock.Now(); }, query::kTimeLimit, short_date);
+}
+
 // Returns when the change was made, whatever has become of the output since: a full disk, or a
 // reader that has gone.
 void RunChange(const std::string& path, const std::string& sql, std::ostream& output,
                std::ostream& errors) {
   std::signal(SIGPIPE, SIG_IGN);
   const Clock clock = Clock::FromEnvironment();
-  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
+  const auto workspace = MakeWorkspace(clock);
   const std::int64_t rows = workspace->OpenDatabase(path)->Execute(sql);
   const std::string changed = std::to_string(rows) + (rows == 1 ? " row" : " rows") + " changed";
   output << changed << std::endl;
@@ -58,7 +70,7 @@ void RunChange(const std::string& path, const std::string& sql, std::ostream& ou
 // Changes need a switch, so that a technician cannot change the office's data by mistake.
 void RunQuery(const std::string& path, const std::string& sql, std::ostream& output) {
   const Clock clock = Clock::FromEnvironment();
-  const auto workspace = query::Workspace::Create([&clock] { return clock.Now(); });
+  const auto workspace = MakeWorkspace(clock);
   const auto database = workspace->OpenDatabase(path);
   try {
     query::PrintTabSeparated(*database->OpenRecordset(sql, query::kForwardOnly, query::kReadOnly),

@@ -9,6 +9,7 @@
 #include "merge/merge_codes.h"
 #include "merge/prompts.h"
 #include "platform/dialogs/silent_dialogs.h"
+#include "platform/locale/locale.h"
 #include "platform/query/engine.h"
 #include "platform/richtext/rich_text_box.h"
 #include "platform/runtime/error.h"
@@ -59,7 +60,9 @@ class MergeAhead::Machine {
  public:
   // Called on the thread of `run`.
   Machine(const Session& run, const std::filesystem::path& database, const Job& job)
-      : workspace_(query::Workspace::Create([&clock = run.platform.clock] { return clock.Now(); })),
+      : workspace_(query::Workspace::Create(
+            [&clock = run.platform.clock] { return clock.Now(); }, query::kTimeLimit,
+            [&locale = run.platform.locale](Date date) { return locale.ShortDate(date); })),
         session_({run.platform.clock, dialogs_, run.platform.locale, run.platform.registry,
                   *workspace_, run.platform.program_folder, run.platform.state_folder},
                  DatabaseUse::kLook),

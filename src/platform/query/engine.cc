@@ -6,6 +6,7 @@
 #include "platform/query/execute/statement_recordset.h"
 #include "platform/query/execute/transaction.h"
 #include "platform/runtime/clock.h"
+#include "platform/runtime/format.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::query {
@@ -134,10 +135,12 @@ class ConnectionWorkspace : public Workspace {
 }  // namespace
 
 std::unique_ptr<Workspace> Workspace::Create(std::function<Date()> now,
-                                             std::chrono::milliseconds time_limit) {
+                                             std::chrono::milliseconds time_limit,
+                                             std::function<std::string(Date)> short_date) {
   if (!now) now = [] { return Clock().Now(); };
-  return std::make_unique<ConnectionWorkspace>(
-      ConnectionSettings{.now = std::move(now), .time_limit = time_limit});
+  if (!short_date) short_date = [](Date date) { return FormatDate(date, "dd/mm/yyyy"); };
+  return std::make_unique<ConnectionWorkspace>(ConnectionSettings{
+      .now = std::move(now), .short_date = std::move(short_date), .time_limit = time_limit});
 }
 
 }  // namespace tenora::query

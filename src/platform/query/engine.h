@@ -21,6 +21,8 @@ namespace tenora::query {
 inline constexpr int kForwardOnly = 8;
 inline constexpr int kReadOnly = 4;
 
+inline constexpr std::chrono::seconds kTimeLimit{60};
+
 // Errors carry the engine's numbers, a source of "DAO.Database", "DAO.Workspace" or
 // "DAO.Recordset", and a description that contains the statement or name concerned.
 class Recordset {
@@ -80,10 +82,11 @@ class Workspace {
  public:
   virtual ~Workspace() = default;
   // `now` supplies the functions now(), date() and time(); the default is the system clock. A
-  // statement that takes longer than `time_limit` for one row is cancelled with 3059.
-  static std::unique_ptr<Workspace> Create(
-      std::function<Date()> now = {},
-      std::chrono::milliseconds time_limit = std::chrono::seconds(60));
+  // statement that takes longer than `time_limit` for one row is cancelled with 3059. `short_date`
+  // is how days are joined to texts and formatted as a short date; the default is dd/mm/yyyy.
+  static std::unique_ptr<Workspace> Create(std::function<Date()> now = {},
+                                           std::chrono::milliseconds time_limit = kTimeLimit,
+                                           std::function<std::string(Date)> short_date = {});
   // Raises the errors of access::DatabaseFile::Open.
   virtual std::unique_ptr<EngineDatabase> OpenDatabase(const std::filesystem::path& path) = 0;
 };

@@ -30,7 +30,10 @@ int LimitParameter(const Plan& plan) { return static_cast<int>(plan.parameters.s
 SqliteConnection::SqliteConnection(TableCache tables, const Collation& collation,
                                    const ConnectionSettings& settings)
     : tables_(std::move(tables)),
-      functions_{.now = settings.now, .collation = collation, .error = {}},
+      functions_{.now = settings.now,
+                 .short_date = settings.short_date,
+                 .collation = collation,
+                 .error = {}},
       time_limit_(settings.time_limit) {
   constexpr int kFlags =
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX;

@@ -23,6 +23,7 @@ namespace tenora::query {
 
 struct ConnectionSettings {
   std::function<Date()> now;
+  std::function<std::string(Date)> short_date;
   std::chrono::milliseconds time_limit;  // for one step of a statement
 };
 

@@ -1,8 +1,11 @@
 #include "platform/query/functions/format_function.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "platform/query/values/sqlite_value.h"
 #include "platform/runtime/conversion.h"
@@ -21,10 +24,11 @@ constexpr std::array<Named, 6> kDateFormats = {{{"long date", "dddd, d mmmm yyyy
                                                 {"long time", "h:nn:ss AM/PM"},
                                                 {"medium time", "hh:nn AM/PM"},
                                                 {"short time", "hh:nn"}}};
-constexpr std::array<Named, 4> kNumberFormats = {{{"fixed", "0.00"},
+constexpr std::array<Named, 5> kNumberFormats = {{{"fixed", "0.00"},
                                                   {"standard", "#,##0.00"},
                                                   {"currency", "$#,##0.00;-$#,##0.00"},
-                                                  {"percent", "0.00%"}}};
+                                                  {"percent", "0.00%"},
+                                                  {"scientific", "0.00E+00"}}};
 constexpr std::array<Named, 3> kBooleanFormats = {
     {{"yes/no", "Yes/No"}, {"true/false", "True/False"}, {"on/off", "On/Off"}}};
 
@@ -36,46 +40,279 @@ std::optional<std::string_view> FindNamed(const std::array<Named, kCount>& forma
   return std::nullopt;
 }
 
-// Hours are 1 to 12 if the pattern contains am/pm.
-std::string FormatWithHalfDay(Date date, std::string_view pattern) {
-  constexpr std::string_view kHalfDay = "AM/PM";
-  const std::size_t at = FindNoCase(pattern, kHalfDay);
-  if (at == std::string_view::npos) return FormatDate(date, pattern);
-  CalendarTime parts = date.Calendar();
-  const std::string_view half = parts.hour < 12 ? "AM" : "PM";
-  parts.hour = parts.hour % 12 == 0 ? 12 : parts.hour % 12;
-  const Date twelve = Date::FromCalendar(parts);
-  return FormatDate(twelve, pattern.substr(0, at)) + std::string(half) +
-         FormatDate(twelve, pattern.substr(at + kHalfDay.size()));
-}
-
-std::string FormatDateValue(Date date, std::string_view pattern) {
-  if (EqualsNoCase(pattern, "general date")) return TextOf(date);
-  return FormatWithHalfDay(date, FindNamed(kDateFormats, pattern).value_or(pattern));
-}
-
-std::string Grouped(std::string digits) {
-  std::size_t end = std::min(digits.find('.'), digits.size());
-  const std::size_t first = digits.starts_with('-') ? 1 : 0;
-  while (end > first + 3) {
-    end -= 3;
-    digits.insert(end, ",");
+// The length of a literal at the start of `rest`, a text in quotes or a character behind a
+// backslash, added to `text` without its mark; 0 if there is none.
+std::size_t ReadLiteral(std::string_view rest, std::string& text) {
+  if (rest.starts_with('\\') && rest.size() > 1) {
+    text += rest[1];
+    return 2;
   }
-  return digits;
+  if (!rest.starts_with('"')) return 0;
+  const std::size_t end = std::min(rest.find('"', 1), rest.size());
+  text += rest.substr(1, end - 1);
+  return std::min(end + 1, rest.size());
 }
 
-// One section of a pattern: text, digits, text.
-std::string FormatSection(double number, std::string_view pattern) {
-  constexpr std::string_view kDigits = "#0,.";
-  const std::size_t start = pattern.find_first_of(kDigits);
-  if (start == std::string_view::npos) return std::string(pattern);
-  const std::size_t end = std::min(pattern.find_first_not_of(kDigits, start), pattern.size());
-  const std::string_view digits = pattern.substr(start, end - start);
-  const bool percent = pattern.find('%') != std::string_view::npos;
-  std::string text =
-      FormatNumber(percent ? number * 100 : number, ReplaceAll(std::string(digits), ",", ""));
-  if (digits.find(',') != std::string_view::npos) text = Grouped(std::move(text));
-  return std::string(pattern.substr(0, start)) + text + std::string(pattern.substr(end));
+// The pattern without its literals.
+std::string WithoutLiterals(std::string_view pattern) {
+  std::string bare, literal;
+  while (!pattern.empty()) {
+    const std::size_t size = ReadLiteral(pattern, literal);
+    if (size == 0) bare += pattern.front();
+    pattern.remove_prefix(std::max<std::size_t>(size, 1));
+  }
+  return bare;
+}
+
+class DateFormatter {
+ public:
+  DateFormatter(Date date, const DateText& short_date)
+      : date_(date), parts_(date.Calendar()), short_date_(short_date) {}
+
+  std::string Format(std::string_view pattern) {
+    if (EqualsNoCase(pattern, "general date")) return GeneralDateText(date_, short_date_);
+    if (EqualsNoCase(pattern, "short date")) return short_date_(date_);
+    pattern = FindNamed(kDateFormats, pattern).value_or(pattern);
+    const std::string bare = WithoutLiterals(pattern);
+    const bool half_day = std::ranges::any_of(
+        kHalfDays, [&](std::string_view mark) { return FindNoCase(bare, mark) != bare.npos; });
+    CalendarTime clock = parts_;
+    if (half_day) clock.hour = clock.hour % 12 == 0 ? 12 : clock.hour % 12;
+    clock_ = Date::FromCalendar(clock);
+    while (!pattern.empty()) pattern.remove_prefix(TakePiece(pattern));
+    return std::move(text_);
+  }
+
+ private:
+  static constexpr std::array<std::string_view, 3> kHalfDays = {"am/pm", "a/p", "ampm"};
+
+  // Formats the first piece of the pattern and returns its length.
+  std::size_t TakePiece(std::string_view pattern) {
+    if (const std::size_t size = ReadLiteral(pattern, text_); size > 0) return size;
+    for (const std::string_view mark : kHalfDays) {
+      if (!StartsWithNoCase(pattern, mark)) continue;
+      AddHalfDay(pattern.substr(0, mark.size()));
+      return mark.size();
+    }
+    const char letter = LowerAscii(pattern.front());
+    std::size_t count = 1;
+    while (count < pattern.size() && LowerAscii(pattern[count]) == letter) ++count;
+    AddRun(letter, pattern.substr(0, count));
+    // "m" behind an hour means minutes, across a separator.
+    if (letter != ':' && letter != '.') behind_hour_ = letter == 'h';
+    return count;
+  }
+
+  void AddHalfDay(std::string_view mark) {
+    std::string half = parts_.hour < 12 ? "AM" : "PM";
+    if (mark.size() == 3) half.resize(1);
+    text_ += mark.front() == 'a' ? ToLower(half) : half;
+  }
+
+  void AddRun(char letter, std::string_view run) {
+    const std::size_t count = run.size();
+    if (letter == 'd' && count >= 5) {
+      text_ += count == 5 ? short_date_(date_) : FormatDate(date_, *FindNamed(kDateFormats, kLong));
+    } else if (letter == 'c' && count == 1) {
+      text_ += GeneralDateText(date_, short_date_);
+    } else if (letter == 't' && count == 5) {
+      text_ += DateFormatter(date_, short_date_).Format("long time");
+    } else if (letter == 'q') {
+      text_ += std::to_string((parts_.month - 1) / 3 + 1);
+    } else if (letter == 'w') {
+      text_ += std::to_string(count == 1 ? date_.Weekday() + 1 : Week());
+    } else if (letter == 'y' && count == 1) {
+      text_ += std::to_string(DaysBetween(NewYear(), date_) + 1);
+    } else if (letter == 'm' && behind_hour_) {
+      text_ += FormatDate(clock_, count == 1 ? "n" : "nn");
+    } else {
+      text_ += FormatDate(clock_, run);
+    }
+  }
+
+  Date NewYear() const { return Date::FromCalendar(parts_.year, 1, 1); }
+  // Weeks begin on Sunday; that of 1 January is the first.
+  std::int64_t Week() const {
+    return (DaysBetween(NewYear(), date_) + NewYear().Weekday()) / 7 + 1;
+  }
+
+  static constexpr std::string_view kLong = "long date";
+
+  Date date_, clock_;  // clock_: with the hour that "h" shows
+  CalendarTime parts_;
+  const DateText& short_date_;
+  bool behind_hour_ = false;
+  std::string text_;
+};
+
+// One section of a number's pattern, taken apart.
+class NumberSection {
+ public:
+  explicit NumberSection(std::string_view pattern) {
+    while (!pattern.empty()) pattern.remove_prefix(ReadPiece(pattern));
+    // Commas behind the last digit before the point divide by a thousand each.
+    thousands_ += pending_commas_;
+  }
+
+  // The number without its sign; `zero` tells whether all its digits are.
+  std::string Format(const Value& magnitude, bool& zero) const {
+    if (digits_[0].empty() && digits_[1].empty()) return Literals();
+    int exponent = 0;
+    std::string number = Rounded(magnitude, exponent);
+    zero = number.find_first_not_of("0.") == std::string::npos;
+    const std::size_t point = std::min(number.find('.'), number.size());
+    std::string whole = number.substr(0, point);
+    whole.erase(0, std::min(whole.find_first_not_of('0'), whole.size()));
+    const std::size_t first_zero = digits_[0].find('0');
+    if (first_zero != std::string::npos && whole.size() < digits_[0].size() - first_zero)
+      whole.insert(0, digits_[0].size() - first_zero - whole.size(), '0');
+    return Place(whole, number.substr(std::min(point + 1, number.size())), exponent);
+  }
+
+ private:
+  enum class Kind : std::uint8_t { kLiteral, kWhole, kPoint, kDecimal, kExponent };
+  struct Piece {
+    Kind kind;
+    std::string text;  // of a literal, and the "E" with a "+" of an exponent
+    std::size_t zeros = 0;
+  };
+
+  std::size_t ReadPiece(std::string_view rest) {
+    std::string literal;
+    if (const std::size_t size = ReadLiteral(rest, literal); size > 0) {
+      pieces_.push_back({Kind::kLiteral, literal});
+      return size;
+    }
+    const char c = rest.front();
+    if (c == '#' || c == '0') {
+      if (pending_commas_ > 0) grouped_ = true;
+      pending_commas_ = 0;
+      digits_[behind_point_ ? 1 : 0] += c;
+      pieces_.push_back({behind_point_ ? Kind::kDecimal : Kind::kWhole, {}});
+      return 1;
+    }
+    if (c == ',' && !behind_point_ && !digits_[0].empty()) {
+      ++pending_commas_;
+      return 1;
+    }
+    if (c == '.' && !behind_point_) {
+      thousands_ += std::exchange(pending_commas_, 0);
+      behind_point_ = true;
+      pieces_.push_back({Kind::kPoint, {}});
+      return 1;
+    }
+    if ((c == 'E' || c == 'e') && rest.size() > 2 && (rest[1] == '+' || rest[1] == '-')) {
+      const std::size_t end = std::min(rest.find_first_not_of('0', 2), rest.size());
+      if (end > 2) {
+        scientific_ = true;
+        pieces_.push_back({Kind::kExponent, std::string(rest.substr(0, 2)), end - 2});
+        return end;
+      }
+    }
+    if (c == '%') ++percents_;
+    pieces_.push_back({Kind::kLiteral, std::string(1, c)});
+    return 1;
+  }
+
+  std::string Literals() const {
+    std::string text;
+    for (const Piece& piece : pieces_) text += piece.text;
+    return text;
+  }
+
+  // The digits with as many decimals as the pattern has.
+  std::string Rounded(const Value& magnitude, int& exponent) const {
+    const std::string pattern =
+        digits_[1].empty() ? "0" : "0." + std::string(digits_[1].size(), '0');
+    const bool scaled = percents_ > 0 || thousands_ > 0;
+    if (const auto* money = std::get_if<Currency>(&magnitude);
+        money != nullptr && !scaled && !scientific_)
+      return FormatNumber(*money, pattern);
+    double number = ToDouble(magnitude) * std::pow(100.0, percents_) / std::pow(1000.0, thousands_);
+    if (!scientific_ || number == 0) return FormatNumber(number, pattern);
+    const int digits = static_cast<int>(std::max<std::size_t>(digits_[0].size(), 1));
+    exponent = static_cast<int>(std::floor(std::log10(number))) - (digits - 1);
+    std::string text = FormatNumber(number / std::pow(10.0, exponent), pattern);
+    // 9.999 was rounded to 10.00.
+    if (std::min(text.find('.'), text.size()) > static_cast<std::size_t>(digits))
+      text = FormatNumber(number / std::pow(10.0, ++exponent), pattern);
+    return text;
+  }
+
+  std::string Place(const std::string& whole, const std::string& decimals, int exponent) const {
+    // Zeros at the end are shown where the pattern has a "0".
+    std::size_t shown = decimals.find_last_not_of('0') + 1;
+    shown = std::max(shown, digits_[1].find_last_of('0') + 1);
+    std::string text;
+    std::size_t left = digits_[0].size(), at = 0;  // places before the point; decimals
+    for (const Piece& piece : pieces_) {
+      switch (piece.kind) {
+        case Kind::kLiteral:
+          text += piece.text;
+          break;
+        case Kind::kWhole: {
+          // The first place takes all digits that the others have no room for.
+          const std::size_t from = left == digits_[0].size() ? std::max(whole.size(), left) : left;
+          AddDigits(whole, from, --left, text);
+          break;
+        }
+        case Kind::kPoint:
+          if (digits_[0].empty()) text += whole;
+          text += '.';
+          break;
+        case Kind::kDecimal:
+          if (at < shown) text += decimals[at];
+          ++at;
+          break;
+        case Kind::kExponent: {
+          text += piece.text.front();
+          if (exponent < 0 || piece.text.back() == '+') text += exponent < 0 ? '-' : '+';
+          const std::string power = std::to_string(std::abs(exponent));
+          text.append(piece.zeros - std::min(piece.zeros, power.size()), '0').append(power);
+          break;
+        }
+      }
+    }
+    return text;
+  }
+
+  // The digits from that many before the point to that many, as far as there are any.
+  void AddDigits(const std::string& whole, std::size_t from, std::size_t to,
+                 std::string& text) const {
+    for (std::size_t place = from; place > to; --place) {
+      if (place > whole.size()) continue;
+      text += whole[whole.size() - place];
+      if (grouped_ && place > 1 && place % 3 == 1) text += ',';
+    }
+  }
+
+  std::vector<Piece> pieces_;
+  std::array<std::string, 2> digits_;  // the places before and behind the point
+  int percents_ = 0, thousands_ = 0, pending_commas_ = 0;
+  bool grouped_ = false, behind_point_ = false, scientific_ = false;
+};
+
+// The sections of a pattern: for numbers above and below zero, for zero and for null.
+std::vector<std::string_view> Sections(std::string_view pattern) {
+  std::vector<std::string_view> sections;
+  std::string literal;
+  std::size_t start = 0;
+  for (std::size_t at = 0; at < pattern.size();) {
+    const std::size_t size = ReadLiteral(pattern.substr(at), literal);
+    if (size == 0 && pattern[at] == ';') {
+      sections.push_back(pattern.substr(start, at - start));
+      start = at + 1;
+    }
+    at += std::max<std::size_t>(size, 1);
+  }
+  sections.push_back(pattern.substr(start));
+  return sections;
+}
+
+Value Magnitude(const Value& value) {
+  if (const auto* money = std::get_if<Currency>(&value))
+    return *money < Currency() ? -*money : *money;
+  return std::abs(ToDouble(value));
 }
 
 std::string FormatNumberValue(const Value& value, std::string_view pattern) {
@@ -85,48 +322,67 @@ std::string FormatNumberValue(const Value& value, std::string_view pattern) {
     const std::size_t slash = words->find('/');
     return std::string(number != 0 ? words->substr(0, slash) : words->substr(slash + 1));
   }
-  const std::string_view format = FindNamed(kNumberFormats, pattern).value_or(pattern);
-  const std::size_t semicolon = format.find(';');
-  if (semicolon == std::string_view::npos || number >= 0)
-    return FormatSection(number, format.substr(0, semicolon));
-  std::string_view negative = format.substr(semicolon + 1);
-  return FormatSection(-number, negative.substr(0, negative.find(';')));
+  const std::vector<std::string_view> sections =
+      Sections(FindNamed(kNumberFormats, pattern).value_or(pattern));
+  std::size_t section = number < 0 ? 1 : number == 0 ? 2 : 0;
+  // An empty section, like a missing one, is that of the numbers above zero.
+  if (section >= sections.size() || sections[section].empty()) section = 0;
+  bool zero = false;
+  const std::string text = NumberSection(sections[section]).Format(Magnitude(value), zero);
+  return (number < 0 && section == 0 && !zero ? "-" : "") + text;
 }
 
 // Whether a pattern formats dates, for values that are texts or numbers.
 bool IsDatePattern(std::string_view pattern) {
   if (FindNamed(kDateFormats, pattern) || EqualsNoCase(pattern, "general date")) return true;
   if (FindNamed(kNumberFormats, pattern) || FindNamed(kBooleanFormats, pattern)) return false;
-  return pattern.find_first_of("dmyhnsDMYHNS") != std::string_view::npos &&
-         pattern.find_first_of("#0") == std::string_view::npos;
+  if (EqualsNoCase(pattern, "c") || EqualsNoCase(pattern, "ttttt")) return true;
+  const std::string bare = WithoutLiterals(pattern);
+  return bare.find_first_of("dmyhnsqwDMYHNSQW") != std::string::npos &&
+         bare.find_first_of("#0;") == std::string::npos;
 }
 
-std::string FormatText(const std::string& text, std::string_view pattern) {
+std::string FormatText(const std::string& text, std::string_view pattern,
+                       const DateText& short_date) {
   if (pattern == ">") return ToUpper(text);
   if (pattern == "<") return ToLower(text);
   try {
-    if (IsDatePattern(pattern)) return FormatDateValue(ToDate(text), pattern);
+    if (IsDatePattern(pattern)) return DateFormatter(ToDate(text), short_date).Format(pattern);
     return FormatNumberValue(ToDouble(text), pattern);
   } catch (const RuntimeError&) {
     return text;  // neither number nor date: unchanged
   }
 }
 
+std::string FormatNull(std::string_view pattern) {
+  const std::vector<std::string_view> sections = Sections(pattern);
+  bool zero = false;
+  return sections.size() < 4 ? std::string() : NumberSection(sections[3]).Format(0.0, zero);
+}
+
 }  // namespace
 
-std::string FormatValue(const Value& value, std::string_view pattern) {
-  if (IsNull(value)) return {};
-  if (pattern.empty()) return TextOf(value);
+std::string GeneralDateText(Date date, const DateText& short_date) {
+  const bool midnight = date.SecondOfDay() == 0;
+  const std::string time = midnight ? "" : FormatDate(date, "hh:nn:ss");
+  if (!midnight && date.DayNumber() == 0) return time;
+  return short_date(date) + (midnight ? "" : " ") + time;
+}
+
+std::string FormatValue(const Value& value, std::string_view pattern, const DateText& short_date) {
+  if (IsNull(value)) return FormatNull(pattern);
+  if (pattern.empty() && TypeOf(value) != Type::kDate) return TextOf(value);
   switch (TypeOf(value)) {
     case Type::kDate:
-      return FormatDateValue(std::get<Date>(value), pattern);
+      return DateFormatter(std::get<Date>(value), short_date)
+          .Format(pattern.empty() ? "general date" : pattern);
     case Type::kText:
-      return FormatText(std::get<std::string>(value), pattern);
+      return FormatText(std::get<std::string>(value), pattern, short_date);
     case Type::kBinary:
       throw StandardError(error_number::kTypeMismatch);
     default:
-      if (IsDatePattern(pattern)) return FormatDateValue(ToDate(value), pattern);
-      return FormatNumberValue(value, pattern);
+      if (!IsDatePattern(pattern)) return FormatNumberValue(value, pattern);
+      return DateFormatter(ToDate(value), short_date).Format(pattern);
   }
 }
 

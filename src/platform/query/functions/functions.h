@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "platform/query/values/collation.h"
@@ -17,7 +18,8 @@ namespace tenora::query {
 
 struct FunctionContext {
   std::function<Date()> now;
-  const Collation& collation;  // of the database
+  std::function<std::string(Date)> short_date;  // a day as the locale writes it
+  const Collation& collation;                   // of the database
   // The error of a function that failed, kept until its statement reports it.
   std::optional<RuntimeError> error;
 };

@@ -193,7 +193,11 @@ Value Concat(const FunctionContext&, Arguments a) {
   return TextOf(a[0]) + TextOf(a[1]);
 }
 
-Value ToTextOf(const FunctionContext&, Arguments a) { return ConvertTo(a[0], Type::kText); }
+Value ToTextOf(const FunctionContext& context, Arguments a) {
+  if (const auto* date = std::get_if<Date>(&a[0]))
+    return GeneralDateText(*date, context.short_date);
+  return ConvertTo(a[0], Type::kText);
+}
 
 // Numbers that are not negative get a blank in place of the sign.
 Value Str(const FunctionContext&, Arguments a) {
@@ -201,7 +205,13 @@ Value Str(const FunctionContext&, Arguments a) {
   return (number < 0 ? "" : " ") + NumberText(number);
 }
 
-Value Format(const FunctionContext&, Arguments a) { return FormatValue(a[0], Text(a[1])); }
+Value Format(const FunctionContext& context, Arguments a) {
+  return FormatValue(a[0], IsNull(a[1]) ? "" : Text(a[1]), context.short_date);
+}
+
+Value FormatPlain(const FunctionContext& context, Arguments a) {
+  return FormatValue(a[0], "", context.short_date);
+}
 
 constexpr auto kFunctions = std::to_array<EngineFunction>({
     {"left", "si", 's', false, Left},
@@ -232,6 +242,7 @@ constexpr auto kFunctions = std::to_array<EngineFunction>({
     {"concat", "ss", 's', true, Concat},
     {"cstr", "?", 's', false, ToTextOf},
     {"str", "d", 's', false, Str},
+    {"format", "?", 's', true, FormatPlain},
     {"format", "?s", 's', true, Format},
 });
 

@@ -72,7 +72,9 @@ Fragment Convert(Fragment fragment, Type type, std::vector<Parameter>& parameter
   const Type from = fragment.type;
   if (from == type || from == Type::kNull || type == Type::kNull || type == Type::kBinary)
     return fragment;
-  if (fragment.parameter != 0) {
+  // The text of a date depends on the locale, which only cstr knows.
+  const bool date_text = from == Type::kDate && type == Type::kText;
+  if (fragment.parameter != 0 && !date_text) {
     parameters[static_cast<std::size_t>(fragment.parameter - 1)].type = type;
     fragment.type = type;
     return fragment;
