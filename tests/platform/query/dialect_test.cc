@@ -228,6 +228,23 @@ TEST(Dialect, GroupsAndCombines) {
   EXPECT_THAT(agency.Rows(Small("distinct word", "where word like 'a*'")), ElementsAre("Alpha"));
 }
 
+TEST(Dialect, KnowsAnItemByItsAliasInTheItemsThatFollow) {
+  SampleAgency agency;
+  const struct {
+    const char* items;
+    const char* row;
+  } kCases[] = {
+      {"sum(n) as total, total * 2 as twice, twice + total", "10|20|30"},
+      {"count(word) as words, 'of ' & count(*) & ' ' & WORDS", "3|of 4 3"},
+      {"max(n) as n1, n1 & '/' & min(n)", "4|4/1"},
+      {"5 as five, five & '' as text, five + 1", "5|5|6"},
+  };
+  for (const auto& c : kCases)
+    EXPECT_THAT(agency.Rows(Small(c.items, "having 1 = 1")), ElementsAre(c.row)) << c.items;
+  // A column has precedence.
+  EXPECT_THAT(agency.Rows(Small("n + 1 as amount, amount", "where n = 4")), ElementsAre("5|-3"));
+}
+
 TEST(Dialect, JoinsInEveryDirection) {
   SampleAgency agency;
   const std::string left = "(select 1 as a union all select 2) as l ";

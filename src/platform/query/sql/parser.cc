@@ -14,6 +14,23 @@ namespace {
 constexpr std::array<std::string_view, 8> kActions = {"insert", "update", "delete", "create",
                                                       "drop",   "alter",  "grant",  "revoke"};
 
+struct Refusal {
+  std::string_view word;
+  std::string_view reason;
+};
+
+// Other statements of the engine, and clauses at the end of a select, that are refused by name.
+constexpr std::array<Refusal, 4> kRefusedStatements = {
+    {{"parameters", "a PARAMETERS clause is not supported: write the values into the statement."},
+     {"transform", "a crosstab (TRANSFORM … PIVOT) is not supported: group by both fields."},
+     {"execute", "EXECUTE is not supported: run the query's own statement."},
+     {"procedure", "PROCEDURE is not supported: run the query's own statement."}}};
+constexpr std::array<Refusal, 4> kRefusedClauses = {
+    {{"into", "SELECT … INTO, which makes a table, is not supported."},
+     {"in", "IN with the name of another database is not supported: open that database."},
+     {"with", "WITH OWNERACCESS OPTION is not supported: leave it out."},
+     {"pivot", "a crosstab (TRANSFORM … PIVOT) is not supported: group by both fields."}}};
+
 constexpr std::int64_t kMostTopRows = std::numeric_limits<std::int32_t>::max();
 
 class SelectParser : public SelectReader {
@@ -23,6 +40,7 @@ class SelectParser : public SelectReader {
 
   std::unique_ptr<Select> ReadStatement() {
     std::unique_ptr<Select> select = IsTableName() ? ReadTableName() : ReadWholeSelect();
+    RefuseWord(kRefusedClauses);
     tokens_.TakeSymbol(";");
     if (tokens_.Peek().kind != TokenKind::kEnd) tokens_.FailHere();
     return select;
@@ -48,6 +66,13 @@ class SelectParser : public SelectReader {
   }
 
  private:
+  void RefuseWord(const std::array<Refusal, 4>& refusals) const {
+    for (const Refusal& refusal : refusals)
+      if (tokens_.AtWord(refusal.word))
+        tokens_.Fail(engine_error::kNotASelect,
+                     "Invalid SQL statement; " + std::string(refusal.reason));
+  }
+
   bool IsTableName() const {
     const TokenKind kind = tokens_.Peek().kind;
     return tokens_.Peek(1).kind == TokenKind::kEnd && !tokens_.AtWord("select") &&
@@ -67,6 +92,7 @@ class SelectParser : public SelectReader {
     for (const std::string_view action : kActions)
       if (tokens_.AtWord(action))
         tokens_.Fail(engine_error::kInvalidOperation, "Invalid operation.");
+    RefuseWord(kRefusedStatements);
     tokens_.Fail(engine_error::kNotASelect,
                  "Invalid SQL statement; expected 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT', or "
                  "'UPDATE'.");
@@ -78,7 +104,9 @@ class SelectParser : public SelectReader {
     ReadPredicates(*select);
     do select->items.push_back(ReadItem());
     while (tokens_.TakeSymbol(","));
+    RefuseWord(kRefusedClauses);
     if (tokens_.TakeWord("from")) select->from = ReadSources();
+    RefuseWord(kRefusedClauses);
     if (tokens_.TakeWord("where")) select->where = expressions_.Read();
     if (tokens_.TakeWord("group")) {
       tokens_.ExpectWord("by");
@@ -99,7 +127,9 @@ class SelectParser : public SelectReader {
         const Token& count = tokens_.Take();
         select.top = Top{.count = std::min(std::get<std::int64_t>(count.value), kMostTopRows)};
         select.top->percent = tokens_.TakeWord("percent");
-      } else if (!tokens_.TakeWord("all") && !tokens_.TakeWord("distinctrow")) {
+      } else if (tokens_.TakeWord("distinctrow")) {
+        select.distinct_rows = true;
+      } else if (!tokens_.TakeWord("all")) {
         return;
       }
     }
@@ -242,6 +272,11 @@ class ActionParser : public SelectReader {
     } else if (tokens_.TakeWord("update")) {
       ReadUpdate();
     } else {
+      for (const std::string_view word : {"create", "drop", "alter", "grant", "revoke"})
+        if (tokens_.AtWord(word))
+          tokens_.Fail(engine_error::kInvalidOperation,
+                       "Invalid operation. " + ToUpper(word) +
+                           " is not supported: tables and rights are changed in Access.");
       tokens_.ExpectWord("delete");
       ReadDelete();
     }
@@ -281,6 +316,7 @@ class ActionParser : public SelectReader {
   void ReadUpdate() {
     action_.kind = ActionKind::kUpdate;
     action_.table = expressions_.ReadName();
+    RefuseJoin();
     tokens_.ExpectWord("set");
     do {
       std::string column = expressions_.ReadName();
@@ -302,8 +338,18 @@ class ActionParser : public SelectReader {
     }
     tokens_.ExpectWord("from");
     action_.table = expressions_.ReadName();
+    RefuseJoin();
     if (!all_of.empty() && !EqualsNoCase(all_of, action_.table)) tokens_.FailHere();
     ReadWhere();
+  }
+
+  void RefuseJoin() const {
+    const bool joined = tokens_.AtSymbol(",") || tokens_.AtWord("inner") ||
+                        tokens_.AtWord("left") || tokens_.AtWord("right");
+    if (joined)
+      tokens_.Fail(engine_error::kInvalidOperation,
+                   "Invalid operation. An update or delete of joined tables is not supported: "
+                   "choose the rows of one table by values.");
   }
 
   void AddColumn(std::string name) {

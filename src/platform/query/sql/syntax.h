@@ -80,6 +80,7 @@ struct Top {
 
 struct Select {
   bool distinct = false;
+  bool distinct_rows = false;  // distinctrow
   std::optional<Top> top;
   std::vector<SelectItem> items;
   std::unique_ptr<Source> from;

@@ -16,6 +16,10 @@ bool IsAggregate(std::string_view name) {
   return std::find(kAggregates.begin(), kAggregates.end(), name) != kAggregates.end();
 }
 
+bool IsDomainFunction(std::string_view name) {
+  return name == "dlookup" || (name.starts_with('d') && IsAggregate(name.substr(1)));
+}
+
 }  // namespace
 
 Fragment ExpressionTranslator::Translate(const Expression& expression) {
@@ -95,6 +99,27 @@ Fragment ExpressionTranslator::TranslateLiteral(const Expression& expression) {
   return {.sql = "?" + std::to_string(number), .type = type, .parameter = number};
 }
 
+void ExpressionTranslator::AddAlias(const std::string& name, Fragment fragment, bool aggregate) {
+  // As a literal it would be bound in the type of its last use.
+  fragment.parameter = 0;
+  aliases_.push_back({.name = name, .fragment = std::move(fragment), .aggregate = aggregate});
+}
+
+const ExpressionTranslator::Alias* ExpressionTranslator::FindAlias(std::string_view name) const {
+  // Aliases that use aliases twice double in size at every step.
+  constexpr std::size_t kLongestAlias = 64 * 1024;
+  const auto found = std::ranges::find_if(
+      aliases_, [name](const Alias& alias) { return EqualsNoCase(alias.name, name); });
+  if (found == aliases_.end()) return nullptr;
+  if (found->aggregate && in_aggregate_)
+    state_.Fail(engine_error::kAggregateInCriteria,
+                "Cannot have aggregate function in this part of the statement (" +
+                    std::string(name) + ").");
+  if (found->fragment.sql.size() > kLongestAlias)
+    state_.Fail(engine_error::kTooComplex, "Query is too complex.");
+  return &*found;
+}
+
 void ExpressionTranslator::NoteUnknownName(const Expression& column) {
   const std::string name =
       column.qualifier.empty() ? column.name : column.qualifier + "." + column.name;
@@ -107,6 +132,9 @@ void ExpressionTranslator::NoteUnknownName(const Expression& column) {
 Fragment ExpressionTranslator::TranslateColumn(const Expression& expression) {
   const Scope::Match match = scope_.Find(expression.qualifier, expression.name);
   if (match.column == nullptr) {
+    if (expression.qualifier.empty()) {
+      if (const Alias* const alias = FindAlias(expression.name)) return alias->fragment;
+    }
     // Synonyms of true and false, unless there is a column of that name.
     const bool yes = EqualsNoCase(expression.name, "yes");
     if (expression.qualifier.empty() && (yes || EqualsNoCase(expression.name, "no")))
@@ -340,6 +368,11 @@ Fragment ExpressionTranslator::TranslateCall(const Expression& expression) {
   const EngineFunction* const function =
       expression.star ? nullptr : FindFunction(name, expression.arguments.size(), known);
   if (function == nullptr) {
+    if (!known && IsDomainFunction(name))
+      state_.Fail(engine_error::kUnknownFunction,
+                  "Function '" + name +
+                      "' is not supported in expressions: write a select in brackets, such as "
+                      "(select sum(a) from b where c = d).");
     if (!known)
       state_.Fail(engine_error::kUnknownFunction,
                   "Undefined function '" + name + "' in expression.");

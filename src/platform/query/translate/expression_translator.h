@@ -57,6 +57,9 @@ class ExpressionTranslator {
   // As a condition: true unless 0 or null.
   Fragment TranslateCondition(const Expression& expression);
 
+  // Makes an item known by its alias to the expressions that follow it. A column has precedence.
+  void AddAlias(const std::string& name, Fragment fragment, bool aggregate);
+
   // Whether the expression calls an aggregate outside subqueries.
   static bool HasAggregate(const Expression& expression);
 
@@ -97,11 +100,19 @@ class ExpressionTranslator {
   bool IsGroupKey(const Expression& expression) const;
   void NoteUnknownName(const Expression& column);
 
+  struct Alias {
+    std::string name;
+    Fragment fragment;
+    bool aggregate = false;  // contains one
+  };
+  const Alias* FindAlias(std::string_view name) const;
+
   TranslationState& state_;
   SubselectTranslator& subselects_;
   const Scope& scope_;
   Place place_;
   const std::vector<ExpressionPtr>* group_;
+  std::vector<Alias> aliases_;
   bool in_aggregate_ = false;
   bool in_group_key_ = false;
 };

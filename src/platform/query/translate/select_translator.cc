@@ -33,6 +33,17 @@ std::string OrderList(const auto& keys) {
   return list;
 }
 
+// Adds the tables of this select that the expression takes fields from.
+void AddShownSources(const Expression& expression, const Scope& scope,
+                     std::set<const ScopeSource*>& shown) {
+  if (expression.kind == ExpressionKind::kColumn) {
+    const Scope::Match match = scope.Find(expression.qualifier, expression.name);
+    if (match.source != nullptr && !match.outer) shown.insert(match.source);
+  }
+  for (const ExpressionPtr& argument : expression.arguments)
+    AddShownSources(*argument, scope, shown);
+}
+
 }  // namespace
 
 void SelectTranslator::CheckSize(const std::string& sql) const {
@@ -165,7 +176,23 @@ SelectTranslator::Body SelectTranslator::TranslateBody(const Select& select, Sco
   if (select.having != nullptr)
     body.tail += " having " + expressions.TranslateCondition(*select.having).sql;
   AddItems(select, scope, expressions, body.items);
+  if (select.distinct_rows) RequireAllSources(select, scope);
   return body;
+}
+
+void SelectTranslator::RequireAllSources(const Select& select, const Scope& scope) const {
+  std::set<const ScopeSource*> shown;
+  for (const SelectItem& item : select.items) {
+    for (const ScopeSource& source : scope.sources()) {
+      const bool all = item.qualifier.empty() || EqualsNoCase(item.qualifier, source.name);
+      if (item.expression == nullptr && all) shown.insert(&source);
+    }
+    if (item.expression != nullptr) AddShownSources(*item.expression, scope, shown);
+  }
+  if (shown.size() < scope.sources().size())
+    state_.Fail(engine_error::kNotASelect,
+                "Invalid SQL statement; DISTINCTROW is supported only if fields of all tables are "
+                "selected: use DISTINCT, or IN with a select.");
 }
 
 std::string SelectTranslator::TranslateGroup(const Select& select, const Scope& scope) {
@@ -187,6 +214,9 @@ void SelectTranslator::AddItems(const Select& select, const Scope& scope,
     const SelectItem& item = select.items[i];
     if (item.expression != nullptr) {
       items.push_back(MakeItem(item, scope, expressions, i));
+      if (!item.alias.empty())
+        expressions.AddAlias(item.alias, items.back().fragment,
+                             ExpressionTranslator::HasAggregate(*item.expression));
       continue;
     }
     if (!select.group.empty())

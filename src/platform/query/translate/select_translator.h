@@ -51,6 +51,9 @@ class SelectTranslator : public SubselectTranslator {
                        std::optional<Type> first_column_type);
   Result TranslateUnion(const Select& select, const Scope* outer, std::optional<Type> first_type);
   Body TranslateBody(const Select& select, Scope& scope);
+  // Refuses distinctrow where it would leave rows out: it does so only if a table has no field
+  // among the items.
+  void RequireAllSources(const Select& select, const Scope& scope) const;
   std::string TranslateGroup(const Select& select, const Scope& scope);
   void AddItems(const Select& select, const Scope& scope, ExpressionTranslator& expressions,
                 std::vector<Item>& items);
