@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "merge/merge_notes.h"
@@ -11,6 +12,13 @@
 namespace tenora {
 
 // The members of a letter window.
+// Another one than the folder of a letter belongs to.
+struct OtherRecipient {
+  std::string kind;  // kTenantLetter or kOwnerLetter
+  std::string code;  // of the tenancy or the owner; empty where it is not known
+  std::string name;
+};
+
 struct LetterMembers {
   // The recipient's name; for a generated letter also the sub-folder of the data folder that holds
   // it, for a template the template folder's name.
@@ -25,6 +33,10 @@ struct LetterMembers {
   bool Inserting = false;  // set while InsertItem runs
   std::string Caption;
   MergeNotes Notes;  // of the merges since the letter was begun or loaded
+  // For whom the letter is known to be made, where that is another one than its recipient, until a
+  // person has said for whom it is to be.
+  std::optional<OtherRecipient> MadeFor;
+  bool RecipientChosen = false;  // a person has said so
 };
 
 // One letter during a merge. All three outlive the merge.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <system_error>
 #include <utility>
 
@@ -147,6 +148,23 @@ std::optional<LoggedRun> RunLog::History(const fs::path& path, std::string_view 
     if (!BeginsRunLog(beginning) || !IsRunOf(beginning, template_kind, template_name)) {
       return std::nullopt;
     }
+    log.Read();
+  } catch (const RuntimeError&) {
+    return std::nullopt;
+  }
+  return std::move(log.run_);
+}
+
+// Most logs do not hold it: searching them is far quicker than reading what they say.
+std::optional<LoggedRun> RunLog::Holding(const fs::path& path, std::string_view text) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (fd < 0) return std::nullopt;
+  const Clock clock;
+  RunLog log(path, clock);
+  log.fd_ = fd;
+  try {
+    const std::string all = ReadLog(fd, path);
+    if (::memmem(all.data(), all.size(), text.data(), text.size()) == nullptr) return std::nullopt;
     log.Read();
   } catch (const RuntimeError&) {
     return std::nullopt;

@@ -43,6 +43,9 @@ class RunLog {
   static std::optional<LoggedRun> History(const std::filesystem::path& path,
                                           std::string_view template_kind,
                                           std::string_view template_name);
+  // What a log says in which this text occurs; nothing for any other, and where it cannot be read.
+  // The text has no characters that are escaped in a log. Raises nothing.
+  static std::optional<LoggedRun> Holding(const std::filesystem::path& path, std::string_view text);
   // Notes that a person has settled the run, also in a log that cannot be resumed. Raises 70 and
   // 321 as Resume does, and the errors of FileError.
   static void Forget(const std::filesystem::path& path, const Clock& clock);

@@ -264,12 +264,21 @@ bool frmLetter::SaveTenantTemplate(Durability durability) {
   });
 }
 
-// In the folder of several, a run's log knows no content that was edited or made without a run.
+// A run's log knows no content that was edited or made without a run. It counts in the folder of
+// several, and where the letter is not for the one whom its folder belongs to.
 void frmLetter::NoteRecipient() const {
+  const auto note = [this](const std::string& kind, const std::string& code) {
+    NoteOrigin(session_.database.DataFolder(), members_.FilePath, rtfLetter.TextRTF(),
+               {kind, code});
+  };
+  if (members_.MadeFor) return note(members_.MadeFor->kind, members_.MadeFor->code);
   const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, members_.RecipientName);
-  if (FindNamesake(namesakes, members_.Kind, members_.TenantCode) == nullptr) return;
-  NoteOrigin(session_.database.DataFolder(), members_.FilePath, rtfLetter.TextRTF(),
-             {members_.Kind, members_.Kind == kTenantLetter ? members_.TenantCode : ""});
+  const bool one_of_several =
+      FindNamesake(namesakes, members_.Kind, members_.TenantCode) != nullptr;
+  if (!one_of_several && !members_.RecipientChosen) return;
+  note(members_.Kind, members_.Kind == kTenantLetter
+                          ? members_.TenantCode
+                          : OwnerCodeOf(session_.caches, members_.RecipientName));
 }
 
 void frmLetter::SaveGenerated(const SaveWay& way) {

@@ -69,8 +69,16 @@ std::vector<std::string> SearchWords(std::string_view search) {
 }
 
 bool HoldsWords(std::string_view folded, const std::vector<std::string>& words) {
-  return std::ranges::all_of(words, [folded](const std::string& word) {
-    return folded.find(word) != std::string_view::npos;
+  const auto all_in = [&words](std::string_view text) {
+    return std::ranges::all_of(words, [text](const std::string& word) {
+      return text.find(word) != std::string_view::npos;
+    });
+  };
+  if (folded.find('\'') == std::string_view::npos) return all_in(folded);
+  std::string without(folded);
+  std::erase(without, '\'');
+  return std::ranges::all_of(words, [&](const std::string& word) {
+    return folded.find(word) != std::string_view::npos || without.find(word) != std::string::npos;
   });
 }
 

@@ -15,7 +15,8 @@ std::string FoldedForSearch(std::string_view text);
 // The words that a search asks for, folded; none for blanks.
 std::vector<std::string> SearchWords(std::string_view search);
 
-// Whether a folded text holds every word, in any order.
+// Whether a folded text holds every word, in any order. Its apostrophes may be missing in the
+// words: "obrien" is in "o'brien".
 bool HoldsWords(std::string_view folded, const std::vector<std::string>& words);
 
 }  // namespace tenora

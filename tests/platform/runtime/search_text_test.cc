@@ -12,6 +12,9 @@ TEST(SearchText, FindsNamesHoweverTheyAreAccentedOrCapitalized) {
   } cases[] = {
       {"Élodie O’Brien", "elodie o'b", true},
       {"ELODIE O'BRIEN", "élodie o’brien", true},
+      {"Élodie O’Brien", "elodie obrien", true},
+      {"Élodie O’Brien", "obrien o'b", true},
+      {"Elodie OBrien", "o'brien", false},
       {"E\u0301lodie", "\u00E9LO", true},
       {"George Jørgensen", "jorgen", true},
       {"Łukasz Straße", "STRASSE lukasz", true},

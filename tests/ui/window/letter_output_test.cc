@@ -6,6 +6,7 @@
 #include "letters/template_library.h"
 #include "letters/unfinished_runs.h"
 #include "platform/dialogs/page_ranges.h"
+#include "ui/window/letter/letter_recipient.h"
 #include "window_fixture.h"
 
 namespace tenora {
@@ -237,6 +238,66 @@ TEST_F(NamesakesLetters, AreMailedToTheTenancyThatTheyWereMadeForOrThatIsAskedFo
     Open(c.file);
     EXPECT_EQ(InFront().TenantCode, c.code);
     Close();
+  }
+}
+
+// The content is somebody's also when the name that two had is corrected, and when the file is
+// moved.
+TEST_F(NamesakesLetters, AskForWhomTheyAreInAnothersFolder) {
+  Make("Notice", "<<Tenant Code>>");
+  Make("General", "Dear all");
+  GenerationRequest request;
+  request.template_kind = kTemplates;
+  request.template_name = "Notice";
+  const std::string name = session_.caches.FindTenant("T00001")->KeyName;
+  request.recipients = {{name, "T00001"}};
+  GenerationObserver unseen;
+  ASSERT_EQ(GenerateSelection(session_, request, unseen).done, 1U);
+  const std::filesystem::path moved = Data() / "Mei Huang/Notice.rtf";
+  std::filesystem::create_directories(moved.parent_path());
+  std::filesystem::rename(Data() / name / "Notice.rtf", moved);
+  std::filesystem::copy_file(folder_ / "General.rtf", moved.parent_path() / "General.rtf");
+  session_.caches.FindTenant("T00006")->KeyName = "Tama Brown";
+  const struct {
+    std::filesystem::path file;
+    std::string made_for;  // empty: nobody is asked
+    const char* chosen;    // the tenancy that the answer gives
+    std::size_t answer;
+  } cases[] = {{folder_ / "Notice.rtf", "", "T00005", 0},
+               {folder_ / "Notice(1).rtf", "T00006 Tama Brown", "T00005", 1},
+               {moved, "T00001 " + name, "T00001", 0},
+               {moved.parent_path() / "General.rtf", "", "T00007", 0}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    for (const bool edited : {false, true}) {
+      tree_.RefreshTree();
+      ASSERT_TRUE(letters_.OpenListed(c.file));
+      const bool asked = !c.made_for.empty();
+      EXPECT_EQ(WhichRecipient(session_, InFront()), asked ? "made for " + c.made_for : "");
+      frmLetter& letter = letters_.Active()->letter();
+      platform_.dialogs.ForgetShown();
+      if (asked) {
+        platform_.dialogs.WillCancel();
+        EXPECT_FALSE(output_.Email(letter));
+        EXPECT_THAT(platform_.dialogs.shown().back().title,
+                    HasSubstr("made for " + c.made_for + ", "));
+        EXPECT_EQ(platform_.dialogs.shown().back().default_item, Dialogs::kNoItem);
+        EXPECT_EQ(platform_.dialogs.shown().size(), 1U);
+        EXPECT_EQ(letter.EmailAddress(), "");
+      }
+      if (!edited && asked) {
+        // What is corrected here is still for the one that it was made for.
+        letter.rtfLetter.SetText("corrected for " + c.made_for);
+        EXPECT_TRUE(letter.Save());
+      } else {
+        if (asked) platform_.dialogs.WillChoose(c.answer);
+        platform_.dialogs.WillCancel();
+        EXPECT_FALSE(output_.Email(letter));
+        EXPECT_EQ(letter.members().TenantCode, c.chosen);
+        EXPECT_EQ(letter.EmailAddress(), session_.caches.FindTenant(c.chosen)->Email);
+      }
+      Close();
+    }
   }
 }
 

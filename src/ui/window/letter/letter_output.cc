@@ -156,6 +156,12 @@ std::optional<std::string> LetterOutput::Recipient(frmLetter& letter) {
   const LetterMembers& members = letter.members();
   const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, members.RecipientName);
   const Namesake* const to = FindNamesake(namesakes, members.Kind, members.TenantCode);
+  if (to == nullptr && members.RecipientChosen) {
+    const std::string address = letter.EmailAddress();
+    return members.RecipientName +
+           (members.TenantCode.empty() ? "" : " (" + members.TenantCode + ")") +
+           (address.empty() ? "" : " at " + address);
+  }
   if (to == nullptr) return members.RecipientName;
   return members.RecipientName + " (" + to->text + ")" +
          (to->email.empty() ? "" : " at " + to->email);

@@ -38,23 +38,39 @@ void OpenLetters::Open(const TreeModel::Entry& entry) {
     members.LetterTitle = entry.name.toStdString();
     members.RecipientName = entry.recipient;
     members.TenantCode = entry.tenant_code;
-    window->letter().LoadLetter(entry.path, KindOfListed(entry, &members.TenantCode));
+    window->letter().LoadLetter(entry.path, KindOfListed(entry, members));
     RequireShowable(window->letter().rtfLetter, entry.path.string());
     PutOnDesk(std::move(window));
   });
 }
 
-// Recipients of one name share a folder, and the library lists its letters under each of them.
-std::string OpenLetters::KindOfListed(const TreeModel::Entry& entry, std::string* tenant_code) {
+// Recipients of one name share a folder, and the library lists its letters under each of them. A
+// letter also stays in the folder when its recipient's name has been corrected, and may be moved.
+std::string OpenLetters::KindOfListed(const TreeModel::Entry& entry, LetterMembers& members) {
   if (entry.kind != kTenantLetter && entry.kind != kOwnerLetter) return entry.kind;
-  const std::vector<Namesake> namesakes = NamesakesOf(session_.caches, entry.recipient);
-  if (namesakes.empty()) return entry.kind;
+  const Caches& caches = session_.caches;
   const auto origin = OriginOf(session_.database.DataFolder(), entry.path);
-  const Namesake* const own =
-      origin ? FindNamesake(namesakes, origin->letter_kind, origin->code) : nullptr;
-  *tenant_code = own == nullptr ? std::string() : own->code;
-  // Of several there is always a tenant; a tenant's letter without a code is nobody's yet.
-  return own == nullptr ? std::string(kTenantLetter) : own->letter_kind;
+  const auto made_for = [&](const std::string& kind, const std::string& code) {
+    const std::string own = kind == kOwnerLetter ? OwnerCodeOf(caches, entry.recipient) : code;
+    return origin && WasMadeFor(*origin, kind, entry.recipient, own);
+  };
+  const std::vector<Namesake> namesakes = NamesakesOf(caches, entry.recipient);
+  const bool one = namesakes.empty();
+  if (one && (!origin || made_for(entry.kind, entry.tenant_code))) return entry.kind;
+  const auto own = std::ranges::find_if(namesakes, [&](const Namesake& namesake) {
+    return made_for(namesake.letter_kind, namesake.code);
+  });
+  members.TenantCode.clear();
+  if (own == namesakes.end() && origin) {
+    members.MadeFor = OtherRecipient{origin->letter_kind, origin->code, origin->recipient_name};
+  }
+  if (one) return entry.kind;
+  // A run that was not told the tenancy's code has logged only the name. Of several there is always
+  // a tenant; a tenant's letter without a code is nobody's yet.
+  const bool known =
+      own != namesakes.end() && (own->letter_kind == kOwnerLetter || !origin->code.empty());
+  if (known) members.TenantCode = own->code;
+  return known ? own->letter_kind : std::string(kTenantLetter);
 }
 
 void OpenLetters::OpenFile(const std::filesystem::path& path) {
@@ -149,6 +165,14 @@ bool OpenLetters::OpenRecovered(const UnsavedLetter& kept) {
     }
     std::unique_ptr<LetterWindow> window = MakeWindow();
     window->letter().Recover(kept);
+    LetterMembers& members = window->letter().members();
+    if (kept.tenant_code.empty() && !kept.path.empty()) {
+      TreeModel::Entry entry;
+      entry.kind = kept.kind;
+      entry.recipient = kept.recipient;
+      entry.path = kept.path;
+      KindOfListed(entry, members);
+    }
     RequireShowable(window->letter().rtfLetter, kept.title);
     if (open != nullptr) open->CloseNow();
     PutOnDesk(std::move(window));

@@ -85,9 +85,10 @@ class OpenLetters : private LetterWindow::Surroundings {
   // Sets the printer's paper and the stored margins, for the ruler and line wrapping.
   void ShowPage(LetterWindow& window) override;
 
-  // The kind of a letter in the library, and the tenancy that it was made for; empty where several
-  // have the name and nothing says which of them.
-  std::string KindOfListed(const TreeModel::Entry& entry, std::string* tenant_code);
+  // The kind of a letter in the library. Notes the tenancy that it was made for; none where several
+  // have the name and nothing says which of them, and where it was made for somebody else, who is
+  // noted then.
+  std::string KindOfListed(const TreeModel::Entry& entry, LetterMembers& members);
   bool IsTitleOpen(const std::string& title) const;
   std::unique_ptr<LetterWindow> MakeWindow();
   void OpenAsTemplate(const std::filesystem::path& path, const std::string& kind);

@@ -31,7 +31,7 @@ bool BelongsToNamesake(Session& session, const Entry& letter,
   const std::filesystem::path data = session.database.DataFolder();
   const auto before = OriginOf(data, letter.path), after = MadeUnderName(data, renamed);
   if (!after) return false;
-  return !before || before->letter_kind != after->letter_kind || before->code != after->code;
+  return !before || !WasMadeFor(*before, after->letter_kind, after->recipient_name, after->code);
 }
 
 }  // namespace
