@@ -46,10 +46,11 @@ int FieldDepth(const Field* field) {
 std::size_t ParagraphEndsIn(std::string_view source) {
   std::size_t count = 0;
   // Without a branch that depends on the bytes: compilers make it one of many bytes at once.
-  for (std::size_t i = 0; i + 4 < source.size(); ++i)
-    count += static_cast<std::size_t>((source[i] == '\\') & (source[i + 1] == 'p') &
-                                      (source[i + 2] == 'a') & (source[i + 3] == 'r') &
-                                      !IsWordLetter(source[i + 4]));
+  const auto is = [source](std::size_t at, char c) { return unsigned{source[at] == c}; };
+  for (std::size_t i = 0; i + 4 < source.size(); ++i) {
+    count += is(i, '\\') & is(i + 1, 'p') & is(i + 2, 'a') & is(i + 3, 'r') &
+             unsigned{!IsWordLetter(source[i + 4])};
+  }
   return count;
 }
 
