@@ -90,7 +90,9 @@ void LetterEditor::PastePlainText() {
 
 void LetterEditor::Cut() {
   ShowBox();
-  if (textCursor().hasSelection() && MayChangeSelection()) QTextEdit::cut();
+  if (!textCursor().hasSelection() || !MayChangeSelection()) return;
+  QTextEdit::cut();
+  keys_.ShowEmptyLinesBehindTable();
 }
 
 bool LetterEditor::MayChangeSelection() {
@@ -157,7 +159,7 @@ void LetterEditor::keyPressEvent(QKeyEvent* event) {
   const TypingKeys::Handling handling = keys_.Press(*event);
   if (handling == TypingKeys::Handling::kDone) return;
   if (handling == TypingKeys::Handling::kPassOn) QTextEdit::keyPressEvent(event);
-  keys_.Pressed(*event);
+  keys_.Pressed();
   completer_->Typed(*event);
 }
 

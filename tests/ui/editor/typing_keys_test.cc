@@ -1,6 +1,10 @@
 #include "ui/editor/commands/typing_keys.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QAccessible>
+#include <QTextBlock>
+#include <QTextTable>
+#include <functional>
 
 #include "editor_fixture.h"
 
@@ -85,6 +89,66 @@ TEST_F(TypingKeysTest, GoesFromCellToCellWithTheTabKey) {
   QTest::keyClick(&editor, Qt::Key_Backtab);
   Type("5");
   EXPECT_EQ(box.Text(), "1a\t2b\r\n3wide\t\r\n54\t\r\n\t\r\nend");
+}
+
+// Lines between the letter's first table and its last paragraph.
+double LinesBehindTable(const QTextDocument& document) {
+  const QAbstractTextDocumentLayout& layout = *document.documentLayout();
+  const QRectF text = layout.blockBoundingRect(document.lastBlock());
+  return (text.top() -
+          layout.frameBoundingRect(document.rootFrame()->childFrames().front()).bottom()) /
+         text.height();
+}
+
+// Qt gives an empty paragraph behind a table no height.
+TEST_F(TypingKeysTest, ShowsEmptyLinesBehindATable) {
+  struct Case {
+    const char* name;
+    const char* behind;
+    std::function<void()> change;
+    const char* text;
+    int lines;
+  };
+  const auto press = [&](Qt::Key key) { QTest::keyClick(&editor, key); };
+  const auto enter = [&] { press(Qt::Key_Return); };
+  const auto go_behind = [&](int length) {
+    box.Select(static_cast<int>(std::string_view("a\tb\nwide\t\n").size()), length);
+    editor.ShowBox();
+  };
+  const Case cases[] = {
+      {"loaded", "\\par text", [] {}, "\r\ntext", 1},
+      {"two loaded", "\\par\\par text", [] {}, "\r\n\r\ntext", 2},
+      {"a bookmark", "{\\*\\bkmkstart m}{\\*\\bkmkend m}\\par text", [] {}, "\r\ntext", 1},
+      {"Enter", "text", [&] { go_behind(0), enter(); }, "\r\ntext", 1},
+      {"Enter twice", "text", [&] { go_behind(0), enter(), enter(); }, "\r\n\r\ntext", 2},
+      {"Delete", "gone\\par text", [&] { go_behind(4), press(Qt::Key_Delete); }, "\r\ntext", 1},
+      {"Backspace", "x\\par text", [&] { go_behind(1), press(Qt::Key_Backspace); }, "\r\ntext", 1},
+      {"Cut", "gone\\par text", [&] { go_behind(4), editor.Cut(); }, "\r\ntext", 1},
+      {"merged", "gone\\par text", [&] { go_behind(4), box.SetSelText(""); }, "\r\ntext", 1},
+      {"undone", "\\par text", [&] { go_behind(0), Type("ab"), editor.Undo(); }, "\r\ntext", 1},
+      {"typed", "\\par text", [&] { go_behind(0), Type("ab"); }, "ab\r\ntext", 1},
+  };
+  for (const Case& c : cases) {
+    Open(std::string(kTable) + "\\pard\\f0\\fs24 " + c.behind);
+    c.change();
+    editor.ShowBox();
+    EXPECT_EQ(box.Text(), std::string("a\tb\r\nwide\t\r\n") + c.text) << c.name;
+    EXPECT_NEAR(LinesBehindTable(*editor.document()), c.lines, 0.15) << c.name;
+  }
+}
+
+TEST_F(TypingKeysTest, TypesBehindANewTableAsAboveIt) {
+  Open("\\pard\\f1\\fs36 Top");
+  QTest::keyClick(&editor, Qt::Key_End, Qt::ControlModifier);
+  QTest::keyClick(&editor, Qt::Key_Return);
+  editor.tables().InsertTable(1, 2, 4000);
+  QTest::keyClick(&editor, Qt::Key_End, Qt::ControlModifier);
+  QTest::keyClick(&editor, Qt::Key_Return);
+  QTest::keyClick(&editor, Qt::Key_Return);
+  Type("abc");
+  EXPECT_EQ(box.Text(), "Top\r\n\t\r\n\r\n\r\nabc");
+  EXPECT_EQ(QTextCursor(editor.document()->lastBlock()).charFormat().fontPointSize(), 18);
+  EXPECT_NEAR(LinesBehindTable(*editor.document()), 2, 0.15);
 }
 
 }  // namespace

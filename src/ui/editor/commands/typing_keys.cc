@@ -5,6 +5,7 @@
 #include <QTextTable>
 
 #include "ui/editor/document/letter_loader.h"
+#include "ui/editor/text/text_properties.h"
 #include "ui/editor/text/typing_format.h"
 
 namespace tenora {
@@ -49,6 +50,8 @@ bool SelectDeleted(const QKeyEvent& event, QTextCursor* cursor) {
 TypingKeys::Handling TypingKeys::Press(const QKeyEvent& event) {
   if (GoToCell(event) || !MayType(event) || LeaveList(event)) return Handling::kDone;
   QTextCursor cursor = letter_.control().textCursor();
+  revision_ = cursor.document()->revision();
+  if (StepOverPad(event, &cursor)) return Handling::kDone;
   if (event.key() == Qt::Key_Backspace && !cursor.hasSelection() && cursor.atBlockStart()) {
     // Qt would take it for a smaller indent.
     cursor.deletePreviousChar();
@@ -59,11 +62,17 @@ TypingKeys::Handling TypingKeys::Press(const QKeyEvent& event) {
     return Handling::kTyped;
   }
   SetTypingFormat(&letter_.control(), letter_.formats());
+  if (event.matches(QKeySequence::InsertParagraphSeparator)) {
+    // Qt would take Enter in an empty paragraph for the end of its format, as in Markdown.
+    letter_.control().textCursor().insertBlock();
+    letter_.control().ensureCursorVisible();
+    return Handling::kTyped;
+  }
   return Handling::kPassOn;
 }
 
-void TypingKeys::Pressed(const QKeyEvent& event) {
-  if (IsEnter(event)) ShowEmptyLineBehindTable();
+void TypingKeys::Pressed() {
+  if (letter_.control().document()->revision() != revision_) ShowEmptyLinesBehindTable();
 }
 
 bool TypingKeys::MayType(const QKeyEvent& event) {
@@ -101,16 +110,31 @@ void TypingKeys::TypeOver(const QString& text) {
   letter_.control().setTextCursor(cursor);
 }
 
-void TypingKeys::ShowEmptyLineBehindTable() {
-  const QTextBlock empty = letter_.control().textCursor().block().previous();
-  if (!empty.isValid() || empty.length() != 1 || !empty.previous().isValid()) return;
-  const QTextTable* table = QTextCursor(empty.previous()).currentTable();
-  if (table == nullptr || table->lastPosition() + 1 != empty.position()) return;
-  LetterFormats& formats = letter_.formats();
-  QTextCursor cursor(empty);
-  cursor.joinPreviousEditBlock();
-  LetterLoader(formats).InsertObject(&cursor, {}, formats.CharOf(empty.charFormat()), nullptr);
-  cursor.endEditBlock();
+bool TypingKeys::StepOverPad(const QKeyEvent& event, QTextCursor* cursor) {
+  const bool back = event.key() == Qt::Key_Backspace;
+  if (cursor->hasSelection() || (!back && event.key() != Qt::Key_Delete)) return false;
+  const QTextBlock block = cursor->block();
+  if (block.length() != 2) return false;
+  const auto object =
+      SharedProperty<InlineObject>(block.begin().fragment().charFormat(), kObjectProperty);
+  if (object == nullptr || object->kind != InlineObject::Kind::kPad) return false;
+  // What is before it is the table, which no key joins with a line.
+  if (back) return true;
+  cursor->movePosition(QTextCursor::EndOfBlock);
+  letter_.control().setTextCursor(*cursor);
+  return false;
+}
+
+void TypingKeys::ShowEmptyLinesBehindTable() {
+  const QTextBlock here = letter_.control().textCursor().block();
+  LetterLoader loader(letter_.formats());
+  for (const QTextBlock& block : {here.previous(), here}) {
+    if (!block.isValid()) continue;
+    QTextCursor cursor(block);
+    cursor.joinPreviousEditBlock();
+    loader.PadBehindTable(&cursor);
+    cursor.endEditBlock();
+  }
 }
 
 }  // namespace tenora

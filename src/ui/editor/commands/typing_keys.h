@@ -25,7 +25,9 @@ class TypingKeys {
   // Moves between cells, leaves lists, types over selections, and keeps protected text as it is.
   Handling Press(const QKeyEvent& event);
   // To be called when a key has been handled here or by the control.
-  void Pressed(const QKeyEvent& event);
+  void Pressed();
+  // Keeps what the last change left of lines at the caret visible, as a part of that change.
+  void ShowEmptyLinesBehindTable();
 
  private:
   bool GoToCell(const QKeyEvent& event);
@@ -33,12 +35,14 @@ class TypingKeys {
   bool MayType(const QKeyEvent& event);
   bool LeaveList(const QKeyEvent& event);
   void TypeOver(const QString& text);
-  // Fills the empty line that Enter left after a table: Qt gives such a block no height.
-  void ShowEmptyLineBehindTable();
+  // The pad of an empty line is not there for the keys that delete; true where nothing is left to
+  // do.
+  bool StepOverPad(const QKeyEvent& event, QTextCursor* cursor);
 
   EditedLetter& letter_;
   FormatCommands& formats_;
   TableCommands& tables_;
+  int revision_ = 0;  // of the document, before the key
 };
 
 }  // namespace tenora

@@ -147,6 +147,7 @@ void LetterLoader::Insert(QTextCursor* cursor, const std::vector<Block>& blocks,
       if (begun && !joins) cursor->insertBlock();
       if (!joins) SetFormats(cursor, *paragraph);
       InsertContent(cursor, *paragraph);
+      // Qt does not know a table yet in the edit that inserts it.
       if (behind_table && cursor->block().length() == 1)
         InsertObject(cursor, {}, paragraph->mark, nullptr);
       begun = true;
@@ -212,11 +213,20 @@ void LetterLoader::InsertContent(QTextCursor* cursor, const Paragraph& paragraph
   }
   insert_marks(static_cast<std::size_t>(-1), nullptr);
   formats_.FitLines(cursor);
-  if (paragraph.next_section == nullptr) return;
+  if (paragraph.next_section == nullptr) return PadBehindTable(cursor);
   InlineObject section_end;
   section_end.kind = InlineObject::Kind::kSection;
   section_end.next_section = paragraph.next_section;
   InsertObject(cursor, std::move(section_end), paragraph.mark, nullptr);
+}
+
+void LetterLoader::PadBehindTable(QTextCursor* cursor) {
+  const QTextBlock block = cursor->block(), before = block.previous();
+  if (block.length() != 1 || !before.isValid()) return;
+  if (block.blockFormat().hasProperty(kFillerProperty)) return;
+  const QTextTable* table = QTextCursor(before).currentTable();
+  if (table == nullptr || table->lastPosition() + 1 != block.position()) return;
+  InsertObject(cursor, {}, formats_.CharOf(block.charFormat()), nullptr);
 }
 
 void LetterLoader::InsertRun(QTextCursor* cursor, const Run& run, std::string_view text) {

@@ -23,6 +23,9 @@ class LetterLoader {
   void InsertContent(QTextCursor* cursor, const richtext::Paragraph& paragraph);
   void InsertObject(QTextCursor* cursor, InlineObject object, const richtext::CharFormat& format,
                     const std::shared_ptr<const richtext::Field>& field);
+  // Keeps the cursor's paragraph visible where it is empty and follows a table: Qt gives such a
+  // block no height.
+  void PadBehindTable(QTextCursor* cursor);
   // Sets the formats of a paragraph and of its mark.
   void SetFormats(QTextCursor* cursor, const richtext::Paragraph& paragraph);
 

@@ -3,6 +3,7 @@
 #include <QAbstractTextDocumentLayout>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QTextBlock>
 #include <QTextDocument>
 #include <QTextFrame>
 #include <algorithm>
@@ -54,6 +55,17 @@ QString Label(const InlineObject& object) {
 // The Unicode character for a glyph of a symbol font.
 QString SymbolText(const InlineObject& object) { return QString::fromStdString(object.shown_text); }
 
+// True where nothing in the block has a width.
+bool IsEmptyToSee(const QTextBlock& block) {
+  for (auto it = block.begin(); !it.atEnd(); ++it) {
+    const auto object = SharedProperty<InlineObject>(it.fragment().charFormat(), kObjectProperty);
+    if (object == nullptr || (object->kind != Kind::kPad && object->kind != Kind::kMark &&
+                              object->kind != Kind::kHidden))
+      return false;
+  }
+  return true;
+}
+
 QFont FontOn(const QTextDocument& document, const QTextFormat& format) {
   QPaintDevice* device = document.documentLayout()->paintDevice();
   const QFont font = format.toCharFormat().font();
@@ -98,7 +110,7 @@ void InlineObjects::Draw(QPainter& painter, const QRectF& rect,
   painter.drawImage(rect, image);
 }
 
-QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int /*position*/,
+QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int position,
                                     const QTextFormat& format) {
   const auto object = SharedProperty<InlineObject>(format, kObjectProperty);
   if (object == nullptr) return {};
@@ -121,7 +133,8 @@ QSizeF InlineObjects::intrinsicSize(QTextDocument* document, int /*position*/,
     case Kind::kCharacter:
       return {metrics.horizontalAdvance(SymbolText(*object)), metrics.ascent()};
     default:
-      return {0, 0};
+      // A line of objects alone is as high as they are.
+      return {0, IsEmptyToSee(document->findBlock(position)) ? metrics.height() : 0};
   }
 }
 
