@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <optional>
 #include <unordered_map>
 
 #include "platform/richtext/characters/code_page.h"
@@ -101,10 +102,12 @@ void CopyTables(std::vector<Block>* blocks) {
 }
 
 // Visits every font and colour number of a document. `change` gives the number to put in its place.
+// Where the document has a font for symbol bullets, these get it before, as they are written in it.
 template <class Change>
 class Visitor {
  public:
-  explicit Visitor(const Change& change) : change_(change) {}
+  explicit Visitor(const Change& change, std::optional<int> symbol_font = std::nullopt)
+      : change_(change), symbol_font_(symbol_font) {}
 
   void Visit(Document* document) {
     Visit(&document->page);
@@ -147,6 +150,9 @@ class Visitor {
     for (Border* border :
          {&format.top, &format.bottom, &format.left, &format.right, &format.between})
       Colour(&border->colour);
+    if (symbol_font_ && format.bullet.font && IsSymbolBullet(format.bullet)) {
+      format.bullet.font = symbol_font_;
+    }
     if (format.bullet.font) format.bullet.font = change_(Reference::kFont, *format.bullet.font);
     if (format.bullet.colour) Colour(&*format.bullet.colour);
     Visit(&paragraph->mark);
@@ -214,6 +220,7 @@ class Visitor {
   bool Source(std::string* source) { return ForEachNumber(source, change_); }
 
   const Change& change_;
+  const std::optional<int> symbol_font_;
   std::map<const Field*, std::shared_ptr<const Field>> fields_;
   std::map<const Picture*, std::shared_ptr<const Picture>> pictures_;
   std::map<const Verbatim*, std::shared_ptr<const Verbatim>> objects_;
@@ -258,12 +265,17 @@ Reference ReferenceOf(std::string_view word) {
 }
 
 void Renumber(Document* document) {
+  std::optional<int> symbol_font;
+  const auto found = std::ranges::find_if(document->fonts, IsBulletFont);
+  if (found != document->fonts.end()) {
+    symbol_font = static_cast<int>(found - document->fonts.begin());
+  }
   Numbers fonts(document->fonts.size()), colours(document->colours.size());
   const auto collect = [&](Reference reference, int number) {
     (reference == Reference::kFont ? fonts : colours).Use(number);
     return number;
   };
-  Visitor(collect).Visit(document);
+  Visitor(collect, symbol_font).Visit(document);
   if (UsesSymbolBullet(document->blocks)) {
     for (std::size_t i = 0; i < document->fonts.size(); ++i) {
       if (IsBulletFont(document->fonts[i])) fonts.Use(static_cast<int>(i));
