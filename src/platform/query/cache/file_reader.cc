@@ -3,8 +3,6 @@
 #include <chrono>
 #include <utility>
 
-#include "platform/access/engine_error.h"
-
 namespace tenora::query {
 namespace {
 
@@ -17,15 +15,9 @@ FileReader::FileReader(std::filesystem::path path, const access::FileState& stat
                        ReadLocking locking)
     : path_(std::move(path)), state_(state), locking_(locking) {}
 
-// Null if the file system does not support locks: the file is then read without one.
 std::unique_ptr<access::ReadLock> FileReader::Lock() const {
   if (locking_ == ReadLocking::kNone) return nullptr;
-  try {
-    return access::ReadLock::Take(path_, kWaitForWriters);
-  } catch (const RuntimeError& error) {
-    if (error.number() == access::engine_error::kCannotLock) return nullptr;
-    throw;
-  }
+  return access::ReadLock::TakeWherePossible(path_, kWaitForWriters);
 }
 
 const access::DatabaseFile& FileReader::File() {
