@@ -165,7 +165,7 @@ QString PrintBox::PagesFault() const {
     return QString::fromStdString(fault);
   const int count = shown_.page_count;
   const auto is_behind = [count](const PageRange& range) { return range.first > count; };
-  if (!PagesCounted() || !std::ranges::all_of(*Pages(), is_behind)) return {};
+  if (!PagesCounted() || !std::ranges::any_of(*Pages(), is_behind)) return {};
   return count == 1 ? tr("The letter has 1 page.") : tr("The letter has %1 pages.").arg(count);
 }
 

@@ -168,20 +168,20 @@ TEST_F(DialogsTest, ThePrintBoxTakesPagesCopiesAndThePrintersOwnSettings) {
   const struct {
     const char* typed;
     bool printable;
-  } cases[] = {{"2-", true}, {"2-x", false}, {"3-2", false}, {"5, 99", false}, {"2-3, 5", true}};
+  } cases[] = {{"2-", true}, {"2-x", false}, {"3-2", false}, {"2-3, 5", false}, {"1, 3-4", true}};
   for (const auto& c : cases) {
     pages->clear();
     QTest::keyClicks(pages, c.typed);
     EXPECT_EQ(print->isEnabled(), c.printable) << c.typed;
     EXPECT_EQ(Find<QLabel>(box, "lblPagesFault")->text().isEmpty(), c.printable) << c.typed;
   }
-  EXPECT_EQ(box.Choice().pages, (std::vector<PageRange>{{2, 3}, {5, 5}}));
+  EXPECT_EQ(box.Choice().pages, (std::vector<PageRange>{{1, 1}, {3, 4}}));
   pages->setText("99");
   Find<QComboBox>(box, "cboOrientation")->setCurrentIndex(1);
   EXPECT_TRUE(print->isEnabled()) << "nobody has counted these pages";
   Find<QComboBox>(box, "cboOrientation")->setCurrentIndex(0);
   EXPECT_EQ(Find<QLabel>(box, "lblPagesFault")->text(), "The letter has 4 pages.");
-  pages->setText("2-3, 5");
+  pages->setText("1, 3-4");
   EXPECT_FALSE(Find<QCheckBox>(box, "chkCollate")->isEnabled()) << "one copy";
   Find<QSpinBox>(box, "txtCopies")->setValue(2);
   Find<QCheckBox>(box, "chkCollate")->setChecked(false);
