@@ -18,38 +18,38 @@ class FileDatabase : public EngineDatabase {
       : path_(std::move(path)),
         name_(path_.string()),
         connections_(std::move(connections)),
-        connection_(connections_->Get(path_)) {}
+        open_(connections_->Get(path_)) {}
 
   const std::string& Name() const override { return name_; }
 
   std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int, int) override {
     constexpr std::string_view kExplain = "explain ";
     if (transaction_ == nullptr && StartsWithNoCase(sql, kExplain)) {
-      if (connection_ == nullptr) connection_ = connections_->Get(path_);
-      return connection_->Explain(sql.substr(kExplain.size()));
+      if (open_.connection == nullptr) open_ = connections_->Get(path_);
+      return open_.connection->Explain(sql.substr(kExplain.size()));
     }
     if (transaction_ != nullptr) {
       if (auto rows = transaction_->TrySelect(sql)) return rows;
-      return std::make_unique<StatementRecordset>(ConnectionWithinTransaction(), sql);
+      return std::make_unique<StatementRecordset>(ConnectionWithinTransaction().connection, sql);
     }
-    if (connection_ == nullptr) connection_ = connections_->Get(path_);
-    return std::make_unique<StatementRecordset>(connection_, sql);
+    if (open_.connection == nullptr) open_ = connections_->Get(path_);
+    return std::make_unique<StatementRecordset>(open_.connection, sql);
   }
 
   std::vector<TableSummary> Tables() const override {
-    const std::shared_ptr<SqliteConnection> connection =
-        connection_ != nullptr ? connection_ : connections_->Get(path_);
+    const FileConnection open = open_.connection != nullptr ? open_ : connections_->Get(path_);
+    const access::DatabaseFile& file = open.tables->File();
     std::vector<TableSummary> summaries;
-    for (const std::string& name : connection->tables().File().TableNames()) {
-      const access::Table* const table = connection->tables().File().FindTable(name);
+    for (const std::string& name : file.TableNames()) {
+      const access::Table* const table = file.FindTable(name);
       summaries.push_back({.name = name, .rows = table == nullptr ? 0 : table->row_count()});
     }
-    for (const access::LinkedTable& link : connection->tables().File().LinkedTables()) {
+    for (const access::LinkedTable& link : file.LinkedTables()) {
       const std::string where = link.database.empty() ? "a server" : "'" + link.database + "'";
       summaries.push_back(
           {.name = link.name, .kind = "linked to table '" + link.source + "' of " + where});
     }
-    for (const std::string& name : connection->tables().File().QueryNames()) {
+    for (const std::string& name : file.QueryNames()) {
       summaries.push_back({.name = name, .kind = "query"});
     }
     return summaries;
@@ -98,23 +98,23 @@ class FileDatabase : public EngineDatabase {
 
   // After a change the connection is out of date: the next statement gets a new one.
   std::unique_ptr<Transaction> EndTransaction() {
-    if (transaction_->changed()) connection_.reset();
-    transaction_connection_.reset();
+    if (transaction_->changed()) open_ = {};
+    transaction_open_ = {};
     return std::move(transaction_);
   }
 
-  std::shared_ptr<SqliteConnection> ConnectionWithinTransaction() {
-    if (transaction_connection_ == nullptr) {
-      transaction_connection_ = connections_->ForTransaction(path_);
+  FileConnection ConnectionWithinTransaction() {
+    if (transaction_open_.connection == nullptr) {
+      transaction_open_ = connections_->ForTransaction(path_);
     }
-    return transaction_connection_;
+    return transaction_open_;
   }
 
   std::filesystem::path path_;
   std::string name_;
   std::shared_ptr<ConnectionCache> connections_;
-  std::shared_ptr<SqliteConnection> connection_;
-  std::shared_ptr<SqliteConnection> transaction_connection_;
+  FileConnection open_;
+  FileConnection transaction_open_;
   std::unique_ptr<Transaction> transaction_;
 };
 

@@ -20,9 +20,9 @@ TableCache::TableCache(std::filesystem::path path, const access::FileState& stat
 
 void TableCache::Hold(const std::vector<access::Column>& columns,
                       const std::shared_ptr<CachedTable>& table) {
-  std::shared_ptr<TableSource>& source = tables_[ToLower(table->name())];
+  std::shared_ptr<FileTable>& source = tables_[ToLower(table->name())];
   if (source == nullptr) {
-    source = std::make_shared<TableSource>(columns, table);
+    source = std::make_shared<FileTable>(columns, table);
   } else {
     source->Hold(table);
   }
@@ -38,7 +38,7 @@ std::shared_ptr<TableSource> TableCache::Find(std::string_view name) {
   if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
   auto source = reader_->Read(kTries, [&](const access::DatabaseFile& file) {
     const access::Table* const table = file.FindTable(name);
-    return table == nullptr ? nullptr : std::make_shared<TableSource>(*table, reader_);
+    return table == nullptr ? nullptr : std::make_shared<FileTable>(*table, reader_);
   });
   if (source == nullptr) return nullptr;
   return tables_.emplace(key, std::move(source)).first->second;

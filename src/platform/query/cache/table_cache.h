@@ -12,14 +12,14 @@
 #include "platform/access/database_file.h"
 #include "platform/access/file_state.h"
 #include "platform/query/cache/file_reader.h"
-#include "platform/query/cache/table_source.h"
+#include "platform/query/cache/file_table.h"
 
 namespace tenora::query {
 
 // By table name in lower case.
-using TableSources = std::unordered_map<std::string, std::shared_ptr<TableSource>>;
+using TableSources = std::unordered_map<std::string, std::shared_ptr<FileTable>>;
 
-class TableCache {
+class TableCache : public TableStore {
  public:
   // `tables` were read from an earlier state of the file and have not changed since.
   TableCache(std::filesystem::path path, const access::FileState& state, ReadLocking locking,
@@ -27,13 +27,13 @@ class TableCache {
 
   // Opens the file on the first call. Raises the errors of access::DatabaseFile::Open.
   const access::DatabaseFile& File() { return reader_->File(); }
-  FileReader& reader() { return *reader_; }
   // Gives the cache a table that the caller has read from the file in this state.
   void Hold(const std::vector<access::Column>& columns, const std::shared_ptr<CachedTable>& table);
   // Whether the table is in memory.
   bool Holds(std::string_view name) const;
   // The table of this name; null if the file has none. Raises what reading the file raises.
-  std::shared_ptr<TableSource> Find(std::string_view name);
+  std::shared_ptr<TableSource> Find(std::string_view name) override;
+  void EndStep() override { reader_->EndStep(); }
   // The tables named so far except these (as the file spells them).
   TableSources TablesExcept(const std::set<std::string>& names) const;
 

@@ -300,8 +300,21 @@ Value ValueOf(const SourceColumn& column, const Wanted& wanted) {
   return std::string(wanted.text.substr(0, wanted.text.find_last_not_of(' ') + 1));
 }
 
-// Reads the wanted rows through an index of the file; false if the table is better read whole.
-bool FindInFile(Cursor& cursor, ColumnMask used) {
+// Looks the wanted rows up in a table in memory.
+void FindIn(Cursor& cursor, CachedTable& table, ColumnMask used) {
+  const auto rows_per_value = [&](const Wanted& wanted) {
+    return table.RowsPerValue(wanted.column);
+  };
+  const auto best = cursor.wanted.size() == 1
+                        ? cursor.wanted.begin()
+                        : std::ranges::min_element(cursor.wanted, {}, rows_per_value);
+  cursor.table = &table;
+  cursor.matches = Matches(table, *best);
+  Prefetch(table, cursor.matches, used);
+}
+
+// Reads the wanted rows where they are kept; false if the table is better read whole.
+bool FindStored(Cursor& cursor, ColumnMask used) {
   TableSource& source = *cursor.source;
   std::vector<std::size_t> columns;
   std::vector<Value> values;
@@ -310,8 +323,13 @@ bool FindInFile(Cursor& cursor, ColumnMask used) {
     values.push_back(ValueOf(source.columns()[wanted.column], wanted));
   }
   if (source.FindIndex(columns) == nullptr) return false;
-  cursor.found = source.FindRows(columns, values, used);
-  if (cursor.found == nullptr) return false;
+  FoundRows found = source.FindRows(columns, values, used);
+  if (found.table == nullptr) return false;
+  cursor.found = std::move(found.table);
+  if (found.shared) {
+    FindIn(cursor, *cursor.found, used);
+    return true;
+  }
   cursor.table = cursor.found.get();
   for (RowNumber row = 0; row < cursor.found->rows(); ++row) {
     if (std::ranges::all_of(cursor.wanted, [&](const Wanted& wanted) {
@@ -322,19 +340,6 @@ bool FindInFile(Cursor& cursor, ColumnMask used) {
   }
   cursor.matches = cursor.selected;
   return true;
-}
-
-void FindInMemory(Cursor& cursor, ColumnMask used) {
-  CachedTable& table = cursor.source->Load();
-  const auto rows_per_value = [&](const Wanted& wanted) {
-    return table.RowsPerValue(wanted.column);
-  };
-  const auto best = cursor.wanted.size() == 1
-                        ? cursor.wanted.begin()
-                        : std::ranges::min_element(cursor.wanted, {}, rows_per_value);
-  cursor.table = &table;
-  cursor.matches = Matches(table, *best);
-  Prefetch(table, cursor.matches, used);
 }
 
 // Sets the values that the cursor's rows must have; false if no row can.
@@ -374,7 +379,8 @@ int Filter(sqlite3_vtab_cursor* base, const char* plan, int count, sqlite3_value
     return SQLITE_OK;
   }
   const bool in_memory = cursor.source->rows() != nullptr;
-  if (in_memory || (!FindInFile(cursor, used) && !StartStream(cursor))) FindInMemory(cursor, used);
+  if (in_memory || (!FindStored(cursor, used) && !StartStream(cursor)))
+    FindIn(cursor, cursor.source->Load(), used);
   if (cursor.stream == nullptr) TakeMatch(cursor);
   return SQLITE_OK;
 }

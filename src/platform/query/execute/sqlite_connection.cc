@@ -27,7 +27,7 @@ int LimitParameter(const Plan& plan) { return static_cast<int>(plan.parameters.s
 
 }  // namespace
 
-SqliteConnection::SqliteConnection(TableCache tables, const Collation& collation,
+SqliteConnection::SqliteConnection(std::shared_ptr<TableStore> tables, const Collation& collation,
                                    const ConnectionSettings& settings)
     : tables_(std::move(tables)),
       functions_{.now = settings.now,
@@ -87,7 +87,7 @@ Catalogue::Entry SqliteConnection::FindTable(std::string_view name) {
   const std::string key = ToLower(name);
   if (const auto known = numbers_.find(key); known != numbers_.end())
     return {.number = known->second, .table = virtual_tables_.sources[known->second].get()};
-  std::shared_ptr<TableSource> table = tables_.Find(name);
+  std::shared_ptr<TableSource> table = tables_->Find(name);
   if (table == nullptr) return {};
   const std::size_t number = virtual_tables_.sources.size();
   virtual_tables_.sources.push_back(std::move(table));
@@ -197,7 +197,7 @@ std::unique_ptr<Recordset> SqliteConnection::Explain(std::string_view statement)
 bool SqliteConnection::Step(sqlite3_stmt* statement, std::string_view text) {
   deadline_ = std::chrono::steady_clock::now() + time_limit_;
   const int status = sqlite3_step(statement);
-  tables_.reader().EndStep();
+  tables_->EndStep();
   if (status == SQLITE_ROW) return true;
   if (status == SQLITE_DONE) return false;
   ThrowStepError(status, text);

@@ -1,5 +1,5 @@
-// Runs selects of the engine's dialect in an in-memory SQLite connection over the tables of one
-// state of a database file.
+// Runs selects of the engine's dialect in an in-memory SQLite connection over tables of one state
+// of a database.
 #pragma once
 
 #include <sqlite3.h>
@@ -12,7 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/query/cache/table_cache.h"
+#include "platform/query/cache/table_source.h"
 #include "platform/query/cache/virtual_table.h"
 #include "platform/query/engine.h"
 #include "platform/query/execute/plan_cache.h"
@@ -29,14 +29,13 @@ struct ConnectionSettings {
 
 class SqliteConnection : private Catalogue {
  public:
-  // `collation` is that of the file's texts.
-  SqliteConnection(TableCache tables, const Collation& collation,
+  // `collation` is that of the database's texts.
+  SqliteConnection(std::shared_ptr<TableStore> tables, const Collation& collation,
                    const ConnectionSettings& settings);
   ~SqliteConnection() override;
   SqliteConnection(const SqliteConnection&) = delete;
   SqliteConnection& operator=(const SqliteConnection&) = delete;
 
-  TableCache& tables() { return tables_; }
   const Collation& collation() const { return functions_.collation; }
 
   // A statement ready for its first step, and the plan it is returned to.
@@ -75,7 +74,7 @@ class SqliteConnection : private Catalogue {
                        const char* database, const char* trigger);
   static int CheckProgress(void* connection);
 
-  TableCache tables_;
+  std::shared_ptr<TableStore> tables_;
   FunctionContext functions_;
   std::chrono::milliseconds time_limit_;
   std::chrono::steady_clock::time_point deadline_;

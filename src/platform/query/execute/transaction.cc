@@ -129,8 +129,7 @@ bool ReadEqualities(const Expression& condition, const access::WritableTable& ta
 
 }  // namespace
 
-Transaction::Transaction(const std::filesystem::path& path,
-                         std::function<std::shared_ptr<SqliteConnection>()> connect)
+Transaction::Transaction(const std::filesystem::path& path, std::function<FileConnection()> connect)
     : connect_(std::move(connect)), transaction_(access::WriteTransaction::Begin(path)) {}
 
 std::int64_t Transaction::Execute(std::string_view statement) {
@@ -230,7 +229,7 @@ Value Transaction::Evaluate(ExpressionPtr expression, std::string_view statement
   if (std::optional<Value> plain = PlainValue(*expression, tokens)) return *std::move(plain);
   Select select;
   AddItem(select, std::move(expression));
-  return StatementRecordset(connect_(), select, statement, tokens).Field(0);
+  return StatementRecordset(connect_().connection, select, statement, tokens).Field(0);
 }
 
 std::vector<Transaction::Change> Transaction::FindChanges(Action action,
@@ -268,13 +267,12 @@ std::vector<Transaction::Change> Transaction::FindBySelect(Action action,
   select.from = std::make_unique<Source>();
   select.from->table = action.table;
   select.where = std::move(action.where);
-  const std::shared_ptr<SqliteConnection> connection = connect_();
+  const auto [connection, tables] = connect_();
   // The transaction has already read the table's definition and opened the file: neither is done a
   // second time.
-  if (!connection->tables().Holds(action.table)) {
-    connection->tables().Hold(table.columns(),
-                              std::make_shared<CachedTable>(table.name(), table.columns(),
-                                                            kUnknownRowCount, *table.Rows()));
+  if (!tables->Holds(action.table)) {
+    tables->Hold(table.columns(), std::make_shared<CachedTable>(table.name(), table.columns(),
+                                                                kUnknownRowCount, *table.Rows()));
   }
   std::vector<Change> changes;
   for (StatementRecordset found(connection, select, statement, tokens); !found.EndOfFile();

@@ -11,7 +11,7 @@
 
 #include "platform/access/database_writer.h"
 #include "platform/query/engine.h"
-#include "platform/query/execute/sqlite_connection.h"
+#include "platform/query/execute/connection_cache.h"
 #include "platform/query/sql/syntax.h"
 
 namespace tenora::query {
@@ -20,8 +20,7 @@ class Transaction {
  public:
   // `connect` gives a connection to the file as it is now; it is called within the
   // transaction, and only for statements that need more than look-ups by equality.
-  Transaction(const std::filesystem::path& path,
-              std::function<std::shared_ptr<SqliteConnection>()> connect);
+  Transaction(const std::filesystem::path& path, std::function<FileConnection()> connect);
 
   // The number of rows changed. Raises what ParseAction and WritableTable raise, and 3219 for a
   // condition other than "column = literal" after an earlier change in this transaction.
@@ -58,7 +57,7 @@ class Transaction {
   std::vector<Change> FindBySelect(Action action, access::WritableTable& table,
                                    std::string_view statement, const std::vector<Token>& tokens);
 
-  std::function<std::shared_ptr<SqliteConnection>()> connect_;
+  std::function<FileConnection()> connect_;
   std::unique_ptr<access::WriteTransaction> transaction_;
   std::set<std::string> changed_tables_;
   bool half_done_ = false;

@@ -1,4 +1,4 @@
-#include "platform/query/cache/table_source.h"
+#include "platform/query/cache/file_table.h"
 
 #include <algorithm>
 #include <utility>
@@ -23,10 +23,6 @@ constexpr int kSpentShare = 8;
 
 constexpr int kTriesOfLookUp = 50, kTriesOfTable = 3;
 
-std::vector<SourceColumn> SourceColumns(const std::vector<access::Column>& columns) {
-  return {columns.begin(), columns.end()};
-}
-
 RuntimeError ChangedWhileRead(const std::string& table) {
   return RuntimeError(access::engine_error::kChangedByAnother,
                       "The database engine stopped the process because another user changed table "
@@ -35,45 +31,51 @@ RuntimeError ChangedWhileRead(const std::string& table) {
                       "DAO.Recordset");
 }
 
+class FileStream : public TableStream {
+ public:
+  FileStream(std::shared_ptr<FileReader> reader, std::unique_ptr<access::RowCursor> rows,
+             std::string table)
+      : reader_(std::move(reader)),
+        rows_(std::move(rows)),
+        table_(std::move(table)),
+        opened_(reader_->opened()) {}
+
+  bool Next() override {
+    reader_->BeginStep();
+    try {
+      return rows_->Next();
+    } catch (const RuntimeError&) {
+      // A page may have gone to another table since.
+      if (reader_->opened() != opened_) throw ChangedWhileRead(table_);
+      throw;
+    }
+  }
+  access::RowCursor& row() override { return *rows_; }
+
+ private:
+  std::shared_ptr<FileReader> reader_;
+  std::unique_ptr<access::RowCursor> rows_;
+  std::string table_;
+  int opened_;
+};
+
 }  // namespace
 
-TableStream::TableStream(std::shared_ptr<FileReader> reader,
-                         std::unique_ptr<access::RowCursor> rows, std::string table)
-    : reader_(std::move(reader)),
-      rows_(std::move(rows)),
-      table_(std::move(table)),
-      opened_(reader_->opened()) {}
-
-bool TableStream::Next() {
-  reader_->BeginStep();
-  try {
-    return rows_->Next();
-  } catch (const RuntimeError&) {
-    // A page may have gone to another table since.
-    if (reader_->opened() != opened_) throw ChangedWhileRead(table_);
-    throw;
-  }
-}
-
-TableSource::TableSource(const access::Table& table, std::shared_ptr<FileReader> reader)
-    : name_(table.name()),
-      columns_(SourceColumns(table.columns())),
-      row_count_(table.row_count()),
+FileTable::FileTable(const access::Table& table, std::shared_ptr<FileReader> reader)
+    : TableSource(table.name(), SourceColumns(table.columns()), table.row_count()),
       page_count_(table.page_count()),
       reader_(std::move(reader)) {
   if (page_count_ > kSmallPages) return;
-  rows_ = std::make_shared<CachedTable>(name_, table.columns(), row_count_, *table.Rows());
+  rows_ = std::make_shared<CachedTable>(name(), table.columns(), row_count(), *table.Rows());
 }
 
-TableSource::TableSource(const std::vector<access::Column>& columns,
-                         std::shared_ptr<CachedTable> rows)
-    : name_(rows->name()),
-      columns_(SourceColumns(columns)),
-      row_count_(rows->rows()),
-      rows_(std::move(rows)) {}
+FileTable::FileTable(const std::vector<access::Column>& columns, std::shared_ptr<CachedTable> rows)
+    : TableSource(rows->name(), SourceColumns(columns), rows->rows()) {
+  Hold(std::move(rows));
+}
 
-std::shared_ptr<TableSource> TableSource::For(std::shared_ptr<FileReader> reader) const {
-  auto same = std::make_shared<TableSource>(*this);
+std::shared_ptr<FileTable> FileTable::For(std::shared_ptr<FileReader> reader) const {
+  auto same = std::make_shared<FileTable>(*this);
   same->reader_ = std::move(reader);
   same->paths_.clear();
   same->paths_opened_ = 0;
@@ -81,19 +83,19 @@ std::shared_ptr<TableSource> TableSource::For(std::shared_ptr<FileReader> reader
 }
 
 // A statement that is translated for some columns cannot be run over others.
-const access::Table& TableSource::Find(const access::DatabaseFile& file) const {
-  const access::Table* const table = file.FindTable(name_);
-  if (table == nullptr || SourceColumns(table->columns()) != columns_) {
-    throw ChangedWhileRead(name_);
+const access::Table& FileTable::Find(const access::DatabaseFile& file) const {
+  const access::Table* const table = file.FindTable(name());
+  if (table == nullptr || SourceColumns(table->columns()) != columns()) {
+    throw ChangedWhileRead(name());
   }
   return *table;
 }
 
-CachedTable& TableSource::Load() {
+CachedTable& FileTable::Load() {
   if (rows_ == nullptr) {
     rows_ = reader_->Read(kTriesOfTable, [&](const access::DatabaseFile& file) {
       const access::Table& table = Find(file);
-      return std::make_shared<CachedTable>(name_, table.columns(), table.row_count(),
+      return std::make_shared<CachedTable>(name(), table.columns(), table.row_count(),
                                            *table.Rows());
     });
   }
@@ -101,8 +103,8 @@ CachedTable& TableSource::Load() {
 }
 
 // The numbers of indexes are valid only for the file as it was opened when they were found.
-const access::IndexPath* TableSource::PathIn(const access::Table& table,
-                                             const std::vector<std::size_t>& columns) {
+const access::IndexPath* FileTable::PathIn(const access::Table& table,
+                                           const std::vector<std::size_t>& columns) {
   if (paths_opened_ != reader_->opened()) paths_.clear();
   paths_opened_ = reader_->opened();
   auto known = paths_.find(columns);
@@ -110,16 +112,16 @@ const access::IndexPath* TableSource::PathIn(const access::Table& table,
   return known->second ? &*known->second : nullptr;
 }
 
-const access::IndexPath* TableSource::FindIndex(const std::vector<std::size_t>& columns) {
+const access::IndexPath* FileTable::FindIndex(const std::vector<std::size_t>& columns) {
   return reader_->Read(kTriesOfLookUp, [&](const access::DatabaseFile& file) {
     return PathIn(Find(file), columns);
   });
 }
 
-std::shared_ptr<CachedTable> TableSource::FindRows(const std::vector<std::size_t>& columns,
-                                                   std::span<const Value> values, ColumnMask used) {
-  const std::int64_t left = kLeastSpent + row_count_ / kSpentShare - spent_ - kLookUpCost;
-  if (left < kFoundCost) return nullptr;
+FoundRows FileTable::FindRows(const std::vector<std::size_t>& columns,
+                              std::span<const Value> values, ColumnMask used) {
+  const std::int64_t left = kLeastSpent + row_count() / kSpentShare - spent_ - kLookUpCost;
+  if (left < kFoundCost) return {};
   const auto most = static_cast<std::size_t>(left / kFoundCost);
   std::shared_ptr<CachedTable> found;
   try {
@@ -130,7 +132,7 @@ std::shared_ptr<CachedTable> TableSource::FindRows(const std::vector<std::size_t
       if (path == nullptr || path->columns != columns) return rows;
       const auto cursor = table.FindRows(*path, values, most);
       if (cursor == nullptr) return rows;
-      rows = std::make_shared<CachedTable>(name_, table.columns(), 0, *cursor, used);
+      rows = std::make_shared<CachedTable>(name(), table.columns(), 0, *cursor, used);
       return rows;
     });
   } catch (const RuntimeError& error) {
@@ -138,18 +140,18 @@ std::shared_ptr<CachedTable> TableSource::FindRows(const std::vector<std::size_t
     if (error.number() != access::engine_error::kCorruptFile) throw;
   }
   spent_ += kLookUpCost + (found == nullptr ? left : kFoundCost * found->rows());
-  return found;
+  return {.table = found};
 }
 
-bool TableSource::Streams() const {
+bool FileTable::Streams() const {
   return rows_ == nullptr && page_count_ > kLargePages && !streamed_;
 }
 
-std::unique_ptr<TableStream> TableSource::Stream() {
+std::unique_ptr<TableStream> FileTable::Stream() {
   if (!Streams()) return nullptr;
   streamed_ = true;
   reader_->BeginStep();
-  return std::make_unique<TableStream>(reader_, Find(reader_->File()).Rows(), name_);
+  return std::make_unique<FileStream>(reader_, Find(reader_->File()).Rows(), name());
 }
 
 }  // namespace tenora::query
