@@ -52,7 +52,8 @@ class RowCursor {
   // the next call on this cursor.
   virtual std::string_view Text(std::size_t column) = 0;
   virtual std::span<const std::byte> Bytes(std::size_t column) = 0;  // kBinary, kOle
-  // A field of any type as a Value: decimals as double, GUIDs as text, kDateTimeExtended as Date.
+  // A field of any type as a Value: GUIDs as text, kDateTimeExtended as Date, decimals as double,
+  // or as text where a double does not show all their digits.
   Value Field(std::size_t column);
 
  protected:

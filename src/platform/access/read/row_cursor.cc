@@ -8,6 +8,7 @@
 #include "platform/access/format/row.h"
 #include "platform/access/read/long_value.h"
 #include "platform/access/read/usage_map.h"
+#include "platform/runtime/conversion.h"
 
 namespace tenora::access {
 namespace {
@@ -310,9 +311,14 @@ Value RowCursor::Field(std::size_t column) {
     case ColumnType::kGuid:
       return std::string(Text(column));
     case ColumnType::kDecimal: {
-      const std::string_view text = Text(column);
+      std::string_view text = Text(column);
+      if (text.find('.') != text.npos) {
+        text = text.substr(0, text.find_last_not_of('0') + 1);
+        if (text.ends_with('.')) text.remove_suffix(1);
+      }
       double number = 0;
       std::from_chars(text.data(), text.data() + text.size(), number);
+      if (NumberText(number) != text) return std::string(text);
       return number;
     }
     case ColumnType::kBinary:

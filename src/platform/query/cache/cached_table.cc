@@ -26,7 +26,7 @@ CachedColumn::CachedColumn(const access::Column& column, std::int64_t expected_r
       collation_(&Collation::Of(column.sort_order)) {
   const auto rows =
       static_cast<std::size_t>(std::clamp<std::int64_t>(expected_rows, 0, kMostReservedRows));
-  if (type_ == Type::kText || type_ == Type::kBinary)
+  if (type_ == Type::kText || IsStoredAsBytes(type_))
     ends_.reserve(rows);
   else if (type_ == Type::kDouble)
     doubles_.reserve(rows);
@@ -47,9 +47,9 @@ void CachedColumn::Append(access::RowCursor& cursor, std::size_t column) {
   ++rows_;
   if (type_ == Type::kText) {
     AppendBytes(cursor.Text(column));
-  } else if (type_ == Type::kBinary) {
-    const auto bytes = cursor.Bytes(column);
-    AppendBytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  } else if (IsStoredAsBytes(type_)) {
+    std::string buffer;
+    AppendBytes(BytesCell(cursor, column, column_type_, buffer));
   } else if (type_ == Type::kDouble) {
     doubles_.push_back(DoubleCell(cursor, column, column_type_));
   } else {

@@ -45,7 +45,7 @@ class CachedColumn {
   // Booleans, integers, currency and dates, as SQLite stores them.
   std::int64_t Integer(RowNumber row) const { return integers_[row]; }
   double Double(RowNumber row) const { return doubles_[row]; }
-  // Text as UTF-8, or bytes.
+  // Text as UTF-8, or the bytes of a binary value or of a decimal.
   std::string_view Bytes(RowNumber row) const {
     const std::uint64_t start = row == 0 ? 0 : ends_[row - 1];
     return std::string_view(bytes_).substr(start, ends_[row] - start);

@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "platform/query/values/decimal.h"
 #include "platform/query/values/sqlite_value.h"
 
 namespace tenora::query {
@@ -38,13 +39,18 @@ std::int64_t IntegerCell(access::RowCursor& row, std::size_t column, access::Col
 }
 
 double DoubleCell(access::RowCursor& row, std::size_t column, access::ColumnType type) {
-  if (type == access::ColumnType::kDecimal) {
-    const Value value = row.Field(column);
-    const double* number = std::get_if<double>(&value);
-    return number == nullptr ? 0 : *number;
-  }
   const double number = row.Double(column);
   return type == access::ColumnType::kSingle ? FromSingle(number) : number;
+}
+
+std::string_view BytesCell(access::RowCursor& row, std::size_t column, access::ColumnType type,
+                           std::string& buffer) {
+  if (type == access::ColumnType::kDecimal) {
+    buffer = row.IsNull(column) ? "" : Decimal::Parse(row.Text(column)).value_or(Decimal()).Key();
+    return buffer;
+  }
+  const auto bytes = row.Bytes(column);
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 }  // namespace tenora::query

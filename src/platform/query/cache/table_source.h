@@ -24,7 +24,7 @@ struct SourceColumn {
         collation(&Collation::Of(column.sort_order)) {}
 
   // Whether rows can be found by equality in this column.
-  bool CanLookUp() const { return type != Type::kDouble && type != Type::kBinary; }
+  bool CanLookUp() const { return type != Type::kDouble && !IsStoredAsBytes(type); }
   bool operator==(const SourceColumn&) const = default;
 
   std::string name;

@@ -423,10 +423,9 @@ void ReadCell(const TableSource& source, access::RowCursor& row, std::size_t ind
     sqlite3_result_null(context);
   } else if (column.type == Type::kText) {
     SetText(context, row.Text(index), SQLITE_TRANSIENT);
-  } else if (column.type == Type::kBinary) {
-    const auto bytes = row.Bytes(index);
-    SetBytes(context, {reinterpret_cast<const char*>(bytes.data()), bytes.size()},
-             SQLITE_TRANSIENT);
+  } else if (IsStoredAsBytes(column.type)) {
+    std::string buffer;
+    SetBytes(context, BytesCell(row, index, column.stored, buffer), SQLITE_TRANSIENT);
   } else if (column.type == Type::kDouble) {
     sqlite3_result_double(context, DoubleCell(row, index, column.stored));
   } else {
@@ -451,7 +450,7 @@ int ReadColumn(sqlite3_vtab_cursor* base, sqlite3_context* context, int number) 
     sqlite3_result_null(context);
   } else if (column.type() == Type::kText) {
     SetText(context, column.Bytes(cursor.row), lifetime);
-  } else if (column.type() == Type::kBinary) {
+  } else if (IsStoredAsBytes(column.type())) {
     SetBytes(context, column.Bytes(cursor.row), lifetime);
   } else if (column.type() == Type::kDouble) {
     sqlite3_result_double(context, column.Double(cursor.row));

@@ -8,7 +8,9 @@
 #include "platform/query/sql/parser.h"
 #include "platform/query/sql/statement_error.h"
 #include "platform/query/values/collation.h"
+#include "platform/query/values/decimal.h"
 #include "platform/query/values/sqlite_value.h"
+#include "platform/runtime/conversion.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::query {
@@ -22,6 +24,17 @@ constexpr std::size_t kMostIdle = 4;
 // The built-in SQLite functions that translated statements call.
 constexpr std::array<std::string_view, 8> kPlainFunctions = {
     "count", "sum", "avg", "min", "max", "coalesce", "rank", "row_number"};
+
+Value Negated(const Value& literal) {
+  if (const auto* whole = std::get_if<std::int64_t>(&literal)) return -*whole;
+  return -ToDouble(literal);
+}
+
+// A number with all the digits that the statement has.
+Decimal ExactValue(const Token& token) {
+  const bool number = token.kind == TokenKind::kInteger || token.kind == TokenKind::kDecimal;
+  return Decimal::Of(number ? Value(std::string(token.source)) : token.value);
+}
 
 int LimitParameter(const Plan& plan) { return static_cast<int>(plan.parameters.size()) + 1; }
 
@@ -123,8 +136,15 @@ void SqliteConnection::Bind(sqlite3_stmt* prepared, const Plan& plan,
                             const std::vector<Token>& tokens) const {
   for (std::size_t i = 0; i < plan.parameters.size(); ++i) {
     const Parameter& parameter = plan.parameters[i];
-    BindValue(prepared, static_cast<int>(i + 1),
-              ConvertTo(tokens[parameter.token].value, parameter.type));
+    const Token& token = tokens[parameter.token];
+    const auto number = static_cast<int>(i + 1);
+    if (parameter.type == Type::kDecimal) {
+      const Decimal decimal = ExactValue(token);
+      BindDecimal(prepared, number, parameter.negated ? -decimal : decimal);
+    } else {
+      const Value value = parameter.negated ? Negated(token.value) : token.value;
+      BindValue(prepared, number, ConvertTo(value, parameter.type));
+    }
   }
   // One row more shows whether any ties with the last.
   if (plan.top) BindValue(prepared, LimitParameter(plan), plan.top->count + 1);

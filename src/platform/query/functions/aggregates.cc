@@ -3,6 +3,7 @@
 
 #include "platform/query/functions/functions.h"
 #include "platform/query/sql/statement_error.h"
+#include "platform/query/values/decimal.h"
 #include "platform/runtime/currency.h"
 
 namespace tenora::query {
@@ -55,6 +56,35 @@ void GiveAverageMoney(sqlite3_context* context) {
       context, Currency::FromTenThousandths(money->sum).Scaled(1, money->count).ten_thousandths());
 }
 
+struct DecimalSum {
+  Decimal sum;
+  std::int64_t count;
+  bool overflow;
+};
+
+void AddDecimal(sqlite3_context* context, int, sqlite3_value** values) {
+  auto* const total =
+      static_cast<DecimalSum*>(sqlite3_aggregate_context(context, sizeof(DecimalSum)));
+  if (total == nullptr || sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+  const auto* const key = static_cast<const char*>(sqlite3_value_blob(values[0]));
+  try {
+    total->sum = total->sum +
+                 Decimal::FromKey({key, static_cast<std::size_t>(sqlite3_value_bytes(values[0]))});
+  } catch (const RuntimeError&) {
+    total->overflow = true;
+  }
+  ++total->count;
+}
+
+template <bool kAverage>
+void GiveDecimal(sqlite3_context* context) {
+  const auto* const total = static_cast<DecimalSum*>(sqlite3_aggregate_context(context, 0));
+  if (total == nullptr || total->count == 0) return sqlite3_result_null(context);
+  if (total->overflow) return sqlite3_result_error(context, "integer overflow", -1);
+  const std::string key = (kAverage ? total->sum / Decimal::Of(total->count) : total->sum).Key();
+  sqlite3_result_blob64(context, key.data(), key.size(), SQLITE_TRANSIENT);
+}
+
 // Running mean and sum of squared distances from it (Welford's method), which stays accurate where
 // the plain sum of squares would not.
 struct Spread {
@@ -97,6 +127,8 @@ void RegisterAggregates(sqlite3* connection) {
   Register(connection, "e_first", KeepFirst, GiveKept);
   Register(connection, "e_last", KeepLast, GiveKept);
   Register(connection, "e_avg_money", AddMoney, GiveAverageMoney);
+  Register(connection, "e_sum_decimal", AddDecimal, GiveDecimal<false>);
+  Register(connection, "e_avg_decimal", AddDecimal, GiveDecimal<true>);
   Register(connection, "e_stdev", AddToSpread, GiveSpread<true, true>);
   Register(connection, "e_stdevp", AddToSpread, GiveSpread<false, true>);
   Register(connection, "e_var", AddToSpread, GiveSpread<true, false>);

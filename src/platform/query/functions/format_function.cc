@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/query/values/decimal.h"
 #include "platform/query/values/sqlite_value.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
@@ -225,6 +226,8 @@ class NumberSection {
     const std::string pattern =
         digits_[1].empty() ? "0" : "0." + std::string(digits_[1].size(), '0');
     const bool scaled = percents_ > 0 || thousands_ > 0;
+    if (std::holds_alternative<std::string>(magnitude) && !scientific_)
+      return RoundedExactly(Decimal::Of(magnitude));
     if (const auto* money = std::get_if<Currency>(&magnitude);
         money != nullptr && !scaled && !scientific_)
       return FormatNumber(*money, pattern);
@@ -237,6 +240,17 @@ class NumberSection {
     if (std::min(text.find('.'), text.size()) > static_cast<std::size_t>(digits))
       text = FormatNumber(number / std::pow(10.0, ++exponent), pattern);
     return text;
+  }
+
+  std::string RoundedExactly(Decimal number) const {
+    for (int i = 0; i < percents_; ++i) number = number * Decimal::Of(std::int64_t{100});
+    for (int i = 0; i < thousands_; ++i) number = number / Decimal::Of(std::int64_t{1000});
+    const std::size_t decimals = digits_[1].size();
+    const auto kept = static_cast<int>(std::min<std::size_t>(decimals, Decimal::kMostDecimals));
+    std::string text = number.Rounded(kept, Decimal::Rounding::kHalfAway).Text();
+    if (decimals == 0) return text;
+    if (text.find('.') == std::string::npos) text += '.';
+    return text.append(decimals - (text.size() - 1 - text.find('.')), '0');
   }
 
   std::string Place(const std::string& whole, const std::string& decimals, int exponent) const {
@@ -312,6 +326,8 @@ std::vector<std::string_view> Sections(std::string_view pattern) {
 Value Magnitude(const Value& value) {
   if (const auto* money = std::get_if<Currency>(&value))
     return *money < Currency() ? -*money : *money;
+  if (const auto* text = std::get_if<std::string>(&value))
+    return Decimal::Of(*text).Absolute().Text();
   return std::abs(ToDouble(value));
 }
 
@@ -348,7 +364,9 @@ std::string FormatText(const std::string& text, std::string_view pattern,
   if (pattern == "<") return ToLower(text);
   try {
     if (IsDatePattern(pattern)) return DateFormatter(ToDate(text), short_date).Format(pattern);
-    return FormatNumberValue(ToDouble(text), pattern);
+    // The text of a decimal keeps its digits.
+    const std::optional<Decimal> number = Decimal::Parse(text);
+    return FormatNumberValue(number ? number->ToValue() : ToDouble(text), pattern);
   } catch (const RuntimeError&) {
     return text;  // neither number nor date: unchanged
   }

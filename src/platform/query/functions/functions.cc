@@ -9,8 +9,8 @@
 namespace tenora::query {
 namespace {
 
-std::array<std::span<const EngineFunction>, 3> AllFunctions() {
-  return {TextFunctions(), NumberFunctions(), DateFunctions()};
+std::array<std::span<const EngineFunction>, 4> AllFunctions() {
+  return {TextFunctions(), NumberFunctions(), DateFunctions(), DecimalFunctions()};
 }
 
 struct Registration {
@@ -28,7 +28,10 @@ void Run(const Registration& registration, sqlite3_context* context, int count,
     if (IsNull(arguments.back()) && !registration.function->takes_null)
       return sqlite3_result_null(context);
   }
-  SetResult(context, registration.function->call(*registration.context, arguments));
+  const char letter =
+      registration.function->result == '=' ? types.front() : registration.function->result;
+  SetResult(context, registration.function->call(*registration.context, arguments),
+            TypeOfLetter(letter));
 }
 
 void Call(sqlite3_context* context, int count, sqlite3_value** values) {

@@ -47,9 +47,11 @@ void RegisterFunctions(sqlite3* connection, FunctionContext& context);
 std::span<const EngineFunction> TextFunctions();
 std::span<const EngineFunction> NumberFunctions();
 std::span<const EngineFunction> DateFunctions();
+std::span<const EngineFunction> DecimalFunctions();
 
 // Registers the aggregates that SQLite lacks: e_first, e_last, e_avg_money (of ten-thousandths,
-// rounded half to even), and the deviations e_stdev, e_stdevp, e_var, e_varp.
+// rounded half to even), e_sum_decimal and e_avg_decimal (of decimals), and the deviations e_stdev,
+// e_stdevp, e_var, e_varp.
 void RegisterAggregates(sqlite3* connection);
 
 }  // namespace tenora::query

@@ -88,6 +88,7 @@ Fragment ExpressionTranslator::TranslateCondition(const Expression& expression) 
   Fragment fragment = Translate(expression);
   if (fragment.type == Type::kText || fragment.type == Type::kBinary)
     state_.Fail(engine_error::kCriteriaType, "Data type mismatch in criteria expression.");
+  if (fragment.type == Type::kDecimal) fragment = ConvertTo(std::move(fragment), Type::kBoolean);
   fragment.truth = true;
   return fragment;
 }
@@ -159,6 +160,13 @@ Fragment ExpressionTranslator::TranslateNegate(const Expression& expression) {
   Fragment operand = AsValue(Translate(*expression.arguments[0]));
   if (operand.type == Type::kText || operand.type == Type::kDate)
     operand = ConvertTo(std::move(operand), Type::kDouble);
+  if (operand.parameter != 0) {
+    bool& negated = state_.parameters[static_cast<std::size_t>(operand.parameter - 1)].negated;
+    negated = !negated;
+    return operand;
+  }
+  if (operand.type == Type::kDecimal)
+    return {.sql = CallText("decimal_negate", {operand}), .type = Type::kDecimal};
   const Type type = operand.type == Type::kBoolean ? Type::kInteger : operand.type;
   // The blank matters: two minus signs would start a comment.
   return {
@@ -308,6 +316,10 @@ Fragment ExpressionTranslator::TranslateArithmetic(const Expression& expression)
     return Operate("quotient", Type::kDouble, Type::kInteger, std::move(left), std::move(right));
   if (operation == "mod")
     return Operate("modulo", Type::kDouble, Type::kInteger, std::move(left), std::move(right));
+  const bool exact = left.type == Type::kDecimal || right.type == Type::kDecimal;
+  if (operation == "/" && exact)
+    return Operate("decimal_divide", Type::kDecimal, Type::kDecimal, std::move(left),
+                   std::move(right));
   return Operate(operation == "/" ? "divide" : "power", Type::kDouble, Type::kDouble,
                  std::move(left), std::move(right));
 }
@@ -338,6 +350,9 @@ Fragment ExpressionTranslator::Add(const Expression& expression, Fragment left, 
     return Join(left, expression.operation, right, Binding::kAdd, Type::kDate);
   }
   Type type = CommonType(left.type, right.type);
+  if (type == Type::kDecimal)
+    return Operate(plus ? "decimal_add" : "decimal_subtract", type, type, std::move(left),
+                   std::move(right));
   if (type == Type::kBoolean) type = Type::kInteger;
   left = ConvertTo(std::move(left), type);
   right = ConvertTo(std::move(right), type);
@@ -346,6 +361,9 @@ Fragment ExpressionTranslator::Add(const Expression& expression, Fragment left, 
 
 Fragment ExpressionTranslator::Multiply(Fragment left, Fragment right) {
   const auto whole = [](Type type) { return type == Type::kBoolean || type == Type::kInteger; };
+  if (left.type == Type::kDecimal || right.type == Type::kDecimal)
+    return Operate("decimal_multiply", Type::kDecimal, Type::kDecimal, std::move(left),
+                   std::move(right));
   if (left.type == Type::kCurrency && right.type == Type::kCurrency)
     return Operate("multiply", Type::kCurrency, Type::kCurrency, std::move(left), std::move(right));
   const bool money = (left.type == Type::kCurrency && whole(right.type)) ||
@@ -365,7 +383,7 @@ Fragment ExpressionTranslator::TranslateCall(const Expression& expression) {
   if (name == "nz") return TranslateNz(expression);
   if (name == "isnull" && expression.arguments.size() == 1) return TranslateIsNull(expression);
   bool known = false;
-  const EngineFunction* const function =
+  const EngineFunction* function =
       expression.star ? nullptr : FindFunction(name, expression.arguments.size(), known);
   if (function == nullptr) {
     if (!known && IsDomainFunction(name))
@@ -380,14 +398,18 @@ Fragment ExpressionTranslator::TranslateCall(const Expression& expression) {
                 "Wrong number of arguments used with function '" + name + "' in query expression.");
   }
   std::vector<Fragment> arguments;
-  for (std::size_t i = 0; i < expression.arguments.size(); ++i) {
-    Fragment argument = AsValue(Translate(*expression.arguments[i]));
+  for (const ExpressionPtr& argument : expression.arguments)
+    arguments.push_back(AsValue(Translate(*argument)));
+  if (!arguments.empty() && arguments[0].type == Type::kDecimal) {
+    const EngineFunction* const exact = FindFunction("decimal_" + name, arguments.size(), known);
+    if (exact != nullptr) function = exact;
+  }
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
     const char letter = function->parameters[i];
-    arguments.push_back(letter == '?' ? std::move(argument)
-                                      : ConvertTo(std::move(argument), TypeOfLetter(letter)));
+    if (letter != '?') arguments[i] = ConvertTo(std::move(arguments[i]), TypeOfLetter(letter));
   }
   const Type type = function->result == '=' ? arguments[0].type : TypeOfLetter(function->result);
-  return {.sql = CallText(name, arguments), .type = type};
+  return {.sql = CallText(function->name, arguments), .type = type};
 }
 
 Fragment ExpressionTranslator::TranslateAggregate(const Expression& expression) {
@@ -421,6 +443,8 @@ Fragment ExpressionTranslator::TranslateSum(const Expression& expression, Fragme
   if (money && name == "sum") return {.sql = "sum(" + argument.sql + ")", .type = Type::kCurrency};
   if (money && name == "avg")
     return {.sql = "e_avg_money(" + argument.sql + ")", .type = Type::kCurrency};
+  if (argument.type == Type::kDecimal && (name == "sum" || name == "avg"))
+    return {.sql = "e_" + name + "_decimal(" + argument.sql + ")", .type = Type::kDecimal};
   argument = ConvertTo(std::move(argument), Type::kDouble);
   const std::string function = name == "sum" || name == "avg" ? name : "e_" + name;
   return {.sql = function + "(" + argument.sql + ")", .type = Type::kDouble};
@@ -472,6 +496,8 @@ Fragment ExpressionTranslator::TranslateNz(const Expression& expression) {
   Fragment replacement;
   if (arguments.size() == 2) {
     replacement = AsValue(Translate(*arguments[1]));
+  } else if (value.type == Type::kDecimal) {
+    replacement = {.sql = "0", .type = Type::kInteger};
   } else if (IsNumber(value.type)) {
     replacement = {.sql = "0", .type = value.type};
   } else {

@@ -58,6 +58,8 @@ std::string_view ConversionFunction(Type type) {
       return "cdbl";
     case Type::kCurrency:
       return "ccur";
+    case Type::kDecimal:
+      return "cdec";
     case Type::kDate:
       return "cdate";
     default:

@@ -82,9 +82,12 @@ SelectTranslator::Result SelectTranslator::TranslateStatement(const Select& sele
 SelectTranslator::Subselect SelectTranslator::TranslateColumn(const Select& select,
                                                               const Scope& outer,
                                                               Type compared_with) {
-  // An integer or boolean that is compared with currency or a date is converted to it.
+  // An integer or boolean that is compared with currency or a date is converted to it, any number
+  // that is compared with a decimal likewise.
   std::optional<Type> wanted;
-  if (compared_with == Type::kCurrency || compared_with == Type::kDate) wanted = compared_with;
+  if (compared_with == Type::kCurrency || compared_with == Type::kDate ||
+      compared_with == Type::kDecimal)
+    wanted = compared_with;
   Result result = TranslateWith(select, &outer, wanted);
   if (result.columns.size() != 1)
     state_.Fail(engine_error::kSubqueryColumns,
@@ -102,8 +105,11 @@ SelectTranslator::Result SelectTranslator::TranslateWith(const Select& select, c
   if (!select.unions.empty()) return TranslateUnion(select, outer, first_column_type);
   Scope scope(outer);
   Body body = TranslateBody(select, scope);
-  if (first_column_type && body.items.size() == 1 && IsNumber(body.items[0].fragment.type) &&
-      body.items[0].fragment.type != Type::kDouble)
+  const auto converts = [&](Type type) {
+    const bool fraction = type == Type::kDouble || type == Type::kDecimal;
+    return IsNumber(type) && (!fraction || first_column_type == Type::kDecimal);
+  };
+  if (first_column_type && body.items.size() == 1 && converts(body.items[0].fragment.type))
     body.items[0].fragment =
         Convert(std::move(body.items[0].fragment), *first_column_type, state_.parameters);
   ExpressionTranslator expressions(state_, *this, scope, body.grouped ? Place::kGroup : Place::kRow,

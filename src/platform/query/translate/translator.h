@@ -21,6 +21,7 @@ struct OutputColumn {
 struct Parameter {
   std::size_t token = 0;  // the literal's index among the tokens
   Type type = Type::kNull;
+  bool negated = false;  // there is a minus sign in front of it
 };
 
 // A "select top n … order by": the sort keys are returned after the columns, and the limit is the

@@ -10,7 +10,7 @@ namespace tenora::query {
 namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86400;
-constexpr std::string_view kTypeLetters = "nbidctsx";
+constexpr std::string_view kTypeLetters = "nbidcmtsx";
 // 1 January 100 and the last second of 9999.
 constexpr std::int64_t kFirstSecond = -657434 * kSecondsPerDay;
 constexpr std::int64_t kLastSecond = 2958466 * kSecondsPerDay - 1;
@@ -44,6 +44,11 @@ std::string_view TextView(sqlite3_value* value) {
   return {text == nullptr ? "" : text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
+std::string_view BlobView(sqlite3_value* value) {
+  const auto* const bytes = static_cast<const char*>(sqlite3_value_blob(value));
+  return {bytes == nullptr ? "" : bytes, static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
 std::vector<std::byte> Bytes(sqlite3_value* value) {
   const auto* const bytes = static_cast<const std::byte*>(sqlite3_value_blob(value));
   return {bytes, bytes + sqlite3_value_bytes(value)};
@@ -71,8 +76,9 @@ Type TypeOf(access::ColumnType type) {
       return Type::kCurrency;
     case access::ColumnType::kSingle:
     case access::ColumnType::kDouble:
-    case access::ColumnType::kDecimal:
       return Type::kDouble;
+    case access::ColumnType::kDecimal:
+      return Type::kDecimal;
     case access::ColumnType::kDateTime:
     case access::ColumnType::kDateTimeExtended:
       return Type::kDate;
@@ -116,13 +122,18 @@ Value ReadValue(sqlite3_value* value, Type type) {
     case SQLITE_TEXT:
       return std::string(TextView(value));
     case SQLITE_BLOB:
+      if (type == Type::kDecimal) return Decimal::FromKey(BlobView(value)).ToValue();
       return Bytes(value);
     default:
       return Null{};
   }
 }
 
-void SetResult(sqlite3_context* context, const Value& value) {
+void SetResult(sqlite3_context* context, const Value& value, Type type) {
+  if (type == Type::kDecimal && !IsNull(value)) {
+    const std::string key = Decimal::Of(value).Key();
+    return sqlite3_result_blob64(context, key.data(), key.size(), SQLITE_TRANSIENT);
+  }
   switch (TypeOf(value)) {
     case Type::kNull:
       return sqlite3_result_null(context);
@@ -134,6 +145,8 @@ void SetResult(sqlite3_context* context, const Value& value) {
       return sqlite3_result_double(context, std::get<double>(value));
     case Type::kCurrency:
       return sqlite3_result_int64(context, std::get<Currency>(value).ten_thousandths());
+    case Type::kDecimal:  // of no value
+      return;
     case Type::kDate:
       return sqlite3_result_int64(context, DateToSeconds(std::get<Date>(value)));
     case Type::kText: {
@@ -168,13 +181,19 @@ void BindValue(sqlite3_stmt* statement, int parameter, const Value& value) {
                                    SQLITE_UTF8);
       }
       case Type::kNull:
-      case Type::kBinary:  // has no literals
+      case Type::kDecimal:  // of no value
+      case Type::kBinary:   // has no literals
         break;
     }
     return sqlite3_bind_null(statement, parameter);
   };
   // An unbound parameter would be null and match other rows.
   RequireDone(bind());
+}
+
+void BindDecimal(sqlite3_stmt* statement, int parameter, const Decimal& number) {
+  const std::string key = number.Key();
+  RequireDone(sqlite3_bind_blob64(statement, parameter, key.data(), key.size(), SQLITE_TRANSIENT));
 }
 
 Value ConvertTo(const Value& value, Type type) {
@@ -191,6 +210,8 @@ Value ConvertTo(const Value& value, Type type) {
       return ToDouble(value);
     case Type::kCurrency:
       return ToCurrency(value);
+    case Type::kDecimal:
+      return Decimal::Of(value).ToValue();
     case Type::kDate:
       return ToDate(value);
     case Type::kText:

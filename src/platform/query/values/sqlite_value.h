@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "platform/access/database_file.h"
+#include "platform/query/values/decimal.h"
 #include "platform/runtime/value.h"
 
 namespace tenora::query {
@@ -16,12 +17,15 @@ enum class Type : std::uint8_t {
   kInteger,   // INTEGER
   kDouble,    // REAL (or the INTEGER result of an expression)
   kCurrency,  // INTEGER, ten-thousandths
+  kDecimal,   // BLOB, Decimal::Key
   kDate,      // INTEGER, seconds since 30 December 1899 00:00, so that dates sort by time
   kText,      // TEXT
   kBinary,    // BLOB
 };
 
-inline bool IsNumber(Type type) { return type >= Type::kBoolean && type <= Type::kCurrency; }
+inline bool IsNumber(Type type) { return type >= Type::kBoolean && type <= Type::kDecimal; }
+// Whether SQLite stores the values as a BLOB.
+inline bool IsStoredAsBytes(Type type) { return type == Type::kDecimal || type == Type::kBinary; }
 
 Type TypeOf(const Value& value);
 Type TypeOf(access::ColumnType type);
@@ -33,13 +37,16 @@ Date DateFromSeconds(std::int64_t seconds);
 char TypeLetter(Type type);
 Type TypeOfLetter(char letter);
 
-// The value of an expression of static type `type`. Raises 6 (Overflow) for a currency amount or
+// The value of an expression of static type `type`: of a decimal, a double or, where that does not
+// show all its digits, a text. Raises 6 (Overflow) for a currency amount or
 // date out of range.
 Value ReadValue(sqlite3_value* value, Type type);
 
-void SetResult(sqlite3_context* context, const Value& value);
+// `type` is that of the function; the value is converted only to a decimal.
+void SetResult(sqlite3_context* context, const Value& value, Type type);
 // Parameters of a statement count from 1. Text is copied.
 void BindValue(sqlite3_stmt* statement, int parameter, const Value& value);
+void BindDecimal(sqlite3_stmt* statement, int parameter, const Decimal& number);
 
 // The value converted to the type; null stays null. Raises 13 (Type mismatch) and 6.
 Value ConvertTo(const Value& value, Type type);
