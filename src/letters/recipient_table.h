@@ -25,14 +25,18 @@
 
 namespace tenora {
 
-// The facts that recipients of a template kind have, kLastLetterFact too, which a table knows only
-// with a template; null for a kind without recipients.
+// The facts that recipients of a template kind have: kLastLetterFact too, which a table knows only
+// with a template, and those of PropertyFactNames, which owners have who are listed by property;
+// null for a kind without recipients.
 const FactNames* RecipientFactNames(std::string_view template_kind);
 // The same with the fields of the office's own that the session's open database has, and no other
 // fields: a misspelt one is unknown.
 FactNames RecipientFactNames(Session& session, std::string_view template_kind);
+// Those of them that a row has only where owners are listed once for each property.
+bool IsPropertyFact(std::string_view template_kind, std::string_view name);
 // The columns that a table shows at first.
-const std::vector<std::string>& UsualColumns(std::string_view template_kind);
+const std::vector<std::string>& UsualColumns(std::string_view template_kind,
+                                             bool by_property = false);
 
 // A fact as people read it: dates short, amounts as currency, "yes" and "no"; empty for none.
 std::string FactText(const Locale& locale, const Fact& fact);

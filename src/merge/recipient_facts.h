@@ -9,9 +9,9 @@
 
 namespace tenora {
 
-// The codes' names and "Days Behind", "Property Address" (its lines in one) and "Closed"; for
-// owners "Properties", "Tenancies", "Arrears" and "Closed". Fields of the office's own by their
-// prefixes.
+// The codes' names and "Days Behind", "Property Address" (its lines in one), "Property Owners
+// Account" (the number of a bank account) and "Closed"; for owners "Properties", "Tenancies",
+// "Arrears" and "Closed". Fields of the office's own by their prefixes.
 const FactNames& TenantFactNames();
 const FactNames& OwnerFactNames();
 

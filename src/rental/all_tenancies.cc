@@ -68,6 +68,10 @@ struct AllTenancies::Data {
       RequireRead(data_.needs.owner_names);
       return data_.owner_names[data_.properties.Of(number_)];
     }
+    std::string OwnerAccount() const override {
+      RequireRead(data_.needs.owner_accounts);
+      return data_.owner_accounts[data_.properties.Of(number_)];
+    }
     std::string TenantField(std::string_view code) const override {
       RequireRead(data_.needs.tenant_fields);
       return data_.tenant_fields->Get(data_.tenants.Of(number_), code);
@@ -142,7 +146,12 @@ struct AllTenancies::Data {
     if (needs.account) ReadAccounts(session, stop);
     if (needs.inspections) ReadInspections(session, stop);
     if (needs.rent_changes) ReadRentChanges(session, stop);
-    if (needs.owner_names) ReadOwnerNames(session, stop);
+    if (needs.owner_names) {
+      ReadOfOwners(session, "owner.name", &OwnerNameOfProperty, &owner_names, stop);
+    }
+    if (needs.owner_accounts) {
+      ReadOfOwners(session, "owner.account_number", &OwnerAccountOfProperty, &owner_accounts, stop);
+    }
     Database& database = session.database;
     if (needs.tenant_fields) tenant_fields.emplace(database, kTenantParent, tenants.codes(), stop);
     if (needs.property_fields)
@@ -209,18 +218,24 @@ struct AllTenancies::Data {
               });
   }
 
-  // Of several rows for one property a query for it alone says which is the first.
-  void ReadOwnerNames(Session& session, const std::stop_token& stop) {
+  // A column of the properties' owners. Of several rows for one property a query for it alone says
+  // which is the first.
+  void ReadOfOwners(Session& session, std::string_view column,
+                    std::string (*look_up)(Session& session, std::string_view property_code),
+                    std::vector<std::string>* texts, const std::stop_token& stop) {
     const std::vector<std::string>& codes = properties.codes();
-    owner_names.resize(codes.size());
+    texts->resize(codes.size());
     std::vector<int> rows(codes.size());
     TablePass pass(session.database, codes, stop);
-    pass.Each("select property.code, owner.name from " + std::string(kOwnersOfProperties),
+    pass.Each(std::string("select property.code, ")
+                  .append(column)
+                  .append(" from ")
+                  .append(kOwnersOfProperties),
               [&](std::size_t code, const query::Recordset& row) {
-                if (++rows[code] == 1) owner_names[code] = TextOf(row.Field(1));
+                if (++rows[code] == 1) (*texts)[code] = TextOf(row.Field(1));
               });
     for (std::size_t i = 0; i < codes.size() && !pass.Stopped(); ++i) {
-      if (rows[i] > 1) owner_names[i] = OwnerNameOfProperty(session, codes[i]);
+      if (rows[i] > 1) (*texts)[i] = look_up(session, codes[i]);
     }
   }
 
@@ -229,7 +244,7 @@ struct AllTenancies::Data {
   CodeGroups tenants, properties;
   std::vector<Inspections> inspections;                       // by tenancy's code
   std::vector<std::optional<StoredRentChange>> rent_changes;  // likewise
-  std::vector<std::string> owner_names;                       // by property's code
+  std::vector<std::string> owner_names, owner_accounts;       // by property's code
   std::optional<CustomFieldTable> tenant_fields, property_fields;
 };
 

@@ -23,6 +23,7 @@ struct TenancyNeeds {
   bool inspections = false;
   bool rent_changes = false;
   bool owner_names = false;
+  bool owner_accounts = false;
   bool tenant_fields = false;
   bool property_fields = false;
 

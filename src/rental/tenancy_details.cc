@@ -55,6 +55,10 @@ std::string LookedUpTenancy::OwnerName() const {
   return OwnerNameOfProperty(session_, tenant_.PropertyCode);
 }
 
+std::string LookedUpTenancy::OwnerAccount() const {
+  return OwnerAccountOfProperty(session_, tenant_.PropertyCode);
+}
+
 std::string LookedUpTenancy::TenantField(std::string_view code) const {
   return LookUpCustomField(session_.database, kTenantParent, tenant_.Reference, code);
 }

@@ -24,6 +24,8 @@ class TenancyDetails {
   virtual std::optional<Date> Inspection(bool next) const = 0;
   virtual std::optional<RentChange> NextRentChange() const = 0;
   virtual std::string OwnerName() const = 0;
+  // The number of the bank account of the property's owner.
+  virtual std::string OwnerAccount() const = 0;
   // Fields of the office's own; empty for one that the record does not have.
   virtual std::string TenantField(std::string_view code) const = 0;
   virtual std::string PropertyField(std::string_view code) const = 0;
@@ -60,6 +62,7 @@ class LookedUpTenancy : public TenancyDetails {
   std::optional<Date> Inspection(bool next) const override;
   std::optional<RentChange> NextRentChange() const override;
   std::string OwnerName() const override;
+  std::string OwnerAccount() const override;
   std::string TenantField(std::string_view code) const override;
   std::string PropertyField(std::string_view code) const override;
 

@@ -201,4 +201,9 @@ std::string OwnerNameOfProperty(Session& session, std::string_view property_code
                                      "Where property.code = " + SQLText(property_code), "");
 }
 
+std::string OwnerAccountOfProperty(Session& session, std::string_view property_code) {
+  return session.database.LookupText("owner.account_number", kOwnersOfProperties,
+                                     "Where property.code = " + SQLText(property_code), "");
+}
+
 }  // namespace tenora

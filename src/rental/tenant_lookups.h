@@ -37,5 +37,7 @@ bool LastPayment(Session& session, TenantRecord& tenant, std::int32_t receipt_nu
 bool HasPayment(Session& session, const TenantRecord& tenant);
 
 std::string OwnerNameOfProperty(Session& session, std::string_view property_code);
+// The number of the owner's bank account.
+std::string OwnerAccountOfProperty(Session& session, std::string_view property_code);
 
 }  // namespace tenora

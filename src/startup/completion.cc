@@ -152,7 +152,10 @@ class Completion {
   Names FactsOf(bool with_words) const {
     Names names;
     if (with_words) names = {"all", "help"};
-    for (const std::string_view fact : RecipientFactNames(Kind())->All()) names.emplace_back(fact);
+    const bool by_property = Contains(line_.words(), "--by-property");
+    for (const std::string_view fact : RecipientFactNames(Kind())->All()) {
+      if (by_property || !IsPropertyFact(Kind(), fact)) names.emplace_back(fact);
+    }
     return names;
   }
 

@@ -24,6 +24,12 @@ void AddRepeated(CLI::App& app, const std::string& name, std::vector<std::string
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+// Refuses a text of blanks, or of nothing, as what a script makes of a variable that is not set.
+CLI::Option* NotBlank(CLI::Option* option, const std::string& problem) {
+  return option->check(
+      [problem](const std::string& text) { return TrimBlanks(text).empty() ? problem : ""; });
+}
+
 }  // namespace
 
 std::string_view GenerateCall::Kind() const { return owners ? kOwnerTemplates : kTemplates; }
@@ -107,11 +113,14 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
                "Only recipients with an e-mail address");
   app.add_option("--search", filter.search,
                  "Only recipients whose line in the list holds the words");
-  app.add_option("--where", call.where,
-                 "Everyone of whom this holds, as \"Days Behind >= 14 and Balance Owing > 50\"; "
-                 "\"--list --columns help\" prints the names");
-  app.add_option("--filter", call.named_filter,
-                 "Everyone of whom the condition saved under this name holds");
+  NotBlank(app.add_option(
+               "--where", call.where,
+               "Everyone of whom this holds, as \"Days Behind >= 14 and Balance Owing > 50\"; "
+               "\"--list --columns help\" prints the names"),
+           "there is no condition, for example Balance Owing > 0");
+  NotBlank(app.add_option("--filter", call.named_filter,
+                          "Everyone of whom the condition saved under this name holds"),
+           "it names no filter");
   app.add_option("--subject", call.subject, "Of the e-mails");
   AddRepeated(app, "--answer", call.answers,
               "\"prompt=text\": the answer to a prompt for all letters; others are asked");
@@ -128,16 +137,14 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
                  "A new file that lists the letters, with addresses and what became of each");
   app.add_option("--printer", call.printer, "The printer; without it, the default one");
   app.add_flag("--list", call.list, "Print the recipients and make nothing");
-  app.add_option("--columns", call.columns,
-                 "With --list: a table of these, with commas between; \"all\" for every one, "
-                 "\"help\" prints their names")
-      ->check([](const std::string& text) {
-        return TrimBlanks(text).empty() ? "it names no column; \"help\" prints the names there are"
-                                        : "";
-      });
+  NotBlank(app.add_option("--columns", call.columns,
+                          "With --list: a table of these, with commas between; \"all\" for every "
+                          "one, \"help\" prints their names"),
+           "it names no column; \"help\" prints the names there are");
   app.add_option("--format", call.format, "With --list: of the table")
       ->check(CLI::IsMember({"table", "csv", "json"}));
-  app.add_option("--sort", call.sort, "With --list: by the values of this column");
+  NotBlank(app.add_option("--sort", call.sort, "With --list: by the values of this column"),
+           "it names no column; \"--columns help\" prints the names there are");
   app.add_flag("--descending", call.descending, "With --sort: the last first");
   app.add_option("--resume", call.resume, "Make what the run of this log left undone");
   app.add_flag("--unfinished", call.unfinished,

@@ -212,13 +212,12 @@ ListingColumn ColumnOf(std::string_view name, const FactNames& names) {
                        possible);
 }
 
-std::vector<ListingColumn> ListingColumns(std::string_view text, std::string_view template_kind,
+std::vector<ListingColumn> ListingColumns(std::string_view text,
+                                          const std::vector<std::string>& usual,
                                           const FactNames& names) {
   std::vector<ListingColumn> columns;
   if (text.empty()) {
-    for (const std::string& name : UsualColumns(template_kind)) {
-      columns.push_back(ColumnOf(name, names));
-    }
+    for (const std::string& name : usual) columns.push_back(ColumnOf(name, names));
   } else if (EqualsNoCase(TrimBlanks(text), "all")) {
     for (const FactNames::Name& name : names.Names()) columns.push_back({name.name, name.type});
   } else {

@@ -20,7 +20,8 @@ struct ListingColumn {
 // The columns of a text such as "Tenant Name, Balance Owing": names as conditions take them, commas
 // between; "all" for every one; the usual ones for an empty text. Raises ConditionError for a name
 // that there is not, with those there are.
-std::vector<ListingColumn> ListingColumns(std::string_view text, std::string_view template_kind,
+std::vector<ListingColumn> ListingColumns(std::string_view text,
+                                          const std::vector<std::string>& usual,
                                           const FactNames& names);
 ListingColumn ColumnOf(std::string_view name, const FactNames& names);
 

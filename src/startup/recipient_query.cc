@@ -36,6 +36,14 @@ std::string ConditionText(Session& session, const GenerateCall& call, const Fact
   return "(" + parts.front() + ") and (" + parts.back() + ")";
 }
 
+void RequireByProperty(const std::vector<std::string>& names, const GenerateCall& call) {
+  if (call.filter.by_property) return;
+  for (const std::string& name : names) {
+    if (!IsPropertyFact(call.Kind(), name)) continue;
+    throw ConditionError(name + " is of owners listed once for each property: give --by-property");
+  }
+}
+
 void RequireTemplate(const std::vector<std::string>& names, const GenerateCall& call) {
   if (!call.template_name.empty() || std::ranges::find(names, kLastLetterFact) == names.end()) {
     return;
@@ -53,6 +61,7 @@ RecipientQuery::RecipientQuery(Session& session, const GenerateCall& call, std::
   if (!call_.where.empty() || !call_.named_filter.empty()) {
     condition_.emplace(ConditionText(session_, call_, *names_), *names_);
     RequireTemplate(condition_->Names(), call_);
+    RequireByProperty(condition_->Names(), call_);
   }
 }
 
@@ -83,13 +92,20 @@ std::vector<std::size_t> RecipientQuery::Rows(const RecipientTable& table) {
 
 bool RecipientQuery::List(std::ostream& output) {
   const bool as_table = call_.AsTable();
+  const bool every_one = EqualsNoCase(TrimBlanks(call_.columns), "all");
   std::vector<ListingColumn> columns;
   if (as_table) {
-    columns = ListingColumns(call_.columns, call_.Kind(), *names_);
-    // The usual columns are those that can be filled.
+    const bool by_property = call_.filter.by_property;
+    columns = ListingColumns(call_.columns, UsualColumns(call_.Kind(), by_property), *names_);
+    // The usual columns, and all of them, are those that can be filled.
     if (call_.columns.empty() && call_.template_name.empty()) {
       std::erase_if(columns,
                     [](const ListingColumn& column) { return column.name == kLastLetterFact; });
+    }
+    if (every_one && !by_property) {
+      std::erase_if(columns, [&](const ListingColumn& column) {
+        return IsPropertyFact(call_.Kind(), column.name);
+      });
     }
   }
   std::vector<std::string> names;
@@ -99,8 +115,8 @@ bool RecipientQuery::List(std::ostream& output) {
     sorted_by = ColumnOf(call_.sort, *names_).name;
     names.push_back(sorted_by);
   }
-  const bool every_one = EqualsNoCase(TrimBlanks(call_.columns), "all");
   if (!every_one) RequireTemplate(names, call_);
+  RequireByProperty(names, call_);
   const RecipientTable table = Read(names);
   std::vector<std::size_t> rows = Rows(table);
   if (!sorted_by.empty()) table.Sort(rows, sorted_by, call_.descending);

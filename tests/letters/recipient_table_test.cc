@@ -1,5 +1,7 @@
 #include "letters/recipient_table.h"
 
+#include <map>
+
 #include "letters/template_library.h"
 #include "rental/rental_fixture.h"
 
@@ -99,14 +101,30 @@ TEST_F(RecipientTables, SortByValueWithEmptyOnesLast) {
 
 TEST_F(RecipientTables, GiveOwnersAlsoByProperty) {
   const std::string kind(kOwnerTemplates);
-  const std::vector<std::string> names{"Name", "Properties", "Tenancies", "Arrears"};
+  const std::vector<std::string> names{
+      "Name",          "Code",          "Properties",         "Tenancies",       "Arrears",
+      "Property Code", "Property Rent", "Property Tenancies", "Property Arrears"};
   const RecipientTable owners(session, {.template_kind = kind}, names);
   EXPECT_EQ(owners.size(), session.caches.Owners.size());
   const RecipientTable properties(session, {.template_kind = kind, .by_property = true}, names);
   ASSERT_EQ(properties.size(), session.caches.Properties.size());
+  const Condition in_arrears("Property Arrears > 0", *RecipientFactNames(kind));
+  EXPECT_TRUE(owners.Select({.closed = true}, &in_arrears).rows.empty());
+  EXPECT_FALSE(properties.Select({.closed = true}, &in_arrears).rows.empty());
+  // What an owner's properties have is together what the owner has.
+  std::map<std::string, std::pair<double, Currency>> together;
+  for (std::size_t row = 0; row < properties.size(); ++row) {
+    auto& [tenancies, arrears] = together[std::get<std::string>(properties.At(row, "Code").fact)];
+    EXPECT_EQ(properties.At(row, "Property Code").fact, Fact(properties.Row(row).key));
+    tenancies += std::get<double>(properties.At(row, "Property Tenancies").fact);
+    arrears += std::get<Currency>(properties.At(row, "Property Arrears").fact);
+  }
   double of_owners = 0;
   for (std::size_t row = 0; row < owners.size(); ++row) {
     of_owners += std::get<double>(owners.At(row, "Properties").fact);
+    const auto& [tenancies, arrears] = together[owners.Row(row).key];
+    EXPECT_EQ(owners.At(row, "Tenancies").fact, Fact(tenancies));
+    EXPECT_EQ(owners.At(row, "Arrears").fact, Fact(arrears));
   }
   double of_named = 0;
   for (std::size_t row = 0; row < properties.size(); ++row) {

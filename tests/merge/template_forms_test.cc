@@ -164,7 +164,7 @@ TEST_F(TemplateFormsTest, PrintSumsFormatsAndFacts) {
       {"<<Each Payment where Payment Number < 60>><<Total Payment Amount>> <<End Each>>= "
        "<<Total Payment Amount>> in <<Number of Payments>>",
        "680.00 1360.00 2040.00 = 2040.00 in 3"},
-      {"<<Each Payment since 12 November 2024 until 25 Nov 2024 newest first>>"
+      {"<<Each Payment until 25 Nov 2024 since 12 November 2024 newest first>>"
        "<<Payment Date:short>> <<End Each>>",
        "25/11/2024 12/11/2024 "},
       {"<<Each Payment where Payment Amount < 0>>x<<End Each>><<If Number of Payments = 0>>none"
@@ -337,6 +337,10 @@ TEST_F(TemplateFormsTest, FindWhatIsWrong) {
        "<<Each Payment since Friday>>", "no day"},
       {"<<Each Payment since 1 May since 1 June>>a<<End Each>>", Kind::kCollection,
        "<<Each Payment since 1 May since 1 June>>", "there twice"},
+      {"<<Each Payment newest first since 1 July>>a<<End Each>>", Kind::kCollection,
+       "<<Each Payment newest first since 1 July>>", "\"newest first\" stands behind"},
+      {"<<Each Payment where Payment Amount > 1 since 1 July>>a<<End Each>>", Kind::kCondition,
+       "<<Each Payment where Payment Amount > 1 since 1 July>>", "\"since\" stands before"},
       {"<<Each Payment since until 1 May>>a<<End Each>>", Kind::kCollection,
        "<<Each Payment since until 1 May>>", "Behind \"since\" a day is missing before \"until\""},
       {"<<Each Payment where>>a<<End Each>>", Kind::kCollection, "<<Each Payment where>>",

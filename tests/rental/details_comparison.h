@@ -53,7 +53,8 @@ inline std::vector<std::string> TextsOf(const TenancyDetails& details, const Fie
         const std::optional<RentChange> change = details.NextRentChange();
         return change ? DayText(change->date) + " " + change->rent.ToText() : "none";
       }),
-      ResultOf([&] { return details.OwnerName(); })};
+      ResultOf([&] { return details.OwnerName(); }),
+      ResultOf([&] { return details.OwnerAccount(); })};
   for (const std::string& code : fields.tenant) texts.push_back(details.TenantField(code));
   for (const std::string& code : fields.property) texts.push_back(details.PropertyField(code));
   return texts;
@@ -76,7 +77,7 @@ inline std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>
     auto left = TextsOf(read, fields), right = TextsOf(looked_up, fields);
     if (left != right) differences.emplace_back(std::move(left), std::move(right));
   };
-  const AllTenancies tenancies(session, {true, true, true, true, true, true});
+  const AllTenancies tenancies(session, {true, true, true, true, true, true, true});
   for (std::size_t i = 0; i < tenancies.size(); ++i) {
     compare(tenancies[i], LookedUpTenancy(session, session.caches.Tenants[i], 0));
   }

@@ -30,6 +30,10 @@ class AskedTenancy : public TenancyDetails {
     needs.owner_names = true;
     return {};
   }
+  std::string OwnerAccount() const override {
+    needs.owner_accounts = true;
+    return {};
+  }
   std::string TenantField(std::string_view) const override {
     needs.tenant_fields = true;
     return {};

@@ -32,6 +32,12 @@ std::string KnownName(std::string_view name, bool tenants) {
   const FactNames& facts = FactNamesOf(tenants);
   if (facts.IsField(trimmed)) return trimmed;
   if (const FactNames::Name* found = facts.Find(trimmed)) return found->name;
+  if (EqualsNoCase(trimmed, kLastLetterFact)) {
+    throw ConditionError(
+        std::string(kLastLetterFact) +
+            " cannot name a file: it is the day of this very letter once it is saved",
+        "{Print Date} is the day of the run");
+  }
   std::vector<std::string_view> all{kTemplateName, kNumberName};
   std::ranges::copy(facts.All(), std::back_inserter(all));
   const std::string meant = NearestName(trimmed, all);

@@ -7,6 +7,7 @@
 #include "letters/custom_field_codes.h"
 #include "letters/generate/fact_needs.h"
 #include "letters/generate/last_letters.h"
+#include "letters/generate/property_facts.h"
 #include "letters/template_library.h"
 #include "merge/merge_codes.h"
 #include "merge/recipient_facts.h"
@@ -83,7 +84,11 @@ FactNames WithLastLetter(FactNames names) {
 
 const FactNames* RecipientFactNames(std::string_view template_kind) {
   static const FactNames kOfTenants = WithLastLetter(TenantFactNames());
-  static const FactNames kOfOwners = WithLastLetter(OwnerFactNames());
+  static const FactNames kOfOwners = [] {
+    FactNames names = OwnerFactNames();
+    names.AddNames(PropertyFactNames());
+    return WithLastLetter(std::move(names));
+  }();
   if (template_kind == kTemplates) return &kOfTenants;
   if (template_kind == kOwnerTemplates) return &kOfOwners;
   return nullptr;
@@ -107,7 +112,11 @@ FactNames RecipientFactNames(Session& session, std::string_view template_kind) {
   return names;
 }
 
-const std::vector<std::string>& UsualColumns(std::string_view template_kind) {
+bool IsPropertyFact(std::string_view template_kind, std::string_view name) {
+  return template_kind == kOwnerTemplates && PropertyFactNames().Find(name) != nullptr;
+}
+
+const std::vector<std::string>& UsualColumns(std::string_view template_kind, bool by_property) {
   static const std::vector<std::string> kOfTenants{
       "Tenant Name",        "Property Code",    "Property Address", "Email",
       "Current Rent",       "Balance Owing",    "Paid To Date",     "Days Behind",
@@ -116,7 +125,13 @@ const std::vector<std::string>& UsualColumns(std::string_view template_kind) {
   static const std::vector<std::string> kOfOwners{
       "Name",       "Postal Address 1", "Postal Address 2", "Email Address",
       "Properties", "Tenancies",        "Arrears",          "Last Letter"};
-  return template_kind == kOwnerTemplates ? kOfOwners : kOfTenants;
+  // With the code, for owners without a name.
+  static const std::vector<std::string> kOfProperties{
+      "Name",          "Code",          "Property Code",      "Property Address",
+      "Email Address", "Property Rent", "Property Tenancies", "Property Arrears",
+      "Last Letter"};
+  if (template_kind != kOwnerTemplates) return kOfTenants;
+  return by_property ? kOfProperties : kOfOwners;
 }
 
 std::string FactText(const Locale& locale, const Fact& fact) {
@@ -138,7 +153,12 @@ struct RecipientTable::Facts {
     if (subject.template_kind == kTemplates) {
       tenancies.emplace(session, TenancyNeedsOf(names), stop);
     } else if (subject.template_kind == kOwnerTemplates) {
-      owners.emplace(session, OwnerNeedsOf(names), stop);
+      std::vector<std::string> of_owners;
+      std::ranges::copy_if(names, std::back_inserter(of_owners), [&](const std::string& name) {
+        return !IsPropertyFact(subject.template_kind, name);
+      });
+      owners.emplace(session, OwnerNeedsOf(of_owners), stop);
+      if (by_property) properties.emplace(session, PropertyNeedsOf(names), stop);
       for (std::size_t i = 0; i < owners->size(); ++i) {
         owner_by_name.emplace((*owners)[i].Record().Name, i);
       }
@@ -171,15 +191,21 @@ struct RecipientTable::Facts {
   template <typename Use>
   auto With(const RecipientRow& row, Use&& use) const {
     if (tenancies) return use(TenantFacts((*tenancies)[row.cached], now));
+    const AllProperties* const of_rows = properties ? &*properties : nullptr;
     const std::optional<std::size_t> owner = OwnerOf(row);
-    if (!owner) return use(NamelessOwner(owner_of_property.at(row.cached)));
-    return use(OwnerFacts((*owners)[*owner], now));
+    if (!owner) {
+      const NamelessOwner nameless(owner_of_property.at(row.cached));
+      return use(PropertyFacts(nameless, of_rows, row.cached));
+    }
+    const OwnerFacts facts((*owners)[*owner], now);
+    return use(PropertyFacts(facts, of_rows, row.cached));
   }
 
   const Date now;
   const bool by_property;
   std::optional<AllTenancies> tenancies;
   std::optional<AllOwners> owners;
+  std::optional<AllProperties> properties;  // where owners are listed by them
   std::map<std::string, std::size_t> owner_by_name;
   std::vector<std::string> owner_of_property;  // codes, as the properties are cached
 };

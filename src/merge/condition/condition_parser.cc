@@ -27,6 +27,12 @@ constexpr int kDeepest = 50;
 // Nor are longer ones.
 constexpr std::size_t kLongest = 10'000;
 
+// More names are no hint.
+constexpr std::size_t kMostMeant = 3;
+
+// What is relative to today is compared as of a day.
+const Date kSomeDay = Date::FromCalendar(2024, 2, 29);
+
 // Words with a meaning of their own end a name that is none.
 constexpr std::array<std::string_view, 9> kWordsBehindName{
     "and", "or", "is", "between", "contains", "starts", "within", "in", "not"};
@@ -67,6 +73,7 @@ std::string ComparisonsOf(FactType type) {
   return {};
 }
 
+bool IsText(FactType type) { return type == FactType::kText || type == FactType::kField; }
 bool IsNumeric(FactType type) { return type == FactType::kNumber || type == FactType::kMoney; }
 
 bool Comparable(FactType left, FactType right) {
@@ -163,7 +170,7 @@ class Parser {
     } else if (negated) {
       throw ConditionError("Behind \"not\" stands between, within, in, contains or starts with");
     } else if (const auto sign = TakeComparisonSign()) {
-      return Compared(left, *sign, TakeOperand());
+      return Compared(left, *sign, TakeOperand(&left));
     } else {
       return Truth(std::move(left), begin);
     }
@@ -177,7 +184,7 @@ class Parser {
     if (TakeWord("empty")) {
       node = std::make_shared<Node>(Node{.kind = Node::Kind::kEmpty, .left = std::move(left)});
     } else {
-      node = Compared(left, Node::Sign::kEqual, TakeOperand());
+      node = Compared(left, Node::Sign::kEqual, TakeOperand(&left));
     }
     return negated ? Not(std::move(node)) : node;
   }
@@ -197,23 +204,50 @@ class Parser {
   }
 
   NodePtr TextTest(Node::Kind kind, Operand left) {
-    if (left.type != FactType::kText && left.type != FactType::kField) {
+    if (!IsText(left.type)) {
       throw ConditionError(Shown(left) + " is " + TypeName(left.type) +
                                ", of which only a text contains or starts with something",
                            ComparisonsOf(left.type));
     }
-    Operand right = TakeOperand();
+    Operand right = TakeOperand(&left);
     Require(left, right);
     return std::make_shared<Node>(
         Node{.kind = kind, .left = std::move(left), .right = std::move(right)});
   }
 
   NodePtr Between(const Operand& left) {
-    const Operand low = TakeOperand();
+    const std::size_t begin = at_;
+    const Operand low = TakeOperand(&left);
+    const std::size_t end = at_;
     if (!TakeWord("and")) {
       throw ConditionError("Behind \"between\" stand two values with \"and\" between them");
     }
-    return Range(left, low, TakeOperand());
+    const std::size_t high_begin = at_;
+    const Operand high = TakeOperand(&left);
+    NodePtr range = Range(left, low, high);
+    if (IsAbove(low, high)) {
+      const std::string first = WordsFrom(begin, end), second = WordsFrom(high_begin, at_);
+      throw ConditionError(
+          "Nothing is between " + first + " and " + second + ", since the first is the greater",
+          "write between " + second + " and " + first);
+    }
+    return range;
+  }
+
+  // Of two values, as far as it is certain whatever the recipient and the day.
+  static bool IsAbove(const Operand& low, const Operand& high) {
+    const auto* from = std::get_if<DayExpression>(&low.what);
+    const auto* to = std::get_if<DayExpression>(&high.what);
+    if (from != nullptr && to != nullptr) {
+      return from->fixed.has_value() == to->fixed.has_value() &&
+             from->At(kSomeDay) > to->At(kSomeDay);
+    }
+    const auto* first = std::get_if<Fact>(&low.what);
+    const auto* second = std::get_if<Fact>(&high.what);
+    if (first == nullptr || second == nullptr) return false;
+    const auto* number = std::get_if<double>(first);
+    const auto* other = std::get_if<double>(second);
+    return number != nullptr && other != nullptr && *number > *other;
   }
 
   // "within 30 days": from today on.
@@ -259,7 +293,8 @@ class Parser {
     return std::nullopt;
   }
 
-  Operand TakeOperand() {
+  // `left`: what it is compared with, where something is.
+  Operand TakeOperand(const Operand* left = nullptr) {
     if (Here().kind == WordKind::kText) return {FactType::kText, Fact(words_[at_++].text)};
     if (Here().kind == WordKind::kName) {
       const std::string& name = words_[at_].text;
@@ -267,14 +302,14 @@ class Parser {
         ++at_;
         return WithAdded(std::move(*named));
       }
-      RefuseName(name);
+      RefuseName(name, left);
     }
     if (auto named = TakeName()) return WithAdded(std::move(*named));
     if (const auto day = TakeDay(words_, at_)) return CheckedDay(*day);
     if (TakeWord("yes") || TakeWord("true")) return {FactType::kYesNo, Fact(true)};
     if (TakeWord("no") || TakeWord("false")) return {FactType::kYesNo, Fact(false)};
     if (auto number = TakeNumber()) return std::move(*number);
-    RefuseHere();
+    RefuseHere(left);
   }
 
   // The name with the most words that begins here.
@@ -361,27 +396,50 @@ class Parser {
                                [&](std::string_view word) { return IsWord(at, word); });
   }
 
-  [[noreturn]] void RefuseHere() const {
+  [[noreturn]] void RefuseHere(const Operand* left) const {
     std::size_t end = at_;
     while (!EndsName(end)) ++end;
-    if (end > at_) RefuseName(WordsFrom(at_, end));
+    if (end > at_) RefuseName(WordsFrom(at_, end), left);
     const std::string before =
         at_ == 0 ? "At the beginning" : "Behind \"" + words_[at_ - 1].text + "\"";
     throw ConditionError(before + " a name or value is missing", "for example Balance Owing > 0");
   }
 
-  [[noreturn]] void RefuseName(const std::string& name) const {
-    const std::vector<std::string_view> all = names_.All();
-    const std::string near = NearestName(name, all);
+  [[noreturn]] void RefuseName(const std::string& name, const Operand* left) const {
+    std::vector<std::string_view> all;
     std::string possible = "the names are ";
-    for (const std::string_view one : all) {
-      if (possible.back() != ' ') possible += ", ";
-      possible += one;
+    for (const FactNames::Name& one : names_.Names()) {
+      if (!all.empty()) possible += ", ";
+      // As they are to be written.
+      const bool blank = one.type == FactType::kField && one.name.find(' ') != std::string::npos;
+      possible += blank ? "[" + one.name + "]" : one.name;
+      all.push_back(one.name);
     }
-    throw ConditionError(
-        "\"" + name + "\" is no name or value" +
-            (near.empty() ? "; a text stands in quotation marks" : "; is " + near + " meant?"),
-        possible);
+    std::string near = NearestName(name, all);
+    if (near.empty()) near = NamesWith(name, all);
+    // What a text is compared with is more often a text without its marks than a name.
+    const bool text = left != nullptr && IsText(left->type);
+    std::string problem = "\"" + name + "\" is no name or value";
+    if (!near.empty()) {
+      problem += "; is " + near + " meant?";
+    } else if (text) {
+      problem += "; a text stands in quotation marks";
+    }
+    throw ConditionError(problem, possible);
+  }
+
+  // Those that have it as a word, "A or B"; empty where they are too many to be a hint.
+  static std::string NamesWith(const std::string& word, const std::vector<std::string_view>& all) {
+    std::string named;
+    std::size_t count = 0;
+    for (const std::string_view one : all) {
+      const bool has = std::ranges::any_of(
+          Split(one, " "), [&](const std::string& part) { return EqualsNoCase(part, word); });
+      if (!has) continue;
+      named.append(named.empty() ? "" : " or ").append(one);
+      if (++count > kMostMeant) return {};
+    }
+    return named;
   }
 
   const FactNames& names_;

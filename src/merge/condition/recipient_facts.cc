@@ -126,6 +126,8 @@ constexpr NamedFact<TenantSource> kTenantFacts[] = {
     {"Next Inspection", Type::kDate, [](T t) { return Day(t.details.Inspection(true)); }},
     {"Property Code", Type::kText, [](T t) { return TextFact(t.record().PropertyCode); }},
     {"Property Owners Name", Type::kText, [](T t) { return TextFact(t.details.OwnerName()); }},
+    {"Property Owners Account", Type::kText,
+     [](T t) { return TextFact(t.details.OwnerAccount()); }},
     {"Water Meter", Type::kText, [](T t) { return TextFact(t.record().WaterMeter); }},
     {"Contact Address1", Type::kText, [](T t) { return TextFact(t.record().TenantAddress1); }},
     {"Contact Address2", Type::kText, [](T t) { return TextFact(t.record().TenantAddress2); }},

@@ -204,13 +204,18 @@ class Builder {
     return ReadCondition(piece, piece.marker->rest);
   }
 
-  std::optional<Condition> ReadCondition(const FormPiece& piece, const std::string& text) {
+  // `misplaced`: a word in it that belongs before it.
+  std::optional<Condition> ReadCondition(const FormPiece& piece, const std::string& text,
+                                         const std::string& misplaced = "") {
     try {
       Condition condition(text, scope_.Names());
       for (const std::string& name : condition.Names()) UseSum(name);
       return condition;
     } catch (const ConditionError& error) {
-      AddError(piece, FindingKind::kCondition, error);
+      AddError(piece, FindingKind::kCondition,
+               misplaced.empty() ? error
+                                 : ConditionError("\"" + misplaced + "\" stands before \"where\"",
+                                                  std::string(kEachExample)));
       return std::nullopt;
     }
   }
@@ -262,7 +267,7 @@ class Builder {
     for (const std::string* day : {&each->since, &each->until}) {
       if (!day->empty()) ReadDay(*day, kSomeDay);
     }
-    if (words.where) each->where = ReadCondition(piece, *words.where);
+    if (words.where) each->where = ReadCondition(piece, *words.where, words.behind_where);
   }
 
   void AddUnknownCollection(const FormPiece& piece, const std::string& name) {

@@ -95,6 +95,7 @@ class EachReader {
     for (std::size_t i = 0; i < words_.size() && part != &each_.where; ++i) {
       std::optional<std::string>* const next = PartOf(words_[i].folded);
       if (next == nullptr) continue;
+      RefuseOrderAhead(i);
       Keep(part, begin, words_[i].begin, words_[i].folded);
       if (next->has_value()) {
         throw ConditionError("\"" + words_[i].folded + "\" stands there twice");
@@ -102,6 +103,7 @@ class EachReader {
       next->emplace();
       part = next;
       begin = words_[i].end;
+      if (part == &each_.where) NoteClauses(i + 1);
     }
     Keep(part, begin, rest_.size(), "");
     return std::move(each_);
@@ -117,6 +119,23 @@ class EachReader {
     each_.newest_first = true;
     rest_ = rest_.substr(0, words_[count - 2].begin);
     words_.resize(count - 2);
+  }
+
+  // "newest first" that is not at the end, ahead of a clause.
+  void RefuseOrderAhead(std::size_t clause) const {
+    if (clause < 2 || words_[clause - 2].folded != "newest" ||
+        words_[clause - 1].folded != "first") {
+      return;
+    }
+    throw ConditionError("\"newest first\" stands behind the other words, at the end",
+                         std::string(kEachExample));
+  }
+
+  // Behind "where" everything is its condition, which says itself when it cannot be read.
+  void NoteClauses(std::size_t first) {
+    for (std::size_t i = first; i < words_.size() && each_.behind_where.empty(); ++i) {
+      if (PartOf(words_[i].folded) != nullptr) each_.behind_where = words_[i].folded;
+    }
   }
 
   std::optional<std::string>* PartOf(std::string_view word) {
@@ -137,7 +156,7 @@ class EachReader {
       throw ConditionError("Behind \"" + std::string(word) + "\" " +
                                (part == &each_.where ? "a condition" : "a day") + " is missing" +
                                (before.empty() ? "" : " before \"" + before + "\""),
-                           "for example <<Each Payment since 1 April where Payment Amount > 100>>");
+                           std::string(kEachExample));
     } else {
       *part = text;
     }

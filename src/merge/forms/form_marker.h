@@ -25,9 +25,14 @@ struct EachWords {
   std::string collection;
   std::optional<std::string> since, until, where;
   bool newest_first = false;
+  std::string behind_where;  // a word in `where` that could be a clause's; empty for none
 };
 
-// Raises ConditionError for a clause that is there twice or says nothing.
+inline constexpr std::string_view kEachExample =
+    "for example <<Each Payment since 1 April where Payment Amount > 100 newest first>>";
+
+// "since" and "until" come before "where", "newest first" at the end. Raises ConditionError for a
+// clause that is there twice, in the wrong place or says nothing.
 EachWords ReadEach(std::string_view rest);
 
 }  // namespace tenora

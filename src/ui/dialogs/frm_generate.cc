@@ -374,12 +374,24 @@ void frmGenerate::ShowCount() {
     state = tr("The list stays as it is until the condition is right.");
   } else if (RecipientFactNames(kind_) != nullptr && !HasFactsOfFilter()) {
     state = tr("Reading what is known of the recipients…");
+  } else if (const std::string fact = FactWithoutProperty(); !fact.empty()) {
+    state =
+        tr("%1 is known of owners listed once for each property: tick \"One for each property\".")
+            .arg(QString::fromStdString(fact));
   } else if (shown_->Undecided() > 0) {
     state = tr("Of %1 it cannot be said whether they meet the condition. They are left out.")
                 .arg(locale.toString(static_cast<qulonglong>(shown_->Undecided())));
   }
   state_->setText(state);
   state_->setVisible(!state.isEmpty());
+}
+
+std::string frmGenerate::FactWithoutProperty() const {
+  if (by_property_->isChecked() || !filter_->condition()) return {};
+  const std::vector<std::string>& names = filter_->condition()->Names();
+  const auto found = std::ranges::find_if(
+      names, [&](const std::string& name) { return IsPropertyFact(kind_, name); });
+  return found == names.end() ? "" : *found;
 }
 
 std::vector<int> frmGenerate::ShownRows() const {

@@ -66,6 +66,8 @@ class frmGenerate : public QDialog {
   bool HasFactsOfFilter() const;
   std::vector<RecipientRow> ChosenRows() const;
   void ShowCount();
+  // A fact of a property that the filter names while owners are listed once; empty for none.
+  std::string FactWithoutProperty() const;
   std::vector<int> ShownRows() const;
   void TickShown(bool ticked);
   void InvertShown();
