@@ -8,6 +8,7 @@
 #include "platform/access/file_state.h"
 #include "platform/access/format/table_properties.h"
 #include "platform/access/read/system_catalogue.h"
+#include "platform/access/storage/lock_file.h"
 
 namespace tenora::access {
 namespace {
@@ -118,6 +119,8 @@ std::string Finding::Text() const {
 std::vector<Finding> CheckDatabase(const std::filesystem::path& path,
                                    std::chrono::milliseconds wait_for_writers) {
   const std::unique_ptr<ReadLock> lock = ReadLock::TakeWherePossible(path, wait_for_writers);
+  DiskStorage disk;
+  const std::unique_ptr<LockFile> announced = LockFile::JoinOthers(disk, path);
   for (int attempt = 1;; ++attempt) {
     const FileState before = ReadFileState(path);
     std::vector<Finding> findings = CheckFile(PageFile::Open(path), {});

@@ -7,6 +7,7 @@
 #include "platform/access/read/row_cursor.h"
 #include "platform/access/read/system_catalogue.h"
 #include "platform/access/read/usage_map.h"
+#include "platform/access/storage/lock_file.h"
 
 namespace tenora::access {
 namespace {
@@ -48,6 +49,8 @@ class StoredDatabase final : public DatabaseFile {
  public:
   explicit StoredDatabase(std::shared_ptr<const PageFile> file)
       : file_(std::move(file)), catalogue_(file_), tables_(catalogue_.tables().size()) {}
+  // For a file that is read from the disk: announces it to those who have it open.
+  void Announce() { lock_file_ = LockFile::JoinOthers(disk_, path()); }
 
   const std::filesystem::path& path() const override { return file_->path(); }
   Format format() const override { return file_->header().format; }
@@ -81,9 +84,11 @@ class StoredDatabase final : public DatabaseFile {
   std::shared_ptr<const PageFile> file_;
   SystemCatalogue catalogue_;
   mutable std::vector<std::unique_ptr<Table>> tables_;  // each read when first asked for
+  DiskStorage disk_;
+  std::unique_ptr<LockFile> lock_file_;
 };
 
-std::shared_ptr<DatabaseFile> OpenPages(const std::shared_ptr<const PageFile>& file) {
+std::shared_ptr<StoredDatabase> OpenPages(const std::shared_ptr<const PageFile>& file) {
   try {
     return std::make_shared<StoredDatabase>(file);
   } catch (const std::invalid_argument& unknown_code_page) {
@@ -96,7 +101,9 @@ std::shared_ptr<DatabaseFile> OpenPages(const std::shared_ptr<const PageFile>& f
 std::shared_ptr<DatabaseFile> DatabaseFile::Open(const std::filesystem::path& path) {
   // A half-written change that a crashed writer left must not be read.
   RecoverDatabase(path);
-  return OpenPages(PageFile::Open(path));
+  auto database = OpenPages(PageFile::Open(path));
+  database->Announce();
+  return database;
 }
 
 std::shared_ptr<DatabaseFile> DatabaseFile::OpenBytes(std::vector<std::byte> bytes,

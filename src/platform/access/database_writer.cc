@@ -45,7 +45,9 @@ class OpenTransaction final : public WriteTransaction {
     }
     // Whether or not this succeeds, these pages must not be written again.
     context_.spoiled = true;
-    return pages_->Commit(access_);
+    std::map<std::uint32_t, std::string> names;
+    for (const auto& [page, table] : tables_) names[page] = table->name();
+    return pages_->Commit(access_, std::move(names));
   }
 
  private:

@@ -88,8 +88,8 @@ class WriteTransaction {
   // is none, 3073 when it cannot be written.
   virtual WritableTable& Table(std::string_view name) = 0;
   // Once it has returned, the change survives a power cut. Raises 3026 (disk full), 3197 (another
-  // program has changed the same pages), 3027 and 3043; the file is then unchanged, or is rolled
-  // back when it is next opened. Call it at most once.
+  // program has changed the same pages), 3260, 3261 or 3218 (one has locked them), 3027 and 3043;
+  // the file is then unchanged, or is rolled back when it is next opened. Call it at most once.
   virtual CommitStates Commit() = 0;
 };
 

@@ -239,7 +239,13 @@ class KillingStorage final : public access::Storage {
       file_->Truncate(size);
     }
     void Sync() override { storage_.Step(); }
-    bool TryLock(access::LockKind kind) override { return file_->TryLock(kind); }
+    bool TryLock(access::LockKind kind, access::ByteRange bytes) override {
+      return file_->TryLock(kind, bytes);
+    }
+    std::optional<access::ByteRange> OtherLock(access::LockKind kind,
+                                               access::ByteRange bytes) override {
+      return file_->OtherLock(kind, bytes);
+    }
     bool IsAt(const std::filesystem::path& path) override { return file_->IsAt(path); }
 
    private:
@@ -285,6 +291,7 @@ TEST(AnInterruptedChange, IsAtomicWhenTheProcessIsKilled) {
     if (WIFEXITED(status)) {
       EXPECT_EQ(WEXITSTATUS(status), 0);
       EXPECT_TRUE(same(images.after));
+      EXPECT_FALSE(std::filesystem::exists(access::LockFilePath(path))) << "left by the killed";
       break;
     }
     ++killed;

@@ -41,7 +41,10 @@ class SimulatedFile final : public access::StorageFile {
     node_->unsynced.clear();
   }
 
-  bool TryLock(LockKind) override { return true; }
+  bool TryLock(LockKind, access::ByteRange) override { return true; }
+  std::optional<access::ByteRange> OtherLock(LockKind, access::ByteRange) override {
+    return std::nullopt;
+  }
 
   bool IsAt(const std::filesystem::path& path) override {
     const auto found = disk_.now_.find(path);

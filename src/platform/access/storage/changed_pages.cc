@@ -1,11 +1,29 @@
 #include "platform/access/storage/changed_pages.h"
 
 #include <algorithm>
+#include <set>
 
 namespace tenora::access {
 namespace {
 
 constexpr std::uint64_t kLargestFile = 0x80000000;
+constexpr std::size_t kOwner = 4;  // of a data page
+
+// The first pages of the definitions of the tables to which such pages belong. A definition's
+// further pages and those of usage maps and long values do not tell; of a table that is changed,
+// others do.
+std::set<std::uint32_t> TablesOf(const Journal& journal,
+                                 const std::vector<AppendedPage>& appended) {
+  std::set<std::uint32_t> tables;
+  const auto add = [&](std::uint32_t number, Bytes page) {
+    const auto type = static_cast<PageType>(page[0]);
+    if (type == PageType::kTableDefinition) tables.insert(number);
+    if (type == PageType::kData) tables.insert(Load32(&page[kOwner]));
+  };
+  for (const JournalPage& page : journal.pages) add(page.number, page.after);
+  for (const AppendedPage& page : appended) add(page.number, page.bytes);
+  return tables;
+}
 
 }  // namespace
 
@@ -49,7 +67,8 @@ std::uint32_t ChangedPages::Append() {
   return number;
 }
 
-CommitStates ChangedPages::Commit(ExclusiveAccess& access) {
+CommitStates ChangedPages::Commit(ExclusiveAccess& access,
+                                  std::map<std::uint32_t, std::string> tables) {
   Journal journal;
   journal.page_size = static_cast<std::uint32_t>(layout().page_size);
   journal.old_length = old_length_;
@@ -66,7 +85,9 @@ CommitStates ChangedPages::Commit(ExclusiveAccess& access) {
     }
   }
   if (journal.pages.empty() && appended.empty()) return {};
-  return access.Commit(journal, appended);
+  const std::set<std::uint32_t> changed = TablesOf(journal, appended);
+  std::erase_if(tables, [&](const auto& table) { return !changed.contains(table.first); });
+  return access.Commit(journal, appended, tables);
 }
 
 }  // namespace tenora::access

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <string>
 #include <vector>
 
 #include "platform/access/storage/exclusive_access.h"
@@ -24,7 +25,8 @@ class ChangedPages final : public PageFile {
   std::uint32_t Append();
 
   bool changed() const { return !pages_.empty(); }
-  CommitStates Commit(ExclusiveAccess& access);
+  // `tables` are those that may have been changed, by the first page of their definition.
+  CommitStates Commit(ExclusiveAccess& access, std::map<std::uint32_t, std::string> tables);
 
  private:
   struct ChangedPage {

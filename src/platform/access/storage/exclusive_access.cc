@@ -27,7 +27,7 @@ auto ConvertingErrors(Step step) {
 void WaitForLock(StorageFile& file, LockKind kind, std::chrono::milliseconds wait,
                  const std::filesystem::path& path) {
   const auto deadline = std::chrono::steady_clock::now() + wait;
-  while (!file.TryLock(kind)) {
+  while (!file.TryLock(kind, kWholeFile)) {
     if (std::chrono::steady_clock::now() >= deadline) {
       throw RuntimeError(engine_error::kCurrentlyLocked,
                          "Could not update; currently locked. Another program has locked '" +
@@ -78,7 +78,7 @@ RuntimeError WriteError(const StorageError& error) {
 
 ExclusiveAccess::ExclusiveAccess(Storage& storage, const std::filesystem::path& path,
                                  std::chrono::milliseconds wait)
-    : storage_(storage) {
+    : storage_(storage), wait_(wait) {
   path_ = Resolved(path);
   journal_path_ = JournalPath(path_);
   ConvertingErrors([&] {
@@ -88,6 +88,7 @@ ExclusiveAccess::ExclusiveAccess(Storage& storage, const std::filesystem::path& 
     try {
       WaitForLock(*database_, LockKind::kExclusive, wait, path_);
       Recover();
+      lock_file_ = LockFile::Enter(storage_, path_, wait);
     } catch (...) {
       if (!journal_in_use_) storage_.Remove(journal_path_);
       throw;
@@ -167,9 +168,14 @@ RuntimeError ExclusiveAccess::CannotRollBack() const {
 }
 
 CommitStates ExclusiveAccess::Commit(const Journal& journal,
-                                     const std::vector<AppendedPage>& appended) {
+                                     const std::vector<AppendedPage>& appended,
+                                     const std::map<std::uint32_t, std::string>& tables) {
   return ConvertingErrors([&] {
     CommitStates states;
+    std::vector<std::uint32_t> pages;
+    for (const JournalPage& page : journal.pages) pages.push_back(page.number);
+    for (const AppendedPage& page : appended) pages.push_back(page.number);
+    lock_file_->LockForChange(pages, tables, wait_);
     RequireUnchanged(journal);
     SaveJournal(journal);
     try {

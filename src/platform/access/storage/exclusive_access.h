@@ -3,16 +3,20 @@
 //
 // While a database is being changed, its rollback journal is beside it ("property.mdb.journal"). A
 // lock on the journal excludes other writers; a lock on the database excludes programs that lock
-// what they read. Both are held from the first page read to the last page written.
+// what they read. Both are held from the first page read to the last page written. Programs that
+// use the database engine see and respect locks in its lock file, which stand for single pages.
 #pragma once
 
 #include <chrono>
 #include <filesystem>
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/access/storage/file_storage.h"
 #include "platform/access/storage/journal.h"
+#include "platform/access/storage/lock_file.h"
 #include "platform/runtime/error.h"
 
 namespace tenora::access {
@@ -26,8 +30,8 @@ class ExclusiveAccess {
  public:
   // Takes both locks, waiting up to `wait` for each, and rolls back an interrupted change. Raises
   // 3024 (no such file), 3027 (file or folder is read-only), 3218 (locked by another program), 3050
-  // (the file system does not support locks), 3043 (I/O error), 3049 (an interrupted change that
-  // cannot be rolled back, or whose journal is damaged).
+  // (the file system does not support locks, or the lock file cannot be entered), 3043 (I/O error),
+  // 3049 (an interrupted change that cannot be rolled back, or whose journal is damaged).
   ExclusiveAccess(Storage& storage, const std::filesystem::path& path,
                   std::chrono::milliseconds wait);
   ~ExclusiveAccess();
@@ -41,8 +45,10 @@ class ExclusiveAccess {
   // Writes the pages of `journal` and the appended ones. Once it has returned, the change survives
   // a power cut. Raises 3026 (disk full), 3027 or 3043; the database is then unchanged, or is
   // rolled back when it is next opened. Raises 3197, without writing, when another program has
-  // changed one of the pages or the length since they were read.
-  CommitStates Commit(const Journal& journal, const std::vector<AppendedPage>& appended);
+  // changed one of the pages or the length since they were read, and what LockFile::LockForChange
+  // raises when one has locked a page, or one of the tables that are changed.
+  CommitStates Commit(const Journal& journal, const std::vector<AppendedPage>& appended,
+                      const std::map<std::uint32_t, std::string>& tables);
 
  private:
   void LockJournal(std::chrono::milliseconds wait);
@@ -59,6 +65,8 @@ class ExclusiveAccess {
   std::filesystem::path journal_path_;
   std::unique_ptr<StorageFile> journal_;
   std::unique_ptr<StorageFile> database_;
+  std::unique_ptr<LockFile> lock_file_;
+  std::chrono::milliseconds wait_;
   bool journal_in_use_ = true;  // its content may still be needed, so it must not be removed
 };
 

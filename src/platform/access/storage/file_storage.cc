@@ -32,6 +32,17 @@ timespec TimeBetweenTicks() {
   return now;
 }
 
+struct flock SystemLock(LockKind kind, ByteRange bytes) {
+  struct flock lock {};
+  lock.l_type = static_cast<short>(kind == LockKind::kExclusive ? F_WRLCK
+                                   : kind == LockKind::kShared  ? F_RDLCK
+                                                                : F_UNLCK);
+  lock.l_whence = SEEK_SET;
+  lock.l_start = static_cast<off_t>(bytes.offset);
+  lock.l_len = static_cast<off_t>(bytes.length);
+  return lock;
+}
+
 class OpenDiskFile final : public StorageFile {
  public:
   OpenDiskFile(int fd, std::filesystem::path path) : fd_(fd), path_(std::move(path)) {}
@@ -87,18 +98,25 @@ class OpenDiskFile final : public StorageFile {
     }
   }
 
-  bool TryLock(LockKind kind) override {
+  bool TryLock(LockKind kind, ByteRange bytes) override {
     // An open file description lock, not one of the process: it excludes other users in the same
-    // process and is not lost when a library closes another descriptor of the file. Length 0 means
-    // to the end of the file, however far it grows.
-    struct flock lock {};
-    lock.l_type = static_cast<short>(kind == LockKind::kExclusive ? F_WRLCK : F_RDLCK);
-    lock.l_whence = SEEK_SET;
+    // process and is not lost when a library closes another descriptor of the file.
+    struct flock lock = SystemLock(kind, bytes);
     while (::fcntl(fd_, F_OFD_SETLK, &lock) != 0) {
       if (errno == EAGAIN || errno == EACCES) return false;
       if (errno != EINTR) throw StorageError(errno, path_, "lock");
     }
     return true;
+  }
+
+  std::optional<ByteRange> OtherLock(LockKind kind, ByteRange bytes) override {
+    struct flock lock = SystemLock(kind, bytes);
+    while (::fcntl(fd_, F_OFD_GETLK, &lock) != 0) {
+      if (errno != EINTR) throw StorageError(errno, path_, "look for locks in");
+    }
+    if (lock.l_type == F_UNLCK) return std::nullopt;
+    return ByteRange{static_cast<std::uint64_t>(lock.l_start),
+                     static_cast<std::uint64_t>(lock.l_len)};
   }
 
   FileState State() override {
@@ -146,6 +164,10 @@ std::unique_ptr<OpenDiskFile> RequireFile(std::unique_ptr<OpenDiskFile> file,
   return file;
 }
 
+void RequireOneName(const OpenDiskFile& file, const std::filesystem::path& path) {
+  if (file.Status("open").st_nlink > 1) throw StorageError(EMLINK, path, "open");
+}
+
 }  // namespace
 
 StorageError::StorageError(int reason, const std::filesystem::path& path, const char* what)
@@ -156,11 +178,13 @@ StorageError::StorageError(int reason, const std::filesystem::path& path, const 
 
 std::unique_ptr<StorageFile> DiskStorage::Open(const std::filesystem::path& path, Mode mode) {
   // Whoever writes has resolved the links, since the journal lies beside the file itself.
-  const int access = mode == Mode::kReadWrite ? O_RDWR | O_NOFOLLOW : O_RDONLY;
+  const int access = mode == Mode::kRead ? O_RDONLY : O_RDWR | O_NOFOLLOW;
   const int fd = ::open(path.c_str(), access | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0 && (errno == ENOENT || errno == ENOTDIR)) return nullptr;
   if (fd < 0) throw StorageError(errno, path, "open");
-  return RequireFile(std::make_unique<OpenDiskFile>(fd, path), path);
+  auto file = RequireFile(std::make_unique<OpenDiskFile>(fd, path), path);
+  if (mode == Mode::kReadWriteOneName) RequireOneName(*file, path);
+  return file;
 }
 
 std::unique_ptr<StorageFile> DiskStorage::Create(const std::filesystem::path& path,
@@ -173,7 +197,7 @@ std::unique_ptr<StorageFile> DiskStorage::Create(const std::filesystem::path& pa
     const int old = ::open(path.c_str(), kFlags);
     if (old >= 0) {
       auto file = RequireFile(std::make_unique<OpenDiskFile>(old, path), path);
-      if (file->Status("open").st_nlink > 1) throw StorageError(EMLINK, path, "open");
+      RequireOneName(*file, path);
       return file;
     }
     if (errno != ENOENT) throw StorageError(errno, path, "open");
@@ -184,9 +208,12 @@ std::unique_ptr<StorageFile> DiskStorage::Create(const std::filesystem::path& pa
   auto file = std::make_unique<OpenDiskFile>(made, path);
   struct stat model {};
   if (::stat(like.c_str(), &model) != 0) throw StorageError(errno, like, "look up");
-  // If the group cannot be set, members of the model's group who are not in ours may have no
-  // access; the mode is the model's in any case.
-  if (::fchown(made, static_cast<uid_t>(-1), model.st_gid) != 0) errno = 0;
+  // Only the superuser can make it the owner's. If the group cannot be set either, members of the
+  // model's group who are not in ours may have no access; the mode is the model's in any case.
+  if (::fchown(made, model.st_uid, model.st_gid) != 0 &&
+      ::fchown(made, static_cast<uid_t>(-1), model.st_gid) != 0) {
+    errno = 0;
+  }
   if (::fchmod(made, model.st_mode & 0666) != 0) throw StorageError(errno, path, "create");
   return file;
 }

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include "platform/access/file_state.h"
@@ -24,7 +25,15 @@ class StorageError : public std::runtime_error {
   std::filesystem::path path_;
 };
 
-enum class LockKind { kShared, kExclusive };
+enum class LockKind { kNone, kShared, kExclusive };
+
+// Bytes of a file, which may lie behind its end.
+struct ByteRange {
+  std::uint64_t offset = 0;
+  std::uint64_t length = 0;  // 0: to the end of the file, however far it grows
+};
+
+inline constexpr ByteRange kWholeFile{};
 
 // A file open for reading. Every function raises StorageError when its system call fails.
 class ReadableFile {
@@ -42,9 +51,11 @@ class StorageFile : public ReadableFile {
   virtual void Truncate(std::uint64_t size) = 0;
   // Once it has returned, what was written and the file's length survive a power cut.
   virtual void Sync() = 0;
-  // Locks the whole file against other open file descriptions, those of this process included,
-  // until this one is closed. False when another holds a conflicting lock.
-  virtual bool TryLock(LockKind kind) = 0;
+  // Locks the bytes against other open file descriptions, those of this process included, until
+  // this one is closed, or unlocks them. False when another holds a conflicting lock.
+  virtual bool TryLock(LockKind kind, ByteRange bytes) = 0;
+  // A lock of another that would conflict with such a lock; the file may be open for reading only.
+  virtual std::optional<ByteRange> OtherLock(LockKind kind, ByteRange bytes) = 0;
   // The current state, fetched from the server on a network file system; all zero if unavailable.
   virtual FileState State() { return {}; }
   // Sets a modification time that no earlier or later write can have, however coarse the file
@@ -56,13 +67,14 @@ class StorageFile : public ReadableFile {
 
 class Storage {
  public:
-  enum class Mode { kRead, kReadWrite };
+  // kReadWriteOneName: a file with a second name, a hard link, is an error.
+  enum class Mode { kRead, kReadWrite, kReadWriteOneName };
 
   virtual ~Storage() = default;
   // Null when there is no such file. For writing, links must have been resolved.
   virtual std::unique_ptr<StorageFile> Open(const std::filesystem::path& path, Mode mode) = 0;
   // Opens the file, or creates one that is readable and writable by whoever may read and write
-  // `like`. Links, symbolic or hard, are errors.
+  // `like`, as its owner's if that is allowed. Links, symbolic or hard, are errors.
   virtual std::unique_ptr<StorageFile> Create(const std::filesystem::path& path,
                                               const std::filesystem::path& like) = 0;
   virtual void Remove(const std::filesystem::path& path) = 0;
