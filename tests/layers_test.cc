@@ -34,6 +34,7 @@ const std::vector<std::vector<Module>> kLayers = {
      {"platform/mail", {}},
      {"platform/office", {}},
      {"platform/spelling", {}}},
+    {{"platform/server", {}}},
     {{"platform/query", {"sql", "values", "functions", "cache", "translate", "execute"}},
      {"platform/printing", {"image", "layout", "pdf", "cups"}}},
     {{"data", {}}},

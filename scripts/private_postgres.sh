@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# A PostgreSQL cluster for one user's trials: in a folder of its own, on a socket there, reachable
+# from nowhere else. Works as root too, who may not run PostgreSQL: nobody does then.
+#
+#   private_postgres.sh start           prints the cluster's folder, which is the socket's too
+#   private_postgres.sh restart FOLDER  after a stop that is as hard as a power cut
+#   private_postgres.sh stop FOLDER     and removes it
+#
+# "psql -h FOLDER postgres tenora" is then its owner's connection.
+set -eu
+programs=$(printf '%s\n' /usr/lib/postgresql/*/bin | sort -V | tail -n 1)
+if [ ! -x "$programs/initdb" ]; then
+  echo "PostgreSQL's server is not installed (Debian: postgresql)" >&2
+  exit 1
+fi
+as_nobody() {
+  if [ "$(id -u)" = 0 ]; then
+    setpriv --reuid nobody --regid nogroup --clear-groups env HOME=/nonexistent "$@"
+  else
+    "$@"
+  fi
+}
+server() {
+  as_nobody "$programs/pg_ctl" -D "$1/data" -s -w -l "$1/log" \
+    -o "-c listen_addresses= -c unix_socket_directories=$1 -c fsync=${PRIVATE_POSTGRES_FSYNC:-off}" "${@:2}"
+}
+cd /
+case ${1:-} in
+  start)
+    folder=$(mktemp -d "${TMPDIR:-/tmp}/tenora-postgres-XXXXXX")
+    if [ "$(id -u)" = 0 ]; then chown nobody:nogroup "$folder"; fi
+    as_nobody "$programs/initdb" -D "$folder/data" -A trust -U tenora -E UTF8 --locale=C.UTF-8 -N >"$folder.out" 2>&1 ||
+      { cat "$folder.out" >&2; exit 1; }
+    rm "$folder.out"
+    server "$folder" start >&2
+    echo "$folder"
+    ;;
+  restart)
+    server "$2" -m immediate stop >&2
+    server "$2" start >&2
+    ;;
+  stop)
+    server "$2" -m immediate stop >&2 || true
+    rm -rf "$2"
+    ;;
+  *)
+    sed -n '2,9s/^# \{0,1\}//p' "$0" >&2
+    exit 2
+    ;;
+esac

@@ -1,0 +1,259 @@
+-- The rows of branches' database files on a PostgreSQL server, for version 15 and later. "tenora
+-- server init" runs this in an empty database, as the role that shall own it.
+--
+-- Every row table has
+--   branch  the office whose file the row is of; every look-up begins with it
+--   _row    where the row stands in the file (page * 256 + place): "order by _row" is the order in
+--           which the engine gives rows that are otherwise equal
+--   X_k     the engine's sort key of the text X: equal keys are texts that the engine takes for
+--           equal, whatever the server's own collations are
+--   extra   the columns of the file that the table does not have, by name, in the text form that a
+--           column of theirs would have here
+-- Currency is numeric(19,4), exact; dates are timestamps without a zone (1234 and 1899 among them);
+-- yes/no is boolean. What columns a branch's file has, in which order and of which types, is in
+-- kept_column.
+begin;
+create schema rental;
+
+create table rental.version(number int not null);
+insert into rental.version values (1);
+
+create table rental.branch(
+  id int generated always as identity primary key,
+  name text not null unique check (name <> ''),
+  -- Who issues its buildings' receipt numbers: the file (false) or this server.
+  counters_here boolean not null default false);
+
+-- Which logins see which branches; the owner of the database fills it, no login can.
+create table rental.may_see(
+  login name not null,
+  branch int not null references rental.branch on delete cascade,
+  primary key (login, branch));
+
+-- The state of the file that a branch's rows are of.
+create table rental.sync(
+  branch int primary key references rental.branch on delete cascade,
+  generation bigint not null,            -- another one whenever a row has changed
+  taken timestamptz not null,            -- when the file was read
+  finished timestamptz not null default now(),
+  file_name text not null,
+  file_size bigint not null,
+  file_time timestamptz not null,
+  sort_order bigint not null,            -- of the file's texts
+  rows bigint not null,
+  findings bigint not null,
+  tenora_version text not null);
+
+-- The row tables, and the columns by which their rows are found: `key` is that of a table too large
+-- to be read whole, `also` another one. A table without a key is read whole.
+create table rental.table_kind(stored text primary key, key text, also text);
+insert into rental.table_kind values
+  ('owner', null, null), ('property', null, null), ('tenancy', null, null), ('glcodes', null, null),
+  ('options', null, null), ('revenues', 'tenant_code', 'recordnumber'),
+  ('rent_periods', 'tenant_code', null), ('rentchanges', 'tenantcode', null),
+  ('insp_schedule', 'tenant_code', null), ('custom_fields', 'parentcode', null);
+
+create table rental.kept_table(
+  branch int not null references rental.branch on delete cascade,
+  stored text not null references rental.table_kind,
+  name text not null,                    -- as the file spells it
+  rows bigint not null,
+  primary key (branch, stored));
+create table rental.kept_column(
+  branch int not null,
+  stored_table text not null,
+  position int not null,                 -- in the file's table, from 0
+  name text not null,                    -- as the file spells it
+  type int not null,                     -- the file format's number
+  length int not null, precision int not null, scale int not null, sort_order bigint not null,
+  stored text,                           -- the column here; null: in extra
+  primary key (branch, stored_table, position),
+  foreign key (branch, stored_table) references rental.kept_table on delete cascade);
+
+-- What a sync compares: the rows of a page with the same digest are not sent again.
+create table rental.page(
+  branch int not null references rental.branch on delete cascade,
+  page bigint not null,
+  stored_table text not null,
+  rows int not null,
+  digest bytea not null,
+  primary key (branch, stored_table, page));
+
+-- What is wrong with a branch's rows: told, never enforced.
+create table rental.finding(
+  branch int not null references rental.branch on delete cascade,
+  stored_table text not null,
+  _row bigint not null,
+  what text not null);
+create index finding_branch on rental.finding(branch);
+
+create table rental.owner(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  code text, code_k bytea, name text, name_k bytea, postal1 text, postal2 text, postal3 text,
+  street1 text, street2 text, street3 text, home text, work text, mobile text, fax text, email text,
+  ird_number text, fee_percent real, account_name text, account_number text, closedstatus boolean,
+  fee_value double precision, notes text, extra jsonb, primary key (branch, _row));
+create table rental.property(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  code text, code_k bytea, address1 text, address2 text, address3 text, ownercode text,
+  ownercode_k bytea, parent_property text, bedrooms smallint, details text, extra jsonb,
+  primary key (branch, _row));
+create table rental.tenancy(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  reference text, reference_k bytea, name text, name_k bytea, id_number text, monthly_day int,
+  "property code" text, "property code_k" bytea, water_meter text, address1 text, address2 text,
+  address3 text, "when started" timestamp(0), "when ended" timestamp(0),
+  last_inspection timestamp(0), lastrentrise timestamp(0), email text, home_phone text,
+  work_phone text, mobile text, fax text, bond numeric(19,4), closed_yn boolean,
+  "current rent" numeric(19,4), every_amt int, every_freq text, rentreviewdate timestamp(0),
+  comments text, extra jsonb, primary key (branch, _row));
+create table rental.glcodes(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  gl_code text, gl_code_k bytea, description text, type int, exclude_cashflow boolean,
+  pay_extra_charges boolean, taxable_yn boolean, balancedate timestamp(0),
+  bankbalance numeric(19,4), money1 numeric(19,4), extra jsonb, primary key (branch, _row));
+create table rental.options(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  whatpaysfirst int, rent_group text, smtpsend boolean, smtpaddress text, smtpport int,
+  smtpssl boolean, smtpusername text, smtppassword text, smtpsender text, smtprecipient text,
+  extra jsonb, primary key (branch, _row));
+create table rental.revenues(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  recordnumber int, date timestamp(0), tender text, rent_weeks double precision,
+  amount numeric(19,4), paid_to timestamp(0), "property code" text, tax numeric(19,4),
+  "revenue group" text, tenant_code text, tenant_code_k bytea, comment text, extra jsonb,
+  primary key (branch, _row));
+create table rental.rent_periods(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  tenant_code text, tenant_code_k bytea, period_from timestamp(0), period_to timestamp(0),
+  rent_due numeric(19,4), extra_charges numeric(19,4), paid numeric(19,4),
+  extra_charges_paid numeric(19,4), extra jsonb, primary key (branch, _row));
+create table rental.rentchanges(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  tenantcode text, tenantcode_k bytea, changedate timestamp(0), changevalue numeric(19,4),
+  extra jsonb, primary key (branch, _row));
+create table rental.insp_schedule(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  tenant_code text, tenant_code_k bytea, inspection_date timestamp(0), remark text, extra jsonb,
+  primary key (branch, _row));
+create table rental.custom_fields(
+  branch int not null references rental.branch on delete cascade, _row bigint not null,
+  parentcode text, parentcode_k bytea, parenttype int, fieldcode text, fieldcode_k bytea,
+  value text, extra jsonb, primary key (branch, _row));
+
+create index revenues_tenant_code on rental.revenues(branch, tenant_code_k);
+create index revenues_recordnumber on rental.revenues(branch, recordnumber);
+create index rent_periods_tenant_code on rental.rent_periods(branch, tenant_code_k);
+create index rentchanges_tenantcode on rental.rentchanges(branch, tenantcode_k);
+create index insp_schedule_tenant_code on rental.insp_schedule(branch, tenant_code_k);
+create index custom_fields_parentcode on rental.custom_fields(branch, parentcode_k);
+
+-- Receipt numbers of the branches that have them issued here. The row's lock is the guarantee that
+-- no two letters get one number.
+create table rental.counter(
+  branch int not null references rental.branch on delete cascade,
+  building_k bytea not null, building text not null, last bigint not null,
+  primary key (branch, building_k));
+-- The next number of a building; no row where the branch's file issues them.
+create function rental.next_number(a_branch int, a_building text, a_building_k bytea)
+returns bigint language sql security definer set search_path = pg_catalog, pg_temp as $$
+  insert into rental.counter
+    select id, a_building_k, a_building, 1000 from rental.branch
+    where id = a_branch and counters_here
+      and id in (select branch from rental.may_see where login = session_user)
+  on conflict (branch, building_k)
+    do update set last = case when counter.last = 0 then 1000 else counter.last + 1 end
+  returning last
+$$;
+
+-- A branch is added by who brings its rows, who then sees it.
+create function rental.add_branch(a_name text)
+returns int language sql security definer set search_path = pg_catalog, pg_temp as $$
+  with added as (insert into rental.branch(name) values (a_name) returning id),
+    seen as (insert into rental.may_see select session_user, id from added)
+  select id from added
+$$;
+
+-- Writes down what of a branch's rows contradicts other rows.
+create function rental.find_breaks(a_branch int)
+returns void language plpgsql set search_path = pg_catalog, pg_temp as $$
+declare
+  coded record;
+  referring record;
+begin
+  for coded in select * from (values ('owner', 'code', 'code_k'), ('property', 'code', 'code_k'),
+      ('tenancy', 'reference', 'reference_k')) as t(stored, code, key) loop
+    execute format($sql$
+      insert into rental.finding select branch, %1$L, _row, 'has no code'
+        from rental.%1$I where branch = $1 and coalesce(%2$I, '') = ''$sql$,
+      coded.stored, coded.code) using a_branch;
+    execute format($sql$
+      insert into rental.finding
+        select branch, %1$L, _row, 'has the code ''' || %2$I || ''', as an earlier row has'
+        from (select branch, _row, %2$I, row_number() over (partition by %3$I order by _row) place
+          from rental.%1$I where branch = $1 and %3$I is not null) t where place > 1$sql$,
+      coded.stored, coded.code, coded.key) using a_branch;
+  end loop;
+  for referring in select * from (values
+      ('property', 'ownercode', 'owner', 'code_k'),
+      ('tenancy', 'property code', 'property', 'code_k'),
+      ('revenues', 'tenant_code', 'tenancy', 'reference_k'),
+      ('rent_periods', 'tenant_code', 'tenancy', 'reference_k'),
+      ('rentchanges', 'tenantcode', 'tenancy', 'reference_k'),
+      ('insp_schedule', 'tenant_code', 'tenancy', 'reference_k')) as t(stored, code, target, key) loop
+    execute format($sql$
+      insert into rental.finding
+        select f.branch, %1$L, f._row, 'names the %2$s ''' || f.%3$I || ''', which does not exist'
+        from rental.%1$I f where f.branch = $1 and f.%3$I <> '' and not exists
+          (select from rental.%2$I t where t.branch = f.branch and t.%4$I = f.%5$I)$sql$,
+      referring.stored, referring.target, referring.code, referring.key, referring.code || '_k')
+      using a_branch;
+  end loop;
+end $$;
+
+-- What a login may do. Logins are made by the administrator and given one of these roles.
+do $$
+declare
+  role text;
+begin
+  foreach role in array array['tenora_reader', 'tenora_clerk', 'tenora_worker', 'tenora_sync'] loop
+    if not exists (select from pg_roles where rolname = role) then
+      execute format('create role %I nologin', role);
+    end if;
+  end loop;
+end $$;
+grant tenora_reader to tenora_clerk, tenora_worker;
+grant usage on schema rental to tenora_reader, tenora_sync;
+grant select on all tables in schema rental to tenora_reader;
+-- The mail password is for workers only.
+revoke select on rental.options from tenora_reader;
+grant select (branch, _row, whatpaysfirst, rent_group, smtpsend, smtpaddress, smtpport, smtpssl,
+  smtpusername, smtpsender, smtprecipient, extra) on rental.options to tenora_reader;
+grant select on rental.options to tenora_worker;
+grant select, insert, update, delete on all tables in schema rental to tenora_sync;
+revoke insert, update, delete on rental.may_see, rental.version, rental.table_kind, rental.branch,
+  rental.counter from tenora_sync;
+revoke execute on all functions in schema rental from public;
+grant execute on function rental.next_number(int, text, bytea) to tenora_worker;
+grant execute on function rental.add_branch(text), rental.find_breaks(int) to tenora_sync;
+
+-- A login sees its branches only. The session's user counts, which no login can change, not the
+-- role that it has set.
+do $$
+declare
+  stored text;
+begin
+  foreach stored in array array['owner', 'property', 'tenancy', 'glcodes', 'options', 'revenues',
+    'rent_periods', 'rentchanges', 'insp_schedule', 'custom_fields', 'sync', 'kept_table',
+    'kept_column', 'page', 'finding', 'counter'] loop
+    execute format('alter table rental.%I enable row level security', stored);
+    execute format('create policy own_branches on rental.%I using (branch in '
+      '(select s.branch from rental.may_see s where s.login = session_user))', stored);
+  end loop;
+  alter table rental.branch enable row level security;
+  create policy own_branches on rental.branch using (id in
+    (select s.branch from rental.may_see s where s.login = session_user));
+  alter table rental.may_see enable row level security;
+  create policy own_login on rental.may_see using (login = session_user);
+end $$;
+commit;
