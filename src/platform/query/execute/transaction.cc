@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include "platform/query/execute/row_list.h"
@@ -20,6 +21,7 @@ using access::Column;
 using access::ColumnType;
 
 constexpr std::int64_t kUnknownRowCount = 0;
+constexpr int kDuplicateDestination = 3063, kNoTableToDelete = 3128, kDifferentCounts = 3346;
 
 template <typename T>
 bool IsInRange(std::int64_t number) {
@@ -106,11 +108,12 @@ void AddItem(Select& select, ExpressionPtr expression) {
 
 // Adds to `equal` the columns and values of a condition that consists of "column = literal" joined
 // by "and", each literal one that its column can store exactly; false for every other condition.
-bool ReadEqualities(const Expression& condition, const access::WritableTable& table,
-                    const std::vector<Token>& tokens, std::vector<access::ColumnValue>& equal) {
+bool ReadEqualities(const Expression& condition, std::string_view table_name,
+                    const access::WritableTable& table, const std::vector<Token>& tokens,
+                    std::vector<access::ColumnValue>& equal) {
   if (condition.kind == ExpressionKind::kAnd) {
     return std::ranges::all_of(condition.arguments, [&](const ExpressionPtr& part) {
-      return ReadEqualities(*part, table, tokens, equal);
+      return ReadEqualities(*part, table_name, table, tokens, equal);
     });
   }
   if (condition.kind != ExpressionKind::kCompare || condition.operation != "=") return false;
@@ -119,12 +122,32 @@ bool ReadEqualities(const Expression& condition, const access::WritableTable& ta
   if (name.kind != ExpressionKind::kColumn || literal.kind != ExpressionKind::kLiteral) {
     return false;
   }
-  if (!name.qualifier.empty() && !EqualsNoCase(name.qualifier, table.name())) return false;
+  if (!name.qualifier.empty() && !EqualsNoCase(name.qualifier, table_name)) return false;
   const std::optional<std::size_t> column = FindColumn(table.columns(), name.name);
   const Value& value = tokens.at(literal.token).value;
   if (!column || !FitsColumn(value, table.columns()[*column])) return false;
   equal.push_back({name.name, value});
   return true;
+}
+
+// Adds the tables and subqueries of a from clause.
+void AddLeaves(const Source& source, std::vector<const Source*>& leaves) {
+  if (source.left == nullptr) {
+    leaves.push_back(&source);
+    return;
+  }
+  AddLeaves(*source.left, leaves);
+  AddLeaves(*source.right, leaves);
+}
+
+const std::string& NameOf(const Source& leaf) {
+  return leaf.alias.empty() ? leaf.table : leaf.alias;
+}
+
+bool HasSelect(const Expression& expression) {
+  return expression.select != nullptr ||
+         std::ranges::any_of(expression.arguments,
+                             [](const ExpressionPtr& argument) { return HasSelect(*argument); });
 }
 
 }  // namespace
@@ -138,8 +161,9 @@ std::int64_t Transaction::Execute(std::string_view statement) {
   Action action = ParseAction(statement, tokens);
   if (action.kind == ActionKind::kInsert) return Insert(std::move(action), statement, tokens);
   const bool deletes = action.kind == ActionKind::kDelete;
-  access::WritableTable& table = transaction_->Table(action.table);
-  const std::vector<Change> changes = FindChanges(std::move(action), table, statement, tokens);
+  const Target target = FindTarget(action, statement);
+  access::WritableTable& table = *target.table;
+  const std::vector<Change> changes = FindChanges(std::move(action), target, statement, tokens);
   for (const Change& change : changes) {
     // An error after the first row leaves this set.
     half_done_ = &change != &changes.front();
@@ -168,34 +192,79 @@ access::CommitStates Transaction::Commit() {
   return transaction_->Commit();
 }
 
+void Transaction::RequireUnchanged(std::string_view statement) const {
+  if (!changed()) return;
+  throw StatementError(engine_error::kInvalidOperation,
+                       "Invalid operation. After an earlier change in this transaction, only "
+                       "conditions of the form column = literal are supported.",
+                       statement);
+}
+
 std::int64_t Transaction::Insert(Action action, std::string_view statement,
                                  const std::vector<Token>& tokens) {
   access::WritableTable& table = transaction_->Table(action.table);
-  std::vector<std::string> names = action.columns;
-  if (names.empty()) {
-    for (const Column& column : table.columns()) names.push_back(column.name);
-    if (names.size() != action.values.size()) {
-      throw StatementError(3346, "Number of query values and destination fields are not the same.",
-                           statement);
-    }
+  const std::vector<Values> rows = InsertedValues(action, table, statement, tokens);
+  if (rows.empty()) return 0;
+  const Values defaults = Defaults(table, rows.front());
+  for (const Values& row : rows) {
+    // An error after the first row leaves this set.
+    half_done_ = &row != &rows.front();
+    changed_tables_.insert(table.name());
+    Values values = row;
+    values.insert(values.end(), defaults.begin(), defaults.end());
+    table.Insert(values);
   }
-  Values values;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    values.push_back({names[i], Evaluate(std::move(action.values[i]), statement, tokens)});
-  }
-  AddDefaults(table, values);
-  changed_tables_.insert(table.name());
-  table.Insert(values);
-  return 1;
+  half_done_ = false;
+  return static_cast<std::int64_t>(rows.size());
 }
 
-void Transaction::AddDefaults(const access::WritableTable& table, Values& values) {
+std::vector<Transaction::Values> Transaction::InsertedValues(Action& action,
+                                                             const access::WritableTable& table,
+                                                             std::string_view statement,
+                                                             const std::vector<Token>& tokens) {
+  std::vector<std::string>& names = action.columns;
+  const auto require_count = [&](std::size_t values) {
+    if (names.size() == values) return;
+    throw StatementError(kDifferentCounts,
+                         "Number of query values and destination fields are not the same.",
+                         statement);
+  };
+  std::vector<Values> rows;
+  if (action.select == nullptr) {
+    if (names.empty())
+      for (const Column& column : table.columns()) names.push_back(column.name);
+    require_count(action.values.size());
+    Values& values = rows.emplace_back();
+    for (std::size_t i = 0; i < names.size(); ++i)
+      values.push_back({names[i], Evaluate(std::move(action.values[i]), statement, tokens)});
+    return rows;
+  }
+  RequireUnchanged(statement);
+  StatementRecordset found(connect_().connection, *action.select, statement, tokens);
+  // Without names the fields go to the columns of their own names.
+  if (names.empty()) names = found.FieldNames();
+  require_count(found.FieldNames().size());
+  for (auto name = names.begin(); name != names.end(); ++name) {
+    if (std::any_of(names.begin(), name,
+                    [&](const std::string& other) { return EqualsNoCase(other, *name); }))
+      throw StatementError(kDuplicateDestination, "Duplicate output destination '" + *name + "'.",
+                           statement);
+  }
+  for (; !found.EndOfFile(); found.MoveNext()) {
+    Values& values = rows.emplace_back();
+    for (std::size_t i = 0; i < names.size(); ++i) values.push_back({names[i], found.Field(i)});
+  }
+  return rows;
+}
+
+Transaction::Values Transaction::Defaults(const access::WritableTable& table, const Values& named) {
+  Values values;
   const std::vector<Column>& columns = table.columns();
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    const auto named = [&](const auto& value) {
+    const auto names_it = [&](const auto& value) {
       return EqualsNoCase(value.column, columns[i].name);
     };
-    if (columns[i].auto_number || std::ranges::any_of(values, named)) continue;
+    if (columns[i].auto_number || std::ranges::any_of(named, names_it)) continue;
     const std::string stored = table.DefaultValue(i);
     std::string_view expression = TrimBlanks(stored);
     if (expression.starts_with('=')) expression.remove_prefix(1);
@@ -210,6 +279,7 @@ void Transaction::AddDefaults(const access::WritableTable& table, Values& values
                          "DAO.Database");
     }
   }
+  return values;
 }
 
 Value Transaction::EvaluateDefault(std::string_view expression) {
@@ -227,61 +297,133 @@ Value Transaction::EvaluateDefault(std::string_view expression) {
 Value Transaction::Evaluate(ExpressionPtr expression, std::string_view statement,
                             const std::vector<Token>& tokens) {
   if (std::optional<Value> plain = PlainValue(*expression, tokens)) return *std::move(plain);
+  if (HasSelect(*expression)) RequireUnchanged(statement);
   Select select;
   AddItem(select, std::move(expression));
   return StatementRecordset(connect_().connection, select, statement, tokens).Field(0);
 }
 
-std::vector<Transaction::Change> Transaction::FindChanges(Action action,
-                                                          access::WritableTable& table,
+Transaction::Target Transaction::FindTarget(const Action& action, std::string_view statement) {
+  std::vector<const Source*> leaves;
+  AddLeaves(*action.from, leaves);
+  const auto named = [&](std::string_view name) {
+    const auto found = std::ranges::find_if(
+        leaves, [&](const Source* leaf) { return EqualsNoCase(NameOf(*leaf), name); });
+    if (found == leaves.end())
+      throw StatementError(engine_error::kNoSuchTable,
+                           "The database engine cannot find the input table or query '" +
+                               std::string(name) + "' among those of the statement.",
+                           statement);
+    return *found;
+  };
+  // The table that has a column of an update.
+  const auto having = [&](std::size_t column) -> const Source* {
+    if (!action.qualifiers[column].empty()) return named(action.qualifiers[column]);
+    if (leaves.size() == 1) return leaves.front();
+    const Source* owner = nullptr;
+    for (const Source* const leaf : leaves) {
+      if (leaf->select != nullptr) continue;
+      if (!FindColumn(transaction_->Table(leaf->table).columns(), action.columns[column])) continue;
+      if (owner != nullptr)
+        throw StatementError(engine_error::kAmbiguousName,
+                             "The specified field '" + action.columns[column] +
+                                 "' could refer to more than one table of the update.",
+                             statement);
+      owner = leaf;
+    }
+    return owner == nullptr ? leaves.front() : owner;
+  };
+  const Source* changed = leaves.front();
+  if (action.kind == ActionKind::kDelete) {
+    if (!action.table.empty()) {
+      changed = named(action.table);
+    } else if (leaves.size() > 1) {
+      throw StatementError(kNoTableToDelete,
+                           "Specify the table containing the records you want to delete.",
+                           statement);
+    }
+  } else {
+    changed = having(0);
+    for (std::size_t i = 1; i < action.columns.size(); ++i) {
+      if (having(i) != changed)
+        throw StatementError(engine_error::kInvalidOperation,
+                             "Invalid operation. An update of columns of several tables is not "
+                             "supported: update one table after the other.",
+                             statement);
+    }
+  }
+  if (changed->select != nullptr)
+    throw StatementError(engine_error::kNotUpdatable,
+                         "Operation must use an updateable query. The rows of a select cannot be "
+                         "changed.",
+                         statement);
+  return {.name = NameOf(*changed), .table = &transaction_->Table(changed->table)};
+}
+
+std::vector<Transaction::Change> Transaction::FindChanges(Action action, const Target& target,
                                                           std::string_view statement,
                                                           const std::vector<Token>& tokens) {
   Values equal;
-  if (action.where != nullptr && !ReadEqualities(*action.where, table, tokens, equal)) {
-    return FindBySelect(std::move(action), table, statement, tokens);
+  const bool joined = action.from->left != nullptr;
+  if (joined || (action.where != nullptr &&
+                 !ReadEqualities(*action.where, target.name, *target.table, tokens, equal))) {
+    return FindBySelect(std::move(action), target, statement, tokens);
   }
   const std::optional<Values> values = PlainValues(action, tokens);
-  if (!values) return FindBySelect(std::move(action), table, statement, tokens);
+  if (!values) return FindBySelect(std::move(action), target, statement, tokens);
   std::vector<Change> changes;
-  for (const access::RowId row : equal.empty() ? table.All() : table.Find(equal)) {
+  for (const access::RowId row : equal.empty() ? target.table->All() : target.table->Find(equal)) {
     changes.push_back({row, *values});
   }
   return changes;
 }
 
-std::vector<Transaction::Change> Transaction::FindBySelect(Action action,
-                                                           access::WritableTable& table,
+std::vector<Transaction::Change> Transaction::FindBySelect(Action action, const Target& target,
                                                            std::string_view statement,
                                                            const std::vector<Token>& tokens) {
-  if (changed()) {
-    throw StatementError(engine_error::kInvalidOperation,
-                         "Invalid operation. After an earlier change in this transaction, only "
-                         "conditions of the form column = literal are supported.",
-                         statement);
-  }
+  RequireUnchanged(statement);
+  access::WritableTable& table = *target.table;
   Select select;
   auto row_key = std::make_unique<Expression>();
   row_key->kind = ExpressionKind::kRowKey;
+  row_key->qualifier = target.name;
   AddItem(select, std::move(row_key));
   for (ExpressionPtr& value : action.values) AddItem(select, std::move(value));
-  select.from = std::make_unique<Source>();
-  select.from->table = action.table;
+  select.from = std::move(action.from);
   select.where = std::move(action.where);
   const auto [connection, tables] = connect_();
   // The transaction has already read the table's definition and opened the file: neither is done a
   // second time.
-  if (!tables->Holds(action.table)) {
+  if (!tables->Holds(table.name())) {
     tables->Hold(table.columns(), std::make_shared<CachedTable>(table.name(), table.columns(),
                                                                 kUnknownRowCount, *table.Rows()));
   }
   std::vector<Change> changes;
+  std::unordered_map<std::uint32_t, std::size_t> places;  // of rows among the changes
   for (StatementRecordset found(connection, select, statement, tokens); !found.EndOfFile();
        found.MoveNext()) {
-    Change change{RowOfKey(static_cast<std::uint32_t>(ToDouble(found.Field(0)))), {}};
+    if (IsNull(found.Field(0))) {  // of an outer join
+      if (action.kind == ActionKind::kDelete) continue;
+      throw StatementError(engine_error::kInvalidOperation,
+                           "Invalid operation. An update that would add rows to table '" +
+                               table.name() + "' is not supported: use INSERT … SELECT.",
+                           statement);
+    }
+    const auto key = static_cast<std::uint32_t>(ToDouble(found.Field(0)));
+    Change change{RowOfKey(key), {}};
     for (std::size_t i = 0; i < action.columns.size(); ++i) {
       change.values.push_back({action.columns[i], found.Field(i + 1)});
     }
-    changes.push_back(std::move(change));
+    const auto [known, added] = places.emplace(key, changes.size());
+    if (added) {
+      changes.push_back(std::move(change));
+    } else if (!std::ranges::equal(changes[known->second].values, change.values, {},
+                                   &access::ColumnValue::value, &access::ColumnValue::value)) {
+      throw StatementError(engine_error::kInvalidOperation,
+                           "Invalid operation. A row of table '" + table.name() +
+                               "' would get different values from several rows joined to it.",
+                           statement);
+    }
   }
   return changes;
 }
@@ -296,7 +438,8 @@ std::unique_ptr<Recordset> Transaction::TrySelect(std::string_view statement) {
   if (!plain) return nullptr;
   access::WritableTable& table = transaction_->Table(select->from->table);
   Values equal;
-  if (!ReadEqualities(*select->where, table, tokens, equal)) return nullptr;
+  const std::string& name = select->from->alias.empty() ? table.name() : select->from->alias;
+  if (!ReadEqualities(*select->where, name, table, tokens, equal)) return nullptr;
   std::vector<std::string> names;
   std::vector<std::size_t> columns;
   for (const SelectItem& item : select->items) {

@@ -22,8 +22,10 @@ class Transaction {
   // transaction, and only for statements that need more than look-ups by equality.
   Transaction(const std::filesystem::path& path, std::function<FileConnection()> connect);
 
-  // The number of rows changed. Raises what ParseAction and WritableTable raise, and 3219 for a
-  // condition other than "column = literal" after an earlier change in this transaction.
+  // The number of rows changed. Raises what ParseAction, WritableTable and selects raise, 3128 and
+  // 3219 where it is not clear what an update or delete of joined tables changes, and 3219 for a
+  // statement that reads tables other than by "column = literal" after an earlier change in this
+  // transaction. What is refused is refused before the first row changes.
   std::int64_t Execute(std::string_view statement);
 
   // The rows of a select from one table by equality, including the transaction's own changes, found
@@ -43,19 +45,32 @@ class Transaction {
     Values values;
   };
 
+  // A table among those of an update or delete.
+  struct Target {
+    std::string name;  // in the statement: its alias, if it has one
+    access::WritableTable* table = nullptr;
+  };
+
   std::int64_t Insert(Action action, std::string_view statement, const std::vector<Token>& tokens);
-  // Adds the default values of the columns that an insert does not name.
-  void AddDefaults(const access::WritableTable& table, Values& values);
+  // The values of the rows to insert, without defaults.
+  std::vector<Values> InsertedValues(Action& action, const access::WritableTable& table,
+                                     std::string_view statement, const std::vector<Token>& tokens);
+  // The default values of the columns that an insert does not name.
+  Values Defaults(const access::WritableTable& table, const Values& named);
   Value EvaluateDefault(std::string_view expression);
   // The value of an expression that names no columns.
   Value Evaluate(ExpressionPtr expression, std::string_view statement,
                  const std::vector<Token>& tokens);
   void RequireWhole() const;
+  // Raises 3219 after a change: selects see the file as it was before.
+  void RequireUnchanged(std::string_view statement) const;
+  // The table that an update or delete changes.
+  Target FindTarget(const Action& action, std::string_view statement);
   // The rows that an update or delete applies to, each with its new values.
-  std::vector<Change> FindChanges(Action action, access::WritableTable& table,
-                                  std::string_view statement, const std::vector<Token>& tokens);
-  std::vector<Change> FindBySelect(Action action, access::WritableTable& table,
-                                   std::string_view statement, const std::vector<Token>& tokens);
+  std::vector<Change> FindChanges(Action action, const Target& target, std::string_view statement,
+                                  const std::vector<Token>& tokens);
+  std::vector<Change> FindBySelect(Action action, const Target& target, std::string_view statement,
+                                   const std::vector<Token>& tokens);
 
   std::function<FileConnection()> connect_;
   std::unique_ptr<access::WriteTransaction> transaction_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <utility>
 
 #include "platform/query/sql/expression_parser.h"
 #include "platform/query/sql/lexer.h"
@@ -35,15 +36,21 @@ constexpr std::int64_t kMostTopRows = std::numeric_limits<std::int32_t>::max();
 
 class SelectParser : public SelectReader {
  public:
-  SelectParser(std::string_view statement, const std::vector<Token>& tokens)
-      : tokens_(statement, tokens), expressions_(tokens_, *this, depth_) {}
+  explicit SelectParser(TokenStream& tokens)
+      : tokens_(tokens), expressions_(tokens_, *this, depth_) {}
+
+  ExpressionParser& expressions() { return expressions_; }
 
   std::unique_ptr<Select> ReadStatement() {
     std::unique_ptr<Select> select = IsTableName() ? ReadTableName() : ReadWholeSelect();
+    ReadEnd();
+    return select;
+  }
+
+  void ReadEnd() {
     RefuseWord(kRefusedClauses);
     tokens_.TakeSymbol(";");
     if (tokens_.Peek().kind != TokenKind::kEnd) tokens_.FailHere();
-    return select;
   }
 
   ExpressionPtr ReadExpression() {
@@ -63,6 +70,16 @@ class SelectParser : public SelectReader {
     }
     if (tokens_.TakeWord("order")) ReadOrder(*select);
     return select;
+  }
+
+  // What follows "from", or "update".
+  std::unique_ptr<Source> ReadSources() {
+    std::unique_ptr<Source> sources = ReadJoins();
+    for (int length = 0; tokens_.TakeSymbol(","); ++length) {
+      CheckLength(length);
+      sources = Join(JoinKind::kCross, std::move(sources), ReadJoins());
+    }
+    return sources;
   }
 
  private:
@@ -175,15 +192,6 @@ class SelectParser : public SelectReader {
     } while (tokens_.TakeSymbol(","));
   }
 
-  std::unique_ptr<Source> ReadSources() {
-    std::unique_ptr<Source> sources = ReadJoins();
-    for (int length = 0; tokens_.TakeSymbol(","); ++length) {
-      CheckLength(length);
-      sources = Join(JoinKind::kCross, std::move(sources), ReadJoins());
-    }
-    return sources;
-  }
-
   void CheckLength(int length) const {
     constexpr int kMostJoins = 60;  // SQLite joins no more than 64 tables
     if (length >= kMostJoins) tokens_.Fail(engine_error::kTooComplex, "Query is too complex.");
@@ -250,21 +258,21 @@ class SelectParser : public SelectReader {
   std::string ReadTableAlias() {
     if (tokens_.TakeWord("as")) return expressions_.ReadName();
     const Token& token = tokens_.Peek();
-    const bool alias =
-        token.kind == TokenKind::kBracketedName ||
-        (token.kind == TokenKind::kName && !ExpressionParser::IsReserved(token.source));
+    // "set" follows the tables of an update.
+    const bool alias = token.kind == TokenKind::kBracketedName ||
+                       (token.kind == TokenKind::kName && !tokens_.AtWord("set") &&
+                        !ExpressionParser::IsReserved(token.source));
     return alias ? tokens_.Take().name : std::string();
   }
 
   int depth_ = 0;
-  TokenStream tokens_;
+  TokenStream& tokens_;
   ExpressionParser expressions_;
 };
 
-class ActionParser : public SelectReader {
+class ActionParser {
  public:
-  ActionParser(std::string_view statement, const std::vector<Token>& tokens)
-      : tokens_(statement, tokens), expressions_(tokens_, *this, depth_) {}
+  explicit ActionParser(TokenStream& tokens) : tokens_(tokens), selects_(tokens) {}
 
   Action Read() {
     if (tokens_.TakeWord("insert")) {
@@ -280,31 +288,30 @@ class ActionParser : public SelectReader {
       tokens_.ExpectWord("delete");
       ReadDelete();
     }
-    tokens_.TakeSymbol(";");
-    if (tokens_.Peek().kind != TokenKind::kEnd) tokens_.FailHere();
+    selects_.ReadEnd();
     return std::move(action_);
-  }
-
-  std::unique_ptr<Select> ReadSelect() override {
-    tokens_.Fail(
-        engine_error::kInvalidOperation,
-        "Invalid operation. A select within an insert, update or delete is not supported.");
   }
 
  private:
   void ReadInsert() {
     action_.kind = ActionKind::kInsert;
     tokens_.ExpectWord("into");
-    action_.table = expressions_.ReadName();
-    if (tokens_.TakeSymbol("(")) {
-      do AddColumn(expressions_.ReadName());
+    action_.table = expressions().ReadName();
+    if (tokens_.AtSymbol("(") && !tokens_.AtWord("select", 1)) {
+      tokens_.Take();
+      do AddColumn(expressions().ReadName());
       while (tokens_.TakeSymbol(","));
       tokens_.ExpectSymbol(")");
     }
-    if (tokens_.AtWord("select")) ReadSelect();
-    tokens_.ExpectWord("values");
+    if (!tokens_.AtWord("values")) {
+      const bool bracketed = tokens_.TakeSymbol("(");
+      action_.select = selects_.ReadSelect();
+      if (bracketed) tokens_.ExpectSymbol(")");
+      return;
+    }
+    tokens_.Take();
     tokens_.ExpectSymbol("(");
-    do action_.values.push_back(expressions_.Read());
+    do action_.values.push_back(expressions().Read());
     while (tokens_.TakeSymbol(","));
     tokens_.ExpectSymbol(")");
     if (!action_.columns.empty() && action_.columns.size() != action_.values.size()) {
@@ -315,41 +322,33 @@ class ActionParser : public SelectReader {
 
   void ReadUpdate() {
     action_.kind = ActionKind::kUpdate;
-    action_.table = expressions_.ReadName();
-    RefuseJoin();
+    tokens_.TakeWord("distinctrow");  // changes each row once anyway
+    action_.from = selects_.ReadSources();
     tokens_.ExpectWord("set");
     do {
-      std::string column = expressions_.ReadName();
-      if (tokens_.TakeSymbol(".")) column = expressions_.ReadName();
+      std::string column = expressions().ReadName(), table;
+      if (tokens_.TakeSymbol(".") || tokens_.TakeSymbol("!"))
+        table = std::exchange(column, expressions().ReadName());
       AddColumn(std::move(column));
+      action_.qualifiers.push_back(std::move(table));
       tokens_.ExpectSymbol("=");
-      action_.values.push_back(expressions_.Read());
+      action_.values.push_back(expressions().Read());
     } while (tokens_.TakeSymbol(","));
     ReadWhere();
   }
 
   void ReadDelete() {
     action_.kind = ActionKind::kDelete;
-    std::string all_of;  // "delete t.* from t"
+    tokens_.TakeWord("distinctrow");  // deletes each row once anyway
+    // "delete t.* from t"
     if (!tokens_.TakeSymbol("*") && !tokens_.AtWord("from")) {
-      all_of = expressions_.ReadName();
+      action_.table = expressions().ReadName();
       tokens_.ExpectSymbol(".");
       tokens_.ExpectSymbol("*");
     }
     tokens_.ExpectWord("from");
-    action_.table = expressions_.ReadName();
-    RefuseJoin();
-    if (!all_of.empty() && !EqualsNoCase(all_of, action_.table)) tokens_.FailHere();
+    action_.from = selects_.ReadSources();
     ReadWhere();
-  }
-
-  void RefuseJoin() const {
-    const bool joined = tokens_.AtSymbol(",") || tokens_.AtWord("inner") ||
-                        tokens_.AtWord("left") || tokens_.AtWord("right");
-    if (joined)
-      tokens_.Fail(engine_error::kInvalidOperation,
-                   "Invalid operation. An update or delete of joined tables is not supported: "
-                   "choose the rows of one table by values.");
   }
 
   void AddColumn(std::string name) {
@@ -361,29 +360,33 @@ class ActionParser : public SelectReader {
   }
 
   void ReadWhere() {
-    if (tokens_.TakeWord("where")) action_.where = expressions_.Read();
+    if (tokens_.TakeWord("where")) action_.where = expressions().Read();
   }
+
+  ExpressionParser& expressions() { return selects_.expressions(); }
 
   static constexpr int kDifferentCounts = 3346, kDuplicateDestination = 3063;
 
-  TokenStream tokens_;
-  int depth_ = 0;
-  ExpressionParser expressions_;
+  TokenStream& tokens_;
+  SelectParser selects_;
   Action action_;
 };
 
 }  // namespace
 
 std::unique_ptr<Select> ParseSelect(std::string_view statement, const std::vector<Token>& tokens) {
-  return SelectParser(statement, tokens).ReadStatement();
+  TokenStream stream(statement, tokens);
+  return SelectParser(stream).ReadStatement();
 }
 
 ExpressionPtr ParseExpression(std::string_view expression, const std::vector<Token>& tokens) {
-  return SelectParser(expression, tokens).ReadExpression();
+  TokenStream stream(expression, tokens);
+  return SelectParser(stream).ReadExpression();
 }
 
 Action ParseAction(std::string_view statement, const std::vector<Token>& tokens) {
-  return ActionParser(statement, tokens).Read();
+  TokenStream stream(statement, tokens);
+  return ActionParser(stream).Read();
 }
 
 }  // namespace tenora::query

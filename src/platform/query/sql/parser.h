@@ -18,8 +18,7 @@ std::unique_ptr<Select> ParseSelect(std::string_view statement, const std::vecto
 ExpressionPtr ParseExpression(std::string_view expression, const std::vector<Token>& tokens);
 
 // An insert, update or delete statement. Raises 3075 (syntax), 3063 (a column named twice), 3346
-// (not as many values as columns), 3360 (nested too deeply) and 3219 for unsupported forms
-// (insert … select, changes of several tables).
+// (not as many values as columns), 3360 (nested too deeply) and 3219 for other statements.
 Action ParseAction(std::string_view statement, const std::vector<Token>& tokens);
 
 }  // namespace tenora::query

@@ -33,7 +33,7 @@ enum class ExpressionKind : std::uint8_t {
   kIsNull,      // a is null
   kExists,      // exists (select)
   kSubquery,    // (select)
-  kRowKey,      // the RowKey of the row in the select's first table; has no syntax
+  kRowKey,      // the RowKey of the row in the table `qualifier`; has no syntax
 };
 
 struct Expression {
@@ -101,10 +101,14 @@ enum class ActionKind : std::uint8_t { kInsert, kUpdate, kDelete };
 
 struct Action {
   ActionKind kind = ActionKind::kInsert;
+  // Of an insert; of a delete from joined tables the one named before "from", else empty.
   std::string table;
-  std::vector<std::string> columns;   // of an insert; empty: all, in the table's order
-  std::vector<ExpressionPtr> values;  // of an insert or update, one a column
-  ExpressionPtr where;                // null: every row
+  std::unique_ptr<Source> from;         // of an update or delete
+  std::vector<std::string> columns;     // of an insert; empty: all, in the table's order
+  std::vector<std::string> qualifiers;  // of an update's columns; may be empty texts
+  std::vector<ExpressionPtr> values;    // of an insert or update, one a column
+  std::unique_ptr<Select> select;       // of an insert, in place of values
+  ExpressionPtr where;                  // null: every row
 };
 
 }  // namespace tenora::query

@@ -79,7 +79,7 @@ Fragment ExpressionTranslator::Translate(const Expression& expression) {
       return {.sql = subselect.sql, .type = subselect.type};
     }
     case ExpressionKind::kRowKey:
-      return {.sql = scope_.sources().at(0).row_key, .type = Type::kInteger};
+      return {.sql = scope_.FindSource(expression.qualifier)->row_key, .type = Type::kInteger};
   }
   state_.Fail(engine_error::kSyntax, "Syntax error in query expression.");
 }
