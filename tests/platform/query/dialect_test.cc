@@ -125,6 +125,23 @@ TEST(Dialect, ComputesExpressions) {
        "on 05/03/2026, 05/03/2026 14:05:00, 14:05:00"},
       {"cstr(dateserial(2026, 3, 5)) & len(#3/5/2026#)", "05/03/202610"},
       {"format('abc', '>') & format(null, '0')", "ABC"},
+      {"format('5551234567', '(@@@) @@@-@@@@') & format(5551234, ' @@@-@@@@')",
+       "(555) 123-4567 555-1234"},
+      {"'[' & format('ab', '@@@@') & format('ab', '!@@@@') & format('ab', '&&&&\\!') & ']'",
+       "[  abab  ab!]"},
+      {"format('Māhuta', '>@@') & format('ABC', '!<@@-@') & format('', '@;\"none\"')",
+       "MĀHUTAab-cnone"},
+      {"format(null, '@;nil') & format('x', '@;nil') & format(#3/5/2026#, ' >@')",
+       "nilx 05/03/2026"},
+      {"format(#1/3/2027#, 'ww w') & format(#1/3/2027#, ' ww w', 2) & "
+       "format(#1/3/2027#, ' ww w', 2, 2) & format(#1/3/2027#, ' ww', 2, 3)",
+       "2 1 1 7 53 7 52"},
+      {"datepart('ww', #12/30/2025#, 2, 2) & datepart('ww', #12/28/2026#, 2, 2) & "
+       "datepart('w', #11/22/2026#, 2) & datepart('ww', #12/31/2028#, 1, 1)",
+       "153754"},
+      {"datediff('ww', #11/21/2026#, #11/22/2026#, 2, 2) & weekdayname(1, true, 2) & "
+       "monthname(3, true) & weekdayname(7) & weekday(#11/22/2026#, 0)",
+       "0MonMarSaturday1"},
       {"(select count(*) from glcodes)", "8"},
       {"exists (select * from glcodes where gl_code = 'rent')", "True"},
   };

@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string>
 
 #include "platform/query/functions/functions.h"
+#include "platform/query/functions/week_rule.h"
 #include "platform/query/values/sqlite_value.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/format.h"
@@ -71,25 +73,28 @@ Value Second(const FunctionContext&, Arguments a) {
   return std::int64_t{DateAt(a[0]).Calendar().second};
 }
 
-std::int64_t WeekdayFrom(Date date, std::int64_t first) {
-  if (first == 0) first = kSunday;  // 0 means the system setting
-  if (first < 1 || first > 7) throw BadArgument();
-  return (date.Weekday() + 1 - first + 7) % 7 + 1;
+// By the arguments from `first` on: the first day of the week, and the first week of the year.
+WeekRule Weeks(Arguments a, std::size_t first) {
+  const auto choice = [&](std::size_t i) { return i < a.size() ? Integer(a[i]) : 0; };
+  return WeekRule(choice(first), choice(first + 1));
 }
 
-Value Weekday(const FunctionContext&, Arguments a) { return WeekdayFrom(DateAt(a[0]), kSunday); }
-Value WeekdayStarting(const FunctionContext&, Arguments a) {
-  return WeekdayFrom(DateAt(a[0]), Integer(a[1]));
-}
+Value Weekday(const FunctionContext&, Arguments a) { return Weeks(a, 1).Weekday(DateAt(a[0])); }
 
 Value MonthName(const FunctionContext&, Arguments a) {
   if (Integer(a[0]) < 1 || Integer(a[0]) > 12) throw BadArgument();
-  return FormatDate(Date::FromCalendar(2000, Small(a[0]), 1), "mmmm");
+  const bool abbreviated = a.size() > 1 && std::get<bool>(a[1]);
+  return FormatDate(Date::FromCalendar(2000, Small(a[0]), 1), abbreviated ? "mmm" : "mmmm");
 }
 
 Value WeekdayName(const FunctionContext&, Arguments a) {
   if (Integer(a[0]) < 1 || Integer(a[0]) > 7) throw BadArgument();
-  return FormatDate(Date::FromCalendar(2000, 1, 1 + Small(a[0])), "dddd");  // 2 January: a Sunday
+  const bool abbreviated = a.size() > 1 && std::get<bool>(a[1]);
+  const std::int64_t first = a.size() > 2 ? std::max(Integer(a[2]), kSunday) : kSunday;
+  if (first > 7) throw BadArgument();
+  // 2 January 2000 was a Sunday.
+  const Date day = Date::FromCalendar(2000, 1, 1).AddDays(Integer(a[0]) + first - kSunday);
+  return FormatDate(day, abbreviated ? "ddd" : "dddd");
 }
 
 Date AddSeconds(Date date, std::int64_t seconds) {
@@ -129,7 +134,7 @@ Value DateAdd(const FunctionContext&, Arguments a) {
 }
 
 // The number of boundaries of the interval between two dates.
-std::int64_t Difference(Interval interval, Date from, Date to, std::int64_t first_weekday) {
+std::int64_t Difference(Interval interval, Date from, Date to, const WeekRule& weeks) {
   const CalendarTime a = from.Calendar(), b = to.Calendar();
   const std::int64_t days = DaysBetween(from, to);
   switch (interval) {
@@ -146,7 +151,7 @@ std::int64_t Difference(Interval interval, Date from, Date to, std::int64_t firs
       return days / 7;
     case Interval::kWeek:
       // From the first day of one week to that of the other.
-      return (days - WeekdayFrom(to, first_weekday) + WeekdayFrom(from, first_weekday)) / 7;
+      return (days - weeks.Weekday(to) + weeks.Weekday(from)) / 7;
     case Interval::kHour:
       return days * 24 + b.hour - a.hour;
     case Interval::kMinute:
@@ -158,10 +163,7 @@ std::int64_t Difference(Interval interval, Date from, Date to, std::int64_t firs
 }
 
 Value DateDiff(const FunctionContext&, Arguments a) {
-  return Difference(ReadInterval(a[0]), DateAt(a[1]), DateAt(a[2]), kSunday);
-}
-Value DateDiffStarting(const FunctionContext&, Arguments a) {
-  return Difference(ReadInterval(a[0]), DateAt(a[1]), DateAt(a[2]), Integer(a[3]));
+  return Difference(ReadInterval(a[0]), DateAt(a[1]), DateAt(a[2]), Weeks(a, 3));
 }
 
 Value DatePart(const FunctionContext&, Arguments a) {
@@ -180,9 +182,9 @@ Value DatePart(const FunctionContext&, Arguments a) {
     case Interval::kDay:
       return std::int64_t{parts.day};
     case Interval::kWeekday:
-      return WeekdayFrom(date, kSunday);
-    case Interval::kWeek:  // the week of 1 January is the first
-      return Difference(Interval::kWeek, new_year, date, kSunday) + 1;
+      return Weeks(a, 2).Weekday(date);
+    case Interval::kWeek:
+      return Weeks(a, 2).WeekOfYear(date);
     case Interval::kHour:
       return std::int64_t{parts.hour};
     case Interval::kMinute:
@@ -234,13 +236,19 @@ constexpr auto kFunctions = std::to_array<EngineFunction>({
     {"minute", "t", 'i', false, Minute},
     {"second", "t", 'i', false, Second},
     {"weekday", "t", 'i', false, Weekday},
-    {"weekday", "ti", 'i', false, WeekdayStarting},
+    {"weekday", "ti", 'i', false, Weekday},
     {"monthname", "i", 's', false, MonthName},
+    {"monthname", "ib", 's', false, MonthName},
     {"weekdayname", "i", 's', false, WeekdayName},
+    {"weekdayname", "ib", 's', false, WeekdayName},
+    {"weekdayname", "ibi", 's', false, WeekdayName},
     {"dateadd", "sdt", 't', false, DateAdd},
     {"datediff", "stt", 'i', false, DateDiff},
-    {"datediff", "stti", 'i', false, DateDiffStarting},
+    {"datediff", "stti", 'i', false, DateDiff},
+    {"datediff", "sttii", 'i', false, DateDiff},
     {"datepart", "st", 'i', false, DatePart},
+    {"datepart", "sti", 'i', false, DatePart},
+    {"datepart", "stii", 'i', false, DatePart},
     {"dateserial", "iii", 't', false, DateSerial},
     {"timeserial", "iii", 't', false, TimeSerial},
     {"datevalue", "t", 't', false, DateValue},

@@ -1,5 +1,8 @@
 #include "platform/query/functions/format_function.h"
 
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -67,8 +70,8 @@ std::string WithoutLiterals(std::string_view pattern) {
 
 class DateFormatter {
  public:
-  DateFormatter(Date date, const DateText& short_date)
-      : date_(date), parts_(date.Calendar()), short_date_(short_date) {}
+  DateFormatter(Date date, const DateText& short_date, const WeekRule& weeks)
+      : date_(date), parts_(date.Calendar()), short_date_(short_date), weeks_(weeks) {}
 
   std::string Format(std::string_view pattern) {
     if (EqualsNoCase(pattern, "general date")) return GeneralDateText(date_, short_date_);
@@ -117,13 +120,13 @@ class DateFormatter {
     } else if (letter == 'c' && count == 1) {
       text_ += GeneralDateText(date_, short_date_);
     } else if (letter == 't' && count == 5) {
-      text_ += DateFormatter(date_, short_date_).Format("long time");
+      text_ += DateFormatter(date_, short_date_, weeks_).Format("long time");
     } else if (letter == 'q') {
       text_ += std::to_string((parts_.month - 1) / 3 + 1);
     } else if (letter == 'w') {
-      text_ += std::to_string(count == 1 ? date_.Weekday() + 1 : Week());
+      text_ += std::to_string(count == 1 ? weeks_.Weekday(date_) : weeks_.WeekOfYear(date_));
     } else if (letter == 'y' && count == 1) {
-      text_ += std::to_string(DaysBetween(NewYear(), date_) + 1);
+      text_ += std::to_string(DaysBetween(Date::FromCalendar(parts_.year, 1, 1), date_) + 1);
     } else if (letter == 'm' && behind_hour_) {
       text_ += FormatDate(clock_, count == 1 ? "n" : "nn");
     } else {
@@ -131,17 +134,12 @@ class DateFormatter {
     }
   }
 
-  Date NewYear() const { return Date::FromCalendar(parts_.year, 1, 1); }
-  // Weeks begin on Sunday; that of 1 January is the first.
-  std::int64_t Week() const {
-    return (DaysBetween(NewYear(), date_) + NewYear().Weekday()) / 7 + 1;
-  }
-
   static constexpr std::string_view kLong = "long date";
 
   Date date_, clock_;  // clock_: with the hour that "h" shows
   CalendarTime parts_;
   const DateText& short_date_;
+  const WeekRule& weeks_;
   bool behind_hour_ = false;
   std::string text_;
 };
@@ -358,12 +356,102 @@ bool IsDatePattern(std::string_view pattern) {
          bare.find_first_of("#0;") == std::string::npos;
 }
 
+// Whether a pattern formats texts, and numbers and dates as their texts.
+bool IsTextPattern(std::string_view pattern) {
+  const std::string bare = WithoutLiterals(pattern);
+  if (bare.find_first_of("#0") != std::string::npos) return false;
+  if (bare.find('@') != std::string::npos) return true;
+  const bool marked = bare.find('&') != std::string::npos || bare.starts_with('<') ||
+                      bare.starts_with('>') || bare.starts_with('!');
+  return marked && !IsDatePattern(pattern);
+}
+
+// A text in one section of a pattern of texts.
+class TextSection {
+ public:
+  explicit TextSection(std::string_view pattern) {
+    while (!pattern.empty()) pattern.remove_prefix(ReadPiece(pattern));
+  }
+
+  std::string Format(std::string_view text) const {
+    std::vector<std::string> characters;
+    while (!text.empty()) AppendUtf8(characters.emplace_back(), TakeCodePoint(text));
+    const std::size_t places = static_cast<std::size_t>(std::ranges::count_if(
+        pieces_, [](const Piece& piece) { return piece.kind != Kind::kLiteral; }));
+    const std::size_t missing = places - std::min(places, characters.size());
+    const std::size_t more = characters.size() - (places - missing);
+    std::string result;
+    std::size_t place = 0, at = 0;
+    for (const Piece& piece : pieces_) {
+      if (piece.kind == Kind::kLiteral) {
+        result += piece.text;
+        continue;
+      }
+      const bool empty = from_left_ ? place + missing >= places : place < missing;
+      // The place that is filled last takes what the others have no room for.
+      std::size_t taken = empty ? 0 : 1;
+      if (place == (from_left_ ? places - 1 : 0)) taken += more;
+      for (std::size_t i = 0; i < taken; ++i) result += Cased(characters[at++]);
+      if (empty && piece.kind == Kind::kBlank) result += ' ';
+      ++place;
+    }
+    return result;
+  }
+
+ private:
+  enum class Kind : std::uint8_t { kLiteral, kBlank, kNothing };  // for an empty place
+  struct Piece {
+    Kind kind;
+    std::string text = {};
+  };
+
+  std::size_t ReadPiece(std::string_view rest) {
+    std::string literal;
+    if (const std::size_t size = ReadLiteral(rest, literal); size > 0) {
+      pieces_.push_back({Kind::kLiteral, literal});
+      return size;
+    }
+    const char c = rest.front();
+    if (c == '@' || c == '&') {
+      pieces_.push_back({c == '@' ? Kind::kBlank : Kind::kNothing});
+    } else if (c == '!') {
+      from_left_ = true;
+    } else if (c == '<' || c == '>') {
+      case_ = c;
+    } else {
+      pieces_.push_back({Kind::kLiteral, std::string(1, c)});
+    }
+    return 1;
+  }
+
+  std::string Cased(const std::string& text) const {
+    if (case_ == 0) return text;
+    icu::UnicodeString units = icu::UnicodeString::fromUTF8(text);
+    std::string cased;
+    (case_ == '>' ? units.toUpper(icu::Locale::getRoot()) : units.toLower(icu::Locale::getRoot()))
+        .toUTF8String(cased);
+    return cased;
+  }
+
+  std::vector<Piece> pieces_;
+  char case_ = 0;
+  bool from_left_ = false;
+};
+
+std::string FormatByPlaces(const std::string& text, std::string_view pattern) {
+  const std::vector<std::string_view> sections = Sections(pattern);
+  if (text.empty() && sections.size() > 1) return TextSection(sections[1]).Format(text);
+  std::string section(sections[0]);
+  // Without places, the text as a whole.
+  if (WithoutLiterals(section).find_first_of("@&") == std::string::npos) section += '&';
+  return TextSection(section).Format(text);
+}
+
 std::string FormatText(const std::string& text, std::string_view pattern,
-                       const DateText& short_date) {
-  if (pattern == ">") return ToUpper(text);
-  if (pattern == "<") return ToLower(text);
+                       const DateText& short_date, const WeekRule& weeks) {
   try {
-    if (IsDatePattern(pattern)) return DateFormatter(ToDate(text), short_date).Format(pattern);
+    if (IsDatePattern(pattern))
+      return DateFormatter(ToDate(text), short_date, weeks).Format(pattern);
     // The text of a decimal keeps its digits.
     const std::optional<Decimal> number = Decimal::Parse(text);
     return FormatNumberValue(number ? number->ToValue() : ToDouble(text), pattern);
@@ -374,6 +462,7 @@ std::string FormatText(const std::string& text, std::string_view pattern,
 
 std::string FormatNull(std::string_view pattern) {
   const std::vector<std::string_view> sections = Sections(pattern);
+  if (IsTextPattern(pattern)) return sections.size() < 2 ? "" : FormatByPlaces({}, pattern);
   bool zero = false;
   return sections.size() < 4 ? std::string() : NumberSection(sections[3]).Format(0.0, zero);
 }
@@ -387,21 +476,22 @@ std::string GeneralDateText(Date date, const DateText& short_date) {
   return short_date(date) + (midnight ? "" : " ") + time;
 }
 
-std::string FormatValue(const Value& value, std::string_view pattern, const DateText& short_date) {
+std::string FormatValue(const Value& value, std::string_view pattern, const DateText& short_date,
+                        const WeekRule& weeks) {
   if (IsNull(value)) return FormatNull(pattern);
-  if (pattern.empty() && TypeOf(value) != Type::kDate) return TextOf(value);
-  switch (TypeOf(value)) {
-    case Type::kDate:
-      return DateFormatter(std::get<Date>(value), short_date)
-          .Format(pattern.empty() ? "general date" : pattern);
-    case Type::kText:
-      return FormatText(std::get<std::string>(value), pattern, short_date);
-    case Type::kBinary:
-      throw StandardError(error_number::kTypeMismatch);
-    default:
-      if (!IsDatePattern(pattern)) return FormatNumberValue(value, pattern);
-      return DateFormatter(ToDate(value), short_date).Format(pattern);
-  }
+  if (TypeOf(value) == Type::kBinary) throw StandardError(error_number::kTypeMismatch);
+  const auto* const date = std::get_if<Date>(&value);
+  if (IsTextPattern(pattern))
+    return FormatByPlaces(date == nullptr ? TextOf(value) : GeneralDateText(*date, short_date),
+                          pattern);
+  if (date != nullptr)
+    return DateFormatter(*date, short_date, weeks)
+        .Format(pattern.empty() ? "general date" : pattern);
+  if (pattern.empty()) return TextOf(value);
+  if (const auto* const text = std::get_if<std::string>(&value))
+    return FormatText(*text, pattern, short_date, weeks);
+  if (!IsDatePattern(pattern)) return FormatNumberValue(value, pattern);
+  return DateFormatter(ToDate(value), short_date, weeks).Format(pattern);
 }
 
 }  // namespace tenora::query

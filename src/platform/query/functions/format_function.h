@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/query/functions/week_rule.h"
 #include "platform/runtime/date.h"
 #include "platform/runtime/value.h"
 
@@ -23,9 +24,13 @@ std::string GeneralDateText(Date date, const DateText& short_date);
 //   ttttt, AM/PM; ddddd is the short date;
 // - of numbers: "#,##0.00" with "%", "E+00" and text around and between the digits, in up to four
 //   sections parted by semicolons: above zero, below, zero, null. An empty section is the first;
-// - ">" and "<" for upper and lower case.
+// - of texts: "@" for a character or a blank, "&" for one or nothing, filled from the right or,
+// with
+//   "!", from the left; ">" and "<" for upper and lower case. A second section is for empty texts
+//   and null.
 // Texts stand in double quotes, a character behind a backslash. But for the short date the named
 // formats are the English ones, whatever the locale. Null gives the fourth section or "".
-std::string FormatValue(const Value& value, std::string_view pattern, const DateText& short_date);
+std::string FormatValue(const Value& value, std::string_view pattern, const DateText& short_date,
+                        const WeekRule& weeks = {});
 
 }  // namespace tenora::query

@@ -206,7 +206,11 @@ Value Str(const FunctionContext&, Arguments a) {
 }
 
 Value Format(const FunctionContext& context, Arguments a) {
-  return FormatValue(a[0], IsNull(a[1]) ? "" : Text(a[1]), context.short_date);
+  const auto choice = [&](std::size_t i) {
+    return a.size() <= i || IsNull(a[i]) ? std::int64_t{0} : Integer(a[i]);
+  };
+  return FormatValue(a[0], IsNull(a[1]) ? "" : Text(a[1]), context.short_date,
+                     WeekRule(choice(2), choice(3)));
 }
 
 Value FormatPlain(const FunctionContext& context, Arguments a) {
@@ -244,6 +248,8 @@ constexpr auto kFunctions = std::to_array<EngineFunction>({
     {"str", "d", 's', false, Str},
     {"format", "?", 's', true, FormatPlain},
     {"format", "?s", 's', true, Format},
+    {"format", "?si", 's', true, Format},
+    {"format", "?sii", 's', true, Format},
 });
 
 }  // namespace
