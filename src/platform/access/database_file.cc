@@ -4,6 +4,7 @@
 
 #include "platform/access/database_writer.h"
 #include "platform/access/read/index_lookup.h"
+#include "platform/access/read/query_definitions.h"
 #include "platform/access/read/row_cursor.h"
 #include "platform/access/read/system_catalogue.h"
 #include "platform/access/read/usage_map.h"
@@ -11,6 +12,8 @@
 
 namespace tenora::access {
 namespace {
+
+constexpr const char* kQueryTable = "MSysQueries";
 
 class StoredTable final : public Table {
  public:
@@ -65,7 +68,14 @@ class StoredDatabase final : public DatabaseFile {
   }
 
   std::vector<LinkedTable> LinkedTables() const override { return catalogue_.linked_tables(); }
-  std::vector<std::string> QueryNames() const override { return catalogue_.queries(); }
+
+  std::vector<QuerySummary> Queries() const override {
+    std::vector<QuerySummary> queries;
+    for (const QueryEntry& entry : catalogue_.queries()) {
+      if (!entry.system) queries.push_back({.name = entry.name, .kind = entry.kind});
+    }
+    return queries;
+  }
 
   const Table* FindTable(std::string_view name) const override {
     const CatalogueEntry* const entry = catalogue_.Find(name);
@@ -78,6 +88,16 @@ class StoredDatabase final : public DatabaseFile {
       });
     }
     return table.get();
+  }
+
+  std::optional<SavedQuery> FindQuery(std::string_view name) const override {
+    const QueryEntry* const entry = catalogue_.FindQuery(name);
+    if (entry == nullptr) return std::nullopt;
+    return NamingCorruption(file_->path(), kQueryTable, [&] {
+      const CatalogueEntry* const definitions = catalogue_.Find(kQueryTable);
+      if (definitions == nullptr) throw Corruption(kCataloguePage, "the file has no such table");
+      return ReadQuery(catalogue_.Read(*definitions), *entry);
+    });
   }
 
  private:

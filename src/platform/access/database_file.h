@@ -16,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/access/saved_query.h"
 #include "platform/access/schema.h"
 #include "platform/runtime/value.h"
 
@@ -109,12 +110,15 @@ class DatabaseFile {
   virtual std::uint32_t sort_order() const = 0;
   // The user's tables in catalogue order, without system and temporary tables.
   virtual std::vector<std::string> TableNames() const = 0;
-  // The tables linked from other files and servers, and the saved queries.
+  // The tables linked from other files and servers, and the saved queries, without those of forms
+  // and reports and temporary ones.
   virtual std::vector<LinkedTable> LinkedTables() const = 0;
-  virtual std::vector<std::string> QueryNames() const = 0;
+  virtual std::vector<QuerySummary> Queries() const = 0;
   // Any table by name, ignoring case; null when the file has no such table. Tables linked from
   // other files are not found. Raises like RowCursor when the definition is corrupt.
   virtual const Table* FindTable(std::string_view name) const = 0;
+  // Any saved query by name, ignoring case. Raises like RowCursor when its definition is corrupt.
+  virtual std::optional<SavedQuery> FindQuery(std::string_view name) const = 0;
 };
 
 }  // namespace tenora::access

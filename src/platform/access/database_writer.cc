@@ -16,9 +16,15 @@ class OpenTransaction final : public WriteTransaction {
         pages_(std::make_shared<ChangedPages>(access_.path(), access_.database())),
         context_(Writable(pages_)) {}
 
+  bool HasTable(std::string_view name) const override {
+    const CatalogueEntry* const entry = context_.catalogue().Find(name);
+    return entry != nullptr && !entry->system;
+  }
+
   WritableTable& Table(std::string_view name) override {
     const auto data = context_.Load(name);
     if (data == nullptr) {
+      RefuseOthers(name);
       throw RuntimeError(engine_error::kNoSuchTable,
                          "The database engine cannot find the input table or query '" +
                              std::string(name) + "' in '" + access_.path().string() + "'.",
@@ -51,6 +57,24 @@ class OpenTransaction final : public WriteTransaction {
   }
 
  private:
+  // Refuses names that stand for something else than a table of this file.
+  void RefuseOthers(std::string_view name) const {
+    if (context_.catalogue().FindQuery(name) != nullptr) {
+      throw RuntimeError(engine_error::kNotUpdatable,
+                         "Operation must use an updateable query. '" + std::string(name) +
+                             "' is a saved query: change the table that it selects from.",
+                         "DAO.Database");
+    }
+    if (const LinkedTable* const link = context_.catalogue().FindLink(name)) {
+      const std::string where = link->database.empty() ? "a server" : "'" + link->database + "'";
+      throw RuntimeError(engine_error::kNotUpdatable,
+                         "Operation must use an updateable query. '" + std::string(name) +
+                             "' is linked to table '" + link->source + "' of " + where +
+                             ": change it there.",
+                         "DAO.Database");
+    }
+  }
+
   static std::shared_ptr<ChangedPages> Writable(std::shared_ptr<ChangedPages> pages) {
     if (pages->header().format != Format::kJet3) return pages;
     throw RuntimeError(

@@ -84,8 +84,10 @@ class WriteTransaction {
   }
   virtual ~WriteTransaction() = default;
 
+  // Whether the file itself has a table of this name that is not the engine's own.
+  virtual bool HasTable(std::string_view name) const = 0;
   // A user's table by name, ignoring case; valid as long as the transaction. Raises 3078 when there
-  // is none, 3073 when it cannot be written.
+  // is none, 3073 when it cannot be written, as linked tables and saved queries cannot.
   virtual WritableTable& Table(std::string_view name) = 0;
   // Once it has returned, the change survives a power cut. Raises 3026 (disk full), 3197 (another
   // program has changed the same pages), 3260, 3261 or 3218 (one has locked them), 3027 and 3043;

@@ -12,6 +12,30 @@
 namespace tenora::query {
 namespace {
 
+std::string_view NameOf(access::QueryKind kind) {
+  switch (kind) {
+    case access::QueryKind::kSelect:
+      return "query";
+    case access::QueryKind::kMakeTable:
+      return "make-table query";
+    case access::QueryKind::kAppend:
+      return "append query";
+    case access::QueryKind::kUpdate:
+      return "update query";
+    case access::QueryKind::kDelete:
+      return "delete query";
+    case access::QueryKind::kCrosstab:
+      return "crosstab query";
+    case access::QueryKind::kDefinition:
+      return "data-definition query";
+    case access::QueryKind::kPassThrough:
+      return "pass-through query";
+    case access::QueryKind::kUnion:
+      return "union query";
+  }
+  return "query";
+}
+
 class FileDatabase : public EngineDatabase {
  public:
   FileDatabase(std::filesystem::path path, std::shared_ptr<ConnectionCache> connections)
@@ -49,8 +73,8 @@ class FileDatabase : public EngineDatabase {
       summaries.push_back(
           {.name = link.name, .kind = "linked to table '" + link.source + "' of " + where});
     }
-    for (const std::string& name : file.QueryNames()) {
-      summaries.push_back({.name = name, .kind = "query"});
+    for (const access::QuerySummary& query : file.Queries()) {
+      summaries.push_back({.name = query.name, .kind = std::string(NameOf(query.kind))});
     }
     return summaries;
   }

@@ -196,7 +196,8 @@ TEST(SystemCatalogue, ListsOnlyTheUsersTables) {
   EXPECT_NE(database->FindTable("flagged"), nullptr);
   EXPECT_EQ(database->FindTable("a query"), nullptr);
   EXPECT_EQ(database->FindTable("linked"), nullptr);
-  EXPECT_THAT(database->QueryNames(), ElementsAre("a query"));
+  ASSERT_EQ(database->Queries().size(), 1U);
+  EXPECT_EQ(database->Queries()[0].name, "a query");
   ASSERT_EQ(database->LinkedTables().size(), 1U);
   EXPECT_EQ(database->LinkedTables()[0].name, "linked");
 }

@@ -275,17 +275,71 @@ std::string FileBuilder::Properties(const std::vector<BuiltProperty>& properties
 
 void FileBuilder::AddTable(const std::string& name, BuiltTable table,
                            const std::vector<std::string>& rows, const std::string& properties) {
-  const std::uint32_t definition = NewPage(), data = NewPage();
+  const std::uint32_t definition = NewPage();
   table.max_columns = static_cast<unsigned>(table.columns.size());
   table.variable_columns = static_cast<unsigned>(
       std::ranges::count_if(table.columns, [](const BuiltColumn& c) { return !c.fixed; }));
-  table.data_pages = {data};
   table.row_count = static_cast<std::uint32_t>(rows.size());
+  const std::size_t room = page_size() - 14;
+  std::vector<std::vector<BuiltRow>> pages(1);
+  std::size_t used = 0;
+  for (const std::string& row : rows) {
+    if (used + row.size() + 2 > room) {
+      pages.emplace_back();
+      used = 0;
+    }
+    pages.back().push_back({row});
+    used += row.size() + 2;
+  }
+  for (const std::vector<BuiltRow>& page : pages) {
+    table.data_pages.push_back(NewPage());
+    PutRows(table.data_pages.back(), definition, page);
+  }
   PutDefinition(definition, table);
-  std::vector<BuiltRow> built;
-  for (const std::string& row : rows) built.push_back({row});
-  PutRows(data, definition, built);
   AddToCatalogue(name, definition, 1, 0, properties);
+}
+
+std::string FileBuilder::Memo(const std::string& ascii) const {
+  const std::string text = Text(ascii);
+  return text.empty() ? text : LongValueHead(0x80000000, text.size(), Stored32(0)) + text;
+}
+
+void FileBuilder::AddLink(const std::string& name, const std::string& source,
+                          const std::string& database, const std::string& connect, int type) {
+  const std::string fixed =
+      Stored32(0) + Stored16(static_cast<unsigned>(type)) + Stored32(0x200000);
+  catalogue_.push_back(
+      {Row({true, true, true, true, false, true, !database.empty(), !connect.empty()}, fixed,
+           {Text(name), "", Text(source), Text(database), Text(connect)})});
+}
+
+void FileBuilder::AddQueries(const std::vector<BuiltQuery>& queries) {
+  BuiltTable table;
+  table.columns = {{"Attribute", 2, 0, true, 0, 1}, {"Expression", 12, 1, false, 0, 0},
+                   {"Flag", 3, 2, true, 1, 2},      {"Name1", 10, 3, false, 1, 510},
+                   {"Name2", 10, 4, false, 2, 510}, {"ObjectId", 4, 5, true, 3, 4},
+                   {"Order", 9, 6, false, 3, 255}};
+  std::vector<std::string> rows;
+  std::uint32_t id = 0x80000000;
+  for (const BuiltQuery& query : queries) {
+    AddToCatalogue(query.name, ++id, 5, query.flags);
+    char order = 0;
+    for (const BuiltPiece& piece : query.pieces) {
+      const std::string fixed = static_cast<char>(piece.attribute) +
+                                Stored16(static_cast<unsigned>(piece.flag)) + Stored32(id);
+      const std::vector<bool> present = {true,
+                                         !piece.expression.empty(),
+                                         true,
+                                         !piece.name.empty(),
+                                         !piece.second_name.empty(),
+                                         true,
+                                         true};
+      rows.insert(rows.begin(), Row(present, fixed,
+                                    {Memo(piece.expression), Text(piece.name),
+                                     Text(piece.second_name), std::string(3, '\0') + ++order}));
+    }
+  }
+  AddTable("MSysQueries", table, rows);
 }
 
 void FileBuilder::AddRelationships(const std::vector<BuiltRelationship>& relationships) {
@@ -314,13 +368,12 @@ std::string FileBuilder::Header() const {
 
 std::string FileBuilder::Finish() {
   BuiltTable objects;
-  objects.columns = {{"Id", 4, 0, true, 0, 4},
-                     {"Type", 3, 1, true, 4, 2},
-                     {"Flags", 4, 2, true, 6, 4},
-                     {"Name", 10, 3, false, 0, 128},
-                     {"LvProp", 11, 4, false, 1, 0}};
-  objects.max_columns = 5;
-  objects.variable_columns = 2;
+  objects.columns = {{"Id", 4, 0, true, 0, 4},           {"Type", 3, 1, true, 4, 2},
+                     {"Flags", 4, 2, true, 6, 4},        {"Name", 10, 3, false, 0, 128},
+                     {"LvProp", 11, 4, false, 1, 0},     {"ForeignName", 10, 5, false, 2, 128},
+                     {"Database", 10, 6, false, 3, 510}, {"Connect", 10, 7, false, 4, 510}};
+  objects.max_columns = 8;
+  objects.variable_columns = 5;
   objects.data_pages = {kCatalogueRows};
   AddToCatalogue("MSysObjects", kCatalogue, 1, 0x80000000);
   objects.row_count = static_cast<std::uint32_t>(catalogue_.size());

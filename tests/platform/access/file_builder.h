@@ -71,6 +71,19 @@ struct BuiltRelationship {
   std::uint32_t flags = 0;  // 2 not enforced, 0x100 cascading changes, 0x1000 deletions
 };
 
+// A row of a saved query's definition.
+struct BuiltPiece {
+  int attribute;
+  std::string name, second_name, expression;
+  int flag = 0;
+};
+
+struct BuiltQuery {
+  std::string name;
+  std::vector<BuiltPiece> pieces;
+  std::uint32_t flags = 0;  // in the catalogue
+};
+
 class FileBuilder {
  public:
   // Versions as in the file: 0 Jet 3, 1 Jet 4, 2 to 6 ACE.
@@ -103,6 +116,11 @@ class FileBuilder {
   // columns and rows are filled in.
   void AddTable(const std::string& name, BuiltTable table,
                 const std::vector<std::string>& rows = {}, const std::string& properties = {});
+  // Adds a table of another file, or with a `connect` text of something else.
+  void AddLink(const std::string& name, const std::string& source, const std::string& database,
+               const std::string& connect = {}, int type = 6);
+  // The rows of the definitions are stored last first: their order is in them.
+  void AddQueries(const std::vector<BuiltQuery>& queries);
   void AddRelationships(const std::vector<BuiltRelationship>& relationships);
   // Sets masked bytes of the header, such as the password or the encryption key.
   void SetHeader(std::size_t offset, const std::string& clear_bytes);
@@ -113,6 +131,7 @@ class FileBuilder {
  private:
   std::string Count(std::size_t number) const;  // as wide as in a row
   std::string Name(const std::string& name) const;
+  std::string Memo(const std::string& ascii) const;  // inline; nothing for an empty text
   std::string Pages(const std::vector<std::uint32_t>& pages, bool indirect);
   std::string ColumnRecord(const BuiltColumn& column) const;
   std::string IndexRecords(std::uint32_t definition, const BuiltTable& table);

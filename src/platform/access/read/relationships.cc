@@ -1,9 +1,6 @@
 #include "platform/access/read/relationships.h"
 
-#include <algorithm>
 #include <map>
-
-#include "platform/runtime/text.h"
 
 namespace tenora::access {
 namespace {
@@ -11,27 +8,18 @@ namespace {
 constexpr std::int64_t kNotEnforced = 0x02;
 constexpr std::int64_t kCascades = 0x100 | 0x1000;  // updates, deletions
 
-std::size_t ColumnNamed(const TableData& table, std::string_view name) {
-  const auto found = std::ranges::find_if(table.definition.columns, [&](const Column& column) {
-    return EqualsNoCase(column.name, name);
-  });
-  if (found == table.definition.columns.end()) {
-    throw Corruption(table.definition.page,
-                     "the table of relationships has no column '" + std::string(name) + "'");
-  }
-  return static_cast<std::size_t>(found - table.definition.columns.begin());
-}
-
 }  // namespace
 
 std::vector<Relationship> ReadRelationships(const std::shared_ptr<const TableData>& table) {
-  const std::size_t name = ColumnNamed(*table, "szRelationship");
-  const std::size_t flags = ColumnNamed(*table, "grbit");
-  const std::size_t position = ColumnNamed(*table, "icolumn");
-  const std::size_t referring = ColumnNamed(*table, "szObject");
-  const std::size_t column = ColumnNamed(*table, "szColumn");
-  const std::size_t referenced = ColumnNamed(*table, "szReferencedObject");
-  const std::size_t referenced_column = ColumnNamed(*table, "szReferencedColumn");
+  const TableDefinition& definition = table->definition;
+  const std::size_t name = RequireColumn(definition, "szRelationship", ColumnType::kText);
+  const std::size_t flags = RequireColumn(definition, "grbit", ColumnType::kLong);
+  const std::size_t position = RequireColumn(definition, "icolumn", ColumnType::kLong);
+  const std::size_t referring = RequireColumn(definition, "szObject", ColumnType::kText);
+  const std::size_t column = RequireColumn(definition, "szColumn", ColumnType::kText);
+  const std::size_t referenced = RequireColumn(definition, "szReferencedObject", ColumnType::kText);
+  const std::size_t referenced_column =
+      RequireColumn(definition, "szReferencedColumn", ColumnType::kText);
   struct Parts {
     Relationship relationship;
     std::map<std::int64_t, std::pair<std::string, std::string>> columns;

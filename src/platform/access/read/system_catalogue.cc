@@ -3,6 +3,7 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "platform/access/format/table_properties.h"
@@ -17,19 +18,15 @@ constexpr std::int64_t kTableType = 1, kServerTableType = 4, kQueryType = 5, kLi
 constexpr std::int64_t kSystemFlags = 0x80000002;
 constexpr std::int64_t kPageOfId = 0x00FFFFFF;
 
-std::optional<std::size_t> FindColumn(const TableDefinition& table, std::string_view name) {
-  const auto found = std::ranges::find_if(
-      table.columns, [&](const Column& column) { return EqualsNoCase(column.name, name); });
-  if (found == table.columns.end()) return std::nullopt;
-  return static_cast<std::size_t>(found - table.columns.begin());
-}
+// The kinds of queries, by the second digit of their flags.
+constexpr std::array kQueryKinds = {
+    QueryKind::kSelect,     QueryKind::kCrosstab,    QueryKind::kDelete,
+    QueryKind::kUpdate,     QueryKind::kAppend,      QueryKind::kMakeTable,
+    QueryKind::kDefinition, QueryKind::kPassThrough, QueryKind::kUnion};
 
-std::size_t ColumnNamed(const TableDefinition& table, std::string_view name, ColumnType type) {
-  const std::optional<std::size_t> found = FindColumn(table, name);
-  if (!found || table.columns[*found].type != type) {
-    throw Corruption(table.page, "the catalogue has no column '" + std::string(name) + "'");
-  }
-  return *found;
+QueryKind KindOf(std::int64_t flags) {
+  const auto digit = static_cast<std::size_t>(flags >> 4 & 0xF);
+  return digit < kQueryKinds.size() ? kQueryKinds[digit] : QueryKind::kSelect;
 }
 
 // Names are equal when they differ only in letter case, of any alphabet.
@@ -41,15 +38,23 @@ std::string FoldedName(std::string_view name) {
   return folded;
 }
 
+template <typename Entry>
+const Entry* FindNamed(const std::vector<Entry>& entries, std::string_view name) {
+  const std::string folded = FoldedName(name);
+  const auto found = std::ranges::find_if(
+      entries, [&](const Entry& entry) { return FoldedName(entry.name) == folded; });
+  return found == entries.end() ? nullptr : &*found;
+}
+
 }  // namespace
 
 SystemCatalogue::SystemCatalogue(const std::shared_ptr<const PageFile>& file) {
   NamingCorruption(file->path(), kName, [&] {
     table_ = ReadTable(file, kName, kCataloguePage);
-    const std::size_t id = ColumnNamed(table_->definition, "Id", ColumnType::kLong);
-    const std::size_t name = ColumnNamed(table_->definition, "Name", ColumnType::kText);
-    const std::size_t type = ColumnNamed(table_->definition, "Type", ColumnType::kInteger);
-    const std::size_t flags = ColumnNamed(table_->definition, "Flags", ColumnType::kLong);
+    const std::size_t id = RequireColumn(table_->definition, "Id", ColumnType::kLong);
+    const std::size_t name = RequireColumn(table_->definition, "Name", ColumnType::kText);
+    const std::size_t type = RequireColumn(table_->definition, "Type", ColumnType::kInteger);
+    const std::size_t flags = RequireColumn(table_->definition, "Flags", ColumnType::kLong);
     const auto text = [&](RowCursor& rows, std::string_view column) {
       const std::optional<std::size_t> found = FindColumn(table_->definition, column);
       return found ? std::string(rows.Text(*found)) : std::string();
@@ -66,7 +71,12 @@ SystemCatalogue::SystemCatalogue(const std::shared_ptr<const PageFile>& file) {
         linked_tables_.push_back({entry.name, text(*rows, "ForeignName"), text(*rows, "Database"),
                                   text(*rows, "Connect")});
       }
-      if (kind == kQueryType && !entry.system) queries_.push_back(entry.name);
+      if (kind == kQueryType) {
+        queries_.push_back({.name = entry.name,
+                            .id = static_cast<std::int32_t>(rows->Integer(id)),
+                            .kind = KindOf(rows->Integer(flags)),
+                            .system = entry.system});
+      }
       if (kind == kServerTableType) copied_definitions_.push_back(entry);
       if (kind != kTableType) continue;
       by_folded_name_.try_emplace(FoldedName(entry.name), tables_.size());
@@ -78,6 +88,14 @@ SystemCatalogue::SystemCatalogue(const std::shared_ptr<const PageFile>& file) {
 const CatalogueEntry* SystemCatalogue::Find(std::string_view name) const {
   const auto found = by_folded_name_.find(FoldedName(name));
   return found == by_folded_name_.end() ? nullptr : &tables_[found->second];
+}
+
+const QueryEntry* SystemCatalogue::FindQuery(std::string_view name) const {
+  return FindNamed(queries_, name);
+}
+
+const LinkedTable* SystemCatalogue::FindLink(std::string_view name) const {
+  return FindNamed(linked_tables_, name);
 }
 
 std::shared_ptr<const TableData> SystemCatalogue::Read(const CatalogueEntry& entry) const {

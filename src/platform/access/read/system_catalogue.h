@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/access/read/table_data.h"
+#include "platform/access/saved_query.h"
 
 namespace tenora::access {
 
@@ -20,6 +21,13 @@ struct CatalogueEntry {
   std::uint32_t definition_page = 0;
   bool system = false;  // the engine's own, or temporary
   RowPointer row;       // in the catalogue
+};
+
+struct QueryEntry {
+  std::string name;
+  std::int32_t id = 0;  // in the table of definitions
+  QueryKind kind = QueryKind::kSelect;
+  bool system = false;  // of a form or report, or temporary
 };
 
 class SystemCatalogue {
@@ -33,11 +41,14 @@ class SystemCatalogue {
   const std::vector<LinkedTable>& linked_tables() const { return linked_tables_; }
   // The definitions of tables linked from servers.
   const std::vector<CatalogueEntry>& copied_definitions() const { return copied_definitions_; }
-  // The saved queries, without temporary ones.
-  const std::vector<std::string>& queries() const { return queries_; }
+  const std::vector<QueryEntry>& queries() const { return queries_; }
 
   // The table of that name, ignoring case in any alphabet; null when there is none.
   const CatalogueEntry* Find(std::string_view name) const;
+
+  // The same for a query and for a linked table.
+  const QueryEntry* FindQuery(std::string_view name) const;
+  const LinkedTable* FindLink(std::string_view name) const;
 
   // The table of an entry. Raises Corruption for an invalid definition, and what StoredProperties
   // and ReadTableProperties raise where the table has calculated columns: the types of their
@@ -52,7 +63,7 @@ class SystemCatalogue {
   std::shared_ptr<const TableData> table_;
   std::vector<CatalogueEntry> tables_, copied_definitions_;
   std::vector<LinkedTable> linked_tables_;
-  std::vector<std::string> queries_;
+  std::vector<QueryEntry> queries_;
   std::unordered_map<std::string, std::size_t> by_folded_name_;  // positions in tables_
 };
 

@@ -1,7 +1,10 @@
 #include "platform/access/read/table_data.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
+
+#include "platform/runtime/text.h"
 
 namespace tenora::access {
 namespace {
@@ -44,6 +47,21 @@ std::shared_ptr<const TableData> ReadTable(std::shared_ptr<const PageFile> file,
   definition.further_pages = std::move(further_pages);
   return std::make_shared<const TableData>(
       TableData{std::move(file), std::move(name), std::move(definition)});
+}
+
+std::optional<std::size_t> FindColumn(const TableDefinition& table, std::string_view name) {
+  const auto found = std::ranges::find_if(
+      table.columns, [&](const Column& column) { return EqualsNoCase(column.name, name); });
+  if (found == table.columns.end()) return std::nullopt;
+  return static_cast<std::size_t>(found - table.columns.begin());
+}
+
+std::size_t RequireColumn(const TableDefinition& table, std::string_view name, ColumnType type) {
+  const std::optional<std::size_t> found = FindColumn(table, name);
+  if (!found || table.columns[*found].type != type) {
+    throw Corruption(table.page, "the table has no column '" + std::string(name) + "'");
+  }
+  return *found;
 }
 
 }  // namespace tenora::access

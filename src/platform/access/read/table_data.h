@@ -2,7 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/access/format/table_definition.h"
 #include "platform/access/storage/page_file.h"
@@ -20,5 +22,10 @@ struct TableData {
 // definition.
 std::shared_ptr<const TableData> ReadTable(std::shared_ptr<const PageFile> file, std::string name,
                                            std::uint32_t definition_page);
+
+// The position of a column of one of the engine's own tables, ignoring case.
+std::optional<std::size_t> FindColumn(const TableDefinition& table, std::string_view name);
+// The same for a column that must be there and be of this type. Raises Corruption.
+std::size_t RequireColumn(const TableDefinition& table, std::string_view name, ColumnType type);
 
 }  // namespace tenora::access

@@ -21,6 +21,7 @@ class WriteContext {
 
   ChangedPages& pages() { return *pages_; }
   const TextCodec& codec() const { return codec_; }
+  const SystemCatalogue& catalogue() const { return catalogue_; }
 
   // Null when there is no such table. A definition is read once in a transaction; its counts are of
   // that time. Raises as DatabaseFile::FindTable.

@@ -44,6 +44,16 @@ std::shared_ptr<TableSource> TableCache::Find(std::string_view name) {
   return tables_.emplace(key, std::move(source)).first->second;
 }
 
+std::shared_ptr<const access::SavedQuery> TableCache::FindQuery(std::string_view name) {
+  const std::string key = ToLower(name);
+  if (const auto known = queries_.find(key); known != queries_.end()) return known->second;
+  std::optional<access::SavedQuery> query =
+      reader_->Read(kTries, [&](const access::DatabaseFile& file) { return file.FindQuery(name); });
+  if (!query) return nullptr;
+  auto kept = std::make_shared<const access::SavedQuery>(*std::move(query));
+  return queries_.emplace(key, std::move(kept)).first->second;
+}
+
 TableSources TableCache::TablesExcept(const std::set<std::string>& names) const {
   TableSources kept = tables_;
   std::erase_if(kept, [&](const auto& entry) { return names.contains(entry.second->name()); });

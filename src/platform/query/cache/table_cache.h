@@ -33,6 +33,7 @@ class TableCache : public TableStore {
   bool Holds(std::string_view name) const;
   // The table of this name; null if the file has none. Raises what reading the file raises.
   std::shared_ptr<TableSource> Find(std::string_view name) override;
+  std::shared_ptr<const access::SavedQuery> FindQuery(std::string_view name) override;
   void EndStep() override { reader_->EndStep(); }
   // The tables named so far except these (as the file spells them).
   TableSources TablesExcept(const std::set<std::string>& names) const;
@@ -40,6 +41,8 @@ class TableCache : public TableStore {
  private:
   std::shared_ptr<FileReader> reader_;
   TableSources tables_;
+  // By name in lower case.
+  std::unordered_map<std::string, std::shared_ptr<const access::SavedQuery>> queries_;
 };
 
 }  // namespace tenora::query

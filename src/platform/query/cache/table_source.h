@@ -100,6 +100,8 @@ class TableStore {
   virtual ~TableStore() = default;
   // The table of this name; null if there is none. Raises what reading its definition raises.
   virtual std::shared_ptr<TableSource> Find(std::string_view name) = 0;
+  // The saved query of this name; null if there is none. Raises what reading its definition raises.
+  virtual std::shared_ptr<const access::SavedQuery> FindQuery(std::string_view) { return nullptr; }
   // Called after each step of a statement: what a pass holds to read on from row to row is released
   // meanwhile.
   virtual void EndStep() = 0;

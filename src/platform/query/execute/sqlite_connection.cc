@@ -101,7 +101,7 @@ Catalogue::Entry SqliteConnection::FindTable(std::string_view name) {
   if (const auto known = numbers_.find(key); known != numbers_.end())
     return {.number = known->second, .table = virtual_tables_.sources[known->second].get()};
   std::shared_ptr<TableSource> table = tables_->Find(name);
-  if (table == nullptr) return {};
+  if (table == nullptr) return {.query = tables_->FindQuery(name)};
   const std::size_t number = virtual_tables_.sources.size();
   virtual_tables_.sources.push_back(std::move(table));
   const std::string digits = std::to_string(number);
@@ -136,7 +136,8 @@ void SqliteConnection::Bind(sqlite3_stmt* prepared, const Plan& plan,
                             const std::vector<Token>& tokens) const {
   for (std::size_t i = 0; i < plan.parameters.size(); ++i) {
     const Parameter& parameter = plan.parameters[i];
-    const Token& token = tokens[parameter.token];
+    const Token& token =
+        (parameter.query == nullptr ? tokens : parameter.query->tokens)[parameter.token];
     const auto number = static_cast<int>(i + 1);
     if (parameter.type == Type::kDecimal) {
       const Decimal decimal = ExactValue(token);

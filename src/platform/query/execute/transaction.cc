@@ -435,7 +435,7 @@ std::unique_ptr<Recordset> Transaction::TrySelect(std::string_view statement) {
                      select->where != nullptr && !select->distinct && !select->top &&
                      select->group.empty() && select->having == nullptr && select->unions.empty() &&
                      select->order.empty();
-  if (!plain) return nullptr;
+  if (!plain || !transaction_->HasTable(select->from->table)) return nullptr;
   access::WritableTable& table = transaction_->Table(select->from->table);
   Values equal;
   const std::string& name = select->from->alias.empty() ? table.name() : select->from->alias;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace tenora::query {
 namespace {
@@ -298,9 +299,13 @@ ExpressionPtr ExpressionParser::ReadColumn() {
   }
   ExpressionPtr column = Make(ExpressionKind::kColumn);
   column->name = ReadName();
-  while (tokens_.TakeSymbol(".") || tokens_.TakeSymbol("!")) {
-    if (!column->qualifier.empty()) tokens_.FailHere();
-    column->qualifier = std::move(column->name);
+  while (tokens_.AtSymbol(".") || tokens_.AtSymbol("!")) {
+    // [Forms]![Letters]![Code] is a parameter.
+    const bool parameter = !column->qualifier.empty() && tokens_.AtSymbol("!");
+    tokens_.Take();
+    if (!column->qualifier.empty() && !parameter) tokens_.FailHere();
+    if (parameter) column->qualifier += "!";
+    column->qualifier += std::exchange(column->name, {});
     // After a table name even a reserved word is a column name.
     const Token& name = tokens_.Take();
     if (name.kind != TokenKind::kName && name.kind != TokenKind::kBracketedName) tokens_.FailHere();

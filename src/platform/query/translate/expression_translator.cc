@@ -22,6 +22,16 @@ bool IsDomainFunction(std::string_view name) {
 
 }  // namespace
 
+void RequireKnownNames(const TranslationState& state, std::size_t known) {
+  if (state.unknown_names.size() <= known) return;
+  std::string names;
+  for (std::size_t i = known; i < state.unknown_names.size(); ++i)
+    names += (names.empty() ? "" : ", ") + state.unknown_names[i];
+  state.Fail(engine_error::kTooFewParameters,
+             "Too few parameters. Expected " + std::to_string(state.unknown_names.size() - known) +
+                 ". Unknown: " + names + ".");
+}
+
 Fragment ExpressionTranslator::Translate(const Expression& expression) {
   if (!in_group_key_ && !in_aggregate_ && IsGroupKey(expression)) {
     in_group_key_ = true;
@@ -95,7 +105,9 @@ Fragment ExpressionTranslator::TranslateCondition(const Expression& expression) 
 
 Fragment ExpressionTranslator::TranslateLiteral(const Expression& expression) {
   const Type type = TypeOf(expression.value);
-  state_.parameters.push_back({.token = expression.token, .type = type});
+  Parameter parameter{.token = expression.token, .type = type};
+  if (!state_.open_queries.empty()) parameter.query = state_.open_queries.back();
+  state_.parameters.push_back(std::move(parameter));
   const auto number = static_cast<int>(state_.parameters.size());
   return {.sql = "?" + std::to_string(number), .type = type, .parameter = number};
 }

@@ -20,11 +20,16 @@ struct TranslationState {
   std::vector<Parameter> parameters = {};
   std::vector<std::string> unknown_names = {};  // names that are not columns, without duplicates
   std::size_t next_source = 0;                  // numbers the tables and selects in from clauses
+  // The saved queries around what is translated now.
+  std::vector<std::shared_ptr<const QueryTokens>> open_queries = {};
 
   [[noreturn]] void Fail(int number, std::string_view description) const {
     throw StatementError(number, description, statement);
   }
 };
+
+// Raises 3061 if names were noted beyond the first `known`.
+void RequireKnownNames(const TranslationState& state, std::size_t known);
 
 // Translates the subqueries inside expressions.
 class SubselectTranslator {

@@ -4,10 +4,15 @@
 #include <set>
 #include <unordered_map>
 
+#include "platform/query/sql/parser.h"
 #include "platform/runtime/text.h"
 
 namespace tenora::query {
 namespace {
+
+constexpr int kCircularReference = 3102;
+// Of saved queries that name one another.
+constexpr std::size_t kMostQueries = 32;
 
 // Order items are written twice, so nested selects can double in size at every level.
 constexpr std::size_t kLongestText = 512 * 1024;
@@ -33,6 +38,30 @@ std::string OrderList(const auto& keys) {
   return list;
 }
 
+// Why the rows of such a query cannot be read; empty for queries that can.
+std::string_view RefusalOf(access::QueryKind kind) {
+  switch (kind) {
+    case access::QueryKind::kSelect:
+    case access::QueryKind::kUnion:
+      return {};
+    case access::QueryKind::kMakeTable:
+      return "a query that makes a table and returns no rows";
+    case access::QueryKind::kAppend:
+      return "a query that inserts rows and returns none";
+    case access::QueryKind::kUpdate:
+      return "a query that updates rows and returns none";
+    case access::QueryKind::kDelete:
+      return "a query that deletes rows and returns none";
+    case access::QueryKind::kCrosstab:
+      return "a crosstab (TRANSFORM … PIVOT), which is not supported: group by both fields";
+    case access::QueryKind::kDefinition:
+      return "a query that changes definitions and returns no rows";
+    case access::QueryKind::kPassThrough:
+      return "a pass-through query, which a server runs in its own language";
+  }
+  return "a query of an unknown kind";
+}
+
 // Adds the tables of this select that the expression takes fields from.
 void AddShownSources(const Expression& expression, const Scope& scope,
                      std::set<const ScopeSource*>& shown) {
@@ -42,6 +71,12 @@ void AddShownSources(const Expression& expression, const Scope& scope,
   }
   for (const ExpressionPtr& argument : expression.arguments)
     AddShownSources(*argument, scope, shown);
+}
+
+bool HasSelect(const Expression& expression) {
+  return expression.select != nullptr ||
+         std::ranges::any_of(expression.arguments,
+                             [](const ExpressionPtr& argument) { return HasSelect(*argument); });
 }
 
 }  // namespace
@@ -182,23 +217,37 @@ SelectTranslator::Body SelectTranslator::TranslateBody(const Select& select, Sco
   if (select.having != nullptr)
     body.tail += " having " + expressions.TranslateCondition(*select.having).sql;
   AddItems(select, scope, expressions, body.items);
-  if (select.distinct_rows) RequireAllSources(select, scope);
+  // A select that groups has no rows of its tables to distinguish.
+  if (select.distinct_rows && !body.grouped) body.tail += DistinctRows(select, scope);
   return body;
 }
 
-void SelectTranslator::RequireAllSources(const Select& select, const Scope& scope) const {
-  std::set<const ScopeSource*> shown;
+std::string SelectTranslator::DistinctRows(const Select& select, const Scope& scope) const {
+  std::set<const ScopeSource*> shown, ordering;
+  bool clear = true;
   for (const SelectItem& item : select.items) {
     for (const ScopeSource& source : scope.sources()) {
       const bool all = item.qualifier.empty() || EqualsNoCase(item.qualifier, source.name);
       if (item.expression == nullptr && all) shown.insert(&source);
     }
-    if (item.expression != nullptr) AddShownSources(*item.expression, scope, shown);
+    if (item.expression == nullptr) continue;
+    AddShownSources(*item.expression, scope, shown);
+    clear = clear && !HasSelect(*item.expression);
   }
-  if (shown.size() < scope.sources().size())
+  if (shown.size() == scope.sources().size()) return {};
+  for (const OrderItem& order : select.order) {
+    AddShownSources(*order.expression, scope, ordering);
+    clear = clear && !HasSelect(*order.expression);
+  }
+  std::vector<std::string> keys;
+  for (const ScopeSource* const source : shown) keys.push_back(source->row_key);
+  clear = clear && std::ranges::includes(shown, ordering) && !keys.empty() &&
+          std::ranges::find(keys, "") == keys.end();
+  if (!clear)
     state_.Fail(engine_error::kNotASelect,
-                "Invalid SQL statement; DISTINCTROW is supported only if fields of all tables are "
-                "selected: use DISTINCT, or IN with a select.");
+                "Invalid SQL statement; DISTINCTROW is supported only if fields of tables are "
+                "selected, and the rows sorted by no others: use DISTINCT, or IN with a select.");
+  return " group by " + Listed(keys);
 }
 
 std::string SelectTranslator::TranslateGroup(const Select& select, const Scope& scope) {
@@ -304,6 +353,7 @@ std::string SelectTranslator::TranslateJoin(const Source& join, Scope& scope) {
 
 std::string SelectTranslator::TranslateTable(const Source& source, Scope& scope) {
   const Catalogue::Entry entry = state_.catalogue.FindTable(source.table);
+  if (entry.query != nullptr) return TranslateQuery(entry.query, source, scope);
   if (entry.table == nullptr)
     state_.Fail(engine_error::kNoSuchTable,
                 "The database engine cannot find the input table or query '" + source.table +
@@ -327,14 +377,58 @@ std::string SelectTranslator::TranslateTable(const Source& source, Scope& scope)
 std::string SelectTranslator::TranslateDerived(const Source& source, Scope& scope) {
   // A subquery in the from clause cannot see the enclosing select.
   const Result result = Translate(*source.select, nullptr);
+  return AddDerived(result, source.alias, scope);
+}
+
+std::string SelectTranslator::AddDerived(const Result& result, const std::string& name,
+                                         Scope& scope) {
   const std::string alias = "s" + std::to_string(state_.next_source++);
-  ScopeSource added{.name = source.alias};
+  ScopeSource added{.name = name};
   for (std::size_t i = 0; i < result.columns.size(); ++i)
     added.columns.push_back({.name = result.columns[i].name,
                              .type = result.columns[i].type,
                              .sql = alias + ".r" + std::to_string(i)});
   scope.Add(std::move(added));
   return "(" + result.sql + ") as " + alias;
+}
+
+void SelectTranslator::RequireReadable(const access::SavedQuery& query) const {
+  const std::string_view refusal = RefusalOf(query.kind);
+  if (!refusal.empty())
+    state_.Fail(engine_error::kNotASelect,
+                "Invalid SQL statement; '" + query.name + "' is " + std::string(refusal) + ".");
+  if (!query.parameters.empty())
+    state_.Fail(engine_error::kTooFewParameters,
+                "Too few parameters. Expected " + std::to_string(query.parameters.size()) +
+                    ". Query '" + query.name + "' asks for " + Listed(query.parameters) +
+                    ": run its statement with values in their place.");
+  const auto same = [&](const auto& open) { return EqualsNoCase(open->query->name, query.name); };
+  if (std::ranges::any_of(state_.open_queries, same))
+    state_.Fail(kCircularReference, "Circular reference caused by '" + query.name + "'.");
+  if (state_.open_queries.size() == kMostQueries)
+    state_.Fail(engine_error::kTooComplex, "Query is too complex.");
+}
+
+std::string SelectTranslator::TranslateQuery(const std::shared_ptr<const access::SavedQuery>& query,
+                                             const Source& source, Scope& scope) {
+  RequireReadable(*query);
+  const std::string_view outer = state_.statement;
+  const std::size_t outer_unknown = state_.unknown_names.size();
+  state_.statement = query->text;
+  try {
+    const auto opened =
+        std::make_shared<const QueryTokens>(QueryTokens{query, ReadTokens(query->text)});
+    state_.open_queries.push_back(opened);
+    const Result result = Translate(*ParseSelect(query->text, opened->tokens), nullptr);
+    RequireKnownNames(state_, outer_unknown);
+    state_.open_queries.pop_back();
+    state_.statement = outer;
+    return AddDerived(result, source.alias.empty() ? query->name : source.alias, scope);
+  } catch (const RuntimeError& error) {
+    throw RuntimeError(error.number(),
+                       "Query '" + query->name + "': " + std::string(error.description()),
+                       error.source());
+  }
 }
 
 std::vector<SelectTranslator::Key> SelectTranslator::TranslateOrder(

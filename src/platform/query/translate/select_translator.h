@@ -51,9 +51,9 @@ class SelectTranslator : public SubselectTranslator {
                        std::optional<Type> first_column_type);
   Result TranslateUnion(const Select& select, const Scope* outer, std::optional<Type> first_type);
   Body TranslateBody(const Select& select, Scope& scope);
-  // Refuses distinctrow where it would leave rows out: it does so only if a table has no field
-  // among the items.
-  void RequireAllSources(const Select& select, const Scope& scope) const;
+  // The clause that leaves one row for each combination of rows of the tables that have a field
+  // among the items; empty where all tables have. Refuses what it cannot decide.
+  std::string DistinctRows(const Select& select, const Scope& scope) const;
   std::string TranslateGroup(const Select& select, const Scope& scope);
   void AddItems(const Select& select, const Scope& scope, ExpressionTranslator& expressions,
                 std::vector<Item>& items);
@@ -66,6 +66,12 @@ class SelectTranslator : public SubselectTranslator {
   std::string TranslateJoin(const Source& join, Scope& scope);
   std::string TranslateTable(const Source& source, Scope& scope);
   std::string TranslateDerived(const Source& source, Scope& scope);
+  // The select of a saved query in place of its name.
+  std::string TranslateQuery(const std::shared_ptr<const access::SavedQuery>& query,
+                             const Source& source, Scope& scope);
+  // Raises what is wrong with a query that cannot be read, or not here.
+  void RequireReadable(const access::SavedQuery& query) const;
+  std::string AddDerived(const Result& result, const std::string& name, Scope& scope);
 
   std::vector<Key> TranslateOrder(const Select& select, const std::vector<Item>& items,
                                   ExpressionTranslator& expressions, const Scope& scope,

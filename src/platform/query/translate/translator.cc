@@ -8,13 +8,7 @@ Plan Translate(const Select& select, std::string_view statement, Catalogue& cata
   TranslationState state{.statement = statement, .catalogue = catalogue};
   SelectTranslator translator(state);
   SelectTranslator::Result result = translator.TranslateStatement(select);
-  if (!state.unknown_names.empty()) {
-    std::string names;
-    for (const std::string& name : state.unknown_names) names += (names.empty() ? "" : ", ") + name;
-    state.Fail(engine_error::kTooFewParameters, "Too few parameters. Expected " +
-                                                    std::to_string(state.unknown_names.size()) +
-                                                    ". Unknown: " + names + ".");
-  }
+  RequireKnownNames(state, 0);
   return {.sql = std::move(result.sql),
           .columns = std::move(result.columns),
           .parameters = std::move(state.parameters),

@@ -2,11 +2,13 @@
 // tables.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/access/saved_query.h"
 #include "platform/query/cache/table_source.h"
 #include "platform/query/sql/syntax.h"
 
@@ -17,11 +19,19 @@ struct OutputColumn {
   Type type = Type::kNull;
 };
 
-// A literal of the statement, passed to SQLite as the parameter at the same position.
+// A saved query as it is put into a statement: the tokens point into its text.
+struct QueryTokens {
+  std::shared_ptr<const access::SavedQuery> query;
+  std::vector<Token> tokens;
+};
+
+// A literal, passed to SQLite as the parameter at the same position.
 struct Parameter {
-  std::size_t token = 0;  // the literal's index among the tokens
+  std::size_t token = 0;  // the literal's index among the statement's tokens
   Type type = Type::kNull;
   bool negated = false;  // there is a minus sign in front of it
+  // Where it is one of a saved query, whose tokens are meant.
+  std::shared_ptr<const QueryTokens> query = {};
 };
 
 // A "select top n … order by": the sort keys are returned after the columns, and the limit is the
@@ -39,15 +49,16 @@ struct Plan {
   std::optional<TopRows> top;
 };
 
-// The tables that statements can name.
+// The tables and saved queries that statements can name.
 class Catalogue {
  public:
   virtual ~Catalogue() = default;
   struct Entry {
     std::size_t number = 0;  // the table is t<number> in SQLite
     const TableSource* table = nullptr;
+    std::shared_ptr<const access::SavedQuery> query = {};
   };
-  // `table` is null if the file has none of this name.
+  // Both are null if the file has neither a table nor a query of this name.
   virtual Entry FindTable(std::string_view name) = 0;
 };
 
