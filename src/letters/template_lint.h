@@ -15,6 +15,7 @@ namespace tenora {
 struct TemplateFinding {
   enum class Kind {
     kUnknownCode,
+    kFormSlip,  // an unknown code that was to be one of a form: "<<EndIf>>"
     kLetterCase,
     kBlanks,         // "<< Tenant Name >>"
     kBrackets,       // «Tenant Name»
@@ -51,7 +52,8 @@ std::vector<TemplateFinding> LintTemplate(const RichTextBox& letter, TemplateKin
                                           const CustomFieldCodes* fields = nullptr);
 
 // Before the first letter of a template: raises 5 (Invalid procedure call or argument) with what
-// LintTemplate says of its conditions, repetitions and formats, where something is wrong with them.
+// LintTemplate says of its conditions, repetitions and formats and of what was to be one of them,
+// where something is wrong with them.
 void RequireSoundForms(const RichTextBox& letter, TemplateKind kind, Date today);
 
 }  // namespace tenora

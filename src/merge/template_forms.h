@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -67,8 +68,10 @@ class TemplateForms {
 
   // Makes the letter the template with its forms filled for a recipient. The database is open.
   // Raises 5 for forms with findings, 7 for a letter that would become too long, and what the
-  // look-ups raise; the letter is then as it was.
-  void Fill(const MergeTarget& target, TenantRecord& tenant) const;
+  // look-ups raise; the letter is then as it was. The result of a tenant's is what LastPayment gave
+  // for the letter's receipt number, where a form needed it, and the tenant's record is as that
+  // left it; none where no form did.
+  std::optional<bool> Fill(const MergeTarget& target, TenantRecord& tenant) const;
   void Fill(const MergeTarget& target, const OwnerRecord& owner) const;
 
  private:

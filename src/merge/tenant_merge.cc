@@ -1,6 +1,7 @@
 #include "merge/tenant_merge.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,10 +26,13 @@ void ReplaceClockCodes(const MergeTarget& target, const MergeSource& source) {
 }
 
 // Fills the other codes of a found tenancy. Look-ups are run only for codes that the letter holds:
-// each costs a query or more, and an absent code must cost one search.
-void ReplaceTenancyCodes(const MergeTarget& target, MergeSource& source, TenantRecord& tenant) {
+// each costs a query or more, and an absent code must cost one search. `payment_found` is the
+// result of LastPayment where the forms have run it.
+void ReplaceTenancyCodes(const MergeTarget& target, MergeSource& source, TenantRecord& tenant,
+                         const std::optional<bool>& payment_found) {
   const auto codes = MergeCodesOf(TemplateKind::kTenant);
-  bool last_payment_known = false;
+  bool last_payment_known = payment_found.has_value();
+  if (payment_found) source.payment_found = *payment_found;
   const auto needs_last_payment = [&](const MergeCode& code) {
     return !last_payment_known &&
            (code.source == CodeSource::kLastPayment || code.source == CodeSource::kRentAccount) &&
@@ -80,13 +84,14 @@ TenantMergeOutcome InsertTenantDetails(const MergeTarget& target, const Template
       letter.TenantCode = caches.ReferenceByKeyName(letter.RecipientName);
     }
     TenantRecord* const tenant = caches.FindTenant(letter.TenantCode);
-    if (tenant != nullptr && forms != nullptr) forms->Fill(target, *tenant);
+    std::optional<bool> payment_found;
+    if (tenant != nullptr && forms != nullptr) payment_found = forms->Fill(target, *tenant);
     MergeSource source{target.session, letter, target.session.platform.clock.Now(), letter.Notes};
     ReplaceClockCodes(target, source);
     outcome.tenant_found = tenant != nullptr;
     if (tenant != nullptr) {
       source.tenant = tenant;
-      ReplaceTenancyCodes(target, source, *tenant);
+      ReplaceTenancyCodes(target, source, *tenant, payment_found);
       ReplaceSpecialForms(target, *tenant, outcome);
     }
   } catch (...) {

@@ -65,6 +65,9 @@ class LookedUpTenancy : public TenancyDetails {
   std::string OwnerAccount() const override;
   std::string TenantField(std::string_view code) const override;
   std::string PropertyField(std::string_view code) const override;
+  // Where the account has been read, HasPayment; none else. The record then has what LastPayment
+  // fills, which need not be looked up again.
+  const std::optional<bool>& PaymentIfRead() const { return has_payment_; }
 
  private:
   Session& session_;

@@ -155,6 +155,9 @@ TEST_F(TemplateLintTest, FindsWrongFormsInTheirPlaces) {
       {"{\\shp{\\*\\shpinst{\\shptxt <<If Closed>>\\par}}}<<Print Date:short>>",
        "text box, line 1: \"<<If Closed>>\": <<If Closed>> cannot stand in a text box"},
       {"<<Print Date:{\\b short}>>", "<<Print Date:short>> has more than one format"},
+      {"<<If Days Behind > <<Monthly Rent Date>>>>a<<Days Behind>>",
+       "has a code in brackets inside it; write names there without brackets: "
+       "<<If Days Behind > Monthly Rent Date>>"},
   };
   for (const Case& one : cases) {
     const auto found = Lint(one.body, one.kind);

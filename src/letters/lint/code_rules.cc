@@ -111,11 +111,15 @@ std::string Respelt(std::string_view name, TemplateKind kind) {
   return NearestName(whole, NamesOf(kind));
 }
 
+// The word of a form that is meant; empty where the kind has none, or a code is meant.
+std::string MeantWord(std::string_view name, TemplateKind kind) {
+  if (kind == TemplateKind::kCheque || !Respelt(name, kind).empty()) return {};
+  return NearestName(name, {"End If", "End Each", "Else", "Else If"});
+}
+
 std::string DidYouMean(std::string_view name, TemplateKind kind) {
   std::string meant = Respelt(name, kind);
-  if (meant.empty() && kind != TemplateKind::kCheque) {
-    meant = NearestName(name, {"End If", "End Each", "Else", "Else If"});
-  }
+  if (meant.empty()) meant = MeantWord(name, kind);
   if (!meant.empty()) return "write " + InBrackets(meant) + " if that is what you mean";
   return "the Insert menu lists the codes of " + std::string(WordOf(kind)) + " templates";
 }
@@ -146,8 +150,8 @@ Complaint NotReplaced(std::string_view name, TemplateKind kind) {
     return {Kind::kBlanks, code + " differs from the code in spacing and stays in the letter",
             "write " + InBrackets(meant)};
   }
-  return {Kind::kUnknownCode, code + " is not a merge code and stays in the letter",
-          DidYouMean(name, kind)};
+  return {MeantWord(name, kind).empty() ? Kind::kUnknownCode : Kind::kFormSlip,
+          code + " is not a merge code and stays in the letter", DidYouMean(name, kind)};
 }
 
 std::optional<Complaint> CheckCustomField(std::string_view name, const CustomForm& form,

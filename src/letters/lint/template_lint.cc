@@ -144,6 +144,14 @@ class Linter {
   void LintCode(const ScannedCode& code) {
     if (!code.closed) return LintUnclosed(code);
     const std::string name = NameOf(code);
+    if (code.holds_code && forms_ && TemplateForms::IsForm(name, kind_)) {
+      const std::string plain = ReplaceAll(ReplaceAll(name, kCodeStart, ""), kCodeEnd, "");
+      return Add(code, {Kind::kForm,
+                        std::string(kCodeStart).append(name).append(kCodeEnd) +
+                            " has a code in brackets inside it",
+                        "write names there without brackets: " +
+                            std::string(kCodeStart).append(plain).append(kCodeEnd)});
+    }
     if (FormOf(name) == CodeForm::kPrompt && kind_ != TemplateKind::kCheque) LintPrompt(code, name);
     const auto complaint = CheckCode(name, code.holds_code, kind_, today_, fields_);
     if (complaint) Add(code, *complaint);
@@ -358,8 +366,11 @@ std::vector<TemplateFinding> LintTemplate(const RichTextBox& letter, TemplateKin
 void RequireSoundForms(const RichTextBox& letter, TemplateKind kind, Date today) {
   if (!TemplateForms::MayHold(letter.TextRTF(), kind)) return;
   std::vector<TemplateFinding> found = LintTemplate(letter, kind, today);
-  std::erase_if(found, [](const TemplateFinding& one) { return one.kind != Kind::kForm; });
-  if (found.empty()) return;
+  const auto is_form = [](const TemplateFinding& one) { return one.kind == Kind::kForm; };
+  if (std::ranges::none_of(found, is_form)) return;
+  std::erase_if(found, [&](const TemplateFinding& one) {
+    return !is_form(one) && one.kind != Kind::kFormSlip;
+  });
   std::string text = "The template cannot be filled. It has " +
                      (found.size() == 1 ? "a mistake" : std::to_string(found.size()) + " mistakes");
   for (std::size_t i = 0; i < std::min(found.size(), kMostShown); ++i) {

@@ -159,9 +159,8 @@ void AddRentChanges(Session& session, const Collection& collection, const Tenant
 
 Fact AmountFact(const std::optional<Currency>& amount) { return amount ? Fact(*amount) : Fact(); }
 
-void AddLedger(Session& session, const Collection& collection, const TenantRecord& tenant,
-               Rows* rows) {
-  for (const LedgerEntry& entry : LedgerOf(session, tenant.Reference)) {
+void AddLedger(const Collection& collection, const std::vector<LedgerEntry>& entries, Rows* rows) {
+  for (const LedgerEntry& entry : entries) {
     rows->push_back(std::make_unique<ValueRow>(
         collection, std::vector<Fact>{DayOf(entry.date), entry.text, AmountFact(entry.charge),
                                       AmountFact(entry.payment), entry.balance}));
@@ -193,7 +192,25 @@ void AddProperties(Session& session, const Collection& collection, const OwnerRe
 
 }  // namespace
 
-Rows RowsOf(Session& session, const Collection& collection, const CollectionOwner& owner) {
+const std::vector<LedgerEntry>& LatestLedger::Of(const TenantRecord& tenant) {
+  if (reference_ != tenant.Reference) {
+    reference_.reset();
+    entries_ = LedgerOf(session_, tenant.Reference);
+    reference_ = tenant.Reference;
+  }
+  return entries_;
+}
+
+Currency LatestLedger::BalanceBefore(const TenantRecord& tenant, Date day) {
+  Currency balance;
+  for (const LedgerEntry& entry : Of(tenant)) {
+    if (entry.date.DayNumber() < day.DayNumber()) balance = entry.balance;
+  }
+  return balance;
+}
+
+Rows RowsOf(Session& session, const Collection& collection, const CollectionOwner& owner,
+            LatestLedger& ledger) {
   Rows rows;
   switch (collection.kind) {
     case CollectionKind::kPayment:
@@ -210,7 +227,7 @@ Rows RowsOf(Session& session, const Collection& collection, const CollectionOwne
       AddRentChanges(session, collection, *owner.tenant, &rows);
       break;
     case CollectionKind::kLedgerEntry:
-      AddLedger(session, collection, *owner.tenant, &rows);
+      AddLedger(collection, ledger.Of(*owner.tenant), &rows);
       break;
     case CollectionKind::kProperty:
       AddProperties(session, collection, *owner.owner, &rows);
@@ -222,14 +239,6 @@ Rows RowsOf(Session& session, const Collection& collection, const CollectionOwne
       break;
   }
   return rows;
-}
-
-Currency BalanceBefore(Session& session, const TenantRecord& tenant, Date day) {
-  Currency balance;
-  for (const LedgerEntry& entry : LedgerOf(session, tenant.Reference)) {
-    if (entry.date.DayNumber() < day.DayNumber()) balance = entry.balance;
-  }
-  return balance;
 }
 
 }  // namespace tenora

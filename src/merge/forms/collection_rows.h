@@ -2,12 +2,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "merge/form_names.h"
 #include "rental/session.h"
 #include "rental/tenancy_details.h"
+#include "rental/tenancy_history.h"
 
 namespace tenora {
 
@@ -28,12 +30,26 @@ struct CollectionOwner {
   std::string property;  // only the tenancies of this one; empty for all of the owner's
 };
 
+// The ledger of one tenancy after the other: several repetitions and the opening balance of one
+// letter need it, and it takes longer than all else.
+class LatestLedger {
+ public:
+  explicit LatestLedger(Session& session) : session_(session) {}
+  // As LedgerOf; good until the next call.
+  const std::vector<LedgerEntry>& Of(const TenantRecord& tenant);
+  // What the tenancy owed before a day.
+  Currency BalanceBefore(const TenantRecord& tenant, Date day);
+
+ private:
+  Session& session_;
+  std::optional<std::string> reference_;
+  std::vector<LedgerEntry> entries_;
+};
+
 // In the order of their days; properties by code, tenancies by property and name, without those
 // that are closed.
 std::vector<std::unique_ptr<CollectionRow>> RowsOf(Session& session, const Collection& collection,
-                                                   const CollectionOwner& owner);
-
-// What a tenancy owed before a day.
-Currency BalanceBefore(Session& session, const TenantRecord& tenant, Date day);
+                                                   const CollectionOwner& owner,
+                                                   LatestLedger& ledger);
 
 }  // namespace tenora

@@ -5,12 +5,13 @@
 namespace tenora {
 
 FormValues::FormValues(Session& session, const FactSource& recipient, const CollectionOwner& owner,
-                       const FormTree& tree, Date today)
+                       const FormTree& tree, Date today, LatestLedger& entries)
     : session_(session),
       recipient_(recipient),
       owner_(owner),
       tree_(tree),
       today_(today),
+      entries_(entries),
       ledger_(tree.ledger.get()) {
   frames_.emplace_back();
 }
@@ -43,7 +44,7 @@ Fact FormValues::Get(std::string_view name) const {
 Fact FormValues::OpeningBalance() const {
   const CollectionOwner here = OwnerHere();
   if (ledger_ == nullptr || here.tenant == nullptr || ledger_->since.empty()) return Currency();
-  return BalanceBefore(session_, *here.tenant, ReadDay(ledger_->since, today_));
+  return entries_.BalanceBefore(*here.tenant, ReadDay(ledger_->since, today_));
 }
 
 CollectionOwner FormValues::OwnerHere() const {
@@ -70,7 +71,7 @@ bool FormValues::Within(const Repetition& each, const CollectionRow& row) const 
 
 FormValues::Rows FormValues::Begin(const Repetition& each) {
   if (each.collection->kind == CollectionKind::kLedgerEntry) ledger_ = &each;
-  Rows rows = RowsOf(session_, *each.collection, OwnerHere());
+  Rows rows = RowsOf(session_, *each.collection, OwnerHere(), entries_);
   std::erase_if(rows, [&](const auto& row) { return !Within(each, *row); });
   if (each.newest_first) std::ranges::reverse(rows);
   const auto begin = [&](const std::string& name, const Fact& nothing) {

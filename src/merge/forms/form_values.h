@@ -19,7 +19,7 @@ class FormValues : public FactSource {
  public:
   // All outlive this. One of the recipients.
   FormValues(Session& session, const FactSource& recipient, const CollectionOwner& owner,
-             const FormTree& tree, Date today);
+             const FormTree& tree, Date today, LatestLedger& entries);
 
   Fact Get(std::string_view name) const override;
   Date today() const { return today_; }
@@ -59,6 +59,7 @@ class FormValues : public FactSource {
   const CollectionOwner owner_;
   const FormTree& tree_;
   const Date today_;
+  LatestLedger& entries_;
   const Repetition* ledger_;  // the latest over the ledger, or the first to come
   std::vector<Frame> frames_;
 };

@@ -222,7 +222,8 @@ void TemplateForms::State::Fill(const MergeTarget& target, const FactSource& rec
     return FormFiller(session, values, RecipientFactNames(kind), budget, notes, told);
   };
   Document filled = document;
-  FormValues values(session, recipient, owner, tree, today);
+  LatestLedger ledger(session);
+  FormValues values(session, recipient, owner, tree, today, ledger);
   FormFiller body = filler_for(values);
   filled.blocks = body.Fill(tree, document.blocks);
   DropHalfBookmarks(&filled.blocks);
@@ -231,7 +232,7 @@ void TemplateForms::State::Fill(const MergeTarget& target, const FactSource& rec
     head_tree.sums.insert(head.tree.sums.begin(), head.tree.sums.end());
     if (head_tree.ledger == nullptr) head_tree.ledger = head.tree.ledger;
   }
-  FormValues head_values(session, recipient, owner, head_tree, today);
+  FormValues head_values(session, recipient, owner, head_tree, today, ledger);
   FormFiller head_filler = filler_for(head_values);
   const bool heads_written = FillHeads(head_filler, &filled);
   std::string merged = richtext::WriteRtf(richtext::InCanonicalForm(std::move(filled)));
@@ -241,11 +242,12 @@ void TemplateForms::State::Fill(const MergeTarget& target, const FactSource& rec
   target.editor.SetTextRTF(std::move(merged));
 }
 
-void TemplateForms::Fill(const MergeTarget& target, TenantRecord& tenant) const {
+std::optional<bool> TemplateForms::Fill(const MergeTarget& target, TenantRecord& tenant) const {
   const bool receipt = target.letter.ReceiptNumber != 0;
   const LookedUpTenancy details(target.session, tenant, target.letter.ReceiptNumber);
   const TenantFacts facts(details, target.session.platform.clock.Now(), receipt);
   state_->Fill(target, facts, {.tenant = &tenant, .owner = nullptr, .property = {}});
+  return details.PaymentIfRead();
 }
 
 void TemplateForms::Fill(const MergeTarget& target, const OwnerRecord& owner) const {
