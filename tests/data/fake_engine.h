@@ -105,6 +105,7 @@ class FakeWorkspace : public query::Workspace {
     if (script_.open_error) throw *script_.open_error;
     return std::make_unique<FakeDatabase>(script_, path.string());
   }
+  void Expect(const std::filesystem::path&, std::vector<std::string>) override {}
 
  private:
   FakeScript& script_;

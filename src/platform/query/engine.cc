@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/query/execute/connection_cache.h"
+#include "platform/query/execute/server_database.h"
 #include "platform/query/execute/statement_recordset.h"
 #include "platform/query/execute/transaction.h"
 #include "platform/runtime/clock.h"
@@ -145,15 +146,25 @@ class FileDatabase : public EngineDatabase {
 class ConnectionWorkspace : public Workspace {
  public:
   explicit ConnectionWorkspace(ConnectionSettings settings)
-      : connections_(std::make_shared<ConnectionCache>(std::move(settings))) {}
+      : connections_(std::make_shared<ConnectionCache>(settings)), servers_(std::move(settings)) {}
 
   std::unique_ptr<EngineDatabase> OpenDatabase(const std::filesystem::path& path) override {
+    if (server::IsBranchLocation(path.string())) {
+      const server::BranchLocation location = server::ReadBranchLocation(path.string());
+      return std::make_unique<ServerDatabase>(location, servers_.Get(location));
+    }
     return std::make_unique<FileDatabase>(std::filesystem::absolute(path).lexically_normal(),
                                           connections_);
   }
 
+  void Expect(const std::filesystem::path& path, std::vector<std::string> codes) override {
+    if (!server::IsBranchLocation(path.string())) return;
+    servers_.Expect(server::ReadBranchLocation(path.string()), std::move(codes));
+  }
+
  private:
   std::shared_ptr<ConnectionCache> connections_;
+  ServerConnections servers_;
 };
 
 }  // namespace

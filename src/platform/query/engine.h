@@ -1,6 +1,7 @@
-// The database engine: opens Access-format files, runs statements of the engine's SQL dialect over
-// them and returns record sets. A few look-ups by indexed columns read the pages that they need;
-// after more of them a table is read into memory, and kept while the file on disk is unchanged.
+// The database engine: opens Access-format files and their rows on a server, runs statements of the
+// engine's SQL dialect over them and returns record sets. A few look-ups by indexed columns read
+// the pages that they need; after more of them a table is read into memory, and kept while the file
+// on disk is unchanged.
 #pragma once
 
 #include <chrono>
@@ -88,8 +89,13 @@ class Workspace {
   static std::unique_ptr<Workspace> Create(std::function<Date()> now = {},
                                            std::chrono::milliseconds time_limit = kTimeLimit,
                                            std::function<std::string(Date)> short_date = {});
-  // Raises the errors of access::DatabaseFile::Open.
+  // A file, or a branch on a server by its location ("service=NAME branch=NAME"). Raises the errors
+  // of access::DatabaseFile::Open, or server::ServerError.
   virtual std::unique_ptr<EngineDatabase> OpenDatabase(const std::filesystem::path& path) = 0;
+  // Rows of these codes (of tenancies, properties, owners …) will be asked for next: those of a
+  // branch on a server are fetched in one round trip. Nothing is done for a file. Raises like
+  // OpenDatabase.
+  virtual void Expect(const std::filesystem::path& path, std::vector<std::string> codes) = 0;
 };
 
 // Writes the record set from its current row to its end, one row a line after a header line,

@@ -80,9 +80,20 @@ bool Branch::Refresh() {
                       "The branch '" + location_.branch +
                           "' has no data on the server yet: 'tenora server import' brings it");
   }
-  if (state->Integer(0, kGeneration) == state_.generation) return false;
+  if (state->Integer(0, kGeneration) == state_.generation) {
+    outdated_ = false;
+    return false;
+  }
   LoadTables();
   return true;
+}
+
+void Branch::ThrowChanged() const {
+  throw RuntimeError(access::engine_error::kChangedByAnother,
+                     "The database engine stopped the process because newer data of branch '" +
+                         location_.branch +
+                         "' came to the server while it was read. Run the statement again.",
+                     "DAO.Recordset");
 }
 
 std::vector<ResultPtr> Branch::RunInState(std::vector<Query> queries) {
@@ -92,11 +103,8 @@ std::vector<ResultPtr> Branch::RunInState(std::vector<Query> queries) {
   queries.push_back({.sql = "commit", .parameters = {}});
   std::vector<ResultPtr> results = connection_->RunTogether(queries);
   if (results[1]->rows() != 1 || results[1]->Integer(0, kGeneration) != state_.generation) {
-    throw RuntimeError(access::engine_error::kChangedByAnother,
-                       "The database engine stopped the process because newer data of branch '" +
-                           location_.branch +
-                           "' came to the server while it was read. Run the statement again.",
-                       "DAO.Recordset");
+    outdated_ = true;
+    ThrowChanged();
   }
   results.erase(results.begin(), results.begin() + 2);
   results.pop_back();
@@ -151,6 +159,7 @@ void Branch::LoadTables() {
     loaded.push_back(std::move(table));
   }
   tables_ = std::move(loaded);
+  outdated_ = false;
   state_ = {.generation = state.Integer(0, kGeneration),
             .taken = std::chrono::sys_seconds(std::chrono::seconds(state.Integer(0, kTaken))),
             .file_name = std::string(state.Text(0, kFileName)),

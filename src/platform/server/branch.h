@@ -56,6 +56,11 @@ class Branch : public std::enable_shared_from_this<Branch> {
   const BranchTable* FindTable(std::string_view name) const;
   Connection& connection() { return *connection_; }
 
+  // Whether a reading has found another state on the server than this one.
+  bool outdated() const { return outdated_; }
+  // Raises 3197.
+  [[noreturn]] void ThrowChanged() const;
+
   // Takes the branch's present state; false where it is the one that was known already, and the
   // tables are as they were. One round trip, two for another state.
   bool Refresh();
@@ -78,6 +83,7 @@ class Branch : public std::enable_shared_from_this<Branch> {
   std::unique_ptr<Connection> connection_;
   std::int64_t id_ = 0;
   BranchState state_;
+  bool outdated_ = false;
   std::uint32_t sort_order_ = 0;
   std::vector<BranchTable> tables_;
 };

@@ -246,6 +246,9 @@ class PqConnection : public Connection {
     return rows.empty() ? 0 : std::stoll(rows);
   }
 
+  bool IsBroken() const override {
+    return Pq().connection_status(connection_.get()) != CONNECTION_OK;
+  }
   int round_trips() const override { return round_trips_; }
 
   std::string Address() const override {

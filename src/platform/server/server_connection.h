@@ -83,6 +83,8 @@ class Connection {
   virtual void CopyText(std::string_view lines) = 0;
   virtual std::int64_t EndCopy() = 0;
 
+  // Whether the connection is of no use any more.
+  virtual bool IsBroken() const = 0;
   // How often this side has waited for the other.
   virtual int round_trips() const = 0;
   // The host, or the folder of the socket; with its port.

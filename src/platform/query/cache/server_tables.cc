@@ -1,0 +1,191 @@
+#include "platform/query/cache/server_tables.h"
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+#include <unordered_set>
+
+#include "platform/access/engine_error.h"
+#include "platform/access/sort_order.h"
+#include "platform/runtime/text.h"
+
+namespace tenora::query {
+namespace {
+
+// A pass over so many rows is made without keeping them, the first time.
+constexpr std::int64_t kLargeRows = 50000;
+// The groups of rows found together that are kept: those of the letters in hand and of the ones
+// before.
+constexpr std::size_t kMostGroups = 4;
+
+std::string ValueText(const Value& value) {
+  const auto* const text = std::get_if<std::string>(&value);
+  return text != nullptr ? *text : std::to_string(std::get<std::int64_t>(value));
+}
+
+class ServerStream : public TableStream {
+ public:
+  explicit ServerStream(std::unique_ptr<access::RowCursor> rows) : rows_(std::move(rows)) {}
+  bool Next() override { return rows_->Next(); }
+  access::RowCursor& row() override { return *rows_; }
+
+ private:
+  std::unique_ptr<access::RowCursor> rows_;
+};
+
+}  // namespace
+
+class ServerTable : public TableSource {
+ public:
+  ServerTable(ServerTables& tables, const server::BranchTable& table)
+      : TableSource(table.name, SourceColumns(table.columns), table.rows),
+        tables_(tables),
+        table_(table) {
+    if (table_.found_by.empty()) Load();
+  }
+
+  CachedTable& Load() override {
+    if (rows_ == nullptr) {
+      rows_ = std::make_shared<CachedTable>(name(), table_.columns, row_count(),
+                                            *tables_.branch().Rows(table_));
+    }
+    return *rows_;
+  }
+
+  const access::IndexPath* FindIndex(const std::vector<std::size_t>& columns) override {
+    for (std::size_t i = 0; i < table_.found_by.size(); ++i) {
+      if (std::ranges::find(columns, table_.found_by[i]) == columns.end()) continue;
+      // Among the rows of a branch a code has some dozen, a number one.
+      constexpr double kRowsOfCode = 50;
+      const SourceColumn& column = this->columns()[table_.found_by[i]];
+      path_ = {.number = i,
+               .name = "on the server",
+               .columns = {table_.found_by[i]},
+               .rows_per_key = column.type == Type::kText ? kRowsOfCode : 1};
+      return &path_;
+    }
+    return nullptr;
+  }
+
+  FoundRows FindRows(const std::vector<std::size_t>& columns, std::span<const Value> values,
+                     ColumnMask) override {
+    const std::size_t column = columns.front();
+    const std::string value = ValueText(values.front());
+    if (!Holds(column, value)) tables_.Fetch(this, column, {value});
+    for (const Group& group : groups_) {
+      if (group.column == column && group.keys.contains(Key(column, value))) {
+        return {.table = group.rows, .shared = true};
+      }
+    }
+    return {};
+  }
+
+  std::unique_ptr<TableStream> Stream() override {
+    if (!Streams()) return nullptr;
+    streamed_ = true;
+    return std::make_unique<ServerStream>(tables_.branch().Rows(table_));
+  }
+
+  bool Streams() const override {
+    return rows_ == nullptr && row_count() > kLargeRows && !streamed_;
+  }
+
+  const server::BranchTable& table() const { return table_; }
+
+  // The column whose values are codes; none for a table that is in memory.
+  std::optional<std::size_t> CodeColumn() const {
+    if (rows_ != nullptr || table_.found_by.empty()) return std::nullopt;
+    const std::size_t column = table_.found_by.front();
+    return columns()[column].type == Type::kText ? std::optional(column) : std::nullopt;
+  }
+
+  bool Holds(std::size_t column, const std::string& value) const {
+    return std::ranges::any_of(groups_, [&](const Group& group) {
+      return group.column == column && group.keys.contains(Key(column, value));
+    });
+  }
+
+  void Keep(std::size_t column, const std::vector<std::string>& values, access::RowCursor& rows) {
+    Group group{.column = column,
+                .keys = {},
+                .rows = std::make_shared<CachedTable>(name(), table_.columns, 0, rows)};
+    for (const std::string& value : values) group.keys.insert(Key(column, value));
+    groups_.push_back(std::move(group));
+    if (groups_.size() > kMostGroups) groups_.pop_front();
+  }
+
+ private:
+  struct Group {
+    std::size_t column = 0;
+    std::unordered_set<std::string> keys;
+    std::shared_ptr<CachedTable> rows;
+  };
+
+  // Texts that the engine takes for equal have equal keys.
+  std::string Key(std::size_t column, const std::string& value) const {
+    if (columns()[column].type != Type::kText) return value;
+    std::string key;
+    access::SortOrder::Closest(table_.columns[column].sort_order).AppendComparable(value, key);
+    return key;
+  }
+
+  ServerTables& tables_;
+  const server::BranchTable table_;
+  access::IndexPath path_;
+  std::deque<Group> groups_;
+  bool streamed_ = false;
+};
+
+ServerTables::ServerTables(std::shared_ptr<server::Branch> branch)
+    : branch_(std::move(branch)), generation_(branch_->state().generation) {}
+
+server::Branch& ServerTables::branch() const {
+  if (branch_->state().generation != generation_) branch_->ThrowChanged();
+  return *branch_;
+}
+
+std::shared_ptr<TableSource> ServerTables::Find(std::string_view name) {
+  const std::string key = ToLower(name);
+  if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
+  const server::BranchTable* const table = branch().FindTable(name);
+  if (table == nullptr) return nullptr;
+  return tables_.emplace(key, std::make_shared<ServerTable>(*this, *table)).first->second;
+}
+
+void ServerTables::Expect(std::vector<std::string> codes) {
+  expected_ = std::move(codes);
+  Fetch(nullptr, 0, {});
+}
+
+void ServerTables::Fetch(const ServerTable* asking, std::size_t column,
+                         const std::vector<std::string>& values) {
+  for (const server::BranchTable& table : branch().tables()) {
+    if (!table.found_by.empty()) Find(table.name);
+  }
+  std::vector<server::RowRequest> requests;
+  std::vector<ServerTable*> tables;
+  for (const auto& [name, table] : tables_) {
+    const std::optional<std::size_t> code = table->CodeColumn();
+    server::RowRequest request{.table = &table->table(), .column = code.value_or(0), .values = {}};
+    if (code) {
+      std::ranges::copy_if(expected_, std::back_inserter(request.values),
+                           [&](const std::string& value) { return !table->Holds(*code, value); });
+    }
+    if (table.get() == asking && code == column) {
+      request.values.insert(request.values.end(), values.begin(), values.end());
+    } else if (table.get() == asking) {
+      requests.push_back({.table = &table->table(), .column = column, .values = values});
+      tables.push_back(table.get());
+    }
+    if (request.values.empty()) continue;
+    requests.push_back(std::move(request));
+    tables.push_back(table.get());
+  }
+  if (requests.empty()) return;
+  const auto found = branch().Find(requests);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    tables[i]->Keep(requests[i].column, requests[i].values, *found[i]);
+  }
+}
+
+}  // namespace tenora::query

@@ -1,0 +1,35 @@
+// A branch on a server, opened: it is read with the engine's statements, and never changed.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/query/engine.h"
+#include "platform/query/execute/server_connections.h"
+
+namespace tenora::query {
+
+class ServerDatabase : public EngineDatabase {
+ public:
+  ServerDatabase(server::BranchLocation location, ServerConnection open)
+      : name_(location.ToText()), location_(std::move(location)), open_(std::move(open)) {}
+
+  const std::string& Name() const override { return name_; }
+  std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) override;
+  std::vector<TableSummary> Tables() const override;
+  // Raise 3027: the branch's file is where changes are made.
+  std::int64_t Execute(std::string_view sql) override;
+  void BeginTrans() override;
+  void CommitTrans() override;
+  void Rollback() override;
+
+ private:
+  [[noreturn]] void ThrowReadOnly() const;
+
+  std::string name_;
+  server::BranchLocation location_;
+  ServerConnection open_;
+};
+
+}  // namespace tenora::query
