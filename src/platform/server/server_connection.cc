@@ -247,7 +247,7 @@ class PqConnection : public Connection {
   }
 
   bool IsBroken() const override {
-    return Pq().connection_status(connection_.get()) != CONNECTION_OK;
+    return broken_ || Pq().connection_status(connection_.get()) != CONNECTION_OK;
   }
   int round_trips() const override { return round_trips_; }
 
@@ -268,6 +268,7 @@ class PqConnection : public Connection {
   PgResultPtr NextResult() { return PgResultPtr(Pq().next_result(connection_.get())); }
 
   [[noreturn]] void ThrowConnectionError() {
+    broken_ = true;
     throw ServerError(server_error::kCallFailed,
                       "The connection to the server " + Address() +
                           " failed: " + OneLine(Pq().error(connection_.get())));
@@ -294,6 +295,7 @@ class PqConnection : public Connection {
 
   ConnectionPtr connection_;
   int round_trips_ = 0;
+  bool broken_ = false;  // an answer is missing, so that the next one could be taken for it
 };
 
 }  // namespace

@@ -94,9 +94,10 @@ class ServerTable : public TableSource {
 
   // The column whose values are codes; none for a table that is in memory.
   std::optional<std::size_t> CodeColumn() const {
-    if (rows_ != nullptr || table_.found_by.empty()) return std::nullopt;
-    const std::size_t column = table_.found_by.front();
-    return columns()[column].type == Type::kText ? std::optional(column) : std::nullopt;
+    if (rows_ != nullptr) return std::nullopt;
+    const auto code = std::ranges::find(
+        table_.found_by, Type::kText, [&](std::size_t column) { return columns()[column].type; });
+    return code == table_.found_by.end() ? std::nullopt : std::optional(*code);
   }
 
   bool Holds(std::size_t column, const std::string& value) const {
