@@ -43,6 +43,18 @@ class StoredTable final : public Table {
     return OpenCursorAt(data_, *std::move(rows));
   }
 
+  std::optional<IndexPath> FindRangeIndex(std::size_t column) const override {
+    return lookup_.FindRangeIndex(column);
+  }
+
+  std::unique_ptr<RowCursor> FindRange(const IndexPath& path, const KeyRange& range,
+                                       std::size_t most) const override {
+    std::optional<std::vector<RowPointer>> rows = NamingCorruption(
+        data_->file->path(), data_->name, [&] { return lookup_.FindRange(path, range, most); });
+    if (!rows) return nullptr;
+    return OpenCursorAt(data_, *std::move(rows));
+  }
+
  private:
   std::shared_ptr<const TableData> data_;
   IndexLookup lookup_;

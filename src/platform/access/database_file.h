@@ -69,6 +69,11 @@ struct IndexPath {
   double rows_per_key = 1;           // rows of equal values, estimated from a sample
 };
 
+// The values from one to another, both included; null is no bound.
+struct KeyRange {
+  Value from, to;
+};
+
 class Table {
  public:
   virtual ~Table() = default;
@@ -89,6 +94,13 @@ class Table {
   // more than `most`, or when the key of a value is not known. Raises like RowCursor.
   virtual std::unique_ptr<RowCursor> FindRows(const IndexPath& path, std::span<const Value> values,
                                               std::size_t most) const = 0;
+
+  // An index that starts with the column and sorts as its values do. None as in FindIndex.
+  virtual std::optional<IndexPath> FindRangeIndex(std::size_t column) const = 0;
+  // The rows with values of the range, none of them null, in the column of the path, which
+  // FindRangeIndex gave; otherwise as FindRows. The bounds are values of the column's own type.
+  virtual std::unique_ptr<RowCursor> FindRange(const IndexPath& path, const KeyRange& range,
+                                               std::size_t most) const = 0;
 };
 
 // Not thread-safe.

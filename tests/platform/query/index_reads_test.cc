@@ -10,6 +10,8 @@
 #include "platform/query/cache/file_reader.h"
 #include "platform/query/query_test_support.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/format.h"
+#include "platform/runtime/text.h"
 #include "support/test_files.h"
 
 namespace tenora::query {
@@ -57,6 +59,16 @@ TEST_F(IndexReads, GiveTheRowsOfTheTableInItsOrder) {
       {"select * from revenues where tenant_code = 'T00001 and far longer than its column'",
        "revenues|index tenant_code"},
       {"select * from revenues where recordnumber = 17 or tenant_code = 'T00002'", "revenues|"},
+      {"select * from revenues where recordnumber between 17.5 and 40",
+       "revenues|range of index PrimaryKey"},
+      {"select * from revenues where recordnumber >= -99999999999 and recordnumber < 3",
+       "revenues|range of index PrimaryKey"},
+      {"select * from revenues where recordnumber > 5", "revenues|range of index PrimaryKey"},
+      {"select * from revenues where recordnumber > null", "revenues|range of index PrimaryKey"},
+      {"select * from revenues where tenant_code <= 't00001  '",
+       "revenues|range of index tenant_code"},
+      {"select * from revenues where tenant_code between 'T00003' and 'T00002'",
+       "revenues|range of index tenant_code"},
       {"select * from revenues where comment = 'x'", "revenues|"},
       {"select * from rent_periods where tenant_code = 'T00003' order by period_from desc",
        "rent_periods|index"},
@@ -147,6 +159,82 @@ TEST_F(IndexReads, StartAgainAfterAWriteWithoutLocks) {
   EXPECT_EQ(reader.opened(), 3);
   EXPECT_EQ(read(false), 4);
   EXPECT_EQ(reader.opened(), 3) << "an unchanged file is not opened again";
+}
+
+// Ranges in a column of each type, ascending and descending: times before the day from which days
+// count run backwards, singles are compared by their digits, texts by their order.
+TEST(IndexRanges, GiveTheRowsOfTheTableForEveryType) {
+  const test::ScratchFolder folder;
+  const std::filesystem::path path = folder / "ranges.mdb";
+  test::FileBuilder builder(1);
+  test::BuiltTable table;
+  table.columns = {{"id", 4, 0, true, 0, 4},      {"day", 8, 1, true, 4, 8},
+                   {"exact", 7, 2, true, 12, 8},  {"approx", 6, 3, true, 20, 4},
+                   {"money", 5, 4, true, 24, 8},  {"small", 3, 5, true, 32, 2},
+                   {"guid", 15, 6, true, 34, 16}, {"word", 10, 7, false, 0, 40, 2, 9, 4},
+                   {"more", 10, 8, false, 1, 500}};
+  table.max_columns = 9;
+  table.variable_columns = 2;
+  for (unsigned i = 0; i < 8; ++i)
+    table.indexes.push_back(
+        {.name = "by_" + table.columns[i].name, .columns = {{i, i % 2 == 1}}, .has_tree = true});
+  table.indexes[6].columns[0].second = false;
+  const std::uint32_t definition = builder.NewPage();
+  builder.PutDefinition(definition, table);
+  builder.AddToCatalogue("kinds", definition);
+  WriteWholeFile(path, builder.Finish());
+  const auto workspace = Workspace::Create();
+  const auto in_memory = workspace->OpenDatabase(path);
+  const char* const kWords[] = {"Ōtara", "otara", "O'Brien", "OBrien", "co-op", "coop", "Zoë"};
+  constexpr int kRows = 400;
+  in_memory->BeginTrans();
+  for (int i = 0; i < kRows; ++i) {
+    const Date day = Date::FromCalendar(1899, 9, 21).AddDays(i / 2);
+    const std::string n = std::to_string(i);
+    in_memory->Execute("insert into kinds values (" + n + ", #" + FormatDate(day, "yyyy-mm-dd") +
+                       (i % 2 == 0 ? "" : " 18:30:15") + "#, " + std::to_string(i * 0.25 - 10) +
+                       ", " + std::to_string(i * 0.1 - 5) + ", " + std::to_string(i - 200) +
+                       ".25, " + std::to_string(i % 70) + ", '{00000000-0000-0000-0000-" +
+                       std::to_string(100000000000 + i) + "}', " +
+                       (i % 50 == 49 ? "null" : "'" + ReplaceAll(kWords[i % 7], "'", "''") + "'") +
+                       ", '" + std::string(200, 'x') + "')");
+  }
+  in_memory->CommitTrans();
+  RowsOf(*in_memory, "select * from kinds");
+  const struct {
+    const char* where;
+    const char* path;
+    std::size_t rows;
+  } kCases[] = {
+      {"day = #1899-12-28 18:30:15#", "range of index by_day", 1},
+      {"day between #1899-12-28 18:30:15# and #1900-01-01#", "range of index by_day", 8},
+      {"day > #1899-12-29# and day < #1899-12-31#", "range of index by_day", 3},
+      {"day >= #1900-04-06#", "range of index by_day", 6},
+      {"exact = 0", "range of index by_exact", 1},
+      {"exact > 88.9 and exact <= 89.5", "range of index by_exact", 3},
+      {"exact < -9.5", "range of index by_exact", 2},
+      {"approx = 0.1", "range of index by_approx", 1},
+      {"approx between -0.2 and 0.2", "range of index by_approx", 5},
+      {"money >= -3 and money < 2.25", "range of index by_money", 4},
+      {"money > ccur(196.25)", "range of index by_money", 3},
+      {"small > 68 and small < 99999", "range of index by_small", 5},
+      {"small < -99999", "range of index by_small", 0},
+      {"guid = '{00000000-0000-0000-0000-100000000017}'", "index by_guid", 1},
+      {"guid = '00000000-0000-0000-0000-100000000017'", "index by_guid", 0},
+      {"word >= 'obrien' and word <= \"O'Brien\"", "range of index by_word", 112},
+      {"word > 'coop' and word < 'o'", "range of index by_word", 56},
+      {"word > 'z'", "range of index by_word", 56},
+      {"id between 100 and 103", "range of index by_id", 4},
+  };
+  for (const auto& c : kCases) {
+    const std::string sql = std::string("select * from kinds where ") + c.where;
+    const auto fresh = Workspace::Create()->OpenDatabase(path);
+    EXPECT_THAT(RowsOf(*fresh, "explain " + sql).at(0), StartsWith(std::string("kinds|") + c.path))
+        << sql;
+    const std::vector<std::string> rows = RowsOf(*fresh, sql);
+    EXPECT_EQ(rows.size(), c.rows) << sql;
+    EXPECT_EQ(rows, RowsOf(*in_memory, sql)) << sql;
+  }
 }
 
 // A table just beyond the size up to which a pass over it keeps it in memory.

@@ -20,12 +20,27 @@ bool HasKeyForEqual(const Column& column) {
     case ColumnType::kInteger:
     case ColumnType::kLong:
     case ColumnType::kCurrency:
+    case ColumnType::kGuid:
       return true;
     case ColumnType::kText:
       return !column.fixed_length;
     default:
       return false;
   }
+}
+
+// Whether the keys sort as the values do.
+bool HasKeyForRange(const Column& column) {
+  const bool floating = column.type == ColumnType::kSingle || column.type == ColumnType::kDouble ||
+                        column.type == ColumnType::kDateTime;
+  return floating || (HasKeyForEqual(column) && column.type != ColumnType::kGuid);
+}
+
+// The order in which a scan finds them, each once.
+void PutInOrder(std::vector<RowPointer>& rows) {
+  const auto place = [](RowPointer row) { return std::uint64_t{row.page} << 8 | row.row; };
+  std::ranges::sort(rows, {}, place);
+  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
 }
 
 std::size_t PositionOf(const TableDefinition& table, std::uint16_t number) {
@@ -86,22 +101,79 @@ std::optional<IndexPath> IndexLookup::FindIndex(std::span<const std::size_t> col
   for (std::size_t i = 0; i < indexes.size(); ++i) {
     const PhysicalIndex start = Start(indexes[i], columns);
     if (start.parts.empty()) continue;
-    try {
-      const std::optional<double> rows = RowsPerKey(indexes[i], start);
-      if (!rows || (best && best->rows_per_key <= *rows)) continue;
-      best = IndexPath{.number = i, .name = NameOf(i), .columns = {}, .rows_per_key = *rows};
-      for (const PhysicalIndex::Part& part : start.parts) {
-        best->columns.push_back(PositionOf(table_->definition, part.column_number));
-      }
-    } catch (const NotEncodable&) {
-      continue;
-    } catch (const Corruption&) {
-      continue;
-    } catch (const RuntimeError&) {
-      continue;  // an entry of a row that is gone
+    const std::optional<double> rows = TryRowsPerKey(indexes[i], start);
+    if (!rows || (best && best->rows_per_key <= *rows)) continue;
+    best = IndexPath{.number = i, .name = NameOf(i), .columns = {}, .rows_per_key = *rows};
+    for (const PhysicalIndex::Part& part : start.parts) {
+      best->columns.push_back(PositionOf(table_->definition, part.column_number));
     }
   }
   return best;
+}
+
+std::optional<double> IndexLookup::TryRowsPerKey(const PhysicalIndex& index,
+                                                 const PhysicalIndex& start) const {
+  try {
+    return RowsPerKey(index, start);
+  } catch (const NotEncodable&) {
+    return std::nullopt;
+  } catch (const Corruption&) {
+    return std::nullopt;
+  } catch (const RuntimeError&) {
+    return std::nullopt;  // an entry of a row that is gone
+  }
+}
+
+std::optional<IndexPath> IndexLookup::FindRangeIndex(std::size_t column) const {
+  if (table_->file->header().format == Format::kJet3) return std::nullopt;
+  if (!HasKeyForRange(table_->definition.columns[column])) return std::nullopt;
+  const std::vector<PhysicalIndex>& indexes = table_->definition.physical_indexes;
+  for (std::size_t i = 0; i < indexes.size(); ++i) {
+    if (indexes[i].parts.empty()) continue;
+    PhysicalIndex start = indexes[i];
+    start.parts.resize(1);
+    if (PositionOf(table_->definition, start.parts[0].column_number) != column) continue;
+    const std::optional<double> rows = TryRowsPerKey(indexes[i], start);
+    if (rows)
+      return IndexPath{.number = i, .name = NameOf(i), .columns = {column}, .rows_per_key = *rows};
+  }
+  return std::nullopt;
+}
+
+IndexKey IndexLookup::KeyOf(const PhysicalIndex& start, std::size_t column,
+                            const Value& value) const {
+  const TableDefinition& definition = table_->definition;
+  const Field field = EncodeField(definition.columns[column], definition.places[column], value);
+  const StoredField stored{field.has_value(), field ? Bytes(*field) : Bytes()};
+  IndexKeyEncoder encoder(definition, start, codec_);
+  IndexKey key;
+  encoder.Encode({&stored, 1}, key);
+  return key;
+}
+
+std::optional<std::vector<RowPointer>> IndexLookup::FindRange(const IndexPath& path,
+                                                              const KeyRange& range,
+                                                              std::size_t most) const {
+  PhysicalIndex start = table_->definition.physical_indexes.at(path.number);
+  start.parts.resize(1);
+  const bool descending = start.parts[0].descending;
+  // The first byte of every key but that of null.
+  const IndexKey any(1, descending ? '\x80' : '\x7F');
+  std::vector<RowPointer> rows;
+  try {
+    const auto bound = [&](const Value& value) {
+      return IsNull(value) ? any : KeyOf(start, path.columns.at(0), value);
+    };
+    IndexKey low = bound(range.from), high = bound(range.to);
+    if (descending) std::swap(low, high);
+    if (!RowsInRange(*table_->file, start.root_page, low, high, most, rows)) return std::nullopt;
+  } catch (const NotEncodable&) {
+    return std::nullopt;
+  } catch (const RuntimeError&) {
+    return std::nullopt;  // the column cannot hold the bound
+  }
+  PutInOrder(rows);
+  return rows;
 }
 
 std::optional<std::vector<RowPointer>> IndexLookup::FindRows(const IndexPath& path,
@@ -133,9 +205,7 @@ std::optional<std::vector<RowPointer>> IndexLookup::FindRows(const IndexPath& pa
     if (error.number() == engine_error::kNumericOverflow) return rows;
     return std::nullopt;
   }
-  const auto place = [](RowPointer row) { return std::uint64_t{row.page} << 8 | row.row; };
-  std::ranges::sort(rows, {}, place);
-  rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+  PutInOrder(rows);
   return rows;
 }
 

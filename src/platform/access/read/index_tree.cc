@@ -33,9 +33,15 @@ IndexPage MiddleLeaf(const PageFile& file, std::uint32_t root) {
 
 bool RowsWithKey(const PageFile& file, std::uint32_t root, std::string_view key, std::size_t most,
                  std::vector<RowPointer>& rows) {
-  IndexWalk walk(file, root, key);
-  for (const IndexEntry* entry = walk.Next();
-       entry != nullptr && std::string_view(entry->key).starts_with(key); entry = walk.Next()) {
+  return RowsInRange(file, root, key, key, most, rows);
+}
+
+bool RowsInRange(const PageFile& file, std::uint32_t root, std::string_view low,
+                 std::string_view high, std::size_t most, std::vector<RowPointer>& rows) {
+  const auto within = [high](std::string_view key) { return key < high || key.starts_with(high); };
+  IndexWalk walk(file, root, low);
+  for (const IndexEntry* entry = walk.Next(); entry != nullptr && within(entry->key);
+       entry = walk.Next()) {
     if (rows.size() == most) return false;
     rows.push_back(entry->row);
   }

@@ -24,6 +24,10 @@ IndexPage MiddleLeaf(const PageFile& file, std::uint32_t root);
 bool RowsWithKey(const PageFile& file, std::uint32_t root, std::string_view key, std::size_t most,
                  std::vector<RowPointer>& rows);
 
+// The same for the entries from the key `low` to those that start with the key `high`.
+bool RowsInRange(const PageFile& file, std::uint32_t root, std::string_view low,
+                 std::string_view high, std::size_t most, std::vector<RowPointer>& rows);
+
 // Scans the entries of an index in order. Raises Corruption for a page that is not an index page
 // and for leaves that are linked in a loop.
 class IndexWalk {

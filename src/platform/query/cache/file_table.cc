@@ -78,6 +78,7 @@ std::shared_ptr<FileTable> FileTable::For(std::shared_ptr<FileReader> reader) co
   auto same = std::make_shared<FileTable>(*this);
   same->reader_ = std::move(reader);
   same->paths_.clear();
+  same->range_paths_.clear();
   same->paths_opened_ = 0;
   return same;
 }
@@ -103,10 +104,16 @@ CachedTable& FileTable::Load() {
 }
 
 // The numbers of indexes are valid only for the file as it was opened when they were found.
+void FileTable::KeepPathsOfNow() {
+  if (paths_opened_ == reader_->opened()) return;
+  paths_.clear();
+  range_paths_.clear();
+  paths_opened_ = reader_->opened();
+}
+
 const access::IndexPath* FileTable::PathIn(const access::Table& table,
                                            const std::vector<std::size_t>& columns) {
-  if (paths_opened_ != reader_->opened()) paths_.clear();
-  paths_opened_ = reader_->opened();
+  KeepPathsOfNow();
   auto known = paths_.find(columns);
   if (known == paths_.end()) known = paths_.emplace(columns, table.FindIndex(columns)).first;
   return known->second ? &*known->second : nullptr;
@@ -118,19 +125,31 @@ const access::IndexPath* FileTable::FindIndex(const std::vector<std::size_t>& co
   });
 }
 
-FoundRows FileTable::FindRows(const std::vector<std::size_t>& columns,
-                              std::span<const Value> values, ColumnMask used) {
+const access::IndexPath* FileTable::RangePathIn(const access::Table& table, std::size_t column) {
+  KeepPathsOfNow();
+  auto known = range_paths_.find(column);
+  if (known == range_paths_.end())
+    known = range_paths_.emplace(column, table.FindRangeIndex(column)).first;
+  return known->second ? &*known->second : nullptr;
+}
+
+const access::IndexPath* FileTable::FindRangeIndex(std::size_t column) {
+  return reader_->Read(kTriesOfLookUp, [&](const access::DatabaseFile& file) {
+    return RangePathIn(Find(file), column);
+  });
+}
+
+template <typename Opening>
+std::shared_ptr<CachedTable> FileTable::ReadFound(ColumnMask used, const Opening& open) {
   const std::int64_t left = kLeastSpent + row_count() / kSpentShare - spent_ - kLookUpCost;
-  if (left < kFoundCost) return {};
+  if (left < kFoundCost) return nullptr;
   const auto most = static_cast<std::size_t>(left / kFoundCost);
   std::shared_ptr<CachedTable> found;
   try {
     found = reader_->Read(kTriesOfLookUp, [&](const access::DatabaseFile& file) {
       const access::Table& table = Find(file);
-      const access::IndexPath* const path = PathIn(table, columns);
       std::shared_ptr<CachedTable> rows;
-      if (path == nullptr || path->columns != columns) return rows;
-      const auto cursor = table.FindRows(*path, values, most);
+      const std::unique_ptr<access::RowCursor> cursor = open(table, most);
       if (cursor == nullptr) return rows;
       rows = std::make_shared<CachedTable>(name(), table.columns(), 0, *cursor, used);
       return rows;
@@ -140,7 +159,28 @@ FoundRows FileTable::FindRows(const std::vector<std::size_t>& columns,
     if (error.number() != access::engine_error::kCorruptFile) throw;
   }
   spent_ += kLookUpCost + (found == nullptr ? left : kFoundCost * found->rows());
-  return {.table = found};
+  return found;
+}
+
+FoundRows FileTable::FindRows(const std::vector<std::size_t>& columns,
+                              std::span<const Value> values, ColumnMask used) {
+  return {.table = ReadFound(used,
+                             [&](const access::Table& table,
+                                 std::size_t most) -> std::unique_ptr<access::RowCursor> {
+                               const access::IndexPath* const path = PathIn(table, columns);
+                               if (path == nullptr || path->columns != columns) return nullptr;
+                               return table.FindRows(*path, values, most);
+                             })};
+}
+
+std::shared_ptr<CachedTable> FileTable::FindRange(std::size_t column, const access::KeyRange& range,
+                                                  ColumnMask used) {
+  return ReadFound(
+      used,
+      [&](const access::Table& table, std::size_t most) -> std::unique_ptr<access::RowCursor> {
+        const access::IndexPath* const path = RangePathIn(table, column);
+        return path == nullptr ? nullptr : table.FindRange(*path, range, most);
+      });
 }
 
 bool FileTable::Streams() const {

@@ -35,6 +35,9 @@ class FileTable : public TableSource {
   const access::IndexPath* FindIndex(const std::vector<std::size_t>& columns) override;
   FoundRows FindRows(const std::vector<std::size_t>& columns, std::span<const Value> values,
                      ColumnMask used) override;
+  const access::IndexPath* FindRangeIndex(std::size_t column) override;
+  std::shared_ptr<CachedTable> FindRange(std::size_t column, const access::KeyRange& range,
+                                         ColumnMask used) override;
   std::unique_ptr<TableStream> Stream() override;
   bool Streams() const override;
 
@@ -43,12 +46,21 @@ class FileTable : public TableSource {
   const access::IndexPath* PathIn(const access::Table& table,
                                   const std::vector<std::size_t>& columns);
 
+  const access::IndexPath* RangePathIn(const access::Table& table, std::size_t column);
+  // Reads rows that `open`, given the table and how many rows are worth it, gives a cursor over;
+  // null where it gives none.
+  template <typename Opening>
+  std::shared_ptr<CachedTable> ReadFound(ColumnMask used, const Opening& open);
+  // Forgets the paths of an earlier state of the file.
+  void KeepPathsOfNow();
+
   std::uint32_t page_count_ = 0;
   std::shared_ptr<FileReader> reader_;
   std::int64_t spent_ = 0;  // on look-ups, in rows that reading the table would have brought
   bool streamed_ = false;
   // What was found in the file as it was opened for the time `paths_opened_`, by columns.
   std::map<std::vector<std::size_t>, std::optional<access::IndexPath>> paths_;
+  std::map<std::size_t, std::optional<access::IndexPath>> range_paths_;
   int paths_opened_ = 0;
 };
 

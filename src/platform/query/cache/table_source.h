@@ -25,6 +25,8 @@ struct SourceColumn {
 
   // Whether rows can be found by equality in this column.
   bool CanLookUp() const { return type != Type::kDouble && !IsStoredAsBytes(type); }
+  // Whether rows can be found by a range of values in this column.
+  bool CanFindRange() const { return type >= Type::kInteger && type <= Type::kText; }
   bool operator==(const SourceColumn&) const = default;
 
   std::string name;
@@ -75,6 +77,14 @@ class TableSource {
   // possibly others; none where the table is better read as a whole.
   virtual FoundRows FindRows(const std::vector<std::size_t>& columns, std::span<const Value> values,
                              ColumnMask used) = 0;
+  // The same for the values of one column from one to another; without a way, or where the table is
+  // better read as a whole, null.
+  virtual const access::IndexPath* FindRangeIndex(std::size_t /*column*/) { return nullptr; }
+  virtual std::shared_ptr<CachedTable> FindRange(std::size_t /*column*/,
+                                                 const access::KeyRange& /*range*/,
+                                                 ColumnMask /*used*/) {
+    return nullptr;
+  }
   // A pass over a table that is large and has not been read in such a pass before; null for all
   // others.
   virtual std::unique_ptr<TableStream> Stream() = 0;

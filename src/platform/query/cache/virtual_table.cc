@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <new>
 #include <optional>
@@ -103,12 +104,21 @@ int Disconnect(sqlite3_vtab* table) {
   return SQLITE_OK;
 }
 
-// Equalities that a look-up can use, and how many rows it is expected to find.
+// What the values of a range are: its bounds, or one value that is both. SQLite keeps the number
+// with the plan; those above 0 are numbers of values of a look-up by equality.
+enum RangeKind : int { kFrom = -1, kTo = -2, kFromTo = -3, kBoth = -4 };
+
+// Constraints that a look-up can use, and how many rows it is expected to find.
 struct LookUpPlan {
   std::vector<int> constraints;
   double rows = 0;
   double cost = 0;
+  int number = 0;  // of values, or a RangeKind
+  bool indexed = false;
 };
+
+// What reaching a row of the file costs, compared with a row in memory.
+constexpr double kLookUpCost = 200, kFoundCost = 8;
 
 // The usable equalities, one a column.
 std::vector<int> Equalities(const TableSource& source, sqlite3_index_info* info) {
@@ -135,7 +145,7 @@ LookUpPlan PlanInMemory(CachedTable& table, const sqlite3_index_info* info,
   LookUpPlan best;
   for (const int i : equalities) {
     const double found = table.RowsPerValue(static_cast<std::size_t>(info->aConstraint[i].iColumn));
-    if (best.constraints.empty() || found < best.rows) best = {{i}, found, found + 1};
+    if (best.constraints.empty() || found < best.rows) best = {{i}, found, found + 1, 1};
   }
   return best;
 }
@@ -144,8 +154,6 @@ LookUpPlan PlanInMemory(CachedTable& table, const sqlite3_index_info* info,
 // time, and then in memory.
 LookUpPlan PlanInFile(TableSource& source, const sqlite3_index_info* info,
                       const std::vector<int>& equalities) {
-  // What reaching a row of the file costs, compared with a row in memory.
-  constexpr double kLookUpCost = 200, kFoundCost = 8;
   if (equalities.empty()) return {};
   std::vector<std::size_t> columns;
   for (const int i : equalities)
@@ -154,14 +162,82 @@ LookUpPlan PlanInFile(TableSource& source, const sqlite3_index_info* info,
   if (path == nullptr) {
     constexpr double kShare = 0.1;
     const double rows = static_cast<double>(source.row_count());
-    return {{equalities.front()}, std::max(rows * kShare, 1.0), rows + 1};
+    return {{equalities.front()}, std::max(rows * kShare, 1.0), rows + 1, 1};
   }
-  LookUpPlan plan{{}, path->rows_per_key, kLookUpCost + kFoundCost * path->rows_per_key};
+  LookUpPlan plan{{},
+                  path->rows_per_key,
+                  kLookUpCost + kFoundCost * path->rows_per_key,
+                  static_cast<int>(path->columns.size()),
+                  true};
   for (const std::size_t column : path->columns) {
     const auto place = std::ranges::find(columns, column) - columns.begin();
     plan.constraints.push_back(equalities[static_cast<std::size_t>(place)]);
   }
   return plan;
+}
+
+// The constraints of one column; -1 for none.
+struct Bounds {
+  int column = 0;
+  int equal = -1, from = -1, to = -1;
+};
+
+std::vector<Bounds> BoundsOf(const TableSource& source, sqlite3_index_info* info) {
+  std::vector<Bounds> all;
+  for (int i = 0; i < info->nConstraint; ++i) {
+    const auto& constraint = info->aConstraint[i];
+    if (constraint.usable == 0 || constraint.iColumn < 0) continue;
+    const SourceColumn& column = source.columns()[static_cast<std::size_t>(constraint.iColumn)];
+    if (!column.CanFindRange()) continue;
+    if (column.type == Type::kText &&
+        std::string_view(sqlite3_vtab_collation(info, i)) != kCollationName)
+      continue;
+    auto bounds = std::ranges::find(all, constraint.iColumn, &Bounds::column);
+    if (bounds == all.end()) bounds = all.insert(all.end(), Bounds{.column = constraint.iColumn});
+    // Keys of equal dates and numbers with fractions differ; all others are looked up by equality.
+    const bool equal = constraint.op == SQLITE_INDEX_CONSTRAINT_EQ &&
+                       (column.type == Type::kDate || column.type == Type::kDouble);
+    if (equal) bounds->equal = i;
+    if (constraint.op == SQLITE_INDEX_CONSTRAINT_GE || constraint.op == SQLITE_INDEX_CONSTRAINT_GT)
+      bounds->from = i;
+    if (constraint.op == SQLITE_INDEX_CONSTRAINT_LE || constraint.op == SQLITE_INDEX_CONSTRAINT_LT)
+      bounds->to = i;
+  }
+  return all;
+}
+
+// Chooses an index of the file for a range. Its bounds are not known yet; one that proves too wide
+// is read in a pass over the table.
+LookUpPlan PlanRange(TableSource& source, sqlite3_index_info* info) {
+  constexpr double kShareOfTwo = 0.02, kCostOfTwo = 0.3, kShareOfOne = 0.25, kCostOfOne = 0.8;
+  const double rows = static_cast<double>(source.row_count());
+  LookUpPlan best;
+  for (const Bounds& bounds : BoundsOf(source, info)) {
+    if (bounds.equal < 0 && bounds.from < 0 && bounds.to < 0) continue;
+    const access::IndexPath* const path =
+        source.FindRangeIndex(static_cast<std::size_t>(bounds.column));
+    if (path == nullptr) continue;
+    LookUpPlan plan{{bounds.from < 0 ? bounds.to : bounds.from},
+                    rows * kShareOfOne,
+                    rows * kCostOfOne + kLookUpCost,
+                    bounds.from < 0 ? kTo : kFrom,
+                    true};
+    if (bounds.equal >= 0) {
+      plan = {{bounds.equal},
+              path->rows_per_key,
+              kLookUpCost + kFoundCost * path->rows_per_key,
+              kBoth,
+              true};
+    } else if (bounds.from >= 0 && bounds.to >= 0) {
+      plan = {{bounds.from, bounds.to},
+              rows * kShareOfTwo,
+              rows * kCostOfTwo + kLookUpCost,
+              kFromTo,
+              true};
+    }
+    if (best.constraints.empty() || plan.cost < best.cost) best = plan;
+  }
+  return best;
 }
 
 // Tells Filter the columns that the statement reads and those of the look-up's values, and
@@ -170,20 +246,26 @@ int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
   const VirtualTable& table = *static_cast<VirtualTable*>(base);
   TableSource& source = *table.source;
   const std::vector<int> equalities = Equalities(source, info);
-  const LookUpPlan plan = source.rows() != nullptr ? PlanInMemory(*source.rows(), info, equalities)
-                                                   : PlanInFile(source, info, equalities);
+  LookUpPlan plan = source.rows() != nullptr ? PlanInMemory(*source.rows(), info, equalities)
+                                             : PlanInFile(source, info, equalities);
+  if (source.rows() == nullptr && !plan.indexed) {
+    const LookUpPlan range = PlanRange(source, info);
+    if (range.indexed && (plan.constraints.empty() || range.cost < plan.cost)) plan = range;
+  }
   const double rows =
       source.rows() != nullptr ? source.rows()->rows() : static_cast<double>(source.row_count());
-  info->idxNum = static_cast<int>(plan.constraints.size());
+  info->idxNum = plan.number;
   info->estimatedRows = static_cast<sqlite3_int64>(rows);
   info->estimatedCost = rows + 1;
   std::string columns;
   for (std::size_t i = 0; i < plan.constraints.size(); ++i) {
     const int constraint = plan.constraints[i];
-    columns += (i == 0 ? ":" : ",") + std::to_string(info->aConstraint[constraint].iColumn);
+    const bool same = plan.number < 0 && i > 0;  // both bounds are those of one column
+    if (!same)
+      columns += (i == 0 ? ":" : ",") + std::to_string(info->aConstraint[constraint].iColumn);
     info->aConstraintUsage[constraint].argvIndex = static_cast<int>(i) + 1;
-    // Of several values, a look-up in memory observes only one.
-    info->aConstraintUsage[constraint].omit = plan.constraints.size() == 1 ? 1 : 0;
+    // Of several values, a look-up in memory observes only one; a range finds a few rows more.
+    info->aConstraintUsage[constraint].omit = plan.number == 1 ? 1 : 0;
   }
   info->idxStr =
       sqlite3_mprintf("%llx%s t%d", info->colUsed, columns.c_str(), static_cast<int>(table.number));
@@ -356,9 +438,95 @@ bool ReadWanted(Cursor& cursor, const char* columns, int count, sqlite3_value** 
   return true;
 }
 
-int Filter(sqlite3_vtab_cursor* base, const char* plan, int count, sqlite3_value** values) {
+// A whole number that is not above (`low`) or not below the value, and that the column can store.
+std::int64_t WholeBound(access::ColumnType stored, sqlite3_value* value, bool low) {
+  const auto clamp = [](std::int64_t number, auto limits) {
+    return std::clamp<std::int64_t>(number, limits.min(), limits.max());
+  };
+  constexpr double kMost = 9.2e18;
+  const double fraction = sqlite3_value_double(value);
+  const std::int64_t number =
+      sqlite3_value_type(value) == SQLITE_INTEGER
+          ? sqlite3_value_int64(value)
+          : static_cast<std::int64_t>(
+                std::clamp(low ? std::floor(fraction) : std::ceil(fraction), -kMost, kMost));
+  switch (stored) {
+    case access::ColumnType::kByte:
+      return clamp(number, std::numeric_limits<std::uint8_t>());
+    case access::ColumnType::kInteger:
+      return clamp(number, std::numeric_limits<std::int16_t>());
+    case access::ColumnType::kLong:
+      return clamp(number, std::numeric_limits<std::int32_t>());
+    default:
+      return number;
+  }
+}
+
+// A day count that is before (`low`) or after all that are this date to a second. Before day 0 the
+// times of a day run backwards, so it is a day there.
+double DateBound(double seconds, bool low) {
+  constexpr double kSecondsPerDay = 86400;
+  const double days = seconds / kSecondsPerDay;
+  const double margin = days < 1 ? 1 : 1.5 / kSecondsPerDay;
+  const double bound = days < 1 ? std::floor(days) : days;
+  return low ? bound - margin : bound + margin;
+}
+
+// A single is compared by its digits, which are not quite those that are stored.
+double FloatingBound(access::ColumnType stored, double number, bool low) {
+  // The key of -0 comes before that of 0.
+  if (stored != access::ColumnType::kSingle) return number == 0 && low ? -0.0 : number;
+  constexpr double kMost = std::numeric_limits<float>::max();
+  const double margin = std::abs(number) * 1e-6 + std::numeric_limits<float>::min();
+  return std::clamp(low ? number - margin : number + margin, -kMost, kMost);
+}
+
+// A bound as a value of the column; null, which is none, for a value of another type.
+Value BoundOf(const SourceColumn& column, sqlite3_value* value, bool low) {
+  const int type = sqlite3_value_type(value);
+  if (column.type == Type::kText) {
+    if (type != SQLITE_TEXT) return Null{};
+    const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+    const std::string_view all(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+    return std::string(all.substr(0, all.find_last_not_of(' ') + 1));
+  }
+  if (type != SQLITE_INTEGER && type != SQLITE_FLOAT) return Null{};
+  switch (column.type) {
+    case Type::kDate:
+      return DateBound(sqlite3_value_double(value), low);
+    case Type::kDouble:
+      return FloatingBound(column.stored, sqlite3_value_double(value), low);
+    case Type::kCurrency:
+      return Currency::FromTenThousandths(WholeBound(column.stored, value, low));
+    default:
+      return WholeBound(column.stored, value, low);
+  }
+}
+
+// The rows of a range of a column's values, or all rows: SQLite compares them.
+void FilterRange(Cursor& cursor, int kind, const char* plan, int count, sqlite3_value** values) {
+  char* end = nullptr;
+  const ColumnMask used = std::strtoull(plan, &end, 16);
+  const std::size_t position = std::strtoull(end + 1, nullptr, 10);
+  for (int i = 0; i < count; ++i) {
+    if (sqlite3_value_type(values[i]) != SQLITE_NULL) continue;
+    cursor.stream_ended = true;
+    return;
+  }
+  TableSource& source = *cursor.source;
+  const SourceColumn& column = source.columns().at(position);
+  access::KeyRange range;
+  if (kind != kTo) range.from = BoundOf(column, values[0], true);
+  if (kind != kFrom) range.to = BoundOf(column, values[kind == kFromTo ? 1 : 0], false);
+  cursor.found = source.rows() == nullptr ? source.FindRange(position, range, used) : nullptr;
+  cursor.table = cursor.found.get();
+  if (cursor.table == nullptr && !StartStream(cursor)) cursor.table = &source.Load();
+}
+
+int Filter(sqlite3_vtab_cursor* base, int number, const char* plan, int count,
+           sqlite3_value** values) {
   Cursor& cursor = *static_cast<Cursor*>(base);
-  cursor.lookup = count > 0;
+  cursor.lookup = count > 0 && number > 0;
   cursor.row = 0;
   cursor.table = nullptr;
   cursor.stream.reset();
@@ -367,6 +535,10 @@ int Filter(sqlite3_vtab_cursor* base, const char* plan, int count, sqlite3_value
   cursor.texts.clear();
   cursor.selected.clear();
   cursor.matches = {};
+  if (number < 0) {
+    FilterRange(cursor, number, plan, count, values);
+    return SQLITE_OK;
+  }
   if (!cursor.lookup) {
     if (!StartStream(cursor)) cursor.table = &cursor.source->Load();
     return SQLITE_OK;
@@ -489,10 +661,10 @@ sqlite3_module MakeModule() {
                    [&] { return OpenCursor(table, result); });
   };
   module.xClose = CloseCursor;
-  module.xFilter = [](sqlite3_vtab_cursor* cursor, int, const char* plan, int count,
+  module.xFilter = [](sqlite3_vtab_cursor* cursor, int number, const char* plan, int count,
                       sqlite3_value** values) {
     return Guarded(*static_cast<Cursor*>(cursor)->tables,
-                   [&] { return Filter(cursor, plan, count, values); });
+                   [&] { return Filter(cursor, number, plan, count, values); });
   };
   module.xNext = Next;
   module.xEof = AtEnd;
@@ -517,6 +689,7 @@ std::optional<TablePlan> ReadTablePlan(std::string_view line) {
   read(line.substr(end + 2), plan.number);
   // The number of values, the columns that are read, then those of the values.
   std::string_view columns = line.substr(0, end).substr(start + kBefore.size());
+  plan.range = columns.starts_with('-');
   for (int colons = 0; colons < 2; ++colons) {
     const std::size_t colon = columns.find(':');
     if (colon == std::string_view::npos) return plan;

@@ -25,6 +25,7 @@ struct VirtualTables {
 struct TablePlan {
   std::size_t number = 0;            // of the table
   std::vector<std::size_t> columns;  // of a look-up
+  bool range = false;                // of the values of its only column
 };
 // None for a line about something else.
 std::optional<TablePlan> ReadTablePlan(std::string_view line);

@@ -201,14 +201,16 @@ std::unique_ptr<Recordset> SqliteConnection::Explain(std::string_view statement)
     for (const std::size_t column : read->columns) {
       columns += (columns.empty() ? "" : ", ") + source.columns().at(column).name;
     }
-    const access::IndexPath* const path = source.rows() == nullptr && !read->columns.empty()
-                                              ? source.FindIndex(read->columns)
-                                              : nullptr;
+    const access::IndexPath* path = nullptr;
+    if (source.rows() == nullptr && !read->columns.empty())
+      path = read->range ? source.FindRangeIndex(read->columns.front())
+                         : source.FindIndex(read->columns);
     std::string access = source.Streams() ? "one pass" : "whole table";
     if (source.rows() != nullptr) access = "memory";
-    if (path != nullptr) access = "index " + path->name;
-    const auto expected =
-        path == nullptr ? source.row_count() : static_cast<std::int64_t>(path->rows_per_key);
+    if (path != nullptr) access = (read->range ? "range of index " : "index ") + path->name;
+    const auto expected = path == nullptr || read->range
+                              ? source.row_count()
+                              : static_cast<std::int64_t>(path->rows_per_key);
     rows.push_back({source.name(), access, columns, expected});
   }
   return std::make_unique<RowList>(std::vector<std::string>{"table", "access", "columns", "rows"},

@@ -49,8 +49,8 @@ class SqliteConnection : private Catalogue {
   // cached. `statement` is the text that the select comes from, for errors.
   Ready Prepare(const Select& select, std::string_view statement, const std::vector<Token>& tokens);
   // How a select would read its tables now, in the order of its loops: the columns table, access
-  // ("index PrimaryKey", "memory", "whole table", "one pass"), the names of the columns of a
-  // look-up, and the expected number of rows.
+  // ("index PrimaryKey", "range of index PrimaryKey", "memory", "whole table", "one pass"), the
+  // names of the columns of a look-up, and the expected number of rows.
   std::unique_ptr<Recordset> Explain(std::string_view statement);
   // Moves to the next row; false past the last. `text` is the statement, for errors.
   bool Step(sqlite3_stmt* statement, std::string_view text);
