@@ -1,6 +1,7 @@
 #include "ui/dialogs/filter_panel.h"
 
 #include <QHBoxLayout>
+#include <QScrollBar>
 #include <algorithm>
 #include <utility>
 
@@ -82,7 +83,7 @@ QWidget* FilterPanel::MakeBar() {
   return bar;
 }
 
-QWidget* FilterPanel::MakeBody() {
+QScrollArea* FilterPanel::MakeBody() {
   auto* page = new QWidget;
   auto* column = new QVBoxLayout(page);
   column->setContentsMargins(0, 0, 0, 0);
@@ -113,6 +114,11 @@ QWidget* FilterPanel::MakeBody() {
   column->addWidget(text_);
   column->addWidget(problem_label_);
   column->addStretch();
+  QWidget* before = joined_;
+  for (QWidget* stop : std::initializer_list<QWidget*>{add, save_, rename_, delete_, text_}) {
+    setTabOrder(before, stop);
+    before = stop;
+  }
   auto* scrolled = new Body(page);
   scrolled->setMinimumSize(0, kLeastHeight);
   scrolled->setMaximumHeight(kMostHeight);
@@ -151,6 +157,9 @@ void FilterPanel::Open(bool open) {
   if (!rows_.empty()) {
     rows_.front()->setFocus();
     rows_.front()->findChild<QComboBox*>()->setFocus();
+    // To where that is, on a screen that shows a part of the panel only.
+    body_->horizontalScrollBar()->setValue(0);
+    body_->verticalScrollBar()->setValue(0);
   }
 }
 
@@ -198,6 +207,10 @@ void FilterPanel::AddRow(const FilterRow& row) {
   // At once, so that the panel's height counts it.
   widget->show();
   body_->updateGeometry();
+  // A widget that comes later would be the window's last stop.
+  QWidget* before = delete_;
+  for (FilterRowWidget* one : rows_) before = one->TabBehind(before);
+  setTabOrder(before, text_);
   connect(widget, &FilterRowWidget::Changed, this, &FilterPanel::RowsChanged);
   connect(widget, &FilterRowWidget::RemoveAsked, this, [this, widget] {
     std::erase(rows_, widget);

@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <memory>
@@ -47,7 +48,7 @@ class FilterPanel : public QWidget {
 
  private:
   QWidget* MakeBar();
-  QWidget* MakeBody();
+  QScrollArea* MakeBody();
   QStringList Facts() const;
   void ShowNamed(const std::string& current);
   void ChooseNamed(int index);
@@ -74,7 +75,7 @@ class FilterPanel : public QWidget {
   std::string chosen_;  // the name of the filter that the text began with
   QComboBox* named_box_;
   QPushButton* toggle_;
-  QWidget* body_;
+  QScrollArea* body_;
   QComboBox* joined_;
   QVBoxLayout* rows_layout_;
   std::vector<FilterRowWidget*> rows_;

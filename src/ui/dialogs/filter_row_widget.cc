@@ -19,7 +19,8 @@ FilterRowWidget::FilterRowWidget(std::shared_ptr<const FactNames> names, const Q
       comparison_(new QComboBox),
       first_(new DayField(QString::fromStdString(row.first))),
       and_(new QLabel(tr("and"))),
-      second_(new DayField(QString::fromStdString(row.second))) {
+      second_(new DayField(QString::fromStdString(row.second))),
+      remove_(new QToolButton) {
   fact_->setObjectName("cboFact");
   comparison_->setObjectName("cboComparison");
   first_->setObjectName("txtFirst");
@@ -28,12 +29,11 @@ FilterRowWidget::FilterRowWidget(std::shared_ptr<const FactNames> names, const Q
   comparison_->setAccessibleName(tr("Comparison %1").arg(number));
   first_->setAccessibleName(tr("Value %1").arg(number));
   second_->setAccessibleName(tr("Second value %1").arg(number));
-  auto* remove = new QToolButton;
-  remove->setObjectName("cmdRemoveRow");
-  remove->setText(QStringLiteral("×"));
-  remove->setToolTip(tr("Remove this line"));
-  remove->setAccessibleName(tr("Remove line %1").arg(number));
-  remove->setFocusPolicy(Qt::StrongFocus);
+  remove_->setObjectName("cmdRemoveRow");
+  remove_->setText(QStringLiteral("×"));
+  remove_->setToolTip(tr("Remove this line"));
+  remove_->setAccessibleName(tr("Remove line %1").arg(number));
+  remove_->setFocusPolicy(Qt::StrongFocus);
 
   fact_->addItems(facts);
   fact_->setCurrentText(QString::fromStdString(row.fact));
@@ -51,7 +51,7 @@ FilterRowWidget::FilterRowWidget(std::shared_ptr<const FactNames> names, const Q
   layout->addWidget(first_, 2);
   layout->addWidget(and_);
   layout->addWidget(second_, 2);
-  layout->addWidget(remove);
+  layout->addWidget(remove_);
 
   connect(fact_, &QComboBox::currentIndexChanged, this, [this] {
     ShowComparisons(0);
@@ -65,7 +65,7 @@ FilterRowWidget::FilterRowWidget(std::shared_ptr<const FactNames> names, const Q
     connect(box, &DayField::textEdited, this, &FilterRowWidget::Changed);
     connect(box, &DayField::DayChosen, this, &FilterRowWidget::Changed);
   }
-  connect(remove, &QToolButton::clicked, this, &FilterRowWidget::RemoveAsked);
+  connect(remove_, &QToolButton::clicked, this, &FilterRowWidget::RemoveAsked);
 }
 
 std::span<const FilterComparison> FilterRowWidget::Comparisons() const {
@@ -100,6 +100,15 @@ void FilterRowWidget::SetNames(std::shared_ptr<const FactNames> names, const QSt
   fact_->clear();
   fact_->addItems(facts);
   fact_->setCurrentText(chosen);
+}
+
+QWidget* FilterRowWidget::TabBehind(QWidget* before) {
+  for (QWidget* stop :
+       std::initializer_list<QWidget*>{fact_, comparison_, first_, second_, remove_}) {
+    setTabOrder(before, stop);
+    before = stop;
+  }
+  return before;
 }
 
 FilterRow FilterRowWidget::Row() const {

@@ -25,6 +25,8 @@ class FilterRowWidget : public QWidget {
   FilterRow Row() const;
   // Other facts are on offer now; the chosen one stays.
   void SetNames(std::shared_ptr<const FactNames> names, const QStringList& facts);
+  // Tab goes from `before` through the row; its last stop is returned.
+  QWidget* TabBehind(QWidget* before);
 
  signals:
   void Changed();
@@ -41,6 +43,7 @@ class FilterRowWidget : public QWidget {
   DayField* first_;
   QLabel* and_;
   DayField* second_;
+  QToolButton* remove_;
 };
 
 }  // namespace tenora

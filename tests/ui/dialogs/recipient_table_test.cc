@@ -311,7 +311,15 @@ TEST_F(RecipientTableTest, KeepsFiltersUnderNames) {
   AwaitValues(*dialog);
   EXPECT_EQ(Listed(*dialog).size(), left);
   EXPECT_EQ(Text(*dialog, "txtWhere"), kArrears);
-  EXPECT_EQ(dialog->findChildren<QComboBox*>("cboFact").size(), 2);
+  const auto facts = dialog->findChildren<QComboBox*>("cboFact");
+  ASSERT_EQ(facts.size(), 2);
+  // Tab goes from line to line, and on to the text and the search.
+  QStringList stops;
+  for (QWidget* at = facts[0]->nextInFocusChain(); at != facts[0]; at = at->nextInFocusChain()) {
+    const QString name = at->objectName();
+    if (name == "cboFact" || name == "txtWhere" || name == "txtSearch") stops << name;
+  }
+  EXPECT_EQ(stops.first(3), QStringList({"cboFact", "txtWhere", "txtSearch"}));
   // A line that is taken away is out of the condition.
   Find<QToolButton>(*dialog, "cmdRemoveRow")->click();
   EXPECT_EQ(Text(*dialog, "txtWhere"), "Days Behind > 7");
