@@ -1,6 +1,7 @@
 #include "platform/access/check.h"
 
 #include <algorithm>
+#include <map>
 
 #include "platform/access/check/relationship_check.h"
 #include "platform/access/check/table_check.h"
@@ -69,14 +70,20 @@ std::vector<Finding> CheckPages(const std::shared_ptr<const PageFile>& file,
                              report,
                              ledger,
                              memory.pages_with_keys,
-                             std::max<std::uint64_t>(memory.rows_of_part, 1)};
+                             std::max<std::uint64_t>(memory.rows_of_part, 1),
+                             memory.related_keys};
   try {
     const std::vector<std::shared_ptr<const TableData>> tables = ReadTables(context, file);
     RelationshipCheck relationships(context, tables);
+    std::map<const TableData*, std::unique_ptr<TableCheck>> related;
     for (const auto& table : tables) {
-      TableCheck(context, table->name, table->definition, relationships.WantedOf(*table)).Run();
+      const std::vector<KeyList*> wanted = relationships.WantedOf(*table);
+      auto check = std::make_unique<TableCheck>(context, table->name, table->definition, wanted);
+      check->Run();
+      if (!wanted.empty()) related[table.get()] = std::move(check);
     }
-    relationships.Run();
+    relationships.Run(
+        [&](const TableData& table, KeyList& keys) { related.at(&table)->ReadAgain(keys); });
     ledger.CheckAllClaimed();
   } catch (const RuntimeError& corrupt_catalogue) {
     report.Fault({}, {}, {},

@@ -39,10 +39,12 @@ struct Finding {
 
 // How much of a table is kept in memory while its indexes are compared with its rows. Of a table of
 // more pages only sums over its keys are; where they differ, its rows are read again part by part
-// to find those concerned.
+// to find those concerned. Of the keys of relationships only hashes are, eight bytes each, and of
+// more than `related_keys` different ones a part at a time.
 struct CheckMemory {
   std::size_t pages_with_keys = 4096;
   std::uint64_t rows_of_part = 250'000;
+  std::size_t related_keys = 8'000'000;
 };
 
 // Takes the lock of readers, so that none of our writers is in the middle of a change. Where

@@ -17,6 +17,7 @@
 #include "platform/access/read/usage_map.h"
 #include "platform/access/storage/page_file.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/text.h"
 #include "support/slow_build.h"
 #include "support/test_files.h"
 
@@ -453,6 +454,42 @@ TEST(ARowThatRefersToAMissingOne, IsFoundWhereTheRelationshipIsEnforced) {
   EXPECT_THAT(findings(3, 0), HasSubstr(missing));
   EXPECT_THAT(findings(1, 0), testing::Not(HasSubstr("relationship")));
   EXPECT_THAT(findings(3, 2), testing::Not(HasSubstr("relationship")));
+}
+
+// Every third row refers to none, every fortieth of the others to a missing one. However few keys
+// fit into memory, exactly those are found, as long as the rows need not be read too often.
+TEST(ARowThatRefersToAMissingOne, IsFoundAmongMoreKeysThanFitIntoMemory) {
+  constexpr int kRows = 240;
+  test::FileBuilder builder(1);
+  std::vector<std::string> parents, children;
+  for (std::int32_t i = 0; i < kRows; ++i) {
+    parents.push_back(builder.FixedRow({true}, test::Stored(i)));
+    const std::int32_t refers_to = i % 40 == 39 ? kRows + i : i / 2;
+    children.push_back(builder.FixedRow({i % 3 != 0}, test::Stored(refers_to)));
+  }
+  builder.AddTable("parent", {.columns = {{"id", 4, 0, true, 0, 4}}}, parents);
+  builder.AddTable("child", {.columns = {{"parent", 4, 0, true, 0, 4}}}, children);
+  builder.AddRelationships({{"belongs", "child", "parent", "parent", "id", 0},
+                            {"whole", "parent", "id", "parent", "id", 0}});
+  const std::string file = builder.Finish();
+  const auto* bytes = reinterpret_cast<const std::byte*>(file.data());
+  const auto findings = [&](std::size_t keys) {
+    std::string text;
+    for (const Finding& finding :
+         CheckDatabase({bytes, bytes + file.size()}, "related.mdb", {.related_keys = keys})) {
+      if (finding.what.find("relationship") != std::string::npos) text += finding.Text() + "\n";
+    }
+    return text;
+  };
+  const std::string all = findings(10000);
+  EXPECT_EQ(std::ranges::count(all, '\n'), 4) << all;
+  const auto sorted = [](const std::string& text) {
+    std::vector<std::string> lines = Split(text, "\n");
+    std::ranges::sort(lines);
+    return lines;
+  };
+  for (const std::size_t keys : {300U, 100U, 40U}) EXPECT_EQ(sorted(findings(keys)), sorted(all));
+  EXPECT_THAT(findings(0), HasSubstr("relationship 'belongs': the tables have too many keys"));
 }
 
 TEST(CorruptProperties, AreFoundWhereverTheyAreTruncated) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/access/file_builder.h"
+#include "platform/access/other_readers.h"
 #include "platform/access/writing_support.h"
 
 namespace tenora::test {
@@ -148,6 +149,68 @@ TEST_F(WritingByRules, NoRowRefersToOneThatIsMissing) {
   transaction_->Commit();
   for (const access::Finding& finding : FindingsIn(path_)) {
     EXPECT_THAT(finding.Text(), testing::HasSubstr("table 'torn'"));
+  }
+}
+
+// The file was made by a Java library for such files, with relationships and rules as the engine
+// stores them.
+TEST(RulesOfAnotherWriter, AreKept) {
+  const ProcessResult content = RunProcess(
+      {"xz", "--decompress", "--stdout", SourceDir() / "tests/platform/access/files/rules.mdb.xz"});
+  ASSERT_EQ(content.status, 0) << content.errors;
+  const ScratchDatabase database(content.output);
+  auto transaction = WriteTransaction::Begin(database.path());
+  const auto insert = [&](const char* table, const std::vector<ColumnValue>& values) {
+    return ErrorOf([&] { transaction->Table(table).Insert(values); });
+  };
+  const auto update = [&](const char* table, std::int64_t id, const ColumnValue& value) {
+    return ErrorOf([&] {
+      auto& rows = transaction->Table(table);
+      rows.Update(rows.Find({{"id", id}}).at(0), {value});
+    });
+  };
+  const auto remove = [&](const char* table, std::int64_t id) {
+    return ErrorOf([&] {
+      auto& rows = transaction->Table(table);
+      rows.Delete(rows.Find({{"id", id}}).at(0));
+    });
+  };
+  const std::string required = "3201 - You cannot add or change a record because a related record ";
+  const std::string related = "3200 - The record cannot be deleted or changed because table ";
+  const std::string refused = "3073 - Operation must use an updateable query. Table ";
+  const struct {
+    std::string error, start;
+  } cases[] = {
+      {insert("flat", {{"id", Number(20)}, {"landlord", Number(7)}}),
+       required + "is required in table 'landlord'."},
+      {insert("flat", {{"id", Number(20)}, {"landlord", Number(3)}}), ""},
+      {insert("flat", {{"id", Number(21)}}), ""},
+      {update("flat", 12, {"landlord", Number(8)}), required + "is required in table 'landlord'."},
+      {update("flat", 12, {"landlord", Number(3)}), ""},
+      {remove("landlord", 1), related + "'flat' includes related records."},
+      {update("landlord", 3, {"id", Number(5)}), related + "'flat' includes related records."},
+      {remove("landlord", 2), ""},
+      {remove("flat", 10), refused + "'flat': the relationship"},
+      {remove("flat", 11), ""},
+      {insert("spare_key", {{"flat", Number(99)}}), required + "is required in table 'flat'."},
+      {insert("visit", {{"landlord", Number(98)}}), ""},
+      {insert("deposit", {{"flat", Number(12)}}),
+       refused + "'deposit': column 'amount' has the validation rule >0"},
+      {insert("meter", {}),
+       refused + "'meter': its rows have the validation rule [newest]>=[oldest]"},
+      {insert("landlord", {{"id", Number(6)}}),
+       "3314 - You must enter a value in the 'landlord.name' field."},
+  };
+  for (const auto& c : cases) {
+    EXPECT_THAT(c.error, StartsWith(c.start));
+    EXPECT_EQ(c.error.empty(), c.start.empty()) << c.error;
+  }
+  transaction->Commit();
+  ExpectHealthy(database.path());
+  if (!HasMdbTools()) return;
+  const auto file = access::DatabaseFile::Open(database.path());
+  for (const char* table : {"landlord", "flat", "visit"}) {
+    ExpectSameAsMdbExport(*file, *file->FindTable(table));
   }
 }
 

@@ -17,6 +17,7 @@ struct CheckContext {
   PageLedger& ledger;
   std::size_t pages_with_keys;  // as in CheckMemory
   std::uint64_t rows_of_part;
+  std::size_t related_keys;
 };
 
 // Checks a data page's count of free bytes against its rows. Raises Corruption for a row that

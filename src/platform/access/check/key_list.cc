@@ -41,6 +41,12 @@ KeyList::KeyList(const TableDefinition& table, const PhysicalIndex& index, const
   }
 }
 
+KeyList::KeyList(const TableDefinition& table, const PhysicalIndex& index, const TextCodec& codec,
+                 Handler handler)
+    : KeyList(table, index, codec, Keep::kSum) {
+  handler_ = std::move(handler);
+}
+
 void KeyList::AddUnkeyed(RowPointer home) {
   if (!part_.Has({}, home)) return;
   ++unkeyed_count_;
@@ -63,6 +69,7 @@ void KeyList::Add(RowPointer home, const Row& row) {
     Entry entry;
     encoder_->Encode(fields_, entry.key);
     if (!part_.Has(entry.key, home)) return;
+    if (handler_) return handler_(entry.key, home, has_null);
     sum_.Add(entry.key, home);
     if (is_sum()) return;
     entry.row = home;

@@ -1,8 +1,9 @@
 // The keys of a table's rows over the columns of an index or of a relationship: all of them, those
-// of some rows, or of a table too large for memory only their sum.
+// of some rows, or of a table too large for memory only their sum. Or each is handed on.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,6 +34,7 @@ struct RowPart {
 class KeyList {
  public:
   enum class Keep { kKeys, kSum };
+  using Handler = std::function<void(std::string_view key, RowPointer row, bool has_null)>;
 
   struct Entry {
     IndexKey key;
@@ -43,6 +45,9 @@ class KeyList {
   // `table` and `codec` must outlive the list.
   KeyList(const TableDefinition& table, const PhysicalIndex& index, const TextCodec& codec,
           Keep keep = Keep::kKeys, RowPart part = {});
+  // Hands every key that can be encoded to `handler`, and keeps none.
+  KeyList(const TableDefinition& table, const PhysicalIndex& index, const TextCodec& codec,
+          Handler handler);
 
   // Adds the row unless it is in another part. Raises Corruption when a column extends beyond it.
   void Add(RowPointer home, const Row& row);
@@ -75,6 +80,7 @@ class KeyList {
   std::size_t unkeyed_count_ = 0;
   KeySum sum_;
   std::string reason_;
+  Handler handler_;  // may be empty
 };
 
 }  // namespace tenora::access

@@ -303,10 +303,16 @@ void TableCheck::CheckInParts(IndexCheck& check, const PhysicalIndex& index) {
   }
 }
 
-// The sorted keys of the rows of a part, as far as the first reading found them sound.
+// The sorted keys of the rows of a part.
 KeyList TableCheck::KeysOf(const PhysicalIndex& index, RowPart part) {
-  constexpr int kMostOverflows = 8;
   KeyList keys(table_, index, context_.codec, KeyList::Keep::kKeys, part);
+  ReadAgain(keys);
+  keys.Sort();
+  return keys;
+}
+
+void TableCheck::ReadAgain(KeyList& keys) {
+  constexpr int kMostOverflows = 8;
   const auto add = [&](const DataPage& data, std::size_t position) {
     const RowPointer home{page_.number, static_cast<std::uint8_t>(position)};
     if (unread_rows_.contains(home.page << 8 | home.row)) return;
@@ -332,8 +338,6 @@ KeyList TableCheck::KeysOf(const PhysicalIndex& index, RowPart part) {
     const DataPage data(context_.file.layout(), page_);
     for (std::size_t slot = 0; slot < data.row_count(); ++slot) add(data, slot);
   }
-  keys.Sort();
-  return keys;
 }
 
 }  // namespace tenora::access

@@ -20,6 +20,9 @@ class TableCheck {
              std::vector<KeyList*> wanted);
 
   void Run();
+  // After Run: adds the rows once more, as far as they were found sound. Raises Corruption when
+  // they are no longer.
+  void ReadAgain(KeyList& keys);
 
  private:
   void ClaimPages();
