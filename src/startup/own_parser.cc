@@ -143,7 +143,8 @@ OwnParser::OwnParser()
       "queries");
   tables->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   query = app.add_subcommand("query",
-                             "Run a select statement and print the result as tab-separated text");
+                             "Run a select statement and print the result as tab-separated text. "
+                             "docs/sql.md says which SQL it takes");
   query->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
   query
       ->add_option("SQL", sql,
