@@ -102,6 +102,11 @@ class StoredDatabase final : public DatabaseFile {
     return table.get();
   }
 
+  std::optional<LinkedTable> FindLink(std::string_view name) const override {
+    const LinkedTable* const link = catalogue_.FindLink(name);
+    return link == nullptr ? std::nullopt : std::optional(*link);
+  }
+
   std::optional<SavedQuery> FindQuery(std::string_view name) const override {
     const QueryEntry* const entry = catalogue_.FindQuery(name);
     if (entry == nullptr) return std::nullopt;

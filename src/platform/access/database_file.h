@@ -129,6 +129,8 @@ class DatabaseFile {
   // Any table by name, ignoring case; null when the file has no such table. Tables linked from
   // other files are not found. Raises like RowCursor when the definition is corrupt.
   virtual const Table* FindTable(std::string_view name) const = 0;
+  // A linked table by name, ignoring case.
+  virtual std::optional<LinkedTable> FindLink(std::string_view name) const = 0;
   // Any saved query by name, ignoring case. Raises like RowCursor when its definition is corrupt.
   virtual std::optional<SavedQuery> FindQuery(std::string_view name) const = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/query/cache/linked_files.h"
 #include "platform/query/execute/connection_cache.h"
 #include "platform/query/execute/server_database.h"
 #include "platform/query/execute/statement_recordset.h"
@@ -70,9 +71,7 @@ class FileDatabase : public EngineDatabase {
       summaries.push_back({.name = name, .rows = table == nullptr ? 0 : table->row_count()});
     }
     for (const access::LinkedTable& link : file.LinkedTables()) {
-      const std::string where = link.database.empty() ? "a server" : "'" + link.database + "'";
-      summaries.push_back(
-          {.name = link.name, .kind = "linked to table '" + link.source + "' of " + where});
+      summaries.push_back({.name = link.name, .kind = DescribeLink(link, path_)});
     }
     for (const access::QuerySummary& query : file.Queries()) {
       summaries.push_back({.name = query.name, .kind = std::string(NameOf(query.kind))});

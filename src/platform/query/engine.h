@@ -45,8 +45,8 @@ struct TableSummary {
   std::string name;
   std::int64_t rows = 0;
   // What a name stands for that is no table of this file: "query", "update query", "linked to table
-  // 'tenant' of 'C:\\data\\rents.mdb'", "linked to table 'dbo.tenant' of a server"; empty for its
-  // tables.
+  // 'tenant' of 'C:\\data\\rents.mdb', read from '/data/rents.mdb'", "linked to table 'dbo.tenant'
+  // of a server"; empty for its tables.
   std::string kind = {};
 };
 

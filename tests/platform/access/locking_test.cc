@@ -267,5 +267,26 @@ TEST_F(SharingTheFile, AReadOnlyFileOrFolderRaisesAnErrorAndNothingChanges) {
   EXPECT_FALSE(std::filesystem::exists(JournalPath(path_)));
 }
 
+// Nor is a reader told that it cannot update.
+TEST_F(SharingTheFile, AFileThatCannotBeReadSaysSo) {
+  for (const bool interrupted : {false, true}) {
+    if (interrupted) WriteWholeFile(JournalPath(path_), "begun");
+    ASSERT_EQ(::chmod(path_.c_str(), interrupted ? 0444 : 0), 0);
+    ASSERT_EQ(::chmod(scratch_.path().c_str(), 0755), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
+      const std::string said =
+          ErrorOf([&] { access::ReadLock::Take(path_, std::chrono::milliseconds(0)); });
+      const char* const why = interrupted ? "interrupted" : "permission to view";
+      ::_exit(said.starts_with("3051 - ") && said.find(why) != std::string::npos ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0) << (interrupted ? "interrupted" : "unreadable");
+  }
+}
+
 }  // namespace
 }  // namespace tenora::test

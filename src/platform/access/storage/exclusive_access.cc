@@ -29,8 +29,9 @@ void WaitForLock(StorageFile& file, LockKind kind, std::chrono::milliseconds wai
   const auto deadline = std::chrono::steady_clock::now() + wait;
   while (!file.TryLock(kind, kWholeFile)) {
     if (std::chrono::steady_clock::now() >= deadline) {
+      const std::string failed = kind == LockKind::kShared ? "Could not read" : "Could not update";
       throw RuntimeError(engine_error::kCurrentlyLocked,
-                         "Could not update; currently locked. Another program has locked '" +
+                         failed + "; currently locked. Another program has locked '" +
                              path.string() + "'; try again when it has finished.",
                          kSource);
     }
@@ -43,6 +44,24 @@ std::filesystem::path Resolved(const std::filesystem::path& path) {
   std::error_code unresolved;
   const auto resolved = std::filesystem::weakly_canonical(path, unresolved);
   return unresolved ? path : resolved;
+}
+
+RuntimeError CannotRead(const std::filesystem::path& path, std::string_view why) {
+  return RuntimeError(
+      engine_error::kCannotOpenFile,
+      "The database engine cannot open the file '" + path.string() + "'. " + std::string(why),
+      kSource);
+}
+
+// Of steps that only read: "Cannot update" would mislead.
+template <typename Step>
+auto ConvertingReadErrors(Step step) {
+  try {
+    return step();
+  } catch (const StorageError& error) {
+    if (error.reason() != EACCES && error.reason() != EPERM) throw WriteError(error);
+    throw CannotRead(error.path(), "You need permission to view its data.");
+  }
 }
 
 RuntimeError NoSuchFile(const std::filesystem::path& path) {
@@ -250,7 +269,7 @@ void ExclusiveAccess::DropJournal() {
 }
 
 bool HasJournal(Storage& storage, const std::filesystem::path& path) {
-  return ConvertingErrors([&] {
+  return ConvertingReadErrors([&] {
     const auto journal = storage.Open(JournalPath(Resolved(path)), Storage::Mode::kRead);
     return journal != nullptr && journal->Size() > 0;
   });
@@ -258,7 +277,7 @@ bool HasJournal(Storage& storage, const std::filesystem::path& path) {
 
 std::unique_ptr<StorageFile> LockForReading(Storage& storage, const std::filesystem::path& path,
                                             std::chrono::milliseconds wait) {
-  return ConvertingErrors([&] {
+  return ConvertingReadErrors([&] {
     auto file = storage.Open(path, Storage::Mode::kRead);
     if (file == nullptr) throw NoSuchFile(path);
     WaitForLock(*file, LockKind::kShared, wait, path);
@@ -269,7 +288,14 @@ std::unique_ptr<StorageFile> LockForReading(Storage& storage, const std::filesys
 void RecoverDatabase(Storage& storage, const std::filesystem::path& path,
                      std::chrono::milliseconds wait) {
   if (!HasJournal(storage, path)) return;
-  const ExclusiveAccess recovered(storage, path, wait);
+  try {
+    const ExclusiveAccess recovered(storage, path, wait);
+  } catch (const RuntimeError& error) {
+    if (error.number() != engine_error::kReadOnly) throw;
+    throw CannotRead(path,
+                     "A change to it was interrupted and must be rolled back first, which needs "
+                     "permission to write to the file and its folder.");
+  }
 }
 
 }  // namespace tenora::access

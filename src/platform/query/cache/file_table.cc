@@ -61,16 +61,18 @@ class FileStream : public TableStream {
 
 }  // namespace
 
-FileTable::FileTable(const access::Table& table, std::shared_ptr<FileReader> reader)
-    : TableSource(table.name(), SourceColumns(table.columns()), table.row_count()),
+FileTable::FileTable(const access::Table& table, std::shared_ptr<FileReader> reader,
+                     const std::string& name)
+    : TableSource(name, SourceColumns(table.columns()), table.row_count()),
+      stored_name_(table.name()),
       page_count_(table.page_count()),
       reader_(std::move(reader)) {
   if (page_count_ > kSmallPages) return;
-  rows_ = std::make_shared<CachedTable>(name(), table.columns(), row_count(), *table.Rows());
+  rows_ = std::make_shared<CachedTable>(name, table.columns(), row_count(), *table.Rows());
 }
 
 FileTable::FileTable(const std::vector<access::Column>& columns, std::shared_ptr<CachedTable> rows)
-    : TableSource(rows->name(), SourceColumns(columns), rows->rows()) {
+    : TableSource(rows->name(), SourceColumns(columns), rows->rows()), stored_name_(rows->name()) {
   Hold(std::move(rows));
 }
 
@@ -85,7 +87,7 @@ std::shared_ptr<FileTable> FileTable::For(std::shared_ptr<FileReader> reader) co
 
 // A statement that is translated for some columns cannot be run over others.
 const access::Table& FileTable::Find(const access::DatabaseFile& file) const {
-  const access::Table* const table = file.FindTable(name());
+  const access::Table* const table = file.FindTable(stored_name_);
   if (table == nullptr || SourceColumns(table->columns()) != columns()) {
     throw ChangedWhileRead(name());
   }

@@ -20,9 +20,10 @@ namespace tenora::query {
 
 class FileTable : public TableSource {
  public:
-  // Of a table in the reader's file; a small one is read into memory at once. Raises what reading
-  // it raises.
-  FileTable(const access::Table& table, std::shared_ptr<FileReader> reader);
+  // Of a table in the reader's file, under its own name or that of a link to it; a small one is
+  // read into memory at once. Raises what reading it raises.
+  FileTable(const access::Table& table, std::shared_ptr<FileReader> reader,
+            const std::string& name);
   // Of rows that the caller has read.
   FileTable(const std::vector<access::Column>& columns, std::shared_ptr<CachedTable> rows);
   // The same table for the reader of a later state of the file in which it has not changed.
@@ -54,6 +55,7 @@ class FileTable : public TableSource {
   // Forgets the paths of an earlier state of the file.
   void KeepPathsOfNow();
 
+  std::string stored_name_;  // in the file
   std::uint32_t page_count_ = 0;
   std::shared_ptr<FileReader> reader_;
   std::int64_t spent_ = 0;  // on look-ups, in rows that reading the table would have brought

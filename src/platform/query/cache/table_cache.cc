@@ -12,9 +12,11 @@ constexpr int kTries = 50;
 
 }  // namespace
 
-TableCache::TableCache(std::filesystem::path path, const access::FileState& state,
-                       ReadLocking locking, const TableSources& tables)
-    : reader_(std::make_shared<FileReader>(std::move(path), state, locking)) {
+TableCache::TableCache(const std::filesystem::path& path, const access::FileState& state,
+                       ReadLocking locking, const TableSources& tables,
+                       std::shared_ptr<LinkedFiles> linked)
+    : reader_(std::make_shared<FileReader>(path, state, locking)),
+      linked_(linked != nullptr ? std::move(linked) : std::make_shared<LinkedFiles>(path)) {
   for (const auto& [name, table] : tables) tables_.emplace(name, table->For(reader_));
 }
 
@@ -36,12 +38,24 @@ bool TableCache::Holds(std::string_view name) const {
 std::shared_ptr<TableSource> TableCache::Find(std::string_view name) {
   const std::string key = ToLower(name);
   if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
+  std::optional<access::LinkedTable> link;
   auto source = reader_->Read(kTries, [&](const access::DatabaseFile& file) {
     const access::Table* const table = file.FindTable(name);
-    return table == nullptr ? nullptr : std::make_shared<FileTable>(*table, reader_);
+    if (table != nullptr) return std::make_shared<FileTable>(*table, reader_, table->name());
+    link = file.FindLink(name);
+    return std::shared_ptr<FileTable>();
   });
-  if (source == nullptr) return nullptr;
-  return tables_.emplace(key, std::move(source)).first->second;
+  if (source != nullptr) return tables_.emplace(key, std::move(source)).first->second;
+  return link ? linked_->Open(*link) : nullptr;
+}
+
+void TableCache::EndStep() {
+  reader_->EndStep();
+  linked_->EndStep();
+}
+
+std::shared_ptr<LinkedFiles> TableCache::UnchangedLinks() const {
+  return linked_->Unchanged() ? linked_ : nullptr;
 }
 
 std::shared_ptr<const access::SavedQuery> TableCache::FindQuery(std::string_view name) {

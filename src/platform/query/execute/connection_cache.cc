@@ -10,12 +10,14 @@ FileConnection ConnectionCache::Get(const std::filesystem::path& path) {
   if (entries_.size() >= kMostConnections && !entries_.contains(key)) entries_.clear();
   Entry& entry = entries_[key];
   TableSources kept;
+  std::shared_ptr<LinkedFiles> links;
   if (entry.open.connection != nullptr && entry.settled && entry.state == state) {
-    if (entry.changed.empty()) return entry.open;
+    links = entry.open.tables->UnchangedLinks();
+    if (entry.changed.empty() && links != nullptr) return entry.open;
     kept = entry.open.tables->TablesExcept(entry.changed);
   }
   entry.open = {};
-  auto tables = std::make_shared<TableCache>(path, state, ReadLocking::kLock, kept);
+  auto tables = std::make_shared<TableCache>(path, state, ReadLocking::kLock, kept, links);
   const Collation& collation = Collation::Of(tables->File().sort_order());
   auto connection = std::make_shared<SqliteConnection>(tables, collation, settings_);
   entry = {.open = {std::move(connection), std::move(tables)},
