@@ -42,7 +42,7 @@ void KeyHashes::Reduce(std::uint64_t parts) {
 
 void KeyHashes::Sort() {
   std::ranges::sort(hashes_);
-  hashes_.erase(std::ranges::unique(hashes_).begin(), hashes_.end());
+  hashes_.erase(std::unique(hashes_.begin(), hashes_.end()), hashes_.end());
 }
 
 bool KeyHashes::Has(std::string_view key) const {
