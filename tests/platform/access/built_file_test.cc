@@ -234,6 +234,7 @@ TEST(CalculatedColumns, AreReadByTheTypeOfTheirResult) {
       {"memo", 10, 12, test::LongValueHead(0x80000000, memo.size(), test::Pointer(0, 0)) + memo,
        "as long as it likes"},
       {"unnamed type", 4, 0, Calculated(test::Stored32(7)), "7"},
+      {"no date", 8, 8, Calculated({}), ""},
   };
   BuiltTable table;
   std::vector<test::BuiltProperty> properties;
@@ -262,7 +263,9 @@ TEST(CalculatedColumns, AreReadByTheTypeOfTheirResult) {
   ASSERT_TRUE(rows->Next());
   for (std::size_t i = 0; i < cases.size(); ++i) {
     EXPECT_EQ(TextOf(rows->Field(i)), cases[i].read) << cases[i].name;
+    EXPECT_EQ(rows->IsNull(i), cases[i].name == std::string_view("no date")) << cases[i].name;
   }
+  EXPECT_EQ(rows->Double(cases.size() - 1), 0) << "of no date";
   ASSERT_TRUE(rows->Next());
   EXPECT_TRUE(rows->IsNull(2));
   EXPECT_FALSE(rows->Boolean(7));

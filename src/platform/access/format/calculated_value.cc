@@ -13,6 +13,10 @@ constexpr std::size_t kScale = 2, kSign = 3, kHigh = 4, kLow = 8, kMiddle = 12;
 
 }  // namespace
 
+bool IsCalculatedNull(Bytes stored) {
+  return stored.size() >= kValue && Load32(&stored[kLength]) == 0;
+}
+
 Bytes CalculatedContent(Bytes stored, std::uint32_t page) {
   if (stored.empty()) return {};
   if (stored.size() < kValue) throw Corruption(page, "a calculated value's head is too short");

@@ -17,6 +17,9 @@
 
 namespace tenora::access {
 
+// Whether a field that is there has a value of no bytes, as the engine stores a null.
+bool IsCalculatedNull(Bytes stored);
+
 // The value without what is around it; empty for an empty field. Raises Corruption, naming `page`,
 // when it extends beyond `stored`.
 Bytes CalculatedContent(Bytes stored, std::uint32_t page);

@@ -13,6 +13,11 @@
 namespace tenora::access {
 namespace {
 
+bool HasAnyLength(ColumnType type) {
+  return type == ColumnType::kText || type == ColumnType::kMemo || type == ColumnType::kBinary ||
+         type == ColumnType::kOle;
+}
+
 // A pointer to another pointer does occur; more than a few in sequence are a loop.
 constexpr int kMostOverflows = 8;
 
@@ -31,7 +36,10 @@ class StoredRowCursor : public PlacedCursor {
 
   bool IsNull(std::size_t column) const override {
     const Column& c = Columns()[column];
-    return c.type != ColumnType::kBoolean && !row_.HasValue(c.number);
+    if (c.type == ColumnType::kBoolean) return false;
+    if (!row_.HasValue(c.number)) return true;
+    if (!c.calculated || HasAnyLength(c.type)) return false;
+    return Guarded([&] { return IsCalculatedNull(StoredBytes(row_, table_->definition, column)); });
   }
 
   bool Boolean(std::size_t column) const override {
@@ -205,7 +213,7 @@ class StoredRowCursor : public PlacedCursor {
 
   template <typename T>
   T Number(std::size_t column) const {
-    return row_.HasValue(Columns()[column].number) ? Load<T>(Stored(column, sizeof(T)).data()) : 0;
+    return IsNull(column) ? 0 : Load<T>(Stored(column, sizeof(T)).data());
   }
 
   double ExtendedDate(std::size_t column) const {
