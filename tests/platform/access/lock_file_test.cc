@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <future>
+#include <numeric>
 
 #include "platform/access/database_writer.h"
 #include "platform/access/storage/exclusive_access.h"
@@ -169,6 +170,14 @@ TEST_F(SharingTheLockFile, OtherProgramsSeeOurLocks) {
   EXPECT_EQ(first.LockFound(0x20000000, 0x2FFFFFFF), "2000a601-2000a702");
   EXPECT_EQ(first.LockFound(0x40000000, 0x4FFFFFFF), "shared 4000c802-4000c802");
   EXPECT_EQ(first.LockFound(0x50000000, 0x6FFFFFFF), "shared 5000c802-5000c802");
+  // Of very many pages neighbours share a lock, and very many gaps are locked too.
+  std::vector<std::uint32_t> pages(30000);
+  std::iota(pages.begin(), pages.end(), 200);
+  lock->LockForChange(pages, {}, milliseconds(20));
+  EXPECT_EQ(first.LockFound(0x20019000, 0x2FFFFFFF), "20019001-20ebef02");
+  for (std::uint32_t& page : pages) page = 2 * page + 60000;
+  lock->LockForChange(pages, {}, milliseconds(20));
+  EXPECT_EQ(first.LockFound(0x21D7E000, 0x2FFFFFFF), "21d7e001-23ac9d02");
   const std::string entries = ReadWholeFile(lock_path_);
   ASSERT_EQ(entries.size(), 128U);
   char host[256] = {};

@@ -39,6 +39,10 @@ constexpr ByteRange kAllLocks{kUsers + 1, kEnd - kUsers - 1};
 constexpr std::chrono::milliseconds kBetweenTries{5};
 constexpr int kTriesToJoin = 3;
 
+// Locking takes time by the square of the number of locks, so of more pages neighbours share one,
+// and of very many all.
+constexpr std::size_t kMostLocks = 1000;
+
 std::uint64_t RangeOf(std::uint64_t kind, std::uint32_t page) { return kind + page * kPerPage; }
 
 // One of the two names of an entry, printable; hostile as everything in a file is.
@@ -77,6 +81,28 @@ std::array<std::byte, kEntry> OwnEntry() {
 RuntimeError CannotLock(const std::filesystem::path& path, const std::string& why) {
   return RuntimeError(engine_error::kCannotLock,
                       "Could not lock file. '" + path.string() + "' " + why + ".", kSource);
+}
+
+// The first and the last page of each lock.
+std::vector<std::pair<std::uint32_t, std::uint32_t>> Runs(std::vector<std::uint32_t> pages) {
+  std::ranges::sort(pages);
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> runs;
+  const bool apart = pages.size() <= kMostLocks;
+  for (const std::uint32_t page : pages) {
+    if (!apart && !runs.empty() && page == runs.back().second + 1) {
+      runs.back().second = page;
+    } else {
+      runs.emplace_back(page, page);
+    }
+  }
+  if (runs.size() > kMostLocks) runs = {{runs.front().first, runs.back().second}};
+  return runs;
+}
+
+// The number of the user whose lock this is; not of one if it is nobody's.
+std::uint64_t UserOf(ByteRange lock) {
+  if (lock.length == 1) return lock.offset % kPerPage;
+  return (lock.offset + lock.length - 1) % kPerPage - kExclusive;
 }
 
 // The name that another program may have given the file where names ignore case, as on Windows.
@@ -190,18 +216,19 @@ std::optional<LockFile::Obstacle> LockFile::TryToLock(
     for (const std::uint64_t use : {kTablesRead, kTablesWritten}) {
       const std::uint64_t start = RangeOf(use, page);
       if (const auto lock = Take(LockKind::kShared, {start + user, 1})) {
-        return Obstacle{start, *lock, name};
+        return Obstacle{*lock, name};
       }
     }
     const std::uint64_t denied = RangeOf(kTablesDenied, page);
     if (const auto lock = file_->OtherLock(LockKind::kExclusive, {denied + 1, kExclusive})) {
-      return Obstacle{denied, *lock, name};
+      return Obstacle{*lock, name};
     }
   }
-  for (const std::uint32_t page : pages) {
-    const std::uint64_t start = RangeOf(kPages, page);
-    if (const auto lock = Take(LockKind::kExclusive, {start + 1, kExclusive + user})) {
-      return Obstacle{start, *lock, {}};
+  for (const auto& [first, last] : Runs(pages)) {
+    const std::uint64_t start = RangeOf(kPages, first) + 1;
+    const std::uint64_t end = RangeOf(kPages, last) + kExclusive + user;
+    if (const auto lock = Take(LockKind::kExclusive, {start, end - start + 1})) {
+      return Obstacle{*lock, {}};
     }
   }
   return std::nullopt;
@@ -220,10 +247,7 @@ void LockFile::LockForChange(const std::vector<std::uint32_t>& pages,
 }
 
 RuntimeError LockFile::InUse(const Obstacle& obstacle) {
-  const std::uint64_t last = obstacle.lock.offset + obstacle.lock.length - 1;
-  std::uint64_t user = 0;
-  if (obstacle.lock.length == 1) user = obstacle.lock.offset - obstacle.start;
-  if (last > obstacle.start + kExclusive) user = last - obstacle.start - kExclusive;
+  const std::uint64_t user = UserOf(obstacle.lock);
   std::array<std::byte, kEntry> entry{};
   const bool known = obstacle.lock.length > 0 && user >= 1 && user <= kMostUsers &&
                      file_->Read((user - 1) * kEntry, entry) == kEntry;

@@ -45,9 +45,8 @@ class LockFile {
 
  private:
   struct Obstacle {
-    std::uint64_t start = 0;  // of the range that stands for the page
-    ByteRange lock;           // that another holds
-    std::string table;        // empty: the page itself is locked
+    ByteRange lock;     // that another holds
+    std::string table;  // empty: a page is locked
   };
 
   LockFile(Storage& storage, std::filesystem::path path, std::unique_ptr<StorageFile> file)
