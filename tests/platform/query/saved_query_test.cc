@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <random>
 
 #include "platform/access/file_builder.h"
 #include "platform/query/query_test_support.h"
@@ -243,6 +244,40 @@ TEST_P(SavedQueries, AreListedAndNotWritten) {
     EXPECT_THAT(error->what(), HasSubstr("'Large' is a saved query"));
   }
   EXPECT_EQ(ReadWholeFile(path_), before);
+}
+
+// Each query names the one before twice.
+TEST(HostileQueries, ThatDoubleAtEachStepEnd) {
+  test::FileBuilder builder(1);
+  std::vector<BuiltQuery> queries = {{"q0", {Clause(kField, "1", "x")}}};
+  for (int i = 1; i < 30; ++i) {
+    const std::string before = "q" + std::to_string(i - 1);
+    queries.push_back({"q" + std::to_string(i),
+                       {Table(before, "a"), Table(before, "b"), Clause(kField, "a.x", "x")}});
+  }
+  queries[0].pieces.push_back(Table("MSysObjects"));
+  builder.AddQueries(queries);
+  const test::ScratchFolder folder;
+  std::ofstream(folder / "q.mdb", std::ios::binary) << builder.Finish();
+  const auto database = Workspace::Create()->OpenDatabase(folder / "q.mdb");
+  EXPECT_EQ(test::NumberOf([&] { RowsOf(*database, "select x from q29"); }), 3360);
+}
+
+TEST_P(SavedQueries, OfDamagedFilesGiveRowsOrAnError) {
+  const std::string sound = ReadWholeFile(path_);
+  std::mt19937 random(7);
+  int refused = 0;
+  for (int round = 0; round < 40; ++round) {
+    std::string damaged = sound;
+    for (int i = 0; i < 60; ++i) damaged[random() % damaged.size()] = static_cast<char>(random());
+    std::ofstream(path_, std::ios::binary) << damaged;
+    for (const BuiltQuery& query : Queries()) {
+      const std::string sql = "select top 20 * from [" + query.name + "]";
+      if (test::RaisedBy([&] { RowsOf(*Workspace::Create()->OpenDatabase(path_), sql); }))
+        ++refused;
+    }
+  }
+  EXPECT_GT(refused, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(OfVersions, SavedQueries, ::testing::Values(0, 1, 3));
