@@ -95,8 +95,8 @@ class ServerTable : public TableSource {
   // The column whose values are codes; none for a table that is in memory.
   std::optional<std::size_t> CodeColumn() const {
     if (rows_ != nullptr) return std::nullopt;
-    const auto code = std::ranges::find(
-        table_.found_by, Type::kText, [&](std::size_t column) { return columns()[column].type; });
+    const auto code = std::ranges::find(table_.found_by, Type::kText,
+                                        [&](std::size_t column) { return columns()[column].type; });
     return code == table_.found_by.end() ? std::nullopt : std::optional(*code);
   }
 
