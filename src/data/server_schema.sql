@@ -22,7 +22,9 @@ create table rental.branch(
   id int generated always as identity primary key,
   name text not null unique check (name <> ''),
   -- Who issues its buildings' receipt numbers: the file (false) or this server.
-  counters_here boolean not null default false);
+  counters_here boolean not null default false,
+  -- The hand-over of them that was begun last; the file that they came from has it too.
+  counters_mark text);
 
 -- Which logins see which branches; the owner of the database fills it, no login can.
 create table rental.may_see(
@@ -152,17 +154,19 @@ create index custom_fields_parentcode on rental.custom_fields(branch, parentcode
 -- no two letters get one number.
 create table rental.counter(
   branch int not null references rental.branch on delete cascade,
-  building_k bytea not null, building text not null, last bigint not null,
+  building_k bytea not null, building text not null,
+  last bigint not null check (last between 0 and 9007199254740991),
   primary key (branch, building_k));
--- The next number of a building; no row where the branch's file issues them.
+-- The next number of a building; null where the branch's file issues them. Who hands the numbers
+-- back to the file waits for the share of the branch's row, so that none is issued behind its back.
 create function rental.next_number(a_branch int, a_building text, a_building_k bytea)
 returns bigint language sql security definer set search_path = pg_catalog, pg_temp as $$
-  insert into rental.counter
-    select id, a_building_k, a_building, 1000 from rental.branch
-    where id = a_branch and counters_here
-      and id in (select branch from rental.may_see where login = session_user)
+  with issuing as (
+    select id from rental.branch where id = a_branch and counters_here
+      and id in (select branch from rental.may_see where login = session_user) for share)
+  insert into rental.counter as c select id, a_building_k, a_building, 1000 from issuing
   on conflict (branch, building_k)
-    do update set last = case when counter.last = 0 then 1000 else counter.last + 1 end
+    do update set last = case when c.last = 0 then 1000 else c.last + 1 end
   returning last
 $$;
 
@@ -220,17 +224,22 @@ begin
     if not exists (select from pg_roles where rolname = role) then
       execute format('create role %I nologin', role);
     end if;
+    -- Roles are those of all databases of the server: another one may have been made before this.
+    if role in ('tenora_clerk', 'tenora_worker') and not pg_has_role(role, 'tenora_reader', 'member')
+    then
+      execute format('grant tenora_reader to %I', role);
+    end if;
   end loop;
 end $$;
-grant tenora_reader to tenora_clerk, tenora_worker;
 grant usage on schema rental to tenora_reader, tenora_sync;
 grant select on all tables in schema rental to tenora_reader;
--- The mail password is for workers only.
-revoke select on rental.options from tenora_reader;
-grant select (branch, _row, whatpaysfirst, rent_group, smtpsend, smtpaddress, smtpport, smtpssl,
-  smtpusername, smtpsender, smtprecipient, extra) on rental.options to tenora_reader;
-grant select on rental.options to tenora_worker;
 grant select, insert, update, delete on all tables in schema rental to tenora_sync;
+-- The mail password is for workers only; among the extra columns of other versions of the package
+-- there may be another one.
+revoke select on rental.options from tenora_reader, tenora_sync;
+grant select (branch, _row, whatpaysfirst, rent_group, smtpsend, smtpaddress, smtpport, smtpssl,
+  smtpusername, smtpsender, smtprecipient) on rental.options to tenora_reader, tenora_sync;
+grant select on rental.options to tenora_worker;
 revoke insert, update, delete on rental.may_see, rental.version, rental.table_kind, rental.branch,
   rental.counter from tenora_sync;
 revoke execute on all functions in schema rental from public;

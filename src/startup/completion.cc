@@ -53,10 +53,16 @@ class Completion {
   // Everything that can stand at the cursor; what is typed there already is not looked at.
   Names Candidates() {
     if (line_.words().size() <= 1) return FirstWords();
-    for (const CLI::App* command : Commands()) {
-      if (command->get_name() == line_.words()[1]) command_ = command;
+    command_ = &parser_.app;
+    for (; command_words_ < line_.words().size() && !Below(*command_).empty(); ++command_words_) {
+      const std::vector<const CLI::App*> below = Below(*command_);
+      const auto named = std::ranges::find_if(below, [&](const CLI::App* command) {
+        return command->get_name() == line_.words()[command_words_];
+      });
+      if (named == below.end()) return {};
+      command_ = *named;
     }
-    if (command_ == nullptr) return {};
+    if (!Commands(*command_).empty()) return Commands(*command_);
     const std::string& current = line_.current();
     const std::size_t equals = current.find('=');
     if (current.starts_with("--") && equals != std::string::npos) {
@@ -83,14 +89,18 @@ class Completion {
     return option != nullptr && option->get_items_expected_max() > 0;
   }
 
-  std::vector<const CLI::App*> Commands() const {
-    const CLI::App& app = parser_.app;
+  static std::vector<const CLI::App*> Below(const CLI::App& app) {
     return app.get_subcommands([](const CLI::App*) { return true; });
   }
 
+  static Names Commands(const CLI::App& app) {
+    Names names;
+    for (const CLI::App* command : Below(app)) names.push_back(command->get_name());
+    return names;
+  }
+
   Names FirstWords() const {
-    Names words;
-    for (const CLI::App* command : Commands()) words.push_back(command->get_name());
+    Names words = Commands(parser_.app);
     const Names options = Options(parser_.app);
     words.insert(words.end(), options.begin(), options.end());
     return words;
@@ -107,7 +117,7 @@ class Completion {
   // Of the first positional that is not yet given; the last one may take many.
   Names PositionalValues() {
     std::size_t given = 0;
-    for (std::size_t i = 2; i < line_.words().size(); ++i) {
+    for (std::size_t i = command_words_; i < line_.words().size(); ++i) {
       const std::string& word = line_.words()[i];
       const bool value = line_.words()[i - 1].starts_with('-') &&
                          TakesValue(command_->get_option_no_throw(line_.words()[i - 1]));
@@ -201,6 +211,7 @@ class Completion {
   const ShellLine& line_;
   OwnParser parser_;
   const CLI::App* command_ = nullptr;
+  std::size_t command_words_ = 1;  // with the program's name
   bool files_ = false;
   std::ostringstream messages_;  // not shown in the middle of what is typed
   std::optional<CommandSession> command_session_;

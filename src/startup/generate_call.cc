@@ -39,10 +39,7 @@ Destination GenerateCall::To() const {
   return destination == "email" ? Destination::kEmail : Destination::kFolder;
 }
 
-ListingFormat GenerateCall::Format() const {
-  if (format == "csv") return ListingFormat::kCsv;
-  return format == "json" ? ListingFormat::kJson : ListingFormat::kTable;
-}
+ListingFormat GenerateCall::Format() const { return ListingFormatOf(format); }
 
 std::string GenerateCall::Complaint() const {
   const bool to_email = To() == Destination::kEmail;

@@ -5,6 +5,7 @@
 #include "platform/runtime/text.h"
 #include "platform/runtime/version.h"
 #include "startup/option_choices.h"
+#include "startup/own_parser.h"
 
 namespace tenora {
 namespace {
@@ -62,8 +63,9 @@ std::string OptionEntries(const CLI::App& app) {
 }
 
 // "tenora query [OPTIONS] DATABASE SQL"
-std::string Usage(const CLI::App& command) {
-  std::string usage = Bold("tenora " + command.get_name()) + " [" + Italic("OPTIONS") + "]";
+std::string Usage(const CommandName& called) {
+  const CLI::App& command = *called.app;
+  std::string usage = Bold("tenora " + called.name) + " [" + Italic("OPTIONS") + "]";
   for (const CLI::Option* option : command.get_options()) {
     if (!option->get_positional()) continue;
     const bool many = option->get_items_expected_max() > 1;
@@ -73,12 +75,12 @@ std::string Usage(const CLI::App& command) {
   return usage;
 }
 
-std::string Command(const CLI::App& command) {
+std::string Command(const CommandName& name) {
+  const CLI::App& command = *name.app;
   std::string footer = command.get_footer();
   std::ranges::replace(footer, '\n', ' ');
-  return ".SS " + command.get_name() + '\n' + Usage(command) + "\n.PP\n" +
-         Escaped(command.get_description()) + ".\n" + OptionEntries(command) +
-         (footer.empty() ? "" : ".PP\n" + Escaped(footer) + '\n');
+  return ".SS " + name.name + '\n' + Usage(name) + "\n.PP\n" + Escaped(command.get_description()) +
+         ".\n" + OptionEntries(command) + (footer.empty() ? "" : ".PP\n" + Escaped(footer) + '\n');
 }
 
 std::string Section(const HelpSection& section) {
@@ -100,14 +102,13 @@ std::string ManualPage(const CLI::App& app, const std::vector<HelpSection>& sect
       ".TH TENORA 1 \"\" \"Tenora " + std::string(kVersion) + "\" \"User Commands\"\n";
   page += ".SH NAME\ntenora \\- letters, receipts and cheques of a rental property agency\n";
   page += ".SH SYNOPSIS\n" + Bold("tenora") + "\n.br\n";
-  const std::vector<const CLI::App*> commands =
-      app.get_subcommands([](const CLI::App*) { return true; });
-  for (const CLI::App* command : commands) page += Usage(*command) + "\n.br\n";
+  const std::vector<CommandName> commands = CommandsOf(app);
+  for (const CommandName& command : commands) page += Usage(command) + "\n.br\n";
   page += Bold("tenora") + ' ' + Italic("NAME") + "=\"" + Italic("value") + "\" ...\n";
   page += ".SH DESCRIPTION\n" + Escaped(app.get_description()) + '\n' +
           "Without arguments it opens the window.\n";
   page += ".SH OPTIONS\n" + OptionEntries(app) + ".SH COMMANDS\n";
-  for (const CLI::App* command : commands) page += Command(*command);
+  for (const CommandName& command : commands) page += Command(command);
   for (const HelpSection& section : sections) page += Section(section);
   return page + ".SH SEE ALSO\nThe user guide and the other documents in " +
          Italic("/usr/share/doc/tenora") + ".\n";

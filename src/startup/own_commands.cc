@@ -22,13 +22,14 @@
 #include "startup/lint_command.h"
 #include "startup/manual_page.h"
 #include "startup/own_parser.h"
+#include "startup/server_command.h"
 
 namespace tenora {
 namespace {
 
-constexpr std::array<std::string_view, 11> kOwnWords{
-    "query",  "tables", "check",     "html",        "import",       "lint",
-    "--help", "-h",     "--version", kCompleteWord, kManualPageWord};
+constexpr std::array<std::string_view, 12> kOwnWords{
+    "query",  "tables", "check", "html",      "import",      "lint",
+    "server", "--help", "-h",    "--version", kCompleteWord, kManualPageWord};
 
 void ListTables(const std::string& path, std::ostream& output) {
   const auto workspace = query::Workspace::Create();
@@ -124,6 +125,10 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
     errors << "--name is for one document." << std::endl;
     return 2;
   }
+  if (call.server->parsed() && !call.server_call.Complaint().empty()) {
+    errors << TerminalLine(call.server_call.Complaint()) << std::endl;
+    return 2;
+  }
   try {
     if (call.tables->parsed()) ListTables(call.database, output);
     if (call.query->parsed() && call.write) {
@@ -136,7 +141,9 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
     const bool sound =
         (!call.check->parsed() || CheckFile(call.database, output)) &&
         (!call.lint->parsed() || LintTemplates(call.lint_request, output, errors)) &&
-        (!call.import_documents->parsed() || ImportTemplates(call.import_request, output, errors));
+        (!call.import_documents->parsed() ||
+         ImportTemplates(call.import_request, output, errors)) &&
+        (!call.server->parsed() || RunServerCommand(call.server_call, output, errors));
     output.flush();
     if (!output) throw StandardError(error_number::kDeviceIoError, "standard output");
     return sound ? 0 : 1;

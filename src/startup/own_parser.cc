@@ -133,6 +133,19 @@ const std::vector<HelpSection>& HelpSections() {
   return kSections;
 }
 
+std::vector<CommandName> CommandsOf(const CLI::App& app) {
+  const auto any = [](const CLI::App*) { return true; };
+  std::vector<CommandName> commands;
+  for (const CLI::App* command : app.get_subcommands(any)) {
+    const std::vector<CommandName> below = CommandsOf(*command);
+    for (const CommandName& one : below) {
+      commands.push_back({command->get_name() + " " + one.name, one.app});
+    }
+    if (below.empty()) commands.push_back({command->get_name(), command});
+  }
+  return commands;
+}
+
 OwnParser::OwnParser()
     : app("Prints letters and receipts from a rental agency's database.", "tenora") {
   app.set_version_flag("--version", std::string("Tenora Mail Merge Facility ") + kVersion);
@@ -177,6 +190,8 @@ OwnParser::OwnParser()
 
   generate = app.add_subcommand("generate");
   DeclareGenerate(*generate, generate_call);
+  server = app.add_subcommand("server");
+  DeclareServer(*server, server_call);
   app.footer(HelpFooter());  // last: commands made after it would take it over
 }
 

@@ -10,6 +10,7 @@
 #include "startup/generate_call.h"
 #include "startup/import_command.h"
 #include "startup/lint_command.h"
+#include "startup/server_call.h"
 
 namespace tenora {
 
@@ -24,11 +25,19 @@ struct HelpSection {
 };
 const std::vector<HelpSection>& HelpSections();
 
+// A command as it is typed: "generate", and for one that has commands of its own each of these,
+// "server import".
+struct CommandName {
+  std::string name;
+  const CLI::App* app;
+};
+std::vector<CommandName> CommandsOf(const CLI::App& app);
+
 struct OwnParser {
   OwnParser();
 
   CLI::App app;
-  CLI::App *tables, *query, *check, *html, *lint, *import_documents;
+  CLI::App *tables, *query, *check, *html, *lint, *import_documents, *server;
   // Called before this parser is reached; here for the help and what is made like it.
   CLI::App* generate;
 
@@ -38,6 +47,7 @@ struct OwnParser {
   LintRequest lint_request;
   ImportRequest import_request;
   GenerateCall generate_call;
+  ServerCall server_call;
 };
 
 }  // namespace tenora

@@ -1,14 +1,11 @@
 #include "startup/recipient_listing.h"
 
-#include <unicode/uchar.h>
-
 #include <algorithm>
 #include <ostream>
 #include <utility>
 
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/conversion.h"
-#include "platform/runtime/csv_field.h"
 #include "platform/runtime/format.h"
 #include "platform/runtime/nearest_name.h"
 #include "platform/runtime/text.h"
@@ -38,41 +35,6 @@ std::string_view TypeName(FactType type) {
   return "";
 }
 
-// The columns of a terminal that a text takes.
-std::size_t WidthOf(std::string_view text) {
-  std::size_t width = 0;
-  while (!text.empty()) {
-    const auto c = static_cast<UChar32>(TakeCodePoint(text));
-    const auto category = u_charType(c);
-    if (category == U_NON_SPACING_MARK || category == U_ENCLOSING_MARK ||
-        category == U_FORMAT_CHAR) {
-      continue;
-    }
-    const int east = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
-    width += east == U_EA_WIDE || east == U_EA_FULLWIDTH ? 2 : 1;
-  }
-  return width;
-}
-
-std::string JsonText(std::string_view text) {
-  std::string quoted = "\"";
-  while (!text.empty()) {
-    const char32_t c = TakeCodePoint(text);
-    if (c == '"' || c == '\\') {
-      quoted += '\\';
-      quoted += static_cast<char>(c);
-    } else if (c < 0x20 || c == 0x7F) {
-      constexpr std::string_view kDigits = "0123456789abcdef";
-      quoted += "\\u00";
-      quoted += kDigits[c >> 4];
-      quoted += kDigits[c & 15];
-    } else {
-      AppendUtf8(quoted, c);
-    }
-  }
-  return quoted += '"';
-}
-
 std::string JsonValue(const Fact& fact) {
   if (std::holds_alternative<std::monostate>(fact)) return "null";
   if (const auto* yes = std::get_if<bool>(&fact)) return *yes ? "true" : "false";
@@ -98,17 +60,17 @@ class Listing {
       const std::string remark = table_.Remark(row);
       if (!remark.empty()) errors_ << TerminalLine(remark) << '\n';
     }
-    switch (format) {
-      case ListingFormat::kTable:
-        PrintTable();
-        break;
-      case ListingFormat::kCsv:
-        PrintCsv();
-        break;
-      case ListingFormat::kJson:
-        PrintJson();
-        break;
+    TextTable table;
+    for (const ListingColumn& column : columns_) {
+      table.columns.push_back({column.name, IsNumber(column.type)});
     }
+    for (const std::size_t row : rows_) {
+      std::vector<std::string>& cells = table.rows.emplace_back();
+      for (const ListingColumn& column : columns_) {
+        cells.push_back(CellText(At(row, column), format));
+      }
+    }
+    PrintTextTable(table, format, output_);
     return complete_;
   }
 
@@ -124,61 +86,16 @@ class Listing {
     return std::move(cell.fact);
   }
 
-  void PrintTable() {
-    std::vector<std::vector<std::string>> lines(1);
-    for (const ListingColumn& column : columns_) lines[0].push_back(column.name);
-    for (const std::size_t row : rows_) {
-      std::vector<std::string>& line = lines.emplace_back();
-      for (const ListingColumn& column : columns_) {
-        line.push_back(TerminalLine(FactText(locale_, At(row, column))));
-      }
+  std::string CellText(const Fact& fact, ListingFormat format) const {
+    switch (format) {
+      case ListingFormat::kTable:
+        return TerminalLine(FactText(locale_, fact));
+      case ListingFormat::kCsv:
+        return PlainText(fact);
+      case ListingFormat::kJson:
+        return JsonValue(fact);
     }
-    std::vector<std::size_t> widths(columns_.size());
-    for (const auto& line : lines) {
-      for (std::size_t i = 0; i < line.size(); ++i) {
-        widths[i] = std::max(widths[i], WidthOf(line[i]));
-      }
-    }
-    for (const auto& line : lines) PrintLine(line, widths);
-  }
-
-  void PrintLine(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths) {
-    std::string line;
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-      const std::string gap(widths[i] - WidthOf(cells[i]), ' ');
-      const bool right = IsNumber(columns_[i].type);
-      line += (i == 0 ? "" : "  ") + (right ? gap + cells[i] : cells[i] + gap);
-    }
-    line.erase(line.find_last_not_of(' ') + 1);
-    output_ << line << '\n';
-  }
-
-  void PrintCsv() {
-    const auto print = [&](auto&& text_of) {
-      std::string line;
-      for (std::size_t i = 0; i < columns_.size(); ++i) {
-        line += (i == 0 ? "" : ",") + CsvField(text_of(columns_[i]));
-      }
-      // A line of one empty field would be no line to some readers.
-      output_ << (line.empty() ? "\"\"" : line) << "\r\n";
-    };
-    print([](const ListingColumn& column) { return column.name; });
-    for (const std::size_t row : rows_) {
-      print([&](const ListingColumn& column) { return PlainText(At(row, column)); });
-    }
-  }
-
-  void PrintJson() {
-    output_ << '[';
-    for (std::size_t i = 0; i < rows_.size(); ++i) {
-      output_ << (i == 0 ? "\n  {" : ",\n  {");
-      for (std::size_t column = 0; column < columns_.size(); ++column) {
-        output_ << (column == 0 ? "" : ", ") << JsonText(columns_[column].name) << ": "
-                << JsonValue(At(rows_[i], columns_[column]));
-      }
-      output_ << '}';
-    }
-    output_ << (rows_.empty() ? "]\n" : "\n]\n");
+    return {};
   }
 
   const RecipientTable& table_;

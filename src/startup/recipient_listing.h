@@ -9,6 +9,7 @@
 #include "letters/recipient_table.h"
 #include "merge/fact.h"
 #include "platform/locale/locale.h"
+#include "startup/text_table.h"
 
 namespace tenora {
 
@@ -27,12 +28,6 @@ ListingColumn ColumnOf(std::string_view name, const FactNames& names);
 
 // "Balance Owing      amount", a line each; then the fields of the office's own.
 void PrintColumnNames(std::ostream& output, const FactNames& names);
-
-enum class ListingFormat {
-  kTable,  // for people: aligned, amounts and dates by locale
-  kCsv,    // RFC 4180 with a header; numbers with a point, dates as 2026-11-21
-  kJson,   // an array of objects; what is not known is null
-};
 
 // Prints the rows. A cell whose fact cannot be known is empty and is told on `errors`; the result
 // is whether there was none.

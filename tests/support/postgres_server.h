@@ -23,6 +23,9 @@ class PostgresServer {
   void MakeDatabase(const std::string& name);
   // A login that has this role ("tenora_reader"), and the service "DATABASE-LOGIN" for it.
   void MakeLogin(const std::string& database, const std::string& login, const std::string& role);
+  // The service of that name: a database and who logs in there.
+  void AddService(const std::string& service, const std::string& database,
+                  const std::string& login);
   // Runs statements as the owner; returns what they print, a line a row, fields separated by "|".
   std::string Run(const std::string& database, const std::string& sql);
   // Stops as hard as a power cut and starts again.
@@ -30,9 +33,6 @@ class PostgresServer {
 
  private:
   PostgresServer();
-  void AddService(const std::string& service, const std::string& database,
-                  const std::string& login);
-
   std::string folder_;  // of the cluster and its socket
   ScratchFolder services_;
   Environment service_file_{{"PGSERVICEFILE", (services_ / "services").string()},

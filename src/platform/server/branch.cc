@@ -5,12 +5,12 @@
 #include "platform/access/engine_error.h"
 #include "platform/access/sort_order.h"
 #include "platform/runtime/text.h"
+#include "platform/server/rental_schema.h"
 #include "platform/server/result_rows.h"
 
 namespace tenora::server {
 namespace {
 
-constexpr int kVersion = 1;  // of rental.version
 // As long as the engine gives a statement.
 constexpr std::chrono::seconds kTimeLimit{60};
 constexpr int kRowsAtOnce = 5000;
@@ -37,32 +37,16 @@ Branch::Branch(BranchLocation location, std::unique_ptr<Connection> connection)
 std::shared_ptr<Branch> Branch::Open(const BranchLocation& location) {
   std::shared_ptr<Branch> branch(
       new Branch(location, Connection::Open(location.service, kTimeLimit)));
-  const Query queries[] = {
-      {.sql = "select number from rental.version", .parameters = {}},
-      {.sql = "select id from rental.branch where name = $1", .parameters = {location.branch}},
-  };
-  std::vector<ResultPtr> found;
-  try {
-    found = branch->connection_->RunTogether(queries);
-  } catch (const ServerError& error) {
-    constexpr std::string_view kNoSchema = "3F000", kNoTable = "42P01";
-    if (error.state() != kNoSchema && error.state() != kNoTable) throw;
-    throw ServerError(server_error::kConnectionFailed,
-                      "The database of the service '" + location.service +
-                          "' is not one of Tenora's: its administrator makes it one with 'tenora "
-                          "server init'");
-  }
-  if (found[0]->rows() != 1 || found[0]->Integer(0, 0) != kVersion) {
-    throw ServerError(server_error::kConnectionFailed,
-                      "The database of the service '" + location.service +
-                          "' was made by another version of Tenora, which keeps it otherwise");
-  }
-  if (found[1]->rows() == 0) {
+  const Query find{.sql = "select id from rental.branch where name = $1",
+                   .parameters = {location.branch}};
+  const ResultPtr found =
+      std::move(RunInSchema(*branch->connection_, location.service, {&find, 1}).front());
+  if (found->rows() == 0) {
     throw ServerError(server_error::kConnectionFailed, "The service '" + location.service +
                                                            "' has no branch '" + location.branch +
                                                            "' that this login may see");
   }
-  branch->id_ = found[1]->Integer(0, 0);
+  branch->id_ = found->Integer(0, 0);
   branch->Refresh();
   return branch;
 }
@@ -121,8 +105,8 @@ void Branch::LoadTables() {
               "rental.table_kind k on k.stored = t.stored where t.branch = $1 order by t.name",
        .parameters = {branch}},
       {.sql = "select stored_table, name, type, length, precision, scale, sort_order, stored, "
-              "stored is null or has_column_privilege('rental.' || quote_ident(stored_table), "
-              "stored, 'select') from rental.kept_column where branch = $1 "
+              "has_column_privilege('rental.' || quote_ident(stored_table), "
+              "coalesce(stored, 'extra'), 'select') from rental.kept_column where branch = $1 "
               "order by stored_table, position",
        .parameters = {branch}},
       {.sql = "commit", .parameters = {}}};

@@ -12,6 +12,7 @@
 #include "platform/access/sort_order.h"
 #include "platform/runtime/text.h"
 #include "platform/runtime/version.h"
+#include "platform/server/branch_list.h"
 #include "platform/server/digest.h"
 #include "platform/server/result_rows.h"
 
@@ -28,6 +29,7 @@ constexpr std::size_t kCopyBlock = 1 << 16;
 struct ImportedColumn {
   access::Column column;
   std::string stored;  // the server's column; empty: among the extra ones
+  std::string type;    // of the server's column
   std::string keyed;   // the server's column for its sort key; empty: none
 };
 
@@ -89,18 +91,22 @@ void AppendJsonText(std::string_view text, std::string& json) {
   json += '"';
 }
 
+// Columns of the server's and their types.
+using ColumnList = std::vector<std::pair<std::string, std::string>>;
+
 // The lines of "copy" for the rows of a table.
 class RowLines {
  public:
   explicit RowLines(const ImportedTable& table) : table_(table) {}
 
-  std::string Columns() const {
-    std::string names = "_row";
+  ColumnList Columns() const {
+    ColumnList columns = {{"_row", "bigint"}};
     for (const ImportedColumn& column : table_.columns) {
-      if (!column.stored.empty()) names += ", " + Name(column.stored);
-      if (!column.keyed.empty()) names += ", " + Name(column.keyed);
+      if (!column.stored.empty()) columns.emplace_back(column.stored, column.type);
+      if (!column.keyed.empty()) columns.emplace_back(column.keyed, "bytea");
     }
-    return names + ", extra";
+    columns.emplace_back("extra", "jsonb");
+    return columns;
   }
 
   void Append(access::RowCursor& row, std::string& lines) const {
@@ -207,7 +213,7 @@ class Import {
       FindBranch();
       for (const ImportedTable& table : FindTables()) BringTable(table);
       if (report_.Changed() || first_time_) FindBreaks();
-      ReadFindings();
+      report_.findings = ReadFindings(connection_, name_);
       Close(taken);
       connection_.Run("commit");
     } catch (...) {
@@ -312,7 +318,7 @@ class Import {
           connection_.Run({.sql = "delete from " + of, .parameters = {Id()}})->changed() *
           (of.starts_with("rental." + Name(stored)) ? 1 : 0);
     }
-    ++report_.pages_changed;
+    report_.layout_changed = true;
     if (table != nullptr) KeepLayout(Map(stored, *table));
   }
 
@@ -332,7 +338,8 @@ class Import {
       const auto type = types.find(name);
       const bool kept = type != types.end() && Takes(type->second, column.type);
       const bool keyed = kept && types.contains(name + "_k");
-      mapped.columns.push_back({column, kept ? name : "", keyed ? name + "_k" : ""});
+      mapped.columns.push_back(
+          {column, kept ? name : "", kept ? type->second : "", keyed ? name + "_k" : ""});
     }
     return mapped;
   }
@@ -416,10 +423,14 @@ class Import {
 
   // "copy" does not go into tables with row security, so rows arrive in a table of this session.
   template <typename Send>
-  std::int64_t CopyInto(const std::string& table, const std::string& columns, const Send& send) {
-    connection_.Run("create temporary table arriving (like " + table + ") on commit drop");
-    connection_.Run("alter table pg_temp.arriving alter column branch drop not null");
-    connection_.BeginCopy("copy pg_temp.arriving(" + columns + ") from stdin");
+  std::int64_t CopyInto(const std::string& table, const ColumnList& columns, const Send& send) {
+    std::string names, declarations;
+    for (const auto& [name, type] : columns) {
+      names += (names.empty() ? "" : ", ") + Name(name);
+      declarations += (declarations.empty() ? "" : ", ") + Name(name) + " " + type;
+    }
+    connection_.Run("create temporary table arriving (" + declarations + ") on commit drop");
+    connection_.BeginCopy("copy pg_temp.arriving(" + names + ") from stdin");
     std::string block;
     send([&](const std::string& lines) {
       block += lines;
@@ -429,8 +440,8 @@ class Import {
     });
     connection_.CopyText(block);
     const std::int64_t rows = connection_.EndCopy();
-    connection_.Run("insert into " + table + "(branch, " + columns + ") select " + Id() + ", " +
-                    columns + " from pg_temp.arriving");
+    connection_.Run("insert into " + table + "(branch, " + names + ") select " + Id() + ", " +
+                    names + " from pg_temp.arriving");
     connection_.Run("drop table pg_temp.arriving");
     return rows;
   }
@@ -447,7 +458,9 @@ class Import {
 
   template <typename IsNew>
   void SendPages(const std::string& stored, const Pages& pages, const IsNew& is_new) {
-    CopyInto("rental.page", "page, stored_table, rows, digest", [&](const auto& take) {
+    const ColumnList columns = {
+        {"page", "bigint"}, {"stored_table", "text"}, {"rows", "int"}, {"digest", "bytea"}};
+    CopyInto("rental.page", columns, [&](const auto& take) {
       for (const auto& [page, held] : pages) {
         if (!is_new(page)) continue;
         std::string line = std::to_string(page) + "\t" + stored + "\t" + std::to_string(held.rows);
@@ -461,19 +474,6 @@ class Import {
   void FindBreaks() {
     connection_.Run({.sql = "delete from rental.finding where branch = $1", .parameters = {Id()}});
     connection_.Run({.sql = "select rental.find_breaks($1)", .parameters = {Id()}});
-  }
-
-  void ReadFindings() {
-    const ResultPtr found = connection_.Run(
-        {.sql =
-             "select coalesce(t.name, f.stored_table), f._row, f.what from rental.finding f left "
-             "join rental.kept_table t on t.branch = f.branch and t.stored = f.stored_table "
-             "where f.branch = $1 order by f.stored_table, f._row, f.what",
-         .parameters = {Id()}});
-    for (int row = 0; row < found->rows(); ++row) {
-      report_.findings.push_back({std::string(found->Text(row, 0)), found->Integer(row, 1),
-                                  std::string(found->Text(row, 2))});
-    }
   }
 
   static std::string Seconds(std::chrono::system_clock::time_point time) {

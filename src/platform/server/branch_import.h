@@ -27,9 +27,10 @@ struct ImportReport {
   std::int64_t rows = 0;                         // of the branch now
   std::int64_t pages = 0, pages_changed = 0;     // with rows, of the file; sent or taken out
   std::int64_t rows_sent = 0, rows_removed = 0;  // a changed row counts in both
+  bool layout_changed = false;                   // of a table; so for a new branch
   std::vector<std::string> tables_left_out;      // of the file, which the server has no place for
   std::vector<ImportFinding> findings;
-  bool Changed() const { return pages_changed > 0; }
+  bool Changed() const { return pages_changed > 0 || layout_changed; }
 };
 
 // In one transaction, so that readers see the rows of before or those of now; two imports of one

@@ -7,7 +7,7 @@ namespace {
 
 using Bits = std::vector<bool>;
 
-void AddAllTypes(FileBuilder& builder, int version) {
+void AddAllTypes(FileBuilder& builder, int version, const std::string& name) {
   const bool has_decimal = version >= 1, has_large = version >= 5;
   const std::uint32_t definition = builder.NewPage(), data = builder.NewPage();
   BuiltTable table;
@@ -60,10 +60,10 @@ void AddAllTypes(FileBuilder& builder, int version) {
                    {row(true, 1, 0, compressed, std::string(42, ' ')), 0xC000},
                    {builder.Row(Bits(table.max_columns, false), fixed_nulls, {"", ""})}});
   builder.PutDefinition(definition, table);
-  builder.AddToCatalogue("all_types", definition);
+  builder.AddToCatalogue(name, definition);
 }
 
-void AddLongValues(FileBuilder& builder) {
+void AddLongValues(FileBuilder& builder, const std::string& name) {
   const std::uint32_t definition = builder.NewPage(), data = builder.NewPage();
   const std::uint32_t values = builder.NewPage(), more = builder.NewPage();
   BuiltTable table;
@@ -87,10 +87,10 @@ void AddLongValues(FileBuilder& builder) {
                    row(3, LongValueHead(0, chained.size(), Pointer(values, 1))),
                    {builder.Row({true, false, false}, Stored32(4), {"", ""})}});
   builder.PutDefinition(definition, table);
-  builder.AddToCatalogue("long_values", definition);
+  builder.AddToCatalogue(name, definition);
 }
 
-void AddChanged(FileBuilder& builder) {
+void AddChanged(FileBuilder& builder, const std::string& name) {
   const std::uint32_t definition = builder.NewPage(), first = builder.NewPage(),
                       second = builder.NewPage(), third = builder.NewPage();
   BuiltTable table;
@@ -122,7 +122,7 @@ void AddChanged(FileBuilder& builder) {
                                 {"", text("moved"), ""}),
                     0x8000}});
   builder.PutDefinition(definition, table);
-  builder.AddToCatalogue("changed", definition);
+  builder.AddToCatalogue(name, definition);
 }
 
 }  // namespace
@@ -133,11 +133,11 @@ std::string ChainedText() {
   return text;
 }
 
-std::string Showcase(int version) {
+std::string Showcase(int version, const ShowcaseNames& names) {
   FileBuilder builder(version);
-  AddAllTypes(builder, version);
-  AddLongValues(builder);
-  AddChanged(builder);
+  AddAllTypes(builder, version, names.all_types);
+  AddLongValues(builder, names.long_values);
+  AddChanged(builder, names.changed);
   return builder.Finish();
 }
 

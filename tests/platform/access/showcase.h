@@ -9,7 +9,11 @@ namespace tenora::test {
 // memo and an OLE column: inline, single, a chain over two pages, null) and "changed" (overflow
 // rows, a deleted column, a column added after the first row, an indirect usage map). `version` as
 // in the file: 0 Jet 3, 1 Jet 4, 2 to 6 ACE. From version 5 on "all_types" has the types new there.
-std::string Showcase(int version);
+// The tables may have other names.
+struct ShowcaseNames {
+  std::string all_types = "all_types", long_values = "long_values", changed = "changed";
+};
+std::string Showcase(int version, const ShowcaseNames& names = {});
 
 // The content of the chained long value: letters only.
 std::string ChainedText();

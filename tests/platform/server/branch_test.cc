@@ -3,9 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <map>
 
 #include "platform/access/database_writer.h"
+#include "platform/access/showcase.h"
 #include "platform/server/branch_import.h"
 #include "support/errors.h"
 #include "support/postgres_server.h"
@@ -73,6 +75,36 @@ TEST_F(BranchTest, GivesEveryRowAsTheFileHasIt) {
   const auto branch = Branch::Open({"rents", "North"});
   EXPECT_EQ(branch->tables().size(), 10U);
   ExpectSameRows(*branch, file_);
+
+  const auto first = [&] {
+    const auto cursor = access::DatabaseFile::Open(file_)->FindTable("tenancy")->Rows();
+    EXPECT_TRUE(cursor->Next());
+    return cursor->Id();
+  }();
+  Change("tenancy", first,
+         {{"when started", Date::FromCalendar(1234, 5, 6, 23, 59, 59)},
+          {"when ended", Date::FromCalendar(1899, 12, 30)},
+          {"rentreviewdate", Date::FromCalendar(1899, 12, 29, 6)},
+          {"mobile", Null{}},
+          {"fax", std::string("\\N\t\r\n'\"\x01é𝄞")},
+          {"comments", std::string()},
+          {"bond", Currency::FromTenThousandths(-922337203685477)}});
+  EXPECT_EQ(Import(LayoutChange::kRefuse).pages_changed, 1);
+  branch->Refresh();
+  ExpectSameRows(*branch, file_);
+}
+
+TEST_F(BranchTest, GivesValuesOfEveryTypeAsTheFileHasThem) {
+  for (int version = 0; version <= 6; ++version) {
+    for (const test::ShowcaseNames& names :
+         {test::ShowcaseNames{"tenancy", "custom_fields", "Owner"},
+          test::ShowcaseNames{"revenues", "property", "drawers"}}) {
+      std::ofstream(file_, std::ios::binary | std::ios::trunc) << test::Showcase(version, names);
+      const ImportReport report = Import();
+      EXPECT_EQ(report.tables_left_out.size(), names.changed == "drawers" ? 1U : 0U);
+      ExpectSameRows(*Branch::Open({"rents", "North"}), file_);
+    }
+  }
 }
 
 TEST_F(BranchTest, FindsRowsOfKeysAsTheEngineComparesThem) {

@@ -1,0 +1,110 @@
+#include "startup/server_call.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace tenora {
+namespace {
+
+void AddService(CLI::App& app, ServerCall& call) {
+  app.add_option("--service", call.service,
+                 "The server's database, as a service of libpq (~/.pg_service.conf) names it; "
+                 "without it the one in PGSERVICE")
+      ->envname("PGSERVICE")
+      ->required();
+}
+
+void AddBranch(CLI::App& app, ServerCall& call, const std::string& description) {
+  app.add_option("--branch", call.branch, description)->required();
+}
+
+void AddBranches(CLI::App& app, ServerCall& call, const std::string& description) {
+  app.add_option("--branch", call.branches, description)
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void AddLogin(CLI::App& app, ServerCall& call) {
+  app.add_option("LOGIN", call.login, "A login of the server's")->required();
+}
+
+CLI::App* AddCommand(CLI::App& app, const char* name, const char* description) {
+  return app.add_subcommand(name, description);
+}
+
+}  // namespace
+
+std::string ServerCall::Complaint() const {
+  for (const std::string& given : files) {
+    const std::size_t equals = given.find('=');
+    if (equals == 0 || equals == std::string::npos || equals + 1 == given.size()) {
+      return "\"" + given + "\" does not have the form \"NAME=FILE\"";
+    }
+  }
+  if (import->parsed() && branch.empty()) return "--branch names no branch";
+  return "";
+}
+
+void DeclareServer(CLI::App& app, ServerCall& call) {
+  app.description(
+      "Keep the rows of branches' database files on a PostgreSQL server, from which letters of "
+      "any branch are made");
+  app.require_subcommand(1);
+
+  call.init = AddCommand(app, "init",
+                         "Make the tables, roles and row security in an empty database. Where they "
+                         "are there already nothing is changed, and that is no failure");
+  call.init
+      ->add_option("SERVICE", call.service,
+                   "The database, as a service of libpq (~/.pg_service.conf) names it")
+      ->required();
+
+  call.import = AddCommand(
+      app, "import",
+      "Bring the rows of a branch's file to the server; of a branch that is there already, what "
+      "has changed, also where columns have. Status 1 when rows contradict one another, which are "
+      "listed and brought all the same");
+  call.import->add_option("FILE", call.file, "The .mdb or .accdb file, which is only read")
+      ->required();
+  AddBranch(*call.import, call, "The branch's name; one that is not there yet is added");
+  AddService(*call.import, call);
+
+  call.sync = AddCommand(
+      app, "sync",
+      "Bring what has changed in the files of all branches that the login sees, each in a "
+      "transaction of its own. A branch whose file is away, or has other columns than before, is "
+      "left as it was, and the others go on; the status is then 1");
+  call.sync->add_option("NAME=FILE", call.files,
+                        "A branch and its file; without any, the file that it was brought from "
+                        "last");
+  AddBranches(*call.sync, call, "Only this branch; may be given many times");
+  AddService(*call.sync, call);
+
+  call.status = AddCommand(app, "status",
+                           "Print the branches that the login sees: how old their data is, their "
+                           "rows and findings, who issues their receipt numbers");
+  AddBranches(*call.status, call, "Only this branch; may be given many times");
+  call.status->add_flag("--findings", call.findings, "List what the last import found wrong");
+  call.status->add_option("--format", call.format, "Of the table")
+      ->check(CLI::IsMember({"table", "csv", "json"}))
+      ->capture_default_str();
+  AddService(*call.status, call);
+
+  call.grant = AddCommand(app, "grant", "Give a login a role, and let it see a branch");
+  AddLogin(*call.grant, call);
+  AddBranch(*call.grant, call, "The branch");
+  call.grant
+      ->add_option("--role", call.role,
+                   "reader and clerk make letters; worker sends and numbers them too; sync brings "
+                   "the branch's file")
+      ->check(CLI::IsMember({"reader", "clerk", "worker", "sync"}))
+      ->required();
+  AddService(*call.grant, call);
+
+  call.revoke = AddCommand(app, "revoke", "Let a login see a branch no more; its role stays");
+  AddLogin(*call.revoke, call);
+  AddBranch(*call.revoke, call, "The branch");
+  AddService(*call.revoke, call);
+}
+
+}  // namespace tenora

@@ -1,0 +1,124 @@
+// `tenora server` against a real PostgreSQL, as its administrator types it.
+#include "agency.h"
+#include "support/postgres_server.h"
+
+namespace tenora {
+namespace {
+
+using test::PostgresServer;
+using test::ProcessResult;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+class ServerCommand : public test::Agency {
+ protected:
+  // A call that succeeds, or fails only with what the sample's rows contradict.
+  ProcessResult Do(const std::vector<std::string>& arguments, int status) const {
+    std::vector<std::string> call = {"server"};
+    call.insert(call.end(), arguments.begin(), arguments.end());
+    const ProcessResult result = Run(call);
+    EXPECT_EQ(result.status, status)
+        << testing::PrintToString(arguments) << result.output << result.errors;
+    return result;
+  }
+  void Import(const std::string& branch) const {
+    Do({"import", Database().string(), "--branch", branch, "--service", "group"}, 1);
+  }
+
+  PostgresServer& server_ = PostgresServer::Get();
+};
+
+TEST_F(ServerCommand, InitMakesAnEmptyDatabaseOursOnceAndNoOther) {
+  server_.Run("postgres", "drop database if exists new with (force)");
+  server_.Run("postgres", "create database new");
+  server_.Run("postgres", "drop role if exists guest; create role guest login");
+  server_.AddService("new", "new", "tenora");
+  server_.AddService("guest", "new", "guest");
+  EXPECT_THAT(Do({"init", "guest"}, 1).errors, HasSubstr("by the login 'guest'"));
+  EXPECT_THAT(Do({"init", "new"}, 0).output, HasSubstr("Made: the schema rental in database new"));
+  EXPECT_THAT(Do({"init", "new"}, 0).output, HasSubstr("There already"));
+  EXPECT_THAT(Do({"status", "--service", "guest"}, 1).errors, HasSubstr("none of Tenora's roles"));
+  server_.Run("new", "drop schema rental cascade; create table kept()");
+  EXPECT_THAT(Do({"init", "new"}, 1).errors, HasSubstr("in use for something else"));
+  EXPECT_THAT(Do({"status", "--service", "new"}, 1).errors, HasSubstr("'tenora server init'"));
+}
+
+TEST_F(ServerCommand, SyncGoesOnAfterABranchThatFails) {
+  server_.MakeDatabase("group");
+  for (const char* branch : {"East", "North", "South", "West"}) Import(branch);
+  server_.Run("group",
+              "update rental.kept_column set name = 'pets' where position = 3 and "
+              "stored_table = 'tenancy' and branch = (select id from rental.branch "
+              "where name = 'South')");
+  server_.Run("group", "select rental.add_branch('Empty')");
+  const ProcessResult result = Do({"sync", "East=" + Database().string(), "Ghost=x.mdb",
+                                   "West=" + (Home() / "away.mdb").string(), "--branch", "East",
+                                   "--branch", "West", "--branch", "South", "--branch", "North",
+                                   "--branch", "Empty", "--branch", "Ghost", "--service", "group"},
+                                  1);
+  EXPECT_THAT(result.errors, AllOf(HasSubstr("West: 3024 - Could not find file"),
+                                   HasSubstr("South: 3190 - Branch 'South' is left as it was: the "
+                                             "table 'tenancy'"),
+                                   HasSubstr("Empty: nothing was brought yet"),
+                                   HasSubstr("Ghost: there is no such branch")));
+  EXPECT_THAT(result.output,
+              AllOf(HasSubstr("East: 3614 rows, 0 of 79 pages changed, 2 findings"),
+                    HasSubstr("North: 3614 rows, 0 of 79 pages changed"),
+                    HasSubstr("North: tenancy, page 118, row 7: names the property 'MISSING'")));
+  // By hand, whoever brings it has seen that the layout is another one.
+  Import("South");
+  EXPECT_THAT(Do({"sync", "--branch", "South", "--service", "group"}, 1).errors,
+              Not(HasSubstr("3190")));
+}
+
+TEST_F(ServerCommand, StatusShowsTheBranchesThatALoginWasGranted) {
+  server_.MakeDatabase("group");
+  Import("North");
+  Import("South");
+  server_.Run("group", "drop role if exists anna; create role anna login");
+  server_.AddService("anna", "group", "anna");
+  const auto grant = [&](const std::string& login, const std::string& branch,
+                         const std::string& service, int status) {
+    return Do({"grant", login, "--branch", branch, "--role", "clerk", "--service", service},
+              status);
+  };
+  EXPECT_THAT(grant("bert", "North", "group", 1).errors, HasSubstr("create role \"bert\" login"));
+  EXPECT_THAT(grant("anna", "Ghost", "group", 1).errors, HasSubstr("no branch 'Ghost'"));
+  grant("anna", "South", "group", 0);
+  EXPECT_THAT(grant("anna", "South", "anna", 1).errors, HasSubstr("administered by its owner"));
+  const auto status = [&](const std::vector<std::string>& more) {
+    std::vector<std::string> call = {"status", "--service", "anna"};
+    call.insert(call.end(), more.begin(), more.end());
+    return Do(call, 0).output;
+  };
+  EXPECT_THAT(status({}), AllOf(HasSubstr("Branch  Data Of"), HasSubstr("\nSouth   "),
+                                HasSubstr("  3614         2  file "), Not(HasSubstr("North"))));
+  EXPECT_THAT(status({"--format=json"}),
+              AllOf(HasSubstr("[\n  {\"Branch\": \"South\", "), HasSubstr(R"("Findings": 2)")));
+  EXPECT_THAT(status({"--findings", "--format=csv"}),
+              HasSubstr("\r\nSouth,tenancy,\"page 118, row 7\",\"names the property"));
+  Do({"revoke", "anna", "--branch", "South", "--service", "group"}, 0);
+  EXPECT_EQ(status({"--format=json"}), "[]\n");
+}
+
+TEST_F(ServerCommand, TellsAWrongCallFromAFailure) {
+  const struct {
+    std::vector<std::string> arguments;
+    int status;
+    const char* message;
+  } cases[] = {
+      {{}, 2, "subcommand"},
+      {{"init"}, 2, "SERVICE"},
+      {{"status"}, 2, "--service"},
+      {{"import", "x.mdb", "--service", "group"}, 2, "--branch"},
+      {{"sync", "North", "--service", "group"}, 2, "NAME=FILE"},
+      {{"sync", "=x.mdb", "--service", "group"}, 2, "NAME=FILE"},
+      {{"grant", "anna", "--branch", "B", "--role", "king", "--service", "group"}, 2, "--role"},
+      {{"status", "--service", "nowhere"}, 1, "3151 - "},
+  };
+  for (const auto& c : cases) EXPECT_THAT(Do(c.arguments, c.status).errors, HasSubstr(c.message));
+}
+
+}  // namespace
+}  // namespace tenora
