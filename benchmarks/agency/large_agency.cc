@@ -115,7 +115,7 @@ class Agency {
     for (BulkTable* const table : {&periods_, &payments_}) table->Begin(pages);
     work();
     for (BulkTable* const table : {&periods_, &payments_}) table->End();
-    pages->Commit(access);
+    pages->Commit(access, {});
   }
 
   void AddWeeks() {
