@@ -3,7 +3,8 @@
 # from nowhere else. Works as root too, who may not run PostgreSQL: nobody does then.
 #
 #   private_postgres.sh start           prints the cluster's folder, which is the socket's too
-#   private_postgres.sh restart FOLDER  after a stop that is as hard as a power cut
+#   private_postgres.sh crash FOLDER    a stop that is as hard as a power cut
+#   private_postgres.sh restart FOLDER  the same, and starts again
 #   private_postgres.sh stop FOLDER     and removes it
 #
 # "psql -h FOLDER postgres tenora" is then its owner's connection.
@@ -35,8 +36,11 @@ case ${1:-} in
     server "$folder" start >&2
     echo "$folder"
     ;;
-  restart)
+  crash)
     server "$2" -m immediate stop >&2
+    ;;
+  restart)
+    server "$2" -m immediate stop >&2 || true
     server "$2" start >&2
     ;;
   stop)
@@ -44,7 +48,7 @@ case ${1:-} in
     rm -rf "$2"
     ;;
   *)
-    sed -n '2,9s/^# \{0,1\}//p' "$0" >&2
+    sed -n '2,10s/^# \{0,1\}//p' "$0" >&2
     exit 2
     ;;
 esac

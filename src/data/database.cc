@@ -15,6 +15,7 @@
 #include "platform/runtime/file_lookup.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
+#include "platform/server/branch_location.h"
 
 namespace tenora {
 namespace {
@@ -36,6 +37,11 @@ constexpr std::string_view kSilentSource = "Microsoft JET Database Engine";
 bool IsFile(const fs::path& path) {
   std::error_code error;
   return fs::is_regular_file(path, error);
+}
+
+// Whether a location can be opened for all that is known without asking a database server.
+bool IsThere(const fs::path& location) {
+  return server::IsBranchLocation(location.string()) || IsFile(location);
 }
 
 // Tries it with a file of our own, "test.txt" unless that name is taken: a file of the user's is
@@ -98,8 +104,10 @@ fs::path Database::OwnDatabase() const {
 }
 
 fs::path Database::StoredLocation() {
-  return FindIgnoringCase(
-      NativePath(settings_.GetSettingText(kSection, "DatabaseLocation", OwnDatabase().string())));
+  const std::string stored =
+      settings_.GetSettingText(kSection, "DatabaseLocation", OwnDatabase().string());
+  if (server::IsBranchLocation(stored)) return std::string(TrimBlanks(stored));
+  return FindIgnoringCase(NativePath(stored));
 }
 
 bool Database::IsNetworked() {
@@ -107,29 +115,45 @@ bool Database::IsNetworked() {
 }
 
 fs::path Database::Location() {
+  if (branch_) return *branch_;
   if (!IsNetworked()) return OwnDatabase();
   const fs::path stored = StoredLocation();
-  return IsFile(stored) ? stored : OwnDatabase();
+  return IsThere(stored) ? stored : OwnDatabase();
+}
+
+void Database::TakeBranch(const fs::path& location, const fs::path& folder) {
+  template_folder_ = DataFolder();
+  data_folder_ = folder;
+  branch_ = location;
+}
+
+void Database::Expect(std::vector<std::string> codes) {
+  try {
+    platform_.workspace.Expect(last_opened_, std::move(codes));
+  } catch (const RuntimeError&) {
+    // Deliberate: the statement that needs the rows meets it again.
+  }
 }
 
 std::optional<fs::path> Database::ServerAway() {
-  if (!IsNetworked()) return std::nullopt;
+  if (branch_ || !IsNetworked()) return std::nullopt;
   fs::path stored = StoredLocation();
-  if (IsFile(stored)) return std::nullopt;
+  if (IsThere(stored)) return std::nullopt;
   return stored;
 }
 
 fs::path Database::LocateDatabase() {
   if (only_file_) {
-    if (IsFile(*only_file_)) return *only_file_;
+    if (IsThere(*only_file_)) return *only_file_;
     throw StandardError(error_number::kPathNotFound,
                         only_file_->string() +
                             " cannot be reached, and letters that were begun with this database "
                             "are not made from another");
   }
+  if (branch_) return *branch_;
   if (!IsNetworked()) return OwnDatabase();
   fs::path stored = StoredLocation();
-  if (IsFile(stored)) {
+  if (IsThere(stored)) {
     unreachable_told_.reset();
     return stored;
   }
@@ -151,7 +175,11 @@ fs::path Database::DataFolder() {
   return data_folder_;
 }
 
-// Any failure decides for the program folder.
+fs::path Database::TemplateFolder() {
+  return template_folder_.empty() ? DataFolder() : template_folder_;
+}
+
+// Any failure decides for the program folder, as a branch does, which has no folder.
 fs::path Database::DecideDataFolder() {
   try {
     if (settings_.GetSettingAs(ToDouble, kSection, "Networkable", "0") == 0) {

@@ -1,6 +1,7 @@
-// The rental database: where it is, the one open connection, and the guarded record-set
-// operations through which every read goes. Each operation catches its own errors and reports them
-// under a fixed label through DataErrorReport; callers then see an empty result.
+// The rental database, a file or a branch on a PostgreSQL server: where it is, the one open
+// connection, and the guarded record-set operations through which every read goes. Each operation
+// catches its own errors and reports them under a fixed label through DataErrorReport; callers then
+// see an empty result.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "data/program.h"
 #include "data/settings.h"
@@ -35,6 +37,7 @@ class Database {
   bool OnlyLooks() const { return use_ == DatabaseUse::kLook; }
 
   // Where the settings say so and the file is there, on the server; else the program folder's own.
+  // For a branch on a database server ("service=NAME branch=NAME") there is no other.
   void OpenDatabase();
   void CloseDatabase();
   // Lets the user look for a database that is missing: the box that tells so has "Browse…", which
@@ -45,9 +48,20 @@ class Database {
   bool CanBeRead();
   bool IsOpen() const { return open_ != nullptr; }
 
-  // The file that OpenDatabase would open now; nothing is shown. Raises 13 for settings that cannot
-  // be read.
+  // The file or branch that OpenDatabase would open now; nothing is shown. Raises 13 for settings
+  // that cannot be read.
   std::filesystem::path Location();
+
+  // Takes this branch instead of what the settings say, and this folder for its letters. Templates
+  // stay those of the folder that was the data folder.
+  void TakeBranch(const std::filesystem::path& location, const std::filesystem::path& folder);
+  // Where the rows of the open database come from; none for a file.
+  std::optional<query::BranchOrigin> Origin() const {
+    return open_ == nullptr ? std::nullopt : open_->Origin();
+  }
+  // Rows of these codes will be asked for next: a server gives them together. Raises nothing: what
+  // cannot be read is told when it is asked for.
+  void Expect(std::vector<std::string> codes);
 
   // The stored location of the server's database that an open could not reach, so that the program
   // folder's own was read instead; none when that never happened.
@@ -55,15 +69,15 @@ class Database {
     return unreachable_server_;
   }
 
-  // The file that was opened last; empty before the first.
+  // The file or branch that was opened last; empty before the first.
   const std::filesystem::path& LastOpened() const { return last_opened_; }
 
-  // The stored location of the server's database while it cannot be reached. Shows nothing; raises
-  // the errors of the settings.
+  // The stored location of the server's database file while it cannot be reached. Shows nothing;
+  // raises the errors of the settings.
   std::optional<std::filesystem::path> ServerAway();
 
-  // While it lives, every open takes this file or fails: what was begun with the server's database
-  // must not go on with the local copy.
+  // While it lives, every open takes this file or branch or fails: what was begun with the server's
+  // database must not go on with the local copy.
   class OneFile {
    public:
     OneFile(Database& database, std::filesystem::path file) : database_(database) {
@@ -79,6 +93,8 @@ class Database {
 
   // The folder that holds templates and letters; decided at the first call and kept.
   std::filesystem::path DataFolder();
+  // The one that holds templates; another one only after TakeBranch.
+  std::filesystem::path TemplateFolder();
   // Set by the print commands: suppresses the data-folder warning.
   void SetCommandMode() { command_mode_ = true; }
 
@@ -157,8 +173,9 @@ class Database {
   const DatabaseUse use_;
   std::unique_ptr<query::EngineDatabase> open_;
   std::function<bool()> browse_;
-  std::filesystem::path data_folder_;
+  std::filesystem::path data_folder_, template_folder_;
   std::filesystem::path last_opened_;
+  std::optional<std::filesystem::path> branch_;  // taken instead of what the settings say
   std::optional<std::filesystem::path> only_file_;
   std::optional<std::filesystem::path> unreachable_server_;
   // The stored location the user was told cannot be reached, until it is reached again.

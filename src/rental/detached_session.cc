@@ -78,8 +78,9 @@ std::string DetachedSession::Refresh() {
   } catch (...) {
     return ErrorText(CurrentError());
   }
-  // A file that was written a moment ago could be written again without a trace.
-  if (access::IsSettled(now)) parts_->loaded = now;
+  // A file that was written a moment ago could be written again without a trace, and a branch on a
+  // server has no such state: the engine knows what of it is there.
+  if (now != access::FileState() && access::IsSettled(now)) parts_->loaded = now;
   return {};
 }
 

@@ -179,7 +179,7 @@ class Completion {
 
   // Codes where no name fits.
   Names Recipients() {
-    if (!std::filesystem::exists(session().database.Location())) return {};
+    if (!session().database.CanBeRead()) return {};
     if (!session().ReloadRentalData()) return {};
     const RecipientFilter filter{.closed = Contains(line_.words(), "--closed"),
                                  .by_property = Contains(line_.words(), "--by-property")};

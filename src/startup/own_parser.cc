@@ -6,6 +6,7 @@ namespace tenora {
 namespace {
 
 constexpr std::size_t kColumns = 92;
+constexpr const char* kFileOrBranch = "The .mdb or .accdb file, or \"service=NAME branch=NAME\"";
 
 // The section's text, its terms in a column of this width.
 void AppendWrapped(std::string& help, std::string_view text, std::size_t indent,
@@ -154,11 +155,11 @@ OwnParser::OwnParser()
       "tables",
       "List the tables of an Access file with their row counts, then its linked tables and saved "
       "queries");
-  tables->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
+  tables->add_option("DATABASE", database, kFileOrBranch)->required();
   query = app.add_subcommand("query",
                              "Run a select statement and print the result as tab-separated text. "
                              "docs/sql.md says which SQL it takes");
-  query->add_option("DATABASE", database, "The .mdb or .accdb file")->required();
+  query->add_option("DATABASE", database, kFileOrBranch)->required();
   query
       ->add_option("SQL", sql,
                    "The statement; \"explain select ...\" says how a select would read its tables")

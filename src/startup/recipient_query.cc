@@ -137,7 +137,7 @@ std::vector<Recipient> RecipientQuery::Recipients() {
 }
 
 void PrintColumnHelp(Session& session, const GenerateCall& call, std::ostream& output) {
-  if (!std::filesystem::exists(session.database.Location())) {
+  if (!session.database.CanBeRead()) {
     return PrintColumnNames(output, *RecipientFactNames(call.Kind()));
   }
   const OpenedDatabase opened(session.database);

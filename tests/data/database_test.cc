@@ -59,6 +59,22 @@ TEST_F(DatabaseTest, OpensTheServersFileAlsoWhenStoredWithBackslashes) {
   EXPECT_FALSE(std::filesystem::exists(server_ / "test.txt"));
 }
 
+TEST_F(DatabaseTest, OpensABranchOnAServerAndNothingInItsPlace) {
+  StoreLocation("1", " service=rents branch='Old Mill' ");
+  database_.OpenDatabase();
+  EXPECT_THAT(script_.opened, ElementsAre("service=rents branch='Old Mill'"));
+  EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder());
+  EXPECT_EQ(database_.ServerAway(), std::nullopt);
+
+  database_.TakeBranch("service=rents branch=North", platform_.ProgramFolder() / "N");
+  database_.OpenDatabase();
+  EXPECT_EQ(script_.opened.back(), "service=rents branch=North");
+  EXPECT_EQ(database_.LastOpened(), "service=rents branch=North");
+  EXPECT_EQ(database_.DataFolder(), platform_.ProgramFolder() / "N");
+  EXPECT_EQ(database_.TemplateFolder(), platform_.ProgramFolder());
+  EXPECT_THAT(platform_.dialogs.Texts(), IsEmpty());
+}
+
 TEST_F(DatabaseTest, RevertsToTheProgramFolderWithOneMessageWhenTheServersFileIsMissing) {
   const std::string missing = (server_ / "property.mdb").string();
   StoreLocation("1", missing);

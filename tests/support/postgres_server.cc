@@ -29,6 +29,7 @@ PostgresServer& PostgresServer::Get() {
 PostgresServer::PostgresServer() : folder_(Cluster({"start"})) {}
 PostgresServer::~PostgresServer() { Cluster({"stop", folder_}); }
 
+void PostgresServer::Crash() { Cluster({"crash", folder_}); }
 void PostgresServer::Restart() { Cluster({"restart", folder_}); }
 
 void PostgresServer::AddService(const std::string& service, const std::string& database,

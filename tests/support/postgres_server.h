@@ -18,6 +18,8 @@ class PostgresServer {
   PostgresServer(const PostgresServer&) = delete;
   PostgresServer& operator=(const PostgresServer&) = delete;
 
+  // Of the cluster and its socket.
+  const std::string& folder() const { return folder_; }
   // Makes a database with the program's schema, in place of what had its name, and a service of
   // that name for its owner.
   void MakeDatabase(const std::string& name);
@@ -28,12 +30,15 @@ class PostgresServer {
                   const std::string& login);
   // Runs statements as the owner; returns what they print, a line a row, fields separated by "|".
   std::string Run(const std::string& database, const std::string& sql);
+  // Stops as hard as a power cut, until Restart.
+  void Crash();
   // Stops as hard as a power cut and starts again.
   void Restart();
 
  private:
   PostgresServer();
-  std::string folder_;  // of the cluster and its socket
+
+  std::string folder_;
   ScratchFolder services_;
   Environment service_file_{{"PGSERVICEFILE", (services_ / "services").string()},
                             {"PGPASSFILE", (services_ / "passwords").string()}};

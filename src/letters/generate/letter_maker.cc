@@ -12,7 +12,7 @@ LetterMaker::LetterMaker(Session& session, const GenerationRequest& request,
 
 void LetterMaker::ReadTemplate() {
   if (template_source_) return;
-  const TemplateLibrary library(session_.database.DataFolder());
+  const TemplateLibrary library(session_.database.TemplateFolder());
   template_path_ = library.PathOf(request_.template_kind, request_.template_name);
   letter_.LoadLetter(template_path_, request_.template_kind);
   TakeTemplate();

@@ -114,10 +114,13 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
 
 GenerationSummary LetterRun::Go(ResumeWay way, unsigned threads) {
   way_ = std::move(way);
+  std::vector<std::size_t> to_come;
   for (std::size_t number = 1; number <= log_.count(); ++number) {
-    if (!Settled(number)) ++missing_;
+    if (!Settled(number)) to_come.push_back(number);
     if (Done(number)) ++done_before_;
   }
+  missing_ = to_come.size();
+  to_come_.emplace(session_, log_, std::move(to_come));
   observer_.Started(missing_, log_.path());
   ahead_ = BeginToMerge(threads);
   for (std::size_t number = 1; number <= log_.count() && !stopped_; ++number) {
@@ -246,6 +249,7 @@ std::unique_ptr<MergeAhead> LetterRun::BeginToMerge(unsigned threads) {
 }
 
 bool LetterRun::Merge(LetterReport& report) {
+  to_come_->Before(report.number);
   PromptOutcome prompts;
   letter_ = &maker_.Make(report.recipient, request().answers, Progress(), &prompts);
   // An answer interrupted by a request to stop does not count: the letter is not made.

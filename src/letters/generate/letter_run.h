@@ -9,6 +9,7 @@
 
 #include "letters/generate/letter_files.h"
 #include "letters/generate/letter_maker.h"
+#include "letters/generate/letters_to_come.h"
 #include "letters/generate/merge_ahead.h"
 #include "letters/generate/run_log.h"
 #include "letters/generation.h"
@@ -93,6 +94,7 @@ class LetterRun {
   bool stopped_ = false;
   MergedFiles merged_;
   std::unique_ptr<MergeAhead> ahead_;
+  std::optional<LettersToCome> to_come_;
 };
 
 }  // namespace tenora

@@ -10,6 +10,7 @@
 #include <functional>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,11 +51,21 @@ struct TableSummary {
   std::string kind = {};
 };
 
+// Where the rows of a branch come from.
+struct BranchOrigin {
+  std::string server;              // its host or socket's folder, with the port
+  std::string branch;              // by name
+  std::chrono::sys_seconds taken;  // when the branch's file was read for it
+  int round_trips = 0;             // how often the connection has waited for the server
+};
+
 class EngineDatabase {
  public:
   virtual ~EngineDatabase() = default;
-  // The file's full path.
+  // The file's full path, or the branch's location.
   virtual const std::string& Name() const = 0;
+  // None for a file.
+  virtual std::optional<BranchOrigin> Origin() const { return std::nullopt; }
   // Raises 3061 (an unknown column name), 3078 (no such table), 3075 (syntax) or what reading the
   // file raises. All sets are forward-only and read-only, whatever type is asked for.
   // "explain select …" gives a row for each table that the select would read: the table, how it

@@ -21,9 +21,14 @@ Clock Clock::FromEnvironment() {
 
 Date Clock::Now() const {
   if (fixed_) return *fixed_;
-  const std::time_t now = std::time(nullptr);
+  return LocalTime(std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+}
+
+Date LocalTime(std::chrono::sys_seconds time) {
+  constexpr int kLastYear = 9999;
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
   std::tm local{};
-  localtime_r(&now, &local);
+  if (localtime_r(&seconds, &local) == nullptr || local.tm_year > kLastYear - 1900) return Date();
   // A leap second (60) counts as the last second of its minute.
   return Date::FromCalendar(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
                             local.tm_min, local.tm_sec > 59 ? 59 : local.tm_sec);

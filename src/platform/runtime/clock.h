@@ -1,6 +1,7 @@
 // The current date and time.
 #pragma once
 
+#include <chrono>
 #include <optional>
 
 #include "platform/runtime/date.h"
@@ -24,5 +25,8 @@ class Clock {
  private:
   std::optional<Date> fixed_;
 };
+
+// A time as this computer's clock shows it; the empty date for one that no calendar has.
+Date LocalTime(std::chrono::sys_seconds time);
 
 }  // namespace tenora

@@ -112,7 +112,7 @@ DatabasePage::DatabasePage(Session& session)
   auto* browse = Named(new QPushButton(tr("&Browse…")), "cmdBrowse");
   browse->setAutoDefault(false);
   test_ = new TestRunner(tr("&Test"), "cmdTestDatabase", [this] {
-    return [path = NativePath(Location().toStdString())] { return TestDatabase(path); };
+    return [location = Location().toStdString()] { return TestDatabase(location); };
   });
   auto* row = new QHBoxLayout;
   row->addSpacing(20);
@@ -125,12 +125,17 @@ DatabasePage::DatabasePage(Session& session)
   layout->addWidget(own_path);
   layout->addWidget(networked_);
   layout->addLayout(row);
+  auto* branch = Remark(
+      tr("A file's path, or a branch on a database server: service=NAME branch=NAME. The service "
+         "and its password are PostgreSQL's, in ~/.pg_service.conf and ~/.pgpass."));
+  branch->setIndent(20);
+  layout->addWidget(branch);
   layout->addSpacing(6);
   layout->addWidget(test_);
   layout->addStretch();
   layout->addWidget(
-      Remark(tr("Templates and letters are stored in the same folder as the database. A "
-                "change counts from the next start.")));
+      Remark(tr("Templates and letters are stored in the same folder as the database, for a branch "
+                "in the program folder. A change counts from the next start.")));
   const auto enable = [this, browse] {
     location_->setEnabled(networked_->isChecked());
     browse->setEnabled(networked_->isChecked());

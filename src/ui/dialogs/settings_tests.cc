@@ -5,9 +5,13 @@
 
 #include "platform/access/engine_error.h"
 #include "platform/query/engine.h"
+#include "platform/runtime/clock.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/file_lookup.h"
+#include "platform/runtime/files.h"
+#include "platform/runtime/format.h"
+#include "platform/server/branch_location.h"
 
 namespace tenora {
 namespace {
@@ -22,10 +26,32 @@ std::int32_t Count(query::EngineDatabase& database, const std::string& clause) {
   return rows->EndOfFile() ? 0 : ToInt32(rows->Field("result"));
 }
 
+// "120 tenancies, 4 of them closed"
+std::string TenanciesOf(query::EngineDatabase& database) {
+  const std::int32_t all = Count(database, ""), closed = Count(database, " where closed_yn <> 0");
+  return std::to_string(all) + (all == 1 ? " tenancy, " : " tenancies, ") + std::to_string(closed) +
+         " of them closed";
+}
+
+TestResult TestBranch(const std::string& location) {
+  try {
+    const auto workspace = query::Workspace::Create();
+    const auto database = workspace->OpenDatabase(location);
+    const query::BranchOrigin origin = database->Origin().value();
+    return {true, "The server " + origin.server + " answers. The branch \"" + origin.branch +
+                      "\" is as its file was on " +
+                      FormatDate(LocalTime(origin.taken), "d mmmm yyyy at hh:nn") + ": " +
+                      TenanciesOf(*database) + "."};
+  } catch (...) {
+    return {false, "The database cannot be used: " + ErrorText(CurrentError())};
+  }
+}
+
 }  // namespace
 
-TestResult TestDatabase(const fs::path& entered) {
-  const fs::path path = FindIgnoringCase(entered);
+TestResult TestDatabase(const std::string& location) {
+  if (server::IsBranchLocation(location)) return TestBranch(location);
+  const fs::path path = FindIgnoringCase(NativePath(location));
   std::error_code error;
   if (path.empty()) return {false, "Enter the full path of the database."};
   if (fs::is_directory(path, error)) {
@@ -38,11 +64,7 @@ TestResult TestDatabase(const fs::path& entered) {
   try {
     const auto workspace = query::Workspace::Create();
     const auto database = workspace->OpenDatabase(path);
-    const std::int32_t all = Count(*database, ""),
-                       closed = Count(*database, " where closed_yn <> 0");
-    return {true, "The database opens. It holds " + std::to_string(all) +
-                      (all == 1 ? " tenancy, " : " tenancies, ") + std::to_string(closed) +
-                      " of them closed."};
+    return {true, "The database opens. It holds " + TenanciesOf(*database) + "."};
   } catch (...) {
     const RuntimeError problem = CurrentError();
     if (problem.number() == access::engine_error::kNoSuchTable) {

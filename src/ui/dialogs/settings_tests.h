@@ -2,7 +2,6 @@
 // main thread.
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 #include "platform/mail/smtp_client.h"
@@ -15,8 +14,8 @@ struct TestResult {
   std::string text;
 };
 
-// Opens the database and counts its tenancies.
-TestResult TestDatabase(const std::filesystem::path& path);
+// Opens the database, a file by its path or a branch by its location, and counts its tenancies.
+TestResult TestDatabase(const std::string& location);
 
 // Connects and logs in; sends nothing. The password is not in the result.
 TestResult TestMailServer(mail::Server server);

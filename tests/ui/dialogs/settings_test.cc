@@ -5,6 +5,10 @@
 #include <QThreadPool>
 #include <algorithm>
 
+#include "platform/runtime/clock.h"
+#include "platform/runtime/format.h"
+#include "platform/server/branch_import.h"
+#include "support/postgres_server.h"
 #include "support/smtp_server.h"
 #include "ui/dialogs/dialogs_fixture.h"
 #include "ui/dialogs/frm_settings.h"
@@ -28,6 +32,25 @@ TEST(TestDatabase, SaysWhatIsThereOrWhatIsWrong) {
   EXPECT_THAT(TestDatabase(path).text, HasSubstr("42 tenancies, 5 of them closed"));
   std::filesystem::rename(path, folder / "other.mdb");
   EXPECT_TRUE(TestDatabase(folder / "OTHER.MDB").good);
+
+  test::PostgresServer::Get().MakeDatabase("rents");
+  server::ImportBranch(*server::Connection::Open("rents", std::chrono::seconds(0)), "Old Mill",
+                       test::SampleDatabase(), server::LayoutChange::kTake);
+  const TestResult branch = TestDatabase("service=rents branch='Old Mill'");
+  EXPECT_TRUE(branch.good);
+  EXPECT_THAT(branch.text,
+              AllOf(HasSubstr(test::PostgresServer::Get().folder()), HasSubstr("\"Old Mill\""),
+                    HasSubstr(FormatDate(Clock().Now(), "d mmmm yyyy at hh:")),
+                    HasSubstr("42 tenancies, 5 of them closed")));
+  for (const auto& [location, problem] : {
+           std::pair("service=rents branch=South", "no branch 'South'"),
+           {"service=nowhere branch=North", "'nowhere'"},
+           {"service=rents", "names no branch"},
+       }) {
+    const TestResult refused = TestDatabase(location);
+    EXPECT_FALSE(refused.good) << location;
+    EXPECT_THAT(refused.text, HasSubstr(problem)) << location;
+  }
 }
 
 TEST(TestMailServer, LogsInAndSendsNothing) {

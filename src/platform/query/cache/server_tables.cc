@@ -14,9 +14,8 @@ namespace {
 
 // A pass over so many rows is made without keeping them, the first time.
 constexpr std::int64_t kLargeRows = 50000;
-// The groups of rows found together that are kept: those of the letters in hand and of the ones
-// before.
-constexpr std::size_t kMostGroups = 4;
+// The groups of rows found together that are kept, beside those of the expected codes.
+constexpr std::ptrdiff_t kMostGroups = 4;
 
 std::string ValueText(const Value& value) {
   const auto* const text = std::get_if<std::string>(&value);
@@ -101,22 +100,35 @@ class ServerTable : public TableSource {
   }
 
   bool Holds(std::size_t column, const std::string& value) const {
+    const std::string key = Key(column, value);
     return std::ranges::any_of(groups_, [&](const Group& group) {
-      return group.column == column && group.keys.contains(Key(column, value));
+      return group.column == column && group.keys.contains(key);
     });
   }
 
-  void Keep(std::size_t column, const std::vector<std::string>& values, access::RowCursor& rows) {
-    Group group{.column = column,
+  void Keep(std::size_t column, const std::vector<std::string>& values, bool expected,
+            access::RowCursor& rows) {
+    Group group{.expected = expected,
+                .column = column,
                 .keys = {},
                 .rows = std::make_shared<CachedTable>(name(), table_.columns, 0, rows)};
     for (const std::string& value : values) group.keys.insert(Key(column, value));
     groups_.push_back(std::move(group));
-    if (groups_.size() > kMostGroups) groups_.pop_front();
+    const auto is_other = [](const Group& one) { return !one.expected; };
+    if (std::ranges::count_if(groups_, is_other) > kMostGroups) {
+      groups_.erase(std::ranges::find_if(groups_, is_other));
+    }
+  }
+
+  // Others are expected from now on.
+  void ForgetExpected() {
+    for (Group& group : groups_) group.expected = false;
+    while (groups_.size() > 1) groups_.pop_front();
   }
 
  private:
   struct Group {
+    bool expected = false;  // kept until others are
     std::size_t column = 0;
     std::unordered_set<std::string> keys;
     std::shared_ptr<CachedTable> rows;
@@ -137,8 +149,11 @@ class ServerTable : public TableSource {
   bool streamed_ = false;
 };
 
-ServerTables::ServerTables(std::shared_ptr<server::Branch> branch)
-    : branch_(std::move(branch)), generation_(branch_->state().generation) {}
+ServerTables::ServerTables(std::shared_ptr<server::Branch> branch,
+                           std::vector<std::string> expected)
+    : branch_(std::move(branch)),
+      generation_(branch_->state().generation),
+      expected_(std::move(expected)) {}
 
 server::Branch& ServerTables::branch() const {
   if (branch_->state().generation != generation_) branch_->ThrowChanged();
@@ -155,6 +170,7 @@ std::shared_ptr<TableSource> ServerTables::Find(std::string_view name) {
 
 void ServerTables::Expect(std::vector<std::string> codes) {
   expected_ = std::move(codes);
+  for (const auto& [name, table] : tables_) table->ForgetExpected();
   Fetch(nullptr, 0, {});
 }
 
@@ -164,7 +180,11 @@ void ServerTables::Fetch(const ServerTable* asking, std::size_t column,
     if (!table.found_by.empty()) Find(table.name);
   }
   std::vector<server::RowRequest> requests;
-  std::vector<ServerTable*> tables;
+  struct Asked {
+    ServerTable* table;
+    bool expected;
+  };
+  std::vector<Asked> tables;
   for (const auto& [name, table] : tables_) {
     const std::optional<std::size_t> code = table->CodeColumn();
     server::RowRequest request{.table = &table->table(), .column = code.value_or(0), .values = {}};
@@ -172,20 +192,21 @@ void ServerTables::Fetch(const ServerTable* asking, std::size_t column,
       std::ranges::copy_if(expected_, std::back_inserter(request.values),
                            [&](const std::string& value) { return !table->Holds(*code, value); });
     }
+    const bool expected = !request.values.empty();
     if (table.get() == asking && code == column) {
       request.values.insert(request.values.end(), values.begin(), values.end());
     } else if (table.get() == asking) {
       requests.push_back({.table = &table->table(), .column = column, .values = values});
-      tables.push_back(table.get());
+      tables.push_back({table.get(), false});
     }
     if (request.values.empty()) continue;
     requests.push_back(std::move(request));
-    tables.push_back(table.get());
+    tables.push_back({table.get(), expected});
   }
   if (requests.empty()) return;
   const auto found = branch().Find(requests);
   for (std::size_t i = 0; i < found.size(); ++i) {
-    tables[i]->Keep(requests[i].column, requests[i].values, *found[i]);
+    tables[i].table->Keep(requests[i].column, requests[i].values, tables[i].expected, *found[i]);
   }
 }
 

@@ -18,7 +18,9 @@ class ServerTable;
 
 class ServerTables : public TableStore, public std::enable_shared_from_this<ServerTables> {
  public:
-  explicit ServerTables(std::shared_ptr<server::Branch> branch);
+  // `expected` are the codes of the last Expect over an earlier state.
+  explicit ServerTables(std::shared_ptr<server::Branch> branch,
+                        std::vector<std::string> expected = {});
 
   // Raises ServerError.
   std::shared_ptr<TableSource> Find(std::string_view name) override;

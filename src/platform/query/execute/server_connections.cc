@@ -13,13 +13,16 @@ constexpr std::chrono::seconds kFresh{2};
 }  // namespace
 
 void ServerConnections::TakeState(Entry& entry) {
-  entry.open.tables = std::make_shared<ServerTables>(entry.open.branch);
+  std::vector<std::string> expected;
+  if (entry.open.tables != nullptr) expected = entry.open.tables->expected();
+  entry.open.tables = std::make_shared<ServerTables>(entry.open.branch, std::move(expected));
   entry.open.connection = std::make_shared<SqliteConnection>(
       entry.open.tables, Collation::Of(entry.open.branch->sort_order()), settings_);
 }
 
 void ServerConnections::OpenAnew(Entry& entry, const server::BranchLocation& location) {
-  entry = {};
+  // Whatever becomes of this one, the broken connection is of no use.
+  entry.open.branch.reset();
   entry.open.branch = server::Branch::Open(location);
   TakeState(entry);
 }

@@ -14,6 +14,13 @@ std::unique_ptr<Recordset> ServerDatabase::OpenRecordset(std::string_view sql, i
   return std::make_unique<StatementRecordset>(open_.connection, sql);
 }
 
+std::optional<BranchOrigin> ServerDatabase::Origin() const {
+  return BranchOrigin{.server = open_.branch->connection().Address(),
+                      .branch = location_.branch,
+                      .taken = open_.branch->state().taken,
+                      .round_trips = open_.branch->connection().round_trips()};
+}
+
 std::vector<TableSummary> ServerDatabase::Tables() const {
   std::vector<TableSummary> summaries;
   for (const server::BranchTable& table : open_.branch->tables()) {

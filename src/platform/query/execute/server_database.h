@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ class ServerDatabase : public EngineDatabase {
       : name_(location.ToText()), location_(std::move(location)), open_(std::move(open)) {}
 
   const std::string& Name() const override { return name_; }
+  std::optional<BranchOrigin> Origin() const override;
   std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) override;
   std::vector<TableSummary> Tables() const override;
   // Raise 3027: the branch's file is where changes are made.

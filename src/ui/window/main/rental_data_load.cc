@@ -7,6 +7,7 @@
 
 #include "data/database.h"
 #include "platform/dialogs/guard.h"
+#include "platform/server/branch_location.h"
 
 namespace tenora {
 namespace {
@@ -57,8 +58,10 @@ void RentalDataLoad::Load() {
   session_.caches.Load(database, [&step](const Caches::LoadStep& load) { step(load); });
   step([&] { session_.options.LoadOptions(); });
   step([&] { emit CustomFieldsRead(ReadCustomFieldCodes(database)); });
-  // A file that was written a moment ago could be written again without a trace.
-  if (access::IsSettled(file.state)) loaded_ = file;
+  // A file that was written a moment ago could be written again without a trace, and a branch on a
+  // server has no such state.
+  const bool is_file = file.state != access::FileState();
+  if (is_file && access::IsSettled(file.state)) loaded_ = file;
   if (std::exchange(told_missing_, false)) {
     emit Told(tr("The rental database is there: tenants and owners were read."));
   }
@@ -95,7 +98,7 @@ bool RentalDataLoad::Browse() {
   return true;
 }
 
-// Of a network folder the system may not tell; F5 looks then.
+// Of a network folder the system may not tell, and a database server never; F5 looks then.
 void RentalDataLoad::WatchForMissing(bool missing) {
   seen_.reset();
   QStringList folders;
@@ -104,7 +107,10 @@ void RentalDataLoad::WatchForMissing(bool missing) {
     if (const auto away = database.ServerAway()) {
       folders << QString::fromStdString(NearestFolder(*away).string());
     }
-    if (missing) folders << QString::fromStdString(NearestFolder(database.Location()).string());
+    const std::filesystem::path location = database.Location();
+    if (missing && !server::IsBranchLocation(location.string())) {
+      folders << QString::fromStdString(NearestFolder(location).string());
+    }
   } catch (const RuntimeError&) {
     // Settings that cannot be read name no folder.
   }

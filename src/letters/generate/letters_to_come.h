@@ -1,0 +1,27 @@
+// Tells the database of the letters that a run makes next, so that a server gives the rows of many
+// in one round trip.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "letters/generate/run_log.h"
+#include "rental/session.h"
+
+namespace tenora {
+
+class LettersToCome {
+ public:
+  // `numbers` of the letters to be merged, ascending. All arguments outlive this.
+  LettersToCome(Session& session, const RunLog& log, std::vector<std::size_t> numbers);
+  // Called before the letter of this number is merged. Raises nothing.
+  void Before(std::size_t number);
+
+ private:
+  Session& session_;
+  const RunLog& log_;
+  std::vector<std::size_t> numbers_;
+  std::size_t told_ = 0;  // place in numbers_ behind those that the database knows of
+};
+
+}  // namespace tenora
