@@ -47,6 +47,8 @@ class Database {
   // Whether OpenDatabase would succeed at this moment. Shows nothing; raises as Location.
   bool CanBeRead();
   bool IsOpen() const { return open_ != nullptr; }
+  // Who issues the running numbers of an open branch on a server; null for a file.
+  query::NumberServer* Numbers() { return open_ == nullptr ? nullptr : open_->Numbers(); }
 
   // The file or branch that OpenDatabase would open now; nothing is shown. Raises 13 for settings
   // that cannot be read.

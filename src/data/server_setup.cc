@@ -17,20 +17,6 @@ constexpr const char* kRoleCount = "4";
       "The database '" + connection.DatabaseName() + "' on " + connection.Address() + " " + reason);
 }
 
-// Of PostgreSQL's messages this one says least about what to do.
-template <typename Body>
-void AsOwner(Connection& connection, const Body& body) {
-  constexpr std::string_view kNoPermission = "42501";
-  try {
-    body();
-  } catch (const ServerError& error) {
-    if (error.state() != kNoPermission) throw;
-    Refuse(connection,
-           "is administered by its owner, who may also give roles; this login may not (" +
-               std::string(error.description()) + ")");
-  }
-}
-
 std::string BranchId(Connection& connection, const std::string& branch) {
   const auto found = connection.Run(
       server::Query{.sql = "select id from rental.branch where name = $1", .parameters = {branch}});
@@ -88,40 +74,46 @@ ServerSetup SetUpServer(Connection& connection) {
   return ServerSetup::kMade;
 }
 
+void RequireOwner(Connection& connection) {
+  const auto may = connection.Run(
+      "select has_table_privilege('rental.may_see', 'insert') and "
+      "has_table_privilege('rental.counter', 'insert') and "
+      "has_table_privilege('rental.branch', 'update'), session_user");
+  if (may->Boolean(0, 0)) return;
+  Refuse(connection,
+         "is administered by its owner, not by the login '" + std::string(may->Text(0, 1)) + "'");
+}
+
 std::string ServerRole(std::string_view role) { return "tenora_" + std::string(role); }
 
 void GrantBranch(Connection& connection, const std::string& login, const std::string& branch,
                  std::string_view role) {
-  AsOwner(connection, [&] {
-    const std::string id = BranchId(connection, branch);
-    const auto known = connection.Run(server::Query{
-        .sql = "select rolcanlogin from pg_roles where rolname = $1", .parameters = {login}});
-    if (known->rows() == 0 || !known->Boolean(0, 0)) {
-      Refuse(connection, "has no login '" + login + "'; in psql, 'create role " +
-                             server::Name(login) + " login' makes it, and '\\password " + login +
-                             "' asks for its password");
-    }
-    const server::Query together[] = {
-        {.sql = "begin", .parameters = {}},
-        {.sql = "grant " + ServerRole(role) + " to " + server::Name(login), .parameters = {}},
-        {.sql = "insert into rental.may_see(login, branch) values ($1, $2) on conflict do nothing",
-         .parameters = {login, id}},
-        {.sql = "commit", .parameters = {}}};
-    connection.RunTogether(together);
-  });
+  RequireOwner(connection);
+  const std::string id = BranchId(connection, branch);
+  const auto known = connection.Run(server::Query{
+      .sql = "select rolcanlogin from pg_roles where rolname = $1", .parameters = {login}});
+  if (known->rows() == 0 || !known->Boolean(0, 0)) {
+    Refuse(connection, "has no login '" + login + "'; in psql, 'create role " +
+                           server::Name(login) + " login' makes it, and '\\password " + login +
+                           "' asks for its password");
+  }
+  const server::Query together[] = {
+      {.sql = "begin", .parameters = {}},
+      {.sql = "grant " + ServerRole(role) + " to " + server::Name(login), .parameters = {}},
+      {.sql = "insert into rental.may_see(login, branch) values ($1, $2) on conflict do nothing",
+       .parameters = {login, id}},
+      {.sql = "commit", .parameters = {}}};
+  connection.RunTogether(together);
 }
 
 bool RevokeBranch(Connection& connection, const std::string& login, const std::string& branch) {
-  bool seen = false;
-  AsOwner(connection, [&] {
-    const std::string id = BranchId(connection, branch);
-    seen =
-        connection
-            .Run(server::Query{.sql = "delete from rental.may_see where login = $1 and branch = $2",
+  RequireOwner(connection);
+  const std::string id = BranchId(connection, branch);
+  return connection
+             .Run(
+                 server::Query{.sql = "delete from rental.may_see where login = $1 and branch = $2",
                                .parameters = {login, id}})
-            ->changed() > 0;
-  });
-  return seen;
+             ->changed() > 0;
 }
 
 }  // namespace tenora

@@ -19,6 +19,10 @@ enum class ServerSetup { kMade, kThereAlready };
 // may not; nothing is changed then.
 ServerSetup SetUpServer(server::Connection& connection);
 
+// Raises ServerError where the login may not administer the database: change who sees what, and
+// who issues receipt numbers.
+void RequireOwner(server::Connection& connection);
+
 // "reader", "clerk", "worker" or "sync".
 std::string ServerRole(std::string_view role);
 

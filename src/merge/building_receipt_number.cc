@@ -1,43 +1,19 @@
 #include "merge/building_receipt_number.h"
 
-#include <cmath>
 #include <cstdint>
 #include <string>
 
 #include "data/sql_text.h"
 #include "merge/merge_codes.h"
+#include "merge/receipt_counters.h"
 #include "merge/replace_code.h"
 #include "platform/runtime/clock.h"
-#include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
 
 namespace tenora {
 namespace {
 
-constexpr const char* kCounterField = "NxtReceipt";
 constexpr const char* kFirstNumber = "1000";
-
-std::string CounterCondition(const std::string& building) {
-  return " where parenttype=202 and parentcode = " + SQLText(building) +
-         " and fieldcode = " + SQLText(kCounterField);
-}
-
-// Up to here every whole number has a double of its own.
-constexpr double kLargestNumber = 9007199254740991;
-
-// The number stored, 0 for a text that is not a number.
-std::int64_t StoredNumber(const std::string& text) {
-  double number = 0;
-  try {
-    number = ToDouble(text);
-  } catch (const RuntimeError& error) {
-    if (error.number() != error_number::kTypeMismatch) throw;
-  }
-  if (std::abs(number) > kLargestNumber) {
-    throw StandardError(error_number::kOverflow, "the receipt number " + text);
-  }
-  return static_cast<std::int64_t>(std::nearbyint(number));
-}
 
 // The number for the next letter of a building.
 struct NextNumber {
@@ -45,13 +21,15 @@ struct NextNumber {
   bool counted = false;  // false: the building has no counter yet
 };
 
+std::string Next(std::int64_t last) { return std::to_string(last == 0 ? 1000 : last + 1); }
+
 NextNumber ReadCounter(Database& database, const std::string& building) {
   RecordsetPtr counter;
   database.CreateSet(counter, "select * from custom_fields" + CounterCondition(building),
                      query::kForwardOnly, query::kReadOnly);
   if (database.DataIsEmpty(counter)) return {kFirstNumber};
   const std::int64_t last = StoredNumber(TextOf(counter->Field("value")));
-  return {std::to_string((last == 0 ? 999 : last) + 1), true};
+  return {Next(last), true};
 }
 
 // For a building without a counter: whether it can be given one. Where the account code exists
@@ -85,12 +63,47 @@ void Take(const MergeTarget& target, const std::string& building, const NextNumb
 bool Issue(const MergeTarget& target, const std::string& building, NextNumber& number) {
   Database::Transaction transaction(target.session.database);
   if (!transaction.IsOpen()) return false;
+  RequireIssuedByFile(target.session.database);
   number = ReadCounter(target.session.database, building);
   Take(target, building, number);
   return transaction.Commit();
 }
 
+void RequireIssuedByServer(query::NumberServer& server) {
+  if (server.Issues()) return;
+  throw StandardError(error_number::kPermissionDenied,
+                      "the template has <<BuildingReceiptNumber>>, and the receipt numbers of this "
+                      "branch are issued by its file; 'tenora server counters --here' hands them "
+                      "over to the server");
+}
+
+// The number that the next letter would get.
+NextNumber LookUp(Database& database, const std::string& building) {
+  query::NumberServer* const server = database.Numbers();
+  if (server == nullptr) {
+    RequireIssuedByFile(database);
+    return ReadCounter(database, building);
+  }
+  RequireIssuedByServer(*server);
+  return {Next(server->Last(building).value_or(0))};
+}
+
 }  // namespace
+
+void RequireReceiptNumbers(Session& session, const RichTextBox& letter) {
+  if (session.database.OnlyLooks()) return;
+  if (!SourceContains(letter, TagInSource(letter, kBuildingReceiptNumber))) return;
+  const OpenedDatabase opened(session.database);
+  if (!session.database.IsOpen()) return;  // which was told
+  query::NumberServer* const server = session.database.Numbers();
+  if (server == nullptr) return RequireIssuedByFile(session.database);
+  RequireIssuedByServer(*server);
+  if (!server->MayTake()) {
+    throw StandardError(error_number::kPermissionDenied,
+                        "the template has <<BuildingReceiptNumber>>, and this login takes no "
+                        "receipt numbers on the server; one with the role worker does");
+  }
+}
 
 void CreateReceiptNumberRecords(Session& session, std::string_view account_code,
                                 std::string_view description, std::string_view value,
@@ -117,8 +130,10 @@ bool InsertBuildingReceiptNumber(const MergeTarget& target, std::string_view pro
   }
   NextNumber number;
   if (session.database.OnlyLooks()) {
-    number = ReadCounter(session.database, building);
+    number = LookUp(session.database, building);
     Note(target, MergeFact::kNumberLeft, number);
+  } else if (query::NumberServer* const server = session.database.Numbers()) {
+    number.text = std::to_string(server->Issue(building));
   } else if (!Issue(target, building, number)) {
     return false;
   }

@@ -41,6 +41,9 @@ std::string ServerCall::Complaint() const {
       return "\"" + given + "\" does not have the form \"NAME=FILE\"";
     }
   }
+  if (counters->parsed() && !file.empty() && !here && !to_file) {
+    return "--database goes with --here or --file";
+  }
   if (import->parsed() && branch.empty()) return "--branch names no branch";
   return "";
 }
@@ -89,6 +92,21 @@ void DeclareServer(CLI::App& app, ServerCall& call) {
       ->check(CLI::IsMember({"table", "csv", "json"}))
       ->capture_default_str();
   AddService(*call.status, call);
+
+  call.counters =
+      AddCommand(app, "counters",
+                 "Say who issues the receipt numbers of a branch's buildings, or hand them over. "
+                 "For the owner of the server's database. If it is cut short, the same command "
+                 "ends it; meanwhile no number is issued twice");
+  AddBranch(*call.counters, call, "The branch");
+  CLI::Option* const here =
+      call.counters->add_flag("--here", call.here,
+                              "The server issues them from now on, and the file is marked: it "
+                              "issues none");
+  call.counters->add_flag("--file", call.to_file, "The file issues them again")->excludes(here);
+  call.counters->add_option("--database", call.file,
+                            "The branch's file; without it the one that it was brought from last");
+  AddService(*call.counters, call);
 
   call.grant = AddCommand(app, "grant", "Give a login a role, and let it see a branch");
   AddLogin(*call.grant, call);

@@ -14,15 +14,16 @@ namespace tenora {
 
 struct ServerCall {
   // The commands below `tenora server`; one of them is parsed.
-  CLI::App *init, *import, *sync, *status, *grant, *revoke;
+  CLI::App *init, *import, *sync, *status, *counters, *grant, *revoke;
 
   std::string service;                // of libpq
-  std::string file, branch;           // of import; the branch of grant and revoke too
+  std::string file, branch;           // of import and others
   std::vector<std::string> branches;  // of sync and status
   std::vector<std::string> files;     // of sync: "NAME=FILE"
   std::string login, role;
   std::string format = "table";
   bool findings = false;
+  bool here = false, to_file = false;  // of counters
 
   // What is wrong with the call; empty when nothing is.
   std::string Complaint() const;

@@ -9,12 +9,16 @@
 #include <ostream>
 
 #include "data/server_setup.h"
+#include "merge/receipt_counters.h"
 #include "platform/dialogs/terminal_text.h"
+#include "platform/query/engine.h"
+#include "platform/runtime/clock.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "platform/server/branch_import.h"
 #include "platform/server/branch_list.h"
 #include "platform/server/rental_schema.h"
+#include "platform/server/running_numbers.h"
 
 namespace tenora {
 namespace {
@@ -293,6 +297,40 @@ bool Revoke(const ServerCall& call, std::ostream& output) {
   return seen;
 }
 
+std::string FileOf(const Branches& branches, const ServerCall& call) {
+  if (!call.file.empty()) return NativePath(call.file);
+  if (branches.known.empty() || !branches.known.front().state) {
+    throw ServerError(
+        server::server_error::kCallFailed,
+        "The file of branch '" + call.branch + "' is not known; name it with --database");
+  }
+  return branches.known.front().state->file_name;
+}
+
+void HandOverCounters(const ServerCall& call, std::ostream& output) {
+  const auto connection = Connection::Open(call.service, kNoLimit);
+  const Branches branches = FindBranches(*connection, call.service, {call.branch});
+  auto numbers = server::RunningNumbers::Of(*connection, call.service, call.branch);
+  const auto say = [&](const std::string& text) {
+    output << TerminalLine(call.branch + ": " + text) << '\n';
+  };
+  if (!call.here && !call.to_file) {
+    say(std::string("receipt numbers are issued by the ") +
+        (numbers.IssuedHere() ? "server" : "file"));
+    return;
+  }
+  RequireOwner(*connection);
+  const std::string path = FileOf(branches, call);
+  const auto workspace = query::Workspace::Create();
+  const auto file = workspace->OpenDatabase(path);
+  const HandOver done = call.here
+                            ? HandOverToServer(*file, numbers)
+                            : HandBackToFile(*file, numbers, Clock::FromEnvironment().Today());
+  const std::string issuer = call.here ? "the server" : path;
+  say(done == HandOver::kAlready ? "receipt numbers are issued by " + issuer + " already"
+                                 : "receipt numbers are issued by " + issuer + " from now on");
+}
+
 }  // namespace
 
 bool RunServerCommand(const ServerCall& call, std::ostream& output, std::ostream& errors) {
@@ -304,6 +342,7 @@ bool RunServerCommand(const ServerCall& call, std::ostream& output, std::ostream
   }
   if (call.sync->parsed()) return Sync(call, output, errors);
   if (call.status->parsed()) return ShowStatus(call, output, errors);
+  if (call.counters->parsed()) HandOverCounters(call, output);
   if (call.grant->parsed()) Grant(call, output);
   return !call.revoke->parsed() || Revoke(call, output);
 }

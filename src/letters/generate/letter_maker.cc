@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "letters/template_lint.h"
+#include "merge/building_receipt_number.h"
 #include "platform/runtime/clock.h"
 
 namespace tenora {
@@ -32,6 +33,7 @@ void LetterMaker::TakeTemplate() {
   template_source_.reset();
   RequireSoundForms(letter_.rtfLetter, ForTenants() ? TemplateKind::kTenant : TemplateKind::kOwner,
                     session_.platform.clock.Today());
+  if (ForTenants()) RequireReceiptNumbers(session_, letter_.rtfLetter);
   template_source_ = letter_.rtfLetter.TextRTF();
 }
 

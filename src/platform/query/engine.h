@@ -59,6 +59,19 @@ struct BranchOrigin {
   int round_trips = 0;             // how often the connection has waited for the server
 };
 
+// Running numbers that a server issues for a branch, a series for each name. Raises ServerError.
+class NumberServer {
+ public:
+  virtual ~NumberServer() = default;
+  // Whether it does, rather than the branch's file; and whether this login may take them.
+  virtual bool Issues() = 0;
+  virtual bool MayTake() = 0;
+  // The number issued last; none for a series that has not begun.
+  virtual std::optional<std::int64_t> Last(std::string_view series) = 0;
+  // The next number, which nobody gets again. Raises 70 where it does not issue them.
+  virtual std::int64_t Issue(std::string_view series) = 0;
+};
+
 class EngineDatabase {
  public:
   virtual ~EngineDatabase() = default;
@@ -87,6 +100,9 @@ class EngineDatabase {
   virtual void BeginTrans() = 0;
   virtual void CommitTrans() = 0;
   virtual void Rollback() = 0;
+
+  // Null for a file, whose numbers are in its tables.
+  virtual NumberServer* Numbers() { return nullptr; }
 };
 
 // The engine's default workspace. It keeps the table caches of the files it has opened, so that

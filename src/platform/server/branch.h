@@ -12,6 +12,7 @@
 
 #include "platform/access/database_file.h"
 #include "platform/server/branch_location.h"
+#include "platform/server/running_numbers.h"
 #include "platform/server/server_connection.h"
 
 namespace tenora::server {
@@ -55,6 +56,7 @@ class Branch : public std::enable_shared_from_this<Branch> {
   // Ignoring case; null for none.
   const BranchTable* FindTable(std::string_view name) const;
   Connection& connection() { return *connection_; }
+  RunningNumbers numbers() { return {*connection_, id_}; }
 
   // Whether a reading has found another state on the server than this one.
   bool outdated() const { return outdated_; }

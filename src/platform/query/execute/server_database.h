@@ -11,7 +11,7 @@
 
 namespace tenora::query {
 
-class ServerDatabase : public EngineDatabase {
+class ServerDatabase : public EngineDatabase, private NumberServer {
  public:
   ServerDatabase(server::BranchLocation location, ServerConnection open)
       : name_(location.ToText()), location_(std::move(location)), open_(std::move(open)) {}
@@ -25,8 +25,17 @@ class ServerDatabase : public EngineDatabase {
   void BeginTrans() override;
   void CommitTrans() override;
   void Rollback() override;
+  NumberServer* Numbers() override { return this; }
 
  private:
+  bool Issues() override { return open_.branch->numbers().IssuedHere(); }
+  bool MayTake() override { return open_.branch->numbers().MayTake(); }
+  std::optional<std::int64_t> Last(std::string_view series) override {
+    return open_.branch->numbers().Last(series);
+  }
+  std::int64_t Issue(std::string_view series) override {
+    return open_.branch->numbers().Issue(series);
+  }
   [[noreturn]] void ThrowReadOnly() const;
 
   std::string name_;
