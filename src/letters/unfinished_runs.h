@@ -17,7 +17,8 @@ struct UnfinishedRun {
   std::string problem;        // why the log cannot be read; all below is then empty
   std::string started;        // "2026-11-21 09:30:00"
   GenerationRequest request;  // with every recipient
-  GenerationSummary summary;  // as the run left it
+  // As the run left it; its `merged` has only the problems, of the files that are not finished.
+  GenerationSummary summary;
 };
 
 // Those of this data folder, oldest first, but for runs in progress and forgotten ones. A log that

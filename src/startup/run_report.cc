@@ -168,6 +168,9 @@ void WriteUnfinished(std::ostream& output, const UnfinishedRun& run) {
   name("Held back", summary.held);
   name("In doubt", summary.in_doubt);
   name("Without an address", summary.no_address);
+  for (const std::string& problem : summary.merged.problems) {
+    output << "  " << TerminalLine(problem) << "\n";
+  }
   output << std::flush;
 }
 

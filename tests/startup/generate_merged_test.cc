@@ -121,6 +121,36 @@ TEST_F(GenerateMerged, AfterResumingItIsRightAndUntilThenItSaysWhoIsMissing) {
   EXPECT_EQ(ReadWholeFile(Pdf()), "not a PDF");
 }
 
+TEST_F(GenerateMerged, ARunIsUnfinishedUntilItsPdfAndListAreWritten) {
+  const fs::path list = Home() / "post.csv";
+  const auto unfinished = [&] { return Run({"generate", "--unfinished"}).output; };
+  EXPECT_EQ(Make({"--template", "Note", "--recipient", "T00007", "--one-pdf", Pdf().string(),
+                  "--csv", list.string()})
+                .status,
+            0);
+  EXPECT_EQ(unfinished(), "");
+  // As a kill leaves it that comes when every letter is saved.
+  const std::string log = ReadWholeFile(Log());
+  WriteWholeFile(Log(), log.substr(0, log.find("\ncomplete\t") + 1));
+  fs::remove(Pdf());
+  fs::remove(list);
+  EXPECT_THAT(
+      unfinished(),
+      HasSubstr("1 of 1 letter saved\n  The list of the letters is not "
+                "finished: " +
+                list.string() + "\n  The PDF of all letters is not finished: " + Pdf().string()));
+  // Nor does one end whose PDF cannot be written.
+  WriteFile(Pdf(), "not a PDF");
+  EXPECT_EQ(Make({"--resume", Log()}).status, 1);
+  EXPECT_THAT(unfinished(), testing::EndsWith("1 letter saved\n  The PDF of all letters is "
+                                              "not finished: " +
+                                              Pdf().string() + "\n"));
+  fs::remove(Pdf());
+  EXPECT_EQ(Make({"--resume", Log()}).status, 0);
+  EXPECT_THAT(Pages(), ElementsAre("Dear T00007"));
+  EXPECT_EQ(unfinished(), "");
+}
+
 TEST_F(GenerateMerged, TheListForThePostReadsAsASpreadsheetTakesIt) {
   const fs::path list = Home() / "post.csv";
   const auto result = Make({"--template", "Note", "--recipient", "T00007", "--csv", list.string()});

@@ -489,7 +489,8 @@ void LetterRun::Finish() {
   SyncGroup();
   EndJob();
   MergeAll();
-  const bool complete = SummaryOf(log_.run(), session_.database.DataFolder()).complete();
+  const bool complete =
+      SummaryOf(log_.run(), session_.database.DataFolder()).complete() && merged_.problems.empty();
   log_.Note(complete ? RunRemark::kComplete : stopped_ ? RunRemark::kStopped : RunRemark::kEnded);
   try {
     log_.Sync();

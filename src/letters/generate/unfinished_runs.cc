@@ -17,6 +17,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Adds to the problems of a run that has not ended in order which of the files of all letters that
+// were asked for is not done.
+void AddUndone(const LoggedRun& run, GenerationSummary& summary) {
+  std::string last;
+  const auto add = [&](const std::optional<fs::path>& asked, const char* ending, const char* what) {
+    if (!asked) return;
+    const fs::path file = asked->empty() ? fs::path(summary.log).replace_extension(ending) : *asked;
+    last = what + (" is not finished: " + file.string());
+    std::error_code unknown;
+    if (!fs::exists(file, unknown)) summary.merged.problems.push_back(last);
+  };
+  add(run.request.post_list, ".csv", "The list of the letters");
+  add(run.request.one_pdf, ".pdf", "The PDF of all letters");
+  // What is there may be of an earlier attempt, or another file.
+  const bool all_there = summary.complete() && summary.merged.problems.empty();
+  if (all_there && !last.empty()) summary.merged.problems.push_back(std::move(last));
+}
+
 std::optional<UnfinishedRun> Look(const fs::path& log, const fs::path& data_folder) {
   UnfinishedRun run;
   run.log = log;
@@ -25,8 +43,9 @@ std::optional<UnfinishedRun> Look(const fs::path& log, const fs::path& data_fold
     if (!logged) return std::nullopt;
     run.summary = SummaryOf(*logged, data_folder);
     run.summary.log = log;
+    AddUndone(*logged, run.summary);
     // Those of the first release do not end with a word on it.
-    if (run.summary.complete()) return std::nullopt;
+    if (run.summary.complete() && run.summary.merged.whole()) return std::nullopt;
     run.started = std::move(logged->started);
     run.request = std::move(logged->request);
   } catch (const RuntimeError& error) {

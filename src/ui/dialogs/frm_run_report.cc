@@ -32,6 +32,16 @@ QString Headline(const GenerationSummary& summary, Destination destination) {
       .arg(done);
 }
 
+bool LettersMissing(const GenerationSummary& summary) {
+  return summary.failed.size() + summary.untouched() > 0;
+}
+
+// With the letters the files of all of them are made again.
+QString MissingCaption(const GenerationSummary& summary) {
+  return LettersMissing(summary) ? frmRunReport::tr("&Make Missing Letters")
+                                 : frmRunReport::tr("&Make Missing Files");
+}
+
 QString InDoubtAdvice(Destination destination) {
   return destination == Destination::kPrinter
              ? frmRunReport::tr(
@@ -71,6 +81,7 @@ frmRunReport::frmRunReport(const GenerationSummary& summary, Destination destina
   AddGroup(tr("In doubt: nobody knows whether they arrived"), summary.in_doubt,
            InDoubtAdvice(destination));
   AddMissing(summary);
+  AddUndone(summary);
   list_->expandAll();
   list_->setColumnWidth(0, 280);
   connect(list_, &QTreeWidget::currentItemChanged, this, [this] { ShowReason(); });
@@ -133,6 +144,20 @@ void frmRunReport::AddGroup(const QString& title, const Reports& reports, const 
   group->setCheckState(0, Qt::Unchecked);
 }
 
+void frmRunReport::AddUndone(const GenerationSummary& summary) {
+  if (summary.merged.problems.empty()) return;
+  auto* group = new QTreeWidgetItem(list_, {tr("Files of all letters")});
+  group->setFirstColumnSpanned(true);
+  for (const std::string& problem : summary.merged.problems) {
+    const QString text = QString::fromStdString(problem).simplified();
+    auto* item = new QTreeWidgetItem(group, {text});
+    item->setFirstColumnSpanned(true);
+    item->setToolTip(0, text);
+    item->setData(0, kReasonRole,
+                  text + "\n" + tr("\"%1\" makes it.").arg(MissingCaption(summary).remove('&')));
+  }
+}
+
 void frmRunReport::AddMissing(const GenerationSummary& summary) {
   const std::size_t untouched = summary.untouched();
   AddGroup(tr("Missing"), summary.failed, tr("\"Make Missing Letters\" tries again."));
@@ -167,14 +192,16 @@ QWidget* frmRunReport::MakeButtons(const GenerationSummary& summary, Destination
               [this] { Choose(Choice::kSendHeld, Ticked(Result::kHeld)); });
   print_ = add(tr("&Print"), "cmdPrint", !summary.no_address.empty(),
                [this] { Choose(Choice::kPrint, Ticked(Result::kNoAddress)); });
-  const bool missing = summary.failed.size() + summary.untouched() > 0;
-  add(tr("&Make Missing Letters"), "cmdMakeMissing", missing,
+  const bool letters = LettersMissing(summary);
+  const bool missing = letters || !summary.merged.problems.empty();
+  add(MissingCaption(summary), "cmdMakeMissing", missing,
       [this] { Choose(Choice::kMakeMissing, {}); });
   row->addStretch();
   auto* leave = add(tr("&Leave"), "cmdLeave", true, [this] { reject(); });
   leave->setDefault(true);
   if (missing) {
-    auto* question = new QLabel(tr("Make the missing letters now?"));
+    auto* question = new QLabel(letters ? tr("Make the missing letters now?")
+                                        : tr("Make the missing files now?"));
     question->setObjectName("lblMissing");
     column->addWidget(question);
   }

@@ -23,7 +23,7 @@ class frmRunReport : public QDialog {
     kOpen,         // the chosen letters
     kSendHeld,     // the chosen held letters as they are, where the run sends its letters
     kPrint,        // the chosen letters without an e-mail address, on paper
-    kMakeMissing,  // those that failed or were not begun
+    kMakeMissing,  // those that failed or were not begun, and files of all letters
   };
 
   frmRunReport(const GenerationSummary& summary, Destination destination,
@@ -39,6 +39,7 @@ class frmRunReport : public QDialog {
 
   void AddGroup(const QString& title, const Reports& reports, const QString& advice);
   void AddMissing(const GenerationSummary& summary);
+  void AddUndone(const GenerationSummary& summary);
   QWidget* MakeButtons(const GenerationSummary& summary, Destination destination);
   // The ticked letters, all or those of one kind.
   Reports Ticked(std::optional<Result> kind = {}) const;

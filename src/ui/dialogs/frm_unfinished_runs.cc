@@ -12,7 +12,8 @@
 namespace tenora {
 namespace {
 
-constexpr int kTemplate = 1, kFirstNumber = 3;  // columns; from the latter on they are counts
+constexpr int kTemplate = 1, kLeft = 5;  // columns
+constexpr int kFirstNumber = 3;          // from here on they are counts
 
 QString DestinationText(Destination destination) {
   switch (destination) {
@@ -24,6 +25,17 @@ QString DestinationText(Destination destination) {
       break;
   }
   return frmUnfinishedRuns::tr("Save only");
+}
+
+// The files of all letters that are not finished.
+QString Undone(const UnfinishedRun& run) {
+  QStringList files;
+  for (const std::string& problem : run.summary.merged.problems) {
+    const QString file = QString::fromStdString(problem);
+    files << (file.endsWith(".csv", Qt::CaseInsensitive) ? frmUnfinishedRuns::tr("list")
+                                                         : frmUnfinishedRuns::tr("PDF"));
+  }
+  return files.join(", ");
 }
 
 // "2026-11-21 09:30:00", as a log has it, in the user's own form.
@@ -104,10 +116,15 @@ void frmUnfinishedRuns::AddRun(const UnfinishedRun& run) {
   QStringList texts{TimeText(locale_, run.started),
                     QString::fromStdString(run.request.template_name),
                     DestinationText(run.request.destination)};
+  const QString undone = Undone(run);
   for (const std::size_t count :
        {summary.asked, summary.done, summary.failed.size() + summary.untouched(),
         summary.in_doubt.size(), summary.held.size(), summary.no_address.size()}) {
     texts << QString::number(count);
+  }
+  if (!undone.isEmpty()) {
+    QString& left = texts[kLeft];
+    left = left == "0" ? undone : left + ", " + undone;
   }
   auto* item = new QTreeWidgetItem(list_, texts);
   for (int column = kFirstNumber; column < list_->columnCount(); ++column) {

@@ -153,6 +153,7 @@ TEST_F(DialogsTest, UnfinishedRunsAreShownWithTheirCountsAndChosenByTheirLine) {
   summary.no_address = {Report(3, Result::kNoAddress)};
   summary.in_doubt = {Report(4, Result::kInDoubt)};
   summary.failed = {Report(5, Result::kFailed)};
+  summary.merged.problems = {"The PDF of all letters is not finished: /data/Letters b.pdf"};
   const test::PlainLocale locale;
   frmUnfinishedRuns dialog(locale, runs);
   dialog.show();
@@ -165,8 +166,8 @@ TEST_F(DialogsTest, UnfinishedRunsAreShownWithTheirCountsAndChosenByTheirLine) {
   for (int column = 0; column < list->columnCount(); ++column) {
     shown << list->currentItem()->text(column);
   }
-  EXPECT_EQ(shown, QStringList({"21/11/2026 09:30 AM", "Rent review", "E-mail", "33", "20", "9",
-                                "1", "2", "1"}));
+  EXPECT_EQ(shown, QStringList({"21/11/2026 09:30 AM", "Rent review", "E-mail", "33", "20",
+                                "9, PDF", "1", "2", "1"}));
   Press(dialog, "cmdResume");
   EXPECT_EQ(dialog.choice(), frmUnfinishedRuns::Choice::kResume);
   EXPECT_EQ(&dialog.chosen(), &runs[1]);
