@@ -1,6 +1,7 @@
 #include "startup/generate_call.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 
 #include "letters/template_library.h"
 #include "platform/runtime/text.h"
@@ -30,7 +31,32 @@ CLI::Option* NotBlank(CLI::Option* option, const std::string& problem) {
       [problem](const std::string& text) { return TrimBlanks(text).empty() ? problem : ""; });
 }
 
+// "90m", "4h", "2d"; none for any other text, and for ages of a year and more.
+std::optional<std::chrono::minutes> ReadAge(std::string_view text) {
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const std::string_view unit = text.substr(static_cast<std::size_t>(end - text.data()));
+  constexpr int kMinutesOfYear = 366 * 24 * 60;
+  if (error != std::errc() || number < 0 || number > kMinutesOfYear) return std::nullopt;
+  if (unit == "m") return std::chrono::minutes(number);
+  if (unit == "h") return std::chrono::hours(number);
+  if (unit == "d") return std::chrono::days(number);
+  return std::nullopt;
+}
+
 }  // namespace
+
+std::vector<std::string> GenerateCall::BranchNames() const {
+  std::vector<std::string> names;
+  for (const std::string& given : branches) {
+    for (const std::string& name : Split(given, ",")) names.emplace_back(TrimBlanks(name));
+  }
+  return names;
+}
+
+std::optional<std::chrono::minutes> GenerateCall::NoOlderThan() const {
+  return ReadAge(no_older_than);
+}
 
 std::string_view GenerateCall::Kind() const { return owners ? kOwnerTemplates : kTemplates; }
 
@@ -50,14 +76,15 @@ std::string GenerateCall::Complaint() const {
   if (descending && sort.empty()) return "--descending goes with --sort";
   if (unfinished || !forget.empty()) {
     const bool more = choosing || list || !template_name.empty() || !resume.empty() ||
-                      (unfinished && !forget.empty());
+                      AcrossBranches() || (unfinished && !forget.empty());
     return more ? "--unfinished and --forget are given alone" : "";
   }
+  if (all_branches && !branches.empty()) return "--branch and --all-branches exclude each other";
   if (filter.by_property && !owners) return "--by-property goes with --owners";
   if (!resume.empty()) {
     const bool more = choosing || list || !template_name.empty() || !subject.empty() ||
                       !answers.empty() || pdf || !name_pattern.empty() || !one_pdf.empty() ||
-                      duplex || !post_list.empty();
+                      duplex || !post_list.empty() || AcrossBranches();
     return more ? "--resume takes everything from the run log; "
                   "only --printer and --send-held may be given with it"
                 : "";
@@ -133,6 +160,15 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
   app.add_option("--csv", call.post_list,
                  "A new file that lists the letters, with addresses and what became of each");
   app.add_option("--printer", call.printer, "The printer; without it, the default one");
+  AddRepeated(app, "--branch", call.branches,
+              "Of these branches on the server, with commas between, instead of the one that the "
+              "settings name; each one's letters are in a folder of its own below \"Branches\"");
+  app.add_flag("--all-branches", call.all_branches, "Of all branches that this login sees");
+  app.add_option("--no-older-than", call.no_older_than,
+                 "Do nothing when a branch's data are older, as 90m, 4h or 2d")
+      ->check([](const std::string& text) {
+        return ReadAge(text) ? "" : "\"" + text + "\" is no age such as 90m, 4h or 2d";
+      });
   app.add_flag("--list", call.list, "Print the recipients and make nothing");
   NotBlank(app.add_option("--columns", call.columns,
                           "With --list: a table of these, with commas between; \"all\" for every "

@@ -1,6 +1,8 @@
 // What `tenora generate` is asked for on the command line.
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +32,9 @@ struct GenerateCall {
   std::vector<std::string> answers;
   std::string name_pattern, one_pdf, post_list;
   bool pdf = false, duplex = false, send_held = false, unfinished = false;
+  std::vector<std::string> branches;  // names, or several with commas between
+  bool all_branches = false;
+  std::string no_older_than;  // "4h"
 
   std::string_view Kind() const;
   Destination To() const;
@@ -37,6 +42,11 @@ struct GenerateCall {
   bool ByFacts() const { return !where.empty() || !named_filter.empty(); }
   bool AsTable() const { return !columns.empty() || !format.empty(); }
   ListingFormat Format() const;
+  // Whether branches on a server are named rather than taken from the settings.
+  bool AcrossBranches() const { return all_branches || !branches.empty(); }
+  std::vector<std::string> BranchNames() const;
+  // How old a branch's data may be; none: of any age.
+  std::optional<std::chrono::minutes> NoOlderThan() const;
   // What is wrong with the call; empty when nothing is.
   std::string Complaint() const;
 };

@@ -15,9 +15,12 @@
 #include "merge/prompts.h"
 #include "platform/dialogs/guard.h"
 #include "platform/dialogs/terminal_text.h"
+#include "platform/query/engine.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
+#include "platform/server/branch_location.h"
+#include "startup/branch_choice.h"
 #include "startup/generate_call.h"
 #include "startup/generate_dialogs.h"
 #include "startup/generate_progress.h"
@@ -61,14 +64,23 @@ PromptAnswers MatchAnswers(const std::vector<std::string>& given,
   return answers;
 }
 
+bool IsColumnHelp(const GenerateCall& call) {
+  return call.list && EqualsNoCase(TrimBlanks(call.columns), "help");
+}
+
 class GenerateCommand {
  public:
-  GenerateCommand(const GenerateCall& call, const GenerateParts& parts)
+  // Of a branch, or of what the settings say.
+  GenerateCommand(const GenerateCall& call, const GenerateParts& parts,
+                  const ChosenBranch* branch = nullptr)
       : call_(call),
         parts_(parts),
         dialogs_(parts.platform.dialogs, signals_),
         session_(WithDialogs(parts.platform, dialogs_)),
-        progress_(parts, signals_) {}
+        progress_(parts, signals_),
+        branch_(branch) {
+    if (branch != nullptr) session_.database.TakeBranch(branch->location, branch->folder);
+  }
 
   int Run() {
     if (call_.list) return List();
@@ -78,6 +90,9 @@ class GenerateCommand {
     const std::filesystem::path resumed = resuming ? NamedLog(call_.resume) : "";
     if (resuming) RequireServerOf(resumed);
     const GenerationRequest request = resuming ? Generation::RequestOf(resumed) : AskedRequest();
+    if (resuming) TakeBranchOf(request, resumed);
+    if (branch_ != nullptr) std::filesystem::create_directories(branch_->folder);
+    if (branch_ == nullptr && call_.NoOlderThan()) ChooseBranches(session_, call_, parts_.errors);
     const ScratchSweep sweep = session_.SweepScratchFiles();
     const Destination destination = request.destination;
     if (destination == Destination::kPrinter) TakePrinter(request.printer);
@@ -96,6 +111,16 @@ class GenerateCommand {
     return summary.complete() && summary.merged.whole() && all_known_ ? kDone : kFailed;
   }
 
+  // The list as a table.
+  int ListInto(TextTable& table) {
+    if (!session_.ReloadRentalData()) return kFailed;
+    RecipientQuery query(session_, call_, parts_.errors);
+    table = query.Table();
+    return query.complete() ? kDone : kFailed;
+  }
+
+  bool StopAsked() { return signals_.Asked(); }
+
  private:
   static Platform WithDialogs(const Platform& platform, Dialogs& dialogs) {
     return Platform{platform.clock,       dialogs,
@@ -105,22 +130,35 @@ class GenerateCommand {
   }
 
   int List() {
-    if (EqualsNoCase(TrimBlanks(call_.columns), "help")) {
+    if (IsColumnHelp(call_)) {
       PrintColumnHelp(session_, call_, parts_.output);
       return kDone;
     }
+    if (branch_ == nullptr && call_.NoOlderThan()) ChooseBranches(session_, call_, parts_.errors);
+    if (call_.AsTable()) {
+      TextTable table;
+      const int status = ListInto(table);
+      if (!table.columns.empty()) PrintTextTable(table, call_.Format(), parts_.output);
+      return status;
+    }
     if (!session_.ReloadRentalData()) return kFailed;
-    if (call_.ByFacts() || call_.AsTable() || !call_.sort.empty()) {
-      return RecipientQuery(session_, call_, parts_.errors).List(parts_.output) ? kDone : kFailed;
+    const std::string before_line = branch_ == nullptr ? "" : branch_->name + ": ";
+    if (call_.ByFacts() || !call_.sort.empty()) {
+      RecipientQuery query(session_, call_, parts_.errors);
+      query.List(parts_.output, before_line);
+      return query.complete() ? kDone : kFailed;
     }
     for (const RecipientRow& row : Rows(session_.caches)) {
-      parts_.output << TerminalLine(row.text) << '\n';
+      parts_.output << TerminalLine(before_line + row.text) << '\n';
     }
     return kDone;
   }
 
   int ListUnfinished() {
-    const std::vector<UnfinishedRun> runs = FindUnfinishedRuns(session_.database.DataFolder());
+    std::vector<UnfinishedRun> runs = FindUnfinishedRuns(session_.database.DataFolder());
+    for (const auto& folder : BranchFolders(session_.database.DataFolder())) {
+      std::ranges::move(FindUnfinishedRuns(folder), std::back_inserter(runs));
+    }
     for (const UnfinishedRun& run : runs) WriteUnfinished(parts_.output, run);
     if (const auto away = session_.database.ServerAway()) {
       parts_.errors << TerminalLine(away->string()) << " cannot be reached; runs on the server are "
@@ -146,6 +184,16 @@ class GenerateCommand {
                         away->string() +
                             " cannot be reached. Nothing was done; resume the run when the server "
                             "is back");
+  }
+
+  // A run of head office's is in its branch's folder.
+  void TakeBranchOf(const GenerationRequest& request, const std::filesystem::path& log) {
+    if (!server::IsBranchLocation(request.database)) return;
+    const std::string branch = server::ReadBranchLocation(request.database).branch;
+    const std::filesystem::path folder = BranchFolder(session_.database.DataFolder(), branch);
+    std::error_code elsewhere;
+    if (!std::filesystem::equivalent(log.parent_path(), folder, elsewhere)) return;
+    session_.database.TakeBranch(request.database, folder);
   }
 
   int Forget() {
@@ -175,7 +223,7 @@ class GenerateCommand {
     RecipientQuery query(session_, call_, parts_.errors);
     std::vector<Recipient> chosen = query.Recipients();
     all_known_ = query.complete();
-    if (chosen.empty()) throw WrongChoice("Nothing selected: the condition holds of nobody.");
+    if (chosen.empty()) throw NothingSelected("Nothing selected: the condition holds of nobody.");
     NoteUseOfFilter();
     return chosen;
   }
@@ -191,7 +239,7 @@ class GenerateCommand {
     }
     std::vector<Recipient> chosen;
     for (const RecipientRow& row : rows) chosen.push_back(row.recipient);
-    if (chosen.empty()) throw WrongChoice("Nothing selected: the list is empty.");
+    if (chosen.empty()) throw NothingSelected("Nothing selected: the list is empty.");
     return chosen;
   }
 
@@ -244,7 +292,7 @@ class GenerateCommand {
   }
 
   std::vector<std::string> PromptsOf(const GenerationRequest& request) {
-    const TemplateLibrary library(session_.database.DataFolder());
+    const TemplateLibrary library(session_.database.TemplateFolder());
     RichTextBox text;
     text.LoadFile(library.PathOf(request.template_kind, request.template_name),
                   RichTextBox::FileType::kRtf);
@@ -271,8 +319,96 @@ class GenerateCommand {
   GenerateDialogs dialogs_;
   Session session_;
   GenerateProgress progress_;
+  const ChosenBranch* const branch_;
   std::unique_ptr<printing::Printers> printers_;
   bool all_known_ = true;  // of whom the conditions hold
+};
+
+// Runs it and tells what goes wrong, behind a text; the result is the exit status.
+int Told(const GenerateParts& parts, const std::string& before, const std::function<int()>& run) {
+  const auto tell = [&](const std::string& problem) {
+    parts.errors << TerminalText(before + problem) << std::endl;
+  };
+  try {
+    return run();
+  } catch (const ConditionError& problem) {
+    const std::string sentence = problem.what();
+    tell(TerminalLine(sentence) + (sentence.ends_with('?') ? "" : "."));
+    if (!problem.possible().empty()) parts.errors << TerminalLine(problem.possible()) << std::endl;
+    return kWrongCall;
+  } catch (const WrongChoice& problem) {
+    tell(TerminalLine(problem.what()));
+  } catch (...) {
+    tell(ErrorText(CurrentError()));
+  }
+  return kFailed;
+}
+
+// One branch after the other, each with an engine, a session, run logs and letters of its own. One
+// that fails does not stop the next.
+class AcrossBranches {
+ public:
+  AcrossBranches(const GenerateCall& call, const GenerateParts& parts)
+      : call_(call), parts_(parts) {}
+
+  int Run() {
+    Session head_office(parts_.platform);
+    const auto branches = ChooseBranches(head_office, call_, parts_.errors);
+    for (const ChosenBranch& branch : branches) {
+      const std::string before = branch.name + ": ";
+      const int status = Told(parts_, before, [&] {
+        try {
+          return RunOne(branch, branches.size() > 1);
+        } catch (const NothingSelected& nobody) {
+          // Elsewhere there may be somebody.
+          parts_.errors << TerminalLine(before + nobody.what()) << std::endl;
+          ++without_anybody_;
+          return kDone;
+        }
+      });
+      if (status == kWrongCall) return status;
+      status_ = std::max(status_, status);
+      if (stopped_) return kFailed;
+    }
+    if (call_.list && call_.AsTable()) {
+      PrintTextTable(JoinBranches(listings_, call_.Format()), call_.Format(), parts_.output);
+    }
+    return without_anybody_ == branches.size() ? kFailed : status_;
+  }
+
+ private:
+  int RunOne(const ChosenBranch& branch, bool several) {
+    const Platform& common = parts_.platform;
+    // With one engine for all, the tables of every branch would stay in memory.
+    const auto workspace =
+        query::Workspace::Create([&common] { return common.clock.Now(); }, query::kTimeLimit,
+                                 [&common](Date date) { return common.locale.ShortDate(date); });
+    const Platform platform{common.clock,       common.dialogs, common.locale,
+                            common.registry,    *workspace,     common.program_folder,
+                            common.state_folder};
+    const GenerateParts parts{platform,      parts_.make_printers,      parts_.output,
+                              parts_.errors, parts_.output_is_terminal, parts_.errors_is_terminal};
+    GenerateCall call = call_;
+    if (several) {
+      call.one_pdf = FileOfBranch(call.one_pdf, branch.name);
+      call.post_list = FileOfBranch(call.post_list, branch.name);
+    }
+    GenerateCommand command(call, parts, &branch);
+    if (call.list && call.AsTable()) {
+      return command.ListInto(listings_.emplace_back(BranchListing{branch.name, {}}).table);
+    }
+    if (!call.list) parts.errors << TerminalLine(branch.name + ":") << std::endl;
+    const int status = command.Run();
+    stopped_ = command.StopAsked();
+    return status;
+  }
+
+  const GenerateCall& call_;
+  const GenerateParts& parts_;
+  std::vector<BranchListing> listings_;
+  std::size_t without_anybody_ = 0;
+  int status_ = kDone;
+  bool stopped_ = false;
 };
 
 }  // namespace
@@ -293,24 +429,14 @@ int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts) 
                  << std::endl;
     return kWrongCall;
   }
-  try {
-    const int status = GenerateCommand(call, parts).Run();
+  return Told(parts, "", [&] {
+    const bool across = call.AcrossBranches() && !IsColumnHelp(call);
+    const int status =
+        across ? AcrossBranches(call, parts).Run() : GenerateCommand(call, parts).Run();
     parts.output.flush();
     if (!parts.output) throw StandardError(error_number::kDeviceIoError, "standard output");
     return status;
-  } catch (const ConditionError& problem) {
-    const std::string sentence = problem.what();
-    parts.errors << TerminalLine(sentence) << (sentence.ends_with('?') ? "\n" : ".\n");
-    if (!problem.possible().empty()) parts.errors << TerminalLine(problem.possible()) << '\n';
-    parts.errors << std::flush;
-    return kWrongCall;
-  } catch (const WrongChoice& problem) {
-    parts.errors << TerminalLine(problem.what()) << std::endl;
-    return kFailed;
-  } catch (...) {
-    parts.errors << TerminalText(ErrorText(CurrentError())) << std::endl;
-    return kFailed;
-  }
+  });
 }
 
 }  // namespace tenora

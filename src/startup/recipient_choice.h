@@ -16,6 +16,12 @@ class WrongChoice : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Nobody is to be written to.
+class NothingSelected : public WrongChoice {
+ public:
+  using WrongChoice::WrongChoice;
+};
+
 // The row for each asked text: by its code, its whole text as --list prints it, or its name; letter
 // case counts only where it makes the difference. A row named twice is
 // chosen once. `closed_too` are the rows with closed recipients, for the hint that one of them was

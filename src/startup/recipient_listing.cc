@@ -46,16 +46,16 @@ std::string JsonValue(const Fact& fact) {
 class Listing {
  public:
   Listing(const RecipientTable& table, const std::vector<std::size_t>& rows,
-          const std::vector<ListingColumn>& columns, const Locale& locale, std::ostream& output,
-          std::ostream& errors)
+          const std::vector<ListingColumn>& columns, const Locale& locale, std::ostream& errors,
+          bool& complete)
       : table_(table),
         rows_(rows),
         columns_(columns),
         locale_(locale),
-        output_(output),
-        errors_(errors) {}
+        errors_(errors),
+        complete_(complete) {}
 
-  bool Print(ListingFormat format) {
+  TextTable Make(ListingFormat format) {
     for (const std::size_t row : rows_) {
       const std::string remark = table_.Remark(row);
       if (!remark.empty()) errors_ << TerminalLine(remark) << '\n';
@@ -70,8 +70,7 @@ class Listing {
         cells.push_back(CellText(At(row, column), format));
       }
     }
-    PrintTextTable(table, format, output_);
-    return complete_;
+    return table;
   }
 
  private:
@@ -102,9 +101,8 @@ class Listing {
   const std::vector<std::size_t>& rows_;
   const std::vector<ListingColumn>& columns_;
   const Locale& locale_;
-  std::ostream& output_;
   std::ostream& errors_;
-  bool complete_ = true;
+  bool& complete_;
 };
 
 }  // namespace
@@ -153,10 +151,36 @@ void PrintColumnNames(std::ostream& output, const FactNames& names) {
   }
 }
 
-bool PrintListing(const RecipientTable& table, const std::vector<std::size_t>& rows,
-                  const std::vector<ListingColumn>& columns, ListingFormat format,
-                  const Locale& locale, std::ostream& output, std::ostream& errors) {
-  return Listing(table, rows, columns, locale, output, errors).Print(format);
+TextTable ListingOf(const RecipientTable& table, const std::vector<std::size_t>& rows,
+                    const std::vector<ListingColumn>& columns, ListingFormat format,
+                    const Locale& locale, std::ostream& errors, bool& complete) {
+  return Listing(table, rows, columns, locale, errors, complete).Make(format);
+}
+
+TextTable JoinBranches(const std::vector<BranchListing>& listings, ListingFormat format) {
+  const bool json = format == ListingFormat::kJson;
+  TextTable all{.columns = {{"Branch"}}, .rows = {}};
+  for (const auto& [branch, table] : listings) {
+    std::vector<std::size_t> places;
+    for (const TextColumn& column : table.columns) {
+      const auto known =
+          std::find_if(all.columns.begin() + 1, all.columns.end(),
+                       [&](const TextColumn& one) { return one.name == column.name; });
+      places.push_back(static_cast<std::size_t>(known - all.columns.begin()));
+      if (known == all.columns.end()) all.columns.push_back(column);
+    }
+    for (const std::vector<std::string>& cells : table.rows) {
+      std::vector<std::string>& row = all.rows.emplace_back(all.columns.size(), json ? "null" : "");
+      row.front() = json                            ? JsonText(branch)
+                    : format == ListingFormat::kCsv ? branch
+                                                    : TerminalLine(branch);
+      for (std::size_t i = 0; i < cells.size(); ++i) row[places[i]] = cells[i];
+    }
+  }
+  for (std::vector<std::string>& row : all.rows) {
+    row.resize(all.columns.size(), json ? "null" : "");
+  }
+  return all;
 }
 
 }  // namespace tenora

@@ -29,10 +29,18 @@ ListingColumn ColumnOf(std::string_view name, const FactNames& names);
 // "Balance Owing      amount", a line each; then the fields of the office's own.
 void PrintColumnNames(std::ostream& output, const FactNames& names);
 
-// Prints the rows. A cell whose fact cannot be known is empty and is told on `errors`; the result
-// is whether there was none.
-bool PrintListing(const RecipientTable& table, const std::vector<std::size_t>& rows,
-                  const std::vector<ListingColumn>& columns, ListingFormat format,
-                  const Locale& locale, std::ostream& output, std::ostream& errors);
+// The rows as the format has them. A cell whose fact cannot be known is empty and is told on
+// `errors`, and `complete` becomes false.
+TextTable ListingOf(const RecipientTable& table, const std::vector<std::size_t>& rows,
+                    const std::vector<ListingColumn>& columns, ListingFormat format,
+                    const Locale& locale, std::ostream& errors, bool& complete);
+
+// The listings of several branches as one, each row with its branch in front. A column that a
+// branch does not have is empty for it.
+struct BranchListing {
+  std::string branch;
+  TextTable table;
+};
+TextTable JoinBranches(const std::vector<BranchListing>& listings, ListingFormat format);
 
 }  // namespace tenora

@@ -90,24 +90,26 @@ std::vector<std::size_t> RecipientQuery::Rows(const RecipientTable& table) {
   return std::move(selection.rows);
 }
 
-bool RecipientQuery::List(std::ostream& output) {
-  const bool as_table = call_.AsTable();
-  const bool every_one = EqualsNoCase(TrimBlanks(call_.columns), "all");
-  std::vector<ListingColumn> columns;
-  if (as_table) {
-    const bool by_property = call_.filter.by_property;
-    columns = ListingColumns(call_.columns, UsualColumns(call_.Kind(), by_property), *names_);
-    // The usual columns, and all of them, are those that can be filled.
-    if (call_.columns.empty() && call_.template_name.empty()) {
-      std::erase_if(columns,
-                    [](const ListingColumn& column) { return column.name == kLastLetterFact; });
-    }
-    if (every_one && !by_property) {
-      std::erase_if(columns, [&](const ListingColumn& column) {
-        return IsPropertyFact(call_.Kind(), column.name);
-      });
-    }
+std::vector<ListingColumn> RecipientQuery::Columns() const {
+  const bool by_property = call_.filter.by_property;
+  std::vector<ListingColumn> columns =
+      ListingColumns(call_.columns, UsualColumns(call_.Kind(), by_property), *names_);
+  // The usual columns, and all of them, are those that can be filled.
+  if (call_.columns.empty() && call_.template_name.empty()) {
+    std::erase_if(columns,
+                  [](const ListingColumn& column) { return column.name == kLastLetterFact; });
   }
+  if (EveryColumn() && !by_property) {
+    std::erase_if(columns, [&](const ListingColumn& column) {
+      return IsPropertyFact(call_.Kind(), column.name);
+    });
+  }
+  return columns;
+}
+
+bool RecipientQuery::EveryColumn() const { return EqualsNoCase(TrimBlanks(call_.columns), "all"); }
+
+RecipientQuery::Chosen RecipientQuery::Choose(const std::vector<ListingColumn>& columns) {
   std::vector<std::string> names;
   for (const ListingColumn& column : columns) names.push_back(column.name);
   std::string sorted_by;
@@ -115,18 +117,26 @@ bool RecipientQuery::List(std::ostream& output) {
     sorted_by = ColumnOf(call_.sort, *names_).name;
     names.push_back(sorted_by);
   }
-  if (!every_one) RequireTemplate(names, call_);
+  if (!EveryColumn()) RequireTemplate(names, call_);
   RequireByProperty(names, call_);
-  const RecipientTable table = Read(names);
-  std::vector<std::size_t> rows = Rows(table);
-  if (!sorted_by.empty()) table.Sort(rows, sorted_by, call_.descending);
-  if (as_table) {
-    return PrintListing(table, rows, columns, call_.Format(), session_.platform.locale, output,
-                        errors_) &&
-           complete_;
+  Chosen chosen{Read(names), {}};
+  chosen.rows = Rows(chosen.table);
+  if (!sorted_by.empty()) chosen.table.Sort(chosen.rows, sorted_by, call_.descending);
+  return chosen;
+}
+
+void RecipientQuery::List(std::ostream& output, const std::string& before_line) {
+  const auto [table, rows] = Choose({});
+  for (const std::size_t row : rows) {
+    output << TerminalLine(before_line + table.Row(row).text) << '\n';
   }
-  for (const std::size_t row : rows) output << TerminalLine(table.Row(row).text) << '\n';
-  return complete_;
+}
+
+TextTable RecipientQuery::Table() {
+  const std::vector<ListingColumn> columns = Columns();
+  const auto [table, rows] = Choose(columns);
+  return ListingOf(table, rows, columns, call_.Format(), session_.platform.locale, errors_,
+                   complete_);
 }
 
 std::vector<Recipient> RecipientQuery::Recipients() {

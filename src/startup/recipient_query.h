@@ -11,6 +11,7 @@
 #include "merge/condition.h"
 #include "rental/session.h"
 #include "startup/generate_call.h"
+#include "startup/recipient_listing.h"
 
 namespace tenora {
 
@@ -20,15 +21,25 @@ class RecipientQuery {
   // condition, a column or a filter's name that is none.
   RecipientQuery(Session& session, const GenerateCall& call, std::ostream& errors);
 
-  // Prints the list, or its table. False when somebody's fact cannot be known, which is told.
-  bool List(std::ostream& output);
+  // Prints the lines of the list, each behind this text.
+  void List(std::ostream& output, const std::string& before_line);
+  // The list as a table. Facts that cannot be known are told.
+  TextTable Table();
   // Those whom the conditions leave; of the others whose facts cannot be known is told.
   std::vector<Recipient> Recipients();
-  // Whether nobody was left out for facts that cannot be known.
+  // Whether nobody was left out, and no cell left empty, for facts that cannot be known.
   bool complete() const { return complete_; }
 
  private:
   RecipientTable Read(std::vector<std::string> names);
+  bool EveryColumn() const;
+  std::vector<ListingColumn> Columns() const;
+  // Reads the facts of these columns, and chooses and sorts the rows.
+  struct Chosen {
+    RecipientTable table;
+    std::vector<std::size_t> rows;
+  };
+  Chosen Choose(const std::vector<ListingColumn>& columns);
   std::vector<std::size_t> Rows(const RecipientTable& table);
 
   Session& session_;

@@ -135,5 +135,109 @@ TEST_F(ServerLetters, AreNotMadeFromALocalFileWhenTheServerIsAway) {
   }
 }
 
+// Head office with two branches in which the same codes are of other people.
+class LettersAcrossBranches : public ServerLetters {
+ protected:
+  void SetUp() override {
+    ServerLetters::SetUp();
+    ReadFrom(kNorth);
+    query::Workspace::Create()
+        ->OpenDatabase(Database())
+        ->Execute("update tenancy set name = 'South ' & reference");
+    Import("South: Coast", Database());
+    fs::remove(Database());
+    WriteTemplate("Note", "<<Tenant Name>> (<<Tenant Code>>)");
+    SetAge("North", "2026-11-21 08:00");
+    SetAge("South: Coast", "2026-11-20 23:00");
+  }
+  static void SetAge(const std::string& branch, const std::string& taken) {
+    test::PostgresServer::Get().Run("office",
+                                    "update rental.sync set taken = '" + taken +
+                                        "+00' where branch = (select id from rental.branch where "
+                                        "name = '" +
+                                        branch + "')");
+  }
+  test::ProcessResult Generate(std::vector<std::string> call) const {
+    call.insert(call.begin(), "generate");
+    return Run(call, {}, {"TZ=UTC"});
+  }
+  // The folder of the South's letters, whose name no file system of every kind takes.
+  fs::path South() const {
+    for (const auto& entry : fs::directory_iterator(Home() / "Branches")) {
+      if (entry.path().filename() != "North") return entry.path();
+    }
+    return {};
+  }
+  static bool Holds(const fs::path& letter, const std::string& text) {
+    return fs::exists(letter) && ReadWholeFile(letter).find(text) != std::string::npos;
+  }
+};
+
+TEST_F(LettersAcrossBranches, ListsThemTogether) {
+  const auto listed = Generate({"--list", "--all-branches", "--columns", "Tenant Code, Tenant Name",
+                                "--format", "csv", "--where", "Tenant Code = \"T00001\""});
+  EXPECT_EQ(listed.output,
+            "Branch,Tenant Code,Tenant Name\r\n"
+            "North,T00001,Noor Whaanga\r\n"
+            "South: Coast,T00001,South T00001\r\n");
+  EXPECT_EQ(listed.errors,
+            "North: data of 08:00\n"
+            "South: Coast: data of 20 November 2026 23:00\n");
+  EXPECT_THAT(Generate({"--list", "--branch", "South: Coast,North", "--search", "Whaanga"}).output,
+              testing::StartsWith("North: "));
+}
+
+TEST_F(LettersAcrossBranches, NeverMeet) {
+  // In the South nobody can have a folder of this name.
+  const auto first =
+      Generate({"--template", "Note", "--branch", "South: Coast", "--recipient", "T00002"});
+  ASSERT_EQ(first.status, 0) << first.errors;
+  WriteFile(South() / "South T00001", "a file");
+  const auto made = Generate({"--template", "Note", "--all-branches", "--where",
+                              "Tenant Code = \"T00001\" or Tenant Code = \"T00003\"", "--csv",
+                              (Home() / "post.csv").string()});
+  EXPECT_EQ(made.status, 1);
+  EXPECT_THAT(made.errors, HasSubstr("South T00001"));
+  const fs::path north = Home() / "Branches/North/Noor Whaanga/Note.rtf",
+                 south = South() / "South T00003/Note.rtf";
+  EXPECT_TRUE(Holds(north, "Noor Whaanga (T00001)"));
+  EXPECT_TRUE(Holds(south, "South T00003 (T00003)"));
+  EXPECT_TRUE(Holds(Home() / "post - North.csv", "Noor Whaanga"));
+  EXPECT_FALSE(Holds(Home() / "post - North.csv", "South"));
+
+  // Each run is in its branch's folder, and is resumed there from that branch.
+  fs::remove(South() / "South T00001");
+  const auto unfinished = Generate({"--unfinished"});
+  const fs::path log = South() / "Letters 2026-11-21 093000 (1).log";
+  EXPECT_THAT(unfinished.output, HasSubstr(log.string()));
+  EXPECT_THAT(unfinished.output, Not(HasSubstr("Branches/North/")));
+  const auto resumed = Generate({"--resume", log.lexically_relative(Home()).string()});
+  EXPECT_EQ(resumed.status, 0) << resumed.errors;
+  EXPECT_TRUE(Holds(South() / "South T00001/Note.rtf", "South T00001 (T00001)"));
+}
+
+TEST_F(LettersAcrossBranches, AreRefusedWhole) {
+  const std::vector<std::string> all = {"--template", "Note", "--all"};
+  for (const auto& [more, status, words] :
+       std::vector<std::tuple<std::vector<std::string>, int, std::string>>{
+           {{"--all-branches", "--no-older-than", "4h"},
+            1,
+            "data of South: Coast are older than 4h"},
+           {{"--no-older-than", "1h"}, 1, "data of North are older than 1h"},
+           {{"--branch", "North,East"}, 1, "no branch \"East\""},
+           {{"--branch", "North", "--all-branches"}, 2, "exclude each other"},
+           {{"--all-branches", "--no-older-than", "soon"}, 2, "no age"},
+       }) {
+    std::vector<std::string> call = all;
+    call.insert(call.end(), more.begin(), more.end());
+    const auto refused = Generate(call);
+    EXPECT_EQ(refused.status, status) << words;
+    EXPECT_THAT(refused.errors, HasSubstr(words));
+    EXPECT_EQ(refused.output, "") << words;
+  }
+  StoreSetting("Settings", "DatabaseLocation", (Home() / "property.mdb").string());
+  EXPECT_THAT(Generate({"--list", "--all-branches"}).errors, HasSubstr("DatabaseLocation"));
+}
+
 }  // namespace
 }  // namespace tenora

@@ -1,0 +1,36 @@
+// The branches of which `tenora generate` makes letters: those of one server.
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "rental/session.h"
+#include "startup/generate_call.h"
+
+namespace tenora {
+
+struct ChosenBranch {
+  std::string name;
+  std::filesystem::path location;  // as the database takes it
+  std::filesystem::path folder;    // of its letters
+};
+
+// The branches that the call names, on the server of the setting "DatabaseLocation"; of a call that
+// names none, the setting's. How old the data of each are is told on `errors`. Raises WrongChoice
+// for a setting that names no server, a branch that is not there, and data older than the call
+// allows.
+std::vector<ChosenBranch> ChooseBranches(Session& session, const GenerateCall& call,
+                                         std::ostream& errors);
+
+// The folder of a branch's letters in the data folder of head office; no two branches share one.
+std::filesystem::path BranchFolder(const std::filesystem::path& data_folder,
+                                   const std::string& branch);
+// The folders of branches that are there.
+std::vector<std::filesystem::path> BranchFolders(const std::filesystem::path& data_folder);
+
+// The name of a file that each of several branches gets: "post - North.csv" of "post.csv".
+std::string FileOfBranch(const std::string& file, const std::string& branch);
+
+}  // namespace tenora
