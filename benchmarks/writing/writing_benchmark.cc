@@ -54,7 +54,13 @@ class SlowStorage final : public access::Storage {
     void Write(std::uint64_t offset, access::Bytes bytes) override { file_->Write(offset, bytes); }
     void Truncate(std::uint64_t size) override { file_->Truncate(size); }
     void Sync() override { storage_.Sync(); }
-    bool TryLock(access::LockKind kind) override { return file_->TryLock(kind); }
+    bool TryLock(access::LockKind kind, access::ByteRange bytes) override {
+      return file_->TryLock(kind, bytes);
+    }
+    std::optional<access::ByteRange> OtherLock(access::LockKind kind,
+                                               access::ByteRange bytes) override {
+      return file_->OtherLock(kind, bytes);
+    }
     access::FileState State() override { return file_->State(); }
     access::FileState MarkChanged() override { return file_->MarkChanged(); }
     bool IsAt(const std::filesystem::path& path) override { return file_->IsAt(path); }
