@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <map>
@@ -166,6 +168,66 @@ TEST_F(BranchTest, BringsOnlyThePagesThatChanged) {
   EXPECT_TRUE(branch->Refresh());
   EXPECT_FALSE(branch->Refresh());
   ExpectSameRows(*branch, file_);
+}
+
+// A connection over which the process ends, as if killed, at the call with this number.
+class KillingConnection : public Connection {
+ public:
+  KillingConnection(std::unique_ptr<Connection> connection, int steps)
+      : connection_(std::move(connection)), steps_(steps) {}
+
+  ResultPtr Run(const Query& query) override { return Step().Run(query); }
+  std::vector<ResultPtr> RunTogether(std::span<const Query> queries) override {
+    return Step().RunTogether(queries);
+  }
+  void RunScript(const std::string& sql) override { Step().RunScript(sql); }
+  void BeginCopy(const std::string& sql) override { Step().BeginCopy(sql); }
+  void CopyText(std::string_view lines) override { Step().CopyText(lines); }
+  std::int64_t EndCopy() override { return Step().EndCopy(); }
+  bool IsBroken() const override { return connection_->IsBroken(); }
+  int round_trips() const override { return connection_->round_trips(); }
+  std::string Address() const override { return connection_->Address(); }
+  std::string DatabaseName() const override { return connection_->DatabaseName(); }
+
+ private:
+  Connection& Step() {
+    if (steps_-- == 0) ::_exit(9);
+    return *connection_;
+  }
+
+  std::unique_ptr<Connection> connection_;
+  int steps_;
+};
+
+TEST_F(BranchTest, AnImportKilledAnywhereLeavesTheOldRows) {
+  const ImportReport first = Import();
+  const std::filesystem::path before = folder_ / "before.mdb";
+  std::filesystem::copy_file(file_, before);
+  for (const char* table : {"revenues", "custom_fields", "rent_periods"}) {
+    const auto cursor = access::DatabaseFile::Open(file_)->FindTable(table)->Rows();
+    ASSERT_TRUE(cursor->Next());
+    const auto writing = access::WriteTransaction::Begin(file_);
+    writing->Table(table).Delete(cursor->Id());
+    writing->Commit();
+  }
+  bool killed = true;
+  int kills = 0;
+  for (int step = 1; killed; step += 3) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      KillingConnection connection(Connection::Open("rents", kNoLimit), step);
+      ImportBranch(connection, "North", file_, LayoutChange::kRefuse);
+      ::_exit(0);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    killed = WEXITSTATUS(status) == 9;
+    kills += killed ? 1 : 0;
+    const auto branch = Branch::Open({"rents", "North"});
+    EXPECT_EQ(branch->state().generation == first.generation, killed) << step;
+    ExpectSameRows(*branch, killed ? before : file_);
+  }
+  EXPECT_GT(kills, 10);
 }
 
 TEST_F(BranchTest, SaysWhyABranchCannotBeUsed) {
