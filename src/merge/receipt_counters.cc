@@ -170,6 +170,8 @@ void RequireIssuedByFile(Database& database) {
                       "'tenora server counters --file' has handed them back");
 }
 
+bool HasHandedOver(EngineDatabase& file) { return !MarkOf(file).empty(); }
+
 // The server knows the numbers before the file is marked, and issues none until it is. So a call
 // that was cut short has left the file in charge, or everything at the server but the permission.
 HandOver HandOverToServer(EngineDatabase& file, RunningNumbers& numbers) {

@@ -26,6 +26,9 @@ std::int64_t StoredNumber(const std::string& text);
 // transaction no hand-over can come between this and the commit.
 void RequireIssuedByFile(Database& database);
 
+// Whether the file is marked.
+bool HasHandedOver(query::EngineDatabase& file);
+
 enum class HandOver { kDone, kAlready };
 
 // These may be cut short at any moment: then nobody issues numbers, or who did before, and calling

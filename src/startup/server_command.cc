@@ -98,7 +98,8 @@ class Bringing {
   Connection& connection() { return *connection_; }
   bool good() const { return good_; }
 
-  void Bring(const std::string& branch, const std::filesystem::path& file) {
+  // Whether it was brought.
+  bool Bring(const std::string& branch, const std::filesystem::path& file) {
     try {
       if (connection_->IsBroken()) connection_ = Connection::Open(service_, kNoLimit);
       errors_ << TerminalLine(branch + ": reading " + file.string() + " …") << std::endl;
@@ -106,6 +107,20 @@ class Bringing {
       const ImportReport report = server::ImportBranch(*connection_, branch, file, layout_);
       PrintReport(branch, report, std::chrono::steady_clock::now() - start, output_);
       if (!report.findings.empty()) good_ = false;
+      return true;
+    } catch (...) {
+      Fail(branch, ErrorText(CurrentError()));
+      return false;
+    }
+  }
+
+  // A file that was put back from a copy of before the hand-over would issue numbers again.
+  void RequireMark(const std::string& branch, const std::filesystem::path& file) {
+    try {
+      if (HasHandedOver(*workspace_->OpenDatabase(file))) return;
+      Fail(branch,
+           "the server issues its receipt numbers, and now its file does too: 'tenora server "
+           "counters --here' ends that");
     } catch (...) {
       Fail(branch, ErrorText(CurrentError()));
     }
@@ -122,6 +137,7 @@ class Bringing {
   std::ostream& output_;
   std::ostream& errors_;
   std::unique_ptr<Connection> connection_;
+  const std::unique_ptr<query::Workspace> workspace_ = query::Workspace::Create();
   bool good_ = true;
 };
 
@@ -163,13 +179,15 @@ bool Sync(const ServerCall& call, std::ostream& output, std::ostream& errors) {
   const Branches branches = FindBranches(bringing.connection(), call.service, wanted);
   for (const std::string& name : branches.unknown) bringing.Fail(name, kUnknown);
   for (const BranchSummary& branch : branches.known) {
-    if (const auto found = given.find(branch.name); found != given.end()) {
-      bringing.Bring(branch.name, found->second);
-    } else if (branch.state) {
-      bringing.Bring(branch.name, branch.state->file_name);
-    } else {
+    const auto found = given.find(branch.name);
+    if (found == given.end() && !branch.state) {
       bringing.Fail(branch.name, "nothing was brought yet: 'tenora server import' does it");
+      continue;
     }
+    const std::filesystem::path file =
+        found == given.end() ? std::filesystem::path(branch.state->file_name) : found->second;
+    const bool brought = bringing.Bring(branch.name, file);
+    if (brought && branch.counters_here) bringing.RequireMark(branch.name, file);
   }
   return bringing.good();
 }

@@ -102,6 +102,26 @@ TEST_F(ServerCommand, StatusShowsTheBranchesThatALoginWasGranted) {
   EXPECT_EQ(status({"--format=json"}), "[]\n");
 }
 
+TEST_F(ServerCommand, SyncTellsOfAFileThatIssuesTheServersNumbers) {
+  server_.MakeDatabase("group");
+  Import("North");
+  const auto counters = [&](const std::vector<std::string>& more) {
+    std::vector<std::string> call = {"counters", "--branch", "North", "--service", "group"};
+    call.insert(call.end(), more.begin(), more.end());
+    return Do(call, 0).output;
+  };
+  const auto sync = [&] { return Do({"sync", "--service", "group"}, 1).errors; };
+  EXPECT_EQ(counters({}), "North: receipt numbers are issued by the file\n");
+  counters({"--here"});
+  EXPECT_EQ(counters({}), "North: receipt numbers are issued by the server\n");
+  EXPECT_THAT(sync(), Not(HasSubstr("receipt numbers")));
+  std::filesystem::copy_file(test::SampleDatabase(), Database(),
+                             std::filesystem::copy_options::overwrite_existing);
+  EXPECT_THAT(sync(), HasSubstr("North: the server issues its receipt numbers, and now its file"));
+  counters({"--here"});
+  EXPECT_THAT(sync(), Not(HasSubstr("receipt numbers")));
+}
+
 TEST_F(ServerCommand, TellsAWrongCallFromAFailure) {
   const struct {
     std::vector<std::string> arguments;
@@ -112,6 +132,7 @@ TEST_F(ServerCommand, TellsAWrongCallFromAFailure) {
       {{"init"}, 2, "SERVICE"},
       {{"status"}, 2, "--service"},
       {{"import", "x.mdb", "--service", "group"}, 2, "--branch"},
+      {{"counters", "--branch", "B", "--here", "--file", "--service", "group"}, 2, "--file"},
       {{"sync", "North", "--service", "group"}, 2, "NAME=FILE"},
       {{"sync", "=x.mdb", "--service", "group"}, 2, "NAME=FILE"},
       {{"grant", "anna", "--branch", "B", "--role", "king", "--service", "group"}, 2, "--role"},
