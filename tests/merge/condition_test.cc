@@ -119,7 +119,12 @@ TEST(Condition, SaysWhatIsWrongAndWhatThereIs) {
       {"Rent Frequency = Week", "\"Week\" is no name or value; a text stands in quotation marks",
        "Rent Frequency"},
       {"Foo > 3", "\"Foo\" is no name or value", "Days Behind"},
-      {"Current Rent > abc", "\"abc\" is no name or value", ""},
+      {"Current Rent > fourteen",
+       "\"fourteen\" is no name or value; a number is missing, in figures, as in "
+       "14 or 50.25",
+       ""},
+      {"Last Payment Date < Easter",
+       "\"Easter\" is no name or value; a date is missing, as in 1 April 2026 or today", ""},
       {"Inspection is empty",
        "\"Inspection\" is no name or value; is Last Inspection or Next Inspection meant?", ""},
       {"Current Rent between 300 and 50",

@@ -417,15 +417,22 @@ class Parser {
     }
     std::string near = NearestName(name, all);
     if (near.empty()) near = NamesWith(name, all);
-    // What a text is compared with is more often a text without its marks than a name.
-    const bool text = left != nullptr && IsText(left->type);
     std::string problem = "\"" + name + "\" is no name or value";
     if (!near.empty()) {
       problem += "; is " + near + " meant?";
-    } else if (text) {
-      problem += "; a text stands in quotation marks";
+    } else if (left != nullptr) {
+      problem += ValueMissing(left->type);
     }
     throw ConditionError(problem, possible);
+  }
+
+  // What something is compared with is more often a value, wrongly written, than a name.
+  static std::string ValueMissing(FactType type) {
+    if (IsText(type)) return "; a text stands in quotation marks";
+    if (type == FactType::kNumber || type == FactType::kMoney) {
+      return "; a number is missing, in figures, as in 14 or 50.25";
+    }
+    return type == FactType::kDate ? "; a date is missing, as in 1 April 2026 or today" : "";
   }
 
   // Those that have it as a word, "A or B"; empty where they are too many to be a hint.

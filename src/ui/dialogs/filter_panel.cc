@@ -1,5 +1,6 @@
 #include "ui/dialogs/filter_panel.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QScrollBar>
 #include <algorithm>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr int kLeastHeight = 70;        // pixels: of the open panel on a small screen
 constexpr int kMostHeight = 230;        // the rest scrolls
+constexpr int kNameWidth = 420;         // of the box with the filters' names
 constexpr std::size_t kMostHint = 160;  // characters of what could stand there instead
 
 // As high as what it holds, where there is room.
@@ -75,11 +77,13 @@ QWidget* FilterPanel::MakeBar() {
   named_box_->setPlaceholderText(tr("as below"));
   named_box_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   named_box_->setMinimumContentsLength(8);
+  named_box_->setMaximumWidth(kNameWidth);
   toggle_->setCheckable(true);
   toggle_->setAutoDefault(false);
   row->addWidget(label);
-  row->addWidget(named_box_, 1);
+  row->addWidget(named_box_, 1000);
   row->addWidget(toggle_);
+  row->addStretch(1);
   return bar;
 }
 
@@ -150,6 +154,8 @@ void FilterPanel::SetNames(std::shared_ptr<const FactNames> names) {
 void FilterPanel::Open(bool open) {
   toggle_->setChecked(open);
   body_->setVisible(open);
+  // What is wrong is told there or elsewhere.
+  if (!problem_.empty()) emit Changed();
   if (!open) return;
   if (rows_.empty() && text_->text().isEmpty()) {
     AddRow({.fact = usual_.empty() ? std::string() : usual_.front()});
@@ -264,7 +270,16 @@ void FilterPanel::ReadCondition() {
   only_text_->setVisible(condition_ && rows_.empty());
   joined_->setEnabled(rows_.size() > 1);
   body_->updateGeometry();
+  // When the lines have their places.
+  QMetaObject::invokeMethod(this, &FilterPanel::KeepInView, Qt::QueuedConnection);
   emit Changed();
+}
+
+void FilterPanel::KeepInView() {
+  QWidget* const focused = QApplication::focusWidget();
+  if (focused == nullptr || !body_->widget()->isAncestorOf(focused)) return;
+  if (focused == text_ && problem_label_->isVisible()) body_->ensureWidgetVisible(problem_label_);
+  body_->ensureWidgetVisible(focused, 0, 0);
 }
 
 void FilterPanel::ShowWhichNamed() {

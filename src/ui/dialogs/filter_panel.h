@@ -38,6 +38,9 @@ class FilterPanel : public QWidget {
   const std::optional<Condition>& condition() const { return condition_; }
   // What is wrong with what is typed; empty for nothing.
   const std::string& Problem() const { return problem_; }
+  // The condition as it is typed.
+  QString Text() const { return text_->text().trimmed(); }
+  bool IsOpen() const { return toggle_->isChecked(); }
   // Shows the rows and the line to type in.
   void Open(bool open);
   // Remembers that the chosen filter was used with the template.
@@ -58,6 +61,8 @@ class FilterPanel : public QWidget {
   void RowsChanged();
   void TextChanged();
   void ReadCondition();
+  // The field in which somebody types, and what is said of it, wherever the lines have moved it.
+  void KeepInView();
   void SaveFilter();
   void RenameFilter();
   void DeleteFilter();

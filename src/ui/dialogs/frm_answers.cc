@@ -43,7 +43,6 @@ frmAnswers::frmAnswers(const std::vector<std::string>& questions, const PromptAn
   auto* buttons = new QDialogButtonBox;
   auto* show = buttons->addButton(tr("&Show"), QDialogButtonBox::AcceptRole);
   show->setObjectName("cmdShow");
-  show->setDefault(true);
   buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole)->setObjectName("cmdCancel");
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -51,6 +50,8 @@ frmAnswers::frmAnswers(const std::vector<std::string>& questions, const PromptAn
   layout->addWidget(new ScrolledPage(page), 1);
   layout->addWidget(hint);
   layout->addWidget(buttons);
+  // Not before the dialog has it: Return would go to the button that Tab passed last.
+  show->setDefault(true);
   if (!fields_.empty()) fields_.front().second->setFocus();
   resize(OpeningSize(*this, {460, 260}));
 }

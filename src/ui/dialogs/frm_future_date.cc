@@ -37,7 +37,6 @@ frmFutureDate::frmFutureDate(RichTextBox& editor, QWidget* parent)
   auto* buttons = new QDialogButtonBox;
   auto* save = buttons->addButton(tr("&Save"), QDialogButtonBox::AcceptRole);
   save->setObjectName("cmdSave");
-  save->setDefault(true);
   buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole)->setObjectName("cmdCancel");
   connect(buttons, &QDialogButtonBox::accepted, this, &frmFutureDate::Save);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -51,6 +50,8 @@ frmFutureDate::frmFutureDate(RichTextBox& editor, QWidget* parent)
   layout->addStretch();
   layout->addSpacing(8);
   layout->addWidget(buttons);
+  // Not before the dialog has it: Return would go to the button that Tab passed last.
+  save->setDefault(true);
   number_->setFocus();
 }
 

@@ -4,12 +4,14 @@
 #include <QDialogButtonBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSplitter>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <set>
@@ -94,8 +96,8 @@ frmGenerate::frmGenerate(Session& session, const std::string& template_kind,
   auto* buttons = new QDialogButtonBox;
   auto* generate =
       Named(buttons->addButton(tr("&Generate"), QDialogButtonBox::AcceptRole), "cmdGenerate");
-  generate->setDefault(true);
-  Named(buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole), "cmdCancel");
+  Named(buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole), "cmdCancel")
+      ->setAutoDefault(false);
   connect(buttons, &QDialogButtonBox::accepted, this, &frmGenerate::Generate);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -104,8 +106,12 @@ frmGenerate::frmGenerate(Session& session, const std::string& template_kind,
   sides_->setChildrenCollapsible(false);
   sides_->setStretchFactor(0, 1);
   auto* layout = new QVBoxLayout(this);
+  // Over both sides: its lines need the width.
+  layout->addWidget(filter_);
   layout->addWidget(sides_, 1);
   layout->addWidget(buttons);
+  // Not before the dialog has it: Return would go to the button that Tab passed last.
+  generate->setDefault(true);
   connect(model_, &RecipientModel::TicksChanged, this, &frmGenerate::ShowCount);
   MakeTable();
   SetDestination(Destination::kPrinter);
@@ -158,6 +164,21 @@ void frmGenerate::done(int result) {
     StoreRecipientLayout(session_.platform.registry, kind_, layout);
   }
   QDialog::done(result);
+}
+
+// What is typed into the search or the filter is no order to write letters.
+void frmGenerate::keyPressEvent(QKeyEvent* event) {
+  QWidget* const focused = focusWidget();
+  const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (!enter || focused == nullptr) return QDialog::keyPressEvent(event);
+  auto* button = qobject_cast<QAbstractButton*>(focused);
+  if (qobject_cast<QPushButton*>(focused) != nullptr ||
+      qobject_cast<QToolButton*>(focused) != nullptr) {
+    button->click();
+  } else if (focused != search_ && !filter_->isAncestorOf(focused)) {
+    return QDialog::keyPressEvent(event);
+  }
+  event->accept();
 }
 
 bool frmGenerate::HasFactsOfFilter() const {
@@ -228,7 +249,6 @@ QWidget* frmGenerate::MakeListSide() {
   auto* search_row = new QHBoxLayout;
   search_row->addWidget(search_, 1);
   search_row->addWidget(columns);
-  column->addWidget(filter_);
   column->addLayout(search_row);
   column->addWidget(list_, 1);
   state_->setWordWrap(true);
@@ -370,8 +390,11 @@ void frmGenerate::ShowCount() {
   QString state;
   if (!reading_problem_.isEmpty()) {
     state = tr("What is known of the recipients cannot be read: %1").arg(reading_problem_);
-  } else if (!filter_->Problem().empty()) {
+  } else if (!filter_->Problem().empty() && filter_->IsOpen()) {
     state = tr("The list stays as it is until the condition is right.");
+  } else if (!filter_->Problem().empty()) {
+    state = tr("The list stays as it is, since the condition \"%1\" is not right. %2")
+                .arg(filter_->Text(), QString::fromStdString(filter_->Problem()));
   } else if (RecipientFactNames(kind_) != nullptr && !HasFactsOfFilter()) {
     state = tr("Reading what is known of the recipients…");
   } else if (const std::string fact = FactWithoutProperty(); !fact.empty()) {
@@ -422,7 +445,8 @@ std::vector<RecipientRow> frmGenerate::ChosenRows() const {
 
 void frmGenerate::Generate() {
   if (!filter_->Problem().empty()) {
-    return dialogs_.Say("The filter's condition is not right yet. " + filter_->Problem());
+    return dialogs_.Say("The filter's condition is not right yet.\r\n" +
+                        filter_->Text().toStdString() + "\r\n" + filter_->Problem());
   }
   if (filter_->condition() && !HasFactsOfFilter()) {
     generate_when_read_ = reading_problem_.isEmpty();

@@ -51,6 +51,9 @@ class frmGenerate : public QDialog {
   // Also remembers the table's columns, order and room.
   void done(int result) override;
 
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
  private:
   QWidget* MakeListSide();
   QWidget* MakeOptionSide();

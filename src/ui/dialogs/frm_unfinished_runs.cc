@@ -88,6 +88,7 @@ frmUnfinishedRuns::frmUnfinishedRuns(const Locale& locale, const std::vector<Unf
   row->addStretch();
   auto* later = new QPushButton(tr("La&ter"));
   later->setObjectName("cmdLater");
+  later->setAutoDefault(false);
   later->setDefault(true);
   connect(later, &QPushButton::clicked, this, &QDialog::reject);
   row->addWidget(later);

@@ -3,6 +3,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QStyledItemDelegate>
 #include <algorithm>
 #include <numeric>
 #include <set>
@@ -11,6 +12,22 @@
 #include "platform/runtime/search_text.h"
 
 namespace tenora {
+namespace {
+
+// Keeps amounts, which are on the right, off the text of the next column.
+class Delegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    // Other blanks at the end of a line do not count where it is put.
+    if (option->displayAlignment.testFlag(Qt::AlignRight)) option->text += "\u00A0\u00A0";
+  }
+};
+
+}  // namespace
 
 void RecipientModel::SetRows(std::vector<RecipientRow> rows) {
   // Tenants of the same name differ by code, the rows of one owner by property.
@@ -196,6 +213,7 @@ bool RecipientFilterModel::lessThan(const QModelIndex& left, const QModelIndex& 
 }
 
 RecipientView::RecipientView(QWidget* parent) : QTreeView(parent) {
+  setItemDelegate(new Delegate(this));
   setSelectionMode(ExtendedSelection);
   setRootIsDecorated(false);
   setItemsExpandable(false);

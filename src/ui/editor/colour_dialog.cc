@@ -49,12 +49,13 @@ QColor AskColour(QWidget* parent, const QColor& shown, const QString& title) {
   dialog.setWindowTitle(title);
   auto* colours = new Colours(shown);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->button(QDialogButtonBox::Ok)->setDefault(true);
   QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
   QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
   auto* layout = new QVBoxLayout(&dialog);
   layout->addWidget(new ScrolledColours(colours), 1);
   layout->addWidget(buttons);
+  // Not before the dialog has it: Return would go to the button that Tab passed last.
+  buttons->button(QDialogButtonBox::Ok)->setDefault(true);
   colours->show();
   dialog.resize(OpeningSize(dialog, dialog.sizeHint()));
   return dialog.exec() == QDialog::Accepted ? colours->currentColor() : QColor();

@@ -27,6 +27,7 @@ namespace {
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* kArrears = "Balance Owing >= 500 and Days Behind > 7";
@@ -161,9 +162,42 @@ TEST_F(RecipientTableTest, AsksForAConditionThatCanBeRead) {
   Press(*dialog, "cmdGenerate");
   EXPECT_THAT(machine_.dialogs.Texts(), ElementsAre(StartsWith("The filter's condition is not")));
   EXPECT_TRUE(dialog->isVisible());
-  // Return in the line neither generates nor closes.
-  QTest::keyClick(Find<QLineEdit>(*dialog, "txtWhere"), Qt::Key_Return);
-  EXPECT_TRUE(dialog->isVisible());
+}
+
+TEST_F(RecipientTableTest, ReturnGeneratesNeitherFromTheSearchNorFromTheFilter) {
+  const auto dialog = Open();
+  Press(*dialog, "cmdSelectAll");
+  TypeCondition(*dialog, kArrears);
+  // A Cancel that Tab has passed is not the button of Return.
+  Find<QPushButton>(*dialog, "cmdCancel")->setFocus();
+  for (const char* name : {"txtSearch", "txtWhere", "txtFirst", "cboFact", "cboFilter"}) {
+    auto* field = Find<QWidget>(*dialog, name);
+    field->setFocus();
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_TRUE(dialog->isVisible()) << name;
+  }
+  // On a button it is that button's.
+  auto* none = Find<QPushButton>(*dialog, "cmdSelectNone");
+  none->setFocus();
+  QTest::keyClick(none, Qt::Key_Return);
+  EXPECT_THAT(Count(*dialog), HasSubstr(" 0 selected"));
+  auto* cancel = Find<QPushButton>(*dialog, "cmdCancel");
+  cancel->setFocus();
+  QTest::keyClick(cancel, Qt::Key_Return);
+  EXPECT_FALSE(dialog->isVisible());
+  EXPECT_EQ(dialog->result(), QDialog::Rejected);
+}
+
+TEST_F(RecipientTableTest, SaysWhatIsWrongWithAKeptFilterThatNoLongerFits) {
+  NamedFilters(session_.platform.registry)
+      .Save({.name = "Pets", .template_kind = "Templates", .condition = "Pet Count > 1"});
+  const auto dialog = Open();
+  QTest::keyClicks(Find<QComboBox>(*dialog, "cboFilter"), "Pets");
+  const auto* state = Find<QLabel>(*dialog, "lblState");
+  EXPECT_THAT(state->text().toStdString(),
+              AllOf(HasSubstr("\"Pet Count > 1\""), HasSubstr("\"Pet Count\" is no name")));
+  Press(*dialog, "cmdFilter");
+  EXPECT_THAT(state->text().toStdString(), Not(HasSubstr("Pet Count")));
 }
 
 TEST_F(RecipientTableTest, OffersACalendarWhereAFilterComparesDays) {

@@ -193,6 +193,21 @@ class ReachableControls : public ::testing::Test {
   }
   void Trigger(const char* action) { window_->findChild<QAction*>(action)->trigger(); }
 
+  // Whether Enter is for the same button when each has had the keyboard in turn.
+  static bool KeepsDefault(const QDialog& dialog) {
+    const auto buttons = dialog.findChildren<QPushButton*>();
+    const auto is_default = [](const auto* each) { return each->isDefault(); };
+    const auto before = std::ranges::find_if(buttons, is_default);
+    for (QPushButton* button : buttons) button->setFocus(Qt::TabFocusReason);
+    for (QWidget* other : dialog.findChildren<QWidget*>()) {
+      const bool takes = (other->focusPolicy() & Qt::TabFocus) != 0 && other->isEnabled();
+      if (!takes || !other->isVisible() || qobject_cast<QPushButton*>(other) != nullptr) continue;
+      other->setFocus(Qt::TabFocusReason);
+      return std::ranges::find_if(buttons, is_default) == before;
+    }
+    return true;
+  }
+
   // The faults of the dialog that `open` shows until it is left by Escape.
   static QStringList FaultsOfDialog(const std::function<void()>& open, bool escape_leaves) {
     QStringList faults{"it did not come up"};
@@ -204,6 +219,7 @@ class ReachableControls : public ::testing::Test {
       const auto buttons = dialog->findChildren<QPushButton*>();
       if (std::ranges::none_of(buttons, [](const auto* each) { return each->isDefault(); }))
         faults << "nothing for Enter";
+      if (!KeepsDefault(*dialog)) faults << "Enter is for a button that Tab has passed";
       if (escape_leaves) {
         QTest::keyClick(dialog, Qt::Key_Escape);
         if (dialog->isVisible()) faults << "Escape does not leave it";

@@ -232,6 +232,8 @@ TEST_F(PreviewInTheWindow, AsksItsQuestionsOnceAndListsWhatIsWrong) {
   EXPECT_THAT(Finding(0), HasSubstr("Would be held back: Tenant Nmae: "));
   EXPECT_THAT(Finding(1), HasSubstr("Greeting: this question has no answer yet"));
   auto* findings = The<QListWidget>("lstPreviewFindings");
+  window_->resize(900, 700);  // where they are below the letter
+  const int height = findings->height();
   findings->setFocus();
   findings->setCurrentRow(1);
   Press(Qt::Key_Return);
@@ -253,6 +255,8 @@ TEST_F(PreviewInTheWindow, AsksItsQuestionsOnceAndListsWhatIsWrong) {
   Press(Qt::Key_F9);
   EXPECT_TRUE(The<QPushButton>("cmdAnswers")->isHidden());
   EXPECT_EQ(Finding(0), "Nothing is wrong with this letter.");
+  // Which takes a line, and no more of the letter's room.
+  EXPECT_LT(findings->height(), height);
 }
 
 TEST_F(PreviewInTheWindow, SaysInItsBarThatTheDatabaseIsMissing) {

@@ -36,7 +36,7 @@ TemplatePreview::TemplatePreview(Session& session, PreviewBar& bar, QWidget* par
   findings_->setWordWrap(true);
   findings_->setAlternatingRowColors(true);
   findings_->setFrameShape(QFrame::NoFrame);
-  findings_->setMinimumHeight(2 * findings_->fontMetrics().lineSpacing());  // it scrolls
+  findings_->setMinimumHeight(2 * findings_->fontMetrics().lineSpacing());
   findings_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   connect(findings_, &QListWidget::itemActivated, this,
           [this](const QListWidgetItem* item) { Select(*item); });
@@ -157,8 +157,26 @@ void TemplatePreview::resizeEvent(QResizeEvent* event) {
   if (orientation() != fitting) {
     setOrientation(fitting);
     setSizes({kWide, fitting == Qt::Vertical ? kFindingsHeight : kFindingsWidth});
+    KeepFindingsLow();
   }
   QSplitter::resizeEvent(event);
+}
+
+void TemplatePreview::KeepFindingsLow() {
+  const bool low = nothing_wrong_ && orientation() == Qt::Vertical;
+  if (low == low_) return;
+  low_ = low;
+  const int line = findings_->fontMetrics().lineSpacing();
+  if (low) {
+    sizes_before_ = sizes();
+    const int low_height = std::max(findings_->sizeHintForRow(0), line);
+    findings_->setFixedHeight(low_height);
+    setSizes({kWide, low_height});
+    return;
+  }
+  findings_->setMinimumHeight(2 * line);  // it scrolls
+  findings_->setMaximumHeight(QWIDGETSIZE_MAX);
+  if (orientation() == Qt::Vertical) setSizes(sizes_before_);
 }
 
 void TemplatePreview::AskWhatIsNew() {
@@ -231,8 +249,9 @@ void TemplatePreview::ShowFindings(const PreviewedLetter& shown) {
     add(finding.weight == FindingWeight::kHold ? tr("Would be held back: %1").arg(told) : told,
         finding.shown);
   }
-  if (findings_->count() > 0) return;
-  if (recipient_) add(tr("Nothing is wrong with this letter."), {});
+  nothing_wrong_ = findings_->count() == 0;
+  if (nothing_wrong_ && recipient_) add(tr("Nothing is wrong with this letter."), {});
+  KeepFindingsLow();
 }
 
 void TemplatePreview::Select(const QListWidgetItem& finding) {
@@ -247,7 +266,7 @@ bool TemplatePreview::eventFilter(QObject* object, QEvent* event) {
   if (event->type() == QEvent::KeyPress) {
     const QString text = static_cast<QKeyEvent*>(event)->text();
     if (!text.isEmpty() && text.at(0).isPrint()) {
-      QStatusTipEvent tip(tr("This is a preview; Escape goes back to the codes, to change them."));
+      QStatusTipEvent tip(tr("A preview: Escape goes back to the codes"));
       QApplication::sendEvent(&editor(), &tip);
     }
   }

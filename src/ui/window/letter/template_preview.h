@@ -73,6 +73,8 @@ class TemplatePreview : public QSplitter {
   void ShowLetter();
   void ShowText(const std::string& source);
   void ShowFindings(const PreviewedLetter& shown);
+  // Below the letter, that nothing is wrong takes one line.
+  void KeepFindingsLow();
   void Select(const QListWidgetItem& finding);
 
   Session& session_;
@@ -83,6 +85,8 @@ class TemplatePreview : public QSplitter {
   LetterView* view_;
   std::unique_ptr<PageFinder> pages_;
   QListWidget* findings_;
+  bool nothing_wrong_ = false, low_ = false;
+  QList<int> sizes_before_;  // as they were before it was low
   std::unique_ptr<LetterPreview> preview_;
   std::shared_ptr<DetachedSession> beside_;  // whose rental data it takes
   std::string problem_;                      // of the rental data
