@@ -27,7 +27,11 @@ class StoredTable final : public Table {
   std::unique_ptr<RowCursor> Rows() const override { return OpenCursor(data_); }
   std::uint32_t page_count() const override {
     return NamingCorruption(data_->file->path(), data_->name, [&] {
-      return UsageMap(*data_->file, data_->definition.owned_pages).Count();
+      std::uint32_t pages = UsageMap(*data_->file, data_->definition.owned_pages).Count();
+      for (const LongValueMaps& column : data_->definition.long_values) {
+        pages += LongValuePages(column);
+      }
+      return pages;
     });
   }
 
@@ -56,6 +60,15 @@ class StoredTable final : public Table {
   }
 
  private:
+  // A damaged map is told of by those who need it: reading the rows does not.
+  std::uint32_t LongValuePages(const LongValueMaps& column) const {
+    try {
+      return UsageMap(*data_->file, column.owned_pages).Count();
+    } catch (const Corruption&) {
+      return 0;
+    }
+  }
+
   std::shared_ptr<const TableData> data_;
   IndexLookup lookup_;
 };

@@ -82,7 +82,7 @@ class Table {
   virtual const std::vector<Index>& indexes() const = 0;
   virtual std::int64_t row_count() const = 0;  // as recorded in the definition
   virtual std::unique_ptr<RowCursor> Rows() const = 0;
-  // The pages that hold its rows.
+  // The pages that hold its rows and their long values.
   virtual std::uint32_t page_count() const = 0;
 
   // The index that finds the fewest rows by equality in these columns or some of them. None if no
