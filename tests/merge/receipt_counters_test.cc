@@ -162,6 +162,28 @@ TEST_F(ReceiptCounters, AreIssuedOnceWhereverAHandOverIsCutShort) {
   }
 }
 
+TEST_F(ReceiptCounters, OfAServersBranchAreShownWithoutTakingOne) {
+  const auto text_from = [&](DatabaseUse use) {
+    Session session(machine_.Parts(), use);
+    session.database.TakeBranch("service=numbers branch=North", machine_.ProgramFolder());
+    session.database.OpenDatabase();
+    Letter("<<BuildingReceiptNumber>>");
+    const MergeTarget target{session, letter_, editor_};
+    const std::string error =
+        test::ErrorOf([&] { EXPECT_TRUE(InsertBuildingReceiptNumber(target, "PR00003")); });
+    return error + Shown();
+  };
+  EXPECT_EQ(FromFile(), 1000);
+  for (const DatabaseUse use : {DatabaseUse::kLook, DatabaseUse::kChange}) {
+    EXPECT_THAT(text_from(use), HasSubstr("issued by its file"));
+  }
+  HandOverTo(true);
+  EXPECT_EQ(text_from(DatabaseUse::kLook), "1001");
+  EXPECT_EQ(text_from(DatabaseUse::kLook), "1001");
+  EXPECT_EQ(text_from(DatabaseUse::kChange), "1001");
+  EXPECT_EQ(text_from(DatabaseUse::kLook), "1002");
+}
+
 TEST_F(ReceiptCounters, EightProcessesNeverGetTheSameNumberFromTheServer) {
   constexpr int kProcesses = 8, kNumbers = 200;
   server_.MakeLogin("numbers", "worker", "tenora_worker");
