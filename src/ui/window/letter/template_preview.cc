@@ -15,7 +15,7 @@
 namespace tenora {
 namespace {
 
-constexpr int kFindingsWidth = 260, kFindingsHeight = 64;  // pixels
+constexpr int kFindingsWidth = 260;  // pixels
 // Narrower, the findings are below the letter, which would be cut off.
 constexpr int kWide = 1080;
 
@@ -44,7 +44,10 @@ TemplatePreview::TemplatePreview(Session& session, PreviewBar& bar, QWidget* par
   addWidget(findings_);
   setStretchFactor(0, 1);
   setOrientation(Qt::Vertical);
-  setSizes({kWide, kFindingsHeight});
+  setSizes({kWide, findings_height_});
+  connect(this, &QSplitter::splitterMoved, this, [this] {
+    if (!low_ && orientation() == Qt::Vertical) findings_height_ = findings_->height();
+  });
   connect(&bar_, &PreviewBar::StepAsked, this, &TemplatePreview::Step);
   connect(&bar_, &PreviewBar::ListChanged, this, &TemplatePreview::List);
   connect(&bar_, &PreviewBar::AnswersAsked, this, &TemplatePreview::AskAnswers);
@@ -156,7 +159,7 @@ void TemplatePreview::resizeEvent(QResizeEvent* event) {
   const Qt::Orientation fitting = width() < kWide ? Qt::Vertical : Qt::Horizontal;
   if (orientation() != fitting) {
     setOrientation(fitting);
-    setSizes({kWide, fitting == Qt::Vertical ? kFindingsHeight : kFindingsWidth});
+    setSizes({kWide, fitting == Qt::Vertical ? findings_height_ : kFindingsWidth});
     KeepFindingsLow();
   }
   QSplitter::resizeEvent(event);
@@ -168,7 +171,6 @@ void TemplatePreview::KeepFindingsLow() {
   low_ = low;
   const int line = findings_->fontMetrics().lineSpacing();
   if (low) {
-    sizes_before_ = sizes();
     const int low_height = std::max(findings_->sizeHintForRow(0), line);
     findings_->setFixedHeight(low_height);
     setSizes({kWide, low_height});
@@ -176,7 +178,8 @@ void TemplatePreview::KeepFindingsLow() {
   }
   findings_->setMinimumHeight(2 * line);  // it scrolls
   findings_->setMaximumHeight(QWIDGETSIZE_MAX);
-  if (orientation() == Qt::Vertical) setSizes(sizes_before_);
+  // Not most of a low window.
+  if (orientation() == Qt::Vertical) setSizes({kWide, std::min(findings_height_, height() / 3)});
 }
 
 void TemplatePreview::AskWhatIsNew() {

@@ -86,7 +86,7 @@ class TemplatePreview : public QSplitter {
   std::unique_ptr<PageFinder> pages_;
   QListWidget* findings_;
   bool nothing_wrong_ = false, low_ = false;
-  QList<int> sizes_before_;  // as they were before it was low
+  int findings_height_ = 64;  // pixels, as the user has set it
   std::unique_ptr<LetterPreview> preview_;
   std::shared_ptr<DetachedSession> beside_;  // whose rental data it takes
   std::string problem_;                      // of the rental data
