@@ -145,9 +145,12 @@ void Compare(const fs::path& database, const fs::path& templates, const std::str
               scratch / (on_server ? "server" : "file"));
     });
   }
-  const auto from_file = LettersIn(scratch / "file");
-  std::printf("  %zu letters, %s\n", from_file.size(),
-              from_file == LettersIn(scratch / "server") ? "the same to the byte" : "DIFFERENT");
+  InChild([&] {
+    const auto from_file = LettersIn(scratch / "file");
+    const bool same = from_file == LettersIn(scratch / "server");
+    std::printf("  %zu letters, %s\n", from_file.size(),
+                same ? "the same to the byte" : "DIFFERENT");
+  });
 }
 
 void Run(const fs::path& database, const fs::path& templates, std::size_t letters) {

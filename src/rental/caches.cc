@@ -234,7 +234,21 @@ void Caches::CacheAccountCodes(Database& database) {
   });
 }
 
+void Caches::IndexTenants() {
+  if (indexed_ == Tenants.data() && indexed_count_ == Tenants.size()) return;
+  places_.clear();
+  for (std::size_t i = 0; i < Tenants.size(); ++i) places_.emplace(Tenants[i].Reference, i);
+  indexed_ = Tenants.data();
+  indexed_count_ = Tenants.size();
+}
+
 TenantRecord* Caches::FindTenant(std::string_view reference) {
+  IndexTenants();
+  const auto place = places_.find(std::string(reference));
+  if (place != places_.end() && Tenants[place->second].Reference == reference) {
+    return &Tenants[place->second];
+  }
+  // The list is everybody's to change: a code that is not where it was may be elsewhere.
   const auto found = std::find_if(Tenants.begin(), Tenants.end(), [&](const TenantRecord& tenant) {
     return tenant.Reference == reference;
   });

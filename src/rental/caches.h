@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "data/database.h"
@@ -109,6 +110,12 @@ class Caches {
 
  private:
   void ReadTenants(Database& database, std::string_view sql);
+  void IndexTenants();
+
+  // The first tenancy with each code, by its place in Tenants as it was then.
+  std::unordered_map<std::string, std::size_t> places_;
+  const TenantRecord* indexed_ = nullptr;
+  std::size_t indexed_count_ = 0;
 };
 
 // Trimmed, "/" and "\" as "-", a double quote as "`": safe as a file name and as a list key.

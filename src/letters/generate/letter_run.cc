@@ -59,12 +59,8 @@ void RequireAddress(const std::string& address) {
 }
 
 // Whether the database, as the run loaded it, has the recipient of a letter.
-bool StillKnown(const Caches& caches, const LetterMembers& letter) {
-  if (letter.Kind == kTenantLetter) {
-    return std::ranges::any_of(caches.Tenants, [&](const TenantRecord& tenant) {
-      return tenant.Reference == letter.TenantCode;
-    });
-  }
+bool StillKnown(Caches& caches, const LetterMembers& letter) {
+  if (letter.Kind == kTenantLetter) return caches.FindTenant(letter.TenantCode) != nullptr;
   return std::ranges::any_of(
       caches.Owners, [&](const OwnerRecord& owner) { return owner.Name == letter.RecipientName; });
 }

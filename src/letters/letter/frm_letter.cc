@@ -304,11 +304,10 @@ bool frmLetter::PrintLetter(PrinterMod& printer) {
 }
 
 std::string frmLetter::EmailAddress() const {
-  const Caches& caches = session_.caches;
+  Caches& caches = session_.caches;
   if (members_.Kind == kTenantLetter) {
-    for (const TenantRecord& tenant : caches.Tenants) {
-      if (tenant.Reference == members_.TenantCode) return tenant.Email;
-    }
+    const TenantRecord* const tenant = caches.FindTenant(members_.TenantCode);
+    if (tenant != nullptr) return tenant->Email;
   } else if (members_.Kind == kOwnerLetter) {
     for (const OwnerRecord& owner : caches.Owners) {
       if (owner.Name == members_.RecipientName) return owner.Email;

@@ -4,6 +4,7 @@
 #include <deque>
 #include <optional>
 #include <unordered_set>
+#include <utility>
 
 #include "platform/access/engine_error.h"
 #include "platform/access/sort_order.h"
@@ -70,6 +71,7 @@ class ServerTable : public TableSource {
                      ColumnMask) override {
     const std::size_t column = columns.front();
     const std::string value = ValueText(values.front());
+    asked_ = wanted_ = true;
     if (!Holds(column, value)) tables_.Fetch(this, column, {value});
     for (const Group& group : groups_) {
       if (group.column == column && group.keys.contains(Key(column, value))) {
@@ -99,6 +101,9 @@ class ServerTable : public TableSource {
     return code == table_.found_by.end() ? std::nullopt : std::optional(*code);
   }
 
+  // Whether rows of the expected codes are likely to be asked for.
+  bool wanted() const { return wanted_; }
+
   bool Holds(std::size_t column, const std::string& value) const {
     const std::string key = Key(column, value);
     return std::ranges::any_of(groups_, [&](const Group& group) {
@@ -120,8 +125,9 @@ class ServerTable : public TableSource {
     }
   }
 
-  // Others are expected from now on.
+  // Others are expected from now on: those that nobody asked this table for are not fetched again.
   void ForgetExpected() {
+    wanted_ = std::exchange(asked_, false);
     for (Group& group : groups_) group.expected = false;
     while (groups_.size() > 1) groups_.pop_front();
   }
@@ -146,6 +152,8 @@ class ServerTable : public TableSource {
   const server::BranchTable table_;
   access::IndexPath path_;
   std::deque<Group> groups_;
+  bool asked_ = false;  // since the codes are expected
+  bool wanted_ = true;
   bool streamed_ = false;
 };
 
@@ -188,7 +196,7 @@ void ServerTables::Fetch(const ServerTable* asking, std::size_t column,
   for (const auto& [name, table] : tables_) {
     const std::optional<std::size_t> code = table->CodeColumn();
     server::RowRequest request{.table = &table->table(), .column = code.value_or(0), .values = {}};
-    if (code) {
+    if (code && table->wanted()) {
       std::ranges::copy_if(expected_, std::back_inserter(request.values),
                            [&](const std::string& value) { return !table->Holds(*code, value); });
     }

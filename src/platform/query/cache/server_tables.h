@@ -26,8 +26,9 @@ class ServerTables : public TableStore, public std::enable_shared_from_this<Serv
   std::shared_ptr<TableSource> Find(std::string_view name) override;
   void EndStep() override {}
 
-  // The codes whose rows will be asked for next; those that are not there are fetched now. Raises
-  // ServerError, and 3197 where a sync has brought another state.
+  // The codes whose rows will be asked for next; those that are not there are fetched now, from the
+  // tables that were asked for any of the codes before. Raises ServerError, and 3197 where a sync
+  // has brought another state.
   void Expect(std::vector<std::string> codes);
   const std::vector<std::string>& expected() const { return expected_; }
 
