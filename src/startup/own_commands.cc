@@ -60,7 +60,13 @@ void RunChange(const std::string& path, const std::string& sql, std::ostream& ou
   std::signal(SIGPIPE, SIG_IGN);
   const Clock clock = Clock::FromEnvironment();
   const auto workspace = MakeWorkspace(clock);
-  const std::int64_t rows = workspace->OpenDatabase(path)->Execute(sql);
+  std::int64_t rows = 0;
+  try {
+    rows = workspace->OpenDatabase(path)->Execute(sql);
+  } catch (const RuntimeError& error) {
+    if (error.number() != access::engine_error::kExecutedSelect) throw;
+    throw WithDetail(error, "a select is run without --write");
+  }
   const std::string changed = std::to_string(rows) + (rows == 1 ? " row" : " rows") + " changed";
   output << changed << std::endl;
   if (!output) {

@@ -19,6 +19,7 @@ inline constexpr int kCannotOpenFile = 3051;
 inline constexpr int kNullInKey = 3058;
 inline constexpr int kTimedOut = 3059;
 inline constexpr int kTooFewParameters = 3061;
+inline constexpr int kExecutedSelect = 3065;
 inline constexpr int kNotUpdatable = 3073;
 inline constexpr int kSyntax = 3075;
 inline constexpr int kNoSuchTable = 3078;

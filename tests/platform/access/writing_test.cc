@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <map>
 
@@ -59,6 +60,8 @@ TEST_F(WritingToTheSample, RefusesWhatTheEngineRefusesAndContinues) {
       {3163, {{"Code", std::string(21, 'c')}}},
       {3421, {{"Code", Text("X")}, {"fee_percent", Text("much")}}},
       {3349, {{"Code", Text("X")}, {"fee_percent", 1e300}}},
+      {3349, {{"Code", Text("X")}, {"fee_percent", std::nan("")}}},
+      {3349, {{"Code", Text("X")}, {"fee_value", HUGE_VAL}}},
       {3127, {{"Code", Text("X")}, {"no such column", Number(1)}}},
       {3421, {{"Code", Text("\xFF")}}},
       {3073, {{"Code", Text("\xE6\x97\xA5\xE6\x9C\xAC")}}},  // its key is not known

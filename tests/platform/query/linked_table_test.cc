@@ -160,7 +160,7 @@ TEST_F(LinkedTables, AreListedWithTheirPlace) {
   const std::string back = "'" + (folder_ / "back.mdb").string() + "'";
   EXPECT_EQ(kinds["own"], "");
   EXPECT_EQ(kinds["absolute"], "linked to table 'rents' of " + back);
-  EXPECT_EQ(kinds["drive"], "linked to table 'RENTS' of 'C:\\Data\\BACK.MDB', read from " + back);
+  EXPECT_EQ(kinds["drive"], "linked to table 'RENTS' of 'C:\\Data\\BACK.MDB', found as " + back);
   EXPECT_EQ(kinds["gone"], "linked to table 'rents' of 'D:\\gone.mdb', which is not there");
   EXPECT_EQ(kinds["text"], "linked to table 'list#txt' of 'C:\\texts' (Text)");
   EXPECT_EQ(kinds["server"], "linked to table 'dbo.rents' of a server");

@@ -80,13 +80,23 @@ Field Money(const Column& column, const Value& value) {
 
 Field Single(const Column& column, const Value& value) {
   const double number = Number(column, value);
-  if (std::abs(number) > std::numeric_limits<float>::max()) throw OutOfRange(column);
+  if (!(std::abs(number) <= std::numeric_limits<float>::max())) throw OutOfRange(column);
   return Whole(static_cast<float>(number));
+}
+
+Field Double(const Column& column, const Value& value) {
+  const double number = Number(column, value);
+  if (!std::isfinite(number)) throw OutOfRange(column);
+  return Whole(number);
 }
 
 Field DateTime(const Column& column, const Value& value) {
   if (std::holds_alternative<std::string>(value)) throw WrongKind(column);
-  return Whole(Number(column, value));
+  const double serial = Number(column, value);
+  // The day of a number that is no date is the nearest one that there is.
+  const double day = Date::FromSerial(serial).DateOnly().serial();
+  if (!(std::abs(serial - day) < 1)) throw OutOfRange(column);
+  return Whole(serial);
 }
 
 std::u16string Units(const Column& column, const std::string& text) {
@@ -270,7 +280,7 @@ Field EncodeField(const Column& column, const ColumnPlace& place, const Value& v
     case ColumnType::kSingle:
       return Single(column, value);
     case ColumnType::kDouble:
-      return Whole(Number(column, value));
+      return Double(column, value);
     case ColumnType::kDateTime:
       return DateTime(column, value);
     case ColumnType::kGuid:

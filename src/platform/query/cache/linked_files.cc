@@ -43,7 +43,9 @@ fs::path Resolved(const fs::path& path) {
 }
 
 RuntimeError LinkError(int number, const std::string& description) {
-  return RuntimeError(number, description, "DAO.Database");
+  // A link may hold any bytes; a zero would end the text.
+  using namespace std::string_view_literals;
+  return RuntimeError(number, ReplaceAll(description, "\0"sv, "\\0"), "DAO.Database");
 }
 
 RuntimeError NotThere(const access::LinkedTable& link, const fs::path& database) {
@@ -83,7 +85,7 @@ std::string DescribeLink(const access::LinkedTable& link, const fs::path& databa
   if (!EqualsNoCase(product, kAccess)) return where + " (" + product + ")";
   const std::optional<fs::path> file = FindLinkedFile(link, database);
   if (!file) return where + ", which is not there";
-  return *file == link.database ? where : where + ", read from '" + file->string() + "'";
+  return *file == link.database ? where : where + ", found as '" + file->string() + "'";
 }
 
 LinkedFiles::LinkedFiles(const fs::path& database) : database_(Resolved(database)) {}

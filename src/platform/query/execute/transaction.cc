@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <unordered_map>
@@ -357,7 +358,14 @@ Transaction::Target Transaction::FindTarget(const Action& action, std::string_vi
                          "Operation must use an updateable query. The rows of a select cannot be "
                          "changed.",
                          statement);
-  return {.name = NameOf(*changed), .table = &transaction_->Table(changed->table)};
+  const Target target{.name = NameOf(*changed), .table = &transaction_->Table(changed->table)};
+  if (action.kind != ActionKind::kUpdate) return target;
+  std::vector<std::string> unknown;
+  std::ranges::copy_if(action.columns, std::back_inserter(unknown), [&](const std::string& column) {
+    return !FindColumn(target.table->columns(), column);
+  });
+  if (unknown.empty()) return target;
+  throw StatementError(engine_error::kTooFewParameters, TooFewParameters(unknown), statement);
 }
 
 std::vector<Transaction::Change> Transaction::FindChanges(Action action, const Target& target,

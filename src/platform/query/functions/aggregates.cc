@@ -110,6 +110,7 @@ void GiveSpread(sqlite3_context* context) {
   const std::int64_t divisor = (spread == nullptr ? 0 : spread->count) - (kSample ? 1 : 0);
   if (divisor <= 0) return sqlite3_result_null(context);
   const double variance = spread->squares / static_cast<double>(divisor);
+  if (!std::isfinite(variance)) return sqlite3_result_error(context, "integer overflow", -1);
   sqlite3_result_double(context, kRoot ? std::sqrt(variance) : variance);
 }
 

@@ -33,6 +33,7 @@ constexpr std::array<Named, 5> kNumberFormats = {{{"fixed", "0.00"},
                                                   {"currency", "$#,##0.00;-$#,##0.00"},
                                                   {"percent", "0.00%"},
                                                   {"scientific", "0.00E+00"}}};
+constexpr std::string_view kGeneralNumber = "general number";
 constexpr std::array<Named, 3> kBooleanFormats = {
     {{"yes/no", "Yes/No"}, {"true/false", "True/False"}, {"on/off", "On/Off"}}};
 
@@ -330,7 +331,7 @@ Value Magnitude(const Value& value) {
 }
 
 std::string FormatNumberValue(const Value& value, std::string_view pattern) {
-  if (EqualsNoCase(pattern, "general number")) return TextOf(value);
+  if (EqualsNoCase(pattern, kGeneralNumber)) return TextOf(value);
   const double number = ToDouble(value);
   if (const auto words = FindNamed(kBooleanFormats, pattern)) {
     const std::size_t slash = words->find('/');
@@ -346,10 +347,16 @@ std::string FormatNumberValue(const Value& value, std::string_view pattern) {
   return (number < 0 && section == 0 && !zero ? "-" : "") + text;
 }
 
+// Whether a pattern is the name of a format of numbers.
+bool IsNumberName(std::string_view pattern) {
+  return EqualsNoCase(pattern, kGeneralNumber) || FindNamed(kNumberFormats, pattern) ||
+         FindNamed(kBooleanFormats, pattern);
+}
+
 // Whether a pattern formats dates, for values that are texts or numbers.
 bool IsDatePattern(std::string_view pattern) {
   if (FindNamed(kDateFormats, pattern) || EqualsNoCase(pattern, "general date")) return true;
-  if (FindNamed(kNumberFormats, pattern) || FindNamed(kBooleanFormats, pattern)) return false;
+  if (IsNumberName(pattern)) return false;
   if (EqualsNoCase(pattern, "c") || EqualsNoCase(pattern, "ttttt")) return true;
   const std::string bare = WithoutLiterals(pattern);
   return bare.find_first_of("dmyhnsqwDMYHNSQW") != std::string::npos &&
@@ -484,6 +491,7 @@ std::string FormatValue(const Value& value, std::string_view pattern, const Date
   if (IsTextPattern(pattern))
     return FormatByPlaces(date == nullptr ? TextOf(value) : GeneralDateText(*date, short_date),
                           pattern);
+  if (date != nullptr && IsNumberName(pattern)) return FormatNumberValue(date->serial(), pattern);
   if (date != nullptr)
     return DateFormatter(*date, short_date, weeks)
         .Format(pattern.empty() ? "general date" : pattern);

@@ -1,9 +1,11 @@
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
 
 #include "platform/query/functions/functions.h"
 #include "platform/runtime/conversion.h"
+#include "platform/runtime/text.h"
 
 namespace tenora::query {
 namespace {
@@ -24,6 +26,8 @@ Value Finite(double number) {
 RuntimeError DivisionByZero() {
   return RuntimeError(error_number::kDivisionByZero, "Division by zero", "DAO.Database");
 }
+
+Value RequireFinite(const FunctionContext&, Arguments a) { return Finite(Double(a[0])); }
 
 Value Divide(const FunctionContext&, Arguments a) {
   if (Double(a[1]) == 0) throw DivisionByZero();
@@ -126,8 +130,22 @@ Value Log(const FunctionContext&, Arguments a) {
   return std::log(Double(a[0]));
 }
 
+// The number behind "&H" or "&O". As in the engine, up to 16 bits are a signed number of 16 bits,
+// and more one of 32.
+double LeadingBits(std::string_view digits, int base) {
+  std::uint32_t bits = 0;
+  const auto [end, error] = std::from_chars(digits.begin(), digits.end(), bits, base);
+  if (error == std::errc::result_out_of_range) throw StandardError(error_number::kOverflow);
+  return bits <= 0xFFFF ? static_cast<double>(static_cast<std::int16_t>(bits))
+                        : static_cast<double>(static_cast<std::int32_t>(bits));
+}
+
 Value Val(const FunctionContext&, Arguments a) {
-  return LeadingNumber(std::get<std::string>(a[0]));
+  const auto& text = std::get<std::string>(a[0]);
+  const std::string digits = ReplaceAll(text, " ", "");
+  if (StartsWithNoCase(digits, "&h")) return LeadingBits(std::string_view(digits).substr(2), 16);
+  if (StartsWithNoCase(digits, "&o")) return LeadingBits(std::string_view(digits).substr(2), 8);
+  return LeadingNumber(text);
 }
 
 template <Type kType>
@@ -135,11 +153,23 @@ Value Converted(const FunctionContext&, Arguments a) {
   return ConvertTo(a[0], kType);
 }
 
-Value ToShort(const FunctionContext&, Arguments a) { return std::int64_t{ToInt16(a[0])}; }
-Value ToLong(const FunctionContext&, Arguments a) { return std::int64_t{ToInt32(a[0])}; }
+Value ToCalendarDate(const FunctionContext&, Arguments a) {
+  const Date date = ToDate(a[0]);
+  // The day of a number that is no date is the nearest one that there is.
+  if (!(std::abs(date.serial() - date.DateOnly().serial()) < 1))
+    throw StandardError(error_number::kOverflow);
+  return date;
+}
+
+Value ToShort(const FunctionContext&, Arguments a) {
+  return std::int64_t{ToInt16(WithoutGrouping(a[0]))};
+}
+Value ToLong(const FunctionContext&, Arguments a) {
+  return std::int64_t{ToInt32(WithoutGrouping(a[0]))};
+}
 
 Value ToByte(const FunctionContext&, Arguments a) {
-  const std::int32_t number = ToInt32(a[0]);
+  const std::int32_t number = ToInt32(WithoutGrouping(a[0]));
   if (number < 0 || number > 255) throw StandardError(error_number::kOverflow);
   return std::int64_t{number};
 }
@@ -147,7 +177,7 @@ Value ToByte(const FunctionContext&, Arguments a) {
 Value IsNumeric(const FunctionContext&, Arguments a) {
   if (const auto* text = std::get_if<std::string>(&a[0])) {
     try {
-      ToDouble(*text);
+      ToDouble(WithoutGrouping(*text));
     } catch (const RuntimeError&) {
       return false;
     }
@@ -157,6 +187,7 @@ Value IsNumeric(const FunctionContext&, Arguments a) {
 }
 
 constexpr auto kFunctions = std::to_array<EngineFunction>({
+    {"finite", "d", 'd', false, RequireFinite},
     {"divide", "dd", 'd', false, Divide},
     {"quotient", "dd", 'i', false, Quotient},
     {"modulo", "dd", 'i', false, Modulo},
@@ -179,8 +210,8 @@ constexpr auto kFunctions = std::to_array<EngineFunction>({
     {"csng", "?", 'd', false, Converted<Type::kDouble>},
     {"ccur", "?", 'c', false, Converted<Type::kCurrency>},
     {"cbool", "?", 'b', false, Converted<Type::kBoolean>},
-    {"cdate", "?", 't', false, Converted<Type::kDate>},
-    {"cvdate", "?", 't', false, Converted<Type::kDate>},
+    {"cdate", "?", 't', false, ToCalendarDate},
+    {"cvdate", "?", 't', false, ToCalendarDate},
     {"isnumeric", "?", 'b', true, IsNumeric},
 });
 

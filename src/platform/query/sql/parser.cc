@@ -285,6 +285,8 @@ class ActionParser {
           tokens_.Fail(engine_error::kInvalidOperation,
                        "Invalid operation. " + ToUpper(word) +
                            " is not supported: tables and rights are changed in Access.");
+      if (tokens_.AtWord("select") || tokens_.AtWord("explain"))
+        tokens_.Fail(engine_error::kExecutedSelect, "Cannot execute a select query.");
       tokens_.ExpectWord("delete");
       ReadDelete();
     }

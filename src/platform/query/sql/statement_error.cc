@@ -21,4 +21,11 @@ RuntimeError StatementError(int number, std::string_view description, std::strin
   return RuntimeError(number, text, "DAO.Database");
 }
 
+std::string TooFewParameters(std::span<const std::string> unknown_names) {
+  std::string names;
+  for (const std::string& name : unknown_names) names += (names.empty() ? "" : ", ") + name;
+  return "Too few parameters. Expected " + std::to_string(unknown_names.size()) +
+         ". Unknown: " + names + ".";
+}
+
 }  // namespace tenora::query

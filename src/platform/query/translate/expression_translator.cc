@@ -16,6 +16,12 @@ bool IsAggregate(std::string_view name) {
   return std::find(kAggregates.begin(), kAggregates.end(), name) != kAggregates.end();
 }
 
+// SQLite computes on with infinity, where the engine overflows.
+Fragment Finite(Fragment number) {
+  if (number.type != Type::kDouble) return number;
+  return {.sql = CallText("finite", {number}), .type = Type::kDouble};
+}
+
 bool IsDomainFunction(std::string_view name) {
   return name == "dlookup" || (name.starts_with('d') && IsAggregate(name.substr(1)));
 }
@@ -24,12 +30,8 @@ bool IsDomainFunction(std::string_view name) {
 
 void RequireKnownNames(const TranslationState& state, std::size_t known) {
   if (state.unknown_names.size() <= known) return;
-  std::string names;
-  for (std::size_t i = known; i < state.unknown_names.size(); ++i)
-    names += (names.empty() ? "" : ", ") + state.unknown_names[i];
   state.Fail(engine_error::kTooFewParameters,
-             "Too few parameters. Expected " + std::to_string(state.unknown_names.size() - known) +
-                 ". Unknown: " + names + ".");
+             TooFewParameters(std::span(state.unknown_names).subspan(known)));
 }
 
 Fragment ExpressionTranslator::Translate(const Expression& expression) {
@@ -368,7 +370,7 @@ Fragment ExpressionTranslator::Add(const Expression& expression, Fragment left, 
   if (type == Type::kBoolean) type = Type::kInteger;
   left = ConvertTo(std::move(left), type);
   right = ConvertTo(std::move(right), type);
-  return Join(left, expression.operation, right, Binding::kAdd, type);
+  return Finite(Join(left, expression.operation, right, Binding::kAdd, type));
 }
 
 Fragment ExpressionTranslator::Multiply(Fragment left, Fragment right) {
@@ -385,7 +387,7 @@ Fragment ExpressionTranslator::Multiply(Fragment left, Fragment right) {
     return Join(left, "*", right, Binding::kMultiply, Type::kInteger);
   left = ConvertTo(std::move(left), Type::kDouble);
   right = ConvertTo(std::move(right), Type::kDouble);
-  return Join(left, "*", right, Binding::kMultiply, Type::kDouble);
+  return Finite(Join(left, "*", right, Binding::kMultiply, Type::kDouble));
 }
 
 Fragment ExpressionTranslator::TranslateCall(const Expression& expression) {
@@ -458,8 +460,9 @@ Fragment ExpressionTranslator::TranslateSum(const Expression& expression, Fragme
   if (argument.type == Type::kDecimal && (name == "sum" || name == "avg"))
     return {.sql = "e_" + name + "_decimal(" + argument.sql + ")", .type = Type::kDecimal};
   argument = ConvertTo(std::move(argument), Type::kDouble);
-  const std::string function = name == "sum" || name == "avg" ? name : "e_" + name;
-  return {.sql = function + "(" + argument.sql + ")", .type = Type::kDouble};
+  if (name == "sum" || name == "avg")
+    return Finite({.sql = name + "(" + argument.sql + ")", .type = Type::kDouble});
+  return {.sql = "e_" + name + "(" + argument.sql + ")", .type = Type::kDouble};
 }
 
 Fragment ExpressionTranslator::CaseOf(std::string_view subject,

@@ -5,6 +5,7 @@
 #include "platform/access/engine_error.h"
 #include "platform/runtime/conversion.h"
 #include "platform/runtime/error.h"
+#include "platform/runtime/text.h"
 
 namespace tenora::query {
 namespace {
@@ -36,6 +37,8 @@ Value ReadInteger(std::int64_t number, Type type) {
 Value ReadReal(double number, Type type) {
   if (type == Type::kCurrency || type == Type::kDate) throw StandardError(error_number::kOverflow);
   if (type == Type::kBoolean) return number != 0;
+  // What a file holds in a column of doubles is read as it is.
+  if (type != Type::kDouble && !std::isfinite(number)) throw StandardError(error_number::kOverflow);
   return number;
 }
 
@@ -196,22 +199,35 @@ void BindDecimal(sqlite3_stmt* statement, int parameter, const Decimal& number) 
   RequireDone(sqlite3_bind_blob64(statement, parameter, key.data(), key.size(), SQLITE_TRANSIENT));
 }
 
+Value WithoutGrouping(const Value& value) {
+  const auto* const text = std::get_if<std::string>(&value);
+  if (text == nullptr || text->find(',') == std::string::npos) return value;
+  std::string number;
+  bool digits = false, behind_point = false;
+  for (const char c : *text) {
+    digits = digits || IsDigit(c);
+    behind_point = behind_point || c == '.';
+    if (c != ',' || !digits || behind_point) number += c;
+  }
+  return number;
+}
+
 Value ConvertTo(const Value& value, Type type) {
   if (IsNull(value) || TypeOf(value) == type) return value;
   switch (type) {
     case Type::kBoolean:
       return ToBool(value);
     case Type::kInteger: {
-      const double number = std::nearbyint(ToDouble(value));
+      const double number = std::nearbyint(ToDouble(WithoutGrouping(value)));
       if (!(std::abs(number) <= 9.2e18)) throw StandardError(error_number::kOverflow);
       return static_cast<std::int64_t>(number);
     }
     case Type::kDouble:
-      return ToDouble(value);
+      return ToDouble(WithoutGrouping(value));
     case Type::kCurrency:
-      return ToCurrency(value);
+      return ToCurrency(WithoutGrouping(value));
     case Type::kDecimal:
-      return Decimal::Of(value).ToValue();
+      return Decimal::Of(WithoutGrouping(value)).ToValue();
     case Type::kDate:
       return ToDate(value);
     case Type::kText:

@@ -48,6 +48,9 @@ void SetResult(sqlite3_context* context, const Value& value, Type type);
 void BindValue(sqlite3_stmt* statement, int parameter, const Value& value);
 void BindDecimal(sqlite3_stmt* statement, int parameter, const Decimal& number);
 
+// A text without the commas between the digits before its point, "1,000"; other values as they are.
+Value WithoutGrouping(const Value& value);
+
 // The value converted to the type; null stays null. Raises 13 (Type mismatch) and 6.
 Value ConvertTo(const Value& value, Type type);
 
