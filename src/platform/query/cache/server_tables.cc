@@ -193,7 +193,8 @@ void ServerTables::Fetch(const ServerTable* asking, std::size_t column,
     bool expected;
   };
   std::vector<Asked> tables;
-  for (const auto& [name, table] : tables_) {
+  for (const auto& entry : tables_) {
+    ServerTable* const table = entry.second.get();
     const std::optional<std::size_t> code = table->CodeColumn();
     server::RowRequest request{.table = &table->table(), .column = code.value_or(0), .values = {}};
     if (code && table->wanted()) {
@@ -201,15 +202,15 @@ void ServerTables::Fetch(const ServerTable* asking, std::size_t column,
                            [&](const std::string& value) { return !table->Holds(*code, value); });
     }
     const bool expected = !request.values.empty();
-    if (table.get() == asking && code == column) {
+    if (table == asking && code == column) {
       request.values.insert(request.values.end(), values.begin(), values.end());
-    } else if (table.get() == asking) {
+    } else if (table == asking) {
       requests.push_back({.table = &table->table(), .column = column, .values = values});
-      tables.push_back({table.get(), false});
+      tables.push_back({table, false});
     }
     if (request.values.empty()) continue;
     requests.push_back(std::move(request));
-    tables.push_back({table.get(), expected});
+    tables.push_back({table, expected});
   }
   if (requests.empty()) return;
   const auto found = branch().Find(requests);
