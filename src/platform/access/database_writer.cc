@@ -109,10 +109,12 @@ std::unique_ptr<WriteTransaction> WriteTransaction::Begin(const std::filesystem:
 std::unique_ptr<ReadLock> ReadLock::Take(const std::filesystem::path& path,
                                          std::chrono::milliseconds wait) {
   DiskStorage disk;
-  for (;;) {
+  for (bool recovered = false;; recovered = true) {
     auto file = LockForReading(disk, path, wait);
-    // A writer still running would hold its own lock, so this journal is a crashed writer's.
-    if (!HasJournal(disk, path)) return std::make_unique<HeldReadLock>(std::move(file));
+    // A writer still running would hold its own lock, so this journal is a crashed writer's. One
+    // that is still there afterwards could not be removed.
+    if (!HasJournal(disk, path) || (recovered && HasUnneededJournal(disk, *file, path)))
+      return std::make_unique<HeldReadLock>(std::move(file));
     file.reset();
     RecoverDatabase(disk, path, wait);
   }

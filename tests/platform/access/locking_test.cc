@@ -267,24 +267,62 @@ TEST_F(SharingTheFile, AReadOnlyFileOrFolderRaisesAnErrorAndNothingChanges) {
   EXPECT_FALSE(std::filesystem::exists(JournalPath(path_)));
 }
 
-// Nor is a reader told that it cannot update.
-TEST_F(SharingTheFile, AFileThatCannotBeReadSaysSo) {
-  for (const bool interrupted : {false, true}) {
-    if (interrupted) WriteWholeFile(JournalPath(path_), "begun");
-    ASSERT_EQ(::chmod(path_.c_str(), interrupted ? 0444 : 0), 0);
+// Nor is a reader told that it cannot update; and a journal that it cannot remove is no obstacle
+// unless the database needs it.
+TEST_F(SharingTheFile, AReaderWithoutRightsToWriteReadsWhatItCan) {
+  const std::string content = ReadWholeFile(path_);
+  const auto* start = reinterpret_cast<const std::byte*>(content.data());
+  access::Journal journal;
+  journal.page_size = 4096;
+  journal.old_length = journal.new_length = content.size();
+  journal.identity = access::DatabaseIdentity({start, 0x300});
+  const std::vector<std::byte> page(start + 30 * 4096, start + 31 * 4096);
+  const auto bytes = [&](std::vector<std::byte> before, std::vector<std::byte> after) {
+    journal.pages = {{30, std::move(before), std::move(after)}};
+    const auto encoded = access::EncodeJournal(journal);
+    return std::string(reinterpret_cast<const char*>(encoded.data()), encoded.size());
+  };
+  const std::vector<std::byte> other(4096, std::byte{1});
+  const std::string written = bytes(other, page), unwritten = bytes(page, other);
+  const struct {
+    const char* name;
+    mode_t mode;
+    std::string journal;
+    const char* error;  // a part of the reader's
+  } cases[] = {
+      {"unreadable", 0, "", "permission to view"},
+      {"interrupted", 0444, written, "interrupted"},
+      {"damaged", 0444, "Notes of the office\n" + std::string(9000, 'n'), "interrupted"},
+      {"garbage", 0444, "garbage!", ""},
+      {"cut short", 0444, unwritten.substr(0, 5000), ""},
+      {"not begun", 0444, unwritten, ""},
+  };
+  for (const auto& c : cases) {
     ASSERT_EQ(::chmod(scratch_.path().c_str(), 0755), 0);
+    WriteWholeFile(JournalPath(path_), c.journal);
+    ASSERT_EQ(::chmod(JournalPath(path_).c_str(), 0444), 0);
+    ASSERT_EQ(::chmod(path_.c_str(), c.mode), 0);
+    ASSERT_EQ(::chmod(scratch_.path().c_str(), 0555), 0);
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
       if (::geteuid() == 0 && ::setuid(65534) != 0) ::_exit(2);
-      const std::string said =
+      const std::string locking =
           ErrorOf([&] { access::ReadLock::Take(path_, std::chrono::milliseconds(0)); });
-      const char* const why = interrupted ? "interrupted" : "permission to view";
-      ::_exit(said.starts_with("3051 - ") && said.find(why) != std::string::npos ? 0 : 1);
+      const std::string opening = ErrorOf([&] { access::DatabaseFile::Open(path_); });
+      const bool refused = *c.error != '\0';
+      bool right = true;
+      for (const std::string& said : {locking, opening})
+        right = right && said.starts_with("3051 - ") == refused && said.empty() != refused &&
+                said.find(c.error) != std::string::npos;
+      ::_exit(right ? 0 : 1);
     }
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0) << (interrupted ? "interrupted" : "unreadable");
+    EXPECT_EQ(status, 0) << c.name;
+    ASSERT_EQ(::chmod(scratch_.path().c_str(), 0755), 0);
+    ASSERT_EQ(::chmod(JournalPath(path_).c_str(), 0644), 0);
+    EXPECT_EQ(ReadWholeFile(JournalPath(path_)), c.journal) << c.name;
   }
 }
 

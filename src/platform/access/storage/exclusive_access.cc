@@ -275,6 +275,14 @@ bool HasJournal(Storage& storage, const std::filesystem::path& path) {
   });
 }
 
+bool HasUnneededJournal(Storage& storage, StorageFile& database,
+                        const std::filesystem::path& path) {
+  return ConvertingReadErrors([&] {
+    const auto journal = storage.Open(JournalPath(Resolved(path)), Storage::Mode::kRead);
+    return journal == nullptr || IsUnneeded(*journal, database);
+  });
+}
+
 std::unique_ptr<StorageFile> LockForReading(Storage& storage, const std::filesystem::path& path,
                                             std::chrono::milliseconds wait) {
   return ConvertingReadErrors([&] {
@@ -292,6 +300,9 @@ void RecoverDatabase(Storage& storage, const std::filesystem::path& path,
     const ExclusiveAccess recovered(storage, path, wait);
   } catch (const RuntimeError& error) {
     if (error.number() != engine_error::kReadOnly) throw;
+    // The lock also waits for a writer that is just using the journal.
+    const auto file = LockForReading(storage, path, wait);
+    if (HasUnneededJournal(storage, *file, path)) return;
     throw CannotRead(path,
                      "A change to it was interrupted and must be rolled back first, which needs "
                      "permission to write to the file and its folder.");

@@ -74,12 +74,17 @@ class ExclusiveAccess {
 std::filesystem::path JournalPath(const std::filesystem::path& database);
 
 // Rolls back an interrupted change, if there is one; costs one look-up in the folder when there is
-// none. Raises like the constructor of ExclusiveAccess.
+// none. A journal that cannot be removed stays if it is not needed. Raises like the constructor of
+// ExclusiveAccess.
 void RecoverDatabase(Storage& storage, const std::filesystem::path& path,
                      std::chrono::milliseconds wait);
 
 // Whether there is a journal beside the database that is not empty.
 bool HasJournal(Storage& storage, const std::filesystem::path& path);
+
+// Whether the journal, if there is one, is not needed to read the database, which the caller has
+// open and locked. Only reads.
+bool HasUnneededJournal(Storage& storage, StorageFile& database, const std::filesystem::path& path);
 
 // Opens the database with a lock that excludes writers until it is closed. Raises 3024, 3027, 3218,
 // 3050, 3043.

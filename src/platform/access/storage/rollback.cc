@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/access/format/file_header.h"
@@ -114,6 +116,33 @@ Recovery DamagedJournal(StorageFile& journal, StorageFile& database) {
   return matched && other ? Recovery::kHalfWritten : Recovery::kDamaged;
 }
 
+struct Judgement {
+  Recovery recovery;
+  std::optional<Journal> change = {};  // to be rolled back first
+};
+
+Judgement Judge(StorageFile& journal, StorageFile& database) {
+  const std::uint64_t length = CompleteLength(journal);
+  // A change has no more pages than the database had before it, and the database is not shorter
+  // than that until the change is rolled back.
+  constexpr std::size_t kPageSize = kJet4Layout.page_size;
+  if (length > JournalLength(kPageSize, database.Size() / kPageSize))
+    return {Recovery::kOverwritten};
+  Journal change;
+  if (!DecodeJournal(ReadStart(journal, length), change))
+    return {DamagedJournal(journal, database)};
+  switch (Compare(change, database)) {
+    case Finding::kUntouched:
+    case Finding::kReplaced:
+      return {Recovery::kDone};
+    case Finding::kInterrupted:
+      return {Recovery::kDone, std::move(change)};
+    case Finding::kMixed:
+      break;
+  }
+  return {Recovery::kOverwritten};
+}
+
 }  // namespace
 
 void RollBack(const Journal& journal, StorageFile& database) {
@@ -125,24 +154,14 @@ void RollBack(const Journal& journal, StorageFile& database) {
 }
 
 Recovery RollBackInterruptedChange(StorageFile& journal, StorageFile& database) {
-  const std::uint64_t length = CompleteLength(journal);
-  // A change has no more pages than the database had before it, and the database is not shorter
-  // than that until the change is rolled back.
-  constexpr std::size_t kPageSize = kJet4Layout.page_size;
-  if (length > JournalLength(kPageSize, database.Size() / kPageSize)) return Recovery::kOverwritten;
-  Journal change;
-  if (!DecodeJournal(ReadStart(journal, length), change)) return DamagedJournal(journal, database);
-  switch (Compare(change, database)) {
-    case Finding::kUntouched:
-    case Finding::kReplaced:
-      return Recovery::kDone;
-    case Finding::kInterrupted:
-      RollBack(change, database);
-      return Recovery::kDone;
-    case Finding::kMixed:
-      break;
-  }
-  return Recovery::kOverwritten;
+  const Judgement judgement = Judge(journal, database);
+  if (judgement.change) RollBack(*judgement.change, database);
+  return judgement.recovery;
+}
+
+bool IsUnneeded(StorageFile& journal, StorageFile& database) {
+  const Judgement judgement = Judge(journal, database);
+  return judgement.recovery == Recovery::kDone && !judgement.change;
 }
 
 }  // namespace tenora::access

@@ -22,4 +22,8 @@ enum class Recovery {
 // kDone. Raises StorageError.
 Recovery RollBackInterruptedChange(StorageFile& journal, StorageFile& database);
 
+// Whether such a journal is no longer needed as it is, with nothing to be rolled back. Writes
+// nothing. Raises StorageError.
+bool IsUnneeded(StorageFile& journal, StorageFile& database);
+
 }  // namespace tenora::access
