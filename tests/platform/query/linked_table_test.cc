@@ -49,6 +49,7 @@ class LinkedTables : public ::testing::Test {
     main.AddLink("self", "own", "main.mdb");
     main.AddLink("gone", "rents", "D:\\gone.mdb");
     main.AddLink("nameless", "", "back.mdb");
+    main.AddLink("zero", "rents", std::string("no\0such.mdb", 11));
     main.AddLink("lost", "nosuch", "back.mdb");
     main.AddLink("text", "list#txt", "C:\\texts", "Text;FMT=Delimited;PWD=secret");
     main.AddLink("server", "dbo.rents", "", "ODBC;DSN=x;PWD=secret", 4);
@@ -127,6 +128,7 @@ TEST_F(LinkedTables, SayWhatIsWrongWithThem) {
     std::vector<const char*> named;
   } kCases[] = {
       {"gone", 3024, {"'D:\\gone.mdb'", "table 'gone' is linked", "beside"}},
+      {"zero", 3024, {"'no\\0such.mdb'", "table 'zero' is linked"}},
       {"folder", 3024, {"'sub'", "table 'folder'"}},
       {"pipe", 3024, {"'pipe.mdb'", "table 'pipe'"}},
       {"notes", 3343, {"notes.txt", "table 'notes' is linked"}},
