@@ -109,6 +109,9 @@ class Database {
   void MoveNext(const RecordsetPtr& set);
   void DataClose(RecordsetPtr& set);
 
+  // Compares texts as the open database does; without one, as an .mdb file.
+  query::TextMatch Texts() const { return open_ ? open_->Texts() : query::TextMatch(); }
+
   // "select FIELD as result from TABLE CLAUSE": the first row's value, or the default for a null or
   // no row. A value that is not a text or date raises 13.
   std::string LookupText(std::string_view field, std::string_view table, std::string_view clause,

@@ -67,7 +67,8 @@ struct AllOwners::Data {
     const std::size_t number_;
   };
 
-  Data(Session& session, const OwnerNeeds& asked, const std::stop_token& stop) : needs(asked) {
+  Data(Session& session, const OwnerNeeds& asked, const std::stop_token& stop)
+      : needs(asked), owners(session.database.Texts()), tenancies(session.database.Texts()) {
     for (const OwnerRecord& owner : session.caches.Owners) {
       all.emplace_back(*this, all.size(), owner);
       owners.Add(owner.Code);

@@ -27,7 +27,8 @@ struct Sums {
 }  // namespace
 
 struct AllProperties::Data {
-  Data(Session& session, const PropertyNeeds& asked, const std::stop_token& stop) : needs(asked) {
+  Data(Session& session, const PropertyNeeds& asked, const std::stop_token& stop)
+      : needs(asked), properties(session.database.Texts()), tenancies(session.database.Texts()) {
     for (const PropertyRecord& property : session.caches.Properties) properties.Add(property.Code);
     if (needs.addresses) ReadAddresses(session, stop);
     if (needs.tenancies || needs.arrears) ReadTenancies(session, stop);

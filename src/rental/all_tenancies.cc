@@ -137,7 +137,8 @@ struct AllTenancies::Data {
     std::exception_ptr payment_error_, account_error_;
   };
 
-  Data(Session& session, const TenancyNeeds& asked, const std::stop_token& stop) : needs(asked) {
+  Data(Session& session, const TenancyNeeds& asked, const std::stop_token& stop)
+      : needs(asked), tenants(session.database.Texts()), properties(session.database.Texts()) {
     for (const TenantRecord& tenant : session.caches.Tenants) {
       all.emplace_back(*this, all.size(), tenant);
       tenants.Add(tenant.Reference);
@@ -169,7 +170,7 @@ struct AllTenancies::Data {
   // In no order: sorting all payments would take longer than all else.
   void ReadPayments(Session& session, const std::stop_token& stop) {
     const std::string rent_group = session.database.LookupText("rent_group", "Options", "", "");
-    const query::TextMatch equal;
+    const query::TextMatch equal = session.database.Texts();
     TablePass pass(session.database, tenants.codes(), stop);
     const auto read = [&](const std::string& which) {
       pass.Each(

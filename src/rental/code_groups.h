@@ -1,4 +1,4 @@
-// The distinct codes among those of many records, as the engine compares texts.
+// The distinct codes among those of many records, as a database compares texts.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +11,8 @@ namespace tenora {
 
 class CodeGroups {
  public:
+  explicit CodeGroups(const query::TextMatch& match) : numbers_(match) {}
+
   // The next record's code.
   void Add(const std::string& code);
 

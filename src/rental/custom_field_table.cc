@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "data/sql_text.h"
-#include "platform/query/text_match.h"
 #include "rental/table_pass.h"
 
 namespace tenora {
@@ -18,7 +17,7 @@ std::string OfType(std::int16_t parent_type) {
 CustomFieldTable::CustomFieldTable(Database& database, std::int16_t parent_type,
                                    std::span<const std::string> parents,
                                    const std::stop_token& stop)
-    : fields_(parents.size()) {
+    : equal_(database.Texts()), fields_(parents.size()) {
   TablePass(database, parents, stop)
       .Each("select parentcode, fieldcode, value from custom_fields" + OfType(parent_type),
             [&](std::size_t parent, const query::Recordset& row) {
@@ -30,8 +29,8 @@ CustomFieldTable::CustomFieldTable(Database& database, std::int16_t parent_type,
 
 std::string CustomFieldTable::Get(std::size_t parent, std::string_view code) const {
   const std::vector<Field>& fields = fields_[parent];
-  const auto found = std::ranges::find_if(
-      fields, [&](const Field& field) { return query::TextMatch()(field.first, code); });
+  const auto found =
+      std::ranges::find_if(fields, [&](const Field& field) { return equal_(field.first, code); });
   return found == fields.end() ? "" : ToText(NullTo(found->second, std::string()));
 }
 

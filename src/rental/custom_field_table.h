@@ -25,6 +25,7 @@ class CustomFieldTable {
 
  private:
   using Field = std::pair<std::string, Value>;
+  query::TextMatch equal_;
   std::vector<std::vector<Field>> fields_;  // by parent
 };
 

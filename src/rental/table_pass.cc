@@ -7,7 +7,7 @@
 namespace tenora {
 
 TablePass::TablePass(Database& database, std::span<const std::string> codes, std::stop_token stop)
-    : database_(database), stop_(std::move(stop)) {
+    : database_(database), stop_(std::move(stop)), numbers_(database.Texts()) {
   numbers_.reserve(codes.size());
   for (std::size_t i = 0; i < codes.size(); ++i) numbers_.emplace(codes[i], i);
 }

@@ -81,6 +81,7 @@ class FakeDatabase : public query::EngineDatabase {
     if (found->second.open_error) throw *found->second.open_error;
     return std::make_unique<FakeRecordset>(script_, found->second);
   }
+  query::TextMatch Texts() const override { return {}; }
   std::vector<query::TableSummary> Tables() const override { return {}; }
   std::int64_t Execute(std::string_view sql) override {
     script_.executed.emplace_back(sql);

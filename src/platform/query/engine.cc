@@ -62,6 +62,11 @@ class FileDatabase : public EngineDatabase {
     return std::make_unique<StatementRecordset>(open_.connection, sql);
   }
 
+  TextMatch Texts() const override {
+    const FileConnection open = open_.connection != nullptr ? open_ : connections_->Get(path_);
+    return TextMatch(open.connection->collation());
+  }
+
   std::vector<TableSummary> Tables() const override {
     const FileConnection open = open_.connection != nullptr ? open_ : connections_->Get(path_);
     const access::DatabaseFile& file = open.tables->File();

@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/query/text_match.h"
 #include "platform/runtime/value.h"
 
 namespace tenora::query {
@@ -84,6 +85,8 @@ class EngineDatabase {
   // "explain select …" gives a row for each table that the select would read: the table, how it
   // would be read now, by which columns, and the expected number of rows.
   virtual std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) = 0;
+  // Compares texts as statements over this database do.
+  virtual TextMatch Texts() const = 0;
   // The tables, then linked tables and saved queries.
   virtual std::vector<TableSummary> Tables() const = 0;
 

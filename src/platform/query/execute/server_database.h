@@ -19,6 +19,7 @@ class ServerDatabase : public EngineDatabase, private NumberServer {
   const std::string& Name() const override { return name_; }
   std::optional<BranchOrigin> Origin() const override;
   std::unique_ptr<Recordset> OpenRecordset(std::string_view sql, int type, int options) override;
+  TextMatch Texts() const override { return TextMatch(open_.connection->collation()); }
   std::vector<TableSummary> Tables() const override;
   // Raise 3027: the branch's file is where changes are made.
   std::int64_t Execute(std::string_view sql) override;

@@ -112,12 +112,6 @@ std::uint64_t Collation::Hash(std::string_view text) const {
   return hasher.Finish();
 }
 
-int CompareText(std::string_view left, std::string_view right) {
-  return Collation::Of(kBefore2010).Compare(left, right);
-}
-
-std::uint64_t HashText(std::string_view text) { return Collation::Of(kBefore2010).Hash(text); }
-
 void RegisterCollation(sqlite3* connection, const Collation& collation) {
   RequireDone(sqlite3_create_collation_v2(connection, kCollationName, SQLITE_UTF8,
                                           const_cast<Collation*>(&collation), Collate, nullptr));

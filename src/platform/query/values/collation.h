@@ -35,10 +35,6 @@ class Collation {
   std::array<std::uint16_t, kAsciiSize> ascii_{};
 };
 
-// By the order of the versions of the engine before 2010, where no database is at hand.
-int CompareText(std::string_view left, std::string_view right);
-std::uint64_t HashText(std::string_view text);
-
 // The name of a database's collation in a connection to it.
 inline constexpr char kCollationName[] = "engine";
 void RegisterCollation(sqlite3* connection, const Collation& collation);
