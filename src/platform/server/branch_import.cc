@@ -271,6 +271,11 @@ class Import {
       if (!change.empty()) TakeLayout(stored, table, change);
       if (table != nullptr) tables.push_back(Map(stored, *table));
     }
+    if (tables.empty()) {
+      throw ServerError(kLayoutChanged, "Branch '" + name_ + "' is left as it was: '" +
+                                            path_.string() +
+                                            "' has none of the tables that letters are made from");
+    }
     report_.tables_left_out = std::move(names);
     return tables;
   }

@@ -36,7 +36,7 @@ struct ImportReport {
 // In one transaction, so that readers see the rows of before or those of now; two imports of one
 // branch follow each other. Only the rows of pages in which something has changed are sent. A
 // branch that is not there yet is added for kTake. Raises what opening and reading the file raises,
-// ServerError, and 3190 for a layout that has changed.
+// ServerError, and 3190 for a layout that has changed or a file with none of the server's tables.
 ImportReport ImportBranch(Connection& connection, const std::string& branch,
                           const std::filesystem::path& file, LayoutChange layout);
 

@@ -109,6 +109,17 @@ TEST_F(BranchTest, GivesValuesOfEveryTypeAsTheFileHasThem) {
   }
 }
 
+TEST_F(BranchTest, LeavesTheRowsOfABranchWhereTheFileIsAnother) {
+  const std::int64_t rows = Import().rows;
+  const std::filesystem::path other = folder_ / "cellar.mdb";
+  std::ofstream(other, std::ios::binary) << test::Showcase(3);
+  const auto error = test::ErrorOf([&] {
+    ImportBranch(*Connection::Open("rents", kNoLimit), "North", other, LayoutChange::kTake);
+  });
+  EXPECT_THAT(error, HasSubstr("none of the tables that letters are made from"));
+  EXPECT_EQ(Branch::Open({"rents", "North"})->state().rows, rows);
+}
+
 TEST_F(BranchTest, FindsRowsOfKeysAsTheEngineComparesThem) {
   Import();
   const auto branch = Branch::Open({"rents", "North"});
