@@ -36,6 +36,7 @@ class KillingFile : public query::EngineDatabase {
     Step();
     return file_->OpenRecordset(sql, type, options);
   }
+  query::TextMatch Texts() const override { return file_->Texts(); }
   std::vector<query::TableSummary> Tables() const override { return file_->Tables(); }
   std::int64_t Execute(std::string_view sql) override {
     Step();
