@@ -315,14 +315,25 @@ bool Revoke(const ServerCall& call, std::ostream& output) {
   return seen;
 }
 
+// The branch's file. Counters taken from another one would leave the branch with two issuers.
 std::string FileOf(const Branches& branches, const ServerCall& call) {
-  if (!call.file.empty()) return NativePath(call.file);
-  if (branches.known.empty() || !branches.known.front().state) {
+  const bool brought = !branches.known.empty() && branches.known.front().state.has_value();
+  const std::string known = brought ? branches.known.front().state->file_name : "";
+  const std::string file = call.file.empty() ? known : NativePath(call.file).string();
+  if (file.empty()) {
     throw ServerError(
         server::server_error::kCallFailed,
         "The file of branch '" + call.branch + "' is not known; name it with --database");
   }
-  return branches.known.front().state->file_name;
+  namespace fs = std::filesystem;
+  if (brought && fs::weakly_canonical(file) != fs::weakly_canonical(known)) {
+    throw ServerError(server::server_error::kCallFailed,
+                      "Branch '" + call.branch + "' was brought from '" + known + "', not from '" +
+                          file +
+                          "'; where its file has moved, 'tenora server sync' brings it from "
+                          "there first");
+  }
+  return file;
 }
 
 void HandOverCounters(const ServerCall& call, std::ostream& output) {

@@ -112,6 +112,11 @@ TEST_F(ServerCommand, SyncTellsOfAFileThatIssuesTheServersNumbers) {
   };
   const auto sync = [&] { return Do({"sync", "--service", "group"}, 1).errors; };
   EXPECT_EQ(counters({}), "North: receipt numbers are issued by the file\n");
+  EXPECT_THAT(Do({"counters", "--branch", "North", "--here", "--service", "group", "--database",
+                  test::SampleDatabase().string()},
+                 1)
+                  .errors,
+              HasSubstr("Branch 'North' was brought from '" + Database().string() + "', not from"));
   counters({"--here"});
   EXPECT_EQ(counters({}), "North: receipt numbers are issued by the server\n");
   EXPECT_THAT(sync(), Not(HasSubstr("receipt numbers")));
