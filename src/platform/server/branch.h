@@ -49,7 +49,6 @@ class Branch : public std::enable_shared_from_this<Branch> {
  public:
   static std::shared_ptr<Branch> Open(const BranchLocation& location);
 
-  const BranchLocation& location() const { return location_; }
   const BranchState& state() const { return state_; }
   std::uint32_t sort_order() const { return sort_order_; }
   const std::vector<BranchTable>& tables() const { return tables_; }

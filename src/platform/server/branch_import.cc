@@ -41,7 +41,7 @@ struct ImportedTable {
 
 struct PageRows {
   std::int64_t rows = 0;
-  std::string digest;
+  std::string digest;  // in the server's hexadecimal form
   bool operator==(const PageRows&) const = default;
 };
 using Pages = std::map<std::uint32_t, PageRows>;
@@ -184,18 +184,9 @@ void EachPage(const ImportedTable& table,
 Pages ReadPages(const ImportedTable& table) {
   Pages pages;
   EachPage(table, [&](std::uint32_t page, std::int64_t rows, const std::string& lines) {
-    pages[page] = {rows, Sha256(lines)};
+    pages[page] = {rows, HexBytes(Sha256(lines))};
   });
   return pages;
-}
-
-std::string BytesOfHex(std::string_view text) {
-  std::string bytes;
-  for (text.remove_prefix(std::min<std::size_t>(2, text.size())); text.size() >= 2;
-       text.remove_prefix(2)) {
-    bytes += static_cast<char>(std::stoi(std::string(text.substr(0, 2)), nullptr, 16));
-  }
-  return bytes;
 }
 
 class Import {
@@ -375,8 +366,8 @@ class Import {
          .parameters = {Id(), stored}});
     Pages pages;
     for (int row = 0; row < found->rows(); ++row) {
-      pages[static_cast<std::uint32_t>(found->Integer(row, 0))] = {found->Integer(row, 1),
-                                                                   BytesOfHex(found->Text(row, 2))};
+      pages[static_cast<std::uint32_t>(found->Integer(row, 0))] = {
+          found->Integer(row, 1), std::string(found->Text(row, 2))};
     }
     return pages;
   }
@@ -470,7 +461,7 @@ class Import {
         if (!is_new(page)) continue;
         std::string line = std::to_string(page) + "\t" + stored + "\t" + std::to_string(held.rows);
         line += '\t';
-        AppendCopyField(HexBytes(held.digest), line);
+        AppendCopyField(held.digest, line);
         take(line + "\n");
       }
     });
