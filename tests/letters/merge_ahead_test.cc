@@ -7,6 +7,7 @@
 #include <chrono>
 #include <map>
 
+#include "letters/generate/run_log.h"
 #include "letters/generation.h"
 #include "letters/template_library.h"
 #include "platform/query/engine.h"

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "letters/frm_letter.h"
-#include "letters/generate/run_log.h"
+#include "letters/generate/run_ledger.h"
 #include "letters/generation.h"
 
 namespace tenora {
@@ -27,7 +27,7 @@ bool IsAsWritten(const LoggedLetter& letter, const std::filesystem::path& file);
 class LetterFiles {
  public:
   // The log outlives this object.
-  LetterFiles(RunLog& log, std::filesystem::path data_folder)
+  LetterFiles(RunLedger& log, std::filesystem::path data_folder)
       : log_(log), data_folder_(std::move(data_folder)) {}
 
   // The whole letter that an earlier run saved; empty when there is none. A damaged one is left as
@@ -50,7 +50,7 @@ class LetterFiles {
   bool ReplaceHeld(const frmLetter& letter, const LetterReport& report);
 
  private:
-  RunLog& log_;
+  RunLedger& log_;
   std::filesystem::path data_folder_;
 };
 

@@ -94,7 +94,7 @@ fs::path PdfBeside(fs::path letter) { return letter.replace_extension(".pdf"); }
 }  // namespace
 
 LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
-                     printing::Printers* printers, RunLog& log, LetterMaker& maker)
+                     printing::Printers* printers, RunLedger& log, LetterMaker& maker)
     : session_(session),
       after_error_(after_error),
       observer_(observer),

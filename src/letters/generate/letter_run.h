@@ -11,7 +11,7 @@
 #include "letters/generate/letter_maker.h"
 #include "letters/generate/letters_to_come.h"
 #include "letters/generate/merge_ahead.h"
-#include "letters/generate/run_log.h"
+#include "letters/generate/run_ledger.h"
 #include "letters/generation.h"
 #include "letters/letter_names.h"
 #include "output/email_sender.h"
@@ -23,7 +23,7 @@ namespace tenora {
 class LetterRun {
  public:
   LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
-            printing::Printers* printers, RunLog& log, LetterMaker& maker);
+            printing::Printers* printers, RunLedger& log, LetterMaker& maker);
 
   // Makes every letter that the log does not show as done or in doubt, in the way of each. So many
   // threads merge, 0 for one for each processor.
@@ -74,7 +74,7 @@ class LetterRun {
   Session& session_;
   const AfterError after_error_;
   GenerationObserver& observer_;
-  RunLog& log_;
+  RunLedger& log_;
   LetterFiles files_;
   const LetterNames names_;
   LetterMaker& maker_;

@@ -51,7 +51,8 @@ Codes CodesOfOwners(const Caches& caches, const Codes& owners) {
 
 }  // namespace
 
-LettersToCome::LettersToCome(Session& session, const RunLog& log, std::vector<std::size_t> numbers)
+LettersToCome::LettersToCome(Session& session, const RunLedger& log,
+                             std::vector<std::size_t> numbers)
     : session_(session), log_(log), numbers_(std::move(numbers)) {
   if (!server::IsBranchLocation(session.database.LastOpened().string())) numbers_.clear();
 }

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "letters/generate/run_log.h"
+#include "letters/generate/run_ledger.h"
 #include "rental/session.h"
 
 namespace tenora {
@@ -13,13 +13,13 @@ namespace tenora {
 class LettersToCome {
  public:
   // `numbers` of the letters to be merged, ascending. All arguments outlive this.
-  LettersToCome(Session& session, const RunLog& log, std::vector<std::size_t> numbers);
+  LettersToCome(Session& session, const RunLedger& log, std::vector<std::size_t> numbers);
   // Called before the letter of this number is merged. Raises nothing.
   void Before(std::size_t number);
 
  private:
   Session& session_;
-  const RunLog& log_;
+  const RunLedger& log_;
   std::vector<std::size_t> numbers_;
   std::size_t told_ = 0;  // place in numbers_ behind those that the database knows of
 };

@@ -106,7 +106,7 @@ class MergeAhead::Machine {
   bool template_used_ = false;
 };
 
-std::unique_ptr<MergeAhead> MergeAhead::Start(Session& session, const RunLog& log,
+std::unique_ptr<MergeAhead> MergeAhead::Start(Session& session, const RunLedger& log,
                                               LetterMaker& maker, const LetterNames& names,
                                               std::vector<std::size_t> numbers, unsigned threads) {
   if (threads == 0) threads = std::min(std::thread::hardware_concurrency(), kMostThreads);

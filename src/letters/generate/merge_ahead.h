@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "letters/generate/letter_maker.h"
-#include "letters/generate/run_log.h"
+#include "letters/generate/run_ledger.h"
 #include "letters/letter_check.h"
 #include "letters/letter_names.h"
 #include "merge/merge_target.h"
@@ -39,8 +39,8 @@ class MergeAhead {
   // one for each processor, up to four. Null where the run does better without: few letters, one
   // thread, a template that cannot be read, that asks or that takes receipt numbers, e-mails, which
   // wait for their server, and a database that is being changed. All arguments outlive this.
-  static std::unique_ptr<MergeAhead> Start(Session& session, const RunLog& log, LetterMaker& maker,
-                                           const LetterNames& names,
+  static std::unique_ptr<MergeAhead> Start(Session& session, const RunLedger& log,
+                                           LetterMaker& maker, const LetterNames& names,
                                            std::vector<std::size_t> numbers, unsigned threads = 0);
   MergeAhead(const MergeAhead&) = delete;
   MergeAhead& operator=(const MergeAhead&) = delete;

@@ -85,7 +85,7 @@ std::vector<fs::path> RunLogsIn(const fs::path& data_folder) {
 }
 
 RunLog::RunLog(const fs::path& data_folder, GenerationRequest request, const Clock& clock)
-    : data_folder_(data_folder), clock_(clock) {
+    : RunLedger(data_folder), clock_(clock) {
   const std::string stem =
       std::string(kRunLogPrefix) + FormatDate(clock.Now(), "yyyy-mm-dd hhnnss");
   fd_ = CreateLog(data_folder, stem, &path_);
@@ -107,8 +107,7 @@ RunLog::RunLog(const fs::path& data_folder, GenerationRequest request, const Clo
 }
 
 RunLog RunLog::Resume(const fs::path& path, const fs::path& data_folder, const Clock& clock) {
-  RunLog log(Resolved(path), clock);
-  log.data_folder_ = data_folder;
+  RunLog log(Resolved(path), data_folder, clock);
   log.Open();
   log.LockForChange();
   const std::size_t whole = log.Read();
@@ -119,7 +118,7 @@ RunLog RunLog::Resume(const fs::path& path, const fs::path& data_folder, const C
 
 LoggedRun RunLog::Contents(const fs::path& path) {
   const Clock clock;
-  RunLog log(Resolved(path), clock);
+  RunLog log(Resolved(path), fs::path(), clock);
   log.Open();
   log.Read();
   return std::move(log.run_);
@@ -127,7 +126,7 @@ LoggedRun RunLog::Contents(const fs::path& path) {
 
 std::optional<LoggedRun> RunLog::Look(const fs::path& path, const fs::path& data_folder) {
   const Clock clock;
-  RunLog log(Resolved(path), clock);
+  RunLog log(Resolved(path), fs::path(), clock);
   log.Open();
   if (!log.LockOld(LOCK_SH)) return std::nullopt;
   if (!BeginsRunLog(ReadLog(log.fd_, log.path_, 0, kLongestRemark))) return std::nullopt;
@@ -140,7 +139,7 @@ std::optional<LoggedRun> RunLog::Look(const fs::path& path, const fs::path& data
 std::optional<LoggedRun> RunLog::History(const fs::path& path, std::string_view template_kind,
                                          std::string_view template_name) {
   const Clock clock;
-  RunLog log(path, clock);
+  RunLog log(path, fs::path(), clock);
   log.fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (log.fd_ < 0) return std::nullopt;
   try {
@@ -160,7 +159,7 @@ std::optional<LoggedRun> RunLog::Holding(const fs::path& path, std::string_view 
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (fd < 0) return std::nullopt;
   const Clock clock;
-  RunLog log(path, clock);
+  RunLog log(path, fs::path(), clock);
   log.fd_ = fd;
   try {
     const std::string all = ReadLog(fd, path);
@@ -173,7 +172,7 @@ std::optional<LoggedRun> RunLog::Holding(const fs::path& path, std::string_view 
 }
 
 void RunLog::Forget(const fs::path& path, const Clock& clock) {
-  RunLog log(Resolved(path), clock);
+  RunLog log(Resolved(path), fs::path(), clock);
   log.Open();
   log.LockForChange();
   const std::string text = ReadLog(log.fd_, log.path_);
@@ -205,11 +204,10 @@ std::size_t RunLog::Read() {
 }
 
 RunLog::RunLog(RunLog&& other) noexcept
-    : path_(std::move(other.path_)),
-      data_folder_(std::move(other.data_folder_)),
+    : RunLedger(static_cast<RunLedger&&>(other)),
+      path_(std::move(other.path_)),
       clock_(other.clock_),
       fd_(std::exchange(other.fd_, -1)),
-      run_(std::move(other.run_)),
       noted_(std::move(other.noted_)) {}
 
 RunLog::~RunLog() {
@@ -250,27 +248,12 @@ void RunLog::CheckOrigin(const fs::path& data_folder) const {
   }
 }
 
-void RunLog::Note(std::size_t number, LetterState state, const std::string& detail,
-                  const std::string& fingerprint) {
-  LoggedLetter& letter = run_.letters[number - 1];
-  letter.state = state;
-  letter.detail = detail;
-  const std::string& written = FingerprintIn(state, detail, fingerprint);
-  if (!written.empty()) letter.fingerprint = written;
-  noted_ += RunLogLine(state, number, recipient(number).name, letter);
+void RunLog::LetterNoted(std::size_t number) {
+  const LoggedLetter& noted = letter(number);
+  noted_ += RunLogLine(noted.state, number, recipient(number).name, noted);
 }
 
-void RunLog::NoteFile(std::size_t number, const fs::path& file) {
-  LoggedLetter& letter = run_.letters[number - 1];
-  const std::string name =
-      file.empty() ? std::string() : file.lexically_relative(data_folder_).string();
-  if (name == letter.file) return;
-  letter.file = name;
-  letter.fingerprint.clear();
-}
-
-void RunLog::NoteAnswer(const std::string& prompt, const std::string& answer) {
-  run_.request.answers[prompt] = answer;
+void RunLog::AnswerNoted(const std::string& prompt, const std::string& answer) {
   noted_ += RunLogAnswer(prompt, answer);
 }
 

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "letters/generate/run_ledger.h"
 #include "letters/generate/run_log_format.h"
 #include "platform/runtime/clock.h"
 
@@ -21,7 +22,7 @@ inline constexpr std::string_view kRunLogPrefix = "Letters ";
 // cannot be listed. Raises nothing.
 std::vector<std::filesystem::path> RunLogsIn(const std::filesystem::path& data_folder);
 
-class RunLog {
+class RunLog final : public RunLedger {
  public:
   // A new log in the data folder, "Letters 2026-11-21 093000.log" or "… (1).log" where that is
   // taken; its head is on the disk when this returns. Raises the errors of FileError.
@@ -51,32 +52,20 @@ class RunLog {
   static void Forget(const std::filesystem::path& path, const Clock& clock);
   RunLog(RunLog&& other) noexcept;
   RunLog& operator=(RunLog&&) = delete;
-  ~RunLog();
+  ~RunLog() override;
 
-  const std::filesystem::path& path() const { return path_; }
-  const LoggedRun& run() const { return run_; }
-  const GenerationRequest& request() const { return run_.request; }
-  const Recipient& recipient(std::size_t number) const {
-    return run_.request.recipients[number - 1];
-  }
-  const LoggedLetter& letter(std::size_t number) const { return run_.letters[number - 1]; }
-  std::size_t count() const { return run_.letters.size(); }
-
-  // Notes what is to be written on a letter; the file is kept where none is given. Nothing reaches
-  // the log before Write.
-  void Note(std::size_t number, LetterState state, const std::string& detail = {},
-            const std::string& fingerprint = {});
-  void NoteFile(std::size_t number, const std::filesystem::path& file);
-  // Keeps an answer for every letter from now on.
-  void NoteAnswer(const std::string& prompt, const std::string& answer);
-  void Note(RunRemark remark);
-  // Writes the pending lines: they survive the end of this process.
-  void Write();
-  // Writes and waits for the disk: they survive a power cut too.
-  void Sync();
+  std::filesystem::path path() const override { return path_; }
+  // Nothing reaches the log before Write.
+  void Note(RunRemark remark) override;
+  using RunLedger::Note;
+  void Write() override;
+  void Sync() override;
 
  private:
-  RunLog(std::filesystem::path path, const Clock& clock) : path_(std::move(path)), clock_(clock) {}
+  RunLog(std::filesystem::path path, const std::filesystem::path& data_folder, const Clock& clock)
+      : RunLedger(data_folder), path_(std::move(path)), clock_(clock) {}
+  void LetterNoted(std::size_t number) override;
+  void AnswerNoted(const std::string& prompt, const std::string& answer) override;
   void Open();
   void LockNew();
   // False for a run in progress.
@@ -87,10 +76,8 @@ class RunLog {
   void CheckOrigin(const std::filesystem::path& data_folder) const;
 
   std::filesystem::path path_;
-  std::filesystem::path data_folder_;
   const Clock& clock_;
   int fd_ = -1;
-  LoggedRun run_;
   std::string noted_;
 };
 
