@@ -33,10 +33,10 @@ void PostgresServer::Crash() { Cluster({"crash", folder_}); }
 void PostgresServer::Restart() { Cluster({"restart", folder_}); }
 
 void PostgresServer::AddService(const std::string& service, const std::string& database,
-                                const std::string& login) {
+                                const std::string& login, const std::string& socket_folder) {
   std::ofstream(services_ / "services", std::ios::app)
-      << "[" << service << "]\nhost=" << folder_ << "\ndbname=" << database << "\nuser=" << login
-      << "\n";
+      << "[" << service << "]\nhost=" << (socket_folder.empty() ? folder_ : socket_folder)
+      << "\ndbname=" << database << "\nuser=" << login << "\n";
 }
 
 std::string PostgresServer::Run(const std::string& database, const std::string& sql) {

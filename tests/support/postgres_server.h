@@ -25,9 +25,10 @@ class PostgresServer {
   void MakeDatabase(const std::string& name);
   // A login that has this role ("tenora_reader"), and the service "DATABASE-LOGIN" for it.
   void MakeLogin(const std::string& database, const std::string& login, const std::string& role);
-  // The service of that name: a database and who logs in there.
-  void AddService(const std::string& service, const std::string& database,
-                  const std::string& login);
+  // The service of that name: a database and who logs in there, by the server's own socket or one
+  // in another folder.
+  void AddService(const std::string& service, const std::string& database, const std::string& login,
+                  const std::string& socket_folder = {});
   // Runs statements as the owner; returns what they print, a line a row, fields separated by "|".
   std::string Run(const std::string& database, const std::string& sql);
   // Stops as hard as a power cut, until Restart.

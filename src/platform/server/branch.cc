@@ -11,8 +11,8 @@
 namespace tenora::server {
 namespace {
 
-// As long as the engine gives a statement.
-constexpr std::chrono::seconds kTimeLimit{60};
+// Less than a silent server is waited for: one that is only slow says so itself.
+constexpr std::chrono::seconds kTimeLimit{50};
 constexpr int kRowsAtOnce = 5000;
 
 // Result columns of StateQuery.

@@ -354,7 +354,7 @@ class Import {
                           std::to_string(static_cast<int>(column.type)),
                           std::to_string(column.length), std::to_string(column.precision),
                           std::to_string(column.scale), std::to_string(column.sort_order),
-                          stored.empty() ? std::nullopt : std::optional(stored)}});
+                          stored.empty() ? Parameter(std::nullopt) : Parameter(stored)}});
     }
     connection_.RunTogether(queries);
   }

@@ -3,7 +3,8 @@
 
 namespace tenora::server {
 
-std::unique_ptr<Connection> Connection::Open(const std::string& service, std::chrono::seconds) {
+std::unique_ptr<Connection> Connection::Open(const std::string& service, std::chrono::seconds,
+                                             const Waiting&) {
   throw ServerError(server_error::kConnectionFailed,
                     "The service '" + service +
                         "' cannot be reached: this Tenora was built without libpq (Debian: "

@@ -31,8 +31,7 @@ RunningNumbers RunningNumbers::Of(Connection& connection, const std::string& ser
   return {connection, found->Integer(0, 0)};
 }
 
-ResultPtr RunningNumbers::Ask(const std::string& sql,
-                              std::vector<std::optional<std::string>> more) {
+ResultPtr RunningNumbers::Ask(const std::string& sql, std::vector<Parameter> more) {
   more.insert(more.begin(), std::to_string(branch_));
   return connection_.Run(Query{.sql = sql, .parameters = std::move(more)});
 }

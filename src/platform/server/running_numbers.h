@@ -49,7 +49,7 @@ class RunningNumbers {
   std::vector<NumberSeries> All();
 
  private:
-  ResultPtr Ask(const std::string& sql, std::vector<std::optional<std::string>> more = {});
+  ResultPtr Ask(const std::string& sql, std::vector<Parameter> more = {});
 
   Connection& connection_;
   std::int64_t branch_;

@@ -16,6 +16,13 @@ std::string Quoted(std::string_view text, char quote) {
 
 }  // namespace
 
+ServerError::ServerError(int number, const std::string& description, std::string state)
+    : RuntimeError(number, description, "DAO.Database"),
+      failure_(state.empty() && number == server_error::kConnectionFailed
+                   ? ServerFailure::kNotConnected
+                   : ServerFailure::kRefused),
+      state_(std::move(state)) {}
+
 std::int64_t Result::Integer(int row, int column) const {
   const std::string_view text = Text(row, column);
   std::int64_t number = 0;
@@ -25,6 +32,23 @@ std::int64_t Result::Integer(int row, int column) const {
                       "The server gave '" + std::string(text) + "' where a number was expected.");
   }
   return number;
+}
+
+std::string Result::BytesOf(int row, int column) const {
+  if (IsNull(row, column)) return {};
+  const std::string_view text = Text(row, column);
+  std::string bytes;
+  bool good = text.starts_with("\\x") && text.size() % 2 == 0;
+  for (std::size_t i = 2; good && i < text.size(); i += 2) {
+    constexpr int kHexadecimal = 16;
+    unsigned char byte = 0;
+    const char* const end = text.data() + i + 2;
+    good = std::from_chars(text.data() + i, end, byte, kHexadecimal).ptr == end;
+    bytes += static_cast<char>(byte);
+  }
+  if (good) return bytes;
+  throw ServerError(server_error::kCallFailed,
+                    "The server gave '" + std::string(text) + "' where bytes were expected.");
 }
 
 // With standard_conforming_strings, which every connection of ours sets.

@@ -195,6 +195,9 @@ class KillingConnection : public Connection {
   void BeginCopy(const std::string& sql) override { Step().BeginCopy(sql); }
   void CopyText(std::string_view lines) override { Step().CopyText(lines); }
   std::int64_t EndCopy() override { return Step().EndCopy(); }
+  std::vector<Notice> WaitForNotices(std::chrono::milliseconds time) override {
+    return Step().WaitForNotices(time);
+  }
   bool IsBroken() const override { return connection_->IsBroken(); }
   int round_trips() const override { return connection_->round_trips(); }
   std::string Address() const override { return connection_->Address(); }
