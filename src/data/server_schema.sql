@@ -215,6 +215,16 @@ begin
   end loop;
 end $$;
 
+-- Counts what the tables hold. Until then the server takes a new branch for an empty one, and reads
+-- all of its rows for every look-up.
+create function rental.take_statistics()
+returns void language plpgsql security definer set search_path = pg_catalog, pg_temp as $$
+begin
+  analyze rental.owner, rental.property, rental.tenancy, rental.glcodes, rental.options,
+    rental.revenues, rental.rent_periods, rental.rentchanges, rental.insp_schedule,
+    rental.custom_fields, rental.page;
+end $$;
+
 -- What a login may do. Logins are made by the administrator and given one of these roles.
 do $$
 declare
@@ -244,7 +254,8 @@ revoke insert, update, delete on rental.may_see, rental.version, rental.table_ki
   rental.counter from tenora_sync;
 revoke execute on all functions in schema rental from public;
 grant execute on function rental.next_number(int, text, bytea) to tenora_worker;
-grant execute on function rental.add_branch(text), rental.find_breaks(int) to tenora_sync;
+grant execute on function rental.add_branch(text), rental.find_breaks(int), rental.take_statistics()
+  to tenora_sync;
 
 -- A login sees its branches only. The session's user counts, which no login can change, not the
 -- role that it has set.

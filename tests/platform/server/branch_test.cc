@@ -181,6 +181,19 @@ TEST_F(BranchTest, BringsOnlyThePagesThatChanged) {
   ExpectSameRows(*branch, file_);
 }
 
+TEST_F(BranchTest, TellsTheServerHowManyRowsABranchHas) {
+  Import();
+  server_.Run("rents", "analyze");
+  Import(LayoutChange::kTake, "South");
+  // By the statistics of before there would be one row, and each look-up would read the branch.
+  const std::string plan =
+      server_.Run("rents", "explain (format yaml) select from rental.revenues where branch = 2");
+  const std::string field = "Plan Rows: ";
+  const std::size_t at = plan.find(field);
+  ASSERT_NE(at, std::string::npos) << plan;
+  EXPECT_GT(std::stoi(plan.substr(at + field.size())), 300) << plan;
+}
+
 // A connection over which the process ends, as if killed, at the call with this number.
 class KillingConnection : public Connection {
  public:
