@@ -103,8 +103,7 @@ std::vector<ChosenBranch> ChooseBranches(Session& session, const GenerateCall& c
 }
 
 fs::path BranchFolder(const fs::path& data_folder, const std::string& branch) {
-  const std::string safe = SafeFileName(branch);
-  return data_folder / kBranches / (safe == branch ? safe : FileNameWithHash(branch));
+  return data_folder / kBranches / DistinctFileName(branch);
 }
 
 std::vector<fs::path> BranchFolders(const fs::path& data_folder) {

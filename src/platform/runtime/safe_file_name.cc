@@ -49,6 +49,14 @@ std::string WithHash(std::string_view safe, std::string_view name, std::size_t l
   return result.append(suffix.data());
 }
 
+bool EndsInHash(std::string_view name) {
+  constexpr std::size_t kSuffix = 9;
+  if (name.size() < kSuffix) return false;
+  const std::string_view suffix = name.substr(name.size() - kSuffix);
+  return suffix.front() == '~' &&
+         suffix.substr(1).find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
 struct SafeName {
   std::string text;
   bool ambiguous = false;  // another name may become the same text
@@ -116,6 +124,11 @@ std::string FileNameFault(std::string_view given, std::size_t longest) {
 
 std::string FileNameWithHash(std::string_view name, std::size_t longest) {
   return WithHash(Sanitized(name, Rules::kWindows).text, name, longest);
+}
+
+std::string DistinctFileName(std::string_view name, std::size_t longest) {
+  std::string safe = SafeFileName(name, longest);
+  return safe == name && !EndsInHash(name) ? safe : FileNameWithHash(name, longest);
 }
 
 std::string FileNameOfVersion1(std::string_view name, std::size_t longest) {

@@ -27,6 +27,10 @@ std::string FileNameFault(std::string_view name, std::size_t longest = kLongestF
 // The safe form of a name, always followed by the hash of the name.
 std::string FileNameWithHash(std::string_view name, std::size_t longest = kLongestFileName);
 
+// The safe form of a name, which no other name has: every name that is not its own safe form, or
+// looks as if it ended in a hash, is followed by its hash.
+std::string DistinctFileName(std::string_view name, std::size_t longest = kLongestFileName);
+
 // The name as version 1.0 made it, which knew nothing of what Windows forbids: it kept : " * ? < >
 // | and the names of devices. To find what it saved.
 std::string FileNameOfVersion1(std::string_view name, std::size_t longest = kLongestFileName);

@@ -106,6 +106,22 @@ TEST(SafeFileName, KeepsNamesApartThatOneSubstituteWouldJoin) {
   EXPECT_NE(SafeFileName(Repeat("x", 300)), SafeFileName(Repeat("x", 299) + "y"));
 }
 
+TEST(DistinctFileName, IsNoOtherNamesWhateverThatIs) {
+  std::set<std::string> names;
+  const auto add = [&](const std::string& name) {
+    const std::string file = DistinctFileName(name);
+    EXPECT_TRUE(names.insert(file).second) << name << " is " << file;
+    return file;
+  };
+  EXPECT_EQ(add("North"), "North");
+  EXPECT_EQ(add("North~1"), "North~1");
+  for (const char* const name : {"trail", "trail.", "trail?", "a/b", "a-b"}) {
+    // As a name of its own it is disguised once more.
+    std::string file = add(name);
+    for (int i = 0; i < 2 && file != name; ++i) file = add(file);
+  }
+}
+
 TEST(SafeFileName, CutsAtACharacterAndIsTheSameEveryTime) {
   for (const std::size_t longest : {255U, 120U, 40U}) {
     const std::string cut = SafeFileName(Repeat("ā", 200), longest);
