@@ -1,8 +1,11 @@
 #include "data/options.h"
 
+#include <algorithm>
+
 #include "data/sql_text.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/conversion.h"
+#include "platform/runtime/text.h"
 
 namespace tenora {
 namespace {
@@ -51,7 +54,12 @@ void Options::LoadOptions() {
   step([&] { SmtpPort = ToInt16(number("SmtpPort")); });
   step([&] { SmtpSSL = ToBool(number("SmtpSSL")); });
   step([&] { SmtpUsername = text("SmtpUsername"); });
-  step([&] { SmtpPassword = text("SmtpPassword"); });
+  // Of a branch on a server not every login may read it: there the column is missing.
+  const bool withheld =
+      database_.Origin() && std::ranges::none_of(set->FieldNames(), [](const std::string& name) {
+        return EqualsNoCase(name, "SmtpPassword");
+      });
+  step([&] { SmtpPassword = withheld ? "" : text("SmtpPassword"); });
   step([&] { SmtpSender = text("SmtpSender"); });
   step([&] { SmtpRecipient = text("SmtpRecipient"); });
   database_.DataClose(set);

@@ -21,6 +21,12 @@ struct EmailBody {
   std::vector<mail::Part> attachments;
 };
 
+// Whether the mail server needs a login whose password the options keep from this program: on a
+// server only the role "worker" may read it.
+bool MailPasswordIsWithheld(Session& session);
+// Raises 70 (Permission denied) with the reason where it is.
+void RequireMailPassword(Session& session);
+
 class clsEmailSender {
  public:
   explicit clsEmailSender(Session& session) : session_(session) {}
@@ -37,7 +43,8 @@ class clsEmailSender {
   // Opens the mail program's compose window; nothing is sent. The body is always taken as HTML.
   bool SendEmailOutlook(const std::string& recipient, const EmailBody& body,
                         const std::string& subject);
-  // Sends at once. Messages of one sender share a connection.
+  // Sends at once; not without the mail server's password. Messages of one sender share a
+  // connection.
   bool SendEmailSMTP(const std::string& recipient, const EmailBody& body,
                      const std::string& subject, bool isHtml);
 

@@ -135,6 +135,72 @@ TEST_F(ServerLetters, AreNotMadeFromALocalFileWhenTheServerIsAway) {
   }
 }
 
+// What a login may not read is no empty text.
+TEST_F(ServerLetters, AreNotMailedWithoutThePasswordThatTheLoginMayNotRead) {
+  auto& server = test::PostgresServer::Get();
+  for (const char* const role : {"clerk", "worker"}) {
+    server.MakeLogin("office", role, std::string("tenora_") + role);
+    server.Run("office", std::string("insert into rental.may_see select '") + role +
+                             "', id from rental.branch");
+  }
+  const std::string unread = "3112 - Record(s) cannot be read; no read permission on '",
+                    refused = "70 - Permission denied: the mail server needs a password",
+                    unreachable = "0 of 1 letter mailed";
+  const struct {
+    std::string role, user;
+    std::vector<std::string> call;
+    std::string output, error;
+    bool made;
+  } cases[] = {
+      {"clerk",
+       "agent",
+       {"query", "select smtppassword from options"},
+       "",
+       unread + "options.SmtpPassword'",
+       false},
+      {"clerk",
+       "agent",
+       {"query",
+        "select name from tenancy where exists (select * from options o where "
+        "o.smtppassword = name)"},
+       "",
+       unread + "o.SmtpPassword'",
+       false},
+      {"clerk",
+       "agent",
+       {"query", "select * from options"},
+       "SmtpUsername\tSmtpSender\t",
+       "",
+       false},
+      {"worker", "agent", {"query", "select smtppassword from options"}, "geheim", "", false},
+      {"clerk", "agent", {"generate"}, "", refused, false},
+      // A mail server without logins needs no password.
+      {"clerk", "", {"generate"}, "Receipt.rtf", unreachable, true},
+      {"worker", "agent", {"generate"}, "Receipt.rtf", unreachable, true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.role + " " + testing::PrintToString(c.call));
+    server.Run("office",
+               "update rental.options set smtpsend = true, smtpaddress = '127.0.0.1', smtpport = "
+               "1, smtppassword = 'geheim', smtpusername = '" +
+                   c.user + "'");
+    const std::string location = "service=office-" + c.role + " branch=North";
+    ReadFrom(location);
+    std::vector<std::string> call = c.call;
+    if (call.front() == "query") {
+      call.insert(call.begin() + 1, location);
+    } else {
+      call.insert(call.end(), {"--template", "Receipt", "--to", "email", "--subject", "Rent",
+                               "--recipient", "T00001"});
+    }
+    const Done done = TakeAll(call);
+    EXPECT_THAT(done.output, HasSubstr(c.output));
+    EXPECT_THAT(done.errors, HasSubstr(c.error));
+    EXPECT_EQ(done.status, c.error.empty() ? 0 : 1);
+    EXPECT_EQ(!done.files.empty(), c.made);
+  }
+}
+
 // Head office with two branches in which the same codes are of other people.
 class LettersAcrossBranches : public ServerLetters {
  protected:

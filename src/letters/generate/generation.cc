@@ -10,6 +10,7 @@
 #include "letters/generate/run_log.h"
 #include "letters/letter_names.h"
 #include "merge/condition.h"
+#include "output/email_sender.h"
 #include "platform/dialogs/guard.h"
 #include "platform/runtime/error.h"
 #include "platform/runtime/files.h"
@@ -74,6 +75,7 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
   }
   RequireSoundPattern(*request.name_pattern, request.template_kind);
   RequirePrinter(printers_, request.destination);
+  if (request.destination == Destination::kEmail) RequireMailPassword(session_);
   RequireFolder(session_.database.DataFolder());
   LetterMaker maker(session_, request, BadFutureDates(after_error_));
   maker.ReadTemplate();
@@ -91,6 +93,7 @@ GenerationSummary Generation::Resume(const std::filesystem::path& log_path, Resu
   LoadRentalData(session_);
   if (before.empty()) one_file.emplace(session_.database, session_.database.LastOpened());
   RequirePrinter(printers_, log.request().destination);
+  if (log.request().destination == Destination::kEmail) RequireMailPassword(session_);
   LetterMaker maker(session_, log.request(), BadFutureDates(after_error_));
   log.Note(RunRemark::kResumed);
   log.Sync();

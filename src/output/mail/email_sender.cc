@@ -4,11 +4,15 @@
 #include <utility>
 
 #include "output/html/html_characters.h"
+#include "platform/access/engine_error.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/mail_client.h"
+#include "platform/query/engine.h"
 #include "platform/runtime/clock.h"
+#include "platform/runtime/error.h"
 #include "platform/runtime/text.h"
 #include "platform/runtime/user_folders.h"
+#include "platform/server/branch_location.h"
 
 namespace tenora {
 namespace {
@@ -35,6 +39,29 @@ std::string NoMailClientText(const mail::NoMailClient& error) {
 std::filesystem::path DraftFolder() { return UserFolder("XDG_CACHE_HOME", ".cache") / "Tenora"; }
 
 }  // namespace
+
+bool MailPasswordIsWithheld(Session& session) {
+  const Options& options = session.options;
+  const std::filesystem::path& database = session.database.LastOpened();
+  if (!options.SmtpSend || options.SmtpUsername.empty() || !options.SmtpPassword.empty() ||
+      !server::IsBranchLocation(database.string())) {
+    return false;
+  }
+  try {
+    session.platform.workspace.OpenDatabase(database)->OpenRecordset(
+        "select SmtpPassword from options", query::kForwardOnly, query::kReadOnly);
+  } catch (const RuntimeError& error) {
+    return error.number() == access::engine_error::kNoReadPermission;
+  }
+  return false;
+}
+
+void RequireMailPassword(Session& session) {
+  if (!MailPasswordIsWithheld(session)) return;
+  throw StandardError(error_number::kPermissionDenied,
+                      "the mail server needs a password, and this login may not read it on the "
+                      "database server; one with the role worker may");
+}
 
 bool clsEmailSender::DeliverEmail(const std::string& recipient, const EmailBody& body,
                                   const std::string& subject, bool isHtml) {
@@ -100,6 +127,7 @@ mail::Address clsEmailSender::Sender() const {
 
 void clsEmailSender::SendBySmtp(const std::string& recipient, const EmailBody& body,
                                 const std::string& subject, bool isHtml) {
+  RequireMailPassword(session_);
   mail::Message message;
   message.from = Sender();
   message.to = mail::ParseAddresses(recipient);

@@ -27,6 +27,7 @@ inline constexpr int kAmbiguousName = 3079;
 inline constexpr int kUnknownFunction = 3085;
 inline constexpr int kOrderConflict = 3093;
 inline constexpr int kAggregateInCriteria = 3096;
+inline constexpr int kNoReadPermission = 3112;
 inline constexpr int kNotGrouped = 3122;
 inline constexpr int kNoSuchColumn = 3127;
 inline constexpr int kNotASelect = 3129;

@@ -96,7 +96,6 @@ std::vector<ResultPtr> Branch::RunInState(std::vector<Query> queries) {
 }
 
 void Branch::LoadTables() {
-  // The name of a column that a login may not read is kept, as null for it.
   const std::string branch = std::to_string(id_);
   const Query queries[] = {
       {.sql = "begin isolation level repeatable read read only", .parameters = {}},
@@ -134,10 +133,14 @@ void Branch::LoadTables() {
       column.sort_order = static_cast<std::uint32_t>(columns.Integer(i, 6));
       const std::string stored(columns.Text(i, 7));
       const bool readable = columns.Boolean(i, 8);
-      if (!stored.empty() && readable && std::ranges::count(found_by, stored) > 0) {
+      if (!readable) {
+        table.withheld.push_back(std::move(column.name));
+        continue;
+      }
+      if (!stored.empty() && std::ranges::count(found_by, stored) > 0) {
         table.found_by.push_back(table.columns.size());
       }
-      table.expressions.push_back(readable ? SelectedExpression(stored, column) : "null");
+      table.expressions.push_back(SelectedExpression(stored, column));
       table.columns.push_back(std::move(column));
     }
     loaded.push_back(std::move(table));

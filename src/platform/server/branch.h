@@ -30,6 +30,7 @@ struct BranchTable {
   std::string stored;                    // the server's name
   std::vector<access::Column> columns;   // as in the file
   std::vector<std::string> expressions;  // of each column on the server
+  std::vector<std::string> withheld;     // the names of columns that this login may not read
   std::int64_t rows = 0;
   // The columns by whose values rows are found on the server. None: the table is read whole.
   std::vector<std::size_t> found_by;

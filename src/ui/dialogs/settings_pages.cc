@@ -22,6 +22,7 @@
 #include "letters/letter_names.h"
 #include "letters/template_library.h"
 #include "merge/condition.h"
+#include "output/email_sender.h"
 #include "output/spelling_choice.h"
 #include "platform/runtime/clock.h"
 #include "platform/runtime/files.h"
@@ -193,7 +194,11 @@ MailPage::MailPage(Session& session) {
                        : tr("encrypted by STARTTLS"),
       "lblSmtpSSL");
   add(tr("Login"), Shown(options.SmtpUsername), "lblSmtpUsername");
-  add(tr("Password"), options.SmtpPassword.empty() ? tr("none") : tr("stored, not shown"),
+  const bool withheld = MailPasswordIsWithheld(session);
+  add(tr("Password"),
+      withheld                       ? tr("only for logins with the role worker")
+      : options.SmtpPassword.empty() ? tr("none")
+                                     : tr("stored, not shown"),
       "lblSmtpPassword");
   add(tr("Sender"), Shown(options.SmtpSender), "lblSmtpSender");
   mail::Server server;
@@ -208,8 +213,13 @@ MailPage::MailPage(Session& session) {
                 "management package's own options.")));
   layout->addSpacing(6);
   layout->addLayout(form);
-  layout->addWidget(new TestRunner(tr("&Test Connection"), "cmdTestMail", [server] {
-    return [server] { return TestMailServer(server); };
+  layout->addWidget(new TestRunner(tr("&Test Connection"), "cmdTestMail", [server, withheld] {
+    return [server, withheld] {
+      return withheld ? TestResult{false,
+                                   "This login may not read the mail password on the database "
+                                   "server: it sends no e-mail."}
+                      : TestMailServer(server);
+    };
   }));
   layout->addStretch();
 }

@@ -44,6 +44,8 @@ class ServerTable : public TableSource {
     if (table_.found_by.empty()) Load();
   }
 
+  std::span<const std::string> withheld() const override { return table_.withheld; }
+
   CachedTable& Load() override {
     if (rows_ == nullptr) {
       rows_ = std::make_shared<CachedTable>(name(), table_.columns, row_count(),

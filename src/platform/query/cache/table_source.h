@@ -62,6 +62,8 @@ class TableSource {
 
   const std::string& name() const { return name_; }
   const std::vector<SourceColumn>& columns() const { return columns_; }
+  // The names of further columns, which the login may not read.
+  virtual std::span<const std::string> withheld() const { return {}; }
   // An estimate.
   std::int64_t row_count() const { return row_count_; }
 

@@ -147,6 +147,10 @@ void ExpressionTranslator::NoteUnknownName(const Expression& column) {
 Fragment ExpressionTranslator::TranslateColumn(const Expression& expression) {
   const Scope::Match match = scope_.Find(expression.qualifier, expression.name);
   if (match.column == nullptr) {
+    if (!match.withheld.empty()) {
+      state_.Fail(engine_error::kNoReadPermission,
+                  "Record(s) cannot be read; no read permission on '" + match.withheld + "'.");
+    }
     if (expression.qualifier.empty()) {
       if (const Alias* const alias = FindAlias(expression.name)) return alias->fragment;
     }

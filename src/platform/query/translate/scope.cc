@@ -1,5 +1,7 @@
 #include "platform/query/translate/scope.h"
 
+#include <algorithm>
+
 #include "platform/runtime/text.h"
 
 namespace tenora::query {
@@ -24,12 +26,17 @@ Scope::Match Scope::Find(std::string_view qualifier, std::string_view name) cons
   for (const ScopeSource& source : sources_) {
     if (!qualifier.empty() && !EqualsNoCase(source.name, qualifier)) continue;
     const ScopeColumn* const column = FindColumn(source, name);
-    if (column == nullptr) continue;
+    if (column == nullptr) {
+      const auto same = [&](const std::string& one) { return EqualsNoCase(one, name); };
+      const auto withheld = std::ranges::find_if(source.withheld, same);
+      if (withheld != source.withheld.end()) match.withheld = source.name + "." + *withheld;
+      continue;
+    }
     if (match.column != nullptr) match.ambiguous = true;
     match.column = column;
     match.source = &source;
   }
-  if (match.column == nullptr && outer_ != nullptr) {
+  if (match.column == nullptr && match.withheld.empty() && outer_ != nullptr) {
     match = outer_->Find(qualifier, name);
     match.outer = true;
   }

@@ -19,7 +19,8 @@ struct ScopeColumn {
 struct ScopeSource {
   std::string name;  // the alias, or else the table name
   std::vector<ScopeColumn> columns = {};
-  std::string row_key = {};  // SQL; empty if the source is a subquery
+  std::string row_key = {};                // SQL; empty if the source is a subquery
+  std::vector<std::string> withheld = {};  // columns of the table that may not be read
 };
 
 class Scope {
@@ -34,7 +35,8 @@ class Scope {
     const ScopeColumn* column = nullptr;
     const ScopeSource* source = nullptr;
     bool ambiguous = false;
-    bool outer = false;  // found in an enclosing select
+    bool outer = false;         // found in an enclosing select
+    std::string withheld = {};  // without a column: "Table.Column" of one that may not be read
   };
   // Case-insensitive; `qualifier` may be empty.
   Match Find(std::string_view qualifier, std::string_view name) const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <span>
 #include <unordered_map>
 
 #include "platform/query/sql/parser.h"
@@ -367,6 +368,8 @@ std::string SelectTranslator::TranslateTable(const Source& source, Scope& scope)
     added.columns.push_back(
         {.name = column.name, .type = column.type, .sql = alias + ".c" + std::to_string(i)});
   }
+  const std::span<const std::string> withheld = entry.table->withheld();
+  added.withheld.assign(withheld.begin(), withheld.end());
   if (scope.FindSource(added.name) != nullptr)
     state_.Fail(engine_error::kSyntax,
                 "Duplicate table name '" + added.name + "' in the FROM clause.");
