@@ -4,9 +4,9 @@
 #include <ostream>
 #include <system_error>
 
+#include "data/data_age.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/clock.h"
-#include "platform/runtime/format.h"
 #include "platform/runtime/safe_file_name.h"
 #include "platform/server/branch_list.h"
 #include "platform/server/branch_location.h"
@@ -35,17 +35,6 @@ std::string Quoted(const std::vector<std::string>& names) {
   std::string text;
   for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
   return text;
-}
-
-// "08:00", of another day "21 November 2026 08:00".
-std::string TimeText(Date taken, Date now) {
-  return FormatDate(taken, taken.DateOnly() == now.DateOnly() ? "hh:nn" : "d mmmm yyyy hh:nn");
-}
-
-bool IsOlder(Date taken, Date now, std::chrono::minutes age) {
-  const std::int64_t days = DaysBetween(taken.DateOnly(), now.DateOnly());
-  const std::int64_t seconds = now.SecondOfDay() - taken.SecondOfDay();
-  return std::chrono::days(days) + std::chrono::seconds(seconds) > age;
 }
 
 // Those with these names, in the order of the names; all where there are none.
@@ -86,7 +75,7 @@ std::vector<ChosenBranch> ChooseBranches(Session& session, const GenerateCall& c
       throw WrongChoice("The branch \"" + branch.name + "\" has no data on the server yet.");
     }
     const Date taken = LocalTime(branch.state->taken);
-    errors << TerminalLine(branch.name + ": data of " + TimeText(taken, now)) << '\n';
+    errors << TerminalLine(DataAgeText(branch.name, taken, now)) << '\n';
     const auto age = call.NoOlderThan();
     if (age && IsOlder(taken, now, *age)) too_old.push_back(branch.name);
     const server::BranchLocation location{.service = own.service, .branch = branch.name};

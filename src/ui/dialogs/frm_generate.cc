@@ -17,9 +17,12 @@
 #include <set>
 #include <utility>
 
+#include "data/data_age.h"
 #include "letters/recipient_table.h"
 #include "letters/template_library.h"
 #include "platform/dialogs/window_size.h"
+#include "platform/runtime/clock.h"
+#include "platform/server/branch_location.h"
 #include "ui/dialogs/filter_panel.h"
 #include "ui/dialogs/recipient_columns.h"
 #include "ui/dialogs/recipient_list.h"
@@ -34,13 +37,35 @@ Widget* Named(Widget* widget, const char* name) {
   return widget;
 }
 
+// Of the database that was read; a server that is away meanwhile is told of by what needs it.
+std::optional<query::BranchOrigin> OriginOf(Session& session) {
+  const std::filesystem::path& database = session.database.LastOpened();
+  if (!server::IsBranchLocation(database.string())) return std::nullopt;
+  try {
+    return session.platform.workspace.OpenDatabase(database)->Origin();
+  } catch (const RuntimeError&) {
+    return std::nullopt;
+  }
+}
+
 // The usual columns but for those that the list's text has: name and property.
-std::vector<std::string> ColumnsBehind(const std::string& template_kind) {
+std::vector<std::string> ColumnsBehind(const std::string& template_kind, bool with_branch) {
   std::vector<std::string> names = UsualColumns(template_kind);
   std::erase_if(names, [](const std::string& name) {
     return name == "Tenant Name" || name == "Property Code" || name == "Name";
   });
+  if (with_branch) names.emplace(names.begin(), kBranchColumn);
   return names;
+}
+
+// Also where the layout was stored with a file.
+void ShowBranchIn(RecipientLayout& layout) {
+  std::vector<RecipientLayout::Column>& columns = layout.columns;
+  const bool shown =
+      std::ranges::find(columns, kBranchColumn, &RecipientLayout::Column::name) != columns.end();
+  if (columns.empty() || shown) return;
+  const auto text = std::ranges::find(columns, "", &RecipientLayout::Column::name);
+  columns.insert(text == columns.end() ? columns.begin() : text + 1, {.name = kBranchColumn});
 }
 
 // The facts that a filter most often asks for come first: what is owed, and since when.
@@ -62,12 +87,14 @@ frmGenerate::frmGenerate(Session& session, const std::string& template_kind,
       kind_(template_kind),
       name_(template_name),
       dialogs_(session.platform.dialogs),
+      origin_(OriginOf(session)),
       model_(new RecipientModel(session.platform.locale, this)),
       shown_(new RecipientFilterModel(*model_)),
       list_(Named(new RecipientView, "lstMultiSelect")),
       filter_(new FilterPanel(session.platform.registry, dialogs_, kind_, name_,
                               FilteredFirst(template_kind))),
-      columns_(new RecipientColumns(*list_, *model_, dialogs_, ColumnsBehind(template_kind))),
+      columns_(new RecipientColumns(*list_, *model_, dialogs_,
+                                    ColumnsBehind(template_kind, origin_.has_value()))),
       reader_(new RecipientReader(session, template_kind, template_name)),
       sides_(Named(new QSplitter, "spltSides")),
       search_(Named(new QLineEdit, "txtSearch")),
@@ -125,20 +152,23 @@ void frmGenerate::MakeTable() {
   const FactNames* const fixed = RecipientFactNames(kind_);
   if (fixed == nullptr) return;
   const auto names = std::make_shared<const FactNames>(*fixed);
+  if (origin_) model_->SetBranch(origin_->branch);
   const auto use_names = [this](const std::shared_ptr<const FactNames>& known) {
-    model_->SetNames(known);
-    columns_->SetNames(known);
+    const auto columns = WithBranch(known);
+    model_->SetNames(columns);
+    columns_->SetNames(columns);
     // The same filter as before, read again.
     const bool generate = generate_when_read_;
     filter_->SetNames(known);
     generate_when_read_ = generate;
   };
   use_names(names);
-  const RecipientLayout layout = StoredRecipientLayout(session_.platform.registry, kind_);
+  RecipientLayout layout = StoredRecipientLayout(session_.platform.registry, kind_);
+  if (origin_) ShowBranchIn(layout);
   if (layout.table_width > 0 && layout.options_width > 0) {
     sides_->setSizes({layout.table_width, layout.options_width});
   }
-  columns_->Restore(layout, *names);
+  columns_->Restore(layout, *WithBranch(names));
   connect(reader_, &RecipientReader::NamesRead, this, use_names);
   connect(reader_, &RecipientReader::NowRead, this, &frmGenerate::ShowValues);
   connect(reader_, &RecipientReader::Failed, this, [this](const QString& problem) {
@@ -153,6 +183,15 @@ void frmGenerate::MakeTable() {
     ReadFacts();
     ApplyFilter();
   });
+}
+
+std::shared_ptr<const FactNames> frmGenerate::WithBranch(
+    const std::shared_ptr<const FactNames>& names) const {
+  if (!origin_) return names;
+  const auto all = std::make_shared<FactNames>();
+  all->Add(kBranchColumn, FactType::kText);
+  all->Add(*names);
+  return all;
 }
 
 void frmGenerate::done(int result) {
@@ -193,6 +232,7 @@ bool frmGenerate::HasFactsOfFilter() const {
 void frmGenerate::ReadFacts() {
   if (RecipientFactNames(kind_) == nullptr) return;
   std::set<std::string> names(model_->Columns().begin(), model_->Columns().end());
+  if (origin_) names.erase(kBranchColumn);
   const std::optional<Condition>& condition = filter_->condition();
   if (condition) names.insert(condition->Names().begin(), condition->Names().end());
   const RecipientValues* values = model_->Values();
@@ -254,7 +294,16 @@ QWidget* frmGenerate::MakeListSide() {
   state_->setWordWrap(true);
   state_->setTextFormat(Qt::PlainText);
   column->addWidget(state_);
-  column->addWidget(count_);
+  auto* state_row = new QHBoxLayout;
+  state_row->addWidget(count_, 1);
+  if (origin_) {
+    const std::string age =
+        DataAgeText(origin_->branch, LocalTime(origin_->taken), session_.platform.clock.Now());
+    auto* label = Named(new QLabel(QString::fromStdString(age)), "lblDataAge");
+    label->setTextFormat(Qt::PlainText);
+    state_row->addWidget(label);
+  }
+  column->addLayout(state_row);
   // From the search straight into what it leaves.
   setTabOrder(search_, list_);
   setTabOrder(list_, columns);

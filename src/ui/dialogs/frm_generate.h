@@ -2,12 +2,15 @@
 #pragma once
 
 #include <QDialog>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "letters/generation_request.h"
 #include "letters/recipients.h"
 #include "platform/dialogs/dialogs.h"
+#include "platform/query/engine.h"
 #include "rental/session.h"
 #include "ui/dialogs/recipient_reader.h"
 
@@ -60,6 +63,8 @@ class frmGenerate : public QDialog {
   void MakeDestinations(QVBoxLayout* column);
   void Refill();
   void MakeTable();
+  // The names with kBranchColumn before them, where the recipients are a branch's.
+  std::shared_ptr<const FactNames> WithBranch(const std::shared_ptr<const FactNames>& names) const;
   // Asks for the facts of the columns and the filter, where they have not been read.
   void ReadFacts();
   void ShowValues(const std::shared_ptr<const RecipientValues>& values);
@@ -79,6 +84,7 @@ class frmGenerate : public QDialog {
   Session& session_;
   std::string kind_, name_;
   Dialogs& dialogs_;
+  const std::optional<query::BranchOrigin> origin_;  // of the recipients; none: a file
   Destination destination_ = Destination::kPrinter;
   RecipientModel* model_;
   RecipientFilterModel* shown_;

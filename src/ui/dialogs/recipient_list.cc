@@ -97,6 +97,7 @@ QVariant RecipientModel::data(const QModelIndex& index, int role) const {
   if (role == Qt::TextAlignmentRole) return QVariant(AlignmentOf(index.column()));
   if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
   const std::string& name = columns_[static_cast<std::size_t>(index.column() - 1)];
+  if (!branch_.isEmpty() && name == kBranchColumn) return branch_;
   const std::optional<std::size_t> row = ValueRow(index.row());
   if (!row || !values_->names.contains(name)) return {};
   return ValueAt(*row, name, role);

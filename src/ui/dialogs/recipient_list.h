@@ -18,7 +18,10 @@
 
 namespace tenora {
 
-// Column 0 is the list's text, the others are facts.
+// The column that says which branch's recipients the rows of a server are.
+inline constexpr const char* kBranchColumn = "Branch";
+
+// Column 0 is the list's text, the others are facts, or the branch.
 class RecipientModel : public QAbstractTableModel {
   Q_OBJECT
 
@@ -32,6 +35,8 @@ class RecipientModel : public QAbstractTableModel {
   // The facts that stand in the columns behind the first, by their names.
   void SetColumns(std::vector<std::string> names);
   void SetNames(std::shared_ptr<const FactNames> names);
+  // What kBranchColumn says; empty: there is no such column.
+  void SetBranch(const std::string& branch) { branch_ = QString::fromStdString(branch); }
   // Until a column's fact has been read it is empty.
   void SetValues(std::shared_ptr<const RecipientValues> values);
 
@@ -63,6 +68,7 @@ class RecipientModel : public QAbstractTableModel {
   std::vector<RecipientRow> rows_;
   std::vector<bool> ticked_;
   std::vector<std::string> columns_;
+  QString branch_;
   std::shared_ptr<const FactNames> names_;
   std::shared_ptr<const RecipientValues> values_;
   std::vector<std::optional<std::size_t>> value_rows_;

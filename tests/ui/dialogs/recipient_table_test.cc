@@ -8,6 +8,7 @@
 #include <QTableView>
 #include <QToolButton>
 #include <algorithm>
+#include <ctime>
 #include <filesystem>
 
 #include "letters/generation.h"
@@ -15,6 +16,9 @@
 #include "letters/named_filters.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
+#include "platform/server/branch_import.h"
+#include "support/environment.h"
+#include "support/postgres_server.h"
 #include "support/test_files.h"
 #include "ui/dialogs/dialogs_fixture.h"
 #include "ui/dialogs/filter_rows.h"
@@ -362,6 +366,43 @@ TEST_F(RecipientTableTest, KeepsFiltersUnderNames) {
   machine_.dialogs.WillPress(Answer::kYes);
   Press(*dialog, "cmdDeleteFilter");
   EXPECT_TRUE(NamedFilters(session_.platform.registry).List("Templates").empty());
+}
+
+TEST_F(RecipientTableTest, NamesTheBranchOnAServerAndTheAgeOfItsData) {
+  {
+    // The columns that the user has chosen with the file.
+    const auto from_file = Open();
+    EXPECT_EQ(from_file->findChild<QLabel*>("lblDataAge"), nullptr);
+    EXPECT_EQ(ColumnOf(*Find<RecipientView>(*from_file, "lstMultiSelect"), "Branch"), -1);
+    from_file->done(QDialog::Rejected);
+  }
+  const test::Environment zone({{"TZ", "UTC"}});
+  ::tzset();
+  auto& server = test::PostgresServer::Get();
+  server.MakeDatabase("window");
+  session_.settings.SaveSettingText("Settings", "Networkable", "1");
+  const struct {
+    const char *branch, *taken, *age;
+  } cases[] = {{"North", "2026-11-21 08:00+00", "North: data of 08:00"},
+               {"South", "2026-11-19 23:05+00", "South: data of 19 November 2026 23:05"}};
+  for (const auto& c : cases) {
+    server::ImportBranch(*server::Connection::Open("window", std::chrono::seconds(0)), c.branch,
+                         test::SampleDatabase(), server::LayoutChange::kTake);
+    server.Run("window", std::string("update rental.sync set taken = '") + c.taken + "'");
+    session_.settings.SaveSettingText("Settings", "DatabaseLocation",
+                                      std::string("service=window branch=") + c.branch);
+    ASSERT_TRUE(session_.ReloadRentalData());
+    const auto dialog = Open();
+    const auto& list = *Find<RecipientView>(*dialog, "lstMultiSelect");
+    const int branch = ColumnOf(list, "Branch");
+    ASSERT_GT(branch, 0);
+    EXPECT_EQ(list.model()->index(0, branch).data().toString(), c.branch);
+    EXPECT_EQ(Find<QLabel>(*dialog, "lblDataAge")->text(), c.age);
+    // The filter and the other columns are those of every database.
+    TypeCondition(*dialog, kArrears);
+    EXPECT_EQ(Listed(*dialog).size(), Meeting(kArrears).size());
+    dialog->done(QDialog::Rejected);
+  }
 }
 
 }  // namespace

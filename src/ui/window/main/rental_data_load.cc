@@ -5,8 +5,10 @@
 #include <system_error>
 #include <utility>
 
+#include "data/data_age.h"
 #include "data/database.h"
 #include "platform/dialogs/guard.h"
+#include "platform/runtime/clock.h"
 #include "platform/server/branch_location.h"
 
 namespace tenora {
@@ -62,6 +64,10 @@ void RentalDataLoad::Load() {
   // server has no such state.
   const bool is_file = file.state != access::FileState();
   if (is_file && access::IsSettled(file.state)) loaded_ = file;
+  if (const auto origin = database.Origin()) {
+    emit Told(QString::fromStdString(
+        DataAgeText(origin->branch, LocalTime(origin->taken), session_.platform.clock.Now())));
+  }
   if (std::exchange(told_missing_, false)) {
     emit Told(tr("The rental database is there: tenants and owners were read."));
   }
