@@ -3,6 +3,7 @@
 // (docs/generating.md), from which a run that was cut short is resumed.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <functional>
@@ -49,6 +50,10 @@ class GenerationObserver {
   virtual void Saved(const std::filesystem::path& /*file*/) {}
   // A letter is finished. One whose disk or printer fails at the end is reported a second time.
   virtual void LetterFinished(const LetterReport& /*report*/) {}
+  // The database's server cannot be reached, and the run waits for so long until it can; and it
+  // can.
+  virtual void WaitingForServer(std::chrono::milliseconds /*most*/) {}
+  virtual void ServerIsBack() {}
   // The print job has ended; the file is that of the PDF printer, else empty.
   virtual void JobPrinted(std::size_t /*letters*/, const std::filesystem::path& /*file*/) {}
   // Asked after each letter, when a window may also process its events: true ends the run after the
@@ -110,6 +115,9 @@ class Generation {
   // first. What is made, asked and logged does not depend on it.
   void MergeOn(unsigned threads) { threads_ = threads; }
 
+  // For how long a run waits for a database server that went away; half a minute at first.
+  void WaitForServer(std::chrono::milliseconds most) { wait_for_server_ = most; }
+
   // Opens the database, reloads the caches and the options and closes it; fills the request's
   // recipients by `choose`; then makes the letters. The template is read once: it may change or
   // disappear during the run. Raises before anything is made: a database that cannot be read (91,
@@ -133,6 +141,7 @@ class Generation {
   GenerationObserver& observer_;
   printing::Printers* printers_;
   unsigned threads_ = 0;
+  std::chrono::milliseconds wait_for_server_ = std::chrono::seconds(30);
 };
 
 // As the window calls it, for the recipients that the request names, each tenant by the tenancy's

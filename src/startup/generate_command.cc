@@ -316,6 +316,8 @@ class GenerateCommand {
   const GenerateCall& call_;
   const GenerateParts& parts_;
   StopSignals signals_;
+  const query::StoppableWaiting waiting_{parts_.platform.workspace,
+                                         [this] { return signals_.Asked(); }};
   GenerateDialogs dialogs_;
   Session session_;
   GenerateProgress progress_;

@@ -71,6 +71,14 @@ void GenerateProgress::Warn(const LetterReport& report) {
   }
 }
 
+void GenerateProgress::WaitingForServer(std::chrono::milliseconds most) {
+  ClearLine();
+  errors_ << "The database server cannot be reached; waiting for it, "
+          << Duration(std::chrono::duration<double>(most).count()) << " at most." << std::endl;
+}
+
+void GenerateProgress::ServerIsBack() { errors_ << "The database server is back." << std::endl; }
+
 void GenerateProgress::JobPrinted(std::size_t letters, const std::filesystem::path& file) {
   ClearLine();
   if (!file.empty()) output_ << file.string() << '\n';

@@ -24,6 +24,8 @@ class GenerateProgress : public GenerationObserver {
   void Started(std::size_t count, const std::filesystem::path& log) override;
   void Saved(const std::filesystem::path& file) override;
   void LetterFinished(const LetterReport& report) override;
+  void WaitingForServer(std::chrono::milliseconds most) override;
+  void ServerIsBack() override;
   void JobPrinted(std::size_t letters, const std::filesystem::path& file) override;
   bool StopAsked() override { return signals_.Asked(); }
 

@@ -107,6 +107,7 @@ class FakeWorkspace : public query::Workspace {
     return std::make_unique<FakeDatabase>(script_, path.string());
   }
   void Expect(const std::filesystem::path&, std::vector<std::string>) override {}
+  void OnWaiting(std::function<bool()>) override {}
 
  private:
   FakeScript& script_;

@@ -44,14 +44,15 @@ class ServerRun : public testing::Test, protected GenerationObserver {
     GenerationRequest request;
     request.template_kind = kTemplates;
     request.template_name = "Tenancy statement";
-    return Generation(session, AfterError::kNextRecipient, *this)
-        .Run(request, [&](const Caches& caches) {
-          std::vector<Recipient> all;
-          for (const RecipientRow& row : ListRecipients(caches, kTemplates, {.closed = true})) {
-            all.push_back(row.recipient);
-          }
-          return all;
-        });
+    Generation generation(session, AfterError::kNextRecipient, *this);
+    if (wait_for_server_) generation.WaitForServer(*wait_for_server_);
+    return generation.Run(request, [&](const Caches& caches) {
+      std::vector<Recipient> all;
+      for (const RecipientRow& row : ListRecipients(caches, kTemplates, {.closed = true})) {
+        all.push_back(row.recipient);
+      }
+      return all;
+    });
   }
 
   // The letters, by their paths in the data folder; they are removed.
@@ -82,21 +83,32 @@ class ServerRun : public testing::Test, protected GenerationObserver {
     if (after_each_) after_each_();
   }
 
+  void WaitingForServer(std::chrono::milliseconds) override {
+    ++waits_;
+    if (while_waiting_) while_waiting_();
+  }
+  void ServerIsBack() override { ++backs_; }
+
   test::FakePlatform machine_;
+  std::optional<std::chrono::milliseconds> wait_for_server_;
+  int waits_ = 0, backs_ = 0;
   std::size_t finished_ = 0;
-  std::function<void()> after_five_, after_each_;
+  std::function<void()> after_five_, after_each_, while_waiting_;
 };
 
 TEST_F(ServerRun, FailsByNameWithoutItsServerAndIsResumed) {
   Session session(machine_.Parts());
   after_five_ = [] { test::PostgresServer::Get().Crash(); };
+  wait_for_server_ = std::chrono::milliseconds(300);
   const GenerationSummary summary = Run(session);
   ASSERT_GT(summary.asked, kTogether + 3);
   EXPECT_EQ(summary.done, kTogether) << "whose rows had come";
-  ASSERT_EQ(summary.failed.size(), 3U);
+  ASSERT_EQ(summary.failed.size(), 1U);
   EXPECT_EQ(summary.failed[0].number, kTogether + 1);
   EXPECT_FALSE(summary.failed[0].recipient.name.empty());
   EXPECT_TRUE(summary.stopped);
+  EXPECT_EQ(waits_, 1);
+  EXPECT_EQ(backs_, 0);
   EXPECT_THAT(machine_.dialogs.Texts().front(), HasSubstr("'runs'"));
 
   test::PostgresServer::Get().Restart();
@@ -131,6 +143,23 @@ TEST_F(ServerRun, LosesNoLetterToARestart) {
   const auto letters = TakeLetters();
   EXPECT_TRUE(letters == LettersFromFile());
   EXPECT_THAT(machine_.dialogs.Texts(), testing::IsEmpty());
+}
+
+TEST_F(ServerRun, GoesOnWhenItsServerIsBack) {
+  Session session(machine_.Parts());
+  after_five_ = [] { test::PostgresServer::Get().Crash(); };
+  while_waiting_ = [] { test::PostgresServer::Get().Restart(); };
+  const GenerationSummary summary = Run(session);
+  ASSERT_EQ(summary.failed.size(), 1U);
+  EXPECT_EQ(summary.failed[0].number, kTogether + 1);
+  EXPECT_EQ(summary.done, summary.asked - 1);
+  EXPECT_FALSE(summary.stopped);
+  EXPECT_EQ(waits_, 1);
+  EXPECT_EQ(backs_, 1);
+  EXPECT_TRUE(
+      Generation(session, AfterError::kNextRecipient, *this).Resume(summary.log).complete());
+  const auto letters = TakeLetters();
+  EXPECT_TRUE(letters == LettersFromFile());
 }
 
 }  // namespace

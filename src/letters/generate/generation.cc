@@ -80,7 +80,8 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
   LetterMaker maker(session_, request, BadFutureDates(after_error_));
   maker.ReadTemplate();
   RunLog log(session_.database.DataFolder(), request, session_.platform.clock);
-  return LetterRun(session_, after_error_, observer_, printers_, log, maker).Go({}, threads_);
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker)
+      .Go({}, threads_, wait_for_server_);
 }
 
 GenerationSummary Generation::Resume(const std::filesystem::path& log_path, ResumeWay way) {
@@ -98,7 +99,7 @@ GenerationSummary Generation::Resume(const std::filesystem::path& log_path, Resu
   log.Note(RunRemark::kResumed);
   log.Sync();
   return LetterRun(session_, after_error_, observer_, printers_, log, maker)
-      .Go(std::move(way), threads_);
+      .Go(std::move(way), threads_, wait_for_server_);
 }
 
 GenerationRequest Generation::RequestOf(const std::filesystem::path& log) {

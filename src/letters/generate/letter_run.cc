@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <fstream>
 #include <string_view>
+#include <thread>
+#include <utility>
 
 #include "letters/generate/merged_pdf.h"
 #include "letters/generate/post_list.h"
@@ -12,6 +14,7 @@
 #include "platform/mail/mail_client.h"
 #include "platform/runtime/files.h"
 #include "platform/runtime/text.h"
+#include "platform/server/branch_location.h"
 
 namespace tenora {
 namespace {
@@ -26,6 +29,10 @@ constexpr std::size_t kLargestGroup = 8192;
 constexpr int kMostUnconnected = 3;
 // So many letters in a row that could not read the database: it may have gone for all of them.
 constexpr int kMostUnread = 3;
+// Between two attempts to reach a database server that went away.
+constexpr std::chrono::milliseconds kFirstPause{250}, kLongestPause{8000};
+// Whether to stop the wait.
+constexpr std::chrono::milliseconds kBetweenQuestions{100};
 // Each may be a letter that arrived and one that did not: more of them help nobody.
 constexpr int kMostInDoubt = 3;
 
@@ -108,8 +115,10 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
   if (request().pdf) pdf_workers_.emplace(StoredMargins(session.settings));
 }
 
-GenerationSummary LetterRun::Go(ResumeWay way, unsigned threads) {
+GenerationSummary LetterRun::Go(ResumeWay way, unsigned threads,
+                                std::chrono::milliseconds wait_for_server) {
   way_ = std::move(way);
+  wait_for_server_ = wait_for_server;
   std::vector<std::size_t> to_come;
   for (std::size_t number = 1; number <= log_.count(); ++number) {
     if (!Settled(number)) to_come.push_back(number);
@@ -183,6 +192,8 @@ bool LetterRun::Process(std::size_t number) {
     Fail(std::move(report), error.what());
     return true;
   } catch (const DatabaseProblem& error) {
+    // The wait for its server was stopped: the letter was not begun.
+    if (observer_.StopAsked()) return false;
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     return Fail(std::move(report), error.what()) && !DatabaseLost();
   } catch (const LetterProblem& error) {
@@ -391,11 +402,35 @@ bool LetterRun::Mail(LetterReport& report) {
 
 // What cannot be read for one letter alone, as a damaged row, must not keep the others from theirs.
 bool LetterRun::DatabaseLost() {
-  if (++unread_ < kMostUnread) return false;
+  const bool there = ServerIsThere();
+  if (!there && observer_.StopAsked()) return true;
+  if (there && ++unread_ < kMostUnread) return false;
   unread_ = 0;
   // The threads have what was loaded before.
   ahead_.reset();
   return !session_.ReloadRentalData();
+}
+
+bool LetterRun::ServerIsThere() {
+  using Steady = std::chrono::steady_clock;
+  const fs::path database = session_.database.LastOpened();
+  if (!server::IsBranchLocation(database.string())) return true;
+  const auto end = Steady::now() + wait_for_server_;
+  bool waiting = false;
+  for (std::chrono::milliseconds pause = kFirstPause;; pause = std::min(pause * 2, kLongestPause)) {
+    try {
+      session_.platform.workspace.OpenDatabase(database);
+      if (waiting) observer_.ServerIsBack();
+      return true;
+    } catch (const RuntimeError&) {
+      // What it was is told if the wait is in vain.
+    }
+    if (!std::exchange(waiting, true)) observer_.WaitingForServer(wait_for_server_);
+    for (const auto next = Steady::now() + pause; Steady::now() < next;) {
+      if (observer_.StopAsked() || Steady::now() >= end) return false;
+      std::this_thread::sleep_for(std::min(kBetweenQuestions, pause));
+    }
+  }
 }
 
 bool LetterRun::Fail(LetterReport report, const std::string& problem) {

@@ -26,8 +26,8 @@ class LetterRun {
             printing::Printers* printers, RunLedger& log, LetterMaker& maker);
 
   // Makes every letter that the log does not show as done or in doubt, in the way of each. So many
-  // threads merge, 0 for one for each processor.
-  GenerationSummary Go(ResumeWay way, unsigned threads);
+  // threads merge, 0 for one for each processor. A database server that goes away is waited for.
+  GenerationSummary Go(ResumeWay way, unsigned threads, std::chrono::milliseconds wait_for_server);
 
  private:
   using Result = LetterReport::Result;
@@ -60,8 +60,11 @@ class LetterRun {
   void MakePdf(LetterReport& report);
   void TakePdfs(std::vector<PdfResult> results);
 
-  // True when letters in a row could not read the database, and it cannot be read at all.
+  // True when letters in a row could not read the database, or its server is not there, and it
+  // cannot be read at all.
   bool DatabaseLost();
+  // Waits for it where it is not. True for a file.
+  bool ServerIsThere();
   // False when the run must end.
   bool Fail(LetterReport report, const std::string& problem);
   void SyncGroup();
@@ -90,7 +93,8 @@ class LetterRun {
   std::size_t done_before_ = 0, missing_ = 0, begun_ = 0;
   int unconnected_ = 0;  // letters in a row that met no mail server or program
   int in_doubt_ = 0;     // letters in a row of which the server did not say whether it took them
-  int unread_ = 0;       // letters in a row for which the database could not be read
+  std::chrono::milliseconds wait_for_server_{};
+  int unread_ = 0;  // letters in a row for which the database could not be read
   bool stopped_ = false;
   MergedFiles merged_;
   std::unique_ptr<MergeAhead> ahead_;

@@ -166,6 +166,10 @@ class ConnectionWorkspace : public Workspace {
     servers_.Expect(server::ReadBranchLocation(path.string()), std::move(codes));
   }
 
+  void OnWaiting(std::function<bool()> stop_asked) override {
+    servers_.OnWaiting(std::move(stop_asked));
+  }
+
  private:
   std::shared_ptr<ConnectionCache> connections_;
   ServerConnections servers_;

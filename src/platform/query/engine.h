@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/query/text_match.h"
@@ -126,6 +127,23 @@ class Workspace {
   // branch on a server are fetched in one round trip. Nothing is done for a file. Raises like
   // OpenDatabase.
   virtual void Expect(const std::filesystem::path& path, std::vector<std::string> codes) = 0;
+  // Called about ten times a second while a server is waited for; true ends the wait soon, with
+  // 32755 (Cancel was selected). Empty, as at first: waits end with the server's time only.
+  virtual void OnWaiting(std::function<bool()> stop_asked) = 0;
+};
+
+// While it lives, a workspace waits for a server only until a stop is asked for.
+class StoppableWaiting {
+ public:
+  StoppableWaiting(Workspace& workspace, std::function<bool()> stop_asked) : workspace_(workspace) {
+    workspace_.OnWaiting(std::move(stop_asked));
+  }
+  ~StoppableWaiting() { workspace_.OnWaiting({}); }
+  StoppableWaiting(const StoppableWaiting&) = delete;
+  StoppableWaiting& operator=(const StoppableWaiting&) = delete;
+
+ private:
+  Workspace& workspace_;
 };
 
 // Writes the record set from its current row to its end, one row a line after a header line,

@@ -34,9 +34,9 @@ bool IsText(access::ColumnType type) {
 Branch::Branch(BranchLocation location, std::unique_ptr<Connection> connection)
     : location_(std::move(location)), connection_(std::move(connection)) {}
 
-std::shared_ptr<Branch> Branch::Open(const BranchLocation& location) {
+std::shared_ptr<Branch> Branch::Open(const BranchLocation& location, const Waiting& waiting) {
   std::shared_ptr<Branch> branch(
-      new Branch(location, Connection::Open(location.service, kTimeLimit)));
+      new Branch(location, Connection::Open(location.service, kTimeLimit, waiting)));
   const Query find{.sql = "select id from rental.branch where name = $1",
                    .parameters = {location.branch}};
   const ResultPtr found =

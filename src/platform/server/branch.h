@@ -48,7 +48,7 @@ struct RowRequest {
 // of the branch since Refresh.
 class Branch : public std::enable_shared_from_this<Branch> {
  public:
-  static std::shared_ptr<Branch> Open(const BranchLocation& location);
+  static std::shared_ptr<Branch> Open(const BranchLocation& location, const Waiting& waiting = {});
 
   const BranchState& state() const { return state_; }
   std::uint32_t sort_order() const { return sort_order_; }

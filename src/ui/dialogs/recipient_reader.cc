@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "platform/query/engine.h"
 #include "platform/runtime/error.h"
 #include "rental/detached_session.h"
 
@@ -66,6 +67,8 @@ RecipientReader::Reading RecipientReader::ReadOnThread(const RecipientTable::Sub
   Reading reading;
   try {
     const auto taken = detached_->Take();
+    const query::StoppableWaiting waiting(detached_->session().platform.workspace,
+                                          [&stop] { return stop.stop_requested(); });
     const std::vector<std::string> list(names.begin(), names.end());
     reading.problem = QString::fromStdString(detached_->Refresh());
     if (!reading.problem.isEmpty()) return reading;

@@ -4,6 +4,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include "platform/access/database_writer.h"
 #include "platform/query/query_test_support.h"
@@ -146,6 +149,25 @@ TEST_F(ServerDatabaseTest, RefusesChangesAndReconnects) {
             server::server_error::kCallFailed);
   EXPECT_EQ(RowsOf(*workspace->OpenDatabase(kNorth), "select count(*) from tenancy"),
             RowsOf(*workspace->OpenDatabase(file_), "select count(*) from tenancy"));
+}
+
+// One that accepts connections and says nothing.
+TEST_F(ServerDatabaseTest, WaitsForASilentServerOnlyUntilAStopIsAsked) {
+  sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+  (folder_ / ".s.PGSQL.5432").string().copy(address.sun_path, sizeof address.sun_path - 1);
+  const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  ::listen(listener, 8);
+  test::PostgresServer::Get().AddService("silent", "rents", "tenora", folder_.path().string());
+  const auto workspace = Workspace::Create();
+  int questions = 0;
+  const StoppableWaiting waiting(*workspace, [&] { return ++questions > 3; });
+  const auto error =
+      test::RaisedBy([&] { workspace->OpenDatabase("service=silent branch=North"); });
+  ::close(listener);
+  ASSERT_TRUE(error.has_value());
+  EXPECT_EQ(error->number(), error_number::kCancelled);
+  EXPECT_THAT(std::string(error->description()), HasSubstr("was stopped"));
 }
 
 }  // namespace

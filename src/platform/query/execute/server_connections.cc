@@ -23,7 +23,8 @@ void ServerConnections::TakeState(Entry& entry) {
 void ServerConnections::OpenAnew(Entry& entry, const server::BranchLocation& location) {
   // Whatever becomes of this one, the broken connection is of no use.
   entry.open.branch.reset();
-  entry.open.branch = server::Branch::Open(location);
+  entry.open.branch = server::Branch::Open(
+      location, {.stop_asked = [asked = stop_asked_] { return *asked && (*asked)(); }});
   TakeState(entry);
 }
 

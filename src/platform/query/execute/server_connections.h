@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -28,6 +29,8 @@ class ServerConnections {
   ServerConnection Get(const server::BranchLocation& location);
   // Fetches ahead, in one round trip, the rows of these codes. Raises ServerError.
   void Expect(const server::BranchLocation& location, std::vector<std::string> codes);
+  // As Workspace::OnWaiting, for all connections.
+  void OnWaiting(std::function<bool()> stop_asked) { *stop_asked_ = std::move(stop_asked); }
 
  private:
   struct Entry {
@@ -39,6 +42,8 @@ class ServerConnections {
   void TakeState(Entry& entry);
 
   ConnectionSettings settings_;
+  // An open database's connection may outlive this.
+  std::shared_ptr<std::function<bool()>> stop_asked_ = std::make_shared<std::function<bool()>>();
   std::unordered_map<std::string, Entry> entries_;  // by location
 };
 

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "platform/query/engine.h"
 #include "ui/dialogs/frm_run_report.h"
 #include "ui/dialogs/frm_unfinished_runs.h"
 
@@ -69,6 +70,8 @@ void LetterRuns::Run(Destination destination, const Letters& letters) {
   LetterReport last;
   run_(tr("Generating"), [&](WorkProgress& progress) {
     ShownGeneration shown(progress);
+    const query::StoppableWaiting waiting(session_.platform.workspace,
+                                          [&progress] { return progress.Cancelled(); });
     summary = letters(shown);
     last = shown.last();
   });
