@@ -38,9 +38,10 @@ Number NumberIn(std::string_view text) {
   return status == std::errc() && end == text.data() + text.size() ? number : 0;
 }
 
-// One line of the words of libpq or the server.
+// One line of the words of libpq, which indents its hints in lines of their own, or of the server.
 std::string OneLine(const char* words) {
   std::string text = words == nullptr ? "" : words;
+  text = ReplaceAll(std::move(text), "\n\t", ". ");
   std::ranges::replace(text, '\n', ' ');
   return std::string(TrimBlanks(text));
 }
