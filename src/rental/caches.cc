@@ -179,6 +179,7 @@ void Caches::CacheTenants(Database& database) {
 
 void Caches::CacheTenancy(Database& database, std::string_view reference) {
   Owners.clear();
+  owners_by_name_.Forget();
   Properties.clear();
   AccountCodes.clear();
   ReadTenants(database, std::string(kTenantRows)
@@ -190,6 +191,7 @@ void Caches::CacheTenancy(Database& database, std::string_view reference) {
 void Caches::ReadTenants(Database& database, std::string_view sql) {
   // Nothing of an earlier load stays: the payment of an index may be another tenancy's.
   Tenants.clear();
+  tenants_by_reference_.Forget();
   LoadErrors errors;
   ForEachRow(database, sql,
              [&](const query::Recordset& row) { FillTenant(errors, row, Tenants.emplace_back()); });
@@ -198,6 +200,7 @@ void Caches::ReadTenants(Database& database, std::string_view sql) {
 
 void Caches::CacheOwners(Database& database) {
   Owners.clear();
+  owners_by_name_.Forget();
   ForEachRow(database, "select * from owner order by name", [&](const query::Recordset& row) {
     if (TextOf(row.Field("name")).empty()) return;
     OwnerRecord& owner = Owners.emplace_back();
@@ -234,25 +237,14 @@ void Caches::CacheAccountCodes(Database& database) {
   });
 }
 
-void Caches::IndexTenants() {
-  if (indexed_ == Tenants.data() && indexed_count_ == Tenants.size()) return;
-  places_.clear();
-  for (std::size_t i = 0; i < Tenants.size(); ++i) places_.emplace(Tenants[i].Reference, i);
-  indexed_ = Tenants.data();
-  indexed_count_ = Tenants.size();
+TenantRecord* Caches::FindTenant(std::string_view reference) {
+  const std::size_t place = tenants_by_reference_.First(Tenants, reference);
+  return place == Tenants.size() ? nullptr : &Tenants[place];
 }
 
-TenantRecord* Caches::FindTenant(std::string_view reference) {
-  IndexTenants();
-  const auto place = places_.find(std::string(reference));
-  if (place != places_.end() && Tenants[place->second].Reference == reference) {
-    return &Tenants[place->second];
-  }
-  // The list is everybody's to change: a code that is not where it was may be elsewhere.
-  const auto found = std::find_if(Tenants.begin(), Tenants.end(), [&](const TenantRecord& tenant) {
-    return tenant.Reference == reference;
-  });
-  return found == Tenants.end() ? nullptr : &*found;
+const OwnerRecord* Caches::FindOwner(std::string_view name) {
+  const std::size_t place = owners_by_name_.First(Owners, name);
+  return place == Owners.size() ? nullptr : &Owners[place];
 }
 
 std::string Caches::KeyNameByReference(std::string_view reference) const {

@@ -6,12 +6,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "data/database.h"
 #include "platform/runtime/date.h"
 #include "rental/missing_date.h"
+#include "rental/record_index.h"
 
 namespace tenora {
 
@@ -99,6 +99,8 @@ class Caches {
 
   // The first tenancy with this code (exact), or null.
   TenantRecord* FindTenant(std::string_view reference);
+  // The first owner with this name (exact), or null. Others of the name come behind it in the list.
+  const OwnerRecord* FindOwner(std::string_view name);
   std::string KeyNameByReference(std::string_view reference) const;
   // The first in cache order wins where two tenancies share a name.
   std::string ReferenceByKeyName(std::string_view key_name) const;
@@ -110,12 +112,9 @@ class Caches {
 
  private:
   void ReadTenants(Database& database, std::string_view sql);
-  void IndexTenants();
 
-  // The first tenancy with each code, by its place in Tenants as it was then.
-  std::unordered_map<std::string, std::size_t> places_;
-  const TenantRecord* indexed_ = nullptr;
-  std::size_t indexed_count_ = 0;
+  RecordIndex<TenantRecord> tenants_by_reference_{&TenantRecord::Reference};
+  RecordIndex<OwnerRecord> owners_by_name_{&OwnerRecord::Name};
 };
 
 // Trimmed, "/" and "\" as "-", a double quote as "`": safe as a file name and as a list key.

@@ -153,6 +153,12 @@ TEST_F(CacheLoads, FindTheFirstMatchExactly) {
   EXPECT_EQ(caches.KeyNameByReference("t5"), "");
   EXPECT_EQ(caches.FindTenant("T5"), &caches.Tenants[1]);
   EXPECT_EQ(caches.FindTenant(""), nullptr);
+  // In the memory of the list before, and in another order.
+  StoreTenancies({Tenancy("T5"), closed, Tenancy("T5")});
+  caches.CacheTenants(session.database);
+  EXPECT_EQ(caches.FindTenant("T5"), caches.Tenants.data());
+  caches.Tenants[1].Reference = "T7";
+  EXPECT_EQ(caches.FindTenant("T7"), &caches.Tenants[1]);
 }
 
 TEST_F(CacheLoads, OfOwnersGoOnWithoutFeeOrFlag) {

@@ -44,10 +44,10 @@ void RequireSoundPattern(const std::string& pattern, const std::string& template
 }
 
 // Letters are made for the first owner of a name.
-void FillOwnerCodes(const Caches& caches, std::vector<Recipient>& recipients) {
+void FillOwnerCodes(Caches& caches, std::vector<Recipient>& recipients) {
   for (Recipient& recipient : recipients) {
-    const auto owner = std::ranges::find(caches.Owners, recipient.name, &OwnerRecord::Name);
-    if (owner != caches.Owners.end()) recipient.owner_code = owner->Code;
+    const OwnerRecord* const owner = caches.FindOwner(recipient.name);
+    if (owner != nullptr) recipient.owner_code = owner->Code;
   }
 }
 

@@ -150,9 +150,7 @@ std::string LetterNames::NameOf(const MergeTarget& letter, std::size_t number,
       return name_with(TenantFacts(details, now));
     }
   } else {
-    const auto owner =
-        std::ranges::find(session.caches.Owners, letter.letter.RecipientName, &OwnerRecord::Name);
-    if (owner != session.caches.Owners.end()) {
+    if (const OwnerRecord* owner = session.caches.FindOwner(letter.letter.RecipientName)) {
       const LookedUpOwner details(session, *owner);
       return name_with(OwnerFacts(details, now));
     }

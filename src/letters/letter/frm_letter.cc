@@ -309,9 +309,8 @@ std::string frmLetter::EmailAddress() const {
     const TenantRecord* const tenant = caches.FindTenant(members_.TenantCode);
     if (tenant != nullptr) return tenant->Email;
   } else if (members_.Kind == kOwnerLetter) {
-    for (const OwnerRecord& owner : caches.Owners) {
-      if (owner.Name == members_.RecipientName) return owner.Email;
-    }
+    const OwnerRecord* const owner = caches.FindOwner(members_.RecipientName);
+    if (owner != nullptr) return owner->Email;
   }
   return {};
 }
