@@ -52,7 +52,7 @@ class GenerateLettersTest : public WindowPartsTest {
   LetterRuns runs_{session_,  tree_,  letters_,
                    printers_, AtOnce, [](const std::filesystem::path&) { return false; },
                    &desk_};
-  RentalDataLoad rental_data_{session_};
+  RentalDataLoad rental_data_{session_, AtOnce};
   GenerateLetters command_{session_, tree_, letters_, printers_, rental_data_, runs_, &desk_};
   std::string told_;
   int dialogs_ = 0;

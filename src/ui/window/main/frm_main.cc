@@ -71,7 +71,9 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
       keeper_(session_, *desk_, letters_),
       output_(session_, printers_, letters_,
               [this](const QString& title, const Work& work) { RunBeside(title, work); }),
-      rental_data_(session_, this),
+      rental_data_(
+          session_, [this](const QString& title, const Work& work) { RunBeside(title, work); },
+          this),
       runs_(
           session_, *tree_, letters_, printers_,
           [this](const QString& title, const Work& work) { RunBeside(title, work); },

@@ -8,6 +8,7 @@
 #include "data/data_age.h"
 #include "data/database.h"
 #include "platform/dialogs/guard.h"
+#include "platform/query/engine.h"
 #include "platform/runtime/clock.h"
 #include "platform/server/branch_location.h"
 
@@ -28,8 +29,8 @@ std::filesystem::path NearestFolder(std::filesystem::path path) {
 
 }  // namespace
 
-RentalDataLoad::RentalDataLoad(Session& session, QObject* parent)
-    : QObject(parent), session_(session) {
+RentalDataLoad::RentalDataLoad(Session& session, WorkRunner run, QObject* parent)
+    : QObject(parent), session_(session), run_(std::move(run)) {
   look_.setObjectName(QStringLiteral("tmrLook"));
   look_.setSingleShot(true);
   look_.setInterval(kLookEvery);
@@ -38,36 +39,53 @@ RentalDataLoad::RentalDataLoad(Session& session, QObject* parent)
   connect(&watcher_, &QFileSystemWatcher::fileChanged, this, [this] { look_.start(); });
 }
 
-void RentalDataLoad::Load() {
+std::optional<RentalDataLoad::Loaded> RentalDataLoad::Read() {
   Database& database = session_.database;
-  loaded_.reset();
-  database.OnMissing([this] { return Browse(); });
   const OpenedDatabase opened(database);
-  database.OnMissing({});
   // The error has been shown; each of the loads below would only fail again.
-  WatchForMissing(!database.IsOpen());
-  emit Missing(!database.IsOpen());
-  if (!database.IsOpen()) {
+  if (!database.IsOpen()) return std::nullopt;
+  // Before reading: what is written meanwhile counts as a change.
+  Loaded loaded{{database.LastOpened(), access::ReadFileState(database.LastOpened())}, {}};
+  ResumeNext step(session_.platform.dialogs, "frmMain - MDIForm_Load");
+  session_.caches.Load(database, [&step](const Caches::LoadStep& load) { step(load); });
+  step([&] { session_.options.LoadOptions(); });
+  step([&] { loaded.fields = ReadCustomFieldCodes(database); });
+  return loaded;
+}
+
+// It may be far away, or silent.
+std::optional<RentalDataLoad::Loaded> RentalDataLoad::ReadFromServer() {
+  std::optional<Loaded> loaded;
+  run_(tr("Reading"), [&](WorkProgress& progress) {
+    const query::StoppableWaiting waiting(session_.platform.workspace,
+                                          [&progress] { return progress.Cancelled(); });
+    progress.Report(0, 0, tr("Waiting for the database server"));
+    loaded = Read();
+  });
+  return loaded;
+}
+
+void RentalDataLoad::Load() {
+  loaded_.reset();
+  session_.database.OnMissing([this] { return Browse(); });
+  const std::optional<File> now = FileNow();
+  const bool on_server = now && server::IsBranchLocation(now->path.string());
+  const std::optional<Loaded> loaded = on_server ? ReadFromServer() : Read();
+  session_.database.OnMissing({});
+  WatchForMissing(!loaded);
+  emit Missing(!loaded);
+  if (!loaded) {
     told_missing_ = true;
     emit Told(
         tr("The rental database could not be read: tenants and owners are "
            "missing."));
     return;
   }
-  // Before reading: what is written meanwhile counts as a change.
-  const File file{database.LastOpened(), access::ReadFileState(database.LastOpened())};
-  ResumeNext step(session_.platform.dialogs, "frmMain - MDIForm_Load");
-  session_.caches.Load(database, [&step](const Caches::LoadStep& load) { step(load); });
-  step([&] { session_.options.LoadOptions(); });
-  step([&] { emit CustomFieldsRead(ReadCustomFieldCodes(database)); });
+  if (loaded->fields) emit CustomFieldsRead(*loaded->fields);
   // A file that was written a moment ago could be written again without a trace, and a branch on a
   // server has no such state.
-  const bool is_file = file.state != access::FileState();
-  if (is_file && access::IsSettled(file.state)) loaded_ = file;
-  if (const auto origin = database.Origin()) {
-    emit Told(QString::fromStdString(
-        DataAgeText(origin->branch, LocalTime(origin->taken), session_.platform.clock.Now())));
-  }
+  const access::FileState& state = loaded->file.state;
+  if (state != access::FileState() && access::IsSettled(state)) loaded_ = loaded->file;
   if (std::exchange(told_missing_, false)) {
     emit Told(tr("The rental database is there: tenants and owners were read."));
   }

@@ -11,6 +11,7 @@
 #include "letters/custom_field_codes.h"
 #include "platform/access/file_state.h"
 #include "rental/session.h"
+#include "ui/window/background/background_work.h"
 
 namespace tenora {
 
@@ -18,10 +19,11 @@ class RentalDataLoad : public QObject {
   Q_OBJECT
 
  public:
-  explicit RentalDataLoad(Session& session, QObject* parent = nullptr);
+  // `run` reads a branch on a server.
+  RentalDataLoad(Session& session, WorkRunner run, QObject* parent = nullptr);
 
   // A step that fails shows its error, and the rest runs. Where the database is missing the user
-  // can browse for it.
+  // can browse for it; where it is on a server that does not answer, give up waiting.
   void Load();
   // The same if nothing could be loaded before, or the file is another one or was written since.
   void LoadIfChanged();
@@ -48,12 +50,22 @@ class RentalDataLoad : public QObject {
     bool operator==(const File&) const = default;
   };
 
+  // What a load has read, beside the caches and options.
+  struct Loaded {
+    File file;
+    std::optional<CustomFieldCodes> fields;
+  };
+
+  // None where the database cannot be opened. Also called beside the windows.
+  std::optional<Loaded> Read();
+  std::optional<Loaded> ReadFromServer();
   std::optional<File> FileNow();
   bool Browse();
   void WatchForMissing(bool missing);
   void LookForMissing();
 
   Session& session_;
+  const WorkRunner run_;
   std::optional<File> loaded_;
   QFileSystemWatcher watcher_;
   QTimer look_{this};
