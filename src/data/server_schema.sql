@@ -20,11 +20,22 @@ insert into rental.version values (1);
 
 create table rental.branch(
   id int generated always as identity primary key,
-  name text not null unique check (name <> ''),
+  name text not null unique check (name <> '' and length(name) <= 100),
   -- Who issues its buildings' receipt numbers: the file (false) or this server.
   counters_here boolean not null default false,
   -- The hand-over of them that was begun last; the file that they came from has it too.
   counters_mark text);
+
+-- All hand-overs: a file that has an older one is a copy of then.
+create table rental.hand_over(
+  branch int not null references rental.branch on delete cascade,
+  mark text not null,
+  handed_back boolean not null default false,
+  primary key (branch, mark));
+
+-- Who imports a branch has its row locked. No login can lock it but through lock_import.
+create table rental.import_lock(
+  branch int primary key references rental.branch on delete cascade);
 
 -- Which logins see which branches; the owner of the database fills it, no login can.
 create table rental.may_see(
@@ -39,6 +50,7 @@ create table rental.sync(
   taken timestamptz not null,            -- when the file was read
   finished timestamptz not null default now(),
   file_name text not null,
+  file_login name not null default '',   -- who named it: rental.name_file fills it in
   file_size bigint not null,
   file_time timestamptz not null,
   sort_order bigint not null,            -- of the file's texts
@@ -170,21 +182,83 @@ returns bigint language sql security definer set search_path = pg_catalog, pg_te
   returning last
 $$;
 
--- A branch is added by who brings its rows, who then sees it.
-create function rental.add_branch(a_name text)
-returns int language sql security definer set search_path = pg_catalog, pg_temp as $$
-  with added as (insert into rental.branch(name) values (a_name) returning id),
-    seen as (insert into rental.may_see select session_user, id from added)
-  select id from added
+-- Whether a login may change who sees what: the owner of this database, and superusers.
+create function rental.administers(a_login name)
+returns boolean language sql stable set search_path = pg_catalog, pg_temp as $$
+  select exists (select from pg_roles where rolname = a_login
+    and has_table_privilege(oid, 'rental.may_see', 'insert'))
 $$;
 
--- Writes down what of a branch's rows contradicts other rows.
+-- Other logins follow a path only where an administrator has named it: a sync reads whatever file
+-- stands there. So a login cannot pass its path off as another one's.
+create function rental.name_file()
+returns trigger language plpgsql set search_path = pg_catalog, pg_temp as $$
+begin
+  if tg_op = 'UPDATE' and new.file_name = old.file_name and rental.administers(old.file_login) then
+    new.file_login = old.file_login;
+  else
+    new.file_login = session_user;
+  end if;
+  return new;
+end $$;
+create trigger name_file before insert or update on rental.sync
+  for each row execute function rental.name_file();
+
+-- What follows runs as the owner of the database, whom row security lets do anything.
+create function rental.require_sync_of(a_branch int)
+returns void language plpgsql stable set search_path = pg_catalog, pg_temp as $$
+begin
+  if not rental.administers(session_user) and not exists
+      (select from rental.may_see where branch = a_branch and login = session_user) then
+    raise insufficient_privilege using message = 'this login may not bring the branch';
+  end if;
+end $$;
+
+-- Until the end of the transaction nobody else imports the branch.
+create function rental.lock_import(a_branch int)
+returns void language plpgsql security definer set search_path = pg_catalog, pg_temp as $$
+begin
+  perform rental.require_sync_of(a_branch);
+  insert into rental.import_lock values (a_branch) on conflict do nothing;
+  perform from rental.import_lock where branch = a_branch for update;
+end $$;
+
+-- Takes the rows of pages of a table out, or of all pages and what is known of its columns; returns
+-- the number of rows. Who may delete rows of a table may also lock it whole, and so stop everybody:
+-- a sync login may not.
+create function rental.take_out(a_branch int, a_stored text, a_pages bigint[])
+returns bigint language plpgsql security definer set search_path = pg_catalog, pg_temp as $$
+declare
+  removed bigint;
+begin
+  perform rental.require_sync_of(a_branch);
+  if not exists (select from rental.table_kind where stored = a_stored) then
+    raise undefined_table using message = 'there is no such table of a branch';
+  end if;
+  if a_pages is null then
+    execute format('delete from rental.%I where branch = $1', a_stored) using a_branch;
+    get diagnostics removed = row_count;
+    delete from rental.page where branch = a_branch and stored_table = a_stored;
+    delete from rental.kept_table where branch = a_branch and stored = a_stored;
+  else
+    execute format('delete from rental.%I r using unnest($2) p(page) where r.branch = $1 and '
+      'r._row >= p.page * 256 and r._row < p.page * 256 + 256', a_stored) using a_branch, a_pages;
+    get diagnostics removed = row_count;
+    delete from rental.page
+      where branch = a_branch and stored_table = a_stored and page = any(a_pages);
+  end if;
+  return removed;
+end $$;
+
+-- Writes down anew what of a branch's rows contradicts other rows.
 create function rental.find_breaks(a_branch int)
-returns void language plpgsql set search_path = pg_catalog, pg_temp as $$
+returns void language plpgsql security definer set search_path = pg_catalog, pg_temp as $$
 declare
   coded record;
   referring record;
 begin
+  perform rental.require_sync_of(a_branch);
+  delete from rental.finding where branch = a_branch;
   for coded in select * from (values ('owner', 'code', 'code_k'), ('property', 'code', 'code_k'),
       ('tenancy', 'reference', 'reference_k')) as t(stored, code, key) loop
     execute format($sql$
@@ -216,13 +290,17 @@ begin
 end $$;
 
 -- Counts what the tables hold. Until then the server takes a new branch for an empty one, and reads
--- all of its rows for every look-up.
+-- all of its rows for every look-up. Whoever counts locks the tables for others that would count, who
+-- do without after a while.
 create function rental.take_statistics()
-returns void language plpgsql security definer set search_path = pg_catalog, pg_temp as $$
+returns void language plpgsql security definer set search_path = pg_catalog, pg_temp
+set lock_timeout = '30s' as $$
 begin
   analyze rental.owner, rental.property, rental.tenancy, rental.glcodes, rental.options,
     rental.revenues, rental.rent_periods, rental.rentchanges, rental.insp_schedule,
     rental.custom_fields, rental.page;
+exception when lock_not_available then
+  null;
 end $$;
 
 -- What a login may do. Logins are made by the administrator and given one of these roles.
@@ -243,19 +321,23 @@ begin
 end $$;
 grant usage on schema rental to tenora_reader, tenora_sync;
 grant select on all tables in schema rental to tenora_reader;
-grant select, insert, update, delete on all tables in schema rental to tenora_sync;
+grant select, insert on all tables in schema rental to tenora_sync;
+grant update (rows) on rental.kept_table to tenora_sync;
+grant update (generation, taken, finished, file_name, file_size, file_time, sort_order, rows,
+  findings, tenora_version) on rental.sync to tenora_sync;
 -- The mail password is for workers only; among the extra columns of other versions of the package
 -- there may be another one.
 revoke select on rental.options from tenora_reader, tenora_sync;
 grant select (branch, _row, whatpaysfirst, rent_group, smtpsend, smtpaddress, smtpport, smtpssl,
   smtpusername, smtpsender, smtprecipient) on rental.options to tenora_reader, tenora_sync;
 grant select on rental.options to tenora_worker;
-revoke insert, update, delete on rental.may_see, rental.version, rental.table_kind, rental.branch,
-  rental.counter from tenora_sync;
+revoke insert on rental.may_see, rental.version, rental.table_kind, rental.branch, rental.counter,
+  rental.hand_over, rental.import_lock from tenora_sync;
 revoke execute on all functions in schema rental from public;
 grant execute on function rental.next_number(int, text, bytea) to tenora_worker;
-grant execute on function rental.add_branch(text), rental.find_breaks(int), rental.take_statistics()
-  to tenora_sync;
+grant execute on function rental.administers(name) to tenora_reader, tenora_sync;
+grant execute on function rental.lock_import(int), rental.take_out(int, text, bigint[]),
+  rental.find_breaks(int), rental.take_statistics() to tenora_sync;
 
 -- A login sees its branches only. The session's user counts, which no login can change, not the
 -- role that it has set.
@@ -265,7 +347,7 @@ declare
 begin
   foreach stored in array array['owner', 'property', 'tenancy', 'glcodes', 'options', 'revenues',
     'rent_periods', 'rentchanges', 'insp_schedule', 'custom_fields', 'sync', 'kept_table',
-    'kept_column', 'page', 'finding', 'counter'] loop
+    'kept_column', 'page', 'finding', 'counter', 'hand_over', 'import_lock'] loop
     execute format('alter table rental.%I enable row level security', stored);
     execute format('create policy own_branches on rental.%I using (branch in '
       '(select s.branch from rental.may_see s where s.login = session_user))', stored);

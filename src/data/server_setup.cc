@@ -103,7 +103,15 @@ void GrantBranch(Connection& connection, const std::string& login, const std::st
       {.sql = "insert into rental.may_see(login, branch) values ($1, $2) on conflict do nothing",
        .parameters = {login, id}},
       {.sql = "commit", .parameters = {}}};
-  connection.RunTogether(together);
+  try {
+    connection.RunTogether(together);
+  } catch (const ServerError& error) {
+    constexpr std::string_view kNoPermission = "42501";
+    if (error.state() != kNoPermission) throw;
+    Refuse(connection, "has the role " + ServerRole(role) +
+                           ", which this login may not give: a superuser lets it with 'grant " +
+                           ServerRole(role) + " to ... with admin option'");
+  }
 }
 
 bool RevokeBranch(Connection& connection, const std::string& login, const std::string& branch) {

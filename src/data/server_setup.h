@@ -19,8 +19,8 @@ enum class ServerSetup { kMade, kThereAlready };
 // may not; nothing is changed then.
 ServerSetup SetUpServer(server::Connection& connection);
 
-// Raises ServerError where the login may not administer the database: change who sees what, and
-// who issues receipt numbers.
+// Raises ServerError where the login may not administer the database: change who sees what, who
+// issues receipt numbers, and which branches there are.
 void RequireOwner(server::Connection& connection);
 
 // "reader", "clerk", "worker" or "sync".

@@ -117,12 +117,24 @@ std::string NewMark() {
   return mark;
 }
 
-void RequireSameHandOver(const std::string& in_file, RunningNumbers& numbers) {
-  if (in_file == numbers.Mark()) return;
+// Raises 70 for a marked file whose numbers are not this server's to issue or to hand back.
+void RequireOurHandOver(const std::string& mark, RunningNumbers& numbers) {
+  const std::optional<bool> handed_back = numbers.HandedBack(mark);
+  if (!handed_back) {
+    throw StandardError(error_number::kPermissionDenied,
+                        "the file has handed its receipt numbers over to another server or branch "
+                        "(hand-over " +
+                            mark +
+                            "): there 'tenora server counters --file' hands them back. Where that "
+                            "server is gone, enter the numbers in the file by hand");
+  }
+  // A copy of an older hand-over knows less than a server that issues, which loses nothing by it.
+  if (numbers.IssuedHere() || (mark == numbers.Mark() && !*handed_back)) return;
   throw StandardError(error_number::kPermissionDenied,
-                      "the file has handed its receipt numbers over to another server or branch "
-                      "(hand-over " +
-                          in_file + ")");
+                      "the file is a copy of a time when the server issued its receipt numbers. "
+                      "They were handed back to the file since, and which it has issued from then "
+                      "on is not known here: put a later copy back, or enter the numbers in this "
+                      "one by hand");
 }
 
 // Runs the statements in a transaction of the file's.
@@ -175,12 +187,13 @@ bool HasHandedOver(EngineDatabase& file) { return !MarkOf(file).empty(); }
 // The server knows the numbers before the file is marked, and issues none until it is. So a call
 // that was cut short has left the file in charge, or everything at the server but the permission.
 HandOver HandOverToServer(EngineDatabase& file, RunningNumbers& numbers) {
-  numbers.LockHandOver();
-  const bool here = numbers.IssuedHere();
   std::string mark = MarkOf(file);
   if (!mark.empty()) {
-    RequireSameHandOver(mark, numbers);
-    if (here) return HandOver::kAlready;
+    RequireOurHandOver(mark, numbers);
+    if (numbers.IssuedHere()) {
+      if (mark == numbers.Mark()) return HandOver::kAlready;
+      InTransaction(file, [&] { SetMark(file, numbers.Mark()); });
+    }
     numbers.BeginIssuing();
     return HandOver::kDone;
   }
@@ -196,23 +209,23 @@ HandOver HandOverToServer(EngineDatabase& file, RunningNumbers& numbers) {
   return HandOver::kDone;
 }
 
-// The server stops before the file begins, and keeps the numbers.
+// The server stops before the file begins, and keeps the numbers. A file that is a copy of before
+// the hand-over, or of an older one, has taken part in it first: so that, cut short, it issues
+// none.
 HandOver HandBackToFile(EngineDatabase& file, RunningNumbers& numbers, Date today) {
-  numbers.LockHandOver();
-  const bool here = numbers.IssuedHere();
   const std::string mark = MarkOf(file);
-  if (!mark.empty()) RequireSameHandOver(mark, numbers);
-  if (mark.empty() && !here) return HandOver::kAlready;
+  if (numbers.IssuedHere()) {
+    HandOverToServer(file, numbers);
+  } else if (mark.empty()) {
+    numbers.CloseHandOver();
+    return HandOver::kAlready;
+  } else {
+    RequireOurHandOver(mark, numbers);
+  }
   numbers.EndIssuing();
   InTransaction(file, [&] {
-    for (NumberSeries& series : numbers.All()) {
-      // A file that was put back from a copy may have counted on.
-      const std::string value = mark.empty()
-                                    ? ColumnText(file, "select [value] from custom_fields" +
-                                                           CounterCondition(series.name))
-                                    : "";
-      const std::int64_t last = std::max(series.last, StoredNumber(value));
-      StoreCounter(file, series.name, std::to_string(last));
+    for (const NumberSeries& series : numbers.All()) {
+      StoreCounter(file, series.name, std::to_string(series.last));
     }
     file.Execute(
         std::string("delete from custom_fields where parenttype=202 and fieldcode='NxtReceipt' "
@@ -228,6 +241,7 @@ HandOver HandBackToFile(EngineDatabase& file, RunningNumbers& numbers, Date toda
           SQLDate(today) + ", 'Next Receipt Number', 0, 0)");
     }
   });
+  numbers.CloseHandOver();
   return HandOver::kDone;
 }
 

@@ -98,6 +98,18 @@ bool CheckFile(const std::string& path, std::ostream& output) {
   return sound;
 }
 
+// For "--branch=" the parser would take the next argument as the value, which is empty.
+void SplitEmptyValues(std::vector<std::string>& arguments) {
+  for (std::size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    std::string& option = arguments[i];
+    const bool is_long =
+        option.starts_with("--") && option.find_first_of("= ") + 1 == option.size();
+    if (!is_long || option.back() != '=') continue;
+    option.pop_back();
+    arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(++i), "");
+  }
+}
+
 void ConvertToHtml(const std::string& path, const std::string& options, std::ostream& output) {
   const std::string rtf = ReadWholeFile(path);
   if (!richtext::IsRtf(rtf)) throw StandardError(error_number::kInvalidFileFormat, path);
@@ -117,6 +129,7 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
     return output ? 0 : 1;
   }
   OwnParser call;
+  SplitEmptyValues(arguments);
   std::ranges::reverse(arguments);  // CLI11 takes them from the back
   try {
     call.app.parse(arguments);

@@ -44,7 +44,10 @@ std::string ServerCall::Complaint() const {
   if (counters->parsed() && !file.empty() && !here && !to_file) {
     return "--database goes with --here or --file";
   }
-  if (import->parsed() && branch.empty()) return "--branch names no branch";
+  if (service.empty()) return init->parsed() ? "SERVICE is empty" : "--service names no service";
+  const bool one_branch = !init->parsed() && !sync->parsed() && !status->parsed();
+  if ((one_branch && branch.empty()) || std::ranges::count(branches, "") > 0)
+    return "The branch's name is empty";
   return "";
 }
 
@@ -62,6 +65,12 @@ void DeclareServer(CLI::App& app, ServerCall& call) {
                    "The database, as a service of libpq (~/.pg_service.conf) names it")
       ->required();
 
+  call.add = AddCommand(app, "add",
+                        "Add a branch without data, which logins are then given. For the owner of "
+                        "the server's database");
+  call.add->add_option("NAME", call.branch, "The branch's name")->required();
+  AddService(*call.add, call);
+
   call.import = AddCommand(
       app, "import",
       "Bring the rows of a branch's file to the server; of a branch that is there already, what "
@@ -69,7 +78,8 @@ void DeclareServer(CLI::App& app, ServerCall& call) {
       "listed and brought all the same");
   call.import->add_option("FILE", call.file, "The .mdb or .accdb file, which is only read")
       ->required();
-  AddBranch(*call.import, call, "The branch's name; one that is not there yet is added");
+  AddBranch(*call.import, call,
+            "The branch's name; one that is not there yet is added for the owner of the database");
   AddService(*call.import, call);
 
   call.sync = AddCommand(
@@ -79,7 +89,7 @@ void DeclareServer(CLI::App& app, ServerCall& call) {
       "left as it was, and the others go on; the status is then 1");
   call.sync->add_option("NAME=FILE", call.files,
                         "A branch and its file; without any, the file that it was brought from "
-                        "last");
+                        "last, if this login or the owner of the database has named it");
   AddBranches(*call.sync, call, "Only this branch; may be given many times");
   AddService(*call.sync, call);
 
@@ -123,6 +133,23 @@ void DeclareServer(CLI::App& app, ServerCall& call) {
   AddLogin(*call.revoke, call);
   AddBranch(*call.revoke, call, "The branch");
   AddService(*call.revoke, call);
+
+  call.rename = AddCommand(app, "rename",
+                           "Give a branch another name. Letters and settings that name the old one "
+                           "stay as they are, and the command says what is left to do");
+  call.rename->add_option("OLD", call.branch, "The branch")->required();
+  call.rename->add_option("NEW", call.new_name, "Its new name")->required();
+  AddService(*call.rename, call);
+
+  call.remove = AddCommand(app, "remove",
+                           "Take a branch off the server: its rows, its receipt counters, and who "
+                           "sees it. Its file and letters stay");
+  call.remove->add_option("BRANCH", call.branch, "The branch")->required();
+  call.remove->add_flag("--yes", call.sure, "Do it; without this, the command says what would go");
+  call.remove->add_flag(
+      "--with-counters", call.with_counters,
+      "Also where the server issues the branch's receipt numbers, which are lost");
+  AddService(*call.remove, call);
 }
 
 }  // namespace tenora

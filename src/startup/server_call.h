@@ -14,7 +14,7 @@ namespace tenora {
 
 struct ServerCall {
   // The commands below `tenora server`; one of them is parsed.
-  CLI::App *init, *import, *sync, *status, *counters, *grant, *revoke;
+  CLI::App *init, *add, *import, *sync, *status, *counters, *grant, *revoke, *rename, *remove;
 
   std::string service;                // of libpq
   std::string file, branch;           // of import and others
@@ -23,7 +23,9 @@ struct ServerCall {
   std::string login, role;
   std::string format = "table";
   bool findings = false;
-  bool here = false, to_file = false;  // of counters
+  bool here = false, to_file = false;        // of counters
+  std::string new_name;                      // of rename
+  bool sure = false, with_counters = false;  // of remove
 
   // What is wrong with the call; empty when nothing is.
   std::string Complaint() const;

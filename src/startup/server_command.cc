@@ -17,6 +17,8 @@
 #include "platform/runtime/files.h"
 #include "platform/server/branch_import.h"
 #include "platform/server/branch_list.h"
+#include "platform/server/branch_register.h"
+#include "platform/server/import_transaction.h"
 #include "platform/server/rental_schema.h"
 #include "platform/server/running_numbers.h"
 
@@ -65,9 +67,15 @@ void PrintReport(const std::string& branch, const ImportReport& report,
   output << TerminalLine(
                 branch + ": " + Count(report.rows, "row") + ", " +
                 std::to_string(report.pages_changed) + " of " + Count(report.pages, "page") +
-                " changed, " + Count(static_cast<std::int64_t>(report.findings.size()), "finding") +
-                ", " + std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s")
+                " changed, " +
+                (report.pages_gone > 0 ? std::to_string(report.pages_gone) + " gone, " : "") +
+                Count(static_cast<std::int64_t>(report.findings.size()), "finding") + ", " +
+                std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s")
          << '\n';
+  if (!report.file_before.empty()) {
+    output << TerminalLine(branch + ": until now its rows were those of " + report.file_before)
+           << '\n';
+  }
   std::string left_out;
   for (const std::string& table : report.tables_left_out) {
     left_out += (left_out.empty() ? "" : ", ") + table;
@@ -98,8 +106,7 @@ class Bringing {
   Connection& connection() { return *connection_; }
   bool good() const { return good_; }
 
-  // Whether it was brought.
-  bool Bring(const std::string& branch, const std::filesystem::path& file) {
+  void Bring(const std::string& branch, const std::filesystem::path& file) {
     try {
       if (connection_->IsBroken()) connection_ = Connection::Open(service_, kNoLimit);
       errors_ << TerminalLine(branch + ": reading " + file.string() + " …") << std::endl;
@@ -107,20 +114,7 @@ class Bringing {
       const ImportReport report = server::ImportBranch(*connection_, branch, file, layout_);
       PrintReport(branch, report, std::chrono::steady_clock::now() - start, output_);
       if (!report.findings.empty()) good_ = false;
-      return true;
-    } catch (...) {
-      Fail(branch, ErrorText(CurrentError()));
-      return false;
-    }
-  }
-
-  // A file that was put back from a copy of before the hand-over would issue numbers again.
-  void RequireMark(const std::string& branch, const std::filesystem::path& file) {
-    try {
-      if (HasHandedOver(*workspace_->OpenDatabase(file))) return;
-      Fail(branch,
-           "the server issues its receipt numbers, and now its file does too: 'tenora server "
-           "counters --here' ends that");
+      RequireMark(branch, file);
     } catch (...) {
       Fail(branch, ErrorText(CurrentError()));
     }
@@ -132,6 +126,17 @@ class Bringing {
   }
 
  private:
+  // A file that was put back from a copy of before the hand-over would issue numbers again.
+  void RequireMark(const std::string& branch, const std::filesystem::path& file) {
+    if (!server::RunningNumbers::Of(*connection_, service_, branch).IssuedHere() ||
+        HasHandedOver(*workspace_->OpenDatabase(file))) {
+      return;
+    }
+    Fail(branch,
+         "the server issues its receipt numbers, and now its file does too: 'tenora server "
+         "counters --here' ends that");
+  }
+
   const std::string service_;
   const LayoutChange layout_;
   std::ostream& output_;
@@ -179,15 +184,22 @@ bool Sync(const ServerCall& call, std::ostream& output, std::ostream& errors) {
   const Branches branches = FindBranches(bringing.connection(), call.service, wanted);
   for (const std::string& name : branches.unknown) bringing.Fail(name, kUnknown);
   for (const BranchSummary& branch : branches.known) {
-    const auto found = given.find(branch.name);
-    if (found == given.end() && !branch.state) {
-      bringing.Fail(branch.name, "nothing was brought yet: 'tenora server import' does it");
+    if (const auto found = given.find(branch.name); found != given.end()) {
+      bringing.Bring(branch.name, found->second);
       continue;
     }
-    const std::filesystem::path file =
-        found == given.end() ? std::filesystem::path(branch.state->file_name) : found->second;
-    const bool brought = bringing.Bring(branch.name, file);
-    if (brought && branch.counters_here) bringing.RequireMark(branch.name, file);
+    const auto known = server::NamedFileOf(bringing.connection(), branch.name);
+    if (!known) {
+      bringing.Fail(branch.name, "nothing was brought yet: 'tenora server import' does it");
+    } else if (!known->trusted) {
+      bringing.Fail(branch.name, "its file was named by the login '" + known->login + "' (" +
+                                     known->path +
+                                     "), whom this login does not follow; name the file: 'tenora "
+                                     "server sync \"" +
+                                     branch.name + "=FILE\"'");
+    } else {
+      bringing.Bring(branch.name, known->path);
+    }
   }
   return bringing.good();
 }
@@ -316,29 +328,33 @@ bool Revoke(const ServerCall& call, std::ostream& output) {
 }
 
 // The branch's file. Counters taken from another one would leave the branch with two issuers.
-std::string FileOf(const Branches& branches, const ServerCall& call) {
-  const bool brought = !branches.known.empty() && branches.known.front().state.has_value();
-  const std::string known = brought ? branches.known.front().state->file_name : "";
-  const std::string file = call.file.empty() ? known : NativePath(call.file).string();
-  if (file.empty()) {
-    throw ServerError(
-        server::server_error::kCallFailed,
-        "The file of branch '" + call.branch + "' is not known; name it with --database");
-  }
+std::string FileForCounters(Connection& connection, const ServerCall& call) {
   namespace fs = std::filesystem;
-  if (brought && fs::weakly_canonical(file) != fs::weakly_canonical(known)) {
-    throw ServerError(server::server_error::kCallFailed,
-                      "Branch '" + call.branch + "' was brought from '" + known + "', not from '" +
-                          file +
-                          "'; where its file has moved, 'tenora server sync' brings it from "
-                          "there first");
+  const auto known = server::NamedFileOf(connection, call.branch);
+  const auto refuse = [&](const std::string& why) {
+    throw ServerError(server::server_error::kCallFailed, why);
+  };
+  if (known && !known->trusted) {
+    refuse("The file of branch '" + call.branch + "' (" + known->path +
+           ") was named by the login '" + known->login +
+           "', whom this login does not follow; name it first: 'tenora server sync \"" +
+           call.branch + "=FILE\"'");
+  }
+  if (call.file.empty()) {
+    if (!known)
+      refuse("The file of branch '" + call.branch + "' is not known; name it with --database");
+    return known->path;
+  }
+  const std::string file = NativePath(call.file).string();
+  if (known && fs::weakly_canonical(file) != fs::weakly_canonical(known->path)) {
+    refuse("Branch '" + call.branch + "' was brought from '" + known->path + "', not from '" +
+           file + "'; where its file has moved, 'tenora server sync' brings it from there first");
   }
   return file;
 }
 
 void HandOverCounters(const ServerCall& call, std::ostream& output) {
   const auto connection = Connection::Open(call.service, kNoLimit);
-  const Branches branches = FindBranches(*connection, call.service, {call.branch});
   auto numbers = server::RunningNumbers::Of(*connection, call.service, call.branch);
   const auto say = [&](const std::string& text) {
     output << TerminalLine(call.branch + ": " + text) << '\n';
@@ -349,7 +365,11 @@ void HandOverCounters(const ServerCall& call, std::ostream& output) {
     return;
   }
   RequireOwner(*connection);
-  const std::string path = FileOf(branches, call);
+  const std::string path = FileForCounters(*connection, call);
+  // Another hand-over, or an import, would meet this one's steps.
+  const auto guard = Connection::Open(call.service, kNoLimit);
+  server::ImportTransaction alone(*guard);
+  alone.Lock(call.branch, server::kWaitForImport);
   const auto workspace = query::Workspace::Create();
   const auto file = workspace->OpenDatabase(path);
   const HandOver done = call.here
@@ -358,6 +378,62 @@ void HandOverCounters(const ServerCall& call, std::ostream& output) {
   const std::string issuer = call.here ? "the server" : path;
   say(done == HandOver::kAlready ? "receipt numbers are issued by " + issuer + " already"
                                  : "receipt numbers are issued by " + issuer + " from now on");
+}
+
+void Add(const ServerCall& call, std::ostream& output) {
+  const auto connection = Connection::Open(call.service, kNoLimit);
+  server::RunInSchema(*connection, call.service, {});
+  RequireOwner(*connection);
+  server::AddBranch(*connection, call.branch);
+  output << TerminalLine("Added: branch " + call.branch + ", without data yet") << '\n';
+}
+
+void Rename(const ServerCall& call, std::ostream& output) {
+  const auto connection = Connection::Open(call.service, kNoLimit);
+  server::RunInSchema(*connection, call.service, {});
+  RequireOwner(*connection);
+  server::RenameBranch(*connection, call.branch, call.new_name);
+  output << TerminalLine(call.branch + " is called " + call.new_name +
+                         " now, for the same logins and with the same data")
+         << '\n'
+         << TerminalLine(
+                "Left to do: on computers whose DatabaseLocation or command lines name "
+                "branch " +
+                call.branch + ", change that to " + call.new_name)
+         << '\n'
+         << TerminalLine(
+                "Letters made so far stay in the data folder's Branches folder under the "
+                "name " +
+                call.branch +
+                ", new ones go to one of the new name; unfinished "
+                "runs of the old name can be resumed only while it is the branch's")
+         << '\n';
+}
+
+bool Remove(const ServerCall& call, std::ostream& output) {
+  const auto connection = Connection::Open(call.service, kNoLimit);
+  const Branches branches = FindBranches(*connection, call.service, {call.branch});
+  RequireOwner(*connection);
+  const auto refuse = [&](const std::string& why) {
+    throw ServerError(server::server_error::kCallFailed, why);
+  };
+  if (branches.known.empty()) refuse("There is no branch '" + call.branch + "'");
+  const BranchSummary& branch = branches.known.front();
+  if (branch.counters_here && !call.with_counters) {
+    refuse("The server issues the receipt numbers of branch '" + call.branch +
+           "'. 'tenora server counters --branch \"" + call.branch +
+           "\" --file' hands them back to its file first; --with-counters loses them, and its file "
+           "then issues none either");
+  }
+  const std::string rows = Count(branch.state ? branch.state->rows : 0, "row");
+  const std::string file = branch.state ? "; the file " + branch.state->file_name + " stays" : "";
+  if (call.sure) server::RemoveBranch(*connection, call.branch);
+  output << TerminalLine(call.branch + ": " +
+                         (call.sure ? rows + " removed" + file
+                                    : rows + " would be removed" + file +
+                                          ". Nothing was done; --yes does it"))
+         << '\n';
+  return call.sure;
 }
 
 }  // namespace
@@ -372,6 +448,9 @@ bool RunServerCommand(const ServerCall& call, std::ostream& output, std::ostream
   if (call.sync->parsed()) return Sync(call, output, errors);
   if (call.status->parsed()) return ShowStatus(call, output, errors);
   if (call.counters->parsed()) HandOverCounters(call, output);
+  if (call.add->parsed()) Add(call, output);
+  if (call.rename->parsed()) Rename(call, output);
+  if (call.remove->parsed()) return Remove(call, output);
   if (call.grant->parsed()) Grant(call, output);
   return !call.revoke->parsed() || Revoke(call, output);
 }

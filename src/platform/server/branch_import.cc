@@ -13,6 +13,7 @@
 #include "platform/runtime/text.h"
 #include "platform/runtime/version.h"
 #include "platform/server/branch_list.h"
+#include "platform/server/branch_register.h"
 #include "platform/server/digest.h"
 #include "platform/server/result_rows.h"
 
@@ -192,64 +193,63 @@ Pages ReadPages(const ImportedTable& table) {
 class Import {
  public:
   Import(Connection& connection, std::string branch, const fs::path& path, LayoutChange layout)
-      : connection_(connection), name_(std::move(branch)), path_(path), layout_(layout) {}
+      : connection_(connection),
+        name_(std::move(branch)),
+        path_(fs::absolute(path).lexically_normal()),
+        layout_(layout) {}
 
-  ImportReport Run() {
+  ImportReport Run(std::chrono::milliseconds wait) {
+    RequireSyncRole();
+    ImportTransaction transaction(connection_);
+    AddWhereNew();
+    id_ = transaction.Lock(name_, wait);
+    FindState();
     // Until the commit: what is brought is one state of the file.
     const auto lock = access::ReadLock::TakeWherePossible(path_, kWaitForWriters);
     file_ = access::DatabaseFile::Open(path_);
     const auto taken = std::chrono::system_clock::now();
-    connection_.Run("begin");
-    try {
-      FindBranch();
-      for (const ImportedTable& table : FindTables()) BringTable(table);
-      // What the server counts by itself it counts later, and only in a transaction's outcome.
-      if (report_.rows_sent * 2 > report_.rows) connection_.Run("select rental.take_statistics()");
-      if (report_.Changed() || first_time_) FindBreaks();
-      report_.findings = ReadFindings(connection_, name_);
-      Close(taken);
-      connection_.Run("commit");
-    } catch (...) {
-      Abandon();
-      throw;
+    for (const ImportedTable& table : FindTables()) BringTable(table);
+    // What the server counts by itself it counts later, and only in a transaction's outcome.
+    if (report_.rows_sent * 2 > report_.rows) connection_.Run("select rental.take_statistics()");
+    if (report_.Changed() || first_time_) {
+      connection_.Run({.sql = "select rental.find_breaks($1)", .parameters = {Id()}});
     }
+    report_.findings = ReadFindings(connection_, name_);
+    Close(taken);
+    transaction.Commit();
     return report_;
   }
 
  private:
-  // What broke the transaction is what is told, not that it cannot be rolled back either.
-  void Abandon() {
-    try {
-      connection_.Run("rollback");
-    } catch (const ServerError&) {
-    }
-  }
-
   std::string Id() const { return std::to_string(id_); }
 
-  void FindBranch() {
-    const auto find = [&] {
-      const ResultPtr found = connection_.Run(
-          {.sql = "select id from rental.branch where name = $1", .parameters = {name_}});
-      if (found->rows() == 1) id_ = found->Integer(0, 0);
-    };
-    find();
-    if (id_ == 0 && layout_ == LayoutChange::kTake) {
-      id_ = connection_.Run({.sql = "select rental.add_branch($1)", .parameters = {name_}})
-                ->Integer(0, 0);
-    }
-    if (id_ == 0) {
-      throw ServerError(server_error::kCallFailed,
-                        "There is no branch '" + name_ + "' that this login may see");
-    }
-    // Two imports of one branch would each take out the other's rows.
-    constexpr const char* kImportLock = "32267";
-    connection_.Run({.sql = "select pg_advisory_xact_lock($1::int, $2::int)",
-                     .parameters = {kImportLock, Id()}});
-    const ResultPtr state = connection_.Run(
-        {.sql = "select generation from rental.sync where branch = $1", .parameters = {Id()}});
+  void RequireSyncRole() {
+    const ResultPtr may = connection_.Run(
+        "select has_function_privilege('rental.lock_import(int)', 'execute'), session_user");
+    if (may->Boolean(0, 0)) return;
+    const std::string login(may->Text(0, 1));
+    throw ServerError(server_error::kCallFailed,
+                      "The login '" + login +
+                          "' may not bring branches to the server: it needs the role sync, which "
+                          "the owner of the database gives it with 'tenora server grant " +
+                          login + " --branch \"" + name_ + "\" --role sync'");
+  }
+
+  void AddWhereNew() {
+    if (layout_ == LayoutChange::kRefuse) return;
+    const ResultPtr found = connection_.Run(
+        {.sql = "select id from rental.branch where name = $1", .parameters = {name_}});
+    if (found->rows() == 0) AddBranch(connection_, name_);
+  }
+
+  void FindState() {
+    const ResultPtr state =
+        connection_.Run({.sql = "select generation, file_name from rental.sync where branch = $1",
+                         .parameters = {Id()}});
     first_time_ = state->rows() == 0;
-    report_.generation = first_time_ ? 0 : state->Integer(0, 0);
+    if (first_time_) return;
+    report_.generation = state->Integer(0, 0);
+    if (state->Text(0, 1) != path_.string()) report_.file_before = state->Text(0, 1);
   }
 
   std::vector<ImportedTable> FindTables() {
@@ -308,14 +308,10 @@ class Import {
                             "' of '" + path_.string() + "' " + change +
                             ". 'tenora server import' brings it with its new layout");
     }
-    for (const std::string& of :
-         {"rental." + Name(stored) + " where branch = $1",
-          "rental.page where branch = $1 and stored_table = " + Literal(stored),
-          "rental.kept_table where branch = $1 and stored = " + Literal(stored)}) {
-      report_.rows_removed +=
-          connection_.Run({.sql = "delete from " + of, .parameters = {Id()}})->changed() *
-          (of.starts_with("rental." + Name(stored)) ? 1 : 0);
-    }
+    report_.rows_removed +=
+        connection_
+            .Run({.sql = "select rental.take_out($1, $2, null)", .parameters = {Id(), stored}})
+            ->Integer(0, 0);
     report_.layout_changed = true;
     if (table != nullptr) KeepLayout(Map(stored, *table));
   }
@@ -386,16 +382,21 @@ class Import {
       const auto found = before.find(page);
       return found == before.end() || found->second != now.at(page);
     };
-    std::int64_t rows = 0, sent_pages = 0, gone_pages = 0;
+    std::int64_t rows = 0, sent_pages = 0;
     for (const auto& [page, held] : now) {
       rows += held.rows;
       if (is_new(page)) ++sent_pages;
     }
-    for (const auto& [page, held] : before) gone_pages += now.contains(page) ? 0 : 1;
+    for (const auto& [page, held] : before) report_.pages_gone += now.contains(page) ? 0 : 1;
     report_.rows += rows;
     report_.pages += static_cast<std::int64_t>(now.size());
-    report_.pages_changed += sent_pages + gone_pages;
-    if (!outdated.empty()) TakeOut(table.stored, outdated);
+    report_.pages_changed += sent_pages;
+    if (!outdated.empty()) {
+      report_.rows_removed += connection_
+                                  .Run({.sql = "select rental.take_out($1, $2, $3)",
+                                        .parameters = {Id(), table.stored, ArrayOf(outdated)}})
+                                  ->Integer(0, 0);
+    }
     if (sent_pages > 0) {
       SendRows(table, is_new);
       SendPages(table.stored, now, is_new);
@@ -403,20 +404,6 @@ class Import {
     connection_.Run(
         {.sql = "update rental.kept_table set rows = $3 where branch = $1 and stored = $2",
          .parameters = {Id(), table.stored, std::to_string(rows)}});
-  }
-
-  void TakeOut(const std::string& stored, const std::vector<std::string>& pages) {
-    const std::string list = ArrayOf(pages);
-    report_.rows_removed +=
-        connection_
-            .Run({.sql = "delete from rental." + Name(stored) +
-                         " r using unnest($2::bigint[]) p(page) where r.branch = $1 and r._row >= "
-                         "p.page * 256 and r._row < p.page * 256 + 256",
-                  .parameters = {Id(), list}})
-            ->changed();
-    connection_.Run({.sql = "delete from rental.page where branch = $1 and stored_table = $3 and "
-                            "page = any($2::bigint[])",
-                     .parameters = {Id(), list, stored}});
   }
 
   // "copy" does not go into tables with row security, so rows arrive in a table of this session.
@@ -469,11 +456,6 @@ class Import {
     });
   }
 
-  void FindBreaks() {
-    connection_.Run({.sql = "delete from rental.finding where branch = $1", .parameters = {Id()}});
-    connection_.Run({.sql = "select rental.find_breaks($1)", .parameters = {Id()}});
-  }
-
   static std::string Seconds(std::chrono::system_clock::time_point time) {
     using std::chrono::duration_cast;
     return std::to_string(duration_cast<std::chrono::seconds>(time.time_since_epoch()).count());
@@ -492,7 +474,7 @@ class Import {
              "excluded.file_time, sort_order = excluded.sort_order, rows = excluded.rows, "
              "findings = excluded.findings, tenora_version = excluded.tenora_version",
          .parameters = {
-             Id(), std::to_string(report_.generation), Seconds(taken), fs::absolute(path_).string(),
+             Id(), std::to_string(report_.generation), Seconds(taken), path_.string(),
              std::to_string(fs::file_size(path_)),
              Seconds(std::chrono::time_point_cast<std::chrono::system_clock::duration>(changed)),
              std::to_string(file_->sort_order()), std::to_string(report_.rows),
@@ -512,8 +494,9 @@ class Import {
 }  // namespace
 
 ImportReport ImportBranch(Connection& connection, const std::string& branch,
-                          const std::filesystem::path& file, LayoutChange layout) {
-  return Import(connection, branch, file, layout).Run();
+                          const std::filesystem::path& file, LayoutChange layout,
+                          std::chrono::milliseconds wait) {
+  return Import(connection, branch, file, layout).Run(wait);
 }
 
 }  // namespace tenora::server

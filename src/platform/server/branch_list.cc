@@ -32,6 +32,18 @@ std::vector<BranchSummary> ListBranches(Connection& connection, const std::strin
   return branches;
 }
 
+std::optional<NamedFile> NamedFileOf(Connection& connection, const std::string& branch) {
+  const ResultPtr found = connection.Run(
+      {.sql = "select s.file_name, s.file_login, s.file_login = session_user or "
+              "rental.administers(s.file_login) from rental.sync s join rental.branch b on b.id = "
+              "s.branch where b.name = $1",
+       .parameters = {branch}});
+  if (found->rows() == 0) return std::nullopt;
+  return NamedFile{.path = std::string(found->Text(0, 0)),
+                   .login = std::string(found->Text(0, 1)),
+                   .trusted = found->Boolean(0, 2)};
+}
+
 std::vector<ImportFinding> ReadFindings(Connection& connection, const std::string& branch) {
   const ResultPtr found = connection.Run(
       {.sql = "select coalesce(t.name, f.stored_table), f._row, f.what from rental.finding f join "

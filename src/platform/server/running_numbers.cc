@@ -72,26 +72,25 @@ std::int64_t RunningNumbers::Issue(std::string_view name) {
   return issued->Integer(0, 0);
 }
 
-void RunningNumbers::LockHandOver() {
-  constexpr const char* kHandOverLock = "32268";
-  const ResultPtr locked =
-      Ask("select pg_try_advisory_lock($2::int, $1::int)", {std::string(kHandOverLock)});
-  if (!locked->Boolean(0, 0)) {
-    throw StandardError(error_number::kPermissionDenied,
-                        "the receipt numbers of this branch are being handed over already");
-  }
-}
-
 std::string RunningNumbers::Mark() {
   const ResultPtr found = Ask("select counters_mark from rental.branch where id = $1");
   return found->rows() == 0 ? "" : std::string(found->Text(0, 0));
 }
 
+std::optional<bool> RunningNumbers::HandedBack(const std::string& mark) {
+  const ResultPtr found =
+      Ask("select handed_back from rental.hand_over where branch = $1 and mark = $2", {mark});
+  if (found->rows() == 0) return std::nullopt;
+  return found->Boolean(0, 0);
+}
+
 void RunningNumbers::Keep(const std::string& mark, const std::vector<NumberSeries>& series) {
   const std::string branch = std::to_string(branch_);
-  std::vector<Query> queries = {{.sql = "begin", .parameters = {}},
-                                {.sql = "update rental.branch set counters_mark = $2 where id = $1",
-                                 .parameters = {branch, mark}}};
+  std::vector<Query> queries = {
+      {.sql = "begin", .parameters = {}},
+      {.sql = "update rental.branch set counters_mark = $2 where id = $1",
+       .parameters = {branch, mark}},
+      {.sql = "insert into rental.hand_over values ($1, $2)", .parameters = {branch, mark}}};
   for (const NumberSeries& one : series) {
     queries.push_back(
         {.sql = "insert into rental.counter as c values ($1, $2, $3, $4) on conflict (branch, "
@@ -108,6 +107,11 @@ void RunningNumbers::BeginIssuing() {
 
 void RunningNumbers::EndIssuing() {
   Ask("update rental.branch set counters_here = false where id = $1");
+}
+
+void RunningNumbers::CloseHandOver() {
+  Ask("update rental.hand_over set handed_back = true where branch = $1 and mark = (select "
+      "counters_mark from rental.branch where id = $1)");
 }
 
 std::vector<NumberSeries> RunningNumbers::All() {

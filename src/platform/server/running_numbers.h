@@ -35,17 +35,22 @@ class RunningNumbers {
   // issues them, or the login may not take them.
   std::int64_t Issue(std::string_view name);
 
-  // For the owner of the database, while no other hand-over is under way: until the connection
-  // ends. Raises 70 where one is.
-  void LockHandOver();
+  // What follows is for the owner of the database, who holds the branch's ImportTransaction in
+  // another connection: so no other hand-over is under way.
+
   // What the last hand-over is called; empty: there was none.
   std::string Mark();
+  // Whether the numbers of the hand-over of this name were handed back; none where it was not made
+  // to this branch.
+  std::optional<bool> HandedBack(const std::string& mark);
   // Takes the series over from the file; a number that was issued here before is not gone back to.
   // Nothing is issued yet.
   void Keep(const std::string& mark, const std::vector<NumberSeries>& series);
   void BeginIssuing();
   // After it, and after numbers being issued meanwhile, none is.
   void EndIssuing();
+  // The file has the numbers of the last hand-over again.
+  void CloseHandOver();
   std::vector<NumberSeries> All();
 
  private:
