@@ -248,9 +248,45 @@ TEST_F(ReceiptCounters, KeepEveryBuildingAndGoOnFromTheHigherNumber) {
 
   // Another server's numbers are not ours to end.
   HandOverTo(true);
-  server_.Run("numbers", "update rental.branch set counters_mark = 'x', counters_here = false");
+  server_.Run("numbers",
+              "delete from rental.hand_over; update rental.branch set counters_here = false");
   EXPECT_THAT(test::ErrorOf([&] { HandOverTo(true); }), HasSubstr("to another server"));
   EXPECT_THAT(test::ErrorOf([&] { HandOverTo(false); }), HasSubstr("to another server"));
+}
+
+TEST_F(ReceiptCounters, OfACopyOfAnOlderHandOverAreTheServersOnlyWhileItIssues) {
+  const std::filesystem::path copy = machine_.ProgramFolder() / "copy.mdb";
+  const auto put_back = [&] {
+    std::filesystem::copy_file(copy, File(), std::filesystem::copy_options::overwrite_existing);
+  };
+  FromFile();
+  HandOverTo(true);
+  std::filesystem::copy_file(File(), copy);
+  HandOverTo(false);
+  EXPECT_EQ(FromFile(), 1001);
+  // What the file has issued since is in the copy no more than on the server.
+  put_back();
+  EXPECT_THAT(test::ErrorOf([&] { HandOverTo(true); }), HasSubstr("put a later copy back"));
+  EXPECT_THAT(test::ErrorOf([&] { HandOverTo(false); }), HasSubstr("put a later copy back"));
+  EXPECT_EQ(FromFile() + FromServer(), 0);
+
+  machine_.InstallSampleDatabase();
+  HandOverTo(true);
+  EXPECT_EQ(FromServer(), 1001);
+  put_back();
+  EXPECT_EQ(HandOverTo(true), HandOver::kDone);
+  EXPECT_EQ(HandOverTo(true), HandOver::kAlready);
+  EXPECT_EQ(FromServer(), 1002);
+  // A hand-back that is cut short anywhere leaves nobody with lower numbers.
+  for (int step = 0;; ++step) {
+    put_back();
+    const bool died = Dies(false, step);
+    const int next = FromServer() + FromFile();
+    EXPECT_TRUE(next == 0 || next > 1002) << step;
+    if (!died) break;
+    HandOverTo(false);
+    HandOverTo(true);
+  }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // `tenora server` against a real PostgreSQL, as its administrator types it.
 #include "agency.h"
+#include "platform/runtime/text.h"
 #include "support/postgres_server.h"
 
 namespace tenora {
@@ -51,7 +52,7 @@ TEST_F(ServerCommand, SyncGoesOnAfterABranchThatFails) {
               "update rental.kept_column set name = 'pets' where position = 3 and "
               "stored_table = 'tenancy' and branch = (select id from rental.branch "
               "where name = 'South')");
-  server_.Run("group", "select rental.add_branch('Empty')");
+  Do({"add", "Empty", "--service", "group"}, 0);
   const ProcessResult result = Do({"sync", "East=" + Database().string(), "Ghost=x.mdb",
                                    "West=" + (Home() / "away.mdb").string(), "--branch", "East",
                                    "--branch", "West", "--branch", "South", "--branch", "North",
@@ -70,6 +71,80 @@ TEST_F(ServerCommand, SyncGoesOnAfterABranchThatFails) {
   Import("South");
   EXPECT_THAT(Do({"sync", "--branch", "South", "--service", "group"}, 1).errors,
               Not(HasSubstr("3190")));
+}
+
+TEST_F(ServerCommand, FollowsOnlyPathsThatTheLoginMayTrust) {
+  server_.MakeDatabase("group");
+  for (const char* branch : {"North", "South"}) Import(branch);
+  server_.MakeLogin("group", "office", "tenora_sync");
+  server_.Run("group", "insert into rental.may_see select 'office', id from rental.branch");
+  const auto sync = [&](const std::string& service, const std::vector<std::string>& more = {}) {
+    std::vector<std::string> call = {"sync", "--branch", "North", "--service", service};
+    call.insert(call.end(), more.begin(), more.end());
+    const ProcessResult result = Do(call, 1);
+    return result.output + result.errors;
+  };
+  const std::string brought = "North: 3614 rows";
+  // The owner's path is everybody's, and stays his.
+  EXPECT_THAT(sync("group-office"), HasSubstr(brought));
+  EXPECT_THAT(sync("group"), HasSubstr(brought));
+  const std::string other = (Home() / "other.mdb").string();
+  std::filesystem::copy_file(Database(), other);
+  EXPECT_THAT(sync("group-office", {"North=" + other}),
+              AllOf(HasSubstr(brought),
+                    HasSubstr("until now its rows were those of " + Database().string())));
+  EXPECT_THAT(sync("group-office"), AllOf(HasSubstr(brought), Not(HasSubstr("until now"))));
+  const std::string named = "named by the login 'office'";
+  EXPECT_THAT(sync("group"), AllOf(HasSubstr(named), HasSubstr(other), Not(HasSubstr(brought))));
+  EXPECT_THAT(Do({"counters", "--branch", "North", "--here", "--service", "group"}, 1).errors,
+              HasSubstr(named));
+  sync("group", {"North=" + other});
+  EXPECT_THAT(sync("group"), HasSubstr(brought));
+}
+
+TEST_F(ServerCommand, TheOwnerAddsRenamesAndRemovesBranches) {
+  server_.MakeDatabase("group");
+  Import("North");
+  server_.MakeLogin("group", "office", "tenora_sync");
+  const std::string accents = "M\u00fcnster", capitals = "M\u00dcNSTER";
+  const struct {
+    std::vector<std::string> call;
+    int status;
+    std::string text;
+  } cases[] = {
+      {{"add", accents}, 0, "Added: branch " + accents},
+      {{"add", accents}, 1, "There is a branch '" + accents + "' already"},
+      {{"add", capitals}, 1, "too like that of the branch '" + accents + "'"},
+      {{"import", Database().string(), "--branch", "NORTH"}, 1, "too like that of the branch"},
+      {{"add", ""}, 2, "name is empty"},
+      {{"add", " a"}, 1, "begins or ends with a blank"},
+      {{"add", "a "}, 1, "begins or ends with a blank"},
+      {{"add", "a,b"}, 1, "has a comma"},
+      {{"add", "a\nb"}, 1, "cannot be seen"},
+      {{"add", "a\u0085"}, 1, "cannot be seen"},
+      {{"add", std::string(101, 'a')}, 1, "longer than 100 characters"},
+      {{"add", ReplaceAll(std::string(100, 'a'), "a", "\u00fc")}, 0, "Added"},
+      {{"rename", "North", accents}, 1, "There is a branch"},
+      {{"rename", "North", "a,b"}, 1, "has a comma"},
+      {{"rename", "Gone", "Here"}, 1, "no branch 'Gone'"},
+      {{"rename", "North", "NORTH"}, 0, "North is called NORTH now"},
+      {{"counters", "--branch", "NORTH", "--here"}, 0, "by the server from now on"},
+      {{"remove", "NORTH", "--yes"}, 1, "issues the receipt numbers of branch 'NORTH'"},
+      {{"remove", "NORTH", "--with-counters"}, 1, "3614 rows would be removed"},
+      {{"remove", "North", "--yes"}, 1, "no branch 'North'"},
+      {{"remove", "NORTH", "--with-counters", "--yes"}, 0, "3614 rows removed"},
+      {{"remove", accents, "--yes"}, 0, "0 rows removed"},
+  };
+  for (const auto& c : cases) {
+    std::vector<std::string> call = c.call;
+    call.insert(call.end(), {"--service", "group"});
+    const ProcessResult result = Do(call, c.status);
+    EXPECT_THAT(result.output + result.errors, HasSubstr(c.text));
+    call.back() = "group-office";
+    call.insert(call.begin(), "server");
+    EXPECT_NE(Run(call).status, 0) << testing::PrintToString(call);
+  }
+  EXPECT_EQ(server_.Run("group", "select count(*) from rental.revenues"), "0\n");
 }
 
 TEST_F(ServerCommand, StatusShowsTheBranchesThatALoginWasGranted) {
@@ -141,6 +216,10 @@ TEST_F(ServerCommand, TellsAWrongCallFromAFailure) {
       {{"sync", "North", "--service", "group"}, 2, "NAME=FILE"},
       {{"sync", "=x.mdb", "--service", "group"}, 2, "NAME=FILE"},
       {{"grant", "anna", "--branch", "B", "--role", "king", "--service", "group"}, 2, "--role"},
+      {{"status", "--service", ""}, 2, "--service names no service"},
+      {{"init", ""}, 2, "SERVICE is empty"},
+      {{"import", "x.mdb", "--branch=", "--service", "group"}, 2, "name is empty"},
+      {{"status", "--branch=", "--service", "group"}, 2, "name is empty"},
       {{"status", "--service", "nowhere"}, 1, "3151 - "},
   };
   for (const auto& c : cases) EXPECT_THAT(Do(c.arguments, c.status).errors, HasSubstr(c.message));

@@ -7,7 +7,6 @@
 
 #include "platform/runtime/text.h"
 #include "platform/server/branch_import.h"
-#include "platform/server/branch_list.h"
 #include "support/environment.h"
 #include "support/errors.h"
 #include "support/postgres_server.h"
@@ -62,80 +61,111 @@ class ServerSecurity : public testing::Test {
 };
 
 TEST_F(ServerSecurity, ALoginDoesNoMoreThanItsRoleInItsBranches) {
+  server_.Run("rents", "insert into rental.hand_over values (1, 'a'), (2, 'b')");
   const std::string refused = "42501";
+  using Logins = std::vector<const char*>;
+  const Logins all = {"reader", "clerk", "worker", "sync", "stranger"};
+  const Logins no_sync = {"reader", "clerk", "worker"};
   const struct {
-    const char* login;
+    Logins logins;
     std::vector<std::string> statements;
-    std::string result;
+    std::string result;  // for each of the logins
   } cases[] = {
       // Its own branch, and nothing of another one.
-      {"reader", {"select count(distinct branch) from rental.tenancy"}, "1"},
-      {"reader", {"select string_agg(name, ',') from rental.branch"}, "North"},
-      {"reader", {"select count(*) from rental.revenues where branch <> 1"}, "0"},
-      {"reader", {"select count(distinct branch) from rental.finding"}, "1"},
-      {"reader", {"select count(distinct login) from rental.may_see"}, "1"},
-      {"stranger", {"select count(*) from rental.tenancy"}, "0"},
-      {"stranger", {"select count(*) from rental.counter"}, "0"},
+      {{"reader", "sync"}, {"select count(distinct branch) from rental.tenancy"}, "1"},
+      {{"reader"}, {"select string_agg(name, ',') from rental.branch"}, "North"},
+      {{"reader"}, {"select count(*) from rental.revenues where branch <> 1"}, "0"},
+      {{"reader"}, {"select count(distinct branch) from rental.finding"}, "1"},
+      {{"reader"}, {"select count(distinct login) from rental.may_see"}, "1"},
+      {{"reader", "sync"}, {"select string_agg(mark, ',') from rental.hand_over"}, "a"},
+      {{"stranger"}, {"select count(*) from rental.tenancy"}, "0"},
+      {{"stranger"}, {"select count(*) from rental.counter"}, "0"},
       // Other roles' names help nothing: the login counts.
-      {"worker",
+      {{"worker"},
        {"set role tenora_reader", "select count(distinct branch) from rental.owner"},
        "1"},
-      {"worker", {"set role tenora", "select 1"}, refused},
-      {"worker", {"set session authorization tenora"}, refused},
-      {"reader", {"set row_security = off", "select count(*) from rental.tenancy"}, refused},
+      {all, {"set role tenora"}, refused},
+      {all, {"set session authorization tenora"}, refused},
+      {{"reader"}, {"set row_security = off", "select count(*) from rental.tenancy"}, refused},
       // It cannot change what it may see.
-      {"reader", {"insert into rental.may_see values ('reader', 2)"}, refused},
-      {"sync", {"insert into rental.may_see values ('sync', 2)"}, refused},
-      {"sync", {"update rental.may_see set branch = 2"}, refused},
-      {"reader", {"drop policy own_branches on rental.tenancy"}, refused},
-      {"sync", {"alter table rental.tenancy disable row level security"}, refused},
-      {"reader", {"grant tenora_worker to reader"}, refused},
-      {"sync", {"create function rental.peek() returns int language sql as 'select 1'"}, refused},
-      {"sync", {"create table rental.copy()"}, refused},
+      {all, {"insert into rental.may_see values (session_user, 2)"}, refused},
+      {all, {"update rental.may_see set branch = 2"}, refused},
+      {all, {"drop policy own_branches on rental.tenancy"}, refused},
+      {all, {"alter table rental.tenancy disable row level security"}, refused},
+      {all, {"grant tenora_worker to reader"}, refused},
+      {all, {"create table rental.copy()"}, refused},
+      {all, {"create function rental.peek() returns int language sql as 'select 1'"}, refused},
       // A function of its own that sees a row before the policy has judged it would give it away.
-      {"reader",
+      {{"reader"},
        {"create function pg_temp.leak(t text) returns bool language plpgsql cost 0.0000001 as $$ "
         "begin if t is not null then raise exception 'seen %', t using errcode = '22000'; end if; "
         "return false; end $$",
         "select count(*) from rental.tenancy where branch <> 1 and pg_temp.leak(reference)"},
        "0"},
       // Nobody but a sync login changes rows, and that one only its own branch's.
-      {"reader", {"delete from rental.tenancy"}, refused},
-      {"clerk", {"update rental.tenancy set name = 'x'"}, refused},
-      {"worker", {"update rental.counter set last = 1"}, refused},
-      {"worker", {"update rental.branch set counters_here = false"}, refused},
-      {"sync", {"delete from rental.revenues where branch <> 1"}, "0 rows"},
-      {"sync", {"update rental.tenancy set name = 'x' where branch <> 1"}, "0 rows"},
-      {"sync", {"update rental.tenancy set branch = 2"}, refused},
-      {"sync", {"insert into rental.tenancy(branch, _row) values (2, 1)"}, refused},
-      {"sync", {"insert into rental.page values (2, 1, 'tenancy', 1, '')"}, refused},
-      {"sync", {"select rental.find_breaks(2)", "select count(*) from rental.finding"}, "2"},
-      {"sync", {"update rental.branch set counters_here = false"}, refused},
-      {"sync", {"truncate rental.tenancy"}, refused},
+      {all, {"delete from rental.tenancy"}, refused},
+      {all, {"update rental.tenancy set name = 'x'"}, refused},
+      {no_sync, {"insert into rental.tenancy(branch, _row) values (1, 1)"}, refused},
+      {no_sync, {"select rental.take_out(1, 'tenancy', null)"}, refused},
+      {no_sync, {"select rental.find_breaks(1)"}, refused},
+      {{"sync"}, {"insert into rental.tenancy(branch, _row) values (2, 1)"}, refused},
+      {{"sync"}, {"insert into rental.page values (2, 1, 'tenancy', 1, '')"}, refused},
+      {{"sync"}, {"select rental.take_out(2, 'tenancy', null)"}, refused},
+      {{"sync"}, {"select rental.take_out(1, 'may_see', null)"}, "42P01"},
+      {{"sync"}, {"select rental.find_breaks(2)"}, refused},
+      {{"sync"}, {"update rental.kept_table set rows = 0 where branch = 2"}, "0 rows"},
+      {{"sync"}, {"update rental.sync set rows = 0 where branch = 2"}, "0 rows"},
+      // Which branches there are, who issues their numbers, and from which file they come.
+      {all, {"insert into rental.branch(name) values ('East')"}, refused},
+      {all, {"update rental.branch set name = 'East'"}, refused},
+      {all, {"update rental.branch set counters_here = false"}, refused},
+      {all, {"delete from rental.branch"}, refused},
+      {all, {"update rental.counter set last = 1"}, refused},
+      {all, {"insert into rental.hand_over values (1, 'x')"}, refused},
+      {no_sync, {"update rental.sync set file_name = '/x'"}, refused},
+      {{"sync"}, {"update rental.sync set file_login = 'tenora'"}, refused},
+      {{"sync"}, {"alter table rental.sync disable trigger name_file"}, refused},
+      {{"sync"},
+       {"update rental.sync set rows = rows, file_name = file_name",
+        "select file_login from rental.sync"},
+       "tenora"},
+      {{"sync"},
+       {"update rental.sync set file_name = '/x'", "select file_login from rental.sync"},
+       "sync"},
+      {{"sync"},
+       {"select f.path from (select file_name path, rental.administers(file_login) good "
+        "from rental.sync) f where good"},
+       "0 rows"},
+      // Nobody is held up.
+      {all, {"begin", "lock table rental.tenancy in share mode"}, refused},
+      {all, {"begin", "lock table rental.import_lock in share mode"}, refused},
+      {all, {"select from rental.import_lock for key share"}, refused},
+      {all, {"truncate rental.tenancy"}, refused},
+      {no_sync, {"select rental.lock_import(1)"}, refused},
+      {{"sync"}, {"select rental.lock_import(2)"}, refused},
       // The mail password is for workers.
-      {"reader", {"select smtppassword from rental.options"}, refused},
-      {"clerk", {"select * from rental.options"}, refused},
-      {"sync", {"select smtppassword from rental.options"}, refused},
-      {"sync", {"update rental.options set smtpsender = smtppassword"}, refused},
-      {"sync", {"update rental.options set smtpsender = 'x' returning smtppassword"}, refused},
-      {"reader", {"select o from rental.options o"}, refused},
-      {"reader", {"select smtpaddress is null from rental.options"}, "f"},
-      {"worker", {"select smtppassword from rental.options"}, "geheim"},
+      {{"reader", "clerk", "sync"}, {"select smtppassword from rental.options"}, refused},
+      {{"reader", "clerk", "sync"}, {"select * from rental.options"}, refused},
+      {{"reader", "clerk", "sync"}, {"select o from rental.options o"}, refused},
+      {{"sync"}, {"update rental.options set smtpsender = smtppassword"}, refused},
+      {{"sync"}, {"insert into rental.options values (1, 1) returning smtppassword"}, refused},
+      {{"reader"}, {"select smtpaddress is null from rental.options"}, "f"},
+      {{"worker"}, {"select smtppassword from rental.options"}, "geheim"},
       // Numbers are for workers, of their branches.
-      {"reader", {"select rental.next_number(1, 'B', 'B')"}, refused},
-      {"clerk", {"select rental.next_number(1, 'B', 'B')"}, refused},
-      {"sync", {"select rental.next_number(1, 'B', 'B')"}, refused},
-      {"worker", {"select rental.next_number(1, 'B', 'B')"}, "1000"},
-      {"worker", {"select rental.next_number(2, 'B', 'B')"}, ""},
-      {"stranger", {"select rental.next_number(1, 'B', 'B')"}, ""},
+      {{"reader", "clerk", "sync"}, {"select rental.next_number(1, 'B', 'B')"}, refused},
+      {{"worker"}, {"select rental.next_number(1, 'B', 'B')"}, "1000"},
+      {{"worker"}, {"select rental.next_number(2, 'B', 'B')"}, ""},
+      {{"stranger"}, {"select rental.next_number(1, 'B', 'B')"}, ""},
       // Neither do names before the functions' own in the search path.
-      {"worker",
+      {{"worker"},
        {"create temporary table branch(id int, counters_here bool)",
         "set search_path = pg_temp, rental", "select rental.next_number(2, 'B', 'B')"},
        ""},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(Try(c.login, c.statements), c.result) << c.login << ": " << c.statements.back();
+    for (const char* const login : c.logins) {
+      EXPECT_EQ(Try(login, c.statements), c.result) << login << ": " << c.statements.back();
+    }
   }
   EXPECT_EQ(server_.Run("rents",
                         "select count(*), count(distinct name) > 10 from rental.tenancy "
@@ -144,23 +174,49 @@ TEST_F(ServerSecurity, ALoginDoesNoMoreThanItsRoleInItsBranches) {
 }
 
 TEST_F(ServerSecurity, ASyncLoginBringsItsOwnBranchAndNoOther) {
-  const auto bring = [](const std::string& branch, LayoutChange layout) {
-    return ImportBranch(*Connection::Open("rents-sync", kNoLimit), branch, test::SampleDatabase(),
-                        layout);
+  const auto bring = [](const std::string& login, const std::string& branch, LayoutChange layout) {
+    return ImportBranch(*Connection::Open("rents-" + login, kNoLimit), branch,
+                        test::SampleDatabase(), layout);
   };
   server_.Run("rents",
               "delete from rental.page where branch = 1 and stored_table in ('tenancy', "
               "'revenues')");
   server_.Run("rents", "delete from rental.tenancy where branch = 1");
   server_.Run("rents", "delete from rental.revenues where branch = 1");
-  EXPECT_GT(bring("North", LayoutChange::kTake).rows, 3000);
-  EXPECT_THAT(test::ErrorOf([&] { bring("South", LayoutChange::kRefuse); }),
-              HasSubstr("no branch 'South' that this login may see"));
-  EXPECT_THAT(test::ErrorOf([&] { bring("South", LayoutChange::kTake); }), HasSubstr("3146 - "));
-  // A branch that it adds is its own, and hides from the others.
-  bring("East", LayoutChange::kTake);
-  EXPECT_EQ(ListBranches(*Connection::Open("rents-sync", kNoLimit), "rents").size(), 2U);
-  EXPECT_EQ(ListBranches(*Connection::Open("rents-reader", kNoLimit), "rents").size(), 1U);
+  EXPECT_EQ(bring("sync", "North", LayoutChange::kRefuse).rows, 3614);
+  const struct {
+    const char *login, *branch;
+    LayoutChange layout;
+    const char* error;
+  } cases[] = {
+      {"sync", "South", LayoutChange::kRefuse, "no branch 'South' that this login may see"},
+      {"sync", "South", LayoutChange::kTake, "'sync' may not add branches"},
+      {"sync", "East", LayoutChange::kTake, "'sync' may not add branches"},
+      {"worker", "North", LayoutChange::kRefuse, "The login 'worker' may not bring"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_THAT(test::ErrorOf([&] { bring(c.login, c.branch, c.layout); }), HasSubstr(c.error));
+  }
+  EXPECT_EQ(server_.Run("rents", "select count(*) from rental.branch"), "2\n");
+}
+
+TEST_F(ServerSecurity, TwoImportsOfABranchNeverMeet) {
+  const auto bring = [](const std::string& branch) {
+    const auto connection = Connection::Open("rents", kNoLimit);
+    return test::ErrorOf([&] {
+      ImportBranch(*connection, branch, test::SampleDatabase(), LayoutChange::kRefuse,
+                   std::chrono::milliseconds(20));
+    });
+  };
+  const auto other = Connection::Open("rents-sync", kNoLimit);
+  {
+    ImportTransaction import(*other);
+    import.Lock("North", kWaitForImport);
+    EXPECT_THAT(bring("North"),
+                HasSubstr("another import of it is in progress by the login 'sync'"));
+    EXPECT_EQ(bring("South"), "");
+  }
+  EXPECT_EQ(bring("North"), "");
 }
 
 // The service is written anew with these lines; the server's first field of `sql`, or the error.
