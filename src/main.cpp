@@ -26,6 +26,7 @@
 #include "startup/dispatch.h"
 #include "startup/generate_command.h"
 #include "startup/own_commands.h"
+#include "startup/work_command.h"
 #include "ui/window/command_dialogs.h"
 #include "ui/window/desktop.h"
 
@@ -97,13 +98,18 @@ int RunWindows(const tenora::CommandLine& line, const std::vector<std::filesyste
   });
 }
 
-int RunGenerateCommand(const std::vector<std::string>& arguments) {
+// `tenora generate` and `tenora work`.
+int RunLetterCommand(const std::vector<std::string>& arguments) {
   using namespace tenora;
   ConsoleDialogs console(std::cin, std::cerr);
   return WithPlatform(console, [&](const Platform& platform) {
-    return RunGenerate(arguments,
-                       GenerateParts{platform, MakePrinters, std::cout, std::cerr,
-                                     ::isatty(STDOUT_FILENO) == 1, ::isatty(STDERR_FILENO) == 1});
+    const GenerateParts parts{platform,
+                              MakePrinters,
+                              std::cout,
+                              std::cerr,
+                              ::isatty(STDOUT_FILENO) == 1,
+                              ::isatty(STDERR_FILENO) == 1};
+    return arguments[0] == "work" ? RunWork(arguments, parts) : RunGenerate(arguments, parts);
   });
 }
 
@@ -116,7 +122,9 @@ int main(int argc, char** argv) {
   tenora::RemoveScratchFilesAtSignals();
   try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
-    if (!arguments.empty() && arguments[0] == "generate") return RunGenerateCommand(arguments);
+    if (!arguments.empty() && (arguments[0] == "generate" || arguments[0] == "work")) {
+      return RunLetterCommand(arguments);
+    }
     if (!arguments.empty() && tenora::IsOwnCommand(arguments[0])) {
       return tenora::RunOwnCommand(arguments, std::cout, std::cerr);
     }

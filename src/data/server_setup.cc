@@ -68,9 +68,15 @@ ServerSetup SetUpServer(Connection& connection) {
     if (version->rows() != 1 || version->Integer(0, 0) != server::kSchemaVersion) {
       Refuse(connection, "was made by another version of Tenora, which keeps it otherwise");
     }
-    return ServerSetup::kThereAlready;
+    if (connection.Run("select to_regclass('queue.version') is not null")->Boolean(0, 0)) {
+      return ServerSetup::kThereAlready;
+    }
+    // A database of the first release with a server.
+    connection.RunScript(std::string(kQueueSchema));
+    return ServerSetup::kQueueAdded;
   }
   connection.RunScript(std::string(kServerSchema));
+  connection.RunScript(std::string(kQueueSchema));
   return ServerSetup::kMade;
 }
 

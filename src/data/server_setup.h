@@ -11,10 +11,12 @@ namespace tenora {
 
 // The statements that make the schema, for an empty database.
 extern const std::string_view kServerSchema;
+// Those that make the queue of letters, after them.
+extern const std::string_view kQueueSchema;
 
-enum class ServerSetup { kMade, kThereAlready };
+enum class ServerSetup { kMade, kQueueAdded, kThereAlready };
 
-// Makes the schema, roles and row security in the connection's database, which is empty. Raises
+// Makes the schema, queue, roles and row security in the connection's database, which is empty. Raises
 // ServerError for a database that is in use otherwise, a server that is too old, and a login that
 // may not; nothing is changed then.
 ServerSetup SetUpServer(server::Connection& connection);

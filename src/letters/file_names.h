@@ -23,6 +23,10 @@ std::string RecipientFolderName(std::string_view recipient_name);
 // new ones are not saved there. Empty for the other names. It is never another recipient's folder.
 std::string EarlierRecipientFolderName(std::string_view recipient_name);
 
+// Whether a path below the data folder is that of a letter in the folder of this recipient, and
+// nothing else.
+bool IsInFolderOf(std::string_view recipient_name, const std::filesystem::path& file);
+
 // The path of RecipientFolderName's folder, made when missing. Raises the errors of FileError, 76
 // where the data folder itself is missing, and 75 where there is a link in the folder's place:
 // letters do not leave the data folder.

@@ -36,6 +36,9 @@ struct SaveWay {
   bool pdf_name_free = false;  // only under a name that ".pdf" has free too
   // Called before each attempt to take a name.
   std::function<void(const std::filesystem::path&)> before_write = {};
+  // Writes the letter instead, given the first name of the series and the text; the path may be
+  // empty where it is not written yet. All but the name is without meaning then.
+  std::function<std::filesystem::path(const std::filesystem::path&, const std::string&)> write = {};
 };
 
 class frmLetter {

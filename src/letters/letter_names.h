@@ -49,4 +49,8 @@ class LetterNames {
   std::vector<Piece> pieces_;
 };
 
+// Raises 5 (Invalid procedure call) for a pattern that LetterNames refuses, with the names that
+// there are.
+void RequireSoundPattern(const std::string& pattern, const std::string& template_kind);
+
 }  // namespace tenora

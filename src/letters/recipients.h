@@ -43,6 +43,9 @@ struct RecipientFilter {
   std::string search = {};
 };
 
+// Of owners, by whose names letters are made: for the first owner of a name.
+void FillOwnerCodes(Caches& caches, std::vector<Recipient>& recipients);
+
 // Which rows a filter lists, as they are made by property or not.
 class RecipientTest {
  public:

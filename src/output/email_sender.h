@@ -9,6 +9,7 @@
 
 #include "platform/mail/message.h"
 #include "platform/mail/smtp_client.h"
+#include "platform/runtime/clock.h"
 #include "rental/session.h"
 
 namespace tenora {
@@ -29,7 +30,9 @@ void RequireMailPassword(Session& session);
 
 class clsEmailSender {
  public:
-  explicit clsEmailSender(Session& session) : session_(session) {}
+  explicit clsEmailSender(Session& session) : clsEmailSender(session, session.platform.clock) {}
+  // Where the session's clock stands still, messages are of the time that this one shows.
+  clsEmailSender(Session& session, const Clock& clock) : session_(session), clock_(clock) {}
 
   // The recipient may be several addresses split by ";" or ",". A failure is shown and gives false.
   bool DeliverEmail(const std::string& recipient, const EmailBody& body, const std::string& subject,
@@ -59,6 +62,7 @@ class clsEmailSender {
   mail::Address Sender() const;
 
   Session& session_;
+  const Clock& clock_;
   mail::SmtpClient smtp_;
 };
 

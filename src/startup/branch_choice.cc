@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <ostream>
-#include <system_error>
 
 #include "data/data_age.h"
+#include "letters/branch_folders.h"
 #include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/clock.h"
-#include "platform/runtime/safe_file_name.h"
 #include "platform/server/branch_list.h"
 #include "platform/server/branch_location.h"
 #include "startup/recipient_choice.h"
@@ -17,7 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kBranches = "Branches";
 constexpr std::chrono::seconds kTimeLimit{60};
 
 server::BranchLocation SettingsLocation(Session& session) {
@@ -58,6 +56,8 @@ std::vector<server::BranchSummary> WithNames(std::vector<server::BranchSummary> 
 
 }  // namespace
 
+std::string ServiceOfSettings(Session& session) { return SettingsLocation(session).service; }
+
 std::vector<ChosenBranch> ChooseBranches(Session& session, const GenerateCall& call,
                                          std::ostream& errors) {
   const server::BranchLocation own = SettingsLocation(session);
@@ -89,22 +89,6 @@ std::vector<ChosenBranch> ChooseBranches(Session& session, const GenerateCall& c
                       call.no_older_than + ".");
   }
   return chosen;
-}
-
-fs::path BranchFolder(const fs::path& data_folder, const std::string& branch) {
-  return data_folder / kBranches / DistinctFileName(branch);
-}
-
-std::vector<fs::path> BranchFolders(const fs::path& data_folder) {
-  std::vector<fs::path> folders;
-  std::error_code error;
-  for (fs::directory_iterator entry(data_folder / kBranches, error), end; !error && entry != end;
-       entry.increment(error)) {
-    std::error_code unknown;
-    if (entry->is_directory(unknown)) folders.push_back(entry->path());
-  }
-  std::ranges::sort(folders);
-  return folders;
 }
 
 std::string FileOfBranch(const std::string& file, const std::string& branch) {

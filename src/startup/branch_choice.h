@@ -17,18 +17,15 @@ struct ChosenBranch {
   std::filesystem::path folder;    // of its letters
 };
 
+// The libpq service of the setting "DatabaseLocation". Raises WrongChoice where that names none.
+std::string ServiceOfSettings(Session& session);
+
 // The branches that the call names, on the server of the setting "DatabaseLocation"; of a call that
 // names none, the setting's. How old the data of each are is told on `errors`. Raises WrongChoice
 // for a setting that names no server, a branch that is not there, and data older than the call
 // allows.
 std::vector<ChosenBranch> ChooseBranches(Session& session, const GenerateCall& call,
                                          std::ostream& errors);
-
-// The folder of a branch's letters in the data folder of head office; no two branches share one.
-std::filesystem::path BranchFolder(const std::filesystem::path& data_folder,
-                                   const std::string& branch);
-// The folders of branches that are there.
-std::vector<std::filesystem::path> BranchFolders(const std::filesystem::path& data_folder);
 
 // The name of a file that each of several branches gets: "post - North.csv" of "post.csv".
 std::string FileOfBranch(const std::string& file, const std::string& branch);

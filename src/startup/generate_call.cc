@@ -75,14 +75,14 @@ std::string GenerateCall::Complaint() const {
   }
   if (descending && sort.empty()) return "--descending goes with --sort";
   if (unfinished || !forget.empty()) {
-    const bool more = choosing || list || !template_name.empty() || !resume.empty() ||
+    const bool more = choosing || list || queue || !template_name.empty() || !resume.empty() ||
                       AcrossBranches() || (unfinished && !forget.empty());
     return more ? "--unfinished and --forget are given alone" : "";
   }
   if (all_branches && !branches.empty()) return "--branch and --all-branches exclude each other";
   if (filter.by_property && !owners) return "--by-property goes with --owners";
   if (!resume.empty()) {
-    const bool more = choosing || list || !template_name.empty() || !subject.empty() ||
+    const bool more = choosing || list || queue || !template_name.empty() || !subject.empty() ||
                       !answers.empty() || pdf || !name_pattern.empty() || !one_pdf.empty() ||
                       duplex || !post_list.empty() || AcrossBranches();
     return more ? "--resume takes everything from the run log; "
@@ -90,7 +90,11 @@ std::string GenerateCall::Complaint() const {
                 : "";
   }
   if (send_held) return "--send-held goes with --resume";
-  if (list) return "";
+  if (list) return queue ? "--queue and --list exclude each other" : "";
+  if (queue && (!one_pdf.empty() || !post_list.empty())) {
+    return "--one-pdf and --csv cannot be given with --queue: many programs make the letters, and "
+           "none of them has all";
+  }
   if (template_name.empty()) return "--template is missing";
   if (all && !recipients.empty()) return "--all and --recipient exclude each other";
   if (ByFacts() && !recipients.empty()) {
@@ -169,6 +173,9 @@ void DeclareGenerate(CLI::App& app, GenerateCall& call) {
       ->check([](const std::string& text) {
         return ReadAge(text) ? "" : "\"" + text + "\" is no age such as 90m, 4h or 2d";
       });
+  app.add_flag("--queue", call.queue,
+               "Put the letters into the queue on the server, for the workers (\"tenora work\"), "
+               "and make none here; \"tenora status\" shows how they stand");
   app.add_flag("--list", call.list, "Print the recipients and make nothing");
   NotBlank(app.add_option("--columns", call.columns,
                           "With --list: a table of these, with commas between; \"all\" for every "

@@ -35,6 +35,7 @@ struct GenerateCall {
   std::vector<std::string> branches;  // names, or several with commas between
   bool all_branches = false;
   std::string no_older_than;  // "4h"
+  bool queue = false;         // by the workers
 
   std::string_view Kind() const;
   Destination To() const;

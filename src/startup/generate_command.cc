@@ -6,8 +6,10 @@
 #include <optional>
 #include <ostream>
 
+#include "letters/branch_folders.h"
 #include "letters/generation.h"
 #include "letters/letter_names.h"
+#include "letters/letter_queue.h"
 #include "letters/named_filters.h"
 #include "letters/template_library.h"
 #include "letters/unfinished_runs.h"
@@ -33,6 +35,7 @@ namespace tenora {
 namespace {
 
 constexpr int kDone = 0, kFailed = 1, kWrongCall = 2;
+constexpr std::chrono::seconds kQueueLimit{60};
 
 [[noreturn]] void RefuseAnswer(const std::string& answer, const std::vector<std::string>& prompts) {
   std::string names;
@@ -120,6 +123,24 @@ class GenerateCommand {
   }
 
   bool StopAsked() { return signals_.Asked(); }
+
+  // Puts the branch's letters into a run of the queue, which the first ones begin.
+  void PutInto(std::unique_ptr<NewQueuedRun>& run, server::Connection& queue) {
+    GenerationRequest asked = AskedRequest();
+    if (asked.destination == Destination::kPrinter) TakePrinter(asked.printer);
+    const QueueRequest ready =
+        PrepareForQueue(session_, WithPrinter(std::move(asked)),
+                        [&](const Caches& caches) { return Chosen(caches); });
+    if (run == nullptr) {
+      run = std::make_unique<NewQueuedRun>(queue, ready.request, ready.template_source,
+                                           session_.platform.clock.Now());
+    }
+    run->Add(branch_->name, ready.request.recipients);
+    put_ += ready.request.recipients.size();
+  }
+  std::size_t put() const { return put_; }
+  // Whether everything was known of everybody who was to be chosen.
+  bool complete() const { return all_known_; }
 
  private:
   static Platform WithDialogs(const Platform& platform, Dialogs& dialogs) {
@@ -324,6 +345,7 @@ class GenerateCommand {
   const ChosenBranch* const branch_;
   std::unique_ptr<printing::Printers> printers_;
   bool all_known_ = true;  // of whom the conditions hold
+  std::size_t put_ = 0;    // letters into the queue
 };
 
 // Runs it and tells what goes wrong, behind a text; the result is the exit status.
@@ -370,8 +392,10 @@ class AcrossBranches {
       });
       if (status == kWrongCall) return status;
       status_ = std::max(status_, status);
-      if (stopped_) return kFailed;
+      // A run on the queue is put there whole.
+      if (stopped_ || (call_.queue && status != kDone)) return kFailed;
     }
+    if (queued_ != nullptr) OpenQueued();
     if (call_.list && call_.AsTable()) {
       PrintTextTable(JoinBranches(listings_, call_.Format()), call_.Format(), parts_.output);
     }
@@ -399,14 +423,43 @@ class AcrossBranches {
     if (call.list && call.AsTable()) {
       return command.ListInto(listings_.emplace_back(BranchListing{branch.name, {}}).table);
     }
+    if (call.queue) return Queue(command, branch);
     if (!call.list) parts.errors << TerminalLine(branch.name + ":") << std::endl;
     const int status = command.Run();
     stopped_ = command.StopAsked();
     return status;
   }
 
+  int Queue(GenerateCommand& command, const ChosenBranch& branch) {
+    if (queue_ == nullptr) {
+      const std::string service = server::ReadBranchLocation(branch.location.string()).service;
+      queue_ = server::Connection::Open(service, kQueueLimit);
+      LetterQueue(*queue_).Require();
+    }
+    command.PutInto(queued_, *queue_);
+    put_ += command.put();
+    ++branches_put_;
+    stopped_ = command.StopAsked();
+    return command.complete() ? kDone : kFailed;
+  }
+
+  void OpenQueued() {
+    queued_->Open();
+    const auto count = [](std::size_t number, const std::string& one, const std::string& many) {
+      return std::to_string(number) + " " + (number == 1 ? one : many);
+    };
+    const std::string id = std::to_string(queued_->id());
+    parts_.output << "Run " << id << ": " << count(put_, "letter", "letters") << " in "
+                  << count(branches_put_, "branch", "branches") << '\n';
+    parts_.errors << "The workers make them; \"tenora status " << id << "\" shows how they stand."
+                  << std::endl;
+  }
+
   const GenerateCall& call_;
   const GenerateParts& parts_;
+  std::unique_ptr<server::Connection> queue_;
+  std::unique_ptr<NewQueuedRun> queued_;
+  std::size_t put_ = 0, branches_put_ = 0;
   std::vector<BranchListing> listings_;
   std::size_t without_anybody_ = 0;
   int status_ = kDone;
@@ -432,7 +485,7 @@ int RunGenerate(std::vector<std::string> arguments, const GenerateParts& parts) 
     return kWrongCall;
   }
   return Told(parts, "", [&] {
-    const bool across = call.AcrossBranches() && !IsColumnHelp(call);
+    const bool across = (call.AcrossBranches() || call.queue) && !IsColumnHelp(call);
     const int status =
         across ? AcrossBranches(call, parts).Run() : GenerateCommand(call, parts).Run();
     parts.output.flush();

@@ -191,6 +191,8 @@ OwnParser::OwnParser()
 
   generate = app.add_subcommand("generate");
   DeclareGenerate(*generate, generate_call);
+  work = app.add_subcommand("work");
+  DeclareWork(*work, work_call);
   server = app.add_subcommand("server");
   DeclareServer(*server, server_call);
   app.footer(HelpFooter());  // last: commands made after it would take it over

@@ -11,6 +11,7 @@
 #include "startup/import_command.h"
 #include "startup/lint_command.h"
 #include "startup/server_call.h"
+#include "startup/work_command.h"
 
 namespace tenora {
 
@@ -39,7 +40,7 @@ struct OwnParser {
   CLI::App app;
   CLI::App *tables, *query, *check, *html, *lint, *import_documents, *server;
   // Called before this parser is reached; here for the help and what is made like it.
-  CLI::App* generate;
+  CLI::App *generate, *work;
 
   // What was asked for.
   std::string database, sql, letter, html_options;
@@ -47,6 +48,7 @@ struct OwnParser {
   LintRequest lint_request;
   ImportRequest import_request;
   GenerateCall generate_call;
+  WorkCall work_call;
   ServerCall server_call;
 };
 

@@ -39,14 +39,20 @@ void MakeServer(const ServerCall& call, std::ostream& output) {
   const auto connection = Connection::Open(call.service, kNoLimit);
   const std::string place =
       "database " + connection->DatabaseName() + " on " + connection->Address();
-  if (SetUpServer(*connection) == ServerSetup::kThereAlready) {
-    output << TerminalLine("There already: Tenora's tables in " + place) << '\n';
-    return;
+  switch (SetUpServer(*connection)) {
+    case ServerSetup::kThereAlready:
+      output << TerminalLine("There already: Tenora's tables in " + place) << '\n';
+      return;
+    case ServerSetup::kQueueAdded:
+      output << TerminalLine("Made: the schema queue, for letters by workers, in " + place) << '\n';
+      return;
+    case ServerSetup::kMade:
+      break;
   }
   const auto tables = connection->Run("select count(*) from rental.table_kind");
   output << TerminalLine("Made: the schema rental in " + place + ", with tables for " +
                          std::to_string(tables->Integer(0, 0)) +
-                         " tables of a branch and row security")
+                         " tables of a branch and row security, and queue, for letters by workers")
          << '\n'
          << "Made: the roles tenora_reader, tenora_clerk, tenora_worker and tenora_sync\n"
          << "Next: 'tenora server import FILE --branch NAME' brings a branch\n";

@@ -33,24 +33,6 @@ void RequirePrinter(printing::Printers* printers, Destination destination) {
   static_cast<void>(printers->Current());
 }
 
-// Before anything is made.
-void RequireSoundPattern(const std::string& pattern, const std::string& template_kind) {
-  try {
-    static_cast<void>(LetterNames(pattern, template_kind));
-  } catch (const ConditionError& error) {
-    throw StandardError(error_number::kInvalidProcedureCall,
-                        std::string(error.what()) + ". " + error.possible());
-  }
-}
-
-// Letters are made for the first owner of a name.
-void FillOwnerCodes(Caches& caches, std::vector<Recipient>& recipients) {
-  for (Recipient& recipient : recipients) {
-    const OwnerRecord* const owner = caches.FindOwner(recipient.name);
-    if (owner != nullptr) recipient.owner_code = owner->Code;
-  }
-}
-
 LetterMaker::BadFutureDate BadFutureDates(AfterError after_error) {
   // In the window the user has seen the message and can look at the letter.
   return after_error == AfterError::kStop ? LetterMaker::BadFutureDate::kLeftInLetter
@@ -80,7 +62,8 @@ GenerationSummary Generation::Run(GenerationRequest request, const ChooseRecipie
   LetterMaker maker(session_, request, BadFutureDates(after_error_));
   maker.ReadTemplate();
   RunLog log(session_.database.DataFolder(), request, session_.platform.clock);
-  return LetterRun(session_, after_error_, observer_, printers_, log, maker)
+  clsEmailSender sender(session_);
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker, sender)
       .Go({}, threads_, wait_for_server_);
 }
 
@@ -98,7 +81,8 @@ GenerationSummary Generation::Resume(const std::filesystem::path& log_path, Resu
   LetterMaker maker(session_, log.request(), BadFutureDates(after_error_));
   log.Note(RunRemark::kResumed);
   log.Sync();
-  return LetterRun(session_, after_error_, observer_, printers_, log, maker)
+  clsEmailSender sender(session_);
+  return LetterRun(session_, after_error_, observer_, printers_, log, maker, sender)
       .Go(std::move(way), threads_, wait_for_server_);
 }
 

@@ -7,7 +7,9 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/dialogs/guard.h"
 #include "platform/runtime/files.h"
+#include "platform/runtime/free_file_name.h"
 
 namespace tenora {
 namespace {
@@ -85,9 +87,92 @@ fs::path LetterFiles::SavedBefore(LetterReport& report) const {
   return {};
 }
 
+void LetterFiles::Save(frmLetter& letter, LetterReport& report, const std::string& name) {
+  if (!log_.GivesNames()) return SaveByLog(letter, report, name);
+  const GenerationRequest& request = log_.request();
+  const bool held = report.result == LetterReport::Result::kHeld;
+  const bool waits = request.destination == Destination::kFolder && !request.pdf && !held;
+  SaveWay way;
+  way.name = name;
+  way.write = [&](const fs::path& first, const std::string& text) {
+    std::vector<Unnamed> unnamed{
+        {report, fs::path(first).replace_extension(), text, Fingerprint(text), {}}};
+    if (waits) {
+      waiting_.push_back(std::move(unnamed.front()));
+      return fs::path();
+    }
+    Write(unnamed, Durability::kSynced);
+    if (unnamed.front().error) throw *unnamed.front().error;
+    return unnamed.front().report.file;
+  };
+  letter.SaveGenerated(way);
+  report.file = letter.members().FilePath;
+  if (held) {
+    log_.Note(report.number, LetterState::kHeld, report.problem,
+              log_.letter(report.number).fingerprint);
+  }
+}
+
+std::vector<LetterReport> LetterFiles::SaveWaiting() {
+  std::vector<Unnamed> letters = std::exchange(waiting_, {});
+  Write(letters, IsOnNetwork(data_folder_) ? Durability::kSynced : Durability::kUntilSync);
+  std::vector<LetterReport> reports;
+  for (Unnamed& letter : letters) {
+    if (letter.error) {
+      letter.report.result = LetterReport::Result::kFailed;
+      letter.report.problem = ErrorText(*letter.error);
+    }
+    reports.push_back(std::move(letter.report));
+  }
+  return reports;
+}
+
+// The ledger keeps letters of its runs apart; a file of anybody else's is seen on the disk, if only
+// when it is written.
+void LetterFiles::Write(std::vector<Unnamed>& letters, Durability durability) {
+  std::vector<Unnamed*> unwritten;
+  for (Unnamed& letter : letters) unwritten.push_back(&letter);
+  while (!unwritten.empty()) {
+    std::vector<NameWish> wishes;
+    for (const Unnamed* letter : unwritten) wishes.push_back(WishOf(*letter));
+    const std::vector<fs::path> names = log_.TakeNames(wishes);
+    std::vector<Unnamed*> again;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      if (!log_.StillOurs()) throw LedgerLost(error_number::kCancelled, "no longer in hand");
+      LetterReport& report = unwritten[i]->report;
+      try {
+        if (WriteNewFile(names[i], unwritten[i]->text, durability)) {
+          report.file = names[i];
+        } else {
+          again.push_back(unwritten[i]);
+        }
+      } catch (...) {
+        unwritten[i]->error = CurrentError();
+        log_.NoteFile(report.number, {});
+      }
+    }
+    unwritten = std::move(again);
+  }
+}
+
+NameWish LetterFiles::WishOf(const Unnamed& letter) const {
+  const bool held = letter.report.result == LetterReport::Result::kHeld;
+  NameWish wish{.number = letter.report.number,
+                .series = letter.series,
+                .place = 0,
+                .state = held ? LetterState::kHolding : LetterState::kSaving,
+                .fingerprint = letter.fingerprint};
+  const auto taken = [&](const char* ending) {
+    const std::string place = wish.place == 0 ? "" : "(" + std::to_string(wish.place) + ")";
+    return NameTaken(letter.series.string() + place + ending);
+  };
+  while (taken(".rtf") || (log_.request().pdf && taken(".pdf"))) ++wish.place;
+  return wish;
+}
+
 // The name is in the log before the letter takes it: after a kill the letter is found again rather
 // than saved twice.
-void LetterFiles::Save(frmLetter& letter, LetterReport& report, const std::string& name) {
+void LetterFiles::SaveByLog(frmLetter& letter, LetterReport& report, const std::string& name) {
   const bool held = report.result == LetterReport::Result::kHeld;
   SaveWay way;
   way.name = name;

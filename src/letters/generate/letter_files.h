@@ -4,13 +4,17 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "letters/frm_letter.h"
 #include "letters/generate/run_ledger.h"
 #include "letters/generation.h"
+#include "platform/runtime/error.h"
+#include "platform/runtime/files.h"
 
 namespace tenora {
 
@@ -36,9 +40,12 @@ class LetterFiles {
   // The number of the other letter of the run whose content the file of that letter has, as when
   // somebody has exchanged the names of two; 0 where it has its own, or none of the run's.
   std::size_t OtherIn(const LetterReport& report) const;
-  // Saves a new letter, held back or not, under a name as LetterNames gives it. Raises what
-  // SaveGenerated raises.
+  // Saves a new letter, held back or not, under a name as LetterNames gives it. Where the ledger
+  // gives the names, and the letter is handed over to nobody, it waits for SaveWaiting; the report
+  // has no file then. Raises what SaveGenerated raises, and LedgerLost.
   void Save(frmLetter& letter, LetterReport& report, const std::string& name);
+  // Saves the letters that wait, and gives their reports.
+  std::vector<LetterReport> SaveWaiting();
 
   // Of a letter that an earlier run held back:
 
@@ -50,8 +57,23 @@ class LetterFiles {
   bool ReplaceHeld(const frmLetter& letter, const LetterReport& report);
 
  private:
+  // A letter that has everything but its name.
+  struct Unnamed {
+    LetterReport report;
+    std::filesystem::path series;  // as of a NameWish
+    std::string text, fingerprint;
+    std::optional<RuntimeError> error;  // why it could not be written
+  };
+
+  void SaveByLog(frmLetter& letter, LetterReport& report, const std::string& name);
+  // Gives them names and writes them; those that cannot be written have an error then. Raises
+  // LedgerLost.
+  void Write(std::vector<Unnamed>& letters, Durability durability);
+  NameWish WishOf(const Unnamed& letter) const;
+
   RunLedger& log_;
   std::filesystem::path data_folder_;
+  std::vector<Unnamed> waiting_;
 };
 
 }  // namespace tenora

@@ -158,4 +158,13 @@ std::string LetterNames::NameOf(const MergeTarget& letter, std::size_t number,
   return template_name;
 }
 
+void RequireSoundPattern(const std::string& pattern, const std::string& template_kind) {
+  try {
+    static_cast<void>(LetterNames(pattern, template_kind));
+  } catch (const ConditionError& error) {
+    throw StandardError(error_number::kInvalidProcedureCall,
+                        std::string(error.what()) + ". " + error.possible());
+  }
+}
+
 }  // namespace tenora

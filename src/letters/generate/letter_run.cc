@@ -101,7 +101,8 @@ fs::path PdfBeside(fs::path letter) { return letter.replace_extension(".pdf"); }
 }  // namespace
 
 LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
-                     printing::Printers* printers, RunLedger& log, LetterMaker& maker)
+                     printing::Printers* printers, RunLedger& log, LetterMaker& maker,
+                     clsEmailSender& sender)
     : session_(session),
       after_error_(after_error),
       observer_(observer),
@@ -109,11 +110,13 @@ LetterRun::LetterRun(Session& session, AfterError after_error, GenerationObserve
       files_(log, session.database.DataFolder()),
       names_(log.request().name_pattern.value_or(""), log.request().template_kind),
       maker_(maker),
-      sender_(session) {
-  sender_.StopAsked = [this] { return observer_.StopAsked(); };
+      sender_(sender) {
+  sender_.StopAsked = [this] { return observer_.StopAsked() || !log_.StillOurs(); };
   if (printers != nullptr) printer_.emplace(*printers, session.settings);
   if (request().pdf) pdf_workers_.emplace(StoredMargins(session.settings));
 }
+
+LetterRun::~LetterRun() { sender_.StopAsked = {}; }
 
 GenerationSummary LetterRun::Go(ResumeWay way, unsigned threads,
                                 std::chrono::milliseconds wait_for_server) {
@@ -159,9 +162,11 @@ bool LetterRun::Process(std::size_t number) {
   LetterReport report = ReportOn(number);
   try {
     if (!MakeAndHandOver(report)) return false;
-    // Otherwise reported when its PDF is finished.
-    if (!pdf_waiting_.contains(number)) observer_.LetterFinished(report);
+    // Otherwise reported when it is written, or its PDF is.
+    if (!report.file.empty() && !pdf_waiting_.contains(number)) observer_.LetterFinished(report);
     return true;
+  } catch (const LedgerLost&) {
+    return false;
   } catch (const mail::DeliveryUnknown& error) {
     report.result = Result::kInDoubt;
     report.problem = ErrorText(error);
@@ -201,6 +206,7 @@ bool LetterRun::Process(std::size_t number) {
     return Fail(std::move(report), error.what());
   } catch (...) {
     const RuntimeError error = CurrentError();
+    if (ConcernsEveryLetter(error.number()) && log_.Suspend(number, ErrorText(error))) return false;
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     const bool unconnected = error.number() == mail::smtp_error::kCannotConnect ||
                              error.number() == mail::NoMailClient::kNumber;
@@ -239,11 +245,11 @@ bool LetterRun::MergeAndSave(LetterReport& report) {
     name = std::move(merged->name);
   } else {
     if (!Merge(report)) return false;
-    name = names_.NameOf({session_, letter_->members(), letter_->rtfLetter}, report.number,
-                         log_.count());
+    name = names_.NameOf({session_, letter_->members(), letter_->rtfLetter},
+                         log_.PlaceInRun(report.number), log_.LettersInRun());
   }
   files_.Save(*letter_, report, name);
-  observer_.Saved(report.file);
+  if (!report.file.empty()) observer_.Saved(report.file);
   return true;
 }
 
@@ -347,7 +353,9 @@ bool LetterRun::HandOver(LetterReport& report) {
   const bool on_paper = WayOf(report.number) == Resuming::kOnPaper;
   switch (on_paper ? Destination::kPrinter : request().destination) {
     case Destination::kFolder:
-      if (!pdf_waiting_.contains(report.number)) unsynced_.push_back(report.number);
+      if (!report.file.empty() && !pdf_waiting_.contains(report.number)) {
+        unsynced_.push_back(report.number);
+      }
       break;
     case Destination::kPrinter:
       PrintInJob(report);
@@ -446,12 +454,28 @@ bool LetterRun::Fail(LetterReport report, const std::string& problem) {
   return after_error_ == AfterError::kNextRecipient;
 }
 
+void LetterRun::SaveWaiting() {
+  for (LetterReport& report : files_.SaveWaiting()) {
+    if (report.result == Result::kFailed) {
+      const std::string problem = report.problem;
+      if (!Fail(std::move(report), problem)) stopped_ = true;
+      continue;
+    }
+    observer_.Saved(report.file);
+    unsynced_.push_back(report.number);
+    observer_.LetterFinished(report);
+  }
+}
+
 void LetterRun::SyncGroup() {
   last_sync_ = std::chrono::steady_clock::now();
   try {
+    SaveWaiting();
     if (!unsynced_.empty()) SyncFiles(session_.database.DataFolder());
     for (const std::size_t number : unsynced_) log_.Note(number, LetterState::kSaved);
     unsynced_.clear();
+  } catch (const LedgerLost&) {
+    stopped_ = true;
   } catch (...) {
     const RuntimeError error = CurrentError();
     for (const std::size_t number : std::exchange(unsynced_, {})) {
@@ -460,6 +484,8 @@ void LetterRun::SyncGroup() {
   }
   try {
     log_.Write();
+  } catch (const LedgerLost&) {
+    stopped_ = true;
   } catch (...) {
     // Pending lines are written with the next group; Finish reports an error that persists.
   }
@@ -477,6 +503,8 @@ void LetterRun::EndJob() {
     const fs::path file = printer_->EndJob();
     note_all(LetterState::kPrinted, file.empty() ? request().printer : file.string());
     observer_.JobPrinted(letters.size(), file);
+  } catch (const LedgerLost&) {
+    stopped_ = true;
   } catch (...) {
     const RuntimeError error = CurrentError();
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
@@ -525,6 +553,8 @@ void LetterRun::Finish() {
   log_.Note(complete ? RunRemark::kComplete : stopped_ ? RunRemark::kStopped : RunRemark::kEnded);
   try {
     log_.Sync();
+  } catch (const LedgerLost&) {
+    stopped_ = true;
   } catch (...) {
     ShowError(session_.platform.dialogs, kLabel, CurrentError());
   }

@@ -23,7 +23,11 @@ namespace tenora {
 class LetterRun {
  public:
   LetterRun(Session& session, AfterError after_error, GenerationObserver& observer,
-            printing::Printers* printers, RunLedger& log, LetterMaker& maker);
+            printing::Printers* printers, RunLedger& log, LetterMaker& maker,
+            clsEmailSender& sender);
+  LetterRun(const LetterRun&) = delete;
+  LetterRun& operator=(const LetterRun&) = delete;
+  ~LetterRun();
 
   // Makes every letter that the log does not show as done or in doubt, in the way of each. So many
   // threads merge, 0 for one for each processor. A database server that goes away is waited for.
@@ -67,6 +71,8 @@ class LetterRun {
   bool ServerIsThere();
   // False when the run must end.
   bool Fail(LetterReport report, const std::string& problem);
+  // Writes the letters that waited for their names.
+  void SaveWaiting();
   void SyncGroup();
   void EndJob();
   // Makes what was asked of all letters together. Errors become problems of the summary.
@@ -83,7 +89,7 @@ class LetterRun {
   LetterMaker& maker_;
   ResumeWay way_;
   frmLetter* letter_ = nullptr;  // the current one
-  clsEmailSender sender_;
+  clsEmailSender& sender_;       // keeps its connection from one run to the next
   std::optional<PrinterMod> printer_;
   std::optional<PdfWorkers> pdf_workers_;
   std::map<std::size_t, LetterReport> pdf_waiting_;  // letters whose PDFs are being written

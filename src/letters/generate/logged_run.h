@@ -1,7 +1,9 @@
 // A run of letters as its ledger has it: what it was asked, and what became of each letter.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "letters/generation_request.h"
@@ -22,6 +24,13 @@ enum class LetterState {
   kHeld,       // on the disk, and held back by the check of the finished letter
   kNoAddress,  // on the disk, for a recipient without an e-mail address
 };
+
+// As ledgers write it: "no address".
+std::string_view WordOf(LetterState state);
+std::optional<LetterState> LetterStateOf(std::string_view word);
+// "folder", "printer" or "email".
+std::string_view WordOf(Destination destination);
+std::optional<Destination> DestinationOf(std::string_view word);
 
 // Whether nothing is left to do on a letter. One that was to be mailed may have been printed for
 // want of an address.

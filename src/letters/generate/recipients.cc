@@ -64,6 +64,13 @@ bool HoldsAll(const RecipientRow& row, const std::vector<std::string>& words) {
 
 }  // namespace
 
+void FillOwnerCodes(Caches& caches, std::vector<Recipient>& recipients) {
+  for (Recipient& recipient : recipients) {
+    const OwnerRecord* const owner = caches.FindOwner(recipient.name);
+    if (owner != nullptr) recipient.owner_code = owner->Code;
+  }
+}
+
 std::string PropertyAddressOf(const TenantRecord& tenant) {
   std::string address;
   for (const std::string* line :

@@ -5,9 +5,14 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
+#include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "letters/generate/logged_run.h"
+#include "platform/runtime/error.h"
 
 namespace tenora {
 
@@ -18,6 +23,22 @@ enum class RunRemark {
   kEnded,      // something may be left to do
   kComplete,   // nothing is
   kForgotten,  // a person has settled what was left
+};
+
+// The store cannot be reached, or the letters are no longer this process's to make: nothing more
+// may be done with any of them.
+class LedgerLost : public RuntimeError {
+ public:
+  using RuntimeError::RuntimeError;
+};
+
+// A letter that is ready to be written, and wants a name.
+struct NameWish {
+  std::size_t number = 0;
+  std::filesystem::path series;  // "…/Jane Smith/Rent review", of "Rent review.rtf", "…(1).rtf", …
+  std::size_t place = 0;         // in the series, of the first name that is free on the disk
+  LetterState state = LetterState::kSaving;
+  std::string fingerprint;
 };
 
 class RunLedger {
@@ -46,8 +67,27 @@ class RunLedger {
   // Writes and waits for the disk: it survives a power cut too.
   virtual void Sync() = 0;
 
-  // The log's own file.
-  virtual std::filesystem::path path() const = 0;
+  // The log's own file; none for a queue.
+  virtual std::filesystem::path path() const { return {}; }
+
+  // The letter's place in the whole run, of which the ledger may have a part, and the run's size.
+  virtual std::size_t PlaceInRun(std::size_t number) const { return number; }
+  virtual std::size_t LettersInRun() const { return count(); }
+
+  // Whether the store gives the names of the letters' files, many at once, rather than the disk one
+  // by one: several machines may write to one folder.
+  virtual bool GivesNames() const { return false; }
+  // The names, which nobody else gets, in the order of the wishes; they are noted, with the state,
+  // when this returns. Raises LedgerLost.
+  virtual std::vector<std::filesystem::path> TakeNames(std::span<const NameWish> /*wishes*/) {
+    return {};
+  }
+
+  // Whether the letters are still this process's, as far as its clock says.
+  virtual bool StillOurs() const { return true; }
+  // An error with this letter that would meet the others too. True where the store leaves the
+  // letter as it is and the run ends for now; false where it is this letter's failure.
+  virtual bool Suspend(std::size_t /*number*/, const std::string& /*problem*/) { return false; }
 
  protected:
   explicit RunLedger(std::filesystem::path data_folder) : data_folder_(std::move(data_folder)) {}

@@ -25,10 +25,6 @@ constexpr std::string_view kVersionBefore = "1";
 constexpr std::string_view kHeadEnd = "letters";
 constexpr std::size_t kMostRecipients = 10'000'000;
 
-constexpr std::array<std::string_view, 3> kDestinations{"folder", "printer", "email"};
-constexpr std::array<std::string_view, 11> kStates{"waiting", "saving",   "saved",     "sending",
-                                                   "mailed",  "printing", "printed",   "failed",
-                                                   "holding", "held",     "no address"};
 constexpr std::array<std::string_view, 5> kRemarks{"resumed", "stopped", "ended", "complete",
                                                    "forgotten"};
 constexpr std::string_view kAnswer = "answer";
@@ -185,7 +181,7 @@ class Reader {
     } else if (word == "database") {
       request.database = value;
     } else if (word == "destination") {
-      const auto destination = FromWord<Destination>(kDestinations, value);
+      const auto destination = DestinationOf(value);
       if (!destination) Damaged();
       request.destination = *destination;
     } else if (word == "subject") {
@@ -227,7 +223,7 @@ class Reader {
       run_.request.answers[fields[1]] = fields[2];
       return;
     }
-    const auto state = FromWord<LetterState>(kStates, fields[0]);
+    const auto state = LetterStateOf(fields[0]);
     if (!state || fields.size() != (*state == LetterState::kHeld ? 6 : 5)) Damaged();
     const std::size_t number = Number(fields[1]);
     if (number == 0 || number > run_.letters.size()) Damaged();
@@ -242,16 +238,9 @@ class Reader {
   }
 
   void RequireInFolder(const std::string& file, const std::string& name) const {
-    if (file.empty()) return;
-    const std::filesystem::path path(file);
-    const std::string own = path.filename().string();
-    const std::string folder = path.parent_path().string();
-    const bool inside = !folder.empty() && (folder == RecipientFolderName(name) ||
-                                            folder == EarlierRecipientFolderName(name));
-    if (!inside || own == "." || own == ".." || !own.ends_with(".rtf")) {
-      Refuse("the run log names \"" + file + "\" in line " + std::to_string(line_) +
-             ", which is not a letter in the folder of " + name);
-    }
+    if (file.empty() || IsInFolderOf(name, file)) return;
+    Refuse("the run log names \"" + file + "\" in line " + std::to_string(line_) +
+           ", which is not a letter in the folder of " + name);
   }
 
   std::string_view rest_;
@@ -265,7 +254,7 @@ class Reader {
 
 std::string RunLogHead(const LoggedRun& run, Date now) {
   const GenerationRequest& request = run.request;
-  const auto destination = kDestinations[static_cast<std::size_t>(request.destination)];
+  const auto destination = WordOf(request.destination);
   const bool pattern = !request.name_pattern.value_or("").empty();
   const bool of_all = pattern || request.one_pdf || request.duplex || request.post_list;
   std::string text = Line({kFirstWord, of_all ? kVersionOfAllLetters : kVersion});
@@ -294,7 +283,7 @@ std::string RunLogHead(const LoggedRun& run, Date now) {
 
 std::string RunLogLine(LetterState state, std::size_t number, const std::string& name,
                        const LoggedLetter& letter) {
-  const std::string_view word = kStates[static_cast<std::size_t>(state)];
+  const std::string_view word = WordOf(state);
   const std::string place = std::to_string(number);
   return state == LetterState::kHeld
              ? Line({word, place, name, letter.file, letter.detail, letter.fingerprint})

@@ -29,6 +29,14 @@ std::string EarlierRecipientFolderName(std::string_view recipient_name) {
   return earlier == SafeFileName(recipient_name) ? std::string() : earlier;
 }
 
+bool IsInFolderOf(std::string_view recipient_name, const std::filesystem::path& file) {
+  const std::string own = file.filename().string();
+  const std::string folder = file.parent_path().string();
+  const bool inside = !folder.empty() && (folder == RecipientFolderName(recipient_name) ||
+                                          folder == EarlierRecipientFolderName(recipient_name));
+  return inside && own != "." && own != ".." && own.ends_with(".rtf");
+}
+
 std::filesystem::path MakeRecipientFolder(const std::filesystem::path& data_folder,
                                           std::string_view recipient_name) {
   const std::filesystem::path folder = data_folder / RecipientFolderName(recipient_name);

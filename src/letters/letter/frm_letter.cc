@@ -44,13 +44,6 @@ constexpr const char* kExcelTitle = "Excel Files";
 constexpr const char* kExcelFilter = "Excel Files|*xls";
 constexpr const char* kObjectTitle = "Insert Object";
 
-bool NameTaken(const fs::path& path) {
-  std::error_code error;
-  const bool exists = fs::symlink_status(path, error).type() != fs::file_type::not_found;
-  if (exists && error) throw FileError(error.value(), path);
-  return exists;
-}
-
 // Runs one step of a procedure that continues past errors.
 template <typename Step>
 void IgnoringErrors(Step&& step) {
@@ -292,8 +285,10 @@ void frmLetter::SaveGenerated(const SaveWay& way) {
     if (way.before_write) way.before_write(path);
     return true;
   };
+  const fs::path first = folder / (title + ".rtf");
+  const std::string text = rtfLetter.TextRTF();
   members_.FilePath =
-      WriteUnderFreeName(folder / (title + ".rtf"), rtfLetter.TextRTF(), way.durability, accept)
+      (way.write ? way.write(first, text) : WriteUnderFreeName(first, text, way.durability, accept))
           .string();
   AfterLoadLetter();
 }

@@ -85,7 +85,7 @@ void clsEmailSender::Compose(const std::string& recipient, const EmailBody& body
   message.to = mail::ParseAddresses(recipient);
   message.subject = subject;
   message.html = SelfContained(body);
-  message.date = session_.platform.clock.Now();
+  message.date = clock_.Now();
   mail::ComposeInMailClient(message, DraftFolder());
 }
 
@@ -136,7 +136,7 @@ void clsEmailSender::SendBySmtp(const std::string& recipient, const EmailBody& b
   if (isHtml) message.html = body.body;
   message.inline_parts = body.pictures;
   message.attachments = body.attachments;
-  message.date = session_.platform.clock.Now();
+  message.date = clock_.Now();
   smtp_.Send(Server(), message);
 }
 

@@ -295,6 +295,8 @@ void SmtpConnection::SendText(std::string_view text, milliseconds wait) {
 }
 
 void SmtpConnection::SendEnd(milliseconds wait) {
+  // The last moment to call it off, also for a process that was stopped meanwhile.
+  AskToStop();
   RequireSilence();
   Write(".\r\n", wait);
 }

@@ -2,8 +2,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -208,6 +211,16 @@ bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesy
 void SyncFiles(const std::filesystem::path& folder) {
   const FileDescriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (fd.get() < 0 || ::syncfs(fd.get()) != 0) throw FileError(errno, folder);
+}
+
+// File systems in user space count as such: most are of remote storage.
+bool IsOnNetwork(const std::filesystem::path& folder) {
+  constexpr std::array<unsigned long, 8> kRemote{
+      0x6969 /* NFS */,      0xFF534D42 /* CIFS */, 0xFE534D42 /* SMB 2 */, 0x517B /* SMB */,
+      0x65735546 /* FUSE */, 0x00C36400 /* Ceph */, 0x01021997 /* 9P */,    0x5346414F /* AFS */};
+  struct statfs system {};
+  if (::statfs(folder.c_str(), &system) != 0) return true;
+  return std::ranges::find(kRemote, static_cast<unsigned long>(system.f_type)) != kRemote.end();
 }
 
 }  // namespace tenora

@@ -66,6 +66,10 @@ bool RenameWithoutReplacing(const std::filesystem::path& from, const std::filesy
 // files instead of one each. Raises the errors of FileError.
 void SyncFiles(const std::filesystem::path& folder);
 
+// Whether the folder is on another machine, as far as the system knows: what it says of syncing a
+// whole file system then, and of names that are free, is not to be relied upon.
+bool IsOnNetwork(const std::filesystem::path& folder);
+
 // The error for an errno value of a failed file operation on `path`.
 class RuntimeError;
 RuntimeError FileError(int errno_value, const std::filesystem::path& path);

@@ -9,6 +9,10 @@
 
 namespace tenora {
 
+// Whether there is a file of this name, or a link that leads nowhere. Raises the errors of
+// FileError where that cannot be known.
+bool NameTaken(const std::filesystem::path& path);
+
 // Writes a new file of this name or, where it is taken, of the first free of "stem(1).ext",
 // "stem(2).ext", …, also when other programs write there at the same moment. `accept` is asked
 // before each attempt to take a name and may refuse it. The result is the path written. Raises the

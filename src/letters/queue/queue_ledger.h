@@ -1,0 +1,63 @@
+// The letters that a worker has in hand, as a ledger: what is noted goes to the queue, and what is
+// about to be handed over is noted there before it is, under a lease that must not be over.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "letters/generate/run_ledger.h"
+#include "letters/queue/worker_queue.h"
+
+namespace tenora {
+
+class QueueLedger final : public RunLedger {
+ public:
+  // `folder` is that of the branch's letters. The queue outlives the ledger.
+  QueueLedger(WorkerQueue& queue, ClaimedLetters claimed, const GenerationRequest& request,
+              const std::filesystem::path& folder);
+
+  std::size_t PlaceInRun(std::size_t number) const override { return claimed_.numbers[number - 1]; }
+  std::size_t LettersInRun() const override { return claimed_.in_part; }
+  // Nobody reads it: a part ends when all its letters have.
+  void Note(RunRemark /*remark*/) override {}
+  using RunLedger::Note;
+  void Write() override { Flush(false); }
+  // The server's commit waits for its disk.
+  void Sync() override { Flush(false); }
+  bool GivesNames() const override { return true; }
+  std::vector<std::filesystem::path> TakeNames(std::span<const NameWish> wishes) override;
+  bool StillOurs() const override;
+  bool Suspend(std::size_t number, const std::string& problem) override;
+
+  // Gives back what is left. Raises LedgerLost.
+  void Finish() { Flush(true); }
+  // What the queue may not know, of letters that were handed over: to be told it when it can be
+  // reached again.
+  std::vector<LetterNote> Unsettled() const;
+  const ClaimedLetters& claimed() const { return claimed_; }
+
+ private:
+  void LetterNoted(std::size_t number) override;
+  // Answers are given before a run is queued.
+  void AnswerNoted(const std::string& /*prompt*/, const std::string& /*answer*/) override {}
+  LetterEnd EndOf(std::size_t number) const;
+  LetterNote NoteOf(std::size_t number) const;
+  void Flush(bool last);
+  // Asks the queue; the lease counts from before the question.
+  template <typename Ask>
+  auto Asking(Ask&& ask);
+  [[noreturn]] static void Lose(const std::string& why);
+
+  WorkerQueue& queue_;
+  ClaimedLetters claimed_;
+  std::chrono::nanoseconds lease_end_;  // since the machine was started, asleep or not
+  std::set<std::size_t> noted_;         // not yet in the queue
+  std::set<std::size_t> suspended_;
+  std::set<std::size_t> ended_;  // out of hand: no more is noted of them
+};
+
+}  // namespace tenora
