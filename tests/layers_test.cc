@@ -41,7 +41,7 @@ const std::vector<std::vector<Module>> kLayers = {
     {{"rental", {}}},
     {{"merge", {"condition", "forms"}}},
     {{"output", {"html", "mail", "print", "spelling"}}},
-    {{"letters", {"lint", "import", "check", "letter", "generate"}}},
+    {{"letters", {"lint", "import", "check", "letter", "generate", "queue"}}},
     {{"startup", {}}},
     {{"ui/editor", {"text", "codes", "tables", "document", "clipboard", "commands", "screen"}},
      {"ui/dialogs", {}}},

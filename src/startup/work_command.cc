@@ -75,8 +75,9 @@ void DeclareWork(CLI::App& app, WorkCall& call) {
       ->capture_default_str();
   app.add_flag("--until-done", call.until_done,
                "End when nothing is left of the runs, rather than wait for the next");
-  // Given by the process that starts several.
-  app.add_option(kParent, call.parent)->group("");
+  app.add_option(kParent, call.parent,
+                 "Given to each of several workers: the process that has started them, with which "
+                 "they end");
 }
 
 int RunWork(std::vector<std::string> arguments, const GenerateParts& parts) {
