@@ -200,6 +200,7 @@ class Import {
 
   ImportReport Run(std::chrono::milliseconds wait) {
     RequireSyncRole();
+    EndWithThisProcess();
     ImportTransaction transaction(connection_);
     AddWhereNew();
     id_ = transaction.Lock(name_, wait);
@@ -221,6 +222,14 @@ class Import {
   }
 
  private:
+  // A statement of an import that was killed ends, with its lock, rather than going on for nobody.
+  // Some systems of servers cannot look for that.
+  void EndWithThisProcess() {
+    connection_.Run(
+        "do $$ begin perform set_config('client_connection_check_interval', '2s', false); "
+        "exception when others then null; end $$");
+  }
+
   std::string Id() const { return std::to_string(id_); }
 
   void RequireSyncRole() {

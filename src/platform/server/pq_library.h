@@ -5,7 +5,9 @@
 
 #include <memory>
 
+#include "platform/runtime/error.h"
 #include "platform/runtime/shared_library.h"
+#include "platform/server/server_connection.h"
 
 namespace tenora::server {
 
@@ -50,9 +52,16 @@ struct PqLibrary {
   LibraryFunction<decltype(::PQtransactionStatus)> transaction{library, "PQtransactionStatus"};
 };
 
+// Raises ServerError where it is not installed.
 inline const PqLibrary& Pq() {
-  static const PqLibrary kPq;
-  return kPq;
+  try {
+    static const PqLibrary kPq;
+    return kPq;
+  } catch (const RuntimeError& error) {
+    throw ServerError(server_error::kConnectionFailed,
+                      "Servers cannot be reached without libpq (Debian: libpq5): " +
+                          std::string(error.description()));
+  }
 }
 
 struct FinishConnection {
