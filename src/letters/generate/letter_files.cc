@@ -134,7 +134,14 @@ void LetterFiles::Write(std::vector<Unnamed>& letters, Durability durability) {
   for (Unnamed& letter : letters) unwritten.push_back(&letter);
   while (!unwritten.empty()) {
     std::vector<NameWish> wishes;
-    for (const Unnamed* letter : unwritten) wishes.push_back(WishOf(*letter));
+    std::erase_if(unwritten, [&](Unnamed* letter) {
+      try {
+        wishes.push_back(WishOf(*letter));
+      } catch (...) {
+        letter->error = CurrentError();
+      }
+      return letter->error.has_value();
+    });
     const std::vector<fs::path> names = log_.TakeNames(wishes);
     std::vector<Unnamed*> again;
     for (std::size_t i = 0; i < names.size(); ++i) {

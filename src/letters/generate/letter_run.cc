@@ -173,8 +173,11 @@ bool LetterRun::Process(std::size_t number) {
     log_.Note(number, LetterState::kSending, report.problem);
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     observer_.LetterFinished(report);
-    ++in_doubt_;
-    return after_error_ == AfterError::kNextRecipient && in_doubt_ <= kMostInDoubt;
+    if (++in_doubt_ > kMostInDoubt) {
+      log_.GiveUp(report.problem);
+      return false;
+    }
+    return after_error_ == AfterError::kNextRecipient;
   } catch (const NoAddress& error) {
     // One list at the end instead of a box each.
     report.result = Result::kNoAddress;
@@ -200,7 +203,10 @@ bool LetterRun::Process(std::size_t number) {
     // The wait for its server was stopped: the letter was not begun.
     if (observer_.StopAsked()) return false;
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
-    return Fail(std::move(report), error.what()) && !DatabaseLost();
+    if (!Fail(std::move(report), error.what())) return false;
+    if (!DatabaseLost()) return true;
+    log_.GiveUp(error.what());
+    return false;
   } catch (const LetterProblem& error) {
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     return Fail(std::move(report), error.what());

@@ -88,6 +88,8 @@ class RunLedger {
   // An error with this letter that would meet the others too. True where the store leaves the
   // letter as it is and the run ends for now; false where it is this letter's failure.
   virtual bool Suspend(std::size_t /*number*/, const std::string& /*problem*/) { return false; }
+  // The run ends before its last letter, for what has met several.
+  virtual void GiveUp(const std::string& /*problem*/) {}
 
  protected:
   explicit RunLedger(std::filesystem::path data_folder) : data_folder_(std::move(data_folder)) {}

@@ -70,11 +70,17 @@ bool QueueLedger::Suspend(std::size_t number, const std::string& problem) {
   const bool saved = !letter(number).file.empty();
   RunLedger::Note(number, saved ? LetterState::kSaved : LetterState::kWaiting);
   suspended_.insert(number);
-  Asking([&] {
-    queue_.PausePart(claimed_.part, problem);
-    return true;
-  });
+  GiveUp(problem);
   return true;
+}
+
+// A server that cannot be reached is met again by Finish.
+void QueueLedger::GiveUp(const std::string& problem) {
+  try {
+    queue_.PausePart(claimed_.part, problem);
+  } catch (const server::ServerError&) {
+    return;
+  }
 }
 
 void QueueLedger::LetterNoted(std::size_t number) {

@@ -32,6 +32,7 @@ class QueueLedger final : public RunLedger {
   std::vector<std::filesystem::path> TakeNames(std::span<const NameWish> wishes) override;
   bool StillOurs() const override;
   bool Suspend(std::size_t number, const std::string& problem) override;
+  void GiveUp(const std::string& problem) override;
 
   // Gives back what is left. Raises LedgerLost.
   void Finish() { Flush(true); }
