@@ -120,6 +120,14 @@ create table queue.lease(
 create index lease_worker on queue.lease(worker);
 create index lease_part on queue.lease(run, branch);
 
+-- The leases that were over with letters in doubt, and whose they were: what these workers have to
+-- say of the letters still counts.
+create table queue.lost_lease(
+  id bigint primary key,
+  run int not null references queue.run on delete cascade,
+  login name not null);
+create index lost_lease_run on queue.lost_lease(run);
+
 -- The names of letters' files, each given once in a branch's folder; letter case does not count,
 -- since it does not on every disk.
 create table queue.name(
@@ -163,8 +171,13 @@ insert into queue.round values ('-infinity');
 create function queue.count_letters() returns trigger language plpgsql
 set search_path = pg_catalog, pg_temp as $$
 declare
-  own_shard constant int := pg_backend_pid() & 63;
+  own_shard int;
 begin
+  -- One in which no other transaction counts: two that shared one could wait for each other.
+  for i in 0 .. 63 loop
+    own_shard := (pg_backend_pid() + i) & 63;
+    exit when pg_try_advisory_xact_lock(32267, own_shard);
+  end loop;
   if tg_op = 'INSERT' then
     insert into queue.tally as t
       select run, branch, own_shard, standing, count(*) from added group by run, branch, standing
@@ -284,6 +297,9 @@ create function queue.cancel_run(a_run int) returns boolean language plpgsql sec
 set search_path = pg_catalog, pg_temp as $$
 begin
   perform queue.require_own(a_run);
+  -- Whoever gives letters back has the row till they are back, and then they are found below; or
+  -- waits for it, and then finds the run cancelled.
+  perform from queue.run where id = a_run for update;
   update queue.run set state = 'cancelled' where id = a_run and state <> 'cancelled';
   if not found then return false; end if;
   update queue.letter set place = 'cancelled', not_before = null, changed = now()
@@ -321,8 +337,11 @@ returns boolean language plpgsql security definer set search_path = pg_catalog, 
 declare
   own_branch int := (select id from rental.branch where name = a_branch and queue.sees(id));
 begin
+  perform from queue.run where id = a_run for update;
   update queue.letter set
-      place = case when a_arrived then 'out' else 'ready' end,
+      place = case when a_arrived then 'out'
+        when (select r.state from queue.run r where r.id = a_run) = 'cancelled' then 'cancelled'
+        else 'ready' end,
       state = case when not a_arrived then case when file = '' then 'waiting' else 'saved' end
         when state = 'printing' then 'printed' else 'mailed' end,
       lease = null, failures = 0, changed = now()
@@ -496,21 +515,23 @@ end $$;
 -- Notes what has become of letters in hand, and gives their numbers. What is about to be handed
 -- over is noted so before it is, and handed over only if its number is among them: else the lease
 -- is over, and the letter may be somebody else's. A worker that was given up wrongly, and has
--- handed over a letter all the same, says so afterwards. `ends`: what follows, '' (it is still in
--- hand), 'out', 'again' (it failed) or 'back' (it was not begun, or not to its end).
+-- handed over a letter all the same, or has not, says so afterwards. `ends`: what follows, '' (it is
+-- still in hand), 'out', 'again' (it failed) or 'back' (it was not begun, or not to its end).
 create function queue.note(a_run int, a_branch int, a_lease bigint, a_seconds int, a_numbers int[],
   a_states text[], a_files text[], a_fingerprints text[], a_details text[], a_ends text[],
   a_last boolean)
 returns setof int language plpgsql security definer set search_path = pg_catalog, pg_temp as $$
+declare
+  lasts constant boolean := queue.prolong(a_lease, a_seconds);
 begin
-  if not queue.prolong(a_lease, a_seconds) then
-    return query
-      update queue.letter l set state = n.state, detail = n.detail, changed = now()
-      from unnest(a_numbers, a_states, a_details) n(number, state, detail)
-      where l.run = a_run and l.branch = a_branch and l.number = n.number and l.lease = a_lease
-        and l.standing = 'in doubt' and n.state in ('mailed', 'printed') and queue.sees(l.branch)
-      returning l.number;
+  if not lasts and not exists (
+      select from queue.lost_lease where id = a_lease and login = session_user
+      union all select from queue.lease e join queue.worker w on w.id = e.worker
+        where e.id = a_lease and w.login = session_user) then
     return;
+  end if;
+  if a_ends && array['again', 'back'] then
+    perform from queue.run where id = a_run for key share;
   end if;
   return query
     update queue.letter l set
@@ -529,22 +550,35 @@ begin
     from unnest(a_numbers, a_states, a_files, a_fingerprints, a_details, a_ends)
       n(number, state, file, fingerprint, detail, ends), queue.run r
     where r.id = a_run and l.run = a_run and l.branch = a_branch and l.number = n.number
-      and l.lease = a_lease and l.place = 'leased'
+      and l.lease = a_lease and case when lasts then l.place = 'leased'
+        -- Nobody else has handed it over, or could have.
+        else l.place in ('leased', 'out') and l.state in ('sending', 'printing') and n.ends <> ''
+        end
     returning l.number;
-  if 'mailed' = any (a_states) then
+  if not lasts then return; end if;
+  if exists (select from unnest(a_states, a_ends) n(state, ends)
+      where ends = 'out' and state in ('mailed', 'printed', 'saved')) then
     update queue.part set pauses = 0, reason = null
       where run = a_run and branch = a_branch and pauses > 0;
   end if;
-  if a_last then
-    update queue.letter l set changed = now(), place = case
-        when l.state in ('sending', 'printing') then 'out'
-        when (select state from queue.run where id = a_run) = 'cancelled' then 'cancelled'
-        else 'ready' end
-      from queue.lease e
-      where e.id = a_lease and l.run = e.run and l.branch = e.branch and l.number = any (e.numbers)
-        and l.lease = a_lease and l.place = 'leased';
-    delete from queue.lease where id = a_lease;
+  if not a_last then return; end if;
+  if exists (select from queue.lease e join queue.letter l on l.run = e.run and l.branch = e.branch
+        and l.number = any (e.numbers)
+      where e.id = a_lease and l.lease = a_lease and l.place = 'leased') then
+    perform from queue.run where id = a_run for key share;
+    with left_over as (
+      update queue.letter l set changed = now(), place = case
+          when l.state in ('sending', 'printing') then 'out'
+          when (select state from queue.run where id = a_run) = 'cancelled' then 'cancelled'
+          else 'ready' end
+        from queue.lease e
+        where e.id = a_lease and l.run = e.run and l.branch = e.branch and l.number = any (e.numbers)
+          and l.lease = a_lease and l.place = 'leased'
+        returning l.standing)
+    insert into queue.lost_lease select a_lease, a_run, session_user
+      where exists (select from left_over where standing = 'in doubt');
   end if;
+  delete from queue.lease where id = a_lease;
 end $$;
 
 -- Leaves a run's letters of a branch alone for a while, longer each time: what happens to one there
@@ -570,6 +604,7 @@ create function queue.look_round() returns int language plpgsql security definer
 set search_path = pg_catalog, pg_temp as $$
 declare
   over record;
+  idle int;
   found_letters int := 0;
   letters_of_it int;
 begin
@@ -581,9 +616,10 @@ begin
         and k.objid = w.id and k.pid = w.backend and k.granted
         and k.database = (select oid from pg_database where datname = current_database()));
   for over in
-    select e.* from queue.lease e join queue.worker w on w.id = e.worker
+    select e.*, w.login from queue.lease e join queue.worker w on w.id = e.worker
     where w.ended is not null or e.until < clock_timestamp() for update of e skip locked
   loop
+    perform from queue.run where id = over.run for key share;
     with gone as (
       update queue.letter l set changed = now(), lost = l.lost + 1,
         place = case
@@ -601,17 +637,27 @@ begin
     told as (
       insert into queue.event(run, branch, number, worker, what)
         select over.run, over.branch, number, over.worker, 'in doubt: its worker was lost'
-        from gone where standing = 'in doubt')
+        from gone where standing = 'in doubt'),
+    remembered as (
+      insert into queue.lost_lease select over.id, over.run, over.login
+        where exists (select from gone where standing = 'in doubt'))
     select count(*) into letters_of_it from gone;
     insert into queue.event(run, branch, worker, what) values (over.run, over.branch, over.worker,
       'worker lost with ' || letters_of_it || ' letters in hand');
     found_letters := found_letters + letters_of_it;
     delete from queue.lease where id = over.id;
   end loop;
-  update queue.letter set place = 'ready', not_before = null where not_before <= now();
-  update queue.run r set state = 'ended' where r.state = 'open' and not exists (
-    select from queue.tally t where t.run = r.id and t.standing in ('ready', 'leased', 'later')
-    group by t.run having sum(t.letters) > 0);
+  -- Not those that are cancelled or resumed at this moment.
+  with due as (
+    select run, branch, number from queue.letter where not_before <= now() for update skip locked)
+  update queue.letter l set place = 'ready', not_before = null from due d
+    where l.run = d.run and l.branch = d.branch and l.number = d.number;
+  -- The row first, and then the count: whoever adds to what is left has the row.
+  for idle in select id from queue.run where state = 'open' for update skip locked loop
+    update queue.run set state = 'ended' where id = idle and not exists (
+      select from queue.tally t where t.run = idle and t.standing in ('ready', 'leased', 'later')
+      group by t.run having sum(t.letters) > 0);
+  end loop;
   delete from queue.pace where span < now() - interval '10 min';
   return found_letters;
 end $$;

@@ -52,6 +52,8 @@ class PrinterMod {
   // Submits the job, if one is open. For the PDF printer the result is the file's path,
   // else empty.
   std::filesystem::path EndJob();
+  // Discards the job, if one is open, without printing any of it.
+  void CancelJob() { printers_.Current().CancelJob(); }
 
   // Lets the user pick the current printer, and of one letter the pages; false when cancelled.
   bool ChoosePrinter(Dialogs& dialogs,

@@ -174,7 +174,7 @@ bool LetterRun::Process(std::size_t number) {
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     observer_.LetterFinished(report);
     if (++in_doubt_ > kMostInDoubt) {
-      log_.GiveUp(report.problem);
+      log_.Suspend(report.problem);
       return false;
     }
     return after_error_ == AfterError::kNextRecipient;
@@ -205,14 +205,19 @@ bool LetterRun::Process(std::size_t number) {
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     if (!Fail(std::move(report), error.what())) return false;
     if (!DatabaseLost()) return true;
-    log_.GiveUp(error.what());
+    log_.Suspend(error.what());
     return false;
   } catch (const LetterProblem& error) {
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     return Fail(std::move(report), error.what());
   } catch (...) {
     const RuntimeError error = CurrentError();
-    if (ConcernsEveryLetter(error.number()) && log_.Suspend(number, ErrorText(error))) return false;
+    if (ConcernsEveryLetter(error.number()) && log_.Suspend(ErrorText(error))) {
+      if (log_.letter(number).state == LetterState::kSending) {
+        log_.Note(number, LetterState::kSaved);
+      }
+      return false;
+    }
     if (after_error_ == AfterError::kStop) ShowError(session_.platform.dialogs, kLabel, error);
     const bool unconnected = error.number() == mail::smtp_error::kCannotConnect ||
                              error.number() == mail::NoMailClient::kNumber;
@@ -390,7 +395,13 @@ bool LetterRun::Mail(LetterReport& report) {
   RequireAddress(address);
   const EmailBody body = letter_->BodyOfEmail(false);
   log_.Note(report.number, LetterState::kSending, address);
-  log_.Sync();
+  try {
+    log_.Sync();
+  } catch (const LedgerLost&) {
+    // The store may have it all the same.
+    log_.Note(report.number, LetterState::kSaved);
+    throw;
+  }
   try {
     sender_.DeliverOrRaise(address, body, request().subject, true);
   } catch (const mail::DeliveryUnknown&) {
@@ -505,7 +516,14 @@ void LetterRun::EndJob() {
   };
   try {
     note_all(LetterState::kPrinting, request().printer);
-    log_.Sync();
+    try {
+      log_.Sync();
+    } catch (const LedgerLost&) {
+      // The store may have it all the same.
+      note_all(LetterState::kSaved, {});
+      printer_->CancelJob();
+      throw;
+    }
     const fs::path file = printer_->EndJob();
     note_all(LetterState::kPrinted, file.empty() ? request().printer : file.string());
     observer_.JobPrinted(letters.size(), file);

@@ -85,11 +85,9 @@ class RunLedger {
 
   // Whether the letters are still this process's, as far as its clock says.
   virtual bool StillOurs() const { return true; }
-  // An error with this letter that would meet the others too. True where the store leaves the
-  // letter as it is and the run ends for now; false where it is this letter's failure.
-  virtual bool Suspend(std::size_t /*number*/, const std::string& /*problem*/) { return false; }
-  // The run ends before its last letter, for what has met several.
-  virtual void GiveUp(const std::string& /*problem*/) {}
+  // An error with one letter that would meet the others too. True where the run is to end for now,
+  // and goes on later by itself; false where it is that letter's failure.
+  virtual bool Suspend(const std::string& /*problem*/) { return false; }
 
  protected:
   explicit RunLedger(std::filesystem::path data_folder) : data_folder_(std::move(data_folder)) {}

@@ -31,6 +31,7 @@ QueueLedger::QueueLedger(WorkerQueue& queue, ClaimedLetters claimed,
 bool QueueLedger::StillOurs() const { return SinceStart() < lease_end_; }
 
 void QueueLedger::Lose(const std::string& why) {
+  lease_end_ = {};
   throw LedgerLost(error_number::kPermissionDenied, why);
 }
 
@@ -66,29 +67,11 @@ std::vector<std::filesystem::path> QueueLedger::TakeNames(std::span<const NameWi
   return files;
 }
 
-bool QueueLedger::Suspend(std::size_t number, const std::string& problem) {
-  const bool saved = !letter(number).file.empty();
-  RunLedger::Note(number, saved ? LetterState::kSaved : LetterState::kWaiting);
-  suspended_.insert(number);
-  GiveUp(problem);
-  return true;
-}
-
-// A server that cannot be reached is met again by Finish.
-void QueueLedger::GiveUp(const std::string& problem) {
-  try {
-    queue_.PausePart(claimed_.part, problem);
-  } catch (const server::ServerError&) {
-    return;
-  }
-}
-
 void QueueLedger::LetterNoted(std::size_t number) {
   if (!ended_.contains(number)) noted_.insert(number);
 }
 
 LetterEnd QueueLedger::EndOf(std::size_t number) const {
-  if (suspended_.contains(number)) return LetterEnd::kBack;
   const LetterState state = letter(number).state;
   if (IsDone(state, request().destination)) return LetterEnd::kOut;
   switch (state) {
@@ -122,9 +105,10 @@ void QueueLedger::Flush(bool last) {
 std::vector<LetterNote> QueueLedger::Unsettled() const {
   std::vector<LetterNote> notes;
   for (const std::size_t number : noted_) {
-    const LetterState state = letter(number).state;
-    const bool handed_over = state == LetterState::kMailed || state == LetterState::kPrinted;
-    if (handed_over) notes.push_back(NoteOf(number));
+    LetterNote note = NoteOf(number);
+    // It was to be handed over, and was not.
+    if (note.letter.state == LetterState::kSaved) note.end = LetterEnd::kBack;
+    if (note.end != LetterEnd::kInHand) notes.push_back(std::move(note));
   }
   return notes;
 }

@@ -31,13 +31,17 @@ class QueueLedger final : public RunLedger {
   bool GivesNames() const override { return true; }
   std::vector<std::filesystem::path> TakeNames(std::span<const NameWish> wishes) override;
   bool StillOurs() const override;
-  bool Suspend(std::size_t number, const std::string& problem) override;
-  void GiveUp(const std::string& problem) override;
+  bool Suspend(const std::string& problem) override {
+    problem_ = problem;
+    return true;
+  }
 
   // Gives back what is left. Raises LedgerLost.
   void Finish() { Flush(true); }
-  // What the queue may not know, of letters that were handed over: to be told it when it can be
-  // reached again.
+  // What would meet the other letters too; empty for nothing.
+  const std::string& problem() const { return problem_; }
+  // What the queue may not know, or may know otherwise, of letters that were to be handed over: to
+  // be told it when it can be reached again.
   std::vector<LetterNote> Unsettled() const;
   const ClaimedLetters& claimed() const { return claimed_; }
 
@@ -51,14 +55,14 @@ class QueueLedger final : public RunLedger {
   // Asks the queue; the lease counts from before the question.
   template <typename Ask>
   auto Asking(Ask&& ask);
-  [[noreturn]] static void Lose(const std::string& why);
+  [[noreturn]] void Lose(const std::string& why);
 
   WorkerQueue& queue_;
   ClaimedLetters claimed_;
   std::chrono::nanoseconds lease_end_;  // since the machine was started, asleep or not
   std::set<std::size_t> noted_;         // not yet in the queue
-  std::set<std::size_t> suspended_;
-  std::set<std::size_t> ended_;  // out of hand: no more is noted of them
+  std::set<std::size_t> ended_;         // out of hand: no more is noted of them
+  std::string problem_;
 };
 
 }  // namespace tenora

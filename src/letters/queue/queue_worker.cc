@@ -29,6 +29,9 @@ constexpr std::chrono::seconds kStatementLimit{60};
 // Somebody's word wakes a worker; this is for words that get lost.
 constexpr std::chrono::seconds kBetweenLooks{5};
 constexpr std::chrono::seconds kLongestPause{30};
+constexpr std::chrono::milliseconds kFirstPause{500};
+// The class of its codes for "it is shut down", "it was told to end this connection".
+constexpr std::string_view kServerIsBusyOrEnds = "57";
 constexpr std::chrono::milliseconds kBetweenStopQuestions{100};
 
 std::string HostName() {
@@ -65,12 +68,15 @@ class Worker {
       : parts_(parts), options_(options) {}
 
   void Work() {
-    std::chrono::milliseconds pause{500};
+    std::chrono::milliseconds pause = kFirstPause;
     while (!parts_.stop_asked()) {
       try {
+        joined_ = false;
         if (Session(pause)) return;
       } catch (const ServerError& error) {
-        if (error.failure() == ServerFailure::kRefused) throw;
+        // A worker that has come so far may take part, whatever was wrong with one statement.
+        const bool refused = error.failure() == ServerFailure::kRefused && !joined_;
+        if (refused && !error.state().starts_with(kServerIsBusyOrEnds)) throw;
         if (error.failure() == ServerFailure::kStopped) return;
         parts_.tell(ErrorText(error));
         Wait(pause);
@@ -80,42 +86,61 @@ class Worker {
   }
 
  private:
-  // Letters that were in hand when the server was lost, and what it may not know of them.
+  // Letters that were in hand when the server was lost, or that cannot be made at present, and what
+  // the server may not know of them.
   struct Loose {
     ClaimedLetters claimed;
     std::vector<LetterNote> notes;
   };
 
-  // Works over one connection; true when the work is done. Resets the pause once it has one.
+  // Works over one connection; true when the work is done. Resets the pause once it has worked.
   bool Session(std::chrono::milliseconds& pause) {
     const auto connection =
         Connection::Open(options_.service, kStatementLimit, {.stop_asked = parts_.stop_asked});
     LetterQueue(*connection).Require();
     WorkerQueue queue(*connection, options_.lease);
     queue.Join(HostName(), ::getpid(), std::string(kVersion));
-    pause = std::chrono::milliseconds(500);
+    joined_ = true;
     parts_.tell("Worker " + std::to_string(queue.worker()) + " takes letters of the queue on " +
                 connection->Address());
-    for (Loose& loose : std::exchange(loose_, {})) queue.Note(loose.claimed, loose.notes, true);
     auto looked = std::chrono::steady_clock::time_point();
     while (!parts_.stop_asked()) {
       if (std::chrono::steady_clock::now() - looked >= kBetweenLooks) {
         looked = std::chrono::steady_clock::now();
         queue.LookRound();
       }
+      Settle(queue);
       if (auto claimed =
               queue.Claim(options_.branches, last_, static_cast<int>(options_.together))) {
         Process(queue, std::move(*claimed));
         if (connection->IsBroken()) return false;
+        pause = kFirstPause;
         continue;
       }
+      pause = kFirstPause;
       TellTooNew(queue);
       if (options_.until_done && NothingLeft(*connection)) break;
       connection->WaitForNotices(options_.until_done ? std::chrono::milliseconds(500)
                                                      : kBetweenLooks);
     }
+    Settle(queue);
     queue.Leave();
     return true;
+  }
+
+  void Settle(WorkerQueue& queue) {
+    for (; !loose_.empty(); loose_.pop_back()) {
+      try {
+        queue.Note(loose_.back().claimed, loose_.back().notes, true);
+      } catch (const ServerError& error) {
+        if (error.failure() != ServerFailure::kRefused ||
+            error.state().starts_with(kServerIsBusyOrEnds)) {
+          throw;
+        }
+        // It will not say otherwise the next time; the lease runs out.
+        parts_.tell(ErrorText(error));
+      }
+    }
   }
 
   void Process(WorkerQueue& queue, ClaimedLetters claimed) {
@@ -123,28 +148,43 @@ class Worker {
         "Run " + std::to_string(claimed.part.run) + ", " + claimed.branch_name;
     try {
       TakeDesk(queue, claimed);
-    } catch (const ServerError&) {
-      loose_.push_back({std::move(claimed), {}});
-      return;
     } catch (...) {
-      desk_.reset();
-      order_.reset();
       const std::string problem = ErrorText(CurrentError());
-      parts_.tell(where + ": paused: " + problem);
-      queue.PausePart(claimed.part, HostName() + ": " + problem);
-      queue.Note(claimed, {}, true);
+      LeaveDesk();
+      loose_.push_back({claimed, {}});
+      Pause(queue, claimed.part, where, problem);
       return;
     }
     QueueLedger ledger(queue, std::move(claimed), desk_->request(), desk_->folder());
     Teller teller(parts_, where);
-    desk_->Make(ledger, teller);
+    std::string problem;
+    try {
+      desk_->Make(ledger, teller);
+      problem = ledger.problem();
+    } catch (...) {
+      problem = ErrorText(CurrentError());
+    }
     for (const std::string& message : desk_->TakeMessages()) parts_.tell(where + ": " + message);
     try {
+      // Before its letters are ready for the next to meet the same.
+      if (!problem.empty()) Pause(queue, ledger.claimed().part, where, problem);
       ledger.Finish();
-    } catch (const LedgerLost& lost) {
+    } catch (const RuntimeError& lost) {
       parts_.tell(where + ": " + ErrorText(lost));
       loose_.push_back({ledger.claimed(), ledger.Unsettled()});
     }
+  }
+
+  void Pause(WorkerQueue& queue, RunPart part, const std::string& where,
+             const std::string& problem) {
+    parts_.tell(where + ": paused: " + problem);
+    queue.PausePart(part, HostName() + ": " + problem);
+  }
+
+  void LeaveDesk() {
+    desk_.reset();
+    order_.reset();
+    last_ = {};
   }
 
   // Brings the desk to the run and branch, with the branch's present data.
@@ -195,6 +235,7 @@ class Worker {
   std::unique_ptr<BranchDesk> desk_;
   RunPart last_;
   std::vector<Loose> loose_;
+  bool joined_ = false;  // in this session
   std::set<int> told_too_new_;
 };
 
