@@ -48,8 +48,10 @@ std::string PostgresServer::Run(const std::string& database, const std::string& 
 void PostgresServer::MakeDatabase(const std::string& name) {
   Run("postgres", "drop database if exists \"" + name + "\" with (force)");
   Run("postgres", "create database \"" + name + "\"");
-  Done(RunProcess({"psql", "-Xq", "-v", "ON_ERROR_STOP=1", "-h", folder_, "-U", "tenora", "-f",
-                   (SourceDir() / "src/data/server_schema.sql").string(), name}));
+  for (const char* const schema : {"server_schema.sql", "queue_schema.sql"}) {
+    Done(RunProcess({"psql", "-Xq", "-v", "ON_ERROR_STOP=1", "-h", folder_, "-U", "tenora", "-f",
+                     (SourceDir() / "src/data" / schema).string(), name}));
+  }
   AddService(name, name, "tenora");
 }
 
