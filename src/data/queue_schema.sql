@@ -70,6 +70,8 @@ create table queue.part(
   reason text,
   primary key (run, branch));
 
+-- What belongs to a part in great numbers refers to it without a foreign key: the server would lock
+-- the part's row for each. `remove_letters` takes it along.
 create table queue.letter(
   run int not null,
   branch int not null,
@@ -100,8 +102,7 @@ create table queue.letter(
     when state in ('held', 'holding') then 'held'
     when state = 'no address' then state
     else 'failed' end) stored,
-  primary key (run, branch, number),
-  foreign key (run, branch) references queue.part on delete cascade)
+  primary key (run, branch, number))
   with (fillfactor = 60, autovacuum_vacuum_scale_factor = 0.05,
     autovacuum_vacuum_insert_scale_factor = 0.5, autovacuum_vacuum_cost_delay = 0);
 create index letter_ready on queue.letter(run, branch, number) where ready;
@@ -114,8 +115,7 @@ create table queue.lease(
   branch int not null,
   worker int not null references queue.worker,
   until timestamptz not null,
-  numbers int[] not null,
-  foreign key (run, branch) references queue.part on delete cascade)
+  numbers int[] not null)
   with (autovacuum_vacuum_scale_factor = 0, autovacuum_vacuum_threshold = 1000);
 create index lease_worker on queue.lease(worker);
 create index lease_part on queue.lease(run, branch);
@@ -131,14 +131,23 @@ create index lost_lease_run on queue.lost_lease(run);
 -- The names of letters' files, each given once in a branch's folder; letter case does not count,
 -- since it does not on every disk.
 create table queue.name(
-  branch int not null references rental.branch on delete cascade,
+  branch int not null,
   name text not null,
   run int not null,
   number int not null,
-  primary key (branch, name),
-  foreign key (run, branch, number) references queue.letter(run, branch, number)
-    on delete cascade);
-create index name_letter on queue.name(run, branch, number);
+  primary key (branch, name));
+create index name_part on queue.name(run, branch);
+
+create function queue.remove_letters() returns trigger language plpgsql security definer
+set search_path = pg_catalog, pg_temp as $$
+begin
+  delete from queue.name where run = old.run and branch = old.branch;
+  delete from queue.lease where run = old.run and branch = old.branch;
+  delete from queue.letter where run = old.run and branch = old.branch;
+  return null;
+end $$;
+create trigger remove_letters after delete on queue.part for each row
+  execute function queue.remove_letters();
 
 -- How many letters stand how, kept by a trigger; whoever changes letters counts in a row of its
 -- own, so that none waits for another.
@@ -267,7 +276,7 @@ begin
     from unnest(a_names, a_codes, a_owner_codes) with ordinality r(name, code, owner_code, number);
 end $$;
 create function queue.open_run(a_run int) returns void language plpgsql security definer
-set search_path = pg_catalog, pg_temp as $$
+set search_path = pg_catalog, pg_temp set lock_timeout = '2s' as $$
 begin
   update queue.run set state = 'open'
     where id = a_run and state = 'filling' and asked_by = session_user;
@@ -275,6 +284,13 @@ begin
     raise exception 'run % cannot be opened', a_run using errcode = 'no_data_found';
   end if;
   notify tenora_queue;
+  begin
+    -- Until it has counted them, the server takes the queue for an empty one, and reads all letters
+    -- of a part to find those in hand.
+    analyze queue.part, queue.letter;
+  exception when lock_not_available then
+    null;  -- it is counting them now
+  end;
 end $$;
 
 create function queue.note_event(a_run int, a_what text) returns void language sql
@@ -394,9 +410,36 @@ set search_path = pg_catalog, pg_temp as $$
   select pg_advisory_unlock(32266, a_worker)
 $$;
 
+-- The parts of which this login may take letters now.
+create view queue.open_part as
+select p.run, p.branch, p.letters, b.name, r.send_held, r.needs_version
+from queue.run r join queue.part p on p.run = r.id join rental.branch b on b.id = p.branch
+where r.state = 'open' and (p.paused_until is null or p.paused_until <= now())
+  and ((select rental.administers(session_user))
+    or p.branch in (select s.branch from rental.may_see s where s.login = session_user));
+
+-- Locks letters of a part that are ready, at most so many; their numbers, or null. A letter with
+-- which a worker was lost comes alone: the next may be lost too.
+create function queue.ready_letters(a_run int, a_branch int, a_count int) returns int[]
+language plpgsql set search_path = pg_catalog, pg_temp as $$
+declare
+  taken int[];
+begin
+  select array_agg(c.number) into taken from (
+    select l.number from queue.letter l
+    where l.run = a_run and l.branch = a_branch and l.ready and l.lost = 0
+    order by l.number limit a_count for update skip locked) c;
+  if taken is null then
+    select array_agg(c.number) into taken from (
+      select l.number from queue.letter l where l.run = a_run and l.branch = a_branch and l.ready
+      order by l.number limit 1 for update skip locked) c;
+  end if;
+  return taken;
+end $$;
+
 -- Letters of one branch and run, at most so many, for a lease of so many seconds; none where
--- nothing is ready. First those of the part that the worker has loaded, then of the part on which
--- fewest work. A letter with which a worker was lost comes alone: the next may be lost too.
+-- nothing is ready. First those of the part that the worker has loaded, and no other is looked at
+-- then; after that of the part on which fewest work.
 create function queue.claim(a_worker int, a_version int, a_branches text[], a_run int, a_branch int,
   a_count int, a_seconds int)
 returns table(lease bigint, run int, branch int, branch_name text, in_part int, number int,
@@ -413,37 +456,32 @@ begin
   if not found then
     raise exception 'this worker was given up' using errcode = 'object_not_in_prerequisite_state';
   end if;
-  for part in
-    select p.run, p.branch, p.letters, b.name, r.send_held
-    from queue.part p join queue.run r on r.id = p.run join rental.branch b on b.id = p.branch
-    where r.state = 'open' and r.needs_version <= a_version
-      and (p.paused_until is null or p.paused_until <= now())
-      and (a_branches is null or b.name = any (a_branches)) and queue.sees(p.branch)
-      and exists (select from queue.letter l where l.run = p.run and l.branch = p.branch and l.ready)
-    order by (p.run = a_run and p.branch = a_branch) desc,
-      (select count(*) from queue.lease e where e.run = p.run and e.branch = p.branch), p.run, p.branch
-  loop
-    select array_agg(c.number) into taken from (
-      select l.number from queue.letter l
-      where l.run = part.run and l.branch = part.branch and l.ready and l.lost = 0
-      order by l.number limit a_count for update skip locked) c;
-    if taken is null then
-      select array_agg(c.number) into taken from (
-        select l.number from queue.letter l
-        where l.run = part.run and l.branch = part.branch and l.ready
-        order by l.number limit 1 for update skip locked) c;
-    end if;
-    continue when taken is null;
-    insert into queue.lease(run, branch, worker, until, numbers)
-      values (part.run, part.branch, a_worker, now() + make_interval(secs => a_seconds), taken)
-      returning id into own_lease;
-    return query
-      update queue.letter l set place = 'leased', lease = own_lease, changed = now()
-      where l.run = part.run and l.branch = part.branch and l.number = any (taken)
-      returning own_lease, l.run, l.branch, part.name, part.letters, l.number, l.name, l.code, l.owner_code,
-        l.state, l.file, l.fingerprint, l.detail, part.send_held;
-    return;
-  end loop;
+  select p.* into part from queue.open_part p
+    where p.run = a_run and p.branch = a_branch and p.needs_version <= a_version
+      and (a_branches is null or p.name = any (a_branches));
+  if found then taken := queue.ready_letters(a_run, a_branch, a_count); end if;
+  if taken is null then
+    for part in
+      select p.* from queue.open_part p
+      where p.needs_version <= a_version and (a_branches is null or p.name = any (a_branches))
+        and exists (
+          select from queue.letter l where l.run = p.run and l.branch = p.branch and l.ready)
+      order by (select count(*) from queue.lease e where e.run = p.run and e.branch = p.branch),
+        p.run, p.branch
+    loop
+      taken := queue.ready_letters(part.run, part.branch, a_count);
+      exit when taken is not null;
+    end loop;
+  end if;
+  if taken is null then return; end if;
+  insert into queue.lease(run, branch, worker, until, numbers)
+    values (part.run, part.branch, a_worker, now() + make_interval(secs => a_seconds), taken)
+    returning id into own_lease;
+  return query
+    update queue.letter l set place = 'leased', lease = own_lease, changed = now()
+    where l.run = part.run and l.branch = part.branch and l.number = any (taken)
+    returning own_lease, l.run, l.branch, part.name, part.letters, l.number, l.name, l.code,
+      l.owner_code, l.state, l.file, l.fingerprint, l.detail, part.send_held;
 end $$;
 
 -- What a run asks of its workers; none for a login that sees nothing of it.
@@ -486,11 +524,12 @@ set search_path = pg_catalog, pg_temp as $$
 declare
   wish record;
   place int;
+  files text[] := array_fill(null::text, array[cardinality(a_numbers)]);
 begin
   if not queue.prolong(a_lease, a_seconds) then return; end if;
   -- In one order for all, so that no two wait for each other.
-  for wish in select * from unnest(a_numbers, a_series, a_places, a_states, a_fingerprints)
-      w(number, series, place, state, fingerprint) order by lower(w.series), w.number loop
+  for wish in select * from unnest(a_numbers, a_series, a_places) with ordinality
+      w(number, series, place, nth) order by lower(w.series), w.number loop
     place := wish.place;
     loop
       file := wish.series || case place when 0 then '' else '(' || place || ')' end || '.rtf';
@@ -499,17 +538,20 @@ begin
       exit when found;
       place := place + 1;
     end loop;
-    number := wish.number;
-    update queue.letter l set file = take_names.file, state = wish.state,
-        fingerprint = wish.fingerprint, detail = wish.fingerprint, changed = now()
-      where l.run = a_run and l.branch = a_branch and l.number = wish.number
-        and l.lease = a_lease and l.place = 'leased';
-    if not found then
-      raise exception 'letter % is not in hand', wish.number
-        using errcode = 'object_not_in_prerequisite_state';
-    end if;
-    return next;
+    files[wish.nth] := file;
   end loop;
+  return query
+    update queue.letter l set file = n.file, state = n.state, fingerprint = n.fingerprint,
+      detail = n.fingerprint, changed = now()
+    from unnest(a_numbers, files, a_states, a_fingerprints) n(number, file, state, fingerprint)
+    where l.run = a_run and l.branch = a_branch and l.number = n.number
+      and l.lease = a_lease and l.place = 'leased'
+    returning l.number, l.file;
+  get diagnostics place = row_count;
+  if place <> cardinality(a_numbers) then
+    raise exception 'not all of these letters are in hand'
+      using errcode = 'object_not_in_prerequisite_state';
+  end if;
 end $$;
 
 -- Notes what has become of letters in hand, and gives their numbers. What is about to be handed
