@@ -89,11 +89,12 @@ class Queue : public testing::Test {
   }
   // A run of so many letters to people of the sample in each branch.
   int Put(const std::vector<std::string>& branches, int letters,
-          Destination destination = Destination::kFolder) {
+          Destination destination = Destination::kFolder) const {
     GenerationRequest request;
     request.template_kind = kTemplates;
     request.template_name = "Note";
     request.subject = "Note";
+    request.printer = printing::kPdfPrinterName;
     request.destination = destination;
     NewQueuedRun run(*owner_, request, kLetter, machine_.clock.Now());
     for (const std::string& branch : branches) {
@@ -117,10 +118,10 @@ class Queue : public testing::Test {
         "select coalesce(string_agg(standing || ' ' || n, ', ' order by standing), '') from "
         "(select standing, count(*) n from queue.letter group by standing) s");
   }
-  // Works until nothing is left, or `enough` says so.
+  // Works until nothing is left, or `enough` says so, which is asked before each letter.
   void Work(const std::function<bool()>& enough = {}) {
-    WorkerOptions options{
-        .service = "queue-worker", .branches = {}, .data_folder = Home(), .until_done = !enough};
+    const WorkerOptions options{
+        .service = "queue-worker", .branches = {}, .data_folder = Home(), .until_done = true};
     const auto end = std::chrono::steady_clock::now() + kLimit;
     const WorkerParts parts{
         machine_.Parts(), [] { return printing::Printers::Create({}); },
@@ -304,6 +305,77 @@ TEST_F(Queue, LetsALoginDoWhatItMay) {
   EXPECT_EQ(Standings(), "leased 1, ready 1");
 }
 
+TEST_F(Queue, GivesLettersOnlyOfWhatIsOpen) {
+  Import({"North"});
+  Hand hand;
+  const struct {
+    const char* change;
+    bool gives;
+  } cases[] = {
+      {"update queue.part set paused_until = now()", true},
+      {"update queue.part set paused_until = now() + interval '1 min'", false},
+      {"update queue.run set state = 'paused'", false},
+      {"update queue.run set state = 'filling'", false},
+      {"update queue.run set needs_version = needs_version + 1", false},
+      {"delete from rental.may_see where login = 'worker'", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.change);
+    Sql("delete from queue.run; delete from queue.lease");
+    const int run = Put({"North"}, 1);
+    Sql(c.change);
+    const bool too_new = std::string_view(c.change).find("needs_version") != std::string::npos;
+    EXPECT_EQ(hand.queue.TooNew(), too_new ? std::vector{run} : std::vector<int>{});
+    EXPECT_EQ(hand.queue.Claim({}, {}, 1).has_value(), c.gives);
+  }
+}
+
+TEST_F(Queue, HandsNothingOverWhoseLeaseIsOver) {
+  const test::SmtpServer mail("plain");
+  test::SendMailTo(mail.port(), Home() / "property.mdb");
+  Import({"North"});
+  Hand finder;
+  std::size_t mails = 0;
+  for (const Destination destination : {Destination::kEmail, Destination::kPrinter}) {
+    for (const int at : {1, 3, 5}) {
+      SCOPED_TRACE(std::string(WordOf(destination)) + " " + std::to_string(at));
+      Sql("delete from queue.run; delete from queue.lease");
+      fs::remove_all(Home() / "Branches");
+      Put({"North"}, 4, destination);
+      int asked = 0;
+      std::string lost;
+      Work([&] {
+        const auto leases = owner_->Run("select count(*) from queue.lease");
+        if (asked == at || leases->Integer(0, 0) == 0 || ++asked < at) {
+          return false;
+        }
+        Sql("update queue.lease set until = now() - interval '1 s'");
+        LookRound(finder);
+        lost = Standings();
+        return false;
+      });
+      EXPECT_THAT(lost, HasSubstr("ready")) << "another one could take them";
+      EXPECT_EQ(Standings(), "done 4") << told_;
+      std::map<std::string, int> times;
+      std::vector<std::string> texts = mail.Messages();
+      texts.erase(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(mails));
+      mails += texts.size();
+      for (const auto& entry : fs::recursive_directory_iterator(Home() / "Branches")) {
+        if (entry.path().extension() != ".pdf") continue;
+        texts.push_back(test::RunProcess({"pdftotext", entry.path().string(), "-"}).output);
+      }
+      for (const std::string& text : texts) {
+        for (std::size_t p = 0; (p = text.find("T0000", p)) != std::string::npos; ++p) {
+          ++times[text.substr(p, 6)];
+          if (destination == Destination::kEmail) break;  // it is in each form of the text
+        }
+      }
+      EXPECT_THAT(times, ElementsAre(std::pair("T00001", 1), std::pair("T00002", 1),
+                                     std::pair("T00003", 1), std::pair("T00004", 1)));
+    }
+  }
+}
+
 TEST_F(Queue, LeavesABranchAloneWhoseMailServerIsAway) {
   std::optional<test::SmtpServer> mail("plain");
   const std::string port = "port=" + std::to_string(mail->port());
@@ -353,12 +425,17 @@ TEST_F(Queue, GivesLettersBackThatItsTemplateCannotMake) {
     run.Open();
   }
   Put({"South"}, 3);
+  const fs::path theirs = Home() / "Branches/South/Tenant 2/Note.rtf";
+  fs::create_directories(theirs.parent_path());
+  WriteWholeFile(theirs, "somebody else's");
   Work([] {
     return Sql("select count(*) from queue.letter where standing = 'done'") == "3" &&
            Sql("select count(*) from queue.part where paused_until > now()") == "1";
   });
   EXPECT_EQ(Standings(), "done 3, ready 1") << told_;
   EXPECT_EQ(Sql("select max(lost) from queue.letter"), "0");
+  EXPECT_EQ(ReadWholeFile(theirs), "somebody else's");
+  EXPECT_EQ(Sql("select file from queue.letter where name = 'Tenant 2'"), "Tenant 2/Note(1).rtf");
 }
 
 }  // namespace

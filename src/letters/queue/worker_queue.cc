@@ -68,12 +68,11 @@ class Columns {
 }  // namespace
 
 void WorkerQueue::Join(const std::string& host, int pid, const std::string& version) {
-  // A cable that is cut is noticed by the server within half a minute: it asks for a sign of life
-  // after ten seconds without any.
+  // A cable that is cut is noticed by the server after twenty seconds, and by the next worker that
+  // looks round within half a minute: it asks for a sign of life after eight seconds without any.
   connection_.RunScript(
-      "set tcp_keepalives_idle = 10; set tcp_keepalives_interval = 5; set tcp_keepalives_count = "
-      "3; "
-      "set tcp_user_timeout = 25000; listen tenora_queue");
+      "set tcp_keepalives_idle = 8; set tcp_keepalives_interval = 4; set tcp_keepalives_count = 3; "
+      "set tcp_user_timeout = 20000; listen tenora_queue");
   const auto joined = connection_.Run(Query{.sql = "select queue.join_pool($1, $2, $3)",
                                             .parameters = {host, std::to_string(pid), version}});
   worker_ = IntegerIn(*joined, 0, 0);
