@@ -94,6 +94,8 @@ struct PresentWorker {
   std::int64_t seconds_since_seen = 0;
   std::int64_t letters_in_hand = 0;
   std::string branch;  // whose letters it has in hand; empty for none
+  // False of one that was lost, and not yet looked for by another.
+  bool connected = false;
 };
 
 // A letter that is not simply done or to be done.
@@ -105,18 +107,23 @@ struct OpenLetter {
   std::string detail, file;
 };
 
+// What a login is about to do with the queue: look at it, decide on runs, take letters.
+enum class QueueUse { kLook, kRuns, kLetters };
+
 class LetterQueue {
  public:
   explicit LetterQueue(server::Connection& connection) : connection_(connection) {}
 
-  // Raises 3146 where the server's database has no queue, or one of another version.
-  void Require();
+  // Raises 3146 where the server's database has no queue or one of another version, or the login
+  // has not the role for this.
+  void Require(QueueUse use = QueueUse::kLook);
 
   // Those the login sees, newest first; `only` one of them where it is given. Ended and cancelled
   // ones are among them.
   std::vector<QueuedRun> Runs(std::optional<int> only = std::nullopt);
   std::vector<PresentWorker> Workers();
-  // In the order of the run, at most so many.
+  // Those in doubt first, then failed, held and other ones, each in the order of the run; at most
+  // so many.
   std::vector<OpenLetter> OpenLetters(int run, int most);
 
   // False where it was paused, or cancelled, already.

@@ -127,6 +127,7 @@ class GenerateCommand {
   // Puts the branch's letters into a run of the queue, which the first ones begin.
   void PutInto(std::unique_ptr<NewQueuedRun>& run, server::Connection& queue) {
     GenerationRequest asked = AskedRequest();
+    RequireAnswers(asked);
     if (asked.destination == Destination::kPrinter) TakePrinter(asked.printer);
     const QueueRequest ready =
         PrepareForQueue(session_, WithPrinter(std::move(asked)),
@@ -320,6 +321,21 @@ class GenerateCommand {
     return PromptMessages(text);
   }
 
+  // Workers have nobody to ask.
+  void RequireAnswers(const GenerationRequest& request) {
+    std::string unanswered, options;
+    for (const std::string& prompt : PromptsOf(request)) {
+      // What is asked with a code in it is refused with the other things that workers cannot do.
+      const bool known = prompt.find(kCodeStart) == std::string::npos;
+      if (!known || request.answers.contains(prompt)) continue;
+      unanswered += (unanswered.empty() ? "\"" : ", \"") + prompt + "\"";
+      options += " --answer \"" + prompt + "=...\"";
+    }
+    if (unanswered.empty()) return;
+    throw WrongChoice("The template asks " + unanswered +
+                      ", which workers cannot: answer for all letters with" + options);
+  }
+
   // The printer asked for now, else the one of the run that is resumed, else the default.
   void TakePrinter(const std::string& before) {
     printers_ = parts_.make_printers();
@@ -369,7 +385,7 @@ int Told(const GenerateParts& parts, const std::string& before, const std::funct
 }
 
 // One branch after the other, each with an engine, a session, run logs and letters of its own. One
-// that fails does not stop the next.
+// that fails does not stop the next; but a run goes into the queue whole or not at all.
 class AcrossBranches {
  public:
   AcrossBranches(const GenerateCall& call, const GenerateParts& parts)
@@ -392,8 +408,10 @@ class AcrossBranches {
       });
       if (status == kWrongCall) return status;
       status_ = std::max(status_, status);
-      // A run on the queue is put there whole.
-      if (stopped_ || (call_.queue && status != kDone)) return kFailed;
+      if (stopped_ || (call_.queue && status != kDone)) {
+        if (call_.queue) parts_.errors << "Nothing was put into the queue." << std::endl;
+        return kFailed;
+      }
     }
     if (queued_ != nullptr) OpenQueued();
     if (call_.list && call_.AsTable()) {
@@ -434,13 +452,15 @@ class AcrossBranches {
     if (queue_ == nullptr) {
       const std::string service = server::ReadBranchLocation(branch.location.string()).service;
       queue_ = server::Connection::Open(service, kQueueLimit);
-      LetterQueue(*queue_).Require();
+      LetterQueue(*queue_).Require(QueueUse::kRuns);
     }
     command.PutInto(queued_, *queue_);
     put_ += command.put();
     ++branches_put_;
     stopped_ = command.StopAsked();
-    return command.complete() ? kDone : kFailed;
+    // Of whom something is not known is named and left out, as in any run.
+    if (!command.complete()) status_ = kFailed;
+    return kDone;
   }
 
   void OpenQueued() {

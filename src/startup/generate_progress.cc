@@ -15,21 +15,20 @@ constexpr std::chrono::seconds kBetweenLines{3};
 // A warning that many letters share is shown this often, then counted.
 constexpr std::size_t kMostOfAKind = 3;
 
-std::string Duration(double seconds) {
+}  // namespace
+
+std::string DurationText(double seconds) {
   const auto whole = static_cast<long long>(std::ceil(seconds));
   if (whole < 120) return std::to_string(whole) + " s";
   if (whole < 7200) return std::to_string((whole + 59) / 60) + " min";
   return std::to_string((whole + 3599) / 3600) + " h";
 }
 
-// One decimal below ten letters a second.
-std::string Rate(double rate) {
+std::string RateText(double rate) {
   const auto tenths = static_cast<long long>(std::llround(rate * 10));
   if (tenths >= 100) return std::to_string((tenths + 5) / 10);
   return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);
 }
-
-}  // namespace
 
 void GenerateProgress::Started(std::size_t count, const std::filesystem::path& log) {
   count_ = count;
@@ -74,7 +73,7 @@ void GenerateProgress::Warn(const LetterReport& report) {
 void GenerateProgress::WaitingForServer(std::chrono::milliseconds most) {
   ClearLine();
   errors_ << "The database server cannot be reached; waiting for it, "
-          << Duration(std::chrono::duration<double>(most).count()) << " at most." << std::endl;
+          << DurationText(std::chrono::duration<double>(most).count()) << " at most." << std::endl;
 }
 
 void GenerateProgress::ServerIsBack() { errors_ << "The database server is back." << std::endl; }
@@ -90,8 +89,9 @@ void GenerateProgress::ShowCount() {
   const double seconds = std::chrono::duration<double>(Clock::now() - started_).count();
   const double rate = seconds > 0 ? static_cast<double>(finished) / seconds : 0;
   std::string line =
-      std::to_string(finished) + " of " + LettersText(count_) + ", " + Rate(rate) + " a second";
-  if (rate > 0) line += ", " + Duration(static_cast<double>(count_ - finished) / rate) + " left";
+      std::to_string(finished) + " of " + LettersText(count_) + ", " + RateText(rate) + " a second";
+  if (rate > 0)
+    line += ", " + DurationText(static_cast<double>(count_ - finished) / rate) + " left";
   if (!parts_.errors_is_terminal) {
     errors_ << line << std::endl;
     return;

@@ -14,6 +14,11 @@
 
 namespace tenora {
 
+// "90 s", "3 min", "2 h".
+std::string DurationText(double seconds);
+// Of letters a second: "0.3", "5.1", "120".
+std::string RateText(double rate);
+
 class GenerateProgress : public GenerationObserver {
  public:
   // On a terminal the count is one line that is overwritten; elsewhere a line is added

@@ -27,9 +27,9 @@
 namespace tenora {
 namespace {
 
-constexpr std::array<std::string_view, 12> kOwnWords{
-    "query",  "tables", "check", "html",      "import",      "lint",
-    "server", "--help", "-h",    "--version", kCompleteWord, kManualPageWord};
+constexpr std::array<std::string_view, 13> kOwnWords{
+    "query",  "tables", "check", "html",      "import",      "lint",         "server",
+    "status", "--help", "-h",    "--version", kCompleteWord, kManualPageWord};
 
 void ListTables(const std::string& path, std::ostream& output) {
   const auto workspace = query::Workspace::Create();
@@ -148,6 +148,10 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
     errors << TerminalLine(call.server_call.Complaint()) << std::endl;
     return 2;
   }
+  if (call.status->parsed() && !call.status_call.Complaint().empty()) {
+    errors << TerminalLine(call.status_call.Complaint()) << std::endl;
+    return 2;
+  }
   try {
     if (call.tables->parsed()) ListTables(call.database, output);
     if (call.query->parsed() && call.write) {
@@ -162,7 +166,8 @@ int RunOwnCommand(std::vector<std::string> arguments, std::ostream& output, std:
         (!call.lint->parsed() || LintTemplates(call.lint_request, output, errors)) &&
         (!call.import_documents->parsed() ||
          ImportTemplates(call.import_request, output, errors)) &&
-        (!call.server->parsed() || RunServerCommand(call.server_call, output, errors));
+        (!call.server->parsed() || RunServerCommand(call.server_call, output, errors)) &&
+        (!call.status->parsed() || RunStatus(call.status_call, output, errors));
     output.flush();
     if (!output) throw StandardError(error_number::kDeviceIoError, "standard output");
     return sound ? 0 : 1;

@@ -193,6 +193,8 @@ OwnParser::OwnParser()
   DeclareGenerate(*generate, generate_call);
   work = app.add_subcommand("work");
   DeclareWork(*work, work_call);
+  status = app.add_subcommand("status");
+  DeclareStatus(*status, status_call);
   server = app.add_subcommand("server");
   DeclareServer(*server, server_call);
   app.footer(HelpFooter());  // last: commands made after it would take it over

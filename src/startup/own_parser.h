@@ -11,6 +11,7 @@
 #include "startup/import_command.h"
 #include "startup/lint_command.h"
 #include "startup/server_call.h"
+#include "startup/status_command.h"
 #include "startup/work_command.h"
 
 namespace tenora {
@@ -38,7 +39,7 @@ struct OwnParser {
   OwnParser();
 
   CLI::App app;
-  CLI::App *tables, *query, *check, *html, *lint, *import_documents, *server;
+  CLI::App *tables, *query, *check, *html, *lint, *import_documents, *server, *status;
   // Called before this parser is reached; here for the help and what is made like it.
   CLI::App *generate, *work;
 
@@ -50,6 +51,7 @@ struct OwnParser {
   GenerateCall generate_call;
   WorkCall work_call;
   ServerCall server_call;
+  StatusCall status_call;
 };
 
 }  // namespace tenora

@@ -230,35 +230,12 @@ std::string AgeText(std::chrono::seconds age) {
   return minutes > 0 ? number(minutes) + " min" : number(seconds) + " s";
 }
 
-// A table whose cells are given as values.
-class Cells {
- public:
-  Cells(std::vector<TextColumn> columns, ListingFormat format)
-      : table_{std::move(columns), {}}, format_(format) {}
-
-  void BeginRow() { table_.rows.emplace_back(); }
-  void Text(const std::string& text) {
-    Add(format_ == ListingFormat::kTable  ? TerminalLine(text)
-        : format_ == ListingFormat::kJson ? JsonText(text)
-                                          : text);
-  }
-  void Number(std::int64_t number) { Add(std::to_string(number)); }
-  void Nothing() { Add(format_ == ListingFormat::kJson ? "null" : ""); }
-  void Print(std::ostream& output) const { PrintTextTable(table_, format_, output); }
-
- private:
-  void Add(std::string cell) { table_.rows.back().push_back(std::move(cell)); }
-
-  TextTable table_;
-  ListingFormat format_;
-};
-
 void PrintStatus(const std::vector<BranchSummary>& branches, ListingFormat format,
                  std::ostream& output) {
   const auto now =
       std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::now());
   const bool for_people = format == ListingFormat::kTable;
-  Cells cells({{"Branch"},
+  TableCells cells({{"Branch"},
                {"Data Of"},
                {for_people ? "Age" : "Age Seconds", true},
                {"Rows", true},
@@ -286,7 +263,7 @@ void PrintStatus(const std::vector<BranchSummary>& branches, ListingFormat forma
 
 void PrintFindings(Connection& connection, const std::vector<BranchSummary>& branches,
                    ListingFormat format, std::ostream& output) {
-  Cells cells({{"Branch"}, {"Table"}, {"Place"}, {"Finding"}}, format);
+  TableCells cells({{"Branch"}, {"Table"}, {"Place"}, {"Finding"}}, format);
   for (const BranchSummary& branch : branches) {
     for (const ImportFinding& finding : server::ReadFindings(connection, branch.name)) {
       cells.BeginRow();

@@ -23,7 +23,7 @@ void Say(std::string_view text) {
 
 }  // namespace
 
-StopSignals::StopSignals() {
+StopSignals::StopSignals(bool silent) : silent_(silent) {
   ::sigemptyset(&watched_);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, kEnd}) ::sigaddset(&watched_, signal);
   ::pthread_sigmask(SIG_BLOCK, &watched_, &mask_before_);
@@ -51,7 +51,10 @@ void StopSignals::Wait() {
     if (!asked_) {
       if (::sigwait(&watched_, &signal) != 0 || signal == kEnd) continue;
       asked_ = true;
-      Say("\nStopping after the current letter; once more to stop immediately.\n");
+      if (silent_) continue;
+      // A terminal shows "^C" on the line.
+      if (::isatty(STDERR_FILENO) == 1) Say("\n");
+      Say("Stopping after the current letter; once more to stop immediately.\n");
     } else if ((signal = ::sigtimedwait(&watched_, nullptr, &kBetweenNudges)) > 0) {
       if (signal == kEnd) continue;
       RemoveOpenScratchFiles();

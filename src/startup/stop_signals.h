@@ -14,8 +14,9 @@ class StopSignals {
  public:
   // From now on SIGINT, SIGTERM and SIGHUP request a stop; a second one ends the process at once.
   // SIGPIPE is ignored, so that a closed output does not end the process in the middle of a letter.
-  // Must be made on the main thread, before any other thread.
-  StopSignals();
+  // Must be made on the main thread, before any other thread. The first one is answered on standard
+  // error, but for `silent`.
+  explicit StopSignals(bool silent = false);
   // Restores the previous handling of the signals.
   ~StopSignals();
   StopSignals(const StopSignals&) = delete;
@@ -39,6 +40,7 @@ class StopSignals {
  private:
   void Wait();
 
+  const bool silent_;
   std::atomic<bool> asked_ = false, reading_ = false, ending_ = false;
   const pthread_t main_ = ::pthread_self();
   sigset_t watched_{}, mask_before_{};

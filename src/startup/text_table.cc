@@ -3,8 +3,11 @@
 #include <unicode/uchar.h>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <ostream>
 
+#include "platform/dialogs/terminal_text.h"
 #include "platform/runtime/csv_field.h"
 #include "platform/runtime/text.h"
 
@@ -104,6 +107,21 @@ void PrintTextTable(const TextTable& table, ListingFormat format, std::ostream& 
     case ListingFormat::kJson:
       return PrintJson(table, output);
   }
+}
+
+void TableCells::Text(const std::string& text) {
+  Add(format_ == ListingFormat::kTable  ? TerminalLine(text)
+      : format_ == ListingFormat::kJson ? JsonText(text)
+                                        : text);
+}
+
+void TableCells::Decimal(double number) {
+  constexpr int kDecimals = 2;
+  std::array<char, 64> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number,
+                                 std::chars_format::fixed, kDecimals);
+  if (end.ec != std::errc()) return Nothing();
+  Add(std::string(digits.data(), end.ptr));
 }
 
 }  // namespace tenora

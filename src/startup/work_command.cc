@@ -94,7 +94,8 @@ int RunWork(std::vector<std::string> arguments, const GenerateParts& parts) {
     return app.exit(error, parts.output, parts.errors) == 0 ? kDone : kWrongCall;
   }
   try {
-    StopSignals signals;
+    // Of several workers the process that has started them answers.
+    StopSignals signals(call.parent != 0);
     if (call.parent != 0) EndWith(call.parent);
     if (call.workers == 1 || call.parent != 0) return WorkHere(call, parts, signals);
     again.insert(again.end(), {kParent, std::to_string(::getpid())});

@@ -21,7 +21,9 @@ constexpr std::chrono::milliseconds kBetweenLooks{100};
 // One that ends as soon as it is started must not keep the machine busy.
 constexpr std::chrono::seconds kBeforeAnew{2};
 
-// This process blocks the signals that it waits for; a worker begins with none blocked.
+// This process blocks the signals that it waits for; a worker begins with none blocked. It has a
+// process group of its own: Ctrl-C on the terminal, and whatever else is sent to ours, comes to it
+// through us, once. A second one would end it in the middle of a letter.
 pid_t Start(const std::vector<std::string>& arguments) {
   std::vector<char*> argv;
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
@@ -31,7 +33,8 @@ pid_t Start(const std::vector<std::string>& arguments) {
   sigset_t none;
   ::sigemptyset(&none);
   ::posix_spawnattr_setsigmask(&attributes, &none);
-  ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+  ::posix_spawnattr_setpgroup(&attributes, 0);
+  ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
   pid_t pid = 0;
   const int failure =
       ::posix_spawn(&pid, "/proc/self/exe", nullptr, &attributes, argv.data(), environ);

@@ -118,20 +118,43 @@ QueueCounts QueuedRun::Total() const {
   return total;
 }
 
-void LetterQueue::Require() {
-  const auto there = connection_.Run("select to_regclass('queue.version') is not null");
+void LetterQueue::Require(QueueUse use) {
+  const auto refuse = [&](const std::string& why) {
+    throw ServerError(server::server_error::kCallFailed, why);
+  };
+  const std::string place =
+      "the database '" + connection_.DatabaseName() + "' on " + connection_.Address();
+  // Without one of our roles the login may not even ask for the schema's tables.
+  const auto there = connection_.Run(
+      "select exists (select from pg_namespace where nspname = 'queue'), "
+      "coalesce((select has_schema_privilege(oid, 'usage') from pg_namespace "
+      "where nspname = 'queue'), false), session_user");
   if (!there->Boolean(0, 0)) {
-    throw ServerError(server::server_error::kCallFailed,
-                      "The database '" + connection_.DatabaseName() + "' on " +
-                          connection_.Address() +
-                          " has no queue; its owner makes it with 'tenora server init'.");
+    refuse("There is no queue in " + place + "; its owner makes it with 'tenora server init'.");
+  }
+  const std::string login = "The login '" + TextIn(*there, 0, 2) + "'";
+  const std::string grant = "'tenora server grant'";
+  if (!there->Boolean(0, 1)) {
+    refuse(login + " has none of Tenora's roles in " + place + "; its owner gives it one with " +
+           grant + ".");
   }
   const auto version = connection_.Run("select number from queue.version");
-  if (version->rows() == 1 && version->Integer(0, 0) == kQueueVersion) return;
-  throw ServerError(server::server_error::kCallFailed,
-                    "The queue in the database '" + connection_.DatabaseName() + "' on " +
-                        connection_.Address() +
-                        " was made by another version of Tenora, which keeps it otherwise.");
+  if (version->rows() != 1 || version->Integer(0, 0) != kQueueVersion) {
+    refuse("The queue in " + place +
+           " was made by another version of Tenora, which keeps it otherwise.");
+  }
+  if (use == QueueUse::kLook) return;
+  const auto rights = connection_.Run(
+      "select has_function_privilege('queue.remove_run(int)', 'execute'), "
+      "has_function_privilege('queue.look_round()', 'execute')");
+  if (use == QueueUse::kRuns && !rights->Boolean(0, 0)) {
+    refuse(login + " may look at the queue but not put runs there or decide on them: that takes " +
+           "the role 'clerk', which the database's owner gives with " + grant + ".");
+  }
+  if (use == QueueUse::kLetters && !rights->Boolean(0, 1)) {
+    refuse(login + " may not take letters of the queue: that takes the role 'worker', which the " +
+           "database's owner gives with " + grant + ".");
+  }
 }
 
 std::vector<QueuedRun> LetterQueue::Runs(std::optional<int> only) {
@@ -184,7 +207,10 @@ std::vector<PresentWorker> LetterQueue::Workers() {
   const auto rows = connection_.Run(
       "select w.id, w.host, w.version, w.pid, to_char(w.started, 'YYYY-MM-DD HH24:MI:SS'), "
       "extract(epoch from now() - w.seen)::bigint, coalesce(sum(cardinality(e.numbers)), 0), "
-      "coalesce(min(b.name), '') from queue.worker w left join queue.lease e on e.worker = w.id "
+      "coalesce(min(b.name), ''), exists (select from pg_locks k where k.locktype = 'advisory' and "
+      "k.classid = 32266 and k.objid = w.id and k.pid = w.backend and k.granted and k.database = "
+      "(select oid from pg_database where datname = current_database())) "
+      "from queue.worker w left join queue.lease e on e.worker = w.id "
       "left join rental.branch b on b.id = e.branch where w.ended is null group by w.id "
       "order by w.id");
   std::vector<PresentWorker> workers;
@@ -196,18 +222,20 @@ std::vector<PresentWorker> LetterQueue::Workers() {
                        .started = TextIn(*rows, row, 4),
                        .seconds_since_seen = rows->Integer(row, 5),
                        .letters_in_hand = rows->Integer(row, 6),
-                       .branch = TextIn(*rows, row, 7)});
+                       .branch = TextIn(*rows, row, 7),
+                       .connected = rows->Boolean(row, 8)});
   }
   return workers;
 }
 
 std::vector<OpenLetter> LetterQueue::OpenLetters(int run, int most) {
-  const auto rows = connection_.Run(
-      Query{.sql = "select b.name, l.number, l.name, l.code, l.standing, l.detail, l.file "
-                   "from queue.letter l join rental.branch b on b.id = l.branch where l.run = $1 "
-                   "and l.standing in ('failed', 'later', 'held', 'in doubt', 'no address') "
-                   "order by b.name, l.number limit $2",
-            .parameters = {std::to_string(run), std::to_string(most)}});
+  const auto rows = connection_.Run(Query{
+      .sql = "select b.name, l.number, l.name, l.code, l.standing, l.detail, l.file "
+             "from queue.letter l join rental.branch b on b.id = l.branch where l.run = $1 "
+             "and l.standing in ('failed', 'later', 'held', 'in doubt', 'no address') "
+             "order by array_position(array['in doubt', 'failed', 'held', 'later', 'no address'], "
+             "l.standing), b.name, l.number limit $2",
+      .parameters = {std::to_string(run), std::to_string(most)}});
   std::vector<OpenLetter> letters;
   for (int row = 0; row < rows->rows(); ++row) {
     letters.push_back({.branch = TextIn(*rows, row, 0),

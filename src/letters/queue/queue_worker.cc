@@ -97,7 +97,7 @@ class Worker {
   bool Session(std::chrono::milliseconds& pause) {
     const auto connection =
         Connection::Open(options_.service, kStatementLimit, {.stop_asked = parts_.stop_asked});
-    LetterQueue(*connection).Require();
+    LetterQueue(*connection).Require(QueueUse::kLetters);
     WorkerQueue queue(*connection, options_.lease);
     queue.Join(HostName(), ::getpid(), std::string(kVersion));
     joined_ = true;
