@@ -56,7 +56,12 @@ std::vector<server::BranchSummary> WithNames(std::vector<server::BranchSummary> 
 
 }  // namespace
 
-std::string ServiceOfSettings(Session& session) { return SettingsLocation(session).service; }
+std::string ServiceOfSettings(Session& session) {
+  const std::string location = session.database.Location().string();
+  if (server::IsBranchLocation(location)) return server::ReadBranchLocation(location).service;
+  throw WrongChoice("The setting DatabaseLocation names no server, but " + location +
+                    ": name the server's service with --service");
+}
 
 std::vector<ChosenBranch> ChooseBranches(Session& session, const GenerateCall& call,
                                          std::ostream& errors) {

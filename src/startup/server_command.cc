@@ -236,13 +236,13 @@ void PrintStatus(const std::vector<BranchSummary>& branches, ListingFormat forma
       std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::now());
   const bool for_people = format == ListingFormat::kTable;
   TableCells cells({{"Branch"},
-               {"Data Of"},
-               {for_people ? "Age" : "Age Seconds", true},
-               {"Rows", true},
-               {"Findings", true},
-               {"Receipt Numbers"},
-               {"File"}},
-              format);
+                    {"Data Of"},
+                    {for_people ? "Age" : "Age Seconds", true},
+                    {"Rows", true},
+                    {"Findings", true},
+                    {"Receipt Numbers"},
+                    {"File"}},
+                   format);
   for (const BranchSummary& branch : branches) {
     cells.BeginRow();
     cells.Text(branch.name);

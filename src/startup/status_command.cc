@@ -116,7 +116,9 @@ void PrintForPeople(const QueuedRun& run, std::ostream& output) {
   if (run.parts.size() > 1) {
     cells.BeginRow();
     cells.Text("Total");
-    AddCounts(cells, total, run.state == "open", total.cancelled > 0);
+    const bool paused = std::ranges::any_of(
+        run.parts, [](const QueuedPart& part) { return !part.paused_until.empty(); });
+    AddCounts(cells, total, run.state == "open" && !paused, total.cancelled > 0);
     cells.Nothing();
   }
   output << TerminalLine(HeadingOf(run)) << '\n';
