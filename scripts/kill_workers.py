@@ -3,12 +3,13 @@
 
 Usage: kill_workers.py PROGRAM [--kills N] [--stops N] [--crashes N] [--workers N] [--seed N]
 
-Runs for every tenant of two branches are put into the queue of a private PostgreSQL server, and
-mailed by workers to a server that keeps every message. Each worker is killed at a random moment or
+Runs for every tenant of two branches are put into the queue of a private PostgreSQL server. Workers
+mail them to a server that keeps every message, or, every third run, save them. Each worker is killed at a random moment or
 at a random message to or from a server (with kill_at_message.so, which is built beside the
 program), and another one takes its place. Some are stopped instead until their letters have been
 given to others, and then go on; and the database is crashed and started again. At the end workers
-that nobody kills do what is left, and what was mailed is compared with what the queue says.
+that nobody kills do what is left, and what was mailed and saved is compared with what the queue
+says.
 Ends with 1 where anything is amiss, and with 77 (skipped) where PostgreSQL is not installed.
 """
 import argparse
@@ -107,8 +108,8 @@ class Office:
 
     def queue(self):
         self.runs += 1
-        self.run("generate", "--all-branches", "--template", "Note", "--to", "email", "--subject",
-                 f"Note {self.runs}", "--all", "--queue")
+        to = ("--to", "email", "--subject", f"Note {self.runs}") if self.runs % 3 else ()
+        self.run("generate", "--all-branches", "--template", "Note", *to, "--all", "--queue")
 
     def left(self):
         return int(self.sql("select count(*) from queue.letter where place in ('ready', 'leased', "
@@ -158,6 +159,7 @@ class Trials:
         self.random = random.Random(options.seed)
         self.kills = collections.Counter()
         self.stops = self.crashes = 0
+        self.files = self.strays = 0
         self.faults = []
 
     def kill(self):
@@ -219,22 +221,35 @@ class Trials:
     def judge(self):
         mailed, outcomes = self.office.mailed(), collections.Counter()
         expected = {HELD: "held", REFUSED: "failed", NOWHERE: "no address"}
-        counted = 0
-        for branch, subject, code, standing, detail in self.office.sql(
-                "select lower(b.name), r.subject, l.code, l.standing, l.detail from queue.letter l "
-                "join queue.run r on r.id = l.run join rental.branch b on b.id = l.branch"):
+        counted, saved = 0, collections.Counter()
+        for branch, to, subject, code, standing, file, detail in self.office.sql(
+                "select b.name, r.destination, r.subject, l.code, l.standing, l.file, l.detail "
+                "from queue.letter l join queue.run r on r.id = l.run "
+                "join rental.branch b on b.id = l.branch"):
+            path = self.office.home / "Branches" / branch / file
+            branch = branch.lower()
+            if file:
+                saved[path] += 1
+                if not path.is_file() or f"Letter of {code}" not in path.read_text("latin-1"):
+                    self.faults.append(f"{path} is not the letter of {code}, {standing}")
             lost = standing == "failed" and detail.startswith("five workers were lost")
             outcomes[standing if not lost else "failed: five workers lost"] += 1
             times = mailed[subject, f"{code.lower()}@{branch}.test"]
             counted += times
             wanted = {"done": (1,), "in doubt": (0, 1)}.get(standing, (0,))
+            if to == "folder":
+                wanted = (0,)
             about = f"{subject}, {branch}, {code}: {standing} ({detail}), mailed {times} times"
             if times not in wanted:
                 self.faults.append(about)
-            if not lost and standing not in ("done", "in doubt", expected.get(code)):
+            usual = ("done",) if to == "folder" else ("done", "in doubt")
+            if not lost and standing not in (*usual, expected.get(code)):
                 self.faults.append("unexpected: " + about)
         if counted != sum(mailed.values()):
             self.faults.append("mails that are of no letter")
+        self.faults += [f"{path} is of {count} letters" for path, count in saved.items() if count > 1]
+        self.files = len(saved)
+        self.strays = len({*self.office.home.glob("Branches/*/*/*.rtf")} - saved.keys())
         twice = {key: times for key, times in mailed.items() if times > 1}
         return mailed, outcomes, twice
 
@@ -243,6 +258,7 @@ class Trials:
         print(f"\n{sum(self.kills.values())} kills: {dict(self.kills)}; {self.stops} stops past the "
               f"lease; {self.crashes} crashes of the database; {self.office.runs} runs")
         print(f"{sum(mailed.values())} messages; {len(twice)} addresses got one twice")
+        print(f"{self.files} files of letters, {self.strays} of none")
         for standing, count in sorted(outcomes.items()):
             print(f"  {standing:26}{count:7}")
         for fault in self.faults:

@@ -330,15 +330,19 @@ TEST_F(Queue, GivesLettersOnlyOfWhatIsOpen) {
   }
 }
 
-TEST_F(Queue, HandsNothingOverWhoseLeaseIsOver) {
+// What was handed over before is known, too.
+TEST_F(Queue, HandsNothingOverTwiceWhenItsLeaseOrTheServerEnds) {
   const test::SmtpServer mail("plain");
   test::SendMailTo(mail.port(), Home() / "property.mdb");
   Import({"North"});
-  Hand finder;
   std::size_t mails = 0;
-  for (const Destination destination : {Destination::kEmail, Destination::kPrinter}) {
+  for (const auto& [destination, crash] :
+       {std::pair(Destination::kEmail, false), std::pair(Destination::kPrinter, false),
+        std::pair(Destination::kEmail, true), std::pair(Destination::kPrinter, true)}) {
     for (const int at : {1, 3, 5}) {
-      SCOPED_TRACE(std::string(WordOf(destination)) + " " + std::to_string(at));
+      SCOPED_TRACE(std::string(WordOf(destination)) + (crash ? ", crash " : " ") +
+                   std::to_string(at));
+      std::optional<Hand> finder(std::in_place);
       Sql("delete from queue.run; delete from queue.lease");
       fs::remove_all(Home() / "Branches");
       Put({"North"}, 4, destination);
@@ -349,12 +353,20 @@ TEST_F(Queue, HandsNothingOverWhoseLeaseIsOver) {
         if (asked == at || leases->Integer(0, 0) == 0 || ++asked < at) {
           return false;
         }
-        Sql("update queue.lease set until = now() - interval '1 s'");
-        LookRound(finder);
-        lost = Standings();
+        if (crash) {
+          Postgres().Restart();
+          owner_ = Connection::Open("queue", kLimit);
+        } else {
+          Sql("update queue.lease set until = now() - interval '1 s'");
+          LookRound(*finder);
+          lost = Standings();
+        }
         return false;
       });
-      EXPECT_THAT(lost, HasSubstr("ready")) << "another one could take them";
+      EXPECT_EQ(asked, at);
+      if (!crash) {
+        EXPECT_THAT(lost, HasSubstr("ready")) << "another one could take them";
+      }
       EXPECT_EQ(Standings(), "done 4") << told_;
       std::map<std::string, int> times;
       std::vector<std::string> texts = mail.Messages();

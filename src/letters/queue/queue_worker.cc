@@ -105,11 +105,12 @@ class Worker {
                 connection->Address());
     auto looked = std::chrono::steady_clock::time_point();
     while (!parts_.stop_asked()) {
+      // Before its own letters are looked for, as those of a worker that was lost.
+      Settle(queue);
       if (std::chrono::steady_clock::now() - looked >= kBetweenLooks) {
         looked = std::chrono::steady_clock::now();
         queue.LookRound();
       }
-      Settle(queue);
       if (auto claimed =
               queue.Claim(options_.branches, last_, static_cast<int>(options_.together))) {
         Process(queue, std::move(*claimed));
