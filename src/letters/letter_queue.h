@@ -26,6 +26,10 @@ struct QueueRequest {
   GenerationRequest request;  // with the recipients
   std::string template_source;
 };
+// What the template asks, each question once: to be answered before its letters are queued, since
+// nobody is there to answer a worker. Raises what Generation::Run raises for a template that cannot
+// be read, and 5 for a question that is another one for each letter.
+std::vector<std::string> QuestionsBeforeQueue(Session& session, const GenerationRequest& request);
 // Loads the data of the session's branch, fills the request's recipients by `choose`, and looks for
 // what a worker could not do: ask something, issue receipt numbers that the file issues, send by a
 // mail program. Raises what says so, and what Generation::Run raises before anything is made.

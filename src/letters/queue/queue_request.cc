@@ -1,4 +1,6 @@
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "letters/generate/letter_maker.h"
 #include "letters/letter_names.h"
@@ -15,19 +17,25 @@ namespace {
   throw StandardError(error_number::kInvalidProcedureCall, why);
 }
 
-// Nobody is there to answer a worker.
-void RequireAnswers(const std::string& source, const PromptAnswers& answers) {
+// Refuses what is another question for each letter.
+std::vector<std::string> QuestionsOf(const std::string& source) {
   RichTextBox box;
   box.SetTextRTF(source);
+  std::vector<std::string> prompts = PromptMessages(box);
+  for (const std::string& prompt : prompts) {
+    if (prompt.find(kCodeStart) == std::string::npos) continue;
+    Refuse("the template asks \"" + prompt +
+           "\", which is another question for each letter: workers cannot ask it");
+  }
+  return prompts;
+}
+
+// Nobody is there to answer a worker.
+void RequireAnswers(const std::string& source, const PromptAnswers& answers) {
   std::string unanswered;
-  for (const std::string& prompt : PromptMessages(box)) {
-    if (prompt.find(kCodeStart) != std::string::npos) {
-      Refuse("the template asks \"" + prompt +
-             "\", which is another question for each letter: workers cannot ask it");
-    }
-    if (!answers.contains(prompt)) {
-      unanswered += (unanswered.empty() ? "\"" : ", \"") + prompt + "\"";
-    }
+  for (const std::string& prompt : QuestionsOf(source)) {
+    if (answers.contains(prompt)) continue;
+    unanswered += (unanswered.empty() ? "\"" : ", \"") + prompt + "\"";
   }
   if (!unanswered.empty()) {
     Refuse("the template asks " + unanswered + ": workers cannot ask; answer it beforehand");
@@ -35,6 +43,11 @@ void RequireAnswers(const std::string& source, const PromptAnswers& answers) {
 }
 
 }  // namespace
+
+std::vector<std::string> QuestionsBeforeQueue(Session& session, const GenerationRequest& request) {
+  return QuestionsOf(
+      LetterMaker(session, request, LetterMaker::BadFutureDate::kRaised).TemplateSource());
+}
 
 QueueRequest PrepareForQueue(Session& session, GenerationRequest request,
                              const ChooseRecipients& choose) {

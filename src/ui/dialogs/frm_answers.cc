@@ -12,10 +12,11 @@
 namespace tenora {
 
 frmAnswers::frmAnswers(const std::vector<std::string>& questions, const PromptAnswers& answers,
-                       QWidget* parent)
-    : QDialog(parent) {
+                       Purpose purpose, QWidget* parent)
+    : QDialog(parent), purpose_(purpose) {
+  const bool preview = purpose == Purpose::kPreview;
   setObjectName("frmAnswers");
-  setWindowTitle(tr("Answers for the Preview"));
+  setWindowTitle(preview ? tr("Answers for the Preview") : tr("Answers for All Letters"));
   auto* page = new QWidget;
   auto* column = new QVBoxLayout(page);
   column->setContentsMargins(0, 0, 6, 0);
@@ -37,11 +38,15 @@ frmAnswers::frmAnswers(const std::vector<std::string>& questions, const PromptAn
   }
   column->addStretch();
   auto* hint = new QLabel(
-      tr("The preview shows these answers in every letter. A question without an answer stays as "
-         "its code. Generating asks again, for each letter."));
+      preview
+          ? tr("The preview shows these answers in every letter. A question without an answer "
+               "stays as its code. Generating asks again, for each letter.")
+          : tr("The workers put these answers into every letter of the run, since they cannot ask. "
+               "A field that is left empty puts nothing into its place."));
   hint->setWordWrap(true);
   auto* buttons = new QDialogButtonBox;
-  auto* show = buttons->addButton(tr("&Show"), QDialogButtonBox::AcceptRole);
+  auto* show =
+      buttons->addButton(preview ? tr("&Show") : tr("C&ontinue"), QDialogButtonBox::AcceptRole);
   show->setObjectName("cmdShow");
   buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole)->setObjectName("cmdCancel");
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -59,7 +64,8 @@ frmAnswers::frmAnswers(const std::vector<std::string>& questions, const PromptAn
 PromptAnswers frmAnswers::Answers() const {
   PromptAnswers answers;
   for (const auto& [question, field] : fields_) {
-    if (!field->text().isEmpty()) answers[question] = field->text().toStdString();
+    const bool given = !field->text().isEmpty() || purpose_ == Purpose::kQueue;
+    if (given) answers[question] = field->text().toStdString();
   }
   return answers;
 }

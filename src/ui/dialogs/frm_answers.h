@@ -1,4 +1,5 @@
-// Asks the questions of a template, once for all the letters of a preview.
+// Asks the questions of a template, once for all letters: of a preview, or of a run that others
+// make.
 #pragma once
 
 #include <QDialog>
@@ -16,14 +17,18 @@ class frmAnswers : public QDialog {
   Q_OBJECT
 
  public:
+  enum class Purpose { kPreview, kQueue };
+
   // A field for each question, with its answer where `answers` has one.
   frmAnswers(const std::vector<std::string>& questions, const PromptAnswers& answers,
-             QWidget* parent = nullptr);
+             Purpose purpose, QWidget* parent = nullptr);
 
-  // What was typed; a question whose field is empty has no answer.
+  // What was typed. A question whose field is empty has no answer for a preview, and an empty one
+  // for the queue.
   PromptAnswers Answers() const;
 
  private:
+  const Purpose purpose_;
   std::vector<std::pair<std::string, QLineEdit*>> fields_;
 };
 

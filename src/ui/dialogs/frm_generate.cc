@@ -110,6 +110,7 @@ frmGenerate::frmGenerate(Session& session, const std::string& template_kind,
       duplex_(Named(new QCheckBox(tr("Eac&h on a sheet of its own")), "chkDuplex")),
       post_list_(
           Named(new QCheckBox(tr("&Keep a list of the letters for the post")), "chkPostList")),
+      workers_(Named(new QCheckBox(tr("In the &background, by the workers")), "chkWorkers")),
       printer_(Named(new QRadioButton(tr("P&rinter")), "optPrinter")),
       email_(Named(new QRadioButton(tr("&E-mail")), "optEmail")),
       folder_(Named(new QRadioButton(tr("&Save only")), "optFolder")),
@@ -360,6 +361,8 @@ void frmGenerate::MakeDestinations(QVBoxLayout* column) {
   duplex_row->addWidget(duplex_);
   column->addLayout(duplex_row);
   column->addWidget(post_list_);
+  column->addWidget(workers_);
+  workers_->setVisible(origin_.has_value());
   const QString place = tr("Written into the data folder, under the name of the run log");
   one_pdf_->setToolTip(place);
   post_list_->setToolTip(place);
@@ -368,6 +371,9 @@ void frmGenerate::MakeDestinations(QVBoxLayout* column) {
          "that ends on a front side"));
   duplex_->setEnabled(false);
   connect(one_pdf_, &QCheckBox::toggled, duplex_, &QCheckBox::setEnabled);
+  for (const QCheckBox* box : {one_pdf_, post_list_}) {
+    connect(box, &QCheckBox::toggled, this, &frmGenerate::ShowWorkers);
+  }
   // On click, not on toggle: a radio button that is switched off by another emits toggled as well.
   connect(printer_, &QRadioButton::clicked, this,
           [this] { SetDestination(Destination::kPrinter); });
@@ -385,7 +391,26 @@ void frmGenerate::SetDestination(Destination destination) {
   subject_label_->setEnabled(email);
   subject_->setEnabled(email);
   exclude_->setEnabled(email);
+  ShowWorkers();
   Refill();
+}
+
+void frmGenerate::ShowWorkers() {
+  QString obstacle;
+  if (one_pdf_->isChecked()) {
+    obstacle = tr("One PDF of all letters is made on this computer only");
+  } else if (post_list_->isChecked()) {
+    obstacle = tr("The list for the post is made on this computer only");
+  } else if (destination_ == Destination::kEmail && !session_.options.SmtpSend) {
+    obstacle =
+        tr("The office's e-mails are sent by a mail program, which workers do not have (Settings)");
+  }
+  workers_->setEnabled(obstacle.isEmpty());
+  workers_->setToolTip(
+      obstacle.isEmpty()
+          ? tr("The letters are put into the queue on the server: the workers make them, and "
+               "Tools > Queue shows how they stand")
+          : obstacle);
 }
 
 void frmGenerate::Preselect(const Recipient& recipient) {
@@ -521,6 +546,10 @@ GenerationRequest frmGenerate::Request() const {
   if (post_list_->isChecked()) request.post_list.emplace();
   for (const RecipientRow& row : ChosenRows()) request.recipients.push_back(row.recipient);
   return request;
+}
+
+bool frmGenerate::ByWorkers() const {
+  return origin_ && workers_->isEnabled() && workers_->isChecked();
 }
 
 bool frmGenerate::UsesDefaultPrinter() const { return automatic_->isChecked(); }

@@ -51,6 +51,9 @@ class frmGenerate : public QDialog {
   // Whether to print on the default printer without asking.
   bool UsesDefaultPrinter() const;
 
+  // Whether the letters are to be put into the queue on the server.
+  bool ByWorkers() const;
+
   // Also remembers the table's columns, order and room.
   void done(int result) override;
 
@@ -62,6 +65,8 @@ class frmGenerate : public QDialog {
   QWidget* MakeOptionSide();
   void MakeDestinations(QVBoxLayout* column);
   void Refill();
+  // Whether workers can do what is asked, and where not, why.
+  void ShowWorkers();
   void MakeTable();
   // The names with kBranchColumn before them, where the recipients are a branch's.
   std::shared_ptr<const FactNames> WithBranch(const std::shared_ptr<const FactNames>& names) const;
@@ -106,6 +111,7 @@ class frmGenerate : public QDialog {
   QCheckBox* one_pdf_;
   QCheckBox* duplex_;
   QCheckBox* post_list_;
+  QCheckBox* workers_;
   QRadioButton* printer_;
   QRadioButton* email_;
   QRadioButton* folder_;

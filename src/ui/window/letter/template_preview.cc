@@ -189,7 +189,7 @@ void TemplatePreview::AskWhatIsNew() {
   asked_.insert(questions.begin(), questions.end());
   preview_->SetAnswers(answers_);
   if (all_asked) return;
-  frmAnswers ask(questions, answers_, window());
+  frmAnswers ask(questions, answers_, frmAnswers::Purpose::kPreview, window());
   if (ask.exec() != QDialog::Accepted) return;
   answers_ = ask.Answers();
   preview_->SetAnswers(answers_);
@@ -197,7 +197,7 @@ void TemplatePreview::AskWhatIsNew() {
 
 void TemplatePreview::AskAnswers() {
   if (preview_ == nullptr) return;
-  frmAnswers ask(preview_->Questions(), answers_, window());
+  frmAnswers ask(preview_->Questions(), answers_, frmAnswers::Purpose::kPreview, window());
   if (ask.exec() != QDialog::Accepted) return;
   answers_ = ask.Answers();
   preview_->SetAnswers(answers_);

@@ -78,7 +78,10 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
           session_, *tree_, letters_, printers_,
           [this](const QString& title, const Work& work) { RunBeside(title, work); },
           [this](const std::filesystem::path& file) { return keeper_.HasLeft(file); }, this),
-      generate_(session_, *tree_, letters_, printers_, rental_data_, runs_, this),
+      queued_runs_(
+          session_, letters_,
+          [this](const QString& title, const Work& work) { RunBeside(title, work); }, this),
+      generate_(session_, *tree_, letters_, printers_, rental_data_, runs_, queued_runs_, this),
       imports_(session_, *tree_, letters_, *lint_panel_,
                [this](const QString& title, const Work& work) { RunBeside(title, work); }),
       given_files_(session_, letters_, imports_),
@@ -95,6 +98,7 @@ frmMain::frmMain(const CommandParts& parts, QWidget* parent)
                      .find_panel = *find_panel_,
                      .generate = generate_,
                      .runs = runs_,
+                     .queued_runs = queued_runs_,
                      .imports = imports_,
                      .rental_data = rental_data_,
                      .settings = settings_,
@@ -179,6 +183,7 @@ void frmMain::ConnectParts() {
           [this](const QString& message) { statusBar()->showMessage(message, kTellFor); });
   const auto tell = [this](const QString& message) { statusBar()->showMessage(message); };
   connect(&runs_, &LetterRuns::Told, this, tell);
+  connect(&queued_runs_, &QueuedRuns::Told, this, tell);
   connect(&tree_commands_, &TreeCommands::Told, this, tell);
   connect(&rental_data_, &RentalDataLoad::Told, this, tell);
   connect(&rental_data_, &RentalDataLoad::Missing, tree_, &ctlTree::SetDatabaseMissing);

@@ -23,6 +23,7 @@
 #include "ui/window/main/letter_runs.h"
 #include "ui/window/main/letter_status.h"
 #include "ui/window/main/main_menus.h"
+#include "ui/window/main/queued_runs.h"
 #include "ui/window/main/rental_data_load.h"
 #include "ui/window/main/settings_commands.h"
 #include "ui/window/main/tree_commands.h"
@@ -92,6 +93,7 @@ class frmMain : public QMainWindow {
   LetterOutput output_;
   RentalDataLoad rental_data_;
   LetterRuns runs_;
+  QueuedRuns queued_runs_;
   GenerateLetters generate_;
   ImportTemplates imports_;
   GivenFiles given_files_;

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "letters/generation.h"
@@ -109,6 +110,7 @@ void GenerateLetters::GenerateFrom(const Entry& letter_template,
     letters_.ShowPages();
     request.printer = printers->Current().DeviceName();
   }
+  if (choice.ByWorkers()) return queued_runs_.Put(std::move(request));
   runs_.Run(request.destination, [&](GenerationObserver& observer) {
     return GenerateSelection(session_, request, observer, printers);
   });

@@ -8,6 +8,7 @@
 #include "ui/window/letter/open_letters.h"
 #include "ui/window/letter/window_printers.h"
 #include "ui/window/main/letter_runs.h"
+#include "ui/window/main/queued_runs.h"
 #include "ui/window/main/rental_data_load.h"
 #include "ui/window/tree/ctl_tree.h"
 
@@ -17,13 +18,15 @@ class GenerateLetters {
  public:
   // Everything passed in must outlive this object. `window` is the parent of the dialog.
   GenerateLetters(Session& session, ctlTree& tree, OpenLetters& letters, WindowPrinters& printers,
-                  RentalDataLoad& rental_data, LetterRuns& runs, QWidget* window)
+                  RentalDataLoad& rental_data, LetterRuns& runs, QueuedRuns& queued_runs,
+                  QWidget* window)
       : session_(session),
         tree_(tree),
         letters_(letters),
         printers_(printers),
         rental_data_(rental_data),
         runs_(runs),
+        queued_runs_(queued_runs),
         window_(window) {}
 
   // Generates from the template selected in the tree, else from the one in front. Raises what the
@@ -51,6 +54,7 @@ class GenerateLetters {
   WindowPrinters& printers_;
   RentalDataLoad& rental_data_;
   LetterRuns& runs_;
+  QueuedRuns& queued_runs_;
   QWidget* window_;
 };
 

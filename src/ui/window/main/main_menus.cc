@@ -347,6 +347,12 @@ void MainMenus::BuildToolsMenu() {
             if (parts_.runs.ShowUnfinished()) return;
             parts_.session.platform.dialogs.Say("Every run of letters is finished.");
           });
+  QAction* queue =
+      Command(tools, "mnuQueue", tr("&Queue…"),
+              {nullptr, {}, tr("Letters that workers make: how they stand on the server")},
+              [this] { parts_.queued_runs.ShowQueue(); });
+  connect(tools, &QMenu::aboutToShow, queue,
+          [this, queue] { queue->setEnabled(parts_.queued_runs.HasServer()); });
   Command(tools, "mnuUnsavedLetters", tr("&Recover Unsaved Letters…"),
           {nullptr, {}, tr("Letters that were not saved when Tenora last ended")}, [this] {
             if (parts_.keeper.OfferLeft(&window_)) return;

@@ -22,6 +22,7 @@
 #include "ui/window/main/import_templates.h"
 #include "ui/window/main/insert_menus.h"
 #include "ui/window/main/letter_runs.h"
+#include "ui/window/main/queued_runs.h"
 #include "ui/window/main/settings_commands.h"
 #include "ui/window/recovery/letter_keeper.h"
 #include "ui/window/tree/ctl_tree.h"
@@ -41,6 +42,7 @@ struct MenuParts {
   FindPanel& find_panel;
   GenerateLetters& generate;
   LetterRuns& runs;
+  QueuedRuns& queued_runs;
   ImportTemplates& imports;
   RentalDataLoad& rental_data;
   SettingsCommands& settings;
