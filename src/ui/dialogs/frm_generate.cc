@@ -27,6 +27,7 @@
 #include "ui/dialogs/recipient_columns.h"
 #include "ui/dialogs/recipient_list.h"
 #include "ui/dialogs/scrolled_page.h"
+#include "ui/dialogs/workers_box.h"
 
 namespace tenora {
 namespace {
@@ -110,7 +111,7 @@ frmGenerate::frmGenerate(Session& session, const std::string& template_kind,
       duplex_(Named(new QCheckBox(tr("Eac&h on a sheet of its own")), "chkDuplex")),
       post_list_(
           Named(new QCheckBox(tr("&Keep a list of the letters for the post")), "chkPostList")),
-      workers_(Named(new QCheckBox(tr("In the &background, by the workers")), "chkWorkers")),
+      workers_(Named(new WorkersBox(session, kind_, name_), "chkWorkers")),
       printer_(Named(new QRadioButton(tr("P&rinter")), "optPrinter")),
       email_(Named(new QRadioButton(tr("&E-mail")), "optEmail")),
       folder_(Named(new QRadioButton(tr("&Save only")), "optFolder")),
@@ -362,7 +363,6 @@ void frmGenerate::MakeDestinations(QVBoxLayout* column) {
   column->addLayout(duplex_row);
   column->addWidget(post_list_);
   column->addWidget(workers_);
-  workers_->setVisible(origin_.has_value());
   const QString place = tr("Written into the data folder, under the name of the run log");
   one_pdf_->setToolTip(place);
   post_list_->setToolTip(place);
@@ -398,19 +398,13 @@ void frmGenerate::SetDestination(Destination destination) {
 void frmGenerate::ShowWorkers() {
   QString obstacle;
   if (one_pdf_->isChecked()) {
-    obstacle = tr("One PDF of all letters is made on this computer only");
+    obstacle = tr("one PDF of all letters is made on this computer only");
   } else if (post_list_->isChecked()) {
-    obstacle = tr("The list for the post is made on this computer only");
+    obstacle = tr("the list for the post is made on this computer only");
   } else if (destination_ == Destination::kEmail && !session_.options.SmtpSend) {
-    obstacle =
-        tr("The office's e-mails are sent by a mail program, which workers do not have (Settings)");
+    obstacle = tr("the office's e-mails are sent by a mail program, which workers do not have");
   }
-  workers_->setEnabled(obstacle.isEmpty());
-  workers_->setToolTip(
-      obstacle.isEmpty()
-          ? tr("The letters are put into the queue on the server: the workers make them, and "
-               "Tools > Queue shows how they stand")
-          : obstacle);
+  workers_->SetObstacle(obstacle);
 }
 
 void frmGenerate::Preselect(const Recipient& recipient) {
@@ -548,9 +542,7 @@ GenerationRequest frmGenerate::Request() const {
   return request;
 }
 
-bool frmGenerate::ByWorkers() const {
-  return origin_ && workers_->isEnabled() && workers_->isChecked();
-}
+bool frmGenerate::ByWorkers() const { return workers_->Chosen(); }
 
 bool frmGenerate::UsesDefaultPrinter() const { return automatic_->isChecked(); }
 

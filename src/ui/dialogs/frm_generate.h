@@ -28,6 +28,7 @@ class RecipientColumns;
 class RecipientModel;
 class RecipientFilterModel;
 class RecipientView;
+class WorkersBox;
 
 class frmGenerate : public QDialog {
   Q_OBJECT
@@ -65,7 +66,7 @@ class frmGenerate : public QDialog {
   QWidget* MakeOptionSide();
   void MakeDestinations(QVBoxLayout* column);
   void Refill();
-  // Whether workers can do what is asked, and where not, why.
+  // What of the choices keeps the letters from the workers.
   void ShowWorkers();
   void MakeTable();
   // The names with kBranchColumn before them, where the recipients are a branch's.
@@ -111,7 +112,7 @@ class frmGenerate : public QDialog {
   QCheckBox* one_pdf_;
   QCheckBox* duplex_;
   QCheckBox* post_list_;
-  QCheckBox* workers_;
+  WorkersBox* workers_;
   QRadioButton* printer_;
   QRadioButton* email_;
   QRadioButton* folder_;

@@ -67,17 +67,17 @@ QString TimeLeft(const QueuedRun& run, const QueueCounts& counts) {
   return moves ? SpanText(*seconds) : QString();
 }
 
-// What a row of the runs has after its name, state and destination.
+// What a row of the runs has after its name, state and destination. What there is none of is left
+// empty, so that what is left to a person is seen.
 QStringList CountTexts(const QueuedRun& run, const QueueCounts& counts) {
-  QStringList texts;
-  for (const std::int64_t count :
-       {counts.letters, counts.done, counts.in_hand, counts.ready + counts.later, counts.held,
-        counts.no_address, counts.failed, counts.in_doubt}) {
-    texts << Count(count);
+  QStringList texts{Count(counts.letters), Count(counts.done)};
+  std::int64_t a_minute = 0;
+  if (run.state == "open" && counts.Left() > 0) a_minute = std::llround(counts.per_second * 60);
+  for (const std::int64_t count : {counts.in_hand, counts.ready + counts.later, counts.held,
+                                   counts.no_address, counts.failed, counts.in_doubt, a_minute}) {
+    texts << (count == 0 ? QString() : Count(count));
   }
-  const auto a_minute = static_cast<std::int64_t>(std::llround(counts.per_second * 60));
-  texts << (a_minute > 0 ? Count(a_minute) : QString()) << TimeLeft(run, counts);
-  return texts;
+  return texts << TimeLeft(run, counts);
 }
 
 // Whether "Resume" finds something to do.
@@ -215,8 +215,8 @@ QWidget* frmQueue::MakeRuns() {
   for (int column = 0; column <= kRunLast; ++column) {
     runs_->setColumnWidth(column, runs_->header()->sectionSizeHint(column) + 12);
   }
-  runs_->setColumnWidth(0, 240);
-  runs_->setColumnWidth(kRunState, 130);
+  runs_->setColumnWidth(0, 200);
+  runs_->setColumnWidth(kRunState, 110);
   AlignNumbers(*runs_->headerItem(), kRunFirstNumber, kRunLast);
   connect(runs_, &QTreeWidget::currentItemChanged, this, [this] {
     const QueuedRun* run = ChosenRun();

@@ -6,6 +6,8 @@
 #include <QLineEdit>
 #include <QTimer>
 
+#include "platform/server/branch_import.h"
+#include "support/postgres_server.h"
 #include "window_fixture.h"
 
 namespace tenora {
@@ -53,7 +55,9 @@ class GenerateLettersTest : public WindowPartsTest {
                    printers_, AtOnce, [](const std::filesystem::path&) { return false; },
                    &desk_};
   RentalDataLoad rental_data_{session_, AtOnce};
-  GenerateLetters command_{session_, tree_, letters_, printers_, rental_data_, runs_, &desk_};
+  QueuedRuns queued_runs_{session_, letters_, AtOnce, &desk_};
+  GenerateLetters command_{session_,     tree_, letters_,     printers_,
+                           rental_data_, runs_, queued_runs_, &desk_};
   std::string told_;
   int dialogs_ = 0;
 };
@@ -134,7 +138,8 @@ TEST_F(GenerateLettersTest, NeedsPrintersOnlyForPaper) {
   SaveTemplate("Notice", "Dear <<Tenant Name>>");
   Select("Templates/Notice");
   WindowPrinters unread(session_);
-  GenerateLetters command(session_, tree_, letters_, unread, rental_data_, runs_, &desk_);
+  GenerateLetters command(session_, tree_, letters_, unread, rental_data_, runs_, queued_runs_,
+                          &desk_);
   const std::string name = NameOf("T00001");
   InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "cmdGenerate"});
   command.Generate();
@@ -146,6 +151,57 @@ TEST_F(GenerateLettersTest, NeedsPrintersOnlyForPaper) {
   } catch (const RuntimeError& error) {
     EXPECT_EQ(error.number(), error_number::kPrinterError);
   }
+}
+
+// What the template asks is asked once, before; the letters are the workers'.
+TEST_F(GenerateLettersTest, PutsTheLettersIntoTheQueueOfTheServer) {
+  auto& server = test::PostgresServer::Get();
+  server.MakeDatabase("offices");
+  server::ImportBranch(*server::Connection::Open("offices", std::chrono::seconds(0)), "North",
+                       test::SampleDatabase(), server::LayoutChange::kTake);
+  session_.settings.SaveSettingText("Settings", "Networkable", "1");
+  session_.settings.SaveSettingText("Settings", "DatabaseLocation", "service=offices branch=North");
+  ASSERT_TRUE(session_.ReloadRentalData());
+  SaveTemplate("Notice", "<<?Who comes?>> to <<Tenant Name>>");
+  SaveTemplate("Greeting", "<<?How is <<Tenant Name>>?>>");
+  const std::string name = NameOf("T00001");
+
+  Select("Templates/Greeting");
+  QTimer::singleShot(0, &desk_, [] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    const auto* box = dialog->findChild<QAbstractButton*>("chkWorkers");
+    EXPECT_FALSE(box->isEnabled());
+    EXPECT_THAT(box->toolTip().toStdString(), HasSubstr("another question for each letter"));
+    dialog->close();
+  });
+  command_.Generate();
+
+  Select("Templates/Notice");
+  const auto put = [&](const char* answered_by) {
+    InDialog(name.c_str(), {"cmdSelectAll", "optFolder", "chkWorkers", "cmdGenerate"});
+    // Only once the first dialog is up: its own event loop takes the second shot.
+    QTimer::singleShot(0, &desk_, [this, answered_by] {
+      QTimer::singleShot(0, &desk_, [answered_by] {
+        QWidget* ask = QApplication::activeModalWidget();
+        ASSERT_EQ(ask->objectName(), "frmAnswers");
+        ask->findChild<QLineEdit*>("txtAnswer1")->setText("Kahu");
+        ask->findChild<QAbstractButton*>(answered_by)->click();
+      });
+    });
+    command_.Generate();
+  };
+  const auto queued = [&] {
+    return server.Run("offices",
+                      "select r.state, r.as_of, a.answer, l.code from queue.run r join "
+                      "queue.answer a on a.run = r.id join queue.letter l on l.run = r.id");
+  };
+  put("cmdCancel");
+  EXPECT_EQ(queued(), "");
+  put("cmdShow");
+  EXPECT_EQ(queued(), "open|2026-11-21 09:30:00|Kahu|T00001\n");
+  EXPECT_EQ(platform_.dialogs.Texts().back(),
+            "Run 1: 1 letter is in the queue. Tools > Queue shows how it stands.");
+  EXPECT_FALSE(std::filesystem::exists(Data() / name / "Notice.rtf"));
 }
 
 }  // namespace

@@ -25,6 +25,7 @@
 #include "ui/dialogs/frm_answers.h"
 #include "ui/dialogs/frm_future_date.h"
 #include "ui/dialogs/frm_generate.h"
+#include "ui/dialogs/frm_queue.h"
 #include "ui/dialogs/frm_run_report.h"
 #include "ui/dialogs/frm_spell_check.h"
 #include "ui/dialogs/frm_unfinished_runs.h"
@@ -295,8 +296,15 @@ TEST_F(ReachableControls, InEveryDialogByNameTabAndMnemonicWithEscapeAndEnter) {
       {"answers for a preview",
        [&] {
          Show<frmAnswers>(std::vector<std::string>{"Who inspects", "Tea & biscuits"},
-                          PromptAnswers());
+                          PromptAnswers(), frmAnswers::Purpose::kPreview);
        }},
+      {"answers for the queue",
+       [&] {
+         Show<frmAnswers>(std::vector<std::string>{"Who inspects"}, PromptAnswers(),
+                          frmAnswers::Purpose::kQueue);
+       }},
+      {"queue",
+       [&] { Show<frmQueue>(dialogs, platform_.locale, "no service", platform_.ProgramFolder()); }},
       {"tenants", [&] { Show<frmGenerate>(session_, "Templates", "Rent review"); }},
       {"owners", [&] { Show<frmGenerate>(session_, "Owner Templates", "Statement"); }},
       {"run report", [&] { Show<frmRunReport>(run.summary, Destination::kEmail); }},
