@@ -207,15 +207,15 @@ frmQueue::frmQueue(Dialogs& dialogs, const Locale& locale, const std::string& se
   ShowPossible();
   ShowState();
   runs_->setFocus();
-  resize(OpeningSize(*this, {1080, 600}));
+  resize(OpeningSize(*this, {1100, 600}));
   watch_.Start();
 }
 
 QWidget* frmQueue::MakeRuns() {
   for (int column = 0; column <= kRunLast; ++column) {
-    runs_->setColumnWidth(column, runs_->header()->sectionSizeHint(column) + 12);
+    runs_->setColumnWidth(column, runs_->header()->sectionSizeHint(column) + 8);
   }
-  runs_->setColumnWidth(0, 200);
+  runs_->setColumnWidth(0, 190);
   runs_->setColumnWidth(kRunState, 110);
   AlignNumbers(*runs_->headerItem(), kRunFirstNumber, kRunLast);
   connect(runs_, &QTreeWidget::currentItemChanged, this, [this] {

@@ -20,8 +20,7 @@ std::filesystem::path FileOnDisk(const std::filesystem::path& data_folder,
                                  const OpenLetter& letter) {
   const std::filesystem::path file = letter.file;
   const bool leads_out =
-      file.has_root_path() ||
-      std::ranges::any_of(file, [](const std::filesystem::path& part) { return part == ".."; });
+      file.has_root_path() || std::find(file.begin(), file.end(), "..") != file.end();
   if (letter.file.empty() || leads_out) return {};
   std::filesystem::path path = BranchFolder(data_folder, letter.branch) / file;
   std::error_code error;
@@ -124,7 +123,7 @@ std::shared_ptr<const QueueView> QueueWatch::Look(LetterQueue& queue,
                                                   std::optional<int> run) const {
   auto view = std::make_shared<QueueView>();
   view->runs = queue.Runs();
-  std::ranges::stable_partition(view->runs, GoesOn);
+  std::stable_partition(view->runs.begin(), view->runs.end(), GoesOn);
   view->workers = queue.Workers();
   view->run = run;
   if (!run) return view;

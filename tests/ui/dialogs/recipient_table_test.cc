@@ -380,6 +380,9 @@ TEST_F(RecipientTableTest, NamesTheBranchOnAServerAndTheAgeOfItsData) {
   ::tzset();
   auto& server = test::PostgresServer::Get();
   server.MakeDatabase("window");
+  const auto folder = machine_.ProgramFolder() / "Templates";
+  std::filesystem::create_directories(folder);
+  WriteWholeFile(folder / "Notice.rtf", "{\\rtf1 text}");
   session_.settings.SaveSettingText("Settings", "Networkable", "1");
   const struct {
     const char *branch, *taken, *age;
@@ -398,6 +401,14 @@ TEST_F(RecipientTableTest, NamesTheBranchOnAServerAndTheAgeOfItsData) {
     ASSERT_GT(branch, 0);
     EXPECT_EQ(list.model()->index(0, branch).data().toString(), c.branch);
     EXPECT_EQ(Find<QLabel>(*dialog, "lblDataAge")->text(), c.age);
+    // What workers cannot do keeps the letters from them.
+    const auto& workers = *Find<QCheckBox>(*dialog, "chkWorkers");
+    for (const char* alone : {"chkOnePdf", "chkPostList"}) {
+      EXPECT_TRUE(workers.isEnabled());
+      Press(*dialog, alone);
+      EXPECT_FALSE(workers.isEnabled()) << alone;
+      Press(*dialog, alone);
+    }
     // The filter and the other columns are those of every database.
     TypeCondition(*dialog, kArrears);
     EXPECT_EQ(Listed(*dialog).size(), Meeting(kArrears).size());
