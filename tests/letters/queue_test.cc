@@ -336,9 +336,11 @@ TEST_F(Queue, HandsNothingOverTwiceWhenItsLeaseOrTheServerEnds) {
   test::SendMailTo(mail.port(), Home() / "property.mdb");
   Import({"North"});
   std::size_t mails = 0;
-  for (const auto& [destination, crash] :
+  for (const auto& way :
        {std::pair(Destination::kEmail, false), std::pair(Destination::kPrinter, false),
         std::pair(Destination::kEmail, true), std::pair(Destination::kPrinter, true)}) {
+    const Destination destination = way.first;
+    const bool crash = way.second;
     for (const int at : {1, 3, 5}) {
       SCOPED_TRACE(std::string(WordOf(destination)) + (crash ? ", crash " : " ") +
                    std::to_string(at));
