@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the program, starts a PostgreSQL server of its own, brings two
-# branches to it and prints a letter from each. The server is removed at the end.
+# branches to it, prints a letter from each, and has two workers make the letters of a run. The
+# server is removed at the end.
 . "$(dirname "$0")/common.sh"
 
 install_packages build server
@@ -52,4 +53,8 @@ in_south "update tenancy set name = 'Southern, Samantha' where reference = 'T000
 run_with_findings server sync --service rents
 run server status --service rents
 run generate --all-branches --template "Tenancy statement" --recipient T00001 --to printer
+run generate --queue --all-branches --template "Rent review" --all
+run status
+run work --workers 2 --until-done
+run status 1
 echo "The letters are in: $home/Branches"
