@@ -74,7 +74,9 @@ std::string HeadingOf(const QueuedRun& run) {
                                                            : "to the folder";
   std::string text = RunName(run.id) + ": \"" + run.template_name + "\" " + where +
                      ", asked for by " + run.asked_by + " on " + run.asked + ": " +
-                     (run.state == "open" ? "in progress" : run.state);
+                     (run.state != "open"      ? run.state
+                      : run.Total().Left() > 0 ? "in progress"
+                                               : "nothing left to do");
   if (run.needs_version > kQueueVersion) text += ", needs workers of a newer version";
   return text;
 }
@@ -375,9 +377,6 @@ class Decision {
   }
 
   bool ClearDoubts() {
-    if (!call_.send_again.empty() && run_.state == "cancelled") {
-      return Refuse(Name() + " is cancelled: send the letter in a run of its own, by --recipient");
-    }
     letters_ = queue_.OpenLetters(run_.id, std::numeric_limits<int>::max());
     bool good = true;
     for (const std::string& text : call_.arrived) good &= Clear(text, true);
@@ -396,9 +395,10 @@ class Decision {
     }
     return Say(text + ", " + letter->name +
                (letter->code.empty() ? "" : " (" + letter->code + ")") + ": " +
-               (arrived                  ? "noted that it arrived"
-                : run_.state == "paused" ? "is sent again when the run is resumed"
-                                         : "is sent again"));
+               (arrived                     ? "noted that it arrived"
+                : run_.state == "cancelled" ? "noted that it did not arrive; the run is cancelled"
+                : run_.state == "paused"    ? "is sent again when the run is resumed"
+                                            : "is sent again"));
   }
 
   const StatusCall& call_;

@@ -185,9 +185,12 @@ TEST_F(QueueCommand, SeveralWorkersDoARunAndEnd) {
   EXPECT_EQ(refused.status, 1);
   EXPECT_THAT(refused.errors, HasSubstr("that takes the role 'worker'"));
   Queue();
-  const auto worked = Run({"work", "--workers", "2", "--until-done"});
+  const auto worked = Run(
+      {"work", "--workers", "2", "--until-done", "--branch", std::string("Gone,North,") + kQuoted});
   EXPECT_EQ(worked.status, 0) << worked.errors;
-  EXPECT_THAT(Run({"status", "--all"}).output, HasSubstr("\nTotal          8     8 "));
+  EXPECT_THAT(worked.errors, HasSubstr("no branch \"Gone\" that this login may see"));
+  EXPECT_THAT(Run({"status", "--all"}).output,
+              AllOf(HasSubstr("\nTotal          8     8 "), Not(HasSubstr("in progress"))));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
 #include <set>
 #include <thread>
@@ -103,6 +104,7 @@ class Worker {
     joined_ = true;
     parts_.tell("Worker " + std::to_string(queue.worker()) + " takes letters of the queue on " +
                 connection->Address());
+    TellUnknown(*connection);
     auto looked = std::chrono::steady_clock::time_point();
     while (!parts_.stop_asked()) {
       // Before its own letters are looked for, as those of a worker that was lost.
@@ -201,6 +203,18 @@ class Worker {
                                          BranchFolder(options_.data_folder, claimed.branch_name),
                                          *order_, parts_.make_printers);
     last_ = claimed.part;
+  }
+
+  // Letters of a branch that is added later are taken; a mistyped one would never be.
+  void TellUnknown(Connection& connection) {
+    if (options_.branches.empty()) return;
+    const auto rows = connection.Run("select name from rental.branch");
+    std::set<std::string, std::less<>> known;
+    for (int row = 0; row < rows->rows(); ++row) known.emplace(rows->Text(row, 0));
+    for (const std::string& branch : options_.branches) {
+      if (known.contains(branch)) continue;
+      parts_.tell("There is no branch \"" + branch + "\" that this login may see");
+    }
   }
 
   void TellTooNew(WorkerQueue& queue) {
