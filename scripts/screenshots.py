@@ -92,6 +92,59 @@ class Studio(Screen):
             log.unlink()  # its run would be asked about too
         self.start(lambda: self.dialog_of("unsaved-letters", "Unsaved Letters"))
 
+    def queue(self):
+        """A run over two branches of a server, of which one waits and some letters are left."""
+        database = subprocess.run([ROOT / "scripts/private_postgres.sh", "start"], check=True,
+                                  capture_output=True, text=True).stdout.strip()
+        services = self.folder / "services"
+        services.write_text(f"[rents]\nhost={database}\ndbname=rents\nuser=tenora\n")
+        self.environment["PGSERVICEFILE"] = str(services)
+
+        def statement(sql):
+            return subprocess.run(["psql", "-Atqh", database, "-U", "tenora", "rents", "-c", sql],
+                                  check=True, capture_output=True, text=True).stdout.strip()
+        worker = None
+        try:
+            subprocess.run(["createdb", "-h", database, "-U", "tenora", "rents"], check=True)
+            self.run("server", "init", "rents")
+            for branch in ("North", "South"):
+                # It tells what is odd in the sample agency, with status 1.
+                subprocess.run([self.program, "server", "import", self.home / "property.mdb",
+                                "--branch", branch, "--service", "rents"], env=self.environment,
+                               capture_output=True)
+            (self.home / "settings/machine.settings").write_text(
+                "Tenora settings, version 1\n\n[SOFTWARE\\Tenora\\Settings]\n"
+                '"Networkable" = "1"\n"DatabaseLocation" = "service=rents branch=North"\n\n'
+                "End of settings\n")
+            self.run("generate", "--all-branches", "--template", "Rent review", "--all", "--queue")
+            self.run("work", "--until-done")
+            code = "the code \"<<Rent Paid Too>>\" was not filled in; did you mean \"Rent Paid To\"?"
+            statement(f"""update queue.run set state = 'open', destination = 'email';
+                update queue.letter set state = 'sending', detail = 'no answer to the letter from '
+                    'mail.example.test' where number = 3 and branch = 1;
+                update queue.letter set state = 'held', detail = '{code}' where number in (4, 9);
+                update queue.letter set state = 'no address', detail = 'no e-mail address'
+                    where number = 6;
+                update queue.letter set place = 'ready' where number > 12 and branch = 2;
+                update queue.part set reason = 'the mail server refuses the login',
+                    paused_until = now() + interval '1 hour' where branch = 2""")
+            worker = subprocess.Popen([self.program, "work"], stderr=subprocess.DEVNULL,
+                                      env={**self.environment, "QT_QPA_PLATFORM": "offscreen"})
+            wait_for("a worker", lambda: statement(
+                "select count(*) from queue.worker where ended is null") == "1")
+            self.start()
+            self.keys("alt+t", "q")
+            window = self.window("Queue of Letters")
+            self.keys("Home", "Down", "Down")
+            self.take("queue", window)
+            self.keys("Escape")
+            self.until_gone(window)
+        finally:
+            if worker is not None:
+                worker.terminate()
+                worker.wait()
+            subprocess.run([ROOT / "scripts/private_postgres.sh", "stop", database], check=True)
+
     def dialog_of(self, name, title):
         """A dialog that comes by itself."""
         window = self.window(title)
@@ -178,6 +231,8 @@ def main():
         studio.dialog("future-date", "Future Date", "alt+i", "Right", "Up", "Return")
         studio.dialog("preview", "Welcome.*Print Preview", "ctrl+shift+p")
         studio.unsaved_letters()
+    with Studio(ROOT / "build/release/tenora", "1280x800") as studio:
+        studio.queue()
 
 
 main()

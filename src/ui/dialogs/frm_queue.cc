@@ -61,23 +61,19 @@ QString SpanText(std::int64_t seconds) {
       .arg(seconds % kHour / kMinute, 2, 10, QLatin1Char('0'));
 }
 
-QString TimeLeft(const QueuedRun& run, const QueueCounts& counts) {
-  const std::optional<std::int64_t> seconds = counts.SecondsLeft();
-  const bool moves = run.state == "open" && counts.Left() > 0 && seconds;
-  return moves ? SpanText(*seconds) : QString();
-}
-
 // What a row of the runs has after its name, state and destination. What there is none of is left
-// empty, so that what is left to a person is seen.
-QStringList CountTexts(const QueuedRun& run, const QueueCounts& counts) {
+// empty, so that what is left to a person is seen. `open`: workers may begin letters of it.
+QStringList CountTexts(bool open, const QueueCounts& counts) {
   QStringList texts{Count(counts.letters), Count(counts.done)};
   std::int64_t a_minute = 0;
-  if (run.state == "open" && counts.Left() > 0) a_minute = std::llround(counts.per_second * 60);
+  const bool moves = open && counts.Left() > 0;
+  if (moves) a_minute = std::llround(counts.per_second * 60);
   for (const std::int64_t count : {counts.in_hand, counts.ready + counts.later, counts.held,
                                    counts.no_address, counts.failed, counts.in_doubt, a_minute}) {
     texts << (count == 0 ? QString() : Count(count));
   }
-  return texts << TimeLeft(run, counts);
+  const std::optional<std::int64_t> seconds = counts.SecondsLeft();
+  return texts << (moves && seconds ? SpanText(*seconds) : QString());
 }
 
 // Whether "Resume" finds something to do.
@@ -87,6 +83,13 @@ bool CanResume(const QueuedRun& run) {
   const bool waiting = std::ranges::any_of(
       run.parts, [](const QueuedPart& part) { return !part.paused_until.empty(); });
   return run.state == "paused" || waiting || all.later + all.failed + all.held + all.no_address > 0;
+}
+
+// Whether workers may begin a letter of the run: not while all its branches with some wait.
+bool Moves(const QueuedRun& run) {
+  return run.state == "open" && std::ranges::any_of(run.parts, [](const QueuedPart& part) {
+           return part.paused_until.empty() && part.counts.Left() > 0;
+         });
 }
 
 // Brings the items below `parent`, or of the tree, into the order of the rows, a row at a time.
@@ -216,7 +219,7 @@ QWidget* frmQueue::MakeRuns() {
     runs_->setColumnWidth(column, runs_->header()->sectionSizeHint(column) + 8);
   }
   runs_->setColumnWidth(0, 190);
-  runs_->setColumnWidth(kRunState, 110);
+  runs_->setColumnWidth(kRunState, 140);
   AlignNumbers(*runs_->headerItem(), kRunFirstNumber, kRunLast);
   connect(runs_, &QTreeWidget::currentItemChanged, this, [this] {
     const QueuedRun* run = ChosenRun();
@@ -299,7 +302,7 @@ void frmQueue::ShowRuns() {
     QTreeWidgetItem* item =
         runs.Next(QString::number(run.id),
                   QStringList{name, StateText(run.state), DestinationText(run.destination)} +
-                      CountTexts(run, all));
+                      CountTexts(Moves(run), all));
     if (runs.IsNew()) {
       AlignNumbers(*item, kRunFirstNumber, kRunLast);
       const QDateTime asked = QDateTime::fromString(QString::fromStdString(run.asked),
@@ -313,7 +316,7 @@ void frmQueue::ShowRuns() {
           part.paused_until.empty() ? QString() : tr("Waits until %1").arg(Text(part.paused_until));
       QTreeWidgetItem* row = parts.Next(
           Text(part.branch), QStringList{QString::fromStdString(part.branch), waits, QString()} +
-                                 CountTexts(run, part.counts));
+                                 CountTexts(run.state == "open" && waits.isEmpty(), part.counts));
       row->setToolTip(kRunState, Text(part.reason));
       if (parts.IsNew()) AlignNumbers(*row, kRunFirstNumber, kRunLast);
     }

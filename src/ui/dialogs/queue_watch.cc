@@ -27,18 +27,6 @@ std::filesystem::path FileOnDisk(const std::filesystem::path& data_folder,
   return std::filesystem::is_regular_file(path, error) ? path : std::filesystem::path();
 }
 
-QString ProblemText(const RuntimeError& error) {
-  const auto* refusal = dynamic_cast<const server::ServerError*>(&error);
-  const bool no_right = refusal != nullptr && refusal->state() == "42501" &&
-                        error.description().find("permission denied") != std::string::npos;
-  if (no_right) {
-    return QueueWatch::tr(
-        "This login may not do that: to decide on the queue's runs it needs the role "
-        "tenora_clerk, to see them tenora_reader.");
-  }
-  return QString::fromStdString(std::string(error.description()));
-}
-
 }  // namespace
 
 QueueWatch::QueueWatch(std::string service, std::filesystem::path data_folder,
@@ -102,6 +90,7 @@ void QueueWatch::LookOnce(std::unique_ptr<server::Connection>& connection,
     }
     LetterQueue queue(*connection);
     if (acting) {
+      queue.Require(QueueUse::kRuns);
       Tell([this, told = action(queue)] { emit Done(told); });
       acting = false;
     }
@@ -110,7 +99,7 @@ void QueueWatch::LookOnce(std::unique_ptr<server::Connection>& connection,
     if (stop.stop_requested()) return;
     // A connection that may look refuses an action without being worse for it.
     if (!acting) connection.reset();
-    Tell([this, problem = ProblemText(error), acting] {
+    Tell([this, problem = QString::fromStdString(std::string(error.description())), acting] {
       acting ? emit Refused(problem) : emit Lost(problem);
     });
     if (!acting) return;

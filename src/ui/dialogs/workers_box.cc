@@ -50,7 +50,7 @@ void WorkersBox::LookForQueue(const std::string& service) {
     try {
       const auto connection = server::Connection::Open(
           service, kStatementLimit, {.stop_asked = [&stop] { return stop.stop_requested(); }});
-      LetterQueue(*connection).Require();
+      LetterQueue(*connection).Require(QueueUse::kRuns);
     } catch (const RuntimeError& error) {
       QMetaObject::invokeMethod(
           this,

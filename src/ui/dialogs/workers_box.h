@@ -13,8 +13,8 @@ class WorkersBox : public QCheckBox {
   Q_OBJECT
 
  public:
-  // Looks, beside the windows, whether the server of the session's branch has a queue. The box does
-  // not show where the rental data are a file.
+  // Looks, beside the windows, whether the server of the session's branch has a queue, and whether
+  // the login may put runs there. The box does not show where the rental data are a file.
   WorkersBox(Session& session, const std::string& template_kind, const std::string& template_name);
 
   // What workers cannot do of the user's other choices, for which the box is disabled; empty:

@@ -195,7 +195,7 @@ TEST_F(QueueDialogTest, TellsInOurWordsWhatTheServerRefusesAndInALineThatItIsAwa
   ASSERT_TRUE(Comes([&] { return Rows(*dialog, "lstLetters").size() == 3; }));
   Press(*dialog, "cmdPause");
   ASSERT_TRUE(Comes([&] { return !machine_.dialogs.shown().empty(); }));
-  EXPECT_THAT(machine_.dialogs.Texts(), ElementsAre(HasSubstr("it needs the role tenora_clerk")));
+  EXPECT_THAT(machine_.dialogs.Texts(), ElementsAre(HasSubstr("that takes the role 'clerk'")));
   machine_.dialogs.ForgetShown();
   server_.Crash();
   ASSERT_TRUE(Comes([&] { return State(*dialog).starts_with("What is shown is old"); }));

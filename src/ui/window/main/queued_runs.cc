@@ -34,7 +34,7 @@ int PutRun(Session& session, const server::BranchLocation& place, GenerationRequ
   report(0, QueuedRuns::tr("Waiting for the database server"));
   const auto connection = server::Connection::Open(place.service, kStatementLimit,
                                                    server::Waiting{.stop_asked = cancelled});
-  LetterQueue(*connection).Require();
+  LetterQueue(*connection).Require(QueueUse::kRuns);
   NewQueuedRun run(*connection, ready.request, ready.template_source, session.platform.clock.Now());
   run.Add(place.branch, ready.request.recipients);
   if (cancelled()) return 0;
