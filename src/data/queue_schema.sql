@@ -404,10 +404,25 @@ begin
   end loop;
   return own_id;
 end $$;
+-- Notes the runs of which nothing is left.
+create function queue.end_runs() returns void language plpgsql
+set search_path = pg_catalog, pg_temp as $$
+declare
+  idle int;
+begin
+  -- The row first, and then the count: whoever adds to what is left has the row.
+  for idle in select id from queue.run where state = 'open' for update skip locked loop
+    update queue.run set state = 'ended' where id = idle and not exists (
+      select from queue.tally t where t.run = idle and t.standing in ('ready', 'leased', 'later')
+      group by t.run having sum(t.letters) > 0);
+  end loop;
+end $$;
+
 create function queue.leave_pool(a_worker int) returns void language sql security definer
 set search_path = pg_catalog, pg_temp as $$
   update queue.worker set ended = now(), seen = now() where id = a_worker and login = session_user;
-  select pg_advisory_unlock(32266, a_worker)
+  select pg_advisory_unlock(32266, a_worker);
+  select queue.end_runs()
 $$;
 
 -- The parts of which this login may take letters now.
@@ -646,7 +661,6 @@ create function queue.look_round() returns int language plpgsql security definer
 set search_path = pg_catalog, pg_temp as $$
 declare
   over record;
-  idle int;
   found_letters int := 0;
   letters_of_it int;
 begin
@@ -694,12 +708,7 @@ begin
     select run, branch, number from queue.letter where not_before <= now() for update skip locked)
   update queue.letter l set place = 'ready', not_before = null from due d
     where l.run = d.run and l.branch = d.branch and l.number = d.number;
-  -- The row first, and then the count: whoever adds to what is left has the row.
-  for idle in select id from queue.run where state = 'open' for update skip locked loop
-    update queue.run set state = 'ended' where id = idle and not exists (
-      select from queue.tally t where t.run = idle and t.standing in ('ready', 'leased', 'later')
-      group by t.run having sum(t.letters) > 0);
-  end loop;
+  perform queue.end_runs();
   delete from queue.pace where span < now() - interval '10 min';
   return found_letters;
 end $$;

@@ -16,9 +16,9 @@ extern const std::string_view kQueueSchema;
 
 enum class ServerSetup { kMade, kQueueAdded, kThereAlready };
 
-// Makes the schema, queue, roles and row security in the connection's database, which is empty. Raises
-// ServerError for a database that is in use otherwise, a server that is too old, and a login that
-// may not; nothing is changed then.
+// Makes the schema, queue, roles and row security in the connection's database, which is empty.
+// Raises ServerError for a database that is in use otherwise, a server that is too old, and a login
+// that may not; nothing is changed then.
 ServerSetup SetUpServer(server::Connection& connection);
 
 // Raises ServerError where the login may not administer the database: change who sees what, who
