@@ -1,13 +1,10 @@
 #include "letters/generate/letter_run.h"
 
 #include <algorithm>
-#include <fstream>
-#include <string_view>
 #include <thread>
 #include <utility>
 
-#include "letters/generate/merged_pdf.h"
-#include "letters/generate/post_list.h"
+#include "letters/generate/merged_files.h"
 #include "letters/generate/run_summary.h"
 #include "platform/dialogs/guard.h"
 #include "platform/mail/address.h"
@@ -76,24 +73,6 @@ bool ConcernsEveryLetter(int number) {
   return number == mail::smtp_error::kCannotConnect || number == mail::smtp_error::kLoginRefused ||
          number == mail::smtp_error::kCertificate || number == mail::smtp_error::kSenderRefused ||
          number == mail::NoMailClient::kNumber;
-}
-
-bool BeginsWith(const fs::path& file, std::string_view begin) {
-  std::string read(begin.size(), '\0');
-  std::ifstream stream(file, std::ios::binary);
-  stream.read(read.data(), static_cast<std::streamsize>(read.size()));
-  return stream && read == begin;
-}
-
-// A run log may name any file: none is replaced that does not begin as those of runs do.
-void RequireOwn(const fs::path& target, std::string_view begin) {
-  std::error_code error;
-  const fs::file_status status = fs::symlink_status(target, error);
-  if (status.type() == fs::file_type::not_found) return;
-  if (!fs::is_regular_file(status) || !BeginsWith(target, begin)) {
-    throw StandardError(error_number::kFileAlreadyExists,
-                        target.string() + " is there and was not made by a run of letters");
-  }
 }
 
 fs::path PdfBeside(fs::path letter) { return letter.replace_extension(".pdf"); }
@@ -539,39 +518,12 @@ void LetterRun::EndJob() {
   }
 }
 
-void LetterRun::MergeAll() {
-  const auto make = [this](const auto& asked, const char* ending, const char* what, auto&& write) {
-    if (!asked) return;
-    try {
-      write(asked->empty() ? fs::path(log_.path()).replace_extension(ending) : *asked);
-    } catch (...) {
-      merged_.problems.push_back(what + (" was not made: " + ErrorText(CurrentError())));
-    }
-  };
-  const fs::path data_folder = session_.database.DataFolder();
-  make(request().post_list, ".csv", "The list of the letters", [&](const fs::path& target) {
-    RequireOwn(target, kPostListBegin);
-    WriteWholeFile(target, PostList(log_.run(), data_folder, session_.caches));
-    merged_.post_list = target;
-    observer_.Saved(target);
-  });
-  make(request().one_pdf, ".pdf", "The PDF of all letters", [&](const fs::path& target) {
-    // It could be only of some, and take as long as they did.
-    if (stopped_) throw LetterProblem("the run was stopped; resuming it makes the PDF");
-    RequireOwn(target, "%PDF-");
-    WriteMergedPdf(
-        log_.run(), data_folder, target, StoredMargins(session_.settings),
-        [this] { return observer_.StopAsked(); }, merged_);
-    if (!merged_.pdf.empty()) observer_.Saved(merged_.pdf);
-  });
-}
-
 // Also after a stop: letters in progress are completed, and those in the open job are printed.
 void LetterRun::Finish() {
   if (pdf_workers_) TakePdfs(pdf_workers_->Finish());
   SyncGroup();
   EndJob();
-  MergeAll();
+  merged_ = MergeFiles(log_, session_, observer_, stopped_);
   const bool complete =
       SummaryOf(log_.run(), session_.database.DataFolder()).complete() && merged_.problems.empty();
   log_.Note(complete ? RunRemark::kComplete : stopped_ ? RunRemark::kStopped : RunRemark::kEnded);

@@ -75,8 +75,6 @@ class LetterRun {
   void SaveWaiting();
   void SyncGroup();
   void EndJob();
-  // Makes what was asked of all letters together. Errors become problems of the summary.
-  void MergeAll();
   void Finish();
   GenerationSummary Summary() const;
 
