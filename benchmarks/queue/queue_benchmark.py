@@ -214,14 +214,22 @@ class SlowMailServer:
         started.set()
         await server.serve_forever()
 
+    @staticmethod
+    async def line_of(reader):
+        """Empty where the worker has gone."""
+        try:
+            return await reader.readline()
+        except ConnectionResetError:
+            return b""
+
     async def talk(self, reader, writer):
         answers = {b"EHLO": b"250 bench", b"DATA": b"354 go on", b"QUIT": b"221 bye"}
         writer.write(b"220 bench\r\n")
-        while line := await reader.readline():
+        while line := await self.line_of(reader):
             word = line[:4].upper()
             writer.write(answers.get(word, b"250 fine") + b"\r\n")
             if word == b"DATA":
-                while await reader.readline() not in (b".\r\n", b""):
+                while await self.line_of(reader) not in (b".\r\n", b""):
                     pass
                 await asyncio.sleep(MAIL_TIME)
                 self.taken += 1
