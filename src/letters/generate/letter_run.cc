@@ -526,11 +526,10 @@ void LetterRun::Finish() {
   merged_ = MergeFiles(log_, session_, observer_, stopped_);
   const bool complete =
       SummaryOf(log_.run(), session_.database.DataFolder()).complete() && merged_.problems.empty();
-  log_.Note(complete ? RunRemark::kComplete : stopped_ ? RunRemark::kStopped : RunRemark::kEnded);
   try {
-    log_.Sync();
-  } catch (const LedgerLost&) {
-    stopped_ = true;
+    log_.Close(complete   ? RunRemark::kComplete
+               : stopped_ ? RunRemark::kStopped
+                          : RunRemark::kEnded);
   } catch (...) {
     ShowError(session_.platform.dialogs, kLabel, CurrentError());
   }

@@ -61,11 +61,12 @@ class RunLedger {
   void NoteFile(std::size_t number, const std::filesystem::path& file);
   // Keeps an answer for every letter from now on.
   void NoteAnswer(const std::string& prompt, const std::string& answer);
-  virtual void Note(RunRemark remark) = 0;
   // Brings what was noted to the store: it survives the end of this process.
   virtual void Write() = 0;
   // Writes and waits for the disk: it survives a power cut too.
   virtual void Sync() = 0;
+  // The run ends, for now. As Sync.
+  virtual void Close(RunRemark remark) = 0;
 
   // The log's own file; none for a queue.
   virtual std::filesystem::path path() const { return {}; }

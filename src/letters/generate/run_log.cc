@@ -282,4 +282,9 @@ void RunLog::Sync() {
   if (::fdatasync(fd_) != 0) throw FileError(errno, path_);
 }
 
+void RunLog::Close(RunRemark remark) {
+  Note(remark);
+  Sync();
+}
+
 }  // namespace tenora

@@ -56,10 +56,11 @@ class RunLog final : public RunLedger {
 
   std::filesystem::path path() const override { return path_; }
   // Nothing reaches the log before Write.
-  void Note(RunRemark remark) override;
+  void Note(RunRemark remark);
   using RunLedger::Note;
   void Write() override;
   void Sync() override;
+  void Close(RunRemark remark) override;
 
  private:
   RunLog(std::filesystem::path path, const std::filesystem::path& data_folder, const Clock& clock)

@@ -22,12 +22,14 @@ class QueueLedger final : public RunLedger {
 
   std::size_t PlaceInRun(std::size_t number) const override { return claimed_.numbers[number - 1]; }
   std::size_t LettersInRun() const override { return claimed_.in_part; }
-  // Nobody reads it: a part ends when all its letters have.
-  void Note(RunRemark /*remark*/) override {}
-  using RunLedger::Note;
-  void Write() override { Flush(false); }
+  // What is saved only, and not yet noted so, is found by its name: it can wait for Finish.
+  void Write() override {
+    if (request().destination != Destination::kFolder) Flush(false);
+  }
   // The server's commit waits for its disk.
   void Sync() override { Flush(false); }
+  // A part ends when all its letters have; this worker's end is Finish.
+  void Close(RunRemark /*remark*/) override {}
   bool GivesNames() const override { return true; }
   std::vector<std::filesystem::path> TakeNames(std::span<const NameWish> wishes) override;
   bool StillOurs() const override;

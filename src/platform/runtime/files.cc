@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 #include "platform/runtime/error.h"
 #include "platform/runtime/scratch_file.h"
@@ -42,6 +43,15 @@ void WriteAll(int fd, std::string_view content, const std::filesystem::path& pat
 
 void Sync(int fd, Durability durability, const std::filesystem::path& path) {
   if (durability == Durability::kSynced && ::fsync(fd) != 0) throw FileError(errno, path);
+}
+
+// The name is in the folder, which is synced by itself. A folder that cannot be, as some systems'
+// cannot, keeps the name as it keeps any other.
+void SyncName(const std::filesystem::path& path, Durability durability) {
+  if (durability != Durability::kSynced) return;
+  const FileDescriptor folder(
+      ::open(path.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder.get() >= 0) static_cast<void>(::fsync(folder.get()));
 }
 
 // Creates the file under its final name and removes it again when it cannot be written completely;
@@ -150,8 +160,10 @@ void WritePrivateFile(const std::filesystem::path& path, std::string_view conten
 bool WriteNewFile(const std::filesystem::path& path, std::string_view content,
                   Durability durability) {
   FilledScratchFile scratch(path, content, durability);
-  if (const auto taken = scratch.TakeFreeName(path)) return *taken;
-  return CreateInPlace(path, content, durability);
+  const std::optional<bool> taken = scratch.TakeFreeName(path);
+  if (!(taken ? *taken : CreateInPlace(path, content, durability))) return false;
+  SyncName(path, durability);
+  return true;
 }
 
 int OpenOwnFile(const std::filesystem::path& path, int flags, mode_t mode) {
