@@ -43,6 +43,12 @@ void KeepStandardDescriptorsTaken() {
   }
 }
 
+// Only a service's own lines may weaken the encryption of its connection, and libpq would take
+// these for as good. To be called before there are threads.
+void ForgetWeakerEncryption() {
+  for (const char* name : {"PGSSLMODE", "PGREQUIRESSL"}) ::unsetenv(name);
+}
+
 std::string Environment(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? "" : value;
@@ -119,6 +125,7 @@ int main(int argc, char** argv) {
   // Report a file that reaches its size limit, like a full disk, instead of dying of SIGXFSZ.
   std::signal(SIGXFSZ, SIG_IGN);
   KeepStandardDescriptorsTaken();
+  ForgetWeakerEncryption();
   tenora::RemoveScratchFilesAtSignals();
   try {
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);

@@ -291,11 +291,11 @@ begin
 end $$;
 
 -- Counts what the tables hold. Until then the server takes a new branch for an empty one, and reads
--- all of its rows for every look-up. Whoever counts locks the tables for others that would count, who
--- do without after a while.
+-- all of its rows for every look-up. Whoever counts locks the tables for others that would count,
+-- until the end of the transaction; those do without, and the server counts by itself later.
 create function rental.take_statistics()
 returns void language plpgsql security definer set search_path = pg_catalog, pg_temp
-set lock_timeout = '30s' as $$
+set lock_timeout = '3s' as $$
 begin
   analyze rental.owner, rental.property, rental.tenancy, rental.glcodes, rental.options,
     rental.revenues, rental.rent_periods, rental.rentchanges, rental.insp_schedule,

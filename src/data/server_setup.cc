@@ -10,6 +10,7 @@ using server::ServerError;
 
 constexpr int kOldestVersion = 150000;
 constexpr const char* kRoleCount = "4";
+constexpr std::string_view kNoPermission = "42501";
 
 [[noreturn]] void Refuse(const Connection& connection, const std::string& reason) {
   throw ServerError(
@@ -60,9 +61,7 @@ bool IsThere(Connection& connection) {
   return false;
 }
 
-}  // namespace
-
-ServerSetup SetUpServer(Connection& connection) {
+ServerSetup SetUp(Connection& connection) {
   if (IsThere(connection)) {
     const auto version = connection.Run("select number from rental.version");
     if (version->rows() != 1 || version->Integer(0, 0) != server::kSchemaVersion) {
@@ -78,6 +77,18 @@ ServerSetup SetUpServer(Connection& connection) {
   connection.RunScript(std::string(kServerSchema));
   connection.RunScript(std::string(kQueueSchema));
   return ServerSetup::kMade;
+}
+
+}  // namespace
+
+ServerSetup SetUpServer(Connection& connection) {
+  const std::string login(connection.Run("select session_user")->Text(0, 0));
+  try {
+    return SetUp(connection);
+  } catch (const ServerError& error) {
+    if (error.state() != kNoPermission) throw;
+    Refuse(connection, "is administered by its owner, not by the login '" + login + "'");
+  }
 }
 
 void RequireOwner(Connection& connection) {
@@ -112,7 +123,6 @@ void GrantBranch(Connection& connection, const std::string& login, const std::st
   try {
     connection.RunTogether(together);
   } catch (const ServerError& error) {
-    constexpr std::string_view kNoPermission = "42501";
     if (error.state() != kNoPermission) throw;
     Refuse(connection, "has the role " + ServerRole(role) +
                            ", which this login may not give: a superuser lets it with 'grant " +

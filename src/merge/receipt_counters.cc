@@ -209,11 +209,18 @@ HandOver HandOverToServer(EngineDatabase& file, RunningNumbers& numbers) {
   return HandOver::kDone;
 }
 
-// The server stops before the file begins, and keeps the numbers. A file that is a copy of before
-// the hand-over, or of an older one, has taken part in it first: so that, cut short, it issues
-// none.
+// The server stops before the file begins, and keeps the numbers. A file that is a copy of an older
+// hand-over takes part in the last one first: so that, cut short, it issues none. A file that has
+// handed nothing over may be any: it must not get this branch's numbers.
 HandOver HandBackToFile(EngineDatabase& file, RunningNumbers& numbers, Date today) {
   const std::string mark = MarkOf(file);
+  if (mark.empty() && numbers.IssuedHere()) {
+    throw StandardError(error_number::kPermissionDenied,
+                        "the file has not handed over the receipt numbers that the server issues: "
+                        "it is another branch's, or a copy of before. Import the branch's own "
+                        "file; where that is such a copy, 'tenora server counters --here' makes "
+                        "it take part first");
+  }
   if (numbers.IssuedHere()) {
     HandOverToServer(file, numbers);
   } else if (mark.empty()) {

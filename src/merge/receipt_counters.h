@@ -33,7 +33,8 @@ enum class HandOver { kDone, kAlready };
 
 // These may be cut short at any moment: then nobody issues numbers, or who did before, and calling
 // the same function again ends it. Raise ServerError, what changing the file raises, and 70 for a
-// file whose numbers another server issues, or that is an older copy. `file` is the branch's, whose
+// file whose numbers another server issues, or that is an older copy; back, also for a file that
+// has not handed over the numbers that the server issues. `file` is the branch's, whose
 // server::ImportTransaction the caller holds in another connection.
 HandOver HandOverToServer(query::EngineDatabase& file, server::RunningNumbers& numbers);
 HandOver HandBackToFile(query::EngineDatabase& file, server::RunningNumbers& numbers, Date today);

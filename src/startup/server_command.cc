@@ -6,6 +6,7 @@
 #include <ctime>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <ostream>
 
 #include "data/server_setup.h"
@@ -17,6 +18,7 @@
 #include "platform/runtime/files.h"
 #include "platform/server/branch_import.h"
 #include "platform/server/branch_list.h"
+#include "platform/server/branch_location.h"
 #include "platform/server/branch_register.h"
 #include "platform/server/import_transaction.h"
 #include "platform/server/rental_schema.h"
@@ -120,7 +122,7 @@ class Bringing {
       const ImportReport report = server::ImportBranch(*connection_, branch, file, layout_);
       PrintReport(branch, report, std::chrono::steady_clock::now() - start, output_);
       if (!report.findings.empty()) good_ = false;
-      RequireMark(branch, file);
+      RequireMark(branch, file, !report.file_before.empty());
     } catch (...) {
       Fail(branch, ErrorText(CurrentError()));
     }
@@ -133,14 +135,20 @@ class Bringing {
 
  private:
   // A file that was put back from a copy of before the hand-over would issue numbers again.
-  void RequireMark(const std::string& branch, const std::filesystem::path& file) {
+  // Another branch's file, brought by mistake, must not be given this one's.
+  void RequireMark(const std::string& branch, const std::filesystem::path& file, bool other_file) {
     if (!server::RunningNumbers::Of(*connection_, service_, branch).IssuedHere() ||
         HasHandedOver(*workspace_->OpenDatabase(file))) {
       return;
     }
     Fail(branch,
-         "the server issues its receipt numbers, and now its file does too: 'tenora server "
-         "counters --here' ends that");
+         other_file
+             ? "another file than before was brought, which has not handed over its receipt "
+               "numbers: those of the branch stay on the server. If it is the wrong file, import "
+               "the right one again"
+             : "the server issues its receipt numbers, and now its file does too: where this is "
+               "the branch's own file, put back from a copy, 'tenora server counters --here' ends "
+               "that; where it is the wrong one, import the right one again");
   }
 
   const std::string service_;
@@ -310,6 +318,24 @@ bool Revoke(const ServerCall& call, std::ostream& output) {
   return seen;
 }
 
+// The branch whose rows come from this file too, other than the named one.
+std::optional<std::string> OtherBranchOf(Connection& connection, const ServerCall& call,
+                                         const std::filesystem::path& file) {
+  // Other logins have named those paths: one that cannot be followed must not stop the rest.
+  const auto place_of = [](const std::filesystem::path& path) {
+    std::error_code error;
+    const auto place = std::filesystem::weakly_canonical(path, error);
+    return error ? path : place;
+  };
+  for (const BranchSummary& branch : server::ListBranches(connection, call.service)) {
+    if (branch.name != call.branch && branch.state &&
+        place_of(branch.state->file_name) == place_of(file)) {
+      return branch.name;
+    }
+  }
+  return std::nullopt;
+}
+
 // The branch's file. Counters taken from another one would leave the branch with two issuers.
 std::string FileForCounters(Connection& connection, const ServerCall& call) {
   namespace fs = std::filesystem;
@@ -349,6 +375,12 @@ void HandOverCounters(const ServerCall& call, std::ostream& output) {
   }
   RequireOwner(*connection);
   const std::string path = FileForCounters(*connection, call);
+  if (const auto other = OtherBranchOf(*connection, call, path)) {
+    throw ServerError(server::server_error::kCallFailed,
+                      "The file '" + path + "' is that of branch '" + *other +
+                          "' too: import the right file for branch '" + call.branch +
+                          "' again; the receipt numbers stay where they are");
+  }
   // Another hand-over, or an import, would meet this one's steps.
   const auto guard = Connection::Open(call.service, kNoLimit);
   server::ImportTransaction alone(*guard);
@@ -371,6 +403,12 @@ void Add(const ServerCall& call, std::ostream& output) {
   output << TerminalLine("Added: branch " + call.branch + ", without data yet") << '\n';
 }
 
+// As DatabaseLocation has it: "branch='North Shore'".
+std::string BranchWord(const std::string& name) {
+  const std::string location = server::BranchLocation{.service = "", .branch = name}.ToText();
+  return location.substr(location.find("branch="));
+}
+
 void Rename(const ServerCall& call, std::ostream& output) {
   const auto connection = Connection::Open(call.service, kNoLimit);
   server::RunInSchema(*connection, call.service, {});
@@ -379,10 +417,9 @@ void Rename(const ServerCall& call, std::ostream& output) {
   output << TerminalLine(call.branch + " is called " + call.new_name +
                          " now, for the same logins and with the same data")
          << '\n'
-         << TerminalLine(
-                "Left to do: on computers whose DatabaseLocation or command lines name "
-                "branch " +
-                call.branch + ", change that to " + call.new_name)
+         << TerminalLine("Left to do: on computers whose DatabaseLocation has " +
+                         BranchWord(call.branch) + ", change that to " + BranchWord(call.new_name) +
+                         "; in command lines, --branch to \"" + call.new_name + "\"")
          << '\n'
          << TerminalLine(
                 "Letters made so far stay in the data folder's Branches folder under the "

@@ -234,6 +234,8 @@ TEST_F(ReceiptCounters, KeepEveryBuildingAndGoOnFromTheHigherNumber) {
   // A file of before the hand-over is put back, and counts on by itself.
   machine_.InstallSampleDatabase();
   EXPECT_EQ(FromFile(), 1000);
+  EXPECT_THAT(test::ErrorOf([&] { HandOverTo(false); }), HasSubstr("it is another branch's"));
+  EXPECT_EQ(FromFile(), 1001);
   EXPECT_EQ(HandOverTo(true), HandOver::kDone);
   EXPECT_EQ(FromFile(), 0);
   EXPECT_EQ(numbers.Issue("PR00001"), 1002);

@@ -1,6 +1,7 @@
 // `tenora server` against a real PostgreSQL, as its administrator types it.
 #include "agency.h"
 #include "platform/runtime/text.h"
+#include "platform/server/server_connection.h"
 #include "support/postgres_server.h"
 
 namespace tenora {
@@ -39,6 +40,8 @@ TEST_F(ServerCommand, InitMakesAnEmptyDatabaseOursOnceAndNoOther) {
   EXPECT_THAT(Do({"init", "guest"}, 1).errors, HasSubstr("by the login 'guest'"));
   EXPECT_THAT(Do({"init", "new"}, 0).output, HasSubstr("Made: the schema rental in database new"));
   EXPECT_THAT(Do({"init", "new"}, 0).output, HasSubstr("There already"));
+  server_.MakeLogin("new", "office", "tenora_sync");
+  EXPECT_THAT(Do({"init", "new-office"}, 1).errors, HasSubstr("not by the login 'office'"));
   EXPECT_THAT(Do({"status", "--service", "guest"}, 1).errors, HasSubstr("none of Tenora's roles"));
   server_.Run("new", "drop schema rental cascade; create table kept()");
   EXPECT_THAT(Do({"init", "new"}, 1).errors, HasSubstr("in use for something else"));
@@ -127,7 +130,8 @@ TEST_F(ServerCommand, TheOwnerAddsRenamesAndRemovesBranches) {
       {{"rename", "North", accents}, 1, "There is a branch"},
       {{"rename", "North", "a,b"}, 1, "has a comma"},
       {{"rename", "Gone", "Here"}, 1, "no branch 'Gone'"},
-      {{"rename", "North", "NORTH"}, 0, "North is called NORTH now"},
+      {{"rename", "North", "North Shore"}, 0, "change that to branch='North Shore'; in"},
+      {{"rename", "North Shore", "NORTH"}, 0, "North Shore is called NORTH now"},
       {{"counters", "--branch", "NORTH", "--here"}, 0, "by the server from now on"},
       {{"remove", "NORTH", "--yes"}, 1, "issues the receipt numbers of branch 'NORTH'"},
       {{"remove", "NORTH", "--with-counters"}, 1, "3614 rows would be removed"},
@@ -200,6 +204,41 @@ TEST_F(ServerCommand, SyncTellsOfAFileThatIssuesTheServersNumbers) {
   EXPECT_THAT(sync(), HasSubstr("North: the server issues its receipt numbers, and now its file"));
   counters({"--here"});
   EXPECT_THAT(sync(), Not(HasSubstr("receipt numbers")));
+  // Another branch's file, brought by mistake, neither gives numbers nor gets any.
+  const std::string south = (Home() / "south.mdb").string();
+  std::filesystem::copy_file(test::SampleDatabase(), south);
+  Do({"import", south, "--branch", "South", "--service", "group"}, 1);
+  EXPECT_THAT(Do({"import", south, "--branch", "North", "--service", "group"}, 1).errors,
+              AllOf(HasSubstr("North: another file than before"), Not(HasSubstr("--here"))));
+  for (const char* to : {"--here", "--file"}) {
+    EXPECT_THAT(Do({"counters", "--branch", "North", to, "--service", "group"}, 1).errors,
+                HasSubstr("is that of branch 'South' too"));
+  }
+  Import("North");
+  EXPECT_EQ(counters({"--file"}),
+            "North: receipt numbers are issued by " + Database().string() + " from now on\n");
+}
+
+TEST_F(ServerCommand, ATransactionThatStaysOpenHoldsNobodyUpForLong) {
+  server_.MakeDatabase("group");
+  Import("North");
+  server_.MakeLogin("group", "office", "tenora_sync");
+  server_.Run("group", "insert into rental.may_see select 'office', id from rental.branch");
+  const auto open = server::Connection::Open("group-office", std::chrono::seconds(0));
+  open->Run("begin");
+  open->Run("select rental.take_statistics()");
+  open->Run(
+      "insert into rental.finding(branch, stored_table, _row, what) select id, 'owner', 1, "
+      "'x' from rental.branch");
+  const auto start = std::chrono::steady_clock::now();
+  Import("South");
+  for (const std::vector<std::string>& call :
+       {std::vector<std::string>{"rename", "North", "Nord"}, {"remove", "North", "--yes"}}) {
+    std::vector<std::string> whole = call;
+    whole.insert(whole.end(), {"--service", "group"});
+    EXPECT_THAT(Do(whole, 1).errors, HasSubstr("in progress uses it, by the login 'office'"));
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(25));
 }
 
 TEST_F(ServerCommand, TellsAWrongCallFromAFailure) {

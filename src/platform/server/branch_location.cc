@@ -31,7 +31,7 @@ std::string TakeKeyword(std::string_view& rest) {
   const std::size_t equals = rest.find('=');
   const std::string_view word = rest.substr(0, std::min(equals, rest.size()));
   rest.remove_prefix(equals == std::string_view::npos ? rest.size() : equals + 1);
-  return ToLower(TrimBlanks(word));
+  return std::string(TrimBlanks(word));
 }
 
 // Takes a value; none where its quotes do not close.
@@ -68,10 +68,13 @@ BranchLocation ReadBranchLocation(std::string_view text) {
     const std::string keyword = TakeKeyword(rest);
     const std::optional<std::string> value = TakeValue(rest);
     if (!value) Refuse(text, "has a quotation mark that is not closed");
-    if (keyword != kService && keyword != kBranch) {
-      Refuse(text, "has '" + keyword + "', which is neither service nor branch");
+    const bool service = EqualsNoCase(keyword, kService);
+    if (!service && !EqualsNoCase(keyword, kBranch)) {
+      Refuse(text, "has '" + keyword +
+                       "', which is neither service nor branch; a name with blanks is written in "
+                       "single quotes, branch='North Shore'");
     }
-    (keyword == kService ? location.service : location.branch) = *value;
+    (service ? location.service : location.branch) = *value;
   }
   if (location.service.empty()) Refuse(text, "names no service");
   if (location.branch.empty()) Refuse(text, "names no branch");

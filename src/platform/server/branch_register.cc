@@ -40,6 +40,38 @@ std::int64_t IdOf(Connection& connection, const std::string& name) {
   return found->Integer(0, 0);
 }
 
+// Whoever adds rows to a branch keeps it from being renamed or removed until the end of the
+// transaction.
+std::string UsersOf(Connection& connection) {
+  const ResultPtr found = connection.Run(
+      "select distinct a.usename, host(a.client_addr), a.pid from pg_locks l join pg_stat_activity "
+      "a on a.pid = l.pid where l.relation = 'rental.branch'::regclass and l.granted and l.mode "
+      "in ('RowShareLock', 'RowExclusiveLock') and l.database = (select oid from pg_database "
+      "where datname = current_database()) and l.pid <> pg_backend_pid() order by 1, 3");
+  std::string users;
+  for (int row = 0; row < found->rows(); ++row) {
+    const std::string address(found->Text(row, 1));
+    users += std::string(users.empty() ? "" : ", ") + "the login '" +
+             std::string(found->Text(row, 0)) + "'" + (address.empty() ? "" : " from " + address) +
+             " (process " + std::string(found->Text(row, 2)) + " of the server)";
+  }
+  return users.empty() ? "another login" : users;
+}
+
+// Runs a change of a branch in the transaction that is open. Raises, after a while, where rows of a
+// transaction in progress belong to the branch.
+void Change(Connection& connection, const std::string& name, const Query& change) {
+  constexpr std::string_view kLockTimedOut = "55P03";
+  const Query queries[] = {{.sql = "set local lock_timeout = '5s'", .parameters = {}}, change};
+  try {
+    connection.RunTogether(queries);
+  } catch (const ServerError& error) {
+    if (error.state() != kLockTimedOut) throw;
+    Refuse("Branch '" + name + "' is left as it was: a transaction in progress uses it, by " +
+           UsersOf(connection) + ". Try again when it has ended");
+  }
+}
+
 }  // namespace
 
 std::string BranchNameFault(std::string_view name) {
@@ -74,15 +106,18 @@ void AddBranch(Connection& connection, const std::string& name) {
 void RenameBranch(Connection& connection, const std::string& name, const std::string& new_name) {
   const std::int64_t id = IdOf(connection, name);
   RequireGoodName(connection, new_name, id);
-  connection.Run({.sql = "update rental.branch set name = $2 where id = $1",
-                  .parameters = {std::to_string(id), new_name}});
+  ServerTransaction transaction(connection);
+  Change(connection, name,
+         {.sql = "update rental.branch set name = $2 where id = $1",
+          .parameters = {std::to_string(id), new_name}});
+  transaction.Commit();
 }
 
 void RemoveBranch(Connection& connection, const std::string& name) {
   ImportTransaction transaction(connection);
   const std::int64_t id = transaction.Lock(name, kWaitForImport);
-  connection.Run(
-      {.sql = "delete from rental.branch where id = $1", .parameters = {std::to_string(id)}});
+  Change(connection, name,
+         {.sql = "delete from rental.branch where id = $1", .parameters = {std::to_string(id)}});
   transaction.Commit();
 }
 

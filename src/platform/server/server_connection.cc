@@ -101,10 +101,12 @@ ConnectPlan PlanFor(const std::string& service, std::chrono::seconds limit) {
   ConnectPlan plan;
   Keywords& keywords = plan.keywords;
   keywords = {{"service", service}, {"fallback_application_name", "tenora"}};
-  // What the values' text forms and Literal depend on, whatever the server's own defaults are.
+  // What the values' text forms, Literal and row security depend on, whatever the defaults of the
+  // server and the login are.
   const std::string settings =
       "-c datestyle=ISO -c extra_float_digits=1 -c bytea_output=hex -c TimeZone=UTC "
-      "-c standard_conforming_strings=on -c search_path=pg_catalog -c statement_timeout=" +
+      "-c standard_conforming_strings=on -c search_path=pg_catalog -c row_security=on "
+      "-c statement_timeout=" +
       std::to_string(limit.count() * 1000);
   keywords.emplace_back("options", settings);
   keywords.emplace_back("client_encoding", "UTF8");

@@ -33,7 +33,8 @@ TEST(BranchLocation, SaysWhatIsWrong) {
         {"service='' branch=North", "names no service"},
         {"service=rents branch='North", "not closed"},
         {"service=rents branch=North password=secret", "'password', which is neither"},
-        {"service=rents North", "'north', which is neither"}}) {
+        {"service=rents North", "'North', which is neither"},
+        {"service=rents branch=North Shore", "branch='North Shore'"}}) {
     EXPECT_THAT(test::ErrorOf([&] { ReadBranchLocation(c.text); }), testing::HasSubstr(c.why))
         << c.text;
   }
