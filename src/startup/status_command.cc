@@ -88,14 +88,23 @@ void AddCounts(TableCells& cells, const QueueCounts& counts, bool moves, bool ca
     cells.Number(count);
   }
   if (cancelled) cells.Number(counts.cancelled);
-  const auto left = moves ? counts.SecondsLeft() : std::nullopt;
+  // -1: nobody knows.
+  const std::int64_t left = moves ? counts.SecondsLeft().value_or(-1) : -1;
+  const auto either = [&cells](bool known, const auto& add) {
+    if (known) {
+      add();
+    } else {
+      cells.Nothing();
+    }
+  };
   if (!cells.for_people()) {
     cells.Decimal(counts.per_second);
-    left ? cells.Number(*left) : cells.Nothing();
+    either(left >= 0, [&] { cells.Number(left); });
     return;
   }
-  moves&& counts.per_second > 0 ? cells.Text(RateText(counts.per_second) + "/s") : cells.Nothing();
-  left&& counts.Left() > 0 ? cells.Text(DurationText(static_cast<double>(*left))) : cells.Nothing();
+  either(moves && counts.per_second > 0, [&] { cells.Text(RateText(counts.per_second) + "/s"); });
+  either(left >= 0 && counts.Left() > 0,
+         [&] { cells.Text(DurationText(static_cast<double>(left))); });
 }
 
 void PrintForPeople(const QueuedRun& run, std::ostream& output) {
