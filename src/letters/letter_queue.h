@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <future>
 #include <optional>
 #include <span>
 #include <string>
@@ -48,15 +49,21 @@ class NewQueuedRun {
   ~NewQueuedRun();
 
   int id() const { return id_; }
-  // Letters to recipients in a branch, in their order, behind those that were added before.
-  void Add(const std::string& branch, std::span<const Recipient> recipients);
+  // Letters to recipients in a branch, in their order, behind those that were added before. They
+  // are sent while the caller reads the next branch; what goes wrong is raised by the next call of
+  // Add or Open, with the branch's name. Nobody else uses the connection meanwhile.
+  void Add(const std::string& branch, std::vector<Recipient> recipients);
   // From now on workers take them.
   void Open();
 
  private:
+  void Send(const std::string& branch, std::span<const Recipient> recipients);
+  void AwaitSent();
+
   server::Connection& connection_;
   int id_ = 0;
   bool open_ = false;
+  std::future<void> sending_;
 };
 
 // How the letters of a run and branch, or of all branches, stand.

@@ -129,15 +129,14 @@ class GenerateCommand {
     GenerationRequest asked = AskedRequest();
     RequireAnswers(asked);
     if (asked.destination == Destination::kPrinter) TakePrinter(asked.printer);
-    const QueueRequest ready =
-        PrepareForQueue(session_, WithPrinter(std::move(asked)),
-                        [&](const Caches& caches) { return Chosen(caches); });
+    QueueRequest ready = PrepareForQueue(session_, WithPrinter(std::move(asked)),
+                                         [&](const Caches& caches) { return Chosen(caches); });
     if (run == nullptr) {
       run = std::make_unique<NewQueuedRun>(queue, ready.request, ready.template_source,
                                            session_.platform.clock.Now());
     }
-    run->Add(branch_->name, ready.request.recipients);
     put_ += ready.request.recipients.size();
+    run->Add(branch_->name, std::move(ready.request.recipients));
   }
   std::size_t put() const { return put_; }
   // Whether everything was known of everybody who was to be chosen.

@@ -435,7 +435,7 @@ TEST_F(Queue, GivesLettersBackThatItsTemplateCannotMake) {
   request.printer = "Nowhere";
   {
     NewQueuedRun run(*owner_, request, kLetter, machine_.clock.Now());
-    run.Add("North", {{{.name = "Jane", .code = "T00001"}}});
+    run.Add("North", {{.name = "Jane", .code = "T00001"}});
     run.Open();
   }
   Put({"South"}, 3);

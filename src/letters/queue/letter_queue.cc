@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iterator>
 #include <map>
+#include <utility>
 
 #include "letters/generate/logged_run.h"
 #include "platform/runtime/format.h"
@@ -62,6 +63,7 @@ NewQueuedRun::NewQueuedRun(server::Connection& connection, const GenerationReque
 }
 
 NewQueuedRun::~NewQueuedRun() {
+  if (sending_.valid()) sending_.wait();
   if (open_ || connection_.IsBroken()) return;
   try {
     connection_.Run("rollback");
@@ -70,7 +72,23 @@ NewQueuedRun::~NewQueuedRun() {
   }
 }
 
-void NewQueuedRun::Add(const std::string& branch, std::span<const Recipient> recipients) {
+void NewQueuedRun::Add(const std::string& branch, std::vector<Recipient> recipients) {
+  AwaitSent();
+  sending_ = std::async(std::launch::async, [this, branch, added = std::move(recipients)] {
+    try {
+      Send(branch, added);
+    } catch (const ServerError& error) {
+      throw ServerError(error.number(), branch + ": " + std::string(error.description()),
+                        error.failure());
+    }
+  });
+}
+
+void NewQueuedRun::AwaitSent() {
+  if (sending_.valid()) sending_.get();
+}
+
+void NewQueuedRun::Send(const std::string& branch, std::span<const Recipient> recipients) {
   while (!recipients.empty()) {
     const auto some = recipients.first(std::min(recipients.size(), kMostAtOnce));
     recipients = recipients.subspan(some.size());
@@ -88,6 +106,7 @@ void NewQueuedRun::Add(const std::string& branch, std::span<const Recipient> rec
 }
 
 void NewQueuedRun::Open() {
+  AwaitSent();
   const Query queries[] = {
       {.sql = "select queue.open_run($1)", .parameters = {std::to_string(id_)}},
       {.sql = "commit", .parameters = {}}};
