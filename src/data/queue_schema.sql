@@ -550,7 +550,9 @@ begin
       file := wish.series || case place when 0 then '' else '(' || place || ')' end || '.rtf';
       insert into queue.name values (a_branch, lower(file), a_run, wish.number)
         on conflict do nothing;
-      exit when found;
+      -- A name that it was given before, and under which nothing is, is its own.
+      exit when found or exists (select from queue.name n where n.branch = a_branch
+        and n.name = lower(take_names.file) and n.run = a_run and n.number = wish.number);
       place := place + 1;
     end loop;
     files[wish.nth] := file;
@@ -581,6 +583,9 @@ returns setof int language plpgsql security definer set search_path = pg_catalog
 declare
   lasts constant boolean := queue.prolong(a_lease, a_seconds);
 begin
+  if exists (select from queue.lease where id = a_lease and (run, branch) <> (a_run, a_branch)) then
+    return;
+  end if;
   if not lasts and not exists (
       select from queue.lost_lease where id = a_lease and login = session_user
       union all select from queue.lease e join queue.worker w on w.id = e.worker
@@ -615,7 +620,7 @@ begin
   if not lasts then return; end if;
   if exists (select from unnest(a_states, a_ends) n(state, ends)
       where ends = 'out' and state in ('mailed', 'printed', 'saved')) then
-    update queue.part set pauses = 0, reason = null
+    update queue.part set pauses = 0, reason = null, paused_until = null
       where run = a_run and branch = a_branch and pauses > 0;
   end if;
   if not a_last then return; end if;

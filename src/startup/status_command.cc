@@ -355,9 +355,8 @@ class Decision {
     ReadAgain();
     std::string text = Name() + " goes on";
     if (again > 0) {
-      text += ": " + Letters(again) + " that had failed, had no address or " +
-              (call_.send_held ? "were held go out as they are" : "were held") +
-              (call_.send_held ? "" : " will be looked at again");
+      text += ": " + Letters(again) + " that had failed, had no address or were held will be " +
+              (call_.send_held ? "tried again, the held ones as they are" : "looked at again");
     } else if (run_.Total().Left() == 0) {
       text = Name() + " has nothing left to do";
     }

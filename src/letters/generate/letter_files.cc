@@ -118,6 +118,9 @@ std::vector<LetterReport> LetterFiles::SaveWaiting() {
   Write(letters, IsOnNetwork(data_folder_) ? Durability::kSynced : Durability::kUntilSync);
   std::vector<LetterReport> reports;
   for (Unnamed& letter : letters) {
+    // It would meet every other letter too: this one goes back with them.
+    const bool full = letter.error && letter.error->number() == error_number::kDiskFull;
+    if (full && log_.Suspend(ErrorText(*letter.error))) continue;
     if (letter.error) {
       letter.report.result = LetterReport::Result::kFailed;
       letter.report.problem = ErrorText(*letter.error);

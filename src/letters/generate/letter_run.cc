@@ -191,7 +191,9 @@ bool LetterRun::Process(std::size_t number) {
     return Fail(std::move(report), error.what());
   } catch (...) {
     const RuntimeError error = CurrentError();
-    if (ConcernsEveryLetter(error.number()) && log_.Suspend(ErrorText(error))) {
+    const bool concerns_all =
+        ConcernsEveryLetter(error.number()) || error.number() == error_number::kDiskFull;
+    if (concerns_all && log_.Suspend(ErrorText(error))) {
       if (log_.letter(number).state == LetterState::kSending) {
         log_.Note(number, LetterState::kSaved);
       }
@@ -371,7 +373,12 @@ bool LetterRun::Mail(LetterReport& report) {
   if (address.empty() && !StillKnown(session_.caches, letter_->members())) {
     throw RecipientGone("the rental database no longer has this recipient");
   }
-  RequireAddress(address);
+  try {
+    RequireAddress(address);
+  } catch (const MailProblem&) {
+    log_.GiveUp(report.number);
+    throw;
+  }
   const EmailBody body = letter_->BodyOfEmail(false);
   log_.Note(report.number, LetterState::kSending, address);
   try {

@@ -89,6 +89,8 @@ class RunLedger {
   // An error with one letter that would meet the others too. True where the run is to end for now,
   // and goes on later by itself; false where it is that letter's failure.
   virtual bool Suspend(const std::string& /*problem*/) { return false; }
+  // Whoever tries this letter again without a person's doing meets the same failure.
+  virtual void GiveUp(std::size_t /*number*/) {}
 
  protected:
   explicit RunLedger(std::filesystem::path data_folder) : data_folder_(std::move(data_folder)) {}

@@ -78,7 +78,7 @@ LetterEnd QueueLedger::EndOf(std::size_t number) const {
     case LetterState::kWaiting:
       return LetterEnd::kBack;
     case LetterState::kFailed:
-      return LetterEnd::kAgain;
+      return given_up_.contains(number) ? LetterEnd::kOut : LetterEnd::kAgain;
     case LetterState::kHeld:
     case LetterState::kNoAddress:
       return LetterEnd::kOut;

@@ -37,6 +37,7 @@ class QueueLedger final : public RunLedger {
     problem_ = problem;
     return true;
   }
+  void GiveUp(std::size_t number) override { given_up_.insert(number); }
 
   // Gives back what is left. Raises LedgerLost.
   void Finish() { Flush(true); }
@@ -63,6 +64,7 @@ class QueueLedger final : public RunLedger {
   ClaimedLetters claimed_;
   std::chrono::nanoseconds lease_end_;  // since the machine was started, asleep or not
   std::set<std::size_t> noted_;         // not yet in the queue
+  std::set<std::size_t> given_up_;      // not to be tried again
   std::set<std::size_t> ended_;         // out of hand: no more is noted of them
   std::string problem_;
 };
