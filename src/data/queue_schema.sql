@@ -548,8 +548,12 @@ begin
     place := wish.place;
     loop
       file := wish.series || case place when 0 then '' else '(' || place || ')' end || '.rtf';
-      insert into queue.name values (a_branch, lower(file), a_run, wish.number)
-        on conflict do nothing;
+      -- The name of a letter that is done is free again when its file has gone from the disk, which
+      -- a share may say late.
+      insert into queue.name as n values (a_branch, lower(file), a_run, wish.number)
+        on conflict on constraint name_pkey do update set run = a_run, number = wish.number
+        where exists (select from queue.letter l where l.run = n.run and l.branch = n.branch
+          and l.number = n.number and l.standing = 'done' and l.changed < now() - interval '5 min');
       -- A name that it was given before, and under which nothing is, is its own.
       exit when found or exists (select from queue.name n where n.branch = a_branch
         and n.name = lower(take_names.file) and n.run = a_run and n.number = wish.number);
