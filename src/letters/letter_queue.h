@@ -82,7 +82,7 @@ struct QueueCounts {
 struct QueuedPart {
   std::string branch;
   QueueCounts counts;
-  std::string paused_until;  // "08:10:30" on the server's clock; empty: it is not paused
+  std::string paused_until;  // "08:10:30"; empty: it is not paused
   std::string reason;        // why it is
 };
 

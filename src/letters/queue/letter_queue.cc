@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <iterator>
 #include <map>
 #include <utility>
 
 #include "letters/generate/logged_run.h"
+#include "platform/runtime/clock.h"
 #include "platform/runtime/format.h"
 
 namespace tenora {
@@ -26,6 +28,15 @@ int IntegerIn(const Result& rows, int row, int column) {
 
 std::string TextIn(const Result& rows, int row, int column) {
   return std::string(rows.Text(row, column));
+}
+
+constexpr const char* kDayAndTime = "yyyy-mm-dd hh:nn:ss";
+
+// Of seconds since 1970, as this computer's clock shows it; "" for none.
+std::string TimeIn(const Result& rows, int row, int column, const char* format) {
+  if (rows.IsNull(row, column)) return {};
+  const std::chrono::sys_seconds time{std::chrono::seconds(rows.Integer(row, column))};
+  return FormatDate(LocalTime(time), format);
 }
 
 double RateIn(const Result& rows, int row, int column) {
@@ -54,7 +65,7 @@ NewQueuedRun::NewQueuedRun(server::Connection& connection, const GenerationReque
   const Query queries[] = {
       {.sql = "begin", .parameters = {}},
       {.sql = "select queue.put_run($1, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11, $12)",
-       .parameters = {FormatDate(as_of, "yyyy-mm-dd hh:nn:ss"), std::to_string(kQueueVersion),
+       .parameters = {FormatDate(as_of, kDayAndTime), std::to_string(kQueueVersion),
                       server::Bytes{template_source}, request.template_kind, request.template_name,
                       std::string(WordOf(request.destination)), request.subject, request.printer,
                       request.pdf ? "true" : "false", request.name_pattern.value_or(""),
@@ -178,9 +189,9 @@ void LetterQueue::Require(QueueUse use) {
 
 std::vector<QueuedRun> LetterQueue::Runs(std::optional<int> only) {
   Query query{.sql =
-                  "select r.id, r.state, r.asked_by, to_char(r.asked, 'YYYY-MM-DD HH24:MI:SS'), "
+                  "select r.id, r.state, r.asked_by, extract(epoch from r.asked)::bigint, "
                   "r.template_kind, r.template_name, r.destination, r.needs_version, "
-                  "p.branch_name, to_char(p.paused_until, 'HH24:MI:SS'), p.reason, p.letters, "
+                  "p.branch_name, extract(epoch from p.paused_until)::bigint, p.reason, p.letters, "
                   "p.ready, p.in_hand, p.later, p.done, p.held, p.no_address, p.failed, "
                   "p.in_doubt, p.cancelled, p.per_second "
                   "from queue.run r join queue.progress p on p.run = r.id ",
@@ -198,7 +209,7 @@ std::vector<QueuedRun> LetterQueue::Runs(std::optional<int> only) {
       runs.push_back({.id = id,
                       .state = TextIn(*rows, row, 1),
                       .asked_by = TextIn(*rows, row, 2),
-                      .asked = TextIn(*rows, row, 3),
+                      .asked = TimeIn(*rows, row, 3, kDayAndTime),
                       .template_kind = TextIn(*rows, row, 4),
                       .template_name = TextIn(*rows, row, 5),
                       .destination = TextIn(*rows, row, 6),
@@ -207,7 +218,7 @@ std::vector<QueuedRun> LetterQueue::Runs(std::optional<int> only) {
     }
     QueuedPart part{.branch = TextIn(*rows, row, 8),
                     .counts = {},
-                    .paused_until = TextIn(*rows, row, 9),
+                    .paused_until = TimeIn(*rows, row, 9, "hh:nn:ss"),
                     .reason = TextIn(*rows, row, 10)};
     int column = 11;
     for (const auto member :
@@ -224,7 +235,7 @@ std::vector<QueuedRun> LetterQueue::Runs(std::optional<int> only) {
 
 std::vector<PresentWorker> LetterQueue::Workers() {
   const auto rows = connection_.Run(
-      "select w.id, w.host, w.version, w.pid, to_char(w.started, 'YYYY-MM-DD HH24:MI:SS'), "
+      "select w.id, w.host, w.version, w.pid, extract(epoch from w.started)::bigint, "
       "extract(epoch from now() - w.seen)::bigint, coalesce(sum(cardinality(e.numbers)), 0), "
       "coalesce(min(b.name), ''), exists (select from pg_locks k where k.locktype = 'advisory' and "
       "k.classid = 32266 and k.objid = w.id and k.pid = w.backend and k.granted and k.database = "
@@ -238,7 +249,7 @@ std::vector<PresentWorker> LetterQueue::Workers() {
                        .host = TextIn(*rows, row, 1),
                        .version = TextIn(*rows, row, 2),
                        .pid = IntegerIn(*rows, row, 3),
-                       .started = TextIn(*rows, row, 4),
+                       .started = TimeIn(*rows, row, 4, kDayAndTime),
                        .seconds_since_seen = rows->Integer(row, 5),
                        .letters_in_hand = rows->Integer(row, 6),
                        .branch = TextIn(*rows, row, 7),
