@@ -729,9 +729,11 @@ select p.run, p.branch, b.name branch_name, p.letters, t.*,
   case when p.paused_until > now() then p.paused_until end paused_until,
   case when p.paused_until > now() then p.reason end reason,
   (select count(*) from queue.lease e where e.run = p.run and e.branch = p.branch) leases,
-  coalesce((select sum(c.letters) / greatest(10, extract(epoch from now() - min(c.span)))
-    from queue.pace c where c.run = p.run and c.branch = p.branch
-      and c.span > now() - interval '1 min'), 0) per_second
+  -- Since the run's first letter of late, not the branch's: rates of branches add up.
+  coalesce((select sum(c.letters) from queue.pace c where c.run = p.run and c.branch = p.branch
+    and c.span > now() - interval '1 min')
+    / greatest(10, extract(epoch from now() - (select min(a.span) from queue.pace a
+      where a.run = p.run and a.span > now() - interval '1 min'))), 0) per_second
 from queue.part p join rental.branch b on b.id = p.branch cross join lateral (
   select coalesce(sum(s.letters) filter (where standing = 'ready'), 0) ready,
     coalesce(sum(s.letters) filter (where standing = 'leased'), 0) in_hand,
